@@ -1,0 +1,31 @@
+# The flags that every target of the project is built with.
+#
+# vrx_numeric_flags  what the results depend on. It travels with the library, because templates and inline
+#                    functions are compiled by whoever includes them.
+# vrx_build_flags    language level, warnings and sanitizers; private to this build.
+
+add_library(vrx_numeric_flags INTERFACE)
+add_library(vrx_build_flags INTERFACE)
+
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+  # One rounding per operation, on every processor: no fused multiply-add, and no 80-bit registers on 32-bit x86.
+  target_compile_options(vrx_numeric_flags INTERFACE -ffp-contract=off)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86|i[3-6]86|AMD64")
+    target_compile_options(vrx_numeric_flags INTERFACE -msse2 -mfpmath=sse)
+  endif()
+  target_compile_options(vrx_build_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wcast-qual -Wformat=2 -Wimplicit-fallthrough
+    $<$<BOOL:${VRX_WARNINGS_AS_ERRORS}>:-Werror>)
+elseif(MSVC)
+  target_compile_options(vrx_numeric_flags INTERFACE /fp:precise)
+  target_compile_options(vrx_build_flags INTERFACE /W4 /utf-8 $<$<BOOL:${VRX_WARNINGS_AS_ERRORS}>:/WX>)
+endif()
+
+target_compile_features(vrx_build_flags INTERFACE cxx_std_20)
+
+if(VRX_SANITIZE)
+  target_compile_options(vrx_build_flags INTERFACE
+    -fsanitize=${VRX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(vrx_build_flags INTERFACE -fsanitize=${VRX_SANITIZE})
+endif()

@@ -1,0 +1,66 @@
+# vrx_define_library(<folder> HEADERS <file>... [SOURCES <file>...] [DEPENDS <folder>...])
+#
+# Declares one folder of vrxmath/ as a unit, vrx::<folder>. A unit is a static library of its own, which tests and
+# benchmarks link, so that internals are reachable without being exported; its objects also go into the one
+# library that is installed (vrx_define_umbrella), so no file is listed twice. DEPENDS names the folders that it
+# may include; an unknown one fails at configure time.
+function(vrx_define_library folder)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "HEADERS;SOURCES;DEPENDS")
+  add_library(vrx_${folder}_objects OBJECT ${arg_SOURCES} ${arg_HEADERS})
+  add_library(vrx_${folder} STATIC $<TARGET_OBJECTS:vrx_${folder}_objects>)
+  add_library(vrx::${folder} ALIAS vrx_${folder})
+  set_target_properties(vrx_${folder}_objects PROPERTIES
+    POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  set_target_properties(vrx_${folder} PROPERTIES LINKER_LANGUAGE CXX)
+  target_compile_definitions(vrx_${folder}_objects PRIVATE VRX_BUILDING)
+  if(NOT BUILD_SHARED_LIBS)
+    target_compile_definitions(vrx_${folder}_objects PUBLIC VRX_STATIC)
+  endif()
+  target_compile_definitions(vrx_${folder} PUBLIC VRX_STATIC)
+  foreach(target vrx_${folder}_objects vrx_${folder})
+    target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${target} PUBLIC vrx_numeric_flags PRIVATE vrx_build_flags)
+  endforeach()
+  foreach(dependency IN LISTS arg_DEPENDS)
+    target_link_libraries(vrx_${folder} PUBLIC vrx::${dependency})
+  endforeach()
+  foreach(header IN LISTS arg_HEADERS)
+    set_property(GLOBAL APPEND PROPERTY VRX_HEADERS vrxmath/${folder}/${header})
+  endforeach()
+  set_property(GLOBAL APPEND PROPERTY VRX_UNITS ${folder})
+  install(FILES ${arg_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vrxmath/${folder})
+endfunction()
+
+# Gathers the objects of every unit into the installed library `vrxmath`, with its CMake and pkg-config packages.
+function(vrx_define_umbrella)
+  get_property(units GLOBAL PROPERTY VRX_UNITS)
+  add_library(vrxmath)
+  add_library(vrxmath::vrxmath ALIAS vrxmath)
+  foreach(unit IN LISTS units)
+    target_sources(vrxmath PRIVATE $<TARGET_OBJECTS:vrx_${unit}_objects>)
+  endforeach()
+  set_target_properties(vrxmath PROPERTIES
+    LINKER_LANGUAGE CXX VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  target_compile_features(vrxmath INTERFACE cxx_std_20)
+  target_include_directories(vrxmath INTERFACE
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_link_libraries(vrxmath PUBLIC vrx_numeric_flags PRIVATE $<BUILD_INTERFACE:vrx_build_flags>)
+  set(pc_definitions "")
+  if(NOT BUILD_SHARED_LIBS)
+    target_compile_definitions(vrxmath INTERFACE VRX_STATIC)
+    set(pc_definitions " -DVRX_STATIC")
+  endif()
+
+  install(TARGETS vrxmath vrx_numeric_flags EXPORT vrxmathTargets)
+  install(EXPORT vrxmathTargets NAMESPACE vrxmath:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vrxmath)
+  include(CMakePackageConfigHelpers)
+  configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/vrxmathConfig.cmake.in vrxmathConfig.cmake
+    INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vrxmath)
+  write_basic_package_version_file(vrxmathConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/vrxmath.pc.in vrxmath.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vrxmathConfig.cmake
+                ${CMAKE_CURRENT_BINARY_DIR}/vrxmathConfigVersion.cmake
+          DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vrxmath)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vrxmath.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  install(FILES ${PROJECT_SOURCE_DIR}/vrxmath/export.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vrxmath)
+endfunction()

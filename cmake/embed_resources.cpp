@@ -1,0 +1,151 @@
+// Turns the reviewable texts under resources/ into the C++ source that the module carries them in.
+//
+//   vrx_embed OUTPUT strings.tsv observers.txt ILL00_02.txt ...
+//
+// strings.tsv     number, tab, text, one per line
+// observers.txt   the colour-matching functions; become the resource "CMF" "OBSERVERS": per wavelength the
+// seven columns ILLnn_nn.txt    one weighting table; becomes a resource "PWD" of 123 doubles: 40 X, 40 Y and
+// 40 Z weights, white point
+//
+// In all of them a line that begins with '#' is a comment. Stands alone: it is built before the library is.
+
+#include <charconv>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::vector<std::string> ReadLines(const std::filesystem::path& path) {
+  std::ifstream file(path);
+  if (!file) throw std::runtime_error("cannot read " + path.string());
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(file, line);) {
+    if (!line.empty() && line[0] != '#') lines.push_back(line);
+  }
+  return lines;
+}
+
+// The rows of numbers of a table whose first line names the columns. `labelled` rows begin with a word.
+std::vector<std::vector<std::string>> ReadCells(const std::filesystem::path& path) {
+  std::vector<std::vector<std::string>> rows;
+  for (const std::string& line : ReadLines(path)) {
+    std::istringstream cells(line);
+    rows.emplace_back();
+    for (std::string cell; cells >> cell;) rows.back().push_back(cell);
+  }
+  return rows;
+}
+
+// A UTF-8 text as the inside of a u"" literal: ASCII, everything else as escapes.
+std::string EscapedUnits(const std::string& utf8) {
+  std::string out;
+  for (std::size_t i = 0; i < utf8.size();) {
+    const auto lead = static_cast<unsigned char>(utf8[i]);
+    if (utf8.compare(i, 2, "\\n") == 0) {
+      out += "\\n";
+      i += 2;
+    } else if (lead < 0x80) {
+      if (lead == '"' || lead == '\\') out += '\\';
+      out += utf8[i++];
+    } else {
+      const std::size_t extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
+      unsigned long code = lead & (0x3Fu >> extra);
+      for (std::size_t k = 1; k <= extra; ++k)
+        code = code << 6 | (static_cast<unsigned char>(utf8.at(i + k)) & 0x3Fu);
+      char escape[16];
+      std::snprintf(escape, sizeof escape, "\\U%08lx", code);
+      out += escape;
+      i += extra + 1;
+    }
+  }
+  return out;
+}
+
+std::map<uint32_t, std::string> ReadStrings(const std::filesystem::path& path) {
+  std::map<uint32_t, std::string> strings;
+  for (const std::string& line : ReadLines(path)) {
+    uint32_t number = 0;
+    const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), number);
+    if (error != std::errc() || end == line.data() + line.size() || *end != '\t') {
+      throw std::runtime_error(path.string() + ": not a number, a tab and a text: " + line);
+    }
+    if (!strings.emplace(number, std::string(end + 1, line.data() + line.size())).second) {
+      throw std::runtime_error(path.string() + ": number used twice: " + line);
+    }
+  }
+  return strings;
+}
+
+// The 123 numbers of a weighting table in resource order: block by block, then the white point.
+std::vector<std::string> ReadWeightingTable(const std::filesystem::path& path) {
+  constexpr std::size_t kSamples = 40;
+  const auto rows = ReadCells(path);
+  if (rows.size() != kSamples + 2 || rows.back().size() != 4)
+    throw std::runtime_error(path.string() + ": bad shape");
+  std::vector<std::string> numbers;
+  for (std::size_t column = 1; column <= 3; ++column) {
+    for (std::size_t i = 1; i <= kSamples; ++i) numbers.push_back(rows[i].at(column));
+  }
+  numbers.insert(numbers.end(), rows.back().begin() + 1, rows.back().end());
+  return numbers;
+}
+
+std::vector<std::string> ReadObservers(const std::filesystem::path& path) {
+  auto rows = ReadCells(path);
+  std::vector<std::string> numbers;
+  for (std::size_t i = 1; i < rows.size(); ++i) numbers.insert(numbers.end(), rows[i].begin(), rows[i].end());
+  return numbers;
+}
+
+void WriteNumbers(std::ostream& out, const std::string& name, const std::vector<std::string>& numbers) {
+  out << "alignas(8) constexpr double " << name << "[] = {";
+  for (std::size_t i = 0; i < numbers.size(); ++i) out << (i % 10 == 0 ? "\n    " : " ") << numbers[i] << ',';
+  out << "\n};\n\n";
+}
+
+void Generate(const std::filesystem::path& output, const std::vector<std::filesystem::path>& inputs) {
+  std::ostringstream out;
+  out << "// Generated from resources/ by the build. Change the texts there.\n\n"
+         "#include <vrxmath/platform/resources.h>\n\n"
+         "namespace vrx::platform_internal {\nnamespace {\n\n"
+         "constexpr StringResource kStringTable[] = {\n";
+  for (const auto& [number, text] : ReadStrings(inputs.at(0))) {
+    out << "    {" << number << ", u\"" << EscapedUnits(text) << "\"},\n";
+  }
+  out << "};\n\n";
+  WriteNumbers(out, "kObservers", ReadObservers(inputs.at(1)));
+  std::string index = "    {\"CMF\", \"OBSERVERS\", kObservers},\n";
+  for (std::size_t i = 2; i < inputs.size(); ++i) {
+    const std::string name = inputs[i].stem().string();
+    WriteNumbers(out, 'k' + name, ReadWeightingTable(inputs[i]));
+    index += "    {\"PWD\", \"" + name + "\", k" + name + "},\n";
+  }
+  out << "constexpr BinaryResource kBinaryTable[] = {\n"
+      << index
+      << "};\n\n"
+         "}  // namespace\n\n"
+         "const std::span<const StringResource> kStrings = kStringTable;\n"
+         "const std::span<const BinaryResource> kBinaries = kBinaryTable;\n\n"
+         "}  // namespace vrx::platform_internal\n";
+  std::ofstream file(output);
+  file << out.str();
+  if (!file.flush()) throw std::runtime_error("cannot write " + output.string());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+  if (argc < 4) throw std::runtime_error("usage: vrx_embed OUTPUT strings.tsv observers.txt TABLE...");
+  Generate(argv[1], {argv + 2, argv + argc});
+  return 0;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "vrx_embed: %s\n", error.what());
+  return 1;
+}

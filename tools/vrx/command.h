@@ -1,0 +1,37 @@
+// What every subcommand of the tool shares: how it is registered, how it ends, how it complains.
+
+#ifndef TOOLS_VRX_COMMAND_H_
+#define TOOLS_VRX_COMMAND_H_
+
+#include <CLI/CLI.hpp>
+#include <stdexcept>
+#include <string>
+
+namespace vrx::tool {
+
+enum ExitStatus : int {
+  kExitPass = 0,       ///< done; with --strict: everything passed
+  kExitNotPassed = 1,  ///< with --strict: something failed or needs a warning
+  kExitBadInput = 2,   ///< bad options or bad input; the reason is on standard error
+};
+
+/// What the user gave cannot be used. `what()` is a sentence that names the file, the line and the column
+/// where there are any; main prints it and exits with kExitBadInput.
+class InputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Adds one subcommand to the tool: its options, its help with an example, and a callback that runs it and
+/// leaves the exit status in `status`. `status` outlives the parse.
+using AddCommand = void (*)(CLI::App& app, int& status);
+
+/// The subcommands, in the order of the help.
+struct CommandEntry {
+  const char* name;
+  AddCommand add;
+};
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_COMMAND_H_

@@ -1,0 +1,19 @@
+// The list of subcommands. A new one is a source file of its own and a line in each table here and in
+// commands.cpp.
+
+#ifndef TOOLS_VRX_COMMANDS_H_
+#define TOOLS_VRX_COMMANDS_H_
+
+#include <span>
+
+#include "tools/vrx/command.h"
+
+namespace vrx::tool {
+
+void AddTables(CLI::App& app, int& status);
+
+std::span<const CommandEntry> AllCommands();
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_COMMANDS_H_

@@ -1,0 +1,53 @@
+// Weighting tables from first principles: how the 52 built-in tables, and those of user illuminants, come out
+// of a spectral power distribution and the CIE standard observers (ASTM E2022, ASTM E308).
+
+#ifndef VRXMATH_COLORIMETRY_WEIGHTING_H_
+#define VRXMATH_COLORIMETRY_WEIGHTING_H_
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include <vrxmath/export.h>
+#include <vrxmath/foundation/ks_data.h>
+
+namespace vrx {
+
+/// Doubles of a weighting table: 40 X, 40 Y and 40 Z weights, then the white point Xn, Yn, Zn.
+inline constexpr int32_t kTableDoubles = 123;
+inline constexpr int32_t kTableWhite = 120;  ///< where the white point begins
+
+using WeightingTable = std::array<double, kTableDoubles>;
+
+/// The wavelengths over which weights are formed: every nanometre from 360 to 780 nm.
+inline constexpr int32_t kPowerSamples = 421;
+
+/// Relative spectral power at every nanometre from 360 to 780 nm, in any unit.
+using SpectralPower = std::array<double, kPowerSamples>;
+
+/// How a tabulated spectrum is brought to 1 nm.
+enum class SpectralInterpolation {
+  kLagrange,  ///< cubic, quadratic at the two ends: measured spectra (ASTM E2022)
+  kLinear,    ///< straight lines: how the D illuminants are defined between their tabulated values (CIE 15)
+};
+
+/// A tabulated spectrum at 1 nm. `values`: relative power at `firstWavelength`, `firstWavelength` + `step`,
+/// ... in nm; at least 3 values. The power is 0 outside the tabulated range.
+VRX_API SpectralPower ResampleSpectrum(std::span<const double> values, int32_t firstWavelength, int32_t step,
+                                       SpectralInterpolation interpolation);
+
+/// Planck's radiator at `kelvin` > 0, equal to 100 at 560 nm. `c2` is the second radiation constant in nm K:
+/// 1.4388e7 today; illuminant A is 2848 K with the 1.435e7 of its definition.
+VRX_API SpectralPower PlanckianSpectrum(double kelvin, double c2);
+
+/// The weighting table of a spectrum for observer 0 (2 degrees) or 1 (10 degrees), for reflectance at 360,
+/// 370 ... 750 nm without bandpass correction. Formula: ASTM E2022. At each nanometre the product of power
+/// and matching function is shared among the nodes of the 10 nm grid by the coefficients with which the curve
+/// itself would be interpolated there; what lies above 750 nm goes to the node at 750 nm. The weights are
+/// scaled so that the Y block adds up to 100 and rounded to 3 decimals; the white point is the sums of the
+/// unrounded blocks, rounded to 3 decimals. A spectrum without power in the visible gives non-finite weights.
+VRX_API WeightingTable ComputeWeightingTable(const SpectralPower& power, int32_t observer);
+
+}  // namespace vrx
+
+#endif  // VRXMATH_COLORIMETRY_WEIGHTING_H_

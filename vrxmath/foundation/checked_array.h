@@ -1,0 +1,125 @@
+// CArrayVarex: the index-checked array that every collection and most records of the library are made of.
+//
+// An index error is a warning to the user, not an abort: the message box says "Index out of bounds in
+// CArrayVarex" and the access carries on. It touches the array's own memory or a spare slot, never anything
+// else:
+//
+//   size <= index < capacity   plain elements: the slot is there and is read or written
+//   everywhere else            a spare slot of the element's default value stands in; what is written to it
+//   is lost
+//
+// A slot beyond the size holds no living object, so element types with members of their own always use the
+// spare. A host that prefers an exception throws it from its message box handler.
+
+#ifndef VRXMATH_FOUNDATION_CHECKED_ARRAY_H_
+#define VRXMATH_FOUNDATION_CHECKED_ARRAY_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <type_traits>
+
+#include <vrxmath/export.h>
+#include <vrxmath/foundation/numbers.h>
+#include <vrxmath/platform/archive.h>
+#include <vrxmath/platform/array.h>
+
+namespace vrx {
+
+/// True for element types whose bytes in memory are their archive form. Numbers and enumerations are; a
+/// record may be declared so when it holds nothing but such fields and has no padding in any build.
+template <class T>
+inline constexpr bool kHasPlainArchiveForm = std::is_arithmetic_v<T> || std::is_enum_v<T>;
+
+namespace foundation_internal {
+
+/// Shows the index error. Kept out of line so that the accessors stay small.
+VRX_API void ReportIndexError();
+
+inline bool ElementsEqual(double a, double b) {
+  return NearlyEqual(a, b);
+}
+template <class T>
+bool ElementsEqual(const T& a, const T& b) {
+  return a == b;
+}
+
+}  // namespace foundation_internal
+
+/// A growable array with index-checked access. Copies are deep; equality compares sizes and then elements,
+/// doubles by near-equality. See CArray for growth.
+template <class TYPE, class ARG_TYPE = const TYPE&>
+class CArrayVarex : public CArray<TYPE, ARG_TYPE> {
+  using Base = CArray<TYPE, ARG_TYPE>;
+
+ public:
+  CArrayVarex() = default;
+  CArrayVarex(const CArrayVarex& other) : Base() { *this = other; }
+  CArrayVarex& operator=(const CArrayVarex& other) {
+    if (this == &other) return *this;
+    this->SetSize(other.GetSize(), -1);
+    std::copy(other.begin(), other.end(), this->begin());
+    return *this;
+  }
+  ~CArrayVarex() override = default;
+
+  /// Element `i`. Any index is safe: see the top of this file for what stands in beyond the size.
+  const TYPE& GetAt(std::ptrdiff_t i) const { return InBounds(i) ? this->data_[i] : BeyondBounds(i); }
+  TYPE& ElementAt(std::ptrdiff_t i) { return InBounds(i) ? this->data_[i] : BeyondBounds(i); }
+  const TYPE& operator[](std::ptrdiff_t i) const { return GetAt(i); }
+  TYPE& operator[](std::ptrdiff_t i) { return ElementAt(i); }
+  void SetAt(std::ptrdiff_t i, ARG_TYPE value) { ElementAt(i) = value; }
+
+  /// Assigns `value` to every element, in index order.
+  void Fill(ARG_TYPE value) {
+    for (TYPE& element : *this) element = value;
+  }
+
+  bool operator==(const CArrayVarex& other) const {
+    return this->size_ == other.size_ &&
+           std::equal(this->begin(), this->end(), other.begin(),
+                      [](const TYPE& a, const TYPE& b) { return foundation_internal::ElementsEqual(a, b); });
+  }
+
+  /// Archive form: the element count in the count encoding, then the elements' bytes in one block. Only for
+  /// elements with a plain archive form (kHasPlainArchiveForm); others hold pointers, which mean nothing in
+  /// an archive, and raise CInvalidArgException: their owners have archive forms of their own. Reading throws
+  /// CArchiveException (kEndOfFile) when the archive is too short, before the array is touched.
+  void Serialize(CArchive& archive) override {
+    if constexpr (kHasPlainArchiveForm<TYPE>) {
+      if (archive.IsStoring()) {
+        archive.WriteCount(static_cast<uint32_t>(this->size_));
+        archive.Write(std::as_bytes(std::span(this->data_, static_cast<std::size_t>(this->size_))));
+      } else {
+        this->SetSize(archive.ReadCheckedCount(sizeof(TYPE)), -1);
+        archive.Read(std::as_writable_bytes(std::span(this->data_, static_cast<std::size_t>(this->size_))));
+      }
+    } else {
+      throw CInvalidArgException();
+    }
+  }
+
+ private:
+  // One unsigned comparison: a negative index is out of bounds too.
+  bool InBounds(std::ptrdiff_t i) const {
+    return static_cast<std::size_t>(i) < static_cast<std::size_t>(this->size_);
+  }
+
+#if defined(__GNUC__)
+  __attribute__((noinline, cold))
+#endif
+  TYPE&
+  BeyondBounds(std::ptrdiff_t i) const {
+    foundation_internal::ReportIndexError();
+    if constexpr (std::is_trivially_copyable_v<TYPE>) {
+      if (i >= 0 && i < this->capacity_) return this->data_[i];
+    }
+    thread_local TYPE spare{};
+    spare = TYPE();
+    return spare;
+  }
+};
+
+}  // namespace vrx
+
+#endif  // VRXMATH_FOUNDATION_CHECKED_ARRAY_H_

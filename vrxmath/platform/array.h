@@ -1,0 +1,174 @@
+// The dynamic array below every container of the library.
+//
+// It owns its elements in one block and moves them bitwise when the block grows, so an element type must
+// survive a bitwise move: nested arrays and strings do, because each owns its memory through one plain
+// pointer. The indexed accessors, with the index check, are those of `CArrayVarex`
+// (foundation/checked_array.h).
+
+#ifndef VRXMATH_PLATFORM_ARRAY_H_
+#define VRXMATH_PLATFORM_ARRAY_H_
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include <vrxmath/platform/exceptions.h>
+#include <vrxmath/platform/object.h>
+
+namespace vrx {
+
+/// A growable array of `TYPE`; `ARG_TYPE` is how a value is handed in. Sizes are signed 32-bit counts.
+/// One thread at a time.
+template <class TYPE, class ARG_TYPE = const TYPE&>
+class CArray : public CObject {
+ public:
+  CArray() = default;
+  CArray(const CArray&) = delete;
+  CArray& operator=(const CArray&) = delete;
+  ~CArray() override { FreeBuffer(); }
+
+  int32_t GetSize() const { return size_; }
+  int32_t GetCount() const { return size_; }
+  bool IsEmpty() const { return size_ == 0; }
+  /// Slots that the buffer has room for.
+  int32_t GetCapacity() const { return capacity_; }
+
+  /// The first element, for code that has checked the size; null when nothing is allocated.
+  TYPE* GetData() { return data_; }
+  const TYPE* GetData() const { return data_; }
+
+  // Standard iteration; an iterator is a pointer and holds until the size changes.
+  TYPE* begin() { return data_; }
+  TYPE* end() { return data_ + size_; }
+  const TYPE* begin() const { return data_; }
+  const TYPE* end() const { return data_ + size_; }
+
+  /// Makes the array `newSize` elements long. New elements are zeroed, then default-constructed; surplus ones
+  /// are destroyed in index order. A `growBy` of 0 or more becomes the step by which the buffer grows (0: an
+  /// eighth of the size, at least 4 and at most 1024 slots). A size of 0 frees the buffer. Throws
+  /// CInvalidArgException for a negative size or a capacity beyond 31 bits, CMemoryException when memory runs
+  /// out; the array is then unchanged.
+  void SetSize(int32_t newSize, int32_t growBy = -1) {
+    if (newSize < 0) throw CInvalidArgException();
+    if (growBy >= 0) growBy_ = growBy;
+    if (newSize == 0) {
+      FreeBuffer();
+    } else if (newSize <= capacity_) {
+      DestroyFrom(std::min(newSize, size_));
+      ConstructUpTo(newSize);
+    } else {
+      Reallocate(data_ == nullptr ? std::max(newSize, growBy_) : GrownCapacity(newSize));
+      ConstructUpTo(newSize);
+    }
+  }
+
+  /// Destroys all elements and frees the buffer.
+  void RemoveAll() { SetSize(0); }
+
+  /// Appends a copy of `value` and returns its index.
+  int32_t Add(ARG_TYPE value) {
+    InsertAt(size_, value);
+    return size_ - 1;
+  }
+
+  /// Puts `count` copies of `value` before element `i`; at or beyond the end the array first grows to `i +
+  /// count`. Throws CInvalidArgException when `i` is negative, `count` is not positive, or the new size
+  /// exceeds 31 bits.
+  void InsertAt(int32_t i, ARG_TYPE value, int32_t count = 1) {
+    if (i < 0 || count <= 0 || count > std::numeric_limits<int32_t>::max() - std::max(i, size_)) {
+      throw CInvalidArgException();
+    }
+    const TYPE copy(value);  // `value` may be an element of this array
+    if (i >= size_) {
+      SetSize(i + count);
+    } else {
+      OpenGap(i, count);
+    }
+    std::fill_n(data_ + i, count, copy);
+  }
+
+  /// Removes `count` elements from `i` on. Throws CInvalidArgException when they do not all exist.
+  void RemoveAt(int32_t i, int32_t count = 1) {
+    if (i < 0 || count < 0 || i > size_ || count > size_ - i) throw CInvalidArgException();
+    std::destroy_n(data_ + i, count);
+    MoveBytes(data_ + i, data_ + i + count, size_ - i - count);
+    size_ -= count;
+  }
+
+ protected:
+  TYPE* data_ = nullptr;
+  int32_t size_ = 0;
+  int32_t capacity_ = 0;
+  int32_t growBy_ = 0;
+
+ private:
+  static constexpr int32_t kMinStep = 4;
+  static constexpr int32_t kMaxStep = 1024;
+
+  static void MoveBytes(TYPE* to, const TYPE* from, int32_t count) {
+    if (count > 0) {
+      std::memmove(static_cast<void*>(to), static_cast<const void*>(from),
+                   static_cast<std::size_t>(count) * sizeof(TYPE));
+    }
+  }
+
+  int32_t GrownCapacity(int32_t newSize) const {
+    const int32_t step = growBy_ != 0 ? growBy_ : std::clamp(size_ / 8, kMinStep, kMaxStep);
+    if (capacity_ > std::numeric_limits<int32_t>::max() - step) throw CInvalidArgException();
+    return std::max(capacity_ + step, newSize);
+  }
+
+  // Gives the array a zeroed buffer of `capacity` slots with the present elements moved into it.
+  void Reallocate(int32_t capacity) {
+    if (static_cast<std::size_t>(capacity) > std::numeric_limits<std::size_t>::max() / 2 / sizeof(TYPE)) {
+      throw CMemoryException();
+    }
+    const std::size_t bytes = static_cast<std::size_t>(capacity) * sizeof(TYPE);
+    void* memory = ::operator new(bytes, std::nothrow);
+    if (memory == nullptr) throw CMemoryException();
+    std::memset(memory, 0, bytes);
+    TYPE* buffer = static_cast<TYPE*>(memory);
+    MoveBytes(buffer, data_, size_);
+    ::operator delete(static_cast<void*>(data_));
+    data_ = buffer;
+    capacity_ = capacity;
+  }
+
+  // `size_` follows element by element, so that a constructor that throws leaves a sound array.
+  void ConstructUpTo(int32_t newSize) {
+    if (newSize <= size_) return;
+    std::memset(static_cast<void*>(data_ + size_), 0,
+                static_cast<std::size_t>(newSize - size_) * sizeof(TYPE));
+    for (; size_ < newSize; ++size_) ::new (static_cast<void*>(data_ + size_)) TYPE();
+  }
+
+  void DestroyFrom(int32_t newSize) {
+    std::destroy(data_ + newSize, data_ + size_);
+    size_ = newSize;
+  }
+
+  void FreeBuffer() {
+    DestroyFrom(0);
+    ::operator delete(static_cast<void*>(data_));
+    data_ = nullptr;
+    capacity_ = 0;
+  }
+
+  // Moves the tail from `i` up by `count` and fills the gap with new elements. They are made at the end
+  // first, where a constructor may fail without leaving a hole.
+  void OpenGap(int32_t i, int32_t count) {
+    const int32_t oldSize = size_;
+    SetSize(oldSize + count);
+    std::rotate(Bytes(data_ + i), Bytes(data_ + oldSize), Bytes(data_ + size_));
+  }
+
+  static std::byte* Bytes(TYPE* element) { return reinterpret_cast<std::byte*>(element); }
+};
+
+}  // namespace vrx
+
+#endif  // VRXMATH_PLATFORM_ARRAY_H_
