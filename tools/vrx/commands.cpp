@@ -6,6 +6,7 @@ namespace vrx::tool {
 
 std::span<const CommandEntry> AllCommands() {
   static constexpr std::array kCommands{
+      CommandEntry{"judge", AddJudge},
       CommandEntry{"tables", AddTables},
   };
   return kCommands;

@@ -10,6 +10,7 @@
 
 namespace vrx::tool {
 
+void AddJudge(CLI::App& app, int& status);
 void AddTables(CLI::App& app, int& status);
 
 std::span<const CommandEntry> AllCommands();
