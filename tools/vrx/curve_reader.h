@@ -50,6 +50,7 @@ class CurveReader {
   const WavelengthGrid& Grid() const { return grid_; }
   /// True when samples have an id or a name, not just a number.
   bool HasNames() const { return hasIds_ || hasNames_; }
+  bool HasIdsAndNames() const { return hasIds_ && hasNames_; }
   bool HasGeometries() const { return hasGeometries_; }
   /// True when rows were read and none has a value above 1: percent are fractions, perhaps.
   bool LooksLikeFractions() const { return rows_ > 0 && scale_ == 1.0 && largest_ <= 1.0; }

@@ -75,7 +75,7 @@ ExitStatus RunJudge(const JudgeOptions& options) {
       options.pairs ? PairedStandards(std::move(standardReader), settings)
                     : OneStandard(std::move(standardReader), options.standardId, settings);
   OutputStream output;
-  const auto results = MakeJudgeOutput(options.format, output, settings, trials.HasGeometries());
+  const auto results = MakeJudgeOutput(options.format, output, settings, trials);
   const bool allPass = JudgeAll(trials, *standards, *results, settings.illuminants.size());
   results->Finish();
   output.Finish();

@@ -132,11 +132,12 @@ struct Summary {
 
 class TableJudgeOutput final : public JudgeOutput {
  public:
-  TableJudgeOutput(OutputStream& output, const JudgeSettings& settings, bool withGeometry)
+  TableJudgeOutput(OutputStream& output, const JudgeSettings& settings, bool withName, bool withGeometry)
       : output_(output),
         settings_(settings),
         texts_(settings),
         columns_(DifferenceColumnsOf(settings.difference.system)),
+        withName_(withName),
         withGeometry_(withGeometry),
         summaries_(settings.illuminants.size()),
         rows_(MakeRowWriter(Format::kTable, output, Columns())) {
@@ -161,6 +162,7 @@ class TableJudgeOutput final : public JudgeOutput {
  private:
   std::vector<Column> Columns() const {
     std::vector<Column> columns{{"standard"}, {"trial"}};
+    if (withName_) columns.push_back({"name"});
     if (withGeometry_) columns.push_back({"geometry"});
     columns.push_back({"illuminant"});
     for (const DifferenceColumn& column : columns_) columns.push_back({column.heading});
@@ -172,6 +174,7 @@ class TableJudgeOutput final : public JudgeOutput {
     const CEvaluation& result = judge.Result(i);
     rows_->Text(judge.StandardId());
     rows_->Text(trial.id);
+    if (withName_) rows_->Text(trial.name);
     if (withGeometry_) rows_->Text(texts_.Geometry(trial.geometry));
     rows_->Text(texts_.illuminants[i]);
     for (const DifferenceColumn& column : columns_) rows_->Number(judge.Difference(i)[column.element]);
@@ -216,6 +219,7 @@ class TableJudgeOutput final : public JudgeOutput {
   const JudgeSettings& settings_;
   Texts texts_;
   std::vector<DifferenceColumn> columns_;
+  bool withName_;
   bool withGeometry_;
   std::vector<Summary> summaries_;
   std::unique_ptr<RowWriter> rows_;
@@ -225,10 +229,11 @@ class TableJudgeOutput final : public JudgeOutput {
 }  // namespace
 
 std::unique_ptr<JudgeOutput> MakeJudgeOutput(Format format, OutputStream& output,
-                                             const JudgeSettings& settings, bool withGeometry) {
+                                             const JudgeSettings& settings, const CurveReader& trials) {
   if (format == Format::kCsv) return std::make_unique<CsvJudgeOutput>(output, settings);
   if (format == Format::kJson) return std::make_unique<JsonJudgeOutput>(output, settings);
-  return std::make_unique<TableJudgeOutput>(output, settings, withGeometry);
+  return std::make_unique<TableJudgeOutput>(output, settings, trials.HasIdsAndNames(),
+                                            trials.HasGeometries());
 }
 
 }  // namespace vrx::tool

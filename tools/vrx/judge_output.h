@@ -24,9 +24,10 @@ class JudgeOutput {
   virtual void Finish() = 0;
 };
 
-/// `output` and `settings` must outlive the writer. `withGeometry`: whether a table has a column for it.
+/// `output` and `settings` must outlive the writer. A table has columns for names and geometries when
+/// `trials` have them.
 std::unique_ptr<JudgeOutput> MakeJudgeOutput(Format format, OutputStream& output,
-                                             const JudgeSettings& settings, bool withGeometry);
+                                             const JudgeSettings& settings, const CurveReader& trials);
 
 }  // namespace vrx::tool
 
