@@ -69,6 +69,8 @@ void CArchive::RequireBytes(uint64_t bytes) const {
 }
 
 void CArchive::WriteString(WideView text) {
+  if (text.size() > static_cast<std::size_t>(std::numeric_limits<int32_t>::max()))
+    throw CInvalidArgException();
   WriteCount(static_cast<uint32_t>(text.size()));
   for (const WideChar unit : text) *this << static_cast<uint16_t>(unit);
 }
