@@ -58,7 +58,7 @@ TEST_F(Settings, OpeningMakesTheKeys) {
   EXPECT_FALSE(SetSettingInt(u"", std::u16string(kMaxValueName + 1, u'n'), 1));
   EXPECT_TRUE(SetSettingInt(u"One", u"Color Sensor", 2));
   EXPECT_EQ(ReadAll(file_).substr(ReadAll(file_).find('[')),
-            "[software/Ostrel]\n\n[software/Ostrel/Pemble]\n\n[software/Ostrel/Pemble/One/Two]\n"
+            "[software/Ostrel/Pemble/One/Two]\n"
             "\n[software/Ostrel/Pemble/One]\nColor Sensor = 2\n");
   struct stat status = {};
   ASSERT_EQ(::stat(file_.c_str(), &status), 0);

@@ -7,6 +7,9 @@ namespace vrx::tool {
 std::span<const CommandEntry> AllCommands() {
   static constexpr std::array kCommands{
       CommandEntry{"tables", AddTables},
+      CommandEntry{"condition", AddCondition},
+      CommandEntry{"settings", AddSettings},
+      CommandEntry{"log", AddLog},
   };
   return kCommands;
 }

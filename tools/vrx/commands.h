@@ -11,6 +11,9 @@
 namespace vrx::tool {
 
 void AddTables(CLI::App& app, int& status);
+void AddCondition(CLI::App& app, int& status);
+void AddSettings(CLI::App& app, int& status);
+void AddLog(CLI::App& app, int& status);
 
 std::span<const CommandEntry> AllCommands();
 
