@@ -9,6 +9,7 @@
 
 #include <vrxmath/export.h>
 #include <vrxmath/platform/archive.h>
+#include <vrxmath/platform/exceptions.h>
 
 namespace vrx {
 
