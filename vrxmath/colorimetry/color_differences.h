@@ -19,13 +19,13 @@ struct DifferenceWeights {
   double SL, SC, SH;
 };
 
-/// CIE 1976 difference of two colours in L*a*b* or L*u*v*. All seven elements: dL, da, db, dL again, dC, dH,
-/// dE. Formula: CIE 15. dH = sqrt(dE^2 - dL^2 - dC^2), 0 where that is not positive; it is negative when the
-/// sample lies clockwise from the standard.
+/// CIE 1976 difference of two colours in L*a*b* or L*u*v*. All seven elements: dL, da, db, dL again, dC,
+/// dH, dE. Formula: CIE 15. dH = sqrt(dE^2 - dL^2 - dC^2), 0 where that is not positive; it is negative
+/// when the sample lies clockwise from the standard.
 VRX_API void DeltaEab(const CLabValues& standard, const CLabValues& sample, CDeltaValues& delta);
 
-/// CMC(l:c) weights at the standard. Formula: BS 6923, ISO 105-J03. L* = 16 takes the formula, below it SL is
-/// 0.511; the hues 164 and 345 belong to the blue branch.
+/// CMC(l:c) weights at the standard. Formula: BS 6923, ISO 105-J03. L* = 16 takes the formula, below it SL
+/// is 0.511; the hues 164 and 345 belong to the blue branch.
 VRX_API DifferenceWeights CmcWeights(const CLabValues& standard);
 /// Replaces elements 3 to 6 of a record from DeltaEab by dL/(l SL), dC/(c SC), dH/SH and their root sum of
 /// squares. The commercial factor takes no part.
@@ -61,19 +61,20 @@ VRX_API void DeltaFmc2(const CTrisValues& standard, const CTrisValues& sample, C
 /// formula of this system was published: the definition is ours, from its column headings.
 VRX_API void DeltaGePqs2(const CTrisValues& standard, const CTrisValues& sample, CDeltaValues& delta);
 
-/// Audi L*a*b*: replaces element 6 of a record from DeltaEab. `angle`: aspecular measuring angle in degrees;
-/// 0 counts as 1. Formula: the 1999 metallic-tolerance weights, which shrink with lightness and grow towards
-/// the gloss.
+/// Audi L*a*b*: replaces element 6 of a record from DeltaEab. `angle`: aspecular measuring angle in
+/// degrees; 0 counts as 1.
+/// Formula: the Audi 2000 weights for effect paints, which widen towards the gloss. Reds below 10 degrees of
+///          hue (18 above L* = 27) are judged by da* and db* instead of dC* and dH*.
 VRX_API void DeltaAudi(const CLabValues& standard, double angle, CDeltaValues& delta);
 
-/// DIN 6175-2: replaces element 6 of a record from DeltaEab. `angle` as for DeltaAudi; gL, gC, gH divide the
-/// weights in.
+/// DIN 6175-2: replaces element 6 of a record from DeltaEab. `angle` as for DeltaAudi; gL, gC, gH divide
+/// the weights in.
 VRX_API void DeltaDin6175(const CLabValues& standard, double gL, double gC, double gH, double angle,
                           CDeltaValues& delta);
 
 /// DIN99 difference: dL99, da99, db99, dL99 again, dC99, dH99, dE99.
 /// Formula: DIN 6176:2001 with the factors kCH and kE. dH99 has the sign of DeltaEab's rule in the a99-b99
-/// plane.
+///          plane.
 VRX_API void DeltaDin99(const CLabValues& standard, const CLabValues& sample, double kCH, double kE,
                         CDeltaValues& delta);
 
@@ -86,13 +87,12 @@ VRX_API void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t o
 inline constexpr int32_t kSystemChromaticity = 100;
 
 /// The difference of two colours in one of the 13 systems.
-/// In:   both colours with the coordinates of the system (FillCoordinates); the settings' parameters in the
-/// order of the
-///       system's name; `angle`, the aspecular measuring angle in degrees, for Audi and DIN6175.
-/// Out:  the elements as the system's own function fills them. Hunter: dL, da, db and dE. XYZ/Yxy: 10 dX, 10
-/// dY, 10 dZ,
-///       10000 dx, 10000 dy (elements 4 and 5, within 999.99), dE*ab. L*C*h and DIN99 are dE*ab here
-///       (DeltaDin99 gives the DIN99 figures). All seven unset when either colour is.
+/// In:  both colours with the coordinates of the system (FillCoordinates); the settings' parameters in the
+///      order of the system's name; `angle`, the aspecular measuring angle in degrees, for Audi and
+///      DIN6175.
+/// Out: the elements as the system's own function fills them. Hunter: dL, da, db and dE. XYZ/Yxy: 10 dX, 10
+///      dY, 10 dZ, 10000 dx, 10000 dy (elements 4 and 5, within 999.99), dE*ab. L*C*h and DIN99 are dE*ab
+///      here (DeltaDin99 gives the DIN99 figures). All seven unset when either colour is.
 VRX_API void ComputeDifference(const CDifferenceSettings& settings, vrxIlluminant illuminant,
                                int32_t observer, const CColorValues& standard, const CColorValues& sample,
                                double angle, CDeltaValues& delta);

@@ -59,8 +59,8 @@ class VRX_API CReflData : public CKSData {
   /// Tristimulus values of the curve under an illuminant and observer.
   /// Out:     X, Y, Z; all unset when the curve is, or when the pair has no weighting table.
   /// Formula: ASTM E308 with the weights of WeightTable as they stand: component = 0.01 x sum of weight x
-  /// percent,
-  ///          summed from the shortest wavelength up. No clipping: fluorescent samples exceed 100 %.
+  ///          percent, summed from the shortest wavelength up. No clipping: fluorescent samples exceed 100
+  ///          %.
   /// Errors:  a curve of fewer than 40 samples and a pair without a table show the index message.
   void Tristimulus(vrxIlluminant illuminant, int32_t observer, CTrisValues& result) const;
 };

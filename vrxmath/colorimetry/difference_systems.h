@@ -51,8 +51,8 @@ VRX_API int32_t ParameterCount(int32_t system);
 enum class NameLength { kLong, kShort };
 
 /// The display name of a system. A parameterised one is filled with its parameters, two decimals each, with
-/// the given decimal separator; without parameters (an empty span) it is cut before them: "CMC". Empty for an
-/// unknown system.
+/// the given decimal separator; without parameters (an empty span) it is cut before them: "CMC". Empty for
+/// an unknown system.
 VRX_API CString DifferenceSystemName(int32_t system, NameLength length,
                                      std::span<const double> parameters = {},
                                      WideChar decimalSeparator = u'.');

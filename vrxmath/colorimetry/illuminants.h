@@ -72,8 +72,8 @@ enum IlluminantNameStyle : int32_t {
   kNameDescription = 7,           ///< the description alone
 };
 
-/// The display text of an illuminant and observer in one of the styles above. An observer other than 1 reads
-/// as 2 degrees. A reserved illuminant is "None" in every style but kNameObserver; a number without a
+/// The display text of an illuminant and observer in one of the styles above. An observer other than 1
+/// reads as 2 degrees. A reserved illuminant is "None" in every style but kNameObserver; a number without a
 /// description is empty.
 VRX_API CString IlluminantName(vrxIlluminant illuminant, int32_t observer, int32_t style);
 

@@ -100,12 +100,10 @@ bool CBoxTolData::Accepts(const CDeltaValues& delta, double factor) const {
   return true;
 }
 
-bool CBoxTolData::AcceptsInSector(const CDeltaValues& delta, double factor, double start, double end,
+bool CBoxTolData::AcceptsInSector(double d0, double d1, double factor, double start, double end,
                                   double hue) const {
-  for (const int32_t k : {1, 0}) {
-    if (!ScaledAboutCentre(Limits(k), factor).Contains(delta[k])) return false;
-  }
-  return HueInSector(hue, start, end);
+  return ScaledAboutCentre(Limits(1), factor).Contains(d1) &&
+         ScaledAboutCentre(Limits(0), factor).Contains(d0) && HueInSector(hue, start, end);
 }
 
 double CBoxTolData::LargestLimit(bool lightnessTenfold) const {

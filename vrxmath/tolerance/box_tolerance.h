@@ -17,8 +17,8 @@ namespace vrx {
 /// The answer of a judgement. The numbers are persistent, and a larger one is better.
 enum Verdict : int32_t { kFail = 0, kWarning = 1, kPass = 2 };
 
-/// Grades a total difference: fail above the limit, warning above limit x factor, else pass. Both limits are
-/// inclusive; a NaN on either side passes.
+/// Grades a total difference: fail above the limit, warning above limit x factor, else pass. Both limits
+/// are inclusive; a NaN on either side passes.
 VRX_API Verdict GradeTotal(double value, double limit, double warningFactor);
 
 /// The values that a tolerance dimension (0 to 2, and 3 for the total) may take under a difference system:
@@ -33,8 +33,8 @@ struct Interval {
   bool Contains(double value) const { return lower <= value && value <= upper; }
 };
 
-/// An interval scaled about its own centre. A factor within the near-equality of 1 leaves it as it is, to the
-/// last bit.
+/// An interval scaled about its own centre. A factor within the near-equality of 1 leaves it as it is, to
+/// the last bit.
 VRX_API Interval ScaledAboutCentre(Interval interval, double factor);
 
 /// The limits of one box: plus and minus of dimension 0, of 1, of 2 (minus limits as positive magnitudes),
@@ -77,9 +77,9 @@ class VRX_API CBoxTolData : public CDoubleArray1 {
   /// axis. All edges are inclusive; NaN lies outside.
   bool Accepts(const CDeltaValues& delta, double factor) const;
 
-  /// True when elements 0 and 1 of a difference lie in the scaled box and `hue` in the sector from `start` to
-  /// `end` (HueInSector).
-  bool AcceptsInSector(const CDeltaValues& delta, double factor, double start, double end, double hue) const;
+  /// True when `d0` and `d1`, the differences of dimensions 0 and 1, lie in the box scaled by `factor`, and
+  /// `hue` in the sector from `start` to `end` (HueInSector).
+  bool AcceptsInSector(double d0, double d1, double factor, double start, double end, double hue) const;
 
   /// The largest of the six component limits, with those of dimension 0 taken ten times when
   /// `lightnessTenfold` is set.
@@ -122,10 +122,10 @@ class VRX_API CBlockSizeData : public CDoubleArray1 {
 };
 
 /// The block code of a sample against a standard: a grid of nine blocks per dimension, centred on the
-/// standard, in which each dimension's cell is 0 below, 1 to 9 inside and 10 above; the code is cell0 x 256 +
-/// cell1 x 16 + cell2. A difference on an edge belongs to the cell above it. In:  both colours with the
-/// coordinates of the system; `settings` choose the difference (dE*ab by default). Out: the code, 0 to 0xAAA;
-/// unset when the standard is.
+/// standard, in which each dimension's cell is 0 below, 1 to 9 inside and 10 above; the code is cell0 x 256
+/// + cell1 x 16 + cell2. A difference on an edge belongs to the cell above it. In: both colours with the
+/// coordinates of the system; `settings` choose the difference (dE*ab by default). Out: the code, 0 to
+/// 0xAAA; unset when the standard is.
 VRX_API double BlockCode(const CBlockSizeData& blocks, const CColorValues& standard,
                          const CColorValues& sample, vrxIlluminant illuminant, int32_t observer,
                          const CDifferenceSettings& settings = {});
