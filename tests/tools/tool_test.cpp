@@ -283,12 +283,15 @@ TEST_F(Tool, DifferencesInEverySystem) {
   Write("xyz.csv", xyz + "25\n");
   for (int system = 0; system < 13; ++system) {
     const std::string options = std::string(" --system ").append(std::to_string(system));
-    const auto number = [](const json& element) { return element.is_null() ? -1.0 : element.get<double>(); };
-    std::vector<double> fromLab, fromXyz;
-    for (const json& element : RunJson("delta pair.csv" + options)[0]["elements"])
-      fromLab.push_back(number(element));
-    for (const json& element : RunJson("delta xyz.csv" + options)[0]["elements"])
-      fromXyz.push_back(number(element));
+    const auto elements = [&](const std::string& file) {
+      const json rows = RunJson("delta " + file + options);
+      std::vector<double> values;
+      for (const json& element : rows[0]["elements"]) {
+        values.push_back(element.is_null() ? -1.0 : element.get<double>());
+      }
+      return values;
+    };
+    const std::vector<double> fromLab = elements("pair.csv"), fromXyz = elements("xyz.csv");
     EXPECT_TRUE(RowMatches(options, fromXyz, fromLab, 1e-9));
     EXPECT_GT(fromLab[6], 0.1) << system;
   }
