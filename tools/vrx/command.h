@@ -12,7 +12,8 @@ namespace vrx::tool {
 enum ExitStatus : int {
   kExitPass = 0,       ///< done; with --strict: everything passed
   kExitNotPassed = 1,  ///< with --strict: something failed or needs a warning
-  kExitBadInput = 2,   ///< bad options or bad input; the reason is on standard error
+  kExitBadInput = 2,   ///< bad options or bad input, or results that could not be written; the reason is on
+                       ///< standard error
 };
 
 /// What the user gave cannot be used. `what()` is a sentence that names the file, the line and the column
@@ -23,7 +24,8 @@ class InputError : public std::runtime_error {
 };
 
 /// Adds one subcommand to the tool: its options, its help with an example, and a callback that runs it and
-/// leaves the exit status in `status`. `status` outlives the parse.
+/// leaves the exit status in `status`. `status` outlives the parse. The options live in a structure that the
+/// callback shares; results go through `OutputStream` (output.h), messages to standard error.
 using AddCommand = void (*)(CLI::App& app, int& status);
 
 /// The subcommands, in the order of the help.

@@ -1,5 +1,5 @@
-// Weighting tables from first principles: how the 52 built-in tables, and those of user illuminants, come out
-// of a spectral power distribution and the CIE standard observers (ASTM E2022, ASTM E308).
+// Weighting tables from first principles: how the 52 built-in tables, and those of user illuminants, come
+// out of a spectral power distribution and the CIE standard observers (ASTM E2022, ASTM E308).
 
 #ifndef VRXMATH_COLORIMETRY_WEIGHTING_H_
 #define VRXMATH_COLORIMETRY_WEIGHTING_H_
@@ -36,16 +36,17 @@ enum class SpectralInterpolation {
 VRX_API SpectralPower ResampleSpectrum(std::span<const double> values, int32_t firstWavelength, int32_t step,
                                        SpectralInterpolation interpolation);
 
-/// Planck's radiator at `kelvin` > 0, equal to 100 at 560 nm. `c2` is the second radiation constant in nm K:
-/// 1.4388e7 today; illuminant A is 2848 K with the 1.435e7 of its definition.
+/// Planck's radiator at `kelvin` > 0, equal to 100 at 560 nm. `c2` is the second radiation constant in nm
+/// K: 1.4388e7 today; illuminant A is 2848 K with the 1.435e7 of its definition.
 VRX_API SpectralPower PlanckianSpectrum(double kelvin, double c2);
 
 /// The weighting table of a spectrum for observer 0 (2 degrees) or 1 (10 degrees), for reflectance at 360,
 /// 370 ... 750 nm without bandpass correction. Formula: ASTM E2022. At each nanometre the product of power
-/// and matching function is shared among the nodes of the 10 nm grid by the coefficients with which the curve
-/// itself would be interpolated there; what lies above 750 nm goes to the node at 750 nm. The weights are
-/// scaled so that the Y block adds up to 100 and rounded to 3 decimals; the white point is the sums of the
-/// unrounded blocks, rounded to 3 decimals. A spectrum without power in the visible gives non-finite weights.
+/// and matching function is shared among the nodes of the 10 nm grid by the coefficients with which the
+/// curve itself would be interpolated there; what lies above 750 nm goes to the node at 750 nm. The weights
+/// are scaled so that the Y block adds up to 100 and rounded to 3 decimals; the white point is the sums of
+/// the unrounded blocks, rounded to 3 decimals. A spectrum without power in the visible gives non-finite
+/// weights.
 VRX_API WeightingTable ComputeWeightingTable(const SpectralPower& power, int32_t observer);
 
 }  // namespace vrx

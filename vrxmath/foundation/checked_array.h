@@ -5,8 +5,8 @@
 // else:
 //
 //   size <= index < capacity   plain elements: the slot is there and is read or written
-//   everywhere else            a spare slot of the element's default value stands in; what is written to it
-//   is lost
+//   everywhere else            a spare slot with the element's default value stands in; what is written to
+//                              it is lost
 //
 // A slot beyond the size holds no living object, so element types with members of their own always use the
 // spare. A host that prefers an exception throws it from its message box handler.
@@ -14,6 +14,7 @@
 #ifndef VRXMATH_FOUNDATION_CHECKED_ARRAY_H_
 #define VRXMATH_FOUNDATION_CHECKED_ARRAY_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -26,10 +27,17 @@
 
 namespace vrx {
 
-/// True for element types whose bytes in memory are their archive form. Numbers and enumerations are; a
-/// record may be declared so when it holds nothing but such fields and has no padding in any build.
+/// True for element types whose bytes in memory are their archive form: numbers, and enumerations with a
+/// fixed underlying type. It must hold every bit pattern, since an archive may give any; so `bool` and other
+/// enumerations are not among them. A record may be declared so when it has nothing but such fields and no
+/// padding in any build.
 template <class T>
-inline constexpr bool kHasPlainArchiveForm = std::is_arithmetic_v<T> || std::is_enum_v<T>;
+inline constexpr bool kHasPlainArchiveForm = std::is_arithmetic_v<T> && !std::is_same_v<T, bool>;
+template <class T>
+requires std::is_enum_v<T>
+inline constexpr bool kHasPlainArchiveForm<T> = requires {
+  T{0};
+};  // only if fixed
 
 namespace foundation_internal {
 

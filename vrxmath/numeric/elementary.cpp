@@ -8,11 +8,15 @@
 #include <vrxmath/numeric/elementary_tables.h>
 
 // How the bounds in the header come about. Every function ends in one addition hi + rest, where hi carries no
-// error of its own and rest is smaller by a factor of 2^7 or more; so the final rounding costs 0.5 ULP, and
-// the handful of roundings inside rest, together with the omitted tail of its series, cost a few hundredths.
-// Where a product must be exact, its factors are first cut to so few bits that 53 suffice. All series are
-// Taylor series whose arguments a table keeps small, except for the starting value of the cube root.
+// error of its own and rest is smaller by a factor of 2^6 or more. So the final rounding costs 0.5 ULP, and
+// the few roundings inside rest, together with the omitted tail of its series, at most some hundredths. Where
+// a product must be exact, its factors are first cut to so few bits that 53 suffice. The series are Taylor
+// series whose arguments a table keeps small; only the starting value of the cube root is a minimax
+// polynomial, and only the arc tangent's is economised.
 
+#if defined(__FAST_MATH__)
+#error "rearranged arithmetic would break the guarantee of equal bits: compile without -ffast-math"
+#endif
 #if defined(__clang__)
 #pragma STDC FP_CONTRACT OFF
 #endif
@@ -95,7 +99,7 @@ VRX_INLINE Rounded RoundToInteger(double x) {
   return {shifted - kShift, static_cast<std::int32_t>(static_cast<std::uint32_t>(Bits(shifted)))};
 }
 
-// ---------------------------------------------------------------------------------------------------------------
+// ----------------------------------------------------------------------------------------------------------
 // Cube root
 
 /// Zero, subnormals, infinity and NaN.
@@ -105,14 +109,14 @@ VRX_INLINE Rounded RoundToInteger(double x) {
   return CubeRoot(x * 0x1p54) * 0x1p-18;
 }
 
-// ---------------------------------------------------------------------------------------------------------------
+// ----------------------------------------------------------------------------------------------------------
 // Exponential
 
 /// exp(x.hi + x.lo) where the result or the scale factor leaves the normal range.
 [[gnu::noinline]] double ScaleAtTheLimits(double hi, double lo, int exponent) {
   if (exponent > 0) return (hi + lo) * 0x1p1023 * TwoToThe(exponent - 1023);
-  // Work in units of the smallest normal number. Below 1 such unit a subnormal result has as many bits as a
-  // sum that lies between 1 and 2, so adding 1 makes one rounding serve for both.
+  // In units of the smallest normal number a subnormal result lies below 1 and has the last place of a sum
+  // between 1 and 2, so adding 1 makes one rounding serve for both.
   const double scale = TwoToThe(exponent + 1022);
   hi *= scale;
   lo *= scale;
@@ -126,32 +130,28 @@ VRX_INLINE Rounded RoundToInteger(double x) {
 VRX_INLINE double ExpOfSum(double hi, double lo) {
   if (hi > 710) return kInfinity;
   if (hi < -746) return 0;
-  constexpr double kStepsPerUnit = 0x1.71547652b82fep+7;  // 128 / ln 2
-  constexpr double kStepHi = 0x1.62e42fefap-8,
-                   kStepLo = 0x1.cf79abc9e3b3ap-47;  // ln 2 / 128, 36 bits and the rest
+  constexpr double kStepsPerUnit = 0x1.71547652b82fep+7;            // 128 / ln 2
+  constexpr Sum kStep = {0x1.62e42fefap-8, 0x1.cf79abc9e3b3ap-47};  // ln 2 / 128, 36 bits and the rest
   const auto [steps, n] = RoundToInteger(hi * kStepsPerUnit);
-  const double r = ((hi - steps * kStepHi) - steps * kStepLo) + lo;
+  const double r = ((hi - steps * kStep.hi) - steps * kStep.lo) + lo;
   const double r2 = r * r;
   const double expm1 = r + r2 * ((1.0 / 2 + r * (1.0 / 6)) + r2 * (1.0 / 24 + r * (1.0 / 120)));
   const auto& [power, lost] = kPowerOfTwo[n & 127];
   const int exponent = n >> 7;
   const double rest = power * (lost + expm1);
-  if (exponent < -1021 || exponent > 1022) return ScaleAtTheLimits(power, rest, exponent);
+  if (exponent < -1021 || exponent > 1023) return ScaleAtTheLimits(power, rest, exponent);
   return (power + rest) * TwoToThe(exponent);
 }
 
-// ---------------------------------------------------------------------------------------------------------------
+// ----------------------------------------------------------------------------------------------------------
 // Logarithm
 
-constexpr double kLog2Hi = 0x1.62e42fefa38p-1,
-                 kLog2Lo = 0x1.ef35793c7673p-45;  // ln 2: a multiple of 2^-42, rest
+constexpr Sum kLogOf2 = {0x1.62e42fefa38p-1, 0x1.ef35793c7673p-45};  // a multiple of 2^-42 and the rest
 
 /// ln x to about 2^-67 of itself, for x > 0 and finite. With x = 2^k m and a tabulated c near 1/m:
-/// k ln 2 - ln c + ln(1 + r), r = c m - 1, |r| < 2^-7.7; 2^k m is chosen so that around x = 1 only ln(1 + r)
-/// is left.
+/// k ln 2 - ln c + ln(1 + r), r = c m - 1, |r| < 2^-7.7; around x = 1 only ln(1 + r) is left.
 VRX_INLINE Sum LogOfPositive(double x) {
-  constexpr std::uint64_t kFirst =
-      0x3fe6500000000000;  // 357/512, where the first interval of the table begins
+  constexpr std::uint64_t kFirst = 0x3fe6500000000000;  // 357/512, where the table's first interval begins
   std::int64_t subnormal_shift = 0;
   if (x < kLowest) {
     x *= 0x1p54;
@@ -172,20 +172,23 @@ VRX_INLINE Sum LogOfPositive(double x) {
                                     (r2 * r2) * (1.0 / 7 - r * (1.0 / 8)));
 
   const double k = static_cast<double>(exponent - subnormal_shift);
-  const Sum a = AddOrdered(k * kLog2Hi + minus_log_c_hi, r);
+  const Sum a = AddOrdered(k * kLogOf2.hi + minus_log_c_hi, r);
   const Sum b = AddOrdered(a.hi, -half_square);
-  const double lo = (k * kLog2Lo + minus_log_c_lo) + ((a.lo + b.lo) + ((r_lost - half_square_lo) + series));
+  const double lo =
+      (k * kLogOf2.lo + minus_log_c_lo) + ((a.lo + b.lo) + ((r_lost - half_square_lo) + series));
   return AddOrdered(b.hi, lo);
 }
 
 /// Whether x has a finite logarithm; if not, `*limit` receives what takes its place.
 VRX_INLINE bool HasFiniteLog(double x, double* limit) {
   if (x > 0 && x < kInfinity) return true;
-  *limit = x == 0 ? -kInfinity : x > 0 ? kInfinity : kNaN;
+  *limit = kNaN;
+  if (x == 0) *limit = -kInfinity;
+  if (x > 0) *limit = kInfinity;
   return false;
 }
 
-// ---------------------------------------------------------------------------------------------------------------
+// ----------------------------------------------------------------------------------------------------------
 // Power
 
 enum class Parity { kFractional, kEven, kOdd };
@@ -219,13 +222,12 @@ double PowerOfPositive(double x, double y) {
   return sign * PowerOfPositive(size, y);
 }
 
-// ---------------------------------------------------------------------------------------------------------------
+// ----------------------------------------------------------------------------------------------------------
 // Sine and cosine
 
 constexpr std::uint32_t kQuarterTurn = 64;  // in steps of pi / 128
 
-/// An angle as a number of steps of pi / 128, of which the last eight bits count, plus at most half a step in
-/// radians.
+/// An angle as steps of pi / 128, of which the last eight bits count, plus at most half a step in radians.
 struct ReducedAngle {
   std::uint32_t steps;
   Sum r;
@@ -258,23 +260,24 @@ std::uint64_t TwoOverPiDigits(unsigned from) {
 
 /// Exact reduction of any finite x >= 2^-7 (Payne and Hanek): x = M 2^E, M an integer. Only 192 digits of
 /// 2/pi can matter: those before them contribute whole turns, those after them less than 2^-130 steps, while
-/// no double comes closer than about 2^-62 to a whole step without being 0.
+/// no such double lies closer than about 2^-62 to a multiple of pi/2.
 [[gnu::noinline]] ReducedAngle ReduceExactly(double x) {
   const auto mantissa = (Bits(x) & 0xfffffffffffff) | 0x10000000000000;
   const int exponent = static_cast<int>(ExponentField(x)) - kExponentBias - kFractionBits;
-  const auto first =
-      static_cast<unsigned>(exponent - 2 + 64);  // table index of the digit worth 128 steps per unit of M
-  std::uint64_t turn[3] = {};                    // fraction of a turn: 8 bits of steps, 184 below
-  for (unsigned i = 0; i < 3; ++i)
-    AddProduct(mantissa, TwoOverPiDigits(first + 64 * (2 - i)), static_cast<int>(i), turn);
+  // The fraction of a turn, 8 bits of steps and 184 below, begins at the digit worth 128 steps per unit of M.
+  const auto first = static_cast<unsigned>(exponent - 2 + 64);
+  std::uint64_t turn[3] = {};
+  for (int i = 0; i < 3; ++i) {
+    AddProduct(mantissa, TwoOverPiDigits(first + 64 * static_cast<unsigned>(2 - i)), i, turn);
+  }
 
-  // The 184 bits as a signed fraction of a step, so that the whole step is the nearest one, then in radians.
+  // The 128 bits below the steps, as a signed number so that the step is the nearest one, then in radians.
   const auto steps =
       static_cast<std::uint32_t>(turn[2] >> 56) + static_cast<std::uint32_t>((turn[2] >> 55) & 1);
   const std::uint64_t top = (turn[2] << 8) | (turn[1] >> 56), middle = (turn[1] << 8) | (turn[0] >> 56);
   const auto unsigned_half = [](std::uint64_t half) { return static_cast<double>(half & 0xffffffff); };
-  const double halves[5] = {static_cast<double>(static_cast<std::int32_t>(top >> 32)), unsigned_half(top),
-                            unsigned_half(middle >> 32), unsigned_half(middle), unsigned_half(turn[0] >> 24)};
+  const double halves[4] = {static_cast<double>(static_cast<std::int32_t>(top >> 32)), unsigned_half(top),
+                            unsigned_half(middle >> 32), unsigned_half(middle)};
   Sum fraction = {0, 0};
   double weight = 0x1p-32;
   for (const double half : halves) {
@@ -287,13 +290,12 @@ std::uint64_t TwoOverPiDigits(unsigned from) {
   return {steps, AddOrdered(r.hi, r.lo + (fraction.hi * kStep.lo + fraction.lo * kStep.hi))};
 }
 
-/// sin(steps pi/128 + r) from the values at the node: S cos r + C sin r = S + r + (S (cos r - 1) + C (sin r -
-/// r) - (1 - C) r), |r| <= pi/256, after folding the node into the first quarter turn. `sign` is 0 or
-/// kSignBit.
+/// sin(steps pi/128 + r), negated if `sign` is kSignBit and not 0, from sine S and cosine C of the steps:
+/// S cos r + C sin r = S + r + (S (cos r - 1) + C (sin r - r) - (1 - C) r), |r| <= pi/256.
 VRX_INLINE double SineAtNode(const ReducedAngle& angle, std::uint64_t sign) {
   // In every second quarter sin(pi/2 + a) = sin(pi/2 - a), and the second half turn is the first one negated.
-  const std::uint32_t second_quarter = (angle.steps / kQuarterTurn) & 1,
-                      second_half = (angle.steps / kQuarterTurn) & 2;
+  const std::uint32_t quarter = angle.steps / kQuarterTurn;
+  const std::uint32_t second_quarter = quarter & 1, second_half = quarter & 2;
   const std::uint32_t in_quarter = angle.steps & (kQuarterTurn - 1);
   const auto& node = kSineNode[(in_quarter ^ (second_quarter * (kQuarterTurn - 1))) + second_quarter];
   const double node_sign = FromBits(Bits(1) ^ sign ^ (std::uint64_t{second_half} << 62));
@@ -316,9 +318,9 @@ VRX_INLINE double SineAtNode(const ReducedAngle& angle, std::uint64_t sign) {
   return SineAtNode(angle, sign);
 }
 
-/// The same. Up to 10^5 the steps times pi / 128 are subtracted in three parts (Cody and Waite), the first
-/// two so short that their multiples are exact. Where too little is left for the digits of the third, or x is
-/// larger, exactly.
+/// The same, faster. Up to 10^5 the steps times pi / 128 are subtracted in three parts (Cody and Waite), the
+/// first two so short that their multiples are exact. Larger x, and those of which so little is left that the
+/// digits of the third part do not suffice, are reduced exactly.
 VRX_INLINE double ShiftedSine(double x, std::uint32_t offset, std::uint64_t sign) {
   constexpr double kStepsPerRadian = 0x1.45f306dc9c883p+5;  // 128 / pi
   constexpr double kStep1 = 0x1.921fb544p-6, kStep2 = 0x1.0b4611a4p-40, kStep3 = 0x1.13198a2e03707p-71;
@@ -330,7 +332,7 @@ VRX_INLINE double ShiftedSine(double x, std::uint32_t offset, std::uint64_t sign
                     sign);
 }
 
-// ---------------------------------------------------------------------------------------------------------------
+// ----------------------------------------------------------------------------------------------------------
 // Arc tangent
 
 /// The direction of (x, y) with x = +-b, b > 0, y = a >= 0, turned by the small angle `turn`; a and b not
@@ -371,7 +373,7 @@ VRX_INLINE double AngleInUpperHalf(double a, double b, bool x_negative, double t
 
 /// Whether products and quotients of a few such numbers stay normal.
 VRX_INLINE bool IsModerate(double x) {
-  constexpr int kLimit = 300;
+  constexpr std::uint64_t kLimit = 300;
   return ExponentField(x) - (kExponentBias - kLimit) < 2 * kLimit;
 }
 
@@ -408,10 +410,10 @@ double CubeRoot(double x) noexcept {
   if (exponent - 1 >= 0x7fe) return CubeRootOfUnusual(x);
 
   // A 17-bit start t: minimax polynomial of degree 5 for the cube root on [1, 2], relative error 2^-19.6,
-  // times the cube root of the power of two. Cut to 17 bits, t^3 is exact and so is x - t^3.
+  // times the cube root of the power of two, 2^(e-1023) = 8^(third-342) 2^remainder. Rounded to 17 bits, t^3
+  // is exact and so is x - t^3.
   static constexpr double kRootOfTwo[3] = {1, 0x1.428a2f98d728bp+0, 0x1.965fea53d6e3dp+0};
-  const std::uint64_t third = (exponent + 3) / 3,
-                      remainder = exponent % 3;  // 2^(e-1023) = 8^(third-342) 2^remainder
+  const std::uint64_t third = (exponent + 3) / 3, remainder = exponent % 3;
   const double scale =
       FromBits((Bits(kRootOfTwo[remainder]) + ((third - 342) << kFractionBits)) | (Bits(x) & kSignBit));
   const double m = FromBits((Bits(x) & 0xfffffffffffff) | Bits(1.0));

@@ -89,12 +89,17 @@ class VRX_API CArchive {
   void WriteCount(uint32_t count);
   uint32_t ReadCount();
 
-  /// Reads a count of elements that take at least `elementBytes` bytes each in the archive. Throws kEndOfFile
-  /// when the archive is too short to hold them, and when the count exceeds an array's 31 bits, so that a
-  /// hostile count fails before anything is allocated.
+  /// Reads a count of elements that take at least `elementBytes` (1 or more) bytes each in the archive.
+  /// Throws kEndOfFile when the archive is too short to hold them, and when the count exceeds an array's 31
+  /// bits, so that a hostile count fails before anything is allocated.
   int32_t ReadCheckedCount(std::size_t elementBytes);
 
-  /// A text: its length in units in the count encoding, then the units, 16 bits each.
+  /// Throws CArchiveException (kEndOfFile) when fewer than `bytes` bytes are left to read: the check before
+  /// anything is allocated for a size that stands in the archive.
+  void RequireBytes(uint64_t bytes) const;
+
+  /// A text: its length in units in the count encoding, then the units, 16 bits each. A text beyond 31 bits
+  /// raises CInvalidArgException before anything is written.
   void WriteString(WideView text);
   CString ReadString();
 

@@ -51,17 +51,15 @@ class CArray : public CObject {
   /// are destroyed in index order. A `growBy` of 0 or more becomes the step by which the buffer grows (0: an
   /// eighth of the size, at least 4 and at most 1024 slots). A size of 0 frees the buffer. Throws
   /// CInvalidArgException for a negative size or a capacity beyond 31 bits, CMemoryException when memory runs
-  /// out; the array is then unchanged.
+  /// out, and what an element's constructor throws; the elements are then unchanged.
   void SetSize(int32_t newSize, int32_t growBy = -1) {
     if (newSize < 0) throw CInvalidArgException();
     if (growBy >= 0) growBy_ = growBy;
-    if (newSize == 0) {
-      FreeBuffer();
-    } else if (newSize <= capacity_) {
-      DestroyFrom(std::min(newSize, size_));
-      ConstructUpTo(newSize);
+    if (newSize == 0) return FreeBuffer();
+    EnsureCapacity(newSize);
+    if (newSize < size_) {
+      DestroyFrom(newSize);
     } else {
-      Reallocate(data_ == nullptr ? std::max(newSize, growBy_) : GrownCapacity(newSize));
       ConstructUpTo(newSize);
     }
   }
@@ -75,20 +73,27 @@ class CArray : public CObject {
     return size_ - 1;
   }
 
-  /// Puts `count` copies of `value` before element `i`; at or beyond the end the array first grows to `i +
-  /// count`. Throws CInvalidArgException when `i` is negative, `count` is not positive, or the new size
-  /// exceeds 31 bits.
+  /// Puts `count` copies of `value` before element `i`; beyond the end the array first grows to `i` elements.
+  /// Throws CInvalidArgException when `i` is negative, `count` is not positive, or the new size exceeds 31
+  /// bits, otherwise as SetSize does; the elements are then unchanged.
   void InsertAt(int32_t i, ARG_TYPE value, int32_t count = 1) {
     if (i < 0 || count <= 0 || count > std::numeric_limits<int32_t>::max() - std::max(i, size_)) {
       throw CInvalidArgException();
     }
     const TYPE copy(value);  // `value` may be an element of this array
-    if (i >= size_) {
-      SetSize(i + count);
-    } else {
-      OpenGap(i, count);
+    const int32_t oldSize = size_;
+    const int32_t tail = std::max(oldSize - i, 0);
+    EnsureCapacity(std::max(i, oldSize) + count);
+    if (i > oldSize) ConstructUpTo(i);
+    MoveBytes(data_ + i + count, data_ + i, tail);
+    try {
+      std::uninitialized_fill_n(data_ + i, count, copy);
+    } catch (...) {
+      MoveBytes(data_ + i, data_ + i + count, tail);
+      DestroyFrom(oldSize);
+      throw;
     }
-    std::fill_n(data_ + i, count, copy);
+    size_ += count;
   }
 
   /// Removes `count` elements from `i` on. Throws CInvalidArgException when they do not all exist.
@@ -116,6 +121,11 @@ class CArray : public CObject {
     }
   }
 
+  void EnsureCapacity(int32_t newSize) {
+    if (newSize <= capacity_) return;
+    Reallocate(data_ == nullptr ? std::max(newSize, growBy_) : GrownCapacity(newSize));
+  }
+
   int32_t GrownCapacity(int32_t newSize) const {
     const int32_t step = growBy_ != 0 ? growBy_ : std::clamp(size_ / 8, kMinStep, kMaxStep);
     if (capacity_ > std::numeric_limits<int32_t>::max() - step) throw CInvalidArgException();
@@ -138,12 +148,13 @@ class CArray : public CObject {
     capacity_ = capacity;
   }
 
-  // `size_` follows element by element, so that a constructor that throws leaves a sound array.
+  // Makes elements up to `newSize`; a constructor that throws takes those made before it along.
   void ConstructUpTo(int32_t newSize) {
     if (newSize <= size_) return;
     std::memset(static_cast<void*>(data_ + size_), 0,
                 static_cast<std::size_t>(newSize - size_) * sizeof(TYPE));
-    for (; size_ < newSize; ++size_) ::new (static_cast<void*>(data_ + size_)) TYPE();
+    std::uninitialized_value_construct(data_ + size_, data_ + newSize);
+    size_ = newSize;
   }
 
   void DestroyFrom(int32_t newSize) {
@@ -157,16 +168,6 @@ class CArray : public CObject {
     data_ = nullptr;
     capacity_ = 0;
   }
-
-  // Moves the tail from `i` up by `count` and fills the gap with new elements. They are made at the end
-  // first, where a constructor may fail without leaving a hole.
-  void OpenGap(int32_t i, int32_t count) {
-    const int32_t oldSize = size_;
-    SetSize(oldSize + count);
-    std::rotate(Bytes(data_ + i), Bytes(data_ + oldSize), Bytes(data_ + size_));
-  }
-
-  static std::byte* Bytes(TYPE* element) { return reinterpret_cast<std::byte*>(element); }
 };
 
 }  // namespace vrx

@@ -30,10 +30,13 @@ class VRX_API FileReader : public ByteStore {
   std::size_t Read(std::span<std::byte> out) override;
   /// Always throws CArchiveException (kReadOnly).
   void Write(std::span<const std::byte> bytes) override;
-  /// Bytes to the end of a regular file; for a pipe, which does not know, 0.
+  /// Bytes to the end of a regular file; 0 for a pipe, which does not know. Counted forms (arrays, texts) can
+  /// therefore not be read from a pipe.
   uint64_t Remaining() const override { return remaining_; }
 
  private:
+  void Close();
+
   std::FILE* file_ = nullptr;
   uint64_t remaining_ = 0;
   std::string error_;
@@ -49,7 +52,9 @@ class VRX_API FileReplacer : public ByteStore {
   /// Removes the temporary file unless it was committed.
   ~FileReplacer() override;
 
-  /// Begins a new content for `path`. False when no file can be made there; `GetError` says why.
+  /// Begins a new content for `path`, following links. The new file keeps the access mode of the old one.
+  /// False when no file can be made there, or when what is there is no regular file or is write-protected;
+  /// `GetError` says why.
   bool Open(const std::string& path);
   /// Flushes to the device and puts the new content in place. False, with the old content kept, when that
   /// fails.
@@ -58,7 +63,7 @@ class VRX_API FileReplacer : public ByteStore {
 
   /// Always throws CArchiveException (kWriteOnly).
   std::size_t Read(std::span<std::byte> out) override;
-  /// Throws CArchiveException (kIoError) when the device is full or fails.
+  /// Throws CArchiveException (kIoError) when the device is full or fails; `GetError` says why.
   void Write(std::span<const std::byte> bytes) override;
   uint64_t Remaining() const override { return 0; }
 

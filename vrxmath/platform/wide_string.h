@@ -6,6 +6,8 @@
 #ifndef VRXMATH_PLATFORM_WIDE_STRING_H_
 #define VRXMATH_PLATFORM_WIDE_STRING_H_
 
+#include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <string>
@@ -59,7 +61,9 @@ class VRX_API CString {
 
   friend bool operator==(const CString& a, const CString& b) { return a.View() == b.View(); }
   friend bool operator==(const CString& a, WideView b) { return a.View() == b; }
-  friend bool operator==(const CString& a, const WideChar* b) { return a.View() == WideView(b); }
+  friend bool operator==(const CString& a, const WideChar* b) {
+    return a.View() == (b ? WideView(b) : WideView());
+  }
   friend auto operator<=>(const CString& a, const CString& b) { return a.View() <=> b.View(); }
 
  private:

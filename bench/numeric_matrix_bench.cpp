@@ -49,7 +49,7 @@ struct System {
 
 void Require(bool agreed, const char* what) {
   if (agreed) return;
-  std::fprintf(stderr, "bench_matrix: %s disagrees with Eigen\n", what);
+  std::fprintf(stderr, "numeric_matrix_bench: %s disagrees with Eigen\n", what);
   std::exit(1);
 }
 

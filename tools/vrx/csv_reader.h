@@ -1,0 +1,109 @@
+// Tables of comma-separated values, read as a stream in constant memory.
+//
+// The first record names the columns and tells the separator: a semicolon if it has one, else a tab, else a
+// comma. Fields may stand in double quotes, with "" for a quote. Numbers take a decimal point and, where the
+// separator is not the comma, a decimal comma. The text is UTF-8 with or without a byte-order mark; lines end
+// in LF or CR LF. Blank lines are passed over.
+//
+// Whatever cannot be read raises InputError with file, line, column and reason.
+
+#ifndef TOOLS_VRX_CSV_READER_H_
+#define TOOLS_VRX_CSV_READER_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <istream>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vrx::tool {
+
+class CsvReader {
+ public:
+  /// The longest record, in bytes, and the largest number of columns.
+  static constexpr std::size_t kMaxRecordBytes = std::size_t{1} << 20;
+  static constexpr std::size_t kMaxColumns = 10'000;
+
+  /// Opens a file, or standard input for "-", and reads the header.
+  explicit CsvReader(const std::string& path);
+  /// The same for any stream; `name` is what messages call it. `stream` must outlive the reader.
+  CsvReader(std::istream& stream, std::string name);
+
+  const std::string& Name() const { return name_; }
+  /// The column names, without surrounding spaces.
+  const std::vector<std::string>& Header() const { return header_; }
+
+  /// Goes to the next record; false after the last one. What was left of the current one is not looked at.
+  bool Next();
+
+  // The fields of the current record, left to right.
+
+  /// The next field as text, without its quotes and without surrounding spaces; valid UTF-8. It lives until
+  /// the next call of Next.
+  std::string_view Text();
+  /// The next `values.size()` fields as numbers.
+  void Numbers(std::span<double> values);
+  double Number();
+  /// Makes sure that no field is left.
+  void EndRecord();
+
+  /// Where the current record begins: its byte in the file and its line, from 1.
+  uint64_t Offset() const { return offset_; }
+  int64_t Line() const { return line_; }
+  /// True when SeekTo works: a file, not a pipe.
+  bool CanSeek() const { return size_ > 0; }
+  /// Makes the record at `offset` on `line` the next one.
+  void SeekTo(uint64_t offset, int64_t line);
+
+  /// Bytes of the file, 0 for a pipe; and those read so far, to within a buffer.
+  uint64_t Size() const { return size_; }
+  uint64_t Position() const { return bufferOffset_ + begin_; }
+
+  /// Refuses the current record at the field that was read last, at column `column` (from 0), or as a whole.
+  [[noreturn]] void Fail(const std::string& reason) const;
+  [[noreturn]] void FailAt(std::size_t column, const std::string& reason) const;
+  [[noreturn]] void FailRow(const std::string& reason) const;
+
+ private:
+  void Start();
+  void ReadHeader();
+  bool Fill();
+  const char* FindRecordEnd();
+  std::string_view RawField();
+  std::string_view Unquoted(char* at);
+  double SlowNumber();
+  void RequireField();
+
+  std::unique_ptr<std::istream> owned_;
+  std::istream* stream_;
+  std::string name_;
+  std::vector<std::string> header_;
+  uint64_t size_ = 0;
+
+  // The buffer holds the file from bufferOffset_ on; begin_ ... used_ is what no record has taken yet. One
+  // byte behind used_ is a line end, so that a scan over a field needs no second limit.
+  std::unique_ptr<char[]> buffer_;
+  uint64_t bufferOffset_ = 0;
+  std::size_t begin_ = 0;
+  std::size_t used_ = 0;
+  std::size_t chunk_;
+  bool atEnd_ = false;
+
+  char separator_ = ',';
+  char decimalSeparator_ = '.';
+
+  // The current record.
+  char* at_ = nullptr;         // the next field; null when there is none
+  char* recordEnd_ = nullptr;  // its line end
+  std::size_t column_ = 0;     // fields taken
+  uint64_t offset_ = 0;
+  int64_t line_ = 0;
+  int64_t nextLine_ = 1;
+};
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_CSV_READER_H_

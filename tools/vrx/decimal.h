@@ -1,0 +1,49 @@
+// Decimal texts to doubles, exactly rounded and fast for the short numbers of measurement files.
+
+#ifndef TOOLS_VRX_DECIMAL_H_
+#define TOOLS_VRX_DECIMAL_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace vrx::tool {
+
+/// Reads the number that `text` is made of, all of it: an optional sign, digits with at most one decimal
+/// separator, which is a point or `separator`, and an optional exponent. The result is the double nearest to
+/// the number. False for everything else ("inf", "nan" and the empty text included) and for magnitudes beyond
+/// the normal range of doubles.
+bool ParseDecimal(std::string_view text, char separator, double& value);
+
+/// The quick half of ParseDecimal, for numbers without an exponent and with at most 15 digits: their digits
+/// and the power of ten are doubles, so one division rounds them exactly. Reads from `at` up to the first
+/// byte that is no part of such a number, which must exist, and returns its address; null when the text does
+/// not begin with one or is not for this half.
+inline const char* ParseShortDecimal(const char* at, char separator, double& value) {
+  static constexpr std::array<double, 16> kPowersOfTen{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                       1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  constexpr std::size_t kExactDigits = 15;
+  const auto digit = [&at] { return static_cast<unsigned>(static_cast<unsigned char>(*at)) - '0'; };
+  const bool negative = *at == '-';
+  if (negative || *at == '+') ++at;
+  const char* const first = at;
+  uint64_t digits = 0;  // wraps when there are too many, and is not used then
+  for (; digit() < 10; ++at) digits = 10 * digits + digit();
+  auto count = static_cast<std::size_t>(at - first);
+  std::size_t decimals = 0;
+  if (*at == '.' || *at == separator) {
+    const char* const point = at++;
+    for (; digit() < 10; ++at) digits = 10 * digits + digit();
+    decimals = static_cast<std::size_t>(at - point) - 1;
+    count += decimals;
+  }
+  if (count == 0 || count > kExactDigits || *at == 'e' || *at == 'E') return nullptr;
+  const double magnitude = static_cast<double>(digits) / kPowersOfTen[decimals];
+  value = negative ? -magnitude : magnitude;
+  return at;
+}
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_DECIMAL_H_

@@ -1,0 +1,90 @@
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <string>
+
+#include <vrxmath/colorimetry/difference_systems.h>
+#include <vrxmath/foundation/string_numbers.h>
+#include <vrxmath/platform/resources.h>
+
+namespace vrx {
+namespace {
+
+// Offsets into a system's block of texts.
+enum TextOffset : uint32_t { kLongName = 0, kShortName = 1, kCoordinateColumns = 3, kDifferenceColumns = 4 };
+
+WideView SystemText(int32_t system, uint32_t offset) {
+  if (system < 0 || system >= kDifferenceSystems) return {};
+  return FindString(kStringDifferenceSystem + 16 * static_cast<uint32_t>(system) + offset);
+}
+
+constexpr int32_t kElementsOf4[] = {0, 1, 2, 6};
+constexpr int32_t kElementsOf5[] = {0, 1, 2, 4, 6};
+constexpr int32_t kElementsOf6[] = {0, 1, 2, 4, 5, 6};
+constexpr int32_t kElementsOf7[] = {0, 1, 2, 3, 4, 5, 6};
+
+}  // namespace
+
+CDifferenceSettings DefaultSettings(int32_t system) {
+  CDifferenceSettings settings{system, {1.0, 1.0, 1.0, 1.0}};
+  if (system == vrxSystemCmc) settings.parameters[0] = 2.0;
+  return settings;
+}
+
+int32_t ParameterCount(int32_t system) {
+  const WideView name = SystemText(system, kLongName);
+  int32_t count = 0;
+  for (std::size_t at = name.find(u"%s"); at != WideView::npos; at = name.find(u"%s", at + 2)) ++count;
+  return count;
+}
+
+CString ParameterText(double value, WideChar decimalSeparator) {
+  constexpr double kWholeFrom = 4503599627370496.0;  // 2^52: no decimals left to round
+  const double rounded = std::fabs(value) < kWholeFrom ? std::round(value * 100.0) / 100.0 : value;
+  char buffer[400];  // the largest double has 309 digits before its point
+  const auto [end, error] =
+      std::to_chars(buffer, buffer + sizeof buffer, rounded, std::chars_format::fixed, 2);
+  std::string text(buffer, error == std::errc() ? end : buffer);
+  if (!text.empty() && text[0] == '-' && text.find_first_of("123456789") == std::string::npos)
+    text.erase(0, 1);
+  CString wide = CString::FromUtf8(text);
+  const std::size_t point = text.find('.');
+  if (point != std::string::npos) wide.SetAt(static_cast<std::ptrdiff_t>(point), decimalSeparator);
+  return wide;
+}
+
+CString DifferenceSystemName(int32_t system, NameLength length, std::span<const double> parameters,
+                             WideChar decimalSeparator) {
+  const WideView pattern = SystemText(system, length == NameLength::kLong ? kLongName : kShortName);
+  if (ParameterCount(system) == 0) return CString(pattern);
+  if (parameters.empty()) return CString(pattern.substr(0, pattern.find(u" (")));
+  CString texts[4];
+  for (std::size_t i = 0; i < std::min<std::size_t>(parameters.size(), 4); ++i) {
+    texts[i] = ParameterText(parameters[i], decimalSeparator);
+  }
+  return FillPattern(pattern, {texts[0], texts[1], texts[2], texts[3]});
+}
+
+CString DifferenceColumns(int32_t system) {
+  return CString(SystemText(system, kDifferenceColumns));
+}
+CString CoordinateColumns(int32_t system) {
+  return CString(SystemText(system, kCoordinateColumns));
+}
+
+std::span<const int32_t> DifferenceColumnElements(int32_t system) {
+  const WideView columns = SystemText(system, kDifferenceColumns);
+  if (columns.empty()) return {};
+  switch (std::count(columns.begin(), columns.end(), u'|') + 1) {
+    case 4:
+      return kElementsOf4;  // no chroma and hue difference
+    case 5:
+      return kElementsOf5;  // no hue difference
+    case 6:
+      return kElementsOf6;  // no weighted lightness difference
+    default:
+      return kElementsOf7;
+  }
+}
+
+}  // namespace vrx

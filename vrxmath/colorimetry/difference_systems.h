@@ -1,0 +1,72 @@
+// The difference systems: their numbers, settings, names and column headings.
+
+#ifndef VRXMATH_COLORIMETRY_DIFFERENCE_SYSTEMS_H_
+#define VRXMATH_COLORIMETRY_DIFFERENCE_SYSTEMS_H_
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include <vrxmath/export.h>
+#include <vrxmath/platform/wide_string.h>
+
+namespace vrx {
+
+/// A colour-difference system. The numbers are persistent.
+enum vrxDifferenceSystem : int32_t {
+  vrxSystemLab = 0,
+  vrxSystemCmc = 1,
+  vrxSystemHunter = 2,
+  vrxSystemFmc2 = 3,
+  vrxSystemCie94 = 4,
+  vrxSystemLch = 5,
+  vrxSystemLuv = 6,
+  vrxSystemXyz = 7,
+  vrxSystemGePqs2 = 8,
+  vrxSystemAudi = 9,
+  vrxSystemDin99 = 10,
+  vrxSystemCie2000 = 11,
+  vrxSystemDin6175 = 12,
+};
+inline constexpr int32_t kDifferenceSystems = 13;
+
+/// The four parameters of a system: l, c, cf for CMC; kL, kC, kH and a total difference for CIE94 and
+/// CIE2000; kCH, kE for DIN99; gL, gC, gH for DIN6175. Unused ones are 1.
+using DifferenceParameters = std::array<double, 4>;
+
+/// A system with its parameters, as a judgement carries it.
+struct CDifferenceSettings {
+  int32_t system = vrxSystemLab;
+  DifferenceParameters parameters = {1.0, 1.0, 1.0, 1.0};
+  bool operator==(const CDifferenceSettings&) const = default;
+};
+
+/// A system with the parameters under which it is usually quoted: 2:1 for CMC (acceptability), 1 everywhere
+/// else.
+VRX_API CDifferenceSettings DefaultSettings(int32_t system);
+
+/// How many of the four parameters a system's name shows: 0 for one without parameters.
+VRX_API int32_t ParameterCount(int32_t system);
+
+enum class NameLength { kLong, kShort };
+
+/// The display name of a system. A parameterised one is filled with its parameters, two decimals each, with
+/// the given decimal separator; without parameters (an empty span) it is cut before them: "CMC". Empty for
+/// an unknown system.
+VRX_API CString DifferenceSystemName(int32_t system, NameLength length,
+                                     std::span<const double> parameters = {},
+                                     WideChar decimalSeparator = u'.');
+
+/// A parameter as names show it: rounded to two decimals, half away from zero; a zero never has a sign.
+VRX_API CString ParameterText(double value, WideChar decimalSeparator = u'.');
+
+/// The headings of a system's difference columns, or of its coordinate columns, separated by "|".
+VRX_API CString DifferenceColumns(int32_t system);
+VRX_API CString CoordinateColumns(int32_t system);
+
+/// Which elements of the difference record stand under the difference columns, in their order.
+VRX_API std::span<const int32_t> DifferenceColumnElements(int32_t system);
+
+}  // namespace vrx
+
+#endif  // VRXMATH_COLORIMETRY_DIFFERENCE_SYSTEMS_H_

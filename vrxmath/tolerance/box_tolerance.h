@@ -1,0 +1,135 @@
+// Box tolerances: a difference is accepted when each of its three components lies inside an asymmetric
+// interval, and its total is graded against a limit with a warning band.
+
+#ifndef VRXMATH_TOLERANCE_BOX_TOLERANCE_H_
+#define VRXMATH_TOLERANCE_BOX_TOLERANCE_H_
+
+#include <cstdint>
+
+#include <vrxmath/colorimetry/color_records.h>
+#include <vrxmath/colorimetry/difference_systems.h>
+#include <vrxmath/export.h>
+#include <vrxmath/foundation/value_range.h>
+#include <vrxmath/platform/archive.h>
+
+namespace vrx {
+
+/// The answer of a judgement. The numbers are persistent, and a larger one is better.
+enum Verdict : int32_t { kFail = 0, kWarning = 1, kPass = 2 };
+
+/// Grades a total difference: fail above the limit, warning above limit x factor, else pass. Both limits
+/// are inclusive; a NaN on either side passes.
+VRX_API Verdict GradeTotal(double value, double limit, double warningFactor);
+
+/// The values that a tolerance dimension (0 to 2, and 3 for the total) may take under a difference system:
+/// tenths within 999.9 for the components of XYZ/Yxy, hundredths within 80 for those of every other system,
+/// 0.05 to 80 for the total.
+VRX_API CValueRange ToleranceRange(const CDifferenceSettings& settings, int32_t dimension);
+
+/// An interval, both ends inclusive.
+struct Interval {
+  double lower;
+  double upper;
+  bool Contains(double value) const { return lower <= value && value <= upper; }
+};
+
+/// An interval scaled about its own centre. A factor within the near-equality of 1 leaves it as it is, to
+/// the last bit.
+VRX_API Interval ScaledAboutCentre(Interval interval, double factor);
+
+/// The limits of one box: plus and minus of dimension 0, of 1, of 2 (minus limits as positive magnitudes),
+/// then the limit of the total difference. All 1.5 when new. Dimensions are the first three elements of the
+/// difference record.
+class VRX_API CBoxTolData : public CDoubleArray1 {
+ public:
+  CBoxTolData() {
+    SetSize(7);
+    Fill(1.5);
+  }
+
+  /// Sets the limits of dimension 0, 1 or 2; for any other dimension the total's limit becomes `plus`.
+  void SetTolerance(int32_t dimension, double plus, double minus);
+  /// The interval that dimension 0, 1 or 2 must lie in.
+  Interval Limits(int32_t dimension) const;
+  /// The bounds of dimension 0: `upper` its plus limit, `lower` its minus limit negated.
+  void GetDimension0(double& upper, double& lower) const;
+
+  /// All seven values, in index order.
+  void GetAll(double (&values)[7]) const;
+  void SetAll(const double (&values)[7]);
+
+  /// Moves every value into its range (ToleranceRange).
+  void ClampToRanges(const CDifferenceSettings& settings);
+
+  /// Value `i` as a whole number, value x scale of its range, half away from zero; and back from one.
+  int32_t GetInteger(int32_t i, const CDifferenceSettings& settings) const;
+  void SetFromInteger(int32_t i, int16_t whole, const CDifferenceSettings& settings);
+
+  /// Moves the box by a difference without changing its width.
+  void OffsetBy(double d0, double d1, double d2);
+
+  /// Grades the total difference against element 6.
+  Verdict JudgeTotal(double value, double warningFactor) const {
+    return GradeTotal(value, (*this)[6], warningFactor);
+  }
+
+  /// True when elements 0 to 2 of a difference lie in the box scaled by `factor` about the centre of each
+  /// axis. All edges are inclusive; NaN lies outside.
+  bool Accepts(const CDeltaValues& delta, double factor) const;
+
+  /// True when `d0` and `d1`, the differences of dimensions 0 and 1, lie in the box scaled by `factor`, and
+  /// `hue` in the sector from `start` to `end` (HueInSector).
+  bool AcceptsInSector(double d0, double d1, double factor, double start, double end, double hue) const;
+
+  /// The largest of the six component limits, with those of dimension 0 taken ten times when
+  /// `lightnessTenfold` is set.
+  double LargestLimit(bool lightnessTenfold) const;
+
+  /// Archive form: the seven doubles, without a count. Throws as CArchive does.
+  void SerializeValues(CArchive& archive);
+};
+
+/// True when `hue` lies in the sector that runs counter-clockwise from `start` to `end`, all in radians in
+/// [0, 2 pi], ends inclusive. Equal ends (by near-equality) mean the full circle.
+VRX_API bool HueInSector(double hue, double start, double end);
+
+/// The boxes of the illuminants of a judgement; three when new.
+class CBoxTolIllum2 : public CArrayVarex<CBoxTolData> {
+ public:
+  CBoxTolIllum2() { SetSize(3); }
+};
+/// One entry per measuring angle.
+using CBoxTolAngle3 = CArrayVarex<CBoxTolIllum2>;
+/// One entry per standard.
+class CBoxTolStd4 : public CArrayVarex<CBoxTolAngle3> {
+ public:
+  /// Gives every standard `count` angles; a table without standards gets one first.
+  void SetAngleCount(int32_t count) {
+    if (IsEmpty()) SetSize(1);
+    for (CBoxTolAngle3& standard : *this) standard.SetSize(count);
+  }
+};
+
+/// Block sizes of the three difference dimensions; 1.0 each when new.
+class VRX_API CBlockSizeData : public CDoubleArray1 {
+ public:
+  CBlockSizeData() {
+    SetSize(3);
+    Fill(1.0);
+  }
+  /// Archive form: the three doubles, without a count. Throws as CArchive does.
+  void SerializeValues(CArchive& archive);
+};
+
+/// The block code of a sample against a standard: a grid of nine blocks per dimension, centred on the
+/// standard, in which each dimension's cell is 0 below, 1 to 9 inside and 10 above; the code is cell0 x 256
+/// + cell1 x 16 + cell2. A difference on an edge belongs to the cell above it. In: both colours with the
+/// coordinates of the system; `settings` choose the difference (dE*ab by default). Out: the code, 0 to
+/// 0xAAA; unset when the standard is.
+VRX_API double BlockCode(const CBlockSizeData& blocks, const CColorValues& standard,
+                         const CColorValues& sample, vrxIlluminant illuminant, int32_t observer,
+                         const CDifferenceSettings& settings = {});
+
+}  // namespace vrx
+
+#endif  // VRXMATH_TOLERANCE_BOX_TOLERANCE_H_
