@@ -10,6 +10,8 @@
 
 namespace vrx::tool {
 
+void AddColorants(CLI::App& app, int& status);
+void AddPredict(CLI::App& app, int& status);
 void AddTables(CLI::App& app, int& status);
 
 std::span<const CommandEntry> AllCommands();
