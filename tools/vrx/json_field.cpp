@@ -45,6 +45,8 @@ JsonDocument::JsonDocument(const std::string& path) : name_(path) {
     const auto before = text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
     throw InputError(path + ", line " + std::to_string(1 + std::count(text.begin(), before, '\n')) +
                      ": this is not JSON");
+  } catch (const nlohmann::json::out_of_range&) {
+    throw InputError(path + ": a number is beyond the range of doubles");
   }
 }
 
