@@ -7,6 +7,7 @@ namespace vrx::tool {
 std::span<const CommandEntry> AllCommands() {
   static constexpr std::array kCommands{
       CommandEntry{"tables", AddTables},
+      CommandEntry{"xml", AddXml},
   };
   return kCommands;
 }

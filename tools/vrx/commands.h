@@ -11,6 +11,7 @@
 namespace vrx::tool {
 
 void AddTables(CLI::App& app, int& status);
+void AddXml(CLI::App& app, int& status);
 
 std::span<const CommandEntry> AllCommands();
 
