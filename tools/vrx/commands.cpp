@@ -6,7 +6,13 @@ namespace vrx::tool {
 
 std::span<const CommandEntry> AllCommands() {
   static constexpr std::array kCommands{
+      CommandEntry{"judge", AddJudge},
+      CommandEntry{"color", AddColor},
+      CommandEntry{"delta", AddDelta},
       CommandEntry{"tables", AddTables},
+      CommandEntry{"condition", AddCondition},
+      CommandEntry{"settings", AddSettings},
+      CommandEntry{"log", AddLog},
       CommandEntry{"xml", AddXml},
   };
   return kCommands;

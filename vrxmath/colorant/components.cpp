@@ -87,7 +87,11 @@ void CComponent::ConvertFactor(FactorDirection direction, double p, LevelUpdate 
 }
 
 void CComponent::Reset() {
-  *this = CComponent();
+  RestoreDefaults(kNewComponentId, kKindColorant);
+}
+
+void CComponent::RestoreDefaults(uint32_t id, int32_t kind) {
+  *this = CComponent(id, kind);
 }
 
 bool CComponent::operator==(const CComponent& other) const {
@@ -96,8 +100,8 @@ bool CComponent::operator==(const CComponent& other) const {
          NearlyEqual(factor_, other.factor_) && refA_ == other.refA_ && refB_ == other.refB_ &&
          refC_ == other.refC_ && kind_ == other.kind_ && flags_ == other.flags_ &&
          NearlyEqual(scaleA_, other.scaleA_) && NearlyEqual(scaleB_, other.scaleB_) &&
-         NearlyEqual(scaleC_, other.scaleC_) && classCode_ == other.classCode_ &&
-         option_ == other.option_ && currentLevel_ == other.currentLevel_ && levels_ == other.levels_;
+         NearlyEqual(scaleC_, other.scaleC_) && classCode_ == other.classCode_ && option_ == other.option_ &&
+         currentLevel_ == other.currentLevel_ && levels_ == other.levels_;
 }
 
 CColorant::~CColorant() = default;
@@ -210,7 +214,7 @@ void CResin::SetAdditiveCount(int32_t count) {
 }
 
 void CResin::Reset() {
-  CComponent::operator=(CComponent(kNotFound, kKindResin));
+  RestoreDefaults(kNotFound, kKindResin);
   resinCode_ = 0;
   resinValue_ = 0.0;
   additives_.SetSize(0);
