@@ -6,7 +6,17 @@ namespace vrx::tool {
 
 std::span<const CommandEntry> AllCommands() {
   static constexpr std::array kCommands{
+      CommandEntry{"judge", AddJudge},
+      CommandEntry{"color", AddColor},
+      CommandEntry{"delta", AddDelta},
+      CommandEntry{"strength", AddStrength},
+      CommandEntry{"colorants", AddColorants},
+      CommandEntry{"predict", AddPredict},
       CommandEntry{"tables", AddTables},
+      CommandEntry{"condition", AddCondition},
+      CommandEntry{"settings", AddSettings},
+      CommandEntry{"log", AddLog},
+      CommandEntry{"xml", AddXml},
   };
   return kCommands;
 }
