@@ -29,3 +29,7 @@ if(VRX_SANITIZE)
     -fsanitize=${VRX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(vrx_build_flags INTERFACE -fsanitize=${VRX_SANITIZE})
 endif()
+if(VRX_BUILD_FUZZERS)
+  # Everything a target reaches is instrumented: libFuzzer learns from the branches that an input takes.
+  target_compile_options(vrx_build_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()

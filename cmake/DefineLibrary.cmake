@@ -28,6 +28,7 @@ function(vrx_define_library folder)
     set_property(GLOBAL APPEND PROPERTY VRX_HEADERS vrxmath/${folder}/${header})
   endforeach()
   set_property(GLOBAL APPEND PROPERTY VRX_UNITS ${folder})
+  set_property(GLOBAL PROPERTY VRX_DEPENDS_${folder} ${arg_DEPENDS})
   install(FILES ${arg_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vrxmath/${folder})
 endfunction()
 
@@ -41,6 +42,13 @@ function(vrx_define_umbrella)
   endforeach()
   set_target_properties(vrxmath PROPERTIES
     LINKER_LANGUAGE CXX VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  if(BUILD_SHARED_LIBS AND UNIX AND NOT APPLE)
+    # The visibility flags hide what is ours; the script also hides the standard library's templates, which would
+    # otherwise be exported with default visibility and keep the library from being unloaded.
+    set(exports ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    target_link_options(vrxmath PRIVATE LINKER:--version-script=${exports})
+    set_property(TARGET vrxmath APPEND PROPERTY LINK_DEPENDS ${exports})
+  endif()
   target_compile_features(vrxmath INTERFACE cxx_std_20)
   target_include_directories(vrxmath INTERFACE
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
@@ -57,6 +65,8 @@ function(vrx_define_umbrella)
   configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/vrxmathConfig.cmake.in vrxmathConfig.cmake
     INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vrxmath)
   write_basic_package_version_file(vrxmathConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+  # Relative to the file itself, so that an installed tree may be moved.
+  file(RELATIVE_PATH pc_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/vrxmath.pc.in vrxmath.pc @ONLY)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vrxmathConfig.cmake
                 ${CMAKE_CURRENT_BINARY_DIR}/vrxmathConfigVersion.cmake

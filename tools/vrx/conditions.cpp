@@ -1,10 +1,11 @@
 #include "tools/vrx/conditions.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 
-#include <vrxmath/foundation/string_numbers.h>
+#include <vrxmath/foundation/angles.h>
 #include <vrxmath/platform/wide_string.h>
 
 #include "tools/vrx/command.h"
@@ -13,88 +14,173 @@ namespace vrx::tool {
 
 namespace {
 
+// By number.
+constexpr std::array<std::string_view, kDifferenceSystems> kSystemNames{
+    "lab", "cmc",    "hunter", "fmc2",  "cie94",   "lch",    "luv",
+    "xyz", "gepqs2", "audi",   "din99", "cie2000", "din6175"};
+
 std::string Quoted(std::string_view text) {
   return "\"" + std::string(text) + "\"";
 }
 
-// The text of an illuminant, "code|description".
-std::string IlluminantText(int32_t illuminant) {
-  return CString::Load(kStringIlluminant + static_cast<uint32_t>(illuminant)).ToUtf8();
+char LowerCase(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// A whole number below `limit`; -1 for any other text.
+int32_t ParseNumberBelow(int32_t limit, std::string_view text) {
+  int32_t value = -1;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  return error == std::errc() && stop == end && value >= 0 && value < limit ? value : -1;
+}
+
+// A name of a geometry in one spelling: lower case, without spaces, "deg" for the degree sign.
+std::string PlainGeometryName(std::string_view name) {
+  constexpr std::string_view kDegreeSign = "\xC2\xB0";
+  std::string plain;
+  for (; !name.empty(); name.remove_prefix(1)) {
+    if (name.starts_with(kDegreeSign)) {
+      plain += "deg";
+      name.remove_prefix(1);
+    } else if (name.front() != ' ') {
+      plain += LowerCase(name.front());
+    }
+  }
+  return plain;
+}
+
+std::vector<std::string> SplitColumns(const std::string& text) {
+  std::vector<std::string> parts;
+  for (std::size_t begin = 0; begin <= text.size();) {
+    const std::size_t end = std::min(text.find('|', begin), text.size());
+    parts.push_back(text.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return parts;
 }
 
 }  // namespace
 
 bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::ranges::equal(a, b, {}, lower, lower);
+  return std::ranges::equal(a, b, {}, LowerCase, LowerCase);
 }
 
-int32_t ParseWholeNumber(std::string_view text) {
-  int32_t value = -1;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  const bool whole = error == std::errc() && end == text.data() + text.size() && text.size() <= 9;
-  return whole && value >= 0 ? value : -1;
-}
-
-double ParseNumber(std::string_view text, std::string_view what) {
-  double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) {
-    throw InputError(Quoted(text) + " is not a number (" + std::string(what) + ")");
+void AddViewingOptions(CLI::App& command, ViewingOptions& viewing, const std::string& illuminants) {
+  for (std::size_t begin = 0; begin <= illuminants.size();) {
+    const std::size_t end = std::min(illuminants.find(',', begin), illuminants.size());
+    viewing.illuminants.push_back(illuminants.substr(begin, end - begin));
+    begin = end + 1;
   }
-  return value;
+  command.add_option("--illuminants,--illuminant", viewing.illuminants, "Illuminants by code or number")
+      ->delimiter(',')
+      ->expected(1)
+      ->option_text("LIST [" + illuminants + "]");
+  command.add_option("--observer", viewing.observer, "Observer in degrees")->option_text("2|10 [10]");
 }
 
-std::string IlluminantCode(int32_t illuminant) {
-  const std::string text = IlluminantText(illuminant);
-  return text.substr(0, text.find('|'));
-}
-
-std::string IlluminantDescription(int32_t illuminant) {
-  const std::string text = IlluminantText(illuminant);
-  return text.substr(text.find('|') + 1);
-}
-
-int32_t ParseIlluminant(std::string_view text) {
-  const int32_t number = ParseWholeNumber(text);
-  for (int32_t i = 0; i < kIlluminants; ++i) {
-    if (i == number || EqualsIgnoringCase(text, IlluminantCode(i))) return i;
+std::vector<vrxIlluminant> ViewingOptions::Illuminants() const {
+  std::vector<vrxIlluminant> list;
+  for (const std::string& text : illuminants) {
+    const vrxIlluminant illuminant = ParseIlluminant(text);
+    if (std::ranges::find(list, illuminant) != list.end()) {
+      throw InputError("illuminant " + CodeOf(illuminant) + " is named twice");
+    }
+    list.push_back(illuminant);
   }
+  return list;
+}
+
+int32_t ViewingOptions::Observer() const {
+  return ParseObserver(observer);
+}
+
+void AddSystemOptions(CLI::App& command, SystemOptions& options, const std::string& system) {
+  options.system = system;
+  std::string names = "Difference system by number, 0 to 12, or name:";
+  for (const std::string_view name : kSystemNames) names.append(" ").append(name);
+  command.add_option("--system", options.system, names)->option_text("NAME [" + system + "]");
+  command
+      .add_option("--parameters", options.parameters,
+                  "Parameters of the system in the order of its name: l,c for cmc; kL,kC,kH for cie94 and "
+                  "cie2000; kCH,kE for din99; gL,gC,gH for din6175")
+      ->delimiter(',')
+      ->expected(1)
+      ->option_text("LIST [2,1 for cmc, else 1]");
+}
+
+CDifferenceSettings SystemOptions::Settings() const {
+  CDifferenceSettings settings = DefaultSettings(ParseSystem(system));
+  if (parameters.size() > static_cast<std::size_t>(ParameterCount(settings.system))) {
+    throw InputError("--parameters: " + std::string(ShortNameOf(settings.system)) + " has " +
+                     std::to_string(ParameterCount(settings.system)) + " parameters");
+  }
+  for (const double parameter : parameters) {
+    if (!(parameter > 0 && std::isfinite(parameter))) {
+      throw InputError("--parameters: every parameter must be above 0");
+    }
+  }
+  std::ranges::copy(parameters, settings.parameters.begin());
+  return settings;
+}
+
+vrxIlluminant ParseIlluminant(std::string_view text) {
+  const int32_t number = ParseNumberBelow(kBuiltInIlluminants, text);
+  if (number >= 0) return static_cast<vrxIlluminant>(number);
+  vrxIlluminant illuminant;
+  if (FindIlluminant(CString::FromUtf8(text), illuminant)) return illuminant;
   throw InputError("unknown illuminant " + Quoted(text) + "; vrx tables lists them");
 }
 
-std::vector<int32_t> ParseIlluminants(const std::vector<std::string>& texts) {
-  std::vector<int32_t> illuminants;
-  for (const std::string& text : texts) {
-    const int32_t illuminant = ParseIlluminant(text);
-    if (std::ranges::find(illuminants, illuminant) != illuminants.end()) {
-      throw InputError("illuminant " + IlluminantCode(illuminant) + " is named twice");
-    }
-    illuminants.push_back(illuminant);
-  }
-  if (illuminants.empty()) throw InputError("no illuminant is named");
-  return illuminants;
-}
-
-std::vector<int32_t> IlluminantsInDisplayOrder() {
-  std::vector<int32_t> order;
-  const std::string list = CString::Load(kStringIlluminantOrder).ToUtf8();
-  for (std::size_t begin = 0; begin < list.size();) {
-    const std::size_t end = std::min(list.find(',', begin), list.size());
-    order.push_back(ParseIlluminant(std::string_view(list).substr(begin, end - begin)));
-    begin = end + 1;
-  }
-  return order;
-}
-
 int32_t ParseObserver(std::string_view text) {
-  if (text == "2") return 0;
-  if (text == "10") return 1;
+  if (text == "2") return kObserver2;
+  if (text == "10") return kObserver10;
   throw InputError("unknown observer " + Quoted(text) + "; it is 2 or 10 (degrees)");
 }
 
-std::string ObserverName(int32_t observer) {
-  return CString::Load(kStringObserver + static_cast<uint32_t>(observer)).ToUtf8();
+int32_t ParseSystem(std::string_view text) {
+  const int32_t number = ParseNumberBelow(kDifferenceSystems, text);
+  if (number >= 0) return number;
+  for (std::size_t i = 0; i < kSystemNames.size(); ++i) {
+    if (EqualsIgnoringCase(text, kSystemNames[i])) return static_cast<int32_t>(i);
+  }
+  throw InputError("unknown difference system " + Quoted(text) + "; --help lists them");
+}
+
+std::string CodeOf(vrxIlluminant illuminant) {
+  return IlluminantCode(illuminant).ToUtf8();
+}
+
+std::string_view ShortNameOf(int32_t system) {
+  return kSystemNames[static_cast<std::size_t>(system)];
+}
+
+std::string TitleOf(const CDifferenceSettings& settings) {
+  return DifferenceSystemName(settings.system, NameLength::kLong, settings.parameters).ToUtf8();
+}
+
+std::vector<DifferenceColumn> DifferenceColumnsOf(int32_t system) {
+  std::vector<DifferenceColumn> columns;
+  std::vector<std::string> headings = SplitColumns(DifferenceColumns(system).ToUtf8());
+  for (const int32_t element : DifferenceColumnElements(system)) {
+    columns.push_back({std::move(headings[columns.size()]), element});
+  }
+  return columns;
+}
+
+int32_t ParseGeometry(std::string_view text) {
+  if (text.empty()) return kNoGeometry;
+  const int32_t number = ParseNumberBelow(kAngleCodes, text);
+  if (number >= 0) return number;
+  const std::string plain = PlainGeometryName(text);
+  for (int32_t code = 0; code < kAngleCodes; ++code) {
+    if (PlainGeometryName(GeometryName(code)) == plain) return code;
+  }
+  return kUnknownGeometry;
+}
+
+std::string GeometryName(int32_t geometry) {
+  return geometry < 0 ? std::string() : NameOfAngle(static_cast<uint8_t>(geometry)).ToUtf8();
 }
 
 }  // namespace vrx::tool

@@ -1,50 +1,77 @@
-// The viewing conditions and the difference systems as a user names them on the command line.
+// Viewing conditions, geometries and difference systems as a user names them on the command line and in
+// files. The parsers throw InputError for a name that they do not know.
 
 #ifndef TOOLS_VRX_CONDITIONS_H_
 #define TOOLS_VRX_CONDITIONS_H_
 
+#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include <vrxmath/colorimetry/difference_systems.h>
+#include <vrxmath/colorimetry/illuminants.h>
+
 namespace vrx::tool {
 
-/// Illuminants that have weighting tables, 0 to 25.
-inline constexpr int32_t kIlluminants = 26;
+/// The conditions under which colours are seen, as options give them.
+struct ViewingOptions {
+  std::vector<std::string> illuminants;
+  std::string observer = "10";
 
-/// An illuminant by its code, such as "D65" in any case, or by its number. Throws InputError.
-int32_t ParseIlluminant(std::string_view text);
+  std::vector<vrxIlluminant> Illuminants() const;
+  int32_t Observer() const;
+};
 
-/// The same for a list. Throws InputError for an empty list and when an illuminant is named twice.
-std::vector<int32_t> ParseIlluminants(const std::vector<std::string>& texts);
+/// Adds `--illuminants` with a default list such as "D65,A,CWF", and `--observer`.
+void AddViewingOptions(CLI::App& command, ViewingOptions& viewing, const std::string& illuminants);
 
-/// The code of an illuminant, such as "D65", and its description.
-std::string IlluminantCode(int32_t illuminant);
-std::string IlluminantDescription(int32_t illuminant);
+/// The difference system, as options give it.
+struct SystemOptions {
+  std::string system;
+  std::vector<double> parameters;
 
-/// The illuminants in the order in which they are offered to a user.
-std::vector<int32_t> IlluminantsInDisplayOrder();
+  CDifferenceSettings Settings() const;
+};
 
-/// Observer 0 for "2" (CIE 1931), 1 for "10" (CIE 1964). Throws InputError.
+/// Adds `--system` with a default and `--parameters`.
+void AddSystemOptions(CLI::App& command, SystemOptions& options, const std::string& system);
+
+/// An illuminant by its code, such as "D65" in any case, or by its number, 0 to 25.
+vrxIlluminant ParseIlluminant(std::string_view text);
+/// Observer 0 for "2" (CIE 1931), 1 for "10" (CIE 1964).
 int32_t ParseObserver(std::string_view text);
+/// A difference system by its number, 0 to 12, or its short name, such as "cie2000".
+int32_t ParseSystem(std::string_view text);
 
+/// The code of an illuminant, such as "D65".
+std::string CodeOf(vrxIlluminant illuminant);
 /// Degrees of an observer, 2 or 10.
-inline int32_t ObserverDegrees(int32_t observer) {
-  return observer == 1 ? 10 : 2;
+inline int32_t DegreesOf(int32_t observer) {
+  return observer == kObserver10 ? 10 : 2;
 }
+/// The short name by which --system knows a system.
+std::string_view ShortNameOf(int32_t system);
+/// A system's name with its parameters, as a heading shows it.
+std::string TitleOf(const CDifferenceSettings& settings);
+/// A system's difference columns and, for each, the element of the difference record that stands under it.
+struct DifferenceColumn {
+  std::string heading;
+  int32_t element;
+};
+std::vector<DifferenceColumn> DifferenceColumnsOf(int32_t system);
 
-/// The name of an observer as it is shown: 2 or 10 and a degree sign.
-std::string ObserverName(int32_t observer);
+/// Where a file says nothing about the geometry of a measurement.
+inline constexpr int32_t kNoGeometry = -1;
+inline constexpr int32_t kUnknownGeometry = -2;
+/// The geometry code of a text: a code number, or a name in any case, with "deg" or a degree sign after an
+/// angle; kNoGeometry for an empty text and kUnknownGeometry for any other.
+int32_t ParseGeometry(std::string_view text);
+/// The name of a geometry; empty for kNoGeometry.
+std::string GeometryName(int32_t geometry);
 
-/// Whole numbers of at most 9 digits; -1 for anything else.
-int32_t ParseWholeNumber(std::string_view text);
-
-/// A finite number in the notation of the C locale, all of `text`. Throws InputError; `what` says what it was
-/// meant for.
-double ParseNumber(std::string_view text, std::string_view what);
-
-/// True when two ASCII texts are the same apart from case.
+/// True when two texts are the same apart from the case of ASCII letters.
 bool EqualsIgnoringCase(std::string_view a, std::string_view b);
 
 }  // namespace vrx::tool

@@ -171,9 +171,9 @@ void CsvReader::ReadHeader() {
   }
   decimalSeparator_ = separator_ == ',' ? '.' : ',';
   while (at_ != nullptr) {
-    header_.emplace_back();  // a field beyond the header would be a long row
+    if (header_.size() == kMaxColumns) FailRow("more than 10000 columns");
+    header_.emplace_back();  // the field being read is within the header
     header_.back() = Text();
-    if (header_.size() > kMaxColumns) FailRow("more than 10000 columns");
   }
 }
 
@@ -274,9 +274,12 @@ void CsvReader::FailRow(const std::string& reason) const {
 }
 
 void CsvReader::Fail(const std::string& reason) const {
-  const std::string heading =
-      column_ > 0 && column_ <= header_.size() ? " (" + header_[column_ - 1] + ")" : std::string();
-  throw InputError(name_ + ", line " + std::to_string(line_) + ", column " + std::to_string(column_) +
+  FailAt(column_ - 1, reason);
+}
+
+void CsvReader::FailAt(std::size_t column, const std::string& reason) const {
+  const std::string heading = column < header_.size() ? " (" + header_[column] + ")" : std::string();
+  throw InputError(name_ + ", line " + std::to_string(line_) + ", column " + std::to_string(column + 1) +
                    heading + ": " + reason);
 }
 

@@ -62,8 +62,9 @@ class CsvReader {
   uint64_t Size() const { return size_; }
   uint64_t Position() const { return bufferOffset_ + begin_; }
 
-  /// Refuses the current record, at the field that was read last; `FailRow` refuses it as a whole.
+  /// Refuses the current record at the field that was read last, at column `column` (from 0), or as a whole.
   [[noreturn]] void Fail(const std::string& reason) const;
+  [[noreturn]] void FailAt(std::size_t column, const std::string& reason) const;
   [[noreturn]] void FailRow(const std::string& reason) const;
 
  private:

@@ -1,16 +1,13 @@
 // vrx tables: the illuminants, or one weighting table with its white point.
 
-#include <array>
-#include <bit>
-#include <cstdio>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/colorimetry/weighting.h>
-#include <vrxmath/platform/resources.h>
 
 #include "tools/vrx/command.h"
 #include "tools/vrx/commands.h"
@@ -26,31 +23,25 @@ struct TablesOptions {
   Format format = Format::kTable;
 };
 
-WeightingTable LoadTable(int32_t illuminant, int32_t observer) {
-  char name[16];
-  std::snprintf(name, sizeof name, "ILL%02d_%02d", illuminant, ObserverDegrees(observer));
-  WeightingTable table{};
-  std::memcpy(table.data(), FindResource("PWD", name).data(), sizeof table);
-  return table;
-}
-
 void ListIlluminants(Format format) {
   std::vector<Column> columns{{"number"}, {"code"}, {"description"}};
   for (int32_t observer = 0; observer < 2; ++observer) {
     for (const char* component : {"Xn", "Yn", "Zn"}) {
-      columns.push_back({component + std::to_string(ObserverDegrees(observer)),
-                         std::string(component) + " " + ObserverName(observer), 3});
+      columns.push_back(
+          {component + std::to_string(DegreesOf(observer)),
+           std::string(component) + " " + IlluminantName(vrxIllumA, observer, kNameObserver).ToUtf8(), 3});
     }
   }
   OutputStream output;
   const auto rows = MakeRowWriter(format, output, std::move(columns));
-  for (const int32_t illuminant : IlluminantsInDisplayOrder()) {
+  CTrisValues white;
+  for (const vrxIlluminant illuminant : IlluminantDisplayOrder()) {
     rows->Integer(illuminant);
-    rows->Text(IlluminantCode(illuminant));
-    rows->Text(IlluminantDescription(illuminant));
+    rows->Text(CodeOf(illuminant));
+    rows->Text(IlluminantName(illuminant, kObserver10, kNameDescription).ToUtf8());
     for (int32_t observer = 0; observer < 2; ++observer) {
-      const WeightingTable table = LoadTable(illuminant, observer);
-      for (std::size_t k = kTableWhite; k < kTableDoubles; ++k) rows->Number(table[k]);
+      WhitePoint(illuminant, observer, white);
+      for (const double component : white) rows->Number(component);
     }
     rows->EndRow();
   }
@@ -58,18 +49,18 @@ void ListIlluminants(Format format) {
   output.Finish();
 }
 
-void PrintTable(int32_t illuminant, int32_t observer, Format format) {
+void PrintTable(vrxIlluminant illuminant, int32_t observer, Format format) {
   OutputStream output;
   const auto rows = MakeRowWriter(format, output, {{"nm"}, {"X", "", 3}, {"Y", "", 3}, {"Z", "", 3}});
-  const WeightingTable table = LoadTable(illuminant, observer);
+  const double* const table = WeightTable(illuminant, observer);
   const auto row = [&](const std::string& label, double x, double y, double z) {
     rows->Text(label);
     for (const double value : {x, y, z}) rows->Number(value);
     rows->EndRow();
   };
-  for (std::size_t i = 0; i < kWavelengths; ++i) {
-    const auto nm = static_cast<std::size_t>(kFirstWavelength) + kWavelengthStep * i;
-    row(std::to_string(nm), table[i], table[kWavelengths + i], table[2 * kWavelengths + i]);
+  for (int32_t i = 0; i < kWavelengths; ++i) {
+    row(std::to_string(kFirstWavelength + kWavelengthStep * i), table[i], table[kWavelengths + i],
+        table[2 * kWavelengths + i]);
   }
   row("white", table[kTableWhite], table[kTableWhite + 1], table[kTableWhite + 2]);
   rows->Finish();

@@ -39,7 +39,8 @@ int32_t ParameterCount(int32_t system) {
 }
 
 CString ParameterText(double value, WideChar decimalSeparator) {
-  const double rounded = std::round(value * 100.0) / 100.0;
+  constexpr double kWholeFrom = 4503599627370496.0;  // 2^52: no decimals left to round
+  const double rounded = std::fabs(value) < kWholeFrom ? std::round(value * 100.0) / 100.0 : value;
   char buffer[400];  // the largest double has 309 digits before its point
   const auto [end, error] =
       std::to_chars(buffer, buffer + sizeof buffer, rounded, std::chars_format::fixed, 2);

@@ -82,9 +82,9 @@ class CArray : public CObject {
     }
     const TYPE copy(value);  // `value` may be an element of this array
     const int32_t oldSize = size_;
-    EnsureCapacity(std::max(i, size_) + count);
-    ConstructUpTo(i);
-    const int32_t tail = size_ - i;
+    const int32_t tail = std::max(oldSize - i, 0);
+    EnsureCapacity(std::max(i, oldSize) + count);
+    if (i > oldSize) ConstructUpTo(i);
     MoveBytes(data_ + i + count, data_ + i, tail);
     try {
       std::uninitialized_fill_n(data_ + i, count, copy);

@@ -31,7 +31,7 @@ std::string ResolveLinks(const std::string& path) {
 std::string ReasonToKeep(const std::string& path, const struct stat& status) {
   if (S_ISDIR(status.st_mode)) return "is a directory";
   if (!S_ISREG(status.st_mode)) return "is not a regular file";
-  return ::access(path.c_str(), W_OK) == 0 ? std::string() : SystemError();
+  return ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 ? std::string() : SystemError();
 }
 
 // Makes a file beside `path` that did not exist before. Returns its descriptor and name; -1 on failure.

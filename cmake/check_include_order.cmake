@@ -1,0 +1,26 @@
+# cmake -P check_include_order.cmake RULES SOURCE_DIR
+#
+# Fails when a file under vrxmath/<folder>/ includes from a folder that <folder> does not depend on. RULES sets `units`
+# and, for each, allowed_<unit>.
+cmake_minimum_required(VERSION 3.25)
+include(${CMAKE_ARGV3})
+set(source_dir ${CMAKE_ARGV4})
+set(errors "")
+set(files_seen 0)
+foreach(unit IN LISTS units)
+  file(GLOB_RECURSE files RELATIVE ${source_dir} ${source_dir}/vrxmath/${unit}/*.h ${source_dir}/vrxmath/${unit}/*.cpp)
+  foreach(file IN LISTS files)
+    math(EXPR files_seen "${files_seen} + 1")
+    file(STRINGS ${source_dir}/${file} includes REGEX "^[ \t]*#[ \t]*include[ \t]*[<\"]vrxmath/[a-z_]+/")
+    foreach(include IN LISTS includes)
+      string(REGEX REPLACE "^.*[<\"]vrxmath/([a-z_]+)/.*$" "\\1" folder "${include}")
+      if(NOT folder IN_LIST allowed_${unit})
+        string(APPEND errors "${file}: ${include}\n")
+      endif()
+    endforeach()
+  endforeach()
+endforeach()
+if(errors OR files_seen EQUAL 0)
+  message(FATAL_ERROR "folders include only from those that they depend on (${files_seen} files seen):\n${errors}")
+endif()
+message(STATUS "${files_seen} files include only from folders before their own")

@@ -1,0 +1,63 @@
+// Reads hostile bytes as archive forms. The first byte picks the form. Reading ends in a value or in an archive
+// exception; a value that was read must be stored in a form that reads back to the same bytes.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <iterator>
+#include <span>
+#include <vector>
+
+#include <vrxmath/foundation/angles.h>
+#include <vrxmath/foundation/typed_arrays.h>
+#include <vrxmath/platform/archive.h>
+#include <vrxmath/platform/exceptions.h>
+
+namespace {
+
+using vrx::CArchive;
+
+// Reads one value from `in` and stores it to `out`.
+using Reader = void (*)(CArchive& in, CArchive& out);
+
+template <class T>
+void Record(CArchive& in, CArchive& out) {
+  T value;
+  value.Serialize(in);
+  value.Serialize(out);
+}
+
+void Text(CArchive& in, CArchive& out) {
+  out.WriteString(in.ReadString());
+}
+
+// One line per archive form; the corpus relies on the order, so new ones go to the end.
+constexpr Reader kReaders[] = {
+    Record<vrx::CByteArray1>,    // 0
+    Record<vrx::CWordArray1>,    // 1
+    Record<vrx::CIntArray1>,     // 2
+    Record<vrx::CDoubleArray1>,  // 3
+    Record<vrx::CRectArray1>,    // 4
+    Text,                        // 5
+    Record<vrx::CAngles>,        // 6
+};
+
+// The bytes that a value read from `bytes` is stored in; empty when nothing can be read.
+std::vector<std::byte> StoreAgain(Reader reader, std::span<const std::byte> bytes) try {
+  vrx::MemoryStore from(bytes), to;
+  CArchive in(from, CArchive::kLoad), out(to, CArchive::kStore);
+  reader(in, out);
+  return to.Bytes();
+} catch (const vrx::CArchiveException&) {
+  return {};
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  const Reader reader = kReaders[data[0] % std::size(kReaders)];
+  const auto stored = StoreAgain(reader, std::as_bytes(std::span(data, size)).subspan(1));
+  if (!stored.empty() && StoreAgain(reader, stored) != stored) std::abort();
+  return 0;
+}

@@ -1,0 +1,295 @@
+#include <cmath>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+
+#include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/colorimetry/weight_tables.h>
+#include <vrxmath/platform/message_box.h>
+
+namespace vrx {
+namespace {
+
+CLabValues MakeLab(double L, double a, double b) {
+  CLabValues lab;
+  lab[0] = L, lab[1] = a, lab[2] = b;
+  ChromaHue(lab);
+  return lab;
+}
+
+TEST(ColorRecords, StartUnsetAndSayWhenTheyAre) {
+  EXPECT_TRUE(IsUnset(CTrisValues()));
+  EXPECT_EQ(CLabValues().GetSize(), 5);
+  EXPECT_EQ(CDeltaValues().GetSize(), 7);
+  CReflData curve;
+  EXPECT_EQ(curve.GetSize(), 40);
+  curve.Fill(50.0);
+  EXPECT_FALSE(IsUnset(curve));
+  curve[0] = kUnset;  // the first sample decides
+  EXPECT_TRUE(IsUnset(curve));
+  EXPECT_TRUE(IsUnset(1e-5 * 1.0005));
+  for (const double set : {1.001e-5, 9.99e-6, 0.0, std::nan("")}) EXPECT_FALSE(IsUnset(set)) << set;
+  EXPECT_EQ(CIllumArray().GetSize(), 3);
+}
+
+TEST(Tristimulus, ConstantCurvesGiveTheBlockSums) {
+  struct Row {
+    double percent, X, Y, Z;
+  };
+  CReflData curve;
+  CTrisValues xyz;
+  for (const Row& row : {Row{100.0, 95.049, 99.999, 108.882}, Row{0.0, 0.0, 0.0, 0.0}}) {
+    curve.Fill(row.percent);
+    curve.Tristimulus(vrxIllumD65, kObserver2, xyz);
+    EXPECT_NEAR(xyz[0], row.X, 1e-10);
+    EXPECT_NEAR(xyz[1], row.Y, 1e-10);
+    EXPECT_NEAR(xyz[2], row.Z, 1e-10);
+  }
+  CReflData().Tristimulus(vrxIllumD65, kObserver2, xyz);
+  EXPECT_TRUE(IsUnset(xyz));
+}
+
+int messages = 0;
+
+// Counts the messages shown while it lives.
+class MessageCounter {
+ public:
+  MessageCounter() {
+    messages = 0;
+    SetMessageBoxHandler([](WideView, MessageIcon, void*) { ++messages; });
+  }
+  ~MessageCounter() { SetMessageBoxHandler(nullptr); }
+};
+
+TEST(Tristimulus, MissingTablesShowTheMessageAndLeaveResultsUnset) {
+  const MessageCounter counter;
+  CReflData curve;
+  curve.Fill(50.0);
+  int expected = 0;
+  for (const int number : {26, 30, 31, -1, 99}) {
+    const auto illuminant = static_cast<vrxIlluminant>(number);
+    CTrisValues xyz(1.0, 2.0, 3.0);
+    curve.Tristimulus(illuminant, kObserver2, xyz);
+    EXPECT_TRUE(IsUnset(xyz)) << number;
+    CLabValues lab = MakeLab(50.0, 1.0, 1.0);
+    XyzToLab(illuminant, kObserver2, CTrisValues(10.0, 10.0, 10.0), lab);
+    EXPECT_TRUE(IsUnset(lab)) << number;
+    expected += 2;
+    EXPECT_EQ(messages, expected);
+  }
+  curve.SetSize(39);
+  CTrisValues xyz;
+  curve.Tristimulus(vrxIllumD65, kObserver2, xyz);
+  EXPECT_TRUE(IsUnset(xyz));
+  EXPECT_EQ(messages, expected + 1);
+}
+
+TEST(WeightTable, IsLoadedOnceAndTakesAnyOtherObserverAsTwoDegrees) {
+  EXPECT_EQ(WeightTable(vrxIllumF7, kObserver10), WeightTable(vrxIllumF7, kObserver10));
+  EXPECT_EQ(WeightTable(vrxIllumF7, 7), WeightTable(vrxIllumF7, kObserver2));
+  EXPECT_NE(WeightTable(vrxIllumF7, kObserver10), WeightTable(vrxIllumF7, kObserver2));
+}
+
+TEST(ChromaHue, AxesAndTheHairBelow360) {
+  struct Row {
+    double a, b, C, h;
+  };
+  const Row rows[] = {
+      {0.0, 0.0, 0.0, 0.0},
+      {0.0, 5.0, 5.0, 90.0},
+      {0.0, -5.0, 5.0, 270.0},
+      {-3.0, 0.0, 3.0, 180.0},
+      {3.0, 0.0, 3.0, 0.0},
+      {1.0, 1.0, std::sqrt(2.0), 45.0},
+      {3.0, -4.0, 5.0, 306.86989764584402},
+      {100.0, -0.005, 100.0, 0.0},       // 0.0029 degrees below the full circle
+      {100.0, -0.01, 100.0, 359.99427},  // 0.0057 degrees below
+  };
+  for (const Row& row : rows) {
+    const CLabValues lab = MakeLab(50.0, row.a, row.b);
+    EXPECT_NEAR(lab[3], row.C, 1e-6) << row.a << ' ' << row.b;
+    EXPECT_NEAR(lab[4], row.h, 1e-5) << row.a << ' ' << row.b;
+  }
+  EXPECT_EQ(MakeLab(50.0, 0.0, 5.0)[4], 1.570796326795 * 57.29577951307855);
+  SetHueInDegrees(false);
+  EXPECT_EQ(MakeLab(50.0, -3.0, 0.0)[4], 3.14159265359);
+  EXPECT_GT(MakeLab(50.0, 100.0, -0.001)[4], 6.28);  // radians keep the hair
+  SetHueInDegrees(true);
+}
+
+TEST(XyzToLab, KnownColours) {
+  struct Row {
+    vrxIlluminant illuminant;
+    int observer;
+    double X, Y, Z, L, a, b;
+  };
+  // White is L* = 100; ratios of 1/8 and 1/64 have the cube roots 1/2 and 1/4.
+  const Row rows[] = {
+      {vrxIllumD65, 0, 95.047, 100.0, 108.883, 100.0, 0.0, 0.0},
+      {vrxIllumA, 1, 111.144, 100.0, 35.2, 100.0, 0.0, 0.0},
+      {vrxIllumD65, 0, 95.047 / 8, 12.5, 108.883 / 64, 42.0, 0.0, 50.0},
+  };
+  for (const Row& row : rows) {
+    CLabValues lab;
+    XyzToLab(row.illuminant, row.observer, CTrisValues(row.X, row.Y, row.Z), lab);
+    EXPECT_NEAR(lab[0], row.L, 1e-8) << row.X;
+    EXPECT_NEAR(lab[1], row.a, 1e-8) << row.X;
+    EXPECT_NEAR(lab[2], row.b, 1e-8) << row.X;
+  }
+}
+
+TEST(XyzToLab, TheLimitItselfIsLinear) {
+  double Y = 0.8856;
+  while (Y / 100.0 > 0.008856) Y = std::nextafter(Y, 0.0);
+  ASSERT_EQ(Y / 100.0, 0.008856);
+  CLabValues lab;
+  XyzToLab(vrxIllumD65, 0, CTrisValues(0.8, Y, 0.9), lab);
+  EXPECT_DOUBLE_EQ(lab[0], 116.0 * (7.787 * 0.008856 + 16.0 / 116.0) - 16.0);
+  XyzToLab(vrxIllumD65, 0, CTrisValues(0.8, Y * (1.0 + 1e-15), 0.9), lab);
+  EXPECT_NEAR(lab[0], 116.0 * std::cbrt(0.008856) - 16.0, 1e-12);
+}
+
+TEST(XyzToLuv, SlopeOfTheLinearBranchIs90329) {
+  CLabValues luv;
+  XyzToLuv(vrxIllumD65, 0, CTrisValues(0.5, 0.6, 0.9), luv);
+  EXPECT_DOUBLE_EQ(luv[0], 903.29 * 0.006);
+  XyzToLuv(vrxIllumD65, 0, CTrisValues(95.047, 100.0, 108.883), luv);
+  EXPECT_NEAR(luv[0], 100.0, 1e-12);
+  EXPECT_NEAR(luv[3], 0.0, 1e-12);
+}
+
+TEST(XyzToHunter, ClassicScaleIgnoresTheWhitePoint) {
+  CLabValues lab;
+  XyzToHunter(vrxIllumC, kObserver2, CTrisValues(20.0, 25.0, 30.0), lab);
+  EXPECT_DOUBLE_EQ(lab[0], 50.0);
+  EXPECT_DOUBLE_EQ(lab[1], 17.5 * (20.4 - 25.0) / 5.0);
+  EXPECT_DOUBLE_EQ(lab[2], 7.0 * (25.0 - 25.41) / 5.0);
+  EXPECT_TRUE(IsUnset(lab[3]) && IsUnset(lab[4]));
+  CTrisValues white;
+  WhitePoint(vrxIllumC, kObserver10, white);
+  XyzToHunter(vrxIllumC, kObserver10, white, lab);  // a white is neutral on the scaled form
+  EXPECT_NEAR(lab[0], 100.0, 1e-12);
+  EXPECT_NEAR(std::fabs(lab[1]) + std::fabs(lab[2]), 0.0, 1e-12);
+}
+
+TEST(ColorSpaces, RoundTripOverAGridUnderEveryPair) {
+  using Forward = void (*)(vrxIlluminant, int32_t, const CTrisValues&, CLabValues&);
+  using Back = void (*)(vrxIlluminant, int32_t, const CLabValues&, CTrisValues&);
+  struct Space {
+    const char* name;
+    Forward forward;
+    Back back;
+  };
+  const Space spaces[] = {
+      {"Lab", XyzToLab, LabToXyz}, {"Luv", XyzToLuv, LuvToXyz}, {"Hunter", XyzToHunter, HunterToXyz}};
+  for (const Space& space : spaces) {
+    for (int illuminant = 0; illuminant < kBuiltInIlluminants; ++illuminant) {
+      for (const int observer : {0, 1}) {
+        for (const double X : {1.2, 9.0, 33.0, 90.0}) {
+          for (const double Y : {1.0, 18.0, 60.0, 99.0}) {
+            for (const double Z : {1.3, 20.0, 75.0}) {
+              CLabValues lab;
+              CTrisValues back;
+              space.forward(static_cast<vrxIlluminant>(illuminant), observer, CTrisValues(X, Y, Z), lab);
+              space.back(static_cast<vrxIlluminant>(illuminant), observer, lab, back);
+              const double tolerance = 1e-10 * (X + Y + Z);
+              ASSERT_NEAR(back[0], X, tolerance) << space.name << illuminant << ' ' << observer;
+              ASSERT_NEAR(back[1], Y, tolerance) << space.name << illuminant << ' ' << observer;
+              ASSERT_NEAR(back[2], Z, tolerance) << space.name << illuminant << ' ' << observer;
+            }
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST(ColorSpaces, TheLinearBranchComesBackOffByItsSixDigitOffset) {
+  CLabValues lab;
+  CTrisValues back;
+  XyzToLab(vrxIllumD65, 0, CTrisValues(0.2, 0.2, 0.2), lab);
+  LabToXyz(vrxIllumD65, 0, lab, back);
+  // (16/116 - 0.137931) / 7.787 of the white
+  EXPECT_NEAR(back[1] - 0.2, (16.0 / 116.0 - 0.137931) / 7.787 * 100.0, 1e-14);
+  EXPECT_GT(back[1], 0.2);
+}
+
+TEST(HunterToXyz, BlackHasNoChromaticPart) {
+  CTrisValues xyz;
+  HunterToXyz(vrxIllumD65, 0, MakeLab(0.0, 3.0, 4.0), xyz);
+  for (int k = 0; k < 3; ++k) EXPECT_EQ(xyz[k], 0.0) << k;
+}
+
+TEST(LabDerivative, IsTheLimitOfDifferences) {
+  const CTrisValues colours[] = {{20.0, 30.0, 10.0}, {0.5, 0.4, 0.3}, {90.0, 0.6, 70.0}};
+  const CTrisValues step(3e-7, -2e-7, 1e-7);
+  for (const CTrisValues& xyz : colours) {
+    CTrisValues moved;
+    for (int k = 0; k < 3; ++k) moved[k] = xyz[k] + step[k];
+    CLabValues before, after, derivative;
+    XyzToLab(vrxIllumD50, 1, xyz, before);
+    XyzToLab(vrxIllumD50, 1, moved, after);
+    LabDerivative(vrxIllumD50, 1, xyz, step, derivative);
+    for (int k = 0; k < 3; ++k) EXPECT_NEAR(derivative[k], after[k] - before[k], 1e-11) << k;
+  }
+}
+
+TEST(Chromaticity, UnsetWhereThereIsNone) {
+  double x = 0.0, y = 0.0;
+  Chromaticity(CTrisValues(95.047, 100.0, 108.883), x, y);
+  EXPECT_NEAR(x, 0.31273, 5e-6);  // CIE 15
+  EXPECT_NEAR(y, 0.32902, 5e-6);
+  for (const CTrisValues& none : {CTrisValues(), CTrisValues(0.0, 0.0, 0.0), CTrisValues(1.0, -0.5, -0.5)}) {
+    Chromaticity(none, x, y);
+    EXPECT_TRUE(IsUnset(x) && IsUnset(y));
+  }
+}
+
+TEST(Illuminants, NamesInEveryStyle) {
+  struct Row {
+    int illuminant, observer, style;
+    const char* name;
+  };
+  const Row rows[] = {
+      {2, 1, 0, "D65 - 10\u00B0"},
+      {2, 1, 1, "D65/10\u00B0"},
+      {2, 0, 3, "D65/2\u00B0"},
+      {2, 1, 99, "D65/10\u00B0"},
+      {2, 1, 2, "Illuminant D65"},
+      {2, 1, 4, "D65"},
+      {2, 1, 5, "Illuminant D65 - 10\u00B0"},
+      {2, 1, 6, "10\u00B0"},
+      {2, 0, 6, "2\u00B0"},
+      {2, 1, 7, "Daylight 6500\u00B0 Kelvin"},
+      {26, 1, 1, "None"},
+      {30, 0, 7, "None"},
+      {31, 0, 4, ""},
+      {-1, 0, 0, ""},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(IlluminantName(static_cast<vrxIlluminant>(row.illuminant), row.observer, row.style).ToUtf8(),
+              row.name);
+  }
+}
+
+TEST(Illuminants, DisplayOrderHoldsEachOnceAndCodesAreFound) {
+  const CIllumArray order = IlluminantDisplayOrder();
+  ASSERT_EQ(order.GetSize(), 26);
+  std::string codes;
+  for (const vrxIlluminant illuminant : order) {
+    vrxIlluminant found = vrxIllumA;
+    EXPECT_TRUE(FindIlluminant(IlluminantCode(illuminant), found));
+    EXPECT_EQ(found, illuminant);
+    codes += IlluminantCode(illuminant).ToUtf8() + ' ';
+  }
+  EXPECT_EQ(codes,
+            "A C CWF D50 D55 D65 D75 F4 F6 F7 F8 F10 H23 HM LB1 LB2 LB3 LB4 LB5 LH L3 LV1 LV2 T84 U30 U50 ");
+  vrxIlluminant found = vrxIllumA;
+  EXPECT_TRUE(FindIlluminant(u"cwf", found));
+  EXPECT_EQ(found, vrxIllumCWF);
+  EXPECT_FALSE(FindIlluminant(u"D6", found));
+  EXPECT_FALSE(FindIlluminant(u"None", found));
+}
+
+}  // namespace
+}  // namespace vrx

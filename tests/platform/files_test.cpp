@@ -1,0 +1,170 @@
+#include <csignal>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <vrxmath/platform/exceptions.h>
+#include <vrxmath/platform/files.h>
+
+#include "tests/support/archives.h"
+#include "tests/support/temporary_folder.h"
+
+namespace vrx {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::span<const std::byte> AsBytes(const std::string& text) {
+  return std::as_bytes(std::span(text));
+}
+
+// Replaces the content of a file; the reason when that was refused, and empty when it was done.
+std::string Replace(const std::string& path, const std::string& content) {
+  FileReplacer file;
+  if (!file.Open(path)) return file.GetError();
+  file.Write(AsBytes(content));
+  return file.Commit() ? "" : file.GetError();
+}
+
+mode_t ModeOf(const std::string& path) {
+  struct stat status = {};
+  EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
+  return status.st_mode & 07777;
+}
+
+TEST(FileReader, ReadsToTheEndAndKnowsWhatIsLeft) {
+  const test::TemporaryFolder folder;
+  FileReader file;
+  ASSERT_TRUE(file.Open(folder.Write("a", "12345")));
+  std::byte bytes[4];
+  EXPECT_EQ(file.Remaining(), 5u);
+  EXPECT_EQ(file.Read(bytes), 4u);
+  EXPECT_EQ(file.Remaining(), 1u);
+  EXPECT_EQ(file.Read(bytes), 1u);
+  EXPECT_EQ(file.Read(bytes), 0u);
+  EXPECT_EQ(file.Remaining(), 0u);
+  EXPECT_EQ(test::ArchiveFailure([&] { file.Write(bytes); }), CArchiveException::kReadOnly);
+}
+
+TEST(FileReader, SaysWhyItCannotOpen) {
+  const test::TemporaryFolder folder;
+  FileReader file;
+  EXPECT_FALSE(file.Open(folder / "missing"));
+  EXPECT_FALSE(file.GetError().empty());
+  EXPECT_FALSE(file.Open(folder / "."));
+  EXPECT_EQ(file.GetError(), "is a directory");
+  std::byte bytes[1];
+  EXPECT_EQ(file.Read(bytes), 0u);
+  EXPECT_TRUE(file.Open(folder.Write("a", "1")));
+  EXPECT_TRUE(file.GetError().empty());
+}
+
+TEST(FileReplacer, KeepsTheOldContentUntilCommit) {
+  const test::TemporaryFolder folder;
+  const std::string path = folder.Write("a", "old");
+  {
+    FileReplacer file;
+    ASSERT_TRUE(file.Open(path));
+    file.Write(AsBytes("new"));
+    EXPECT_EQ(folder.Read("a"), "old");
+    EXPECT_EQ(test::ArchiveFailure([&] { file.Read({}); }), CArchiveException::kWriteOnly);
+  }
+  EXPECT_EQ(folder.Read("a"), "old");
+  EXPECT_EQ(folder.CountEntries(), 1);
+  EXPECT_EQ(Replace(path, "new"), "");
+  EXPECT_EQ(folder.Read("a"), "new");
+  EXPECT_EQ(folder.CountEntries(), 1);
+}
+
+TEST(FileReplacer, IsClosedAfterCommit) {
+  const test::TemporaryFolder folder;
+  FileReplacer file;
+  EXPECT_FALSE(file.Commit());
+  ASSERT_TRUE(file.Open(folder / "a"));
+  EXPECT_TRUE(file.Commit());
+  EXPECT_FALSE(file.Commit());
+  EXPECT_EQ(test::ArchiveFailure([&] { file.Write(AsBytes("x")); }), CArchiveException::kIoError);
+  EXPECT_EQ(folder.Read("a"), "");
+}
+
+TEST(FileReplacer, KeepsTheModeAndGivesNewFilesTheUsualOne) {
+  const test::TemporaryFolder folder;
+  const std::string path = folder.Write("a", "old");
+  for (const mode_t mode : {0600u, 0666u, 0755u}) {  // 0666 is more than the usual mask allows
+    ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+    EXPECT_EQ(Replace(path, "new"), "");
+    EXPECT_EQ(ModeOf(path), mode);
+  }
+  const mode_t mask = ::umask(027);
+  EXPECT_EQ(Replace(folder / "b", "new"), "");
+  ::umask(mask);
+  EXPECT_EQ(ModeOf(folder / "b"), 0640u);
+}
+
+TEST(FileReplacer, FollowsLinks) {
+  const test::TemporaryFolder folder;
+  fs::create_symlink(folder.Write("target", "old"), folder / "link");
+  EXPECT_EQ(Replace(folder / "link", "new"), "");
+  EXPECT_TRUE(fs::is_symlink(folder / "link"));
+  EXPECT_EQ(folder.Read("target"), "new");
+}
+
+TEST(FileReplacer, RefusesWhatIsNoFile) {
+  const test::TemporaryFolder folder;
+  fs::create_directory(folder / "sub");
+  ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+  EXPECT_EQ(Replace(folder / "sub", "new"), "is a directory");
+  EXPECT_EQ(Replace(folder / "pipe", "new"), "is not a regular file");
+  EXPECT_NE(Replace(folder / "missing/a", "new"), "");
+  EXPECT_EQ(folder.CountEntries(), 2);
+}
+
+TEST(FileReplacer, RefusesWriteProtectedFiles) {
+  if (::geteuid() == 0) GTEST_SKIP() << "nothing is write-protected from root";
+  const test::TemporaryFolder folder;
+  const std::string path = folder.Write("a", "old");
+  ASSERT_EQ(::chmod(path.c_str(), 0400), 0);
+  EXPECT_NE(Replace(path, "new"), "");
+  EXPECT_EQ(folder.Read("a"), "old");
+}
+
+TEST(FileReplacer, KeepsTheOldContentWhenTheDeviceIsFull) {
+  const test::TemporaryFolder folder;
+  const std::string path = folder.Write("a", "old");
+  // A limit on the size of files stands in for the end of the device.
+  rlimit limit = {};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit small = {4096, limit.rlim_max};
+  const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+  FileReplacer file;
+  const bool opened = file.Open(path);
+  const int failure = test::ArchiveFailure([&] { file.Write(AsBytes(std::string(100000, 'x'))); });
+  const bool committed = file.Commit();
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, oldHandler);
+  EXPECT_TRUE(opened);
+  EXPECT_EQ(failure, CArchiveException::kIoError);
+  EXPECT_FALSE(committed);
+  EXPECT_EQ(folder.Read("a"), "old");
+  EXPECT_EQ(folder.CountEntries(), 1);
+}
+
+TEST(Files, CarryArchives) {
+  const test::TemporaryFolder folder;
+  FileReplacer out;
+  ASSERT_TRUE(out.Open(folder / "a"));
+  CArchive(out, CArchive::kStore).WriteString(u"\u0394E");
+  ASSERT_TRUE(out.Commit());
+  FileReader in;
+  ASSERT_TRUE(in.Open(folder / "a"));
+  CArchive archive(in, CArchive::kLoad);
+  EXPECT_EQ(archive.ReadString(), u"\u0394E");
+  EXPECT_EQ(test::ArchiveFailure([&] { archive.ReadString(); }), CArchiveException::kEndOfFile);
+}
+
+}  // namespace
+}  // namespace vrx

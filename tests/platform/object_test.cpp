@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include <vrxmath/platform/message_box.h>
+#include <vrxmath/platform/object.h>
+
+#include "tests/support/messages.h"
+
+namespace vrx {
+namespace {
+
+class CShape : public CObject {
+  VRX_DECLARE_DYNAMIC();
+};
+class CCircle : public CShape {
+  VRX_DECLARE_DYNAMIC();
+};
+class CUnnamedCircle : public CCircle {};
+VRX_IMPLEMENT_DYNAMIC(CShape, CObject)
+VRX_IMPLEMENT_DYNAMIC(CCircle, CShape)
+
+TEST(Object, KnowsItsClassThroughTheBase) {
+  const std::unique_ptr<CObject> shape = std::make_unique<CShape>();
+  const std::unique_ptr<CObject> circle = std::make_unique<CUnnamedCircle>();
+  EXPECT_STREQ(shape->GetRuntimeClass().name, "CShape");
+  EXPECT_STREQ(circle->GetRuntimeClass().name, "CCircle");  // the nearest class that declares itself
+  EXPECT_TRUE(circle->IsKindOf(CCircle::kClass));
+  EXPECT_TRUE(circle->IsKindOf(CShape::kClass));
+  EXPECT_TRUE(circle->IsKindOf(CObject::kClass));
+  EXPECT_FALSE(shape->IsKindOf(CCircle::kClass));
+}
+
+TEST(MessageBox, HandlerGetsTextIconAndContext) {
+  struct Seen {
+    std::u16string text;
+    MessageIcon icon = MessageIcon::kNone;
+  } seen;
+  SetMessageBoxHandler(
+      [](WideView text, MessageIcon icon, void* context) {
+        *static_cast<Seen*>(context) = {std::u16string(text), icon};
+      },
+      &seen);
+  ShowMessage(u"45\u00B0", MessageIcon::kExclamation);
+  SetMessageBoxHandler(nullptr);
+  EXPECT_EQ(seen.text, u"45\u00B0");
+  EXPECT_EQ(seen.icon, MessageIcon::kExclamation);
+}
+
+TEST(MessageBox, WithoutAHandlerTheTextGoesToStandardError) {
+  { const test::MessageRecorder recorder; }  // its end brings the default back
+  testing::internal::CaptureStderr();
+  ShowMessage(u"45\u00B0");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "45\u00B0\n");
+}
+
+TEST(MessageBox, WhatAHandlerThrowsReachesTheCaller) {
+  SetMessageBoxHandler(
+      [](WideView text, MessageIcon, void*) { throw std::runtime_error(CString(text).ToUtf8()); });
+  EXPECT_THROW(ShowMessage(u"a"), std::runtime_error);
+  SetMessageBoxHandler(nullptr);
+}
+
+}  // namespace
+}  // namespace vrx

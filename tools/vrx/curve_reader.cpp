@@ -1,0 +1,167 @@
+#include "tools/vrx/curve_reader.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+#include <vrxmath/foundation/numbers.h>
+
+#include "tools/vrx/decimal.h"
+
+namespace vrx::tool {
+
+namespace {
+
+constexpr double kShortest = 100;     // nm; a header number outside is no wavelength
+constexpr double kLongest = 10'000;   // nm
+constexpr double kUnevenness = 0.02;  // nm by which the spacing may vary: wavelengths are rounded in headers
+constexpr double kLargestPercent = 1e4;  // beyond the brightest fluorescent sample and any real noise
+
+// The wavelength that a column name gives, such as "400", "400.0" or "400 nm"; 0 when it is none.
+double WavelengthOf(std::string_view heading) {
+  if (heading.ends_with("nm")) heading.remove_suffix(2);
+  while (heading.ends_with(' ')) heading.remove_suffix(1);
+  double value = 0;
+  const bool isNumber = ParseDecimal(heading, ',', value);
+  return isNumber && value >= kShortest && value <= kLongest ? value : 0;
+}
+
+std::string Nanometres(double value) {
+  char text[32];
+  return std::string(text, std::to_chars(text, text + sizeof text, value).ptr) + " nm";
+}
+
+}  // namespace
+
+bool HasWavelengths(const std::vector<std::string>& header) {
+  return std::ranges::any_of(header, [](const std::string& name) { return WavelengthOf(name) > 0; });
+}
+
+CurveReader::CurveReader(CsvReader csv, bool fraction)
+    : csv_(std::move(csv)), scale_(fraction ? 100.0 : 1.0) {
+  ReadHeader();
+}
+
+void CurveReader::AddColumn(Role role, std::size_t column) {
+  if (role == Role::kValues) {
+    valueColumns_.push_back(column);
+    if (!runs_.empty() && runs_.back().role == role) {
+      ++runs_.back().count;
+      return;
+    }
+  }
+  runs_.push_back({role, 1});
+}
+
+void CurveReader::ReadHeader() {
+  std::vector<double> wavelengths;
+  struct TextColumn {
+    std::string_view name;
+    Role role;
+    bool& present;
+  };
+  const TextColumn kTextColumns[] = {{"id", Role::kId, hasIds_},
+                                     {"name", Role::kName, hasNames_},
+                                     {"geometry", Role::kGeometry, hasGeometries_}};
+  for (std::size_t i = 0; i < csv_.Header().size(); ++i) {
+    const std::string& heading = csv_.Header()[i];
+    const auto text = std::ranges::find_if(
+        kTextColumns, [&](const TextColumn& column) { return EqualsIgnoringCase(heading, column.name); });
+    if (text != std::end(kTextColumns)) {
+      if (std::exchange(text->present, true)) csv_.FailAt(i, "there are two such columns");
+      AddColumn(text->role, i);
+      continue;
+    }
+    const double wavelength = WavelengthOf(heading);
+    if (wavelength == 0) csv_.FailAt(i, "the column is neither id, name, geometry nor a wavelength in nm");
+    if (!wavelengths.empty() && wavelength <= wavelengths.back()) {
+      csv_.FailAt(i, wavelength == wavelengths.back() ? "the wavelength stands there twice"
+                                                      : "the wavelengths do not ascend");
+    }
+    wavelengths.push_back(wavelength);
+    AddColumn(Role::kValues, i);
+  }
+  MakeGrid(wavelengths);
+}
+
+void CurveReader::MakeGrid(const std::vector<double>& wavelengths) {
+  const auto inside = std::ranges::count_if(wavelengths, [](double nm) { return nm >= 360 && nm <= 750; });
+  if (inside < 3) csv_.FailRow("fewer than 3 wavelengths from 360 to 750 nm");
+  double smallest = wavelengths[1] - wavelengths[0];
+  for (std::size_t i = 1; i < wavelengths.size(); ++i) {
+    smallest = std::min(smallest, wavelengths[i] - wavelengths[i - 1]);
+  }
+  for (std::size_t i = 1; i < wavelengths.size(); ++i) {
+    if (wavelengths[i] - wavelengths[i - 1] > smallest + kUnevenness) {
+      csv_.FailAt(valueColumns_[i], "the wavelengths have a hole from " + Nanometres(wavelengths[i - 1]) +
+                                        " to " + Nanometres(wavelengths[i]));
+    }
+  }
+  const double step =
+      (wavelengths.back() - wavelengths.front()) / static_cast<double>(wavelengths.size() - 1);
+  if (step > kWidestStep + kUnevenness || step < kNarrowestStep - kUnevenness) {
+    csv_.FailRow("wavelengths " + Nanometres(step) + " apart; they may be 0.5 to 20 nm apart");
+  }
+  grid_ = WavelengthGrid(wavelengths.front(), step, wavelengths.size());
+  measured_.resize(wavelengths.size());
+}
+
+bool CurveReader::Next(CurveRow& row) {
+  if (!csv_.Next()) return false;
+  ++rows_;
+  row.id = row.name = {};
+  row.geometry = kNoGeometry;
+  ReadRuns(row);
+  if (hasIds_ && row.id.empty()) csv_.FailRow("the id is empty");
+  if (!hasIds_) row.id = row.name;
+  if (row.id.empty()) row.id = rowNumber_ = std::to_string(rows_);
+  CheckValues();
+  double* const curve = row.curve.GetData();
+  grid_.Convert(measured_, curve);
+  // A first sample that is by chance the unset value would make the curve count as not measured.
+  if (IsUnset(curve[0])) curve[0] = 0.0;
+  return true;
+}
+
+void CurveReader::ReadRuns(CurveRow& row) {
+  std::size_t read = 0;
+  for (const Run& run : runs_) {
+    switch (run.role) {
+      case Role::kId:
+        row.id = csv_.Text();
+        break;
+      case Role::kName:
+        row.name = csv_.Text();
+        break;
+      case Role::kGeometry:
+        row.geometry = ReadGeometry();
+        break;
+      case Role::kValues:
+        csv_.Numbers(std::span(measured_).subspan(read, run.count));
+        read += run.count;
+    }
+  }
+  csv_.EndRecord();
+}
+
+int32_t CurveReader::ReadGeometry() {
+  const std::string_view text = csv_.Text();
+  if (text != lastGeometryText_) {
+    lastGeometry_ = ParseGeometry(text);
+    lastGeometryText_ = text;
+  }
+  if (lastGeometry_ == kUnknownGeometry) csv_.Fail("unknown geometry");
+  return lastGeometry_;
+}
+
+void CurveReader::CheckValues() {
+  for (std::size_t i = 0; i < measured_.size(); ++i) {
+    measured_[i] *= scale_;
+    if (!(std::fabs(measured_[i]) <= kLargestPercent)) {
+      csv_.FailAt(valueColumns_[i], "a reflectance beyond 10000 percent");
+    }
+  }
+}
+
+}  // namespace vrx::tool

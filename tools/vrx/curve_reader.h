@@ -1,0 +1,84 @@
+// Reflectance curves from CSV files.
+//
+// The header names the wavelengths in nm ("400", "400 nm"), ascending and evenly spaced, and optionally
+// columns `id`, `name` and `geometry`, in any order. Each row is one sample, in percent or as a fraction of
+// 1.
+
+#ifndef TOOLS_VRX_CURVE_READER_H_
+#define TOOLS_VRX_CURVE_READER_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vrxmath/colorimetry/color_records.h>
+
+#include "tools/vrx/conditions.h"
+#include "tools/vrx/csv_reader.h"
+#include "tools/vrx/wavelength_grid.h"
+
+namespace vrx::tool {
+
+/// One sample of a file. The texts live until the next one is read.
+struct CurveRow {
+  std::string_view id;  ///< what names the sample: its id, else its name, else the number of its row, from 1
+  std::string_view name;
+  int32_t geometry = kNoGeometry;
+  CReflData curve;  ///< percent on the library's grid
+};
+
+/// True when a header has a column of a wavelength: when the file holds curves.
+bool HasWavelengths(const std::vector<std::string>& header);
+
+class CurveReader {
+ public:
+  /// Takes over a file whose header has been read. `fraction`: values are 0 to 1, not percent. Throws
+  /// InputError when the header does not describe curves.
+  CurveReader(CsvReader csv, bool fraction);
+
+  /// Reads the next sample; false after the last one. Throws InputError for a row that is not one.
+  bool Next(CurveRow& row);
+
+  /// Goes back to a row by what Offset and Line of Csv() said of it.
+  void SeekTo(uint64_t offset, int64_t line) { csv_.SeekTo(offset, line); }
+
+  const CsvReader& Csv() const { return csv_; }
+  const WavelengthGrid& Grid() const { return grid_; }
+  bool HasIds() const { return hasIds_; }
+  bool HasGeometries() const { return hasGeometries_; }
+
+ private:
+  enum class Role { kId, kName, kGeometry, kValues };
+  // Neighbouring columns of one role; only values form runs of more than one.
+  struct Run {
+    Role role;
+    std::size_t count;
+  };
+
+  void ReadHeader();
+  void AddColumn(Role role, std::size_t column);
+  void MakeGrid(const std::vector<double>& wavelengths);
+  void ReadRuns(CurveRow& row);
+  int32_t ReadGeometry();
+  void CheckValues();
+
+  CsvReader csv_;
+  WavelengthGrid grid_;
+  double scale_;
+  bool hasIds_ = false;
+  bool hasNames_ = false;
+  bool hasGeometries_ = false;
+  std::vector<Run> runs_;
+  std::vector<std::size_t> valueColumns_;
+  std::vector<double> measured_;
+  int64_t rows_ = 0;
+  std::string rowNumber_;
+  std::string lastGeometryText_;
+  int32_t lastGeometry_ = kNoGeometry;
+};
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_CURVE_READER_H_
