@@ -29,6 +29,7 @@ inline constexpr uint32_t kStringIndexLabel = 640;        ///< twelve labels of 
 inline constexpr uint32_t kStringIndexColumnLabel = 652;  ///< two short labels, then the same recalculated
 inline constexpr uint32_t kStringFurtherIndexLabel = 656;
 inline constexpr uint32_t kStringColorSpace = 672;
+inline constexpr uint32_t kStringIlluminantError = 688;     ///< + reason - 1
 inline constexpr uint32_t kStringDifferenceSystem = 18752;  ///< + 16 x system
 
 }  // namespace vrx
