@@ -66,7 +66,7 @@ function(vrx_define_umbrella)
     INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vrxmath)
   write_basic_package_version_file(vrxmathConfigVersion.cmake COMPATIBILITY SameMinorVersion)
   # Relative to the file itself, so that an installed tree may be moved.
-  file(RELATIVE_PATH pc_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  file(RELATIVE_PATH pc_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/vrxmath.pc.in vrxmath.pc @ONLY)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vrxmathConfig.cmake
                 ${CMAKE_CURRENT_BINARY_DIR}/vrxmathConfigVersion.cmake

@@ -42,7 +42,7 @@ VRX_API void ChromaHue(CLabValues& lab);
 /// 0.008856.
 VRX_API void XyzToLab(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz, CLabValues& lab);
 /// CIE L*a*b* (elements 0 to 2) to XYZ. The linear branch uses 0.137931, so a round trip through it moves a
-/// dark colour by some 1e-7.
+/// dark colour by some 4e-7.
 VRX_API void LabToXyz(vrxIlluminant illuminant, int32_t observer, const CLabValues& lab, CTrisValues& xyz);
 
 /// XYZ to CIE L*u*v* with C*uv and huv. Formula: CIE 15, with 903.29 as the slope of the linear branch.

@@ -57,11 +57,15 @@ uint32_t CArchive::ReadCount() {
 
 int32_t CArchive::ReadCheckedCount(std::size_t elementBytes) {
   const uint64_t count = ReadCount();
-  if (count > static_cast<uint64_t>(std::numeric_limits<int32_t>::max()) ||
-      count * elementBytes > store_.Remaining()) {
+  if (count > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) {
     throw CArchiveException(CArchiveException::kEndOfFile);
   }
+  RequireBytes(count * elementBytes);
   return static_cast<int32_t>(count);
+}
+
+void CArchive::RequireBytes(uint64_t bytes) const {
+  if (bytes > store_.Remaining()) throw CArchiveException(CArchiveException::kEndOfFile);
 }
 
 void CArchive::WriteString(WideView text) {

@@ -94,6 +94,10 @@ class VRX_API CArchive {
   /// bits, so that a hostile count fails before anything is allocated.
   int32_t ReadCheckedCount(std::size_t elementBytes);
 
+  /// Throws CArchiveException (kEndOfFile) when fewer than `bytes` bytes are left to read: the check before
+  /// anything is allocated for a size that stands in the archive.
+  void RequireBytes(uint64_t bytes) const;
+
   /// A text: its length in units in the count encoding, then the units, 16 bits each. A text beyond 31 bits
   /// raises CInvalidArgException before anything is written.
   void WriteString(WideView text);

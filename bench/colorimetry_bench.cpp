@@ -1,0 +1,225 @@
+// One colour call at a time, ours against Little CMS in the same run. Every answer is compared before it is timed.
+//
+// Build with the `bench` preset and run:  build/bench/bench/colorimetry_bench
+// The rows come in pairs, ours and the peer's; the ratio of their times is what counts.
+//
+// What is compared: our L*a*b* record carries chroma and hue, which the peer computes in a call of its own
+// (cmsLab2LCh), so both are timed with it. The peer's CIE94 uses other constants (textile, mean chroma): its answer is
+// compared with that formula, its time with ours, which is the same amount of work.
+
+#include <array>
+#include <benchmark/benchmark.h>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <lcms2.h>
+#include <vector>
+
+#include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/colorimetry/weight_tables.h>
+
+namespace {
+
+constexpr int kColours = 512;
+
+struct Samples {
+  std::vector<vrx::CReflData> curves;
+  std::vector<vrx::CTrisValues> xyz;
+  std::vector<vrx::CLabValues> lab;
+  std::vector<cmsCIEXYZ> peerXyz;
+  std::vector<cmsCIELab> peerLab;
+};
+
+// Smooth random curves, and their colours under D65 and 10 degrees.
+const Samples& TheSamples() {
+  static const Samples samples = [] {
+    Samples s;
+    uint32_t state = 12345;
+    const auto random = [&state] {
+      state = state * 1664525u + 1013904223u;
+      return (state >> 8) / 16777216.0;
+    };
+    for (int n = 0; n < kColours; ++n) {
+      vrx::CReflData curve;
+      const double base = 5 + 40 * random(), swing = 40 * random(), phase = 6 * random();
+      for (int i = 0; i < vrx::kWavelengths; ++i)
+        curve[i] = base + swing * (1 + std::sin(0.15 * i + phase)) / 2;
+      vrx::CTrisValues xyz;
+      vrx::CLabValues lab;
+      curve.Tristimulus(vrx::vrxIllumD65, vrx::kObserver10, xyz);
+      vrx::XyzToLab(vrx::vrxIllumD65, vrx::kObserver10, xyz, lab);
+      s.curves.push_back(curve);
+      s.xyz.push_back(xyz);
+      s.lab.push_back(lab);
+      s.peerXyz.push_back({xyz[0], xyz[1], xyz[2]});
+      s.peerLab.push_back({lab[0], lab[1], lab[2]});
+    }
+    return s;
+  }();
+  return samples;
+}
+
+cmsCIEXYZ PeerWhite() {
+  vrx::CTrisValues white;
+  vrx::WhitePoint(vrx::vrxIllumD65, vrx::kObserver10, white);
+  return {white[0], white[1], white[2]};
+}
+
+void Require(bool equal, const char* what, int n, double ours, double theirs) {
+  if (equal) return;
+  std::fprintf(stderr, "%s, sample %d: %.12g here, %.12g there\n", what, n, ours, theirs);
+  std::exit(1);
+}
+
+double PeerCie94(const cmsCIELab& a, const cmsCIELab& b) {
+  const double C1 = std::hypot(a.a, a.b), C2 = std::hypot(b.a, b.b), mean = std::sqrt(C1 * C2);
+  const double dL = a.L - b.L, dC = C1 - C2, da = a.a - b.a, db = a.b - b.b;
+  const double dH2 = std::fmax(0.0, da * da + db * db - dC * dC);
+  const double SC = 1 + 0.048 * mean, SH = 1 + 0.014 * mean;
+  return std::sqrt(dL * dL + dC * dC / (SC * SC) + dH2 / (SH * SH));
+}
+
+void CompareAnswers() {
+  const Samples& s = TheSamples();
+  const cmsCIEXYZ white = PeerWhite();
+  for (int n = 0; n < kColours; ++n) {
+    const auto i = static_cast<std::size_t>(n), j = static_cast<std::size_t>((n + 1) % kColours);
+    cmsCIELab lab;
+    cmsCIELCh lch;
+    cmsXYZ2Lab(&white, &lab, &s.peerXyz[i]);
+    cmsLab2LCh(&lch, &lab);
+    const double theirs[] = {lab.L, lab.a, lab.b, lch.C, lch.h};
+    for (int k = 0; k < 5; ++k) {
+      Require(std::fabs(s.lab[i][k] - theirs[k]) < 1e-4, "XYZ to L*a*b*", n, s.lab[i][k], theirs[k]);
+    }
+    vrx::CDeltaValues delta;
+    vrx::DeltaEab(s.lab[i], s.lab[j], delta);
+    double peer = cmsDeltaE(&s.peerLab[i], &s.peerLab[j]);
+    Require(std::fabs(delta[6] - peer) < 1e-6, "dE*ab", n, delta[6], peer);
+    vrx::DeltaCmc(s.lab[i], 2.0, 1.0, delta);
+    peer = cmsCMCdeltaE(&s.peerLab[i], &s.peerLab[j], 2.0, 1.0);
+    Require(std::fabs(delta[6] - peer) < 1e-6, "CMC", n, delta[6], peer);
+    vrx::DeltaCie2000(s.lab[i], s.lab[j], 1.0, 1.0, 1.0, delta);
+    peer = cmsCIE2000DeltaE(&s.peerLab[i], &s.peerLab[j], 1.0, 1.0, 1.0);
+    Require(std::fabs(delta[6] - peer) < 1e-6, "CIEDE2000", n, delta[6], peer);
+    peer = cmsCIE94DeltaE(&s.peerLab[i], &s.peerLab[j]);
+    Require(std::fabs(PeerCie94(s.peerLab[i], s.peerLab[j]) - peer) < 1e-6, "CIE94", n, 0.0, peer);
+  }
+}
+
+// Runs `call` on one sample after the other, each with its neighbour.
+template <class CALL>
+void Run(benchmark::State& state, CALL call) {
+  std::size_t n = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(call(n, n + 1));
+    n = (n + 1) % (kColours - 1);
+  }
+}
+
+// The physical limit of a tristimulus call: its 120 multiplications and additions, three chains, without any record.
+void MultiplyAdds120(benchmark::State& state) {
+  const double* table = vrx::WeightTable(vrx::vrxIllumD65, vrx::kObserver10);
+  Run(state, [&](std::size_t n, std::size_t) {
+    const double* curve = TheSamples().curves[n].GetData();
+    double X = 0, Y = 0, Z = 0;
+    for (int i = 0; i < 40; ++i) {
+      X += table[i] * curve[i];
+      Y += table[40 + i] * curve[i];
+      Z += table[80 + i] * curve[i];
+    }
+    return X + Y + Z;
+  });
+}
+BENCHMARK(MultiplyAdds120);
+
+void Tristimulus(benchmark::State& state) {
+  vrx::CTrisValues xyz;
+  Run(state, [&](std::size_t n, std::size_t) {
+    TheSamples().curves[n].Tristimulus(vrx::vrxIllumD65, vrx::kObserver10, xyz);
+    return xyz.GetData()[0];
+  });
+}
+BENCHMARK(Tristimulus);
+
+void XyzToLabWithHue(benchmark::State& state) {
+  vrx::CLabValues lab;
+  Run(state, [&](std::size_t n, std::size_t) {
+    vrx::XyzToLab(vrx::vrxIllumD65, vrx::kObserver10, TheSamples().xyz[n], lab);
+    return lab.GetData()[4];
+  });
+}
+BENCHMARK(XyzToLabWithHue);
+
+void PeerXyzToLabWithHue(benchmark::State& state) {
+  const cmsCIEXYZ white = PeerWhite();
+  Run(state, [&](std::size_t n, std::size_t) {
+    cmsCIELab lab;
+    cmsCIELCh lch;
+    cmsXYZ2Lab(&white, &lab, &TheSamples().peerXyz[n]);
+    cmsLab2LCh(&lch, &lab);
+    return lch.h;
+  });
+}
+BENCHMARK(PeerXyzToLabWithHue);
+
+void PeerXyzToLabWithoutHue(benchmark::State& state) {
+  const cmsCIEXYZ white = PeerWhite();
+  Run(state, [&](std::size_t n, std::size_t) {
+    cmsCIELab lab;
+    cmsXYZ2Lab(&white, &lab, &TheSamples().peerXyz[n]);
+    return lab.b;
+  });
+}
+BENCHMARK(PeerXyzToLabWithoutHue);
+
+// One difference of each system, from a pair of records to the seven elements.
+void Difference(benchmark::State& state) {
+  const vrx::CDifferenceSettings settings = vrx::DefaultSettings(static_cast<int32_t>(state.range(0)));
+  state.SetLabel(vrx::DifferenceSystemName(settings.system, vrx::NameLength::kLong).ToUtf8());
+  std::vector<vrx::CColorValues> colours(kColours);
+  for (std::size_t n = 0; n < kColours; ++n) {
+    colours[n].tristimulus = TheSamples().xyz[n];
+    vrx::FillCoordinates(settings.system, vrx::vrxIllumD65, vrx::kObserver10, colours[n]);
+  }
+  vrx::CDeltaValues delta;
+  Run(state, [&](std::size_t n, std::size_t m) {
+    vrx::ComputeDifference(settings, vrx::vrxIllumD65, vrx::kObserver10, colours[n], colours[m], 45.0, delta);
+    return delta.GetData()[6];
+  });
+}
+BENCHMARK(Difference)->DenseRange(0, vrx::kDifferenceSystems - 1);
+
+void PeerDeltaE(benchmark::State& state) {
+  const auto& lab = TheSamples().peerLab;
+  Run(state, [&](std::size_t n, std::size_t m) { return cmsDeltaE(&lab[n], &lab[m]); });
+}
+BENCHMARK(PeerDeltaE);
+
+void PeerCmc(benchmark::State& state) {
+  const auto& lab = TheSamples().peerLab;
+  Run(state, [&](std::size_t n, std::size_t m) { return cmsCMCdeltaE(&lab[n], &lab[m], 2.0, 1.0); });
+}
+BENCHMARK(PeerCmc);
+
+void PeerCie94(benchmark::State& state) {
+  const auto& lab = TheSamples().peerLab;
+  Run(state, [&](std::size_t n, std::size_t m) { return cmsCIE94DeltaE(&lab[n], &lab[m]); });
+}
+BENCHMARK(PeerCie94);
+
+void PeerCie2000(benchmark::State& state) {
+  const auto& lab = TheSamples().peerLab;
+  Run(state, [&](std::size_t n, std::size_t m) { return cmsCIE2000DeltaE(&lab[n], &lab[m], 1.0, 1.0, 1.0); });
+}
+BENCHMARK(PeerCie2000);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CompareAnswers();
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}

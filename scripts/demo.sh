@@ -1,0 +1,18 @@
+#!/bin/sh
+# Builds the vrx tool, installing what is missing first, and lets it judge one measured set of the 24-patch chart
+# against another.
+set -eu
+cd "$(dirname "$0")/.."
+sh scripts/setup.sh build
+
+mkdir -p build
+launcher=$(command -v ccache || true)
+{
+  cmake -S . -B build/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DVRX_BUILD_TESTS=OFF \
+    -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher"
+  cmake --build build/demo --target vrx
+} > build/demo.log 2>&1 || { cat build/demo.log >&2; exit 1; }
+
+set -- judge examples/chart_a.csv examples/chart_b.csv --pairs
+echo "vrx $*"
+exec build/demo/tools/vrx/vrx "$@"

@@ -1,0 +1,66 @@
+#!/bin/sh
+# setup.sh [build|test|bench]
+#
+# Installs what is missing on Debian 12 to build the vrx tool, to run the tests, or to run the benchmarks; each level
+# holds the one before. Quiet and quick when nothing is missing; then it needs neither apt-get nor rights.
+set -eu
+level=${1:-build}
+missing=
+
+# need PACKAGE PATTERN...: the package is missing when no pattern matches a file or names a command.
+need() {
+  package=$1
+  shift
+  for probe in "$@"; do
+    if [ -e "$probe" ] || command -v "$probe" > /dev/null 2>&1; then return 0; fi
+  done
+  missing="$missing $package"
+}
+# Where a header may be installed.
+header() { need "$1" "/usr/include/$2" "/usr/local/include/$2"; }
+
+case $level in
+  build | test | bench) ;;
+  *) echo "usage: setup.sh [build|test|bench]" >&2; exit 2 ;;
+esac
+
+need g++ g++
+need cmake cmake
+need ninja-build ninja
+header libcli11-dev CLI/CLI.hpp
+header nlohmann-json3-dev nlohmann/json.hpp
+
+if [ "$level" != build ]; then
+  need clang clang++
+  need libclang-rt-14-dev /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer*.a
+  need clang-format clang-format
+  need pkg-config pkg-config
+  header libgtest-dev gtest/gtest.h
+fi
+
+if [ "$level" = bench ]; then
+  header libbenchmark-dev benchmark/benchmark.h
+  header liblcms2-dev lcms2.h
+  header libeigen3-dev eigen3/Eigen/Core
+  header libpugixml-dev pugixml.hpp
+  header libexpat1-dev expat.h
+  header libpng-dev png.h
+fi
+
+[ -n "$missing" ] || exit 0
+echo "Installing:$missing"
+if ! command -v apt-get > /dev/null 2>&1; then
+  echo "setup.sh: there is no apt-get here; install the above by other means" >&2
+  exit 1
+fi
+as_root=
+if [ "$(id -u)" -ne 0 ]; then
+  if ! command -v sudo > /dev/null 2>&1; then
+    echo "setup.sh: run this as root: apt-get install$missing" >&2
+    exit 1
+  fi
+  as_root=sudo
+fi
+$as_root apt-get -qq update
+# shellcheck disable=SC2086 # the packages are separate words
+$as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install --no-install-recommends $missing > /dev/null

@@ -1,0 +1,55 @@
+#!/bin/sh
+# What a change must pass: formatting, builds and tests with g++ and clang++ and under the sanitizers, the headers alone,
+# the installed library in the hands of a host, and half a minute of every fuzz target. Installs what is missing first.
+#
+# VRX_FUZZ_SECONDS sets the time of each fuzz target.
+set -eu
+cd "$(dirname "$0")/.."
+jobs=$(nproc)
+launcher=$(command -v ccache || true)
+
+# stage NAME COMMAND...: runs the command and tells how long it took.
+stage() {
+  echo "=== $1"
+  shift
+  started=$(date +%s)
+  "$@"
+  echo "=== done in $(($(date +%s) - started)) s"
+}
+
+check_format() {
+  find vrxmath tools tests fuzz bench examples cmake \( -name '*.h' -o -name '*.cpp' \) -print0 |
+    xargs -0 clang-format --dry-run -Werror
+}
+
+# build_and_test PRESET [TARGET...]: the targets are built beside everything else.
+build_and_test() {
+  preset=$1
+  shift
+  log=build/$preset.log
+  cmake --preset "$preset" -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher" > "$log" 2>&1 || { cat "$log"; return 1; }
+  cmake --build --preset "$preset" -j "$jobs" --target all "$@" > "$log" 2>&1 || { tail -n 100 "$log"; return 1; }
+  ctest --preset "$preset" -j "$jobs"
+}
+
+# Runs every fuzz target from its seeds, as many at a time as there are cores. New inputs go to the build folder.
+fuzz() {
+  folder=build/asan-ubsan/fuzz
+  mkdir -p "$folder/found"
+  xargs -P "$jobs" -I NAME sh -c "
+    mkdir -p $folder/found/NAME
+    $folder/fuzz_NAME -max_total_time=${VRX_FUZZ_SECONDS:-30} -max_len=4096 -timeout=10 -rss_limit_mb=1024 \
+      -artifact_prefix=$folder/found/NAME- $folder/found/NAME fuzz/corpus/NAME > $folder/NAME.log 2>&1 ||
+      { tail -n 60 $folder/NAME.log; exit 1; }
+    echo \"fuzz_NAME: \$(tail -n 1 $folder/NAME.log)\"
+  " < "$folder/targets.txt"
+}
+
+stage "packages" sh scripts/setup.sh bench
+mkdir -p build
+stage "clang-format" check_format
+stage "g++: build, headers alone, tests, installed library" build_and_test ci vrx_check_headers
+stage "clang++: build, tests" build_and_test clang
+stage "address and undefined-behaviour sanitizers: build, tests" build_and_test asan-ubsan
+stage "fuzz targets" fuzz
+echo "=== everything passed"

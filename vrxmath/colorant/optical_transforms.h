@@ -1,0 +1,48 @@
+// Optical transforms: reflectance into the quantities that add up when colorants are mixed, and back.
+//
+// Curves and tristimulus values are in percent; the Saunderson functions work on fractions. Measured
+// reflectance includes what the surface reflects; internal reflectance is what the film would show without a
+// surface. Everything here is silent: values out of range give the fixed answers stated.
+
+#ifndef VRXMATH_COLORANT_OPTICAL_TRANSFORMS_H_
+#define VRXMATH_COLORANT_OPTICAL_TRANSFORMS_H_
+
+#include <cstdint>
+
+#include <vrxmath/colorimetry/color_records.h>
+#include <vrxmath/export.h>
+
+namespace vrx {
+
+/// Ratio of absorption to scattering of an opaque film of reflectance R in percent: (1 - r)^2 / (2 r).
+/// Formula: Kubelka and Munk (1931). Edges: 9999 when R is below 0.01 or NaN.
+VRX_API double KubelkaMunkKs(double R);
+
+/// Reflectance, as a fraction, of an opaque film with the ratio K/S: the inverse of KubelkaMunkKs, 1 for 0
+/// and 0 for infinity. Written as 1 / (1 + K/S + sqrt(K/S (K/S + 2))), which keeps its digits for dark films
+/// where the usual difference cancels.
+VRX_API double KubelkaMunkReflectance(double ks);
+
+/// Optical density log10(100 / R) of a reflectance or transmittance in percent.
+/// Edges: 4.3 when R is below 0.01 or NaN, 0 when it is above 100.
+VRX_API double Absorbance(double R);
+
+/// Internal reflectance (Rm - k1) / (1 - k1 - (1 - Rm) k2) of a measured reflectance, both fractions.
+/// Formula: Saunderson (1942), specular component included. Edges: a denominator below 1e-5 counts as 1e-5.
+VRX_API double SaundersonToInternal(double Rm, double k1, double k2);
+
+/// Measured reflectance k1 + Ri (1 - k2) (1 - k1) / (1 - Ri k2) of an internal one, both fractions.
+/// Formula: Saunderson (1942). Edges: a denominator below 1e-5 counts as 1e-5.
+VRX_API double SaundersonToMeasured(double Ri, double k1, double k2);
+
+/// Stores an internal reflectance as sample `i`, moved into 0.0001 to 2000 (NaN: 0.0001); an unset value
+/// stays unset. A bad index shows the index message.
+VRX_API void SetCorrectedSample(CReflData& curve, int32_t i, double value);
+
+/// The internal reflectance, as fractions, of a measured curve in percent; all 40 samples, by
+/// SetCorrectedSample. An unset sample is corrected like any value. `target` may be `source`.
+VRX_API void CorrectCurve(const CReflData& source, CReflData& target, double k1, double k2);
+
+}  // namespace vrx
+
+#endif  // VRXMATH_COLORANT_OPTICAL_TRANSFORMS_H_

@@ -1,0 +1,27 @@
+#include <algorithm>
+#include <cmath>
+
+#include <vrxmath/foundation/record_archive.h>
+#include <vrxmath/foundation/small_records.h>
+
+namespace vrx {
+
+void CSortDouble::Serialize(CArchive& archive) {
+  SerializeFields(archive, value, index);
+}
+
+void SortByValue(CSortDoubleArray& values) {
+  std::stable_sort(values.begin(), values.end(), [](const CSortDouble& a, const CSortDouble& b) {
+    return a.value < b.value || (std::isnan(b.value) && !std::isnan(a.value));
+  });
+}
+
+void CAngleWeight::Serialize(CArchive& archive) {
+  SerializeFields(archive, code, weight);
+}
+
+void CCmcFactorData::Serialize(CArchive& archive) {
+  SerializeFields(archive, lightness, chroma, hue, limit);
+}
+
+}  // namespace vrx

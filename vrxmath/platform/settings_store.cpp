@@ -1,0 +1,31 @@
+#include <algorithm>
+
+#include <vrxmath/platform/settings_store.h>
+
+namespace vrx {
+namespace {
+
+SettingsStore*& Replacement() {
+  static SettingsStore* store = nullptr;
+  return store;
+}
+
+}  // namespace
+
+SettingsStore::~SettingsStore() = default;
+
+bool IsValidPath(const SettingsPath& path) {
+  return !path.empty() && std::all_of(path.begin(), path.end(), [](const CString& name) {
+    return !name.IsEmpty() && name.GetLength() <= kMaxKeyName;
+  });
+}
+
+SettingsStore& CurrentSettingsStore() {
+  return Replacement() != nullptr ? *Replacement() : platform_internal::SystemSettingsStore();
+}
+
+void SetSettingsStore(SettingsStore* store) {
+  Replacement() = store;
+}
+
+}  // namespace vrx
