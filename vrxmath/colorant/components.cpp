@@ -87,7 +87,11 @@ void CComponent::ConvertFactor(FactorDirection direction, double p, LevelUpdate 
 }
 
 void CComponent::Reset() {
-  *this = CComponent();
+  RestoreDefaults(kNewComponentId, kKindColorant);
+}
+
+void CComponent::RestoreDefaults(uint32_t id, int32_t kind) {
+  *this = CComponent(id, kind);
 }
 
 bool CComponent::operator==(const CComponent& other) const {
@@ -210,7 +214,7 @@ void CResin::SetAdditiveCount(int32_t count) {
 }
 
 void CResin::Reset() {
-  CComponent::operator=(CComponent(kNotFound, kKindResin));
+  RestoreDefaults(kNotFound, kKindResin);
   resinCode_ = 0;
   resinValue_ = 0.0;
   additives_.SetSize(0);

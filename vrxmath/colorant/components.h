@@ -139,6 +139,7 @@ class VRX_API CComponent : public CObject {
     modified_ = 1;
   }
   void NoteModified() { modified_ = 1; }
+  void RestoreDefaults(uint32_t id, int32_t kind);
   /// Puts a kind right after an assignment, which is no modification.
   void StoreKind(int32_t kind) { kind_ = kind; }
   /// All fields in the order of the archive form of a colour system.

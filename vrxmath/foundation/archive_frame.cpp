@@ -2,7 +2,6 @@
 #include <vector>
 
 #include <vrxmath/foundation/archive_frame.h>
-#include <vrxmath/platform/exceptions.h>
 
 namespace vrx {
 namespace {
