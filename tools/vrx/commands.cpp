@@ -6,6 +6,9 @@ namespace vrx::tool {
 
 std::span<const CommandEntry> AllCommands() {
   static constexpr std::array kCommands{
+      CommandEntry{"judge", AddJudge},
+      CommandEntry{"color", AddColor},
+      CommandEntry{"delta", AddDelta},
       CommandEntry{"tables", AddTables},
   };
   return kCommands;

@@ -10,6 +10,9 @@
 
 namespace vrx::tool {
 
+void AddJudge(CLI::App& app, int& status);
+void AddColor(CLI::App& app, int& status);
+void AddDelta(CLI::App& app, int& status);
 void AddTables(CLI::App& app, int& status);
 
 std::span<const CommandEntry> AllCommands();

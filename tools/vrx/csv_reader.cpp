@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <utility>
 
 #include "tools/vrx/command.h"
@@ -16,6 +17,7 @@ namespace {
 
 constexpr std::size_t kLargestChunk = std::size_t{256} << 10;
 constexpr std::size_t kSmallestChunk = std::size_t{8} << 10;  // after a jump, most of a chunk is not wanted
+constexpr int64_t kUnknownLine = std::numeric_limits<int64_t>::min() / 2;  // and on from there
 constexpr std::size_t kBufferBytes = CsvReader::kMaxRecordBytes + kLargestChunk;
 
 std::string_view Trimmed(std::string_view text) {
@@ -175,16 +177,24 @@ void CsvReader::ReadHeader() {
     header_.emplace_back();  // the field being read is within the header
     header_.back() = Text();
   }
+  bodyOffset_ = Position();
+  bodyLine_ = nextLine_;
 }
 
-void CsvReader::SeekTo(uint64_t offset, int64_t line) {
+void CsvReader::Rewind() {
+  SeekTo(bodyOffset_);
+  chunk_ = kLargestChunk;
+  nextLine_ = bodyLine_;
+}
+
+void CsvReader::SeekTo(uint64_t offset) {
   stream_->clear();
   stream_->seekg(static_cast<std::streamoff>(offset));
   bufferOffset_ = offset;
   begin_ = used_ = 0;
   atEnd_ = false;
   chunk_ = kSmallestChunk;
-  nextLine_ = line;
+  nextLine_ = kUnknownLine;
 }
 
 // Fields --------------------------------------------------------------------------------------------------
@@ -269,8 +279,12 @@ void CsvReader::Numbers(std::span<double> values) {
 
 // Messages ------------------------------------------------------------------------------------------------
 
+std::string CsvReader::Place() const {
+  return name_ + (line_ > 0 ? ", line " + std::to_string(line_) : ", byte " + std::to_string(offset_));
+}
+
 void CsvReader::FailRow(const std::string& reason) const {
-  throw InputError(name_ + ", line " + std::to_string(line_) + ": " + reason);
+  throw InputError(Place() + ": " + reason);
 }
 
 void CsvReader::Fail(const std::string& reason) const {
@@ -279,8 +293,7 @@ void CsvReader::Fail(const std::string& reason) const {
 
 void CsvReader::FailAt(std::size_t column, const std::string& reason) const {
   const std::string heading = column < header_.size() ? " (" + header_[column] + ")" : std::string();
-  throw InputError(name_ + ", line " + std::to_string(line_) + ", column " + std::to_string(column + 1) +
-                   heading + ": " + reason);
+  throw InputError(Place() + ", column " + std::to_string(column + 1) + heading + ": " + reason);
 }
 
 }  // namespace vrx::tool

@@ -50,13 +50,14 @@ class CsvReader {
   /// Makes sure that no field is left.
   void EndRecord();
 
-  /// Where the current record begins: its byte in the file and its line, from 1.
+  /// Where the current record begins: its byte in the file.
   uint64_t Offset() const { return offset_; }
-  int64_t Line() const { return line_; }
   /// True when SeekTo works: a file, not a pipe.
   bool CanSeek() const { return size_ > 0; }
-  /// Makes the record at `offset` on `line` the next one.
-  void SeekTo(uint64_t offset, int64_t line);
+  /// Makes the record at `offset` the next one. Messages then name bytes, not lines.
+  void SeekTo(uint64_t offset);
+  /// Goes back to the first record behind the header.
+  void Rewind();
 
   /// Bytes of the file, 0 for a pipe; and those read so far, to within a buffer.
   uint64_t Size() const { return size_; }
@@ -72,6 +73,7 @@ class CsvReader {
   void ReadHeader();
   bool Fill();
   const char* FindRecordEnd();
+  std::string Place() const;
   std::string_view RawField();
   std::string_view Unquoted(char* at);
   double SlowNumber();
@@ -100,8 +102,12 @@ class CsvReader {
   char* recordEnd_ = nullptr;  // its line end
   std::size_t column_ = 0;     // fields taken
   uint64_t offset_ = 0;
-  int64_t line_ = 0;
+  int64_t line_ = 0;  // from 1; less when it is not known
   int64_t nextLine_ = 1;
+
+  // The first record behind the header.
+  uint64_t bodyOffset_ = 0;
+  int64_t bodyLine_ = 0;
 };
 
 }  // namespace vrx::tool

@@ -155,12 +155,18 @@ int32_t CurveReader::ReadGeometry() {
   return lastGeometry_;
 }
 
+void CurveReader::Rewind() {
+  csv_.Rewind();
+  rows_ = 0;
+}
+
 void CurveReader::CheckValues() {
   for (std::size_t i = 0; i < measured_.size(); ++i) {
     measured_[i] *= scale_;
     if (!(std::fabs(measured_[i]) <= kLargestPercent)) {
       csv_.FailAt(valueColumns_[i], "a reflectance beyond 10000 percent");
     }
+    largest_ = std::max(largest_, measured_[i]);
   }
 }
 

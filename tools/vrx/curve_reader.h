@@ -41,13 +41,19 @@ class CurveReader {
   /// Reads the next sample; false after the last one. Throws InputError for a row that is not one.
   bool Next(CurveRow& row);
 
-  /// Goes back to a row by what Offset and Line of Csv() said of it.
-  void SeekTo(uint64_t offset, int64_t line) { csv_.SeekTo(offset, line); }
+  /// Goes to a row by what Offset of Csv() said of it, or back to the first one. Rows named by their number
+  /// keep their names only from the first one on.
+  void SeekTo(uint64_t offset) { csv_.SeekTo(offset); }
+  void Rewind();
 
   const CsvReader& Csv() const { return csv_; }
   const WavelengthGrid& Grid() const { return grid_; }
-  bool HasIds() const { return hasIds_; }
+  /// True when samples have an id or a name, not just a number.
+  bool HasNames() const { return hasIds_ || hasNames_; }
+  bool HasIdsAndNames() const { return hasIds_ && hasNames_; }
   bool HasGeometries() const { return hasGeometries_; }
+  /// True when rows were read and none has a value above 1: percent are fractions, perhaps.
+  bool LooksLikeFractions() const { return rows_ > 0 && scale_ == 1.0 && largest_ <= 1.0; }
 
  private:
   enum class Role { kId, kName, kGeometry, kValues };
@@ -67,6 +73,7 @@ class CurveReader {
   CsvReader csv_;
   WavelengthGrid grid_;
   double scale_;
+  double largest_ = 0;
   bool hasIds_ = false;
   bool hasNames_ = false;
   bool hasGeometries_ = false;

@@ -25,13 +25,41 @@ namespace {
 
 constexpr std::size_t kLongestFixed = 330;  // sign, 309 digits, point and decimals
 
+// The digits of `value` with so many decimals, by whole-number arithmetic, and where they end; null where that
+// might round the wrong way: for large numbers and for those half-way between two neighbours.
+char* WriteShortFixed(double value, int decimals, char* out) {
+  static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
+  constexpr double kLargest = 1e9;    // below it the product is off by less than 1e-7
+  constexpr double kDoubtful = 1e-6;  // about a half
+  const double scaled = std::fabs(value) * kPowersOfTen[decimals];
+  if (!(scaled < kLargest)) return nullptr;
+  auto digits = static_cast<uint32_t>(scaled);
+  const double fraction = scaled - digits;
+  if (std::fabs(fraction - 0.5) < kDoubtful) return nullptr;
+  digits += fraction > 0.5 ? 1 : 0;
+  char text[12];
+  char* end = std::to_chars(text, text + sizeof text, digits).ptr;
+  if (std::signbit(value)) *out++ = '-';
+  for (std::ptrdiff_t missing = decimals + 1 - (end - text); missing > 0; --missing) {
+    std::move_backward(text, end, end + 1);
+    *text = '0';
+    ++end;
+  }
+  out = std::copy(text, end - decimals, out);
+  if (decimals > 0) *out++ = '.';
+  return std::copy(end - decimals, end, out);
+}
+
 // Writes `value` as AppendFixed promises and returns the number of characters.
 std::size_t WriteFixed(double value, int decimals, char* out) {
   if (IsUnset(value)) {
     *out = '-';
     return 1;
   }
-  char* end = std::to_chars(out, out + kLongestFixed, value, std::chars_format::fixed, decimals).ptr;
+  char* end = WriteShortFixed(value, decimals, out);
+  if (end == nullptr) {
+    end = std::to_chars(out, out + kLongestFixed, value, std::chars_format::fixed, decimals).ptr;
+  }
   if (*out == '-' && std::all_of(out + 1, end, [](char c) { return c == '0' || c == '.'; })) {
     std::copy(out + 1, end--, out);
   }
@@ -79,7 +107,9 @@ void OutputStream::Append(std::string_view text) {
 }
 
 void OutputStream::AppendSpaces(std::size_t count) {
-  for (; count > 0; --count) Append(' ');
+  static constexpr std::string_view kSpaces = "                                ";
+  for (; count > kSpaces.size(); count -= kSpaces.size()) Append(kSpaces);
+  Append(kSpaces.substr(0, count));
 }
 
 void OutputStream::AppendNumber(double value) {
@@ -207,16 +237,16 @@ class TableRows final : public RowWriter {
       widths_.push_back(DisplayWidth(column.heading));
     }
   }
-  void Text(std::string_view text, Tint tint) override { Add({std::string(text), tint, false}); }
+  void Text(std::string_view text, Tint tint) override { Put({text, tint, false}); }
   void Number(double value, Tint tint) override {
     char text[kLongestFixed];
-    Add({std::string(text, WriteFixed(value, columns_[row_.size()].decimals, text)), tint, true});
+    Put({{text, WriteFixed(value, columns_[column_].decimals, text)}, tint, true});
   }
-  void Integer(int64_t value) override { Add({std::to_string(value), Tint::kPlain, true}); }
+  void Integer(int64_t value) override { Put({std::to_string(value), Tint::kPlain, true}); }
   void EndRow() override {
-    if (laidOut_) return Write(std::exchange(row_, {}));
-    held_.push_back(std::exchange(row_, {}));
-    if (held_.size() == kHeldRows) LayOut();
+    if (laidOut_) output_.Append('\n');
+    column_ = 0;
+    if (!laidOut_ && held_.size() == kHeldRows * columns_.size()) LayOut();
   }
   void Finish() override {
     if (!laidOut_) LayOut();
@@ -224,51 +254,63 @@ class TableRows final : public RowWriter {
 
  private:
   struct Cell {
+    std::string_view text;
+    Tint tint;
+    bool toTheRight;
+  };
+  struct HeldCell {
     std::string text;
     Tint tint;
     bool toTheRight;
   };
-  using Row = std::vector<Cell>;
   static constexpr std::size_t kHeldRows = 256;
+  static constexpr std::size_t kGap = 2;  // blanks between columns
 
-  void Add(Cell cell) { row_.push_back(std::move(cell)); }
+  void Put(const Cell& cell) {
+    if (laidOut_) return Write(cell);
+    held_.push_back({std::string(cell.text), cell.tint, cell.toTheRight});
+    widths_[column_] = std::max(widths_[column_], DisplayWidth(cell.text));
+    ++column_;
+  }
   void LayOut();
-  void Write(const Row& row);
+  void Write(const Cell& cell);
 
   OutputStream& output_;
   std::vector<Column> columns_;
   std::vector<std::size_t> widths_;
   bool useColour_;
   bool laidOut_ = false;
-  Row row_;
-  std::vector<Row> held_;
+  std::size_t column_ = 0;
+  std::vector<HeldCell> held_;
 };
 
 void TableRows::LayOut() {
   laidOut_ = true;
-  for (const Row& row : held_) {
-    for (std::size_t i = 0; i < row.size(); ++i) widths_[i] = std::max(widths_[i], DisplayWidth(row[i].text));
-  }
-  Row headings;
+  const auto endRow = [this] {
+    output_.Append('\n');
+    column_ = 0;
+  };
   for (std::size_t i = 0; i < columns_.size(); ++i) {
-    const bool toTheRight = !held_.empty() && held_.front()[i].toTheRight;
-    headings.push_back({columns_[i].heading, Tint::kHeading, toTheRight});
+    Write({columns_[i].heading, Tint::kHeading, !held_.empty() && held_[i].toTheRight});
   }
-  Write(headings);
-  for (const Row& row : std::exchange(held_, {})) Write(row);
+  endRow();
+  for (const HeldCell& cell : std::exchange(held_, {})) {
+    Write({cell.text, cell.tint, cell.toTheRight});
+    if (column_ == columns_.size()) endRow();
+  }
 }
 
-void TableRows::Write(const Row& row) {
-  for (std::size_t i = 0; i < row.size(); ++i) {
-    const Cell& cell = row[i];
-    const std::size_t width = DisplayWidth(cell.text);
-    const std::size_t padding = widths_[i] > width ? widths_[i] - width : 0;
-    if (i > 0) output_.Append("  ");
-    if (cell.toTheRight) output_.AppendSpaces(padding);
-    output_.Append(Tinted(cell.text, cell.tint, useColour_));
-    if (!cell.toTheRight && i + 1 < row.size()) output_.AppendSpaces(padding);
+void TableRows::Write(const Cell& cell) {
+  const std::size_t width = DisplayWidth(cell.text);
+  const std::size_t padding = widths_[column_] > width ? widths_[column_] - width : 0;
+  const bool isLast = ++column_ == columns_.size();
+  if (cell.toTheRight) output_.AppendSpaces(padding);
+  if (useColour_ && cell.tint != Tint::kPlain) {
+    output_.Append(Tinted(cell.text, cell.tint, true));
+  } else {
+    output_.Append(cell.text);
   }
-  output_.Append('\n');
+  if (!isLast) output_.AppendSpaces((cell.toTheRight ? 0 : padding) + kGap);
 }
 
 }  // namespace

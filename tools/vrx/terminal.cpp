@@ -1,7 +1,10 @@
 #include "tools/vrx/terminal.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <limits>
+#include <string>
 #include <string_view>
 
 #if defined(_WIN32)
@@ -31,6 +34,24 @@ bool IsTerminal(std::FILE* file) {
 
 bool UseColour() {
   return IsTerminal(stdout) && Environment("NO_COLOR").empty() && Environment("TERM") != "dumb";
+}
+
+ProgressBar::ProgressBar(uint64_t total)
+    : total_(total), next_(total > 0 && IsTerminal(stderr) ? 0 : std::numeric_limits<uint64_t>::max()) {}
+
+ProgressBar::~ProgressBar() {
+  if (drawn_) std::fputs("\r\x1b[K", stderr);
+}
+
+void ProgressBar::Draw(uint64_t done) {
+  constexpr uint64_t kWidth = 40;
+  const uint64_t percent = std::min<uint64_t>(100, done * 100 / total_);
+  const auto filled = static_cast<std::size_t>(percent * kWidth / 100);
+  const std::string bar = std::string(filled, '#') + std::string(kWidth - filled, '.');
+  std::fprintf(stderr, "\r[%s] %3d %%", bar.c_str(), static_cast<int>(percent));
+  std::fflush(stderr);
+  drawn_ = true;
+  next_ = done + total_ / 100 + 1;
 }
 
 void IgnoreBrokenPipes() {

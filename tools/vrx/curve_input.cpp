@@ -1,0 +1,40 @@
+#include "tools/vrx/curve_input.h"
+
+#include <cstdio>
+#include <utility>
+
+namespace vrx::tool {
+
+namespace {
+
+void Remark(const std::string& file, const std::string& text) {
+  std::fprintf(stderr, "vrx: %s: %s\n", file.c_str(), text.c_str());
+}
+
+}  // namespace
+
+void AddCurveInputOptions(CLI::App& command, CurveInputOptions& options) {
+  command.add_flag("--fraction", options.fraction, "Reflectances are fractions, 0 to 1, not percent");
+  command.add_flag("--verbose", options.verbose, "Say on standard error how the wavelengths are used");
+}
+
+CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options) {
+  return OpenCurves(CsvReader(path), options);
+}
+
+CurveReader OpenCurves(CsvReader csv, const CurveInputOptions& options) {
+  CurveReader curves(std::move(csv), options.fraction);
+  if (options.verbose) Remark(curves.Csv().Name(), curves.Grid().Description());
+  if (curves.Grid().IsNarrow()) {
+    Remark(curves.Csv().Name(),
+           "warning: the wavelengths leave out a part of 400 to 700 nm, which is guessed");
+  }
+  return curves;
+}
+
+void WarnAboutFractions(const CurveReader& curves) {
+  if (!curves.LooksLikeFractions()) return;
+  Remark(curves.Csv().Name(), "warning: no value is above 1 percent; for fractions of 1 use --fraction");
+}
+
+}  // namespace vrx::tool

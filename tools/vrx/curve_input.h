@@ -1,0 +1,32 @@
+// What the commands that read curves have in common: their options and their remarks.
+
+#ifndef TOOLS_VRX_CURVE_INPUT_H_
+#define TOOLS_VRX_CURVE_INPUT_H_
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "tools/vrx/curve_reader.h"
+
+namespace vrx::tool {
+
+struct CurveInputOptions {
+  bool fraction = false;
+  bool verbose = false;
+};
+
+/// Adds `--fraction` and `--verbose`.
+void AddCurveInputOptions(CLI::App& command, CurveInputOptions& options);
+
+/// Opens a file of curves. With `--verbose` standard error says how its wavelengths are used; when they leave
+/// out a part of 400 to 700 nm it says so in any case.
+CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options);
+/// The same of a file whose header was looked at already.
+CurveReader OpenCurves(CsvReader csv, const CurveInputOptions& options);
+
+/// Says on standard error when the values that were read are fractions by the look of them.
+void WarnAboutFractions(const CurveReader& curves);
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_CURVE_INPUT_H_

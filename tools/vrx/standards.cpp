@@ -1,0 +1,174 @@
+#include "tools/vrx/standards.h"
+
+#include <algorithm>
+#include <functional>
+#include <string_view>
+#include <utility>
+
+#include "tools/vrx/command.h"
+
+namespace vrx::tool {
+
+namespace {
+
+[[noreturn]] void FailNoStandard(const std::string& file, std::string_view id, int32_t geometry) {
+  const std::string of = geometry == kNoGeometry ? "" : " of geometry " + GeometryName(geometry);
+  throw InputError(file + ": there is no standard \"" + std::string(id) + "\"" + of);
+}
+
+class OneStandardForAll final : public Standards {
+ public:
+  OneStandardForAll(CurveReader reader, const std::string& id, const JudgeSettings& settings)
+      : reader_(std::move(reader)), settings_(settings), id_(id) {
+    ReadRows();
+  }
+
+  Judge& For(const CurveRow& trial) override {
+    std::unique_ptr<Judge>& judge = judges_[static_cast<std::size_t>(trial.geometry + 1)];
+    if (!judge) {
+      const Row& row = RowFor(trial.geometry);
+      judge = std::make_unique<Judge>(settings_);
+      judge->SetStandard(id_, trial.geometry != kNoGeometry ? trial.geometry : row.geometry, row.curve);
+    }
+    return *judge;
+  }
+  const CurveReader& Reader() const override { return reader_; }
+
+ private:
+  struct Row {
+    int32_t geometry;
+    CReflData curve;
+  };
+
+  // Without geometries the first row that fits is all there is to read.
+  void ReadRows() {
+    CurveRow row;
+    while (reader_.Next(row)) {
+      if (id_.empty()) id_ = row.id;
+      if (row.id != id_) continue;
+      const auto same = [&](const Row& other) { return other.geometry == row.geometry; };
+      if (std::ranges::any_of(rows_, same)) {
+        reader_.Csv().FailRow("standard \"" + id_ + "\" has a row of this geometry already");
+      }
+      rows_.push_back({row.geometry, row.curve});
+      if (!reader_.HasGeometries()) return;
+    }
+    if (rows_.empty() && id_.empty()) throw InputError(reader_.Csv().Name() + ": there is no row");
+    if (rows_.empty()) FailNoStandard(reader_.Csv().Name(), id_, kNoGeometry);
+  }
+
+  // The row of a geometry, else the one without; a trial without a geometry may take an only row.
+  const Row& RowFor(int32_t geometry) const {
+    for (const int32_t wanted : {geometry, kNoGeometry}) {
+      const auto found = std::ranges::find(rows_, wanted, &Row::geometry);
+      if (found != rows_.end()) return *found;
+    }
+    if (geometry == kNoGeometry && rows_.size() == 1) return rows_.front();
+    FailNoStandard(reader_.Csv().Name(), id_, geometry);
+  }
+
+  CurveReader reader_;
+  const JudgeSettings& settings_;
+  std::string id_;
+  std::vector<Row> rows_;
+  std::array<std::unique_ptr<Judge>, kAngleCodes + 1> judges_;  // by geometry + 1
+};
+
+class StandardOfSameId final : public Standards {
+ public:
+  StandardOfSameId(CurveReader reader, const JudgeSettings& settings)
+      : reader_(std::move(reader)), judge_(settings) {}
+
+  Judge& For(const CurveRow& trial) override {
+    if (!Fits(trial)) Advance(trial);
+    judge_.SetStandard(row_.id, trial.geometry != kNoGeometry ? trial.geometry : row_.geometry, row_.curve);
+    return judge_;
+  }
+  const CurveReader& Reader() const override { return reader_; }
+
+ private:
+  struct Entry {
+    std::size_t hash;  // of id and geometry
+    uint64_t offset;
+  };
+  static constexpr std::size_t kMaxEntries = 4'000'000;
+
+  static std::size_t Hash(std::string_view id, int32_t geometry) {
+    return std::hash<std::string_view>()(id) + static_cast<std::size_t>(geometry + 1) * 0x9E3779B97F4A7C15u;
+  }
+
+  bool Holds(std::string_view id, int32_t geometry) const {
+    return hasRow_ && row_.id == id && row_.geometry == geometry;
+  }
+  bool Fits(const CurveRow& trial) const {
+    return Holds(trial.id, trial.geometry) || Holds(trial.id, kNoGeometry);
+  }
+
+  // The next row of the file, or wherever the trial's standard is.
+  void Advance(const CurveRow& trial) {
+    if (!indexed_) {
+      hasRow_ = reader_.Next(row_);
+      if (Fits(trial)) return;
+      MakeIndex(trial);
+    }
+    if (!Find(trial.id, trial.geometry) && !Find(trial.id, kNoGeometry)) {
+      FailNoStandard(reader_.Csv().Name(), trial.id, trial.geometry);
+    }
+  }
+
+  void MakeIndex(const CurveRow& trial) {
+    if (!reader_.HasNames()) FailNoStandard(reader_.Csv().Name(), trial.id, trial.geometry);
+    if (!reader_.Csv().CanSeek()) {
+      throw InputError(reader_.Csv().Name() + ": the trials are in another order than the standards, which " +
+                       "cannot be searched in a pipe; give a file");
+    }
+    indexed_ = true;
+    reader_.Rewind();
+    CurveRow row;
+    while (reader_.Next(row)) {
+      if (index_.size() == kMaxEntries) {
+        reader_.Csv().FailRow("more than 4 million standards in another order than the trials");
+      }
+      index_.push_back({Hash(row.id, row.geometry), reader_.Csv().Offset()});
+    }
+    std::ranges::sort(index_, {}, &Entry::hash);
+  }
+
+  // Makes the row of an id and geometry the current one; false when there is none.
+  bool Find(std::string_view id, int32_t geometry) {
+    const Entry* match = nullptr;
+    for (const Entry& entry : std::ranges::equal_range(index_, Hash(id, geometry), {}, &Entry::hash)) {
+      Load(entry);
+      if (!Holds(id, geometry)) continue;
+      if (match != nullptr) reader_.Csv().FailRow("standard \"" + std::string(id) + "\" stands there twice");
+      match = &entry;
+    }
+    if (match != nullptr && !Holds(id, geometry)) Load(*match);
+    return match != nullptr;
+  }
+
+  void Load(const Entry& entry) {
+    reader_.SeekTo(entry.offset);
+    hasRow_ = reader_.Next(row_);
+  }
+
+  CurveReader reader_;
+  Judge judge_;
+  CurveRow row_;
+  bool hasRow_ = false;
+  bool indexed_ = false;
+  std::vector<Entry> index_;
+};
+
+}  // namespace
+
+std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id,
+                                       const JudgeSettings& settings) {
+  return std::make_unique<OneStandardForAll>(std::move(reader), id, settings);
+}
+
+std::unique_ptr<Standards> PairedStandards(CurveReader reader, const JudgeSettings& settings) {
+  return std::make_unique<StandardOfSameId>(std::move(reader), settings);
+}
+
+}  // namespace vrx::tool
