@@ -8,7 +8,17 @@
 #include <span>
 #include <vector>
 
+#include <vrxmath/colorant/colorant_array.h>
+#include <vrxmath/colorant/colorant_rules.h>
+#include <vrxmath/colorant/colorant_system.h>
+#include <vrxmath/colorant/components.h>
+#include <vrxmath/formula/formula.h>
+#include <vrxmath/formula/product_line.h>
 #include <vrxmath/foundation/angles.h>
+#include <vrxmath/foundation/attributes.h>
+#include <vrxmath/foundation/list_data.h>
+#include <vrxmath/foundation/mixture.h>
+#include <vrxmath/foundation/small_records.h>
 #include <vrxmath/foundation/typed_arrays.h>
 #include <vrxmath/platform/archive.h>
 #include <vrxmath/platform/exceptions.h>
@@ -31,6 +41,19 @@ void Text(CArchive& in, CArchive& out) {
   out.WriteString(in.ReadString());
 }
 
+// The fields of a colour system without the frame around them, whose checksum would keep most inputs out.
+void SystemFields(CArchive& in, CArchive& out) {
+  vrx::CColorantSystemData system;
+  system.SerializeFields(in);
+  system.SerializeFields(out);
+}
+
+void LabelledFormula(CArchive& in, CArchive& out) {
+  vrx::CDbFormula formula;
+  formula.SerializeWithLabels(in);
+  formula.SerializeWithLabels(out);
+}
+
 // One line per archive form; the corpus relies on the order, so new ones go to the end.
 constexpr Reader kReaders[] = {
     Record<vrx::CByteArray1>,    // 0
@@ -40,6 +63,20 @@ constexpr Reader kReaders[] = {
     Record<vrx::CRectArray1>,    // 4
     Text,                        // 5
     Record<vrx::CAngles>,        // 6
+    Record<vrx::CAttribute>,     // 7
+    Record<vrx::CMixture>,
+    Record<vrx::CColorantLevel>,
+    Record<vrx::CListDataArray>,  // 10
+    Record<vrx::CCmcFactorData>,
+    Record<vrx::CAdditiveArray>,
+    Record<vrx::CColorantArray>,
+    Record<vrx::CColorantRulesData>,
+    SystemFields,
+    Record<vrx::CColorantSystemData>,
+    Record<vrx::CProductLineData>,
+    Record<vrx::CDbFormula>,
+    LabelledFormula,
+    Record<vrx::CDbNames>,  // 20
 };
 
 // The bytes that a value read from `bytes` is stored in; empty when nothing can be read.

@@ -7,12 +7,15 @@ set -eu
 level=${1:-build}
 missing=
 
-# need PACKAGE PATTERN...: the package is missing when no pattern matches a file or names a command.
+# need PACKAGE PROBE...: the package is missing when no probe is the path of a file or the name of a command.
 need() {
   package=$1
   shift
   for probe in "$@"; do
-    if [ -e "$probe" ] || command -v "$probe" > /dev/null 2>&1; then return 0; fi
+    case $probe in
+      */*) if [ -e "$probe" ]; then return 0; fi ;;
+      *) if command -v "$probe" > /dev/null 2>&1; then return 0; fi ;;
+    esac
   done
   missing="$missing $package"
 }
@@ -61,6 +64,6 @@ if [ "$(id -u)" -ne 0 ]; then
   fi
   as_root=sudo
 fi
-$as_root apt-get -qq update
+$as_root apt-get -qq update || echo "setup.sh: the package lists could not be renewed; trying with the old ones" >&2
 # shellcheck disable=SC2086 # the packages are separate words
 $as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install --no-install-recommends $missing > /dev/null

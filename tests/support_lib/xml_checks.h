@@ -48,24 +48,25 @@ inline std::string CompareElements(CXmlReader& xml, const XmlReference& referenc
   return "";
 }
 
-/// Makes the same move with both cursors, chosen by `move`, and compares where they are.
-inline std::string CompareMove(CXmlReader& xml, XmlReference& reference, unsigned move) {
-  const std::u16string& name = kProbeNames[move / 4 % std::size(kProbeNames)];
-  const WideView any = move >= 128 ? WideView(name) : WideView();
-  bool ours = false, theirs = false;
+/// Makes a move, chosen by `move`, with the cursor of a reader or of the reference.
+template <class Reader>
+bool Move(Reader& reader, unsigned move) {
+  const std::u16string name = move & 128 ? kProbeNames[move / 4 % std::size(kProbeNames)] : u"";
   switch (move % 4) {
     case 0:
-      ours = xml.FindElem(any), theirs = reference.FindElem(std::u16string(any));
-      break;
+      return reader.FindElem(name);
     case 1:
-      ours = xml.FindChildElem(any), theirs = reference.FindChildElem(std::u16string(any));
-      break;
+      return reader.FindChildElem(name);
     case 2:
-      ours = xml.IntoElem(), theirs = reference.IntoElem();
-      break;
+      return reader.IntoElem();
     default:
-      ours = xml.OutOfElem(), theirs = reference.OutOfElem();
+      return reader.OutOfElem();
   }
+}
+
+/// Makes the same move with both cursors and compares where they are.
+inline std::string CompareMove(CXmlReader& xml, XmlReference& reference, unsigned move) {
+  const bool ours = Move(xml, move), theirs = Move(reference, move);
   const bool same = ours == theirs && xml.GetParentIndex() == reference.parent &&
                     xml.GetCurrentIndex() == reference.current && xml.GetChildIndex() == reference.child &&
                     xml.IsPositionValid() == reference.flag;

@@ -10,6 +10,9 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"color", AddColor},
       CommandEntry{"delta", AddDelta},
       CommandEntry{"tables", AddTables},
+      CommandEntry{"condition", AddCondition},
+      CommandEntry{"settings", AddSettings},
+      CommandEntry{"log", AddLog},
   };
   return kCommands;
 }

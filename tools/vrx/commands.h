@@ -14,6 +14,9 @@ void AddJudge(CLI::App& app, int& status);
 void AddColor(CLI::App& app, int& status);
 void AddDelta(CLI::App& app, int& status);
 void AddTables(CLI::App& app, int& status);
+void AddCondition(CLI::App& app, int& status);
+void AddSettings(CLI::App& app, int& status);
+void AddLog(CLI::App& app, int& status);
 
 std::span<const CommandEntry> AllCommands();
 

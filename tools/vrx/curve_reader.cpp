@@ -160,14 +160,19 @@ void CurveReader::Rewind() {
   rows_ = 0;
 }
 
+// Without early ends, so that the compiler can take several values at a time.
 void CurveReader::CheckValues() {
-  for (std::size_t i = 0; i < measured_.size(); ++i) {
-    measured_[i] *= scale_;
-    if (!(std::fabs(measured_[i]) <= kLargestPercent)) {
-      csv_.FailAt(valueColumns_[i], "a reflectance beyond 10000 percent");
-    }
-    largest_ = std::max(largest_, measured_[i]);
+  bool sound = true;
+  for (double& value : measured_) {
+    value *= scale_;
+    sound &= std::fabs(value) <= kLargestPercent;
+    aboveOne_ |= value > 1.0;
   }
+  if (sound) return;
+  const auto bad =
+      std::ranges::find_if(measured_, [](double v) { return !(std::fabs(v) <= kLargestPercent); });
+  csv_.FailAt(valueColumns_[static_cast<std::size_t>(bad - measured_.begin())],
+              "a reflectance beyond 10000 percent");
 }
 
 }  // namespace vrx::tool

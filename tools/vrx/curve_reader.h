@@ -53,7 +53,7 @@ class CurveReader {
   bool HasIdsAndNames() const { return hasIds_ && hasNames_; }
   bool HasGeometries() const { return hasGeometries_; }
   /// True when rows were read and none has a value above 1: percent are fractions, perhaps.
-  bool LooksLikeFractions() const { return rows_ > 0 && scale_ == 1.0 && largest_ <= 1.0; }
+  bool LooksLikeFractions() const { return rows_ > 0 && scale_ == 1.0 && !aboveOne_; }
 
  private:
   enum class Role { kId, kName, kGeometry, kValues };
@@ -73,7 +73,7 @@ class CurveReader {
   CsvReader csv_;
   WavelengthGrid grid_;
   double scale_;
-  double largest_ = 0;
+  bool aboveOne_ = false;
   bool hasIds_ = false;
   bool hasNames_ = false;
   bool hasGeometries_ = false;

@@ -27,9 +27,12 @@ CString WeightText(double weight) {
   return CString::FromUtf8(text);
 }
 
-// sum += weight x curve
+// sum += weight x curve; what a curve that a host has cut short lacks adds nothing.
 void AddWeighted(CKSData& sum, const CKSData& curve, double weight) {
-  for (int32_t i = 0; i < kWavelengths; ++i) sum[i] += weight * curve[i];
+  double* const sums = sum.GetData();
+  const double* const samples = curve.GetData();
+  const int32_t count = std::min(kWavelengths, curve.GetSize());
+  for (int32_t i = 0; i < count; ++i) sums[i] += weight * samples[i];
 }
 
 // Level `i` of the blend: the weighted sums over the parts, in their order.

@@ -100,8 +100,8 @@ bool CComponent::operator==(const CComponent& other) const {
          NearlyEqual(factor_, other.factor_) && refA_ == other.refA_ && refB_ == other.refB_ &&
          refC_ == other.refC_ && kind_ == other.kind_ && flags_ == other.flags_ &&
          NearlyEqual(scaleA_, other.scaleA_) && NearlyEqual(scaleB_, other.scaleB_) &&
-         NearlyEqual(scaleC_, other.scaleC_) && classCode_ == other.classCode_ &&
-         option_ == other.option_ && currentLevel_ == other.currentLevel_ && levels_ == other.levels_;
+         NearlyEqual(scaleC_, other.scaleC_) && classCode_ == other.classCode_ && option_ == other.option_ &&
+         currentLevel_ == other.currentLevel_ && levels_ == other.levels_;
 }
 
 CColorant::~CColorant() = default;

@@ -142,8 +142,6 @@ class VRX_API CComponent : public CObject {
   void RestoreDefaults(uint32_t id, int32_t kind);
   /// Puts a kind right after an assignment, which is no modification.
   void StoreKind(int32_t kind) { kind_ = kind; }
-  /// All fields in the order of the archive form of a colour system.
-  virtual void SerializeInSystem(CArchive& archive);
 
  private:
   friend struct ComponentArchive;

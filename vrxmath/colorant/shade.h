@@ -32,6 +32,7 @@ enum ShadeWord : int32_t {
 struct ShadeWords {
   std::array<ShadeWord, 3> words{};
   std::array<uint32_t, 3> colors{};
+  bool operator==(const ShadeWords&) const = default;
 };
 
 /// Puts the difference of a trial from its standard into words.

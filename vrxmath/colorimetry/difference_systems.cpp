@@ -1,9 +1,7 @@
 #include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <string>
 
 #include <vrxmath/colorimetry/difference_systems.h>
+#include <vrxmath/foundation/decimal_text.h>
 #include <vrxmath/foundation/string_numbers.h>
 #include <vrxmath/platform/resources.h>
 
@@ -39,18 +37,7 @@ int32_t ParameterCount(int32_t system) {
 }
 
 CString ParameterText(double value, WideChar decimalSeparator) {
-  constexpr double kWholeFrom = 4503599627370496.0;  // 2^52: no decimals left to round
-  const double rounded = std::fabs(value) < kWholeFrom ? std::round(value * 100.0) / 100.0 : value;
-  char buffer[400];  // the largest double has 309 digits before its point
-  const auto [end, error] =
-      std::to_chars(buffer, buffer + sizeof buffer, rounded, std::chars_format::fixed, 2);
-  std::string text(buffer, error == std::errc() ? end : buffer);
-  if (!text.empty() && text[0] == '-' && text.find_first_of("123456789") == std::string::npos)
-    text.erase(0, 1);
-  CString wide = CString::FromUtf8(text);
-  const std::size_t point = text.find('.');
-  if (point != std::string::npos) wide.SetAt(static_cast<std::ptrdiff_t>(point), decimalSeparator);
-  return wide;
+  return DecimalText(value, 2, WideView(&decimalSeparator, 1));
 }
 
 CString DifferenceSystemName(int32_t system, NameLength length, std::span<const double> parameters,

@@ -21,8 +21,10 @@ Mixing MixingOf(int32_t opticalModel) {
                                                                                       : Mixing::kOther;
 }
 
+// What scatters under the one-constant models.
 bool IsSubstrate(const CComponent& component) {
-  return component.GetKind() == kKindResin || component.GetKind() == kKindCalibrationWhite;
+  const bool isBase = component.GetKind() == kKindResin || component.GetKind() == kKindCalibrationWhite;
+  return isBase && !component.GetLevels().IsEmpty();
 }
 
 bool AmountsAreValid(const CDbFormula& formula) {

@@ -21,7 +21,7 @@ namespace vrx {
 ///          (filters, radiative transfer).
 /// Formula: two-constant Kubelka-Munk theory (Duncan 1940): K/S = sum of c K over sum of c S, with c the
 ///          share of the total amount. Under the one-constant models only the substrate scatters (resins and
-///          calibration whites): K/S = sum of a K over all lines / sum of a S over the substrate's, with the
+///          calibration whites with levels): K/S = sum of a K over all lines / sum of a S over the substrate's, with the
 ///          concentration of a colorant its amount over that of the substrate; a formula without a substrate
 ///          line stands on one part of the first calibration white. Then the reflectance of an opaque film,
 ///          and Saunderson's surface correction with the system's k1 and k2.

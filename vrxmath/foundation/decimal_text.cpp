@@ -11,14 +11,15 @@ namespace {
 constexpr double kPowersOfTen[kMaxDecimals + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
 
-// From here on every double is a whole number.
-constexpr double kTwoTo52 = 4503599627370496.0;
+// Up to here value x scale is near enough to the whole number that it stands for: beyond, its own rounding is
+// half a unit, and rounding twice would not give the same.
+constexpr double kTwoTo51 = 2251799813685248.0;
 
 }  // namespace
 
 double RoundToScale(double value, double scale) {
   const double scaled = value * scale;
-  if (!(scale > 0.0) || !(std::fabs(scaled) < kTwoTo52)) return value;
+  if (!(scale > 0.0) || !(std::fabs(scaled) < kTwoTo51)) return value;
   return std::round(scaled) / scale;
 }
 

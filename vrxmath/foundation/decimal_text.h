@@ -14,8 +14,8 @@ namespace vrx {
 inline constexpr int32_t kMaxDecimals = 15;
 
 /// The multiple of 1 / `scale` nearest to `value`, halves away from zero. `scale` is 10 to the power of the
-/// decimals wanted. A value so large that neighbouring doubles lie further apart comes back as it is, and so
-/// does any value when `scale` is not a positive number.
+/// decimals wanted. A value of 2^51 / `scale` or more comes back as it is, since there the step is close to
+/// the spacing of doubles; so does any value when `scale` is not a positive number.
 VRX_API double RoundToScale(double value, double scale);
 
 /// `value` rounded to `decimals` (0 to kMaxDecimals, others are taken as the nearest of these) and written

@@ -246,8 +246,14 @@ void SettingsDocument::AddKey(const SettingsPath& key) {
 }
 
 void SettingsDocument::AppendKey(const SettingsPath& key) {
-  if (lines_.empty()) lines_.push_back({kOpening, {}, {}});
-  lines_.push_back({});
+  // The line of an empty key above it says no more than the new one.
+  const bool replacesLast = !lines_.empty() && lines_.back().key && IsWithin(key, *lines_.back().key);
+  if (replacesLast) {
+    lines_.pop_back();
+  } else {
+    if (lines_.empty()) lines_.push_back({kOpening, {}, {}});
+    lines_.push_back({});
+  }
   lines_.push_back({KeyLine(key), key, {}});
 }
 

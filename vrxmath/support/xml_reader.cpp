@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/support/with_memory.h>
@@ -52,18 +53,31 @@ void AppendWidened(std::u16string& text, std::string_view bytes, Widen widen) {
   }
 }
 
+bool IsAscii(char c) {
+  return static_cast<unsigned char>(c) < 0x80;
+}
+
+// Length of the ASCII that `utf8` begins with; eight bytes are looked at together.
+std::size_t AsciiLength(std::string_view utf8) {
+  std::size_t length = 0;
+  for (uint64_t bytes; utf8.size() - length >= sizeof bytes; length += sizeof bytes) {
+    std::memcpy(&bytes, utf8.data() + length, sizeof bytes);
+    if ((bytes & 0x8080808080808080) != 0) break;
+  }
+  while (length < utf8.size() && IsAscii(utf8[length])) ++length;
+  return length;
+}
+
 // Appends UTF-8: runs of ASCII are widened, and what lies between them, which holds whole sequences, is
 // converted.
 void AppendUtf8(std::u16string& text, std::string_view utf8) {
-  const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
   while (!utf8.empty()) {
-    const auto ascii = std::find_if_not(utf8.begin(), utf8.end(), isAscii);
-    const auto other = std::find_if(ascii, utf8.end(), isAscii);
-    const std::size_t asciiLength = static_cast<std::size_t>(ascii - utf8.begin());
-    const std::size_t otherLength = static_cast<std::size_t>(other - ascii);
-    AppendWidened(text, utf8.substr(0, asciiLength), [](char c) { return static_cast<WideChar>(c); });
-    text += CString::FromUtf8(utf8.substr(asciiLength, otherLength)).View();
-    utf8.remove_prefix(asciiLength + otherLength);
+    const std::size_t ascii = AsciiLength(utf8);
+    AppendWidened(text, utf8.substr(0, ascii), [](char c) { return static_cast<WideChar>(c); });
+    utf8.remove_prefix(ascii);
+    const auto other = std::find_if(utf8.begin(), utf8.end(), IsAscii) - utf8.begin();
+    text += CString::FromUtf8(utf8.substr(0, static_cast<std::size_t>(other))).View();
+    utf8.remove_prefix(static_cast<std::size_t>(other));
   }
 }
 

@@ -167,18 +167,24 @@ enum class Wanted { kDate, kDateInFull, kTime };
 // The picture of the wanted part of a format: its conversions, each with the text that follows it; text
 // before the first conversion belongs to the first.
 CString PictureOf(WideView format, const PosixLocaleTexts& texts, Wanted wanted) {
+  const std::vector<Piece> pieces = SplitFormat(format, texts);
+  const auto isWanted = [&](const Piece& piece) {
+    return piece.conversion->isTime == (wanted == Wanted::kTime);
+  };
+  const auto first =
+      std::find_if(pieces.begin(), pieces.end(), [](const Piece& p) { return p.conversion != nullptr; });
+  bool keeps = first != pieces.end() && isWanted(*first);
   CString picture;
-  bool keepsText = true;
-  for (const Piece& piece : SplitFormat(format, texts)) {
+  for (const Piece& piece : pieces) {
+    if (piece.conversion != nullptr) keeps = isWanted(piece);
+    if (!keeps) continue;
     if (piece.conversion == nullptr) {
-      if (keepsText) AppendQuotedText(picture, piece.text);
-      continue;
+      AppendQuotedText(picture, piece.text);
+    } else {
+      const Conversion& conversion = *piece.conversion;
+      const WideView letters = wanted == Wanted::kDateInFull ? conversion.inFull : conversion.picture;
+      picture += piece.unpadded && letters.size() == 2 ? letters.substr(0, 1) : letters;
     }
-    keepsText = piece.conversion->isTime == (wanted == Wanted::kTime);
-    if (!keepsText) continue;
-    const WideView letters =
-        wanted == Wanted::kDateInFull ? piece.conversion->inFull : piece.conversion->picture;
-    picture += piece.unpadded && letters.size() == 2 ? letters.substr(0, 1) : letters;
   }
   return Trimmed(picture);
 }

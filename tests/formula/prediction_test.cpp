@@ -1,0 +1,127 @@
+#include <cmath>
+#include <gtest/gtest.h>
+#include <initializer_list>
+#include <limits>
+#include <utility>
+
+#include <vrxmath/formula/prediction.h>
+
+#include "tests/support/messages.h"
+
+namespace vrx {
+namespace {
+
+CColorant Colorant(uint32_t id, int32_t kind, std::initializer_list<std::array<double, 3>> levels) {
+  CColorant colorant;
+  colorant.SetId(id);
+  colorant.SetKind(kind);
+  for (const auto& [concentration, K, S] : levels) {
+    CColorantLevel level(1);
+    level.concentration = concentration;
+    level.values[0].absorption.Fill(K);
+    level.values[0].scattering.Fill(S);
+    colorant.AppendLevel(level);
+  }
+  return colorant;
+}
+
+// White 1 (K 0.01, S 1), black 2 (K 9, S 0.5), a red 3 with three levels, clear resin 4 and dye 5.
+CColorantSystemData MakeSystem(int32_t model = kModelCoatings) {
+  CColorantSystemData system;
+  system.opticalModel = model;
+  system.colorants.Add(Colorant(1, kKindCalibrationWhite, {{1.0, 0.01, 1.0}}));
+  system.colorants.Add(Colorant(2, kKindColorant, {{1.0, 9.0, 0.5}}));
+  system.colorants.Add(Colorant(3, kKindColorant, {{0.1, 4.0, 0.2}, {0.5, 3.0, 0.3}, {1.0, 2.0, 0.4}}));
+  CResin resin;
+  resin.SetId(4);
+  system.resins.Add(resin);
+  return system;
+}
+
+CDbFormula Formula(std::initializer_list<std::pair<int32_t, double>> lines) {
+  CDbFormula formula;
+  for (const auto& [id, amount] : lines) {
+    CDbFormulaElement line;
+    line.componentId = id;
+    line.amount = amount;
+    formula.Add(line);
+  }
+  return formula;
+}
+
+// The textbook's form, which the library's is algebraically equal to.
+double MeasuredPercent(double ks) {
+  const double internal = 1.0 + ks - std::sqrt(ks * ks + 2.0 * ks);
+  return 100.0 * (0.04 + 0.96 * 0.4 * internal / (1.0 - 0.6 * internal));
+}
+
+TEST(Prediction, MixesAsKubelkaAndMunk) {
+  struct Row {
+    const char* label;
+    int32_t model;
+    CDbFormula formula;
+    double ks;
+  };
+  const Row rows[] = {
+      {"pure white", kModelCoatings, Formula({{1, 7.0}}), 0.01},
+      {"pure colorant at its last level", kModelPlastics, Formula({{3, 1.0}}), 2.0 / 0.4},
+      {"grey", kModelCoatings, Formula({{1, 3.0}, {2, 1.0}}), (0.0075 + 2.25) / (0.75 + 0.125)},
+      {"a clear resin cancels out", kModelTradeSales, Formula({{1, 3.0}, {2, 1.0}, {4, 96.0}}),
+       (0.0075 + 2.25) / (0.75 + 0.125)},
+      {"lines of one component add up", kModelCoatings, Formula({{1, 0.5}, {3, 0.2}, {3, 0.3}}),
+       (0.005 + 1.5) / (0.5 + 0.15)},
+      {"between two levels", kModelCoatings, Formula({{1, 0.7}, {3, 0.3}}),
+       (0.007 + 0.3 * 3.5) / (0.7 + 0.3 * 0.25)},
+      {"below the first level", kModelCoatings, Formula({{1, 0.96}, {3, 0.04}}),
+       (0.0096 + 0.04 * 4.0) / (0.96 + 0.04 * 0.2)},
+      {"one-constant: only the white scatters", kModelTextiles, Formula({{1, 2.0}, {2, 1.0}}),
+       0.01 + 0.5 * 9.0},
+      {"on the calibration white", kModelContinuousDye, Formula({{2, 0.02}}), 0.01 + 0.02 * 9.0},
+      {"a clear resin is no substrate", kModelTransparents, Formula({{2, 0.02}, {4, 5.0}}),
+       0.01 + 0.02 * 9.0},
+      {"no lines: the calibration white", kModelTextiles, {}, 0.01},
+  };
+  for (const Row& row : rows) {
+    const CReflData curve = PredictReflectance(row.formula, MakeSystem(row.model));
+    for (const double percent : curve) ASSERT_NEAR(percent, MeasuredPercent(row.ks), 1e-11) << row.label;
+  }
+}
+
+TEST(Prediction, LineOrderDoesNotTouchTheBits) {
+  const CColorantSystemData system = MakeSystem();
+  const CReflData a = PredictReflectance(Formula({{1, 0.31}, {2, 0.17}, {3, 0.52}}), system);
+  const CReflData b = PredictReflectance(Formula({{3, 0.52}, {1, 0.31}, {2, 0.17}}), system);
+  for (int32_t i = 0; i < kWavelengths; ++i) EXPECT_EQ(a[i], b[i]);
+}
+
+TEST(Prediction, WhatCannotBePredictedIsUnset) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  struct Row {
+    const char* label;
+    int32_t model;
+    CDbFormula formula;
+  };
+  const Row rows[] = {
+      {"unknown component", kModelCoatings, Formula({{1, 1.0}, {77, 0.1}})},
+      {"negative amount", kModelCoatings, Formula({{1, 1.0}, {2, -0.1}})},
+      {"NaN", kModelCoatings, Formula({{1, std::nan("")}})},
+      {"infinity", kModelCoatings, Formula({{1, kInfinity}})},
+      {"no lines", kModelCoatings, {}},
+      {"nothing in it", kModelCoatings, Formula({{1, 0.0}})},
+      {"clear resin alone", kModelCoatings, Formula({{4, 1.0}})},
+      {"filters", kModelFilter, Formula({{1, 1.0}})},
+      {"radiative transfer", kModelMetallics, Formula({{1, 1.0}})},
+      {"no such model", 99, Formula({{1, 1.0}})},
+  };
+  test::MessageRecorder messages;
+  for (const Row& row : rows) {
+    EXPECT_TRUE(IsUnset(PredictReflectance(row.formula, MakeSystem(row.model)))) << row.label;
+  }
+  CColorantSystemData noWhite = MakeSystem(kModelTextiles);
+  noWhite.colorants[0].SetKind(kKindColorant);
+  EXPECT_TRUE(IsUnset(PredictReflectance(Formula({{2, 0.02}}), noWhite)));
+  EXPECT_TRUE(messages.Take().empty());
+}
+
+}  // namespace
+}  // namespace vrx

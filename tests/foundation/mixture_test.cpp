@@ -1,0 +1,119 @@
+#include <cmath>
+#include <gtest/gtest.h>
+#include <span>
+#include <string_view>
+
+#include <vrxmath/foundation/archive_frame.h>
+#include <vrxmath/foundation/mixture.h>
+
+#include "tests/support/archives.h"
+#include "tests/support/record_lists.h"
+
+namespace vrx {
+namespace {
+
+TEST(Mixture, NewRecords) {
+  const CColorantValues values;
+  ASSERT_EQ(values.absorption.GetSize() + values.scattering.GetSize(), 80);
+  for (const double sample : values.scattering) EXPECT_EQ(sample, 1e-5);
+  EXPECT_EQ(CKSData()[0], 0.0);
+  EXPECT_EQ(CColorantLevel(3).values.GetSize(), 3);
+}
+
+TEST(Mixture, EqualityOfElements) {
+  CMixtureElement a(1), b(1);
+  a.amount = 0.1 + 0.2, b.amount = 0.3;
+  EXPECT_TRUE(a == b) << "5.6e-17 apart";
+  b.flags = 0xFFF0;
+  EXPECT_TRUE(a == b) << "the remainder does not count";
+  for (const uint16_t flag : std::initializer_list<uint16_t>{1, 2, 4, 8}) {
+    b.flags = flag;
+    EXPECT_FALSE(a == b) << flag;
+  }
+  b = a;
+  a.amount = 1.0, b.amount = std::nextafter(std::nextafter(1.0, 2.0), 2.0);
+  EXPECT_FALSE(a == b) << "4.4e-16 apart";
+  b = a;
+  b.values[0].scattering[39] += 1e-15;
+  EXPECT_FALSE(a == b);
+}
+
+TEST(Mixture, LevelUpdatesKeepTheMixture) {
+  // 20 % of the colorant in the base, then a concentration of 50 %.
+  CColorantValues base;
+  base.absorption.Fill(0.25);
+  base.scattering.Fill(2.0);
+  CColorantLevel level(2);
+  level.values[0].absorption.Fill(4.0);
+  level.values[0].scattering.Fill(0.5);
+  const double c = 0.2, converted = 0.5;
+
+  CColorantLevel unit = level;
+  unit.RescaleUnitCurves(c / converted);
+  EXPECT_DOUBLE_EQ(converted * unit.values[0].absorption[7], c * 4.0);
+  EXPECT_DOUBLE_EQ(converted * unit.values[0].scattering[7], c * 0.5);
+  EXPECT_DOUBLE_EQ(unit.values[1].scattering[7], 1e-5 * c / converted) << "every geometry follows";
+
+  CColorantLevel absolute = level;
+  absolute.KeepContributionOverBase(c / converted, base);
+  const auto mixture = [](double share, double ofBase, double ofColorant) {
+    return (1.0 - share) * ofBase + share * ofColorant;
+  };
+  EXPECT_DOUBLE_EQ(mixture(converted, 0.25, absolute.values[0].absorption[7]), mixture(c, 0.25, 4.0));
+  EXPECT_DOUBLE_EQ(mixture(converted, 2.0, absolute.values[0].scattering[7]), mixture(c, 2.0, 0.5));
+}
+
+TEST(Mixture, ArchiveForm) {
+  CMixture mixture;
+  CMixtureElement element(1);
+  element.flags = 0xABC5, element.amount = 2.5;
+  element.values[0].absorption[39] = 7.0;
+  mixture.Add(element);
+  mixture.Add(CMixtureElement());
+  test::ExpectRoundTripAndTruncations(mixture);
+  const auto hostile = test::MakeBytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F});
+  EXPECT_EQ(test::ArchiveFailure([&] { test::Load(mixture, hostile); }), CArchiveException::kEndOfFile);
+  test::ExpectRoundTripAndTruncations(test::RecordList<CColorantLevel>{CColorantLevel(2)});
+}
+
+// The smallest framed record.
+constexpr ArchiveFormat kFormat = {0x44434241, 2};  // "ABCD"
+struct Framed {
+  double x;
+  void Serialize(CArchive& archive) {
+    SerializeFramed(archive, kFormat, *this, [](CArchive& inner, Framed& f) { SerializeField(inner, f.x); });
+  }
+  bool operator==(const Framed&) const = default;
+};
+
+TEST(ArchiveFrame, ChecksumAndRefusals) {
+  constexpr std::string_view kCheck = "123456789";
+  EXPECT_EQ(Crc32(std::as_bytes(std::span(kCheck))), 0xCBF43926u);  // the standard's check value
+
+  const test::Bytes sound = test::Stored(Framed{1.5});
+  ASSERT_EQ(sound.size(), 4u + 2u + 4u + 2u + 8u);
+  struct Row {
+    std::size_t position;
+    int value;
+    int failure;
+  };
+  const Row rows[] = {
+      {0, 'X', CArchiveException::kBadFormat},   // another tag
+      {4, 0, CArchiveException::kBadFormat},     // version 0
+      {4, 3, CArchiveException::kNewVersion},    //
+      {6, 0x55, CArchiveException::kBadFormat},  // checksum
+      {10, 9, CArchiveException::kEndOfFile},    // count of bytes
+      {15, 1, CArchiveException::kBadFormat},    // content
+  };
+  for (const Row& row : rows) {
+    test::Bytes damaged = sound;
+    damaged[row.position] = static_cast<std::byte>(row.value);
+    Framed target{4.0};
+    EXPECT_EQ(test::ArchiveFailure([&] { test::Load(target, damaged); }), row.failure) << row.position;
+    EXPECT_EQ(target.x, 4.0) << row.position;
+  }
+  test::ExpectRoundTripAndTruncations(Framed{1.5}, Framed{4.0});
+}
+
+}  // namespace
+}  // namespace vrx
