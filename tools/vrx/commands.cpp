@@ -9,6 +9,8 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"judge", AddJudge},
       CommandEntry{"color", AddColor},
       CommandEntry{"delta", AddDelta},
+      CommandEntry{"index", AddIndex},
+      CommandEntry{"swatch", AddSwatch},
       CommandEntry{"tables", AddTables},
       CommandEntry{"condition", AddCondition},
       CommandEntry{"settings", AddSettings},

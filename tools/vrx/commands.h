@@ -13,6 +13,8 @@ namespace vrx::tool {
 void AddJudge(CLI::App& app, int& status);
 void AddColor(CLI::App& app, int& status);
 void AddDelta(CLI::App& app, int& status);
+void AddIndex(CLI::App& app, int& status);
+void AddSwatch(CLI::App& app, int& status);
 void AddTables(CLI::App& app, int& status);
 void AddCondition(CLI::App& app, int& status);
 void AddSettings(CLI::App& app, int& status);
