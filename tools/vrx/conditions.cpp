@@ -5,6 +5,7 @@
 #include <charconv>
 #include <utility>
 
+#include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/platform/wide_string.h>
 
@@ -74,9 +75,11 @@ void AddViewingOptions(CLI::App& command, ViewingOptions& viewing, const std::st
                   "Illuminants by code or number, separated by commas")
       ->option_text("LIST [" + illuminants + "]");
   command.add_option("--observer", viewing.observer, "Observer in degrees")->option_text("2|10 [10]");
+  AddIlluminantFileOptions(command, viewing.illuminantFiles);
 }
 
 std::vector<vrxIlluminant> ViewingOptions::Illuminants() const {
+  illuminantFiles.Register();
   std::vector<vrxIlluminant> list;
   for (const std::string& text : Split(illuminants, ',')) {
     const vrxIlluminant illuminant = ParseIlluminant(text);
@@ -120,8 +123,10 @@ CDifferenceSettings SystemOptions::Settings() const {
 }
 
 vrxIlluminant ParseIlluminant(std::string_view text) {
-  const int32_t number = ParseNumberBelow(kBuiltInIlluminants, text);
-  if (number >= 0) return static_cast<vrxIlluminant>(number);
+  const int32_t number = ParseNumberBelow(kFirstUserIlluminant + kUserIlluminants, text);
+  const CUserIllumArray users = RegisteredUserIlluminants();
+  const bool isUser = std::ranges::find(users, static_cast<vrxUserIllum>(number)) != users.end();
+  if ((number >= 0 && number < kBuiltInIlluminants) || isUser) return static_cast<vrxIlluminant>(number);
   vrxIlluminant illuminant;
   if (FindIlluminant(CString::FromUtf8(text), illuminant)) return illuminant;
   throw InputError("unknown illuminant " + Quoted(text) + "; vrx tables lists them");

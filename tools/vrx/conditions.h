@@ -13,18 +13,23 @@
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
 
+#include "tools/vrx/illuminant_files.h"
+
 namespace vrx::tool {
 
 /// The conditions under which colours are seen, as options give them.
 struct ViewingOptions {
   std::string illuminants;  ///< codes or numbers, separated by commas
   std::string observer = "10";
+  IlluminantFileOptions illuminantFiles;
 
+  /// Registers the illuminants of the files first.
   std::vector<vrxIlluminant> Illuminants() const;
   int32_t Observer() const;
 };
 
-/// Adds `--illuminants` with a default list such as "D65,A,CWF", and `--observer`.
+/// Adds `--illuminants` with a default list such as "D65,A,CWF", `--observer` and the options of illuminant
+/// files.
 void AddViewingOptions(CLI::App& command, ViewingOptions& viewing, const std::string& illuminants);
 
 /// The difference system, as options give it.
@@ -38,7 +43,8 @@ struct SystemOptions {
 /// Adds `--system` with a default and `--parameters`.
 void AddSystemOptions(CLI::App& command, SystemOptions& options, const std::string& system);
 
-/// An illuminant by its code, such as "D65" in any case, or by its number, 0 to 25.
+/// An illuminant by its code, such as "D65" in any case, or by its number: 0 to 25, or that of a registered
+/// user illuminant.
 vrxIlluminant ParseIlluminant(std::string_view text);
 /// Observer 0 for "2" (CIE 1931), 1 for "10" (CIE 1964).
 int32_t ParseObserver(std::string_view text);

@@ -38,10 +38,18 @@ class Judge {
   void Evaluate(const CReflData& trial);
 
   const std::string& StandardId() const { return id_; }
+  const CReflData& StandardCurve() const { return standard_; }
   /// The outcome of the last trial under the illuminant at index `i` of the settings.
   const CEvaluation& Result(std::size_t i) const { return results_[static_cast<std::ptrdiff_t>(i)]; }
   const CDeltaValues& Difference(std::size_t i) const {
     return calc_.differences[0][static_cast<std::ptrdiff_t>(i)];
+  }
+  /// The tristimulus values of the standard and of the last trial under it.
+  const CTrisValues& StandardXyz(std::size_t i) const {
+    return calc_.valuesB[0][static_cast<std::ptrdiff_t>(i)].tristimulus;
+  }
+  const CTrisValues& TrialXyz(std::size_t i) const {
+    return calc_.valuesA[0][static_cast<std::ptrdiff_t>(i)].tristimulus;
   }
 
  private:
@@ -50,6 +58,7 @@ class Judge {
   const JudgeSettings& settings_;
   CVarexCalc calc_;
   CReflDataArray curve_;  // one geometry at a time
+  CReflData standard_;
   CEvaluationArray results_;
   std::string id_;
   int32_t geometry_ = -2;  // none that can be asked for

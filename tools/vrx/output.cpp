@@ -56,6 +56,7 @@ std::size_t WriteFixed(double value, int decimals, char* out) {
     *out = '-';
     return 1;
   }
+  if (std::isnan(value)) value = std::fabs(value);  // its sign says nothing
   char* end = WriteShortFixed(value, decimals, out);
   if (end == nullptr) {
     end = std::to_chars(out, out + kLongestFixed, value, std::chars_format::fixed, decimals).ptr;
@@ -114,6 +115,7 @@ void OutputStream::AppendSpaces(std::size_t count) {
 
 void OutputStream::AppendNumber(double value) {
   if (IsUnset(value)) return;
+  if (std::isnan(value)) return Append("nan");  // whatever its sign
   constexpr std::size_t kLongest = 32;
   char* const at = Room(kLongest);
   used_ += static_cast<std::size_t>(std::to_chars(at, at + kLongest, value).ptr - at);
