@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 
 #include <vrxmath/platform/settings_document.h>
@@ -31,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     const vrx::SettingValue value = *document.Find(entry.key, entry.name);
     document.Set(entry.key, entry.name, value);
   }
-  const vrx::SettingsPath added = {vrx::CString::FromUtf8("a" + std::string(text.substr(0, 60)))};
+  const vrx::SettingsPath added = {vrx::CString::FromUtf8(std::string(1, 'a').append(text.substr(0, 60)))};
   document.Set(added, added[0], added[0]);
 
   const vrx::SettingsDocument again = vrx::SettingsDocument::Parse(document.Format());
