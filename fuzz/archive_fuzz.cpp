@@ -8,7 +8,6 @@
 #include <span>
 #include <vector>
 
-#include <vrxmath/colorant/colorant_array.h>
 #include <vrxmath/colorant/colorant_rules.h>
 #include <vrxmath/colorant/colorant_system.h>
 #include <vrxmath/colorant/components.h>
@@ -69,14 +68,13 @@ constexpr Reader kReaders[] = {
     Record<vrx::CListDataArray>,  // 10
     Record<vrx::CCmcFactorData>,
     Record<vrx::CAdditiveArray>,
-    Record<vrx::CColorantArray>,
     Record<vrx::CColorantRulesData>,
     SystemFields,
     Record<vrx::CColorantSystemData>,
     Record<vrx::CProductLineData>,
     Record<vrx::CDbFormula>,
     LabelledFormula,
-    Record<vrx::CDbNames>,  // 20
+    Record<vrx::CDbNames>,
 };
 
 // The bytes that a value read from `bytes` is stored in; empty when nothing can be read.

@@ -9,10 +9,14 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"judge", AddJudge},
       CommandEntry{"color", AddColor},
       CommandEntry{"delta", AddDelta},
+      CommandEntry{"strength", AddStrength},
+      CommandEntry{"colorants", AddColorants},
+      CommandEntry{"predict", AddPredict},
       CommandEntry{"tables", AddTables},
       CommandEntry{"condition", AddCondition},
       CommandEntry{"settings", AddSettings},
       CommandEntry{"log", AddLog},
+      CommandEntry{"xml", AddXml},
   };
   return kCommands;
 }

@@ -13,10 +13,14 @@ namespace vrx::tool {
 void AddJudge(CLI::App& app, int& status);
 void AddColor(CLI::App& app, int& status);
 void AddDelta(CLI::App& app, int& status);
+void AddStrength(CLI::App& app, int& status);
+void AddColorants(CLI::App& app, int& status);
+void AddPredict(CLI::App& app, int& status);
 void AddTables(CLI::App& app, int& status);
 void AddCondition(CLI::App& app, int& status);
 void AddSettings(CLI::App& app, int& status);
 void AddLog(CLI::App& app, int& status);
+void AddXml(CLI::App& app, int& status);
 
 std::span<const CommandEntry> AllCommands();
 

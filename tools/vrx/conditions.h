@@ -17,7 +17,7 @@ namespace vrx::tool {
 
 /// The conditions under which colours are seen, as options give them.
 struct ViewingOptions {
-  std::vector<std::string> illuminants;
+  std::string illuminants;  ///< codes or numbers, separated by commas
   std::string observer = "10";
 
   std::vector<vrxIlluminant> Illuminants() const;
@@ -30,7 +30,7 @@ void AddViewingOptions(CLI::App& command, ViewingOptions& viewing, const std::st
 /// The difference system, as options give it.
 struct SystemOptions {
   std::string system;
-  std::vector<double> parameters;
+  std::string parameters;  ///< numbers, separated by commas; empty for the usual ones
 
   CDifferenceSettings Settings() const;
 };
@@ -70,6 +70,9 @@ inline constexpr int32_t kUnknownGeometry = -2;
 int32_t ParseGeometry(std::string_view text);
 /// The name of a geometry; empty for kNoGeometry.
 std::string GeometryName(int32_t geometry);
+
+/// The finite numbers of a list such as "2,1". Throws InputError, in which `option` says where it stood.
+std::vector<double> ParseNumbers(std::string_view text, std::string_view option);
 
 /// True when two texts are the same apart from the case of ASCII letters.
 bool EqualsIgnoringCase(std::string_view a, std::string_view b);

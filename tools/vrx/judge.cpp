@@ -33,6 +33,7 @@ void Judge::SetStandard(std::string_view id, int32_t geometry, const CReflData& 
           settings_.tolerances.Find(id, geometry, settings_.illuminants[i]);
     }
   }
+  standard_ = curve;
   curve_[0] = curve;
   calc_.SetStandard(curve_);
 }

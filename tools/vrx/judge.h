@@ -38,6 +38,7 @@ class Judge {
   void Evaluate(const CReflData& trial);
 
   const std::string& StandardId() const { return id_; }
+  const CReflData& StandardCurve() const { return standard_; }
   /// The outcome of the last trial under the illuminant at index `i` of the settings.
   const CEvaluation& Result(std::size_t i) const { return results_[static_cast<std::ptrdiff_t>(i)]; }
   const CDeltaValues& Difference(std::size_t i) const {
@@ -50,6 +51,7 @@ class Judge {
   const JudgeSettings& settings_;
   CVarexCalc calc_;
   CReflDataArray curve_;  // one geometry at a time
+  CReflData standard_;
   CEvaluationArray results_;
   std::string id_;
   int32_t geometry_ = -2;  // none that can be asked for
