@@ -3,7 +3,7 @@
 
 #include <vrxmath/formula/formula.h>
 #include <vrxmath/formula/product_line.h>
-#include <vrxmath/formula/units.h>
+#include <vrxmath/foundation/units.h>
 
 #include "tests/support/archives.h"
 #include "tests/support/messages.h"

@@ -43,7 +43,7 @@ void Switch(DiagChannel channel, const std::string& name) {
 // The log appends its file name to the directory as it stands, from whichever directory the host runs in.
 void SetDirectory(const std::string& directory) {
   if (directory.empty()) return;
-  const std::string path = (std::filesystem::absolute(directory) / "").string();
+  const std::string path = (std::filesystem::absolute(directory) / "").lexically_normal().string();
   if (!std::filesystem::is_directory(path)) throw InputError(directory + " is not a directory");
   Require(SetSettingString(kDiagSection, kDiagPathValue, CString::FromUtf8(path)));
 }

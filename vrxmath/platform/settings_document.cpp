@@ -196,13 +196,13 @@ bool IsSameKey(const SettingsPath& a, const SettingsPath& b) {
 }  // namespace
 
 SettingsDocument SettingsDocument::Parse(std::string_view utf8) {
-  if (utf8.starts_with("\xEF\xBB\xBF")) utf8.remove_prefix(3);
+  while (utf8.starts_with("\xEF\xBB\xBF")) utf8.remove_prefix(3);
   SettingsDocument document;
   std::optional<SettingsPath> current;
   while (!utf8.empty()) {
     const std::size_t length = std::min(utf8.find('\n'), utf8.size());
     std::string_view line = utf8.substr(0, length);
-    if (line.ends_with('\r')) line.remove_suffix(1);
+    while (line.ends_with('\r')) line.remove_suffix(1);
     document.Append(line, current);
     utf8.remove_prefix(std::min(length + 1, utf8.size()));
   }

@@ -7,9 +7,8 @@
 #include <string>
 
 #include <vrxmath/foundation/decimal_text.h>
-#include <vrxmath/foundation/string_numbers.h>
+#include <vrxmath/foundation/units.h>
 #include <vrxmath/platform/locale.h>
-#include <vrxmath/platform/resources.h>
 #include <vrxmath/support/number_text.h>
 
 namespace vrx {
@@ -148,7 +147,7 @@ std::u16string PictureDigits(const NumberPicture& picture, double value) {
 }
 
 // Decimals by unit. Units of about 4 l or 1 kg take 5, of about 250 to 500 ml 4, ounces 3.
-constexpr std::array<uint8_t, 6> kWeightDecimals = {
+constexpr std::array<uint8_t, kWeightUnits> kWeightDecimals = {
     4,  // Pounds
     3,  // Ounces
     5,  // Kilograms
@@ -156,7 +155,7 @@ constexpr std::array<uint8_t, 6> kWeightDecimals = {
     1,  // Grains
     2,  // Parts
 };
-constexpr std::array<uint8_t, 25> kVolumeDecimals = {
+constexpr std::array<uint8_t, kVolumeUnits> kVolumeDecimals = {
     5, 5, 4, 4, 3, 5,     // Gallons, Quarts, Pints, Cups, Ounces, Imperial Gallons
     5, 2, 3, 2, 5, 5,     // Liters, Milliliters, Oz/Shots, Pumps, SA Gallons, SA Buckets
     3, 3, 3, 3, 3, 3,     // Ounces and Oz/Shots UK, NZ, Metric
@@ -207,9 +206,7 @@ std::optional<CString> PictureText(WideView picture, double value) {
 }
 
 CString AmountUnitName(AmountUnit unit) {
-  if (!IsUnit(unit)) return {};
-  const uint32_t first = unit.kind == AmountUnit::kVolume ? kStringVolumeUnit : kStringWeightUnit;
-  return CString::Load(first + static_cast<uint32_t>(unit.index));
+  return unit.kind == AmountUnit::kVolume ? VolumeUnitName(unit.index) : WeightUnitName(unit.index);
 }
 
 int32_t AmountDecimals(AmountUnit unit) {

@@ -1,7 +1,7 @@
 // The units in which amounts of a formula are shown. The library does not convert between them.
 
-#ifndef VRXMATH_FORMULA_UNITS_H_
-#define VRXMATH_FORMULA_UNITS_H_
+#ifndef VRXMATH_FOUNDATION_UNITS_H_
+#define VRXMATH_FOUNDATION_UNITS_H_
 
 #include <cstdint>
 
@@ -22,4 +22,4 @@ VRX_API CString VolumeUnitName(int32_t unit);
 
 }  // namespace vrx
 
-#endif  // VRXMATH_FORMULA_UNITS_H_
+#endif  // VRXMATH_FOUNDATION_UNITS_H_

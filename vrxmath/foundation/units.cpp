@@ -1,5 +1,5 @@
-#include <vrxmath/formula/units.h>
 #include <vrxmath/foundation/string_numbers.h>
+#include <vrxmath/foundation/units.h>
 
 namespace vrx {
 namespace {
