@@ -22,6 +22,7 @@
 #include <vrxmath/foundation/typed_arrays.h>
 #include <vrxmath/platform/archive.h>
 #include <vrxmath/platform/exceptions.h>
+#include <vrxmath/tolerance/averaging_stats.h>
 
 namespace {
 
@@ -69,7 +70,7 @@ constexpr Reader kReaders[] = {
     Record<vrx::CListDataArray>,  // 10
     Record<vrx::CCmcFactorData>,
     Record<vrx::CAdditiveArray>,
-    Record<vrx::CColorantArray>,
+    Record<vrx::CBlendColorant>,
     Record<vrx::CColorantRulesData>,
     SystemFields,
     Record<vrx::CColorantSystemData>,
@@ -77,6 +78,11 @@ constexpr Reader kReaders[] = {
     Record<vrx::CDbFormula>,
     LabelledFormula,
     Record<vrx::CDbNames>,  // 20
+    Record<vrx::CAveragingStats>,
+    Record<vrx::CColorantSystemComponent>,
+    Record<vrx::CAttributeLabel>,
+    Record<vrx::CSortDouble>,
+    Record<vrx::CAngleWeight>,  // 25
 };
 
 // The bytes that a value read from `bytes` is stored in; empty when nothing can be read.
