@@ -70,19 +70,19 @@ constexpr Reader kReaders[] = {
     Record<vrx::CListDataArray>,  // 10
     Record<vrx::CCmcFactorData>,
     Record<vrx::CAdditiveArray>,
-    Record<vrx::CBlendColorant>,
     Record<vrx::CColorantRulesData>,
     SystemFields,
     Record<vrx::CColorantSystemData>,
     Record<vrx::CProductLineData>,
     Record<vrx::CDbFormula>,
     LabelledFormula,
-    Record<vrx::CDbNames>,  // 20
-    Record<vrx::CAveragingStats>,
+    Record<vrx::CDbNames>,
+    Record<vrx::CAveragingStats>,  // 20
+    Record<vrx::CBlendColorant>,
     Record<vrx::CColorantSystemComponent>,
     Record<vrx::CAttributeLabel>,
     Record<vrx::CSortDouble>,
-    Record<vrx::CAngleWeight>,  // 25
+    Record<vrx::CAngleWeight>,
 };
 
 // The bytes that a value read from `bytes` is stored in; empty when nothing can be read.

@@ -13,6 +13,6 @@ launcher=$(command -v ccache || true)
   cmake --build build/demo --target vrx
 } > build/demo.log 2>&1 || { cat build/demo.log >&2; exit 1; }
 
-set -- judge examples/chart_a.csv examples/chart_b.csv --pairs
+set -- judge examples/chart_ohta.csv examples/chart_average.csv --pairs
 echo "vrx $*"
 exec build/demo/tools/vrx/vrx "$@"

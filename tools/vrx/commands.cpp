@@ -16,6 +16,7 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"condition", AddCondition},
       CommandEntry{"settings", AddSettings},
       CommandEntry{"log", AddLog},
+      CommandEntry{"xml", AddXml},
   };
   return kCommands;
 }

@@ -20,6 +20,7 @@ void AddTables(CLI::App& app, int& status);
 void AddCondition(CLI::App& app, int& status);
 void AddSettings(CLI::App& app, int& status);
 void AddLog(CLI::App& app, int& status);
+void AddXml(CLI::App& app, int& status);
 
 std::span<const CommandEntry> AllCommands();
 

@@ -130,9 +130,15 @@ bool ParseXmlElements(WideView doc, std::vector<XmlElement>& elements, CString& 
   elements.assign(1, XmlElement());
   if (doc.empty()) return false;
   elements.reserve(doc.size() / kUnitsPerElement + kSpareElements);
-  if (Parser(doc, elements, error).ParseRoot()) return true;
-  elements.assign(1, XmlElement());
-  return false;
+  bool parsed = false;
+  try {
+    parsed = Parser(doc, elements, error).ParseRoot();
+  } catch (...) {
+    elements.assign(1, XmlElement());
+    throw;
+  }
+  if (!parsed) elements.assign(1, XmlElement());
+  return parsed;
 }
 
 bool HasOnlyProlog(WideView doc) {

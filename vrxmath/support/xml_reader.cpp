@@ -244,7 +244,6 @@ CString CXmlReader::GetData(int32_t index) const {
 
 CString CXmlReader::GetAttrib(int32_t index, XmlText name) const {
   if (index == 0 || !valid_) return CString();
-  At(index);
   return DecodeText(FindAttrib(index, name.View()));
 }
 
