@@ -18,7 +18,7 @@ stage() {
 }
 
 check_format() {
-  find vrxmath tools tests fuzz bench examples cmake \( -name '*.h' -o -name '*.cpp' \) -print0 |
+  find vrxmath tools tests fuzz bench cmake \( -name '*.h' -o -name '*.cpp' \) -print0 |
     xargs -0 clang-format --dry-run -Werror
 }
 
@@ -35,6 +35,7 @@ build_and_test() {
 # Runs every fuzz target from its seeds, as many at a time as there are cores. New inputs go to the build folder.
 fuzz() {
   folder=build/asan-ubsan/fuzz
+  [ -s "$folder/targets.txt" ]
   mkdir -p "$folder/found"
   xargs -P "$jobs" -I NAME sh -c "
     mkdir -p $folder/found/NAME
@@ -48,8 +49,9 @@ fuzz() {
 stage "packages" sh scripts/setup.sh bench
 mkdir -p build
 stage "clang-format" check_format
-stage "g++: build, headers alone, tests, installed library" build_and_test ci vrx_check_headers
-stage "clang++: build, tests" build_and_test clang
+stage "g++: build, headers alone, tests, static library installed" build_and_test ci-gcc vrx_check_headers
+stage "clang++: build and tests of the library, shared library installed" build_and_test ci-clang
+# This build is clang++'s of the tool, too.
 stage "address and undefined-behaviour sanitizers: build, tests" build_and_test asan-ubsan
 stage "fuzz targets" fuzz
 echo "=== everything passed"
