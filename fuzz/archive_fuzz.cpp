@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include <vrxmath/colorant/colorant_array.h>
 #include <vrxmath/colorant/colorant_rules.h>
 #include <vrxmath/colorant/colorant_system.h>
 #include <vrxmath/colorant/components.h>
@@ -21,6 +22,7 @@
 #include <vrxmath/foundation/typed_arrays.h>
 #include <vrxmath/platform/archive.h>
 #include <vrxmath/platform/exceptions.h>
+#include <vrxmath/tolerance/averaging_stats.h>
 
 namespace {
 
@@ -75,6 +77,12 @@ constexpr Reader kReaders[] = {
     Record<vrx::CDbFormula>,
     LabelledFormula,
     Record<vrx::CDbNames>,
+    Record<vrx::CAveragingStats>,  // 20
+    Record<vrx::CBlendColorant>,
+    Record<vrx::CColorantSystemComponent>,
+    Record<vrx::CAttributeLabel>,
+    Record<vrx::CSortDouble>,
+    Record<vrx::CAngleWeight>,
 };
 
 // The bytes that a value read from `bytes` is stored in; empty when nothing can be read.

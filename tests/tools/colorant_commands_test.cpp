@@ -1,0 +1,133 @@
+// strength, colorants and predict as processes.
+
+#include <charconv>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <sys/wait.h>
+
+#include <vrxmath/colorant/optical_transforms.h>
+
+#include "tests/support/temporary_folder.h"
+
+namespace vrx::tool {
+namespace {
+
+using nlohmann::json;
+
+class ColorantCommands : public testing::Test {
+ protected:
+  // Runs `vrx ARGUMENTS` in the folder; standard output and error go to files of it.
+  int Run(const std::string& arguments) {
+    const std::string command =
+        "cd " + (folder_ / "") + " && " VRX_TOOL " " + arguments + " >out 2>err </dev/null";
+    const int ended = std::system(command.c_str());
+    return WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
+  }
+
+  json RunJson(const std::string& arguments) {
+    EXPECT_EQ(Run(arguments + " --format json"), 0) << folder_.Read("err");
+    return json::parse(folder_.Read("out"));
+  }
+
+  test::TemporaryFolder folder_;
+};
+
+std::string Header() {
+  std::string row = "id";
+  for (int nm = 360; nm <= 750; nm += 10) row.append(1, ',').append(std::to_string(nm));
+  return row + "\n";
+}
+
+// The measured curve of an opaque film whose K/S is `amount` times a band of absorption about 500 nm.
+std::string Dyed(const std::string& id, double amount) {
+  std::string row = id;
+  for (int32_t i = 0; i < kWavelengths; ++i) {
+    const double distance = (i - 14) / 6.0;
+    const double ks = amount * (0.05 + 2.0 / (1.0 + distance * distance));
+    const double percent = 100.0 * SaundersonToMeasured(KubelkaMunkReflectance(ks), 0.04, 0.6);
+    char text[32];
+    row.append(1, ',').append(text, std::to_chars(std::begin(text), std::end(text), percent).ptr);
+  }
+  return row + "\n";
+}
+
+TEST_F(ColorantCommands, StrengthOfADilutionSeries) {
+  folder_.Write("std.csv", Header() + Dyed("S", 1.0) + Dyed("half", 0.5));
+  folder_.Write("lots.csv", Header() + Dyed("S", 1.0) + Dyed("half", 0.5) + Dyed("more", 1.2));
+  const json rows = RunJson("strength std.csv lots.csv --wavelength 620 --illuminants D65,A");
+  const double expected[] = {100.0, 50.0, 120.0};
+  ASSERT_EQ(rows.size(), 3u);
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    for (const char* form : {"ks", "chromatic", "chromatic_620"}) {
+      EXPECT_NEAR(rows[i][form].get<double>(), expected[i], 1e-9) << form << " " << i;
+    }
+    EXPECT_EQ(rows[i]["chromatic_nm"], 500);
+    for (const char* form : {"absorbance", "tristimulus", "pseudo_tristimulus", "luminous", "Y_A"}) {
+      const double percent = rows[i][form].get<double>();
+      EXPECT_EQ(percent > 100.0, expected[i] > 100.0) << form << " " << i;
+    }
+  }
+  for (const json& row : RunJson("strength std.csv std.csv --pairs")) EXPECT_EQ(row["ks"], 100.0);
+  EXPECT_NEAR(RunJson("strength std.csv lots.csv --standard-id half")[0]["ks"].get<double>(), 200.0, 1e-9);
+  ASSERT_EQ(Run("strength std.csv lots.csv --format csv"), 0);
+  EXPECT_TRUE(folder_.Read("out").starts_with("standard,trial,ks,absorbance,tristimulus,"));
+}
+
+TEST_F(ColorantCommands, StrengthRefusesBadOptions) {
+  folder_.Write("s.csv", Header() + Dyed("S", 1.0));
+  const char* const bad[] = {
+      "--band 700-400", "--band 400",      "--band 405-700",           "--band 350-700",
+      "--k1 1.5",       "--wavelength x",  "--wavelength -2147483648", "--k2 nan",
+      "--band 400-760", "--standard-id T",
+  };
+  for (const char* options : bad) {
+    EXPECT_EQ(Run(std::string("strength s.csv s.csv ") + options), 2) << options;
+    EXPECT_TRUE(folder_.Read("err").starts_with("vrx: ")) << options;
+    EXPECT_EQ(folder_.Read("out"), "") << options;
+  }
+}
+
+TEST_F(ColorantCommands, TheExampleIsListedAndPredicted) {
+  const std::string paints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
+  const json components = RunJson("colorants " + paints);
+  ASSERT_EQ(components.size(), 27u);
+  EXPECT_EQ(components[0]["kind"], "Cal White");
+  EXPECT_EQ(components[16]["white"], "yes");
+
+  folder_.Write("f.json", R"({"formulas":[{"name":"W","lines":[{"component":1,"amount":3}]}]})");
+  const json predicted = RunJson("predict " + paints + " f.json --illuminants D65 --observer 10");
+  const double internal = KubelkaMunkReflectance(0.000524);  // K of titanium white at 560 nm
+  EXPECT_NEAR(predicted[0]["560"].get<double>(), 100.0 * SaundersonToMeasured(internal, 0.04, 0.6), 1e-9);
+  EXPECT_GT(predicted[0]["D65/10 L"].get<double>(), 97.0);
+
+  folder_.Write("bad.json", R"({"formulas":[{"name":"W","lines":[{"component":1,"amount":-3}]}]})");
+  EXPECT_EQ(Run("predict " + paints + " bad.json"), 2);
+  EXPECT_EQ(folder_.Read("err"),
+            "vrx: bad.json: formulas[0].lines[0].amount: -3 is not within 0 to 1e+100\n");
+}
+
+TEST_F(ColorantCommands, PredictSpeaksOfRulesAndOfWhatItCannotDo) {
+  std::string curve = "[1";
+  for (int i = 1; i < 40; ++i) curve += ",1";
+  curve += "]";
+  const auto component = [&](const std::string& id) {
+    return R"({"id":)" + id + R"(,"name":"c","levels":[{"concentration":1,"K":)" + curve + R"(,"S":)" +
+           curve + "}]}";
+  };
+  const std::string members =
+      R"("components":[)" + component("1") + "," + component("2") + R"(],"rules":[[1,2]]})";
+  folder_.Write(
+      "f.json",
+      R"({"formulas":[{"name":"F","lines":[{"component":1,"amount":3},{"component":2,"amount":1}]}]})");
+  folder_.Write("s.json", R"({"name":"s",)" + members);
+  EXPECT_EQ(Run("predict s.json f.json"), 0);
+  EXPECT_EQ(folder_.Read("err"), "vrx: formula \"F\" has colorants that must not be used together\n");
+  folder_.Write("s.json", R"({"name":"s","model":"filter",)" + members);
+  EXPECT_EQ(Run("predict s.json f.json"), 2);
+  EXPECT_NE(folder_.Read("err").find("Beer's Law"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace vrx::tool
