@@ -32,6 +32,7 @@ need cmake cmake
 need ninja-build ninja
 header libcli11-dev CLI/CLI.hpp
 header nlohmann-json3-dev nlohmann/json.hpp
+header libcairo2-dev cairo/cairo.h
 
 if [ "$level" != build ]; then
   need clang clang++

@@ -8,7 +8,8 @@
 
 #include <vrxmath/numeric/matrix.h>
 #include <vrxmath/platform/exceptions.h>
-#include <vrxmath/platform/message_box.h>
+
+#include "tests/support/messages.h"
 
 namespace vrx {
 namespace {
@@ -36,19 +37,6 @@ CMatrix Random(uint32_t rows, uint32_t columns, uint32_t seed) {
   }
   return matrix;
 }
-
-/// Counts the messages shown while it lives.
-class MessageCounter {
- public:
-  MessageCounter() {
-    SetMessageBoxHandler([](WideView, MessageIcon, void* count) { ++*static_cast<int*>(count); }, &count_);
-  }
-  ~MessageCounter() { SetMessageBoxHandler(nullptr); }
-  int Count() const { return count_; }
-
- private:
-  int count_ = 0;
-};
 
 /// Bit for bit, but one NaN is as good as another.
 bool SameBits(const CMatrix& a, const CMatrix& b) {
@@ -289,20 +277,20 @@ TEST(Matrix, IndexErrorsAreReportedAndSurvived) {
       {"factors without a shape", [](CMatrix& m, CDoubleArray1&) { m.Multiply(CMatrix(), Random(3, 3, 1)); }},
   };
   for (const Row& row : rows) {
-    MessageCounter messages;
+    test::MessageRecorder messages;
     CMatrix m = Random(3, 3, 9);
     CDoubleArray1 x = one;
     row.call(m, x);
-    EXPECT_GT(messages.Count(), 0) << row.what;
+    EXPECT_FALSE(messages.Take().empty()) << row.what;
   }
-  MessageCounter messages;
+  test::MessageRecorder messages;
   CMatrix empty;
   empty.Transpose(1);
   empty.SetIdentity();
   EXPECT_EQ(empty.GaussSolve(none), 1u);
   EXPECT_EQ(empty.InvertSolve(none), 1u);
   empty.SvdDecompose(none, empty);
-  EXPECT_EQ(messages.Count(), 0);
+  EXPECT_TRUE(messages.Take().empty());
 }
 
 TEST(Matrix, Distance3) {

@@ -12,6 +12,8 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"strength", AddStrength},
       CommandEntry{"colorants", AddColorants},
       CommandEntry{"predict", AddPredict},
+      CommandEntry{"index", AddIndex},
+      CommandEntry{"swatch", AddSwatch},
       CommandEntry{"tables", AddTables},
       CommandEntry{"condition", AddCondition},
       CommandEntry{"settings", AddSettings},

@@ -16,6 +16,8 @@ void AddDelta(CLI::App& app, int& status);
 void AddStrength(CLI::App& app, int& status);
 void AddColorants(CLI::App& app, int& status);
 void AddPredict(CLI::App& app, int& status);
+void AddIndex(CLI::App& app, int& status);
+void AddSwatch(CLI::App& app, int& status);
 void AddTables(CLI::App& app, int& status);
 void AddCondition(CLI::App& app, int& status);
 void AddSettings(CLI::App& app, int& status);

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
+#include <utility>
 
+#include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/platform/wide_string.h>
 
 #include "tools/vrx/command.h"
+#include "tools/vrx/decimal.h"
 
 namespace vrx::tool {
 
@@ -50,11 +52,11 @@ std::string PlainGeometryName(std::string_view name) {
   return plain;
 }
 
-std::vector<std::string> SplitColumns(const std::string& text) {
+std::vector<std::string> Split(std::string_view text, char separator) {
   std::vector<std::string> parts;
   for (std::size_t begin = 0; begin <= text.size();) {
-    const std::size_t end = std::min(text.find('|', begin), text.size());
-    parts.push_back(text.substr(begin, end - begin));
+    const std::size_t end = std::min(text.find(separator, begin), text.size());
+    parts.emplace_back(text.substr(begin, end - begin));
     begin = end + 1;
   }
   return parts;
@@ -67,21 +69,19 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
 }
 
 void AddViewingOptions(CLI::App& command, ViewingOptions& viewing, const std::string& illuminants) {
-  for (std::size_t begin = 0; begin <= illuminants.size();) {
-    const std::size_t end = std::min(illuminants.find(',', begin), illuminants.size());
-    viewing.illuminants.push_back(illuminants.substr(begin, end - begin));
-    begin = end + 1;
-  }
-  command.add_option("--illuminants,--illuminant", viewing.illuminants, "Illuminants by code or number")
-      ->delimiter(',')
-      ->expected(1)
+  viewing.illuminants = illuminants;
+  command
+      .add_option("--illuminants,--illuminant", viewing.illuminants,
+                  "Illuminants by code or number, separated by commas")
       ->option_text("LIST [" + illuminants + "]");
   command.add_option("--observer", viewing.observer, "Observer in degrees")->option_text("2|10 [10]");
+  AddIlluminantFileOptions(command, viewing.illuminantFiles);
 }
 
 std::vector<vrxIlluminant> ViewingOptions::Illuminants() const {
+  illuminantFiles.Register();
   std::vector<vrxIlluminant> list;
-  for (const std::string& text : illuminants) {
+  for (const std::string& text : Split(illuminants, ',')) {
     const vrxIlluminant illuminant = ParseIlluminant(text);
     if (std::ranges::find(list, illuminant) != list.end()) {
       throw InputError("illuminant " + CodeOf(illuminant) + " is named twice");
@@ -104,29 +104,29 @@ void AddSystemOptions(CLI::App& command, SystemOptions& options, const std::stri
       .add_option("--parameters", options.parameters,
                   "Parameters of the system in the order of its name: l,c for cmc; kL,kC,kH for cie94 and "
                   "cie2000; kCH,kE for din99; gL,gC,gH for din6175")
-      ->delimiter(',')
-      ->expected(1)
       ->option_text("LIST [2,1 for cmc, else 1]");
 }
 
 CDifferenceSettings SystemOptions::Settings() const {
   CDifferenceSettings settings = DefaultSettings(ParseSystem(system));
-  if (parameters.size() > static_cast<std::size_t>(ParameterCount(settings.system))) {
+  if (parameters.empty()) return settings;
+  const std::vector<double> given = ParseNumbers(parameters, "--parameters");
+  if (given.size() > static_cast<std::size_t>(ParameterCount(settings.system))) {
     throw InputError("--parameters: " + std::string(ShortNameOf(settings.system)) + " has " +
                      std::to_string(ParameterCount(settings.system)) + " parameters");
   }
-  for (const double parameter : parameters) {
-    if (!(parameter > 0 && std::isfinite(parameter))) {
-      throw InputError("--parameters: every parameter must be above 0");
-    }
+  if (std::ranges::any_of(given, [](double parameter) { return parameter <= 0; })) {
+    throw InputError("--parameters: every parameter must be above 0");
   }
-  std::ranges::copy(parameters, settings.parameters.begin());
+  std::ranges::copy(given, settings.parameters.begin());
   return settings;
 }
 
 vrxIlluminant ParseIlluminant(std::string_view text) {
-  const int32_t number = ParseNumberBelow(kBuiltInIlluminants, text);
-  if (number >= 0) return static_cast<vrxIlluminant>(number);
+  const int32_t number = ParseNumberBelow(kFirstUserIlluminant + kUserIlluminants, text);
+  const CUserIllumArray users = RegisteredUserIlluminants();
+  const bool isUser = std::ranges::find(users, static_cast<vrxUserIllum>(number)) != users.end();
+  if ((number >= 0 && number < kBuiltInIlluminants) || isUser) return static_cast<vrxIlluminant>(number);
   vrxIlluminant illuminant;
   if (FindIlluminant(CString::FromUtf8(text), illuminant)) return illuminant;
   throw InputError("unknown illuminant " + Quoted(text) + "; vrx tables lists them");
@@ -161,11 +161,22 @@ std::string TitleOf(const CDifferenceSettings& settings) {
 
 std::vector<DifferenceColumn> DifferenceColumnsOf(int32_t system) {
   std::vector<DifferenceColumn> columns;
-  std::vector<std::string> headings = SplitColumns(DifferenceColumns(system).ToUtf8());
+  std::vector<std::string> headings = Split(DifferenceColumns(system).ToUtf8(), '|');
   for (const int32_t element : DifferenceColumnElements(system)) {
     columns.push_back({std::move(headings[columns.size()]), element});
   }
   return columns;
+}
+
+std::vector<double> ParseNumbers(std::string_view text, std::string_view option) {
+  std::vector<double> numbers;
+  for (const std::string& part : Split(text, ',')) {
+    double& number = numbers.emplace_back();
+    if (!ParseDecimal(part, '.', number)) {
+      throw InputError(std::string(option) + ": " + Quoted(part) + " is not a number");
+    }
+  }
+  return numbers;
 }
 
 int32_t ParseGeometry(std::string_view text) {

@@ -13,24 +13,29 @@
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
 
+#include "tools/vrx/illuminant_files.h"
+
 namespace vrx::tool {
 
 /// The conditions under which colours are seen, as options give them.
 struct ViewingOptions {
-  std::vector<std::string> illuminants;
+  std::string illuminants;  ///< codes or numbers, separated by commas
   std::string observer = "10";
+  IlluminantFileOptions illuminantFiles;
 
+  /// Registers the illuminants of the files first.
   std::vector<vrxIlluminant> Illuminants() const;
   int32_t Observer() const;
 };
 
-/// Adds `--illuminants` with a default list such as "D65,A,CWF", and `--observer`.
+/// Adds `--illuminants` with a default list such as "D65,A,CWF", `--observer` and the options of illuminant
+/// files.
 void AddViewingOptions(CLI::App& command, ViewingOptions& viewing, const std::string& illuminants);
 
 /// The difference system, as options give it.
 struct SystemOptions {
   std::string system;
-  std::vector<double> parameters;
+  std::string parameters;  ///< numbers, separated by commas; empty for the usual ones
 
   CDifferenceSettings Settings() const;
 };
@@ -38,7 +43,8 @@ struct SystemOptions {
 /// Adds `--system` with a default and `--parameters`.
 void AddSystemOptions(CLI::App& command, SystemOptions& options, const std::string& system);
 
-/// An illuminant by its code, such as "D65" in any case, or by its number, 0 to 25.
+/// An illuminant by its code, such as "D65" in any case, or by its number: 0 to 25, or that of a registered
+/// user illuminant.
 vrxIlluminant ParseIlluminant(std::string_view text);
 /// Observer 0 for "2" (CIE 1931), 1 for "10" (CIE 1964).
 int32_t ParseObserver(std::string_view text);
@@ -70,6 +76,9 @@ inline constexpr int32_t kUnknownGeometry = -2;
 int32_t ParseGeometry(std::string_view text);
 /// The name of a geometry; empty for kNoGeometry.
 std::string GeometryName(int32_t geometry);
+
+/// The finite numbers of a list such as "2,1". Throws InputError, in which `option` says where it stood.
+std::vector<double> ParseNumbers(std::string_view text, std::string_view option);
 
 /// True when two texts are the same apart from the case of ASCII letters.
 bool EqualsIgnoringCase(std::string_view a, std::string_view b);

@@ -128,8 +128,8 @@ const char* CsvReader::FindRecordEnd() {
     if (std::memchr(start + searched, '"', stop - searched) != nullptr) {
       open ^= std::count(start + searched, start + stop, '"') % 2 != 0;
     }
-    if (found != nullptr && !open) return start + stop;
     if (stop > kMaxRecordBytes) FailRow("the row is longer than 1 MiB");
+    if (found != nullptr && !open) return start + stop;
     searched = found != nullptr ? stop + 1 : stop;
     if (found == nullptr && !Fill()) {
       if (open) FailRow("a quoted field is not closed");

@@ -44,6 +44,13 @@ class Judge {
   const CDeltaValues& Difference(std::size_t i) const {
     return calc_.differences[0][static_cast<std::ptrdiff_t>(i)];
   }
+  /// The tristimulus values of the standard and of the last trial under it.
+  const CTrisValues& StandardXyz(std::size_t i) const {
+    return calc_.valuesB[0][static_cast<std::ptrdiff_t>(i)].tristimulus;
+  }
+  const CTrisValues& TrialXyz(std::size_t i) const {
+    return calc_.valuesA[0][static_cast<std::ptrdiff_t>(i)].tristimulus;
+  }
 
  private:
   void JudgeDin99();

@@ -26,7 +26,7 @@ struct JudgeOptions {
   bool pairs = false;
   ViewingOptions viewing;
   SystemOptions system;
-  std::vector<double> tolerance{1.5};
+  std::string tolerance = "1.5";
   std::string tolerances;
   double warning = 0.75;
   bool strict = false;
@@ -41,7 +41,7 @@ JudgeSettings SettingsOf(const JudgeOptions& options) {
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
   settings.warningFactor = options.warning;
-  settings.tolerances.SetDefault(BoxFromNumbers(options.tolerance));
+  settings.tolerances.SetDefault(BoxFromNumbers(ParseNumbers(options.tolerance, "--tolerance")));
   if (!options.tolerances.empty()) {
     CsvReader csv(options.tolerances);
     settings.tolerances.Load(csv);
@@ -100,8 +100,6 @@ void AddOptions(CLI::App& command, JudgeOptions& options) {
       .add_option(
           "--tolerance", options.tolerance,
           "One limit for everything, or seven: plus and minus of the three components, then the total")
-      ->delimiter(',')
-      ->expected(1)
       ->option_text("LIMITS [1.5]");
   command
       .add_option("--tolerances", options.tolerances,

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/colorimetry/weighting.h>
 
@@ -20,6 +21,7 @@ namespace {
 struct TablesOptions {
   std::string illuminant;
   std::string observer = "10";
+  IlluminantFileOptions illuminantFiles;
   Format format = Format::kTable;
 };
 
@@ -35,7 +37,9 @@ void ListIlluminants(Format format) {
   OutputStream output;
   const auto rows = MakeRowWriter(format, output, std::move(columns));
   CTrisValues white;
-  for (const vrxIlluminant illuminant : IlluminantDisplayOrder()) {
+  CIllumArray illuminants = IlluminantDisplayOrder();
+  for (const vrxUserIllum number : RegisteredUserIlluminants()) illuminants.Add(IlluminantOf(number));
+  for (const vrxIlluminant illuminant : illuminants) {
     rows->Integer(illuminant);
     rows->Text(CodeOf(illuminant));
     rows->Text(IlluminantName(illuminant, kObserver10, kNameDescription).ToUtf8());
@@ -68,6 +72,7 @@ void PrintTable(vrxIlluminant illuminant, int32_t observer, Format format) {
 }
 
 void RunTables(const TablesOptions& options) {
+  options.illuminantFiles.Register();
   if (options.illuminant.empty()) return ListIlluminants(options.format);
   PrintTable(ParseIlluminant(options.illuminant), ParseObserver(options.observer), options.format);
 }
@@ -79,6 +84,7 @@ void AddTables(CLI::App& app, int& status) {
   CLI::App* command = app.add_subcommand("tables", "List the illuminants, or print one weighting table");
   command->add_option("ILLUMINANT", options->illuminant, "Code (D65) or number of an illuminant");
   command->add_option("OBSERVER", options->observer, "2 or 10 (degrees)")->option_text("[10]");
+  AddIlluminantFileOptions(*command, options->illuminantFiles);
   AddFormatOption(*command, options->format);
   command->footer(
       "Examples:\n"

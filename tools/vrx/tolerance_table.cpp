@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 #include "tools/vrx/command.h"
 #include "tools/vrx/conditions.h"
@@ -107,8 +106,7 @@ CBoxTolData BoxFromNumbers(const std::vector<double>& numbers) {
   } else {
     throw InputError("--tolerance: one number or the seven of a box are expected");
   }
-  const bool finite = std::ranges::all_of(box, [](double limit) { return std::isfinite(limit); });
-  const std::string_view objection = finite ? Objection(box) : "a limit is not a number";
+  const std::string_view objection = Objection(box);
   if (!objection.empty()) throw InputError(std::string("--tolerance: ").append(objection));
   return box;
 }

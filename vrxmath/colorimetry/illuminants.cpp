@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/foundation/string_numbers.h>
 #include <vrxmath/platform/resources.h>
 
@@ -15,8 +16,9 @@ struct Description {
 
 // The description of an illuminant, taken apart at its bar; one without a bar stands for both parts.
 Description DescriptionOf(vrxIlluminant illuminant) {
-  if (illuminant < 0 || illuminant >= kIlluminantNumbers) return {{}, {}, true};
-  const WideView both = FindString(kStringIlluminant + static_cast<uint32_t>(illuminant));
+  const bool numbered = illuminant >= 0 && illuminant < kIlluminantNumbers;
+  const WideView both = numbered ? FindString(kStringIlluminant + static_cast<uint32_t>(illuminant))
+                                 : colorimetry_internal::UserIlluminantText(illuminant);
   const std::size_t bar = both.find(u'|');
   if (bar == WideView::npos) return {both, both, true};
   return {both.substr(0, bar), both.substr(bar + 1), false};
@@ -30,6 +32,11 @@ WideView ObserverText(int32_t observer, ObserverForm form) {
 
 WideChar LowerCase(WideChar c) {
   return c >= u'A' && c <= u'Z' ? static_cast<WideChar>(c + 32) : c;
+}
+
+bool EqualWithoutCase(WideView a, WideView b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](WideChar x, WideChar y) { return LowerCase(x) == LowerCase(y); });
 }
 
 }  // namespace
@@ -70,15 +77,14 @@ CIllumArray IlluminantDisplayOrder() {
 }
 
 bool FindIlluminant(WideView code, vrxIlluminant& illuminant) {
-  for (int32_t number = 0; number < kBuiltInIlluminants; ++number) {
-    const WideView candidate = DescriptionOf(static_cast<vrxIlluminant>(number)).code;
-    if (std::equal(code.begin(), code.end(), candidate.begin(), candidate.end(),
-                   [](WideChar a, WideChar b) { return LowerCase(a) == LowerCase(b); })) {
-      illuminant = static_cast<vrxIlluminant>(number);
-      return true;
-    }
-  }
-  return false;
+  CIllumArray candidates = IlluminantDisplayOrder();
+  for (const vrxUserIllum number : RegisteredUserIlluminants()) candidates.Add(IlluminantOf(number));
+  const auto found = std::find_if(candidates.begin(), candidates.end(), [code](vrxIlluminant candidate) {
+    return EqualWithoutCase(code, DescriptionOf(candidate).code);
+  });
+  if (found == candidates.end()) return false;
+  illuminant = *found;
+  return true;
 }
 
 }  // namespace vrx

@@ -1,6 +1,7 @@
 #include <atomic>
 #include <cstdio>
 
+#include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/platform/resources.h>
@@ -24,8 +25,9 @@ const double* LoadTable(int32_t illuminant, int32_t observer) {
 
 const double* WeightTable(vrxIlluminant illuminant, int32_t observer) {
   if (illuminant < 0 || illuminant >= kBuiltInIlluminants) {
-    foundation_internal::ReportIndexError();
-    return nullptr;
+    const double* table = colorimetry_internal::UserWeightTable(illuminant, observer);
+    if (table == nullptr) foundation_internal::ReportIndexError();
+    return table;
   }
   auto& slot = loadedTables[illuminant][observer == kObserver10 ? 1 : 0];
   const double* table = slot.load(std::memory_order_acquire);

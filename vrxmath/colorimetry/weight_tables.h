@@ -13,8 +13,9 @@ namespace vrx {
 
 /// The 123 doubles of a pair's weighting table: 40 X, 40 Y and 40 Z weights for 360, 370 ... 750 nm, then
 /// the white point. Null, after the index message, when the pair has none. Any observer other than 1 is the
-/// 2 degree one. A table is looked up among the resources once and stays in place for the life of the
-/// process. Safe on any number of threads.
+/// 2 degree one. A built-in table is looked up among the resources once; every table stays in place for the
+/// life of the process, that of a user illuminant with the weights registered last. Safe on any number of
+/// threads.
 VRX_API const double* WeightTable(vrxIlluminant illuminant, int32_t observer);
 
 /// White point Xn, Yn, Zn of a pair on the scale Yn = 100; unset when the pair has no table.

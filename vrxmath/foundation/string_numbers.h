@@ -20,13 +20,18 @@ inline constexpr uint32_t kStringObserver =
 inline constexpr uint32_t kStringIlluminantPrefix = 374;  ///< "Illuminant "
 inline constexpr uint32_t kStringAngle = 384;             ///< + angle code
 inline constexpr uint32_t kStringComponentKind = 496;
-inline constexpr uint32_t kStringWeightUnit = 512;    ///< + weight unit
-inline constexpr uint32_t kStringVolumeUnit = 528;    ///< + volume unit
-inline constexpr uint32_t kStringOpticalModel = 560;  ///< + model: "industry|model"
-inline constexpr uint32_t kStringShadeWord = 576;     ///< "Darker" ... "Bluer"
-inline constexpr uint32_t kStringFactorName = 592;    ///< three long names, then three short ones
-inline constexpr uint32_t kStringIndexLabel = 640;    ///< twelve labels, then four short ones
+inline constexpr uint32_t kStringWeightUnit = 512;        ///< + weight unit
+inline constexpr uint32_t kStringVolumeUnit = 528;        ///< + volume unit
+inline constexpr uint32_t kStringOpticalModel = 560;      ///< + model: "industry|model"
+inline constexpr uint32_t kStringShadeWord = 576;         ///< "Darker" ... "Bluer"
+inline constexpr uint32_t kStringFactorName = 592;        ///< three long names, then three short ones
+inline constexpr uint32_t kStringIndexLabel = 640;        ///< twelve labels of indices
+inline constexpr uint32_t kStringIndexColumnLabel = 652;  ///< two short labels, then the same recalculated
+inline constexpr uint32_t kStringFurtherIndexLabel = 656;
+inline constexpr uint32_t kStringContrastRatio = 658;
+inline constexpr uint32_t kStringMetamerismIndex = 659;
 inline constexpr uint32_t kStringColorSpace = 672;
+inline constexpr uint32_t kStringIlluminantError = 688;     ///< + reason - 1
 inline constexpr uint32_t kStringDifferenceSystem = 18752;  ///< + 16 x system
 
 }  // namespace vrx

@@ -1,0 +1,224 @@
+// Files of curves: every form gives the same curve, and every fault its place and reason.
+
+#include "tools/vrx/curve_reader.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/rows.h"
+#include "tools/vrx/command.h"
+
+namespace {
+
+using vrx::test::RowMatches;
+using vrx::tool::CsvReader;
+using vrx::tool::CurveReader;
+using vrx::tool::CurveRow;
+
+struct Sample {
+  std::string id, name;
+  int32_t geometry;
+  std::vector<double> curve;
+};
+
+std::vector<Sample> ReadAll(const std::string& content, bool fraction = false) {
+  std::istringstream stream(content);
+  CurveReader reader(CsvReader(stream, "f"), fraction);
+  std::vector<Sample> samples;
+  CurveRow row;
+  while (reader.Next(row)) {
+    samples.push_back(
+        {std::string(row.id), std::string(row.name), row.geometry, {row.curve.begin(), row.curve.end()}});
+  }
+  return samples;
+}
+
+// A file with one row of the function `value` of the wavelength.
+template <class VALUE>
+std::string FileOf(int first, int last, int step, VALUE value) {
+  std::string header, row;
+  for (int nm = first; nm <= last; nm += step) {
+    header += (header.empty() ? "" : ",") + std::to_string(nm);
+    row += (row.empty() ? "" : ",") + std::to_string(value(nm));
+  }
+  return header + "\n" + row + "\n";
+}
+
+// The 40 samples of a function that goes on with its end values outside `first` to `last`.
+template <class VALUE>
+std::vector<double> GridOf(int first, int last, VALUE value) {
+  std::vector<double> curve;
+  for (int nm = 360; nm <= 750; nm += 10) curve.push_back(value(std::clamp(nm, first, last)));
+  return curve;
+}
+
+TEST(CurveReader, BringsEveryRangeToTheGrid) {
+  // A cubic is what Lagrange's cubic reproduces; the first and the last interval, where a quadratic serves,
+  // are measured nodes or lie outside the grid.
+  const auto cubic = [](int nm) {
+    const double t = (nm - 550) / 100.0;
+    return 50 + 10 * t - 5 * t * t + 3 * t * t * t;
+  };
+  const struct {
+    int first, last, step;
+  } kRanges[] = {{360, 750, 10}, {400, 700, 10}, {380, 730, 10}, {380, 780, 5},
+                 {350, 800, 1},  {300, 820, 20}, {300, 830, 10}};
+  for (const auto& [first, last, step] : kRanges) {
+    const auto samples = ReadAll(FileOf(first, last, step, cubic));
+    ASSERT_EQ(samples.size(), 1u);
+    EXPECT_TRUE(RowMatches(std::to_string(first) + "-" + std::to_string(last) + "/" + std::to_string(step),
+                           samples[0].curve, GridOf(first, last, cubic), 2e-6));
+  }
+}
+
+TEST(CurveReader, TwentyNanometresAtTheEndsAreQuadratic) {
+  const auto square = [](int nm) { return (nm - 500) * (nm - 500) / 100.0; };
+  const auto samples = ReadAll(FileOf(400, 700, 20, square));
+  EXPECT_TRUE(RowMatches("quadratic", samples.at(0).curve, GridOf(400, 700, square), 1e-9));
+}
+
+TEST(CurveReader, ReadsEveryForm) {
+  const struct {
+    const char* content;
+    bool fraction;
+    const char* id;
+    const char* name;
+    int32_t geometry;
+  } kForms[] = {
+      {"400,410,420\n1.5,2,3\n", false, "1", "", -1},
+      {"\xEF\xBB\xBFid,400,410,420\r\nA,1.5,2,3\r\n", false, "A", "", -1},
+      {"400;410;420\n1,5;2;3", false, "1", "", -1},
+      {"400;410;420\n1.5;2;3", false, "1", "", -1},
+      {"ID\tgeometry\t400 nm\t410nm\t420.0\nA b\tsci\t+1,5\t2\t3e0\n", false, "A b", "", 12},
+      {"name;400,0;410,0;420,0;geometry\n\"x;\"\"y\"\"\";1,5;2;3;15\xC2\xB0\n", false, "x;\"y\"", "x;\"y\"",
+       4},
+      {"geometry,400,410,420,name,id\n15deg,\"1.5\", 2 ,3,\"two\nlines\",i\n", false, "i", "two\nlines", 4},
+      {"geometry,400,410,420\n-15 DEG,0.015,0.02,0.03\n", true, "1", "", 41},
+      {"\n\ngeometry,400,410,420\n\n13,1.5,2,3\n\n \n", false, "1", "", 13},
+  };
+  std::vector<double> expected(40, 3.0);
+  std::fill_n(expected.begin(), 5, 1.5);
+  expected[5] = 2;
+  for (const auto& form : kForms) {
+    SCOPED_TRACE(form.content);
+    const auto samples = ReadAll(form.content, form.fraction);
+    ASSERT_EQ(samples.size(), 1u);
+    EXPECT_EQ(samples[0].id, form.id);
+    EXPECT_EQ(samples[0].name, form.name);
+    EXPECT_EQ(samples[0].geometry, form.geometry);
+    EXPECT_TRUE(RowMatches("curve", samples[0].curve, expected, form.fraction ? 1e-15 : 0.0));
+  }
+}
+
+TEST(CurveReader, RefusesWithPlaceAndReason) {
+  const std::string longText(CsvReader::kMaxRecordBytes + 2, 'x');
+  const struct {
+    std::string content;
+    const char* message;
+  } kFaults[] = {
+      {"", "f: the file is empty"},
+      {"\n \n", "f: the file is empty"},
+      {std::string("\xFF\xFEi\0d\0", 6), "f: the file is UTF-16"},
+      {"id,date,400\n", "f, line 1, column 2 (date): the column is neither"},
+      {"id,id,400,410,420\n", "f, line 1, column 2 (id): there are two"},
+      {"400,410,410\n", "f, line 1, column 3 (410): the wavelength stands there twice"},
+      {"400,420,410\n", "f, line 1, column 3 (410): the wavelengths do not ascend"},
+      {"id,400,410,430,440\n",
+       "f, line 1, column 4 (430): the wavelengths have a hole from 410 nm to 430 nm"},
+      {"400,420,430\n", "column 2 (420): the wavelengths have a hole"},
+      {"400,410\n", "f, line 1: fewer than 3 wavelengths"},
+      {"800,810,820\n", "f, line 1: fewer than 3 wavelengths"},
+      {"400,450,500,550\n", "f, line 1: wavelengths 50 nm apart"},
+      {"400,410,420\n1,2,3\n1,x,3\n", "f, line 3, column 2 (410): \"x\" is not a number"},
+      {"400,410,420\n1,,3\n", "f, line 2, column 2 (410): the field is empty"},
+      {"400,410,420\n1,nan,3\n", "\"nan\" is not a number"},
+      {"400,410,420\n1,inf,3\n", "\"inf\" is not a number"},
+      {"400,410,420\n1,1e999,3\n", "\"1e999\" is not a number"},
+      {"400,410,420\n1,2,10001\n", "f, line 2, column 3 (420): a reflectance beyond"},
+      {"400,410,420\n1,2\n", "f, line 2: the row is short: it has 2 of 3 columns"},
+      {"400,410,420\n1,2,3,4\n", "f, line 2: the row is long"},
+      {"400,410,420\n1,2,3,\n", "f, line 2: the row is long"},
+      {"400;410;420\n1.234,5;2;3\n", "\"1.234,5\" is not a number"},
+      {"id,400,410,420\n\"a\nb\",1,2,3\nx,1,2,y\n", "f, line 4, column 4 (420)"},
+      {"id,400,410,420\n,1,2,3\n", "f, line 2: the id is empty"},
+      {"id,400,410,420\n\"a,1,2,3\n", "f, line 2: a quoted field is not closed"},
+      {"id,400,410,420\n\"a\"b,1,2,3\n", "f, line 2, column 1 (id): text follows a quoted field"},
+      {"id,400,410,420\na\"b\",1,2,3\n", "a quote stands inside a field without quotes"},
+      {"id,400,410,420\n\xE4,1,2,3\n", "f, line 2, column 1 (id): the text is not UTF-8"},
+      {"geometry,400,410,420\n49,1,2,3\n", "f, line 2, column 1 (geometry): unknown geometry"},
+      {"id,400,410,420\n" + longText + ",1,2,3\n", "f, line 2: the row is longer than 1 MiB"},
+      {longText, "f, line 1: the row is longer than 1 MiB"},
+      {std::string(CsvReader::kMaxColumns, ','), "f, line 1: more than 10000 columns"},
+  };
+  for (const auto& [content, message] : kFaults) {
+    try {
+      ReadAll(content);
+      ADD_FAILURE() << "not refused: " << content.substr(0, 60);
+    } catch (const vrx::tool::InputError& error) {
+      EXPECT_NE(std::string(error.what()).find(message), std::string::npos)
+          << error.what() << "\nfor " << message;
+    }
+  }
+}
+
+TEST(CurveReader, RowsAcrossTheBufferAndJumpsBack) {
+  // 2 MB of rows of changing length: many records lie across two fills of the buffer.
+  std::string content = "id,400,410,420\n";
+  std::vector<std::size_t> offsets;
+  for (int i = 0; content.size() < 2'000'000; ++i) {
+    offsets.push_back(content.size());
+    content += std::string(static_cast<std::size_t>(i % 97), 'i') + std::to_string(i) + "," +
+               std::to_string(i % 100) + ",2,3\n";
+  }
+  std::istringstream stream(content);
+  CurveReader reader(CsvReader(stream, "f"), false);
+  CurveRow row;
+  for (std::size_t i = 0; i < offsets.size(); ++i) {
+    ASSERT_TRUE(reader.Next(row));
+    ASSERT_EQ(reader.Csv().Offset(), offsets[i]);
+    ASSERT_EQ(row.curve[0], static_cast<double>(i % 100));
+  }
+  EXPECT_FALSE(reader.Next(row));
+  for (const std::size_t i : {offsets.size() - 1, std::size_t{0}, offsets.size() / 2}) {
+    reader.SeekTo(offsets[i]);
+    ASSERT_TRUE(reader.Next(row));
+    EXPECT_EQ(row.id, std::string(i % 97, 'i') + std::to_string(i));
+  }
+  reader.Rewind();
+  ASSERT_TRUE(reader.Next(row));
+  EXPECT_EQ(row.id, "0");
+}
+
+TEST(CurveReader, SaysWhatItDid) {
+  const struct {
+    const char* header;
+    const char* description;
+    bool narrow;
+  } kRows[] = {
+      {"400,410,420",
+       "400 to 420 nm at 10 nm: completed down to 360 nm with the first value, completed up to 750 nm "
+       "with the last value",
+       true},
+      {"360,380,400",
+       "360 to 400 nm at 20 nm: brought to 10 nm by Lagrange interpolation, completed up to 750 nm "
+       "with the last value",
+       true},
+  };
+  for (const auto& [header, description, narrow] : kRows) {
+    std::istringstream stream(header);
+    const CurveReader reader(CsvReader(stream, "f"), false);
+    EXPECT_EQ(reader.Grid().Description(), description);
+    EXPECT_EQ(reader.Grid().IsNarrow(), narrow);
+  }
+  std::istringstream stream(FileOf(355, 755, 5, [](int) { return 1; }));
+  const CurveReader reader(CsvReader(stream, "f"), false);
+  EXPECT_EQ(
+      reader.Grid().Description(),
+      "355 to 755 nm at 5 nm: brought to 10 nm by taking the values measured there, cut to 360 to 750 nm");
+  EXPECT_FALSE(reader.Grid().IsNarrow());
+}
+
+}  // namespace

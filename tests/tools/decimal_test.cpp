@@ -1,0 +1,76 @@
+// Decimal texts to doubles: the standard library's from_chars is the oracle.
+
+#include "tools/vrx/decimal.h"
+
+#include <bit>
+#include <charconv>
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+
+namespace {
+
+using vrx::tool::ParseDecimal;
+using vrx::tool::ParseShortDecimal;
+
+double Oracle(const std::string& text) {
+  double value = 0;
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
+}
+
+// Both halves, as the reader uses them.
+void ExpectBothExact(const std::string& text) {
+  const uint64_t expected = std::bit_cast<uint64_t>(Oracle(text));
+  double value = 0;
+  ASSERT_TRUE(ParseDecimal(text, '.', value)) << text;
+  EXPECT_EQ(std::bit_cast<uint64_t>(value), expected) << text;
+  const std::string line = text + "\n";
+  if (const char* const end = ParseShortDecimal(line.c_str(), '.', value)) {
+    EXPECT_EQ(end, line.c_str() + text.size()) << text;
+    EXPECT_EQ(std::bit_cast<uint64_t>(value), expected) << text;
+  }
+}
+
+TEST(Decimal, RandomNumbersAreExact) {
+  std::mt19937_64 random(20);
+  const auto digits = [&](int most) {
+    std::string text;
+    for (auto n = random() % static_cast<unsigned>(most + 1); n > 0; --n)
+      text += static_cast<char>('0' + random() % 10);
+    return text;
+  };
+  for (int i = 0; i < 200'000; ++i) {
+    std::string text(random() % 4 == 0 ? "-" : "");
+    text.append(digits(12)).append(1, '.').append(digits(12));
+    if (text.find_first_of("0123456789") == std::string::npos) text.append(1, '0');
+    if (random() % 8 == 0) text.append(1, 'e').append(std::to_string(static_cast<int>(random() % 40) - 20));
+    ExpectBothExact(text);
+  }
+}
+
+TEST(Decimal, EdgesAreExact) {
+  // 15 digits go the short way and 16 do not; 2^53 + 1 rounds to even; a half-way case of 17 digits.
+  for (const char* text : {"0", "-0", "5.", ".5", "007.50", "999999999999999", "0.99999999999999",
+                           "9999999999999999", "9007199254740993", "0.1000000000000000055", "1e22", "4.35",
+                           "1.7976931348623157e308", "2.2250738585072014e-308"}) {
+    ExpectBothExact(text);
+  }
+  double value = 0;
+  EXPECT_TRUE(ParseDecimal("+12,5", ',', value));
+  EXPECT_EQ(value, 12.5);
+}
+
+TEST(Decimal, RefusesWhatIsNoNumber) {
+  for (const char* text : {"",    "-",    "+",    ".",  "-.", "abc", "1x",  "1 2",   "1.2.3",  "1,2", "nan",
+                           "inf", "-inf", "0x10", "1e", "e5", "--1", "+-1", "1e400", "1e-400", "1-2"}) {
+    double value = 0;
+    EXPECT_FALSE(ParseDecimal(text, '.', value)) << text;
+  }
+  double value = 0;
+  EXPECT_FALSE(ParseDecimal("1.234,5", ',', value)) << "thousands separators";
+  EXPECT_FALSE(ParseDecimal("1,234,5", ',', value));
+}
+
+}  // namespace

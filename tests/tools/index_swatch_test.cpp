@@ -1,0 +1,219 @@
+// Indices, pictures and user illuminants from the command line.
+
+#include <array>
+#include <gtest/gtest.h>
+#include <map>
+#include <png.h>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/tool_process.h"
+#include "tools/vrx/picture.h"
+
+namespace vrx::tool {
+namespace {
+
+class IndexAndSwatch : public test::ToolProcess {
+ protected:
+  // A flat curve of so many percent from 400 to 700 nm.
+  static std::string Flat(const std::string& label, const std::string& percent) {
+    std::string row = label;
+    for (int i = 0; i < 31; ++i) row += "," + percent;
+    return row + "\n";
+  }
+  static std::string Header(std::string row = "id") {
+    for (int nm = 400; nm <= 700; nm += 10) (row += ',') += std::to_string(nm);
+    return row + "\n";
+  }
+  // Equal power from 380 to 780 nm.
+  static std::string EqualEnergy(const std::string& heading, int step = 5) {
+    std::string file = "nm," + heading + "\n";
+    for (int nm = 380; nm <= 780; nm += step) file += std::to_string(nm) + ",100\n";
+    return file;
+  }
+};
+
+TEST_F(IndexAndSwatch, IndexRowsNameLabelAndForm) {
+  folder_.Write("xyz.csv", "id,X,Y,Z\npaper,80,85,92\n");
+  const Result result = Run("index xyz.csv --illuminants C,D65 --observer 2 --format csv");
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_TRUE(result.out.starts_with("id,illuminant,observer,index,form,value\n"));
+  const auto number = [&](const std::string& beginning) {
+    const std::size_t at = result.out.find("\n" + beginning);
+    return at == std::string::npos ? -1.0 : std::strtod(&result.out[at + 1 + beginning.size()], nullptr);
+  };
+  EXPECT_NEAR(number("paper,C,2,Whiteness: ASTM E313-1973,direct,"), 56.696, 1e-9);
+  EXPECT_NEAR(number("paper,D65,2,Whiteness: ASTM E313-1973 (Recalc),recalculated,"), 83.4590934, 1e-6);
+  EXPECT_NEAR(number("paper,D65,2,Yellowness: DIN 6167,direct,"), -0.4658824, 1e-6);
+  EXPECT_NE(result.out.find("paper,C,2,Whiteness: Berger,direct,\n"), std::string::npos);  // unset is empty
+  // The table has the same rows but for those.
+  EXPECT_EQ(Run("index xyz.csv --illuminants C --observer 2").out.find("Whiteness: Berger  "),
+            std::string::npos);
+}
+
+TEST_F(IndexAndSwatch, ContrastRatioAndMetamerismJoinThem) {
+  folder_.Write("drawdown.csv", Header("id,geometry") + Flat("P,Over White", "80") +
+                                    Flat("P,Over Black", "72") + Flat("Q,30", "40") + Flat("R,29", "80"));
+  const Result result = Run("index drawdown.csv --standard drawdown.csv --format csv");
+  EXPECT_NE(result.out.find("\nP,D65,10,Contrast ratio,direct,0.9"), std::string::npos) << result.out;
+  EXPECT_EQ(result.out.find("\nR,D65,10,Contrast ratio"), std::string::npos);  // Q and R are two panels
+  // Greys that differ in lightness alone are no metamers.
+  const std::size_t at = result.out.find("\nQ,C,10,Metamerism index: D65,direct,");
+  ASSERT_NE(at, std::string::npos);
+  EXPECT_NEAR(std::strtod(&result.out[result.out.find("direct,", at) + 7], nullptr), 0.0, 1e-9);
+}
+
+TEST_F(IndexAndSwatch, UserIlluminantsFromFiles) {
+  folder_.Write("e.csv", EqualEnergy("E|Equal energy"));
+  folder_.Write("shop.csv", EqualEnergy("1005:Shop", 10));
+  const std::string files = " --illuminant-file e.csv --illuminant-file shop.csv";
+  const Result list = Run("tables --format csv" + files);
+  EXPECT_NE(list.out.find("\n1000,E,Equal energy,99.99"), std::string::npos) << list.out << list.err;
+  EXPECT_NE(list.out.find("\n1005,Shop,Shop,99.99"), std::string::npos);
+  folder_.Write("white.csv", Header() + Flat("W", "100"));
+  for (const char* command :
+       {"color white.csv", "index white.csv", "swatch white.csv white.csv --output w.svg"}) {
+    const Result result = Run(command + files + " --illuminants e,1005");
+    EXPECT_EQ(result.status, 0) << command << result.err;
+  }
+  EXPECT_NE(folder_.Read("w.svg").find("Shop/10"), std::string::npos);
+}
+
+TEST_F(IndexAndSwatch, BadRequestsAreRefused) {
+  folder_.Write("good.csv", Header() + Flat("A", "50") + Flat("B", "51"));
+  folder_.Write("one.csv", Header() + Flat("A", "50"));
+  folder_.Write("negative.csv", EqualEnergy("E") + "785,-1\n");
+  folder_.Write("hole.csv", EqualEnergy("E") + "795,1\n");
+  folder_.Write("half.csv", "nm,E\n380.5,1\n");
+  folder_.Write("text.csv", "nm,E\n380,one\n");
+  folder_.Write("head.csv", "wavelength,E\n380,1\n");
+  folder_.Write("d65.csv", EqualEnergy("d65"));
+  folder_.Write("number.csv", EqualEnergy("999:E"));
+  folder_.Write("same.csv", EqualEnergy("1000:F"));
+  folder_.Write("e.csv", EqualEnergy("E"));
+  folder_.Write("xyz.csv", "X,Y\n1,2\n");
+  const struct {
+    const char* arguments;
+    const char* reason;
+  } rows[] = {
+      {"tables --illuminant-file negative.csv",
+       "negative.csv: illuminant \"E\": The spectral power must not be"},
+      {"tables --illuminant-file hole.csv", "hole.csv, line 83: the wavelengths are not evenly spaced"},
+      {"tables --illuminant-file half.csv", "whole number of nm"},
+      {"tables --illuminant-file text.csv", "text.csv, line 2, column E"},
+      {"tables --illuminant-file head.csv", "the header must be nm"},
+      {"tables --illuminant-file d65.csv", "that of another illuminant"},
+      {"tables --illuminant-file number.csv", "1000 to 1255"},
+      {"tables --illuminant-file e.csv --illuminant-file same.csv", "another illuminant has its number"},
+      {"color good.csv --illuminants 1000", "unknown illuminant"},
+      {"index xyz.csv", "neither wavelengths nor X,Y,Z"},
+      {"swatch good.csv", "--output is required"},
+      {"swatch good.csv --output a.jpg", ".png or .svg"},
+      {"swatch good.csv --output none/a.png", "none/a.png: cannot be created"},
+      {"swatch one.csv --output a.png", "there is no trial"},
+      {"swatch one.csv --pairs --output a.png", "--pairs needs a second file"},
+      {"swatch - --output a.png < good.csv", "name a file"},
+      {"swatch good.csv --standard-id C --output a.png", "no standard \"C\""},
+  };
+  for (const auto& row : rows) {
+    const Result result = Run(row.arguments);
+    EXPECT_EQ(result.status, 2) << row.arguments;
+    EXPECT_NE(result.err.find(row.reason), std::string::npos) << row.arguments << "\n" << result.err;
+  }
+}
+
+struct Image {
+  png_uint_32 width = 0, height = 0;
+  std::vector<png_byte> pixels;  // three bytes each
+  std::array<int, 3> At(png_uint_32 x, png_uint_32 y) const {
+    const png_byte* pixel = &pixels[3 * (y * width + x)];
+    return {pixel[0], pixel[1], pixel[2]};
+  }
+};
+
+Image ReadPng(const std::string& path) {
+  png_image png{};
+  png.version = PNG_IMAGE_VERSION;
+  Image image;
+  if (png_image_begin_read_from_file(&png, path.c_str()) == 0) return image;
+  png.format = PNG_FORMAT_RGB;
+  image = {png.width, png.height, std::vector<png_byte>(PNG_IMAGE_SIZE(png))};
+  if (png_image_finish_read(&png, nullptr, image.pixels.data(), 0, nullptr) == 0) return {};
+  return image;
+}
+
+// The pixels of a PNG are the colours asked for, every one of the 256 levels.
+TEST_F(IndexAndSwatch, PngKeepsEveryLevel) {
+  const auto picture = MakePicture(PictureFormat::kPng, 256, 3, {0, 0, 0});
+  for (int32_t level = 0; level < 256; ++level) {
+    picture->Rectangle(level, 0, 1, 1, {level, 0, 0});
+    picture->Rectangle(level, 1, 1, 1, {0, level, 0});
+    picture->Rectangle(level, 2, 1, 1, {0, 0, level});
+  }
+  SavePicture(*picture, folder_ / "levels.png");
+  const Image image = ReadPng(folder_ / "levels.png");
+  ASSERT_EQ(image.pixels.size(), 256u * 3 * 3);
+  for (int level = 0; level < 256; ++level) {
+    const auto x = static_cast<png_uint_32>(level);
+    EXPECT_EQ(image.At(x, 0), (std::array{level, 0, 0}));
+    EXPECT_EQ(image.At(x, 1), (std::array{0, level, 0}));
+    EXPECT_EQ(image.At(x, 2), (std::array{0, 0, level}));
+  }
+}
+
+// 21.4 % grey is (127, 127, 127) under every illuminant; both formats paint it where the other does.
+TEST_F(IndexAndSwatch, StandardsAndTrialsStandSideBySide) {
+  folder_.Write("greys.csv",
+                Header() + Flat("Std & <Co>", "21.4") + Flat("lighter", "30") + Flat("same", "21.4"));
+  for (const char* name : {"a.svg", "a.PNG"}) {
+    const Result result = Run(std::string("swatch greys.csv --output ") + name + " --illuminants D65,A");
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out + result.err, "");
+  }
+  const std::string svg = folder_.Read("a.svg");
+  for (const char* text :
+       {"Std &amp; &lt;Co&gt; | lighter", ">fail<", ">pass<", "E 0.00<", "D65/10", "CMC"}) {
+    EXPECT_NE(svg.find(text), std::string::npos) << text;
+  }
+  const Image image = ReadPng(folder_ / "a.PNG");
+  ASSERT_GT(image.width, 0u);
+  std::map<std::string, int> patches;
+  std::istringstream lines(svg);
+  for (std::string line; std::getline(lines, line);) {
+    int x, y, width, height;
+    unsigned colour;
+    if (std::sscanf(line.c_str(), "<rect x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\" fill=\"#%x\"/>", &x, &y,
+                    &width, &height, &colour) != 5) {
+      continue;
+    }
+    if (x > 0) ++patches[line.substr(line.find("fill"))];
+    const std::array expected{static_cast<int>(colour >> 16), static_cast<int>(colour >> 8 & 255),
+                              static_cast<int>(colour & 255)};
+    for (const int dx : {0, width - 1}) {
+      EXPECT_EQ(image.At(static_cast<png_uint_32>(x + dx), static_cast<png_uint_32>(y + height - 1)),
+                expected);
+    }
+  }
+  EXPECT_EQ((patches["fill=\"#7f7f7f\"/>"]), 6);  // standard twice, its double once, under two illuminants
+}
+
+TEST(Picture, TextsAreShortenedByCodePoints) {
+  const struct {
+    const char* text;
+    std::size_t length;
+    const char* expected;
+  } rows[] = {
+      {"", 5, ""},
+      {"short", 5, "short"},
+      {"longer", 5, "lo..."},
+      {"\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F", 4, "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F"},
+      {"a\tb\x7F", 9, "a b "},
+      {"\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F\xC3\xA4", 4, "\xC3\xA4..."},
+      {"x\xEF\xBF\xBEy", 9, "x y"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(Shortened(row.text, row.length), row.expected) << row.text;
+}
+
+}  // namespace
+}  // namespace vrx::tool

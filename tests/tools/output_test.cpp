@@ -1,0 +1,114 @@
+// The three formats: numbers that read back, rounding, quoting, and results that end early.
+
+#include "tools/vrx/output.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+#include <string>
+
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using vrx::tool::Format;
+using vrx::tool::MakeRowWriter;
+using vrx::tool::OutputError;
+using vrx::tool::OutputStream;
+
+// What `write` leaves in a file.
+template <class WRITE>
+std::string Written(WRITE write) {
+  const vrx::test::TemporaryFolder folder;
+  std::FILE* const file = std::fopen((folder / "out").c_str(), "wb");
+  {
+    OutputStream output(file);
+    write(output);
+  }
+  std::fclose(file);
+  return folder.Read("out");
+}
+
+TEST(Output, FixedNumbersRoundAsPrintfDoes) {
+  std::mt19937_64 random(4);
+  std::uniform_real_distribution<double> exponent(-8, 12);
+  std::string expected;
+  const std::string got = Written([&](OutputStream& output) {
+    for (int i = 0; i < 20'000; ++i) {
+      double value = std::pow(10, exponent(random)) * (random() % 2 == 0 ? 1 : -1);
+      if (i % 4 == 0) value = std::round(value * 200) / 200;  // many lie half-way between two hundredths
+      if (i % 50 == 0) value = i % 100 == 0 ? 0.0 : 0.125;
+      const int decimals = i % 6;
+      char text[64];
+      std::snprintf(text, sizeof text, "%.*f\n", decimals, value);
+      const bool negativeZero =
+          *text == '-' && std::string(text).find_first_of("123456789") == std::string::npos;
+      expected += negativeZero ? text + 1 : text;
+      output.AppendFixed(value, decimals);
+      output.Append('\n');
+    }
+    output.Finish();
+  });
+  EXPECT_EQ(got, expected);
+}
+
+TEST(Output, OneRowInEachFormat) {
+  const double inf = std::numeric_limits<double>::infinity();
+  const auto rows = [&](Format format) {
+    return Written([&](OutputStream& output) {
+      const auto writer = MakeRowWriter(format, output, {{"id"}, {"x", "x wide", 2}, {"n"}, {"u"}, {"i"}});
+      writer->Text("a,\"b\"\xC3\xA4");
+      writer->Number(0.1 + 0.2);
+      writer->Integer(-7);
+      writer->Number(1e-5);
+      writer->Number(inf);
+      writer->EndRow();
+      writer->Finish();
+      output.Finish();
+    });
+  };
+  EXPECT_EQ(rows(Format::kCsv), "id,x,n,u,i\n\"a,\"\"b\"\"\xC3\xA4\",0.30000000000000004,-7,,inf\n");
+  EXPECT_EQ(
+      rows(Format::kJson),
+      "[\n{\"id\":\"a,\\\"b\\\"\xC3\xA4\",\"x\":0.30000000000000004,\"n\":-7,\"u\":null,\"i\":null}\n]\n");
+  EXPECT_EQ(rows(Format::kTable),
+            "id      x wide   n  u    i\n"
+            "a,\"b\"\xC3\xA4    0.30  -7  -  inf\n");
+}
+
+TEST(Output, WithoutRows) {
+  const auto empty = [](Format format) {
+    return Written([&](OutputStream& output) {
+      MakeRowWriter(format, output, {{"id"}, {"x"}})->Finish();
+      output.Finish();
+    });
+  };
+  EXPECT_EQ(empty(Format::kJson), "[]\n");
+  EXPECT_EQ(empty(Format::kCsv), "id,x\n");
+  EXPECT_EQ(empty(Format::kTable), "id  x\n");
+}
+
+TEST(Output, AnEarlyEndIsSeen) {
+  EXPECT_EQ(Written([](OutputStream& output) { output.Append("id\n1\n"); }), "")
+      << "nothing has left the buffer";
+  const std::string large(3'000'000, 'x');
+  const std::string text = Written([&](OutputStream& output) { output.Append(large); });
+  EXPECT_LT(text.size(), large.size());
+  EXPECT_TRUE(text.ends_with("\n# incomplete: the reason is on standard error\n"));
+}
+
+TEST(Output, AFullDeviceIsAnError) {
+  std::FILE* const full = std::fopen("/dev/full", "wb");
+  if (full == nullptr) GTEST_SKIP() << "there is no such device here";
+  {
+    OutputStream output(full);
+    output.Append("text");
+    EXPECT_THROW(output.Finish(), OutputError);
+  }
+  std::fclose(full);
+}
+
+}  // namespace

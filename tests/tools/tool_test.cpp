@@ -1,0 +1,346 @@
+// The tool as a user meets it: a process with arguments, files and pipes, an exit status and two streams.
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <vector>
+
+#include <vrxmath/colorimetry/weight_tables.h>
+
+#include "tests/support/rows.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using nlohmann::json;
+using vrx::test::RowMatches;
+
+class Tool : public testing::Test {
+ protected:
+  struct Result {
+    int status;
+    std::string out, err;
+  };
+
+  // Runs `vrx ARGUMENTS`; a redirection may follow them. File names are those of the folder.
+  Result Run(const std::string& arguments) {
+    const std::string command = "cd " + (folder_ / "") + " && " VRX_TOOL " " + arguments;
+    const int ended =
+        std::system(("{ " + command + " ; } >" + (folder_ / "out") + " 2>" + (folder_ / "err")).c_str());
+    return {WIFEXITED(ended) ? WEXITSTATUS(ended) : -1, folder_.Read("out"), folder_.Read("err")};
+  }
+
+  json RunJson(const std::string& arguments) {
+    const Result result = Run(arguments + " --format json");
+    EXPECT_EQ(result.status, 0) << arguments << "\n" << result.err;
+    return json::parse(result.out);
+  }
+
+  void Write(const std::string& name, const std::string& content) { folder_.Write(name, content); }
+
+  vrx::test::TemporaryFolder folder_;
+};
+
+std::vector<std::string> Lines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+constexpr const char* kHeader = "id,400,500,600,700\n";  // refused: 100 nm apart
+
+// A flat curve of so many percent.
+std::string Flat(const std::string& id, const std::string& percent) {
+  std::string row = id;
+  for (int i = 0; i < 31; ++i) row.append(1, ',').append(percent);
+  return row + "\n";
+}
+std::string FlatHeader(const std::string& first = "id") {
+  std::string row = first;
+  for (int nm = 400; nm <= 700; nm += 10) row.append(1, ',').append(std::to_string(nm));
+  return row + "\n";
+}
+
+constexpr const char* kCharts =
+    VRX_SOURCE_DIR "/examples/chart_ohta.csv " VRX_SOURCE_DIR "/examples/chart_average.csv";
+
+TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
+  Write("good.csv", FlatHeader() + Flat("A", "50"));
+  Write("late.csv", FlatHeader() + Flat("A", "50") + "B,1\n");
+  Write("bad.csv", std::string(kHeader) + "A,1,2,3,4\n");
+  Write("empty.csv", "");
+  Write("header.csv", FlatHeader());
+  Write("lab.csv", "L,a,b\n50,1,nan\n");
+  Write("twice.csv", FlatHeader("id,geometry") + Flat("A,SCI", "50") + Flat("A,12", "51"));
+  Write("limits.csv",
+        "standard,plus0,minus0,plus1,minus1,plus2,minus2,total\n,1,1,1,1,1,1,1\n,2,2,2,2,2,2,2\n");
+  Write("crossed.csv", "plus0,minus0,plus1,minus1,plus2,minus2,total\n1,-2,1,1,1,1,1\n");
+  const struct {
+    const char* arguments;
+    const char* reason;
+  } kRows[] = {
+      {"", "subcommand is required"},
+      {"nonsense", "--help"},
+      {"judge good.csv", "TRIALS is required"},
+      {"judge none.csv good.csv", "none.csv: No such file"},
+      {"judge . good.csv", "cannot be read"},
+      {"judge good.csv empty.csv", "empty.csv: the file is empty"},
+      {"judge header.csv good.csv", "header.csv: there is no row"},
+      {"judge good.csv bad.csv", "wavelengths 100 nm apart"},
+      {"judge good.csv late.csv", "late.csv, line 3: the row is short: it has 2 of 32 columns"},
+      {"judge good.csv late.csv --format json", "late.csv, line 3"},
+      {"judge - - < good.csv", "cannot both"},
+      {"judge good.csv good.csv --standard-id Q", "there is no standard \"Q\""},
+      {"judge twice.csv good.csv", "twice.csv, line 3: standard \"A\" has a row of this geometry"},
+      {"judge good.csv good.csv --pairs --standard-id A", "excludes"},
+      {"judge good.csv good.csv --illuminants D65,X9", "unknown illuminant \"X9\""},
+      {"judge good.csv good.csv --illuminants D65,2", "D65 is named twice"},
+      {"judge good.csv good.csv --illuminants 26", "unknown illuminant"},
+      {"judge good.csv good.csv --observer 1", "unknown observer"},
+      {"judge good.csv good.csv --system 13", "unknown difference system"},
+      {"judge good.csv good.csv --system lab --parameters 1", "lab has 0 parameters"},
+      {"judge good.csv good.csv --parameters 0,1", "above 0"},
+      {"judge good.csv good.csv --tolerance 1,2", "one number or the seven"},
+      {"judge good.csv good.csv --tolerance nan", "not a number"},
+      {"judge good.csv good.csv --tolerances limits.csv", "limits.csv, line 3: an earlier row"},
+      {"judge good.csv good.csv --tolerances crossed.csv", "crossed.csv, line 2: the plus and minus limits"},
+      {"judge good.csv good.csv --warning 1.1", "--warning"},
+      {"judge good.csv good.csv --format xml", "--format"},
+      {"color lab.csv", "lab.csv, line 2, column 3 (b): \"nan\""},
+      {"color limits.csv", "neither wavelengths nor X,Y,Z nor L,a,b"},
+      {"delta lab.csv", "column 1 (L)"},
+      {"tables D65 5", "unknown observer"},
+  };
+  for (const auto& [arguments, reason] : kRows) {
+    const Result result = Run(arguments);
+    EXPECT_EQ(result.status, 2) << arguments;
+    EXPECT_NE((result.err).find(reason), std::string::npos) << arguments << "\n" << result.err;
+    EXPECT_EQ(result.out, "") << arguments << ": small results are whole or not there";
+  }
+}
+
+TEST_F(Tool, JudgesTheExampleCharts) {
+  const Result table = Run(std::string("judge ") + kCharts + " --pairs");
+  EXPECT_EQ(table.status, 0);
+  EXPECT_EQ(Lines(table.out).size(), 2u + 1 + 72 + 1 + 4) << table.out;
+  EXPECT_EQ(Run(std::string("judge ") + kCharts + " --pairs --strict").status, 1);
+  EXPECT_EQ(Run(std::string("judge ") + kCharts + " --pairs --strict --tolerance 30").status, 0);
+
+  // csv and json say the same, and the rows agree with themselves.
+  const json objects = RunJson(std::string("judge ") + kCharts + " --pairs");
+  const auto rows = Lines(Run(std::string("judge ") + kCharts + " --pairs --format csv").out);
+  ASSERT_EQ(rows.size(), 73u);
+  EXPECT_EQ(
+      rows[0],
+      "standard,trial,geometry,illuminant,observer,e0,e1,e2,e3,e4,e5,e6,word0,word1,word2,box,total,verdict");
+  for (std::size_t i = 0; i < 72; ++i) {
+    const json& object = objects.at(i);
+    std::istringstream row(rows[i + 1]);
+    std::vector<std::string> fields;
+    for (std::string field; std::getline(row, field, ',');) fields.push_back(field);
+    ASSERT_EQ(fields.size(), 18u);
+    EXPECT_EQ(fields[0], object["standard"]);
+    EXPECT_EQ(fields[3], object["illuminant"]);
+    for (std::size_t k = 0; k < 7; ++k) EXPECT_EQ(std::stod(fields[5 + k]), object["elements"][k]);
+    for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(fields[12 + k], object["words"][k]);
+    EXPECT_EQ(std::stoi(fields[17]), object["verdict"]);
+    EXPECT_EQ(object["verdict"], std::min(object["box"].get<int>(), object["total"].get<int>()));
+    EXPECT_TRUE(object["geometry"].is_null());
+  }
+}
+
+TEST_F(Tool, GreyStepsUnderEachVerdict) {
+  // On the grey axis dE*ab is dL*, the same under every illuminant: L* = 116 cbrt(Y / Yn) - 16.
+  Write("standard.csv", FlatHeader() + Flat("S", "20"));
+  Write("trials.csv",
+        FlatHeader() + Flat("same", "20") + Flat("near", "20.5") + Flat("between", "21") + Flat("far", "22"));
+  const json objects =
+      RunJson("judge standard.csv trials.csv --system lab --illuminants D65,A --tolerance 1.2");
+  const int kVerdicts[] = {2, 2, 1, 0};
+  const double kReflectances[] = {20, 20.5, 21, 22};
+  ASSERT_EQ(objects.size(), 8u);
+  for (std::size_t i = 0; i < 8; ++i) {
+    const double dL = 116 * (std::cbrt(kReflectances[i / 2] / 100) - std::cbrt(0.2));
+    EXPECT_NEAR(objects[i]["elements"][6], dL, 0.002) << i;
+    EXPECT_EQ(objects[i]["verdict"], kVerdicts[i / 2]) << i;
+    EXPECT_EQ(objects[i]["words"][0], i / 2 == 0 ? " " : "Lighter");
+  }
+}
+
+TEST_F(Tool, PairsFollowTheIdsWhateverTheOrder) {
+  std::string standards = FlatHeader(), trials = FlatHeader(), reversed;
+  for (int i = 0; i < 300; ++i) {
+    const std::string id = std::string("P").append(std::to_string(i));
+    standards += Flat(id, std::to_string(10 + i % 70));
+    trials += Flat(id, std::to_string(10 + i % 70) + ".1");
+    reversed = Flat(id, std::to_string(10 + i % 70) + ".1") + reversed;
+  }
+  Write("standards.csv", standards);
+  Write("trials.csv", trials);
+  Write("reversed.csv", FlatHeader() + reversed);
+  auto inOrder = Lines(Run("judge standards.csv trials.csv --pairs --format csv").out);
+  auto backwards = Lines(Run("judge standards.csv reversed.csv --pairs --format csv").out);
+  ASSERT_EQ(inOrder.size(), 901u);
+  std::ranges::sort(inOrder);
+  std::ranges::sort(backwards);
+  EXPECT_EQ(inOrder, backwards);
+
+  Write("stranger.csv", FlatHeader() + Flat("P9", "19.1") + Flat("Q", "1"));
+  EXPECT_NE(Run("judge standards.csv stranger.csv --pairs").err.find("there is no standard \"Q\""),
+            std::string::npos);
+  EXPECT_NE(Run("judge - reversed.csv --pairs < standards.csv").err.find("in a pipe"), std::string::npos);
+  Write("twice.csv", standards + Flat("P9", "5"));
+  EXPECT_NE(Run("judge twice.csv stranger.csv --pairs").err.find("standard \"P9\" stands there twice"),
+            std::string::npos);
+}
+
+TEST_F(Tool, GeometriesMeetTheirOwn) {
+  Write("standard.csv",
+        FlatHeader("id,geometry") + Flat("S,SCI", "20") + Flat("S,SCE", "16") + Flat("T,SCI", "90"));
+  Write("trials.csv", FlatHeader("id,geometry") + Flat("S,13", "16") + Flat("S,SCI", "20"));
+  for (const char* options : {"", " --pairs", " --standard-id S"}) {
+    const json objects = RunJson(std::string("judge standard.csv trials.csv --illuminants D65") + options);
+    ASSERT_EQ(objects.size(), 2u);
+    EXPECT_EQ(objects[0]["geometry"], "SCE");
+    EXPECT_EQ(objects[1]["geometry"], "SCI");
+    for (const json& object : objects) EXPECT_EQ(object["elements"][6], 0.0) << options;
+  }
+  Write("other.csv", FlatHeader("id,geometry") + Flat("S,15deg", "16"));
+  EXPECT_EQ(Run("judge standard.csv other.csv").status, 2);
+}
+
+TEST_F(Tool, TolerancesOfAFile) {
+  Write("standard.csv", FlatHeader() + Flat("S", "20"));
+  Write("trial.csv", FlatHeader("id,geometry") + Flat("a,SCI", "21") + Flat("b,SCE", "21"));  // dL* = 1.05
+  // The standard goes before the geometry, the geometry before the illuminant.
+  Write("limits.csv",
+        "standard;geometry;illuminant;plus0;minus0;plus1;minus1;plus2;minus2;total\n"
+        ";;;0,5;9;9;9;9;9;9\n;;A;9;9;9;9;9;9;9\nS;;D65;9;9;9;9;9;9;1\n;SCE;;0;9;9;9;9;9;9\n");
+  const json objects =
+      RunJson("judge standard.csv trial.csv --system lab --tolerances limits.csv --warning 1");
+  const int kBoxes[] = {2, 2, 0, 2, 0, 0};  // a: D65, A, CWF; b
+  const int kTotals[] = {0, 2, 2, 0, 2, 2};
+  for (std::size_t i = 0; i < 6; ++i) {
+    EXPECT_EQ(objects[i]["box"], kBoxes[i]) << i;
+    EXPECT_EQ(objects[i]["total"], kTotals[i]) << i;
+  }
+}
+
+TEST_F(Tool, ColorsOfKnownColours) {
+  // The perfect white has the sums of the weights; L*a*b* of the white point is 100, 0, 0.
+  Write("white.csv", FlatHeader() + Flat("W", "100"));
+  const double* const table = vrx::WeightTable(vrx::vrxIllumD65, vrx::kObserver2);
+  double sums[3] = {};
+  for (int k = 0; k < 120; ++k) sums[k / 40] += table[k];
+  const json white = RunJson("color white.csv --illuminants D65 --observer 2")[0];
+  EXPECT_TRUE(RowMatches("white", std::vector<double>{white["X"], white["Y"], white["Z"]}, sums, 1e-9));
+  EXPECT_EQ(white["observer"], 2);
+
+  Write("xyz.csv", "id,X,Y,Z\nn,95.047,100,108.883\n");
+  const json point = RunJson("color xyz.csv --illuminants 2 --observer 2")[0];
+  const double kPoint[] = {100, 0, 0, 0};
+  EXPECT_TRUE(RowMatches("white point", std::vector<double>{point["L"], point["a"], point["b"], point["C"]},
+                         kPoint, 1e-9));
+
+  const auto header = Lines(Run("color xyz.csv --format csv").out).front();
+  EXPECT_EQ(header, "id,illuminant,observer,X,Y,Z,x,y,L,a,b,C,h,Lu,u,v,Cuv,huv,LH,aH,bH");
+  Write("lab.csv", "L;a;b\n50,5;20;-30,25\n");
+  const json back = RunJson("color lab.csv --illuminants CWF")[0];
+  const double kLab[] = {50.5, 20, -30.25};
+  EXPECT_TRUE(RowMatches("L*a*b* as given", std::vector<double>{back["L"], back["a"], back["b"]}, kLab, 0.0));
+  EXPECT_EQ(RunJson("color white.csv").size(), 3u);
+}
+
+TEST_F(Tool, DifferencesInEverySystem) {
+  // Pair 1 of Sharma, Wu and Dalal: dE00 = 2.0425.
+  Write("lab.csv", "id,L1,a1,b1,L2,a2,b2\np,50,2.6772,-79.7751,50,0,-82.7485\n");
+  const json sharma = RunJson("delta lab.csv --system cie2000")[0];
+  EXPECT_NEAR(sharma["elements"][6], 2.0425, 5e-5);
+  EXPECT_EQ(sharma["columns"]["\xCE\x94"
+                              "E00"],
+            sharma["elements"][6]);
+  EXPECT_EQ(sharma["system"], "cie2000");
+
+  // DIN99 of two greys: dL99 = 105.51 ln((1 + 0.0158 L2) / (1 + 0.0158 L1)).
+  Write("grey.csv", "L1,a1,b1,L2,a2,b2\n50,0,0,60,0,0\n");
+  EXPECT_NEAR(RunJson("delta grey.csv --system din99")[0]["elements"][6], 105.51 * std::log(1.948 / 1.79),
+              1e-9);
+
+  // The same colours as tristimulus values give the same difference, in every system.
+  Write("colors.csv", "L,a,b\n50,20,-30\n52,18,-33\n");
+  Write("pair.csv", "L1,a1,b1,L2,a2,b2,angle\n50,20,-30,52,18,-33,25\n");
+  const json colors = RunJson("color colors.csv --illuminants D65");
+  std::string xyz = "X1,Y1,Z1,X2,Y2,Z2,angle\n";
+  for (const json& color : colors) {
+    for (const char* component : {"X", "Y", "Z"}) xyz += color[component].dump() + ",";
+  }
+  Write("xyz.csv", xyz + "25\n");
+  for (int system = 0; system < 13; ++system) {
+    const std::string options = std::string(" --system ").append(std::to_string(system));
+    const auto number = [](const json& element) { return element.is_null() ? -1.0 : element.get<double>(); };
+    std::vector<double> fromLab, fromXyz;
+    for (const json& element : RunJson("delta pair.csv" + options)[0]["elements"])
+      fromLab.push_back(number(element));
+    for (const json& element : RunJson("delta xyz.csv" + options)[0]["elements"])
+      fromXyz.push_back(number(element));
+    EXPECT_TRUE(RowMatches(options, fromXyz, fromLab, 1e-9));
+    EXPECT_GT(fromLab[6], 0.1) << system;
+  }
+}
+
+TEST_F(Tool, HelpTablesAndVersion) {
+  for (const char* command : {"", "judge ", "color ", "delta ", "tables "}) {
+    const Result help = Run(std::string(command) + "--help");
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(*command == '\0' || help.out.find("Examples:") != std::string::npos) << command;
+  }
+  EXPECT_TRUE(Run("--version").out.starts_with("vrx "));
+  const json list = RunJson("tables");
+  EXPECT_EQ(list.size(), 26u);
+  EXPECT_EQ(list[0]["code"], "A");
+  EXPECT_EQ(list[25]["code"], "U50");
+  const json table = RunJson("tables d65 2");
+  EXPECT_EQ(table.size(), 41u);
+  EXPECT_EQ(table[19]["Y"], 9.752);
+  EXPECT_EQ(table[40]["X"], 95.047);
+}
+
+TEST_F(Tool, ResultsThatCannotBeWrittenAreAnError) {
+  Write("good.csv", FlatHeader() + Flat("A", "50"));
+  for (const char* command : {"tables", "judge good.csv good.csv", "--help"}) {
+    EXPECT_EQ(Run(std::string(command) + " > /dev/full").status, 2) << command;
+  }
+  std::string many = FlatHeader();
+  for (int i = 0; i < 20'000; ++i) many += Flat("T", "50");
+  Write("many.csv", many);
+  EXPECT_NE(Run("judge good.csv many.csv | head -1").err.find("cannot write"), std::string::npos);
+  // What had left before the fault is marked, in whatever format.
+  Write("broken.csv", many + "T,1\n");
+  for (const char* format : {"table", "csv", "json"}) {
+    const Result result = Run(std::string("judge good.csv broken.csv --format ") + format);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_FALSE(result.out.empty());
+    EXPECT_TRUE(result.out.ends_with("\n# incomplete: the reason is on standard error\n")) << format;
+  }
+}
+
+TEST_F(Tool, RemarksGoToStandardError) {
+  Write("good.csv", FlatHeader() + Flat("A", "50"));
+  Write("fractions.csv", FlatHeader() + Flat("A", "0.5"));
+  EXPECT_EQ(Run("judge good.csv good.csv").err, "");
+  EXPECT_NE(Run("judge good.csv good.csv --verbose").err.find("400 to 700 nm at 10 nm: completed"),
+            std::string::npos);
+  EXPECT_NE(Run("color fractions.csv").err.find("--fraction"), std::string::npos);
+  EXPECT_EQ(Run("color fractions.csv --fraction --format csv").out,
+            Run("color - --format csv < good.csv").out);
+  EXPECT_EQ(Run("judge good.csv good.csv").out.find('\x1b'), std::string::npos)
+      << "colour only on a terminal";
+}
+
+}  // namespace

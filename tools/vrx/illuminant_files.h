@@ -1,0 +1,30 @@
+// User illuminants from files: `--illuminant-file`, for every command that takes illuminants.
+
+#ifndef TOOLS_VRX_ILLUMINANT_FILES_H_
+#define TOOLS_VRX_ILLUMINANT_FILES_H_
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+namespace vrx::tool {
+
+struct IlluminantFileOptions {
+  std::vector<std::string> files;
+  bool straight = false;
+
+  /// Registers every illuminant of the files, so that it can be named by its code or number. May be called
+  /// again. Throws InputError for a file that is not one or an illuminant that the library refuses.
+  void Register() const;
+};
+
+/// Adds `--illuminant-file` and `--illuminant-linear`.
+///
+/// A file has a column of wavelengths, headed `nm`, 1, 5 or 10 nm apart, and a column of relative spectral
+/// power for each illuminant, headed by its code, code|description, or number:code|description. Illuminants
+/// without a number get the next one from 1000 on.
+void AddIlluminantFileOptions(CLI::App& command, IlluminantFileOptions& options);
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_ILLUMINANT_FILES_H_

@@ -1,0 +1,135 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+
+#include <vrxmath/colorimetry/user_illuminants.h>
+#include <vrxmath/foundation/string_numbers.h>
+
+namespace vrx {
+namespace {
+
+// What a spectrum has to cover, and where it has to have power, in nm.
+constexpr int32_t kVisibleFirst = 400;
+constexpr int32_t kVisibleLast = 700;
+constexpr int64_t kLongestWavelength = 10000;
+
+struct Entry {
+  bool registered = false;
+  CString text;
+  std::array<WeightingTable, 2> tables;  // by observer
+};
+
+// Entries stay where they are once they are made: colour functions hold addresses of tables.
+std::unique_ptr<Entry> entries[kUserIlluminants];
+
+bool IsUserNumber(int32_t number) {
+  return number >= kFirstUserIlluminant && number - kFirstUserIlluminant < kUserIlluminants;
+}
+
+std::unique_ptr<Entry>& EntryOf(int32_t number) {
+  return entries[number - kFirstUserIlluminant];
+}
+
+const Entry* FindEntry(int32_t number) {
+  const Entry* entry = IsUserNumber(number) ? EntryOf(number).get() : nullptr;
+  return entry != nullptr && entry->registered ? entry : nullptr;
+}
+
+// A code by which the illuminant can be asked for: not a number, and nobody else's.
+bool IsUsableCode(WideView code, vrxUserIllum number) {
+  const auto isDigit = [](WideChar c) { return c >= u'0' && c <= u'9'; };
+  if (std::all_of(code.begin(), code.end(), isDigit)) return false;  // the empty code too
+  vrxIlluminant owner;
+  return !FindIlluminant(code, owner) || owner == IlluminantOf(number);
+}
+
+IlluminantError CheckGrid(std::size_t count, int32_t first, int32_t step) {
+  if (step != 1 && step != 5 && step != 10) return IlluminantError::kStep;
+  if (count < static_cast<std::size_t>((kVisibleLast - kVisibleFirst) / step + 1)) {
+    return IlluminantError::kTooShort;
+  }
+  if (first < 1 || first > kVisibleFirst || count > static_cast<std::size_t>(kLongestWavelength)) {
+    return IlluminantError::kRange;
+  }
+  const int64_t last = first + step * (static_cast<int64_t>(count) - 1);
+  return last < kVisibleLast || last > kLongestWavelength ? IlluminantError::kRange : IlluminantError::kNone;
+}
+
+IlluminantError CheckPower(std::span<const double> power, int32_t first, int32_t step) {
+  double visible = 0.0;
+  int32_t wavelength = first;
+  for (const double value : power) {
+    if (!std::isfinite(value)) return IlluminantError::kNumeric;
+    if (value < 0.0) return IlluminantError::kNegative;
+    if (wavelength >= kVisibleFirst && wavelength <= kVisibleLast) visible += value;
+    wavelength += step;
+  }
+  return visible > 0.0 ? IlluminantError::kNone : IlluminantError::kNoPower;
+}
+
+bool IsFinite(const WeightingTable& table) {
+  return std::all_of(table.begin(), table.end(), [](double value) { return std::isfinite(value); });
+}
+
+IlluminantError Check(vrxUserIllum number, WideView name, std::span<const double> power, int32_t first,
+                      int32_t step) {
+  if (!IsUserNumber(number)) return IlluminantError::kNumber;
+  if (!IsUsableCode(name.substr(0, name.find(u'|')), number)) return IlluminantError::kName;
+  const IlluminantError error = CheckGrid(power.size(), first, step);
+  return error == IlluminantError::kNone ? CheckPower(power, first, step) : error;
+}
+
+}  // namespace
+
+CString IlluminantErrorText(IlluminantError error) {
+  if (error == IlluminantError::kNone) return {};
+  return CString::Load(kStringIlluminantError + static_cast<uint32_t>(error) - 1);
+}
+
+IlluminantError RegisterUserIlluminant(vrxUserIllum number, WideView name, std::span<const double> power,
+                                       int32_t firstWavelength, int32_t step,
+                                       SpectralInterpolation interpolation) {
+  const IlluminantError error = Check(number, name, power, firstWavelength, step);
+  if (error != IlluminantError::kNone) return error;
+  const SpectralPower resampled = ResampleSpectrum(power, firstWavelength, step, interpolation);
+  const std::array<WeightingTable, 2> tables{ComputeWeightingTable(resampled, kObserver2),
+                                             ComputeWeightingTable(resampled, kObserver10)};
+  if (!std::all_of(tables.begin(), tables.end(), IsFinite)) return IlluminantError::kNumeric;
+  CString text(name);
+  if (name.find(u'|') == WideView::npos) (text += u'|') += name;
+  std::unique_ptr<Entry>& entry = EntryOf(number);
+  if (entry == nullptr) entry = std::make_unique<Entry>();
+  entry->text = std::move(text);
+  entry->tables = tables;
+  entry->registered = true;
+  return IlluminantError::kNone;
+}
+
+void RemoveUserIlluminant(vrxUserIllum number) {
+  if (FindEntry(number) != nullptr) EntryOf(number)->registered = false;
+}
+
+CUserIllumArray RegisteredUserIlluminants() {
+  CUserIllumArray numbers;
+  for (int32_t i = 0; i < kUserIlluminants; ++i) {
+    const int32_t number = kFirstUserIlluminant + i;
+    if (FindEntry(number) != nullptr) numbers.Add(static_cast<vrxUserIllum>(number));
+  }
+  return numbers;
+}
+
+namespace colorimetry_internal {
+
+const double* UserWeightTable(int32_t illuminant, int32_t observer) {
+  const Entry* entry = FindEntry(illuminant);
+  return entry != nullptr ? entry->tables[observer == kObserver10 ? 1 : 0].data() : nullptr;
+}
+
+WideView UserIlluminantText(int32_t illuminant) {
+  const Entry* entry = FindEntry(illuminant);
+  return entry != nullptr ? entry->text.View() : WideView();
+}
+
+}  // namespace colorimetry_internal
+}  // namespace vrx

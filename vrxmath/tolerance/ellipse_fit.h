@@ -1,0 +1,44 @@
+// Setting a tolerance from experience: the ellipsoid that belongs to the differences that people accepted.
+
+#ifndef VRXMATH_TOLERANCE_ELLIPSE_FIT_H_
+#define VRXMATH_TOLERANCE_ELLIPSE_FIT_H_
+
+#include <cstdint>
+#include <span>
+
+#include <vrxmath/export.h>
+#include <vrxmath/tolerance/ellipse_tolerance.h>
+
+namespace vrx {
+
+/// A difference from the standard in L*a*b*.
+struct LabDifference {
+  double dL = 0.0;
+  double da = 0.0;
+  double db = 0.0;
+};
+
+/// Where the centre of a fitted ellipsoid lies: where it fits best, or at the standard.
+enum class EllipseCentre { kFree, kAtStandard };
+
+/// The smallest ellipsoid that holds all differences: what was accepted stays accepted. For a set of accepted
+/// differences without outliers.
+/// Out: centre, semi-axes and angle of `ellipse`, the longer of the a*-b* semi-axes as the major one, its angle in
+///   [0, 180); total limit and factor stay. 1, or 0 with `ellipse` unchanged when the differences do not span space
+///   (fewer than four, or flat) or are not finite.
+/// Method: weights on the differences, multiplied by their distances until none lies further out than the
+///   ellipsoid's surface by more than 1e-4 (the dual of the smallest-volume problem; D. M. Titterington,
+///   Biometrika 62, 1975, 313-320), then grown to hold every difference. The volume is within 0.02 % of the
+///   smallest.
+VRX_API uint32_t FitSmallestEllipse(std::span<const LabDifference> accepted, EllipseCentre centre,
+                                    CEllipseData& ellipse);
+
+/// The ellipsoid whose surface comes nearest to the differences, by least squares of the quadratic form. For
+/// differences at the limit of acceptance, on either side of it.
+/// Out: as FitSmallestEllipse; 0 also when the quadric that fits best is no ellipsoid.
+VRX_API uint32_t FitEllipseSurface(std::span<const LabDifference> limits, EllipseCentre centre,
+                                   CEllipseData& ellipse);
+
+}  // namespace vrx
+
+#endif  // VRXMATH_TOLERANCE_ELLIPSE_FIT_H_

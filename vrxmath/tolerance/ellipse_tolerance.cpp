@@ -1,0 +1,146 @@
+#include <algorithm>
+#include <cmath>
+
+#include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/numeric/elementary.h>
+#include <vrxmath/tolerance/ellipse_tolerance.h>
+
+namespace vrx {
+namespace {
+
+/// The directions of the semi-axes in (dL*, da*, db*), as the columns of a rotation.
+CMatrix AxisDirections(double angleDegrees) {
+  const double c = Cos(angleDegrees * kRadiansPerDegree), s = Sin(angleDegrees * kRadiansPerDegree);
+  CMatrix directions(3, 3);
+  directions[0][0] = 1.0;
+  directions[1][1] = c;
+  directions[1][2] = -s;
+  directions[2][1] = s;
+  directions[2][2] = c;
+  return directions;
+}
+
+double InAxes(double component, double semiAxis) {
+  return component == 0.0 ? 0.0 : component / semiAxis;
+}
+
+DifferenceWeights ParametricWeights(const CLabValues& standard, const CDifferenceSettings& settings) {
+  const auto& [p0, p1, p2, factor] = settings.parameters;
+  if (settings.system == vrxSystemCmc) {
+    const DifferenceWeights S = CmcWeights(standard);
+    return {p0 * S.SL, p1 * S.SC, S.SH};
+  }
+  CLabValues primed1, primed2;
+  const DifferenceWeights S = settings.system == vrxSystemCie94
+                                  ? Cie94Weights(standard)
+                                  : Cie2000Weights(standard, standard, primed1, primed2).weights;
+  return {p0 * S.SL, p1 * S.SC, p2 * S.SH};
+}
+
+/// The factor of a system: CMC carries it third, after l and c, the others fourth.
+double FactorOf(const CDifferenceSettings& settings) {
+  return settings.parameters[settings.system == vrxSystemCmc ? 2 : 3];
+}
+
+}  // namespace
+
+CEllipseData::CEllipseData() {
+  SetSize(kValues);
+  for (const int32_t i : {kLightnessAxis, kMajorAxis, kMinorAxis, kTotalLimit}) (*this)[i] = 1.5;
+  (*this)[kCommercialFactor] = 1.0;
+}
+
+double CEllipseData::Value(const CDeltaValues& delta) const {
+  const CEllipseData& e = *this;
+  const double c = Cos(e[kAngle] * kRadiansPerDegree), s = Sin(e[kAngle] * kRadiansPerDegree);
+  const double L = delta[0] - e[kCentreL], a = delta[1] - e[kCentreA], b = delta[2] - e[kCentreB];
+  const double p = InAxes(L, e[kLightnessAxis]);
+  const double q = InAxes(a * c + b * s, e[kMajorAxis]);
+  const double r = InAxes(b * c - a * s, e[kMinorAxis]);
+  return std::sqrt(p * p + q * q + r * r);
+}
+
+Verdict CEllipseData::Judge(const CDeltaValues& delta, double warningFactor) const {
+  const double value = Value(delta);
+  if (!(value <= 1.0)) return kFail;
+  return NearlyEqual(warningFactor, 1.0) || value <= warningFactor ? kPass : kWarning;
+}
+
+CMatrix CEllipseData::Form() const {
+  const CMatrix directions = AxisDirections((*this)[kAngle]);
+  CMatrix transposed = directions, scaled(3, 3), form(3, 3);
+  transposed.Transpose(3);
+  for (int32_t i = 0; i < 3; ++i) {
+    const double axis = (*this)[kLightnessAxis + i];
+    for (int32_t j = 0; j < 3; ++j) scaled[i][j] = transposed[i][j] / (axis * axis);
+  }
+  form.Multiply(directions, scaled);
+  return form;
+}
+
+uint32_t CEllipseData::InverseForm(CMatrix& inverse) const {
+  inverse = Form();
+  CMatrix none(3, 0);
+  return inverse.GaussJordan(none);
+}
+
+std::vector<PlanePoint> CEllipseData::Section(EllipsePlane plane, int32_t points) const {
+  points = std::clamp(points, 3, 100000);
+  const CMatrix form = Form();
+  const int32_t horizontal = plane == EllipsePlane::kBL ? 2 : 1;
+  const bool inPlaneOfHue = plane == EllipsePlane::kAB;
+  const double turn = inPlaneOfHue ? (*this)[kAngle] * kRadiansPerDegree : 0.0;
+  const double width = inPlaneOfHue ? (*this)[kMajorAxis] : 1.0 / std::sqrt(form[horizontal][horizontal]);
+  const double height = inPlaneOfHue ? (*this)[kMinorAxis] : (*this)[kLightnessAxis];
+  const double centreX = (*this)[horizontal], centreY = (*this)[inPlaneOfHue ? kCentreB : kCentreL];
+  const double c = Cos(turn), s = Sin(turn);
+  std::vector<PlanePoint> line;
+  line.reserve(static_cast<std::size_t>(points) + 1);
+  for (int32_t k = 0; k < points; ++k) {
+    const double t = kTwoPi * k / points;
+    const double u = width * Cos(t), v = height * Sin(t);
+    line.push_back({centreX + u * c - v * s, centreY + u * s + v * c});
+  }
+  line.push_back(line.front());
+  return line;
+}
+
+void CEllipseData::ApplySettings(const CDifferenceSettings& settings) {
+  const double factor = FactorOf(settings);
+  if (!IsEllipseSystem(settings.system) || !(factor > 0.0)) return;
+  const double growth = factor / (*this)[kCommercialFactor];
+  for (const int32_t i : {kLightnessAxis, kMajorAxis, kMinorAxis}) (*this)[i] *= growth;
+  (*this)[kTotalLimit] = factor;
+  (*this)[kCommercialFactor] = factor;
+}
+
+void CEllipseData::SerializeValues(CArchive& archive) {
+  for (int32_t i = 0; i < kValues; ++i) {
+    if (archive.IsStoring()) {
+      archive << (*this)[i];
+    } else {
+      archive >> (*this)[i];
+    }
+  }
+}
+
+bool IsEllipseSystem(int32_t system) {
+  return system == vrxSystemCmc || system == vrxSystemCie94 || system == vrxSystemCie2000;
+}
+
+CEllipseData EllipseForStandard(const CLabValues& standard, const CDifferenceSettings& settings) {
+  CEllipseData ellipse;
+  if (!IsEllipseSystem(settings.system) || IsUnset(standard)) return ellipse;
+  const DifferenceWeights S = ParametricWeights(standard, settings);
+  const double factor = FactorOf(settings);
+  ellipse[CEllipseData::kLightnessAxis] = S.SL * factor;
+  ellipse[CEllipseData::kMajorAxis] = S.SC * factor;
+  ellipse[CEllipseData::kMinorAxis] = S.SH * factor;
+  ellipse[CEllipseData::kAngle] = HueDegreesOf(standard);
+  ellipse[CEllipseData::kTotalLimit] = factor;
+  ellipse[CEllipseData::kCommercialFactor] = factor;
+  return ellipse;
+}
+
+}  // namespace vrx
