@@ -9,7 +9,7 @@ namespace vrx {
 namespace {
 
 // What `vrx ARGUMENTS` prints, and its exit status.
-std::string Run(const std::string& directory, const std::string& arguments) {
+std::string RunTool(const std::string& directory, const std::string& arguments) {
   const std::string command =
       "cd " + directory + " && XDG_CONFIG_HOME=" + directory + " " VRX_TOOL " " + arguments + " 2>&1";
   std::FILE* pipe = ::popen(command.c_str(), "r");
@@ -40,10 +40,10 @@ TEST(SupportCommands, KeepAndShowWhatTheyAreGiven) {
            "VrxDebug.txt\nexit 0"},
       {"log --directory missing", "vrx: missing is not a directory\nexit 2"},
   };
-  for (const auto& [arguments, output] : rows) EXPECT_EQ(Run(place, arguments), output) << arguments;
+  for (const auto& [arguments, output] : rows) EXPECT_EQ(RunTool(place, arguments), output) << arguments;
   std::filesystem::remove_all(directory / "ostrel");
   WriteAll(directory / "ostrel", "");
-  EXPECT_EQ(Run(place, "settings set S Name 1"),
+  EXPECT_EQ(RunTool(place, "settings set S Name 1"),
             "vrx: the settings of section \"S\" cannot be read and written\nexit 2");
 }
 
