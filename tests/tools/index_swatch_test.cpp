@@ -101,7 +101,7 @@ TEST_F(IndexAndSwatch, BadRequestsAreRefused) {
        "negative.csv: illuminant \"E\": The spectral power must not be"},
       {"tables --illuminant-file hole.csv", "hole.csv, line 83: the wavelengths are not evenly spaced"},
       {"tables --illuminant-file half.csv", "whole number of nm"},
-      {"tables --illuminant-file text.csv", "text.csv, line 2, column E"},
+      {"tables --illuminant-file text.csv", "text.csv, line 2, column 2 (E)"},
       {"tables --illuminant-file head.csv", "the header must be nm"},
       {"tables --illuminant-file d65.csv", "that of another illuminant"},
       {"tables --illuminant-file number.csv", "1000 to 1255"},

@@ -29,7 +29,7 @@ struct SwatchOptions {
   bool pairs = false;
   ViewingOptions viewing;
   SystemOptions system;
-  std::vector<double> tolerance{1.5};
+  std::string tolerance = "1.5";
   double warning = 0.75;
   CurveInputOptions input;
 };
@@ -52,10 +52,16 @@ bool ToDisplay(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xy
   return XyzToDisplayRgb(illuminant, observer, xyz, colour.red, colour.green, colour.blue);
 }
 
+// The standard's name, then the trial's where it is another one.
+std::string CardTitle(const Judge& judge, const CurveRow& trial) {
+  std::string title = judge.StandardId();
+  if (trial.id != title) title.append(" | ").append(trial.id);
+  if (!trial.name.empty() && trial.name != trial.id) title.append(" ").append(trial.name);
+  return title;
+}
+
 Card MakeCard(const JudgeSettings& settings, const Judge& judge, const CurveRow& trial) {
-  Card card{judge.StandardId() == trial.id ? judge.StandardId()
-                                           : judge.StandardId() + " | " + std::string(trial.id),
-            {}};
+  Card card{CardTitle(judge, trial), {}};
   for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
     const vrxIlluminant illuminant = settings.illuminants[i];
     Pair pair;
@@ -180,7 +186,7 @@ JudgeSettings SettingsOf(const SwatchOptions& options) {
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
   settings.warningFactor = options.warning;
-  settings.tolerances.SetDefault(BoxFromNumbers(options.tolerance));
+  settings.tolerances.SetDefault(BoxFromNumbers(ParseNumbers(options.tolerance, "--tolerance")));
   return settings;
 }
 
@@ -234,8 +240,6 @@ void AddSwatch(CLI::App& app, int& status) {
   AddViewingOptions(*command, options->viewing, "D65,A,CWF");
   AddSystemOptions(*command, options->system, "cmc");
   command->add_option("--tolerance", options->tolerance, "One limit for everything, or seven, as for judge")
-      ->delimiter(',')
-      ->expected(1)
       ->option_text("LIMITS [1.5]");
   command->add_option("--warning", options->warning, "Fraction of a limit above which there is a warning")
       ->option_text("FACTOR [0.75]");
