@@ -134,7 +134,6 @@ class TableJudgeOutput final : public JudgeOutput {
  public:
   TableJudgeOutput(OutputStream& output, const JudgeSettings& settings, bool withName, bool withGeometry)
       : output_(output),
-        settings_(settings),
         texts_(settings),
         columns_(DifferenceColumnsOf(settings.difference.system)),
         withName_(withName),
@@ -216,7 +215,6 @@ class TableJudgeOutput final : public JudgeOutput {
   }
 
   OutputStream& output_;
-  const JudgeSettings& settings_;
   Texts texts_;
   std::vector<DifferenceColumn> columns_;
   bool withName_;

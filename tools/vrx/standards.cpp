@@ -137,11 +137,13 @@ class StandardOfSameId final : public Standards {
   // Makes the row of an id and geometry the current one; false when there is none.
   bool Find(std::string_view id, int32_t geometry) {
     const Entry* match = nullptr;
-    for (const Entry& entry : std::ranges::equal_range(index_, Hash(id, geometry), {}, &Entry::hash)) {
-      Load(entry);
+    const std::size_t hash = Hash(id, geometry);
+    auto at = std::ranges::lower_bound(index_, hash, {}, &Entry::hash);
+    for (; at != index_.end() && at->hash == hash; ++at) {
+      Load(*at);
       if (!Holds(id, geometry)) continue;
       if (match != nullptr) reader_.Csv().FailRow("standard \"" + std::string(id) + "\" stands there twice");
-      match = &entry;
+      match = &*at;
     }
     if (match != nullptr && !Holds(id, geometry)) Load(*match);
     return match != nullptr;

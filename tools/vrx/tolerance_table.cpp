@@ -28,7 +28,6 @@ std::string_view Objection(const CBoxTolData& box) {
 
 // Where in the header each of the three keys and seven limits stands.
 struct Layout {
-  static constexpr std::size_t kMissing = static_cast<std::size_t>(-1);
   std::vector<std::size_t> keyOf, limitOf;  // by column: index of the key or limit that it holds
 
   explicit Layout(const CsvReader& csv) {
