@@ -16,7 +16,8 @@ struct KindName {
 constexpr uint32_t kResinName = 2;
 constexpr uint32_t kUnknownName = 6;
 constexpr KindName kKindNames[] = {
-    {kKindColorant, 0}, {kKindResin, 1}, {kKindAdditive, 3}, {kKindCalibrationWhite, 4}, {kKindCalibrationBlack, 5},
+    {kKindColorant, 0},         {kKindResin, 1}, {kKindAdditive, 3}, {kKindCalibrationWhite, 4},
+    {kKindCalibrationBlack, 5},
 };
 
 uint32_t KindNameOffset(int32_t kind, int32_t opticalModel) {

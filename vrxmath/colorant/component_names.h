@@ -12,15 +12,15 @@ namespace vrx {
 
 /// How the colorants of a system mix. The numbers are persistent.
 enum OpticalModel : int32_t {
-  kModelCoatings = 0,        ///< two-constant Kubelka-Munk
-  kModelPlastics = 1,        ///< two-constant
-  kModelTransparents = 2,    ///< one-constant
-  kModelTextiles = 3,        ///< one-constant
-  kModelFilter = 4,          ///< Beer's law
-  kModelTradeSales = 5,      ///< two-constant
-  kModelMetallics = 6,       ///< radiative transfer
-  kModelMultiFlux = 7,       ///< radiative transfer
-  kModelContinuousDye = 8,   ///< one-constant
+  kModelCoatings = 0,       ///< two-constant Kubelka-Munk
+  kModelPlastics = 1,       ///< two-constant
+  kModelTransparents = 2,   ///< one-constant
+  kModelTextiles = 3,       ///< one-constant
+  kModelFilter = 4,         ///< Beer's law
+  kModelTradeSales = 5,     ///< two-constant
+  kModelMetallics = 6,      ///< radiative transfer
+  kModelMultiFlux = 7,      ///< radiative transfer
+  kModelContinuousDye = 8,  ///< one-constant
 };
 
 /// The name of a component kind; that of kind 1 is "Base" under the models of coatings and trade sales and

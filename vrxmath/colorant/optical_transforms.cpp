@@ -6,9 +6,9 @@
 namespace vrx {
 namespace {
 
-constexpr double kDarkest = 0.01;          // percent: below it a reflectance carries no information
-constexpr double kLargestKs = 9999.0;      // of such a reflectance
-constexpr double kLargestDensity = 4.3;    // of such a reflectance
+constexpr double kDarkest = 0.01;        // percent: below it a reflectance carries no information
+constexpr double kLargestKs = 9999.0;    // of such a reflectance
+constexpr double kLargestDensity = 4.3;  // of such a reflectance
 constexpr double kLeastDenominator = 1e-5;
 constexpr double kLeastInternal = 0.0001;  // fractions
 constexpr double kLargestInternal = 2000.0;

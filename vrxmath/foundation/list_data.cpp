@@ -63,8 +63,7 @@ void CListDataArray::SortById(bool descending) {
 }
 
 void CListDataArray::SortLike(const CListDataArray& reference) {
-  StableSortByKey(begin(), end(),
-                  [&](const CListData& entry) { return reference.IndexOfText(entry.text); });
+  StableSortByKey(begin(), end(), [&](const CListData& entry) { return reference.IndexOfText(entry.text); });
 }
 
 void CListDataArray::SortIds(CDWordArray1& ids) const {
