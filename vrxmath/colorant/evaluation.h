@@ -79,9 +79,9 @@ class VRX_API CVarexCalc {
   /// CInvalidArgException for a negative count.
   void ResizeTolerances(int32_t count);
 
-  /// Gives standard `index` the ellipsoids of the method about the colours of the standard that is set, for every
-  /// geometry and illuminant. False, with nothing changed, when the method is none of the ellipse-based ones
-  /// (CMC, CIE94, CIE2000). Throws CInvalidArgException for a negative index.
+  /// Gives standard `index` the ellipsoids of the method about the colours of the standard that is set, for
+  /// every geometry and illuminant. False, with nothing changed, when the method is none of the ellipse-based
+  /// ones (CMC, CIE94, CIE2000). Throws CInvalidArgException for a negative index.
   bool BuildEllipses(int32_t index = 0);
 
   /// Takes the standard's curves, or the trial's, and computes their values under every illuminant.
@@ -114,8 +114,8 @@ class VRX_API CVarexCalc {
   /// the circle of the standard's chroma, and the trial's hue has to lie in that sector of the standard's
   /// hue.
   Verdict JudgeBox(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const;
-  /// Judges a difference in L*a*b* by the ellipsoid of the same entry: fail outside it, warning outside it scaled
-  /// by `warningFactor`, else pass.
+  /// Judges a difference in L*a*b* by the ellipsoid of the same entry: fail outside it, warning outside it
+  /// scaled by `warningFactor`, else pass.
   Verdict JudgeEllipse(int32_t index, int32_t g, int32_t i, const CDeltaValues& labDifference) const;
   /// Grades a total difference (element 6) against the limit of the same entry, the ellipsoid's under
   /// `judgeByEllipse`, the box's otherwise.
