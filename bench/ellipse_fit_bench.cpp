@@ -1,5 +1,6 @@
-// Fitting tolerance ellipsoids to a thousand differences, the size of a year of judgements on one shade. The fit has
-// to hold every difference, in no more volume than the ellipsoid that they were drawn from, before it is timed.
+// Fitting tolerance ellipsoids to a thousand differences, the size of a year of judgements on one shade. The
+// fit has to hold every difference, in no more volume than the ellipsoid that they were drawn from, before it
+// is timed.
 
 #include <benchmark/benchmark.h>
 #include <cmath>

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <string>
@@ -236,6 +237,48 @@ TEST(Evaluation, ResizingKeepsAndSizesTolerances) {
   EXPECT_EQ(calc.boxTolerances[0][0][0][6], 9.0);
   EXPECT_EQ(calc.boxTolerances[2].GetSize(), 3);
   EXPECT_THROW(calc.ResizeTolerances(-1), CInvalidArgException);
+}
+
+TEST(Evaluation, EllipsoidsDecideWhereTheyAreAskedTo) {
+  CVarexCalc calc;
+  calc.Normalize();
+  EXPECT_FALSE(calc.BuildEllipses());  // dE*ab has no ellipsoid
+  calc.method = vrxSystemCmc;
+  calc.methodSettings.parameters = {2.0, 1.0, 0.7, 1.0};
+  calc.SetStandard(Curves({30.0, 40.0}));
+  ASSERT_TRUE(calc.BuildEllipses());
+  ASSERT_EQ(calc.ellipseTolerances[0].GetSize(), 2);
+  EXPECT_EQ(calc.ellipseTolerances[0][1][2],
+            EllipseForStandard(calc.valuesB[1][2].lab, {vrxSystemCmc, {2.0, 1.0, 0.7, 1.0}}));
+
+  int seen[3] = {};
+  for (const double shift : {0.1, 0.5, 0.8, 0.9, 1.0, 1.1, 1.3, 2.0, 4.0}) {
+    CEvaluationArray byBox, byEllipse;
+    calc.judgeByEllipse = false;
+    calc.Evaluate(Curves({30.0 + shift, 40.0 + shift}), byBox);
+    calc.judgeByEllipse = true;
+    calc.Evaluate(Curves({30.0 + shift, 40.0 + shift}), byEllipse);
+    for (int32_t k = 0; k < byEllipse.GetSize(); ++k) {
+      const CEvaluation& result = byEllipse[k];
+      // A shift in lightness hardly turns the hue: the ellipsoid and the total of CMC agree.
+      const double total = calc.differences[result.geometry][result.illuminant][6] / 0.7;
+      const Verdict expected = total > 1.0 ? kFail : total > 0.75 ? kWarning : kPass;
+      EXPECT_EQ(result.ellipse, expected) << shift << ' ' << total;
+      EXPECT_EQ(result.overall, std::min(result.ellipse, result.total));
+      EXPECT_EQ(byBox[k].overall, std::min(byBox[k].box, byBox[k].total));
+      ++seen[result.overall];
+    }
+  }
+  for (const int count : seen) EXPECT_GT(count, 0);
+
+  // New entries take the factor of the method; the old ones stay as they were set.
+  calc.angles.SetCodes(2);
+  calc.ResizeTolerances(2);
+  EXPECT_EQ(calc.ellipseTolerances[1][1][0][CEllipseData::kCommercialFactor], 0.7);
+  EXPECT_DOUBLE_EQ(calc.ellipseTolerances[1][1][0][CEllipseData::kMajorAxis], 1.5 * 0.7);
+  calc.method = vrxSystemLab;
+  calc.ResizeTolerances(3);
+  EXPECT_EQ(calc.ellipseTolerances[2][1][0], CEllipseData());
 }
 
 }  // namespace

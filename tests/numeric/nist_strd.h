@@ -1,6 +1,6 @@
 // Data and certified values of the linear regression sets of the NIST Statistical Reference Datasets
-// (https://www.itl.nist.gov/div898/strd/lls/lls.shtml, public domain). Solving the normal equations of these data
-// in rational arithmetic gives the certified digits again.
+// (https://www.itl.nist.gov/div898/strd/lls/lls.shtml, public domain). Solving the normal equations of these
+// data in rational arithmetic gives the certified digits again.
 
 #ifndef VRXMATH_TESTS_NUMERIC_NIST_STRD_H_
 #define VRXMATH_TESTS_NUMERIC_NIST_STRD_H_

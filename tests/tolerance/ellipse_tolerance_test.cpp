@@ -91,8 +91,8 @@ TEST(Ellipse, FormInverseAndSectionsAgree) {
   EXPECT_EQ(Ellipse({0, 0, 0, 1e12, 1, 1, 0, 1, 1}).InverseForm(none), 0u);
 }
 
-// The ellipsoid is straight where dC* and dH* are curved: a difference dH across lies C - sqrt(C^2 - dH^2) nearer to
-// the hue circle. Verdicts may differ where the total is nearer to its limit than that is worth.
+// The ellipsoid is straight where dC* and dH* are curved: a difference dH across lies C - sqrt(C^2 - dH^2)
+// nearer to the hue circle. Verdicts may differ where the total is nearer to its limit than that is worth.
 TEST(Ellipse, JudgesAsTheSystemDoes) {
   const double standards[][3] = {{50, 0, 0},   {62, 40, 25},  {12, -8, 3},
                                  {35, 6, -45}, {80, -30, 60}, {90, 1, 4}};

@@ -64,6 +64,7 @@ HueSector SectorAbout(const CLabValues& standard, Interval hueLimits) {
 CVarexCalc::CVarexCalc() {
   illuminants.RemoveAll();
   boxTolerances.SetSize(1);
+  ellipseTolerances.SetSize(1);
 }
 
 void CVarexCalc::Normalize() {
@@ -94,6 +95,40 @@ void CVarexCalc::ResizeTolerances(int32_t count) {
   const int32_t old = boxTolerances.GetSize();
   boxTolerances.SetSize(count);
   for (int32_t k = old; k < count; ++k) boxTolerances[k].SetSize(angles.GetCount());
+  const int32_t oldEllipses = ellipseTolerances.GetSize();
+  ellipseTolerances.SetSize(count);
+  for (int32_t k = oldEllipses; k < count; ++k) GrowEllipses(k, angles.GetCount());
+}
+
+CEllipseData CVarexCalc::NewEllipse() const {
+  CEllipseData ellipse;
+  ellipse.ApplySettings({method, methodSettings.parameters});
+  return ellipse;
+}
+
+void CVarexCalc::GrowEllipses(int32_t index, int32_t geometries) {
+  GrowTo(ellipseTolerances, index + 1);
+  CEllipseAngle3& table = ellipseTolerances[index];
+  for (int32_t g = table.GetSize(); g < geometries; ++g) {
+    GrowTo(table, g + 1);
+    table[g].Fill(NewEllipse());
+  }
+  for (CEllipseIllum2& row : table) {
+    while (row.GetSize() < illuminants.GetSize()) row.Add(NewEllipse());
+  }
+}
+
+bool CVarexCalc::BuildEllipses(int32_t index) {
+  if (index < 0) throw CInvalidArgException();
+  if (!IsEllipseSystem(method)) return false;
+  GrowEllipses(index, valuesB.GetSize());
+  for (int32_t g = 0; g < valuesB.GetSize(); ++g) {
+    for (int32_t i = 0; i < valuesB[g].GetSize() && i < illuminants.GetSize(); ++i) {
+      ellipseTolerances[index][g][i] =
+          EllipseForStandard(valuesB[g][i].lab, {method, methodSettings.parameters});
+    }
+  }
+  return true;
 }
 
 void CVarexCalc::FillValues(const CReflDataArray& curves, CColorValuesIllDataArray& values) const {
@@ -183,6 +218,7 @@ void CVarexCalc::EnsureTolerances(int32_t index, int32_t geometries) {
   GrowTo(boxTolerances, index + 1);
   GrowTo(boxTolerances[index], geometries);
   for (CBoxTolIllum2& table : boxTolerances[index]) GrowTo(table, illuminants.GetSize());
+  if (judgeByEllipse) GrowEllipses(index, geometries);
 }
 
 void CVarexCalc::Judge(CEvaluationArray& results, int32_t index) {
@@ -202,8 +238,9 @@ void CVarexCalc::Judge(CEvaluationArray& results, int32_t index) {
       result.available = true;
       result.shade = DescribeShade(valuesA[g][i].lab, *labDifference);
       result.box = JudgeBox(index, g, i, differences[g][i]);
+      if (judgeByEllipse) result.ellipse = JudgeEllipse(index, g, i, *labDifference);
       result.total = JudgeTotal(index, g, i, differences[g][i]);
-      result.overall = std::min(result.box, result.total);
+      result.overall = std::min(judgeByEllipse ? result.ellipse : result.box, result.total);
     }
   }
 }
@@ -233,6 +270,10 @@ const CBoxTolData& CVarexCalc::BoxOf(int32_t index, int32_t g, int32_t i) const 
   return boxTolerances[index][g == kAnyGeometry ? 0 : g][i];
 }
 
+const CEllipseData& CVarexCalc::EllipseOf(int32_t index, int32_t g, int32_t i) const {
+  return ellipseTolerances[index][g == kAnyGeometry ? 0 : g][i];
+}
+
 bool CVarexCalc::BoxAccepts(const CBoxTolData& box, int32_t g, int32_t i, const CDeltaValues& difference,
                             double factor) const {
   if (method != vrxSystemLch) return box.Accepts(difference, factor);
@@ -255,7 +296,13 @@ Verdict CVarexCalc::JudgeBox(int32_t index, int32_t g, int32_t i, const CDeltaVa
   return BoxAccepts(box, g, i, difference, warningFactor) ? kPass : kWarning;
 }
 
+Verdict CVarexCalc::JudgeEllipse(int32_t index, int32_t g, int32_t i,
+                                 const CDeltaValues& labDifference) const {
+  return EllipseOf(index, g, i).Judge(labDifference, warningFactor);
+}
+
 Verdict CVarexCalc::JudgeTotal(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const {
+  if (judgeByEllipse) return EllipseOf(index, g, i).JudgeTotal(difference[6], warningFactor);
   return BoxOf(index, g, i).JudgeTotal(difference[6], warningFactor);
 }
 

@@ -20,6 +20,7 @@
 #include <vrxmath/export.h>
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/tolerance/box_tolerance.h>
+#include <vrxmath/tolerance/ellipse_tolerance.h>
 
 namespace vrx {
 
@@ -36,8 +37,9 @@ struct CEvaluation {
   bool available = false;
   ShadeWords shade;
   Verdict box = kFail;      ///< the three components against the box
-  Verdict total = kFail;    ///< the total difference against its limit
-  Verdict overall = kFail;  ///< the worse of the two
+  Verdict ellipse = kFail;  ///< the same against the ellipsoid, where the context judges by ellipsoids
+  Verdict total = kFail;    ///< the total difference against its limit, the box's or the ellipsoid's
+  Verdict overall = kFail;  ///< the worse of the total and of the one that the context judges by
   bool operator==(const CEvaluation&) const = default;
 };
 using CEvaluationArray = CArrayVarex<CEvaluation>;
@@ -59,8 +61,10 @@ class VRX_API CVarexCalc {
   CColorValuesIllDataArray valuesB;
   CDeltaValuesIllDataArray differences;  ///< in the method's system, per geometry and illuminant
   CDeltaValuesIllDataArray
-      labDifferences;         ///< in L*a*b*, whatever the method: what the shade words come from
-  CBoxTolStd4 boxTolerances;  ///< per standard, geometry and illuminant; one standard when new
+      labDifferences;              ///< in L*a*b*, whatever the method: what the shade words come from
+  CBoxTolStd4 boxTolerances;       ///< per standard, geometry and illuminant; one standard when new
+  CEllipseStd4 ellipseTolerances;  ///< the same; new entries take the settings of an ellipse-based method
+  bool judgeByEllipse = false;     ///< whether ellipsoids decide, or boxes
   int32_t flag = 0;
   double warningFactor = 0.75;  ///< fraction of the tolerance that counts as a clear pass
 
@@ -74,6 +78,11 @@ class VRX_API CVarexCalc {
   /// Gives the tolerances `count` standards. New entries get one default table per geometry. Throws
   /// CInvalidArgException for a negative count.
   void ResizeTolerances(int32_t count);
+
+  /// Gives standard `index` the ellipsoids of the method about the colours of the standard that is set, for
+  /// every geometry and illuminant. False, with nothing changed, when the method is none of the ellipse-based
+  /// ones (CMC, CIE94, CIE2000). Throws CInvalidArgException for a negative index.
+  bool BuildEllipses(int32_t index = 0);
 
   /// Takes the standard's curves, or the trial's, and computes their values under every illuminant.
   void SetStandard(const CReflDataArray& curves);
@@ -105,11 +114,18 @@ class VRX_API CVarexCalc {
   /// the circle of the standard's chroma, and the trial's hue has to lie in that sector of the standard's
   /// hue.
   Verdict JudgeBox(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const;
-  /// Grades a total difference (element 6) against the same box's limit.
+  /// Judges a difference in L*a*b* by the ellipsoid of the same entry: fail outside it, warning outside it
+  /// scaled by `warningFactor`, else pass.
+  Verdict JudgeEllipse(int32_t index, int32_t g, int32_t i, const CDeltaValues& labDifference) const;
+  /// Grades a total difference (element 6) against the limit of the same entry, the ellipsoid's under
+  /// `judgeByEllipse`, the box's otherwise.
   Verdict JudgeTotal(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const;
 
  private:
   const CBoxTolData& BoxOf(int32_t index, int32_t g, int32_t i) const;
+  const CEllipseData& EllipseOf(int32_t index, int32_t g, int32_t i) const;
+  CEllipseData NewEllipse() const;
+  void GrowEllipses(int32_t index, int32_t geometries);
   bool BoxAccepts(const CBoxTolData& box, int32_t g, int32_t i, const CDeltaValues& difference,
                   double factor) const;
   void FillValues(const CReflDataArray& curves, CColorValuesIllDataArray& values) const;

@@ -97,8 +97,8 @@ class CGradient::Descent {
     return (direction < 0.0 && point_[k] <= LowerBound(k)) || (direction > 0.0 && point_[k] >= UpperBound(k));
   }
 
-  // The negative gradient without what leads out of the box, and the share of the last direction that keeps the
-  // two conjugate. True when there is none: at the start, and where a new side of the box was reached.
+  // The negative gradient without what leads out of the box, and the share of the last direction that keeps
+  // the two conjugate. True when there is none: at the start, and where a new side of the box was reached.
   bool ChooseDirection(bool steepest) {
     const std::vector<double> previous = gradient_;
     ComputeGradient();

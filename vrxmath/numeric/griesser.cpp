@@ -47,8 +47,8 @@ int32_t AffordablePoints(int32_t points, std::size_t axes, std::size_t boxes) {
   return points;
 }
 
-/// Evaluates a grid of `points` per axis over the box of half-widths `half` about a centre, kept inside the outer
-/// box.
+/// Evaluates a grid of `points` per axis over the box of half-widths `half` about a centre, kept inside the
+/// outer box.
 void SearchBox(PointFunction f, const std::vector<double>& centre, const std::vector<double>& half,
                int32_t points, const std::vector<double>& lower, const std::vector<double>& upper,
                BestCells& best) {

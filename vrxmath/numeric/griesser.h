@@ -1,5 +1,5 @@
-// CGriesser: the least value of a function over a box, by grids from coarse to fine and a descent at the end. For
-// functions with several minima, or none that a slope leads to, in a few variables.
+// CGriesser: the least value of a function over a box, by grids from coarse to fine and a descent at the end.
+// For functions with several minima, or none that a slope leads to, in a few variables.
 
 #ifndef VRXMATH_NUMERIC_GRIESSER_H_
 #define VRXMATH_NUMERIC_GRIESSER_H_
@@ -12,9 +12,9 @@
 
 namespace vrx {
 
-/// Grid search. Level by level, the best cells of a grid become the boxes of the next; the best point of the last
-/// level starts a descent (CGradient) within the box. A minimum is found when a grid point falls into its basin
-/// and stays among the best. A NaN counts as larger than every number.
+/// Grid search. Level by level, the best cells of a grid become the boxes of the next; the best point of the
+/// last level starts a descent (CGradient) within the box. A minimum is found when a grid point falls into
+/// its basin and stays among the best. A NaN counts as larger than every number.
 class VRX_API CGriesser {
  public:
   /// Grid points per axis, their centres spread evenly over the box; 9 when new. Lowered where a level would
@@ -27,8 +27,8 @@ class VRX_API CGriesser {
   /// The descent at the end; its bounds are set by the search.
   CGradient& Refinement() { return refinement_; }
 
-  /// The least value over lower[k] <= x[k] <= upper[k], as many coordinates as `lower` has; missing upper bounds
-  /// equal the lower ones. The result is the refinement's, its iterations those of the descent.
+  /// The least value over lower[k] <= x[k] <= upper[k], as many coordinates as `lower` has; missing upper
+  /// bounds equal the lower ones. The result is the refinement's, its iterations those of the descent.
   SearchResult Minimize(PointFunction f, std::vector<double> lower, std::vector<double> upper) const;
 
  private:

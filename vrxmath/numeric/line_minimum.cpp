@@ -39,7 +39,8 @@ struct Search {
     return upper - best.x <= 2.0 * resolution && best.x - lower <= 2.0 * resolution;
   }
 
-  /// Takes a new point in: it becomes an end of the interval or the best point, whose place the interval follows.
+  /// Takes a new point in: it becomes an end of the interval or the best point, whose place the interval
+  /// follows.
   void Take(Point point) {
     if (point.f <= best.f) {
       (point.x < best.x ? upper : lower) = best.x;
@@ -70,7 +71,8 @@ LineMinimum Result(const Search& search, int32_t iterations, bool converged) {
   return {search.best.x, search.best.f, iterations, converged};
 }
 
-/// The step from the best point to the vertex of the parabola through all three; NaN when they do not have one.
+/// The step from the best point to the vertex of the parabola through all three; NaN when they do not have
+/// one.
 double ParabolicStep(const Search& search) {
   const double x = search.best.x;
   const double dw = search.second.x - x, dv = search.third.x - x;
@@ -78,7 +80,8 @@ double ParabolicStep(const Search& search) {
   return 0.5 * (dw * dw * fv - dv * dv * fw) / (dw * fv - dv * fw);
 }
 
-/// True for a step that stays inside the interval, `margin` clear of its ends, and is less than half the one before last.
+/// True for a step that stays inside the interval, `margin` clear of its ends, and is less than half the one
+/// before last.
 bool IsConvergent(const Search& search, double step, double stepBeforeLast, double margin) {
   const double u = search.best.x + step;
   return std::fabs(step) < 0.5 * std::fabs(stepBeforeLast) && u - search.lower > margin &&

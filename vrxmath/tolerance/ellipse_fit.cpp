@@ -98,7 +98,8 @@ struct Weighted {
   double weight;
 };
 
-/// The form that weights stand for: the inverse of three times their covariance, lightness apart from the plane.
+/// The form that weights stand for: the inverse of three times their covariance, lightness apart from the
+/// plane.
 PlanarForm FormOfWeights(std::span<const Weighted> points, EllipseCentre centre) {
   LabDifference mean;
   if (centre == EllipseCentre::kFree) {
@@ -136,8 +137,8 @@ Outermost FindOutermost(const PlanarForm& form, std::span<const LabDifference> d
   return outermost;
 }
 
-/// The search for the weights under which no difference lies outside. Those whose weight fades are left out, and
-/// come back should they lie outside after all.
+/// The search for the weights under which no difference lies outside. Those whose weight fades are left out,
+/// and come back should they lie outside after all.
 class SmallestForm {
  public:
   SmallestForm(std::span<const LabDifference> differences, EllipseCentre centre)
@@ -167,8 +168,8 @@ class SmallestForm {
   static constexpr double kReturningWeight = 1e-3;
   static constexpr int32_t kRounds = 20000;
 
-  // Multiplies every weight by the form at its difference, which is above 1 outside, and makes their sum 1 again.
-  // Returns the largest value of the form.
+  // Multiplies every weight by the form at its difference, which is above 1 outside, and makes their sum 1
+  // again. Returns the largest value of the form.
   double Reweight(const PlanarForm& form) {
     double outermost = 0.0, sum = 0.0;
     for (Weighted& p : points_) {
@@ -197,8 +198,8 @@ struct SurfaceProblem {
   }
 };
 
-/// The coefficients of the quadric on which the form is 1, by least squares: four about the standard, seven with a
-/// centre. False when the differences do not determine them.
+/// The coefficients of the quadric on which the form is 1, by least squares: four about the standard, seven
+/// with a centre. False when the differences do not determine them.
 bool FitQuadric(std::span<const LabDifference> differences, EllipseCentre centre,
                 CDoubleArray1& coefficients) {
   const uint32_t unknowns = centre == EllipseCentre::kFree ? 7 : 4;

@@ -23,9 +23,9 @@ enum class EllipseCentre { kFree, kAtStandard };
 
 /// The smallest ellipsoid that holds all differences: what was accepted stays accepted. For a set of accepted
 /// differences without outliers.
-/// Out: centre, semi-axes and angle of `ellipse`, the longer of the a*-b* semi-axes as the major one, its angle in
-///   [0, 180); total limit and factor stay. 1, or 0 with `ellipse` unchanged when the differences do not span space
-///   (fewer than four, or flat) or are not finite.
+/// Out: centre, semi-axes and angle of `ellipse`, the longer of the a*-b* semi-axes as the major one, its
+///   angle in [0, 180); total limit and factor stay. 1, or 0 with `ellipse` unchanged when the differences do
+///   not span space (fewer than four, or flat) or are not finite.
 /// Method: weights on the differences, multiplied by their distances until none lies further out than the
 ///   ellipsoid's surface by more than 1e-4 (the dual of the smallest-volume problem; D. M. Titterington,
 ///   Biometrika 62, 1975, 313-320), then grown to hold every difference. The volume is within 0.02 % of the

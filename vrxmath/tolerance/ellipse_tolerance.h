@@ -1,12 +1,14 @@
-// Ellipse tolerances: a difference is accepted inside an ellipsoid about the standard, which follows the shape of
-// visual tolerances better than a box. One axis runs along lightness, two lie in the a*-b* plane at an angle.
+// Ellipse tolerances: a difference is accepted inside an ellipsoid about the standard, which follows the
+// shape of visual tolerances better than a box. One axis runs along lightness, two lie in the a*-b* plane at
+// an angle.
 //
 //   CEllipseData ellipse = EllipseForStandard(standard.lab, DefaultSettings(vrxSystemCmc));
 //   const Verdict verdict = ellipse.Judge(delta, 0.75);
 //
-// Formula: in the plane of a standard with chroma C*, chroma runs along its hue and hue difference across it. The
-// ellipsoid takes both as straight lines; dC* and dH* bend with the hue circle. The two judgements of a difference
-// that lies dH* across differ by about dH*^2 / 2 C* in chroma, nothing for tolerances small beside C*.
+// Formula: in the plane of a standard with chroma C*, chroma runs along its hue and hue difference across it.
+// The ellipsoid takes both as straight lines; dC* and dH* bend with the hue circle. The two judgements of a
+// difference that lies dH* across differ by about dH*^2 / 2 C* in chroma, nothing for tolerances small beside
+// C*.
 
 #ifndef VRXMATH_TOLERANCE_ELLIPSE_TOLERANCE_H_
 #define VRXMATH_TOLERANCE_ELLIPSE_TOLERANCE_H_
@@ -32,8 +34,8 @@ struct PlanePoint {
   double y = 0.0;
 };
 
-/// The nine numbers of one ellipsoid; the indices are persistent. When new: centre 0, semi-axes 1.5, angle 0, limit
-/// of the total 1.5, commercial factor 1.
+/// The nine numbers of one ellipsoid; the indices are persistent. When new: centre 0, semi-axes 1.5, angle 0,
+/// limit of the total 1.5, commercial factor 1.
 class VRX_API CEllipseData : public CDoubleArray1 {
  public:
   enum Index : int32_t {
@@ -51,33 +53,33 @@ class VRX_API CEllipseData : public CDoubleArray1 {
 
   CEllipseData();
 
-  /// The factor by which the ellipsoid has to grow about its centre to reach elements 0 to 2 of a difference: 0 at
-  /// the centre, 1 on the surface. The root of the quadratic form. Along an axis of length 0 every difference but 0
-  /// is infinitely far; NaN gives NaN.
+  /// The factor by which the ellipsoid has to grow about its centre to reach elements 0 to 2 of a difference:
+  /// 0 at the centre, 1 on the surface. The root of the quadratic form. Along an axis of length 0 every
+  /// difference but 0 is infinitely far; NaN gives NaN.
   double Value(const CDeltaValues& delta) const;
 
-  /// Fail outside the ellipsoid, warning outside the ellipsoid scaled by `warningFactor` about its centre, else
-  /// pass; both surfaces belong to the inside. NaN fails.
+  /// Fail outside the ellipsoid, warning outside the ellipsoid scaled by `warningFactor` about its centre,
+  /// else pass; both surfaces belong to the inside. NaN fails.
   Verdict Judge(const CDeltaValues& delta, double warningFactor) const;
   /// Grades the total difference against element kTotalLimit (GradeTotal).
   Verdict JudgeTotal(double value, double warningFactor) const {
     return GradeTotal(value, (*this)[kTotalLimit], warningFactor);
   }
 
-  /// The symmetric 3 x 3 matrix M of the form d^T M d over d = (dL*, da*, db*) from the centre, 1 on the surface.
-  /// An axis of length 0 makes elements infinite or NaN.
+  /// The symmetric 3 x 3 matrix M of the form d^T M d over d = (dL*, da*, db*) from the centre, 1 on the
+  /// surface. An axis of length 0 makes elements infinite or NaN.
   CMatrix Form() const;
-  /// Replaces `inverse` by the inverse of the form, whose diagonal holds the squares of the half-widths of the
-  /// enclosing box. 1, or 0 when the form is singular.
+  /// Replaces `inverse` by the inverse of the form, whose diagonal holds the squares of the half-widths of
+  /// the enclosing box. 1, or 0 when the form is singular.
   uint32_t InverseForm(CMatrix& inverse) const;
 
-  /// The section through the centre in a plane, as a closed line of `points` + 1 points (at least 3 + 1), the first
-  /// and the last the same, counter-clockwise from the major axis (a*-b*) or from the horizontal axis.
+  /// The section through the centre in a plane, as a closed line of `points` + 1 points (at least 3 + 1), the
+  /// first and the last the same, counter-clockwise from the major axis (a*-b*) or from the horizontal axis.
   std::vector<PlanePoint> Section(EllipsePlane plane, int32_t points = 72) const;
 
-  /// Takes the factor of a system's settings (commercial factor of CMC, total difference of CIE94 and CIE2000):
-  /// semi-axes are multiplied by new over old factor, the total's limit becomes the factor. Nothing for other
-  /// systems, and for a factor that is not positive.
+  /// Takes the factor of a system's settings (commercial factor of CMC, total difference of CIE94 and
+  /// CIE2000): semi-axes are multiplied by new over old factor, the total's limit becomes the factor. Nothing
+  /// for other systems, and for a factor that is not positive.
   void ApplySettings(const CDifferenceSettings& settings);
 
   /// Archive form: the nine doubles, without a count. Throws as CArchive does.
@@ -87,10 +89,10 @@ class VRX_API CEllipseData : public CDoubleArray1 {
 /// True for the systems whose tolerances are ellipsoids: CMC, CIE94 and CIE2000.
 VRX_API bool IsEllipseSystem(int32_t system);
 
-/// The ellipsoid of a system about a standard in L*a*b*: semi-axes l SL, c SC, SH (or kL SL, kC SC, kH SH) times
-/// the factor (cf of CMC, the total difference of the others); the angle is the standard's hue. Total limit and commercial
-/// factor are the factor. The weights of CIE2000 are those of the standard against itself; its rotation term is
-/// left out. A new ellipsoid for other systems and for an unset standard.
+/// The ellipsoid of a system about a standard in L*a*b*: semi-axes l SL, c SC, SH (or kL SL, kC SC, kH SH)
+/// times the factor (cf of CMC, the total difference of the others); the angle is the standard's hue. Total
+/// limit and commercial factor are the factor. The weights of CIE2000 are those of the standard against
+/// itself; its rotation term is left out. A new ellipsoid for other systems and for an unset standard.
 VRX_API CEllipseData EllipseForStandard(const CLabValues& standard, const CDifferenceSettings& settings);
 
 /// The ellipsoids of the illuminants of a judgement; three when new.
