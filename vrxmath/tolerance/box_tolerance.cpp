@@ -32,13 +32,6 @@ CValueRange ToleranceRange(const CDifferenceSettings& settings, int32_t dimensio
   return {-80.0, 80.0, 0.05, 100.0, 2};
 }
 
-Interval ScaledAboutCentre(Interval interval, double factor) {
-  if (NearlyEqual(factor, 1.0)) return interval;
-  const double width = (interval.upper - interval.lower) * factor;
-  const double lower = (interval.lower + interval.upper - width) / 2.0;
-  return {lower, lower + width};
-}
-
 void CBoxTolData::SetTolerance(int32_t dimension, double plus, double minus) {
   if (dimension < 0 || dimension > 2) {
     (*this)[6] = plus;

@@ -33,9 +33,13 @@ struct Interval {
   bool Contains(double value) const { return lower <= value && value <= upper; }
 };
 
-/// An interval scaled about its own centre. A factor within the near-equality of 1 leaves it as it is, to
-/// the last bit.
-VRX_API Interval ScaledAboutCentre(Interval interval, double factor);
+/// An interval scaled about its own centre. A factor within the near-equality of 1 leaves it as it is, to the last bit.
+inline Interval ScaledAboutCentre(Interval interval, double factor) {
+  if (NearlyEqual(factor, 1.0)) return interval;
+  const double width = (interval.upper - interval.lower) * factor;
+  const double lower = (interval.lower + interval.upper - width) / 2.0;
+  return {lower, lower + width};
+}
 
 /// The limits of one box: plus and minus of dimension 0, of 1, of 2 (minus limits as positive magnitudes),
 /// then the limit of the total difference. All 1.5 when new. Dimensions are the first three elements of the
