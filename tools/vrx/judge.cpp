@@ -3,6 +3,10 @@
 #include <algorithm>
 
 #include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/foundation/numbers.h>
+
+#include "tools/vrx/command.h"
+#include "tools/vrx/conditions.h"
 
 namespace vrx::tool {
 
@@ -14,8 +18,11 @@ Judge::Judge(const JudgeSettings& settings) : settings_(settings) {
   calc_.method = settings.difference.system;
   calc_.methodSettings = settings.difference;
   calc_.warningFactor = settings.warningFactor;
+  calc_.judgeByEllipse = settings.ByEllipse();
   calc_.boxTolerances.SetAngleCount(1);
   calc_.boxTolerances[0][0].SetSize(illuminants.GetSize());
+  calc_.ellipseTolerances.SetAngleCount(1);
+  calc_.ellipseTolerances[0][0].SetSize(illuminants.GetSize());
   curve_.SetSize(1);
 }
 
@@ -26,16 +33,41 @@ void Judge::SetStandard(std::string_view id, int32_t geometry, const CReflData& 
     const uint8_t code = static_cast<uint8_t>(std::max(geometry, 0));
     calc_.angles.SetCodes({&code, 1});
   }
-  if (!hasTolerances_ || !settings_.tolerances.IsUniform()) {
-    hasTolerances_ = true;
-    for (std::size_t i = 0; i < settings_.illuminants.size(); ++i) {
-      calc_.boxTolerances[0][0][static_cast<std::ptrdiff_t>(i)] =
-          settings_.tolerances.Find(id, geometry, settings_.illuminants[i]);
-    }
-  }
   standard_ = curve;
   curve_[0] = curve;
   calc_.SetStandard(curve_);
+  if (calc_.judgeByEllipse) {
+    SetEllipses();
+  } else if (!hasBoxes_ || !settings_.boxes.IsEmpty()) {
+    SetBoxes();
+  }
+}
+
+void Judge::SetBoxes() {
+  hasBoxes_ = true;
+  for (std::size_t i = 0; i < settings_.illuminants.size(); ++i) {
+    const CBoxTolData* box = settings_.boxes.Find(id_, geometry_, settings_.illuminants[i]);
+    calc_.boxTolerances[0][0][static_cast<std::ptrdiff_t>(i)] = box != nullptr ? *box : settings_.box;
+  }
+}
+
+void Judge::SetEllipses() {
+  if (settings_.buildEllipses) calc_.BuildEllipses();
+  if (settings_.ellipses.IsEmpty()) return;
+  for (std::size_t i = 0; i < settings_.illuminants.size(); ++i) {
+    const CEllipseData* ellipse = settings_.ellipses.Find(id_, geometry_, settings_.illuminants[i]);
+    if (ellipse != nullptr) {
+      calc_.ellipseTolerances[0][0][static_cast<std::ptrdiff_t>(i)] = *ellipse;
+    } else if (!settings_.buildEllipses) {
+      throw InputError("--ellipses: no row is for standard \"" + id_ + "\" under " +
+                       CodeOf(settings_.illuminants[i]));
+    }
+  }
+}
+
+double Judge::EllipseValue(std::size_t i) const {
+  if (!Result(i).available) return kUnset;
+  return calc_.ellipseTolerances[0][0][static_cast<std::ptrdiff_t>(i)].Value(LabDifference(i));
 }
 
 void Judge::Evaluate(const CReflData& trial) {
@@ -54,7 +86,7 @@ void Judge::JudgeDin99() {
                settings_.difference.parameters[1], difference);
     result.box = calc_.JudgeBox(0, 0, i, difference);
     result.total = calc_.JudgeTotal(0, 0, i, difference);
-    result.overall = std::min(result.box, result.total);
+    result.overall = std::min(calc_.judgeByEllipse ? result.ellipse : result.box, result.total);
   }
 }
 

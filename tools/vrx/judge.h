@@ -23,7 +23,12 @@ struct JudgeSettings {
   int32_t observer = kObserver10;
   CDifferenceSettings difference;
   double warningFactor = 0.75;
-  ToleranceTable tolerances;
+  CBoxTolData box;  ///< where no row of the table applies
+  BoxTable boxes;
+  bool buildEllipses = false;  ///< ellipsoids decide: those of the system, where no row of the table applies
+  EllipseTable ellipses;       ///< ellipsoids decide, when there are any
+
+  bool ByEllipse() const { return buildEllipses || !ellipses.IsEmpty(); }
 };
 
 class Judge {
@@ -44,6 +49,13 @@ class Judge {
   const CDeltaValues& Difference(std::size_t i) const {
     return calc_.differences[0][static_cast<std::ptrdiff_t>(i)];
   }
+  const CDeltaValues& LabDifference(std::size_t i) const {
+    return calc_.labDifferences[0][static_cast<std::ptrdiff_t>(i)];
+  }
+  /// The verdict on the components: the box's or the ellipsoid's.
+  Verdict Components(std::size_t i) const { return calc_.judgeByEllipse ? Result(i).ellipse : Result(i).box; }
+  /// The ellipsoid's value of the last difference, 1 on its surface; unset when there is no difference.
+  double EllipseValue(std::size_t i) const;
   /// The tristimulus values of the standard and of the last trial under it.
   const CTrisValues& StandardXyz(std::size_t i) const {
     return calc_.valuesB[0][static_cast<std::ptrdiff_t>(i)].tristimulus;
@@ -53,6 +65,8 @@ class Judge {
   }
 
  private:
+  void SetBoxes();
+  void SetEllipses();
   void JudgeDin99();
 
   const JudgeSettings& settings_;
@@ -62,7 +76,7 @@ class Judge {
   CEvaluationArray results_;
   std::string id_;
   int32_t geometry_ = -2;  // none that can be asked for
-  bool hasTolerances_ = false;
+  bool hasBoxes_ = false;
 };
 
 }  // namespace vrx::tool

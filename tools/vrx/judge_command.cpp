@@ -27,12 +27,46 @@ struct JudgeOptions {
   ViewingOptions viewing;
   SystemOptions system;
   std::string tolerance = "1.5";
+  bool toleranceGiven = false;
   std::string tolerances;
+  bool ellipse = false;
+  std::string ellipses;
   double warning = 0.75;
   bool strict = false;
   CurveInputOptions input;
   Format format = Format::kTable;
 };
+
+// Makes the ellipsoids of the system decide, grown by the factor that --tolerance or the parameters name.
+void BuildEllipses(const JudgeOptions& options, JudgeSettings& settings) {
+  CDifferenceSettings& difference = settings.difference;
+  if (!IsEllipseSystem(difference.system)) {
+    throw InputError("--ellipse: " + std::string(ShortNameOf(difference.system)) +
+                     " has no ellipsoid; cmc, cie94 and cie2000 have");
+  }
+  settings.buildEllipses = true;
+  const std::size_t place = difference.system == vrxSystemCmc ? 2 : 3;
+  const bool inParameters = !options.system.parameters.empty() &&
+                            ParseNumbers(options.system.parameters, "--parameters").size() > place;
+  if (inParameters && options.toleranceGiven) {
+    throw InputError("--ellipse: --tolerance and --parameters both name the factor");
+  }
+  if (inParameters) return;
+  const std::vector<double> factor = ParseNumbers(options.tolerance, "--tolerance");
+  if (factor.size() != 1 || !(factor[0] > 0)) {
+    throw InputError("--tolerance: with --ellipse one number above 0 is expected");
+  }
+  difference.parameters[place] = factor[0];
+}
+
+void LoadEllipses(const JudgeOptions& options, JudgeSettings& settings) {
+  if (options.toleranceGiven && !options.ellipse) {
+    throw InputError("--ellipses: the file has the limits; --tolerance needs --ellipse");
+  }
+  CsvReader csv(options.ellipses);
+  settings.ellipses.Load(csv, {settings.difference.system, settings.observer});
+  if (settings.ellipses.IsEmpty()) throw InputError(csv.Name() + ": there is no row");
+}
 
 JudgeSettings SettingsOf(const JudgeOptions& options) {
   if (!(options.warning >= 0 && options.warning <= 1)) throw InputError("--warning: a factor from 0 to 1");
@@ -41,11 +75,13 @@ JudgeSettings SettingsOf(const JudgeOptions& options) {
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
   settings.warningFactor = options.warning;
-  settings.tolerances.SetDefault(BoxFromNumbers(ParseNumbers(options.tolerance, "--tolerance")));
+  settings.box = BoxFromNumbers(ParseNumbers(options.tolerance, "--tolerance"));
   if (!options.tolerances.empty()) {
     CsvReader csv(options.tolerances);
-    settings.tolerances.Load(csv);
+    settings.boxes.Load(csv, {settings.difference.system, settings.observer});
   }
+  if (options.ellipse) BuildEllipses(options, settings);
+  if (!options.ellipses.empty()) LoadEllipses(options, settings);
   return settings;
 }
 
@@ -101,10 +137,18 @@ void AddOptions(CLI::App& command, JudgeOptions& options) {
           "--tolerance", options.tolerance,
           "One limit for everything, or seven: plus and minus of the three components, then the total")
       ->option_text("LIMITS [1.5]");
+  auto* boxes = command.add_option("--tolerances", options.tolerances,
+                                   "Limits per standard, geometry and illuminant, from a CSV file");
+  boxes->option_text("FILE");
   command
-      .add_option("--tolerances", options.tolerances,
-                  "Limits per standard, geometry and illuminant, from a CSV file")
-      ->option_text("FILE");
+      .add_flag("--ellipse", options.ellipse,
+                "Judge by the ellipsoid of cmc, cie94 or cie2000 about the standard, times --tolerance")
+      ->excludes(boxes);
+  command
+      .add_option("--ellipses", options.ellipses,
+                  "Judge by ellipsoids from a CSV file, as vrx fit-tolerance writes it")
+      ->option_text("FILE")
+      ->excludes(boxes);
   command.add_option("--warning", options.warning, "Fraction of a limit above which there is a warning")
       ->option_text("FACTOR [0.75]");
   command.add_flag("--strict", options.strict, "Exit status 1 when a trial does not pass");
@@ -120,14 +164,19 @@ void AddJudge(CLI::App& app, int& status) {
   AddOptions(*command, *options);
   command->footer(
       "Each trial gets, under each illuminant, its difference from the standard, three words for the shade,\n"
-      "and the verdict of the box, of the total difference, and of both: 0 fail, 1 warning, 2 pass.\n\n"
+      "and the verdict of the box or ellipsoid, of the total difference, and of both: 0 fail, 1 warning, 2\n"
+      "pass.\n\n"
       "Examples:\n"
       "  vrx judge standard.csv batch.csv                      the first row of standard.csv, CMC (2:1)\n"
       "  vrx judge master.csv lot.csv --pairs --strict         row against row of the same id\n"
       "  vrx judge std.csv batch.csv --system cie2000 --tolerance 0.8 --illuminants D65,T84\n"
       "  vrx judge std.csv batch.csv --tolerance 1,1,0.6,0.6,0.6,0.6,1.2 --format json\n"
-      "  export.sh | vrx judge std.csv - --tolerances limits.csv --format csv\n");
-  command->callback([options, &status] { status = RunJudge(*options); });
+      "  export.sh | vrx judge std.csv - --tolerances limits.csv --format csv\n"
+      "  vrx judge std.csv batch.csv --ellipse --tolerance 0.8   inside the CMC ellipsoid, cf = 0.8\n");
+  command->callback([options, command, &status] {
+    options->toleranceGiven = command->count("--tolerance") > 0;
+    status = RunJudge(*options);
+  });
 }
 
 }  // namespace vrx::tool

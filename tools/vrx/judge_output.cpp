@@ -44,10 +44,12 @@ VerdictLook LookOf(Verdict verdict) {
 
 class CsvJudgeOutput final : public JudgeOutput {
  public:
-  CsvJudgeOutput(OutputStream& output, const JudgeSettings& settings) : output_(output), texts_(settings) {
+  CsvJudgeOutput(OutputStream& output, const JudgeSettings& settings)
+      : output_(output), texts_(settings), byEllipse_(settings.ByEllipse()) {
     output_.Append(
         "standard,trial,geometry,illuminant,observer,e0,e1,e2,e3,e4,e5,e6,word0,word1,word2,box,total,"
-        "verdict\n");
+        "verdict");
+    output_.Append(byEllipse_ ? ",ellipse\n" : "\n");
   }
   void Add(const CurveRow& trial, const Judge& judge) override {
     for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) AddRow(trial, judge, i);
@@ -74,20 +76,26 @@ class CsvJudgeOutput final : public JudgeOutput {
       output_.Append(',');
       output_.Append(texts_.Word(word));
     }
-    for (const Verdict verdict : {result.box, result.total, result.overall}) {
+    for (const Verdict verdict : {judge.Components(i), result.total, result.overall}) {
       output_.Append(',');
       output_.Append(static_cast<char>('0' + verdict));
+    }
+    if (byEllipse_) {
+      output_.Append(',');
+      output_.AppendNumber(judge.EllipseValue(i));
     }
     output_.Append('\n');
   }
 
   OutputStream& output_;
   Texts texts_;
+  bool byEllipse_;
 };
 
 class JsonJudgeOutput final : public JudgeOutput {
  public:
-  JsonJudgeOutput(OutputStream& output, const JudgeSettings& settings) : array_(output), texts_(settings) {}
+  JsonJudgeOutput(OutputStream& output, const JudgeSettings& settings)
+      : array_(output), texts_(settings), byEllipse_(settings.ByEllipse()) {}
   void Add(const CurveRow& trial, const Judge& judge) override {
     for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) {
       const CEvaluation& result = judge.Result(i);
@@ -100,9 +108,10 @@ class JsonJudgeOutput final : public JudgeOutput {
       object["observer"] = texts_.observer;
       for (const double element : judge.Difference(i)) object["elements"].push_back(JsonNumber(element));
       for (const ShadeWord word : result.shade.words) object["words"].push_back(texts_.Word(word));
-      object["box"] = result.box;
+      object["box"] = judge.Components(i);
       object["total"] = result.total;
       object["verdict"] = result.overall;
+      if (byEllipse_) object["ellipse"] = JsonNumber(judge.EllipseValue(i));
       array_.Add(object);
     }
   }
@@ -111,6 +120,7 @@ class JsonJudgeOutput final : public JudgeOutput {
  private:
   JsonArrayWriter array_;
   Texts texts_;
+  bool byEllipse_;
 };
 
 // What a table says of an illuminant at its end.
@@ -138,6 +148,7 @@ class TableJudgeOutput final : public JudgeOutput {
         columns_(DifferenceColumnsOf(settings.difference.system)),
         withName_(withName),
         withGeometry_(withGeometry),
+        byEllipse_(settings.ByEllipse()),
         summaries_(settings.illuminants.size()),
         rows_(MakeRowWriter(Format::kTable, output, Columns())) {
     output_.Append(TitleOf(settings.difference) + ", " +
@@ -165,7 +176,9 @@ class TableJudgeOutput final : public JudgeOutput {
     if (withGeometry_) columns.push_back({"geometry"});
     columns.push_back({"illuminant"});
     for (const DifferenceColumn& column : columns_) columns.push_back({column.heading});
-    for (const char* name : {"words", "box", "total", "verdict"}) columns.push_back({name});
+    columns.push_back({"words"});
+    if (byEllipse_) columns.push_back({"value"});
+    for (const char* name : {byEllipse_ ? "ellipse" : "box", "total", "verdict"}) columns.push_back({name});
     return columns;
   }
 
@@ -184,7 +197,8 @@ class TableJudgeOutput final : public JudgeOutput {
       words_ += texts_.Word(word);
     }
     rows_->Text(words_);
-    for (const Verdict verdict : {result.box, result.total, result.overall}) {
+    if (byEllipse_) rows_->Number(judge.EllipseValue(i));
+    for (const Verdict verdict : {judge.Components(i), result.total, result.overall}) {
       rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
     }
     rows_->EndRow();
@@ -219,6 +233,7 @@ class TableJudgeOutput final : public JudgeOutput {
   std::vector<DifferenceColumn> columns_;
   bool withName_;
   bool withGeometry_;
+  bool byEllipse_;
   std::vector<Summary> summaries_;
   std::unique_ptr<RowWriter> rows_;
   std::string words_;

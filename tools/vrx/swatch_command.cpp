@@ -186,7 +186,7 @@ JudgeSettings SettingsOf(const SwatchOptions& options) {
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
   settings.warningFactor = options.warning;
-  settings.tolerances.SetDefault(BoxFromNumbers(ParseNumbers(options.tolerance, "--tolerance")));
+  settings.box = BoxFromNumbers(ParseNumbers(options.tolerance, "--tolerance"));
   return settings;
 }
 

@@ -13,11 +13,19 @@ namespace {
 constexpr int32_t kAll = -1;
 static_assert(kAll == kNoGeometry, "an empty geometry means all of them");
 
-constexpr std::array<std::string_view, 3> kKeyColumns{"standard", "geometry", "illuminant"};
-constexpr std::array<std::string_view, 7> kLimitColumns{"plus0", "minus0", "plus1", "minus1",
-                                                        "plus2", "minus2", "total"};
+constexpr std::array<std::string_view, 7> kBoxColumns{"plus0", "minus0", "plus1", "minus1",
+                                                      "plus2", "minus2", "total"};
+constexpr std::array<std::string_view, CEllipseData::kValues> kEllipseColumns{
+    "centreL", "centreA", "centreB", "lightness", "major", "minor", "angle", "total", "factor"};
 
-// Why a box is of no use; empty for a good one.
+std::span<const std::string_view> ColumnsOf(const CBoxTolData&) {
+  return kBoxColumns;
+}
+std::span<const std::string_view> ColumnsOf(const CEllipseData&) {
+  return kEllipseColumns;
+}
+
+// Why limits are of no use; empty for good ones.
 std::string_view Objection(const CBoxTolData& box) {
   for (int32_t d = 0; d < 3; ++d) {
     const Interval limits = box.Limits(d);
@@ -25,47 +33,57 @@ std::string_view Objection(const CBoxTolData& box) {
   }
   return box[6] >= 0 ? "" : "the limit of the total difference is negative";
 }
+std::string_view Objection(const CEllipseData& ellipse) {
+  for (int32_t k = CEllipseData::kLightnessAxis; k <= CEllipseData::kMinorAxis; ++k) {
+    if (!(ellipse[k] > 0)) return "a semi-axis is not above 0";
+  }
+  return ellipse[CEllipseData::kTotalLimit] >= 0 ? "" : "the limit of the total difference is negative";
+}
 
-// Where in the header each of the three keys and seven limits stands.
+// The columns that say what a row holds for.
+enum Key : std::size_t { kStandard, kGeometry, kIlluminant, kSystem, kObserver, kKeys };
+constexpr std::array<std::string_view, kKeys> kKeyColumns{"standard", "geometry", "illuminant", "system",
+                                                          "observer"};
+
+// Where in the header each of the keys and limits stands.
 struct Layout {
-  std::vector<std::size_t> keyOf, limitOf;  // by column: index of the key or limit that it holds
+  std::vector<std::size_t> fields;  // by column: a key, or kKeys and the index of a limit
 
-  explicit Layout(const CsvReader& csv) {
-    std::array<bool, kKeyColumns.size() + kLimitColumns.size()> seen{};
+  Layout(const CsvReader& csv, std::span<const std::string_view> limitColumns) {
+    std::vector<std::string_view> names(kKeyColumns.begin(), kKeyColumns.end());
+    names.insert(names.end(), limitColumns.begin(), limitColumns.end());
     for (std::size_t i = 0; i < csv.Header().size(); ++i) {
-      const std::string& name = csv.Header()[i];
-      const auto matches = [&](std::string_view known) { return EqualsIgnoringCase(name, known); };
-      const auto key =
-          static_cast<std::size_t>(std::ranges::find_if(kKeyColumns, matches) - kKeyColumns.begin());
-      const auto limit =
-          static_cast<std::size_t>(std::ranges::find_if(kLimitColumns, matches) - kLimitColumns.begin());
-      if (key == kKeyColumns.size() && limit == kLimitColumns.size()) {
-        csv.FailAt(i, "the column is none of a tolerance file");
-      }
-      bool& known = seen[key < kKeyColumns.size() ? key : kKeyColumns.size() + limit];
-      if (std::exchange(known, true)) csv.FailAt(i, "there are two such columns");
-      keyOf.push_back(key);
-      limitOf.push_back(limit);
+      const std::string& heading = csv.Header()[i];
+      const auto name = std::ranges::find_if(
+          names, [&](std::string_view known) { return EqualsIgnoringCase(heading, known); });
+      if (name == names.end()) csv.FailAt(i, "the column is none of a tolerance file");
+      const auto field = static_cast<std::size_t>(name - names.begin());
+      if (std::ranges::find(fields, field) != fields.end()) csv.FailAt(i, "there are two such columns");
+      fields.push_back(field);
     }
-    for (std::size_t i = 0; i < kLimitColumns.size(); ++i) {
-      if (!seen[kKeyColumns.size() + i])
-        csv.FailRow(std::string("there is no column ").append(kLimitColumns[i]));
+    for (std::size_t field = kKeys; field < names.size(); ++field) {
+      if (std::ranges::find(fields, field) == fields.end()) {
+        csv.FailRow(std::string("there is no column ").append(names[field]));
+      }
     }
   }
 };
 
+template <class LIMITS>
 struct Row {
   std::string standard;
   int32_t geometry = kAll;
   int32_t illuminant = kAll;
-  CBoxTolData box;
+  LIMITS limits;
 };
 
-int32_t ReadIlluminant(CsvReader& csv) {
+// What a parser makes of the next field, which may be empty.
+template <class PARSER>
+int32_t ReadName(CsvReader& csv, PARSER parse, int32_t ifEmpty) {
   const std::string_view text = csv.Text();
-  if (text.empty()) return kAll;
+  if (text.empty()) return ifEmpty;
   try {
-    return ParseIlluminant(text);
+    return parse(text);
   } catch (const InputError& error) {
     csv.Fail(error.what());
   }
@@ -77,17 +95,30 @@ int32_t ReadGeometry(CsvReader& csv) {
   return geometry;
 }
 
-Row ReadRow(CsvReader& csv, const Layout& layout) {
-  Row row;
-  for (std::size_t i = 0; i < layout.keyOf.size(); ++i) {
-    if (layout.limitOf[i] < kLimitColumns.size()) {
-      row.box[static_cast<std::ptrdiff_t>(layout.limitOf[i])] = csv.Number();
-    } else if (layout.keyOf[i] == 0) {
+void CheckScope(CsvReader& csv, std::size_t key, const LimitScope& scope) {
+  if (key == kSystem && ReadName(csv, ParseSystem, scope.system) != scope.system) {
+    csv.Fail("the limits are for another system than --system " + std::string(ShortNameOf(scope.system)));
+  }
+  if (key == kObserver && ReadName(csv, ParseObserver, scope.observer) != scope.observer) {
+    csv.Fail("the limits are for another observer than --observer " +
+             std::to_string(DegreesOf(scope.observer)));
+  }
+}
+
+template <class LIMITS>
+Row<LIMITS> ReadRow(CsvReader& csv, const Layout& layout, const LimitScope& scope) {
+  Row<LIMITS> row;
+  for (const std::size_t field : layout.fields) {
+    if (field >= kKeys) {
+      row.limits[static_cast<int32_t>(field - kKeys)] = csv.Number();
+    } else if (field == kStandard) {
       row.standard = std::string(csv.Text());
-    } else if (layout.keyOf[i] == 1) {
+    } else if (field == kGeometry) {
       row.geometry = ReadGeometry(csv);
+    } else if (field == kIlluminant) {
+      row.illuminant = ReadName(csv, ParseIlluminant, kAll);
     } else {
-      row.illuminant = ReadIlluminant(csv);
+      CheckScope(csv, field, scope);
     }
   }
   csv.EndRecord();
@@ -110,35 +141,45 @@ CBoxTolData BoxFromNumbers(const std::vector<double>& numbers) {
   return box;
 }
 
-void ToleranceTable::Load(CsvReader& csv) {
-  const Layout layout(csv);
+std::span<const std::string_view> EllipseColumns() {
+  return kEllipseColumns;
+}
+
+template <class LIMITS>
+void LimitTable<LIMITS>::Load(CsvReader& csv, const LimitScope& scope) {
+  const Layout layout(csv, ColumnsOf(LIMITS()));
   for (std::size_t count = 0; csv.Next(); ++count) {
     if (count == kMaxRows) csv.FailRow("a tolerance file may have 200000 rows");
-    const Row row = ReadRow(csv, layout);
-    if (const auto objection = Objection(row.box); !objection.empty()) csv.FailRow(std::string(objection));
-    if (!rows_[row.standard].emplace(std::pair(row.geometry, row.illuminant), row.box).second) {
+    const Row<LIMITS> row = ReadRow<LIMITS>(csv, layout, scope);
+    if (const auto objection = Objection(row.limits); !objection.empty()) csv.FailRow(std::string(objection));
+    if (!rows_[row.standard].emplace(std::pair(row.geometry, row.illuminant), row.limits).second) {
       csv.FailRow("an earlier row speaks of the same standard, geometry and illuminant");
     }
   }
 }
 
-const CBoxTolData* ToleranceTable::FindIn(const Boxes& boxes, int32_t geometry, int32_t illuminant) {
+template <class LIMITS>
+const LIMITS* LimitTable<LIMITS>::FindIn(const Entries& entries, int32_t geometry, int32_t illuminant) {
   const std::pair<int32_t, int32_t> keys[] = {
       {geometry, illuminant}, {geometry, kAll}, {kAll, illuminant}, {kAll, kAll}};
   for (const auto& key : keys) {
-    if (const auto found = boxes.find(key); found != boxes.end()) return &found->second;
+    if (const auto found = entries.find(key); found != entries.end()) return &found->second;
   }
   return nullptr;
 }
 
-const CBoxTolData& ToleranceTable::Find(std::string_view standard, int32_t geometry,
-                                        vrxIlluminant illuminant) const {
+template <class LIMITS>
+const LIMITS* LimitTable<LIMITS>::Find(std::string_view standard, int32_t geometry,
+                                       vrxIlluminant illuminant) const {
   for (const std::string_view key : {standard, std::string_view()}) {
-    const auto boxes = rows_.find(key);
-    if (boxes == rows_.end()) continue;
-    if (const CBoxTolData* box = FindIn(boxes->second, geometry, illuminant)) return *box;
+    const auto entries = rows_.find(key);
+    if (entries == rows_.end()) continue;
+    if (const LIMITS* limits = FindIn(entries->second, geometry, illuminant)) return limits;
   }
-  return default_;
+  return nullptr;
 }
+
+template class LimitTable<CBoxTolData>;
+template class LimitTable<CEllipseData>;
 
 }  // namespace vrx::tool
