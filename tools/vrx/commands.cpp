@@ -9,6 +9,7 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"judge", AddJudge},
       CommandEntry{"color", AddColor},
       CommandEntry{"delta", AddDelta},
+      CommandEntry{"fit-tolerance", AddFitTolerance},
       CommandEntry{"strength", AddStrength},
       CommandEntry{"colorants", AddColorants},
       CommandEntry{"predict", AddPredict},

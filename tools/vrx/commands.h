@@ -13,6 +13,7 @@ namespace vrx::tool {
 void AddJudge(CLI::App& app, int& status);
 void AddColor(CLI::App& app, int& status);
 void AddDelta(CLI::App& app, int& status);
+void AddFitTolerance(CLI::App& app, int& status);
 void AddStrength(CLI::App& app, int& status);
 void AddColorants(CLI::App& app, int& status);
 void AddPredict(CLI::App& app, int& status);
