@@ -176,6 +176,7 @@ TEST_F(FitTolerance, BadRequestsAreRefused) {
   folder_.Write("saddle.csv",
                 "dL,da,db\n1,0,0\n-1,0,0\n0,1,0\n0,-1,0\n0,3,1\n0,3,-1\n0,-3,1\n0,-3,-1\n1,3,1\n");
   folder_.Write("text.csv", "dL,da,db\n1,0,x\n");
+  folder_.Write("far.csv", "dL,da,db\n0,-1000,0\n0,0,1000.5\n");
   folder_.Write("none.csv", "dL,da,db\n");
   folder_.Write("lab.csv", "L,a,b\n1,2,3\n");
   const std::string nine = "centreL,centreA,centreB,lightness,major,minor,angle,total,factor";
@@ -195,6 +196,7 @@ TEST_F(FitTolerance, BadRequestsAreRefused) {
       {"fit-tolerance few.csv --method surface", "the fit needs 7"},
       {"fit-tolerance saddle.csv --method surface --centre standard", "saddle.csv: no ellipsoid"},
       {"fit-tolerance text.csv", "text.csv, line 2, column 3 (db): \"x\" is not a number"},
+      {"fit-tolerance far.csv", "far.csv, line 3: a difference beyond 1000"},
       {"fit-tolerance none.csv", "none.csv: there is no accepted trial"},
       {"fit-tolerance lab.csv", "neither wavelengths nor dL,da,db"},
       {"fit-tolerance few.csv --system lab", "--system needs curves"},

@@ -116,6 +116,7 @@ Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
 // Differences as they stand in the file. Whatever illuminant and observer they came from, their total is
 // dE*ab.
 Accepted ReadDifferences(CsvReader& csv, const FitOptions& options) {
+  constexpr double kLargest = 1000;  // several times that of black and white
   if (!HasColumns(csv.Header(), {"dL", "da", "db"})) {
     csv.FailRow("the header names neither wavelengths nor dL,da,db");
   }
@@ -126,6 +127,8 @@ Accepted ReadDifferences(CsvReader& csv, const FitOptions& options) {
   ValueRows rows(csv, {"dL", "da", "db"}, 3);
   while (rows.Next()) {
     const LabDifference d{rows.Values()[0], rows.Values()[1], rows.Values()[2]};
+    const bool sound = std::ranges::all_of(rows.Values(), [](double v) { return std::fabs(v) <= kLargest; });
+    if (!sound) csv.FailRow("a difference beyond 1000");
     accepted.clouds[{kNoGeometry, 0}].Add(csv, d, std::sqrt(d.dL * d.dL + d.da * d.da + d.db * d.db));
   }
   return accepted;
