@@ -9,21 +9,16 @@
 
 #include "tools/vrx/command.h"
 #include "tools/vrx/commands.h"
+#include "tools/vrx/comparison.h"
 #include "tools/vrx/conditions.h"
-#include "tools/vrx/curve_input.h"
 #include "tools/vrx/judge_output.h"
 #include "tools/vrx/output.h"
-#include "tools/vrx/standards.h"
-#include "tools/vrx/terminal.h"
 
 namespace vrx::tool {
 namespace {
 
 struct JudgeOptions {
-  std::string standard;
-  std::string trials;
-  std::string standardId;
-  bool pairs = false;
+  ComparisonOptions comparison;
   ViewingOptions viewing;
   SystemOptions system;
   std::string tolerance = "1.5";
@@ -33,7 +28,6 @@ struct JudgeOptions {
   std::string ellipses;
   double warning = 0.75;
   bool strict = false;
-  CurveInputOptions input;
   Format format = Format::kTable;
 };
 
@@ -85,51 +79,27 @@ JudgeSettings SettingsOf(const JudgeOptions& options) {
   return settings;
 }
 
-// Judges every trial; true when all of them pass.
-bool JudgeAll(CurveReader& trials, Standards& standards, JudgeOutput& results, std::size_t illuminants) {
-  bool allPass = true;
-  ProgressBar progress(trials.Csv().Size());
-  CurveRow trial;
-  while (trials.Next(trial)) {
-    Judge& judge = standards.For(trial);
-    judge.Evaluate(trial.curve);
-    results.Add(trial, judge);
-    for (std::size_t i = 0; i < illuminants; ++i) allPass = allPass && judge.Result(i).overall == kPass;
-    progress.Update(trials.Csv().Position());
-  }
-  return allPass;
-}
-
 ExitStatus RunJudge(const JudgeOptions& options) {
-  if (options.standard == "-" && options.trials == "-") {
-    throw InputError("standard and trials cannot both come from standard input");
-  }
   const JudgeSettings settings = SettingsOf(options);
-  CurveReader standardReader = OpenCurves(options.standard, options.input);
-  CurveReader trials = OpenCurves(options.trials, options.input);
-  const std::unique_ptr<Standards> standards =
-      options.pairs ? PairedStandards(std::move(standardReader), settings)
-                    : OneStandard(std::move(standardReader), options.standardId, settings);
+  Comparison comparison(options.comparison, settings);
   OutputStream output;
-  const auto results = MakeJudgeOutput(options.format, output, settings, trials);
-  const bool allPass = JudgeAll(trials, *standards, *results, settings.illuminants.size());
+  const auto results = MakeJudgeOutput(options.format, output, settings, comparison.Trials());
+  bool allPass = true;
+  comparison.ForEachTrial([&](const CurveRow& trial, Judge& judge) {
+    judge.Evaluate(trial.curve);
+    results->Add(trial, judge);
+    for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
+      allPass = allPass && judge.Result(i).overall == kPass;
+    }
+  });
   results->Finish();
   output.Finish();
-  WarnAboutFractions(standards->Reader());
-  WarnAboutFractions(trials);
+  comparison.WarnAboutInput();
   return options.strict && !allPass ? kExitNotPassed : kExitPass;
 }
 
 void AddOptions(CLI::App& command, JudgeOptions& options) {
-  command
-      .add_option("STANDARD", options.standard,
-                  "Curves of the standard, or standards (- reads standard input)")
-      ->required();
-  command.add_option("TRIALS", options.trials, "Curves of the trials (- reads standard input)")->required();
-  auto* id = command.add_option("--standard-id", options.standardId, "Which row is the standard");
-  id->option_text("ID [the first row]");
-  command.add_flag("--pairs", options.pairs, "Judge each trial against the standard of the same id")
-      ->excludes(id);
+  AddComparisonOptions(command, options.comparison);
   AddViewingOptions(command, options.viewing, "D65,A,CWF");
   AddSystemOptions(command, options.system, "cmc");
   command
@@ -152,7 +122,6 @@ void AddOptions(CLI::App& command, JudgeOptions& options) {
   command.add_option("--warning", options.warning, "Fraction of a limit above which there is a warning")
       ->option_text("FACTOR [0.75]");
   command.add_flag("--strict", options.strict, "Exit status 1 when a trial does not pass");
-  AddCurveInputOptions(command, options.input);
   AddFormatOption(command, options.format);
 }
 

@@ -11,26 +11,20 @@
 
 #include "tools/vrx/command.h"
 #include "tools/vrx/commands.h"
+#include "tools/vrx/comparison.h"
 #include "tools/vrx/conditions.h"
-#include "tools/vrx/curve_input.h"
 #include "tools/vrx/output.h"
-#include "tools/vrx/standards.h"
-#include "tools/vrx/terminal.h"
 
 namespace vrx::tool {
 namespace {
 
 struct StrengthOptions {
-  std::string standard;
-  std::string trials;
-  std::string standardId;
-  bool pairs = false;
+  ComparisonOptions comparison;
   std::string band = "400-700";
   std::string wavelength;
   double k1 = 0.04;
   double k2 = 0.6;
   ViewingOptions viewing;
-  CurveInputOptions input;
   Format format = Format::kTable;
 };
 
@@ -158,40 +152,20 @@ class StrengthRows {
 };
 
 void RunStrength(const StrengthOptions& options) {
-  if (options.standard == "-" && options.trials == "-") {
-    throw InputError("standard and trials cannot both come from standard input");
-  }
   const StrengthSettings settings = SettingsOf(options);
-  CurveReader standardReader = OpenCurves(options.standard, options.input);
-  CurveReader trials = OpenCurves(options.trials, options.input);
-  const std::unique_ptr<Standards> standards =
-      options.pairs ? PairedStandards(std::move(standardReader), settings.viewing)
-                    : OneStandard(std::move(standardReader), options.standardId, settings.viewing);
+  Comparison comparison(options.comparison, settings.viewing);
   OutputStream output;
   StrengthRows rows(options.format, output, settings);
-  ProgressBar progress(trials.Csv().Size());
-  CurveRow trial;
-  while (trials.Next(trial)) {
-    const Judge& judge = standards->For(trial);
+  comparison.ForEachTrial([&](const CurveRow& trial, const Judge& judge) {
     rows.Add(judge.StandardId(), judge.StandardCurve(), trial.id, trial.curve);
-    progress.Update(trials.Csv().Position());
-  }
+  });
   rows.Finish();
   output.Finish();
-  WarnAboutFractions(standards->Reader());
-  WarnAboutFractions(trials);
+  comparison.WarnAboutInput();
 }
 
 void AddOptions(CLI::App& command, StrengthOptions& options) {
-  command
-      .add_option("STANDARD", options.standard,
-                  "Curves of the standard, or standards (- reads standard input)")
-      ->required();
-  command.add_option("TRIALS", options.trials, "Curves of the trials (- reads standard input)")->required();
-  auto* id = command.add_option("--standard-id", options.standardId, "Which row is the standard");
-  id->option_text("ID [the first row]");
-  command.add_flag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
-      ->excludes(id);
+  AddComparisonOptions(command, options.comparison);
   command.add_option("--band", options.band, "Wavelengths that are summed, in nm")
       ->option_text("FROM-TO [400-700]");
   command.add_option("--wavelength", options.wavelength, "Add the chromatic strength at this wavelength")
@@ -199,7 +173,6 @@ void AddOptions(CLI::App& command, StrengthOptions& options) {
   command.add_option("--k1", options.k1, "Surface reflection of incident light")->option_text("K1 [0.04]");
   command.add_option("--k2", options.k2, "Internal surface reflection")->option_text("K2 [0.6]");
   AddViewingOptions(command, options.viewing, "D65");
-  AddCurveInputOptions(command, options.input);
   AddFormatOption(command, options.format);
 }
 

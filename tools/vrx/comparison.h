@@ -1,0 +1,58 @@
+// What the commands that hold trials against standards have in common: which files, which rows, one pass over them.
+
+#ifndef TOOLS_VRX_COMPARISON_H_
+#define TOOLS_VRX_COMPARISON_H_
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+
+#include "tools/vrx/curve_input.h"
+#include "tools/vrx/curve_reader.h"
+#include "tools/vrx/judge.h"
+#include "tools/vrx/standards.h"
+#include "tools/vrx/terminal.h"
+
+namespace vrx::tool {
+
+struct ComparisonOptions {
+  std::string standard;
+  std::string trials;
+  std::string standardId;
+  bool pairs = false;
+  CurveInputOptions input;
+};
+
+/// Adds STANDARD, TRIALS, `--standard-id`, `--pairs` and the options of curve files.
+void AddComparisonOptions(CLI::App& command, ComparisonOptions& options);
+
+/// Trials and their standards, opened.
+class Comparison {
+ public:
+  /// Opens both files. Throws InputError when they cannot be used. `settings` must outlive the comparison.
+  Comparison(const ComparisonOptions& options, const JudgeSettings& settings);
+
+  const CurveReader& Trials() const { return trials_; }
+
+  /// Calls `visit(trial, judge)` for each trial in turn, with the judge that holds its standard, under a progress bar.
+  template <class VISIT>
+  void ForEachTrial(VISIT visit) {
+    ProgressBar progress(trials_.Csv().Size());
+    CurveRow trial;
+    while (trials_.Next(trial)) {
+      visit(trial, standards_->For(trial));
+      progress.Update(trials_.Csv().Position());
+    }
+  }
+
+  /// Remarks on what was read, once all of it was.
+  void WarnAboutInput() const;
+
+ private:
+  std::unique_ptr<Standards> standards_;
+  CurveReader trials_;
+};
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_COMPARISON_H_
