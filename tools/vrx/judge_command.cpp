@@ -91,7 +91,7 @@ void AddOptions(CLI::App& command, JudgeOptions& options) {
       ->required();
   command.add_option("TRIALS", options.trials, "Curves of the trials (- reads standard input)")->required();
   auto* id = command.add_option("--standard-id", options.standardId, "Which row is the standard");
-  id->option_text("ID [the first row]");
+  id->option_text("ID [the first row]")->check(RefuseEmpty);
   command.add_flag("--pairs", options.pairs, "Judge each trial against the standard of the same id")
       ->excludes(id);
   AddViewingOptions(command, options.viewing, "D65,A,CWF");

@@ -189,7 +189,7 @@ void AddOptions(CLI::App& command, StrengthOptions& options) {
       ->required();
   command.add_option("TRIALS", options.trials, "Curves of the trials (- reads standard input)")->required();
   auto* id = command.add_option("--standard-id", options.standardId, "Which row is the standard");
-  id->option_text("ID [the first row]");
+  id->option_text("ID [the first row]")->check(RefuseEmpty);
   command.add_flag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
       ->excludes(id);
   command.add_option("--band", options.band, "Wavelengths that are summed, in nm")
