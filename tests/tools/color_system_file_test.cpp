@@ -111,7 +111,8 @@ TEST_F(ColorSystemFile, BadSystemsAreNamedByField) {
       {System(component), "none"},
       {R"({"name":"s",)"
        "\n}",
-       ", line 2: this is not JSON"},
+       ", line 2, column 1: this is not JSON"},
+      {"{\"name\":", ", line 1, column 9: the file ends too early"},
       {"[]", ": an object is expected"},
       {R"({"name":"s"})", ": member \"components\" is missing"},
       {System(component, R"(,"k1":1e999)"), ": a number is beyond the range of doubles"},

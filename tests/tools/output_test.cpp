@@ -61,7 +61,7 @@ TEST(Output, OneRowInEachFormat) {
     return Written([&](OutputStream& output) {
       const auto writer =
           MakeRowWriter(format, output, {{"id"}, {"x", "x wide", 2}, {"n"}, {"u"}, {"i"}, {"q"}});
-      writer->Text("a,\"b\"\xC3\xA4");
+      writer->Text("a,\"b\"\n\xC3\xA4");
       writer->Number(0.1 + 0.2);
       writer->Integer(-7);
       writer->Number(1e-5);
@@ -72,13 +72,13 @@ TEST(Output, OneRowInEachFormat) {
       output.Finish();
     });
   };
-  EXPECT_EQ(rows(Format::kCsv), "id,x,n,u,i,q\n\"a,\"\"b\"\"\xC3\xA4\",0.30000000000000004,-7,,inf,nan\n");
+  EXPECT_EQ(rows(Format::kCsv), "id,x,n,u,i,q\n\"a,\"\"b\"\"\n\xC3\xA4\",0.30000000000000004,-7,,inf,nan\n");
   EXPECT_EQ(rows(Format::kJson),
-            "[\n{\"id\":\"a,\\\"b\\\"\xC3\xA4\",\"x\":0.30000000000000004,\"n\":-7,\"u\":null,\"i\":null,"
+            "[\n{\"id\":\"a,\\\"b\\\"\\n\xC3\xA4\",\"x\":0.30000000000000004,\"n\":-7,\"u\":null,\"i\":null,"
             "\"q\":null}\n]\n");
   EXPECT_EQ(rows(Format::kTable),
-            "id      x wide   n  u    i    q\n"
-            "a,\"b\"\xC3\xA4    0.30  -7  -  inf  nan\n");
+            "id       x wide   n  u    i    q\n"
+            "a,\"b\" \xC3\xA4    0.30  -7  -  inf  nan\n");
 }
 
 TEST(Output, WithoutRows) {

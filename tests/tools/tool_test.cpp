@@ -76,6 +76,7 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
   Write("bad.csv", std::string(kHeader) + "A,1,2,3,4\n");
   Write("empty.csv", "");
   Write("header.csv", FlatHeader());
+  Write("values.csv", "X,Y,Z\n");
   Write("lab.csv", "L,a,b\n50,1,nan\n");
   Write("twice.csv", FlatHeader("id,geometry") + Flat("A,SCI", "50") + Flat("A,12", "51"));
   Write("limits.csv",
@@ -86,17 +87,20 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
     const char* reason;
   } kRows[] = {
       {"", "subcommand is required"},
-      {"nonsense", "--help"},
+      {"nonsense", "\"nonsense\" is not known"},
       {"judge good.csv", "TRIALS is required"},
       {"judge none.csv good.csv", "none.csv: No such file"},
       {"judge . good.csv", "cannot be read"},
       {"judge good.csv empty.csv", "empty.csv: the file is empty"},
       {"judge header.csv good.csv", "header.csv: there is no row"},
+      {"judge good.csv header.csv --strict", "header.csv: there is no row"},
+      {"color values.csv", "values.csv: there is no row"},
       {"judge good.csv bad.csv", "wavelengths 100 nm apart"},
       {"judge good.csv late.csv", "late.csv, line 3: the row is short: it has 2 of 32 columns"},
       {"judge good.csv late.csv --format json", "late.csv, line 3"},
       {"judge - - < good.csv", "cannot both"},
       {"judge good.csv good.csv --standard-id Q", "there is no standard \"Q\""},
+      {"judge good.csv good.csv --standard-id ''", "--standard-id: an empty text"},
       {"judge twice.csv good.csv", "twice.csv, line 3: standard \"A\" has a row of this geometry"},
       {"judge good.csv good.csv --pairs --standard-id A", "excludes"},
       {"judge good.csv good.csv --illuminants D65,X9", "unknown illuminant \"X9\""},
@@ -111,7 +115,8 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
       {"judge good.csv good.csv --tolerances limits.csv", "limits.csv, line 3: an earlier row"},
       {"judge good.csv good.csv --tolerances crossed.csv", "crossed.csv, line 2: the plus and minus limits"},
       {"judge good.csv good.csv --warning 1.1", "--warning"},
-      {"judge good.csv good.csv --format xml", "--format"},
+      {"judge good.csv good.csv --format xml", "\"xml\" is none of table, csv and json"},
+      {"settings set S N 2147483648", "--text"},
       {"color lab.csv", "lab.csv, line 2, column 3 (b): \"nan\""},
       {"color limits.csv", "neither wavelengths nor X,Y,Z nor L,a,b"},
       {"delta lab.csv", "column 1 (L)"},
@@ -161,7 +166,7 @@ TEST_F(Tool, GreyStepsUnderEachVerdict) {
   Write("trials.csv",
         FlatHeader() + Flat("same", "20") + Flat("near", "20.5") + Flat("between", "21") + Flat("far", "22"));
   const json objects =
-      RunJson("judge standard.csv trials.csv --system lab --illuminants D65,A --tolerance 1.2");
+      RunJson("judge standard.csv trials.csv --system lab --illuminants 'D65, A' --tolerance 1.2");
   const int kVerdicts[] = {2, 2, 1, 0};
   const double kReflectances[] = {20, 20.5, 21, 22};
   ASSERT_EQ(objects.size(), 8u);
@@ -298,10 +303,12 @@ TEST_F(Tool, DifferencesInEverySystem) {
 }
 
 TEST_F(Tool, HelpTablesAndVersion) {
-  for (const char* command : {"", "judge ", "color ", "delta ", "tables "}) {
+  for (const char* command :
+       {"", "judge ", "color ", "delta ", "strength ", "colorants ", "predict ", "index ", "swatch ",
+        "tables ", "condition ", "settings get ", "settings set ", "settings list ", "log ", "xml "}) {
     const Result help = Run(std::string(command) + "--help");
     EXPECT_EQ(help.status, 0);
-    EXPECT_TRUE(*command == '\0' || help.out.find("Examples:") != std::string::npos) << command;
+    EXPECT_TRUE(*command == '\0' || help.out.find("Example") != std::string::npos) << command;
   }
   EXPECT_TRUE(Run("--version").out.starts_with("vrx "));
   const json list = RunJson("tables");

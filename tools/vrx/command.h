@@ -23,6 +23,12 @@ class InputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// A check for options of which an empty text, as an unset variable of a script leaves it, would pass for not
+/// given.
+inline std::string RefuseEmpty(const std::string& text) {
+  return text.empty() ? "an empty text" : "";
+}
+
 /// Adds one subcommand to the tool: its options, its help with an example, and a callback that runs it and
 /// leaves the exit status in `status`. `status` outlives the parse. The options live in a structure that the
 /// callback shares; results go through `OutputStream` (output.h), messages to standard error.

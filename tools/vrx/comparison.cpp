@@ -25,7 +25,7 @@ void AddComparisonOptions(CLI::App& command, ComparisonOptions& options) {
       ->required();
   command.add_option("TRIALS", options.trials, "Curves of the trials (- reads standard input)")->required();
   auto* id = command.add_option("--standard-id", options.standardId, "Which row is the standard");
-  id->option_text("ID [the first row]");
+  id->option_text("ID [the first row]")->check(RefuseEmpty);
   command.add_flag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
       ->excludes(id);
   AddCurveInputOptions(command, options.input);

@@ -52,11 +52,15 @@ std::string PlainGeometryName(std::string_view name) {
   return plain;
 }
 
+// The parts of a list, without the blanks about them.
 std::vector<std::string> Split(std::string_view text, char separator) {
   std::vector<std::string> parts;
   for (std::size_t begin = 0; begin <= text.size();) {
     const std::size_t end = std::min(text.find(separator, begin), text.size());
-    parts.emplace_back(text.substr(begin, end - begin));
+    std::string_view part = text.substr(begin, end - begin);
+    while (part.starts_with(' ')) part.remove_prefix(1);
+    while (part.ends_with(' ')) part.remove_suffix(1);
+    parts.emplace_back(part);
     begin = end + 1;
   }
   return parts;

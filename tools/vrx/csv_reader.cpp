@@ -26,10 +26,13 @@ std::string_view Trimmed(std::string_view text) {
   return text;
 }
 
-// A text for a message: in quotes, not too long.
-std::string Quoted(std::string_view text) {
+// A text for a message: not too long, and without characters that a terminal obeys.
+std::string Shown(std::string_view text) {
   constexpr std::size_t kLongest = 40;
-  return "\"" + std::string(text.substr(0, kLongest)) + (text.size() > kLongest ? "...\"" : "\"");
+  std::string shown(text.substr(0, kLongest));
+  std::ranges::replace_if(
+      shown, [](char c) { return (c >= '\0' && c < ' ') || c == 0x7F; }, '?');
+  return text.size() > kLongest ? shown + "..." : shown;
 }
 
 // Length of the UTF-8 sequence at the start of `text`; 0 when it is not valid.
@@ -253,7 +256,7 @@ double CsvReader::SlowNumber() {
   const std::string_view text = Trimmed(RawField());
   double value = 0;
   if (text.empty()) Fail("the field is empty; a number is expected");
-  if (!ParseDecimal(text, decimalSeparator_, value)) Fail(Quoted(text) + " is not a number");
+  if (!ParseDecimal(text, decimalSeparator_, value)) Fail("\"" + Shown(text) + "\" is not a number");
   return value;
 }
 
@@ -292,7 +295,8 @@ void CsvReader::Fail(const std::string& reason) const {
 }
 
 void CsvReader::FailAt(std::size_t column, const std::string& reason) const {
-  const std::string heading = column < header_.size() ? " (" + header_[column] + ")" : std::string();
+  const bool isNamed = column < header_.size() && !header_[column].empty();
+  const std::string heading = isNamed ? " (" + Shown(header_[column]) + ")" : std::string();
   throw InputError(Place() + ", column " + std::to_string(column + 1) + heading + ": " + reason);
 }
 

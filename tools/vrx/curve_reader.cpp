@@ -7,6 +7,7 @@
 
 #include <vrxmath/foundation/numbers.h>
 
+#include "tools/vrx/command.h"
 #include "tools/vrx/decimal.h"
 
 namespace vrx::tool {
@@ -108,7 +109,10 @@ void CurveReader::MakeGrid(const std::vector<double>& wavelengths) {
 }
 
 bool CurveReader::Next(CurveRow& row) {
-  if (!csv_.Next()) return false;
+  if (!csv_.Next()) {
+    if (rows_ == 0) throw InputError(csv_.Name() + ": there is no row");
+    return false;
+  }
   ++rows_;
   row.id = row.name = {};
   row.geometry = kNoGeometry;

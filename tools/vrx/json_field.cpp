@@ -26,13 +26,29 @@ std::string TextOf(double number) {
 }
 
 std::string ReadWhole(const std::string& path) {
-  constexpr uint64_t kLargestFile = uint64_t{1} << 28;
+  constexpr std::size_t kLargestFile = std::size_t{1} << 28;
+  constexpr std::size_t kChunk = std::size_t{1} << 20;
   FileReader reader;
   if (!reader.Open(path)) throw InputError(path + ": " + reader.GetError());
-  if (reader.Remaining() > kLargestFile) throw InputError(path + ": larger than 256 MiB");
-  std::string text(reader.Remaining(), '\0');
-  text.resize(reader.Read(std::as_writable_bytes(std::span(text))));
+  std::string text;
+  std::size_t got = kChunk;
+  while (got == kChunk) {
+    const std::size_t used = text.size();
+    if (used > kLargestFile) throw InputError(path + ": larger than 256 MiB");
+    text.resize(used + kChunk);
+    got = reader.Read(std::as_writable_bytes(std::span(text).subspan(used)));
+    text.resize(used + got);
+  }
   return text;
+}
+
+// Where a text ceases to be JSON, in words.
+std::string WhereJsonEnds(std::string_view text, std::size_t offset) {
+  const std::string_view before = text.substr(0, offset);
+  const std::size_t lineStart = before.rfind('\n') + 1;  // 0 in the first line
+  return ", line " + std::to_string(1 + std::count(before.begin(), before.end(), '\n')) + ", column " +
+         std::to_string(offset - lineStart + 1) +
+         (offset == text.size() ? ": the file ends too early" : ": this is not JSON");
 }
 
 }  // namespace
@@ -42,9 +58,8 @@ JsonDocument::JsonDocument(const std::string& path) : name_(path) {
   try {
     root_ = nlohmann::json::parse(text);
   } catch (const nlohmann::json::parse_error& error) {
-    const auto before = text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
-    throw InputError(path + ", line " + std::to_string(1 + std::count(text.begin(), before, '\n')) +
-                     ": this is not JSON");
+    const std::size_t offset = std::min(std::max<std::size_t>(error.byte, 1) - 1, text.size());
+    throw InputError(path + WhereJsonEnds(text, offset));
   } catch (const nlohmann::json::out_of_range&) {
     throw InputError(path + ": a number is beyond the range of doubles");
   }

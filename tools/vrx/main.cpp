@@ -6,6 +6,7 @@
 #include <exception>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <vrxmath/platform/message_box.h>
 
@@ -33,6 +34,13 @@ int ShowHelp(const CLI::App& app, const CLI::ParseError& request) {
   return std::cout ? kExitPass : Complain("cannot write to standard output");
 }
 
+// What stands where something else is missing, such as a misspelt command.
+std::string Misunderstood(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> rest = app.remaining(true);
+  const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+  return isMissing && !rest.empty() ? "; \"" + rest.front() + "\" is not known" : "";
+}
+
 int Run(int argc, char** argv) {
   int status = kExitPass;
   CLI::App app{"From measured reflectance curves to colour values, differences and verdicts.", "vrx"};
@@ -44,7 +52,7 @@ int Run(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return ShowHelp(app, error);
-    return Complain(std::string(error.what()) + "\nRun with --help for more information.");
+    return Complain(error.what() + Misunderstood(app, error) + "\nRun with --help for more information.");
   }
   return status;
 }

@@ -16,8 +16,14 @@ namespace vrx::tool {
 void AddFormatOption(CLI::App& command, Format& format) {
   static const std::map<std::string, Format> kNames{
       {"table", Format::kTable}, {"csv", Format::kCsv}, {"json", Format::kJson}};
+  const auto toNumber = [](std::string& text) -> std::string {
+    const auto found = kNames.find(CLI::detail::to_lower(text));
+    if (found == kNames.end()) return "\"" + text + "\" is none of table, csv and json";
+    text = std::to_string(static_cast<int>(found->second));
+    return {};
+  };
   command.add_option("--format", format, "How the results are written: table, csv or json")
-      ->transform(CLI::CheckedTransformer(kNames, CLI::ignore_case).description(""))
+      ->transform(CLI::Validator(toNumber, ""))
       ->option_text("table|csv|json [table]");
 }
 
@@ -222,6 +228,11 @@ class JsonRows final : public RowWriter {
   std::size_t column_ = 0;
 };
 
+// Line ends and what a terminal obeys: neither may break a table.
+bool IsControl(char c) {
+  return (c >= '\0' && c < ' ') || c == 0x7F;
+}
+
 // Characters that a UTF-8 text takes on a screen, taking each code point for one.
 std::size_t DisplayWidth(std::string_view text) {
   return static_cast<std::size_t>(
@@ -239,7 +250,12 @@ class TableRows final : public RowWriter {
       widths_.push_back(DisplayWidth(column.heading));
     }
   }
-  void Text(std::string_view text, Tint tint) override { Put({text, tint, false}); }
+  void Text(std::string_view text, Tint tint) override {
+    if (std::ranges::none_of(text, IsControl)) return Put({text, tint, false});
+    std::string plain(text);
+    std::ranges::replace_if(plain, IsControl, ' ');
+    Put({plain, tint, false});
+  }
   void Number(double value, Tint tint) override {
     char text[kLongestFixed];
     Put({{text, WriteFixed(value, columns_[column_].decimals, text)}, tint, true});

@@ -42,8 +42,11 @@ SettingValue ValueFrom(const std::string& text, bool asText) {
   int32_t number = 0;
   const char* end = text.data() + text.size();
   const auto parsed = std::from_chars(text.data(), end, number);
-  if (!asText && parsed.ec == std::errc() && parsed.ptr == end) return number;
-  return CString::FromUtf8(text);
+  if (asText || parsed.ptr != end) return CString::FromUtf8(text);
+  if (parsed.ec == std::errc::result_out_of_range) {
+    throw InputError(text + " is beyond the 32 bits of an integer; --text stores it as text");
+  }
+  return parsed.ec == std::errc() ? SettingValue(number) : CString::FromUtf8(text);
 }
 
 void RunGet(const SettingsOptions& options) {
@@ -80,8 +83,13 @@ void RunList(const SettingsOptions& options) {
   for (const SettingsEntry& entry : OpenSection(options.section).List()) {
     rows->Text(SectionName(entry.key, rootDepth));
     rows->Text(entry.name.ToUtf8());
-    rows->Text(std::holds_alternative<CString>(entry.value) ? "text" : "integer");
-    rows->Text(ValueText(entry.value));
+    const auto* number = std::get_if<int32_t>(&entry.value);
+    rows->Text(number != nullptr ? "integer" : "text");
+    if (number != nullptr && options.format == Format::kJson) {
+      rows->Integer(*number);
+    } else {
+      rows->Text(ValueText(entry.value));
+    }
     rows->EndRow();
   }
   rows->Finish();
@@ -118,6 +126,12 @@ void AddSettings(CLI::App& app, int& status) {
   AddAction(get, options, RunGet, status);
   AddAction(set, options, RunSet, status);
   AddAction(list, options, RunList, status);
+  get->footer("Example:\n  vrx settings get Diagnostics \"Color Sensor\"\n");
+  set->footer(
+      "Examples:\n"
+      "  vrx settings set Diagnostics General 2\n"
+      "  vrx settings set Import Decimals 2 --text\n");
+  list->footer("Examples:\n  vrx settings list\n  vrx settings list Diagnostics --format json\n");
   command->footer(
       "Examples:\n"
       "  vrx settings list\n"

@@ -235,7 +235,7 @@ void AddSwatch(CLI::App& app, int& status) {
       ->required()
       ->option_text("FILE.png|FILE.svg");
   auto* id = command->add_option("--standard-id", options->standardId, "Which row is the standard");
-  id->option_text("ID [the first row]");
+  id->option_text("ID [the first row]")->check(RefuseEmpty);
   command->add_flag("--pairs", options->pairs, "Each trial beside the standard of the same id")->excludes(id);
   AddViewingOptions(*command, options->viewing, "D65,A,CWF");
   AddSystemOptions(*command, options->system, "cmc");

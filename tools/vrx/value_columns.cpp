@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tools/vrx/command.h"
 #include "tools/vrx/conditions.h"
 
 namespace vrx::tool {
@@ -36,7 +37,10 @@ ValueRows::ValueRows(CsvReader& csv, std::vector<std::string_view> names, std::s
 }
 
 bool ValueRows::Next() {
-  if (!csv_.Next()) return false;
+  if (!csv_.Next()) {
+    if (rows_ == 0) throw InputError(csv_.Name() + ": there is no row");
+    return false;
+  }
   id_ = rowNumber_ = std::to_string(++rows_);
   for (const std::ptrdiff_t column : columns_) {
     if (column == kId) {
