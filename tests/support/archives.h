@@ -45,6 +45,14 @@ void Load(T& value, std::span<const std::byte> bytes) {
   value.Serialize(archive);
 }
 
+/// The archive form of a record without a count, whose elements stand one after the other.
+template <class T>
+struct ValuesForm {
+  T record;
+  void Serialize(CArchive& archive) { record.SerializeValues(archive); }
+  bool operator==(const ValuesForm&) const = default;
+};
+
 /// The cause of the archive exception that `action` raises; 0 when it raises none.
 template <class Action>
 int ArchiveFailure(Action action) {
