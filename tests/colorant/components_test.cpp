@@ -245,9 +245,8 @@ TEST(Components, Names) {
     int32_t kind, model;
     const char* name;
   };
-  const Row rows[] = {{0, 0, "Colorant"}, {1, 0, "Base"},     {1, 5, "Base"},      {1, 1, "Resin"},
-                      {1, 8, "Resin"},    {2, 0, "Additive"}, {8, 3, "Cal White"}, {9, 3, "Cal Black"},
-                      {3, 0, "Unknown"},  {-1, 0, "Unknown"}};
+  const Row rows[] = {{0, 0, "Colorant"}, {1, 5, "Base"},      {1, 1, "Resin"},     {1, 8, "Resin"},
+                      {2, 0, "Additive"}, {8, 3, "Cal White"}, {9, 3, "Cal Black"}, {-1, 0, "Unknown"}};
   for (const Row& row : rows)
     EXPECT_EQ(ComponentKindName(row.kind, row.model).ToUtf8(), row.name) << row.kind;
   EXPECT_EQ(OpticalModelName(4).ToUtf8(), "Filter|Beer's Law");

@@ -179,49 +179,38 @@ TEST(GePqs2, ColumnsByHand) {
 }
 
 TEST(EffectPaintSystems, EveryBranch) {
-  // dE* = (dL 0.6, da 0.3, db -0.4), so that each term shows which weights were used.
+  // dE* = (dL 0.6, da 0.3, db -0.4), so that each term shows which weights were used: of lightness, and of da*
+  // and db* or, where the difference counts as polar, of dC* and dH*.
   struct Row {
     const char* label;
     bool din;
-    double L, C, h, angle, expected;
+    double L, C, h, angle;
+    bool polar;
+    double SL, S1, S2;
   };
-  const auto rss = [](double x, double y, double z) { return std::sqrt(x * x + y * y + z * z); };
-  const auto chroma = [](const CDeltaValues& d) { return d[4]; };
+  const double third = 1.0 / 3.0, root17 = std::sqrt(17.99), root18 = std::sqrt(18.0);
   const Row rows[] = {
-      // Audi: SL = 0.11 sqrt(25) + 22.5/45 = 1.05
-      {"Audi red below 10 degrees", false, 25, 36, 9.99, 45, rss(0.3 / 0.5, 0.6 / 1.05, 0.4 / 0.5)},
-      {"Audi dark red at 12 degrees is polar", false, 25, 36, 12, 45, -1},
-      {"Audi light red at 12 degrees", false, 36, 36, 12, 45, rss(0.3 / 0.5, 0.6 / 1.16, 0.4 / 0.5)},
-      {"Audi angle 0 counts as 1", false, 25, 36, 5, 0, rss(0.3 / 0.5, 0.6 / (0.55 + 22.5), 0.4 / 0.5)},
-      // DIN 6175-2: SL = 0.15 sqrt(25) + 31.5/45 = 1.45
-      {"DIN grey", true, 25, 9.99, 100, 45, rss(0.3 / 0.7, 0.6 / 1.45, 0.4 / 0.7)},
-      {"DIN pale, hue 27", true, 25, 17.99, 27, 45, rss(0.3 / 0.7, 0.6 / 1.45, 0.4 / 0.7)},
-      {"DIN pale, hue below 27 is polar", true, 25, 17.99, 26.99, 45, -1},
-      {"DIN chromatic is polar", true, 25, 18, 27, 45, -1},
+      {"Audi red below 10 degrees", false, 25, 36, 9.99, 45, false, 1.05, 0.5, 0.5},
+      {"Audi dark red at 12 degrees", false, 25, 36, 12, 45, true, 1.05, 0.79 + 2 * third, 0.4 + third},
+      {"Audi light red at 12 degrees", false, 36, 36, 12, 45, false, 1.16, 0.5, 0.5},
+      {"Audi angle 0 counts as 1", false, 25, 36, 5, 0, false, 23.05, 0.5, 0.5},
+      {"DIN grey", true, 25, 9.99, 100, 45, false, 1.45, 0.7, 0.7},
+      {"DIN pale, hue 27", true, 25, 17.99, 27, 45, false, 1.45, 0.7, 0.7},
+      {"DIN pale, hue below 27", true, 25, 17.99, 26.99, 45, true, 1.45, 0.48 * root17 - 1.75 + 42.0 / 45,
+       0.14 * root17 - 0.3 + 21.0 / 45},
+      {"DIN chromatic", true, 25, 18, 27, 45, true, 1.45, 0.48 * root18 - 1.75 + 42.0 / 45,
+       0.14 * root18 - 0.3 + 21.0 / 45},
   };
   for (const Row& row : rows) {
     const CLabValues standard = FromPolar(row.L, row.C, row.h);
-    CLabValues sample = MakeLab(row.L + 0.6, standard[1] + 0.3, standard[2] - 0.4);
-    CDeltaValues delta = Eab(standard, sample);
-    const double dC = chroma(delta), dH = delta[5];
-    const double f = row.angle == 0.0 ? 1.0 : row.angle;
-    double expected = row.expected;
-    if (expected < 0.0 && row.din) {
-      const double SL = std::max(0.15 * std::sqrt(row.L) + 31.5 / f, 0.7);
-      const double SC = std::max(0.48 * std::sqrt(row.C) - 0.35 * std::sqrt(row.L) + 42 / f, 0.7);
-      const double SH = 0.14 * std::sqrt(row.C) + 0.7 - 0.2 * std::sqrt(row.L) + 21 / f;
-      expected = rss(dC / SC, 0.6 / SL, dH / SH);
-    } else if (expected < 0.0) {
-      const double SC = 0.34 * std::sqrt(row.C) - 0.25 * std::sqrt(row.L) + 30 / f;
-      const double SH = 0.1 * std::sqrt(row.C) + 0.5 - 0.14 * std::sqrt(row.L) + 15 / f;
-      expected = rss(dC / SC, 0.6 / (0.11 * std::sqrt(row.L) + 22.5 / f), dH / SH);
-    }
+    CDeltaValues delta = Eab(standard, MakeLab(row.L + 0.6, standard[1] + 0.3, standard[2] - 0.4));
+    const double dC = delta[4], first = row.polar ? dC : 0.3, second = row.polar ? delta[5] : 0.4;
     if (row.din) {
       DeltaDin6175(standard, 1.0, 1.0, 1.0, row.angle, delta);
     } else {
       DeltaAudi(standard, row.angle, delta);
     }
-    EXPECT_NEAR(delta[6], expected, 1e-12) << row.label;
+    EXPECT_NEAR(delta[6], std::hypot(0.6 / row.SL, first / row.S1, second / row.S2), 1e-12) << row.label;
     EXPECT_EQ(delta[4], dC) << row.label;  // no other element changes
   }
 }
