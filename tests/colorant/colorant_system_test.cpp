@@ -49,15 +49,6 @@ CColorantSystemData FullSystem() {
   return system;
 }
 
-TEST(ColorantSystem, Defaults) {
-  const CColorantSystemData system;
-  EXPECT_EQ(system.k1, 0.04);
-  EXPECT_EQ(system.k2, 0.6);
-  EXPECT_EQ(system.valueA, 1.0);
-  EXPECT_EQ(system.count, 3);
-  EXPECT_EQ(system.angles.GetCount(), 1);
-}
-
 TEST(ColorantSystem, ArchiveForm) {
   const CColorantSystemData full = FullSystem();
   test::ExpectRoundTripAndTruncations(full);

@@ -8,22 +8,13 @@
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 
+#include "tests/support/colors.h"
+
 namespace vrx {
 namespace {
 
-CLabValues MakeLab(double L, double a, double b) {
-  CLabValues lab;
-  lab[0] = L, lab[1] = a, lab[2] = b;
-  ChromaHue(lab);
-  return lab;
-}
-
-CDeltaValues MakeDelta(double d0, double d1, double d2) {
-  CDeltaValues delta;
-  delta.Fill(0.0);
-  delta[0] = d0, delta[1] = d1, delta[2] = d2;
-  return delta;
-}
+using test::MakeDelta;
+using test::MakeLab;
 
 CReflDataArray Curves(std::vector<double> levels) {
   CReflDataArray curves;
@@ -67,9 +58,6 @@ TEST(Shade, CodesAndColours) {
 
 TEST(Evaluation, NormalizeAndConditions) {
   CVarexCalc calc;
-  EXPECT_EQ(calc.observer, kObserverNotSet);
-  EXPECT_EQ(calc.illuminants.GetSize(), 0);
-  EXPECT_EQ(calc.boxTolerances.GetSize(), 1);
   calc.method = 5;
   calc.Normalize();
   EXPECT_EQ(calc.method, 0);
@@ -228,17 +216,6 @@ TEST(Evaluation, HueLimitsAreChordsOnTheCircleOfTheStandard) {
   }
 }
 
-TEST(Evaluation, ResizingKeepsAndSizesTolerances) {
-  CVarexCalc calc;
-  calc.angles.SetCodes(3);
-  calc.boxTolerances.SetAngleCount(1);
-  calc.boxTolerances[0][0][0][6] = 9.0;
-  calc.ResizeTolerances(3);
-  EXPECT_EQ(calc.boxTolerances[0][0][0][6], 9.0);
-  EXPECT_EQ(calc.boxTolerances[2].GetSize(), 3);
-  EXPECT_THROW(calc.ResizeTolerances(-1), CInvalidArgException);
-}
-
 TEST(Evaluation, EllipsoidsDecideWhereTheyAreAskedTo) {
   CVarexCalc calc;
   calc.Normalize();
@@ -279,6 +256,8 @@ TEST(Evaluation, EllipsoidsDecideWhereTheyAreAskedTo) {
   calc.method = vrxSystemLab;
   calc.ResizeTolerances(3);
   EXPECT_EQ(calc.ellipseTolerances[2][1][0], CEllipseData());
+  EXPECT_EQ(calc.boxTolerances[2].GetSize(), 2);
+  EXPECT_THROW(calc.ResizeTolerances(-1), CInvalidArgException);
 }
 
 }  // namespace

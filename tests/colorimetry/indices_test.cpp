@@ -42,16 +42,13 @@ TEST(Indices, KnownAnswers) {
       {"Whiteness: ASTM E313-1973", direct, C, 0, 56.696},
       {"Whiteness: ASTM E313-1973", direct, C, 1, kNone},
       {"Whiteness: ASTM E313-1973", direct, D65, 0, kNone},
-      {"Whiteness: ASTM E313-1973", recalculated, C, 0, 56.696},
       {"Whiteness: ASTM E313-1973", recalculated, D65, 0, 83.4590934},
       {"Whiteness: Taube", direct, C, 0, 56.2728},
       {"Whiteness: Taube", direct, A, 0, kNone},
       {"Whiteness: Taube", recalculated, D65, 0, 82.9995563},
       {"Whiteness: Berger", direct, D65, 0, 86.2},
       {"Whiteness: Berger", direct, D65, 1, 89.896},
-      {"Whiteness: Berger", direct, D65, 2, kNone},
       {"Whiteness: Berger", direct, C, 0, kNone},
-      {"Whiteness: Berger", recalculated, D65, 0, 86.2},
       {"Whiteness: Berger", recalculated, C, 0, 71.0832194},
       // Sample: x = 80/257, y = 85/257. E313-20 whites: 0.3101, 0.3161 (C), 0.3127, 0.3290 (D65).
       {"Whiteness: ASTM E313-20", direct, C, 0, 59.1659533},
@@ -59,10 +56,8 @@ TEST(Indices, KnownAnswers) {
       {"Whiteness: ASTM E313-20", direct, D65, 1, 87.4559533},
       {"Whiteness: ASTM E313-20", direct, D50, 1, 163.0259533},
       {"Whiteness: ASTM E313-20", direct, A, 0, kNone},
-      {"Whiteness: ASTM E313-20", recalculated, D65, 1, 87.4559533},
       {"Whiteness: CIE", direct, C, 0, kNone},
       {"Whiteness: CIE", direct, D65, 0, 83.2365666},
-      {"Whiteness: CIE", recalculated, D65, 0, 83.2365666},
       {"Tint: CIE", direct, D65, 0, 2.5580780},
       {"Tint: CIE", direct, D50, 0, kNone},
       {"Tint: ASTM E313-20", direct, D65, 0, 2.5464981},
@@ -75,7 +70,6 @@ TEST(Indices, KnownAnswers) {
       {"Yellowness: ASTM E313-20", direct, D65, 1, -1.9736471},
       {"Yellowness: ASTM E313-20", direct, D50, 0, kNone},
       {"Yellowness: ASTM D1925", direct, C, 0, 5.7411765},
-      {"Yellowness: ASTM D1925", recalculated, C, 0, 5.7411765},
       {"Yellowness: DIN 6167", direct, C, 0, 5.5670588},
       {"Yellowness: DIN 6167", direct, C, 1, kNone},
       {"Yellowness: DIN 6167", direct, D65, 0, -0.4658824},
@@ -160,10 +154,7 @@ TEST(Indices, ShortLabels) {
   const ColorIndex& whiteness = IndexNamed("Whiteness: CIE");
   const ColorIndex& tint = IndexNamed("Tint: CIE");
   EXPECT_EQ(IndexLabel(whiteness, IndexForm::kRecalculated), u"Whiteness: CIE (Recalc)");
-  EXPECT_EQ(IndexColumnLabel(whiteness, IndexForm::kDirect), u"WI CIE");
-  EXPECT_EQ(IndexColumnLabel(whiteness, IndexForm::kRecalculated), u"WI CIE (R)");
   EXPECT_EQ(IndexColumnLabel(tint, IndexForm::kDirect), u"Tint CIE");
-  EXPECT_EQ(IndexColumnLabel(tint, IndexForm::kRecalculated), u"Tint CIE (R)");
   EXPECT_EQ(IndexColumnLabel(IndexNamed("Whiteness: Berger"), IndexForm::kDirect), u"Whiteness: Berger");
 }
 
@@ -204,17 +195,17 @@ TEST(MetamerismIndex, IsTheDifferenceOfTheCorrectedTrial) {
   CLabValues standardLab, correctedLab;
   XyzToLab(vrxIllumT84, kObserver2, s2, standardLab);
   XyzToLab(vrxIllumT84, kObserver2, corrected, correctedLab);
-  EXPECT_NEAR(MetamerismIndex(vrxIllumD65, vrxIllumT84, kObserver2, standard, trial),
-              std::hypot(correctedLab[0] - standardLab[0], correctedLab[1] - standardLab[1],
-                         correctedLab[2] - standardLab[2]),
-              1e-10);
-  XyzToHunter(vrxIllumT84, kObserver2, s2, standardLab);
-  XyzToHunter(vrxIllumT84, kObserver2, corrected, correctedLab);
-  EXPECT_NEAR(MetamerismIndex(vrxIllumD65, vrxIllumT84, kObserver2, standard, trial,
-                              DefaultSettings(vrxSystemHunter)),
-              std::hypot(correctedLab[0] - standardLab[0], correctedLab[1] - standardLab[1],
-                         correctedLab[2] - standardLab[2]),
-              1e-10);
+  for (const int32_t system : {vrxSystemLab, vrxSystemHunter}) {
+    if (system == vrxSystemHunter) {
+      XyzToHunter(vrxIllumT84, kObserver2, s2, standardLab);
+      XyzToHunter(vrxIllumT84, kObserver2, corrected, correctedLab);
+    }
+    EXPECT_NEAR(
+        MetamerismIndex(vrxIllumD65, vrxIllumT84, kObserver2, standard, trial, DefaultSettings(system)),
+        std::hypot(correctedLab[0] - standardLab[0], correctedLab[1] - standardLab[1],
+                   correctedLab[2] - standardLab[2]),
+        1e-10);
+  }
 }
 
 TEST(ContrastRatio, IsYOverBlackByYOverWhite) {

@@ -113,7 +113,6 @@ TEST(Gradient, KnownMinima) {
   const Row rows[] = {
       {"Rosenbrock", Rosenbrock, {-1.2, 1.0}, {}, {}, {1.0, 1.0}, 1e-4},
       {"Rosenbrock, bound below its minimum", Rosenbrock, {-1.2, 1.0}, {-2, -2}, {0.5, 2}, {0.5, 0.25}, 1e-5},
-      {"Himmelblau from (0, 0)", Himmelblau, {0.0, 0.0}, {}, {}, {3.0, 2.0}, 1e-5},
       {"Himmelblau from (-4, 4)", Himmelblau, {-4.0, 4.0}, {}, {}, {-2.805118, 3.131312}, 1e-5},
       {"Beale", Beale, {1.0, 1.0}, {}, {}, {3.0, 0.5}, 1e-4},
       {"noisy bowl", NoisyBowl, {7.0, 5.0}, {}, {}, {1.0, -2.0}, 1e-2},
@@ -157,7 +156,6 @@ TEST(Griesser, LeastOfManyMinima) {
   const Row rows[] = {
       {"egg box", EggBox, {}, {-5.3, -4.1}, {4.9, 6.2}, {0.0, 0.0}, 1e-5},
       {"Beale", Beale, {}, {-4.5, -4.5}, {4.5, 4.5}, {3.0, 0.5}, 1e-4},
-      {"Rosenbrock", Rosenbrock, {}, {-2.0, -2.0}, {2.0, 2.0}, {1.0, 1.0}, 1e-4},
       {"disc", Disc, {}, {-8.0, -8.0}, {8.0, 8.0}, {0.6, 0.6}, 1e-5},
       {"bounds in the wrong order", Rosenbrock, {}, {2.0, 2.0}, {-2.0, -2.0}, {1.0, 1.0}, 1e-4},
       {"side of the box", Rosenbrock, {}, {-2.0, -2.0}, {0.5, 2.0}, {0.5, 0.25}, 1e-5},

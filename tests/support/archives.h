@@ -45,6 +45,18 @@ void Load(T& value, std::span<const std::byte> bytes) {
   value.Serialize(archive);
 }
 
+/// The archive form of a record without a count, whose elements stand one after the other.
+template <class T>
+struct ValuesForm {
+  T record;
+  void Serialize(CArchive& archive) {
+    T values = record;  // a load that fails half-way leaves the record alone
+    values.SerializeValues(archive);
+    record = values;
+  }
+  bool operator==(const ValuesForm&) const = default;
+};
+
 /// The cause of the archive exception that `action` raises; 0 when it raises none.
 template <class Action>
 int ArchiveFailure(Action action) {
@@ -72,6 +84,17 @@ void ExpectRoundTripAndTruncations(const T& value, const T& target = T()) {
   Load(read, bytes);
   EXPECT_TRUE(read == value);
   EXPECT_EQ(Stored(read), bytes);
+}
+
+/// Expects that counts up to 2^32 - 1 before a few bytes end in kEndOfFile, with `target` as it was.
+template <class T>
+void ExpectHostileCountsRefused(T target) {
+  const T before = target;
+  for (const int top : {0x00, 0x7F, 0x80, 0xFF}) {
+    const Bytes bytes = MakeBytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF, top, 1, 2, 3, 4, 5, 6, 7, 8});
+    EXPECT_EQ(ArchiveFailure([&] { Load(target, bytes); }), CArchiveException::kEndOfFile) << top;
+    EXPECT_TRUE(target == before) << top;
+  }
 }
 
 }  // namespace vrx::test

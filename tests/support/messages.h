@@ -16,8 +16,10 @@ class MessageRecorder {
  public:
   MessageRecorder() {
     SetMessageBoxHandler(
-        [](WideView text, MessageIcon, void* self) {
-          static_cast<MessageRecorder*>(self)->texts_.push_back(CString(text).ToUtf8());
+        [](WideView text, MessageIcon icon, void* self) {
+          auto* recorder = static_cast<MessageRecorder*>(self);
+          recorder->texts_.push_back(CString(text).ToUtf8());
+          recorder->lastIcon_ = icon;
         },
         this);
   }
@@ -27,9 +29,11 @@ class MessageRecorder {
 
   /// The messages since the last call.
   std::vector<std::string> Take() { return std::exchange(texts_, {}); }
+  MessageIcon LastIcon() const { return lastIcon_; }
 
  private:
   std::vector<std::string> texts_;
+  MessageIcon lastIcon_ = MessageIcon::kNone;
 };
 
 /// What one index error makes the recorder hold.

@@ -22,12 +22,15 @@ class DiagnosticLog : public testing::Test {
     support_internal::ForgetDiagModes();
   }
   int32_t StoredMode(DiagChannel channel) { return GetSettingInt(kDiagSection, DiagModeValue(channel), -99); }
-  std::string LogText() { return ReadAll(file_); }
-  std::string LastMessage() {
-    return platform_.messages.shown.empty() ? "" : platform_.messages.shown.back().first;
+  std::string LogText() { return directory_.Read(file_); }
+  // What was shown since the last call, as one text.
+  std::string Shown() {
+    std::string all;
+    for (const std::string& text : platform_.messages.Take()) all += text;
+    return all;
   }
 
-  TemporaryDirectory directory_;
+  test::TemporaryFolder directory_;
   std::string file_ = directory_ / "VrxDebug.txt";
   FakePlatform platform_;
 };
@@ -39,7 +42,7 @@ TEST_F(DiagnosticLog, AModeNeverSetIsStoredAsOff) {
     EXPECT_FALSE(DiagIsEnabled(channel));
     DiagWrite("lost", channel);
   }
-  EXPECT_TRUE(platform_.messages.shown.empty());
+  EXPECT_EQ(Shown(), "");
 }
 
 TEST_F(DiagnosticLog, ModesDecideWhatBecomesOfAMessage) {
@@ -55,11 +58,10 @@ TEST_F(DiagnosticLog, ModesDecideWhatBecomesOfAMessage) {
   for (const Row& row : rows) {
     SetMode(row.mode);
     std::filesystem::remove(file_);
-    platform_.messages.shown.clear();
     EXPECT_EQ(DiagIsEnabled(DiagChannel::kGeneral), row.enabled) << row.mode;
     DiagWrite("100%s\n", DiagChannel::kGeneral);
     EXPECT_EQ(LogText(), row.written ? "100%s\r\n" : "") << row.mode;
-    EXPECT_EQ(LastMessage(), row.shown ? "100%s\n" : "") << row.mode;
+    EXPECT_EQ(Shown(), row.shown ? "100%s\n" : "") << row.mode;
   }
 }
 
@@ -101,12 +103,10 @@ TEST_F(DiagnosticLog, TraceTexts) {
   EXPECT_EQ(LogText().substr(0, 64), "RcvBuff = Time(ms) -1, Allowed -1, Sep ||, Return Error 7\r\n    R");
   EXPECT_TRUE(LogText().ends_with("    Rcv Data  9 |m|\r\n    Rcv Data 10 ||\r\n"));
   SetMode(0);
+  std::filesystem::remove(file_);
   TraceSend("silent", 0);
   TraceReceive("silent", 0, 0, 0, "");
-  EXPECT_EQ(LogText().find("silent"), std::string::npos);
-}
-
-TEST_F(DiagnosticLog, EveryControlCharacterIsMadeVisible) {
+  EXPECT_EQ(LogText(), "");
   for (int c = 0; c < 256; ++c) {
     std::string text(1, static_cast<char>(c));
     MakeVisible(text);
@@ -116,14 +116,13 @@ TEST_F(DiagnosticLog, EveryControlCharacterIsMadeVisible) {
 
 TEST_F(DiagnosticLog, AFileThatGrewTooLongIsDeletedAndTheDiagnosticsGoOff) {
   SetMode(5);
-  WriteAll(file_, std::string(0x100000, 'x'));
+  directory_.Write(file_, std::string(0x100000, 'x'));
   DiagWrite("y", DiagChannel::kGeneral);  // just within the limit
   EXPECT_EQ(LogText().size(), 0x100001u);
   DiagWrite("lost", DiagChannel::kGeneral);
   EXPECT_FALSE(std::filesystem::exists(file_));
-  ASSERT_EQ(platform_.messages.shown.size(), 1u);
-  EXPECT_EQ(LastMessage(), file_ + " deleted");
-  EXPECT_EQ(platform_.messages.shown[0].second, MessageIcon::kInformation);
+  EXPECT_EQ(Shown(), file_ + " deleted");
+  EXPECT_EQ(platform_.messages.LastIcon(), MessageIcon::kInformation);
   for (const DiagChannel channel : kChannels) {
     EXPECT_EQ(StoredMode(channel), 0);
     EXPECT_EQ(DiagGetMode(channel), 0);
@@ -167,23 +166,23 @@ TEST_F(DiagnosticLog, WhatCannotBeWrittenLosesTheMessageOnly) {
   DiagWrite("a directory in its place\n", DiagChannel::kGeneral);
   EXPECT_TRUE(std::filesystem::is_empty(file_));
   EXPECT_EQ(DiagGetMode(DiagChannel::kGeneral), 2);
-  EXPECT_TRUE(platform_.messages.shown.empty());
+  EXPECT_EQ(Shown(), "");
 }
 
 TEST_F(DiagnosticLog, SwitchingTellsTheUserAndLeavesTheProcessAlone) {
   CStringArray1 texts;
   for (const WideChar* text : {u"off", u"box", u"file", u"restart"}) texts.Add(text);
   EXPECT_EQ(DiagGetMode(DiagChannel::kGeneral), 0);
-  for (const char* message : {"off\n\n", "box\n\n", "file\n    /log/VrxDebug.txt\n\n"}) {
-    const auto mode = static_cast<uint32_t>(platform_.messages.shown.size());
+  const char* messages[] = {"off\n\n", "box\n\n", "file\n    /log/VrxDebug.txt\n\n"};
+  for (uint32_t mode = 0; mode < 3; ++mode) {
     SetGeneralDiagMode(mode, texts, u"/log/");
-    EXPECT_EQ(LastMessage(), message);
+    EXPECT_EQ(Shown(), messages[mode]);
     EXPECT_EQ(StoredMode(DiagChannel::kGeneral), static_cast<int32_t>(mode));
   }
   EXPECT_EQ(GetSettingString(kDiagSection, kDiagPathValue, u""), u"/log/");
   EXPECT_EQ(DiagGetMode(DiagChannel::kGeneral), 0);
   SetGeneralDiagMode(3, texts, u"/other/");
-  EXPECT_EQ(platform_.messages.shown.size(), 3u);
+  EXPECT_EQ(Shown(), "");
 
   const std::pair<int32_t, int32_t> nextModes[] = {{-1, 0}, {0, 1},  {1, 2},        {2, 0},
                                                    {5, 0},  {-5, 2}, {INT32_MAX, 2}};
@@ -191,7 +190,7 @@ TEST_F(DiagnosticLog, SwitchingTellsTheUserAndLeavesTheProcessAlone) {
     SetSettingInt(kDiagSection, u"Color Sensor", stored);
     CycleSensorDiagMode(texts, u"/sensor/");
     EXPECT_EQ(StoredMode(DiagChannel::kColorSensor), next) << stored;
-    EXPECT_EQ(LastMessage(),
+    EXPECT_EQ(Shown(),
               texts[next].ToUtf8() + (next == 2 ? "\n    /sensor/VrxDebug.txt" : "") + "\n\nrestart");
   }
 }

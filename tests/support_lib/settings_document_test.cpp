@@ -27,13 +27,11 @@ TEST(SettingsDocument, EntriesThatFollowTheFormat) {
     const char* value;
   };
   const Row rows[] = {
-      {"A = 12", u"A", "12"},
       {"a=12", u"A", "12"},
       {"  Color Sensor\t=  -1  ", u"color sensor", "-1"},
       {"A = 4294967295", u"A", "-1"},
       {"A = -2147483648\r", u"A", "-2147483648"},
       {"A = \"\"", u"A", "\"\""},
-      {"A = \"12\"", u"A", "\"12\""},
       {"A = \"C:\\\\log\\\\ \"  ", u"A", "\"C:\\log\\ \""},
       {"A = \"x\\\"\\n\\t\\u00e9\"", u"A", "\"x\"\n\t\u00E9\""},
       {"A = \"\xD0\xAF\"", u"A", "\"\xD0\xAF\""},
@@ -52,17 +50,13 @@ TEST(SettingsDocument, ADamagedLineCostsItselfOnly) {
   const std::string lines[] = {
       "A",
       "A =",
-      "A = x",
       "A = 1 2",
-      "A = 1x",
       "A = 0x1",
       "A = 4294967296",
       "A = -2147483649",
-      "A = 99999999999999999999",
       "A = 1.5",
       "A = \"",
       "A = \"x",
-      "A = \"x\" y",
       "A = \"x\\",
       "A = \"C:\\log\"",
       "A = \"\\u12\"",
@@ -75,7 +69,6 @@ TEST(SettingsDocument, ADamagedLineCostsItselfOnly) {
       "[software//Key]\nA = 1",
       "[]\nA = 1",
       "[software/Key\nA = 1",
-      "[software/Key] x\nA = 1",
       "[" + std::string(kMaxKeyName + 1, 'k') + "]\nA = 1",
   };
   for (const std::string& line : lines) {
@@ -92,37 +85,21 @@ TEST(SettingsDocument, ADamagedLineCostsItselfOnly) {
 TEST(SettingsDocument, HostileNamesAndTextsComeBack) {
   std::u16string all;
   for (WideChar c = 0; c < 0x180; ++c) all += c;
-  const std::u16string texts[] = {all,
-                                  u"",
-                                  u" ",
-                                  u"  a  ",
-                                  u"#",
-                                  u"[a]",
-                                  u"a=b",
-                                  u"\"",
-                                  u"\\",
-                                  u"\xD800",
-                                  u"a\xDC00z",
-                                  u"\xDC00\xD800",
-                                  u"\xD83D\xDE00",
-                                  u"\xFEFF",
-                                  u"/",
-                                  u"]",
-                                  u"\u2028"};
+  const std::u16string texts[] = {all,      u"", u" ", u"  a  ", u"\xD800", u"a\xDC00z", u"\xDC00\xD800",
+                                  u"\xFEFF"};
+  const auto keyOf = [](WideView text) {
+    return SettingsPath{u"software", text.empty() ? CString(u"-") : CString(text.substr(0, 255))};
+  };
   SettingsDocument document;
   for (const std::u16string& text : texts) {
-    const SettingsPath key = {u"software",
-                              text.empty() ? CString(u"-") : CString(WideView(text).substr(0, 255))};
-    document.Set(key, text, CString(WideView(text)));
+    document.Set(keyOf(text), text, CString(WideView(text)));
     document.Set(kKey, text, 7);
   }
   const SettingsDocument again = SettingsDocument::Parse(document.Format());
   EXPECT_FALSE(again.IsDamaged());
   EXPECT_EQ(again.Format(), document.Format());
   for (const std::u16string& text : texts) {
-    const SettingsPath key = {u"software",
-                              text.empty() ? CString(u"-") : CString(WideView(text).substr(0, 255))};
-    const SettingValue* value = again.Find(key, text);
+    const SettingValue* value = again.Find(keyOf(text), text);
     ASSERT_NE(value, nullptr);
     EXPECT_EQ(std::get<CString>(*value), WideView(text));
     EXPECT_EQ(Shown(again.Find(kKey, text)), "7");
@@ -148,17 +125,20 @@ TEST(SettingsDocument, AChangeTouchesOneLine) {
 }
 
 TEST(SettingsDocument, NamesAreComparedWithoutCase) {
-  const std::pair<WideView, WideView> same[] = {{u"Color Sensor", u"COLOR sensor"},
-                                                {u"\u00E4\u00F6\u00FC\u00FF", u"\u00C4\u00D6\u00DC\u0178"},
-                                                {u"\u0161\u017E\u0142", u"\u0160\u017D\u0141"},
-                                                {u"\u03B1\u03C9\u03CC", u"\u0391\u03A9\u038C"},
-                                                {u"\u044F\u0451\u0491", u"\u042F\u0401\u0490"},
-                                                {u"\u1EBF\uFF41", u"\u1EBE\uFF21"}};
-  for (const auto& [a, b] : same) EXPECT_TRUE(EqualWithoutCase(a, b)) << CString(a).ToUtf8();
-  const std::pair<WideView, WideView> different[] = {{u"a", u"b"},           {u"a", u"a "},
-                                                     {u"{", u"["},           {u"\u00F7", u"\u00D7"},
-                                                     {u"\u0148", u"\u0149"}, {u"i", u"\u0130"}};
-  for (const auto& [a, b] : different) EXPECT_FALSE(EqualWithoutCase(a, b)) << CString(a).ToUtf8();
+  struct Row {
+    WideView a, b;
+    bool same;
+  };
+  const Row rows[] = {{u"Color Sensor", u"COLOR sensor", true},
+                      {u"\u00E4\u00FF\u0161\u0142", u"\u00C4\u0178\u0160\u0141", true},
+                      {u"\u03B1\u03CC\u044F\u0451\u0491", u"\u0391\u038C\u042F\u0401\u0490", true},
+                      {u"\u1EBF\uFF41", u"\u1EBE\uFF21", true},
+                      {u"a", u"a ", false},
+                      {u"{", u"[", false},
+                      {u"\u00F7", u"\u00D7", false},
+                      {u"\u0148", u"\u0149", false},
+                      {u"i", u"\u0130", false}};
+  for (const Row& row : rows) EXPECT_EQ(EqualWithoutCase(row.a, row.b), row.same) << CString(row.a).ToUtf8();
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ class Settings : public testing::Test {
   Settings() { SetSettingsStore(&store_); }
   ~Settings() override { SetSettingsStore(nullptr); }
 
-  TemporaryDirectory directory_;
+  test::TemporaryFolder directory_;
   std::string config_ = directory_ / "config";
   std::string file_ = directory_ / "config/ostrel/settings.conf";
   FileSettingsStore store_{[this] { return config_; }};
@@ -57,7 +57,7 @@ TEST_F(Settings, OpeningMakesTheKeys) {
   }
   EXPECT_FALSE(SetSettingInt(u"", std::u16string(kMaxValueName + 1, u'n'), 1));
   EXPECT_TRUE(SetSettingInt(u"One", u"Color Sensor", 2));
-  EXPECT_EQ(ReadAll(file_).substr(ReadAll(file_).find('[')),
+  EXPECT_EQ(directory_.Read(file_).substr(directory_.Read(file_).find('[')),
             "[software/Ostrel/Pemble/One/Two]\n"
             "\n[software/Ostrel/Pemble/One]\nColor Sensor = 2\n");
   struct stat status = {};
@@ -67,13 +67,13 @@ TEST_F(Settings, OpeningMakesTheKeys) {
 
 TEST_F(Settings, ADamagedFileIsKeptAside) {
   ASSERT_TRUE(SetSettingInt(u"S", u"A", 1));
-  std::string damaged = ReadAll(file_) + "B = oops\nC = 3\n";
+  std::string damaged = directory_.Read(file_) + "B = oops\nC = 3\n";
   for (const char* aside : {".damaged-1", ".damaged-2"}) {
-    WriteAll(file_, damaged);
+    directory_.Write(file_, damaged);
     EXPECT_EQ(GetSettingInt(u"S", u"B", 42), 42);
     EXPECT_EQ(GetSettingInt(u"S", u"C", 42), 3);
     EXPECT_TRUE(SetSettingInt(u"S", u"A", 2));
-    EXPECT_EQ(ReadAll(file_ + aside), damaged);
+    EXPECT_EQ(directory_.Read(file_ + aside), damaged);
     EXPECT_EQ(GetSettingInt(u"S", u"A", 42), 2);
     EXPECT_EQ(GetSettingInt(u"S", u"C", 42), 3);
     damaged += std::string("\0\xFF[", 3);
@@ -88,7 +88,7 @@ TEST_F(Settings, ALinkedFileStaysLinked) {
   std::filesystem::create_symlink(directory_ / "elsewhere", file_);
   EXPECT_TRUE(SetSettingInt(u"S", u"A", 2));
   EXPECT_TRUE(std::filesystem::is_symlink(file_));
-  EXPECT_NE(ReadAll(directory_ / "elsewhere").find("A = 2"), std::string::npos);
+  EXPECT_NE(directory_.Read(directory_ / "elsewhere").find("A = 2"), std::string::npos);
 }
 
 TEST_F(Settings, APlaceThatCannotBeUsedGivesDefaults) {
@@ -98,7 +98,7 @@ TEST_F(Settings, APlaceThatCannotBeUsedGivesDefaults) {
            CurrentSettingsStore().List({u"software"}).empty();
   };
   const std::string usable = config_;
-  WriteAll(directory_ / "plain", "");
+  directory_.Write(directory_ / "plain", "");
   for (const std::string& place :
        {std::string(), directory_ / "missing/config", directory_ / "plain/config"}) {
     config_ = place;
@@ -182,7 +182,7 @@ TEST_F(Settings, AKilledWriterLeavesAWholeFile) {
     ASSERT_TRUE(WIFSIGNALED(status));
     const int32_t found = GetSettingInt(u"S", u"Count", 0);
     EXPECT_TRUE(found == *written || found == *written + 1) << found << " after " << *written;
-    EXPECT_FALSE(SettingsDocument::Parse(ReadAll(file_)).IsDamaged());
+    EXPECT_FALSE(SettingsDocument::Parse(directory_.Read(file_)).IsDamaged());
     *written = found;
   }
   EXPECT_GT(written->load(), 0);

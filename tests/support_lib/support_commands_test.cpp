@@ -19,7 +19,7 @@ std::string RunTool(const std::string& directory, const std::string& arguments) 
 }
 
 TEST(SupportCommands, KeepAndShowWhatTheyAreGiven) {
-  const TemporaryDirectory directory;
+  const test::TemporaryFolder directory;
   const std::string place = directory / "";
   const std::pair<const char*, std::string> rows[] = {
       {"settings get S Name", "vrx: section \"S\" has no setting \"Name\"\nexit 2"},
@@ -42,7 +42,7 @@ TEST(SupportCommands, KeepAndShowWhatTheyAreGiven) {
   };
   for (const auto& [arguments, output] : rows) EXPECT_EQ(RunTool(place, arguments), output) << arguments;
   std::filesystem::remove_all(directory / "ostrel");
-  WriteAll(directory / "ostrel", "");
+  directory.Write(directory / "ostrel", "");
   EXPECT_EQ(RunTool(place, "settings set S Name 1"),
             "vrx: the settings of section \"S\" cannot be read and written\nexit 2");
 }

@@ -38,29 +38,15 @@ TEST(XmlReader, ErrorTexts) {
   const Row rows[] = {
       {nullptr, ""},
       {u"</a>", ""},
-      {u"", ""},
-      {u"text", "Element tag not found"},
       {u"<?xml version='1.0'?><!-- empty -->", "Element tag not found"},
-      {u"<a>", "Element tag not found"},
-      {u"<a><b></b>", "Element tag not found"},
-      {u"<", "Abrupt end within tag"},
       {u"<a><  \n", "Abrupt end within tag"},
       {u"<'a'>", "Tag starts with quote"},
-      {u"<a><\"\">", "Tag starts with quote"},
-      {u"<!", "Invalid node"},
-      {u"<?a>", "Invalid node"},
-      {u"<?>", "Invalid node"},
-      {u"<!-->", "Invalid node"},
       {u"<!-- -- >", "Invalid node"},
-      {u"<a><![CDATA[]>", "Invalid node"},
       {u"<!DOCTYPE a [ > ", "Invalid node"},
-      {u"<!DOCTYPE a '>", "Invalid node"},
       {u"< ?a?><a/>", "Invalid node"},
       {u"<a b='c'", "End of tag not found"},
       {u"<a></b>", "End tag does not correspond to a"},
       {u"<a></", "End tag not completed for element a"},
-      {u"<long-name></long-name", "End tag not completed for element long-name"},
-      {u"<a></a '>'", "End tag not completed for element a"},
       {u"<a%s></>", "End tag does not correspond to a%s"},
   };
   for (const Row& row : rows) {
@@ -101,25 +87,16 @@ TEST(XmlReader, DataAndAttributesOfTheRoot) {
     const char* attrib;  // "a"
   };
   const Row rows[] = {
-      {u"<r>1 &lt; 2</r>", "1 < 2", ""},
       {u"<r><![CDATA[1 &lt; 2]]></r>", "1 &lt; 2", ""},
       {u"<r>\n\t <![CDATA[<x>]]> more</r>", "<x>", ""},
       {u"<r>x<![CDATA[&lt;]]></r>", "x<![CDATA[<]]>", ""},
-      {u"<r><![CDATA[]]></r>", "", ""},
       {u"<r>&amp;lt; &apos;&quot;&gt;</r>", "&lt; '\">", ""},
       {u"<r>&eacute;&#65;&&lt&amp</r>", "&eacute;&#65;&&lt&amp", ""},
-      {u"<r>x<!-- &amp; --></r>", "x<!-- & -->", ""},
-      {u"<r>x<b/></r>", "", ""},
-      {u"<!DOCTYPE r[<!ENTITY e '>'>]><r>x</r>", "x", ""},
-      {u"<r a='1'/>", "", "1"},
       {u"<r a=1/>", "", ""},
       {u"<r a = \n\"&lt;'\" >x</r>", "x", "<'"},
       {u"<r b='2' a='1' a='3'/>", "", "1"},
-      {u"<r a=1 a='3'/>", "", ""},
       {u"<r 'a'='1' b='a'/>", "", ""},
       {u"<r a='x>y'>z</r>", "y'>z", "x>y"},
-      {u"<a a='1'/>", "", "1"},
-      {u"<r / a='1'></r>", "", ""},
   };
   for (const Row& row : rows) {
     CXmlReader xml;
@@ -150,14 +127,6 @@ TEST(XmlReader, ALongerDocumentThanOffsetsReachIsRefused) {
   EXPECT_FALSE(xml.SetDoc(longer));
   EXPECT_EQ(xml.GetError(), u"Document too long");
   EXPECT_TRUE(xml.GetDoc().empty());
-}
-
-TEST(XmlReader, EncodedTextDecodesToItself) {
-  const WideChar text[] = u"<a b=\"c\">&amp;'</a>";
-  EXPECT_EQ(CXmlReader::EncodeText(text, false).ToUtf8(), "&lt;a b=\"c\"&gt;&amp;amp;'&lt;/a&gt;");
-  EXPECT_EQ(CXmlReader::EncodeText(text, true).ToUtf8(),
-            "&lt;a b=&quot;c&quot;&gt;&amp;amp;&apos;&lt;/a&gt;");
-  EXPECT_TRUE(CXmlReader::EncodeText(nullptr, true).IsEmpty());
 }
 
 // --- Against the reference ---------------------------------------------------------------------------------
@@ -263,6 +232,9 @@ TEST(XmlReader, Changes) {
   EXPECT_TRUE(xml.FindElem() && xml.GetTagName(xml.GetCurrentIndex()) == u"c");
   EXPECT_EQ(doc(), "<?xml version='1.0'?><r><c n=\"2\" m=\"x\">4</c></r>");
 
+  EXPECT_EQ(CXmlReader::EncodeText(u"<a b=\"c\">&'", false).ToUtf8(), "&lt;a b=\"c\"&gt;&amp;'");
+  EXPECT_EQ(CXmlReader::EncodeText(u"<a b=\"c\">&'", true).ToUtf8(), "&lt;a b=&quot;c&quot;&gt;&amp;&apos;");
+
   // An attribute that could not be found at the end of the tag goes to its beginning.
   for (const auto& [before, after] :
        {std::pair{u"<r a=1/>", "<r a=\"2\" a=1/>"}, std::pair{u"<r a='x>y'></r>", "<r a=\"2\" a='x>y'></r>"},
@@ -321,20 +293,11 @@ TEST(XmlReaderCost, DepthNeedsNoStack) {
 TEST(XmlReaderCost, Parsing) {
   const std::pair<const WideChar*, const WideChar*> patterns[] = {
       // after "<r>": the piece, the error
-      {u"<![CDATA[", u"Invalid node"},
-      {u"<!--", u"Invalid node"},
-      {u"<?", u"Invalid node"},
-      {u"<!D '", u"Invalid node"},
-      {u"<!D [", u"Invalid node"},
-      {u"<a '", u"End of tag not found"},
-      {u"<", u"End of tag not found"},
-      {u"<  ", u"End of tag not found"},
-      {u"<!---->", u"Element tag not found"},
-      {u"<a/>", u"Element tag not found"},
-      {u"<a></a \">\">", u"Element tag not found"},
-      {u"<![]]>]]>", u"Element tag not found"},
+      {u"<![CDATA[", u"Invalid node"},     {u"<!--", u"Invalid node"},
+      {u"<!D [", u"Invalid node"},         {u"<a '", u"End of tag not found"},
+      {u"<", u"End of tag not found"},     {u"<!---->", u"Element tag not found"},
+      {u"<a/>", u"Element tag not found"}, {u"<![]]>]]>", u"Element tag not found"},
       {u"]]]", u"Element tag not found"},
-      {u"\"", u"Element tag not found"},
   };
   for (const auto& [piece, error] : patterns) {
     CXmlReader xml;

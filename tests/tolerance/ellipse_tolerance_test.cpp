@@ -10,28 +10,21 @@
 #include <vrxmath/tolerance/ellipse_fit.h>
 #include <vrxmath/tolerance/ellipse_tolerance.h>
 
+#include "tests/support/archives.h"
+#include "tests/support/colors.h"
+
 namespace vrx {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using test::MakeDelta;
+using test::MakeLab;
 
-CDeltaValues Delta(double dL, double da, double db) {
-  CDeltaValues delta;
-  delta[0] = dL, delta[1] = da, delta[2] = db;
-  return delta;
-}
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 CEllipseData Ellipse(const std::vector<double>& values) {
   CEllipseData ellipse;
   for (int32_t i = 0; i < CEllipseData::kValues; ++i) ellipse[i] = values[static_cast<std::size_t>(i)];
   return ellipse;
-}
-
-CLabValues Lab(double L, double a, double b) {
-  CLabValues lab;
-  lab[0] = L, lab[1] = a, lab[2] = b;
-  ChromaHue(lab);
-  return lab;
 }
 
 const CEllipseData kTilted = Ellipse({0.2, -0.3, 0.1, 1.0, 2.0, 0.5, 30.0, 1.5, 1.0});
@@ -54,7 +47,7 @@ TEST(Ellipse, ValueAndVerdict) {
   };
   for (const Row& row : rows) {
     const CEllipseData ellipse = Ellipse(row.ellipse);
-    const CDeltaValues delta = Delta(row.dL, row.da, row.db);
+    const CDeltaValues delta = MakeDelta(row.dL, row.da, row.db);
     const double value = ellipse.Value(delta);
     EXPECT_TRUE(value == row.value || std::fabs(value - row.value) < 1e-11 || std::isnan(row.value)) << value;
     EXPECT_EQ(ellipse.Judge(delta, row.factor), row.verdict) << row.dL << ' ' << row.da << ' ' << row.db;
@@ -75,9 +68,9 @@ TEST(Ellipse, FormInverseAndSectionsAgree) {
     ASSERT_EQ(line.size(), 25u);
     EXPECT_EQ(line.front().x, line.back().x);
     for (const PlanePoint& p : line) {
-      const CDeltaValues delta = plane == EllipsePlane::kAB   ? Delta(0.2, p.x, p.y)
-                                 : plane == EllipsePlane::kAL ? Delta(p.y, p.x, 0.1)
-                                                              : Delta(p.y, -0.3, p.x);
+      const CDeltaValues delta = plane == EllipsePlane::kAB   ? MakeDelta(0.2, p.x, p.y)
+                                 : plane == EllipsePlane::kAL ? MakeDelta(p.y, p.x, 0.1)
+                                                              : MakeDelta(p.y, -0.3, p.x);
       EXPECT_NEAR(kTilted.Value(delta), 1.0, 1e-11);
       const double d[] = {delta[0] - 0.2, delta[1] + 0.3, delta[2] - 0.1};
       double q = 0.0;
@@ -101,7 +94,7 @@ TEST(Ellipse, JudgesAsTheSystemDoes) {
                                          {vrxSystemCie94, {1.0, 1.0, 1.0, 0.7}}};
   for (const auto& [L, a, b] : standards) {
     for (const CDifferenceSettings& settings : systems) {
-      const CLabValues standard = Lab(L, a, b);
+      const CLabValues standard = MakeLab(L, a, b);
       const bool cmc = settings.system == vrxSystemCmc;
       const double factor = settings.parameters[cmc ? 2 : 3], C = standard[3];
       const CEllipseData ellipse = EllipseForStandard(standard, settings);
@@ -110,7 +103,7 @@ TEST(Ellipse, JudgesAsTheSystemDoes) {
       for (double dL = -3.05; dL < 3.2; dL += 0.5) {
         for (double da = -3.05; da < 3.2; da += 0.25) {
           for (double db = -3.05; db < 3.2; db += 0.25) {
-            const CLabValues sample = Lab(L + dL, a + da, b + db);
+            const CLabValues sample = MakeLab(L + dL, a + da, b + db);
             CDeltaValues delta;
             DeltaEab(standard, sample, delta);
             const double across2 = da * da + db * db;
@@ -132,7 +125,7 @@ TEST(Ellipse, JudgesAsTheSystemDoes) {
 }
 
 TEST(Ellipse, BuildsFromAStandard) {
-  const CLabValues standard = Lab(50.0, 30.0, 40.0);
+  const CLabValues standard = MakeLab(50.0, 30.0, 40.0);
   const CEllipseData cie94 = EllipseForStandard(standard, {vrxSystemCie94, {2.0, 1.0, 1.0, 0.5}});
   EXPECT_NEAR(cie94[6], 53.13010235, 1e-7);
   const double expected[] = {0, 0, 0, 1.0, 0.5 * 3.25, 0.5 * 1.75};
@@ -140,7 +133,7 @@ TEST(Ellipse, BuildsFromAStandard) {
   EXPECT_EQ(cie94[7], 0.5);
   // CIEDE2000 at a neutral standard is round in a*-b* but for a' = 1.5 a'; SL of L* = 50 is 1.
   const CEllipseData cie2000 =
-      EllipseForStandard(Lab(50.0, 0.0, 0.0), {vrxSystemCie2000, {1.0, 1.0, 1.0, 2.0}});
+      EllipseForStandard(MakeLab(50.0, 0.0, 0.0), {vrxSystemCie2000, {1.0, 1.0, 1.0, 2.0}});
   for (int i = 3; i < 6; ++i) EXPECT_NEAR(cie2000[i], 2.0, 1e-12) << i;
   EXPECT_EQ(EllipseForStandard(standard, {vrxSystemHunter, {}}), CEllipseData());
   EXPECT_EQ(EllipseForStandard(CLabValues(), DefaultSettings(vrxSystemCmc)), CEllipseData());
@@ -170,15 +163,9 @@ TEST(Ellipse, TablesAndArchive) {
   EXPECT_EQ(angles[2][2], kTilted);
   EXPECT_EQ(angles[0][2], CEllipseData());
 
-  MemoryStore store;
-  CEllipseData written = kTilted, read;
-  CArchive out(store, CArchive::kStore);
-  written.SerializeValues(out);
-  EXPECT_EQ(store.Bytes().size(), 72u);
-  CArchive in(store, CArchive::kLoad);
-  read.SerializeValues(in);
-  EXPECT_EQ(read, kTilted);
-  EXPECT_THROW(read.SerializeValues(in), CArchiveException);
+  const test::ValuesForm<CEllipseData> form{kTilted};
+  EXPECT_EQ(test::Stored(form).size(), 72u);
+  test::ExpectRoundTripAndTruncations(form);
 }
 
 /// Points of an ellipsoid with the tilt of kTilted: on its surface for size 1.
@@ -207,7 +194,7 @@ TEST(EllipseFit, RecoversWhatTheDataCameFrom) {
   }
   EXPECT_NEAR(fitted[CEllipseData::kAngle], 30.0, 1e-8);
   EXPECT_NEAR(smallest[CEllipseData::kAngle], 30.0, 0.5);
-  for (const LabDifference& d : filled) EXPECT_LE(smallest.Value(Delta(d.dL, d.da, d.db)), 1.0);
+  for (const LabDifference& d : filled) EXPECT_LE(smallest.Value(MakeDelta(d.dL, d.da, d.db)), 1.0);
 }
 
 TEST(EllipseFit, SmallestAboutKnownBodies) {
