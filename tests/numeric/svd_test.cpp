@@ -242,18 +242,31 @@ TEST(SvdFit, NistPolynomials) {
   const auto list = [](std::span<const double> values) {
     return std::vector<double>(values.begin(), values.end());
   };
+  ExpectPolynomial("Norris", nist::kNorrisX, list(nist::kNorrisY), {-0.262323073774029, 1.00211681802045},
+                   0.884796396144373, 1e-12);
+  ExpectPolynomial("Pontius", nist::kPontiusX, list(nist::kPontiusY),
+                   {0.673565789473684e-3, 0.732059160401003e-6, -0.316081871345029e-14}, 0.205177424076185e-3,
+                   1e-10);
   ExpectPolynomial("Filip", nist::kFilipX, list(nist::kFilipY),
                    {-1467.48961422980, -2772.17959193342, -2316.37108160893, -1127.97394098372,
                     -354.478233703349, -75.1242017393757, -10.8753180355343, -1.06221498588947,
                     -0.670191154593408e-1, -0.246781078275479e-2, -0.402962525080404e-4},
                    0.334801051324544e-2, 1e-7);
-  // Wampler's fifth set: the sum of the powers 0 to 5 under noise of its own size.
-  std::vector<double> x, y;
-  for (int i = 0; i <= 20; ++i) {
-    x.push_back(i);
-    y.push_back(1.0 + i * (1.0 + i * (1.0 + i * (1.0 + i * (1.0 + i)))) + 1e4 * nist::kWamplerNoise[i]);
+  const double noiseOfSet[] = {0.0, 0.0, 1.0, 100.0, 10000.0};
+  const double residuals[] = {0.0, 0.0, 2360.14502379268, 236014.502379268, 23601450.2379268};
+  for (int set = 0; set < 5; ++set) {
+    const double unit = set == 1 ? 0.1 : 1.0;
+    std::vector<double> x, y, certified;
+    for (int k = 0; k < 6; ++k) certified.push_back(std::pow(unit, k));
+    for (int i = 0; i <= 20; ++i) {
+      x.push_back(i);
+      double power = 1.0, sum = 0.0;
+      for (int k = 0; k < 6; ++k, power *= i * unit) sum += power;
+      y.push_back(sum + noiseOfSet[set] * nist::kWamplerNoise[i]);
+    }
+    const std::string name = "Wampler" + std::to_string(set + 1);
+    ExpectPolynomial(name.c_str(), x, y, certified, residuals[set], set == 4 ? 1e-6 : 1e-8);
   }
-  ExpectPolynomial("Wampler5", x, y, std::vector<double>(6, 1.0), 23601450.2379268, 1e-6);
 }
 
 TEST(SvdFit, NistLongley) {

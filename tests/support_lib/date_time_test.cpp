@@ -38,6 +38,8 @@ TEST(DateTime, LocalesGiveTheirDefaultTexts) {
       {"C", "12/24/26", "Thursday December 24 2026", "18:05:09", "Thursday Thu December Dec PM P"},
       {"en_US", "12/24/2026", "Thursday 24 December 2026", "06:05:09 PM", "Thursday Thu December Dec PM P"},
       {"de_DE", "24.12.2026", "Donnerstag 24 Dezember 2026", "18:05:09", "Donnerstag Do Dezember Dez  "},
+      {"fr_FR", "24/12/2026", "jeudi 24 d\u00E9cembre 2026", "18:05:09",
+       "jeudi jeu. d\u00E9cembre d\u00E9c.  "},
       {"ja_JP", "2026\u5E7412\u670824\u65E5", "2026\u5E7412\u670824\u65E5", "18\u664205\u520609\u79D2",
        "\u6728\u66DC\u65E5 \u6728 12\u6708 12\u6708 \u5348\u5F8C \u5348"},
   };

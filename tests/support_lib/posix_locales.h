@@ -1,4 +1,4 @@
-// What four locales of GNU libc answer to nl_langinfo, but for padding: machines need not have them installed.
+// What five locales of GNU libc answer to nl_langinfo, but for padding: machines need not have them installed.
 
 #ifndef TESTS_SUPPORT_LIB_POSIX_LOCALES_H_
 #define TESTS_SUPPORT_LIB_POSIX_LOCALES_H_
@@ -54,6 +54,10 @@ inline constexpr WideView kGermanNames[] = {
     u"So Mo Di Mi Do Fr Sa", u"Sonntag Montag Dienstag Mittwoch Donnerstag Freitag Samstag",
     u"Jan Feb M\u00E4r Apr Mai Jun Jul Aug Sep Okt Nov Dez",
     u"Januar Februar M\u00E4rz April Mai Juni Juli August September Oktober November Dezember"};
+inline constexpr WideView kFrenchNames[] = {
+    u"dim. lun. mar. mer. jeu. ven. sam.", u"dimanche lundi mardi mercredi jeudi vendredi samedi",
+    u"janv. f\u00E9vr. mars avril mai juin juil. ao\u00FBt sept. oct. nov. d\u00E9c.",
+    u"janvier f\u00E9vrier mars avril mai juin juillet ao\u00FBt septembre octobre novembre d\u00E9cembre"};
 inline constexpr WideView kJapaneseMonths =
     u"1\u6708 2\u6708 3\u6708 4\u6708 5\u6708 6\u6708 7\u6708 8\u6708 9\u6708 10\u6708 11\u6708 12\u6708";
 inline constexpr WideView kJapaneseNames[] = {
@@ -69,6 +73,8 @@ inline const NamedLocale kPosixLocales[] = {
     MakeLocale("en_US", {u"%m/%d/%Y", u"%r", u"%I:%M:%S %p", u"%a %d %b %Y %r %Z", u"AM", u"PM", u".", u","},
                kEnglishNames),
     MakeLocale("de_DE", {u"%d.%m.%Y", u"%T", u"", u"%a %d %b %Y %T %Z", u"", u"", u",", u"."}, kGermanNames),
+    MakeLocale("fr_FR", {u"%d/%m/%Y", u"%T", u"", u"%a %d %b %Y %T", u"", u"", u",", u"\u202F"},
+               kFrenchNames),
     MakeLocale(
         "ja_JP",
         {u"%Y\u5E74%m\u6708%d\u65E5", u"%H\u6642%M\u5206%S\u79D2", u"%p%I\u6642%M\u5206%S\u79D2",

@@ -102,6 +102,7 @@ char* OutputStream::Room(std::size_t bytes) {
 }
 
 void OutputStream::Append(std::string_view text) {
+  if (text.empty()) return;  // its pointer may be null, which memcpy must not see
   while (text.size() > kBufferBytes - used_) {
     const std::size_t part = kBufferBytes - used_;
     std::memcpy(buffer_.get() + used_, text.data(), part);
