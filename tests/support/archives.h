@@ -49,11 +49,7 @@ void Load(T& value, std::span<const std::byte> bytes) {
 template <class T>
 struct ValuesForm {
   T record;
-  void Serialize(CArchive& archive) {
-    T values = record;  // a load that fails half-way leaves the record alone
-    values.SerializeValues(archive);
-    record = values;
-  }
+  void Serialize(CArchive& archive) { record.SerializeValues(archive); }
   bool operator==(const ValuesForm&) const = default;
 };
 

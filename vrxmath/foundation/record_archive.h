@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include <vrxmath/foundation/checked_array.h>
+#include <vrxmath/foundation/typed_arrays.h>
 #include <vrxmath/platform/archive.h>
 #include <vrxmath/platform/wide_string.h>
 
@@ -75,6 +76,13 @@ template <class RECORD, class ARG>
 void SerializeRecords(CArchive& archive, CArrayVarex<RECORD, ARG>& records) {
   SerializeList(archive, records, MinArchiveBytes<RECORD>(),
                 [](CArchive& one, RECORD& record) { SerializeField(one, record); });
+}
+
+/// A record of `count` doubles, without a count in the archive. Throws as CArchive does; an archive that is too
+/// short leaves the record as it was.
+inline void SerializeDoubles(CArchive& archive, CDoubleArray1& record, int32_t count) {
+  if (archive.IsLoading()) archive.RequireBytes(sizeof(double) * static_cast<uint64_t>(count));
+  for (int32_t i = 0; i < count; ++i) SerializeField(archive, record[i]);
 }
 
 }  // namespace vrx

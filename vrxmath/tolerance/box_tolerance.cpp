@@ -4,23 +4,10 @@
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/foundation/numbers.h>
+#include <vrxmath/foundation/record_archive.h>
 #include <vrxmath/tolerance/box_tolerance.h>
 
 namespace vrx {
-namespace {
-
-void SerializeDoubles(CArchive& archive, CDoubleArray1& record, int32_t count) {
-  for (int32_t i = 0; i < count; ++i) {
-    if (archive.IsStoring()) {
-      archive << record[i];
-    } else {
-      archive >> record[i];
-    }
-  }
-}
-
-}  // namespace
-
 Verdict GradeTotal(double value, double limit, double warningFactor) {
   if (value > limit) return kFail;
   return value > limit * warningFactor ? kWarning : kPass;

@@ -89,7 +89,8 @@ class VRX_API CBoxTolData : public CDoubleArray1 {
   /// `lightnessTenfold` is set.
   double LargestLimit(bool lightnessTenfold) const;
 
-  /// Archive form: the seven doubles, without a count. Throws as CArchive does.
+  /// Archive form: the seven doubles, without a count. Throws as CArchive does; a short
+  /// archive leaves the record as it was.
   void SerializeValues(CArchive& archive);
 };
 
@@ -121,7 +122,8 @@ class VRX_API CBlockSizeData : public CDoubleArray1 {
     SetSize(3);
     Fill(1.0);
   }
-  /// Archive form: the three doubles, without a count. Throws as CArchive does.
+  /// Archive form: the three doubles, without a count. Throws as CArchive does; a short
+  /// archive leaves the record as it was.
   void SerializeValues(CArchive& archive);
 };
 

@@ -236,8 +236,9 @@ uint32_t CompleteSquare(const CDoubleArray1& q, PlanarForm& form) {
 
 uint32_t FitSmallestEllipse(std::span<const LabDifference> accepted, EllipseCentre centre,
                             CEllipseData& ellipse) {
+  constexpr std::size_t kFewest = 4;  // corners of a body
   LabDifference scale;
-  if (!FindScale(accepted, scale)) return 0;
+  if (accepted.size() < kFewest || !FindScale(accepted, scale)) return 0;
   const std::vector<LabDifference> scaled = Scaled(accepted, scale);
   PlanarForm form;
   if (!SmallestForm(scaled, centre).Find(form)) return 0;

@@ -3,6 +3,7 @@
 
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/foundation/record_archive.h>
 #include <vrxmath/numeric/elementary.h>
 #include <vrxmath/tolerance/ellipse_tolerance.h>
 
@@ -116,13 +117,7 @@ void CEllipseData::ApplySettings(const CDifferenceSettings& settings) {
 }
 
 void CEllipseData::SerializeValues(CArchive& archive) {
-  for (int32_t i = 0; i < kValues; ++i) {
-    if (archive.IsStoring()) {
-      archive << (*this)[i];
-    } else {
-      archive >> (*this)[i];
-    }
-  }
+  SerializeDoubles(archive, *this, kValues);
 }
 
 bool IsEllipseSystem(int32_t system) {

@@ -82,7 +82,8 @@ class VRX_API CEllipseData : public CDoubleArray1 {
   /// for other systems, and for a factor that is not positive.
   void ApplySettings(const CDifferenceSettings& settings);
 
-  /// Archive form: the nine doubles, without a count. Throws as CArchive does.
+  /// Archive form: the nine doubles, without a count. Throws as CArchive does; a short
+  /// archive leaves the record as it was.
   void SerializeValues(CArchive& archive);
 };
 
