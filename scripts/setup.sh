@@ -40,6 +40,7 @@ if [ "$level" != build ]; then
   need clang-format clang-format
   need pkg-config pkg-config
   header libgtest-dev gtest/gtest.h
+  header libpng-dev png.h
 fi
 
 if [ "$level" = bench ]; then
@@ -48,7 +49,6 @@ if [ "$level" = bench ]; then
   header libeigen3-dev eigen3/Eigen/Core
   header libpugixml-dev pugixml.hpp
   header libexpat1-dev expat.h
-  header libpng-dev png.h
 fi
 
 [ -n "$missing" ] || exit 0
