@@ -37,19 +37,34 @@ double SignedHueDifference(double dE, double dL, double dC, double a1, double b1
 
 }  // namespace
 
-void DeltaEab(const CLabValues& standard, const CLabValues& sample, CDeltaValues& delta) {
+namespace {
+
+// Over records, whose every access is checked, or over plain arrays of the full length.
+template <class LAB, class DELTA>
+void FillDeltaEab(const LAB& standard, const LAB& sample, DELTA& delta) {
   const double dL = sample[0] - standard[0];
   const double da = sample[1] - standard[1];
   const double db = sample[2] - standard[2];
   const double dC = sample[3] - standard[3];
   const double dE = std::sqrt(dL * dL + da * da + db * db);
+  const double dH = SignedHueDifference(dE, dL, dC, standard[1], standard[2], sample[1], sample[2]);
   delta[0] = dL;
   delta[1] = da;
   delta[2] = db;
   delta[3] = dL;
   delta[4] = dC;
-  delta[5] = SignedHueDifference(dE, dL, dC, standard[1], standard[2], sample[1], sample[2]);
+  delta[5] = dH;
   delta[6] = dE;
+}
+
+}  // namespace
+
+void DeltaEab(const CLabValues& standard, const CLabValues& sample, CDeltaValues& delta) {
+  if (standard.GetSize() < 4 || sample.GetSize() < 4 || delta.GetSize() < 7) {
+    return FillDeltaEab(standard, sample, delta);
+  }
+  double* elements = delta.GetData();
+  FillDeltaEab(standard.GetData(), sample.GetData(), elements);
 }
 
 DifferenceWeights CmcWeights(const CLabValues& standard) {
