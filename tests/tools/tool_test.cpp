@@ -2,39 +2,24 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
-#include <sys/wait.h>
 #include <vector>
 
 #include <vrxmath/colorimetry/weight_tables.h>
 
 #include "tests/support/rows.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/tool_process.h"
 
 namespace {
 
 using nlohmann::json;
 using vrx::test::RowMatches;
 
-class Tool : public testing::Test {
+class Tool : public vrx::test::ToolProcess {
  protected:
-  struct Result {
-    int status;
-    std::string out, err;
-  };
-
-  // Runs `vrx ARGUMENTS`; a redirection may follow them. File names are those of the folder.
-  Result Run(const std::string& arguments) {
-    const std::string command = "cd " + (folder_ / "") + " && " VRX_TOOL " " + arguments;
-    const int ended =
-        std::system(("{ " + command + " ; } >" + (folder_ / "out") + " 2>" + (folder_ / "err")).c_str());
-    return {WIFEXITED(ended) ? WEXITSTATUS(ended) : -1, folder_.Read("out"), folder_.Read("err")};
-  }
-
   json RunJson(const std::string& arguments) {
     const Result result = Run(arguments + " --format json");
     EXPECT_EQ(result.status, 0) << arguments << "\n" << result.err;
@@ -42,8 +27,6 @@ class Tool : public testing::Test {
   }
 
   void Write(const std::string& name, const std::string& content) { folder_.Write(name, content); }
-
-  vrx::test::TemporaryFolder folder_;
 };
 
 std::vector<std::string> Lines(const std::string& text) {

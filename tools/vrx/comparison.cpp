@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "tools/vrx/command.h"
+#include "tools/vrx/tolerance_table.h"
 
 namespace vrx::tool {
 namespace {
@@ -29,6 +30,29 @@ void AddComparisonOptions(CLI::App& command, ComparisonOptions& options) {
   command.add_flag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
       ->excludes(id);
   AddCurveInputOptions(command, options.input);
+}
+
+void AddJudgingOptions(CLI::App& command, JudgingOptions& options) {
+  AddViewingOptions(command, options.viewing, "D65,A,CWF");
+  AddSystemOptions(command, options.system, "cmc");
+  command
+      .add_option(
+          "--tolerance", options.tolerance,
+          "One limit for everything, or seven: plus and minus of the three components, then the total")
+      ->option_text("LIMITS [1.5]");
+  command.add_option("--warning", options.warning, "Fraction of a limit above which there is a warning")
+      ->option_text("FACTOR [0.75]");
+}
+
+JudgeSettings SettingsOf(const JudgingOptions& options) {
+  if (!(options.warning >= 0 && options.warning <= 1)) throw InputError("--warning: a factor from 0 to 1");
+  JudgeSettings settings;
+  settings.illuminants = options.viewing.Illuminants();
+  settings.observer = options.viewing.Observer();
+  settings.difference = options.system.Settings();
+  settings.warningFactor = options.warning;
+  settings.box = BoxFromNumbers(ParseNumbers(options.tolerance, "--tolerance"));
+  return settings;
 }
 
 Comparison::Comparison(const ComparisonOptions& options, const JudgeSettings& settings)

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "tools/vrx/conditions.h"
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/curve_reader.h"
 #include "tools/vrx/judge.h"
@@ -25,6 +26,20 @@ struct ComparisonOptions {
 
 /// Adds STANDARD, TRIALS, `--standard-id`, `--pairs` and the options of curve files.
 void AddComparisonOptions(CLI::App& command, ComparisonOptions& options);
+
+/// By what a trial is judged.
+struct JudgingOptions {
+  ViewingOptions viewing;
+  SystemOptions system;
+  std::string tolerance = "1.5";  ///< one limit, or the seven of a box
+  double warning = 0.75;
+};
+
+/// Adds the options of viewing and of the system, `--tolerance` and `--warning`.
+void AddJudgingOptions(CLI::App& command, JudgingOptions& options);
+
+/// The settings that they stand for, without limits from files. Throws InputError when they cannot be used.
+JudgeSettings SettingsOf(const JudgingOptions& options);
 
 /// Trials and their standards, opened.
 class Comparison {

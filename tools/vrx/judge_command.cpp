@@ -19,14 +19,11 @@ namespace {
 
 struct JudgeOptions {
   ComparisonOptions comparison;
-  ViewingOptions viewing;
-  SystemOptions system;
-  std::string tolerance = "1.5";
+  JudgingOptions judging;
   bool toleranceGiven = false;
   std::string tolerances;
   bool ellipse = false;
   std::string ellipses;
-  double warning = 0.75;
   bool strict = false;
   Format format = Format::kTable;
 };
@@ -40,13 +37,13 @@ void BuildEllipses(const JudgeOptions& options, JudgeSettings& settings) {
   }
   settings.buildEllipses = true;
   const std::size_t place = difference.system == vrxSystemCmc ? 2 : 3;
-  const bool inParameters = !options.system.parameters.empty() &&
-                            ParseNumbers(options.system.parameters, "--parameters").size() > place;
+  const bool inParameters = !options.judging.system.parameters.empty() &&
+                            ParseNumbers(options.judging.system.parameters, "--parameters").size() > place;
   if (inParameters && options.toleranceGiven) {
     throw InputError("--ellipse: --tolerance and --parameters both name the factor");
   }
   if (inParameters) return;
-  const std::vector<double> factor = ParseNumbers(options.tolerance, "--tolerance");
+  const std::vector<double> factor = ParseNumbers(options.judging.tolerance, "--tolerance");
   if (factor.size() != 1 || !(factor[0] > 0)) {
     throw InputError("--tolerance: with --ellipse one number above 0 is expected");
   }
@@ -63,13 +60,7 @@ void LoadEllipses(const JudgeOptions& options, JudgeSettings& settings) {
 }
 
 JudgeSettings SettingsOf(const JudgeOptions& options) {
-  if (!(options.warning >= 0 && options.warning <= 1)) throw InputError("--warning: a factor from 0 to 1");
-  JudgeSettings settings;
-  settings.illuminants = options.viewing.Illuminants();
-  settings.observer = options.viewing.Observer();
-  settings.difference = options.system.Settings();
-  settings.warningFactor = options.warning;
-  settings.box = BoxFromNumbers(ParseNumbers(options.tolerance, "--tolerance"));
+  JudgeSettings settings = SettingsOf(options.judging);
   if (!options.tolerances.empty()) {
     CsvReader csv(options.tolerances);
     settings.boxes.Load(csv, {settings.difference.system, settings.observer});
@@ -100,13 +91,7 @@ ExitStatus RunJudge(const JudgeOptions& options) {
 
 void AddOptions(CLI::App& command, JudgeOptions& options) {
   AddComparisonOptions(command, options.comparison);
-  AddViewingOptions(command, options.viewing, "D65,A,CWF");
-  AddSystemOptions(command, options.system, "cmc");
-  command
-      .add_option(
-          "--tolerance", options.tolerance,
-          "One limit for everything, or seven: plus and minus of the three components, then the total")
-      ->option_text("LIMITS [1.5]");
+  AddJudgingOptions(command, options.judging);
   auto* boxes = command.add_option("--tolerances", options.tolerances,
                                    "Limits per standard, geometry and illuminant, from a CSV file");
   boxes->option_text("FILE");
@@ -119,8 +104,6 @@ void AddOptions(CLI::App& command, JudgeOptions& options) {
                   "Judge by ellipsoids from a CSV file, as vrx fit-tolerance writes it")
       ->option_text("FILE")
       ->excludes(boxes);
-  command.add_option("--warning", options.warning, "Fraction of a limit above which there is a warning")
-      ->option_text("FACTOR [0.75]");
   command.add_flag("--strict", options.strict, "Exit status 1 when a trial does not pass");
   AddFormatOption(command, options.format);
 }

@@ -12,6 +12,7 @@
 
 #include "tools/vrx/command.h"
 #include "tools/vrx/commands.h"
+#include "tools/vrx/comparison.h"
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/judge.h"
@@ -27,10 +28,7 @@ struct SwatchOptions {
   std::string output;
   std::string standardId;
   bool pairs = false;
-  ViewingOptions viewing;
-  SystemOptions system;
-  std::string tolerance = "1.5";
-  double warning = 0.75;
+  JudgingOptions judging;
   CurveInputOptions input;
 };
 
@@ -179,17 +177,6 @@ class Sheet {
 
 // ----------------------------------------------------------------------------------------------------------
 
-JudgeSettings SettingsOf(const SwatchOptions& options) {
-  if (!(options.warning >= 0 && options.warning <= 1)) throw InputError("--warning: a factor from 0 to 1");
-  JudgeSettings settings;
-  settings.illuminants = options.viewing.Illuminants();
-  settings.observer = options.viewing.Observer();
-  settings.difference = options.system.Settings();
-  settings.warningFactor = options.warning;
-  settings.box = BoxFromNumbers(ParseNumbers(options.tolerance, "--tolerance"));
-  return settings;
-}
-
 // Judges the trials. In a file that holds the standard too, every other row is a trial.
 std::vector<Card> JudgeAll(const SwatchOptions& options, const JudgeSettings& settings) {
   const bool oneFile = options.trials.empty();
@@ -218,7 +205,7 @@ std::vector<Card> JudgeAll(const SwatchOptions& options, const JudgeSettings& se
 
 void RunSwatch(const SwatchOptions& options) {
   const PictureFormat format = PictureFormatOf(options.output);
-  const JudgeSettings settings = SettingsOf(options);
+  const JudgeSettings settings = SettingsOf(options.judging);
   const std::vector<Card> cards = JudgeAll(options, settings);
   SavePicture(*Sheet(settings, cards).Paint(format), options.output);
 }
@@ -237,12 +224,7 @@ void AddSwatch(CLI::App& app, int& status) {
   auto* id = command->add_option("--standard-id", options->standardId, "Which row is the standard");
   id->option_text("ID [the first row]")->check(RefuseEmpty);
   command->add_flag("--pairs", options->pairs, "Each trial beside the standard of the same id")->excludes(id);
-  AddViewingOptions(*command, options->viewing, "D65,A,CWF");
-  AddSystemOptions(*command, options->system, "cmc");
-  command->add_option("--tolerance", options->tolerance, "One limit for everything, or seven, as for judge")
-      ->option_text("LIMITS [1.5]");
-  command->add_option("--warning", options->warning, "Fraction of a limit above which there is a warning")
-      ->option_text("FACTOR [0.75]");
+  AddJudgingOptions(*command, options->judging);
   AddCurveInputOptions(*command, options->input);
   command->footer(
       "Each pair is painted as it looks to somebody adapted to the illuminant: its white is that of the\n"
