@@ -11,7 +11,7 @@
 #include <string>
 #include <sys/resource.h>
 
-#include <vrxmath/colorant/evaluation.h>
+#include <vrxmath/judging/evaluation.h>
 
 #include "tools/vrx/curve_reader.h"
 

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 #include "tools/vrx/curve_reader.h"
 
 namespace {

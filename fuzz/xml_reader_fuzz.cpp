@@ -12,7 +12,7 @@
 
 #include <vrxmath/support/xml_reader.h>
 
-#include "tests/support_lib/xml_checks.h"
+#include "tests/support/xml_checks.h"
 
 namespace {
 

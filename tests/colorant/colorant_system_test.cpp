@@ -2,7 +2,7 @@
 
 #include <vrxmath/colorant/colorant_system.h>
 
-#include "tests/support/archives.h"
+#include "tests/testing/archives.h"
 
 namespace vrx {
 namespace {

@@ -5,8 +5,8 @@
 #include <vrxmath/colorant/component_names.h>
 #include <vrxmath/colorant/components.h>
 
-#include "tests/support/archives.h"
-#include "tests/support/messages.h"
+#include "tests/testing/archives.h"
+#include "tests/testing/messages.h"
 
 namespace vrx {
 namespace {

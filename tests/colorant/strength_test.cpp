@@ -5,7 +5,7 @@
 #include <vrxmath/colorant/optical_transforms.h>
 #include <vrxmath/colorant/strength.h>
 
-#include "tests/support/messages.h"
+#include "tests/testing/messages.h"
 
 namespace vrx {
 namespace {

@@ -7,8 +7,8 @@
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 
-#include "tests/support/colors.h"
-#include "tests/support/rows.h"
+#include "tests/testing/colors.h"
+#include "tests/testing/rows.h"
 
 namespace vrx {
 namespace {

@@ -7,9 +7,9 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 
-#include "tests/support/colors.h"
-#include "tests/support/messages.h"
-#include "tests/support/rows.h"
+#include "tests/testing/colors.h"
+#include "tests/testing/messages.h"
+#include "tests/testing/rows.h"
 
 namespace vrx {
 namespace {

@@ -10,8 +10,8 @@
 #include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 
-#include "tests/support/messages.h"
-#include "tests/support/rows.h"
+#include "tests/testing/messages.h"
+#include "tests/testing/rows.h"
 
 namespace vrx {
 namespace {

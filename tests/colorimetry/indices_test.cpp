@@ -7,7 +7,7 @@
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/foundation/string_numbers.h>
 
-#include "tests/support/messages.h"
+#include "tests/testing/messages.h"
 
 namespace vrx {
 namespace {

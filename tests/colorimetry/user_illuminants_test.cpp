@@ -13,7 +13,7 @@
 #include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 
-#include "tests/support/messages.h"
+#include "tests/testing/messages.h"
 
 namespace vrx {
 namespace {

@@ -6,7 +6,7 @@
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/platform/resources.h>
 
-#include "tests/support/rows.h"
+#include "tests/testing/rows.h"
 #include "tools/make_weights/built_in_tables.h"
 
 namespace vrx {

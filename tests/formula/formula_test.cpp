@@ -4,9 +4,9 @@
 #include <vrxmath/formula/formula.h>
 #include <vrxmath/formula/product_line.h>
 
-#include "tests/support/archives.h"
-#include "tests/support/messages.h"
-#include "tests/support/record_lists.h"
+#include "tests/testing/archives.h"
+#include "tests/testing/messages.h"
+#include "tests/testing/record_lists.h"
 
 namespace vrx {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <vrxmath/formula/prediction.h>
 
-#include "tests/support/messages.h"
+#include "tests/testing/messages.h"
 
 namespace vrx {
 namespace {

@@ -4,8 +4,8 @@
 #include <vrxmath/foundation/attributes.h>
 #include <vrxmath/foundation/small_records.h>
 
-#include "tests/support/archives.h"
-#include "tests/support/record_lists.h"
+#include "tests/testing/archives.h"
+#include "tests/testing/record_lists.h"
 
 namespace vrx {
 namespace {

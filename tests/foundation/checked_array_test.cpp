@@ -12,9 +12,9 @@
 #include <vrxmath/foundation/ks_data.h>
 #include <vrxmath/foundation/typed_arrays.h>
 
-#include "tests/support/archives.h"
-#include "tests/support/messages.h"
-#include "tests/support/rows.h"
+#include "tests/testing/archives.h"
+#include "tests/testing/messages.h"
+#include "tests/testing/rows.h"
 
 namespace vrx {
 namespace {

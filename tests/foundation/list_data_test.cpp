@@ -5,7 +5,7 @@
 #include <vrxmath/foundation/list_box.h>
 #include <vrxmath/foundation/list_data.h>
 
-#include "tests/support/archives.h"
+#include "tests/testing/archives.h"
 
 namespace vrx {
 namespace {

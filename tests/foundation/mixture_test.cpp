@@ -6,8 +6,8 @@
 #include <vrxmath/foundation/archive_frame.h>
 #include <vrxmath/foundation/mixture.h>
 
-#include "tests/support/archives.h"
-#include "tests/support/record_lists.h"
+#include "tests/testing/archives.h"
+#include "tests/testing/record_lists.h"
 
 namespace vrx {
 namespace {

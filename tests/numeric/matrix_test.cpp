@@ -9,7 +9,7 @@
 #include <vrxmath/numeric/matrix.h>
 #include <vrxmath/platform/exceptions.h>
 
-#include "tests/support/messages.h"
+#include "tests/testing/messages.h"
 
 namespace vrx {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <vrxmath/platform/archive.h>
 
-#include "tests/support/archives.h"
+#include "tests/testing/archives.h"
 
 namespace vrx {
 namespace {

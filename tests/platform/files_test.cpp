@@ -9,8 +9,8 @@
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/files.h>
 
-#include "tests/support/archives.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/testing/archives.h"
+#include "tests/testing/temporary_folder.h"
 
 namespace vrx {
 namespace {

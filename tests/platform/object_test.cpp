@@ -6,7 +6,7 @@
 #include <vrxmath/platform/message_box.h>
 #include <vrxmath/platform/object.h>
 
-#include "tests/support/messages.h"
+#include "tests/testing/messages.h"
 
 namespace vrx {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <vrxmath/tolerance/averaging_stats.h>
 
-#include "tests/support/archives.h"
+#include "tests/testing/archives.h"
 
 namespace vrx {
 namespace {

@@ -5,8 +5,8 @@
 
 #include <vrxmath/tolerance/box_tolerance.h>
 
-#include "tests/support/archives.h"
-#include "tests/support/colors.h"
+#include "tests/testing/archives.h"
+#include "tests/testing/colors.h"
 
 namespace vrx {
 namespace {

@@ -10,8 +10,8 @@
 #include <vrxmath/tolerance/ellipse_fit.h>
 #include <vrxmath/tolerance/ellipse_tolerance.h>
 
-#include "tests/support/archives.h"
-#include "tests/support/colors.h"
+#include "tests/testing/archives.h"
+#include "tests/testing/colors.h"
 
 namespace vrx {
 namespace {

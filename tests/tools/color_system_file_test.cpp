@@ -7,8 +7,8 @@
 #include <vrxmath/colorant/optical_transforms.h>
 #include <vrxmath/formula/prediction.h>
 
-#include "tests/support/temporary_folder.h"
-#include "tools/vrx/command.h"
+#include "tests/testing/temporary_folder.h"
+#include "tools/vrx/commands/command.h"
 
 namespace vrx::tool {
 namespace {

@@ -9,7 +9,7 @@
 
 #include <vrxmath/colorant/optical_transforms.h>
 
-#include "tests/support/temporary_folder.h"
+#include "tests/testing/temporary_folder.h"
 
 namespace vrx::tool {
 namespace {

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/rows.h"
-#include "tools/vrx/command.h"
+#include "tests/testing/rows.h"
+#include "tools/vrx/commands/command.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/tool_process.h"
+#include "tests/testing/tool_process.h"
 
 namespace vrx::tool {
 namespace {

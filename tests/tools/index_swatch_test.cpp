@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/tool_process.h"
-#include "tools/vrx/picture.h"
+#include "tests/testing/tool_process.h"
+#include "tools/vrx/output/picture.h"
 
 namespace vrx::tool {
 namespace {

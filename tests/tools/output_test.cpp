@@ -1,6 +1,6 @@
 // The three formats: numbers that read back, rounding, quoting, and results that end early.
 
-#include "tools/vrx/output.h"
+#include "tools/vrx/output/output.h"
 
 #include <charconv>
 #include <cmath>
@@ -10,7 +10,7 @@
 #include <random>
 #include <string>
 
-#include "tests/support/temporary_folder.h"
+#include "tests/testing/temporary_folder.h"
 
 namespace {
 

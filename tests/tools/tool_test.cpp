@@ -10,8 +10,8 @@
 
 #include <vrxmath/colorimetry/weight_tables.h>
 
-#include "tests/support/rows.h"
-#include "tests/support/tool_process.h"
+#include "tests/testing/rows.h"
+#include "tests/testing/tool_process.h"
 
 namespace {
 

@@ -1,3 +1,4 @@
+
 #include "tools/make_weights/built_in_tables.h"
 
 #include <algorithm>

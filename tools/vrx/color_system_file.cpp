@@ -1,3 +1,4 @@
+
 #include "tools/vrx/color_system_file.h"
 
 #include <array>

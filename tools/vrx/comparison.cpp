@@ -1,8 +1,9 @@
+
 #include "tools/vrx/comparison.h"
 
 #include <utility>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 #include "tools/vrx/tolerance_table.h"
 
 namespace vrx::tool {

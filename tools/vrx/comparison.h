@@ -11,8 +11,8 @@
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/curve_reader.h"
 #include "tools/vrx/judge.h"
+#include "tools/vrx/output/terminal.h"
 #include "tools/vrx/standards.h"
-#include "tools/vrx/terminal.h"
 
 namespace vrx::tool {
 

@@ -1,3 +1,4 @@
+
 #include "tools/vrx/conditions.h"
 
 #include <algorithm>
@@ -9,7 +10,7 @@
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/platform/wide_string.h>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 #include "tools/vrx/decimal.h"
 
 namespace vrx::tool {

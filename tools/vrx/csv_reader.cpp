@@ -1,3 +1,4 @@
+
 #include "tools/vrx/csv_reader.h"
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 #include <limits>
 #include <utility>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 #include "tools/vrx/decimal.h"
 
 namespace vrx::tool {

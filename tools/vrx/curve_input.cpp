@@ -1,3 +1,4 @@
+
 #include "tools/vrx/curve_input.h"
 
 #include <cstdio>

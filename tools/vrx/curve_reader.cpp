@@ -1,3 +1,4 @@
+
 #include "tools/vrx/curve_reader.h"
 
 #include <algorithm>
@@ -7,7 +8,7 @@
 
 #include <vrxmath/foundation/numbers.h>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 #include "tools/vrx/decimal.h"
 
 namespace vrx::tool {

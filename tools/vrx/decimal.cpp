@@ -1,3 +1,4 @@
+
 #include "tools/vrx/decimal.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+
 #include "tools/vrx/illuminant_files.h"
 
 #include <charconv>
@@ -8,7 +9,7 @@
 
 #include <vrxmath/colorimetry/user_illuminants.h>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/csv_reader.h"
 

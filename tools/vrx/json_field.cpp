@@ -1,3 +1,4 @@
+
 #include "tools/vrx/json_field.h"
 
 #include <algorithm>
@@ -7,7 +8,7 @@
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/files.h>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 
 namespace vrx::tool {
 namespace {

@@ -1,3 +1,4 @@
+
 #include "tools/vrx/judge.h"
 
 #include <algorithm>
@@ -5,7 +6,7 @@
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/foundation/numbers.h>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 #include "tools/vrx/conditions.h"
 
 namespace vrx::tool {

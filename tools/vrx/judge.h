@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include <vrxmath/colorant/evaluation.h>
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/judging/evaluation.h>
 
 #include "tools/vrx/tolerance_table.h"
 

@@ -10,9 +10,9 @@
 
 #include <vrxmath/platform/message_box.h>
 
-#include "tools/vrx/command.h"
-#include "tools/vrx/commands.h"
-#include "tools/vrx/terminal.h"
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/output/terminal.h"
 
 namespace vrx::tool {
 namespace {

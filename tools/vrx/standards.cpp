@@ -1,3 +1,4 @@
+
 #include "tools/vrx/standards.h"
 
 #include <algorithm>
@@ -5,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 
 namespace vrx::tool {
 

@@ -1,9 +1,10 @@
+
 #include "tools/vrx/tolerance_table.h"
 
 #include <algorithm>
 #include <array>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 #include "tools/vrx/conditions.h"
 
 namespace vrx::tool {

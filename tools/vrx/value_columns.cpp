@@ -1,8 +1,9 @@
+
 #include "tools/vrx/value_columns.h"
 
 #include <algorithm>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 #include "tools/vrx/conditions.h"
 
 namespace vrx::tool {

@@ -1,3 +1,4 @@
+
 #include "tools/vrx/wavelength_grid.h"
 
 #include <charconv>

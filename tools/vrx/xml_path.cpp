@@ -1,8 +1,9 @@
+
 #include "tools/vrx/xml_path.h"
 
 #include <charconv>
 
-#include "tools/vrx/command.h"
+#include "tools/vrx/commands/command.h"
 
 namespace vrx::tool {
 namespace {

@@ -1,3 +1,5 @@
+#include <vrxmath/colorant/colorant_array.h>
+
 #include <algorithm>
 #include <charconv>
 #include <limits>
@@ -5,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include <vrxmath/colorant/colorant_array.h>
 #include <vrxmath/foundation/record_archive.h>
 
 namespace vrx {

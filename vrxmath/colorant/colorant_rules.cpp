@@ -1,7 +1,8 @@
+#include <vrxmath/colorant/colorant_rules.h>
+
 #include <algorithm>
 #include <limits>
 
-#include <vrxmath/colorant/colorant_rules.h>
 #include <vrxmath/platform/exceptions.h>
 
 namespace vrx {

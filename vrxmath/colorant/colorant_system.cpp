@@ -1,4 +1,5 @@
 #include <vrxmath/colorant/colorant_system.h>
+
 #include <vrxmath/foundation/archive_frame.h>
 #include <vrxmath/foundation/record_archive.h>
 

@@ -1,4 +1,5 @@
 #include <vrxmath/colorant/component_names.h>
+
 #include <vrxmath/colorant/components.h>
 #include <vrxmath/foundation/string_numbers.h>
 

@@ -1,7 +1,8 @@
+#include <vrxmath/colorant/components.h>
+
 #include <algorithm>
 #include <limits>
 
-#include <vrxmath/colorant/components.h>
 #include <vrxmath/foundation/record_archive.h>
 
 namespace vrx {

@@ -1,6 +1,7 @@
+#include <vrxmath/colorant/optical_transforms.h>
+
 #include <cmath>
 
-#include <vrxmath/colorant/optical_transforms.h>
 #include <vrxmath/numeric/elementary.h>
 
 namespace vrx {

@@ -1,8 +1,9 @@
+#include <vrxmath/colorant/strength.h>
+
 #include <algorithm>
 #include <cmath>
 
 #include <vrxmath/colorant/optical_transforms.h>
-#include <vrxmath/colorant/strength.h>
 
 namespace vrx {
 namespace {

@@ -2,9 +2,10 @@
 // color-difference formula: implementation notes, supplementary test data, and mathematical observations"
 // (2005).
 
+#include <vrxmath/colorimetry/color_differences.h>
+
 #include <cmath>
 
-#include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/numeric/elementary.h>
 

@@ -1,7 +1,8 @@
+#include <vrxmath/colorimetry/color_differences.h>
+
 #include <algorithm>
 #include <cmath>
 
-#include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/numeric/elementary.h>
 

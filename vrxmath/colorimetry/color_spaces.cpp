@@ -1,7 +1,8 @@
+#include <vrxmath/colorimetry/color_spaces.h>
+
 #include <atomic>
 #include <cmath>
 
-#include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/numeric/elementary.h>

@@ -1,6 +1,7 @@
+#include <vrxmath/colorimetry/difference_systems.h>
+
 #include <algorithm>
 
-#include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/foundation/decimal_text.h>
 #include <vrxmath/foundation/string_numbers.h>
 #include <vrxmath/platform/resources.h>

@@ -1,7 +1,8 @@
+#include <vrxmath/colorimetry/display_color.h>
+
 #include <algorithm>
 #include <array>
 
-#include <vrxmath/colorimetry/display_color.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/numeric/elementary.h>

@@ -1,6 +1,7 @@
+#include <vrxmath/colorimetry/illuminants.h>
+
 #include <algorithm>
 
-#include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/foundation/string_numbers.h>
 #include <vrxmath/platform/resources.h>

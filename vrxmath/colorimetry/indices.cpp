@@ -1,6 +1,7 @@
+#include <vrxmath/colorimetry/indices.h>
+
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
-#include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/foundation/string_numbers.h>

@@ -1,9 +1,10 @@
+#include <vrxmath/colorimetry/user_illuminants.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <memory>
 
-#include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/foundation/string_numbers.h>
 
 namespace vrx {

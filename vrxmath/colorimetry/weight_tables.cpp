@@ -1,8 +1,9 @@
+#include <vrxmath/colorimetry/weight_tables.h>
+
 #include <atomic>
 #include <cstdio>
 
 #include <vrxmath/colorimetry/user_illuminants.h>
-#include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/platform/resources.h>
 

@@ -1,7 +1,8 @@
+#include <vrxmath/colorimetry/weighting.h>
+
 #include <cmath>
 #include <cstring>
 
-#include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/numeric/elementary.h>
 #include <vrxmath/numeric/lagrange.h>
 #include <vrxmath/platform/resources.h>

@@ -1,7 +1,8 @@
+#include <vrxmath/formula/formula.h>
+
 #include <array>
 #include <cstddef>
 
-#include <vrxmath/formula/formula.h>
 #include <vrxmath/foundation/record_archive.h>
 
 namespace vrx {

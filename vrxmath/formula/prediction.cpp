@@ -1,9 +1,10 @@
+#include <vrxmath/formula/prediction.h>
+
 #include <array>
 #include <cmath>
 #include <cstdint>
 
 #include <vrxmath/colorant/optical_transforms.h>
-#include <vrxmath/formula/prediction.h>
 
 namespace vrx {
 namespace {

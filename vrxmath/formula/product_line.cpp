@@ -1,4 +1,5 @@
 #include <vrxmath/formula/product_line.h>
+
 #include <vrxmath/foundation/archive_frame.h>
 #include <vrxmath/foundation/record_archive.h>
 

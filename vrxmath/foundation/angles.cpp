@@ -1,10 +1,11 @@
+#include <vrxmath/foundation/angles.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <string>
 #include <vector>
 
-#include <vrxmath/foundation/angles.h>
 #include <vrxmath/foundation/string_numbers.h>
 
 namespace vrx {

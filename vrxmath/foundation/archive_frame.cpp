@@ -1,7 +1,7 @@
+#include <vrxmath/foundation/archive_frame.h>
+
 #include <array>
 #include <vector>
-
-#include <vrxmath/foundation/archive_frame.h>
 
 namespace vrx {
 namespace {

@@ -1,6 +1,7 @@
+#include <vrxmath/foundation/attributes.h>
+
 #include <algorithm>
 
-#include <vrxmath/foundation/attributes.h>
 #include <vrxmath/foundation/record_archive.h>
 
 namespace vrx {

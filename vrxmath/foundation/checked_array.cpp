@@ -1,4 +1,5 @@
 #include <vrxmath/foundation/checked_array.h>
+
 #include <vrxmath/foundation/string_numbers.h>
 #include <vrxmath/platform/message_box.h>
 #include <vrxmath/platform/resources.h>

@@ -1,9 +1,9 @@
+#include <vrxmath/foundation/decimal_text.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string>
-
-#include <vrxmath/foundation/decimal_text.h>
 
 namespace vrx {
 namespace {

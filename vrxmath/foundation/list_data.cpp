@@ -1,10 +1,11 @@
+#include <vrxmath/foundation/list_data.h>
+
 #include <algorithm>
 #include <tuple>
 #include <utility>
 #include <vector>
 
 #include <vrxmath/foundation/list_box.h>
-#include <vrxmath/foundation/list_data.h>
 #include <vrxmath/foundation/record_archive.h>
 
 namespace vrx {

@@ -1,6 +1,7 @@
+#include <vrxmath/foundation/mixture.h>
+
 #include <span>
 
-#include <vrxmath/foundation/mixture.h>
 #include <vrxmath/foundation/record_archive.h>
 
 namespace vrx {

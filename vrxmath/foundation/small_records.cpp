@@ -1,8 +1,9 @@
+#include <vrxmath/foundation/small_records.h>
+
 #include <algorithm>
 #include <cmath>
 
 #include <vrxmath/foundation/record_archive.h>
-#include <vrxmath/foundation/small_records.h>
 
 namespace vrx {
 

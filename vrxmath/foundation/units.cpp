@@ -1,5 +1,6 @@
-#include <vrxmath/foundation/string_numbers.h>
 #include <vrxmath/foundation/units.h>
+
+#include <vrxmath/foundation/string_numbers.h>
 
 namespace vrx {
 namespace {

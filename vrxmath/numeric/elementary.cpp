@@ -1,10 +1,11 @@
+#include <vrxmath/numeric/elementary.h>
+
 #include <bit>
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
-#include <vrxmath/numeric/elementary.h>
 #include <vrxmath/numeric/elementary_tables.h>
 
 // How the bounds in the header come about. Every function ends in one addition hi + rest, where hi carries no

@@ -1,10 +1,11 @@
+#include <vrxmath/numeric/gradient.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <tuple>
 #include <utility>
 
-#include <vrxmath/numeric/gradient.h>
 #include <vrxmath/numeric/line_minimum.h>
 
 namespace vrx {

@@ -1,9 +1,9 @@
+#include <vrxmath/numeric/griesser.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
-
-#include <vrxmath/numeric/griesser.h>
 
 namespace vrx {
 namespace {

@@ -1,7 +1,7 @@
+#include <vrxmath/numeric/kernels.h>
+
 #include <algorithm>
 #include <cstddef>
-
-#include <vrxmath/numeric/kernels.h>
 
 // Where the platform can choose at load time, each kernel is compiled for two vector widths: some processors
 // divide twice as fast in the wider one. What a kernel calls must be compiled into both.

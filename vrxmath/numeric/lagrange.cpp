@@ -1,7 +1,7 @@
+#include <vrxmath/numeric/lagrange.h>
+
 #include <algorithm>
 #include <cmath>
-
-#include <vrxmath/numeric/lagrange.h>
 
 namespace vrx {
 

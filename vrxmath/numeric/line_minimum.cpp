@@ -1,9 +1,9 @@
+#include <vrxmath/numeric/line_minimum.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
-
-#include <vrxmath/numeric/line_minimum.h>
 
 namespace vrx {
 namespace {

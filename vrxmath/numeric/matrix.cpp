@@ -1,3 +1,5 @@
+#include <vrxmath/numeric/matrix.h>
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -5,7 +7,6 @@
 #include <utility>
 
 #include <vrxmath/numeric/kernels.h>
-#include <vrxmath/numeric/matrix.h>
 #include <vrxmath/numeric/scratch.h>
 #include <vrxmath/platform/exceptions.h>
 

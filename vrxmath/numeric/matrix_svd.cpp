@@ -1,10 +1,11 @@
+#include <vrxmath/numeric/matrix.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
 
 #include <vrxmath/numeric/kernels.h>
-#include <vrxmath/numeric/matrix.h>
 #include <vrxmath/numeric/scratch.h>
 
 namespace vrx {

@@ -1,8 +1,9 @@
+#include <vrxmath/platform/archive.h>
+
 #include <cstring>
 #include <limits>
 #include <new>
 
-#include <vrxmath/platform/archive.h>
 #include <vrxmath/platform/exceptions.h>
 
 namespace vrx {

@@ -1,7 +1,7 @@
+#include <vrxmath/platform/case_folding.h>
+
 #include <algorithm>
 #include <cstdint>
-
-#include <vrxmath/platform/case_folding.h>
 
 namespace vrx {
 namespace {

@@ -1,6 +1,6 @@
-#include <chrono>
-
 #include <vrxmath/platform/clock.h>
+
+#include <chrono>
 
 namespace vrx {
 namespace {

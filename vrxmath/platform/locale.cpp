@@ -1,9 +1,9 @@
+#include <vrxmath/platform/locale.h>
+
 #include <algorithm>
 #include <span>
 #include <string>
 #include <utility>
-
-#include <vrxmath/platform/locale.h>
 
 namespace vrx {
 namespace {

@@ -1,7 +1,7 @@
+#include <vrxmath/platform/message_box.h>
+
 #include <cstdio>
 #include <string>
-
-#include <vrxmath/platform/message_box.h>
 
 namespace vrx {
 namespace {

@@ -1,7 +1,7 @@
+#include <vrxmath/platform/resources.h>
+
 #include <algorithm>
 #include <bit>
-
-#include <vrxmath/platform/resources.h>
 
 namespace vrx {
 

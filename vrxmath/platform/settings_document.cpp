@@ -1,10 +1,11 @@
+#include <vrxmath/platform/settings_document.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <limits>
 
 #include <vrxmath/platform/case_folding.h>
-#include <vrxmath/platform/settings_document.h>
 
 namespace vrx {
 namespace {

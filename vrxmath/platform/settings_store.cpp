@@ -1,6 +1,6 @@
-#include <algorithm>
-
 #include <vrxmath/platform/settings_store.h>
+
+#include <algorithm>
 
 namespace vrx {
 namespace {

@@ -1,3 +1,5 @@
+#include <vrxmath/platform/wide_string.h>
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -6,7 +8,6 @@
 
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/resources.h>
-#include <vrxmath/platform/wide_string.h>
 
 namespace vrx {
 namespace {

@@ -1,9 +1,10 @@
+#include <vrxmath/support/condition_text.h>
+
 #include <algorithm>
 #include <array>
 
 #include <vrxmath/foundation/string_numbers.h>
 #include <vrxmath/platform/resources.h>
-#include <vrxmath/support/condition_text.h>
 
 namespace vrx {
 namespace {

@@ -1,3 +1,5 @@
+#include <vrxmath/support/date_time.h>
+
 #include <algorithm>
 #include <string>
 
@@ -6,7 +8,6 @@
 #include <vrxmath/platform/locale.h>
 #include <vrxmath/platform/message_box.h>
 #include <vrxmath/platform/resources.h>
-#include <vrxmath/support/date_time.h>
 
 namespace vrx {
 namespace {

@@ -1,3 +1,5 @@
+#include <vrxmath/support/diagnostic_log.h>
+
 #include <array>
 #include <initializer_list>
 #include <memory>
@@ -7,7 +9,6 @@
 #include <vrxmath/platform/file_system.h>
 #include <vrxmath/platform/message_box.h>
 #include <vrxmath/platform/resources.h>
-#include <vrxmath/support/diagnostic_log.h>
 #include <vrxmath/support/settings.h>
 
 namespace vrx {

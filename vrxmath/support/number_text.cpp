@@ -1,3 +1,5 @@
+#include <vrxmath/support/number_text.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -9,7 +11,6 @@
 #include <vrxmath/foundation/decimal_text.h>
 #include <vrxmath/foundation/units.h>
 #include <vrxmath/platform/locale.h>
-#include <vrxmath/support/number_text.h>
 
 namespace vrx {
 namespace {

@@ -1,7 +1,7 @@
+#include <vrxmath/support/settings.h>
+
 #include <algorithm>
 #include <utility>
-
-#include <vrxmath/support/settings.h>
 
 namespace vrx {
 namespace {

@@ -2,12 +2,13 @@
 // record, so that the records are what parsing the new text would give (with other indices, where elements
 // were added).
 
+#include <vrxmath/support/xml_reader.h>
+
 #include <initializer_list>
 #include <utility>
 
 #include <vrxmath/support/with_memory.h>
 #include <vrxmath/support/xml_parser.h>
-#include <vrxmath/support/xml_reader.h>
 #include <vrxmath/support/xml_scanner.h>
 
 namespace vrx {

@@ -1,4 +1,5 @@
 #include <vrxmath/support/xml_parser.h>
+
 #include <vrxmath/support/xml_scanner.h>
 
 namespace vrx {

@@ -1,10 +1,11 @@
+#include <vrxmath/support/xml_reader.h>
+
 #include <algorithm>
 #include <cstring>
 
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/support/with_memory.h>
 #include <vrxmath/support/xml_parser.h>
-#include <vrxmath/support/xml_reader.h>
 #include <vrxmath/support/xml_scanner.h>
 #include <vrxmath/support/xml_search_index.h>
 

@@ -1,8 +1,8 @@
+#include <vrxmath/support/xml_search_index.h>
+
 #include <algorithm>
 #include <numeric>
 #include <utility>
-
-#include <vrxmath/support/xml_search_index.h>
 
 namespace vrx {
 namespace {

@@ -1,5 +1,6 @@
-#include <vrxmath/platform/exceptions.h>
 #include <vrxmath/tolerance/averaging_stats.h>
+
+#include <vrxmath/platform/exceptions.h>
 
 namespace vrx {
 

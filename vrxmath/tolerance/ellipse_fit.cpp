@@ -1,10 +1,11 @@
+#include <vrxmath/tolerance/ellipse_fit.h>
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/numeric/elementary.h>
-#include <vrxmath/tolerance/ellipse_fit.h>
 
 namespace vrx {
 namespace {

@@ -1,3 +1,5 @@
+#include <vrxmath/tolerance/ellipse_tolerance.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -5,7 +7,6 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/foundation/record_archive.h>
 #include <vrxmath/numeric/elementary.h>
-#include <vrxmath/tolerance/ellipse_tolerance.h>
 
 namespace vrx {
 namespace {

@@ -1,6 +1,6 @@
-#include <ctime>
-
 #include <vrxmath/platform/clock.h>
+
+#include <ctime>
 
 namespace vrx {
 namespace {

@@ -1,3 +1,5 @@
+#include <vrxmath/platform/posix/file_settings_store.h>
+
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -8,8 +10,6 @@
 #include <thread>
 #include <unistd.h>
 #include <utility>
-
-#include <vrxmath/platform/posix/file_settings_store.h>
 
 namespace vrx::platform_internal {
 namespace {

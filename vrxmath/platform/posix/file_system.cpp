@@ -1,11 +1,11 @@
+#include <vrxmath/platform/file_system.h>
+
 #include <cerrno>
 #include <fcntl.h>
 #include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <vrxmath/platform/file_system.h>
 
 namespace vrx {
 namespace {

@@ -1,3 +1,5 @@
+#include <vrxmath/platform/files.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -9,7 +11,6 @@
 #include <utility>
 
 #include <vrxmath/platform/exceptions.h>
-#include <vrxmath/platform/files.h>
 
 namespace vrx {
 namespace {

@@ -1,0 +1,156 @@
+// vrx color: the coordinates of curves or colours in every space.
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <vrxmath/colorimetry/color_records.h>
+#include <vrxmath/colorimetry/color_spaces.h>
+
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/conditions.h"
+#include "tools/vrx/curve_input.h"
+#include "tools/vrx/output/output.h"
+#include "tools/vrx/output/terminal.h"
+#include "tools/vrx/value_columns.h"
+
+namespace vrx::tool {
+namespace {
+
+struct ColorOptions {
+  std::string file;
+  ViewingOptions viewing;
+  CurveInputOptions input;
+  Format format = Format::kTable;
+};
+
+// Writes colours under every illuminant of a run. A colour is given by its tristimulus values, from which
+// `lab` is computed, or by both.
+class ColorRows {
+ public:
+  ColorRows(const ColorOptions& options, OutputStream& output)
+      : illuminants_(options.viewing.Illuminants()),
+        observer_(options.viewing.Observer()),
+        rows_(MakeRowWriter(options.format, output, Columns())) {}
+
+  void AddCurve(std::string_view id, const CReflData& curve) {
+    for (const vrxIlluminant illuminant : illuminants_) {
+      curve.Tristimulus(illuminant, observer_, xyz_);
+      XyzToLab(illuminant, observer_, xyz_, lab_);
+      AddRow(id, illuminant);
+    }
+  }
+
+  void AddXyz(std::string_view id, const std::vector<double>& xyz) {
+    std::ranges::copy(xyz, xyz_.begin());
+    for (const vrxIlluminant illuminant : illuminants_) {
+      XyzToLab(illuminant, observer_, xyz_, lab_);
+      AddRow(id, illuminant);
+    }
+  }
+
+  void AddLab(std::string_view id, const std::vector<double>& lab) {
+    std::ranges::copy(lab, lab_.begin());
+    ChromaHue(lab_);
+    for (const vrxIlluminant illuminant : illuminants_) {
+      LabToXyz(illuminant, observer_, lab_, xyz_);
+      AddRow(id, illuminant);
+    }
+  }
+
+  void Finish() { rows_->Finish(); }
+
+ private:
+  static std::vector<Column> Columns() {
+    std::vector<Column> columns{{"id"}, {"illuminant"}, {"observer"}};
+    for (const char* name : {"X", "Y", "Z"}) columns.push_back({name});
+    for (const char* name : {"x", "y"}) columns.push_back({name, "", 4});
+    for (const char* name : {"L", "a", "b", "C", "h", "Lu", "u", "v", "Cuv", "huv", "LH", "aH", "bH"}) {
+      columns.push_back({name});
+    }
+    return columns;
+  }
+
+  void AddRow(std::string_view id, vrxIlluminant illuminant) {
+    double x, y;
+    Chromaticity(xyz_, x, y);
+    XyzToLuv(illuminant, observer_, xyz_, luv_);
+    XyzToHunter(illuminant, observer_, xyz_, hunter_);
+    rows_->Text(id);
+    rows_->Text(CodeOf(illuminant));
+    rows_->Integer(DegreesOf(observer_));
+    for (const double value : xyz_) rows_->Number(value);
+    rows_->Number(x);
+    rows_->Number(y);
+    for (const double value : lab_) rows_->Number(value);
+    for (const double value : luv_) rows_->Number(value);
+    for (std::ptrdiff_t i = 0; i < 3; ++i) rows_->Number(hunter_[i]);
+    rows_->EndRow();
+  }
+
+  std::vector<vrxIlluminant> illuminants_;
+  int32_t observer_;
+  std::unique_ptr<RowWriter> rows_;
+  CTrisValues xyz_;
+  CLabValues lab_, luv_, hunter_;
+};
+
+void AddCurves(CurveReader curves, ColorRows& rows) {
+  ProgressBar progress(curves.Csv().Size());
+  CurveRow row;
+  while (curves.Next(row)) {
+    rows.AddCurve(row.id, row.curve);
+    progress.Update(curves.Csv().Position());
+  }
+  WarnAboutFractions(curves);
+}
+
+void AddValues(CsvReader& csv, ColorRows& rows) {
+  const bool isXyz = HasColumns(csv.Header(), {"X", "Y", "Z"});
+  if (!isXyz && !HasColumns(csv.Header(), {"L", "a", "b"})) {
+    csv.FailRow("the header names neither wavelengths nor X,Y,Z nor L,a,b");
+  }
+  ValueRows values = isXyz ? ValueRows(csv, {"X", "Y", "Z"}, 3) : ValueRows(csv, {"L", "a", "b"}, 3);
+  while (values.Next()) {
+    isXyz ? rows.AddXyz(values.Id(), values.Values()) : rows.AddLab(values.Id(), values.Values());
+  }
+}
+
+void RunColor(const ColorOptions& options) {
+  OutputStream output;
+  ColorRows rows(options, output);
+  CsvReader csv(options.file);
+  if (HasWavelengths(csv.Header())) {
+    AddCurves(OpenCurves(std::move(csv), options.input), rows);
+  } else {
+    AddValues(csv, rows);
+  }
+  rows.Finish();
+  output.Finish();
+}
+
+}  // namespace
+
+void AddColor(CLI::App& app, int& status) {
+  const auto options = std::make_shared<ColorOptions>();
+  CLI::App* command = app.add_subcommand("color", "Coordinates of curves or colours in every colour space");
+  command->add_option("FILE", options->file, "Curves, or columns X,Y,Z or L,a,b (- reads standard input)")
+      ->required();
+  AddViewingOptions(*command, options->viewing, "D65,A,CWF");
+  AddCurveInputOptions(*command, options->input);
+  AddFormatOption(*command, options->format);
+  command->footer(
+      "Columns: X, Y, Z; chromaticity x, y; CIE L*a*b* as L, a, b, C, h; CIE L*u*v* as Lu, u, v, Cuv, huv;\n"
+      "Hunter Lab as LH, aH, bH. Hues are in degrees.\n\n"
+      "Examples:\n"
+      "  vrx color batch.csv                                      under D65, A and CWF, 10 degrees\n"
+      "  vrx color batch.csv --illuminants D50 --observer 2 --format csv\n"
+      "  printf 'L,a,b\\n50,20,-30\\n' | vrx color - --illuminants D65\n");
+  command->callback([options, &status] {
+    RunColor(*options);
+    status = kExitPass;
+  });
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,89 @@
+// vrx colorants: the components of a colour system.
+
+#include <algorithm>
+#include <memory>
+#include <string>
+
+#include <vrxmath/colorant/component_names.h>
+
+#include "tools/vrx/color_system_file.h"
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/output/output.h"
+
+namespace vrx::tool {
+namespace {
+
+struct ColorantsOptions {
+  std::string system;
+  Format format = Format::kTable;
+};
+
+// The largest K/S of the first level from 440 to 700 nm, by which a white is told; unset without one.
+double LargestKs(const CComponent& component) {
+  constexpr int32_t kFirst = 8;
+  constexpr int32_t kLast = 34;
+  if (component.GetLevels().IsEmpty()) return kUnset;
+  const CColorantValues& curves = component.GetLevel(0).values[0];
+  double largest = 0.0;
+  for (int32_t i = kFirst; i <= kLast; ++i) {
+    largest = std::max(largest, curves.absorption[i] / curves.scattering[i]);
+  }
+  return largest;
+}
+
+void AddRow(RowWriter& rows, const CComponent& component, int32_t model) {
+  const CColorantLevelArray& levels = component.GetLevels();
+  rows.Integer(component.GetId());
+  rows.Text(component.GetName().ToUtf8());
+  rows.Text(ComponentKindName(component.GetKind(), model).ToUtf8());
+  rows.Integer(levels.GetSize());
+  rows.Number(levels.IsEmpty() ? kUnset : levels[0].concentration);
+  rows.Number(levels.IsEmpty() ? kUnset : levels[levels.GetSize() - 1].concentration);
+  rows.Number(LargestKs(component));
+  rows.Text(CColorant(component).IsWhite() ? "yes" : "no");
+  rows.EndRow();
+}
+
+void RunColorants(const ColorantsOptions& options) {
+  const ColorSystem system = ReadColorSystem(options.system);
+  const int32_t model = system.data.opticalModel;
+  OutputStream output;
+  if (options.format == Format::kTable) {
+    output.Append(system.data.name.ToUtf8() + " (" + OpticalModelName(model).ToUtf8() + ")\n\n");
+  }
+  const auto rows = MakeRowWriter(options.format, output,
+                                  {{"id"},
+                                   {"name"},
+                                   {"kind"},
+                                   {"levels"},
+                                   {"lowest"},
+                                   {"highest"},
+                                   {"largest_ks", "largest K/S", 4},
+                                   {"white"}});
+  for (const CComponent* component : ComponentsInOrder(system)) AddRow(*rows, *component, model);
+  rows->Finish();
+  output.Finish();
+}
+
+}  // namespace
+
+void AddColorants(CLI::App& app, int& status) {
+  const auto options = std::make_shared<ColorantsOptions>();
+  CLI::App* command = app.add_subcommand("colorants", "List the components of a colour system");
+  command->add_option("SYSTEM", options->system, "Colour system, a JSON file")->required();
+  AddFormatOption(*command, options->format);
+  command->footer(
+      "Each component is listed with its kind, the number of its levels, their lowest and highest\n"
+      "concentration, the largest K/S of the first level from 440 to 700 nm, and whether it is a white: a\n"
+      "largest K/S of at most 0.1.\n\n"
+      "Examples:\n"
+      "  vrx colorants examples/acrylic_paints.json\n"
+      "  vrx colorants system.json --format csv\n");
+  command->callback([options, &status] {
+    RunColorants(*options);
+    status = kExitPass;
+  });
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,45 @@
+// What every subcommand of the tool shares: how it is registered, how it ends, how it complains.
+
+#ifndef TOOLS_VRX_COMMANDS_COMMAND_H_
+#define TOOLS_VRX_COMMANDS_COMMAND_H_
+
+#include <CLI/CLI.hpp>
+#include <stdexcept>
+#include <string>
+
+namespace vrx::tool {
+
+enum ExitStatus : int {
+  kExitPass = 0,       ///< done; with --strict: everything passed
+  kExitNotPassed = 1,  ///< with --strict: something failed or needs a warning
+  kExitBadInput = 2,   ///< bad options or bad input, or results that could not be written; the reason is on
+                       ///< standard error
+};
+
+/// What the user gave cannot be used. `what()` is a sentence that names the file, the line and the column
+/// where there are any; main prints it and exits with kExitBadInput.
+class InputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// A check for options of which an empty text, as an unset variable of a script leaves it, would pass for not
+/// given.
+inline std::string RefuseEmpty(const std::string& text) {
+  return text.empty() ? "an empty text" : "";
+}
+
+/// Adds one subcommand to the tool: its options, its help with an example, and a callback that runs it and
+/// leaves the exit status in `status`. `status` outlives the parse. The options live in a structure that the
+/// callback shares; results go through `OutputStream` (output.h), messages to standard error.
+using AddCommand = void (*)(CLI::App& app, int& status);
+
+/// The subcommands, in the order of the help.
+struct CommandEntry {
+  const char* name;
+  AddCommand add;
+};
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_COMMANDS_COMMAND_H_

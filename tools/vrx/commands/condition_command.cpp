@@ -1,0 +1,53 @@
+// vrx condition: what a measurement-condition code means.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <vrxmath/support/condition_text.h>
+
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/output/output.h"
+
+namespace vrx::tool {
+namespace {
+
+struct ConditionOptions {
+  std::vector<std::string> codes;
+  Format format = Format::kTable;
+};
+
+void RunCondition(const ConditionOptions& options) {
+  OutputStream output;
+  const auto rows = MakeRowWriter(options.format, output, {{"code"}, {"description"}});
+  for (const std::string& given : options.codes) {
+    CString code = CString::FromUtf8(given);
+    const std::string description = ConditionText(code).ToUtf8();
+    rows->Text(code.ToUtf8());
+    rows->Text(description);
+    rows->EndRow();
+  }
+  rows->Finish();
+  output.Finish();
+}
+
+}  // namespace
+
+void AddCondition(CLI::App& app, int& status) {
+  const auto options = std::make_shared<ConditionOptions>();
+  CLI::App* command = app.add_subcommand("condition", "Describe measurement-condition codes");
+  command->add_option("CODE", options->codes, "Up to six letters, such as CRIILL")->required();
+  AddFormatOption(*command, options->format);
+  command->footer(
+      "The letters stand for calibration, gloss or measuring mode, specular component, ultraviolet content,\n"
+      "lens and mask. A letter that means nothing is replaced by its position's default.\n\n"
+      "Example:\n"
+      "  vrx condition CRIILL\n");
+  command->callback([options, &status] {
+    RunCondition(*options);
+    status = kExitPass;
+  });
+}
+
+}  // namespace vrx::tool

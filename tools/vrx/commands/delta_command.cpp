@@ -1,0 +1,176 @@
+// vrx delta: differences of pairs of colours.
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/colorimetry/color_spaces.h>
+
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/conditions.h"
+#include "tools/vrx/output/output.h"
+#include "tools/vrx/value_columns.h"
+
+namespace vrx::tool {
+namespace {
+
+struct DeltaOptions {
+  std::string pairs;
+  ViewingOptions viewing;
+  SystemOptions system;
+  Format format = Format::kTable;
+};
+
+// What a run computes: the difference of a pair under one illuminant.
+class PairDifference {
+ public:
+  PairDifference(const CDifferenceSettings& settings, int32_t observer, bool fromXyz)
+      : settings_(settings), observer_(observer), fromXyz_(fromXyz) {}
+
+  /// `values`: the three of the standard, the three of the sample, the measuring angle in degrees.
+  const CDeltaValues& Of(const std::vector<double>& values, vrxIlluminant illuminant) {
+    SetColor(illuminant, &values[0], standard_);
+    SetColor(illuminant, &values[3], sample_);
+    if (settings_.system == vrxSystemDin99) {
+      DeltaDin99(standard_.lab, sample_.lab, settings_.parameters[0], settings_.parameters[1], delta_);
+    } else {
+      ComputeDifference(settings_, illuminant, observer_, standard_, sample_, values[6], delta_);
+    }
+    return delta_;
+  }
+
+ private:
+  // L*a*b* that was given stays as it is; whatever else the system needs is computed from the values.
+  void SetColor(vrxIlluminant illuminant, const double* values, CColorValues& color) const {
+    if (fromXyz_) {
+      std::copy_n(values, 3, color.tristimulus.begin());
+      FillCoordinates(settings_.system, illuminant, observer_, color);
+      return;
+    }
+    std::copy_n(values, 3, color.lab.begin());
+    ChromaHue(color.lab);
+    LabToXyz(illuminant, observer_, color.lab, color.tristimulus);
+    if (settings_.system == vrxSystemHunter || settings_.system == vrxSystemLuv) {
+      FillCoordinates(settings_.system, illuminant, observer_, color);
+    }
+  }
+
+  CDifferenceSettings settings_;
+  int32_t observer_;
+  bool fromXyz_;
+  CColorValues standard_, sample_;
+  CDeltaValues delta_;
+};
+
+// Writes differences in one of the three formats.
+class DeltaRows {
+ public:
+  DeltaRows(const CDifferenceSettings& settings, int32_t observer, Format format, OutputStream& output)
+      : format_(format),
+        system_(ShortNameOf(settings.system)),
+        observer_(DegreesOf(observer)),
+        columns_(DifferenceColumnsOf(settings.system)),
+        array_(output) {
+    if (format == Format::kTable) output.Append(TitleOf(settings) + "\n\n");
+    if (format != Format::kJson) rows_ = MakeRowWriter(format, output, Columns());
+  }
+
+  void Add(std::string_view id, vrxIlluminant illuminant, const CDeltaValues& delta) {
+    if (format_ == Format::kJson) return AddObject(id, illuminant, delta);
+    rows_->Text(id);
+    if (format_ == Format::kCsv) rows_->Text(system_);
+    rows_->Text(CodeOf(illuminant));
+    rows_->Integer(observer_);
+    if (format_ == Format::kCsv) {
+      for (const double element : delta) rows_->Number(element);
+    } else {
+      for (const DifferenceColumn& column : columns_) rows_->Number(delta[column.element]);
+    }
+    rows_->EndRow();
+  }
+
+  void Finish() { rows_ ? rows_->Finish() : array_.Finish(); }
+
+ private:
+  std::vector<Column> Columns() const {
+    if (format_ == Format::kCsv) {
+      return {{"id"}, {"system"}, {"illuminant"}, {"observer"}, {"e0"}, {"e1"},
+              {"e2"}, {"e3"},     {"e4"},         {"e5"},       {"e6"}};
+    }
+    std::vector<Column> columns{{"id"}, {"illuminant"}, {"observer"}};
+    for (const DifferenceColumn& column : columns_) columns.push_back({column.heading, "", 4});
+    return columns;
+  }
+
+  void AddObject(std::string_view id, vrxIlluminant illuminant, const CDeltaValues& delta) {
+    nlohmann::ordered_json object;
+    object["id"] = id;
+    object["system"] = system_;
+    object["illuminant"] = CodeOf(illuminant);
+    object["observer"] = observer_;
+    for (const double element : delta) object["elements"].push_back(JsonNumber(element));
+    for (const DifferenceColumn& column : columns_) {
+      object["columns"][column.heading] = JsonNumber(delta[column.element]);
+    }
+    array_.Add(object);
+  }
+
+  Format format_;
+  std::string system_;
+  int32_t observer_;
+  std::vector<DifferenceColumn> columns_;
+  std::unique_ptr<RowWriter> rows_;
+  JsonArrayWriter array_;
+};
+
+void RunDelta(const DeltaOptions& options) {
+  const std::vector<vrxIlluminant> illuminants = options.viewing.Illuminants();
+  const int32_t observer = options.viewing.Observer();
+  const CDifferenceSettings settings = options.system.Settings();
+  CsvReader csv(options.pairs);
+  const bool fromXyz = HasColumns(csv.Header(), {"X1", "Y1", "Z1"});
+  ValueRows values = fromXyz ? ValueRows(csv, {"X1", "Y1", "Z1", "X2", "Y2", "Z2", "angle"}, 6)
+                             : ValueRows(csv, {"L1", "a1", "b1", "L2", "a2", "b2", "angle"}, 6);
+  PairDifference difference(settings, observer, fromXyz);
+  OutputStream output;
+  DeltaRows rows(settings, observer, options.format, output);
+  while (values.Next()) {
+    for (const vrxIlluminant illuminant : illuminants) {
+      rows.Add(values.Id(), illuminant, difference.Of(values.Values(), illuminant));
+    }
+  }
+  rows.Finish();
+  output.Finish();
+}
+
+}  // namespace
+
+void AddDelta(CLI::App& app, int& status) {
+  const auto options = std::make_shared<DeltaOptions>();
+  CLI::App* command = app.add_subcommand("delta", "Differences of pairs of colours in any system");
+  command
+      ->add_option(
+          "PAIRS", options->pairs,
+          "Columns L1,a1,b1,L2,a2,b2 or X1,Y1,Z1,X2,Y2,Z2, optionally id and angle (- reads standard "
+          "input)")
+      ->required();
+  AddSystemOptions(*command, options->system, "cmc");
+  AddViewingOptions(*command, options->viewing, "D65");
+  AddFormatOption(*command, options->format);
+  command->footer(
+      "The first colour of a row is the standard, the second the sample. The illuminant serves to convert\n"
+      "between L*a*b* and tristimulus values; the angle, in degrees, is for audi and din6175.\n\n"
+      "Examples:\n"
+      "  vrx delta pairs.csv --system cie2000\n"
+      "  vrx delta pairs.csv --system cmc --parameters 1,1 --format csv\n"
+      "  printf 'L1,a1,b1,L2,a2,b2\\n50,2.6772,-79.7751,50,0,-82.7485\\n' | vrx delta - --system 11\n");
+  command->callback([options, &status] {
+    RunDelta(*options);
+    status = kExitPass;
+  });
+}
+
+}  // namespace vrx::tool

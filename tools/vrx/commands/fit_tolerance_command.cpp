@@ -1,0 +1,274 @@
+// vrx fit-tolerance: the ellipsoid that belongs to the differences that people accepted.
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <vrxmath/foundation/numbers.h>
+#include <vrxmath/tolerance/ellipse_fit.h>
+
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/conditions.h"
+#include "tools/vrx/curve_input.h"
+#include "tools/vrx/output/output.h"
+#include "tools/vrx/output/terminal.h"
+#include "tools/vrx/standards.h"
+#include "tools/vrx/tolerance_table.h"
+#include "tools/vrx/value_columns.h"
+
+namespace vrx::tool {
+namespace {
+
+enum class Method { kSmallest, kSurface };
+
+struct FitOptions {
+  std::string accepted;
+  std::string standard;
+  std::string standardId;
+  bool pairs = false;
+  Method method = Method::kSmallest;
+  EllipseCentre centre = EllipseCentre::kFree;
+  double margin = 1.0;
+  ViewingOptions viewing;
+  SystemOptions system;
+  CurveInputOptions input;
+  std::string forCurves;  // an option that was given and has no meaning for plain differences
+  Format format = Format::kTable;
+};
+
+// What was accepted under one illuminant and geometry.
+struct Cloud {
+  std::vector<LabDifference> differences;
+  double largestTotal = 0.0;
+
+  void Add(const CsvReader& csv, const LabDifference& difference, double total) {
+    constexpr std::size_t kMost = 200'000;
+    if (differences.size() == kMost) csv.FailRow("more than 200000 differences to fit");
+    differences.push_back(difference);
+    largestTotal = std::max(largestTotal, total);
+  }
+};
+
+// What the clouds of a file have in common.
+struct Accepted {
+  std::string file;
+  std::string standard;  // empty when there are several, or one without a name
+  std::string_view system;
+  int32_t observer;                                              // 2 or 10 degrees; 0 for all
+  std::vector<std::string> illuminants;                          // one empty text for all
+  std::map<std::pair<int32_t, std::size_t>, Cloud> clouds = {};  // by geometry and place of the illuminant
+
+  std::string Place(int32_t geometry, std::size_t illuminant) const {
+    std::string place = file;
+    for (const std::string& name : {GeometryName(geometry), illuminants[illuminant]}) {
+      if (!name.empty()) place += ", " + name;
+    }
+    return place;
+  }
+};
+
+std::unique_ptr<Standards> OpenStandards(const FitOptions& options, const JudgeSettings& settings) {
+  const bool oneFile = options.standard.empty();
+  if (oneFile && options.pairs) throw InputError("--pairs needs the standards: --standard FILE");
+  const std::string& standardFile = oneFile ? options.accepted : options.standard;
+  if (options.accepted == "-" && standardFile == "-") {
+    throw InputError("standard and accepted trials are read apart: name a file");
+  }
+  CurveReader reader = OpenCurves(standardFile, options.input);
+  return options.pairs ? PairedStandards(std::move(reader), settings)
+                       : OneStandard(std::move(reader), options.standardId, settings);
+}
+
+// The differences of accepted curves from their standard. In a file that holds the standard too, every other
+// row is a trial.
+Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
+  JudgeSettings settings;
+  settings.illuminants = options.viewing.Illuminants();
+  settings.observer = options.viewing.Observer();
+  settings.difference = options.system.Settings();
+  const auto standards = OpenStandards(options, settings);
+  Accepted accepted{
+      options.accepted, "", ShortNameOf(settings.difference.system), DegreesOf(settings.observer), {}};
+  for (const vrxIlluminant illuminant : settings.illuminants)
+    accepted.illuminants.push_back(CodeOf(illuminant));
+  ProgressBar progress(trials.Csv().Size());
+  CurveRow trial;
+  while (trials.Next(trial)) {
+    Judge& judge = standards->For(trial);
+    if (!options.pairs && standards->Reader().HasNames()) accepted.standard = judge.StandardId();
+    if (options.standard.empty() && judge.StandardId() == trial.id) continue;
+    judge.Evaluate(trial.curve);
+    for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
+      const CDeltaValues& d = judge.LabDifference(i);
+      accepted.clouds[{trial.geometry, i}].Add(trials.Csv(), {d[0], d[1], d[2]}, judge.Difference(i)[6]);
+    }
+    progress.Update(trials.Csv().Position());
+  }
+  WarnAboutFractions(trials);
+  return accepted;
+}
+
+// Differences as they stand in the file. Whatever illuminant and observer they came from, their total is
+// dE*ab.
+Accepted ReadDifferences(CsvReader& csv, const FitOptions& options) {
+  constexpr double kLargest = 1000;  // several times that of black and white
+  if (!HasColumns(csv.Header(), {"dL", "da", "db"})) {
+    csv.FailRow("the header names neither wavelengths nor dL,da,db");
+  }
+  if (!options.forCurves.empty()) {
+    csv.FailRow(options.forCurves + " needs curves, which have wavelengths in their header");
+  }
+  Accepted accepted{csv.Name(), "", ShortNameOf(vrxSystemLab), 0, {""}};
+  ValueRows rows(csv, {"dL", "da", "db"}, 3);
+  while (rows.Next()) {
+    const LabDifference d{rows.Values()[0], rows.Values()[1], rows.Values()[2]};
+    const bool sound = std::ranges::all_of(rows.Values(), [](double v) { return std::fabs(v) <= kLargest; });
+    if (!sound) csv.FailRow("a difference beyond 1000");
+    accepted.clouds[{kNoGeometry, 0}].Add(csv, d, std::sqrt(d.dL * d.dL + d.da * d.da + d.db * d.db));
+  }
+  return accepted;
+}
+
+uint32_t FitBy(Method method, const Cloud& cloud, EllipseCentre centre, CEllipseData& ellipse) {
+  return method == Method::kSmallest ? FitSmallestEllipse(cloud.differences, centre, ellipse)
+                                     : FitEllipseSurface(cloud.differences, centre, ellipse);
+}
+
+// Why there is no ellipsoid.
+std::string Objection(const Cloud& cloud, const FitOptions& options) {
+  CEllipseData ellipse;
+  if (FitBy(Method::kSmallest, cloud, options.centre, ellipse) == 0) {
+    return "the accepted differences are flat: they are of one lightness, or on one line in the a*-b* plane";
+  }
+  return "no ellipsoid has the differences near its surface; --method smallest holds them inside";
+}
+
+// As many differences as the fit has unknowns, and four where fewer would do: three say nothing of a fourth.
+std::size_t NeededDifferences(const FitOptions& options) {
+  return options.method == Method::kSurface && options.centre == EllipseCentre::kFree ? 7 : 4;
+}
+
+CEllipseData Fit(const Cloud& cloud, const FitOptions& options, const std::string& place) {
+  if (const std::size_t count = cloud.differences.size(); count < NeededDifferences(options)) {
+    throw InputError(place + ": " + std::to_string(count) +
+                     " accepted differences are too few; the fit needs " +
+                     std::to_string(NeededDifferences(options)));
+  }
+  CEllipseData ellipse;
+  if (FitBy(options.method, cloud, options.centre, ellipse) == 0) {
+    throw InputError(place + ": " + Objection(cloud, options));
+  }
+  for (const int32_t axis :
+       {CEllipseData::kLightnessAxis, CEllipseData::kMajorAxis, CEllipseData::kMinorAxis}) {
+    ellipse[axis] *= options.margin;
+  }
+  ellipse[CEllipseData::kTotalLimit] = cloud.largestTotal * options.margin;
+  ellipse[CEllipseData::kCommercialFactor] = options.margin;
+  return ellipse;
+}
+
+void WriteFits(const Accepted& accepted, const FitOptions& options) {
+  std::vector<Column> columns{{"standard"}, {"geometry"}, {"system"}, {"illuminant"}, {"observer"}};
+  for (const std::string_view name : EllipseColumns()) columns.push_back({std::string(name), "", 4});
+  OutputStream output;
+  const auto rows = MakeRowWriter(options.format, output, std::move(columns));
+  for (const auto& [key, cloud] : accepted.clouds) {
+    const auto& [geometry, i] = key;
+    const CEllipseData ellipse = Fit(cloud, options, accepted.Place(geometry, i));
+    rows->Text(accepted.standard);
+    rows->Text(GeometryName(geometry));
+    rows->Text(accepted.system);
+    rows->Text(accepted.illuminants[i]);
+    if (accepted.observer != 0) {
+      rows->Integer(accepted.observer);
+    } else {
+      rows->Number(kUnset);
+    }
+    for (const double number : ellipse) rows->Number(number);
+    rows->EndRow();
+  }
+  rows->Finish();
+  output.Finish();
+}
+
+void RunFit(const FitOptions& options) {
+  if (!(options.margin > 0 && options.margin <= 100)) {
+    throw InputError("--margin: a factor above 0, up to 100");
+  }
+  CsvReader csv(options.accepted);
+  const Accepted accepted = HasWavelengths(csv.Header())
+                                ? ReadCurves(OpenCurves(std::move(csv), options.input), options)
+                                : ReadDifferences(csv, options);
+  if (accepted.clouds.empty()) throw InputError(accepted.file + ": there is no accepted trial");
+  WriteFits(accepted, options);
+}
+
+void AddOptions(CLI::App& command, FitOptions& options) {
+  static const std::map<std::string, Method> kMethods{{"smallest", Method::kSmallest},
+                                                      {"surface", Method::kSurface}};
+  static const std::map<std::string, EllipseCentre> kCentres{{"free", EllipseCentre::kFree},
+                                                             {"standard", EllipseCentre::kAtStandard}};
+  command
+      .add_option("ACCEPTED", options.accepted,
+                  "Curves of the accepted trials, or columns dL,da,db (- reads standard input)")
+      ->required();
+  command.add_option("--standard", options.standard, "Curves of the standard, or standards")
+      ->option_text("FILE [ACCEPTED]");
+  auto* id = command.add_option("--standard-id", options.standardId, "Which row is the standard");
+  id->option_text("ID [the first row]");
+  command.add_flag("--pairs", options.pairs, "Each trial belongs to the standard of the same id")
+      ->excludes(id);
+  command
+      .add_option(
+          "--method", options.method,
+          "The smallest ellipsoid that holds what was accepted, or the surface nearest to differences "
+          "at the limit of acceptance")
+      ->transform(CLI::CheckedTransformer(kMethods, CLI::ignore_case).description(""))
+      ->option_text("smallest|surface [smallest]");
+  command.add_option("--centre", options.centre, "Where the ellipsoid has its centre")
+      ->transform(CLI::CheckedTransformer(kCentres, CLI::ignore_case).description(""))
+      ->option_text("free|standard [free]");
+  command.add_option("--margin", options.margin, "Factor on the semi-axes and on the limit of the total")
+      ->option_text("FACTOR [1]");
+  AddViewingOptions(command, options.viewing, "D65,A,CWF");
+  AddSystemOptions(command, options.system, "cmc");
+  AddCurveInputOptions(command, options.input);
+  AddFormatOption(command, options.format);
+}
+
+// The first option that was given of those that only curves have a use for.
+std::string OptionForCurves(const CLI::App& command) {
+  for (const char* name : {"--standard", "--standard-id", "--pairs", "--illuminants", "--observer",
+                           "--system", "--parameters", "--fraction"}) {
+    if (command.count(name) > 0) return name;
+  }
+  return "";
+}
+
+}  // namespace
+
+void AddFitTolerance(CLI::App& app, int& status) {
+  const auto options = std::make_shared<FitOptions>();
+  CLI::App* command = app.add_subcommand("fit-tolerance", "The ellipsoid of what was accepted so far");
+  AddOptions(*command, *options);
+  command->footer(
+      "The csv form is what vrx judge --ellipses reads. The limit of the total difference is the largest\n"
+      "total that was accepted, in the system of --system; that of plain differences is dE*ab (lab).\n\n"
+      "Examples:\n"
+      "  vrx fit-tolerance accepted.csv                        the first row is the standard\n"
+      "  vrx fit-tolerance lots.csv --standard master.csv --pairs --margin 1.05 --format csv > limits.csv\n"
+      "  vrx judge master.csv batch.csv --ellipses limits.csv\n"
+      "  vrx fit-tolerance borderline.csv --method surface --centre standard --illuminants D65\n");
+  command->callback([options, command, &status] {
+    options->forCurves = OptionForCurves(*command);
+    RunFit(*options);
+    status = kExitPass;
+  });
+}
+
+}  // namespace vrx::tool

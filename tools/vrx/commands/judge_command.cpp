@@ -1,0 +1,134 @@
+// vrx judge: trials against standards, as differences, words and verdicts.
+
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/comparison.h"
+#include "tools/vrx/conditions.h"
+#include "tools/vrx/output/judge_output.h"
+#include "tools/vrx/output/output.h"
+
+namespace vrx::tool {
+namespace {
+
+struct JudgeOptions {
+  ComparisonOptions comparison;
+  JudgingOptions judging;
+  bool toleranceGiven = false;
+  std::string tolerances;
+  bool ellipse = false;
+  std::string ellipses;
+  bool strict = false;
+  Format format = Format::kTable;
+};
+
+// Makes the ellipsoids of the system decide, grown by the factor that --tolerance or the parameters name.
+void BuildEllipses(const JudgeOptions& options, JudgeSettings& settings) {
+  CDifferenceSettings& difference = settings.difference;
+  if (!IsEllipseSystem(difference.system)) {
+    throw InputError("--ellipse: " + std::string(ShortNameOf(difference.system)) +
+                     " has no ellipsoid; cmc, cie94 and cie2000 have");
+  }
+  settings.buildEllipses = true;
+  const std::size_t place = difference.system == vrxSystemCmc ? 2 : 3;
+  const bool inParameters = !options.judging.system.parameters.empty() &&
+                            ParseNumbers(options.judging.system.parameters, "--parameters").size() > place;
+  if (inParameters && options.toleranceGiven) {
+    throw InputError("--ellipse: --tolerance and --parameters both name the factor");
+  }
+  if (inParameters) return;
+  const std::vector<double> factor = ParseNumbers(options.judging.tolerance, "--tolerance");
+  if (factor.size() != 1 || !(factor[0] > 0)) {
+    throw InputError("--tolerance: with --ellipse one number above 0 is expected");
+  }
+  difference.parameters[place] = factor[0];
+}
+
+void LoadEllipses(const JudgeOptions& options, JudgeSettings& settings) {
+  if (options.toleranceGiven && !options.ellipse) {
+    throw InputError("--ellipses: the file has the limits; --tolerance needs --ellipse");
+  }
+  CsvReader csv(options.ellipses);
+  settings.ellipses.Load(csv, {settings.difference.system, settings.observer});
+  if (settings.ellipses.IsEmpty()) throw InputError(csv.Name() + ": there is no row");
+}
+
+JudgeSettings SettingsOf(const JudgeOptions& options) {
+  JudgeSettings settings = SettingsOf(options.judging);
+  if (!options.tolerances.empty()) {
+    CsvReader csv(options.tolerances);
+    settings.boxes.Load(csv, {settings.difference.system, settings.observer});
+  }
+  if (options.ellipse) BuildEllipses(options, settings);
+  if (!options.ellipses.empty()) LoadEllipses(options, settings);
+  return settings;
+}
+
+ExitStatus RunJudge(const JudgeOptions& options) {
+  const JudgeSettings settings = SettingsOf(options);
+  Comparison comparison(options.comparison, settings);
+  OutputStream output;
+  const auto results = MakeJudgeOutput(options.format, output, settings, comparison.Trials());
+  bool allPass = true;
+  comparison.ForEachTrial([&](const CurveRow& trial, Judge& judge) {
+    judge.Evaluate(trial.curve);
+    results->Add(trial, judge);
+    for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
+      allPass = allPass && judge.Result(i).overall == kPass;
+    }
+  });
+  results->Finish();
+  output.Finish();
+  comparison.WarnAboutInput();
+  return options.strict && !allPass ? kExitNotPassed : kExitPass;
+}
+
+void AddOptions(CLI::App& command, JudgeOptions& options) {
+  AddComparisonOptions(command, options.comparison);
+  AddJudgingOptions(command, options.judging);
+  auto* boxes = command.add_option("--tolerances", options.tolerances,
+                                   "Limits per standard, geometry and illuminant, from a CSV file");
+  boxes->option_text("FILE");
+  command
+      .add_flag("--ellipse", options.ellipse,
+                "Judge by the ellipsoid of cmc, cie94 or cie2000 about the standard, times --tolerance")
+      ->excludes(boxes);
+  command
+      .add_option("--ellipses", options.ellipses,
+                  "Judge by ellipsoids from a CSV file, as vrx fit-tolerance writes it")
+      ->option_text("FILE")
+      ->excludes(boxes);
+  command.add_flag("--strict", options.strict, "Exit status 1 when a trial does not pass");
+  AddFormatOption(command, options.format);
+}
+
+}  // namespace
+
+void AddJudge(CLI::App& app, int& status) {
+  const auto options = std::make_shared<JudgeOptions>();
+  CLI::App* command = app.add_subcommand("judge", "Judge trials against a standard");
+  AddOptions(*command, *options);
+  command->footer(
+      "Each trial gets, under each illuminant, its difference from the standard, three words for the shade,\n"
+      "and the verdict of the box or ellipsoid, of the total difference, and of both: 0 fail, 1 warning, 2\n"
+      "pass.\n\n"
+      "Examples:\n"
+      "  vrx judge standard.csv batch.csv                      the first row of standard.csv, CMC (2:1)\n"
+      "  vrx judge master.csv lot.csv --pairs --strict         row against row of the same id\n"
+      "  vrx judge std.csv batch.csv --system cie2000 --tolerance 0.8 --illuminants D65,T84\n"
+      "  vrx judge std.csv batch.csv --tolerance 1,1,0.6,0.6,0.6,0.6,1.2 --format json\n"
+      "  export.sh | vrx judge std.csv - --tolerances limits.csv --format csv\n"
+      "  vrx judge std.csv batch.csv --ellipse --tolerance 0.8   inside the CMC ellipsoid, cf = 0.8\n");
+  command->callback([options, command, &status] {
+    options->toleranceGiven = command->count("--tolerance") > 0;
+    status = RunJudge(*options);
+  });
+}
+
+}  // namespace vrx::tool

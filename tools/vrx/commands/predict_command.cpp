@@ -1,0 +1,195 @@
+// vrx predict: the curves and colours that formulas give.
+
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <vrxmath/colorant/component_names.h>
+#include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/formula/prediction.h>
+
+#include "tools/vrx/color_system_file.h"
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/conditions.h"
+#include "tools/vrx/output/output.h"
+
+namespace vrx::tool {
+namespace {
+
+struct PredictOptions {
+  std::string system;
+  std::string formulas;
+  ViewingOptions viewing;
+  Format format = Format::kTable;
+};
+
+constexpr std::array<const char*, 8> kCoordinates = {"X", "Y", "Z", "L", "a", "b", "C", "h"};
+
+// The coordinates of a curve under one illuminant, in the order of kCoordinates.
+std::array<double, 8> ColorOf(const CReflData& curve, vrxIlluminant illuminant, int32_t observer) {
+  CTrisValues xyz;
+  CLabValues lab;
+  curve.Tristimulus(illuminant, observer, xyz);
+  XyzToLab(illuminant, observer, xyz, lab);
+  return {xyz[0], xyz[1], xyz[2], lab[0], lab[1], lab[2], lab[3], lab[4]};
+}
+
+int32_t WavelengthAt(int32_t i) {
+  return kFirstWavelength + kWavelengthStep * i;
+}
+
+std::string ConditionsOf(vrxIlluminant illuminant, int32_t observer) {
+  std::string text = CodeOf(illuminant);
+  text += '/';
+  text += std::to_string(DegreesOf(observer));
+  return text;
+}
+
+// Predictions on their way out, one formula at a time.
+class PredictionOutput {
+ public:
+  virtual ~PredictionOutput() = default;
+  virtual void Add(const std::string& name, const CReflData& curve) = 0;
+  virtual void Finish() = 0;
+};
+
+// For people: a block per formula, ten samples in a line, then the colours.
+class PredictionBlocks final : public PredictionOutput {
+ public:
+  PredictionBlocks(const ViewingOptions& viewing, OutputStream& output)
+      : illuminants_(viewing.Illuminants()), observer_(viewing.Observer()), output_(output) {}
+
+  void Add(const std::string& name, const CReflData& curve) override {
+    output_.Append(name + "\n");
+    constexpr int32_t kPerLine = 10;
+    for (int32_t first = 0; first < kWavelengths; first += kPerLine) {
+      output_.Append("  " + std::to_string(WavelengthAt(first)) + " nm ");
+      for (int32_t i = first; i < first + kPerLine; ++i) AppendCell(curve[i]);
+      output_.Append('\n');
+    }
+    output_.Append("          ");
+    for (const char* coordinate : kCoordinates) AppendRight(coordinate);
+    output_.Append('\n');
+    for (const vrxIlluminant illuminant : illuminants_) {
+      const std::string conditions = ConditionsOf(illuminant, observer_);
+      output_.Append("  " + conditions);
+      output_.AppendSpaces(conditions.size() < 8 ? 8 - conditions.size() : 0);
+      for (const double coordinate : ColorOf(curve, illuminant, observer_)) AppendCell(coordinate);
+      output_.Append('\n');
+    }
+    output_.Append('\n');
+  }
+  void Finish() override {}
+
+ private:
+  void AppendRight(const std::string& text) {
+    constexpr std::size_t kWidth = 8;
+    output_.AppendSpaces(text.size() < kWidth ? kWidth - text.size() : 1);
+    output_.Append(text);
+  }
+  void AppendCell(double value) {
+    std::array<char, 400> text;
+    const auto end =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 2);
+    AppendRight(std::string(text.data(), end.ptr));
+  }
+
+  std::vector<vrxIlluminant> illuminants_;
+  int32_t observer_;
+  OutputStream& output_;
+};
+
+// For programs: a row or object per formula.
+class PredictionRows final : public PredictionOutput {
+ public:
+  PredictionRows(const PredictOptions& options, OutputStream& output)
+      : illuminants_(options.viewing.Illuminants()),
+        observer_(options.viewing.Observer()),
+        rows_(MakeRowWriter(options.format, output, Columns())) {}
+
+  void Add(const std::string& name, const CReflData& curve) override {
+    rows_->Text(name);
+    for (const double percent : curve) rows_->Number(percent);
+    for (const vrxIlluminant illuminant : illuminants_) {
+      for (const double coordinate : ColorOf(curve, illuminant, observer_)) rows_->Number(coordinate);
+    }
+    rows_->EndRow();
+  }
+  void Finish() override { rows_->Finish(); }
+
+ private:
+  std::vector<Column> Columns() const {
+    std::vector<Column> columns{{"id"}};
+    for (int32_t i = 0; i < kWavelengths; ++i) columns.push_back({std::to_string(WavelengthAt(i))});
+    for (const vrxIlluminant illuminant : illuminants_) {
+      for (const char* coordinate : kCoordinates) {
+        columns.push_back({ConditionsOf(illuminant, observer_) + " " + coordinate});
+      }
+    }
+    return columns;
+  }
+
+  std::vector<vrxIlluminant> illuminants_;
+  int32_t observer_;
+  std::unique_ptr<RowWriter> rows_;
+};
+
+void WarnAboutRules(const NamedFormula& formula, const CColorantRulesData& rules) {
+  CDWordArray1 ids;
+  CDoubleArray1 amounts;
+  formula.formula.GetLines(ids, amounts);
+  if (!rules.IsAllowed(ids)) {
+    std::fprintf(stderr, "vrx: formula \"%s\" has colorants that must not be used together\n",
+                 formula.name.c_str());
+  }
+}
+
+void RunPredict(const PredictOptions& options) {
+  const ColorSystem system = ReadColorSystem(options.system);
+  const std::vector<NamedFormula> formulas = ReadFormulas(options.formulas, system);
+  OutputStream output;
+  std::unique_ptr<PredictionOutput> results;
+  if (options.format == Format::kTable) {
+    results = std::make_unique<PredictionBlocks>(options.viewing, output);
+  } else {
+    results = std::make_unique<PredictionRows>(options, output);
+  }
+  for (const NamedFormula& formula : formulas) {
+    WarnAboutRules(formula, system.rules);
+    const CReflData curve = PredictReflectance(formula.formula, system.data);
+    if (IsUnset(curve)) {
+      throw InputError(options.formulas + ": formula \"" + formula.name + "\" cannot be predicted: " +
+                       "its components do not absorb and scatter under the model \"" +
+                       OpticalModelName(system.data.opticalModel).ToUtf8() + "\"");
+    }
+    results->Add(formula.name, curve);
+  }
+  results->Finish();
+  output.Finish();
+}
+
+}  // namespace
+
+void AddPredict(CLI::App& app, int& status) {
+  const auto options = std::make_shared<PredictOptions>();
+  CLI::App* command = app.add_subcommand("predict", "Curves and colours of the formulas of a colour system");
+  command->add_option("SYSTEM", options->system, "Colour system, a JSON file")->required();
+  command->add_option("FORMULAS", options->formulas, "Formulas, a JSON file")->required();
+  AddViewingOptions(*command, options->viewing, "D65,A,CWF");
+  AddFormatOption(*command, options->format);
+  command->footer(
+      "Curves are in percent, surface included, at 360 ... 750 nm.\n\n"
+      "Examples:\n"
+      "  vrx predict examples/acrylic_paints.json examples/acrylic_formulas.json\n"
+      "  vrx predict system.json formulas.json --illuminants D50 --observer 2 --format csv\n");
+  command->callback([options, &status] {
+    RunPredict(*options);
+    status = kExitPass;
+  });
+}
+
+}  // namespace vrx::tool

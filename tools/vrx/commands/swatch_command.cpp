@@ -1,0 +1,241 @@
+// vrx swatch: a picture of trials beside their standards, with names, differences and verdicts.
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <vrxmath/colorimetry/display_color.h>
+
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/comparison.h"
+#include "tools/vrx/conditions.h"
+#include "tools/vrx/curve_input.h"
+#include "tools/vrx/judge.h"
+#include "tools/vrx/output/picture.h"
+#include "tools/vrx/standards.h"
+
+namespace vrx::tool {
+namespace {
+
+struct SwatchOptions {
+  std::string file;
+  std::string trials;
+  std::string output;
+  std::string standardId;
+  bool pairs = false;
+  JudgingOptions judging;
+  CurveInputOptions input;
+};
+
+// A standard and a trial under one illuminant, as they are painted.
+struct Pair {
+  DisplayRgb standard, trial;
+  bool displayable = true;
+  double difference = kUnset;
+  Verdict verdict = kFail;
+};
+
+// One trial: its title and its pairs, one per illuminant.
+struct Card {
+  std::string title;
+  std::vector<Pair> pairs;
+};
+
+bool ToDisplay(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz, DisplayRgb& colour) {
+  return XyzToDisplayRgb(illuminant, observer, xyz, colour.red, colour.green, colour.blue);
+}
+
+// The standard's name, then the trial's where it is another one.
+std::string CardTitle(const Judge& judge, const CurveRow& trial) {
+  std::string title = judge.StandardId();
+  if (trial.id != title) title.append(" | ").append(trial.id);
+  if (!trial.name.empty() && trial.name != trial.id) title.append(" ").append(trial.name);
+  return title;
+}
+
+Card MakeCard(const JudgeSettings& settings, const Judge& judge, const CurveRow& trial) {
+  Card card{CardTitle(judge, trial), {}};
+  for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
+    const vrxIlluminant illuminant = settings.illuminants[i];
+    Pair pair;
+    pair.displayable = ToDisplay(illuminant, settings.observer, judge.StandardXyz(i), pair.standard);
+    pair.displayable &= ToDisplay(illuminant, settings.observer, judge.TrialXyz(i), pair.trial);
+    pair.difference = judge.Difference(i)[6];
+    pair.verdict = judge.Result(i).overall;
+    card.pairs.push_back(pair);
+  }
+  return card;
+}
+
+// Layout, in pixels -----------------------------------------------------------------------------------------
+
+constexpr int32_t kMargin = 24;
+constexpr int32_t kPatch = 84;  // side of a patch; standard and trial touch
+constexpr int32_t kPairGap = 16;
+constexpr int32_t kTitleSize = 14;
+constexpr int32_t kTextSize = 12;
+constexpr int32_t kTitleHeight = 22;
+constexpr int32_t kCaptionHeight = 36;  // two lines
+constexpr int32_t kCardGap = 24;
+constexpr int32_t kHeadingHeight = 54;
+constexpr int32_t kUsualWidth = 1200;
+constexpr std::size_t kMaxTrials = 1000;
+
+// Neutral and lighter than most samples: a coloured surround would shift what the eye sees.
+constexpr DisplayRgb kSurround{217, 217, 217};
+constexpr DisplayRgb kInk{32, 32, 32};
+
+struct VerdictLook {
+  const char* text;
+  DisplayRgb colour;
+};
+constexpr VerdictLook kVerdictLooks[] = {
+    {"fail", {160, 0, 24}}, {"warning", {122, 72, 0}}, {"pass", {0, 88, 32}}};
+
+std::string Decimals(double value) {
+  if (IsUnset(value)) return "-";
+  char text[400];
+  return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 2).ptr};
+}
+
+// The picture of all cards, in as many columns as fit the usual width.
+class Sheet {
+ public:
+  Sheet(const JudgeSettings& settings, const std::vector<Card>& cards) : settings_(settings), cards_(cards) {
+    const auto pairs = static_cast<int32_t>(settings.illuminants.size());
+    cardWidth_ = pairs * (2 * kPatch + kPairGap) - kPairGap + kCardGap;
+    const auto count = static_cast<int32_t>(cards.size());
+    columns_ = std::clamp((kUsualWidth - 2 * kMargin + kCardGap) / cardWidth_, 1, count);
+    rows_ = (count + columns_ - 1) / columns_;
+  }
+
+  int32_t Width() const { return std::max(2 * kMargin + columns_ * cardWidth_ - kCardGap, 480); }
+  int32_t Height() const { return kMargin + kHeadingHeight + rows_ * kCardHeight; }
+
+  std::unique_ptr<Picture> Paint(PictureFormat format) const {
+    if (Width() > kLongestSide || Height() > kLongestSide) {
+      throw InputError("too many trials or illuminants for one picture");
+    }
+    std::unique_ptr<Picture> picture = MakePicture(format, Width(), Height(), kSurround);
+    PaintHeading(*picture);
+    for (std::size_t i = 0; i < cards_.size(); ++i) {
+      const auto place = static_cast<int32_t>(i);
+      PaintCard(*picture, kMargin + place % columns_ * cardWidth_,
+                kMargin + kHeadingHeight + place / columns_ * kCardHeight, cards_[i]);
+    }
+    return picture;
+  }
+
+ private:
+  static constexpr int32_t kCardHeight = kTitleHeight + kPatch + kCaptionHeight + kCardGap;
+
+  void PaintHeading(Picture& picture) const {
+    const bool allDisplayable = std::ranges::all_of(
+        cards_, [](const Card& card) { return std::ranges::all_of(card.pairs, &Pair::displayable); });
+    picture.Text(kMargin, kMargin + 12, TitleOf(settings_.difference) + ", left: standard, right: trial",
+                 kTitleSize, kInk);
+    if (!allDisplayable) {
+      picture.Text(kMargin, kMargin + 30, "* beyond the colours of the display, clipped", kTextSize, kInk);
+    }
+  }
+
+  void PaintCard(Picture& picture, int32_t x, int32_t y, const Card& card) const {
+    constexpr int32_t kDigitWidth = 9;
+    const auto letters = static_cast<std::size_t>((cardWidth_ - kCardGap) / kDigitWidth);
+    picture.Text(x, y + kTitleSize, Shortened(card.title, letters), kTitleSize, kInk);
+    for (std::size_t i = 0; i < card.pairs.size(); ++i) {
+      PaintPair(picture, x + static_cast<int32_t>(i) * (2 * kPatch + kPairGap), y + kTitleHeight,
+                settings_.illuminants[i], card.pairs[i]);
+    }
+  }
+
+  void PaintPair(Picture& picture, int32_t x, int32_t y, vrxIlluminant illuminant, const Pair& pair) const {
+    constexpr int32_t kLine = 16;
+    picture.Rectangle(x, y, kPatch, kPatch, pair.standard);
+    picture.Rectangle(x + kPatch, y, kPatch, kPatch, pair.trial);
+    const std::string name = IlluminantName(illuminant, settings_.observer, kNameSlashObserver).ToUtf8() +
+                             (pair.displayable ? "" : " *");
+    picture.Text(x, y + kPatch + kLine, Shortened(name, 20), kTextSize, kInk);
+    picture.Text(x, y + kPatch + 2 * kLine,
+                 "\xCE\x94"
+                 "E " +
+                     Decimals(pair.difference),
+                 kTextSize, kInk);
+    const VerdictLook& look = kVerdictLooks[pair.verdict];
+    picture.Text(x + kPatch, y + kPatch + 2 * kLine, look.text, kTextSize, look.colour);
+  }
+
+  const JudgeSettings& settings_;
+  const std::vector<Card>& cards_;
+  int32_t cardWidth_, columns_, rows_;
+};
+
+// ----------------------------------------------------------------------------------------------------------
+
+// Judges the trials. In a file that holds the standard too, every other row is a trial.
+std::vector<Card> JudgeAll(const SwatchOptions& options, const JudgeSettings& settings) {
+  const bool oneFile = options.trials.empty();
+  const std::string& trialFile = oneFile ? options.file : options.trials;
+  if (options.file == "-" && trialFile == "-")
+    throw InputError("standard and trials are read apart: name a file");
+  if (oneFile && options.pairs) throw InputError("--pairs needs a second file");
+  CurveReader standardReader = OpenCurves(options.file, options.input);
+  const std::unique_ptr<Standards> standards =
+      options.pairs ? PairedStandards(std::move(standardReader), settings)
+                    : OneStandard(std::move(standardReader), options.standardId, settings);
+  CurveReader trials = OpenCurves(trialFile, options.input);
+  std::vector<Card> cards;
+  CurveRow trial;
+  while (trials.Next(trial)) {
+    Judge& judge = standards->For(trial);
+    if (oneFile && judge.StandardId() == trial.id) continue;
+    if (cards.size() == kMaxTrials) trials.Csv().FailRow("more than 1000 trials for one picture");
+    judge.Evaluate(trial.curve);
+    cards.push_back(MakeCard(settings, judge, trial));
+  }
+  WarnAboutFractions(trials);
+  if (cards.empty()) throw InputError(trialFile + ": there is no trial");
+  return cards;
+}
+
+void RunSwatch(const SwatchOptions& options) {
+  const PictureFormat format = PictureFormatOf(options.output);
+  const JudgeSettings settings = SettingsOf(options.judging);
+  const std::vector<Card> cards = JudgeAll(options, settings);
+  SavePicture(*Sheet(settings, cards).Paint(format), options.output);
+}
+
+}  // namespace
+
+void AddSwatch(CLI::App& app, int& status) {
+  const auto options = std::make_shared<SwatchOptions>();
+  CLI::App* command = app.add_subcommand("swatch", "Paint trials beside their standards");
+  command->add_option("FILE", options->file, "Curves: the standard and, without TRIALS, the trials")
+      ->required();
+  command->add_option("TRIALS", options->trials, "Curves of the trials");
+  command->add_option("--output", options->output, "The picture, by its name PNG or SVG")
+      ->required()
+      ->option_text("FILE.png|FILE.svg");
+  auto* id = command->add_option("--standard-id", options->standardId, "Which row is the standard");
+  id->option_text("ID [the first row]")->check(RefuseEmpty);
+  command->add_flag("--pairs", options->pairs, "Each trial beside the standard of the same id")->excludes(id);
+  AddJudgingOptions(*command, options->judging);
+  AddCurveInputOptions(*command, options->input);
+  command->footer(
+      "Each pair is painted as it looks to somebody adapted to the illuminant: its white is that of the\n"
+      "display, whose primaries are taken to be those of sRGB.\n\n"
+      "Examples:\n"
+      "  vrx swatch batch.csv --output batch.png             the first row beside every other one\n"
+      "  vrx swatch master.csv lot.csv --pairs --output lot.svg --illuminants D65,T84\n");
+  command->callback([options, &status] {
+    RunSwatch(*options);
+    status = kExitPass;
+  });
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,185 @@
+// vrx xml: the outline of an XML document, or what stands at a path in it.
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include <vrxmath/support/xml_reader.h>
+
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/output/output.h"
+#include "tools/vrx/xml_path.h"
+
+namespace vrx::tool {
+namespace {
+
+struct XmlOptions {
+  std::string file;
+  std::string path;
+  Format format = Format::kTable;
+};
+
+// The whole of a file, or of standard input for "-". What is longer than any document is not read on.
+std::string ReadWhole(const std::string& path) {
+  constexpr std::size_t kMaxBytes = std::size_t{1} << 31;
+  constexpr std::size_t kChunk = std::size_t{1} << 20;
+  std::ifstream file;
+  errno = 0;
+  if (path != "-") file.open(path, std::ios::binary);
+  std::istream& stream = path == "-" ? std::cin : file;
+  std::string text;
+  while (stream && text.size() < kMaxBytes) {
+    const std::size_t used = text.size();
+    text.resize(used + kChunk);
+    stream.read(text.data() + used, static_cast<std::streamsize>(kChunk));
+    text.resize(used + static_cast<std::size_t>(stream.gcount()));
+  }
+  if (!stream.eof() && text.size() < kMaxBytes) {
+    throw InputError(path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be read"));
+  }
+  return text;
+}
+
+// Text in 16-bit units behind a byte-order mark; UTF-8 without one or with its own.
+bool SetDocOfBytes(CXmlReader& xml, const std::string& bytes) {
+  const bool isBigEndian = bytes.starts_with("\xFE\xFF");
+  if (!isBigEndian && !bytes.starts_with("\xFF\xFE")) return xml.SetDocUtf8(bytes);
+  std::u16string units(bytes.size() / 2 - 1, u'\0');
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    const auto first = static_cast<unsigned char>(bytes[2 * i + 2]);
+    const auto second = static_cast<unsigned char>(bytes[2 * i + 3]);
+    units[i] = static_cast<char16_t>(isBigEndian ? first << 8 | second : second << 8 | first);
+  }
+  return xml.SetDoc(units);
+}
+
+// One line for a table: runs of white space and control characters become a space, the end of a long text
+// dots.
+std::string InOneLine(const CString& text) {
+  constexpr std::size_t kMaxUnits = 60;
+  std::u16string line;
+  for (const char16_t unit : text.View()) {
+    const bool isBlank = unit <= u' ' || (unit >= 0x7F && unit < 0xA0);
+    if (isBlank && (line.empty() || line.back() == u' ')) continue;
+    line += isBlank ? u' ' : unit;
+    if (line.size() > kMaxUnits) {
+      line.replace(kMaxUnits - 3, line.size(), u"...");
+      break;
+    }
+  }
+  return CString(WideView(line)).ToUtf8();
+}
+
+class Outline {
+ public:
+  Outline(const CXmlReader& xml, Format format, OutputStream& output)
+      : xml_(xml),
+        isTable_(format == Format::kTable),
+        rows_(MakeRowWriter(format, output, {{"depth"}, {"element"}, {"text"}})) {}
+
+  // The element `top` and all below it, in document order.
+  void Write(int32_t top) {
+    int32_t depth = 0;
+    for (int32_t index = top; index != 0;) {
+      AddRow(index, depth);
+      int32_t next = xml_.GetElement(index).firstChild;
+      if (next != 0) ++depth;
+      while (next == 0 && index != top) {
+        next = xml_.GetElement(index).nextSibling;
+        if (next != 0) break;
+        index = xml_.GetElement(index).parent;
+        --depth;
+      }
+      index = next;
+    }
+    rows_->Finish();
+  }
+
+ private:
+  // Deeper elements are not indented further, or a deep document would be mostly spaces.
+  static constexpr int32_t kMaxIndentedDepth = 20;
+
+  void AddRow(int32_t index, int32_t depth) {
+    const CString name = xml_.GetTagName(index), text = xml_.GetData(index);
+    rows_->Integer(depth);
+    if (isTable_) {
+      const auto indent = static_cast<std::size_t>(2 * std::min(depth, kMaxIndentedDepth));
+      rows_->Text(std::string(indent, ' ') + InOneLine(name));
+      rows_->Text(InOneLine(text));
+    } else {
+      rows_->Text(name.ToUtf8());
+      rows_->Text(text.ToUtf8());
+    }
+    rows_->EndRow();
+  }
+
+  const CXmlReader& xml_;
+  bool isTable_;
+  std::unique_ptr<RowWriter> rows_;
+};
+
+// A value alone: as it is, for scripts; in csv and json as the only row.
+void WriteValue(const std::string& value, Format format, OutputStream& output) {
+  if (format == Format::kTable) {
+    output.Append(value);
+    return output.Append('\n');
+  }
+  const auto rows = MakeRowWriter(format, output, {{"value"}});
+  rows->Text(value);
+  rows->EndRow();
+  rows->Finish();
+}
+
+void RunXml(const XmlOptions& options) {
+  CXmlReader xml;
+  const std::string name = options.file == "-" ? "standard input" : options.file;
+  if (!SetDocOfBytes(xml, ReadWhole(options.file))) {
+    const std::string reason = xml.GetError().ToUtf8();
+    throw InputError(name + ": " + (reason.empty() ? "there is no element" : reason));
+  }
+  OutputStream output;
+  if (options.path.empty()) {
+    Outline(xml, options.format, output).Write(xml.GetElement(0).firstChild);
+  } else {
+    const XmlPath path = ParseXmlPath(options.path);
+    GoTo(xml, path);
+    const int32_t index = xml.GetCurrentIndex();
+    if (!path.attribute.empty()) {
+      WriteValue(xml.GetAttrib(index, CString::FromUtf8(path.attribute)).ToUtf8(), options.format, output);
+    } else if (xml.GetElement(index).firstChild == 0) {
+      WriteValue(xml.GetData(index).ToUtf8(), options.format, output);
+    } else {
+      Outline(xml, options.format, output).Write(index);
+    }
+  }
+  output.Finish();
+}
+
+}  // namespace
+
+void AddXml(CLI::App& app, int& status) {
+  const auto options = std::make_shared<XmlOptions>();
+  CLI::App* command = app.add_subcommand("xml", "Show the outline of an XML document, or a value in it");
+  command->add_option("FILE", options->file, "UTF-8, or UTF-16 with a byte-order mark; - for standard input")
+      ->required();
+  command->add_option("PATH", options->path, "Such as root/child[2]/@attribute; * is any name");
+  AddFormatOption(*command, options->format);
+  command->footer(
+      "The text of an element without children, or the value of an attribute, is printed as it is; an\n"
+      "attribute that is not there is an empty one.\n"
+      "Examples:\n"
+      "  vrx xml standards.xml                              all elements, indented, with their texts\n"
+      "  vrx xml standards.xml standards/standard[2]        the same of one element\n"
+      "  vrx xml standards.xml standards/standard[2]/@name  a value\n");
+  command->callback([options, &status] {
+    RunXml(*options);
+    status = kExitPass;
+  });
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,122 @@
+// Results on their way to standard output: a stream that cannot fail silently, and the three formats of the
+// tool, `table` for people, `csv` and `json` for programs.
+//
+// Numbers in csv and json carry the fewest digits that read back to the same double. An unset value is an
+// empty field, a null, or "-" in a table. JSON has no word for infinities and NaN; they are null there, and
+// "inf", "-inf" and "nan" in csv.
+
+#ifndef TOOLS_VRX_OUTPUT_OUTPUT_H_
+#define TOOLS_VRX_OUTPUT_OUTPUT_H_
+
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vrx::tool {
+
+enum class Format { kTable, kCsv, kJson };
+
+/// Adds `--format table|csv|json` to a subcommand.
+void AddFormatOption(CLI::App& command, Format& format);
+
+/// Results could not be written: the disk is full, or whoever read them has gone.
+class OutputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Buffered text to a file. A result that ends early must not pass for a whole one: when the stream is
+/// destroyed without `Finish`, what is still in the buffer (1 MiB) is dropped, and if some of the text had
+/// left already, a line that no reader of the format accepts is put behind it.
+class OutputStream {
+ public:
+  explicit OutputStream(std::FILE* file = stdout);
+  OutputStream(const OutputStream&) = delete;
+  OutputStream& operator=(const OutputStream&) = delete;
+  ~OutputStream();
+
+  /// Appends text. Throws OutputError when the file does not take it.
+  void Append(std::string_view text);
+  void Append(char c) {
+    if (used_ == kBufferBytes) Send();
+    buffer_[used_++] = c;
+  }
+  void AppendSpaces(std::size_t count);
+  /// The shortest text that reads back to `value`; nothing when it is unset.
+  void AppendNumber(double value);
+  /// `value` with 0 to 9 decimals, rounded to nearest; never "-0.00". An unset value is "-".
+  void AppendFixed(double value, int decimals);
+  /// A field of a csv row, in quotes when it has a comma, a quote or a line end in it.
+  void AppendCsvText(std::string_view text);
+
+  /// Sends everything. Throws OutputError when the file does not take it.
+  void Finish();
+
+ private:
+  static constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
+
+  void Send();
+  char* Room(std::size_t bytes);  // that many free bytes at the end of the buffer
+
+  std::FILE* file_;
+  std::unique_ptr<char[]> buffer_;
+  std::size_t used_ = 0;
+  bool sent_ = false;
+  bool finished_ = false;
+};
+
+/// `value` for a JSON document: null when it is unset or not finite.
+nlohmann::ordered_json JsonNumber(double value);
+
+/// A JSON array of objects that is written while it grows.
+class JsonArrayWriter {
+ public:
+  explicit JsonArrayWriter(OutputStream& output) : output_(output) {}
+  void Add(const nlohmann::ordered_json& element);
+  /// Closes the array; call once, at the end.
+  void Finish();
+
+ private:
+  OutputStream& output_;
+  bool empty_ = true;
+};
+
+/// A column of results.
+struct Column {
+  std::string name;          ///< heading in csv and key in json
+  std::string heading = {};  ///< heading in a table; the name when empty
+  int decimals = 2;          ///< of numbers in a table
+};
+
+/// How a cell of a table looks on a terminal.
+enum class Tint { kPlain, kGood, kWarning, kBad, kHeading };
+
+/// `text` in the tint's colour when `useColour` is set.
+std::string Tinted(std::string_view text, Tint tint, bool useColour);
+
+/// Rows of results in one of the three formats. A row is one call per column, left to right, then `EndRow`.
+/// Text is UTF-8. Memory is constant: a table takes its column widths from its first rows.
+class RowWriter {
+ public:
+  virtual ~RowWriter() = default;
+  virtual void Text(std::string_view text, Tint tint = Tint::kPlain) = 0;
+  virtual void Number(double value, Tint tint = Tint::kPlain) = 0;
+  virtual void Integer(int64_t value) = 0;
+  virtual void EndRow() = 0;
+  /// Ends the results; call once. Does not end the stream.
+  virtual void Finish() = 0;
+};
+
+/// `output` must outlive the writer.
+std::unique_ptr<RowWriter> MakeRowWriter(Format format, OutputStream& output, std::vector<Column> columns);
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_OUTPUT_OUTPUT_H_

@@ -1,0 +1,64 @@
+
+#include "tools/vrx/output/terminal.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <limits>
+#include <string>
+#include <string_view>
+
+#if defined(_WIN32)
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace vrx::tool {
+
+namespace {
+
+std::string_view Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
+
+}  // namespace
+
+bool IsTerminal(std::FILE* file) {
+#if defined(_WIN32)
+  return _isatty(_fileno(file)) != 0;
+#else
+  return isatty(fileno(file)) != 0;
+#endif
+}
+
+bool UseColour() {
+  return IsTerminal(stdout) && Environment("NO_COLOR").empty() && Environment("TERM") != "dumb";
+}
+
+ProgressBar::ProgressBar(uint64_t total)
+    : total_(total), next_(total > 0 && IsTerminal(stderr) ? 0 : std::numeric_limits<uint64_t>::max()) {}
+
+ProgressBar::~ProgressBar() {
+  if (drawn_) std::fputs("\r\x1b[K", stderr);
+}
+
+void ProgressBar::Draw(uint64_t done) {
+  constexpr uint64_t kWidth = 40;
+  const uint64_t percent = std::min<uint64_t>(100, done * 100 / total_);
+  const auto filled = static_cast<std::size_t>(percent * kWidth / 100);
+  const std::string bar = std::string(filled, '#') + std::string(kWidth - filled, '.');
+  std::fprintf(stderr, "\r[%s] %3d %%", bar.c_str(), static_cast<int>(percent));
+  std::fflush(stderr);
+  drawn_ = true;
+  next_ = done + total_ / 100 + 1;
+}
+
+void IgnoreBrokenPipes() {
+#if defined(SIGPIPE)
+  std::signal(SIGPIPE, SIG_IGN);
+#endif
+}
+
+}  // namespace vrx::tool

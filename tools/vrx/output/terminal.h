@@ -1,0 +1,45 @@
+// What the tool knows about the terminal it may be talking to.
+
+#ifndef TOOLS_VRX_OUTPUT_TERMINAL_H_
+#define TOOLS_VRX_OUTPUT_TERMINAL_H_
+
+#include <cstdint>
+#include <cstdio>
+
+namespace vrx::tool {
+
+/// True when `file` is shown on a terminal.
+bool IsTerminal(std::FILE* file);
+
+/// True when results may be coloured: standard output is a terminal that is not "dumb", and the environment
+/// variable NO_COLOR is unset or empty.
+bool UseColour();
+
+/// A progress bar on standard error; nothing at all when that is no terminal. It goes away when it is
+/// destroyed.
+class ProgressBar {
+ public:
+  /// `total`: what `Update` counts up to, 0 when it is not known.
+  explicit ProgressBar(uint64_t total);
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+  ~ProgressBar();
+
+  void Update(uint64_t done) {
+    if (done >= next_) Draw(done);
+  }
+
+ private:
+  void Draw(uint64_t done);
+
+  uint64_t total_;
+  uint64_t next_;  // where the bar has to be drawn anew; never, when there is none
+  bool drawn_ = false;
+};
+
+/// A writer that goes away ends the write with an error instead of the process with a signal.
+void IgnoreBrokenPipes();
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_OUTPUT_TERMINAL_H_
