@@ -37,7 +37,13 @@ header libcairo2-dev cairo/cairo.h
 if [ "$level" != build ]; then
   need clang clang++
   need libclang-rt-14-dev /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer*.a
+  # Names in the sanitizers' reports, and with them the suppressions of leaks, come from llvm-symbolizer.
+  need llvm llvm-symbolizer
   need clang-format clang-format
+  need clang-tidy clang-tidy
+  need doxygen doxygen
+  need python3 python3
+  need python3-mpmath /usr/lib/python3/dist-packages/mpmath/__init__.py
   need pkg-config pkg-config
   header libgtest-dev gtest/gtest.h
   header libpng-dev png.h

@@ -1,6 +1,7 @@
 #!/bin/sh
-# What a change must pass: formatting, builds and tests with g++ and clang++ and under the sanitizers, the headers alone,
-# the installed library in the hands of a host, and half a minute of every fuzz target. Installs what is missing first.
+# What a change must pass: formatting, builds and tests with g++ and clang++ and under the sanitizers, the headers alone and
+# their docstrings, the installed library in the hands of a host, clang-tidy, and half a minute of every fuzz target.
+# Installs what is missing first.
 #
 # VRX_FUZZ_SECONDS sets the time of each fuzz target.
 set -eu
@@ -32,6 +33,14 @@ build_and_test() {
   ctest --preset "$preset" -j "$jobs"
 }
 
+# clang-tidy over the library, the readers and the tool, by the commands of the sanitizers' build. Its log is shown when
+# something was found.
+check_tidy() {
+  log=build/clang-tidy.log
+  run-clang-tidy -p build/asan-ubsan -quiet -j "$jobs" '^(?!.*/build/).*/(vrxmath|vrxio|tools)/.*\.cpp$' > "$log" 2>&1 ||
+    { grep -vE '^$|warnings? generated|^clang-tidy ' "$log" | head -n 100; return 1; }
+}
+
 # Runs every fuzz target from its seeds, as many at a time as there are cores. New inputs go to the build folder.
 fuzz() {
   folder=build/asan-ubsan/fuzz
@@ -49,9 +58,10 @@ fuzz() {
 stage "packages" sh scripts/setup.sh bench
 mkdir -p build
 stage "clang-format" check_format
-stage "g++: build, headers alone, tests, static library installed" build_and_test ci-gcc vrx_check_headers
+stage "g++: build, headers alone, tests, static library installed" build_and_test ci-gcc vrx_check_headers vrx_reference
 stage "clang++: build and tests of the library, shared library installed" build_and_test ci-clang
 # This build is clang++'s of the tool, too.
 stage "address and undefined-behaviour sanitizers: build, tests" build_and_test asan-ubsan
+stage "clang-tidy" check_tidy
 stage "fuzz targets" fuzz
 echo "=== everything passed"

@@ -23,6 +23,7 @@ using SettingValue = std::variant<int32_t, CString>;
 /// Names of keys, outermost first: {"software", "Ostrel", "Pemble"}.
 using SettingsPath = std::vector<CString>;
 
+/// One value with the key and the name under which it is stored.
 struct SettingsEntry {
   SettingsPath key;
   CString name;
