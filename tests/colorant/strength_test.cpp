@@ -37,6 +37,9 @@ TEST(OpticalTransforms, KnownValues) {
       {"and back", SaundersonToMeasured(0.0, k1, k2), 0.04},
       {"the perfect white", SaundersonToInternal(1.0, k1, k2), 1.0},
       {"a denominator below the least", SaundersonToInternal(0.5, 0.4, 1.2), 0.1 / 1e-5},
+      {"without the specular component", SaundersonToMeasured(0.5, k1, k2, SaundersonMode::kExcluded),
+       0.192 / 0.7},
+      {"uncorrected", SaundersonToInternal(0.5, k1, k2, SaundersonMode::kNone), 0.5},
       {"and that of the inverse", SaundersonToMeasured(2.0, k1, k2), k1 + 2.0 * 0.4 * 0.96 / 1e-5},
   };
   for (const Row& row : rows) EXPECT_DOUBLE_EQ(row.got, row.expected) << row.label;
@@ -47,8 +50,11 @@ TEST(OpticalTransforms, InversesOverAGrid) {
     const double R = 0.0005 * i * 2.0;
     for (const double surface : {0.0, 0.04, 0.1}) {
       for (const double back : {0.0, 0.4, 0.6}) {
-        const double measured = SaundersonToMeasured(R, surface, back);
-        ASSERT_NEAR(SaundersonToInternal(measured, surface, back), R, 1e-14) << R << " " << surface;
+        for (const auto mode :
+             {SaundersonMode::kIncluded, SaundersonMode::kExcluded, SaundersonMode::kNone}) {
+          const double measured = SaundersonToMeasured(R, surface, back, mode);
+          ASSERT_NEAR(SaundersonToInternal(measured, surface, back, mode), R, 1e-14) << R << " " << surface;
+        }
       }
     }
     if (R >= 0.0001) {
@@ -66,6 +72,10 @@ TEST(OpticalTransforms, CorrectedCurve) {
   EXPECT_EQ(target[1], 0.0001) << "unset is corrected like any value";
   EXPECT_DOUBLE_EQ(target[2], 1.0);
   EXPECT_EQ(target[3], 0.0001);
+  EXPECT_EQ(CountAtFloor(source, 0, 39, k1, k2), 39);
+  EXPECT_EQ(CountAtFloor(source, -7, 99, k1, k2, SaundersonMode::kExcluded), 2) << "unset and NaN remain";
+  EXPECT_EQ(CountAtFloor(source, 2, 2, k1, k2), 0);
+  EXPECT_EQ(CountAtFloor(CTrisValues(4.0, 4.1, 3.0), k1, k2), 2);
   SetCorrectedSample(target, 0, 3000.0);
   SetCorrectedSample(target, 1, 1e-5);
   EXPECT_EQ(target[0], 2000.0);

@@ -75,12 +75,39 @@ TEST_F(ColorantCommands, StrengthOfADilutionSeries) {
   EXPECT_TRUE(folder_.Read("out").starts_with("standard,trial,ks,absorbance,tristimulus,"));
 }
 
+TEST_F(ColorantCommands, StrengthLeavesOutWhatLiesBelowTheSurface) {
+  // Below 1 %: the standard reflects 0.9, the trial 0.8 at every wavelength but 650 nm, where both reflect 30.
+  std::string rows[] = {"std", "lot"};
+  for (int nm = 360; nm <= 750; nm += 10) {
+    rows[0].append(nm == 650 ? ",30" : ",0.9");
+    rows[1].append(nm == 650 ? ",30" : ",0.8");
+  }
+  folder_.Write("std.csv", Header() + rows[0] + "\n");
+  folder_.Write("lot.csv", Header() + rows[1] + "\n");
+  const json dark = RunJson("strength std.csv lot.csv --wavelength 650")[0];
+  for (const char* form : {"ks", "absorbance", "chromatic", "luminous", "tristimulus"}) {
+    EXPECT_TRUE(dark[form].is_null()) << form;
+  }
+  EXPECT_EQ(dark["chromatic_650"], 100.0);
+  EXPECT_NE(folder_.Read("err").find("1 of 1 trials are darker than the surface alone"), std::string::npos);
+  EXPECT_NE(folder_.Read("err").find("at 400-640, 660-700 nm"), std::string::npos);
+  // K/S of 0.9 % and of 0.8 % by hand, uncorrected and through the inverse R / (0.384 + 0.6 R).
+  const auto ks = [](double r) { return (1.0 - r) * (1.0 - r) / (2.0 * r); };
+  const auto internal = [](double r) { return r / (0.384 + 0.6 * r); };
+  EXPECT_NEAR(RunJson("strength std.csv lot.csv --specular none")[0]["chromatic"].get<double>(),
+              100.0 * ks(0.008) / ks(0.009), 1e-9);
+  EXPECT_EQ(folder_.Read("err"), "");
+  EXPECT_NEAR(RunJson("strength std.csv lot.csv --specular excluded")[0]["chromatic"].get<double>(),
+              100.0 * ks(internal(0.008)) / ks(internal(0.009)), 1e-9);
+}
+
 TEST_F(ColorantCommands, StrengthRefusesBadOptions) {
   folder_.Write("s.csv", Header() + Dyed("S", 1.0));
   const char* const bad[] = {
-      "--band 700-400", "--band 400",      "--band 405-700",           "--band 350-700",
-      "--k1 1.5",       "--wavelength x",  "--wavelength -2147483648", "--k2 nan",
-      "--band 400-760", "--standard-id T",
+      "--band 700-400",           "--band 400",   "--band 405-700",
+      "--band 350-700",           "--k1 1.5",     "--wavelength x",
+      "--wavelength -2147483648", "--k2 nan",     "--band 400-760",
+      "--standard-id T",          "--specular x",
   };
   for (const char* options : bad) {
     EXPECT_EQ(Run(std::string("strength s.csv s.csv ") + options), 2) << options;

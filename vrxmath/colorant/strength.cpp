@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include <vrxmath/colorant/optical_transforms.h>
-
 namespace vrx {
 namespace {
 
@@ -18,9 +16,9 @@ double AwayFromZero(double sum) {
 }
 
 // The internal reflectance of a measured curve, in percent.
-CReflData InternalPercent(const CReflData& measured, double k1, double k2) {
+CReflData InternalPercent(const CReflData& measured, double k1, double k2, SaundersonMode mode) {
   CReflData curve;
-  CorrectCurve(measured, curve, k1, k2);
+  CorrectCurve(measured, curve, k1, k2, mode);
   for (double& sample : curve) {
     if (!IsUnset(sample)) sample *= 100.0;
   }
@@ -39,50 +37,52 @@ Band WithinCurve(Band band) {
   return {std::max(band.first, 0), std::min(band.last, kWavelengths - 1)};
 }
 
-double SumOverBand(const CReflData& measured, double (*transform)(double), Band band, double k1, double k2) {
-  const CReflData curve = InternalPercent(measured, k1, k2);
+double SumOverBand(const CReflData& measured, double (*transform)(double), Band band, double k1, double k2,
+                   SaundersonMode mode) {
+  const CReflData curve = InternalPercent(measured, k1, k2, mode);
   double sum = 0.0;
   for (int32_t i = band.first; i <= band.last; ++i) sum += transform(curve[i]);
   return AwayFromZero(sum);
 }
 
 // K/S of the internal reflectance of a reading in percent.
-double InternalKs(double reading, double k1, double k2) {
-  return KubelkaMunkKs(100.0 * SaundersonToInternal(reading / 100.0, k1, k2));
+double InternalKs(double reading, double k1, double k2, SaundersonMode mode) {
+  return KubelkaMunkKs(100.0 * SaundersonToInternal(reading / 100.0, k1, k2, mode));
 }
 
-double InternalSum(const CTrisValues& values, double k1, double k2) {
-  double sum = SaundersonToInternal(values[1] / 100.0, k1, k2);
-  sum += SaundersonToInternal(values[0] / 100.0, k1, k2);
-  sum += SaundersonToInternal(values[2] / 100.0, k1, k2);
+double InternalSum(const CTrisValues& values, double k1, double k2, SaundersonMode mode) {
+  double sum = SaundersonToInternal(values[1] / 100.0, k1, k2, mode);
+  sum += SaundersonToInternal(values[0] / 100.0, k1, k2, mode);
+  sum += SaundersonToInternal(values[2] / 100.0, k1, k2, mode);
   return sum;
 }
 
-double FilterKsSum(const CTrisValues& values, double k1, double k2) {
+double FilterKsSum(const CTrisValues& values, double k1, double k2, SaundersonMode mode) {
   const FilterReadings readings = ToFilterReadings(values);
-  return InternalKs(readings.amber, k1, k2) + InternalKs(readings.green, k1, k2) +
-         InternalKs(readings.blue, k1, k2);
+  return InternalKs(readings.amber, k1, k2, mode) + InternalKs(readings.green, k1, k2, mode) +
+         InternalKs(readings.blue, k1, k2, mode);
 }
 
 }  // namespace
 
 double StrengthRatio(const CReflData& standard, const CReflData& batch, bool useAbsorbance, int32_t first,
-                     int32_t last, double k1, double k2) {
+                     int32_t last, double k1, double k2, SaundersonMode mode) {
   const auto transform = useAbsorbance ? Absorbance : KubelkaMunkKs;
   const Band band = WithinCurve({first, last});
-  const double standardSum = SumOverBand(standard, transform, band, k1, k2);
-  return SumOverBand(batch, transform, band, k1, k2) / standardSum;
+  const double standardSum = SumOverBand(standard, transform, band, k1, k2, mode);
+  return SumOverBand(batch, transform, band, k1, k2, mode) / standardSum;
 }
 
 double StrengthPercent(const CReflData& standard, const CReflData& batch, bool useAbsorbance, int32_t first,
-                       int32_t last, double k1, double k2) {
-  const double percent = 100.0 * StrengthRatio(standard, batch, useAbsorbance, first, last, k1, k2);
+                       int32_t last, double k1, double k2, SaundersonMode mode) {
+  const double percent = 100.0 * StrengthRatio(standard, batch, useAbsorbance, first, last, k1, k2, mode);
   if (!(percent <= kLargestPercent)) return kLargestPercent;
   return percent < kLeastPercent ? kLeastPercent : percent;
 }
 
-int32_t MaximumAbsorption(const CReflData& standard, int32_t first, int32_t last, double k1, double k2) {
-  const CReflData curve = InternalPercent(standard, k1, k2);
+int32_t MaximumAbsorption(const CReflData& standard, int32_t first, int32_t last, double k1, double k2,
+                          SaundersonMode mode) {
+  const CReflData curve = InternalPercent(standard, k1, k2, mode);
   const Band band = WithinCurve({first, last});
   int32_t index = -1;
   double largest = -1.0;
@@ -97,8 +97,8 @@ int32_t MaximumAbsorption(const CReflData& standard, int32_t first, int32_t last
 }
 
 double ChromaticStrength(const CReflData& standard, const CReflData& batch, int32_t index, double k1,
-                         double k2) {
-  return StrengthPercent(standard, batch, false, index, index, k1, k2);
+                         double k2, SaundersonMode mode) {
+  return StrengthPercent(standard, batch, false, index, index, k1, k2, mode);
 }
 
 double RatioPercent(double a, double b) {
@@ -106,9 +106,10 @@ double RatioPercent(double a, double b) {
   return ratio <= kLargestRatio ? 100.0 * ratio : kLargestPercent;
 }
 
-double TristimulusStrength(const CTrisValues& standard, const CTrisValues& batch, double k1, double k2) {
+double TristimulusStrength(const CTrisValues& standard, const CTrisValues& batch, double k1, double k2,
+                           SaundersonMode mode) {
   if (IsUnset(standard) || IsUnset(batch)) return kUnset;
-  return RatioPercent(InternalSum(batch, k1, k2), InternalSum(standard, k1, k2));
+  return RatioPercent(InternalSum(batch, k1, k2, mode), InternalSum(standard, k1, k2, mode));
 }
 
 double ComponentStrength(const CTrisValues& standard, const CTrisValues& batch, int32_t component) {
@@ -116,11 +117,11 @@ double ComponentStrength(const CTrisValues& standard, const CTrisValues& batch, 
   return RatioPercent(batch[component], standard[component]);
 }
 
-double LuminousStrength(const CTrisValues& standard, const CTrisValues& batch) {
+double LuminousStrength(const CTrisValues& standard, const CTrisValues& batch, SaundersonMode mode) {
   constexpr double k1 = 0.04;
   constexpr double k2 = 0.6;
   if (IsUnset(standard) || IsUnset(batch)) return kUnset;
-  return RatioPercent(InternalKs(standard[1], k1, k2), InternalKs(batch[1], k1, k2));
+  return RatioPercent(InternalKs(standard[1], k1, k2, mode), InternalKs(batch[1], k1, k2, mode));
 }
 
 FilterReadings ToFilterReadings(const CTrisValues& values) {
@@ -131,19 +132,20 @@ CTrisValues FromFilterReadings(const FilterReadings& readings) {
   return {0.7846 * readings.amber + 0.196 * readings.blue, readings.green, 1.1822 * readings.blue};
 }
 
-double PseudoTristimulusStrength(const CTrisValues& standard, const CTrisValues& batch, double k1,
-                                 double k2) {
+double PseudoTristimulusStrength(const CTrisValues& standard, const CTrisValues& batch, double k1, double k2,
+                                 SaundersonMode mode) {
   if (IsUnset(standard) || IsUnset(batch)) return kUnset;
-  return RatioPercent(FilterKsSum(standard, k1, k2), FilterKsSum(batch, k1, k2));
+  return RatioPercent(FilterKsSum(standard, k1, k2, mode), FilterKsSum(batch, k1, k2, mode));
 }
 
-CTrisValues AdjustedToStrength(const CTrisValues& standard, const CTrisValues& batch, double k1, double k2) {
+CTrisValues AdjustedToStrength(const CTrisValues& standard, const CTrisValues& batch, double k1, double k2,
+                               SaundersonMode mode) {
   if (IsUnset(standard) || IsUnset(batch)) return {};
   const double strength =
-      AwayFromZero(FilterKsSum(batch, k1, k2)) / AwayFromZero(FilterKsSum(standard, k1, k2));
+      AwayFromZero(FilterKsSum(batch, k1, k2, mode)) / AwayFromZero(FilterKsSum(standard, k1, k2, mode));
   const auto adjusted = [&](double reading) {
-    const double internal = KubelkaMunkReflectance(InternalKs(reading, k1, k2) / strength);
-    return 100.0 * SaundersonToMeasured(internal, k1, k2);
+    const double internal = KubelkaMunkReflectance(InternalKs(reading, k1, k2, mode) / strength);
+    return 100.0 * SaundersonToMeasured(internal, k1, k2, mode);
   };
   const FilterReadings readings = ToFilterReadings(batch);
   return FromFilterReadings({adjusted(readings.amber), adjusted(readings.green), adjusted(readings.blue)});

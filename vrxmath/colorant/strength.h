@@ -12,13 +12,16 @@
 //   component             ComponentStrength        one of X, Y, Z as it is
 //
 // A stronger batch reads above 100 in every form. Strengths are capped at 999.99. Nothing is reported:
-// vanishing quantities count as 1e-7, unset tristimulus values give the unset value.
+// vanishing quantities count as 1e-7, unset tristimulus values give the unset value. A reading darker than the
+// surface alone has no internal reflectance; its K/S is that of the floor and swamps every sum that it enters.
+// CountAtFloor (optical_transforms.h) tells of such readings, and another SaundersonMode may be what fits them.
 
 #ifndef VRXMATH_COLORANT_STRENGTH_H_
 #define VRXMATH_COLORANT_STRENGTH_H_
 
 #include <cstdint>
 
+#include <vrxmath/colorant/optical_transforms.h>
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/export.h>
 
@@ -29,20 +32,22 @@ namespace vrx {
 /// Edges: sums of magnitude below 1e-7 count as +1e-7, so that an empty band (first > last) gives 1.
 ///        A band beyond the curve shows the index message, and the samples that exist count.
 VRX_API double StrengthRatio(const CReflData& standard, const CReflData& batch, bool useAbsorbance,
-                             int32_t first, int32_t last, double k1, double k2);
+                             int32_t first, int32_t last, double k1, double k2,
+                             SaundersonMode mode = SaundersonMode::kIncluded);
 
 /// The ratio in percent, within 0.01 to 999.99 (NaN: 999.99): over the visible band, the apparent strength.
 VRX_API double StrengthPercent(const CReflData& standard, const CReflData& batch, bool useAbsorbance,
-                               int32_t first, int32_t last, double k1, double k2);
+                               int32_t first, int32_t last, double k1, double k2,
+                               SaundersonMode mode = SaundersonMode::kIncluded);
 
 /// Index of the sample in the band at which the standard absorbs most: largest K/S of its internal
 /// reflectance, the first of equals. -1 for an empty band.
 VRX_API int32_t MaximumAbsorption(const CReflData& standard, int32_t first, int32_t last, double k1,
-                                  double k2);
+                                  double k2, SaundersonMode mode = SaundersonMode::kIncluded);
 
 /// Strength by K/S at one sample, as StrengthPercent gives it for the band that holds only that sample.
 VRX_API double ChromaticStrength(const CReflData& standard, const CReflData& batch, int32_t index, double k1,
-                                 double k2);
+                                 double k2, SaundersonMode mode = SaundersonMode::kIncluded);
 
 /// 100 b / a, capped at 999.99 (also for NaN); there is no lower limit. Values of magnitude below 1e-7 count
 /// as +1e-7.
@@ -50,7 +55,7 @@ VRX_API double RatioPercent(double a, double b);
 
 /// Sum of the internal X, Y and Z of the standard over that of the batch, in percent.
 VRX_API double TristimulusStrength(const CTrisValues& standard, const CTrisValues& batch, double k1,
-                                   double k2);
+                                   double k2, SaundersonMode mode = SaundersonMode::kIncluded);
 
 /// One component, 0 to 2, of the standard over that of the batch, in percent, without surface correction. A
 /// bad index shows the index message.
@@ -58,7 +63,8 @@ VRX_API double ComponentStrength(const CTrisValues& standard, const CTrisValues&
 
 /// K/S of the internal Y, with Saunderson's constants 0.04 and 0.6, of the batch over that of the standard,
 /// in percent.
-VRX_API double LuminousStrength(const CTrisValues& standard, const CTrisValues& batch);
+VRX_API double LuminousStrength(const CTrisValues& standard, const CTrisValues& batch,
+                                SaundersonMode mode = SaundersonMode::kIncluded);
 
 /// What a colorimeter with amber, green and blue filters reads, in percent: X comes from a long and a short
 /// wavelength band, and the two are told apart.
@@ -78,13 +84,13 @@ VRX_API CTrisValues FromFilterReadings(const FilterReadings& readings);
 
 /// Sum of K/S of the three internal filter readings of the batch over that of the standard, in percent.
 VRX_API double PseudoTristimulusStrength(const CTrisValues& standard, const CTrisValues& batch, double k1,
-                                         double k2);
+                                         double k2, SaundersonMode mode = SaundersonMode::kIncluded);
 
 /// The colour that a batch would have at the strength of the standard: K/S of each internal filter reading
 /// divided by the pseudo-tristimulus strength, and back to tristimulus values. What then remains as a
 /// difference is not a matter of strength. Unset when either is unset.
 VRX_API CTrisValues AdjustedToStrength(const CTrisValues& standard, const CTrisValues& batch, double k1,
-                                       double k2);
+                                       double k2, SaundersonMode mode = SaundersonMode::kIncluded);
 
 }  // namespace vrx
 

@@ -1,6 +1,8 @@
 // vrx strength: how strong trials are compared with a standard.
 
+#include <array>
 #include <charconv>
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -14,6 +16,7 @@
 #include "tools/vrx/comparison.h"
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/surface_options.h"
 
 namespace vrx::tool {
 namespace {
@@ -22,8 +25,7 @@ struct StrengthOptions {
   ComparisonOptions comparison;
   std::string band = "400-700";
   std::string wavelength;
-  double k1 = 0.04;
-  double k2 = 0.6;
+  SurfaceOptions surface;
   ViewingOptions viewing;
   Format format = Format::kTable;
 };
@@ -33,8 +35,7 @@ struct StrengthSettings {
   int32_t first = 0;
   int32_t last = 0;
   int32_t chosen = -1;  // sample that the user chose; -1 for none
-  double k1 = 0.0;
-  double k2 = 0.0;
+  SurfaceOptions surface;
   JudgeSettings viewing;  // only its illuminants and observer count
 };
 
@@ -64,22 +65,79 @@ StrengthSettings SettingsOf(const StrengthOptions& options) {
   settings.last = ParseSample(band.substr(dash + 1), "--band");
   if (settings.first > settings.last) throw InputError("--band: the shorter wavelength goes first");
   if (!options.wavelength.empty()) settings.chosen = ParseSample(options.wavelength, "--wavelength");
-  constexpr double kLargestReflection = 0.999;
-  for (const double k : {options.k1, options.k2}) {
-    if (!(k >= 0.0 && k <= kLargestReflection)) throw InputError("--k1, --k2: numbers from 0 to 0.999");
-  }
-  settings.k1 = options.k1;
-  settings.k2 = options.k2;
+  settings.surface = options.surface;
   settings.viewing.illuminants = options.viewing.Illuminants();
   settings.viewing.observer = options.viewing.Observer();
   return settings;
 }
 
-// Trials with their strengths, one row each.
+// Which trials had samples, in themselves or in their standard, that lie below the surface reflection, and where.
+class FloorReport {
+ public:
+  explicit FloorReport(const StrengthSettings& settings) : settings_(settings), surface_(settings.surface) {}
+
+  // True when the sample `i` of either curve lies at the floor.
+  bool IsAt(int32_t i, const CReflData& standard, const CReflData& trial) const {
+    return CountOf(standard, i, i) + CountOf(trial, i, i) > 0;
+  }
+
+  // Notes a trial; returns true when some sample of the band lies at the floor.
+  bool Note(const CReflData& standard, const CReflData& trial) {
+    ++trials_;
+    const int32_t count =
+        CountOf(standard, settings_.first, settings_.last) + CountOf(trial, settings_.first, settings_.last);
+    if (count == 0) return false;
+    ++trialsAtFloor_;
+    for (int32_t i = settings_.first; i <= settings_.last; ++i) {
+      if (IsAt(i, standard, trial)) isAtFloor_[static_cast<std::size_t>(i)] = true;
+    }
+    return true;
+  }
+
+  void Warn() const {
+    if (trialsAtFloor_ == 0) return;
+    std::fprintf(
+        stderr,
+        "vrx: %lld of %lld trials are darker than the surface alone (themselves or their standard, at %s "
+        "nm): forms that need these samples are left empty; curves without the specular component take "
+        "--specular excluded, uncorrected ones --specular none\n",
+        static_cast<long long>(trialsAtFloor_), static_cast<long long>(trials_), Wavelengths().c_str());
+  }
+
+ private:
+  int32_t CountOf(const CReflData& curve, int32_t first, int32_t last) const {
+    return CountAtFloor(curve, first, last, surface_.k1, surface_.k2, surface_.specular);
+  }
+
+  // Runs of wavelengths, as "400-430, 690".
+  std::string Wavelengths() const {
+    std::string text;
+    for (std::size_t i = 0; i < isAtFloor_.size(); ++i) {
+      if (!isAtFloor_[i] || (i > 0 && isAtFloor_[i - 1])) continue;
+      std::size_t last = i;
+      while (last + 1 < isAtFloor_.size() && isAtFloor_[last + 1]) ++last;
+      if (!text.empty()) text += ", ";
+      text += std::to_string(WavelengthAt(static_cast<int32_t>(i)));
+      if (last > i) text += "-" + std::to_string(WavelengthAt(static_cast<int32_t>(last)));
+    }
+    return text;
+  }
+
+  const StrengthSettings& settings_;
+  const SurfaceOptions& surface_;
+  std::array<bool, kWavelengths> isAtFloor_{};
+  int64_t trials_ = 0;
+  int64_t trialsAtFloor_ = 0;
+};
+
+// Trials with their strengths, one row each. A form that a reading at the floor enters is unset.
 class StrengthRows {
  public:
   StrengthRows(Format format, OutputStream& output, const StrengthSettings& settings)
-      : settings_(settings), rows_(MakeRowWriter(format, output, Columns(settings))) {}
+      : settings_(settings),
+        surface_(settings.surface),
+        floor_(settings),
+        rows_(MakeRowWriter(format, output, Columns(settings))) {}
 
   void Add(std::string_view standardId, const CReflData& standard, std::string_view trialId,
            const CReflData& trial) {
@@ -90,7 +148,8 @@ class StrengthRows {
     for (const vrxIlluminant illuminant : settings_.viewing.illuminants) {
       standard.Tristimulus(illuminant, settings_.viewing.observer, standardXyz_);
       trial.Tristimulus(illuminant, settings_.viewing.observer, trialXyz_);
-      rows_->Number(TristimulusStrength(standardXyz_, trialXyz_, settings_.k1, settings_.k2));
+      AddUnless(HaveFloor(standardXyz_, trialXyz_),
+                TristimulusStrength(standardXyz_, trialXyz_, surface_.k1, surface_.k2, surface_.specular));
       if (isFirst) AddSingleWavelengths(standard, trial);
       isFirst = false;
       AddFurther();
@@ -98,6 +157,7 @@ class StrengthRows {
     rows_->EndRow();
   }
   void Finish() { rows_->Finish(); }
+  void WarnAboutFloor() const { floor_.Warn(); }
 
  private:
   static std::vector<Column> Columns(const StrengthSettings& settings) {
@@ -123,30 +183,55 @@ class StrengthRows {
     columns.push_back({"chromatic_" + nm, nm + " nm"});
   }
 
+  void AddUnless(bool isAtFloor, double strength) { rows_->Number(isAtFloor ? kUnset : strength); }
+
   void AddSums(const CReflData& standard, const CReflData& trial) {
+    const bool isAtFloor = floor_.Note(standard, trial);
     for (const bool useAbsorbance : {false, true}) {
-      rows_->Number(StrengthPercent(standard, trial, useAbsorbance, settings_.first, settings_.last,
-                                    settings_.k1, settings_.k2));
+      AddUnless(isAtFloor, StrengthPercent(standard, trial, useAbsorbance, settings_.first, settings_.last,
+                                           surface_.k1, surface_.k2, surface_.specular));
     }
   }
 
   void AddSingleWavelengths(const CReflData& standard, const CReflData& trial) {
-    const int32_t peak =
-        MaximumAbsorption(standard, settings_.first, settings_.last, settings_.k1, settings_.k2);
-    rows_->Number(ChromaticStrength(standard, trial, peak, settings_.k1, settings_.k2));
+    const int32_t peak = MaximumAbsorption(standard, settings_.first, settings_.last, surface_.k1,
+                                           surface_.k2, surface_.specular);
+    AddSingleWavelength(standard, trial, peak);
     rows_->Integer(WavelengthAt(peak));
-    if (settings_.chosen >= 0) {
-      rows_->Number(ChromaticStrength(standard, trial, settings_.chosen, settings_.k1, settings_.k2));
-    }
+    if (settings_.chosen >= 0) AddSingleWavelength(standard, trial, settings_.chosen);
+  }
+
+  void AddSingleWavelength(const CReflData& standard, const CReflData& trial, int32_t i) {
+    AddUnless(floor_.IsAt(i, standard, trial),
+              ChromaticStrength(standard, trial, i, surface_.k1, surface_.k2, surface_.specular));
+  }
+
+  bool HaveFloor(const CTrisValues& standard, const CTrisValues& trial) const {
+    return CountAtFloor(standard, surface_.k1, surface_.k2, surface_.specular) +
+               CountAtFloor(trial, surface_.k1, surface_.k2, surface_.specular) >
+           0;
+  }
+
+  static CTrisValues FilterValues(const CTrisValues& xyz) {
+    const FilterReadings readings = ToFilterReadings(xyz);
+    return {readings.amber, readings.green, readings.blue};
   }
 
   void AddFurther() {
-    rows_->Number(PseudoTristimulusStrength(standardXyz_, trialXyz_, settings_.k1, settings_.k2));
-    rows_->Number(LuminousStrength(standardXyz_, trialXyz_));
+    AddUnless(
+        HaveFloor(FilterValues(standardXyz_), FilterValues(trialXyz_)),
+        PseudoTristimulusStrength(standardXyz_, trialXyz_, surface_.k1, surface_.k2, surface_.specular));
+    const auto luminous = [](const CTrisValues& xyz) { return CTrisValues(xyz[1], xyz[1], xyz[1]); };
+    const bool isDark = CountAtFloor(luminous(standardXyz_), 0.04, 0.6, surface_.specular) +
+                            CountAtFloor(luminous(trialXyz_), 0.04, 0.6, surface_.specular) >
+                        0;
+    AddUnless(isDark, LuminousStrength(standardXyz_, trialXyz_, surface_.specular));
     for (int32_t i = 0; i < 3; ++i) rows_->Number(ComponentStrength(standardXyz_, trialXyz_, i));
   }
 
   const StrengthSettings& settings_;
+  const SurfaceOptions& surface_;
+  FloorReport floor_;
   std::unique_ptr<RowWriter> rows_;
   CTrisValues standardXyz_, trialXyz_;
 };
@@ -162,6 +247,7 @@ void RunStrength(const StrengthOptions& options) {
   rows.Finish();
   output.Finish();
   comparison.WarnAboutInput();
+  rows.WarnAboutFloor();
 }
 
 void AddOptions(CLI::App& command, StrengthOptions& options) {
@@ -170,8 +256,7 @@ void AddOptions(CLI::App& command, StrengthOptions& options) {
       ->option_text("FROM-TO [400-700]");
   command.add_option("--wavelength", options.wavelength, "Add the chromatic strength at this wavelength")
       ->option_text("NM");
-  command.add_option("--k1", options.k1, "Surface reflection of incident light")->option_text("K1 [0.04]");
-  command.add_option("--k2", options.k2, "Internal surface reflection")->option_text("K2 [0.6]");
+  AddSurfaceOptions(command, options.surface);
   AddViewingOptions(command, options.viewing, "D65");
   AddFormatOption(command, options.format);
 }
@@ -190,6 +275,7 @@ void AddStrength(CLI::App& app, int& status) {
       "  pseudo_tristimulus   K/S of amber, green and blue reflectances\n"
       "  luminous             K/S of Y, for k1 = 0.04 and k2 = 0.6\n"
       "  X, Y, Z              each as it is\n"
+      "A form is left empty where a reading that it needs is darker than the surface alone.\n"
       "Further illuminants add their columns, with their codes.\n\n"
       "Examples:\n"
       "  vrx strength standard.csv batch.csv\n"
