@@ -20,29 +20,28 @@ std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, const
 
 }  // namespace
 
-void AddComparisonOptions(CLI::App& command, ComparisonOptions& options) {
+void AddComparisonOptions(Command& command, ComparisonOptions& options) {
   command
-      .add_option("STANDARD", options.standard,
-                  "Curves of the standard, or standards (- reads standard input)")
-      ->required();
-  command.add_option("TRIALS", options.trials, "Curves of the trials (- reads standard input)")->required();
-  auto* id = command.add_option("--standard-id", options.standardId, "Which row is the standard");
-  id->option_text("ID [the first row]")->check(RefuseEmpty);
-  command.add_flag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
-      ->excludes(id);
+      .AddOption("STANDARD", options.standard,
+                 "Curves of the standard, or standards (- reads standard input)")
+      .Required();
+  command.AddOption("TRIALS", options.trials, "Curves of the trials (- reads standard input)").Required();
+  Option id = command.AddOption("--standard-id", options.standardId, "Which row is the standard");
+  id.Shows("ID [the first row]").Check(RefuseEmpty);
+  command.AddFlag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
+      .Excludes(id);
   AddCurveInputOptions(command, options.input);
 }
 
-void AddJudgingOptions(CLI::App& command, JudgingOptions& options) {
+void AddJudgingOptions(Command& command, JudgingOptions& options) {
   AddViewingOptions(command, options.viewing, "D65,A,CWF");
   AddSystemOptions(command, options.system, "cmc");
   command
-      .add_option(
-          "--tolerance", options.tolerance,
-          "One limit for everything, or seven: plus and minus of the three components, then the total")
-      ->option_text("LIMITS [1.5]");
-  command.add_option("--warning", options.warning, "Fraction of a limit above which there is a warning")
-      ->option_text("FACTOR [0.75]");
+      .AddOption("--tolerance", options.tolerance,
+                 "One limit for everything, or seven: plus and minus of the three components, then the total")
+      .Shows("LIMITS [1.5]");
+  command.AddOption("--warning", options.warning, "Fraction of a limit above which there is a warning")
+      .Shows("FACTOR [0.75]");
 }
 
 JudgeSettings SettingsOf(const JudgingOptions& options) {

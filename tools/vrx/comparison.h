@@ -3,7 +3,6 @@
 #ifndef TOOLS_VRX_COMPARISON_H_
 #define TOOLS_VRX_COMPARISON_H_
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 
@@ -16,6 +15,8 @@
 
 namespace vrx::tool {
 
+class Command;
+
 struct ComparisonOptions {
   std::string standard;
   std::string trials;
@@ -25,7 +26,7 @@ struct ComparisonOptions {
 };
 
 /// Adds STANDARD, TRIALS, `--standard-id`, `--pairs` and the options of curve files.
-void AddComparisonOptions(CLI::App& command, ComparisonOptions& options);
+void AddComparisonOptions(Command& command, ComparisonOptions& options);
 
 /// By what a trial is judged.
 struct JudgingOptions {
@@ -36,7 +37,7 @@ struct JudgingOptions {
 };
 
 /// Adds the options of viewing and of the system, `--tolerance` and `--warning`.
-void AddJudgingOptions(CLI::App& command, JudgingOptions& options);
+void AddJudgingOptions(Command& command, JudgingOptions& options);
 
 /// The settings that they stand for, without limits from files. Throws InputError when they cannot be used.
 JudgeSettings SettingsOf(const JudgingOptions& options);

@@ -73,13 +73,13 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
   return std::ranges::equal(a, b, {}, LowerCase, LowerCase);
 }
 
-void AddViewingOptions(CLI::App& command, ViewingOptions& viewing, const std::string& illuminants) {
+void AddViewingOptions(Command& command, ViewingOptions& viewing, const std::string& illuminants) {
   viewing.illuminants = illuminants;
   command
-      .add_option("--illuminants,--illuminant", viewing.illuminants,
-                  "Illuminants by code or number, separated by commas")
-      ->option_text("LIST [" + illuminants + "]");
-  command.add_option("--observer", viewing.observer, "Observer in degrees")->option_text("2|10 [10]");
+      .AddOption("--illuminants,--illuminant", viewing.illuminants,
+                 "Illuminants by code or number, separated by commas")
+      .Shows("LIST [" + illuminants + "]");
+  command.AddOption("--observer", viewing.observer, "Observer in degrees").Shows("2|10 [10]");
   AddIlluminantFileOptions(command, viewing.illuminantFiles);
 }
 
@@ -100,16 +100,16 @@ int32_t ViewingOptions::Observer() const {
   return ParseObserver(observer);
 }
 
-void AddSystemOptions(CLI::App& command, SystemOptions& options, const std::string& system) {
+void AddSystemOptions(Command& command, SystemOptions& options, const std::string& system) {
   options.system = system;
   std::string names = "Difference system by number, 0 to 12, or name:";
   for (const std::string_view name : kSystemNames) names.append(" ").append(name);
-  command.add_option("--system", options.system, names)->option_text("NAME [" + system + "]");
+  command.AddOption("--system", options.system, names).Shows("NAME [" + system + "]");
   command
-      .add_option("--parameters", options.parameters,
-                  "Parameters of the system in the order of its name: l,c for cmc; kL,kC,kH for cie94 and "
-                  "cie2000; kCH,kE for din99; gL,gC,gH for din6175")
-      ->option_text("LIST [2,1 for cmc, else 1]");
+      .AddOption("--parameters", options.parameters,
+                 "Parameters of the system in the order of its name: l,c for cmc; kL,kC,kH for cie94 and "
+                 "cie2000; kCH,kE for din99; gL,gC,gH for din6175")
+      .Shows("LIST [2,1 for cmc, else 1]");
 }
 
 CDifferenceSettings SystemOptions::Settings() const {

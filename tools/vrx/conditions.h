@@ -4,7 +4,6 @@
 #ifndef TOOLS_VRX_CONDITIONS_H_
 #define TOOLS_VRX_CONDITIONS_H_
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -16,6 +15,8 @@
 #include "tools/vrx/illuminant_files.h"
 
 namespace vrx::tool {
+
+class Command;
 
 /// The conditions under which colours are seen, as options give them.
 struct ViewingOptions {
@@ -30,7 +31,7 @@ struct ViewingOptions {
 
 /// Adds `--illuminants` with a default list such as "D65,A,CWF", `--observer` and the options of illuminant
 /// files.
-void AddViewingOptions(CLI::App& command, ViewingOptions& viewing, const std::string& illuminants);
+void AddViewingOptions(Command& command, ViewingOptions& viewing, const std::string& illuminants);
 
 /// The difference system, as options give it.
 struct SystemOptions {
@@ -41,7 +42,7 @@ struct SystemOptions {
 };
 
 /// Adds `--system` with a default and `--parameters`.
-void AddSystemOptions(CLI::App& command, SystemOptions& options, const std::string& system);
+void AddSystemOptions(Command& command, SystemOptions& options, const std::string& system);
 
 /// An illuminant by its code, such as "D65" in any case, or by its number: 0 to 25, or that of a registered
 /// user illuminant.

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "tools/vrx/command_line.h"
+
 namespace vrx::tool {
 
 namespace {
@@ -14,9 +16,9 @@ void Remark(const std::string& file, const std::string& text) {
 
 }  // namespace
 
-void AddCurveInputOptions(CLI::App& command, CurveInputOptions& options) {
-  command.add_flag("--fraction", options.fraction, "Reflectances are fractions, 0 to 1, not percent");
-  command.add_flag("--verbose", options.verbose, "Say on standard error how the wavelengths are used");
+void AddCurveInputOptions(Command& command, CurveInputOptions& options) {
+  command.AddFlag("--fraction", options.fraction, "Reflectances are fractions, 0 to 1, not percent");
+  command.AddFlag("--verbose", options.verbose, "Say on standard error how the wavelengths are used");
 }
 
 CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options) {

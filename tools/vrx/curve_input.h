@@ -3,12 +3,13 @@
 #ifndef TOOLS_VRX_CURVE_INPUT_H_
 #define TOOLS_VRX_CURVE_INPUT_H_
 
-#include <CLI/CLI.hpp>
 #include <string>
 
 #include "tools/vrx/curve_reader.h"
 
 namespace vrx::tool {
+
+class Command;
 
 struct CurveInputOptions {
   bool fraction = false;
@@ -16,7 +17,7 @@ struct CurveInputOptions {
 };
 
 /// Adds `--fraction` and `--verbose`.
-void AddCurveInputOptions(CLI::App& command, CurveInputOptions& options);
+void AddCurveInputOptions(Command& command, CurveInputOptions& options);
 
 /// Opens a file of curves. With `--verbose` standard error says how its wavelengths are used; when they leave
 /// out a part of 400 to 700 nm it says so in any case.

@@ -93,14 +93,14 @@ void IlluminantFileOptions::Register() const {
   }
 }
 
-void AddIlluminantFileOptions(CLI::App& command, IlluminantFileOptions& options) {
+void AddIlluminantFileOptions(Command& command, IlluminantFileOptions& options) {
   command
-      .add_option("--illuminant-file", options.files,
-                  "Spectral power of further illuminants: columns nm and a code each; 1, 5 or 10 nm apart")
-      ->allow_extra_args(false)
-      ->option_text("FILE ...");
-  command.add_flag("--illuminant-linear", options.straight,
-                   "Bring that power to 1 nm by straight lines, as CIE D65 is defined, not by cubics");
+      .AddOption("--illuminant-file", options.files,
+                 "Spectral power of further illuminants: columns nm and a code each; 1, 5 or 10 nm apart")
+
+      .Shows("FILE ...");
+  command.AddFlag("--illuminant-linear", options.straight,
+                  "Bring that power to 1 nm by straight lines, as CIE D65 is defined, not by cubics");
 }
 
 }  // namespace vrx::tool

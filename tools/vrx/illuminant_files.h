@@ -3,11 +3,12 @@
 #ifndef TOOLS_VRX_ILLUMINANT_FILES_H_
 #define TOOLS_VRX_ILLUMINANT_FILES_H_
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
 namespace vrx::tool {
+
+class Command;
 
 struct IlluminantFileOptions {
   std::vector<std::string> files;
@@ -23,7 +24,7 @@ struct IlluminantFileOptions {
 /// A file has a column of wavelengths, headed `nm`, 1, 5 or 10 nm apart, and a column of relative spectral
 /// power for each illuminant, headed by its code, code|description, or number:code|description. Illuminants
 /// without a number get the next one from 1000 on.
-void AddIlluminantFileOptions(CLI::App& command, IlluminantFileOptions& options);
+void AddIlluminantFileOptions(Command& command, IlluminantFileOptions& options);
 
 }  // namespace vrx::tool
 

@@ -1,40 +1,36 @@
 #include "tools/vrx/surface_options.h"
 
-#include <map>
+#include <charconv>
 #include <string>
 
-namespace vrx::tool {
+#include "tools/vrx/command_line.h"
 
-void AddSpecularOption(CLI::App& command, SaundersonMode& specular) {
-  static const std::map<std::string, SaundersonMode> kNames{{"included", SaundersonMode::kIncluded},
-                                                            {"excluded", SaundersonMode::kExcluded},
-                                                            {"none", SaundersonMode::kNone}};
-  const auto toNumber = [](std::string& text) -> std::string {
-    const auto found = kNames.find(CLI::detail::to_lower(text));
-    if (found == kNames.end()) return "\"" + text + "\" is none of included, excluded and none";
-    text = std::to_string(static_cast<int>(found->second));
-    return {};
-  };
-  command
-      .add_option("--specular", specular,
-                  "Whether the curves hold what the surface reflects; none corrects nothing")
-      ->transform(CLI::Validator(toNumber, ""))
-      ->option_text("included|excluded|none [included]");
+namespace vrx::tool {
+namespace {
+
+std::string RefuseUnlessReflection(const std::string& text) {
+  constexpr double kLargestReflection = 0.999;
+  double k = -1.0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, k);
+  const bool isReflection = error == std::errc() && stop == end && k >= 0.0 && k <= kLargestReflection;
+  return isReflection ? "" : "a number from 0 to 0.999 is expected";
 }
 
-void AddSurfaceOptions(CLI::App& command, SurfaceOptions& options) {
-  constexpr double kLargestReflection = 0.999;
-  const auto isReflection = [](const std::string& text) -> std::string {
-    double k = -1.0;
-    const bool isNumber = CLI::detail::lexical_cast(text, k);
-    return isNumber && k >= 0.0 && k <= kLargestReflection ? "" : "a number from 0 to 0.999 is expected";
-  };
-  command.add_option("--k1", options.k1, "Surface reflection of incident light")
-      ->check(isReflection)
-      ->option_text("K1 [0.04]");
-  command.add_option("--k2", options.k2, "Internal surface reflection")
-      ->check(isReflection)
-      ->option_text("K2 [0.6]");
+}  // namespace
+
+void AddSpecularOption(Command& command, SaundersonMode& specular) {
+  command.AddChoice("--specular", specular, {"included", "excluded", "none"},
+                    "Whether the curves hold what the surface reflects; none corrects nothing");
+}
+
+void AddSurfaceOptions(Command& command, SurfaceOptions& options) {
+  command.AddOption("--k1", options.k1, "Surface reflection of incident light")
+      .Shows("K1 [0.04]")
+      .Check(RefuseUnlessReflection);
+  command.AddOption("--k2", options.k2, "Internal surface reflection")
+      .Shows("K2 [0.6]")
+      .Check(RefuseUnlessReflection);
   AddSpecularOption(command, options.specular);
 }
 

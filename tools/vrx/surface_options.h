@@ -3,11 +3,11 @@
 #ifndef TOOLS_VRX_SURFACE_OPTIONS_H_
 #define TOOLS_VRX_SURFACE_OPTIONS_H_
 
-#include <CLI/CLI.hpp>
-
 #include <vrxmath/colorant/optical_transforms.h>
 
 namespace vrx::tool {
+
+class Command;
 
 struct SurfaceOptions {
   double k1 = 0.04;
@@ -16,10 +16,10 @@ struct SurfaceOptions {
 };
 
 /// Adds `--specular included|excluded|none`.
-void AddSpecularOption(CLI::App& command, SaundersonMode& specular);
+void AddSpecularOption(Command& command, SaundersonMode& specular);
 
 /// Adds `--k1`, `--k2` and `--specular`.
-void AddSurfaceOptions(CLI::App& command, SurfaceOptions& options);
+void AddSurfaceOptions(Command& command, SurfaceOptions& options);
 
 }  // namespace vrx::tool
 

@@ -65,7 +65,7 @@ void GoTo(CXmlReader& xml, const XmlPath& path) {
   for (const XmlStep& step : path.steps) {
     const std::string name = step.name.empty() ? "*" : step.name;
     walked += (walked.empty() ? "" : "/") + name;
-    if (step.position != 1) walked += "[" + std::to_string(step.position) + "]";
+    if (step.position != 1) walked.append("[").append(std::to_string(step.position)).append("]");
     if (!Follow(xml, step, &step == &path.steps.front())) throw InputError("there is no element " + walked);
   }
 }

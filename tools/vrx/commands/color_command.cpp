@@ -132,24 +132,24 @@ void RunColor(const ColorOptions& options) {
 
 }  // namespace
 
-void AddColor(CLI::App& app, int& status) {
+void AddColor(Command& tool) {
   const auto options = std::make_shared<ColorOptions>();
-  CLI::App* command = app.add_subcommand("color", "Coordinates of curves or colours in every colour space");
-  command->add_option("FILE", options->file, "Curves, or columns X,Y,Z or L,a,b (- reads standard input)")
-      ->required();
-  AddViewingOptions(*command, options->viewing, "D65,A,CWF");
-  AddCurveInputOptions(*command, options->input);
-  AddFormatOption(*command, options->format);
-  command->footer(
+  Command command = tool.AddCommand("color", "Coordinates of curves or colours in every colour space");
+  command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z or L,a,b (- reads standard input)")
+      .Required();
+  AddViewingOptions(command, options->viewing, "D65,A,CWF");
+  AddCurveInputOptions(command, options->input);
+  AddFormatOption(command, options->format);
+  command.SetNotes(
       "Columns: X, Y, Z; chromaticity x, y; CIE L*a*b* as L, a, b, C, h; CIE L*u*v* as Lu, u, v, Cuv, huv;\n"
       "Hunter Lab as LH, aH, bH. Hues are in degrees.\n\n"
       "Examples:\n"
       "  vrx color batch.csv                                      under D65, A and CWF, 10 degrees\n"
       "  vrx color batch.csv --illuminants D50 --observer 2 --format csv\n"
       "  printf 'L,a,b\\n50,20,-30\\n' | vrx color - --illuminants D65\n");
-  command->callback([options, &status] {
+  command.SetAction([options] {
     RunColor(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

@@ -68,21 +68,21 @@ void RunColorants(const ColorantsOptions& options) {
 
 }  // namespace
 
-void AddColorants(CLI::App& app, int& status) {
+void AddColorants(Command& tool) {
   const auto options = std::make_shared<ColorantsOptions>();
-  CLI::App* command = app.add_subcommand("colorants", "List the components of a colour system");
-  command->add_option("SYSTEM", options->system, "Colour system, a JSON file")->required();
-  AddFormatOption(*command, options->format);
-  command->footer(
+  Command command = tool.AddCommand("colorants", "List the components of a colour system");
+  command.AddOption("SYSTEM", options->system, "Colour system, a JSON file").Required();
+  AddFormatOption(command, options->format);
+  command.SetNotes(
       "Each component is listed with its kind, the number of its levels, their lowest and highest\n"
       "concentration, the largest K/S of the first level from 440 to 700 nm, and whether it is a white: a\n"
       "largest K/S of at most 0.1.\n\n"
       "Examples:\n"
       "  vrx colorants examples/acrylic_paints.json\n"
       "  vrx colorants system.json --format csv\n");
-  command->callback([options, &status] {
+  command.SetAction([options] {
     RunColorants(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

@@ -3,9 +3,9 @@
 #ifndef TOOLS_VRX_COMMANDS_COMMAND_H_
 #define TOOLS_VRX_COMMANDS_COMMAND_H_
 
-#include <CLI/CLI.hpp>
 #include <stdexcept>
-#include <string>
+
+#include "tools/vrx/command_line.h"
 
 namespace vrx::tool {
 
@@ -23,16 +23,9 @@ class InputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// A check for options of which an empty text, as an unset variable of a script leaves it, would pass for not
-/// given.
-inline std::string RefuseEmpty(const std::string& text) {
-  return text.empty() ? "an empty text" : "";
-}
-
-/// Adds one subcommand to the tool: its options, its help with an example, and a callback that runs it and
-/// leaves the exit status in `status`. `status` outlives the parse. The options live in a structure that the
-/// callback shares; results go through `OutputStream` (output.h), messages to standard error.
-using AddCommand = void (*)(CLI::App& app, int& status);
+/// Adds one subcommand to the tool: its options, its help with an example, and what it does. The options live in a
+/// structure that the action shares; results go through `OutputStream` (output.h), messages to standard error.
+using AddCommand = void (*)(Command& tool);
 
 /// The subcommands, in the order of the help.
 struct CommandEntry {

@@ -10,20 +10,20 @@
 
 namespace vrx::tool {
 
-void AddJudge(CLI::App& app, int& status);
-void AddColor(CLI::App& app, int& status);
-void AddDelta(CLI::App& app, int& status);
-void AddFitTolerance(CLI::App& app, int& status);
-void AddStrength(CLI::App& app, int& status);
-void AddColorants(CLI::App& app, int& status);
-void AddPredict(CLI::App& app, int& status);
-void AddIndex(CLI::App& app, int& status);
-void AddSwatch(CLI::App& app, int& status);
-void AddTables(CLI::App& app, int& status);
-void AddCondition(CLI::App& app, int& status);
-void AddSettings(CLI::App& app, int& status);
-void AddLog(CLI::App& app, int& status);
-void AddXml(CLI::App& app, int& status);
+void AddJudge(Command& tool);
+void AddColor(Command& tool);
+void AddDelta(Command& tool);
+void AddFitTolerance(Command& tool);
+void AddStrength(Command& tool);
+void AddColorants(Command& tool);
+void AddPredict(Command& tool);
+void AddIndex(Command& tool);
+void AddSwatch(Command& tool);
+void AddTables(Command& tool);
+void AddCondition(Command& tool);
+void AddSettings(Command& tool);
+void AddLog(Command& tool);
+void AddXml(Command& tool);
 
 std::span<const CommandEntry> AllCommands();
 

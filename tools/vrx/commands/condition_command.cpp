@@ -34,19 +34,19 @@ void RunCondition(const ConditionOptions& options) {
 
 }  // namespace
 
-void AddCondition(CLI::App& app, int& status) {
+void AddCondition(Command& tool) {
   const auto options = std::make_shared<ConditionOptions>();
-  CLI::App* command = app.add_subcommand("condition", "Describe measurement-condition codes");
-  command->add_option("CODE", options->codes, "Up to six letters, such as CRIILL")->required();
-  AddFormatOption(*command, options->format);
-  command->footer(
+  Command command = tool.AddCommand("condition", "Describe measurement-condition codes");
+  command.AddOption("CODE", options->codes, "Up to six letters, such as CRIILL").Required();
+  AddFormatOption(command, options->format);
+  command.SetNotes(
       "The letters stand for calibration, gloss or measuring mode, specular component, ultraviolet content,\n"
       "lens and mask. A letter that means nothing is replaced by its position's default.\n\n"
       "Example:\n"
       "  vrx condition CRIILL\n");
-  command->callback([options, &status] {
+  command.SetAction([options] {
     RunCondition(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

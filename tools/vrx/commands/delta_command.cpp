@@ -11,6 +11,7 @@
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/conditions.h"
+#include "tools/vrx/output/json_output.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/value_columns.h"
 
@@ -148,28 +149,27 @@ void RunDelta(const DeltaOptions& options) {
 
 }  // namespace
 
-void AddDelta(CLI::App& app, int& status) {
+void AddDelta(Command& tool) {
   const auto options = std::make_shared<DeltaOptions>();
-  CLI::App* command = app.add_subcommand("delta", "Differences of pairs of colours in any system");
+  Command command = tool.AddCommand("delta", "Differences of pairs of colours in any system");
   command
-      ->add_option(
-          "PAIRS", options->pairs,
-          "Columns L1,a1,b1,L2,a2,b2 or X1,Y1,Z1,X2,Y2,Z2, optionally id and angle (- reads standard "
-          "input)")
-      ->required();
-  AddSystemOptions(*command, options->system, "cmc");
-  AddViewingOptions(*command, options->viewing, "D65");
-  AddFormatOption(*command, options->format);
-  command->footer(
+      .AddOption("PAIRS", options->pairs,
+                 "Columns L1,a1,b1,L2,a2,b2 or X1,Y1,Z1,X2,Y2,Z2, optionally id and angle (- reads standard "
+                 "input)")
+      .Required();
+  AddSystemOptions(command, options->system, "cmc");
+  AddViewingOptions(command, options->viewing, "D65");
+  AddFormatOption(command, options->format);
+  command.SetNotes(
       "The first colour of a row is the standard, the second the sample. The illuminant serves to convert\n"
       "between L*a*b* and tristimulus values; the angle, in degrees, is for audi and din6175.\n\n"
       "Examples:\n"
       "  vrx delta pairs.csv --system cie2000\n"
       "  vrx delta pairs.csv --system cmc --parameters 1,1 --format csv\n"
       "  printf 'L1,a1,b1,L2,a2,b2\\n50,2.6772,-79.7751,50,0,-82.7485\\n' | vrx delta - --system 11\n");
-  command->callback([options, &status] {
+  command.SetAction([options] {
     RunDelta(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

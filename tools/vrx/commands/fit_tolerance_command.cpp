@@ -208,33 +208,23 @@ void RunFit(const FitOptions& options) {
   WriteFits(accepted, options);
 }
 
-void AddOptions(CLI::App& command, FitOptions& options) {
-  static const std::map<std::string, Method> kMethods{{"smallest", Method::kSmallest},
-                                                      {"surface", Method::kSurface}};
-  static const std::map<std::string, EllipseCentre> kCentres{{"free", EllipseCentre::kFree},
-                                                             {"standard", EllipseCentre::kAtStandard}};
+void AddOptions(Command& command, FitOptions& options) {
   command
-      .add_option("ACCEPTED", options.accepted,
-                  "Curves of the accepted trials, or columns dL,da,db (- reads standard input)")
-      ->required();
-  command.add_option("--standard", options.standard, "Curves of the standard, or standards")
-      ->option_text("FILE [ACCEPTED]");
-  auto* id = command.add_option("--standard-id", options.standardId, "Which row is the standard");
-  id->option_text("ID [the first row]");
-  command.add_flag("--pairs", options.pairs, "Each trial belongs to the standard of the same id")
-      ->excludes(id);
-  command
-      .add_option(
-          "--method", options.method,
-          "The smallest ellipsoid that holds what was accepted, or the surface nearest to differences "
-          "at the limit of acceptance")
-      ->transform(CLI::CheckedTransformer(kMethods, CLI::ignore_case).description(""))
-      ->option_text("smallest|surface [smallest]");
-  command.add_option("--centre", options.centre, "Where the ellipsoid has its centre")
-      ->transform(CLI::CheckedTransformer(kCentres, CLI::ignore_case).description(""))
-      ->option_text("free|standard [free]");
-  command.add_option("--margin", options.margin, "Factor on the semi-axes and on the limit of the total")
-      ->option_text("FACTOR [1]");
+      .AddOption("ACCEPTED", options.accepted,
+                 "Curves of the accepted trials, or columns dL,da,db (- reads standard input)")
+      .Required();
+  command.AddOption("--standard", options.standard, "Curves of the standard, or standards")
+      .Shows("FILE [ACCEPTED]");
+  Option id = command.AddOption("--standard-id", options.standardId, "Which row is the standard");
+  id.Shows("ID [the first row]");
+  command.AddFlag("--pairs", options.pairs, "Each trial belongs to the standard of the same id").Excludes(id);
+  command.AddChoice(
+      "--method", options.method, {"smallest", "surface"},
+      "The smallest ellipsoid that holds what was accepted, or the surface nearest to differences "
+      "at the limit of acceptance");
+  command.AddChoice("--centre", options.centre, {"free", "standard"}, "Where the ellipsoid has its centre");
+  command.AddOption("--margin", options.margin, "Factor on the semi-axes and on the limit of the total")
+      .Shows("FACTOR [1]");
   AddViewingOptions(command, options.viewing, "D65,A,CWF");
   AddSystemOptions(command, options.system, "cmc");
   AddCurveInputOptions(command, options.input);
@@ -242,21 +232,21 @@ void AddOptions(CLI::App& command, FitOptions& options) {
 }
 
 // The first option that was given of those that only curves have a use for.
-std::string OptionForCurves(const CLI::App& command) {
+std::string OptionForCurves(const Command& command) {
   for (const char* name : {"--standard", "--standard-id", "--pairs", "--illuminants", "--observer",
                            "--system", "--parameters", "--fraction"}) {
-    if (command.count(name) > 0) return name;
+    if (command.IsGiven(name)) return name;
   }
   return "";
 }
 
 }  // namespace
 
-void AddFitTolerance(CLI::App& app, int& status) {
+void AddFitTolerance(Command& tool) {
   const auto options = std::make_shared<FitOptions>();
-  CLI::App* command = app.add_subcommand("fit-tolerance", "The ellipsoid of what was accepted so far");
-  AddOptions(*command, *options);
-  command->footer(
+  Command command = tool.AddCommand("fit-tolerance", "The ellipsoid of what was accepted so far");
+  AddOptions(command, *options);
+  command.SetNotes(
       "The csv form is what vrx judge --ellipses reads. The limit of the total difference is the largest\n"
       "total that was accepted, in the system of --system; that of plain differences is dE*ab (lab).\n\n"
       "Examples:\n"
@@ -264,10 +254,10 @@ void AddFitTolerance(CLI::App& app, int& status) {
       "  vrx fit-tolerance lots.csv --standard master.csv --pairs --margin 1.05 --format csv > limits.csv\n"
       "  vrx judge master.csv batch.csv --ellipses limits.csv\n"
       "  vrx fit-tolerance borderline.csv --method surface --centre standard --illuminants D65\n");
-  command->callback([options, command, &status] {
-    options->forCurves = OptionForCurves(*command);
+  command.SetAction([options, command] {
+    options->forCurves = OptionForCurves(command);
     RunFit(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

@@ -179,20 +179,19 @@ void RunIndex(const IndexOptions& options) {
 
 }  // namespace
 
-void AddIndex(CLI::App& app, int& status) {
+void AddIndex(Command& tool) {
   const auto options = std::make_shared<IndexOptions>();
-  CLI::App* command =
-      app.add_subcommand("index", "Whiteness, tint and yellowness, metamerism, contrast ratio");
-  command->add_option("FILE", options->file, "Curves, or columns X,Y,Z (- reads standard input)")->required();
+  Command command = tool.AddCommand("index", "Whiteness, tint and yellowness, metamerism, contrast ratio");
+  command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z (- reads standard input)").Required();
   command
-      ->add_option("--standard", options->standard,
-                   "Curves whose first row is the standard: adds the CIE special metamerism index of every "
-                   "curve between the first illuminant and each other one")
-      ->option_text("FILE");
-  AddViewingOptions(*command, options->viewing, "D65,C");
-  AddCurveInputOptions(*command, options->input);
-  AddFormatOption(*command, options->format);
-  command->footer(
+      .AddOption("--standard", options->standard,
+                 "Curves whose first row is the standard: adds the CIE special metamerism index of every "
+                 "curve between the first illuminant and each other one")
+      .Shows("FILE");
+  AddViewingOptions(command, options->viewing, "D65,C");
+  AddCurveInputOptions(command, options->input);
+  AddFormatOption(command, options->format);
+  command.SetNotes(
       "An index is direct under the illuminants and observers for which it was published, and recalculated\n"
       "to their white under any other. A table leaves out what does not exist; csv has an empty field for\n"
       "it. Two rows of one id, one \"Over Black\" and one \"Over White\", also give their contrast ratio.\n\n"
@@ -200,9 +199,9 @@ void AddIndex(CLI::App& app, int& status) {
       "  vrx index paper.csv                                under D65 and C, 10 degrees\n"
       "  vrx index paper.csv --illuminants C --observer 2   as most of them were published\n"
       "  vrx index lot.csv --standard master.csv --illuminants D65,A,T84 --format csv\n");
-  command->callback([options, &status] {
+  command.SetAction([options] {
     RunIndex(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

@@ -89,32 +89,32 @@ ExitStatus RunJudge(const JudgeOptions& options) {
   return options.strict && !allPass ? kExitNotPassed : kExitPass;
 }
 
-void AddOptions(CLI::App& command, JudgeOptions& options) {
+void AddOptions(Command& command, JudgeOptions& options) {
   AddComparisonOptions(command, options.comparison);
   AddJudgingOptions(command, options.judging);
-  auto* boxes = command.add_option("--tolerances", options.tolerances,
+  Option boxes = command.AddOption("--tolerances", options.tolerances,
                                    "Limits per standard, geometry and illuminant, from a CSV file");
-  boxes->option_text("FILE");
+  boxes.Shows("FILE");
   command
-      .add_flag("--ellipse", options.ellipse,
-                "Judge by the ellipsoid of cmc, cie94 or cie2000 about the standard, times --tolerance")
-      ->excludes(boxes);
+      .AddFlag("--ellipse", options.ellipse,
+               "Judge by the ellipsoid of cmc, cie94 or cie2000 about the standard, times --tolerance")
+      .Excludes(boxes);
   command
-      .add_option("--ellipses", options.ellipses,
-                  "Judge by ellipsoids from a CSV file, as vrx fit-tolerance writes it")
-      ->option_text("FILE")
-      ->excludes(boxes);
-  command.add_flag("--strict", options.strict, "Exit status 1 when a trial does not pass");
+      .AddOption("--ellipses", options.ellipses,
+                 "Judge by ellipsoids from a CSV file, as vrx fit-tolerance writes it")
+      .Shows("FILE")
+      .Excludes(boxes);
+  command.AddFlag("--strict", options.strict, "Exit status 1 when a trial does not pass");
   AddFormatOption(command, options.format);
 }
 
 }  // namespace
 
-void AddJudge(CLI::App& app, int& status) {
+void AddJudge(Command& tool) {
   const auto options = std::make_shared<JudgeOptions>();
-  CLI::App* command = app.add_subcommand("judge", "Judge trials against a standard");
-  AddOptions(*command, *options);
-  command->footer(
+  Command command = tool.AddCommand("judge", "Judge trials against a standard");
+  AddOptions(command, *options);
+  command.SetNotes(
       "Each trial gets, under each illuminant, its difference from the standard, three words for the shade,\n"
       "and the verdict of the box or ellipsoid, of the total difference, and of both: 0 fail, 1 warning, 2\n"
       "pass.\n\n"
@@ -125,9 +125,9 @@ void AddJudge(CLI::App& app, int& status) {
       "  vrx judge std.csv batch.csv --tolerance 1,1,0.6,0.6,0.6,0.6,1.2 --format json\n"
       "  export.sh | vrx judge std.csv - --tolerances limits.csv --format csv\n"
       "  vrx judge std.csv batch.csv --ellipse --tolerance 0.8   inside the CMC ellipsoid, cf = 0.8\n");
-  command->callback([options, command, &status] {
-    options->toleranceGiven = command->count("--tolerance") > 0;
-    status = RunJudge(*options);
+  command.SetAction([options, command] {
+    options->toleranceGiven = command.IsGiven("--tolerance");
+    return RunJudge(*options);
   });
 }
 

@@ -1,10 +1,11 @@
 // vrx log: where the diagnostic log goes, and switching it.
 
-#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <vrxmath/support/diagnostic_log.h>
 #include <vrxmath/support/settings.h>
@@ -18,9 +19,11 @@ namespace {
 
 constexpr std::array<const char*, 3> kModeNames = {"off", "box", "file"};
 
+constexpr int32_t kAsItIs = -1;
+
 struct LogOptions {
-  std::string sensor;
-  std::string general;
+  int32_t sensor = kAsItIs;
+  int32_t general = kAsItIs;
   std::string directory;
   Format format = Format::kTable;
 };
@@ -34,10 +37,8 @@ void Require(bool stored) {
   if (!stored) throw InputError("the settings of the log cannot be stored");
 }
 
-void Switch(DiagChannel channel, const std::string& name) {
-  if (name.empty()) return;
-  const auto mode = std::find(kModeNames.begin(), kModeNames.end(), name) - kModeNames.begin();
-  Require(SetSettingInt(kDiagSection, DiagModeValue(channel), static_cast<int32_t>(mode)));
+void Switch(DiagChannel channel, int32_t mode) {
+  if (mode != kAsItIs) Require(SetSettingInt(kDiagSection, DiagModeValue(channel), mode));
 }
 
 // The log appends its file name to the directory as it stands, from whichever directory the host runs in.
@@ -72,23 +73,23 @@ void RunLog(const LogOptions& options) {
 
 }  // namespace
 
-void AddLog(CLI::App& app, int& status) {
+void AddLog(Command& tool) {
   const auto options = std::make_shared<LogOptions>();
-  CLI::App* command = app.add_subcommand("log", "Show and switch the diagnostic log");
-  const CLI::IsMember isMode(std::vector<std::string>(kModeNames.begin(), kModeNames.end()));
-  command->add_option("--sensor", options->sensor, "Instrument traffic: off, box or file")->check(isMode);
-  command->add_option("--general", options->general, "Everything else: off, box or file")->check(isMode);
-  command->add_option("--directory", options->directory, "Where the file VrxDebug.txt is written");
-  AddFormatOption(*command, options->format);
-  command->footer(
+  const std::vector<std::string> modes(kModeNames.begin(), kModeNames.end());
+  Command command = tool.AddCommand("log", "Show and switch the diagnostic log");
+  command.AddChoice("--sensor", options->sensor, modes, "Instrument traffic").Shows("off|box|file");
+  command.AddChoice("--general", options->general, modes, "Everything else").Shows("off|box|file");
+  command.AddOption("--directory", options->directory, "Where the file VrxDebug.txt is written");
+  AddFormatOption(command, options->format);
+  command.SetNotes(
       "A new mode rules in processes that start after it was set.\n\n"
       "Examples:\n"
       "  vrx log                                     the modes and the file\n"
       "  vrx log --sensor file --directory /var/tmp  trace the instrument to /var/tmp/VrxDebug.txt\n"
       "  vrx log --sensor off --general off\n");
-  command->callback([options, &status] {
+  command.SetAction([options] {
     RunLog(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

@@ -174,21 +174,21 @@ void RunPredict(const PredictOptions& options) {
 
 }  // namespace
 
-void AddPredict(CLI::App& app, int& status) {
+void AddPredict(Command& tool) {
   const auto options = std::make_shared<PredictOptions>();
-  CLI::App* command = app.add_subcommand("predict", "Curves and colours of the formulas of a colour system");
-  command->add_option("SYSTEM", options->system, "Colour system, a JSON file")->required();
-  command->add_option("FORMULAS", options->formulas, "Formulas, a JSON file")->required();
-  AddViewingOptions(*command, options->viewing, "D65,A,CWF");
-  AddFormatOption(*command, options->format);
-  command->footer(
+  Command command = tool.AddCommand("predict", "Curves and colours of the formulas of a colour system");
+  command.AddOption("SYSTEM", options->system, "Colour system, a JSON file").Required();
+  command.AddOption("FORMULAS", options->formulas, "Formulas, a JSON file").Required();
+  AddViewingOptions(command, options->viewing, "D65,A,CWF");
+  AddFormatOption(command, options->format);
+  command.SetNotes(
       "Curves are in percent, surface included, at 360 ... 750 nm.\n\n"
       "Examples:\n"
       "  vrx predict examples/acrylic_paints.json examples/acrylic_formulas.json\n"
       "  vrx predict system.json formulas.json --illuminants D50 --observer 2 --format csv\n");
-  command->callback([options, &status] {
+  command.SetAction([options] {
     RunPredict(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

@@ -96,43 +96,41 @@ void RunList(const SettingsOptions& options) {
   output.Finish();
 }
 
-void AddAction(CLI::App* action, const std::shared_ptr<SettingsOptions>& options,
-               void (*run)(const SettingsOptions&), int& status) {
-  action->callback([options, run, &status] {
+void SetAction(Command& action, const std::shared_ptr<SettingsOptions>& options,
+               void (*run)(const SettingsOptions&)) {
+  action.SetAction([options, run] {
     run(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 
 }  // namespace
 
-void AddSettings(CLI::App& app, int& status) {
+void AddSettings(Command& tool) {
   const auto options = std::make_shared<SettingsOptions>();
-  CLI::App* command = app.add_subcommand("settings", "Read and change the application's per-user settings");
-  command->require_subcommand(1);
-  CLI::App* get = command->add_subcommand("get", "Print one value");
-  CLI::App* set = command->add_subcommand("set", "Store one value");
-  CLI::App* list = command->add_subcommand("list", "List the values of a section, or of all");
-  for (CLI::App* action : {get, set}) {
-    action->add_option("SECTION", options->section, "The section; \\ parts it from one within it")
-        ->required();
-    action->add_option("NAME", options->name, "The value's name, in any case")->required();
+  Command command = tool.AddCommand("settings", "Read and change the application's per-user settings");
+  Command get = command.AddCommand("get", "Print one value");
+  Command set = command.AddCommand("set", "Store one value");
+  Command list = command.AddCommand("list", "List the values of a section, or of all");
+  for (Command action : {get, set}) {
+    action.AddOption("SECTION", options->section, "The section; \\ parts it from one within it").Required();
+    action.AddOption("NAME", options->name, "The value's name, in any case").Required();
   }
-  set->add_option("VALUE", options->value, "A whole number is stored as integer, anything else as text")
-      ->required();
-  set->add_flag("--text", options->asText, "Store a number as text");
-  list->add_option("SECTION", options->section, "Only this section and those within it");
-  AddFormatOption(*list, options->format);
-  AddAction(get, options, RunGet, status);
-  AddAction(set, options, RunSet, status);
-  AddAction(list, options, RunList, status);
-  get->footer("Example:\n  vrx settings get Diagnostics \"Color Sensor\"\n");
-  set->footer(
+  set.AddOption("VALUE", options->value, "A whole number is stored as integer, anything else as text")
+      .Required();
+  set.AddFlag("--text", options->asText, "Store a number as text");
+  list.AddOption("SECTION", options->section, "Only this section and those within it");
+  AddFormatOption(list, options->format);
+  SetAction(get, options, RunGet);
+  SetAction(set, options, RunSet);
+  SetAction(list, options, RunList);
+  get.SetNotes("Example:\n  vrx settings get Diagnostics \"Color Sensor\"\n");
+  set.SetNotes(
       "Examples:\n"
       "  vrx settings set Diagnostics General 2\n"
       "  vrx settings set Import Decimals 2 --text\n");
-  list->footer("Examples:\n  vrx settings list\n  vrx settings list Diagnostics --format json\n");
-  command->footer(
+  list.SetNotes("Examples:\n  vrx settings list\n  vrx settings list Diagnostics --format json\n");
+  command.SetNotes(
       "Examples:\n"
       "  vrx settings list\n"
       "  vrx settings set Diagnostics General 2\n"

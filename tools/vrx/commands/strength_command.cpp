@@ -165,7 +165,7 @@ class StrengthRows {
     std::vector<Column> columns{{"standard"}, {"trial"}, {"ks", "K/S"}, {"absorbance"}};
     for (const vrxIlluminant illuminant : settings.viewing.illuminants) {
       const bool isFirst = columns.size() == kSumColumns;
-      const std::string suffix = isFirst ? "" : "_" + CodeOf(illuminant);
+      const std::string suffix = isFirst ? "" : std::string("_").append(CodeOf(illuminant));
       columns.push_back({"tristimulus" + suffix});
       if (isFirst) AddSingleWavelengthColumns(settings, columns);
       columns.push_back({"pseudo_tristimulus" + suffix, "pseudo" + suffix});
@@ -250,12 +250,11 @@ void RunStrength(const StrengthOptions& options) {
   rows.WarnAboutFloor();
 }
 
-void AddOptions(CLI::App& command, StrengthOptions& options) {
+void AddOptions(Command& command, StrengthOptions& options) {
   AddComparisonOptions(command, options.comparison);
-  command.add_option("--band", options.band, "Wavelengths that are summed, in nm")
-      ->option_text("FROM-TO [400-700]");
-  command.add_option("--wavelength", options.wavelength, "Add the chromatic strength at this wavelength")
-      ->option_text("NM");
+  command.AddOption("--band", options.band, "Wavelengths that are summed, in nm").Shows("FROM-TO [400-700]");
+  command.AddOption("--wavelength", options.wavelength, "Add the chromatic strength at this wavelength")
+      .Shows("NM");
   AddSurfaceOptions(command, options.surface);
   AddViewingOptions(command, options.viewing, "D65");
   AddFormatOption(command, options.format);
@@ -263,11 +262,11 @@ void AddOptions(CLI::App& command, StrengthOptions& options) {
 
 }  // namespace
 
-void AddStrength(CLI::App& app, int& status) {
+void AddStrength(Command& tool) {
   const auto options = std::make_shared<StrengthOptions>();
-  CLI::App* command = app.add_subcommand("strength", "Strength of trials against a standard, in percent");
-  AddOptions(*command, *options);
-  command->footer(
+  Command command = tool.AddCommand("strength", "Strength of trials against a standard, in percent");
+  AddOptions(command, *options);
+  command.SetNotes(
       "Strengths, 100 for the standard itself:\n"
       "  ks, absorbance       sums over the band (apparent strength)\n"
       "  chromatic            K/S where the standard absorbs most in the band, and at --wavelength\n"
@@ -281,9 +280,9 @@ void AddStrength(CLI::App& app, int& status) {
       "  vrx strength standard.csv batch.csv\n"
       "  vrx strength master.csv lots.csv --pairs --band 400-560 --format csv\n"
       "  vrx strength std.csv batch.csv --standard-id blue --wavelength 620 --illuminants D65,A\n");
-  command->callback([options, &status] {
+  command.SetAction([options] {
     RunStrength(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

@@ -212,29 +212,28 @@ void RunSwatch(const SwatchOptions& options) {
 
 }  // namespace
 
-void AddSwatch(CLI::App& app, int& status) {
+void AddSwatch(Command& tool) {
   const auto options = std::make_shared<SwatchOptions>();
-  CLI::App* command = app.add_subcommand("swatch", "Paint trials beside their standards");
-  command->add_option("FILE", options->file, "Curves: the standard and, without TRIALS, the trials")
-      ->required();
-  command->add_option("TRIALS", options->trials, "Curves of the trials");
-  command->add_option("--output", options->output, "The picture, by its name PNG or SVG")
-      ->required()
-      ->option_text("FILE.png|FILE.svg");
-  auto* id = command->add_option("--standard-id", options->standardId, "Which row is the standard");
-  id->option_text("ID [the first row]")->check(RefuseEmpty);
-  command->add_flag("--pairs", options->pairs, "Each trial beside the standard of the same id")->excludes(id);
-  AddJudgingOptions(*command, options->judging);
-  AddCurveInputOptions(*command, options->input);
-  command->footer(
+  Command command = tool.AddCommand("swatch", "Paint trials beside their standards");
+  command.AddOption("FILE", options->file, "Curves: the standard and, without TRIALS, the trials").Required();
+  command.AddOption("TRIALS", options->trials, "Curves of the trials");
+  command.AddOption("--output", options->output, "The picture, by its name PNG or SVG")
+      .Required()
+      .Shows("FILE.png|FILE.svg");
+  Option id = command.AddOption("--standard-id", options->standardId, "Which row is the standard");
+  id.Shows("ID [the first row]").Check(RefuseEmpty);
+  command.AddFlag("--pairs", options->pairs, "Each trial beside the standard of the same id").Excludes(id);
+  AddJudgingOptions(command, options->judging);
+  AddCurveInputOptions(command, options->input);
+  command.SetNotes(
       "Each pair is painted as it looks to somebody adapted to the illuminant: its white is that of the\n"
       "display, whose primaries are taken to be those of sRGB.\n\n"
       "Examples:\n"
       "  vrx swatch batch.csv --output batch.png             the first row beside every other one\n"
       "  vrx swatch master.csv lot.csv --pairs --output lot.svg --illuminants D65,T84\n");
-  command->callback([options, &status] {
+  command.SetAction([options] {
     RunSwatch(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

@@ -79,21 +79,21 @@ void RunTables(const TablesOptions& options) {
 
 }  // namespace
 
-void AddTables(CLI::App& app, int& status) {
+void AddTables(Command& tool) {
   const auto options = std::make_shared<TablesOptions>();
-  CLI::App* command = app.add_subcommand("tables", "List the illuminants, or print one weighting table");
-  command->add_option("ILLUMINANT", options->illuminant, "Code (D65) or number of an illuminant");
-  command->add_option("OBSERVER", options->observer, "2 or 10 (degrees)")->option_text("[10]");
-  AddIlluminantFileOptions(*command, options->illuminantFiles);
-  AddFormatOption(*command, options->format);
-  command->footer(
+  Command command = tool.AddCommand("tables", "List the illuminants, or print one weighting table");
+  command.AddOption("ILLUMINANT", options->illuminant, "Code (D65) or number of an illuminant");
+  command.AddOption("OBSERVER", options->observer, "2 or 10 (degrees)").Shows("[10]");
+  AddIlluminantFileOptions(command, options->illuminantFiles);
+  AddFormatOption(command, options->format);
+  command.SetNotes(
       "Examples:\n"
       "  vrx tables                        the illuminants in display order, with their white points\n"
       "  vrx tables D65 10                 the weights at 360 ... 750 nm and the white point\n"
       "  vrx tables CWF 2 --format csv     the same for another program\n");
-  command->callback([options, &status] {
+  command.SetAction([options] {
     RunTables(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

@@ -162,23 +162,23 @@ void RunXml(const XmlOptions& options) {
 
 }  // namespace
 
-void AddXml(CLI::App& app, int& status) {
+void AddXml(Command& tool) {
   const auto options = std::make_shared<XmlOptions>();
-  CLI::App* command = app.add_subcommand("xml", "Show the outline of an XML document, or a value in it");
-  command->add_option("FILE", options->file, "UTF-8, or UTF-16 with a byte-order mark; - for standard input")
-      ->required();
-  command->add_option("PATH", options->path, "Such as root/child[2]/@attribute; * is any name");
-  AddFormatOption(*command, options->format);
-  command->footer(
+  Command command = tool.AddCommand("xml", "Show the outline of an XML document, or a value in it");
+  command.AddOption("FILE", options->file, "UTF-8, or UTF-16 with a byte-order mark; - for standard input")
+      .Required();
+  command.AddOption("PATH", options->path, "Such as root/child[2]/@attribute; * is any name");
+  AddFormatOption(command, options->format);
+  command.SetNotes(
       "The text of an element without children, or the value of an attribute, is printed as it is; an\n"
       "attribute that is not there is an empty one.\n"
       "Examples:\n"
       "  vrx xml standards.xml                              all elements, indented, with their texts\n"
       "  vrx xml standards.xml standards/standard[2]        the same of one element\n"
       "  vrx xml standards.xml standards/standard[2]/@name  a value\n");
-  command->callback([options, &status] {
+  command.SetAction([options] {
     RunXml(*options);
-    status = kExitPass;
+    return kExitPass;
   });
 }
 

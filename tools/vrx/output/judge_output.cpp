@@ -7,6 +7,8 @@
 
 #include <vrxmath/judging/shade.h>
 
+#include "tools/vrx/output/json_output.h"
+
 namespace vrx::tool {
 
 namespace {

@@ -5,27 +5,18 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <map>
 #include <utility>
 
 #include <vrxmath/foundation/numbers.h>
 
+#include "tools/vrx/command_line.h"
+#include "tools/vrx/output/json_output.h"
 #include "tools/vrx/output/terminal.h"
 
 namespace vrx::tool {
 
-void AddFormatOption(CLI::App& command, Format& format) {
-  static const std::map<std::string, Format> kNames{
-      {"table", Format::kTable}, {"csv", Format::kCsv}, {"json", Format::kJson}};
-  const auto toNumber = [](std::string& text) -> std::string {
-    const auto found = kNames.find(CLI::detail::to_lower(text));
-    if (found == kNames.end()) return "\"" + text + "\" is none of table, csv and json";
-    text = std::to_string(static_cast<int>(found->second));
-    return {};
-  };
-  command.add_option("--format", format, "How the results are written: table, csv or json")
-      ->transform(CLI::Validator(toNumber, ""))
-      ->option_text("table|csv|json [table]");
+void AddFormatOption(Command& command, Format& format) {
+  command.AddChoice("--format", format, {"table", "csv", "json"}, "How the results are written");
 }
 
 namespace {

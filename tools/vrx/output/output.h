@@ -8,12 +8,10 @@
 #ifndef TOOLS_VRX_OUTPUT_OUTPUT_H_
 #define TOOLS_VRX_OUTPUT_OUTPUT_H_
 
-#include <CLI/CLI.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -21,10 +19,12 @@
 
 namespace vrx::tool {
 
+class Command;
+
 enum class Format { kTable, kCsv, kJson };
 
 /// Adds `--format table|csv|json` to a subcommand.
-void AddFormatOption(CLI::App& command, Format& format);
+void AddFormatOption(Command& command, Format& format);
 
 /// Results could not be written: the disk is full, or whoever read them has gone.
 class OutputError : public std::runtime_error {
@@ -70,22 +70,6 @@ class OutputStream {
   std::size_t used_ = 0;
   bool sent_ = false;
   bool finished_ = false;
-};
-
-/// `value` for a JSON document: null when it is unset or not finite.
-nlohmann::ordered_json JsonNumber(double value);
-
-/// A JSON array of objects that is written while it grows.
-class JsonArrayWriter {
- public:
-  explicit JsonArrayWriter(OutputStream& output) : output_(output) {}
-  void Add(const nlohmann::ordered_json& element);
-  /// Closes the array; call once, at the end.
-  void Finish();
-
- private:
-  OutputStream& output_;
-  bool empty_ = true;
 };
 
 /// A column of results.

@@ -1,0 +1,139 @@
+
+#include "tools/vrx/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+
+namespace vrx::tool {
+
+std::string RefuseEmpty(const std::string& text) {
+  return text.empty() ? "an empty text" : "";
+}
+
+Option& Option::Required() {
+  option_->required();
+  return *this;
+}
+
+Option& Option::Shows(const std::string& text) {
+  option_->option_text(text);
+  return *this;
+}
+
+Option& Option::Check(const OptionCheck& check) {
+  option_->check(check);
+  return *this;
+}
+
+Option& Option::Excludes(const Option& other) {
+  option_->excludes(other.option_);
+  return *this;
+}
+
+Option& Option::Needs(const Option& other) {
+  option_->needs(other.option_);
+  return *this;
+}
+
+Command Command::AddCommand(const std::string& name, const std::string& description) {
+  app_->require_subcommand(1);
+  return {app_->add_subcommand(name, description), status_};
+}
+
+Option Command::AddOption(const std::string& name, std::string& value, const std::string& description) {
+  return Option(app_->add_option(name, value, description));
+}
+
+Option Command::AddOption(const std::string& name, double& value, const std::string& description) {
+  return Option(app_->add_option(name, value, description));
+}
+
+Option Command::AddOption(const std::string& name, std::vector<std::string>& values,
+                          const std::string& description) {
+  CLI::Option* const option = app_->add_option(name, values, description);
+  if (name.starts_with('-')) option->allow_extra_args(false);
+  return Option(option);
+}
+
+Option Command::AddFlag(const std::string& name, bool& value, const std::string& description) {
+  return Option(app_->add_flag(name, value, description));
+}
+
+Option Command::AddWords(const std::string& name, const std::vector<std::string>& words,
+                         const std::function<void(std::size_t)>& take, const std::string& description) {
+  const auto store = [name, words, take](const std::string& text) {
+    const auto found = std::ranges::find(words, CLI::detail::to_lower(text));
+    if (found != words.end()) return take(static_cast<std::size_t>(found - words.begin()));
+    std::string known;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+      known += i == 0 ? "" : i + 1 == words.size() ? " and " : ", ";
+      known += words[i];
+    }
+    throw InputError(name + ": \"" + text + "\" is none of " + known);
+  };
+  std::string shown;
+  for (const std::string& word : words) shown += (shown.empty() ? "" : "|") + word;
+  CLI::Option* const option = app_->add_option_function<std::string>(name, store, description);
+  return Option(option->option_text(shown + " [" + words.front() + "]"));
+}
+
+bool Command::IsGiven(const std::string& name) const {
+  return app_->count(name) > 0;
+}
+
+void Command::SetNotes(const std::string& notes) {
+  app_->footer(notes);
+}
+
+void Command::SetAction(const std::function<int()>& action) {
+  app_->callback([action, status = status_] { *status = action(); });
+}
+
+namespace {
+
+int Complain(const std::string& reason) {
+  std::fprintf(stderr, "vrx: %s\n", reason.c_str());
+  return kExitBadInput;
+}
+
+// Help and version go to standard output; a failing write must not look like success.
+int ShowHelp(const CLI::App& app, const CLI::ParseError& request) {
+  app.exit(request, std::cout, std::cerr);
+  std::cout.flush();
+  return std::cout ? kExitPass : Complain("cannot write to standard output");
+}
+
+// What stands where something else is missing, such as a misspelt command.
+std::string Misunderstood(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> rest = app.remaining(true);
+  const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+  return isMissing && !rest.empty() ? "; \"" + rest.front() + "\" is not known" : "";
+}
+
+}  // namespace
+
+int RunTool(std::span<const std::string> arguments, const std::string& version) {
+  int status = kExitPass;
+  CLI::App app{"From measured reflectance curves to colour values, differences and verdicts.", "vrx"};
+  app.set_version_flag("--version", "vrx " + version);
+  app.footer("vrx COMMAND --help shows the options of a command, with examples.");
+  Command tool(&app, &status);
+  for (const CommandEntry& command : AllCommands()) command.add(tool);
+  try {
+    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return ShowHelp(app, error);
+    return Complain(error.what() + Misunderstood(app, error) + "\nRun with --help for more information.");
+  } catch (const std::exception& error) {
+    return Complain(error.what());
+  }
+  return status;
+}
+
+}  // namespace vrx::tool
