@@ -23,7 +23,7 @@
 // Always inlined: objects compiled for one instruction set must not leave a shared copy of a formula that the linker could
 // hand to a processor without it.
 #if defined(__GNUC__)
-#define VRX_LANE_INLINE [[gnu::always_inline]] inline
+#define VRX_LANE_INLINE __attribute__((always_inline)) inline
 #else
 #define VRX_LANE_INLINE inline
 #endif
