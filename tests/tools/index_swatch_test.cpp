@@ -198,22 +198,5 @@ TEST_F(IndexAndSwatch, StandardsAndTrialsStandSideBySide) {
   EXPECT_EQ((patches["fill=\"#7f7f7f\"/>"]), 6);  // standard twice, its double once, under two illuminants
 }
 
-TEST(Picture, TextsAreShortenedByCodePoints) {
-  const struct {
-    const char* text;
-    std::size_t length;
-    const char* expected;
-  } rows[] = {
-      {"", 5, ""},
-      {"short", 5, "short"},
-      {"longer", 5, "lo..."},
-      {"\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F", 4, "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F"},
-      {"a\tb\x7F", 9, "a b "},
-      {"\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F\xC3\xA4", 4, "\xC3\xA4..."},
-      {"x\xEF\xBF\xBEy", 9, "x y"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(Shortened(row.text, row.length), row.expected) << row.text;
-}
-
 }  // namespace
 }  // namespace vrx::tool

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "tests/testing/temporary_folder.h"
+#include "tools/vrx/output/text.h"
 
 namespace {
 
@@ -61,9 +62,9 @@ TEST(Output, OneRowInEachFormat) {
     return Written([&](OutputStream& output) {
       const auto writer =
           MakeRowWriter(format, output, {{"id"}, {"x", "x wide", 2}, {"n"}, {"u"}, {"i"}, {"q"}});
-      writer->Text("a,\"b\"\n\xC3\xA4");
+      writer->Text("a,\"b\"\n\xC3\xA4\xC2\x9B");
       writer->Number(0.1 + 0.2);
-      writer->Integer(-7);
+      writer->Number(-0.0);
       writer->Number(1e-5);
       writer->Number(inf);
       writer->Number(-std::numeric_limits<double>::quiet_NaN());
@@ -72,13 +73,55 @@ TEST(Output, OneRowInEachFormat) {
       output.Finish();
     });
   };
-  EXPECT_EQ(rows(Format::kCsv), "id,x,n,u,i,q\n\"a,\"\"b\"\"\n\xC3\xA4\",0.30000000000000004,-7,,inf,nan\n");
+  EXPECT_EQ(rows(Format::kCsv),
+            "id,x,n,u,i,q\n\"a,\"\"b\"\"\n\xC3\xA4\xC2\x9B\",0.30000000000000004,0,,inf,nan\n");
   EXPECT_EQ(rows(Format::kJson),
-            "[\n{\"id\":\"a,\\\"b\\\"\\n\xC3\xA4\",\"x\":0.30000000000000004,\"n\":-7,\"u\":null,\"i\":null,"
+            "[\n{\"id\":\"a,\\\"b\\\"\\n\xC3\xA4\\u009b\",\"x\":0.30000000000000004,\"n\":0.0,\"u\":null,"
+            "\"i\":null,"
             "\"q\":null}\n]\n");
   EXPECT_EQ(rows(Format::kTable),
-            "id       x wide   n  u    i    q\n"
-            "a,\"b\" \xC3\xA4    0.30  -7  -  inf  nan\n");
+            "id        x wide     n  u    i    q\n"
+            "a,\"b\" \xC3\xA4     0.30  0.00  -  inf  nan\n");
+}
+
+TEST(Output, CsvForASpreadsheet) {
+  Format format = Format::kCsv;
+  format.digits = 2;
+  format.csvSafe = true;
+  const std::string text = Written([&](OutputStream& output) {
+    const auto writer = MakeRowWriter(format, output, {{"id"}, {"x"}, {"y"}});
+    for (const char* id : {"=1+1", "+1", "-1", "@A1", "A=1"}) {
+      writer->Text(id);
+      writer->Number(-1.005);
+      writer->Number(1e-5);
+      writer->EndRow();
+    }
+    output.Finish();
+  });
+  EXPECT_EQ(text, "id,x,y\n'=1+1,-1.00,\n'+1,-1.00,\n'-1,-1.00,\n'@A1,-1.00,\nA=1,-1.00,\n");
+}
+
+TEST(Text, WhatATerminalWouldObeyIsNotShown) {
+  const struct {
+    std::string text;
+    std::size_t length;
+    const char* shown;
+  } kRows[] = {
+      {"plain", 5, "plain"},
+      {"abcdefgh", 7, "abcd..."},
+      {"\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F", 4, "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F"},
+      {"\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F", 3, "..."},
+      {"a\x1B[31mb\x7F", 20, "a [31mb "},
+      {"\xC2\x9B\xC2\xA0\xE2\x80\xAE\xE2\x81\xA9\xE2\x80\xA8", 20, " \xC2\xA0   "},  // C1, bidi, line end
+      {"\xEF\xB7\x90\xEF\xBF\xBF\xF0\x9F\xBF\xBE\xF0\x9F\x8E\xA8", 9,
+       "   \xF0\x9F\x8E\xA8"},  // noncharacters
+      {"\xC0\xAF\xED\xA0\x80\xE2\x82", 9,
+       "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},  // not UTF-8
+  };
+  for (const auto& row : kRows) EXPECT_EQ(vrx::tool::Shortened(row.text, row.length), row.shown);
+  const std::string id(900'000, 'x');
+  EXPECT_EQ(vrx::tool::MessageText("f.csv: standard \"" + id + "\" is\nno\x1B").size(), 16 + 62 + 7u);
+  EXPECT_LT(vrx::tool::MessageText(id + "\"" + id).size(), 700u);
 }
 
 TEST(Output, WithoutRows) {

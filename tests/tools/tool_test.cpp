@@ -312,7 +312,7 @@ TEST_F(Tool, ResultsThatCannotBeWrittenAreAnError) {
   std::string many = FlatHeader();
   for (int i = 0; i < 20'000; ++i) many += Flat("T", "50");
   Write("many.csv", many);
-  EXPECT_NE(Run("judge good.csv many.csv | head -1").err.find("cannot write"), std::string::npos);
+  EXPECT_EQ(Run("judge good.csv many.csv | head -1").err, "") << "nobody is left to complain to";
   // What had left before the fault is marked, in whatever format.
   Write("broken.csv", many + "T,1\n");
   for (const char* format : {"table", "csv", "json"}) {

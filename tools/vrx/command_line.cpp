@@ -3,12 +3,15 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <iostream>
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/output/output.h"
+#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 
@@ -51,6 +54,10 @@ Option Command::AddOption(const std::string& name, std::string& value, const std
 }
 
 Option Command::AddOption(const std::string& name, double& value, const std::string& description) {
+  return Option(app_->add_option(name, value, description));
+}
+
+Option Command::AddOption(const std::string& name, int& value, const std::string& description) {
   return Option(app_->add_option(name, value, description));
 }
 
@@ -98,7 +105,7 @@ void Command::SetAction(const std::function<int()>& action) {
 namespace {
 
 int Complain(const std::string& reason) {
-  std::fprintf(stderr, "vrx: %s\n", reason.c_str());
+  PrintMessage(reason);
   return kExitBadInput;
 }
 
@@ -106,7 +113,7 @@ int Complain(const std::string& reason) {
 int ShowHelp(const CLI::App& app, const CLI::ParseError& request) {
   app.exit(request, std::cout, std::cerr);
   std::cout.flush();
-  return std::cout ? kExitPass : Complain("cannot write to standard output");
+  return std::cout || errno == EPIPE ? kExitPass : Complain("cannot write to standard output");
 }
 
 // What stands where something else is missing, such as a misspelt command.
@@ -129,7 +136,11 @@ int RunTool(std::span<const std::string> arguments, const std::string& version) 
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return ShowHelp(app, error);
-    return Complain(error.what() + Misunderstood(app, error) + "\nRun with --help for more information.");
+    PrintMessage(error.what() + Misunderstood(app, error));
+    std::fputs("Run with --help for more information.\n", stderr);
+    return kExitBadInput;
+  } catch (const ReaderGone&) {
+    return kExitBadInput;
   } catch (const std::exception& error) {
     return Complain(error.what());
   }

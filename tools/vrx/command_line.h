@@ -55,6 +55,7 @@ class Command {
   /// An option when `name` begins with a dash, else an argument. Several names of one option are separated by commas.
   Option AddOption(const std::string& name, std::string& value, const std::string& description);
   Option AddOption(const std::string& name, double& value, const std::string& description);
+  Option AddOption(const std::string& name, int& value, const std::string& description);
   /// An argument takes all that are left, an option one each time it is given.
   Option AddOption(const std::string& name, std::vector<std::string>& values, const std::string& description);
   Option AddFlag(const std::string& name, bool& value, const std::string& description);

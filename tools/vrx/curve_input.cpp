@@ -1,17 +1,17 @@
 
 #include "tools/vrx/curve_input.h"
 
-#include <cstdio>
 #include <utility>
 
 #include "tools/vrx/command_line.h"
+#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 
 namespace {
 
 void Remark(const std::string& file, const std::string& text) {
-  std::fprintf(stderr, "vrx: %s: %s\n", file.c_str(), text.c_str());
+  PrintMessage(file + ": " + text);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 namespace {
@@ -50,7 +51,8 @@ void RunColorants(const ColorantsOptions& options) {
   const int32_t model = system.data.opticalModel;
   OutputStream output;
   if (options.format == Format::kTable) {
-    output.Append(system.data.name.ToUtf8() + " (" + OpticalModelName(model).ToUtf8() + ")\n\n");
+    output.Append(Shortened(system.data.name.ToUtf8(), kLongestCell) + " (" +
+                  OpticalModelName(model).ToUtf8() + ")\n\n");
   }
   const auto rows = MakeRowWriter(options.format, output,
                                   {{"id"},

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <charconv>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -16,6 +15,7 @@
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 namespace {
@@ -64,7 +64,7 @@ class PredictionBlocks final : public PredictionOutput {
       : illuminants_(viewing.Illuminants()), observer_(viewing.Observer()), output_(output) {}
 
   void Add(const std::string& name, const CReflData& curve) override {
-    output_.Append(name + "\n");
+    output_.Append(Shortened(name, kLongestCell) + "\n");
     constexpr int32_t kPerLine = 10;
     for (int32_t first = 0; first < kWavelengths; first += kPerLine) {
       output_.Append("  " + std::to_string(WavelengthAt(first)) + " nm ");
@@ -143,8 +143,7 @@ void WarnAboutRules(const NamedFormula& formula, const CColorantRulesData& rules
   CDoubleArray1 amounts;
   formula.formula.GetLines(ids, amounts);
   if (!rules.IsAllowed(ids)) {
-    std::fprintf(stderr, "vrx: formula \"%s\" has colorants that must not be used together\n",
-                 formula.name.c_str());
+    PrintMessage("formula \"" + formula.name + "\" has colorants that must not be used together");
   }
 }
 

@@ -54,7 +54,7 @@ void RunGet(const SettingsOptions& options) {
       OpenSection(options.section).Read(CString::FromUtf8(options.name));
   if (!value) throw InputError("section \"" + options.section + "\" has no setting \"" + options.name + "\"");
   OutputStream output;
-  output.Append(ValueText(*value));
+  output.AppendShown(ValueText(*value));
   output.Append('\n');
   output.Finish();
 }

@@ -17,6 +17,7 @@
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/judge.h"
 #include "tools/vrx/output/picture.h"
+#include "tools/vrx/output/text.h"
 #include "tools/vrx/standards.h"
 
 namespace vrx::tool {

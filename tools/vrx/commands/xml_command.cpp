@@ -126,7 +126,7 @@ class Outline {
 // A value alone: as it is, for scripts; in csv and json as the only row.
 void WriteValue(const std::string& value, Format format, OutputStream& output) {
   if (format == Format::kTable) {
-    output.Append(value);
+    output.AppendShown(value);
     return output.Append('\n');
   }
   const auto rows = MakeRowWriter(format, output, {{"value"}});

@@ -5,6 +5,7 @@
 #define TOOLS_VRX_OUTPUT_JSON_OUTPUT_H_
 
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "tools/vrx/output/output.h"
 
@@ -22,6 +23,8 @@ class JsonArrayWriter {
   void Finish();
 
  private:
+  void AppendEscaped(std::string_view json);
+
   OutputStream& output_;
   bool empty_ = true;
 };

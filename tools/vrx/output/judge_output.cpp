@@ -244,8 +244,9 @@ class TableJudgeOutput final : public JudgeOutput {
 
 }  // namespace
 
-std::unique_ptr<JudgeOutput> MakeJudgeOutput(Format format, OutputStream& output,
+std::unique_ptr<JudgeOutput> MakeJudgeOutput(const Format& format, OutputStream& output,
                                              const JudgeSettings& settings, const CurveReader& trials) {
+  output.SetFormat(format);
   if (format == Format::kCsv) return std::make_unique<CsvJudgeOutput>(output, settings);
   if (format == Format::kJson) return std::make_unique<JsonJudgeOutput>(output, settings);
   return std::make_unique<TableJudgeOutput>(output, settings, trials.HasIdsAndNames(),

@@ -26,7 +26,7 @@ class JudgeOutput {
 
 /// `output` and `settings` must outlive the writer. A table has columns for names and geometries when
 /// `trials` have them.
-std::unique_ptr<JudgeOutput> MakeJudgeOutput(Format format, OutputStream& output,
+std::unique_ptr<JudgeOutput> MakeJudgeOutput(const Format& format, OutputStream& output,
                                              const JudgeSettings& settings, const CurveReader& trials);
 
 }  // namespace vrx::tool

@@ -2,6 +2,8 @@
 #include "tools/vrx/output/output.h"
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -12,16 +14,25 @@
 #include "tools/vrx/command_line.h"
 #include "tools/vrx/output/json_output.h"
 #include "tools/vrx/output/terminal.h"
+#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 
 void AddFormatOption(Command& command, Format& format) {
-  command.AddChoice("--format", format, {"table", "csv", "json"}, "How the results are written");
+  command.AddChoice("--format", format.kind, {"table", "csv", "json"}, "How the results are written");
+  command.AddOption("--digits", format.digits, "Decimals of numbers in tables and csv")
+      .Shows("0 to 9 [as many as needed]")
+      .Check([](const std::string& text) {
+        return text.size() == 1 && text >= "0" && text <= "9" ? "" : "a whole number from 0 to 9 is expected";
+      });
+  command.AddFlag("--csv-safe", format.csvSafe,
+                  "Put an apostrophe before texts in csv that a spreadsheet would run as formulas");
 }
 
 namespace {
 
-constexpr std::size_t kLongestFixed = 330;  // sign, 309 digits, point and decimals
+constexpr std::string_view kFormulaStarts = "=+-@\t\r";  // what a spreadsheet begins a formula with
+constexpr std::size_t kLongestFixed = 330;               // sign, 309 digits, point and decimals
 
 // The digits of `value` with so many decimals, by whole-number arithmetic, and where they end; null where that
 // might round the wrong way: for large numbers and for those half-way between two neighbours.
@@ -70,7 +81,9 @@ std::size_t WriteFixed(double value, int decimals, char* out) {
 // OutputStream ------------------------------------------------------------------------------------------
 
 OutputStream::OutputStream(std::FILE* file)
-    : file_(file), buffer_(std::make_unique_for_overwrite<char[]>(kBufferBytes)) {}
+    : file_(file),
+      onTerminal_(IsTerminal(file)),
+      buffer_(std::make_unique_for_overwrite<char[]>(kBufferBytes)) {}
 
 OutputStream::~OutputStream() {
   if (finished_ || !sent_) return;
@@ -84,6 +97,7 @@ void OutputStream::Send() {
   const std::size_t bytes = std::exchange(used_, 0);
   if (std::fwrite(buffer_.get(), 1, bytes, file_) != bytes || std::fflush(file_) != 0) {
     finished_ = true;  // there is nobody left to warn
+    if (errno == EPIPE) throw ReaderGone();
     throw OutputError(std::string("cannot write the results: ") + std::strerror(errno));
   }
 }
@@ -112,9 +126,15 @@ void OutputStream::AppendSpaces(std::size_t count) {
   Append(kSpaces.substr(0, count));
 }
 
+void OutputStream::AppendShown(std::string_view text) {
+  onTerminal_ ? Append(ShownText(text)) : Append(text);
+}
+
 void OutputStream::AppendNumber(double value) {
   if (IsUnset(value)) return;
   if (std::isnan(value)) return Append("nan");  // whatever its sign
+  if (format_.digits != Format::kShortest) return AppendFixed(value, format_.digits);
+  value += 0.0;  // a negative zero becomes 0
   constexpr std::size_t kLongest = 32;
   char* const at = Room(kLongest);
   used_ += static_cast<std::size_t>(std::to_chars(at, at + kLongest, value).ptr - at);
@@ -125,6 +145,15 @@ void OutputStream::AppendFixed(double value, int decimals) {
 }
 
 void OutputStream::AppendCsvText(std::string_view text) {
+  if (onTerminal_ || format_.csvSafe) {
+    const bool isFormula =
+        format_.csvSafe && !text.empty() && kFormulaStarts.find(text[0]) != std::string_view::npos;
+    return AppendQuoted((isFormula ? "'" : "") + (onTerminal_ ? ShownText(text) : std::string(text)));
+  }
+  AppendQuoted(text);
+}
+
+void OutputStream::AppendQuoted(std::string_view text) {
   if (text.find_first_of(",\"\r\n") == std::string_view::npos) return Append(text);
   Append('"');
   for (const char c : text) {
@@ -143,12 +172,28 @@ void OutputStream::Finish() {
 
 nlohmann::ordered_json JsonNumber(double value) {
   if (IsUnset(value) || !std::isfinite(value)) return nullptr;
-  return value;
+  return value + 0.0;  // a negative zero becomes 0
 }
 
 void JsonArrayWriter::Add(const nlohmann::ordered_json& element) {
   output_.Append(std::exchange(empty_, false) ? "[\n" : ",\n");
-  output_.Append(element.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+  AppendEscaped(element.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+}
+
+// Hidden characters beyond ASCII stand in texts only, where an escape says the same and no terminal obeys it.
+void JsonArrayWriter::AppendEscaped(std::string_view json) {
+  if (std::ranges::all_of(json, [](char c) { return c >= 0 && c != '\x7F'; })) return output_.Append(json);
+  while (!json.empty()) {
+    const std::string_view before = json;
+    const char32_t character = TakeCharacter(json);
+    if (character < 0x7F || character > 0xFFFF || !IsHidden(character)) {
+      output_.Append(before.substr(0, before.size() - json.size()));
+      continue;
+    }
+    std::array<char, 8> escape{};
+    std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(character));
+    output_.Append(escape.data());
+  }
 }
 
 void JsonArrayWriter::Finish() {
@@ -167,7 +212,8 @@ namespace {
 
 class CsvRows final : public RowWriter {
  public:
-  CsvRows(OutputStream& output, const std::vector<Column>& columns) : output_(output) {
+  CsvRows(OutputStream& output, const Format& format, const std::vector<Column>& columns) : output_(output) {
+    output_.SetFormat(format);
     for (const Column& column : columns) Text(column.name, Tint::kPlain);
     EndRow();
   }
@@ -221,33 +267,21 @@ class JsonRows final : public RowWriter {
   std::size_t column_ = 0;
 };
 
-// Line ends and what a terminal obeys: neither may break a table.
-bool IsControl(char c) {
-  return (c >= '\0' && c < ' ') || c == 0x7F;
-}
-
-// Characters that a UTF-8 text takes on a screen, taking each code point for one.
-std::size_t DisplayWidth(std::string_view text) {
-  return static_cast<std::size_t>(
-      std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
 // Rows are held back until there are enough of them to choose the widths, then written as they come; a later
 // cell that is wider pushes its row to the right.
 class TableRows final : public RowWriter {
  public:
-  TableRows(OutputStream& output, std::vector<Column> columns)
+  TableRows(OutputStream& output, const Format& format, std::vector<Column> columns)
       : output_(output), columns_(std::move(columns)), useColour_(UseColour()) {
     for (Column& column : columns_) {
+      if (format.digits != Format::kShortest) column.decimals = format.digits;
       if (column.heading.empty()) column.heading = column.name;
       widths_.push_back(DisplayWidth(column.heading));
     }
   }
   void Text(std::string_view text, Tint tint) override {
-    if (std::ranges::none_of(text, IsControl)) return Put({text, tint, false});
-    std::string plain(text);
-    std::ranges::replace_if(plain, IsControl, ' ');
-    Put({plain, tint, false});
+    const std::string shown = Shortened(text, isFitted_ ? widths_[column_] : kLongestCell);
+    Put({shown, tint, false});
   }
   void Number(double value, Tint tint) override {
     char text[kLongestFixed];
@@ -284,6 +318,7 @@ class TableRows final : public RowWriter {
     ++column_;
   }
   void LayOut();
+  void FitTo(std::size_t terminalWidth);
   void Write(const Cell& cell);
 
   OutputStream& output_;
@@ -291,12 +326,33 @@ class TableRows final : public RowWriter {
   std::vector<std::size_t> widths_;
   bool useColour_;
   bool laidOut_ = false;
+  bool isFitted_ = false;  // columns of text are narrower than they would like to be
   std::size_t column_ = 0;
   std::vector<HeldCell> held_;
 };
 
+// Takes from the widest column of text, place by place, what the terminal has not got.
+void TableRows::FitTo(std::size_t terminalWidth) {
+  constexpr std::size_t kNarrowest = 8;
+  std::size_t width = kGap * (columns_.size() - 1);
+  for (const std::size_t column : widths_) width += column;
+  for (; width > terminalWidth; --width) {
+    std::size_t widest = columns_.size();
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      const bool isText = !held_.empty() && !held_[i].toTheRight;
+      const std::size_t least = std::max(kNarrowest, DisplayWidth(columns_[i].heading));
+      if (isText && widths_[i] > least && (widest == columns_.size() || widths_[i] > widths_[widest]))
+        widest = i;
+    }
+    if (widest == columns_.size()) return;
+    --widths_[widest];
+    isFitted_ = true;
+  }
+}
+
 void TableRows::LayOut() {
   laidOut_ = true;
+  if (const std::size_t terminal = TerminalWidth(); terminal > 0) FitTo(terminal);
   const auto endRow = [this] {
     output_.Append('\n');
     column_ = 0;
@@ -306,7 +362,8 @@ void TableRows::LayOut() {
   }
   endRow();
   for (const HeldCell& cell : std::exchange(held_, {})) {
-    Write({cell.text, cell.tint, cell.toTheRight});
+    const bool isCut = !cell.toTheRight && DisplayWidth(cell.text) > widths_[column_];
+    Write({isCut ? Shortened(cell.text, widths_[column_]) : cell.text, cell.tint, cell.toTheRight});
     if (column_ == columns_.size()) endRow();
   }
 }
@@ -326,10 +383,11 @@ void TableRows::Write(const Cell& cell) {
 
 }  // namespace
 
-std::unique_ptr<RowWriter> MakeRowWriter(Format format, OutputStream& output, std::vector<Column> columns) {
-  if (format == Format::kCsv) return std::make_unique<CsvRows>(output, columns);
+std::unique_ptr<RowWriter> MakeRowWriter(const Format& format, OutputStream& output,
+                                         std::vector<Column> columns) {
+  if (format == Format::kCsv) return std::make_unique<CsvRows>(output, format, columns);
   if (format == Format::kJson) return std::make_unique<JsonRows>(output, std::move(columns));
-  return std::make_unique<TableRows>(output, std::move(columns));
+  return std::make_unique<TableRows>(output, format, std::move(columns));
 }
 
 }  // namespace vrx::tool

@@ -21,15 +21,35 @@ namespace vrx::tool {
 
 class Command;
 
-enum class Format { kTable, kCsv, kJson };
+/// How results are written.
+struct Format {
+  enum Kind { kTable, kCsv, kJson };
+  static constexpr int kShortest = -1;
 
-/// Adds `--format table|csv|json` to a subcommand.
+  Format(Kind given = kTable) : kind(given) {}  // NOLINT(google-explicit-constructor): a kind is a format
+  operator Kind() const { return kind; }        // NOLINT(google-explicit-constructor)
+
+  Kind kind;
+  int digits = kShortest;  ///< decimals of numbers in csv, and in place of a column's own in tables
+  bool csvSafe = false;    ///< texts that a spreadsheet would run as formulas get an apostrophe in csv
+};
+
+/// Adds `--format table|csv|json`, `--digits` and `--csv-safe` to a subcommand.
 void AddFormatOption(Command& command, Format& format);
 
-/// Results could not be written: the disk is full, or whoever read them has gone.
+/// The longest text that a cell of a table shows, in characters.
+inline constexpr std::size_t kLongestCell = 120;
+
+/// Results could not be written: the disk is full.
 class OutputError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
+};
+
+/// Whoever read the results has gone, as `head` does when it has its lines: nobody is left who would want a message.
+class ReaderGone : public OutputError {
+ public:
+  ReaderGone() : OutputError("nobody reads the results") {}
 };
 
 /// Buffered text to a file. A result that ends early must not pass for a whole one: when the stream is
@@ -49,12 +69,18 @@ class OutputStream {
     buffer_[used_++] = c;
   }
   void AppendSpaces(std::size_t count);
-  /// The shortest text that reads back to `value`; nothing when it is unset.
+  /// Text for a person: on a terminal without what it would obey, elsewhere as it is.
+  void AppendShown(std::string_view text);
+  /// The shortest text that reads back to `value`, or its fixed text in the digits of the format; nothing when it is
+  /// unset.
   void AppendNumber(double value);
   /// `value` with 0 to 9 decimals, rounded to nearest; never "-0.00". An unset value is "-".
   void AppendFixed(double value, int decimals);
-  /// A field of a csv row, in quotes when it has a comma, a quote or a line end in it.
+  /// A field of a csv row, in quotes when it has a comma, a quote or a line end in it. On a terminal it is shown as
+  /// by AppendShown, and with the format's `csvSafe` an apostrophe stands before what a spreadsheet would run.
   void AppendCsvText(std::string_view text);
+  /// Takes the digits and the safety of csv from a format.
+  void SetFormat(const Format& format) { format_ = format; }
 
   /// Sends everything. Throws OutputError when the file does not take it.
   void Finish();
@@ -63,9 +89,12 @@ class OutputStream {
   static constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
 
   void Send();
+  void AppendQuoted(std::string_view text);
   char* Room(std::size_t bytes);  // that many free bytes at the end of the buffer
 
   std::FILE* file_;
+  bool onTerminal_;
+  Format format_;
   std::unique_ptr<char[]> buffer_;
   std::size_t used_ = 0;
   bool sent_ = false;
@@ -86,7 +115,8 @@ enum class Tint { kPlain, kGood, kWarning, kBad, kHeading };
 std::string Tinted(std::string_view text, Tint tint, bool useColour);
 
 /// Rows of results in one of the three formats. A row is one call per column, left to right, then `EndRow`.
-/// Text is UTF-8. Memory is constant: a table takes its column widths from its first rows.
+/// Text is UTF-8; tables cut it to kLongestCell characters, on a terminal to what its width leaves. Memory is
+/// constant: a table takes its column widths from its first rows.
 class RowWriter {
  public:
   virtual ~RowWriter() = default;
@@ -99,7 +129,8 @@ class RowWriter {
 };
 
 /// `output` must outlive the writer.
-std::unique_ptr<RowWriter> MakeRowWriter(Format format, OutputStream& output, std::vector<Column> columns);
+std::unique_ptr<RowWriter> MakeRowWriter(const Format& format, OutputStream& output,
+                                         std::vector<Column> columns);
 
 }  // namespace vrx::tool
 

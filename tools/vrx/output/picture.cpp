@@ -143,23 +143,4 @@ void SavePicture(Picture& picture, const std::string& path) {
   throw InputError(path + ": cannot be written");
 }
 
-std::string Shortened(std::string_view text, std::size_t length) {
-  constexpr std::string_view kNonCharacters[] = {"\xEF\xBF\xBE", "\xEF\xBF\xBF"};  // U+FFFE, U+FFFF
-  std::string shown;
-  std::size_t cut = 0;  // where the dots would go
-  std::size_t count = 0;
-  while (!text.empty()) {
-    std::size_t bytes = 1;
-    while (bytes < text.size() && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80) ++bytes;
-    const std::string_view character = text.substr(0, bytes);
-    const bool hidden = static_cast<unsigned char>(character[0]) < 0x20 || character == "\x7F" ||
-                        character == kNonCharacters[0] || character == kNonCharacters[1];
-    if (count + 3 <= length) cut = shown.size();
-    if (count++ == length) return shown.substr(0, cut) + "...";
-    shown += hidden ? std::string_view(" ") : character;
-    text.remove_prefix(bytes);
-  }
-  return shown;
-}
-
 }  // namespace vrx::tool

@@ -41,10 +41,6 @@ std::unique_ptr<Picture> MakePicture(PictureFormat format, int32_t width, int32_
 /// Writes the picture. Throws InputError when the file cannot be written; it is then removed.
 void SavePicture(Picture& picture, const std::string& path);
 
-/// `text` with at most `length` code points, the last three of a longer one being dots. Characters that no
-/// picture can show become spaces.
-std::string Shortened(std::string_view text, std::size_t length);
-
 }  // namespace vrx::tool
 
 #endif  // TOOLS_VRX_OUTPUT_PICTURE_H_

@@ -11,6 +11,7 @@
 #if defined(_WIN32)
 #include <io.h>
 #else
+#include <sys/ioctl.h>
 #include <unistd.h>
 #endif
 
@@ -35,6 +36,15 @@ bool IsTerminal(std::FILE* file) {
 
 bool UseColour() {
   return IsTerminal(stdout) && Environment("NO_COLOR").empty() && Environment("TERM") != "dumb";
+}
+
+std::size_t TerminalWidth() {
+  if (!IsTerminal(stdout)) return 0;
+#if defined(TIOCGWINSZ)
+  winsize size = {};
+  if (ioctl(fileno(stdout), TIOCGWINSZ, &size) == 0) return size.ws_col;
+#endif
+  return 0;
 }
 
 ProgressBar::ProgressBar(uint64_t total)

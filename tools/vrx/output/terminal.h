@@ -3,6 +3,7 @@
 #ifndef TOOLS_VRX_OUTPUT_TERMINAL_H_
 #define TOOLS_VRX_OUTPUT_TERMINAL_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 
@@ -14,6 +15,9 @@ bool IsTerminal(std::FILE* file);
 /// True when results may be coloured: standard output is a terminal that is not "dumb", and the environment
 /// variable NO_COLOR is unset or empty.
 bool UseColour();
+
+/// The columns of the terminal that standard output is shown on; 0 when it is none, or its width is not known.
+std::size_t TerminalWidth();
 
 /// A progress bar on standard error; nothing at all when that is no terminal. It goes away when it is
 /// destroyed.
