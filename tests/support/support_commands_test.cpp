@@ -21,6 +21,7 @@ std::string RunTool(const std::string& directory, const std::string& arguments) 
 TEST(SupportCommands, KeepAndShowWhatTheyAreGiven) {
   const test::TemporaryFolder directory;
   const std::string place = directory / "";
+  std::filesystem::create_directories(directory / "taken/VrxDebug.txt");
   const std::pair<const char*, std::string> rows[] = {
       {"settings get S Name", "vrx: section \"S\" has no setting \"Name\"\nexit 2"},
       {"settings set S Name 12", "exit 0"},
@@ -39,6 +40,7 @@ TEST(SupportCommands, KeepAndShowWhatTheyAreGiven) {
        "channel,mode,messages,file\nColor Sensor,2,file," + place + "VrxDebug.txt\nGeneral,1,box," + place +
            "VrxDebug.txt\nexit 0"},
       {"log --directory missing", "vrx: missing is not a directory\nexit 2"},
+      {"log --directory taken", "vrx: taken cannot hold the log VrxDebug.txt: is a directory\nexit 2"},
   };
   for (const auto& [arguments, output] : rows) EXPECT_EQ(RunTool(place, arguments), output) << arguments;
   std::filesystem::remove_all(directory / "ostrel");

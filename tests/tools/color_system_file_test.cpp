@@ -107,6 +107,9 @@ TEST_F(ColorSystemFile, BadSystemsAreNamedByField) {
     std::string text, complaint;
   };
   const std::string component = R"({"id":1,"name":"a"})";
+  std::string nested, many;
+  for (int i = 1; i < 63; ++i) nested += "[0]";
+  for (int i = 0; i < 65'535; ++i) many += "[],";
   const Row rows[] = {
       {System(component), "none"},
       {R"({"name":"s",)"
@@ -116,6 +119,10 @@ TEST_F(ColorSystemFile, BadSystemsAreNamedByField) {
       {"[]", ": an object is expected"},
       {R"({"name":"s"})", ": member \"components\" is missing"},
       {System(component, R"(,"k1":1e999)"), ": a number is beyond the range of doubles"},
+      {System(component, R"(,"rules":[{"id":1,"id":1}])"), ": rules[0]: member \"id\" stands there twice"},
+      {System(component, ",\"rules\":" + std::string(64, '[')),
+       ": rules" + nested + ": more than 64 objects and lists within each other"},
+      {System(component, ",\"rules\":[" + many + "[]]"), ": rules: more than 65535 rules"},
       {System(component, R"(,"k2":1)"), ": k2: 1 is not within 0 to 0.999"},
       {System(component, R"(,"colour":1)"), ": unknown member \"colour\""},
       {System(component, R"(,"rules":[[1],[1,2]])"), ": rules[1][1]: the colour system has no component 2"},

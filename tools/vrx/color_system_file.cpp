@@ -34,13 +34,12 @@ bool IsOneConstant(int32_t model) {
 }
 
 void ReadCurve(const JsonField& field, CKSData& curve) {
-  const std::vector<JsonField> samples = field.Elements();
+  const JsonField::List samples = field.Elements();
   if (samples.size() != kWavelengths) {
     field.Fail(std::to_string(samples.size()) + " numbers instead of " + std::to_string(kWavelengths));
   }
-  for (int32_t i = 0; i < kWavelengths; ++i) {
-    curve[i] = samples[static_cast<std::size_t>(i)].Number(0.0, kLargestAmount);
-  }
+  int32_t i = 0;
+  for (const JsonField sample : samples) curve[i++] = sample.Number(0.0, kLargestAmount);
 }
 
 CColorantLevel ReadLevel(const JsonField& field, int32_t model) {
@@ -57,7 +56,10 @@ CColorantLevel ReadLevel(const JsonField& field, int32_t model) {
 }
 
 void ReadLevels(const JsonField& field, int32_t model, CComponent& component) {
-  for (const JsonField& element : field.Elements()) {
+  constexpr std::size_t kMostLevels = 1000;
+  const JsonField::List elements = field.Elements();
+  if (elements.size() > kMostLevels) field.Fail("more than 1000 levels");
+  for (const JsonField element : elements) {
     const CColorantLevel level = ReadLevel(element, model);
     const int32_t count = component.GetLevels().GetSize();
     if (count > 0 && !(level.concentration > component.GetLevel(count - 1).concentration)) {
@@ -79,10 +81,10 @@ CComponent ReadComponent(const JsonField& field, int32_t model) {
 
 void ReadComponents(const JsonField& field, ColorSystem& system) {
   constexpr std::size_t kMostComponents = 10'000;
-  const std::vector<JsonField> elements = field.Elements();
+  const JsonField::List elements = field.Elements();
   if (elements.size() > kMostComponents) field.Fail("more than 10000 components");
   std::unordered_set<uint32_t> ids;
-  for (const JsonField& element : elements) {
+  for (const JsonField element : elements) {
     const CComponent component = ReadComponent(element, system.data.opticalModel);
     if (!ids.insert(component.GetId()).second) element["id"].Fail("this id is taken already");
     if (component.GetKind() == kKindResin) {
@@ -112,21 +114,27 @@ uint32_t ReadReference(const JsonField& field, const ComponentIndex& index) {
 }
 
 void ReadRules(const JsonField& field, ColorSystem& system) {
+  constexpr std::size_t kMost = 65'535;  // what their archive form can count
+  const auto elementsOf = [](const JsonField& list, const char* objection) {
+    if (list.Elements().size() > kMost) list.Fail(objection);
+    return list.Elements();
+  };
   const ComponentIndex index = IndexOf(system.data);
-  for (const JsonField& row : field.Elements()) {
+  for (const JsonField row : elementsOf(field, "more than 65535 rules")) {
     CDWordArray1 ids;
-    for (const JsonField& id : row.Elements()) ids.Add(ReadReference(id, index));
+    for (const JsonField id : elementsOf(row, "more than 65535 components"))
+      ids.Add(ReadReference(id, index));
     system.rules.AppendRow(ids);
   }
 }
 
 CDbFormula ReadLines(const JsonField& field, const ComponentIndex& index) {
   constexpr std::size_t kMostLines = 1000;
-  const std::vector<JsonField> lines = field.Elements();
+  const JsonField::List lines = field.Elements();
   if (lines.size() > kMostLines) field.Fail("more than 1000 lines");
   CDbFormula formula;
   double total = 0.0;
-  for (const JsonField& element : lines) {
+  for (const JsonField element : lines) {
     element.ExpectMembers({"component", "amount"});
     CDbFormulaElement line;
     line.componentId = static_cast<int32_t>(ReadReference(element["component"], index));
@@ -172,7 +180,7 @@ std::vector<NamedFormula> ReadFormulas(const std::string& path, const ColorSyste
   root.ExpectMembers({"formulas"});
   const ComponentIndex index = IndexOf(system.data);
   std::vector<NamedFormula> formulas;
-  for (const JsonField& element : root["formulas"].Elements()) {
+  for (const JsonField element : root["formulas"].Elements()) {
     element.ExpectMembers({"name", "lines"});
     formulas.push_back({element["name"].Text(), ReadLines(element["lines"], index)});
   }

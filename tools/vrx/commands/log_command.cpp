@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <vrxmath/platform/files.h>
 #include <vrxmath/support/diagnostic_log.h>
 #include <vrxmath/support/settings.h>
 
@@ -46,7 +47,12 @@ void SetDirectory(const std::string& directory) {
   if (directory.empty()) return;
   const std::string path = (std::filesystem::absolute(directory) / "").lexically_normal().string();
   if (!std::filesystem::is_directory(path)) throw InputError(directory + " is not a directory");
-  Require(SetSettingString(kDiagSection, kDiagPathValue, CString::FromUtf8(path)));
+  const CString stored = CString::FromUtf8(path);
+  FileReplacer probe;  // makes a file beside the log's and removes it again
+  if (!probe.Open(stored.ToUtf8() + "VrxDebug.txt")) {
+    throw InputError(directory + " cannot hold the log VrxDebug.txt: " + probe.GetError());
+  }
+  Require(SetSettingString(kDiagSection, kDiagPathValue, stored));
 }
 
 void Show(Format format) {

@@ -1,18 +1,16 @@
 // vrx xml: the outline of an XML document, or what stands at a path in it.
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iostream>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <vrxmath/support/xml_reader.h>
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/whole_file.h"
 #include "tools/vrx/xml_path.h"
 
 namespace vrx::tool {
@@ -24,25 +22,13 @@ struct XmlOptions {
   Format format = Format::kTable;
 };
 
-// The whole of a file, or of standard input for "-". What is longer than any document is not read on.
-std::string ReadWhole(const std::string& path) {
-  constexpr std::size_t kMaxBytes = std::size_t{1} << 31;
-  constexpr std::size_t kChunk = std::size_t{1} << 20;
-  std::ifstream file;
-  errno = 0;
-  if (path != "-") file.open(path, std::ios::binary);
-  std::istream& stream = path == "-" ? std::cin : file;
-  std::string text;
-  while (stream && text.size() < kMaxBytes) {
-    const std::size_t used = text.size();
-    text.resize(used + kChunk);
-    stream.read(text.data() + used, static_cast<std::streamsize>(kChunk));
-    text.resize(used + static_cast<std::size_t>(stream.gcount()));
-  }
-  if (!stream.eof() && text.size() < kMaxBytes) {
-    throw InputError(path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be read"));
-  }
-  return text;
+// Whether a document may begin like this: with white space at most before the first bracket. Text in 16-bit units has
+// a mark before it.
+bool MayBeXml(std::string_view beginning) {
+  if (beginning.starts_with("\xFE\xFF") || beginning.starts_with("\xFF\xFE")) return true;
+  if (beginning.starts_with("\xEF\xBB\xBF")) beginning.remove_prefix(3);
+  const std::size_t first = beginning.find_first_not_of(" \t\r\n");
+  return first != std::string_view::npos && beginning[first] == '<';
 }
 
 // Text in 16-bit units behind a byte-order mark; UTF-8 without one or with its own.
@@ -136,9 +122,10 @@ void WriteValue(const std::string& value, Format format, OutputStream& output) {
 }
 
 void RunXml(const XmlOptions& options) {
+  constexpr std::size_t kLargestDocument = std::size_t{1} << 28;
   CXmlReader xml;
   const std::string name = options.file == "-" ? "standard input" : options.file;
-  if (!SetDocOfBytes(xml, ReadWhole(options.file))) {
+  if (!SetDocOfBytes(xml, ReadWholeFile(options.file, kLargestDocument, MayBeXml))) {
     const std::string reason = xml.GetError().ToUtf8();
     throw InputError(name + ": " + (reason.empty() ? "there is no element" : reason));
   }
