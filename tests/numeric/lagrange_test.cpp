@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <utility>
 #include <vector>
 
 #include <vrxmath/numeric/lagrange.h>
@@ -41,6 +42,12 @@ TEST(Lagrange, PublishedMidpointCoefficients) {
       EXPECT_DOUBLE_EQ(stencil.coefficients[k], row.coefficients[k]) << row.t << ' ' << k;
     }
   }
+}
+
+TEST(Lagrange, StraightLinesEndAtTheLastNode) {
+  const double y[] = {1.0, 2.0, 4.0};
+  const std::pair<double, double> rows[] = {{-1.0, 1.0}, {0.5, 1.5}, {1.5, 3.0}, {2.0, 4.0}, {9.0, 4.0}};
+  for (const auto& [t, value] : rows) EXPECT_EQ(InterpolateLinear(y, t), value) << t;
 }
 
 }  // namespace
