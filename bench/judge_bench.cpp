@@ -13,7 +13,7 @@
 
 #include <vrxmath/judging/evaluation.h>
 
-#include "tools/vrx/curve_reader.h"
+#include <vrxio/curve_reader.h>
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <sstream>
 #include <string>
 
-#include "tools/vrx/commands/command.h"
-#include "tools/vrx/curve_reader.h"
+#include <vrxio/curve_reader.h>
+#include <vrxio/input_error.h>
 
 namespace {
 
@@ -19,8 +19,8 @@ void Require(bool law) {
 
 void ReadAll(const std::string& content, bool fraction) {
   std::istringstream stream(content);
-  vrx::tool::CurveReader reader(vrx::tool::CsvReader(stream, "input"), fraction);
-  vrx::tool::CurveRow row;
+  vrx::io::CurveReader reader(vrx::io::CsvReader(stream, "input"), fraction);
+  vrx::io::CurveRow row;
   std::string id;
   vrx::CReflData curve;
   uint64_t offset = 0;
@@ -44,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   for (const bool fraction : {false, true}) {
     try {
       ReadAll(content, fraction);
-    } catch (const vrx::tool::InputError& error) {
+    } catch (const vrx::io::InputError& error) {
       Require(*error.what() != '\0');
     }
   }

@@ -19,7 +19,7 @@ stage() {
 }
 
 check_format() {
-  find vrxmath tools tests fuzz bench cmake \( -name '*.h' -o -name '*.cpp' \) -print0 |
+  find vrxmath vrxio tools tests fuzz bench cmake \( -name '*.h' -o -name '*.cpp' \) -print0 |
     xargs -0 clang-format --dry-run -Werror
 }
 

@@ -3,8 +3,8 @@
 
 #include <utility>
 
+#include <vrxio/tolerance_table.h>
 #include "tools/vrx/commands/command.h"
-#include "tools/vrx/tolerance_table.h"
 
 namespace vrx::tool {
 namespace {

@@ -6,9 +6,10 @@
 #include <memory>
 #include <string>
 
+#include <vrxio/curve_reader.h>
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/curve_input.h"
-#include "tools/vrx/curve_reader.h"
+#include "tools/vrx/input.h"
 #include "tools/vrx/judge.h"
 #include "tools/vrx/output/terminal.h"
 #include "tools/vrx/standards.h"

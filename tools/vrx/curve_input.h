@@ -5,7 +5,8 @@
 
 #include <string>
 
-#include "tools/vrx/curve_reader.h"
+#include <vrxio/curve_reader.h>
+#include "tools/vrx/input.h"
 
 namespace vrx::tool {
 

@@ -19,11 +19,7 @@ struct IlluminantFileOptions {
   void Register() const;
 };
 
-/// Adds `--illuminant-file` and `--illuminant-linear`.
-///
-/// A file has a column of wavelengths, headed `nm`, 1, 5 or 10 nm apart, and a column of relative spectral
-/// power for each illuminant, headed by its code, code|description, or number:code|description. Illuminants
-/// without a number get the next one from 1000 on.
+/// Adds `--illuminant-file` and `--illuminant-linear`; vrxio/illuminant_files.h says what stands in such a file.
 void AddIlluminantFileOptions(Command& command, IlluminantFileOptions& options);
 
 }  // namespace vrx::tool

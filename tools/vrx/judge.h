@@ -13,7 +13,8 @@
 #include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/judging/evaluation.h>
 
-#include "tools/vrx/tolerance_table.h"
+#include <vrxio/tolerance_table.h>
+#include "tools/vrx/input.h"
 
 namespace vrx::tool {
 

@@ -11,7 +11,8 @@
 
 #include <vrxmath/foundation/angles.h>
 
-#include "tools/vrx/curve_reader.h"
+#include <vrxio/curve_reader.h>
+#include "tools/vrx/input.h"
 #include "tools/vrx/judge.h"
 
 namespace vrx::tool {

@@ -7,13 +7,13 @@
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 
+#include <vrxio/value_columns.h>
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/terminal.h"
-#include "tools/vrx/value_columns.h"
 
 namespace vrx::tool {
 namespace {

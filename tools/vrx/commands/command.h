@@ -3,9 +3,8 @@
 #ifndef TOOLS_VRX_COMMANDS_COMMAND_H_
 #define TOOLS_VRX_COMMANDS_COMMAND_H_
 
-#include <stdexcept>
-
 #include "tools/vrx/command_line.h"
+#include "tools/vrx/input.h"
 
 namespace vrx::tool {
 
@@ -14,13 +13,6 @@ enum ExitStatus : int {
   kExitNotPassed = 1,  ///< with --strict: something failed or needs a warning
   kExitBadInput = 2,   ///< bad options or bad input, or results that could not be written; the reason is on
                        ///< standard error
-};
-
-/// What the user gave cannot be used. `what()` is a sentence that names the file, the line and the column
-/// where there are any; main prints it and exits with kExitBadInput.
-class InputError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
 };
 
 /// Adds one subcommand to the tool: its options, its help with an example, and what it does. The options live in a

@@ -8,12 +8,12 @@
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 
+#include <vrxio/value_columns.h>
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/output/json_output.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/value_columns.h"
 
 namespace vrx::tool {
 namespace {

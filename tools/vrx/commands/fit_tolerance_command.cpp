@@ -11,6 +11,8 @@
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/tolerance/ellipse_fit.h>
 
+#include <vrxio/tolerance_table.h>
+#include <vrxio/value_columns.h>
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/conditions.h"
@@ -18,8 +20,6 @@
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/terminal.h"
 #include "tools/vrx/standards.h"
-#include "tools/vrx/tolerance_table.h"
-#include "tools/vrx/value_columns.h"
 
 namespace vrx::tool {
 namespace {

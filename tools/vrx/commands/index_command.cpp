@@ -11,13 +11,13 @@
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/foundation/string_numbers.h>
 
+#include <vrxio/value_columns.h>
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/terminal.h"
-#include "tools/vrx/value_columns.h"
 
 namespace vrx::tool {
 namespace {

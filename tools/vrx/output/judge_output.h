@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include <vrxio/curve_reader.h>
 #include "tools/vrx/conditions.h"
-#include "tools/vrx/curve_reader.h"
 #include "tools/vrx/judge.h"
 #include "tools/vrx/output/output.h"
 

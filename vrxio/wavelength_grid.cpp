@@ -1,10 +1,9 @@
-
-#include "tools/vrx/wavelength_grid.h"
+#include <vrxio/wavelength_grid.h>
 
 #include <charconv>
 #include <cmath>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 namespace {
 
@@ -64,4 +63,4 @@ bool WavelengthGrid::IsNarrow() const {
   return first_ > 400 || LastWavelength() < 700;
 }
 
-}  // namespace vrx::tool
+}  // namespace vrx::io

@@ -1,11 +1,10 @@
-
-#include "tools/vrx/decimal.h"
+#include <vrxio/decimal.h>
 
 #include <algorithm>
 #include <charconv>
 #include <string>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 bool ParseDecimal(std::string_view text, char separator, double& value) {
   if (!text.empty() && text.front() == '+') {
@@ -27,4 +26,4 @@ bool ParseDecimal(std::string_view text, char separator, double& value) {
   return error == std::errc() && stop == end;
 }
 
-}  // namespace vrx::tool
+}  // namespace vrx::io

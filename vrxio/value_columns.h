@@ -1,7 +1,7 @@
 // Rows of colour values in CSV files: which columns a header must have, and their values row by row.
 
-#ifndef TOOLS_VRX_VALUE_COLUMNS_H_
-#define TOOLS_VRX_VALUE_COLUMNS_H_
+#ifndef VRXIO_VALUE_COLUMNS_H_
+#define VRXIO_VALUE_COLUMNS_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/vrx/csv_reader.h"
+#include <vrxio/csv_reader.h>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 /// True when a header has every one of the names, exactly as they are spelled.
 bool HasColumns(const std::vector<std::string>& header, std::initializer_list<std::string_view> names);
@@ -40,6 +40,6 @@ class ValueRows {
   int64_t rows_ = 0;
 };
 
-}  // namespace vrx::tool
+}  // namespace vrx::io
 
-#endif  // TOOLS_VRX_VALUE_COLUMNS_H_
+#endif  // VRXIO_VALUE_COLUMNS_H_

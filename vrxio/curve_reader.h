@@ -4,8 +4,8 @@
 // columns `id`, `name` and `geometry`, in any order. Each row is one sample, in percent or as a fraction of
 // 1.
 
-#ifndef TOOLS_VRX_CURVE_READER_H_
-#define TOOLS_VRX_CURVE_READER_H_
+#ifndef VRXIO_CURVE_READER_H_
+#define VRXIO_CURVE_READER_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -15,11 +15,11 @@
 
 #include <vrxmath/colorimetry/color_records.h>
 
-#include "tools/vrx/conditions.h"
-#include "tools/vrx/csv_reader.h"
-#include "tools/vrx/wavelength_grid.h"
+#include <vrxio/csv_reader.h>
+#include <vrxio/names.h>
+#include <vrxio/wavelength_grid.h>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 /// One sample of a file. The texts live until the next one is read.
 struct CurveRow {
@@ -86,6 +86,6 @@ class CurveReader {
   int32_t lastGeometry_ = kNoGeometry;
 };
 
-}  // namespace vrx::tool
+}  // namespace vrx::io
 
-#endif  // TOOLS_VRX_CURVE_READER_H_
+#endif  // VRXIO_CURVE_READER_H_

@@ -1,5 +1,4 @@
-
-#include "tools/vrx/csv_reader.h"
+#include <vrxio/csv_reader.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -9,10 +8,10 @@
 #include <limits>
 #include <utility>
 
-#include "tools/vrx/commands/command.h"
-#include "tools/vrx/decimal.h"
+#include <vrxio/decimal.h>
+#include <vrxio/input_error.h>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 namespace {
 
@@ -301,4 +300,4 @@ void CsvReader::FailAt(std::size_t column, const std::string& reason) const {
   throw InputError(Place() + ", column " + std::to_string(column + 1) + heading + ": " + reason);
 }
 
-}  // namespace vrx::tool
+}  // namespace vrx::io

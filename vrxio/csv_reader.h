@@ -7,8 +7,8 @@
 //
 // Whatever cannot be read raises InputError with file, line, column and reason.
 
-#ifndef TOOLS_VRX_CSV_READER_H_
-#define TOOLS_VRX_CSV_READER_H_
+#ifndef VRXIO_CSV_READER_H_
+#define VRXIO_CSV_READER_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +19,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 class CsvReader {
  public:
@@ -110,6 +110,6 @@ class CsvReader {
   int64_t bodyLine_ = 0;
 };
 
-}  // namespace vrx::tool
+}  // namespace vrx::io
 
-#endif  // TOOLS_VRX_CSV_READER_H_
+#endif  // VRXIO_CSV_READER_H_

@@ -1,6 +1,6 @@
 // Files of curves: every form gives the same curve, and every fault its place and reason.
 
-#include "tools/vrx/curve_reader.h"
+#include <vrxio/curve_reader.h>
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -8,15 +8,15 @@
 #include <string>
 #include <vector>
 
+#include <vrxio/input_error.h>
 #include "tests/testing/rows.h"
-#include "tools/vrx/commands/command.h"
 
 namespace {
 
+using vrx::io::CsvReader;
+using vrx::io::CurveReader;
+using vrx::io::CurveRow;
 using vrx::test::RowMatches;
-using vrx::tool::CsvReader;
-using vrx::tool::CurveReader;
-using vrx::tool::CurveRow;
 
 struct Sample {
   std::string id, name;
@@ -160,7 +160,7 @@ TEST(CurveReader, RefusesWithPlaceAndReason) {
     try {
       ReadAll(content);
       ADD_FAILURE() << "not refused: " << content.substr(0, 60);
-    } catch (const vrx::tool::InputError& error) {
+    } catch (const vrx::io::InputError& error) {
       EXPECT_NE(std::string(error.what()).find(message), std::string::npos)
           << error.what() << "\nfor " << message;
     }

@@ -1,12 +1,11 @@
-
-#include "tools/vrx/value_columns.h"
+#include <vrxio/value_columns.h>
 
 #include <algorithm>
 
-#include "tools/vrx/commands/command.h"
-#include "tools/vrx/conditions.h"
+#include <vrxio/input_error.h>
+#include <vrxio/names.h>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 namespace {
 
@@ -55,4 +54,4 @@ bool ValueRows::Next() {
   return true;
 }
 
-}  // namespace vrx::tool
+}  // namespace vrx::io

@@ -1,7 +1,7 @@
 // Files of limits: boxes or ellipsoids per standard, geometry and illuminant.
 
-#ifndef TOOLS_VRX_TOLERANCE_TABLE_H_
-#define TOOLS_VRX_TOLERANCE_TABLE_H_
+#ifndef VRXIO_TOLERANCE_TABLE_H_
+#define VRXIO_TOLERANCE_TABLE_H_
 
 #include <cstdint>
 #include <functional>
@@ -17,9 +17,9 @@
 #include <vrxmath/tolerance/box_tolerance.h>
 #include <vrxmath/tolerance/ellipse_tolerance.h>
 
-#include "tools/vrx/csv_reader.h"
+#include <vrxio/csv_reader.h>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 /// A box from one number, which becomes all seven limits, or from seven in index order. Throws InputError for
 /// another count and for limits that leave nothing inside the box.
@@ -66,6 +66,6 @@ using EllipseTable = LimitTable<CEllipseData>;
 /// The columns of the nine numbers of an ellipsoid, in the order of their indices.
 std::span<const std::string_view> EllipseColumns();
 
-}  // namespace vrx::tool
+}  // namespace vrx::io
 
-#endif  // TOOLS_VRX_TOLERANCE_TABLE_H_
+#endif  // VRXIO_TOLERANCE_TABLE_H_

@@ -1,14 +1,14 @@
 // Decimal texts to doubles, exactly rounded and fast for the short numbers of measurement files.
 
-#ifndef TOOLS_VRX_DECIMAL_H_
-#define TOOLS_VRX_DECIMAL_H_
+#ifndef VRXIO_DECIMAL_H_
+#define VRXIO_DECIMAL_H_
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 /// Reads the number that `text` is made of, all of it: an optional sign, digits with at most one decimal
 /// separator, which is a point or `separator`, and an optional exponent. The result is the double nearest to
@@ -44,6 +44,6 @@ inline const char* ParseShortDecimal(const char* at, char separator, double& val
   return at;
 }
 
-}  // namespace vrx::tool
+}  // namespace vrx::io
 
-#endif  // TOOLS_VRX_DECIMAL_H_
+#endif  // VRXIO_DECIMAL_H_

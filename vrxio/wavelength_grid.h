@@ -1,7 +1,7 @@
 // How measured wavelengths become the library's grid of 360, 370 ... 750 nm.
 
-#ifndef TOOLS_VRX_WAVELENGTH_GRID_H_
-#define TOOLS_VRX_WAVELENGTH_GRID_H_
+#ifndef VRXIO_WAVELENGTH_GRID_H_
+#define VRXIO_WAVELENGTH_GRID_H_
 
 #include <array>
 #include <cstddef>
@@ -12,7 +12,7 @@
 #include <vrxmath/foundation/ks_data.h>
 #include <vrxmath/numeric/lagrange.h>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 /// Widest and narrowest spacing of measured wavelengths, in nm.
 inline constexpr double kWidestStep = 20;
@@ -45,6 +45,6 @@ class WavelengthGrid {
   std::array<LagrangeStencil, kWavelengths> stencils_{};
 };
 
-}  // namespace vrx::tool
+}  // namespace vrx::io
 
-#endif  // TOOLS_VRX_WAVELENGTH_GRID_H_
+#endif  // VRXIO_WAVELENGTH_GRID_H_

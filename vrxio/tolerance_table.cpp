@@ -1,13 +1,12 @@
-
-#include "tools/vrx/tolerance_table.h"
+#include <vrxio/tolerance_table.h>
 
 #include <algorithm>
 #include <array>
 
-#include "tools/vrx/commands/command.h"
-#include "tools/vrx/conditions.h"
+#include <vrxio/input_error.h>
+#include <vrxio/names.h>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 namespace {
 
@@ -183,4 +182,4 @@ const LIMITS* LimitTable<LIMITS>::Find(std::string_view standard, int32_t geomet
 template class LimitTable<CBoxTolData>;
 template class LimitTable<CEllipseData>;
 
-}  // namespace vrx::tool
+}  // namespace vrx::io

@@ -1,5 +1,4 @@
-
-#include "tools/vrx/curve_reader.h"
+#include <vrxio/curve_reader.h>
 
 #include <algorithm>
 #include <charconv>
@@ -8,10 +7,10 @@
 
 #include <vrxmath/foundation/numbers.h>
 
-#include "tools/vrx/commands/command.h"
-#include "tools/vrx/decimal.h"
+#include <vrxio/decimal.h>
+#include <vrxio/input_error.h>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 namespace {
 
@@ -180,4 +179,4 @@ void CurveReader::CheckValues() {
               "a reflectance beyond 10000 percent");
 }
 
-}  // namespace vrx::tool
+}  // namespace vrx::io

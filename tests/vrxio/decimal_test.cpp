@@ -1,6 +1,6 @@
 // Decimal texts to doubles: the standard library's from_chars is the oracle.
 
-#include "tools/vrx/decimal.h"
+#include <vrxio/decimal.h>
 
 #include <bit>
 #include <charconv>
@@ -11,8 +11,8 @@
 
 namespace {
 
-using vrx::tool::ParseDecimal;
-using vrx::tool::ParseShortDecimal;
+using vrx::io::ParseDecimal;
+using vrx::io::ParseShortDecimal;
 
 double Oracle(const std::string& text) {
   double value = 0;
