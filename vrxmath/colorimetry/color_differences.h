@@ -1,12 +1,16 @@
 // Colour differences: sample minus standard, weighted where a system weights them by the standard.
 //
-// Nothing is validated: a zero weight (l, c, kL ...) gives an infinity or NaN.
+// The functions over records. Chroma and hue of the colours must be filled, as the conversions of color_spaces.h, the
+// constructor CLabValues(L, a, b) and ChromaHue fill them: a record in which they are unset gives a plausible, wrong
+// difference. Nothing is validated: a zero weight (l, c, kL ...) gives an infinity or NaN. The formulas themselves are in
+// difference_formulas.h and cie2000_formulas.h.
 
 #ifndef VRXMATH_COLORIMETRY_COLOR_DIFFERENCES_H_
 #define VRXMATH_COLORIMETRY_COLOR_DIFFERENCES_H_
 
 #include <cstdint>
 
+#include <vrxmath/colorimetry/cie2000_formulas.h>
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
@@ -14,17 +18,12 @@
 
 namespace vrx {
 
-/// The three weights of a difference system at the standard.
-struct DifferenceWeights {
-  double SL, SC, SH;
-};
-
 /// CIE 1976 difference of two colours in L*a*b* or L*u*v*. All seven elements: dL, da, db, dL again, dC,
 /// dH, dE. Formula: CIE 15. dH = sqrt(dE^2 - dL^2 - dC^2), 0 where that is not positive; it is negative
-/// when the sample lies clockwise from the standard.
+/// when the sample lies clockwise from the standard. Reads the chroma of both records.
 VRX_API void DeltaEab(const CLabValues& standard, const CLabValues& sample, CDeltaValues& delta);
 
-/// CMC(l:c) weights at the standard. Formula: BS 6923, ISO 105-J03. L* = 16 takes the formula, below it SL
+/// CMC(l:c) weights at the standard, from its L*, C* and h. Formula: BS 6923, ISO 105-J03. L* = 16 takes the formula, below it SL
 /// is 0.511; the hues 164 and 345 belong to the blue branch.
 VRX_API DifferenceWeights CmcWeights(const CLabValues& standard);
 /// Replaces elements 3 to 6 of a record from DeltaEab by dL/(l SL), dC/(c SC), dH/SH and their root sum of
@@ -35,13 +34,6 @@ VRX_API void DeltaCmc(const CLabValues& standard, double l, double c, CDeltaValu
 VRX_API DifferenceWeights Cie94Weights(const CLabValues& standard);
 /// Replaces elements 3 to 6 of a record from DeltaEab by dL/(kL SL), dC/(kC SC), dH/(kH SH) and dE94.
 VRX_API void DeltaCie94(const CLabValues& standard, double kL, double kC, double kH, CDeltaValues& delta);
-
-/// What CIEDE2000 computes on the way: weights, rotation term and mean hue in degrees.
-struct Cie2000Terms {
-  DifferenceWeights weights;
-  double RT;
-  double meanHue;
-};
 
 /// CIEDE2000 weights of a pair, with copies of both colours whose a, C and h are the primed ones (h in
 /// degrees). Formula: ISO/CIE 11664-6.
@@ -82,6 +74,12 @@ VRX_API void DeltaDin99(const CLabValues& standard, const CLabValues& sample, do
 /// 6, L*a*b* for every other. `color.lab` is unset when the values are.
 VRX_API void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer, CColorValues& color);
 
+/// The difference of two colours in one of the systems, over values: both with the coordinates of the system
+/// (Coordinates). `angle`: the aspecular measuring angle in degrees, for Audi and DIN 6175-2. kUnsetDifference when the
+/// tristimulus values of either are unset and, after the index message, for an unknown system.
+[[nodiscard]] VRX_API Difference ComputeDifference(const CDifferenceSettings& settings, const Color& standard,
+                                                   const Color& sample, double angle);
+
 /// Number of a pseudo-system of ComputeDifference that gives the sample's chromaticity x, y as elements 0
 /// and 1.
 inline constexpr int32_t kSystemChromaticity = 100;
@@ -91,8 +89,9 @@ inline constexpr int32_t kSystemChromaticity = 100;
 ///      order of the system's name; `angle`, the aspecular measuring angle in degrees, for Audi and
 ///      DIN6175.
 /// Out: the elements as the system's own function fills them. Hunter: dL, da, db and dE. XYZ/Yxy: 10 dX, 10
-///      dY, 10 dZ, 10000 dx, 10000 dy (elements 4 and 5, within 999.99), dE*ab. L*C*h and DIN99 are dE*ab
-///      here (DeltaDin99 gives the DIN99 figures). All seven unset when either colour is.
+///      dY, 10 dZ, 10000 dx, 10000 dy (elements 4 and 5, within 999.99), dE*ab. L*C*h is dE*ab, and so is DIN99
+///      unless the settings ask for its own formula (`ownFormula`). All seven unset when either colour is and, after
+///      the index message, for an unknown system.
 VRX_API void ComputeDifference(const CDifferenceSettings& settings, vrxIlluminant illuminant,
                                int32_t observer, const CColorValues& standard, const CColorValues& sample,
                                double angle, CDeltaValues& delta);

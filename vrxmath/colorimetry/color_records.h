@@ -1,15 +1,18 @@
 // The colour records: a reflectance curve, a tristimulus triple, colour coordinates, a colour difference.
 //
-// Each is a fixed-length array of doubles that starts unset (kUnset, "not measured or not computed").
-// Elements are read and written by index.
+// Each is a fixed-length array of doubles that starts unset (kUnset, "not measured or not computed"). Elements are read
+// and written by index (the enumerations name them) or all at once as the values of values.h, on which the formulas work.
 
 #ifndef VRXMATH_COLORIMETRY_COLOR_RECORDS_H_
 #define VRXMATH_COLORIMETRY_COLOR_RECORDS_H_
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
+#include <vrxmath/colorimetry/hue.h>
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/colorimetry/values.h>
 #include <vrxmath/export.h>
 #include <vrxmath/foundation/ks_data.h>
 #include <vrxmath/foundation/numbers.h>
@@ -17,37 +20,118 @@
 
 namespace vrx {
 
+namespace colorimetry_internal {
+
+/// Writes values to the first elements of a record. One that is too short shows the index message.
+template <class... VALUES>
+inline void Store(CDoubleArray1& record, VALUES... values) {
+  int32_t i = 0;
+  if (static_cast<std::size_t>(record.GetSize()) >= sizeof...(values)) {
+    double* element = record.GetData();
+    ((element[i++] = values), ...);
+  } else {
+    ((record[i++] = values), ...);
+  }
+}
+
+}  // namespace colorimetry_internal
+
 /// Tristimulus values X, Y, Z on the scale on which the perfect white has Y = 100.
 class CTrisValues : public CDoubleArray1 {
  public:
+  enum Index : int32_t { kX = 0, kY = 1, kZ = 2 };
+  static constexpr int32_t kValues = 3;
+
   CTrisValues() {
-    SetSize(3);
+    SetSize(kValues);
     Fill(kUnset);
   }
   CTrisValues(double X, double Y, double Z) {
-    SetSize(3);
-    data_[0] = X, data_[1] = Y, data_[2] = Z;
+    SetSize(kValues);
+    SetValues({X, Y, Z});
   }
+
+  /// The values, and the same written to the record. A record that somebody made shorter shows the index message.
+  Xyz Values() const {
+    if (GetSize() < kValues) return {(*this)[kX], (*this)[kY], (*this)[kZ]};
+    return {data_[kX], data_[kY], data_[kZ]};
+  }
+  void SetValues(const Xyz& xyz) { colorimetry_internal::Store(*this, xyz.X, xyz.Y, xyz.Z); }
 };
 
 /// Coordinates of a lightness-based space: L, a, b, C, h. They hold L*, a*, b*, C*ab, hab, or L*, u*, v*,
 /// C*uv, huv, or Hunter L, a, b with C and h unset. h is in degrees in [0, 360) while the hue-unit flag
-/// (color_spaces.h) is on.
-class CLabValues : public CDoubleArray1 {
+/// (hue.h) is on.
+class VRX_API CLabValues : public CDoubleArray1 {
  public:
+  enum Index : int32_t {
+    kL = 0,       ///< lightness
+    kA = 1,       ///< a or u
+    kB = 2,       ///< b or v
+    kChroma = 3,  ///< C
+    kHue = 4,     ///< h, in the unit of the flag
+  };
+  static constexpr int32_t kValues = 5;
+
   CLabValues() {
-    SetSize(5);
+    SetSize(kValues);
     Fill(kUnset);
   }
+  /// Coordinates with the chroma and the hue of a and b.
+  CLabValues(double L, double a, double b);
+
+  /// The coordinates, h in degrees. `elements`: how many of them are read, 3 to 5; the others are unset. A record that
+  /// somebody made shorter shows the index message for those of them that are missing.
+  Lab Values(int32_t elements = kValues) const {
+    if (GetSize() < kValues) return ShortValues(elements);
+    const double h = elements < kValues ? kUnset
+                     : HueInDegrees()   ? data_[kHue]
+                                        : data_[kHue] * kDegreesPerRadian;
+    return {data_[kL], data_[kA], data_[kB], data_[kChroma], h};
+  }
+  /// Writes coordinates; their h is in degrees.
+  void SetValues(const Lab& lab) {
+    const double h = HueInDegrees() || IsUnset(lab.h) ? lab.h : lab.h * kRadiansPerDegree;
+    colorimetry_internal::Store(*this, lab.L, lab.a, lab.b, lab.C, h);
+  }
+
+ private:
+  Lab ShortValues(int32_t elements) const;
 };
 
-/// A colour difference, sample minus standard. Elements 0 to 2: differences of the first three coordinates;
-/// 3: weighted lightness difference; 4: chroma difference; 5: signed hue difference; 6: total difference.
+/// A colour difference, sample minus standard.
 class CDeltaValues : public CDoubleArray1 {
  public:
+  enum Index : int32_t {
+    kL = 0,          ///< difference of the first coordinate: dL, or dX
+    kA = 1,          ///< of the second: da, du, dY
+    kB = 2,          ///< of the third: db, dv, dZ
+    kWeightedL = 3,  ///< lightness difference as the system weights it
+    kChroma = 4,     ///< chroma difference
+    kHue = 5,        ///< hue difference, negative when the sample lies clockwise from the standard
+    kTotal = 6,      ///< total difference
+  };
+  static constexpr int32_t kValues = 7;
+
   CDeltaValues() {
-    SetSize(7);
+    SetSize(kValues);
     Fill(kUnset);
+  }
+  explicit CDeltaValues(const Difference& difference) {
+    SetSize(kValues);
+    SetValues(difference);
+  }
+
+  /// The differences, and the same written to the record. A record that somebody made shorter shows the index message.
+  Difference Values() const {
+    if (GetSize() < kValues) {
+      const CDeltaValues& d = *this;
+      return {d[kL], d[kA], d[kB], d[kWeightedL], d[kChroma], d[kHue], d[kTotal]};
+    }
+    return {data_[kL], data_[kA], data_[kB], data_[kWeightedL], data_[kChroma], data_[kHue], data_[kTotal]};
+  }
+  void SetValues(const Difference& d) {
+    colorimetry_internal::Store(*this, d.dL, d.da, d.db, d.weightedL, d.dC, d.dH, d.dE);
   }
 };
 
@@ -65,10 +149,15 @@ class VRX_API CReflData : public CKSData {
   void Tristimulus(vrxIlluminant illuminant, int32_t observer, CTrisValues& result) const;
 };
 
+/// The hue of a record (its element kHue) in degrees or radians, whatever the flag says it is kept in.
+VRX_API double HueDegreesOf(const CLabValues& lab);
+VRX_API double HueRadiansOf(const CLabValues& lab);
+
 /// A colour: its tristimulus values and its coordinates in the space in which it is judged.
 struct CColorValues {
   CTrisValues tristimulus;
   CLabValues lab;
+  Color Values() const { return {tristimulus.Values(), lab.Values()}; }
   bool operator==(const CColorValues&) const = default;
 };
 

@@ -3,7 +3,7 @@
 //
 // Every conversion takes an illuminant and observer, whose white point comes from the weighting table, and
 // checks nothing: a zero denominator gives an infinity or NaN. Results are unset when the pair has no
-// table.
+// table. The formulas themselves are in space_formulas.h.
 
 #ifndef VRXMATH_COLORIMETRY_COLOR_SPACES_H_
 #define VRXMATH_COLORIMETRY_COLOR_SPACES_H_
@@ -11,29 +11,13 @@
 #include <cstdint>
 
 #include <vrxmath/colorimetry/color_records.h>
+#include <vrxmath/colorimetry/hue.h>
 #include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/export.h>
 
 namespace vrx {
 
-/// The library's own pi. Results rest on its twelve digits: hues, and the mean hue of CIEDE2000, are
-/// computed with it.
-inline constexpr double kPi = 3.14159265359;
-inline constexpr double kTwoPi = 6.28318530718;
-/// kPi / 180 and 180 / kPi.
-inline constexpr double kRadiansPerDegree = 0.017453292519944444;
-inline constexpr double kDegreesPerRadian = 57.29577951307855;
-
-/// The hue-unit flag, process-wide: true (from the start) keeps hues in degrees in [0, 360), false in
-/// radians in [0, 2 pi).
-VRX_API bool HueInDegrees();
-VRX_API void SetHueInDegrees(bool degrees);
-
-/// The hue of a record (its element 4) in degrees or radians, whatever the flag says it is kept in.
-VRX_API double HueDegreesOf(const CLabValues& lab);
-VRX_API double HueRadiansOf(const CLabValues& lab);
-
-/// Writes chroma (element 3) and hue (element 4) of the elements 1 and 2, a and b.
+/// Writes the chroma and hue of a record's a and b.
 /// Formula: C = sqrt(a^2 + b^2), h = atan2(b, a); a hue less than 0.005 degrees below 360 becomes 0; grey
 ///          has hue 0.
 VRX_API void ChromaHue(CLabValues& lab);
@@ -41,13 +25,13 @@ VRX_API void ChromaHue(CLabValues& lab);
 /// XYZ to CIE L*a*b* with C* and h. Formula: CIE 15, with the linear branch 7.787 t + 16/116 up to t =
 /// 0.008856.
 VRX_API void XyzToLab(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz, CLabValues& lab);
-/// CIE L*a*b* (elements 0 to 2) to XYZ. The linear branch uses 0.137931, so a round trip through it moves a
+/// CIE L*a*b* to XYZ. The linear branch uses 0.137931, so a round trip through it moves a
 /// dark colour by some 4e-7.
 VRX_API void LabToXyz(vrxIlluminant illuminant, int32_t observer, const CLabValues& lab, CTrisValues& xyz);
 
 /// XYZ to CIE L*u*v* with C*uv and huv. Formula: CIE 15, with 903.29 as the slope of the linear branch.
 VRX_API void XyzToLuv(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz, CLabValues& luv);
-/// CIE L*u*v* (elements 0 to 2) to XYZ. L* = 0 gives NaN.
+/// CIE L*u*v* to XYZ. L* = 0 gives NaN.
 VRX_API void LuvToXyz(vrxIlluminant illuminant, int32_t observer, const CLabValues& luv, CTrisValues& xyz);
 
 /// XYZ to Hunter L, a, b; C and h become unset. For C and 2 degrees the fixed coefficients of the original

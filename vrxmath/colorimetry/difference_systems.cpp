@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <vrxmath/colorimetry/difference_table.h>
+#include <vrxmath/foundation/checked_array.h>
 #include <vrxmath/foundation/decimal_text.h>
 #include <vrxmath/foundation/string_numbers.h>
 #include <vrxmath/platform/resources.h>
@@ -13,7 +15,7 @@ namespace {
 enum TextOffset : uint32_t { kLongName = 0, kShortName = 1, kCoordinateColumns = 3, kDifferenceColumns = 4 };
 
 WideView SystemText(int32_t system, uint32_t offset) {
-  if (system < 0 || system >= kDifferenceSystems) return {};
+  if (FindDifferenceSystem(system) == nullptr) return {};
   return FindString(kStringDifferenceSystem + 16 * static_cast<uint32_t>(system) + offset);
 }
 
@@ -24,17 +26,31 @@ constexpr int32_t kElementsOf7[] = {0, 1, 2, 3, 4, 5, 6};
 
 }  // namespace
 
+std::span<const DifferenceSystem> DifferenceSystems() {
+  return difference_table_internal::kSystems;
+}
+
+const DifferenceSystem* FindDifferenceSystem(int32_t system) {
+  const auto systems = DifferenceSystems();
+  const auto place = static_cast<std::size_t>(system);
+  return place < systems.size() ? &systems[place] : nullptr;
+}
+
 CDifferenceSettings DefaultSettings(int32_t system) {
-  CDifferenceSettings settings{system, {1.0, 1.0, 1.0, 1.0}};
-  if (system == vrxSystemCmc) settings.parameters[0] = 2.0;
+  CDifferenceSettings settings;
+  settings.system = system;
+  const DifferenceSystem* row = FindDifferenceSystem(system);
+  if (row == nullptr) {
+    foundation_internal::ReportIndexError();
+  } else {
+    settings.parameters = row->defaults;
+  }
   return settings;
 }
 
 int32_t ParameterCount(int32_t system) {
-  const WideView name = SystemText(system, kLongName);
-  int32_t count = 0;
-  for (std::size_t at = name.find(u"%s"); at != WideView::npos; at = name.find(u"%s", at + 2)) ++count;
-  return count;
+  const DifferenceSystem* row = FindDifferenceSystem(system);
+  return row == nullptr ? 0 : row->parameterCount;
 }
 
 CString ParameterText(double value, WideChar decimalSeparator) {

@@ -1,4 +1,4 @@
-// The difference systems: their numbers, settings, names and column headings.
+// The difference systems: their numbers, properties, settings, names and column headings.
 
 #ifndef VRXMATH_COLORIMETRY_DIFFERENCE_SYSTEMS_H_
 #define VRXMATH_COLORIMETRY_DIFFERENCE_SYSTEMS_H_
@@ -6,8 +6,11 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
+#include <vrxmath/colorimetry/values.h>
 #include <vrxmath/export.h>
+#include <vrxmath/foundation/value_range.h>
 #include <vrxmath/platform/wide_string.h>
 
 namespace vrx {
@@ -38,11 +41,33 @@ using DifferenceParameters = std::array<double, 4>;
 struct CDifferenceSettings {
   int32_t system = vrxSystemLab;
   DifferenceParameters parameters = {1.0, 1.0, 1.0, 1.0};
+  /// Whether DIN99 is computed by its own formula (DIN 6176). The dispatch by number otherwise keeps dE*ab under that
+  /// name. It says nothing for the other systems.
+  bool ownFormula = false;
   bool operator==(const CDifferenceSettings&) const = default;
 };
 
+/// What the library knows of a difference system, beside its formula and its texts. The rows are in difference_table.h.
+struct DifferenceSystem {
+  int32_t number;              ///< a vrxDifferenceSystem
+  std::string_view shortName;  ///< in ASCII, as a command line names it: "cmc"
+  CoordinateSpace space;       ///< of the coordinates that it compares and shows
+  int32_t parameterCount;      ///< how many of the four parameters its name shows
+  DifferenceParameters defaults;
+  int32_t
+      ellipsoidFactor;  ///< the parameter that scales its ellipsoid; kNoEllipsoid for a system without one
+  bool inDeltaE;        ///< components and total are of the size of a dE, in which 1.5 is a usual tolerance
+  CValueRange componentRange;  ///< the values that a limit of a component may take
+};
+inline constexpr int32_t kNoEllipsoid = -1;
+
+/// All systems, by number.
+VRX_API std::span<const DifferenceSystem> DifferenceSystems();
+/// The row of a system; null for a number that no system has.
+VRX_API const DifferenceSystem* FindDifferenceSystem(int32_t system);
+
 /// A system with the parameters under which it is usually quoted: 2:1 for CMC (acceptability), 1 everywhere
-/// else.
+/// else. An unknown system shows the index message.
 VRX_API CDifferenceSettings DefaultSettings(int32_t system);
 
 /// How many of the four parameters a system's name shows: 0 for one without parameters.

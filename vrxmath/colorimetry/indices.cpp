@@ -143,22 +143,22 @@ bool WhiteOfE313OrTable(Pair pair, WhiteChromaticity& white) {
   return WhiteOfE313(pair, white) || WhiteOfTable(pair, white);
 }
 
-using FindWhite = bool (*)(Pair, WhiteChromaticity&);
+using FindChromaticityOfWhite = bool (*)(Pair, WhiteChromaticity&);
 
 // Finds the chromaticities of sample and white; false when either has none.
-bool FindChromaticities(FindWhite findWhite, Pair pair, const CTrisValues& xyz, WhiteChromaticity& sample,
-                        WhiteChromaticity& white) {
+bool FindChromaticities(FindChromaticityOfWhite findWhite, Pair pair, const CTrisValues& xyz,
+                        WhiteChromaticity& sample, WhiteChromaticity& white) {
   Chromaticity(xyz, sample.x, sample.y);
   return !(IsUnset(sample.x) && IsUnset(sample.y)) && findWhite(pair, white);
 }
 
-double CieWhiteness(FindWhite findWhite, Pair pair, const CTrisValues& xyz) {
+double CieWhiteness(FindChromaticityOfWhite findWhite, Pair pair, const CTrisValues& xyz) {
   WhiteChromaticity s, n;
   if (!FindChromaticities(findWhite, pair, xyz, s, n)) return kUnset;
   return xyz[1] + 800.0 * (n.x - s.x) + 1700.0 * (n.y - s.y);
 }
 
-double CieTint(FindWhite findWhite, Pair pair, const CTrisValues& xyz) {
+double CieTint(FindChromaticityOfWhite findWhite, Pair pair, const CTrisValues& xyz) {
   WhiteChromaticity s, n;
   if (!FindChromaticities(findWhite, pair, xyz, s, n)) return kUnset;
   const double k = pair.observer == kObserver10 ? 900.0 : 1000.0;

@@ -39,28 +39,23 @@ const double* WeightTable(vrxIlluminant illuminant, int32_t observer) {
   return table;
 }
 
-void WhitePoint(vrxIlluminant illuminant, int32_t observer, CTrisValues& white) {
+bool FindWhite(vrxIlluminant illuminant, int32_t observer, White& white) {
   const double* table = WeightTable(illuminant, observer);
-  for (int32_t k = 0; k < 3; ++k) white[k] = table ? table[kTableWhite + k] : kUnset;
+  if (table == nullptr) return false;
+  const double* whitePoint = table + kTableWhite;
+  white = {whitePoint[0], whitePoint[1], whitePoint[2]};
+  return true;
 }
 
-void CReflData::Tristimulus(vrxIlluminant illuminant, int32_t observer, CTrisValues& result) const {
-  const double* table = IsUnset(*this) ? nullptr : WeightTable(illuminant, observer);
-  if (table != nullptr && GetSize() < kWavelengths) {
-    foundation_internal::ReportIndexError();
-    table = nullptr;
-  }
-  if (table == nullptr) return result.Fill(kUnset);
-  // Three sums side by side: each keeps its own order, from the shortest wavelength up.
-  double X = 0.0, Y = 0.0, Z = 0.0;
-  for (int32_t i = 0; i < kWavelengths; ++i) {
-    X += table[i] * data_[i];
-    Y += table[kWavelengths + i] * data_[i];
-    Z += table[2 * kWavelengths + i] * data_[i];
-  }
-  result[0] = X * 0.01;
-  result[1] = Y * 0.01;
-  result[2] = Z * 0.01;
+bool FindViewing(vrxIlluminant illuminant, int32_t observer, Viewing& viewing) {
+  viewing.classicHunter = illuminant == vrxIllumC && observer == kObserver2;
+  return FindWhite(illuminant, observer, viewing.white);
+}
+
+void WhitePoint(vrxIlluminant illuminant, int32_t observer, CTrisValues& white) {
+  White n{kUnset, kUnset, kUnset};
+  if (!FindWhite(illuminant, observer, n)) return white.SetValues({kUnset, kUnset, kUnset});
+  white.SetValues({n.X, n.Y, n.Z});
 }
 
 }  // namespace vrx

@@ -7,6 +7,7 @@
 
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/colorimetry/values.h>
 #include <vrxmath/export.h>
 
 namespace vrx {
@@ -17,6 +18,11 @@ namespace vrx {
 /// life of the process, that of a user illuminant with the weights registered last. Safe on any number of
 /// threads.
 VRX_API const double* WeightTable(vrxIlluminant illuminant, int32_t observer);
+
+/// The white point of a pair; false, after the index message, when the pair has no table.
+[[nodiscard]] VRX_API bool FindWhite(vrxIlluminant illuminant, int32_t observer, White& white);
+/// The same with what else the pair contributes to a formula.
+[[nodiscard]] VRX_API bool FindViewing(vrxIlluminant illuminant, int32_t observer, Viewing& viewing);
 
 /// White point Xn, Yn, Zn of a pair on the scale Yn = 100; unset when the pair has no table.
 VRX_API void WhitePoint(vrxIlluminant illuminant, int32_t observer, CTrisValues& white);

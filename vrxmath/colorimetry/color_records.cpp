@@ -1,0 +1,27 @@
+#include <vrxmath/colorimetry/color_records.h>
+
+#include <vrxmath/colorimetry/color_spaces.h>
+
+namespace vrx {
+
+double HueDegreesOf(const CLabValues& lab) {
+  const double h = lab[CLabValues::kHue];
+  return HueInDegrees() ? h : h * kDegreesPerRadian;
+}
+double HueRadiansOf(const CLabValues& lab) {
+  const double h = lab[CLabValues::kHue];
+  return HueInDegrees() ? h * kRadiansPerDegree : h;
+}
+
+CLabValues::CLabValues(double L, double a, double b) : CLabValues() {
+  SetValues({L, a, b, kUnset, kUnset});
+  ChromaHue(*this);
+}
+
+Lab CLabValues::ShortValues(int32_t elements) const {
+  const CLabValues& lab = *this;
+  const double C = elements > kChroma ? lab[kChroma] : kUnset;
+  return {lab[kL], lab[kA], lab[kB], C, elements > kHue ? HueDegreesOf(lab) : kUnset};
+}
+
+}  // namespace vrx

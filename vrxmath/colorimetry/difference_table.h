@@ -1,0 +1,236 @@
+// The table of the difference systems: one row a system, with its formula. Everything that depends on the system reads
+// this table; HACKING.md has the recipe for a new row.
+//
+// A formula is a class with one static template, Of, over values. VisitDifferenceFormula chooses it once, outside of any
+// loop:
+//
+//   VisitDifferenceFormula(settings, [&](auto formula) {
+//     for (...) result[i] = formula.Of(context, standard[i], sample[i]);
+//   });
+
+#ifndef VRXMATH_COLORIMETRY_DIFFERENCE_TABLE_H_
+#define VRXMATH_COLORIMETRY_DIFFERENCE_TABLE_H_
+
+#include <array>
+#include <cstdint>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include <vrxmath/colorimetry/cie2000_formulas.h>
+#include <vrxmath/colorimetry/difference_formulas.h>
+#include <vrxmath/colorimetry/difference_systems.h>
+#include <vrxmath/colorimetry/values.h>
+#include <vrxmath/numeric/lanes.h>
+
+namespace vrx {
+
+/// What a formula gets beside the two colours.
+struct DifferenceContext {
+  DifferenceParameters parameters = {1.0, 1.0, 1.0, 1.0};
+  double angle = 0.0;  ///< aspecular measuring angle in degrees, for effect paints
+};
+
+// The formulas of the systems. Each takes the standard and the sample in the space of its row, and says what it reads of
+// them: tristimulus values, and how many coordinates (none, up to b, to the chroma, or to the hue).
+
+struct EabFormula {
+  static constexpr bool kReadsXyz = false;
+  static constexpr int32_t kLabElements = 4;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext&, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    return EabDifference(s.lab, t.lab);
+  }
+};
+
+struct CmcFormula {
+  static constexpr bool kReadsXyz = false;
+  static constexpr int32_t kLabElements = 5;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext& c, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    DifferenceOf<T> d = EabDifference(s.lab, t.lab);
+    WeightCmc(s.lab, c.parameters[0], c.parameters[1], d);
+    return d;
+  }
+};
+
+struct HunterFormula {
+  static constexpr bool kReadsXyz = false;
+  static constexpr int32_t kLabElements = 3;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext&, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    return HunterDifference(s.lab, t.lab);
+  }
+};
+
+struct Fmc2Formula {
+  static constexpr bool kReadsXyz = true;
+  static constexpr int32_t kLabElements = 0;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext&, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    return Fmc2Difference(s.xyz, t.xyz);
+  }
+};
+
+struct Cie94Formula {
+  static constexpr bool kReadsXyz = false;
+  static constexpr int32_t kLabElements = 4;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext& c, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    DifferenceOf<T> d = EabDifference(s.lab, t.lab);
+    WeightCie94(s.lab, c.parameters[0], c.parameters[1], c.parameters[2], d);
+    return d;
+  }
+};
+
+struct XyzFormula {
+  static constexpr bool kReadsXyz = true;
+  static constexpr int32_t kLabElements = 4;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext&, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    return XyzDifference(s, t);
+  }
+};
+
+struct GePqs2Formula {
+  static constexpr bool kReadsXyz = true;
+  static constexpr int32_t kLabElements = 0;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext&, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    return GePqs2Difference(s.xyz, t.xyz);
+  }
+};
+
+struct AudiFormula {
+  static constexpr bool kReadsXyz = false;
+  static constexpr int32_t kLabElements = 5;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext& c, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    DifferenceOf<T> d = EabDifference(s.lab, t.lab);
+    WeightAudi(s.lab, c.angle, d);
+    return d;
+  }
+};
+
+struct Cie2000Formula {
+  static constexpr bool kReadsXyz = false;
+  static constexpr int32_t kLabElements = 4;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext& c, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    DifferenceOf<T> d = EabDifference(s.lab, t.lab);
+    WeightCie2000(s.lab, t.lab, c.parameters[0], c.parameters[1], c.parameters[2], d);
+    return d;
+  }
+};
+
+struct Din99Formula {
+  static constexpr bool kReadsXyz = false;
+  static constexpr int32_t kLabElements = 3;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext& c, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    return Din99Difference(s.lab, t.lab, c.parameters[0], c.parameters[1]);
+  }
+};
+
+struct Din6175Formula {
+  static constexpr bool kReadsXyz = false;
+  static constexpr int32_t kLabElements = 5;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext& c, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    DifferenceOf<T> d = EabDifference(s.lab, t.lab);
+    WeightDin6175(s.lab, c.parameters[0], c.parameters[1], c.parameters[2], c.angle, d);
+    return d;
+  }
+};
+
+/// A row of the table: a system, the formula that the dispatch by number takes, and, where it differs, the one that the
+/// system's name promises (CDifferenceSettings::ownFormula).
+template <class FORMULA, class OWN_FORMULA = FORMULA>
+struct SystemRow {
+  using Formula = FORMULA;
+  using OwnFormula = OWN_FORMULA;
+  DifferenceSystem system;
+};
+
+namespace difference_table_internal {
+
+inline constexpr CValueRange kHundredths{-80.0, 80.0, 0.05, 100.0, 2};
+inline constexpr CValueRange kTenths{-999.9, 999.9, 1.0, 10.0, 1};
+inline constexpr DifferenceParameters kOnes{1.0, 1.0, 1.0, 1.0};
+inline constexpr CoordinateSpace kLab = CoordinateSpace::kLab, kLuv = CoordinateSpace::kLuv,
+                                 kHunter = CoordinateSpace::kHunter;
+
+// clang-format off
+inline constexpr std::tuple kRows{
+    //                           number           short name  space    parameters             ellipsoid     in dE  components
+    SystemRow<EabFormula>{    {vrxSystemLab,     "lab",     kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths}},
+    SystemRow<CmcFormula>{    {vrxSystemCmc,     "cmc",     kLab,    3, {2.0, 1.0, 1.0, 1.0}, 2,            true,  kHundredths}},
+    SystemRow<HunterFormula>{ {vrxSystemHunter,  "hunter",  kHunter, 0, kOnes,                kNoEllipsoid, true,  kHundredths}},
+    SystemRow<Fmc2Formula>{   {vrxSystemFmc2,    "fmc2",    kLab,    0, kOnes,                kNoEllipsoid, false, kHundredths}},
+    SystemRow<Cie94Formula>{  {vrxSystemCie94,   "cie94",   kLab,    4, kOnes,                3,            true,  kHundredths}},
+    SystemRow<EabFormula>{    {vrxSystemLch,     "lch",     kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths}},
+    SystemRow<EabFormula>{    {vrxSystemLuv,     "luv",     kLuv,    0, kOnes,                kNoEllipsoid, true,  kHundredths}},
+    SystemRow<XyzFormula>{    {vrxSystemXyz,     "xyz",     kLab,    0, kOnes,                kNoEllipsoid, false, kTenths}},
+    SystemRow<GePqs2Formula>{ {vrxSystemGePqs2,  "gepqs2",  kLab,    0, kOnes,                kNoEllipsoid, false, kHundredths}},
+    SystemRow<AudiFormula>{   {vrxSystemAudi,    "audi",    kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths}},
+    SystemRow<EabFormula, Din99Formula>{
+                              {vrxSystemDin99,   "din99",   kLab,    2, kOnes,                kNoEllipsoid, true,  kHundredths}},
+    SystemRow<Cie2000Formula>{{vrxSystemCie2000, "cie2000", kLab,    4, kOnes,                3,            true,  kHundredths}},
+    SystemRow<Din6175Formula>{{vrxSystemDin6175, "din6175", kLab,    3, kOnes,                kNoEllipsoid, true,  kHundredths}},
+};
+// clang-format on
+
+using Rows = std::remove_const_t<decltype(kRows)>;
+static_assert(std::tuple_size_v<Rows> == kDifferenceSystems, "every difference system has one row");
+
+template <std::size_t... I>
+constexpr std::array<DifferenceSystem, sizeof...(I)> SystemsOf(std::index_sequence<I...>) {
+  return {std::get<I>(kRows).system...};
+}
+inline constexpr auto kSystems = SystemsOf(std::make_index_sequence<kDifferenceSystems>());
+
+constexpr bool RowsAreInOrder() {
+  for (int32_t k = 0; k < kDifferenceSystems; ++k) {
+    if (kSystems[static_cast<std::size_t>(k)].number != k) return false;
+  }
+  return true;
+}
+static_assert(RowsAreInOrder(), "a row stands at the number of its system");
+
+template <class ROW, class VISITOR>
+VRX_LANE_INLINE bool VisitRow(const CDifferenceSettings& settings, VISITOR& visitor) {
+  if constexpr (!std::is_same_v<typename ROW::Formula, typename ROW::OwnFormula>) {
+    if (settings.ownFormula) return visitor(typename ROW::OwnFormula{}), true;
+  }
+  return visitor(typename ROW::Formula{}), true;
+}
+
+template <class VISITOR, std::size_t... I>
+VRX_LANE_INLINE bool Visit(const CDifferenceSettings& settings, VISITOR& visitor, std::index_sequence<I...>) {
+  return ((settings.system == static_cast<int32_t>(I) &&
+           VisitRow<std::tuple_element_t<I, Rows>>(settings, visitor)) ||
+          ...);
+}
+
+}  // namespace difference_table_internal
+
+/// Calls `visitor` with the formula that settings name. False, without a call, for an unknown system.
+template <class VISITOR>
+VRX_LANE_INLINE bool VisitDifferenceFormula(const CDifferenceSettings& settings, VISITOR&& visitor) {
+  return difference_table_internal::Visit(settings, visitor, std::make_index_sequence<kDifferenceSystems>());
+}
+
+}  // namespace vrx
+
+#endif  // VRXMATH_COLORIMETRY_DIFFERENCE_TABLE_H_
