@@ -39,8 +39,8 @@ bool HasWavelengths(const std::vector<std::string>& header) {
   return std::ranges::any_of(header, [](const std::string& name) { return WavelengthOf(name) > 0; });
 }
 
-CurveReader::CurveReader(CsvReader csv, bool fraction)
-    : csv_(std::move(csv)), scale_(fraction ? 100.0 : 1.0) {
+CurveReader::CurveReader(CsvReader csv, bool fraction, bool (*isExtra)(std::string_view))
+    : csv_(std::move(csv)), scale_(fraction ? 100.0 : 1.0), isExtra_(isExtra) {
   ReadHeader();
 }
 
@@ -72,6 +72,11 @@ void CurveReader::ReadHeader() {
     if (text != std::end(kTextColumns)) {
       if (std::exchange(text->present, true)) csv_.FailAt(i, "there are two such columns");
       AddColumn(text->role, i);
+      continue;
+    }
+    if (isExtra_ != nullptr && isExtra_(heading)) {
+      extraColumns_.push_back(i);
+      AddColumn(Role::kExtra, i);
       continue;
     }
     const double wavelength = WavelengthOf(heading);
@@ -116,6 +121,7 @@ bool CurveReader::Next(CurveRow& row) {
   ++rows_;
   row.id = row.name = {};
   row.geometry = kNoGeometry;
+  row.extras.clear();
   ReadRuns(row);
   if (hasIds_ && row.id.empty()) csv_.FailRow("the id is empty");
   if (!hasIds_) row.id = row.name;
@@ -140,6 +146,9 @@ void CurveReader::ReadRuns(CurveRow& row) {
         break;
       case Role::kGeometry:
         row.geometry = ReadGeometry();
+        break;
+      case Role::kExtra:
+        row.extras.emplace_back(csv_.Text());
         break;
       case Role::kValues:
         csv_.Numbers(std::span(measured_).subspan(read, run.count));

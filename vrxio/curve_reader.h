@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <vrxmath/colorimetry/color_records.h>
@@ -26,7 +27,8 @@ struct CurveRow {
   std::string_view id;  ///< what names the sample: its id, else its name, else the number of its row, from 1
   std::string_view name;
   int32_t geometry = kNoGeometry;
-  CReflData curve;  ///< percent on the library's grid
+  std::vector<std::string> extras;  ///< the texts of the columns that the reader was told to expect
+  CReflData curve;                  ///< percent on the library's grid
 };
 
 /// True when a header has a column of a wavelength: when the file holds curves.
@@ -36,7 +38,9 @@ class CurveReader {
  public:
   /// Takes over a file whose header has been read. `fraction`: values are 0 to 1, not percent. Throws
   /// InputError when the header does not describe curves.
-  CurveReader(CsvReader csv, bool fraction);
+  CurveReader(CsvReader csv, bool fraction) : CurveReader(std::move(csv), fraction, nullptr) {}
+  /// The same for a file that has further columns: those whose heading `isExtra` knows.
+  CurveReader(CsvReader csv, bool fraction, bool (*isExtra)(std::string_view heading));
 
   /// Reads the next sample; false after the last one. Throws InputError for a row that is not one.
   bool Next(CurveRow& row);
@@ -52,11 +56,13 @@ class CurveReader {
   bool HasNames() const { return hasIds_ || hasNames_; }
   bool HasIdsAndNames() const { return hasIds_ && hasNames_; }
   bool HasGeometries() const { return hasGeometries_; }
+  /// Where the further columns stand, from 0, in the order of a row's extras.
+  const std::vector<std::size_t>& ExtraColumns() const { return extraColumns_; }
   /// True when rows were read and none has a value above 1: percent are fractions, perhaps.
   bool LooksLikeFractions() const { return rows_ > 0 && scale_ == 1.0 && !aboveOne_; }
 
  private:
-  enum class Role { kId, kName, kGeometry, kValues };
+  enum class Role { kId, kName, kGeometry, kExtra, kValues };
   // Neighbouring columns of one role; only values form runs of more than one.
   struct Run {
     Role role;
@@ -79,6 +85,8 @@ class CurveReader {
   bool hasGeometries_ = false;
   std::vector<Run> runs_;
   std::vector<std::size_t> valueColumns_;
+  std::vector<std::size_t> extraColumns_;
+  bool (*isExtra_)(std::string_view heading);
   std::vector<double> measured_;
   int64_t rows_ = 0;
   std::string rowNumber_;

@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+#include <vrxmath/colorant/film.h>
 #include <vrxmath/formula/prediction.h>
 
 #include "tests/testing/messages.h"
@@ -121,6 +122,26 @@ TEST(Prediction, WhatCannotBePredictedIsUnset) {
   noWhite.colorants[0].SetKind(kKindColorant);
   EXPECT_TRUE(IsUnset(PredictReflectance(Formula({{2, 0.02}}), noWhite)));
   EXPECT_TRUE(messages.Take().empty());
+}
+
+TEST(Prediction, FilmsReachFromTheBackingToTheOpaqueCurve) {
+  const CColorantSystemData system = MakeSystem();
+  const CDbFormula grey = Formula({{1, 3.0}, {2, 1.0}});
+  CReflData backing;
+  backing.Fill(60.0);
+  for (const auto mode : {SaundersonMode::kIncluded, SaundersonMode::kExcluded}) {
+    EXPECT_NEAR(PredictFilm(grey, system, backing, 0.0, mode)[7], 60.0, 1e-12);
+    EXPECT_NEAR(PredictFilm(grey, system, backing, 1e3, mode)[7], PredictReflectance(grey, system, mode)[7],
+                1e-12);
+    const double below = SaundersonToInternal(0.6, 0.04, 0.6, mode);
+    const double film = FilmReflectance(2.2575 * 0.5, 0.875 * 0.5, below);  // K and S of 3 white and 1 black
+    EXPECT_NEAR(PredictFilm(grey, system, backing, 0.5, mode)[7],
+                100.0 * SaundersonToMeasured(film, 0.04, 0.6, mode), 1e-12);
+  }
+  for (const double thickness : {-1.0, HUGE_VAL, std::nan("")}) {
+    EXPECT_TRUE(IsUnset(PredictFilm(grey, system, backing, thickness)));
+  }
+  EXPECT_TRUE(IsUnset(PredictFilm(Formula({{77, 1.0}}), system, backing, 1.0)));
 }
 
 }  // namespace

@@ -1,8 +1,11 @@
 
 #include "tools/vrx/color_system_file.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
@@ -12,6 +15,7 @@
 #include <vrxmath/colorant/component_names.h>
 
 #include "tools/vrx/json_field.h"
+#include "tools/vrx/output/file_output.h"
 
 namespace vrx::tool {
 namespace {
@@ -146,6 +150,56 @@ CDbFormula ReadLines(const JsonField& field, const ComponentIndex& index) {
   return formula;
 }
 
+std::string Number(double value) {
+  std::array<char, 32> text;
+  return std::string(text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr);
+}
+
+std::string Quoted(const std::string& text) {
+  return nlohmann::json(text).dump();
+}
+
+std::string CurveText(const CKSData& curve) {
+  std::string text;
+  for (const double sample : curve) {
+    text += text.empty() ? "[" : ", ";
+    text += Number(sample);
+  }
+  return text + "]";
+}
+
+std::string LevelText(const CColorantLevel& level) {
+  const CColorantValues& curves = level.values[0];
+  return "{\"concentration\": " + Number(level.concentration) +
+         ",\n        \"K\": " + CurveText(curves.absorption) +
+         ",\n        \"S\": " + CurveText(curves.scattering) + "}";
+}
+
+std::string ComponentText(const CComponent& component) {
+  std::string text = "    {\"id\": " + std::to_string(component.GetId()) +
+                     ", \"name\": " + Quoted(component.GetName().ToUtf8());
+  const auto kind = std::find(kKinds.begin(), kKinds.end(), component.GetKind());
+  if (kind != kKinds.begin() && kind != kKinds.end()) {
+    text += ", \"kind\": " + Quoted(std::string(kKindNames[static_cast<std::size_t>(kind - kKinds.begin())]));
+  }
+  std::string levels;
+  for (const CColorantLevel& level : component.GetLevels()) {
+    levels += (levels.empty() ? "" : ",\n        ") + LevelText(level);
+  }
+  if (!levels.empty()) text += ",\n      \"levels\": [" + levels + "]";
+  return text + "}";
+}
+
+std::string RulesText(const CColorantRulesData& rules) {
+  std::string text;
+  for (const CDWordArray1& row : rules.GetRules()) {
+    std::string ids;
+    for (const uint32_t id : row) ids += (ids.empty() ? "" : ", ") + std::to_string(id);
+    text += (text.empty() ? "" : ", ") + ("[" + ids + "]");
+  }
+  return text;
+}
+
 }  // namespace
 
 ColorSystem ReadColorSystem(const std::string& path) {
@@ -185,6 +239,39 @@ std::vector<NamedFormula> ReadFormulas(const std::string& path, const ColorSyste
     formulas.push_back({element["name"].Text(), ReadLines(element["lines"], index)});
   }
   return formulas;
+}
+
+void WriteColorSystem(const std::string& path, const ColorSystem& system) {
+  const auto model = static_cast<std::size_t>(system.data.opticalModel);
+  std::string text = "{\n  \"name\": " + Quoted(system.data.name.ToUtf8()) +
+                     ",\n  \"model\": " + Quoted(std::string(kModelNames.at(model))) +
+                     ",\n  \"k1\": " + Number(system.data.k1) + ",\n  \"k2\": " + Number(system.data.k2) +
+                     ",\n  \"components\": [\n";
+  bool isFirst = true;
+  for (const CComponent* component : ComponentsInOrder(system)) {
+    text += (isFirst ? "" : ",\n") + ComponentText(*component);
+    isFirst = false;
+  }
+  text += "\n  ]";
+  const std::string rules = RulesText(system.rules);
+  if (!rules.empty()) text += ",\n  \"rules\": [" + rules + "]";
+  ReplaceFile(path, text + "\n}\n");
+}
+
+void WriteFormulas(const std::string& path, const std::vector<NamedFormula>& formulas) {
+  std::string text = "{\"formulas\": [";
+  bool isFirst = true;
+  for (const NamedFormula& formula : formulas) {
+    text += (isFirst ? "\n" : ",\n") + ("  {\"name\": " + Quoted(formula.name)) + ", \"lines\": [";
+    isFirst = false;
+    std::string lines;
+    for (const CDbFormulaElement& line : formula.formula) {
+      lines += (lines.empty() ? "" : ", ") + ("{\"component\": " + std::to_string(line.componentId)) +
+               ", \"amount\": " + Number(line.amount) + "}";
+    }
+    text += lines + "]}";
+  }
+  ReplaceFile(path, text + "\n]}\n");
 }
 
 }  // namespace vrx::tool

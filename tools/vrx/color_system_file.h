@@ -23,6 +23,9 @@ std::vector<const CComponent*> ComponentsInOrder(const ColorSystem& system);
 /// Reads a colour system. Throws InputError, with file and field, for anything that it cannot be.
 ColorSystem ReadColorSystem(const std::string& path);
 
+/// Writes a file that ReadColorSystem reads back to the same curves. Throws OutputError when that fails.
+void WriteColorSystem(const std::string& path, const ColorSystem& system);
+
 struct NamedFormula {
   std::string name;
   CDbFormula formula;
@@ -30,6 +33,9 @@ struct NamedFormula {
 
 /// Reads the formulas of a file; their components are those of `system`.
 std::vector<NamedFormula> ReadFormulas(const std::string& path, const ColorSystem& system);
+
+/// Writes a file that ReadFormulas reads. Throws OutputError when that fails.
+void WriteFormulas(const std::string& path, const std::vector<NamedFormula>& formulas);
 
 }  // namespace vrx::tool
 

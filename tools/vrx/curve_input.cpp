@@ -25,8 +25,8 @@ CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options
   return OpenCurves(CsvReader(path), options);
 }
 
-CurveReader OpenCurves(CsvReader csv, const CurveInputOptions& options) {
-  CurveReader curves(std::move(csv), options.fraction);
+CurveReader OpenCurves(CsvReader csv, const CurveInputOptions& options, bool (*isExtra)(std::string_view)) {
+  CurveReader curves(std::move(csv), options.fraction, isExtra);
   if (options.verbose) Remark(curves.Csv().Name(), curves.Grid().Description());
   if (curves.Grid().IsNarrow()) {
     Remark(curves.Csv().Name(),

@@ -4,6 +4,7 @@
 #define TOOLS_VRX_CURVE_INPUT_H_
 
 #include <string>
+#include <string_view>
 
 #include <vrxio/curve_reader.h>
 #include "tools/vrx/input.h"
@@ -23,8 +24,9 @@ void AddCurveInputOptions(Command& command, CurveInputOptions& options);
 /// Opens a file of curves. With `--verbose` standard error says how its wavelengths are used; when they leave
 /// out a part of 400 to 700 nm it says so in any case.
 CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options);
-/// The same of a file whose header was looked at already.
-CurveReader OpenCurves(CsvReader csv, const CurveInputOptions& options);
+/// The same of a file whose header was looked at already; with columns of its own, see CurveReader.
+CurveReader OpenCurves(CsvReader csv, const CurveInputOptions& options,
+                       bool (*isExtra)(std::string_view heading) = nullptr);
 
 /// Says on standard error when the values that were read are fractions by the look of them.
 void WarnAboutFractions(const CurveReader& curves);

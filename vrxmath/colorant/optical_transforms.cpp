@@ -12,8 +12,7 @@ constexpr double kDarkest = 0.01;        // percent: below it a reflectance carr
 constexpr double kLargestKs = 9999.0;    // of such a reflectance
 constexpr double kLargestDensity = 4.3;  // of such a reflectance
 constexpr double kLeastDenominator = 1e-5;
-constexpr double kLeastInternal = 0.0001;  // fractions
-constexpr double kLargestInternal = 2000.0;
+constexpr double kLargestInternal = 2000.0;  // a fraction
 
 bool IsAtFloor(double percent, double k1, double k2, SaundersonMode mode) {
   return !(SaundersonToInternal(percent * 0.01, k1, k2, mode) >= kLeastInternal);

@@ -15,6 +15,9 @@
 
 namespace vrx {
 
+/// The least internal reflectance, a fraction, that a correction gives.
+inline constexpr double kLeastInternal = 0.0001;
+
 /// What a measured reflectance holds of the surface.
 enum class SaundersonMode {
   kIncluded,  ///< d/8 with the specular component: what the surface reflects (k1) is part of the reading
@@ -57,7 +60,7 @@ VRX_API void CorrectCurve(const CReflData& source, CReflData& target, double k1,
                           SaundersonMode mode = SaundersonMode::kIncluded);
 
 /// How many samples of a band of a measured curve in percent lie at the floor: their internal reflectance is
-/// below 0.0001 (or NaN), because they were measured darker than the surface alone. SetCorrectedSample moves
+/// below kLeastInternal (or NaN), because they were measured darker than the surface alone. SetCorrectedSample moves
 /// them all to one value, of which K/S and absorbance are large and say nothing.
 /// In: first and last sample, both inclusive; samples beyond the curve do not count.
 VRX_API int32_t CountAtFloor(const CReflData& curve, int32_t first, int32_t last, double k1, double k2,

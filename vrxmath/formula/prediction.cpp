@@ -1,32 +1,16 @@
 #include <vrxmath/formula/prediction.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
+#include <optional>
 
-#include <vrxmath/colorant/optical_transforms.h>
+#include <vrxmath/colorant/film.h>
 
 namespace vrx {
 namespace {
-
-// How the colorants of an optical model add up.
-enum class Mixing { kTwoConstant, kOneConstant, kOther };
-
-Mixing MixingOf(int32_t opticalModel) {
-  constexpr Mixing kMixing[] = {
-      Mixing::kTwoConstant, Mixing::kTwoConstant, Mixing::kOneConstant,  // coatings, plastics, transparents
-      Mixing::kOneConstant, Mixing::kOther,       Mixing::kTwoConstant,  // textiles, filters, trade sales
-      Mixing::kOther,       Mixing::kOther,       Mixing::kOneConstant,  // metallics, multi-flux, continuous
-  };
-  return opticalModel >= 0 && opticalModel < static_cast<int32_t>(std::size(kMixing)) ? kMixing[opticalModel]
-                                                                                      : Mixing::kOther;
-}
-
-// What scatters under the one-constant models.
-bool IsSubstrate(const CComponent& component) {
-  const bool isBase = component.GetKind() == kKindResin || component.GetKind() == kKindCalibrationWhite;
-  return isBase && !component.GetLevels().IsEmpty();
-}
 
 bool AmountsAreValid(const CDbFormula& formula) {
   for (const CDbFormulaElement& line : formula) {
@@ -63,13 +47,13 @@ int32_t ForEachUsed(const CColorantSystemData& system, const CDbFormula& formula
 // The sums of a mixture, by wavelength.
 class Mixture {
  public:
-  explicit Mixture(Mixing mixing) : mixing_(mixing) {}
+  explicit Mixture(MixingLaw mixing) : mixing_(mixing) {}
 
   // Adds `concentration` of a component, with its unit curves at that concentration.
   void Add(const CComponent& component, double concentration) {
     const CColorantLevelArray& levels = component.GetLevels();
     if (levels.IsEmpty()) return;
-    const bool scatters = mixing_ == Mixing::kTwoConstant || IsSubstrate(component);
+    const bool scatters = mixing_ == MixingLaw::kTwoConstant || IsSubstrate(component);
     const CColorantLevel* upper = levels.begin();
     while (upper != levels.end() && upper->concentration < concentration) ++upper;
     if (upper == levels.begin() || upper == levels.end()) {
@@ -82,38 +66,25 @@ class Mixture {
     AddLevel(*upper, concentration * t, scatters);
   }
 
-  // The measured reflectance; unset when a sum has no ratio.
-  CReflData Reflectance(double k1, double k2) const {
-    CReflData curve;
-    double* percent = curve.GetData();
-    for (std::size_t i = 0; i < kSamples; ++i) {
-      const double ks = K_[i] / S_[i];
-      if (!(ks >= 0.0)) return {};
-      percent[i] = 100.0 * SaundersonToMeasured(KubelkaMunkReflectance(ks), k1, k2);
-    }
-    return curve;
-  }
+  std::array<double, kWavelengths> K{};
+  std::array<double, kWavelengths> S{};
 
  private:
-  static constexpr std::size_t kSamples = kWavelengths;
-
   void AddLevel(const CColorantLevel& level, double weight, bool scatters) {
     if (level.values.IsEmpty()) return;
     const CColorantValues& curves = *level.values.GetData();
-    AddCurve(K_, curves.absorption, weight);
-    if (scatters) AddCurve(S_, curves.scattering, weight);
+    AddCurve(K, curves.absorption, weight);
+    if (scatters) AddCurve(S, curves.scattering, weight);
   }
 
   // A curve that a host has cut short adds nothing.
-  static void AddCurve(std::array<double, kSamples>& sums, const CKSData& curve, double weight) {
+  static void AddCurve(std::array<double, kWavelengths>& sums, const CKSData& curve, double weight) {
     if (curve.GetSize() < kWavelengths) return;
     const double* samples = curve.GetData();
-    for (std::size_t i = 0; i < kSamples; ++i) sums[i] += weight * samples[i];
+    for (std::size_t i = 0; i < kWavelengths; ++i) sums[i] += weight * samples[i];
   }
 
-  Mixing mixing_;
-  std::array<double, kSamples> K_{};
-  std::array<double, kSamples> S_{};
+  MixingLaw mixing_;
 };
 
 const CColorant* CalibrationWhite(const CColorantSystemData& system) {
@@ -123,18 +94,17 @@ const CColorant* CalibrationWhite(const CColorantSystemData& system) {
   return nullptr;
 }
 
-}  // namespace
-
-CReflData PredictReflectance(const CDbFormula& formula, const CColorantSystemData& system) {
-  const Mixing mixing = MixingOf(system.opticalModel);
-  if (mixing == Mixing::kOther || !AmountsAreValid(formula)) return {};
+// The sums of a formula; none when it cannot be predicted.
+std::optional<Mixture> Mix(const CDbFormula& formula, const CColorantSystemData& system) {
+  const MixingLaw mixing = MixingLawOf(system.opticalModel);
+  if (mixing == MixingLaw::kNone || !AmountsAreValid(formula)) return {};
   double reference = 0.0;  // the amount that stands for a concentration of 1
   const int32_t found = ForEachUsed(system, formula, [&](const CComponent& component, double amount) {
-    if (mixing == Mixing::kTwoConstant || IsSubstrate(component)) reference += amount;
+    if (mixing == MixingLaw::kTwoConstant || IsSubstrate(component)) reference += amount;
   });
   if (found != formula.GetSize()) return {};
   Mixture mixture(mixing);
-  if (mixing == Mixing::kOneConstant && reference == 0.0) {
+  if (mixing == MixingLaw::kOneConstant && reference == 0.0) {
     const CColorant* white = CalibrationWhite(system);
     if (white == nullptr) return {};
     reference = 1.0;
@@ -143,7 +113,63 @@ CReflData PredictReflectance(const CDbFormula& formula, const CColorantSystemDat
   ForEachUsed(system, formula, [&](const CComponent& component, double amount) {
     mixture.Add(component, amount / reference);
   });
-  return mixture.Reflectance(system.k1, system.k2);
+  return mixture;
+}
+
+}  // namespace
+
+MixingLaw MixingLawOf(int32_t opticalModel) {
+  using enum MixingLaw;
+  constexpr MixingLaw kMixing[] = {
+      kTwoConstant, kTwoConstant, kOneConstant,  // coatings, plastics, transparents
+      kOneConstant, kNone,        kTwoConstant,  // textiles, filters, trade sales
+      kNone,        kNone,        kOneConstant,  // metallics, multi-flux, continuous
+  };
+  const bool isKnown = opticalModel >= 0 && opticalModel < static_cast<int32_t>(std::size(kMixing));
+  return isKnown ? kMixing[opticalModel] : kNone;
+}
+
+bool IsSubstrate(const CComponent& component) {
+  const bool isBase = component.GetKind() == kKindResin || component.GetKind() == kKindCalibrationWhite;
+  return isBase && !component.GetLevels().IsEmpty();
+}
+
+bool MixtureConstants(const CDbFormula& formula, const CColorantSystemData& system, CColorantValues& sums) {
+  const std::optional<Mixture> mixture = Mix(formula, system);
+  if (!mixture) return false;
+  std::copy(mixture->K.begin(), mixture->K.end(), sums.absorption.begin());
+  std::copy(mixture->S.begin(), mixture->S.end(), sums.scattering.begin());
+  return true;
+}
+
+CReflData PredictReflectance(const CDbFormula& formula, const CColorantSystemData& system,
+                             SaundersonMode mode) {
+  const std::optional<Mixture> mixture = Mix(formula, system);
+  if (!mixture) return {};
+  CReflData curve;
+  double* percent = curve.GetData();
+  for (std::size_t i = 0; i < kWavelengths; ++i) {
+    const double ks = mixture->K[i] / mixture->S[i];
+    if (!(ks >= 0.0)) return {};
+    percent[i] = 100.0 * SaundersonToMeasured(KubelkaMunkReflectance(ks), system.k1, system.k2, mode);
+  }
+  return curve;
+}
+
+CReflData PredictFilm(const CDbFormula& formula, const CColorantSystemData& system, const CReflData& backing,
+                      double thickness, SaundersonMode mode) {
+  const std::optional<Mixture> mixture = Mix(formula, system);
+  if (!mixture || !(thickness >= 0.0) || std::isinf(thickness)) return {};
+  CReflData curve;
+  double* percent = curve.GetData();
+  for (std::size_t i = 0; i < kWavelengths; ++i) {
+    const double measured = 0.01 * backing[static_cast<std::ptrdiff_t>(i)];
+    const double below = SaundersonToInternal(measured, system.k1, system.k2, mode);
+    const double film = FilmReflectance(mixture->K[i] * thickness, mixture->S[i] * thickness, below);
+    if (std::isnan(film)) return {};
+    percent[i] = 100.0 * SaundersonToMeasured(film, system.k1, system.k2, mode);
+  }
+  return curve;
 }
 
 }  // namespace vrx

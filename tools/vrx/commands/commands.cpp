@@ -7,19 +7,13 @@ namespace vrx::tool {
 
 std::span<const CommandEntry> AllCommands() {
   static constexpr std::array kCommands{
-      CommandEntry{"judge", AddJudge},
-      CommandEntry{"color", AddColor},
-      CommandEntry{"delta", AddDelta},
-      CommandEntry{"fit-tolerance", AddFitTolerance},
-      CommandEntry{"strength", AddStrength},
-      CommandEntry{"colorants", AddColorants},
-      CommandEntry{"predict", AddPredict},
-      CommandEntry{"index", AddIndex},
-      CommandEntry{"swatch", AddSwatch},
-      CommandEntry{"tables", AddTables},
-      CommandEntry{"condition", AddCondition},
-      CommandEntry{"settings", AddSettings},
-      CommandEntry{"log", AddLog},
+      CommandEntry{"judge", AddJudge},       CommandEntry{"color", AddColor},
+      CommandEntry{"delta", AddDelta},       CommandEntry{"fit-tolerance", AddFitTolerance},
+      CommandEntry{"strength", AddStrength}, CommandEntry{"colorants", AddColorants},
+      CommandEntry{"predict", AddPredict},   CommandEntry{"calibrate", AddCalibrate},
+      CommandEntry{"index", AddIndex},       CommandEntry{"swatch", AddSwatch},
+      CommandEntry{"tables", AddTables},     CommandEntry{"condition", AddCondition},
+      CommandEntry{"settings", AddSettings}, CommandEntry{"log", AddLog},
       CommandEntry{"xml", AddXml},
   };
   return kCommands;

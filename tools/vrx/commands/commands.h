@@ -17,6 +17,7 @@ void AddFitTolerance(Command& tool);
 void AddStrength(Command& tool);
 void AddColorants(Command& tool);
 void AddPredict(Command& tool);
+void AddCalibrate(Command& tool);
 void AddIndex(Command& tool);
 void AddSwatch(Command& tool);
 void AddTables(Command& tool);
