@@ -39,9 +39,19 @@ bool HasWavelengths(const std::vector<std::string>& header) {
   return std::ranges::any_of(header, [](const std::string& name) { return WavelengthOf(name) > 0; });
 }
 
-CurveReader::CurveReader(CsvReader csv, bool fraction, bool (*isExtra)(std::string_view))
+CurveReader::CurveReader(CsvReader csv, bool fraction, Content content, bool (*isExtra)(std::string_view))
     : csv_(std::move(csv)), scale_(fraction ? 100.0 : 1.0), isExtra_(isExtra) {
-  ReadHeader();
+  constexpr std::array<const char*, 3> kXyzNames{"X", "Y", "Z"}, kLabNames{"L", "a", "b"};
+  const auto has = [&](const char* name) {
+    return std::ranges::find(csv_.Header(), name) != csv_.Header().end();
+  };
+  if (content == Content::kCurvesOrColors && !HasWavelengths(csv_.Header())) {
+    if (std::ranges::all_of(kXyzNames, has)) kind_ = Sample::kXyz;
+    if (std::ranges::all_of(kLabNames, has)) kind_ = Sample::kLab;
+    if (kind_ == Sample::kCurve) csv_.FailRow("the header names neither wavelengths nor X,Y,Z nor L,a,b");
+  }
+  kind_ == Sample::kCurve ? ReadCurveHeader()
+                          : ReadColorHeader(kind_ == Sample::kXyz ? kXyzNames : kLabNames);
 }
 
 void CurveReader::AddColumn(Role role, std::size_t column) {
@@ -55,8 +65,7 @@ void CurveReader::AddColumn(Role role, std::size_t column) {
   runs_.push_back({role, 1});
 }
 
-void CurveReader::ReadHeader() {
-  std::vector<double> wavelengths;
+bool CurveReader::TakeTextColumn(std::size_t column) {
   struct TextColumn {
     std::string_view name;
     Role role;
@@ -64,23 +73,30 @@ void CurveReader::ReadHeader() {
   };
   const TextColumn kTextColumns[] = {{"id", Role::kId, hasIds_},
                                      {"name", Role::kName, hasNames_},
+                                     {"standard", Role::kStandard, hasStandards_},
                                      {"geometry", Role::kGeometry, hasGeometries_}};
+  const std::string& heading = csv_.Header()[column];
+  const auto text = std::ranges::find_if(
+      kTextColumns, [&](const TextColumn& known) { return EqualsIgnoringCase(heading, known.name); });
+  if (text == std::end(kTextColumns)) {
+    if (isExtra_ == nullptr || !isExtra_(heading)) return false;
+    extraColumns_.push_back(column);
+    AddColumn(Role::kExtra, column);
+    return true;
+  }
+  if (std::exchange(text->present, true)) csv_.FailAt(column, "there are two such columns");
+  AddColumn(text->role, column);
+  return true;
+}
+
+void CurveReader::ReadCurveHeader() {
+  std::vector<double> wavelengths;
   for (std::size_t i = 0; i < csv_.Header().size(); ++i) {
-    const std::string& heading = csv_.Header()[i];
-    const auto text = std::ranges::find_if(
-        kTextColumns, [&](const TextColumn& column) { return EqualsIgnoringCase(heading, column.name); });
-    if (text != std::end(kTextColumns)) {
-      if (std::exchange(text->present, true)) csv_.FailAt(i, "there are two such columns");
-      AddColumn(text->role, i);
-      continue;
+    if (TakeTextColumn(i)) continue;
+    const double wavelength = WavelengthOf(csv_.Header()[i]);
+    if (wavelength == 0) {
+      csv_.FailAt(i, "the column is neither id, name, standard, geometry nor a wavelength in nm");
     }
-    if (isExtra_ != nullptr && isExtra_(heading)) {
-      extraColumns_.push_back(i);
-      AddColumn(Role::kExtra, i);
-      continue;
-    }
-    const double wavelength = WavelengthOf(heading);
-    if (wavelength == 0) csv_.FailAt(i, "the column is neither id, name, geometry nor a wavelength in nm");
     if (!wavelengths.empty() && wavelength <= wavelengths.back()) {
       csv_.FailAt(i, wavelength == wavelengths.back() ? "the wavelength stands there twice"
                                                       : "the wavelengths do not ascend");
@@ -89,6 +105,18 @@ void CurveReader::ReadHeader() {
     AddColumn(Role::kValues, i);
   }
   MakeGrid(wavelengths);
+}
+
+void CurveReader::ReadColorHeader(const std::array<const char*, 3>& names) {
+  for (std::size_t i = 0; i < csv_.Header().size(); ++i) {
+    if (TakeTextColumn(i)) continue;
+    const auto name = std::ranges::find(names, csv_.Header()[i]);
+    if (name == names.end()) csv_.FailAt(i, "the column is none of a file of colours");
+    if (std::ranges::count(csv_.Header(), csv_.Header()[i]) > 1) csv_.FailAt(i, "there are two such columns");
+    colorPlaces_[static_cast<std::size_t>(name - names.begin())] = measured_.size();
+    measured_.push_back(0.0);
+    AddColumn(Role::kValues, i);
+  }
 }
 
 void CurveReader::MakeGrid(const std::vector<double>& wavelengths) {
@@ -119,13 +147,19 @@ bool CurveReader::Next(CurveRow& row) {
     return false;
   }
   ++rows_;
-  row.id = row.name = {};
+  row.kind = kind_;
+  row.id = row.name = row.standard = {};
   row.geometry = kNoGeometry;
   row.extras.clear();
   ReadRuns(row);
   if (hasIds_ && row.id.empty()) csv_.FailRow("the id is empty");
   if (!hasIds_) row.id = row.name;
   if (row.id.empty()) row.id = rowNumber_ = std::to_string(rows_);
+  if (hasStandards_ && row.standard.empty()) csv_.FailRow("the standard is empty");
+  if (kind_ != Sample::kCurve) {
+    for (std::size_t i = 0; i < row.color.size(); ++i) row.color[i] = measured_[colorPlaces_[i]];
+    return true;
+  }
   CheckValues();
   double* const curve = row.curve.GetData();
   grid_.Convert(measured_, curve);
@@ -143,6 +177,9 @@ void CurveReader::ReadRuns(CurveRow& row) {
         break;
       case Role::kName:
         row.name = csv_.Text();
+        break;
+      case Role::kStandard:
+        row.standard = csv_.Text();
         break;
       case Role::kGeometry:
         row.geometry = ReadGeometry();

@@ -1,12 +1,13 @@
-// Reflectance curves from CSV files.
+// Reflectance curves, or colours, from CSV files.
 //
 // The header names the wavelengths in nm ("400", "400 nm"), ascending and evenly spaced, and optionally
-// columns `id`, `name` and `geometry`, in any order. Each row is one sample, in percent or as a fraction of
-// 1.
+// columns `id`, `name`, `standard` and `geometry`, in any order. Each row is one sample, in percent or as a fraction of
+// 1. Where the caller can do with colours, columns `L`, `a`, `b` or `X`, `Y`, `Z` may stand in the place of wavelengths.
 
 #ifndef VRXIO_CURVE_READER_H_
 #define VRXIO_CURVE_READER_H_
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -22,25 +23,37 @@
 
 namespace vrx::io {
 
+/// What was measured of a sample: its curve, or a colour of it under one illuminant and observer.
+struct Sample {
+  enum Kind { kCurve, kXyz, kLab };
+  Kind kind = kCurve;
+  CReflData curve;                ///< percent on the library's grid; unset for a colour
+  std::array<double, 3> color{};  ///< X, Y, Z or L*, a*, b*
+};
+
 /// One sample of a file. The texts live until the next one is read.
-struct CurveRow {
+struct CurveRow : Sample {
   std::string_view id;  ///< what names the sample: its id, else its name, else the number of its row, from 1
   std::string_view name;
+  std::string_view
+      standard;  ///< the id of the standard that it belongs to, where the file has a column for it
   int32_t geometry = kNoGeometry;
   std::vector<std::string> extras;  ///< the texts of the columns that the reader was told to expect
-  CReflData curve;                  ///< percent on the library's grid
 };
+
+/// What a command can make use of.
+enum class Content { kCurves, kCurvesOrColors };
 
 /// True when a header has a column of a wavelength: when the file holds curves.
 bool HasWavelengths(const std::vector<std::string>& header);
 
 class CurveReader {
  public:
-  /// Takes over a file whose header has been read. `fraction`: values are 0 to 1, not percent. Throws
-  /// InputError when the header does not describe curves.
-  CurveReader(CsvReader csv, bool fraction) : CurveReader(std::move(csv), fraction, nullptr) {}
-  /// The same for a file that has further columns: those whose heading `isExtra` knows.
-  CurveReader(CsvReader csv, bool fraction, bool (*isExtra)(std::string_view heading));
+  /// Takes over a file whose header has been read. `fraction`: reflectances are 0 to 1, not percent. `isExtra` knows
+  /// the headings of further columns, whose texts are a row's extras. Throws InputError when the header does not
+  /// describe curves or, where they will do, colours.
+  CurveReader(CsvReader csv, bool fraction, Content content = Content::kCurves,
+              bool (*isExtra)(std::string_view heading) = nullptr);
 
   /// Reads the next sample; false after the last one. Throws InputError for a row that is not one.
   bool Next(CurveRow& row);
@@ -51,37 +64,48 @@ class CurveReader {
   void Rewind();
 
   const CsvReader& Csv() const { return csv_; }
+  /// What the samples are.
+  Sample::Kind Kind() const { return kind_; }
+  /// Of curves.
   const WavelengthGrid& Grid() const { return grid_; }
   /// True when samples have an id or a name, not just a number.
   bool HasNames() const { return hasIds_ || hasNames_; }
   bool HasIdsAndNames() const { return hasIds_ && hasNames_; }
+  bool HasStandards() const { return hasStandards_; }
   bool HasGeometries() const { return hasGeometries_; }
   /// Where the further columns stand, from 0, in the order of a row's extras.
   const std::vector<std::size_t>& ExtraColumns() const { return extraColumns_; }
   /// True when rows were read and none has a value above 1: percent are fractions, perhaps.
-  bool LooksLikeFractions() const { return rows_ > 0 && scale_ == 1.0 && !aboveOne_; }
+  bool LooksLikeFractions() const {
+    return rows_ > 0 && kind_ == Sample::kCurve && scale_ == 1.0 && !aboveOne_;
+  }
 
  private:
-  enum class Role { kId, kName, kGeometry, kExtra, kValues };
+  enum class Role { kId, kName, kStandard, kGeometry, kExtra, kValues };
   // Neighbouring columns of one role; only values form runs of more than one.
   struct Run {
     Role role;
     std::size_t count;
   };
 
-  void ReadHeader();
   void AddColumn(Role role, std::size_t column);
+  bool TakeTextColumn(std::size_t column);
+  void ReadCurveHeader();
+  void ReadColorHeader(const std::array<const char*, 3>& names);
   void MakeGrid(const std::vector<double>& wavelengths);
   void ReadRuns(CurveRow& row);
   int32_t ReadGeometry();
   void CheckValues();
 
   CsvReader csv_;
+  Sample::Kind kind_ = Sample::kCurve;
   WavelengthGrid grid_;
+  std::array<std::size_t, 3> colorPlaces_{};  // of each of three colour values in the order of a record
   double scale_;
   bool aboveOne_ = false;
   bool hasIds_ = false;
   bool hasNames_ = false;
+  bool hasStandards_ = false;
   bool hasGeometries_ = false;
   std::vector<Run> runs_;
   std::vector<std::size_t> valueColumns_;

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
 
@@ -27,6 +28,10 @@ std::string CodeOf(vrxIlluminant illuminant);
 /// Degrees of an observer, 2 or 10.
 inline int32_t DegreesOf(int32_t observer) {
   return observer == kObserver10 ? 10 : 2;
+}
+/// The wavelength in nm of a sample of the library's grid.
+inline int32_t WavelengthAt(int32_t i) {
+  return kFirstWavelength + kWavelengthStep * i;
 }
 /// The short name by which --system knows a system.
 std::string_view ShortNameOf(int32_t system);

@@ -9,27 +9,46 @@
 namespace vrx::tool {
 namespace {
 
-std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, const JudgeSettings& settings) {
+CurveReader OpenTrials(const ComparisonOptions& options) {
   if (options.standard == "-" && options.trials == "-") {
     throw InputError("standard and trials cannot both come from standard input");
   }
-  CurveReader reader = OpenCurves(options.standard, options.input);
-  return options.pairs ? PairedStandards(std::move(reader), settings)
-                       : OneStandard(std::move(reader), options.standardId, settings);
+  return OpenCurves(options.trials, options.input, options.content);
+}
+
+// A colour is what was seen under one illuminant; which one only the user knows.
+void RefuseColorsUnderSeveral(const CurveReader& reader, const JudgeSettings& settings) {
+  if (reader.Kind() == Sample::kCurve || settings.illuminants.size() == 1) return;
+  throw InputError(reader.Csv().Name() +
+                   ": colours are seen under one illuminant: name it with --illuminants");
+}
+
+std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, const JudgeSettings& settings,
+                                         const CurveReader& trials) {
+  CurveReader reader = OpenCurves(options.standard, options.input, options.content);
+  RefuseColorsUnderSeveral(reader, settings);
+  RefuseColorsUnderSeveral(trials, settings);
+  if (trials.HasStandards() && !options.standardId.empty()) {
+    throw InputError("--standard-id: the trials name their standards in a column of their own");
+  }
+  return options.pairs || trials.HasStandards()
+             ? PairedStandards(std::move(reader), settings)
+             : OneStandard(std::move(reader), options.standardId, settings);
 }
 
 }  // namespace
 
-void AddComparisonOptions(Command& command, ComparisonOptions& options) {
-  command
-      .AddOption("STANDARD", options.standard,
-                 "Curves of the standard, or standards (- reads standard input)")
+void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content) {
+  options.content = content;
+  const std::string what = content == Content::kCurves ? "Curves of the " : "Curves or colours of the ";
+  command.AddOption("STANDARD", options.standard, what + "standard, or standards (- reads standard input)")
       .Required();
-  command.AddOption("TRIALS", options.trials, "Curves of the trials (- reads standard input)").Required();
+  command.AddOption("TRIALS", options.trials, what + "trials (- reads standard input)").Required();
   Option id = command.AddOption("--standard-id", options.standardId, "Which row is the standard");
   id.Shows("ID [the first row]").Check(RefuseEmpty);
   command.AddFlag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
       .Excludes(id);
+  command.AddFlag("--average", options.average, "Take the mean of the rows of one id as one trial");
   AddCurveInputOptions(command, options.input);
 }
 
@@ -56,7 +75,9 @@ JudgeSettings SettingsOf(const JudgingOptions& options) {
 }
 
 Comparison::Comparison(const ComparisonOptions& options, const JudgeSettings& settings)
-    : standards_(OpenStandards(options, settings)), trials_(OpenCurves(options.trials, options.input)) {}
+    : average_(options.average),
+      trials_(OpenTrials(options)),
+      standards_(OpenStandards(options, settings, trials_)) {}
 
 void Comparison::WarnAboutInput() const {
   WarnAboutFractions(standards_->Reader());

@@ -12,6 +12,7 @@
 #include "tools/vrx/input.h"
 #include "tools/vrx/judge.h"
 #include "tools/vrx/output/terminal.h"
+#include "tools/vrx/readings.h"
 #include "tools/vrx/standards.h"
 
 namespace vrx::tool {
@@ -23,11 +24,14 @@ struct ComparisonOptions {
   std::string trials;
   std::string standardId;
   bool pairs = false;
+  bool average = false;
+  Content content = Content::kCurves;
   CurveInputOptions input;
 };
 
-/// Adds STANDARD, TRIALS, `--standard-id`, `--pairs` and the options of curve files.
-void AddComparisonOptions(Command& command, ComparisonOptions& options);
+/// Adds STANDARD, TRIALS, `--standard-id`, `--pairs`, `--average` and the options of curve files. `content`: what the
+/// command can make use of.
+void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content);
 
 /// By what a trial is judged.
 struct JudgingOptions {
@@ -51,9 +55,17 @@ class Comparison {
 
   const CurveReader& Trials() const { return trials_; }
 
-  /// Calls `visit(trial, judge)` for each trial in turn, with the judge that holds its standard, under a progress bar.
+  /// Calls `visit(trial, judge)` for each trial in turn, or for the mean of its readings with `--average`, with the
+  /// judge that holds its standard, under a progress bar.
   template <class VISIT>
   void ForEachTrial(VISIT visit) {
+    if (average_) {
+      for (const Readings& readings : ReadReadings(trials_, 0)) {
+        const CurveRow mean = readings.Mean();
+        visit(mean, standards_->For(mean));
+      }
+      return;
+    }
     ProgressBar progress(trials_.Csv().Size());
     CurveRow trial;
     while (trials_.Next(trial)) {
@@ -66,8 +78,9 @@ class Comparison {
   void WarnAboutInput() const;
 
  private:
-  std::unique_ptr<Standards> standards_;
+  bool average_;
   CurveReader trials_;
+  std::unique_ptr<Standards> standards_;
 };
 
 }  // namespace vrx::tool

@@ -21,12 +21,14 @@ void AddCurveInputOptions(Command& command, CurveInputOptions& options) {
   command.AddFlag("--verbose", options.verbose, "Say on standard error how the wavelengths are used");
 }
 
-CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options) {
-  return OpenCurves(CsvReader(path), options);
+CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options, Content content) {
+  return OpenCurves(CsvReader(path), options, content);
 }
 
-CurveReader OpenCurves(CsvReader csv, const CurveInputOptions& options, bool (*isExtra)(std::string_view)) {
-  CurveReader curves(std::move(csv), options.fraction, isExtra);
+CurveReader OpenCurves(CsvReader csv, const CurveInputOptions& options, Content content,
+                       bool (*isExtra)(std::string_view)) {
+  CurveReader curves(std::move(csv), options.fraction, content, isExtra);
+  if (curves.Kind() != Sample::kCurve) return curves;
   if (options.verbose) Remark(curves.Csv().Name(), curves.Grid().Description());
   if (curves.Grid().IsNarrow()) {
     Remark(curves.Csv().Name(),

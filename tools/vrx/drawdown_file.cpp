@@ -37,7 +37,7 @@ struct Rows {
 class Reader {
  public:
   Reader(const std::string& path, const CurveInputOptions& options)
-      : curves_(OpenCurves(CsvReader(path), options, IsDrawdownColumn)) {
+      : curves_(OpenCurves(CsvReader(path), options, Content::kCurves, IsDrawdownColumn)) {
     const std::vector<std::string>& header = curves_.Csv().Header();
     for (std::size_t i = 0; i < curves_.ExtraColumns().size(); ++i) {
       const std::string& heading = header[curves_.ExtraColumns()[i]];

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/foundation/numbers.h>
 
 #include "tools/vrx/commands/command.h"
@@ -27,16 +28,46 @@ Judge::Judge(const JudgeSettings& settings) : settings_(settings) {
   curve_.SetSize(1);
 }
 
-void Judge::SetStandard(std::string_view id, int32_t geometry, const CReflData& curve) {
+Verdict Judgement::Overall() const {
+  Verdict worst = kPass;
+  for (const IlluminantJudgement& judgement : under) worst = std::min(worst, judgement.overall);
+  return worst;
+}
+
+// L*a*b* that was given stays as it is; the library would come back to it from tristimulus values only nearly.
+void Judge::TakeColors(const Sample& sample, CColorValuesIllDataArray& values) const {
+  const auto illuminants = static_cast<int32_t>(settings_.illuminants.size());
+  values.SetSize(1);
+  values[0].SetSize(illuminants);
+  for (int32_t i = 0; i < illuminants; ++i) {
+    const vrxIlluminant illuminant = settings_.illuminants[static_cast<std::size_t>(i)];
+    CColorValues& color = values[0][i];
+    if (sample.kind == Sample::kXyz) {
+      std::ranges::copy(sample.color, color.tristimulus.begin());
+      FillCoordinates(vrxSystemLab, illuminant, settings_.observer, color);
+    } else {
+      std::ranges::copy(sample.color, color.lab.begin());
+      ChromaHue(color.lab);
+      LabToXyz(illuminant, settings_.observer, color.lab, color.tristimulus);
+    }
+  }
+}
+
+void Judge::SetStandard(std::string_view id, int32_t geometry, const Sample& standard) {
   id_ = id;
   if (geometry != geometry_) {
     geometry_ = geometry;
     const uint8_t code = static_cast<uint8_t>(std::max(geometry, 0));
     calc_.angles.SetCodes({&code, 1});
   }
-  standard_ = curve;
-  curve_[0] = curve;
-  calc_.SetStandard(curve_);
+  standard_ = standard.curve;
+  if (standard.kind == Sample::kCurve) {
+    curve_[0] = standard.curve;
+    calc_.SetStandard(curve_);
+  } else {
+    calc_.reflectanceB.RemoveAll();
+    TakeColors(standard, calc_.valuesB);
+  }
   if (calc_.judgeByEllipse) {
     SetEllipses();
   } else if (!hasBoxes_ || !settings_.boxes.IsEmpty()) {
@@ -71,10 +102,35 @@ double Judge::EllipseValue(std::size_t i) const {
   return calc_.ellipseTolerances[0][0][static_cast<std::ptrdiff_t>(i)].Value(LabDifference(i));
 }
 
-void Judge::Evaluate(const CReflData& trial) {
-  curve_[0] = trial;
-  calc_.Evaluate(curve_, results_);
+void Judge::Evaluate(const Sample& trial) {
+  if (trial.kind == Sample::kCurve) {
+    curve_[0] = trial.curve;
+    calc_.Evaluate(curve_, results_);
+  } else {
+    calc_.reflectanceA.RemoveAll();
+    TakeColors(trial, calc_.valuesA);
+    calc_.Judge(results_);
+  }
   if (settings_.difference.system == vrxSystemDin99) JudgeDin99();
+}
+
+void Judge::Take(const CurveRow& trial, Judgement& judgement) const {
+  judgement.standard = id_;
+  judgement.trial = trial.id;
+  judgement.name = trial.name;
+  judgement.geometry = trial.geometry;
+  judgement.under.resize(settings_.illuminants.size());
+  for (std::size_t i = 0; i < judgement.under.size(); ++i) {
+    const CEvaluation& result = Result(i);
+    IlluminantJudgement& under = judgement.under[i];
+    under.available = result.available;
+    std::ranges::copy(Difference(i), under.difference.begin());
+    std::ranges::copy(result.shade.words, under.words.begin());
+    under.components = Components(i);
+    under.total = result.total;
+    under.overall = result.overall;
+    under.ellipseValue = calc_.judgeByEllipse ? EllipseValue(i) : kUnset;
+  }
 }
 
 // The context's own answer for DIN99 is dE*ab; what the tool shows under the name is the DIN99 difference.

@@ -3,6 +3,7 @@
 #ifndef TOOLS_VRX_JUDGE_H_
 #define TOOLS_VRX_JUDGE_H_
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -11,9 +12,12 @@
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/foundation/numbers.h>
 #include <vrxmath/judging/evaluation.h>
 
+#include <vrxio/curve_reader.h>
 #include <vrxio/tolerance_table.h>
+
 #include "tools/vrx/input.h"
 
 namespace vrx::tool {
@@ -32,16 +36,38 @@ struct JudgeSettings {
   bool ByEllipse() const { return buildEllipses || !ellipses.IsEmpty(); }
 };
 
+/// The outcome of a trial under one illuminant.
+struct IlluminantJudgement {
+  bool available = false;  ///< false when a colour is unset: there is no difference, and everything fails
+  std::array<double, 7> difference{};  ///< in the elements of the system; the last is the total
+  std::array<ShadeWord, 3> words{};    ///< on lightness, red-green, yellow-blue
+  Verdict components = kFail, total = kFail, overall = kFail;
+  double ellipseValue = kUnset;
+};
+
+/// The outcome of a trial: what is left of it when the next one is read.
+struct Judgement {
+  std::string standard, trial, name;  ///< ids, and the name that the trial has beside its id
+  int32_t geometry = kNoGeometry;
+  std::vector<IlluminantJudgement> under;  ///< by illuminant of the settings
+
+  /// The worst verdict under any illuminant.
+  Verdict Overall() const;
+};
+
 class Judge {
  public:
   /// `settings` must outlive the judge.
   explicit Judge(const JudgeSettings& settings);
 
-  /// Takes a standard: its name, the geometry of the measurement and its curve.
-  void SetStandard(std::string_view id, int32_t geometry, const CReflData& curve);
+  /// Takes a standard: its name, the geometry of the measurement and what was measured. A colour counts under every
+  /// illuminant of the settings.
+  void SetStandard(std::string_view id, int32_t geometry, const Sample& standard);
 
   /// Judges a trial against it, under every illuminant of the settings.
-  void Evaluate(const CReflData& trial);
+  void Evaluate(const Sample& trial);
+  /// The outcome of the last trial, whose names `trial` gives, in a record of its own.
+  void Take(const CurveRow& trial, Judgement& judgement) const;
 
   const std::string& StandardId() const { return id_; }
   const CReflData& StandardCurve() const { return standard_; }
@@ -57,15 +83,16 @@ class Judge {
   Verdict Components(std::size_t i) const { return calc_.judgeByEllipse ? Result(i).ellipse : Result(i).box; }
   /// The ellipsoid's value of the last difference, 1 on its surface; unset when there is no difference.
   double EllipseValue(std::size_t i) const;
-  /// The tristimulus values of the standard and of the last trial under it.
-  const CTrisValues& StandardXyz(std::size_t i) const {
-    return calc_.valuesB[0][static_cast<std::ptrdiff_t>(i)].tristimulus;
+  /// The colours of the standard and of the last trial under it: tristimulus values and L*a*b*.
+  const CColorValues& StandardColor(std::size_t i) const {
+    return calc_.valuesB[0][static_cast<std::ptrdiff_t>(i)];
   }
-  const CTrisValues& TrialXyz(std::size_t i) const {
-    return calc_.valuesA[0][static_cast<std::ptrdiff_t>(i)].tristimulus;
+  const CColorValues& TrialColor(std::size_t i) const {
+    return calc_.valuesA[0][static_cast<std::ptrdiff_t>(i)];
   }
 
  private:
+  void TakeColors(const Sample& sample, CColorValuesIllDataArray& values) const;
   void SetBoxes();
   void SetEllipses();
   void JudgeDin99();

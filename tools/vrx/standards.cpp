@@ -29,7 +29,7 @@ class OneStandardForAll final : public Standards {
     if (!judge) {
       const Row& row = RowFor(trial.geometry);
       judge = std::make_unique<Judge>(settings_);
-      judge->SetStandard(id_, trial.geometry != kNoGeometry ? trial.geometry : row.geometry, row.curve);
+      judge->SetStandard(id_, trial.geometry != kNoGeometry ? trial.geometry : row.geometry, row.sample);
     }
     return *judge;
   }
@@ -38,7 +38,7 @@ class OneStandardForAll final : public Standards {
  private:
   struct Row {
     int32_t geometry;
-    CReflData curve;
+    Sample sample;
   };
 
   // Without geometries the first row that fits is all there is to read.
@@ -51,7 +51,7 @@ class OneStandardForAll final : public Standards {
       if (std::ranges::any_of(rows_, same)) {
         reader_.Csv().FailRow("standard \"" + id_ + "\" has a row of this geometry already");
       }
-      rows_.push_back({row.geometry, row.curve});
+      rows_.push_back({row.geometry, row});
       if (!reader_.HasGeometries()) return;
     }
     if (rows_.empty() && id_.empty()) throw InputError(reader_.Csv().Name() + ": there is no row");
@@ -75,14 +75,15 @@ class OneStandardForAll final : public Standards {
   std::array<std::unique_ptr<Judge>, kAngleCodes + 1> judges_;  // by geometry + 1
 };
 
-class StandardOfSameId final : public Standards {
+// The standard that a trial names, or that of its own id.
+class StandardOfItsOwn final : public Standards {
  public:
-  StandardOfSameId(CurveReader reader, const JudgeSettings& settings)
+  StandardOfItsOwn(CurveReader reader, const JudgeSettings& settings)
       : reader_(std::move(reader)), judge_(settings) {}
 
   Judge& For(const CurveRow& trial) override {
     if (!Fits(trial)) Advance(trial);
-    judge_.SetStandard(row_.id, trial.geometry != kNoGeometry ? trial.geometry : row_.geometry, row_.curve);
+    judge_.SetStandard(row_.id, trial.geometry != kNoGeometry ? trial.geometry : row_.geometry, row_);
     return judge_;
   }
   const CurveReader& Reader() const override { return reader_; }
@@ -101,8 +102,11 @@ class StandardOfSameId final : public Standards {
   bool Holds(std::string_view id, int32_t geometry) const {
     return hasRow_ && row_.id == id && row_.geometry == geometry;
   }
+  static std::string_view StandardOf(const CurveRow& trial) {
+    return trial.standard.empty() ? trial.id : trial.standard;
+  }
   bool Fits(const CurveRow& trial) const {
-    return Holds(trial.id, trial.geometry) || Holds(trial.id, kNoGeometry);
+    return Holds(StandardOf(trial), trial.geometry) || Holds(StandardOf(trial), kNoGeometry);
   }
 
   // The next row of the file, or wherever the trial's standard is.
@@ -112,13 +116,14 @@ class StandardOfSameId final : public Standards {
       if (Fits(trial)) return;
       MakeIndex(trial);
     }
-    if (!Find(trial.id, trial.geometry) && !Find(trial.id, kNoGeometry)) {
-      FailNoStandard(reader_.Csv().Name(), trial.id, trial.geometry);
+    const std::string_view id = StandardOf(trial);
+    if (!Find(id, trial.geometry) && !Find(id, kNoGeometry)) {
+      FailNoStandard(reader_.Csv().Name(), id, trial.geometry);
     }
   }
 
   void MakeIndex(const CurveRow& trial) {
-    if (!reader_.HasNames()) FailNoStandard(reader_.Csv().Name(), trial.id, trial.geometry);
+    if (!reader_.HasNames()) FailNoStandard(reader_.Csv().Name(), StandardOf(trial), trial.geometry);
     if (!reader_.Csv().CanSeek()) {
       throw InputError(reader_.Csv().Name() + ": the trials are in another order than the standards, which " +
                        "cannot be searched in a pipe; give a file");
@@ -171,7 +176,7 @@ std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id
 }
 
 std::unique_ptr<Standards> PairedStandards(CurveReader reader, const JudgeSettings& settings) {
-  return std::make_unique<StandardOfSameId>(std::move(reader), settings);
+  return std::make_unique<StandardOfItsOwn>(std::move(reader), settings);
 }
 
 }  // namespace vrx::tool

@@ -1,4 +1,4 @@
-// Which standard a trial is judged against: one for all trials, or the row of the same id.
+// Which standard a trial is judged against: one for all trials, the one that it names, or the row of the same id.
 
 #ifndef TOOLS_VRX_STANDARDS_H_
 #define TOOLS_VRX_STANDARDS_H_
@@ -33,7 +33,7 @@ class Standards {
 std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id,
                                        const JudgeSettings& settings);
 
-/// The row of the trial's id. As long as both files are in the same order they are read side by side; from
+/// The row of the id that the trial names as its standard, else of the trial's own. As long as both files are in the same order they are read side by side; from
 /// the first trial that is elsewhere in the standards' file, through an index of its rows (16 bytes each, at
 /// most 4 million), for which the file must not be a pipe.
 std::unique_ptr<Standards> PairedStandards(CurveReader reader, const JudgeSettings& settings);

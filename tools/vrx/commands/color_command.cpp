@@ -14,6 +14,7 @@
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/terminal.h"
+#include "tools/vrx/readings.h"
 
 namespace vrx::tool {
 namespace {
@@ -21,6 +22,7 @@ namespace {
 struct ColorOptions {
   std::string file;
   ViewingOptions viewing;
+  bool average = false;
   CurveInputOptions input;
   Format format = Format::kTable;
 };
@@ -96,6 +98,17 @@ class ColorRows {
   CLabValues lab_, luv_, hunter_;
 };
 
+void AddMeans(CurveReader samples, ColorRows& rows) {
+  for (const Readings& readings : ReadReadings(samples, 0)) {
+    const CurveRow mean = readings.Mean();
+    const std::vector<double> color(mean.color.begin(), mean.color.end());
+    mean.kind == Sample::kCurve ? rows.AddCurve(mean.id, mean.curve)
+    : mean.kind == Sample::kXyz ? rows.AddXyz(mean.id, color)
+                                : rows.AddLab(mean.id, color);
+  }
+  WarnAboutFractions(samples);
+}
+
 void AddCurves(CurveReader curves, ColorRows& rows) {
   ProgressBar progress(curves.Csv().Size());
   CurveRow row;
@@ -121,7 +134,9 @@ void RunColor(const ColorOptions& options) {
   OutputStream output;
   ColorRows rows(options, output);
   CsvReader csv(options.file);
-  if (HasWavelengths(csv.Header())) {
+  if (options.average) {
+    AddMeans(OpenCurves(std::move(csv), options.input, Content::kCurvesOrColors), rows);
+  } else if (HasWavelengths(csv.Header())) {
     AddCurves(OpenCurves(std::move(csv), options.input), rows);
   } else {
     AddValues(csv, rows);
@@ -138,6 +153,7 @@ void AddColor(Command& tool) {
   command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z or L,a,b (- reads standard input)")
       .Required();
   AddViewingOptions(command, options->viewing, "D65,A,CWF");
+  command.AddFlag("--average", options->average, "Take the mean of the rows of one id");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
   command.SetNotes(

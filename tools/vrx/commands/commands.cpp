@@ -8,7 +8,8 @@ namespace vrx::tool {
 std::span<const CommandEntry> AllCommands() {
   static constexpr std::array kCommands{
       CommandEntry{"judge", AddJudge},       CommandEntry{"color", AddColor},
-      CommandEntry{"delta", AddDelta},       CommandEntry{"fit-tolerance", AddFitTolerance},
+      CommandEntry{"delta", AddDelta},       CommandEntry{"average", AddAverage},
+      CommandEntry{"sort", AddSort},         CommandEntry{"fit-tolerance", AddFitTolerance},
       CommandEntry{"strength", AddStrength}, CommandEntry{"colorants", AddColorants},
       CommandEntry{"predict", AddPredict},   CommandEntry{"calibrate", AddCalibrate},
       CommandEntry{"index", AddIndex},       CommandEntry{"swatch", AddSwatch},

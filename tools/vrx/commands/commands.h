@@ -13,6 +13,8 @@ namespace vrx::tool {
 void AddJudge(Command& tool);
 void AddColor(Command& tool);
 void AddDelta(Command& tool);
+void AddAverage(Command& tool);
+void AddSort(Command& tool);
 void AddFitTolerance(Command& tool);
 void AddStrength(Command& tool);
 void AddColorants(Command& tool);

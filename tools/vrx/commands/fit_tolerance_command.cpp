@@ -102,7 +102,7 @@ Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
     Judge& judge = standards->For(trial);
     if (!options.pairs && standards->Reader().HasNames()) accepted.standard = judge.StandardId();
     if (options.standard.empty() && judge.StandardId() == trial.id) continue;
-    judge.Evaluate(trial.curve);
+    judge.Evaluate(trial);
     for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
       const CDeltaValues& d = judge.LabDifference(i);
       accepted.clouds[{trial.geometry, i}].Add(trials.Csv(), {d[0], d[1], d[2]}, judge.Difference(i)[6]);

@@ -1,7 +1,10 @@
 // vrx judge: trials against standards, as differences, words and verdicts.
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -24,6 +27,9 @@ struct JudgeOptions {
   std::string tolerances;
   bool ellipse = false;
   std::string ellipses;
+  bool summary = false;
+  std::string only;
+  bool worstFirst = false;
   bool strict = false;
   Format format = Format::kTable;
 };
@@ -70,27 +76,89 @@ JudgeSettings SettingsOf(const JudgeOptions& options) {
   return settings;
 }
 
+// Lets through what the user asked to see, in the order that was asked for.
+class Selection {
+ public:
+  Selection(const JudgeOptions& options, JudgeOutput* output)
+      : options_(options), only_(VerdictsOf(options.only)), output_(output) {}
+
+  void Add(const CurveReader& trials, const Judgement& judgement) {
+    constexpr std::size_t kMost = 200'000;
+    if (output_ == nullptr || !only_[static_cast<std::size_t>(judgement.Overall())]) return;
+    if (!options_.worstFirst) return output_->Add(judgement);
+    if (held_.size() == kMost)
+      trials.Csv().FailRow("more than 200000 trials to sort; --only fail leaves fewer");
+    held_.push_back(judgement);
+  }
+
+  void Finish() {
+    std::ranges::stable_sort(held_, std::greater<>(), LargestTotal);
+    for (const Judgement& judgement : held_) output_->Add(judgement);
+  }
+
+ private:
+  static std::array<bool, 3> VerdictsOf(const std::string& list) {
+    if (list.empty()) return {true, true, true};
+    std::array<bool, 3> verdicts{};
+    for (const std::string& name : SplitList(list, ',')) {
+      if (name != "fail" && name != "warning") throw InputError("--only: fail, warning or both are expected");
+      verdicts[name == "fail" ? kFail : kWarning] = true;
+    }
+    return verdicts;
+  }
+  // Under any illuminant; what has no difference goes first.
+  static double LargestTotal(const Judgement& judgement) {
+    double largest = 0;
+    for (const IlluminantJudgement& under : judgement.under) {
+      const double total = under.difference.back();
+      largest = std::max(largest, under.available && !std::isnan(total) ? total : HUGE_VAL);
+    }
+    return largest;
+  }
+
+  const JudgeOptions& options_;
+  std::array<bool, 3> only_;  // by verdict
+  JudgeOutput* output_;       // none for a summary alone
+  std::vector<Judgement> held_;
+};
+
+JudgeColumns ColumnsOf(const ComparisonOptions& options, const CurveReader& trials) {
+  JudgeColumns columns;
+  columns.standards = trials.HasStandards() ? JudgeColumns::kNamed
+                      : options.pairs       ? JudgeColumns::kSameId
+                                            : JudgeColumns::kOne;
+  columns.name = trials.HasIdsAndNames();
+  columns.geometry = trials.HasGeometries();
+  return columns;
+}
+
 ExitStatus RunJudge(const JudgeOptions& options) {
   const JudgeSettings settings = SettingsOf(options);
   Comparison comparison(options.comparison, settings);
   OutputStream output;
-  const auto results = MakeJudgeOutput(options.format, output, settings, comparison.Trials());
-  bool allPass = true;
+  const auto results = options.summary ? nullptr
+                                       : MakeJudgeOutput(options.format, output, settings,
+                                                         ColumnsOf(options.comparison, comparison.Trials()));
+  Selection selection(options, results.get());
+  JudgeSummaries summaries(settings.illuminants.size());
+  Judgement judgement;
   comparison.ForEachTrial([&](const CurveRow& trial, Judge& judge) {
-    judge.Evaluate(trial.curve);
-    results->Add(trial, judge);
-    for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
-      allPass = allPass && judge.Result(i).overall == kPass;
-    }
+    judge.Evaluate(trial);
+    judge.Take(trial, judgement);
+    for (std::size_t i = 0; i < summaries.size(); ++i) summaries[i].Add(judgement.trial, judgement.under[i]);
+    selection.Add(comparison.Trials(), judgement);
   });
-  results->Finish();
+  selection.Finish();
+  results ? results->Finish(summaries) : WriteSummaries(options.format, output, settings, summaries);
   output.Finish();
   comparison.WarnAboutInput();
+  const bool allPass = std::ranges::all_of(
+      summaries, [](const JudgeSummary& summary) { return summary.verdicts[kPass] == summary.Samples(); });
   return options.strict && !allPass ? kExitNotPassed : kExitPass;
 }
 
 void AddOptions(Command& command, JudgeOptions& options) {
-  AddComparisonOptions(command, options.comparison);
+  AddComparisonOptions(command, options.comparison, Content::kCurvesOrColors);
   AddJudgingOptions(command, options.judging);
   Option boxes = command.AddOption("--tolerances", options.tolerances,
                                    "Limits per standard, geometry and illuminant, from a CSV file");
@@ -104,6 +172,12 @@ void AddOptions(Command& command, JudgeOptions& options) {
                  "Judge by ellipsoids from a CSV file, as vrx fit-tolerance writes it")
       .Shows("FILE")
       .Excludes(boxes);
+  command.AddFlag("--summary", options.summary, "Write only the summary of each illuminant");
+  command.AddOption("--only", options.only, "Write only trials whose worst verdict is one of these")
+      .Shows("fail|warning|fail,warning")
+      .Check(RefuseEmpty);
+  command.AddFlag("--worst-first", options.worstFirst,
+                  "Write the trials of the largest total differences first");
   command.AddFlag("--strict", options.strict, "Exit status 1 when a trial does not pass");
   AddFormatOption(command, options.format);
 }

@@ -38,10 +38,6 @@ std::array<double, 8> ColorOf(const CReflData& curve, vrxIlluminant illuminant, 
   return {xyz[0], xyz[1], xyz[2], lab[0], lab[1], lab[2], lab[3], lab[4]};
 }
 
-int32_t WavelengthAt(int32_t i) {
-  return kFirstWavelength + kWavelengthStep * i;
-}
-
 std::string ConditionsOf(vrxIlluminant illuminant, int32_t observer) {
   std::string text = CodeOf(illuminant);
   text += '/';

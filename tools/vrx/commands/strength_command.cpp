@@ -39,10 +39,6 @@ struct StrengthSettings {
   JudgeSettings viewing;  // only its illuminants and observer count
 };
 
-int32_t WavelengthAt(int32_t i) {
-  return kFirstWavelength + kWavelengthStep * i;
-}
-
 // The sample at a wavelength in nm.
 int32_t ParseSample(std::string_view text, const char* option) {
   int32_t nm = 0;
@@ -251,7 +247,7 @@ void RunStrength(const StrengthOptions& options) {
 }
 
 void AddOptions(Command& command, StrengthOptions& options) {
-  AddComparisonOptions(command, options.comparison);
+  AddComparisonOptions(command, options.comparison, Content::kCurves);
   command.AddOption("--band", options.band, "Wavelengths that are summed, in nm").Shows("FROM-TO [400-700]");
   command.AddOption("--wavelength", options.wavelength, "Add the chromatic strength at this wavelength")
       .Shows("NM");

@@ -64,8 +64,9 @@ Card MakeCard(const JudgeSettings& settings, const Judge& judge, const CurveRow&
   for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
     const vrxIlluminant illuminant = settings.illuminants[i];
     Pair pair;
-    pair.displayable = ToDisplay(illuminant, settings.observer, judge.StandardXyz(i), pair.standard);
-    pair.displayable &= ToDisplay(illuminant, settings.observer, judge.TrialXyz(i), pair.trial);
+    pair.displayable =
+        ToDisplay(illuminant, settings.observer, judge.StandardColor(i).tristimulus, pair.standard);
+    pair.displayable &= ToDisplay(illuminant, settings.observer, judge.TrialColor(i).tristimulus, pair.trial);
     pair.difference = judge.Difference(i)[6];
     pair.verdict = judge.Result(i).overall;
     card.pairs.push_back(pair);
@@ -196,7 +197,7 @@ std::vector<Card> JudgeAll(const SwatchOptions& options, const JudgeSettings& se
     Judge& judge = standards->For(trial);
     if (oneFile && judge.StandardId() == trial.id) continue;
     if (cards.size() == kMaxTrials) trials.Csv().FailRow("more than 1000 trials for one picture");
-    judge.Evaluate(trial.curve);
+    judge.Evaluate(trial);
     cards.push_back(MakeCard(settings, judge, trial));
   }
   WarnAboutFractions(trials);

@@ -3,11 +3,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <utility>
 
 #include <vrxmath/judging/shade.h>
 
+#include "tools/vrx/conditions.h"
 #include "tools/vrx/output/json_output.h"
+#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 
@@ -54,38 +56,38 @@ class CsvJudgeOutput final : public JudgeOutput {
         "verdict");
     output_.Append(byEllipse_ ? ",ellipse\n" : "\n");
   }
-  void Add(const CurveRow& trial, const Judge& judge) override {
-    for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) AddRow(trial, judge, i);
+  void Add(const Judgement& judgement) override {
+    for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) AddRow(judgement, i);
   }
-  void Finish() override {}
+  void Finish(const JudgeSummaries&) override {}
 
  private:
-  void AddRow(const CurveRow& trial, const Judge& judge, std::size_t i) {
-    output_.AppendCsvText(judge.StandardId());
+  void AddRow(const Judgement& judgement, std::size_t i) {
+    output_.AppendCsvText(judgement.standard);
     output_.Append(',');
-    output_.AppendCsvText(trial.id);
+    output_.AppendCsvText(judgement.trial);
     for (const std::string_view text :
-         {texts_.Geometry(trial.geometry), std::string_view(texts_.illuminants[i])}) {
+         {texts_.Geometry(judgement.geometry), std::string_view(texts_.illuminants[i])}) {
       output_.Append(',');
       output_.Append(text);
     }
     output_.Append(texts_.observer == 10 ? ",10" : ",2");
-    for (const double element : judge.Difference(i)) {
+    const IlluminantJudgement& under = judgement.under[i];
+    for (const double element : under.difference) {
       output_.Append(',');
       output_.AppendNumber(element);
     }
-    const CEvaluation& result = judge.Result(i);
-    for (const ShadeWord word : result.shade.words) {
+    for (const ShadeWord word : under.words) {
       output_.Append(',');
       output_.Append(texts_.Word(word));
     }
-    for (const Verdict verdict : {judge.Components(i), result.total, result.overall}) {
+    for (const Verdict verdict : {under.components, under.total, under.overall}) {
       output_.Append(',');
       output_.Append(static_cast<char>('0' + verdict));
     }
     if (byEllipse_) {
       output_.Append(',');
-      output_.AppendNumber(judge.EllipseValue(i));
+      output_.AppendNumber(under.ellipseValue);
     }
     output_.Append('\n');
   }
@@ -99,26 +101,27 @@ class JsonJudgeOutput final : public JudgeOutput {
  public:
   JsonJudgeOutput(OutputStream& output, const JudgeSettings& settings)
       : array_(output), texts_(settings), byEllipse_(settings.ByEllipse()) {}
-  void Add(const CurveRow& trial, const Judge& judge) override {
+  void Add(const Judgement& judgement) override {
     for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) {
-      const CEvaluation& result = judge.Result(i);
+      const IlluminantJudgement& under = judgement.under[i];
       nlohmann::ordered_json object;
-      object["standard"] = judge.StandardId();
-      object["trial"] = trial.id;
-      object["geometry"] = trial.geometry < 0 ? nlohmann::ordered_json()
-                                              : nlohmann::ordered_json(texts_.Geometry(trial.geometry));
+      object["standard"] = judgement.standard;
+      object["trial"] = judgement.trial;
+      object["geometry"] = judgement.geometry < 0
+                               ? nlohmann::ordered_json()
+                               : nlohmann::ordered_json(texts_.Geometry(judgement.geometry));
       object["illuminant"] = texts_.illuminants[i];
       object["observer"] = texts_.observer;
-      for (const double element : judge.Difference(i)) object["elements"].push_back(JsonNumber(element));
-      for (const ShadeWord word : result.shade.words) object["words"].push_back(texts_.Word(word));
-      object["box"] = judge.Components(i);
-      object["total"] = result.total;
-      object["verdict"] = result.overall;
-      if (byEllipse_) object["ellipse"] = JsonNumber(judge.EllipseValue(i));
+      for (const double element : under.difference) object["elements"].push_back(JsonNumber(element));
+      for (const ShadeWord word : under.words) object["words"].push_back(texts_.Word(word));
+      object["box"] = under.components;
+      object["total"] = under.total;
+      object["verdict"] = under.overall;
+      if (byEllipse_) object["ellipse"] = JsonNumber(under.ellipseValue);
       array_.Add(object);
     }
   }
-  void Finish() override { array_.Finish(); }
+  void Finish(const JudgeSummaries&) override { array_.Finish(); }
 
  private:
   JsonArrayWriter array_;
@@ -126,57 +129,47 @@ class JsonJudgeOutput final : public JudgeOutput {
   bool byEllipse_;
 };
 
-// What a table says of an illuminant at its end.
-struct Summary {
-  std::array<int64_t, 3> verdicts{};  // by verdict
-  double sum = 0;                     // of total differences
-  double largest = 0;
-  std::string largestTrial;
-
-  void Add(const CurveRow& trial, const Judge& judge, std::size_t i) {
-    const double total = judge.Difference(i)[6];
-    ++verdicts[static_cast<std::size_t>(judge.Result(i).overall)];
-    sum += total;
-    if (!(total > largest)) return;
-    largest = total;
-    largestTrial = trial.id;
-  }
-};
-
 class TableJudgeOutput final : public JudgeOutput {
  public:
-  TableJudgeOutput(OutputStream& output, const JudgeSettings& settings, bool withName, bool withGeometry)
-      : output_(output),
+  TableJudgeOutput(const Format& format, OutputStream& output, const JudgeSettings& settings,
+                   const JudgeColumns& shown)
+      : format_(format),
+        output_(output),
+        settings_(settings),
         texts_(settings),
         columns_(DifferenceColumnsOf(settings.difference.system)),
-        withName_(withName),
-        withGeometry_(withGeometry),
+        shown_(shown),
         byEllipse_(settings.ByEllipse()),
-        summaries_(settings.illuminants.size()),
-        rows_(MakeRowWriter(Format::kTable, output, Columns())) {
-    output_.Append(TitleOf(settings.difference) + ", " +
-                   IlluminantName(settings.illuminants[0], settings.observer, kNameObserver).ToUtf8() +
-                   "\n\n");
+        rows_(MakeRowWriter(format, output, Columns())) {}
+
+  void Add(const Judgement& judgement) override {
+    if (!std::exchange(hasTitle_, true)) WriteTitle(judgement.standard);
+    for (std::size_t i = 0; i < judgement.under.size(); ++i) AddRow(judgement, i);
   }
 
-  void Add(const CurveRow& trial, const Judge& judge) override {
-    for (std::size_t i = 0; i < summaries_.size(); ++i) {
-      AddRow(trial, judge, i);
-      summaries_[i].Add(trial, judge, i);
-    }
-  }
-
-  void Finish() override {
+  void Finish(const JudgeSummaries& summaries) override {
+    if (!hasTitle_) WriteTitle("");
     rows_->Finish();
     output_.Append('\n');
-    WriteSummary();
+    WriteSummaries(format_, output_, settings_, summaries);
   }
 
  private:
+  void WriteTitle(const std::string& standard) {
+    output_.Append(TitleOf(settings_.difference) + ", " +
+                   IlluminantName(settings_.illuminants[0], settings_.observer, kNameObserver).ToUtf8());
+    if (shown_.standards == JudgeColumns::kOne && !standard.empty()) {
+      output_.Append(", standard " + Shortened(standard, kLongestCell));
+    }
+    output_.Append("\n\n");
+  }
+
   std::vector<Column> Columns() const {
-    std::vector<Column> columns{{"standard"}, {"trial"}};
-    if (withName_) columns.push_back({"name"});
-    if (withGeometry_) columns.push_back({"geometry"});
+    std::vector<Column> columns;
+    if (shown_.standards == JudgeColumns::kNamed) columns.push_back({"standard"});
+    columns.push_back({"trial"});
+    if (shown_.name) columns.push_back({"name"});
+    if (shown_.geometry) columns.push_back({"geometry"});
     columns.push_back({"illuminant"});
     for (const DifferenceColumn& column : columns_) columns.push_back({column.heading});
     columns.push_back({"words"});
@@ -185,59 +178,38 @@ class TableJudgeOutput final : public JudgeOutput {
     return columns;
   }
 
-  void AddRow(const CurveRow& trial, const Judge& judge, std::size_t i) {
-    const CEvaluation& result = judge.Result(i);
-    rows_->Text(judge.StandardId());
-    rows_->Text(trial.id);
-    if (withName_) rows_->Text(trial.name);
-    if (withGeometry_) rows_->Text(texts_.Geometry(trial.geometry));
+  void AddRow(const Judgement& judgement, std::size_t i) {
+    const IlluminantJudgement& under = judgement.under[i];
+    if (shown_.standards == JudgeColumns::kNamed) rows_->Text(judgement.standard);
+    rows_->Text(judgement.trial);
+    if (shown_.name) rows_->Text(judgement.name);
+    if (shown_.geometry) rows_->Text(texts_.Geometry(judgement.geometry));
     rows_->Text(texts_.illuminants[i]);
-    for (const DifferenceColumn& column : columns_) rows_->Number(judge.Difference(i)[column.element]);
+    for (const DifferenceColumn& column : columns_) {
+      rows_->Number(under.difference[static_cast<std::size_t>(column.element)]);
+    }
     words_.clear();
-    for (const ShadeWord word : result.shade.words) {
+    for (const ShadeWord word : under.words) {
       if (word == kShadeNone) continue;
       if (!words_.empty()) words_ += ", ";
       words_ += texts_.Word(word);
     }
     rows_->Text(words_);
-    if (byEllipse_) rows_->Number(judge.EllipseValue(i));
-    for (const Verdict verdict : {judge.Components(i), result.total, result.overall}) {
+    if (byEllipse_) rows_->Number(under.ellipseValue);
+    for (const Verdict verdict : {under.components, under.total, under.overall}) {
       rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
     }
     rows_->EndRow();
   }
 
-  void WriteSummary() {
-    const std::string total = columns_.back().heading;
-    const auto rows = MakeRowWriter(Format::kTable, output_,
-                                    {{"illuminant"},
-                                     {"samples"},
-                                     {"pass"},
-                                     {"warning"},
-                                     {"fail"},
-                                     {"mean", "mean " + total},
-                                     {"largest", "largest " + total},
-                                     {"of", "of trial"}});
-    for (std::size_t i = 0; i < summaries_.size(); ++i) {
-      const Summary& summary = summaries_[i];
-      const auto [fail, warning, pass] = summary.verdicts;
-      rows->Text(texts_.illuminants[i]);
-      for (const int64_t count : {fail + warning + pass, pass, warning, fail}) rows->Integer(count);
-      rows->Number(summary.sum / static_cast<double>(fail + warning + pass));
-      rows->Number(summary.largest);
-      rows->Text(summary.largestTrial);
-      rows->EndRow();
-    }
-    rows->Finish();
-  }
-
+  Format format_;
   OutputStream& output_;
+  const JudgeSettings& settings_;
   Texts texts_;
   std::vector<DifferenceColumn> columns_;
-  bool withName_;
-  bool withGeometry_;
+  JudgeColumns shown_;
   bool byEllipse_;
-  std::vector<Summary> summaries_;
+  bool hasTitle_ = false;
   std::unique_ptr<RowWriter> rows_;
   std::string words_;
 };
@@ -245,12 +217,43 @@ class TableJudgeOutput final : public JudgeOutput {
 }  // namespace
 
 std::unique_ptr<JudgeOutput> MakeJudgeOutput(const Format& format, OutputStream& output,
-                                             const JudgeSettings& settings, const CurveReader& trials) {
+                                             const JudgeSettings& settings, const JudgeColumns& columns) {
   output.SetFormat(format);
   if (format == Format::kCsv) return std::make_unique<CsvJudgeOutput>(output, settings);
   if (format == Format::kJson) return std::make_unique<JsonJudgeOutput>(output, settings);
-  return std::make_unique<TableJudgeOutput>(output, settings, trials.HasIdsAndNames(),
-                                            trials.HasGeometries());
+  return std::make_unique<TableJudgeOutput>(format, output, settings, columns);
+}
+
+void WriteSummaries(const Format& format, OutputStream& output, const JudgeSettings& settings,
+                    const JudgeSummaries& summaries) {
+  constexpr double kMost = 95;  // percent of the trials
+  const std::string total = DifferenceColumnsOf(settings.difference.system).back().heading;
+  const auto rows = MakeRowWriter(format, output,
+                                  {{"illuminant"},
+                                   {"samples"},
+                                   {"pass"},
+                                   {"warning"},
+                                   {"fail"},
+                                   {"mean", "mean " + total},
+                                   {"deviation", "st. dev."},
+                                   {"median"},
+                                   {"percentile95", "95 % below"},
+                                   {"largest"},
+                                   {"trial", "of trial"}});
+  for (std::size_t i = 0; i < summaries.size(); ++i) {
+    const JudgeSummary& summary = summaries[i];
+    const auto [fail, warning, pass] = summary.verdicts;
+    rows->Text(CodeOf(settings.illuminants[i]));
+    for (const int64_t count : {summary.Samples(), pass, warning, fail}) rows->Integer(count);
+    rows->Number(summary.totals.Mean());
+    rows->Number(summary.totals.StandardDeviation());
+    rows->Number(summary.totals.Percentile(50));
+    rows->Number(summary.totals.Percentile(kMost));
+    rows->Number(summary.totals.Largest());
+    rows->Text(summary.largestTrial);
+    rows->EndRow();
+  }
+  rows->Finish();
 }
 
 }  // namespace vrx::tool

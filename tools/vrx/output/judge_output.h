@@ -4,30 +4,42 @@
 #ifndef TOOLS_VRX_OUTPUT_JUDGE_OUTPUT_H_
 #define TOOLS_VRX_OUTPUT_JUDGE_OUTPUT_H_
 
-#include <cstdint>
 #include <memory>
-#include <string>
-#include <vector>
 
-#include <vrxio/curve_reader.h>
-#include "tools/vrx/conditions.h"
 #include "tools/vrx/judge.h"
+#include "tools/vrx/judge_summary.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {
+
+/// What a table shows in front of the differences.
+struct JudgeColumns {
+  enum Standards {
+    kOne,     ///< one standard for all: it stands in the title
+    kSameId,  ///< trial and standard have one id, which stands there once
+    kNamed,   ///< each trial names its standard
+  };
+  Standards standards = kOne;
+  bool name = false;
+  bool geometry = false;
+};
 
 class JudgeOutput {
  public:
   virtual ~JudgeOutput() = default;
   /// Writes the outcome of a trial under every illuminant.
-  virtual void Add(const CurveRow& trial, const Judge& judge) = 0;
-  virtual void Finish() = 0;
+  virtual void Add(const Judgement& judgement) = 0;
+  /// Ends the results; a table ends with the summaries.
+  virtual void Finish(const JudgeSummaries& summaries) = 0;
 };
 
-/// `output` and `settings` must outlive the writer. A table has columns for names and geometries when
-/// `trials` have them.
+/// `output` and `settings` must outlive the writer.
 std::unique_ptr<JudgeOutput> MakeJudgeOutput(const Format& format, OutputStream& output,
-                                             const JudgeSettings& settings, const CurveReader& trials);
+                                             const JudgeSettings& settings, const JudgeColumns& columns);
+
+/// The summaries alone, a row per illuminant.
+void WriteSummaries(const Format& format, OutputStream& output, const JudgeSettings& settings,
+                    const JudgeSummaries& summaries);
 
 }  // namespace vrx::tool
 

@@ -1,0 +1,91 @@
+// Judging, sorting and averaging of colours with known differences, as a user asks for them.
+
+#include <gtest/gtest.h>
+#include <string>
+
+#include "tests/testing/tool_process.h"
+#include "tools/vrx/distribution.h"
+
+namespace {
+
+using vrx::tool::Distribution;
+
+class Judging : public vrx::test::ToolProcess {
+ protected:
+  void SetUp() override {
+    folder_.Write("s.csv", "id,L,a,b\ns,50,0,0\nr,70,10,-5\n");
+    // From s: dE*ab 0.5, 1.3 (a warning beyond 0.75 of 1.5), 2, 5. From r: 0.
+    folder_.Write("t.csv", "id,L,a,b\nt1,50.5,0,0\nt2,50,1.2,0.5\nt3,50,0,-2\nt4,53,4,0\n");
+    folder_.Write("named.csv", "standard,b,id,a,L\ns,0,t1,0,50.5\nr,-5,t2,10,70\ns,0,t3,4,53\n");
+    folder_.Write("readings.csv", "id,X,Y,Z\nu,10,20,30\nv,1,2,3\nu,11,22,33\nu,9,18,27\nv,3,2,1\nv,2,2,2\n");
+    folder_.Write("apart.csv", "id,L,a,b\nu,50,0,0\nu,50.1,0,0\nu,50,0.1,0\nu,52,0,0\nu,50,0,-0.1\n");
+  }
+};
+
+TEST_F(Judging, KnownColours) {
+  const std::string kLab = " --system lab --illuminants D65 --tolerance 1.5 --digits 2 --format csv";
+  const std::string kHeader =
+      "standard,trial,geometry,illuminant,observer,e0,e1,e2,e3,e4,e5,e6,word0,word1,word2,box,total,"
+      "verdict\n";
+  const std::string t1 = "s,t1,,D65,10,0.50,0.00,0.00,0.50,0.00,0.00,0.50,Lighter, , ,2,2,2\n";
+  const std::string t2 = "s,t2,,D65,10,0.00,1.20,0.50,0.00,1.30,0.00,1.30, ,Redder,Yellower,1,1,1\n";
+  const std::string t3 = "s,t3,,D65,10,0.00,0.00,-2.00,0.00,2.00,0.00,2.00, , ,Bluer,0,0,0\n";
+  const std::string t4 = "s,t4,,D65,10,3.00,4.00,0.00,3.00,4.00,0.00,5.00,Lighter,Redder, ,0,0,0\n";
+  const std::string kNamedT2 = "r,t2,,D65,10,0.00,0.00,0.00,0.00,0.00,0.00,0.00, , , ,2,2,2\n";
+  const struct {
+    std::string arguments, out;
+  } kRows[] = {
+      {"judge s.csv t.csv" + kLab, kHeader + t1 + t2 + t3 + t4},
+      {"judge s.csv t.csv --worst-first" + kLab, kHeader + t4 + t3 + t2 + t1},
+      {"judge s.csv t.csv --only warning" + kLab, kHeader + t2},
+      {"judge s.csv t.csv --only fail,warning" + kLab, kHeader + t2 + t3 + t4},
+      {"judge s.csv named.csv" + kLab,
+       kHeader + t1 + kNamedT2 + "s,t3,,D65,10,3.00,4.00,0.00,3.00,4.00,0.00,5.00,Lighter,Redder, ,0,0,0\n"},
+      {"judge s.csv t.csv --summary" + kLab,
+       "illuminant,samples,pass,warning,fail,mean,deviation,median,percentile95,largest,trial\n"
+       "D65,4,1,1,2,2.20,1.96,1.65,4.55,5.00,t4\n"},
+      {"sort t.csv --standard s.csv --blocks 1,1,1 --digits 1 --format csv",
+       "block,trial,e0,e1,e2\n553,t3,0.0,0.0,-2.0\n566,t2,0.0,1.2,0.5\n655,t1,0.5,0.0,0.0\n895,t4,3.0,4.0,0."
+       "0\n"},
+      {"average readings.csv --format csv", "id,X,Y,Z\nu,10,20,30\nv,2,2,2\n"},
+      {"average readings.csv --count 2 --format csv", "id,X,Y,Z\nu,5.5,11,16.5\nu,10,20,30\nv,2.5,2,1.5\n"},
+      {"color readings.csv --average --digits 0 --illuminants C --format csv | cut -d , -f 1-6",
+       "id,illuminant,observer,X,Y,Z\nu,C,10,10,20,30\nv,C,10,2,2,2\n"},
+      {"average apart.csv --statistics --digits 2 --format csv 2> /dev/null",
+       "id,geometry,readings,sdL,sda,sdb,rangeL,rangea,rangeb,mean_difference,largest_difference,outliers\n"
+       "u,,5,0.88,0.04,0.04,2.00,0.10,0.10,0.64,1.58,4\n"},
+  };
+  for (const auto& [arguments, out] : kRows) EXPECT_EQ(Run(arguments).out, out) << arguments;
+  EXPECT_NE(Run("average apart.csv").err.find("readings of \"u\" 4 lies apart"), std::string::npos);
+}
+
+TEST_F(Judging, Refusals) {
+  const std::pair<const char*, const char*> kRows[] = {
+      {"judge s.csv t.csv", "s.csv: colours are seen under one illuminant"},
+      {"judge s.csv named.csv --illuminants D65 --standard-id s", "the trials name their standards"},
+      {"judge s.csv t.csv --illuminants D65 --only pass", "--only: fail, warning or both"},
+      {"strength s.csv t.csv", "column 2 (L): the column is neither"},
+      {"average readings.csv --count 4", "2 rows are left over at the end"},
+      {"sort t.csv --blocks 0", "--blocks: sizes above 0"},
+  };
+  for (const auto& [arguments, reason] : kRows) {
+    const Result result = Run(arguments);
+    EXPECT_EQ(result.status, 2) << arguments;
+    EXPECT_NE(result.err.find(reason), std::string::npos) << result.err;
+  }
+}
+
+TEST(DistributionOfNumbers, ExactForFewAndCloseForMany) {
+  Distribution few, many;
+  for (int i = 10; i > 0; --i) few.Add(i);
+  EXPECT_EQ(few.Mean(), 5.5);
+  EXPECT_NEAR(few.StandardDeviation(), 3.02765035409749, 1e-14);  // sqrt(55 / 6)
+  EXPECT_EQ(few.Percentile(50), 5.5);
+  EXPECT_NEAR(few.Percentile(95), 9.55, 1e-14);
+  EXPECT_EQ(few.Largest(), 10);
+  for (int i = 0; i < 300'000; ++i) many.Add(i % 3000 / 1000.0);
+  EXPECT_NEAR(many.Percentile(50), 1.5, 0.0015);
+  EXPECT_NEAR(many.Percentile(95), 2.85, 0.00285);
+}
+
+}  // namespace

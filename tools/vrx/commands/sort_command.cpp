@@ -1,0 +1,197 @@
+// vrx sort: trials in the blocks of a shade-sorting grid about their standard.
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/tolerance/box_tolerance.h>
+
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/conditions.h"
+#include "tools/vrx/curve_input.h"
+#include "tools/vrx/output/output.h"
+#include "tools/vrx/standards.h"
+
+namespace vrx::tool {
+namespace {
+
+struct SortOptions {
+  std::string trials;
+  std::string standard;
+  std::string standardId;
+  std::string blocks = "1,1,1";
+  ViewingOptions viewing;
+  SystemOptions system;
+  CurveInputOptions input;
+  Format format = Format::kTable;
+};
+
+struct SortedTrial {
+  int32_t code;
+  std::string id, name, geometry;
+  std::array<double, 3> difference;
+};
+
+// A digit for each dimension, 0 to 9 and A, as "555" for the block of the standard.
+std::string DigitsOf(int32_t code) {
+  constexpr std::string_view kDigits = "0123456789A";
+  std::string text;
+  for (const int32_t cell : {code >> 8, code >> 4 & 0xF, code & 0xF})
+    text += kDigits[static_cast<std::size_t>(cell)];
+  return text;
+}
+
+CBlockSizeData BlocksOf(const std::string& text) {
+  const std::vector<double> sizes = ParseNumbers(text, "--blocks");
+  CBlockSizeData blocks;
+  if (sizes.size() == 1) {
+    blocks.Fill(sizes[0]);
+  } else if (sizes.size() == 3) {
+    std::ranges::copy(sizes, blocks.begin());
+  } else {
+    throw InputError("--blocks: one size or three, of the components of the difference");
+  }
+  if (std::ranges::any_of(blocks, [](double size) { return !(size > 0); })) {
+    throw InputError("--blocks: sizes above 0");
+  }
+  return blocks;
+}
+
+// Sorts by blocks; within one, trials keep their order.
+class Sorter {
+ public:
+  Sorter(const CBlockSizeData& blocks, const JudgeSettings& settings)
+      : blocks_(blocks), settings_(settings) {}
+
+  void Add(const CurveReader& reader, const CurveRow& trial, Judge& judge) {
+    constexpr std::size_t kMost = 200'000;
+    if (trials_.size() == kMost) reader.Csv().FailRow("more than 200000 trials to sort");
+    judge.Evaluate(trial);
+    CColorValues standard = judge.StandardColor(0), sample = judge.TrialColor(0);
+    if (settings_.difference.system == vrxSystemHunter || settings_.difference.system == vrxSystemLuv) {
+      for (CColorValues* color : {&standard, &sample}) {
+        FillCoordinates(settings_.difference.system, settings_.illuminants[0], settings_.observer, *color);
+      }
+    }
+    const double code = BlockCode(blocks_, standard, sample, settings_.illuminants[0], settings_.observer,
+                                  settings_.difference);
+    const CDeltaValues& difference = judge.Difference(0);
+    trials_.push_back({static_cast<int32_t>(code),
+                       std::string(trial.id),
+                       std::string(trial.name),
+                       GeometryName(trial.geometry),
+                       {difference[0], difference[1], difference[2]}});
+  }
+
+  void Write(const Format& format, bool withName, bool withGeometry, OutputStream& output) {
+    std::ranges::stable_sort(trials_, {}, &SortedTrial::code);
+    const std::vector<DifferenceColumn> headings = DifferenceColumnsOf(settings_.difference.system);
+    std::vector<Column> columns{{"block"}, {"trial"}};
+    if (withName) columns.push_back({"name"});
+    if (withGeometry) columns.push_back({"geometry"});
+    for (std::size_t k = 0; k < 3; ++k) {
+      const auto heading = std::ranges::find(headings, static_cast<int32_t>(k), &DifferenceColumn::element);
+      columns.push_back(
+          {std::string("e").append(std::to_string(k)), heading != headings.end() ? heading->heading : ""});
+    }
+    if (format == Format::kTable) output.Append(TitleOf(settings_.difference) + "\n\n");
+    const auto rows = MakeRowWriter(format, output, std::move(columns));
+    for (const SortedTrial& trial : trials_) {
+      rows->Text(DigitsOf(trial.code));
+      rows->Text(trial.id);
+      if (withName) rows->Text(trial.name);
+      if (withGeometry) rows->Text(trial.geometry);
+      for (const double element : trial.difference) rows->Number(element);
+      rows->EndRow();
+    }
+    rows->Finish();
+    if (format == Format::kTable) WriteCounts(output);
+  }
+
+ private:
+  void WriteCounts(OutputStream& output) const {
+    std::map<int32_t, int64_t> counts;
+    for (const SortedTrial& trial : trials_) ++counts[trial.code];
+    output.Append('\n');
+    const auto rows = MakeRowWriter(Format::kTable, output, {{"block"}, {"trials"}});
+    for (const auto& [code, count] : counts) {
+      rows->Text(DigitsOf(code));
+      rows->Integer(count);
+      rows->EndRow();
+    }
+    rows->Finish();
+  }
+
+  CBlockSizeData blocks_;
+  const JudgeSettings& settings_;
+  std::vector<SortedTrial> trials_;
+};
+
+void RunSort(const SortOptions& options) {
+  JudgeSettings settings;
+  settings.illuminants = options.viewing.Illuminants();
+  settings.observer = options.viewing.Observer();
+  settings.difference = options.system.Settings();
+  if (settings.illuminants.size() != 1) throw InputError("--illuminants: one is expected");
+  const bool oneFile = options.standard.empty();
+  if (options.trials == "-" && (oneFile || options.standard == "-")) {
+    throw InputError("standard and trials are read apart: name a file");
+  }
+  const auto standards = OneStandard(
+      OpenCurves(oneFile ? options.trials : options.standard, options.input, Content::kCurvesOrColors),
+      options.standardId, settings);
+  CurveReader trials = OpenCurves(options.trials, options.input, Content::kCurvesOrColors);
+  Sorter sorter(BlocksOf(options.blocks), settings);
+  CurveRow trial;
+  while (trials.Next(trial)) {
+    Judge& judge = standards->For(trial);
+    if (!oneFile || judge.StandardId() != trial.id) sorter.Add(trials, trial, judge);
+  }
+  OutputStream output;
+  sorter.Write(options.format, trials.HasIdsAndNames(), trials.HasGeometries(), output);
+  output.Finish();
+  WarnAboutFractions(trials);
+}
+
+}  // namespace
+
+void AddSort(Command& tool) {
+  const auto options = std::make_shared<SortOptions>();
+  Command command = tool.AddCommand("sort", "Sort trials into shade blocks, such as 555");
+  command.AddOption("TRIALS", options->trials, "Curves or colours of the trials (- reads standard input)")
+      .Required();
+  command.AddOption("--standard", options->standard, "Curve or colour of the standard")
+      .Shows("FILE [TRIALS]");
+  command.AddOption("--standard-id", options->standardId, "Which row is the standard")
+      .Shows("ID [the first row]")
+      .Check(RefuseEmpty);
+  command
+      .AddOption("--blocks", options->blocks,
+                 "Size of the blocks: one, or one for each of the three components")
+      .Shows("SIZES [1,1,1]");
+  AddSystemOptions(command, options->system, "lab");
+  AddViewingOptions(command, options->viewing, "D65");
+  AddCurveInputOptions(command, options->input);
+  AddFormatOption(command, options->format);
+  command.SetNotes(
+      "The digits of a block stand for the first three components of the difference: 5 is the block about "
+      "the\n"
+      "standard, 1 to 9 are nine blocks side by side, 0 and A whatever lies beyond. Trials of one block go\n"
+      "together; a trial that lies on an edge belongs to the block above it.\n\n"
+      "Examples:\n"
+      "  vrx sort examples/chart_ohta.csv --standard-id P19 --blocks 10\n"
+      "  vrx sort lots.csv --standard master.csv --system cmc --blocks 0.5,0.5,0.4 --format csv\n");
+  command.SetAction([options] {
+    RunSort(*options);
+    return kExitPass;
+  });
+}
+
+}  // namespace vrx::tool
