@@ -1,13 +1,22 @@
-# vrx_define_library(<folder> HEADERS <file>... [SOURCES <file>...] [DEPENDS <folder>...])
+# vrx_define_library(<folder> HEADERS <file>... [SOURCES <file>...] [LANE_SOURCES <file>...] [DEPENDS <folder>...])
 #
 # Declares one folder of vrxmath/ as a unit, vrx::<folder>. A unit is a static library of its own, which tests and
 # benchmarks link, so that internals are reachable without being exported; its objects also go into the one
 # library that is installed (vrx_define_umbrella), so no file is listed twice. DEPENDS names the folders that it
-# may include; an unknown one fails at configure time.
+# may include; an unknown one fails at configure time. LANE_SOURCES are compiled once per instruction set (LaneSets.cmake).
 function(vrx_define_library folder)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "HEADERS;SOURCES;DEPENDS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "HEADERS;SOURCES;LANE_SOURCES;DEPENDS")
   add_library(vrx_${folder}_objects OBJECT ${arg_SOURCES} ${arg_HEADERS})
-  add_library(vrx_${folder} STATIC $<TARGET_OBJECTS:vrx_${folder}_objects>)
+  set(objects vrx_${folder}_objects)
+  if(arg_LANE_SOURCES)
+    vrx_add_lane_objects(vrx_${folder}_lanes lane_objects SOURCES ${arg_LANE_SOURCES})
+    list(APPEND objects ${lane_objects})
+  endif()
+  add_library(vrx_${folder} STATIC)
+  foreach(target IN LISTS objects)
+    target_sources(vrx_${folder} PRIVATE $<TARGET_OBJECTS:${target}>)
+  endforeach()
+  set_property(GLOBAL APPEND PROPERTY VRX_UNIT_OBJECTS ${objects})
   add_library(vrx::${folder} ALIAS vrx_${folder})
   set_target_properties(vrx_${folder}_objects PROPERTIES
     POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
@@ -34,11 +43,11 @@ endfunction()
 
 # Gathers the objects of every unit into the installed library `vrxmath`, with its CMake and pkg-config packages.
 function(vrx_define_umbrella)
-  get_property(units GLOBAL PROPERTY VRX_UNITS)
+  get_property(objects GLOBAL PROPERTY VRX_UNIT_OBJECTS)
   add_library(vrxmath)
   add_library(vrxmath::vrxmath ALIAS vrxmath)
-  foreach(unit IN LISTS units)
-    target_sources(vrxmath PRIVATE $<TARGET_OBJECTS:vrx_${unit}_objects>)
+  foreach(target IN LISTS objects)
+    target_sources(vrxmath PRIVATE $<TARGET_OBJECTS:${target}>)
   endforeach()
   set_target_properties(vrxmath PROPERTIES
     LINKER_LANGUAGE CXX VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})

@@ -3,16 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include <vrxmath/numeric/elementary.h>
+#include <vrxmath/colorant/optical_formulas.h>
 
 namespace vrx {
 namespace {
-
-constexpr double kDarkest = 0.01;        // percent: below it a reflectance carries no information
-constexpr double kLargestKs = 9999.0;    // of such a reflectance
-constexpr double kLargestDensity = 4.3;  // of such a reflectance
-constexpr double kLeastDenominator = 1e-5;
-constexpr double kLargestInternal = 2000.0;  // a fraction
 
 bool IsAtFloor(double percent, double k1, double k2, SaundersonMode mode) {
   return !(SaundersonToInternal(percent * 0.01, k1, k2, mode) >= kLeastInternal);
@@ -21,9 +15,7 @@ bool IsAtFloor(double percent, double k1, double k2, SaundersonMode mode) {
 }  // namespace
 
 double KubelkaMunkKs(double R) {
-  if (!(R >= kDarkest)) return kLargestKs;
-  const double r = R / 100.0;
-  return (1.0 - r) * (1.0 - r) / (2.0 * r);
+  return KsOfReflectance(R);
 }
 
 double KubelkaMunkReflectance(double ks) {
@@ -31,31 +23,19 @@ double KubelkaMunkReflectance(double ks) {
 }
 
 double Absorbance(double R) {
-  if (!(R >= kDarkest)) return kLargestDensity;
-  return R > 100.0 ? 0.0 : Log10(100.0 / R);
+  return DensityOfReflectance(R);
 }
 
 double SaundersonToInternal(double Rm, double k1, double k2, SaundersonMode mode) {
-  if (mode == SaundersonMode::kNone) return Rm;
-  if (mode == SaundersonMode::kExcluded)
-    return Rm / std::max((1.0 - k1) * (1.0 - k2) + k2 * Rm, kLeastDenominator);
-  const double d = 1.0 - k1 - (1.0 - Rm) * k2;
-  return (Rm - k1) / (d >= kLeastDenominator ? d : kLeastDenominator);
+  return InternalReflectance(Rm, k1, k2, mode);
 }
 
 double SaundersonToMeasured(double Ri, double k1, double k2, SaundersonMode mode) {
-  if (mode == SaundersonMode::kNone) return Ri;
-  const double d = 1.0 - Ri * k2;
-  const double returned = Ri * (1.0 - k2) * (1.0 - k1) / (d < kLeastDenominator ? kLeastDenominator : d);
-  return mode == SaundersonMode::kIncluded ? k1 + returned : returned;
+  return MeasuredReflectance(Ri, k1, k2, mode);
 }
 
 void SetCorrectedSample(CReflData& curve, int32_t i, double value) {
-  if (!IsUnset(value)) {
-    if (!(value >= kLeastInternal)) value = kLeastInternal;
-    if (value > kLargestInternal) value = kLargestInternal;
-  }
-  curve[i] = value;
+  curve[i] = CorrectedSample(value);
 }
 
 void CorrectCurve(const CReflData& source, CReflData& target, double k1, double k2, SaundersonMode mode) {

@@ -1,0 +1,40 @@
+# Sources that are compiled once for each instruction set that the library chooses from at run time.
+#
+# VRX_LANE_SETS   names of the sets, narrowest first. The first needs no more than every processor of the platform has.
+#
+# vrx_add_lane_objects(<name> <result> SOURCES <file>...) declares an object library <name>_<set> per set and puts their
+# names into <result>. The sources see VRX_LANES, the lanes of a pack (1: plain numbers), and are written so that all
+# they define is local or a specialisation for that count (vrxmath/numeric/lane_kernels.h).
+
+set(VRX_LANE_SETS base)
+set(VRX_LANE_FLAGS_base "")
+set(VRX_LANE_COUNT_base 2)
+if(NOT CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+  set(VRX_LANE_COUNT_base 1)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "x86|i[3-6]86|AMD64|amd64")
+  list(APPEND VRX_LANE_SETS avx2 avx512)
+  set(VRX_LANE_FLAGS_avx2 -mavx2)
+  set(VRX_LANE_COUNT_avx2 4)
+  set(VRX_LANE_FLAGS_avx512 -mavx512f -mavx512dq -mavx512vl)
+  set(VRX_LANE_COUNT_avx512 8)
+endif()
+
+function(vrx_add_lane_objects name result)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "SOURCES")
+  set(targets "")
+  foreach(set IN LISTS VRX_LANE_SETS)
+    add_library(${name}_${set} OBJECT ${arg_SOURCES})
+    set_target_properties(${name}_${set} PROPERTIES
+      POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    target_include_directories(${name}_${set} PRIVATE ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${name}_${set} PRIVATE vrx_numeric_flags vrx_build_flags)
+    target_compile_options(${name}_${set} PRIVATE ${VRX_LANE_FLAGS_${set}})
+    target_compile_definitions(${name}_${set} PRIVATE VRX_LANES=${VRX_LANE_COUNT_${set}} VRX_BUILDING)
+    if(NOT BUILD_SHARED_LIBS)
+      target_compile_definitions(${name}_${set} PRIVATE VRX_STATIC)
+    endif()
+    list(APPEND targets ${name}_${set})
+    set_property(GLOBAL APPEND PROPERTY VRX_LANE_OBJECTS ${name}_${set})
+  endforeach()
+  set(${result} ${targets} PARENT_SCOPE)
+endfunction()

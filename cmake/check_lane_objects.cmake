@@ -1,0 +1,13 @@
+# Fails when an object in the list OBJECTS defines a weak function, or holds a fused multiply-add.
+foreach(object IN LISTS OBJECTS)
+  execute_process(COMMAND ${NM} --defined-only ${object} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "[0-9a-f]+ [Ww] [^\n]+" weak "${symbols}")
+  execute_process(COMMAND ${OBJDUMP} -d --no-show-raw-insn ${object} OUTPUT_VARIABLE code COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "(vfn?m(add|sub)[a-z0-9]*|fn?m(ls|la|add|sub)) [^\n]+" fused "${code}")
+  if(NOT symbols MATCHES " T ")
+    message(FATAL_ERROR "${object}: defines nothing")
+  endif()
+  if(weak OR fused)
+    message(FATAL_ERROR "${object}: ${weak} ${fused}")
+  endif()
+endforeach()

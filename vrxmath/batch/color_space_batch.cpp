@@ -1,0 +1,77 @@
+#include <vrxmath/batch/color_space_batch.h>
+
+#include <vrxmath/batch/batch_conditions.h>
+#include <vrxmath/batch/color_space_kernels.h>
+#include <vrxmath/colorimetry/difference_systems.h>
+
+namespace vrx {
+namespace {
+
+constexpr std::size_t kBlockRows = 8192;
+
+template <std::size_t kIn, std::size_t kOut>
+bool Convert(SpaceKernel kernel, const Viewing& viewing, const BatchView<const double, kIn>& from,
+             const BatchView<double, kOut>& to, const BatchRun& run) {
+  RequireSameCount(from.size(), to.size());
+  return ForEachBlock(run, from.size(), kBlockRows, [&](std::size_t first, std::size_t count) {
+    kernel(viewing, ColumnsOf(from, first, count).data(), ColumnsOf(to, first, count).data(), count);
+  });
+}
+
+const ColorSpaceKernels& Kernels() {
+  return CurrentKernels<ColorSpaceKernels>();
+}
+
+}  // namespace
+
+bool XyzToLabBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
+                   const BatchView<double, 5>& lab, const BatchRun& run) {
+  return Convert(Kernels().xyzToLab, RequireViewing(illuminant, observer), xyz, lab, run);
+}
+bool XyzToLabOnlyBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
+                       const BatchView<double, 3>& lab, const BatchRun& run) {
+  return Convert(Kernels().xyzToLabOnly, RequireViewing(illuminant, observer), xyz, lab, run);
+}
+bool LabToXyzBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& lab,
+                   const BatchView<double, 3>& xyz, const BatchRun& run) {
+  return Convert(Kernels().labToXyz, RequireViewing(illuminant, observer), lab, xyz, run);
+}
+
+bool XyzToLuvBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
+                   const BatchView<double, 5>& luv, const BatchRun& run) {
+  return Convert(Kernels().xyzToLuv, RequireViewing(illuminant, observer), xyz, luv, run);
+}
+bool XyzToLuvOnlyBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
+                       const BatchView<double, 3>& luv, const BatchRun& run) {
+  return Convert(Kernels().xyzToLuvOnly, RequireViewing(illuminant, observer), xyz, luv, run);
+}
+bool LuvToXyzBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& luv,
+                   const BatchView<double, 3>& xyz, const BatchRun& run) {
+  return Convert(Kernels().luvToXyz, RequireViewing(illuminant, observer), luv, xyz, run);
+}
+
+bool XyzToHunterBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
+                      const BatchView<double, 3>& lab, const BatchRun& run) {
+  return Convert(Kernels().xyzToHunterOnly, RequireViewing(illuminant, observer), xyz, lab, run);
+}
+bool HunterToXyzBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& lab,
+                      const BatchView<double, 3>& xyz, const BatchRun& run) {
+  return Convert(Kernels().hunterToXyz, RequireViewing(illuminant, observer), lab, xyz, run);
+}
+
+bool ChromaHueBatch(const BatchView<double, 5>& lab, const BatchRun& run) {
+  const BatchView<const double, 5> source = lab;
+  return Convert(Kernels().chromaHue, {}, source.Numbers<0, 3>(), lab, run);
+}
+
+bool CoordinatesBatch(std::int32_t system, vrxIlluminant illuminant, std::int32_t observer,
+                      const BatchView<const double, 3>& xyz, const BatchView<double, 5>& lab,
+                      const BatchRun& run) {
+  if (system < 0 || system >= kDifferenceSystems) throw CInvalidArgException();
+  SpaceKernel kernel = Kernels().xyzToLab;
+  if (system == vrxSystemHunter) kernel = Kernels().xyzToHunter;
+  if (system == vrxSystemLuv) kernel = Kernels().xyzToLuv;
+  return Convert(kernel, RequireViewing(illuminant, observer), xyz, lab, run);
+}
+
+}  // namespace vrx

@@ -1,0 +1,116 @@
+#include <vrxmath/batch/difference_kernels.h>
+
+#include <utility>
+
+#include <vrxmath/batch/lane_rows.h>
+
+namespace vrx {
+namespace {
+
+// Which of the columns of a colour a system reads: X, Y, Z or not, and how many of L, a, b, C, h.
+template <bool kReadsXyz, std::size_t kLabElements>
+struct ColorReader {
+  static constexpr std::size_t kColumns = (kReadsXyz ? 3 : 0) + kLabElements;
+
+  static void Choose(const ColorColumns& columns, Column<const double>* chosen) {
+    std::size_t k = 0;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      if (i < 3 ? kReadsXyz : i < 3 + kLabElements) chosen[k++] = columns[i];
+    }
+  }
+
+  // The colour of one row in every lane.
+  static VRX_LANE_INLINE void Broadcast(const ColorColumns& columns, Lanes* x) {
+    Column<const double> chosen[kColumns];
+    Choose(columns, chosen);
+    for (std::size_t k = 0; k < kColumns; ++k) x[k] = *chosen[k].first;
+  }
+
+  static VRX_LANE_INLINE ColorOf<Lanes> Read(const Lanes* x) {
+    ColorOf<Lanes> color;
+    const Lanes none = kUnset;
+    color.xyz = {none, none, none};
+    color.lab = {none, none, none, none, none};
+    if constexpr (kReadsXyz) color.xyz = {x[0], x[1], x[2]};
+    const Lanes* lab = x + (kReadsXyz ? 3 : 0);
+    if constexpr (kLabElements > 2) color.lab.L = lab[0], color.lab.a = lab[1], color.lab.b = lab[2];
+    if constexpr (kLabElements > 3) color.lab.C = lab[3];
+    if constexpr (kLabElements > 4) color.lab.h = lab[4];
+    return color;
+  }
+
+  static VRX_LANE_INLINE auto Unset(const ColorOf<Lanes>& color) {
+    if constexpr (kReadsXyz) {
+      return IsUnset(color.xyz);
+    } else {
+      return IsUnset(color.lab.L) & IsUnset(color.lab.a) & IsUnset(color.lab.b);
+    }
+  }
+};
+
+template <class MASK>
+VRX_LANE_INLINE void StoreDifference(const DifferenceOf<Lanes>& d, MASK unset, Lanes* y) {
+  const Lanes none = kUnset;
+  const Lanes elements[7] = {d.dL, d.da, d.db, d.weightedL, d.dC, d.dH, d.dE};
+  for (int k = 0; k < 7; ++k) y[k] = Select(unset, none, elements[k]);
+}
+
+enum class Fixed { kNone, kStandard, kSample };
+
+template <class FORMULA, class READER, std::size_t kOut, Fixed kFixed>
+void Differences(const DifferenceContext& given, const ColorColumns& standards, const ColorColumns& samples,
+                 const Column<double>* out, std::size_t count) {
+  constexpr std::size_t kColumns = READER::kColumns;
+  constexpr std::size_t kIn = kFixed == Fixed::kNone ? 2 * kColumns : kColumns;
+  Column<const double> in[kIn];
+  Lanes fixed[kColumns];
+  if constexpr (kFixed != Fixed::kStandard) READER::Choose(standards, in);
+  if constexpr (kFixed != Fixed::kSample) READER::Choose(samples, in + kIn - kColumns);
+  if constexpr (kFixed == Fixed::kStandard) READER::Broadcast(standards, fixed);
+  if constexpr (kFixed == Fixed::kSample) READER::Broadcast(samples, fixed);
+
+  // A copy that nothing else can change keeps its numbers in registers.
+  const DifferenceContext context = given;
+  OverRows<kIn, kOut>(in, out, count, [&](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+    const ColorOf<Lanes> standard = READER::Read(kFixed == Fixed::kStandard ? fixed : x);
+    const ColorOf<Lanes> sample = READER::Read(kFixed == Fixed::kSample ? fixed
+                                               : kFixed == Fixed::kNone ? x + kColumns
+                                                                        : x);
+    const DifferenceOf<Lanes> d = FORMULA::Of(context, standard, sample);
+    const auto unset = READER::Unset(standard) | READER::Unset(sample);
+    if constexpr (kOut == 7) {
+      StoreDifference(d, unset, y);
+    } else {
+      y[0] = Select(unset, Lanes(kUnset), d.dE);
+    }
+  });
+}
+
+template <class FORMULA>
+constexpr DifferenceKernels::System SystemOf() {
+  constexpr std::size_t kLabElements = static_cast<std::size_t>(FORMULA::kLabElements);
+  using Reader = ColorReader<FORMULA::kReadsXyz, kLabElements>;
+  return {FORMULA::kReadsXyz,
+          kLabElements > 0,
+          &Differences<FORMULA, Reader, 7, Fixed::kNone>,
+          &Differences<FORMULA, Reader, 7, Fixed::kStandard>,
+          &Differences<FORMULA, Reader, 1, Fixed::kNone>,
+          &Differences<FORMULA, Reader, 1, Fixed::kStandard>,
+          &Differences<FORMULA, Reader, 1, Fixed::kSample>};
+}
+
+template <std::size_t... I>
+constexpr DifferenceKernels KernelsOfSystems(std::index_sequence<I...>) {
+  return {{SystemOf<typename std::tuple_element_t<I, difference_table_internal::Rows>::Formula>()...}};
+}
+
+}  // namespace
+
+template <>
+const DifferenceKernels& KernelsOf<DifferenceKernels, VRX_LANES>() {
+  static constexpr DifferenceKernels kKernels =
+      KernelsOfSystems(std::make_index_sequence<kDifferenceSystems>());
+  return kKernels;
+}
+
+}  // namespace vrx
