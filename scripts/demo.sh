@@ -1,6 +1,6 @@
 #!/bin/sh
 # Builds the vrx tool, installing what is missing first, and lets it judge one measured set of the 24-patch chart
-# against another.
+# against another and write the report of that.
 set -eu
 cd "$(dirname "$0")/.."
 sh scripts/setup.sh build
@@ -13,6 +13,9 @@ launcher=$(command -v ccache || true)
   cmake --build build/demo --target vrx
 } > build/demo.log 2>&1 || { cat build/demo.log >&2; exit 1; }
 
-set -- judge examples/chart_ohta.csv examples/chart_average.csv --pairs
+report=build/demo/report.html
+set -- judge examples/chart_ohta.csv examples/chart_average.csv --pairs --report "$report"
 echo "vrx $*"
-exec build/demo/tools/vrx/vrx "$@"
+build/demo/tools/vrx/vrx "$@"
+echo
+echo "The report, for a browser: $PWD/$report"

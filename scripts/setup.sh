@@ -33,6 +33,7 @@ need ninja-build ninja
 header libcli11-dev CLI/CLI.hpp
 header nlohmann-json3-dev nlohmann/json.hpp
 header libcairo2-dev cairo/cairo.h
+header nettle-dev nettle/sha2.h
 
 if [ "$level" != build ]; then
   need clang clang++
@@ -47,6 +48,9 @@ if [ "$level" != build ]; then
   need pkg-config pkg-config
   header libgtest-dev gtest/gtest.h
   header libpng-dev png.h
+  need chromium chromium
+  need nodejs node
+  need npm npm
 fi
 
 if [ "$level" = bench ]; then

@@ -35,9 +35,11 @@ class WavelengthGrid {
   /// True when a part of 400 to 700 nm was not measured.
   bool IsNarrow() const;
 
- private:
+  /// The ends of what was measured, in nm.
+  double FirstWavelength() const { return first_; }
   double LastWavelength() const { return first_ + step_ * static_cast<double>(count_ - 1); }
 
+ private:
   double first_ = 0;
   double step_ = 0;
   std::size_t count_ = 0;

@@ -145,11 +145,11 @@ Image ReadPng(const std::string& path) {
 
 // The pixels of a PNG are the colours asked for, every one of the 256 levels.
 TEST_F(IndexAndSwatch, PngKeepsEveryLevel) {
-  const auto picture = MakePicture(PictureFormat::kPng, 256, 3, {0, 0, 0});
+  const auto picture = MakePicture(PictureFormat::kPng, 256, 3, DisplayRgb{0, 0, 0});
   for (int32_t level = 0; level < 256; ++level) {
-    picture->Rectangle(level, 0, 1, 1, {level, 0, 0});
-    picture->Rectangle(level, 1, 1, 1, {0, level, 0});
-    picture->Rectangle(level, 2, 1, 1, {0, 0, level});
+    picture->Rectangle(level, 0, 1, 1, DisplayRgb{level, 0, 0});
+    picture->Rectangle(level, 1, 1, 1, DisplayRgb{0, level, 0});
+    picture->Rectangle(level, 2, 1, 1, DisplayRgb{0, 0, level});
   }
   SavePicture(*picture, folder_ / "levels.png");
   const Image image = ReadPng(folder_ / "levels.png");

@@ -83,6 +83,13 @@ class Judge {
   Verdict Components(std::size_t i) const { return calc_.judgeByEllipse ? Result(i).ellipse : Result(i).box; }
   /// The ellipsoid's value of the last difference, 1 on its surface; unset when there is no difference.
   double EllipseValue(std::size_t i) const;
+  /// The limits under the illuminant at index `i`; those that do not decide are of no account.
+  const CBoxTolData& Box(std::size_t i) const {
+    return calc_.boxTolerances[0][0][static_cast<std::ptrdiff_t>(i)];
+  }
+  const CEllipseData& Ellipse(std::size_t i) const {
+    return calc_.ellipseTolerances[0][0][static_cast<std::ptrdiff_t>(i)];
+  }
   /// The colours of the standard and of the last trial under it: tristimulus values and L*a*b*.
   const CColorValues& StandardColor(std::size_t i) const {
     return calc_.valuesB[0][static_cast<std::ptrdiff_t>(i)];

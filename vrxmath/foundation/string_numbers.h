@@ -33,6 +33,7 @@ inline constexpr uint32_t kStringMetamerismIndex = 659;
 inline constexpr uint32_t kStringColorSpace = 672;
 inline constexpr uint32_t kStringIlluminantError = 688;     ///< + reason - 1
 inline constexpr uint32_t kStringDifferenceSystem = 18752;  ///< + 16 x system
+inline constexpr uint32_t kStringReport = 20480;            ///< texts of the tool's reports, by number
 
 }  // namespace vrx
 

@@ -15,6 +15,7 @@
 #include "tools/vrx/comparison.h"
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/output/judge_output.h"
+#include "tools/vrx/output/judge_report.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {
@@ -32,6 +33,7 @@ struct JudgeOptions {
   bool worstFirst = false;
   bool strict = false;
   Format format = Format::kTable;
+  ReportOptions report;
 };
 
 // Makes the ellipsoids of the system decide, grown by the factor that --tolerance or the parameters name.
@@ -132,6 +134,15 @@ JudgeColumns ColumnsOf(const ComparisonOptions& options, const CurveReader& tria
   return columns;
 }
 
+// The report that was asked for; null for none.
+std::unique_ptr<JudgeReport> MakeReport(const JudgeOptions& options, const JudgeSettings& settings,
+                                        const CurveReader& trials) {
+  if (!options.report.IsWanted()) return nullptr;
+  const JudgeFiles files{options.comparison.standard, options.comparison.trials,
+                         options.tolerances.empty() ? options.ellipses : options.tolerances};
+  return std::make_unique<JudgeReport>(options.report, settings, files, trials);
+}
+
 ExitStatus RunJudge(const JudgeOptions& options) {
   const JudgeSettings settings = SettingsOf(options);
   Comparison comparison(options.comparison, settings);
@@ -139,6 +150,7 @@ ExitStatus RunJudge(const JudgeOptions& options) {
   const auto results = options.summary ? nullptr
                                        : MakeJudgeOutput(options.format, output, settings,
                                                          ColumnsOf(options.comparison, comparison.Trials()));
+  const auto report = MakeReport(options, settings, comparison.Trials());
   Selection selection(options, results.get());
   JudgeSummaries summaries(settings.illuminants.size());
   Judgement judgement;
@@ -147,8 +159,10 @@ ExitStatus RunJudge(const JudgeOptions& options) {
     judge.Take(trial, judgement);
     for (std::size_t i = 0; i < summaries.size(); ++i) summaries[i].Add(judgement.trial, judgement.under[i]);
     selection.Add(comparison.Trials(), judgement);
+    if (report) report->Add(trial, judge, judgement);
   });
   selection.Finish();
+  if (report) report->Finish(summaries);
   results ? results->Finish(summaries) : WriteSummaries(options.format, output, settings, summaries);
   output.Finish();
   comparison.WarnAboutInput();
@@ -180,6 +194,7 @@ void AddOptions(Command& command, JudgeOptions& options) {
                   "Write the trials of the largest total differences first");
   command.AddFlag("--strict", options.strict, "Exit status 1 when a trial does not pass");
   AddFormatOption(command, options.format);
+  AddReportOptions(command, options.report);
 }
 
 }  // namespace

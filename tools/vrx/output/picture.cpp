@@ -1,92 +1,184 @@
 
 #include "tools/vrx/output/picture.h"
 
+#include <algorithm>
+#include <array>
 #include <cairo.h>
+#include <charconv>
+#include <cmath>
 #include <cstdio>
-#include <fstream>
+#include <cstdlib>
 #include <stdexcept>
+#include <utility>
+
+#include <vrxmath/foundation/numbers.h>
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/conditions.h"
+#include "tools/vrx/output/file_output.h"
+#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 namespace {
 
-std::string HexColour(DisplayRgb colour) {
-  char text[8];
-  std::snprintf(text, sizeof text, "#%02x%02x%02x", static_cast<unsigned>(colour.red) & 0xff,
-                static_cast<unsigned>(colour.green) & 0xff, static_cast<unsigned>(colour.blue) & 0xff);
-  return text;
+constexpr std::string_view kInkNames[] = {"paper", "text",    "muted", "grid",   "standard", "trial",
+                                          "pass",  "warning", "fail",  "inside", "band"};
+// Dark enough on white for text (a contrast of 4.5 or more), apart from grid and areas.
+constexpr DisplayRgb kLightInks[] = {{255, 255, 255}, {27, 31, 36},    {87, 96, 106},  {208, 215, 222},
+                                     {27, 31, 36},    {17, 99, 193},   {26, 127, 55},  {143, 89, 2},
+                                     {180, 35, 24},   {226, 240, 229}, {251, 239, 208}};
+
+double RadiusOf(Mark mark) {
+  return mark == Mark::kPoint ? 1.7 : 3;
 }
 
-std::string XmlEscaped(std::string_view text) {
-  std::string escaped;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      default:
-        escaped += c;
-    }
-  }
-  return escaped;
+constexpr double kFullCircle = 6.283185307179586;
+
+// With one decimal at most.
+std::string Number(double value) {
+  const double tenths = std::round(std::clamp(value, -1e6, 1e6) * 10) + 0.0;  // no "-0"
+  char text[16];
+  char* end = std::to_chars(text, text + sizeof text, static_cast<int32_t>(tenths / 10)).ptr;
+  const int32_t decimal = std::abs(static_cast<int32_t>(tenths)) % 10;
+  std::string number(tenths < 0 && tenths > -10 ? "-" : "");
+  number.append(text, end);
+  if (decimal != 0) number.append(".").append(1, static_cast<char>('0' + decimal));
+  return number;
+}
+
+std::string Attribute(const char* name, double value) {
+  return std::string(" ") + name + "=\"" + Number(value) + "\"";
 }
 
 // Text stays text, so that it can be searched and read aloud.
 class SvgPicture final : public Picture {
  public:
-  SvgPicture(int32_t width, int32_t height, DisplayRgb background) {
-    const std::string size = " width=\"" + std::to_string(width) + "\" height=\"" + std::to_string(height);
-    svg_ = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\"" + size +
-           "\" font-family=\"DejaVu Sans, Verdana, Arial, sans-serif\">\n";
-    Rectangle(0, 0, width, height, background);
-  }
-  void Rectangle(int32_t x, int32_t y, int32_t width, int32_t height, DisplayRgb colour) override {
+  SvgPicture(std::string opening, bool inPage) : svg_(std::move(opening)), inPage_(inPage) {}
+
+  void Rectangle(double x, double y, double width, double height, Paint fill) override {
     svg_ += "<rect" + Attribute("x", x) + Attribute("y", y) + Attribute("width", width) +
-            Attribute("height", height) + " fill=\"" + HexColour(colour) + "\"/>\n";
+            Attribute("height", height) + Filled(fill) + "/>\n";
   }
-  void Text(int32_t x, int32_t y, std::string_view text, int32_t size, DisplayRgb colour) override {
-    svg_ += "<text" + Attribute("x", x) + Attribute("y", y) + Attribute("font-size", size) + " fill=\"" +
-            HexColour(colour) + "\">" + XmlEscaped(text) + "</text>\n";
+  void Text(double x, double y, std::string_view text, int32_t size, Paint paint, Anchor anchor) override {
+    static constexpr const char* kAnchors[] = {"", " text-anchor=\"middle\"", " text-anchor=\"end\""};
+    svg_ += "<text" + Attribute("x", x) + Attribute("y", y) + Attribute("font-size", size) +
+            kAnchors[static_cast<std::size_t>(anchor)] + Filled(paint) + ">" + Escaped(text) + "</text>\n";
+  }
+  void Line(std::span<const PlanePoint> points, Paint paint, Stroke stroke) override {
+    svg_ += "<polyline points=\"" + Points(points) + "\"" + Stroked(paint, stroke) + "/>\n";
+  }
+  void Area(std::span<const PlanePoint> outline, Paint fill) override {
+    svg_ += "<polygon points=\"" + Points(outline) + "\"" + Filled(fill) + "/>\n";
+  }
+  void Marks(std::span<const PlanePoint> points, Mark mark, Paint paint) override {
+    if (points.empty()) return;
+    static constexpr const char* kShapes[] = {"h0", "h0", "m0-3.5l3.5 6h-7z", "m-3-3l6 6m-6 0l6-6",
+                                              "m-6 0h12"};
+    svg_ += "<path d=\"";
+    for (const PlanePoint& point : points) {
+      svg_ += "M" + Number(point.x) + " " + Number(point.y) + kShapes[static_cast<std::size_t>(mark)];
+    }
+    const bool isRound = mark == Mark::kDot || mark == Mark::kPoint;
+    const double width = isRound ? 2 * RadiusOf(mark) : 1.6;
+    svg_ += "\"" + (mark == Mark::kTriangle ? Filled(paint) : Stroked(paint, {width, Dash::kSolid})) +
+            (isRound ? " stroke-linecap=\"round\"/>\n" : "/>\n");
   }
   std::string Encode() override { return svg_ + "</svg>\n"; }
 
  private:
-  static std::string Attribute(const char* name, int32_t value) {
-    return std::string(" ") + name + "=\"" + std::to_string(value) + "\"";
+  std::string Coloured(const char* attribute, char shortName, Paint paint) const {
+    if (inPage_ && !paint.IsFixed()) {
+      return std::string(" class=\"") + shortName + "-" +
+             std::string(kInkNames[static_cast<std::size_t>(paint.GetInk())]) + "\"";
+    }
+    return std::string(" ") + attribute + "=\"" + HexColour(paint.Colour()) + "\"";
+  }
+  std::string Filled(Paint paint) const { return Coloured("fill", 'f', paint); }
+  std::string Stroked(Paint paint, Stroke stroke) const {
+    static constexpr const char* kDashes[] = {"", " stroke-dasharray=\"6 4\"", " stroke-dasharray=\"1.5 3\"",
+                                              " stroke-dasharray=\"8 3 2 3\""};
+    return " fill=\"none\"" + Coloured("stroke", 's', paint) + Attribute("stroke-width", stroke.width) +
+           kDashes[static_cast<std::size_t>(stroke.dash)];
+  }
+  static std::string Points(std::span<const PlanePoint> points) {
+    std::string text;
+    for (const PlanePoint& point : points) {
+      if (!text.empty()) text += ' ';
+      text += Number(point.x) + "," + Number(point.y);
+    }
+    return text;
   }
 
   std::string svg_;
+  bool inPage_;
 };
 
 // The surface rounds a channel to the nearest of 256, so c / 255 comes out as c.
 class PngPicture final : public Picture {
  public:
-  PngPicture(int32_t width, int32_t height, DisplayRgb background)
-      : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height)),
+  PngPicture(int32_t width, int32_t height, Paint background, double scale)
+      : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(std::lround(width * scale)),
+                                            static_cast<int>(std::lround(height * scale)))),
         context_(cairo_create(surface_.get())) {
     Check(cairo_status(context_.get()));
-    cairo_set_antialias(context_.get(), CAIRO_ANTIALIAS_NONE);  // of edges; text has its own
+    cairo_scale(context_.get(), scale, scale);
     cairo_select_font_face(context_.get(), "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
     Rectangle(0, 0, width, height, background);
   }
-  void Rectangle(int32_t x, int32_t y, int32_t width, int32_t height, DisplayRgb colour) override {
-    SetColour(colour);
+  void Rectangle(double x, double y, double width, double height, Paint fill) override {
+    Take(fill);
+    cairo_set_antialias(context_.get(), CAIRO_ANTIALIAS_NONE);  // swatches have sharp edges
     cairo_rectangle(context_.get(), x, y, width, height);
     cairo_fill(context_.get());
+    cairo_set_antialias(context_.get(), CAIRO_ANTIALIAS_DEFAULT);
   }
-  void Text(int32_t x, int32_t y, std::string_view text, int32_t size, DisplayRgb colour) override {
-    SetColour(colour);
+  void Text(double x, double y, std::string_view text, int32_t size, Paint paint, Anchor anchor) override {
+    Take(paint);
     cairo_set_font_size(context_.get(), size);
+    const std::string line(text);
+    if (anchor != Anchor::kStart) {
+      cairo_text_extents_t extents;
+      cairo_text_extents(context_.get(), line.c_str(), &extents);
+      x -= anchor == Anchor::kEnd ? extents.x_advance : extents.x_advance / 2;
+    }
     cairo_move_to(context_.get(), x, y);
-    cairo_show_text(context_.get(), std::string(text).c_str());
+    cairo_show_text(context_.get(), line.c_str());
+  }
+  void Line(std::span<const PlanePoint> points, Paint paint, Stroke stroke) override {
+    static constexpr double kDashes[][4] = {{}, {6, 4, 6, 4}, {1.5, 3, 1.5, 3}, {8, 3, 2, 3}};
+    Take(paint);
+    Trace(points);
+    const bool isSolid = stroke.dash == Dash::kSolid;
+    cairo_set_dash(context_.get(), kDashes[static_cast<std::size_t>(stroke.dash)], isSolid ? 0 : 4, 0);
+    cairo_set_line_width(context_.get(), stroke.width);
+    cairo_stroke(context_.get());
+  }
+  void Area(std::span<const PlanePoint> outline, Paint fill) override {
+    Take(fill);
+    Trace(outline);
+    cairo_fill(context_.get());
+  }
+  void Marks(std::span<const PlanePoint> points, Mark mark, Paint paint) override {
+    for (const auto& [x, y] : points) {
+      switch (mark) {
+        case Mark::kDot:
+        case Mark::kPoint:
+          Take(paint);
+          cairo_arc(context_.get(), x, y, RadiusOf(mark), 0, kFullCircle);
+          cairo_fill(context_.get());
+          break;
+        case Mark::kTriangle:
+          Area(std::array<PlanePoint, 3>{{{x, y - 3.5}, {x + 3.5, y + 2.5}, {x - 3.5, y + 2.5}}}, paint);
+          break;
+        case Mark::kCross:
+          Line(std::array<PlanePoint, 2>{{{x - 3, y - 3}, {x + 3, y + 3}}}, paint, {1.6, Dash::kSolid});
+          Line(std::array<PlanePoint, 2>{{{x - 3, y + 3}, {x + 3, y - 3}}}, paint, {1.6, Dash::kSolid});
+          break;
+        case Mark::kTick:
+          Line(std::array<PlanePoint, 2>{{{x - 6, y}, {x + 6, y}}}, paint, {1.6, Dash::kSolid});
+          break;
+      }
+    }
   }
   std::string Encode() override {
     Check(cairo_status(context_.get()));
@@ -109,8 +201,13 @@ class PngPicture final : public Picture {
     if (status == CAIRO_STATUS_SUCCESS) return;
     throw std::runtime_error(std::string("cannot paint the picture: ") + cairo_status_to_string(status));
   }
-  void SetColour(DisplayRgb colour) {
+  void Take(Paint paint) {
+    const DisplayRgb colour = paint.Colour();
     cairo_set_source_rgb(context_.get(), colour.red / 255.0, colour.green / 255.0, colour.blue / 255.0);
+  }
+  void Trace(std::span<const PlanePoint> points) {
+    cairo_new_path(context_.get());
+    for (const PlanePoint& point : points) cairo_line_to(context_.get(), point.x, point.y);
   }
 
   std::unique_ptr<cairo_surface_t, Destroy> surface_;
@@ -119,6 +216,17 @@ class PngPicture final : public Picture {
 
 }  // namespace
 
+std::string HexColour(DisplayRgb colour) {
+  char text[8];
+  std::snprintf(text, sizeof text, "#%02x%02x%02x", static_cast<unsigned>(colour.red) & 0xff,
+                static_cast<unsigned>(colour.green) & 0xff, static_cast<unsigned>(colour.blue) & 0xff);
+  return text;
+}
+
+DisplayRgb Paint::Colour() const {
+  return isFixed_ ? colour_ : kLightInks[static_cast<std::size_t>(ink_)];
+}
+
 PictureFormat PictureFormatOf(std::string_view path) {
   const std::string_view end = path.substr(path.size() - std::min<std::size_t>(path.size(), 4));
   if (EqualsIgnoringCase(end, ".png")) return PictureFormat::kPng;
@@ -126,21 +234,51 @@ PictureFormat PictureFormatOf(std::string_view path) {
   throw InputError(std::string(path) + ": the name of a picture ends in .png or .svg");
 }
 
-std::unique_ptr<Picture> MakePicture(PictureFormat format, int32_t width, int32_t height,
-                                     DisplayRgb background) {
-  if (format == PictureFormat::kSvg) return std::make_unique<SvgPicture>(width, height, background);
-  return std::make_unique<PngPicture>(width, height, background);
+std::unique_ptr<Picture> MakePicture(PictureFormat format, int32_t width, int32_t height, Paint background,
+                                     double scale) {
+  if (format == PictureFormat::kPng) return std::make_unique<PngPicture>(width, height, background, scale);
+  std::string opening =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\"" +
+      Attribute("width", width * scale) + Attribute("height", height * scale);
+  if (scale != 1) opening += " viewBox=\"0 0 " + Number(width) + " " + Number(height) + "\"";
+  opening += " font-family=\"DejaVu Sans, Verdana, Arial, sans-serif\">\n";
+  auto picture = std::make_unique<SvgPicture>(std::move(opening), false);
+  picture->Rectangle(0, 0, width, height, background);
+  return picture;
+}
+
+std::unique_ptr<Picture> MakeInlinePicture(int32_t width, int32_t height, std::string_view label) {
+  return std::make_unique<SvgPicture>("<svg role=\"img\" aria-label=\"" + Escaped(label) +
+                                          "\" viewBox=\"0 0 " + Number(width) + " " + Number(height) + "\"" +
+                                          Attribute("width", width) + ">\n",
+                                      true);
 }
 
 void SavePicture(Picture& picture, const std::string& path) {
-  const std::string content = picture.Encode();
-  std::ofstream file(path, std::ios::binary);
-  if (!file) throw InputError(path + ": cannot be created");
-  file.write(content.data(), static_cast<std::streamsize>(content.size()));
-  file.close();
-  if (file) return;
-  std::remove(path.c_str());
-  throw InputError(path + ": cannot be written");
+  ReplaceFile(path, picture.Encode());
+}
+
+std::string Escaped(std::string_view text) {
+  std::string escaped;
+  for (const char c : ShownText(text)) {
+    switch (c) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      default:
+        escaped += c;
+    }
+  }
+  return escaped;
 }
 
 }  // namespace vrx::tool

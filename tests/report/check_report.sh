@@ -1,0 +1,11 @@
+#!/bin/sh
+# check_report.sh VRX SOURCE_DIR BUILD_DIR: looks at reports of the tool in a headless Chromium. What npm brings goes to the
+# build folder.
+set -eu
+mkdir -p "$3"
+for file in package.json package-lock.json .npmrc report_test.mjs; do
+  cp "$2/tests/report/$file" "$3"
+done
+cd "$3"
+npm ci --silent
+exec node report_test.mjs "$1" "$2/examples"
