@@ -110,7 +110,7 @@ TEST_F(IndexAndSwatch, BadRequestsAreRefused) {
       {"index xyz.csv", "neither wavelengths nor X,Y,Z"},
       {"swatch good.csv", "--output is required"},
       {"swatch good.csv --output a.jpg", ".png or .svg"},
-      {"swatch good.csv --output none/a.png", "none/a.png: cannot be created"},
+      {"swatch good.csv --output none/a.png", "none/a.png: No such file"},
       {"swatch one.csv --output a.png", "there is no trial"},
       {"swatch one.csv --pairs --output a.png", "--pairs needs a second file"},
       {"swatch - --output a.png < good.csv", "name a file"},

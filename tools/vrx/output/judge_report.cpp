@@ -2,6 +2,7 @@
 #include "tools/vrx/output/judge_report.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <numeric>
 #include <utility>
@@ -61,7 +62,7 @@ JudgeReport::JudgeReport(const ReportOptions& options, const JudgeSettings& sett
       withName_(trials.HasIdsAndNames()),
       withGeometry_(trials.HasGeometries()) {
   if (trials.Kind() == Sample::kCurve)
-  judged_.SetMeasured(trials.Grid().FirstWavelength(), trials.Grid().LastWavelength());
+    judged_.SetMeasured(trials.Grid().FirstWavelength(), trials.Grid().LastWavelength());
 }
 
 void JudgeReport::Finish(const JudgeSummaries& summaries) {
@@ -117,9 +118,10 @@ void JudgeReport::AddIlluminantCard(const JudgeSummary& summary, std::size_t i) 
   }
   const std::string& total = judged_.TotalHeading();
   page_.AddHtml("<div class=\"card\"><h3>" + Escaped(judged_.IlluminantAt(i)) +
-                "</h3>\n<div class=\"bar\" aria-hidden=\"true\">" + bar + "</div>\n<ul>" + list + "</ul>\n<p>" +
-                Escaped(TextOf(ReportText::kMean, {total})) + " <b>" + FixedText(summary.totals.Mean()) +
-                "</b><br>" + Escaped(TextOf(ReportText::kLargest, {total})) + " <b>" +
+                "</h3>\n<div class=\"bar\" aria-hidden=\"true\">" + bar + "</div>\n<ul>" + list +
+                "</ul>\n<p>" + Escaped(TextOf(ReportText::kMean, {total})) + " <b>" +
+                FixedText(summary.totals.Mean()) + "</b><br>" +
+                Escaped(TextOf(ReportText::kLargest, {total})) + " <b>" +
                 FixedText(summary.totals.Largest()) + "</b> <span class=\"small\"><bdi>" +
                 Escaped(Shortened(summary.largestTrial, kLongestCell)) + "</bdi></span></p></div>\n");
 }
@@ -389,7 +391,8 @@ void JudgeReport::AddScriptData(const std::vector<std::size_t>& views) {
       json += ",[";
       for (const JudgedResult& result : trial.results) {
         for (const double value : result.plotted)
-          json += (json.back() == '[' ? "" : ",") + FixedText(value, 3);
+          json += (json.back() == '[' ? "" : ",") +
+                  (std::isfinite(value) && !IsUnset(value) ? FixedText(value, 3) : "null");
       }
       json += "]";
       if (trial.hasCurve) json += "," + CurveJson(trial.curve);

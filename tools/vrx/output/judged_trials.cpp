@@ -75,8 +75,9 @@ std::size_t JudgedTrials::ViewOf(const CurveRow& trial, const Judge& judge) {
   view.hasCurve = !IsUnset(judge.StandardCurve());
   if (view.hasCurve) view.curve = tool::Plotted(judge.StandardCurve());
   for (std::size_t i = 0; i < IlluminantCount(); ++i) {
-    view.colours.push_back({Shown(settings_.illuminants[i], settings_.observer, judge.StandardColor(i).tristimulus),
-                            judge.StandardColor(i).lab, judge.Box(i), judge.Ellipse(i)});
+    view.colours.push_back(
+        {Shown(settings_.illuminants[i], settings_.observer, judge.StandardColor(i).tristimulus),
+         judge.StandardColor(i).lab, judge.Box(i), judge.Ellipse(i)});
   }
   return entry->second;
 }

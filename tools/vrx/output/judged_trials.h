@@ -25,7 +25,8 @@ namespace vrx::tool {
 /// A trial under one illuminant.
 struct JudgedResult : IlluminantJudgement {
   std::array<double, 3> plotted;  ///< the components in which limits are drawn: across, up, and the lightness
-  double metamerism = kUnset;  ///< CIE special index against the first illuminant; unset for that one, and for colours
+  double metamerism =
+      kUnset;  ///< CIE special index against the first illuminant; unset for that one, and for colours
   ShownColour colour;
 
   double Total() const { return difference.back(); }

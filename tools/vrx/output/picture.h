@@ -97,7 +97,7 @@ std::unique_ptr<Picture> MakePicture(PictureFormat format, int32_t width, int32_
 /// each ink. `label` is what a screen reader says instead.
 std::unique_ptr<Picture> MakeInlinePicture(int32_t width, int32_t height, std::string_view label);
 
-/// Writes the picture, in one step. Throws InputError when the file cannot be written; an older one is then kept.
+/// Writes the picture, in one step. Throws OutputError when the file cannot be written; an older one is then kept.
 void SavePicture(Picture& picture, const std::string& path);
 
 /// ShownText for the content and the quoted attributes of HTML and XML.

@@ -13,12 +13,13 @@
     return made;
   };
   const filled = (pattern, ...values) => pattern.replace(/%s/g, () => values.shift() ?? '');
+  const isNumber = (value) => typeof value === 'number';
   const isolated = (text) => element('bdi', {}, text);
   const verdictClasses = ['fail', 'warning', 'pass'];
   const verdict = (value) =>
     element('span', { className: `verdict ${verdictClasses[value]}` }, texts.verdicts[value]);
   const fixed = (value, decimals) =>
-    value === null ? '-' : typeof value === 'number' ? value.toFixed(decimals) : value;
+    value === null ? '-' : isNumber(value) ? value.toFixed(decimals) : value;
 
   // "#rrggbb#rrggbb", and "*" where the display cannot show one of them.
   const splitColours = (text) => ({ first: text.slice(0, 7), second: text.slice(7, 14), clipped: text.length > 14 });
@@ -126,7 +127,7 @@
       this.order.sort((i, j) => {
         const a = keyOf(i), b = keyOf(j);
         if (a === null || b === null) return (a === null) - (b === null) || i - j;
-        const difference = typeof a === 'number' && typeof b === 'number' ? a - b : collator.compare(a, b);
+        const difference = isNumber(a) && isNumber(b) ? a - b : collator.compare(a, b);
         return sign * difference || i - j;
       });
     }
@@ -240,16 +241,16 @@
       if (kind === 'plane') {
         const illuminant = Number(figure.dataset.illuminant);
         for (const t of trials) {
-          const points = data.trials[t][1];
-          if (!points) continue;
-          offer(t, illuminant, pairs[0].x(points[3 * illuminant]), pairs[0].y(points[3 * illuminant + 1]));
+          const [dx, dy] = (data.trials[t][1] ?? []).slice(3 * illuminant);
+          if (isNumber(dx) && isNumber(dy)) offer(t, illuminant, pairs[0].x(dx), pairs[0].y(dy));
         }
       } else if (kind === 'trend') {
         pairs.forEach((pair, illuminant) => {
           const middle = pair.order(x);
           const reach = Math.ceil(10 / Math.abs(pair.x(1) - pair.x(0)));
           for (let k = Math.max(1, middle - reach); k <= Math.min(trials.length, middle + reach); ++k) {
-            offer(trials[k - 1], illuminant, pair.x(k), pair.y(this.total(trials[k - 1], illuminant)));
+            const total = this.total(trials[k - 1], illuminant);
+            if (isNumber(total)) offer(trials[k - 1], illuminant, pair.x(k), pair.y(total));
           }
         });
       }
@@ -303,19 +304,19 @@
       const [, points, curve] = data.trials[trial];
       const group = document.createElementNS(svgNamespace, 'g');
       group.setAttribute('class', 'picked');
+      const circle = (pair, x, y) => {
+        if (isNumber(x) && isNumber(y)) drawn(group, 'circle', 'mark', { cx: pair.x(x), cy: pair.y(y), r: 8 });
+      };
       if (kind === 'trend') {
         const order = this.trialsIn(figure).indexOf(trial) + 1;
-        pairs.forEach((pair, i) =>
-          drawn(group, 'circle', 'mark', { cx: pair.x(order), cy: pair.y(this.total(trial, i)), r: 7 }));
+        pairs.forEach((pair, i) => circle(pair, order, this.total(trial, i)));
       } else if (kind === 'plane' && points) {
         const [x, y, lightness] = points.slice(3 * Number(figure.dataset.illuminant));
-        drawn(group, 'circle', 'mark', { cx: pairs[0].x(x), cy: pairs[0].y(y), r: 8 });
-        drawn(group, 'circle', 'mark', { cx: pairs[1].x(0), cy: pairs[1].y(lightness), r: 8 });
+        circle(pairs[0], x, y);
+        circle(pairs[1], 0, lightness);
       } else if (kind === 'profile') {
-        drawn(group, 'polyline', 'mark-line', {
-          points: pairs.length && Array.from({ length: this.perTrial }, (_, i) =>
-            `${pairs[0].x(i)},${pairs[0].y(this.total(trial, i))}`).join(' '),
-        });
+        const totals = Array.from({ length: this.perTrial }, (_, i) => [i, this.total(trial, i)]).filter(([, total]) => isNumber(total));
+        drawn(group, 'polyline', 'mark-line', { points: totals.map(([i, total]) => `${pairs[0].x(i)},${pairs[0].y(total)}`).join(' ') });
       } else if (kind === 'curves' && curve) this.markCurve(figure, group, curve, pairs);
       figure.querySelector('svg').append(group);
     }
