@@ -20,12 +20,73 @@ constexpr std::array<std::string_view, kDifferenceSystems> kSystemNames{
     "lab", "cmc",    "hunter", "fmc2",  "cie94",   "lch",    "luv",
     "xyz", "gepqs2", "audi",   "din99", "cie2000", "din6175"};
 
-std::string Quoted(std::string_view text) {
-  return "\"" + std::string(text) + "\"";
+// Other names of illuminants and systems.
+struct Alias {
+  std::string_view name;
+  int32_t number;
+};
+constexpr std::array<Alias, 15> kIlluminantAliases{{{"TL84", vrxIllumT84},
+                                                    {"F11", vrxIllumT84},
+                                                    {"F2", vrxIllumCWF},
+                                                    {"F12", vrxIllumU30},
+                                                    {"TL830", vrxIllumU30},
+                                                    {"WWF", vrxIllumF4},
+                                                    {"LED-B1", vrxIllumLB1},
+                                                    {"LED-B2", vrxIllumLB2},
+                                                    {"LED-B3", vrxIllumLB3},
+                                                    {"LED-B4", vrxIllumLB4},
+                                                    {"LED-B5", vrxIllumLB5},
+                                                    {"LED-BH1", vrxIllumLH},
+                                                    {"LED-RGB1", vrxIllumL3},
+                                                    {"LED-V1", vrxIllumLV1},
+                                                    {"LED-V2", vrxIllumLV2}}};
+constexpr std::array<Alias, 6> kSystemAliases{{{"cielab", vrxSystemLab},
+                                               {"dE76", vrxSystemLab},
+                                               {"dE94", vrxSystemCie94},
+                                               {"dE2000", vrxSystemCie2000},
+                                               {"dE00", vrxSystemCie2000},
+                                               {"ciede2000", vrxSystemCie2000}}};
+
+// The number that an alias stands for; -1 for another text.
+int32_t FindAlias(std::string_view text, std::span<const Alias> aliases) {
+  const auto found =
+      std::ranges::find_if(aliases, [&](const Alias& alias) { return EqualsIgnoringCase(text, alias.name); });
+  return found != aliases.end() ? found->number : -1;
+}
+
+std::vector<std::string> NamesOfIlluminants() {
+  std::vector<std::string> names;
+  for (int32_t i = 0; i < kBuiltInIlluminants; ++i) names.push_back(CodeOf(static_cast<vrxIlluminant>(i)));
+  for (const vrxUserIllum number : RegisteredUserIlluminants()) names.push_back(CodeOf(IlluminantOf(number)));
+  for (const Alias& alias : kIlluminantAliases) names.emplace_back(alias.name);
+  return names;
 }
 
 char LowerCase(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Letters to change, add, leave out or exchange with their neighbour, to make one text of the other (the restricted
+// distance of Damerau and Levenshtein).
+std::size_t EditDistance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> before(b.size() + 1), above(b.size() + 1), row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j) above[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const auto equal = [&](std::size_t x, std::size_t y) { return LowerCase(a[x]) == LowerCase(b[y]); };
+      row[j] = std::min({above[j] + 1, row[j - 1] + 1, above[j - 1] + (equal(i - 1, j - 1) ? 0u : 1u)});
+      if (i > 1 && j > 1 && equal(i - 1, j - 2) && equal(i - 2, j - 1))
+        row[j] = std::min(row[j], before[j - 2] + 1);
+    }
+    before.swap(above);
+    above.swap(row);
+  }
+  return above[b.size()];
+}
+
+std::string Quoted(std::string_view text) {
+  return std::string("\"").append(text).append("\"");
 }
 
 // A whole number below `limit`; -1 for any other text.
@@ -66,6 +127,25 @@ std::vector<std::string> SplitList(std::string_view text, char separator) {
   return parts;
 }
 
+std::string NearestName(std::string_view text, std::span<const std::string> names) {
+  constexpr std::size_t kLongestName = 40;  // of what is worth comparing
+  std::size_t limit = text.size() > 4 ? 3 : 2;
+  if (text.size() > kLongestName) return {};
+  std::string nearest;
+  for (const std::string& name : names) {
+    const std::size_t distance = EditDistance(text, name);
+    if (distance >= limit || distance >= name.size()) continue;
+    limit = distance;
+    nearest = name;
+  }
+  return nearest;
+}
+
+std::string DidYouMean(std::string_view text, std::span<const std::string> names) {
+  const std::string name = NearestName(text, names);
+  return name.empty() ? name : std::string("; did you mean ").append(name).append("?");
+}
+
 bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
   return std::ranges::equal(a, b, {}, LowerCase, LowerCase);
 }
@@ -77,7 +157,11 @@ vrxIlluminant ParseIlluminant(std::string_view text) {
   if ((number >= 0 && number < kBuiltInIlluminants) || isUser) return static_cast<vrxIlluminant>(number);
   vrxIlluminant illuminant;
   if (FindIlluminant(CString::FromUtf8(text), illuminant)) return illuminant;
-  throw InputError("unknown illuminant " + Quoted(text) + "; vrx tables lists them");
+  if (const int32_t other = FindAlias(text, kIlluminantAliases); other >= 0) {
+    return static_cast<vrxIlluminant>(other);
+  }
+  throw InputError("unknown illuminant " + Quoted(text) + DidYouMean(text, NamesOfIlluminants()) +
+                   "; vrx tables lists them");
 }
 
 int32_t ParseObserver(std::string_view text) {
@@ -92,7 +176,10 @@ int32_t ParseSystem(std::string_view text) {
   for (std::size_t i = 0; i < kSystemNames.size(); ++i) {
     if (EqualsIgnoringCase(text, kSystemNames[i])) return static_cast<int32_t>(i);
   }
-  throw InputError("unknown difference system " + Quoted(text) + "; --help lists them");
+  if (const int32_t other = FindAlias(text, kSystemAliases); other >= 0) return other;
+  const std::vector<std::string> names(kSystemNames.begin(), kSystemNames.end());
+  throw InputError("unknown difference system " + Quoted(text) + DidYouMean(text, names) +
+                   "; --help lists them");
 }
 
 std::string CodeOf(vrxIlluminant illuminant) {

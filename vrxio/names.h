@@ -5,6 +5,7 @@
 #define VRXIO_NAMES_H_
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,12 +16,13 @@
 
 namespace vrx::io {
 
-/// An illuminant by its code, such as "D65" in any case, or by its number: 0 to 25, or that of a registered
-/// user illuminant.
+/// An illuminant by its code, such as "D65" in any case, by its number: 0 to 25, or that of a registered user
+/// illuminant; or by another name that it goes by, such as "TL84", "F11" or "LED-B1".
 vrxIlluminant ParseIlluminant(std::string_view text);
 /// Observer 0 for "2" (CIE 1931), 1 for "10" (CIE 1964).
 int32_t ParseObserver(std::string_view text);
-/// A difference system by its number, 0 to 12, or its short name, such as "cie2000".
+/// A difference system by its number, 0 to 12, or its short name, such as "cie2000"; or by another name that it goes
+/// by, such as "dE2000".
 int32_t ParseSystem(std::string_view text);
 
 /// The code of an illuminant, such as "D65".
@@ -55,6 +57,12 @@ std::string GeometryName(int32_t geometry);
 
 /// The finite numbers of a list such as "2,1". Throws InputError, in which `option` says where it stood.
 std::vector<double> ParseNumbers(std::string_view text, std::string_view option);
+
+/// The one of `names` that `text` was probably meant for: the nearest in letters changed, added, left out or exchanged,
+/// whatever their case, when that is near enough; an empty text when none is.
+std::string NearestName(std::string_view text, std::span<const std::string> names);
+/// "; did you mean X?" for the nearest name, or an empty text.
+std::string DidYouMean(std::string_view text, std::span<const std::string> names);
 
 /// True when two texts are the same apart from the case of ASCII letters.
 bool EqualsIgnoringCase(std::string_view a, std::string_view b);

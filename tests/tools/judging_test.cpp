@@ -18,6 +18,7 @@ class Judging : public vrx::test::ToolProcess {
     folder_.Write("t.csv", "id,L,a,b\nt1,50.5,0,0\nt2,50,1.2,0.5\nt3,50,0,-2\nt4,53,4,0\n");
     folder_.Write("named.csv", "standard,b,id,a,L\ns,0,t1,0,50.5\nr,-5,t2,10,70\ns,0,t3,4,53\n");
     folder_.Write("readings.csv", "id,X,Y,Z\nu,10,20,30\nv,1,2,3\nu,11,22,33\nu,9,18,27\nv,3,2,1\nv,2,2,2\n");
+    folder_.Write("pair.csv", "L1,a1,b1,L2,a2,b2\n50,2.6772,-79.7751,50,0,-82.7485\n");
     folder_.Write("apart.csv", "id,L,a,b\nu,50,0,0\nu,50.1,0,0\nu,50,0.1,0\nu,52,0,0\nu,50,0,-0.1\n");
   }
 };
@@ -47,6 +48,11 @@ TEST_F(Judging, KnownColours) {
       {"sort t.csv --standard s.csv --blocks 1,1,1 --digits 1 --format csv",
        "block,trial,e0,e1,e2\n553,t3,0.0,0.0,-2.0\n566,t2,0.0,1.2,0.5\n655,t1,0.5,0.0,0.0\n895,t4,3.0,4.0,0."
        "0\n"},
+      // Pair 1 of Sharma, Wu and Dalal.
+      {"delta pair.csv --system dE00 --tolerance 2.1 --digits 4 --format csv | cut -d , -f 11-",
+       "e6,word0,word1,word2,box,total,verdict\n2.0425, ,Less Red,Bluer,0,1,0\n"},
+      {"color s.csv --illuminants TL84,f2,F12,led-b3 --digits 0 --format csv | cut -d , -f 1,2 | head -5",
+       "id,illuminant\ns,T84\ns,CWF\ns,U30\ns,LB3\n"},
       {"average readings.csv --format csv", "id,X,Y,Z\nu,10,20,30\nv,2,2,2\n"},
       {"average readings.csv --count 2 --format csv", "id,X,Y,Z\nu,5.5,11,16.5\nu,10,20,30\nv,2.5,2,1.5\n"},
       {"color readings.csv --average --digits 0 --illuminants C --format csv | cut -d , -f 1-6",
@@ -56,6 +62,8 @@ TEST_F(Judging, KnownColours) {
        "u,,5,0.88,0.04,0.04,2.00,0.10,0.10,0.64,1.58,4\n"},
   };
   for (const auto& [arguments, out] : kRows) EXPECT_EQ(Run(arguments).out, out) << arguments;
+  EXPECT_EQ(Run("judge s.csv t.csv --illuminants D65 --parameters 1.5:1").out,
+            Run("judge s.csv t.csv --illuminants D65 --parameters 1.5,1").out);
   EXPECT_NE(Run("average apart.csv").err.find("readings of \"u\" 4 lies apart"), std::string::npos);
 }
 

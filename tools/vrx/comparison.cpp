@@ -52,28 +52,6 @@ void AddComparisonOptions(Command& command, ComparisonOptions& options, Content 
   AddCurveInputOptions(command, options.input);
 }
 
-void AddJudgingOptions(Command& command, JudgingOptions& options) {
-  AddViewingOptions(command, options.viewing, "D65,A,CWF");
-  AddSystemOptions(command, options.system, "cmc");
-  command
-      .AddOption("--tolerance", options.tolerance,
-                 "One limit for everything, or seven: plus and minus of the three components, then the total")
-      .Shows("LIMITS [1.5]");
-  command.AddOption("--warning", options.warning, "Fraction of a limit above which there is a warning")
-      .Shows("FACTOR [0.75]");
-}
-
-JudgeSettings SettingsOf(const JudgingOptions& options) {
-  if (!(options.warning >= 0 && options.warning <= 1)) throw InputError("--warning: a factor from 0 to 1");
-  JudgeSettings settings;
-  settings.illuminants = options.viewing.Illuminants();
-  settings.observer = options.viewing.Observer();
-  settings.difference = options.system.Settings();
-  settings.warningFactor = options.warning;
-  settings.box = BoxFromNumbers(ParseNumbers(options.tolerance, "--tolerance"));
-  return settings;
-}
-
 Comparison::Comparison(const ComparisonOptions& options, const JudgeSettings& settings)
     : average_(options.average),
       trials_(OpenTrials(options)),

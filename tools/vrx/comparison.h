@@ -33,20 +33,6 @@ struct ComparisonOptions {
 /// command can make use of.
 void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content);
 
-/// By what a trial is judged.
-struct JudgingOptions {
-  ViewingOptions viewing;
-  SystemOptions system;
-  std::string tolerance = "1.5";  ///< one limit, or the seven of a box
-  double warning = 0.75;
-};
-
-/// Adds the options of viewing and of the system, `--tolerance` and `--warning`.
-void AddJudgingOptions(Command& command, JudgingOptions& options);
-
-/// The settings that they stand for, without limits from files. Throws InputError when they cannot be used.
-JudgeSettings SettingsOf(const JudgingOptions& options);
-
 /// Trials and their standards, opened.
 class Comparison {
  public:

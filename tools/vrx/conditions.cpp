@@ -46,10 +46,16 @@ void AddSystemOptions(Command& command, SystemOptions& options, const std::strin
       .Shows("LIST [2,1 for cmc, else 1]");
 }
 
+std::vector<double> SystemOptions::Given() const {
+  if (parameters.empty()) return {};
+  std::string list = parameters;
+  std::ranges::replace(list, ':', ',');  // headings print them so
+  return ParseNumbers(list, "--parameters");
+}
+
 CDifferenceSettings SystemOptions::Settings() const {
   CDifferenceSettings settings = DefaultSettings(ParseSystem(system));
-  if (parameters.empty()) return settings;
-  const std::vector<double> given = ParseNumbers(parameters, "--parameters");
+  const std::vector<double> given = Given();
   if (given.size() > static_cast<std::size_t>(ParameterCount(settings.system))) {
     throw InputError("--parameters: " + std::string(ShortNameOf(settings.system)) + " has " +
                      std::to_string(ParameterCount(settings.system)) + " parameters");

@@ -36,9 +36,11 @@ void AddViewingOptions(Command& command, ViewingOptions& viewing, const std::str
 /// The difference system, as options give it.
 struct SystemOptions {
   std::string system;
-  std::string parameters;  ///< numbers, separated by commas; empty for the usual ones
+  std::string parameters;  ///< numbers, separated by commas or colons; empty for the usual ones
 
   CDifferenceSettings Settings() const;
+  /// The parameters as they were given.
+  std::vector<double> Given() const;
 };
 
 /// Adds `--system` with a default and `--parameters`.

@@ -12,8 +12,10 @@
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/conditions.h"
+#include "tools/vrx/judging_options.h"
 #include "tools/vrx/output/json_output.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/output/verdict_texts.h"
 
 namespace vrx::tool {
 namespace {
@@ -22,6 +24,8 @@ struct DeltaOptions {
   std::string pairs;
   ViewingOptions viewing;
   SystemOptions system;
+  std::string tolerance;  // empty for no verdicts
+  double warning = 0.75;
   Format format = Format::kTable;
 };
 
@@ -33,8 +37,8 @@ class PairDifference {
 
   /// `values`: the three of the standard, the three of the sample, the measuring angle in degrees.
   const CDeltaValues& Of(const std::vector<double>& values, vrxIlluminant illuminant) {
-    SetColor(illuminant, &values[0], standard_);
-    SetColor(illuminant, &values[3], sample_);
+    SetColor(illuminant, &values[0], standard_, standardLab_);
+    SetColor(illuminant, &values[3], sample_, sampleLab_);
     if (settings_.system == vrxSystemDin99) {
       DeltaDin99(standard_.lab, sample_.lab, settings_.parameters[0], settings_.parameters[1], delta_);
     } else {
@@ -42,18 +46,22 @@ class PairDifference {
     }
     return delta_;
   }
+  /// L*a*b* of the last pair, whatever the system works in.
+  const CLabValues& StandardLab() const { return standardLab_; }
+  const CLabValues& SampleLab() const { return sampleLab_; }
 
  private:
   // L*a*b* that was given stays as it is; whatever else the system needs is computed from the values.
-  void SetColor(vrxIlluminant illuminant, const double* values, CColorValues& color) const {
+  void SetColor(vrxIlluminant illuminant, const double* values, CColorValues& color, CLabValues& lab) const {
     if (fromXyz_) {
       std::copy_n(values, 3, color.tristimulus.begin());
-      FillCoordinates(settings_.system, illuminant, observer_, color);
-      return;
+      FillCoordinates(vrxSystemLab, illuminant, observer_, color);
+    } else {
+      std::copy_n(values, 3, color.lab.begin());
+      ChromaHue(color.lab);
+      LabToXyz(illuminant, observer_, color.lab, color.tristimulus);
     }
-    std::copy_n(values, 3, color.lab.begin());
-    ChromaHue(color.lab);
-    LabToXyz(illuminant, observer_, color.lab, color.tristimulus);
+    lab = color.lab;
     if (settings_.system == vrxSystemHunter || settings_.system == vrxSystemLuv) {
       FillCoordinates(settings_.system, illuminant, observer_, color);
     }
@@ -63,14 +71,53 @@ class PairDifference {
   int32_t observer_;
   bool fromXyz_;
   CColorValues standard_, sample_;
+  CLabValues standardLab_, sampleLab_;
   CDeltaValues delta_;
 };
 
-// Writes differences in one of the three formats.
+// Judges differences by a box: the library's context with one illuminant, of which only the tolerance and the colours
+// serve, since the angle of a pair need not be that of a geometry.
+class PairJudge {
+ public:
+  PairJudge(const DeltaOptions& options, const CDifferenceSettings& settings) {
+    calc_.method = settings.system;
+    calc_.methodSettings = settings;
+    calc_.warningFactor = CheckedWarning(options.warning);
+    calc_.boxTolerances.SetAngleCount(1);
+    calc_.boxTolerances[0][0].SetSize(1);
+    calc_.boxTolerances[0][0][0] = BoxOf(options.tolerance);
+    for (CColorValuesIllDataArray* values : {&calc_.valuesA, &calc_.valuesB}) {
+      values->SetSize(1);
+      (*values)[0].SetSize(1);
+    }
+  }
+
+  IlluminantJudgement Of(const CLabValues& standard, const CLabValues& sample,
+                         const CDeltaValues& difference) {
+    calc_.valuesB[0][0].lab = standard;
+    calc_.valuesA[0][0].lab = sample;
+    CDeltaValues labDifference;
+    DeltaEab(standard, sample, labDifference);
+    IlluminantJudgement judgement;
+    judgement.available = true;
+    judgement.words = DescribeShade(sample, labDifference).words;
+    judgement.components = calc_.JudgeBox(0, 0, 0, difference);
+    judgement.total = calc_.JudgeTotal(0, 0, 0, difference);
+    judgement.overall = std::min(judgement.components, judgement.total);
+    return judgement;
+  }
+
+ private:
+  CVarexCalc calc_;
+};
+
+// Writes differences in one of the three formats, with words and verdicts where there are any.
 class DeltaRows {
  public:
-  DeltaRows(const CDifferenceSettings& settings, int32_t observer, Format format, OutputStream& output)
+  DeltaRows(const CDifferenceSettings& settings, int32_t observer, const Format& format, bool withVerdicts,
+            OutputStream& output)
       : format_(format),
+        withVerdicts_(withVerdicts),
         system_(ShortNameOf(settings.system)),
         observer_(DegreesOf(observer)),
         columns_(DifferenceColumnsOf(settings.system)),
@@ -79,8 +126,10 @@ class DeltaRows {
     if (format != Format::kJson) rows_ = MakeRowWriter(format, output, Columns());
   }
 
-  void Add(std::string_view id, vrxIlluminant illuminant, const CDeltaValues& delta) {
-    if (format_ == Format::kJson) return AddObject(id, illuminant, delta);
+  /// `judgement`: null without verdicts.
+  void Add(std::string_view id, vrxIlluminant illuminant, const CDeltaValues& delta,
+           const IlluminantJudgement* judgement) {
+    if (format_ == Format::kJson) return AddObject(id, illuminant, delta, judgement);
     rows_->Text(id);
     if (format_ == Format::kCsv) rows_->Text(system_);
     rows_->Text(CodeOf(illuminant));
@@ -90,6 +139,7 @@ class DeltaRows {
     } else {
       for (const DifferenceColumn& column : columns_) rows_->Number(delta[column.element]);
     }
+    if (judgement != nullptr) AddVerdicts(*judgement);
     rows_->EndRow();
   }
 
@@ -97,16 +147,41 @@ class DeltaRows {
 
  private:
   std::vector<Column> Columns() const {
+    std::vector<Column> columns{{"id"}};
+    if (format_ == Format::kCsv) columns.push_back({"system"});
+    for (const char* name : {"illuminant", "observer"}) columns.push_back({name});
     if (format_ == Format::kCsv) {
-      return {{"id"}, {"system"}, {"illuminant"}, {"observer"}, {"e0"}, {"e1"},
-              {"e2"}, {"e3"},     {"e4"},         {"e5"},       {"e6"}};
+      for (const char* name : {"e0", "e1", "e2", "e3", "e4", "e5", "e6"}) columns.push_back({name});
+    } else {
+      for (const DifferenceColumn& column : columns_) columns.push_back({column.heading, "", 4});
     }
-    std::vector<Column> columns{{"id"}, {"illuminant"}, {"observer"}};
-    for (const DifferenceColumn& column : columns_) columns.push_back({column.heading, "", 4});
+    if (!withVerdicts_) return columns;
+    if (format_ == Format::kCsv) {
+      for (const char* name : {"word0", "word1", "word2"}) columns.push_back({name});
+    } else {
+      columns.push_back({"words"});
+    }
+    for (const char* name : {"box", "total", "verdict"}) columns.push_back({name});
     return columns;
   }
 
-  void AddObject(std::string_view id, vrxIlluminant illuminant, const CDeltaValues& delta) {
+  void AddVerdicts(const IlluminantJudgement& judgement) {
+    if (format_ == Format::kCsv) {
+      for (const ShadeWord word : judgement.words) rows_->Text(TextOf(word));
+    } else {
+      rows_->Text(JoinedWords(judgement.words));
+    }
+    for (const Verdict verdict : {judgement.components, judgement.total, judgement.overall}) {
+      if (format_ == Format::kCsv) {
+        rows_->Integer(verdict);
+      } else {
+        rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
+      }
+    }
+  }
+
+  void AddObject(std::string_view id, vrxIlluminant illuminant, const CDeltaValues& delta,
+                 const IlluminantJudgement* judgement) {
     nlohmann::ordered_json object;
     object["id"] = id;
     object["system"] = system_;
@@ -116,10 +191,17 @@ class DeltaRows {
     for (const DifferenceColumn& column : columns_) {
       object["columns"][column.heading] = JsonNumber(delta[column.element]);
     }
+    if (judgement != nullptr) {
+      for (const ShadeWord word : judgement->words) object["words"].push_back(TextOf(word));
+      object["box"] = judgement->components;
+      object["total"] = judgement->total;
+      object["verdict"] = judgement->overall;
+    }
     array_.Add(object);
   }
 
   Format format_;
+  bool withVerdicts_;
   std::string system_;
   int32_t observer_;
   std::vector<DifferenceColumn> columns_;
@@ -137,10 +219,15 @@ void RunDelta(const DeltaOptions& options) {
                              : ValueRows(csv, {"L1", "a1", "b1", "L2", "a2", "b2", "angle"}, 6);
   PairDifference difference(settings, observer, fromXyz);
   OutputStream output;
-  DeltaRows rows(settings, observer, options.format, output);
+  const bool judges = !options.tolerance.empty();
+  PairJudge judge(options, settings);
+  DeltaRows rows(settings, observer, options.format, judges, output);
   while (values.Next()) {
     for (const vrxIlluminant illuminant : illuminants) {
-      rows.Add(values.Id(), illuminant, difference.Of(values.Values(), illuminant));
+      const CDeltaValues& delta = difference.Of(values.Values(), illuminant);
+      IlluminantJudgement judgement;
+      if (judges) judgement = judge.Of(difference.StandardLab(), difference.SampleLab(), delta);
+      rows.Add(values.Id(), illuminant, delta, judges ? &judgement : nullptr);
     }
   }
   rows.Finish();
@@ -159,10 +246,13 @@ void AddDelta(Command& tool) {
       .Required();
   AddSystemOptions(command, options->system, "cmc");
   AddViewingOptions(command, options->viewing, "D65");
+  AddToleranceOptions(command, options->tolerance, options->warning, "none, and no verdicts");
   AddFormatOption(command, options->format);
   command.SetNotes(
       "The first colour of a row is the standard, the second the sample. The illuminant serves to convert\n"
-      "between L*a*b* and tristimulus values; the angle, in degrees, is for audi and din6175.\n\n"
+      "between L*a*b* and tristimulus values; the angle, in degrees, is for audi and din6175. With "
+      "--tolerance\n"
+      "each pair gets words and verdicts as vrx judge gives them.\n\n"
       "Examples:\n"
       "  vrx delta pairs.csv --system cie2000\n"
       "  vrx delta pairs.csv --system cmc --parameters 1,1 --format csv\n"

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +17,7 @@
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/terminal.h"
+#include "tools/vrx/standards.h"
 
 namespace vrx::tool {
 namespace {
@@ -25,6 +25,9 @@ namespace {
 struct IndexOptions {
   std::string file;
   std::string standard;
+  std::string standardId;
+  bool pairs = false;
+  bool formulas = false;
   ViewingOptions viewing;
   CurveInputOptions input;
   Format format = Format::kTable;
@@ -125,15 +128,15 @@ void AddMetamerism(const CurveRow& row, const CReflData& standard, IndexRows& ro
   }
 }
 
-std::optional<CReflData> ReadStandard(const IndexOptions& options) {
-  if (options.standard.empty()) return std::nullopt;
+// The curves that metamerism is reckoned against; null without --standard.
+std::unique_ptr<Standards> OpenStandards(const IndexOptions& options, const JudgeSettings& settings) {
+  if (options.standard.empty()) return nullptr;
   CurveReader reader = OpenCurves(options.standard, options.input);
-  CurveRow row;
-  if (!reader.Next(row)) throw InputError(options.standard + ": there is no row");
-  return row.curve;
+  return options.pairs ? PairedStandards(std::move(reader), settings)
+                       : OneStandard(std::move(reader), options.standardId, settings);
 }
 
-void AddCurves(CurveReader curves, const std::optional<CReflData>& standard, IndexRows& rows) {
+void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
   ProgressBar progress(curves.Csv().Size());
   Drawdowns drawdowns(rows);
   CurveRow row;
@@ -144,7 +147,7 @@ void AddCurves(CurveReader curves, const std::optional<CReflData>& standard, Ind
       rows.AddFamily(row.id, illuminant, xyz);
     }
     drawdowns.Take(row);
-    if (standard) AddMetamerism(row, *standard, rows);
+    if (standards != nullptr) AddMetamerism(row, standards->For(row).StandardCurve(), rows);
     progress.Update(curves.Csv().Position());
   }
   WarnAboutFractions(curves);
@@ -161,14 +164,65 @@ void AddValues(CsvReader& csv, IndexRows& rows) {
   }
 }
 
+// What stands behind a label.
+struct IndexFormula {
+  uint32_t label;
+  const char* formula;
+  const char* direct;        // the illuminants and observers of the direct form
+  const char* recalculated;  // what the other form does
+};
+constexpr IndexFormula kFormulas[] = {
+    {kStringIndexLabel, "3.388 Z - 3 Y", "C/2", "Z to the white of C/2"},
+    {kStringIndexLabel + 1, "Y + 800 (xn - x) + 1700 (yn - y)",
+     "C, D65, D50 with the white points of ASTM E313", "any other white"},
+    {kStringIndexLabel + 2, "Y + 800 (xn - x) + 1700 (yn - y)", "D65", "the white of any illuminant"},
+    {kStringIndexLabel + 3, "k (xn - x) - 650 (yn - y), k = 1000 (2 degrees) or 900 (10 degrees)", "D65",
+     "the white of any illuminant"},
+    {kStringIndexLabel + 4, "Y + 3.4 Z - 3.895 X (2 degrees), Y + 3.448 Z - 3.904 X (10 degrees)", "D65",
+     "X and Z to the white of D65/2, the formula of 2 degrees"},
+    {kStringIndexLabel + 5, "L - 3 b + 3 a in Hunter Lab", "any", ""},
+    {kStringIndexLabel + 6, "L - 3 b in Hunter Lab", "any", ""},
+    {kStringIndexLabel + 7, "3.3834 Z - 3 Y", "C/2", "Z to the white of C/2"},
+    {kStringIndexLabel + 8, "100 (1 - 0.847 Z / Y)", "C/2", "Z to the white of C/2"},
+    {kStringIndexLabel + 9,
+     "100 (Cx X - Cz Z) / Y: C/2 1.2769, 1.0592; C/10 1.2871, 1.0781; D65/2 1.2985, 1.1335; D65/10 1.3013, "
+     "1.1498",
+     "C, D65", "X and Z to the white of C/2, the formula of C/2"},
+    {kStringIndexLabel + 10, "100 (1.28 X - 1.06 Z) / Y", "C/2", "X and Z to the white of C/2"},
+    {kStringIndexLabel + 11, "100 (a X - b Z) / Y: C/2 1.277, 1.059; D65/2 1.298, 1.133; D65/10 1.301, 1.149",
+     "C/2, D65", "X and Z to the white of C/2, the formula of C/2"},
+    {kStringFurtherIndexLabel, "k (xn - x) - 650 (yn - y), k = 1000 (2 degrees) or 900 (10 degrees)",
+     "C, D65, D50 with the white points of ASTM E313", "any other white"},
+    {kStringFurtherIndexLabel + 1, "253.1 - 620.88511 Z / (1.275 X + Y + 0.635025 Z)", "C/2", ""},
+};
+
+void WriteFormulas(const Format& format) {
+  OutputStream output;
+  const auto rows =
+      MakeRowWriter(format, output, {{"index"}, {"formula"}, {"direct", "direct for"}, {"recalculated"}});
+  for (const ColorIndex& index : ColorIndices()) {
+    const IndexFormula& row = *std::ranges::find(kFormulas, index.label, &IndexFormula::label);
+    rows->Text(IndexLabel(index, IndexForm::kDirect).ToUtf8());
+    for (const char* text : {row.formula, row.direct, row.recalculated}) rows->Text(text);
+    rows->EndRow();
+  }
+  rows->Finish();
+  output.Finish();
+}
+
 void RunIndex(const IndexOptions& options) {
+  if (options.formulas) return WriteFormulas(options.format);
+  if (options.file.empty()) throw InputError("FILE is required");
+  JudgeSettings settings;  // of which only the conditions count
+  settings.illuminants = options.viewing.Illuminants();
+  settings.observer = options.viewing.Observer();
   OutputStream output;
   IndexRows rows(options, output);
-  const std::optional<CReflData> standard = ReadStandard(options);
+  const std::unique_ptr<Standards> standards = OpenStandards(options, settings);
   CsvReader csv(options.file);
   if (HasWavelengths(csv.Header())) {
-    AddCurves(OpenCurves(std::move(csv), options.input), standard, rows);
-  } else if (standard) {
+    AddCurves(OpenCurves(std::move(csv), options.input), standards.get(), rows);
+  } else if (standards) {
     csv.FailRow("--standard needs curves, which have wavelengths in their header");
   } else {
     AddValues(csv, rows);
@@ -182,19 +236,27 @@ void RunIndex(const IndexOptions& options) {
 void AddIndex(Command& tool) {
   const auto options = std::make_shared<IndexOptions>();
   Command command = tool.AddCommand("index", "Whiteness, tint and yellowness, metamerism, contrast ratio");
-  command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z (- reads standard input)").Required();
-  command
-      .AddOption("--standard", options->standard,
-                 "Curves whose first row is the standard: adds the CIE special metamerism index of every "
-                 "curve between the first illuminant and each other one")
-      .Shows("FILE");
+  command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z (- reads standard input)");
+  Option standard = command.AddOption("--standard", options->standard,
+                                      "Curves of the standard, or standards: adds the CIE special metamerism "
+                                      "index of every curve between the "
+                                      "first illuminant and each other one");
+  standard.Shows("FILE");
+  Option id =
+      command.AddOption("--standard-id", options->standardId, "Which row of --standard is the standard");
+  id.Shows("ID [the first row]").Check(RefuseEmpty).Needs(standard);
+  command.AddFlag("--pairs", options->pairs, "The standard of each curve is the one of the same id")
+      .Excludes(id)
+      .Needs(standard);
+  command.AddFlag("--formulas", options->formulas, "List the indices with their formulas instead");
   AddViewingOptions(command, options->viewing, "D65,C");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
   command.SetNotes(
       "An index is direct under the illuminants and observers for which it was published, and recalculated\n"
       "to their white under any other. A table leaves out what does not exist; csv has an empty field for\n"
-      "it. Two rows of one id, one \"Over Black\" and one \"Over White\", also give their contrast ratio.\n\n"
+      "it. --formulas says what stands behind each name. Two rows of one id, one \"Over Black\" and one "
+      "\"Over White\", also give their contrast ratio.\n\n"
       "Examples:\n"
       "  vrx index paper.csv                                under D65 and C, 10 degrees\n"
       "  vrx index paper.csv --illuminants C --observer 2   as most of them were published\n"

@@ -13,7 +13,7 @@
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/comparison.h"
-#include "tools/vrx/conditions.h"
+#include "tools/vrx/judging_options.h"
 #include "tools/vrx/output/judge_output.h"
 #include "tools/vrx/output/judge_report.h"
 #include "tools/vrx/output/output.h"
@@ -24,10 +24,6 @@ namespace {
 struct JudgeOptions {
   ComparisonOptions comparison;
   JudgingOptions judging;
-  bool toleranceGiven = false;
-  std::string tolerances;
-  bool ellipse = false;
-  std::string ellipses;
   bool summary = false;
   std::string only;
   bool worstFirst = false;
@@ -35,48 +31,6 @@ struct JudgeOptions {
   Format format = Format::kTable;
   ReportOptions report;
 };
-
-// Makes the ellipsoids of the system decide, grown by the factor that --tolerance or the parameters name.
-void BuildEllipses(const JudgeOptions& options, JudgeSettings& settings) {
-  CDifferenceSettings& difference = settings.difference;
-  if (!IsEllipseSystem(difference.system)) {
-    throw InputError("--ellipse: " + std::string(ShortNameOf(difference.system)) +
-                     " has no ellipsoid; cmc, cie94 and cie2000 have");
-  }
-  settings.buildEllipses = true;
-  const std::size_t place = difference.system == vrxSystemCmc ? 2 : 3;
-  const bool inParameters = !options.judging.system.parameters.empty() &&
-                            ParseNumbers(options.judging.system.parameters, "--parameters").size() > place;
-  if (inParameters && options.toleranceGiven) {
-    throw InputError("--ellipse: --tolerance and --parameters both name the factor");
-  }
-  if (inParameters) return;
-  const std::vector<double> factor = ParseNumbers(options.judging.tolerance, "--tolerance");
-  if (factor.size() != 1 || !(factor[0] > 0)) {
-    throw InputError("--tolerance: with --ellipse one number above 0 is expected");
-  }
-  difference.parameters[place] = factor[0];
-}
-
-void LoadEllipses(const JudgeOptions& options, JudgeSettings& settings) {
-  if (options.toleranceGiven && !options.ellipse) {
-    throw InputError("--ellipses: the file has the limits; --tolerance needs --ellipse");
-  }
-  CsvReader csv(options.ellipses);
-  settings.ellipses.Load(csv, {settings.difference.system, settings.observer});
-  if (settings.ellipses.IsEmpty()) throw InputError(csv.Name() + ": there is no row");
-}
-
-JudgeSettings SettingsOf(const JudgeOptions& options) {
-  JudgeSettings settings = SettingsOf(options.judging);
-  if (!options.tolerances.empty()) {
-    CsvReader csv(options.tolerances);
-    settings.boxes.Load(csv, {settings.difference.system, settings.observer});
-  }
-  if (options.ellipse) BuildEllipses(options, settings);
-  if (!options.ellipses.empty()) LoadEllipses(options, settings);
-  return settings;
-}
 
 // Lets through what the user asked to see, in the order that was asked for.
 class Selection {
@@ -144,7 +98,7 @@ std::unique_ptr<JudgeReport> MakeReport(const JudgeOptions& options, const Judge
 }
 
 ExitStatus RunJudge(const JudgeOptions& options) {
-  const JudgeSettings settings = SettingsOf(options);
+  const JudgeSettings settings = SettingsOf(options.judging);
   Comparison comparison(options.comparison, settings);
   OutputStream output;
   const auto results = options.summary ? nullptr
@@ -173,19 +127,7 @@ ExitStatus RunJudge(const JudgeOptions& options) {
 
 void AddOptions(Command& command, JudgeOptions& options) {
   AddComparisonOptions(command, options.comparison, Content::kCurvesOrColors);
-  AddJudgingOptions(command, options.judging);
-  Option boxes = command.AddOption("--tolerances", options.tolerances,
-                                   "Limits per standard, geometry and illuminant, from a CSV file");
-  boxes.Shows("FILE");
-  command
-      .AddFlag("--ellipse", options.ellipse,
-               "Judge by the ellipsoid of cmc, cie94 or cie2000 about the standard, times --tolerance")
-      .Excludes(boxes);
-  command
-      .AddOption("--ellipses", options.ellipses,
-                 "Judge by ellipsoids from a CSV file, as vrx fit-tolerance writes it")
-      .Shows("FILE")
-      .Excludes(boxes);
+  AddJudgingOptions(command, options.judging, "D65,A,CWF");
   command.AddFlag("--summary", options.summary, "Write only the summary of each illuminant");
   command.AddOption("--only", options.only, "Write only trials whose worst verdict is one of these")
       .Shows("fail|warning|fail,warning")
@@ -214,10 +156,7 @@ void AddJudge(Command& tool) {
       "  vrx judge std.csv batch.csv --tolerance 1,1,0.6,0.6,0.6,0.6,1.2 --format json\n"
       "  export.sh | vrx judge std.csv - --tolerances limits.csv --format csv\n"
       "  vrx judge std.csv batch.csv --ellipse --tolerance 0.8   inside the CMC ellipsoid, cf = 0.8\n");
-  command.SetAction([options, command] {
-    options->toleranceGiven = command.IsGiven("--tolerance");
-    return RunJudge(*options);
-  });
+  command.SetAction([options] { return RunJudge(*options); });
 }
 
 }  // namespace vrx::tool

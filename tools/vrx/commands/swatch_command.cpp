@@ -16,6 +16,7 @@
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/judge.h"
+#include "tools/vrx/judging_options.h"
 #include "tools/vrx/output/picture.h"
 #include "tools/vrx/output/text.h"
 #include "tools/vrx/standards.h"
@@ -225,7 +226,7 @@ void AddSwatch(Command& tool) {
   Option id = command.AddOption("--standard-id", options->standardId, "Which row is the standard");
   id.Shows("ID [the first row]").Check(RefuseEmpty);
   command.AddFlag("--pairs", options->pairs, "Each trial beside the standard of the same id").Excludes(id);
-  AddJudgingOptions(command, options->judging);
+  AddJudgingOptions(command, options->judging, "D65,A,CWF");
   AddCurveInputOptions(command, options->input);
   command.SetNotes(
       "Each pair is painted as it looks to somebody adapted to the illuminant: its white is that of the\n"

@@ -5,47 +5,29 @@
 #include <array>
 #include <utility>
 
-#include <vrxmath/judging/shade.h>
-
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/output/json_output.h"
 #include "tools/vrx/output/text.h"
+#include "tools/vrx/output/verdict_texts.h"
 
 namespace vrx::tool {
 
 namespace {
 
-constexpr std::size_t kShadeWords = 11;
-
 // What every row says again, as UTF-8, made once.
 struct Texts {
   explicit Texts(const JudgeSettings& settings) : observer(DegreesOf(settings.observer)) {
     for (const vrxIlluminant illuminant : settings.illuminants) illuminants.push_back(CodeOf(illuminant));
-    for (std::size_t i = 0; i < kShadeWords; ++i) {
-      words[i] = CString(ShadeWordText(static_cast<ShadeWord>(i))).ToUtf8();
-    }
     for (int32_t code = 0; code < kAngleCodes; ++code) geometries.push_back(GeometryName(code));
   }
-  const std::string& Word(ShadeWord word) const { return words[static_cast<std::size_t>(word)]; }
   std::string_view Geometry(int32_t geometry) const {
     return geometry < 0 ? std::string_view() : geometries[static_cast<std::size_t>(geometry)];
   }
 
   int32_t observer;
   std::vector<std::string> illuminants;
-  std::array<std::string, kShadeWords> words;
   std::vector<std::string> geometries;
 };
-
-struct VerdictLook {
-  const char* text;
-  Tint tint;
-};
-VerdictLook LookOf(Verdict verdict) {
-  static constexpr VerdictLook kLooks[] = {
-      {"fail", Tint::kBad}, {"warning", Tint::kWarning}, {"pass", Tint::kGood}};
-  return kLooks[static_cast<std::size_t>(verdict)];
-}
 
 class CsvJudgeOutput final : public JudgeOutput {
  public:
@@ -79,7 +61,7 @@ class CsvJudgeOutput final : public JudgeOutput {
     }
     for (const ShadeWord word : under.words) {
       output_.Append(',');
-      output_.Append(texts_.Word(word));
+      output_.Append(TextOf(word));
     }
     for (const Verdict verdict : {under.components, under.total, under.overall}) {
       output_.Append(',');
@@ -113,7 +95,7 @@ class JsonJudgeOutput final : public JudgeOutput {
       object["illuminant"] = texts_.illuminants[i];
       object["observer"] = texts_.observer;
       for (const double element : under.difference) object["elements"].push_back(JsonNumber(element));
-      for (const ShadeWord word : under.words) object["words"].push_back(texts_.Word(word));
+      for (const ShadeWord word : under.words) object["words"].push_back(TextOf(word));
       object["box"] = under.components;
       object["total"] = under.total;
       object["verdict"] = under.overall;
@@ -188,13 +170,7 @@ class TableJudgeOutput final : public JudgeOutput {
     for (const DifferenceColumn& column : columns_) {
       rows_->Number(under.difference[static_cast<std::size_t>(column.element)]);
     }
-    words_.clear();
-    for (const ShadeWord word : under.words) {
-      if (word == kShadeNone) continue;
-      if (!words_.empty()) words_ += ", ";
-      words_ += texts_.Word(word);
-    }
-    rows_->Text(words_);
+    rows_->Text(JoinedWords(under.words));
     if (byEllipse_) rows_->Number(under.ellipseValue);
     for (const Verdict verdict : {under.components, under.total, under.overall}) {
       rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
@@ -211,7 +187,6 @@ class TableJudgeOutput final : public JudgeOutput {
   bool byEllipse_;
   bool hasTitle_ = false;
   std::unique_ptr<RowWriter> rows_;
-  std::string words_;
 };
 
 }  // namespace
