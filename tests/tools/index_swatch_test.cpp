@@ -63,7 +63,8 @@ TEST_F(IndexAndSwatch, ContrastRatioAndMetamerismJoinThem) {
   ASSERT_NE(at, std::string::npos);
   EXPECT_NEAR(std::strtod(&result.out[result.out.find("direct,", at) + 7], nullptr), 0.0, 1e-9);
   const Result own = Run("index drawdown.csv --standard drawdown.csv --pairs --format csv");
-  EXPECT_NE(own.out.find("\nR,C,10,Metamerism index: D65,direct,0\n"), std::string::npos) << own.out << own.err;
+  EXPECT_NE(own.out.find("\nR,C,10,Metamerism index: D65,direct,0\n"), std::string::npos)
+      << own.out << own.err;
 }
 
 TEST_F(IndexAndSwatch, UserIlluminantsFromFiles) {

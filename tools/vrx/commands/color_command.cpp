@@ -160,7 +160,7 @@ void AddColor(Command& tool) {
       "Columns: X, Y, Z; chromaticity x, y; CIE L*a*b* as L, a, b, C, h; CIE L*u*v* as Lu, u, v, Cuv, huv;\n"
       "Hunter Lab as LH, aH, bH. Hues are in degrees.\n\n"
       "Examples:\n"
-      "  vrx color batch.csv                                      under D65, A and CWF, 10 degrees\n"
+      "  vrx color batch.csv                                      # under D65, A and CWF, 10 degrees\n"
       "  vrx color batch.csv --illuminants D50 --observer 2 --format csv\n"
       "  printf 'L,a,b\\n50,20,-30\\n' | vrx color - --illuminants D65\n");
   command.SetAction([options] {

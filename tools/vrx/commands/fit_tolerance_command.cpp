@@ -250,7 +250,7 @@ void AddFitTolerance(Command& tool) {
       "The csv form is what vrx judge --ellipses reads. The limit of the total difference is the largest\n"
       "total that was accepted, in the system of --system; that of plain differences is dE*ab (lab).\n\n"
       "Examples:\n"
-      "  vrx fit-tolerance accepted.csv                        the first row is the standard\n"
+      "  vrx fit-tolerance accepted.csv                        # the first row is the standard\n"
       "  vrx fit-tolerance lots.csv --standard master.csv --pairs --margin 1.05 --format csv > limits.csv\n"
       "  vrx judge master.csv batch.csv --ellipses limits.csv\n"
       "  vrx fit-tolerance borderline.csv --method surface --centre standard --illuminants D65\n");

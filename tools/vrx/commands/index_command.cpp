@@ -258,8 +258,8 @@ void AddIndex(Command& tool) {
       "it. --formulas says what stands behind each name. Two rows of one id, one \"Over Black\" and one "
       "\"Over White\", also give their contrast ratio.\n\n"
       "Examples:\n"
-      "  vrx index paper.csv                                under D65 and C, 10 degrees\n"
-      "  vrx index paper.csv --illuminants C --observer 2   as most of them were published\n"
+      "  vrx index paper.csv                                # under D65 and C, 10 degrees\n"
+      "  vrx index paper.csv --illuminants C --observer 2   # as most of them were published\n"
       "  vrx index lot.csv --standard master.csv --illuminants D65,A,T84 --format csv\n");
   command.SetAction([options] {
     RunIndex(*options);

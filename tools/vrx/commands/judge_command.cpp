@@ -150,12 +150,12 @@ void AddJudge(Command& tool) {
       "and the verdict of the box or ellipsoid, of the total difference, and of both: 0 fail, 1 warning, 2\n"
       "pass.\n\n"
       "Examples:\n"
-      "  vrx judge standard.csv batch.csv                      the first row of standard.csv, CMC (2:1)\n"
-      "  vrx judge master.csv lot.csv --pairs --strict         row against row of the same id\n"
+      "  vrx judge standard.csv batch.csv                      # the first row of standard.csv, CMC (2:1)\n"
+      "  vrx judge master.csv lot.csv --pairs --strict         # row against row of the same id\n"
       "  vrx judge std.csv batch.csv --system cie2000 --tolerance 0.8 --illuminants D65,T84\n"
       "  vrx judge std.csv batch.csv --tolerance 1,1,0.6,0.6,0.6,0.6,1.2 --format json\n"
-      "  export.sh | vrx judge std.csv - --tolerances limits.csv --format csv\n"
-      "  vrx judge std.csv batch.csv --ellipse --tolerance 0.8   inside the CMC ellipsoid, cf = 0.8\n");
+      "  cat batch.csv | vrx judge std.csv - --tolerances limits.csv --format csv\n"
+      "  vrx judge std.csv batch.csv --ellipse --tolerance 0.8   # inside the CMC ellipsoid, cf = 0.8\n");
   command.SetAction([options] { return RunJudge(*options); });
 }
 

@@ -90,8 +90,8 @@ void AddLog(Command& tool) {
   command.SetNotes(
       "A new mode rules in processes that start after it was set.\n\n"
       "Examples:\n"
-      "  vrx log                                     the modes and the file\n"
-      "  vrx log --sensor file --directory /var/tmp  trace the instrument to /var/tmp/VrxDebug.txt\n"
+      "  vrx log                                     # the modes and the file\n"
+      "  vrx log --sensor file --directory /var/tmp  # trace the instrument to /var/tmp/VrxDebug.txt\n"
       "  vrx log --sensor off --general off\n");
   command.SetAction([options] {
     RunLog(*options);

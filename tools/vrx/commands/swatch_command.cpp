@@ -232,7 +232,7 @@ void AddSwatch(Command& tool) {
       "Each pair is painted as it looks to somebody adapted to the illuminant: its white is that of the\n"
       "display, whose primaries are taken to be those of sRGB.\n\n"
       "Examples:\n"
-      "  vrx swatch batch.csv --output batch.png             the first row beside every other one\n"
+      "  vrx swatch batch.csv --output batch.png             # the first row beside every other one\n"
       "  vrx swatch master.csv lot.csv --pairs --output lot.svg --illuminants D65,T84\n");
   command.SetAction([options] {
     RunSwatch(*options);

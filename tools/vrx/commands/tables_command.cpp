@@ -88,9 +88,9 @@ void AddTables(Command& tool) {
   AddFormatOption(command, options->format);
   command.SetNotes(
       "Examples:\n"
-      "  vrx tables                        the illuminants in display order, with their white points\n"
-      "  vrx tables D65 10                 the weights at 360 ... 750 nm and the white point\n"
-      "  vrx tables CWF 2 --format csv     the same for another program\n");
+      "  vrx tables                        # the illuminants in display order, with their white points\n"
+      "  vrx tables D65 10                 # the weights at 360 ... 750 nm and the white point\n"
+      "  vrx tables CWF 2 --format csv     # the same for another program\n");
   command.SetAction([options] {
     RunTables(*options);
     return kExitPass;

@@ -160,9 +160,9 @@ void AddXml(Command& tool) {
       "The text of an element without children, or the value of an attribute, is printed as it is; an\n"
       "attribute that is not there is an empty one.\n"
       "Examples:\n"
-      "  vrx xml standards.xml                              all elements, indented, with their texts\n"
-      "  vrx xml standards.xml standards/standard[2]        the same of one element\n"
-      "  vrx xml standards.xml standards/standard[2]/@name  a value\n");
+      "  vrx xml standards.xml                              # all elements, indented, with their texts\n"
+      "  vrx xml standards.xml standards/standard[2]        # the same of one element\n"
+      "  vrx xml standards.xml standards/standard[2]/@name  # a value\n");
   command.SetAction([options] {
     RunXml(*options);
     return kExitPass;
