@@ -92,8 +92,9 @@ JudgeColumns ColumnsOf(const ComparisonOptions& options, const CurveReader& tria
 std::unique_ptr<JudgeReport> MakeReport(const JudgeOptions& options, const JudgeSettings& settings,
                                         const CurveReader& trials) {
   if (!options.report.IsWanted()) return nullptr;
-  const JudgeFiles files{options.comparison.standard, options.comparison.trials,
-                         options.tolerances.empty() ? options.ellipses : options.tolerances};
+  const JudgeFiles files{
+      options.comparison.standard, options.comparison.trials,
+      options.judging.tolerances.empty() ? options.judging.ellipses : options.judging.tolerances};
   return std::make_unique<JudgeReport>(options.report, settings, files, trials);
 }
 
