@@ -353,6 +353,7 @@ class PlanePainter {
                            Stroke stroke) {
       if (outline.empty()) return;
       std::vector<PlanePoint> points;
+      points.reserve(outline.size());
       for (const PlanePoint& point : outline) points.push_back(plane_.At(point.x, point.y));
       picture.Area(points, fill);
       picture.Line(points, Ink::kText, stroke);

@@ -54,8 +54,7 @@ std::string IntervalText(const std::string& heading, Interval interval) {
 
 JudgeReport::JudgeReport(const ReportOptions& options, const JudgeSettings& settings, JudgeFiles files,
                          const CurveReader& trials)
-    : options_(options),
-      settings_(settings),
+    : settings_(settings),
       files_(std::move(files)),
       judged_(settings),
       page_(options, Text(ReportText::kTitle)),
@@ -250,6 +249,7 @@ std::vector<std::size_t> JudgeReport::ViewsToShow() {
                   "</p>\n");
   }
   std::vector<std::size_t> views;
+  views.reserve(order.size());
   for (const auto& entry : order) views.push_back(entry.second);
   std::ranges::sort(views);
   return views;

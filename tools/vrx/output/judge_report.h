@@ -57,7 +57,6 @@ class JudgeReport {
   void AddScriptData(const std::vector<std::size_t>& views);
   std::string WordsOf(const JudgedResult& result) const;
 
-  const ReportOptions& options_;
   const JudgeSettings& settings_;
   JudgeFiles files_;
   JudgedTrials judged_;

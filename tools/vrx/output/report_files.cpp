@@ -87,6 +87,7 @@ bool RunQuietly(std::vector<std::string>& arguments) {
 #else
 bool RunQuietly(std::vector<std::string>& arguments) {
   std::vector<char*> pointers;
+  pointers.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) pointers.push_back(argument.data());
   pointers.push_back(nullptr);
   posix_spawn_file_actions_t actions;
