@@ -12,17 +12,34 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   target_compile_options(vrx_numeric_flags INTERFACE -ffp-contract=off)
   if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86|i[3-6]86|AMD64")
     target_compile_options(vrx_numeric_flags INTERFACE -msse2 -mfpmath=sse)
+    if(WIN32)
+      # Hosts of other compilers call with a stack that is aligned to 4 bytes; SSE needs 16.
+      target_compile_options(vrx_numeric_flags INTERFACE -mstackrealign)
+    endif()
+  endif()
+  if(WIN32)
+    # The processor's square root, which rounds once, in place of the C library's, which rounds twice.
+    target_compile_options(vrx_numeric_flags INTERFACE -fno-math-errno)
   endif()
   target_compile_options(vrx_build_flags INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
     -Wcast-qual -Wformat=2 -Wimplicit-fallthrough
     $<$<BOOL:${VRX_WARNINGS_AS_ERRORS}>:-Werror>)
+  if(CMAKE_SIZEOF_VOID_P GREATER 4)
+    # An index of 32 bits loses its sign in no wider type; with 32-bit pointers every one of them would be flagged.
+    target_compile_options(vrx_build_flags INTERFACE -Wsign-conversion)
+  endif()
 elseif(MSVC)
   target_compile_options(vrx_numeric_flags INTERFACE /fp:precise)
   target_compile_options(vrx_build_flags INTERFACE /W4 /utf-8 $<$<BOOL:${VRX_WARNINGS_AS_ERRORS}>:/WX>)
 endif()
 
 target_compile_features(vrx_build_flags INTERFACE cxx_std_20)
+if(WIN32)
+  target_compile_definitions(vrx_build_flags INTERFACE UNICODE _UNICODE _WIN32_WINNT=0x0601)  # Windows 7
+  # Programs carry the compiler's runtime with them. The DLLs share it with their hosts, see DefineLibrary.
+  target_link_options(vrx_build_flags INTERFACE $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-static>)
+endif()
 
 if(VRX_SANITIZE)
   target_compile_options(vrx_build_flags INTERFACE

@@ -41,6 +41,66 @@ function(vrx_define_library folder)
   install(FILES ${arg_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vrxmath/${folder})
 endfunction()
 
+# Makes the umbrella a DLL that exports its functions by number, as exports/vrxmath.txt lists them, and holds the
+# resources. Where it is, there are also the runtime libraries that it shares with its hosts: an exception crosses from
+# one module to the other only where both find the same unwinder.
+function(vrx_define_dll)
+  if(NOT BUILD_SHARED_LIBS)
+    message(FATAL_ERROR "On Windows the library is a DLL: set BUILD_SHARED_LIBS")
+  endif()
+  find_package(Python3 REQUIRED COMPONENTS Interpreter)
+  get_property(units GLOBAL PROPERTY VRX_UNITS)
+  list(TRANSFORM units REPLACE "(.+)" "$<TARGET_OBJECTS:vrx_\\1_objects>" OUTPUT_VARIABLE objects)
+  list(TRANSFORM units REPLACE "(.+)" "vrx_\\1_objects" OUTPUT_VARIABLE object_targets)
+  set(object_list ${CMAKE_BINARY_DIR}/vrx_objects.txt)
+  file(GENERATE OUTPUT ${object_list} CONTENT "$<JOIN:${objects},\n>\n")
+  # For scripts/windows/number_exports.sh, which looks at the objects when the list does not fit them.
+  add_custom_target(vrx_objects DEPENDS ${object_targets})
+
+  set(tool ${PROJECT_SOURCE_DIR}/scripts/exports.py)
+  set(exports ${PROJECT_SOURCE_DIR}/exports/vrxmath.txt)
+  set(definition ${CMAKE_CURRENT_BINARY_DIR}/vrxmath.def)
+  add_custom_command(OUTPUT ${definition}
+    COMMAND Python3::Interpreter ${tool} def ${exports} ${object_list} ${definition}
+    DEPENDS ${tool} ${exports} ${object_list} ${objects} VERBATIM
+    COMMENT "Checking the export numbers against the build")
+  add_custom_target(vrx_definition DEPENDS ${definition})
+  add_dependencies(vrxmath vrx_definition)
+  vrx_version_resource(vrxmath "Colour science of industrial colour matching")
+  target_sources(vrxmath PRIVATE $<TARGET_OBJECTS:vrx_resources>)
+  target_link_options(vrxmath PRIVATE ${definition} -shared-libgcc)
+  set_target_properties(vrxmath PROPERTIES PREFIX "" LINK_DEPENDS ${definition})
+  # A release is optimised for speed and carries no names of its own either.
+  target_link_options(vrxmath PRIVATE $<$<CONFIG:Release>:-s>)
+
+  set(runtime_files "")
+  foreach(name libstdc++-6.dll libwinpthread-1.dll libgcc_s_dw2-1.dll libgcc_s_seh-1.dll)
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name} OUTPUT_VARIABLE file
+      OUTPUT_STRIP_TRAILING_WHITESPACE)
+    if(IS_ABSOLUTE ${file} AND EXISTS ${file})
+      file(REAL_PATH ${file} file)
+      list(APPEND runtime_files ${file})
+    endif()
+  endforeach()
+  file(COPY ${runtime_files} DESTINATION ${CMAKE_BINARY_DIR}/bin)
+  install(FILES ${runtime_files} DESTINATION ${CMAKE_INSTALL_BINDIR})
+  set_target_properties(vrxmath PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+endfunction()
+
+# Adds the version resource that the system shows of a DLL or a program.
+function(vrx_version_resource target description)
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL EXECUTABLE)
+    set(suffix exe)
+  else()
+    set(suffix dll)
+  endif()
+  set(name ${target})
+  string(REPLACE "." "," numbers ${PROJECT_VERSION},0)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${target}_version.rc @ONLY)
+  target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc)
+endfunction()
+
 # Gathers the objects of every unit into the installed library `vrxmath`, with its CMake and pkg-config packages.
 function(vrx_define_umbrella)
   get_property(objects GLOBAL PROPERTY VRX_UNIT_OBJECTS)
@@ -57,6 +117,9 @@ function(vrx_define_umbrella)
     set(exports ${PROJECT_SOURCE_DIR}/cmake/exports.map)
     target_link_options(vrxmath PRIVATE LINKER:--version-script=${exports})
     set_property(TARGET vrxmath APPEND PROPERTY LINK_DEPENDS ${exports})
+  endif()
+  if(WIN32)
+    vrx_define_dll()
   endif()
   target_compile_features(vrxmath INTERFACE cxx_std_20)
   target_include_directories(vrxmath INTERFACE

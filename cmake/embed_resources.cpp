@@ -1,4 +1,5 @@
-// Turns the reviewable texts under resources/ into the C++ source that the module carries them in.
+// Turns the reviewable texts under resources/ into what the module carries them in: a C++ source, or for OUTPUT.rc a
+// resource script of Windows with a file of doubles for each table beside it.
 //
 //   vrx_embed OUTPUT strings.tsv observers.txt ILL00_02.txt ...
 //
@@ -43,27 +44,40 @@ std::vector<std::vector<std::string>> ReadCells(const std::filesystem::path& pat
   return rows;
 }
 
-// A UTF-8 text as the inside of a u"" literal: ASCII, everything else as escapes.
-std::string EscapedUnits(const std::string& utf8) {
-  std::string out;
+// The code points of a UTF-8 text in which "\n" spells a line end.
+std::u32string CodePoints(const std::string& utf8) {
+  std::u32string points;
   for (std::size_t i = 0; i < utf8.size();) {
     const auto lead = static_cast<unsigned char>(utf8[i]);
     if (utf8.compare(i, 2, "\\n") == 0) {
-      out += "\\n";
+      points += U'\n';
       i += 2;
-    } else if (lead < 0x80) {
-      if (lead == '"' || lead == '\\') out += '\\';
-      out += utf8[i++];
-    } else {
-      const std::size_t extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-      unsigned long code = lead & (0x3Fu >> extra);
-      for (std::size_t k = 1; k <= extra; ++k)
-        code = code << 6 | (static_cast<unsigned char>(utf8.at(i + k)) & 0x3Fu);
-      char escape[16];
-      std::snprintf(escape, sizeof escape, "\\U%08lx", code);
-      out += escape;
-      i += extra + 1;
+      continue;
     }
+    const std::size_t extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0x80 ? 1 : 0;
+    char32_t code = extra == 0 ? lead : lead & (0x3Fu >> extra);
+    for (std::size_t k = 1; k <= extra; ++k)
+      code = code << 6 | (static_cast<unsigned char>(utf8.at(i + k)) & 0x3Fu);
+    points += code;
+    i += extra + 1;
+  }
+  return points;
+}
+
+// A text as the inside of a literal: ASCII, everything else as an escape: \u0394 or \x0394. Beyond the basic plane
+// there is no text, so that one escape is one unit.
+std::string Escaped(const std::string& utf8, char letter) {
+  std::string out;
+  for (const char32_t code : CodePoints(utf8)) {
+    if (code > 0xFFFF) throw std::runtime_error("beyond the basic plane: " + utf8);
+    if (code >= 0x20 && code < 0x7F) {
+      if (code == U'"' || code == U'\\') out += '\\';
+      out += static_cast<char>(code);
+      continue;
+    }
+    char escape[16];
+    std::snprintf(escape, sizeof escape, "\\%c%04x", letter, static_cast<unsigned>(code));
+    out += code == U'\n' ? "\\n" : escape;
   }
   return out;
 }
@@ -110,22 +124,33 @@ void WriteNumbers(std::ostream& out, const std::string& name, const std::vector<
   out << "\n};\n\n";
 }
 
-void Generate(const std::filesystem::path& output, const std::vector<std::filesystem::path>& inputs) {
+// A binary resource: its type, its name and its doubles as text.
+struct Table {
+  std::string type, name;
+  std::vector<std::string> numbers;
+};
+
+void WriteFile(const std::filesystem::path& path, const std::string& content) {
+  std::ofstream file(path, std::ios::binary);
+  file << content;
+  if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
+}
+
+void WriteSource(const std::filesystem::path& output, const std::map<uint32_t, std::string>& strings,
+                 const std::vector<Table>& tables) {
   std::ostringstream out;
   out << "// Generated from resources/ by the build. Change the texts there.\n\n"
          "#include <vrxmath/platform/resources.h>\n\n"
          "namespace vrx::platform_internal {\nnamespace {\n\n"
          "constexpr StringResource kStringTable[] = {\n";
-  for (const auto& [number, text] : ReadStrings(inputs.at(0))) {
-    out << "    {" << number << ", u\"" << EscapedUnits(text) << "\"},\n";
+  for (const auto& [number, text] : strings) {
+    out << "    {" << number << ", u\"" << Escaped(text, 'u') << "\"},\n";
   }
   out << "};\n\n";
-  WriteNumbers(out, "kObservers", ReadObservers(inputs.at(1)));
-  std::string index = "    {\"CMF\", \"OBSERVERS\", kObservers},\n";
-  for (std::size_t i = 2; i < inputs.size(); ++i) {
-    const std::string name = inputs[i].stem().string();
-    WriteNumbers(out, 'k' + name, ReadWeightingTable(inputs[i]));
-    index += "    {\"PWD\", \"" + name + "\", k" + name + "},\n";
+  std::string index;
+  for (const Table& table : tables) {
+    WriteNumbers(out, 'k' + table.name, table.numbers);
+    index += "    {\"" + table.type + "\", \"" + table.name + "\", k" + table.name + "},\n";
   }
   out << "constexpr BinaryResource kBinaryTable[] = {\n"
       << index
@@ -134,9 +159,43 @@ void Generate(const std::filesystem::path& output, const std::vector<std::filesy
          "const std::span<const StringResource> kStrings = kStringTable;\n"
          "const std::span<const BinaryResource> kBinaries = kBinaryTable;\n\n"
          "}  // namespace vrx::platform_internal\n";
-  std::ofstream file(output);
-  file << out.str();
-  if (!file.flush()) throw std::runtime_error("cannot write " + output.string());
+  WriteFile(output, out.str());
+}
+
+// The language is the neutral one: the texts serve every user. Doubles stand in the byte order of the machine, which
+// is that of Windows.
+void WriteScript(const std::filesystem::path& output, const std::map<uint32_t, std::string>& strings,
+                 const std::vector<Table>& tables) {
+  std::ostringstream out;
+  out << "// Generated from resources/ by the build. Change the texts there.\n\nLANGUAGE 0, "
+         "0\n\nSTRINGTABLE\nBEGIN\n";
+  for (const auto& [number, text] : strings) {
+    out << "    " << number << " L\"" << Escaped(text, 'x') << "\"\n";
+  }
+  out << "END\n\n";
+  for (const Table& table : tables) {
+    std::string bytes;
+    for (const std::string& number : table.numbers) {
+      double value = 0;
+      const char* const end = number.data() + number.size();
+      if (std::from_chars(number.data(), end, value).ptr != end)
+        throw std::runtime_error("not a number: " + number);
+      bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+    }
+    const std::string name = table.name + ".bin";
+    WriteFile(output.parent_path() / name, bytes);
+    out << table.name << ' ' << table.type << " \"" << name << "\"\n";
+  }
+  WriteFile(output, out.str());
+}
+
+void Generate(const std::filesystem::path& output, const std::vector<std::filesystem::path>& inputs) {
+  const auto strings = ReadStrings(inputs.at(0));
+  std::vector<Table> tables = {{"CMF", "OBSERVERS", ReadObservers(inputs.at(1))}};
+  for (std::size_t i = 2; i < inputs.size(); ++i) {
+    tables.push_back({"PWD", inputs[i].stem().string(), ReadWeightingTable(inputs[i])});
+  }
+  (output.extension() == ".rc" ? WriteScript : WriteSource)(output, strings, tables);
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #!/bin/sh
-# setup.sh [build|test|bench]
+# setup.sh [build|test|bench|windows]
 #
 # Installs what is missing on Debian 12 to build the vrx tool, to run the tests, or to run the benchmarks; each level
-# holds the one before. Quiet and quick when nothing is missing; then it needs neither apt-get nor rights.
+# holds the one before. The level windows holds what builds and runs the Windows programs. Quiet and quick when nothing is missing; then it needs neither apt-get nor rights.
 set -eu
 level=${1:-build}
 missing=
@@ -23,8 +23,8 @@ need() {
 header() { need "$1" "/usr/include/$2" "/usr/local/include/$2"; }
 
 case $level in
-  build | test | bench) ;;
-  *) echo "usage: setup.sh [build|test|bench]" >&2; exit 2 ;;
+  build | test | bench | windows) ;;
+  *) echo "usage: setup.sh [build|test|bench|windows]" >&2; exit 2 ;;
 esac
 
 need g++ g++
@@ -35,7 +35,13 @@ header nlohmann-json3-dev nlohmann/json.hpp
 header libcairo2-dev cairo/cairo.h
 header nettle-dev nettle/sha2.h
 
-if [ "$level" != build ]; then
+if [ "$level" = windows ]; then
+  need g++-mingw-w64-i686-posix i686-w64-mingw32-g++-posix
+  need g++-mingw-w64-x86-64-posix x86_64-w64-mingw32-g++-posix
+  need googletest /usr/src/googletest/googletest/CMakeLists.txt
+  need python3 python3
+  need wine64 /usr/lib/wine/wine64
+elif [ "$level" != build ]; then
   need clang clang++
   need libclang-rt-14-dev /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer*.a
   # Names in the sanitizers' reports, and with them the suppressions of leaks, come from llvm-symbolizer.
@@ -61,7 +67,18 @@ if [ "$level" = bench ]; then
   header libexpat1-dev expat.h
 fi
 
-[ -n "$missing" ] || exit 0
+# 32-bit wine, by its package where the machine takes i386 packages and they fit, otherwise unpacked into a folder.
+wine32() {
+  if [ "$level" != windows ] || [ -x /usr/lib/wine/wine ]; then return 0; fi
+  if dpkg --print-foreign-architectures | grep -qx i386 &&
+    ${as_root:-} apt-get -qq install -y --no-install-recommends wine32:i386 > /dev/null 2>&1; then return 0; fi
+  bash "$(dirname "$0")/windows/wine32.sh" install
+}
+
+if [ -z "$missing" ]; then
+  wine32
+  exit
+fi
 echo "Installing:$missing"
 if ! command -v apt-get > /dev/null 2>&1; then
   echo "setup.sh: there is no apt-get here; install the above by other means" >&2
@@ -78,3 +95,4 @@ fi
 $as_root apt-get -qq update || echo "setup.sh: the package lists could not be renewed; trying with the old ones" >&2
 # shellcheck disable=SC2086 # the packages are separate words
 $as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install --no-install-recommends $missing > /dev/null
+wine32

@@ -6,6 +6,11 @@
 #ifndef VRXMATH_EXPORT_H_
 #define VRXMATH_EXPORT_H_
 
+#include <cfloat>
+
+// Products and sums in 80-bit registers round twice: most results would end in other bits.
+static_assert(FLT_EVAL_METHOD == 0, "compile for SSE2 arithmetic: -msse2 -mfpmath=sse");
+
 #if defined(_WIN32)
 #if defined(VRX_STATIC)
 #define VRX_API

@@ -14,7 +14,7 @@ namespace {
 
 WeightingTable EmbeddedTable(const std::string& name) {
   WeightingTable table{};
-  const auto bytes = FindResource("PWD", name);
+  const auto bytes = FindBinaryResource("PWD", name);
   EXPECT_EQ(bytes.size(), sizeof table) << name;
   if (bytes.size() == sizeof table) std::memcpy(table.data(), bytes.data(), sizeof table);
   return table;

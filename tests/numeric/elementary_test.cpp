@@ -20,6 +20,13 @@ constexpr double kMax = std::numeric_limits<double>::max();
 constexpr double kTiny = std::numeric_limits<double>::denorm_min();
 constexpr double kPi = 0x1.921fb54442d18p+1;
 
+// The long double functions of mingw are those of the x87, less exact than ours over most of their range.
+#if defined(_WIN32)
+constexpr bool kHasReference = false;
+#else
+constexpr bool kHasReference = LDBL_MANT_DIG >= 64;
+#endif
+
 using Function = double (*)(double, double);
 
 template <double (*f)(double)>
@@ -97,7 +104,7 @@ double ErrorInUlp(double got, Real expected) {
 }
 
 TEST(Elementary, KeepsItsDocumentedErrorBounds) {
-  if (LDBL_MANT_DIG < 64) GTEST_SKIP() << "no reference wider than double";
+  if (!kHasReference) GTEST_SKIP() << "no reference that is good enough";
   constexpr double kReferenceError = 0.001;  // one unit of the reference is 2^-11 ULP
   std::mt19937_64 generator(20010203);
   const auto draw = [&](const AccuracyRow& row, double from, double to) {
@@ -234,6 +241,9 @@ TEST(Elementary, UnaryFunctionsMeetTheirStandardInTheCorners) {
 }
 
 TEST(Elementary, PowerAndAtan2MeetTheirStandardInTheCorners) {
+#if defined(_WIN32)
+  GTEST_SKIP() << "the C library rounds its powers twice";
+#endif
   const double magnitudes[] = {0, kTiny, 0x1p-1030, 0.5, 1, 2, 3, 0x1p52 + 1, 0x1p53, kMax, kInf, kNaN};
   for (const double x : magnitudes) {
     for (const double y : magnitudes) {

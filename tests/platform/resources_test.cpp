@@ -14,9 +14,9 @@ TEST(Resources, StringsAreFoundByNumberAndMissingOnesAreEmpty) {
 }
 
 TEST(Resources, TablesAreFoundByTypeAndName) {
-  EXPECT_EQ(FindResource("PWD", "ILL25_10").size(), 984u);
-  EXPECT_TRUE(FindResource("PWD", "ILL26_02").empty());
-  EXPECT_TRUE(FindResource("pwd", "ILL00_02").empty());
+  EXPECT_EQ(FindBinaryResource("PWD", "ILL25_10").size(), 984u);
+  EXPECT_TRUE(FindBinaryResource("PWD", "ILL26_02").empty());
+  EXPECT_TRUE(FindBinaryResource("pwd", "ILL00_02").empty());
 }
 
 }  // namespace

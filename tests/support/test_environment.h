@@ -5,10 +5,13 @@
 
 #include <cstdlib>
 #include <functional>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <utility>
 #include <vector>
+
+#if !defined(_WIN32)
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
 
 #include <vrxmath/platform/memory/fake_clock.h>
 #include <vrxmath/platform/memory/memory_settings_store.h>
@@ -20,6 +23,7 @@
 
 namespace vrx {
 
+#if !defined(_WIN32)
 /// Runs `body` in a process of its own; false when it ends other than by returning true.
 inline bool RunInChild(const std::function<bool()>& body) {
   const pid_t child = ::fork();
@@ -27,6 +31,7 @@ inline bool RunInChild(const std::function<bool()>& body) {
   int status = 0;
   return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
+#endif
 
 /// A fake clock, settings in memory and a locale, all in use while this lives.
 struct FakePlatform {

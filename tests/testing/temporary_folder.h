@@ -12,6 +12,11 @@
 
 namespace vrx::test {
 
+/// Narrow names are UTF-8 in the tests, on Windows too.
+inline std::filesystem::path Utf8Path(const std::string& name) {
+  return std::u8string(name.begin(), name.end());
+}
+
 class TemporaryFolder {
  public:
   TemporaryFolder() {
@@ -28,16 +33,19 @@ class TemporaryFolder {
   }
 
   /// The full path of an entry of the folder.
-  std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+  std::string operator/(const std::string& name) const {
+    const std::u8string path = (path_ / Utf8Path(name)).u8string();
+    return {path.begin(), path.end()};
+  }
 
   /// Writes a file of this content and returns its full path.
   std::string Write(const std::string& name, const std::string& content) const {
-    std::ofstream(path_ / name, std::ios::binary) << content;
+    std::ofstream(path_ / Utf8Path(name), std::ios::binary) << content;
     return *this / name;
   }
   std::string Read(const std::string& name) const {
     std::ostringstream content;
-    content << std::ifstream(path_ / name, std::ios::binary).rdbuf();
+    content << std::ifstream(path_ / Utf8Path(name), std::ios::binary).rdbuf();
     return content.str();
   }
   /// The number of entries, so that a test sees what was left behind.

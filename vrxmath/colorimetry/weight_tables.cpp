@@ -17,7 +17,7 @@ const double* LoadTable(int32_t illuminant, int32_t observer) {
   char name[16];
   std::snprintf(name, sizeof name, "ILL%02d_%02d", static_cast<int>(illuminant),
                 observer == kObserver10 ? 10 : 2);
-  const auto bytes = FindResource("PWD", name);
+  const auto bytes = FindBinaryResource("PWD", name);
   if (bytes.size() != kTableDoubles * sizeof(double)) return nullptr;
   return reinterpret_cast<const double*>(bytes.data());  // resources are aligned to 8 bytes
 }

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 
+#include <vrxmath/foundation/numbers.h>
 #include <vrxmath/numeric/elementary.h>
 #include <vrxmath/numeric/lagrange.h>
 #include <vrxmath/platform/resources.h>
@@ -24,7 +25,7 @@ double MatchingFunction(std::span<const std::byte> observers, int32_t observer, 
 }
 
 double RoundedTo3(double value) {
-  return std::round(value * 1000.0) / 1000.0;
+  return RoundToWhole(value * 1000.0) / 1000.0;
 }
 
 }  // namespace
@@ -58,7 +59,7 @@ SpectralPower PlanckianSpectrum(double kelvin, double c2) {
 }
 
 WeightingTable ComputeWeightingTable(const SpectralPower& power, int32_t observer) {
-  const auto observers = FindResource("CMF", "OBSERVERS");
+  const auto observers = FindBinaryResource("CMF", "OBSERVERS");
   WeightingTable table{};
   for (int32_t i = 0; i < kPowerSamples; ++i) {
     const LagrangeStencil stencil = StencilAt(static_cast<double>(i) / kWavelengthStep, kWavelengths);

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <string>
 
+#include <vrxmath/foundation/numbers.h>
+
 namespace vrx {
 namespace {
 
@@ -20,7 +22,7 @@ constexpr double kTwoTo51 = 2251799813685248.0;
 double RoundToScale(double value, double scale) {
   const double scaled = value * scale;
   if (!(scale > 0.0) || !(std::fabs(scaled) < kTwoTo51)) return value;
-  return std::round(scaled) / scale;
+  return RoundToWhole(scaled) / scale;
 }
 
 CString DecimalText(double value, int32_t decimals, WideView decimalSeparator) {

@@ -4,6 +4,7 @@
 #define VRXMATH_FOUNDATION_NUMBERS_H_
 
 #include <cmath>
+#include <cstdint>
 
 namespace vrx {
 
@@ -22,6 +23,16 @@ inline bool IsUnset(double value) {
 /// equals nothing.
 inline bool NearlyEqual(double a, double b, double tolerance = kDoubleEpsilon) {
   return std::fabs(b - a) < tolerance;
+}
+
+/// The nearest whole number, halves away from zero. The C library's function of this purpose is not the same
+/// everywhere: some add one half first, which turns 0.49999999999999994 into 1.
+inline double RoundToWhole(double value) {
+  constexpr double kTwoTo52 = 4503599627370496.0;  // from here on every double is whole
+  const double size = std::fabs(value);
+  if (!(size < kTwoTo52)) return value;
+  const auto below = static_cast<double>(static_cast<int64_t>(size));
+  return std::copysign(size - below < 0.5 ? below : below + 1.0, value);
 }
 
 }  // namespace vrx

@@ -1,18 +1,14 @@
 #include <vrxmath/platform/message_box.h>
 
-#include <cstdio>
-#include <string>
-
 namespace vrx {
 namespace {
 
-void WriteToStandardError(WideView text, MessageIcon, void*) {
-  const std::string line = CString(text).ToUtf8() + '\n';
-  std::fwrite(line.data(), 1, line.size(), stderr);
+void ShowSystemMessage(WideView text, MessageIcon icon, void*) {
+  platform_internal::ShowSystemMessage(text, icon);
 }
 
 struct CurrentHandler {
-  MessageBoxHandler show = &WriteToStandardError;
+  MessageBoxHandler show = &ShowSystemMessage;
   void* context = nullptr;
 };
 

@@ -19,10 +19,15 @@ using MessageBoxHandler = void (*)(WideView text, MessageIcon icon, void* contex
 /// Shows `text` through the current handler. The handler may throw; the exception passes through the library.
 VRX_API void ShowMessage(WideView text, MessageIcon icon = MessageIcon::kNone);
 
-/// Replaces the handler for the whole process; null restores the default, which writes the text and a line
-/// end to standard error. `context` is handed to the handler unchanged. Not for use while another thread
+/// Replaces the handler for the whole process; null restores the default: a modal message box on Windows,
+/// elsewhere the text and a line end on standard error. `context` is handed to the handler unchanged. Not for use while another thread
 /// shows a message.
 VRX_API void SetMessageBoxHandler(MessageBoxHandler handler, void* context = nullptr);
+
+namespace platform_internal {
+/// What the default handler does.
+void ShowSystemMessage(WideView text, MessageIcon icon);
+}  // namespace platform_internal
 
 }  // namespace vrx
 

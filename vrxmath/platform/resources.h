@@ -1,7 +1,7 @@
 // The module's resources: the numbered string table and the binary resources, named by type and name.
 //
 // Both are made by the build from reviewable text under resources/. They are constant and may be read from
-// any thread.
+// any thread. On Windows they are the module's own resources, used in place; elsewhere tables in its code.
 
 #ifndef VRXMATH_PLATFORM_RESOURCES_H_
 #define VRXMATH_PLATFORM_RESOURCES_H_
@@ -21,7 +21,7 @@ VRX_API WideView FindString(uint32_t number);
 
 /// The bytes of the resource of the given type and name (ASCII, such as "PWD" and "ILL02_10"), little-endian
 /// and aligned to 8 bytes; empty when there is none. They live as long as the module.
-VRX_API std::span<const std::byte> FindResource(std::string_view type, std::string_view name);
+VRX_API std::span<const std::byte> FindBinaryResource(std::string_view type, std::string_view name);
 
 namespace platform_internal {
 

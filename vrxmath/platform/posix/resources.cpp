@@ -15,7 +15,7 @@ WideView FindString(uint32_t number) {
   return found != strings.end() && found->number == number ? found->text : WideView();
 }
 
-std::span<const std::byte> FindResource(std::string_view type, std::string_view name) {
+std::span<const std::byte> FindBinaryResource(std::string_view type, std::string_view name) {
   for (const auto& resource : platform_internal::kBinaries) {
     if (resource.type == type && resource.name == name) return std::as_bytes(resource.content);
   }
