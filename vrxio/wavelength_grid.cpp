@@ -3,6 +3,8 @@
 #include <charconv>
 #include <cmath>
 
+#include <vrxmath/foundation/numbers.h>
+
 namespace vrx::io {
 
 namespace {
@@ -13,7 +15,7 @@ constexpr double kSamePlace = 1e-3;  // in steps: a node this near to a measured
 
 std::string Nanometres(double value) {
   char text[32];
-  const double rounded = std::round(value * 100) / 100;
+  const double rounded = RoundToWhole(value * 100) / 100;
   return std::string(text, std::to_chars(text, text + sizeof text, rounded).ptr);
 }
 
@@ -23,7 +25,7 @@ WavelengthGrid::WavelengthGrid(double first, double step, std::size_t count)
     : first_(first), step_(step), count_(count) {
   for (int32_t i = 0; i < kWavelengths; ++i) {
     double t = (kFirstNode + kWavelengthStep * i - first) / step;
-    if (std::fabs(t - std::round(t)) < kSamePlace) t = std::round(t);
+    if (std::fabs(t - RoundToWhole(t)) < kSamePlace) t = RoundToWhole(t);
     LagrangeStencil& stencil = stencils_[static_cast<std::size_t>(i)];
     stencil = StencilAt(t, static_cast<int32_t>(count));
     interpolated_ = interpolated_ || stencil.count > 1;
