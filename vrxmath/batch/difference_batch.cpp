@@ -11,10 +11,10 @@ constexpr std::size_t kBlockRows = 2048;
 using System = DifferenceKernels::System;
 
 // The kernels of a system, once it is sure that both batches have what it reads, for 1 or `count` rows.
-const System& Require(std::int32_t number, const ColorBatch& standards, const ColorBatch& samples,
-                      std::size_t count) {
-  if (FindDifferenceSystem(number) == nullptr) throw CInvalidArgException();
-  const System& system = CurrentKernels<DifferenceKernels>().systems[number];
+const System& Require(const CDifferenceSettings& settings, const ColorBatch& standards,
+                      const ColorBatch& samples, std::size_t count) {
+  if (FindDifferenceSystem(settings.system) == nullptr) throw CInvalidArgException();
+  const System& system = CurrentKernels<DifferenceKernels>().Of(settings);
   const auto require = [count](std::size_t rows) {
     if (rows != count && rows != 1) throw CInvalidArgException();
   };
@@ -36,7 +36,7 @@ bool DifferenceBatch(const CDifferenceSettings& settings, double angle, const Co
                      const ColorBatch& samples, const BatchView<double, 7>& differences,
                      const BatchRun& run) {
   const std::size_t count = differences.size();
-  const System& system = Require(settings.system, standards, samples, count);
+  const System& system = Require(settings, standards, samples, count);
   if (count != 1 && IsOne(system, samples)) throw CInvalidArgException();
   const DifferenceKernel kernel = IsOne(system, standards) ? system.oneStandard : system.pairs;
   return ForEachBlock(run, count, kBlockRows, [&](std::size_t from, std::size_t rows) {
@@ -48,7 +48,7 @@ bool DifferenceBatch(const CDifferenceSettings& settings, double angle, const Co
 bool TotalDifferenceBatch(const CDifferenceSettings& settings, double angle, const ColorBatch& standards,
                           const ColorBatch& samples, std::span<double> totals, const BatchRun& run) {
   const std::size_t count = totals.size();
-  const System& system = Require(settings.system, standards, samples, count);
+  const System& system = Require(settings, standards, samples, count);
   DifferenceKernel kernel = system.totals;
   if (IsOne(system, samples)) kernel = system.totalsOneSample;
   if (IsOne(system, standards)) kernel = system.totalsOneStandard;

@@ -27,6 +27,12 @@ struct DifferenceKernels {
     DifferenceKernel totals, totalsOneStandard, totalsOneSample;
   };
   System systems[kDifferenceSystems];
+  System ownFormulas[kDifferenceSystems];  ///< by the formula that the system's name promises
+
+  /// The kernels of the settings' system, which must exist.
+  const System& Of(const CDifferenceSettings& settings) const {
+    return settings.ownFormula ? ownFormulas[settings.system] : systems[settings.system];
+  }
 };
 
 /// The columns of `count` colours from `from` on; a batch of one colour is taken as it is.

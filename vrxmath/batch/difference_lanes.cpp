@@ -101,7 +101,9 @@ constexpr DifferenceKernels::System SystemOf() {
 
 template <std::size_t... I>
 constexpr DifferenceKernels KernelsOfSystems(std::index_sequence<I...>) {
-  return {{SystemOf<typename std::tuple_element_t<I, difference_table_internal::Rows>::Formula>()...}};
+  using Rows = difference_table_internal::Rows;
+  return {{SystemOf<typename std::tuple_element_t<I, Rows>::Formula>()...},
+          {SystemOf<typename std::tuple_element_t<I, Rows>::OwnFormula>()...}};
 }
 
 }  // namespace

@@ -118,7 +118,7 @@ bool FindNearestBatch(const CDifferenceSettings& settings, double angle, std::sp
   if (FindDifferenceSystem(settings.system) == nullptr || trials.empty() || count == 0)
     throw CInvalidArgException();
   RequireSameCount(trials.size(), libraries.size());
-  const System& system = CurrentKernels<DifferenceKernels>().systems[settings.system];
+  const System& system = CurrentKernels<DifferenceKernels>().Of(settings);
   const std::size_t trialCount = CountOf(system, trials), standards = CountOf(system, libraries);
   if (matches.size() / count != trialCount || matches.size() % count != 0) throw CInvalidArgException();
   const Search search({settings.parameters, angle}, system.totalsOneSample, trials, libraries, standards);
