@@ -201,5 +201,47 @@ TEST_F(IndexAndSwatch, StandardsAndTrialsStandSideBySide) {
   EXPECT_EQ((patches["fill=\"#7f7f7f\"/>"]), 6);  // standard twice, its double once, under two illuminants
 }
 
+// The limit of a box lies where the ticks say, in SVG and in a PNG of any scale.
+TEST_F(IndexAndSwatch, PlotsAreDrawnToScale) {
+  folder_.Write("greys.csv", Header() + Flat("A", "21.4") + Flat("B", "21.5"));
+  const std::string files = " greys.csv greys.csv --illuminants D65 --system lab --tolerance 2 --output ";
+  for (const char* name : {"plane.svg", "plane.png --scale 3"}) {
+    EXPECT_EQ(Run("plot plane" + files + name).status, 0) << name;
+  }
+  const std::string svg = folder_.Read("plane.svg");
+  double left = 0, bottom = 0, right = 0;
+  ASSERT_EQ(std::sscanf(&svg[svg.find("<polygon")], "<polygon points=\"%lf,%lf %lf", &left, &bottom, &right),
+            3);
+  const auto tick = [&](const std::string& label) {
+    const std::size_t at = svg.rfind("<text", svg.find("middle\" fill=\"#57606a\">" + label + "<"));
+    return std::strtod(&svg[at + std::string("<text x=\"").size()], nullptr);
+  };
+  EXPECT_NEAR(left, tick("-2"), 0.1);
+  EXPECT_NEAR(right, tick("2"), 0.1);
+  const Image image = ReadPng(folder_ / "plane.png");
+  ASSERT_EQ(image.width, 3u * 340);
+  // Just inside the limit lies the warning band, just outside the paper.
+  const auto y = static_cast<png_uint_32>(3 * bottom) - 10;
+  const auto x = static_cast<png_uint_32>(3 * left);
+  EXPECT_EQ(image.At(x + 5, y), (std::array{251, 239, 208}));
+  EXPECT_EQ(image.At(x - 7, y), (std::array{255, 255, 255}));
+  const struct {
+    const char* arguments;
+    const char* reason;
+  } rows[] = {
+      {"plot plane greys.csv greys.csv --pairs --output a.svg", "several standards"},
+      {"plot angles greys.csv greys.csv --output a.svg", "no two aspecular angles"},
+      {"plot trend greys.csv greys.csv --trial-id C --output a.svg", "no such trial"},
+      {"plot plane greys.csv greys.csv --scale 100 --output a.svg", "--scale"},
+      {"judge greys.csv greys.csv --report none/a.html", "none/a.html: No such file"},
+      {"judge greys.csv greys.csv --report a.html --report-logo greys.csv", "neither a PNG"},
+  };
+  for (const auto& row : rows) {
+    const Result result = Run(row.arguments);
+    EXPECT_EQ(result.status, 2) << row.arguments;
+    EXPECT_NE(result.err.find(row.reason), std::string::npos) << row.arguments << "\n" << result.err;
+  }
+}
+
 }  // namespace
 }  // namespace vrx::tool

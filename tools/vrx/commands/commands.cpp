@@ -13,6 +13,7 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"strength", AddStrength}, CommandEntry{"colorants", AddColorants},
       CommandEntry{"predict", AddPredict},   CommandEntry{"calibrate", AddCalibrate},
       CommandEntry{"index", AddIndex},       CommandEntry{"swatch", AddSwatch},
+      CommandEntry{"plot", AddPlot},
       CommandEntry{"tables", AddTables},     CommandEntry{"condition", AddCondition},
       CommandEntry{"settings", AddSettings}, CommandEntry{"log", AddLog},
       CommandEntry{"xml", AddXml},

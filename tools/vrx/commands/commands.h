@@ -18,6 +18,7 @@ void AddSort(Command& tool);
 void AddFitTolerance(Command& tool);
 void AddStrength(Command& tool);
 void AddColorants(Command& tool);
+void AddPlot(Command& tool);
 void AddPredict(Command& tool);
 void AddCalibrate(Command& tool);
 void AddIndex(Command& tool);

@@ -1,0 +1,191 @@
+// vrx plot: one of the pictures of a report as a file of its own.
+
+#include <memory>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/comparison.h"
+#include "tools/vrx/conditions.h"
+#include "tools/vrx/judging_options.h"
+#include "tools/vrx/output/charts.h"
+#include "tools/vrx/output/judged_trials.h"
+#include "tools/vrx/output/picture.h"
+#include "tools/vrx/output/text.h"
+
+namespace vrx::tool {
+namespace {
+
+enum class Kind { kCurves, kPlane, kTrend, kHistogram, kIlluminants, kAngles };
+
+struct PlotOptions {
+  Kind kind = Kind::kCurves;
+  ComparisonOptions comparison;
+  JudgingOptions judging;
+  std::string trialId;
+  std::string geometry;
+  std::string output;
+  double scale = 1;
+};
+
+// Paints another picture lower down.
+class Lowered final : public Picture {
+ public:
+  Lowered(Picture& picture, double by) : picture_(picture), by_(by) {}
+  void Rectangle(double x, double y, double width, double height, Paint fill) override {
+    picture_.Rectangle(x, y + by_, width, height, fill);
+  }
+  void Text(double x, double y, std::string_view text, int32_t size, Paint paint, Anchor anchor) override {
+    picture_.Text(x, y + by_, text, size, paint, anchor);
+  }
+  void Line(std::span<const PlanePoint> points, Paint paint, Stroke stroke) override {
+    picture_.Line(Moved(points), paint, stroke);
+  }
+  void Area(std::span<const PlanePoint> outline, Paint fill) override { picture_.Area(Moved(outline), fill); }
+  void Marks(std::span<const PlanePoint> points, Mark mark, Paint paint) override {
+    picture_.Marks(Moved(points), mark, paint);
+  }
+  std::string Encode() override { return picture_.Encode(); }
+
+ private:
+  std::vector<PlanePoint> Moved(std::span<const PlanePoint> points) const {
+    std::vector<PlanePoint> moved(points.begin(), points.end());
+    for (PlanePoint& point : moved) point.y += by_;
+    return moved;
+  }
+
+  Picture& picture_;
+  double by_;
+};
+
+JudgedTrials JudgeTrials(const PlotOptions& options, const JudgeSettings& settings) {
+  const int32_t geometry = ParseGeometry(options.geometry);
+  if (geometry == kUnknownGeometry) {
+    throw InputError("--geometry: \"" + options.geometry + "\" is not known");
+  }
+  Comparison comparison(options.comparison, settings);
+  JudgedTrials judged(settings);
+  if (comparison.Trials().Kind() == Sample::kCurve) {
+    judged.SetMeasured(comparison.Trials().Grid().FirstWavelength(),
+                       comparison.Trials().Grid().LastWavelength());
+  }
+  Judgement judgement;
+  comparison.ForEachTrial([&](const CurveRow& trial, Judge& judge) {
+    if (!options.trialId.empty() && trial.id != options.trialId) return;
+    if (geometry != kNoGeometry && trial.geometry != geometry) return;
+    judge.Evaluate(trial);
+    judge.Take(trial, judgement);
+    judged.Add(trial, judge, judgement);
+  });
+  comparison.WarnAboutInput();
+  if (judged.Trials().empty()) throw InputError(options.comparison.trials + ": there is no such trial");
+  return judged;
+}
+
+// The standard of a picture that shows one.
+const JudgedView& OneView(const JudgedTrials& judged) {
+  if (judged.Views().size() > 1) {
+    throw InputError(
+        "the trials belong to several standards or geometries; --standard-id, --trial-id and --geometry "
+        "choose");
+  }
+  return judged.Views()[0];
+}
+
+template <class T>
+std::vector<std::size_t> PlacesOf(const std::vector<T>& list) {
+  std::vector<std::size_t> places(list.size());
+  std::iota(places.begin(), places.end(), std::size_t{0});
+  return places;
+}
+
+Chart ChartOf(Kind kind, const JudgedTrials& judged) {
+  switch (kind) {
+    case Kind::kCurves:
+      if (!OneView(judged).hasCurve) throw InputError("colours have no curves to plot");
+      return judged.Curves(OneView(judged));
+    case Kind::kPlane:
+      return judged.Plane(OneView(judged), 0);
+    case Kind::kTrend:
+      return judged.Trend(PlacesOf(judged.Trials()));
+    case Kind::kHistogram:
+      return judged.Histogram(PlacesOf(judged.Trials()), 0);
+    case Kind::kIlluminants:
+      return judged.OverIlluminants(OneView(judged));
+    case Kind::kAngles:
+      break;
+  }
+  const std::vector<std::size_t> views = PlacesOf(judged.Views());
+  for (const JudgedView& view : judged.Views()) {
+    if (view.standard != judged.Views()[0].standard) OneView(judged);
+  }
+  if (!judged.AreAngles(views)) throw InputError("the trials have no two aspecular angles");
+  return judged.OverAngles(views, 0);
+}
+
+std::string ShortTitleOf(const CDifferenceSettings& difference) {
+  return DifferenceSystemName(difference.system, NameLength::kShort, difference.parameters).ToUtf8();
+}
+
+// What stands above the picture: of which standard it is, and by which difference.
+std::string TitleOf(const JudgedTrials& judged, const Chart& chart) {
+  std::string title = chart.title + ", " + ShortTitleOf(judged.Settings().difference);
+  if (judged.Views().size() == 1) title.insert(0, JudgedTrials::NameOf(judged.Views()[0]) + ", ");
+  return title;
+}
+
+int RunPlot(const PlotOptions& options) {
+  const PictureFormat format = PictureFormatOf(options.output);
+  if (!(options.scale >= 0.25 && options.scale <= 20)) throw InputError("--scale: a factor from 0.25 to 20");
+  const JudgeSettings settings = SettingsOf(options.judging);
+  const JudgedTrials judged = JudgeTrials(options, settings);
+  const Chart chart = ChartOf(options.kind, judged);
+  constexpr int32_t kTitle = 28, kLetter = 8;
+  const auto picture = MakePicture(format, chart.width, chart.height + kTitle, Ink::kPaper, options.scale);
+  const auto letters = static_cast<std::size_t>((chart.width - 20) / kLetter);
+  picture->Text(10, 20, Shortened(TitleOf(judged, chart), letters), 13, Ink::kText);
+  Lowered lowered(*picture, kTitle);
+  chart.paint(lowered);
+  SavePicture(*picture, options.output);
+  return kExitPass;
+}
+
+}  // namespace
+
+void AddPlot(Command& tool) {
+  const auto options = std::make_shared<PlotOptions>();
+  Command command = tool.AddCommand("plot", "One of the pictures of a report as SVG or PNG");
+  command
+      .AddChoice("KIND", options->kind, {"curves", "plane", "trend", "histogram", "illuminants", "angles"},
+                 "curves, plane, trend, histogram, illuminants or angles")
+      .Required();
+  AddComparisonOptions(command, options->comparison, Content::kCurvesOrColors);
+  command.AddOption("--output", options->output, "The picture, by its name PNG or SVG")
+      .Required()
+      .Shows("FILE.png|FILE.svg");
+  command.AddOption("--scale", options->scale, "Pixels of a unit of length").Shows("FACTOR [1]");
+  command.AddOption("--trial-id", options->trialId, "Only the trials of this id")
+      .Shows("ID [all]")
+      .Check(RefuseEmpty);
+  command.AddOption("--geometry", options->geometry, "Only the trials of this geometry")
+      .Shows("NAME [all]")
+      .Check(RefuseEmpty);
+  AddJudgingOptions(command, options->judging, "D65,A,CWF");
+  command.SetNotes(
+      "  curves       reflectances of the standard and the trials, and their differences\n"
+      "  plane        chromatic components with the limits, and the lightness, under the first illuminant\n"
+      "  trend        total differences in the order of the trials, with their limits\n"
+      "  histogram    how often total differences occur, under the first illuminant\n"
+      "  illuminants  total differences over the illuminants\n"
+      "  angles       total differences over the aspecular angles, under the first illuminant\n"
+      "A dot is a pass, a triangle a warning, a cross a fail.\n\n"
+      "Examples:\n"
+      "  vrx plot plane standard.csv batch.csv --output batch.svg --illuminants D65\n"
+      "  vrx plot curves master.csv lot.csv --pairs --trial-id P07 --output P07.png --scale 2\n"
+      "  vrx plot trend master.csv lot.csv --pairs --output trend.png\n");
+  command.SetAction([options] { return RunPlot(*options); });
+}
+
+}  // namespace vrx::tool
