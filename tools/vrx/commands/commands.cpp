@@ -7,15 +7,23 @@ namespace vrx::tool {
 
 std::span<const CommandEntry> AllCommands() {
   static constexpr std::array kCommands{
-      CommandEntry{"judge", AddJudge},       CommandEntry{"color", AddColor},
-      CommandEntry{"delta", AddDelta},       CommandEntry{"average", AddAverage},
-      CommandEntry{"sort", AddSort},         CommandEntry{"fit-tolerance", AddFitTolerance},
-      CommandEntry{"strength", AddStrength}, CommandEntry{"colorants", AddColorants},
-      CommandEntry{"predict", AddPredict},   CommandEntry{"calibrate", AddCalibrate},
-      CommandEntry{"index", AddIndex},       CommandEntry{"swatch", AddSwatch},
+      CommandEntry{"judge", AddJudge},
+      CommandEntry{"color", AddColor},
+      CommandEntry{"delta", AddDelta},
+      CommandEntry{"average", AddAverage},
+      CommandEntry{"sort", AddSort},
+      CommandEntry{"fit-tolerance", AddFitTolerance},
+      CommandEntry{"strength", AddStrength},
+      CommandEntry{"colorants", AddColorants},
+      CommandEntry{"predict", AddPredict},
+      CommandEntry{"calibrate", AddCalibrate},
+      CommandEntry{"index", AddIndex},
+      CommandEntry{"swatch", AddSwatch},
       CommandEntry{"plot", AddPlot},
-      CommandEntry{"tables", AddTables},     CommandEntry{"condition", AddCondition},
-      CommandEntry{"settings", AddSettings}, CommandEntry{"log", AddLog},
+      CommandEntry{"tables", AddTables},
+      CommandEntry{"condition", AddCondition},
+      CommandEntry{"settings", AddSettings},
+      CommandEntry{"log", AddLog},
       CommandEntry{"xml", AddXml},
   };
   return kCommands;
