@@ -85,10 +85,18 @@ test('the first screen says what the csv says, and which files were judged', () 
   assert.equal((await rowsOf(page)).length, 72);
 }));
 
-test('what stands in the file is what the script shows', async () => {
-  let written;
-  await withPage('trials.html', async (page) => { written = await rowsOf(page); }, { javaScriptEnabled: false });
-  await withPage('trials.html', async (page) => assert.deepEqual(await rowsOf(page), written));
+test('what stands in the file of each command is what the script shows', async () => {
+  const commands = {
+    color: [chart[0]], index: [file('few0.csv'), '--illuminants', 'C'], strength: [file('standard.csv'), file('trials.csv')],
+    'fit-tolerance': [file('trials.csv'), '--standard', file('standard.csv')], judge: [file('standard.csv'), file('trials.csv')],
+  };
+  for (const [command, options] of Object.entries(commands)) {
+    const csv = execFileSync(vrx, [command, ...options, '--format', 'csv', '--report', file(`${command}.html`)], { encoding: 'utf8' });
+    let written;
+    await withPage(`${command}.html`, async (page) => { written = await rowsOf(page); }, { javaScriptEnabled: false });
+    assert.equal(written.length, csv.trim().split('\n').length - 1, command);
+    await withPage(`${command}.html`, async (page) => assert.deepEqual(await rowsOf(page), written));
+  }
 });
 
 test('the table sorts and filters, by keys too', () => withPage('pairs.html', async (page) => {
@@ -151,7 +159,7 @@ test('a trial is chosen in the table by keys and found in the pictures by the mo
   assert.equal(await page.textContent('tr.picked td'), 'T7');
 }));
 
-for (const [name, colorScheme] of [['few.html', 'light'], ['few.html', 'dark'], ['trials.html', 'dark']]) {
+for (const [name, colorScheme] of [['few.html', 'light'], ['trials.html', 'dark'], ['color.html', 'dark']]) {
   test(`axe finds nothing in ${name}, ${colorScheme}`, () => withPage(name, async (page) => {
     await page.evaluate(axe);
     const { violations } = await page.evaluate(() => window.axe.run());

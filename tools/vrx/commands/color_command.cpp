@@ -13,6 +13,7 @@
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/output/result_report.h"
 #include "tools/vrx/output/terminal.h"
 #include "tools/vrx/readings.h"
 
@@ -25,6 +26,7 @@ struct ColorOptions {
   bool average = false;
   CurveInputOptions input;
   Format format = Format::kTable;
+  ReportOptions report;
 };
 
 // Writes colours under every illuminant of a run. A colour is given by its tristimulus values, from which
@@ -34,9 +36,18 @@ class ColorRows {
   ColorRows(const ColorOptions& options, OutputStream& output)
       : illuminants_(options.viewing.Illuminants()),
         observer_(options.viewing.Observer()),
-        rows_(MakeRowWriter(options.format, output, Columns())) {}
+        report_(options.report, ReportText::kCoordinates),
+        rows_(report_.Rows(options.format, output, Columns())),
+        planes_(illuminants_.size()) {
+    report_.AddFile(ReportText::kInputFile, options.file);
+    report_.AddViewing(illuminants_, observer_);
+  }
+
+  /// What the curves that follow come from.
+  void SetMeasured(const CurveReader& curves) { report_.SetMeasured(curves); }
 
   void AddCurve(std::string_view id, const CReflData& curve) {
+    report_.AddCurve(curve);
     for (const vrxIlluminant illuminant : illuminants_) {
       curve.Tristimulus(illuminant, observer_, xyz_);
       XyzToLab(illuminant, observer_, xyz_, lab_);
@@ -61,7 +72,17 @@ class ColorRows {
     }
   }
 
-  void Finish() { rows_->Finish(); }
+  void Finish() {
+    rows_->Finish();
+    for (std::size_t i = 0; i < planes_.size(); ++i) {
+      planes_[i].title = IlluminantName(illuminants_[i], observer_, kNameSlashObserver).ToUtf8();
+      planes_[i].xHeading = "a*";
+      planes_[i].yHeading = "b*";
+      planes_[i].areJudged = false;
+      report_.AddPlane(planes_[i]);
+    }
+    report_.Save();
+  }
 
  private:
   static std::vector<Column> Columns() {
@@ -89,16 +110,23 @@ class ColorRows {
     for (const double value : luv_) rows_->Number(value);
     for (std::ptrdiff_t i = 0; i < 3; ++i) rows_->Number(hunter_[i]);
     rows_->EndRow();
+    // Rows come illuminant by illuminant.
+    if (report_.IsWanted())
+      planes_[count_++ % planes_.size()].trials.push_back({lab_[1], lab_[2], kUnset, kPass});
   }
 
   std::vector<vrxIlluminant> illuminants_;
   int32_t observer_;
+  ResultReport report_;
   std::unique_ptr<RowWriter> rows_;
+  std::vector<PlaneChart> planes_;  // by illuminant
+  std::size_t count_ = 0;           // of rows
   CTrisValues xyz_;
   CLabValues lab_, luv_, hunter_;
 };
 
 void AddMeans(CurveReader samples, ColorRows& rows) {
+  rows.SetMeasured(samples);
   for (const Readings& readings : ReadReadings(samples, 0)) {
     const CurveRow mean = readings.Mean();
     const std::vector<double> color(mean.color.begin(), mean.color.end());
@@ -110,6 +138,7 @@ void AddMeans(CurveReader samples, ColorRows& rows) {
 }
 
 void AddCurves(CurveReader curves, ColorRows& rows) {
+  rows.SetMeasured(curves);
   ProgressBar progress(curves.Csv().Size());
   CurveRow row;
   while (curves.Next(row)) {
@@ -156,6 +185,7 @@ void AddColor(Command& tool) {
   command.AddFlag("--average", options->average, "Take the mean of the rows of one id");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
+  AddReportOptions(command, options->report);
   command.SetNotes(
       "Columns: X, Y, Z; chromaticity x, y; CIE L*a*b* as L, a, b, C, h; CIE L*u*v* as Lu, u, v, Cuv, huv;\n"
       "Hunter Lab as LH, aH, bH. Hues are in degrees.\n\n"

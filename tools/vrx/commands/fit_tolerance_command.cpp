@@ -18,6 +18,7 @@
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/output/result_report.h"
 #include "tools/vrx/output/terminal.h"
 #include "tools/vrx/standards.h"
 
@@ -39,6 +40,7 @@ struct FitOptions {
   CurveInputOptions input;
   std::string forCurves;  // an option that was given and has no meaning for plain differences
   Format format = Format::kTable;
+  ReportOptions report;
 };
 
 // What was accepted under one illuminant and geometry.
@@ -172,11 +174,35 @@ CEllipseData Fit(const Cloud& cloud, const FitOptions& options, const std::strin
   return ellipse;
 }
 
+// The accepted differences and the ellipsoid about them.
+PlaneChart PlaneOf(const std::string& title, const Cloud& cloud, const CEllipseData& ellipse) {
+  PlaneChart plane;
+  plane.title = title;
+  plane.xHeading =
+      "\xCE\x94"
+      "a*";
+  plane.yHeading =
+      "\xCE\x94"
+      "b*";
+  plane.lightnessHeading = "\xCE\x94L*";
+  plane.limit = ellipse.Section(EllipsePlane::kAB);
+  const double centre = ellipse[CEllipseData::kCentreL], axis = ellipse[CEllipseData::kLightnessAxis];
+  plane.lightness = {centre - axis, centre + axis};
+  plane.areJudged = false;
+  for (const LabDifference& d : cloud.differences) plane.trials.push_back({d.da, d.db, d.dL, kPass});
+  return plane;
+}
+
 void WriteFits(const Accepted& accepted, const FitOptions& options) {
   std::vector<Column> columns{{"standard"}, {"geometry"}, {"system"}, {"illuminant"}, {"observer"}};
   for (const std::string_view name : EllipseColumns()) columns.push_back({std::string(name), "", 4});
   OutputStream output;
-  const auto rows = MakeRowWriter(options.format, output, std::move(columns));
+  ResultReport report(options.report, ReportText::kEllipsoids);
+  report.AddFile(ReportText::kAccepted, options.accepted);
+  report.AddFile(ReportText::kStandardsFile, options.standard);
+  report.AddFact(ReportText::kMethod, options.method == Method::kSmallest ? "smallest" : "surface");
+  report.AddFact(ReportText::kMargin, FixedText(options.margin));
+  const auto rows = report.Rows(options.format, output, std::move(columns));
   for (const auto& [key, cloud] : accepted.clouds) {
     const auto& [geometry, i] = key;
     const CEllipseData ellipse = Fit(cloud, options, accepted.Place(geometry, i));
@@ -191,8 +217,10 @@ void WriteFits(const Accepted& accepted, const FitOptions& options) {
     }
     for (const double number : ellipse) rows->Number(number);
     rows->EndRow();
+    if (report.IsWanted()) report.AddPlane(PlaneOf(accepted.Place(geometry, i), cloud, ellipse));
   }
   rows->Finish();
+  report.Save();
   output.Finish();
 }
 
@@ -229,6 +257,7 @@ void AddOptions(Command& command, FitOptions& options) {
   AddSystemOptions(command, options.system, "cmc");
   AddCurveInputOptions(command, options.input);
   AddFormatOption(command, options.format);
+  AddReportOptions(command, options.report);
 }
 
 // The first option that was given of those that only curves have a use for.

@@ -16,6 +16,7 @@
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/output/result_report.h"
 #include "tools/vrx/output/terminal.h"
 #include "tools/vrx/standards.h"
 
@@ -31,6 +32,7 @@ struct IndexOptions {
   ViewingOptions viewing;
   CurveInputOptions input;
   Format format = Format::kTable;
+  ReportOptions report;
 };
 
 // Writes one index a row.
@@ -40,8 +42,15 @@ class IndexRows {
       : illuminants_(options.viewing.Illuminants()),
         observer_(options.viewing.Observer()),
         format_(options.format),
-        rows_(MakeRowWriter(options.format, output,
-                            {{"id"}, {"illuminant"}, {"observer"}, {"index"}, {"form"}, {"value", "", 3}})) {}
+        report_(options.report, ReportText::kIndices),
+        rows_(report_.Rows(options.format, output,
+                           {{"id"}, {"illuminant"}, {"observer"}, {"index"}, {"form"}, {"value", "", 3}})) {
+    report_.AddFile(ReportText::kInputFile, options.file);
+    report_.AddFile(ReportText::kStandardsFile, options.standard);
+    report_.AddViewing(illuminants_, observer_);
+  }
+
+  ResultReport& Report() { return report_; }
 
   const std::vector<vrxIlluminant>& Illuminants() const { return illuminants_; }
   int32_t Observer() const { return observer_; }
@@ -69,12 +78,16 @@ class IndexRows {
     rows_->EndRow();
   }
 
-  void Finish() { rows_->Finish(); }
+  void Finish() {
+    rows_->Finish();
+    report_.Save();
+  }
 
  private:
   std::vector<vrxIlluminant> illuminants_;
   int32_t observer_;
   Format format_;
+  ResultReport report_;
   std::unique_ptr<RowWriter> rows_;
 };
 
@@ -141,7 +154,9 @@ void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
   Drawdowns drawdowns(rows);
   CurveRow row;
   CTrisValues xyz;
+  rows.Report().SetMeasured(curves);
   while (curves.Next(row)) {
+    rows.Report().AddCurve(row.curve);
     for (const vrxIlluminant illuminant : rows.Illuminants()) {
       row.curve.Tristimulus(illuminant, rows.Observer(), xyz);
       rows.AddFamily(row.id, illuminant, xyz);
@@ -252,6 +267,7 @@ void AddIndex(Command& tool) {
   AddViewingOptions(command, options->viewing, "D65,C");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
+  AddReportOptions(command, options->report);
   command.SetNotes(
       "An index is direct under the illuminants and observers for which it was published, and recalculated\n"
       "to their white under any other. A table leaves out what does not exist; csv has an empty field for\n"

@@ -16,6 +16,7 @@
 #include "tools/vrx/comparison.h"
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/output/result_report.h"
 #include "tools/vrx/surface_options.h"
 
 namespace vrx::tool {
@@ -28,6 +29,7 @@ struct StrengthOptions {
   SurfaceOptions surface;
   ViewingOptions viewing;
   Format format = Format::kTable;
+  ReportOptions report;
 };
 
 // What a run compares by: options, checked.
@@ -129,11 +131,12 @@ class FloorReport {
 // Trials with their strengths, one row each. A form that a reading at the floor enters is unset.
 class StrengthRows {
  public:
-  StrengthRows(Format format, OutputStream& output, const StrengthSettings& settings)
+  StrengthRows(const Format& format, OutputStream& output, const StrengthSettings& settings,
+               ResultReport& report)
       : settings_(settings),
         surface_(settings.surface),
         floor_(settings),
-        rows_(MakeRowWriter(format, output, Columns(settings))) {}
+        rows_(report.Rows(format, output, Columns(settings))) {}
 
   void Add(std::string_view standardId, const CReflData& standard, std::string_view trialId,
            const CReflData& trial) {
@@ -232,15 +235,33 @@ class StrengthRows {
   CTrisValues standardXyz_, trialXyz_;
 };
 
+// What the report says of the inputs and the conditions.
+void DescribeRun(const StrengthOptions& options, const StrengthSettings& settings, const CurveReader& trials,
+                 ResultReport& report) {
+  report.AddFile(ReportText::kStandardsFile, options.comparison.standard);
+  report.AddFile(ReportText::kTrialsFile, options.comparison.trials);
+  report.AddFact(ReportText::kBand, options.band + " nm");
+  report.AddFact(ReportText::kSurface,
+                 "k1 " + FixedText(settings.surface.k1, 3) + ", k2 " + FixedText(settings.surface.k2, 3));
+  report.AddViewing(settings.viewing.illuminants, settings.viewing.observer);
+  report.SetMeasured(trials);
+}
+
 void RunStrength(const StrengthOptions& options) {
   const StrengthSettings settings = SettingsOf(options);
   Comparison comparison(options.comparison, settings.viewing);
   OutputStream output;
-  StrengthRows rows(options.format, output, settings);
+  ResultReport report(options.report, ReportText::kStrengths);
+  StrengthRows rows(options.format, output, settings, report);
+  DescribeRun(options, settings, comparison.Trials(), report);
+  const bool isOneStandard = !options.comparison.pairs && !comparison.Trials().HasStandards();
   comparison.ForEachTrial([&](const CurveRow& trial, const Judge& judge) {
+    if (isOneStandard) report.SetStandard(judge.StandardCurve());
+    report.AddCurve(trial.curve);
     rows.Add(judge.StandardId(), judge.StandardCurve(), trial.id, trial.curve);
   });
   rows.Finish();
+  report.Save();
   output.Finish();
   comparison.WarnAboutInput();
   rows.WarnAboutFloor();
@@ -254,6 +275,7 @@ void AddOptions(Command& command, StrengthOptions& options) {
   AddSurfaceOptions(command, options.surface);
   AddViewingOptions(command, options.viewing, "D65");
   AddFormatOption(command, options.format);
+  AddReportOptions(command, options.report);
 }
 
 }  // namespace

@@ -130,10 +130,10 @@ std::vector<PlanePoint> Thinned(const std::vector<PlanePoint>& points) {
 class VerdictMarks {
  public:
   void Add(PlanePoint point, Verdict verdict) { points_[static_cast<std::size_t>(verdict)].push_back(point); }
-  void Paint(Picture& picture) const {
+  void Paint(Picture& picture, bool areJudged = true) const {
     constexpr std::size_t kCrowd = 200;
     picture.Marks(Thinned(points_[kPass]), points_[kPass].size() > kCrowd ? Mark::kPoint : Mark::kDot,
-                  Ink::kPass);
+                  areJudged ? Ink::kPass : Ink::kTrial);
     picture.Marks(Thinned(points_[kWarning]), Mark::kTriangle, Ink::kWarning);
     picture.Marks(Thinned(points_[kFail]), Mark::kCross, Ink::kFail);
   }
@@ -306,11 +306,7 @@ class PlanePainter {
     plane_.PaintX(picture, data_.xHeading);
     plane_.Horizontal(picture, 0, Ink::kMuted);
     plane_.Vertical(picture, 0, Ink::kMuted);
-    bar_.Horizontal(picture, 0, Ink::kMuted);
-    bar_.Vertical(picture, -1, Ink::kGrid);
-    bar_.Vertical(picture, 1, Ink::kGrid);
-    picture.Text(bar_.Left() + kBar / 2, kTop - 8, data_.lightnessHeading, kFontSize, Ink::kText,
-                 Anchor::kMiddle);
+    if (!data_.lightnessHeading.empty()) PaintBar(picture);
     VerdictMarks marks;
     std::array<std::vector<PlanePoint>, 3> ticks;
     for (const PlottedDifference& trial : data_.trials) {
@@ -320,14 +316,23 @@ class PlanePainter {
         ticks[static_cast<std::size_t>(trial.verdict)].push_back(bar_.At(0, trial.lightness));
       }
     }
-    marks.Paint(picture);
+    marks.Paint(picture, data_.areJudged);
     for (const Verdict verdict : {kPass, kWarning, kFail}) {
-      picture.Marks(Thinned(ticks[static_cast<std::size_t>(verdict)]), Mark::kTick, InkOf(verdict));
+      picture.Marks(Thinned(ticks[static_cast<std::size_t>(verdict)]), Mark::kTick,
+                    data_.areJudged ? InkOf(verdict) : Ink::kTrial);
     }
   }
 
  private:
   static constexpr double kLeft = 46, kTop = 26, kSide = 230, kBar = 24;
+
+  void PaintBar(Picture& picture) const {
+    bar_.Horizontal(picture, 0, Ink::kMuted);
+    bar_.Vertical(picture, -1, Ink::kGrid);
+    bar_.Vertical(picture, 1, Ink::kGrid);
+    picture.Text(bar_.Left() + kBar / 2, kTop - 8, data_.lightnessHeading, kFontSize, Ink::kText,
+                 Anchor::kMiddle);
+  }
 
   // Symmetric about the standard, and the same for both axes and the lightness.
   Ticks Reach() const {
@@ -597,6 +602,14 @@ PlottedCurve Plotted(const CReflData& curve) {
   return plotted;
 }
 
+void CurvesChart::SetMeasured(double firstWavelength, double lastWavelength) {
+  const auto sample = [](double nm) { return (nm - kFirstWavelength) / kWavelengthStep; };
+  first =
+      static_cast<int32_t>(std::clamp(std::ceil(sample(firstWavelength) - 1e-6), 0.0, kWavelengths - 2.0));
+  last = static_cast<int32_t>(
+      std::clamp(std::floor(sample(lastWavelength) + 1e-6), first + 1.0, kWavelengths - 1.0));
+}
+
 Chart MakeChart(const CurvesChart& data) {
   CurvesPainter painter(data);
   const int32_t height = painter.Height();
@@ -612,7 +625,9 @@ Chart MakeChart(const PlaneChart& data) {
   for (const PlottedDifference& trial : data.trials) ++counts[static_cast<std::size_t>(trial.verdict)];
   std::string scales = painter.Scales();
   return ChartBy(std::move(painter), data.title,
-                 TextOf(ReportText::kPlaneSummary, {data.xHeading, data.yHeading, CountsText(counts)}),
+                 TextOf(ReportText::kPlaneSummary,
+                        {data.xHeading, data.yHeading,
+                         data.areJudged ? CountsText(counts) : std::to_string(data.trials.size())}),
                  PlanePainter::kWidth, PlanePainter::kHeight, std::move(scales));
 }
 

@@ -43,6 +43,9 @@ struct CurvesChart {
   const PlottedCurve* standard = nullptr;      ///< null when there is none: then without differences
   std::vector<const PlottedCurve*> trials;     ///< the most important ones first
   int32_t first = 0, last = kWavelengths - 1;  ///< the samples that were measured
+
+  /// The wavelengths that were measured, in nm.
+  void SetMeasured(double firstWavelength, double lastWavelength);
 };
 Chart MakeChart(const CurvesChart& data);
 
@@ -52,14 +55,15 @@ struct PlottedDifference {
   Verdict verdict = kPass;
 };
 
-/// The plane of the two chromatic components, and the lightness on a bar of the same scale.
+/// The plane of the two chromatic components, and the lightness on a bar of the same scale, if it has a heading.
 struct PlaneChart {
   std::string title;
   std::string xHeading, yHeading, lightnessHeading;
   std::vector<PlanePoint> limit, warning;  ///< outlines; empty when there are none
   Interval lightness{kUnset, kUnset}, lightnessWarning{kUnset, kUnset};
   std::vector<PlottedDifference> trials;
-  double reach = 0;  ///< how far the axes reach at least, so that several have the same ones
+  bool areJudged = true;  ///< whether the trials have verdicts
+  double reach = 0;       ///< how far the axes reach at least, so that several have the same ones
 };
 Chart MakeChart(const PlaneChart& data);
 

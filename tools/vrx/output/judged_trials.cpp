@@ -59,13 +59,6 @@ std::pair<int32_t, double> JudgedTrial::Badness() const {
 JudgedTrials::JudgedTrials(const JudgeSettings& settings)
     : settings_(settings), columns_(DifferenceColumnsOf(settings.difference.system)) {}
 
-void JudgedTrials::SetMeasured(double first, double last) {
-  const auto sample = [](double nm) { return (nm - kFirstWavelength) / kWavelengthStep; };
-  firstSample_ = static_cast<int32_t>(std::clamp(std::ceil(sample(first) - 1e-6), 0.0, kWavelengths - 2.0));
-  lastSample_ = static_cast<int32_t>(
-      std::clamp(std::floor(sample(last) + 1e-6), firstSample_ + 1.0, kWavelengths - 1.0));
-}
-
 std::size_t JudgedTrials::ViewOf(const CurveRow& trial, const Judge& judge) {
   const auto [entry, isNew] = viewOf_.try_emplace({judge.StandardId(), trial.geometry}, views_.size());
   if (!isNew) return entry->second;
@@ -140,7 +133,9 @@ std::vector<std::size_t> JudgedTrials::WorstFirst(const JudgedView& view) const 
 // Charts ------------------------------------------------------------------------------------------------------
 
 Chart JudgedTrials::Curves(const JudgedView& view) const {
-  CurvesChart chart{Text(ReportText::kCurves), &view.curve, {}, firstSample_, lastSample_};
+  CurvesChart chart = measured_;
+  chart.title = Text(ReportText::kCurves);
+  chart.standard = &view.curve;
   for (const std::size_t t : WorstFirst(view)) {
     if (trials_[t].hasCurve) chart.trials.push_back(&trials_[t].curve);
   }

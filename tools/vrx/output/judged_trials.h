@@ -70,9 +70,9 @@ class JudgedTrials {
   /// Takes the trial that `judge` judged last, with the outcome. Throws InputError beyond kMost.
   void Add(const CurveRow& trial, const Judge& judge, const Judgement& judgement);
   /// The wavelengths that were measured, in nm; all of the grid before.
-  void SetMeasured(double first, double last);
-  int32_t FirstSample() const { return firstSample_; }
-  int32_t LastSample() const { return lastSample_; }
+  void SetMeasured(double first, double last) { measured_.SetMeasured(first, last); }
+  int32_t FirstSample() const { return measured_.first; }
+  int32_t LastSample() const { return measured_.last; }
 
   const JudgeSettings& Settings() const { return settings_; }
   const std::vector<JudgedTrial>& Trials() const { return trials_; }
@@ -110,7 +110,7 @@ class JudgedTrials {
   std::vector<JudgedTrial> trials_;
   std::vector<JudgedView> views_;
   std::map<std::pair<std::string, int32_t>, std::size_t> viewOf_;
-  int32_t firstSample_ = 0, lastSample_ = kWavelengths - 1;
+  CurvesChart measured_;  // only its range
 };
 
 }  // namespace vrx::tool

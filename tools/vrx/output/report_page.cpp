@@ -150,6 +150,7 @@ void ReportTable::Text(std::string_view whole, Tint) {
 }
 
 void ReportTable::Number(double value, Tint) {
+  if (Column().kind == ReportColumn::Kind::kText) Column().kind = ReportColumn::Kind::kNumber;
   const std::string fixed = FixedText(value, Column().decimals);
   const bool isNumber = !IsUnset(value) && std::isfinite(value);
   PutCell(isNumber         ? fixed
@@ -159,6 +160,8 @@ void ReportTable::Number(double value, Tint) {
 }
 
 void ReportTable::Integer(int64_t value) {
+  if (Column().kind == ReportColumn::Kind::kText)
+    Column() = {Column().heading, ReportColumn::Kind::kNumber, 0};
   const std::string text = std::to_string(value);
   PutCell(text, "<td class=\"number\">" + text + "</td>");
 }
@@ -174,6 +177,10 @@ void ReportTable::Put(const ShownColour& standard, const ShownColour& trial) {
 }
 
 void ReportTable::EndRow() {
+  if (count_ == kMost) {
+    throw InputError("--report: more than " + std::to_string(kMost) +
+                     " rows; report a part, or write csv or json");
+  }
   json_ += "]";
   if (count_ < kWrittenOut) html_ += "</tr>\n";
   if (++count_ == kFirst) firstEnd_ = html_.size();
@@ -206,31 +213,6 @@ std::string ReportTable::Json() const {
             "\",\"decimals\":" + std::to_string(column.decimals) + "}";
   }
   return json + "],\"rows\":[\n" + json_ + "\n]}";
-}
-
-void BothRows::Text(std::string_view text, Tint tint) {
-  first_.Text(text, tint);
-  second_.Text(text, tint);
-}
-
-void BothRows::Number(double value, Tint tint) {
-  first_.Number(value, tint);
-  second_.Number(value, tint);
-}
-
-void BothRows::Integer(int64_t value) {
-  first_.Integer(value);
-  second_.Integer(value);
-}
-
-void BothRows::EndRow() {
-  first_.EndRow();
-  second_.EndRow();
-}
-
-void BothRows::Finish() {
-  first_.Finish();
-  second_.Finish();
 }
 
 // The page ----------------------------------------------------------------------------------------------------

@@ -56,7 +56,7 @@ struct ReportColumn {
   int32_t decimals = 2;
 };
 
-/// Rows of a table. All of them go to the page's data; the first ones are also written out, so that there is something to
+/// Rows of a table, up to 100,000. A column of texts that gets numbers is one of numbers. All rows go to the page's data; the first ones are also written out, so that there is something to
 /// read, and to print, where no script runs.
 class ReportTable final : public RowWriter {
  public:
@@ -67,6 +67,7 @@ class ReportTable final : public RowWriter {
   void Integer(int64_t value) override;
   void Put(Verdict verdict);
   void Put(const ShownColour& standard, const ShownColour& trial);
+  /// Throws InputError for too many rows.
   void EndRow() override;
   void Finish() override {}
 
@@ -76,11 +77,12 @@ class ReportTable final : public RowWriter {
   std::string Json() const;
 
  private:
+  static constexpr std::size_t kMost = 100'000;
   static constexpr std::size_t kWrittenOut = 300;  // rows up to which a table is written out as a whole
   static constexpr std::size_t kFirst = 100;       // rows that are written out of a longer one
 
   void PutCell(std::string_view json, std::string_view html);
-  const ReportColumn& Column() const { return columns_[column_]; }
+  ReportColumn& Column() { return columns_[column_]; }
 
   std::vector<ReportColumn> columns_;
   std::size_t column_ = 0;
@@ -88,21 +90,6 @@ class ReportTable final : public RowWriter {
   std::string json_;
   std::string html_;
   std::size_t firstEnd_ = 0;  // of the first rows in html_
-};
-
-/// Rows for two writers at once. Both must outlive it.
-class BothRows final : public RowWriter {
- public:
-  BothRows(RowWriter& first, RowWriter& second) : first_(first), second_(second) {}
-  void Text(std::string_view text, Tint tint) override;
-  void Number(double value, Tint tint) override;
-  void Integer(int64_t value) override;
-  void EndRow() override;
-  void Finish() override;
-
- private:
-  RowWriter& first_;
-  RowWriter& second_;
 };
 
 /// `text` as a string of JSON that may stand in a script element.

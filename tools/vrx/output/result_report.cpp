@@ -1,0 +1,124 @@
+
+#include "tools/vrx/output/result_report.h"
+
+#include <utility>
+
+#include "tools/vrx/conditions.h"
+
+namespace vrx::tool {
+namespace {
+
+// Rows for a command's usual output and its report.
+class BothRows final : public RowWriter {
+ public:
+  BothRows(std::unique_ptr<RowWriter> usual, RowWriter& report) : usual_(std::move(usual)), report_(report) {}
+  void Text(std::string_view text, Tint tint) override {
+    usual_->Text(text, tint);
+    report_.Text(text, tint);
+  }
+  void Number(double value, Tint tint) override {
+    usual_->Number(value, tint);
+    report_.Number(value, tint);
+  }
+  void Integer(int64_t value) override {
+    usual_->Integer(value);
+    report_.Integer(value);
+  }
+  void EndRow() override {
+    usual_->EndRow();
+    report_.EndRow();
+  }
+  void Finish() override { usual_->Finish(); }
+
+ private:
+  std::unique_ptr<RowWriter> usual_;
+  RowWriter& report_;
+};
+
+bool IsChosenFrom(std::string_view name) {
+  return name == "illuminant" || name == "geometry" || name == "index" || name == "form";
+}
+
+}  // namespace
+
+ResultReport::ResultReport(const ReportOptions& options, ReportText heading)
+    : options_(options), heading_(Text(heading)) {
+  if (options_.IsWanted()) page_.emplace(options_, heading_);
+}
+
+std::unique_ptr<RowWriter> ResultReport::Rows(const Format& format, OutputStream& output,
+                                              std::vector<Column> columns) {
+  std::vector<ReportColumn> shown;
+  for (const Column& column : columns) {
+    shown.push_back({column.heading.empty() ? column.name : column.heading,
+                     IsChosenFrom(column.name) ? ReportColumn::Kind::kChoice : ReportColumn::Kind::kText,
+                     column.decimals});
+  }
+  auto usual = MakeRowWriter(format, output, std::move(columns));
+  if (!page_) return usual;
+  return std::make_unique<BothRows>(std::move(usual), table_.emplace(std::move(shown)));
+}
+
+void ResultReport::AddFile(ReportText term, const std::string& path) {
+  if (page_ && !path.empty()) facts_.push_back({term, path, true});
+}
+
+void ResultReport::AddFact(ReportText term, std::string_view description) {
+  if (page_) facts_.push_back({term, std::string(description), false});
+}
+
+void ResultReport::AddViewing(const std::vector<vrxIlluminant>& illuminants, int32_t observer) {
+  std::string codes;
+  for (const vrxIlluminant illuminant : illuminants)
+    codes += (codes.empty() ? "" : ", ") + CodeOf(illuminant);
+  AddFact(ReportText::kIlluminants, codes);
+  AddFact(ReportText::kObserver, TextOf(ReportText::kObserverDegrees, {std::to_string(DegreesOf(observer))}));
+}
+
+void ResultReport::SetMeasured(const CurveReader& curves) {
+  if (curves.Kind() != Sample::kCurve) return;
+  range_.SetMeasured(curves.Grid().FirstWavelength(), curves.Grid().LastWavelength());
+}
+
+void ResultReport::AddCurve(const CReflData& curve) {
+  if (page_) curves_.push_back(Plotted(curve));
+}
+
+void ResultReport::SetStandard(const CReflData& curve) {
+  if (page_) standard_ = Plotted(curve);
+}
+
+void ResultReport::AddPlane(const PlaneChart& chart) {
+  if (page_) planes_.push_back(chart);
+}
+
+void ResultReport::Save() {
+  if (!page_) return;
+  page_->BeginSection("conditions", Text(ReportText::kConditions));
+  page_->BeginFacts();
+  for (const Fact& fact : facts_) {
+    fact.isFile ? page_->AddFile(fact.term, fact.text) : page_->AddFact(fact.term, fact.text);
+  }
+  page_->AddOrigin();
+  page_->EndFacts();
+  page_->EndSection();
+  page_->BeginSection("results", Text(ReportText::kResults));
+  page_->AddTable(*table_, heading_);
+  page_->EndSection();
+  if (!curves_.empty() || !planes_.empty()) {
+    page_->BeginSection("pictures", Text(ReportText::kPictures));
+    if (!curves_.empty()) {
+      range_.title = Text(standard_ ? ReportText::kCurves : ReportText::kCurvesOnly);
+      if (standard_) range_.standard = &*standard_;
+      for (const PlottedCurve& curve : curves_) range_.trials.push_back(&curve);
+      page_->AddChart(MakeChart(range_));
+    }
+    page_->BeginRow();
+    for (const PlaneChart& plane : planes_) page_->AddChart(MakeChart(plane));
+    page_->EndRow();
+    page_->EndSection();
+  }
+  page_->Save();
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,67 @@
+// The report of a command whose results are rows: the conditions, the rows, and pictures. Where no report is asked for,
+// everything here does nothing.
+
+#ifndef TOOLS_VRX_OUTPUT_RESULT_REPORT_H_
+#define TOOLS_VRX_OUTPUT_RESULT_REPORT_H_
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vrxio/curve_reader.h>
+#include <vrxmath/colorimetry/illuminants.h>
+
+#include "tools/vrx/input.h"
+#include "tools/vrx/output/charts.h"
+#include "tools/vrx/output/output.h"
+#include "tools/vrx/output/report_page.h"
+
+namespace vrx::tool {
+
+class ResultReport {
+ public:
+  /// `options` must outlive it. Throws InputError for a logo that is none.
+  ResultReport(const ReportOptions& options, ReportText heading);
+
+  bool IsWanted() const { return page_.has_value(); }
+
+  /// The writer of a command's rows: the usual one, and beside it the report's, which must outlive it.
+  std::unique_ptr<RowWriter> Rows(const Format& format, OutputStream& output, std::vector<Column> columns);
+
+  /// Inputs and conditions, in the order of the calls.
+  void AddFile(ReportText term, const std::string& path);
+  void AddFact(ReportText term, std::string_view description);
+  void AddViewing(const std::vector<vrxIlluminant>& illuminants, int32_t observer);
+
+  /// The curves of the pictures, and that of the standard where there is one for all.
+  void SetMeasured(const CurveReader& curves);
+  void AddCurve(const CReflData& curve);
+  void SetStandard(const CReflData& curve);
+  void AddPlane(const PlaneChart& chart);
+
+  /// Writes the report. Throws InputError or OutputError when that fails.
+  void Save();
+
+ private:
+  struct Fact {
+    ReportText term;
+    std::string text;
+    bool isFile;
+  };
+
+  const ReportOptions& options_;
+  std::optional<ReportPage> page_;  // none when no report is asked for
+  std::string heading_;
+  std::optional<ReportTable> table_;
+  std::vector<Fact> facts_;
+  CurvesChart range_;  // what was measured
+  std::vector<PlottedCurve> curves_;
+  std::optional<PlottedCurve> standard_;
+  std::vector<PlaneChart> planes_;
+};
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_OUTPUT_RESULT_REPORT_H_
