@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <exception>
 #include <iostream>
+
+#include <vrxio/names.h>
+#include <vrxmath/platform/exceptions.h>
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
@@ -116,11 +118,33 @@ int ShowHelp(const CLI::App& app, const CLI::ParseError& request) {
   return std::cout || errno == EPIPE ? kExitPass : Complain("cannot write to standard output");
 }
 
-// What stands where something else is missing, such as a misspelt command.
+// The words that could stand where an unknown one stands: options of the command that was named, or commands.
+std::vector<std::string> KnownWords(const CLI::App& app, bool isOption) {
+  const CLI::App* at = &app;
+  while (!at->get_subcommands().empty()) at = at->get_subcommands().front();
+  std::vector<std::string> words;
+  if (!isOption) {
+    for (const CLI::App* command : at->get_subcommands([](const CLI::App*) { return true; })) {
+      words.push_back(command->get_name());
+    }
+    return words;
+  }
+  for (const CLI::Option* option : at->get_options([](const CLI::Option*) { return true; })) {
+    for (const std::string& name : option->get_lnames()) words.push_back("--" + name);
+  }
+  return words;
+}
+
+// What is said of a word that stands where another one was expected, such as a misspelt command or option.
 std::string Misunderstood(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<std::string> rest = app.remaining(true);
+  if (rest.empty()) return "";
+  const bool isExtra = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
   const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-  return isMissing && !rest.empty() ? "; \"" + rest.front() + "\" is not known" : "";
+  if (!isExtra && !isMissing) return "";
+  const bool isOption = rest.front().starts_with('-');
+  const std::string hint = DidYouMean(rest.front(), KnownWords(app, isOption));
+  return isExtra ? hint : "; \"" + rest.front() + "\" is not known" + hint;
 }
 
 }  // namespace
@@ -141,7 +165,11 @@ int RunTool(std::span<const std::string> arguments, const std::string& version) 
     return kExitBadInput;
   } catch (const ReaderGone&) {
     return kExitBadInput;
-  } catch (const std::exception& error) {
+  } catch (const InputError& error) {
+    return Complain(error.what());
+  } catch (const OutputError& error) {
+    return Complain(error.what());
+  } catch (const CException& error) {
     return Complain(error.what());
   }
   return status;

@@ -76,6 +76,9 @@ class Command {
   void SetAction(const std::function<int()>& action);
 
  private:
+  friend std::string ManualPage(const Command& tool);
+  friend std::string BashCompletions(const Command& tool);
+
   Option AddWords(const std::string& name, const std::vector<std::string>& words,
                   const std::function<void(std::size_t)>& take, const std::string& description);
 
@@ -83,8 +86,14 @@ class Command {
   int* status_;
 };
 
+/// The manual page of the tool and all its commands, in the language of man.
+std::string ManualPage(const Command& tool);
+/// A script that completes commands, options and their words in bash.
+std::string BashCompletions(const Command& tool);
+
 /// Parses the arguments of a run, without the program's name, and runs the command that they name. Returns the exit
-/// status; a sentence on standard error says why it is kExitBadInput. `version` is what --version prints.
+/// status; a sentence on standard error says why it is kExitBadInput. `version` is what --version prints. Throws what no
+/// command means to throw.
 int RunTool(std::span<const std::string> arguments, const std::string& version);
 
 }  // namespace vrx::tool

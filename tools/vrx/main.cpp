@@ -1,5 +1,6 @@
 // vrx: the command-line tool.
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -7,7 +8,9 @@
 #include <vrxmath/platform/message_box.h>
 
 #include "tools/vrx/command_line.h"
+#include "tools/vrx/commands/command.h"
 #include "tools/vrx/output/terminal.h"
+#include "tools/vrx/output/text.h"
 
 namespace {
 
@@ -18,9 +21,12 @@ void ThrowMessage(vrx::WideView text, vrx::MessageIcon, void*) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   vrx::SetMessageBoxHandler(ThrowMessage);
   vrx::tool::IgnoreBrokenPipes();
   const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
   return vrx::tool::RunTool(arguments, VRX_VERSION);
+} catch (const std::exception& error) {
+  vrx::tool::PrintMessage(error.what());
+  return vrx::tool::kExitBadInput;
 }

@@ -220,7 +220,8 @@ void AddCalibrate(Command& tool) {
       "Examples:\n"
       "  vrx calibrate examples/oil_drawdowns.csv --white \"zinc white\" --output /tmp/oil_paints.json \\\n"
       "    --without \"zinc white linseed,chrome yellow poppyseed\"\n"
-      "  vrx calibrate drawdowns.csv --white titanium --specular excluded --hold-out 05C,06C --format csv\n");
+      "  vrx calibrate examples/oil_drawdowns.csv --white \"zinc white\" --hold-out 05C,06C --format csv \\\n"
+      "    --without \"zinc white linseed,chrome yellow poppyseed\"\n");
   command.SetAction([options] {
     RunCalibrate(*options);
     return kExitPass;

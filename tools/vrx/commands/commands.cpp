@@ -6,6 +6,7 @@
 namespace vrx::tool {
 
 std::span<const CommandEntry> AllCommands() {
+  // clang-format off: one a line, so that commands that are added meet no others
   static constexpr std::array kCommands{
       CommandEntry{"judge", AddJudge},
       CommandEntry{"color", AddColor},
@@ -25,7 +26,9 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"settings", AddSettings},
       CommandEntry{"log", AddLog},
       CommandEntry{"xml", AddXml},
+      CommandEntry{"manual", AddManual},
   };
+  // clang-format on
   return kCommands;
 }
 

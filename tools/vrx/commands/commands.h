@@ -28,6 +28,7 @@ void AddCondition(Command& tool);
 void AddSettings(Command& tool);
 void AddLog(Command& tool);
 void AddXml(Command& tool);
+void AddManual(Command& tool);
 
 std::span<const CommandEntry> AllCommands();
 

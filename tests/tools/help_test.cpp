@@ -1,0 +1,132 @@
+// What the tool says of itself: help texts whose examples run as they stand, the manual page, completions, hints.
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/testing/tool_process.h"
+
+namespace {
+
+class Help : public vrx::test::ToolProcess {
+ protected:
+  // The files that examples name, each fit for what it is named for.
+  void WriteFiles() {
+    const std::filesystem::path examples = VRX_SOURCE_DIR "/examples";
+    std::filesystem::create_directory_symlink(examples, folder_ / "examples");
+    const std::pair<const char*, std::vector<const char*>> kCopies[] = {
+        {"chart_ohta.csv", {"standard.csv", "master.csv"}},
+        {"chart_average.csv",
+         {"batch.csv", "lot.csv", "lots.csv", "paper.csv", "readings.csv", "accepted.csv"}},
+        {"acrylic_paints.json", {"system.json"}},
+        {"acrylic_formulas.json", {"formulas.json"}},
+    };
+    for (const auto& [from, names] : kCopies) {
+      for (const char* name : names) std::filesystem::copy_file(examples / from, folder_ / name);
+    }
+    folder_.Write("std.csv", Replaced(folder_.Read("standard.csv"), "\nP01,", "\nblue,"));
+    folder_.Write("limits.csv", "plus0,minus0,plus1,minus1,plus2,minus2,total\n1,1,1,1,1,1,1.5\n");
+    folder_.Write("pairs.csv", "L1,a1,b1,L2,a2,b2\n50,0,0,51,1,-1\n");
+    folder_.Write("standards.xml", "<standards><standard name='a'/><standard name='b'/></standards>");
+    // Three bands of a grey, each stronger and weaker, and all of them.
+    std::string borderline = "id";
+    for (int nm = 400; nm <= 700; nm += 10) borderline += "," + std::to_string(nm);
+    for (int i = -1; i < 27; ++i) {
+      const int steps[] = {i < 0 ? 0 : i % 3 - 1, i < 0 ? 0 : i / 3 % 3 - 1, i < 0 ? 0 : i / 9 - 1};
+      const int size = std::abs(steps[0]) + std::abs(steps[1]) + std::abs(steps[2]);
+      if (i >= 0 && size != 1 && size != 3) continue;
+      borderline += "\nR" + std::to_string(i);
+      for (int k = 0; k < 31; ++k) {
+        borderline += "," + std::to_string(40.0 + 0.5 * steps[k / 11] / (size == 3 ? 1.7320508 : 1.0));
+      }
+    }
+    folder_.Write("borderline.csv", borderline + "\n");
+  }
+
+  static std::string Replaced(const std::string& text, const std::string& from, const std::string& to) {
+    const std::size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    return text.substr(0, at) + to + text.substr(at + from.size());
+  }
+
+  // The words of `vrx --help` that name commands, with those within one.
+  std::vector<std::string> Commands(const std::string& path = "") {
+    const std::string help = Run(path + " --help").out;
+    const std::size_t list = help.find("\nSubcommands:\n");
+    std::vector<std::string> commands;
+    if (list == std::string::npos) return commands;
+    std::istringstream lines(help.substr(help.find('\n', list + 1) + 1));
+    for (std::string line; std::getline(lines, line) && line.starts_with("  ");) {
+      if (line[2] == ' ') continue;  // a description goes on
+      commands.push_back(path + (path.empty() ? "" : " ") + line.substr(2, line.find(' ', 2) - 2));
+      for (const std::string& nested : Commands(commands.back())) commands.push_back(nested);
+    }
+    return commands;
+  }
+
+  // Runs a line of a shell in which `vrx` is the tool.
+  Result RunLine(const std::string& line) {
+    folder_.Write("line.sh",
+                  "PATH=$(dirname " VRX_TOOL "):$PATH\nexport XDG_CONFIG_HOME=$PWD\n" + line + "\n");
+    return Run("--version > /dev/null; bash line.sh");
+  }
+};
+
+TEST_F(Help, ExamplesRunAsTheyStand) {
+  WriteFiles();
+  const std::vector<std::string> commands = Commands();
+  EXPECT_GT(commands.size(), 17u);
+  EXPECT_EQ(RunLine("vrx settings set Diagnostics 'Color Sensor' 0").status, 0);
+  int examples = 0;
+  for (const std::string& command : commands) {
+    const std::string help = Run(command + " --help").out;
+    const std::size_t list = help.find("\nExample");
+    ASSERT_NE(list, std::string::npos) << command;
+    std::istringstream lines(help.substr(help.find('\n', list + 1) + 1));
+    std::string example;
+    for (std::string line; std::getline(lines, line);) {
+      example += line + "\n";
+      if (line.ends_with('\\')) continue;
+      const Result result = RunLine(example);
+      EXPECT_TRUE(result.status == 0 || (result.status == 1 && example.find("--strict") != std::string::npos))
+          << example << result.err;
+      examples += line.empty() ? 0 : 1;
+      example.clear();
+    }
+  }
+  EXPECT_GT(examples, 40);
+}
+
+TEST_F(Help, ManualCompletionsAndHints) {
+  const std::string manual = Run("manual").out;
+  for (const char* part :
+       {".SS vrx settings list\n", "\n.BR \"\\-\\-worst\\-first\"\n", "\n.SH EXIT STATUS\n"}) {
+    EXPECT_NE(manual.find(part), std::string::npos) << part;
+  }
+  const std::pair<const char*, const char*> kCompletions[] = {
+      {"'ju'", "judge"},
+      {"settings 'g'", "get"},
+      {"judge '--wor'", "--worst-first"},
+      {"judge a.csv --format 'c'", "csv"},
+      {"color --illuminants 'T'", "T84"},
+      {"judge ''", ""},
+  };
+  for (const auto& [words, completion] : kCompletions) {
+    const Result result = RunLine("source <(vrx manual bash); COMP_WORDS=(vrx " + std::string(words) +
+                                  "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _vrx; echo \"${COMPREPLY[*]}\"");
+    EXPECT_EQ(result.out, std::string(completion) + "\n") << words << result.err;
+  }
+  const std::pair<const char*, const char*> kHints[] = {
+      {"jugde", "\"jugde\" is not known; did you mean judge?"},
+      {"settings gte", "did you mean get?"},
+      {"tables --formt csv", "did you mean --format?"},
+      {"tables --quite-another-thing", "not expected: --quite-another-thing\n"},
+  };
+  for (const auto& [arguments, hint] : kHints) {
+    EXPECT_NE(Run(arguments).err.find(hint), std::string::npos) << Run(arguments).err;
+  }
+}
+
+}  // namespace
