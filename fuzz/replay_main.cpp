@@ -29,7 +29,9 @@ void Replay(const std::filesystem::path& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  for (int i = 1; i < argc; ++i) Replay(argv[i]);
+  std::vector<std::filesystem::path> paths;  // a target may go to another folder
+  for (int i = 1; i < argc; ++i) paths.push_back(std::filesystem::absolute(argv[i]));
+  for (const std::filesystem::path& path : paths) Replay(path);
   std::printf("%d inputs replayed\n", replayed);
   return replayed > 0 ? 0 : 1;
 }

@@ -1,0 +1,115 @@
+// Whole commands in this process: the first bytes choose a command line, the rest is its input file. A run ends with
+// status 0, 1 or 2; an index message of the library and any exception that no command means to throw are findings.
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vrxmath/platform/message_box.h>
+
+#include "tools/vrx/command_line.h"
+
+namespace {
+
+// Of each command and of each kind of file that it reads; IN is the input, CURVES and PAINTS are sound files.
+constexpr std::array kCommandLines = {
+    "judge IN IN --pairs --only fail,warning --worst-first",
+    "judge CURVES IN --tolerance 1 --format csv --csv-safe",
+    "judge IN CURVES --standard-id A --format json",
+    "judge IN IN --illuminants D65 --average --summary --system lch",
+    "judge CURVES CURVES --tolerances IN --system cie2000",
+    "judge CURVES CURVES --ellipses IN",
+    "judge CURVES CURVES --illuminant-file IN --illuminants 1000",
+    "color IN --format csv --digits 3",
+    "color IN --average --observer 2",
+    "delta IN --system din6175 --tolerance 2",
+    "delta IN --system 3 --format json",
+    "average IN --count 2 --statistics --format csv",
+    "average IN --format json",
+    "sort IN --blocks 0.5",
+    "fit-tolerance IN --method surface",
+    "fit-tolerance IN --centre standard --format csv",
+    "strength IN IN --pairs --wavelength 550",
+    "strength CURVES IN --specular excluded --format json",
+    "colorants IN",
+    "predict IN FORMULAS",
+    "predict PAINTS IN --format csv",
+    "calibrate IN --white A",
+    "index IN --standard IN",
+    "index IN --pairs --standard IN --format csv",
+    "swatch IN --output out.svg",
+    "swatch CURVES IN --output out.png",
+    "plot plane IN CURVES --output out.svg",
+    "tables --illuminant-file IN",
+    "xml IN",
+    "xml IN a/b[2]/@c --format csv",
+    "condition C",
+    "settings list",
+    "log",
+    "manual bash",
+};
+
+// A folder of the process in which every run finds the same files and leaves nothing that matters.
+class Place {
+ public:
+  Place()
+      : folder_(std::filesystem::temp_directory_path() /
+                ("vrx-fuzz-" + std::to_string(std::random_device()()))) {
+    std::filesystem::create_directories(folder_);
+    const std::filesystem::path examples = VRX_SOURCE_DIR "/examples";
+    std::filesystem::copy_file(examples / "acrylic_paints.json", folder_ / "PAINTS");
+    std::filesystem::copy_file(examples / "acrylic_formulas.json", folder_ / "FORMULAS");
+    std::string curves = "id,geometry";
+    for (int nm = 400; nm <= 700; nm += 20) curves += "," + std::to_string(nm);
+    for (const char* row : {"\nA,SCI", "\nB,SCI", "\nA,SCE"}) {
+      curves += row;
+      for (int i = 0; i < 16; ++i) curves += "," + std::to_string(20 + i * static_cast<int>(row[1] % 5));
+    }
+    Write("CURVES", curves + "\n");
+    std::filesystem::current_path(folder_);
+    setenv("XDG_CONFIG_HOME", folder_.c_str(), 1);
+    // The tool's own streams lead nowhere; what a sanitizer says goes to the descriptor it was given.
+    if (std::freopen("/dev/null", "w", stdout) == nullptr) std::abort();
+    vrx::SetMessageBoxHandler([](vrx::WideView, vrx::MessageIcon, void*) { std::abort(); });
+  }
+  ~Place() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+  }
+  void Write(const char* name, std::string_view content) const {
+    std::ofstream(folder_ / name, std::ios::binary) << content;
+  }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+std::vector<std::string> WordsOf(std::string_view line) {
+  std::vector<std::string> words;
+  while (!line.empty()) {
+    const std::size_t end = std::min(line.find(' '), line.size());
+    words.emplace_back(line.substr(0, end));
+    line.remove_prefix(std::min(end + 1, line.size()));
+  }
+  return words;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+  static const Place place;
+  if (size == 0) return 0;
+  place.Write("IN", {reinterpret_cast<const char*>(data) + 1, size - 1});
+  const int status = vrx::tool::RunTool(WordsOf(kCommandLines[data[0] % kCommandLines.size()]), "0");
+  if (status < 0 || status > 2) std::abort();
+  return 0;
+}
