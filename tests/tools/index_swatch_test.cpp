@@ -234,6 +234,7 @@ TEST_F(IndexAndSwatch, PlotsAreDrawnToScale) {
       {"plot trend greys.csv greys.csv --trial-id C --output a.svg", "no such trial"},
       {"plot plane greys.csv greys.csv --scale 100 --output a.svg", "--scale"},
       {"judge greys.csv greys.csv --report none/a.html", "none/a.html: No such file"},
+      {"judge greys.csv greys.csv --report greys.csv", "ends in .html or .pdf"},
       {"judge greys.csv greys.csv --report a.html --report-logo greys.csv", "neither a PNG"},
   };
   for (const auto& row : rows) {

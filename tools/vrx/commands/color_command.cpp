@@ -110,9 +110,16 @@ class ColorRows {
     for (const double value : luv_) rows_->Number(value);
     for (std::ptrdiff_t i = 0; i < 3; ++i) rows_->Number(hunter_[i]);
     rows_->EndRow();
-    // Rows come illuminant by illuminant.
-    if (report_.IsWanted())
-      planes_[count_++ % planes_.size()].trials.push_back({lab_[1], lab_[2], kUnset, kPass});
+    if (report_.IsWanted()) AddToPictures(id, illuminant);
+  }
+
+  // Rows come illuminant by illuminant.
+  void AddToPictures(std::string_view id, vrxIlluminant illuminant) {
+    constexpr std::size_t kMostSwatches = 500;
+    const std::size_t i = count_ % planes_.size(), sample = count_ / planes_.size();
+    if (i == 0 && sample < kMostSwatches) report_.AddColour(id, Shown(illuminant, observer_, xyz_));
+    planes_[i].trials.push_back({lab_[1], lab_[2], kUnset, kPass});
+    ++count_;
   }
 
   std::vector<vrxIlluminant> illuminants_;

@@ -274,7 +274,7 @@ class CurvesPainter {
       picture.Line(std::array<PlanePoint, 2>{{{x, 12}, {x + 26, 12}}}, ink, stroke);
       picture.Text(x + 32, 16, text, kFontSize, Ink::kText);
     };
-    if (!data_.trials.empty()) {
+    if (HasDifferences()) {
       entry(data_.trials.size() > kMaxLines ? TextOf(ReportText::kWorstTrialsKey, {std::to_string(kMaxLines)})
                                             : Text(ReportText::kTrial),
             Ink::kTrial, data_.trials.size() > 3 ? Stroke{0.7, Dash::kSolid} : Stroke{1.6, Dash::kDashed},

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <numeric>
 
-#include <vrxmath/colorimetry/display_color.h>
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/foundation/angles.h>
 
@@ -14,13 +13,6 @@
 
 namespace vrx::tool {
 namespace {
-
-ShownColour Shown(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz) {
-  ShownColour shown;
-  shown.inGamut =
-      XyzToDisplayRgb(illuminant, observer, xyz, shown.colour.red, shown.colour.green, shown.colour.blue);
-  return shown;
-}
 
 // The ellipsoid scaled about its centre.
 CEllipseData Scaled(CEllipseData ellipse, double factor) {

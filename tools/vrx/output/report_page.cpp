@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <vrxmath/colorimetry/display_color.h>
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/platform/clock.h>
 
@@ -36,8 +37,18 @@ std::string VerdictWord(Verdict verdict) {
                                     : ReportText::kFail);
 }
 
+bool EndsIn(std::string_view path, std::string_view end) {
+  return path.size() > end.size() && EqualsIgnoringCase(path.substr(path.size() - end.size()), end);
+}
+
 bool IsPdf(std::string_view path) {
-  return path.size() >= 4 && EqualsIgnoringCase(path.substr(path.size() - 4), ".pdf");
+  return EndsIn(path, ".pdf");
+}
+
+// Also keeps a slip of the keyboard from replacing a file of measurements.
+std::string RefuseOtherNames(const std::string& path) {
+  if (IsPdf(path) || EndsIn(path, ".html") || EndsIn(path, ".htm")) return {};
+  return "the name of a report ends in .html or .pdf";
 }
 
 std::string TwoDigits(int32_t number) {
@@ -83,12 +94,19 @@ std::string ScriptTexts() {
 void AddReportOptions(Command& command, ReportOptions& options) {
   command.AddOption("--report", options.file, "Write a report with pictures too; a PDF needs Chromium")
       .Shows("FILE.html|FILE.pdf")
-      .Check(RefuseEmpty);
+      .Check(RefuseOtherNames);
   command.AddOption("--report-title", options.title, "Title of the report").Shows("TEXT");
   command.AddOption("--report-logo", options.logo, "A picture at its head: PNG, JPEG or SVG")
       .Shows("FILE")
       .Check(RefuseEmpty);
   command.AddOption("--report-author", options.author, "Who judged, for the report").Shows("NAME");
+}
+
+ShownColour Shown(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz) {
+  ShownColour shown;
+  shown.inGamut =
+      XyzToDisplayRgb(illuminant, observer, xyz, shown.colour.red, shown.colour.green, shown.colour.blue);
+  return shown;
 }
 
 std::string JsonText(std::string_view text) {

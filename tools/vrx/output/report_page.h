@@ -18,6 +18,8 @@
 #include <utility>
 #include <vector>
 
+#include <vrxmath/colorimetry/color_records.h>
+#include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/tolerance/box_tolerance.h>
 
 #include "tools/vrx/output/charts.h"
@@ -46,6 +48,8 @@ struct ShownColour {
   DisplayRgb colour;
   bool inGamut = true;
 };
+/// Tristimulus values as a display shows them.
+ShownColour Shown(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
 
 /// A column of a table in a report.
 struct ReportColumn {

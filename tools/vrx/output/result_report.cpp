@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "tools/vrx/conditions.h"
+#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 namespace {
@@ -49,6 +50,7 @@ ResultReport::ResultReport(const ReportOptions& options, ReportText heading)
 std::unique_ptr<RowWriter> ResultReport::Rows(const Format& format, OutputStream& output,
                                               std::vector<Column> columns) {
   std::vector<ReportColumn> shown;
+  shown.reserve(columns.size());
   for (const Column& column : columns) {
     shown.push_back({column.heading.empty() ? column.name : column.heading,
                      IsChosenFrom(column.name) ? ReportColumn::Kind::kChoice : ReportColumn::Kind::kText,
@@ -84,6 +86,12 @@ void ResultReport::AddCurve(const CReflData& curve) {
   if (page_) curves_.push_back(Plotted(curve));
 }
 
+void ResultReport::AddColour(std::string_view id, const ShownColour& colour) {
+  if (!page_) return;
+  swatches_ += "<figure class=\"pair\">" + SwatchesHtml(colour, colour) + "<figcaption><bdi>" +
+               Escaped(Shortened(id, kLongestCell)) + "</bdi></figcaption></figure>\n";
+}
+
 void ResultReport::SetStandard(const CReflData& curve) {
   if (page_) standard_ = Plotted(curve);
 }
@@ -107,6 +115,9 @@ void ResultReport::Save() {
   page_->EndSection();
   if (!curves_.empty() || !planes_.empty()) {
     page_->BeginSection("pictures", Text(ReportText::kPictures));
+    if (!swatches_.empty()) page_->AddHtml("<div class=\"pairs colours\">\n" + swatches_ + "</div>\n");
+    if (swatches_.find("</span>*") != std::string::npos)
+      page_->AddParagraph("* " + Text(ReportText::kOutOfGamut));
     if (!curves_.empty()) {
       range_.title = Text(standard_ ? ReportText::kCurves : ReportText::kCurvesOnly);
       if (standard_) range_.standard = &*standard_;

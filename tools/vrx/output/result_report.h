@@ -39,6 +39,8 @@ class ResultReport {
   void SetMeasured(const CurveReader& curves);
   void AddCurve(const CReflData& curve);
   void SetStandard(const CReflData& curve);
+  /// A swatch with its name.
+  void AddColour(std::string_view id, const ShownColour& colour);
   void AddPlane(const PlaneChart& chart);
 
   /// Writes the report. Throws InputError or OutputError when that fails.
@@ -59,6 +61,7 @@ class ResultReport {
   CurvesChart range_;  // what was measured
   std::vector<PlottedCurve> curves_;
   std::optional<PlottedCurve> standard_;
+  std::string swatches_;  // HTML
   std::vector<PlaneChart> planes_;
 };
 
