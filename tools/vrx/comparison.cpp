@@ -11,7 +11,7 @@ namespace {
 
 CurveReader OpenTrials(const ComparisonOptions& options) {
   if (options.standard == "-" && options.trials == "-") {
-    throw InputError("standard and trials cannot both come from standard input");
+    throw InputError("standard and trials cannot both come from standard input: name a file");
   }
   return OpenCurves(options.trials, options.input, options.content);
 }
@@ -44,6 +44,10 @@ void AddComparisonOptions(Command& command, ComparisonOptions& options, Content 
   command.AddOption("STANDARD", options.standard, what + "standard, or standards (- reads standard input)")
       .Required();
   command.AddOption("TRIALS", options.trials, what + "trials (- reads standard input)").Required();
+  AddStandardOptions(command, options);
+}
+
+void AddStandardOptions(Command& command, ComparisonOptions& options) {
   Option id = command.AddOption("--standard-id", options.standardId, "Which row is the standard");
   id.Shows("ID [the first row]").Check(RefuseEmpty);
   command.AddFlag("--pairs", options.pairs, "Compare each trial with the standard of the same id")

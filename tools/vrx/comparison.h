@@ -33,6 +33,9 @@ struct ComparisonOptions {
 /// command can make use of.
 void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content);
 
+/// Adds the same without the files.
+void AddStandardOptions(Command& command, ComparisonOptions& options);
+
 /// Trials and their standards, opened.
 class Comparison {
  public:

@@ -14,24 +14,18 @@
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/comparison.h"
 #include "tools/vrx/conditions.h"
-#include "tools/vrx/curve_input.h"
 #include "tools/vrx/judge.h"
 #include "tools/vrx/judging_options.h"
 #include "tools/vrx/output/picture.h"
 #include "tools/vrx/output/text.h"
-#include "tools/vrx/standards.h"
 
 namespace vrx::tool {
 namespace {
 
 struct SwatchOptions {
-  std::string file;
-  std::string trials;
+  ComparisonOptions comparison;
   std::string output;
-  std::string standardId;
-  bool pairs = false;
   JudgingOptions judging;
-  CurveInputOptions input;
 };
 
 // A standard and a trial under one illuminant, as they are painted.
@@ -181,35 +175,28 @@ class Sheet {
 // ----------------------------------------------------------------------------------------------------------
 
 // Judges the trials. In a file that holds the standard too, every other row is a trial.
-std::vector<Card> JudgeAll(const SwatchOptions& options, const JudgeSettings& settings) {
-  const bool oneFile = options.trials.empty();
-  const std::string& trialFile = oneFile ? options.file : options.trials;
-  if (options.file == "-" && trialFile == "-")
-    throw InputError("standard and trials are read apart: name a file");
-  if (oneFile && options.pairs) throw InputError("--pairs needs a second file");
-  CurveReader standardReader = OpenCurves(options.file, options.input);
-  const std::unique_ptr<Standards> standards =
-      options.pairs ? PairedStandards(std::move(standardReader), settings)
-                    : OneStandard(std::move(standardReader), options.standardId, settings);
-  CurveReader trials = OpenCurves(trialFile, options.input);
+std::vector<Card> JudgeAll(ComparisonOptions files, const JudgeSettings& settings) {
+  const bool oneFile = files.trials.empty();
+  if (oneFile && files.pairs) throw InputError("--pairs needs a second file");
+  if (oneFile) files.trials = files.standard;
+  Comparison comparison(files, settings);
   std::vector<Card> cards;
-  CurveRow trial;
-  while (trials.Next(trial)) {
-    Judge& judge = standards->For(trial);
-    if (oneFile && judge.StandardId() == trial.id) continue;
-    if (cards.size() == kMaxTrials) trials.Csv().FailRow("more than 1000 trials for one picture");
+  comparison.ForEachTrial([&](const CurveRow& trial, Judge& judge) {
+    if (oneFile && judge.StandardId() == trial.id) return;
+    if (cards.size() == kMaxTrials)
+      comparison.Trials().Csv().FailRow("more than 1000 trials for one picture");
     judge.Evaluate(trial);
     cards.push_back(MakeCard(settings, judge, trial));
-  }
-  WarnAboutFractions(trials);
-  if (cards.empty()) throw InputError(trialFile + ": there is no trial");
+  });
+  comparison.WarnAboutInput();
+  if (cards.empty()) throw InputError(files.trials + ": there is no trial");
   return cards;
 }
 
 void RunSwatch(const SwatchOptions& options) {
   const PictureFormat format = PictureFormatOf(options.output);
   const JudgeSettings settings = SettingsOf(options.judging);
-  const std::vector<Card> cards = JudgeAll(options, settings);
+  const std::vector<Card> cards = JudgeAll(options.comparison, settings);
   SavePicture(*Sheet(settings, cards).Paint(format), options.output);
 }
 
@@ -218,16 +205,16 @@ void RunSwatch(const SwatchOptions& options) {
 void AddSwatch(Command& tool) {
   const auto options = std::make_shared<SwatchOptions>();
   Command command = tool.AddCommand("swatch", "Paint trials beside their standards");
-  command.AddOption("FILE", options->file, "Curves: the standard and, without TRIALS, the trials").Required();
-  command.AddOption("TRIALS", options->trials, "Curves of the trials");
+  ComparisonOptions& files = options->comparison;
+  files.content = Content::kCurvesOrColors;
+  command.AddOption("FILE", files.standard, "Curves or colours: the standard and, without TRIALS, the trials")
+      .Required();
+  command.AddOption("TRIALS", files.trials, "Curves or colours of the trials");
   command.AddOption("--output", options->output, "The picture, by its name PNG or SVG")
       .Required()
       .Shows("FILE.png|FILE.svg");
-  Option id = command.AddOption("--standard-id", options->standardId, "Which row is the standard");
-  id.Shows("ID [the first row]").Check(RefuseEmpty);
-  command.AddFlag("--pairs", options->pairs, "Each trial beside the standard of the same id").Excludes(id);
+  AddStandardOptions(command, files);
   AddJudgingOptions(command, options->judging, "D65,A,CWF");
-  AddCurveInputOptions(command, options->input);
   command.SetNotes(
       "Each pair is painted as it looks to somebody adapted to the illuminant: its white is that of the\n"
       "display, whose primaries are taken to be those of sRGB.\n\n"
