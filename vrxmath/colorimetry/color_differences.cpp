@@ -4,6 +4,7 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/colorimetry/difference_formulas.h>
 #include <vrxmath/colorimetry/difference_table.h>
+#include <vrxmath/colorimetry/weight_tables.h>
 
 namespace vrx {
 namespace {
@@ -105,10 +106,30 @@ void DeltaDin99(const CLabValues& standard, const CLabValues& sample, double kCH
   delta.SetValues(Din99Difference(standard.Values(kUpToB), sample.Values(kUpToB), kCH, kE));
 }
 
-void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer, CColorValues& color) {
-  // The pseudo-system of the chromaticity has no row; its coordinates are L*a*b*.
+namespace {
+
+// The row of a system or of the pseudo-system, whose coordinates are L*a*b*. Null, after the index message, for others.
+const DifferenceSystem* SystemOrMessage(int32_t system) {
   const DifferenceSystem* row = FindDifferenceSystem(system == kSystemChromaticity ? vrxSystemLab : system);
   if (row == nullptr) foundation_internal::ReportIndexError();
+  return row;
+}
+
+}  // namespace
+
+bool FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer, Color& color) {
+  const DifferenceSystem* row = SystemOrMessage(system);
+  Viewing viewing;
+  if (row == nullptr || !FindViewing(illuminant, observer, viewing)) return false;
+  color.lab = Coordinates(row->space, color.xyz, viewing);
+  // A record that keeps its hue in radians does not round hues next to 360 degrees; nor is it done here then.
+  const bool hasHue = row->space != CoordinateSpace::kHunter;
+  if (hasHue && !HueInDegrees()) color.lab.h = HueRadians(color.lab.a, color.lab.b) * kDegreesPerRadian;
+  return true;
+}
+
+void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer, CColorValues& color) {
+  const DifferenceSystem* row = SystemOrMessage(system);
   if (row == nullptr || IsUnset(color)) return color.lab.Fill(kUnset);
   switch (row->space) {
     case CoordinateSpace::kHunter:
@@ -124,6 +145,12 @@ Difference ComputeDifference(const CDifferenceSettings& settings, const Color& s
                              double angle) {
   Difference difference = kUnsetDifference;
   if (IsUnset(standard.xyz) || IsUnset(sample.xyz)) return difference;
+  if (settings.system == kSystemChromaticity) {
+    const Xy xy = Chromaticity(sample.xyz);
+    difference.dL = xy.x;
+    difference.da = xy.y;
+    return difference;
+  }
   const DifferenceContext context{settings.parameters, angle};
   const bool known = VisitDifferenceFormula(
       settings, [&](auto formula) { difference = formula.Of(context, standard, sample); });

@@ -71,8 +71,14 @@ VRX_API void DeltaDin99(const CLabValues& standard, const CLabValues& sample, do
                         CDeltaValues& delta);
 
 /// Converts tristimulus values into the space in which a system judges: Hunter Lab for system 2, L*u*v* for
-/// 6, L*a*b* for every other. `color.lab` is unset when the values are.
+/// 6, L*a*b* for every other. `color.lab` is unset when the values are and, after the index message, for an unknown
+/// system.
 VRX_API void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer, CColorValues& color);
+
+/// The same over values, of which the tristimulus values are set. False, after the index message, for an unknown system
+/// and for a pair without a weighting table.
+[[nodiscard]] VRX_API bool FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer,
+                                           Color& color);
 
 /// The difference of two colours in one of the systems, over values: both with the coordinates of the system
 /// (Coordinates). `angle`: the aspecular measuring angle in degrees, for Audi and DIN 6175-2. kUnsetDifference when the

@@ -147,6 +147,8 @@ class VRX_API CReflData : public CKSData {
   ///          %.
   /// Errors:  a curve of fewer than 40 samples and a pair without a table show the index message.
   void Tristimulus(vrxIlluminant illuminant, int32_t observer, CTrisValues& result) const;
+  /// The same as values; false, with `result` as it was, where the record would be unset.
+  bool Tristimulus(vrxIlluminant illuminant, int32_t observer, Xyz& result) const;
 };
 
 /// The hue of a record (its element kHue) in degrees or radians, whatever the flag says it is kept in.

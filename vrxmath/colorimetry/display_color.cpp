@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cmath>
+#include <utility>
 
 #include <vrxmath/colorimetry/weight_tables.h>
-#include <vrxmath/colorimetry/weighting.h>
-#include <vrxmath/numeric/elementary.h>
-#include <vrxmath/numeric/matrix.h>
 
 namespace vrx {
 namespace {
@@ -26,99 +26,92 @@ constexpr DisplayPrimaries kDefaultPrimaries{{{{0.64, 0.33, 0.03}, {0.30, 0.60, 
                                              2.2};
 DisplayPrimaries display = kDefaultPrimaries;
 
-// Counts the changes of the primaries, so that conversions made for earlier ones are known for old. 0 is no
-// state of them.
-uint64_t displayState = 1;
-
 using Vector3 = std::array<double, 3>;
-
-// XYZ on the scale Y = 1 to linear channels: one row each for red, green and blue.
-struct Conversion {
-  uint64_t displayState;
-  Vector3 white;
-  std::array<Vector3, 3> rows;
-};
-
-void SetEquation(CMatrix& system, uint32_t row, const Vector3& coefficients, double rightHandSide) {
-  for (int32_t k = 0; k < 3; ++k) system[row][k] = coefficients[static_cast<std::size_t>(k)];
-  system[row][3] = rightHandSide;
-}
+using Equations = std::array<std::array<double, 4>, 3>;  // three coefficients and the right-hand side each
 
 Vector3 Normalised(const Chromaticities& primary) {
   return {primary.x / primary.y, primary.y / primary.y, primary.z / primary.y};
 }
 
+// Gaussian elimination with the pivots, the order of operations and so the bits of CMatrix::GaussSolve, without its
+// memory. The solution is 0 where there is none.
+Vector3 Solve(Equations a) {
+  constexpr double kSingularPivot = 1e-17;
+  for (std::size_t i = 0; i < 3; ++i) {
+    const auto larger = [i](const auto& p, const auto& q) { return std::fabs(p[i]) < std::fabs(q[i]); };
+    std::swap(a[i], *std::max_element(a.begin() + static_cast<std::ptrdiff_t>(i), a.end(), larger));
+    if (std::fabs(a[i][i]) < kSingularPivot) return {};
+    for (std::size_t j = i + 1; j < 3; ++j) {
+      const double factor = a[j][i];
+      for (std::size_t k = i; k < 4; ++k) a[j][k] -= a[i][k] * factor / a[i][i];
+    }
+  }
+  Vector3 x{};
+  for (std::size_t i = 3; i-- > 0;) {
+    double sum = 0.0;
+    for (std::size_t j = i + 1; j < 3; ++j) sum += a[i][j] * x[j];
+    x[i] = (a[i][3] - sum) / a[i][i];
+  }
+  return x;
+}
+
 // The row of a channel: 1 for the white, 0 for the two other primaries.
 Vector3 SolveRow(const Vector3& white, const Chromaticities& other, const Chromaticities& another) {
-  CMatrix system(3, 4);
-  SetEquation(system, 0, white, 1.0);
-  SetEquation(system, 1, Normalised(other), 0.0);
-  SetEquation(system, 2, Normalised(another), 0.0);
-  CDoubleArray1 row;
-  row.SetSize(3);
-  system.GaussSolve(row);  // without a solution the row stays 0
-  return {row[0], row[1], row[2]};
+  const Vector3 p = Normalised(other), q = Normalised(another);
+  return Solve({{{white[0], white[1], white[2], 1.0}, {p[0], p[1], p[2], 0.0}, {q[0], q[1], q[2], 0.0}}});
 }
 
-Conversion MakeConversion(const Vector3& white) {
+DisplayMatrix MakeMatrix(const White& white) {
   const auto& [red, green, blue] = display.primaries;
-  const Vector3 scaled{white[0] / 100.0, white[1] / 100.0, white[2] / 100.0};
-  return {displayState,
-          white,
-          {SolveRow(scaled, green, blue), SolveRow(scaled, red, blue), SolveRow(scaled, red, green)}};
+  const Vector3 scaled{white.X / 100.0, white.Y / 100.0, white.Z / 100.0};
+  return {{SolveRow(scaled, green, blue), SolveRow(scaled, red, blue), SolveRow(scaled, red, green)}};
 }
 
-// The conversion of a pair. It is kept for the next colour of the pair, each thread for itself; the 52
-// built-in pairs have a place of their own each.
-const Conversion& ConversionFor(vrxIlluminant illuminant, int32_t observer, const double* table) {
-  constexpr uint32_t kPlaces = 64;
-  thread_local Conversion kept[kPlaces]{};
-  const uint32_t pair = 2 * static_cast<uint32_t>(illuminant) + (observer == kObserver10 ? 1 : 0);
-  Conversion& conversion = kept[pair % kPlaces];
-  const Vector3 white{table[kTableWhite], table[kTableWhite + 1], table[kTableWhite + 2]};
-  if (conversion.displayState != displayState || conversion.white != white) {
-    conversion = MakeConversion(white);
+// The matrices of the built-in pairs are made once and kept until the primaries change. A thread that finds one being
+// made by another makes its own and does not wait.
+enum MatrixState : int32_t { kNotMade, kBeingMade, kMade };
+struct KeptMatrix {
+  std::atomic<int32_t> state{kNotMade};
+  DisplayMatrix matrix{};
+};
+KeptMatrix keptMatrices[kBuiltInIlluminants][2];
+
+void ForgetMatrices() {
+  for (auto& pairs : keptMatrices) {
+    for (KeptMatrix& kept : pairs) kept.state.store(kNotMade, std::memory_order_release);
   }
-  return conversion;
-}
-
-// The encoding curve and its slopes at the two ends of the scale.
-constexpr double kBreak = 0.00304;
-constexpr double kLinearSlope = 12.92;
-constexpr double kExponent = 0.4166666666666667;
-constexpr double kSlopeAtWhite = 1.055 * kExponent;
-
-double Encoded(double channel) {
-  if (!(channel > 0.0)) return 0.0;  // NaN too
-  if (channel >= 1.0) return 1.0;
-  return channel > kBreak ? 1.055 * Power(channel, kExponent) - 0.055 : kLinearSlope * channel;
-}
-
-int32_t EightBits(double channel) {
-  return static_cast<int32_t>(Encoded(channel) * 255.0);
-}
-
-bool IsDisplayable(double channel) {
-  constexpr double kHalfStep = 0.5 / 255.0;
-  return channel >= -kHalfStep / kLinearSlope && channel <= 1.0 + kHalfStep / kSlopeAtWhite;
 }
 
 }  // namespace
 
+bool FindDisplayMatrix(vrxIlluminant illuminant, int32_t observer, DisplayMatrix& matrix) {
+  const bool builtIn = illuminant >= 0 && illuminant < kBuiltInIlluminants;
+  KeptMatrix* kept = builtIn ? &keptMatrices[illuminant][observer == kObserver10 ? 1 : 0] : nullptr;
+  if (kept != nullptr && kept->state.load(std::memory_order_acquire) == kMade) {
+    matrix = kept->matrix;
+    return true;
+  }
+  White white;
+  if (!FindWhite(illuminant, observer, white)) return false;
+  matrix = MakeMatrix(white);
+  int32_t expected = kNotMade;
+  if (kept != nullptr && kept->state.compare_exchange_strong(expected, kBeingMade)) {
+    kept->matrix = matrix;
+    kept->state.store(kMade, std::memory_order_release);
+  }
+  return true;
+}
+
 bool XyzToDisplayRgb(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz, int32_t& red,
                      int32_t& green, int32_t& blue) {
   red = green = blue = kUnsetGrey;
-  if (IsUnset(xyz)) return true;
-  const double* table = WeightTable(illuminant, observer);
-  if (table == nullptr) return true;
-  const double X = xyz[0] / 100.0, Y = xyz[1] / 100.0, Z = xyz[2] / 100.0;
-  const auto channel = [&](const Vector3& row) { return 0.0 + row[0] * X + row[1] * Y + row[2] * Z; };
-  const Conversion& conversion = ConversionFor(illuminant, observer, table);
-  const Vector3 linear{channel(conversion.rows[0]), channel(conversion.rows[1]), channel(conversion.rows[2])};
-  red = EightBits(linear[0]);
-  green = EightBits(linear[1]);
-  blue = EightBits(linear[2]);
-  return std::all_of(linear.begin(), linear.end(), IsDisplayable);
+  DisplayMatrix matrix;
+  if (IsUnset(xyz) || !FindDisplayMatrix(illuminant, observer, matrix)) return true;
+  const RgbOf<double> linear = LinearChannels(xyz.Values(), matrix);
+  red = static_cast<int32_t>(DisplayLevel(linear.red));
+  green = static_cast<int32_t>(DisplayLevel(linear.green));
+  blue = static_cast<int32_t>(DisplayLevel(linear.blue));
+  return IsDisplayable(linear);
 }
 
 void GetDisplayPrimaries(CDoubleArray1& settings) {
@@ -138,12 +131,12 @@ void SetDisplayPrimaries(const CDoubleArray1& settings) {
     display.primaries[static_cast<std::size_t>(i)] = {x, y, 1.0 - x - y};
   }
   display.gamma = settings[6];
-  ++displayState;
+  ForgetMatrices();
 }
 
 void ResetDisplayPrimaries() {
   display = kDefaultPrimaries;
-  ++displayState;
+  ForgetMatrices();
 }
 
 }  // namespace vrx

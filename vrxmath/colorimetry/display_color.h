@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include <vrxmath/colorimetry/color_records.h>
+#include <vrxmath/colorimetry/display_formulas.h>
 #include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/export.h>
 
@@ -24,6 +25,11 @@ namespace vrx {
 /// State:   reads the display primaries. Safe on any number of threads while nobody sets them.
 VRX_API bool XyzToDisplayRgb(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz, int32_t& red,
                              int32_t& green, int32_t& blue);
+
+/// The conversion of an illuminant and observer from tristimulus values to linear channels under the present primaries.
+/// False, after the index message, when the pair has no weighting table.
+[[nodiscard]] VRX_API bool FindDisplayMatrix(vrxIlluminant illuminant, int32_t observer,
+                                             DisplayMatrix& matrix);
 
 /// How many doubles describe the display primaries: red x, red y, green x, green y, blue x, blue y, gamma.
 inline constexpr int32_t kDisplaySettings = 7;

@@ -18,6 +18,7 @@
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/colorimetry/index_formulas.h>
 #include <vrxmath/export.h>
 #include <vrxmath/platform/wide_string.h>
 
@@ -99,11 +100,18 @@ enum class IndexForm { kDirect, kRecalculated };
 
 using IndexFunction = double (*)(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
 
-/// One index of the list: its text number and its forms; a form that does not exist is null.
+/// Finds what an illuminant and observer contribute to an index; false when it is not defined for them. A pair that needs a
+/// weighting table and has none shows the index message.
+using IndexTermsFunction = bool (*)(vrxIlluminant illuminant, int32_t observer, IndexTerms& terms);
+
+/// One index of the list: its text number and its forms; a form that does not exist is null. The terms of a form, with
+/// IndexValue, give what its function gives, for many samples of one pair.
 struct ColorIndex {
   uint32_t label;  ///< string number
   IndexFunction direct;
   IndexFunction recalculated;
+  IndexTermsFunction directTerms;
+  IndexTermsFunction recalculatedTerms;
   uint32_t columnLabel = 0;  ///< string number of the short label of the direct form, 0 for none
 
   IndexFunction Function(IndexForm form) const { return form == IndexForm::kDirect ? direct : recalculated; }

@@ -1,0 +1,71 @@
+// Display colour as formulas over values: linear channels of the display, and its encoding curve. What an illuminant and
+// observer contribute is found once (FindDisplayMatrix in display_color.h).
+
+#ifndef VRXMATH_COLORIMETRY_DISPLAY_FORMULAS_H_
+#define VRXMATH_COLORIMETRY_DISPLAY_FORMULAS_H_
+
+#include <array>
+
+#include <vrxmath/colorimetry/values.h>
+#include <vrxmath/numeric/lanes.h>
+
+namespace vrx {
+
+/// Channels of a display colour.
+template <class T>
+struct RgbOf {
+  T red, green, blue;
+};
+
+/// XYZ on the scale Y = 1 to linear channels: one row each for red, green and blue.
+struct DisplayMatrix {
+  std::array<std::array<double, 3>, 3> rows;
+};
+
+namespace display_constants {
+
+// The encoding curve and its slopes at the two ends of the scale.
+inline constexpr double kBreak = 0.00304;
+inline constexpr double kSlope = 12.92;
+inline constexpr double kExponent = 0.4166666666666667;
+inline constexpr double kSlopeAtWhite = 1.055 * kExponent;
+
+}  // namespace display_constants
+
+/// Linear channels, 1 for the white, of tristimulus values on the scale Y = 100.
+template <class T>
+VRX_LANE_INLINE RgbOf<T> LinearChannels(const XyzOf<T>& xyz, const DisplayMatrix& matrix) {
+  const T X = xyz.X / 100.0, Y = xyz.Y / 100.0, Z = xyz.Z / 100.0;
+  const auto channel = [&](const std::array<double, 3>& row) {
+    return 0.0 + row[0] * X + row[1] * Y + row[2] * Z;
+  };
+  return {channel(matrix.rows[0]), channel(matrix.rows[1]), channel(matrix.rows[2])};
+}
+
+/// A linear channel as its 8-bit value before it is rounded down: 0 to 255. NaN counts as 0.
+/// Formula: the curve of IEC 61966-2-1 with its break at 0.00304 instead of 0.0031308.
+template <class T>
+VRX_LANE_INLINE T DisplayLevel(T channel) {
+  using namespace display_constants;
+  const auto curved = (channel > kBreak) & (channel < 1.0);
+  const T encoded = Branch(
+      curved, [&] { return 1.055 * Power(channel, kExponent) - 0.055; },
+      [&] { return Select(channel >= 1.0, T(1.0), Select(channel > 0.0, kSlope * channel, T(0.0))); });
+  return encoded * 255.0;
+}
+
+/// True where clipping moves no channel by more than half a step of the 8 bits.
+template <class T>
+VRX_LANE_INLINE auto IsDisplayable(const RgbOf<T>& linear) {
+  using namespace display_constants;
+  constexpr double kHalfStep = 0.5 / 255.0;
+  const auto within = [](T channel) {
+    return (channel >= -kHalfStep / kSlope) & (channel <= 1.0 + kHalfStep / kSlopeAtWhite);
+  };
+  const auto red = within(linear.red), green = within(linear.green), blue = within(linear.blue);
+  return red & green & blue;
+}
+
+}  // namespace vrx
+
+#endif  // VRXMATH_COLORIMETRY_DISPLAY_FORMULAS_H_
