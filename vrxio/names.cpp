@@ -15,11 +15,6 @@ namespace vrx::io {
 
 namespace {
 
-// By number.
-constexpr std::array<std::string_view, kDifferenceSystems> kSystemNames{
-    "lab", "cmc",    "hunter", "fmc2",  "cie94",   "lch",    "luv",
-    "xyz", "gepqs2", "audi",   "din99", "cie2000", "din6175"};
-
 // Other names of illuminants and systems.
 struct Alias {
   std::string_view name;
@@ -173,11 +168,12 @@ int32_t ParseObserver(std::string_view text) {
 int32_t ParseSystem(std::string_view text) {
   const int32_t number = ParseNumberBelow(kDifferenceSystems, text);
   if (number >= 0) return number;
-  for (std::size_t i = 0; i < kSystemNames.size(); ++i) {
-    if (EqualsIgnoringCase(text, kSystemNames[i])) return static_cast<int32_t>(i);
+  std::vector<std::string> names;
+  for (const DifferenceSystem& system : DifferenceSystems()) {
+    if (EqualsIgnoringCase(text, system.shortName)) return system.number;
+    names.emplace_back(system.shortName);
   }
   if (const int32_t other = FindAlias(text, kSystemAliases); other >= 0) return other;
-  const std::vector<std::string> names(kSystemNames.begin(), kSystemNames.end());
   throw InputError("unknown difference system " + Quoted(text) + DidYouMean(text, names) +
                    "; --help lists them");
 }
@@ -187,7 +183,8 @@ std::string CodeOf(vrxIlluminant illuminant) {
 }
 
 std::string_view ShortNameOf(int32_t system) {
-  return kSystemNames[static_cast<std::size_t>(system)];
+  const DifferenceSystem* row = FindDifferenceSystem(system);
+  return row != nullptr ? row->shortName : std::string_view();
 }
 
 std::string TitleOf(const CDifferenceSettings& settings) {

@@ -1,13 +1,16 @@
+#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <map>
+#include <span>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 
 #include "tests/testing/colors.h"
+#include "tests/testing/messages.h"
 #include "tests/testing/rows.h"
 
 namespace vrx {
@@ -113,6 +116,30 @@ TEST(Differences, ValuesQuotedByOtherLibraries) {
   EXPECT_NEAR(delta[6], 94.0356490, 5e-7);
   DeltaDin99(MakeLab(60.2574, -34.0099, 36.2677), MakeLab(60.4626, -34.1751, 39.4387), 1.0, 1.0, delta);
   EXPECT_NEAR(delta[6], 1.1772166, 5e-7);
+}
+
+// As other libraries document it by ASTM D2244, whose factor of the lightness is 105.509 where DIN 6176 has 105.51.
+TEST(Din99, Coordinates) {
+  CLabValues din99;
+  LabToDin99(CLabValues(41.52787529, 52.63858304, 26.92317922), 1.0, 1.0, din99);
+  EXPECT_TRUE(test::RowMatches("L99 a99 b99", std::span(&din99[0], 3),
+                               std::array{53.22821988 / 105.509 * 105.51, 28.41634656, 3.89839552}, 2e-8));
+  EXPECT_NEAR(din99[4], std::atan2(din99[2], din99[1]) * 180.0 / M_PI, 1e-9);
+  CDifferenceSettings settings = DefaultSettings(vrxSystemDin99);
+  settings.ownFormula = true;
+  CColorValues standard{{20, 20, 20}, {60.2574, -34.0099, 36.2677}};
+  CColorValues sample{{20, 20, 20}, {60.4626, -34.1751, 39.4387}};
+  CDeltaValues delta;
+  ComputeDifference(settings, vrxIllumD65, kObserver10, standard, sample, 0.0, delta);
+  EXPECT_NEAR(delta[6], 1.1772166, 5e-7);
+}
+
+TEST(DeltaEab, ReadsRecordsThatAHostMadeLonger) {
+  CLabValues standard(50, 10, 0), sample(50, 0, 10);
+  const CDeltaValues expected = Eab(standard, sample);
+  standard.Add(7.0);
+  sample.Add(8.0);
+  EXPECT_EQ(Eab(standard, sample), expected);
 }
 
 TEST(DeltaEab, HueDifferenceIsPositiveCounterClockwise) {
@@ -283,6 +310,50 @@ TEST(ComputeDifference, ChromaticityPseudoSystem) {
   const CDeltaValues delta = Compute(kSystemChromaticity, MakeColor(30, 25, 20, 0), MakeColor(20, 20, 20, 0));
   EXPECT_DOUBLE_EQ(delta[0], 1.0 / 3.0);
   EXPECT_DOUBLE_EQ(delta[1], 1.0 / 3.0);
+}
+
+TEST(DifferenceSystems, AnUnknownSystemIsAnIndexError) {
+  test::MessageRecorder messages;
+  for (const int32_t system : {kDifferenceSystems, -1}) {
+    CColorValues color = MakeColor(30, 25, 20, system);
+    EXPECT_TRUE(IsUnset(color.lab)) << system;
+    EXPECT_TRUE(IsUnset(Compute(system, color, color))) << system;  // settings and difference: two messages
+    EXPECT_EQ(messages.Take(), test::IndexErrors(3)) << system;
+    EXPECT_TRUE(ColumnHeadings(system, ColumnList::kTotal).IsEmpty());
+    EXPECT_TRUE(DifferenceColumnElements(system).empty() && CoordinateColumnElements(system).empty());
+  }
+}
+
+std::size_t CountOf(std::string_view part, const std::string& text) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + part.size())) ++count;
+  return count;
+}
+
+// The table of the systems against their texts.
+TEST(DifferenceSystems, TextsFitTheTable) {
+  for (const DifferenceSystem& system : DifferenceSystems()) {
+    const int32_t k = system.number;
+    const double p[] = {9.0, 9.0, 9.0, 9.0};
+    EXPECT_EQ(CountOf("9.00", DifferenceSystemName(k, NameLength::kLong, p).ToUtf8()),
+              static_cast<std::size_t>(system.parameterCount))
+        << system.shortName;
+    const auto headings = [&](ColumnList list) { return ColumnHeadings(k, list).ToUtf8(); };
+    EXPECT_EQ(headings(ColumnList::kFull),
+              headings(ColumnList::kCoordinates) + "||" + headings(ColumnList::kDifferences));
+    EXPECT_EQ(CountOf("|", headings(ColumnList::kCoordinates)) + 1, CoordinateColumnElements(k).size());
+    for (const ColumnList list : {ColumnList::kDifferences, ColumnList::kComponents, ColumnList::kTotal}) {
+      EXPECT_EQ(CountOf("|", headings(list)) + 1, DifferenceColumnElements(k, list).size());
+    }
+  }
+  EXPECT_EQ(ColumnHeadings(vrxSystemLch, ColumnList::kComponents).ToUtf8(),
+            "\u0394L*|\u0394a*|\u0394b*|\u0394E*ab");
+  EXPECT_EQ(ColumnHeadings(vrxSystemHunter, ColumnList::kTotal).ToUtf8(), "\u0394Eab");
+  // L*|C*|h over a record of L*, a*, b*, C*, h; Y|x|y.
+  EXPECT_EQ(CoordinateColumnElements(vrxSystemLch)[1],
+            (CoordinateColumn{CoordinateSource::kCoordinates, CLabValues::kChroma}));
+  EXPECT_EQ(CoordinateColumnElements(vrxSystemGePqs2)[0],
+            (CoordinateColumn{CoordinateSource::kTristimulus, CTrisValues::kY}));
 }
 
 TEST(DifferenceSystems, Names) {

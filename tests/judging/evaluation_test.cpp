@@ -39,6 +39,7 @@ TEST(Shade, WordsAndThresholds) {
       {1, 1, 0.0, -0.1001, -0.1001, " ,Less Red,Less Yellow"},
       {-1, -1, 0.0, 0.2, 0.2, " ,Less Green,Less Blue"},
       {-1, -1, 0.0, -0.2, -0.2, " ,Greener,Bluer"},
+      {1, 1, 0.0, 0.2, -0.2, " ,Redder,Less Yellow"},
       {0, 0, -5.0, -0.5, -0.5, "Darker,Less Red,Less Yellow"},  // zero is the red and the yellow side
   };
   for (const Row& row : rows) {
@@ -77,6 +78,51 @@ TEST(Evaluation, NormalizeAndConditions) {
   EXPECT_TRUE(primary);
   EXPECT_TRUE(calc.SetConditions(list, kObserver2, &primary));
   EXPECT_TRUE(primary);
+}
+
+TEST(Evaluation, ValuesFollowTheConditions) {
+  CVarexCalc calc;
+  calc.SetStandard(Curves({20, 40}));  // before there are conditions
+  calc.Normalize();
+  CIllumArray list = calc.illuminants;
+  list[1] = vrxIllumF7;
+  ASSERT_TRUE(calc.SetConditions(list, kObserver2));
+  CEvaluationArray results;
+  calc.Evaluate(Curves({20, 40}), results);
+  for (const CEvaluation& result : results) EXPECT_EQ(result.overall, kPass) << result.illuminant;
+  EXPECT_EQ(calc.differences[1][1][6], 0.0);
+
+  // Without curves the values of an illuminant that stays are kept, under the same observer only.
+  CTrisValuesIllDataArray given;
+  given.SetSize(1);
+  for (const double Y : {20.0, 21.0, 22.0}) given[0].Add(CTrisValues(Y, Y, Y));
+  calc.SetTrialValues(given);
+  list[0] = vrxIllumCWF, list[2] = vrxIllumA;
+  calc.SetConditions(list, kObserver2);
+  EXPECT_EQ(calc.valuesA[0][0].tristimulus, given[0][2]);
+  EXPECT_EQ(calc.valuesA[0][1].tristimulus, given[0][1]);
+  EXPECT_TRUE(IsUnset(calc.valuesA[0][2]) && IsUnset(calc.differences[0][2]));
+  calc.SetConditions(list, kObserver10);
+  EXPECT_TRUE(IsUnset(calc.valuesA[0][0]));
+}
+
+TEST(Evaluation, Din99IsJudgedByItsOwnFormulaWhenAsked) {
+  CVarexCalc calc;
+  calc.Normalize();
+  calc.method = vrxSystemDin99;
+  calc.SetStandard(Curves({20}));
+  CEvaluationArray results;
+  calc.Evaluate(Curves({21.5}), results);
+  EXPECT_EQ(calc.differences[0][0], calc.labDifferences[0][0]);
+  calc.methodSettings.ownFormula = true;
+  calc.Judge(results);
+  CDeltaValues din99;
+  DeltaDin99(calc.valuesB[0][0].lab, calc.valuesA[0][0].lab, 1.0, 1.0, din99);
+  EXPECT_EQ(calc.differences[0][0], din99);
+  calc.boxTolerances[0][0][0].Fill(din99[6] * 0.99);
+  EXPECT_EQ(calc.JudgeAt(0, kAnyGeometry, 0, din99).overall, kFail);
+  EXPECT_EQ(calc.JudgeAt(0, 0, 0, MakeDelta(0.1, 0, 0)).box, kPass);
+  EXPECT_FALSE(calc.JudgeAt(0, 0, 0, CDeltaValues()).available);
 }
 
 TEST(Evaluation, CurvesToVerdictsPerGeometryAndIlluminant) {
@@ -152,11 +198,12 @@ TEST(Evaluation, TheGeometryAngleWeighsEffectPaints) {
   CVarexCalc calc;
   calc.Normalize();
   calc.method = vrxSystemDin6175;
-  calc.angles.SetCodes(std::vector<uint8_t>{4, 11});  // 15 and 110 degrees
-  calc.SetStandard(Curves({20, 20}));
+  calc.angles.SetCodes(std::vector<uint8_t>{4, 11, 41});  // 15, 110 and -15 degrees
+  calc.SetStandard(Curves({20, 20, 20}));
   CEvaluationArray results;
-  calc.Evaluate(Curves({21, 21}), results);
+  calc.Evaluate(Curves({21, 21, 21}), results);
   EXPECT_LT(calc.differences[0][0][6], calc.differences[1][0][6]);  // wider near the gloss
+  EXPECT_EQ(calc.differences[2][0], calc.differences[0][0]);        // on either side of it
 }
 
 TEST(Evaluation, VerdictsOfTheBox) {
@@ -209,6 +256,7 @@ TEST(Evaluation, HueLimitsAreChordsOnTheCircleOfTheStandard) {
       {10, 40, 219, 21, 21, kWarning},                              // limits beyond the diameter: any hue
       {10, 40, 40, 0, 0, kPass},        {10, 40, 41, 0, 0, kFail},  // no room at all is not the full circle
       {10, 40, 40, -1, 3, kFail},       {10, 40, 28.5, -1, 3, kPass},  // a box moved off the standard
+      {0.5, 40, 200, 8, -5, kFail},     {0.5, 40, 40, 8, -5, kPass},   // so far that both ends are opposite
   };
   for (const Row& row : rows) {
     EXPECT_EQ(judge(row.C, row.standardHue, row.trialHue, row.plus, row.minus), row.verdict)

@@ -8,10 +8,7 @@
 namespace vrx::test {
 
 inline CLabValues MakeLab(double L, double a, double b) {
-  CLabValues lab;
-  lab[0] = L, lab[1] = a, lab[2] = b;
-  ChromaHue(lab);
-  return lab;
+  return CLabValues(L, a, b);
 }
 
 inline CDeltaValues MakeDelta(double d0, double d1, double d2) {

@@ -91,6 +91,7 @@ TEST(BoxTolerance, EditingOperations) {
   EXPECT_EQ(lower, -1.0);
   EXPECT_EQ(box.LargestLimit(false), 4.0);
   EXPECT_EQ(box.LargestLimit(true), 20.0);
+  EXPECT_EQ(MakeBox({1, 1, 1, 1, 1, 2, 9}).LargestLimit(false), 2.0);
 }
 
 TEST(BoxTolerance, IntegerFormRoundsHalfAwayFromZero) {

@@ -92,6 +92,7 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
       {"judge good.csv good.csv --observer 1", "unknown observer"},
       {"judge good.csv good.csv --system 13", "unknown difference system \"13\"; --help"},
       {"judge good.csv good.csv --system cie95", "did you mean cie94?"},
+      {"judge good.csv good.csv --system fmc2", "--tolerance: the usual 1.5 is a dE, which fmc2 is not"},
       {"judge good.csv good.csv --system lab --parameters 1", "lab has 0 parameters"},
       {"judge good.csv good.csv --parameters 0,1", "above 0"},
       {"judge good.csv good.csv --tolerance 1,2", "one number or the seven"},

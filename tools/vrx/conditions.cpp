@@ -35,9 +35,8 @@ int32_t ViewingOptions::Observer() const {
 
 void AddSystemOptions(Command& command, SystemOptions& options, const std::string& system) {
   options.system = system;
-  std::string names = "Difference system by number, 0 to 12, or name:";
-  for (int32_t number = 0; number < kDifferenceSystems; ++number)
-    names.append(" ").append(ShortNameOf(number));
+  std::string names = "Difference system by number or name:";
+  for (const DifferenceSystem& row : DifferenceSystems()) names.append(" ").append(row.shortName);
   command.AddOption("--system", options.system, names).Shows("NAME [" + system + "]");
   command
       .AddOption("--parameters", options.parameters,
@@ -55,6 +54,7 @@ std::vector<double> SystemOptions::Given() const {
 
 CDifferenceSettings SystemOptions::Settings() const {
   CDifferenceSettings settings = DefaultSettings(ParseSystem(system));
+  settings.ownFormula = true;  // a user who names DIN99 means its own figures
   const std::vector<double> given = Given();
   if (given.size() > static_cast<std::size_t>(ParameterCount(settings.system))) {
     throw InputError("--parameters: " + std::string(ShortNameOf(settings.system)) + " has " +

@@ -111,7 +111,6 @@ void Judge::Evaluate(const Sample& trial) {
     TakeColors(trial, calc_.valuesA);
     calc_.Judge(results_);
   }
-  if (settings_.difference.system == vrxSystemDin99) JudgeDin99();
 }
 
 void Judge::Take(const CurveRow& trial, Judgement& judgement) const {
@@ -130,20 +129,6 @@ void Judge::Take(const CurveRow& trial, Judgement& judgement) const {
     under.total = result.total;
     under.overall = result.overall;
     under.ellipseValue = calc_.judgeByEllipse ? EllipseValue(i) : kUnset;
-  }
-}
-
-// The context's own answer for DIN99 is dE*ab; what the tool shows under the name is the DIN99 difference.
-void Judge::JudgeDin99() {
-  for (CEvaluation& result : results_) {
-    if (!result.available) continue;
-    const int32_t i = result.illuminant;
-    CDeltaValues& difference = calc_.differences[0][i];
-    DeltaDin99(calc_.valuesB[0][i].lab, calc_.valuesA[0][i].lab, settings_.difference.parameters[0],
-               settings_.difference.parameters[1], difference);
-    result.box = calc_.JudgeBox(0, 0, i, difference);
-    result.total = calc_.JudgeTotal(0, 0, i, difference);
-    result.overall = std::min(calc_.judgeByEllipse ? result.ellipse : result.box, result.total);
   }
 }
 

@@ -102,7 +102,6 @@ class Judge {
   void TakeColors(const Sample& sample, CColorValuesIllDataArray& values) const;
   void SetBoxes();
   void SetEllipses();
-  void JudgeDin99();
 
   const JudgeSettings& settings_;
   CVarexCalc calc_;

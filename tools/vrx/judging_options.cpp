@@ -12,12 +12,17 @@ constexpr const char* kUsualTolerance = "1.5";
 // Makes the ellipsoids of the system decide, grown by the factor that --tolerance or the parameters name.
 void BuildEllipses(const JudgingOptions& options, JudgeSettings& settings) {
   CDifferenceSettings& difference = settings.difference;
-  if (!IsEllipseSystem(difference.system)) {
-    throw InputError("--ellipse: " + std::string(ShortNameOf(difference.system)) +
-                     " has no ellipsoid; cmc, cie94 and cie2000 have");
+  const DifferenceSystem& system = *FindDifferenceSystem(difference.system);
+  if (system.ellipsoidFactor == kNoEllipsoid) {
+    std::string having;
+    for (const DifferenceSystem& row : DifferenceSystems()) {
+      if (row.ellipsoidFactor != kNoEllipsoid) having.append(" ").append(row.shortName);
+    }
+    throw InputError("--ellipse: " + std::string(system.shortName) +
+                     " has no ellipsoid; these have:" + having);
   }
   settings.buildEllipses = true;
-  const std::size_t place = difference.system == vrxSystemCmc ? 2 : 3;
+  const auto place = static_cast<std::size_t>(system.ellipsoidFactor);
   const bool inParameters = options.system.Given().size() > place;
   if (inParameters && !options.tolerance.empty()) {
     throw InputError("--ellipse: --tolerance and --parameters both name the factor");
@@ -71,7 +76,12 @@ void AddJudgingOptions(Command& command, JudgingOptions& options, const std::str
       .Excludes(boxes);
 }
 
-CBoxTolData BoxOf(const std::string& tolerance) {
+CBoxTolData BoxOf(const std::string& tolerance, int32_t system) {
+  const DifferenceSystem& row = *FindDifferenceSystem(system);
+  if (tolerance.empty() && !row.inDeltaE) {
+    throw InputError("--tolerance: the usual 1.5 is a dE, which " + std::string(row.shortName) +
+                     " is not; give its limits");
+  }
   return BoxFromNumbers(ParseNumbers(tolerance.empty() ? kUsualTolerance : tolerance, "--tolerance"));
 }
 
@@ -86,7 +96,7 @@ JudgeSettings SettingsOf(const JudgingOptions& options) {
   settings.illuminants = options.viewing.Illuminants();
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
-  settings.box = BoxOf(options.tolerance);
+  settings.box = BoxOf(options.tolerance, settings.difference.system);
   if (!options.tolerances.empty()) {
     CsvReader csv(options.tolerances);
     settings.boxes.Load(csv, {settings.difference.system, settings.observer});

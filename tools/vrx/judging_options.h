@@ -27,8 +27,9 @@ struct JudgingOptions {
 /// `--tolerances`, `--ellipse` and `--ellipses`.
 void AddJudgingOptions(Command& command, JudgingOptions& options, const std::string& illuminants);
 
-/// The limits that `--tolerance` names, or the usual ones. Throws InputError for texts that name none.
-CBoxTolData BoxOf(const std::string& tolerance);
+/// The limits that `--tolerance` names, or the usual ones of a system whose unit is a dE. Throws InputError for texts that
+/// name none, and when they are not given for another system.
+CBoxTolData BoxOf(const std::string& tolerance, int32_t system);
 /// Adds `--tolerance` and `--warning` alone; `usual` is what holds without the former.
 void AddToleranceOptions(Command& command, std::string& tolerance, double& warning, const std::string& usual);
 /// Throws InputError for a factor that is none.

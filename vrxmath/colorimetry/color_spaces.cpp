@@ -1,5 +1,6 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 
+#include <vrxmath/colorimetry/difference_formulas.h>
 #include <vrxmath/colorimetry/space_formulas.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 
@@ -57,6 +58,10 @@ void HunterToXyz(vrxIlluminant illuminant, int32_t observer, const CLabValues& l
   Viewing viewing;
   if (!FindViewing(illuminant, observer, viewing)) return xyz.Fill(kUnset);
   xyz.SetValues(HunterToXyz(lab.Values(3), viewing));
+}
+
+void LabToDin99(const CLabValues& lab, double kCH, double kE, CLabValues& din99) {
+  StorePolar(LabToDin99(lab.Values(CLabValues::kB + 1), kCH, kE), din99);
 }
 
 void LabDerivative(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz,

@@ -39,6 +39,10 @@ VRX_API void LuvToXyz(vrxIlluminant illuminant, int32_t observer, const CLabValu
 VRX_API void XyzToHunter(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz, CLabValues& lab);
 VRX_API void HunterToXyz(vrxIlluminant illuminant, int32_t observer, const CLabValues& lab, CTrisValues& xyz);
 
+/// CIE L*a*b* to DIN99 coordinates L99, a99, b99, C99, h99. Formula: DIN 6176:2001 with the factors kCH and kE, 1 each as a
+/// rule.
+VRX_API void LabToDin99(const CLabValues& lab, double kCH, double kE, CLabValues& din99);
+
 /// The change dL*, da*, db* that a small change dX, dY, dZ makes at X, Y, Z: the first derivative, three
 /// elements written.
 VRX_API void LabDerivative(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/difference_table.h>
 #include <vrxmath/foundation/checked_array.h>
 #include <vrxmath/foundation/decimal_text.h>
@@ -12,17 +13,41 @@ namespace vrx {
 namespace {
 
 // Offsets into a system's block of texts.
-enum TextOffset : uint32_t { kLongName = 0, kShortName = 1, kCoordinateColumns = 3, kDifferenceColumns = 4 };
+enum TextOffset : uint32_t {
+  kLongName = 0,
+  kShortName = 1,
+  kFullColumns = 2,
+  kCoordinateColumns = 3,
+  kDifferenceColumns = 4
+};
 
 WideView SystemText(int32_t system, uint32_t offset) {
   if (FindDifferenceSystem(system) == nullptr) return {};
   return FindString(kStringDifferenceSystem + 16 * static_cast<uint32_t>(system) + offset);
 }
 
-constexpr int32_t kElementsOf4[] = {0, 1, 2, 6};
-constexpr int32_t kElementsOf5[] = {0, 1, 2, 4, 6};
-constexpr int32_t kElementsOf6[] = {0, 1, 2, 4, 5, 6};
-constexpr int32_t kElementsOf7[] = {0, 1, 2, 3, 4, 5, 6};
+// Elements of the difference record by the number of headings over them.
+constexpr int32_t kL = CDeltaValues::kL, kA = CDeltaValues::kA, kB = CDeltaValues::kB,
+                  kChroma = CDeltaValues::kChroma, kHue = CDeltaValues::kHue, kTotal = CDeltaValues::kTotal;
+constexpr int32_t kElementsOf1[] = {kTotal};
+constexpr int32_t kElementsOf4[] = {kL, kA, kB, kTotal};
+constexpr int32_t kElementsOf5[] = {kL, kA, kB, kChroma, kTotal};
+constexpr int32_t kElementsOf6[] = {kL, kA, kB, kChroma, kHue, kTotal};
+constexpr int32_t kElementsOf7[] = {kL, kA, kB, CDeltaValues::kWeightedL, kChroma, kHue, kTotal};
+
+std::span<const int32_t> ElementsUnder(WideView headings) {
+  if (headings.empty()) return {};
+  switch (std::count(headings.begin(), headings.end(), u'|') + 1) {
+    case 4:
+      return kElementsOf4;  // no chroma and hue difference
+    case 5:
+      return kElementsOf5;  // no hue difference
+    case 6:
+      return kElementsOf6;  // no weighted lightness difference
+    default:
+      return kElementsOf7;
+  }
+}
 
 }  // namespace
 
@@ -69,26 +94,40 @@ CString DifferenceSystemName(int32_t system, NameLength length, std::span<const 
   return FillPattern(pattern, {texts[0], texts[1], texts[2], texts[3]});
 }
 
-CString DifferenceColumns(int32_t system) {
-  return CString(SystemText(system, kDifferenceColumns));
-}
-CString CoordinateColumns(int32_t system) {
-  return CString(SystemText(system, kCoordinateColumns));
+CString ColumnHeadings(int32_t system, ColumnList list) {
+  const WideView differences = SystemText(system, kDifferenceColumns);
+  switch (list) {
+    case ColumnList::kFull:
+      return CString(SystemText(system, kFullColumns));
+    case ColumnList::kCoordinates:
+      return CString(SystemText(system, kCoordinateColumns));
+    case ColumnList::kDifferences:
+      return CString(differences);
+    case ColumnList::kComponents:
+    case ColumnList::kTotal:
+      break;
+  }
+  // The shorter lists: the first three headings of the differences and the last, or the last alone.
+  if (differences.empty()) return {};
+  const WideView total = differences.substr(differences.rfind(u'|') + 1);
+  if (list == ColumnList::kTotal) return CString(total);
+  std::size_t end = 0;
+  for (int32_t k = 0; k < 3; ++k) end = differences.find(u'|', end) + 1;
+  CString headings(differences.substr(0, end));
+  headings += total;
+  return headings;
 }
 
-std::span<const int32_t> DifferenceColumnElements(int32_t system) {
-  const WideView columns = SystemText(system, kDifferenceColumns);
-  if (columns.empty()) return {};
-  switch (std::count(columns.begin(), columns.end(), u'|') + 1) {
-    case 4:
-      return kElementsOf4;  // no chroma and hue difference
-    case 5:
-      return kElementsOf5;  // no hue difference
-    case 6:
-      return kElementsOf6;  // no weighted lightness difference
-    default:
-      return kElementsOf7;
-  }
+std::span<const int32_t> DifferenceColumnElements(int32_t system, ColumnList list) {
+  const auto elements = ElementsUnder(SystemText(system, kDifferenceColumns));
+  if (elements.empty() || list == ColumnList::kCoordinates) return {};
+  if (list == ColumnList::kComponents) return kElementsOf4;
+  return list == ColumnList::kTotal ? kElementsOf1 : elements;
+}
+
+std::span<const CoordinateColumn> CoordinateColumnElements(int32_t system) {
+  const DifferenceSystem* row = FindDifferenceSystem(system);
+  return row == nullptr ? std::span<const CoordinateColumn>() : row->coordinates;
 }
 
 }  // namespace vrx

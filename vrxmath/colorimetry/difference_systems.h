@@ -47,6 +47,17 @@ struct CDifferenceSettings {
   bool operator==(const CDifferenceSettings&) const = default;
 };
 
+/// Where the number under a coordinate heading stands.
+enum class CoordinateSource { kTristimulus, kChromaticity, kCoordinates };
+
+/// A coordinate heading: element `element` of the tristimulus record, of the pair x, y, or of the record of coordinates (for
+/// DIN99 that of LabToDin99).
+struct CoordinateColumn {
+  CoordinateSource source;
+  int32_t element;
+  bool operator==(const CoordinateColumn&) const = default;
+};
+
 /// What the library knows of a difference system, beside its formula and its texts. The rows are in difference_table.h.
 struct DifferenceSystem {
   int32_t number;              ///< a vrxDifferenceSystem
@@ -57,7 +68,8 @@ struct DifferenceSystem {
   int32_t
       ellipsoidFactor;  ///< the parameter that scales its ellipsoid; kNoEllipsoid for a system without one
   bool inDeltaE;        ///< components and total are of the size of a dE, in which 1.5 is a usual tolerance
-  CValueRange componentRange;  ///< the values that a limit of a component may take
+  CValueRange componentRange;                     ///< the values that a limit of a component may take
+  std::span<const CoordinateColumn> coordinates;  ///< what stands under its coordinate headings
 };
 inline constexpr int32_t kNoEllipsoid = -1;
 
@@ -85,12 +97,30 @@ VRX_API CString DifferenceSystemName(int32_t system, NameLength length,
 /// A parameter as names show it: rounded to two decimals, half away from zero; a zero never has a sign.
 VRX_API CString ParameterText(double value, WideChar decimalSeparator = u'.');
 
-/// The headings of a system's difference columns, or of its coordinate columns, separated by "|".
-VRX_API CString DifferenceColumns(int32_t system);
-VRX_API CString CoordinateColumns(int32_t system);
+/// The lists of columns in which a system is shown.
+enum class ColumnList {
+  kFull,         ///< coordinates, "||", differences
+  kCoordinates,  ///< coordinates alone
+  kDifferences,  ///< differences alone
+  kComponents,   ///< the differences of the three coordinates and the total
+  kTotal,        ///< the total alone
+};
 
-/// Which elements of the difference record stand under the difference columns, in their order.
-VRX_API std::span<const int32_t> DifferenceColumnElements(int32_t system);
+/// The headings of a list of columns, separated by "|"; empty for an unknown system.
+VRX_API CString ColumnHeadings(int32_t system, ColumnList list);
+inline CString DifferenceColumns(int32_t system) {
+  return ColumnHeadings(system, ColumnList::kDifferences);
+}
+inline CString CoordinateColumns(int32_t system) {
+  return ColumnHeadings(system, ColumnList::kCoordinates);
+}
+
+/// Which elements of the difference record stand under the difference headings of a list, in their order.
+VRX_API std::span<const int32_t> DifferenceColumnElements(int32_t system,
+                                                          ColumnList list = ColumnList::kDifferences);
+
+/// What stands under the coordinate headings of a system, in their order; nothing for an unknown system.
+VRX_API std::span<const CoordinateColumn> CoordinateColumnElements(int32_t system);
 
 }  // namespace vrx
 

@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -32,7 +33,8 @@ struct DifferenceContext {
 };
 
 // The formulas of the systems. Each takes the standard and the sample in the space of its row, and says what it reads of
-// them: tristimulus values, and how many coordinates (none, up to b, to the chroma, or to the hue).
+// them: tristimulus values, and how many coordinates (none, up to b, to the chroma, or to the hue). SemiAxes are those of
+// the ellipsoid about a standard on which the difference is 1, for the systems that have one.
 
 struct EabFormula {
   static constexpr bool kReadsXyz = false;
@@ -53,6 +55,11 @@ struct CmcFormula {
     DifferenceOf<T> d = EabDifference(s.lab, t.lab);
     WeightCmc(s.lab, c.parameters[0], c.parameters[1], d);
     return d;
+  }
+  template <class T>
+  VRX_LANE_INLINE static WeightsOf<T> SemiAxes(const DifferenceContext& c, const LabOf<T>& standard) {
+    const WeightsOf<T> w = CmcWeights(standard);
+    return {c.parameters[0] * w.SL, c.parameters[1] * w.SC, w.SH};
   }
 };
 
@@ -85,6 +92,11 @@ struct Cie94Formula {
     DifferenceOf<T> d = EabDifference(s.lab, t.lab);
     WeightCie94(s.lab, c.parameters[0], c.parameters[1], c.parameters[2], d);
     return d;
+  }
+  template <class T>
+  VRX_LANE_INLINE static WeightsOf<T> SemiAxes(const DifferenceContext& c, const LabOf<T>& standard) {
+    const WeightsOf<T> w = Cie94Weights(standard);
+    return {c.parameters[0] * w.SL, c.parameters[1] * w.SC, c.parameters[2] * w.SH};
   }
 };
 
@@ -130,6 +142,11 @@ struct Cie2000Formula {
     WeightCie2000(s.lab, t.lab, c.parameters[0], c.parameters[1], c.parameters[2], d);
     return d;
   }
+  template <class T>
+  VRX_LANE_INLINE static WeightsOf<T> SemiAxes(const DifferenceContext& c, const LabOf<T>& standard) {
+    const WeightsOf<T> w = Cie2000Pair(standard, standard).terms.weights;
+    return {c.parameters[0] * w.SL, c.parameters[1] * w.SC, c.parameters[2] * w.SH};
+  }
 };
 
 struct Din99Formula {
@@ -154,6 +171,12 @@ struct Din6175Formula {
   }
 };
 
+/// Whether a formula has an ellipsoid.
+template <class FORMULA>
+inline constexpr bool kHasEllipsoid = requires(Lab standard) {
+  FORMULA::SemiAxes(DifferenceContext{}, standard);
+};
+
 /// A row of the table: a system, the formula that the dispatch by number takes, and, where it differs, the one that the
 /// system's name promises (CDifferenceSettings::ownFormula).
 template <class FORMULA, class OWN_FORMULA = FORMULA>
@@ -171,23 +194,34 @@ inline constexpr DifferenceParameters kOnes{1.0, 1.0, 1.0, 1.0};
 inline constexpr CoordinateSpace kLab = CoordinateSpace::kLab, kLuv = CoordinateSpace::kLuv,
                                  kHunter = CoordinateSpace::kHunter;
 
+inline constexpr CoordinateSource kXyz = CoordinateSource::kTristimulus,
+                                  kXy = CoordinateSource::kChromaticity,
+                                  kOfSpace = CoordinateSource::kCoordinates;
+inline constexpr CoordinateColumn kAllFive[] = {
+    {kOfSpace, 0}, {kOfSpace, 1}, {kOfSpace, 2}, {kOfSpace, 3}, {kOfSpace, 4}};
+inline constexpr CoordinateColumn kFirstThree[] = {{kOfSpace, 0}, {kOfSpace, 1}, {kOfSpace, 2}};
+inline constexpr CoordinateColumn kPolar[] = {{kOfSpace, 0}, {kOfSpace, 3}, {kOfSpace, 4}};
+inline constexpr CoordinateColumn kTristimulus[] = {{kXyz, 0}, {kXyz, 1}, {kXyz, 2}};
+inline constexpr CoordinateColumn kXyzAndXy[] = {{kXyz, 0}, {kXyz, 1}, {kXyz, 2}, {kXy, 0}, {kXy, 1}};
+inline constexpr CoordinateColumn kYxy[] = {{kXyz, 1}, {kXy, 0}, {kXy, 1}};
+
 // clang-format off
 inline constexpr std::tuple kRows{
-    //                           number           short name  space    parameters             ellipsoid     in dE  components
-    SystemRow<EabFormula>{    {vrxSystemLab,     "lab",     kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths}},
-    SystemRow<CmcFormula>{    {vrxSystemCmc,     "cmc",     kLab,    3, {2.0, 1.0, 1.0, 1.0}, 2,            true,  kHundredths}},
-    SystemRow<HunterFormula>{ {vrxSystemHunter,  "hunter",  kHunter, 0, kOnes,                kNoEllipsoid, true,  kHundredths}},
-    SystemRow<Fmc2Formula>{   {vrxSystemFmc2,    "fmc2",    kLab,    0, kOnes,                kNoEllipsoid, false, kHundredths}},
-    SystemRow<Cie94Formula>{  {vrxSystemCie94,   "cie94",   kLab,    4, kOnes,                3,            true,  kHundredths}},
-    SystemRow<EabFormula>{    {vrxSystemLch,     "lch",     kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths}},
-    SystemRow<EabFormula>{    {vrxSystemLuv,     "luv",     kLuv,    0, kOnes,                kNoEllipsoid, true,  kHundredths}},
-    SystemRow<XyzFormula>{    {vrxSystemXyz,     "xyz",     kLab,    0, kOnes,                kNoEllipsoid, false, kTenths}},
-    SystemRow<GePqs2Formula>{ {vrxSystemGePqs2,  "gepqs2",  kLab,    0, kOnes,                kNoEllipsoid, false, kHundredths}},
-    SystemRow<AudiFormula>{   {vrxSystemAudi,    "audi",    kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths}},
+    //                           number           short name  space    parameters             ellipsoid     in dE  components   coordinates
+    SystemRow<EabFormula>{    {vrxSystemLab,     "lab",     kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive}},
+    SystemRow<CmcFormula>{    {vrxSystemCmc,     "cmc",     kLab,    3, {2.0, 1.0, 1.0, 1.0}, 2,            true,  kHundredths, kAllFive}},
+    SystemRow<HunterFormula>{ {vrxSystemHunter,  "hunter",  kHunter, 0, kOnes,                kNoEllipsoid, true,  kHundredths, kFirstThree}},
+    SystemRow<Fmc2Formula>{   {vrxSystemFmc2,    "fmc2",    kLab,    0, kOnes,                kNoEllipsoid, false, kHundredths, kTristimulus}},
+    SystemRow<Cie94Formula>{  {vrxSystemCie94,   "cie94",   kLab,    4, kOnes,                3,            true,  kHundredths, kAllFive}},
+    SystemRow<EabFormula>{    {vrxSystemLch,     "lch",     kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kPolar}},
+    SystemRow<EabFormula>{    {vrxSystemLuv,     "luv",     kLuv,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive}},
+    SystemRow<XyzFormula>{    {vrxSystemXyz,     "xyz",     kLab,    0, kOnes,                kNoEllipsoid, false, kTenths,     kXyzAndXy}},
+    SystemRow<GePqs2Formula>{ {vrxSystemGePqs2,  "gepqs2",  kLab,    0, kOnes,                kNoEllipsoid, false, kHundredths, kYxy}},
+    SystemRow<AudiFormula>{   {vrxSystemAudi,    "audi",    kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive}},
     SystemRow<EabFormula, Din99Formula>{
-                              {vrxSystemDin99,   "din99",   kLab,    2, kOnes,                kNoEllipsoid, true,  kHundredths}},
-    SystemRow<Cie2000Formula>{{vrxSystemCie2000, "cie2000", kLab,    4, kOnes,                3,            true,  kHundredths}},
-    SystemRow<Din6175Formula>{{vrxSystemDin6175, "din6175", kLab,    3, kOnes,                kNoEllipsoid, true,  kHundredths}},
+                              {vrxSystemDin99,   "din99",   kLab,    2, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive}},
+    SystemRow<Cie2000Formula>{{vrxSystemCie2000, "cie2000", kLab,    4, kOnes,                3,            true,  kHundredths, kAllFive}},
+    SystemRow<Din6175Formula>{{vrxSystemDin6175, "din6175", kLab,    3, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive}},
 };
 // clang-format on
 
@@ -207,6 +241,15 @@ constexpr bool RowsAreInOrder() {
   return true;
 }
 static_assert(RowsAreInOrder(), "a row stands at the number of its system");
+
+template <std::size_t... I>
+constexpr bool EllipsoidsMatch(std::index_sequence<I...>) {
+  return ((kHasEllipsoid<typename std::tuple_element_t<I, Rows>::Formula> ==
+           (kSystems[I].ellipsoidFactor != kNoEllipsoid)) &&
+          ...);
+}
+static_assert(EllipsoidsMatch(std::make_index_sequence<kDifferenceSystems>()),
+              "a system has the factor of an ellipsoid where its formula has the semi-axes");
 
 template <class ROW, class VISITOR>
 VRX_LANE_INLINE bool VisitRow(const CDifferenceSettings& settings, VISITOR& visitor) {

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include <vrxmath/colorimetry/color_differences.h>
-#include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/colorimetry/hue.h>
 #include <vrxmath/numeric/elementary.h>
 
 namespace vrx {
@@ -29,10 +29,6 @@ void GrowTo(ARRAY& array, int32_t size) {
   if (array.GetSize() < size) array.SetSize(size);
 }
 
-bool NeedsOwnCoordinates(int32_t system) {
-  return system == vrxSystemHunter || system == vrxSystemLuv;
-}
-
 // The angle in radians whose chord on a circle of radius `chroma` has the length of a hue limit, with the
 // limit's sign; half a circle where no chord is that long.
 double ChordAngle(double limit, double chroma) {
@@ -47,17 +43,14 @@ double WithinFullCircle(double angle) {
   return angle > kTwoPi ? angle - kTwoPi : angle;
 }
 
-// The sector that hue limits leave open about a standard.
-struct HueSector {
-  double start, end;
-  bool empty;
-};
-
-HueSector SectorAbout(const CLabValues& standard, Interval hueLimits) {
-  const double h = HueRadiansOf(standard), C = standard[3];
+// Whether hue limits about a standard admit the hue of a trial.
+bool AdmitsHue(const CLabValues& standard, const CLabValues& trial, Interval hueLimits) {
+  const double h = HueRadiansOf(standard), C = standard[CLabValues::kChroma], hue = HueRadiansOf(trial);
   const double down = ChordAngle(hueLimits.lower, C), up = ChordAngle(hueLimits.upper, C);
-  if (up - down >= kTwoPi - kDoubleEpsilon) return {0.0, 0.0, false};  // the full circle
-  return {WithinFullCircle(h + down), WithinFullCircle(h + up), !(down <= up)};
+  if (up - down >= kTwoPi - kDoubleEpsilon) return true;  // the full circle
+  // Equal ends stand for the full circle in a sector; here they leave no room beside the standard's hue.
+  if (NearlyEqual(down, up)) return NearlyEqual(hue, h);
+  return down < up && HueInSector(hue, WithinFullCircle(h + down), WithinFullCircle(h + up));
 }
 
 }  // namespace
@@ -70,12 +63,12 @@ CVarexCalc::CVarexCalc() {
 
 void CVarexCalc::Normalize() {
   if (observer != kObserverNotSet) return;
-  illuminants.SetSize(3);
-  illuminants[0] = vrxIllumD65;
-  illuminants[1] = vrxIllumA;
-  illuminants[2] = vrxIllumCWF;
-  observer = kObserver10;
+  CIllumArray usual;
+  usual[0] = vrxIllumD65;
+  usual[1] = vrxIllumA;
+  usual[2] = vrxIllumCWF;
   method = vrxSystemLab;
+  ChangeConditions(usual, kObserver10);
 }
 
 bool CVarexCalc::SetConditions(const CIllumArray& newIlluminants, int32_t newObserver, bool* primaryChanged) {
@@ -87,9 +80,32 @@ bool CVarexCalc::SetConditions(const CIllumArray& newIlluminants, int32_t newObs
                                          : illuminants.IsEmpty() == newIlluminants.IsEmpty();
     *primaryChanged = !sameFirst || observer != newObserver;
   }
+  ChangeConditions(newIlluminants, newObserver);
+  return true;
+}
+
+void CVarexCalc::ChangeConditions(const CIllumArray& newIlluminants, int32_t newObserver) {
+  const CIllumArray oldIlluminants = illuminants;
+  const bool sameObserver = observer == newObserver;
   illuminants = newIlluminants;
   observer = newObserver;
-  return true;
+  Renew(reflectanceA, oldIlluminants, sameObserver, valuesA);
+  Renew(reflectanceB, oldIlluminants, sameObserver, valuesB);
+  if (!differences.IsEmpty()) ComputeDifferences();
+}
+
+void CVarexCalc::Renew(const CReflDataArray& curves, const CIllumArray& oldIlluminants, bool sameObserver,
+                       CColorValuesIllDataArray& values) const {
+  if (!curves.IsEmpty()) return FillValues(curves, values);
+  for (CColorValuesArray& row : values) {
+    const CColorValuesArray old = row;
+    row.SetSize(illuminants.GetSize());
+    for (int32_t i = 0; i < illuminants.GetSize(); ++i) {
+      const auto place = std::find(oldIlluminants.begin(), oldIlluminants.end(), illuminants[i]);
+      const auto j = static_cast<int32_t>(place - oldIlluminants.begin());
+      row[i] = sameObserver && j < oldIlluminants.GetSize() && j < old.GetSize() ? old[j] : CColorValues();
+    }
+  }
 }
 
 void CVarexCalc::ResizeTolerances(int32_t count) {
@@ -189,16 +205,16 @@ void CVarexCalc::DifferenceAt(int32_t g, int32_t i) {
   DeltaEab(standard->lab, trial->lab, labDifference);
   CDifferenceSettings settings = methodSettings;
   settings.system = method;
-  if (NeedsOwnCoordinates(method)) {
-    systemA_.tristimulus = trial->tristimulus;
-    systemB_.tristimulus = standard->tristimulus;
-    FillCoordinates(method, illuminants[i], observer, systemA_);
-    FillCoordinates(method, illuminants[i], observer, systemB_);
-    trial = &systemA_;
-    standard = &systemB_;
+  const double angle = std::fabs(g < angles.GetCount() ? angles.GetAngle(g) : AngleOfCode(0));
+  const DifferenceSystem* system = FindDifferenceSystem(method);
+  if (system == nullptr || system->space == CoordinateSpace::kLab) {
+    return ComputeDifference(settings, illuminants[i], observer, *standard, *trial, angle, difference);
   }
-  const double angle = g < angles.GetCount() ? angles.GetAngle(g) : AngleOfCode(0);
-  ComputeDifference(settings, illuminants[i], observer, *standard, *trial, angle, difference);
+  Color standardInSpace = standard->Values(), trialInSpace = trial->Values();
+  const bool converted = FillCoordinates(method, illuminants[i], observer, standardInSpace) &&
+                         FillCoordinates(method, illuminants[i], observer, trialInSpace);
+  difference.SetValues(converted ? ComputeDifference(settings, standardInSpace, trialInSpace, angle)
+                                 : kUnsetDifference);
 }
 
 void CVarexCalc::ComputeDifferences() {
@@ -231,19 +247,26 @@ void CVarexCalc::Judge(CEvaluationArray& results, int32_t index) {
   for (int32_t g = 0; g < differences.GetSize(); ++g) {
     for (int32_t i = 0; i < illuminants.GetSize(); ++i) {
       CEvaluation& result = results[k++];
-      result = CEvaluation();
-      result.geometry = g;
-      result.illuminant = i;
-      const CDeltaValues* labDifference = LabDifferenceAt(g, i);
-      if (labDifference == nullptr) continue;
-      result.available = true;
-      result.shade = DescribeShade(valuesA[g][i].lab, *labDifference);
-      result.box = JudgeBox(index, g, i, differences[g][i]);
-      if (judgeByEllipse) result.ellipse = JudgeEllipse(index, g, i, *labDifference);
-      result.total = JudgeTotal(index, g, i, differences[g][i]);
-      result.overall = std::min(judgeByEllipse ? result.ellipse : result.box, result.total);
+      result = JudgeAt(index, g, i, differences[g][i]);
     }
   }
+}
+
+CEvaluation CVarexCalc::JudgeAt(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const {
+  const int32_t geometry = g == kAnyGeometry ? 0 : g;
+  CEvaluation result;
+  result.geometry = geometry;
+  result.illuminant = i;
+  const CColorValues* trial = FindEntry(valuesA, geometry, i);
+  const CDeltaValues* labDifference = LabDifferenceAt(geometry, i);
+  if (trial == nullptr || labDifference == nullptr || IsUnset(difference)) return result;
+  result.available = true;
+  result.shade = DescribeShade(trial->lab, *labDifference);
+  result.box = JudgeBox(index, geometry, i, difference);
+  if (judgeByEllipse) result.ellipse = JudgeEllipse(index, geometry, i, *labDifference);
+  result.total = JudgeTotal(index, geometry, i, difference);
+  result.overall = std::min(judgeByEllipse ? result.ellipse : result.box, result.total);
+  return result;
 }
 
 const CDeltaValues* CVarexCalc::LabDifferenceAt(int32_t g, int32_t i) const {
@@ -282,13 +305,9 @@ bool CVarexCalc::BoxAccepts(const CBoxTolData& box, int32_t g, int32_t i, const 
   const CColorValues* trial = FindEntry(valuesA, geometry, i);
   const CColorValues* standard = FindEntry(valuesB, geometry, i);
   if (trial == nullptr || standard == nullptr) return false;
-  const Interval hueLimits = ScaledAboutCentre(box.Limits(2), factor);
-  const HueSector sector = SectorAbout(standard->lab, hueLimits);
-  const double hue = HueRadiansOf(trial->lab);
-  // Limits that leave a single hue are not the full circle that equal ends stand for.
-  const bool singleHue = NearlyEqual(hueLimits.lower, hueLimits.upper);
-  if (sector.empty || (singleHue && !NearlyEqual(hue, sector.start))) return false;
-  return box.AcceptsInSector(difference[0], difference[4], factor, sector.start, sector.end, hue);
+  return ScaledAboutCentre(box.Limits(0), factor).Contains(difference[CDeltaValues::kL]) &&
+         ScaledAboutCentre(box.Limits(1), factor).Contains(difference[CDeltaValues::kChroma]) &&
+         AdmitsHue(standard->lab, trial->lab, ScaledAboutCentre(box.Limits(2), factor));
 }
 
 Verdict CVarexCalc::JudgeBox(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const {
@@ -303,8 +322,9 @@ Verdict CVarexCalc::JudgeEllipse(int32_t index, int32_t g, int32_t i,
 }
 
 Verdict CVarexCalc::JudgeTotal(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const {
-  if (judgeByEllipse) return EllipseOf(index, g, i).JudgeTotal(difference[6], warningFactor);
-  return BoxOf(index, g, i).JudgeTotal(difference[6], warningFactor);
+  if (judgeByEllipse)
+    return EllipseOf(index, g, i).JudgeTotal(difference[CDeltaValues::kTotal], warningFactor);
+  return BoxOf(index, g, i).JudgeTotal(difference[CDeltaValues::kTotal], warningFactor);
 }
 
 }  // namespace vrx

@@ -53,7 +53,10 @@ class VRX_API CVarexCalc {
   CIllumArray illuminants;             ///< of the evaluation; empty when new
   int32_t observer = kObserverNotSet;  ///< 0 or 1; 2 while not set
   CAngles angles;                      ///< measuring geometries
-  int32_t method = vrxSystemLab;       ///< difference system, 0 to 12
+  /// Difference system, 0 to 12. Under 10 (DIN99) the differences are dE*ab, which the dispatch by number keeps for it,
+  /// unless `methodSettings.ownFormula` asks for the figures of DIN 6176. An unknown system gives no difference, after
+  /// the index message, and fails.
+  int32_t method = vrxSystemLab;
   CDifferenceSettings methodSettings;  ///< parameters of the method; its `system` follows `method`
   CReflDataArray reflectanceA;         ///< the trial's curves, per geometry
   CReflDataArray reflectanceB;         ///< the standard's
@@ -68,11 +71,14 @@ class VRX_API CVarexCalc {
   int32_t flag = 0;
   double warningFactor = 0.75;  ///< fraction of the tolerance that counts as a clear pass
 
-  /// Gives a context whose observer is not set the usual conditions: D65, A and CWF, 10 degrees, dE*ab.
+  /// Gives a context whose observer is not set the usual conditions: D65, A and CWF, 10 degrees, dE*ab. Values follow as
+  /// in SetConditions.
   void Normalize();
 
   /// Sets the viewing conditions. False when they are what they were; otherwise true, and `*primaryChanged`
-  /// (when given) tells whether the first illuminant or the observer changed.
+  /// (when given) tells whether the first illuminant or the observer changed. The values of trial and standard follow:
+  /// they are computed from the curves where there are curves; values without curves stay with their illuminant while
+  /// the observer is the same, and are unset otherwise. Differences that were computed are computed again.
   bool SetConditions(const CIllumArray& newIlluminants, int32_t newObserver, bool* primaryChanged = nullptr);
 
   /// Gives the tolerances `count` standards. New entries get one default table per geometry. Throws
@@ -92,7 +98,7 @@ class VRX_API CVarexCalc {
   void SetTrialValues(const CTrisValuesIllDataArray& tristimulus);
 
   /// Fills `differences` and `labDifferences` from the values of trial and standard. The Audi and DIN
-  /// 6175-2 weights take the angle of the geometry.
+  /// 6175-2 weights take the magnitude of the geometry's angle: the gloss lies on both sides.
   void ComputeDifferences();
 
   /// The whole way: takes the trial's curves, computes values and differences against the standard that was
@@ -108,16 +114,21 @@ class VRX_API CVarexCalc {
   bool DescribeShadeAt(int32_t g, int32_t i, bool lighterInBlack, CString& text, CIntArray1& codes,
                        uint32_t (&colors)[3]) const;
 
+  /// Judges one difference, in the method's system, by the tolerances of standard `index` for geometry `g` (kAnyGeometry:
+  /// 0) and illuminant `i`, with the shade words and, under `judgeByEllipse`, the ellipsoid from `labDifferences`.
+  /// Without values, or for an unset difference, the result is not available and fails.
+  CEvaluation JudgeAt(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const;
+
   /// Judges a difference by the box of standard `index`, geometry `g` (kAnyGeometry: 0) and illuminant `i`:
   /// fail outside the box, warning outside the box scaled by `warningFactor`, else pass. For L*C*h (method
   /// 5) the box holds limits of dL*, dC* and dH*; the hue limits become the angles whose chords they are on
   /// the circle of the standard's chroma, and the trial's hue has to lie in that sector of the standard's
-  /// hue.
+  /// hue. Limits whose angles are equal, as those of one sign beyond the diameter are, admit the standard's hue alone.
   Verdict JudgeBox(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const;
   /// Judges a difference in L*a*b* by the ellipsoid of the same entry: fail outside it, warning outside it
   /// scaled by `warningFactor`, else pass.
   Verdict JudgeEllipse(int32_t index, int32_t g, int32_t i, const CDeltaValues& labDifference) const;
-  /// Grades a total difference (element 6) against the limit of the same entry, the ellipsoid's under
+  /// Grades a total difference against the limit of the same entry, the ellipsoid's under
   /// `judgeByEllipse`, the box's otherwise.
   Verdict JudgeTotal(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const;
 
@@ -130,12 +141,12 @@ class VRX_API CVarexCalc {
                   double factor) const;
   void FillValues(const CReflDataArray& curves, CColorValuesIllDataArray& values) const;
   void FillValues(const CTrisValuesIllDataArray& tristimulus, CColorValuesIllDataArray& values) const;
+  void ChangeConditions(const CIllumArray& newIlluminants, int32_t newObserver);
+  void Renew(const CReflDataArray& curves, const CIllumArray& oldIlluminants, bool sameObserver,
+             CColorValuesIllDataArray& values) const;
   void DifferenceAt(int32_t g, int32_t i);
   void EnsureTolerances(int32_t index, int32_t geometries);
   const CDeltaValues* LabDifferenceAt(int32_t g, int32_t i) const;
-
-  CColorValues systemA_,
-      systemB_;  // a pair in the coordinates of Hunter Lab or L*u*v*, kept to save allocations
 };
 
 }  // namespace vrx

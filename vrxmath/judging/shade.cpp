@@ -35,16 +35,20 @@ void DescribeAxis(double coordinate, double difference, const AxisEnd& positive,
 
 }  // namespace
 
-ShadeWords DescribeShade(const CLabValues& trial, const CDeltaValues& difference, bool lighterInBlack) {
+ShadeWords DescribeShade(const Lab& trial, const Difference& difference, bool lighterInBlack) {
   ShadeWords shade;
-  if (std::fabs(difference[0]) >= kThreshold) {
-    const bool lighter = difference[0] > 0.0;
+  if (std::fabs(difference.dL) >= kThreshold) {
+    const bool lighter = difference.dL > 0.0;
     shade.words[0] = lighter ? kLighter : kDarker;
     shade.colors[0] = lighter && !lighterInBlack ? kWhite : kBlack;
   }
-  DescribeAxis(trial[1], difference[1], kRed, kGreen, shade.words[1], shade.colors[1]);
-  DescribeAxis(trial[2], difference[2], kYellow, kBlue, shade.words[2], shade.colors[2]);
+  DescribeAxis(trial.a, difference.da, kRed, kGreen, shade.words[1], shade.colors[1]);
+  DescribeAxis(trial.b, difference.db, kYellow, kBlue, shade.words[2], shade.colors[2]);
   return shade;
+}
+
+ShadeWords DescribeShade(const CLabValues& trial, const CDeltaValues& difference, bool lighterInBlack) {
+  return DescribeShade(trial.Values(CLabValues::kB + 1), difference.Values(), lighterInBlack);
 }
 
 WideView ShadeWordText(ShadeWord word) {

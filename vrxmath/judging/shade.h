@@ -36,12 +36,13 @@ struct ShadeWords {
 };
 
 /// Puts the difference of a trial from its standard into words.
-/// In:    L*, a*, b* of the trial (elements 0 to 2) and dL*, da*, db* (elements 0 to 2). The quadrant of
-///        the trial chooses the words: on the green side, less green is not "Redder".
+/// In:    L*, a*, b* of the trial and dL*, da*, db*. The quadrant of the trial chooses the words: on the green side, less green is not "Redder".
 /// Edges: lightness speaks from |dL*| = 0.1 on, the two colour axes only above 0.1. `lighterInBlack` shows
 ///        "Lighter" in black instead of white.
-VRX_API ShadeWords DescribeShade(const CLabValues& trial, const CDeltaValues& difference,
-                                 bool lighterInBlack = false);
+[[nodiscard]] VRX_API ShadeWords DescribeShade(const Lab& trial, const Difference& difference,
+                                               bool lighterInBlack = false);
+[[nodiscard]] VRX_API ShadeWords DescribeShade(const CLabValues& trial, const CDeltaValues& difference,
+                                               bool lighterInBlack = false);
 
 /// The text of a word; a single blank for kShadeNone.
 VRX_API WideView ShadeWordText(ShadeWord word);

@@ -4,33 +4,31 @@
 #include <cmath>
 
 #include <vrxmath/colorimetry/color_differences.h>
-#include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/colorimetry/hue.h>
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/foundation/record_archive.h>
 
 namespace vrx {
-Verdict GradeTotal(double value, double limit, double warningFactor) {
-  if (value > limit) return kFail;
-  return value > limit * warningFactor ? kWarning : kPass;
-}
 
 CValueRange ToleranceRange(const CDifferenceSettings& settings, int32_t dimension) {
-  if (dimension == 3) return {0.05, 80.0, 0.05, 100.0, 2};
-  if (settings.system == vrxSystemXyz) return {-999.9, 999.9, 1.0, 10.0, 1};
-  return {-80.0, 80.0, 0.05, 100.0, 2};
+  constexpr CValueRange kTotalRange{0.05, 80.0, 0.05, 100.0, 2};
+  if (dimension == CBoxTolData::kDimensions) return kTotalRange;
+  const DifferenceSystem* system = FindDifferenceSystem(settings.system);
+  if (system == nullptr) foundation_internal::ReportIndexError();
+  return (system != nullptr ? *system : DifferenceSystems().front()).componentRange;
 }
 
 void CBoxTolData::SetTolerance(int32_t dimension, double plus, double minus) {
-  if (dimension < 0 || dimension > 2) {
-    (*this)[6] = plus;
+  if (dimension < 0 || dimension >= kDimensions) {
+    (*this)[kTotal] = plus;
     return;
   }
-  (*this)[2 * dimension] = plus;
-  (*this)[2 * dimension + 1] = minus;
+  (*this)[kPlus0 + 2 * dimension] = plus;
+  (*this)[kMinus0 + 2 * dimension] = minus;
 }
 
 Interval CBoxTolData::Limits(int32_t dimension) const {
-  return {-(*this)[2 * dimension + 1], (*this)[2 * dimension]};
+  return {-(*this)[kMinus0 + 2 * dimension], (*this)[kPlus0 + 2 * dimension]};
 }
 
 void CBoxTolData::GetDimension0(double& upper, double& lower) const {
@@ -39,16 +37,16 @@ void CBoxTolData::GetDimension0(double& upper, double& lower) const {
   lower = limits.lower;
 }
 
-void CBoxTolData::GetAll(double (&values)[7]) const {
-  for (int32_t i = 0; i < 7; ++i) values[i] = (*this)[i];
+void CBoxTolData::GetAll(double (&values)[kValues]) const {
+  for (int32_t i = 0; i < kValues; ++i) values[i] = (*this)[i];
 }
 
-void CBoxTolData::SetAll(const double (&values)[7]) {
-  for (int32_t i = 0; i < 7; ++i) (*this)[i] = values[i];
+void CBoxTolData::SetAll(const double (&values)[kValues]) {
+  for (int32_t i = 0; i < kValues; ++i) (*this)[i] = values[i];
 }
 
 void CBoxTolData::ClampToRanges(const CDifferenceSettings& settings) {
-  for (int32_t i = 0; i < 7; ++i) {
+  for (int32_t i = 0; i < kValues; ++i) {
     const CValueRange range = ToleranceRange(settings, i / 2);
     (*this)[i] = std::clamp((*this)[i], range.lower, range.upper);
   }
@@ -67,18 +65,17 @@ void CBoxTolData::SetFromInteger(int32_t i, int16_t whole, const CDifferenceSett
 }
 
 void CBoxTolData::OffsetBy(double d0, double d1, double d2) {
-  const double offsets[] = {d0, d1, d2};
-  for (int32_t k = 0; k < 3; ++k) {
-    (*this)[2 * k] += offsets[k];
-    (*this)[2 * k + 1] -= offsets[k];
+  const double offsets[kDimensions] = {d0, d1, d2};
+  for (int32_t k = 0; k < kDimensions; ++k) {
+    (*this)[kPlus0 + 2 * k] += offsets[k];
+    (*this)[kMinus0 + 2 * k] -= offsets[k];
   }
 }
 
-bool CBoxTolData::Accepts(const CDeltaValues& delta, double factor) const {
-  for (const int32_t k : {1, 2, 0}) {
-    if (!ScaledAboutCentre(Limits(k), factor).Contains(delta[k])) return false;
-  }
-  return true;
+bool CBoxTolData::Accepts(const Difference& difference, double factor) const {
+  return ScaledAboutCentre(Limits(0), factor).Contains(difference.dL) &&
+         ScaledAboutCentre(Limits(1), factor).Contains(difference.da) &&
+         ScaledAboutCentre(Limits(2), factor).Contains(difference.db);
 }
 
 bool CBoxTolData::AcceptsInSector(double d0, double d1, double factor, double start, double end,
@@ -88,14 +85,14 @@ bool CBoxTolData::AcceptsInSector(double d0, double d1, double factor, double st
 }
 
 double CBoxTolData::LargestLimit(bool lightnessTenfold) const {
-  double largest = std::max((*this)[0], (*this)[1]);
+  double largest = std::max((*this)[kPlus0], (*this)[kMinus0]);
   if (lightnessTenfold) largest *= 10.0;
-  for (int32_t i = 2; i <= 5; ++i) largest = std::max(largest, (*this)[i]);
+  for (const int32_t i : {kPlus1, kMinus1, kPlus2, kMinus2}) largest = std::max(largest, (*this)[i]);
   return largest;
 }
 
 void CBoxTolData::SerializeValues(CArchive& archive) {
-  SerializeDoubles(archive, *this, 7);
+  SerializeDoubles(archive, *this, kValues);
 }
 
 bool HueInSector(double hue, double start, double end) {
@@ -105,19 +102,19 @@ bool HueInSector(double hue, double start, double end) {
 }
 
 void CBlockSizeData::SerializeValues(CArchive& archive) {
-  SerializeDoubles(archive, *this, 3);
+  SerializeDoubles(archive, *this, kValues);
 }
 
 double BlockCode(const CBlockSizeData& blocks, const CColorValues& standard, const CColorValues& sample,
-                 vrxIlluminant illuminant, int32_t observer, const CDifferenceSettings& settings) {
+                 vrxIlluminant, int32_t, const CDifferenceSettings& settings) {
   if (IsUnset(standard)) return kUnset;
-  CDeltaValues delta;
-  ComputeDifference(settings, illuminant, observer, standard, sample, 0.0, delta);
+  const Difference d = ComputeDifference(settings, standard.Values(), sample.Values(), 0.0);
+  const double components[CBlockSizeData::kValues] = {d.dL, d.da, d.db};
   uint32_t code = 0;
-  for (int32_t k = 0; k < 3; ++k) {
+  for (int32_t k = 0; k < CBlockSizeData::kValues; ++k) {
     double edge = -9.0 * blocks[k] * 0.5;
     uint32_t cell = 0;
-    for (; cell < 10 && !(edge > delta[k]); ++cell) edge += blocks[k];
+    for (; cell < 10 && !(edge > components[k]); ++cell) edge += blocks[k];
     code = code << 4 | cell;
   }
   return static_cast<double>(code & 0xFFFF);

@@ -11,43 +11,35 @@
 #include <vrxmath/export.h>
 #include <vrxmath/foundation/value_range.h>
 #include <vrxmath/platform/archive.h>
+#include <vrxmath/tolerance/interval.h>
+#include <vrxmath/tolerance/verdict.h>
 
 namespace vrx {
 
-/// The answer of a judgement. The numbers are persistent, and a larger one is better.
-enum Verdict : int32_t { kFail = 0, kWarning = 1, kPass = 2 };
-
-/// Grades a total difference: fail above the limit, warning above limit x factor, else pass. Both limits
-/// are inclusive; a NaN on either side passes.
-VRX_API Verdict GradeTotal(double value, double limit, double warningFactor);
-
 /// The values that a tolerance dimension (0 to 2, and 3 for the total) may take under a difference system:
 /// tenths within 999.9 for the components of XYZ/Yxy, hundredths within 80 for those of every other system,
-/// 0.05 to 80 for the total.
+/// 0.05 to 80 for the total. An unknown system shows the index message and has the latter.
 VRX_API CValueRange ToleranceRange(const CDifferenceSettings& settings, int32_t dimension);
 
-/// An interval, both ends inclusive.
-struct Interval {
-  double lower;
-  double upper;
-  bool Contains(double value) const { return lower <= value && value <= upper; }
-};
-
-/// An interval scaled about its own centre. A factor within the near-equality of 1 leaves it as it is, to the last bit.
-inline Interval ScaledAboutCentre(Interval interval, double factor) {
-  if (NearlyEqual(factor, 1.0)) return interval;
-  const double width = (interval.upper - interval.lower) * factor;
-  const double lower = (interval.lower + interval.upper - width) / 2.0;
-  return {lower, lower + width};
-}
-
 /// The limits of one box: plus and minus of dimension 0, of 1, of 2 (minus limits as positive magnitudes),
-/// then the limit of the total difference. All 1.5 when new. Dimensions are the first three elements of the
-/// difference record.
+/// then the limit of the total difference. All 1.5 when new, a tolerance that is usual where the unit is a dE
+/// (DifferenceSystem::inDeltaE). Dimensions are the first three elements of the difference record.
 class VRX_API CBoxTolData : public CDoubleArray1 {
  public:
+  enum Index : int32_t {
+    kPlus0 = 0,   ///< plus limit of dimension 0
+    kMinus0 = 1,  ///< its minus limit, a positive magnitude
+    kPlus1 = 2,
+    kMinus1 = 3,
+    kPlus2 = 4,
+    kMinus2 = 5,
+    kTotal = 6,  ///< limit of the total difference
+  };
+  static constexpr int32_t kValues = 7;
+  static constexpr int32_t kDimensions = 3;
+
   CBoxTolData() {
-    SetSize(7);
+    SetSize(kValues);
     Fill(1.5);
   }
 
@@ -59,8 +51,8 @@ class VRX_API CBoxTolData : public CDoubleArray1 {
   void GetDimension0(double& upper, double& lower) const;
 
   /// All seven values, in index order.
-  void GetAll(double (&values)[7]) const;
-  void SetAll(const double (&values)[7]);
+  void GetAll(double (&values)[kValues]) const;
+  void SetAll(const double (&values)[kValues]);
 
   /// Moves every value into its range (ToleranceRange).
   void ClampToRanges(const CDifferenceSettings& settings);
@@ -72,14 +64,15 @@ class VRX_API CBoxTolData : public CDoubleArray1 {
   /// Moves the box by a difference without changing its width.
   void OffsetBy(double d0, double d1, double d2);
 
-  /// Grades the total difference against element 6.
+  /// Grades the total difference against its limit.
   Verdict JudgeTotal(double value, double warningFactor) const {
-    return GradeTotal(value, (*this)[6], warningFactor);
+    return GradeTotal(value, (*this)[kTotal], warningFactor);
   }
 
-  /// True when elements 0 to 2 of a difference lie in the box scaled by `factor` about the centre of each
+  /// True when the three components of a difference lie in the box scaled by `factor` about the centre of each
   /// axis. All edges are inclusive; NaN lies outside.
-  bool Accepts(const CDeltaValues& delta, double factor) const;
+  bool Accepts(const Difference& difference, double factor) const;
+  bool Accepts(const CDeltaValues& delta, double factor) const { return Accepts(delta.Values(), factor); }
 
   /// True when `d0` and `d1`, the differences of dimensions 0 and 1, lie in the box scaled by `factor`, and
   /// `hue` in the sector from `start` to `end` (HueInSector).
@@ -118,8 +111,10 @@ class CBoxTolStd4 : public CArrayVarex<CBoxTolAngle3> {
 /// Block sizes of the three difference dimensions; 1.0 each when new.
 class VRX_API CBlockSizeData : public CDoubleArray1 {
  public:
+  static constexpr int32_t kValues = 3;
+
   CBlockSizeData() {
-    SetSize(3);
+    SetSize(kValues);
     Fill(1.0);
   }
   /// Archive form: the three doubles, without a count. Throws as CArchive does; a short

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/colorimetry/hue.h>
 #include <vrxmath/numeric/elementary.h>
 
 namespace vrx {
@@ -53,13 +53,10 @@ void WriteEllipse(const PlanarForm& form, CEllipseData& ellipse) {
 
 /// Grows the semi-axes by the last bits that rounding may have left a difference outside.
 void GrowToHold(std::span<const LabDifference> differences, CEllipseData& ellipse) {
-  CDeltaValues delta;
   for (const LabDifference& d : differences) {
-    delta[0] = d.dL;
-    delta[1] = d.da;
-    delta[2] = d.db;
-    while (ellipse.Value(delta) > 1.0) {
-      const double growth = ellipse.Value(delta) * (1.0 + kDoubleEpsilon);
+    const Difference difference{d.dL, d.da, d.db, kUnset, kUnset, kUnset, kUnset};
+    while (ellipse.Value(difference) > 1.0) {
+      const double growth = ellipse.Value(difference) * (1.0 + kDoubleEpsilon);
       for (int32_t k = 0; k < 3; ++k) ellipse[CEllipseData::kLightnessAxis + k] *= growth;
     }
   }

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include <vrxmath/colorimetry/color_differences.h>
-#include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/colorimetry/difference_table.h>
+#include <vrxmath/colorimetry/hue.h>
 #include <vrxmath/foundation/record_archive.h>
 #include <vrxmath/numeric/elementary.h>
 
@@ -27,22 +27,15 @@ double InAxes(double component, double semiAxis) {
   return component == 0.0 ? 0.0 : component / semiAxis;
 }
 
-DifferenceWeights ParametricWeights(const CLabValues& standard, const CDifferenceSettings& settings) {
-  const auto& [p0, p1, p2, factor] = settings.parameters;
-  if (settings.system == vrxSystemCmc) {
-    const DifferenceWeights S = CmcWeights(standard);
-    return {p0 * S.SL, p1 * S.SC, S.SH};
-  }
-  CLabValues primed1, primed2;
-  const DifferenceWeights S = settings.system == vrxSystemCie94
-                                  ? Cie94Weights(standard)
-                                  : Cie2000Weights(standard, standard, primed1, primed2).weights;
-  return {p0 * S.SL, p1 * S.SC, p2 * S.SH};
+/// The factor of a system with an ellipsoid: CMC carries it third, after l and c, the others fourth.
+double FactorOf(const DifferenceSystem& system, const CDifferenceSettings& settings) {
+  return settings.parameters[static_cast<std::size_t>(system.ellipsoidFactor)];
 }
 
-/// The factor of a system: CMC carries it third, after l and c, the others fourth.
-double FactorOf(const CDifferenceSettings& settings) {
-  return settings.parameters[settings.system == vrxSystemCmc ? 2 : 3];
+/// The row of a system with an ellipsoid; null for every other.
+const DifferenceSystem* EllipseSystem(int32_t system) {
+  const DifferenceSystem* row = FindDifferenceSystem(system);
+  return row != nullptr && row->ellipsoidFactor != kNoEllipsoid ? row : nullptr;
 }
 
 }  // namespace
@@ -53,18 +46,19 @@ CEllipseData::CEllipseData() {
   (*this)[kCommercialFactor] = 1.0;
 }
 
-double CEllipseData::Value(const CDeltaValues& delta) const {
+double CEllipseData::Value(const Difference& difference) const {
   const CEllipseData& e = *this;
   const double c = Cos(e[kAngle] * kRadiansPerDegree), s = Sin(e[kAngle] * kRadiansPerDegree);
-  const double L = delta[0] - e[kCentreL], a = delta[1] - e[kCentreA], b = delta[2] - e[kCentreB];
+  const double L = difference.dL - e[kCentreL], a = difference.da - e[kCentreA],
+               b = difference.db - e[kCentreB];
   const double p = InAxes(L, e[kLightnessAxis]);
   const double q = InAxes(a * c + b * s, e[kMajorAxis]);
   const double r = InAxes(b * c - a * s, e[kMinorAxis]);
   return std::sqrt(p * p + q * q + r * r);
 }
 
-Verdict CEllipseData::Judge(const CDeltaValues& delta, double warningFactor) const {
-  const double value = Value(delta);
+Verdict CEllipseData::Judge(const Difference& difference, double warningFactor) const {
+  const double value = Value(difference);
   if (!(value <= 1.0)) return kFail;
   return NearlyEqual(warningFactor, 1.0) || value <= warningFactor ? kPass : kWarning;
 }
@@ -109,8 +103,9 @@ std::vector<PlanePoint> CEllipseData::Section(EllipsePlane plane, int32_t points
 }
 
 void CEllipseData::ApplySettings(const CDifferenceSettings& settings) {
-  const double factor = FactorOf(settings);
-  if (!IsEllipseSystem(settings.system) || !(factor > 0.0)) return;
+  const DifferenceSystem* system = EllipseSystem(settings.system);
+  if (system == nullptr || !(FactorOf(*system, settings) > 0.0)) return;
+  const double factor = FactorOf(*system, settings);
   const double growth = factor / (*this)[kCommercialFactor];
   for (const int32_t i : {kLightnessAxis, kMajorAxis, kMinorAxis}) (*this)[i] *= growth;
   (*this)[kTotalLimit] = factor;
@@ -122,18 +117,23 @@ void CEllipseData::SerializeValues(CArchive& archive) {
 }
 
 bool IsEllipseSystem(int32_t system) {
-  return system == vrxSystemCmc || system == vrxSystemCie94 || system == vrxSystemCie2000;
+  return EllipseSystem(system) != nullptr;
 }
 
 CEllipseData EllipseForStandard(const CLabValues& standard, const CDifferenceSettings& settings) {
   CEllipseData ellipse;
-  if (!IsEllipseSystem(settings.system) || IsUnset(standard)) return ellipse;
-  const DifferenceWeights S = ParametricWeights(standard, settings);
-  const double factor = FactorOf(settings);
-  ellipse[CEllipseData::kLightnessAxis] = S.SL * factor;
-  ellipse[CEllipseData::kMajorAxis] = S.SC * factor;
-  ellipse[CEllipseData::kMinorAxis] = S.SH * factor;
-  ellipse[CEllipseData::kAngle] = HueDegreesOf(standard);
+  const DifferenceSystem* system = EllipseSystem(settings.system);
+  if (system == nullptr || IsUnset(standard)) return ellipse;
+  const Lab lab = standard.Values();
+  DifferenceWeights axes{};
+  VisitDifferenceFormula(settings, [&](auto formula) {
+    if constexpr (kHasEllipsoid<decltype(formula)>) axes = formula.SemiAxes({settings.parameters}, lab);
+  });
+  const double factor = FactorOf(*system, settings);
+  ellipse[CEllipseData::kLightnessAxis] = axes.SL * factor;
+  ellipse[CEllipseData::kMajorAxis] = axes.SC * factor;
+  ellipse[CEllipseData::kMinorAxis] = axes.SH * factor;
+  ellipse[CEllipseData::kAngle] = lab.h;
   ellipse[CEllipseData::kTotalLimit] = factor;
   ellipse[CEllipseData::kCommercialFactor] = factor;
   return ellipse;

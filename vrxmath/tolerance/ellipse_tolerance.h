@@ -53,14 +53,18 @@ class VRX_API CEllipseData : public CDoubleArray1 {
 
   CEllipseData();
 
-  /// The factor by which the ellipsoid has to grow about its centre to reach elements 0 to 2 of a difference:
+  /// The factor by which the ellipsoid has to grow about its centre to reach the components of a difference:
   /// 0 at the centre, 1 on the surface. The root of the quadratic form. Along an axis of length 0 every
   /// difference but 0 is infinitely far; NaN gives NaN.
-  double Value(const CDeltaValues& delta) const;
+  double Value(const Difference& difference) const;
+  double Value(const CDeltaValues& delta) const { return Value(delta.Values()); }
 
   /// Fail outside the ellipsoid, warning outside the ellipsoid scaled by `warningFactor` about its centre,
   /// else pass; both surfaces belong to the inside. NaN fails.
-  Verdict Judge(const CDeltaValues& delta, double warningFactor) const;
+  Verdict Judge(const Difference& difference, double warningFactor) const;
+  Verdict Judge(const CDeltaValues& delta, double warningFactor) const {
+    return Judge(delta.Values(), warningFactor);
+  }
   /// Grades the total difference against element kTotalLimit (GradeTotal).
   Verdict JudgeTotal(double value, double warningFactor) const {
     return GradeTotal(value, (*this)[kTotalLimit], warningFactor);

@@ -1,6 +1,7 @@
 // vrx delta: differences of pairs of colours.
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,11 +40,8 @@ class PairDifference {
   const CDeltaValues& Of(const std::vector<double>& values, vrxIlluminant illuminant) {
     SetColor(illuminant, &values[0], standard_, standardLab_);
     SetColor(illuminant, &values[3], sample_, sampleLab_);
-    if (settings_.system == vrxSystemDin99) {
-      DeltaDin99(standard_.lab, sample_.lab, settings_.parameters[0], settings_.parameters[1], delta_);
-    } else {
-      ComputeDifference(settings_, illuminant, observer_, standard_, sample_, values[6], delta_);
-    }
+    const double angle = std::fabs(values[6]);  // the gloss lies on both sides
+    ComputeDifference(settings_, illuminant, observer_, standard_, sample_, angle, delta_);
     return delta_;
   }
   /// L*a*b* of the last pair, whatever the system works in.
@@ -62,7 +60,7 @@ class PairDifference {
       LabToXyz(illuminant, observer_, color.lab, color.tristimulus);
     }
     lab = color.lab;
-    if (settings_.system == vrxSystemHunter || settings_.system == vrxSystemLuv) {
+    if (FindDifferenceSystem(settings_.system)->space != CoordinateSpace::kLab) {
       FillCoordinates(settings_.system, illuminant, observer_, color);
     }
   }
@@ -85,7 +83,9 @@ class PairJudge {
     calc_.warningFactor = CheckedWarning(options.warning);
     calc_.boxTolerances.SetAngleCount(1);
     calc_.boxTolerances[0][0].SetSize(1);
-    calc_.boxTolerances[0][0][0] = BoxOf(options.tolerance);
+    if (!options.tolerance.empty()) {
+      calc_.boxTolerances[0][0][0] = BoxOf(options.tolerance, settings.system);
+    }
     for (CColorValuesIllDataArray* values : {&calc_.valuesA, &calc_.valuesB}) {
       values->SetSize(1);
       (*values)[0].SetSize(1);

@@ -75,7 +75,7 @@ class Sorter {
     if (trials_.size() == kMost) reader.Csv().FailRow("more than 200000 trials to sort");
     judge.Evaluate(trial);
     CColorValues standard = judge.StandardColor(0), sample = judge.TrialColor(0);
-    if (settings_.difference.system == vrxSystemHunter || settings_.difference.system == vrxSystemLuv) {
+    if (FindDifferenceSystem(settings_.difference.system)->space != CoordinateSpace::kLab) {
       for (CColorValues* color : {&standard, &sample}) {
         FillCoordinates(settings_.difference.system, settings_.illuminants[0], settings_.observer, *color);
       }

@@ -127,8 +127,9 @@ void JudgeReport::AddIlluminantCard(const JudgeSummary& summary, std::size_t i) 
 
 std::string JudgeReport::ToleranceText() const {
   if (settings_.buildEllipses) {
-    const std::size_t place = settings_.difference.system == vrxSystemCmc ? 2 : 3;
-    return TextOf(ReportText::kToleranceSystem, {FixedText(settings_.difference.parameters[place])});
+    const auto place = FindDifferenceSystem(settings_.difference.system)->ellipsoidFactor;
+    const double factor = settings_.difference.parameters[static_cast<std::size_t>(place)];
+    return TextOf(ReportText::kToleranceSystem, {FixedText(factor)});
   }
   const CBoxTolData& box = settings_.box;
   if (std::ranges::all_of(box, [&](double limit) { return limit == box[0]; })) {

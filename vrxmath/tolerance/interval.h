@@ -1,0 +1,27 @@
+// A closed interval, as a pair of limits leaves it open, and its scaling about its centre.
+
+#ifndef VRXMATH_TOLERANCE_INTERVAL_H_
+#define VRXMATH_TOLERANCE_INTERVAL_H_
+
+#include <vrxmath/foundation/numbers.h>
+
+namespace vrx {
+
+/// An interval, both ends inclusive. NaN lies outside.
+struct Interval {
+  double lower;
+  double upper;
+  bool Contains(double value) const { return lower <= value && value <= upper; }
+};
+
+/// An interval scaled about its own centre. A factor within the near-equality of 1 leaves it as it is, to the last bit.
+inline Interval ScaledAboutCentre(Interval interval, double factor) {
+  if (NearlyEqual(factor, 1.0)) return interval;
+  const double width = (interval.upper - interval.lower) * factor;
+  const double lower = (interval.lower + interval.upper - width) / 2.0;
+  return {lower, lower + width};
+}
+
+}  // namespace vrx
+
+#endif  // VRXMATH_TOLERANCE_INTERVAL_H_
