@@ -1,6 +1,6 @@
 # The flags that every target of the project is built with.
 #
-# vrx_numeric_flags  what the results depend on. It travels with the library, because templates and inline
+# vrx_numeric_flags  what the results depend on, plain flags that vrxmath.pc repeats. It travels with the library, because templates and inline
 #                    functions are compiled by whoever includes them.
 # vrx_build_flags    language level, warnings and sanitizers; private to this build.
 

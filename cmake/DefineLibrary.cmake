@@ -137,6 +137,10 @@ function(vrx_define_umbrella)
   configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/vrxmathConfig.cmake.in vrxmathConfig.cmake
     INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vrxmath)
   write_basic_package_version_file(vrxmathConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+  # The flags that travel with the library, as CMake hands them on. The language is the host's choice from C++20
+  # on; the headers say so where it is older.
+  get_target_property(pc_flags vrx_numeric_flags INTERFACE_COMPILE_OPTIONS)
+  list(JOIN pc_flags " " pc_flags)
   # Relative to the file itself, so that an installed tree may be moved.
   file(RELATIVE_PATH pc_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/vrxmath.pc.in vrxmath.pc @ONLY)

@@ -3,10 +3,11 @@
 //
 //   vrx_embed OUTPUT strings.tsv observers.txt ILL00_02.txt ...
 //
-// strings.tsv     number, tab, text, one per line
-// observers.txt   the colour-matching functions; become the resource "CMF" "OBSERVERS": per wavelength the
-// seven columns ILLnn_nn.txt    one weighting table; becomes a resource "PWD" of 123 doubles: 40 X, 40 Y and
-// 40 Z weights, white point
+//   strings.tsv    number, tab, text, one a line
+//   observers.txt  the colour-matching functions: become the resource "CMF" "OBSERVERS", the seven columns wavelength
+//                  by wavelength
+//   ILLnn_nn.txt   one weighting table: becomes a resource "PWD" of 123 doubles, 40 weights each for X, Y and Z,
+//                  then the white point
 //
 // In all of them a line that begins with '#' is a comment. Stands alone: it is built before the library is.
 
@@ -33,7 +34,7 @@ std::vector<std::string> ReadLines(const std::filesystem::path& path) {
   return lines;
 }
 
-// The rows of numbers of a table whose first line names the columns. `labelled` rows begin with a word.
+// The words of every line of a table; the first line names the columns.
 std::vector<std::vector<std::string>> ReadCells(const std::filesystem::path& path) {
   std::vector<std::vector<std::string>> rows;
   for (const std::string& line : ReadLines(path)) {

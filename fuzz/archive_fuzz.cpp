@@ -16,9 +16,10 @@
 #include <vrxmath/formula/product_line.h>
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/foundation/attributes.h>
+#include <vrxmath/foundation/cmc_factors.h>
 #include <vrxmath/foundation/list_data.h>
 #include <vrxmath/foundation/mixture.h>
-#include <vrxmath/foundation/small_records.h>
+#include <vrxmath/foundation/sort_double.h>
 #include <vrxmath/foundation/typed_arrays.h>
 #include <vrxmath/platform/archive.h>
 #include <vrxmath/platform/exceptions.h>

@@ -60,6 +60,26 @@ TEST(ColorantSystem, ArchiveForm) {
   EXPECT_TRUE(read.colorants[0].IsModified());
   EXPECT_EQ(read.resins[0].GetResinCode(), 5) << "what equality leaves out is kept all the same";
   EXPECT_EQ(read.resins[0].GetResinValue(), 0.75);
+  test::ExpectRoundTripAndTruncations(CColorantSystemComponent{12, 8, 0, false});
+  test::ExpectRoundTripAndTruncations(CBlendColorant{12, 0.5, 3});
+}
+
+TEST(ColorantSystem, EveryFieldCounts) {
+  const CColorantSystemData full = FullSystem(), plain;
+  const auto differsBy = [&](auto field) {
+    CColorantSystemData changed = full;
+    changed.*field = plain.*field;
+    return !(changed == full);
+  };
+  using System = CColorantSystemData;
+  EXPECT_TRUE(differsBy(&System::k1) && differsBy(&System::k2) && differsBy(&System::valueA));
+  EXPECT_TRUE(differsBy(&System::count) && differsBy(&System::valueB) && differsBy(&System::flagsA));
+  EXPECT_TRUE(differsBy(&System::flagsB) && differsBy(&System::opticalModel) && differsBy(&System::name));
+  EXPECT_TRUE(differsBy(&System::angles) && differsBy(&System::attributeLabels) &&
+              differsBy(&System::textsA));
+  EXPECT_TRUE(differsBy(&System::textsB) && differsBy(&System::numbersA) && differsBy(&System::numbersB));
+  EXPECT_TRUE(differsBy(&System::numbersC) && differsBy(&System::colorants) && differsBy(&System::resins));
+  EXPECT_TRUE(differsBy(&System::componentsA) && differsBy(&System::componentsB));
 }
 
 TEST(ColorantSystem, EveryDamagedByteIsFound) {

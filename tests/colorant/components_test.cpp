@@ -73,9 +73,16 @@ TEST(Components, LevelsGrowReplaceAndLeave) {
   EXPECT_TRUE(CComponent(component).IsModified()) << "copied too";
 
   test::MessageRecorder messages;
-  component.SetLevelValues(7, 0, CColorantValues());
-  EXPECT_FALSE(messages.Take().empty());
-  EXPECT_EQ(component.GetLevel(0).values[0].absorption[5], 1.0);
+  CResin resin;
+  resin.SetLevelValues(7, 0, CColorantValues());
+  resin.SetAdditiveId(-1, 5);
+  resin.SetAdditiveAmount(0, 5.0);
+  EXPECT_EQ(messages.Take(), test::IndexErrors(3));
+  EXPECT_FALSE(resin.IsModified());
+  if constexpr (sizeof(std::ptrdiff_t) > 4) {
+    EXPECT_EQ(component.GetLevel(std::ptrdiff_t{1} << 32).concentration, 0.0);
+    EXPECT_EQ(messages.Take(), test::IndexErrors());
+  }
 }
 
 TEST(Components, AssignmentMatrixOfKinds) {

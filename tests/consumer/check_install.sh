@@ -33,5 +33,5 @@ echo "== $kind, by pkg-config"
 pc=$(dirname "$(find "$work/installed" -name vrxmath.pc)")
 flags=$(PKG_CONFIG_PATH=$pc pkg-config --cflags --libs vrxmath)
 # shellcheck disable=SC2086 # the flags are separate words
-"$cxx" -O1 "$source/tests/consumer/main.cpp" $flags -o "$work/consumer/by_pkg_config"
+"$cxx" -std=c++2b -O1 "$source/tests/consumer/main.cpp" $flags -o "$work/consumer/by_pkg_config"
 LD_LIBRARY_PATH=$(dirname "$pc") "$work/consumer/by_pkg_config"

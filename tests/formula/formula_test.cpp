@@ -6,7 +6,6 @@
 
 #include "tests/testing/archives.h"
 #include "tests/testing/messages.h"
-#include "tests/testing/record_lists.h"
 
 namespace vrx {
 namespace {
@@ -102,7 +101,7 @@ TEST(Formula, ArchiveForms) {
   test::ExpectRoundTripAndTruncations(Labelled{Formula({Line(7, 1.0, u"x"), Line(8, 2.0)})});
 
   test::ExpectHostileCountsRefused(labelled);
-  test::ExpectRoundTripAndTruncations(test::RecordList<CDbNames>{{3, u"Sky", u"Wall paint"}});
+  test::ExpectRoundTripAndTruncations(CDbNames{3, u"Sky", u"Wall paint"});
 }
 
 TEST(ProductLine, ArchiveForm) {

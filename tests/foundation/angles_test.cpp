@@ -121,6 +121,13 @@ TEST(Angles, TablesFollowTheGeometriesByAngle) {
 TEST(Angles, ArchiveForm) {
   EXPECT_EQ(test::Stored(MakeAngles({9, 4})).size(), 6u);
   test::ExpectRoundTripAndTruncations(MakeAngles({9, 4, 48}));
+  test::Bytes tooMany(300);
+  tooMany[0] = tooMany[1] = std::byte{1};  // 257 codes
+  CAngles angles = MakeAngles({4, 7});
+  EXPECT_EQ(test::ArchiveFailure([&] { test::Load(angles, tooMany); }), CArchiveException::kBadFormat);
+  angles.SetFlag(1, false);
+  EXPECT_TRUE(angles.HasFlag(0) && !angles.HasFlag(1));
+  EXPECT_FALSE(angles == MakeAngles({4, 7}));
 }
 
 }  // namespace

@@ -1,11 +1,12 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
+#include <vrxmath/foundation/angles.h>
 #include <vrxmath/foundation/attributes.h>
-#include <vrxmath/foundation/small_records.h>
+#include <vrxmath/foundation/cmc_factors.h>
+#include <vrxmath/foundation/sort_double.h>
 
 #include "tests/testing/archives.h"
-#include "tests/testing/record_lists.h"
 
 namespace vrx {
 namespace {
@@ -67,11 +68,11 @@ TEST(Attributes, LabelsAreFoundByIdAndFillAList) {
 }
 
 TEST(Attributes, ArchiveForms) {
-  using Attributes = test::RecordList<CAttribute>;
-  test::ExpectRoundTripAndTruncations(Attributes{TextAttribute(1, u"Gloss"), NumberAttribute(2, -0.5)},
-                                      Attributes{NumberAttribute(9, 1.0)});
-  test::ExpectRoundTripAndTruncations(test::RecordList<CAttributeLabel>{{3, 1, u"Lot"}});
-  test::ExpectHostileCountsRefused(Attributes{NumberAttribute(9, 1.0)});
+  const auto old = test::ListOf<CAttributeArray>(NumberAttribute(9, 1.0));
+  test::ExpectRoundTripAndTruncations(TextAttribute(1, u"Gloss"), NumberAttribute(9, 1.0));
+  test::ExpectRoundTripAndTruncations(test::ListOf<CAttributeArray>(NumberAttribute(2, -0.5)), old);
+  test::ExpectRoundTripAndTruncations(CAttributeLabel{3, 1, u"Lot"});
+  test::ExpectHostileCountsRefused(old);
 }
 
 TEST(SmallRecords, SortKeepsThePlaceAndArchiveKeepsTheRest) {
@@ -84,9 +85,11 @@ TEST(SmallRecords, SortKeepsThePlaceAndArchiveKeepsTheRest) {
   const int32_t expected[] = {2, 0, 3, 1};
   for (int32_t i = 0; i < 4; ++i) EXPECT_EQ(values[i].index, expected[i]) << i;
 
-  test::ExpectRoundTripAndTruncations(test::RecordList<CSortDouble>{{2.0, 0}, {-1.0, 7}});
-  test::ExpectRoundTripAndTruncations(test::RecordList<CAngleWeight>{{11, 0.25}});
-  test::ExpectRoundTripAndTruncations(test::RecordList<CCmcFactorData>{{1.5, 1.25, 0.75, 2.5}});
+  test::ExpectRoundTripAndTruncations(
+      test::ListOf<CSortDoubleArray>(CSortDouble{2.0, 0}, CSortDouble{-1.0, 7}));
+  test::ExpectRoundTripAndTruncations(CSortDouble{2.0, 0});
+  test::ExpectRoundTripAndTruncations(CAngleWeight{11, 0.25});
+  test::ExpectRoundTripAndTruncations(CCmcFactorData{1.5, 1.25, 0.75, 2.5});
 }
 
 }  // namespace

@@ -111,7 +111,8 @@ TEST(CheckedArray, InsertsItsOwnElements) {
   CStringArray1 texts;
   texts.Add(u"text");
   for (int i = 0; i < 100; ++i) texts.InsertAt(0, texts[texts.GetSize() - 1].CStr());
-  EXPECT_EQ(texts[0], u"text");
+  texts.Fill(texts[0].CStr());
+  for (const CString& text : texts) EXPECT_EQ(text, u"text");
 }
 
 TEST(CheckedArray, InsertingBeyondTheEndFillsTheGapWithDefaults) {
@@ -279,12 +280,17 @@ TEST(ArrayArchive, RoundTripsAndTruncations) {
   }
 }
 
-TEST(ArrayArchive, OwningElementsHaveNoPlainForm) {
+TEST(ArrayArchive, ElementsWithFormsOfTheirOwn) {
+  const auto nested = test::ListOf<CDoubleArray2>(Doubles({1.0}), CDoubleArray1());
+  EXPECT_EQ(test::Stored(nested), MakeBytes({2, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0xF0, 0x3F, 0, 0}));
+  test::ExpectRoundTripAndTruncations(nested, test::ListOf<CDoubleArray2>(Doubles({7.0})));
   CStringArray1 texts;
   texts.Add(u"a");
-  EXPECT_THROW(test::Stored(texts), CInvalidArgException);
-  EXPECT_THROW(test::Load(texts, MakeBytes({1, 0, 1, 2, 3, 4, 5, 6, 7, 8})), CInvalidArgException);
-  EXPECT_EQ(texts[0], u"a");
+  test::ExpectRoundTripAndTruncations(texts);
+  struct Formless {};
+  CArrayVarex<Formless> formless;
+  EXPECT_THROW(test::Stored(formless), CInvalidArgException);
+  EXPECT_THROW(test::Load(formless, MakeBytes({1, 0, 1, 2})), CInvalidArgException);
   enum Open { kOpen };
   enum Fixed : int16_t { kFixed };
   enum class Scoped { kOne };

@@ -94,6 +94,7 @@ TEST(ListData, ArchiveForm) {
   EXPECT_EQ(test::Stored(list),
             test::MakeBytes({2, 0, 1, 0, 0, 0, 1, 0, 'a', 0, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0}));
   test::ExpectRoundTripAndTruncations(list, MakeList({{5, u"old"}}));
+  test::ExpectRoundTripAndTruncations(CListData{7, u"x"});
 }
 
 }  // namespace

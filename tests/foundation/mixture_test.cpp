@@ -7,7 +7,6 @@
 #include <vrxmath/foundation/mixture.h>
 
 #include "tests/testing/archives.h"
-#include "tests/testing/record_lists.h"
 
 namespace vrx {
 namespace {
@@ -64,7 +63,11 @@ TEST(Mixture, ArchiveForm) {
   mixture.Add(CMixtureElement());
   test::ExpectRoundTripAndTruncations(mixture);
   test::ExpectHostileCountsRefused(mixture);
-  test::ExpectRoundTripAndTruncations(test::RecordList<CColorantLevel>{CColorantLevel(2)});
+  test::ExpectRoundTripAndTruncations(element);
+  test::ExpectRoundTripAndTruncations(element.values[0]);
+  CColorantLevel level(2);
+  level.concentration = 0.5;
+  test::ExpectRoundTripAndTruncations(level);
 }
 
 // The smallest framed record.
@@ -104,6 +107,9 @@ TEST(ArchiveFrame, ChecksumAndRefusals) {
     EXPECT_EQ(target.x, 4.0) << row.position;
   }
   test::ExpectRoundTripAndTruncations(Framed{1.5}, Framed{4.0});
+  const std::span<const std::byte> tooLong(sound.data(), std::size_t{1} << 31);
+  EXPECT_THROW(test::StoredBy([&](CArchive& archive) { StoreFrame(archive, kFormat, tooLong); }),
+               CInvalidArgException);
 }
 
 }  // namespace

@@ -108,8 +108,10 @@ TEST(Archive, TheWrongDirectionIsAnError) {
   EXPECT_EQ(ArchiveFailure([&] { in.WriteString(u"a"); }), CArchiveException::kReadOnly);
   EXPECT_EQ(ArchiveFailure([&] { out >> byte; }), CArchiveException::kWriteOnly);
   EXPECT_EQ(ArchiveFailure([&] { out.ReadString(); }), CArchiveException::kWriteOnly);
-  in >> byte;
-  EXPECT_EQ(byte, 1);
+  bool truth = false;
+  in >> truth;
+  EXPECT_TRUE(truth);
+  EXPECT_EQ(ArchiveFailure([&] { in >> truth; }), CArchiveException::kBadFormat);  // 2
   store.Rewind();
   EXPECT_EQ(store.Remaining(), 2u);
 }

@@ -83,6 +83,7 @@ TEST(Array, ExhaustedMemoryIsReportedAndChangesNothing) {
 
 // Fails in the constructor when its fuse has burnt down, and knows how many of its kind are alive.
 struct Brittle {
+  using MovesBitwise = Brittle;
   static inline int alive = 0;
   static inline int fuse = -1;
   int value = 0;
@@ -99,16 +100,23 @@ struct Brittle {
   }
 };
 
+struct Copyable : CArray<Brittle> {
+  using CArray::AssignCopies;
+};
+
 TEST(Array, AnElementThatFailsLeavesTheOthers) {
   struct Row {
     int index, count;
   };
-  for (const Row row : {Row{0, 3}, {2, 1}, {4, 2}, {7, 2}, {-1, 9}}) {  // -1: grow to `count`
+  for (const Row row : {Row{0, 3}, {2, 1}, {4, 2}, {7, 2}, {-1, 9}, {-2, 0}}) {  // -1: grow, -2: assign
     for (int fuse = 0;; ++fuse) {
-      CArray<Brittle> array;
+      Copyable array, other;
       for (int v = 0; v < 4; ++v) array.Add(v);
       const Brittle value(9);
+      if (row.index == -2) other.InsertAt(0, value, 3);
+      const int before = Brittle::alive;
       const auto grow = [&] {
+        if (row.index == -2) return array.AssignCopies(other);
         row.index < 0 ? array.SetSize(row.count) : array.InsertAt(row.index, value, row.count);
       };
       Brittle::fuse = fuse;
@@ -122,7 +130,7 @@ TEST(Array, AnElementThatFailsLeavesTheOthers) {
       }
       ASSERT_EQ(array.GetSize(), 4) << row.index << ' ' << fuse;
       for (int v = 0; v < 4; ++v) EXPECT_EQ(array.GetData()[v].value, v);
-      EXPECT_EQ(Brittle::alive, 5) << row.index << ' ' << fuse;
+      EXPECT_EQ(Brittle::alive, before) << row.index << ' ' << fuse;
     }
     EXPECT_EQ(Brittle::alive, 0) << row.index;
   }

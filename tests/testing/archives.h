@@ -38,6 +38,14 @@ Bytes Stored(T value) {
   return StoredBy([&](CArchive& archive) { value.Serialize(archive); });
 }
 
+/// An array of elements.
+template <class ARRAY, class... Element>
+ARRAY ListOf(const Element&... elements) {
+  ARRAY array;
+  (array.Add(elements), ...);
+  return array;
+}
+
 template <class T>
 void Load(T& value, std::span<const std::byte> bytes) {
   MemoryStore store(bytes);

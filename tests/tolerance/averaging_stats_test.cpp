@@ -4,6 +4,7 @@
 #include <vrxmath/tolerance/averaging_stats.h>
 
 #include "tests/testing/archives.h"
+#include "tests/testing/messages.h"
 
 namespace vrx {
 namespace {
@@ -20,6 +21,9 @@ TEST(AveragingStats, SettersCap) {
     EXPECT_EQ(stats.First(4), stored) << "the second statistic of coordinate 1";
   }
   CAveragingStats stats;
+  test::MessageRecorder messages;
+  EXPECT_EQ(stats.Second(2147483647), 0.0);
+  EXPECT_EQ(messages.Take(), test::IndexErrors());
   stats.SetFirst(1, 0.3);
   EXPECT_DOUBLE_EQ(stats.FirstSquared(1), 0.09);
 }

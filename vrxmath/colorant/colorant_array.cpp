@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <vrxmath/foundation/record_archive.h>
+#include <vrxmath/platform/with_memory.h>
 
 namespace vrx {
 namespace {
@@ -77,16 +78,14 @@ void CBlendColorant::Serialize(CArchive& archive) {
   SerializeFields(archive, componentId, weight, index);
 }
 
-CColorantArray::~CColorantArray() = default;
-
 int32_t CColorantArray::IndexOfId(uint32_t id) const {
   const CColorant* found =
       std::find_if(begin(), end(), [&](const CColorant& colorant) { return colorant.GetId() == id; });
   return found == end() ? -1 : static_cast<int32_t>(found - begin());
 }
 
-void CColorantArray::Blend(int32_t a, int32_t b, double wa, double wb) {
-  if (!Contains(a) || !Contains(b)) {
+void CColorantArray::Blend(std::ptrdiff_t a, std::ptrdiff_t b, double wa, double wb) {
+  if (!HasIndex(a) || !HasIndex(b)) {
     foundation_internal::ReportIndexError();
     return;
   }
@@ -97,9 +96,10 @@ void CColorantArray::Blend(int32_t a, int32_t b, double wa, double wb) {
 bool CColorantArray::Blend(const CBlendColorantArray& lines) {
   if (lines.IsEmpty()) return false;
   std::vector<Part> parts;
+  platform_internal::WithMemory([&] { parts.reserve(static_cast<std::size_t>(lines.GetSize())); });
   for (const CBlendColorant& line : lines) {
-    const int32_t i = IndexOf(line);
-    if (!Contains(i)) return false;
+    const std::ptrdiff_t i = IndexOf(line);
+    if (!HasIndex(i)) return false;
     parts.push_back({&GetAt(i), line.weight});
   }
   ElementAt(IndexOf(lines[0])) = BlendOf(parts);

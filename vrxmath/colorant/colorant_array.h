@@ -3,6 +3,7 @@
 #ifndef VRXMATH_COLORANT_COLORANT_ARRAY_H_
 #define VRXMATH_COLORANT_COLORANT_ARRAY_H_
 
+#include <cstddef>
 #include <cstdint>
 
 #include <vrxmath/colorant/components.h>
@@ -22,7 +23,8 @@ struct VRX_API CBlendColorant {
     return componentId == other.componentId && NearlyEqual(weight, other.weight) && index == other.index;
   }
 
-  /// Archive form: id (32 bits), weight (64 bits), index (32 bits). Throws as CArchive does.
+  /// Archive form: id (32 bits), weight (64 bits), index (32 bits). Throws as CArchive does; the
+  /// line is then unchanged.
   void Serialize(CArchive& archive);
   static constexpr std::size_t kMinArchiveBytes = 16;
 };
@@ -32,8 +34,6 @@ using CBlendColorantArray = CArrayVarex<CBlendColorant>;
 /// The colorants of a colour system, in its order.
 class VRX_API CColorantArray : public CArrayVarex<CColorant> {
  public:
-  ~CColorantArray() override;
-
   /// Index of the first colorant with that number; -1 when there is none.
   int32_t IndexOfId(uint32_t id) const;
 
@@ -42,17 +42,16 @@ class VRX_API CColorantArray : public CArrayVarex<CColorant> {
   /// two-constant theory add. The blend keeps name and class code of `a`, states the weights in its
   /// description ("%9.6f %9.6f") and is otherwise a new colorant.
   /// Errors: a bad index shows the index message, and nothing changes.
-  void Blend(int32_t a, int32_t b, double wa, double wb);
+  void Blend(std::ptrdiff_t a, std::ptrdiff_t b, double wa, double wb);
 
   /// The blend of any number of colorants: what blending pair by pair in line order gives, with the weights
-  /// of all lines in the description. It takes the place of the first
-  /// line's colorant. One line scales its colorant by its weight.
+  /// of all lines in the description. It takes the place of the first line's colorant. One line scales its
+  /// colorant by its weight.
   /// Errors: false, with nothing changed, when there is no line or a line's colorant does not exist.
   bool Blend(const CBlendColorantArray& lines);
 
  private:
-  bool Contains(int32_t i) const { return i >= 0 && i < GetSize(); }
-  int32_t IndexOf(const CBlendColorant& line) const {
+  std::ptrdiff_t IndexOf(const CBlendColorant& line) const {
     return line.index >= 0 ? line.index : IndexOfId(line.componentId);
   }
 };

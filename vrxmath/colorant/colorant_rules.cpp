@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include <vrxmath/platform/exceptions.h>
 
@@ -54,7 +55,7 @@ int32_t CColorantRulesData::LongestRow() const {
   return longest;
 }
 
-int32_t CColorantRulesData::FindInRow(int32_t row, uint32_t componentId) const {
+int32_t CColorantRulesData::FindInRow(std::ptrdiff_t row, uint32_t componentId) const {
   return IndexOfId(rules_[row], componentId);
 }
 
@@ -65,7 +66,7 @@ bool CColorantRulesData::IsAllowed(const CDWordArray1& candidates) const {
   });
 }
 
-CWordArray1 CColorantRulesData::MembersPresent(int32_t row, const CDWordArray1& candidates) const {
+CWordArray1 CColorantRulesData::MembersPresent(std::ptrdiff_t row, const CDWordArray1& candidates) const {
   CWordArray1 positions;
   for (const uint32_t id : rules_[row]) {
     const int32_t position = IndexOfId(candidates, id);
@@ -74,11 +75,11 @@ CWordArray1 CColorantRulesData::MembersPresent(int32_t row, const CDWordArray1& 
   return positions;
 }
 
-void CColorantRulesData::SetRow(int32_t i, const CDWordArray1& row) {
-  if (i < 0 || i == std::numeric_limits<int32_t>::max()) throw CInvalidArgException();
-  const CDWordArray1 copy(row);  // `row` may be one of these rows
-  if (i >= rules_.GetSize()) rules_.SetSize(i + 1);
-  rules_[i] = copy;
+void CColorantRulesData::SetRow(std::ptrdiff_t i, const CDWordArray1& row) {
+  if (i < 0 || i >= std::numeric_limits<int32_t>::max()) throw CInvalidArgException();
+  CDWordArray1 copy(row);  // `row` may be one of these rows
+  if (i >= rules_.GetSize()) rules_.SetSize(static_cast<int32_t>(i) + 1);
+  rules_[i] = std::move(copy);
 }
 
 int32_t CColorantRulesData::AppendRow(const CDWordArray1& row) {
@@ -100,7 +101,7 @@ void CColorantRulesData::Serialize(CArchive& archive) {
   CDWordArray2 loaded;
   loaded.SetSize(LoadCount(archive));
   for (CDWordArray1& row : loaded) LoadRow(archive, row);
-  rules_ = loaded;
+  rules_ = std::move(loaded);
 }
 
 }  // namespace vrx

@@ -3,6 +3,7 @@
 #ifndef VRXMATH_COLORANT_COLORANT_RULES_H_
 #define VRXMATH_COLORANT_COLORANT_RULES_H_
 
+#include <cstddef>
 #include <cstdint>
 
 #include <vrxmath/export.h>
@@ -28,17 +29,17 @@ class VRX_API CColorantRulesData : public CObject {
   /// The entry count of the longest row; 0 without rows.
   int32_t LongestRow() const;
   /// Index in row `row` of the first entry equal to `componentId`; -1 when there is none.
-  int32_t FindInRow(int32_t row, uint32_t componentId) const;
+  int32_t FindInRow(std::ptrdiff_t row, uint32_t componentId) const;
 
   /// False when the candidates hold every member of a row that is not empty. Fewer than two candidates are
   /// always allowed.
   bool IsAllowed(const CDWordArray1& candidates) const;
   /// Where in `candidates` the members of row `row` first occur, in row order; absent ones are skipped.
-  CWordArray1 MembersPresent(int32_t row, const CDWordArray1& candidates) const;
+  CWordArray1 MembersPresent(std::ptrdiff_t row, const CDWordArray1& candidates) const;
 
   /// Puts `row` at index `i`; at or beyond the end the list grows to i + 1 rows. Throws CInvalidArgException
-  /// when `i` is negative.
-  void SetRow(int32_t i, const CDWordArray1& row);
+  /// when `i` is negative or beyond 31 bits.
+  void SetRow(std::ptrdiff_t i, const CDWordArray1& row);
   /// Appends a row and returns its index.
   int32_t AppendRow(const CDWordArray1& row);
   /// Appends a copy of every row of `other`, in order.

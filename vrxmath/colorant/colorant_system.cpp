@@ -15,14 +15,12 @@ struct ComponentArchive {
                     component.amountB_, component.factor_, component.refA_, component.refB_, component.refC_,
                     component.kind_, component.flags_, component.scaleA_, component.scaleB_,
                     component.scaleC_, component.classCode_, component.option_, component.currentLevel_,
-                    component.modified_);
-    SerializeRecords(archive, component.levels_);
+                    component.modified_, component.levels_);
   }
 
   static void Serialize(CArchive& archive, CColorant& colorant) {
     Serialize(archive, static_cast<CComponent&>(colorant));
-    SerializeFields(archive, colorant.valueA_, colorant.percent_);
-    SerializeRecords(archive, colorant.attributes_);
+    SerializeFields(archive, colorant.valueA_, colorant.percent_, colorant.attributes_);
   }
 
   static void Serialize(CArchive& archive, CResin& resin) {
@@ -64,10 +62,7 @@ void SerializeAngles(CArchive& archive, CAngles& angles) {
 }  // namespace
 
 void CColorantSystemComponent::Serialize(CArchive& archive) {
-  uint8_t flag = enabled ? 1 : 0;
-  vrx::SerializeFields(archive, componentId, kind, position, flag);
-  if (flag > 1) throw CArchiveException(CArchiveException::kBadFormat);
-  enabled = flag != 0;
+  SerializeFields(archive, componentId, kind, position, enabled);
 }
 
 bool CColorantSystemData::operator==(const CColorantSystemData& other) const {
@@ -88,14 +83,10 @@ void CColorantSystemData::Serialize(CArchive& archive) {
 void CColorantSystemData::SerializeFields(CArchive& archive) {
   vrx::SerializeFields(archive, k1, k2, valueA, count, valueB, flagsA, flagsB, opticalModel, name);
   SerializeAngles(archive, angles);
-  SerializeRecords(archive, attributeLabels);
-  SerializeRecords(archive, textsA);
-  SerializeRecords(archive, textsB);
-  vrx::SerializeFields(archive, numbersA, numbersB, numbersC);
+  vrx::SerializeFields(archive, attributeLabels, textsA, textsB, numbersA, numbersB, numbersC);
   ComponentArchive::SerializeAll(archive, colorants);
   ComponentArchive::SerializeAll(archive, resins);
-  SerializeRecords(archive, componentsA);
-  SerializeRecords(archive, componentsB);
+  vrx::SerializeFields(archive, componentsA, componentsB);
 }
 
 }  // namespace vrx

@@ -25,8 +25,8 @@ struct VRX_API CColorantSystemComponent {
 
   bool operator==(const CColorantSystemComponent&) const = default;
 
-  /// Archive form: id, kind, position (32 bits each), enabled (8 bits, 0 or 1). Throws as CArchive does, and
-  /// kBadFormat for another value of enabled.
+  /// Archive form: id, kind, position (32 bits each), enabled (8 bits, 0 or 1). Throws as CArchive does,
+  /// kBadFormat for another value of enabled; the record is then unchanged.
   void Serialize(CArchive& archive);
   static constexpr std::size_t kMinArchiveBytes = 13;
 };
@@ -37,6 +37,8 @@ using CColorantSystemComponentArray = CArrayVarex<CColorantSystemComponent>;
 /// the library keeps, copies, compares and stores them.
 class VRX_API CColorantSystemData {
  public:
+  using MovesBitwise = CColorantSystemData;
+
   CColorantSystemData() { angles.SetCodes(1); }
 
   /// Saunderson's surface reflections: k1 of the light that enters, k2 of the diffuse light that leaves. 0.04

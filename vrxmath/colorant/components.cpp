@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include <vrxmath/foundation/record_archive.h>
 
@@ -41,11 +42,11 @@ VRX_IMPLEMENT_DYNAMIC(CResin, CComponent)
 
 CComponent::~CComponent() = default;
 
-void CComponent::SetLevel(int32_t i, const CColorantLevel& level) {
-  if (i < 0 || i == std::numeric_limits<int32_t>::max()) throw CInvalidArgException();
+void CComponent::SetLevel(std::ptrdiff_t i, const CColorantLevel& level) {
+  if (i < 0 || i >= std::numeric_limits<int32_t>::max()) throw CInvalidArgException();
   if (i >= levels_.GetSize()) {
     const CColorantLevel copy(level);  // `level` may be one of these levels
-    levels_.SetSize(i + 1);
+    levels_.SetSize(static_cast<int32_t>(i) + 1);
     levels_[i] = copy;
     NoteModified();
   } else {
@@ -54,8 +55,9 @@ void CComponent::SetLevel(int32_t i, const CColorantLevel& level) {
 }
 
 int32_t CComponent::AppendLevel(const CColorantLevel& level) {
+  const int32_t i = levels_.Add(level);
   NoteModified();
-  return levels_.Add(level);
+  return i;
 }
 
 void CComponent::RemoveLevel(int32_t i) {
@@ -65,7 +67,10 @@ void CComponent::RemoveLevel(int32_t i) {
   if (count != 0 && currentLevel_ >= count) currentLevel_ = count - 1;
 }
 
-void CComponent::SetLevelValues(int32_t level, int32_t entry, const CColorantValues& values) {
+void CComponent::SetLevelValues(std::ptrdiff_t level, std::ptrdiff_t entry, const CColorantValues& values) {
+  if (!levels_.HasIndex(level) || !levels_[level].values.HasIndex(entry)) {
+    return foundation_internal::ReportIndexError();
+  }
   Change(levels_[level].values[entry], values);
 }
 
@@ -121,6 +126,15 @@ CColorant& CColorant::operator=(const CColorant& other) {
   return *this;
 }
 
+CColorant& CColorant::operator=(CColorant&& other) noexcept {
+  CComponent::operator=(std::move(other));
+  if (GetKind() == kKindResin) StoreKind(kKindColorant);
+  valueA_ = other.valueA_;
+  percent_ = other.percent_;
+  attributes_ = std::move(other.attributes_);
+  return *this;
+}
+
 bool CColorant::IsWhite() const {
   constexpr int32_t kFirst = 8;  // 440 nm
   constexpr int32_t kLast = 34;  // 700 nm
@@ -145,13 +159,8 @@ bool CColorant::operator==(const CColorant& other) const {
          attributes_ == other.attributes_;
 }
 
-CAdditiveArray::~CAdditiveArray() = default;
-
-void CAdditiveArray::Serialize(CArchive& archive) {
-  constexpr std::size_t kRecordBytes = 12;
-  SerializeList(archive, *this, kRecordBytes, [](CArchive& one, CAdditive& additive) {
-    SerializeFields(one, additive.componentId, additive.amount);
-  });
+void CAdditive::Serialize(CArchive& archive) {
+  SerializeFields(archive, componentId, amount);
 }
 
 CTopOff::~CTopOff() = default;
@@ -206,6 +215,16 @@ void CResin::RemoveAdditive(uint32_t componentId) {
   if (i < 0) return;
   additives_.RemoveAt(i);
   NoteModified();
+}
+
+void CResin::SetAdditiveId(std::ptrdiff_t i, uint32_t componentId) {
+  if (!additives_.HasIndex(i)) return foundation_internal::ReportIndexError();
+  Change(additives_[i].componentId, componentId);
+}
+
+void CResin::SetAdditiveAmount(std::ptrdiff_t i, double amount) {
+  if (!additives_.HasIndex(i)) return foundation_internal::ReportIndexError();
+  Change(additives_[i].amount, amount);
 }
 
 void CResin::SetAdditiveCount(int32_t count) {

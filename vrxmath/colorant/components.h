@@ -9,6 +9,7 @@
 #define VRXMATH_COLORANT_COMPONENTS_H_
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include <vrxmath/export.h>
@@ -47,9 +48,13 @@ class VRX_API CComponent : public CObject {
   VRX_DECLARE_DYNAMIC();
 
  public:
+  using MovesBitwise = CComponent;
+
   CComponent() = default;
   CComponent(const CComponent&) = default;
+  CComponent(CComponent&&) noexcept = default;
   CComponent& operator=(const CComponent&) = default;
+  CComponent& operator=(CComponent&&) noexcept = default;
   ~CComponent() override;
 
   const CString& GetDescription() const { return description_; }
@@ -98,18 +103,18 @@ class VRX_API CComponent : public CObject {
 
   /// The calibration levels, in order.
   const CColorantLevelArray& GetLevels() const { return levels_; }
-  const CColorantLevel& GetLevel(int32_t i) const { return levels_[i]; }
+  const CColorantLevel& GetLevel(std::ptrdiff_t i) const { return levels_[i]; }
   void SetLevels(const CColorantLevelArray& levels) { Change(levels_, levels); }
   /// Puts `level` at index `i`; at or beyond the end the array grows to i + 1 levels. Throws
-  /// CInvalidArgException when `i` is negative.
-  void SetLevel(int32_t i, const CColorantLevel& level);
+  /// CInvalidArgException when `i` is negative or beyond 31 bits.
+  void SetLevel(std::ptrdiff_t i, const CColorantLevel& level);
   /// Appends a level and returns its index.
   int32_t AppendLevel(const CColorantLevel& level);
   /// Removes level `i`. A selection beyond the remaining levels moves to the last of them. Throws
   /// CInvalidArgException when there is no such level.
   void RemoveLevel(int32_t i);
-  /// Replaces one values entry of a level. A bad index shows the index message.
-  void SetLevelValues(int32_t level, int32_t entry, const CColorantValues& values);
+  /// Replaces one values entry of a level. A bad index shows the index message, and nothing changes.
+  void SetLevelValues(std::ptrdiff_t level, std::ptrdiff_t entry, const CColorantValues& values);
 
   /// Converts amounts, levels and curves between the plain basis and the basis that the factor applies to.
   /// In:      `p` weighs the base against the colorant as the factor weighs the colorant; `base` counts for
@@ -172,12 +177,15 @@ class VRX_API CColorant : public CComponent {
   VRX_DECLARE_DYNAMIC();
 
  public:
+  using MovesBitwise = CColorant;
+
   CColorant() = default;
   CColorant(const CColorant& other) : CComponent() { *this = other; }
   explicit CColorant(const CComponent& other) { *this = other; }
   /// Takes over a component; a resin becomes a colorant, every other kind stays what it is.
   CColorant& operator=(const CComponent& other);
   CColorant& operator=(const CColorant& other);
+  CColorant& operator=(CColorant&& other) noexcept;
   ~CColorant() override;
 
   double GetValueA() const { return valueA_; }
@@ -206,24 +214,21 @@ class VRX_API CColorant : public CComponent {
 };
 
 /// An additive in a base.
-struct CAdditive {
+struct VRX_API CAdditive {
   uint32_t componentId = 0;
   double amount = 0.0;
 
   bool operator==(const CAdditive& other) const {
     return componentId == other.componentId && NearlyEqual(amount, other.amount);
   }
+
+  /// Archive form: id (32 bits), amount (64 bits). Throws as CArchive does; the additive is then unchanged.
+  void Serialize(CArchive& archive);
+  static constexpr std::size_t kMinArchiveBytes = 12;
 };
 
 /// The additives of a base.
-class VRX_API CAdditiveArray : public CArrayVarex<CAdditive> {
- public:
-  ~CAdditiveArray() override;
-
-  /// Archive form: the count, then 12 bytes for each additive: id (32 bits), amount (64 bits). Throws as
-  /// CArchive does; the list is then unchanged.
-  void Serialize(CArchive& archive) override;
-};
+class CAdditiveArray : public CArrayVarex<CAdditive> {};
 
 /// How a base is topped off. What the fields mean is the host's.
 class VRX_API CTopOff : public CObject {
@@ -249,6 +254,8 @@ class VRX_API CResin : public CComponent {
   VRX_DECLARE_DYNAMIC();
 
  public:
+  using MovesBitwise = CResin;
+
   CResin();
   CResin(const CResin& other) : CComponent() { *this = other; }
   explicit CResin(const CComponent& other) { *this = other; }
@@ -278,9 +285,9 @@ class VRX_API CResin : public CComponent {
   void AddAdditive(uint32_t componentId, double amount);
   /// Removes the first additive with that number; nothing happens when there is none.
   void RemoveAdditive(uint32_t componentId);
-  /// A bad index shows the index message.
-  void SetAdditiveId(int32_t i, uint32_t componentId) { Change(additives_[i].componentId, componentId); }
-  void SetAdditiveAmount(int32_t i, double amount) { Change(additives_[i].amount, amount); }
+  /// A bad index shows the index message, and nothing changes.
+  void SetAdditiveId(std::ptrdiff_t i, uint32_t componentId);
+  void SetAdditiveAmount(std::ptrdiff_t i, double amount);
   void SetAdditiveCount(int32_t count);
 
   /// As for every component; only the top-off record stays as it is.

@@ -157,6 +157,8 @@ VRX_API double HueRadiansOf(const CLabValues& lab);
 
 /// A colour: its tristimulus values and its coordinates in the space in which it is judged.
 struct CColorValues {
+  using MovesBitwise = CColorValues;
+
   CTrisValues tristimulus;
   CLabValues lab;
   Color Values() const { return {tristimulus.Values(), lab.Values()}; }

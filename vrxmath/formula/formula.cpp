@@ -40,8 +40,6 @@ void SerializeLabelled(CArchive& archive, CDbFormulaElement& line) {
 
 }  // namespace
 
-CDbFormula::~CDbFormula() = default;
-
 void CDbFormula::SetLines(const CDWordArray1& numbers, const CDoubleArray1& amounts) {
   SetSize(numbers.GetSize());
   for (int32_t i = 0; i < GetSize(); ++i) {

@@ -15,6 +15,8 @@ namespace vrx {
 
 /// One line of a formula. A new line holds a vanishingly small amount rather than none.
 struct CDbFormulaElement {
+  using MovesBitwise = CDbFormulaElement;
+
   int32_t componentId = -1;  ///< number of the component; -1 means none
   CString label;             ///< text of the line
   double amount = kUnset;
@@ -39,7 +41,6 @@ class VRX_API CDbFormula : public CArrayVarex<CDbFormulaElement> {
   CDbFormula() = default;
   /// A formula of default lines. Throws CInvalidArgException when `lines` is negative.
   explicit CDbFormula(int32_t lines) { SetSize(lines); }
-  ~CDbFormula() override;
 
   /// Makes as many lines as there are numbers, each with its component number and amount. A line that was
   /// there keeps its other fields. A number without an amount shows the index message.
@@ -62,13 +63,15 @@ class VRX_API CDbFormula : public CArrayVarex<CDbFormulaElement> {
 
 /// What a formula is called.
 struct VRX_API CDbNames {
+  using MovesBitwise = CDbNames;
+
   uint32_t id = 0;
   CString name;
   CString description;
 
   bool operator==(const CDbNames&) const = default;
 
-  /// Archive form: id (32 bits), name, description. Throws as CArchive does.
+  /// Archive form: id (32 bits), name, description. Throws as CArchive does; the names are then unchanged.
   void Serialize(CArchive& archive);
   static constexpr std::size_t kMinArchiveBytes = 8;
 };

@@ -17,8 +17,6 @@ void SerializeContent(CArchive& archive, CProductLineData& line) {
 
 }  // namespace
 
-CProductLineData::~CProductLineData() = default;
-
 bool CProductLineData::operator==(const CProductLineData& other) const {
   return CArrayVarex::operator==(other) && pickLists == other.pickLists;
 }

@@ -15,7 +15,7 @@ namespace vrx {
 /// The colour systems of one product line, with three pick lists of the host's.
 class VRX_API CProductLineData : public CArrayVarex<CColorantSystemData> {
  public:
-  ~CProductLineData() override;
+  using MovesBitwise = CProductLineData;
 
   std::array<CListDataArray, 3> pickLists;
 

@@ -4,8 +4,10 @@
 #include <array>
 #include <cmath>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include <vrxmath/foundation/record_archive.h>
 #include <vrxmath/foundation/string_numbers.h>
 
 namespace vrx {
@@ -102,11 +104,11 @@ void CAngles::Rebuild() {
   current_ = 0;
 }
 
-int32_t CAngles::IndexAt(int32_t position) const {
+int32_t CAngles::IndexAt(std::ptrdiff_t position) const {
   return position == kCurrentAngle ? current_ : sortOrder_[position];
 }
 
-CString CAngles::NameAt(int32_t position) const {
+CString CAngles::NameAt(std::ptrdiff_t position) const {
   return GetCount() < 2 ? CString() : NameOfAngle(codes_[IndexAt(position)]);
 }
 
@@ -123,7 +125,7 @@ int32_t CAngles::NearestTo(double degrees) const {
   return nearest;
 }
 
-int32_t CAngles::Translate(const CAngles& other, int32_t position) const {
+int32_t CAngles::Translate(const CAngles& other, std::ptrdiff_t position) const {
   if (position == kCurrentAngle || GetCount() == 1 || position >= other.GetCount()) return kCurrentAngle;
   return rank_[NearestTo(other.GetAngle(other.IndexAt(position)))];
 }
@@ -151,7 +153,10 @@ void CAngles::SelectFromText(WideView text) {
 bool CAngles::ReplaceForInstrument(std::span<const uint8_t> instrumentCodes) {
   std::vector<uint8_t> codes;
   if (GetCount() > 0) codes = WholeFamily(FamilyOfAngle(codes_[0]));
-  if (codes.empty()) codes.assign(instrumentCodes.begin(), instrumentCodes.end());
+  if (codes.empty()) {
+    if (instrumentCodes.size() > kMaxCodes) throw CInvalidArgException();
+    codes.assign(instrumentCodes.begin(), instrumentCodes.end());
+  }
   const bool bothSingle = GetCount() == 1 && codes.size() == 1;
   const bool same = std::equal(codes_.begin(), codes_.end(), codes.begin(), codes.end());
   const bool keepsAll = std::all_of(codes_.begin(), codes_.end(), [&](uint8_t code) {
@@ -175,11 +180,17 @@ void CAngles::Serialize(CArchive& archive) {
   }
   uint32_t count = 0;
   archive >> count;
-  if (count > kMaxCodes) throw CArchiveException(CArchiveException::kEndOfFile);
+  if (count > kMaxCodes) throw CArchiveException(CArchiveException::kBadFormat);
   std::array<uint8_t, kMaxCodes> codes;
   const auto used = std::span(codes).first(count);
   archive.Read(std::as_writable_bytes(used));
-  SetCodes(used);
+  CAngles loaded;
+  loaded.SetCodes(used);
+  *this = std::move(loaded);
+}
+
+void CAngleWeight::Serialize(CArchive& archive) {
+  SerializeFields(archive, code, weight);
 }
 
 CIntArray1 NearestIndices(const CAngles& codes, const CAngles& previous) {

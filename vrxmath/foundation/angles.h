@@ -4,6 +4,7 @@
 #ifndef VRXMATH_FOUNDATION_ANGLES_H_
 #define VRXMATH_FOUNDATION_ANGLES_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -35,9 +36,13 @@ VRX_API CString NameOfAngle(uint8_t code);
 /// those in use and the current one.
 class VRX_API CAngles {
  public:
+  using MovesBitwise = CAngles;
+
   CAngles() = default;
   CAngles(const CAngles&) = default;
+  CAngles(CAngles&&) = default;
   CAngles& operator=(const CAngles&) = default;
+  CAngles& operator=(CAngles&&) = default;
   virtual ~CAngles();
 
   /// Replaces the codes, selects every angle and makes the first stored one current.
@@ -47,48 +52,55 @@ class VRX_API CAngles {
   void SetCodes(int32_t count);
 
   int32_t GetCount() const { return codes_.GetSize(); }
-  uint8_t GetCode(int32_t index) const { return codes_[index]; }
-  uint8_t GetCodeAtPosition(int32_t position) const { return codes_[sortOrder_[position]]; }
+  uint8_t GetCode(std::ptrdiff_t index) const { return codes_[index]; }
+  uint8_t GetCodeAtPosition(std::ptrdiff_t position) const { return codes_[sortOrder_[position]]; }
   /// Degrees of the code at a stored index.
-  double GetAngle(int32_t index) const { return AngleOfCode(codes_[index]); }
+  double GetAngle(std::ptrdiff_t index) const { return AngleOfCode(codes_[index]); }
 
   int32_t GetCurrent() const { return current_; }
   void SetCurrent(int32_t current) { current_ = current; }
 
   /// The stored index behind a position in the order by angle; position kCurrentAngle gives the current angle
   /// itself.
-  int32_t IndexAt(int32_t position) const;
+  int32_t IndexAt(std::ptrdiff_t position) const;
   /// The name of a position (kCurrentAngle included); empty for a list of fewer than two codes.
-  CString NameAt(int32_t position) const;
+  CString NameAt(std::ptrdiff_t position) const;
   /// The stored index of the angle nearest to `degrees`, the first of equals; 0 for an empty list.
   int32_t NearestTo(double degrees) const;
   /// The position in this list that stands for `position` of `other`: that of the nearest angle.
   /// kCurrentAngle when the position is kCurrentAngle or beyond `other`, and when this list has one code.
-  int32_t Translate(const CAngles& other, int32_t position) const;
+  int32_t Translate(const CAngles& other, std::ptrdiff_t position) const;
 
   /// True when the list holds two or more codes of no special family: real aspecular angles.
   bool IsMultiAngle() const;
 
-  bool IsSelected(int32_t index) const { return selected_[index] != 0; }
+  bool IsSelected(std::ptrdiff_t index) const { return selected_[index] != 0; }
+  /// A second flag of each code, which belongs to the host: set by every change of the codes, compared and copied
+  /// with the list, and not archived.
+  bool HasFlag(std::ptrdiff_t index) const { return flags_[index] != 0; }
+  void SetFlag(std::ptrdiff_t index, bool flag) { flags_[index] = flag ? 1 : 0; }
+
   /// Selects angles by a text such as "1,0,1", one value per code in stored order. Missing values count as 1;
   /// with nothing selected the first angle is. The first selected angle becomes current.
   void SelectFromText(WideView text);
 
   /// Takes over the geometries of an instrument: lists of a special family become the whole family, others
   /// the instrument's own codes. Nothing changes when one single code would replace another, or when an old
-  /// code is missing from the new list. True when the list was replaced.
+  /// code is missing from the new list. True when the list was replaced. More than 256 codes raise
+  /// CInvalidArgException.
   bool ReplaceForInstrument(std::span<const uint8_t> instrumentCodes);
 
   /// Compares codes, orders and flags; the current angle takes no part.
   bool operator==(const CAngles& other) const;
 
-  /// Archive form: the number of codes, 32 bits, then one byte per code. Throws as CArchive does; a count
-  /// that the archive cannot hold raises CArchiveException (kEndOfFile) and leaves the list as it was.
+  /// Archive form: the number of codes, 32 bits, then one byte per code. Throws as CArchive does, and
+  /// CArchiveException (kBadFormat) for more than 256 codes; the list is then unchanged.
   void Serialize(CArchive& archive);
 
   const CByteArray1& Codes() const { return codes_; }
   const CByteArray1& SortOrder() const { return sortOrder_; }
   const CByteArray1& Rank() const { return rank_; }
+  const CByteArray1& Flags() const { return flags_; }
 
  private:
   void Rebuild();
@@ -98,8 +110,25 @@ class VRX_API CAngles {
   CByteArray1 sortOrder_;  // indices into codes_, ascending by angle
   CByteArray1 rank_;       // inverse of sortOrder_
   CByteArray1 selected_;
-  CByteArray1 flags_;  // a second flag per code, kept for hosts; 1 after every rebuild
+  CByteArray1 flags_;
 };
+
+/// How much one measuring geometry counts in a sum over geometries.
+struct VRX_API CAngleWeight {
+  uint8_t code = 0;     ///< geometry
+  double weight = 1.0;  ///< 1 counts in full
+
+  bool operator==(const CAngleWeight& other) const {
+    return code == other.code && NearlyEqual(weight, other.weight);
+  }
+
+  /// Archive form: code (8 bits), weight (64 bits). Throws as CArchive does; the record is
+  /// then unchanged.
+  void Serialize(CArchive& archive);
+  static constexpr std::size_t kMinArchiveBytes = 9;
+};
+
+using CAngleWeightArray = CArrayVarex<CAngleWeight>;
 
 /// For each code of `codes`, the stored index of the entry of `previous` nearest in angle: how a table with
 /// one entry per geometry follows a change of geometries.

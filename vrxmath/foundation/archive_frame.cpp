@@ -1,7 +1,11 @@
 #include <vrxmath/foundation/archive_frame.h>
 
 #include <array>
+#include <limits>
+#include <utility>
 #include <vector>
+
+#include <vrxmath/platform/with_memory.h>
 
 namespace vrx {
 namespace {
@@ -32,6 +36,9 @@ uint32_t Crc32(std::span<const std::byte> bytes) {
 }
 
 void StoreFrame(CArchive& archive, const ArchiveFormat& format, std::span<const std::byte> content) {
+  if (content.size() > static_cast<std::size_t>(std::numeric_limits<int32_t>::max())) {
+    throw CInvalidArgException();
+  }
   archive << format.tag << format.version << Crc32(content);
   archive.WriteCount(static_cast<uint32_t>(content.size()));
   archive.Write(content);
@@ -45,10 +52,11 @@ uint16_t LoadFrame(CArchive& archive, const ArchiveFormat& format, MemoryStore& 
   if (tag != format.tag || version == 0) throw CArchiveException(CArchiveException::kBadFormat);
   if (version > format.version) throw CArchiveException(CArchiveException::kNewVersion);
   archive >> checksum;
-  std::vector<std::byte> bytes(static_cast<std::size_t>(archive.ReadCheckedCount(1)));
+  const auto count = static_cast<std::size_t>(archive.ReadCheckedCount(1));
+  auto bytes = platform_internal::WithMemory([=] { return std::vector<std::byte>(count); });
   archive.Read(bytes);
   if (Crc32(bytes) != checksum) throw CArchiveException(CArchiveException::kBadFormat);
-  content = MemoryStore(bytes);
+  content = MemoryStore(std::move(bytes));
   return version;
 }
 

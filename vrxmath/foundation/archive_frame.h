@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <span>
+#include <type_traits>
+#include <utility>
 
 #include <vrxmath/export.h>
 #include <vrxmath/platform/archive.h>
@@ -24,12 +26,13 @@ struct ArchiveFormat {
 };
 
 /// Writes a frame: tag, version, checksum of the content, count of its bytes, content. Throws as CArchive
-/// does.
+/// does; content of 2^31 bytes or more, which no reader takes, raises CInvalidArgException before anything is
+/// written.
 VRX_API void StoreFrame(CArchive& archive, const ArchiveFormat& format, std::span<const std::byte> content);
 
 /// Reads a frame's content into `content` and returns its version. Throws CArchiveException: kBadFormat for
 /// another tag, a version 0 and a wrong checksum, kNewVersion for a version after that of `format`,
-/// kEndOfFile for a frame cut short. `content` is then unchanged.
+/// kEndOfFile for a frame cut short; CMemoryException. `content` is then unchanged.
 VRX_API uint16_t LoadFrame(CArchive& archive, const ArchiveFormat& format, MemoryStore& content);
 
 /// The framed form of a record, in the direction of the archive. `fields` (CArchive&, RECORD&) writes or
@@ -48,7 +51,8 @@ void SerializeFramed(CArchive& archive, const ArchiveFormat& format, RECORD& rec
   RECORD loaded;
   fields(inner, loaded);
   if (content.Remaining() != 0) throw CArchiveException(CArchiveException::kBadFormat);
-  record = loaded;
+  static_assert(std::is_nothrow_move_assignable_v<RECORD>);
+  record = std::move(loaded);
 }
 
 }  // namespace vrx

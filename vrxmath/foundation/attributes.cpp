@@ -25,19 +25,21 @@ bool CAttribute::operator==(const CAttribute& other) const {
 }
 
 void CAttribute::Serialize(CArchive& archive) {
-  SerializeFields(archive, id_, type_);
-  if (IsText()) {
+  int32_t id = id_;
+  uint8_t type = type_;
+  SerializeFields(archive, id, type);
+  if (type == kText) {
     SerializeField(archive, text_);
   } else {
     SerializeField(archive, number_);
   }
+  id_ = id;
+  type_ = type;
 }
 
 void CAttributeLabel::Serialize(CArchive& archive) {
   SerializeFields(archive, id, kind, text);
 }
-
-CAttributeLabelArray::~CAttributeLabelArray() = default;
 
 const CString& CAttributeLabelArray::TextOf(int32_t id) const {
   const CAttributeLabel* label =

@@ -19,6 +19,8 @@ namespace vrx {
 /// because neither setter changes it.
 class VRX_API CAttribute {
  public:
+  using MovesBitwise = CAttribute;
+
   /// The type of a text. Every other type is a number.
   static constexpr uint8_t kText = 2;
 
@@ -43,7 +45,8 @@ class VRX_API CAttribute {
   /// Same id, same type, and the same value by exact comparison: numbers have no tolerance here.
   bool operator==(const CAttribute& other) const;
 
-  /// Archive form: id (32 bits), type (8 bits), then the text or the number. Throws as CArchive does.
+  /// Archive form: id (32 bits), type (8 bits), then the text or the number. Throws as CArchive does; the
+  /// attribute is then unchanged.
   void Serialize(CArchive& archive);
   static constexpr std::size_t kMinArchiveBytes = 7;
 
@@ -59,13 +62,15 @@ using CAttributeArray2 = CArrayVarex<CAttributeArray>;
 
 /// The display text of one attribute number.
 struct VRX_API CAttributeLabel {
+  using MovesBitwise = CAttributeLabel;
+
   int32_t id = 0;
   uint8_t kind = 0;  ///< the host's
   CString text;
 
   bool operator==(const CAttributeLabel&) const = default;
 
-  /// Archive form: id (32 bits), kind (8 bits), text. Throws as CArchive does.
+  /// Archive form: id (32 bits), kind (8 bits), text. Throws as CArchive does; the label is then unchanged.
   void Serialize(CArchive& archive);
   static constexpr std::size_t kMinArchiveBytes = 7;
 };
@@ -73,8 +78,6 @@ struct VRX_API CAttributeLabel {
 /// The labels of a database.
 class VRX_API CAttributeLabelArray : public CArrayVarex<CAttributeLabel> {
  public:
-  ~CAttributeLabelArray() override;
-
   /// The text of the first label with that id; of label 0 when there is none. An empty array shows the index
   /// message and gives an empty text.
   const CString& TextOf(int32_t id) const;

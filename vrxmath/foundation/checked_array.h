@@ -21,23 +21,17 @@
 #include <type_traits>
 
 #include <vrxmath/export.h>
+#include <vrxmath/foundation/archive_field.h>
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/platform/archive.h>
 #include <vrxmath/platform/array.h>
 
 namespace vrx {
 
-/// True for element types whose bytes in memory are their archive form: numbers, and enumerations with a
-/// fixed underlying type. It must hold every bit pattern, since an archive may give any; so `bool` and other
-/// enumerations are not among them. A record may be declared so when it has nothing but such fields and no
-/// padding in any build.
-template <class T>
-inline constexpr bool kHasPlainArchiveForm = std::is_arithmetic_v<T> && !std::is_same_v<T, bool>;
-template <class T>
-requires std::is_enum_v<T>
-inline constexpr bool kHasPlainArchiveForm<T> = requires {
-  T{0};
-};  // only if fixed
+template <class TYPE, class ARG_TYPE>
+class CArrayVarex;
+template <class TYPE, class ARG_TYPE>
+inline constexpr bool kHasArchiveForm<CArrayVarex<TYPE, ARG_TYPE>> = kHasArchiveForm<TYPE>;
 
 namespace foundation_internal {
 
@@ -62,25 +56,37 @@ class CArrayVarex : public CArray<TYPE, ARG_TYPE> {
 
  public:
   CArrayVarex() = default;
-  CArrayVarex(const CArrayVarex& other) : Base() { *this = other; }
+  CArrayVarex(const CArrayVarex& other) : Base() { this->AssignCopies(other); }
+  CArrayVarex(CArrayVarex&& other) noexcept : Base() { this->SwapElements(other); }
+  /// Copies the elements; the step of growth stays. Throws CMemoryException and what copying an element throws;
+  /// the array is then unchanged.
   CArrayVarex& operator=(const CArrayVarex& other) {
-    if (this == &other) return *this;
-    this->SetSize(other.GetSize(), -1);
-    std::copy(other.begin(), other.end(), this->begin());
+    if (this != &other) this->AssignCopies(other);
+    return *this;
+  }
+  /// Exchanges the elements.
+  CArrayVarex& operator=(CArrayVarex&& other) noexcept {
+    this->SwapElements(other);
     return *this;
   }
   ~CArrayVarex() override = default;
 
+  /// True when there is an element `i`. One unsigned comparison: a negative index is out of bounds too.
+  bool HasIndex(std::ptrdiff_t i) const {
+    return static_cast<std::size_t>(i) < static_cast<std::size_t>(this->size_);
+  }
+
   /// Element `i`. Any index is safe: see the top of this file for what stands in beyond the size.
-  const TYPE& GetAt(std::ptrdiff_t i) const { return InBounds(i) ? this->data_[i] : BeyondBounds(i); }
-  TYPE& ElementAt(std::ptrdiff_t i) { return InBounds(i) ? this->data_[i] : BeyondBounds(i); }
+  const TYPE& GetAt(std::ptrdiff_t i) const { return HasIndex(i) ? this->data_[i] : BeyondBounds(i); }
+  TYPE& ElementAt(std::ptrdiff_t i) { return HasIndex(i) ? this->data_[i] : BeyondBounds(i); }
   const TYPE& operator[](std::ptrdiff_t i) const { return GetAt(i); }
   TYPE& operator[](std::ptrdiff_t i) { return ElementAt(i); }
   void SetAt(std::ptrdiff_t i, ARG_TYPE value) { ElementAt(i) = value; }
 
   /// Assigns `value` to every element, in index order.
   void Fill(ARG_TYPE value) {
-    for (TYPE& element : *this) element = value;
+    const TYPE copy(value);  // `value` may be an element of this array
+    for (TYPE& element : *this) element = copy;
   }
 
   bool operator==(const CArrayVarex& other) const {
@@ -89,18 +95,21 @@ class CArrayVarex : public CArray<TYPE, ARG_TYPE> {
                       [](const TYPE& a, const TYPE& b) { return foundation_internal::ElementsEqual(a, b); });
   }
 
-  /// Archive form: the element count in the count encoding, then the elements' bytes in one block. Only for
-  /// elements with a plain archive form (kHasPlainArchiveForm); others hold pointers, which mean nothing in
-  /// an archive, and raise CInvalidArgException: their owners have archive forms of their own. Reading throws
-  /// CArchiveException (kEndOfFile) when the archive is too short, before the array is touched.
+  /// Archive form: the element count in the count encoding, then the elements: those with a plain archive form
+  /// (kHasPlainArchiveForm) as their bytes in one block, texts, records and nested arrays one by one in forms of
+  /// their own. Elements without one (kHasArchiveForm) raise CInvalidArgException: their bytes in memory are
+  /// pointers, which mean nothing in an archive. Throws as CArchive does; when reading fails, the array is
+  /// unchanged.
   void Serialize(CArchive& archive) override {
-    if constexpr (kHasPlainArchiveForm<TYPE>) {
+    if constexpr (kHasArchiveForm<TYPE>) {
       if (archive.IsStoring()) {
         archive.WriteCount(static_cast<uint32_t>(this->size_));
-        archive.Write(std::as_bytes(std::span(this->data_, static_cast<std::size_t>(this->size_))));
+        SerializeElements(archive);
       } else {
-        this->SetSize(archive.ReadCheckedCount(sizeof(TYPE)), -1);
-        archive.Read(std::as_writable_bytes(std::span(this->data_, static_cast<std::size_t>(this->size_))));
+        CArrayVarex loaded;
+        loaded.SetSize(archive.ReadCheckedCount(MinArchiveBytes<TYPE>()));
+        loaded.SerializeElements(archive);
+        this->SwapElements(loaded);
       }
     } else {
       throw CInvalidArgException();
@@ -108,9 +117,14 @@ class CArrayVarex : public CArray<TYPE, ARG_TYPE> {
   }
 
  private:
-  // One unsigned comparison: a negative index is out of bounds too.
-  bool InBounds(std::ptrdiff_t i) const {
-    return static_cast<std::size_t>(i) < static_cast<std::size_t>(this->size_);
+  void SerializeElements(CArchive& archive) {
+    if constexpr (kHasPlainArchiveForm<TYPE>) {
+      const std::span<TYPE> elements(this->data_, static_cast<std::size_t>(this->size_));
+      archive.IsStoring() ? archive.Write(std::as_bytes(elements))
+                          : archive.Read(std::as_writable_bytes(elements));
+    } else {
+      for (TYPE& element : *this) SerializeField(archive, element);
+    }
   }
 
 #if defined(__GNUC__)

@@ -7,6 +7,7 @@
 
 #include <vrxmath/foundation/list_box.h>
 #include <vrxmath/foundation/record_archive.h>
+#include <vrxmath/platform/with_memory.h>
 
 namespace vrx {
 namespace {
@@ -15,7 +16,7 @@ namespace {
 template <class ELEMENT, class KEY_OF>
 void StableSortByKey(ELEMENT* begin, ELEMENT* end, KEY_OF keyOf) {
   std::vector<std::pair<int32_t, ELEMENT>> keyed;
-  keyed.reserve(static_cast<std::size_t>(end - begin));
+  platform_internal::WithMemory([&] { keyed.reserve(static_cast<std::size_t>(end - begin)); });
   for (const ELEMENT* element = begin; element != end; ++element) {
     keyed.emplace_back(keyOf(*element), *element);
   }
@@ -42,8 +43,6 @@ int32_t IndexOfFirst(const CListDataArray& list, MATCHES matches) {
 void CListData::Serialize(CArchive& archive) {
   SerializeFields(archive, id, text);
 }
-
-CListDataArray::~CListDataArray() = default;
 
 int32_t CListDataArray::IndexOfText(WideView wanted) const {
   return IndexOfFirst(*this, [&](const CListData& entry) { return entry.text == wanted; });
@@ -73,10 +72,6 @@ void CListDataArray::SortIds(CDWordArray1& ids) const {
 
 int32_t CListDataArray::FillList(ListBox& list) const {
   return FillListBox(list, *this);
-}
-
-void CListDataArray::Serialize(CArchive& archive) {
-  SerializeRecords(archive, *this);
 }
 
 }  // namespace vrx

@@ -3,6 +3,7 @@
 #ifndef VRXMATH_FOUNDATION_LIST_DATA_H_
 #define VRXMATH_FOUNDATION_LIST_DATA_H_
 
+#include <cstddef>
 #include <cstdint>
 
 #include <vrxmath/export.h>
@@ -16,12 +17,14 @@ class ListBox;
 
 /// One entry of a pick list.
 struct VRX_API CListData {
+  using MovesBitwise = CListData;
+
   uint32_t id = 0;
   CString text;
 
   bool operator==(const CListData&) const = default;
 
-  /// Archive form: the id (32 bits), then the text. Throws as CArchive does.
+  /// Archive form: the id (32 bits), then the text. Throws as CArchive does; the entry is then unchanged.
   void Serialize(CArchive& archive);
   static constexpr std::size_t kMinArchiveBytes = 6;
 };
@@ -30,8 +33,6 @@ struct VRX_API CListData {
 /// with equal keys keep their order.
 class VRX_API CListDataArray : public CArrayVarex<CListData> {
  public:
-  ~CListDataArray() override;
-
   /// Index of the first entry with that text or id; -1 when there is none.
   int32_t IndexOfText(WideView text) const;
   int32_t IndexOfId(uint32_t id) const;
@@ -47,8 +48,7 @@ class VRX_API CListDataArray : public CArrayVarex<CListData> {
   /// Fills `list` with the texts, ids as item data; see FillListBox.
   int32_t FillList(ListBox& list) const;
 
-  /// Archive form: count, then the entries. Throws as CArchive does; the list is then unchanged.
-  void Serialize(CArchive& archive) override;
+  static constexpr std::size_t kMinArchiveBytes = 2;
 };
 
 using CListDataArray2 = CArrayVarex<CListDataArray>;

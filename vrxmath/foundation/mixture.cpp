@@ -1,17 +1,11 @@
 #include <vrxmath/foundation/mixture.h>
 
-#include <span>
+#include <utility>
 
 #include <vrxmath/foundation/record_archive.h>
 
 namespace vrx {
 namespace {
-
-// A curve has 40 samples in every archive.
-void SerializeCurve(CArchive& archive, CKSData& curve) {
-  if (archive.IsLoading()) curve.SetSize(kWavelengths);
-  for (int32_t i = 0; i < kWavelengths; ++i) SerializeField(archive, curve[i]);
-}
 
 // Stretches a curve's distance from that of the base.
 void ScaleOverBase(CKSData& curve, const CKSData& base, double ratio) {
@@ -26,8 +20,11 @@ CColorantValues::CColorantValues() {
 }
 
 void CColorantValues::Serialize(CArchive& archive) {
-  SerializeCurve(archive, absorption);
-  SerializeCurve(archive, scattering);
+  CColorantValues loaded;
+  const bool loads = archive.IsLoading();
+  SerializeDoubles(archive, loads ? loaded.absorption : absorption, kWavelengths);
+  SerializeDoubles(archive, loads ? loaded.scattering : scattering, kWavelengths);
+  if (loads) *this = std::move(loaded);
 }
 
 CColorantValues UnitBase() {
@@ -52,19 +49,11 @@ void CColorantLevel::KeepContributionOverBase(double ratio, const CColorantValue
 }
 
 void CColorantLevel::Serialize(CArchive& archive) {
-  SerializeField(archive, concentration);
-  SerializeRecords(archive, values);
+  SerializeFields(archive, concentration, values);
 }
 
 void CMixtureElement::Serialize(CArchive& archive) {
-  SerializeFields(archive, flags, amount);
-  SerializeRecords(archive, values);
-}
-
-CMixture::~CMixture() = default;
-
-void CMixture::Serialize(CArchive& archive) {
-  SerializeRecords(archive, *this);
+  SerializeFields(archive, flags, amount, values);
 }
 
 }  // namespace vrx

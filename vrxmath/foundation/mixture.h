@@ -17,6 +17,8 @@ namespace vrx {
 /// The optical data of a colorant under one measuring geometry: its absorption and scattering, each per unit
 /// of concentration. Every sample is 1e-5 when new.
 struct VRX_API CColorantValues {
+  using MovesBitwise = CColorantValues;
+
   CKSData absorption;  ///< K
   CKSData scattering;  ///< S
 
@@ -24,7 +26,8 @@ struct VRX_API CColorantValues {
 
   bool operator==(const CColorantValues&) const = default;
 
-  /// Archive form: 40 values of K, then 40 of S (64 bits each). Throws as CArchive does.
+  /// Archive form: 40 values of K, then 40 of S (64 bits each). Throws as CArchive does; the curves are then
+  /// unchanged.
   void Serialize(CArchive& archive);
   static constexpr std::size_t kMinArchiveBytes = 2 * kWavelengths * sizeof(double);
 };
@@ -38,6 +41,8 @@ VRX_API CColorantValues UnitBase();
 /// One calibration step of a colorant: a concentration, 0 to 1, and the curves found there, one entry per
 /// measuring geometry.
 struct VRX_API CColorantLevel {
+  using MovesBitwise = CColorantLevel;
+
   double concentration = 0.0;
   CColorantValuesArray values;
 
@@ -59,7 +64,8 @@ struct VRX_API CColorantLevel {
   /// c/c'.
   void KeepContributionOverBase(double ratio, const CColorantValues& base);
 
-  /// Archive form: concentration (64 bits), count of entries, entries. Throws as CArchive does.
+  /// Archive form: concentration (64 bits), count of entries, entries. Throws as CArchive does; the level is
+  /// then unchanged.
   void Serialize(CArchive& archive);
   static constexpr std::size_t kMinArchiveBytes = 10;
 };
@@ -68,6 +74,8 @@ using CColorantLevelArray = CArrayVarex<CColorantLevel>;
 
 /// One element of a mixture.
 struct VRX_API CMixtureElement {
+  using MovesBitwise = CMixtureElement;
+
   /// Four one-bit flags (bits 0 to 3) and a 12-bit remainder; what they mean is the host's.
   uint16_t flags = 0;
   double amount = 0.0;
@@ -84,19 +92,14 @@ struct VRX_API CMixtureElement {
            values == other.values;
   }
 
-  /// Archive form: flag word (16 bits), amount (64 bits), count of entries, entries. Throws as CArchive does.
+  /// Archive form: flag word (16 bits), amount (64 bits), count of entries, entries. Throws as CArchive does;
+  /// the element is then unchanged.
   void Serialize(CArchive& archive);
   static constexpr std::size_t kMinArchiveBytes = 12;
 };
 
 /// A colour mixture: its elements in order.
-class VRX_API CMixture : public CArrayVarex<CMixtureElement> {
- public:
-  ~CMixture() override;
-
-  /// Archive form: count, then the elements. Throws as CArchive does; the mixture is then unchanged.
-  void Serialize(CArchive& archive) override;
-};
+class CMixture : public CArrayVarex<CMixtureElement> {};
 
 }  // namespace vrx
 

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include <vrxmath/export.h>
+
 namespace vrx {
 
 /// What a quantity holds until it is measured or computed, and what a calculation returns that has no answer.

@@ -1,57 +1,34 @@
 // The archive form of records, field by field. One list of fields serves both directions, so that what is
-// written is what is read.
+// written is what is read; and a record is read as a whole or not at all.
 
 #ifndef VRXMATH_FOUNDATION_RECORD_ARCHIVE_H_
 #define VRXMATH_FOUNDATION_RECORD_ARCHIVE_H_
 
 #include <cstddef>
 #include <cstdint>
+#include <tuple>
 #include <type_traits>
+#include <utility>
 
+#include <vrxmath/foundation/archive_field.h>
 #include <vrxmath/foundation/checked_array.h>
 #include <vrxmath/foundation/typed_arrays.h>
-#include <vrxmath/platform/archive.h>
-#include <vrxmath/platform/wide_string.h>
 
 namespace vrx {
 
-/// One field in the direction of the archive: a number by its bytes, a text by its units, a record or an
-/// array by its own form.
-template <class T>
-void SerializeField(CArchive& archive, T& field) {
-  if constexpr (std::is_same_v<T, CString>) {
-    if (archive.IsStoring()) {
-      archive.WriteString(field);
-    } else {
-      field = archive.ReadString();
-    }
-  } else if constexpr (std::is_arithmetic_v<T>) {
-    if (archive.IsStoring()) {
-      archive << field;
-    } else {
-      archive >> field;
-    }
-  } else {
-    field.Serialize(archive);
-  }
-}
-
-/// Fields one after the other.
+/// Fields one after the other. Throws as CArchive does. When reading fails, all fields are unchanged: they are
+/// read into values of their own, which take the fields' places when the last one is there.
 template <class... T>
 void SerializeFields(CArchive& archive, T&... fields) {
-  (SerializeField(archive, fields), ...);
-}
-
-/// The fewest bytes that one `T` takes in an archive: the bound that a count is checked against.
-template <class T>
-constexpr std::size_t MinArchiveBytes() {
-  if constexpr (std::is_arithmetic_v<T>) {
-    return sizeof(T);
-  } else if constexpr (std::is_same_v<T, CString>) {
-    return sizeof(uint16_t);
-  } else {
-    return T::kMinArchiveBytes;
-  }
+  static_assert((std::is_nothrow_move_assignable_v<T> && ...));
+  if (archive.IsStoring()) return (SerializeField(archive, fields), ...);
+  std::tuple<T...> loaded;
+  std::apply(
+      [&](T&... values) {
+        (SerializeField(archive, values), ...);
+        ((fields = std::move(values)), ...);
+      },
+      loaded);
 }
 
 /// A list: the count, then each element as `serializeOne` (CArchive&, RECORD&) writes or reads it, in
@@ -68,21 +45,21 @@ void SerializeList(CArchive& archive, CArrayVarex<RECORD, ARG>& records, std::si
   CArrayVarex<RECORD, ARG> loaded;
   loaded.SetSize(archive.ReadCheckedCount(minBytes));
   for (RECORD& record : loaded) serializeOne(archive, record);
-  records = loaded;
+  records = std::move(loaded);
 }
 
-/// A list of records with archive forms of their own, or of texts.
-template <class RECORD, class ARG>
-void SerializeRecords(CArchive& archive, CArrayVarex<RECORD, ARG>& records) {
-  SerializeList(archive, records, MinArchiveBytes<RECORD>(),
-                [](CArchive& one, RECORD& record) { SerializeField(one, record); });
-}
-
-/// A record of `count` doubles, without a count in the archive. Throws as CArchive does; an archive that is too
-/// short leaves the record as it was.
+/// A record of `count` doubles, without a count in the archive. Throws as CArchive does; when reading fails,
+/// the record is unchanged.
 inline void SerializeDoubles(CArchive& archive, CDoubleArray1& record, int32_t count) {
-  if (archive.IsLoading()) archive.RequireBytes(sizeof(double) * static_cast<uint64_t>(count));
-  for (int32_t i = 0; i < count; ++i) SerializeField(archive, record[i]);
+  if (archive.IsStoring()) {
+    for (int32_t i = 0; i < count; ++i) SerializeField(archive, record[i]);
+    return;
+  }
+  archive.RequireBytes(sizeof(double) * static_cast<uint64_t>(count));
+  CDoubleArray1 loaded;
+  loaded.SetSize(count);
+  for (double& value : loaded) SerializeField(archive, value);
+  record = std::move(loaded);
 }
 
 }  // namespace vrx

@@ -13,9 +13,11 @@
 #include <cstdint>
 #include <span>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <vrxmath/export.h>
+#include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/wide_string.h>
 
 namespace vrx {
@@ -37,7 +39,13 @@ class VRX_API ByteStore {
 class VRX_API MemoryStore : public ByteStore {
  public:
   MemoryStore() = default;
-  explicit MemoryStore(std::span<const std::byte> content) : bytes_(content.begin(), content.end()) {}
+  MemoryStore(const MemoryStore&) = default;
+  MemoryStore(MemoryStore&&) noexcept = default;
+  MemoryStore& operator=(const MemoryStore&) = default;
+  MemoryStore& operator=(MemoryStore&&) noexcept = default;
+  /// A copy of `content`. Throws CMemoryException.
+  explicit MemoryStore(std::span<const std::byte> content) { MemoryStore::Write(content); }
+  explicit MemoryStore(std::vector<std::byte>&& content) noexcept : bytes_(std::move(content)) {}
   ~MemoryStore() override;
 
   std::size_t Read(std::span<std::byte> out) override;
@@ -70,7 +78,8 @@ class VRX_API CArchive {
   void Write(std::span<const std::byte> bytes);
   void Read(std::span<std::byte> bytes);
 
-  /// A number of 1, 2, 4 or 8 bytes, integer or IEEE double. Throws as the raw operations do.
+  /// A number of 1, 2, 4 or 8 bytes, integer or IEEE double, or a truth value in one byte, 0 or 1. Throws as
+  /// the raw operations do; another byte for a truth value is kBadFormat.
   template <class T>
   requires std::is_arithmetic_v<T> CArchive& operator<<(T value) {
     const auto bytes = ToLittleEndian(value);
@@ -81,6 +90,9 @@ class VRX_API CArchive {
   requires std::is_arithmetic_v<T> CArchive& operator>>(T& value) {
     std::array<std::byte, sizeof(T)> bytes;
     Read(bytes);
+    if constexpr (std::is_same_v<T, bool>) {
+      if (bytes[0] > std::byte{1}) throw CArchiveException(CArchiveException::kBadFormat);
+    }
     value = FromLittleEndian<T>(bytes);
     return *this;
   }

@@ -1,8 +1,8 @@
 // The dynamic array below every container of the library.
 //
 // It owns its elements in one block and moves them bitwise when the block grows, so an element type must
-// survive a bitwise move: nested arrays and strings do, because each owns its memory through one plain
-// pointer. The indexed accessors, with the index check, are those of `CArrayVarex`
+// survive a bitwise move (kMovesBitwise): nested arrays and strings do, because each owns its memory through
+// one plain pointer. The indexed accessors, with the index check, are those of `CArrayVarex`
 // (foundation/checked_array.h).
 
 #ifndef VRXMATH_PLATFORM_ARRAY_H_
@@ -15,17 +15,34 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <type_traits>
+#include <utility>
 
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/object.h>
 
 namespace vrx {
 
+/// True for types whose values may be moved by copying their bytes and forgetting the old place: those that are
+/// trivially copyable, and those that say so by a member type `MovesBitwise` naming themselves. They own
+/// memory through plain pointers at most, and nothing points into them. A class derived from such a one is one
+/// too unless it adds data; then it has to say so itself.
+template <class T>
+inline constexpr bool kMovesBitwise = std::is_trivially_copyable_v<T>;
+template <class T>
+requires requires {
+  typename T::MovesBitwise;
+}
+inline constexpr bool kMovesBitwise<T> =
+    std::is_base_of_v<typename T::MovesBitwise, T> && sizeof(T) == sizeof(typename T::MovesBitwise);
+
 /// A growable array of `TYPE`; `ARG_TYPE` is how a value is handed in. Sizes are signed 32-bit counts.
 /// One thread at a time.
 template <class TYPE, class ARG_TYPE = const TYPE&>
 class CArray : public CObject {
  public:
+  using MovesBitwise = CArray;
+
   CArray() = default;
   CArray(const CArray&) = delete;
   CArray& operator=(const CArray&) = delete;
@@ -105,6 +122,31 @@ class CArray : public CObject {
   }
 
  protected:
+  /// Makes the elements copies of those of `other`, another array; the step of growth stays. When memory runs
+  /// out or an element cannot be copied, nothing changes: elements whose copy may fail are copied into a buffer
+  /// of their own first.
+  void AssignCopies(const CArray& other) {
+    if constexpr (std::is_trivially_copyable_v<TYPE>) {
+      SetSize(other.size_);
+      std::copy(other.begin(), other.end(), begin());
+    } else {
+      CArray copies;
+      if (other.size_ > 0) {
+        copies.Reallocate(CapacityFor(other.size_));
+        std::uninitialized_copy(other.begin(), other.end(), copies.data_);
+        copies.size_ = other.size_;
+      }
+      SwapElements(copies);
+    }
+  }
+
+  /// Exchanges elements and buffers; each array keeps its step of growth.
+  void SwapElements(CArray& other) noexcept {
+    std::swap(data_, other.data_);
+    std::swap(size_, other.size_);
+    std::swap(capacity_, other.capacity_);
+  }
+
   TYPE* data_ = nullptr;
   int32_t size_ = 0;
   int32_t capacity_ = 0;
@@ -122,8 +164,13 @@ class CArray : public CObject {
   }
 
   void EnsureCapacity(int32_t newSize) {
-    if (newSize <= capacity_) return;
-    Reallocate(data_ == nullptr ? std::max(newSize, growBy_) : GrownCapacity(newSize));
+    if (newSize > capacity_) Reallocate(CapacityFor(newSize));
+  }
+
+  // The capacity of the buffer after growing to `newSize`.
+  int32_t CapacityFor(int32_t newSize) const {
+    if (newSize <= capacity_) return capacity_;
+    return data_ == nullptr ? std::max(newSize, growBy_) : GrownCapacity(newSize);
   }
 
   int32_t GrownCapacity(int32_t newSize) const {
@@ -163,6 +210,7 @@ class CArray : public CObject {
   }
 
   void FreeBuffer() {
+    static_assert(kMovesBitwise<TYPE>, "an array moves its elements bitwise: see kMovesBitwise");
     DestroyFrom(0);
     ::operator delete(static_cast<void*>(data_));
     data_ = nullptr;

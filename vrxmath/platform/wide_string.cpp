@@ -8,6 +8,7 @@
 
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/resources.h>
+#include <vrxmath/platform/with_memory.h>
 
 namespace vrx {
 namespace {
@@ -23,7 +24,7 @@ bool IsLowSurrogate(char32_t c) {
 }
 
 // Decodes one code point of `utf8` at `pos` and moves `pos` past it; an invalid byte is skipped alone.
-char32_t DecodeUtf8(std::string_view utf8, std::size_t& pos) {
+char32_t DecodeCodePoint(std::string_view utf8, std::size_t& pos) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(utf8[i]); };
   const unsigned lead = byte(pos++);
   if (lead < 0x80) return lead;
@@ -57,6 +58,36 @@ void AppendUtf8(std::string& out, char32_t code) {
     put(0x80 | (code >> 6 & 0x3F));
   }
   put(0x80 | (code & 0x3F));
+}
+
+std::u16string DecodeUtf8(std::string_view utf8) {
+  std::u16string units;
+  units.reserve(utf8.size());
+  for (std::size_t pos = 0; pos < utf8.size();) {
+    const char32_t code = DecodeCodePoint(utf8, pos);
+    if (code >= 0x10000) {
+      units += static_cast<WideChar>(0xD800 + ((code - 0x10000) >> 10));
+      units += static_cast<WideChar>(0xDC00 + ((code - 0x10000) & 0x3FF));
+    } else {
+      units += static_cast<WideChar>(code);
+    }
+  }
+  return units;
+}
+
+std::string EncodeUtf8(WideView text) {
+  std::string utf8;
+  utf8.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    char32_t code = text[i];
+    if (IsHighSurrogate(code) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
+      code = 0x10000 + ((code - 0xD800) << 10) + (static_cast<char32_t>(text[++i]) - 0xDC00);
+    } else if (IsHighSurrogate(code) || IsLowSurrogate(code)) {
+      code = kReplacement;
+    }
+    AppendUtf8(utf8, code);
+  }
+  return utf8;
 }
 
 }  // namespace
@@ -129,34 +160,11 @@ CString& CString::operator+=(WideView text) {
 }
 
 CString CString::FromUtf8(std::string_view utf8) {
-  std::u16string units;
-  units.reserve(utf8.size());
-  for (std::size_t pos = 0; pos < utf8.size();) {
-    const char32_t code = DecodeUtf8(utf8, pos);
-    if (code >= 0x10000) {
-      units += static_cast<WideChar>(0xD800 + ((code - 0x10000) >> 10));
-      units += static_cast<WideChar>(0xDC00 + ((code - 0x10000) & 0x3FF));
-    } else {
-      units += static_cast<WideChar>(code);
-    }
-  }
-  return CString(WideView(units));
+  return platform_internal::WithMemory([&] { return CString(WideView(DecodeUtf8(utf8))); });
 }
 
 std::string CString::ToUtf8() const {
-  const WideView text = View();
-  std::string utf8;
-  utf8.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t code = text[i];
-    if (IsHighSurrogate(code) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
-      code = 0x10000 + ((code - 0xD800) << 10) + (static_cast<char32_t>(text[++i]) - 0xDC00);
-    } else if (IsHighSurrogate(code) || IsLowSurrogate(code)) {
-      code = kReplacement;
-    }
-    AppendUtf8(utf8, code);
-  }
-  return utf8;
+  return platform_internal::WithMemory([&] { return EncodeUtf8(View()); });
 }
 
 CString CString::Load(uint32_t number) {

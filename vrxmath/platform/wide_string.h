@@ -24,6 +24,8 @@ using WideView = std::u16string_view;
 /// An owned text of 16-bit units. Comparisons are exact: unit by unit, case-sensitive.
 class VRX_API CString {
  public:
+  using MovesBitwise = CString;
+
   CString() = default;
   CString(const WideChar* text);  // NOLINT(google-explicit-constructor): null is the empty text
   CString(WideView text);         // NOLINT(google-explicit-constructor)
@@ -51,7 +53,8 @@ class VRX_API CString {
   CString& operator+=(WideView text);
   CString& operator+=(WideChar unit) { return *this += WideView(&unit, 1); }
 
-  /// Makes a text of UTF-8. Each byte that is not part of valid UTF-8 becomes U+FFFD.
+  /// Makes a text of UTF-8. Each byte that is not part of valid UTF-8 becomes U+FFFD. Throws CMemoryException, as
+  /// everything here that makes or lengthens a text.
   static CString FromUtf8(std::string_view utf8);
   /// The text as UTF-8. A lone surrogate becomes U+FFFD.
   std::string ToUtf8() const;

@@ -7,14 +7,14 @@
 #include <initializer_list>
 #include <utility>
 
-#include <vrxmath/support/with_memory.h>
+#include <vrxmath/platform/with_memory.h>
 #include <vrxmath/support/xml_parser.h>
 #include <vrxmath/support/xml_scanner.h>
 
 namespace vrx {
 namespace {
 
-using support_internal::WithMemory;
+using platform_internal::WithMemory;
 
 bool IsNewName(WideView name) {
   return !name.empty() && name.find_first_of(u" \t\n\r<>=\\/?!\"'&[]") == WideView::npos;

@@ -6,13 +6,14 @@
 #include <vector>
 
 #include <vrxmath/platform/wide_string.h>
-#include <vrxmath/support/xml_reader.h>
+#include <vrxmath/support/xml_element.h>
 
 namespace vrx {
 
 /// Parses the first element of `doc`, which becomes record 1, with all that it holds. Record 0 is the
 /// document: its `firstChild` is the root. On failure returns false, says why in `error` and leaves record 0
-/// alone in `elements`, all zero, also when memory runs out. (A document that begins with an end tag fails without a text.)
+/// alone in `elements`, all zero, also when memory runs out. (A document that begins with an end tag fails without
+/// a text.)
 bool ParseXmlElements(WideView doc, std::vector<XmlElement>& elements, CString& error);
 
 /// True when `doc` holds nothing but comments, processing instructions, document types, CDATA sections and

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include <vrxmath/platform/exceptions.h>
-#include <vrxmath/support/with_memory.h>
+#include <vrxmath/platform/with_memory.h>
 #include <vrxmath/support/xml_parser.h>
 #include <vrxmath/support/xml_scanner.h>
 #include <vrxmath/support/xml_search_index.h>
@@ -12,7 +12,7 @@
 namespace vrx {
 namespace {
 
-using support_internal::WithMemory;
+using platform_internal::WithMemory;
 
 struct Entity {
   WideChar unit;

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include <vrxmath/platform/wide_string.h>
-#include <vrxmath/support/xml_reader.h>
+#include <vrxmath/support/xml_element.h>
 #include <vrxmath/support/xml_scanner.h>
 
 namespace vrx {

@@ -25,7 +25,7 @@ class VRX_API CAveragingStats : public CDoubleArray1 {
   /// The statistics of coordinate `k`, 0 to 2. Other indices reach the array's own check, which knows six
   /// elements: First(4) is the second statistic of coordinate 1.
   double First(int32_t k) const { return GetAt(k); }
-  double Second(int32_t k) const { return GetAt(k + kCoordinates); }
+  double Second(int32_t k) const { return GetAt(std::ptrdiff_t{k} + kCoordinates); }
   /// The variance that belongs to the spread.
   double FirstSquared(int32_t k) const { return First(k) * First(k); }
 

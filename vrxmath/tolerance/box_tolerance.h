@@ -122,6 +122,10 @@ class VRX_API CBlockSizeData : public CDoubleArray1 {
   void SerializeValues(CArchive& archive);
 };
 
+/// The block sizes of a second grid of the host's: a type of its own, so that the two are not taken for each
+/// other, and the same numbers.
+class CGGBlockSizeData : public CBlockSizeData {};
+
 /// The block code of a sample against a standard: a grid of nine blocks per dimension, centred on the
 /// standard, in which each dimension's cell is 0 below, 1 to 9 inside and 10 above; the code is cell0 x 256
 /// + cell1 x 16 + cell2. A difference on an edge belongs to the cell above it. In: both colours with the

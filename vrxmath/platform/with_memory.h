@@ -1,14 +1,14 @@
 // The standard containers' memory failures as the library's exception.
 
-#ifndef VRXMATH_SUPPORT_WITH_MEMORY_H_
-#define VRXMATH_SUPPORT_WITH_MEMORY_H_
+#ifndef VRXMATH_PLATFORM_WITH_MEMORY_H_
+#define VRXMATH_PLATFORM_WITH_MEMORY_H_
 
 #include <new>
 #include <stdexcept>
 
 #include <vrxmath/platform/exceptions.h>
 
-namespace vrx::support_internal {
+namespace vrx::platform_internal {
 
 /// What `function` returns. Throws CMemoryException where it runs out of memory.
 template <class Function>
@@ -22,6 +22,6 @@ auto WithMemory(Function function) {
   }
 }
 
-}  // namespace vrx::support_internal
+}  // namespace vrx::platform_internal
 
-#endif  // VRXMATH_SUPPORT_WITH_MEMORY_H_
+#endif  // VRXMATH_PLATFORM_WITH_MEMORY_H_

@@ -1,4 +1,4 @@
-#include <vrxmath/foundation/small_records.h>
+#include <vrxmath/foundation/sort_double.h>
 
 #include <algorithm>
 #include <cmath>
@@ -15,14 +15,6 @@ void SortByValue(CSortDoubleArray& values) {
   std::stable_sort(values.begin(), values.end(), [](const CSortDouble& a, const CSortDouble& b) {
     return a.value < b.value || (std::isnan(b.value) && !std::isnan(a.value));
   });
-}
-
-void CAngleWeight::Serialize(CArchive& archive) {
-  SerializeFields(archive, code, weight);
-}
-
-void CCmcFactorData::Serialize(CArchive& archive) {
-  SerializeFields(archive, lightness, chroma, hue, limit);
 }
 
 }  // namespace vrx
