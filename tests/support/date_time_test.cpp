@@ -87,6 +87,24 @@ TEST(DateTime, PosixFormatsBecomePictures) {
   }
 }
 
+// The long date is the date within a format of both, without what belongs to the time.
+TEST(DateTime, DatesWithinFormatsOfDateAndTime) {
+  const std::pair<const WideChar*, const char*> rows[] = {
+      {u"%a %d. %b %Y kl. %H.%M %z", "dddd dd. MMMM yyyy"},            // nb_NO
+      {u"%Y-%m-%dT%T %Z", "yyyy-MM-dd"},                               // en_DK
+      {u"%Y m. %B %d d. %T", "yyyy' m. 'MMMM dd' d.'"},                // lt_LT
+      {u"%x (%a) %r", "MM/dd/yyyy (dddd)"},                            // ko_KR, but for %x
+      {u"%Y\u5E74%m\u6708%d\u65E5 %T", "yyyy\u5E74MM\u6708dd\u65E5"},  // ja_JP
+      {u"%H:%M:%S %Y %b %d %a", "yyyy MMMM dd dddd"},                  // he_IL
+  };
+  for (const auto& [format, picture] : rows) {
+    platform_internal::PosixLocaleTexts texts;
+    texts.dFmt = u"%m/%d/%y";
+    texts.dTFmt = format;
+    EXPECT_EQ(platform_internal::ConventionsOf(texts).longDatePicture.ToUtf8(), picture);
+  }
+}
+
 #if !defined(_WIN32)
 TEST(DateTime, TheSystemsLocaleIsRead) {
   const platform_internal::PosixLocaleTexts& expected = kPosixLocales[0].texts;

@@ -39,6 +39,7 @@ inline NamedLocale MakeLocale(const char* name, std::initializer_list<WideView> 
        {&t.dFmt, &t.tFmt, &t.tFmtAmPm, &t.dTFmt, &t.amStr, &t.pmStr, &t.radixChar, &t.thouSep}) {
     *member = *text++;
   }
+  t.grouping = "\3";
   t.abDay = Words<7>(names[0]);
   t.day = Words<7>(names[1]);
   t.abMon = Words<12>(names[2]);

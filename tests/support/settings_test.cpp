@@ -71,6 +71,8 @@ TEST_F(Settings, ADamagedFileIsKeptAside) {
   for (const char* aside : {".damaged-1", ".damaged-2"}) {
     directory_.Write(file_, damaged);
     EXPECT_EQ(GetSettingInt(u"S", u"B", 42), 42);
+    EXPECT_EQ(GetSettingInt(u"Missing", u"B", 42), 42);
+    EXPECT_EQ(directory_.Read(file_), damaged) << "reading does not write";
     EXPECT_EQ(GetSettingInt(u"S", u"C", 42), 3);
     EXPECT_TRUE(SetSettingInt(u"S", u"A", 2));
     EXPECT_EQ(directory_.Read(file_ + aside), damaged);
@@ -82,13 +84,19 @@ TEST_F(Settings, ADamagedFileIsKeptAside) {
   EXPECT_FALSE(std::filesystem::exists(file_ + ".damaged-3"));
 }
 
-TEST_F(Settings, ALinkedFileStaysLinked) {
-  ASSERT_TRUE(SetSettingInt(u"S", u"A", 1));
-  std::filesystem::rename(file_, directory_ / "elsewhere");
-  std::filesystem::create_symlink(directory_ / "elsewhere", file_);
+TEST_F(Settings, ALinkedFileStaysLinkedAndKeepsItsMode) {
+  std::filesystem::create_directories(directory_ / "config/ostrel");
+  std::filesystem::create_directory(directory_ / "elsewhere");
+  std::filesystem::create_symlink("../../elsewhere/file", file_);  // which is not there yet
+  EXPECT_TRUE(SetSettingInt(u"S", u"A", 1));
+  ASSERT_EQ(::chmod((directory_ / "elsewhere/file").c_str(), 0640), 0);
   EXPECT_TRUE(SetSettingInt(u"S", u"A", 2));
   EXPECT_TRUE(std::filesystem::is_symlink(file_));
-  EXPECT_NE(directory_.Read(directory_ / "elsewhere").find("A = 2"), std::string::npos);
+  EXPECT_NE(directory_.Read(directory_ / "elsewhere/file").find("A = 2"), std::string::npos);
+  struct stat status = {};
+  ASSERT_EQ(::stat(file_.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0640u);
+  EXPECT_TRUE(std::filesystem::exists(directory_ / "elsewhere/file.lock"));
 }
 
 TEST_F(Settings, APlaceThatCannotBeUsedGivesDefaults) {

@@ -35,7 +35,7 @@ using CBlendColorantArray = CArrayVarex<CBlendColorant>;
 class VRX_API CColorantArray : public CArrayVarex<CColorant> {
  public:
   /// Index of the first colorant with that number; -1 when there is none.
-  int32_t IndexOfId(uint32_t id) const;
+  [[nodiscard]] int32_t IndexOfId(uint32_t id) const;
 
   /// Replaces colorant `a` by the blend of `a` and `b`: for each level that both have, concentration, K and S
   /// of the first values entry are wa times those of `a` plus wb times those of `b`, as quantities of

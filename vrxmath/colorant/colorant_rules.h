@@ -24,18 +24,18 @@ class VRX_API CColorantRulesData : public CObject {
   CColorantRulesData& operator=(const CColorantRulesData&) = default;
   ~CColorantRulesData() override;
 
-  const CDWordArray2& GetRules() const { return rules_; }
+  [[nodiscard]] const CDWordArray2& GetRules() const { return rules_; }
 
   /// The entry count of the longest row; 0 without rows.
-  int32_t LongestRow() const;
+  [[nodiscard]] int32_t LongestRow() const;
   /// Index in row `row` of the first entry equal to `componentId`; -1 when there is none.
-  int32_t FindInRow(std::ptrdiff_t row, uint32_t componentId) const;
+  [[nodiscard]] int32_t FindInRow(std::ptrdiff_t row, uint32_t componentId) const;
 
   /// False when the candidates hold every member of a row that is not empty. Fewer than two candidates are
   /// always allowed.
-  bool IsAllowed(const CDWordArray1& candidates) const;
+  [[nodiscard]] bool IsAllowed(const CDWordArray1& candidates) const;
   /// Where in `candidates` the members of row `row` first occur, in row order; absent ones are skipped.
-  CWordArray1 MembersPresent(std::ptrdiff_t row, const CDWordArray1& candidates) const;
+  [[nodiscard]] CWordArray1 MembersPresent(std::ptrdiff_t row, const CDWordArray1& candidates) const;
 
   /// Puts `row` at index `i`; at or beyond the end the list grows to i + 1 rows. Throws CInvalidArgException
   /// when `i` is negative or beyond 31 bits.

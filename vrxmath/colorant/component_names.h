@@ -25,14 +25,14 @@ enum OpticalModel : int32_t {
 
 /// The name of a component kind; that of kind 1 is "Base" under the models of coatings and trade sales and
 /// "Resin" under any other. "Unknown" for a number that is no kind.
-VRX_API CString ComponentKindName(int32_t kind, int32_t opticalModel);
+[[nodiscard]] VRX_API CString ComponentKindName(int32_t kind, int32_t opticalModel);
 
 /// "industry|optical model", such as "Coatings|2 Constant"; empty for a number that is no model.
-VRX_API CString OpticalModelName(int32_t opticalModel);
+[[nodiscard]] VRX_API CString OpticalModelName(int32_t opticalModel);
 
 /// What the factor of a component is called: paste under trade sales, colour concentrate under plastics,
 /// dispersion under any other model. `brief` gives the short name, such as "Paste" for "Paste Factors".
-VRX_API CString FactorName(int32_t opticalModel, bool brief);
+[[nodiscard]] VRX_API CString FactorName(int32_t opticalModel, bool brief);
 
 }  // namespace vrx
 

@@ -57,28 +57,28 @@ class VRX_API CComponent : public CObject {
   CComponent& operator=(CComponent&&) noexcept = default;
   ~CComponent() override;
 
-  const CString& GetDescription() const { return description_; }
-  const CString& GetName() const { return name_; }
-  uint32_t GetId() const { return id_; }
+  [[nodiscard]] const CString& GetDescription() const { return description_; }
+  [[nodiscard]] const CString& GetName() const { return name_; }
+  [[nodiscard]] uint32_t GetId() const { return id_; }
   /// Two quantities that the factor scales.
-  double GetAmountA() const { return amountA_; }
-  double GetAmountB() const { return amountB_; }
+  [[nodiscard]] double GetAmountA() const { return amountA_; }
+  [[nodiscard]] double GetAmountB() const { return amountB_; }
   /// Paste, concentrate or dispersion factor; see FactorName.
-  double GetFactor() const { return factor_; }
+  [[nodiscard]] double GetFactor() const { return factor_; }
   /// References to other records; -1 means none.
-  int32_t GetRefA() const { return refA_; }
-  int32_t GetRefB() const { return refB_; }
-  int32_t GetRefC() const { return refC_; }
+  [[nodiscard]] int32_t GetRefA() const { return refA_; }
+  [[nodiscard]] int32_t GetRefB() const { return refB_; }
+  [[nodiscard]] int32_t GetRefC() const { return refC_; }
   /// A ComponentKind, or another number.
-  int32_t GetKind() const { return kind_; }
-  uint32_t GetFlags() const { return flags_; }
-  double GetScaleA() const { return scaleA_; }
-  double GetScaleB() const { return scaleB_; }
-  double GetScaleC() const { return scaleC_; }
-  int32_t GetClassCode() const { return classCode_; }
-  int32_t GetOption() const { return option_; }
-  int32_t GetCurrentLevel() const { return currentLevel_; }
-  bool IsModified() const { return modified_ != 0; }
+  [[nodiscard]] int32_t GetKind() const { return kind_; }
+  [[nodiscard]] uint32_t GetFlags() const { return flags_; }
+  [[nodiscard]] double GetScaleA() const { return scaleA_; }
+  [[nodiscard]] double GetScaleB() const { return scaleB_; }
+  [[nodiscard]] double GetScaleC() const { return scaleC_; }
+  [[nodiscard]] int32_t GetClassCode() const { return classCode_; }
+  [[nodiscard]] int32_t GetOption() const { return option_; }
+  [[nodiscard]] int32_t GetCurrentLevel() const { return currentLevel_; }
+  [[nodiscard]] bool IsModified() const { return modified_ != 0; }
 
   // Each sets `modified` when the new value differs from the old one (doubles: by more than the near-equality).
   void SetDescription(WideView description) { Change(description_, CString(description)); }
@@ -102,8 +102,8 @@ class VRX_API CComponent : public CObject {
   void SetCurrentLevel(int32_t level) { currentLevel_ = level; }
 
   /// The calibration levels, in order.
-  const CColorantLevelArray& GetLevels() const { return levels_; }
-  const CColorantLevel& GetLevel(std::ptrdiff_t i) const { return levels_[i]; }
+  [[nodiscard]] const CColorantLevelArray& GetLevels() const { return levels_; }
+  [[nodiscard]] const CColorantLevel& GetLevel(std::ptrdiff_t i) const { return levels_[i]; }
   void SetLevels(const CColorantLevelArray& levels) { Change(levels_, levels); }
   /// Puts `level` at index `i`; at or beyond the end the array grows to i + 1 levels. Throws
   /// CInvalidArgException when `i` is negative or beyond 31 bits.
@@ -188,17 +188,17 @@ class VRX_API CColorant : public CComponent {
   CColorant& operator=(CColorant&& other) noexcept;
   ~CColorant() override;
 
-  double GetValueA() const { return valueA_; }
+  [[nodiscard]] double GetValueA() const { return valueA_; }
   void SetValueA(double value) { Change(valueA_, value); }
   /// A percentage; 100 when untouched.
-  double GetPercent() const { return percent_; }
+  [[nodiscard]] double GetPercent() const { return percent_; }
   void SetPercent(double percent) { Change(percent_, percent); }
-  const CAttributeArray& GetAttributes() const { return attributes_; }
+  [[nodiscard]] const CAttributeArray& GetAttributes() const { return attributes_; }
   void SetAttributes(const CAttributeArray& attributes) { Change(attributes_, attributes); }
 
   /// True when the colorant is a white: K/S of level 0 is at most 0.1 at every wavelength from 440 to 700 nm.
   /// False without measured data.
-  bool IsWhite() const;
+  [[nodiscard]] bool IsWhite() const;
 
   void Reset() override;
 
@@ -264,24 +264,24 @@ class VRX_API CResin : public CComponent {
   CResin& operator=(const CResin& other);
   ~CResin() override;
 
-  int32_t GetResinCode() const { return resinCode_; }
+  [[nodiscard]] int32_t GetResinCode() const { return resinCode_; }
   void SetResinCode(int32_t code) { Change(resinCode_, code); }
-  double GetResinValue() const { return resinValue_; }
+  [[nodiscard]] double GetResinValue() const { return resinValue_; }
   void SetResinValue(double value) { Change(resinValue_, value); }
   /// Three numbers of the host's; (0, 0, 1) when new.
-  const std::array<double, 3>& GetTriple() const { return triple_; }
+  [[nodiscard]] const std::array<double, 3>& GetTriple() const { return triple_; }
   void SetTriple(const std::array<double, 3>& triple);
   /// Reference to another record; -1 means none.
-  int32_t GetResinRef() const { return resinRef_; }
+  [[nodiscard]] int32_t GetResinRef() const { return resinRef_; }
   void SetResinRef(int32_t ref) { Change(resinRef_, ref); }
-  const CTopOff& GetTopOff() const { return topOff_; }
+  [[nodiscard]] const CTopOff& GetTopOff() const { return topOff_; }
   void SetTopOff(const CTopOff& topOff) { Change(topOff_, topOff); }
 
-  const CAdditiveArray& GetAdditives() const { return additives_; }
+  [[nodiscard]] const CAdditiveArray& GetAdditives() const { return additives_; }
   /// Sum of all amounts, in order; 0.0 for an empty list.
-  double TotalAdditiveAmount() const;
+  [[nodiscard]] double TotalAdditiveAmount() const;
   /// Index of the first additive with that number; kNotFound when there is none.
-  uint32_t FindAdditive(uint32_t componentId) const;
+  [[nodiscard]] uint32_t FindAdditive(uint32_t componentId) const;
   void AddAdditive(uint32_t componentId, double amount);
   /// Removes the first additive with that number; nothing happens when there is none.
   void RemoveAdditive(uint32_t componentId);

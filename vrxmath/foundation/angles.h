@@ -23,14 +23,14 @@ inline constexpr int32_t kCurrentAngle = 100;
 enum class AngleFamily { kSphere, kPosition, kBackground, kTransmission, kCorrection, kOther };
 
 /// The family of a code, 0 to 255.
-VRX_API AngleFamily FamilyOfAngle(uint8_t code);
+[[nodiscard]] VRX_API AngleFamily FamilyOfAngle(uint8_t code);
 
 /// The angle of a code in degrees, -45 to 110; 45 for geometries without an aspecular angle and for unknown
 /// codes.
-VRX_API double AngleOfCode(uint8_t code);
+[[nodiscard]] VRX_API double AngleOfCode(uint8_t code);
 
 /// The display name of a code, such as "SCI" or "15 degrees"; empty for unknown codes.
-VRX_API CString NameOfAngle(uint8_t code);
+[[nodiscard]] VRX_API CString NameOfAngle(uint8_t code);
 
 /// The geometries of one measurement set: their codes in stored order, their order by angle, the selection of
 /// those in use and the current one.
@@ -51,33 +51,35 @@ class VRX_API CAngles {
   /// At most 256 codes exist, so a larger count (and a negative one) raises CInvalidArgException.
   void SetCodes(int32_t count);
 
-  int32_t GetCount() const { return codes_.GetSize(); }
-  uint8_t GetCode(std::ptrdiff_t index) const { return codes_[index]; }
-  uint8_t GetCodeAtPosition(std::ptrdiff_t position) const { return codes_[sortOrder_[position]]; }
+  [[nodiscard]] int32_t GetCount() const { return codes_.GetSize(); }
+  [[nodiscard]] uint8_t GetCode(std::ptrdiff_t index) const { return codes_[index]; }
+  [[nodiscard]] uint8_t GetCodeAtPosition(std::ptrdiff_t position) const {
+    return codes_[sortOrder_[position]];
+  }
   /// Degrees of the code at a stored index.
-  double GetAngle(std::ptrdiff_t index) const { return AngleOfCode(codes_[index]); }
+  [[nodiscard]] double GetAngle(std::ptrdiff_t index) const { return AngleOfCode(codes_[index]); }
 
-  int32_t GetCurrent() const { return current_; }
+  [[nodiscard]] int32_t GetCurrent() const { return current_; }
   void SetCurrent(int32_t current) { current_ = current; }
 
   /// The stored index behind a position in the order by angle; position kCurrentAngle gives the current angle
   /// itself.
-  int32_t IndexAt(std::ptrdiff_t position) const;
+  [[nodiscard]] int32_t IndexAt(std::ptrdiff_t position) const;
   /// The name of a position (kCurrentAngle included); empty for a list of fewer than two codes.
-  CString NameAt(std::ptrdiff_t position) const;
+  [[nodiscard]] CString NameAt(std::ptrdiff_t position) const;
   /// The stored index of the angle nearest to `degrees`, the first of equals; 0 for an empty list.
-  int32_t NearestTo(double degrees) const;
+  [[nodiscard]] int32_t NearestTo(double degrees) const;
   /// The position in this list that stands for `position` of `other`: that of the nearest angle.
   /// kCurrentAngle when the position is kCurrentAngle or beyond `other`, and when this list has one code.
-  int32_t Translate(const CAngles& other, std::ptrdiff_t position) const;
+  [[nodiscard]] int32_t Translate(const CAngles& other, std::ptrdiff_t position) const;
 
   /// True when the list holds two or more codes of no special family: real aspecular angles.
-  bool IsMultiAngle() const;
+  [[nodiscard]] bool IsMultiAngle() const;
 
-  bool IsSelected(std::ptrdiff_t index) const { return selected_[index] != 0; }
+  [[nodiscard]] bool IsSelected(std::ptrdiff_t index) const { return selected_[index] != 0; }
   /// A second flag of each code, which belongs to the host: set by every change of the codes, compared and copied
   /// with the list, and not archived.
-  bool HasFlag(std::ptrdiff_t index) const { return flags_[index] != 0; }
+  [[nodiscard]] bool HasFlag(std::ptrdiff_t index) const { return flags_[index] != 0; }
   void SetFlag(std::ptrdiff_t index, bool flag) { flags_[index] = flag ? 1 : 0; }
 
   /// Selects angles by a text such as "1,0,1", one value per code in stored order. Missing values count as 1;
@@ -97,10 +99,10 @@ class VRX_API CAngles {
   /// CArchiveException (kBadFormat) for more than 256 codes; the list is then unchanged.
   void Serialize(CArchive& archive);
 
-  const CByteArray1& Codes() const { return codes_; }
-  const CByteArray1& SortOrder() const { return sortOrder_; }
-  const CByteArray1& Rank() const { return rank_; }
-  const CByteArray1& Flags() const { return flags_; }
+  [[nodiscard]] const CByteArray1& Codes() const { return codes_; }
+  [[nodiscard]] const CByteArray1& SortOrder() const { return sortOrder_; }
+  [[nodiscard]] const CByteArray1& Rank() const { return rank_; }
+  [[nodiscard]] const CByteArray1& Flags() const { return flags_; }
 
  private:
   void Rebuild();
@@ -132,7 +134,7 @@ using CAngleWeightArray = CArrayVarex<CAngleWeight>;
 
 /// For each code of `codes`, the stored index of the entry of `previous` nearest in angle: how a table with
 /// one entry per geometry follows a change of geometries.
-VRX_API CIntArray1 NearestIndices(const CAngles& codes, const CAngles& previous);
+[[nodiscard]] VRX_API CIntArray1 NearestIndices(const CAngles& codes, const CAngles& previous);
 
 /// Resizes a table with one entry per geometry from the geometries `previous` to `codes`; every entry is
 /// taken from the old geometry nearest in angle. An empty table gets default entries.
@@ -148,11 +150,11 @@ void ResizeByNearestAngle(TABLE& table, const CAngles& codes, const CAngles& pre
 
 /// Query conditions on a column `Angle`.
 /// The single-geometry codes: d8, 45/0, d0, 0/45 and 45 degrees.
-VRX_API CString BaseAngleFilter();
+[[nodiscard]] VRX_API CString BaseAngleFilter();
 /// Those and the sphere codes with (SCI, SCI/100) or without (SCE, SCE/100) the specular component.
-VRX_API CString SphereAngleFilter(bool specularIncluded);
+[[nodiscard]] VRX_API CString SphereAngleFilter(bool specularIncluded);
 /// Those, one code, and the code that may stand for it.
-VRX_API CString AngleFilter(uint8_t code);
+[[nodiscard]] VRX_API CString AngleFilter(uint8_t code);
 
 }  // namespace vrx
 

@@ -17,7 +17,7 @@ namespace vrx {
 
 /// The 32-bit cyclic redundancy check of ISO/IEC 8802-3 (Ethernet): it finds every burst of up to 32 wrong
 /// bits.
-VRX_API uint32_t Crc32(std::span<const std::byte> bytes);
+[[nodiscard]] VRX_API uint32_t Crc32(std::span<const std::byte> bytes);
 
 /// What the content of a frame is.
 struct ArchiveFormat {

@@ -30,16 +30,16 @@ class VRX_API CAttribute {
   CAttribute& operator=(const CAttribute& other);
   virtual ~CAttribute();
 
-  int32_t GetId() const { return id_; }
+  [[nodiscard]] int32_t GetId() const { return id_; }
   void SetId(int32_t id) { id_ = id; }
-  uint8_t GetType() const { return type_; }
+  [[nodiscard]] uint8_t GetType() const { return type_; }
   void SetType(uint8_t type) { type_ = type; }
-  bool IsText() const { return type_ == kText; }
+  [[nodiscard]] bool IsText() const { return type_ == kText; }
 
   /// The value; empty, or unset, until one is set.
-  const CString& GetText() const { return text_; }
+  [[nodiscard]] const CString& GetText() const { return text_; }
   void SetText(WideView text) { text_ = text; }
-  double GetNumber() const { return number_; }
+  [[nodiscard]] double GetNumber() const { return number_; }
   void SetNumber(double number) { number_ = number; }
 
   /// Same id, same type, and the same value by exact comparison: numbers have no tolerance here.
@@ -80,7 +80,7 @@ class VRX_API CAttributeLabelArray : public CArrayVarex<CAttributeLabel> {
  public:
   /// The text of the first label with that id; of label 0 when there is none. An empty array shows the index
   /// message and gives an empty text.
-  const CString& TextOf(int32_t id) const;
+  [[nodiscard]] const CString& TextOf(int32_t id) const;
 
   /// Fills `list` with the texts, ids as item data; see FillListBox.
   int32_t FillList(ListBox& list) const;

@@ -72,7 +72,7 @@ class CArrayVarex : public CArray<TYPE, ARG_TYPE> {
   ~CArrayVarex() override = default;
 
   /// True when there is an element `i`. One unsigned comparison: a negative index is out of bounds too.
-  bool HasIndex(std::ptrdiff_t i) const {
+  [[nodiscard]] bool HasIndex(std::ptrdiff_t i) const {
     return static_cast<std::size_t>(i) < static_cast<std::size_t>(this->size_);
   }
 

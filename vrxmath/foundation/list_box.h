@@ -42,7 +42,7 @@ class VRX_API MemoryListBox : public ListBox {
   int32_t SetItemData(int32_t index, uint32_t data) override;
 
   /// The entries: each one's text, and its item data as the id.
-  const CListDataArray& Entries() const { return entries_; }
+  [[nodiscard]] const CListDataArray& Entries() const { return entries_; }
 
  private:
   int32_t capacity_;

@@ -36,7 +36,7 @@ using CColorantValuesArray = CArrayVarex<CColorantValues>;
 
 /// What two-constant theory takes as the base when curves are relative to it: no absorption and the unit of
 /// scattering, K = 0 and S = 1 at every wavelength.
-VRX_API CColorantValues UnitBase();
+[[nodiscard]] VRX_API CColorantValues UnitBase();
 
 /// One calibration step of a colorant: a concentration, 0 to 1, and the curves found there, one entry per
 /// measuring geometry.

@@ -17,13 +17,13 @@ inline constexpr double kUnset = 1e-5;
 inline constexpr double kDoubleEpsilon = 2.220446049250313e-16;
 
 /// True when `value` means "not measured": strictly between 9.99e-6 and 1.001e-5. NaN is never unset.
-inline bool IsUnset(double value) {
+[[nodiscard]] inline bool IsUnset(double value) {
   return value > 9.99e-6 && value < 1.001e-5;
 }
 
 /// True when |b - a| < `tolerance`, strictly. An absolute test: above 2 it is the exact comparison. NaN
 /// equals nothing.
-inline bool NearlyEqual(double a, double b, double tolerance = kDoubleEpsilon) {
+[[nodiscard]] inline bool NearlyEqual(double a, double b, double tolerance = kDoubleEpsilon) {
   return std::fabs(b - a) < tolerance;
 }
 

@@ -20,6 +20,8 @@ namespace vrx {
 
 /// A weighed drawdown with its readings, measured curves in percent.
 struct CDrawdown {
+  using MovesBitwise = CDrawdown;
+
   CString id;
   CDoubleArray1 shares;  ///< one per component, in any one unit
   bool isFilm = false;   ///< read over black and over white; otherwise opaque

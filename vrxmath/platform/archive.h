@@ -27,12 +27,12 @@ class VRX_API ByteStore {
  public:
   virtual ~ByteStore();
   /// Fills as much of `out` as there are bytes left and returns how many that was.
-  virtual std::size_t Read(std::span<std::byte> out) = 0;
+  [[nodiscard]] virtual std::size_t Read(std::span<std::byte> out) = 0;
   /// Appends all of `bytes`. Throws CArchiveException (kIoError) or CMemoryException when it cannot.
   virtual void Write(std::span<const std::byte> bytes) = 0;
   /// Bytes that can still be read: what a count read from the archive is checked against before anything is
   /// allocated for it.
-  virtual uint64_t Remaining() const = 0;
+  [[nodiscard]] virtual uint64_t Remaining() const = 0;
 };
 
 /// A buffer in memory. Reading starts at its first byte; writing appends.
@@ -48,11 +48,11 @@ class VRX_API MemoryStore : public ByteStore {
   explicit MemoryStore(std::vector<std::byte>&& content) noexcept : bytes_(std::move(content)) {}
   ~MemoryStore() override;
 
-  std::size_t Read(std::span<std::byte> out) override;
+  [[nodiscard]] std::size_t Read(std::span<std::byte> out) override;
   void Write(std::span<const std::byte> bytes) override;
-  uint64_t Remaining() const override { return bytes_.size() - position_; }
+  [[nodiscard]] uint64_t Remaining() const override { return bytes_.size() - position_; }
 
-  const std::vector<std::byte>& Bytes() const { return bytes_; }
+  [[nodiscard]] const std::vector<std::byte>& Bytes() const { return bytes_; }
   /// Starts reading again at the first byte.
   void Rewind() { position_ = 0; }
 
@@ -70,8 +70,8 @@ class VRX_API CArchive {
   CArchive(const CArchive&) = delete;
   CArchive& operator=(const CArchive&) = delete;
 
-  bool IsLoading() const { return mode_ == kLoad; }
-  bool IsStoring() const { return mode_ == kStore; }
+  [[nodiscard]] bool IsLoading() const { return mode_ == kLoad; }
+  [[nodiscard]] bool IsStoring() const { return mode_ == kStore; }
 
   /// Raw bytes. Throw CArchiveException: kReadOnly when writing into a loading archive, kWriteOnly when
   /// reading from a storing one, kEndOfFile when fewer bytes are left than asked for.
@@ -99,12 +99,12 @@ class VRX_API CArchive {
 
   /// An element count: 16 bits when below 0xFFFF, otherwise 0xFFFF followed by 32 bits.
   void WriteCount(uint32_t count);
-  uint32_t ReadCount();
+  [[nodiscard]] uint32_t ReadCount();
 
   /// Reads a count of elements that take at least `elementBytes` (1 or more) bytes each in the archive.
   /// Throws kEndOfFile when the archive is too short to hold them, and when the count exceeds an array's 31
   /// bits, so that a hostile count fails before anything is allocated.
-  int32_t ReadCheckedCount(std::size_t elementBytes);
+  [[nodiscard]] int32_t ReadCheckedCount(std::size_t elementBytes);
 
   /// Throws CArchiveException (kEndOfFile) when fewer than `bytes` bytes are left to read: the check before
   /// anything is allocated for a size that stands in the archive.
@@ -113,7 +113,7 @@ class VRX_API CArchive {
   /// A text: its length in units in the count encoding, then the units, 16 bits each. A text beyond 31 bits
   /// raises CInvalidArgException before anything is written.
   void WriteString(WideView text);
-  CString ReadString();
+  [[nodiscard]] CString ReadString();
 
  private:
   template <class T>

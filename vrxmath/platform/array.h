@@ -48,11 +48,11 @@ class CArray : public CObject {
   CArray& operator=(const CArray&) = delete;
   ~CArray() override { FreeBuffer(); }
 
-  int32_t GetSize() const { return size_; }
-  int32_t GetCount() const { return size_; }
-  bool IsEmpty() const { return size_ == 0; }
+  [[nodiscard]] int32_t GetSize() const { return size_; }
+  [[nodiscard]] int32_t GetCount() const { return size_; }
+  [[nodiscard]] bool IsEmpty() const { return size_ == 0; }
   /// Slots that the buffer has room for.
-  int32_t GetCapacity() const { return capacity_; }
+  [[nodiscard]] int32_t GetCapacity() const { return capacity_; }
 
   /// The first element, for code that has checked the size; null when nothing is allocated.
   TYPE* GetData() { return data_; }

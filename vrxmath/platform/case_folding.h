@@ -10,10 +10,10 @@ namespace vrx {
 
 /// The capital of a small letter of the Latin, Greek, Cyrillic and Armenian alphabets (one unit for one
 /// unit, as Unicode maps them); any other unit itself. The same on every system and in every locale.
-VRX_API WideChar ToCapital(WideChar unit);
+[[nodiscard]] VRX_API WideChar ToCapital(WideChar unit);
 
 /// True when the texts are the same but for the case of letters.
-VRX_API bool EqualWithoutCase(WideView a, WideView b);
+[[nodiscard]] VRX_API bool EqualWithoutCase(WideView a, WideView b);
 
 }  // namespace vrx
 

@@ -27,36 +27,36 @@ struct CalendarTime {
   bool operator==(const CalendarTime&) const = default;
 
   /// True when every field that is shown lies in its range.
-  bool IsValid() const {
+  [[nodiscard]] bool IsValid() const {
     return year >= 1 && year <= 9999 && month >= 1 && month <= 12 && dayOfWeek >= 1 && dayOfWeek <= 7 &&
            day >= 1 && day <= 31 && hour <= 23 && minute <= 59 && second <= 60;
   }
 };
 
 /// Breaks down seconds since 1970-01-01 00:00 UTC in UTC. Outside the years 1 to 9999: the default value.
-VRX_API CalendarTime UtcCalendar(int64_t seconds);
+[[nodiscard]] VRX_API CalendarTime UtcCalendar(int64_t seconds);
 
 /// The inverse: seconds since 1970-01-01 00:00 of the fields, read as UTC. `dayOfWeek` takes no part.
-VRX_API int64_t SecondsOfUtc(const CalendarTime& time);
+[[nodiscard]] VRX_API int64_t SecondsOfUtc(const CalendarTime& time);
 
 /// Where the time comes from.
 class VRX_API Clock {
  public:
   virtual ~Clock();
   /// Now, in seconds since 1970-01-01 00:00 UTC.
-  virtual int64_t UtcSeconds() const = 0;
+  [[nodiscard]] virtual int64_t UtcSeconds() const = 0;
   /// Milliseconds of a count that runs evenly, begins anywhere and wraps at 2^32. Differences of two counts,
   /// taken in 32 bits, are right across the wrap.
-  virtual uint32_t Ticks() const = 0;
+  [[nodiscard]] virtual uint32_t Ticks() const = 0;
   /// The local time of a moment; the default value where the system or the calendar cannot express it.
-  virtual CalendarTime ToLocal(int64_t seconds) const = 0;
+  [[nodiscard]] virtual CalendarTime ToLocal(int64_t seconds) const = 0;
   /// The moment at which local clocks show `local`; the system decides on daylight saving. None when there
   /// is no such moment that the system can express.
-  virtual std::optional<int64_t> FromLocal(const CalendarTime& local) const = 0;
+  [[nodiscard]] virtual std::optional<int64_t> FromLocal(const CalendarTime& local) const = 0;
 };
 
 /// The clock in use: the system's, unless it was replaced.
-VRX_API Clock& CurrentClock();
+[[nodiscard]] VRX_API Clock& CurrentClock();
 
 /// Replaces the clock for the whole process; null restores the system's. The clock must outlive its use.
 VRX_API void SetClock(Clock* clock);

@@ -45,7 +45,7 @@ class VRX_API CArchiveException : public CException {
 
   explicit CArchiveException(Cause cause) : cause_(cause) {}
   ~CArchiveException() override;
-  Cause GetCause() const { return cause_; }
+  [[nodiscard]] Cause GetCause() const { return cause_; }
   const char* what() const noexcept override;
 
  private:

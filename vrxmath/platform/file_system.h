@@ -17,9 +17,9 @@ class VRX_API ExclusiveFile {
  public:
   virtual ~ExclusiveFile();
   /// The length in bytes.
-  virtual uint64_t Length() const = 0;
+  [[nodiscard]] virtual uint64_t Length() const = 0;
   /// Writes behind the end. False when not all of it could be written; the file may then hold a part of it.
-  virtual bool Append(std::string_view bytes) = 0;
+  [[nodiscard]] virtual bool Append(std::string_view bytes) = 0;
   virtual bool SetLength(uint64_t length) = 0;
 };
 
@@ -27,15 +27,15 @@ class VRX_API ExclusiveFile {
 class VRX_API FileSystem {
  public:
   virtual ~FileSystem();
-  virtual bool DirectoryExists(const CString& path) = 0;
+  [[nodiscard]] virtual bool DirectoryExists(const CString& path) = 0;
   /// Opens a file with its content for writing, or creates it. Null when it cannot be written, when it is no
   /// plain file, and when someone else has it open this way.
-  virtual std::unique_ptr<ExclusiveFile> OpenExclusive(const CString& path) = 0;
+  [[nodiscard]] virtual std::unique_ptr<ExclusiveFile> OpenExclusive(const CString& path) = 0;
   virtual bool Delete(const CString& path) = 0;
 };
 
 /// The file system in use: the system's, unless it was replaced.
-VRX_API FileSystem& CurrentFileSystem();
+[[nodiscard]] VRX_API FileSystem& CurrentFileSystem();
 
 /// Replaces the file system for the whole process; null restores the system's. It must outlive its use.
 VRX_API void SetFileSystem(FileSystem* files);

@@ -23,16 +23,16 @@ class VRX_API FileReader : public ByteStore {
   ~FileReader() override;
 
   /// Opens `path`. False when it does not exist, is a directory or may not be read; `GetError` says why.
-  bool Open(const std::string& path);
-  const std::string& GetError() const { return error_; }
+  [[nodiscard]] bool Open(const std::string& path);
+  [[nodiscard]] const std::string& GetError() const { return error_; }
 
   /// Throws CArchiveException (kIoError) when the device fails.
-  std::size_t Read(std::span<std::byte> out) override;
+  [[nodiscard]] std::size_t Read(std::span<std::byte> out) override;
   /// Always throws CArchiveException (kReadOnly).
   void Write(std::span<const std::byte> bytes) override;
   /// Bytes to the end of a regular file; 0 for a pipe, which does not know. Counted forms (arrays, texts) can
   /// therefore not be read from a pipe.
-  uint64_t Remaining() const override { return remaining_; }
+  [[nodiscard]] uint64_t Remaining() const override { return remaining_; }
 
  private:
   void Close();
@@ -55,17 +55,17 @@ class VRX_API FileReplacer : public ByteStore {
   /// Begins a new content for `path`, following links. The new file keeps the access mode of the old one.
   /// False when no file can be made there, or when what is there is no regular file or is write-protected;
   /// `GetError` says why.
-  bool Open(const std::string& path);
+  [[nodiscard]] bool Open(const std::string& path);
   /// Flushes to the device and puts the new content in place. False, with the old content kept, when that
   /// fails.
-  bool Commit();
-  const std::string& GetError() const { return error_; }
+  [[nodiscard]] bool Commit();
+  [[nodiscard]] const std::string& GetError() const { return error_; }
 
   /// Always throws CArchiveException (kWriteOnly).
-  std::size_t Read(std::span<std::byte> out) override;
+  [[nodiscard]] std::size_t Read(std::span<std::byte> out) override;
   /// Throws CArchiveException (kIoError) when the device is full or fails; `GetError` says why.
   void Write(std::span<const std::byte> bytes) override;
-  uint64_t Remaining() const override { return 0; }
+  [[nodiscard]] uint64_t Remaining() const override { return 0; }
 
  private:
   void Discard();

@@ -7,7 +7,9 @@
 #define VRXMATH_PLATFORM_LOCALE_H_
 
 #include <array>
+#include <cstdint>
 #include <optional>
+#include <vector>
 
 #include <vrxmath/export.h>
 #include <vrxmath/platform/clock.h>
@@ -18,7 +20,10 @@ namespace vrx {
 /// How a locale writes numbers, dates and times. The defaults are those of the "C" locale.
 struct LocaleConventions {
   CString decimalSeparator = u".";
-  CString groupSeparator;  ///< between thousands; empty where none is written
+  CString groupSeparator;  ///< between groups of digits; empty where none is written
+  /// Digits of the groups before the decimal separator, the one beside it first. The last size repeats; a 0 at the
+  /// end leaves what is left in one piece. Empty: no groups.
+  std::vector<uint8_t> groupSizes = {3};
   CString timeSeparator = u":";
   CString shortDatePicture = u"MM/dd/yy";
   CString longDatePicture = u"dddd MMMM d yyyy";
@@ -45,20 +50,20 @@ struct LocaleConventions {
 ///   y yy yyyy   year in one or two digits of the century, or in four   g gg   era
 /// A longer run means the longest of its kind. Text between apostrophes is copied, two apostrophes give one,
 /// every other character stands for itself. None when `time` holds no date.
-VRX_API std::optional<CString> FormatDatePicture(WideView picture, const CalendarTime& time,
-                                                 const LocaleConventions& conventions);
+[[nodiscard]] VRX_API std::optional<CString> FormatDatePicture(WideView picture, const CalendarTime& time,
+                                                               const LocaleConventions& conventions);
 
 /// The same for a time of day: h hh (1 to 12), H HH (0 to 23), m mm, s ss, t (first letter of AM or PM), tt.
-VRX_API std::optional<CString> FormatTimePicture(WideView picture, const CalendarTime& time,
-                                                 const LocaleConventions& conventions);
+[[nodiscard]] VRX_API std::optional<CString> FormatTimePicture(WideView picture, const CalendarTime& time,
+                                                               const LocaleConventions& conventions);
 
 /// A user's locale. A platform whose system formats dates itself overrides the two Format functions.
 class VRX_API Locale {
  public:
   virtual ~Locale();
-  virtual const LocaleConventions& Conventions() const = 0;
-  virtual std::optional<CString> FormatDate(WideView picture, const CalendarTime& time) const;
-  virtual std::optional<CString> FormatTime(WideView picture, const CalendarTime& time) const;
+  [[nodiscard]] virtual const LocaleConventions& Conventions() const = 0;
+  [[nodiscard]] virtual std::optional<CString> FormatDate(WideView picture, const CalendarTime& time) const;
+  [[nodiscard]] virtual std::optional<CString> FormatTime(WideView picture, const CalendarTime& time) const;
 };
 
 /// A locale of given conventions.
@@ -66,14 +71,14 @@ class VRX_API FixedLocale : public Locale {
  public:
   explicit FixedLocale(LocaleConventions conventions);
   ~FixedLocale() override;
-  const LocaleConventions& Conventions() const override { return conventions_; }
+  [[nodiscard]] const LocaleConventions& Conventions() const override { return conventions_; }
 
  private:
   LocaleConventions conventions_;
 };
 
 /// The locale in use: the user's, read at the first call, unless it was replaced.
-VRX_API const Locale& CurrentLocale();
+[[nodiscard]] VRX_API const Locale& CurrentLocale();
 
 /// Replaces the locale for the whole process; null restores the user's. The locale must outlive its use.
 VRX_API void SetLocale(const Locale* locale);

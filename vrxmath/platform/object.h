@@ -16,7 +16,7 @@ struct CRuntimeClass {
   const CRuntimeClass* base;  ///< the base's information; null for CObject
 
   /// True when this class is `other` or derives from it.
-  VRX_API bool IsDerivedFrom(const CRuntimeClass& other) const;
+  [[nodiscard]] VRX_API bool IsDerivedFrom(const CRuntimeClass& other) const;
 };
 
 /// Root of the library's containers and of the records that can be asked for their class.
@@ -27,7 +27,7 @@ class VRX_API CObject {
  public:
   static const CRuntimeClass kClass;
 
-  virtual const CRuntimeClass& GetRuntimeClass() const;
+  [[nodiscard]] virtual const CRuntimeClass& GetRuntimeClass() const;
   virtual ~CObject();
 
   /// Writes the object to a storing archive or reads it from a loading one. The base has nothing to write.
@@ -36,7 +36,9 @@ class VRX_API CObject {
   virtual void Dump() const;
 
   /// True when the object's class is `other` or derives from it.
-  bool IsKindOf(const CRuntimeClass& other) const { return GetRuntimeClass().IsDerivedFrom(other); }
+  [[nodiscard]] bool IsKindOf(const CRuntimeClass& other) const {
+    return GetRuntimeClass().IsDerivedFrom(other);
+  }
 
  protected:
   CObject() = default;

@@ -35,7 +35,7 @@ inline constexpr int32_t kMaxKeyName = 255;
 inline constexpr int32_t kMaxValueName = 16383;
 
 /// True when `path` has at least one name and all its names have 1 to kMaxKeyName units.
-VRX_API bool IsValidPath(const SettingsPath& path);
+[[nodiscard]] VRX_API bool IsValidPath(const SettingsPath& path);
 
 /// A store. Operations neither throw for what they find nor report: a store that cannot be reached holds
 /// nothing and takes nothing.
@@ -46,16 +46,16 @@ class VRX_API SettingsStore {
   /// True when the key can be read and written. The outermost key is there whenever the store is; with
   /// `create` the others are made when missing.
   virtual bool OpenKey(const SettingsPath& path, bool create) = 0;
-  virtual std::optional<SettingValue> Read(const SettingsPath& key, WideView name) = 0;
+  [[nodiscard]] virtual std::optional<SettingValue> Read(const SettingsPath& key, WideView name) = 0;
   /// Stores a value, replacing one of the same name whatever its type; the key is made when missing. When it
   /// returns true the value survives the end of the process, however that comes.
   virtual bool Write(const SettingsPath& key, WideView name, const SettingValue& value) = 0;
   /// All values of a key and of the keys below it, in the store's order.
-  virtual std::vector<SettingsEntry> List(const SettingsPath& key) = 0;
+  [[nodiscard]] virtual std::vector<SettingsEntry> List(const SettingsPath& key) = 0;
 };
 
 /// The store in use: the user's own, unless it was replaced.
-VRX_API SettingsStore& CurrentSettingsStore();
+[[nodiscard]] VRX_API SettingsStore& CurrentSettingsStore();
 
 /// Replaces the store for the whole process; null restores the user's own. The store must outlive its use.
 VRX_API void SetSettingsStore(SettingsStore* store);

@@ -40,10 +40,10 @@ class VRX_API CString {
   operator WideView() const { return View(); }  // NOLINT(google-explicit-constructor)
 
   /// The text with a terminating zero; never null.
-  const WideChar* CStr() const { return block_ ? block_->Text() : u""; }
+  [[nodiscard]] const WideChar* CStr() const { return block_ ? block_->Text() : u""; }
 
-  int32_t GetLength() const { return block_ ? static_cast<int32_t>(block_->length) : 0; }
-  bool IsEmpty() const { return block_ == nullptr; }
+  [[nodiscard]] int32_t GetLength() const { return block_ ? static_cast<int32_t>(block_->length) : 0; }
+  [[nodiscard]] bool IsEmpty() const { return block_ == nullptr; }
   /// Unit `i`; 0 outside the text.
   WideChar GetAt(std::ptrdiff_t i) const;
   /// Replaces unit `i`; nothing happens outside the text.
@@ -55,12 +55,12 @@ class VRX_API CString {
 
   /// Makes a text of UTF-8. Each byte that is not part of valid UTF-8 becomes U+FFFD. Throws CMemoryException, as
   /// everything here that makes or lengthens a text.
-  static CString FromUtf8(std::string_view utf8);
+  [[nodiscard]] static CString FromUtf8(std::string_view utf8);
   /// The text as UTF-8. A lone surrogate becomes U+FFFD.
-  std::string ToUtf8() const;
+  [[nodiscard]] std::string ToUtf8() const;
 
   /// String `number` of the library's string table; empty when there is none.
-  static CString Load(uint32_t number);
+  [[nodiscard]] static CString Load(uint32_t number);
 
   friend bool operator==(const CString& a, const CString& b) { return a.View() == b.View(); }
   friend bool operator==(const CString& a, WideView b) { return a.View() == b; }
@@ -77,7 +77,7 @@ class VRX_API CString {
     WideChar* Text() { return reinterpret_cast<WideChar*>(this + 1); }
     const WideChar* Text() const { return reinterpret_cast<const WideChar*>(this + 1); }
   };
-  static Block* Allocate(std::size_t capacity);
+  [[nodiscard]] static Block* Allocate(std::size_t capacity);
   void Assign(WideView text);
 
   Block* block_ = nullptr;
@@ -85,7 +85,7 @@ class VRX_API CString {
 
 /// Fills the "%s" fields of `pattern` with `texts`, in order. "%%" gives "%"; a field without a text stays
 /// empty.
-VRX_API CString FillPattern(WideView pattern, std::initializer_list<WideView> texts);
+[[nodiscard]] VRX_API CString FillPattern(WideView pattern, std::initializer_list<WideView> texts);
 
 }  // namespace vrx
 

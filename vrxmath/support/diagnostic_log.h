@@ -33,18 +33,18 @@ inline constexpr uint64_t kMaxDiagFileBytes = 0x100000;
 inline constexpr WideView kDiagSection = u"Diagnostics";
 inline constexpr WideView kDiagPathValue = u"PathInfo";
 /// "Color Sensor" or "General".
-VRX_API WideView DiagModeValue(DiagChannel channel);
+[[nodiscard]] VRX_API WideView DiagModeValue(DiagChannel channel);
 
 /// The channel's mode. A mode that was never set is stored as 0.
 VRX_API int32_t DiagGetMode(DiagChannel channel);
 
 /// True when the channel's mode is neither 0 nor 3.
-VRX_API bool DiagIsEnabled(DiagChannel channel);
+[[nodiscard]] VRX_API bool DiagIsEnabled(DiagChannel channel);
 
 /// The file that messages are appended to: "VrxDebug.txt" put directly behind "PathInfo", which must end
 /// with a separator. Without a "PathInfo", or when it is no directory, the file is ".VrxDebug.txt" in the
 /// current directory.
-VRX_API CString DiagFileName();
+[[nodiscard]] VRX_API CString DiagFileName();
 
 /// Delivers `text` (UTF-8, as it stands: it is not a format) as the channel's mode says. In the file each LF
 /// becomes CR LF and nothing is added. A file longer than kMaxDiagFileBytes is deleted, with a message box

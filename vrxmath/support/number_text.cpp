@@ -7,6 +7,7 @@
 #include <limits>
 #include <span>
 #include <string>
+#include <vector>
 
 #include <vrxmath/foundation/decimal_text.h>
 #include <vrxmath/foundation/units.h>
@@ -17,7 +18,6 @@ namespace {
 
 constexpr WideView kBlanks = u" \t\u00A0\u202F";
 constexpr WideView kDigits = u"0123456789";
-constexpr std::size_t kGroup = 3;
 
 WideView DecimalSeparator() {
   return CurrentLocale().Conventions().decimalSeparator;
@@ -116,13 +116,16 @@ NumberPicture ParsePicture(WideView picture) {
   return parsed;
 }
 
-std::u16string Grouped(std::u16string_view digits, WideView separator) {
-  std::u16string out;
-  for (std::size_t i = 0; i < digits.size(); ++i) {
-    if (i > 0 && (digits.size() - i) % kGroup == 0) out += separator;
-    out += digits[i];
+std::u16string Grouped(std::u16string digits, const LocaleConventions& conventions) {
+  const std::vector<uint8_t>& sizes = conventions.groupSizes;
+  std::size_t place = digits.size();
+  for (std::size_t group = 0; group < digits.size() && !sizes.empty(); ++group) {
+    const std::size_t size = sizes[std::min(group, sizes.size() - 1)];
+    if (size == 0 || place <= size) break;
+    place -= size;
+    digits.insert(place, conventions.groupSeparator.View());
   }
-  return out;
+  return digits;
 }
 
 // A finite number by the picture's digit places.
@@ -141,7 +144,7 @@ std::u16string PictureDigits(const NumberPicture& picture, double value) {
   if (!integer.empty() && integer.size() < picture.integerDigits) {
     integer.insert(0, picture.integerDigits - integer.size(), u'0');
   }
-  if (picture.isGrouped) integer = Grouped(integer, CurrentLocale().Conventions().groupSeparator);
+  if (picture.isGrouped) integer = Grouped(integer, CurrentLocale().Conventions());
   std::u16string out = (isNegative ? u"-" : u"") + integer;
   if (!decimals.empty()) out.append(DecimalSeparator()).append(decimals);
   return out;

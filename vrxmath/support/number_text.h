@@ -17,7 +17,7 @@
 namespace vrx {
 
 /// `value` with the range's decimals. The limits take no part: a value that lies outside is shown as it is.
-VRX_API CString NumberText(double value, const CValueRange& range = {});
+[[nodiscard]] VRX_API CString NumberText(double value, const CValueRange& range = {});
 
 enum class NumberError {
   kNone,
@@ -36,20 +36,20 @@ struct ParsedNumber {
 /// Reads a number: an optional sign, digits, and the locale's decimal separator followed by digits, with
 /// blanks around it. Nothing else is taken: no separator of thousands, which in one locale is what the decimal
 /// separator is in another, and no exponent. NumberText and ParseNumber are inverse up to the rounding.
-VRX_API ParsedNumber ParseNumber(WideView text, const CValueRange& range = {});
+[[nodiscard]] VRX_API ParsedNumber ParseNumber(WideView text, const CValueRange& range = {});
 
 /// `value` moved by `steps` increments, rounded to the range's decimals and kept within the limits: what the
 /// arrow keys of an edit field do. An unset value starts from zero, or from the limit nearest to it.
-VRX_API double StepValue(double value, int32_t steps, const CValueRange& range);
+[[nodiscard]] VRX_API double StepValue(double value, int32_t steps, const CValueRange& range);
 
 /// `value` by a picture such as "##0.00", "#,##0" or "0.0##'%'":
 ///   0   a digit, shown in any case
 ///   #   a digit, shown when it counts; behind the point: unless it is a trailing zero
-///   ,   between digits before the point: thousands are set apart, where the locale does so
+///   ,   between digits before the point: groups of digits are set apart as the locale does it
 ///   .   the locale's decimal separator
 /// Text before and behind is copied, between apostrophes whatever it is. Digits that have no place before the
 /// point are shown all the same. None for a picture without a digit or with more than kMaxDecimals decimals.
-VRX_API std::optional<CString> PictureText(WideView picture, double value);
+[[nodiscard]] VRX_API std::optional<CString> PictureText(WideView picture, double value);
 
 /// A unit in which amounts of a formula are given: weight units are numbered 0 to 5, volume units 0 to 24.
 struct AmountUnit {
@@ -59,13 +59,13 @@ struct AmountUnit {
 };
 
 /// The unit's name, such as "Grams"; empty for a number that is no unit's.
-VRX_API CString AmountUnitName(AmountUnit unit);
+[[nodiscard]] VRX_API CString AmountUnitName(AmountUnit unit);
 
 /// The decimals that amounts in the unit are shown with: enough to tell 0.05 g or 0.05 ml, one drop, apart.
-VRX_API int32_t AmountDecimals(AmountUnit unit);
+[[nodiscard]] VRX_API int32_t AmountDecimals(AmountUnit unit);
 
 /// An amount with its unit: "12.50 Grams".
-VRX_API CString AmountText(double amount, AmountUnit unit);
+[[nodiscard]] VRX_API CString AmountText(double amount, AmountUnit unit);
 
 }  // namespace vrx
 

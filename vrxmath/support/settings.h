@@ -24,10 +24,10 @@ inline constexpr int32_t kMaxSettingText = 260;
 class VRX_API SettingsKey {
  public:
   SettingsKey(SettingsStore& store, SettingsPath path);
-  const SettingsPath& Path() const { return path_; }
-  std::optional<SettingValue> Read(WideView name) const { return store_->Read(path_, name); }
+  [[nodiscard]] const SettingsPath& Path() const { return path_; }
+  [[nodiscard]] std::optional<SettingValue> Read(WideView name) const { return store_->Read(path_, name); }
   bool Write(WideView name, const SettingValue& value) const { return store_->Write(path_, name, value); }
-  std::vector<SettingsEntry> List() const { return store_->List(path_); }
+  [[nodiscard]] std::vector<SettingsEntry> List() const { return store_->List(path_); }
 
  private:
   SettingsStore* store_;
@@ -43,12 +43,12 @@ VRX_API std::optional<SettingsKey> OpenSettingsRoot();
 VRX_API std::optional<SettingsKey> OpenSettingsSection(WideView section);
 
 /// The stored integer, or `defaultValue`.
-VRX_API int32_t GetSettingInt(WideView section, WideView name, int32_t defaultValue);
+[[nodiscard]] VRX_API int32_t GetSettingInt(WideView section, WideView name, int32_t defaultValue);
 /// True when the value is stored.
 VRX_API bool SetSettingInt(WideView section, WideView name, int32_t value);
 
 /// The stored text when it has at most kMaxSettingText units, otherwise `defaultValue`.
-VRX_API CString GetSettingString(WideView section, WideView name, WideView defaultValue);
+[[nodiscard]] VRX_API CString GetSettingString(WideView section, WideView name, WideView defaultValue);
 /// True when the text is stored.
 VRX_API bool SetSettingString(WideView section, WideView name, WideView value);
 

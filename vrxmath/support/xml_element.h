@@ -17,7 +17,7 @@ struct XmlElement {
   int32_t firstChild = 0;   ///< 0 for none
   int32_t nextSibling = 0;  ///< 0 for none
 
-  bool IsEmptyTag() const { return tagEnd == contentEnd + 1; }
+  [[nodiscard]] bool IsEmptyTag() const { return tagEnd == contentEnd + 1; }
   bool operator==(const XmlElement&) const = default;
 };
 

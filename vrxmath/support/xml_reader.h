@@ -76,22 +76,22 @@ class VRX_API CXmlReader {
   bool SetDocUtf8(std::string_view utf8);
 
   /// The document as it stands after all changes. Valid until the next change.
-  WideView GetDoc() const { return doc_; }
+  [[nodiscard]] WideView GetDoc() const { return doc_; }
   /// Why the last SetDoc or change failed; empty when it did not, and for a document that is empty or begins
   /// with an end tag.
-  const CString& GetError() const { return error_; }
+  [[nodiscard]] const CString& GetError() const { return error_; }
 
   /// Records in use, the document's own included: 1 when there are no elements. Removed elements keep theirs.
-  int32_t GetElementCount() const { return static_cast<int32_t>(elements_.size()); }
+  [[nodiscard]] int32_t GetElementCount() const { return static_cast<int32_t>(elements_.size()); }
   /// The record of an element; all zero for one that was removed.
-  const XmlElement& GetElement(int32_t index) const;
+  [[nodiscard]] const XmlElement& GetElement(int32_t index) const;
 
   // The cursor. An index of 0 means none (for the parent: the document).
-  int32_t GetParentIndex() const { return parent_; }
-  int32_t GetCurrentIndex() const { return current_; }
-  int32_t GetChildIndex() const { return child_; }
+  [[nodiscard]] int32_t GetParentIndex() const { return parent_; }
+  [[nodiscard]] int32_t GetCurrentIndex() const { return current_; }
+  [[nodiscard]] int32_t GetChildIndex() const { return child_; }
   /// False when there is no current element, and after a removal until the next move.
-  bool IsPositionValid() const { return valid_; }
+  [[nodiscard]] bool IsPositionValid() const { return valid_; }
   /// Puts the cursor where SetDoc leaves it: before the root element.
   void ResetPosition();
 
@@ -109,7 +109,7 @@ class VRX_API CXmlReader {
   bool OutOfElem();
 
   /// The tag name; empty for index 0.
-  CString GetTagName(int32_t index) const;
+  [[nodiscard]] CString GetTagName(int32_t index) const;
   /// The text of an element without children: the content of a CDATA section as it stands, where the element
   /// holds one after optional white space; anything else with the five predefined entities decoded. Numeric
   /// references and unknown entities stay. Empty for elements with children and for empty ones.
@@ -118,10 +118,10 @@ class VRX_API CXmlReader {
   /// valid. Only quoted values count, and only at the first attribute of that name. A document that is asked
   /// for more than it is long, some times over, gets its attributes sorted once; a question then takes
   /// logarithmic time. (FindElem does the same with tag names.)
-  CString GetAttrib(int32_t index, XmlText name) const;
+  [[nodiscard]] CString GetAttrib(int32_t index, XmlText name) const;
 
   /// Replaces "<", "&" and ">" by their entities, and for an attribute value both quotes as well.
-  static CString EncodeText(XmlText text, bool forAttribute);
+  [[nodiscard]] static CString EncodeText(XmlText text, bool forAttribute);
 
   // Changing. Texts are given as they are meant and encoded on the way. Each change takes time in proportion
   // to the document, because all that follows moves; indices stay what they are. A change that cannot be made
@@ -150,10 +150,10 @@ class VRX_API CXmlReader {
   bool Parse();
   bool Fail(WideView text);
 
-  const XmlElement& At(int32_t index) const;
-  bool IsSearchedOften() const;
-  int32_t NextMatching(int32_t parent, int32_t after, WideView name) const;
-  WideView FindAttrib(int32_t index, WideView name) const;
+  [[nodiscard]] const XmlElement& At(int32_t index) const;
+  [[nodiscard]] bool IsSearchedOften() const;
+  [[nodiscard]] int32_t NextMatching(int32_t parent, int32_t after, WideView name) const;
+  [[nodiscard]] WideView FindAttrib(int32_t index, WideView name) const;
 
   XmlElement& Editable(int32_t index);
   bool HasRoomFor(std::size_t units);
@@ -161,7 +161,7 @@ class VRX_API CXmlReader {
   void GiveEndTag(int32_t index);
   bool AddRoot(const std::u16string& markup);
   int32_t AddAfter(int32_t parent, int32_t previous, WideView name, WideView data);
-  int32_t ChildBefore(int32_t parent, int32_t next) const;
+  [[nodiscard]] int32_t ChildBefore(int32_t parent, int32_t next) const;
   void Forget(int32_t index);
   void ForgetIndexes();
 

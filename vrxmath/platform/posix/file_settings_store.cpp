@@ -11,6 +11,8 @@
 #include <unistd.h>
 #include <utility>
 
+#include <vrxmath/platform/posix/link_target.h>
+
 namespace vrx::platform_internal {
 namespace {
 
@@ -55,12 +57,12 @@ bool MayWrite(const std::string& path) {
   return ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
-// The settings file's path with its directory made; "" when settings cannot be kept there.
+// The settings file's path behind any links, with its directory made; "" when settings cannot be kept there.
 std::string PreparePath(const std::string& configDirectory) {
   if (configDirectory.empty()) return {};
   const std::string directory = configDirectory + kDirectory;
   if (!MakeDirectory(configDirectory) || !MakeDirectory(directory) || !MayWrite(directory)) return {};
-  const std::string path = directory + kFile;
+  const std::string path = LinkTarget(directory + kFile);
   return MayWrite(path) || errno == ENOENT ? path : std::string();
 }
 
@@ -93,25 +95,19 @@ bool WriteAll(int file, std::string_view text) {
   return ::fsync(file) == 0;
 }
 
-// The file that `path` is, behind any symbolic links.
-std::string Resolved(const std::string& path) {
-  char* resolved = ::realpath(path.c_str(), nullptr);
-  std::string result = resolved != nullptr ? resolved : path;
-  std::free(resolved);
-  return result;
-}
-
 // Puts `text` in the place of the file in one step. Only for the holder of the lock: the temporary file has
-// a fixed name, so that one left behind by a killed process is used again instead of piling up.
+// a fixed name, so that one left behind by a killed process is used again instead of piling up. The file keeps
+// its mode; a new one is its user's alone.
 bool ReplaceFile(const std::string& path, std::string_view text) {
-  const std::string target = Resolved(path);
-  const std::string temporary = target + ".new";
+  const std::string temporary = path + ".new";
+  struct stat old = {};
+  const mode_t mode = ::stat(path.c_str(), &old) == 0 ? old.st_mode & 07777 : 0600;
   {
     const Descriptor file = Open(temporary, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
-    if (!file.IsOpen() || !WriteAll(file.Number(), text)) return false;
+    if (!file.IsOpen() || ::fchmod(file.Number(), mode) != 0 || !WriteAll(file.Number(), text)) return false;
   }
-  if (::rename(temporary.c_str(), target.c_str()) != 0) return false;
-  const Descriptor directory = Open(target.substr(0, target.rfind('/') + 1), O_RDONLY | O_DIRECTORY);
+  if (::rename(temporary.c_str(), path.c_str()) != 0) return false;
+  const Descriptor directory = Open(path.substr(0, path.rfind('/') + 1), O_RDONLY | O_DIRECTORY);
   return directory.IsOpen() && ::fsync(directory.Number()) == 0;
 }
 
@@ -147,8 +143,11 @@ bool FileSettingsStore::OpenKey(const SettingsPath& path, bool create) {
   const std::string file = PreparePath(configDirectory_());
   const std::optional<std::string> text = file.empty() ? std::nullopt : ReadFile(file);
   if (!text || !IsValidPath(path)) return false;
-  if (path.size() == 1 || SettingsDocument::Parse(*text).HasKey(path)) return true;
-  return create && Update([&](SettingsDocument& document) { document.AddKey(path); });
+  const SettingsDocument document = SettingsDocument::Parse(*text);
+  if (path.size() == 1 || document.HasKey(path)) return true;
+  // A damaged file is written for a value only, which makes its key: opening comes before every reading.
+  if (document.IsDamaged()) return create;
+  return create && Update([&](SettingsDocument& changed) { changed.AddKey(path); });
 }
 
 std::optional<SettingValue> FileSettingsStore::Read(const SettingsPath& key, WideView name) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,20 +10,13 @@
 #include <utility>
 
 #include <vrxmath/platform/exceptions.h>
+#include <vrxmath/platform/posix/link_target.h>
 
 namespace vrx {
 namespace {
 
 std::string SystemError() {
   return std::strerror(errno);
-}
-
-// What a path leads to, links followed; the path itself where nothing is there yet.
-std::string ResolveLinks(const std::string& path) {
-  char* resolved = ::realpath(path.c_str(), nullptr);
-  std::string result = resolved != nullptr ? resolved : path;
-  std::free(resolved);
-  return result;
 }
 
 // Why a file of this status must not be replaced; empty when it may be. A device or a pipe would become a
@@ -101,10 +93,10 @@ void FileReplacer::Discard() {
 
 bool FileReplacer::Open(const std::string& path) {
   Discard();
-  path_ = ResolveLinks(path);
+  path_ = platform_internal::LinkTarget(path);
   struct stat status = {};
   const bool exists = ::stat(path_.c_str(), &status) == 0;
-  error_ = exists ? ReasonToKeep(path_, status) : std::string();
+  error_ = exists ? ReasonToKeep(path_, status) : errno == ENOENT ? std::string() : SystemError();
   if (!error_.empty()) return false;
   // A new file gets the usual mode, less what the process masks; an old one keeps its own.
   const mode_t mode = exists ? status.st_mode & 07777 : 0666;

@@ -1,3 +1,4 @@
+#include <clocale>
 #include <cwchar>
 #include <langinfo.h>
 #include <locale.h>
@@ -67,6 +68,7 @@ PosixLocaleTexts ReadPosixLocaleTexts(const char* name) {
   texts.pmStr = locale.Text(PM_STR);
   texts.radixChar = locale.Text(RADIXCHAR);
   texts.thouSep = locale.Text(THOUSEP);
+  texts.grouping = std::localeconv()->grouping;
   texts.abDay = locale.Texts<7>(ABDAY_1);
   texts.day = locale.Texts<7>(DAY_1);
   texts.abMon = locale.Texts<12>(ABMON_1);

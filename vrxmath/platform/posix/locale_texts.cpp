@@ -1,6 +1,7 @@
 #include <vrxmath/platform/posix/locale_texts.h>
 
 #include <algorithm>
+#include <climits>
 #include <vector>
 
 namespace vrx {
@@ -105,12 +106,24 @@ void AppendQuotedText(CString& picture, WideView text) {
   picture += u'\'';
 }
 
+// Units between the parts of a format that belong to neither; the Arabic comma too.
+constexpr WideView kBlanks = u" \t\u00A0\u202F,\u060C";
+
 CString Trimmed(const CString& text) {
-  const WideView blanks = u" \t\u00A0\u202F,";
   const WideView view = text;
-  const std::size_t first = view.find_first_not_of(blanks);
+  const std::size_t first = view.find_first_not_of(kBlanks);
   return first == WideView::npos ? CString()
-                                 : CString(view.substr(first, view.find_last_not_of(blanks) - first + 1));
+                                 : CString(view.substr(first, view.find_last_not_of(kBlanks) - first + 1));
+}
+
+// Words between a date and a time that say that a time follows: Norwegian, ISO 8601, Hausa and Tibetan.
+constexpr WideView kTimeWords[] = {u"kl.", u"T", u"cikin", u"\u0F46\u0F74\u0F0B\u0F5A\u0F7C\u0F51"};
+
+// The part of the text behind a date that belongs to it: all but blanks at its end, unless it is a word of the time.
+CString WithoutTimeWords(const CString& text) {
+  const CString word = Trimmed(text);
+  if (std::find(std::begin(kTimeWords), std::end(kTimeWords), word.View()) != std::end(kTimeWords)) return {};
+  return CString(text.View().substr(0, text.View().find_last_not_of(kBlanks) + 1));
 }
 
 enum class Wanted { kDate, kDateInFull, kTime };
@@ -126,15 +139,16 @@ CString PictureOf(WideView format, const PosixLocaleTexts& texts, Wanted wanted)
       std::find_if(pieces.begin(), pieces.end(), [](const Piece& p) { return p.conversion != nullptr; });
   bool keeps = first != pieces.end() && isWanted(*first);
   CString picture;
-  for (const Piece& piece : pieces) {
-    if (piece.conversion != nullptr) keeps = isWanted(piece);
+  for (auto piece = pieces.begin(); piece != pieces.end(); ++piece) {
+    if (piece->conversion != nullptr) keeps = isWanted(*piece);
     if (!keeps) continue;
-    if (piece.conversion == nullptr) {
-      AppendQuotedText(picture, piece.text);
+    if (piece->conversion == nullptr) {
+      const bool isLast = piece + 1 == pieces.end() || !isWanted(piece[1]);
+      AppendQuotedText(picture, isLast ? WithoutTimeWords(piece->text) : piece->text);
     } else {
-      const Conversion& conversion = *piece.conversion;
+      const Conversion& conversion = *piece->conversion;
       const WideView letters = wanted == Wanted::kDateInFull ? conversion.inFull : conversion.picture;
-      picture += piece.unpadded && letters.size() == 2 ? letters.substr(0, 1) : letters;
+      picture += piece->unpadded && letters.size() == 2 ? letters.substr(0, 1) : letters;
     }
   }
   return Trimmed(picture);
@@ -153,6 +167,17 @@ CString TimeSeparatorOf(const PosixLocaleTexts& texts) {
   return u":";
 }
 
+// The last size repeats, unless it is followed by the largest char.
+std::vector<uint8_t> GroupSizesOf(const std::string& grouping) {
+  std::vector<uint8_t> sizes;
+  for (const char size : grouping) {
+    const bool isEnd = size < 0 || size == CHAR_MAX;
+    sizes.push_back(isEnd ? uint8_t{0} : static_cast<uint8_t>(size));
+    if (isEnd) break;
+  }
+  return sizes;
+}
+
 void ReplaceUnlessEmpty(CString& value, const CString& text) {
   if (!text.IsEmpty()) value = text;
 }
@@ -163,6 +188,7 @@ LocaleConventions ConventionsOf(const PosixLocaleTexts& texts) {
   LocaleConventions conventions;
   ReplaceUnlessEmpty(conventions.decimalSeparator, texts.radixChar);
   conventions.groupSeparator = texts.thouSep;
+  conventions.groupSizes = GroupSizesOf(texts.grouping);
   ReplaceUnlessEmpty(conventions.timeSeparator, TimeSeparatorOf(texts));
   ReplaceUnlessEmpty(conventions.shortDatePicture, PictureOf(texts.dFmt, texts, Wanted::kDate));
   ReplaceUnlessEmpty(conventions.longDatePicture, PictureOf(texts.dTFmt, texts, Wanted::kDateInFull));

@@ -4,15 +4,17 @@
 #define VRXMATH_PLATFORM_POSIX_LOCALE_TEXTS_H_
 
 #include <array>
+#include <string>
 
 #include <vrxmath/platform/locale.h>
 
 namespace vrx::platform_internal {
 
-/// What nl_langinfo answers, each member under the name of its item.
+/// What nl_langinfo and localeconv answer, each member under the name of its item.
 struct PosixLocaleTexts {
   CString dFmt, tFmt, tFmtAmPm, dTFmt;  // strftime formats
   CString amStr, pmStr, radixChar, thouSep;
+  std::string grouping;  // sizes of groups of digits as in localeconv
   std::array<CString, 7> abDay, day;
   std::array<CString, 12> abMon, mon, altMon;
 };
