@@ -107,7 +107,7 @@ TEST(Archive, TheWrongDirectionIsAnError) {
   EXPECT_EQ(ArchiveFailure([&] { in << byte; }), CArchiveException::kReadOnly);
   EXPECT_EQ(ArchiveFailure([&] { in.WriteString(u"a"); }), CArchiveException::kReadOnly);
   EXPECT_EQ(ArchiveFailure([&] { out >> byte; }), CArchiveException::kWriteOnly);
-  EXPECT_EQ(ArchiveFailure([&] { out.ReadString(); }), CArchiveException::kWriteOnly);
+  EXPECT_EQ(ArchiveFailure([&] { static_cast<void>(out.ReadString()); }), CArchiveException::kWriteOnly);
   bool truth = false;
   in >> truth;
   EXPECT_TRUE(truth);

@@ -41,10 +41,14 @@ TEST_F(PosixFiles, ReplacerKeepsTheModeAndGivesNewFilesTheUsualOne) {
 }
 
 TEST_F(PosixFiles, ReplacerFollowsLinks) {
-  fs::create_symlink(folder_.Write("target", "old"), folder_ / "link");
-  EXPECT_EQ(Replace(folder_ / "link", "new"), "");
-  EXPECT_TRUE(fs::is_symlink(folder_ / "link"));
-  EXPECT_EQ(folder_.Read("target"), "new");
+  fs::create_symlink("target", folder_ / "link");
+  for (const char* content : {"first", "second"}) {  // at first the link leads nowhere
+    EXPECT_EQ(Replace(folder_ / "link", content), "");
+    EXPECT_TRUE(fs::is_symlink(folder_ / "link"));
+    EXPECT_EQ(folder_.Read("target"), content);
+  }
+  fs::create_symlink("circle", folder_ / "circle");
+  EXPECT_NE(Replace(folder_ / "circle", "new"), "");
 }
 
 TEST_F(PosixFiles, ReplacerRefusesPipes) {

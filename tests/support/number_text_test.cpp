@@ -153,6 +153,16 @@ TEST(NumberText, Pictures) {
   EXPECT_EQ(PictureText(u"#,##0.00", 1234.5)->ToUtf8(), "1.234,50");
   const ScopedLocale c("C");
   EXPECT_EQ(PictureText(u"#,##0.00", 1234.5)->ToUtf8(), "1234.50");
+  for (const auto& [grouping, text] : {std::pair{"\3\2", "12,34,56,789"},  // hi_IN
+                                       {"\3\177", "123456,789"},
+                                       {"", "123456789"}}) {
+    platform_internal::PosixLocaleTexts texts;
+    texts.thouSep = u",";
+    texts.grouping = grouping;
+    const FixedLocale grouped(platform_internal::ConventionsOf(texts));
+    SetLocale(&grouped);
+    EXPECT_EQ(PictureText(u"#,##0", 123456789.0)->ToUtf8(), text);
+  }
 }
 
 TEST(NumberText, AmountsInTheirUnits) {

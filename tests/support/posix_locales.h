@@ -1,4 +1,4 @@
-// What five locales of GNU libc answer to nl_langinfo, but for padding: machines need not have them installed.
+// The answers of five locales of GNU libc to nl_langinfo, but for padding: machines need not have them installed.
 
 #ifndef TESTS_SUPPORT_POSIX_LOCALES_H_
 #define TESTS_SUPPORT_POSIX_LOCALES_H_

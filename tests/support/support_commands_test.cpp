@@ -8,7 +8,7 @@
 namespace vrx {
 namespace {
 
-// What `vrx ARGUMENTS` prints, and its exit status.
+// The output of `vrx ARGUMENTS`, and its exit status.
 std::string RunTool(const std::string& directory, const std::string& arguments) {
   const std::string command =
       "cd " + directory + " && XDG_CONFIG_HOME=" + directory + " " VRX_TOOL " " + arguments + " 2>&1";

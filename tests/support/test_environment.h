@@ -1,4 +1,4 @@
-// What the support tests put in the platform's place for the length of a test.
+// A platform of the tests' own, in place of the system's for the length of a test.
 
 #ifndef TESTS_SUPPORT_TEST_ENVIRONMENT_H_
 #define TESTS_SUPPORT_TEST_ENVIRONMENT_H_

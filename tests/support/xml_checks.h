@@ -1,4 +1,4 @@
-// What must hold of any document: the reader and its indexes agree with the reference, and after changes the
+// Laws that hold of any document: the reader and its indexes agree with the reference, and after changes the
 // records are those of the changed text. Used by the tests and by the fuzz target.
 
 #ifndef TESTS_SUPPORT_XML_CHECKS_H_

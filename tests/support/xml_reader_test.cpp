@@ -73,9 +73,9 @@ TEST(XmlReader, Records) {
   for (int i = 0; i < 5; ++i) EXPECT_EQ(xml.GetElement(i), expected[i]) << i;
   for (const int32_t index : {-1, 5, INT32_MIN, INT32_MAX}) {
     xml.FindElem();
-    EXPECT_THROW(xml.GetTagName(index), CInvalidArgException);
-    EXPECT_THROW(xml.GetData(index), CInvalidArgException);
-    EXPECT_THROW(xml.GetAttrib(index, u"a"), CInvalidArgException);
+    EXPECT_THROW(static_cast<void>(xml.GetTagName(index)), CInvalidArgException);
+    EXPECT_THROW(static_cast<void>(xml.GetData(index)), CInvalidArgException);
+    EXPECT_THROW(static_cast<void>(xml.GetAttrib(index, u"a")), CInvalidArgException);
     EXPECT_THROW(xml.SetData(index, u""), CInvalidArgException);
   }
 }
@@ -267,87 +267,58 @@ TEST(XmlReader, ChangesThatCannotBeMade) {
   EXPECT_EQ(refused(xml.SetAttrib(1, u"a", u"x")), "Element takes no attributes");
 }
 
-// --- Cost --------------------------------------------------------------------------------------------------
-//
-// Each case takes minutes or a deep stack when its cost is not in proportion to the document.
+// --- Cost: each case takes minutes, or a deep stack, when its cost is not in proportion to the document. ---------
 
 constexpr int kMany = 200000;
 
 TEST(XmlReaderCost, DepthNeedsNoStack) {
   constexpr int kDepth = 1000000;
+  const std::u16string open = Repeat(u"<a>", kDepth), nested = Join({open, Repeat(u"</a>", kDepth)});
   CXmlReader xml;
-  ASSERT_TRUE(xml.SetDoc(Join({Repeat(u"<a>", kDepth), Repeat(u"</a>", kDepth)})));
-  EXPECT_EQ(xml.GetElement(1).closeEnd, 7 * kDepth - 1);
+  EXPECT_FALSE(xml.SetDoc(open));
+  ASSERT_TRUE(xml.SetDoc(Join({u"<r>", nested, u"</r>"})));
   int depth = 0;
   while (xml.FindChildElem() && xml.IntoElem()) ++depth;
-  EXPECT_EQ(depth, kDepth - 1);
+  EXPECT_EQ(depth, kDepth);
   while (xml.OutOfElem()) --depth;
   EXPECT_EQ(depth, 0);
-  EXPECT_FALSE(xml.SetDoc(Repeat(u"<a>", kDepth)));
-  EXPECT_EQ(xml.GetError(), u"Element tag not found");
-  ASSERT_TRUE(xml.SetDoc(Join({u"<r>", Repeat(u"<a>", kDepth), Repeat(u"</a>", kDepth), u"</r>"})));
-  EXPECT_TRUE(xml.FindElem() && xml.FindChildElem() && xml.IntoElem() && xml.RemoveElem());
+  EXPECT_TRUE(xml.FindChildElem() && xml.IntoElem() && xml.RemoveElem());
   EXPECT_EQ(Utf8(xml.GetDoc()), "<r></r>");
 }
 
 TEST(XmlReaderCost, Parsing) {
-  const std::pair<const WideChar*, const WideChar*> patterns[] = {
-      // after "<r>": the piece, the error
-      {u"<![CDATA[", u"Invalid node"},     {u"<!--", u"Invalid node"},
-      {u"<!D [", u"Invalid node"},         {u"<a '", u"End of tag not found"},
-      {u"<", u"End of tag not found"},     {u"<!---->", u"Element tag not found"},
-      {u"<a/>", u"Element tag not found"}, {u"<![]]>]]>", u"Element tag not found"},
-      {u"]]]", u"Element tag not found"},
-  };
-  for (const auto& [piece, error] : patterns) {
+  for (const WideView piece : {u"<![CDATA[", u"<!--", u"<!D [", u"<a '", u"<", u"<!---->", u"<a/>", u"]]]"}) {
     CXmlReader xml;
-    EXPECT_FALSE(xml.SetDoc(Join({u"<r>", Repeat(piece, kMany)})));
-    EXPECT_EQ(xml.GetError(), error) << Utf8(piece);
+    EXPECT_FALSE(xml.SetDoc(Join({u"<r>", Repeat(piece, kMany)}))) << Utf8(piece);
   }
 }
 
-TEST(XmlReaderCost, DataOfManyElementsAndManyAmpersands) {
+TEST(XmlReaderCost, SearchesAmongManySiblingsAndTheirData) {
+  std::u16string doc = Join({u"<r><d>", Repeat(u"&", kMany), u"</d>"});
+  for (int i = 0; i < kMany; ++i) doc += Join({u"<a", Number(i), u"> <![CDATA[x]]></a", Number(i), u"><c/>"});
   CXmlReader xml;
-  const std::u16string doc =
-      Join({u"<r><a>", Repeat(u"&", kMany), u"</a>", Repeat(u"<a> <![CDATA[x]]></a>", kMany), u"</r>"});
-  ASSERT_TRUE(xml.SetDoc(doc));
+  ASSERT_TRUE(xml.SetDoc(Join({doc, u"</r>"})) && xml.FindElem());
   EXPECT_EQ(xml.GetData(2).GetLength(), kMany);
-  for (int i = 3; i < xml.GetElementCount(); ++i) ASSERT_EQ(xml.GetData(i), u"x");
-}
-
-TEST(XmlReaderCost, WalksAndFailingSearchesAmongManySiblings) {
-  std::u16string doc = u"<r>";
-  for (int i = 0; i < kMany; ++i) doc += Join({u"<a", Number(i), u"/><c/>"});
-  CXmlReader xml;
-  ASSERT_TRUE(xml.SetDoc(Join({doc, u"</r>"})));
-  ASSERT_TRUE(xml.FindElem());
-  int found = 0;
-  while (xml.FindChildElem(u"c")) ++found;
-  EXPECT_EQ(found, kMany);
-  ASSERT_TRUE(xml.SetDoc(xml.GetDoc()) && xml.FindElem());
   for (int i = 0; i < kMany; ++i) {
     ASSERT_FALSE(xml.FindChildElem(Join({u"b", Number(i)})));
     ASSERT_TRUE(xml.FindChildElem(Join({u"a", Number(i)})));
-    ASSERT_EQ(xml.GetTagName(xml.GetChildIndex()), WideView(Join({u"a", Number(i)})));
+    ASSERT_EQ(xml.GetData(xml.GetChildIndex()), u"x");
   }
 }
 
-TEST(XmlReaderCost, AllAttributesOfOneElement) {
+TEST(XmlReaderCost, Attributes) {
   std::u16string doc = Join({u"<", Repeat(u"r", kMany)});
   for (int i = 0; i < kMany; ++i) doc += Join({u" a", Number(i), u"='", Number(i), u"'"});
   CXmlReader xml;
   ASSERT_TRUE(xml.SetDoc(Join({doc, u"/>"})) && xml.FindElem());
-  for (int i = 0; i < kMany; ++i) ASSERT_EQ(xml.GetAttrib(1, Join({u"a", Number(i)})), WideView(Number(i)));
-  for (int i = 0; i < kMany; ++i) ASSERT_EQ(xml.GetAttrib(1, Join({u"b", Number(i)})), u"");
-}
-
-TEST(XmlReaderCost, AttributeSearchesThatRunOnThroughOpenQuotes) {
+  for (int i = 0; i < kMany; ++i) {
+    ASSERT_EQ(xml.GetAttrib(1, Join({u"a", Number(i)})), WideView(Number(i)));
+    ASSERT_EQ(xml.GetAttrib(1, Join({u"b", Number(i)})), u"");
+  }
   // The quote that opens in each tag closes behind it, so that a search from any element reads all the rest.
   for (const WideView piece : {u"<a '/>'", u"<a '/>'<a \"/>\"", u"<a '/>\"<a \"/>'"}) {
-    CXmlReader xml;
     ASSERT_TRUE(xml.SetDoc(Join({u"<r>", Repeat(piece, kMany), u"<a b='1'/></r>"})) && xml.FindElem());
-    const CString last = xml.GetAttrib(xml.GetElementCount() - 1, u"b");
-    EXPECT_EQ(last, u"1");
+    EXPECT_EQ(xml.GetAttrib(xml.GetElementCount() - 1, u"b"), u"1");
     const CString first = xml.GetAttrib(2, u"b");
     for (int i = 2; i < xml.GetElementCount() - 1; i += 2) ASSERT_EQ(xml.GetAttrib(i, u"b"), first) << i;
   }

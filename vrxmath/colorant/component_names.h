@@ -30,7 +30,7 @@ enum OpticalModel : int32_t {
 /// "industry|optical model", such as "Coatings|2 Constant"; empty for a number that is no model.
 [[nodiscard]] VRX_API CString OpticalModelName(int32_t opticalModel);
 
-/// What the factor of a component is called: paste under trade sales, colour concentrate under plastics,
+/// The name of the factor of a component: paste under trade sales, colour concentrate under plastics,
 /// dispersion under any other model. `brief` gives the short name, such as "Paste" for "Paste Factors".
 [[nodiscard]] VRX_API CString FactorName(int32_t opticalModel, bool brief);
 

@@ -9,7 +9,7 @@
 namespace vrx {
 namespace {
 
-// What a conversion does to one concentration.
+// One concentration after a conversion.
 struct ConvertedConcentration {
   double concentration;
   double ratio;  // old concentration over new
@@ -127,7 +127,7 @@ CColorant& CColorant::operator=(const CColorant& other) {
 }
 
 CColorant& CColorant::operator=(CColorant&& other) noexcept {
-  CComponent::operator=(std::move(other));
+  CComponent::operator=(static_cast<CComponent&&>(other));
   if (GetKind() == kKindResin) StoreKind(kKindColorant);
   valueA_ = other.valueA_;
   percent_ = other.percent_;

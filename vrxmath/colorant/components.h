@@ -27,7 +27,7 @@ inline constexpr uint32_t kNotFound = 9999;
 /// The number of any other new component.
 inline constexpr uint32_t kNewComponentId = 4999;
 
-/// What a component is. Other numbers are allowed and mean nothing.
+/// The kinds of components. Other numbers are allowed and mean nothing.
 enum ComponentKind : int32_t {
   kKindColorant = 0,
   kKindResin = 1,
@@ -43,7 +43,7 @@ enum class FactorDirection { kToPlain, kToFactor };
 /// operations of CColorantLevel of the same names.
 enum class LevelUpdate { kRescaleUnitCurves, kKeepContributionOverBase };
 
-/// What all components have in common.
+/// The fields and operations that all components have.
 class VRX_API CComponent : public CObject {
   VRX_DECLARE_DYNAMIC();
 

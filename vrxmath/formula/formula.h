@@ -61,7 +61,7 @@ class VRX_API CDbFormula : public CArrayVarex<CDbFormulaElement> {
   void SerializeWithLabels(CArchive& archive);
 };
 
-/// What a formula is called.
+/// The names of a formula.
 struct VRX_API CDbNames {
   using MovesBitwise = CDbNames;
 

@@ -16,10 +16,10 @@ namespace vrx {
 
 /// Number of geometry codes, 0 to 48.
 inline constexpr int32_t kAngleCodes = 49;
-/// Where a position in a list is asked for: the current angle.
+/// In the place of a position in a list: the current angle.
 inline constexpr int32_t kCurrentAngle = 100;
 
-/// What kinds of geometry a code stands for. Only lists of kind kOther are lists of angles.
+/// The kinds of geometry that codes stand for. Only lists of kind kOther are lists of angles.
 enum class AngleFamily { kSphere, kPosition, kBackground, kTransmission, kCorrection, kOther };
 
 /// The family of a code, 0 to 255.

@@ -19,7 +19,7 @@ namespace vrx {
 /// bits.
 [[nodiscard]] VRX_API uint32_t Crc32(std::span<const std::byte> bytes);
 
-/// What the content of a frame is.
+/// The kind of content that a frame holds.
 struct ArchiveFormat {
   uint32_t tag;      ///< four ASCII letters, the first in the lowest byte
   uint16_t version;  ///< of the form that this library writes; it reads this and every older one

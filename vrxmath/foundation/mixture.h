@@ -34,7 +34,7 @@ struct VRX_API CColorantValues {
 
 using CColorantValuesArray = CArrayVarex<CColorantValues>;
 
-/// What two-constant theory takes as the base when curves are relative to it: no absorption and the unit of
+/// The base of two-constant theory when curves are relative to it: no absorption and the unit of
 /// scattering, K = 0 and S = 1 at every wavelength.
 [[nodiscard]] VRX_API CColorantValues UnitBase();
 

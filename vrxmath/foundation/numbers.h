@@ -10,7 +10,7 @@
 
 namespace vrx {
 
-/// What a quantity holds until it is measured or computed, and what a calculation returns that has no answer.
+/// The value of a quantity that is not measured or computed yet, and of a calculation that has no answer.
 inline constexpr double kUnset = 1e-5;
 
 /// Default tolerance of near-equality: the spacing of doubles at 1.

@@ -8,7 +8,7 @@
 namespace vrx {
 namespace {
 
-// What a run of picture letters is expanded from.
+// The moment and the conventions that a run of picture letters is expanded from.
 struct PictureContext {
   const CalendarTime& time;
   const LocaleConventions& conventions;

@@ -10,7 +10,7 @@ namespace vrx {
 
 class CArchive;
 
-/// What a class knows about itself at run time: its name and its base.
+/// Run-time information about a class: its name and its base.
 struct CRuntimeClass {
   const char* name;           ///< the class name, ASCII, such as "CColorant"
   const CRuntimeClass* base;  ///< the base's information; null for CObject

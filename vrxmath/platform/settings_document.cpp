@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kOpening =
     "# Per-user settings. One value a line: Name = 12 is a number, Name = \"twelve\" a text.";
 
-// What a backslash stands before in a key's name, a value's name and a text, besides itself.
+// Units that need a backslash in a key's name, a value's name and a text, besides the backslash itself.
 constexpr WideView kKeySpecials = u"/]";
 constexpr WideView kNameSpecials = u"=#[";
 constexpr WideView kTextSpecials = u"\"";

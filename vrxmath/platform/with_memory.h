@@ -10,7 +10,7 @@
 
 namespace vrx::platform_internal {
 
-/// What `function` returns. Throws CMemoryException where it runs out of memory.
+/// The result of `function`. Throws CMemoryException where it runs out of memory.
 template <class Function>
 auto WithMemory(Function function) {
   try {

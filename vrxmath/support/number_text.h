@@ -26,7 +26,7 @@ enum class NumberError {
   kAboveRange,  ///< a number, but more than the upper limit
 };
 
-/// What a typed text means.
+/// The meaning of a typed text.
 struct ParsedNumber {
   double value = kUnset;  ///< rounded to the range's decimals; kUnset for an empty text or kNotANumber
   NumberError error = NumberError::kNone;

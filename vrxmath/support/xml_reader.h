@@ -77,7 +77,7 @@ class VRX_API CXmlReader {
 
   /// The document as it stands after all changes. Valid until the next change.
   [[nodiscard]] WideView GetDoc() const { return doc_; }
-  /// Why the last SetDoc or change failed; empty when it did not, and for a document that is empty or begins
+  /// The reason why the last SetDoc or change failed; empty when it did not, and for a document that is empty or begins
   /// with an end tag.
   [[nodiscard]] const CString& GetError() const { return error_; }
 

@@ -14,7 +14,7 @@ namespace vrx {
 /// The longest document: offsets, and offsets a little beyond the end, fit in 31 bits.
 inline constexpr std::size_t kMaxXmlLength = 0x7FFFFF00;
 
-/// What a search that found nothing returns.
+/// The result of a search that found nothing.
 inline constexpr int32_t kXmlNotFound = -1;
 
 /// A word of markup: a quoted text without its quotes, one delimiter, or a run up to the next delimiter.
@@ -140,7 +140,7 @@ inline bool EndsXmlName(WideChar unit) {
   return unit == u' ' || unit == u'=' || unit == u'/' || unit == u'[';
 }
 
-/// What a search for an attribute came upon.
+/// The findings of a search for an attribute.
 struct XmlAttrib {
   XmlToken tagName;
   bool isNamed = false;   ///< there is an attribute of that name

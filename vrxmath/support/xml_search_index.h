@@ -1,4 +1,4 @@
-// What a reader builds when it is searched more than its document is long: names in sorted order.
+// Names in sorted order, which a reader builds when it is searched for more than its document is long.
 //
 // Neither index keeps the document, which moves when its reader does; every question brings it along.
 

@@ -19,7 +19,7 @@ std::string SystemError() {
   return std::strerror(errno);
 }
 
-// Why a file of this status must not be replaced; empty when it may be. A device or a pipe would become a
+// The reason for which a file of this status must not be replaced; empty when it may be. A device or a pipe would become a
 // plain file, and renaming would get around a write protection.
 std::string ReasonToKeep(const std::string& path, const struct stat& status) {
   if (S_ISDIR(status.st_mode)) return "is a directory";

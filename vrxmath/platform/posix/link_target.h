@@ -1,4 +1,4 @@
-// Where a path leads, for those who replace files.
+// Following symbolic links, for those who replace files.
 
 #ifndef VRXMATH_PLATFORM_POSIX_LINK_TARGET_H_
 #define VRXMATH_PLATFORM_POSIX_LINK_TARGET_H_

@@ -10,7 +10,7 @@
 
 namespace vrx::platform_internal {
 
-/// What nl_langinfo and localeconv answer, each member under the name of its item.
+/// The answers of nl_langinfo and localeconv, each member under the name of its item.
 struct PosixLocaleTexts {
   CString dFmt, tFmt, tFmtAmPm, dTFmt;  // strftime formats
   CString amStr, pmStr, radixChar, thouSep;
