@@ -43,6 +43,10 @@ TEST(SupportCommands, KeepAndShowWhatTheyAreGiven) {
       {"log --directory taken", "vrx: taken cannot hold the log VrxDebug.txt: is a directory\nexit 2"},
   };
   for (const auto& [arguments, output] : rows) EXPECT_EQ(RunTool(place, arguments), output) << arguments;
+  const std::string deep = std::string(200, 'd') + '/' + std::string(100, 'd');
+  std::filesystem::create_directories(directory / deep);
+  EXPECT_EQ(RunTool(place, "log --directory " + deep),
+            "vrx: " + deep + " is too long a path for the log\nexit 2");
   std::filesystem::remove_all(directory / "ostrel");
   directory.Write(directory / "ostrel", "");
   EXPECT_EQ(RunTool(place, "settings set S Name 1"),

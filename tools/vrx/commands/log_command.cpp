@@ -48,6 +48,7 @@ void SetDirectory(const std::string& directory) {
   const std::string path = (std::filesystem::absolute(directory) / "").lexically_normal().string();
   if (!std::filesystem::is_directory(path)) throw InputError(directory + " is not a directory");
   const CString stored = CString::FromUtf8(path);
+  if (stored.GetLength() > kMaxSettingText) throw InputError(directory + " is too long a path for the log");
   FileReplacer probe;  // makes a file beside the log's and removes it again
   if (!probe.Open(stored.ToUtf8() + "VrxDebug.txt")) {
     throw InputError(directory + " cannot hold the log VrxDebug.txt: " + probe.GetError());

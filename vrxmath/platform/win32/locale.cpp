@@ -31,10 +31,26 @@ void ReadMonths(std::array<CString, 12>& names, LCTYPE january, LCTYPE form = 0)
     ReplaceUnlessEmpty(names[i], Text((january + static_cast<LCTYPE>(i)) | form));
 }
 
+// "3;2;0" is groups of three, then of two. Without the 0 at its end the rest stays in one piece.
+std::vector<uint8_t> GroupSizesOf(WideView text) {
+  std::vector<uint8_t> sizes;
+  for (const WideChar unit : text) {
+    if (unit >= u'0' && unit <= u'9') sizes.push_back(static_cast<uint8_t>(unit - u'0'));
+  }
+  if (sizes.empty()) return sizes;
+  if (sizes.back() == 0) {
+    sizes.pop_back();
+  } else {
+    sizes.push_back(0);
+  }
+  return sizes;
+}
+
 LocaleConventions ReadConventions() {
   LocaleConventions conventions;
   ReplaceUnlessEmpty(conventions.decimalSeparator, Text(LOCALE_SDECIMAL));
   conventions.groupSeparator = Text(LOCALE_STHOUSAND);
+  conventions.groupSizes = GroupSizesOf(Text(LOCALE_SGROUPING));
   ReplaceUnlessEmpty(conventions.timeSeparator, Text(LOCALE_STIME));
   ReplaceUnlessEmpty(conventions.shortDatePicture, Text(LOCALE_SSHORTDATE));
   ReplaceUnlessEmpty(conventions.longDatePicture, Text(LOCALE_SLONGDATE));
