@@ -143,8 +143,9 @@ CString PictureOf(WideView format, const PosixLocaleTexts& texts, Wanted wanted)
     if (piece->conversion != nullptr) keeps = isWanted(*piece);
     if (!keeps) continue;
     if (piece->conversion == nullptr) {
-      const bool isLast = piece + 1 == pieces.end() || !isWanted(piece[1]);
-      AppendQuotedText(picture, isLast ? WithoutTimeWords(piece->text) : piece->text);
+      const bool goesOn = std::any_of(piece + 1, pieces.end(),
+                                      [&](const Piece& p) { return p.conversion != nullptr && isWanted(p); });
+      AppendQuotedText(picture, goesOn ? piece->text : WithoutTimeWords(piece->text));
     } else {
       const Conversion& conversion = *piece->conversion;
       const WideView letters = wanted == Wanted::kDateInFull ? conversion.inFull : conversion.picture;
