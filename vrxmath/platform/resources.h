@@ -21,7 +21,8 @@ namespace vrx {
 
 /// The bytes of the resource of the given type and name (ASCII, such as "PWD" and "ILL02_10"), little-endian
 /// and aligned to 8 bytes; empty when there is none. They live as long as the module.
-[[nodiscard]] VRX_API std::span<const std::byte> FindBinaryResource(std::string_view type, std::string_view name);
+[[nodiscard]] VRX_API std::span<const std::byte> FindBinaryResource(std::string_view type,
+                                                                    std::string_view name);
 
 namespace platform_internal {
 
