@@ -44,6 +44,7 @@ double Median(std::vector<double> values) {
 
 std::vector<double> Coordinate(const std::vector<Lab>& colors, std::size_t k) {
   std::vector<double> values;
+  values.reserve(colors.size());
   for (const Lab& color : colors) values.push_back(color[k]);
   return values;
 }
@@ -56,6 +57,7 @@ std::vector<std::size_t> Outliers(const std::vector<Lab>& colors) {
   const Lab centre{Median(Coordinate(colors, 0)), Median(Coordinate(colors, 1)),
                    Median(Coordinate(colors, 2))};
   std::vector<double> distances;
+  distances.reserve(colors.size());
   for (const Lab& color : colors) distances.push_back(Distance(color, centre));
   const double limit = std::max(kRepeatability, kApart * Median(distances));
   std::vector<std::size_t> outliers;
@@ -115,6 +117,7 @@ std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count) {
 ReadingStatistics StatisticsOf(const Readings& readings, vrxIlluminant illuminant, int32_t observer) {
   ReadingStatistics statistics;
   std::vector<Lab> colors;
+  colors.reserve(readings.samples.size());
   for (const Sample& sample : readings.samples) colors.push_back(LabOf(sample, illuminant, observer));
   const Lab mean = LabOf(readings.Mean(), illuminant, observer);
   const auto count = static_cast<double>(colors.size());
