@@ -94,7 +94,7 @@ class Outline {
     const CString name = xml_.GetTagName(index), text = xml_.GetData(index);
     rows_->Integer(depth);
     if (isTable_) {
-      const auto indent = static_cast<std::size_t>(2 * std::min(depth, kMaxIndentedDepth));
+      const auto indent = 2 * static_cast<std::size_t>(std::min(depth, kMaxIndentedDepth));
       rows_->Text(std::string(indent, ' ') + InOneLine(name));
       rows_->Text(InOneLine(text));
     } else {
