@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
 
   vrx::CString out;
   vrx::FormatDateTime(out, text, static_cast<uint32_t>(time), time % 253402300800);
-  vrx::PictureText(text, value);
+  static_cast<void>(vrx::PictureText(text, value));
   vrx::CString code = text;
   vrx::ConditionText(code);
   Require(code.GetLength() >= 3);
