@@ -67,6 +67,43 @@ TEST_F(Judging, KnownColours) {
   EXPECT_NE(Run("average apart.csv").err.find("readings of \"u\" 4 lies apart"), std::string::npos);
 }
 
+// Enough rows for several chunks; a bad one ends the output behind the rows before it, on any count of threads.
+TEST_F(Judging, OnManyThreadsAsOnOne) {
+  std::string trials = "id,standard,L,a,b\n";
+  for (int i = 0; i < 1000; ++i) {
+    const std::string number = std::to_string(i);
+    trials +=
+        "t" + number + (i % 3 == 0 ? ",r," : ",s,") + std::to_string(50 + i % 7) + ",0." + number + ",0\n";
+  }
+  folder_.Write("many.csv", trials);
+  folder_.Write("bad.csv", trials + "t1000,nobody,1,2,3\n");
+  for (const std::string file : {"many.csv", "bad.csv"}) {
+    for (const std::string format : {"csv", "json", "table"}) {
+      const std::string command =
+          "judge s.csv " + file + " --illuminants D65 --format " + format + " --threads ";
+      const Result one = Run(command + "1");
+      EXPECT_EQ(one.status, file == "bad.csv" ? 2 : 0);
+      for (const std::string threads : {"2", "5"}) {
+        const Result many = Run(command + threads);
+        EXPECT_EQ(many.status, one.status);
+        EXPECT_TRUE(many.out == one.out && many.err == one.err) << command << threads;
+      }
+    }
+  }
+}
+
+TEST_F(Judging, SearchesTheNearestStandards) {
+  const std::string kHeader = "sample,rank,standard,difference\n";
+  const std::string kLab = " --system lab --illuminants D65 --format csv";
+  folder_.Write("library.csv", "id,L,a,b\nfar,90,0,0\none,51,0,0\ntwin,51,0,0\nnear,50,0.5,0\n");
+  EXPECT_EQ(Run("search s.csv library.csv --count 3" + kLab + " | head -4").out,
+            kHeader + "s,1,near,0.5\ns,2,one,1\ns,3,twin,1\n");
+  EXPECT_EQ(Run("search s.csv library.csv --within 0.7" + kLab).out, kHeader + "s,1,near,0.5\n");
+  const Result status = Run("search s.csv library.csv --illuminants D65,A");
+  EXPECT_EQ(status.status, 2);
+  EXPECT_NE(status.err.find("colours are seen under one illuminant"), std::string::npos);
+}
+
 TEST_F(Judging, Refusals) {
   const std::pair<const char*, const char*> kRows[] = {
       {"judge s.csv t.csv", "s.csv: colours are seen under one illuminant"},

@@ -61,6 +61,14 @@ Comparison::Comparison(const ComparisonOptions& options, const JudgeSettings& se
       trials_(OpenTrials(options)),
       standards_(OpenStandards(options, settings, trials_)) {}
 
+bool Comparison::NextTrial(CurveRow& trial) {
+  if (!average_) return trials_.Next(trial);
+  if (nextReadings_ == 0) readings_ = ReadReadings(trials_, 0);
+  if (nextReadings_ == readings_.size()) return false;
+  trial = readings_[nextReadings_++].Mean();
+  return true;
+}
+
 void Comparison::WarnAboutInput() const {
   WarnAboutFractions(standards_->Reader());
   WarnAboutFractions(trials_);

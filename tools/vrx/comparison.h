@@ -3,8 +3,11 @@
 #ifndef TOOLS_VRX_COMPARISON_H_
 #define TOOLS_VRX_COMPARISON_H_
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <vrxio/curve_reader.h>
 #include "tools/vrx/conditions.h"
@@ -44,6 +47,15 @@ class Comparison {
 
   const CurveReader& Trials() const { return trials_; }
 
+  /// The next trial, or the mean of the next readings with `--average`; false after the last one. One thread at a time.
+  bool NextTrial(CurveRow& trial);
+  /// The standard of the trial that was read last.
+  const Standard& StandardOf(const CurveRow& trial) { return standards_->Of(trial); }
+  /// A progress bar over the file of the trials: begins, shows how far it was read, and ends.
+  void BeginProgress() { progress_.emplace(average_ ? 0 : trials_.Csv().Size()); }
+  void ShowProgress(std::uint64_t position) { progress_->Update(position); }
+  void EndProgress() { progress_.reset(); }
+
   /// Calls `visit(trial, judge)` for each trial in turn, or for the mean of its readings with `--average`, with the
   /// judge that holds its standard, under a progress bar.
   template <class VISIT>
@@ -70,6 +82,9 @@ class Comparison {
   bool average_;
   CurveReader trials_;
   std::unique_ptr<Standards> standards_;
+  std::vector<Readings> readings_;  // of all trials, with `--average`
+  std::size_t nextReadings_ = 0;
+  std::optional<ProgressBar> progress_;
 };
 
 }  // namespace vrx::tool

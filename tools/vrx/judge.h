@@ -55,6 +55,14 @@ struct Judgement {
   Verdict Overall() const;
 };
 
+/// A standard as it was measured: its name, the geometry of the measurement, and what was measured.
+struct Standard {
+  std::uint64_t stamp = 0;  ///< differs between standards of one run; 0 for none
+  std::string id;
+  int32_t geometry = kNoGeometry;
+  Sample sample;
+};
+
 class Judge {
  public:
   /// `settings` must outlive the judge.
@@ -63,6 +71,12 @@ class Judge {
   /// Takes a standard: its name, the geometry of the measurement and what was measured. A colour counts under every
   /// illuminant of the settings.
   void SetStandard(std::string_view id, int32_t geometry, const Sample& standard);
+  void SetStandard(const Standard& standard) {
+    SetStandard(standard.id, standard.geometry, standard.sample);
+    stamp_ = standard.stamp;
+  }
+  /// The stamp of the standard that was taken last; 0 for none.
+  std::uint64_t StandardStamp() const { return stamp_; }
 
   /// Judges a trial against it, under every illuminant of the settings.
   void Evaluate(const Sample& trial);
@@ -111,6 +125,7 @@ class Judge {
   std::string id_;
   int32_t geometry_ = -2;  // none that can be asked for
   bool hasBoxes_ = false;
+  std::uint64_t stamp_ = 0;
 };
 
 }  // namespace vrx::tool

@@ -27,11 +27,19 @@ class OneStandardForAll final : public Standards {
   Judge& For(const CurveRow& trial) override {
     std::unique_ptr<Judge>& judge = judges_[static_cast<std::size_t>(trial.geometry + 1)];
     if (!judge) {
-      const Row& row = RowFor(trial.geometry);
       judge = std::make_unique<Judge>(settings_);
-      judge->SetStandard(id_, trial.geometry != kNoGeometry ? trial.geometry : row.geometry, row.sample);
+      judge->SetStandard(Of(trial));
     }
     return *judge;
+  }
+  const Standard& Of(const CurveRow& trial) override {
+    const auto place = static_cast<std::size_t>(trial.geometry + 1);
+    Standard& standard = standards_[place];
+    if (standard.stamp == 0) {
+      const Row& row = RowFor(trial.geometry);
+      standard = {place + 1, id_, trial.geometry != kNoGeometry ? trial.geometry : row.geometry, row.sample};
+    }
+    return standard;
   }
   const CurveReader& Reader() const override { return reader_; }
 
@@ -73,6 +81,7 @@ class OneStandardForAll final : public Standards {
   std::string id_;
   std::vector<Row> rows_;
   std::array<std::unique_ptr<Judge>, kAngleCodes + 1> judges_;  // by geometry + 1
+  std::array<Standard, kAngleCodes + 1> standards_;             // likewise
 };
 
 // The standard that a trial names, or that of its own id.
@@ -82,9 +91,17 @@ class StandardOfItsOwn final : public Standards {
       : reader_(std::move(reader)), judge_(settings) {}
 
   Judge& For(const CurveRow& trial) override {
-    if (!Fits(trial)) Advance(trial);
-    judge_.SetStandard(row_.id, trial.geometry != kNoGeometry ? trial.geometry : row_.geometry, row_);
+    judge_.SetStandard(Of(trial));
     return judge_;
+  }
+  const Standard& Of(const CurveRow& trial) override {
+    if (!Fits(trial)) Advance(trial);
+    const int32_t geometry = trial.geometry != kNoGeometry ? trial.geometry : row_.geometry;
+    ++standard_.stamp;
+    standard_.id = row_.id;
+    standard_.geometry = geometry;
+    standard_.sample = row_;
+    return standard_;
   }
   const CurveReader& Reader() const override { return reader_; }
 
@@ -163,6 +180,7 @@ class StandardOfItsOwn final : public Standards {
   CurveReader reader_;
   Judge judge_;
   CurveRow row_;
+  Standard standard_;
   bool hasRow_ = false;
   bool indexed_ = false;
   std::vector<Entry> index_;

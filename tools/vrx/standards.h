@@ -24,6 +24,8 @@ class Standards {
   /// The judge that holds the standard of `trial`; valid until the next call. A trial of a geometry takes the
   /// standard's row of that geometry, else its row without one. Throws InputError when there is none.
   virtual Judge& For(const CurveRow& trial) = 0;
+  /// The same standard as it was measured, for a judge of the caller's.
+  virtual const Standard& Of(const CurveRow& trial) = 0;
   /// What was read of the standards' file.
   virtual const CurveReader& Reader() const = 0;
 };

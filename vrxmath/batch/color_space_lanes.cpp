@@ -33,7 +33,7 @@ VRX_LANE_INLINE void StoreXyz(const XyzOf<Lanes>& xyz, MASK unset, Lanes* y) {
 // FORMULA::Of(viewing, three numbers): coordinates of tristimulus values.
 template <class FORMULA, std::size_t kOut>
 void FromXyz(const Viewing& viewing, Rows from, Target to, std::size_t count) {
-  OverRows<3, kOut>(from, to, count, [viewing](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+  OverRows<Widths<3>, Widths<kOut>>(from, to, count, [viewing](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     const XyzOf<Lanes> xyz = {x[0], x[1], x[2]};
     StoreLab<kOut>(FORMULA::Of(viewing, xyz), IsUnset(xyz), y);
   });
@@ -41,7 +41,7 @@ void FromXyz(const Viewing& viewing, Rows from, Target to, std::size_t count) {
 
 template <class FORMULA>
 void ToXyz(const Viewing& viewing, Rows from, Target to, std::size_t count) {
-  OverRows<3, 3>(from, to, count, [viewing](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+  OverRows<Widths<3>, Widths<3>>(from, to, count, [viewing](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     const LabOf<Lanes> lab = {x[0], x[1], x[2], x[0], x[0]};  // chroma and hue are not read
     StoreXyz(FORMULA::Of(viewing, lab), IsUnset(x[0]) & IsUnset(x[1]) & IsUnset(x[2]), y);
   });
@@ -79,7 +79,7 @@ struct XyzOfHunter {
 };
 
 void ChromaHueOfRows(const Viewing&, Rows from, Target to, std::size_t count) {
-  OverRows<3, 5>(from, to, count, [](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+  OverRows<Widths<3>, Widths<5>>(from, to, count, [](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     LabOf<Lanes> lab = {x[0], x[1], x[2], x[0], x[0]};
     FillChromaHue(lab);
     StoreLab<5>(lab, IsUnset(x[0]) & IsUnset(x[1]) & IsUnset(x[2]), y);

@@ -28,7 +28,7 @@ struct ToMeasured {
 template <class TRANSFORM>
 void Transform(const Settings& settings, const Column<const double>* from, const Column<double>* to,
                std::size_t count) {
-  OverRows<1, 1>(from, to, count, [settings](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+  OverRows<Widths<1>, Widths<1>>(from, to, count, [settings](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     y[0] = TRANSFORM::Of(settings, x[0]);
   });
 }
@@ -41,7 +41,7 @@ VRX_LANE_INLINE Lanes InternalPercent(const Settings& s, Lanes percent) {
 
 void StrengthSum(const Settings& settings, const Column<const double>* from, const Column<double>* to,
                  std::size_t count) {
-  OverRows<40, 1>(from, to, count, [settings](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+  OverRows<Widths<40>, Widths<1>>(from, to, count, [settings](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     constexpr double kVanishing = 1e-7;
     Lanes sum = 0.0;
     for (std::int32_t i = settings.first; i <= settings.last; ++i) {

@@ -1,5 +1,6 @@
 #include <vrxmath/batch/difference_kernels.h>
 
+#include <type_traits>
 #include <utility>
 
 #include <vrxmath/batch/lane_rows.h>
@@ -10,7 +11,10 @@ namespace {
 // Which of the columns of a colour a system reads: X, Y, Z or not, and how many of L, a, b, C, h.
 template <bool kReadsXyz, std::size_t kLabElements>
 struct ColorReader {
-  static constexpr std::size_t kColumns = (kReadsXyz ? 3 : 0) + kLabElements;
+  static constexpr std::size_t kXyzElements = kReadsXyz ? 3 : 0;
+  static constexpr std::size_t kColumns = kXyzElements + kLabElements;
+  using One = Widths<kXyzElements, kLabElements>;
+  using Two = Widths<kXyzElements, kLabElements, kXyzElements, kLabElements>;
 
   static void Choose(const ColorColumns& columns, Column<const double>* chosen) {
     std::size_t k = 0;
@@ -71,7 +75,8 @@ void Differences(const DifferenceContext& given, const ColorColumns& standards, 
 
   // A copy that nothing else can change keeps its numbers in registers.
   const DifferenceContext context = given;
-  OverRows<kIn, kOut>(in, out, count, [&](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+  using In = std::conditional_t<kFixed == Fixed::kNone, typename READER::Two, typename READER::One>;
+  OverRows<In, Widths<kOut>>(in, out, count, [&](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     const ColorOf<Lanes> standard = READER::Read(kFixed == Fixed::kStandard ? fixed : x);
     const ColorOf<Lanes> sample = READER::Read(kFixed == Fixed::kSample ? fixed
                                                : kFixed == Fixed::kNone ? x + kColumns

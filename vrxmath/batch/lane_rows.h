@@ -1,7 +1,8 @@
 // How a kernel walks over rows in packs. For the lane sources alone (numeric/lane_kernels.h).
 //
-// A kernel works on columns. What lies in rows, and the rest that does not fill a pack, passes through a few columns on the
-// stack, a chunk at a time, so that one loop per kernel is enough.
+// A kernel sees packs: one number of several rows. From columns they come as they lie; rows are loaded whole and turned
+// over in registers. Everything else, and the rest that does not fill a pack, passes through a few columns on the stack,
+// so that one loop per kernel is enough.
 
 #ifndef VRXMATH_BATCH_LANE_ROWS_H_
 #define VRXMATH_BATCH_LANE_ROWS_H_
@@ -42,18 +43,8 @@ VRX_LANE_INLINE Lanes CanonicalNaN(Lanes x) {
   return Select(x == x, x, Lanes(std::numeric_limits<double>::quiet_NaN()));
 }
 
-// f(in, out) for packs of whole columns; `count` is a multiple of the lanes.
-template <std::size_t kIn, std::size_t kOut, class F>
-VRX_LANE_INLINE void OverColumns(const double* const* in, double* const* out, std::size_t count, const F& f) {
-  for (std::size_t i = 0; i < count; i += kLaneCount) {
-    Lanes x[kIn], y[kOut];
-    for (std::size_t k = 0; k < kIn; ++k) x[k] = Load<Lanes>(in[k] + i);
-    f(x, y);
-    for (std::size_t k = 0; k < kOut; ++k) Store(CanonicalNaN(y[k]), out[k] + i);
-  }
-}
-
-// Rows to columns and back. The columns are kChunkRows apart; up to `padded` they are filled with a harmless number.
+// Rows to columns and back, number by number. The columns are kChunkRows apart; up to `padded` they are filled with a
+// harmless number.
 template <std::size_t kWidth>
 void RowsToColumns(const Column<const double>* table, std::size_t from, std::size_t count, std::size_t padded,
                    double* columns) {
@@ -75,32 +66,151 @@ void ColumnsToRows(const double* columns, const Column<double>* table, std::size
   }
 }
 
-// f(in, out) for `count` rows of kIn numbers to rows of kOut.
-template <std::size_t kIn, std::size_t kOut, class F>
+// How the numbers that a kernel reads, or writes, are grouped: one width for each view that they come from.
+template <std::size_t... kWidths>
+struct Widths {
+  static constexpr std::size_t kTotal = (kWidths + ... + 0);
+
+  // True when the numbers of each group lie side by side at every row.
+  template <class NUMBER>
+  static bool AreRows(const Column<NUMBER>* columns) {
+    std::size_t at = 0;
+    const auto isRow = [&](std::size_t width) {
+      for (std::size_t k = 1; k < width; ++k) {
+        if (columns[at + k].stride != columns[at].stride) return false;
+        if (columns[at + k].first != columns[at].first + k) return false;
+      }
+      at += width;
+      return true;
+    };
+    return (isRow(kWidths) && ...);
+  }
+  template <class NUMBER>
+  static bool AreColumns(const Column<NUMBER>* columns) {
+    for (std::size_t k = 0; k < kTotal; ++k) {
+      if (columns[k].stride != 1) return false;
+    }
+    return true;
+  }
+
+#if VRX_LANES > 1
+  // Rows as packs, and back.
+  static VRX_LANE_INLINE void LoadRows(const Column<const double>* columns, std::size_t row, Lanes* x) {
+    std::size_t at = 0;
+    ((LoadGroup<kWidths>(columns + at, row, x + at), at += kWidths), ...);
+  }
+  static VRX_LANE_INLINE void StoreRows(const Lanes* y, const Column<double>* columns, std::size_t row) {
+    std::size_t at = 0;
+    ((StoreGroup<kWidths>(y + at, columns + at, row), at += kWidths), ...);
+  }
+
+ private:
+  // Numbers of a row are taken a pack at a time; the last pack overlaps the one before where the width is no multiple.
+  static constexpr std::size_t TileAt(std::size_t tile, std::size_t width) {
+    const std::size_t at = tile * kLaneCount;
+    return width <= kLaneCount || at + kLaneCount <= width ? at : width - kLaneCount;
+  }
+
+  template <std::size_t kWidth>
+  static VRX_LANE_INLINE void LoadGroup(const Column<const double>* column, std::size_t row, Lanes* x) {
+    constexpr std::size_t kCount = kWidth < kLaneCount ? kWidth : kLaneCount;
+    if constexpr (kWidth == 0) return;
+    const double* first = column->first + static_cast<std::ptrdiff_t>(row) * column->stride;
+    if constexpr (kWidth == 3) {
+      if (column->stride == 3) return LoadTriples(first, x);
+    }
+#pragma GCC unroll 8
+    for (std::size_t tile = 0; tile * kLaneCount < kWidth; ++tile) {
+      const std::size_t at = TileAt(tile, kWidth);
+      Lanes rows[kLaneCount];
+#pragma GCC unroll 8
+      for (std::size_t k = 0; k < kLaneCount; ++k) {
+        rows[k] = LoadSome<Lanes, static_cast<int>(kCount)>(
+            first + static_cast<std::ptrdiff_t>(k) * column->stride + at);
+      }
+      Transpose(rows);
+#pragma GCC unroll 8
+      for (std::size_t k = 0; k < kCount; ++k) x[at + k] = rows[k];
+    }
+  }
+
+  template <std::size_t kWidth>
+  static VRX_LANE_INLINE void StoreGroup(const Lanes* y, const Column<double>* column, std::size_t row) {
+    constexpr std::size_t kCount = kWidth < kLaneCount ? kWidth : kLaneCount;
+    if constexpr (kWidth == 0) return;
+    double* first = column->first + static_cast<std::ptrdiff_t>(row) * column->stride;
+    if constexpr (kWidth == 3) {
+      if (column->stride == 3) return StoreTriples(y, first);
+    }
+#pragma GCC unroll 8
+    for (std::size_t tile = 0; tile * kLaneCount < kWidth; ++tile) {
+      const std::size_t at = TileAt(tile, kWidth);
+      Lanes rows[kLaneCount];
+#pragma GCC unroll 8
+      for (std::size_t k = 0; k < kLaneCount; ++k) rows[k] = k < kCount ? y[at + k] : y[at];
+      Transpose(rows);
+#pragma GCC unroll 8
+      for (std::size_t k = 0; k < kLaneCount; ++k) {
+        StoreSome<static_cast<int>(kCount)>(rows[k],
+                                            first + static_cast<std::ptrdiff_t>(k) * column->stride + at);
+      }
+    }
+  }
+#else
+  static void LoadRows(const Column<const double>*, std::size_t, Lanes*) {}
+  static void StoreRows(const Lanes*, const Column<double>*, std::size_t) {}
+#endif
+};
+
+// f(in, out) for whole packs of rows; `count` is a multiple of the lanes.
+template <class IN, class OUT, class F>
+VRX_LANE_INLINE void OverPacks(const Column<const double>* in, const Column<double>* out, bool inRows,
+                               bool outRows, std::size_t count, const F& f) {
+  for (std::size_t i = 0; i < count; i += kLaneCount) {
+    Lanes x[IN::kTotal], y[OUT::kTotal];
+    if (inRows) {
+      IN::LoadRows(in, i, x);
+    } else {
+      for (std::size_t k = 0; k < IN::kTotal; ++k) x[k] = Load<Lanes>(in[k].first + i);
+    }
+    f(x, y);
+    for (std::size_t k = 0; k < OUT::kTotal; ++k) y[k] = CanonicalNaN(y[k]);
+    if (outRows) {
+      OUT::StoreRows(y, out, i);
+    } else {
+      for (std::size_t k = 0; k < OUT::kTotal; ++k) Store(y[k], out[k].first + i);
+    }
+  }
+}
+
+// f(in, out) for `count` rows.
+template <class IN, class OUT, class F>
 [[gnu::noinline]] void OverRows(const Column<const double>* in, const Column<double>* out, std::size_t count,
                                 const F& f) {
-  double input[kIn * kChunkRows];
-  double output[kOut * kChunkRows];
-  bool direct = true;
-  for (std::size_t k = 0; k < kIn; ++k) direct = direct && in[k].stride == 1;
-  for (std::size_t k = 0; k < kOut; ++k) direct = direct && out[k].stride == 1;
+  double input[IN::kTotal * kChunkRows];
+  double output[OUT::kTotal * kChunkRows];
+  const bool inColumns = IN::AreColumns(in), outColumns = OUT::AreColumns(out);
+  const bool direct = (inColumns || (kLaneCount > 1 && IN::AreRows(in))) &&
+                      (outColumns || (kLaneCount > 1 && OUT::AreRows(out)));
   for (std::size_t i = 0, rows; i < count; i += rows) {
-    const double* inputColumns[kIn];
-    double* outputColumns[kOut];
+    Column<const double> source[IN::kTotal];
+    Column<double> target[OUT::kTotal];
     rows = direct ? (count - i) / kLaneCount * kLaneCount : 0;
     const bool viaStack = rows == 0;
     std::size_t padded = rows;
     if (viaStack) {
       rows = count - i < kChunkRows ? count - i : kChunkRows;
       padded = (rows + kLaneCount - 1) / kLaneCount * kLaneCount;
-      RowsToColumns<kIn>(in, i, rows, padded, input);
+      RowsToColumns<IN::kTotal>(in, i, rows, padded, input);
     }
-    for (std::size_t k = 0; k < kIn; ++k)
-      inputColumns[k] = viaStack ? input + k * kChunkRows : in[k].first + i;
-    for (std::size_t k = 0; k < kOut; ++k)
-      outputColumns[k] = viaStack ? output + k * kChunkRows : out[k].first + i;
-    OverColumns<kIn, kOut>(inputColumns, outputColumns, padded, f);
-    if (viaStack) ColumnsToRows<kOut>(output, out, i, rows);
+    for (std::size_t k = 0; k < IN::kTotal; ++k) {
+      source[k] = viaStack ? Column<const double>{input + k * kChunkRows, 1} : in[k];
+    }
+    for (std::size_t k = 0; k < OUT::kTotal; ++k) {
+      target[k] = viaStack ? Column<double>{output + k * kChunkRows, 1} : out[k];
+    }
+    OverPacks<IN, OUT>(source, target, !viaStack && !inColumns, !viaStack && !outColumns, padded, f);
+    if (viaStack) ColumnsToRows<OUT::kTotal>(output, out, i, rows);
   }
 }
 

@@ -12,7 +12,7 @@ namespace vrx {
 namespace {
 
 constexpr int kWavelengths = 40;
-constexpr std::size_t kBlock = 32;  // curves in a block: 10 KB
+constexpr std::size_t kBlock = 16;  // curves in a block: 5 KB, and as much for the next one
 constexpr std::size_t kPacksTogether = kBlock / kLaneCount < 4 ? kBlock / kLaneCount : 4;
 
 using Block = double[kWavelengths][kBlock];
@@ -42,34 +42,6 @@ struct Prefetch {
 };
 
 #if VRX_LANES > 1
-
-template <int kDistance, class V, std::size_t... I>
-VRX_LANE_INLINE V Lower(V a, V b, std::index_sequence<I...>) {
-  return __builtin_shufflevector(a, b, ((I & kDistance) == 0 ? I : kLaneCount + I - kDistance)...);
-}
-template <int kDistance, class V, std::size_t... I>
-VRX_LANE_INLINE V Upper(V a, V b, std::index_sequence<I...>) {
-  return __builtin_shufflevector(a, b, ((I & kDistance) == 0 ? I + kDistance : kLaneCount + I)...);
-}
-
-// One step of a transposition: exchanges blocks of kDistance x kDistance.
-template <int kDistance>
-VRX_LANE_INLINE void ExchangeBlocks(Lanes (&rows)[kLaneCount]) {
-  constexpr auto kIndices = std::make_index_sequence<kLaneCount>();
-#pragma GCC unroll 8
-  for (int i = 0; i < static_cast<int>(kLaneCount); ++i) {
-    if ((i & kDistance) != 0) continue;
-    const auto a = rows[i].v, b = rows[i + kDistance].v;
-    rows[i].v = Lower<kDistance>(a, b, kIndices);
-    rows[i + kDistance].v = Upper<kDistance>(a, b, kIndices);
-  }
-}
-
-VRX_LANE_INLINE void Transpose(Lanes (&rows)[kLaneCount]) {
-  ExchangeBlocks<1>(rows);
-  if constexpr (kLaneCount > 2) ExchangeBlocks<2>(rows);
-  if constexpr (kLaneCount > 4) ExchangeBlocks<4>(rows);
-}
 
 VRX_LANE_INLINE Lanes LoadSamples(const double* from) {
   return Load<Lanes>(from);
@@ -131,7 +103,8 @@ VRX_LANE_INLINE void SumPacks(const Block& block, std::size_t row, const double*
     prefetch.Part(i);
 #pragma GCC unroll 4
     for (std::size_t p = 0; p < kPacksTogether; ++p) {
-      const Lanes sample = Load<Lanes>(&block[i][row + p * kLaneCount]);
+      Lanes sample = Load<Lanes>(&block[i][row + p * kLaneCount]);
+      KeepInRegister(sample);
       X[p] += wx * sample;
       Y[p] += wy * sample;
       Z[p] += wz * sample;

@@ -41,6 +41,12 @@ constexpr std::uint64_t kOneBits = 0x3ff0000000000000;
 constexpr int kFractionBits = 52;
 constexpr int kExponentBias = 1023;
 
+/// An entry of a table for every lane, number by number.
+template <class T, int kFields>
+struct EntryOf {
+  T fields[static_cast<std::size_t>(kFields)];
+};
+
 /// What differs between a number and a pack: integer operations on the bits, and tables.
 template <class T>
 struct LaneTraits;
@@ -59,6 +65,13 @@ struct LaneTraits<double> {
   template <class Node>
   static VRX_LANE_INLINE double Gather(const Node* table, Words index, int field) {
     return reinterpret_cast<const double*>(table + index)[field];
+  }
+  template <class Node>
+  static VRX_LANE_INLINE auto Entry(const Node* table, Words index) {
+    constexpr int kFields = sizeof(Node) / sizeof(double);
+    EntryOf<double, kFields> entry;
+    for (int k = 0; k < kFields; ++k) entry.fields[k] = Gather(table, index, k);
+    return entry;
   }
 };
 
@@ -316,16 +329,17 @@ VRX_LANE_INLINE T AngleInUpperHalf(T a, T b, MASK x_negative, T turn) {
 
   const auto [k, bits] = RoundToInteger<T>(t * 64.0);
   const Words<T> index = bits & 127;
-  const auto node = [&](int field) { return LaneTraits<T>::Gather(kAtanNode, index, field); };
+  const auto entry = LaneTraits<T>::Entry(kAtanNode, index);
+  const T* node = entry.fields;
   const T centre = k * (1.0 / 64);
   const T d_head = head - centre, d = t - centre, d2 = d * d;
   const T curve =
-      d2 * ((node(3) + d * node(4)) + d2 * ((node(5) + d * node(6)) + d2 * (node(7) + d * node(8))));
-  const Sum<T> angle = AddOrdered<T>(node(0), d_head);
+      d2 * ((node[3] + d * node[4]) + d2 * ((node[5] + d * node[6]) + d2 * (node[7] + d * node[8])));
+  const Sum<T> angle = AddOrdered<T>(node[0], d_head);
   const Sum<T> sum = AddOrdered<T>(octant.offset.hi, octant.sign * angle.hi);
-  const T rest = (angle.lo + node(1)) + (curve + d_head * node(2));
+  const T rest = (angle.lo + node[1]) + (curve + d_head * node[2]);
   const T rest_but_tail = sum.lo + ((octant.offset.lo + turn) + octant.sign * rest);
-  return sum.hi + (rest_but_tail + tail * (octant.sign + octant.sign * node(2)));
+  return sum.hi + (rest_but_tail + tail * (octant.sign + octant.sign * node[2]));
 }
 
 // ----------------------------------------------------------------------------------------------------------

@@ -14,6 +14,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #if defined(__SSE2__)
 #include <immintrin.h>
 #endif
@@ -142,6 +143,32 @@ struct Pack {
   }
 };
 
+namespace pack_internal {
+
+template <int kDistance, class V, std::size_t... I>
+VRX_LANE_INLINE V Lower(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, ((I & kDistance) == 0 ? I : sizeof...(I) + I - kDistance)...);
+}
+template <int kDistance, class V, std::size_t... I>
+VRX_LANE_INLINE V Upper(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, ((I & kDistance) == 0 ? I + kDistance : sizeof...(I) + I)...);
+}
+
+// One step of a transposition: exchanges blocks of kDistance x kDistance.
+template <int kDistance, int kLaneCount, class Unit>
+VRX_LANE_INLINE void ExchangeBlocks(Pack<kLaneCount, Unit>* packs) {
+  constexpr auto kIndices = std::make_index_sequence<static_cast<std::size_t>(kLaneCount)>();
+#pragma GCC unroll 8
+  for (int i = 0; i < kLaneCount; ++i) {
+    if ((i & kDistance) != 0) continue;
+    const auto a = packs[i].v, b = packs[i + kDistance].v;
+    packs[i].v = Lower<kDistance>(a, b, kIndices);
+    packs[i + kDistance].v = Upper<kDistance>(a, b, kIndices);
+  }
+}
+
+}  // namespace pack_internal
+
 /// Branch of lanes.h; where both sides are taken they are evaluated for all lanes.
 template <int kLaneCount, class Unit, class A, class B>
 VRX_LANE_INLINE Pack<kLaneCount, Unit> Branch(Mask<kLaneCount, Unit> mask, const A& a, const B& b) {
@@ -192,6 +219,100 @@ VRX_LANE_INLINE void StoreStrided(T x, double* to, std::ptrdiff_t stride) {
   }
 }
 
+/// Loads a pack once for several uses, where the compiler would read memory again for each.
+template <class T>
+VRX_LANE_INLINE void KeepInRegister([[maybe_unused]] T& x) {
+#if defined(__SSE2__)
+  asm("" : "+v"(x.v));
+#endif
+}
+
+/// The lanes of as many packs as a pack has lanes, turned over: lane j of pack i goes to lane i of pack j.
+template <int kLaneCount, class Unit>
+VRX_LANE_INLINE void Transpose(Pack<kLaneCount, Unit> (&packs)[static_cast<std::size_t>(kLaneCount)]) {
+  pack_internal::ExchangeBlocks<1>(packs);
+  if constexpr (kLaneCount > 2) pack_internal::ExchangeBlocks<2>(packs);
+  if constexpr (kLaneCount > 4) pack_internal::ExchangeBlocks<4>(packs);
+}
+
+/// The first `kCount` of as many neighbouring numbers as a pack has lanes; the other lanes are 0.
+template <class T, int kCount>
+VRX_LANE_INLINE T LoadSome(const double* from) {
+  if constexpr (kCount >= T::kLanes) return Load<T>(from);
+#if defined(__AVX512F__)
+  if constexpr (T::kLanes == 8) {
+    return T(static_cast<typename T::Vector>(_mm512_maskz_loadu_pd((1u << kCount) - 1, from)));
+  }
+#endif
+#if defined(__AVX__)
+  if constexpr (T::kLanes == 4 && kCount == 3) {  // through memory the halves would wait for each other
+    const __m256d low = _mm256_castpd128_pd256(_mm_loadu_pd(from));
+    return T(static_cast<typename T::Vector>(_mm256_insertf128_pd(low, _mm_load_sd(from + 2), 1)));
+  }
+#endif
+  T x = 0.0;
+  for (int lane = 0; lane < kCount; ++lane) x.v[lane] = from[lane];
+  return x;
+}
+template <int kCount, class T>
+VRX_LANE_INLINE void StoreSome(T x, double* to) {
+  if constexpr (kCount >= T::kLanes) return Store(x, to);
+#if defined(__AVX512F__)
+  if constexpr (T::kLanes == 8) {
+    _mm512_mask_storeu_pd(to, (1u << kCount) - 1, x.v);
+    return;
+  }
+#endif
+#if defined(__AVX__)
+  if constexpr (T::kLanes == 4 && kCount == 3) {
+    _mm_storeu_pd(to, _mm256_castpd256_pd128(x.v));
+    _mm_store_sd(to + 2, _mm256_extractf128_pd(x.v, 1));
+    return;
+  }
+#endif
+  for (int lane = 0; lane < kCount; ++lane) to[lane] = x.v[lane];
+}
+
+namespace pack_internal {
+
+// Of the numbers of three vectors, one after the other, lane I of the pack for place kPlace is number 3 I + kPlace; taken
+// from the first two vectors, then from the third.
+template <int kPlace, class V, std::size_t... I>
+VRX_LANE_INLINE V EveryThird(V a, V b, V c, std::index_sequence<I...>) {
+  constexpr std::size_t kLanes = sizeof...(I);
+  const V ab = __builtin_shufflevector(a, b, (3 * I + kPlace < 2 * kLanes ? 3 * I + kPlace : 0)...);
+  return __builtin_shufflevector(ab, c, (3 * I + kPlace < 2 * kLanes ? I : 3 * I + kPlace - kLanes)...);
+}
+// Back: vector kVector of the three, from the packs of the places.
+template <int kVector, class V, std::size_t... I>
+VRX_LANE_INLINE V Threaded(V x, V y, V z, std::index_sequence<I...>) {
+  constexpr std::size_t kLanes = sizeof...(I), kFirst = kVector * kLanes;
+  const V xy = __builtin_shufflevector(x, y,
+                                       ((kFirst + I) % 3 == 0   ? (kFirst + I) / 3
+                                        : (kFirst + I) % 3 == 1 ? kLanes + (kFirst + I) / 3
+                                                                : 0)...);
+  return __builtin_shufflevector(xy, z, ((kFirst + I) % 3 == 2 ? kLanes + (kFirst + I) / 3 : I)...);
+}
+
+}  // namespace pack_internal
+
+/// Triples that lie one after the other, as many as a pack has lanes, as three packs; and back.
+template <class T>
+VRX_LANE_INLINE void LoadTriples(const double* from, T* x) {
+  constexpr auto kIndices = std::make_index_sequence<static_cast<std::size_t>(T::kLanes)>();
+  const auto a = Load<T>(from).v, b = Load<T>(from + T::kLanes).v, c = Load<T>(from + 2 * T::kLanes).v;
+  x[0].v = pack_internal::EveryThird<0>(a, b, c, kIndices);
+  x[1].v = pack_internal::EveryThird<1>(a, b, c, kIndices);
+  x[2].v = pack_internal::EveryThird<2>(a, b, c, kIndices);
+}
+template <class T>
+VRX_LANE_INLINE void StoreTriples(const T* x, double* to) {
+  constexpr auto kIndices = std::make_index_sequence<static_cast<std::size_t>(T::kLanes)>();
+  Store(T(pack_internal::Threaded<0>(x[0].v, x[1].v, x[2].v, kIndices)), to);
+  Store(T(pack_internal::Threaded<1>(x[0].v, x[1].v, x[2].v, kIndices)), to + T::kLanes);
+  Store(T(pack_internal::Threaded<2>(x[0].v, x[1].v, x[2].v, kIndices)), to + 2 * T::kLanes);
+}
+
 // ----------------------------------------------------------------------------------------------------------
 // What elementary_lanes.h needs
 
@@ -233,6 +354,29 @@ struct LaneTraits<Pack<kLaneCount, Unit>> {
     T x;
     for (int lane = 0; lane < kLaneCount; ++lane) x.v[lane] = base[at[lane]];
     return x;
+  }
+
+  /// The whole entry of every lane: eight of its numbers at a time come as a row and are turned over, which costs less
+  /// than to gather them one by one.
+  template <class Node>
+  static VRX_LANE_INLINE auto Entry(const Node* table, Words index) {
+    constexpr int kFields = sizeof(Node) / sizeof(double);
+    EntryOf<T, kFields> entry;
+    int field = 0;
+    if constexpr (kFields >= kLaneCount) {
+      for (; field + kLaneCount <= kFields; field += kLaneCount) {
+        T rows[static_cast<std::size_t>(kLaneCount)];
+#pragma GCC unroll 8
+        for (int lane = 0; lane < kLaneCount; ++lane) {
+          rows[lane] = Load<T>(reinterpret_cast<const double*>(table + index[lane]) + field);
+        }
+        Transpose(rows);
+#pragma GCC unroll 8
+        for (int k = 0; k < kLaneCount; ++k) entry.fields[field + k] = rows[k];
+      }
+    }
+    for (; field < kFields; ++field) entry.fields[field] = Gather(table, index, field);
+    return entry;
   }
 };
 

@@ -11,6 +11,7 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"judge", AddJudge},
       CommandEntry{"color", AddColor},
       CommandEntry{"delta", AddDelta},
+      CommandEntry{"search", AddSearch},
       CommandEntry{"average", AddAverage},
       CommandEntry{"sort", AddSort},
       CommandEntry{"fit-tolerance", AddFitTolerance},

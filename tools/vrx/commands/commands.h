@@ -13,6 +13,7 @@ namespace vrx::tool {
 void AddJudge(Command& tool);
 void AddColor(Command& tool);
 void AddDelta(Command& tool);
+void AddSearch(Command& tool);
 void AddAverage(Command& tool);
 void AddSort(Command& tool);
 void AddFitTolerance(Command& tool);

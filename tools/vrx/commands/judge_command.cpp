@@ -14,9 +14,11 @@
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/comparison.h"
 #include "tools/vrx/judging_options.h"
+#include "tools/vrx/judging_pipeline.h"
 #include "tools/vrx/output/judge_output.h"
 #include "tools/vrx/output/judge_report.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/threads_option.h"
 
 namespace vrx::tool {
 namespace {
@@ -28,6 +30,7 @@ struct JudgeOptions {
   std::string only;
   bool worstFirst = false;
   bool strict = false;
+  ThreadsOption threads;
   Format format = Format::kTable;
   ReportOptions report;
 };
@@ -38,10 +41,12 @@ class Selection {
   Selection(const JudgeOptions& options, JudgeOutput* output)
       : options_(options), only_(VerdictsOf(options.only)), output_(output) {}
 
-  void Add(const CurveReader& trials, const Judgement& judgement) {
+  void Add(const CurveReader& trials, const PipelineTrial& judged) {
+    const Judgement& judgement = judged.judgement;
     constexpr std::size_t kMost = 200'000;
     if (output_ == nullptr || !only_[static_cast<std::size_t>(judgement.Overall())]) return;
-    if (!options_.worstFirst) return output_->Add(judgement);
+    if (!options_.worstFirst)
+      return judged.text.empty() ? output_->Add(judgement) : output_->AddText(judged.text);
     if (held_.size() == kMost)
       trials.Csv().FailRow("more than 200000 trials to sort; --only fail leaves fewer");
     held_.push_back(judgement);
@@ -108,14 +113,19 @@ ExitStatus RunJudge(const JudgeOptions& options) {
   const auto report = MakeReport(options, settings, comparison.Trials());
   Selection selection(options, results.get());
   JudgeSummaries summaries(settings.illuminants.size());
-  Judgement judgement;
-  comparison.ForEachTrial([&](const CurveRow& trial, Judge& judge) {
-    judge.Evaluate(trial);
-    judge.Take(trial, judgement);
-    for (std::size_t i = 0; i < summaries.size(); ++i) summaries[i].Add(judgement.trial, judgement.under[i]);
-    selection.Add(comparison.Trials(), judgement);
-    if (report) report->Add(trial, judge, judgement);
-  });
+  JudgingPipeline pipeline(comparison, settings, options.worstFirst ? nullptr : results.get(),
+                           [&](const PipelineTrial& judged, Judge& judge) {
+                             const Judgement& judgement = judged.judgement;
+                             for (std::size_t i = 0; i < summaries.size(); ++i) {
+                               summaries[i].Add(judgement.trial, judgement.under[i]);
+                             }
+                             selection.Add(comparison.Trials(), judged);
+                             if (report) report->Add(judged.trial, judge, judgement);
+                           });
+  // A report looks into the judge of each trial, and the list of the worst says at which row it became too long.
+  constexpr std::size_t kChunk = 128;
+  pipeline.Run(report || options.worstFirst ? 1 : options.threads.Count(),
+               report || options.worstFirst ? 1 : kChunk);
   selection.Finish();
   if (report) report->Finish(summaries);
   results ? results->Finish(summaries) : WriteSummaries(options.format, output, settings, summaries);
@@ -136,6 +146,7 @@ void AddOptions(Command& command, JudgeOptions& options) {
   command.AddFlag("--worst-first", options.worstFirst,
                   "Write the trials of the largest total differences first");
   command.AddFlag("--strict", options.strict, "Exit status 1 when a trial does not pass");
+  AddThreadsOption(command, options.threads);
   AddFormatOption(command, options.format);
   AddReportOptions(command, options.report);
 }

@@ -38,40 +38,44 @@ class CsvJudgeOutput final : public JudgeOutput {
         "verdict");
     output_.Append(byEllipse_ ? ",ellipse\n" : "\n");
   }
-  void Add(const Judgement& judgement) override {
-    for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) AddRow(judgement, i);
+  void Add(const Judgement& judgement) override { WriteText(judgement, output_); }
+  bool WriteText(const Judgement& judgement, OutputStream& text) const override {
+    for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) WriteRow(judgement, i, text);
+    return true;
   }
+  void AddText(std::string_view text) override { output_.Append(text); }
+  void Prepare(OutputStream& text) const override { text.WriteLike(output_); }
   void Finish(const JudgeSummaries&) override {}
 
  private:
-  void AddRow(const Judgement& judgement, std::size_t i) {
-    output_.AppendCsvText(judgement.standard);
-    output_.Append(',');
-    output_.AppendCsvText(judgement.trial);
-    for (const std::string_view text :
+  void WriteRow(const Judgement& judgement, std::size_t i, OutputStream& text) const {
+    text.AppendCsvText(judgement.standard);
+    text.Append(',');
+    text.AppendCsvText(judgement.trial);
+    for (const std::string_view part :
          {texts_.Geometry(judgement.geometry), std::string_view(texts_.illuminants[i])}) {
-      output_.Append(',');
-      output_.Append(text);
+      text.Append(',');
+      text.Append(part);
     }
-    output_.Append(texts_.observer == 10 ? ",10" : ",2");
+    text.Append(texts_.observer == 10 ? ",10" : ",2");
     const IlluminantJudgement& under = judgement.under[i];
     for (const double element : under.difference) {
-      output_.Append(',');
-      output_.AppendNumber(element);
+      text.Append(',');
+      text.AppendNumber(element);
     }
     for (const ShadeWord word : under.words) {
-      output_.Append(',');
-      output_.Append(TextOf(word));
+      text.Append(',');
+      text.Append(TextOf(word));
     }
     for (const Verdict verdict : {under.components, under.total, under.overall}) {
-      output_.Append(',');
-      output_.Append(static_cast<char>('0' + verdict));
+      text.Append(',');
+      text.Append(static_cast<char>('0' + verdict));
     }
     if (byEllipse_) {
-      output_.Append(',');
-      output_.AppendNumber(under.ellipseValue);
+      text.Append(',');
+      text.AppendNumber(under.ellipseValue);
     }
-    output_.Append('\n');
+    text.Append('\n');
   }
 
   OutputStream& output_;

@@ -29,6 +29,14 @@ class JudgeOutput {
   virtual ~JudgeOutput() = default;
   /// Writes the outcome of a trial under every illuminant.
   virtual void Add(const Judgement& judgement) = 0;
+  /// Writes the same to `text`, on any thread, where it depends on nothing that was written before; false where it does.
+  /// AddText appends it in its turn.
+  virtual bool WriteText(const Judgement& judgement, OutputStream& text) const {
+    return static_cast<void>(judgement), static_cast<void>(text), false;
+  }
+  virtual void AddText(std::string_view text) { static_cast<void>(text); }
+  /// Makes a stream in memory write as the output itself does.
+  virtual void Prepare(OutputStream& text) const { static_cast<void>(text); }
   /// Ends the results; a table ends with the summaries.
   virtual void Finish(const JudgeSummaries& summaries) = 0;
 };

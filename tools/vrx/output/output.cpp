@@ -85,8 +85,11 @@ OutputStream::OutputStream(std::FILE* file)
       onTerminal_(IsTerminal(file)),
       buffer_(std::make_unique_for_overwrite<char[]>(kBufferBytes)) {}
 
+OutputStream::OutputStream(std::string& text)
+    : text_(&text), buffer_(std::make_unique_for_overwrite<char[]>(kBufferBytes)) {}
+
 OutputStream::~OutputStream() {
-  if (finished_ || !sent_) return;
+  if (finished_ || !sent_ || file_ == nullptr) return;
   constexpr std::string_view kMark = "\n# incomplete: the reason is on standard error\n";
   std::fwrite(kMark.data(), 1, kMark.size(), file_);
   std::fflush(file_);
@@ -95,6 +98,10 @@ OutputStream::~OutputStream() {
 void OutputStream::Send() {
   sent_ = sent_ || used_ > 0;
   const std::size_t bytes = std::exchange(used_, 0);
+  if (text_ != nullptr) {
+    text_->append(buffer_.get(), bytes);
+    return;
+  }
   if (std::fwrite(buffer_.get(), 1, bytes, file_) != bytes || std::fflush(file_) != 0) {
     finished_ = true;  // there is nobody left to warn
     if (errno == EPIPE) throw ReaderGone();

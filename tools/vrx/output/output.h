@@ -58,6 +58,8 @@ class ReaderGone : public OutputError {
 class OutputStream {
  public:
   explicit OutputStream(std::FILE* file = stdout);
+  /// A stream that ends in memory: `Finish` appends what was written since the last one to `text`.
+  explicit OutputStream(std::string& text);
   OutputStream(const OutputStream&) = delete;
   OutputStream& operator=(const OutputStream&) = delete;
   ~OutputStream();
@@ -79,6 +81,11 @@ class OutputStream {
   /// A field of a csv row, in quotes when it has a comma, a quote or a line end in it. On a terminal it is shown as
   /// by AppendShown, and with the format's `csvSafe` an apostrophe stands before what a spreadsheet would run.
   void AppendCsvText(std::string_view text);
+  /// Writes texts and numbers as another stream does.
+  void WriteLike(const OutputStream& other) {
+    onTerminal_ = other.onTerminal_;
+    format_ = other.format_;
+  }
   /// Takes the digits and the safety of csv from a format.
   void SetFormat(const Format& format) { format_ = format; }
 
@@ -92,8 +99,9 @@ class OutputStream {
   void AppendQuoted(std::string_view text);
   char* Room(std::size_t bytes);  // that many free bytes at the end of the buffer
 
-  std::FILE* file_;
-  bool onTerminal_;
+  std::FILE* file_ = nullptr;
+  std::string* text_ = nullptr;  // in place of a file
+  bool onTerminal_ = false;
   Format format_;
   std::unique_ptr<char[]> buffer_;
   std::size_t used_ = 0;

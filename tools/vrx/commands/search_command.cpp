@@ -1,0 +1,252 @@
+// vrx search: the nearest standards of each sample.
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <vrxmath/batch/nearest.h>
+#include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/colorimetry/color_spaces.h>
+
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/conditions.h"
+#include "tools/vrx/curve_input.h"
+#include "tools/vrx/input.h"
+#include "tools/vrx/output/output.h"
+#include "tools/vrx/output/terminal.h"
+#include "tools/vrx/threads_option.h"
+
+namespace vrx::tool {
+namespace {
+
+struct SearchOptions {
+  std::string samples, standards;
+  int count = 10;
+  double within = 0;  // 0: any distance
+  ViewingOptions viewing;
+  SystemOptions system;
+  CurveInputOptions input;
+  ThreadsOption threads;
+  Format format = Format::kTable;
+};
+
+// Colours under every illuminant, and their names.
+class ColorTable {
+ public:
+  ColorTable(const CDifferenceSettings& settings, std::vector<vrxIlluminant> illuminants, int32_t observer)
+      : settings_(settings),
+        illuminants_(std::move(illuminants)),
+        observer_(observer),
+        colors_(illuminants_.size()) {}
+
+  void Add(const CurveRow& row) {
+    names_.emplace_back(row.id);
+    for (std::size_t j = 0; j < illuminants_.size(); ++j) {
+      CColorValues color;
+      Fill(row, illuminants_[j], color);
+      colors_[j].xyz.insert(colors_[j].xyz.end(), color.tristimulus.begin(), color.tristimulus.end());
+      const Lab lab = color.lab.Values();
+      colors_[j].lab.insert(colors_[j].lab.end(), {lab.L, lab.a, lab.b, lab.C, lab.h});
+    }
+  }
+  void Clear() {
+    names_.clear();
+    for (Columns& colors : colors_) colors.xyz.clear(), colors.lab.clear();
+  }
+
+  std::size_t Size() const { return names_.size(); }
+  const std::string& Name(std::size_t i) const { return names_[i]; }
+  Color At(std::size_t illuminant, std::size_t i) const {
+    const double* x = &colors_[illuminant].xyz[3 * i];
+    const double* l = &colors_[illuminant].lab[5 * i];
+    return {{x[0], x[1], x[2]}, {l[0], l[1], l[2], l[3], l[4]}};
+  }
+  std::vector<ColorBatch> Batches() const {
+    std::vector<ColorBatch> batches;
+    for (const Columns& colors : colors_) batches.push_back({colors.xyz, colors.lab});
+    return batches;
+  }
+
+ private:
+  struct Columns {
+    std::vector<double> xyz, lab;
+  };
+
+  void Fill(const CurveRow& row, vrxIlluminant illuminant, CColorValues& color) const {
+    if (row.kind == Sample::kLab) {
+      std::ranges::copy(row.color, color.lab.begin());
+      ChromaHue(color.lab);
+      LabToXyz(illuminant, observer_, color.lab, color.tristimulus);
+      if (settings_.system != vrxSystemHunter && settings_.system != vrxSystemLuv) return;
+    } else if (row.kind == Sample::kXyz) {
+      std::ranges::copy(row.color, color.tristimulus.begin());
+    } else {
+      row.curve.Tristimulus(illuminant, observer_, color.tristimulus);
+    }
+    FillCoordinates(settings_.system, illuminant, observer_, color);
+  }
+
+  CDifferenceSettings settings_;
+  std::vector<vrxIlluminant> illuminants_;
+  int32_t observer_;
+  std::vector<std::string> names_;
+  std::vector<Columns> colors_;  // by illuminant
+};
+
+// What the run searches by.
+struct Search {
+  explicit Search(const SearchOptions& given)
+      : options(given),
+        settings(given.system.Settings()),
+        illuminants(given.viewing.Illuminants()),
+        observer(given.viewing.Observer()),
+        standards(settings, illuminants, observer) {
+    settings.ownFormula = true;
+  }
+
+  const SearchOptions& options;
+  CDifferenceSettings settings;
+  std::vector<vrxIlluminant> illuminants;
+  int32_t observer;
+  ColorTable standards;
+};
+
+// A colour is what was seen under one illuminant; which one only the user knows.
+CurveReader Open(const std::string& path, const Search& search) {
+  CurveReader reader = OpenCurves(path, search.options.input, Content::kCurvesOrColors);
+  if (reader.Kind() != Sample::kCurve && search.illuminants.size() > 1) {
+    throw InputError(reader.Csv().Name() +
+                     ": colours are seen under one illuminant: name it with --illuminants");
+  }
+  return reader;
+}
+
+void ReadStandards(Search& search) {
+  constexpr std::size_t kMost = 4'000'000;
+  CurveReader reader = Open(search.options.standards, search);
+  ProgressBar progress(reader.Csv().Size());
+  CurveRow row;
+  while (reader.Next(row)) {
+    if (search.standards.Size() == kMost) reader.Csv().FailRow("more than 4 million standards");
+    search.standards.Add(row);
+    progress.Update(reader.Csv().Position());
+  }
+  WarnAboutFractions(reader);
+}
+
+class SearchOutput {
+ public:
+  SearchOutput(const Search& search, OutputStream& output)
+      : search_(search), rows_(MakeRowWriter(search.options.format, output, Columns(search))) {}
+
+  void Add(const ColorTable& samples, std::size_t sample, std::span<const NearestMatch> matches) {
+    const double within = search_.options.within;
+    for (std::size_t k = 0; k < matches.size() && matches[k].index != NearestMatch::kNone; ++k) {
+      const NearestMatch& match = matches[k];
+      if (within > 0 && match.difference > within) return;
+      rows_->Text(samples.Name(sample));
+      rows_->Integer(static_cast<int64_t>(k + 1));
+      rows_->Text(search_.standards.Name(match.index));
+      rows_->Number(match.difference);
+      for (std::size_t j = 0; search_.illuminants.size() > 1 && j < search_.illuminants.size(); ++j) {
+        rows_->Number(ComputeDifference(search_.settings, search_.standards.At(j, match.index),
+                                        samples.At(j, sample), 0.0)
+                          .dE);
+      }
+      rows_->EndRow();
+    }
+  }
+  void Finish() { rows_->Finish(); }
+
+ private:
+  static std::vector<Column> Columns(const Search& search) {
+    std::vector<Column> columns{{"sample"}, {"rank"}, {"standard"}, {"difference"}};
+    if (search.illuminants.size() == 1) return columns;
+    for (const vrxIlluminant illuminant : search.illuminants) columns.push_back({CodeOf(illuminant)});
+    return columns;
+  }
+
+  const Search& search_;
+  std::unique_ptr<RowWriter> rows_;
+};
+
+void RunSearch(const SearchOptions& options) {
+  constexpr std::size_t kChunk = 256;
+  if (options.samples == "-" && options.standards == "-") {
+    throw InputError("samples and standards cannot both come from standard input");
+  }
+  Search search(options);
+  ReadStandards(search);
+  const std::vector<ColorBatch> libraries = search.standards.Batches();
+  const auto count = static_cast<std::size_t>(options.count);
+  OutputStream output;
+  SearchOutput results(search, output);
+  CurveReader reader = Open(options.samples, search);
+  ColorTable samples(search.settings, search.illuminants, search.observer);
+  std::vector<NearestMatch> matches;
+  const auto searchChunk = [&] {
+    matches.resize(samples.Size() * count);
+    FindNearestBatch(search.settings, 0.0, samples.Batches(), libraries, count, matches,
+                     {options.threads.Count(), nullptr});
+    for (std::size_t i = 0; i < samples.Size(); ++i)
+      results.Add(samples, i, std::span(matches).subspan(i * count, count));
+    samples.Clear();
+  };
+  CurveRow row;
+  while (reader.Next(row)) {
+    samples.Add(row);
+    if (samples.Size() == kChunk) searchChunk();
+  }
+  if (samples.Size() > 0) searchChunk();
+  results.Finish();
+  output.Finish();
+  WarnAboutFractions(reader);
+}
+
+}  // namespace
+
+void AddSearch(Command& tool) {
+  const auto options = std::make_shared<SearchOptions>();
+  Command command = tool.AddCommand("search", "The nearest standards of each sample");
+  command
+      .AddOption("SAMPLES", options->samples,
+                 "Curves or colours to find standards for (- reads standard input)")
+      .Required();
+  command.AddOption("STANDARDS", options->standards, "Curves or colours of the standards, up to 4 million")
+      .Required();
+  command.AddOption("--count", options->count, "How many standards to find for each sample")
+      .Shows("1 to 1000 [10]")
+      .Check([](const std::string& text) {
+        int count = 0;
+        const char* const end = text.data() + text.size();
+        const bool whole = std::from_chars(text.data(), end, count).ptr == end;
+        return whole && count >= 1 && count <= 1000 ? "" : "a whole number from 1 to 1000 is expected";
+      });
+  command.AddOption("--within", options->within, "Leave out standards that are farther away")
+      .Shows("DIFFERENCE [any]");
+  AddSystemOptions(command, options->system, "cie2000");
+  AddViewingOptions(command, options->viewing, "D65,A,CWF");
+  AddCurveInputOptions(command, options->input);
+  AddThreadsOption(command, options->threads);
+  AddFormatOption(command, options->format);
+  command.SetNotes(
+      "A standard is as far away as it is under the worst of the illuminants, so that a metamer, which "
+      "matches\n"
+      "under one lamp only, is not taken for a match. Of equally near standards the first of the file comes\n"
+      "first. Standards are the reference of the differences.\n\n"
+      "Examples:\n"
+      "  vrx search batch.csv master.csv                      # the ten nearest by CIEDE2000 under D65, A, "
+      "CWF\n"
+      "  vrx search batch.csv master.csv --count 1 --system cmc --format csv\n"
+      "  vrx search batch.csv master.csv --within 1 --illuminants D65\n");
+  command.SetAction([options] {
+    RunSearch(*options);
+    return kExitPass;
+  });
+}
+
+}  // namespace vrx::tool
