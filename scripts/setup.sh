@@ -61,7 +61,8 @@ fi
 
 if [ "$level" = bench ]; then
   header libbenchmark-dev benchmark/benchmark.h
-  header liblcms2-dev libopenblas-dev lcms2.h
+  header liblcms2-dev lcms2.h
+  need libopenblas-dev /usr/include/cblas.h /usr/include/*/cblas.h
   header libeigen3-dev eigen3/Eigen/Core
   header libpugixml-dev pugixml.hpp
   header libexpat1-dev expat.h
