@@ -13,8 +13,8 @@ namespace vrx {
 /// One number of every row: that of row i is first[i * stride].
 template <class NUMBER>
 struct Column {
-  NUMBER* first = nullptr;
-  std::ptrdiff_t stride = 1;
+  NUMBER* first;
+  std::ptrdiff_t stride;
 };
 
 /// The columns of `count` rows of a view from `from` on.

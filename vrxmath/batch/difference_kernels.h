@@ -37,7 +37,7 @@ struct DifferenceKernels {
 
 /// The columns of `count` colours from `from` on; a batch of one colour is taken as it is.
 inline ColorColumns ColumnsOf(const ColorBatch& colors, std::size_t from, std::size_t count) {
-  ColorColumns columns;
+  ColorColumns columns{};
   const auto append = [&](const auto& view, std::size_t at) {
     if (view.empty()) return;
     const auto part = view.size() == 1 ? ColumnsOf(view, 0, 1) : ColumnsOf(view, from, count);

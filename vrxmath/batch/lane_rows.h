@@ -39,8 +39,9 @@ inline constexpr std::size_t kLaneCount = VRX_LANES;
 inline constexpr std::size_t kChunkRows = 128;
 
 // A NaN is the quiet one of numeric_limits, since processors differ in the sign of theirs.
+inline constexpr double kQuietNaN = std::numeric_limits<double>::quiet_NaN();
 VRX_LANE_INLINE Lanes CanonicalNaN(Lanes x) {
-  return Select(x == x, x, Lanes(std::numeric_limits<double>::quiet_NaN()));
+  return Select(x == x, x, Lanes(kQuietNaN));
 }
 
 // Rows to columns and back, number by number. The columns are kChunkRows apart; up to `padded` they are filled with a

@@ -339,7 +339,7 @@ struct LaneTraits<Pack<kLaneCount, Unit>> {
     constexpr int kFields = sizeof(Node) / sizeof(double);
     const double* base = reinterpret_cast<const double*>(table) + field;
     const Words at = index * kFields;
-#if defined(__AVX512F__)
+#if defined(__AVX512F__) && (defined(__OPTIMIZE__) || defined(__clang__))  // else a macro of g++ that warns
     if constexpr (kLaneCount == 8) {
       const __m512i lanes = reinterpret_cast<__m512i>(at);
       return T(static_cast<typename T::Vector>(
