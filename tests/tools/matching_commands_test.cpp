@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -44,6 +45,12 @@ class MatchingCommands : public testing::Test {
 
   test::TemporaryFolder folder_;
 };
+
+std::string Header() {
+  std::string row = "id";
+  for (int nm = 360; nm <= 750; nm += 10) row.append(1, ',').append(std::to_string(nm));
+  return row + "\n";
+}
 
 // Masstones, letdowns of about 10 % and greys give the constants; of the letdowns of about 50 % (one of 84 %), which take
 // no part, the seven hide well enough (contrast ratio above 0.9) to be predicted. Figures of a study on the same data.
@@ -102,6 +109,91 @@ TEST_F(MatchingCommands, CalibrateRefusesWhatItCannotUse) {
   EXPECT_EQ(Run("colorants s.json"), 2) << "nothing was written";
   EXPECT_EQ(Run("calibrate good.csv --white w --output s.json"), 0) << folder_.Read("err");
   EXPECT_EQ(Run("colorants s.json"), 0);
+}
+
+// The six formulas of the example, from the curves that they are predicted to give, and a masstone.
+TEST_F(MatchingCommands, TheExampleFormulasComeBackFirst) {
+  const std::string paints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
+  folder_.Write("masstone.json", R"({"formulas":[{"name":"M","lines":[{"component":7,"amount":3}]}]})");
+  const auto curves = [&](const std::string& formulas) {
+    std::string rows = Header();
+    for (const json& row : RunJson("predict " + paints + " " + formulas)) {
+      rows += row["id"];
+      for (int nm = 360; nm <= 750; nm += 10) rows += "," + row[std::to_string(nm)].dump();
+      rows += "\n";
+    }
+    folder_.Write("curves.csv", rows);
+  };
+  curves(VRX_SOURCE_DIR "/examples/acrylic_formulas.json");
+  ASSERT_EQ(Run("match " + paints + " curves.csv --sort color --top 2 --format csv --formulas found.json"), 0)
+      << folder_.Read("err");
+  EXPECT_TRUE(folder_.Read("out").starts_with(
+      "target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,rms,cost,opacity,status\n"
+      "Sky blue,1,3,1:94;7:1.5;16:4.5,"));
+  const json found = json::parse(folder_.Read("found.json"))["formulas"];
+  const json wanted =
+      json::parse(std::ifstream(VRX_SOURCE_DIR "/examples/acrylic_formulas.json"))["formulas"];
+  ASSERT_EQ(found.size(), 12u);
+  for (std::size_t i = 0; i < wanted.size(); ++i) {
+    const json& lines = found[2 * i]["lines"];
+    ASSERT_EQ(lines.size(), wanted[i]["lines"].size()) << wanted[i]["name"];
+    for (const json& line : wanted[i]["lines"]) {
+      const auto same = std::find_if(lines.begin(), lines.end(), [&](const json& other) {
+        return other["component"] == line["component"];
+      });
+      ASSERT_NE(same, lines.end());
+      EXPECT_NEAR((*same)["amount"].get<double>(), line["amount"].get<double>(), 1e-4) << wanted[i]["name"];
+    }
+  }
+  EXPECT_EQ(Run("predict " + paints + " found.json"), 0);
+  curves("masstone.json");
+  EXPECT_EQ(RunJson("match " + paints + " curves.csv")[0]["formula"], "7:100");
+  EXPECT_EQ(RunJson("match " + paints + " curves.csv --batch-size 5000 --resolution 0.5")[0]["formula"],
+            "7:5000");
+}
+
+TEST_F(MatchingCommands, MatchRefusesWhatItCannotUse) {
+  const std::string match = "match " VRX_SOURCE_DIR "/examples/acrylic_paints.json ";
+  std::string mid = Header() + "t", dark = Header() + "t", hole = Header() + "t";
+  for (int nm = 360; nm <= 750; nm += 10) {
+    mid += ",40";
+    dark += ",3";
+    hole += nm == 500 ? "," : ",40";
+  }
+  folder_.Write("t.csv", mid + "\n");
+  folder_.Write("dark.csv", dark + "\n");
+  folder_.Write("hole.csv", hole + "\n");
+  folder_.Write("lab.csv", "id,L,a,b\nt,50,10,10\n");
+  folder_.Write("min.csv", "component,min,max\n3,60,50\n");
+  folder_.Write("sum.csv", "component,min\n3,60\n4,60\n");
+  folder_.Write("cost.csv", "component,cost\n3,-1\n");
+  folder_.Write("who.csv", "component,cost\nNobody,1\n");
+  folder_.Write("rules.json", R"({"name":"r","components":[{"id":1,"name":"a"},{"id":2,"name":"b"}]})");
+  folder_.Write("metal.json", R"({"name":"m","model":"metallics","components":[]})");
+  ExpectRefusals({
+      {match + "none.csv", "none.csv"},
+      {match + "hole.csv", "line 2"},
+      {match + "dark.csv", "--specular excluded"},
+      {match + "lab.csv --objective spectral", "\"t\": this --objective needs a curve"},
+      {match + "t.csv --require 99", "--require: the colour system has no component \"99\""},
+      {match + "t.csv --exclude Nobody", "\"Nobody\""},
+      {match + "t.csv --require 3 --exclude \"Cobalt Blue\"", "3 \"Cobalt Blue\" is both"},
+      {match + "t.csv --require 1,2,3,4,5", "--max-colorants"},
+      {match + "t.csv --max-colorants 7", "--max-colorants"},
+      {match + "t.csv --limits min.csv", "min.csv, line 2: min is above max"},
+      {match + "t.csv --limits sum.csv --require 3,4", "100 percent"},
+      {match + "t.csv --limits cost.csv", "line 2, column 2"},
+      {match + "t.csv --limits who.csv", "\"Nobody\""},
+      {match + "t.csv --min-amount 101", "--min-amount"},
+      {match + "t.csv --weights 1,2", "--weights"},
+      {match + "t.csv --max-subsets 20852", "20853 subsets are more than --max-subsets 20852"},
+      {match + "t.csv --min-opacity 98", "--backings"},
+      {match + "t.csv --backings t.csv", "two curves"},
+      {match + "t.csv --formulas /nowhere/f.json", "/nowhere/f.json"},
+      {"match rules.json t.csv", "no subset is left"},
+      {"match metal.json t.csv", "model"},
+  });
+  EXPECT_EQ(RunJson(match + "lab.csv --top 1")[0]["status"], "ok");
 }
 
 }  // namespace

@@ -19,6 +19,7 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"colorants", AddColorants},
       CommandEntry{"predict", AddPredict},
       CommandEntry{"calibrate", AddCalibrate},
+      CommandEntry{"match", AddMatch},
       CommandEntry{"index", AddIndex},
       CommandEntry{"swatch", AddSwatch},
       CommandEntry{"plot", AddPlot},

@@ -22,6 +22,7 @@ void AddColorants(Command& tool);
 void AddPlot(Command& tool);
 void AddPredict(Command& tool);
 void AddCalibrate(Command& tool);
+void AddMatch(Command& tool);
 void AddIndex(Command& tool);
 void AddSwatch(Command& tool);
 void AddTables(Command& tool);

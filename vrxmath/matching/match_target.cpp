@@ -1,0 +1,328 @@
+#include <vrxmath/matching/match_target.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/colorimetry/indices.h>
+#include <vrxmath/colorimetry/space_formulas.h>
+#include <vrxmath/colorimetry/weight_tables.h>
+#include <vrxmath/numeric/matrix.h>
+
+namespace vrx {
+namespace {
+
+constexpr std::size_t kSamples = kWavelengths;
+constexpr int32_t kFirstVisible = 4;  // 400 nm
+constexpr int32_t kLastVisible = 34;  // 700 nm
+constexpr double kVisibleSamples = kLastVisible - kFirstVisible + 1;
+constexpr double kPercent = 100.0;
+
+using Matrix3 = std::array<std::array<double, 3>, 3>;
+
+// The upper triangular root U of a positive definite matrix, U^T U = G; false when it has none.
+bool RootOf(const Matrix3& G, Matrix3& U) {
+  U = {};
+  for (std::size_t i = 0; i < 3; ++i) {
+    double pivot = G[i][i];
+    for (std::size_t k = 0; k < i; ++k) pivot -= U[k][i] * U[k][i];
+    constexpr double kFlat = 1e-9;
+    if (!(pivot > kFlat * G[i][i])) return false;
+    U[i][i] = std::sqrt(pivot);
+    for (std::size_t j = i + 1; j < 3; ++j) {
+      double sum = G[i][j];
+      for (std::size_t k = 0; k < i; ++k) sum -= U[k][i] * U[k][j];
+      U[i][j] = sum / U[i][i];
+    }
+  }
+  return true;
+}
+
+// The quadratic form of small changes (dX, dY, dZ) that `square` gives, by differences on both sides.
+template <class SQUARE>
+Matrix3 QuadraticFormOf(const std::array<double, 3>& size, SQUARE square) {
+  constexpr double kStep = 1e-3;
+  const auto both = [&](std::array<double, 3> change) {
+    const double there = square(change);
+    for (double& component : change) component = -component;
+    return 0.5 * (there + square(change));
+  };
+  std::array<double, 3> step{};
+  Matrix3 G{};
+  for (std::size_t i = 0; i < 3; ++i) step[i] = kStep * (size[i] + kStep);
+  for (std::size_t i = 0; i < 3; ++i) {
+    std::array<double, 3> change{};
+    change[i] = step[i];
+    G[i][i] = both(change) / (step[i] * step[i]);
+  }
+  for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t j = i + 1; j < 3; ++j) {
+      std::array<double, 3> change{};
+      change[i] = step[i], change[j] = step[j];
+      const double mixed = both(change) - G[i][i] * step[i] * step[i] - G[j][j] * step[j] * step[j];
+      G[i][j] = G[j][i] = 0.5 * mixed / (step[i] * step[j]);
+    }
+  }
+  return G;
+}
+
+// The smoothest curve that has a colour: least squares of its slopes under three conditions, moved into 0.01 to 1. A
+// place to begin where no curve was measured.
+SpectralCurve SmoothCurveOf(const double* table, const Xyz& xyz) {
+  constexpr uint32_t kUnknowns = kWavelengths + 3;
+  CMatrix system(kUnknowns, kUnknowns + 1);
+  system.Zero();
+  for (int32_t w = 0; w + 1 < kWavelengths; ++w) {
+    system[w][w] += 1.0;
+    system[w + 1][w + 1] += 1.0;
+    system[w][w + 1] -= 1.0;
+    system[w + 1][w] -= 1.0;
+  }
+  const double values[] = {xyz.X, xyz.Y, xyz.Z};
+  for (int32_t k = 0; k < 3; ++k) {
+    for (int32_t w = 0; w < kWavelengths; ++w) {
+      system[w][kWavelengths + k] = system[kWavelengths + k][w] = table[k * kWavelengths + w];
+    }
+    system[kWavelengths + k][kUnknowns] = values[k];
+  }
+  CDoubleArray1 solution;
+  solution.SetSize(kUnknowns);
+  solution.Fill(0.5);
+  system.GaussSolve(solution);
+  SpectralCurve curve;
+  for (std::size_t w = 0; w < kSamples; ++w) {
+    curve[w] = std::clamp(solution[static_cast<std::ptrdiff_t>(w)], 0.01, 1.0);
+  }
+  return curve;
+}
+
+}  // namespace
+
+MatchTarget::MatchTarget(const Offer& offer, const CColorantSystemData& system, const CRecipeTarget& target,
+                         const CRecipeSettings& settings)
+    : system_(system), settings_(settings), target_(target), isColorOnly_(IsUnset(target.curve)) {
+  SetSurface();
+  fault_ = Check(target);
+  if (fault_ == RecipeFault::kNone) fault_ = SetLamps();
+  if (fault_ != RecipeFault::kNone) return;
+  SetCurve();
+  SetRows();
+  SetUnitCurves(offer);
+  SetGram(offer);
+}
+
+RecipeFault MatchTarget::Check(const CRecipeTarget& target) const {
+  if (isColorOnly_) {
+    if (settings_.objective != RecipeObjective::kTristimulus) return RecipeFault::kNeedsCurve;
+    const bool isColor = std::isfinite(target.lab[0]) && std::isfinite(target.lab[1]) &&
+                         std::isfinite(target.lab[2]) && !IsUnset(target.lab[0]);
+    return isColor ? RecipeFault::kNone : RecipeFault::kTargetNotMeasured;
+  }
+  for (const double percent : target.curve) {
+    if (!std::isfinite(percent) || IsUnset(percent)) return RecipeFault::kTargetNotMeasured;
+  }
+  const int32_t below =
+      CountAtFloor(target.curve, kFirstVisible, kLastVisible, system_.k1, system_.k2, settings_.mode);
+  return below > 0 ? RecipeFault::kTargetBelowSurface : RecipeFault::kNone;
+}
+
+RecipeFault MatchTarget::SetLamps() {
+  for (const vrxIlluminant illuminant : settings_.illuminants) {
+    Viewing viewing;
+    const double* table = WeightTable(illuminant, settings_.observer);
+    if (table == nullptr || !FindViewing(illuminant, settings_.observer, viewing))
+      return RecipeFault::kSettings;
+    Lamp lamp{illuminant, table, {}};
+    lamp.color = ColorOf(
+        lamp, isColorOnly_ ? LabToXyz(target_.lab.Values(3), viewing.white) : XyzOf(lamp, target_.curve));
+    lamps_.push_back(lamp);
+    if (isColorOnly_) break;
+  }
+  return RecipeFault::kNone;
+}
+
+void MatchTarget::SetSurface() {
+  const bool isCorrected = settings_.mode != SaundersonMode::kNone;
+  glare_ = settings_.mode == SaundersonMode::kIncluded ? system_.k1 : 0.0;
+  problem_.surface = isCorrected ? (1.0 - system_.k1) * (1.0 - system_.k2) : 1.0;
+  problem_.k2 = isCorrected ? system_.k2 : 0.0;
+}
+
+void MatchTarget::SetCurve() {
+  if (isColorOnly_) {
+    curve_ = SmoothCurveOf(lamps_[0].table, lamps_[0].color.xyz);
+  } else {
+    std::transform(target_.curve.begin(), target_.curve.end(), curve_.begin(),
+                   [](double percent) { return percent * 0.01; });
+  }
+  for (double& reflectance : curve_) reflectance -= glare_;
+  problem_.target = curve_.data();
+}
+
+Xyz MatchTarget::XyzOf(const Lamp& lamp, const CReflData& curve) const {
+  double sums[3] = {};
+  for (int32_t w = 0; w < kWavelengths; ++w) {
+    for (int32_t k = 0; k < 3; ++k) sums[k] += lamp.table[k * kWavelengths + w] * curve[w];
+  }
+  return {0.01 * sums[0], 0.01 * sums[1], 0.01 * sums[2]};
+}
+
+Color MatchTarget::ColorOf(const Lamp& lamp, const Xyz& xyz) const {
+  Viewing viewing;
+  if (!FindViewing(lamp.illuminant, settings_.observer, viewing)) return {};
+  const DifferenceSystem* system = FindDifferenceSystem(settings_.difference.system);
+  return {xyz, Coordinates(system != nullptr ? system->space : CoordinateSpace::kLab, xyz, viewing)};
+}
+
+double MatchTarget::DifferenceOf(const Lamp& lamp, const Xyz& xyz) const {
+  constexpr double kNoAngle = 0.0;
+  return ComputeDifference(settings_.difference, lamp.color, ColorOf(lamp, xyz), kNoAngle).dE;
+}
+
+// Rows whose squares add up to the square of a small difference in the system of the settings; to that of dE*ab where the
+// system has no such form at the target.
+void MatchTarget::SetRows() {
+  for (std::size_t j = 0; j < lamps_.size(); ++j) {
+    const Lamp& lamp = lamps_[j];
+    const Xyz& xyz = lamp.color.xyz;
+    const std::array<double, 3> size = {xyz.X, xyz.Y, xyz.Z};
+    const auto inSystem = [&](const std::array<double, 3>& change) {
+      const double dE = DifferenceOf(lamp, {xyz.X + change[0], xyz.Y + change[1], xyz.Z + change[2]});
+      return dE * dE;
+    };
+    const auto inLab = [&](const std::array<double, 3>& change) {
+      Viewing viewing;
+      if (!FindViewing(lamp.illuminant, settings_.observer, viewing)) return 0.0;
+      const Lab d = LabDerivative(xyz, Xyz{change[0], change[1], change[2]}, viewing.white);
+      return d.L * d.L + d.a * d.a + d.b * d.b;
+    };
+    Matrix3 U;
+    if (!RootOf(QuadraticFormOf(size, inSystem), U)) RootOf(QuadraticFormOf(size, inLab), U);
+    for (std::size_t row = 0; row < 3; ++row) {
+      for (std::size_t w = 0; w < kSamples; ++w) {
+        double weight = 0.0;
+        for (std::size_t k = row; k < 3; ++k) weight += U[row][k] * lamp.table[k * kSamples + w];
+        weights_.push_back(weight);
+      }
+      // What the curve misses of the colour; nothing but rounding where the colour comes from the curve.
+      double offset = 0.0;
+      for (std::size_t w = 0; isColorOnly_ && w < kSamples; ++w) {
+        offset += weights_[weights_.size() - kSamples + w] * (curve_[w] + glare_);
+      }
+      for (std::size_t k = row; isColorOnly_ && k < 3; ++k) offset -= U[row][k] * size[k];
+      offset_.push_back(offset);
+    }
+    const double weight =
+        settings_.weights.IsEmpty() ? 1.0 : settings_.weights[static_cast<std::ptrdiff_t>(j)];
+    importance_.push_back(settings_.objective == RecipeObjective::kSpectral ? 0.0 : weight);
+  }
+  if (settings_.objective != RecipeObjective::kTristimulus) {
+    curveWeights_.assign(kSamples, 0.0);
+    std::fill(curveWeights_.begin() + kFirstVisible, curveWeights_.begin() + kLastVisible + 1,
+              kPercent * kPercent / kVisibleSamples);
+    problem_.curveWeights = curveWeights_.data();
+  }
+  problem_.rows = static_cast<int32_t>(offset_.size());
+  problem_.weights = weights_.data();
+  problem_.offset = offset_.data();
+  problem_.importance = importance_.data();
+}
+
+void MatchTarget::SetUnitCurves(const Offer& offer) {
+  const auto append = [](const CComponent& component, std::vector<double>& K, std::vector<double>& S) {
+    const CColorantLevelArray& levels = component.GetLevels();
+    const CColorantValues& curves = levels[levels.GetSize() / 2].values[0];
+    for (int32_t w = 0; w < kWavelengths; ++w) {
+      K.push_back(curves.absorption[w]);
+      S.push_back(curves.scattering[w]);
+    }
+  };
+  for (const OfferedColorant& colorant : offer.colorants) append(*colorant.component, K_, S_);
+  problem_.colorants = static_cast<int32_t>(offer.colorants.size());
+  problem_.K = K_.data();
+  problem_.S = S_.data();
+  if (offer.substrate == nullptr) return;
+  append(*offer.substrate, baseK_, baseS_);
+  problem_.baseK = baseK_.data();
+  problem_.baseS = baseS_.data();
+}
+
+// The objective linearised at the target: with Q its K/S, a mixture of sums K and S differs in K/S by (K - Q S) / S, and in
+// reflectance by that times dR/dQ. The mixture's S counts as 1, of a substrate as it is. A little of the curves'
+// difference keeps shares apart that the colours alone leave open.
+void MatchTarget::SetGram(const Offer& offer) {
+  constexpr double kCurvePart = 0.01;
+  const bool hasBase = offer.substrate != nullptr;
+  const std::size_t columns = offer.colorants.size() + (hasBase ? 1 : 0);
+  std::vector<double> difference(columns * kSamples);  // of reflectance, by column
+  scale_.assign(columns, 0.0);
+  for (std::size_t w = 0; w < kSamples; ++w) {
+    const double measured = curve_[w] / problem_.surface;
+    const double R = std::clamp(measured / (1.0 + problem_.k2 * measured), kLeastInternal, 0.999);
+    const double Q = KubelkaMunkKs(kPercent * R);
+    const double back = 1.0 - problem_.k2 * R;
+    const double slope = problem_.surface / (back * back) * 2.0 * R * R / (1.0 - R * R);
+    for (std::size_t i = 0; i < columns; ++i) {
+      const bool isBase = i == offer.colorants.size();
+      const double K = isBase ? baseK_[w] : K_[i * kSamples + w];
+      const double S = isBase ? baseS_[w] : hasBase ? 0.0 : S_[i * kSamples + w];
+      difference[i * kSamples + w] = slope * (K - Q * S) / (hasBase ? baseS_[w] : 1.0);
+      scale_[i] += 0.01 * lamps_[0].table[kSamples + w] * S;
+    }
+  }
+  gram_.assign(columns * columns, 0.0);
+  const auto addRow = [&](double importance, const double* weights) {
+    std::vector<double> row(columns);
+    for (std::size_t i = 0; i < columns; ++i) {
+      for (std::size_t w = 0; w < kSamples; ++w) row[i] += weights[w] * difference[i * kSamples + w];
+    }
+    for (std::size_t i = 0; i < columns; ++i) {
+      for (std::size_t j = 0; j < columns; ++j) gram_[i * columns + j] += importance * row[i] * row[j];
+    }
+  };
+  for (std::size_t row = 0; row < offset_.size(); ++row)
+    addRow(importance_[row / 3], &weights_[row * kSamples]);
+  const double part = settings_.objective == RecipeObjective::kTristimulus ? kCurvePart : 1.0;
+  for (std::size_t w = kFirstVisible; w <= kLastVisible; ++w) {
+    SpectralCurve unit{};
+    unit[w] = 1.0;
+    addRow(part * kPercent * kPercent / kVisibleSamples, unit.data());
+  }
+  problem_.gram = gram_.data();
+  problem_.scale = scale_.data();
+}
+
+double MatchTarget::WorstDifference(const CReflData& curve) const {
+  double worst = 0.0;
+  for (const Lamp& lamp : lamps_) {
+    const double dE = DifferenceOf(lamp, XyzOf(lamp, curve));
+    worst = dE <= worst ? worst : dE;  // NaN is the worst
+  }
+  return worst;
+}
+
+void MatchTarget::Judge(CRecipe& recipe) const {
+  recipe.differences.SetSize(settings_.illuminants.GetSize());
+  recipe.differences.Fill(kUnset);
+  for (std::size_t j = 0; j < lamps_.size(); ++j) {
+    recipe.differences[static_cast<std::ptrdiff_t>(j)] =
+        DifferenceOf(lamps_[j], XyzOf(lamps_[j], recipe.curve));
+  }
+  recipe.worst = WorstDifference(recipe.curve);
+  recipe.isWithinTolerance = recipe.worst <= settings_.tolerance;
+  recipe.metamerism = recipe.rms = kUnset;
+  if (isColorOnly_) return;
+  double sum = 0.0;
+  for (int32_t w = kFirstVisible; w <= kLastVisible; ++w) {
+    const double difference = recipe.curve[w] - target_.curve[w];
+    sum += difference * difference;
+  }
+  recipe.rms = std::sqrt(sum / kVisibleSamples);
+  for (std::size_t j = 1; j < lamps_.size(); ++j) {
+    const double index = MetamerismIndex(lamps_[0].illuminant, lamps_[j].illuminant, settings_.observer,
+                                         target_.curve, recipe.curve, settings_.difference);
+    if (IsUnset(recipe.metamerism) || index > recipe.metamerism) recipe.metamerism = index;
+  }
+}
+
+}  // namespace vrx

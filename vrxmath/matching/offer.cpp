@@ -1,0 +1,198 @@
+#include <vrxmath/matching/offer.h>
+
+#include <algorithm>
+#include <limits>
+
+#include <vrxmath/formula/prediction.h>
+#include <vrxmath/matching/subset_kernels.h>
+
+namespace vrx {
+namespace {
+
+constexpr uint64_t kLargest = std::numeric_limits<uint64_t>::max();
+constexpr std::size_t kMostOffered = 10'000;
+
+bool IsSwitchedOff(const CColorantSystemData& system, uint32_t id) {
+  return std::any_of(system.componentsA.begin(), system.componentsA.end(),
+                     [&](const CColorantSystemComponent& c) { return c.componentId == id && !c.enabled; });
+}
+
+bool HasCurves(const CComponent& component) {
+  return !component.GetLevels().IsEmpty() && !component.GetLevel(0).values.IsEmpty();
+}
+
+const CComponent* SubstrateOf(const CColorantSystemData& system) {
+  for (const CColorant& colorant : system.colorants) {
+    if (colorant.GetKind() == kKindCalibrationWhite && HasCurves(colorant)) return &colorant;
+  }
+  for (const CResin& resin : system.resins) {
+    if (HasCurves(resin)) return &resin;
+  }
+  return nullptr;
+}
+
+// What the settings say of a component; false for a contradiction.
+bool Describe(const CRecipeSettings& settings, uint32_t id, CRecipeComponent& description) {
+  description.componentId = id;
+  for (const CRecipeComponent& entry : settings.components) {
+    if (entry.componentId != id) continue;
+    const bool contradicts =
+        (entry.use == CRecipeComponent::kRequired && description.use == CRecipeComponent::kExcluded) ||
+        (entry.use == CRecipeComponent::kExcluded && description.use == CRecipeComponent::kRequired);
+    if (contradicts) return false;
+    if (entry.use != CRecipeComponent::kOffered) description.use = entry.use;
+    description.least = std::max(description.least, entry.least);
+    description.most = std::min(description.most, entry.most);
+    if (entry.cost != 0.0) description.cost = entry.cost;
+  }
+  return true;
+}
+
+}  // namespace
+
+uint64_t Combinations(uint64_t n, uint64_t k) {
+  if (k > n) return 0;
+  k = std::min(k, n - k);
+  uint64_t count = 1;
+  for (uint64_t i = 1; i <= k; ++i) {
+    const uint64_t factor = n - k + i;
+    if (count > kLargest / factor) return kLargest;
+    count = count * factor / i;
+  }
+  return count;
+}
+
+RecipeOutcome Offer::Make(const CColorantSystemData& system, const CRecipeSettings& settings) {
+  const MixingLaw law = MixingLawOf(system.opticalModel);
+  if (law == MixingLaw::kNone) return {RecipeFault::kNoMixingLaw};
+  substrate = law == MixingLaw::kOneConstant ? SubstrateOf(system) : nullptr;
+  if (law == MixingLaw::kOneConstant && substrate == nullptr) return {RecipeFault::kNoSubstrate};
+  std::vector<uint32_t> known;
+  double leastTogether = 0.0;
+  RecipeOutcome outcome;
+  const auto offer = [&](const CComponent& component) {
+    const uint32_t id = component.GetId();
+    CRecipeComponent entry;
+    if (outcome.fault != RecipeFault::kNone) return;
+    if (!Describe(settings, id, entry)) return void(outcome = {RecipeFault::kContradiction, id});
+    if (&component == substrate) substrateCost = entry.cost;
+    if (&component == substrate) known.push_back(id);
+    if (!HasCurves(component) || (substrate != nullptr && IsSubstrate(component))) return;
+    known.push_back(id);
+    const double least = std::max(entry.least, settings.leastAmount);
+    if (!(entry.least >= 0.0 && least <= entry.most && entry.most <= 1.0)) {
+      return void(outcome = {RecipeFault::kLimits, id});
+    }
+    const bool isRequired = entry.use == CRecipeComponent::kRequired;
+    if (entry.use == CRecipeComponent::kExcluded || (!isRequired && IsSwitchedOff(system, id))) return;
+    if (isRequired) leastTogether += least;
+    hasLimits = hasLimits || least > 0.0 || entry.most < 1.0;
+    hasSeveralLevels = hasSeveralLevels || component.GetLevels().GetSize() > 1;
+    colorants.push_back({&component, least, entry.most, entry.cost, isRequired});
+  };
+  for (const CColorant& colorant : system.colorants) offer(colorant);
+  for (const CResin& resin : system.resins) offer(resin);
+  if (outcome.fault != RecipeFault::kNone) return outcome;
+  std::stable_sort(colorants.begin(), colorants.end(),
+                   [](const OfferedColorant& a, const OfferedColorant& b) {
+                     return a.component->GetId() < b.component->GetId();
+                   });
+  for (const CRecipeComponent& entry : settings.components) {
+    if (std::find(known.begin(), known.end(), entry.componentId) == known.end()) {
+      return {RecipeFault::kUnknownComponent, entry.componentId};
+    }
+  }
+  const auto required = std::count_if(colorants.begin(), colorants.end(),
+                                      [](const OfferedColorant& colorant) { return colorant.isRequired; });
+  const bool isTooFew = colorants.empty() || required > settings.mostColorants;
+  if (isTooFew || colorants.size() > kMostOffered) return {RecipeFault::kTooFewAllowed};
+  if (leastTogether > 1.0) return {RecipeFault::kLimitsTogether};
+  return {};
+}
+
+SubsetRange::SubsetRange(const Offer& offer, const CColorantRulesData& rules, int32_t size) : size_(size) {
+  for (std::size_t i = 0; i < offer.colorants.size(); ++i) {
+    (offer.colorants[i].isRequired ? required_ : optional_).push_back(static_cast<uint16_t>(i));
+  }
+  const auto free = static_cast<int64_t>(size) - static_cast<int64_t>(required_.size());
+  count_ = free < 0 ? 0 : Combinations(optional_.size(), static_cast<uint64_t>(free));
+  if (size < 2) return;  // a single colorant is always allowed
+  for (const CDWordArray1& row : rules.GetRules()) {
+    std::vector<uint16_t> members;
+    bool isComplete = !row.IsEmpty();
+    for (const uint32_t id : row) {
+      if (offer.substrate != nullptr && offer.substrate->GetId() == id) continue;  // it is in every recipe
+      const auto found = std::find_if(offer.colorants.begin(), offer.colorants.end(),
+                                      [&](const OfferedColorant& c) { return c.component->GetId() == id; });
+      isComplete = isComplete && found != offer.colorants.end();
+      if (isComplete) members.push_back(static_cast<uint16_t>(found - offer.colorants.begin()));
+    }
+    if (isComplete) rules_.push_back(members);
+  }
+}
+
+bool SubsetRange::IsAllowed(const uint16_t* subset) const {
+  return std::none_of(rules_.begin(), rules_.end(), [&](const std::vector<uint16_t>& rule) {
+    return std::all_of(rule.begin(), rule.end(), [&](uint16_t member) {
+      return std::find(subset, subset + size_, member) != subset + size_;
+    });
+  });
+}
+
+std::vector<int32_t> SubsetRange::Unrank(uint64_t rank) const {
+  const auto n = static_cast<int32_t>(optional_.size());
+  auto left = size_ - static_cast<int32_t>(required_.size());
+  std::vector<int32_t> choice;
+  for (int32_t i = 0; left > 0; ++i) {
+    const uint64_t withIt = Combinations(static_cast<uint64_t>(n - i - 1), static_cast<uint64_t>(left - 1));
+    if (rank < withIt) {
+      choice.push_back(i);
+      --left;
+    } else {
+      rank -= withIt;
+    }
+  }
+  return choice;
+}
+
+bool SubsetRange::Advance(std::vector<int32_t>& choice) const {
+  const auto n = static_cast<int32_t>(optional_.size());
+  const auto k = static_cast<int32_t>(choice.size());
+  for (int32_t i = k - 1; i >= 0; --i) {
+    if (choice[static_cast<std::size_t>(i)] == n - k + i) continue;
+    int32_t next = ++choice[static_cast<std::size_t>(i)];
+    for (int32_t j = i + 1; j < k; ++j) choice[static_cast<std::size_t>(j)] = ++next;
+    return true;
+  }
+  return false;
+}
+
+void SubsetRange::Merge(const std::vector<int32_t>& choice, uint16_t* subset) const {
+  std::copy(required_.begin(), required_.end(), subset);
+  uint16_t* end = subset + required_.size();
+  for (const int32_t i : choice) *end++ = optional_[static_cast<std::size_t>(i)];
+  if (!required_.empty()) std::sort(subset, end);
+}
+
+void SubsetRange::Append(uint64_t from, uint64_t count, std::vector<uint16_t>& subsets) const {
+  std::vector<int32_t> choice = Unrank(from);
+  uint16_t subset[kMostSubsetColorants];
+  for (uint64_t i = 0; i < count; ++i) {
+    Merge(choice, subset);
+    if (IsAllowed(subset)) subsets.insert(subsets.end(), subset, subset + size_);
+    if (!Advance(choice)) return;
+  }
+}
+
+bool SubsetRange::IsAnyAllowed() const {
+  if (count_ == 0) return false;
+  std::vector<int32_t> choice = Unrank(0);
+  uint16_t subset[kMostSubsetColorants];
+  do {
+    Merge(choice, subset);
+    if (IsAllowed(subset)) return true;
+  } while (Advance(choice));
+  return false;
+}
+
+}  // namespace vrx

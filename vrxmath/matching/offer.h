@@ -1,0 +1,66 @@
+// What a search has on offer: the colorants that may be used, what limits them, and which subsets the rules allow.
+
+#ifndef VRXMATH_MATCHING_OFFER_H_
+#define VRXMATH_MATCHING_OFFER_H_
+
+#include <cstdint>
+#include <vector>
+
+#include <vrxmath/matching/recipe.h>
+
+namespace vrx {
+
+/// A colorant of the search.
+struct OfferedColorant {
+  const CComponent* component = nullptr;
+  double least = 0.0;
+  double most = 1.0;
+  double cost = 0.0;
+  bool isRequired = false;
+};
+
+/// The colorants of a search, in the order of their numbers: the order of the system has no influence on the bits of a
+/// result.
+struct Offer {
+  std::vector<OfferedColorant> colorants;
+  const CComponent* substrate = nullptr;  ///< of a one-constant model
+  double substrateCost = 0.0;
+  bool hasSeveralLevels = false;  ///< some colorant's curves depend on its share
+  bool hasLimits = false;         ///< some limit is other than 0 or 1
+
+  /// Makes the offer of a system under settings.
+  RecipeOutcome Make(const CColorantSystemData& system, const CRecipeSettings& settings);
+};
+
+/// The subsets of one size that contain all required colorants, by rank, in lexicographic order of the optional ones.
+class SubsetRange {
+ public:
+  SubsetRange(const Offer& offer, const CColorantRulesData& rules, int32_t size);
+
+  /// How many there are, rules not counted; the largest uint64_t stands for itself and more.
+  uint64_t Count() const { return count_; }
+  int32_t Size() const { return size_; }
+
+  /// Appends those of rank `from` to `from + count - 1` that the rules allow, each with ascending colorants.
+  void Append(uint64_t from, uint64_t count, std::vector<uint16_t>& subsets) const;
+  /// True when the rules allow any of them.
+  bool IsAnyAllowed() const;
+
+ private:
+  bool IsAllowed(const uint16_t* subset) const;
+  std::vector<int32_t> Unrank(uint64_t rank) const;
+  bool Advance(std::vector<int32_t>& choice) const;
+  void Merge(const std::vector<int32_t>& choice, uint16_t* subset) const;
+
+  int32_t size_;
+  uint64_t count_ = 0;
+  std::vector<uint16_t> required_, optional_;
+  std::vector<std::vector<uint16_t>> rules_;  // of colorants on offer, each of at least one
+};
+
+/// Number of ways to choose `k` of `n`; the largest uint64_t for that and more.
+uint64_t Combinations(uint64_t n, uint64_t k);
+
+}  // namespace vrx
+
+#endif  // VRXMATH_MATCHING_OFFER_H_

@@ -1,0 +1,509 @@
+#include <vrxmath/matching/recipe.h>
+
+#include <algorithm>
+#include <cmath>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include <vrxmath/batch/batch_run.h>
+#include <vrxmath/colorimetry/indices.h>
+#include <vrxmath/formula/prediction.h>
+#include <vrxmath/matching/match_target.h>
+#include <vrxmath/matching/offer.h>
+#include <vrxmath/matching/subset_kernels.h>
+#include <vrxmath/matching/subset_refiner.h>
+#include <vrxmath/numeric/lane_kernels.h>
+
+namespace vrx {
+
+CRecipeSettings::CRecipeSettings() {
+  illuminants[0] = vrxIllumD65;
+  illuminants[1] = vrxIllumA;
+  illuminants[2] = vrxIllumCWF;
+}
+
+namespace {
+
+// A solved subset that may become a recipe. Ranks make the order total: two candidates never compare equal.
+struct Candidate {
+  bool isBeyond = false;  // outside of what the order asks for first
+  double key = 0.0;
+  double worst = 0.0;  // to first order
+  int32_t size = 0;
+  uint64_t rank = 0;
+  std::array<uint16_t, kMostSubsetColorants> subset{};
+  SubsetSolution solution{};
+
+  bool operator<(const Candidate& other) const {
+    if (isBeyond != other.isBeyond) return other.isBeyond;
+    if (key != other.key) return key < other.key;
+    return rank < other.rank;
+  }
+};
+
+// The best candidates of one size.
+class CandidateList {
+ public:
+  explicit CandidateList(std::size_t most) : most_(most) {}
+
+  void Add(const Candidate& candidate) {
+    if (candidates_.size() == most_) {
+      if (!(candidate < candidates_.front())) return;
+      std::pop_heap(candidates_.begin(), candidates_.end());
+      candidates_.pop_back();
+    }
+    candidates_.push_back(candidate);
+    std::push_heap(candidates_.begin(), candidates_.end());
+  }
+  void Add(const CandidateList& other) {
+    for (const Candidate& candidate : other.candidates_) Add(candidate);
+  }
+  // Best first.
+  std::vector<Candidate> Sorted() const {
+    std::vector<Candidate> sorted = candidates_;
+    std::sort(sorted.begin(), sorted.end());
+    return sorted;
+  }
+
+ private:
+  std::size_t most_;
+  std::vector<Candidate> candidates_;  // a heap, the worst in front
+};
+
+RecipeFault CheckSettings(const CRecipeSettings& settings) {
+  const auto isWithin = [](double value, double least, double most) {
+    return value >= least && value <= most;
+  };
+  constexpr int32_t kMostIlluminants = 32;
+  const bool areCounts = settings.mostColorants >= 1 && settings.mostColorants <= kMostSubsetColorants &&
+                         settings.top >= 1 && settings.prerank >= 0 && settings.illuminants.GetSize() >= 1 &&
+                         settings.illuminants.GetSize() <= kMostIlluminants;
+  const bool areNumbers = isWithin(settings.leastAmount, 0.0, 1.0) && settings.tolerance >= 0.0 &&
+                          isWithin(settings.trace, 0.0, 1.0) && isWithin(settings.batchSize, 1e-100, 1e100) &&
+                          isWithin(settings.resolution, 0.0, 1e100) &&
+                          isWithin(settings.thickness, 0.0, 1e100) &&
+                          isWithin(settings.leastOpacity, 0.0, 100.0);
+  const bool areWeights =
+      settings.weights.IsEmpty() || settings.weights.GetSize() == settings.illuminants.GetSize();
+  double total = 0.0;
+  for (const double weight : settings.weights) {
+    if (!isWithin(weight, 0.0, 1e6)) return RecipeFault::kSettings;
+    total += weight;
+  }
+  const bool isWeighed = settings.weights.IsEmpty() || total > 0.0;
+  const bool isKnown = FindDifferenceSystem(settings.difference.system) != nullptr;
+  const bool hasBackings = !IsUnset(settings.black) && !IsUnset(settings.white);
+  const bool isOpacity = settings.leastOpacity == 0.0 || hasBackings;
+  return areCounts && areNumbers && areWeights && isWeighed && isKnown && isOpacity ? RecipeFault::kNone
+                                                                                    : RecipeFault::kSettings;
+}
+
+class Search {
+ public:
+  Search(const CColorantSystemData& system, const CColorantRulesData& rules, const CRecipeSettings& settings)
+      : system_(system), rules_(rules), settings_(settings) {}
+
+  RecipeOutcome Run(const CRecipeTarget& target, CRecipeArray& recipes) {
+    RecipeOutcome outcome{CheckSettings(settings_)};
+    if (outcome.fault == RecipeFault::kNone) outcome = offer_.Make(system_, settings_);
+    if (outcome.fault != RecipeFault::kNone) return outcome;
+    const MatchTarget matchTarget(offer_, system_, target, settings_);
+    if (matchTarget.Fault() != RecipeFault::kNone) return {matchTarget.Fault()};
+    outcome = CountSubsets();
+    if (outcome.fault != RecipeFault::kNone) return outcome;
+    MakeOwnSystem();
+    target_ = &matchTarget;
+    std::vector<std::vector<Candidate>> bySize;
+    for (const SubsetRange& range : ranges_) {
+      if (!SolveSize(range, bySize.emplace_back())) return {RecipeFault::kStopped, 0, outcome.subsets};
+    }
+    recipes = Choose(bySize);
+    return outcome;
+  }
+
+ private:
+  static constexpr std::size_t kBlock = 2048;
+
+  RecipeOutcome CountSubsets() {
+    RecipeOutcome outcome;
+    bool isAnyAllowed = false, isAnyWhole = false;
+    for (int32_t size = 1; size <= settings_.mostColorants; ++size) {
+      ranges_.emplace_back(offer_, rules_, size);
+      const uint64_t sum = outcome.subsets + ranges_.back().Count();
+      outcome.subsets = sum < outcome.subsets ? ~uint64_t{0} : sum;
+      isAnyWhole = isAnyWhole || CanMakeWhole(size);
+    }
+    if (outcome.subsets == 0) outcome.fault = RecipeFault::kTooFewAllowed;
+    if (outcome.fault == RecipeFault::kNone && !isAnyWhole) outcome.fault = RecipeFault::kLimitsTogether;
+    if (outcome.fault == RecipeFault::kNone && outcome.subsets > settings_.mostSubsets) {
+      outcome.fault = RecipeFault::kTooManySubsets;
+    }
+    if (outcome.fault != RecipeFault::kNone) return outcome;
+    for (const SubsetRange& range : ranges_) isAnyAllowed = isAnyAllowed || range.IsAnyAllowed();
+    if (!isAnyAllowed) outcome.fault = RecipeFault::kEverythingForbidden;
+    return outcome;
+  }
+
+  // True when some subset of this size, rules apart, can make up a whole: the least shares of the best choice do not exceed
+  // 1 and the largest reach it.
+  bool CanMakeWhole(int32_t size) const {
+    if (offer_.substrate != nullptr) return true;
+    std::vector<double> least, most;
+    double leastTotal = 0.0, mostTotal = 0.0;
+    int32_t free = size;
+    for (const OfferedColorant& colorant : offer_.colorants) {
+      if (colorant.isRequired) {
+        leastTotal += colorant.least, mostTotal += colorant.most, --free;
+      } else {
+        least.push_back(colorant.least), most.push_back(colorant.most);
+      }
+    }
+    if (free < 0 || static_cast<std::size_t>(free) > least.size()) return false;
+    std::sort(least.begin(), least.end());
+    std::sort(most.rbegin(), most.rend());
+    for (int32_t i = 0; i < free; ++i) {
+      leastTotal += least[static_cast<std::size_t>(i)];
+      mostTotal += most[static_cast<std::size_t>(i)];
+    }
+    constexpr double kRounding = 1e-12;
+    return leastTotal <= 1.0 + kRounding && mostTotal >= 1.0 - kRounding;
+  }
+
+  // The offer as a colour system in the order of the numbers, for predictions.
+  void MakeOwnSystem() {
+    own_.k1 = system_.k1;
+    own_.k2 = system_.k2;
+    own_.opticalModel = system_.opticalModel;
+    const auto add = [&](const CComponent& component) {
+      if (component.GetKind() == kKindResin) {
+        own_.resins.Add(CResin(component));
+      } else {
+        own_.colorants.Add(CColorant(component));
+      }
+    };
+    if (offer_.substrate != nullptr) add(*offer_.substrate);
+    for (const OfferedColorant& colorant : offer_.colorants) add(*colorant.component);
+  }
+
+  // Solves all subsets of a size; false when the search was stopped.
+  bool SolveSize(const SubsetRange& range, std::vector<Candidate>& best) {
+    CandidateList list(std::max<std::size_t>(100, 10 * static_cast<std::size_t>(settings_.top)));
+    const double least = settings_.prerank > 0 ? PrerankLimit(range) : HUGE_VAL;
+    std::mutex mutex;
+    const bool isDone = ForEach(range, [&](std::size_t from, std::size_t count) {
+      CandidateList found(std::max<std::size_t>(100, 10 * static_cast<std::size_t>(settings_.top)));
+      SolveBlock(range, from, count, least, found);
+      const std::lock_guard<std::mutex> lock(mutex);
+      list.Add(found);
+    });
+    best = list.Sorted();
+    done_ += static_cast<double>(range.Count());
+    return isDone;
+  }
+
+  template <class WORK>
+  bool ForEach(const SubsetRange& range, const WORK& work) {
+    BatchRun run;
+    run.threads = settings_.threads;
+    double all = 0.0;
+    for (const SubsetRange& each : ranges_) all += static_cast<double>(each.Count());
+    bool isWanted = true;
+    if (settings_.progress) {
+      run.progress = [&, all](std::size_t done) {
+        return isWanted = settings_.progress((done_ + static_cast<double>(done)) / all);
+      };
+    }
+    return ForEachBlock(run, static_cast<std::size_t>(range.Count()), kBlock, work) && isWanted;
+  }
+
+  // The linearised objective that the best `prerank` subsets of a size do not exceed.
+  double PrerankLimit(const SubsetRange& range) {
+    const auto most = static_cast<std::size_t>(settings_.prerank);
+    std::vector<double> objectives;
+    std::mutex mutex;
+    BatchRun run;
+    run.threads = settings_.threads;
+    ForEachBlock(run, static_cast<std::size_t>(range.Count()), kBlock,
+                 [&](std::size_t from, std::size_t count) {
+                   std::vector<uint16_t> subsets;
+                   std::vector<SubsetSolution> solutions;
+                   StartBlock(range, from, count, subsets, solutions);
+                   const std::lock_guard<std::mutex> lock(mutex);
+                   for (const SubsetSolution& solution : solutions) objectives.push_back(solution.objective);
+                   if (objectives.size() > 2 * most + kBlock) KeepLeast(objectives, most);
+                 });
+    KeepLeast(objectives, most);
+    return objectives.empty() ? HUGE_VAL : *std::max_element(objectives.begin(), objectives.end());
+  }
+
+  static void KeepLeast(std::vector<double>& values, std::size_t most) {
+    if (values.size() <= most) return;
+    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(most), values.end());
+    values.resize(most);
+  }
+
+  void StartBlock(const SubsetRange& range, std::size_t from, std::size_t count,
+                  std::vector<uint16_t>& subsets, std::vector<SubsetSolution>& solutions) const {
+    range.Append(from, count, subsets);
+    solutions.resize(subsets.size() / static_cast<std::size_t>(range.Size()));
+    CurrentKernels<SubsetKernels>().start(target_->Problem(), range.Size(), subsets.data(), solutions.size(),
+                                          solutions.data());
+  }
+
+  void SolveBlock(const SubsetRange& range, std::size_t from, std::size_t count, double leastObjective,
+                  CandidateList& found) const {
+    std::vector<uint16_t> subsets;
+    std::vector<SubsetSolution> solutions;
+    StartBlock(range, from, count, subsets, solutions);
+    const auto size = static_cast<std::size_t>(range.Size());
+    if (settings_.prerank > 0) {
+      std::size_t kept = 0;
+      for (std::size_t i = 0; i < solutions.size(); ++i) {
+        if (!(solutions[i].objective <= leastObjective)) continue;
+        std::copy_n(&subsets[i * size], size, &subsets[kept * size]);
+        solutions[kept++] = solutions[i];
+      }
+      solutions.resize(kept);
+    }
+    if (!offer_.hasSeveralLevels) {
+      CurrentKernels<SubsetKernels>().solve(target_->Problem(), range.Size(), subsets.data(),
+                                            solutions.size(), solutions.data());
+    }
+    for (std::size_t i = 0; i < solutions.size(); ++i) {
+      Candidate candidate;
+      candidate.size = range.Size();
+      std::copy_n(&subsets[i * size], size, candidate.subset.begin());
+      candidate.rank = RankOf(candidate);
+      candidate.solution = solutions[i];
+      if (Complete(candidate)) found.Add(candidate);
+    }
+  }
+
+  // A number that orders subsets of one size: their colorants as digits.
+  static uint64_t RankOf(const Candidate& candidate) {
+    uint64_t rank = 0;
+    for (int32_t i = 0; i < candidate.size; ++i) {
+      rank = rank * 10'000 + candidate.subset[static_cast<std::size_t>(i)];
+    }
+    return rank;
+  }
+
+  // Brings limits and levels into a solution and sets its key; false for one that is no recipe.
+  bool Complete(Candidate& candidate) const {
+    if (NeedsRefiner(candidate)) {
+      SubsetRefiner(offer_, target_->Problem())
+          .Solve(candidate.subset.data(), candidate.size, candidate.solution);
+    }
+    if (candidate.solution.end == SubsetEnd::kAtBound || !(candidate.solution.worst < 1e290)) return false;
+    if (candidate.solution.end == SubsetEnd::kUnsolved && NeedsRefiner(candidate)) return false;
+    candidate.worst = std::sqrt(candidate.solution.worst);
+    candidate.key = candidate.worst;
+    constexpr double kNear = 1.25;  // to first order, differences are known to a few percent
+    const bool hasOwnKey =
+        settings_.order == RecipeOrder::kMetamerism || settings_.order == RecipeOrder::kCost;
+    const bool isExact = hasOwnKey || settings_.leastOpacity > 0.0;
+    if (!isExact) return true;
+    if (candidate.worst > kNear * settings_.tolerance) {
+      candidate.isBeyond = hasOwnKey;
+      return settings_.leastOpacity == 0.0 || IsOpaqueEnough(candidate);
+    }
+    const CRecipe recipe = RecipeOf(candidate);
+    if (recipe.opacity < settings_.leastOpacity) return false;
+    candidate.isBeyond = hasOwnKey && !recipe.isWithinTolerance;
+    if (hasOwnKey && recipe.isWithinTolerance) {
+      candidate.key = settings_.order == RecipeOrder::kCost ? recipe.cost : recipe.metamerism;
+      if (IsUnset(candidate.key)) candidate.key = candidate.worst;
+    }
+    return true;
+  }
+
+  bool IsOpaqueEnough(const Candidate& candidate) const {
+    CRecipe recipe;
+    SetFormula(candidate, recipe);
+    return OpacityOf(recipe.formula) >= settings_.leastOpacity;
+  }
+
+  // True where the kernels have not found the last word: a share beyond its limits, or a bound that need not be one
+  // where limits push.
+  bool NeedsRefiner(const Candidate& candidate) const {
+    if (offer_.hasSeveralLevels) return true;
+    if (!offer_.hasLimits) return false;
+    bool isBeyond = false, isPushed = false;
+    for (int32_t i = 0; i < candidate.size; ++i) {
+      const OfferedColorant& colorant = offer_.colorants[candidate.subset[static_cast<std::size_t>(i)]];
+      const double share = candidate.solution.shares[i];
+      isBeyond = isBeyond || !(share >= colorant.least && share <= colorant.most);
+      isPushed = isPushed || colorant.most < 1.0 || (colorant.isRequired && colorant.least > 0.0);
+    }
+    return candidate.solution.end == SubsetEnd::kInside ? isBeyond : isPushed;
+  }
+
+  // Formula, cost and count of a candidate; false when rounding leaves nothing of a colorant.
+  bool SetFormula(const Candidate& candidate, CRecipe& recipe) const {
+    double cost = 0.0, total = 0.0;
+    const auto add = [&](const CComponent& component, double share, double price) {
+      CDbFormulaElement line;
+      line.componentId = static_cast<int32_t>(component.GetId());
+      line.amount = Rounded(share * settings_.batchSize);
+      recipe.formula.Add(line);
+      cost += line.amount * price;
+      total += line.amount;
+      return line.amount > 0.0;
+    };
+    recipe.colorants = candidate.size;
+    if (offer_.substrate != nullptr) add(*offer_.substrate, 1.0, offer_.substrateCost);
+    bool isWhole = true;
+    for (int32_t i = 0; i < candidate.size; ++i) {
+      const OfferedColorant& colorant = offer_.colorants[candidate.subset[static_cast<std::size_t>(i)]];
+      isWhole = add(*colorant.component, candidate.solution.shares[i], colorant.cost) && isWhole;
+    }
+    recipe.cost = cost;
+    return isWhole && total > 0.0;
+  }
+
+  // An amount in whole steps of the dispenser. Steps such as 0.1 are counted by their inverse, which is a whole number, so
+  // that 3 of them are 0.3.
+  double Rounded(double amount) const {
+    if (settings_.resolution == 0.0) return amount;
+    const double steps = std::floor(amount / settings_.resolution + 0.5);
+    const double inverse = 1.0 / settings_.resolution, whole = std::floor(inverse + 0.5);
+    constexpr double kWhole = 1e-9;
+    return whole >= 1.0 && std::fabs(inverse - whole) < kWhole * whole ? steps / whole
+                                                                       : steps * settings_.resolution;
+  }
+
+  double OpacityOf(const CDbFormula& formula) const {
+    if (IsUnset(settings_.black) || IsUnset(settings_.white)) return kUnset;
+    CTrisValues overBlack, overWhite;
+    PredictFilm(formula, own_, settings_.black, settings_.thickness, settings_.mode)
+        .Tristimulus(settings_.illuminants[0], settings_.observer, overBlack);
+    PredictFilm(formula, own_, settings_.white, settings_.thickness, settings_.mode)
+        .Tristimulus(settings_.illuminants[0], settings_.observer, overWhite);
+    return Opacity(overBlack, overWhite);
+  }
+
+  // The recipe of a candidate as it is; without colorants when rounding leaves nothing of one.
+  CRecipe RecipeOf(const Candidate& candidate) const {
+    CRecipe recipe;
+    if (!SetFormula(candidate, recipe)) return {};
+    recipe.curve = PredictReflectance(recipe.formula, own_, settings_.mode);
+    if (IsUnset(recipe.curve)) return {};
+    target_->Judge(recipe);
+    recipe.opacity = OpacityOf(recipe.formula);
+    return recipe;
+  }
+
+  // A recipe and what tells it from those that are like it.
+  struct Ranked {
+    CRecipe recipe;
+    uint64_t rank = 0;
+  };
+
+  double KeyOf(const CRecipe& recipe) const {
+    switch (settings_.order) {
+      case RecipeOrder::kFewest:
+        return recipe.colorants;
+      case RecipeOrder::kMetamerism:
+        return IsUnset(recipe.metamerism) ? 0.0 : recipe.metamerism;
+      case RecipeOrder::kCost:
+        return recipe.cost;
+      default:
+        return 0.0;
+    }
+  }
+
+  bool IsBefore(const Ranked& a, const Ranked& b) const {
+    const CRecipe &x = a.recipe, &y = b.recipe;
+    if (x.isWithinTolerance != y.isWithinTolerance) return x.isWithinTolerance;
+    if (x.isWithinTolerance && KeyOf(x) != KeyOf(y)) return KeyOf(x) < KeyOf(y);
+    // Below 1e-8 a difference is rounding.
+    const double xWorst = std::floor(1e8 * x.worst), yWorst = std::floor(1e8 * y.worst);
+    if (xWorst != yWorst) return xWorst < yWorst;
+    return x.colorants != y.colorants ? x.colorants < y.colorants : a.rank < b.rank;
+  }
+
+  // Predicts the best candidates of every size and takes the best recipes of all.
+  CRecipeArray Choose(const std::vector<std::vector<Candidate>>& bySize) const {
+    std::vector<Ranked> recipes;
+    for (const std::vector<Candidate>& candidates : bySize) {
+      Predict(candidates, recipes);
+      std::sort(recipes.begin(), recipes.end(),
+                [&](const Ranked& a, const Ranked& b) { return IsBefore(a, b); });
+      if (settings_.order == RecipeOrder::kFewest && Grouped(recipes, true).GetSize() >= settings_.top) break;
+    }
+    return Grouped(recipes, false);
+  }
+
+  // Refines and predicts the candidates of one size until those that are left cannot be among the first: their keys,
+  // known to a few percent, exceed what as many recipes as are asked for have reached.
+  void Predict(const std::vector<Candidate>& candidates, std::vector<Ranked>& recipes) const {
+    constexpr double kMargin = 1.25, kLeast = 0.02;
+    std::vector<double> reached;
+    const auto top = static_cast<std::size_t>(settings_.top);
+    for (const Candidate& candidate : candidates) {
+      if (reached.size() >= 2 * top) {
+        std::nth_element(reached.begin(), reached.begin() + static_cast<std::ptrdiff_t>(top), reached.end());
+        if (candidate.worst > kMargin * reached[top] + kLeast) break;
+        if (reached.size() >= 8 * top) break;
+      }
+      Candidate refined = candidate;
+      SubsetRefiner(offer_, target_->Problem()).Solve(refined.subset.data(), refined.size, refined.solution);
+      if (refined.solution.end == SubsetEnd::kAtBound) continue;  // the smaller subset stands in the list
+      if (refined.solution.end == SubsetEnd::kUnsolved) refined = candidate;
+      Ranked ranked{RecipeOf(refined), refined.rank};
+      if (ranked.recipe.colorants == 0 || !(ranked.recipe.worst < 1e290)) continue;
+      if (settings_.leastOpacity > 0.0 && !(ranked.recipe.opacity >= settings_.leastOpacity)) continue;
+      reached.push_back(ranked.recipe.worst);
+      recipes.push_back(ranked);
+    }
+  }
+
+  // The lines of a recipe that are more than traces, as numbers.
+  std::vector<int32_t> MainLines(const CRecipe& recipe) const {
+    std::vector<int32_t> lines;
+    double total = 0.0;
+    for (const CDbFormulaElement& line : recipe.formula) total += line.amount;
+    for (const CDbFormulaElement& line : recipe.formula) {
+      if (line.amount >= settings_.trace * total) lines.push_back(line.componentId);
+    }
+    return lines;
+  }
+
+  // The first recipes of a sorted list, of each group that differs by traces only the first.
+  CRecipeArray Grouped(const std::vector<Ranked>& sorted, bool isWithinOnly) const {
+    CRecipeArray recipes;
+    std::vector<std::vector<int32_t>> groups;
+    for (const Ranked& ranked : sorted) {
+      if (isWithinOnly && !ranked.recipe.isWithinTolerance) break;
+      const std::vector<int32_t> main = MainLines(ranked.recipe);
+      const auto group = std::find(groups.begin(), groups.end(), main);
+      if (group != groups.end()) {
+        ++recipes[group - groups.begin()].alike;
+      } else if (recipes.GetSize() < settings_.top) {
+        groups.push_back(main);
+        recipes.Add(ranked.recipe);
+      }
+    }
+    return recipes;
+  }
+
+  const CColorantSystemData& system_;
+  const CColorantRulesData& rules_;
+  const CRecipeSettings& settings_;
+  Offer offer_;
+  CColorantSystemData own_;
+  const MatchTarget* target_ = nullptr;
+  std::vector<SubsetRange> ranges_;
+  double done_ = 0.0;
+};
+
+}  // namespace
+
+RecipeOutcome FormulateRecipes(const CColorantSystemData& system, const CColorantRulesData& rules,
+                               const CRecipeTarget& target, const CRecipeSettings& settings,
+                               CRecipeArray& recipes) {
+  return Search(system, rules, settings).Run(target, recipes);
+}
+
+}  // namespace vrx
