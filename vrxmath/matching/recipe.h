@@ -92,6 +92,8 @@ struct VRX_API CRecipeSettings {
 
 /// One recipe.
 struct CRecipe {
+  using MovesBitwise = CRecipe;
+
   CDbFormula formula;  ///< components in the order of the system, amounts by batchSize and resolution
   int32_t colorants = 0;
   CDoubleArray1
