@@ -29,6 +29,9 @@ class Help : public vrx::test::ToolProcess {
     folder_.Write("std.csv", Replaced(folder_.Read("standard.csv"), "\nP01,", "\nblue,"));
     folder_.Write("limits.csv", "plus0,minus0,plus1,minus1,plus2,minus2,total\n1,1,1,1,1,1,1.5\n");
     folder_.Write("pairs.csv", "L1,a1,b1,L2,a2,b2\n50,0,0,51,1,-1\n");
+    const std::string chart = folder_.Read("lot.csv");
+    folder_.Write("targets.csv", chart.substr(0, chart.find('\n', chart.find("\nP03,") + 1) + 1));
+    folder_.Write("shelf.csv", "component,min,max,cost\n1,0,100,2\n");
     folder_.Write("standards.xml", "<standards><standard name='a'/><standard name='b'/></standards>");
     // Three bands of a grey, each stronger and weaker, and all of them.
     std::string borderline = "id";

@@ -6,7 +6,8 @@
 namespace vrx::tool {
 
 std::span<const CommandEntry> AllCommands() {
-  // clang-format off: one a line, so that commands that are added meet no others
+  // One a line, so that commands that are added meet no others.
+  // clang-format off
   static constexpr std::array kCommands{
       CommandEntry{"judge", AddJudge},
       CommandEntry{"color", AddColor},
