@@ -3,7 +3,6 @@
 #ifndef VRXMATH_BATCH_DIFFERENCE_KERNELS_H_
 #define VRXMATH_BATCH_DIFFERENCE_KERNELS_H_
 
-#include <array>
 #include <cstddef>
 
 #include <vrxmath/batch/batch_table.h>
@@ -14,7 +13,9 @@
 namespace vrx {
 
 /// X, Y, Z, L, a, b, C, h. Those that a system does not read may have no address.
-using ColorColumns = std::array<Column<const double>, 8>;
+struct ColorColumns {
+  Column<const double> of[8];
+};
 
 /// Standards and samples, one of which may be the same colour for all rows, to seven columns or to the total's.
 using DifferenceKernel = void (*)(const DifferenceContext& context, const ColorColumns& standards,
@@ -41,7 +42,7 @@ inline ColorColumns ColumnsOf(const ColorBatch& colors, std::size_t from, std::s
   const auto append = [&](const auto& view, std::size_t at) {
     if (view.empty()) return;
     const auto part = view.size() == 1 ? ColumnsOf(view, 0, 1) : ColumnsOf(view, from, count);
-    for (std::size_t k = 0; k < part.size(); ++k) columns[at + k] = part[k];
+    for (std::size_t k = 0; k < part.size(); ++k) columns.of[at + k] = part[k];
   };
   append(colors.xyz, 0);
   append(colors.lab, 3);

@@ -18,8 +18,8 @@ struct ColorReader {
 
   static void Choose(const ColorColumns& columns, Column<const double>* chosen) {
     std::size_t k = 0;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-      if (i < 3 ? kReadsXyz : i < 3 + kLabElements) chosen[k++] = columns[i];
+    for (std::size_t i = 0; i < 8; ++i) {
+      if (i < 3 ? kReadsXyz : i < 3 + kLabElements) chosen[k++] = columns.of[i];
     }
   }
 

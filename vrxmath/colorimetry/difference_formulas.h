@@ -134,8 +134,8 @@ VRX_LANE_INLINE DifferenceOf<T> GePqs2Difference(const XyzOf<T>& standard, const
 }
 
 /// The measuring angle in the weights for effect paints: 0 counts as 1 degree.
-inline double EffectAngle(double degrees) {
-  return NearlyEqual(degrees, 0.0) ? 1.0 : degrees;
+VRX_LANE_INLINE double EffectAngle(double degrees) {
+  return Abs(degrees) < kDoubleEpsilon ? 1.0 : degrees;
 }
 
 /// Audi L*a*b*: replaces the total of a difference from EabDifference. `angle`: aspecular measuring angle in degrees; 0

@@ -28,7 +28,12 @@ namespace vrx {
 
 /// What a formula gets beside the two colours.
 struct DifferenceContext {
-  DifferenceParameters parameters = {1.0, 1.0, 1.0, 1.0};
+  DifferenceContext() = default;
+  DifferenceContext(const DifferenceParameters& given, double aspecular = 0.0)
+      : parameters{given[0], given[1], given[2], given[3]}, angle(aspecular) {}
+
+  // Not a std::array: an unoptimised kernel would leave its functions behind for the linker to share.
+  double parameters[4] = {1.0, 1.0, 1.0, 1.0};
   double angle = 0.0;  ///< aspecular measuring angle in degrees, for effect paints
 };
 
