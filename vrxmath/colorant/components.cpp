@@ -45,9 +45,9 @@ CComponent::~CComponent() = default;
 void CComponent::SetLevel(std::ptrdiff_t i, const CColorantLevel& level) {
   if (i < 0 || i >= std::numeric_limits<int32_t>::max()) throw CInvalidArgException();
   if (i >= levels_.GetSize()) {
-    const CColorantLevel copy(level);  // `level` may be one of these levels
+    CColorantLevel copy(level);  // `level` may be one of these levels
     levels_.SetSize(static_cast<int32_t>(i) + 1);
-    levels_[i] = copy;
+    levels_[i] = std::move(copy);
     NoteModified();
   } else {
     Change(levels_[i], level);

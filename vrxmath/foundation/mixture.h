@@ -29,7 +29,7 @@ struct VRX_API CColorantValues {
   /// Archive form: 40 values of K, then 40 of S (64 bits each). Throws as CArchive does; the curves are then
   /// unchanged.
   void Serialize(CArchive& archive);
-  static constexpr std::size_t kMinArchiveBytes = 2 * kWavelengths * sizeof(double);
+  static constexpr std::size_t kMinArchiveBytes = 2 * sizeof(double) * kWavelengths;
 };
 
 using CColorantValuesArray = CArrayVarex<CColorantValues>;

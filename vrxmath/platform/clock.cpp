@@ -46,7 +46,8 @@ CalendarTime UtcCalendar(int64_t seconds) {
 }
 
 int64_t SecondsOfUtc(const CalendarTime& time) {
-  return SecondsOfDay(time.year, time.month, time.day) + time.hour * 3600 + time.minute * 60 + time.second;
+  return SecondsOfDay(time.year, time.month, time.day) + int64_t{time.hour} * 3600 +
+         int64_t{time.minute} * 60 + time.second;
 }
 
 Clock& CurrentClock() {

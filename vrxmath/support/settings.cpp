@@ -24,7 +24,7 @@ std::optional<SettingsKey> OpenSettingsRoot() {
 }
 
 std::optional<SettingsKey> OpenSettingsSection(WideView section) {
-  const std::optional<SettingsKey> root = OpenSettingsRoot();
+  std::optional<SettingsKey> root = OpenSettingsRoot();
   if (!root || section.empty()) return root;
   SettingsPath path = root->Path();
   for (std::size_t begin = 0; begin <= section.size();) {

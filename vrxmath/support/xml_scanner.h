@@ -31,9 +31,10 @@ enum UnitClass : uint8_t { kWord = 0, kBlank = 1, kDelimiter = 2, kQuote = 4 };
 
 inline constexpr std::array<uint8_t, 128> kUnitClasses = [] {
   std::array<uint8_t, 128> classes{};
-  for (const char c : {' ', '\t', '\n', '\r'}) classes[static_cast<std::size_t>(c)] = kBlank;
-  for (const char c : {'<', '>', '=', '\\', '/', '?', '!'}) classes[static_cast<std::size_t>(c)] = kDelimiter;
-  for (const char c : {'"', '\''}) classes[static_cast<std::size_t>(c)] = kQuote;
+  for (const char c : {' ', '\t', '\n', '\r'}) classes[static_cast<unsigned char>(c)] = kBlank;
+  for (const char c : {'<', '>', '=', '\\', '/', '?', '!'})
+    classes[static_cast<unsigned char>(c)] = kDelimiter;
+  for (const char c : {'"', '\''}) classes[static_cast<unsigned char>(c)] = kQuote;
   return classes;
 }();
 
