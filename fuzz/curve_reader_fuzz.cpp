@@ -29,7 +29,7 @@ void ReadAll(const std::string& content, bool fraction) {
     for (const double value : row.curve) Require(std::isfinite(value));
     id = row.id;
     curve = row.curve;
-    offset = reader.Csv().Offset();
+    offset = reader.Source().Offset();
     any = true;
   }
   if (!any) return;

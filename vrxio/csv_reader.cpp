@@ -1,15 +1,13 @@
 #include <vrxio/csv_reader.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <iostream>
 #include <limits>
 #include <utility>
 
 #include <vrxio/decimal.h>
 #include <vrxio/input_error.h>
+#include <vrxio/text.h>
 
 namespace vrx::io {
 
@@ -20,74 +18,15 @@ constexpr std::size_t kSmallestChunk = std::size_t{8} << 10;  // after a jump, m
 constexpr int64_t kUnknownLine = std::numeric_limits<int64_t>::min() / 2;  // and on from there
 constexpr std::size_t kBufferBytes = CsvReader::kMaxRecordBytes + kLargestChunk;
 
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-  return text;
-}
-
-// A text for a message: not too long, and without characters that a terminal obeys.
-std::string Shown(std::string_view text) {
-  constexpr std::size_t kLongest = 40;
-  std::string shown(text.substr(0, kLongest));
-  std::ranges::replace_if(
-      shown, [](char c) { return (c >= '\0' && c < ' ') || c == 0x7F; }, '?');
-  return text.size() > kLongest ? shown + "..." : shown;
-}
-
-// Length of the UTF-8 sequence at the start of `text`; 0 when it is not valid.
-std::size_t SequenceLength(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const std::size_t length = byte(0) < 0x80   ? 1
-                             : byte(0) < 0xC2 ? 0
-                             : byte(0) < 0xE0 ? 2
-                             : byte(0) < 0xF0 ? 3
-                             : byte(0) < 0xF5 ? 4
-                                              : 0;
-  if (length > text.size()) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xC0) != 0x80) return 0;
-  }
-  const bool overlongOrSurrogate = (byte(0) == 0xE0 && byte(1) < 0xA0) || (byte(0) == 0xED && byte(1) > 0x9F);
-  const bool outside = (byte(0) == 0xF0 && byte(1) < 0x90) || (byte(0) == 0xF4 && byte(1) > 0x8F);
-  return overlongOrSurrogate || outside ? 0 : length;
-}
-
-bool IsUtf8(std::string_view text) {
-  while (!text.empty()) {
-    const std::size_t length = SequenceLength(text);
-    if (length == 0) return false;
-    text.remove_prefix(length);
-  }
-  return true;
-}
-
-std::unique_ptr<std::istream> OpenFile(const std::string& path) {
-  errno = 0;
-  auto file = std::make_unique<std::ifstream>(path, std::ios::binary);
-  if (!*file) throw InputError(path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be opened"));
-  return file;
-}
-
 }  // namespace
 
-CsvReader::CsvReader(const std::string& path)
-    : owned_(path == "-" ? nullptr : OpenFile(path)),
-      stream_(owned_ ? owned_.get() : &std::cin),
-      name_(owned_ ? path : "standard input") {
-  if (owned_) {
-    stream_->seekg(0, std::ios::end);
-    if (const std::streamoff size = stream_->tellg(); *stream_ && size > 0) {
-      size_ = static_cast<uint64_t>(size);
-    }
-    stream_->clear();
-    stream_->seekg(0);
-    stream_->clear();  // a pipe cannot seek, and need not
-  }
-  Start();
-}
+CsvReader::CsvReader(const std::string& path) : CsvReader(OpenInput(path), CsvDialect()) {}
 
-CsvReader::CsvReader(std::istream& stream, std::string name) : stream_(&stream), name_(std::move(name)) {
+CsvReader::CsvReader(std::istream& stream, std::string name)
+    : CsvReader(WrapInput(stream, std::move(name)), CsvDialect()) {}
+
+CsvReader::CsvReader(InputStream input, CsvDialect dialect)
+    : input_(std::move(input)), dialect_(std::move(dialect)) {
   Start();
 }
 
@@ -107,9 +46,9 @@ bool CsvReader::Fill() {
     begin_ = 0;
   }
   const std::size_t wanted = std::min(chunk_, kBufferBytes - used_);
-  stream_->read(buffer_.get() + used_, static_cast<std::streamsize>(wanted));
-  if (stream_->bad()) throw InputError(name_ + ": cannot be read");
-  const auto got = static_cast<std::size_t>(stream_->gcount());
+  input_.stream->read(buffer_.get() + used_, static_cast<std::streamsize>(wanted));
+  if (input_.stream->bad()) throw InputError(input_.name + ": cannot be read");
+  const auto got = static_cast<std::size_t>(input_.stream->gcount());
   used_ += got;
   buffer_[used_] = '\n';
   atEnd_ = got < wanted;
@@ -156,30 +95,56 @@ bool CsvReader::Next() {
     recordEnd_ = start + length;
     if (recordEnd_ > start && recordEnd_[-1] == '\r') --recordEnd_;
     if (Trimmed({start, recordEnd_}).empty()) continue;
+    if (dialect_.skipComments && *start == '#') continue;
     at_ = start;
     return true;
   }
 }
 
+// What stands before the header.
+void CsvReader::SkipPreamble() {
+  while (Position() < dialect_.headerOffset) {
+    const uint64_t ahead = dialect_.headerOffset - Position();
+    begin_ += static_cast<std::size_t>(std::min<uint64_t>(ahead, used_ - begin_));
+    if (begin_ == used_ && !Fill()) break;
+  }
+  nextLine_ = dialect_.headerLine;
+}
+
 void CsvReader::ReadHeader() {
-  if (!Fill()) throw InputError(name_ + ": the file is empty");
+  if (!Fill()) throw InputError(input_.name + ": the file is empty");
   const std::string_view start(buffer_.get(), used_);
   if (start.starts_with("\xEF\xBB\xBF")) begin_ = 3;
   if (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF")) {
-    throw InputError(name_ + ": the file is UTF-16; save it as UTF-8");
+    throw InputError(input_.name + ": the file is UTF-16; save it as UTF-8");
   }
-  if (!Next()) throw InputError(name_ + ": the file is empty");
+  SkipPreamble();
+  separator_ = dialect_.separator;
+  header_ = dialect_.columns;
+  if (header_.empty()) TakeHeader();
+  decimalSeparator_ = separator_ == ',' ? '.' : ',';
+  bodyOffset_ = Position();
+  bodyLine_ = nextLine_;
+}
+
+void CsvReader::TakeHeader() {
+  if (!Next()) throw InputError(input_.name + ": the file is empty");
   const std::string_view record(at_, recordEnd_);
   for (const char candidate : {';', '\t', ','}) {
+    if (dialect_.separator != 0) break;
     separator_ = candidate;
     if (record.find(candidate) != std::string_view::npos) break;
   }
-  decimalSeparator_ = separator_ == ',' ? '.' : ',';
   while (at_ != nullptr) {
     if (header_.size() == kMaxColumns) FailRow("more than 10000 columns");
     header_.emplace_back();  // the field being read is within the header
     header_.back() = Text();
   }
+  while (header_.size() > 1 && header_.back().empty()) header_.pop_back();
+}
+
+void CsvReader::SkipRecord() {
+  Next();
   bodyOffset_ = Position();
   bodyLine_ = nextLine_;
 }
@@ -191,8 +156,8 @@ void CsvReader::Rewind() {
 }
 
 void CsvReader::SeekTo(uint64_t offset) {
-  stream_->clear();
-  stream_->seekg(static_cast<std::streamoff>(offset));
+  input_.stream->clear();
+  input_.stream->seekg(static_cast<std::streamoff>(offset));
   bufferOffset_ = offset;
   begin_ = used_ = 0;
   atEnd_ = false;
@@ -207,12 +172,17 @@ void CsvReader::RequireField() {
     FailRow("the row is short: it has " + std::to_string(column_) + " of " + std::to_string(header_.size()) +
             " columns");
   }
-  if (column_ >= header_.size()) EndRecord();
+  if (column_ >= header_.size()) FailLong();
   ++column_;
 }
 
 void CsvReader::EndRecord() {
   if (at_ == nullptr) return;
+  const std::string_view rest(at_, recordEnd_);
+  if (rest.find_first_not_of(std::string{separator_, ' ', '\t'}) != std::string_view::npos) FailLong();
+}
+
+void CsvReader::FailLong() const {
   FailRow("the row is long: it has more than " + std::to_string(header_.size()) + " columns");
 }
 
@@ -283,7 +253,7 @@ void CsvReader::Numbers(std::span<double> values) {
 // Messages ------------------------------------------------------------------------------------------------
 
 std::string CsvReader::Place() const {
-  return name_ + (line_ > 0 ? ", line " + std::to_string(line_) : ", byte " + std::to_string(offset_));
+  return input_.name + (line_ > 0 ? ", line " + std::to_string(line_) : ", byte " + std::to_string(offset_));
 }
 
 void CsvReader::FailRow(const std::string& reason) const {
@@ -295,9 +265,13 @@ void CsvReader::Fail(const std::string& reason) const {
 }
 
 void CsvReader::FailAt(std::size_t column, const std::string& reason) const {
+  throw InputError(PlaceAt(column) + ": " + reason);
+}
+
+std::string CsvReader::PlaceAt(std::size_t column) const {
   const bool isNamed = column < header_.size() && !header_[column].empty();
   const std::string heading = isNamed ? " (" + Shown(header_[column]) + ")" : std::string();
-  throw InputError(Place() + ", column " + std::to_string(column + 1) + heading + ": " + reason);
+  return Place() + ", column " + std::to_string(column + 1) + heading;
 }
 
 }  // namespace vrx::io

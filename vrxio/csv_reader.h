@@ -3,7 +3,7 @@
 // The first record names the columns and tells the separator: a semicolon if it has one, else a tab, else a
 // comma. Fields may stand in double quotes, with "" for a quote. Numbers take a decimal point and, where the
 // separator is not the comma, a decimal comma. The text is UTF-8 with or without a byte-order mark; lines end
-// in LF or CR LF. Blank lines are passed over.
+// in LF or CR LF. Blank lines are passed over, and so are empty fields that a separator at the end of a line makes.
 //
 // Whatever cannot be read raises InputError with file, line, column and reason.
 
@@ -19,7 +19,18 @@
 #include <string_view>
 #include <vector>
 
+#include <vrxio/input_stream.h>
+
 namespace vrx::io {
+
+/// How a file of comma-separated values is laid out where it departs from the usual.
+struct CsvDialect {
+  char separator = 0;         ///< 0: what the header tells
+  uint64_t headerOffset = 0;  ///< the byte where the header begins, and its line
+  int64_t headerLine = 1;
+  std::vector<std::string> columns;  ///< the names of the columns of a file without a header
+  bool skipComments = false;         ///< lines that begin with # are passed over
+};
 
 class CsvReader {
  public:
@@ -31,8 +42,10 @@ class CsvReader {
   explicit CsvReader(const std::string& path);
   /// The same for any stream; `name` is what messages call it. `stream` must outlive the reader.
   CsvReader(std::istream& stream, std::string name);
+  /// The same for an open file that is laid out in another way.
+  CsvReader(InputStream input, CsvDialect dialect);
 
-  const std::string& Name() const { return name_; }
+  const std::string& Name() const { return input_.name; }
   /// The column names, without surrounding spaces.
   const std::vector<std::string>& Header() const { return header_; }
 
@@ -47,22 +60,27 @@ class CsvReader {
   /// The next `values.size()` fields as numbers.
   void Numbers(std::span<double> values);
   double Number();
-  /// Makes sure that no field is left.
+  /// Makes sure that no field is left but empty ones.
   void EndRecord();
 
   /// Where the current record begins: its byte in the file.
   uint64_t Offset() const { return offset_; }
   /// True when SeekTo works: a file, not a pipe.
-  bool CanSeek() const { return size_ > 0; }
+  bool CanSeek() const { return input_.size > 0; }
+  /// Passes over the next record for good: the first one is behind it.
+  void SkipRecord();
   /// Makes the record at `offset` the next one. Messages then name bytes, not lines.
   void SeekTo(uint64_t offset);
   /// Goes back to the first record behind the header.
   void Rewind();
 
   /// Bytes of the file, 0 for a pipe; and those read so far, to within a buffer.
-  uint64_t Size() const { return size_; }
+  uint64_t Size() const { return input_.size; }
   uint64_t Position() const { return bufferOffset_ + begin_; }
 
+  /// Where the current record stands, and its column `column` (from 0), for messages.
+  std::string Place() const;
+  std::string PlaceAt(std::size_t column) const;
   /// Refuses the current record at the field that was read last, at column `column` (from 0), or as a whole.
   [[noreturn]] void Fail(const std::string& reason) const;
   [[noreturn]] void FailAt(std::size_t column, const std::string& reason) const;
@@ -70,20 +88,20 @@ class CsvReader {
 
  private:
   void Start();
+  void SkipPreamble();
   void ReadHeader();
+  void TakeHeader();
   bool Fill();
   const char* FindRecordEnd();
-  std::string Place() const;
   std::string_view RawField();
   std::string_view Unquoted(char* at);
   double SlowNumber();
   void RequireField();
+  [[noreturn]] void FailLong() const;
 
-  std::unique_ptr<std::istream> owned_;
-  std::istream* stream_;
-  std::string name_;
+  InputStream input_;
+  CsvDialect dialect_;
   std::vector<std::string> header_;
-  uint64_t size_ = 0;
 
   // The buffer holds the file from bufferOffset_ on; begin_ ... used_ is what no record has taken yet. One
   // byte behind used_ is a line end, so that a scan over a field needs no second limit.

@@ -1,8 +1,4 @@
-// Reflectance curves, or colours, from CSV files.
-//
-// The header names the wavelengths in nm ("400", "400 nm"), ascending and evenly spaced, and optionally
-// columns `id`, `name`, `standard` and `geometry`, in any order. Each row is one sample, in percent or as a fraction of
-// 1. Where the caller can do with colours, columns `L`, `a`, `b` or `X`, `Y`, `Z` may stand in the place of wavelengths.
+// Reflectance curves on the library's grid, or colours, from files of any form that OpenMeasurements reads.
 
 #ifndef VRXIO_CURVE_READER_H_
 #define VRXIO_CURVE_READER_H_
@@ -10,14 +6,16 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include <vrxmath/colorimetry/color_records.h>
 
 #include <vrxio/csv_reader.h>
+#include <vrxio/measurement.h>
 #include <vrxio/names.h>
 #include <vrxio/wavelength_grid.h>
 
@@ -35,87 +33,67 @@ struct Sample {
 struct CurveRow : Sample {
   std::string_view id;  ///< what names the sample: its id, else its name, else the number of its row, from 1
   std::string_view name;
-  std::string_view
-      standard;  ///< the id of the standard that it belongs to, where the file has a column for it
+  std::string_view standard;  ///< the id of the standard that it belongs to, where the file says so
   int32_t geometry = kNoGeometry;
-  std::vector<std::string> extras;  ///< the texts of the columns that the reader was told to expect
+  std::span<const std::string> extras;  ///< the texts of the columns that the reader was told to expect
 };
 
 /// What a command can make use of.
 enum class Content { kCurves, kCurvesOrColors };
 
-/// True when a header has a column of a wavelength: when the file holds curves.
-bool HasWavelengths(const std::vector<std::string>& header);
-
+/// Brings the samples of a file to the library's grid.
 class CurveReader {
  public:
-  /// Takes over a file whose header has been read. `fraction`: reflectances are 0 to 1, not percent. `isExtra` knows
-  /// the headings of further columns, whose texts are a row's extras. Throws InputError when the header does not
-  /// describe curves or, where they will do, colours.
-  CurveReader(CsvReader csv, bool fraction, Content content = Content::kCurves,
-              bool (*isExtra)(std::string_view heading) = nullptr);
+  /// Takes over an open file. Throws InputError when it does not hold curves or, where they will do, colours. With
+  /// `correctsBandpass` the curves are corrected by CorrectBandpass, for which their wavelengths must be even.
+  explicit CurveReader(std::unique_ptr<MeasurementReader> source, Content content = Content::kCurves,
+                       bool correctsBandpass = false);
+  /// The same of a CSV file whose header has been read: one sample a row. `fraction`: reflectances are 0 to 1, not percent.
+  CurveReader(CsvReader csv, bool fraction, Content content = Content::kCurves);
 
-  /// Reads the next sample; false after the last one. Throws InputError for a row that is not one.
+  /// Reads the next sample; false after the last one. Throws InputError for one that is none. Samples without a curve in a
+  /// file of curves are passed over and counted.
   bool Next(CurveRow& row);
 
-  /// Goes to a row by what Offset of Csv() said of it, or back to the first one. Rows named by their number
-  /// keep their names only from the first one on.
-  void SeekTo(uint64_t offset) { csv_.SeekTo(offset); }
+  /// Goes to a sample by what Offset of Source() said of it, or back to the first one. Samples named by their number keep
+  /// their names only from the first one on.
+  void SeekTo(uint64_t offset) { source_->SeekTo(offset); }
   void Rewind();
 
-  const CsvReader& Csv() const { return csv_; }
+  const MeasurementReader& Source() const { return *source_; }
   /// What the samples are.
   Sample::Kind Kind() const { return kind_; }
   /// Of curves.
   const WavelengthGrid& Grid() const { return grid_; }
   /// True when samples have an id or a name, not just a number.
-  bool HasNames() const { return hasIds_ || hasNames_; }
-  bool HasIdsAndNames() const { return hasIds_ && hasNames_; }
-  bool HasStandards() const { return hasStandards_; }
-  bool HasGeometries() const { return hasGeometries_; }
-  /// Where the further columns stand, from 0, in the order of a row's extras.
-  const std::vector<std::size_t>& ExtraColumns() const { return extraColumns_; }
+  bool HasNames() const { return source_->HasIds() || source_->HasNames(); }
+  bool HasIdsAndNames() const { return source_->HasIds() && source_->HasNames(); }
+  bool HasStandards() const { return source_->HasStandards(); }
+  bool HasGeometries() const { return source_->HasGeometries(); }
   /// True when rows were read and none has a value above 1: percent are fractions, perhaps.
   bool LooksLikeFractions() const {
-    return rows_ > 0 && kind_ == Sample::kCurve && scale_ == 1.0 && !aboveOne_;
+    return rows_ > 0 && kind_ == Sample::kCurve && !source_->KnowsScale() && !aboveOne_;
   }
+  /// What makes the samples read so far measurements of different conditions, such as "M0 and M2"; empty when nothing does.
+  const std::string& Mixture() const { return mixture_; }
+  /// Samples that were passed over.
+  int64_t CountWithoutCurve() const { return withoutCurve_; }
 
  private:
-  enum class Role { kId, kName, kStandard, kGeometry, kExtra, kValues };
-  // Neighbouring columns of one role; only values form runs of more than one.
-  struct Run {
-    Role role;
-    std::size_t count;
-  };
+  void Start(Content content);
+  void UseLayout(const MeasurementLayout& layout);
+  void TakeCurve(const Measurement& measured, CurveRow& row);
 
-  void AddColumn(Role role, std::size_t column);
-  bool TakeTextColumn(std::size_t column);
-  void ReadCurveHeader();
-  void ReadColorHeader(const std::array<const char*, 3>& names);
-  void MakeGrid(const std::vector<double>& wavelengths);
-  void ReadRuns(CurveRow& row);
-  int32_t ReadGeometry();
-  void CheckValues();
-
-  CsvReader csv_;
+  std::unique_ptr<MeasurementReader> source_;
   Sample::Kind kind_ = Sample::kCurve;
   WavelengthGrid grid_;
-  std::array<std::size_t, 3> colorPlaces_{};  // of each of three colour values in the order of a record
-  double scale_;
+  const MeasurementLayout* layout_ = nullptr;  // that grid_ is for
+  bool correctsBandpass_ = false;
   bool aboveOne_ = false;
-  bool hasIds_ = false;
-  bool hasNames_ = false;
-  bool hasStandards_ = false;
-  bool hasGeometries_ = false;
-  std::vector<Run> runs_;
-  std::vector<std::size_t> valueColumns_;
-  std::vector<std::size_t> extraColumns_;
-  bool (*isExtra_)(std::string_view heading);
-  std::vector<double> measured_;
   int64_t rows_ = 0;
-  std::string rowNumber_;
-  std::string lastGeometryText_;
-  int32_t lastGeometry_ = kNoGeometry;
+  int64_t withoutCurve_ = 0;
+  std::string mixture_;
+  std::vector<double> corrected_;
 };
 
 }  // namespace vrx::io

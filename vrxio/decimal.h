@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace vrx::io {
@@ -43,6 +44,13 @@ inline const char* ParseShortDecimal(const char* at, char separator, double& val
   value = negative ? -magnitude : magnitude;
   return at;
 }
+
+/// Reads a fraction of 1 as percent: the number of `text`, which takes a decimal point, times a hundred, rounded once.
+/// What was written as percent with its decimal point moved reads back to the same double.
+bool ParseFractionAsPercent(std::string_view text, double& percent);
+
+/// The other way: the shortest text of the fraction that reads back to `percent` by ParseFractionAsPercent.
+std::string FractionText(double percent);
 
 }  // namespace vrx::io
 

@@ -1,51 +1,75 @@
-// How measured wavelengths become the library's grid of 360, 370 ... 750 nm.
+// How measured wavelengths become the library's grid of 360, 370 ... 750 nm, or any other.
 
 #ifndef VRXIO_WAVELENGTH_GRID_H_
 #define VRXIO_WAVELENGTH_GRID_H_
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 #include <vrxmath/foundation/ks_data.h>
 #include <vrxmath/numeric/lagrange.h>
 
 namespace vrx::io {
 
-/// Widest and narrowest spacing of measured wavelengths, in nm.
-inline constexpr double kWidestStep = 20;
-inline constexpr double kNarrowestStep = 0.5;
+/// Brings curves from one list of wavelengths to another. A wavelength that was measured is taken as it is, at whatever
+/// spacing; between measured ones the curve is interpolated by Lagrange's cubic through the two nearest on each side, or
+/// the quadratic through the three at an end (StencilAt, ASTM E2022); beyond the ends it goes on with the last measured
+/// value, as CIE 15 and CIE 167 recommend. The same cubic over uneven nodes serves uneven wavelengths.
+class SpectralResampler {
+ public:
+  SpectralResampler() = default;
+  /// Both ascend, in nm; `from` has at least 3. Those that are even to within 0.02 nm count as even.
+  SpectralResampler(std::span<const double> from, std::span<const double> to);
 
-/// The conversion of curves with one set of evenly spaced wavelengths. A grid wavelength that was measured is
-/// taken as it is, at whatever spacing; between measured ones the curve is interpolated by Lagrange's cubic
-/// (StencilAt); beyond the ends it goes on with the last measured value, as CIE 15 and CIE 167 recommend.
+  /// Writes a value for each wavelength of `to`. `measured` has a value for each of `from`.
+  void Convert(std::span<const double> measured, double* curve) const;
+
+  bool Interpolates() const { return interpolates_; }
+  bool IsEven() const { return isEven_; }
+
+ private:
+  std::vector<LagrangeStencil> stencils_;
+  bool interpolates_ = false;
+  bool isEven_ = true;
+};
+
+/// The conversion of curves with one set of wavelengths to the library's grid.
 class WavelengthGrid {
  public:
   WavelengthGrid() = default;
-  /// Measured wavelengths: `first`, `first` + `step` ... in nm, `count` of them, at least 3.
-  WavelengthGrid(double first, double step, std::size_t count);
+  /// Measured wavelengths, ascending, in nm, at least 3.
+  explicit WavelengthGrid(std::span<const double> wavelengths);
 
-  /// Writes the 40 samples of the grid. `measured` has `count` values.
-  void Convert(std::span<const double> measured, double* curve) const;
+  /// Writes the 40 samples of the grid. `measured` has a value for each wavelength.
+  void Convert(std::span<const double> measured, double* curve) const { resampler_.Convert(measured, curve); }
 
   /// What Convert does, for a user: "used as they are" or a list of steps.
   std::string Description() const;
   /// True when a part of 400 to 700 nm was not measured.
-  bool IsNarrow() const;
+  bool IsNarrow() const { return first_ > 400 || last_ < 700; }
+
+  bool IsEven() const { return resampler_.IsEven(); }
 
   /// The ends of what was measured, in nm.
   double FirstWavelength() const { return first_; }
-  double LastWavelength() const { return first_ + step_ * static_cast<double>(count_ - 1); }
+  double LastWavelength() const { return last_; }
 
  private:
   double first_ = 0;
-  double step_ = 0;
+  double last_ = 0;
   std::size_t count_ = 0;
-  bool interpolated_ = false;
-  std::array<LagrangeStencil, kWavelengths> stencils_{};
+  std::string description_;
+  SpectralResampler resampler_;
 };
+
+/// The wavelengths of the library's grid, in nm.
+std::vector<double> LibraryWavelengths();
+
+/// Wavelengths for a person: "400 to 700 nm at 10 nm", "380.2 to 779.9 nm, 0.3 to 0.5 nm apart".
+std::string DescribeWavelengths(std::span<const double> wavelengths);
 
 }  // namespace vrx::io
 

@@ -198,7 +198,7 @@ TEST_F(FitTolerance, BadRequestsAreRefused) {
       {"fit-tolerance text.csv", "text.csv, line 2, column 3 (db): \"x\" is not a number"},
       {"fit-tolerance far.csv", "far.csv, line 3: a difference beyond 1000"},
       {"fit-tolerance none.csv", "none.csv: there is no row"},
-      {"fit-tolerance lab.csv", "neither wavelengths nor dL,da,db"},
+      {"fit-tolerance lab.csv", "there are colours in it but no curves"},
       {"fit-tolerance few.csv --system lab", "--system needs curves"},
       {"fit-tolerance alone.csv", "alone.csv: there is no accepted trial"},
       {"fit-tolerance batch.csv --standard alone.csv --standard-id Q", "no standard \"Q\""},

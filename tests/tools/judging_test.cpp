@@ -109,7 +109,7 @@ TEST_F(Judging, Refusals) {
       {"judge s.csv t.csv", "s.csv: colours are seen under one illuminant"},
       {"judge s.csv named.csv --illuminants D65 --standard-id s", "the trials name their standards"},
       {"judge s.csv t.csv --illuminants D65 --only pass", "--only: fail, warning or both"},
-      {"strength s.csv t.csv", "column 2 (L): the column is neither"},
+      {"strength s.csv t.csv", "there are colours in it but no curves"},
       {"average readings.csv --count 4", "2 rows are left over at the end"},
       {"sort t.csv --blocks 0", "--blocks: sizes above 0"},
   };

@@ -124,11 +124,11 @@ TEST(CurveReader, RefusesWithPlaceAndReason) {
       {std::string("\xFF\xFEi\0d\0", 6), "f: the file is UTF-16"},
       {"400,410,420\n\n", "f: there is no row"},
       {"a\rb,,400\n", "f, line 1, column 1 (a?b): the column is neither"},
-      {"400,\n", "f, line 1, column 2: the column is neither"},
-      {"id,date,400\n", "f, line 1, column 2 (date): the column is neither"},
+      {"400,\n", "f, line 1: fewer than 3 wavelengths"},
+      {"id,gloss,400\n", "f, line 1, column 2 (gloss): the column is neither"},
       {"id,id,400,410,420\n", "f, line 1, column 2 (id): there are two"},
       {"400,410,410\n", "f, line 1, column 3 (410): the wavelength stands there twice"},
-      {"400,420,410\n", "f, line 1, column 3 (410): the wavelengths do not ascend"},
+      {"400,440,410\n", "f, line 1, column 2 (440): the wavelengths have a hole"},
       {"id,400,410,430,440\n",
        "f, line 1, column 4 (430): the wavelengths have a hole from 410 nm to 430 nm"},
       {"400,420,430\n", "column 2 (420): the wavelengths have a hole"},
@@ -143,7 +143,6 @@ TEST(CurveReader, RefusesWithPlaceAndReason) {
       {"400,410,420\n1,2,10001\n", "f, line 2, column 3 (420): a reflectance beyond"},
       {"400,410,420\n1,2\n", "f, line 2: the row is short: it has 2 of 3 columns"},
       {"400,410,420\n1,2,3,4\n", "f, line 2: the row is long"},
-      {"400,410,420\n1,2,3,\n", "f, line 2: the row is long"},
       {"400;410;420\n1.234,5;2;3\n", "\"1.234,5\" is not a number"},
       {"id,400,410,420\n\"a\nb\",1,2,3\nx,1,2,y\n", "f, line 4, column 4 (420)"},
       {"id,400,410,420\n,1,2,3\n", "f, line 2: the id is empty"},
@@ -181,7 +180,7 @@ TEST(CurveReader, RowsAcrossTheBufferAndJumpsBack) {
   CurveRow row;
   for (std::size_t i = 0; i < offsets.size(); ++i) {
     ASSERT_TRUE(reader.Next(row));
-    ASSERT_EQ(reader.Csv().Offset(), offsets[i]);
+    ASSERT_EQ(reader.Source().Offset(), offsets[i]);
     ASSERT_EQ(row.curve[0], static_cast<double>(i % 100));
   }
   EXPECT_FALSE(reader.Next(row));

@@ -19,7 +19,7 @@ CurveReader OpenTrials(const ComparisonOptions& options) {
 // A colour is what was seen under one illuminant; which one only the user knows.
 void RefuseColorsUnderSeveral(const CurveReader& reader, const JudgeSettings& settings) {
   if (reader.Kind() == Sample::kCurve || settings.illuminants.size() == 1) return;
-  throw InputError(reader.Csv().Name() +
+  throw InputError(reader.Source().Name() +
                    ": colours are seen under one illuminant: name it with --illuminants");
 }
 
@@ -70,8 +70,7 @@ bool Comparison::NextTrial(CurveRow& trial) {
 }
 
 void Comparison::WarnAboutInput() const {
-  WarnAboutFractions(standards_->Reader());
-  WarnAboutFractions(trials_);
+  tool::WarnAboutInput(standards_->Reader(), trials_);
 }
 
 }  // namespace vrx::tool

@@ -52,7 +52,7 @@ class Comparison {
   /// The standard of the trial that was read last.
   const Standard& StandardOf(const CurveRow& trial) { return standards_->Of(trial); }
   /// A progress bar over the file of the trials: begins, shows how far it was read, and ends.
-  void BeginProgress() { progress_.emplace(average_ ? 0 : trials_.Csv().Size()); }
+  void BeginProgress() { progress_.emplace(average_ ? 0 : trials_.Source().Size()); }
   void ShowProgress(std::uint64_t position) { progress_->Update(position); }
   void EndProgress() { progress_.reset(); }
 
@@ -67,11 +67,11 @@ class Comparison {
       }
       return;
     }
-    ProgressBar progress(trials_.Csv().Size());
+    ProgressBar progress(trials_.Source().Size());
     CurveRow trial;
     while (trials_.Next(trial)) {
       visit(trial, standards_->For(trial));
-      progress.Update(trials_.Csv().Position());
+      progress.Update(trials_.Source().Position());
     }
   }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include <vrxio/curve_reader.h>
+#include <vrxio/input_stream.h>
 #include "tools/vrx/input.h"
 
 namespace vrx::tool {
@@ -15,22 +16,38 @@ class Command;
 
 struct CurveInputOptions {
   bool fraction = false;
+  bool percent = false;
   bool verbose = false;
+  std::string bandpass;
+  std::string ignoredColumns;
+  ReadOptions read;  ///< without what the members above say
+
+  /// All of them as a reader takes them. Throws InputError for those that contradict each other.
+  ReadOptions Reading() const;
 };
 
-/// Adds `--fraction` and `--verbose`.
+/// Adds the options that say how a file is read: `--input-format`, `--fraction`, `--percent`, `--force`, `--lenient`,
+/// `--ignore-columns`, `--latin1`, `--wavelengths` and `--wavelengths-in`.
+void AddReadOptions(Command& command, CurveInputOptions& options);
+/// Adds those and `--bandpass` and `--verbose`.
 void AddCurveInputOptions(Command& command, CurveInputOptions& options);
 
 /// Opens a file of curves, or of colours where they will do. With `--verbose` standard error says how its wavelengths
-/// are used; when they leave out a part of 400 to 700 nm it says so in any case.
+/// are used; when they leave out a part of 400 to 700 nm it says so in any case. `isExtra` knows the headings of columns
+/// that only this command has a use for.
 CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options,
-                       Content content = Content::kCurves);
-/// The same of a file whose header was looked at already; with columns of its own, see CurveReader.
-CurveReader OpenCurves(CsvReader csv, const CurveInputOptions& options, Content content = Content::kCurves,
+                       Content content = Content::kCurves,
+                       bool (*isExtra)(std::string_view heading) = nullptr);
+/// The same of an open file.
+CurveReader OpenCurves(InputStream input, const CurveInputOptions& options,
+                       Content content = Content::kCurves,
                        bool (*isExtra)(std::string_view heading) = nullptr);
 
-/// Says on standard error when the values that were read are fractions by the look of them.
-void WarnAboutFractions(const CurveReader& curves);
+/// Says on standard error what is odd about the samples that were read: fractions by the look of them, samples without a
+/// curve, measurements of different conditions.
+void WarnAboutInput(const CurveReader& curves);
+/// The same of two files that are held against each other.
+void WarnAboutInput(const CurveReader& standards, const CurveReader& trials);
 
 }  // namespace vrx::tool
 

@@ -37,12 +37,12 @@ struct Rows {
 class Reader {
  public:
   Reader(const std::string& path, const CurveInputOptions& options)
-      : curves_(OpenCurves(CsvReader(path), options, Content::kCurves, IsDrawdownColumn)) {
-    const std::vector<std::string>& header = curves_.Csv().Header();
-    for (std::size_t i = 0; i < curves_.ExtraColumns().size(); ++i) {
-      const std::string& heading = header[curves_.ExtraColumns()[i]];
+      : curves_(OpenCurves(path, options, Content::kCurves, IsDrawdownColumn)) {
+    const std::vector<std::string> headings = curves_.Source().ExtraHeadings();
+    for (std::size_t i = 0; i < headings.size(); ++i) {
+      const std::string& heading = headings[i];
       if (!heading.starts_with(kSharePrefix)) {
-        if (surfaceColumn_) curves_.Csv().FailAt(curves_.ExtraColumns()[i], "there are two such columns");
+        if (surfaceColumn_) curves_.Source().FailExtra(i, "there are two such columns");
         surfaceColumn_ = i;
       } else {
         AddComponent(heading.substr(kSharePrefix.size()), i);
@@ -54,7 +54,7 @@ class Reader {
   DrawdownFile Read() {
     CurveRow row;
     while (curves_.Next(row)) Take(row);
-    WarnAboutFractions(curves_);
+    WarnAboutInput(curves_);
     for (const Rows& rows : rows_) {
       if (rows.curves[kOpaque]) file_.drawdowns.Add(OpaqueOf(rows));
       if (HasFilm(rows)) file_.drawdowns.Add(FilmOf(rows));
@@ -64,9 +64,9 @@ class Reader {
 
  private:
   void AddComponent(const std::string& name, std::size_t extra) {
-    if (name.empty()) curves_.Csv().FailAt(curves_.ExtraColumns()[extra], "the component has no name");
+    if (name.empty()) curves_.Source().FailExtra(extra, "the component has no name");
     if (std::ranges::find(file_.names, name) != file_.names.end()) {
-      curves_.Csv().FailAt(curves_.ExtraColumns()[extra], "there are two such columns");
+      curves_.Source().FailExtra(extra, "there are two such columns");
     }
     file_.names.push_back(name);
     shareColumns_.push_back(extra);
@@ -78,8 +78,8 @@ class Reader {
     if (isNew) rows_.emplace_back().id = row.id;
     Rows& rows = rows_[found->second];
     if (rows.curves[surface]) {
-      curves_.Csv().FailRow("\"" + rows.id + "\" has a row \"" + std::string(kSurfaceNames[surface]) +
-                            "\" already");
+      curves_.Source().FailRow("\"" + rows.id + "\" has a row \"" + std::string(kSurfaceNames[surface]) +
+                               "\" already");
     }
     rows.curves[surface] = row.curve;
     if (surface != kBlackCard && surface != kWhiteCard) TakeShares(row, rows);
@@ -92,8 +92,8 @@ class Reader {
         return static_cast<Surface>(surface);
       }
     }
-    curves_.Csv().FailAt(
-        curves_.ExtraColumns()[*surfaceColumn_],
+    curves_.Source().FailExtra(
+        *surfaceColumn_,
         "the surface is none of opaque, black card, white card, film over black and film over white");
   }
 
@@ -106,17 +106,17 @@ class Reader {
       double share = 0.0;
       const std::string& text = row.extras[column];
       if (!text.empty() && (!ParseDecimal(text, ',', share) || share < 0.0)) {
-        curves_.Csv().FailAt(curves_.ExtraColumns()[column], "a share is a number, 0 or more");
+        curves_.Source().FailExtra(column, "a share is a number, 0 or more");
       }
       total += share;
       shares.Add(share);
     }
     if (std::fabs(total - 1.0) > kLargestError && std::fabs(total - 100.0) > 100.0 * kLargestError) {
-      curves_.Csv().FailRow("the shares of \"" + rows.id + "\" add up to neither 100 (percent) nor 1");
+      curves_.Source().FailRow("the shares of \"" + rows.id + "\" add up to neither 100 (percent) nor 1");
     }
     if (rows.shares.IsEmpty()) rows.shares = shares;
     if (!(rows.shares == shares))
-      curves_.Csv().FailRow("\"" + rows.id + "\" has other shares in another row");
+      curves_.Source().FailRow("\"" + rows.id + "\" has other shares in another row");
   }
 
   static bool HasFilm(const Rows& rows) { return rows.curves[kOverBlack] || rows.curves[kOverWhite]; }
@@ -149,7 +149,7 @@ class Reader {
         return *rows_[shared->second].curves[surface];
       }
     }
-    throw InputError(curves_.Csv().Name() + ": the film \"" + rows.id + "\" has no row \"" +
+    throw InputError(curves_.Source().Name() + ": the film \"" + rows.id + "\" has no row \"" +
                      std::string(kSurfaceNames[surface]) + "\"");
   }
 

@@ -58,7 +58,7 @@ bool JudgingPipeline::Read(Chunk& chunk, std::size_t chunkTrials) {
     chunk.failure = std::current_exception();
     atEnd_ = true;
   }
-  chunk.position = comparison_.Trials().Csv().Position();
+  chunk.position = comparison_.Trials().Source().Position();
   return true;
 }
 

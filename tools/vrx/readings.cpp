@@ -97,7 +97,7 @@ std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count) {
   std::map<std::pair<std::string, int32_t>, std::size_t> places;  // in `all`, by id and geometry
   CurveRow row;
   for (std::size_t read = 0; reader.Next(row); ++read) {
-    if (read == kMostReadings) reader.Csv().FailRow("more than 200000 readings");
+    if (read == kMostReadings) reader.Source().FailRow("more than 200000 readings");
     const bool isNew = count > 0 ? read % count == 0
                                  : places.try_emplace({std::string(row.id), row.geometry}, all.size()).second;
     if (isNew) {
@@ -108,7 +108,7 @@ std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count) {
     readings.samples.push_back(row);
   }
   if (count > 0 && all.back().samples.size() != count) {
-    throw InputError(reader.Csv().Name() + ": " + std::to_string(all.back().samples.size()) +
+    throw InputError(reader.Source().Name() + ": " + std::to_string(all.back().samples.size()) +
                      " rows are left over at the end, where --count asks for " + std::to_string(count));
   }
   return all;

@@ -240,7 +240,7 @@ void ReadBackings(const std::string& path, CReflData& black, CReflData& white) {
   CurveRow row;
   int32_t count = 0;
   for (; count < 3 && curves.Next(row); ++count) (count == 0 ? black : white) = row.curve;
-  WarnAboutFractions(curves);
+  WarnAboutInput(curves);
   if (count != 2) throw InputError(path + ": two curves are expected, the black backing and the white one");
   CTrisValues ofBlack, ofWhite;
   black.Tristimulus(vrxIllumD65, kObserver10, ofBlack);

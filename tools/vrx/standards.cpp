@@ -57,13 +57,13 @@ class OneStandardForAll final : public Standards {
       if (row.id != id_) continue;
       const auto same = [&](const Row& other) { return other.geometry == row.geometry; };
       if (std::ranges::any_of(rows_, same)) {
-        reader_.Csv().FailRow("standard \"" + id_ + "\" has a row of this geometry already");
+        reader_.Source().FailRow("standard \"" + id_ + "\" has a row of this geometry already");
       }
       rows_.push_back({row.geometry, row});
       if (!reader_.HasGeometries()) return;
     }
-    if (rows_.empty() && id_.empty()) throw InputError(reader_.Csv().Name() + ": there is no row");
-    if (rows_.empty()) FailNoStandard(reader_.Csv().Name(), id_, kNoGeometry);
+    if (rows_.empty() && id_.empty()) throw InputError(reader_.Source().Name() + ": there is no row");
+    if (rows_.empty()) FailNoStandard(reader_.Source().Name(), id_, kNoGeometry);
   }
 
   // The row of a geometry, else the one without; a trial without a geometry may take an only row.
@@ -73,7 +73,7 @@ class OneStandardForAll final : public Standards {
       if (found != rows_.end()) return *found;
     }
     if (geometry == kNoGeometry && rows_.size() == 1) return rows_.front();
-    FailNoStandard(reader_.Csv().Name(), id_, geometry);
+    FailNoStandard(reader_.Source().Name(), id_, geometry);
   }
 
   CurveReader reader_;
@@ -135,14 +135,15 @@ class StandardOfItsOwn final : public Standards {
     }
     const std::string_view id = StandardOf(trial);
     if (!Find(id, trial.geometry) && !Find(id, kNoGeometry)) {
-      FailNoStandard(reader_.Csv().Name(), id, trial.geometry);
+      FailNoStandard(reader_.Source().Name(), id, trial.geometry);
     }
   }
 
   void MakeIndex(const CurveRow& trial) {
-    if (!reader_.HasNames()) FailNoStandard(reader_.Csv().Name(), StandardOf(trial), trial.geometry);
-    if (!reader_.Csv().CanSeek()) {
-      throw InputError(reader_.Csv().Name() + ": the trials are in another order than the standards, which " +
+    if (!reader_.HasNames()) FailNoStandard(reader_.Source().Name(), StandardOf(trial), trial.geometry);
+    if (!reader_.Source().CanSeek()) {
+      throw InputError(reader_.Source().Name() +
+                       ": the trials are in another order than the standards, which " +
                        "cannot be searched in a pipe; give a file");
     }
     indexed_ = true;
@@ -150,9 +151,9 @@ class StandardOfItsOwn final : public Standards {
     CurveRow row;
     while (reader_.Next(row)) {
       if (index_.size() == kMaxEntries) {
-        reader_.Csv().FailRow("more than 4 million standards in another order than the trials");
+        reader_.Source().FailRow("more than 4 million standards in another order than the trials");
       }
-      index_.push_back({Hash(row.id, row.geometry), reader_.Csv().Offset()});
+      index_.push_back({Hash(row.id, row.geometry), reader_.Source().Offset()});
     }
     std::ranges::sort(index_, {}, &Entry::hash);
   }
@@ -165,7 +166,8 @@ class StandardOfItsOwn final : public Standards {
     for (; at != index_.end() && at->hash == hash; ++at) {
       Load(*at);
       if (!Holds(id, geometry)) continue;
-      if (match != nullptr) reader_.Csv().FailRow("standard \"" + std::string(id) + "\" stands there twice");
+      if (match != nullptr)
+        reader_.Source().FailRow("standard \"" + std::string(id) + "\" stands there twice");
       match = &*at;
     }
     if (match != nullptr && !Holds(id, geometry)) Load(*match);

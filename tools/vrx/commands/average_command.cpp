@@ -118,11 +118,11 @@ void RunAverage(const AverageOptions& options) {
     const ReadingStatistics statistics =
         StatisticsOf(readings, illuminants.front(), options.viewing.Observer());
     showsStatistics ? WriteStatistics(readings, statistics, *rows) : WriteMean(readings, reader, *rows);
-    TellOutliers(reader.Csv().Name(), readings, statistics);
+    TellOutliers(reader.Source().Name(), readings, statistics);
   }
   rows->Finish();
   output.Finish();
-  WarnAboutFractions(reader);
+  WarnAboutInput(reader);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 
-#include <vrxio/value_columns.h>
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/conditions.h"
@@ -132,51 +131,37 @@ class ColorRows {
   CLabValues lab_, luv_, hunter_;
 };
 
+void AddSample(const CurveRow& row, ColorRows& rows) {
+  const std::vector<double> color(row.color.begin(), row.color.end());
+  row.kind == Sample::kCurve ? rows.AddCurve(row.id, row.curve)
+  : row.kind == Sample::kXyz ? rows.AddXyz(row.id, color)
+                             : rows.AddLab(row.id, color);
+}
+
 void AddMeans(CurveReader samples, ColorRows& rows) {
   rows.SetMeasured(samples);
   for (const Readings& readings : ReadReadings(samples, 0)) {
-    const CurveRow mean = readings.Mean();
-    const std::vector<double> color(mean.color.begin(), mean.color.end());
-    mean.kind == Sample::kCurve ? rows.AddCurve(mean.id, mean.curve)
-    : mean.kind == Sample::kXyz ? rows.AddXyz(mean.id, color)
-                                : rows.AddLab(mean.id, color);
+    AddSample(readings.Mean(), rows);
   }
-  WarnAboutFractions(samples);
+  WarnAboutInput(samples);
 }
 
-void AddCurves(CurveReader curves, ColorRows& rows) {
+void AddSamples(CurveReader curves, ColorRows& rows) {
   rows.SetMeasured(curves);
-  ProgressBar progress(curves.Csv().Size());
+  ProgressBar progress(curves.Source().Size());
   CurveRow row;
   while (curves.Next(row)) {
-    rows.AddCurve(row.id, row.curve);
-    progress.Update(curves.Csv().Position());
+    AddSample(row, rows);
+    progress.Update(curves.Source().Position());
   }
-  WarnAboutFractions(curves);
-}
-
-void AddValues(CsvReader& csv, ColorRows& rows) {
-  const bool isXyz = HasColumns(csv.Header(), {"X", "Y", "Z"});
-  if (!isXyz && !HasColumns(csv.Header(), {"L", "a", "b"})) {
-    csv.FailRow("the header names neither wavelengths nor X,Y,Z nor L,a,b");
-  }
-  ValueRows values = isXyz ? ValueRows(csv, {"X", "Y", "Z"}, 3) : ValueRows(csv, {"L", "a", "b"}, 3);
-  while (values.Next()) {
-    isXyz ? rows.AddXyz(values.Id(), values.Values()) : rows.AddLab(values.Id(), values.Values());
-  }
+  WarnAboutInput(curves);
 }
 
 void RunColor(const ColorOptions& options) {
   OutputStream output;
   ColorRows rows(options, output);
-  CsvReader csv(options.file);
-  if (options.average) {
-    AddMeans(OpenCurves(std::move(csv), options.input, Content::kCurvesOrColors), rows);
-  } else if (HasWavelengths(csv.Header())) {
-    AddCurves(OpenCurves(std::move(csv), options.input), rows);
-  } else {
-    AddValues(csv, rows);
-  }
+  CurveReader samples = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
+  options.average ? AddMeans(std::move(samples), rows) : AddSamples(std::move(samples), rows);
   rows.Finish();
   output.Finish();
 }

@@ -48,9 +48,11 @@ struct Cloud {
   std::vector<LabDifference> differences;
   double largestTotal = 0.0;
 
-  void Add(const CsvReader& csv, const LabDifference& difference, double total) {
+  /// `source` refuses the row.
+  template <class SOURCE>
+  void Add(const SOURCE& source, const LabDifference& difference, double total) {
     constexpr std::size_t kMost = 200'000;
-    if (differences.size() == kMost) csv.FailRow("more than 200000 differences to fit");
+    if (differences.size() == kMost) source.FailRow("more than 200000 differences to fit");
     differences.push_back(difference);
     largestTotal = std::max(largestTotal, total);
   }
@@ -98,7 +100,7 @@ Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
       options.accepted, "", ShortNameOf(settings.difference.system), DegreesOf(settings.observer), {}};
   for (const vrxIlluminant illuminant : settings.illuminants)
     accepted.illuminants.push_back(CodeOf(illuminant));
-  ProgressBar progress(trials.Csv().Size());
+  ProgressBar progress(trials.Source().Size());
   CurveRow trial;
   while (trials.Next(trial)) {
     Judge& judge = standards->For(trial);
@@ -107,17 +109,23 @@ Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
     judge.Evaluate(trial);
     for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
       const CDeltaValues& d = judge.LabDifference(i);
-      accepted.clouds[{trial.geometry, i}].Add(trials.Csv(), {d[0], d[1], d[2]}, judge.Difference(i)[6]);
+      accepted.clouds[{trial.geometry, i}].Add(trials.Source(), {d[0], d[1], d[2]}, judge.Difference(i)[6]);
     }
-    progress.Update(trials.Csv().Position());
+    progress.Update(trials.Source().Position());
   }
-  WarnAboutFractions(trials);
+  WarnAboutInput(trials);
   return accepted;
+}
+
+// True for a file whose first line has the columns of differences.
+bool HoldsDifferences(InputStream& input) {
+  const std::string beginning = PeekInput(input, std::size_t{64} << 10);
+  return beginning.substr(0, beginning.find('\n')).find("dL") != std::string::npos;
 }
 
 // Differences as they stand in the file. Whatever illuminant and observer they came from, their total is
 // dE*ab.
-Accepted ReadDifferences(CsvReader& csv, const FitOptions& options) {
+Accepted ReadDifferences(CsvReader csv, const FitOptions& options) {
   constexpr double kLargest = 1000;  // several times that of black and white
   if (!HasColumns(csv.Header(), {"dL", "da", "db"})) {
     csv.FailRow("the header names neither wavelengths nor dL,da,db");
@@ -228,10 +236,10 @@ void RunFit(const FitOptions& options) {
   if (!(options.margin > 0 && options.margin <= 100)) {
     throw InputError("--margin: a factor above 0, up to 100");
   }
-  CsvReader csv(options.accepted);
-  const Accepted accepted = HasWavelengths(csv.Header())
-                                ? ReadCurves(OpenCurves(std::move(csv), options.input), options)
-                                : ReadDifferences(csv, options);
+  InputStream input = OpenInput(options.accepted);
+  const Accepted accepted = HoldsDifferences(input)
+                                ? ReadDifferences(CsvReader(std::move(input), CsvDialect()), options)
+                                : ReadCurves(OpenCurves(std::move(input), options.input), options);
   if (accepted.clouds.empty()) throw InputError(accepted.file + ": there is no accepted trial");
   WriteFits(accepted, options);
 }

@@ -10,7 +10,6 @@
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/foundation/string_numbers.h>
 
-#include <vrxio/value_columns.h>
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/conditions.h"
@@ -150,7 +149,7 @@ std::unique_ptr<Standards> OpenStandards(const IndexOptions& options, const Judg
 }
 
 void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
-  ProgressBar progress(curves.Csv().Size());
+  ProgressBar progress(curves.Source().Size());
   Drawdowns drawdowns(rows);
   CurveRow row;
   CTrisValues xyz;
@@ -163,19 +162,17 @@ void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
     }
     drawdowns.Take(row);
     if (standards != nullptr) AddMetamerism(row, standards->For(row).StandardCurve(), rows);
-    progress.Update(curves.Csv().Position());
+    progress.Update(curves.Source().Position());
   }
-  WarnAboutFractions(curves);
+  WarnAboutInput(curves);
 }
 
-void AddValues(CsvReader& csv, IndexRows& rows) {
-  if (!HasColumns(csv.Header(), {"X", "Y", "Z"}))
-    csv.FailRow("the header names neither wavelengths nor X,Y,Z");
-  ValueRows values(csv, {"X", "Y", "Z"}, 3);
+void AddColors(CurveReader colors, IndexRows& rows) {
+  CurveRow row;
   CTrisValues xyz;
-  while (values.Next()) {
-    std::ranges::copy(values.Values(), xyz.begin());
-    for (const vrxIlluminant illuminant : rows.Illuminants()) rows.AddFamily(values.Id(), illuminant, xyz);
+  while (colors.Next(row)) {
+    std::ranges::copy(row.color, xyz.begin());
+    for (const vrxIlluminant illuminant : rows.Illuminants()) rows.AddFamily(row.id, illuminant, xyz);
   }
 }
 
@@ -234,13 +231,15 @@ void RunIndex(const IndexOptions& options) {
   OutputStream output;
   IndexRows rows(options, output);
   const std::unique_ptr<Standards> standards = OpenStandards(options, settings);
-  CsvReader csv(options.file);
-  if (HasWavelengths(csv.Header())) {
-    AddCurves(OpenCurves(std::move(csv), options.input), standards.get(), rows);
+  CurveReader samples = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
+  const Sample::Kind kind = samples.Kind();
+  if (kind == Sample::kCurve) {
+    AddCurves(std::move(samples), standards.get(), rows);
   } else if (standards) {
-    csv.FailRow("--standard needs curves, which have wavelengths in their header");
+    samples.Source().FailRow("--standard needs curves, which have wavelengths in their header");
   } else {
-    AddValues(csv, rows);
+    if (kind == Sample::kLab) samples.Source().FailRow("the header names neither wavelengths nor X,Y,Z");
+    AddColors(std::move(samples), rows);
   }
   rows.Finish();
   output.Finish();

@@ -48,7 +48,7 @@ class Selection {
     if (!options_.worstFirst)
       return judged.text.empty() ? output_->Add(judgement) : output_->AddText(judged.text);
     if (held_.size() == kMost)
-      trials.Csv().FailRow("more than 200000 trials to sort; --only fail leaves fewer");
+      trials.Source().FailRow("more than 200000 trials to sort; --only fail leaves fewer");
     held_.push_back(judgement);
   }
 

@@ -7,8 +7,6 @@
 
 #include <vrxmath/matching/recipe.h>
 
-#include <vrxio/value_columns.h>
-
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/curve_input.h"
@@ -45,27 +43,24 @@ struct NamedTarget {
   CRecipeTarget target;
 };
 
-// Curves, or colours in columns L, a and b.
+// Curves, or colours as L*, a*, b*.
 std::vector<NamedTarget> ReadTargets(const MatchOptions& options) {
   std::vector<NamedTarget> targets;
-  CsvReader csv(options.targets);
-  if (HasColumns(csv.Header(), {"L", "a", "b"}) && !HasWavelengths(csv.Header())) {
-    ValueRows rows(csv, {"L", "a", "b"}, 3);
-    while (rows.Next()) {
-      NamedTarget named{std::string(rows.Id()), {}};
-      named.target.lab = CLabValues(rows.Values()[0], rows.Values()[1], rows.Values()[2]);
-      targets.push_back(named);
-    }
-  } else {
-    CurveReader curves = OpenCurves(std::move(csv), options.input);
-    CurveRow row;
-    while (curves.Next(row)) {
-      NamedTarget named{std::string(row.id), {}};
-      named.target.curve = row.curve;
-      targets.push_back(named);
-    }
-    WarnAboutFractions(curves);
+  CurveReader samples = OpenCurves(options.targets, options.input, Content::kCurvesOrColors);
+  if (samples.Kind() == Sample::kXyz) {
+    samples.Source().FailRow("targets are curves or L*, a*, b*, not tristimulus values");
   }
+  CurveRow row;
+  while (samples.Next(row)) {
+    NamedTarget named{std::string(row.id), {}};
+    if (row.kind == Sample::kCurve) {
+      named.target.curve = row.curve;
+    } else {
+      named.target.lab = CLabValues(row.color[0], row.color[1], row.color[2]);
+    }
+    targets.push_back(named);
+  }
+  WarnAboutInput(samples);
   if (targets.empty()) throw InputError(options.targets + ": there is no row");
   return targets;
 }

@@ -119,7 +119,7 @@ struct Search {
 CurveReader Open(const std::string& path, const Search& search) {
   CurveReader reader = OpenCurves(path, search.options.input, Content::kCurvesOrColors);
   if (reader.Kind() != Sample::kCurve && search.illuminants.size() > 1) {
-    throw InputError(reader.Csv().Name() +
+    throw InputError(reader.Source().Name() +
                      ": colours are seen under one illuminant: name it with --illuminants");
   }
   return reader;
@@ -128,14 +128,14 @@ CurveReader Open(const std::string& path, const Search& search) {
 void ReadStandards(Search& search) {
   constexpr std::size_t kMost = 4'000'000;
   CurveReader reader = Open(search.options.standards, search);
-  ProgressBar progress(reader.Csv().Size());
+  ProgressBar progress(reader.Source().Size());
   CurveRow row;
   while (reader.Next(row)) {
-    if (search.standards.Size() == kMost) reader.Csv().FailRow("more than 4 million standards");
+    if (search.standards.Size() == kMost) reader.Source().FailRow("more than 4 million standards");
     search.standards.Add(row);
-    progress.Update(reader.Csv().Position());
+    progress.Update(reader.Source().Position());
   }
-  WarnAboutFractions(reader);
+  WarnAboutInput(reader);
 }
 
 class SearchOutput {
@@ -204,7 +204,7 @@ void RunSearch(const SearchOptions& options) {
   if (samples.Size() > 0) searchChunk();
   results.Finish();
   output.Finish();
-  WarnAboutFractions(reader);
+  WarnAboutInput(reader);
 }
 
 }  // namespace

@@ -72,7 +72,7 @@ class Sorter {
 
   void Add(const CurveReader& reader, const CurveRow& trial, Judge& judge) {
     constexpr std::size_t kMost = 200'000;
-    if (trials_.size() == kMost) reader.Csv().FailRow("more than 200000 trials to sort");
+    if (trials_.size() == kMost) reader.Source().FailRow("more than 200000 trials to sort");
     judge.Evaluate(trial);
     CColorValues standard = judge.StandardColor(0), sample = judge.TrialColor(0);
     if (FindDifferenceSystem(settings_.difference.system)->space != CoordinateSpace::kLab) {
@@ -157,7 +157,7 @@ void RunSort(const SortOptions& options) {
   OutputStream output;
   sorter.Write(options.format, trials.HasIdsAndNames(), trials.HasGeometries(), output);
   output.Finish();
-  WarnAboutFractions(trials);
+  WarnAboutInput(trials);
 }
 
 }  // namespace

@@ -184,7 +184,7 @@ std::vector<Card> JudgeAll(ComparisonOptions files, const JudgeSettings& setting
   comparison.ForEachTrial([&](const CurveRow& trial, Judge& judge) {
     if (oneFile && judge.StandardId() == trial.id) return;
     if (cards.size() == kMaxTrials)
-      comparison.Trials().Csv().FailRow("more than 1000 trials for one picture");
+      comparison.Trials().Source().FailRow("more than 1000 trials for one picture");
     judge.Evaluate(trial);
     cards.push_back(MakeCard(settings, judge, trial));
   });

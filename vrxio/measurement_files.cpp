@@ -1,0 +1,44 @@
+#include <vrxio/measurement_files.h>
+
+#include <utility>
+
+#include <vrxio/cgats_reader.h>
+#include <vrxio/csv_measurements.h>
+#include <vrxio/cxf_reader.h>
+#include <vrxio/json_measurements.h>
+
+namespace vrx::io {
+
+using Form = ReadOptions::Form;
+
+Form FormOf(std::string_view beginning) {
+  if (IsMarkup(beginning)) return Form::kCxf;
+  if (IsJson(beginning)) return Form::kJson;
+  return IsCgats(beginning) ? Form::kCgats : Form::kCsv;
+}
+
+std::unique_ptr<MeasurementReader> OpenMeasurements(const std::string& path, const ReadOptions& options) {
+  return OpenMeasurements(OpenInput(path), options);
+}
+
+std::unique_ptr<MeasurementReader> OpenMeasurements(InputStream input, const ReadOptions& options) {
+  constexpr std::size_t kBeginning = std::size_t{256} << 10;
+  std::string beginning = PeekInput(input, kBeginning);
+  const bool isMarkup =
+      options.form == Form::kCxf || (options.form == Form::kByContent && IsMarkup(beginning));
+  const bool isLatin1 = options.latin1 || (isMarkup && IsMarkupInLatin1(input.name, beginning));
+  const std::string decoded = DecodeInput(input, beginning, isLatin1);
+  if (!decoded.empty()) beginning = PeekInput(input, kBeginning);
+  switch (options.form == Form::kByContent ? FormOf(beginning) : options.form) {
+    case Form::kCxf:
+      return ReadCxf(std::move(input), options);
+    case Form::kJson:
+      return ReadJson(std::move(input), options);
+    case Form::kCgats:
+      return ReadCgats(std::move(input), options);
+    default:
+      return ReadCsv(std::move(input), beginning, options);
+  }
+}
+
+}  // namespace vrx::io
