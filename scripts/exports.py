@@ -4,6 +4,7 @@
     exports.py add LIST OBJECTS32 OBJECTS64      gives every public symbol that has no number the next one
     exports.py seal LIST VERSION                 a release: what is numbered now may never change its meaning
     exports.py def LIST OBJECTS OUT.def          checks the list against a build and writes the linker's definition file
+    exports.py decorated OBJECTS DLL OUT.def     the names of a 32-bit DLL as its callers' objects spell them
     exports.py dll LIST FILE.dll                 checks that a DLL exports these numbers and not one name
 
 OBJECTS is a file that names the object files, one a line. The list has one line an entry: number, tab, signature, and
@@ -22,6 +23,13 @@ from pathlib import Path
 POINTER_WORDS = {
     4: {"size_t": "unsigned int", "ptrdiff_t": "int"},
     8: {"size_t": "unsigned long long", "ptrdiff_t": "long long"},
+}
+
+
+ALIASES = {
+    "std::basic_string_view<char16_t, std::char_traits<char16_t> >": "std::u16string_view",
+    "std::basic_string_view<char, std::char_traits<char> >": "std::string_view",
+    "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >": "std::string",
 }
 
 
@@ -95,6 +103,8 @@ def build_symbols(objects):
 
 def tidy(plain):
     """Drops what the standard library's defaults add, and the suffixes of template numbers, which differ in width."""
+    for long, short in ALIASES.items():
+        plain = plain.replace(long, short)
     plain = re.sub(r", (4294967295u|18446744073709551615ull)>", ">", plain)
     plain = re.sub(r"\b(\d+)u(ll)?\b", r"\1", plain)
     return re.sub(r", std::allocator<[^<>]*> >", ">", plain)
@@ -212,6 +222,12 @@ def write_definition(exports, objects, out):
     Path(out).write_text("EXPORTS\n" + "\n".join(lines) + "\n")
 
 
+def write_decorated(objects, dll, out):
+    names = sorted({name for line in Path(objects).read_text().split("\n") if line
+                    for name in exported_symbols(Path(line))})
+    Path(out).write_text(f"LIBRARY {dll}\nEXPORTS\n" + "".join(f"  {name}\n" for name in names))
+
+
 def check_dll(exports, path):
     content = Path(path).read_bytes()
     pe = struct.unpack_from("<I", content, 60)[0]
@@ -235,6 +251,9 @@ def check_dll(exports, path):
 
 
 def main(command, path, *rest):
+    if command == "decorated":
+        write_decorated(path, *rest)
+        return
     exports = ExportList(path)
     if command == "add":
         narrow, wide = (build_symbols(objects)[0] for objects in rest)

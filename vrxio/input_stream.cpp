@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -119,7 +120,8 @@ InputStream OpenInput(const std::string& path) {
   }
   input.name = path;
   errno = 0;
-  auto file = std::make_unique<std::ifstream>(path, std::ios::binary);
+  const std::filesystem::path name(std::u8string(path.begin(), path.end()));  // UTF-8 on every system
+  auto file = std::make_unique<std::ifstream>(name, std::ios::binary);
   if (!*file) throw InputError(path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be opened"));
   file->seekg(0, std::ios::end);
   if (const std::streamoff size = file->tellg(); *file && size > 0) input.size = static_cast<uint64_t>(size);

@@ -21,10 +21,11 @@ else
 fi
 
 # The first program would leave its output to the server and the services that it starts, and whoever reads it would
-# wait for their end.
+# wait for their end. Windows are shown on an X server, or, without one, nowhere.
 if ! "$server" -k0 2> /dev/null; then
   mkdir -p "$WINEPREFIX"
-  flock "$WINEPREFIX" sh -c '"$1" -k0 || { "$1" -p60; "$2" wineboot; }' sh "$server" "$loader" \
+  flock "$WINEPREFIX" sh -c '"$1" -k0 || { "$1" -p60; "$2" wineboot
+    "$2" reg add "HKCU\\Software\\Wine\\Drivers" /v Graphics /d x11,null /f; }' sh "$server" "$loader" \
     > /dev/null 2>&1 < /dev/null || true
 fi
 exec "$loader" "$@"

@@ -54,7 +54,7 @@ inside() {
     mount --rbind / "$VRX_TREE/machine"
     if [ -d /tmp/.X11-unix ]; then mkdir -p "$VRX_TREE/tmp/.X11-unix"; mount --bind /tmp/.X11-unix "$VRX_TREE/tmp/.X11-unix"; fi
     exec chroot "$VRX_TREE" /bin/busybox env HOME=/root PATH=/usr/bin:/bin LANG=C.UTF-8 WINEDEBUG="${WINEDEBUG:--all}" \
-      WINEDLLOVERRIDES="mscoree,mshtml=" WINESERVER=/usr/lib/wine/wineserver32 \
+      WINEDLLOVERRIDES="mscoree,mshtml=" WINESERVER=/usr/lib/wine/wineserver32 ${DISPLAY:+DISPLAY="$DISPLAY"} \
       /bin/busybox sh -c "$0" sh "$@"' "$start" "$@"
 }
 # The first program would leave its output to the server and the services that it starts, and whoever reads it would
@@ -76,6 +76,8 @@ install() {
   unpack
   "$tree/bin/busybox" true 2> /dev/null || fail "this kernel does not run 32-bit programs"
   inside / wineboot --init > "$base/wineboot.log" 2>&1 9>&- || fail "$(tail -n 3 "$base/wineboot.log")"
+  # Windows are shown on an X server, or, without one, nowhere.
+  inside / reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11,null /f > /dev/null 2>&1 9>&-
   ln -sfn /machine "$tree/root/.wine/dosdevices/z:"
   touch "$base/ready"
 }

@@ -3,7 +3,6 @@
 #include <exception>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include <vrxmath/platform/message_box.h>
 
@@ -24,8 +23,8 @@ void ThrowMessage(vrx::WideView text, vrx::MessageIcon, void*) {
 int main(int argc, char** argv) try {
   vrx::SetMessageBoxHandler(ThrowMessage);
   vrx::tool::IgnoreBrokenPipes();
-  const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
-  return vrx::tool::RunTool(arguments, VRX_VERSION);
+  vrx::tool::UseUtf8Streams();
+  return vrx::tool::RunTool(vrx::tool::Utf8Arguments(argc, argv), VRX_VERSION);
 } catch (const std::exception& error) {
   vrx::tool::PrintMessage(error.what());
   return vrx::tool::kExitBadInput;

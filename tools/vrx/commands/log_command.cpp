@@ -45,8 +45,10 @@ void Switch(DiagChannel channel, int32_t mode) {
 // The log appends its file name to the directory as it stands, from whichever directory the host runs in.
 void SetDirectory(const std::string& directory) {
   if (directory.empty()) return;
-  const std::string path = (std::filesystem::absolute(directory) / "").lexically_normal().string();
-  if (!std::filesystem::is_directory(path)) throw InputError(directory + " is not a directory");
+  const std::filesystem::path given(std::u8string(directory.begin(), directory.end()));
+  const std::u8string full = (std::filesystem::absolute(given) / "").lexically_normal().u8string();
+  const std::string path(full.begin(), full.end());
+  if (!std::filesystem::is_directory(given)) throw InputError(directory + " is not a directory");
   const CString stored = CString::FromUtf8(path);
   if (stored.GetLength() > kMaxSettingText) throw InputError(directory + " is too long a path for the log");
   FileReplacer probe;  // makes a file beside the log's and removes it again

@@ -1,14 +1,11 @@
 
 #include "tools/vrx/output/report_files.h"
 
-#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
-#include <nettle/base64.h>
-#include <nettle/sha2.h>
 #include <random>
 #include <span>
 #include <system_error>
@@ -28,6 +25,7 @@
 #include <vrxmath/platform/files.h>
 
 #include "tools/vrx/commands/command.h"
+#include "tools/vrx/output/digest.h"
 #include "tools/vrx/output/file_output.h"
 
 namespace vrx::tool {
@@ -35,8 +33,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const uint8_t* Octets(std::string_view text) {
-  return reinterpret_cast<const uint8_t*>(text.data());
+fs::path PathOf(const std::string& utf8) {
+  return std::u8string(utf8.begin(), utf8.end());
 }
 
 std::string ReadFile(const std::string& path, std::size_t limit) {
@@ -70,7 +68,10 @@ class ScratchFolder {
     std::error_code ignored;
     fs::remove_all(path_, ignored);
   }
-  std::string operator/(const char* name) const { return (path_ / name).string(); }
+  std::string operator/(const char* name) const {
+    const std::u8string path = (path_ / name).u8string();
+    return {path.begin(), path.end()};
+  }
 
  private:
   fs::path path_;
@@ -139,37 +140,25 @@ std::vector<std::string> PrintingCommand(const std::string& browser, const Scrat
 }  // namespace
 
 std::string Sha256(std::string_view content) {
-  sha256_ctx context;
-  sha256_init(&context);
-  sha256_update(&context, content.size(), Octets(content));
-  std::string digest(SHA256_DIGEST_SIZE, '\0');
-  sha256_digest(&context, digest.size(), reinterpret_cast<uint8_t*>(digest.data()));
-  return digest;
+  Digest digest;
+  digest.Add(content);
+  return digest.Finish();
 }
 
 std::string HashOfFile(const std::string& path) {
   std::error_code ignored;
   FileReader reader;
-  if (!fs::is_regular_file(path, ignored) || !reader.Open(path)) return {};
-  sha256_ctx context;
-  sha256_init(&context);
-  std::vector<std::byte> part(std::size_t{1} << 16);
-  while (const std::size_t count = reader.Read(part)) {
-    sha256_update(&context, count, reinterpret_cast<const uint8_t*>(part.data()));
+  if (!fs::is_regular_file(PathOf(path), ignored) || !reader.Open(path)) return {};
+  Digest digest;
+  std::string part(std::size_t{1} << 16, '\0');
+  while (const std::size_t count = reader.Read(std::as_writable_bytes(std::span(part)))) {
+    digest.Add(std::string_view(part).substr(0, count));
   }
-  std::array<uint8_t, SHA256_DIGEST_SIZE> digest;
-  sha256_digest(&context, digest.size(), digest.data());
   std::string text;
-  for (const uint8_t octet : digest) {
-    text += "0123456789abcdef"[octet >> 4];
+  for (const char octet : digest.Finish()) {
+    text += "0123456789abcdef"[(octet >> 4) & 15];
     text += "0123456789abcdef"[octet & 15];
   }
-  return text;
-}
-
-std::string Base64(std::string_view bytes) {
-  std::string text(BASE64_ENCODE_RAW_LENGTH(bytes.size()), '\0');
-  base64_encode_raw(text.data(), bytes.size(), Octets(bytes));
   return text;
 }
 
@@ -200,7 +189,7 @@ void PrintToPdf(std::string_view html, const std::string& path) {
   }
   const std::string printed = folder / "report.pdf";
   std::error_code error;
-  const auto size = fs::file_size(printed, error);
+  const auto size = fs::file_size(PathOf(printed), error);
   if (error) throw InputError(path + ": Chromium printed nothing; write a .html file and print that");
   ReplaceFile(path, ReadFile(printed, static_cast<std::size_t>(size)));
 }

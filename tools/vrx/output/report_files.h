@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "tools/vrx/output/digest.h"
+
 namespace vrx::tool {
 
 /// SHA-256 (FIPS 180-4) of a text, as 32 bytes.
@@ -13,9 +15,6 @@ std::string Sha256(std::string_view content);
 /// The SHA-256 of a file in hexadecimal digits, as `sha256sum` prints it; empty for what is no file on a disk, as a pipe
 /// can be read only once.
 std::string HashOfFile(const std::string& path);
-
-/// RFC 4648.
-std::string Base64(std::string_view bytes);
 
 /// A picture (PNG, JPEG or SVG, up to 1 MiB) as a data URL. Throws InputError when it is none.
 std::string PictureUrl(const std::string& path);

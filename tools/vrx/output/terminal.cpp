@@ -9,7 +9,12 @@
 #include <string_view>
 
 #if defined(_WIN32)
+#include <fcntl.h>
 #include <io.h>
+
+#include <vrxmath/platform/win32/win32.h>
+
+#include <shellapi.h>
 #else
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -64,6 +69,36 @@ void ProgressBar::Draw(uint64_t done) {
   drawn_ = true;
   next_ = done + total_ / 100 + 1;
 }
+
+#if defined(_WIN32)
+std::vector<std::string> Utf8Arguments(int, char**) {
+  int count = 0;
+  wchar_t** const wide = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+  std::vector<std::string> arguments;
+  for (int i = 1; i < count; ++i) {
+    arguments.push_back(CString(platform_internal::FromSystem(wide[i])).ToUtf8());
+  }
+  ::LocalFree(wide);
+  return arguments;
+}
+
+void UseUtf8Streams() {
+  for (std::FILE* stream : {stdin, stdout, stderr}) _setmode(_fileno(stream), _O_BINARY);
+  ::SetConsoleOutputCP(CP_UTF8);
+  for (const DWORD name : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
+    const HANDLE console = ::GetStdHandle(name);
+    DWORD mode = 0;
+    if (::GetConsoleMode(console, &mode))
+      ::SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+  }
+}
+#else
+std::vector<std::string> Utf8Arguments(int argc, char** argv) {
+  return {argv + (argc > 0 ? 1 : 0), argv + argc};
+}
+
+void UseUtf8Streams() {}
+#endif
 
 void IgnoreBrokenPipes() {
 #if defined(SIGPIPE)

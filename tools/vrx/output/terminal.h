@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <string>
+#include <vector>
 
 namespace vrx::tool {
 
@@ -40,6 +42,12 @@ class ProgressBar {
   uint64_t next_;  // where the bar has to be drawn anew; never, when there is none
   bool drawn_ = false;
 };
+
+/// What stands behind the program's name, as UTF-8 on every system.
+std::vector<std::string> Utf8Arguments(int argc, char** argv);
+
+/// Makes the standard streams those of bytes, and a console of Windows one of UTF-8 and colours. Elsewhere they are.
+void UseUtf8Streams();
 
 /// A writer that goes away ends the write with an error instead of the process with a signal.
 void IgnoreBrokenPipes();

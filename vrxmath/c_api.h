@@ -1,0 +1,349 @@
+/* VrxMath for hosts that cannot use C++ classes: flat functions over numbers, texts and handles. Pure C11.
+ *
+ *   double curve[40] = {...}, xyz[3];
+ *   if (vrx_tristimulus(VRX_ILLUM_D65, VRX_OBSERVER_10, curve, 1, xyz) != VRX_OK) {
+ *     char reason[200];
+ *     vrx_last_error(reason, sizeof reason, NULL);
+ *   }
+ *
+ * Conventions. Every function returns a vrx_status, VRX_OK being 0, and throws nothing. Everything is checked before
+ * anything is written: null where an array is needed, negative counts, numbers that are not finite, numbers of
+ * illuminants and systems that nobody has, and handles that are no handles. A call that is refused has touched nothing,
+ * and vrx_last_error has a sentence about it. Arrays are the caller's, hold rows one after the other, and must not
+ * overlap unless they are the same; with a count of 0 they may be null.
+ *
+ * Units. Curves are 40 reflectances in percent at 360, 370 ... 750 nm. X, Y, Z are on the scale on which the perfect
+ * white has Y = 100. Hues are in degrees from 0 to 360. A value that does not exist is VRX_UNSET, on the way in as on
+ * the way out: an unset colour (its first sample, or X, Y and Z) gives unset results.
+ *
+ * Texts are UTF-8, or UTF-16 in the functions whose names end in 16, and end with a zero. A function that returns one
+ * takes a buffer, its capacity in units, zero included, and the place of the length without the zero, which may be null.
+ * A text that does not fit is not written; the status is VRX_TOO_SMALL, and the length tells what it takes.
+ *
+ * Handles are numbers; 0 is none. They are the process's, not a thread's. One handle is for one thread at a time; other
+ * functions may be called on any thread while nobody changes display primaries or user illuminants.
+ *
+ * On 32-bit Windows the functions are __stdcall, under undecorated names. Compare VRX_ABI_VERSION with vrx_abi_version
+ * before the first call where header and library may come from different releases.
+ */
+#ifndef VRXMATH_C_API_H_
+#define VRXMATH_C_API_H_
+
+#include <stdint.h>
+
+#if defined(_WIN32)
+#define VRX_CALL __stdcall
+#if defined(VRX_C_BUILDING)
+#define VRX_C_API __declspec(dllexport)
+#else
+#define VRX_C_API __declspec(dllimport)
+#endif
+#else
+#define VRX_CALL
+#define VRX_C_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Status, versions, texts */
+
+typedef int32_t vrx_status;
+enum {
+  VRX_OK = 0,
+  VRX_NULL = 1,         /* a null pointer where an array, a text or a place for a result is needed */
+  VRX_BAD_COUNT = 2,    /* negative, or so large that the arrays could not exist */
+  VRX_NOT_FINITE = 3,   /* a number is NaN or infinite */
+  VRX_OUT_OF_RANGE = 4, /* a number that nobody has, or outside the values that make sense */
+  VRX_BAD_HANDLE = 5,   /* no handle, one of another kind, or one that was closed */
+  VRX_TOO_SMALL = 6,    /* the buffer of a text */
+  VRX_REFUSED = 7,      /* the numbers are fine each, but there is no answer; vrx_last_error says why */
+  VRX_NO_MEMORY = 8,
+  VRX_INTERNAL = 9 /* an error of the library */
+};
+
+/* What stands for "not measured, not computed"; see Units above. */
+#define VRX_UNSET 1e-5
+
+/* Grows whenever a host that was built for an older number would misunderstand the library. */
+#define VRX_ABI_VERSION 1
+
+typedef uint16_t vrx_char16;
+
+/* The number in VRX_ABI_VERSION of the header that the library was built with. */
+VRX_C_API vrx_status VRX_CALL vrx_abi_version(int32_t* version);
+/* The release, such as 1, 4, 0. */
+VRX_C_API vrx_status VRX_CALL vrx_version(int32_t* major, int32_t* minor, int32_t* patch);
+
+/* Why the last call on this thread was refused; empty after one that succeeded. Asking does not change it. */
+VRX_C_API vrx_status VRX_CALL vrx_last_error(char* text, int32_t capacity, int32_t* length);
+VRX_C_API vrx_status VRX_CALL vrx_last_error16(vrx_char16* text, int32_t capacity, int32_t* length);
+
+/* The display text of that number in the library's table; VRX_OUT_OF_RANGE when there is none. */
+VRX_C_API vrx_status VRX_CALL vrx_text(int32_t number, char* text, int32_t capacity, int32_t* length);
+VRX_C_API vrx_status VRX_CALL vrx_text16(int32_t number, vrx_char16* text, int32_t capacity, int32_t* length);
+
+/* Threads that functions with many rows may use: 1 at first, 0 for as many as there are cores. Results are the same. */
+VRX_C_API vrx_status VRX_CALL vrx_set_threads(int32_t threads);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Illuminants */
+
+enum {
+  VRX_ILLUM_A = 0,
+  VRX_ILLUM_C = 1,
+  VRX_ILLUM_D65 = 2,
+  VRX_ILLUM_CWF = 3,
+  VRX_ILLUM_T84 = 4,
+  VRX_ILLUM_D50 = 5
+};
+enum { VRX_OBSERVER_2 = 0, VRX_OBSERVER_10 = 1 };
+
+/* The number of an illuminant by its code, such as "D65", in any case; built-in ones are 0 to 25. */
+VRX_C_API vrx_status VRX_CALL vrx_find_illuminant(const char* code, int32_t* illuminant);
+VRX_C_API vrx_status VRX_CALL vrx_find_illuminant16(const vrx_char16* code, int32_t* illuminant);
+/* Its display name. `style`: 0 "D65 - 10°", 1 "D65/10°", 4 "D65", 7 the description. */
+VRX_C_API vrx_status VRX_CALL vrx_illuminant_name(int32_t illuminant, int32_t observer, int32_t style,
+                                                  char* text, int32_t capacity, int32_t* length);
+VRX_C_API vrx_status VRX_CALL vrx_illuminant_name16(int32_t illuminant, int32_t observer, int32_t style,
+                                                    vrx_char16* text, int32_t capacity, int32_t* length);
+/* The white point, and the weighting table (40 X, 40 Y and 40 Z weights for 360 to 750 nm, then the white point). */
+VRX_C_API vrx_status VRX_CALL vrx_white_point(int32_t illuminant, int32_t observer, double xyz[3]);
+VRX_C_API vrx_status VRX_CALL vrx_weights(int32_t illuminant, int32_t observer, double table[123]);
+
+/* Registers a lamp under a number from 1000 to 1255, which every function then takes as an illuminant, or replaces it.
+ * `name`: "code|description". `power`: `count` relative spectral powers every `step` (1, 5 or 10) nm from `first_nm` on,
+ * all of 400 to 700 nm at least. `straight`: 1 for straight lines between them, 0 for cubics (ASTM E2022). */
+VRX_C_API vrx_status VRX_CALL vrx_register_illuminant(int32_t number, const char* name, const double* power,
+                                                      int32_t count, int32_t first_nm, int32_t step,
+                                                      int32_t straight);
+VRX_C_API vrx_status VRX_CALL vrx_register_illuminant16(int32_t number, const vrx_char16* name,
+                                                        const double* power, int32_t count, int32_t first_nm,
+                                                        int32_t step, int32_t straight);
+/* Takes it away again; VRX_OUT_OF_RANGE when it is not there. */
+VRX_C_API vrx_status VRX_CALL vrx_remove_illuminant(int32_t number);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * From curves to colours. `count` rows each. */
+
+/* X, Y, Z of curves (ASTM E308): 40 numbers in, 3 out. */
+VRX_C_API vrx_status VRX_CALL vrx_tristimulus(int32_t illuminant, int32_t observer, const double* curves,
+                                              int32_t count, double* xyz);
+
+/* The colour spaces: what a row holds. */
+enum {
+  VRX_SPACE_LAB = 0,   /* CIE L*, a*, b*, C*, h: 5 numbers */
+  VRX_SPACE_LUV = 1,   /* CIE L*, u*, v*, C*uv, huv: 5 numbers */
+  VRX_SPACE_HUNTER = 2 /* Hunter L, a, b, and twice unset: 5 numbers */
+};
+/* X, Y, Z into a space, and back; on the way back chroma and hue are not read. */
+VRX_C_API vrx_status VRX_CALL vrx_xyz_to_space(int32_t space, int32_t illuminant, int32_t observer,
+                                               const double* xyz, int32_t count, double* coordinates);
+VRX_C_API vrx_status VRX_CALL vrx_space_to_xyz(int32_t space, int32_t illuminant, int32_t observer,
+                                               const double* coordinates, int32_t count, double* xyz);
+/* Chromaticity x, y; unset where X + Y + Z is 0. */
+VRX_C_API vrx_status VRX_CALL vrx_chromaticity(const double* xyz, int32_t count, double* xy);
+
+/* 8-bit red, green and blue for a screen (3 bytes a row). `displayable`: 1 where the screen can show the colour, else 0;
+ * may be null. */
+VRX_C_API vrx_status VRX_CALL vrx_display_colors(int32_t illuminant, int32_t observer, const double* xyz,
+                                                 int32_t count, uint8_t* rgb, uint8_t* displayable);
+/* The primaries of the screen: red x, y, green x, y, blue x, y, gamma. Setting null goes back to IEC 61966-2-1. */
+VRX_C_API vrx_status VRX_CALL vrx_get_display_primaries(double primaries[7]);
+VRX_C_API vrx_status VRX_CALL vrx_set_display_primaries(const double primaries[7]);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Differences */
+
+enum {
+  VRX_SYSTEM_LAB = 0, /* dE*ab */
+  VRX_SYSTEM_CMC = 1, /* parameters l, c, commercial factor */
+  VRX_SYSTEM_HUNTER = 2,
+  VRX_SYSTEM_FMC2 = 3,
+  VRX_SYSTEM_CIE94 = 4, /* kL, kC, kH, total */
+  VRX_SYSTEM_LCH = 5,
+  VRX_SYSTEM_LUV = 6,
+  VRX_SYSTEM_XYZ = 7,
+  VRX_SYSTEM_GE_PQS2 = 8,
+  VRX_SYSTEM_AUDI = 9,
+  VRX_SYSTEM_DIN99 = 10,   /* kCH, kE; dE*ab unless own_formula is set */
+  VRX_SYSTEM_CIE2000 = 11, /* kL, kC, kH, total */
+  VRX_SYSTEM_DIN6175 = 12  /* gL, gC, gH */
+};
+
+/* A difference system. vrx_default_system fills it with the parameters under which the system is usually quoted. */
+typedef struct vrx_system {
+  int32_t number;
+  int32_t own_formula; /* 1: DIN99 by its own formula; 0 otherwise */
+  double parameters[4];
+  double angle; /* aspecular measuring angle in degrees, which Audi and DIN 6175-2 read */
+} vrx_system;
+
+VRX_C_API vrx_status VRX_CALL vrx_default_system(int32_t number, vrx_system* system);
+/* Its display name with its parameters, and the headings of its difference columns, separated by "|". */
+VRX_C_API vrx_status VRX_CALL vrx_system_name(const vrx_system* system, char* text, int32_t capacity,
+                                              int32_t* length);
+VRX_C_API vrx_status VRX_CALL vrx_system_name16(const vrx_system* system, vrx_char16* text, int32_t capacity,
+                                                int32_t* length);
+VRX_C_API vrx_status VRX_CALL vrx_system_columns(int32_t number, char* text, int32_t capacity,
+                                                 int32_t* length);
+VRX_C_API vrx_status VRX_CALL vrx_system_columns16(int32_t number, vrx_char16* text, int32_t capacity,
+                                                   int32_t* length);
+
+/* Sample minus standard, pair by pair: X, Y, Z of both (3 numbers a row) into 7: the differences of the system's
+ * coordinates, its weighted lightness difference, dC, dH, dE. What a system does not have is unset. */
+VRX_C_API vrx_status VRX_CALL vrx_differences(const vrx_system* system, int32_t illuminant, int32_t observer,
+                                              const double* standards, const double* samples, int32_t count,
+                                              double* differences);
+/* Of `standards` the `wanted` nearest to each sample, nearest first: their indices from 0, and the total differences.
+ * -1 and unset where there are no more. */
+VRX_C_API vrx_status VRX_CALL vrx_nearest(const vrx_system* system, int32_t illuminant, int32_t observer,
+                                          const double* standards, int32_t standard_count,
+                                          const double* samples, int32_t count, int32_t wanted,
+                                          int32_t* indices, double* totals);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Indices */
+
+/* How many whiteness, tint and yellowness indices there are. They are numbered from 0 in the order of their display. */
+VRX_C_API vrx_status VRX_CALL vrx_index_count(int32_t* count);
+/* The display name. `recalculated`: 1 for the form that takes any illuminant, 0 for the published one. VRX_OUT_OF_RANGE
+ * for a form that an index does not have. */
+VRX_C_API vrx_status VRX_CALL vrx_index_name(int32_t index, int32_t recalculated, char* text,
+                                             int32_t capacity, int32_t* length);
+VRX_C_API vrx_status VRX_CALL vrx_index_name16(int32_t index, int32_t recalculated, vrx_char16* text,
+                                               int32_t capacity, int32_t* length);
+/* The index of each row of X, Y, Z; unset where the form is not defined for the illuminant and observer. */
+VRX_C_API vrx_status VRX_CALL vrx_indices(int32_t index, int32_t recalculated, int32_t illuminant,
+                                          int32_t observer, const double* xyz, int32_t count, double* values);
+/* Special metamerism index (CIE 15): the difference under `test` of two curves that match under `reference`. */
+VRX_C_API vrx_status VRX_CALL vrx_metamerism(const vrx_system* system, int32_t reference, int32_t test,
+                                             int32_t observer, const double standard[40],
+                                             const double trial[40], double* index);
+/* Contrast ratio of a coating, 1 for complete hiding: Y over black by Y over white. */
+VRX_C_API vrx_status VRX_CALL vrx_contrast_ratio(const double over_black[3], const double over_white[3],
+                                                 double* ratio);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Tolerances and verdicts */
+
+enum { VRX_FAIL = 0, VRX_WARNING = 1, VRX_PASS = 2 };
+
+/* The first three elements of each difference (7 numbers a row) against a box: plus and minus of each (minus limits as
+ * positive numbers), then the limit of the total. Verdicts: fail outside, warning outside the box scaled by
+ * `warning_factor` (0 to 1), else pass. `totals`: the verdicts on element 6 against the limit; may be null. */
+VRX_C_API vrx_status VRX_CALL vrx_judge_boxes(const double box[7], double warning_factor,
+                                              const double* differences, int32_t count, int32_t* verdicts,
+                                              int32_t* totals);
+/* The same against an ellipsoid of L*a*b* differences: centre dL*, da*, db*; semi-axes along lightness, at the angle
+ * and across it; the angle in degrees from +a* to +b*; the limit of the total; the commercial factor. */
+VRX_C_API vrx_status VRX_CALL vrx_judge_ellipses(const double ellipse[9], double warning_factor,
+                                                 const double* differences, int32_t count, int32_t* verdicts,
+                                                 int32_t* totals);
+/* The ellipsoid of CMC, CIE94 or CIE2000 about a standard (L*, a*, b*). */
+VRX_C_API vrx_status VRX_CALL vrx_ellipse_about(const vrx_system* system, const double lab[3],
+                                                double ellipse[9]);
+/* The smallest ellipsoid that holds all of `count` accepted differences (dL*, da*, db*), or with `surface` 1 the one
+ * whose surface comes nearest to borderline ones. `at_standard`: 1 puts its centre at the standard. VRX_REFUSED when the
+ * differences leave an axis open. */
+VRX_C_API vrx_status VRX_CALL vrx_fit_ellipse(const double* accepted, int32_t count, int32_t surface,
+                                              int32_t at_standard, double ellipse[9]);
+/* The shade words of a trial: three numbers from 0 (no word) to 10 a row, from L*, a*, b* and dL*, da*, db* (3 numbers
+ * a row each); and the text of such a number. */
+VRX_C_API vrx_status VRX_CALL vrx_shade_words(const double* lab, const double* differences, int32_t count,
+                                              int32_t* words);
+VRX_C_API vrx_status VRX_CALL vrx_shade_word(int32_t word, char* text, int32_t capacity, int32_t* length);
+VRX_C_API vrx_status VRX_CALL vrx_shade_word16(int32_t word, vrx_char16* text, int32_t capacity,
+                                               int32_t* length);
+
+/* A judgement: one standard and its tolerances under several illuminants, against which trials are judged. */
+typedef int32_t vrx_handle;
+
+/* A judgement under `count` (1 to 64) illuminants. Every tolerance is a box of 1.5 at first, the warning factor 0.75. The
+ * angle of the system is 45, or one of the aspecular angles of the library's geometries. */
+VRX_C_API vrx_status VRX_CALL vrx_judgement_open(const vrx_system* system, const int32_t* illuminants,
+                                                 int32_t count, int32_t observer, vrx_handle* judgement);
+/* The standard's curve. */
+VRX_C_API vrx_status VRX_CALL vrx_judgement_standard(vrx_handle judgement, const double curve[40]);
+/* The box under illuminant `index` of the list, from 0. Judges by boxes from now on. */
+VRX_C_API vrx_status VRX_CALL vrx_judgement_box(vrx_handle judgement, int32_t index, const double box[7]);
+/* The ellipsoid under that illuminant. Judges by ellipsoids from now on. */
+VRX_C_API vrx_status VRX_CALL vrx_judgement_ellipse(vrx_handle judgement, int32_t index,
+                                                    const double ellipse[9]);
+VRX_C_API vrx_status VRX_CALL vrx_judgement_warning(vrx_handle judgement, double factor);
+/* Judges `count` trial curves. With m illuminants each trial has m rows in the order of the list: `verdicts`, the
+ * worse of components and total (1 number); `differences` (7 numbers) and `words` (3 numbers) may be null. VRX_REFUSED
+ * before there is a standard. */
+VRX_C_API vrx_status VRX_CALL vrx_judgement_trials(vrx_handle judgement, const double* curves, int32_t count,
+                                                   int32_t* verdicts, double* differences, int32_t* words);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Colorants */
+
+/* What a reading holds of the surface. */
+enum { VRX_SURFACE_INCLUDED = 0, VRX_SURFACE_EXCLUDED = 1, VRX_SURFACE_NONE = 2 };
+
+/* K/S (Kubelka-Munk) of reflectances in percent, and absorbance; `count` single numbers. */
+VRX_C_API vrx_status VRX_CALL vrx_kubelka_munk(const double* reflectances, int32_t count, double* ks);
+VRX_C_API vrx_status VRX_CALL vrx_absorbance(const double* reflectances, int32_t count, double* densities);
+/* Saunderson's correction of reflectances as fractions, and back. k1 and k2 from 0 to below 1. */
+VRX_C_API vrx_status VRX_CALL vrx_to_internal(const double* measured, int32_t count, double k1, double k2,
+                                              int32_t surface, double* internal);
+VRX_C_API vrx_status VRX_CALL vrx_to_measured(const double* internal, int32_t count, double k1, double k2,
+                                              int32_t surface, double* measured);
+
+/* How strength is read. */
+enum {
+  VRX_STRENGTH_APPARENT = 0,   /* sum of K/S over the band */
+  VRX_STRENGTH_ABSORBANCE = 1, /* sum of absorbance over the band */
+  VRX_STRENGTH_CHROMATIC = 2,  /* K/S where the standard absorbs most within the band */
+  VRX_STRENGTH_LUMINOUS = 3,   /* K/S of Y; from here on by the tristimulus values */
+  VRX_STRENGTH_PSEUDO = 4,     /* K/S of three filter readings */
+  VRX_STRENGTH_TRISTIMULUS = 5 /* sum of the corrected X, Y and Z */
+};
+typedef struct vrx_strength_settings {
+  int32_t form;
+  int32_t first, last;          /* band, 0 to 39, both inclusive */
+  int32_t illuminant, observer; /* for the forms by tristimulus values */
+  int32_t surface;
+  double k1, k2;
+} vrx_strength_settings;
+/* Strength in percent of `count` batch curves against one standard. */
+VRX_C_API vrx_status VRX_CALL vrx_strength(const vrx_strength_settings* settings, const double standard[40],
+                                           const double* batches, int32_t count, double* percents);
+
+/* A colour system: colorants and bases from which formulas are predicted. */
+enum { VRX_COLORANT = 0, VRX_RESIN = 1, VRX_CALIBRATION_WHITE = 8 };
+enum {
+  VRX_MODEL_COATINGS = 0, /* two-constant theory */
+  VRX_MODEL_TEXTILES = 3  /* one-constant theory: a resin or calibration white is the substrate */
+};
+/* An empty system with Saunderson's constants, k1 and k2 from 0 to below 1. */
+VRX_C_API vrx_status VRX_CALL vrx_colorants_open(int32_t model, double k1, double k2, vrx_handle* colorants);
+/* Reads the library's archive form of a colour system. VRX_REFUSED when it is damaged or newer than the library. */
+VRX_C_API vrx_status VRX_CALL vrx_colorants_read(const uint8_t* bytes, int32_t count, vrx_handle* colorants);
+/* Gives component `id` a calibration level: concentration from 0 to 1, above those given before, and K and S per unit of
+ * concentration, 40 numbers each. The first level of an id makes the component, of that kind. */
+VRX_C_API vrx_status VRX_CALL vrx_colorants_level(vrx_handle colorants, int32_t id, int32_t kind,
+                                                  double concentration, const double absorption[40],
+                                                  const double scattering[40]);
+/* The curve that a formula of `count` ids and amounts gives. VRX_REFUSED where it gives none. */
+VRX_C_API vrx_status VRX_CALL vrx_predict(vrx_handle colorants, const int32_t* ids, const double* amounts,
+                                          int32_t count, double curve[40]);
+
+/* Closes a judgement or a colour system. */
+VRX_C_API vrx_status VRX_CALL vrx_close(vrx_handle handle);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Linear equations */
+
+/* Solves a x = b by elimination with pivoting; `a` is n x n (n up to 4096), row by row. VRX_REFUSED when it is singular. */
+VRX_C_API vrx_status VRX_CALL vrx_solve(const double* a, const double* b, int32_t n, double* x);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* VRXMATH_C_API_H_ */
