@@ -57,6 +57,19 @@ elif [ "$level" != build ]; then
   need chromium chromium
   need nodejs node
   need npm npm
+  # The Python module, for Debian's own interpreter.
+  header python3-dev python3.11/Python.h
+  need pybind11-dev /usr/lib/cmake/pybind11/pybind11Config.cmake /usr/share/cmake/pybind11/pybind11Config.cmake
+  python_module() { need "$1" "/usr/lib/python3/dist-packages/$2"; }
+  python_module python3-numpy numpy/__init__.py
+  python_module python3-pandas pandas/__init__.py
+  python_module python3-matplotlib matplotlib/__init__.py
+  python_module python3-dask dask/__init__.py
+  python_module python3-distributed distributed/__init__.py
+  python_module python3-pytest pytest/__init__.py
+  python_module mypy mypy/__init__.py
+  python_module python3-pip pip/__init__.py
+  need python3-venv /usr/share/doc/python3.11-venv
 fi
 
 if [ "$level" = bench ]; then

@@ -1,0 +1,52 @@
+// Batch calculations in blocks that stay in the cache, without the interpreter's lock: what a block wrote is brought into
+// Python's form (NaN for unset) while it is still there.
+
+#ifndef PYTHON_SRC_BLOCKS_H_
+#define PYTHON_SRC_BLOCKS_H_
+
+#include <cstddef>
+#include <exception>
+#include <limits>
+#include <mutex>
+#include <pybind11/pybind11.h>
+
+#include <vrxmath/batch/batch_run.h>
+#include <vrxmath/foundation/numbers.h>
+
+namespace vrx::python {
+
+namespace py = pybind11;
+
+inline constexpr std::size_t kBlockRows = 2048;
+
+/// Calls `work(from, count)` over all rows on the threads that were asked for (0: all cores). The first exception of a block
+/// comes out once every thread has stopped. Throws ValueError for a negative count of threads.
+template <class WORK>
+void InBlocks(std::size_t rows, int threads, const WORK& work) {
+  if (threads < 0) throw py::value_error("threads: 0 (all cores) or a positive number is expected");
+  std::exception_ptr failure;
+  std::mutex guard;
+  {
+    const py::gil_scoped_release unlocked;
+    ForEachBlock({static_cast<unsigned>(threads), {}}, rows, kBlockRows, [&](std::size_t from, std::size_t count) {
+      try {
+        work(from, count);
+      } catch (...) {
+        const std::scoped_lock lock(guard);
+        if (!failure) failure = std::current_exception();
+      }
+    });
+  }
+  if (failure) std::rethrow_exception(failure);
+}
+
+/// Replaces unset numbers by NaN.
+inline void UnsetToNan(double* values, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    values[i] = IsUnset(values[i]) ? std::numeric_limits<double>::quiet_NaN() : values[i];
+  }
+}
+
+}  // namespace vrx::python
+
+#endif  // PYTHON_SRC_BLOCKS_H_

@@ -1,0 +1,132 @@
+// Colorants: K/S and strength of curves.
+
+#include <cmath>
+#include <span>
+
+#include <pybind11/numpy.h>
+
+#include <vrxmath/batch/colorant_batch.h>
+
+#include "python/src/arrays.h"
+#include "python/src/blocks.h"
+#include "python/src/module.h"
+#include "python/src/views.h"
+
+namespace vrx::python {
+namespace {
+
+SaundersonMode ModeOf(const std::string& specular) {
+  if (specular == "included") return SaundersonMode::kIncluded;
+  if (specular == "excluded") return SaundersonMode::kExcluded;
+  if (specular == "none") return SaundersonMode::kNone;
+  throw py::value_error("specular: \"included\", \"excluded\" or \"none\" is expected");
+}
+
+// The samples of a band of wavelengths, both ends inclusive.
+std::pair<std::int32_t, std::int32_t> BandOf(std::pair<double, double> nm) {
+  const auto [first, last] = nm;
+  if (!(first >= 360.0 && last <= 750.0 && first <= last)) {
+    throw py::value_error("band: two wavelengths within 360 to 750 nm are expected, the shorter first");
+  }
+  return {static_cast<std::int32_t>(std::ceil((first - 360.0) / 10.0)),
+          static_cast<std::int32_t>(std::floor((last - 360.0) / 10.0))};
+}
+
+StrengthSumSettings StrengthSettingsOf(bool absorbance, std::pair<double, double> band, const std::string& specular,
+                                       double k1, double k2) {
+  const auto [first, last] = BandOf(band);
+  return {absorbance, first, last, k1, k2, ModeOf(specular)};
+}
+
+CurveBatch CurvesOf(const Rows& rows, std::size_t from, std::size_t count) {
+  return {std::span(rows.Doubles() + from * rows.stride, (count - 1) * rows.stride + kSamples), rows.stride};
+}
+
+py::object Strength(const py::object& standard, const py::object& batch, bool absorbance, std::pair<double, double> band,
+                    const std::string& specular, double k1, double k2, int threads) {
+  const StrengthSumSettings settings = StrengthSettingsOf(absorbance, band, specular, k1, k2);
+  const Rows standards = RowsOf(standard, "standard", kSamples), batches = RowsOf(batch, "batch", kSamples);
+  const std::vector<py::ssize_t> lead = CommonLead(standards, "standard", batches, "batch");
+  py::array_t<double> result(lead);
+  double* target = result.mutable_data();
+  InBlocks(standards.lead.empty() ? batches.count : standards.count, threads, [&](std::size_t from, std::size_t count) {
+    const auto sums = [&](const Rows& rows) {
+      const bool one = rows.lead.empty();
+      std::vector<double> values(one ? 1 : count);
+      StrengthSumBatch(settings, CurvesOf(rows, one ? 0 : from, values.size()), values);
+      return values;
+    };
+    const std::vector<double> s = sums(standards), b = sums(batches);
+    for (std::size_t i = 0; i < count; ++i) {
+      const double percent = 100.0 * (b[b.size() == 1 ? 0 : i] / s[s.size() == 1 ? 0 : i]);
+      target[from + i] = !(percent <= 999.99) ? 999.99 : percent < 0.01 ? 0.01 : percent;
+    }
+  });
+  if (lead.empty()) return py::float_(target[0]);
+  return result;
+}
+
+py::array Ks(const py::object& curves, const std::string& specular, double k1, double k2, int threads) {
+  const SaundersonMode mode = ModeOf(specular);
+  const Rows rows = RowsOf(curves, "curves", kSamples);
+  py::array_t<double> result = ResultArray(rows.lead, {static_cast<py::ssize_t>(kSamples)}, py::none());
+  double* target = result.mutable_data();
+  InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
+    const std::span<double> block(target + kSamples * from, kSamples * count);
+    for (std::size_t i = 0; i < count; ++i) {
+      for (std::size_t k = 0; k < kSamples; ++k) {
+        block[kSamples * i + k] = rows.Doubles()[(from + i) * rows.stride + k] * 0.01;
+      }
+    }
+    SaundersonToInternalBatch(block, k1, k2, mode, block);
+    for (double& value : block) value *= 100.0;
+    KubelkaMunkKsBatch(block, block);
+  });
+  return result;
+}
+
+}  // namespace
+
+void DefineColorant(py::module_& module) {
+  module.def("strength", &Strength, py::arg("standard"), py::arg("batch"), py::kw_only(), py::arg("absorbance") = false,
+             py::arg("band") = std::pair(400.0, 700.0), py::arg("specular") = "included", py::arg("k1") = 0.04,
+             py::arg("k2") = 0.6, py::arg("threads") = 1,
+             R"(Strength of batches of a colorant against a standard, in percent: the sum of K/S over a band.
+
+Parameters
+----------
+standard, batch : array_like, shape (..., 40)
+    Reflectance in percent of the same let-down. A single standard stands for all batches.
+absorbance : bool
+    Sum absorbance instead of K/S.
+band : tuple of 2 float
+    The wavelengths in nm, both inclusive.
+specular : str
+    Whether the readings hold the surface reflection: ``"included"``, ``"excluded"``, or ``"none"`` for no correction.
+k1, k2 : float
+    Saunderson's surface constants.
+threads : int
+
+Returns
+-------
+numpy.ndarray, shape (...); float for one pair
+    Above 100 for a stronger batch; within 0.01 to 999.99.
+)");
+  module.def("ks", &Ks, py::arg("curves"), py::kw_only(), py::arg("specular") = "included", py::arg("k1") = 0.04,
+             py::arg("k2") = 0.6, py::arg("threads") = 1,
+             R"(Ratio of absorption to scattering of opaque films (Kubelka and Munk), behind Saunderson's correction.
+
+Parameters
+----------
+curves : array_like, shape (..., 40)
+    Reflectance in percent.
+specular, k1, k2, threads
+    As for :func:`strength`.
+
+Returns
+-------
+numpy.ndarray, shape (..., 40)
+)");
+}
+
+}  // namespace vrx::python

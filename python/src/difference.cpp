@@ -1,0 +1,257 @@
+// Differences of many pairs, and the nearest standards of many colours.
+
+#include <algorithm>
+#include <span>
+
+#include <pybind11/numpy.h>
+
+#include <vrxmath/batch/color_space_batch.h>
+#include <vrxmath/batch/difference_batch.h>
+#include <vrxmath/batch/nearest.h>
+
+#include "python/src/arrays.h"
+#include "python/src/blocks.h"
+#include "python/src/module.h"
+#include "python/src/names.h"
+#include "python/src/views.h"
+
+namespace vrx::python {
+namespace {
+
+bool ReadsXyz(std::int32_t system) {
+  return system == vrxSystemFmc2 || system == vrxSystemGePqs2 || system == vrxSystemXyz;
+}
+
+// What the colours of a call have in common.
+struct Space {
+  bool isXyz;
+  std::int32_t system;
+  vrxIlluminant illuminant;
+  std::int32_t observer;
+};
+
+// Coordinates with chroma and hue of `count` rows of an argument from `from` on, in the space of the system.
+void FillLab(const Space& space, const Rows& rows, std::size_t from, std::size_t count, const BatchView<double, 5>& lab) {
+  if (space.isXyz) {
+    CoordinatesBatch(space.system, space.illuminant, space.observer, ViewOf<3>(rows, from, count), lab);
+    return;
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    const double* row = rows.Doubles() + (from + i) * rows.stride;
+    for (std::size_t k = 0; k < rows.width; ++k) lab.at(i, k) = row[k];
+  }
+  if (rows.width == 3) ChromaHueBatch(lab);
+}
+
+// The same rows in the form that a system reads; `scratch` keeps coordinates that the argument does not hold. A single row
+// stands for all.
+ColorBatch BlockOf(const Space& space, const Rows& rows, std::size_t from, std::size_t count, std::vector<double>& scratch) {
+  if (rows.lead.empty()) from = 0, count = 1;
+  if (!space.isXyz && rows.width == 5) return {{}, ViewOf<5>(rows, from, count)};
+  scratch.resize(5 * count);
+  const BatchView<double, 5> lab{std::span<double>(scratch)};
+  FillLab(space, rows, from, count, lab);
+  return {space.isXyz ? ViewOf<3>(rows, from, count) : BatchView<const double, 3>(), lab};
+}
+
+Space SpaceOf(const py::object& space, const CDifferenceSettings& settings, const py::object& illuminant, int observer) {
+  const bool needsXyz = ReadsXyz(settings.system);
+  bool isXyz = needsXyz;
+  if (!space.is_none()) {
+    const auto name = space.cast<std::string>();
+    if (name != "lab" && name != "xyz") throw py::value_error("space: \"lab\" or \"xyz\" is expected");
+    isXyz = name == "xyz";
+  }
+  if (needsXyz && !isXyz) throw py::value_error("space: this system compares tristimulus values: \"xyz\" is needed");
+  return {isXyz, settings.system, IlluminantOf(illuminant), ObserverOf(observer)};
+}
+
+void FillDifferences(const CDifferenceSettings& settings, double angle, const Space& space, const Rows& standards,
+                     const Rows& samples, bool components, double* target, std::size_t from, std::size_t count) {
+  std::vector<double> standardLab, sampleLab;
+  const ColorBatch s = BlockOf(space, standards, from, count, standardLab);
+  const ColorBatch t = BlockOf(space, samples, from, count, sampleLab);
+  if (components && samples.lead.empty() && count > 1) {  // one sample: standard by standard
+    for (std::size_t i = 0; i < count; ++i) {
+      const ColorBatch one{s.xyz.empty() ? s.xyz : s.xyz.Rows(i, 1), s.lab.Rows(i, 1)};
+      DifferenceBatch(settings, angle, one, t, TargetOf<7>(target, from + i, 1));
+    }
+    UnsetToNan(target + 7 * from, 7 * count);
+  } else if (components) {
+    DifferenceBatch(settings, angle, s, t, TargetOf<7>(target, from, count));
+    UnsetToNan(target + 7 * from, 7 * count);
+  } else {
+    TotalDifferenceBatch(settings, angle, s, t, std::span(target + from, count));
+    UnsetToNan(target + from, count);
+  }
+}
+
+py::object Delta(const py::object& standard, const py::object& sample, const std::string& system, bool components,
+                 const py::object& space, const py::object& illuminant, int observer, double angle, const py::object& out,
+                 int threads, const py::kwargs& parameters) {
+  const CDifferenceSettings settings = SettingsOf(system, parameters);
+  const Space in = SpaceOf(space, settings, illuminant, observer);
+  const std::size_t other = in.isXyz ? 0 : 5;
+  const Rows standards = RowsOf(standard, "standard", 3, false, other);
+  const Rows samples = RowsOf(sample, "sample", 3, false, other);
+  const std::vector<py::ssize_t> lead = CommonLead(standards, "standard", samples, "sample");
+  std::vector<py::ssize_t> tail;
+  if (components) tail.push_back(7);
+  py::array_t<double> result = ResultArray(lead, tail, out);
+  if (Overlap(result, standards.array) || Overlap(result, samples.array)) {
+    throw py::value_error("out: it lies over an argument");
+  }
+  double* target = result.mutable_data();
+  InBlocks(standards.lead.empty() ? samples.count : standards.count, threads, [&](std::size_t from, std::size_t count) {
+    FillDifferences(settings, angle, in, standards, samples, components, target, from, count);
+  });
+  if (lead.empty() && !components && out.is_none()) return py::float_(target[0]);
+  return result;
+}
+
+// The colours of a search, under each illuminant.
+struct SearchColors {
+  std::vector<py::ssize_t> lead;
+  std::size_t count = 0;
+  std::vector<std::vector<double>> xyz, lab;  // per illuminant
+
+  std::vector<ColorBatch> Batches() const {
+    std::vector<ColorBatch> batches;
+    for (std::size_t k = 0; k < lab.size(); ++k) {
+      ColorBatch& batch = batches.emplace_back();
+      batch.lab = BatchView<const double, 5>(std::span(lab[k]));
+      if (!xyz[k].empty()) batch.xyz = BatchView<const double, 3>(std::span(xyz[k]));
+    }
+    return batches;
+  }
+};
+
+bool AreCurves(const py::object& argument) {
+  const auto array = py::array::ensure(argument);
+  if (!array) PyErr_Clear();
+  return array && array.ndim() > 0 && array.shape(array.ndim() - 1) == static_cast<py::ssize_t>(kSamples);
+}
+
+SearchColors FromColors(const py::object& argument, const char* name, const Space& space, int threads) {
+  const Rows rows = RowsOf(argument, name, 3, false, space.isXyz ? 0 : 5);
+  SearchColors colors{rows.lead, rows.count, {{}}, {std::vector<double>(5 * rows.count)}};
+  if (space.isXyz) colors.xyz[0].resize(3 * rows.count);
+  InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
+    FillLab(space, rows, from, count, TargetOf<5>(colors.lab[0].data(), from, count));
+    for (std::size_t i = from; space.isXyz && i < from + count; ++i) {
+      std::copy_n(rows.Doubles() + i * rows.stride, 3, &colors.xyz[0][3 * i]);
+    }
+  });
+  return colors;
+}
+
+SearchColors FromCurves(const py::object& argument, const char* name, const Space& space,
+                        const std::vector<vrxIlluminant>& illuminants, int threads) {
+  const Rows curves = RowsOf(argument, name, kSamples, true);
+  SearchColors colors{curves.lead, curves.count, {}, {}};
+  colors.xyz.assign(illuminants.size(), std::vector<double>(3 * curves.count));
+  colors.lab.assign(illuminants.size(), std::vector<double>(5 * curves.count));
+  InBlocks(curves.count, threads, [&](std::size_t from, std::size_t count) {
+    std::vector<BatchView<double, 3>> xyz;
+    for (std::vector<double>& one : colors.xyz) xyz.push_back(TargetOf<3>(one.data(), from, count));
+    TristimulusOf(curves, illuminants, space.observer, std::span<const BatchView<double, 3>>(xyz), from, count);
+    for (std::size_t k = 0; k < illuminants.size(); ++k) {
+      CoordinatesBatch(space.system, illuminants[k], space.observer, xyz[k], TargetOf<5>(colors.lab[k].data(), from, count));
+    }
+  });
+  return colors;
+}
+
+py::tuple Nearest(const py::object& samples, const py::object& standards, std::size_t count, const std::string& system,
+                  const py::object& illuminant, int observer, const py::object& space, double angle, int threads,
+                  const py::kwargs& parameters) {
+  const CDifferenceSettings settings = SettingsOf(system, parameters);
+  bool single = false;
+  const std::vector<vrxIlluminant> illuminants = IlluminantsOf(illuminant, single);
+  if (count == 0) throw py::value_error("count: at least 1 is expected");
+  const Space in = SpaceOf(space, settings, py::int_(static_cast<int>(illuminants.front())), observer);
+  const bool areCurves = AreCurves(samples);
+  if (areCurves != AreCurves(standards)) throw py::value_error("samples and standards: both curves, or both colours");
+  if (!areCurves && !single) throw py::value_error("illuminant: several need curves, shape (..., 40)");
+  const auto colorsOf = [&](const py::object& argument, const char* name) {
+    return areCurves ? FromCurves(argument, name, in, illuminants, threads) : FromColors(argument, name, in, threads);
+  };
+  const SearchColors trials = colorsOf(samples, "samples"), library = colorsOf(standards, "standards");
+  std::vector<NearestMatch> matches(trials.count * count);
+  {
+    const std::vector<ColorBatch> a = trials.Batches(), b = library.Batches();
+    const py::gil_scoped_release unlocked;
+    FindNearestBatch(settings, angle, a, b, count, matches, {static_cast<unsigned>(threads), {}});
+  }
+  std::vector<py::ssize_t> shape = trials.lead;
+  shape.push_back(static_cast<py::ssize_t>(count));
+  py::array_t<std::int64_t> index(shape);
+  py::array_t<double> distance(shape);
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    const bool found = matches[i].index != NearestMatch::kNone;
+    index.mutable_data()[i] = found ? static_cast<std::int64_t>(matches[i].index) : -1;
+    distance.mutable_data()[i] = found ? matches[i].difference : std::numeric_limits<double>::quiet_NaN();
+  }
+  return py::make_tuple(index, distance);
+}
+
+}  // namespace
+
+void DefineDifference(py::module_& module) {
+  module.def("delta", &Delta, py::arg("standard"), py::arg("sample"), py::arg("system") = "cie2000", py::kw_only(),
+             py::arg("components") = false, py::arg("space") = py::none(), py::arg("illuminant") = "D65",
+             py::arg("observer") = 10, py::arg("angle") = 45.0, py::arg("out") = py::none(), py::arg("threads") = 1,
+             R"(Colour differences, sample minus standard, in any of the difference systems.
+
+Parameters
+----------
+standard, sample : array_like, shape (..., 3) or (..., 5)
+    Coordinates in the space in which the system judges: L*, a*, b* for most, L*, u*, v* for ``"luv"``, Hunter L, a, b for
+    ``"hunter"``, with C and h behind them where they are at hand. A single row stands for all of the other.
+system : str
+    See :func:`systems`.
+components : bool
+    Whether all seven elements are returned: differences of the three coordinates, weighted lightness difference,
+    chroma difference, hue difference, total.
+space : str, optional
+    ``"xyz"`` when the arguments are tristimulus values, under ``illuminant`` and ``observer``; ``"fmc2"``, ``"gepqs2"`` and
+    ``"xyz"`` always take those.
+angle : float
+    Aspecular measuring angle in degrees, for ``"audi"`` and ``"din6175"``.
+out, threads
+    As for :func:`tristimulus`.
+**parameters
+    The system's own: ``l, c`` for ``"cmc"``; ``kL, kC, kH`` for ``"cie94"`` and ``"cie2000"``; ``kCH, kE`` for ``"din99"``;
+    ``gL, gC, gH`` for ``"din6175"``.
+
+Returns
+-------
+numpy.ndarray, shape (...) or (..., 7) with ``components``; float for a single pair
+    NaN where a colour is unset.
+)");
+  module.def("nearest", &Nearest, py::arg("samples"), py::arg("standards"), py::arg("count") = 10, py::kw_only(),
+             py::arg("system") = "cie2000", py::arg("illuminant") = "D65", py::arg("observer") = 10,
+             py::arg("space") = py::none(), py::arg("angle") = 45.0, py::arg("threads") = 1,
+             R"(The nearest standards of each sample, exactly.
+
+Parameters
+----------
+samples, standards : array_like, shape (..., 40), (..., 3) or (..., 5)
+    Both curves, or both colours as :func:`delta` takes them.
+count : int
+    How many to find for each sample.
+illuminant : str, int, Illuminant, or a sequence of them
+    With several, which need curves, a standard is as far away as under the worst of them, so that a metamer is not taken
+    for a match.
+system, space, angle, **parameters
+    As for :func:`delta`.
+
+Returns
+-------
+index : numpy.ndarray of int64, shape (..., count)
+    Positions among the standards, nearest first; -1 where there are fewer.
+distance : numpy.ndarray, shape (..., count)
+)");
+}
+
+}  // namespace vrx::python

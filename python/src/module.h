@@ -1,0 +1,20 @@
+// The parts of the module, each of which defines its functions.
+
+#ifndef PYTHON_SRC_MODULE_H_
+#define PYTHON_SRC_MODULE_H_
+
+#include <pybind11/pybind11.h>
+
+namespace vrx::python {
+
+void DefineNames(pybind11::module_& module);
+void DefineColor(pybind11::module_& module);
+void DefineAppearance(pybind11::module_& module);
+void DefineDifference(pybind11::module_& module);
+void DefineJudgement(pybind11::module_& module);
+void DefineColorant(pybind11::module_& module);
+void DefineReading(pybind11::module_& module);
+
+}  // namespace vrx::python
+
+#endif  // PYTHON_SRC_MODULE_H_

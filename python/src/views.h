@@ -1,0 +1,44 @@
+// Rows of Python arrays as the views of the batch functions.
+
+#ifndef PYTHON_SRC_VIEWS_H_
+#define PYTHON_SRC_VIEWS_H_
+
+#include <cstddef>
+#include <span>
+
+#include <vrxmath/batch/batch_view.h>
+#include <vrxmath/batch/tristimulus_batch.h>
+
+#include "python/src/arrays.h"
+
+namespace vrx::python {
+
+inline constexpr std::size_t kSamples = 40;  ///< of a curve
+
+/// `count` rows of an argument of doubles from `from` on.
+template <std::size_t kWidth>
+BatchView<const double, kWidth> ViewOf(const Rows& rows, std::size_t from, std::size_t count) {
+  return {std::span(rows.Doubles() + from * rows.stride, (count - 1) * rows.stride + kWidth), rows.stride};
+}
+
+/// The same rows of a contiguous result.
+template <std::size_t kWidth>
+BatchView<double, kWidth> TargetOf(double* data, std::size_t from, std::size_t count) {
+  return {std::span(data + from * kWidth, count * kWidth)};
+}
+
+/// Curves of either precision to the tristimulus values of all illuminants.
+template <class ILLUMINANTS, class VIEWS>
+void TristimulusOf(const Rows& curves, const ILLUMINANTS& illuminants, std::int32_t observer, const VIEWS& xyz,
+                   std::size_t from, std::size_t count) {
+  const std::size_t begin = from * curves.stride, length = (count - 1) * curves.stride + kSamples;
+  if (curves.isFloat) {
+    TristimulusBatch(illuminants, observer, CurveBatch32{std::span(curves.Floats() + begin, length), curves.stride}, xyz);
+  } else {
+    TristimulusBatch(illuminants, observer, CurveBatch{std::span(curves.Doubles() + begin, length), curves.stride}, xyz);
+  }
+}
+
+}  // namespace vrx::python
+
+#endif  // PYTHON_SRC_VIEWS_H_

@@ -1,0 +1,16 @@
+#!/bin/sh
+# check_install.sh PYTHON SOURCE_DIR WORK_DIR
+#
+# Installs the package from the source tree into a new virtual environment that sees the system's packages, without a
+# network, and runs the example with it.
+set -eu
+python=$1 source=$2 work=$3
+rm -rf "$work/venv" "$work/pictures"
+"$python" -m venv --system-site-packages "$work/venv"
+PIP_NO_INDEX=1 "$work/venv/bin/pip" install --quiet --config-settings build-dir="$work/build" "$source/python"
+cd "$work"
+"$work/venv/bin/python" "$source/examples/judge_chart.py" "$work/pictures" > "$work/judge_chart.txt"
+tail -n 1 "$work/judge_chart.txt"
+for picture in judgement swatches; do
+  [ "$(head -c 4 "$work/pictures/$picture.png" | tail -c 3)" = PNG ]
+done

@@ -1,0 +1,87 @@
+"""The results are those of the command-line tool, to the last bit: its csv output has every digit."""
+
+import numpy as np
+import pytest
+
+import vrxmath as vrx
+
+
+def columns(rows, names):
+    return np.array([[float(row[name]) if row[name] else np.nan for name in names] for row in rows])
+
+
+def test_colors(curves, curve_file, vrx_tool):
+    rows = vrx_tool("color", curve_file, "--illuminants", "D65,A,CWF", "--observer", "2")
+    lamps = ["D65", "A", "CWF"]
+    xyz = vrx.tristimulus(curves, lamps, 2)
+    assert np.array_equal(columns(rows, "XYZ").reshape(60, 3, 3), xyz)
+    for i, lamp in enumerate(lamps):
+        own = rows[i::3]
+        assert np.array_equal(columns(own, ["L", "a", "b", "C", "h"]), vrx.lab(xyz[:, i], lamp, 2, polar=True))
+        assert np.array_equal(columns(own, ["Lu", "u", "v", "Cuv", "huv"]), vrx.luv(xyz[:, i], lamp, 2, polar=True))
+        assert np.array_equal(columns(own, ["LH", "aH", "bH"]), vrx.hunter(xyz[:, i], lamp, 2))
+
+
+@pytest.mark.parametrize("system, parameters", [
+    ("lab", {}), ("cmc", {"l": 1.5, "c": 1.2}), ("hunter", {}), ("fmc2", {}), ("cie94", {"kL": 2}), ("lch", {}),
+    ("luv", {}), ("xyz", {}), ("gepqs2", {}), ("audi", {}), ("din99", {"kE": 1.1}), ("cie2000", {"kC": 1.3}),
+    ("din6175", {"gL": 1.2})])
+def test_judgements(system, parameters, curves, curve_file, vrx_tool):
+    defaults = vrx.systems()[system]
+    given = {**defaults, **parameters}
+    options = ["--parameters", ",".join(str(value) for value in given.values())] if given else []
+    rows = vrx_tool("judge", curve_file, curve_file, "--standard-id", "C3", "--illuminants", "D65,A", "--system", system,
+                    "--tolerance", "12", *options)
+    judged = vrx.judge(curves[3], curves, ["D65", "A"], system=system, tolerance=12, threads=2, **parameters)
+    elements = [f"e{k}" for k in range(7)]
+    assert np.array_equal(columns(rows, elements).reshape(60, 2, 7), judged.differences, equal_nan=True)
+    assert np.array_equal(columns(rows, ["verdict"]).reshape(60, 2), judged.verdicts)
+    words = [", ".join(row[f"word{k}"] for k in range(3) if row[f"word{k}"].strip()) for row in rows]
+    assert words == list(judged.words.ravel())
+    assert set(np.unique(judged.overall)) <= {0, 1, 2} and len(judged) == 60
+
+
+def test_pairs_and_totals(curves):
+    lab = vrx.lab(vrx.tristimulus(curves, "D65"), "D65")
+    full = vrx.delta(lab, lab[::-1], "cmc", components=True, l=2, c=1)
+    one_sample = vrx.delta(lab, lab[0], "cmc", components=True, l=2, c=1)
+    assert np.array_equal(one_sample[:, 6], [vrx.delta(standard, lab[0], "cmc", l=2, c=1) for standard in lab])
+    assert np.array_equal(full[:, 6], vrx.delta(lab, lab[::-1], "cmc", l=2, c=1, threads=2))
+    xyz = vrx.tristimulus(curves, "A", 2)
+    by_xyz = vrx.delta(xyz[0], xyz, "luv", space="xyz", illuminant="A", observer=2)
+    assert np.array_equal(by_xyz, vrx.delta(vrx.luv(xyz[0], "A", 2), vrx.luv(xyz, "A", 2), "luv"))
+    # Sharma, Wu and Dalal (2005), pairs 1, 7 and 25.
+    for first, second, expected in (((50, 2.6772, -79.7751), (50, 0, -82.7485), 2.0425),
+                                    ((50, 0, 0), (50, -1, 2), 2.3669),
+                                    ((60.2574, -34.0099, 36.2677), (60.4626, -34.1751, 39.4387), 1.2644)):
+        assert round(vrx.delta(first, second), 4) == expected
+
+
+def test_indices_and_strength(curves, curve_file, vrx_tool):
+    rows = vrx_tool("index", curve_file, "--illuminants", "D65")
+    xyz = vrx.tristimulus(curves, "D65")
+    for form, recalculated in (("direct", False), ("recalculated", True)):
+        for name, values in vrx.indices(xyz, "D65", recalculated=recalculated).items():
+            own = [row for row in rows if row["form"] == form and row["index"].removesuffix(" (Recalc)") == name]
+            assert np.array_equal(columns(own, ["value"])[:, 0], values, equal_nan=True), (form, name)
+    rows = vrx_tool("strength", curve_file, curve_file, "--standard-id", "C3", "--specular", "none")
+    assert np.array_equal(columns(rows, ["ks"])[:, 0], vrx.strength(curves[3], curves, specular="none"))
+
+
+def test_nearest(curves, rng=np.random.default_rng(4)):
+    library = curves[rng.permutation(60)]
+    index, distance = vrx.nearest(curves[:5], library, 3, illuminant=["D65", "A"], system="cmc")
+    for i in range(5):
+        worst = np.max([vrx.delta(vrx.lab(vrx.tristimulus(library, lamp), lamp), vrx.lab(vrx.tristimulus(curves[i], lamp), lamp),
+                                  "cmc") for lamp in ("D65", "A")], axis=0)
+        assert list(index[i]) == list(np.argsort(worst, kind="stable")[:3])
+        assert np.array_equal(distance[i], np.sort(worst)[:3])
+
+
+def test_measured_lamp(curves):
+    lamp = vrx.Illuminant("FLAT", np.arange(380, 785, 5), np.ones(81), interpolation="linear")
+    assert vrx.Illuminant("FLAT", np.arange(380, 785, 5), np.ones(81), interpolation="linear").name == "FLAT"
+    assert np.array_equal(vrx.tristimulus(curves, lamp), vrx.tristimulus(curves, "FLAT"))
+    assert abs(vrx.white_point(lamp, 2)[1] - 100) < 1e-9
+    with pytest.raises(ValueError, match="another spectral power"):
+        vrx.Illuminant("FLAT", np.arange(380, 785, 5), np.full(81, 2.0))

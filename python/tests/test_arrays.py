@@ -1,0 +1,74 @@
+"""Arrays at the border: shapes, strides, precision, targets, refusals."""
+
+import numpy as np
+import pytest
+
+import vrxmath as vrx
+
+
+def test_any_leading_axes_and_strides(curves):
+    expected = vrx.tristimulus(curves)
+    wide = np.full((60, 3, 45), 7.0)
+    wide[:, 1, 2:42] = curves
+    cases = {
+        "n-d": (curves.reshape(3, 4, 5, 40), expected.reshape(3, 4, 5, 3)),
+        "one": (curves[7], expected[7]),
+        "strided": (wide[:, 1, 2:42], expected),
+        "every other": (curves[::2], expected[::2]),
+        "backwards": (curves[::-1], expected[::-1]),
+        "columns": (np.asfortranarray(curves), expected),
+        "list": (curves.tolist(), expected),
+        "none": (curves[:0], expected[:0]),
+        "record": (vrx.Curve(curves[7]), expected[7]),
+    }
+    for name, (given, wanted) in cases.items():
+        for threads in (1, 3, 0):
+            got = vrx.tristimulus(given, threads=threads)
+            assert got.shape == wanted.shape and np.array_equal(got, wanted), name
+
+
+def test_single_precision_is_widened(curves):
+    assert np.array_equal(vrx.tristimulus(curves.astype("f4")), vrx.tristimulus(curves.astype("f4").astype("f8")))
+
+
+def test_targets(curves):
+    out = np.empty((60, 3))
+    assert vrx.tristimulus(curves, out=out) is not None and np.array_equal(out, vrx.tristimulus(curves))
+    lab = vrx.lab(out)
+    vrx.lab(out, out=out)
+    assert np.array_equal(out, lab)
+    for bad in (np.empty((60, 4)), np.empty((60, 3), "f4"), np.empty((3, 60)).T):
+        with pytest.raises(ValueError, match="out"):
+            vrx.tristimulus(curves, out=bad)
+    backing = np.zeros(60 * 40)
+    with pytest.raises(ValueError, match="lies over"):
+        vrx.tristimulus(backing.reshape(60, 40), out=backing[: 60 * 3].reshape(60, 3))
+
+
+def test_unset_is_nan():
+    unset = np.full(40, 1e-5)
+    assert np.isnan(vrx.tristimulus(unset)).all()
+    judged = vrx.judge(np.full(40, 50.0), [unset, np.full(40, np.nan)], "D65", tolerance=1)
+    assert np.isnan(judged.totals).all() and (judged.overall == vrx.FAIL).all()
+    assert np.isnan(vrx.delta((np.nan,) * 3, (50, 0, 0)))
+
+
+@pytest.mark.parametrize("call, error, words", [
+    (lambda: vrx.tristimulus(np.zeros((2, 39))), ValueError, ["curves", "(..., 40)", "(2, 39)"]),
+    (lambda: vrx.tristimulus("text"), TypeError, ["curves"]),
+    (lambda: vrx.tristimulus(np.zeros(40), "D66"), ValueError, ["illuminant", "D66"]),
+    (lambda: vrx.tristimulus(np.zeros(40), "D65", 5), ValueError, ["observer", "5"]),
+    (lambda: vrx.tristimulus(np.zeros(40), threads=-1), ValueError, ["threads"]),
+    (lambda: vrx.delta(np.zeros((3, 3)), np.zeros((2, 3))), ValueError, ["standard", "sample", "(3,)", "(2,)"]),
+    (lambda: vrx.delta((0, 0, 0), (0, 0, 0), "cie1994"), ValueError, ["system", "cie1994"]),
+    (lambda: vrx.delta((0, 0, 0), (0, 0, 0), "cmc", kL=2), TypeError, ["kL", "l, c"]),
+    (lambda: vrx.delta((0, 0, 0), (0, 0, 0), "fmc2", space="lab"), ValueError, ["space"]),
+    (lambda: vrx.judge(np.zeros(40), np.zeros((2, 40)), system="fmc2"), ValueError, ["tolerance"]),
+    (lambda: vrx.nearest(np.zeros((2, 3)), np.zeros((2, 3)), illuminant=["D65", "A"]), ValueError, ["illuminant"]),
+    (lambda: vrx.strength(np.zeros(40), np.zeros(40), band=(700, 400)), ValueError, ["band"]),
+    (lambda: vrx.Curve(np.zeros(39)), ValueError, ["(40,)"]),
+])
+def test_refusals_name_the_argument(call, error, words):
+    with pytest.raises(error) as refused:
+        call()
+    assert all(word in str(refused.value) for word in words), str(refused.value)

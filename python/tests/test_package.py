@@ -1,0 +1,75 @@
+"""What people look at: records in a notebook, plots, and the partitions of a cluster."""
+
+import html.parser
+
+import numpy as np
+import pytest
+
+import vrxmath as vrx
+
+
+def test_records_show_themselves(curves):
+    standard = vrx.Standard(vrx.Curve(curves[0], "<b>red</b> & co"), vrx.Tolerance(1.5, "cmc", {"l": 2, "c": 1}))
+    shown = standard._repr_html_()
+    html.parser.HTMLParser().feed(shown)
+    assert "<b>red" not in shown and "&lt;b&gt;red&lt;/b&gt; &amp; co" in shown
+    assert shown.count("<svg") == 2 and "cmc (l = 2, c = 1)" in shown
+    assert np.array_equal(standard.judge(curves).verdicts,
+                          vrx.judge(curves[0], curves, system="cmc", l=2, c=1, tolerance=1.5).verdicts)
+
+
+def test_plots_draw_what_they_are_given(curves):
+    pytest.importorskip("matplotlib")
+    from matplotlib import pyplot
+
+    judged = vrx.judge(curves[0], curves[:8], "D65", system="cmc", l=2, c=1, tolerance=30)
+    axes = [vrx.plot.curves(curves[:3], ["a", "b", "c"]), vrx.plot.spectral_difference(curves[0], curves[:3]),
+            vrx.plot.ab_plane(judged.differences[:, 0], judged.verdicts[:, 0], ellipse=(8, 4, 30)),
+            vrx.plot.swatches(curves[0], curves[:8]), vrx.plot.trend(judged.totals[:, 0], 30)]
+    assert [len(ax.lines) for ax in axes[:2]] == [6, 4]
+    drawn = np.concatenate([line.get_xdata() for line in axes[2].lines if line.get_linestyle() == "None"])
+    assert set(judged.differences[:, 0, 1]) <= set(drawn)
+    assert len(axes[3].patches) == 16 and axes[4].lines[0].get_ydata().tolist() == judged.totals[:, 0].tolist()
+    for ax in axes:
+        ax.figure.canvas.draw()
+        pyplot.close(ax.figure)
+
+
+def _die_once(path):
+    """Ends its worker process the first time, as a machine that fails does."""
+    import os
+
+    if not os.path.exists(path):
+        open(path, "w").close()
+        os._exit(3)
+    return path
+
+
+def test_a_cluster_gives_the_bytes_of_one_process(curves, tmp_path):
+    distributed = pytest.importorskip("distributed")
+    import vrxmath.dask
+
+    files = []
+    for i in range(6):
+        files.append(str(tmp_path / f"part-{i}.npy"))
+        np.save(files[-1], curves[10 * i: 10 * i + 10])
+    settings = {"illuminants": ("D65", "A"), "system": "cmc", "tolerance": 8.0}
+    seen = []
+    cluster = distributed.LocalCluster(n_workers=2, threads_per_worker=1, processes=True, dashboard_address=None)
+    with cluster, distributed.Client(cluster) as client:
+        killer = client.submit(_die_once, str(tmp_path / "died"), retries=3)
+        written = vrxmath.dask.judge(str(tmp_path / "part-*.npy"), curves[0], output=tmp_path / "judged", client=client,
+                                     progress=lambda done, total: seen.append((done, total)), **settings)
+        colors = vrxmath.dask.color(files, "D65", output=tmp_path / "colors", client=client)
+        near = vrxmath.dask.nearest(files, curves[:20], 2, output=tmp_path / "near", client=client)
+        assert killer.result() == str(tmp_path / "died")
+    assert seen[-1] == (6, 6)
+    judged = vrx.judge(curves[0], curves, **settings)
+    rows = np.concatenate([np.load(path) for path in written])
+    assert rows["dE_A"].tobytes() == np.ascontiguousarray(judged.totals[:, 1]).tobytes()
+    assert rows["overall"].tobytes() == judged.overall.tobytes()
+    assert np.concatenate([np.load(path) for path in colors])["h"].tobytes() == \
+        np.ascontiguousarray(vrx.lab(vrx.tristimulus(curves), polar=True)[:, 4]).tobytes()
+    assert np.concatenate([np.load(path) for path in near])["index_2"].tolist() == \
+        vrx.nearest(curves, curves[:20], 2)[0][:, 1].tolist()
+    assert not [path for path in (tmp_path / "judged").iterdir() if path.name.startswith(".")]

@@ -1,0 +1,69 @@
+"""Colour science for industrial colour matching and quality control.
+
+Reflectance curves are percent at 360, 370 ... 750 nm, in the last axis of an array; colours are X, Y, Z or L*, a*, b* in
+the last axis. Leading axes are yours. What is unset or cannot be computed is NaN.
+
+>>> import vrxmath as vrx
+>>> curves = [[42.0] * 40, [40.0] * 40]
+>>> xyz = vrx.tristimulus(curves, "D65", 10)
+>>> lab = vrx.lab(xyz, "D65", 10)
+>>> round(vrx.delta(lab[0], lab[1], system="cmc", l=2, c=1), 4)
+0.5431
+"""
+
+from . import plot
+from ._core import (
+    Illuminant,
+    delta,
+    display_rgb,
+    hunter,
+    illuminants,
+    in_gamut,
+    indices,
+    ks,
+    lab,
+    luv,
+    nearest,
+    strength,
+    systems,
+    tristimulus,
+    white_point,
+    xyz_from_hunter,
+    xyz_from_lab,
+    xyz_from_luv,
+)
+from ._judgement import FAIL, PASS, WARNING, Judgement, judge
+from ._reading import Measurements, read
+from ._records import Curve, Standard, Tolerance
+
+__all__ = [
+    "FAIL",
+    "PASS",
+    "WARNING",
+    "Curve",
+    "Illuminant",
+    "Judgement",
+    "Measurements",
+    "Standard",
+    "Tolerance",
+    "delta",
+    "display_rgb",
+    "hunter",
+    "illuminants",
+    "in_gamut",
+    "indices",
+    "judge",
+    "ks",
+    "lab",
+    "luv",
+    "nearest",
+    "plot",
+    "read",
+    "strength",
+    "systems",
+    "tristimulus",
+    "white_point",
+    "xyz_from_hunter",
+    "xyz_from_lab",
+    "xyz_from_luv",
+]

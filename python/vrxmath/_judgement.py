@@ -1,0 +1,123 @@
+"""Judgement of samples against a standard."""
+
+from __future__ import annotations
+
+import dataclasses
+
+import numpy as np
+
+from . import _core
+
+FAIL, WARNING, PASS = 0, 1, 2
+VERDICT_NAMES = ("fail", "warning", "pass")
+
+
+@dataclasses.dataclass(frozen=True)
+class Judgement:
+    """How samples compare with their standard.
+
+    Attributes
+    ----------
+    illuminants : tuple of str
+        The m illuminants, the first being the primary one.
+    differences : numpy.ndarray, shape (n, m, 7)
+        Sample minus standard in the judging system; the last element is the total difference. NaN where unset.
+    verdicts : numpy.ndarray of int8, shape (n, m)
+        0 fail, 1 warning, 2 pass.
+    word_codes : numpy.ndarray of int8, shape (n, m, 3)
+        Shade words on lightness, red-green and yellow-blue by number; `words` has them as text.
+    system : str
+        The difference system.
+    tolerance : float
+        The limit of the total difference.
+    """
+
+    illuminants: tuple
+    differences: np.ndarray
+    verdicts: np.ndarray
+    word_codes: np.ndarray
+    system: str
+    tolerance: float
+
+    @property
+    def overall(self):
+        """The worst verdict of each sample over the illuminants, int8, shape (n,)."""
+        return self.verdicts.min(axis=1)
+
+    @property
+    def totals(self):
+        """The total differences, shape (n, m)."""
+        return self.differences[..., 6]
+
+    @property
+    def words(self):
+        """The shade words as text, such as "Darker, Less Yellow"; object array of shape (n, m)."""
+        texts = _core.shade_texts()
+        codes, inverse = np.unique(self.word_codes.reshape(-1, 3), axis=0, return_inverse=True)
+        phrases = [", ".join(texts[code] for code in row if code != 0) for row in codes]
+        return np.array(phrases or [""], dtype=object)[inverse.reshape(self.verdicts.shape)]
+
+    def frame(self):
+        """A pandas DataFrame with a row a sample: overall, and verdict, dE and words for each illuminant."""
+        import pandas
+
+        words = self.words
+        columns = {"overall": [VERDICT_NAMES[v] for v in self.overall]}
+        for i, name in enumerate(self.illuminants):
+            columns[f"{name} verdict"] = [VERDICT_NAMES[v] for v in self.verdicts[:, i]]
+            columns[f"{name} dE"] = self.totals[:, i]
+            columns[f"{name} words"] = words[:, i]
+        return pandas.DataFrame(columns)
+
+    def __len__(self):
+        return len(self.verdicts)
+
+    def __repr__(self):
+        counts = np.bincount(self.overall, minlength=3)
+        return (f"<Judgement by {self.system}, tolerance {self.tolerance:g}, under {', '.join(self.illuminants)}: "
+                f"{counts[2]} pass, {counts[1]} warning, {counts[0]} fail>")
+
+
+def judge(standard, samples, illuminants=("D65", "A", "CWF"), observer=10, *, system="cie2000", tolerance=None,
+          warning=0.75, threads=1, **parameters):
+    """Judges samples against a standard: fail, warning or pass under each illuminant.
+
+    Parameters
+    ----------
+    standard : array_like, shape (40,)
+        The standard's reflectance curve in percent at 360, 370 ... 750 nm.
+    samples : array_like, shape (n, 40) or (40,)
+        The samples' curves, float64 or float32.
+    illuminants : str or sequence of str or Illuminant
+        The conditions, the primary one first.
+    observer : int
+        2 or 10 degrees.
+    system : str
+        The difference system: ``"lab"``, ``"cmc"``, ``"cie94"``, ``"cie2000"`` ..., see :func:`systems`.
+    tolerance : float or sequence of 7 float
+        What passes: one number limits each of the three components (elements 0 to 2 of a difference) and the total;
+        seven are a box: plus and minus limit of each component, the minus limits as positive numbers, and the limit of
+        the total. May be left out where the system's unit is a colour difference: 1.5 then holds.
+    warning : float
+        A pass needs to lie within the tolerance times this factor; between the two there is a warning.
+    threads : int
+        Cores to use; 0 takes all. The results do not depend on it.
+    **parameters
+        The system's own, such as ``l=2, c=1`` for ``"cmc"``.
+
+    Returns
+    -------
+    Judgement
+
+    Examples
+    --------
+    >>> import vrxmath as vrx
+    >>> judged = vrx.judge([42.0] * 40, [[40.0] * 40], "D65", system="cmc", l=2, c=1, tolerance=2)
+    >>> judged.overall
+    array([2], dtype=int8)
+    """
+    names = [illuminants] if isinstance(illuminants, (str, int, _core.Illuminant)) else list(illuminants)
+    differences, verdicts, words, limit = _core.judge(
+        standard, samples, names, observer, system=system, tolerance=tolerance, warning=warning, threads=threads,
+        **parameters)
+    return Judgement(tuple(_core.illuminant_name(name) for name in names), differences, verdicts, words, system, limit)

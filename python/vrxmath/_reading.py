@@ -1,0 +1,79 @@
+"""Measurement files as arrays."""
+
+from __future__ import annotations
+
+import dataclasses
+import os
+
+import numpy as np
+
+from . import _core
+
+
+@dataclasses.dataclass(frozen=True)
+class Measurements:
+    """What a file of measurements holds.
+
+    Attributes
+    ----------
+    ids, names : list of str
+        Of the n samples; a name is empty where the file has none.
+    curves : numpy.ndarray, shape (n, 40), or None
+        Reflectance in percent at 360, 370 ... 750 nm, brought to that grid as the command-line tool does it.
+    lab, xyz : numpy.ndarray, shape (n, 3), or None
+        Colours that the file gives beside curves or instead of them.
+    geometries : list of str
+        The measuring geometry of each sample, empty where the file says nothing.
+    form : str
+        The form of the file: "csv", "cgats", "cxf" or "json".
+    notes : list of str
+        What was passed over, and why.
+    """
+
+    ids: list
+    names: list
+    curves: np.ndarray | None
+    lab: np.ndarray | None
+    xyz: np.ndarray | None
+    geometries: list
+    form: str
+    notes: list
+
+    def __len__(self):
+        return len(self.ids)
+
+    @property
+    def frame(self):
+        """A pandas DataFrame with a row a sample: name, geometry, colours, and a column for each wavelength."""
+        import pandas
+
+        columns = {"name": self.names, "geometry": self.geometries}
+        for heads, values in ((("X", "Y", "Z"), self.xyz), (("L*", "a*", "b*"), self.lab)):
+            if values is not None:
+                columns.update(zip(heads, values.T))
+        if self.curves is not None:
+            columns.update(zip(range(360, 760, 10), self.curves.T))
+        return pandas.DataFrame(columns, index=pandas.Index(self.ids, name="id"))
+
+
+def read(path, *, form=None, fraction=False):
+    """Reads a file of measurements: CSV, CGATS, CxF or JSON, told apart by what stands in it.
+
+    Parameters
+    ----------
+    path : str or os.PathLike
+    form : str, optional
+        The form, where it should not be told from the content.
+    fraction : bool
+        Reflectance in a CSV file is 0 to 1 instead of percent.
+
+    Returns
+    -------
+    Measurements
+
+    Raises
+    ------
+    ValueError
+        With file, line, column and reason, for a file that cannot be used.
+    """
+    return Measurements(**_core.read(os.fspath(path), form or "", fraction))
