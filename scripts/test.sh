@@ -20,7 +20,7 @@ stage() {
 }
 
 check_format() {
-  find vrxmath vrxio c_api tools tests fuzz bench cmake \( -name '*.h' -o -name '*.cpp' \) -print0 |
+  find vrxmath vrxio c_api tools tests fuzz bench cmake python \( -name '*.h' -o -name '*.cpp' \) -print0 |
     xargs -0 clang-format --dry-run -Werror
 }
 

@@ -28,7 +28,8 @@ struct DisplayColors {
   py::array_t<bool> inGamut;
 };
 
-DisplayColors DisplayColorsOf(const py::object& xyz, const py::object& illuminant, int observer, int threads) {
+DisplayColors DisplayColorsOf(const py::object& xyz, const py::object& illuminant, int observer,
+                              int threads) {
   const Rows rows = RowsOf(xyz, "xyz", 3);
   const vrxIlluminant number = IlluminantOf(illuminant);
   const std::int32_t code = ObserverOf(observer);
@@ -37,12 +38,14 @@ DisplayColors DisplayColorsOf(const py::object& xyz, const py::object& illuminan
   auto* shown = reinterpret_cast<std::uint8_t*>(colors.inGamut.mutable_data());
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
     DisplayColorBatch(number, code, ViewOf<3>(rows, from, count),
-                      BatchView<std::uint8_t, 3>(std::span(rgb + 3 * from, 3 * count)), std::span(shown + from, count));
+                      BatchView<std::uint8_t, 3>(std::span(rgb + 3 * from, 3 * count)),
+                      std::span(shown + from, count));
   });
   return colors;
 }
 
-py::dict Indices(const py::object& xyz, const py::object& illuminant, int observer, bool recalculated, int threads) {
+py::dict Indices(const py::object& xyz, const py::object& illuminant, int observer, bool recalculated,
+                 int threads) {
   const Rows rows = RowsOf(xyz, "xyz", 3);
   const vrxIlluminant number = IlluminantOf(illuminant);
   const std::int32_t code = ObserverOf(observer);
@@ -70,7 +73,8 @@ void DefineAppearance(py::module_& module) {
       [](const py::object& xyz, const py::object& illuminant, int observer, int threads) {
         return DisplayColorsOf(xyz, illuminant, observer, threads).rgb;
       },
-      py::arg("xyz"), py::arg("illuminant") = "D65", py::arg("observer") = 10, py::kw_only(), py::arg("threads") = 1,
+      py::arg("xyz"), py::arg("illuminant") = "D65", py::arg("observer") = 10, py::kw_only(),
+      py::arg("threads") = 1,
       R"(Display colours (IEC 61966-2-1), the white of the illuminant being the white of the screen.
 
 Parameters
@@ -90,7 +94,8 @@ numpy.ndarray of uint8, shape (..., 3)
         if (colors.inGamut.ndim() == 0) return py::bool_(*colors.inGamut.data());
         return colors.inGamut;
       },
-      py::arg("xyz"), py::arg("illuminant") = "D65", py::arg("observer") = 10, py::kw_only(), py::arg("threads") = 1,
+      py::arg("xyz"), py::arg("illuminant") = "D65", py::arg("observer") = 10, py::kw_only(),
+      py::arg("threads") = 1,
       R"(Whether a display can show the colours: no channel is clipped by more than half a step.
 
 Parameters as for :func:`display_rgb`.
@@ -99,8 +104,8 @@ Returns
 -------
 bool, or numpy.ndarray of bool, shape (...)
 )");
-  module.def("indices", &Indices, py::arg("xyz"), py::arg("illuminant") = "D65", py::arg("observer") = 10, py::kw_only(),
-             py::arg("recalculated") = false, py::arg("threads") = 1,
+  module.def("indices", &Indices, py::arg("xyz"), py::arg("illuminant") = "D65", py::arg("observer") = 10,
+             py::kw_only(), py::arg("recalculated") = false, py::arg("threads") = 1,
              R"(Whiteness, tint and yellowness indices.
 
 Parameters

@@ -30,13 +30,15 @@ bool LeadStride(const py::array& array, py::ssize_t& stride) {
 bool UsableInPlace(const py::array& array, py::ssize_t& stride) {
   const py::ssize_t last = array.ndim() - 1;
   const bool contiguous = array.shape(last) <= 1 || array.strides(last) == array.itemsize();
-  const bool aligned = reinterpret_cast<std::uintptr_t>(array.data()) % static_cast<std::uintptr_t>(array.itemsize()) == 0;
+  const bool aligned =
+      reinterpret_cast<std::uintptr_t>(array.data()) % static_cast<std::uintptr_t>(array.itemsize()) == 0;
   return contiguous && aligned && LeadStride(array, stride);
 }
 
 // The argument as an array of float64, or of float32 where it is one and `floats` allows it.
 py::array NumbersOf(const py::handle& argument, const char* name, bool floats) {
-  if (floats && py::isinstance<py::array_t<float>>(argument)) return py::reinterpret_borrow<py::array>(argument);
+  if (floats && py::isinstance<py::array_t<float>>(argument))
+    return py::reinterpret_borrow<py::array>(argument);
   if (py::isinstance<py::array_t<double>>(argument)) return py::reinterpret_borrow<py::array>(argument);
   py::array numbers = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(argument);
   if (!numbers) {
@@ -61,14 +63,15 @@ std::string ShapeText(const std::vector<py::ssize_t>& shape) {
   return text + (shape.size() == 1 ? ",)" : ")");
 }
 
-Rows RowsOf(const py::handle& argument, const char* name, std::size_t width, bool floats, std::size_t otherWidth) {
+Rows RowsOf(const py::handle& argument, const char* name, std::size_t width, bool floats,
+            std::size_t otherWidth) {
   Rows rows;
   rows.array = NumbersOf(argument, name, floats);
   const std::vector<py::ssize_t> shape = ShapeOf(rows.array);
   const auto last = shape.empty() ? 0 : static_cast<std::size_t>(shape.back());
   if (shape.empty() || (last != width && (otherWidth == 0 || last != otherWidth))) {
-    throw py::value_error(std::string(name) + ": expected shape " + ExpectedShape(width, otherWidth) + ", got " +
-                          ShapeText(shape));
+    throw py::value_error(std::string(name) + ": expected shape " + ExpectedShape(width, otherWidth) +
+                          ", got " + ShapeText(shape));
   }
   rows.isFloat = rows.array.itemsize() == sizeof(float);
   py::ssize_t stride = 0;
@@ -78,8 +81,9 @@ Rows RowsOf(const py::handle& argument, const char* name, std::size_t width, boo
     stride = static_cast<py::ssize_t>(last * sizeof(double));
   }
   rows.lead.assign(shape.begin(), shape.end() - 1);
-  rows.count = std::accumulate(rows.lead.begin(), rows.lead.end(), std::size_t{1},
-                               [](std::size_t product, py::ssize_t n) { return product * static_cast<std::size_t>(n); });
+  rows.count = std::accumulate(
+      rows.lead.begin(), rows.lead.end(), std::size_t{1},
+      [](std::size_t product, py::ssize_t n) { return product * static_cast<std::size_t>(n); });
   rows.width = last;
   rows.stride = static_cast<std::size_t>(stride / rows.array.itemsize());
   return rows;
@@ -117,11 +121,12 @@ bool Overlap(const py::array& a, const py::array& b) {
   return beginA < endB && beginB < endA;
 }
 
-const std::vector<py::ssize_t>& CommonLead(const Rows& a, const char* nameA, const Rows& b, const char* nameB) {
+const std::vector<py::ssize_t>& CommonLead(const Rows& a, const char* nameA, const Rows& b,
+                                           const char* nameB) {
   if (a.lead == b.lead || b.lead.empty()) return a.lead;
   if (a.lead.empty()) return b.lead;
-  throw py::value_error(std::string(nameA) + " and " + nameB + ": leading axes " + ShapeText(a.lead) + " and " +
-                        ShapeText(b.lead) + " differ; equal ones are expected, or a single row");
+  throw py::value_error(std::string(nameA) + " and " + nameB + ": leading axes " + ShapeText(a.lead) +
+                        " and " + ShapeText(b.lead) + " differ; equal ones are expected, or a single row");
 }
 
 }  // namespace vrx::python

@@ -44,7 +44,8 @@ bool Overlap(const py::array& a, const py::array& b);
 
 /// The leading axes that two arguments have in common: equal ones, or those of the other when one is a single row. Throws
 /// ValueError, which names both arguments.
-const std::vector<py::ssize_t>& CommonLead(const Rows& a, const char* nameA, const Rows& b, const char* nameB);
+const std::vector<py::ssize_t>& CommonLead(const Rows& a, const char* nameA, const Rows& b,
+                                           const char* nameB);
 
 /// "(..., 40)" or "(3, 5)": a shape as messages show it.
 std::string ShapeText(const std::vector<py::ssize_t>& shape);

@@ -28,14 +28,15 @@ void InBlocks(std::size_t rows, int threads, const WORK& work) {
   std::mutex guard;
   {
     const py::gil_scoped_release unlocked;
-    ForEachBlock({static_cast<unsigned>(threads), {}}, rows, kBlockRows, [&](std::size_t from, std::size_t count) {
-      try {
-        work(from, count);
-      } catch (...) {
-        const std::scoped_lock lock(guard);
-        if (!failure) failure = std::current_exception();
-      }
-    });
+    ForEachBlock({static_cast<unsigned>(threads), {}}, rows, kBlockRows,
+                 [&](std::size_t from, std::size_t count) {
+                   try {
+                     work(from, count);
+                   } catch (...) {
+                     const std::scoped_lock lock(guard);
+                     if (!failure) failure = std::current_exception();
+                   }
+                 });
   }
   if (failure) std::rethrow_exception(failure);
 }

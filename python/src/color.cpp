@@ -30,8 +30,8 @@ void FillTristimulus(const Rows& curves, std::span<const vrxIlluminant> illumina
   UnsetToNan(target + from * width, count * width);
 }
 
-py::array Tristimulus(const py::object& curves, const py::object& illuminant, int observer, const py::object& out,
-                      int threads) {
+py::array Tristimulus(const py::object& curves, const py::object& illuminant, int observer,
+                      const py::object& out, int threads) {
   const Rows rows = RowsOf(curves, "curves", kSamples, true);
   bool single = false;
   const std::vector<vrxIlluminant> illuminants = IlluminantsOf(illuminant, single);
@@ -55,15 +55,17 @@ py::array WhitePointOf(const py::object& illuminant, int observer) {
 }
 
 // Conversions between spaces of three numbers.
-using Conversion = bool (*)(vrxIlluminant, std::int32_t, const Views3&, const BatchView<double, 3>&, const BatchRun&);
+using Conversion = bool (*)(vrxIlluminant, std::int32_t, const Views3&, const BatchView<double, 3>&,
+                            const BatchRun&);
 
 template <class WORK>
-py::array Converted(const py::object& colors, const char* name, py::ssize_t width, const py::object& out, int threads,
-                    const WORK& work) {
+py::array Converted(const py::object& colors, const char* name, py::ssize_t width, const py::object& out,
+                    int threads, const WORK& work) {
   const Rows rows = RowsOf(colors, name, 3);
   py::array_t<double> result = ResultArray(rows.lead, {width}, out);
   const bool inPlace = result.data() == rows.array.data() && width == 3 && rows.stride == 3;
-  if (!inPlace && Overlap(result, rows.array)) throw py::value_error(std::string("out: it lies over ") + name);
+  if (!inPlace && Overlap(result, rows.array))
+    throw py::value_error(std::string("out: it lies over ") + name);
   double* target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
     work(rows, target, from, count);
@@ -72,39 +74,46 @@ py::array Converted(const py::object& colors, const char* name, py::ssize_t widt
   return result;
 }
 
-py::array Convert(Conversion convert, const py::object& colors, const char* name, const py::object& illuminant,
-                  int observer, const py::object& out, int threads) {
+py::array Convert(Conversion convert, const py::object& colors, const char* name,
+                  const py::object& illuminant, int observer, const py::object& out, int threads) {
   const vrxIlluminant number = IlluminantOf(illuminant);
   const std::int32_t code = ObserverOf(observer);
   return Converted(colors, name, 3, out, threads,
                    [&](const Rows& rows, double* target, std::size_t from, std::size_t count) {
-                     convert(number, code, ViewOf<3>(rows, from, count), TargetOf<3>(target, from, count), {});
+                     convert(number, code, ViewOf<3>(rows, from, count), TargetOf<3>(target, from, count),
+                             {});
                    });
 }
 
 // Coordinates with chroma and hue behind them.
-using PolarConversion = bool (*)(vrxIlluminant, std::int32_t, const Views3&, const BatchView<double, 5>&, const BatchRun&);
+using PolarConversion = bool (*)(vrxIlluminant, std::int32_t, const Views3&, const BatchView<double, 5>&,
+                                 const BatchRun&);
 
-py::array ConvertPolar(PolarConversion convert, const py::object& xyz, const py::object& illuminant, int observer,
-                       const py::object& out, int threads) {
+py::array ConvertPolar(PolarConversion convert, const py::object& xyz, const py::object& illuminant,
+                       int observer, const py::object& out, int threads) {
   const vrxIlluminant number = IlluminantOf(illuminant);
   const std::int32_t code = ObserverOf(observer);
   return Converted(xyz, "xyz", 5, out, threads,
                    [&](const Rows& rows, double* target, std::size_t from, std::size_t count) {
-                     convert(number, code, ViewOf<3>(rows, from, count), TargetOf<5>(target, from, count), {});
+                     convert(number, code, ViewOf<3>(rows, from, count), TargetOf<5>(target, from, count),
+                             {});
                    });
 }
 
-void DefineFrom(py::module_& module, Conversion convert, const char* name, const char* argument, const char* doc) {
+void DefineFrom(py::module_& module, Conversion convert, const char* name, const char* argument,
+                const char* doc) {
   module.def(
       name,
-      [convert, argument](const py::object& colors, const py::object& illuminant, int observer, const py::object& out,
-                          int threads) { return Convert(convert, colors, argument, illuminant, observer, out, threads); },
+      [convert, argument](const py::object& colors, const py::object& illuminant, int observer,
+                          const py::object& out, int threads) {
+        return Convert(convert, colors, argument, illuminant, observer, out, threads);
+      },
       py::arg(argument), py::arg("illuminant") = "D65", py::arg("observer") = 10, py::kw_only(),
       py::arg("out") = py::none(), py::arg("threads") = 1, doc);
 }
 
-void DefineTo(py::module_& module, Conversion convert, PolarConversion convertPolar, const char* name, const char* doc) {
+void DefineTo(py::module_& module, Conversion convert, PolarConversion convertPolar, const char* name,
+              const char* doc) {
   module.def(
       name,
       [convert, convertPolar](const py::object& xyz, const py::object& illuminant, int observer, bool polar,
@@ -112,15 +121,15 @@ void DefineTo(py::module_& module, Conversion convert, PolarConversion convertPo
         if (polar) return ConvertPolar(convertPolar, xyz, illuminant, observer, out, threads);
         return Convert(convert, xyz, "xyz", illuminant, observer, out, threads);
       },
-      py::arg("xyz"), py::arg("illuminant") = "D65", py::arg("observer") = 10, py::kw_only(), py::arg("polar") = false,
-      py::arg("out") = py::none(), py::arg("threads") = 1, doc);
+      py::arg("xyz"), py::arg("illuminant") = "D65", py::arg("observer") = 10, py::kw_only(),
+      py::arg("polar") = false, py::arg("out") = py::none(), py::arg("threads") = 1, doc);
 }
 
 }  // namespace
 
 void DefineColor(py::module_& module) {
-  module.def("tristimulus", &Tristimulus, py::arg("curves"), py::arg("illuminant") = "D65", py::arg("observer") = 10,
-             py::kw_only(), py::arg("out") = py::none(), py::arg("threads") = 1,
+  module.def("tristimulus", &Tristimulus, py::arg("curves"), py::arg("illuminant") = "D65",
+             py::arg("observer") = 10, py::kw_only(), py::arg("out") = py::none(), py::arg("threads") = 1,
              R"(Tristimulus values of reflectance curves (ASTM E308).
 
 Parameters
@@ -189,7 +198,8 @@ Returns
 -------
 numpy.ndarray, shape (..., 3)
 )");
-  DefineFrom(module, LuvToXyzBatch, "xyz_from_luv", "luv", R"(Tristimulus values of CIE L*u*v*; NaN for L* = 0.
+  DefineFrom(module, LuvToXyzBatch, "xyz_from_luv", "luv",
+             R"(Tristimulus values of CIE L*u*v*; NaN for L* = 0.
 
 Parameters and result as for :func:`xyz_from_lab`.
 )");

@@ -32,8 +32,8 @@ std::pair<std::int32_t, std::int32_t> BandOf(std::pair<double, double> nm) {
           static_cast<std::int32_t>(std::floor((last - 360.0) / 10.0))};
 }
 
-StrengthSumSettings StrengthSettingsOf(bool absorbance, std::pair<double, double> band, const std::string& specular,
-                                       double k1, double k2) {
+StrengthSumSettings StrengthSettingsOf(bool absorbance, std::pair<double, double> band,
+                                       const std::string& specular, double k1, double k2) {
   const auto [first, last] = BandOf(band);
   return {absorbance, first, last, k1, k2, ModeOf(specular)};
 }
@@ -42,26 +42,28 @@ CurveBatch CurvesOf(const Rows& rows, std::size_t from, std::size_t count) {
   return {std::span(rows.Doubles() + from * rows.stride, (count - 1) * rows.stride + kSamples), rows.stride};
 }
 
-py::object Strength(const py::object& standard, const py::object& batch, bool absorbance, std::pair<double, double> band,
-                    const std::string& specular, double k1, double k2, int threads) {
+py::object Strength(const py::object& standard, const py::object& batch, bool absorbance,
+                    std::pair<double, double> band, const std::string& specular, double k1, double k2,
+                    int threads) {
   const StrengthSumSettings settings = StrengthSettingsOf(absorbance, band, specular, k1, k2);
   const Rows standards = RowsOf(standard, "standard", kSamples), batches = RowsOf(batch, "batch", kSamples);
   const std::vector<py::ssize_t> lead = CommonLead(standards, "standard", batches, "batch");
   py::array_t<double> result(lead);
   double* target = result.mutable_data();
-  InBlocks(standards.lead.empty() ? batches.count : standards.count, threads, [&](std::size_t from, std::size_t count) {
-    const auto sums = [&](const Rows& rows) {
-      const bool one = rows.lead.empty();
-      std::vector<double> values(one ? 1 : count);
-      StrengthSumBatch(settings, CurvesOf(rows, one ? 0 : from, values.size()), values);
-      return values;
-    };
-    const std::vector<double> s = sums(standards), b = sums(batches);
-    for (std::size_t i = 0; i < count; ++i) {
-      const double percent = 100.0 * (b[b.size() == 1 ? 0 : i] / s[s.size() == 1 ? 0 : i]);
-      target[from + i] = !(percent <= 999.99) ? 999.99 : percent < 0.01 ? 0.01 : percent;
-    }
-  });
+  InBlocks(standards.lead.empty() ? batches.count : standards.count, threads,
+           [&](std::size_t from, std::size_t count) {
+             const auto sums = [&](const Rows& rows) {
+               const bool one = rows.lead.empty();
+               std::vector<double> values(one ? 1 : count);
+               StrengthSumBatch(settings, CurvesOf(rows, one ? 0 : from, values.size()), values);
+               return values;
+             };
+             const std::vector<double> s = sums(standards), b = sums(batches);
+             for (std::size_t i = 0; i < count; ++i) {
+               const double percent = 100.0 * (b[b.size() == 1 ? 0 : i] / s[s.size() == 1 ? 0 : i]);
+               target[from + i] = !(percent <= 999.99) ? 999.99 : percent < 0.01 ? 0.01 : percent;
+             }
+           });
   if (lead.empty()) return py::float_(target[0]);
   return result;
 }
@@ -88,9 +90,10 @@ py::array Ks(const py::object& curves, const std::string& specular, double k1, d
 }  // namespace
 
 void DefineColorant(py::module_& module) {
-  module.def("strength", &Strength, py::arg("standard"), py::arg("batch"), py::kw_only(), py::arg("absorbance") = false,
-             py::arg("band") = std::pair(400.0, 700.0), py::arg("specular") = "included", py::arg("k1") = 0.04,
-             py::arg("k2") = 0.6, py::arg("threads") = 1,
+  module.def("strength", &Strength, py::arg("standard"), py::arg("batch"), py::kw_only(),
+             py::arg("absorbance") = false, py::arg("band") = std::pair(400.0, 700.0),
+             py::arg("specular") = "included", py::arg("k1") = 0.04, py::arg("k2") = 0.6,
+             py::arg("threads") = 1,
              R"(Strength of batches of a colorant against a standard, in percent: the sum of K/S over a band.
 
 Parameters
@@ -112,9 +115,10 @@ Returns
 numpy.ndarray, shape (...); float for one pair
     Above 100 for a stronger batch; within 0.01 to 999.99.
 )");
-  module.def("ks", &Ks, py::arg("curves"), py::kw_only(), py::arg("specular") = "included", py::arg("k1") = 0.04,
-             py::arg("k2") = 0.6, py::arg("threads") = 1,
-             R"(Ratio of absorption to scattering of opaque films (Kubelka and Munk), behind Saunderson's correction.
+  module.def(
+      "ks", &Ks, py::arg("curves"), py::kw_only(), py::arg("specular") = "included", py::arg("k1") = 0.04,
+      py::arg("k2") = 0.6, py::arg("threads") = 1,
+      R"(Ratio of absorption to scattering of opaque films (Kubelka and Munk), behind Saunderson's correction.
 
 Parameters
 ----------

@@ -31,7 +31,8 @@ struct Space {
 };
 
 // Coordinates with chroma and hue of `count` rows of an argument from `from` on, in the space of the system.
-void FillLab(const Space& space, const Rows& rows, std::size_t from, std::size_t count, const BatchView<double, 5>& lab) {
+void FillLab(const Space& space, const Rows& rows, std::size_t from, std::size_t count,
+             const BatchView<double, 5>& lab) {
   if (space.isXyz) {
     CoordinatesBatch(space.system, space.illuminant, space.observer, ViewOf<3>(rows, from, count), lab);
     return;
@@ -45,7 +46,8 @@ void FillLab(const Space& space, const Rows& rows, std::size_t from, std::size_t
 
 // The same rows in the form that a system reads; `scratch` keeps coordinates that the argument does not hold. A single row
 // stands for all.
-ColorBatch BlockOf(const Space& space, const Rows& rows, std::size_t from, std::size_t count, std::vector<double>& scratch) {
+ColorBatch BlockOf(const Space& space, const Rows& rows, std::size_t from, std::size_t count,
+                   std::vector<double>& scratch) {
   if (rows.lead.empty()) from = 0, count = 1;
   if (!space.isXyz && rows.width == 5) return {{}, ViewOf<5>(rows, from, count)};
   scratch.resize(5 * count);
@@ -54,7 +56,8 @@ ColorBatch BlockOf(const Space& space, const Rows& rows, std::size_t from, std::
   return {space.isXyz ? ViewOf<3>(rows, from, count) : BatchView<const double, 3>(), lab};
 }
 
-Space SpaceOf(const py::object& space, const CDifferenceSettings& settings, const py::object& illuminant, int observer) {
+Space SpaceOf(const py::object& space, const CDifferenceSettings& settings, const py::object& illuminant,
+              int observer) {
   const bool needsXyz = ReadsXyz(settings.system);
   bool isXyz = needsXyz;
   if (!space.is_none()) {
@@ -62,12 +65,14 @@ Space SpaceOf(const py::object& space, const CDifferenceSettings& settings, cons
     if (name != "lab" && name != "xyz") throw py::value_error("space: \"lab\" or \"xyz\" is expected");
     isXyz = name == "xyz";
   }
-  if (needsXyz && !isXyz) throw py::value_error("space: this system compares tristimulus values: \"xyz\" is needed");
+  if (needsXyz && !isXyz)
+    throw py::value_error("space: this system compares tristimulus values: \"xyz\" is needed");
   return {isXyz, settings.system, IlluminantOf(illuminant), ObserverOf(observer)};
 }
 
-void FillDifferences(const CDifferenceSettings& settings, double angle, const Space& space, const Rows& standards,
-                     const Rows& samples, bool components, double* target, std::size_t from, std::size_t count) {
+void FillDifferences(const CDifferenceSettings& settings, double angle, const Space& space,
+                     const Rows& standards, const Rows& samples, bool components, double* target,
+                     std::size_t from, std::size_t count) {
   std::vector<double> standardLab, sampleLab;
   const ColorBatch s = BlockOf(space, standards, from, count, standardLab);
   const ColorBatch t = BlockOf(space, samples, from, count, sampleLab);
@@ -86,9 +91,9 @@ void FillDifferences(const CDifferenceSettings& settings, double angle, const Sp
   }
 }
 
-py::object Delta(const py::object& standard, const py::object& sample, const std::string& system, bool components,
-                 const py::object& space, const py::object& illuminant, int observer, double angle, const py::object& out,
-                 int threads, const py::kwargs& parameters) {
+py::object Delta(const py::object& standard, const py::object& sample, const std::string& system,
+                 bool components, const py::object& space, const py::object& illuminant, int observer,
+                 double angle, const py::object& out, int threads, const py::kwargs& parameters) {
   const CDifferenceSettings settings = SettingsOf(system, parameters);
   const Space in = SpaceOf(space, settings, illuminant, observer);
   const std::size_t other = in.isXyz ? 0 : 5;
@@ -102,9 +107,10 @@ py::object Delta(const py::object& standard, const py::object& sample, const std
     throw py::value_error("out: it lies over an argument");
   }
   double* target = result.mutable_data();
-  InBlocks(standards.lead.empty() ? samples.count : standards.count, threads, [&](std::size_t from, std::size_t count) {
-    FillDifferences(settings, angle, in, standards, samples, components, target, from, count);
-  });
+  InBlocks(standards.lead.empty() ? samples.count : standards.count, threads,
+           [&](std::size_t from, std::size_t count) {
+             FillDifferences(settings, angle, in, standards, samples, components, target, from, count);
+           });
   if (lead.empty() && !components && out.is_none()) return py::float_(target[0]);
   return result;
 }
@@ -154,27 +160,31 @@ SearchColors FromCurves(const py::object& argument, const char* name, const Spac
   InBlocks(curves.count, threads, [&](std::size_t from, std::size_t count) {
     std::vector<BatchView<double, 3>> xyz;
     for (std::vector<double>& one : colors.xyz) xyz.push_back(TargetOf<3>(one.data(), from, count));
-    TristimulusOf(curves, illuminants, space.observer, std::span<const BatchView<double, 3>>(xyz), from, count);
+    TristimulusOf(curves, illuminants, space.observer, std::span<const BatchView<double, 3>>(xyz), from,
+                  count);
     for (std::size_t k = 0; k < illuminants.size(); ++k) {
-      CoordinatesBatch(space.system, illuminants[k], space.observer, xyz[k], TargetOf<5>(colors.lab[k].data(), from, count));
+      CoordinatesBatch(space.system, illuminants[k], space.observer, xyz[k],
+                       TargetOf<5>(colors.lab[k].data(), from, count));
     }
   });
   return colors;
 }
 
-py::tuple Nearest(const py::object& samples, const py::object& standards, std::size_t count, const std::string& system,
-                  const py::object& illuminant, int observer, const py::object& space, double angle, int threads,
-                  const py::kwargs& parameters) {
+py::tuple Nearest(const py::object& samples, const py::object& standards, std::size_t count,
+                  const std::string& system, const py::object& illuminant, int observer,
+                  const py::object& space, double angle, int threads, const py::kwargs& parameters) {
   const CDifferenceSettings settings = SettingsOf(system, parameters);
   bool single = false;
   const std::vector<vrxIlluminant> illuminants = IlluminantsOf(illuminant, single);
   if (count == 0) throw py::value_error("count: at least 1 is expected");
   const Space in = SpaceOf(space, settings, py::int_(static_cast<int>(illuminants.front())), observer);
   const bool areCurves = AreCurves(samples);
-  if (areCurves != AreCurves(standards)) throw py::value_error("samples and standards: both curves, or both colours");
+  if (areCurves != AreCurves(standards))
+    throw py::value_error("samples and standards: both curves, or both colours");
   if (!areCurves && !single) throw py::value_error("illuminant: several need curves, shape (..., 40)");
   const auto colorsOf = [&](const py::object& argument, const char* name) {
-    return areCurves ? FromCurves(argument, name, in, illuminants, threads) : FromColors(argument, name, in, threads);
+    return areCurves ? FromCurves(argument, name, in, illuminants, threads)
+                     : FromColors(argument, name, in, threads);
   };
   const SearchColors trials = colorsOf(samples, "samples"), library = colorsOf(standards, "standards");
   std::vector<NearestMatch> matches(trials.count * count);
@@ -198,9 +208,10 @@ py::tuple Nearest(const py::object& samples, const py::object& standards, std::s
 }  // namespace
 
 void DefineDifference(py::module_& module) {
-  module.def("delta", &Delta, py::arg("standard"), py::arg("sample"), py::arg("system") = "cie2000", py::kw_only(),
-             py::arg("components") = false, py::arg("space") = py::none(), py::arg("illuminant") = "D65",
-             py::arg("observer") = 10, py::arg("angle") = 45.0, py::arg("out") = py::none(), py::arg("threads") = 1,
+  module.def("delta", &Delta, py::arg("standard"), py::arg("sample"), py::arg("system") = "cie2000",
+             py::kw_only(), py::arg("components") = false, py::arg("space") = py::none(),
+             py::arg("illuminant") = "D65", py::arg("observer") = 10, py::arg("angle") = 45.0,
+             py::arg("out") = py::none(), py::arg("threads") = 1,
              R"(Colour differences, sample minus standard, in any of the difference systems.
 
 Parameters
@@ -229,9 +240,10 @@ Returns
 numpy.ndarray, shape (...) or (..., 7) with ``components``; float for a single pair
     NaN where a colour is unset.
 )");
-  module.def("nearest", &Nearest, py::arg("samples"), py::arg("standards"), py::arg("count") = 10, py::kw_only(),
-             py::arg("system") = "cie2000", py::arg("illuminant") = "D65", py::arg("observer") = 10,
-             py::arg("space") = py::none(), py::arg("angle") = 45.0, py::arg("threads") = 1,
+  module.def("nearest", &Nearest, py::arg("samples"), py::arg("standards"), py::arg("count") = 10,
+             py::kw_only(), py::arg("system") = "cie2000", py::arg("illuminant") = "D65",
+             py::arg("observer") = 10, py::arg("space") = py::none(), py::arg("angle") = 45.0,
+             py::arg("threads") = 1,
              R"(The nearest standards of each sample, exactly.
 
 Parameters

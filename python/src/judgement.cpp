@@ -108,12 +108,21 @@ struct Scratch {
   std::vector<std::int32_t> words;
 
   explicit Scratch(std::size_t n)
-      : xyz(3 * n), lab(5 * n), own(5 * n), eab(7 * n), difference(7 * n), total(n), components(n), totals(n), words(3 * n) {}
+      : xyz(3 * n),
+        lab(5 * n),
+        own(5 * n),
+        eab(7 * n),
+        difference(7 * n),
+        total(n),
+        components(n),
+        totals(n),
+        words(3 * n) {}
 };
 
 // The standard's colours under one illuminant: values, L*a*b*, and the coordinates of the system.
 struct StandardColors {
-  std::vector<double> xyz = std::vector<double>(3), lab = std::vector<double>(5), own = std::vector<double>(5);
+  std::vector<double> xyz = std::vector<double>(3), lab = std::vector<double>(5),
+                      own = std::vector<double>(5);
 };
 
 StandardColors StandardUnder(const Judging& judging, const CReflData& standard, vrxIlluminant illuminant) {
@@ -121,8 +130,10 @@ StandardColors StandardUnder(const Judging& judging, const CReflData& standard, 
   TristimulusBatch(illuminant, judging.observer, CurveBatch{std::span(standard.GetData(), kSamples)},
                    BatchView<double, 3>(std::span(colors.xyz)));
   const BatchView<const double, 3> xyz{std::span<const double>(colors.xyz)};
-  CoordinatesBatch(vrxSystemLab, illuminant, judging.observer, xyz, BatchView<double, 5>(std::span(colors.lab)));
-  CoordinatesBatch(judging.settings.system, illuminant, judging.observer, xyz, BatchView<double, 5>(std::span(colors.own)));
+  CoordinatesBatch(vrxSystemLab, illuminant, judging.observer, xyz,
+                   BatchView<double, 5>(std::span(colors.lab)));
+  CoordinatesBatch(judging.settings.system, illuminant, judging.observer, xyz,
+                   BatchView<double, 5>(std::span(colors.own)));
   return colors;
 }
 
@@ -131,13 +142,15 @@ BatchView<double, kWidth> All(std::vector<double>& numbers, std::size_t count) {
   return {std::span(numbers.data(), kWidth * count)};
 }
 
-void StoreUnder(const Judging& judging, std::size_t j, const Scratch& s, std::size_t from, std::size_t count) {
+void StoreUnder(const Judging& judging, std::size_t j, const Scratch& s, std::size_t from,
+                std::size_t count) {
   const std::size_t m = judging.illuminants.size();
   for (std::size_t i = 0; i < count; ++i) {
     const std::size_t at = m * (from + i) + j;
     std::copy_n(&s.difference[7 * i], 7, judging.differences + 7 * at);
     judging.verdicts[at] = static_cast<std::int8_t>(std::min(s.components[i], s.totals[i]));
-    for (std::size_t k = 0; k < 3; ++k) judging.words[3 * at + k] = static_cast<std::int8_t>(s.words[3 * i + k]);
+    for (std::size_t k = 0; k < 3; ++k)
+      judging.words[3 * at + k] = static_cast<std::int8_t>(s.words[3 * i + k]);
   }
 }
 
@@ -149,15 +162,16 @@ void JudgeBlock(const Judging& judging, const std::vector<StandardColors>& stand
   for (std::size_t j = 0; j < judging.illuminants.size(); ++j) {
     const vrxIlluminant illuminant = judging.illuminants[j];
     const auto xyz = All<3>(s.xyz, count);
-    TristimulusOf(samples, std::span(&illuminant, 1), judging.observer, std::span<const BatchView<double, 3>>(&xyz, 1), from,
-                  count);
+    TristimulusOf(samples, std::span(&illuminant, 1), judging.observer,
+                  std::span<const BatchView<double, 3>>(&xyz, 1), from, count);
     CoordinatesBatch(vrxSystemLab, illuminant, judging.observer, xyz, All<5>(s.lab, count));
     CoordinatesBatch(judging.settings.system, illuminant, judging.observer, xyz, All<5>(s.own, count));
     const StandardColors& standard = standards[j];
-    DifferenceBatch(lab, kAngle, {{}, BatchView<const double, 5>(std::span(standard.lab))}, {{}, All<5>(s.lab, count)},
-                    All<7>(s.eab, count));
+    DifferenceBatch(lab, kAngle, {{}, BatchView<const double, 5>(std::span(standard.lab))},
+                    {{}, All<5>(s.lab, count)}, All<7>(s.eab, count));
     DifferenceBatch(judging.settings, kAngle,
-                    {BatchView<const double, 3>(std::span(standard.xyz)), BatchView<const double, 5>(std::span(standard.own))},
+                    {BatchView<const double, 3>(std::span(standard.xyz)),
+                     BatchView<const double, 5>(std::span(standard.own))},
                     {xyz, All<5>(s.own, count)}, All<7>(s.difference, count));
     ShadeBatch(BatchView<const double, 5>(All<5>(s.lab, count)).Numbers<0, 3>(),
                BatchView<const double, 7>(All<7>(s.eab, count)).Numbers<0, 3>(),
@@ -172,18 +186,25 @@ void JudgeBlock(const Judging& judging, const std::vector<StandardColors>& stand
   UnsetToNan(judging.differences + 7 * m * from, 7 * m * count);
 }
 
-py::tuple Judge(const py::object& standard, const py::object& samples, const py::object& illuminants, int observer,
-                const std::string& system, const py::object& tolerance, double warning, int threads,
-                const py::kwargs& parameters) {
+py::tuple Judge(const py::object& standard, const py::object& samples, const py::object& illuminants,
+                int observer, const std::string& system, const py::object& tolerance, double warning,
+                int threads, const py::kwargs& parameters) {
   const Rows one = RowsOf(standard, "standard", kSamples);
   if (one.count != 1) throw py::value_error("standard: one curve is expected, shape (40,)");
   const Rows trials = RowsOf(samples, "samples", kSamples, true);
   if (trials.lead.size() > 1) throw py::value_error("samples: expected shape (n, 40) or (40,)");
   bool single = false;
-  Judging judging{SettingsOf(system, parameters), IlluminantsOf(illuminants, single), ObserverOf(observer), {}, warning,
-                  nullptr, nullptr, nullptr};
+  Judging judging{SettingsOf(system, parameters),
+                  IlluminantsOf(illuminants, single),
+                  ObserverOf(observer),
+                  {},
+                  warning,
+                  nullptr,
+                  nullptr,
+                  nullptr};
   judging.box = BoxOf(tolerance, judging.settings);
-  const auto n = static_cast<py::ssize_t>(trials.count), m = static_cast<py::ssize_t>(judging.illuminants.size());
+  const auto n = static_cast<py::ssize_t>(trials.count),
+             m = static_cast<py::ssize_t>(judging.illuminants.size());
   py::array_t<double> differences({n, m, py::ssize_t{7}});
   py::array_t<std::int8_t> verdicts({n, m}), words({n, m, py::ssize_t{3}});
   judging.differences = differences.mutable_data();
@@ -209,8 +230,9 @@ py::tuple Judge(const py::object& standard, const py::object& samples, const py:
 }  // namespace
 
 void DefineJudgement(py::module_& module) {
-  module.def("judge", &Judge, py::arg("standard"), py::arg("samples"), py::arg("illuminants"), py::arg("observer"),
-             py::kw_only(), py::arg("system"), py::arg("tolerance"), py::arg("warning"), py::arg("threads"));
+  module.def("judge", &Judge, py::arg("standard"), py::arg("samples"), py::arg("illuminants"),
+             py::arg("observer"), py::kw_only(), py::arg("system"), py::arg("tolerance"), py::arg("warning"),
+             py::arg("threads"));
 }
 
 }  // namespace vrx::python

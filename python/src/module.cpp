@@ -18,7 +18,8 @@ py::dict SystemsTable() {
   for (const DifferenceSystem& system : DifferenceSystems()) {
     py::dict parameters;
     std::size_t i = 0;
-    for (const std::string& name : ParameterNames(system.number)) parameters[py::str(name)] = system.defaults[i++];
+    for (const std::string& name : ParameterNames(system.number))
+      parameters[py::str(name)] = system.defaults[i++];
     table[py::str(std::string(system.shortName))] = parameters;
   }
   return table;
@@ -44,7 +45,8 @@ std::vector<std::string> ShadeTexts() {
 }  // namespace
 
 void DefineNames(py::module_& module) {
-  py::class_<Illuminant>(module, "Illuminant", R"(A lamp by its measured spectral power, taken wherever an illuminant is.
+  py::class_<Illuminant>(module, "Illuminant",
+                         R"(A lamp by its measured spectral power, taken wherever an illuminant is.
 
 Parameters
 ----------
@@ -64,12 +66,13 @@ interpolation : str
              }
              return RegisterIlluminant(name, wavelengths, power, interpolation == "linear");
            }),
-           py::arg("name"), py::arg("wavelengths"), py::arg("power"), py::kw_only(), py::arg("interpolation") = "cubic")
-      .def_property_readonly("name", [](const Illuminant& lamp) { return lamp.name.substr(0, lamp.name.find('|')); })
+           py::arg("name"), py::arg("wavelengths"), py::arg("power"), py::kw_only(),
+           py::arg("interpolation") = "cubic")
+      .def_property_readonly("name",
+                             [](const Illuminant& lamp) { return lamp.name.substr(0, lamp.name.find('|')); })
       .def("__repr__", [](const Illuminant& lamp) { return "<Illuminant " + lamp.name + ">"; });
-  module.def("illuminant_name", [](const py::object& illuminant) {
-    return IlluminantCode(IlluminantOf(illuminant)).ToUtf8();
-  });
+  module.def("illuminant_name",
+             [](const py::object& illuminant) { return IlluminantCode(IlluminantOf(illuminant)).ToUtf8(); });
   module.def("illuminants", &IlluminantTable, R"(The built-in illuminants.
 
 Returns
@@ -91,7 +94,8 @@ dict of str to dict
 
 PYBIND11_MODULE(_core, module) {
   using namespace vrx::python;
-  module.doc() = "Colour science for industrial colour matching and quality control: the compiled part of vrxmath.";
+  module.doc() =
+      "Colour science for industrial colour matching and quality control: the compiled part of vrxmath.";
   pybind11::register_exception_translator([](std::exception_ptr failure) {
     try {
       if (failure) std::rethrow_exception(failure);

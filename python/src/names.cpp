@@ -41,7 +41,8 @@ std::int32_t StepOf(const std::vector<double>& wavelengths) {
   if (wavelengths.size() < 2) throw py::value_error("wavelengths: at least two are needed");
   const double step = wavelengths[1] - wavelengths[0];
   for (std::size_t i = 0; i < wavelengths.size(); ++i) {
-    if (wavelengths[i] != wavelengths[0] + step * static_cast<double>(i) || std::floor(wavelengths[i]) != wavelengths[i]) {
+    if (wavelengths[i] != wavelengths[0] + step * static_cast<double>(i) ||
+        std::floor(wavelengths[i]) != wavelengths[i]) {
       throw py::value_error("wavelengths: whole numbers of nm at an even distance are expected");
     }
   }
@@ -50,11 +51,13 @@ std::int32_t StepOf(const std::vector<double>& wavelengths) {
 
 vrxUserIllum FreeNumber() {
   const CUserIllumArray taken = RegisteredUserIlluminants();
-  for (std::int32_t number = kFirstUserIlluminant; number < kFirstUserIlluminant + kUserIlluminants; ++number) {
+  for (std::int32_t number = kFirstUserIlluminant; number < kFirstUserIlluminant + kUserIlluminants;
+       ++number) {
     const auto candidate = static_cast<vrxUserIllum>(number);
     if (std::find(taken.begin(), taken.end(), candidate) == taken.end()) return candidate;
   }
-  throw py::value_error("there is no room for more than " + std::to_string(kUserIlluminants) + " illuminants");
+  throw py::value_error("there is no room for more than " + std::to_string(kUserIlluminants) +
+                        " illuminants");
 }
 
 struct NamedParameters {
@@ -80,7 +83,8 @@ Illuminant RegisterIlluminant(const std::string& name, const py::object& wavelen
   const auto known = RegisteredLamps().find(name);
   if (known != RegisteredLamps().end()) {
     const Registered& lamp = known->second;
-    if (lamp.power == values && lamp.first == first && lamp.step == step && lamp.linear == linear) return lamp.illuminant;
+    if (lamp.power == values && lamp.first == first && lamp.step == step && lamp.linear == linear)
+      return lamp.illuminant;
     throw py::value_error("name: \"" + name + "\" stands for another spectral power already");
   }
   const vrxUserIllum number = FreeNumber();

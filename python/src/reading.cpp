@@ -21,10 +21,15 @@ namespace {
 io::ReadOptions OptionsOf(const std::string& form, bool fraction) {
   using Form = io::ReadOptions::Form;
   io::ReadOptions options;
-  const std::pair<const char*, Form> forms[] = {
-      {"", Form::kByContent}, {"csv", Form::kCsv}, {"cgats", Form::kCgats}, {"cxf", Form::kCxf}, {"json", Form::kJson}};
-  const auto* found = std::find_if(std::begin(forms), std::end(forms), [&](const auto& row) { return form == row.first; });
-  if (found == std::end(forms)) throw py::value_error("form: \"csv\", \"cgats\", \"cxf\" or \"json\" is expected");
+  const std::pair<const char*, Form> forms[] = {{"", Form::kByContent},
+                                                {"csv", Form::kCsv},
+                                                {"cgats", Form::kCgats},
+                                                {"cxf", Form::kCxf},
+                                                {"json", Form::kJson}};
+  const auto* found =
+      std::find_if(std::begin(forms), std::end(forms), [&](const auto& row) { return form == row.first; });
+  if (found == std::end(forms))
+    throw py::value_error("form: \"csv\", \"cgats\", \"cxf\" or \"json\" is expected");
   options.form = found->second;
   if (fraction) options.scale = io::ReadOptions::Scale::kFraction;
   return options;
@@ -50,7 +55,8 @@ Columns ReadColumns(const std::string& path, const io::ReadOptions& options) {
     columns.names.emplace_back(row.name);
     columns.geometries.push_back(io::GeometryName(row.geometry));
     const double* values = row.kind == io::Sample::kCurve ? row.curve.GetData() : row.color.data();
-    columns.numbers.insert(columns.numbers.end(), values, values + (row.kind == io::Sample::kCurve ? kSamples : 3));
+    columns.numbers.insert(columns.numbers.end(), values,
+                           values + (row.kind == io::Sample::kCurve ? kSamples : 3));
   }
   columns.notes = reader.Source().Notes();
   return columns;
@@ -72,7 +78,8 @@ py::dict Read(const std::string& path, const std::string& form, bool fraction) {
   result["geometries"] = columns.geometries;
   const std::pair<const char*, io::Sample::Kind> fields[] = {
       {"curves", io::Sample::kCurve}, {"xyz", io::Sample::kXyz}, {"lab", io::Sample::kLab}};
-  for (const auto& [name, kind] : fields) result[name] = columns.kind == kind ? py::object(numbers) : py::none();
+  for (const auto& [name, kind] : fields)
+    result[name] = columns.kind == kind ? py::object(numbers) : py::none();
   result["form"] = columns.form;
   result["notes"] = columns.notes;
   return result;

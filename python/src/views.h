@@ -29,13 +29,15 @@ BatchView<double, kWidth> TargetOf(double* data, std::size_t from, std::size_t c
 
 /// Curves of either precision to the tristimulus values of all illuminants.
 template <class ILLUMINANTS, class VIEWS>
-void TristimulusOf(const Rows& curves, const ILLUMINANTS& illuminants, std::int32_t observer, const VIEWS& xyz,
-                   std::size_t from, std::size_t count) {
+void TristimulusOf(const Rows& curves, const ILLUMINANTS& illuminants, std::int32_t observer,
+                   const VIEWS& xyz, std::size_t from, std::size_t count) {
   const std::size_t begin = from * curves.stride, length = (count - 1) * curves.stride + kSamples;
   if (curves.isFloat) {
-    TristimulusBatch(illuminants, observer, CurveBatch32{std::span(curves.Floats() + begin, length), curves.stride}, xyz);
+    TristimulusBatch(illuminants, observer,
+                     CurveBatch32{std::span(curves.Floats() + begin, length), curves.stride}, xyz);
   } else {
-    TristimulusBatch(illuminants, observer, CurveBatch{std::span(curves.Doubles() + begin, length), curves.stride}, xyz);
+    TristimulusBatch(illuminants, observer,
+                     CurveBatch{std::span(curves.Doubles() + begin, length), curves.stride}, xyz);
   }
 }
 
