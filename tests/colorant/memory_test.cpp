@@ -20,6 +20,11 @@ __attribute__((noinline)) void* operator new(std::size_t size) {
   void* memory = std::malloc(size);
   return memory != nullptr ? memory : throw std::bad_alloc();
 }
+__attribute__((noinline)) void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  if (allocationsLeft == 0) return nullptr;
+  if (allocationsLeft > 0) --allocationsLeft;
+  return std::malloc(size);
+}
 __attribute__((noinline)) void operator delete(void* memory) noexcept {
   std::free(memory);
 }
