@@ -70,14 +70,14 @@ bool ResultsAreRight(const Files& files) {
   calc.method = vrx::vrxSystemCmc;
   calc.methodSettings = vrx::DefaultSettings(vrx::vrxSystemCmc);
   vrx::CReflDataArray curve;
-  vrx::tool::CurveRow row;
+  vrx::io::CurveRow row;
   curve.SetSize(1);
-  vrx::tool::CurveReader standard(vrx::tool::CsvReader(files.standard), false);
+  vrx::io::CurveReader standard(vrx::io::CsvReader(files.standard), false);
   standard.Next(row);
   curve[0] = row.curve;
   calc.SetStandard(curve);
-  vrx::tool::CurveReader trials(vrx::tool::CsvReader(files.trials), false);
-  vrx::tool::CsvReader results(files.results);
+  vrx::io::CurveReader trials(vrx::io::CsvReader(files.trials), false);
+  vrx::io::CsvReader results(files.results);
   vrx::CEvaluationArray evaluations;
   for (int i = 0; i < 1000 && trials.Next(row); ++i) {
     curve[0] = row.curve;

@@ -2,6 +2,7 @@
 #
 # Runs doxygen and fails for every warning that concerns a public declaration. Members of a class may share the comment
 # of their group, which doxygen does not see, so a member without a docstring of its own is no fault.
+cmake_minimum_required(VERSION 3.25)
 execute_process(COMMAND ${DOXYGEN} ${DOXYFILE} ERROR_VARIABLE warnings OUTPUT_QUIET RESULT_VARIABLE status)
 if(NOT status EQUAL 0)
   message(FATAL_ERROR "doxygen ended with ${status}:\n${warnings}")

@@ -41,6 +41,7 @@ struct DifferenceContext {
 // them: tristimulus values, and how many coordinates (none, up to b, to the chroma, or to the hue). SemiAxes are those of
 // the ellipsoid about a standard on which the difference is 1, for the systems that have one.
 
+/// CIE 1976 dE*ab of the coordinates, whichever space they are in (CIE 15).
 struct EabFormula {
   static constexpr bool kReadsXyz = false;
   static constexpr int32_t kLabElements = 4;
@@ -51,6 +52,7 @@ struct EabFormula {
   }
 };
 
+/// dE CMC(l:c) (ISO 105-J03), parameters l and c.
 struct CmcFormula {
   static constexpr bool kReadsXyz = false;
   static constexpr int32_t kLabElements = 5;
@@ -68,6 +70,7 @@ struct CmcFormula {
   }
 };
 
+/// The Euclidean difference in Hunter Lab.
 struct HunterFormula {
   static constexpr bool kReadsXyz = false;
   static constexpr int32_t kLabElements = 3;
@@ -78,6 +81,7 @@ struct HunterFormula {
   }
 };
 
+/// FMC-2 in MacAdam units, from tristimulus values (ASTM D2244-85).
 struct Fmc2Formula {
   static constexpr bool kReadsXyz = true;
   static constexpr int32_t kLabElements = 0;
@@ -88,6 +92,7 @@ struct Fmc2Formula {
   }
 };
 
+/// CIE94 with the standard's own chroma (CIE 116), parameters kL, kC and kH.
 struct Cie94Formula {
   static constexpr bool kReadsXyz = false;
   static constexpr int32_t kLabElements = 4;
@@ -105,6 +110,7 @@ struct Cie94Formula {
   }
 };
 
+/// Differences of X, Y, Z and of chromaticity, with dE*ab as their total.
 struct XyzFormula {
   static constexpr bool kReadsXyz = true;
   static constexpr int32_t kLabElements = 4;
@@ -115,6 +121,7 @@ struct XyzFormula {
   }
 };
 
+/// GE-PQS II; see DeltaGePqs2 for the definition used here.
 struct GePqs2Formula {
   static constexpr bool kReadsXyz = true;
   static constexpr int32_t kLabElements = 0;
@@ -125,6 +132,7 @@ struct GePqs2Formula {
   }
 };
 
+/// The Audi 2000 weights for effect paints, which depend on the measuring angle.
 struct AudiFormula {
   static constexpr bool kReadsXyz = false;
   static constexpr int32_t kLabElements = 5;
@@ -137,6 +145,7 @@ struct AudiFormula {
   }
 };
 
+/// CIEDE2000 (ISO/CIE 11664-6), parameters kL, kC and kH.
 struct Cie2000Formula {
   static constexpr bool kReadsXyz = false;
   static constexpr int32_t kLabElements = 4;
@@ -154,6 +163,7 @@ struct Cie2000Formula {
   }
 };
 
+/// DIN99 (DIN 6176:2001), parameters kCH and kE.
 struct Din99Formula {
   static constexpr bool kReadsXyz = false;
   static constexpr int32_t kLabElements = 3;
@@ -164,6 +174,7 @@ struct Din99Formula {
   }
 };
 
+/// DIN 6175-2 for effect paints, parameters gL, gC and gH.
 struct Din6175Formula {
   static constexpr bool kReadsXyz = false;
   static constexpr int32_t kLabElements = 5;

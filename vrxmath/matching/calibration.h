@@ -33,6 +33,7 @@ struct CDrawdown {
 };
 using CDrawdownArray = CArrayVarex<CDrawdown>;
 
+/// How drawdowns were measured and how the fit is stated.
 struct CCalibrationSettings {
   int32_t white = 0;  ///< index of the component whose S is 1
   double k1 = 0.04;
@@ -64,6 +65,7 @@ enum class CalibrationFault {
   kOneShareOnly,  ///< `component`, not the white, has one share in all its drawdowns: K and S cannot be told apart
 };
 
+/// The fault of a calibration, with the drawdown (from 0) and the component (from 0) that it concerns, -1 for none.
 struct CalibrationOutcome {
   CalibrationFault fault = CalibrationFault::kNone;
   int32_t drawdown = -1;

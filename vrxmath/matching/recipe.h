@@ -130,6 +130,7 @@ enum class RecipeFault {
   kStopped,              ///< progress answered false
 };
 
+/// The fault of a search, with the component id that it concerns, and how many subsets there were.
 struct RecipeOutcome {
   RecipeFault fault = RecipeFault::kNone;
   uint32_t component = 0;
