@@ -53,6 +53,7 @@ enum class RecipeObjective {
 /// By what recipes are ordered; first always those within the tolerance, last the worst difference over the illuminants.
 enum class RecipeOrder { kFewest, kColor, kMetamerism, kCost };
 
+/// What may be in a recipe, by which criterion recipes are judged, and how they are made up.
 struct VRX_API CRecipeSettings {
   /// D65, A and CWF.
   CRecipeSettings();
