@@ -216,9 +216,10 @@ class CgatsReader final : public MeasurementReader {
   bool BeginData() {
     if (fields_.empty()) Fail("BEGIN_DATA without BEGIN_DATA_FORMAT");
     const bool isTold = declaredFields_ >= 0 && declaredFields_ != static_cast<int64_t>(fields_.size());
+    // The rows are held against the names, so the number says nothing more; files in use have it wrong.
     if (isTold) {
-      Deviate("NUMBER_OF_FIELDS is " + std::to_string(declaredFields_) + ", but " +
-              std::to_string(fields_.size()) + " are named");
+      Note("NUMBER_OF_FIELDS is " + std::to_string(declaredFields_) + ", but " +
+           std::to_string(fields_.size()) + " are named");
     }
     const bool hasValues = std::ranges::any_of(
         fields_, [](const std::string& field) { return MeaningOf(field).role >= ColumnRole::kWavelength; });

@@ -32,6 +32,7 @@ struct CsvDialect {
   bool skipComments = false;         ///< lines that begin with # are passed over
 };
 
+/// One table, read record by record and field by field.
 class CsvReader {
  public:
   /// The longest record, in bytes, and the largest number of columns.

@@ -54,10 +54,11 @@ void CurveReader::UseLayout(const MeasurementLayout& layout) {
   const bool isFirst = layout_ == nullptr;
   const bool sameWavelengths = !isFirst && layout_->wavelengths == layout.wavelengths;
   layout_ = &layout;
-  if (!isFirst && mixture_.empty()) {
-    const MeasuringConditions& first = source_->FirstLayout().conditions;
-    mixture_ = HasGeometries() ? ConditionConflict(WithoutGeometry(first), WithoutGeometry(layout.conditions))
-                               : ConditionConflict(first, layout.conditions);
+  if (rows_ <= 1) first_ = layout.conditions;
+  if (mixture_.empty()) {
+    mixture_ = HasGeometries()
+                   ? ConditionConflict(WithoutGeometry(first_), WithoutGeometry(layout.conditions))
+                   : ConditionConflict(first_, layout.conditions);
   }
   if (kind_ != Sample::kCurve || sameWavelengths || layout.wavelengths.empty()) return;
   grid_ = WavelengthGrid(layout.wavelengths);

@@ -76,6 +76,8 @@ class CurveReader {
   }
   /// What makes the samples read so far measurements of different conditions, such as "M0 and M2"; empty when nothing does.
   const std::string& Mixture() const { return mixture_; }
+  /// How the first sample was measured, once it was read.
+  const MeasuringConditions& FirstConditions() const { return first_; }
   /// Samples that were passed over.
   int64_t CountWithoutCurve() const { return withoutCurve_; }
 
@@ -92,6 +94,7 @@ class CurveReader {
   bool aboveOne_ = false;
   int64_t rows_ = 0;
   int64_t withoutCurve_ = 0;
+  MeasuringConditions first_;
   std::string mixture_;
   std::vector<double> corrected_;
 };

@@ -129,7 +129,10 @@ class MeasuringReader {
     if (!instrument.empty() && !model.empty()) instrument += ' ';
     instrument += model;
     spec_.conditions.instrument = instrument;
-    TakeCondition("filter", xml_.TextOf(device, "DeviceFilter"), spec_.conditions);
+    const int32_t filter = xml_.Child(device, "DeviceFilter");
+    std::string description;
+    const bool isDescribed = filter > 0 && xml_.Attribute(filter, "FilterDescription", description);
+    TakeCondition("filter", isDescribed ? description : xml_.Text(filter), spec_.conditions);
     TakeCondition("illumination", xml_.TextOf(device, "DeviceIllumination"), spec_.conditions);
     TakeCondition("polarization", xml_.TextOf(device, "DevicePolarization"), spec_.conditions);
   }

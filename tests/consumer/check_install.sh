@@ -31,7 +31,7 @@ cmake --build "$work/consumer" > "$work/build.log" || { cat "$work/build.log"; e
 
 echo "== $kind, by pkg-config"
 pc=$(dirname "$(find "$work/installed" -name vrxmath.pc)")
-flags=$(PKG_CONFIG_PATH=$pc pkg-config --cflags --libs vrxmath)
+flags=$(PKG_CONFIG_PATH=$pc pkg-config --cflags --libs vrxio)
 # shellcheck disable=SC2086 # the flags are separate words
 "$cxx" -std=c++2b -O1 "$source/tests/consumer/main.cpp" $flags -o "$work/consumer/by_pkg_config"
 LD_LIBRARY_PATH=$(dirname "$pc") "$work/consumer/by_pkg_config"

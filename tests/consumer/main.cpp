@@ -3,12 +3,16 @@
 
 #include <cmath>
 #include <cstdio>
+#include <sstream>
 #include <stdexcept>
 
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/message_box.h>
+
+#include <vrxio/curve_reader.h>
+#include <vrxio/measurement_files.h>
 
 namespace {
 
@@ -74,10 +78,18 @@ void CrossTheBorder() {
         "class information is the same on both sides");
 }
 
+void ReadMeasurements() {
+  std::istringstream file("id,400,410,420\ngrey,40,40,40\n");
+  vrx::io::CurveReader curves(vrx::io::OpenMeasurements(vrx::io::WrapInput(file, "curves")));
+  vrx::io::CurveRow row;
+  Check(curves.Next(row) && row.id == "grey" && row.curve[39] == 40.0, "a curve from a file");
+}
+
 }  // namespace
 
 int main() {
   CompareGreys();
   CrossTheBorder();
+  ReadMeasurements();
   return failures == 0 ? 0 : 1;
 }

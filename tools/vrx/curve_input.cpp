@@ -96,8 +96,8 @@ void WarnAboutInput(const CurveReader& curves) {
 void WarnAboutInput(const CurveReader& standards, const CurveReader& trials) {
   WarnAboutInput(standards);
   WarnAboutInput(trials);
-  MeasuringConditions ofStandards = standards.Source().FirstLayout().conditions;
-  MeasuringConditions ofTrials = trials.Source().FirstLayout().conditions;
+  MeasuringConditions ofStandards = standards.FirstConditions();
+  MeasuringConditions ofTrials = trials.FirstConditions();
   if (standards.HasGeometries() || trials.HasGeometries()) {
     // Samples are paired by their own geometry then.
     ofStandards.geometry = ofTrials.geometry = kNoGeometry;

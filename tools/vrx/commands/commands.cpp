@@ -22,6 +22,8 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"calibrate", AddCalibrate},
       CommandEntry{"match", AddMatch},
       CommandEntry{"index", AddIndex},
+      CommandEntry{"info", AddInfo},
+      CommandEntry{"convert", AddConvert},
       CommandEntry{"swatch", AddSwatch},
       CommandEntry{"plot", AddPlot},
       CommandEntry{"tables", AddTables},

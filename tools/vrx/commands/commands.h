@@ -23,6 +23,8 @@ void AddPlot(Command& tool);
 void AddPredict(Command& tool);
 void AddCalibrate(Command& tool);
 void AddMatch(Command& tool);
+void AddInfo(Command& tool);
+void AddConvert(Command& tool);
 void AddIndex(Command& tool);
 void AddSwatch(Command& tool);
 void AddTables(Command& tool);
