@@ -115,7 +115,7 @@ MarkupWindow::Tag MarkupWindow::NextTag(std::size_t from) {
     const std::size_t begin = Find("<", from);
     if (begin == kNotFound) return {};
     if (!Has(begin + 4)) Fail(window_.LineAhead(begin), "the file ends within a tag");
-    const std::string_view start = window_.Bytes().substr(begin, 4);
+    const std::string start(window_.Bytes().substr(begin, 4));  // the window moves on below
     std::string_view terminator;
     if (start.starts_with("<?")) {
       terminator = "?>";

@@ -277,6 +277,38 @@ TEST(MeasurementFiles, UnevenWavelengthsGiveTheCubic) {
   EXPECT_TRUE(RowMatches("cubic", row.curve, expected, 1e-8));
 }
 
+TEST(MeasurementFiles, FilesLongerThanTheWindow) {
+  // Samples of changing length, 2 MB of them in each form: their parts lie across every edge of the window.
+  constexpr int kSamples = 12'000;
+  std::string rows, objects, members;
+  for (int i = 0; i < kSamples; ++i) {
+    const std::string id = std::string(static_cast<std::size_t>(i % 89), 'i') + std::to_string(i);
+    const std::string value = std::to_string(i % 100);
+    rows += id + " " + value + " 20.5 30\n";
+    objects += "<@Object ObjectType=\"T\" Name=\"" + id + "\" Id=\"o" + std::to_string(i) +
+               "\"><@CreationDate>2024-05-01T00:00:00Z</@CreationDate><@ColorValues><@ReflectanceSpectrum "
+               "ColorSpecification=\"s\">" +
+               FractionText(i % 100) + " 0.205 0.3</@ReflectanceSpectrum></@ColorValues></@Object>";
+    members +=
+        (i > 0 ? ",{\"id\":\"" : "{\"id\":\"") + id + "\",\"400\":" + value + ",\"410\":20.5,\"420\":30}";
+  }
+  const std::string whole =
+      Cxf("</@ColorValues></@Object>" + objects + "<@Object><@ColorValues>", kMeasuring);
+  std::string cxf;
+  for (const char c : whole) c == '@' ? cxf += "cc:" : cxf += c;
+  for (const std::string& content : {Cgats("SAMPLE_ID nm400 nm410 nm420", rows), cxf, "[" + members + "]"}) {
+    std::istringstream stream(content);
+    const auto reader = OpenMeasurements(WrapInput(stream, "f"));
+    Measurement sample;
+    for (int i = 0; i < kSamples; ++i) {
+      ASSERT_TRUE(reader->Next(sample));
+      ASSERT_EQ(sample.id, std::string(static_cast<std::size_t>(i % 89), 'i') + std::to_string(i));
+      ASSERT_EQ(sample.reflectance[0], i % 100);
+    }
+    EXPECT_FALSE(reader->Next(sample));
+  }
+}
+
 TEST(MeasurementFiles, FractionsAndPercentAreTheSameDigits) {
   for (const double percent :
        {12.345, 0.1, 100.0, 1e-9, 3.3333333333333335, 0.0, 99.999999999999986, 1e4, -0.25}) {
