@@ -128,10 +128,9 @@ class CsvColumns final : public CsvMeasurements {
   bool Next(Measurement& sample) override {
     if (next_ == csv_.Header().size()) return false;
     sample = Measurement();
-    const std::string& heading = csv_.Header()[next_];
-    columns_.TakeText(columns_.Runs()[0], heading.empty() ? std::to_string(next_) : heading, sample);
-    id_ = sample.id;
-    sample.id = id_;
+    id_ = csv_.Header()[next_];
+    if (id_.empty()) id_ = std::to_string(next_);
+    columns_.TakeText(columns_.Runs()[0], id_, sample);
     const std::span<double> values = columns_.Values(columns_.Runs()[1]);
     const std::size_t samples = csv_.Header().size() - 1;
     for (std::size_t i = 0; i < values.size(); ++i) values[i] = table_[i * samples + next_ - 1];
