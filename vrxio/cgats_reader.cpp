@@ -114,11 +114,13 @@ class CgatsReader final : public MeasurementReader {
         std::ranges::find_if(tables_, [&](const auto& table) { return table->firstRow > offset; });
     table_ = std::prev(later)->get();
     window_.SeekTo(offset, 0);
+    pending_ = 0;
     setsInTable_ = kUnknown;
   }
   void Rewind() override {
     table_ = tables_.front().get();
     window_.SeekTo(table_->firstRow, table_->firstLine);
+    pending_ = 0;
     rows_ = setsInTable_ = 0;
   }
 
@@ -226,6 +228,15 @@ class CgatsReader final : public MeasurementReader {
     if (!hasValues) {
       Note("a table without curves and colours, line " + std::to_string(line_));
       return false;
+    }
+    // A file that is read again has its tables already.
+    const uint64_t firstRow = window_.Offset() + pending_;
+    const auto known =
+        std::ranges::find_if(tables_, [&](const auto& table) { return table->firstRow == firstRow; });
+    if (known != tables_.end()) {
+      table_ = known->get();
+      setsInTable_ = 0;
+      return true;
     }
     if (tables_.size() == kMaxTables) Fail("more than 1000 tables");
     auto table = std::make_unique<Table>();

@@ -298,14 +298,24 @@ TEST(MeasurementFiles, FilesLongerThanTheWindow) {
   for (const char c : whole) c == '@' ? cxf += "cc:" : cxf += c;
   for (const std::string& content : {Cgats("SAMPLE_ID nm400 nm410 nm420", rows), cxf, "[" + members + "]"}) {
     std::istringstream stream(content);
-    const auto reader = OpenMeasurements(WrapInput(stream, "f"));
+    InputStream input = WrapInput(stream, "f");
+    HoldInput(input);
+    const auto reader = OpenMeasurements(std::move(input));
     Measurement sample;
+    uint64_t bookmark = 0;
     for (int i = 0; i < kSamples; ++i) {
       ASSERT_TRUE(reader->Next(sample));
+      if (i == 7777) bookmark = reader->Offset();
       ASSERT_EQ(sample.id, std::string(static_cast<std::size_t>(i % 89), 'i') + std::to_string(i));
       ASSERT_EQ(sample.reflectance[0], i % 100);
     }
     EXPECT_FALSE(reader->Next(sample));
+    reader->SeekTo(bookmark);
+    ASSERT_TRUE(reader->Next(sample));
+    EXPECT_EQ(sample.id, std::string(7777 % 89, 'i') + "7777");
+    reader->Rewind();
+    ASSERT_TRUE(reader->Next(sample));
+    EXPECT_EQ(sample.id, "0");
   }
 }
 
