@@ -185,16 +185,14 @@ class JsonReader final : public MeasurementReader {
     first_ = window_.Offset();
     firstLine_ = window_.Line();
     if (!ReadObject()) Fail(window_.Line(), "the list is empty");
-    std::vector<std::string> names;
     for (const Member& member : members_) {
-      names.push_back(member.kind == Member::kOther && WavelengthOf(member.name) == 0 ? "" : member.name);
+      names_.push_back(member.kind == Member::kOther && WavelengthOf(member.name) == 0 ? "" : member.name);
     }
-    columns_ = SampleColumns(names, options_, true, [this](std::size_t column, const std::string& reason) {
+    columns_ = SampleColumns(names_, options_, true, [this](std::size_t column, const std::string& reason) {
       const bool isNamed = column != SampleColumns::kWholeRow;
       Fail(line_, (isNamed ? Shown(names_[column]) + ": " : std::string()) + reason);
     });
-    for (std::size_t i = 0; i < names.size(); ++i) places_[names[i]] = i;
-    names_ = std::move(names);
+    for (std::size_t i = 0; i < names_.size(); ++i) places_[names_[i]] = i;
     if (!columns_.Unused().empty()) Note("members that are not used: " + columns_.Unused());
     const bool isFraction = options_.scale == ReadOptions::Scale::kFraction;
     layout_ = &columns_.Begin(MeasuringConditions(), {isFraction ? 1.0 : 100.0, isFraction, options_.force});
