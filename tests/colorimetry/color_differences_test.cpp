@@ -307,6 +307,7 @@ TEST(ComputeDifference, XyzScalesAndClamps) {
 }
 
 TEST(ComputeDifference, ChromaticityPseudoSystem) {
+  const test::MessageRecorder messages;  // no system of that number has parameters
   const CDeltaValues delta = Compute(kSystemChromaticity, MakeColor(30, 25, 20, 0), MakeColor(20, 20, 20, 0));
   EXPECT_DOUBLE_EQ(delta[0], 1.0 / 3.0);
   EXPECT_DOUBLE_EQ(delta[1], 1.0 / 3.0);
