@@ -113,7 +113,9 @@ class StandardOfItsOwn final : public Standards {
   static constexpr std::size_t kMaxEntries = 4'000'000;
 
   static std::size_t Hash(std::string_view id, int32_t geometry) {
-    return std::hash<std::string_view>()(id) + static_cast<std::size_t>(geometry + 1) * 0x9E3779B97F4A7C15u;
+    constexpr auto kSpread =
+        static_cast<std::size_t>(0x9E3779B97F4A7C15u);  // its low half where that is all there is room for
+    return std::hash<std::string_view>()(id) + static_cast<std::size_t>(geometry + 1) * kSpread;
   }
 
   bool Holds(std::string_view id, int32_t geometry) const {
