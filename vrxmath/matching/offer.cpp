@@ -1,6 +1,7 @@
 #include <vrxmath/matching/offer.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include <vrxmath/formula/prediction.h>
@@ -62,11 +63,48 @@ uint64_t Combinations(uint64_t n, uint64_t k) {
   return count;
 }
 
+RecipeFault CheckSettings(const CRecipeSettings& settings) {
+  const auto isWithin = [](double value, double least, double most) {
+    return value >= least && value <= most;
+  };
+  constexpr int32_t kMostIlluminants = 32;
+  const bool areCounts = settings.mostColorants >= 1 && settings.mostColorants <= kMostSubsetColorants &&
+                         settings.top >= 1 && settings.prerank >= 0 && settings.illuminants.GetSize() >= 1 &&
+                         settings.illuminants.GetSize() <= kMostIlluminants;
+  const bool areNumbers = isWithin(settings.leastAmount, 0.0, 1.0) && settings.tolerance >= 0.0 &&
+                          isWithin(settings.trace, 0.0, 1.0) && isWithin(settings.batchSize, 1e-100, 1e100) &&
+                          isWithin(settings.resolution, 0.0, 1e100) &&
+                          isWithin(settings.thickness, 0.0, 1e100) &&
+                          isWithin(settings.leastOpacity, 0.0, 100.0);
+  const bool areWeights =
+      settings.weights.IsEmpty() || settings.weights.GetSize() == settings.illuminants.GetSize();
+  double total = 0.0;
+  for (const double weight : settings.weights) {
+    if (!isWithin(weight, 0.0, 1e6)) return RecipeFault::kSettings;
+    total += weight;
+  }
+  const bool isWeighed = settings.weights.IsEmpty() || total > 0.0;
+  const bool isKnown = FindDifferenceSystem(settings.difference.system) != nullptr;
+  const bool hasBackings = !IsUnset(settings.black) && !IsUnset(settings.white);
+  const bool isOpacity = settings.leastOpacity == 0.0 || hasBackings;
+  return areCounts && areNumbers && areWeights && isWeighed && isKnown && isOpacity ? RecipeFault::kNone
+                                                                                    : RecipeFault::kSettings;
+}
+
+double RoundedToStep(double amount, double step, double add) {
+  if (step == 0.0) return amount;
+  const double steps = std::floor(amount / step + add);
+  const double inverse = 1.0 / step, whole = std::floor(inverse + 0.5);
+  constexpr double kWhole = 1e-9;
+  return whole >= 1.0 && std::fabs(inverse - whole) < kWhole * whole ? steps / whole : steps * step;
+}
+
 RecipeOutcome Offer::Make(const CColorantSystemData& system, const CRecipeSettings& settings) {
   const MixingLaw law = MixingLawOf(system.opticalModel);
   if (law == MixingLaw::kNone) return {RecipeFault::kNoMixingLaw};
   substrate = law == MixingLaw::kOneConstant ? SubstrateOf(system) : nullptr;
   if (law == MixingLaw::kOneConstant && substrate == nullptr) return {RecipeFault::kNoSubstrate};
+  if (substrate != nullptr) present.push_back(substrate->GetId());
   std::vector<uint32_t> known;
   double leastTogether = 0.0;
   RecipeOutcome outcome;
@@ -116,18 +154,21 @@ SubsetRange::SubsetRange(const Offer& offer, const CColorantRulesData& rules, in
   }
   const auto free = static_cast<int64_t>(size) - static_cast<int64_t>(required_.size());
   count_ = free < 0 ? 0 : Combinations(optional_.size(), static_cast<uint64_t>(free));
-  if (size < 2) return;  // a single colorant is always allowed
+  const auto isPresent = [&](uint32_t id) {
+    return std::find(offer.present.begin(), offer.present.end(), id) != offer.present.end();
+  };
+  if (size < 2 && offer.present.empty()) return;  // a single colorant is always allowed
   for (const CDWordArray1& row : rules.GetRules()) {
     std::vector<uint16_t> members;
     bool isComplete = !row.IsEmpty();
     for (const uint32_t id : row) {
-      if (offer.substrate != nullptr && offer.substrate->GetId() == id) continue;  // it is in every recipe
+      if (isPresent(id)) continue;
       const auto found = std::find_if(offer.colorants.begin(), offer.colorants.end(),
                                       [&](const OfferedColorant& c) { return c.component->GetId() == id; });
       isComplete = isComplete && found != offer.colorants.end();
       if (isComplete) members.push_back(static_cast<uint16_t>(found - offer.colorants.begin()));
     }
-    if (isComplete) rules_.push_back(members);
+    if (isComplete && !members.empty()) rules_.push_back(members);
   }
 }
 

@@ -27,6 +27,8 @@ struct Offer {
   double substrateCost = 0.0;
   bool hasSeveralLevels = false;  ///< some colorant's curves depend on its share
   bool hasLimits = false;         ///< some limit is other than 0 or 1
+  std::vector<uint32_t>
+      present;  ///< component ids that are in every recipe: what rules count beside the subset
 
   /// Makes the offer of a system under settings.
   RecipeOutcome Make(const CColorantSystemData& system, const CRecipeSettings& settings);
@@ -57,6 +59,13 @@ class SubsetRange {
   std::vector<uint16_t> required_, optional_;
   std::vector<std::vector<uint16_t>> rules_;  // of colorants on offer, each of at least one
 };
+
+/// kSettings for settings of a search that are out of their range.
+RecipeFault CheckSettings(const CRecipeSettings& settings);
+
+/// An amount in whole steps of a dispenser, rounded down after `add` of a step; as it is for a step of 0. Steps such as
+/// 0.1 are counted by their inverse, which is a whole number, so that 3 of them are 0.3.
+double RoundedToStep(double amount, double step, double add = 0.5);
 
 /// Number of ways to choose `k` of `n`; the largest uint64_t for that and more.
 uint64_t Combinations(uint64_t n, uint64_t k);

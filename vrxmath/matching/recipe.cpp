@@ -71,34 +71,6 @@ class CandidateList {
   std::vector<Candidate> candidates_;  // a heap, the worst in front
 };
 
-RecipeFault CheckSettings(const CRecipeSettings& settings) {
-  const auto isWithin = [](double value, double least, double most) {
-    return value >= least && value <= most;
-  };
-  constexpr int32_t kMostIlluminants = 32;
-  const bool areCounts = settings.mostColorants >= 1 && settings.mostColorants <= kMostSubsetColorants &&
-                         settings.top >= 1 && settings.prerank >= 0 && settings.illuminants.GetSize() >= 1 &&
-                         settings.illuminants.GetSize() <= kMostIlluminants;
-  const bool areNumbers = isWithin(settings.leastAmount, 0.0, 1.0) && settings.tolerance >= 0.0 &&
-                          isWithin(settings.trace, 0.0, 1.0) && isWithin(settings.batchSize, 1e-100, 1e100) &&
-                          isWithin(settings.resolution, 0.0, 1e100) &&
-                          isWithin(settings.thickness, 0.0, 1e100) &&
-                          isWithin(settings.leastOpacity, 0.0, 100.0);
-  const bool areWeights =
-      settings.weights.IsEmpty() || settings.weights.GetSize() == settings.illuminants.GetSize();
-  double total = 0.0;
-  for (const double weight : settings.weights) {
-    if (!isWithin(weight, 0.0, 1e6)) return RecipeFault::kSettings;
-    total += weight;
-  }
-  const bool isWeighed = settings.weights.IsEmpty() || total > 0.0;
-  const bool isKnown = FindDifferenceSystem(settings.difference.system) != nullptr;
-  const bool hasBackings = !IsUnset(settings.black) && !IsUnset(settings.white);
-  const bool isOpacity = settings.leastOpacity == 0.0 || hasBackings;
-  return areCounts && areNumbers && areWeights && isWeighed && isKnown && isOpacity ? RecipeFault::kNone
-                                                                                    : RecipeFault::kSettings;
-}
-
 class Search {
  public:
   Search(const CColorantSystemData& system, const CColorantRulesData& rules, const CRecipeSettings& settings)
@@ -345,7 +317,7 @@ class Search {
     const auto add = [&](const CComponent& component, double share, double price) {
       CDbFormulaElement line;
       line.componentId = static_cast<int32_t>(component.GetId());
-      line.amount = Rounded(share * settings_.batchSize);
+      line.amount = RoundedToStep(share * settings_.batchSize, settings_.resolution);
       recipe.formula.Add(line);
       cost += line.amount * price;
       total += line.amount;
@@ -360,17 +332,6 @@ class Search {
     }
     recipe.cost = cost;
     return isWhole && total > 0.0;
-  }
-
-  // An amount in whole steps of the dispenser. Steps such as 0.1 are counted by their inverse, which is a whole number, so
-  // that 3 of them are 0.3.
-  double Rounded(double amount) const {
-    if (settings_.resolution == 0.0) return amount;
-    const double steps = std::floor(amount / settings_.resolution + 0.5);
-    const double inverse = 1.0 / settings_.resolution, whole = std::floor(inverse + 0.5);
-    constexpr double kWhole = 1e-9;
-    return whole >= 1.0 && std::fabs(inverse - whole) < kWhole * whole ? steps / whole
-                                                                       : steps * settings_.resolution;
   }
 
   double OpacityOf(const CDbFormula& formula) const {

@@ -129,6 +129,9 @@ enum class RecipeFault {
   kTooManySubsets,       ///< `subsets` exceeds mostSubsets
   kSettings,             ///< a setting is out of its range; illuminants without a table
   kStopped,              ///< progress answered false
+  kBatchFormula,         ///< of a correction: the batch's formula is empty or cannot be predicted
+  kBatchNotMeasured,     ///< its curve has an unset or non-finite sample
+  kBatchBelowSurface,    ///< and lies at the floor of the surface correction
 };
 
 /// The fault of a search, with the component id that it concerns, and how many subsets there were.

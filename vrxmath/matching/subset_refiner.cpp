@@ -54,7 +54,7 @@ void SubsetRefiner::AddCurves(uint16_t colorant, double share, SpectralCurve& K,
 }
 
 void SubsetRefiner::Evaluate(const uint16_t* subset, std::size_t size, const Vector& shares,
-                             Point& point) const {
+                             const double* prices, Point& point) const {
   SpectralCurve K{}, S{}, R;
   std::array<SpectralCurve, kMost> dK, dS;
   if (problem_.baseK != nullptr) {
@@ -90,6 +90,10 @@ void SubsetRefiner::Evaluate(const uint16_t* subset, std::size_t size, const Vec
     addRow(problem_.importance[row / 3], y, dy);
     square = row % 3 == 0 ? y * y : square + y * y;
     point.worst = std::max(point.worst, square);
+  }
+  for (std::size_t i = 0; prices != nullptr && i < size; ++i) {
+    point.objective += prices[i] * shares[i];
+    point.gradient[i] += 0.5 * prices[i];  // gradients are halves, as of squares
   }
   for (std::size_t w = 0; problem_.curveWeights != nullptr && w < kWavelengths; ++w) {
     Vector dy{};
@@ -193,7 +197,8 @@ bool SubsetRefiner::Minimise(const Point& point, const Limits& limits, std::size
   return true;
 }
 
-void SubsetRefiner::Solve(const uint16_t* subset, int32_t count, SubsetSolution& solution) const {
+void SubsetRefiner::Solve(const uint16_t* subset, int32_t count, SubsetSolution& solution,
+                          const double* prices) const {
   const auto size = static_cast<std::size_t>(count);
   Limits limits{};
   Vector shares{};
@@ -208,7 +213,7 @@ void SubsetRefiner::Solve(const uint16_t* subset, int32_t count, SubsetSolution&
   constexpr int kMostSteps = 60;
   constexpr double kSettled = 1e-13;
   Point point;
-  Evaluate(subset, size, shares, point);
+  Evaluate(subset, size, shares, prices, point);
   for (int taken = 0; taken < kMostSteps; ++taken) {
     Vector step;
     if (!(point.objective < 1e290) || !Minimise(point, limits, size, shares, step)) return;
@@ -222,7 +227,7 @@ void SubsetRefiner::Solve(const uint16_t* subset, int32_t count, SubsetSolution&
       for (std::size_t i = 0; i < size; ++i) {
         moved[i] = std::min(std::max(shares[i] + way * step[i], limits.least[i]), limits.most[i]);
       }
-      Evaluate(subset, size, moved, next);
+      Evaluate(subset, size, moved, prices, next);
       if (next.objective <= point.objective) break;
     }
     if (!(next.objective < point.objective)) break;

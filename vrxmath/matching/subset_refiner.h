@@ -19,7 +19,9 @@ class SubsetRefiner {
 
   /// Gauss-Newton steps under the limits from the shares of `solution` on, which are moved within the limits first.
   /// Ends kInside also on a limit other than 0; kAtBound when a share is 0, kUnsolved when no shares obey the limits.
-  void Solve(const uint16_t* subset, int32_t size, SubsetSolution& solution) const;
+  /// `prices`, when given, add each share's price times the share to the objective.
+  void Solve(const uint16_t* subset, int32_t size, SubsetSolution& solution,
+             const double* prices = nullptr) const;
 
  private:
   static constexpr std::size_t kMost = kMostSubsetColorants;
@@ -36,7 +38,8 @@ class SubsetRefiner {
   };
 
   bool MoveWithin(const Limits& limits, std::size_t size, Vector& shares) const;
-  void Evaluate(const uint16_t* subset, std::size_t size, const Vector& shares, Point& point) const;
+  void Evaluate(const uint16_t* subset, std::size_t size, const Vector& shares, const double* prices,
+                Point& point) const;
   void AddCurves(uint16_t colorant, double share, SpectralCurve& K, SpectralCurve& S, SpectralCurve& dK,
                  SpectralCurve& dS) const;
   bool Minimise(const Point& point, const Limits& limits, std::size_t size, const Vector& shares,
