@@ -31,6 +31,7 @@ enum class CorrectionAim {
   kNearest,   ///< the nearest colour
 };
 
+/// What may be added to a batch, how much of it, and to what end.
 struct CCorrectionSettings {
   /// Choice, costs and criterion as for recipes; mostColorants counts the additions, 1 to 5. Limits of shares are not used,
   /// nor are the settings of order, batch size and opacity.
