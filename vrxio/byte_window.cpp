@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <utility>
 
 #include <vrxio/input_error.h>
@@ -11,6 +12,18 @@ namespace vrx::io {
 namespace {
 
 constexpr std::size_t kChunk = std::size_t{256} << 10;
+
+// In blocks whose count a byte holds, so that the compiler compares a whole register of bytes at a time.
+int64_t CountLineEnds(const char* at, const char* end) {
+  constexpr std::ptrdiff_t kBlock = 128;
+  int64_t count = 0;
+  for (; end - at >= kBlock; at += kBlock) {
+    uint8_t ends = 0;
+    for (std::ptrdiff_t i = 0; i < kBlock; ++i) ends = static_cast<uint8_t>(ends + (at[i] == '\n' ? 1 : 0));
+    count += ends;
+  }
+  return count + std::count(at, end, '\n');
+}
 
 }  // namespace
 
@@ -51,12 +64,14 @@ void ByteWindow::Skip(std::size_t count) {
   begin_ += count;
 }
 
+// The search looks at one byte in as many as `text` has where they do not occur in it (Horspool 1980).
 bool ByteWindow::SkipTo(std::string_view text) {
+  const std::boyer_moore_horspool_searcher searcher(text.begin(), text.end());
   while (true) {
     const std::string_view bytes = Bytes();
-    const std::size_t found = bytes.find(text);
-    if (found != std::string_view::npos) {
-      Skip(found);
+    const auto found = std::search(bytes.begin(), bytes.end(), searcher);
+    if (found != bytes.end()) {
+      Skip(static_cast<std::size_t>(found - bytes.begin()));
       return true;
     }
     Skip(bytes.size() - std::min(bytes.size(), text.size() - 1));
@@ -66,7 +81,7 @@ bool ByteWindow::SkipTo(std::string_view text) {
 
 int64_t ByteWindow::LineAhead(std::size_t ahead) const {
   const char* const start = buffer_.get() + begin_;
-  return line_ > 0 ? line_ + std::count(start, start + ahead, '\n') : 0;
+  return line_ > 0 ? line_ + CountLineEnds(start, start + ahead) : 0;
 }
 
 void ByteWindow::SeekTo(uint64_t offset, int64_t line) {

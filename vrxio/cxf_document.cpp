@@ -34,26 +34,6 @@ uint32_t CharacterOf(std::string_view reference) {
   return error == std::errc() && stop == end && character <= 0x10FFFF && !isSurrogate ? character : 0;
 }
 
-std::string Decoded(std::string_view text) {
-  std::string decoded;
-  while (!text.empty()) {
-    const std::size_t next = std::min(text.find('&'), text.size());
-    decoded += text.substr(0, next);
-    text.remove_prefix(next);
-    if (text.empty()) break;
-    const std::size_t end = text.substr(0, 12).find(';');
-    const uint32_t character = end == kNotFound ? 0 : CharacterOf(text.substr(1, end - 1));
-    if (character != 0) {
-      AppendUtf8(character, decoded);
-      text.remove_prefix(end + 1);
-    } else {
-      decoded += '&';
-      text.remove_prefix(1);
-    }
-  }
-  return decoded;
-}
-
 std::string_view WithoutSpace(std::string_view text) {
   while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
   while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
@@ -89,15 +69,17 @@ std::size_t MarkupWindow::Find(std::string_view text, std::size_t from) {
   }
 }
 
-// What follows the ">" of the tag whose "<" stands before `from`; a ">" between quotes does not count.
+// What follows the ">" of the tag whose "<" stands before `from`; a ">" between quotes does not count, and is kept in mind.
 std::size_t MarkupWindow::EndOfTag(std::size_t from) {
   char quote = 0;
   for (std::size_t at = from; Has(at + 1);) {
     const std::string_view bytes = window_.Bytes();
     for (; at < bytes.size(); ++at) {
       const char c = bytes[at];
+      if (c > '>') continue;  // letters: most of a tag
       if (quote != 0) {
         if (c == quote) quote = 0;
+        if (c == '>') quotedEnds_.push_back(static_cast<uint32_t>(at));
       } else if (c == '>') {
         return at + 1;
       } else if (c == '"' || c == '\'') {
@@ -111,25 +93,25 @@ std::size_t MarkupWindow::EndOfTag(std::size_t from) {
 }
 
 MarkupWindow::Tag MarkupWindow::NextTag(std::size_t from) {
+  if (from == 0) quotedEnds_.clear();
   while (true) {
     const std::size_t begin = Find("<", from);
     if (begin == kNotFound) return {};
     if (!Has(begin + 4)) Fail(window_.LineAhead(begin), "the file ends within a tag");
-    const std::string start(window_.Bytes().substr(begin, 4));  // the window moves on below
-    std::string_view terminator;
-    if (start.starts_with("<?")) {
-      terminator = "?>";
-    } else if (start == "<!--") {
+    const std::string_view start = window_.Bytes().substr(begin, 4);
+    if (start[1] != '?' && start[1] != '!') {
+      const bool isEnd = start[1] == '/';  // the window moves on below
+      const std::size_t end = EndOfTag(begin + 1);
+      const bool isEmpty = window_.Bytes()[end - 2] == '/';
+      return {isEnd ? Kind::kEnd : isEmpty ? Kind::kEmpty : Kind::kStart, begin, end};
+    }
+    std::string_view terminator = "?>";
+    if (start == "<!--") {
       terminator = "-->";
     } else if (start.starts_with("<![")) {
       terminator = "]]>";
-    } else if (start.starts_with("<!")) {
+    } else if (start[1] == '!') {
       Fail(window_.LineAhead(begin), "a document type has no place in CxF; entities are not read");
-    } else {
-      const std::size_t end = EndOfTag(begin + 1);
-      const bool isEnd = start[1] == '/';
-      const bool isEmpty = window_.Bytes()[end - 2] == '/';
-      return {isEnd ? Kind::kEnd : isEmpty ? Kind::kEmpty : Kind::kStart, begin, end};
     }
     const std::size_t end = Find(terminator, begin + 2);
     if (end == kNotFound) Fail(window_.LineAhead(begin), "what begins here is not ended");
@@ -146,6 +128,7 @@ std::string_view MarkupWindow::NameOf(const Tag& tag) const {
 
 std::string_view MarkupWindow::TakeElement(const Tag& start) {
   window_.Skip(start.begin);
+  for (uint32_t& at : quotedEnds_) at -= static_cast<uint32_t>(start.begin);
   std::size_t end = start.end - start.begin;
   for (int depth = start.kind == Kind::kStart ? 1 : 0; depth > 0;) {
     const Tag tag = NextTag(end);
@@ -170,34 +153,66 @@ void MarkupWindow::SkipElement(const Tag& start) {
   }
 }
 
+bool TakeAttribute(std::string_view& tag, MarkupAttribute& attribute) {
+  std::size_t at = 0;
+  while (at < tag.size() && IsSpace(tag[at])) ++at;
+  std::size_t end = at;
+  while (end < tag.size() && !IsSpace(tag[end]) && tag[end] != '=') ++end;
+  attribute.name = tag.substr(at, end - at);
+  while (end < tag.size() && tag[end] != '"' && tag[end] != '\'') ++end;
+  if (end >= tag.size()) return false;
+  const std::size_t close = tag.find(tag[end], end + 1);
+  if (close == kNotFound) return false;
+  attribute.value = tag.substr(end + 1, close - end - 1);
+  tag.remove_prefix(close + 1);
+  return true;
+}
+
+std::string_view AttributesOf(std::string_view tag) {
+  return {std::find_if(tag.begin(), tag.end(), IsSpace), tag.end()};
+}
+
 bool AttributeOf(std::string_view tag, std::string_view name, std::string& value) {
-  std::size_t at = 1;
-  while (at < tag.size() && !IsSpace(tag[at])) ++at;
-  while (at < tag.size()) {
-    while (at < tag.size() && IsSpace(tag[at])) ++at;
-    std::size_t end = at;
-    while (end < tag.size() && !IsSpace(tag[end]) && tag[end] != '=') ++end;
-    const std::string_view found = tag.substr(at, end - at);
-    while (end < tag.size() && tag[end] != '"' && tag[end] != '\'') ++end;
-    if (end >= tag.size()) return false;
-    const std::size_t close = tag.find(tag[end], end + 1);
-    if (close == kNotFound) return false;
-    if (found == name) {
-      value = Decoded(tag.substr(end + 1, close - end - 1));
-      return true;
-    }
-    at = close + 1;
+  MarkupAttribute attribute;
+  for (std::string_view rest = AttributesOf(tag); TakeAttribute(rest, attribute);) {
+    if (attribute.name != name) continue;
+    value = DecodedMarkup(attribute.value);
+    return true;
   }
   return false;
 }
 
+std::string DecodedMarkup(std::string_view text) {
+  std::string decoded;
+  while (!text.empty()) {
+    const std::size_t next = std::min(text.find('&'), text.size());
+    decoded += text.substr(0, next);
+    text.remove_prefix(next);
+    if (text.empty()) break;
+    const std::size_t end = text.substr(0, 12).find(';');
+    const uint32_t character = end == kNotFound ? 0 : CharacterOf(text.substr(1, end - 1));
+    if (character != 0) {
+      AppendUtf8(character, decoded);
+      text.remove_prefix(end + 1);
+    } else {
+      decoded += '&';
+      text.remove_prefix(1);
+    }
+  }
+  return decoded;
+}
+
 // An element ----------------------------------------------------------------------------------------------
 
-// Each byte becomes one unit, so that the offsets of the elements are those of the bytes.
-bool MarkupElement::Parse(std::string_view bytes, int64_t line) {
+// Each byte becomes one unit, so that the offsets of the elements are those of the bytes. The reader of markup ends a tag at
+// the first ">", so it is shown another character for those that end none.
+bool MarkupElement::Parse(std::string_view bytes, std::span<const uint32_t> quotedEnds, int64_t line) {
   bytes_ = bytes;
   line_ = line;
-  return xml_.SetDocBytes(bytes.data(), static_cast<int32_t>(bytes.size()));
+  if (quotedEnds.empty()) return xml_.SetDocBytes(bytes.data(), static_cast<int32_t>(bytes.size()));
+  std::string shown(bytes);
+  for (const uint32_t at : quotedEnds) shown[at] = '.';
+  return xml_.SetDocBytes(shown.data(), static_cast<int32_t>(shown.size()));
 }
 
 std::string_view MarkupElement::StartTag(int32_t element) const {
@@ -233,7 +248,7 @@ std::string_view MarkupElement::RawText(int32_t element) const {
 }
 
 std::string MarkupElement::Text(int32_t element) const {
-  return Decoded(WithoutSpace(RawText(element)));
+  return DecodedMarkup(WithoutSpace(RawText(element)));
 }
 
 std::string MarkupElement::TextOf(int32_t element, std::string_view child) const {

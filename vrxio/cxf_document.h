@@ -6,9 +6,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <vrxio/byte_window.h>
 #include <vrxmath/support/xml_reader.h>
@@ -36,6 +38,8 @@ class MarkupWindow {
   std::string_view NameOf(const Tag& tag) const;
   /// The bytes of the element that begins with `start`, which the position then stands behind. Valid until the next call.
   std::string_view TakeElement(const Tag& start);
+  /// In those bytes, the places of the ">" that stand in attribute values and end no tag.
+  std::span<const uint32_t> QuotedEnds() const { return quotedEnds_; }
   /// Passes over such an element, however long it is.
   void SkipElement(const Tag& start);
   void Skip(std::size_t count) { window_.Skip(count); }
@@ -53,16 +57,31 @@ class MarkupWindow {
   std::size_t EndOfTag(std::size_t from);
 
   ByteWindow window_;
+  std::vector<uint32_t> quotedEnds_;  // since a search from the position
 };
+
+/// An attribute of a start tag, its value as it stands.
+struct MarkupAttribute {
+  std::string_view name, value;
+};
+
+/// The attributes of the start tag `tag`: what follows its name.
+std::string_view AttributesOf(std::string_view tag);
+/// Takes the next one off them; false when there is none that is complete.
+bool TakeAttribute(std::string_view& attributes, MarkupAttribute& attribute);
+/// An attribute of the start tag `tag`, decoded; false when there is none.
+bool AttributeOf(std::string_view tag, std::string_view name, std::string& value);
+/// A text with the predefined entities and the numeric references resolved; others stay.
+std::string DecodedMarkup(std::string_view text);
 
 /// One element, parsed.
 class MarkupElement {
  public:
   /// `prefix` is that of the elements that count, with its colon.
   void SetPrefix(std::string prefix) { prefix_ = std::move(prefix); }
-  /// Parses `bytes`, which begin in `line` and must outlive the element. False when they are not well formed; Error says
-  /// why.
-  bool Parse(std::string_view bytes, int64_t line);
+  /// Parses `bytes`, which begin in `line` and must outlive the element; `quotedEnds` is what MarkupWindow found there. False
+  /// when they are not well formed; Error says why.
+  bool Parse(std::string_view bytes, std::span<const uint32_t> quotedEnds, int64_t line);
   std::string Error() const { return xml_.GetError().ToUtf8(); }
   std::size_t Size() const { return bytes_.size(); }
 
@@ -74,6 +93,8 @@ class MarkupElement {
   int32_t Child(int32_t element, std::string_view name) const;
   /// The name without the prefix; empty for an element of another one.
   std::string_view Name(int32_t element) const;
+  /// All attributes, for TakeAttribute.
+  std::string_view Attributes(int32_t element) const { return AttributesOf(StartTag(element)); }
   /// An attribute's value, decoded; false when there is none.
   bool Attribute(int32_t element, std::string_view name, std::string& value) const;
   /// The text, decoded and without the blanks about it.
@@ -93,9 +114,6 @@ class MarkupElement {
   std::string_view bytes_;
   int64_t line_ = 0;
 };
-
-/// An attribute of the start tag `tag`, decoded; false when there is none.
-bool AttributeOf(std::string_view tag, std::string_view name, std::string& value);
 
 }  // namespace vrx::io
 

@@ -33,16 +33,6 @@ bool IsSpace(char c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-// The next word of a text, taken off it; empty at its end.
-std::string_view TakeWord(std::string_view& text) {
-  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
-  std::size_t end = 0;
-  while (end < text.size() && !IsSpace(text[end])) ++end;
-  const std::string_view word = text.substr(0, end);
-  text.remove_prefix(end);
-  return word;
-}
-
 std::string ShortNumber(double value) {
   char text[32];
   return {text, std::to_chars(text, text + sizeof text, value).ptr};
@@ -282,7 +272,8 @@ class CxfReader final : public MeasurementReader {
       const Tag tag = markup_.NextTag(0);
       if (tag.kind == Kind::kEnd || tag.kind == Kind::kNone) return;
       const int64_t line = markup_.Window().LineAhead(tag.begin);
-      if (!xml_.Parse(markup_.TakeElement(tag), line)) markup_.Fail(line, xml_.Error());
+      const std::string_view bytes = markup_.TakeElement(tag);
+      if (!xml_.Parse(bytes, markup_.QuotedEnds(), line)) markup_.Fail(line, xml_.Error());
       if (xml_.Name(1) == "ColorSpecification") ReadMeasuring(line);
       markup_.Skip(TakenBytes());
     }
@@ -342,7 +333,7 @@ class CxfReader final : public MeasurementReader {
     objectLine_ = markup_.Window().LineAhead(tag.begin);
     objectOffset_ = markup_.Window().Offset() + tag.begin;
     const std::string_view bytes = markup_.TakeElement(tag);
-    if (!xml_.Parse(bytes, objectLine_)) markup_.Fail(objectLine_, xml_.Error());
+    if (!xml_.Parse(bytes, markup_.QuotedEnds(), objectLine_)) markup_.Fail(objectLine_, xml_.Error());
     if (!IsUtf8(bytes)) markup_.Fail(objectLine_, "the text is not UTF-8");
     if (xml_.Name(1) == "Object") {
       ReadNames();
@@ -353,12 +344,19 @@ class CxfReader final : public MeasurementReader {
   }
 
   void ReadNames() {
-    std::string identifier, type;
     id_.clear();
     name_.clear();
-    if (!xml_.Attribute(1, "Name", id_)) Deviates(objectLine_, "Object has no Name");
-    if (!xml_.Attribute(1, "Id", identifier)) Deviates(objectLine_, "Object has no Id");
-    if (!xml_.Attribute(1, "ObjectType", type)) Deviates(objectLine_, "Object has no ObjectType");
+    std::string identifier;
+    bool hasName = false, hasId = false, hasType = false;
+    MarkupAttribute attribute;
+    for (std::string_view rest = xml_.Attributes(1); TakeAttribute(rest, attribute);) {
+      if (attribute.name == "Name" && !std::exchange(hasName, true)) id_ = DecodedMarkup(attribute.value);
+      if (attribute.name == "Id" && !std::exchange(hasId, true)) identifier = DecodedMarkup(attribute.value);
+      hasType = hasType || attribute.name == "ObjectType";
+    }
+    if (!hasName) Deviates(objectLine_, "Object has no Name");
+    if (!hasId) Deviates(objectLine_, "Object has no Id");
+    if (!hasType) Deviates(objectLine_, "Object has no ObjectType");
     if (id_.empty()) id_ = identifier;
     if (comparesIds_ && !identifier.empty() && ids_.size() < kMaxIds &&
         !ids_.insert(std::hash<std::string>()(identifier)).second) {
@@ -377,16 +375,32 @@ class CxfReader final : public MeasurementReader {
   }
 
   void ReadValues(int32_t colorValues) {
+    bool hasColors = false;
     for (int32_t value = colorValues > 0 ? xml_.FirstChild(colorValues) : 0; value > 0;
          value = xml_.NextSibling(value)) {
       const std::string_view kind = xml_.Name(value);
-      if (kind == "ReflectanceSpectrum") ReadSpectrum(value);
-      if (kind == "TransmittanceSpectrum" || kind == "EmissiveSpectrum" || kind == "CustomSpectrum") {
+      if (kind == "ReflectanceSpectrum") {
+        ReadSpectrum(value);
+      } else if (kind == "TransmittanceSpectrum" || kind == "EmissiveSpectrum" || kind == "CustomSpectrum") {
         Note(std::string(kind) + " is not a reflectance");
+      } else {
+        hasColors = true;
       }
     }
-    for (int32_t value = colorValues > 0 ? xml_.FirstChild(colorValues) : 0; value > 0;
-         value = xml_.NextSibling(value)) {
+    if (hasColors) ReadColors(colorValues);
+    for (Sample& sample : samples_) {
+      if (sample.layout == nullptr) sample.layout = LayoutOf(sample.measuring, {});
+      if (!geometriesDiffer_ || sample.geometry != kNoGeometry) continue;
+      constexpr int32_t kM0 = 42;
+      const MeasuringConditions& conditions = sample.layout->conditions;
+      sample.geometry = conditions.geometry;
+      if (onlyConditionsDiffer_ && conditions.mCondition >= 0) sample.geometry = kM0 + conditions.mCondition;
+    }
+  }
+
+  // The colours find their samples among the spectra, so all of those come first.
+  void ReadColors(int32_t colorValues) {
+    for (int32_t value = xml_.FirstChild(colorValues); value > 0; value = xml_.NextSibling(value)) {
       const std::string_view kind = xml_.Name(value);
       if (kind == "ColorCIELab") SampleOf(value).lab = Triple(value, {"L", "A", "B"});
       if (kind == "ColorCIEXYZ") SampleOf(value).xyz = Triple(value, {"X", "Y", "Z"});
@@ -395,14 +409,6 @@ class CxfReader final : public MeasurementReader {
         constexpr double kRadians = 0.017453292519944444;
         SampleOf(value).lab = {lch[0], lch[1] * Cos(lch[2] * kRadians), lch[1] * Sin(lch[2] * kRadians)};
       }
-    }
-    for (Sample& sample : samples_) {
-      if (sample.layout == nullptr) sample.layout = LayoutOf(sample.measuring, {});
-      if (!geometriesDiffer_ || sample.geometry != kNoGeometry) continue;
-      constexpr int32_t kM0 = 42;
-      const MeasuringConditions& conditions = sample.layout->conditions;
-      sample.geometry = conditions.geometry;
-      if (onlyConditionsDiffer_ && conditions.mCondition >= 0) sample.geometry = kM0 + conditions.mCondition;
     }
   }
 
@@ -455,25 +461,40 @@ class CxfReader final : public MeasurementReader {
   void ReadSpectrum(int32_t element) {
     Sample& sample = AddSample(MeasuringOf(element));
     sample.firstValue = values_.size();
-    std::string_view text = xml_.RawText(element);
-    for (std::string_view word = TakeWord(text); !word.empty(); word = TakeWord(text)) {
-      double percent = 0;
-      if (!ParseFractionAsPercent(word, percent)) {
-        markup_.Fail(xml_.Line(element), "\"" + Shown(word) + "\" is not a number");
-      }
-      if (!(percent > 100 * kLeastFraction && percent < 100 * kLargestFraction) && !options_.force) {
-        markup_.Fail(xml_.Line(element),
-                     "the reflectance " + Shown(word) +
-                         " is no fraction between -0.1 and 3, as CxF has them; --force takes it");
-      }
-      values_.push_back(percent);
-      if (values_.size() - sample.firstValue > kMaxValues)
-        markup_.Fail(xml_.Line(element), "more than 10000 values");
-    }
+    ReadFractions(element);
     sample.count = values_.size() - sample.firstValue;
     xml_.Attribute(element, "MeasureDate", sample.date);
     sample.layout = LayoutOf(sample.measuring, Range(element, sample));
     sample.geometry = AngleOf(element, sample.measuring);
+  }
+
+  // The numbers of an element, as percent behind those that are there. Behind its text stands the "<" of a tag.
+  void ReadFractions(int32_t element) {
+    const std::string_view text = xml_.RawText(element);
+    const std::size_t most = values_.size() + kMaxValues;
+    const char* const end = text.data() + text.size();
+    for (const char* at = text.data(); at < end;) {
+      if (IsSpace(*at)) {
+        ++at;
+        continue;
+      }
+      double percent = 0;
+      const char* stop = ParseShortDecimal<2>(at, '.', percent);
+      if (stop == nullptr || (stop < end && !IsSpace(*stop))) {
+        stop = std::find_if(at, end, IsSpace);
+        if (!ParseFractionAsPercent({at, stop}, percent)) {
+          markup_.Fail(xml_.Line(element), "\"" + Shown({at, stop}) + "\" is not a number");
+        }
+      }
+      if (!(percent > 100 * kLeastFraction && percent < 100 * kLargestFraction) && !options_.force) {
+        markup_.Fail(xml_.Line(element),
+                     "the reflectance " + Shown({at, stop}) +
+                         " is no fraction between -0.1 and 3, as CxF has them; --force takes it");
+      }
+      if (values_.size() == most) markup_.Fail(xml_.Line(element), "more than 10000 values");
+      values_.push_back(percent);
+      at = stop;
+    }
   }
 
   // The wavelengths of a spectrum: first, step and count.

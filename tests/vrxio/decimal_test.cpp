@@ -12,6 +12,7 @@
 namespace {
 
 using vrx::io::ParseDecimal;
+using vrx::io::ParseFractionAsPercent;
 using vrx::io::ParseShortDecimal;
 
 double Oracle(const std::string& text) {
@@ -30,6 +31,10 @@ void ExpectBothExact(const std::string& text) {
   if (const char* const end = ParseShortDecimal(line.c_str(), '.', value)) {
     EXPECT_EQ(end, line.c_str() + text.size()) << text;
     EXPECT_EQ(std::bit_cast<uint64_t>(value), expected) << text;
+  }
+  double percent = 0;
+  if (ParseShortDecimal<2>(line.c_str(), '.', value) != nullptr && ParseFractionAsPercent(text, percent)) {
+    EXPECT_EQ(std::bit_cast<uint64_t>(value), std::bit_cast<uint64_t>(percent)) << text;
   }
 }
 

@@ -109,6 +109,11 @@ TEST(MeasurementFiles, EveryFormGivesTheSameSample) {
       // CxF3, with any prefix.
       {Cxf(kSpectrum, kMeasuring), std::string("a & \xC3\xA9||-1|") + kCurve},
       {Cxf(kSpectrum, kMeasuring, ""), std::string("a & \xC3\xA9||-1|") + kCurve},
+      {Cxf("<@ReflectanceSpectrum Name='a > b' ColorSpecification=\"s\">\n0.1 +.205\t3.0e-1 "
+           "</@ReflectanceSpectrum>"
+           "<@ColorSRGB Name='->'/>",
+           kMeasuring),
+       std::string("a & \xC3\xA9||-1|") + kCurve},
       {Cxf("<@ColorCIEXYZ ColorSpecification=\"s\"><@X>1</@X><@Y>2</@Y><@Z>3</@Z></@ColorCIEXYZ>"
            "<@ColorCIELCh ColorSpecification=\"s\"><@L>50</@L><@C>10</@C><@H>180</@H></@ColorCIELCh>",
            kMeasuring, "q:"),

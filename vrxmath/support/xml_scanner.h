@@ -59,7 +59,7 @@ class XmlScanner {
            Between(position, position + static_cast<int32_t>(text.size())) == text;
   }
 
-  /// The first `unit` at or after `from`. Four units are compared at a time: x ^ pattern has a zero 16-bit
+  /// The first `unit` at or after `from`. Eight units are compared at a time: x ^ pattern has a zero 16-bit
   /// lane where they are equal, and (x - 1) & ~x has the top bit of some lane set just when one is zero.
   int32_t Find(WideChar unit, int32_t from) const {
     constexpr uint64_t kOnes = 0x0001000100010001;
@@ -67,11 +67,13 @@ class XmlScanner {
     const uint64_t pattern = unit * kOnes;
     const WideChar* at = text_ + from;
     const WideChar* const end = text_ + length_;
-    for (; end - at >= 4; at += 4) {
-      uint64_t lanes;
-      std::memcpy(&lanes, at, sizeof lanes);
-      lanes ^= pattern;
-      if (((lanes - kOnes) & ~lanes & kTops) != 0) break;
+    for (; end - at >= 8; at += 8) {
+      uint64_t lanes[2];
+      std::memcpy(lanes, at, sizeof lanes);
+      lanes[0] ^= pattern;
+      lanes[1] ^= pattern;
+      const uint64_t zeros = ((lanes[0] - kOnes) & ~lanes[0]) | ((lanes[1] - kOnes) & ~lanes[1]);
+      if ((zeros & kTops) != 0) break;
     }
     for (; at < end; ++at) {
       if (*at == unit) return static_cast<int32_t>(at - text_);
