@@ -43,11 +43,11 @@ check_tidy() {
 }
 
 # Runs the fuzz targets from their seeds, as many at a time as there are cores. New inputs go to the build folder. The
-# targets of whole commands and of measurement files are for long runs by hand (HACKING.md).
+# target of whole commands is for long runs by hand (HACKING.md).
 fuzz() {
   folder=build/asan-ubsan/fuzz
   mkdir -p "$folder/found"
-  grep -vx -e tool -e measurement_files "$folder/targets.txt" > "$folder/short.txt"
+  grep -vx -e tool "$folder/targets.txt" > "$folder/short.txt"
   xargs -P "$jobs" -I NAME sh -c "
     mkdir -p $folder/found/NAME
     $folder/fuzz_NAME -max_total_time=${VRX_FUZZ_SECONDS:-30} -max_len=4096 -timeout=10 -rss_limit_mb=1024 \

@@ -11,7 +11,7 @@ namespace vrx::io {
 
 namespace {
 
-constexpr std::size_t kChunk = std::size_t{256} << 10;
+constexpr std::size_t kLargestChunk = std::size_t{256} << 10;
 
 // In blocks whose count a byte holds, so that the compiler compares a whole register of bytes at a time.
 int64_t CountLineEnds(const char* at, const char* end) {
@@ -27,10 +27,13 @@ int64_t CountLineEnds(const char* at, const char* end) {
 
 }  // namespace
 
+// A file that is shorter than a chunk is read whole, with its end.
 ByteWindow::ByteWindow(InputStream input)
     : input_(std::move(input)),
-      buffer_(std::make_unique_for_overwrite<char[]>(2 * kChunk + 1)),
-      capacity_(2 * kChunk) {}
+      chunk_(input_.size > 0 ? static_cast<std::size_t>(std::min<uint64_t>(input_.size + 1, kLargestChunk))
+                             : kLargestChunk),
+      buffer_(std::make_unique_for_overwrite<char[]>(2 * chunk_ + 1)),
+      capacity_(2 * chunk_) {}
 
 bool ByteWindow::More() {
   if (atEnd_) return false;
@@ -44,18 +47,18 @@ bool ByteWindow::More() {
     throw InputError(input_.name + ", line " + std::to_string(line_) +
                      ": what begins here is longer than 16 MiB");
   }
-  if (capacity_ - used_ < kChunk) {
+  if (capacity_ - used_ < chunk_) {
     auto larger = std::make_unique_for_overwrite<char[]>(2 * capacity_ + 1);
     std::memcpy(larger.get(), buffer_.get(), used_);
     buffer_ = std::move(larger);
     capacity_ *= 2;
   }
-  input_.stream->read(buffer_.get() + used_, static_cast<std::streamsize>(kChunk));
+  input_.stream->read(buffer_.get() + used_, static_cast<std::streamsize>(chunk_));
   if (input_.stream->bad()) throw InputError(input_.name + ": cannot be read");
   const auto got = static_cast<std::size_t>(input_.stream->gcount());
   used_ += got;
   buffer_[used_] = '\n';
-  atEnd_ = got < kChunk;
+  atEnd_ = got < chunk_;
   return got > 0;
 }
 

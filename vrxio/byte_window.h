@@ -42,6 +42,7 @@ class ByteWindow {
 
  private:
   InputStream input_;
+  std::size_t chunk_;  // bytes asked for at a time
   std::unique_ptr<char[]> buffer_;
   std::size_t capacity_;
   uint64_t offset_ = 0;  // of the buffer in the file

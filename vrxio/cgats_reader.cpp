@@ -73,6 +73,8 @@ struct Table {
   int64_t declaredSets = -1;
   bool tabsSeparate = false;
   std::size_t linesPerRow = 1;
+  std::vector<std::string>
+      pairWavelengths;  // by field: the text of the wavelength that every row must have there
   bool isScaleKnown = false;
 };
 
@@ -185,7 +187,6 @@ class CgatsReader final : public MeasurementReader {
 
   void ReadFields(std::string_view rest) {
     fields_.clear();
-    roles_.clear();
     while (true) {
       for (std::string_view word = TakeWord(rest); !word.empty(); word = TakeWord(rest)) {
         if (word == "END_DATA_FORMAT") return;
@@ -207,8 +208,8 @@ class CgatsReader final : public MeasurementReader {
     } else if (word == "SPECTRAL_NORM") {
       if (!isNumber || !(number > 0)) Fail("SPECTRAL_NORM is no number above 0");
       norm_ = number;
-    } else {
-      TakeCondition(word, value, conditions_);
+    } else if (TakeCondition(word, value, conditions_) && !IsUtf8(value)) {
+      Fail("a text is not UTF-8; --latin1 reads files in Latin-1");
     }
   }
 
@@ -223,8 +224,9 @@ class CgatsReader final : public MeasurementReader {
       Note("NUMBER_OF_FIELDS is " + std::to_string(declaredFields_) + ", but " +
            std::to_string(fields_.size()) + " are named");
     }
-    const bool hasValues = std::ranges::any_of(
-        fields_, [](const std::string& field) { return MeaningOf(field).role >= ColumnRole::kWavelength; });
+    const bool hasValues = std::ranges::any_of(fields_, [](const std::string& field) {
+      return MeaningOf(field).role >= ColumnRole::kWavelength || IsPairValue(field);
+    });
     if (!hasValues) {
       Note("a table without curves and colours, line " + std::to_string(line_));
       return false;
@@ -240,18 +242,19 @@ class CgatsReader final : public MeasurementReader {
     }
     if (tables_.size() == kMaxTables) Fail("more than 1000 tables");
     auto table = std::make_unique<Table>();
+    window_.Skip(std::exchange(pending_, 0));
+    table->firstRow = window_.Offset();
+    table->firstLine = window_.Line();
+    NameFields(*table);
     table->columns =
-        SampleColumns(fields_, options_, true, [this](std::size_t column, const std::string& reason) {
+        SampleColumns(names_, options_, true, [this](std::size_t column, const std::string& reason) {
           const std::string field =
-              column < fields_.size() ? ", field " + fields_[column].substr(0, 40) : std::string();
+              column < names_.size() ? ", field " + names_[column].substr(0, 40) : std::string();
           FailAt(line_, reason + field);
         });
     if (!table->columns.Unused().empty()) Note("fields that are not used: " + table->columns.Unused());
     table->fields = fields_.size();
     table->declaredSets = declaredSets_;
-    window_.Skip(std::exchange(pending_, 0));
-    table->firstRow = window_.Offset();
-    table->firstLine = window_.Line();
     LookAtRows(*table);
     table_ = table.get();
     table_->layout = &table_->columns.Begin(conditions_, scale_);
@@ -266,6 +269,42 @@ class CgatsReader final : public MeasurementReader {
       if (TakeWord(line) == "END_DATA") return;
     }
     Fail("the file ends within a table");
+  }
+
+  static bool IsPairValue(std::string_view field) {
+    return field == "SPECTRAL_PCT" || field == "SPECTRAL_DEC";
+  }
+
+  // The fields as columns. Where they come in pairs, SPECTRAL_NM and SPECTRAL_PCT or SPECTRAL_DEC, the wavelengths stand in the
+  // rows: those of the first row are taken, and every other row must have the same.
+  void NameFields(Table& table) {
+    names_ = fields_;
+    roles_.clear();
+    hasPairs_ = false;
+    const std::vector<std::string_view> lines = FirstRows();
+    std::vector<std::string_view> row;
+    for (std::size_t i = 0; i + 1 < fields_.size(); ++i) {
+      if (fields_[i] != "SPECTRAL_NM" || !IsPairValue(fields_[i + 1])) continue;
+      if (!std::exchange(hasPairs_, true)) row = FirstRow(lines);
+      if (row.size() < fields_.size()) Fail("the first row is short, or there is none");
+      names_[i + 1] = "nm" + std::string(row[i]);
+      if (WavelengthOf(names_[i + 1]) == 0) Fail("\"" + Shown(row[i]) + "\" is no wavelength in nm");
+      table.pairWavelengths.resize(fields_.size());
+      table.pairWavelengths[i] = row[i];
+      isDecimal_ = fields_[i + 1] == "SPECTRAL_DEC";
+    }
+  }
+
+  std::vector<std::string_view> FirstRow(const std::vector<std::string_view>& lines) const {
+    std::vector<std::string_view> row;
+    for (const std::string_view line : lines) {
+      const std::vector<std::string_view> fields = TabFields(line);
+      const std::vector<std::string_view> words = WordsOf(line);
+      if (row.empty() && words.size() != fields_.size() && fields.size() == fields_.size()) return fields;
+      row.insert(row.end(), words.begin(), words.end());
+      if (row.size() >= fields_.size()) break;
+    }
+    return row;
   }
 
   // What the first rows show: how fields are separated, how many lines a row has, and the scale.
@@ -321,9 +360,8 @@ class CgatsReader final : public MeasurementReader {
   }
 
   ColumnRole MeaningRole(std::size_t field) {
-    if (roles_.size() != fields_.size()) {
-      roles_.clear();
-      for (const std::string& name : fields_) roles_.push_back(MeaningOf(name).role);
+    if (roles_.empty()) {
+      for (const std::string& name : names_) roles_.push_back(MeaningOf(name).role);
     }
     return roles_[field];
   }
@@ -341,6 +379,8 @@ class CgatsReader final : public MeasurementReader {
       scale_ = {1, true, options_.force};
     } else if (norm_ > 0) {
       scale_.norm = norm_;
+    } else if (hasPairs_) {
+      if (isDecimal_) scale_ = {1, false, true};
     } else if (largest <= kSurelyFraction) {
       scale_ = {1, false, true};
       Note("values are taken for fractions of 1: none of the first ones is above 1.5");
@@ -455,10 +495,21 @@ class CgatsReader final : public MeasurementReader {
   }
 
   void TakeText(const SampleColumns::Run& run, std::string_view text, Measurement& sample) {
+    if (run.meaning.role == ColumnRole::kPairWavelength) return CheckWavelength(run.column, text);
     if (run.meaning.role != ColumnRole::kDevice && !IsUtf8(text)) {
       Fail("a text is not UTF-8; --latin1 reads files in Latin-1");
     }
     table_->columns.TakeText(run, text, sample);
+  }
+
+  void CheckWavelength(std::size_t field, std::string_view text) const {
+    if (table_->pairWavelengths.empty() || table_->pairWavelengths[field] == text) return;
+    double first = 0, here = 0;
+    const std::string& expected = table_->pairWavelengths[field];
+    if (expected.empty()) return;
+    if (ParseDecimal(expected, ',', first) && ParseDecimal(text, ',', here) && first == here) return;
+    Fail("field " + std::to_string(field + 1) + ": the wavelength is " + Shown(text) + ", and " +
+         Shown(expected) + " in the first row");
   }
 
   void TakeNumber(std::string_view word, std::size_t field, double& value) const {
@@ -492,7 +543,9 @@ class CgatsReader final : public MeasurementReader {
   // What the keywords before a table say.
   MeasuringConditions conditions_;
   std::vector<std::string> fields_;
-  std::vector<ColumnRole> roles_;
+  std::vector<std::string> names_;  // the fields, those of pairs by their wavelengths
+  std::vector<ColumnRole> roles_;   // of the names
+  bool hasPairs_ = false, isDecimal_ = false;
   int64_t declaredSets_ = -1, declaredFields_ = -1;
   double norm_ = 0;
   ValueScale scale_;

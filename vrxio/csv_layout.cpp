@@ -7,6 +7,7 @@
 #include <vrxio/decimal.h>
 #include <vrxio/headings.h>
 #include <vrxio/input_error.h>
+#include <vrxio/text.h>
 
 namespace vrx::io {
 namespace {
@@ -24,7 +25,7 @@ struct Line {
   std::vector<std::string> fields;
 };
 
-std::string_view Trimmed(std::string_view text) {
+std::string_view TrimmedLine(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r";
   const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return {};
@@ -51,7 +52,7 @@ std::vector<std::string> FieldsOf(std::string_view text, char separator) {
       fields.back() += c;
     }
   }
-  for (std::string& field : fields) field = Trimmed(field);
+  for (std::string& field : fields) field = TrimmedLine(field);
   while (fields.size() > 1 && fields.back().empty()) fields.pop_back();
   return fields;
 }
@@ -61,7 +62,7 @@ std::vector<Line> LinesOf(std::string_view beginning) {
   std::size_t offset = beginning.starts_with("\xEF\xBB\xBF") ? 3 : 0;
   for (int64_t number = 1; offset < beginning.size() && lines.size() < kMostLines; ++number) {
     const std::size_t end = std::min(beginning.find('\n', offset), beginning.size());
-    const std::string_view text = Trimmed(beginning.substr(offset, end - offset));
+    const std::string_view text = TrimmedLine(beginning.substr(offset, end - offset));
     if (!text.empty()) {
       lines.push_back({offset, number, text, SeparatorOf(text), {}});
       lines.back().fields = FieldsOf(text, lines.back().separator);
@@ -142,7 +143,7 @@ bool TakeRemark(std::string_view text, MeasuringConditions& conditions) {
   while (text.starts_with('#') || text.starts_with(' ')) text.remove_prefix(1);
   const std::size_t end = text.find_first_of(":=;,\t");
   if (end == std::string_view::npos) return false;
-  std::string_view value = Trimmed(text.substr(end + 1));
+  std::string_view value = TrimmedLine(text.substr(end + 1));
   while (!value.empty() && std::string_view(":=;,\t\" ").find(value.front()) != std::string_view::npos) {
     value.remove_prefix(1);
   }
@@ -186,7 +187,11 @@ class LayoutFinder {
   void StartAt(std::size_t end) {
     for (std::size_t i = 0; i < end; ++i) {
       layout_.dialect.skipComments = layout_.dialect.skipComments || IsComment(i);
-      if (!TakeRemark(lines_[i].text, layout_.conditions)) ++layout_.unusedLines;
+      if (!TakeRemark(lines_[i].text, layout_.conditions)) {
+        ++layout_.unusedLines;
+      } else if (!IsUtf8(lines_[i].text)) {
+        Fail(lines_[i], "the text is not UTF-8; --latin1 reads files in Latin-1");
+      }
     }
     layout_.dialect.headerOffset = lines_[end].offset;
     layout_.dialect.headerLine = lines_[end].number;

@@ -153,6 +153,7 @@ class CxfReader final : public MeasurementReader {
     while (next_ == samples_.size()) {
       if (!ReadObject()) return false;
     }
+    bookmark_ = objectOffset_ * kMaxSamplesOfObject + next_;
     const Sample& read = samples_[next_++];
     ++rows_;
     sample = Measurement();
@@ -180,7 +181,7 @@ class CxfReader final : public MeasurementReader {
   const std::string& Name() const override { return markup_.Window().Input().name; }
   uint64_t Size() const override { return markup_.Window().Input().size; }
   uint64_t Position() const override { return markup_.Window().Offset(); }
-  uint64_t Offset() const override { return objectOffset_ * kMaxSamplesOfObject + (next_ - 1); }
+  uint64_t Offset() const override { return bookmark_; }
   bool CanSeek() const override { return Size() > 0; }
   void SeekTo(uint64_t offset) override {
     markup_.Window().SeekTo(offset / kMaxSamplesOfObject, 0);
@@ -270,12 +271,33 @@ class CxfReader final : public MeasurementReader {
     if (collection.kind != Kind::kStart) return;
     while (true) {
       const Tag tag = markup_.NextTag(0);
-      if (tag.kind == Kind::kEnd || tag.kind == Kind::kNone) return;
+      if (tag.kind == Kind::kEnd) break;
+      if (tag.kind == Kind::kNone) markup_.Fail(0, "the file ends within the ColorSpecification elements");
       const int64_t line = markup_.Window().LineAhead(tag.begin);
       const std::string_view bytes = markup_.TakeElement(tag);
       if (!xml_.Parse(bytes, markup_.QuotedEnds(), line)) markup_.Fail(line, xml_.Error());
+      if (!IsUtf8(bytes)) markup_.Fail(line, "the text is not UTF-8");
       if (xml_.Name(1) == "ColorSpecification") ReadMeasuring(line);
       markup_.Skip(TakenBytes());
+    }
+    markup_.Skip(markup_.NextTag(0).end);
+    PassOverRest();
+  }
+
+  // What stands behind them, custom resources above all, is passed over and said so. A file that ends there was cut off.
+  void PassOverRest() {
+    while (true) {
+      const Tag tag = markup_.NextTag(0);
+      if (tag.kind == Kind::kNone) markup_.Fail(0, "the file ends within its root element");
+      const std::string_view name = markup_.NameOf(tag);
+      if (tag.kind == Kind::kEnd) {
+        if (name == Prefixed("CxF")) return;
+        markup_.Skip(tag.end);
+        continue;
+      }
+      if (name != Prefixed("ObjectCollection"))
+        Note(Shown(name.substr(name.find(':') + 1)) + " is passed over");
+      markup_.SkipElement(tag);
     }
   }
 
@@ -337,7 +359,7 @@ class CxfReader final : public MeasurementReader {
     if (!IsUtf8(bytes)) markup_.Fail(objectLine_, "the text is not UTF-8");
     if (xml_.Name(1) == "Object") {
       ReadNames();
-      ReadValues(xml_.Child(1, "ColorValues"));
+      ReadValues(ReadContent());
     }
     markup_.Skip(TakenBytes());
     return true;
@@ -362,16 +384,39 @@ class CxfReader final : public MeasurementReader {
         !ids_.insert(std::hash<std::string>()(identifier)).second) {
       Deviates(objectLine_, "an earlier Object has the same Id");
     }
-    date_ = xml_.TextOf(1, "CreationDate");
-    if (date_.empty()) Deviates(objectLine_, "Object has no CreationDate");
-    for (int32_t tags = xml_.Child(1, "TagCollection"); tags > 0; tags = xml_.NextSibling(tags)) {
-      for (int32_t tag = xml_.FirstChild(tags); tag > 0; tag = xml_.NextSibling(tag)) {
-        std::string word, value;
-        const bool isName = xml_.Attribute(tag, "Name", word) && word == "SampleName";
-        if (isName && xml_.Attribute(tag, "Value", value)) name_ = value;
+  }
+
+  // What the object holds beside its values, which are returned; 0 when there are none.
+  int32_t ReadContent() {
+    int32_t values = 0;
+    date_.clear();
+    for (int32_t child = xml_.FirstChild(1); child > 0; child = xml_.NextSibling(child)) {
+      const std::string_view name = xml_.Name(child);
+      if (name == "ColorValues" && values == 0) {
+        values = child;
+      } else if (name == "CreationDate") {
+        date_ = xml_.Text(child);
+      } else if (name == "TagCollection") {
+        ReadTags(child);
+      } else {
+        NoteUnused(name);
       }
     }
+    if (date_.empty()) Deviates(objectLine_, "Object has no CreationDate");
     hasNames_ = hasNames_ || !name_.empty();
+    return values;
+  }
+
+  void ReadTags(int32_t collection) {
+    for (int32_t tag = xml_.FirstChild(collection); tag > 0; tag = xml_.NextSibling(tag)) {
+      std::string word, value;
+      const bool isName = xml_.Attribute(tag, "Name", word) && word == "SampleName";
+      if (isName && xml_.Attribute(tag, "Value", value)) name_ = value;
+    }
+  }
+
+  void NoteUnused(std::string_view name) {
+    if (!name.empty()) Note(Shown(name) + " is not used");
   }
 
   void ReadValues(int32_t colorValues) {
@@ -382,7 +427,7 @@ class CxfReader final : public MeasurementReader {
       if (kind == "ReflectanceSpectrum") {
         ReadSpectrum(value);
       } else if (kind == "TransmittanceSpectrum" || kind == "EmissiveSpectrum" || kind == "CustomSpectrum") {
-        Note(std::string(kind) + " is not a reflectance");
+        Note(std::string(kind) + " is passed over: it is not a reflectance");
       } else {
         hasColors = true;
       }
@@ -402,12 +447,16 @@ class CxfReader final : public MeasurementReader {
   void ReadColors(int32_t colorValues) {
     for (int32_t value = xml_.FirstChild(colorValues); value > 0; value = xml_.NextSibling(value)) {
       const std::string_view kind = xml_.Name(value);
-      if (kind == "ColorCIELab") SampleOf(value).lab = Triple(value, {"L", "A", "B"});
-      if (kind == "ColorCIEXYZ") SampleOf(value).xyz = Triple(value, {"X", "Y", "Z"});
-      if (kind == "ColorCIELCh") {
+      if (kind == "ColorCIELab") {
+        SampleOf(value).lab = Triple(value, {"L", "A", "B"});
+      } else if (kind == "ColorCIEXYZ") {
+        SampleOf(value).xyz = Triple(value, {"X", "Y", "Z"});
+      } else if (kind == "ColorCIELCh") {
         const std::array<double, 3> lch = Triple(value, {"L", "C", "H"});
         constexpr double kRadians = 0.017453292519944444;
         SampleOf(value).lab = {lch[0], lch[1] * Cos(lch[2] * kRadians), lch[1] * Sin(lch[2] * kRadians)};
+      } else if (!kind.ends_with("Spectrum")) {
+        NoteUnused(kind);
       }
     }
   }
@@ -580,6 +629,7 @@ class CxfReader final : public MeasurementReader {
   int64_t rows_ = 0;
   int64_t objectLine_ = 0;
   uint64_t objectOffset_ = 0;
+  uint64_t bookmark_ = 0;
   bool hasNames_ = false;
   bool firstHasXyz_ = false;
 };

@@ -90,6 +90,29 @@ bool IsDevice(std::string_view heading) {
   return std::ranges::any_of(kDeviceWords, [&](std::string_view word) { return lower.starts_with(word); });
 }
 
+// Whether a heading names a colour difference, "dE2000", "\xCE\x94L*", "DE CMC(2:1)": an export has them beside the colours.
+bool IsDifference(std::string_view heading) {
+  constexpr std::string_view kDelta = "\xCE\x94",
+                             kNames[] = {"L", "a", "b", "C", "h", "H", "Cab", "Hab", "hab"};
+  if (heading.starts_with(kDelta)) {
+    heading.remove_prefix(kDelta.size());
+  } else if (heading.starts_with('d') || heading.starts_with('D')) {
+    heading.remove_prefix(1);
+  } else {
+    return false;
+  }
+  std::string name;
+  for (const char c : heading) {
+    if (c != '*' && c != ' ' && c != '_') name += c;
+  }
+  if (std::ranges::find(kNames, name) != std::end(kNames)) return true;
+  if (!name.starts_with('E')) return false;
+  constexpr std::string_view kFormulas[] = {"",      "ab",    "76",    "94",    "00",
+                                            "2000",  "99",    "cmc",   "cie94", "cie2000",
+                                            "cie00", "cmc21", "cmc11", "din99", "hunter"};
+  return std::ranges::find(kFormulas, PlainText(name.substr(1))) != std::end(kFormulas);
+}
+
 // The heading without blanks about it and without a remark in brackets at its end: "L*(10/D65)".
 std::string_view WithoutRemark(std::string_view heading) {
   const std::size_t bracket = heading.find_first_of("([");
@@ -139,7 +162,8 @@ Heading MeaningOf(std::string_view heading) {
   for (const Word& word : kWords) {
     if (plain == word.plain) return word.heading;
   }
-  if (IsDevice(heading)) return {ColumnRole::kDevice};
+  if (plain == "spectralnm") return {ColumnRole::kPairWavelength};
+  if (IsDevice(heading) || IsDifference(bare)) return {ColumnRole::kDevice};
   MeasuringConditions ignored;
   if (!plain.empty() && TakeCondition(plain, "", ignored)) return {ColumnRole::kCondition};
   return {};

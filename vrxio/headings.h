@@ -12,7 +12,8 @@ namespace vrx::io {
 /// What stands in a column.
 enum class ColumnRole : uint8_t {
   kUnknown,
-  kDevice,  ///< device values, densities, differences: known, and of no use here
+  kPairWavelength,  ///< SPECTRAL_NM: the wavelength of the value in the next field
+  kDevice,          ///< device values, densities, differences: known, and of no use here
   kId,
   kName,
   kStandard,

@@ -50,6 +50,7 @@ class ResumedStream final : public std::istream {
 };
 
 std::string ReadUpTo(InputStream& input, std::size_t limit) {
+  if (input.size > 0) limit = static_cast<std::size_t>(std::min<uint64_t>(limit, input.size));
   std::string bytes(limit, '\0');
   input.stream->read(bytes.data(), static_cast<std::streamsize>(limit));
   if (input.stream->bad()) throw InputError(input.name + ": cannot be read");

@@ -255,10 +255,12 @@ class JsonReader final : public MeasurementReader {
     for (std::size_t i = 0; i < run.count; ++i) {
       const Member* const member = ordered[run.column + i];
       if (SampleColumns::IsText(run)) {
-        if (member == nullptr || run.meaning.role == ColumnRole::kDevice) continue;
-        if (member->kind == Member::kNumber) texts_[run.column] = NumberText(member->number);
-        if (member->kind == Member::kText) texts_[run.column] = member->text;
-        if (member->kind != Member::kOther) columns_.TakeText(run, texts_[run.column], sample);
+        if (run.meaning.role <= ColumnRole::kDevice) continue;
+        std::string& text = texts_[run.column];
+        const bool isThere = member != nullptr && member->kind != Member::kOther;
+        text = !isThere ? "" : member->kind == Member::kNumber ? NumberText(member->number) : member->text;
+        // An object without the member does not take it from the one before.
+        if (isThere || run.meaning.role >= ColumnRole::kGeometry) columns_.TakeText(run, text, sample);
         continue;
       }
       const bool isNumber = member != nullptr && member->kind == Member::kNumber;

@@ -14,10 +14,12 @@
 
 namespace vrx::io {
 
-/// True when a header has every one of the names, exactly as they are spelled.
+/// True when a header has every one of the names: as they are spelled, or with stars, blanks, underscores and a remark in
+/// brackets, and with D or the Greek letter for a difference, "L*1" for L1 and "DL* (D65)" for dL.
 bool HasColumns(const std::vector<std::string>& header, std::initializer_list<std::string_view> names);
 
-/// Reads the rows of a file whose columns are an optional `id` and numbers by name.
+/// Reads the rows of a file whose columns are an optional id and numbers by name. Columns of device values and of other
+/// differences, such as dE2000, are passed over.
 class ValueRows {
  public:
   /// `names`: the columns of numbers, in the order in which Next gives them. The first `required` must exist;
@@ -33,7 +35,7 @@ class ValueRows {
 
  private:
   CsvReader& csv_;
-  std::vector<std::ptrdiff_t> columns_;  // by column: which value it gives, -1 for the id
+  std::vector<std::ptrdiff_t> columns_;  // by column: which value it gives, or the id, or nothing
   std::vector<double> values_;
   std::string_view id_;
   std::string rowNumber_;

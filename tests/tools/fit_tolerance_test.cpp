@@ -172,7 +172,9 @@ TEST_F(FitTolerance, BadRequestsAreRefused) {
   folder_.Write("alone.csv", Batch("id").substr(0, Batch("id").find("\nT0") + 1));
   folder_.Write("few.csv", "dL,da,db\n1,0,0\n0,1,0\n0,0,1\n");
   folder_.Write("flat.csv", "dL,da,db\n1,0,0\n0,1,0\n-1,0,0\n0,-1,0\n1,1,0\n");
-  folder_.Write("line.csv", "dL,da,db\n1,1,1\n-1,1,1\n0,2,2\n0,-1,-1\n0.5,0,0\n");
+  folder_.Write("line.csv",
+                "dL*,Da* (D65),\xCE\x94"
+                "b*,dE2000\n1,1,1,0\n-1,1,1,0\n0,2,2,0\n0,-1,-1,0\n0.5,0,0,0\n");
   folder_.Write("saddle.csv",
                 "dL,da,db\n1,0,0\n-1,0,0\n0,1,0\n0,-1,0\n0,3,1\n0,3,-1\n0,-3,1\n0,-3,-1\n1,3,1\n");
   folder_.Write("text.csv", "dL,da,db\n1,0,x\n");

@@ -2,6 +2,7 @@
 
 #include <vrxio/measurement_files.h>
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -50,6 +51,9 @@ std::string Cgats(const std::string& fields, const std::string& rows, const std:
          "\nEND_DATA\n";
 }
 
+constexpr const char* kPairs =
+    "SAMPLE_ID SPECTRAL_NM SPECTRAL_PCT SPECTRAL_NM SPECTRAL_PCT SPECTRAL_NM SPECTRAL_PCT";
+
 std::string Cxf(const std::string& values, const std::string& measuring, const std::string& prefix = "cc:") {
   const std::string declaration = prefix.empty() ? "xmlns" : "xmlns:" + prefix.substr(0, prefix.size() - 1);
   std::string text =
@@ -91,6 +95,9 @@ TEST(MeasurementFiles, EveryFormGivesTheSameSample) {
                    "\0003\0000\0\n\0",
                    58),
        a},
+      {"id,400,dE2000,410,420,dL*,\xCE\x94"
+       "E CMC(2:1)\na,10,1,20.5,30,2,3\n",
+       a},
       // Wavelengths in rows, with and without names.
       {"Wavelength (nm),a\n400,10\n410,20.5\n420,30\n", a},
       {"nm;a\nnm;%\n420;30\n410;20,5\n400;10\n", a},
@@ -104,6 +111,8 @@ TEST(MeasurementFiles, EveryFormGivesTheSameSample) {
        std::string("a b|a b|-1|") + kCurve},
       {Cgats("SAMPLE_NAME\tR_400\tR_410\tR_420", "a b c\t10\t20.5\t30"),
        std::string("a b c|a b c|-1|") + kCurve},
+      {Cgats(kPairs, "a 400 10 410.0 20.5 420 30\nb 400.0 1 410 2 420 3"), a + "b||-1|400:1 410:2 420:3\n"},
+      {Cgats(kPairs, "b\t400\t1\t410\t2\t420\t3", "SPECTRAL_NORM 1\n"), "b||-1|400:100 410:200 420:300\n"},
       {Cgats("RGB_R RGB_G", "1 2") + Cgats("SAMPLE_ID LAB_L LAB_A LAB_B", "x 50 1 -2", "CREATED \"today\"\n"),
        "x||-1||lab 50 1 -2\n"},
       // CxF3, with any prefix.
@@ -147,7 +156,7 @@ TEST(MeasurementFiles, EveryFormGivesTheSameSample) {
 }
 
 TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
-  const std::string deep(70, '[');
+  const std::string deep(70, '['), kWhole = Cxf(kSpectrum, kMeasuring);
   const std::pair<std::string, std::string> kFaults[] = {
       {"nm,400,410,420\n400,10,1,2\n410,2,2,2\n420,30,3,3\n",
        "--wavelengths-in columns or --wavelengths-in rows"},
@@ -162,6 +171,10 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
       {Cgats("SAMPLE_ID nm400 nm410 nm420", "a 10 20 30", "NUMBER_OF_SETS 10000000000\n"),
        "NUMBER_OF_SETS is 10000000000, but there are 1"},
       {Cgats("SAMPLE_ID nm400 nm410 nm420", "a 1 1.2 1.8"), "say which by --fraction or --percent"},
+      {Cgats(kPairs, "a 400 10 410 20.5 420 30\nb 400 1 415 2 420 3"),
+       "f (CGATS), line 7: field 4: the wavelength is 415, and 410 in the first row"},
+      {Cgats(kPairs, "a 400 10 x 20.5 420 30"), "\"x\" is no wavelength"},
+      {"Instrument: \xFF\nid,400,410,420\na,1,2,3\n", "f, line 1: the text is not UTF-8"},
       {Cgats("RGB_R", "1"), "there is no table of curves or colours"},
       {"CGATS.17\nBEGIN_DATA_FORMAT\nnm400 nm410 nm420\nEND_DATA_FORMAT\nBEGIN_DATA\n10 20 30\n",
        "END_DATA is missing"},
@@ -169,6 +182,7 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
       {Cxf("<@ReflectanceSpectrum ColorSpecification=\"s\">0.1 3.5 0.1</@ReflectanceSpectrum>", kMeasuring),
        "f (CxF3), line 4: the reflectance 3.5 is no fraction between -0.1 and 3"},
       {Cxf(kSpectrum, kMeasuring).substr(0, 330), "the file ends within"},
+      {kWhole.substr(0, kWhole.size() - 9), "the file ends within its root element"},
       {Cxf("<@ColorCIELab><@L>1</@L></@ColorCIELab>", kMeasuring), "ColorCIELab has no number A"},
       {Cxf("", kMeasuring), "neither reflectances nor colours"},
       {"<!DOCTYPE a [<!ENTITY b \"bb\">]><a/>", "f (CxF3), line 1: a document type has no place"},
@@ -261,6 +275,31 @@ TEST(MeasurementFiles, ConditionsInTheWordsOfTheMakers) {
   while (reader.Next(row)) {
   }
   EXPECT_EQ(reader.Mixture(), "M0 and M2");
+}
+
+TEST(MeasurementFiles, WhatIsNotUsedIsSaid) {
+  const std::pair<std::string, std::string> kNotes[] = {
+      {Cxf("<@CustomSpectrum/>" + kSpectrum, kMeasuring),
+       "CustomSpectrum is passed over: it is not a reflectance"},
+      {Cxf("<@ColorSRGB/>" + kSpectrum, kMeasuring), "ColorSRGB is not used"},
+      {Cxf(kSpectrum, kMeasuring +
+                          "</@ColorSpecificationCollection><@CustomResources><x y='>'/></@CustomResources>"
+                          "<@ColorSpecificationCollection>"),
+       "CustomResources is passed over"},
+      {Cgats("SAMPLE_ID RGB_R nm400 nm410 nm420", "a 1 10 20 30"), "fields that are not used: RGB_R"},
+  };
+  for (const auto& [content, note] : kNotes) {
+    std::istringstream stream(content);
+    const auto reader = OpenMeasurements(WrapInput(stream, "f"));
+    EXPECT_NE(std::ranges::find(reader->Notes(), note), reader->Notes().end()) << note;
+  }
+  // An object of JSON does not take its conditions from the one before.
+  std::istringstream stream(R"([{"L":1,"a":2,"b":3,"filter":"M1","geometry":"15as"},{"L":1,"a":2,"b":3}])");
+  const auto reader = OpenMeasurements(WrapInput(stream, "f"));
+  Measurement sample;
+  ASSERT_TRUE(reader->Next(sample) && sample.layout->conditions.mCondition == 1 && reader->Next(sample));
+  EXPECT_EQ(sample.layout->conditions.mCondition, -1);
+  EXPECT_EQ(sample.geometry, kNoGeometry);
 }
 
 TEST(MeasurementFiles, UnevenWavelengthsGiveTheCubic) {
