@@ -28,12 +28,18 @@ int64_t CountLineEnds(const char* at, const char* end) {
 }  // namespace
 
 // A file that is shorter than a chunk is read whole, with its end.
-ByteWindow::ByteWindow(InputStream input)
+ByteWindow::ByteWindow(InputStream input, std::string_view form)
     : input_(std::move(input)),
+      form_(form),
       chunk_(input_.size > 0 ? static_cast<std::size_t>(std::min<uint64_t>(input_.size + 1, kLargestChunk))
                              : kLargestChunk),
       buffer_(std::make_unique_for_overwrite<char[]>(2 * chunk_ + 1)),
       capacity_(2 * chunk_) {}
+
+std::string ByteWindow::PlaceOf(int64_t line) const {
+  const std::string file = input_.name + " (" + std::string(form_) + ")";
+  return line > 0 ? file + ", line " + std::to_string(line) : file;
+}
 
 bool ByteWindow::More() {
   if (atEnd_) return false;
@@ -44,8 +50,7 @@ bool ByteWindow::More() {
     begin_ = 0;
   }
   if (used_ >= kMaxBytes) {
-    throw InputError(input_.name + ", line " + std::to_string(line_) +
-                     ": what begins here is longer than 16 MiB");
+    throw InputError(PlaceOf(line_) + ": what begins here is longer than 16 MiB");
   }
   if (capacity_ - used_ < chunk_) {
     auto larger = std::make_unique_for_overwrite<char[]>(2 * capacity_ + 1);

@@ -19,7 +19,8 @@ class ByteWindow {
   /// The longest stretch that the window may have to hold.
   static constexpr std::size_t kMaxBytes = std::size_t{16} << 20;
 
-  explicit ByteWindow(InputStream input);
+  /// `form` is that of the file, for messages: "CxF3".
+  ByteWindow(InputStream input, std::string_view form);
 
   const InputStream& Input() const { return input_; }
 
@@ -33,6 +34,9 @@ class ByteWindow {
   /// Throws bytes away until `text` stands at the position; false when it does not come any more. `text` is short.
   bool SkipTo(std::string_view text);
 
+  /// A line for messages, "f.cxf (CxF3), line 3"; the file alone for a line that is not known.
+  std::string PlaceOf(int64_t line) const;
+
   uint64_t Offset() const { return offset_ + begin_; }
   /// The line at the position, from 1; 0 when it is not known after a jump.
   int64_t Line() const { return line_; }
@@ -42,7 +46,8 @@ class ByteWindow {
 
  private:
   InputStream input_;
-  std::size_t chunk_;  // bytes asked for at a time
+  std::string_view form_;  // a literal
+  std::size_t chunk_;      // bytes asked for at a time
   std::unique_ptr<char[]> buffer_;
   std::size_t capacity_;
   uint64_t offset_ = 0;  // of the buffer in the file

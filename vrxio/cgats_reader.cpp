@@ -80,7 +80,8 @@ struct Table {
 
 class CgatsReader final : public MeasurementReader {
  public:
-  CgatsReader(InputStream input, const ReadOptions& options) : options_(options), window_(std::move(input)) {
+  CgatsReader(InputStream input, const ReadOptions& options)
+      : options_(options), window_(std::move(input), "CGATS") {
     if (window_.More() && window_.Bytes().starts_with("\xEF\xBB\xBF")) window_.Skip(3);
     if (!OpenTable()) Fail("there is no table of curves or colours in it");
   }
@@ -131,9 +132,7 @@ class CgatsReader final : public MeasurementReader {
 
   const SampleColumns& Columns() const { return tables_.front()->columns; }
 
-  std::string PlaceOf(int64_t line) const {
-    return Name() + " (CGATS)" + (line > 0 ? ", line " + std::to_string(line) : std::string());
-  }
+  std::string PlaceOf(int64_t line) const { return window_.PlaceOf(line); }
   [[noreturn]] void FailAt(int64_t line, const std::string& reason) const {
     throw InputError(PlaceOf(line) + ": " + reason);
   }

@@ -44,10 +44,6 @@ std::string_view WithoutSpace(std::string_view text) {
 
 // The window ----------------------------------------------------------------------------------------------
 
-std::string MarkupWindow::PlaceOf(int64_t line) const {
-  return window_.Input().name + " (CxF3)" + (line > 0 ? ", line " + std::to_string(line) : std::string());
-}
-
 void MarkupWindow::Fail(int64_t line, const std::string& reason) const {
   throw InputError(PlaceOf(line) + ": " + reason);
 }

@@ -23,7 +23,7 @@ class MarkupWindow {
  public:
   static constexpr int kDeepest = 64;  ///< elements within each other
 
-  explicit MarkupWindow(InputStream input) : window_(std::move(input)) {}
+  explicit MarkupWindow(InputStream input) : window_(std::move(input), "CxF3") {}
 
   enum class Kind { kStart, kEnd, kEmpty, kNone };
   struct Tag {
@@ -47,8 +47,7 @@ class MarkupWindow {
   std::string_view Bytes() const { return window_.Bytes(); }
   ByteWindow& Window() { return window_; }
   const ByteWindow& Window() const { return window_; }
-  /// A line for messages, "f.cxf (CxF3), line 3"; the file alone for a line that is not known.
-  std::string PlaceOf(int64_t line) const;
+  std::string PlaceOf(int64_t line) const { return window_.PlaceOf(line); }
   [[noreturn]] void Fail(int64_t line, const std::string& reason) const;
 
  private:

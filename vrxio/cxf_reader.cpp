@@ -27,7 +27,7 @@ constexpr double kFirstStart = 360, kLastStart = 400;  // nm
 constexpr std::size_t kMaxValues = 10'000;             // of one spectrum
 constexpr std::size_t kMaxMeasurings = 10'000;
 constexpr std::size_t kMaxSamplesOfObject = 256;
-constexpr std::size_t kMaxIds = 1'000'000;  // that are compared with each other
+constexpr std::size_t kMaxIds = 100'000;  // that are compared with each other
 
 bool IsSpace(char c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r';

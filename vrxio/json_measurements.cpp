@@ -178,7 +178,8 @@ class ObjectParser {
 
 class JsonReader final : public MeasurementReader {
  public:
-  JsonReader(InputStream input, const ReadOptions& options) : options_(options), window_(std::move(input)) {
+  JsonReader(InputStream input, const ReadOptions& options)
+      : options_(options), window_(std::move(input), "JSON") {
     if (window_.More() && window_.Bytes().starts_with("\xEF\xBB\xBF")) window_.Skip(3);
     if (Peek() != '[') Fail(window_.Line(), "a list of objects is expected");
     window_.Skip(1);
@@ -243,9 +244,7 @@ class JsonReader final : public MeasurementReader {
   std::string RowPlace() const override { return PlaceOf(line_); }
 
  private:
-  std::string PlaceOf(int64_t line) const {
-    return Name() + " (JSON)" + (line > 0 ? ", line " + std::to_string(line) : std::string());
-  }
+  std::string PlaceOf(int64_t line) const { return window_.PlaceOf(line); }
   [[noreturn]] void Fail(int64_t line, const std::string& reason) const {
     throw InputError(PlaceOf(line) + ": " + reason);
   }

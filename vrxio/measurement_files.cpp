@@ -11,6 +11,17 @@ namespace vrx::io {
 
 using Form = ReadOptions::Form;
 
+namespace {
+
+// Whether the name of a file tells that it is CSV; messages say so where it does not.
+bool NamesCsv(std::string_view name) {
+  constexpr std::string_view kEnding = ".csv";
+  return name.size() > kEnding.size() &&
+         EqualsIgnoringCase(name.substr(name.size() - kEnding.size()), kEnding);
+}
+
+}  // namespace
+
 Form FormOf(std::string_view beginning) {
   if (IsMarkup(beginning)) return Form::kCxf;
   if (IsJson(beginning)) return Form::kJson;
@@ -37,6 +48,7 @@ std::unique_ptr<MeasurementReader> OpenMeasurements(InputStream input, const Rea
     case Form::kCgats:
       return ReadCgats(std::move(input), options);
     default:
+      if (!NamesCsv(input.name)) input.name += " (CSV)";
       return ReadCsv(std::move(input), beginning, options);
   }
 }
