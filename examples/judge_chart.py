@@ -31,6 +31,7 @@ fig, axes = plt.subplots(2, 2, figsize=(12, 9), layout="constrained")
 vrx.plot.curves(standards.curves[12:15], standards.names[12:15], ax=axes[0, 0])
 vrx.plot.spectral_difference(standards.curves[12], trials.curves[12], [trials.names[12]], ax=axes[0, 1])
 vrx.plot.ab_plane(differences, overall, ellipse=(1.5, 1.5, 0), ax=axes[1, 0])
+axes[1, 0].set_title("verdicts by the worst lamp; the circle is \u0394E*ab 1.5", fontsize=9)
 vrx.plot.trend(differences[:, 6], 1.5, labels=standards.ids, ax=axes[1, 1])
 fig.savefig(folder / "judgement.png", dpi=100)
 

@@ -68,28 +68,27 @@ void CurveReader::UseLayout(const MeasurementLayout& layout) {
 }
 
 bool CurveReader::Next(CurveRow& row) {
-  Measurement measured;
   do {
-    if (!source_->Next(measured)) return false;
-    if (kind_ != Sample::kCurve || !measured.reflectance.empty()) break;
+    if (!source_->Next(measured_)) return false;
+    if (kind_ != Sample::kCurve || !measured_.reflectance.empty()) break;
     ++withoutCurve_;
   } while (true);
   ++rows_;
   row.kind = kind_;
-  row.id = measured.id;
-  row.name = measured.name;
-  row.standard = measured.standard;
-  row.geometry = measured.geometry;
-  row.extras = measured.extras;
-  if (measured.layout != layout_) UseLayout(*measured.layout);
+  row.id = measured_.id;
+  row.name = measured_.name;
+  row.standard = measured_.standard;
+  row.geometry = measured_.geometry;
+  row.extras = measured_.extras;
+  if (measured_.layout != layout_) UseLayout(*measured_.layout);
   if (kind_ == Sample::kCurve) {
-    TakeCurve(measured, row);
+    TakeCurve(measured_, row);
   } else if (kind_ == Sample::kXyz) {
-    if (!measured.hasXyz) source_->FailRow("the sample has no X, Y, Z as the first one has");
-    row.color = measured.xyz;
+    if (!measured_.hasXyz) source_->FailRow("the sample has no X, Y, Z as the first one has");
+    row.color = measured_.xyz;
   } else {
-    if (!measured.hasLab) source_->FailRow("the sample has no L*, a*, b* as the first one has");
-    row.color = measured.lab;
+    if (!measured_.hasLab) source_->FailRow("the sample has no L*, a*, b* as the first one has");
+    row.color = measured_.lab;
   }
   return true;
 }

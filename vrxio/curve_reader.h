@@ -81,6 +81,10 @@ class CurveReader {
   /// Samples that were passed over.
   int64_t CountWithoutCurve() const { return withoutCurve_; }
 
+  /// The sample of the last row as it was measured: its colours beside its curve, its date, its conditions. It lives until the
+  /// next one is read.
+  const Measurement& Measured() const { return measured_; }
+
  private:
   void Start(Content content);
   void UseLayout(const MeasurementLayout& layout);
@@ -97,6 +101,7 @@ class CurveReader {
   MeasuringConditions first_;
   std::string mixture_;
   std::vector<double> corrected_;
+  Measurement measured_;
 };
 
 }  // namespace vrx::io

@@ -38,28 +38,40 @@ io::ReadOptions OptionsOf(const std::string& form, bool fraction) {
 // What was read, column by column.
 struct Columns {
   std::vector<std::string> ids, names, geometries;
-  std::vector<double> numbers;  // 40 a curve, or 3 a colour
-  io::Sample::Kind kind = io::Sample::kCurve;
+  std::vector<double> curves, xyz, lab;  // of each sample, or empty
   std::string form;
   std::vector<std::string> notes;
 };
 
+// What all samples have; a column that one lacks is none.
+void Keep(std::vector<double>& column, std::size_t rowsBefore, std::span<const double> values) {
+  if (column.size() == rowsBefore * values.size()) column.insert(column.end(), values.begin(), values.end());
+}
+
 Columns ReadColumns(const std::string& path, const io::ReadOptions& options) {
   io::CurveReader reader(io::OpenMeasurements(path, options), io::Content::kCurvesOrColors);
   Columns columns;
-  columns.kind = reader.Kind();
   columns.form = reader.Source().FormName();
   io::CurveRow row;
   while (reader.Next(row)) {
+    const std::size_t before = columns.ids.size();
     columns.ids.emplace_back(row.id);
     columns.names.emplace_back(row.name);
-    columns.geometries.push_back(io::GeometryName(row.geometry));
-    const double* values = row.kind == io::Sample::kCurve ? row.curve.GetData() : row.color.data();
-    columns.numbers.insert(columns.numbers.end(), values,
-                           values + (row.kind == io::Sample::kCurve ? kSamples : 3));
+    const int32_t common = reader.Measured().layout->conditions.geometry;
+    columns.geometries.push_back(io::GeometryName(row.geometry != io::kNoGeometry ? row.geometry : common));
+    if (row.kind == io::Sample::kCurve) Keep(columns.curves, before, {row.curve.GetData(), kSamples});
+    if (reader.Measured().hasXyz) Keep(columns.xyz, before, reader.Measured().xyz);
+    if (reader.Measured().hasLab) Keep(columns.lab, before, reader.Measured().lab);
   }
   columns.notes = reader.Source().Notes();
   return columns;
+}
+
+// The numbers of a column as rows of `width`; None when it is not one of all samples.
+py::object ArrayOf(const std::vector<double>& column, std::size_t rows, std::size_t width) {
+  if (column.empty() || column.size() != rows * width) return py::none();
+  return py::array_t<double>({static_cast<py::ssize_t>(rows), static_cast<py::ssize_t>(width)},
+                             column.data());
 }
 
 py::dict Read(const std::string& path, const std::string& form, bool fraction) {
@@ -69,17 +81,14 @@ py::dict Read(const std::string& path, const std::string& form, bool fraction) {
     const py::gil_scoped_release unlocked;
     columns = ReadColumns(path, options);
   }
-  const auto rows = static_cast<py::ssize_t>(columns.ids.size());
-  const py::ssize_t width = columns.kind == io::Sample::kCurve ? static_cast<py::ssize_t>(kSamples) : 3;
-  const py::array_t<double> numbers({rows, width}, columns.numbers.data());
+  const std::size_t rows = columns.ids.size();
   py::dict result;
   result["ids"] = columns.ids;
   result["names"] = columns.names;
   result["geometries"] = columns.geometries;
-  const std::pair<const char*, io::Sample::Kind> fields[] = {
-      {"curves", io::Sample::kCurve}, {"xyz", io::Sample::kXyz}, {"lab", io::Sample::kLab}};
-  for (const auto& [name, kind] : fields)
-    result[name] = columns.kind == kind ? py::object(numbers) : py::none();
+  result["curves"] = ArrayOf(columns.curves, rows, kSamples);
+  result["xyz"] = ArrayOf(columns.xyz, rows, 3);
+  result["lab"] = ArrayOf(columns.lab, rows, 3);
   result["form"] = columns.form;
   result["notes"] = columns.notes;
   return result;

@@ -1,5 +1,8 @@
 """The results are those of the command-line tool, to the last bit: its csv output has every digit."""
 
+import os
+import subprocess
+
 import numpy as np
 import pytest
 
@@ -66,6 +69,25 @@ def test_indices_and_strength(curves, curve_file, vrx_tool):
             assert np.array_equal(columns(own, ["value"])[:, 0], values, equal_nan=True), (form, name)
     rows = vrx_tool("strength", curve_file, curve_file, "--standard-id", "C3", "--specular", "none")
     assert np.array_equal(columns(rows, ["ks"])[:, 0], vrx.strength(curves[3], curves, specular="none"))
+
+
+@pytest.mark.parametrize("ending, form", [("csv", "CSV"), ("txt", "CGATS"), ("cxf", "CxF3"), ("json", "JSON")])
+def test_files_of_every_form(ending, form, curves, tmp_path):
+    source, path = tmp_path / "source.csv", tmp_path / f"file.{ending}"
+    labs = vrx.lab(vrx.tristimulus(curves))
+    with open(source, "w") as file:
+        file.write(",".join(["id", "name", "geometry", "L", "a", "b", *map(str, range(360, 760, 10))]) + "\n")
+        for i, row in enumerate(np.hstack([labs, curves])):
+            file.write(f"{i},\"n, {i}\",45\u00b0," + ",".join(map(repr, map(float, row))) + "\n")
+    subprocess.run([os.environ["VRX_TOOL"], "convert", source, path], check=True)
+    read = vrx.read(path)
+    assert (read.form, len(read), read.names[1], read.geometries[59]) == (form, 60, "n, 1", "45\u00b0")
+    assert np.array_equal(read.curves, curves) and np.array_equal(read.lab, labs) and read.xyz is None
+    frame = read.frame
+    assert list(frame.columns[:6]) == ["name", "geometry", "L*", "a*", "b*", 360] and frame.loc["7", 750] == curves[7, 39]
+    path.write_bytes(path.read_bytes()[:-30])
+    with pytest.raises(ValueError, match="file.csv, line 61" if form == "CSV" else rf"\({form}\)"):
+        vrx.read(path)
 
 
 def test_nearest(curves, rng=np.random.default_rng(4)):

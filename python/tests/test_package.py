@@ -1,6 +1,7 @@
 """What people look at: records in a notebook, plots, and the partitions of a cluster."""
 
 import html.parser
+import pathlib
 
 import numpy as np
 import pytest
@@ -51,14 +52,23 @@ def test_a_cluster_gives_the_bytes_of_one_process(curves, tmp_path):
 
     files = []
     for i in range(6):
-        files.append(str(tmp_path / f"part-{i}.npy"))
-        np.save(files[-1], curves[10 * i: 10 * i + 10])
+        part, ending = curves[10 * i: 10 * i + 10], ("npy", "csv", "txt")[i % 3]
+        files.append(str(tmp_path / f"part-{i}.{ending}"))
+        if ending == "npy":
+            np.save(files[-1], part)
+            continue
+        fields = [f"nm{nm}" for nm in range(360, 760, 10)]
+        lines = [",".join(fields)] + [",".join(map(repr, row)) for row in part.tolist()]
+        if ending == "txt":
+            lines = ["CGATS.17", "BEGIN_DATA_FORMAT", *fields, "END_DATA_FORMAT", "BEGIN_DATA",
+                     *(line.replace(",", " ") for line in lines[1:]), "END_DATA"]
+        pathlib.Path(files[-1]).write_text("\n".join(lines) + "\n")
     settings = {"illuminants": ("D65", "A"), "system": "cmc", "tolerance": 8.0}
     seen = []
     cluster = distributed.LocalCluster(n_workers=2, threads_per_worker=1, processes=True, dashboard_address=None)
     with cluster, distributed.Client(cluster) as client:
         killer = client.submit(_die_once, str(tmp_path / "died"), retries=3)
-        written = vrxmath.dask.judge(str(tmp_path / "part-*.npy"), curves[0], output=tmp_path / "judged", client=client,
+        written = vrxmath.dask.judge(str(tmp_path / "part-*.*"), curves[0], output=tmp_path / "judged", client=client,
                                      progress=lambda done, total: seen.append((done, total)), **settings)
         colors = vrxmath.dask.color(files, "D65", output=tmp_path / "colors", client=client)
         near = vrxmath.dask.nearest(files, curves[:20], 2, output=tmp_path / "near", client=client)

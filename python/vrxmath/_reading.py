@@ -21,11 +21,11 @@ class Measurements:
     curves : numpy.ndarray, shape (n, 40), or None
         Reflectance in percent at 360, 370 ... 750 nm, brought to that grid as the command-line tool does it.
     lab, xyz : numpy.ndarray, shape (n, 3), or None
-        Colours that the file gives beside curves or instead of them.
+        Colours that the file gives for all samples, beside curves or instead of them.
     geometries : list of str
         The measuring geometry of each sample, empty where the file says nothing.
     form : str
-        The form of the file: "csv", "cgats", "cxf" or "json".
+        The form of the file: "CSV", "CGATS", "CxF3" or "JSON".
     notes : list of str
         What was passed over, and why.
     """
