@@ -20,7 +20,7 @@ stage() {
 }
 
 check_format() {
-  find vrxmath vrxio c_api tools tests fuzz bench cmake python \( -name '*.h' -o -name '*.cpp' \) -print0 |
+  find vrxmath vrxio c_api controls tools tests fuzz bench cmake python \( -name '*.h' -o -name '*.cpp' \) -print0 |
     xargs -0 clang-format --dry-run -Werror
 }
 
@@ -38,7 +38,7 @@ build_and_test() {
 # something was found.
 check_tidy() {
   log=build/clang-tidy.log
-  run-clang-tidy -p build/asan-ubsan -quiet -j "$jobs" '^(?!.*/build/).*/(vrxmath|vrxio|c_api|tools)/.*\.cpp$' > "$log" 2>&1 ||
+  run-clang-tidy -p build/asan-ubsan -quiet -j "$jobs" '^(?!.*/build/).*/(vrxmath|vrxio|c_api|controls|tools)/.*\.cpp$' > "$log" 2>&1 ||
     { grep -vE '^$|warnings? generated|^clang-tidy ' "$log" | head -n 100; return 1; }
 }
 

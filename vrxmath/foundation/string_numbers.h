@@ -31,7 +31,25 @@ inline constexpr uint32_t kStringFurtherIndexLabel = 656;
 inline constexpr uint32_t kStringContrastRatio = 658;
 inline constexpr uint32_t kStringMetamerismIndex = 659;
 inline constexpr uint32_t kStringColorSpace = 672;
-inline constexpr uint32_t kStringIlluminantError = 688;     ///< + reason - 1
+inline constexpr uint32_t kStringIlluminantError = 688;  ///< + reason - 1
+inline constexpr uint32_t kStringControl = 704;          ///< texts of window controls: + ControlText
+enum class ControlText : uint32_t {
+  kStandard,
+  kTrial,
+  kDifference,
+  kWavelength,
+  kReflectance,
+  kAngle,
+  kLimit,
+  kTimeLeft,  ///< "%s left"
+  kOutOfGamut,
+  kAdd,
+  kRemove,
+  kMoveUp,
+  kMoveDown,
+  kAddAll,
+  kRemoveAll,
+};
 inline constexpr uint32_t kStringDifferenceSystem = 18752;  ///< + 16 x system
 inline constexpr uint32_t kStringReport = 20480;            ///< texts of the tool's reports, by number
 
