@@ -36,7 +36,7 @@ std::string_view TakeWord(std::string_view& line) {
     const std::size_t end = std::min(line.find('"'), line.size());
     const std::string_view word = line.substr(0, end);
     line.remove_prefix(std::min(end + 1, line.size()));
-    return word.data() != nullptr ? word : std::string_view("", 0);
+    return word.data() != nullptr ? word : std::string_view("");
   }
   std::size_t end = 0;
   while (end < line.size() && !IsBlank(line[end])) ++end;
@@ -297,7 +297,7 @@ class CgatsReader final : public MeasurementReader {
   std::vector<std::string_view> FirstRow(const std::vector<std::string_view>& lines) const {
     std::vector<std::string_view> row;
     for (const std::string_view line : lines) {
-      const std::vector<std::string_view> fields = TabFields(line);
+      std::vector<std::string_view> fields = TabFields(line);
       const std::vector<std::string_view> words = WordsOf(line);
       if (row.empty() && words.size() != fields_.size() && fields.size() == fields_.size()) return fields;
       row.insert(row.end(), words.begin(), words.end());

@@ -113,5 +113,6 @@ PYBIND11_MODULE(_core, module) {
   DefineDifference(module);
   DefineJudgement(module);
   DefineColorant(module);
+  DefineFormulation(module);
   DefineReading(module);
 }

@@ -32,6 +32,7 @@ from ._core import (
     xyz_from_lab,
     xyz_from_luv,
 )
+from ._formulation import ColorSystem, Correction, Recipe, correct, match, predict
 from ._judgement import FAIL, PASS, WARNING, Judgement, judge
 from ._reading import Measurements, read
 from ._records import Curve, Standard, Tolerance
@@ -40,12 +41,16 @@ __all__ = [
     "FAIL",
     "PASS",
     "WARNING",
+    "ColorSystem",
+    "Correction",
     "Curve",
     "Illuminant",
     "Judgement",
     "Measurements",
+    "Recipe",
     "Standard",
     "Tolerance",
+    "correct",
     "delta",
     "display_rgb",
     "hunter",
@@ -56,8 +61,10 @@ __all__ = [
     "ks",
     "lab",
     "luv",
+    "match",
     "nearest",
     "plot",
+    "predict",
     "read",
     "strength",
     "systems",

@@ -3,10 +3,16 @@
 from __future__ import annotations
 
 import dataclasses
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
 from . import _core
+
+if TYPE_CHECKING:
+    from collections.abc import Sequence
+
+    from ._core import Floats, Lamp, Lamps, Numbers
 
 FAIL, WARNING, PASS = 0, 1, 2
 VERDICT_NAMES = ("fail", "warning", "pass")
@@ -32,32 +38,32 @@ class Judgement:
         The limit of the total difference.
     """
 
-    illuminants: tuple
-    differences: np.ndarray
-    verdicts: np.ndarray
-    word_codes: np.ndarray
+    illuminants: tuple[str, ...]
+    differences: Floats
+    verdicts: np.ndarray[Any, np.dtype[np.int8]]
+    word_codes: np.ndarray[Any, np.dtype[np.int8]]
     system: str
     tolerance: float
 
     @property
-    def overall(self):
+    def overall(self) -> Any:
         """The worst verdict of each sample over the illuminants, int8, shape (n,)."""
         return self.verdicts.min(axis=1)
 
     @property
-    def totals(self):
+    def totals(self) -> Any:
         """The total differences, shape (n, m)."""
         return self.differences[..., 6]
 
     @property
-    def words(self):
+    def words(self) -> Any:
         """The shade words as text, such as "Darker, Less Yellow"; object array of shape (n, m)."""
         texts = _core.shade_texts()
         codes, inverse = np.unique(self.word_codes.reshape(-1, 3), axis=0, return_inverse=True)
         phrases = [", ".join(texts[code] for code in row if code != 0) for row in codes]
         return np.array(phrases or [""], dtype=object)[inverse.reshape(self.verdicts.shape)]
 
-    def frame(self):
+    def frame(self) -> Any:
         """A pandas DataFrame with a row a sample: overall, and verdict, dE and words for each illuminant."""
         import pandas
 
@@ -69,17 +75,18 @@ class Judgement:
             columns[f"{name} words"] = words[:, i]
         return pandas.DataFrame(columns)
 
-    def __len__(self):
+    def __len__(self) -> int:
         return len(self.verdicts)
 
-    def __repr__(self):
+    def __repr__(self) -> str:
         counts = np.bincount(self.overall, minlength=3)
         return (f"<Judgement by {self.system}, tolerance {self.tolerance:g}, under {', '.join(self.illuminants)}: "
                 f"{counts[2]} pass, {counts[1]} warning, {counts[0]} fail>")
 
 
-def judge(standard, samples, illuminants=("D65", "A", "CWF"), observer=10, *, system="cie2000", tolerance=None,
-          warning=0.75, threads=1, **parameters):
+def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *,
+          system: str = "cie2000", tolerance: float | Sequence[float] | None = None, warning: float = 0.75, threads: int = 1,
+          **parameters: float) -> Judgement:
     """Judges samples against a standard: fail, warning or pass under each illuminant.
 
     Parameters

@@ -4,10 +4,14 @@ from __future__ import annotations
 
 import dataclasses
 import os
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
 from . import _core
+
+if TYPE_CHECKING:
+    from ._core import Floats
 
 
 @dataclasses.dataclass(frozen=True)
@@ -30,24 +34,24 @@ class Measurements:
         What was passed over, and why.
     """
 
-    ids: list
-    names: list
-    curves: np.ndarray | None
-    lab: np.ndarray | None
-    xyz: np.ndarray | None
-    geometries: list
+    ids: list[str]
+    names: list[str]
+    curves: Floats | None
+    lab: Floats | None
+    xyz: Floats | None
+    geometries: list[str]
     form: str
-    notes: list
+    notes: list[str]
 
-    def __len__(self):
+    def __len__(self) -> int:
         return len(self.ids)
 
     @property
-    def frame(self):
+    def frame(self) -> Any:
         """A pandas DataFrame with a row a sample: name, geometry, colours, and a column for each wavelength."""
         import pandas
 
-        columns = {"name": self.names, "geometry": self.geometries}
+        columns: dict[Any, Any] = {"name": self.names, "geometry": self.geometries}
         for heads, values in ((("X", "Y", "Z"), self.xyz), (("L*", "a*", "b*"), self.lab)):
             if values is not None:
                 columns.update(zip(heads, values.T))
@@ -56,7 +60,7 @@ class Measurements:
         return pandas.DataFrame(columns, index=pandas.Index(self.ids, name="id"))
 
 
-def read(path, *, form=None, fraction=False):
+def read(path: str | os.PathLike[str], *, form: str | None = None, fraction: bool = False) -> Measurements:
     """Reads a file of measurements: CSV, CGATS, CxF or JSON, told apart by what stands in it.
 
     Parameters

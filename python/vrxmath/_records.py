@@ -4,14 +4,19 @@ from __future__ import annotations
 
 import dataclasses
 import html
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
 from . import _core
+from ._judgement import Judgement
 from ._judgement import judge as _judge
 
+if TYPE_CHECKING:
+    from ._core import Floats, Lamp, Numbers
 
-def _swatch(curve, illuminant, observer, size=64):
+
+def _swatch(curve: Floats, illuminant: Lamp, observer: int, size: int = 64) -> str:
     xyz = _core.tristimulus(curve, illuminant, observer)
     color = "#%02x%02x%02x" % tuple(_core.display_rgb(xyz, illuminant, observer))
     mark = "" if _core.in_gamut(xyz, illuminant, observer) else \
@@ -20,7 +25,7 @@ def _swatch(curve, illuminant, observer, size=64):
             f'<rect width="{size}" height="{size}" fill="{color}"/>{mark}</svg>')
 
 
-def _sparkline(curve, width=160, height=64):
+def _sparkline(curve: Floats, width: int = 160, height: int = 64) -> str:
     top = max(100.0, float(np.max(curve)))
     points = " ".join(f"{i * width / 39:.1f},{height - value / top * height:.1f}" for i, value in enumerate(curve))
     return (f'<svg width="{width}" height="{height}" role="img" aria-label="reflectance curve, 360 to 750 nm">'
@@ -47,31 +52,31 @@ class Curve:
     array([39.921, 42.   , 45.73 ])
     """
 
-    values: np.ndarray
+    values: Any
     name: str = ""
 
-    def __post_init__(self):
+    def __post_init__(self) -> None:
         values = np.array(self.values, dtype=float)
         if values.shape != (40,):
             raise ValueError(f"values: expected shape (40,), got {values.shape}")
         values.flags.writeable = False
         object.__setattr__(self, "values", values)
 
-    def __array__(self, dtype=None):
+    def __array__(self, dtype: Any = None) -> Any:
         return self.values if dtype is None else self.values.astype(dtype)
 
-    def __eq__(self, other):
+    def __eq__(self, other: object) -> bool:
         return isinstance(other, Curve) and self.name == other.name and np.array_equal(self.values, other.values)
 
-    def xyz(self, illuminant="D65", observer=10):
+    def xyz(self, illuminant: Lamp = "D65", observer: int = 10) -> Floats:
         """Tristimulus values, shape (3,)."""
         return _core.tristimulus(self.values, illuminant, observer)
 
-    def lab(self, illuminant="D65", observer=10):
+    def lab(self, illuminant: Lamp = "D65", observer: int = 10) -> Floats:
         """L*, a*, b*, shape (3,)."""
         return _core.lab(self.xyz(illuminant, observer), illuminant, observer)
 
-    def _repr_html_(self):
+    def _repr_html_(self) -> str:
         L, a, b = self.lab()
         return (f'<div style="display:flex;gap:12px;align-items:center">{_swatch(self.values, "D65", 10)}'
                 f'{_sparkline(self.values)}<div><b>{html.escape(self.name) or "curve"}</b><br>'
@@ -95,10 +100,10 @@ class Tolerance:
 
     limit: float = 1.0
     system: str = "cie2000"
-    parameters: dict = dataclasses.field(default_factory=dict)
+    parameters: dict[str, float] = dataclasses.field(default_factory=dict)
     warning: float = 0.75
 
-    def _repr_html_(self):
+    def _repr_html_(self) -> str:
         parameters = ", ".join(f"{name} = {value:g}" for name, value in self.parameters.items())
         return (f"<span>&Delta;E {html.escape(self.system)}{' (' + html.escape(parameters) + ')' if parameters else ''} "
                 f"&le; {self.limit:g}, warning above {self.warning * self.limit:g}</span>")
@@ -118,14 +123,14 @@ class Standard:
 
     curve: Curve
     tolerance: Tolerance = Tolerance()
-    illuminants: tuple = ("D65", "A", "CWF")
+    illuminants: tuple[Lamp, ...] = ("D65", "A", "CWF")
     observer: int = 10
 
-    def judge(self, samples, threads=1):
+    def judge(self, samples: Numbers, threads: int = 1) -> Judgement:
         """The judgement of samples, curves of shape (n, 40), see :func:`vrxmath.judge`."""
         tolerance = self.tolerance
         return _judge(self.curve.values, samples, self.illuminants, self.observer, system=tolerance.system,
                       tolerance=tolerance.limit, warning=tolerance.warning, threads=threads, **tolerance.parameters)
 
-    def _repr_html_(self):
+    def _repr_html_(self) -> str:
         return self.curve._repr_html_() + self.tolerance._repr_html_()

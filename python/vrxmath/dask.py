@@ -12,6 +12,7 @@ import glob
 import os
 import pathlib
 import tempfile
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
@@ -19,10 +20,18 @@ from . import _core
 from ._judgement import judge as _judge
 from ._reading import read as _read
 
+if TYPE_CHECKING:
+    from collections.abc import Callable, Sequence
+    from typing import Union
+
+    from ._core import Floats, Lamp, Numbers
+
+    Paths = Union[str, os.PathLike[str], Sequence[Union[str, os.PathLike[str]]]]
+
 __all__ = ["color", "judge", "nearest", "partitions"]
 
 
-def partitions(paths):
+def partitions(paths: Paths) -> list[str]:
     """The files of a partitioned data set, in order.
 
     Parameters
@@ -36,7 +45,7 @@ def partitions(paths):
     """
     given = [paths] if isinstance(paths, (str, os.PathLike)) else list(paths)
     files = []
-    for path in map(os.fspath, given):
+    for path in [os.fspath(one) for one in given]:
         found = sorted(glob.glob(path)) if glob.has_magic(path) else [path]
         if not found:
             raise FileNotFoundError(f"no file matches {path!r}")
@@ -44,15 +53,15 @@ def partitions(paths):
     return files
 
 
-def _curves_of(path):
+def _curves_of(path: str) -> Any:
     if path.endswith(".npy"):
         return np.load(path, mmap_mode="r", allow_pickle=False)
     return _read(path).curves
 
 
-def _write(path, columns):
+def _write(path: str, columns: dict[str, Any]) -> str:
     """One record array, in the order of the columns; the file is whole or not there."""
-    rows = np.rec.fromarrays(list(columns.values()), names=list(columns))
+    rows = np.rec.fromarrays(list(columns.values()), names=list(columns))  # type: ignore[call-overload]
     handle, temporary = tempfile.mkstemp(dir=os.path.dirname(path), prefix=".part-", suffix=".npy")
     try:
         with os.fdopen(handle, "wb") as file:
@@ -64,7 +73,7 @@ def _write(path, columns):
     return path
 
 
-def _judge_part(source, target, standard, settings):
+def _judge_part(source: str, target: str, standard: Floats, settings: dict[str, Any]) -> str:
     judged = _judge(standard, _curves_of(source), **settings)
     columns = {"overall": judged.overall}
     for i, name in enumerate(judged.illuminants):
@@ -73,7 +82,7 @@ def _judge_part(source, target, standard, settings):
     return _write(target, columns)
 
 
-def _color_part(source, target, illuminant, observer):
+def _color_part(source: str, target: str, illuminant: Lamp, observer: int) -> str:
     xyz = _core.tristimulus(_curves_of(source), illuminant, observer)
     lab = _core.lab(xyz, illuminant, observer, polar=True)
     columns = dict(zip("XYZ", xyz.T))
@@ -81,14 +90,15 @@ def _color_part(source, target, illuminant, observer):
     return _write(target, columns)
 
 
-def _nearest_part(source, target, standards, count, settings):
+def _nearest_part(source: str, target: str, standards: Floats, count: int, settings: dict[str, Any]) -> str:
     index, distance = _core.nearest(_curves_of(source), standards, count, **settings)
-    columns = {f"index_{i + 1}": index[:, i] for i in range(index.shape[1])}
+    columns: dict[str, Any] = {f"index_{i + 1}": index[:, i] for i in range(index.shape[1])}
     columns.update({f"dE_{i + 1}": distance[:, i] for i in range(distance.shape[1])})
     return _write(target, columns)
 
 
-def _map(task, paths, output, arguments, client, progress, retries):
+def _map(task: Callable[..., str], paths: Paths, output: str | os.PathLike[str], arguments: dict[str, Any], client: Any,
+         progress: Callable[[int, int], object] | None, retries: int) -> list[str]:
     """Runs `task` over every partition and returns the written files in the partitions' order."""
     from distributed import Client, as_completed
 
@@ -97,11 +107,11 @@ def _map(task, paths, output, arguments, client, progress, retries):
     folder.mkdir(parents=True, exist_ok=True)
     targets = [str(folder / f"part-{i:06d}.npy") for i in range(len(sources))]
     own = client is None
-    client = client or Client(processes=True)
+    client = client or Client(processes=True)  # type: ignore[no-untyped-call]
     try:
         futures = client.map(task, [os.path.abspath(source) for source in sources], targets, retries=retries, pure=False,
                              **{name: value for name, value in arguments.items()})
-        for done, future in enumerate(as_completed(futures), 1):
+        for done, future in enumerate(as_completed(futures), 1):  # type: ignore[no-untyped-call]
             future.result()  # raises what the task raised
             if progress is not None:
                 progress(done, len(futures))
@@ -111,7 +121,8 @@ def _map(task, paths, output, arguments, client, progress, retries):
     return targets
 
 
-def judge(paths, standard, *, output, client=None, progress=None, retries=3, **settings):
+def judge(paths: Paths, standard: Numbers, *, output: str | os.PathLike[str], client: Any = None,
+          progress: Callable[[int, int], object] | None = None, retries: int = 3, **settings: Any) -> list[str]:
     """Judges the curves of every partition against one standard.
 
     Parameters
@@ -141,7 +152,8 @@ def judge(paths, standard, *, output, client=None, progress=None, retries=3, **s
     return _map(_judge_part, paths, output, arguments, client, progress, retries)
 
 
-def color(paths, illuminant="D65", observer=10, *, output, client=None, progress=None, retries=3):
+def color(paths: Paths, illuminant: Lamp = "D65", observer: int = 10, *, output: str | os.PathLike[str], client: Any = None,
+          progress: Callable[[int, int], object] | None = None, retries: int = 3) -> list[str]:
     """X, Y, Z, L*, a*, b*, C*, h of the curves of every partition.
 
     Parameters and results as for :func:`judge`; the fields of a record are ``X Y Z L a b C h``.
@@ -149,7 +161,8 @@ def color(paths, illuminant="D65", observer=10, *, output, client=None, progress
     return _map(_color_part, paths, output, {"illuminant": illuminant, "observer": observer}, client, progress, retries)
 
 
-def nearest(paths, standards, count=10, *, output, client=None, progress=None, retries=3, **settings):
+def nearest(paths: Paths, standards: Numbers, count: int = 10, *, output: str | os.PathLike[str], client: Any = None,
+            progress: Callable[[int, int], object] | None = None, retries: int = 3, **settings: Any) -> list[str]:
     """The nearest standards of the curves of every partition, see :func:`vrxmath.nearest`.
 
     Parameters and results as for :func:`judge`; the fields of a record are ``index_1 ...`` and ``dE_1 ...``.

@@ -5,15 +5,24 @@ Every function draws on the axes that it is given (``ax=``), or on new ones, and
 
 from __future__ import annotations
 
+from typing import TYPE_CHECKING, Any
+
 import numpy as np
 
 from . import _core
+
+if TYPE_CHECKING:
+    from collections.abc import Sequence
+
+    from matplotlib.axes import Axes
+
+    from ._core import Lamp, Numbers
 
 WAVELENGTHS = np.arange(360, 760, 10)
 _VERDICT_STYLE = {0: ("#b3261e", "X", "fail"), 1: ("#b06000", "^", "warning"), 2: ("#1e6b34", "o", "pass")}
 
 
-def _axes(ax):
+def _axes(ax: Axes | None) -> Any:
     if ax is not None:
         return ax
     import matplotlib.pyplot as plt
@@ -21,16 +30,17 @@ def _axes(ax):
     return plt.subplots(layout="constrained")[1]
 
 
-def _rows(curves):
+def _rows(curves: Numbers) -> Any:
     return np.atleast_2d(np.asarray(curves, dtype=float))
 
 
-def _hex_colors(curves, illuminant, observer):
+def _hex_colors(curves: Numbers, illuminant: Lamp, observer: int) -> list[str]:
     rgb = _core.display_rgb(_core.tristimulus(_rows(curves), illuminant, observer), illuminant, observer)
     return ["#%02x%02x%02x" % tuple(color) for color in rgb]
 
 
-def curves(curves, labels=None, *, illuminant="D65", observer=10, ax=None):
+def curves(curves: Numbers, labels: Sequence[str] | None = None, *, illuminant: Lamp = "D65", observer: int = 10,
+           ax: Axes | None = None) -> Axes:
     """Reflectance curves, each drawn in its own colour.
 
     Parameters
@@ -59,7 +69,8 @@ def curves(curves, labels=None, *, illuminant="D65", observer=10, ax=None):
     return ax
 
 
-def spectral_difference(standard, samples, labels=None, *, ax=None):
+def spectral_difference(standard: Numbers, samples: Numbers, labels: Sequence[str] | None = None, *,
+                        ax: Axes | None = None) -> Axes:
     """Samples minus standard at every wavelength, in percent of reflectance.
 
     Parameters
@@ -83,7 +94,8 @@ def spectral_difference(standard, samples, labels=None, *, ax=None):
     return ax
 
 
-def ab_plane(differences, verdicts=None, *, ellipse=None, warning=0.75, ax=None):
+def ab_plane(differences: Numbers, verdicts: Any = None, *, ellipse: tuple[float, float, float] | None = None,
+             warning: float = 0.75, ax: Axes | None = None) -> Axes:
     """Differences in the a*-b* plane about their standard, with the ellipse of a tolerance.
 
     Parameters
@@ -127,7 +139,8 @@ def ab_plane(differences, verdicts=None, *, ellipse=None, warning=0.75, ax=None)
     return ax
 
 
-def swatches(standard, samples, labels=None, *, illuminant="D65", observer=10, ax=None):
+def swatches(standard: Numbers, samples: Numbers, labels: Sequence[str] | None = None, *, illuminant: Lamp = "D65",
+             observer: int = 10, ax: Axes | None = None) -> Axes:
     """Each sample beside its standard, touching, on a light neutral ground. A cross marks what a display cannot show.
 
     Parameters
@@ -165,7 +178,8 @@ def swatches(standard, samples, labels=None, *, illuminant="D65", observer=10, a
     return ax
 
 
-def trend(totals, tolerance=None, *, warning=0.75, labels=None, ax=None):
+def trend(totals: Numbers, tolerance: float | None = None, *, warning: float = 0.75, labels: Sequence[str] | None = None,
+          ax: Axes | None = None) -> Axes:
     """Total differences in the order of the samples, with the limit and where the warning begins.
 
     Parameters

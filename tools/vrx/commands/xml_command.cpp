@@ -5,12 +5,12 @@
 #include <string>
 #include <string_view>
 
+#include <vrxio/whole_file.h>
 #include <vrxmath/support/xml_reader.h>
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/whole_file.h"
 #include "tools/vrx/xml_path.h"
 
 namespace vrx::tool {

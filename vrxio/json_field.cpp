@@ -1,5 +1,4 @@
-
-#include "tools/vrx/json_field.h"
+#include <vrxio/json_field.h>
 
 #include <algorithm>
 #include <bitset>
@@ -9,10 +8,10 @@
 #include <unordered_map>
 #include <utility>
 
-#include "tools/vrx/commands/command.h"
-#include "tools/vrx/whole_file.h"
+#include <vrxio/input_error.h>
+#include <vrxio/whole_file.h>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 namespace {
 
@@ -240,4 +239,4 @@ void JsonField::Fail(const std::string& reason) const {
   throw InputError(document_->Name() + ": " + (path.empty() ? reason : path + ": " + reason));
 }
 
-}  // namespace vrx::tool
+}  // namespace vrx::io

@@ -1,15 +1,13 @@
-
-#include "tools/vrx/whole_file.h"
+#include <vrxio/whole_file.h>
 
 #include <iostream>
 #include <span>
 
+#include <vrxio/input_error.h>
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/files.h>
 
-#include "tools/vrx/commands/command.h"
-
-namespace vrx::tool {
+namespace vrx::io {
 namespace {
 
 // Bytes of the file, or of standard input, as many as there are room for.
@@ -58,4 +56,4 @@ std::string ReadWholeFile(const std::string& path, std::size_t limit,
   return content;
 }
 
-}  // namespace vrx::tool
+}  // namespace vrx::io

@@ -1,14 +1,14 @@
 // A file read into memory whole, up to a limit.
 
-#ifndef TOOLS_VRX_WHOLE_FILE_H_
-#define TOOLS_VRX_WHOLE_FILE_H_
+#ifndef VRXIO_WHOLE_FILE_H_
+#define VRXIO_WHOLE_FILE_H_
 
 #include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 /// Reads a file, or standard input for "-". `isPromising` sees the beginning of the file, up to 1 MiB; when it answers
 /// false no more is read, and what was read is returned: an endless device that is not what it should be ends there.
@@ -16,6 +16,6 @@ namespace vrx::tool {
 std::string ReadWholeFile(const std::string& path, std::size_t limit,
                           const std::function<bool(std::string_view beginning)>& isPromising = nullptr);
 
-}  // namespace vrx::tool
+}  // namespace vrx::io
 
-#endif  // TOOLS_VRX_WHOLE_FILE_H_
+#endif  // VRXIO_WHOLE_FILE_H_

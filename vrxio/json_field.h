@@ -1,8 +1,8 @@
 // A value of a JSON document that knows where it stands, so that whatever is wrong with it can be said by file
 // and field: "acrylic.json: components[3].levels[0].K: 39 numbers instead of 40".
 
-#ifndef TOOLS_VRX_JSON_FIELD_H_
-#define TOOLS_VRX_JSON_FIELD_H_
+#ifndef VRXIO_JSON_FIELD_H_
+#define VRXIO_JSON_FIELD_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vrx::tool {
+namespace vrx::io {
 
 /// A JSON file, read whole into one flat list of values, 16 bytes each, in the order of the file. Time and memory grow
 /// with the size of the file, whatever is in it.
@@ -126,6 +126,6 @@ class JsonField {
   uint32_t node_;
 };
 
-}  // namespace vrx::tool
+}  // namespace vrx::io
 
-#endif  // TOOLS_VRX_JSON_FIELD_H_
+#endif  // VRXIO_JSON_FIELD_H_

@@ -1,0 +1,444 @@
+// Colour systems: the curves of formulas, the recipes of colours, and what to add to a batch.
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <map>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <pybind11/numpy.h>
+#include <pybind11/stl.h>
+
+#include <vrxio/color_system_file.h>
+#include <vrxio/names.h>
+#include <vrxmath/colorant/component_names.h>
+#include <vrxmath/formula/prediction.h>
+#include <vrxmath/foundation/numbers.h>
+#include <vrxmath/matching/batch_correction.h>
+#include <vrxmath/matching/recipe.h>
+
+#include "python/src/arrays.h"
+#include "python/src/blocks.h"
+#include "python/src/module.h"
+#include "python/src/names.h"
+#include "python/src/views.h"
+
+namespace vrx::python {
+namespace {
+
+// A colour system with its components in the order of its file.
+struct System {
+  explicit System(const std::string& path) : file(io::ReadColorSystem(path)) {
+    for (const CComponent* component : io::ComponentsInOrder(file)) {
+      ids.push_back(component->GetId());
+      names.push_back(component->GetName().ToUtf8());
+    }
+  }
+
+  io::ColorSystem file;
+  std::vector<uint32_t> ids;
+  std::vector<std::string> names;
+};
+
+// The place of a component that is named by its number or its name.
+std::size_t PlaceOf(const System& system, const py::handle& component) {
+  if (py::isinstance<py::int_>(component)) {
+    const auto id = component.cast<int64_t>();
+    const auto found = std::ranges::find(system.ids, id);
+    if (found != system.ids.end()) return static_cast<std::size_t>(found - system.ids.begin());
+  } else if (py::isinstance<py::str>(component)) {
+    const auto name = component.cast<std::string>();
+    const auto found = std::ranges::find_if(
+        system.names, [&](const std::string& own) { return io::EqualsIgnoringCase(own, name); });
+    if (found != system.names.end()) return static_cast<std::size_t>(found - system.names.begin());
+  }
+  throw py::value_error("component: the colour system has no " + py::repr(component).cast<std::string>());
+}
+
+// Formulas of a file as rows of amounts in the order of the system.
+py::tuple ReadFormulas(const System& system, const std::string& path) {
+  const std::vector<io::NamedFormula> formulas = io::ReadFormulas(path, system.file);
+  const std::size_t width = system.ids.size();
+  py::list names;
+  py::array_t<double> amounts({static_cast<py::ssize_t>(formulas.size()), static_cast<py::ssize_t>(width)});
+  double* row = amounts.mutable_data();
+  std::fill_n(row, formulas.size() * width, 0.0);
+  for (const io::NamedFormula& formula : formulas) {
+    names.append(formula.name);
+    for (const CDbFormulaElement& line : formula.formula) {
+      const auto id = std::ranges::find(system.ids, static_cast<uint32_t>(line.componentId));
+      row[id - system.ids.begin()] += line.amount;
+    }
+    row += width;
+  }
+  return py::make_tuple(names, amounts);
+}
+
+// An amount of 0 is a component that is not there.
+CDbFormula FormulaOf(const System& system, const double* amounts) {
+  CDbFormula formula;
+  for (std::size_t k = 0; k < system.ids.size(); ++k) {
+    if (amounts[k] == 0.0) continue;
+    CDbFormulaElement line;
+    line.componentId = static_cast<int32_t>(system.ids[k]);
+    line.amount = amounts[k];
+    formula.Add(line);
+  }
+  return formula;
+}
+
+py::array_t<double> AmountsOf(const System& system, const CDbFormula& formula) {
+  py::array_t<double> amounts(static_cast<py::ssize_t>(system.ids.size()));
+  double* const row = amounts.mutable_data();
+  std::fill_n(row, system.ids.size(), 0.0);
+  for (const CDbFormulaElement& line : formula) {
+    const auto id = std::ranges::find(system.ids, static_cast<uint32_t>(line.componentId));
+    row[id - system.ids.begin()] += line.amount;
+  }
+  return amounts;
+}
+
+SaundersonMode ModeOf(const std::string& specular) {
+  if (specular == "included") return SaundersonMode::kIncluded;
+  if (specular == "excluded") return SaundersonMode::kExcluded;
+  if (specular == "none") return SaundersonMode::kNone;
+  throw py::value_error("specular: \"included\", \"excluded\" or \"none\" is expected");
+}
+
+py::array Predict(const System& system, const py::object& amounts, const std::string& specular,
+                  const py::object& out, int threads) {
+  const SaundersonMode mode = ModeOf(specular);
+  const Rows rows = RowsOf(amounts, "formulas", system.ids.size());
+  py::array_t<double> result = ResultArray(rows.lead, {static_cast<py::ssize_t>(kSamples)}, out);
+  if (Overlap(result, rows.array)) throw py::value_error("out: it lies over an argument");
+  double* const target = result.mutable_data();
+  InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
+    for (std::size_t i = from; i < from + count; ++i) {
+      const CDbFormula formula = FormulaOf(system, rows.Doubles() + i * rows.stride);
+      const CReflData curve = PredictReflectance(formula, system.file.data, mode);
+      std::copy_n(curve.GetData(), kSamples, target + kSamples * i);
+      const bool isUnset = formula.IsEmpty() || IsUnset(curve);
+      if (isUnset) std::fill_n(target + kSamples * i, kSamples, std::numeric_limits<double>::quiet_NaN());
+    }
+  });
+  return result;
+}
+
+// Recipes ---------------------------------------------------------------------------------------------------
+
+template <class VALUE>
+VALUE OneOf(const py::dict& settings, const char* name,
+            std::initializer_list<std::pair<const char*, VALUE>> values) {
+  const auto text = settings[name].cast<std::string>();
+  std::string expected;
+  for (const auto& [known, value] : values) {
+    if (text == known) return value;
+    expected += (expected.empty() ? "\"" : "\", \"") + std::string(known);
+  }
+  throw py::value_error(std::string(name) + ": one of " + expected + "\" is expected");
+}
+
+double NumberOf(const py::dict& settings, const char* name, double least, double most) {
+  const auto number = settings[name].cast<double>();
+  if (number >= least && number <= most) return number;
+  throw py::value_error(std::string(name) + ": a number from " +
+                        py::str(py::float_(least)).cast<std::string>() + " to " +
+                        py::str(py::float_(most)).cast<std::string>() + " is expected");
+}
+
+CRecipeComponent& EntryOf(std::map<std::size_t, CRecipeComponent>& entries, const System& system,
+                          const py::handle& component) {
+  const std::size_t place = PlaceOf(system, component);
+  CRecipeComponent& entry = entries[place];
+  entry.componentId = system.ids[place];
+  return entry;
+}
+
+// Required, excluded, limited and priced components.
+void ReadChoice(const System& system, const py::dict& given, CRecipeSettings& settings) {
+  std::map<std::size_t, CRecipeComponent> entries;
+  for (const py::handle component : given["require"]) {
+    EntryOf(entries, system, component).use = CRecipeComponent::kRequired;
+  }
+  for (const py::handle component : given["exclude"]) {
+    CRecipeComponent& entry = EntryOf(entries, system, component);
+    if (entry.use == CRecipeComponent::kRequired)
+      throw py::value_error("exclude: a component is required, too");
+    entry.use = CRecipeComponent::kExcluded;
+  }
+  for (const auto& [component, range] : given["limits"].cast<py::dict>()) {
+    const auto [least, most] = range.cast<std::pair<double, double>>();
+    CRecipeComponent& entry = EntryOf(entries, system, component);
+    entry.least = least / 100.0;
+    entry.most = most / 100.0;
+  }
+  for (const auto& [component, cost] : given["costs"].cast<py::dict>()) {
+    EntryOf(entries, system, component).cost = cost.cast<double>();
+  }
+  for (const auto& [place, entry] : entries) settings.components.Add(entry);
+  settings.mostColorants = static_cast<int32_t>(NumberOf(given, "max_colorants", 1, 6));
+  settings.leastAmount = NumberOf(given, "min_amount", 0, 100) / 100.0;
+}
+
+CReflData CurveOf(const double* values) {
+  CReflData curve;
+  std::copy_n(values, kSamples, curve.GetData());
+  return curve;
+}
+
+// What searches for recipes and for corrections have in common; `given` has every setting by its name in Python.
+CRecipeSettings SettingsOf(const System& system, const py::dict& given) {
+  CRecipeSettings settings;
+  ReadChoice(system, given, settings);
+  bool single = false;
+  settings.illuminants.RemoveAll();
+  for (const vrxIlluminant illuminant : IlluminantsOf(given["illuminants"], single)) {
+    settings.illuminants.Add(illuminant);
+  }
+  settings.observer = ObserverOf(given["observer"].cast<int>());
+  settings.difference = python::SettingsOf(given["system"].cast<std::string>(), given["parameters"]);
+  settings.tolerance = NumberOf(given, "tolerance", 0, 1e9);
+  settings.objective = OneOf<RecipeObjective>(given, "objective",
+                                              {{"tristimulus", RecipeObjective::kTristimulus},
+                                               {"spectral", RecipeObjective::kSpectral},
+                                               {"combined", RecipeObjective::kCombined}});
+  settings.mode = ModeOf(given["specular"].cast<std::string>());
+  if (!given["weights"].is_none()) {
+    for (const py::handle weight : given["weights"]) settings.weights.Add(weight.cast<double>());
+    if (settings.weights.GetSize() != settings.illuminants.GetSize()) {
+      throw py::value_error("weights: one number per illuminant is expected");
+    }
+  }
+  settings.top = static_cast<int32_t>(NumberOf(given, "top", 1, 10'000));
+  settings.threads = static_cast<uint32_t>(NumberOf(given, "threads", 0, 1024));
+  settings.prerank = static_cast<int64_t>(NumberOf(given, "prerank", 0, 1e15));
+  settings.mostSubsets = static_cast<uint64_t>(NumberOf(given, "max_subsets", 1, 1e15));
+  return settings;
+}
+
+void ReadProduction(const py::dict& given, CRecipeSettings& settings) {
+  settings.order = OneOf<RecipeOrder>(given, "sort",
+                                      {{"fewest", RecipeOrder::kFewest},
+                                       {"color", RecipeOrder::kColor},
+                                       {"metamerism", RecipeOrder::kMetamerism},
+                                       {"cost", RecipeOrder::kCost}});
+  settings.batchSize = NumberOf(given, "batch_size", 1e-9, 1e9);
+  settings.resolution = NumberOf(given, "resolution", 0, settings.batchSize);
+  settings.thickness = NumberOf(given, "thickness", 0, 1e9);
+  settings.leastOpacity = NumberOf(given, "min_opacity", 0, 100);
+  if (given["backings"].is_none()) return;
+  const Rows backings = RowsOf(given["backings"], "backings", kSamples);
+  if (backings.count != 2)
+    throw py::value_error("backings: two curves are expected, the black one and the white one");
+  settings.black = CurveOf(backings.Doubles());
+  settings.white = CurveOf(backings.Doubles() + backings.stride);
+}
+
+// Why there is no recipe, in the words of the arguments.
+std::string FaultText(const System& system, const RecipeOutcome& outcome) {
+  std::string component = "component " + std::to_string(outcome.component);
+  const auto found = std::ranges::find(system.ids, outcome.component);
+  if (found != system.ids.end()) {
+    component += " \"" + system.names[static_cast<std::size_t>(found - system.ids.begin())] + "\"";
+  }
+  switch (outcome.fault) {
+    case RecipeFault::kNoMixingLaw:
+      return "color_system: its optical model is not of a kind that can be matched";
+    case RecipeFault::kNoSubstrate:
+      return "color_system: it has no substrate, neither a calibration white nor a resin with levels";
+    case RecipeFault::kTargetNotMeasured:
+      return "target: it is not measured throughout";
+    case RecipeFault::kTargetBelowSurface:
+      return "target: darker than the surface alone; a curve without the specular component takes "
+             "specular=\"excluded\", an "
+             "uncorrected one specular=\"none\"";
+    case RecipeFault::kNeedsCurve:
+      return "objective: it needs a curve, not L*, a*, b*";
+    case RecipeFault::kUnknownComponent:
+      return component + " cannot be in a recipe: it has no levels";
+    case RecipeFault::kContradiction:
+      return component + " is both required and excluded";
+    case RecipeFault::kTooFewAllowed:
+      return "max_colorants: fewer components are allowed than required, or more required than that";
+    case RecipeFault::kLimits:
+      return "limits: those of " + component + " contradict each other, or min_amount";
+    case RecipeFault::kLimitsTogether:
+      return "limits: they leave no recipe that makes up 100 percent";
+    case RecipeFault::kEverythingForbidden:
+      return "color_system: its rules forbid every subset";
+    case RecipeFault::kTooManySubsets:
+      return "max_subsets: there are " + std::to_string(outcome.subsets) +
+             "; exclude components, lower max_colorants, or raise it";
+    case RecipeFault::kBatchFormula:
+      return "formula: it is empty or cannot be predicted";
+    case RecipeFault::kBatchNotMeasured:
+      return "measured: the curve is not measured throughout";
+    case RecipeFault::kBatchBelowSurface:
+      return "measured: the curve is darker than the surface alone; see specular";
+    default:
+      return "settings that cannot be used";
+  }
+}
+
+// A search without the interpreter's lock, which Ctrl+C ends.
+RecipeOutcome Search(const System& system, CRecipeSettings& settings,
+                     const std::function<RecipeOutcome()>& search) {
+  bool isStopped = false;
+  settings.progress = [&](double) {
+    const py::gil_scoped_acquire locked;
+    isStopped = isStopped || PyErr_CheckSignals() != 0;
+    return !isStopped;
+  };
+  RecipeOutcome outcome;
+  {
+    const py::gil_scoped_release unlocked;
+    outcome = search();
+  }
+  if (isStopped) throw py::error_already_set();
+  if (outcome.fault != RecipeFault::kNone) throw py::value_error(FaultText(system, outcome));
+  return outcome;
+}
+
+CRecipeTarget TargetOf(const Rows& rows, std::size_t i) {
+  const double* const row = rows.Doubles() + i * rows.stride;
+  CRecipeTarget target;
+  if (rows.width == kSamples) {
+    target.curve = CurveOf(row);
+  } else {
+    target.lab = CLabValues(row[0], row[1], row[2]);
+  }
+  return target;
+}
+
+double NanOf(double value) {
+  return IsUnset(value) ? std::numeric_limits<double>::quiet_NaN() : value;
+}
+
+py::array_t<double> ArrayOf(const CDoubleArray1& values) {
+  py::array_t<double> array(static_cast<py::ssize_t>(values.GetSize()));
+  for (int32_t k = 0; k < values.GetSize(); ++k) array.mutable_data()[k] = NanOf(values[k]);
+  return array;
+}
+
+py::array_t<double> ArrayOf(const CReflData& curve) {
+  return py::array_t<double>(static_cast<py::ssize_t>(kSamples), curve.GetData());
+}
+
+py::list Match(const System& system, const py::object& targets, const py::dict& given) {
+  const Rows rows = RowsOf(targets, "targets", kSamples, false, 3);
+  CRecipeSettings settings = SettingsOf(system, given);
+  ReadProduction(given, settings);
+  py::list all;
+  for (std::size_t i = 0; i < rows.count; ++i) {
+    CRecipeArray recipes;
+    const CRecipeTarget target = TargetOf(rows, i);
+    Search(system, settings,
+           [&] { return FormulateRecipes(system.file.data, system.file.rules, target, settings, recipes); });
+    py::list found;
+    for (const CRecipe& recipe : recipes) {
+      py::dict fields;
+      fields["amounts"] = AmountsOf(system, recipe.formula);
+      fields["differences"] = ArrayOf(recipe.differences);
+      fields["metamerism"] = NanOf(recipe.metamerism);
+      fields["rms"] = NanOf(recipe.rms);
+      fields["cost"] = recipe.cost;
+      fields["opacity"] = NanOf(recipe.opacity);
+      fields["within_tolerance"] = recipe.isWithinTolerance;
+      fields["curve"] = ArrayOf(recipe.curve);
+      found.append(fields);
+    }
+    all.append(found);
+  }
+  return all;
+}
+
+py::dict FieldsOf(const System& system, const CCorrection& correction) {
+  py::dict fields;
+  fields["amounts"] = AmountsOf(system, correction.additions);
+  fields["differences"] = ArrayOf(correction.differences);
+  fields["total"] = correction.total;
+  fields["cost"] = correction.cost;
+  fields["within_tolerance"] = correction.isWithinTolerance;
+  fields["curve"] = ArrayOf(correction.curve);
+  return fields;
+}
+
+py::tuple Correct(const System& system, const py::object& formula, const py::object& measured,
+                  const py::object& target, const py::dict& given) {
+  const Rows amounts = RowsOf(formula, "formula", system.ids.size());
+  const Rows curve = RowsOf(measured, "measured", kSamples);
+  const Rows aim = RowsOf(target, "target", kSamples, false, 3);
+  if (amounts.count != 1 || curve.count != 1 || aim.count != 1) {
+    throw py::value_error("formula, measured and target: one row each is expected");
+  }
+  CCorrectionSettings settings;
+  settings.recipe = SettingsOf(system, given);
+  settings.mostAddition = NumberOf(given, "max_addition", 0, 100) / 100.0;
+  settings.aim = OneOf<CorrectionAim>(given, "aim",
+                                      {{"smallest", CorrectionAim::kSmallest},
+                                       {"cheapest", CorrectionAim::kCheapest},
+                                       {"nearest", CorrectionAim::kNearest}});
+  CBatch batch;
+  batch.formula = FormulaOf(system, amounts.Doubles());
+  batch.curve = CurveOf(curve.Doubles());
+  batch.size = NumberOf(given, "batch_size", 1e-9, 1e9);
+  const CRecipeTarget wanted = TargetOf(aim, 0);
+  CCorrection before;
+  CCorrectionArray corrections;
+  Search(system, settings.recipe, [&] {
+    return CorrectBatch(system.file.data, system.file.rules, batch, wanted, settings, before, corrections);
+  });
+  py::list found;
+  for (const CCorrection& correction : corrections) found.append(FieldsOf(system, correction));
+  return py::make_tuple(FieldsOf(system, before), found);
+}
+
+}  // namespace
+
+void DefineFormulation(py::module_& module) {
+  py::class_<System>(module, "ColorSystem",
+                     R"(Colorants with their optical data, from a colour-system file (JSON).
+
+Parameters
+----------
+path : str
+
+Attributes
+----------
+name, model : str
+ids : list of int
+names : list of str
+    Of the components, in the order in which amounts are given.
+)")
+      .def(py::init<const std::string&>(), py::arg("path"))
+      .def_property_readonly("name", [](const System& system) { return system.file.data.name.ToUtf8(); })
+      .def_property_readonly(
+          "model",
+          [](const System& system) { return OpticalModelName(system.file.data.opticalModel).ToUtf8(); })
+      .def_readonly("ids", &System::ids)
+      .def_readonly("names", &System::names)
+      .def("place", &PlaceOf, py::arg("component"),
+           "The place of a component, named by its number or its name, among the amounts.")
+      .def("read_formulas", &ReadFormulas, py::arg("path"), R"(The formulas of a file.
+
+Returns
+-------
+names : list of str
+amounts : numpy.ndarray, shape (n, components)
+)")
+      .def("__len__", [](const System& system) { return system.ids.size(); })
+      .def("__repr__", [](const System& system) {
+        return "<ColorSystem \"" + system.file.data.name.ToUtf8() + "\", " +
+               std::to_string(system.ids.size()) + " components>";
+      });
+  module.def("predict", &Predict, py::arg("color_system"), py::arg("amounts"), py::kw_only(),
+             py::arg("specular"), py::arg("out"), py::arg("threads"));
+  module.def("match", &Match, py::arg("color_system"), py::arg("targets"), py::arg("settings"));
+  module.def("correct", &Correct, py::arg("color_system"), py::arg("formula"), py::arg("measured"),
+             py::arg("target"), py::arg("settings"));
+}
+
+}  // namespace vrx::python

@@ -1,0 +1,89 @@
+"""Formulas, recipes and corrections: those of the command-line tool, to the last bit."""
+
+import os
+
+import numpy as np
+import pytest
+
+import vrxmath as vrx
+
+EXAMPLES = os.path.join(os.environ["VRX_SOURCE_DIR"], "examples")
+SYSTEM, FORMULAS, CHART = (os.path.join(EXAMPLES, name)
+                           for name in ("acrylic_paints.json", "acrylic_formulas.json", "chart_average.csv"))
+
+
+@pytest.fixture(scope="module")
+def paints():
+    return vrx.ColorSystem(SYSTEM)
+
+
+def numbers(row, names):
+    return [float(row[name]) if row[name] else np.nan for name in names]
+
+
+def test_predictions(paints, vrx_tool):
+    names, amounts = paints.read_formulas(FORMULAS)
+    rows = vrx_tool("predict", SYSTEM, FORMULAS, "--illuminants", "A", "--observer", "2")
+    curves = vrx.predict(paints, amounts, threads=2)
+    assert names == [row["id"] for row in rows]
+    assert np.array_equal(curves, [numbers(row, map(str, range(360, 760, 10))) for row in rows])
+    assert np.array_equal(vrx.tristimulus(curves, "A", 2), [numbers(row, ("A/2 X", "A/2 Y", "A/2 Z")) for row in rows])
+    parts = [{paints.names[k].upper(): row[k] for k in np.flatnonzero(row)} for row in amounts]
+    by_number = {paints.ids[k]: 7 * amounts[0, k] for k in np.flatnonzero(amounts[0])}
+    assert np.array_equal(vrx.predict(paints, parts), curves)
+    np.testing.assert_allclose(vrx.predict(paints, by_number), curves[0], rtol=1e-13)
+    assert np.isnan(vrx.predict(paints, np.zeros(len(paints)))).all()
+
+
+def test_recipes(paints, vrx_tool):
+    targets = vrx.read(CHART)
+    limits = {paints.names[0]: (1, 60)}
+    options = ["--top", "3", "--max-colorants", "3", "--specular", "excluded", "--illuminants", "D65,A", "--system", "cmc",
+               "--parameters", "2,1", "--sort", "color", "--require", paints.names[0], "--batch-size", "500", "--resolution", "0.5"]
+    rows = vrx_tool("match", SYSTEM, CHART, *options)
+    found = vrx.match(paints, targets.curves, ["D65", "A"], system="cmc", l=2, c=1, top=3, max_colorants=3, specular="excluded",
+                      sort="color", require=[paints.ids[0]], batch_size=500, resolution=0.5, threads=2)
+    recipes = [recipe for one in found for recipe in one]
+    assert len(recipes) == len(rows) and len(found) == len(targets)
+    for row, recipe in zip(rows, recipes):
+        expected = numbers(row, ("dE_D65", "dE_A", "metamerism", "rms", "cost", "opacity"))
+        own = [*recipe.differences, recipe.metamerism, recipe.rms, recipe.cost, recipe.opacity]
+        assert np.array_equal(own, expected, equal_nan=True)
+        amounts = dict(part.split(":") for part in row["formula"].split(";"))
+        assert {paints.names[paints.ids.index(int(number))]: float(amount) for number, amount in amounts.items()} == recipe.formula
+        assert recipe.within_tolerance == (row["status"] == "ok") and abs(sum(recipe.amounts) - 500) <= 1
+    limited = vrx.match(paints, targets.curves[2], limits=limits, costs={paints.ids[0]: 2.5}, specular="excluded", top=5)
+    assert all(recipe.formula.get(paints.names[0], 0) <= 60 + 1e-9 for recipe in limited)
+    assert any(recipe.cost == 2.5 * recipe.formula[paints.names[0]] > 0 for recipe in limited if paints.names[0] in recipe.formula)
+    reachable = vrx.predict(paints, paints.read_formulas(FORMULAS)[1][0])
+    by_color = vrx.match(paints, vrx.lab(vrx.tristimulus(reachable)), top=1)
+    assert by_color[0].differences[0] < 1e-3 and np.isnan(by_color[0].differences[1:]).all()
+
+
+def test_corrections_reach_the_target(paints):
+    recipe = vrx.match(paints, vrx.read(CHART).curves[2], specular="excluded", top=1, max_colorants=3)[0]
+    short = {name: amount * (0.8 if i == 0 else 1) for i, (name, amount) in enumerate(recipe.formula.items())}
+    measured = vrx.predict(paints, short, specular="excluded")
+    before, found = vrx.correct(paints, short, measured, recipe.curve, specular="excluded", tolerance=0.1, max_addition=40)
+    assert before.differences[0] > 0.1 and found[0].within_tolerance and found[0].differences.max() <= 0.1
+    together = {**short, **{name: short.get(name, 0) + amount * sum(short.values()) / 100
+                            for name, amount in found[0].formula.items()}}
+    np.testing.assert_allclose(vrx.predict(paints, together, specular="excluded"), found[0].curve, rtol=1e-9)
+
+
+@pytest.mark.parametrize("call, words", [
+    (lambda paints, curve: vrx.ColorSystem(CHART), ["chart_average.csv"]),
+    (lambda paints, curve: vrx.predict(paints, {"no such paint": 1}), ["component", "no such paint"]),
+    (lambda paints, curve: vrx.predict(paints, [1, 2]), ["formulas", f"(..., {len(vrx.ColorSystem(SYSTEM))})", "(2,)"]),
+    (lambda paints, curve: vrx.match(paints, curve * 0 + 0.1), ["target", "specular"]),
+    (lambda paints, curve: vrx.match(paints, curve, sort="best"), ["sort", "fewest"]),
+    (lambda paints, curve: vrx.match(paints, curve, max_colorants=7), ["max_colorants", "6"]),
+    (lambda paints, curve: vrx.match(paints, curve, max_subsets=10), ["max_subsets"]),
+    (lambda paints, curve: vrx.match(paints, curve, require=[1], exclude=[1]), ["exclude"]),
+    (lambda paints, curve: vrx.match(paints, curve, weights=[1]), ["weights"]),
+    (lambda paints, curve: vrx.correct(paints, {}, curve, curve), ["formula"]),
+])
+def test_refusals_name_the_argument(call, words, paints):
+    with pytest.raises(ValueError) as refused:
+        call(paints, np.full(40, 50.0))
+    assert all(word in str(refused.value) for word in words), str(refused.value)

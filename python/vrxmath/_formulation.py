@@ -1,0 +1,236 @@
+"""Colour systems: what formulas give, recipes for colours, and additions to a batch."""
+
+from __future__ import annotations
+
+import dataclasses
+from collections.abc import Mapping
+from typing import TYPE_CHECKING, Any
+
+import numpy as np
+
+from . import _core
+from ._core import ColorSystem
+
+if TYPE_CHECKING:
+    from collections.abc import Sequence
+    from typing import Literal, Union
+
+    from ._core import Floats, Lamps, Numbers
+
+    Component = Union[str, int]
+    Formulas = Union[Mapping[Component, float], Sequence[Mapping[Component, float]], Numbers]
+    Objective = Literal["tristimulus", "spectral", "combined"]
+    Specular = Literal["included", "excluded", "none"]
+
+__all__ = ["ColorSystem", "Correction", "Recipe", "correct", "match", "predict"]
+
+
+def _amounts(color_system: ColorSystem, formulas: Any) -> Any:
+    """Formulas in any form as amounts in the order of the system's components."""
+    if isinstance(formulas, Mapping):
+        row = np.zeros(len(color_system))
+        for component, amount in formulas.items():
+            row[color_system.place(component)] += amount
+        return row
+    if isinstance(formulas, (list, tuple)) and formulas and all(isinstance(one, Mapping) for one in formulas):
+        return np.array([_amounts(color_system, one) for one in formulas])
+    return formulas
+
+
+@dataclasses.dataclass(frozen=True, eq=False)
+class Recipe:
+    """A recipe of a colour.
+
+    Attributes
+    ----------
+    amounts : numpy.ndarray, shape (components,)
+        By the order of the colour system; they make up the batch size. `formula` has those that are not 0 by name.
+    differences : numpy.ndarray, shape (m,)
+        From the target under each illuminant; NaN under the others for a target without a curve.
+    metamerism, rms : float
+        The largest special metamerism index (CIE 15), and the root mean square of the curves' difference from 400 to 700 nm
+        in percent; NaN for a target without a curve.
+    cost, opacity : float
+        Opacity as contrast ratio in percent, NaN without backings.
+    within_tolerance : bool
+    curve : numpy.ndarray, shape (40,)
+        What the recipe is predicted to give.
+    formula : dict of str to float
+    """
+
+    amounts: Floats
+    differences: Floats
+    metamerism: float
+    rms: float
+    cost: float
+    opacity: float
+    within_tolerance: bool
+    curve: Floats
+    formula: dict[str, float]
+
+    def __repr__(self) -> str:
+        parts = sorted(self.formula.items(), key=lambda part: -part[1])
+        return (f"<Recipe {' + '.join(f'{amount:.4g} {name}' for name, amount in parts)}; "
+                f"dE {', '.join(f'{value:.3g}' for value in self.differences)}>")
+
+
+@dataclasses.dataclass(frozen=True, eq=False)
+class Correction:
+    """Additions to a batch.
+
+    Attributes
+    ----------
+    amounts : numpy.ndarray, shape (components,)
+        What is added, in the unit of the batch size; `formula` has those that are not 0 by name.
+    differences : numpy.ndarray, shape (m,)
+        From the target under each illuminant, after the additions.
+    total, cost : float
+    within_tolerance : bool
+    curve : numpy.ndarray, shape (40,)
+        What the corrected batch is predicted to give.
+    formula : dict of str to float
+    """
+
+    amounts: Floats
+    differences: Floats
+    total: float
+    cost: float
+    within_tolerance: bool
+    curve: Floats
+    formula: dict[str, float]
+
+
+def _record(kind: Any, color_system: ColorSystem, fields: dict[str, Any]) -> Any:
+    amounts = fields["amounts"]
+    formula = {color_system.names[i]: float(amounts[i]) for i in np.flatnonzero(amounts)}
+    return kind(**fields, formula=formula)
+
+
+def predict(color_system: ColorSystem, formulas: Formulas, *, specular: Specular = "included", out: Floats | None = None,
+            threads: int = 1) -> Floats:
+    """The reflectance curves that formulas give as opaque films.
+
+    Parameters
+    ----------
+    color_system : ColorSystem
+    formulas : dict, sequence of dict, or array_like of shape (..., components)
+        Amounts by the name or number of a component, or in the order of ``color_system.names``. Only their proportions
+        count, and a component of amount 0 is not in the formula.
+    specular : str
+        Whether the curves hold the surface reflection: ``"included"``, ``"excluded"`` or ``"none"``.
+    out : numpy.ndarray of float64, shape (..., 40), optional
+        Takes the result.
+    threads : int
+        Cores to use; 0 takes all.
+
+    Returns
+    -------
+    numpy.ndarray, shape (..., 40)
+        Percent; NaN for a formula that cannot be predicted.
+    """
+    return _core.predict(color_system, _amounts(color_system, formulas), specular=specular, out=out, threads=threads)
+
+
+def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *,
+          system: str = "cie2000", tolerance: float = 1.0, top: int = 10, max_colorants: int = 4,
+          require: Sequence[Component] = (), exclude: Sequence[Component] = (),
+          limits: Mapping[Component, tuple[float, float]] | None = None, costs: Mapping[Component, float] | None = None,
+          min_amount: float = 0.0, objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
+          specular: Specular = "included", sort: Literal["fewest", "color", "metamerism", "cost"] = "fewest",
+          batch_size: float = 100.0, resolution: float = 0.0, backings: Numbers | None = None, thickness: float = 1.0,
+          min_opacity: float = 0.0, prerank: int = 0, max_subsets: float = 1e8, threads: int = 0, **parameters: float) -> Any:
+    """Recipes of colours: every subset of the colorants is solved, not a sample of them.
+
+    Parameters
+    ----------
+    color_system : ColorSystem
+    targets : array_like, shape (40,), (n, 40), (3,) or (n, 3)
+        Curves in percent, or L*, a*, b* under the first illuminant.
+    illuminants, observer
+        The conditions, the primary one first.
+    system : str
+        The difference system, with its parameters as further arguments, see :func:`systems`.
+    tolerance : float
+        The largest difference under any illuminant. When nothing comes that near the nearest recipes stand there.
+    top : int
+        How many recipes of a target.
+    max_colorants : int
+        1 to 6.
+    require, exclude : sequence of str or int
+        Components by name or number.
+    limits, costs : dict
+        By component: least and most share in percent, and the cost of one unit.
+    min_amount : float
+        The least share of every colorant, percent.
+    objective : str
+        What is made small: ``"tristimulus"``, ``"spectral"`` or ``"combined"``.
+    weights : sequence of float, optional
+        How much the squared difference under each illuminant counts.
+    specular : str
+        Of the targets, as for :func:`predict`.
+    sort : str
+        ``"fewest"``, ``"color"``, ``"metamerism"`` or ``"cost"``.
+    batch_size, resolution : float
+        Total of the amounts, and the step of the dispenser.
+    backings : array_like, shape (2, 40), optional
+        A black and a white one, for the opacity of a film of `thickness`; `min_opacity` in percent leaves recipes out.
+    prerank : int
+        Lossy: solve only so many subsets of each size; 0 solves all.
+    max_subsets : float
+        Refuse searches of more.
+    threads : int
+        0 takes all cores. The results do not depend on it.
+
+    Returns
+    -------
+    list of Recipe, best first; a list of such lists for several targets
+    """
+    settings = {name: value for name, value in locals().items() if name not in ("color_system", "targets")}
+    settings.update(limits=limits or {}, costs=costs or {})
+    rows = np.asarray(targets, dtype=float)
+    found = [[_record(Recipe, color_system, fields) for fields in recipes]
+             for recipes in _core.match(color_system, rows, settings)]
+    return found[0] if rows.ndim == 1 else found
+
+
+def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, target: Numbers,
+            illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *, system: str = "cie2000", tolerance: float = 1.0,
+            top: int = 10, max_colorants: int = 3, max_addition: float = 20.0,
+            aim: Literal["smallest", "cheapest", "nearest"] = "smallest", batch_size: float = 100.0,
+            require: Sequence[Component] = (), exclude: Sequence[Component] = (), costs: Mapping[Component, float] | None = None,
+            min_amount: float = 0.0, objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
+            specular: Specular = "included", prerank: int = 0, max_subsets: float = 1e8, threads: int = 0,
+            **parameters: float) -> tuple[Correction, list[Correction]]:
+    """What to add to a batch that came out wrong.
+
+    Parameters
+    ----------
+    color_system : ColorSystem
+    formula : dict or array_like, shape (components,)
+        What went into the batch, as for :func:`predict`.
+    measured : array_like, shape (40,)
+        How it came out, percent.
+    target : array_like, shape (40,) or (3,)
+    max_colorants : int
+        The most different additions, 1 to 5.
+    max_addition : float
+        The largest total of additions, percent of the batch.
+    aim : str
+        ``"smallest"`` and ``"cheapest"`` additions that reach the tolerance, or the ``"nearest"`` colour.
+    batch_size : float
+        How much of the batch there is.
+    illuminants, observer, system, tolerance, ...
+        As for :func:`match`.
+
+    Returns
+    -------
+    before : Correction
+        The batch as it is, with its differences.
+    corrections : list of Correction
+        Best first; a batch within the tolerance needs none, and the first one is empty then.
+    """
+    settings = {name: value for name, value in locals().items()
+                if name not in ("color_system", "formula", "measured", "target")}
+    settings.update(limits={}, costs=costs or {})
+    before, found = _core.correct(color_system, _amounts(color_system, formula), measured, target, settings)
+    return _record(Correction, color_system, before), [_record(Correction, color_system, fields) for fields in found]
