@@ -45,6 +45,16 @@ std::string_view TakeWord(std::string_view& line) {
   return word;
 }
 
+// A line without the comment at its end: a "#" in front of a word, outside of quotes.
+std::string_view WithoutComment(std::string_view line) {
+  bool quoted = false;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (line[i] == '"') quoted = !quoted;
+    if (line[i] == '#' && !quoted && (i == 0 || IsBlank(line[i - 1]))) return line.substr(0, i);
+  }
+  return line;
+}
+
 // The fields of a line that tabs separate; empty ones at its end do not count.
 std::vector<std::string_view> TabFields(std::string_view line) {
   std::vector<std::string_view> fields;
@@ -324,7 +334,8 @@ class CgatsReader final : public MeasurementReader {
       if (table.tabsSeparate) field = 0;
       for (const std::string_view word : table.tabsSeparate ? TabFields(line) : WordsOf(line)) {
         double value;
-        const bool isValue = MeaningRole(field++ % table.fields) == ColumnRole::kWavelength;
+        if (field == table.fields) field = 0;
+        const bool isValue = MeaningRole(field++) == ColumnRole::kWavelength;
         if (isValue && ParseDecimal(word, ',', value)) largest = std::max(largest, value);
       }
     }
@@ -424,13 +435,13 @@ class CgatsReader final : public MeasurementReader {
 
   // The lines of one row, as one.
   std::string_view JoinLines(std::string_view first) {
-    joined_ = first;
+    joined_ = WithoutComment(first);
     const uint64_t offset = rowOffset_;
     for (std::size_t i = 1; i < table_->linesPerRow; ++i) {
       std::string_view line;
       if (!NextLine(line) || line.starts_with("END_DATA")) Fail("the table ends within a row");
       joined_ += ' ';
-      joined_ += line;
+      joined_ += WithoutComment(line);
       if (joined_.size() > kMaxLineBytes) Fail("a row is longer than 1 MiB");
     }
     rowOffset_ = offset;

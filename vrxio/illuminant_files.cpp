@@ -84,7 +84,9 @@ void RegisterIlluminantFiles(std::span<const std::string> files, SpectralInterpo
       std::string reason = IlluminantErrorText(error).ToUtf8();
       if (!numbers.insert(heading.number).second) reason = "another illuminant has its number";
       if (!reason.empty()) {
-        throw InputError(file + ": illuminant \"" + csv.Header()[i + 1] + "\": " + reason);
+        std::string message = file;
+        message.append(": illuminant \"").append(csv.Header()[i + 1]).append("\": ").append(reason);
+        throw InputError(message);
       }
       nextNumber = heading.number + 1;
     }

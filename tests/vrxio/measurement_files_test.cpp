@@ -105,7 +105,8 @@ TEST(MeasurementFiles, EveryFormGivesTheSameSample) {
       // CGATS.
       {Cgats("SAMPLE_ID SPECTRAL_NM400 SPECTRAL_NM410 SPECTRAL_NM420", "a 10 20.5 30"), a},
       {Cgats("nm420 nm410 SAMPLE_ID\nRGB_R nm400", "0.3 0.205 a 255 0.1  "), a},
-      {Cgats("SAMPLE_ID SPEC_400 SPEC_410 SPEC_420", "a 1 2.05\n 3", "SPECTRAL_NORM \"10.0\"\n# comment\n"),
+      {Cgats("SAMPLE_ID SPEC_400 SPEC_410 SPEC_420", "\"a\" 1 2.05 # two lines\n 3",
+             "SPECTRAL_NORM \"10.0\"\n# comment\n"),
        a},
       {Cgats("SAMPLE_NAME\tR_400\tR_410\tR_420", "\"a b\"\t10\t20.5\t30\t"),
        std::string("a b|a b|-1|") + kCurve},
