@@ -12,9 +12,10 @@
 
 namespace vrx::io {
 
+/// A colour system of a file: its components with their optical data, and what may not stand together.
 struct ColorSystem {
   CColorantSystemData data;  ///< its `componentsA` tell the order of the file
-  CColorantRulesData rules;
+  CColorantRulesData rules;  ///< empty when the file has none
 };
 
 /// The components in the order of the file. They live in the system.
@@ -26,9 +27,10 @@ ColorSystem ReadColorSystem(const std::string& path);
 /// The text of a file that ReadColorSystem reads back to the same curves.
 std::string ColorSystemText(const ColorSystem& system);
 
+/// A formula with the name that its file gives it.
 struct NamedFormula {
-  std::string name;
-  CDbFormula formula;
+  std::string name;    ///< UTF-8
+  CDbFormula formula;  ///< lines in the order of the file, amounts in any one unit
 };
 
 /// Reads the formulas of a file; their components are those of `system`. Throws InputError likewise.
