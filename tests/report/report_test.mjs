@@ -66,7 +66,8 @@ before(async () => {
     return file(`few${i}.csv`);
   });
   judge('few.html', ...few, '--pairs');
-  judge('trials.html', file('standard.csv'), file('trials.csv'), '--ellipse', '--tolerance', '1.2');
+  execFileSync(vrx, ['swatch', ...few, '--pairs', '--output', file('logo.png')]);
+  judge('trials.html', file('standard.csv'), file('trials.csv'), '--ellipse', '--tolerance', '1.2', '--report-logo', file('logo.png'));
 });
 after(async () => {
   await browser.close();
@@ -142,6 +143,7 @@ test('limits are drawn where they are, and a trial where its difference is', () 
 }));
 
 test('a trial is chosen in the table by keys and found in the pictures by the mouse', () => withPage('trials.html', async (page) => {
+  assert.ok(await page.$eval('header img', (logo) => logo.complete && logo.naturalWidth > 0));
   const button = page.locator('button.name', { hasText: /^T7$/ }).first();
   await button.focus();
   await page.keyboard.press('Enter');
