@@ -13,7 +13,9 @@
 #include <cstdlib>
 #include <ctime>
 #include <functional>
+#include <new>
 #include <string>
+#include <sys/mman.h>
 #include <vector>
 
 namespace vrx::bench {
@@ -32,6 +34,30 @@ class Random {
  private:
   std::uint64_t state_;
 };
+
+/// Numbers on huge pages where the system has them: with small ones a long pass waits for the translation of addresses.
+template <class T>
+struct HugePages {
+  using value_type = T;
+  HugePages() = default;
+  template <class U>
+  explicit HugePages(const HugePages<U>&) {}
+  T* allocate(std::size_t count) {
+    constexpr std::size_t kPage = std::size_t{2} << 20;
+    const std::size_t bytes = (count * sizeof(T) + kPage - 1) / kPage * kPage;
+    void* memory = std::aligned_alloc(kPage, bytes);
+    if (memory == nullptr) throw std::bad_alloc();
+#if defined(MADV_HUGEPAGE)
+    madvise(memory, bytes, MADV_HUGEPAGE);
+#endif
+    return static_cast<T*>(memory);
+  }
+  void deallocate(T* memory, std::size_t) {
+    std::free(memory);
+  }
+  bool operator==(const HugePages&) const = default;
+};
+using HugeVector = std::vector<double, HugePages<double>>;
 
 /// Ends the program when an answer is wrong: a wrong one is not timed.
 inline void Require(bool right, const std::string& what) {

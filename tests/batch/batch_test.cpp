@@ -254,7 +254,7 @@ TEST(Spaces, BatchesHaveTheBitsOfTheSingleConversions) {
 }
 
 TEST(Tristimulus, AllIlluminantsInOnePassOverCurvesOfEitherPrecision) {
-  constexpr std::size_t kCurves = 1031, kStride = 43;
+  constexpr std::size_t kCurves = 2'103, kStride = 43;
   std::vector<double> samples(kCurves * kStride);
   std::vector<float> samples32(samples.size());
   Random random(2);
@@ -276,11 +276,23 @@ TEST(Tristimulus, AllIlluminantsInOnePassOverCurvesOfEitherPrecision) {
     }
   }
   OnEverySet([&] {
-    std::vector<double> rows(kCurves * 3 * m), one(kCurves * 3), one32(one.size());
-    std::vector<BatchView<double, 3>> targets;
-    for (std::size_t j = 0; j < m; ++j) targets.emplace_back(std::span(rows).subspan(3 * j), 3 * m);
-    EXPECT_TRUE(TristimulusBatch(illuminants, kObserver10, CurveBatch{samples, kStride}, targets));
-    EXPECT_EQ(CountDifferent(rows, expected), 0u);
+    std::vector<double> one(kCurves * 3), one32(one.size());
+    for (const std::size_t count : {1u, 2u, 3u, 26u, 52u}) {
+      std::vector<double> rows(kCurves * 3 * count), some;
+      std::vector<BatchView<double, 3>> targets;
+      for (std::size_t j = 0; j < count; ++j) targets.emplace_back(std::span(rows).subspan(3 * j), 3 * count);
+      EXPECT_TRUE(TristimulusBatch(std::span(illuminants).first(count), kObserver10,
+                                   CurveBatch{samples, kStride}, targets));
+      for (auto row = expected.begin(); row != expected.end(); row += 3 * static_cast<std::ptrdiff_t>(m)) {
+        some.insert(some.end(), row, row + 3 * static_cast<std::ptrdiff_t>(count));
+      }
+      EXPECT_EQ(CountDifferent(rows, some), 0u) << count;
+    }
+    auto columns = ToColumns(one, 3);
+    EXPECT_TRUE(TristimulusBatch(illuminants[0], kObserver10, CurveBatch{samples, kStride},
+                                 ViewOf<double, 3>(columns)));
+    EXPECT_TRUE(TristimulusBatch(illuminants[0], kObserver10, CurveBatch{samples, kStride}, one));
+    EXPECT_EQ(CountDifferent(ToRows(columns), one), 0u);
     EXPECT_TRUE(TristimulusBatch(kD65, kObserver10, CurveBatch{samples, kStride}, one));
     EXPECT_TRUE(TristimulusBatch(kD65, kObserver10, CurveBatch32{samples32, kStride}, one32));
     std::size_t different = 0;

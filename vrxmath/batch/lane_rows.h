@@ -16,6 +16,11 @@
 #include <vrxmath/numeric/pack.h>
 #endif
 
+// The lanes of a pack; a source whose packs are better narrower than the instruction set defines them first.
+#ifndef VRX_PACK_LANES
+#define VRX_PACK_LANES VRX_LANES
+#endif
+
 // A lambda that becomes part of the loop that calls it.
 #if defined(__GNUC__)
 #define VRX_LANE_LAMBDA __attribute__((always_inline))
@@ -26,14 +31,14 @@
 namespace vrx {
 namespace {
 
-#if VRX_LANES > 1
+#if VRX_PACK_LANES > 1
 struct Unit;
-using Lanes = Pack<VRX_LANES, Unit>;
+using Lanes = Pack<VRX_PACK_LANES, Unit>;
 #else
 using Lanes = double;
 #endif
 
-inline constexpr std::size_t kLaneCount = VRX_LANES;
+inline constexpr std::size_t kLaneCount = VRX_PACK_LANES;
 
 // Rows that pass through the stack at a time. With 14 columns it stays within the first-level cache.
 inline constexpr std::size_t kChunkRows = 128;
