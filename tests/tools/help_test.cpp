@@ -31,6 +31,15 @@ class Help : public vrx::test::ToolProcess {
     folder_.Write("pairs.csv", "L1,a1,b1,L2,a2,b2\n50,0,0,51,1,-1\n");
     const std::string chart = folder_.Read("lot.csv");
     folder_.Write("targets.csv", chart.substr(0, chart.find('\n', chart.find("\nP03,") + 1) + 1));
+    const std::string three = folder_.Read("targets.csv");
+    const std::size_t p02 = three.find("\nP02,"), p03 = three.find("\nP03,");
+    const std::string header = three.substr(0, three.find('\n'));
+    folder_.Write("target.csv", header + three.substr(p02, p03 - p02));
+    folder_.Write("trial.csv", header + three.substr(p03));
+    folder_.Write("leftovers.csv", "formula,amount," + header + "\n1:90;7:10,20," + three.substr(p02 + 1));
+    folder_.Write("leftovers.csv", Replaced(folder_.Read("leftovers.csv"), "\nP03,", "\n1:90;7:10,30,P03,"));
+    folder_.Write("recipe.json", R"({"formulas":[{"name":"r","lines":[{"component":1,"amount":1}]}]})");
+    folder_.Write("costs.csv", "component,cost\n1,2\n7,11\n");
     folder_.Write("shelf.csv", "component,min,max,cost\n1,0,100,2\n");
     folder_.Write("standards.xml", "<standards><standard name='a'/><standard name='b'/></standards>");
     // Three bands of a grey, each stronger and weaker, and all of them.

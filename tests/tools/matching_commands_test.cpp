@@ -152,6 +152,71 @@ TEST_F(MatchingCommands, TheExampleFormulasComeBackFirst) {
             "7:5000");
 }
 
+// A batch with 5 parts of 100 of a colorant becomes one with 10 by adding (0.10 - 0.05) / (1 - 0.10) of its size; so does a
+// leftover of it.
+TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
+  const std::string paints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
+  folder_.Write("all.json", R"({"formulas":[
+      {"name":"batch","lines":[{"component":1,"amount":95},{"component":7,"amount":5}]},
+      {"name":"target","lines":[{"component":1,"amount":90},{"component":7,"amount":10}]},
+      {"name":"white","lines":[{"component":1,"amount":1}]}]})");
+  for (const json& row : RunJson("predict " + paints + " all.json")) {
+    std::string cells = "c", whiter = "c";
+    for (int nm = 360; nm <= 750; nm += 10) {
+      const double percent = row[std::to_string(nm)];
+      cells += "," + row[std::to_string(nm)].dump();
+      whiter += "," + std::to_string(percent + 3.0);
+    }
+    const std::string name = row["id"];
+    folder_.Write(name + ".csv", Header() + cells + "\n");
+    folder_.Write(name + "_lighter.csv", Header() + whiter + "\n");
+    std::string stock = Header();
+    stock.insert(2, ",formula,amount");
+    folder_.Write(name + "_stock.csv",
+                  stock + "c,1:95;Phthalo Blue (Green Shade):5,90" + cells.substr(1) + "\n");
+    folder_.Write(name + "_bad.csv", stock + "c,1:95;7,90" + cells.substr(1) + "\n");
+  }
+  const std::string correct = "correct " + paints + " --formula all.json --name batch --max-colorants 1 ";
+  const json nearest =
+      RunJson(correct + "--batch batch.csv --target target.csv --batch-size 90 --aim nearest --top 1");
+  ASSERT_EQ(nearest.size(), 1u);
+  EXPECT_EQ(nearest[0]["additions"], "7:5");
+  EXPECT_NEAR(nearest[0]["total"].get<double>(), 90.0 * 0.05 / 0.9, 1e-6);
+  EXPECT_EQ(nearest[0]["status"], "ok");
+  ASSERT_EQ(
+      Run(correct + "--batch batch.csv --target target.csv --batch-size 90 --resolution 0.5 --format csv"),
+      0);
+  EXPECT_TRUE(folder_.Read("out").starts_with(
+      "rank,additions,total,dE_before,dE_after_D65,dE_after_A,dE_after_CWF,cost,status\n1,7:"));
+  const json tooLittle = RunJson(
+      correct +
+      "--batch batch.csv --target target.csv --batch-size 90 --max-addition 1% --tolerance 0.1 --top 1");
+  EXPECT_EQ(tooLittle[0]["status"], "out of tolerance");
+  EXPECT_NEAR(tooLittle[0]["total"].get<double>(), 0.9, 1e-6);
+  const json none = RunJson("correct " + paints +
+                            " --formula all.json --name white --batch white.csv"
+                            " --target white_lighter.csv --batch-size 90 --tolerance 0.1 --max-colorants 1");
+  ASSERT_EQ(none.size(), 1u);
+  EXPECT_EQ(none[0]["status"], "no addition helps");
+  EXPECT_EQ(none[0]["additions"], "");
+
+  const json stock =
+      RunJson("match " + paints + " target.csv --from-stock batch_stock.csv --max-colorants 1 --sort color");
+  EXPECT_EQ(stock[0]["batch"], "c");
+  EXPECT_EQ(stock[0]["additions"], "7:5");
+  ExpectRefusals({
+      {correct + "--batch batch.csv --target target.csv", "--batch-size"},
+      {correct + "--batch batch.csv --target target.csv --batch-size 0", "--batch-size"},
+      {correct + "--batch batch.csv --target target.csv --batch-size 9 --max-addition 0%", "--max-addition"},
+      {"correct " + paints + " --formula all.json --batch batch.csv --target target.csv --batch-size 9",
+       "--name"},
+      {correct + "--batch batch.csv --target none.csv --batch-size 9", "none.csv"},
+      {"match " + paints + " target.csv --max-addition 9%", "--from-stock"},
+      {"match " + paints + " target.csv --from-stock batch.csv", "\"formula\""},
+      {"match " + paints + " target.csv --from-stock batch_bad.csv", "line 2, column 2"},
+  });
+}
+
 TEST_F(MatchingCommands, MatchRefusesWhatItCannotUse) {
   const std::string match = "match " VRX_SOURCE_DIR "/examples/acrylic_paints.json ";
   std::string mid = Header() + "t", dark = Header() + "t", hole = Header() + "t";

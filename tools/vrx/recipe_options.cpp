@@ -173,7 +173,7 @@ const CComponent& FindComponent(const ColorSystem& system, std::string_view text
 }
 
 std::string FaultText(const RecipeOutcome& outcome, const ColorSystem& system,
-                      const CRecipeSettings& settings, const std::string& target) {
+                      const CRecipeSettings& settings, const std::string& target, const std::string& batch) {
   const std::string component = NameOf(system, outcome.component);
   switch (outcome.fault) {
     case RecipeFault::kNoMixingLaw:
@@ -205,6 +205,14 @@ std::string FaultText(const RecipeOutcome& outcome, const ColorSystem& system,
       return std::to_string(outcome.subsets) + " subsets are more than --max-subsets " +
              std::to_string(settings.mostSubsets) +
              ": exclude components, lower --max-colorants, or raise --max-subsets";
+    case RecipeFault::kBatchFormula:
+      return batch + ": its formula is empty or cannot be predicted";
+    case RecipeFault::kBatchNotMeasured:
+      return batch + " is not measured throughout";
+    case RecipeFault::kBatchBelowSurface:
+      return batch +
+             " is darker than the surface alone; a curve without the specular component takes "
+             "--specular excluded, an uncorrected one --specular none";
     default:
       return "settings that cannot be used";
   }

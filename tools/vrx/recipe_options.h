@@ -51,9 +51,10 @@ void AddChoiceOptions(Command& command, ChoiceOptions& options);
 /// The component of a system by its id or its name in any case. Throws InputError, in which `option` says where it stood.
 const CComponent& FindComponent(const ColorSystem& system, std::string_view text, const std::string& option);
 
-/// What a fault means for a user. `target` is what messages call the target.
+/// What a fault means for a user. `target` and `batch` are what messages call them.
 std::string FaultText(const RecipeOutcome& outcome, const ColorSystem& system,
-                      const CRecipeSettings& settings, const std::string& target);
+                      const CRecipeSettings& settings, const std::string& target,
+                      const std::string& batch = "the batch");
 
 /// A formula as "1:94;7:1.5;16:4.5": components and amounts, these with at most four decimals.
 std::string FormulaText(const CDbFormula& formula);

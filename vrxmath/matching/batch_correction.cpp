@@ -401,6 +401,15 @@ class Correction {
     return 0.0;
   }
 
+  // The components that are more than traces of the additions.
+  std::vector<int32_t> MainLines(const CCorrection& correction) const {
+    std::vector<int32_t> lines;
+    for (const CDbFormulaElement& line : correction.additions) {
+      if (line.amount >= recipe_.trace * correction.total) lines.push_back(line.componentId);
+    }
+    return lines;
+  }
+
   CCorrectionArray Choose(const CCorrection& before, std::vector<Ranked>& found) const {
     CCorrectionArray corrections;
     if (before.isWithinTolerance && settings_.aim != CorrectionAim::kNearest) {
@@ -418,7 +427,7 @@ class Correction {
       const CCorrection& correction = ranked.correction;
       const bool helps = correction.worst < kHelps * before.worst && !correction.additions.IsEmpty();
       const bool isNew = std::none_of(corrections.begin(), corrections.end(), [&](const CCorrection& other) {
-        return other.additions == correction.additions;
+        return MainLines(other) == MainLines(correction);
       });
       if (helps && isNew && corrections.GetSize() < recipe_.top) corrections.Add(correction);
     }

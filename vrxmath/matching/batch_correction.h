@@ -57,8 +57,9 @@ using CCorrectionArray = CArrayVarex<CCorrection>;
 /// The best corrections of a batch, best first.
 /// Out:    at most `top` corrections. A batch within the tolerance needs none: the first one is empty then, unless the
 ///         nearest colour is asked for. When additions cannot reach the tolerance the nearest ones stand there, so
-///         marked; none at all when no addition brings the batch nearer by a thousandth of its difference. `before`: the
-///         batch as it is, with its differences. With a fault both are unchanged.
+///         marked; none at all when no addition brings the batch nearer by a thousandth of its difference. Of those
+///         that differ by traces only the first stands there. `before`: the batch as it is, with its differences. With
+///         a fault both are unchanged.
 /// Method: every subset of the colorants that may be added is solved, as for recipes, with the batch as a colorant of
 ///         which at least 1 / (1 + mostAddition) remains. From the nearest colour of a subset the additions shrink while
 ///         the differences stay within the tolerance (a price on the additions, by bisection). The rules count what is in

@@ -21,6 +21,7 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"predict", AddPredict},
       CommandEntry{"calibrate", AddCalibrate},
       CommandEntry{"match", AddMatch},
+      CommandEntry{"correct", AddCorrect},
       CommandEntry{"index", AddIndex},
       CommandEntry{"info", AddInfo},
       CommandEntry{"convert", AddConvert},

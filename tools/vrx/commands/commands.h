@@ -23,6 +23,7 @@ void AddPlot(Command& tool);
 void AddPredict(Command& tool);
 void AddCalibrate(Command& tool);
 void AddMatch(Command& tool);
+void AddCorrect(Command& tool);
 void AddInfo(Command& tool);
 void AddConvert(Command& tool);
 void AddIndex(Command& tool);

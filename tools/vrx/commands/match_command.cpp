@@ -9,6 +9,7 @@
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/correction.h"
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/terminal.h"
@@ -34,6 +35,8 @@ struct MatchOptions {
   int prerank = 0;
   double maxSubsets = 1e8;
   std::string formulas;
+  std::string stock;
+  std::string mostAddition = "100%";
   CurveInputOptions input;
   Format format;
 };
@@ -135,6 +138,54 @@ class RecipeRows {
   std::unique_ptr<RowWriter> rows_;
 };
 
+// Every batch of the stock brought to every target by additions.
+void RunFromStock(const MatchOptions& options) {
+  const ColorSystem system = ReadColorSystem(options.system);
+  const std::vector<NamedTarget> targets = ReadTargets(options);
+  const std::vector<NamedBatch> stock = ReadStock(options.stock, system, options.input);
+  CCorrectionSettings settings;
+  settings.recipe = SettingsOf(options, system);
+  settings.mostAddition = ParseMostAddition(options.mostAddition);
+  if (options.choice.maxColorants > 5) {
+    throw InputError("--max-colorants: with --from-stock a number from 1 to 5 is expected");
+  }
+  settings.aim = options.order == RecipeOrder::kCost    ? CorrectionAim::kCheapest
+                 : options.order == RecipeOrder::kColor ? CorrectionAim::kNearest
+                                                        : CorrectionAim::kSmallest;
+  std::vector<Column> columns{{"target"}, {"rank"}, {"batch"}};
+  AddCorrectionColumns(settings.recipe, columns);
+  OutputStream output;
+  const std::unique_ptr<RowWriter> rows = MakeRowWriter(options.format, output, columns);
+  ProgressBar progress(targets.size() * stock.size());
+  uint64_t done = 0;
+  for (const NamedTarget& target : targets) {
+    std::vector<StockCorrection> found;
+    for (const NamedBatch& batch : stock) {
+      CCorrection before;
+      CCorrectionArray corrections;
+      const RecipeOutcome outcome =
+          CorrectBatch(system.data, system.rules, batch.batch, target.target, settings, before, corrections);
+      if (outcome.fault != RecipeFault::kNone) {
+        throw InputError(FaultText(outcome, system, settings.recipe,
+                                   options.targets + ": target \"" + target.id + "\"",
+                                   options.stock + ": batch \"" + batch.id + "\""));
+      }
+      for (const StockCorrection& each : CorrectionsOf(batch, before, corrections)) found.push_back(each);
+      progress.Update(++done);
+    }
+    OrderCorrections(found, settings.aim, settings.recipe.top);
+    int rank = 0;
+    for (const StockCorrection& correction : found) {
+      rows->Text(target.id);
+      rows->Integer(++rank);
+      rows->Text(correction.batch);
+      WriteCorrection(correction, system, options.format == Format::kTable, *rows);
+    }
+  }
+  rows->Finish();
+  output.Finish();
+}
+
 void RunMatch(const MatchOptions& options) {
   const ColorSystem system = ReadColorSystem(options.system);
   const std::vector<NamedTarget> targets = ReadTargets(options);
@@ -212,9 +263,20 @@ void AddMatch(Command& tool) {
       .Shows("N [0]");
   command.AddOption("--max-subsets", options->maxSubsets, "Refuse searches of more subsets")
       .Shows("N [100000000]");
-  command.AddOption("--formulas", options->formulas, "Write the recipes to a JSON file for vrx predict")
-      .Shows("FILE")
-      .Check(RefuseEmpty);
+  const Option formulas =
+      command.AddOption("--formulas", options->formulas, "Write the recipes to a JSON file for vrx predict")
+          .Shows("FILE")
+          .Check(RefuseEmpty);
+  const Option stock = command
+                           .AddOption("--from-stock", options->stock,
+                                      "Use up known batches: their curves, with columns formula and amount")
+                           .Shows("FILE")
+                           .Check(RefuseEmpty)
+                           .Excludes(formulas);
+  command
+      .AddOption("--max-addition", options->mostAddition, "With --from-stock: most that is added, of a batch")
+      .Shows("PERCENT [100%]")
+      .Needs(stock);
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
   command.SetNotes(
@@ -224,9 +286,10 @@ void AddMatch(Command& tool) {
       "Examples:\n"
       "  vrx match examples/acrylic_paints.json examples/chart_average.csv --specular excluded --top 3\n"
       "  vrx match system.json targets.csv --require 1 --max-colorants 5 --sort cost --limits shelf.csv\n"
-      "  vrx match system.json targets.csv --batch-size 5000 --resolution 0.1 --formulas recipes.json\n");
+      "  vrx match system.json targets.csv --batch-size 5000 --resolution 0.1 --formulas recipes.json\n"
+      "  vrx match system.json targets.csv --from-stock leftovers.csv --max-addition 200%\n");
   command.SetAction([options] {
-    RunMatch(*options);
+    options->stock.empty() ? RunMatch(*options) : RunFromStock(*options);
     return kExitPass;
   });
 }
