@@ -304,9 +304,9 @@ VRX_LANE_INLINE ModerateAngle<T> ReduceModerate(T x) {
   constexpr double kStepsPerRadian = 0x1.45f306dc9c883p+5;  // 128 / pi
   constexpr double kStep1 = 0x1.921fb544p-6, kStep2 = 0x1.0b4611a4p-40, kStep3 = 0x1.13198a2e03707p-71;
   const auto [steps, bits] = RoundToInteger<T>(x * kStepsPerRadian);
-  const Sum<T> near = AddOrdered<T>(x - steps * kStep1, -(steps * kStep2));
-  ModerateAngle<T> angle = {{bits, AddOrdered<T>(near.hi, near.lo - steps * kStep3)}, {}};
-  angle.inexact = (Abs(near.hi) < 0x1p-36) & (steps != 0.0);
+  const Sum<T> rest = AddOrdered<T>(x - steps * kStep1, -(steps * kStep2));
+  ModerateAngle<T> angle = {{bits, AddOrdered<T>(rest.hi, rest.lo - steps * kStep3)}, {}};
+  angle.inexact = (Abs(rest.hi) < 0x1p-36) & (steps != 0.0);
   return angle;
 }
 
