@@ -3,7 +3,6 @@
 #include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <thread>
 #include <vector>
 
 #include <vrxmath/platform/clock.h>
@@ -14,6 +13,7 @@
 #include <vrxmath/platform/win32/win32.h>
 
 #include "tests/platform/file_checks.h"
+#include "tests/testing/second_process.h"
 
 namespace vrx {
 namespace {
@@ -27,7 +27,7 @@ constexpr const wchar_t* kPrivate = L"VrxMathTest";
 class Registry : public testing::Test {
  protected:
   Registry() {
-    ::RegDeleteTreeW(HKEY_CURRENT_USER, kPrivate);
+    if (!test::SecondProcess::IsRunning()) ::RegDeleteTreeW(HKEY_CURRENT_USER, kPrivate);
     ::RegCreateKeyW(HKEY_CURRENT_USER, kPrivate, &key_);
     HKEY software = nullptr;
     ::RegCreateKeyW(key_, L"software", &software);
@@ -36,7 +36,7 @@ class Registry : public testing::Test {
   }
   ~Registry() override {
     ::RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
-    ::RegDeleteTreeW(HKEY_CURRENT_USER, kPrivate);
+    if (!test::SecondProcess::IsRunning()) ::RegDeleteTreeW(HKEY_CURRENT_USER, kPrivate);
     ::RegCloseKey(key_);
   }
 
@@ -92,17 +92,16 @@ TEST_F(Registry, WhatOtherProgramsStored) {
   }
 }
 
-TEST_F(Registry, TwoWritersLoseNothing) {
-  const auto write = [this](WideChar prefix) {
-    for (WideChar i = 0; i < 200; ++i) {
-      const WideChar name[] = {prefix, static_cast<WideChar>(u'\u4E00' + i), 0};
-      EXPECT_TRUE(store_.Write(path_, name, int32_t{i}));
-    }
-  };
-  std::thread other([&] { write(u'1'); });
-  write(u'2');
-  other.join();
+TEST_F(Registry, TwoProcessesLoseNothing) {
+  test::SecondProcess second;
+  second.Meet();
+  for (WideChar i = 0; i < 200; ++i) {
+    const WideChar name[] = {second.IsFirst() ? u'1' : u'2', static_cast<WideChar>(u'\u4E00' + i), 0};
+    EXPECT_TRUE(store_.Write(path_, name, int32_t{i}));
+  }
+  second.Meet();
   EXPECT_EQ(store_.List(path_).size(), 400u);
+  EXPECT_EQ(store_.Read(path_, second.IsFirst() ? u"2\u4EC7" : u"1\u4EC7"), SettingValue(199));
 }
 
 TEST_F(Registry, AKeyWithoutTheRightToWriteHoldsNothing) {
