@@ -40,6 +40,7 @@ if [ "$level" = windows ]; then
   need g++-mingw-w64-x86-64-posix x86_64-w64-mingw32-g++-posix
   need googletest /usr/src/googletest/googletest/CMakeLists.txt
   need python3 python3
+  need pkg-config pkg-config
   need wine64 /usr/lib/wine/wine64
 elif [ "$level" != build ]; then
   need clang clang++

@@ -4,7 +4,8 @@
 # Installs what is missing first.
 #
 # VRX_FUZZ_SECONDS sets the time of each fuzz target. VRX_TIDY=1 runs clang-tidy, which takes as long as everything else.
-# VRX_WINDOWS=1 installs what builds and runs Windows programs, and does both.
+# Windows programs are built and run where mingw-w64 and wine are installed; VRX_WINDOWS=1 installs them, VRX_WINDOWS=0
+# leaves this out.
 set -eu
 cd "$(dirname "$0")/.."
 jobs=$(nproc)
@@ -57,10 +58,24 @@ fuzz() {
   " < "$folder/short.txt"
 }
 
+has_windows_packages() {
+  command -v i686-w64-mingw32-g++-posix > /dev/null && command -v x86_64-w64-mingw32-g++-posix > /dev/null &&
+    [ -x /usr/lib/wine/wine64 ]
+}
+
 # Both widths of Windows: the library, its tests and the tool, cross-built and run by wine.
 windows() {
   sh scripts/setup.sh windows
   for width in i686 x86_64; do build_and_test "windows-$width"; done
+}
+
+# The results on another processor: the programs that pin them, where there is what builds and runs them.
+aarch64() {
+  log=build/linux-aarch64.log
+  cmake --preset linux-aarch64 -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher" > "$log" 2>&1 || { cat "$log"; return 1; }
+  cmake --build --preset linux-aarch64 -j "$jobs" --target c_api_test formula_test > "$log" 2>&1 ||
+    { tail -n 100 "$log"; return 1; }
+  ctest --preset linux-aarch64 -R '^(c_api_test|formula_test)$'
 }
 
 stage "packages" sh scripts/setup.sh bench
@@ -72,9 +87,13 @@ stage "clang++: build and tests of the library, shared library installed" build_
 stage "address and undefined-behaviour sanitizers: build, tests" build_and_test asan-ubsan
 if [ "${VRX_TIDY:-}" = 1 ]; then stage "clang-tidy" check_tidy; fi
 stage "fuzz targets" fuzz
-if [ "${VRX_WINDOWS:-}" = 1 ]; then
+if [ "${VRX_WINDOWS:-}" = 1 ] || { [ "${VRX_WINDOWS:-}" != 0 ] && has_windows_packages; }; then
   stage "Windows, 32 and 64 bits: build, tests under wine" windows
 else
   echo "=== Windows: left out; VRX_WINDOWS=1 installs what it needs"
+fi
+if command -v aarch64-linux-gnu-g++ > /dev/null && command -v qemu-aarch64 > /dev/null &&
+  [ -e /usr/src/googletest/googletest/CMakeLists.txt ]; then
+  stage "64-bit ARM: build, tests of the results under qemu" aarch64
 fi
 echo "=== everything passed"

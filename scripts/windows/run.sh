@@ -21,11 +21,15 @@ else
 fi
 
 # The first program would leave its output to the server and the services that it starts, and whoever reads it would
-# wait for their end. Windows are shown on an X server, or, without one, nowhere.
-if ! "$server" -k0 2> /dev/null; then
-  mkdir -p "$WINEPREFIX"
-  flock "$WINEPREFIX" sh -c '"$1" -k0 || { "$1" -p60; "$2" wineboot
-    "$2" reg add "HKCU\\Software\\Wine\\Drivers" /v Graphics /d x11,null /f; }' sh "$server" "$loader" \
-    > /dev/null 2>&1 < /dev/null || true
-fi
+# wait for their end; so would a second one that begins before they are all there. Windows are shown on an X server, or,
+# without one, nowhere.
+mkdir -p "$WINEPREFIX"
+(
+  flock 9
+  { "$server" -k0 || {
+      "$server" -p60
+      "$loader" wineboot
+      "$loader" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11,null /f
+    }; } > /dev/null 2>&1 < /dev/null 9>&- || true
+) 9> "$WINEPREFIX/starting"
 exec "$loader" "$@"

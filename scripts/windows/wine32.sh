@@ -53,17 +53,17 @@ inside() {
     mount --rbind /dev "$VRX_TREE/dev"
     mount --rbind / "$VRX_TREE/machine"
     if [ -d /tmp/.X11-unix ]; then mkdir -p "$VRX_TREE/tmp/.X11-unix"; mount --bind /tmp/.X11-unix "$VRX_TREE/tmp/.X11-unix"; fi
+    exec 9> "$VRX_TREE/tmp/starting"
+    flock 9
     exec chroot "$VRX_TREE" /bin/busybox env HOME=/root PATH=/usr/bin:/bin LANG=C.UTF-8 WINEDEBUG="${WINEDEBUG:--all}" \
       WINEDLLOVERRIDES="mscoree,mshtml=" WINESERVER=/usr/lib/wine/wineserver32 ${DISPLAY:+DISPLAY="$DISPLAY"} \
       /bin/busybox sh -c "$0" sh "$@"' "$start" "$@"
 }
 # The first program would leave its output to the server and the services that it starts, and whoever reads it would
-# wait for their end.
+# wait for their end; so would a second one that begins before they are all there. It has the lock until then.
 start='
-  if ! $WINESERVER -k0 2> /dev/null; then
-    busybox flock /tmp/starting sh -c "$WINESERVER -k0 || { $WINESERVER -p60; /usr/lib/wine/wine wineboot; }" \
-      > /dev/null 2>&1 < /dev/null
-  fi
+  { $WINESERVER -k0 || { $WINESERVER -p60; /usr/lib/wine/wine wineboot; }; } > /dev/null 2>&1 < /dev/null 9>&-
+  exec 9>&-
   cd "$1" && shift && exec /usr/lib/wine/wine "$@"'
 
 install() {

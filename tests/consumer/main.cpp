@@ -11,8 +11,10 @@
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/message_box.h>
 
+#if !defined(_WIN32)  // whose package has no readers
 #include <vrxio/curve_reader.h>
 #include <vrxio/measurement_files.h>
+#endif
 
 namespace {
 
@@ -59,7 +61,7 @@ void CrossTheBorder() {
   vrx::SetMessageBoxHandler([](vrx::WideView, vrx::MessageIcon, void*) { throw std::out_of_range("index"); });
   caught = false;
   try {
-    angles.GetAngle(7);
+    static_cast<void>(angles.GetAngle(7));
   } catch (const std::out_of_range&) {
     caught = true;
   }
@@ -79,10 +81,12 @@ void CrossTheBorder() {
 }
 
 void ReadMeasurements() {
+#if !defined(_WIN32)
   std::istringstream file("id,400,410,420\ngrey,40,40,40\n");
   vrx::io::CurveReader curves(vrx::io::OpenMeasurements(vrx::io::WrapInput(file, "curves")));
   vrx::io::CurveRow row;
   Check(curves.Next(row) && row.id == "grey" && row.curve[39] == 40.0, "a curve from a file");
+#endif
 }
 
 }  // namespace

@@ -68,7 +68,8 @@ class SecondProcess {
     start.cb = sizeof start;
     PROCESS_INFORMATION started = {};
     ::SetEnvironmentVariableA(kVariable, variable.c_str());
-    EXPECT_TRUE(::CreateProcessW(program, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &started));
+    EXPECT_TRUE(::CreateProcessW(program, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
+                                 &started));
     ::SetEnvironmentVariableA(kVariable, nullptr);
     ::CloseHandle(started.hThread);
     process_ = started.hProcess;

@@ -164,6 +164,12 @@ std::vector<double> ReadTable(const std::filesystem::path& path) {
   return table;
 }
 
+BOOL CALLBACK CountResource(HMODULE, LPCWSTR, LPWSTR, LONG_PTR count) {
+  ++*reinterpret_cast<int*>(count);
+  return TRUE;
+}
+
+// The resources of the DLL are those of the source, and no others; of texts likewise.
 void CheckTables(HMODULE library, const std::string& source) {
   int count = 0;
   for (const auto& entry : std::filesystem::directory_iterator(source + "/resources/weights")) {
@@ -175,7 +181,9 @@ void CheckTables(HMODULE library, const std::string& source) {
     CHECK(std::memcmp(bytes, expected.data(), 984) == 0);
     ++count;
   }
-  CHECK(count == 52);
+  int found = 0;
+  ::EnumResourceNamesW(library, L"PWD", CountResource, reinterpret_cast<LONG_PTR>(&found));
+  CHECK(count == 52 && found == 52);
 }
 
 // A text of the table's source, in which "\n" spells a line end.
@@ -198,11 +206,18 @@ void CheckTexts(HMODULE library, const std::string& source) {
     CHECK(text == Wide(line.substr(tab + 1)));
     ++count;
   }
-  CHECK(count > 290);
+  int found = 0;
+  for (UINT number = 0; number <= 0xFFFF; ++number) {
+    wchar_t unit[2] = L"";
+    found += ::LoadStringW(library, number, unit, std::size(unit)) > 0;
+  }
+  CHECK(count > 290 && found == count);
 }
 
-// Loads and unloads while a thread lives on that has called into the library.
+// Loads and unloads while a thread lives on that has called into the library; with it goes the DLL of the C interface.
 void CheckUnloading(const char* path) {
+  std::string cPath = path;
+  cPath.insert(cPath.rfind(".dll"), "_c");
   for (int i = 0; i < 20; ++i) {
     const HMODULE library = ::LoadLibraryA(path);
     HANDLE called = ::CreateEventW(nullptr, TRUE, FALSE, nullptr),
@@ -214,13 +229,15 @@ void CheckUnloading(const char* path) {
       ::WaitForSingleObject(unloaded, INFINITE);
     });
     ::WaitForSingleObject(called, INFINITE);
-    CHECK(::FreeLibrary(library));
+    const HMODULE cLibrary = ::LoadLibraryA(cPath.c_str());
+    CHECK(::GetProcAddress(cLibrary, "vrx_version") != nullptr);
+    CHECK(::FreeLibrary(cLibrary) && ::FreeLibrary(library));
     ::SetEvent(unloaded);
     thread.join();
     ::CloseHandle(called);
     ::CloseHandle(unloaded);
   }
-  CHECK(::GetModuleHandleW(L"vrxmath.dll") == nullptr);
+  CHECK(::GetModuleHandleW(L"vrxmath.dll") == nullptr && ::GetModuleHandleW(L"vrxmath_c.dll") == nullptr);
 }
 
 }  // namespace

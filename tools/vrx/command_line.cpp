@@ -152,6 +152,7 @@ std::string Misunderstood(const CLI::App& app, const CLI::ParseError& error) {
 int RunTool(std::span<const std::string> arguments, const std::string& version) {
   int status = kExitPass;
   CLI::App app{"From measured reflectance curves to colour values, differences and verdicts.", "vrx"};
+  app.allow_windows_style_options(false);  // a path may begin with a slash everywhere
   app.set_version_flag("--version", "vrx " + version);
   app.footer("vrx COMMAND --help shows the options of a command, with examples.");
   Command tool(&app, &status);
