@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-#include <vrxmath/numeric/kernels.h>
+#include <vrxmath/numeric/matrix_kernels.h>
 #include <vrxmath/numeric/scratch.h>
 #include <vrxmath/platform/exceptions.h>
 
@@ -14,8 +14,6 @@ namespace vrx {
 
 using numeric_internal::CopyElements;
 using numeric_internal::Elements;
-using numeric_internal::EliminateByDivision;
-using numeric_internal::EliminateColumn;
 using numeric_internal::Grid;
 using numeric_internal::Load;
 using numeric_internal::Scratch;
@@ -69,7 +67,8 @@ bool ReduceToTriangle(Grid& a) {
   for (int32_t i = 0; i < a.Rows(); ++i) {
     SwapGridRows(a, i, PartialPivot(a, i));
     if (std::fabs(a[i][i]) < kSingularPivot) return false;
-    EliminateByDivision(a[i] + i, a.Block(i + 1, a.Rows(), i), a.Columns() - i);
+    CurrentKernels<MatrixKernels>().eliminateByDivision(a[i] + i, a.Block(i + 1, a.Rows(), i),
+                                                        a.Columns() - i);
   }
   return true;
 }
@@ -152,8 +151,8 @@ class FullPivoting {
     const double inverse = 1.0 / pivotRow[c];
     pivotRow[c] = 1.0;
     for (int32_t j = 0; j < columns; ++j) pivotRow[j] *= inverse;
-    EliminateColumn(pivotRow, c, ab_.Block(0, c), columns);
-    EliminateColumn(pivotRow, c, ab_.Block(c + 1, n_), columns);
+    CurrentKernels<MatrixKernels>().eliminateColumn(pivotRow, c, ab_.Block(0, c), columns);
+    CurrentKernels<MatrixKernels>().eliminateColumn(pivotRow, c, ab_.Block(c + 1, n_), columns);
   }
 
   // Row exchanges of A are column exchanges of its inverse, undone in reverse order.

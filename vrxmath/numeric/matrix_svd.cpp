@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-#include <vrxmath/numeric/kernels.h>
+#include <vrxmath/numeric/matrix_kernels.h>
 #include <vrxmath/numeric/scratch.h>
 
 namespace vrx {
@@ -18,7 +18,6 @@ using numeric_internal::Grid;
 using numeric_internal::Load;
 using numeric_internal::PlaneRotation;
 using numeric_internal::Reflect;
-using numeric_internal::RotateChain;
 using numeric_internal::RowBlock;
 using numeric_internal::Scratch;
 using numeric_internal::Store;
@@ -270,8 +269,8 @@ class Decomposition {
     above_[l] = 0.0;
     above_[k] = f;
     diagonal_[k] = x;
-    RotateChain(right_.Data() + l, vt_.Block(l, k + 1), n_);
-    RotateChain(left_.Data() + l, ut_.Block(l, k + 1), m_);
+    CurrentKernels<MatrixKernels>().rotateChain(right_.Data() + l, vt_.Block(l, k + 1), n_);
+    CurrentKernels<MatrixKernels>().rotateChain(left_.Data() + l, ut_.Block(l, k + 1), m_);
   }
 
   int32_t m_, n_;

@@ -11,8 +11,8 @@
 #include <memory>
 #include <new>
 
-#include <vrxmath/numeric/kernels.h>
 #include <vrxmath/numeric/matrix.h>
+#include <vrxmath/numeric/matrix_kernels.h>
 #include <vrxmath/platform/exceptions.h>
 
 namespace vrx::numeric_internal {
