@@ -52,9 +52,19 @@ struct LabOfXyz {
     return XyzToLab(xyz, v.white);
   }
 };
+struct LabOnlyOfXyz {
+  static VRX_LANE_INLINE LabOf<Lanes> Of(const Viewing& v, const XyzOf<Lanes>& xyz) {
+    return XyzToLabOnly(xyz, v.white);
+  }
+};
 struct LuvOfXyz {
   static VRX_LANE_INLINE LabOf<Lanes> Of(const Viewing& v, const XyzOf<Lanes>& xyz) {
     return XyzToLuv(xyz, v.white);
+  }
+};
+struct LuvOnlyOfXyz {
+  static VRX_LANE_INLINE LabOf<Lanes> Of(const Viewing& v, const XyzOf<Lanes>& xyz) {
+    return XyzToLuvOnly(xyz, v.white);
   }
 };
 struct HunterOfXyz {
@@ -91,9 +101,10 @@ void ChromaHueOfRows(const Viewing&, Rows from, Target to, std::size_t count) {
 template <>
 const ColorSpaceKernels& KernelsOf<ColorSpaceKernels, VRX_LANES>() {
   static constexpr ColorSpaceKernels kKernels = {
-      &FromXyz<LabOfXyz, 5>, &FromXyz<LabOfXyz, 3>, &ToXyz<XyzOfLab>,         &FromXyz<LuvOfXyz, 5>,
-      &FromXyz<LuvOfXyz, 3>, &ToXyz<XyzOfLuv>,      &FromXyz<HunterOfXyz, 5>, &FromXyz<HunterOfXyz, 3>,
-      &ToXyz<XyzOfHunter>,   &ChromaHueOfRows,
+      &FromXyz<LabOfXyz, 5>,    &FromXyz<LabOnlyOfXyz, 3>, &ToXyz<XyzOfLab>,
+      &FromXyz<LuvOfXyz, 5>,    &FromXyz<LuvOnlyOfXyz, 3>, &ToXyz<XyzOfLuv>,
+      &FromXyz<HunterOfXyz, 5>, &FromXyz<HunterOfXyz, 3>,  &ToXyz<XyzOfHunter>,
+      &ChromaHueOfRows,
   };
   return kKernels;
 }

@@ -21,13 +21,6 @@
 #define VRX_PACK_LANES VRX_LANES
 #endif
 
-// A lambda that becomes part of the loop that calls it.
-#if defined(__GNUC__)
-#define VRX_LANE_LAMBDA __attribute__((always_inline))
-#else
-#define VRX_LANE_LAMBDA
-#endif
-
 namespace vrx {
 namespace {
 

@@ -53,16 +53,24 @@ VRX_LANE_INLINE T LightnessResponseDerivative(T t) {
       });
 }
 
-/// XYZ to CIE L*a*b* with C* and h. Formula: CIE 15, with the linear branch 7.787 t + 16/116 up to t = 0.008856.
+/// XYZ to CIE L*a*b*; C* and h are unset. Formula: CIE 15, with the linear branch 7.787 t + 16/116 up to t = 0.008856.
+template <class T>
+VRX_LANE_INLINE LabOf<T> XyzToLabOnly(const XyzOf<T>& xyz, const White& n) {
+  const T x = xyz.X / n.X, y = xyz.Y / n.Y, z = xyz.Z / n.Z;
+  const auto isRoot = [](T t) VRX_LANE_LAMBDA { return (t > space_constants::kLinearLimit) & (t < 1e300); };
+  T fx, fy, fz;
+  if (All(isRoot(x) & isRoot(y) & isRoot(z))) {  // nearly always, and then without a question for each
+    fx = CubeRootOfNormal(x), fy = CubeRootOfNormal(y), fz = CubeRootOfNormal(z);
+  } else {
+    fx = LightnessResponse(x), fy = LightnessResponse(y), fz = LightnessResponse(z);
+  }
+  return {116.0 * fy - 16.0, 500.0 * (fx - fy), 200.0 * (fy - fz), T(kUnset), T(kUnset)};
+}
+
+/// XyzToLabOnly with C* and h.
 template <class T>
 VRX_LANE_INLINE LabOf<T> XyzToLab(const XyzOf<T>& xyz, const White& n) {
-  const T fx = LightnessResponse(xyz.X / n.X);
-  const T fy = LightnessResponse(xyz.Y / n.Y);
-  const T fz = LightnessResponse(xyz.Z / n.Z);
-  LabOf<T> lab;
-  lab.L = 116.0 * fy - 16.0;
-  lab.a = 500.0 * (fx - fy);
-  lab.b = 200.0 * (fy - fz);
+  LabOf<T> lab = XyzToLabOnly(xyz, n);
   FillChromaHue(lab);
   return lab;
 }
@@ -77,19 +85,23 @@ VRX_LANE_INLINE XyzOf<T> LabToXyz(const LabOf<T>& lab, const White& n) {
           n.Z * InverseLightnessResponse(fz)};
 }
 
-/// XYZ to CIE L*u*v* with C*uv and huv. Formula: CIE 15, with 903.29 as the slope of the linear branch.
+/// XYZ to CIE L*u*v*; C*uv and huv are unset. Formula: CIE 15, with 903.29 as the slope of the linear branch.
 template <class T>
-VRX_LANE_INLINE LabOf<T> XyzToLuv(const XyzOf<T>& xyz, const White& n) {
+VRX_LANE_INLINE LabOf<T> XyzToLuvOnly(const XyzOf<T>& xyz, const White& n) {
   using namespace space_constants;
   const T y = xyz.Y / n.Y;
   const T L = Branch(
       y <= kLinearLimit, [&] { return kLuvSlope * y; }, [&] { return 116.0 * CubeRoot(y) - 16.0; });
   const T d = xyz.X + 15.0 * xyz.Y + 3.0 * xyz.Z;
   const double dn = n.X + 15.0 * n.Y + 3.0 * n.Z;
-  LabOf<T> luv;
-  luv.L = L;
-  luv.a = 13.0 * L * (4.0 * xyz.X / d - 4.0 * n.X / dn);
-  luv.b = 13.0 * L * (9.0 * xyz.Y / d - 9.0 * n.Y / dn);
+  return {L, 13.0 * L * (4.0 * xyz.X / d - 4.0 * n.X / dn), 13.0 * L * (9.0 * xyz.Y / d - 9.0 * n.Y / dn),
+          T(kUnset), T(kUnset)};
+}
+
+/// XyzToLuvOnly with C*uv and huv.
+template <class T>
+VRX_LANE_INLINE LabOf<T> XyzToLuv(const XyzOf<T>& xyz, const White& n) {
+  LabOf<T> luv = XyzToLuvOnly(xyz, n);
   FillChromaHue(luv);
   return luv;
 }

@@ -27,6 +27,12 @@
 #else
 #define VRX_LANE_INLINE inline
 #endif
+// A lambda that becomes part of the code that calls it.
+#if defined(__GNUC__)
+#define VRX_LANE_LAMBDA __attribute__((always_inline))
+#else
+#define VRX_LANE_LAMBDA
+#endif
 
 namespace vrx {
 
@@ -51,6 +57,10 @@ VRX_LANE_INLINE bool All(bool mask) {
 
 VRX_LANE_INLINE double Sqrt(double x) {
   return std::sqrt(x);
+}
+/// CubeRoot of numbers that are known to be neither zero, subnormal, infinite nor NaN.
+VRX_LANE_INLINE double CubeRootOfNormal(double x) {
+  return CubeRoot(x);
 }
 /// |x|; only the sign bit changes.
 VRX_LANE_INLINE double Abs(double x) {

@@ -417,6 +417,10 @@ VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK CubeRoot(VRX_PACK x) {
   return unusual == 0 ? r : elementary::LaneByLane(unusual, &CubeRoot, x, r);
 }
 
+VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK CubeRootOfNormal(VRX_PACK x) {
+  return elementary::CubeRootOfUsual(x);
+}
+
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Exp(VRX_PACK x) {
   const auto usual = Abs(x) <= 707.0;
   const VRX_PACK r = elementary::ExpOfUsualSum<VRX_PACK>(Select(usual, x, 0.0), 0.0);
