@@ -80,6 +80,7 @@ if [ "$level" = bench ]; then
   header libbenchmark-dev benchmark/benchmark.h
   header liblcms2-dev lcms2.h
   need libopenblas-dev /usr/include/cblas.h /usr/include/*/cblas.h
+  header libmpfr-dev mpfr.h
   header libeigen3-dev eigen3/Eigen/Core
   header libpugixml-dev pugixml.hpp
   header libexpat1-dev expat.h
