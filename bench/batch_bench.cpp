@@ -70,7 +70,8 @@ struct Colors {
       xyz[i] = near == nullptr ? random.Between(3.0, 90.0) : near->xyz[i] * random.Between(0.97, 1.03);
     }
     XyzToLabBatch(kD65, kObserver, xyz, lab);
-    for (std::size_t i = 0; i < lab.size(); ++i) columns[i % 5].push_back(lab[i]);
+    for (auto& column : columns) column.resize(n);
+    for (std::size_t i = 0; i < lab.size(); ++i) columns[i % 5][i / 5] = lab[i];
   }
   ColorBatch Rows() const { return {xyz, lab}; }
   ColorBatch Columns() const {
@@ -266,7 +267,7 @@ void MeasureCores(std::size_t n) {
 
 Series Growth(const char* name, const std::function<Work(std::size_t n)>& make) {
   Series series{name, {}};
-  for (std::size_t n = 1'000; n <= 1'000'000; n *= 10) {
+  for (std::size_t n = 1'000; n <= 10'000'000; n *= 10) {
     series.points.emplace_back(static_cast<double>(n),
                                SecondsOf({make(n)}, 7)[0] * 1e9 / static_cast<double>(n));
   }
@@ -274,7 +275,7 @@ Series Growth(const char* name, const std::function<Work(std::size_t n)>& make) 
 }
 
 void WritePlots(const std::string& folder) {
-  constexpr std::size_t kMost = 1'000'000;
+  constexpr std::size_t kMost = 10'000'000;
   const Colors standards(kMost, 3), samples(kMost, 4, &standards);
   Random random(1);
   HugeVector curves(40 * kMost), xyz(3 * kMost);
@@ -300,7 +301,7 @@ void WritePlots(const std::string& folder) {
       Growth("XYZ to L*a*b* with hue",
              [&](std::size_t n) -> Work {
                return [&, n] {
-                 static std::vector<double> lab(5 * kMost);
+                 static HugeVector lab(5 * kMost);
                  XyzToLabBatch(kD65, kObserver, std::span(standards.xyz).first(3 * n),
                                std::span(lab).first(5 * n));
                };
@@ -311,7 +312,7 @@ void WritePlots(const std::string& folder) {
                 growth);
   std::vector<Bar> bars;
   for (const Row& row : results) {
-    if (!row.oursOverPeer) bars.push_back({row.work + " / " + row.peer, row.Ratio()});
+    if (!row.oursOverPeer && row.peer != "on one") bars.push_back({row.work + " / " + row.peer, row.Ratio()});
   }
   WriteBarPlot(folder + "/batch_peers.svg", "How many times faster than the peer", bars);
 }

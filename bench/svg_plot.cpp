@@ -63,7 +63,8 @@ void WriteLinePlot(const std::string& path, const std::string& title, const std:
     body += Line(kLeft, toY(v), kRight, toY(v), "#dddddd") +
             Text(kLeft - 6, toY(v) + 4, Fixed(v, 1), "text-anchor=\"end\"");
   }
-  body += Text((kLeft + kRight) / 2, kBottom + 40, x, "text-anchor=\"middle\"") + Text(16, kTop - 4, y);
+  body +=
+      Text((kLeft + kRight) / 2, kBottom + 40, x, "text-anchor=\"middle\"") + Text(kLeft + 4, kTop - 6, y);
   for (std::size_t k = 0; k < series.size(); ++k) {
     const std::string color = kColors[k % std::size(kColors)];
     body += "<polyline fill=\"none\" stroke-width=\"2\" stroke=\"" + color + "\" points=\"";
