@@ -42,6 +42,7 @@ if [ "$level" = windows ]; then
   need python3 python3
   need pkg-config pkg-config
   need wine64 /usr/lib/wine/wine64
+  need xvfb Xvfb
 elif [ "$level" != build ]; then
   need clang clang++
   need libclang-rt-14-dev /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer*.a

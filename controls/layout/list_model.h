@@ -101,6 +101,8 @@ class ExchangeState {
  public:
   /// All of `count` entries are available.
   void Reset(int32_t count);
+  /// One entry more, which is available.
+  void Append() { available_.push_back(count_++); }
   [[nodiscard]] const std::vector<int32_t>& Available() const { return available_; }
   [[nodiscard]] const std::vector<int32_t>& Chosen() const { return chosen_; }
   /// Moves the entries at `rows` of the available list before `gap` of the chosen one, and back.

@@ -98,6 +98,7 @@ void RowLayout::DrawCheck(Picture& picture, Rect box, CheckState state) const {
   const double s = r * 0.6;
   picture.Line(std::array<CDblPoint, 3>{{{m.x - s, m.y}, {m.x - s / 3, m.y + s * 0.7}, {m.x + s, m.y - s}}},
                Role::kText, 2 * look_.scale);
+  picture.KeepDirection();
 }
 
 void RowLayout::DrawBar(Picture& picture, Rect box, const RowLook& row) const {

@@ -175,7 +175,11 @@ int32_t Picture::TargetAt(CDblPoint point, double reach) const {
 void Picture::MirrorIn(double width) {
   for (Shape& shape : shapes_) {
     shape.box.left = width - shape.box.Right();
-    for (CDblPoint& point : shape.points) point.x = width - point.x;
+    double middle = 0;
+    for (const CDblPoint& point : shape.points) middle += point.x / static_cast<double>(shape.points.size());
+    for (CDblPoint& point : shape.points) {
+      point.x = shape.keepsDirection ? point.x + width - 2 * middle : width - point.x;
+    }
     if (shape.align != Align::kMiddle)
       shape.align = shape.align == Align::kStart ? Align::kEnd : Align::kStart;
   }

@@ -96,6 +96,7 @@ struct Shape {
   bool dashed = false;
   CString text;  ///< cut with an ellipsis where the box is too narrow
   Align align = Align::kStart;
+  bool keepsDirection = false;  ///< as a check mark, which is the same in every writing
 };
 
 /// Shapes that are told apart without colour: a pass is a dot, a warning a triangle, a fail a cross.
@@ -133,6 +134,8 @@ class Picture {
   void AddMark(CDblPoint at, Mark mark, Paint paint, double radius);
   void AddTarget(const Target& target) { targets_.push_back(target); }
 
+  /// The shape that was added last is moved but not turned around by MirrorIn.
+  void KeepDirection() { shapes_.back().keepsDirection = true; }
   /// Adds another picture's shapes, and its targets with `lines` added to their line.
   void Append(const Picture& other, int32_t lines);
 

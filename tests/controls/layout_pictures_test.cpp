@@ -197,10 +197,13 @@ TEST(Shapes, FollowTheSystem) {
   Picture picture;
   picture.Text({10, 0, 20, 16}, u"text", Role::kText);
   picture.Line({0, 0}, {5, 5}, Role::kText);
+  picture.Line({10, 0}, {20, 5}, Role::kText);
+  picture.KeepDirection();
   picture.MirrorIn(100);
   EXPECT_EQ(picture.Shapes()[0].box, (Rect{70, 0, 20, 16}));
   EXPECT_EQ(picture.Shapes()[0].align, Align::kEnd);
   EXPECT_EQ(picture.Shapes()[1].points[1], (CDblPoint{95, 5}));
+  EXPECT_EQ(picture.Shapes()[2].points, (std::vector<CDblPoint>{{80, 0}, {90, 5}}));
 }
 
 TEST(Charts, AreMadeOfTheirData) {

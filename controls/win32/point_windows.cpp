@@ -1,0 +1,340 @@
+#include "controls/win32/point_windows.h"
+
+#include <array>
+#include <oleacc.h>
+
+#include "controls/layout/axes.h"
+
+namespace vrx::controls {
+namespace {
+
+constexpr int kMostPoints = 1'000'000;  // of one message; more is taken for a mistake
+
+bool IsCount(int count, const void* elements) {
+  return count >= 0 && count <= kMostPoints && (count == 0 || elements != nullptr);
+}
+
+template <class T>
+std::vector<T> Copied(const T* elements, int count) {
+  return count > 0 ? std::vector<T>(elements, elements + count) : std::vector<T>();
+}
+
+// Rows of one length that stand one behind the other. False for counts that cannot be.
+bool CopyRows(const double* values, int rows, int columns, std::vector<std::vector<double>>& copies) {
+  if (rows < 0 || columns < 0 || int64_t{rows} * columns > kMostPoints) return false;
+  if (!IsCount(rows * columns, values)) return false;
+  for (int row = 0; row < rows; ++row)
+    copies.push_back(Copied(values + static_cast<std::ptrdiff_t>(row) * columns, columns));
+  return true;
+}
+
+std::vector<CDblPoint> Points(const VRX_POINT* points, int count) {
+  std::vector<CDblPoint> copies;
+  for (int i = 0; i < count; ++i) copies.push_back({points[i].x, points[i].y});
+  return copies;
+}
+
+std::vector<TrialPoint> Trials(const VRX_TRIAL* trials, int count) {
+  std::vector<TrialPoint> copies;
+  for (int i = 0; i < count; ++i) {
+    const int verdict = std::clamp<int>(trials[i].verdict, kFail, kPass);
+    copies.push_back({trials[i].x, trials[i].y, trials[i].lightness, static_cast<Verdict>(verdict),
+                      ViewOf(trials[i].name)});
+  }
+  return copies;
+}
+
+CString NameOfTrial(const std::vector<TrialPoint>& trials, const Target& target) {
+  if (static_cast<std::size_t>(target.index) >= trials.size()) return {};
+  const TrialPoint& trial = trials[static_cast<std::size_t>(target.index)];
+  CDblPolyline line;
+  line.name = trial.name;
+  line.Add({trial.x, trial.y});
+  return PointName({&line, 1}, {});
+}
+
+bool CopyPolyline(const VRX_PLOT_DATA& data, const VRX_LINE& line, CDblPolyline& copy) {
+  if (!IsCount(line.count, line.points)) return false;
+  for (const CDblPoint& point : Points(line.points, line.count)) copy.Add(point);
+  for (int i = 0; line.verdicts != nullptr && i < line.count; ++i) {
+    copy.verdicts.Add(std::clamp<int>(line.verdicts[i], kFail, kPass));
+  }
+  copy.name = ViewOf(line.name);
+  copy.paint = line.color == CLR_DEFAULT ? Paint(Role::kText) : Paint::Fixed(line.color);
+  copy.dashed = (line.flags & VRX_LINE_DASHED) != 0;
+  copy.marked = (line.flags & VRX_LINE_MARKED) != 0;
+  if ((line.flags & VRX_LINE_NO_LINE) != 0) copy.width = 0;
+  copy.xRange = {data.xLower, data.xUpper};
+  copy.yRange = {data.yLower, data.yUpper};
+  copy.xHeading = ViewOf(data.xHeading);
+  copy.yHeading = ViewOf(data.yHeading);
+  return true;
+}
+
+}  // namespace
+
+// Points ------------------------------------------------------------------------------------------------------
+
+void PointWindow::Draw(Picture& picture, Rect box, const Look& look) {
+  picture.Rectangle(box, Role::kPaper);
+  DrawData(picture, box.Inset(4 * look.scale), look);
+  if (!HasFocus()) return;
+  MarkCurrent(picture, current_, look);
+  picture.Frame(box, Role::kText);
+}
+
+const std::vector<Target>& PointWindow::Targets() {
+  if (!areTargetsCurrent_) {
+    Picture picture;
+    const RECT client = ClientRect();
+    const Look look = ScreenLook();
+    const Rect box{0, 0, static_cast<double>(client.right), static_cast<double>(client.bottom)};
+    DrawData(picture, box.Inset(4 * look.scale), look);
+    targets_ = picture.Targets();
+    areTargetsCurrent_ = true;
+  }
+  return targets_;
+}
+
+void PointWindow::Renew() {
+  areTargetsCurrent_ = false;
+  current_ = -1;
+  Invalidate();
+}
+
+bool PointWindow::Go(int32_t point, bool isByUser) {
+  if (point < -1 || point >= PartCount()) return false;
+  if (point == current_) return true;
+  current_ = point;
+  Invalidate();
+  if (point >= 0) Tell(EVENT_OBJECT_FOCUS, point);
+  Tell(EVENT_OBJECT_VALUECHANGE, -1);
+  if (!isByUser) return true;
+  VRX_POINT_NOTIFY notify{};
+  notify.point = point;
+  notify.line = point < 0 ? -1 : Targets()[static_cast<std::size_t>(point)].line;
+  notify.index = point < 0 ? -1 : Targets()[static_cast<std::size_t>(point)].index;
+  SendNotify(notify.header, VRXN_POINT);
+  return true;
+}
+
+bool PointWindow::Press(WPARAM key) {
+  const int32_t count = PartCount();
+  if (count == 0) return false;
+  switch (key) {
+    case VK_LEFT:
+    case VK_UP:
+      Go(current_ < 0 ? count - 1 : std::max(current_ - 1, 0), true);
+      return true;
+    case VK_RIGHT:
+    case VK_DOWN:
+      Go(std::min(current_ + 1, count - 1), true);
+      return true;
+    case VK_HOME:
+      Go(0, true);
+      return true;
+    case VK_END:
+      Go(count - 1, true);
+      return true;
+    case VK_ESCAPE:
+      Go(-1, true);
+      return true;
+    default:
+      return false;
+  }
+}
+
+// Where a point is drawn in the coordinates of the window, in which x counts from the right where it is turned around.
+POINT PointWindow::PlaceOf(int32_t point) {
+  const CDblPoint at = Targets()[static_cast<std::size_t>(point)].at;
+  const auto x = static_cast<LONG>(at.x + 0.5), y = static_cast<LONG>(at.y + 0.5);
+  return {IsRightToLeft() ? ClientRect().right - x : x, y};
+}
+
+int32_t PointWindow::PartAt(POINT point) {
+  const Look look = ScreenLook();
+  const LONG x = IsRightToLeft() ? ClientRect().right - point.x : point.x;
+  Picture picture;
+  for (const Target& target : Targets()) picture.AddTarget(target);
+  return picture.TargetAt({static_cast<double>(x), static_cast<double>(point.y)}, 8 * look.scale);
+}
+
+RECT PointWindow::PartRect(int32_t part) {
+  const POINT at = PlaceOf(part);
+  return {at.x - 4, at.y - 4, at.x + 5, at.y + 5};
+}
+
+LRESULT PointWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case VRXDM_SET:
+      if (!Take(lParam)) return 0;
+      Renew();
+      return 1;
+    case VRXDM_GETCURRENT:
+      return current_;
+    case VRXDM_SETCURRENT:
+      return Go(static_cast<int32_t>(wParam), false) ? 1 : 0;
+    case VRXDM_GETCOUNT:
+      return PartCount();
+    case VRXDM_GETPOINT: {
+      const auto point = static_cast<int32_t>(wParam);
+      if (point < 0 || point >= PartCount() || lParam == 0) return 0;
+      *reinterpret_cast<POINT*>(lParam) = PlaceOf(point);
+      return 1;
+    }
+    case WM_GETDLGCODE:
+      return DLGC_WANTARROWS;
+    case WM_KEYDOWN:
+      if (Press(wParam)) return 0;
+      break;
+    case WM_LBUTTONDOWN:
+      ::SetFocus(window_);
+      Go(PartAt({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}), true);
+      return 0;
+    default:
+      break;
+  }
+  return DrawnWindow::Handle(message, wParam, lParam);
+}
+
+long PointWindow::AccessibleRole() const {
+  return ROLE_SYSTEM_CHART;
+}
+long PointWindow::PartRole() const {
+  return ROLE_SYSTEM_GRAPHIC;
+}
+CString PointWindow::PartName(int32_t part) {
+  return NameOf(Targets()[static_cast<std::size_t>(part)]);
+}
+long PointWindow::PartState(int32_t part) {
+  return STATE_SYSTEM_FOCUSABLE | (part == current_ && HasFocus() ? STATE_SYSTEM_FOCUSED : 0);
+}
+
+// The kinds ---------------------------------------------------------------------------------------------------
+
+bool PlotWindow::Take(LPARAM lParam) {
+  lines_.clear();
+  if (lParam == 0) return true;
+  const auto* data = DataOf<VRX_PLOT_DATA>(lParam);
+  if (data == nullptr || !IsCount(data->lineCount, data->lines)) return false;
+  std::vector<CDblPolyline> lines(static_cast<std::size_t>(data->lineCount));
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (!CopyPolyline(*data, data->lines[i], lines[i])) return false;
+  }
+  lines_ = std::move(lines);
+  return true;
+}
+void PlotWindow::DrawData(Picture& picture, Rect box, const Look& look) {
+  DrawPolylines(picture, box, lines_, look);
+}
+CString PlotWindow::NameOf(const Target& target) {
+  return PointName(lines_, target);
+}
+
+bool PlaneWindow::Take(LPARAM lParam) {
+  plane_ = {};
+  if (lParam == 0) return true;
+  const auto* data = DataOf<VRX_PLANE_DATA>(lParam);
+  if (data == nullptr || !IsCount(data->limitCount, data->limit) ||
+      !IsCount(data->warningCount, data->warning) || !IsCount(data->trialCount, data->trials)) {
+    return false;
+  }
+  plane_.xHeading = ViewOf(data->xHeading);
+  plane_.yHeading = ViewOf(data->yHeading);
+  plane_.limit = Points(data->limit, data->limitCount);
+  plane_.warning = Points(data->warning, data->warningCount);
+  plane_.trials = Trials(data->trials, data->trialCount);
+  plane_.reach = IsShown(data->reach) ? data->reach : 0;
+  return true;
+}
+void PlaneWindow::DrawData(Picture& picture, Rect box, const Look& look) {
+  DrawDifferencePlane(picture, box, plane_, look);
+}
+CString PlaneWindow::NameOf(const Target& target) {
+  return NameOfTrial(plane_.trials, target);
+}
+
+bool LightnessWindow::Take(LPARAM lParam) {
+  bar_ = {};
+  if (lParam == 0) return true;
+  const auto* data = DataOf<VRX_LIGHTNESS_DATA>(lParam);
+  if (data == nullptr || !IsCount(data->trialCount, data->trials)) return false;
+  bar_.heading = ViewOf(data->heading);
+  bar_.limit = {data->lower, data->upper};
+  bar_.warning = {data->warningLower, data->warningUpper};
+  bar_.trials = Trials(data->trials, data->trialCount);
+  for (TrialPoint& trial : bar_.trials) trial.x = 0, trial.y = trial.lightness;
+  bar_.reach = IsShown(data->reach) ? data->reach : 0;
+  return true;
+}
+void LightnessWindow::DrawData(Picture& picture, Rect box, const Look& look) {
+  DrawLightnessBar(picture, box, bar_, look);
+}
+CString LightnessWindow::NameOf(const Target& target) {
+  return NameOfTrial(bar_.trials, target);
+}
+
+bool CurvesWindow::Take(LPARAM lParam) {
+  data_ = {};
+  if (lParam == 0) return true;
+  const auto* data = DataOf<VRX_CURVES_DATA>(lParam);
+  if (data == nullptr || !(data->step > 0)) return false;
+  CurvesData copy;
+  copy.first = data->first;
+  copy.step = data->step;
+  copy.withDifference = (data->flags & VRX_WITH_DIFFERENCE) != 0;
+  if (!CopyRows(data->values, data->curveCount, data->sampleCount, copy.curves)) return false;
+  data_ = std::move(copy);
+  return true;
+}
+void CurvesWindow::DrawData(Picture& picture, Rect box, const Look& look) {
+  DrawCurves(picture, box, data_, look);
+}
+CString CurvesWindow::NameOf(const Target& target) {
+  const auto count = static_cast<int32_t>(data_.curves.size());
+  if (target.line < count) return PointName(CurveLines(data_), target);
+  return PointName(CurveDifferences(data_), {target.at, target.line - count, target.index});
+}
+
+bool AnglesWindow::Take(LPARAM lParam) {
+  data_ = {};
+  if (lParam == 0) return true;
+  const auto* data = DataOf<VRX_ANGLES_DATA>(lParam);
+  if (data == nullptr || !IsCount(data->angleCount, data->angles)) return false;
+  AnglesData copy;
+  if (!CopyRows(data->values, data->seriesCount, data->angleCount, copy.series)) return false;
+  copy.heading = ViewOf(data->heading);
+  copy.angles = Copied(data->angles, data->angleCount);
+  if (data->limits != nullptr) copy.limits = Copied(data->limits, data->angleCount);
+  copy.warningFactor = data->warningFactor;
+  data_ = std::move(copy);
+  return true;
+}
+void AnglesWindow::DrawData(Picture& picture, Rect box, const Look& look) {
+  DrawPolylines(picture, box, AngleLines(data_), look);
+}
+CString AnglesWindow::NameOf(const Target& target) {
+  return PointName(AngleLines(data_), target);
+}
+
+bool TrendWindow::Take(LPARAM lParam) {
+  data_ = {};
+  if (lParam == 0) return true;
+  const auto* data = DataOf<VRX_TREND_DATA>(lParam);
+  if (data == nullptr || !IsCount(data->count, data->totals)) return false;
+  data_.heading = ViewOf(data->heading);
+  data_.totals = Copied(data->totals, data->count);
+  data_.limit = data->limit;
+  data_.warningFactor = data->warningFactor;
+  return true;
+}
+void TrendWindow::DrawData(Picture& picture, Rect box, const Look& look) {
+  const CDblPolyline line = TrendLine(data_);
+  DrawPolylines(picture, box, {&line, 1}, look, TrendLevels(data_));
+}
+CString TrendWindow::NameOf(const Target& target) {
+  const CDblPolyline line = TrendLine(data_);
+  return PointName({&line, 1}, target);
+}
+
+}  // namespace vrx::controls

@@ -1,0 +1,536 @@
+// The controls on a screen, driven by messages, the mouse and the keyboard.
+
+#include <array>
+#include <gtest/gtest.h>
+#include <memory>
+#include <oleacc.h>
+#include <string>
+
+#include <vrxmath/foundation/attributes.h>
+#include <vrxmath/foundation/list_data.h>
+
+#include "c_host.h"
+#include "screen.h"
+#include "tests/testing/messages.h"
+
+namespace vrx::controls {
+namespace {
+
+using gallery::Gallery;
+using namespace vrx::test;
+
+// Windows on a desktop of their own: the one that is there may have no screen. Wine gives a desktop with a size one window of
+// the X server, in which no window manager is waited for. The pointer of the X server is in its middle, outside of the gallery.
+class OwnDesktop : public testing::Environment {
+  void SetUp() override {
+    constexpr wchar_t kSize[] = L"2400x1800";
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Wine\\Explorer\\Desktops", L"vrx_controls", REG_SZ,
+                      kSize, sizeof kSize);
+    const HDESK desktop = ::CreateDesktopW(L"vrx_controls", nullptr, nullptr, 0, GENERIC_ALL, nullptr);
+    ASSERT_NE(desktop, nullptr);
+    ASSERT_TRUE(::SetThreadDesktop(desktop));
+    ::CoInitialize(nullptr);
+  }
+};
+[[maybe_unused]] const auto* const kDesktop = testing::AddGlobalTestEnvironment(new OwnDesktop);
+
+Gallery OpenGallery(int dpi = 96, DWORD exStyle = 0) {
+  const std::wstring folder(VRX_SOURCE_DIR L"/examples");
+  Gallery shown = gallery::Open(folder.c_str(), dpi, exStyle);
+  ::SetForegroundWindow(shown.window);
+  gallery::HandleMessages();
+  return shown;
+}
+
+// A gallery for each test, which starts from the same state.
+class Controls : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_NE(g.window, nullptr);
+    proc_ = reinterpret_cast<WNDPROC>(
+        ::SetWindowLongPtrW(g.window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Watch)));
+    commands.clear();
+    points.clear();
+    asked = 0;
+  }
+  void TearDown() override {
+    ::DestroyWindow(g.window);
+    gallery::HandleMessages();
+  }
+
+  // What the controls tell their parent.
+  static LRESULT CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_COMMAND && HIWORD(wParam) != EN_UPDATE) commands.push_back(HIWORD(wParam));
+    const auto* header = reinterpret_cast<const NMHDR*>(lParam);
+    if (message == WM_NOTIFY && header->code == VRXN_POINT) {
+      points.push_back(reinterpret_cast<const VRX_POINT_NOTIFY*>(lParam)->index);
+    }
+    if (message == WM_NOTIFY && header->code == VRXN_GETROW) {
+      auto* row = reinterpret_cast<VRX_GETROW*>(lParam);
+      ++asked;
+      ::wsprintfW(row->text, L"row %d", row->row);
+    }
+    return ::CallWindowProcW(proc_, window, message, wParam, lParam);
+  }
+  static bool WasTold(UINT code) { return std::ranges::find(commands, code) != commands.end(); }
+
+  // The middle of a list's row, `x` from its left edge.
+  static POINT RowPoint(const ListControl& list, int row, LONG x = 60) {
+    RECT box{};
+    list.Send(LB_GETITEMRECT, static_cast<WPARAM>(row), &box);
+    return {x, (box.top + box.bottom) / 2};
+  }
+
+  Gallery g = OpenGallery();
+  static inline std::vector<UINT> commands;
+  static inline std::vector<int> points;
+  static inline int asked;
+
+ private:
+  static inline WNDPROC proc_;
+};
+
+TEST_F(Controls, AreFilledByRecords) {
+  CListDataArray list;
+  list.Add({7, u"\u0416\u00DF"});
+  list.Add({9, u"second"});
+  for (ListBox* box :
+       {static_cast<ListBox*>(&g.checks), static_cast<ListBox*>(&g.to), static_cast<ListBox*>(&g.exchange),
+        static_cast<ListBox*>(&g.editor), static_cast<ListBox*>(&g.colors)}) {
+    auto& control = dynamic_cast<ListControl&>(*box);
+    EXPECT_GE(list.FillList(*box), 0);
+    EXPECT_EQ(control.Count(), 2);
+    EXPECT_EQ(control.Data(1), 9U);
+    EXPECT_EQ(control.Text(0), L"\u0416\u00DF");
+  }
+  EXPECT_GE(list.FillList(g.combo), 0);
+  EXPECT_EQ(g.combo.Send(CB_GETCOUNT), 2);
+  EXPECT_EQ(g.combo.Send(CB_GETITEMDATA, 1), 9);
+  // The system's own list box is one of them, too. A list that is gone refuses, and filling stops.
+  ListControl own(
+      ::CreateWindowExW(0, L"LISTBOX", L"", WS_CHILD, 0, 0, 9, 9, g.window, nullptr, nullptr, nullptr));
+  EXPECT_GE(list.FillList(own), 0);
+  EXPECT_EQ(own.Text(1), L"second");
+  g.checks.SetVirtualCount(5);
+  EXPECT_EQ(g.checks.AddString(u"more"), LB_ERR);
+}
+
+TEST_F(Controls, ShowTheColoursOfTheirData) {
+  RECT client{};
+  ::GetClientRect(g.split.Handle(), &client);
+  const int32_t red = 14;  // the sample that the gallery shows
+  RECT row{};
+  g.colors.Send(LB_SETTOPINDEX, red);
+  g.colors.Send(LB_GETITEMRECT, red, &row);
+  const LONG middle = (row.top + row.bottom) / 2, cell = row.bottom - row.top;
+  const COLORREF standard = PixelAt(g.split.Handle(), {10, 10});
+  const COLORREF trial = PixelAt(g.split.Handle(), {client.right - 10, 10});
+  // Red by its published sRGB, 175 54 60 (D65, 2 degrees), in the neighbourhood that the 10 degree observer leaves.
+  EXPECT_NEAR(GetRValue(standard), 175, 12);
+  EXPECT_NEAR(GetGValue(standard), 54, 12);
+  EXPECT_NEAR(GetBValue(standard), 60, 12);
+  EXPECT_EQ(PixelAt(g.colors.Handle(), {cell, middle}), standard);
+  EXPECT_EQ(PixelAt(g.colors.Handle(), {3 * cell, middle}), trial);
+  EXPECT_EQ(PixelAt(g.framed.Handle(), {5, 5}), standard);
+  EXPECT_EQ(PixelAt(g.framed.Handle(), {client.right / 4 * 3 - 3, client.bottom / 4 + 3}),
+            RGB(255, 255, 255));  // out of gamut
+  EXPECT_EQ(PixelAt(g.picture.Handle(), {2, 2}), ::GetSysColor(COLOR_BTNFACE));
+  const COLORREF corner =
+      PixelAt(g.picture.Handle(), {2, 32});  // of the gradient, which is fitted in the width
+  EXPECT_LT(GetRValue(corner), 16);
+  EXPECT_EQ(GetBValue(corner), 128);
+}
+
+TEST_F(Controls, PointsStandWhereTheyAreDrawn) {
+  // Of every picture of data: the marks at the points have a verdict's or the text's colour, the mouse finds them, and keys go
+  // through them.
+  const struct {
+    const Control& control;
+    int count;
+  } rows[] = {{g.plane, 24},         {g.lightness, 24}, {g.curves, 3 * 40},
+              {g.angles, 5 + 5 + 5}, {g.trend, 24},     {g.plot, 6}};
+  for (const auto& row : rows) {
+    const HWND window = row.control.Handle();
+    EXPECT_EQ(row.control.Send(VRXDM_GETCOUNT), row.count);
+    POINT point{};
+    ASSERT_EQ(row.control.Send(VRXDM_GETPOINT, 1, &point), 1);
+    EXPECT_NE(PixelAt(window, point), ::GetSysColor(COLOR_WINDOW));
+    points.clear();
+    Click(window, point);
+    EXPECT_GE(row.control.Send(VRXDM_GETCURRENT), 0);
+    EXPECT_EQ(points.size(), 1U);
+    EXPECT_EQ(::GetFocus(), window);
+    Press(VK_HOME);
+    Press(VK_RIGHT);
+    EXPECT_EQ(row.control.Send(VRXDM_GETCURRENT), 1);
+    Press(VK_END);
+    Press(VK_RIGHT);
+    EXPECT_EQ(row.control.Send(VRXDM_GETCURRENT), row.count - 1);
+    Press(VK_ESCAPE);
+    EXPECT_EQ(row.control.Send(VRXDM_GETCURRENT), -1);
+    EXPECT_EQ(row.control.Send(VRXDM_SETCURRENT, static_cast<WPARAM>(row.count)), 0);
+  }
+}
+
+TEST_F(Controls, ListsAreUsedByMouseAndKeys) {
+  const HWND checks = g.checks.Handle();
+  EXPECT_TRUE(ClickByMouse(checks, RowPoint(g.checks, 3), [&] { return g.checks.Current() == 3; }));
+  EXPECT_TRUE(WasTold(LBN_SELCHANGE));
+  Click(checks, RowPoint(g.checks, 1, 8));
+  EXPECT_EQ(g.checks.Check(1), VRX_CHECK_ON);
+  EXPECT_TRUE(WasTold(VRXLN_CHECK));
+  Click(checks, RowPoint(g.checks, 5, 8));  // disabled
+  EXPECT_EQ(g.checks.Check(5), VRX_CHECK_OFF);
+  Press(VK_SPACE);  // on row 1, where the last mark was changed
+  EXPECT_EQ(g.checks.Check(1), VRX_CHECK_OFF);
+  Press(VK_END);
+  EXPECT_EQ(g.checks.Current(), 23);
+  Type(L"bluef");
+  EXPECT_NE(g.checks.Text(g.checks.Current()), L"blue flower");
+  g.checks.Send(WM_MOUSEWHEEL, MAKEWPARAM(0, 100 * WHEEL_DELTA));
+  EXPECT_EQ(g.checks.Send(LB_GETTOPINDEX), 0);
+
+  // Three rows to the other list, then one of them back between two, then up by keys.
+  Click(g.from.Handle(), RowPoint(g.from, 1));
+  Click(g.from.Handle(), RowPoint(g.from, 3), MK_SHIFT);
+  Drag(g.from.Handle(), RowPoint(g.from, 2), g.to.Handle(), {40, 100});
+  EXPECT_EQ(g.to.Count(), 3);
+  EXPECT_EQ(g.from.Count(), 21);
+  EXPECT_EQ(g.to.Data(0), 101U);
+  EXPECT_TRUE(WasTold(VRXLN_RECEIVE));
+  Click(g.to.Handle(), RowPoint(g.to, 0));
+  Drag(g.to.Handle(), RowPoint(g.to, 0), g.from.Handle(), {40, RowPoint(g.from, 1).y - 8});
+  EXPECT_EQ(g.from.Data(1), 101U);
+  Click(g.to.Handle(), RowPoint(g.to, 1));
+  Press(VK_UP, {VK_MENU});
+  EXPECT_EQ(g.to.Data(0), 103U);
+  Drag(g.to.Handle(), RowPoint(g.to, 0), g.to.Handle(), {40, 100});
+  EXPECT_EQ(g.to.Data(1), 103U);
+}
+
+TEST_F(Controls, ExchangeAndEditor) {
+  EXPECT_EQ(g.exchange.Chosen(), (std::vector<int>{18, 19, 23}));
+  const HWND left = ::GetDlgItem(g.exchange.Handle(), 1), right = ::GetDlgItem(g.exchange.Handle(), 2);
+  Click(left, {40, 9});
+  Click(::GetDlgItem(g.exchange.Handle(), 10), {10, 10});  // Add
+  EXPECT_EQ(g.exchange.Chosen(), (std::vector<int>{18, 19, 23, 0}));
+  EXPECT_TRUE(WasTold(VRXXN_CHANGE));
+  Drag(left, {40, 9}, right, {40, 20});
+  EXPECT_EQ(g.exchange.Chosen(), (std::vector<int>{18, 1, 19, 23, 0}));
+  Click(::GetDlgItem(g.exchange.Handle(), 12), {10, 10});  // Move up
+  EXPECT_EQ(g.exchange.Chosen(), (std::vector<int>{1, 18, 19, 23, 0}));
+  Click(::GetDlgItem(g.exchange.Handle(), 11), {10, 10});  // Remove
+  EXPECT_EQ(g.exchange.Chosen(), (std::vector<int>{18, 19, 23, 0}));
+  EXPECT_EQ(::SendMessageW(left, LB_GETITEMDATA, 0, 0), 1);
+
+  const HWND field = g.editor.BeginEdit(2);
+  ASSERT_NE(field, nullptr);
+  Type(L"azure");
+  Press(VK_RETURN);
+  EXPECT_EQ(g.editor.Text(2), L"azure");
+  EXPECT_EQ(g.editor.Data(2), 102U);
+  EXPECT_TRUE(WasTold(VRXEN_CHANGE));
+  ASSERT_NE(g.editor.BeginEdit(3), nullptr);
+  Type(L"x");
+  Press(VK_ESCAPE);
+  EXPECT_EQ(g.editor.Text(3), L"foliage");
+  Click(::GetDlgItem(g.editor.Handle(), 10), {10, 10});  // Add
+  EXPECT_EQ(g.editor.Count(), 24);                       // counting ends the edit, whose empty entry goes
+  Click(::GetDlgItem(g.editor.Handle(), 10), {10, 10});
+  Type(L"new");
+  Press(VK_RETURN);
+  EXPECT_EQ(g.editor.Text(4), L"new");
+  Click(::GetDlgItem(g.editor.Handle(), 12), {10, 10});  // Move up
+  EXPECT_EQ(g.editor.Text(3), L"new");
+  Click(::GetDlgItem(g.editor.Handle(), 11), {10, 10});  // Remove
+  EXPECT_EQ(g.editor.Text(3), L"foliage");
+}
+
+TEST_F(Controls, TreeSelectsSeveralNodes) {
+  EXPECT_EQ(g.tree.Selected(), (std::vector<int>{20, 22}));
+  RECT box{};
+  ASSERT_EQ(g.tree.Send(VRXTM_GETROWRECT, 21, &box), 1);
+  const LONG row = box.bottom - box.top;
+  const auto at = [&](int node) {
+    g.tree.Send(VRXTM_GETROWRECT, static_cast<WPARAM>(node), &box);
+    return POINT{80, (box.top + box.bottom) / 2};
+  };
+  Click(g.tree.Handle(), at(21));
+  Click(g.tree.Handle(), at(23), MK_CONTROL);
+  EXPECT_EQ(g.tree.Selected(), (std::vector<int>{21, 23}));
+  Click(g.tree.Handle(), at(25), MK_SHIFT);
+  EXPECT_EQ(g.tree.Selected(), (std::vector<int>{23, 24, 25}));
+  Click(g.tree.Handle(), {row / 2, at(1).y});  // the arrow of the greys
+  EXPECT_EQ(g.tree.Send(VRXTM_ISEXPANDED, 1), 0);
+  EXPECT_EQ(g.tree.Selected().size(), 3U);  // hidden, not forgotten
+  EXPECT_EQ(g.tree.Send(VRXTM_GETROWRECT, 23, &box), 0);
+  Press(VK_RIGHT);
+  Press(VK_RIGHT);
+  EXPECT_EQ(g.tree.Send(VRXTM_GETCURRENT), 20);
+  Press(VK_LEFT);
+  EXPECT_EQ(g.tree.Send(VRXTM_GETCURRENT), 1);
+}
+
+TEST_F(Controls, NumbersAreChecked) {
+  const auto value = [](const NumericEdit& edit) {
+    double number = 0;
+    return edit.GetValue(number) ? number : -1;
+  };
+  ::SetFocus(g.number.Handle());
+  g.number.Send(EM_SETSEL, 0, LPARAM{-1});
+  Type(L"2x.e7");
+  EXPECT_DOUBLE_EQ(value(g.number), 2.7);
+  EXPECT_TRUE(WasTold(VRXNN_REFUSED));
+  Type(L"\r");
+  EXPECT_TRUE(WasTold(VRXNN_VALUE));
+  Press(VK_UP);
+  EXPECT_DOUBLE_EQ(value(g.number), 2.75);
+  g.number.Send(EM_SETSEL, 0, LPARAM{-1});
+  Type(L"700");
+  EXPECT_EQ(value(g.number), -1);  // beyond 80, which it becomes when the field is left
+  ::SetFocus(g.scroll.Handle());
+  EXPECT_DOUBLE_EQ(value(g.number), 80);
+  g.number.SetValue(kUnset);
+  EXPECT_EQ(::GetWindowTextLengthW(g.number.Handle()), 0);
+  EXPECT_TRUE(IsUnset(value(g.number)));
+
+  const auto paste = [&](const wchar_t* text) {
+    const std::size_t bytes = (std::wcslen(text) + 1) * sizeof(wchar_t);
+    const HGLOBAL block = ::GlobalAlloc(GMEM_MOVEABLE, bytes);
+    std::memcpy(::GlobalLock(block), text, bytes);
+    ::GlobalUnlock(block);
+    ::OpenClipboard(g.window);
+    ::EmptyClipboard();
+    ::SetClipboardData(CF_UNICODETEXT, block);
+    ::CloseClipboard();
+    g.number.Send(WM_PASTE);
+    return value(g.number);
+  };
+  EXPECT_DOUBLE_EQ(paste(L" 1.25 \u0394E\r\n"), 1.25);
+  EXPECT_DOUBLE_EQ(paste(L"1.25 kg"), 1.25);
+  EXPECT_DOUBLE_EQ(paste(L"900"), 1.25);
+
+  RECT client{};
+  ::GetClientRect(g.scroll.Handle(), &client);
+  Click(g.scroll.Handle(), {client.right - 6, 4});
+  EXPECT_DOUBLE_EQ(value(g.scroll), 13);
+  Click(g.scroll.Handle(), {client.right - 6, client.bottom - 4});
+  g.scroll.Send(WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<WORD>(-2 * WHEEL_DELTA)));
+  EXPECT_DOUBLE_EQ(value(g.scroll), 11.5);
+  for (int i = 0; i < 12; ++i) SendKey(VK_UP, false);  // held: ten steps, then two of five increments
+  SendKey(VK_UP, true);
+  EXPECT_DOUBLE_EQ(value(g.scroll), 11.5 + 0.5 * (10 + 2 * 5));
+}
+
+TEST_F(Controls, DisabledTabsAreSkipped) {
+  const HWND tabs = g.tabs.Handle();
+  const auto boxOf = [&](int tab) {
+    RECT box{};
+    g.tabs.Send(TCM_GETITEMRECT, static_cast<WPARAM>(tab), &box);
+    return box;
+  };
+  const auto middle = [&](int tab) {
+    return POINT{(boxOf(tab).left + boxOf(tab).right) / 2, (boxOf(tab).top + boxOf(tab).bottom) / 2};
+  };
+  Click(tabs, middle(1));
+  EXPECT_EQ(g.tabs.Current(), 0);
+  EXPECT_EQ(CountPixels(tabs, boxOf(1), ::GetSysColor(COLOR_BTNTEXT)), 0);
+  EXPECT_GT(CountPixels(tabs, boxOf(2), ::GetSysColor(COLOR_BTNTEXT)), 0);
+  ::SetFocus(tabs);
+  Press(VK_RIGHT);
+  EXPECT_EQ(g.tabs.Current(), 2);
+  Press(VK_HOME);
+  EXPECT_EQ(g.tabs.Current(), 0);
+  g.tabs.Enable(0, false);
+  EXPECT_EQ(g.tabs.Current(), 2);
+  g.tabs.Enable(1, true);
+  Click(tabs, middle(1));
+  EXPECT_EQ(g.tabs.Current(), 1);
+}
+
+TEST_F(Controls, VirtualListsAskForWhatTheyShow) {
+  g.colors.SetVirtualCount(100'000);
+  PixelAt(g.colors.Handle(), {1, 1});
+  ::SetFocus(g.colors.Handle());
+  Press(VK_END);
+  Press(VK_PRIOR);
+  PixelAt(g.colors.Handle(), {1, 1});
+  EXPECT_EQ(g.colors.Text(99'999), L"row 99999");
+  EXPECT_GT(g.colors.Send(LB_GETTOPINDEX), 99'900);
+  EXPECT_GT(asked, 10);
+  EXPECT_LT(asked, 200);
+}
+
+TEST_F(Controls, AreReadAloud) {
+  const auto open = [](const Control& control) {
+    void* object = nullptr;
+    ::AccessibleObjectFromWindow(control.Handle(), static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible,
+                                 &object);
+    return static_cast<IAccessible*>(object);
+  };
+  const auto text = [](IAccessible* object, auto get, VARIANT child) {
+    BSTR got = nullptr;
+    const HRESULT result = (object->*get)(child, &got);
+    const std::wstring copy = SUCCEEDED(result) && got != nullptr ? std::wstring(got) : std::wstring();
+    ::SysFreeString(got);
+    return copy;
+  };
+  VARIANT self{}, second{};
+  self.vt = second.vt = VT_I4;
+  second.lVal = 2;
+  const struct {
+    const Control& control;
+    LONG role;
+    const wchar_t *value, *part;  // of the second part; null: there is none
+  } rows[] = {
+      {g.checks, ROLE_SYSTEM_LIST, L"foliage", L"light skin"},
+      {g.tree, ROLE_SYSTEM_OUTLINE, L"", L"greys"},
+      {g.progress, ROLE_SYSTEM_PROGRESSBAR, L"62 %  0:09 left", nullptr},
+      {g.plot, ROLE_SYSTEM_CHART, L"", nullptr},
+      {g.framed, ROLE_SYSTEM_GRAPHIC, L"; , not shown truly", nullptr},
+  };
+  g.checks.Select(3);
+  ::SetWindowTextW(g.plot.Handle(), L"greys of two charts");
+  for (const auto& row : rows) {
+    IAccessible* object = open(row.control);
+    ASSERT_NE(object, nullptr);
+    VARIANT role{};
+    object->get_accRole(self, &role);
+    EXPECT_EQ(role.lVal, row.role);
+    EXPECT_EQ(text(object, &IAccessible::get_accValue, self), row.value);
+    if (row.part != nullptr) {
+      EXPECT_EQ(text(object, &IAccessible::get_accName, second), row.part);
+    }
+    object->Release();
+  }
+  IAccessible* plot = open(g.plot);
+  long count = 0;
+  plot->get_accChildCount(&count);
+  EXPECT_EQ(count, 6);
+  EXPECT_EQ(text(plot, &IAccessible::get_accName, self), L"greys of two charts");
+  // The object outlives its window.
+  ::DestroyWindow(g.plot.Handle());
+  EXPECT_TRUE(FAILED(plot->get_accChildCount(&count)));
+  plot->Release();
+}
+
+// The same picture in a window, a bitmap and a metafile.
+TEST_F(Controls, DrawOnAnyDevice) {
+  RECT client{};
+  ::GetClientRect(g.plane.Handle(), &client);
+  const HDC screen = ::GetDC(nullptr);
+  std::array<HDC, 2> devices{};
+  for (HDC& device : devices) {
+    device = ::CreateCompatibleDC(screen);
+    ::SelectObject(device, ::CreateCompatibleBitmap(screen, client.right, client.bottom));
+  }
+  const HDC metafile = ::CreateEnhMetaFileW(screen, nullptr, nullptr, nullptr);
+  EXPECT_TRUE(g.plane.Draw(devices[0], client));
+  EXPECT_TRUE(g.plane.Draw(metafile, client));
+  const HENHMETAFILE file = ::CloseEnhMetaFile(metafile);
+  ENHMETAHEADER header{};
+  ::GetEnhMetaFileHeader(file, sizeof header, &header);
+  const RECT bounds{header.rclBounds.left, header.rclBounds.top, header.rclBounds.right,
+                    header.rclBounds.bottom};
+  ::PlayEnhMetaFile(devices[1], file, &bounds);
+  ::DeleteEnhMetaFile(file);
+  for (int i = 0; i < 24; ++i) {
+    POINT point{};
+    g.plane.Send(VRXDM_GETPOINT, static_cast<WPARAM>(i), &point);
+    const COLORREF color = PixelAt(g.plane.Handle(), point);
+    EXPECT_EQ(::GetPixel(devices[0], point.x, point.y), color) << i;
+    EXPECT_EQ(::GetPixel(devices[1], point.x, point.y), color) << i;
+  }
+  for (const HDC device : devices) ::DeleteDC(device);
+  ::ReleaseDC(nullptr, screen);
+}
+
+TEST_F(Controls, FollowTheSystem) {
+  // A theme: the paper changes with the system's colour.
+  const INT element = COLOR_WINDOW;
+  const COLORREF old = ::GetSysColor(COLOR_WINDOW), fresh = RGB(250, 240, 200);
+  ::SetSysColors(1, &element, &fresh);
+  for (const Control* control : {static_cast<const Control*>(&g.to), static_cast<const Control*>(&g.plane)}) {
+    ::SendMessageW(control->Handle(), WM_SYSCOLORCHANGE, 0, 0);
+    EXPECT_EQ(PixelAt(control->Handle(), {5, 5}), fresh);
+  }
+  ::SetSysColors(1, &element, &old);
+  ::SendMessageW(g.to.Handle(), WM_SYSCOLORCHANGE, 0, 0);
+  // No painting between WM_SETREDRAW off and on.
+  g.to.Send(WM_SETREDRAW, FALSE);
+  g.to.AddString(u"\u2588\u2588\u2588\u2588");
+  g.to.Select(0);
+  EXPECT_EQ(PixelAt(g.to.Handle(), {100, 8}), old);
+  g.to.Send(WM_SETREDRAW, TRUE);
+  ::InvalidateRect(g.to.Handle(), nullptr, FALSE);
+  EXPECT_EQ(PixelAt(g.to.Handle(), {100, 8}), ::GetSysColor(COLOR_HIGHLIGHT));
+  // The library's message goes through the hook, and the field works on with the range that stands in.
+  const MessageRecorder recorder;
+  CDifferenceSettings unknown;
+  unknown.system = 99;
+  EXPECT_TRUE(g.number.SetRange(ToleranceRange(unknown, 0)));
+  EXPECT_EQ(const_cast<MessageRecorder&>(recorder).Take(), IndexErrors());
+}
+
+TEST_F(Controls, RefuseWhatCannotBe) {
+  EXPECT_EQ(ShowColorsFromC(g.split.Handle(), RGB(1, 2, 3), RGB(4, 5, 6)), 1);
+  EXPECT_EQ(PixelAt(g.split.Handle(), {10, 10}), RGB(1, 2, 3));
+  VRX_CURVES_DATA curves{sizeof curves, 0, 1 << 20, 1 << 20, 400, 10, nullptr};
+  EXPECT_FALSE(g.curves.Set(curves));
+  VRX_PLOT_DATA plot{};
+  EXPECT_FALSE(g.plot.Set(plot));  // no size
+  plot.size = sizeof plot;
+  plot.lineCount = -1;
+  EXPECT_FALSE(g.plot.Set(plot));
+  EXPECT_EQ(g.tree.Add(77, u"lost"), -1);
+  EXPECT_EQ(g.checks.Send(LB_DELETESTRING, 99), LB_ERR);
+  EXPECT_EQ(g.checks.Send(VRXLM_SETCHECK, 0, 9), LB_ERR);
+  EXPECT_EQ(g.checks.Send(LB_GETTEXT, 99), LB_ERR);
+  EXPECT_FALSE(g.exchange.SetChosen(std::array{1, 1}));
+  EXPECT_FALSE(g.number.SetRange({5, 1, 1, 1, 0}));
+  EXPECT_FALSE(g.tabs.Enable(7, false));
+  EXPECT_FALSE(g.plane.SetDpi(20));
+}
+
+TEST_F(Controls, KeepNoHandles) {
+  std::vector<HWND> windows;
+  for (HWND child = ::GetWindow(g.window, GW_CHILD); child != nullptr;
+       child = ::GetWindow(child, GW_HWNDNEXT))
+    windows.push_back(child);
+  ASSERT_EQ(windows.size(), 21U);
+  const auto paint = [&](int times) {
+    for (int i = 0; i < times; ++i) {
+      for (const HWND window : windows)
+        ::RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    }
+    return ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
+  };
+  const DWORD before = paint(3);
+  EXPECT_EQ(paint(480), before);  // of 21 controls: more than 10,000
+}
+
+// The whole gallery at two resolutions and in both writing directions, kept as pictures to be looked at.
+TEST(Gallery, IsLaidOutForEveryScreen) {
+  for (const int dpi : {96, 144}) {
+    for (const DWORD style : {DWORD{0}, DWORD{WS_EX_LAYOUTRTL}}) {
+      const Gallery shown = OpenGallery(dpi, style);
+      ASSERT_NE(shown.window, nullptr);
+      ::UpdateWindow(shown.window);
+      EXPECT_EQ(shown.checks.Send(LB_GETITEMHEIGHT) > 24, dpi == 144);
+      // The mark of a checked row stands where the row begins: right of the middle when written from the right.
+      RECT client{};
+      ::GetClientRect(shown.checks.Handle(), &client);
+      const LONG rowHeight = static_cast<LONG>(shown.checks.Send(LB_GETITEMHEIGHT));
+      EXPECT_GT(CountPixels(shown.checks.Handle(), {4, 2, rowHeight - 4, rowHeight - 2},
+                            ::GetSysColor(COLOR_WINDOWTEXT)),
+                5);
+      std::wstring path(VRX_PICTURES L"/gallery_");
+      path += std::to_wstring(dpi) + (style != 0 ? L"_rtl.bmp" : L".bmp");
+      EXPECT_TRUE(gallery::SaveScreenshot(shown.window, path.c_str()));
+      ::DestroyWindow(shown.window);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vrx::controls
