@@ -57,7 +57,7 @@ class TileCopy {
   }
 
  private:
-  static constexpr std::size_t kChunk = kLaneCount == 1 ? 2 : kLaneCount;
+  static constexpr std::size_t kChunk = kLaneCount;
   static constexpr std::size_t kChunksInRow = kWavelengths / kChunk;
   const SAMPLE* from_;
   std::ptrdiff_t jump_;
@@ -244,7 +244,9 @@ VRX_LANE_INLINE void SumTurned(const TurnedTile& tile, COPY copy, const Tristimu
 #pragma GCC unroll 8
       for (std::size_t p = 0; p < kPacks; ++p) {
         samples[p] = Load<Lanes>(&tile[i][at + p * kLaneCount]);
+#if VRX_PACK_LANES > 1
         KeepInRegister(samples[p]);
+#endif
       }
       sums.Add(targets, i, samples);
     }
