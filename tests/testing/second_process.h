@@ -26,8 +26,8 @@ class SecondProcess {
       first = given.substr(0, given.find(' '));
       text_ = given.substr(given.find(' ') + 1);
     }
-    events_[0] = ::CreateEventA(nullptr, FALSE, FALSE, ("VrxMathTest1-" + first).c_str());
-    events_[1] = ::CreateEventA(nullptr, FALSE, FALSE, ("VrxMathTest2-" + first).c_str());
+    came_[0] = ::CreateSemaphoreA(nullptr, 0, kMeetings, ("VrxMathTest1-" + first).c_str());
+    came_[1] = ::CreateSemaphoreA(nullptr, 0, kMeetings, ("VrxMathTest2-" + first).c_str());
     if (isFirst_) Start(first + ' ' + text);
   }
   SecondProcess(const SecondProcess&) = delete;
@@ -40,7 +40,7 @@ class SecondProcess {
       EXPECT_EQ(status, 0u) << "in the second process";
       ::CloseHandle(process_);
     }
-    for (const HANDLE event : events_) ::CloseHandle(event);
+    for (const HANDLE semaphore : came_) ::CloseHandle(semaphore);
   }
 
   bool IsFirst() const { return isFirst_; }
@@ -48,14 +48,15 @@ class SecondProcess {
 
   /// Returns when both processes have come here.
   void Meet() {
-    ::SetEvent(events_[isFirst_ ? 0 : 1]);
-    const HANDLE ends[] = {events_[isFirst_ ? 1 : 0], process_};
+    ::ReleaseSemaphore(came_[isFirst_ ? 0 : 1], 1, nullptr);
+    const HANDLE ends[] = {came_[isFirst_ ? 1 : 0], process_};
     EXPECT_EQ(::WaitForMultipleObjects(isFirst_ ? 2 : 1, ends, FALSE, kPatience), WAIT_OBJECT_0)
         << "the other process did not come";
   }
 
  private:
   static constexpr const char* kVariable = "VRX_SECOND_PROCESS";
+  static constexpr LONG kMeetings = 1000;
   static constexpr DWORD kPatience = 60'000;
 
   void Start(const std::string& variable) {
@@ -77,7 +78,7 @@ class SecondProcess {
 
   std::string text_;
   bool isFirst_;
-  HANDLE events_[2] = {};
+  HANDLE came_[2] = {};  // how often each process came to a meeting in which the other has yet to see it
   HANDLE process_ = nullptr;
 };
 
