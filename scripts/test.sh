@@ -69,15 +69,6 @@ windows() {
   for width in i686 x86_64; do build_and_test "windows-$width"; done
 }
 
-# The results on another processor: the programs that pin them, where there is what builds and runs them.
-aarch64() {
-  log=build/linux-aarch64.log
-  cmake --preset linux-aarch64 -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher" > "$log" 2>&1 || { cat "$log"; return 1; }
-  cmake --build --preset linux-aarch64 -j "$jobs" --target c_api_test formula_test > "$log" 2>&1 ||
-    { tail -n 100 "$log"; return 1; }
-  ctest --preset linux-aarch64 -R '^(c_api_test|formula_test)$'
-}
-
 stage "packages" sh scripts/setup.sh bench
 mkdir -p build
 stage "clang-format" check_format
@@ -91,9 +82,5 @@ if [ "${VRX_WINDOWS:-}" = 1 ] || { [ "${VRX_WINDOWS:-}" != 0 ] && has_windows_pa
   stage "Windows, 32 and 64 bits: build, tests under wine" windows
 else
   echo "=== Windows: left out; VRX_WINDOWS=1 installs what it needs"
-fi
-if command -v aarch64-linux-gnu-g++ > /dev/null && command -v qemu-aarch64 > /dev/null &&
-  [ -e /usr/src/googletest/googletest/CMakeLists.txt ]; then
-  stage "64-bit ARM: build, tests of the results under qemu" aarch64
 fi
 echo "=== everything passed"

@@ -172,7 +172,7 @@ CString TimeSeparatorOf(const PosixLocaleTexts& texts) {
 std::vector<uint8_t> GroupSizesOf(const std::string& grouping) {
   std::vector<uint8_t> sizes;
   for (const char size : grouping) {
-    const bool isEnd = size < 0 || size == CHAR_MAX;
+    const bool isEnd = static_cast<signed char>(size) < 0 || size == CHAR_MAX;
     sizes.push_back(isEnd ? uint8_t{0} : static_cast<uint8_t>(size));
     if (isEnd) break;
   }
