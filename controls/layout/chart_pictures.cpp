@@ -157,11 +157,13 @@ CString ProgressText(const ProgressData& data) {
   };
   CString time;
   if (seconds >= 3600) {
-    time = NumberText(static_cast<double>(seconds / 3600), whole);
+    const int64_t hours = seconds / 3600;
+    time = NumberText(static_cast<double>(hours), whole);
     time += u":";
     time += twoDigits(seconds / 60 % 60);
   } else {
-    time = NumberText(static_cast<double>(seconds / 60), whole);
+    const int64_t minutes = seconds / 60;
+    time = NumberText(static_cast<double>(minutes), whole);
   }
   time += u":";
   time += twoDigits(seconds % 60);

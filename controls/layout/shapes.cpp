@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <vrxmath/foundation/numbers.h>
+
 namespace vrx::controls {
 namespace {
 
@@ -11,7 +13,7 @@ uint32_t Between(uint32_t from, uint32_t to, double part) {
   uint32_t mixed = 0;
   for (uint32_t shift = 0; shift < 24; shift += 8) {
     const double a = from >> shift & 0xFF, b = to >> shift & 0xFF;
-    mixed |= static_cast<uint32_t>(a + (b - a) * part + 0.5) << shift;
+    mixed |= static_cast<uint32_t>(RoundToWhole(a + (b - a) * part)) << shift;
   }
   return mixed;
 }

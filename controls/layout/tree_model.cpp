@@ -1,7 +1,6 @@
 #include "controls/layout/tree_model.h"
 
 #include <algorithm>
-#include <ranges>
 #include <utility>
 
 namespace vrx::controls {
@@ -49,7 +48,8 @@ const std::vector<int32_t>& TreeModel::Rows() {
     pending.pop_back();
     rows_.push_back(node);
     if (!At(node).expanded) continue;
-    for (const int32_t child : std::views::reverse(At(node).children)) pending.push_back(child);
+    const std::vector<int32_t>& children = At(node).children;
+    pending.insert(pending.end(), children.rbegin(), children.rend());
   }
   areRowsCurrent_ = true;
   return rows_;
