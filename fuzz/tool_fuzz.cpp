@@ -20,38 +20,39 @@
 
 namespace {
 
-// Of each command and of each kind of file that it reads; IN is the input, CURVES and PAINTS are sound files.
+// Of each command and of each kind of file that it reads. @ stands for the folder of the process: @IN is the input,
+// @CURVES, @PAINTS and @FORMULAS are sound files.
 constexpr std::array kCommandLines = {
-    "judge IN IN --pairs --only fail,warning --worst-first",
-    "judge CURVES IN --tolerance 1 --format csv --csv-safe",
-    "judge IN CURVES --standard-id A --format json",
-    "judge IN IN --illuminants D65 --average --summary --system lch",
-    "judge CURVES CURVES --tolerances IN --system cie2000",
-    "judge CURVES CURVES --ellipses IN",
-    "judge CURVES CURVES --illuminant-file IN --illuminants 1000",
-    "color IN --format csv --digits 3",
-    "color IN --average --observer 2",
-    "delta IN --system din6175 --tolerance 2",
-    "delta IN --system 3 --format json",
-    "average IN --count 2 --statistics --format csv",
-    "average IN --format json",
-    "sort IN --blocks 0.5",
-    "fit-tolerance IN --method surface",
-    "fit-tolerance IN --centre standard --format csv",
-    "strength IN IN --pairs --wavelength 550",
-    "strength CURVES IN --specular excluded --format json",
-    "colorants IN",
-    "predict IN FORMULAS",
-    "predict PAINTS IN --format csv",
-    "calibrate IN --white A",
-    "index IN --standard IN",
-    "index IN --pairs --standard IN --format csv",
-    "swatch IN --output out.svg",
-    "swatch CURVES IN --output out.png",
-    "plot plane IN CURVES --output out.svg",
-    "tables --illuminant-file IN",
-    "xml IN",
-    "xml IN a/b[2]/@c --format csv",
+    "judge @IN @IN --pairs --only fail,warning --worst-first",
+    "judge @CURVES @IN --tolerance 1 --format csv --csv-safe",
+    "judge @IN @CURVES --standard-id A --format json",
+    "judge @IN @IN --illuminants D65 --average --summary --system lch",
+    "judge @CURVES @CURVES --tolerances @IN --system cie2000",
+    "judge @CURVES @CURVES --ellipses @IN",
+    "judge @CURVES @CURVES --illuminant-file @IN --illuminants 1000",
+    "color @IN --format csv --digits 3",
+    "color @IN --average --observer 2",
+    "delta @IN --system din6175 --tolerance 2",
+    "delta @IN --system 3 --format json",
+    "average @IN --count 2 --statistics --format csv",
+    "average @IN --format json",
+    "sort @IN --blocks 0.5",
+    "fit-tolerance @IN --method surface",
+    "fit-tolerance @IN --centre standard --format csv",
+    "strength @IN @IN --pairs --wavelength 550",
+    "strength @CURVES @IN --specular excluded --format json",
+    "colorants @IN",
+    "predict @IN @FORMULAS",
+    "predict @PAINTS @IN --format csv",
+    "calibrate @IN --white A",
+    "index @IN --standard @IN",
+    "index @IN --pairs --standard @IN --format csv",
+    "swatch @IN --output @out.svg",
+    "swatch @CURVES @IN --output @out.png",
+    "plot plane @IN @CURVES --output @out.svg",
+    "tables --illuminant-file @IN",
+    "xml @IN",
+    "xml @IN a/b[2]/@c --format csv",
     "condition C",
     "settings list",
     "log",
@@ -75,7 +76,6 @@ class Place {
       for (int i = 0; i < 16; ++i) curves += "," + std::to_string(20 + i * static_cast<int>(row[1] % 5));
     }
     Write("CURVES", curves + "\n");
-    std::filesystem::current_path(folder_);
     setenv("XDG_CONFIG_HOME", folder_.c_str(), 1);
     // The tool's own streams lead nowhere; what a sanitizer says goes to the descriptor it was given.
     if (std::freopen("/dev/null", "w", stdout) == nullptr) std::abort();
@@ -88,20 +88,21 @@ class Place {
   void Write(const char* name, std::string_view content) const {
     std::ofstream(folder_ / name, std::ios::binary) << content;
   }
+  // The words of a command line, by paths that hold wherever the fuzzer runs: it names its own folders from there.
+  std::vector<std::string> WordsOf(std::string_view line) const {
+    std::vector<std::string> words;
+    while (!line.empty()) {
+      const std::size_t end = std::min(line.find(' '), line.size());
+      const std::string_view word = line.substr(0, end);
+      words.push_back(word.starts_with('@') ? (folder_ / word.substr(1)).string() : std::string(word));
+      line.remove_prefix(std::min(end + 1, line.size()));
+    }
+    return words;
+  }
 
  private:
   std::filesystem::path folder_;
 };
-
-std::vector<std::string> WordsOf(std::string_view line) {
-  std::vector<std::string> words;
-  while (!line.empty()) {
-    const std::size_t end = std::min(line.find(' '), line.size());
-    words.emplace_back(line.substr(0, end));
-    line.remove_prefix(std::min(end + 1, line.size()));
-  }
-  return words;
-}
 
 }  // namespace
 
@@ -109,7 +110,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   static const Place place;
   if (size == 0) return 0;
   place.Write("IN", {reinterpret_cast<const char*>(data) + 1, size - 1});
-  const int status = vrx::tool::RunTool(WordsOf(kCommandLines[data[0] % kCommandLines.size()]), "0");
+  const int status = vrx::tool::RunTool(place.WordsOf(kCommandLines[data[0] % kCommandLines.size()]), "0");
   if (status < 0 || status > 2) std::abort();
   return 0;
 }

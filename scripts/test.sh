@@ -3,7 +3,8 @@
 # their docstrings, the installed library in the hands of a host, and half a minute of the fuzz targets.
 # Installs what is missing first.
 #
-# VRX_FUZZ_SECONDS sets the time of each fuzz target. VRX_TIDY=1 runs clang-tidy, which takes as long as everything else.
+# VRX_FUZZ_SECONDS sets the time of each fuzz target. VRX_TIDY=1 runs clang-tidy over everything instead of the folders that
+# have been brought to it.
 # Windows programs are built and run where mingw-w64 and wine are installed; VRX_WINDOWS=1 installs them, VRX_WINDOWS=0
 # leaves this out.
 set -eu
@@ -35,27 +36,34 @@ build_and_test() {
   ctest --preset "$preset" -j "$jobs"
 }
 
-# clang-tidy over the library, the readers and the tool, by the commands of the sanitizers' build. Its log is shown when
-# something was found.
+# clang-tidy by the commands of the sanitizers' build, a source once even where it is compiled several times, as the lane
+# kernels are. Its log is shown when something was found.
 check_tidy() {
-  log=build/clang-tidy.log
-  run-clang-tidy -p build/asan-ubsan -quiet -j "$jobs" '^(?!.*/build/).*/(vrxmath|vrxio|c_api|controls|tools)/.*\.cpp$' > "$log" 2>&1 ||
-    { grep -vE '^$|warnings? generated|^clang-tidy ' "$log" | head -n 100; return 1; }
+  folders='vrxmath/(platform|foundation|support)|vrxio'
+  if [ "${VRX_TIDY:-}" = 1 ]; then folders='vrxmath|vrxio|c_api|controls|tools'; fi
+  mkdir -p build/tidy
+  python3 -c '
+import json
+commands = {command["file"]: command for command in json.load(open("build/asan-ubsan/compile_commands.json"))}
+json.dump(list(commands.values()), open("build/tidy/compile_commands.json", "w"))'
+  log=build/tidy/clang-tidy.log
+  run-clang-tidy -p build/tidy -quiet -j "$jobs" "^(?!.*/build/).*/($folders)/.*\\.cpp\$" > "$log" 2>&1 ||
+    { grep -vE '^$|warnings? generated|^clang-tidy' "$log" | head -n 100; return 1; }
 }
 
-# Runs the fuzz targets from their seeds, as many at a time as there are cores. New inputs go to the build folder. The
-# target of whole commands is for long runs by hand (HACKING.md).
+# Runs the fuzz targets from their seeds, as many at a time as there are cores. New inputs go to the build folder. What the
+# target of whole commands prints on standard error is not kept.
 fuzz() {
   folder=build/asan-ubsan/fuzz
   mkdir -p "$folder/found"
-  grep -vx -e tool "$folder/targets.txt" > "$folder/short.txt"
   xargs -P "$jobs" -I NAME sh -c "
     mkdir -p $folder/found/NAME
-    $folder/fuzz_NAME -max_total_time=${VRX_FUZZ_SECONDS:-30} -max_len=4096 -timeout=10 -rss_limit_mb=1024 \
+    if [ NAME = tool ]; then close=-close_fd_mask=2; fi
+    $folder/fuzz_NAME \${close:-} -max_total_time=${VRX_FUZZ_SECONDS:-30} -max_len=4096 -timeout=10 -rss_limit_mb=1024 \
       -artifact_prefix=$folder/found/NAME- $folder/found/NAME fuzz/corpus/NAME > $folder/NAME.log 2>&1 ||
       { tail -n 60 $folder/NAME.log; exit 1; }
     echo \"fuzz_NAME: \$(tail -n 1 $folder/NAME.log)\"
-  " < "$folder/short.txt"
+  " < "$folder/targets.txt"
 }
 
 has_windows_packages() {
@@ -76,7 +84,7 @@ stage "g++: build, headers alone, tests, static library installed" build_and_tes
 stage "clang++: build and tests of the library, shared library installed" build_and_test ci-clang
 # This build is clang++'s of the tool, too.
 stage "address and undefined-behaviour sanitizers: build, tests" build_and_test asan-ubsan
-if [ "${VRX_TIDY:-}" = 1 ]; then stage "clang-tidy" check_tidy; fi
+stage "clang-tidy" check_tidy
 stage "fuzz targets" fuzz
 if [ "${VRX_WINDOWS:-}" = 1 ] || { [ "${VRX_WINDOWS:-}" != 0 ] && has_windows_packages; }; then
   stage "Windows, 32 and 64 bits: build, tests under wine" windows

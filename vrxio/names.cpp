@@ -51,6 +51,7 @@ int32_t FindAlias(std::string_view text, std::span<const Alias> aliases) {
 
 std::vector<std::string> NamesOfIlluminants() {
   std::vector<std::string> names;
+  names.reserve(kBuiltInIlluminants + kIlluminantAliases.size());
   for (int32_t i = 0; i < kBuiltInIlluminants; ++i) names.push_back(CodeOf(static_cast<vrxIlluminant>(i)));
   for (const vrxUserIllum number : RegisteredUserIlluminants()) names.push_back(CodeOf(IlluminantOf(number)));
   for (const Alias& alias : kIlluminantAliases) names.emplace_back(alias.name);

@@ -121,8 +121,10 @@ std::string WavelengthGrid::Description() const {
 }
 
 std::vector<double> LibraryWavelengths() {
-  std::vector<double> wavelengths;
-  for (int32_t i = 0; i < kWavelengths; ++i) wavelengths.push_back(kFirstNode + kWavelengthStep * i);
+  std::vector<double> wavelengths(kWavelengths);
+  for (std::size_t i = 0; i < wavelengths.size(); ++i) {
+    wavelengths[i] = kFirstNode + kWavelengthStep * static_cast<double>(i);
+  }
   return wavelengths;
 }
 

@@ -201,6 +201,20 @@ TEST_F(IndexAndSwatch, StandardsAndTrialsStandSideBySide) {
   EXPECT_EQ((patches["fill=\"#7f7f7f\"/>"]), 6);  // standard twice, its double once, under two illuminants
 }
 
+// Files may grow to 512 bytes, as if the disk were full then.
+TEST_F(IndexAndSwatch, APictureThatFailsLeavesTheOneThatWasThere) {
+  folder_.Write("greys.csv", Header() + Flat("A", "21.4") + Flat("B", "21.5"));
+  for (const char* command : {"swatch greys.csv --output old.svg", "swatch greys.csv --output old.png",
+                              "plot plane greys.csv greys.csv --output old.svg"}) {
+    const std::string name = std::string("old") + &command[std::string(command).size() - 4];
+    folder_.Write(name, "old");
+    const Result result = Run(std::string("--version; trap '' XFSZ; ulimit -f 1; " VRX_TOOL " ") + command);
+    EXPECT_EQ(result.status, 2) << command;
+    EXPECT_TRUE(result.err.starts_with("vrx: " + name + ": File too large\n")) << result.err;
+    EXPECT_EQ(folder_.Read(name), "old") << command;
+  }
+}
+
 // The limit of a box lies where the ticks say, in SVG and in a PNG of any scale.
 TEST_F(IndexAndSwatch, PlotsAreDrawnToScale) {
   folder_.Write("greys.csv", Header() + Flat("A", "21.4") + Flat("B", "21.5"));

@@ -4,8 +4,11 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <pty.h>
 #include <sstream>
 #include <string>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 #include <vrxmath/colorimetry/weight_tables.h>
@@ -315,6 +318,40 @@ TEST_F(Tool, ResultsThatCannotBeWrittenAreAnError) {
     EXPECT_EQ(result.status, 2);
     EXPECT_FALSE(result.out.empty());
     EXPECT_TRUE(result.out.ends_with("\n# incomplete: the reason is on standard error\n")) << format;
+  }
+}
+
+// What a command shows on a terminal of so many columns.
+std::string ShownOnTerminal(const std::string& command, uint16_t columns) {
+  const winsize size{24, columns, 0, 0};
+  int terminal = -1;
+  if (forkpty(&terminal, nullptr, nullptr, &size) == 0) {
+    execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+    _exit(127);
+  }
+  std::string shown;
+  char part[4096];
+  for (ssize_t count; (count = read(terminal, part, sizeof part)) > 0;) {
+    shown.append(part, static_cast<std::size_t>(count));
+  }
+  close(terminal);
+  wait(nullptr);
+  std::erase(shown, '\r');
+  return shown;
+}
+
+// Texts give way to the terminal's width, numbers do not; what fits is whole.
+TEST_F(Tool, TablesFitTheTerminal) {
+  const std::string id(100, 'x');
+  Write("long.csv", FlatHeader() + Flat(id, "50"));
+  const std::string command =
+      "cd " + (folder_ / "") + " && NO_COLOR=1 " VRX_TOOL " color long.csv 2>/dev/null";
+  for (const uint16_t columns : {uint16_t{160}, uint16_t{200}, uint16_t{400}}) {
+    const std::string shown = ShownOnTerminal(command, columns);
+    std::size_t longest = 0;
+    for (const std::string& line : Lines(shown)) longest = std::max(longest, line.size());
+    EXPECT_EQ(shown.find(id) != std::string::npos, columns == 400) << shown;
+    EXPECT_TRUE(columns == 400 || longest == columns) << shown;
   }
 }
 

@@ -5,6 +5,23 @@
 #include "tools/vrx/commands/command.h"
 
 namespace vrx::tool {
+namespace {
+
+// "cmc 2:1:1, din99 1:1": every system that has parameters, with those under which it is usually quoted.
+std::string UsualParameters() {
+  std::string text;
+  for (const DifferenceSystem& row : DifferenceSystems()) {
+    if (row.parameterCount == 0) continue;
+    text.append(text.empty() ? "" : ", ").append(row.shortName);
+    for (int32_t k = 0; k < row.parameterCount; ++k) {
+      text += k == 0 ? ' ' : ':';
+      text += ParameterText(row.defaults[static_cast<std::size_t>(k)]).ToUtf8();
+    }
+  }
+  return text;
+}
+
+}  // namespace
 
 void AddViewingOptions(Command& command, ViewingOptions& viewing, const std::string& illuminants) {
   viewing.illuminants = illuminants;
@@ -40,9 +57,9 @@ void AddSystemOptions(Command& command, SystemOptions& options, const std::strin
   command.AddOption("--system", options.system, names).Shows("NAME [" + system + "]");
   command
       .AddOption("--parameters", options.parameters,
-                 "Parameters of the system in the order of its name: l,c for cmc; kL,kC,kH for cie94 and "
-                 "cie2000; kCH,kE for din99; gL,gC,gH for din6175")
-      .Shows("LIST [2,1 for cmc, else 1]");
+                 "Parameters of the system in the order of its name, in place of the usual ones: " +
+                     UsualParameters())
+      .Shows("LIST");
 }
 
 std::vector<double> SystemOptions::Given() const {

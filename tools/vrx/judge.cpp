@@ -102,6 +102,18 @@ double Judge::EllipseValue(std::size_t i) const {
   return calc_.ellipseTolerances[0][0][static_cast<std::ptrdiff_t>(i)].Value(LabDifference(i));
 }
 
+IlluminantJudgement JudgementOf(const CEvaluation& evaluation, const CDeltaValues& difference,
+                                bool byEllipse) {
+  IlluminantJudgement judgement;
+  judgement.available = evaluation.available;
+  std::ranges::copy(difference, judgement.difference.begin());
+  std::ranges::copy(evaluation.shade.words, judgement.words.begin());
+  judgement.components = byEllipse ? evaluation.ellipse : evaluation.box;
+  judgement.total = evaluation.total;
+  judgement.overall = evaluation.overall;
+  return judgement;
+}
+
 void Judge::Evaluate(const Sample& trial) {
   if (trial.kind == Sample::kCurve) {
     curve_[0] = trial.curve;
@@ -120,14 +132,8 @@ void Judge::Take(const CurveRow& trial, Judgement& judgement) const {
   judgement.geometry = trial.geometry;
   judgement.under.resize(settings_.illuminants.size());
   for (std::size_t i = 0; i < judgement.under.size(); ++i) {
-    const CEvaluation& result = Result(i);
     IlluminantJudgement& under = judgement.under[i];
-    under.available = result.available;
-    std::ranges::copy(Difference(i), under.difference.begin());
-    std::ranges::copy(result.shade.words, under.words.begin());
-    under.components = Components(i);
-    under.total = result.total;
-    under.overall = result.overall;
+    under = JudgementOf(Result(i), Difference(i), calc_.judgeByEllipse);
     under.ellipseValue = calc_.judgeByEllipse ? EllipseValue(i) : kUnset;
   }
 }

@@ -45,6 +45,10 @@ struct IlluminantJudgement {
   double ellipseValue = kUnset;
 };
 
+/// What the library gave, without the value of the ellipsoid; the components are judged by it or by the box.
+IlluminantJudgement JudgementOf(const CEvaluation& evaluation, const CDeltaValues& difference,
+                                bool byEllipse);
+
 /// The outcome of a trial: what is left of it when the next one is read.
 struct Judgement {
   std::string standard, trial, name;  ///< ids, and the name that the trial has beside its id

@@ -90,21 +90,16 @@ class PairJudge {
       values->SetSize(1);
       (*values)[0].SetSize(1);
     }
+    calc_.labDifferences.SetSize(1);
+    calc_.labDifferences[0].SetSize(1);
   }
 
   IlluminantJudgement Of(const CLabValues& standard, const CLabValues& sample,
                          const CDeltaValues& difference) {
     calc_.valuesB[0][0].lab = standard;
     calc_.valuesA[0][0].lab = sample;
-    CDeltaValues labDifference;
-    DeltaEab(standard, sample, labDifference);
-    IlluminantJudgement judgement;
-    judgement.available = true;
-    judgement.words = DescribeShade(sample, labDifference).words;
-    judgement.components = calc_.JudgeBox(0, 0, 0, difference);
-    judgement.total = calc_.JudgeTotal(0, 0, 0, difference);
-    judgement.overall = std::min(judgement.components, judgement.total);
-    return judgement;
+    DeltaEab(standard, sample, calc_.labDifferences[0][0]);
+    return JudgementOf(calc_.JudgeAt(0, 0, 0, difference), difference, false);
   }
 
  private:

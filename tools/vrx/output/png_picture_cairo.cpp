@@ -1,9 +1,9 @@
 #include <array>
 #include <cairo.h>
 #include <cmath>
-#include <stdexcept>
 #include <string>
 
+#include "tools/vrx/output/output.h"
 #include "tools/vrx/output/png_picture.h"
 
 namespace vrx::tool {
@@ -97,7 +97,7 @@ class PngPicture final : public Picture {
 
   static void Check(cairo_status_t status) {
     if (status == CAIRO_STATUS_SUCCESS) return;
-    throw std::runtime_error(std::string("cannot paint the picture: ") + cairo_status_to_string(status));
+    throw OutputError(std::string("cannot paint the picture: ") + cairo_status_to_string(status));
   }
   void Take(Paint paint) {
     const DisplayRgb colour = paint.Colour();
