@@ -172,6 +172,16 @@ TEST(Recipes, ChoiceLimitsAndRules) {
     }
     EXPECT_NEAR(recipe.cost, cost, 1e-9);
   }
+  // Required colorants that the target has no use for are there with the least share that counts.
+  CRecipeSettings useless = Settings(RecipeOrder::kColor);
+  for (const uint32_t id : {1u, 3u, 5u, 6u})
+    useless.components.Add({id, CRecipeComponent::kRequired, 0.0, 1.0, 0.0});
+  const CRecipe spoilt = Recipes(system, PredictReflectance(Mixture({{1, 100.0}}), system), useless)[0];
+  EXPECT_EQ(spoilt.colorants, 4);
+  for (const CDbFormulaElement& line : spoilt.formula) {
+    EXPECT_GE(line.amount, 0.001 - 1e-9);
+    EXPECT_LE(line.amount, line.componentId == 1 ? 99.997 + 1e-9 : 0.01);
+  }
   CColorantRulesData rules;
   CDWordArray1 row;
   row.Add(1), row.Add(4);

@@ -117,11 +117,14 @@ RecipeOutcome Offer::Make(const CColorantSystemData& system, const CRecipeSettin
     if (&component == substrate) known.push_back(id);
     if (!HasCurves(component) || (substrate != nullptr && IsSubstrate(component))) return;
     known.push_back(id);
-    const double least = std::max(entry.least, settings.leastAmount);
+    const bool isRequired = entry.use == CRecipeComponent::kRequired;
+    // What must be there is there with a share that counts, since no smaller subset stands for the one without it.
+    constexpr double kLeastRequired = 1e-5;
+    const double least =
+        std::max(std::max(entry.least, settings.leastAmount), isRequired ? kLeastRequired : 0.0);
     if (!(entry.least >= 0.0 && least <= entry.most && entry.most <= 1.0)) {
       return void(outcome = {RecipeFault::kLimits, id});
     }
-    const bool isRequired = entry.use == CRecipeComponent::kRequired;
     if (entry.use == CRecipeComponent::kExcluded || (!isRequired && IsSwitchedOff(system, id))) return;
     if (isRequired) leastTogether += least;
     hasLimits = hasLimits || least > 0.0 || entry.most < 1.0;

@@ -37,7 +37,8 @@ struct CRecipeComponent {
 
   uint32_t componentId = kNewComponentId;
   Use use = kOffered;
-  double least = 0.0;  ///< limits of its share, 0 to 1, of a recipe that has it
+  /// Limits of its share, 0 to 1, of a recipe that has it; one that is required has at least 1e-5.
+  double least = 0.0;
   double most = 1.0;
   double cost = 0.0;  ///< of one unit of amount
 };
