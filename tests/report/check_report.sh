@@ -7,5 +7,5 @@ for file in package.json package-lock.json .npmrc report_test.mjs; do
   cp "$2/tests/report/$file" "$3"
 done
 cd "$3"
-npm ci --silent
+npm ci --loglevel=error > npm.log 2>&1 || { cat npm.log; exit 1; }
 exec node report_test.mjs "$1" "$2/examples"
