@@ -146,8 +146,8 @@ void AddCorrect(Command& tool) {
       "costs\n"
       "count. A batch that nothing brings nearer gets the status \"no addition helps\".\n\n"
       "Examples:\n"
-      "  vrx correct system.json --formula recipe.json --batch trial.csv --target target.csv --batch-size "
-      "250\n"
+      "  vrx correct system.json --formula recipe.json --batch trial.csv --target target.csv --batch-size 250"
+      " --max-colorants 2\n"
       "  vrx correct system.json --formula recipe.json --batch trial.csv --target target.csv --batch-size 250"
       " --aim cheapest --limits costs.csv --max-addition 10%\n");
   command.SetAction([options] {

@@ -285,9 +285,9 @@ void AddMatch(Command& tool) {
       "illuminant counts.\n\n"
       "Examples:\n"
       "  vrx match examples/acrylic_paints.json examples/chart_average.csv --specular excluded --top 3\n"
-      "  vrx match system.json targets.csv --require 1 --max-colorants 5 --sort cost --limits shelf.csv\n"
+      "  vrx match system.json targets.csv --require 1 --max-colorants 3 --sort cost --limits shelf.csv\n"
       "  vrx match system.json targets.csv --batch-size 5000 --resolution 0.1 --formulas recipes.json\n"
-      "  vrx match system.json targets.csv --from-stock leftovers.csv --max-addition 200%\n");
+      "  vrx match system.json targets.csv --from-stock leftovers.csv --max-colorants 2\n");
   command.SetAction([options] {
     options->stock.empty() ? RunMatch(*options) : RunFromStock(*options);
     return kExitPass;
