@@ -51,7 +51,7 @@ import json
 commands = {command["file"]: command for command in json.load(open("build/asan-ubsan/compile_commands.json"))}
 json.dump(list(commands.values()), open("build/tidy/compile_commands.json", "w"))'
   log=build/tidy/clang-tidy.log
-  run-clang-tidy -p build/tidy -quiet -j "$jobs" "^(?!.*/build/).*/($folders)/.*\\.cpp\$" > "$log" 2>&1 ||
+  run-clang-tidy -p build/tidy -quiet -j "$jobs" "^$PWD/($folders)/.*\\.cpp\$" > "$log" 2>&1 ||
     { grep -vE '^$|warnings? generated|^clang-tidy' "$log" | head -n 100; return 1; }
 }
 
