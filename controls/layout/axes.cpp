@@ -25,23 +25,7 @@ Ticks TicksFor(Interval values, int32_t steps) {
     if (!std::isfinite(values.lower) || std::fabs(values.lower) > 1e12) values.lower = 0;
     values.upper = values.lower + 1;
   }
-  const double raw = (values.upper - values.lower) / std::max(steps, 1);
-  double power = 1;
-  int32_t decimals = 0;
-  for (; power * 10 <= raw && power < 1e12; power *= 10) --decimals;
-  for (; power > raw && power > 1e-9; power /= 10) ++decimals;
-  double step = 10 * power;
-  if (step >= raw && 5 * power < raw) --decimals;
-  for (const double factor : {5.0, 2.0, 1.0}) {
-    if (factor * power >= raw) step = factor * power;
-  }
-  const double first = std::floor(values.lower / step + 1e-9), last = std::ceil(values.upper / step - 1e-9);
-  Ticks ticks;
-  ticks.first = first * step;
-  ticks.step = step;
-  ticks.count = static_cast<int32_t>(std::clamp(last - first, 1.0, 1000.0)) + 1;
-  ticks.decimals = std::max(decimals, 0);
-  return ticks;
+  return {EnclosingTicks(values.lower, values.upper, steps)};
 }
 
 void Widen(Interval& interval, double value) {

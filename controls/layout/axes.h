@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include <vrxmath/support/axis_ticks.h>
 #include <vrxmath/tolerance/interval.h>
 
 #include "controls/layout/shapes.h"
@@ -14,14 +15,8 @@ namespace vrx::controls {
 /// True for a value that can be shown: finite and not unset.
 [[nodiscard]] bool IsShown(double value);
 
-/// Evenly spaced values that enclose an interval.
-struct Ticks {
-  double first = 0, step = 1;
-  int32_t count = 2;
-  int32_t decimals = 0;  ///< that tell the values apart
-
-  [[nodiscard]] double At(int32_t i) const { return first + step * i; }
-  [[nodiscard]] double Last() const { return At(count - 1); }
+/// The ticks of an axis, with their labels.
+struct Ticks : AxisTicks {
   /// In the user's conventions.
   [[nodiscard]] CString Label(int32_t i) const;
 };

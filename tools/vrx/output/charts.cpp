@@ -10,6 +10,7 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/numeric/elementary.h>
+#include <vrxmath/support/axis_ticks.h>
 
 #include "tools/vrx/output/report_texts.h"
 
@@ -29,36 +30,10 @@ std::string Decimals(double value, int32_t decimals) {
   return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr};
 }
 
-// The values of an axis: from the first to the last of evenly spaced ticks.
-struct Ticks {
-  double lower = 0, step = 1;
-  int32_t count = 2, decimals = 0;
+using Ticks = AxisTicks;
 
-  double At(int32_t i) const { return lower + step * i; }
-  double Upper() const { return At(count - 1); }
-  std::string Label(int32_t i) const { return Decimals(At(i), decimals); }
-};
-
-// Ticks at multiples of 1, 2 or 5 times a power of ten that enclose an interval, in about so many steps.
-Ticks TicksFor(double lower, double upper, int32_t steps) {
-  if (!(upper > lower)) upper = lower + 1;
-  const double raw = (upper - lower) / steps;
-  double power = 1;
-  int32_t decimals = 0;
-  for (; power * 10 <= raw && power < 1e12; power *= 10) --decimals;
-  for (; power > raw && power > 1e-9; power /= 10) ++decimals;
-  double step = 10 * power;
-  if (step >= raw && 5 * power < raw) --decimals;
-  for (const double factor : {5.0, 2.0, 1.0}) {
-    if (factor * power >= raw) step = factor * power;
-  }
-  Ticks ticks;
-  ticks.step = step;
-  const double first = std::floor(lower / step + 1e-9), last = std::ceil(upper / step - 1e-9);
-  ticks.lower = first * step;
-  ticks.count = static_cast<int32_t>(std::clamp(last - first, 1.0, 1000.0)) + 1;
-  ticks.decimals = std::max(decimals, 0);
-  return ticks;
+std::string LabelOf(const Ticks& ticks, int32_t i) {
+  return Decimals(ticks.At(i), ticks.decimals);
 }
 
 // A rectangle of a picture in which values are plotted.
@@ -67,8 +42,8 @@ class PlotArea {
   PlotArea(double left, double top, double width, double height, Ticks x, Ticks y)
       : left_(left), top_(top), width_(width), height_(height), x_(x), y_(y) {}
 
-  double X(double value) const { return left_ + (value - x_.lower) * UnitX(); }
-  double Y(double value) const { return top_ + height_ - (value - y_.lower) * UnitY(); }
+  double X(double value) const { return left_ + (value - x_.first) * UnitX(); }
+  double Y(double value) const { return top_ + height_ - (value - y_.first) * UnitY(); }
   PlanePoint At(double x, double y) const {
     return {std::clamp(X(x), left_, Right()), std::clamp(Y(y), top_, Bottom())};
   }
@@ -94,21 +69,21 @@ class PlotArea {
   void PaintY(Picture& picture, const std::string& heading) const {
     for (int32_t i = 0; i < y_.count; ++i) {
       Horizontal(picture, y_.At(i) == 0 ? 0 : y_.At(i), Ink::kGrid);
-      picture.Text(left_ - 6, Y(y_.At(i)) + 4, y_.Label(i), kFontSize, Ink::kMuted, Anchor::kEnd);
+      picture.Text(left_ - 6, Y(y_.At(i)) + 4, LabelOf(y_, i), kFontSize, Ink::kMuted, Anchor::kEnd);
     }
     picture.Text(left_, top_ - 8, heading, kFontSize, Ink::kText, Anchor::kStart);
   }
   void PaintX(Picture& picture, const std::string& heading, bool withGrid = true) const {
     for (int32_t i = 0; i < x_.count; ++i) {
       if (withGrid) Vertical(picture, x_.At(i), Ink::kGrid);
-      picture.Text(X(x_.At(i)), Bottom() + 15, x_.Label(i), kFontSize, Ink::kMuted, Anchor::kMiddle);
+      picture.Text(X(x_.At(i)), Bottom() + 15, LabelOf(x_, i), kFontSize, Ink::kMuted, Anchor::kMiddle);
     }
     picture.Text(Right(), Bottom() + 30, heading, kFontSize, Ink::kText, Anchor::kEnd);
   }
 
  private:
-  double UnitX() const { return width_ / (x_.Upper() - x_.lower); }
-  double UnitY() const { return height_ / (y_.Upper() - y_.lower); }
+  double UnitX() const { return width_ / (x_.Last() - x_.first); }
+  double UnitY() const { return height_ / (y_.Last() - y_.first); }
 
   double left_, top_, width_, height_;
   Ticks x_, y_;
@@ -221,7 +196,7 @@ class CurvesPainter {
   static double WavelengthAt(std::size_t i) {
     return kFirstWavelength + kWavelengthStep * static_cast<double>(i);
   }
-  Ticks Wavelengths() const { return TicksFor(WavelengthAt(first_), WavelengthAt(last_), 8); }
+  Ticks Wavelengths() const { return EnclosingTicks(WavelengthAt(first_), WavelengthAt(last_), 8); }
   Ticks Reflectances() const {
     float most = 1, least = 0;
     const auto take = [&](const PlottedCurve& curve) {
@@ -232,17 +207,17 @@ class CurvesPainter {
     };
     for (const PlottedCurve* trial : data_.trials) take(*trial);
     if (data_.standard != nullptr) take(*data_.standard);
-    return TicksFor(static_cast<double>(least), static_cast<double>(most), 5);
+    return EnclosingTicks(static_cast<double>(least), static_cast<double>(most), 5);
   }
   Ticks Differences() const {
     float most = 0.1F;
-    if (!HasDifferences()) return TicksFor(-1, 1, 2);
+    if (!HasDifferences()) return EnclosingTicks(-1, 1, 2);
     for (const PlottedCurve* trial : data_.trials) {
       for (std::size_t i = first_; i <= last_; ++i) {
         most = std::max(most, std::fabs(DifferenceAt(*trial, *data_.standard, i)));
       }
     }
-    return TicksFor(static_cast<double>(-most), static_cast<double>(most), 4);
+    return EnclosingTicks(static_cast<double>(-most), static_cast<double>(most), 4);
   }
 
   template <class VALUE>
@@ -350,7 +325,7 @@ class PlanePainter {
     take(data_.lightness.lower);
     take(data_.lightness.upper);
     if (reach == 0) reach = 1;
-    return TicksFor(-1.05 * reach, 1.05 * reach, 6);
+    return EnclosingTicks(-1.05 * reach, 1.05 * reach, 6);
   }
 
   void PaintLimits(Picture& picture) const {
@@ -411,14 +386,14 @@ class TrendPainter {
     const std::size_t count = data_.series.empty() ? 1 : data_.series[0].size();
     double largest = 0;
     for (const auto& totals : data_.series) largest = std::max(largest, LargestOf(totals));
-    Ticks order = TicksFor(0.5, static_cast<double>(count) + 0.5, 10);
-    order.lower = 0;
+    Ticks order = EnclosingTicks(0.5, static_cast<double>(count) + 0.5, 10);
+    order.first = 0;
     order.step = std::max(1.0, order.step);
     order.count = static_cast<int32_t>(std::ceil((static_cast<double>(count) + 0.5) / order.step)) + 1;
     order.decimals = 0;
     for (std::size_t i = 0; i < data_.series.size(); ++i) {
       strips_.emplace_back(kLeft, kTop + static_cast<double>(i) * (kStrip + kBetween), kWidth, kStrip, order,
-                           TicksFor(0, 1.05 * largest, 3));
+                           EnclosingTicks(0, 1.05 * largest, 3));
     }
   }
 
@@ -465,7 +440,7 @@ class HistogramPainter {
  public:
   explicit HistogramPainter(const HistogramChart& data)
       : data_(data),
-        bins_(TicksFor(0, std::max(data.upper, LargestOf(data.totals)), 14)),
+        bins_(EnclosingTicks(0, std::max(data.upper, LargestOf(data.totals)), 14)),
         counts_(static_cast<std::size_t>(bins_.count)) {
     for (const GradedTotal& total : data_.totals) {
       if (!IsShown(total.value)) continue;
@@ -478,7 +453,7 @@ class HistogramPainter {
 
   void Paint(Picture& picture) const {
     const double most = *std::ranges::max_element(counts_);
-    Ticks values = TicksFor(0, bins_.Upper(), 5);
+    Ticks values = EnclosingTicks(0, bins_.Last(), 5);
     const PlotArea area(46, 26, 274, 150, values, WholeTicks(most));
     area.PaintY(picture, Text(ReportText::kCountAxis));
     for (std::size_t i = 0; i < counts_.size(); ++i) {
@@ -496,7 +471,7 @@ class HistogramPainter {
 
  private:
   static Ticks WholeTicks(double most) {
-    Ticks ticks = TicksFor(0, std::max(most, 1.0), 4);
+    Ticks ticks = EnclosingTicks(0, std::max(most, 1.0), 4);
     if (ticks.step < 1) ticks = {0, 1, static_cast<int32_t>(std::max(most, 1.0)) + 1, 0};
     return ticks;
   }
@@ -514,7 +489,7 @@ class HistogramPainter {
 class ProfilePainter {
  public:
   explicit ProfilePainter(const ProfileChart& data)
-      : data_(data), area_(46, 26, 274, 190, Places(data), TicksFor(0, 1.05 * Largest(data), 4)) {}
+      : data_(data), area_(46, 26, 274, 190, Places(data), EnclosingTicks(0, 1.05 * Largest(data), 4)) {}
 
   static constexpr int32_t kWidth = 340, kHeight = 262;
   std::string Scales() const { return "profile" + area_.Scales(); }
