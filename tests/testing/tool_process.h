@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <sys/wait.h>
 
@@ -26,6 +27,13 @@ class ToolProcess : public testing::Test {
     const int ended =
         std::system(("{ " + command + " ; } >" + (folder_ / "out") + " 2>" + (folder_ / "err")).c_str());
     return {WIFEXITED(ended) ? WEXITSTATUS(ended) : -1, folder_.Read("out"), folder_.Read("err")};
+  }
+
+  /// Runs `vrx ARGUMENTS --format json`, which must end well, and gives what it printed.
+  nlohmann::json RunJson(const std::string& arguments) {
+    const Result result = Run(arguments + " --format json");
+    EXPECT_EQ(result.status, 0) << arguments << "\n" << result.err;
+    return nlohmann::json::parse(result.out, nullptr, false);
   }
 
   TemporaryFolder folder_;

@@ -1,38 +1,20 @@
 // strength, colorants and predict as processes.
 
 #include <charconv>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <sys/wait.h>
 
 #include <vrxmath/colorant/optical_transforms.h>
 
-#include "tests/testing/temporary_folder.h"
+#include "tests/testing/tool_process.h"
 
 namespace vrx::tool {
 namespace {
 
 using nlohmann::json;
 
-class ColorantCommands : public testing::Test {
- protected:
-  // Runs `vrx ARGUMENTS` in the folder; standard output and error go to files of it.
-  int Run(const std::string& arguments) {
-    const std::string command =
-        "cd " + (folder_ / "") + " && " VRX_TOOL " " + arguments + " >out 2>err </dev/null";
-    const int ended = std::system(command.c_str());
-    return WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
-  }
-
-  json RunJson(const std::string& arguments) {
-    EXPECT_EQ(Run(arguments + " --format json"), 0) << folder_.Read("err");
-    return json::parse(folder_.Read("out"));
-  }
-
-  test::TemporaryFolder folder_;
-};
+class ColorantCommands : public test::ToolProcess {};
 
 std::string Header() {
   std::string row = "id";
@@ -71,7 +53,7 @@ TEST_F(ColorantCommands, StrengthOfADilutionSeries) {
   }
   for (const json& row : RunJson("strength std.csv std.csv --pairs")) EXPECT_EQ(row["ks"], 100.0);
   EXPECT_NEAR(RunJson("strength std.csv lots.csv --standard-id half")[0]["ks"].get<double>(), 200.0, 1e-9);
-  ASSERT_EQ(Run("strength std.csv lots.csv --format csv"), 0);
+  ASSERT_EQ(Run("strength std.csv lots.csv --format csv").status, 0);
   EXPECT_TRUE(folder_.Read("out").starts_with("standard,trial,ks,absorbance,tristimulus,"));
 }
 
@@ -110,7 +92,7 @@ TEST_F(ColorantCommands, StrengthRefusesBadOptions) {
       "--standard-id T",          "--specular x",
   };
   for (const char* options : bad) {
-    EXPECT_EQ(Run(std::string("strength s.csv s.csv ") + options), 2) << options;
+    EXPECT_EQ(Run(std::string("strength s.csv s.csv ") + options).status, 2) << options;
     EXPECT_TRUE(folder_.Read("err").starts_with("vrx: ")) << options;
     EXPECT_EQ(folder_.Read("out"), "") << options;
   }
@@ -130,7 +112,7 @@ TEST_F(ColorantCommands, TheExampleIsListedAndPredicted) {
   EXPECT_GT(predicted[0]["D65/10 L"].get<double>(), 97.0);
 
   folder_.Write("bad.json", R"({"formulas":[{"name":"W","lines":[{"component":1,"amount":-3}]}]})");
-  EXPECT_EQ(Run("predict " + paints + " bad.json"), 2);
+  EXPECT_EQ(Run("predict " + paints + " bad.json").status, 2);
   EXPECT_EQ(folder_.Read("err"),
             "vrx: bad.json: formulas[0].lines[0].amount: -3 is not within 0 to 1e+100\n");
 }
@@ -149,10 +131,10 @@ TEST_F(ColorantCommands, PredictSpeaksOfRulesAndOfWhatItCannotDo) {
       "f.json",
       R"({"formulas":[{"name":"F","lines":[{"component":1,"amount":3},{"component":2,"amount":1}]}]})");
   folder_.Write("s.json", R"({"name":"s",)" + members);
-  EXPECT_EQ(Run("predict s.json f.json"), 0);
+  EXPECT_EQ(Run("predict s.json f.json").status, 0);
   EXPECT_EQ(folder_.Read("err"), "vrx: formula \"F\" has colorants that must not be used together\n");
   folder_.Write("s.json", R"({"name":"s","model":"filter",)" + members);
-  EXPECT_EQ(Run("predict s.json f.json"), 2);
+  EXPECT_EQ(Run("predict s.json f.json").status, 2);
   EXPECT_NE(folder_.Read("err").find("Beer's Law"), std::string::npos);
 }
 

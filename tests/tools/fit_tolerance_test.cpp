@@ -20,12 +20,6 @@ constexpr const char* kCharts =
 
 class FitTolerance : public test::ToolProcess {
  protected:
-  json RunJson(const std::string& arguments) {
-    const Result result = Run(arguments + " --format json");
-    EXPECT_EQ(result.status, 0) << arguments << "\n" << result.err;
-    return json::parse(result.out, nullptr, false);
-  }
-
   // A curve from 400 to 700 nm about 40 percent: level, slope and bow.
   static std::string Curve(const std::string& label, double level, double slope, double bow) {
     std::string row = label;

@@ -23,12 +23,6 @@ using vrx::test::RowMatches;
 
 class Tool : public vrx::test::ToolProcess {
  protected:
-  json RunJson(const std::string& arguments) {
-    const Result result = Run(arguments + " --format json");
-    EXPECT_EQ(result.status, 0) << arguments << "\n" << result.err;
-    return json::parse(result.out);
-  }
-
   void Write(const std::string& name, const std::string& content) { folder_.Write(name, content); }
 };
 
