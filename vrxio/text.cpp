@@ -1,8 +1,9 @@
 #include <vrxio/text.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
+
+#include <vrxio/shown_text.h>
 
 namespace vrx::io {
 namespace {
@@ -34,11 +35,7 @@ std::string_view Trimmed(std::string_view text) {
 }
 
 std::string Shown(std::string_view text) {
-  constexpr std::size_t kLongest = 40;
-  std::string shown(text.substr(0, kLongest));
-  std::ranges::replace_if(
-      shown, [](char c) { return (c >= '\0' && c < ' ') || c == 0x7F; }, '?');
-  return text.size() > kLongest ? shown + "..." : shown;
+  return Shortened(text, 40);
 }
 
 bool IsUtf8(std::string_view text) {

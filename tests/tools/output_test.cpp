@@ -10,6 +10,8 @@
 #include <random>
 #include <string>
 
+#include <vrxio/input_error.h>
+
 #include "tests/testing/temporary_folder.h"
 #include "tools/vrx/output/text.h"
 
@@ -122,6 +124,8 @@ TEST(Text, WhatATerminalWouldObeyIsNotShown) {
   const std::string id(900'000, 'x');
   EXPECT_EQ(vrx::tool::MessageText("f.csv: standard \"" + id + "\" is\nno\x1B").size(), 16 + 62 + 7u);
   EXPECT_LT(vrx::tool::MessageText(id + "\"" + id).size(), 700u);
+  const vrx::io::InputError error("f.csv: \"\x1B" + id + "\" is no standard");
+  EXPECT_EQ(error.what(), "f.csv: \" " + id.substr(0, 56) + "...\" is no standard") << "readers, too";
 }
 
 TEST(Output, WithoutRows) {

@@ -1,34 +1,20 @@
-// Text that comes from outside, made fit for a terminal, a table or a message. Whatever is shown to a person goes
-// through here: names in files may hold what a terminal obeys instead of showing it.
+// Text for a person: what vrxio makes fit to be shown, under the names of the tool, and messages.
 
 #ifndef TOOLS_VRX_OUTPUT_TEXT_H_
 #define TOOLS_VRX_OUTPUT_TEXT_H_
 
-#include <cstddef>
-#include <string>
 #include <string_view>
+
+#include <vrxio/shown_text.h>
 
 namespace vrx::tool {
 
-/// True for a character that does not show itself but does something to what is shown: control characters (U+0000 to
-/// U+001F, U+007F to U+009F), line and paragraph separators, marks that turn the direction of writing, and
-/// noncharacters, which some renderers refuse.
-bool IsHidden(char32_t character);
-
-/// Takes the first character off a UTF-8 text that is not empty; a byte that belongs to none is U+FFFD.
-char32_t TakeCharacter(std::string_view& text);
-
-/// `text` as valid UTF-8 with a blank for every hidden character.
-std::string ShownText(std::string_view text);
-
-/// ShownText cut to `length` characters, the last three of a longer text being dots.
-std::string Shortened(std::string_view text, std::size_t length);
-
-/// The number of characters, each taken for one place of a line.
-std::size_t DisplayWidth(std::string_view text);
-
-/// A message in one line: ShownText with each quoted text and the whole cut to a length that can be read.
-std::string MessageText(std::string_view text);
+using io::DisplayWidth;
+using io::IsHidden;
+using io::MessageText;
+using io::Shortened;
+using io::ShownText;
+using io::TakeCharacter;
 
 /// Prints "vrx: " and the message to standard error.
 void PrintMessage(std::string_view text);
