@@ -1,9 +1,7 @@
-
 #include <vrxio/shown_text.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 
 #include <vrxio/text.h>
 

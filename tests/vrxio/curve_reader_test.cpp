@@ -123,7 +123,7 @@ TEST(CurveReader, RefusesWithPlaceAndReason) {
       {"\n \n", "f: the file is empty"},
       {std::string("\xFF\xFEi\0d\0", 6), "f: the file is UTF-16"},
       {"400,410,420\n\n", "f: there is no row"},
-      {"a\rb,,400\n", "f, line 1, column 1 (a?b): the column is neither"},
+      {"a\rb,,400\n", "f, line 1, column 1 (a b): the column is neither"},
       {"400,\n", "f, line 1: fewer than 3 wavelengths"},
       {"id,gloss,400\n", "f, line 1, column 2 (gloss): the column is neither"},
       {"id,id,400,410,420\n", "f, line 1, column 2 (id): there are two"},

@@ -13,6 +13,7 @@
 #include <vrxio/curve_reader.h>
 #include <vrxio/decimal.h>
 #include <vrxio/input_error.h>
+#include <vrxio/shown_text.h>
 #include "tests/testing/rows.h"
 
 namespace {
@@ -158,6 +159,7 @@ TEST(MeasurementFiles, EveryFormGivesTheSameSample) {
 
 TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
   const std::string deep(70, '['), kWhole = Cxf(kSpectrum, kMeasuring);
+  const std::string kHostile = "\x1B]0;owned" + std::string(20'000, 'x');  // would set a terminal's title
   const std::pair<std::string, std::string> kFaults[] = {
       {"nm,400,410,420\n400,10,1,2\n410,2,2,2\n420,30,3,3\n",
        "--wavelengths-in columns or --wavelengths-in rows"},
@@ -204,14 +206,28 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
       {"[{\"a\":" + deep + "}]", "nested more than 64 deep"},
       {"[{\"L\":1", "the file ends within the object"},
       {"{}", "a list of objects is expected"},
+      // Text that is hostile to whoever reads the message.
+      {kHostile + ",400,410,420\n", "f (CSV), line 1"},
+      {"400,410,420\n1,2," + kHostile + "\n", "f (CSV), line 2, column 3 (420): \" ]0;owned"},
+      {Cgats("SAMPLE_ID nm400 nm410 nm420", kHostile + " 10 20 x"), "f (CGATS), line 6: field 4"},
+      {Cgats("SAMPLE_ID nm400 nm410 nm420", "a 1 2 3", "SPECTRAL_NORM " + kHostile + "\n"),
+       "f (CGATS), line 2"},
+      {"<" + kHostile + "/>", "f (CxF3), line 1"},
+      {"<CxF xmlns='" + kHostile + "'/>", "not that of CxF3"},
+      {"<?xml version='1.0' encoding='" + kHostile + "'?><CxF/>", "f (CxF3), line 1"},
+      {"[{\"\\u001b" + kHostile.substr(1) + "\":1,\"\\u001b" + kHostile.substr(1) + "\":2}]",
+       "f (JSON), line 1: the object has two members"},
+      {"[{\"L\":1,\"a\":2,\"" + kHostile + "\":3}]", "f (JSON), line 1"},
   };
   for (const auto& [content, message] : kFaults) {
     try {
       ReadAll(content);
       ADD_FAILURE() << "not refused: " << content.substr(0, 60);
     } catch (const InputError& error) {
-      EXPECT_NE(std::string(error.what()).find(message), std::string::npos)
-          << error.what() << "\nfor " << message;
+      const std::string text = error.what();
+      EXPECT_NE(text.find(message), std::string::npos) << text.substr(0, 900) << "\nfor " << message;
+      EXPECT_EQ(text, ShownText(text)) << "nothing that a terminal would obey";
+      EXPECT_LE(text.size(), 700u) << message;
     }
   }
   ReadOptions fraction;

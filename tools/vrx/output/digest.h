@@ -9,7 +9,7 @@
 
 namespace vrx::tool {
 
-/// The SHA-256 digest of bytes that come in parts.
+/// The SHA-256 digest of bytes that come in parts. Throws OutputError where the system computes none.
 class Digest {
  public:
   Digest();
@@ -26,7 +26,7 @@ class Digest {
   std::unique_ptr<State> state_;
 };
 
-/// Base64 without line ends (RFC 4648).
+/// Base64 without line ends (RFC 4648). Throws OutputError where the system makes none.
 std::string Base64(std::string_view bytes);
 
 }  // namespace vrx::tool
