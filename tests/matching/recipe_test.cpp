@@ -207,10 +207,13 @@ TEST(Recipes, NoiseRoundingOpacityAndOrders) {
   settings.thickness = 3.0;
   settings.leastOpacity = 60.0;
   for (const CRecipe& recipe : Recipes(system, curve, settings)) {
+    double total = 0.0;
     for (const CDbFormulaElement& line : recipe.formula) {
       EXPECT_EQ(2.0 * line.amount, std::floor(2.0 * line.amount));
       EXPECT_GT(line.amount, 0.0);
+      total += line.amount;
     }
+    EXPECT_EQ(total, 100.0);
     EXPECT_EQ(recipe.curve[9], PredictReflectance(recipe.formula, system)[9]) << "predicted after rounding";
     EXPECT_GE(recipe.opacity, 60.0);
   }
@@ -333,6 +336,11 @@ TEST(Recipes, TellsWhyThereIsNone) {
       {RecipeFault::kSettings, [](auto&, auto&, auto&, auto& settings) { settings.illuminants.SetSize(0); }},
       {RecipeFault::kStopped,
        [](auto&, auto&, auto&, auto& settings) { settings.progress = [](double) { return false; }; }},
+      {RecipeFault::kStopped,
+       [](auto&, auto&, auto&, auto& settings) {
+         settings.prerank = 1;
+         settings.progress = [](double part) { return part < 1.0; };
+       }},
   };
   for (std::size_t i = 0; i < std::size(rows); ++i) {
     CColorantSystemData system = MadeUpPaints();

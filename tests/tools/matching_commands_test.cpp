@@ -1,12 +1,16 @@
 // calibrate, match and correct as processes.
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <pty.h>
 #include <string>
 #include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 #include "tests/testing/temporary_folder.h"
@@ -15,6 +19,21 @@ namespace vrx::tool {
 namespace {
 
 using nlohmann::json;
+
+const std::string kPaints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
+const std::string kFormulas = VRX_SOURCE_DIR "/examples/acrylic_formulas.json";
+
+std::string Header() {
+  std::string row = "id";
+  for (int nm = 360; nm <= 750; nm += 10) row.append(1, ',').append(std::to_string(nm));
+  return row + "\n";
+}
+
+// A row of a curve that is the same at every wavelength, but for a hole at 500 nm if one is asked for.
+std::string FlatRow(std::string row, const char* percent, bool hasHole = false) {
+  for (int nm = 360; nm <= 750; nm += 10) row += nm == 500 && hasHole ? "," : std::string(",") + percent;
+  return row + "\n";
+}
 
 class MatchingCommands : public testing::Test {
  protected:
@@ -29,7 +48,8 @@ class MatchingCommands : public testing::Test {
     EXPECT_EQ(Run(arguments + " --format json"), 0) << folder_.Read("err");
     return json::parse(folder_.Read("out"));
   }
-  // Each of `rows` (arguments, what the message has in it) is refused with status 2 and without results.
+  // Each of `rows` (arguments, what the message has in it) is refused with status 2 and without results; nothing that
+  // begins with "new" was written.
   struct Refusal {
     std::string arguments;
     const char* message;
@@ -41,16 +61,23 @@ class MatchingCommands : public testing::Test {
           << row.arguments << folder_.Read("err");
       EXPECT_EQ(folder_.Read("out"), "") << row.arguments;
     }
+    for (const auto& entry : std::filesystem::directory_iterator(folder_ / "")) {
+      EXPECT_FALSE(entry.path().filename().string().starts_with("new")) << entry.path();
+    }
+  }
+  // Curves of formulas, as a file of the folder.
+  void WriteCurves(const std::string& system, const std::string& formulas, const char* name) {
+    std::string rows = Header();
+    for (const json& row : RunJson("predict " + system + " " + formulas)) {
+      rows += row["id"];
+      for (int nm = 360; nm <= 750; nm += 10) rows += "," + row[std::to_string(nm)].dump();
+      rows += "\n";
+    }
+    folder_.Write(name, rows);
   }
 
   test::TemporaryFolder folder_;
 };
-
-std::string Header() {
-  std::string row = "id";
-  for (int nm = 360; nm <= 750; nm += 10) row.append(1, ',').append(std::to_string(nm));
-  return row + "\n";
-}
 
 // Masstones, letdowns of about 10 % and greys give the constants; of the letdowns of about 50 % (one of 84 %), which take
 // no part, the seven hide well enough (contrast ratio above 0.9) to be predicted. Figures of a study on the same data.
@@ -96,43 +123,35 @@ TEST_F(MatchingCommands, CalibrateRefusesWhatItCannotUse) {
       {"calibrate good.csv --white W --without Q", "share:Q"},
       {"calibrate good.csv --white W --k1 2", "0.999"},
       {"calibrate good.csv --white W --output /nowhere/s.json", "/nowhere/s.json"},
-      {"calibrate one.csv --white W --output s.json", "\"B\" has one share only"},
-      {"calibrate sum.csv --white W", "line 3"},
-      {"calibrate hole.csv --white W", "line 3, column 6"},
-      {"calibrate surface.csv --white W", "surface"},
-      {"calibrate pair.csv --white W", "no row \"film over white\""},
-      {"calibrate card.csv --white W", "no row \"black card\""},
-      {"calibrate shares.csv --white W", "other shares"},
-      {"calibrate twice.csv --white W", "already"},
-      {"calibrate none.csv --white W", "share:NAME"},
+      {"calibrate one.csv --white W --output new.json", "one.csv: \"B\" has one share only"},
+      {"calibrate sum.csv --white W --output new.json",
+       "sum.csv, line 3: the shares of \"l\" add up to neither"},
+      {"calibrate hole.csv --white W --output new.json", "hole.csv, line 3, column 6 (560)"},
+      {"calibrate surface.csv --white W --output new.json", "surface.csv, line 3, column 2 (surface)"},
+      {"calibrate pair.csv --white W --output new.json",
+       "pair.csv: the film \"l\" has no row \"film over white\""},
+      {"calibrate card.csv --white W --output new.json",
+       "card.csv: the film \"l\" has no row \"black card\""},
+      {"calibrate shares.csv --white W --output new.json", "other shares"},
+      {"calibrate twice.csv --white W --output new.json", "already"},
+      {"calibrate none.csv --white W --output new.json", "share:NAME"},
   });
-  EXPECT_EQ(Run("colorants s.json"), 2) << "nothing was written";
   EXPECT_EQ(Run("calibrate good.csv --white w --output s.json"), 0) << folder_.Read("err");
   EXPECT_EQ(Run("colorants s.json"), 0);
 }
 
 // The six formulas of the example, from the curves that they are predicted to give, and a masstone.
 TEST_F(MatchingCommands, TheExampleFormulasComeBackFirst) {
-  const std::string paints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
   folder_.Write("masstone.json", R"({"formulas":[{"name":"M","lines":[{"component":7,"amount":3}]}]})");
-  const auto curves = [&](const std::string& formulas) {
-    std::string rows = Header();
-    for (const json& row : RunJson("predict " + paints + " " + formulas)) {
-      rows += row["id"];
-      for (int nm = 360; nm <= 750; nm += 10) rows += "," + row[std::to_string(nm)].dump();
-      rows += "\n";
-    }
-    folder_.Write("curves.csv", rows);
-  };
-  curves(VRX_SOURCE_DIR "/examples/acrylic_formulas.json");
-  ASSERT_EQ(Run("match " + paints + " curves.csv --sort color --top 2 --format csv --formulas found.json"), 0)
+  WriteCurves(kPaints, kFormulas, "curves.csv");
+  ASSERT_EQ(Run("match " + kPaints + " curves.csv --sort color --top 2 --format csv --formulas found.json"),
+            0)
       << folder_.Read("err");
   EXPECT_TRUE(folder_.Read("out").starts_with(
       "target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,rms,cost,opacity,status\n"
       "Sky blue,1,3,1:94;7:1.5;16:4.5,"));
   const json found = json::parse(folder_.Read("found.json"))["formulas"];
-  const json wanted =
-      json::parse(std::ifstream(VRX_SOURCE_DIR "/examples/acrylic_formulas.json"))["formulas"];
+  const json wanted = json::parse(std::ifstream(kFormulas))["formulas"];
   ASSERT_EQ(found.size(), 12u);
   for (std::size_t i = 0; i < wanted.size(); ++i) {
     const json& lines = found[2 * i]["lines"];
@@ -145,22 +164,101 @@ TEST_F(MatchingCommands, TheExampleFormulasComeBackFirst) {
       EXPECT_NEAR((*same)["amount"].get<double>(), line["amount"].get<double>(), 1e-4) << wanted[i]["name"];
     }
   }
-  EXPECT_EQ(Run("predict " + paints + " found.json"), 0);
-  curves("masstone.json");
-  EXPECT_EQ(RunJson("match " + paints + " curves.csv")[0]["formula"], "7:100");
-  EXPECT_EQ(RunJson("match " + paints + " curves.csv --batch-size 5000 --resolution 0.5")[0]["formula"],
+  EXPECT_EQ(Run("predict " + kPaints + " found.json"), 0);
+  WriteCurves(kPaints, "masstone.json", "curves.csv");
+  EXPECT_EQ(RunJson("match " + kPaints + " curves.csv")[0]["formula"], "7:100");
+  EXPECT_EQ(RunJson("match " + kPaints + " curves.csv --batch-size 5000 --resolution 0.5")[0]["formula"],
             "7:5000");
+  EXPECT_EQ(RunJson("match " + kPaints + " curves.csv --batch-size 0.005")[0]["formula"], "7:0.005");
+}
+
+// Amounts of a text such as 1:94;7:6.
+double TotalOf(const std::string& formula) {
+  double total = 0.0;
+  for (std::size_t at = 0; (at = formula.find(':', at)) != std::string::npos;) {
+    total += std::strtod(formula.c_str() + ++at, nullptr);
+  }
+  return total;
+}
+
+TEST_F(MatchingCommands, MatchAnswersWhateverIsAsked) {
+  json system = json::parse(std::ifstream(kPaints));
+  system["rules"] = {{1, 7}};
+  folder_.Write("rules.json", system.dump());
+  WriteCurves(kPaints, kFormulas, "curves.csv");
+  folder_.Write("backings.csv", Header() + FlatRow("black", "5") + FlatRow("white", "88"));
+  folder_.Write("far.csv", "id,L,a,b\nfar,50,120,-10\n");
+  for (const json& row : RunJson("match rules.json curves.csv --max-colorants 3 --top 20")) {
+    const std::string formula = ";" + row["formula"].get<std::string>();
+    EXPECT_TRUE(formula.find(";1:") == std::string::npos || formula.find(";7:") == std::string::npos)
+        << formula;
+  }
+  for (const json& row :
+       RunJson("match " + kPaints + " curves.csv --max-colorants 3 --batch-size 500 --resolution 0.5")) {
+    EXPECT_EQ(TotalOf(row["formula"]), 500.0) << row["formula"];
+  }
+  const json far = RunJson("match " + kPaints + " far.csv --top 2 --max-colorants 2");
+  ASSERT_EQ(far.size(), 2u) << "beyond the gamut";
+  EXPECT_EQ(far[0]["status"], "out of tolerance");
+  EXPECT_LT(far[0]["dE_D65"], far[1]["dE_D65"]);
+  EXPECT_TRUE(far[0]["dE_A"].is_null() && far[0]["metamerism"].is_null());
+
+  const std::string thin =
+      "match " + kPaints + " curves.csv --max-colorants 1 --backings backings.csv --thickness ";
+  for (const json& row : RunJson(thin + "1e-3 --min-opacity 99.9 --formulas new.json")) {
+    EXPECT_EQ(row["rank"], 1);
+    EXPECT_EQ(row["formula"], "");
+    EXPECT_TRUE(row["dE_D65"].is_null() && row["opacity"].is_null());
+    EXPECT_EQ(row["status"], "no recipe");
+  }
+  EXPECT_NE(folder_.Read("err").find("6 of 6 targets have no recipe"), std::string::npos);
+  EXPECT_TRUE(json::parse(folder_.Read("new.json"))["formulas"].empty());
+  EXPECT_GE(RunJson(thin + "1000 --min-opacity 99.9")[0]["opacity"], 99.9);
+}
+
+// Ctrl-C on a terminal, once the progress bar says that the search is under way.
+TEST_F(MatchingCommands, CtrlCLeavesNothingHalfDone) {
+  std::string targets = Header();
+  for (int i = 0; i < 1000; ++i) targets += FlatRow("t" + std::to_string(i), "40");
+  folder_.Write("many.csv", targets);
+  const std::string command = "cd " + (folder_ / "") + " && exec " VRX_TOOL " match " + kPaints +
+                              " many.csv --max-colorants 5 --formulas new.json >out";
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+    _exit(127);
+  }
+  std::string shown;
+  const auto readUntil = [&](const char* text) {
+    char part[256];
+    while (text == nullptr || shown.find(text) == std::string::npos) {
+      const ssize_t count = read(terminal, part, sizeof part);
+      if (count <= 0) return;
+      shown.append(part, static_cast<std::size_t>(count));
+    }
+  };
+  readUntil("%");
+  ASSERT_EQ(write(terminal, "\x03", 1), 1);
+  readUntil(nullptr);
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  close(terminal);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) << status;
+  EXPECT_TRUE(shown.ends_with("\r\x1b[K")) << "the bar is gone: " << shown;
+  EXPECT_EQ(folder_.Read("out"), "");
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "new.json"));
 }
 
 // A batch with 5 parts of 100 of a colorant becomes one with 10 by adding (0.10 - 0.05) / (1 - 0.10) of its size; so does a
 // leftover of it.
 TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
-  const std::string paints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
   folder_.Write("all.json", R"({"formulas":[
       {"name":"batch","lines":[{"component":1,"amount":95},{"component":7,"amount":5}]},
       {"name":"target","lines":[{"component":1,"amount":90},{"component":7,"amount":10}]},
       {"name":"white","lines":[{"component":1,"amount":1}]}]})");
-  for (const json& row : RunJson("predict " + paints + " all.json")) {
+  for (const json& row : RunJson("predict " + kPaints + " all.json")) {
     std::string cells = "c", whiter = "c";
     for (int nm = 360; nm <= 750; nm += 10) {
       const double percent = row[std::to_string(nm)];
@@ -170,13 +268,8 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
     const std::string name = row["id"];
     folder_.Write(name + ".csv", Header() + cells + "\n");
     folder_.Write(name + "_lighter.csv", Header() + whiter + "\n");
-    std::string stock = Header();
-    stock.insert(2, ",formula,amount");
-    folder_.Write(name + "_stock.csv",
-                  stock + "c,1:95;Phthalo Blue (Green Shade):5,90" + cells.substr(1) + "\n");
-    folder_.Write(name + "_bad.csv", stock + "c,1:95;7,90" + cells.substr(1) + "\n");
   }
-  const std::string correct = "correct " + paints + " --formula all.json --name batch --max-colorants 1 ";
+  const std::string correct = "correct " + kPaints + " --formula all.json --name batch --max-colorants 1 ";
   const json nearest =
       RunJson(correct + "--batch batch.csv --target target.csv --batch-size 90 --aim nearest --top 1");
   ASSERT_EQ(nearest.size(), 1u);
@@ -193,72 +286,169 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
       "--batch batch.csv --target target.csv --batch-size 90 --max-addition 1% --tolerance 0.1 --top 1");
   EXPECT_EQ(tooLittle[0]["status"], "out of tolerance");
   EXPECT_NEAR(tooLittle[0]["total"].get<double>(), 0.9, 1e-6);
-  const json none = RunJson("correct " + paints +
+  const json none = RunJson("correct " + kPaints +
                             " --formula all.json --name white --batch white.csv"
                             " --target white_lighter.csv --batch-size 90 --tolerance 0.1 --max-colorants 1");
   ASSERT_EQ(none.size(), 1u);
   EXPECT_EQ(none[0]["status"], "no addition helps");
   EXPECT_EQ(none[0]["additions"], "");
 
-  const json stock =
-      RunJson("match " + paints + " target.csv --from-stock batch_stock.csv --max-colorants 1 --sort color");
-  EXPECT_EQ(stock[0]["batch"], "c");
-  EXPECT_EQ(stock[0]["additions"], "7:5");
-  ExpectRefusals({
-      {correct + "--batch batch.csv --target target.csv", "--batch-size"},
-      {correct + "--batch batch.csv --target target.csv --batch-size 0", "--batch-size"},
-      {correct + "--batch batch.csv --target target.csv --batch-size 9 --max-addition 0%", "--max-addition"},
-      {"correct " + paints + " --formula all.json --batch batch.csv --target target.csv --batch-size 9",
-       "--name"},
-      {correct + "--batch batch.csv --target none.csv --batch-size 9", "none.csv"},
-      {"match " + paints + " target.csv --max-addition 9%", "--from-stock"},
-      {"match " + paints + " target.csv --from-stock batch.csv", "\"formula\""},
-      {"match " + paints + " target.csv --from-stock batch_bad.csv", "line 2, column 2"},
-  });
+  // What correct says of prices and steps.
+  folder_.Write("costs.csv", "component,cost\n7,2\n10,0.1\n");
+  const std::string priced =
+      correct + "--batch batch.csv --target target.csv --batch-size 90 --limits costs.csv --top 3 ";
+  const json cheapest = RunJson(priced + "--aim cheapest --tolerance 3");
+  for (const json& row : cheapest) {
+    const std::string additions = row["additions"];
+    const double price = additions.starts_with("7:") ? 2.0 : additions.starts_with("10:") ? 0.1 : 0.0;
+    EXPECT_NEAR(row["cost"].get<double>(), price * TotalOf(additions), 1e-3) << additions;
+    EXPECT_EQ(row["status"] == "ok", &row == &cheapest[0]) << "the cheap colorant alone does not reach it";
+    EXPECT_NEAR(row["dE_before"].get<double>(), nearest[0]["dE_before"].get<double>(), 1e-12);
+  }
+  EXPECT_EQ(RunJson(priced + "--aim nearest --resolution 3")[0]["additions"], "7:6") << "of 5";
+  EXPECT_EQ(RunJson(priced + "--exclude 7 --aim nearest --tolerance 0.1")[0]["status"], "out of tolerance");
+
+  // The same from leftovers: of two, the one that needs less for its size, whatever its size.
+  std::string stock = Header();
+  stock.insert(2, ",formula,amount");
+  const auto cells = [&](const char* name) {
+    const std::string file = folder_.Read(name);
+    return file.substr(file.find('\n') + 2);
+  };
+  stock +=
+      "far,1:100,9" + cells("white.csv") + "near,1:95;Phthalo Blue (Green Shade):5,900" + cells("batch.csv");
+  folder_.Write("stock.csv", stock);
+  const std::string leftovers = "match " + kPaints + " target.csv --from-stock stock.csv --max-colorants 1 ";
+  const json best = RunJson(leftovers + "--sort color --top 2 --tolerance 0.1");
+  ASSERT_EQ(best.size(), 2u);
+  EXPECT_EQ(best[0]["batch"], "near");
+  EXPECT_EQ(best[0]["additions"], "7:50");
+  EXPECT_EQ(best[1]["batch"], "far");
+  EXPECT_EQ(best[1]["additions"], "7:1") << "a tenth of what will be 10";
+  ASSERT_EQ(Run(leftovers + "--max-addition 0.1% --top 1 --tolerance 0.1 --format csv"), 0);
+  EXPECT_TRUE(folder_.Read("out").starts_with(
+      "target,rank,batch,additions,total,dE_before,dE_after_D65,dE_after_A,dE_after_CWF,cost,status\n"
+      "c,1,near,14:0.9,"))
+      << folder_.Read("out");
 }
 
-TEST_F(MatchingCommands, MatchRefusesWhatItCannotUse) {
-  const std::string match = "match " VRX_SOURCE_DIR "/examples/acrylic_paints.json ";
-  std::string mid = Header() + "t", dark = Header() + "t", hole = Header() + "t";
-  for (int nm = 360; nm <= 750; nm += 10) {
-    mid += ",40";
-    dark += ",3";
-    hole += nm == 500 ? "," : ",40";
-  }
-  folder_.Write("t.csv", mid + "\n");
-  folder_.Write("dark.csv", dark + "\n");
-  folder_.Write("hole.csv", hole + "\n");
+// Whatever is wrong is told with file and field, and nothing is written.
+TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
+  const std::string good = FlatRow("t", "40"), t = Header() + good;
+  folder_.Write("t.csv", t);
+  folder_.Write("dark.csv", t + FlatRow("d", "3"));
+  folder_.Write("d.csv", Header() + FlatRow("d", "3"));
+  folder_.Write("hole.csv", Header() + FlatRow("t", "40", true));
   folder_.Write("lab.csv", "id,L,a,b\nt,50,10,10\n");
+  folder_.Write("xyz.csv", "id,X,Y,Z\nt,50,10,10\n");
   folder_.Write("min.csv", "component,min,max\n3,60,50\n");
+  folder_.Write("low.csv", "component,max\n3,1\n");
   folder_.Write("sum.csv", "component,min\n3,60\n4,60\n");
   folder_.Write("cost.csv", "component,cost\n3,-1\n");
   folder_.Write("who.csv", "component,cost\nNobody,1\n");
-  folder_.Write("rules.json", R"({"name":"r","components":[{"id":1,"name":"a"},{"id":2,"name":"b"}]})");
+  const json level = {{{"concentration", 1}, {"K", json::array()}, {"S", json::array()}}};
+  json two = {{"name", "r"},
+              {"components",
+               {{{"id", 1}, {"name", "a"}, {"levels", level}},
+                {{"id", 2}, {"name", "b"}, {"levels", level}},
+                {{"id", 3}, {"name", "c"}}}}};
+  for (const std::size_t component : {0u, 1u}) {
+    for (const char* curve : {"K", "S"})
+      two["components"][component]["levels"][0][curve] = std::vector<double>(40, 1);
+  }
+  two["rules"] = {{1, 2}};
+  folder_.Write("two.json", two.dump());
+  two["model"] = "textiles";
+  folder_.Write("dyes.json", two.dump());
+  folder_.Write("bare.json", R"({"name":"r","components":[{"id":1,"name":"a"},{"id":2,"name":"b"}]})");
   folder_.Write("metal.json", R"({"name":"m","model":"metallics","components":[]})");
+  folder_.Write("f.json", R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":3}]}]})");
+  folder_.Write("twice.json", R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":3}]},
+                                              {"name":"y","lines":[{"component":1,"amount":3}]}]})");
+  folder_.Write("empty.json", R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":0}]}]})");
+  folder_.Write("unknown.json", R"({"formulas":[{"name":"x","lines":[{"component":99,"amount":1}]}]})");
+  std::string header = Header();
+  header.insert(2, ",formula,amount");
+  const auto stock = [&](const char* name, const std::string& start, const char* percent) {
+    folder_.Write(name, header + FlatRow(start, percent));
+  };
+  stock("stock.csv", "s,1:95;7:5,90", "40");
+  stock("stock_empty.csv", "s,,90", "40");
+  stock("stock_text.csv", "s,1:95;7,90", "40");
+  stock("stock_who.csv", "s,1:95;99:5,90", "40");
+  stock("stock_dark.csv", "s,1:95;7:5,90", "3");
+  stock("stock_none.csv", "s,1:95;7:5,0", "40");
+
+  const std::string match = "match " + kPaints + " --formulas new.json ";
+  const std::string from = "match " + kPaints + " t.csv --from-stock ";
+  const std::string correct = "correct " + kPaints + " --batch-size 9 --formula ";
   ExpectRefusals({
       {match + "none.csv", "none.csv"},
-      {match + "hole.csv", "line 2"},
-      {match + "dark.csv", "--specular excluded"},
-      {match + "lab.csv --objective spectral", "\"t\": this --objective needs a curve"},
+      {match + "hole.csv", "hole.csv, line 2, column 16 (500)"},
+      {match + "dark.csv",
+       "dark.csv: target \"d\" is darker than the surface alone; a curve without the specular "
+       "component takes --specular excluded"},
+      {match + "lab.csv --objective spectral", "lab.csv: target \"t\": this --objective needs a curve"},
+      {match + "xyz.csv", "xyz.csv, line 1: targets are curves or L*, a*, b*"},
       {match + "t.csv --require 99", "--require: the colour system has no component \"99\""},
-      {match + "t.csv --exclude Nobody", "\"Nobody\""},
-      {match + "t.csv --require 3 --exclude \"Cobalt Blue\"", "3 \"Cobalt Blue\" is both"},
-      {match + "t.csv --require 1,2,3,4,5", "--max-colorants"},
+      {match + "t.csv --exclude Nobody", "--exclude: the colour system has no component \"Nobody\""},
+      {match + "t.csv --limits who.csv",
+       "who.csv, line 2, column 1 (component): the colour system has no component"},
+      {match + "t.csv --require 3 --exclude \"Cobalt Blue\"",
+       "--require, --exclude: component 3 \"Cobalt Blue\""},
+      {match + "t.csv --require 1,2,3,4,5", "acrylic_paints.json: no subset is left"},
       {match + "t.csv --max-colorants 7", "--max-colorants"},
       {match + "t.csv --limits min.csv", "min.csv, line 2: min is above max"},
-      {match + "t.csv --limits sum.csv --require 3,4", "100 percent"},
-      {match + "t.csv --limits cost.csv", "line 2, column 2"},
-      {match + "t.csv --limits who.csv", "\"Nobody\""},
+      {match + "t.csv --limits low.csv --min-amount 2",
+       "low.csv: component 3 \"Cobalt Blue\": its least share"},
+      {match + "t.csv --limits sum.csv --require 3,4", "sum.csv: no recipe makes up 100 percent"},
+      {match + "t.csv --min-amount 60 --require 3,4", "--min-amount: no recipe makes up 100 percent"},
+      {match + "t.csv --limits cost.csv", "cost.csv, line 2, column 2 (cost)"},
       {match + "t.csv --min-amount 101", "--min-amount"},
       {match + "t.csv --weights 1,2", "--weights"},
-      {match + "t.csv --max-subsets 20852", "20853 subsets are more than --max-subsets 20852"},
+      {match + "t.csv --resolution 101", "--resolution"},
+      {match + "t.csv --max-subsets 20852",
+       "--max-subsets: there are 20853 subsets, more than 20852: exclude components"},
       {match + "t.csv --min-opacity 98", "--backings"},
-      {match + "t.csv --backings t.csv", "two curves"},
-      {match + "t.csv --formulas /nowhere/f.json", "/nowhere/f.json"},
-      {"match rules.json t.csv", "no subset is left"},
-      {"match metal.json t.csv", "model"},
+      {match + "t.csv --backings t.csv", "t.csv: two curves"},
+      {match + "t.csv --max-addition 9%", "--from-stock"},
+      {"match " + kPaints + " t.csv --formulas /nowhere/f.json", "/nowhere/f.json"},
+      {"match two.json t.csv --require 1,2", "two.json: \"rules\" forbid every subset"},
+      {"match two.json t.csv --require c",
+       "two.json: component 3 \"c\" cannot be in a recipe: it has no levels"},
+      {"match dyes.json t.csv", "dyes.json: \"components\": there is no substrate"},
+      {"match bare.json t.csv", "bare.json: no subset is left"},
+      {"match metal.json t.csv", "metal.json: \"model\""},
+      {from + "t.csv", "\"formula\""},
+      {from + "stock_empty.csv", "stock_empty.csv, line 2, column 2 (formula): a formula such as"},
+      {from + "stock_text.csv", "stock_text.csv, line 2, column 2 (formula): a formula such as"},
+      {from + "stock_who.csv",
+       "stock_who.csv, line 2, column 2 (formula): the colour system has no component \"99\""},
+      {from + "stock_dark.csv", "stock_dark.csv: batch \"s\" is darker than the surface alone"},
+      {from + "stock_none.csv", "stock_none.csv, line 2, column 3 (amount)"},
+      {from + "stock.csv --sort metamerism", "--sort"},
+      {from + "stock.csv --max-colorants 6", "--max-colorants"},
+      {from + "stock.csv --batch-size 9", "--batch-size"},
+      {from + "stock.csv --min-amount 9", "--min-amount"},
+      {correct + "f.json --batch t.csv", "--target"},
+      {correct + "none.json --batch t.csv --target t.csv", "none.json"},
+      {correct + "empty.json --batch t.csv --target t.csv",
+       "empty.json: formulas[0].lines: there is nothing in it"},
+      {correct + "unknown.json --batch t.csv --target t.csv", "unknown.json: formulas[0].lines[0].component"},
+      {correct + "twice.json --batch t.csv --target t.csv", "--name"},
+      {correct + "f.json --name y --batch t.csv --target t.csv", "f.json: --name"},
+      {correct + "f.json --batch hole.csv --target t.csv", "hole.csv, line 2, column 16 (500)"},
+      {correct + "f.json --batch d.csv --target t.csv", "d.csv is darker than the surface alone"},
+      {correct + "f.json --batch t.csv --target d.csv", "d.csv is darker than the surface alone"},
+      {correct + "f.json --batch t.csv --target dark.csv", "dark.csv: one curve is expected"},
+      {correct + "f.json --batch t.csv --target lab.csv", "lab.csv, line 1"},
+      {correct + "f.json --batch t.csv --target t.csv --max-addition 0%", "--max-addition"},
+      {correct + "f.json --batch t.csv --target t.csv --min-amount 3", "--min-amount"},
+      {correct + "f.json --batch t.csv --target t.csv --max-colorants 6", "--max-colorants"},
+      {correct + "f.json --batch t.csv --target t.csv --max-subsets 5", "20853 subsets, more than 5"},
+      {"correct " + kPaints + " --formula f.json --batch t.csv --target t.csv --batch-size 0",
+       "--batch-size"},
   });
-  EXPECT_EQ(RunJson(match + "lab.csv --top 1")[0]["status"], "ok");
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/input.h"
 #include "tools/vrx/output/text.h"
-#include "tools/vrx/recipe_options.h"
 
 namespace vrx::tool {
 namespace {
@@ -32,9 +31,9 @@ std::size_t ColumnOf(const CurveReader& curves, std::string_view name, const std
   return *found;
 }
 
-// "1:94;7:1.5": components, by id or name, and amounts. False for a text that is not of this form.
-bool ParseFormula(std::string_view text, const ColorSystem& system, const std::string& path,
-                  CDbFormula& formula) {
+// "1:94;7:1.5": components, by id or name, and amounts. What is wrong with the text, or nothing.
+std::string ParseFormula(std::string_view text, const ColorSystem& system, CDbFormula& formula) {
+  constexpr const char* kExpected = "a formula such as 1:94;7:1.5 is expected";
   while (!text.empty()) {
     const std::size_t end = std::min(text.find(';'), text.size());
     const std::string_view line = text.substr(0, end);
@@ -43,11 +42,13 @@ bool ParseFormula(std::string_view text, const ColorSystem& system, const std::s
     CDbFormulaElement element;
     const bool isLine = colon != std::string_view::npos &&
                         ParseDecimal(line.substr(colon + 1), '.', element.amount) && element.amount > 0.0;
-    if (!isLine) return false;
-    element.componentId = static_cast<int32_t>(FindComponent(system, line.substr(0, colon), path).GetId());
+    if (!isLine) return kExpected;
+    const CComponent* const component = ComponentNamed(system, line.substr(0, colon));
+    if (component == nullptr) return NoComponentText(line.substr(0, colon));
+    element.componentId = static_cast<int32_t>(component->GetId());
     formula.Add(element);
   }
-  return !formula.IsEmpty();
+  return formula.IsEmpty() ? kExpected : "";
 }
 
 }  // namespace
@@ -64,9 +65,8 @@ std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& sy
     if (!ParseDecimal(row.extras[amount], ',', named.batch.size) || !(named.batch.size > 0.0)) {
       curves.Source().FailExtra(amount, "an amount above 0 is expected");
     }
-    if (!ParseFormula(row.extras[formula], system, path, named.batch.formula)) {
-      curves.Source().FailExtra(formula, "a formula such as 1:94;7:1.5 is expected");
-    }
+    const std::string fault = ParseFormula(row.extras[formula], system, named.batch.formula);
+    if (!fault.empty()) curves.Source().FailExtra(formula, fault);
     stock.push_back(named);
   }
   WarnAboutInput(curves);
@@ -83,6 +83,12 @@ CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input) 
   WarnAboutInput(curves);
   if (count != 1) throw InputError(path + ": one curve is expected");
   return curve;
+}
+
+void CheckAdditions(const ChoiceOptions& choice) {
+  constexpr int kMost = 5;  // and the batch itself
+  if (choice.maxColorants > kMost)
+    throw InputError("--max-colorants: of additions, a number from 1 to 5 is expected");
 }
 
 double ParseMostAddition(const std::string& text) {
@@ -117,12 +123,12 @@ std::vector<StockCorrection> CorrectionsOf(const NamedBatch& batch, const CCorre
                                            const CCorrectionArray& corrections) {
   std::vector<StockCorrection> found;
   for (const CCorrection& correction : corrections) {
-    found.push_back({batch.id, before.worst, correction, true, correction.total / batch.batch.size,
-                     correction.cost / batch.batch.size});
+    found.push_back({batch.id, batch.batch.size, before.worst, correction, true,
+                     correction.total / batch.batch.size, correction.cost / batch.batch.size});
   }
   // An array of one without additions is a batch that needs none; an empty one is a batch that none helps.
   if (found.empty()) {
-    found.push_back({batch.id, before.worst, before, before.isWithinTolerance, 0.0, 0.0});
+    found.push_back({batch.id, batch.batch.size, before.worst, before, before.isWithinTolerance, 0.0, 0.0});
   }
   return found;
 }
@@ -139,7 +145,8 @@ void WriteCorrection(const StockCorrection& correction, const ColorSystem& syste
                      RowWriter& rows) {
   const CCorrection& what = correction.correction;
   const Tint tint = what.isWithinTolerance ? Tint::kGood : Tint::kBad;
-  rows.Text(isTable ? NamedFormulaText(what.additions, system) : FormulaText(what.additions));
+  rows.Text(isTable ? NamedFormulaText(what.additions, system, correction.size)
+                    : FormulaText(what.additions, correction.size));
   rows.Number(what.total);
   rows.Number(correction.before);
   for (const double difference : what.differences) rows.Number(difference, tint);

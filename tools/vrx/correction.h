@@ -11,6 +11,7 @@
 #include "tools/vrx/color_system_file.h"
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/recipe_options.h"
 
 namespace vrx::tool {
 
@@ -23,6 +24,7 @@ struct NamedBatch {
 /// A batch of a stock and what would be added to it.
 struct StockCorrection {
   std::string batch;
+  double size = 100.0;  ///< of the batch
   double before = 0.0;  ///< its largest difference as it is
   CCorrection correction;
   bool helps =
@@ -38,6 +40,9 @@ std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& sy
 
 /// The only curve of a file. Throws InputError when there is none or more than one.
 CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input);
+
+/// Throws InputError for a choice of more colorants than can be added to a batch.
+void CheckAdditions(const ChoiceOptions& choice);
 
 /// A share of the batch from "20%" or "20". Throws InputError for anything but 0 (excluded) to 10000 percent.
 double ParseMostAddition(const std::string& text);

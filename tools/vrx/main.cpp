@@ -25,6 +25,8 @@ int main(int argc, char** argv) try {
   vrx::tool::IgnoreBrokenPipes();
   vrx::tool::UseUtf8Streams();
   return vrx::tool::RunTool(vrx::tool::Utf8Arguments(argc, argv), VRX_VERSION);
+} catch (const vrx::tool::Interrupted&) {
+  return vrx::tool::EndByInterrupt();
 } catch (const std::exception& error) {
   vrx::tool::PrintMessage(error.what());
   return vrx::tool::kExitBadInput;

@@ -19,10 +19,19 @@ namespace {
 
 constexpr double kPercent = 100.0;
 
-// A number with at most four decimals and no zeros behind them.
-std::string AmountText(double amount) {
+// Decimals that tell shares of 1e-6 of a batch, and at least four.
+int DecimalsFor(double batchSize) {
+  constexpr int kLeast = 4, kMost = 15;
+  int decimals = kLeast;
+  for (double shown = 1e-4; shown > 1.001e-6 * batchSize && decimals < kMost; shown *= 0.1) ++decimals;
+  return decimals;
+}
+
+// A number with at most so many decimals and no zeros behind them.
+std::string AmountText(double amount, int decimals) {
   std::array<char, 400> text;
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), amount, std::chars_format::fixed, 4);
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), amount, std::chars_format::fixed, decimals);
   std::string digits(text.data(), end.ptr);
   digits.erase(digits.find_last_not_of('0') + 1);
   if (digits.ends_with('.')) digits.pop_back();
@@ -34,11 +43,6 @@ const CComponent* ComponentOfId(const ColorSystem& system, uint32_t id) {
     if (component->GetId() == id) return component;
   }
   return nullptr;
-}
-
-std::string NameOf(const ColorSystem& system, uint32_t id) {
-  const CComponent* component = ComponentOfId(system, id);
-  return std::to_string(id) + (component != nullptr ? " \"" + component->GetName().ToUtf8() + "\"" : "");
 }
 
 // Rows of a file of limits: component, and any of min, max (percent) and cost.
@@ -60,7 +64,9 @@ void ReadLimits(const std::string& path, const ColorSystem& system, CRecipeSetti
     for (std::size_t i = 0; i < roles.size(); ++i) {
       const std::string text(csv.Text());
       if (roles[i] == 0) {
-        entry.componentId = FindComponent(system, text, path).GetId();
+        const CComponent* const component = ComponentNamed(system, text);
+        if (component == nullptr) csv.FailAt(i, NoComponentText(text));
+        entry.componentId = component->GetId();
         continue;
       }
       if (text.empty()) continue;
@@ -85,8 +91,11 @@ void AddUses(const std::vector<std::string>& lists, const std::string& option, C
   for (const std::string& list : lists) {
     for (std::size_t at = 0; at <= list.size();) {
       const std::size_t end = std::min(list.find(',', at), list.size());
+      const std::string_view name = std::string_view(list).substr(at, end - at);
+      const CComponent* const component = ComponentNamed(system, name);
+      if (component == nullptr) throw InputError(option + ": " + NoComponentText(name));
       CRecipeComponent entry;
-      entry.componentId = FindComponent(system, std::string_view(list).substr(at, end - at), option).GetId();
+      entry.componentId = component->GetId();
       entry.use = use;
       settings.components.Add(entry);
       at = end + 1;
@@ -144,90 +153,92 @@ void ChoiceOptions::Apply(const ColorSystem& system, CRecipeSettings& settings) 
   if (!limits.empty()) ReadLimits(limits, system, settings);
 }
 
-void AddChoiceOptions(Command& command, ChoiceOptions& options) {
-  command.AddOption("--max-colorants", options.maxColorants, "Most colorants of a recipe, 1 to 6")
-      .Shows("N [4]");
-  command.AddOption("--require", options.require, "Components that every recipe has, by id or name")
-      .Shows("COMPONENT,...");
-  command.AddOption("--exclude", options.exclude, "Components that no recipe has").Shows("COMPONENT,...");
+void AddChoiceOptions(Command& command, ChoiceOptions& options, RecipePurpose purpose) {
+  const bool isRecipe = purpose == RecipePurpose::kRecipe;
   command
-      .AddOption(
-          "--limits", options.limits,
-          "CSV file: component, and any of min, max (percent of a recipe that has it) and cost of one unit")
+      .AddOption("--max-colorants", options.maxColorants,
+                 isRecipe ? "Most colorants of a recipe, 1 to 6" : "Most colorants that are added, 1 to 5")
+      .Shows("N [4]");
+  command
+      .AddOption("--require", options.require,
+                 isRecipe ? "Components that every recipe has, by id or name"
+                          : "Components that every correction adds, by id or name")
+      .Shows("COMPONENT,...");
+  command
+      .AddOption("--exclude", options.exclude,
+                 isRecipe ? "Components that no recipe has" : "Components that no correction adds")
+      .Shows("COMPONENT,...");
+  command
+      .AddOption("--limits", options.limits,
+                 isRecipe
+                     ? "CSV file: component, and any of min, max (percent of a recipe that has it) and cost "
+                       "of one unit"
+                     : "CSV file: component and cost of one unit; columns min and max are those of recipes")
       .Shows("FILE")
       .Check(RefuseEmpty);
-  command.AddOption("--min-amount", options.minAmount, "Least share of every colorant, percent")
-      .Shows("PERCENT [0]");
 }
 
-const CComponent& FindComponent(const ColorSystem& system, std::string_view text, const std::string& option) {
+void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& settings) const {
+  const auto expect = [](bool isGood, const char* what) {
+    if (!isGood) throw InputError(what);
+  };
+  choice.Apply(colorSystem, settings);
+  criterion.Apply(settings);
+  expect(top >= 1 && top <= 10'000, "--top: a number from 1 to 10000 is expected");
+  expect(batchSize > 0.0 && batchSize <= 1e9, "--batch-size: a number above 0 is expected");
+  expect(resolution >= 0.0 && resolution <= batchSize,
+         "--resolution: a number from 0 to the batch size is expected");
+  expect(threads >= 0 && threads <= 1024, "--threads: a number from 0 to 1024 is expected");
+  expect(maxSubsets >= 1.0 && maxSubsets <= 1e15, "--max-subsets: a number, 1 or more, is expected");
+  settings.top = top;
+  settings.batchSize = batchSize;
+  settings.resolution = resolution;
+  settings.threads = static_cast<uint32_t>(threads);
+  settings.mostSubsets = static_cast<uint64_t>(maxSubsets);
+}
+
+void AddSearchOptions(Command& command, SearchOptions& options, RecipePurpose purpose) {
+  AddChoiceOptions(command, options.choice, purpose);
+  AddCriterionOptions(command, options.criterion);
+  command.AddOption("--top", options.top, "Answers per target").Shows("N [10]");
+  command.AddOption("--resolution", options.resolution, "Step of the dispenser, in the unit of the amounts")
+      .Shows("AMOUNT [0]");
+  command.AddOption("--threads", options.threads, "Threads that work; 0: as many as there are cores")
+      .Shows("N [0]");
+  command.AddOption("--max-subsets", options.maxSubsets, "Refuse searches of more subsets")
+      .Shows("N [100000000]");
+  AddCurveInputOptions(command, options.input);
+  AddFormatOption(command, options.format);
+}
+
+const CComponent* ComponentNamed(const ColorSystem& system, std::string_view text) {
   uint32_t id = 0;
   const auto end = std::from_chars(text.data(), text.data() + text.size(), id);
   const bool isId = end.ec == std::errc() && end.ptr == text.data() + text.size();
   for (const CComponent* component : ComponentsInOrder(system)) {
     const bool isIt =
         isId ? component->GetId() == id : EqualsIgnoringCase(component->GetName().ToUtf8(), text);
-    if (isIt) return *component;
+    if (isIt) return component;
   }
-  throw InputError(option + ": the colour system has no component \"" + std::string(text) + "\"");
+  return nullptr;
 }
 
-std::string FaultText(const RecipeOutcome& outcome, const ColorSystem& system,
-                      const CRecipeSettings& settings, const std::string& target, const std::string& batch) {
-  const std::string component = NameOf(system, outcome.component);
-  switch (outcome.fault) {
-    case RecipeFault::kNoMixingLaw:
-      return "the colour system's model is not of a kind that can be matched";
-    case RecipeFault::kNoSubstrate:
-      return "the colour system has no substrate: no calibration white or resin with levels";
-    case RecipeFault::kTargetNotMeasured:
-      return target + " is not measured throughout";
-    case RecipeFault::kTargetBelowSurface:
-      return target +
-             " is darker than the surface alone; a curve without the specular component takes "
-             "--specular excluded, an uncorrected one --specular none";
-    case RecipeFault::kNeedsCurve:
-      return target + ": this --objective needs a curve, not L, a, b";
-    case RecipeFault::kUnknownComponent:
-      return "component " + component + " cannot be in a recipe: it has no levels";
-    case RecipeFault::kContradiction:
-      return "component " + component + " is both required and excluded";
-    case RecipeFault::kTooFewAllowed:
-      return "no subset is left: fewer components are allowed than required, or more required than "
-             "--max-colorants";
-    case RecipeFault::kLimits:
-      return "component " + component + ": its limits contradict each other, or --min-amount";
-    case RecipeFault::kLimitsTogether:
-      return "the limits leave no recipe that makes up 100 percent";
-    case RecipeFault::kEverythingForbidden:
-      return "the rules of the colour system forbid every subset";
-    case RecipeFault::kTooManySubsets:
-      return std::to_string(outcome.subsets) + " subsets are more than --max-subsets " +
-             std::to_string(settings.mostSubsets) +
-             ": exclude components, lower --max-colorants, or raise --max-subsets";
-    case RecipeFault::kBatchFormula:
-      return batch + ": its formula is empty or cannot be predicted";
-    case RecipeFault::kBatchNotMeasured:
-      return batch + " is not measured throughout";
-    case RecipeFault::kBatchBelowSurface:
-      return batch +
-             " is darker than the surface alone; a curve without the specular component takes "
-             "--specular excluded, an uncorrected one --specular none";
-    default:
-      return "settings that cannot be used";
-  }
+std::string NoComponentText(std::string_view text) {
+  return "the colour system has no component \"" + std::string(text) + "\"";
 }
 
-std::string FormulaText(const CDbFormula& formula) {
+std::string FormulaText(const CDbFormula& formula, double batchSize) {
+  const int decimals = DecimalsFor(batchSize);
   std::string text;
   for (const CDbFormulaElement& line : formula) {
     if (!text.empty()) text += ';';
-    text += std::to_string(line.componentId) + ":" + AmountText(line.amount);
+    text += std::to_string(line.componentId) + ":" + AmountText(line.amount, decimals);
   }
   return text;
 }
 
-std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& system) {
+std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& system, double batchSize) {
+  const int decimals = DecimalsFor(batchSize);
   std::vector<const CDbFormulaElement*> lines;
   for (const CDbFormulaElement& line : formula) lines.push_back(&line);
   std::stable_sort(lines.begin(), lines.end(), [](const CDbFormulaElement* a, const CDbFormulaElement* b) {
@@ -237,7 +248,7 @@ std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& syste
   for (const CDbFormulaElement* line : lines) {
     const CComponent* component = ComponentOfId(system, static_cast<uint32_t>(line->componentId));
     if (!text.empty()) text += " + ";
-    text += AmountText(line->amount) + " " +
+    text += AmountText(line->amount, decimals) + " " +
             (component != nullptr ? component->GetName().ToUtf8() : std::to_string(line->componentId));
   }
   return text;

@@ -5,12 +5,14 @@
 #define TOOLS_VRX_RECIPE_OPTIONS_H_
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <vrxmath/matching/recipe.h>
 
 #include "tools/vrx/color_system_file.h"
 #include "tools/vrx/conditions.h"
+#include "tools/vrx/curve_input.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {
@@ -34,6 +36,9 @@ struct CriterionOptions {
 /// `--tolerance`.
 void AddCriterionOptions(Command& command, CriterionOptions& options);
 
+/// What the colorants of a search become: a recipe, or additions to a batch.
+enum class RecipePurpose { kRecipe, kAddition };
+
 /// Which components, how many and how much of them.
 struct ChoiceOptions {
   std::vector<std::string> require;
@@ -45,21 +50,39 @@ struct ChoiceOptions {
   void Apply(const ColorSystem& system, CRecipeSettings& settings) const;
 };
 
-/// Adds `--require`, `--exclude`, `--limits`, `--min-amount` and `--max-colorants`.
-void AddChoiceOptions(Command& command, ChoiceOptions& options);
+/// Adds `--max-colorants`, `--require`, `--exclude` and `--limits`.
+void AddChoiceOptions(Command& command, ChoiceOptions& options, RecipePurpose purpose);
 
-/// The component of a system by its id or its name in any case. Throws InputError, in which `option` says where it stood.
-const CComponent& FindComponent(const ColorSystem& system, std::string_view text, const std::string& option);
+/// What every command that searches has.
+struct SearchOptions {
+  std::string system;
+  ChoiceOptions choice;
+  CriterionOptions criterion;
+  int top = 10;
+  double batchSize = 100.0;
+  double resolution = 0.0;
+  int threads = 0;
+  double maxSubsets = 1e8;
+  CurveInputOptions input;
+  Format format;
 
-/// What a fault means for a user. `target` and `batch` are what messages call them.
-std::string FaultText(const RecipeOutcome& outcome, const ColorSystem& system,
-                      const CRecipeSettings& settings, const std::string& target,
-                      const std::string& batch = "the batch");
+  /// Writes them into the settings. Throws InputError for what cannot be used.
+  void Apply(const ColorSystem& colorSystem, CRecipeSettings& settings) const;
+};
 
-/// A formula as "1:94;7:1.5;16:4.5": components and amounts, these with at most four decimals.
-std::string FormulaText(const CDbFormula& formula);
+/// Adds choice and criterion, `--resolution`, `--top`, `--threads`, `--max-subsets`, the options of curves and the format.
+void AddSearchOptions(Command& command, SearchOptions& options, RecipePurpose purpose);
+
+/// The component of a system by its id or its name in any case; null when there is none.
+const CComponent* ComponentNamed(const ColorSystem& system, std::string_view text);
+/// What is said of a component that the system does not have.
+std::string NoComponentText(std::string_view text);
+
+/// A formula as "1:94;7:1.5;16:4.5": components and amounts, these with as many decimals as shares of 1e-6 of a batch take,
+/// and at least four, but without zeros at the end.
+std::string FormulaText(const CDbFormula& formula, double batchSize);
 /// A formula for people: "94 Titanium White + 4.5 Cerulean Blue", the largest amount first.
-std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& system);
+std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& system, double batchSize);
 
 /// The backings of a file: its first curve is the black one, its second the white one.
 void ReadBackings(const std::string& path, CReflData& black, CReflData& white);

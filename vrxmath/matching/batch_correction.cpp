@@ -89,8 +89,10 @@ class Correction {
     std::vector<Ranked> found;
     outcome = SolveAll(found);
     if (outcome.fault != RecipeFault::kNone) return outcome;
+    CCorrectionArray chosen;
+    if (!Choose(asItIs, found, chosen)) return {RecipeFault::kStopped, 0, outcome.subsets};
     before = asItIs;
-    corrections = Choose(asItIs, found);
+    corrections = chosen;
     return outcome;
   }
 
@@ -410,13 +412,14 @@ class Correction {
     return lines;
   }
 
-  CCorrectionArray Choose(const CCorrection& before, std::vector<Ranked>& found) const {
-    CCorrectionArray corrections;
+  // The best corrections of those that look best; false when stopped.
+  bool Choose(const CCorrection& before, std::vector<Ranked>& found, CCorrectionArray& corrections) const {
     if (before.isWithinTolerance && settings_.aim != CorrectionAim::kNearest) {
       corrections.Add(before);
-      return corrections;
+      return true;
     }
     for (Ranked& ranked : found) {
+      if (recipe_.progress && !recipe_.progress(1.0)) return false;
       if (ranked.correction.isWithinTolerance) ranked.correction = Shrunk(ranked.subset);
       ranked.correction = Rounded(ranked.correction);
       ranked.key = KeyOf(ranked.correction);
@@ -431,7 +434,7 @@ class Correction {
       });
       if (helps && isNew && corrections.GetSize() < recipe_.top) corrections.Add(correction);
     }
-    return corrections;
+    return true;
   }
 
   const CColorantRulesData& rules_;

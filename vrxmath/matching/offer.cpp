@@ -91,12 +91,18 @@ RecipeFault CheckSettings(const CRecipeSettings& settings) {
                                                                                     : RecipeFault::kSettings;
 }
 
-double RoundedToStep(double amount, double step, double add) {
-  if (step == 0.0) return amount;
-  const double steps = std::floor(amount / step + add);
+double NearestSteps(double amount, double step) {
+  return std::floor(amount / step + 0.5);
+}
+
+double AmountOfSteps(double steps, double step) {
   const double inverse = 1.0 / step, whole = std::floor(inverse + 0.5);
   constexpr double kWhole = 1e-9;
   return whole >= 1.0 && std::fabs(inverse - whole) < kWhole * whole ? steps / whole : steps * step;
+}
+
+double RoundedToStep(double amount, double step, double add) {
+  return step == 0.0 ? amount : AmountOfSteps(std::floor(amount / step + add), step);
 }
 
 RecipeOutcome Offer::Make(const CColorantSystemData& system, const CRecipeSettings& settings) {

@@ -63,8 +63,14 @@ class SubsetRange {
 /// kSettings for settings of a search that are out of their range.
 RecipeFault CheckSettings(const CRecipeSettings& settings);
 
-/// An amount in whole steps of a dispenser, rounded down after `add` of a step; as it is for a step of 0. Steps such as
-/// 0.1 are counted by their inverse, which is a whole number, so that 3 of them are 0.3.
+/// Whole steps of a dispenser nearest to an amount; `step` is above 0.
+double NearestSteps(double amount, double step);
+
+/// The amount of so many steps. Steps such as 0.1 are counted by their inverse, which is a whole number, so that 3 of
+/// them are 0.3.
+double AmountOfSteps(double steps, double step);
+
+/// An amount in whole steps of a dispenser, rounded down after `add` of a step; as it is for a step of 0.
 double RoundedToStep(double amount, double step, double add = 0.5);
 
 /// Number of ways to choose `k` of `n`; the largest uint64_t for that and more.

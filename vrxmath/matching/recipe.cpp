@@ -90,7 +90,9 @@ class Search {
     for (const SubsetRange& range : ranges_) {
       if (!SolveSize(range, bySize.emplace_back())) return {RecipeFault::kStopped, 0, outcome.subsets};
     }
-    recipes = Choose(bySize);
+    CRecipeArray chosen;
+    if (!Choose(bySize, chosen)) return {RecipeFault::kStopped, 0, outcome.subsets};
+    recipes = chosen;
     return outcome;
   }
 
@@ -161,7 +163,8 @@ class Search {
   // Solves all subsets of a size; false when the search was stopped.
   bool SolveSize(const SubsetRange& range, std::vector<Candidate>& best) {
     CandidateList list(std::max<std::size_t>(100, 10 * static_cast<std::size_t>(settings_.top)));
-    const double least = settings_.prerank > 0 ? PrerankLimit(range) : HUGE_VAL;
+    double least = HUGE_VAL;
+    if (settings_.prerank > 0 && !FindPrerankLimit(range, least)) return false;
     std::mutex mutex;
     const bool isDone = ForEach(range, [&](std::size_t from, std::size_t count) {
       CandidateList found(std::max<std::size_t>(100, 10 * static_cast<std::size_t>(settings_.top)));
@@ -170,7 +173,6 @@ class Search {
       list.Add(found);
     });
     best = list.Sorted();
-    done_ += static_cast<double>(range.Count());
     return isDone;
   }
 
@@ -180,33 +182,34 @@ class Search {
     run.threads = settings_.threads;
     double all = 0.0;
     for (const SubsetRange& each : ranges_) all += static_cast<double>(each.Count());
+    if (settings_.prerank > 0) all *= 2.0;  // every subset is looked at twice
     bool isWanted = true;
     if (settings_.progress) {
       run.progress = [&, all](std::size_t done) {
         return isWanted = settings_.progress((done_ + static_cast<double>(done)) / all);
       };
     }
-    return ForEachBlock(run, static_cast<std::size_t>(range.Count()), kBlock, work) && isWanted;
+    const bool isDone = ForEachBlock(run, static_cast<std::size_t>(range.Count()), kBlock, work) && isWanted;
+    done_ += static_cast<double>(range.Count());
+    return isDone;
   }
 
-  // The linearised objective that the best `prerank` subsets of a size do not exceed.
-  double PrerankLimit(const SubsetRange& range) {
+  // The linearised objective that the best `prerank` subsets of a size do not exceed; false when stopped.
+  bool FindPrerankLimit(const SubsetRange& range, double& limit) {
     const auto most = static_cast<std::size_t>(settings_.prerank);
     std::vector<double> objectives;
     std::mutex mutex;
-    BatchRun run;
-    run.threads = settings_.threads;
-    ForEachBlock(run, static_cast<std::size_t>(range.Count()), kBlock,
-                 [&](std::size_t from, std::size_t count) {
-                   std::vector<uint16_t> subsets;
-                   std::vector<SubsetSolution> solutions;
-                   StartBlock(range, from, count, subsets, solutions);
-                   const std::lock_guard<std::mutex> lock(mutex);
-                   for (const SubsetSolution& solution : solutions) objectives.push_back(solution.objective);
-                   if (objectives.size() > 2 * most + kBlock) KeepLeast(objectives, most);
-                 });
+    const bool isDone = ForEach(range, [&](std::size_t from, std::size_t count) {
+      std::vector<uint16_t> subsets;
+      std::vector<SubsetSolution> solutions;
+      StartBlock(range, from, count, subsets, solutions);
+      const std::lock_guard<std::mutex> lock(mutex);
+      for (const SubsetSolution& solution : solutions) objectives.push_back(solution.objective);
+      if (objectives.size() > 2 * most + kBlock) KeepLeast(objectives, most);
+    });
     KeepLeast(objectives, most);
-    return objectives.empty() ? HUGE_VAL : *std::max_element(objectives.begin(), objectives.end());
+    if (!objectives.empty()) limit = *std::max_element(objectives.begin(), objectives.end());
+    return isDone;
   }
 
   static void KeepLeast(std::vector<double>& values, std::size_t most) {
@@ -311,24 +314,49 @@ class Search {
     return candidate.solution.end == SubsetEnd::kInside ? isBeyond : isPushed;
   }
 
+  // The amounts of a candidate's colorants in steps of the dispenser: each the nearest one, but for the largest, which
+  // takes what is then missing from the batch or too much. With a substrate amounts have no total to keep.
+  std::array<double, kMostSubsetColorants> AmountsOf(const Candidate& candidate) const {
+    std::array<double, kMostSubsetColorants> amounts{};
+    const double step = settings_.resolution;
+    double others = 0.0;  // in steps
+    std::size_t largest = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(candidate.size); ++i) {
+      const double amount = candidate.solution.shares[i] * settings_.batchSize;
+      amounts[i] = step == 0.0 ? amount : NearestSteps(amount, step);
+      others += amounts[i];
+      if (candidate.solution.shares[i] > candidate.solution.shares[largest]) largest = i;
+    }
+    if (step == 0.0) return amounts;
+    if (offer_.substrate == nullptr) {
+      others -= amounts[largest];
+      amounts[largest] = NearestSteps(settings_.batchSize, step) - others;
+    }
+    for (double& amount : amounts) amount = AmountOfSteps(amount, step);
+    return amounts;
+  }
+
   // Formula, cost and count of a candidate; false when rounding leaves nothing of a colorant.
   bool SetFormula(const Candidate& candidate, CRecipe& recipe) const {
+    const std::array<double, kMostSubsetColorants> amounts = AmountsOf(candidate);
     double cost = 0.0, total = 0.0;
-    const auto add = [&](const CComponent& component, double share, double price) {
+    const auto add = [&](const CComponent& component, double amount, double price) {
       CDbFormulaElement line;
       line.componentId = static_cast<int32_t>(component.GetId());
-      line.amount = RoundedToStep(share * settings_.batchSize, settings_.resolution);
+      line.amount = amount;
       recipe.formula.Add(line);
       cost += line.amount * price;
       total += line.amount;
       return line.amount > 0.0;
     };
     recipe.colorants = candidate.size;
-    if (offer_.substrate != nullptr) add(*offer_.substrate, 1.0, offer_.substrateCost);
+    if (offer_.substrate != nullptr) {
+      add(*offer_.substrate, RoundedToStep(settings_.batchSize, settings_.resolution), offer_.substrateCost);
+    }
     bool isWhole = true;
-    for (int32_t i = 0; i < candidate.size; ++i) {
-      const OfferedColorant& colorant = offer_.colorants[candidate.subset[static_cast<std::size_t>(i)]];
-      isWhole = add(*colorant.component, candidate.solution.shares[i], colorant.cost) && isWhole;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(candidate.size); ++i) {
+      const OfferedColorant& colorant = offer_.colorants[candidate.subset[i]];
+      isWhole = add(*colorant.component, amounts[i], colorant.cost) && isWhole;
     }
     recipe.cost = cost;
     return isWhole && total > 0.0;
@@ -384,25 +412,27 @@ class Search {
     return x.colorants != y.colorants ? x.colorants < y.colorants : a.rank < b.rank;
   }
 
-  // Predicts the best candidates of every size and takes the best recipes of all.
-  CRecipeArray Choose(const std::vector<std::vector<Candidate>>& bySize) const {
+  // Predicts the best candidates of every size and takes the best recipes of all; false when stopped.
+  bool Choose(const std::vector<std::vector<Candidate>>& bySize, CRecipeArray& chosen) const {
     std::vector<Ranked> recipes;
     for (const std::vector<Candidate>& candidates : bySize) {
-      Predict(candidates, recipes);
+      if (!Predict(candidates, recipes)) return false;
       std::sort(recipes.begin(), recipes.end(),
                 [&](const Ranked& a, const Ranked& b) { return IsBefore(a, b); });
       if (settings_.order == RecipeOrder::kFewest && Grouped(recipes, true).GetSize() >= settings_.top) break;
     }
-    return Grouped(recipes, false);
+    chosen = Grouped(recipes, false);
+    return true;
   }
 
   // Refines and predicts the candidates of one size until those that are left cannot be among the first: their keys,
-  // known to a few percent, exceed what as many recipes as are asked for have reached.
-  void Predict(const std::vector<Candidate>& candidates, std::vector<Ranked>& recipes) const {
+  // known to a few percent, exceed what as many recipes as are asked for have reached. False when stopped.
+  bool Predict(const std::vector<Candidate>& candidates, std::vector<Ranked>& recipes) const {
     constexpr double kMargin = 1.25, kLeast = 0.02;
     std::vector<double> reached;
     const auto top = static_cast<std::size_t>(settings_.top);
     for (const Candidate& candidate : candidates) {
+      if (settings_.progress && !settings_.progress(1.0)) return false;
       if (reached.size() >= 2 * top) {
         std::nth_element(reached.begin(), reached.begin() + static_cast<std::ptrdiff_t>(top), reached.end());
         if (candidate.worst > kMargin * reached[top] + kLeast) break;
@@ -418,6 +448,7 @@ class Search {
       reached.push_back(ranked.recipe.worst);
       recipes.push_back(ranked);
     }
+    return true;
   }
 
   // The lines of a recipe that are more than traces, as numbers.

@@ -76,7 +76,9 @@ struct VRX_API CRecipeSettings {
   int32_t top = 10;          ///< recipes that are returned
   double trace = 0.001;      ///< recipes that differ only by shares below this count as one
   double batchSize = 100.0;  ///< total of the amounts; with a substrate its amount
-  double resolution = 0.0;   ///< step of the dispenser, in the unit of the amounts; 0: none
+  /// Step of the dispenser, in the unit of the amounts; 0: none. Amounts are the nearest steps, and the largest takes what
+  /// then is missing from the batch size, itself rounded to a step.
+  double resolution = 0.0;
 
   /// Opacity: contrast ratio of a film of this thickness over the two backings; unset backings: not computed.
   CReflData black;

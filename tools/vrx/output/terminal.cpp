@@ -2,6 +2,7 @@
 #include "tools/vrx/output/terminal.h"
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <limits>
@@ -23,6 +24,14 @@
 namespace vrx::tool {
 
 namespace {
+
+std::atomic<bool> interruptNoted{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
+
+extern "C" void NoteInterrupt(int) {
+  interruptNoted = true;
+  std::signal(SIGINT, SIG_DFL);
+}
 
 std::string_view Environment(const char* name) {
   const char* value = std::getenv(name);
@@ -68,6 +77,27 @@ void ProgressBar::Draw(uint64_t done) {
   std::fflush(stderr);
   drawn_ = true;
   next_ = done + total_ / 100 + 1;
+}
+
+InterruptWatch::InterruptWatch() {
+  if (std::signal(SIGINT, NoteInterrupt) == SIG_IGN) std::signal(SIGINT, SIG_IGN);
+}
+
+InterruptWatch::~InterruptWatch() {
+  if (std::signal(SIGINT, SIG_DFL) == SIG_IGN) std::signal(SIGINT, SIG_IGN);
+}
+
+void InterruptWatch::Check() const {
+  if (interruptNoted) throw Interrupted();
+}
+
+int EndByInterrupt() {
+#if !defined(_WIN32)
+  std::signal(SIGINT, SIG_DFL);
+  std::raise(SIGINT);
+#endif
+  constexpr int kInterrupted = 130;  // what shells call it
+  return kInterrupted;
 }
 
 #if defined(_WIN32)

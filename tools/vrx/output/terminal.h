@@ -43,6 +43,26 @@ class ProgressBar {
   bool drawn_ = false;
 };
 
+/// While one of these exists, the first Ctrl-C is noted instead of ending the process, so that work can stop in order; the
+/// second one ends it. A process that was started with interrupts ignored keeps ignoring them.
+class InterruptWatch {
+ public:
+  InterruptWatch();
+  InterruptWatch(const InterruptWatch&) = delete;
+  InterruptWatch& operator=(const InterruptWatch&) = delete;
+  ~InterruptWatch();
+
+  /// Throws Interrupted when Ctrl-C was pressed.
+  void Check() const;
+};
+
+/// Ctrl-C was pressed during work that noted it. Passes every handler up to main.
+struct Interrupted {};
+
+/// Ends the process as an interrupt does that nobody handles, so that scripts and shells see one; where the system has no
+/// such end, returns the status that stands for it.
+int EndByInterrupt();
+
 /// What stands behind the program's name, as UTF-8 on every system.
 std::vector<std::string> Utf8Arguments(int argc, char** argv);
 
