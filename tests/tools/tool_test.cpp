@@ -15,6 +15,7 @@
 
 #include "tests/testing/rows.h"
 #include "tests/testing/tool_process.h"
+#include "tools/vrx/output/text.h"
 
 namespace {
 
@@ -334,18 +335,36 @@ std::string ShownOnTerminal(const std::string& command, uint16_t columns) {
   return shown;
 }
 
-// Texts give way to the terminal's width, numbers do not; what fits is whole.
+// Texts give way to the terminal's width, then columns that can be spared; what fits is whole.
 TEST_F(Tool, TablesFitTheTerminal) {
   const std::string id(100, 'x');
   Write("long.csv", FlatHeader() + Flat(id, "50"));
-  const std::string command =
-      "cd " + (folder_ / "") + " && NO_COLOR=1 " VRX_TOOL " color long.csv 2>/dev/null";
-  for (const uint16_t columns : {uint16_t{160}, uint16_t{200}, uint16_t{400}}) {
-    const std::string shown = ShownOnTerminal(command, columns);
+  const std::string kUnweighted =
+      "\xCE\x94L*, \xCE\x94"
+      "a*, \xCE\x94"
+      "b*, box, total";
+  const struct {
+    std::string arguments;
+    uint16_t columns;
+    std::size_t longest;
+    std::string leftOut;
+  } kRows[] = {
+      {"color long.csv", 400, 245, ""},
+      {"color long.csv", 200, 200, ""},
+      {"color long.csv", 80, 80, "observer, C, h, Lu, u, v, Cuv, huv, LH, aH, bH"},
+      {"judge " + std::string(kCharts) + " --pairs", 120, 120, ""},
+      {"judge " + std::string(kCharts) + " --pairs", 80, 80, kUnweighted},
+  };
+  for (const auto& row : kRows) {
+    const std::string shown = ShownOnTerminal(
+        "cd " + (folder_ / "") + " && NO_COLOR=1 " VRX_TOOL " " + row.arguments + " 2>/dev/null",
+        row.columns);
     std::size_t longest = 0;
-    for (const std::string& line : Lines(shown)) longest = std::max(longest, line.size());
-    EXPECT_EQ(shown.find(id) != std::string::npos, columns == 400) << shown;
-    EXPECT_TRUE(columns == 400 || longest == columns) << shown;
+    for (const std::string& line : Lines(shown)) longest = std::max(longest, vrx::tool::DisplayWidth(line));
+    EXPECT_EQ(longest, row.longest) << shown;
+    const std::size_t note = shown.find("(no room for: ");
+    EXPECT_EQ(note == std::string::npos ? "" : shown.substr(note + 14, shown.find(')', note) - note - 14),
+              row.leftOut);
   }
 }
 

@@ -38,14 +38,14 @@ std::string NumbersOf(const std::vector<std::size_t>& outliers) {
 
 std::vector<Column> StatisticsColumns() {
   return {{"id"},
-          {"geometry"},
+          {.name = "geometry", .spare = true},
           {"readings"},
           {"sdL", "sd L*", 3},
           {"sda", "sd a*", 3},
           {"sdb", "sd b*", 3},
-          {"rangeL", "range L*", 3},
-          {"rangea", "range a*", 3},
-          {"rangeb", "range b*", 3},
+          {"rangeL", "range L*", 3, true},
+          {"rangea", "range a*", 3, true},
+          {"rangeb", "range b*", 3, true},
           {"mean_difference",
            "mean \xCE\x94"
            "E*ab",

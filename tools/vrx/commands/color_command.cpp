@@ -85,11 +85,12 @@ class ColorRows {
 
  private:
   static std::vector<Column> Columns() {
-    std::vector<Column> columns{{"id"}, {"illuminant"}, {"observer"}};
+    std::vector<Column> columns{{"id"}, {"illuminant"}, {.name = "observer", .spare = true}};
     for (const char* name : {"X", "Y", "Z"}) columns.push_back({name});
     for (const char* name : {"x", "y"}) columns.push_back({name, "", 4});
-    for (const char* name : {"L", "a", "b", "C", "h", "Lu", "u", "v", "Cuv", "huv", "LH", "aH", "bH"}) {
-      columns.push_back({name});
+    for (const char* name : {"L", "a", "b"}) columns.push_back({name});
+    for (const char* name : {"C", "h", "Lu", "u", "v", "Cuv", "huv", "LH", "aH", "bH"}) {
+      columns.push_back({.name = name, .spare = true});
     }
     return columns;
   }

@@ -148,7 +148,10 @@ class DeltaRows {
     if (format_ == Format::kCsv) {
       for (const char* name : {"e0", "e1", "e2", "e3", "e4", "e5", "e6"}) columns.push_back({name});
     } else {
-      for (const DifferenceColumn& column : columns_) columns.push_back({column.heading, "", 4});
+      for (std::size_t i = 0; i < columns_.size(); ++i) {
+        columns.push_back(
+            {.name = columns_[i].heading, .decimals = 4, .spare = columns_.size() == 7 && i < 3});
+      }
     }
     if (!withVerdicts_) return columns;
     if (format_ == Format::kCsv) {
@@ -156,7 +159,8 @@ class DeltaRows {
     } else {
       columns.push_back({"words"});
     }
-    for (const char* name : {"box", "total", "verdict"}) columns.push_back({name});
+    for (const char* name : {"box", "total"}) columns.push_back({.name = name, .spare = true});
+    columns.push_back({"verdict"});
     return columns;
   }
 

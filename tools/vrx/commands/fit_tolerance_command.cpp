@@ -202,8 +202,15 @@ PlaneChart PlaneOf(const std::string& title, const Cloud& cloud, const CEllipseD
 }
 
 void WriteFits(const Accepted& accepted, const FitOptions& options) {
-  std::vector<Column> columns{{"standard"}, {"geometry"}, {"system"}, {"illuminant"}, {"observer"}};
-  for (const std::string_view name : EllipseColumns()) columns.push_back({std::string(name), "", 4});
+  std::vector<Column> columns{{"standard"},
+                              {.name = "geometry", .spare = true},
+                              {"system"},
+                              {"illuminant"},
+                              {.name = "observer", .spare = true}};
+  for (const std::string_view name : EllipseColumns()) {
+    const bool isAxis = name == "lightness" || name == "major" || name == "minor" || name == "angle";
+    columns.push_back({.name = std::string(name), .decimals = 4, .spare = !isAxis});
+  }
   OutputStream output;
   ResultReport report(options.report, ReportText::kEllipsoids);
   report.AddFile(ReportText::kAccepted, options.accepted);

@@ -165,11 +165,14 @@ class StrengthRows {
     for (const vrxIlluminant illuminant : settings.viewing.illuminants) {
       const bool isFirst = columns.size() == kSumColumns;
       const std::string suffix = isFirst ? "" : std::string("_").append(CodeOf(illuminant));
-      columns.push_back({"tristimulus" + suffix});
+      columns.push_back({.name = "tristimulus" + suffix, .spare = !isFirst});
       if (isFirst) AddSingleWavelengthColumns(settings, columns);
-      columns.push_back({"pseudo_tristimulus" + suffix, "pseudo" + suffix});
-      columns.push_back({"luminous" + suffix});
-      for (const char* component : {"X", "Y", "Z"}) columns.push_back({component + suffix});
+      columns.push_back(
+          {.name = "pseudo_tristimulus" + suffix, .heading = "pseudo" + suffix, .spare = !isFirst});
+      columns.push_back({.name = "luminous" + suffix, .spare = true});
+      for (const char* component : {"X", "Y", "Z"}) {
+        columns.push_back({.name = component + suffix, .spare = true});
+      }
     }
     return columns;
   }

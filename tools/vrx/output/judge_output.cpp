@@ -157,10 +157,16 @@ class TableJudgeOutput final : public JudgeOutput {
     if (shown_.name) columns.push_back({"name"});
     if (shown_.geometry) columns.push_back({"geometry"});
     columns.push_back({"illuminant"});
-    for (const DifferenceColumn& column : columns_) columns.push_back({column.heading});
+    constexpr std::size_t kAllElements = 7;  // the first three are those that the others weigh
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      columns.push_back({.name = columns_[i].heading, .spare = columns_.size() == kAllElements && i < 3});
+    }
     columns.push_back({"words"});
     if (byEllipse_) columns.push_back({"value"});
-    for (const char* name : {byEllipse_ ? "ellipse" : "box", "total", "verdict"}) columns.push_back({name});
+    for (const char* name : {byEllipse_ ? "ellipse" : "box", "total"}) {
+      columns.push_back({.name = name, .spare = true});
+    }
+    columns.push_back({"verdict"});
     return columns;
   }
 
@@ -214,9 +220,9 @@ void WriteSummaries(const Format& format, OutputStream& output, const JudgeSetti
                                    {"warning"},
                                    {"fail"},
                                    {"mean", "mean " + total},
-                                   {"deviation", "st. dev."},
-                                   {"median"},
-                                   {"percentile95", "95 % below"},
+                                   {.name = "deviation", .heading = "st. dev.", .spare = true},
+                                   {.name = "median", .spare = true},
+                                   {.name = "percentile95", .heading = "95 % below", .spare = true},
                                    {"largest"},
                                    {"trial", "of trial"}});
   for (std::size_t i = 0; i < summaries.size(); ++i) {

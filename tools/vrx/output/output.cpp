@@ -285,6 +285,7 @@ class TableRows final : public RowWriter {
       if (column.heading.empty()) column.heading = column.name;
       widths_.push_back(DisplayWidth(column.heading));
     }
+    leftOut_.resize(columns_.size());
   }
   void Text(std::string_view text, Tint tint) override {
     const std::string shown = Shortened(text, isFitted_ ? widths_[column_] : kLongestCell);
@@ -296,12 +297,17 @@ class TableRows final : public RowWriter {
   }
   void Integer(int64_t value) override { Put({std::to_string(value), Tint::kPlain, true}); }
   void EndRow() override {
-    if (laidOut_) output_.Append('\n');
+    if (laidOut_) EndLine();
     column_ = 0;
     if (!laidOut_ && held_.size() == kHeldRows * columns_.size()) LayOut();
   }
   void Finish() override {
     if (!laidOut_) LayOut();
+    std::string names;
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      if (leftOut_[i]) names += (names.empty() ? "" : ", ") + columns_[i].heading;
+    }
+    if (!names.empty()) output_.Append("\n(no room for: " + names + ")\n");
   }
 
  private:
@@ -325,8 +331,13 @@ class TableRows final : public RowWriter {
     ++column_;
   }
   void LayOut();
+  [[nodiscard]] std::size_t Width() const;
   void FitTo(std::size_t terminalWidth);
   void Write(const Cell& cell);
+  void EndLine() {
+    output_.Append('\n');
+    column_ = blanks_ = 0;
+  }
 
   OutputStream& output_;
   std::vector<Column> columns_;
@@ -334,21 +345,41 @@ class TableRows final : public RowWriter {
   bool useColour_;
   bool laidOut_ = false;
   bool isFitted_ = false;  // columns of text are narrower than they would like to be
+  std::vector<bool> leftOut_;
   std::size_t column_ = 0;
+  std::size_t blanks_ = 0;  // before the next cell of the line
   std::vector<HeldCell> held_;
 };
 
-// Takes from the widest column of text, place by place, what the terminal has not got.
+std::size_t TableRows::Width() const {
+  std::size_t width = 0;
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    if (!leftOut_[i]) width += (width > 0 ? kGap : 0) + widths_[i];
+  }
+  return width;
+}
+
+// Takes from the widest column of text, place by place, what the terminal has not got, and where that is not enough,
+// leaves spare columns out.
 void TableRows::FitTo(std::size_t terminalWidth) {
   constexpr std::size_t kNarrowest = 8;
-  std::size_t width = kGap * (columns_.size() - 1);
-  for (const std::size_t column : widths_) width += column;
-  for (; width > terminalWidth; --width) {
+  const auto least = [&](std::size_t i) {
+    const bool isText = !held_.empty() && !held_[i].toTheRight;
+    return isText ? std::min(widths_[i], std::max(kNarrowest, DisplayWidth(columns_[i].heading)))
+                  : widths_[i];
+  };
+  std::size_t narrowest = kGap * (columns_.size() - 1);
+  for (std::size_t i = 0; i < columns_.size(); ++i) narrowest += least(i);
+  for (std::size_t i = columns_.size(); i-- > 0 && narrowest > terminalWidth;) {
+    if (!columns_[i].spare) continue;
+    leftOut_[i] = true;
+    narrowest -= least(i) + kGap;
+  }
+  for (std::size_t width = Width(); width > terminalWidth; --width) {
     std::size_t widest = columns_.size();
     for (std::size_t i = 0; i < columns_.size(); ++i) {
-      const bool isText = !held_.empty() && !held_[i].toTheRight;
-      const std::size_t least = std::max(kNarrowest, DisplayWidth(columns_[i].heading));
-      if (isText && widths_[i] > least && (widest == columns_.size() || widths_[i] > widths_[widest]))
+      if (!leftOut_[i] && widths_[i] > least(i) &&
+          (widest == columns_.size() || widths_[i] > widths_[widest]))
         widest = i;
     }
     if (widest == columns_.size()) return;
@@ -360,32 +391,29 @@ void TableRows::FitTo(std::size_t terminalWidth) {
 void TableRows::LayOut() {
   laidOut_ = true;
   if (const std::size_t terminal = TerminalWidth(); terminal > 0) FitTo(terminal);
-  const auto endRow = [this] {
-    output_.Append('\n');
-    column_ = 0;
-  };
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     Write({columns_[i].heading, Tint::kHeading, !held_.empty() && held_[i].toTheRight});
   }
-  endRow();
+  EndLine();
   for (const HeldCell& cell : std::exchange(held_, {})) {
     const bool isCut = !cell.toTheRight && DisplayWidth(cell.text) > widths_[column_];
     Write({isCut ? Shortened(cell.text, widths_[column_]) : cell.text, cell.tint, cell.toTheRight});
-    if (column_ == columns_.size()) endRow();
+    if (column_ == columns_.size()) EndLine();
   }
 }
 
 void TableRows::Write(const Cell& cell) {
+  const std::size_t column = column_++;
+  if (leftOut_[column]) return;
   const std::size_t width = DisplayWidth(cell.text);
-  const std::size_t padding = widths_[column_] > width ? widths_[column_] - width : 0;
-  const bool isLast = ++column_ == columns_.size();
-  if (cell.toTheRight) output_.AppendSpaces(padding);
+  const std::size_t padding = widths_[column] > width ? widths_[column] - width : 0;
+  output_.AppendSpaces(blanks_ + (cell.toTheRight ? padding : 0));
   if (useColour_ && cell.tint != Tint::kPlain) {
     output_.Append(Tinted(cell.text, cell.tint, true));
   } else {
     output_.Append(cell.text);
   }
-  if (!isLast) output_.AppendSpaces((cell.toTheRight ? 0 : padding) + kGap);
+  blanks_ = (cell.toTheRight ? 0 : padding) + kGap;
 }
 
 }  // namespace

@@ -114,6 +114,7 @@ struct Column {
   std::string name;          ///< heading in csv and key in json
   std::string heading = {};  ///< heading in a table; the name when empty
   int decimals = 2;          ///< of numbers in a table
+  bool spare = false;        ///< left out of a table for which the terminal is too narrow, the last one first
 };
 
 /// How a cell of a table looks on a terminal.
@@ -123,8 +124,8 @@ enum class Tint { kPlain, kGood, kWarning, kBad, kHeading };
 std::string Tinted(std::string_view text, Tint tint, bool useColour);
 
 /// Rows of results in one of the three formats. A row is one call per column, left to right, then `EndRow`.
-/// Text is UTF-8; tables cut it to kLongestCell characters, on a terminal to what its width leaves. Memory is
-/// constant: a table takes its column widths from its first rows.
+/// Text is UTF-8; tables cut it to kLongestCell characters, on a terminal to what its width leaves, and say at their end
+/// which spare columns it left no room for. Memory is constant: a table takes its column widths from its first rows.
 class RowWriter {
  public:
   virtual ~RowWriter() = default;
