@@ -1,8 +1,9 @@
 #!/bin/sh
-# setup.sh [build|test|bench|windows]
+# setup.sh [build|test|bench|windows|aarch64]
 #
 # Installs what is missing on Debian 12 to build the vrx tool, to run the tests, or to run the benchmarks; each level
-# holds the one before. The level windows holds what builds and runs the Windows programs. Quiet and quick when nothing is missing; then it needs neither apt-get nor rights.
+# holds the one before. The levels windows and aarch64 hold what builds and runs the programs for Windows and for 64-bit
+# ARM. Quiet and quick when nothing is missing; then it needs neither apt-get nor rights.
 set -eu
 level=${1:-build}
 missing=
@@ -23,8 +24,8 @@ need() {
 header() { need "$1" "/usr/include/$2" "/usr/local/include/$2"; }
 
 case $level in
-  build | test | bench | windows) ;;
-  *) echo "usage: setup.sh [build|test|bench|windows]" >&2; exit 2 ;;
+  build | test | bench | windows | aarch64) ;;
+  *) echo "usage: setup.sh [build|test|bench|windows|aarch64]" >&2; exit 2 ;;
 esac
 
 need g++ g++
@@ -43,6 +44,11 @@ if [ "$level" = windows ]; then
   need pkg-config pkg-config
   need wine64 /usr/lib/wine/wine64
   need xvfb Xvfb
+elif [ "$level" = aarch64 ]; then
+  need g++-aarch64-linux-gnu aarch64-linux-gnu-g++
+  need qemu-user qemu-aarch64
+  need googletest /usr/src/googletest/googletest/CMakeLists.txt
+  need python3 python3
 elif [ "$level" != build ]; then
   need clang clang++
   need libclang-rt-14-dev /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer*.a
