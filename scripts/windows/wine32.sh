@@ -45,17 +45,25 @@ unpack() {
   rm -rf "$base/apt"
 }
 
-# inside FOLDER EXE ARGS...: wine with the tree as its root. The mounts go away with the name space that holds them.
+# inside FOLDER EXE ARGS...: wine with the tree as its root. The mounts go away with the name space that holds them. They
+# begin on top of /proc, which is a mount everywhere, so that it can be kept from handing them on to the machine; the root
+# of a chroot is none.
 inside() {
-  VRX_TREE=$tree unshare --mount --propagation private bash -c '
+  VRX_TREE=$tree unshare --mount --propagation unchanged bash -c '
     set -e
-    mount -t proc proc "$VRX_TREE/proc"
-    mount --rbind /dev "$VRX_TREE/dev"
-    mount --rbind / "$VRX_TREE/machine"
-    if [ -d /tmp/.X11-unix ]; then mkdir -p "$VRX_TREE/tmp/.X11-unix"; mount --bind /tmp/.X11-unix "$VRX_TREE/tmp/.X11-unix"; fi
-    exec 9> "$VRX_TREE/tmp/starting"
+    mount --make-private /proc
+    mount -t tmpfs none /proc
+    root=/proc/root
+    mkdir "$root"
+    mount --bind "$VRX_TREE" "$root"
+    mount --make-private "$root"
+    mount -t proc proc "$root/proc"
+    mount --rbind /dev "$root/dev"
+    mount --rbind / "$root/machine"
+    if [ -d /tmp/.X11-unix ]; then mkdir -p "$root/tmp/.X11-unix"; mount --bind /tmp/.X11-unix "$root/tmp/.X11-unix"; fi
+    exec 9> "$root/tmp/starting"
     flock 9
-    exec chroot "$VRX_TREE" /bin/busybox env HOME=/root PATH=/usr/bin:/bin LANG=C.UTF-8 WINEDEBUG="${WINEDEBUG:--all}" \
+    exec chroot "$root" /bin/busybox env HOME=/root PATH=/usr/bin:/bin LANG=C.UTF-8 WINEDEBUG="${WINEDEBUG:--all}" \
       WINEDLLOVERRIDES="mscoree,mshtml=" WINESERVER=/usr/lib/wine/wineserver32 ${DISPLAY:+DISPLAY="$DISPLAY"} \
       /bin/busybox sh -c "$0" sh "$@"' "$start" "$@"
 }
