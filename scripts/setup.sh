@@ -120,5 +120,8 @@ if [ "$(id -u)" -ne 0 ]; then
 fi
 $as_root apt-get -qq update || echo "setup.sh: the package lists could not be renewed; trying with the old ones" >&2
 # shellcheck disable=SC2086 # the packages are separate words
-$as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install --no-install-recommends $missing > /dev/null
+$as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install --no-install-recommends $missing > /dev/null || {
+  echo "setup.sh: these could not be installed, see apt's reasons above:$missing" >&2
+  exit 1
+}
 wine32
