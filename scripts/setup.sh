@@ -91,6 +91,7 @@ if [ "$level" = bench ]; then
   header libeigen3-dev eigen3/Eigen/Core
   header libpugixml-dev pugixml.hpp
   header libexpat1-dev expat.h
+  python_module python3-scipy scipy/__init__.py
 fi
 
 # 32-bit wine, by its package where the machine takes i386 packages and they fit, otherwise unpacked into a folder.

@@ -214,7 +214,7 @@ CRecipeSettings SettingsOf(const System& system, const py::dict& given) {
   }
   settings.top = static_cast<int32_t>(NumberOf(given, "top", 1, 10'000));
   settings.threads = static_cast<uint32_t>(NumberOf(given, "threads", 0, 1024));
-  settings.prerank = static_cast<int64_t>(NumberOf(given, "prerank", 0, 1e15));
+  settings.prerank = static_cast<int64_t>(NumberOf(given, "prerank", 0, 1e6));
   settings.mostSubsets = static_cast<uint64_t>(NumberOf(given, "max_subsets", 1, 1e15));
   return settings;
 }

@@ -171,11 +171,11 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
     sort : str
         ``"fewest"``, ``"color"``, ``"metamerism"`` or ``"cost"``.
     batch_size, resolution : float
-        Total of the amounts, and the step of the dispenser.
+        Total of the amounts, and the step of the dispenser: amounts are the nearest steps, and the largest takes the rest.
     backings : array_like, shape (2, 40), optional
         A black and a white one, for the opacity of a film of `thickness`; `min_opacity` in percent leaves recipes out.
     prerank : int
-        Lossy: solve only so many subsets of each size; 0 solves all.
+        Lossy: solve only so many subsets of each size, at most a million; 0 solves all.
     max_subsets : float
         Refuse searches of more.
     threads : int
@@ -183,7 +183,8 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
 
     Returns
     -------
-    list of Recipe, best first; a list of such lists for several targets
+    list of Recipe, best first; a list of such lists for several targets. One is empty where `min_opacity`, `limits` or
+    `resolution` leave nothing.
     """
     settings = {name: value for name, value in locals().items() if name not in ("color_system", "targets")}
     settings.update(limits=limits or {}, costs=costs or {})
@@ -198,8 +199,8 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
             top: int = 10, max_colorants: int = 3, max_addition: float = 20.0,
             aim: Literal["smallest", "cheapest", "nearest"] = "smallest", batch_size: float = 100.0,
             require: Sequence[Component] = (), exclude: Sequence[Component] = (), costs: Mapping[Component, float] | None = None,
-            min_amount: float = 0.0, objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
-            specular: Specular = "included", prerank: int = 0, max_subsets: float = 1e8, threads: int = 0,
+            objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
+            specular: Specular = "included", max_subsets: float = 1e8, threads: int = 0,
             **parameters: float) -> tuple[Correction, list[Correction]]:
     """What to add to a batch that came out wrong.
 
@@ -231,6 +232,6 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
     """
     settings = {name: value for name, value in locals().items()
                 if name not in ("color_system", "formula", "measured", "target")}
-    settings.update(limits={}, costs=costs or {})
+    settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0)
     before, found = _core.correct(color_system, _amounts(color_system, formula), measured, target, settings)
     return _record(Correction, color_system, before), [_record(Correction, color_system, fields) for fields in found]

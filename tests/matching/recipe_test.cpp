@@ -104,6 +104,15 @@ TEST(Recipes, TheSameBitsWhateverDoesTheWork) {
   }
   UseInstructionSet(before);
 
+  // As many pre-ranked subsets as there are: all of them.
+  settings.prerank = 1'000'000;
+  EXPECT_EQ(BitsOf(Recipes(system, curve, settings)), expected) << "pre-ranked";
+  settings.prerank = 5;
+  const std::string fewer = BitsOf(Recipes(system, curve, settings));
+  settings.threads = 1;
+  EXPECT_EQ(BitsOf(Recipes(system, curve, settings)), fewer) << "pre-ranked, on one thread";
+  settings.prerank = 0;
+
   CColorantSystemData permuted = system;
   for (int32_t i = 0; i < 8; ++i) permuted.colorants[i] = system.colorants[(5 * i + 3) % 8];
   EXPECT_EQ(BitsOf(Recipes(permuted, curve, settings)), expected) << "the order of components";

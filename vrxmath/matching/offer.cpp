@@ -68,8 +68,10 @@ RecipeFault CheckSettings(const CRecipeSettings& settings) {
     return value >= least && value <= most;
   };
   constexpr int32_t kMostIlluminants = 32;
+  constexpr int64_t kMostPreranked = 1'000'000;  // which are in memory together
   const bool areCounts = settings.mostColorants >= 1 && settings.mostColorants <= kMostSubsetColorants &&
-                         settings.top >= 1 && settings.prerank >= 0 && settings.illuminants.GetSize() >= 1 &&
+                         settings.top >= 1 && settings.prerank >= 0 && settings.prerank <= kMostPreranked &&
+                         settings.illuminants.GetSize() >= 1 &&
                          settings.illuminants.GetSize() <= kMostIlluminants;
   const bool areNumbers = isWithin(settings.leastAmount, 0.0, 1.0) && settings.tolerance >= 0.0 &&
                           isWithin(settings.trace, 0.0, 1.0) && isWithin(settings.batchSize, 1e-100, 1e100) &&

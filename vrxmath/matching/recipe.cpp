@@ -160,97 +160,122 @@ class Search {
     for (const OfferedColorant& colorant : offer_.colorants) add(*colorant.component);
   }
 
-  // Solves all subsets of a size; false when the search was stopped.
+  // Subsets of one size, and how far each is solved.
+  struct Block {
+    std::vector<uint16_t> subsets;
+    std::vector<SubsetSolution> solutions;
+  };
+  // One of them, in the order of the linearised objective; its colorants make the order total.
+  struct Row {
+    std::array<uint16_t, kMostSubsetColorants> subset{};
+    SubsetSolution solution{};
+
+    bool operator<(const Row& other) const {
+      if (solution.objective != other.solution.objective)
+        return solution.objective < other.solution.objective;
+      return subset < other.subset;
+    }
+  };
+
+  // Solves the subsets of a size, all or those that are ranked first; false when the search was stopped.
   bool SolveSize(const SubsetRange& range, std::vector<Candidate>& best) {
-    CandidateList list(std::max<std::size_t>(100, 10 * static_cast<std::size_t>(settings_.top)));
-    double least = HUGE_VAL;
-    if (settings_.prerank > 0 && !FindPrerankLimit(range, least)) return false;
+    CandidateList list = NoCandidates();
     std::mutex mutex;
-    const bool isDone = ForEach(range, [&](std::size_t from, std::size_t count) {
-      CandidateList found(std::max<std::size_t>(100, 10 * static_cast<std::size_t>(settings_.top)));
-      SolveBlock(range, from, count, least, found);
+    const bool isPreranked =
+        settings_.prerank > 0 && range.Count() > static_cast<uint64_t>(settings_.prerank);
+    std::vector<Row> chosen;
+    const auto solve = [&](Block& block) {
+      CandidateList found = NoCandidates();
+      Solve(range.Size(), block, found);
       const std::lock_guard<std::mutex> lock(mutex);
       list.Add(found);
-    });
+    };
+    bool isDone =
+        ForEach(static_cast<std::size_t>(range.Count()), kBlock, [&](std::size_t from, std::size_t count) {
+          Block block = StartBlock(range, from, count);
+          if (!isPreranked) return solve(block);
+          const std::lock_guard<std::mutex> lock(mutex);
+          AddRows(range.Size(), block, chosen);
+          if (chosen.size() > 2 * static_cast<std::size_t>(settings_.prerank) + kBlock) KeepFirst(chosen);
+        });
+    done_ += static_cast<double>(range.Count());
+    if (isDone && isPreranked) {
+      KeepFirst(chosen);
+      isDone = ForEach(chosen.size(), kBlock, [&](std::size_t from, std::size_t count) {
+        Block block = BlockOf(range.Size(), &chosen[from], count);
+        solve(block);
+      });
+    }
     best = list.Sorted();
     return isDone;
   }
 
+  CandidateList NoCandidates() const {
+    return CandidateList(std::max<std::size_t>(100, 10 * static_cast<std::size_t>(settings_.top)));
+  }
+
   template <class WORK>
-  bool ForEach(const SubsetRange& range, const WORK& work) {
+  bool ForEach(std::size_t count, std::size_t blockRows, const WORK& work) const {
     BatchRun run;
     run.threads = settings_.threads;
     double all = 0.0;
     for (const SubsetRange& each : ranges_) all += static_cast<double>(each.Count());
-    if (settings_.prerank > 0) all *= 2.0;  // every subset is looked at twice
     bool isWanted = true;
     if (settings_.progress) {
       run.progress = [&, all](std::size_t done) {
-        return isWanted = settings_.progress((done_ + static_cast<double>(done)) / all);
+        return isWanted = settings_.progress(std::min(1.0, (done_ + static_cast<double>(done)) / all));
       };
     }
-    const bool isDone = ForEachBlock(run, static_cast<std::size_t>(range.Count()), kBlock, work) && isWanted;
-    done_ += static_cast<double>(range.Count());
-    return isDone;
+    return ForEachBlock(run, count, blockRows, work) && isWanted;
   }
 
-  // The linearised objective that the best `prerank` subsets of a size do not exceed; false when stopped.
-  bool FindPrerankLimit(const SubsetRange& range, double& limit) {
+  static void AddRows(int32_t size, const Block& block, std::vector<Row>& rows) {
+    for (std::size_t i = 0; i < block.solutions.size(); ++i) {
+      if (!(block.solutions[i].objective < HUGE_VAL)) continue;
+      Row row;
+      std::copy_n(&block.subsets[i * static_cast<std::size_t>(size)], size, row.subset.begin());
+      row.solution = block.solutions[i];
+      rows.push_back(row);
+    }
+  }
+
+  // Leaves the first `prerank` rows by their order.
+  void KeepFirst(std::vector<Row>& rows) const {
     const auto most = static_cast<std::size_t>(settings_.prerank);
-    std::vector<double> objectives;
-    std::mutex mutex;
-    const bool isDone = ForEach(range, [&](std::size_t from, std::size_t count) {
-      std::vector<uint16_t> subsets;
-      std::vector<SubsetSolution> solutions;
-      StartBlock(range, from, count, subsets, solutions);
-      const std::lock_guard<std::mutex> lock(mutex);
-      for (const SubsetSolution& solution : solutions) objectives.push_back(solution.objective);
-      if (objectives.size() > 2 * most + kBlock) KeepLeast(objectives, most);
-    });
-    KeepLeast(objectives, most);
-    if (!objectives.empty()) limit = *std::max_element(objectives.begin(), objectives.end());
-    return isDone;
+    if (rows.size() <= most) return;
+    std::nth_element(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(most), rows.end());
+    rows.resize(most);
   }
 
-  static void KeepLeast(std::vector<double>& values, std::size_t most) {
-    if (values.size() <= most) return;
-    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(most), values.end());
-    values.resize(most);
-  }
-
-  void StartBlock(const SubsetRange& range, std::size_t from, std::size_t count,
-                  std::vector<uint16_t>& subsets, std::vector<SubsetSolution>& solutions) const {
-    range.Append(from, count, subsets);
-    solutions.resize(subsets.size() / static_cast<std::size_t>(range.Size()));
-    CurrentKernels<SubsetKernels>().start(target_->Problem(), range.Size(), subsets.data(), solutions.size(),
-                                          solutions.data());
-  }
-
-  void SolveBlock(const SubsetRange& range, std::size_t from, std::size_t count, double leastObjective,
-                  CandidateList& found) const {
-    std::vector<uint16_t> subsets;
-    std::vector<SubsetSolution> solutions;
-    StartBlock(range, from, count, subsets, solutions);
-    const auto size = static_cast<std::size_t>(range.Size());
-    if (settings_.prerank > 0) {
-      std::size_t kept = 0;
-      for (std::size_t i = 0; i < solutions.size(); ++i) {
-        if (!(solutions[i].objective <= leastObjective)) continue;
-        std::copy_n(&subsets[i * size], size, &subsets[kept * size]);
-        solutions[kept++] = solutions[i];
-      }
-      solutions.resize(kept);
+  static Block BlockOf(int32_t size, const Row* rows, std::size_t count) {
+    Block block;
+    for (std::size_t i = 0; i < count; ++i) {
+      block.subsets.insert(block.subsets.end(), rows[i].subset.begin(), rows[i].subset.begin() + size);
+      block.solutions.push_back(rows[i].solution);
     }
+    return block;
+  }
+
+  Block StartBlock(const SubsetRange& range, std::size_t from, std::size_t count) const {
+    Block block;
+    range.Append(from, count, block.subsets);
+    block.solutions.resize(block.subsets.size() / static_cast<std::size_t>(range.Size()));
+    CurrentKernels<SubsetKernels>().start(target_->Problem(), range.Size(), block.subsets.data(),
+                                          block.solutions.size(), block.solutions.data());
+    return block;
+  }
+
+  void Solve(int32_t size, Block& block, CandidateList& found) const {
     if (!offer_.hasSeveralLevels) {
-      CurrentKernels<SubsetKernels>().solve(target_->Problem(), range.Size(), subsets.data(),
-                                            solutions.size(), solutions.data());
+      CurrentKernels<SubsetKernels>().solve(target_->Problem(), size, block.subsets.data(),
+                                            block.solutions.size(), block.solutions.data());
     }
-    for (std::size_t i = 0; i < solutions.size(); ++i) {
+    for (std::size_t i = 0; i < block.solutions.size(); ++i) {
       Candidate candidate;
-      candidate.size = range.Size();
-      std::copy_n(&subsets[i * size], size, candidate.subset.begin());
+      candidate.size = size;
+      std::copy_n(&block.subsets[i * static_cast<std::size_t>(size)], size, candidate.subset.begin());
       candidate.rank = RankOf(candidate);
-      candidate.solution = solutions[i];
+      candidate.solution = block.solutions[i];
       if (Complete(candidate)) found.Add(candidate);
     }
   }
@@ -426,29 +451,45 @@ class Search {
   }
 
   // Refines and predicts the candidates of one size until those that are left cannot be among the first: their keys,
-  // known to a few percent, exceed what as many recipes as are asked for have reached. False when stopped.
+  // known to a few percent, exceed what as many recipes as are asked for have reached. Several threads look ahead, which
+  // changes nothing of what is taken. False when stopped.
   bool Predict(const std::vector<Candidate>& candidates, std::vector<Ranked>& recipes) const {
-    constexpr double kMargin = 1.25, kLeast = 0.02;
-    std::vector<double> reached;
     const auto top = static_cast<std::size_t>(settings_.top);
-    for (const Candidate& candidate : candidates) {
-      if (settings_.progress && !settings_.progress(1.0)) return false;
-      if (reached.size() >= 2 * top) {
-        std::nth_element(reached.begin(), reached.begin() + static_cast<std::ptrdiff_t>(top), reached.end());
-        if (candidate.worst > kMargin * reached[top] + kLeast) break;
-        if (reached.size() >= 8 * top) break;
+    const std::size_t ahead = settings_.threads == 1 ? 1 : 2 * top;
+    std::vector<double> reached;
+    for (std::size_t from = 0; from < candidates.size(); from += ahead) {
+      std::vector<Ranked> next(std::min(ahead, candidates.size() - from));
+      const bool isDone = ForEach(
+          next.size(), 1, [&](std::size_t i, std::size_t) { next[i] = RankedOf(candidates[from + i]); });
+      if (!isDone) return false;
+      for (std::size_t i = 0; i < next.size(); ++i) {
+        if (IsEnough(reached, candidates[from + i])) return true;
+        const CRecipe& recipe = next[i].recipe;
+        if (recipe.colorants == 0 || !(recipe.worst < 1e290)) continue;
+        if (settings_.leastOpacity > 0.0 && !(recipe.opacity >= settings_.leastOpacity)) continue;
+        reached.push_back(recipe.worst);
+        recipes.push_back(next[i]);
       }
-      Candidate refined = candidate;
-      SubsetRefiner(offer_, target_->Problem()).Solve(refined.subset.data(), refined.size, refined.solution);
-      if (refined.solution.end == SubsetEnd::kAtBound) continue;  // the smaller subset stands in the list
-      if (refined.solution.end == SubsetEnd::kUnsolved) refined = candidate;
-      Ranked ranked{RecipeOf(refined), refined.rank};
-      if (ranked.recipe.colorants == 0 || !(ranked.recipe.worst < 1e290)) continue;
-      if (settings_.leastOpacity > 0.0 && !(ranked.recipe.opacity >= settings_.leastOpacity)) continue;
-      reached.push_back(ranked.recipe.worst);
-      recipes.push_back(ranked);
     }
     return true;
+  }
+
+  // True when a candidate, and those behind it, cannot be among the first of those that reached the differences.
+  bool IsEnough(std::vector<double>& reached, const Candidate& candidate) const {
+    constexpr double kMargin = 1.25, kLeast = 0.02;
+    const auto top = static_cast<std::size_t>(settings_.top);
+    if (reached.size() < 2 * top) return false;
+    std::nth_element(reached.begin(), reached.begin() + static_cast<std::ptrdiff_t>(top), reached.end());
+    return candidate.worst > kMargin * reached[top] + kLeast || reached.size() >= 8 * top;
+  }
+
+  // A candidate refined and predicted; without colorants when the smaller subset stands for it.
+  Ranked RankedOf(const Candidate& candidate) const {
+    Candidate refined = candidate;
+    SubsetRefiner(offer_, target_->Problem()).Solve(refined.subset.data(), refined.size, refined.solution);
+    if (refined.solution.end == SubsetEnd::kAtBound) return {};
+    if (refined.solution.end == SubsetEnd::kUnsolved) refined = candidate;
+    return {RecipeOf(refined), refined.rank};
   }
 
   // The lines of a recipe that are more than traces, as numbers.

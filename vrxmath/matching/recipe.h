@@ -87,7 +87,8 @@ struct VRX_API CRecipeSettings {
   double leastOpacity = 0.0;  ///< contrast ratio in percent that a recipe must have
 
   uint64_t mostSubsets = 100'000'000;  ///< more are refused
-  /// Lossy: only this many subsets of each size, those with the least linearised objective, are solved; 0: all.
+  /// Lossy: only this many subsets of each size, those with the least linearised objective, are solved; 0: all. At most
+  /// a million.
   int64_t prerank = 0;
   uint32_t threads = 1;  ///< the calling one included; 0: one per core
   /// Called on the calling thread with the part that is done, 0 to 1; false stops the search. May be empty.

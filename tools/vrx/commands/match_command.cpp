@@ -69,7 +69,9 @@ CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& syste
   if (!(options.minOpacity >= 0.0 && options.minOpacity <= 100.0)) {
     throw InputError("--min-opacity: percent, 0 to 100, are expected");
   }
-  if (options.prerank < 0) throw InputError("--prerank: a number, 0 or more, is expected");
+  if (options.prerank < 0 || options.prerank > 1'000'000) {
+    throw InputError("--prerank: a number from 0 to 1000000 is expected");
+  }
   settings.order = options.order;
   settings.thickness = options.thickness;
   settings.leastOpacity = options.minOpacity;
