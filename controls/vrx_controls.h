@@ -56,8 +56,9 @@ VRX_CONTROLS_API BOOL __stdcall VrxRegisterControls(HINSTANCE instance);
 
 /* ---- All controls --------------------------------------------------------------------------------------------------- */
 
-/* Sets the dots per inch that a control is laid out for (96 to 480; wParam); 0: those of its screen. Returns 1. */
+/* Sets the dots per inch that a control is laid out for (96 to VRX_MOST_DPI; wParam); 0: those of its screen. Returns 1, or 0. */
 #define VRXM_SETDPI (WM_USER + 0x300)
+#define VRX_MOST_DPI 1200
 /* Draws the control into any device context: wParam HDC, lParam const RECT* in the units of the device, null: the size of the
  * window. Drawn controls and lists answer it, as they do WM_PRINTCLIENT; the picture follows the device's dots per inch. */
 #define VRXM_DRAW (WM_USER + 0x301)
@@ -73,6 +74,7 @@ VRX_CONTROLS_API BOOL __stdcall VrxRegisterControls(HINSTANCE instance);
  * LB_SETCOUNT makes the list virtual: it keeps no texts and asks its parent for each row that it shows (VRXN_GETROW).
  */
 #define VRXLS_MULTIPLE 0x0001 /* window style: more than one entry may be selected */
+/* LBS_WANTKEYBOARDINPUT: the parent is asked first what a key does (WM_VKEYTOITEM). */
 
 #define VRX_CHECK_OFF 0
 #define VRX_CHECK_ON 1

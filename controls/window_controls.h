@@ -50,10 +50,10 @@ class Control {
   }
 
  protected:
-  /// A child window of class `name` in `box`, visible and in the order of the tab key. The
-  /// handle is null where the class is not registered.
+  /// A visible child window of class `name` in `box`, which the tab key goes to or not. The handle is null where the class
+  /// is not registered.
   static HWND Make(const wchar_t* name, HWND parent, int id, const RECT& box, DWORD style) {
-    return ::CreateWindowExW(0, name, L"", WS_CHILD | WS_VISIBLE | WS_TABSTOP | style, box.left, box.top,
+    return ::CreateWindowExW(0, name, L"", WS_CHILD | WS_VISIBLE | style, box.left, box.top,
                              box.right - box.left, box.bottom - box.top, parent,
                              reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
   }
@@ -132,7 +132,7 @@ class CheckList : public ListControl {
  public:
   using ListControl::ListControl;
   static CheckList Create(HWND parent, int id, const RECT& box, DWORD style = WS_BORDER | WS_VSCROLL) {
-    return CheckList(Make(VRX_CHECK_LIST, parent, id, box, style));
+    return CheckList(Make(VRX_CHECK_LIST, parent, id, box, WS_TABSTOP | style));
   }
   /// VRX_CHECK_...
   void SetCheck(int32_t row, int check) const { Send(VRXLM_SETCHECK, static_cast<WPARAM>(row), check); }
@@ -146,7 +146,7 @@ class DragList : public ListControl {
   using ListControl::ListControl;
   static DragList Create(HWND parent, int id, const RECT& box,
                          DWORD style = WS_BORDER | WS_VSCROLL | VRXLS_MULTIPLE) {
-    return DragList(Make(VRX_DRAG_LIST, parent, id, box, style));
+    return DragList(Make(VRX_DRAG_LIST, parent, id, box, WS_TABSTOP | style));
   }
   bool MoveSelected(int32_t gap) const { return Send(VRXLM_MOVE, static_cast<WPARAM>(gap)) != 0; }
 };
@@ -155,7 +155,7 @@ class ColorList : public ListControl {
  public:
   using ListControl::ListControl;
   static ColorList Create(HWND parent, int id, const RECT& box, DWORD style = WS_BORDER | WS_VSCROLL) {
-    return ColorList(Make(VRX_COLOR_LIST, parent, id, box, style));
+    return ColorList(Make(VRX_COLOR_LIST, parent, id, box, WS_TABSTOP | style));
   }
   /// The colours of an entry: of a standard and, where given, of a trial.
   bool SetColors(int32_t row, const CTrisValues& standard, const CTrisValues* trial, vrxIlluminant illuminant,
@@ -199,7 +199,7 @@ class Tree : public Control {
  public:
   using Control::Control;
   static Tree Create(HWND parent, int id, const RECT& box, DWORD style = WS_BORDER | WS_VSCROLL) {
-    return Tree(Make(VRX_TREE, parent, id, box, style));
+    return Tree(Make(VRX_TREE, parent, id, box, WS_TABSTOP | style));
   }
   /// The new node's number; -1 for a parent that does not exist. Parent -1: the first level.
   [[nodiscard]] int32_t Add(int32_t parent, const CString& text, uint32_t data = 0) const {
@@ -239,7 +239,7 @@ class NumericEdit : public Control {
  public:
   using Control::Control;
   static NumericEdit Create(HWND parent, int id, const RECT& box) {
-    return NumericEdit(Make(VRX_NUMERIC_EDIT, parent, id, box, WS_BORDER | ES_AUTOHSCROLL));
+    return NumericEdit(Make(VRX_NUMERIC_EDIT, parent, id, box, WS_TABSTOP | WS_BORDER | ES_AUTOHSCROLL));
   }
   /// A range of the library, as ToleranceRange gives it, and the unit behind the number.
   bool SetRange(const CValueRange& range, const CString& unit = {}) const {
@@ -257,7 +257,7 @@ class ScrollEdit : public NumericEdit {
  public:
   using NumericEdit::NumericEdit;
   static ScrollEdit Create(HWND parent, int id, const RECT& box) {
-    return ScrollEdit(Make(VRX_SCROLL_EDIT, parent, id, box, WS_BORDER | ES_AUTOHSCROLL));
+    return ScrollEdit(Make(VRX_SCROLL_EDIT, parent, id, box, WS_TABSTOP | WS_BORDER | ES_AUTOHSCROLL));
   }
 };
 
@@ -265,7 +265,7 @@ class Tabs : public Control {
  public:
   using Control::Control;
   static Tabs Create(HWND parent, int id, const RECT& box) {
-    return Tabs(Make(VRX_TAB, parent, id, box, WS_CLIPSIBLINGS));
+    return Tabs(Make(VRX_TAB, parent, id, box, WS_TABSTOP | WS_CLIPSIBLINGS));
   }
   int32_t Add(const CString& text) const {
     TCITEMW item{};
@@ -335,7 +335,7 @@ class Plot : public DataControl<VRX_PLOT_DATA> {
  public:
   using DataControl::DataControl;
   static Plot Create(HWND parent, int id, const RECT& box) {
-    return Plot(Make(VRX_PLOT, parent, id, box, 0));
+    return Plot(Make(VRX_PLOT, parent, id, box, WS_TABSTOP));
   }
   /// Polylines over the axes that enclose all of them; ranges and headings are those of the first.
   bool Set(std::span<const CDblPolyline> lines) const {
@@ -373,7 +373,7 @@ class Plane : public DataControl<VRX_PLANE_DATA> {
  public:
   using DataControl::DataControl;
   static Plane Create(HWND parent, int id, const RECT& box) {
-    return Plane(Make(VRX_PLANE, parent, id, box, 0));
+    return Plane(Make(VRX_PLANE, parent, id, box, WS_TABSTOP));
   }
 
   /// Trials against an ellipsoid, whose warning band begins at `warningFactor` of it.
@@ -417,7 +417,7 @@ class LightnessBarControl : public DataControl<VRX_LIGHTNESS_DATA> {
  public:
   using DataControl::DataControl;
   static LightnessBarControl Create(HWND parent, int id, const RECT& box) {
-    return LightnessBarControl(Make(VRX_LIGHTNESS, parent, id, box, 0));
+    return LightnessBarControl(Make(VRX_LIGHTNESS, parent, id, box, WS_TABSTOP));
   }
   bool Set(std::span<const VRX_TRIAL> trials, Interval limit, double warningFactor) const {
     const Interval warning = ScaledAboutCentre(limit, warningFactor);
@@ -435,7 +435,7 @@ class Curves : public DataControl<VRX_CURVES_DATA> {
  public:
   using DataControl::DataControl;
   static Curves Create(HWND parent, int id, const RECT& box) {
-    return Curves(Make(VRX_CURVES, parent, id, box, 0));
+    return Curves(Make(VRX_CURVES, parent, id, box, WS_TABSTOP));
   }
   /// The standard first, then its trials, on the library's grid. Samples may be unset.
   bool Set(std::span<const CReflData> curves, bool withDifference = true) const {
@@ -456,7 +456,7 @@ class AnglePlot : public DataControl<VRX_ANGLES_DATA> {
  public:
   using DataControl::DataControl;
   static AnglePlot Create(HWND parent, int id, const RECT& box) {
-    return AnglePlot(Make(VRX_ANGLES, parent, id, box, 0));
+    return AnglePlot(Make(VRX_ANGLES, parent, id, box, WS_TABSTOP));
   }
   /// The geometries of a measurement set in the order of their angles, a value and a limit for each in stored order.
   bool Set(const CAngles& angles, std::span<const double> values, std::span<const double> limits,
@@ -487,7 +487,7 @@ class Trend : public DataControl<VRX_TREND_DATA> {
  public:
   using DataControl::DataControl;
   static Trend Create(HWND parent, int id, const RECT& box) {
-    return Trend(Make(VRX_TREND, parent, id, box, 0));
+    return Trend(Make(VRX_TREND, parent, id, box, WS_TABSTOP));
   }
   bool Set(std::span<const double> totals, double limit, double warningFactor, const CString& heading) const {
     const VRX_TREND_DATA data{

@@ -23,11 +23,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t*, int) {
     return gallery::SaveScreenshot(shown.window, arguments[3]) ? 0 : 1;
   }
   MSG message{};
-  while (::GetMessageW(&message, nullptr, 0, 0) > 0) {
-    if (::IsDialogMessageW(shown.window, &message)) continue;
-    ::TranslateMessage(&message);
-    ::DispatchMessageW(&message);
-  }
+  while (::GetMessageW(&message, nullptr, 0, 0) > 0) gallery::Dispatch(message);
   ::LocalFree(arguments);
   return 0;
 }

@@ -113,8 +113,8 @@ void MakeLists(Gallery& g, const Places& at) {
   g.exchange = ExchangeList::Create(g.window, 106, at.At(10, 170, 400, 140));
   g.editor = ListEditor::Create(g.window, 107, at.At(420, 170, 280, 140));
   g.combo = Combo::Create(g.window, 108, at.At(710, 170, 220, 24));
-  g.number = NumericEdit::Create(g.window, 109, at.At(710, 202, 105, 24));
-  g.scroll = ScrollEdit::Create(g.window, 110, at.At(825, 202, 105, 24));
+  g.number = NumericEdit::Create(g.window, 109, at.At(710, 203, 105, 21));
+  g.scroll = ScrollEdit::Create(g.window, 110, at.At(825, 203, 105, 21));
   g.tabs = Tabs::Create(g.window, 111, at.At(710, 236, 220, 40));
   g.progress = ProgressBar::Create(g.window, 112, at.At(710, 286, 220, 24));
 }
@@ -265,12 +265,17 @@ Gallery Open(const wchar_t* folder, int dpi, DWORD exStyle) {
   return g;
 }
 
+void Dispatch(MSG& message) {
+  if (::IsDialogMessageW(::GetAncestor(message.hwnd, GA_ROOT), &message)) return;
+  ::TranslateMessage(&message);
+  ::DispatchMessageW(&message);
+}
+
 void HandleMessages() {
   MSG message{};
   while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
     if (message.message == WM_QUIT) continue;
-    ::TranslateMessage(&message);
-    ::DispatchMessageW(&message);
+    Dispatch(message);
   }
 }
 

@@ -35,6 +35,9 @@ struct Gallery {
 /// where the controls or the files are missing.
 Gallery Open(const wchar_t* folder, int dpi, DWORD exStyle);
 
+/// Handles a message with the keys of a dialog.
+void Dispatch(MSG& message);
+
 /// Handles the messages that are waiting.
 void HandleMessages();
 

@@ -60,7 +60,7 @@ void PlotArea::PaintX(Picture& picture, const Look& look, WideView heading, bool
     const double half = look.TextWidth(label) / 2;
     if (!withLabels || x - half < free) continue;
     picture.Text({x - half - 1, box_.Bottom() + 2 * look.scale, 2 * half + 2, look.textHeight}, label,
-                 Role::kMuted, Align::kMiddle);
+                 Role::kLabel, Align::kMiddle);
     free = x + half + look.digitWidth;
   }
   picture.Text({box_.left, box_.Bottom() + 2 * look.scale + look.textHeight, box_.width, look.textHeight},
@@ -73,7 +73,7 @@ void PlotArea::PaintY(Picture& picture, const Look& look, WideView heading) cons
     const double y = Y(y_.At(i));
     picture.Line({box_.left, y}, {box_.Right(), y}, Role::kGrid);
     picture.Text({box_.left - width - 4 * look.scale, y - look.textHeight / 2, width, look.textHeight},
-                 y_.Label(i), Role::kMuted, Align::kEnd);
+                 y_.Label(i), Role::kLabel, Align::kEnd);
   }
   picture.Text({box_.left - width, box_.top - 1.5 * look.textHeight, box_.width + width, look.textHeight},
                heading, Role::kText);

@@ -60,6 +60,8 @@ uint32_t ColorOf(Paint paint, const Palette& palette) {
       return palette.selectionText;
     case Role::kFrame:
       return palette.highContrast ? palette.text : Between(palette.paper, palette.text, 0.45);
+    case Role::kLabel:
+      return palette.highContrast ? palette.text : Between(palette.paper, palette.text, 0.65);
     case Role::kGrid:
       return palette.highContrast ? palette.muted : Between(palette.paper, palette.text, 0.12);
     default:

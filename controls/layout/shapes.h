@@ -22,7 +22,8 @@ namespace vrx::controls {
 enum class Role : uint8_t {
   kPaper,          ///< background of a list, an edit field, a plot
   kText,           ///< on paper
-  kMuted,          ///< disabled texts, labels of ticks
+  kMuted,          ///< disabled texts
+  kLabel,          ///< labels of ticks, units: less than text, but to be read
   kFace,           ///< background of a dialog
   kFaceText,       ///< on face
   kSelection,      ///< background of selected entries

@@ -21,6 +21,8 @@ class Accessible final : public IAccessible {
     if (object == nullptr) return E_POINTER;
     const bool isKnown =
         IsEqualIID(id, IID_IUnknown) || IsEqualIID(id, IID_IDispatch) || IsEqualIID(id, IID_IAccessible);
+    // The windows of a container are found through the system's object.
+    if (IsEqualIID(id, IID_IEnumVARIANT) && IsContainer()) return standard_->QueryInterface(id, object);
     *object = isKnown ? this : nullptr;
     if (isKnown) AddRef();
     return isKnown ? S_OK : E_NOINTERFACE;
@@ -52,19 +54,21 @@ class Accessible final : public IAccessible {
   }
   HRESULT STDMETHODCALLTYPE get_accChildCount(long* count) override {
     if (!IsAlive()) return CO_E_OBJNOTCONNECTED;
+    if (IsContainer()) return standard_->get_accChildCount(count);
     *count = Source().PartCount();
     return S_OK;
   }
   // Parts have no objects of their own.
-  HRESULT STDMETHODCALLTYPE get_accChild(VARIANT, IDispatch** child) override {
+  HRESULT STDMETHODCALLTYPE get_accChild(VARIANT number, IDispatch** child) override {
+    if (IsContainer()) return standard_->get_accChild(number, child);
     *child = nullptr;
     return S_FALSE;
   }
   HRESULT STDMETHODCALLTYPE get_accName(VARIANT child, BSTR* name) override {
     int32_t part = 0;
     if (!Resolve(child, part)) return E_INVALIDARG;
-    if (part < 0) return standard_->get_accName(child, name);
-    return Give(Source().PartName(part), name);
+    const CString own = part < 0 ? Source().AccessibleName() : Source().PartName(part);
+    return part < 0 && own.IsEmpty() ? standard_->get_accName(child, name) : Give(own, name);
   }
   HRESULT STDMETHODCALLTYPE get_accValue(VARIANT child, BSTR* value) override {
     int32_t part = 0;
@@ -92,6 +96,7 @@ class Accessible final : public IAccessible {
   }
   HRESULT STDMETHODCALLTYPE get_accFocus(VARIANT* child) override {
     if (!IsAlive()) return CO_E_OBJNOTCONNECTED;
+    if (IsContainer()) return standard_->get_accFocus(child);
     if (::GetFocus() != window_) return Empty(child);
     return Give(Source().FocusedPart() + 1L, child);
   }
@@ -118,6 +123,7 @@ class Accessible final : public IAccessible {
   }
   HRESULT STDMETHODCALLTYPE accNavigate(long direction, VARIANT start, VARIANT* end) override {
     int32_t part = 0;
+    if (IsContainer()) return standard_->accNavigate(direction, start, end);
     if (!Resolve(start, part)) return E_INVALIDARG;
     const int32_t last = Source().PartCount() - 1;
     switch (direction) {
@@ -144,16 +150,20 @@ class Accessible final : public IAccessible {
   }
   HRESULT STDMETHODCALLTYPE accHitTest(long x, long y, VARIANT* child) override {
     if (!IsAlive()) return CO_E_OBJNOTCONNECTED;
+    if (IsContainer()) return standard_->accHitTest(x, y, child);
     POINT point{x, y};
     ::MapWindowPoints(nullptr, window_, &point, 1);
     return Give(Source().PartAt(point) + 1L, child);
   }
   HRESULT STDMETHODCALLTYPE accDoDefaultAction(VARIANT) override { return DISP_E_MEMBERNOTFOUND; }
   HRESULT STDMETHODCALLTYPE put_accName(VARIANT, BSTR) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE put_accValue(VARIANT, BSTR) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE put_accValue(VARIANT child, BSTR value) override {
+    return standard_->put_accValue(child, value);
+  }
 
  private:
   [[nodiscard]] bool IsAlive() const { return *link_ != nullptr; }
+  [[nodiscard]] bool IsContainer() const { return IsAlive() && Source().IsContainer(); }
   [[nodiscard]] AccessibleSource& Source() const { return **link_; }
 
   // The part that a child number means, -1 for the control itself. False for none.

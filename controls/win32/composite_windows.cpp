@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
+#include <oleacc.h>
 #include <string>
 #include <utility>
 
@@ -17,13 +18,26 @@ namespace {
 constexpr ControlText kButtonTexts[] = {ControlText::kAdd, ControlText::kRemove, ControlText::kMoveUp,
                                         ControlText::kMoveDown};
 enum Button : int { kAddButton, kRemoveButton, kUpButton, kDownButton };
-constexpr int kFirstList = 1, kSecondList = 2, kField = 3, kFirstButton = 10;
+constexpr int kFirstList = 1, kSecondList = 2, kField = 3, kLabel = 4, kFirstButton = 10;
 
 void PlaceButtons(const std::array<HWND, 4>& buttons, int left, int top, int width, int height, int step) {
   for (const HWND button : buttons) {
     ::MoveWindow(button, left, top, width, height, TRUE);
     top += step;
   }
+}
+
+bool IsOfListBox(UINT message) {
+  return message >= LB_ADDSTRING && message < LB_MSGMAX;
+}
+
+// The text of an entry by the two messages of a list or a combo box; empty for none.
+CString TextOfEntry(HWND list, LRESULT row, UINT lengthMessage, UINT textMessage) {
+  const LRESULT length = row < 0 ? -1 : ::SendMessageW(list, lengthMessage, static_cast<WPARAM>(row), 0);
+  if (length <= 0) return {};
+  std::wstring text(static_cast<std::size_t>(length) + 1, 0);
+  ::SendMessageW(list, textMessage, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text.data()));
+  return ViewOf(text.c_str());
 }
 
 std::vector<int32_t> SelectedRowsOf(HWND list) {
@@ -35,10 +49,12 @@ std::vector<int32_t> SelectedRowsOf(HWND list) {
 
 }  // namespace
 
-HFONT CompositeWindow::CurrentFont() {
-  if (hostFont_ != nullptr && dpi_ == 0) return hostFont_;
-  if (ownFont_.Get() == nullptr) ownFont_.MakeMessageFont(Dpi());
-  return ownFont_.Get();
+long CompositeWindow::AccessibleRole() const {
+  return ROLE_SYSTEM_GROUPING;
+}
+
+void CompositeWindow::PassName() {
+  if (NamedChild() != nullptr) ::SetWindowTextW(NamedChild(), SystemText(TextOfWindow(window_)));
 }
 
 void CompositeWindow::PassFont() {
@@ -59,38 +75,46 @@ void CompositeWindow::Erase(HDC device) const {
   ::FillRect(device, &client, ::GetSysColorBrush(COLOR_BTNFACE));
 }
 
+void CompositeWindow::LayOutAll() {
+  const RECT client = ClientRect();
+  LayOut(client.right, client.bottom);
+}
+
+// The keys of a dialog go into the control's parts, and the background is not painted where they are.
+bool CompositeWindow::Begin() {
+  ::SetWindowLongPtrW(window_, GWL_EXSTYLE, ::GetWindowLongPtrW(window_, GWL_EXSTYLE) | WS_EX_CONTROLPARENT);
+  ::SetWindowLongPtrW(window_, GWL_STYLE, ::GetWindowLongPtrW(window_, GWL_STYLE) | WS_CLIPCHILDREN);
+  if (!MakeChildren()) return false;
+  PassFont();
+  PassName();
+  LayOutAll();
+  return true;
+}
+
 LRESULT CompositeWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
-  const auto layOut = [this] {
-    const RECT client = ClientRect();
-    LayOut(client.right, client.bottom);
-  };
   switch (message) {
-    case WM_CREATE: {
-      // The keys of a dialog go into the control's parts.
-      const LONG_PTR style = ::GetWindowLongPtrW(window_, GWL_EXSTYLE);
-      ::SetWindowLongPtrW(window_, GWL_EXSTYLE, style | WS_EX_CONTROLPARENT);
-      if (!MakeChildren()) return -1;
-      PassFont();
-      layOut();
-      return 0;
-    }
+    case WM_CREATE:
+      return Begin() ? 0 : -1;
     case WM_SIZE:
-      layOut();
+      LayOutAll();
       return 0;
+    case WM_SETTEXT: {
+      const LRESULT result = Default(message, wParam, lParam);
+      PassName();
+      return result;
+    }
     case WM_ERASEBKGND:
       Erase(reinterpret_cast<HDC>(wParam));
       return 1;
     case WM_SETFONT:
       hostFont_ = reinterpret_cast<HFONT>(wParam);
       PassFont();
-      layOut();
+      LayOutAll();
       return 0;
     case WM_GETFONT:
       return reinterpret_cast<LRESULT>(CurrentFont());
     case VRXM_SETDPI:
-      if (wParam != 0 && (wParam < 96 || wParam > 480)) return 0;
-      dpi_ = static_cast<int>(wParam);
-      ownFont_.Reset();
+      if (!TakeDpi(wParam)) return 0;
       for (HWND child = ::GetWindow(window_, GW_CHILD); child != nullptr;
            child = ::GetWindow(child, GW_HWNDNEXT)) {
         wchar_t name[8] = L"";
@@ -98,14 +122,18 @@ LRESULT CompositeWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
         if (std::wcsncmp(name, L"Vrx", 3) == 0) ::SendMessageW(child, VRXM_SETDPI, wParam, 0);
       }
       PassFont();
-      layOut();
+      LayOutAll();
       return 1;
     case WM_SETTINGCHANGE:
     case WM_THEMECHANGED:
     case WM_SYSCOLORCHANGE:
+      for (HWND child = ::GetWindow(window_, GW_CHILD); child != nullptr;
+           child = ::GetWindow(child, GW_HWNDNEXT)) {
+        ::SendMessageW(child, message, wParam, lParam);
+      }
       ownFont_.Reset();
       PassFont();
-      layOut();
+      LayOutAll();
       ::InvalidateRect(window_, nullptr, TRUE);
       break;
     case WM_ENABLE:
@@ -115,26 +143,28 @@ LRESULT CompositeWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
       }
       return 0;
     case WM_SETFOCUS:
-      ::SetFocus(::GetWindow(window_, GW_CHILD));
+      ::SetFocus(::GetNextDlgTabItem(window_, nullptr, FALSE));
       return 0;
     case WM_COMMAND:
       return Command(LOWORD(wParam), HIWORD(wParam));
     default:
       break;
   }
-  return Default(message, wParam, lParam);
+  return AccessibleWindow::Handle(message, wParam, lParam);
 }
 
 // Exchange list -----------------------------------------------------------------------------------------------
 
 bool ExchangeWindow::MakeChildren() {
   constexpr DWORD kListStyle = WS_BORDER | WS_TABSTOP | WS_VSCROLL | VRXLS_MULTIPLE;
-  available_ = MakeChild(VRX_DRAG_LIST, kListStyle, kFirstList);
+  const CString available = ControlString(static_cast<uint32_t>(ControlText::kAvailable));
+  const CString chosen = ControlString(static_cast<uint32_t>(ControlText::kChosen));
+  available_ = MakeChild(VRX_DRAG_LIST, kListStyle, kFirstList, SystemText(available));
   for (std::size_t i = 0; i < buttons_.size(); ++i) {
     const CString text = ControlString(static_cast<uint32_t>(kButtonTexts[i]));
     buttons_[i] = MakeChild(L"BUTTON", WS_TABSTOP, kFirstButton + static_cast<int>(i), SystemText(text));
   }
-  chosen_ = MakeChild(VRX_DRAG_LIST, kListStyle, kSecondList);
+  chosen_ = MakeChild(VRX_DRAG_LIST, kListStyle, kSecondList, SystemText(chosen));
   return available_ != nullptr && chosen_ != nullptr;
 }
 
@@ -215,6 +245,16 @@ LRESULT ExchangeWindow::Command(int child, UINT code) {
   return 0;
 }
 
+// What is chosen, in order.
+CString ExchangeWindow::AccessibleValue() {
+  CString value;
+  for (const int32_t entry : state_.Chosen()) {
+    if (!value.IsEmpty()) value += u"; ";
+    value += entries_[static_cast<std::size_t>(entry)].text;
+  }
+  return value;
+}
+
 LRESULT ExchangeWindow::HandleEntries(UINT message, WPARAM wParam, LPARAM lParam, bool& isKnown) {
   const bool isEntry = wParam < entries_.size();
   switch (message) {
@@ -249,8 +289,8 @@ LRESULT ExchangeWindow::HandleEntries(UINT message, WPARAM wParam, LPARAM lParam
       return text.GetLength();
     }
     default:
-      isKnown = false;
-      return 0;
+      isKnown = IsOfListBox(message);  // such as deleting, which would number the entries anew
+      return LB_ERR;
   }
 }
 
@@ -280,7 +320,13 @@ namespace {
 LRESULT CALLBACK FieldProc(HWND field, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR /*id*/,
                            DWORD_PTR owner) {
   auto* editor = reinterpret_cast<ListEditorWindow*>(owner);
-  if (message == WM_GETDLGCODE) return DLGC_WANTALLKEYS | ::DefSubclassProc(field, message, wParam, lParam);
+  if (message == WM_GETDLGCODE) {
+    // Enter and Escape, which would close the dialog; tabs leave the field.
+    const auto* asked = reinterpret_cast<const MSG*>(lParam);
+    const bool isOurs = asked != nullptr && asked->message == WM_KEYDOWN &&
+                        (asked->wParam == VK_RETURN || asked->wParam == VK_ESCAPE);
+    return ::DefSubclassProc(field, message, wParam, lParam) | (isOurs ? DLGC_WANTMESSAGE : 0);
+  }
   if (message == WM_KEYDOWN || message == WM_KILLFOCUS || message == WM_CHAR) {
     if (editor->FieldMessage(message, wParam, lParam) != 0) return 0;
   }
@@ -290,7 +336,9 @@ LRESULT CALLBACK FieldProc(HWND field, UINT message, WPARAM wParam, LPARAM lPara
 }  // namespace
 
 bool ListEditorWindow::MakeChildren() {
-  list_ = MakeChild(VRX_DRAG_LIST, WS_BORDER | WS_TABSTOP | WS_VSCROLL | WS_CLIPCHILDREN, kFirstList);
+  list_ =
+      MakeChild(VRX_DRAG_LIST, WS_BORDER | WS_TABSTOP | WS_VSCROLL | WS_CLIPCHILDREN | LBS_WANTKEYBOARDINPUT,
+                kFirstList);
   for (std::size_t i = 0; i < buttons_.size(); ++i) {
     const CString text = ControlString(static_cast<uint32_t>(kButtonTexts[i]));
     buttons_[i] = MakeChild(L"BUTTON", WS_TABSTOP, kFirstButton + static_cast<int>(i), SystemText(text));
@@ -309,17 +357,14 @@ void ListEditorWindow::LayOut(int width, int height) {
 
 HWND ListEditorWindow::BeginEdit(int32_t row) {
   EndEdit(true);
+  if (row < 0 || row >= ::SendMessageW(list_, LB_GETCOUNT, 0, 0)) return nullptr;
   RECT box{};
   ::SendMessageW(list_, LB_SETCURSEL, static_cast<WPARAM>(row), 0);
-  if (::SendMessageW(list_, LB_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&box)) ==
-      LB_ERR)
-    return nullptr;
-  std::wstring text(
-      static_cast<std::size_t>(::SendMessageW(list_, LB_GETTEXTLEN, static_cast<WPARAM>(row), 0)) + 1, 0);
-  ::SendMessageW(list_, LB_GETTEXT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text.data()));
+  ::SendMessageW(list_, LB_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&box));
+  const CString text = TextOfEntry(list_, row, LB_GETTEXTLEN, LB_GETTEXT);
   edited_ = row;
   ::SendMessageW(field_, WM_SETFONT, reinterpret_cast<WPARAM>(CurrentFont()), FALSE);
-  ::SetWindowTextW(field_, text.c_str());
+  ::SetWindowTextW(field_, SystemText(text));
   ::SetWindowPos(field_, HWND_TOP, box.left, box.top, box.right - box.left, box.bottom - box.top,
                  SWP_SHOWWINDOW);
   ::SendMessageW(field_, EM_SETSEL, 0, -1);
@@ -340,19 +385,17 @@ bool ListEditorWindow::EndEdit(bool isTaken) {
   if (edited_ < 0) return false;
   const int32_t row = std::exchange(edited_, -1);
   const bool wasNew = std::exchange(isNew_, false);
-  std::wstring text(static_cast<std::size_t>(::GetWindowTextLengthW(field_)) + 1, 0);
-  ::GetWindowTextW(field_, text.data(), static_cast<int>(text.size()));
+  const CString text = TextOfWindow(field_);
   const bool hadFocus = ::GetFocus() == field_;
   ::ShowWindow(field_, SW_HIDE);
   if (hadFocus) ::SetFocus(list_);
-  const bool isEmpty = text.front() == 0;
-  if (wasNew && (!isTaken || isEmpty)) {
+  if (wasNew && (!isTaken || text.IsEmpty())) {
     ::SendMessageW(list_, LB_DELETESTRING, static_cast<WPARAM>(row), 0);
     ::SendMessageW(list_, LB_SETCURSEL, static_cast<WPARAM>(row - 1), 0);
     return false;
   }
-  if (!isTaken || isEmpty) return false;
-  SetText(row, text.c_str());
+  if (!isTaken || text.IsEmpty()) return false;
+  SetText(row, SystemText(text));
   SendCommand(VRXEN_CHANGE);
   return true;
 }
@@ -390,6 +433,27 @@ void ListEditorWindow::Press(int button) {
     SendCommand(VRXEN_CHANGE);
 }
 
+// The keys of the list: F2 edits, Insert adds, Delete removes.
+bool ListEditorWindow::PressKey(WORD key) {
+  switch (key) {
+    case VK_F2:
+      BeginEdit(static_cast<int32_t>(::SendMessageW(list_, LB_GETCURSEL, 0, 0)));
+      return true;
+    case VK_INSERT:
+      Press(kAddButton);
+      return true;
+    case VK_DELETE:
+      Press(kRemoveButton);
+      return true;
+    default:
+      return false;
+  }
+}
+
+CString ListEditorWindow::AccessibleValue() {
+  return TextOfEntry(list_, ::SendMessageW(list_, LB_GETCURSEL, 0, 0), LB_GETTEXTLEN, LB_GETTEXT);
+}
+
 LRESULT ListEditorWindow::Command(int child, UINT code) {
   if (child >= kFirstButton && code == BN_CLICKED) Press(child - kFirstButton);
   if (child != kFirstList) return 0;
@@ -402,9 +466,9 @@ LRESULT ListEditorWindow::Command(int child, UINT code) {
 LRESULT ListEditorWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == VRXEM_BEGINEDIT) return reinterpret_cast<LRESULT>(BeginEdit(static_cast<int32_t>(wParam)));
   if (message == VRXEM_ENDEDIT) return EndEdit(wParam != 0) ? 1 : 0;
-  const bool isOfList = (message >= LB_ADDSTRING && message < LB_MSGMAX) ||
-                        (message >= VRXLM_SETCHECK && message <= VRXLM_MOVE);
-  if (isOfList) {
+  if (message == WM_VKEYTOITEM) return PressKey(LOWORD(wParam)) ? -2 : -1;
+  if (message == LB_SETCOUNT) return LB_ERR;  // texts that the host keeps are not edited here
+  if (IsOfListBox(message) || (message >= VRXLM_SETCHECK && message <= VRXLM_MOVE)) {
     EndEdit(false);
     return ::SendMessageW(list_, message, wParam, lParam);
   }
@@ -414,6 +478,7 @@ LRESULT ListEditorWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
 // Combo -------------------------------------------------------------------------------------------------------
 
 bool ComboWindow::MakeChildren() {
+  label_ = MakeChild(L"STATIC", 0, kLabel);
   combo_ =
       MakeChild(L"COMBOBOX", WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST | CBS_OWNERDRAWFIXED | CBS_HASSTRINGS,
                 kFirstList);
@@ -437,32 +502,37 @@ void ComboWindow::DrawItem(const DRAWITEMSTRUCT& item) {
   row.selected = (item.itemState & ODS_SELECTED) != 0;
   row.hasFocus = (item.itemState & ODS_FOCUS) != 0;
   row.enabled = (item.itemState & ODS_DISABLED) == 0;
-  if (item.itemID != static_cast<UINT>(-1)) {
-    std::wstring text(static_cast<std::size_t>(
-                          std::max<LRESULT>(::SendMessageW(combo_, CB_GETLBTEXTLEN, item.itemID, 0), 0)) +
-                          1,
-                      0);
-    ::SendMessageW(combo_, CB_GETLBTEXT, item.itemID, reinterpret_cast<LPARAM>(text.data()));
-    row.text = ViewOf(text.c_str());
-  }
+  if (item.itemID != static_cast<UINT>(-1))
+    row.text = TextOfEntry(combo_, item.itemID, CB_GETLBTEXTLEN, CB_GETLBTEXT);
   const HFONT font = CurrentFont();
   RowLayout layout(LookOf(item.hDC, font, Dpi()), false);
   for (const int width : columns_) layout.columns.push_back(Scaled(width));
-  const double width = item.rcItem.right - item.rcItem.left;
+  RECT box = item.rcItem;
+  const double width = box.right - box.left;
   Picture picture;
-  layout.Draw(picture, {0, 0, width, static_cast<double>(item.rcItem.bottom - item.rcItem.top)}, row);
-  POINT origin{item.rcItem.left, item.rcItem.top};
+  layout.Draw(picture, {0, 0, width, static_cast<double>(box.bottom - box.top)}, row);
   const HWND target = ::WindowFromDC(item.hDC);
-  const bool isTurned = target != nullptr && ::GetLayout(item.hDC) == LAYOUT_RTL;
-  if (isTurned) {  // turned around by the layout, as in all controls
+  const int saved = ::SaveDC(item.hDC);
+  if (target != nullptr &&
+      ::GetLayout(item.hDC) == LAYOUT_RTL) {  // turned around by our layout, as in all controls
     RECT client{};
     ::GetClientRect(target, &client);
-    origin.x = client.right - item.rcItem.right;
+    box.left = client.right - item.rcItem.right;
+    box.right = client.right - item.rcItem.left;
     picture.MirrorIn(width);
-    ::SetLayout(item.hDC, 0);
+    // The box is clipped to anew: some systems do not turn around the clipping of their combo boxes.
+    ::SelectClipRgn(item.hDC, nullptr);
   }
-  PaintPicture(item.hDC, picture, SystemPalette(row.enabled), font, origin, IsRightToLeft());
-  if (isTurned) ::SetLayout(item.hDC, LAYOUT_RTL);
+  {
+    const PaintBuffer buffer(item.hDC, box);
+    PaintPicture(buffer.Device(), picture, SystemPalette(row.enabled), font, {box.left, box.top},
+                 IsRightToLeft());
+  }
+  ::RestoreDC(item.hDC, saved);
+}
+
+CString ComboWindow::AccessibleValue() {
+  return TextOfEntry(combo_, ::SendMessageW(combo_, CB_GETCURSEL, 0, 0), CB_GETLBTEXTLEN, CB_GETLBTEXT);
 }
 
 LRESULT ComboWindow::Command(int /*child*/, UINT code) {

@@ -7,13 +7,17 @@
 #include <vector>
 
 #include "controls/layout/list_model.h"
-#include "controls/win32/window.h"
+#include "controls/win32/accessible.h"
 
 namespace vrx::controls {
 
-/// A window whose children fill it. Fonts, resolution, enabling and focus go on to them.
-class CompositeWindow : public Window {
+/// A window whose children fill it. Fonts, resolution, enabling, focus and name go on to them.
+class CompositeWindow : public AccessibleWindow {
  protected:
+  [[nodiscard]] bool IsContainer() const override { return true; }
+  [[nodiscard]] long AccessibleRole() const override;
+  /// The child that is read aloud by the control's name; null: each has its own.
+  [[nodiscard]] virtual HWND NamedChild() const { return nullptr; }
   LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam) override;
   /// Makes the children; they are laid out afterwards.
   virtual bool MakeChildren() = 0;
@@ -21,13 +25,13 @@ class CompositeWindow : public Window {
   virtual LRESULT Command(int /*child*/, UINT /*code*/) { return 0; }
   HWND MakeChild(const wchar_t* name, DWORD style, int number, const wchar_t* text = L"");
   [[nodiscard]] int Scaled(int pixels) const { return ::MulDiv(pixels, Dpi(), 96); }
-  [[nodiscard]] HFONT CurrentFont();
 
  private:
+  bool Begin();
+  void LayOutAll();
   void PassFont();
+  void PassName();
   void Erase(HDC device) const;
-  HFONT hostFont_ = nullptr;
-  Font ownFont_;
 };
 
 class ExchangeWindow final : public CompositeWindow {
@@ -35,6 +39,7 @@ class ExchangeWindow final : public CompositeWindow {
   bool MakeChildren() override;
   void LayOut(int width, int height) override;
   LRESULT Command(int child, UINT code) override;
+  CString AccessibleValue() override;
   LRESULT HandleEntries(UINT message, WPARAM wParam, LPARAM lParam, bool& isKnown);
   void Fill();
   void FillList(HWND list, const std::vector<int32_t>& entries);
@@ -62,6 +67,9 @@ class ListEditorWindow final : public CompositeWindow {
   bool MakeChildren() override;
   void LayOut(int width, int height) override;
   LRESULT Command(int child, UINT code) override;
+  CString AccessibleValue() override;
+  HWND NamedChild() const override { return list_; }
+  bool PressKey(WORD key);
   HWND BeginEdit(int32_t row);
   bool EndEdit(bool isTaken);
   void SetText(int32_t row, const wchar_t* text);
@@ -78,7 +86,10 @@ class ComboWindow final : public CompositeWindow {
   bool MakeChildren() override;
   void LayOut(int width, int height) override;
   LRESULT Command(int child, UINT code) override;
+  CString AccessibleValue() override;
+  HWND NamedChild() const override { return label_; }
   void DrawItem(const DRAWITEMSTRUCT& item);
+  HWND label_ = nullptr;  // of no size: the system names a combo box after the text before it
   HWND combo_ = nullptr;
   int dropHeight_ = 200;
   std::vector<int> columns_;

@@ -4,14 +4,6 @@
 
 namespace vrx::controls {
 
-HFONT DrawnWindow::CurrentFont() {
-  if (hostFont_ != nullptr && dpi_ == 0) return hostFont_;
-  const int dpi = Dpi();
-  if (ownFont_.Get() == nullptr || ownFontDpi_ != dpi) ownFont_.MakeMessageFont(dpi);
-  ownFontDpi_ = dpi;
-  return ownFont_.Get();
-}
-
 Look DrawnWindow::ScreenLook() {
   const HDC device = ::GetDC(window_);
   const Look look = LookOf(device, CurrentFont(), Dpi());
@@ -63,8 +55,7 @@ LRESULT DrawnWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     case VRXM_DRAW:
       return DrawOnDevice(reinterpret_cast<HDC>(wParam), reinterpret_cast<const RECT*>(lParam));
     case VRXM_SETDPI:
-      if (wParam != 0 && (wParam < 96 || wParam > 480)) return 0;
-      dpi_ = static_cast<int>(wParam);
+      if (!TakeDpi(wParam)) return 0;
       Relayout();
       Invalidate();
       return 1;
@@ -91,13 +82,10 @@ LRESULT DrawnWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_KILLFOCUS:
       Invalidate();
       break;
-    case WM_GETOBJECT:
-      if (static_cast<LONG>(lParam) == OBJID_CLIENT) return AnswerGetObject(window_, link_, wParam);
-      break;
     default:
       break;
   }
-  return Default(message, wParam, lParam);
+  return AccessibleWindow::Handle(message, wParam, lParam);
 }
 
 }  // namespace vrx::controls

@@ -4,15 +4,10 @@
 #define CONTROLS_WIN32_DRAWN_WINDOW_H_
 
 #include "controls/win32/accessible.h"
-#include "controls/win32/window.h"
 
 namespace vrx::controls {
 
-class DrawnWindow : public Window, public AccessibleSource {
- public:
-  DrawnWindow() : link_(std::make_shared<AccessibleSource*>(this)) {}
-  ~DrawnWindow() override { *link_ = nullptr; }
-
+class DrawnWindow : public AccessibleWindow {
  protected:
   /// The picture of a rectangle of a size, whatever device it is for.
   virtual void Draw(Picture& picture, Rect box, const Look& look) = 0;
@@ -27,20 +22,12 @@ class DrawnWindow : public Window, public AccessibleSource {
   void Invalidate() const { ::InvalidateRect(window_, nullptr, FALSE); }
   /// The sizes on the screen, and the font for them.
   [[nodiscard]] Look ScreenLook();
-  [[nodiscard]] HFONT CurrentFont();
-  /// Tells screen readers of an event at a part (-1: the control).
-  void Tell(DWORD event, int32_t part) const { ::NotifyWinEvent(event, window_, OBJID_CLIENT, part + 1); }
   [[nodiscard]] bool HasFocus() const { return ::GetFocus() == window_; }
 
  private:
   void Paint();
   void PaintInto(HDC device, const RECT& box, HFONT font, int dpi);
   LRESULT DrawOnDevice(HDC device, const RECT* box);
-
-  AccessibleLink link_;
-  HFONT hostFont_ = nullptr;
-  Font ownFont_;
-  int ownFontDpi_ = 0;
 };
 
 }  // namespace vrx::controls

@@ -60,9 +60,11 @@ class RowsWindow : public DrawnWindow {
   LRESULT ButtonDown(LPARAM lParam, WPARAM keys);
   LRESULT ButtonUp(LPARAM lParam);
   bool PressKey(WPARAM key);
+  bool AskParent(WPARAM key);
   LRESULT Type(WPARAM unit);
   void AfterInput(bool isChanged);
 
+  bool isRedrawn_ = true;  // WM_SETREDRAW
   int32_t dropGap_ = -1;
   int32_t wheelRest_ = 0;
   int32_t pendingClick_ =

@@ -124,17 +124,27 @@ void PaintPicture(HDC device, const Picture& picture, const Palette& palette, HF
 }
 
 // Pictures are turned around by the layout, not by the device: bitmaps and plots would come out reversed.
-PaintBuffer::PaintBuffer(HDC target, const RECT& area)
+PaintBuffer::PaintBuffer(HDC target, const RECT& area, bool isTurned)
     : target_(target), area_(area), layout_(::SetLayout(target, 0)) {
   memory_ = ::CreateCompatibleDC(target);
-  if (memory_ == nullptr) return;
-  bitmap_ = ::CreateCompatibleBitmap(target, std::max<LONG>(area.right, 1), std::max<LONG>(area.bottom, 1));
-  if (bitmap_ != nullptr) old_ = ::SelectObject(memory_, bitmap_);
+  if (memory_ != nullptr) {
+    bitmap_ = ::CreateCompatibleBitmap(target, std::max<LONG>(area.right - area.left, 1),
+                                       std::max<LONG>(area.bottom - area.top, 1));
+  }
+  if (bitmap_ == nullptr) {
+    if (isTurned) ::SetLayout(target, layout_);
+    return;
+  }
+  old_ = ::SelectObject(memory_, bitmap_);
+  ::SetViewportOrgEx(memory_, -area.left, -area.top, nullptr);
+  if (isTurned) ::SetLayout(memory_, LAYOUT_RTL);
 }
 
 PaintBuffer::~PaintBuffer() {
   if (bitmap_ != nullptr) {
-    ::BitBlt(target_, 0, 0, area_.right, area_.bottom, memory_, 0, 0, SRCCOPY);
+    ::SetLayout(memory_, 0);
+    ::BitBlt(target_, area_.left, area_.top, area_.right - area_.left, area_.bottom - area_.top, memory_,
+             area_.left, area_.top, SRCCOPY);
     ::SelectObject(memory_, old_);
     ::DeleteObject(bitmap_);
   }

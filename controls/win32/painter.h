@@ -12,10 +12,12 @@ namespace vrx::controls {
 void PaintPicture(HDC device, const Picture& picture, const Palette& palette, HFONT font, POINT origin,
                   bool isRightToLeft);
 
-/// A bitmap as large as a rectangle to paint in, which goes to the window at the end in one piece.
+/// A bitmap as large as a rectangle of a window, to paint in with the window's coordinates; it goes to the window at the end in
+/// one piece. While it lives the window's device is not turned around; `isTurned` turns the buffer around in its place, for
+/// what the system paints from right to left (`area` from 0 on).
 class PaintBuffer {
  public:
-  PaintBuffer(HDC target, const RECT& area);
+  PaintBuffer(HDC target, const RECT& area, bool isTurned = false);
   PaintBuffer(const PaintBuffer&) = delete;
   PaintBuffer& operator=(const PaintBuffer&) = delete;
   ~PaintBuffer();

@@ -183,7 +183,7 @@ LRESULT PointWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
       return 1;
     }
     case WM_GETDLGCODE:
-      return DLGC_WANTARROWS;
+      return DLGC_WANTARROWS | (IsEscape(lParam) && current_ >= 0 ? DLGC_WANTMESSAGE : 0);
     case WM_KEYDOWN:
       if (Press(wParam)) return 0;
       break;

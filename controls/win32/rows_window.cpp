@@ -46,6 +46,7 @@ void RowsWindow::Relayout() {
 }
 
 void RowsWindow::Changed() {
+  if (!isRedrawn_) return;
   SCROLLINFO scroll{};
   scroll.cbSize = sizeof scroll;
   scroll.fMask = SIF_PAGE | SIF_RANGE | SIF_POS;
@@ -153,6 +154,17 @@ LRESULT RowsWindow::ButtonUp(LPARAM lParam) {
   return 0;
 }
 
+// As the system's list box: the parent may use a key itself (-2), or say which row it goes to.
+bool RowsWindow::AskParent(WPARAM key) {
+  if (!HasStyle(LBS_WANTKEYBOARDINPUT)) return false;
+  const auto current = static_cast<WORD>(std::max(state_.Current(), 0));
+  const auto row = static_cast<int32_t>(::SendMessageW(::GetParent(window_), WM_VKEYTOITEM,
+                                                       MAKEWPARAM(static_cast<WORD>(key), current),
+                                                       reinterpret_cast<LPARAM>(window_)));
+  if (row >= 0 && row < state_.Count()) SelectPart(row);
+  return row == -2 || row >= 0;
+}
+
 bool RowsWindow::PressKey(WPARAM key) {
   static constexpr struct {
     WPARAM key;
@@ -165,7 +177,7 @@ bool RowsWindow::PressKey(WPARAM key) {
     Drop({}, false);
     return true;
   }
-  if (PressMore(key)) return true;
+  if (PressMore(key) || AskParent(key)) return true;
   for (const auto& known : kKeys) {
     if (known.key != key) continue;
     AfterInput(state_.Press(known.listKey, IsDown(VK_SHIFT), IsDown(VK_CONTROL)));
@@ -206,7 +218,7 @@ LRESULT RowsWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
       Relayout();
       return 0;
     case WM_GETDLGCODE:
-      return DLGC_WANTARROWS | DLGC_WANTCHARS;
+      return DLGC_WANTARROWS | DLGC_WANTCHARS | (IsEscape(lParam) && isDragging_ ? DLGC_WANTMESSAGE : 0);
     case WM_VSCROLL:
       return Scroll(LOWORD(wParam));
     case WM_MOUSEWHEEL:
@@ -239,6 +251,12 @@ LRESULT RowsWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
       break;
     case WM_CHAR:
       return Type(wParam);
+    case WM_SETREDRAW: {
+      const LRESULT result = DrawnWindow::Handle(message, wParam, lParam);
+      isRedrawn_ = wParam != 0;
+      Changed();
+      return result;
+    }
     case WM_SETFOCUS:
       if (state_.Current() < 0) state_.SetCurrent(0);
       SendCommand(LBN_SETFOCUS);

@@ -13,15 +13,6 @@ class StillWindow : public DrawnWindow {
  protected:
   [[nodiscard]] bool IsMirrored() const override { return true; }
   [[nodiscard]] long AccessibleRole() const override;
-  [[nodiscard]] CString AccessibleValue() override { return {}; }
-  [[nodiscard]] int32_t PartCount() override { return 0; }
-  [[nodiscard]] long PartRole() const override { return 0; }
-  [[nodiscard]] CString PartName(int32_t /*part*/) override { return {}; }
-  [[nodiscard]] long PartState(int32_t /*part*/) override { return 0; }
-  [[nodiscard]] RECT PartRect(int32_t /*part*/) override { return {}; }
-  [[nodiscard]] int32_t FocusedPart() override { return -1; }
-  [[nodiscard]] int32_t PartAt(POINT /*point*/) override { return -1; }
-  void SelectPart(int32_t /*part*/) override {}
 };
 
 class SwatchWindow final : public StillWindow {

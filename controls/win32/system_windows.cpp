@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <oleacc.h>
 #include <string>
 
 #include <vrxmath/support/number_text.h>
@@ -10,6 +11,39 @@
 #include "controls/win32/painter.h"
 
 namespace vrx::controls {
+
+LRESULT SystemWindow::Default(UINT message, WPARAM wParam, LPARAM lParam) {
+  return ::CallWindowProcW(Below(), window_, message, wParam, lParam);
+}
+
+// The classes below either stop painting by a mark of their own, which our painting does not see, or do not stop.
+LRESULT SystemWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_SETREDRAW) return ::DefWindowProcW(window_, message, wParam, lParam);
+  return AccessibleWindow::Handle(message, wParam, lParam);
+}
+
+bool SystemWindow::HandleFont(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {
+  switch (message) {
+    case WM_SETFONT:
+      hostFont_ = reinterpret_cast<HFONT>(wParam);
+      break;
+    case VRXM_SETDPI:
+      result = TakeDpi(wParam) ? 1 : 0;
+      if (result == 0) return true;
+      break;
+    case WM_CREATE:
+    case WM_THEMECHANGED:
+    case WM_SYSCOLORCHANGE:
+    case WM_SETTINGCHANGE:
+      result = Default(message, wParam, lParam);
+      ownFont_.Reset();
+      break;
+    default:
+      return false;
+  }
+  Default(WM_SETFONT, reinterpret_cast<WPARAM>(CurrentFont()), TRUE);
+  return true;
+}
 
 // Number fields -----------------------------------------------------------------------------------------------
 
@@ -20,14 +54,33 @@ WNDPROC ScrollEditWindow::Below() const {
   return ClassOf<ScrollEditWindow>::below;
 }
 
-LRESULT NumericEditWindow::Default(UINT message, WPARAM wParam, LPARAM lParam) {
-  return ::CallWindowProcW(Below(), window_, message, wParam, lParam);
+long NumericEditWindow::AccessibleRole() const {
+  return HasArrows() ? ROLE_SYSTEM_SPINBUTTON : ROLE_SYSTEM_TEXT;
 }
 
-CString NumericEditWindow::Text() const {
-  std::wstring text(static_cast<std::size_t>(::GetWindowTextLengthW(window_)) + 1, 0);
-  ::GetWindowTextW(window_, text.data(), static_cast<int>(text.size()));
-  return ViewOf(text.c_str());
+// The text before the field, as for the system's fields: the field's own text is its value.
+CString NumericEditWindow::AccessibleName() {
+  const HWND label = ::GetWindow(window_, GW_HWNDPREV);
+  wchar_t name[8] = L"";
+  if (label == nullptr || ::GetClassNameW(label, name, static_cast<int>(std::size(name))) == 0 ||
+      ::lstrcmpiW(name, L"STATIC") != 0) {
+    return {};
+  }
+  const CString whole = TextOfWindow(label);
+  CString text;
+  for (const WideChar unit : whole.View()) {
+    if (unit != u'&') text += unit;  // the mark of the letter that goes to the field by Alt
+  }
+  return text;
+}
+
+// The unit is read aloud with the number.
+CString NumericEditWindow::AccessibleValue() {
+  CString value = Text();
+  if (value.IsEmpty() || unit_.IsEmpty()) return value;
+  value += u" ";
+  value += unit_;
+  return value;
 }
 
 std::optional<double> NumericEditWindow::Value() const {
@@ -61,8 +114,14 @@ void NumericEditWindow::Finish() {
   }
 }
 
+// From the number that stands there, or from the limit that it is beyond; from the last value where there is none.
 bool NumericEditWindow::Step(int32_t steps) {
-  const double from = Value().value_or(value_);
+  const ParsedNumber parsed = ParseNumber(Text(), range_);
+  const bool isInRange = parsed.error == NumberError::kNone;
+  const double from = isInRange ? parsed.value
+                      : parsed.error == NumberError::kNotANumber
+                          ? value_
+                          : std::clamp(parsed.value, range_.lower, range_.upper);
   if (!Accept(StepValue(from, steps, range_), true)) return false;
   ::SendMessageW(window_, EM_SETSEL, 0, -1);
   return true;
@@ -168,7 +227,11 @@ void NumericEditWindow::Paint(HDC device) {
   Picture picture;
   if (!unit_.IsEmpty()) {
     const double room = UnitWidth(look);
-    picture.Text({width - arrows - room, 0, room - 2 * look.scale, height}, unit_, Role::kMuted, Align::kEnd);
+    RECT line{};  // where the field has its text
+    Default(EM_GETRECT, 0, reinterpret_cast<LPARAM>(&line));
+    picture.Text({width - arrows - room, static_cast<double>(line.top), room - 2 * look.scale,
+                  static_cast<double>(line.bottom - line.top)},
+                 unit_, Role::kLabel, Align::kEnd);
   }
   if (HasArrows()) {
     picture.Rectangle({width - arrows, 0, arrows, height}, Role::kFace);
@@ -185,15 +248,44 @@ void NumericEditWindow::Paint(HDC device) {
                reinterpret_cast<HFONT>(::SendMessageW(window_, WM_GETFONT, 0, 0)), {0, 0}, false);
 }
 
+void NumericEditWindow::PaintWhole(HDC device) {
+  Default(WM_ERASEBKGND, reinterpret_cast<WPARAM>(device), 0);
+  const int saved = ::SaveDC(device);
+  Default(WM_PRINTCLIENT, reinterpret_cast<WPARAM>(device), PRF_CLIENT);
+  ::RestoreDC(device, saved);  // the field clips to its text
+  Paint(device);
+}
+
+// Through a buffer, so that the margin is not seen without what stands in it.
+LRESULT NumericEditWindow::HandlePainting(UINT message, WPARAM wParam) {
+  if (message == WM_ERASEBKGND) return 1;
+  if (message == WM_PRINTCLIENT) {
+    PaintWhole(reinterpret_cast<HDC>(wParam));
+    return 0;
+  }
+  PAINTSTRUCT paint{};
+  const HDC device = ::BeginPaint(window_, &paint);
+  if (device != nullptr) {
+    const PaintBuffer buffer(device, ClientRect());
+    PaintWhole(buffer.Device());
+  }
+  ::EndPaint(window_, &paint);
+  return 0;
+}
+
 LRESULT NumericEditWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_CREATE) {
+    // Numbers run from left to right in every writing.
+    const LONG_PTR style = ::GetWindowLongPtrW(window_, GWL_EXSTYLE);
+    ::SetWindowLongPtrW(window_, GWL_EXSTYLE,
+                        style & ~static_cast<LONG_PTR>(WS_EX_LAYOUTRTL | WS_EX_RTLREADING));
+  }
+  LRESULT result = 0;
+  if (HandleFont(message, wParam, lParam, result)) {
+    SetMargins();
+    return result;
+  }
   switch (message) {
-    case WM_CREATE: {
-      // Numbers run from left to right in every writing.
-      const LONG_PTR style = ::GetWindowLongPtrW(window_, GWL_EXSTYLE);
-      ::SetWindowLongPtrW(window_, GWL_EXSTYLE,
-                          style & ~static_cast<LONG_PTR>(WS_EX_LAYOUTRTL | WS_EX_RTLREADING));
-      break;
-    }
     case VRXNM_SETRANGE:
       return TakeRange(lParam);
     case VRXNM_SETVALUE:
@@ -207,13 +299,6 @@ LRESULT NumericEditWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     case VRXNM_STEP:
       return Step(static_cast<int32_t>(wParam)) ? 1 : 0;
-    case VRXM_SETDPI:
-      if (wParam != 0 && (wParam < 96 || wParam > 480)) return 0;
-      dpi_ = static_cast<int>(wParam);
-      font_.MakeMessageFont(Dpi());
-      Default(WM_SETFONT, reinterpret_cast<WPARAM>(font_.Get()), TRUE);
-      SetMargins();
-      return 1;
     case WM_CHAR:
       return Type(wParam, lParam);
     case WM_PASTE:
@@ -229,26 +314,18 @@ LRESULT NumericEditWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_KILLFOCUS:
       Finish();
       break;
-    case WM_SETFONT:
     case WM_SIZE:
-    case WM_THEMECHANGED:
-    case WM_SETTINGCHANGE: {
-      const LRESULT result = Default(message, wParam, lParam);
+      result = Default(message, wParam, lParam);
       SetMargins();
       return result;
-    }
+    case WM_ERASEBKGND:
     case WM_PAINT:
-    case WM_PRINTCLIENT: {
-      const LRESULT result = Default(message, wParam, lParam);
-      const HDC device = message == WM_PAINT ? ::GetDC(window_) : reinterpret_cast<HDC>(wParam);
-      Paint(device);
-      if (message == WM_PAINT) ::ReleaseDC(window_, device);
-      return result;
-    }
+    case WM_PRINTCLIENT:
+      return HandlePainting(message, wParam);
     default:
       break;
   }
-  return Default(message, wParam, lParam);
+  return SystemWindow::Handle(message, wParam, lParam);
 }
 
 int32_t ScrollEditWindow::ArrowAt(POINT point) const {
@@ -299,8 +376,8 @@ LRESULT ScrollEditWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
 
 // Tabs --------------------------------------------------------------------------------------------------------
 
-LRESULT TabWindow::Default(UINT message, WPARAM wParam, LPARAM lParam) {
-  return ::CallWindowProcW(ClassOf<TabWindow>::below, window_, message, wParam, lParam);
+WNDPROC TabWindow::Below() const {
+  return ClassOf<TabWindow>::below;
 }
 
 std::vector<uint8_t> TabWindow::Enabled() {
@@ -317,12 +394,12 @@ bool TabWindow::Go(int32_t tab) {
   if (SendNotify(notify, static_cast<UINT>(TCN_SELCHANGING)) != 0) return false;
   Default(TCM_SETCURSEL, static_cast<WPARAM>(tab), 0);
   SendNotify(notify, static_cast<UINT>(TCN_SELCHANGE));
+  Tell(EVENT_OBJECT_VALUECHANGE, -1);
   return true;
 }
 
 bool TabWindow::PressKey(WPARAM key) {
-  const auto current = static_cast<int32_t>(Default(TCM_GETCURSEL, 0, 0));
-  const auto count = static_cast<int32_t>(Enabled().size());
+  const int32_t current = Current(), count = PartCount();
   const WPARAM forward = IsRightToLeft() ? VK_LEFT : VK_RIGHT, back = IsRightToLeft() ? VK_RIGHT : VK_LEFT;
   if (key == forward)
     Go(NextEnabledTab(Enabled(), current, 1, false));
@@ -337,32 +414,65 @@ bool TabWindow::PressKey(WPARAM key) {
   return true;
 }
 
+// What the system's object would say, and which tabs are disabled.
+long TabWindow::AccessibleRole() const {
+  return ROLE_SYSTEM_PAGETABLIST;
+}
+long TabWindow::PartRole() const {
+  return ROLE_SYSTEM_PAGETAB;
+}
+
+CString TabWindow::PartName(int32_t part) {
+  wchar_t text[260] = L"";
+  TCITEMW item{};
+  item.mask = TCIF_TEXT;
+  item.pszText = text;
+  item.cchTextMax = static_cast<int>(std::size(text));
+  Default(TCM_GETITEMW, static_cast<WPARAM>(part), reinterpret_cast<LPARAM>(&item));
+  return ViewOf(item.pszText);
+}
+
+long TabWindow::PartState(int32_t part) {
+  if (Enabled()[static_cast<std::size_t>(part)] == 0) return STATE_SYSTEM_UNAVAILABLE;
+  const long state = STATE_SYSTEM_SELECTABLE | STATE_SYSTEM_FOCUSABLE;
+  if (part != Current()) return state;
+  return state | STATE_SYSTEM_SELECTED | (::GetFocus() == window_ ? STATE_SYSTEM_FOCUSED : 0);
+}
+
+RECT TabWindow::PartRect(int32_t part) {
+  RECT box{};
+  Default(TCM_GETITEMRECT, static_cast<WPARAM>(part), reinterpret_cast<LPARAM>(&box));
+  return box;
+}
+
+int32_t TabWindow::PartAt(POINT point) {
+  TCHITTESTINFO hit{point, 0};
+  return static_cast<int32_t>(Default(TCM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+}
+
+void TabWindow::SelectPart(int32_t part) {
+  if (Enabled()[static_cast<std::size_t>(part)] != 0 && part != Current()) Go(part);
+}
+
 void TabWindow::PaintDisabled(HDC device) {
   const std::vector<uint8_t> enabled = Enabled();
   Picture picture;
   for (std::size_t i = 0; i < enabled.size(); ++i) {
     if (enabled[i] != 0) continue;
-    RECT box{};
-    wchar_t text[260] = L"";
-    TCITEMW item{};
-    item.mask = TCIF_TEXT;
-    item.pszText = text;
-    item.cchTextMax = static_cast<int>(std::size(text));
-    Default(TCM_GETITEMRECT, i, reinterpret_cast<LPARAM>(&box));
-    Default(TCM_GETITEMW, i, reinterpret_cast<LPARAM>(&item));
+    const auto tab = static_cast<int32_t>(i);
+    const RECT box = PartRect(tab);
     const Rect inner =
         Rect{static_cast<double>(box.left), static_cast<double>(box.top),
              static_cast<double>(box.right - box.left), static_cast<double>(box.bottom - box.top)}
             .Inset(3);
     picture.Rectangle(inner, Role::kFace);
-    picture.Text(inner, ViewOf(text), Role::kMuted, Align::kMiddle);
+    picture.Text(inner, PartName(tab), Role::kMuted, Align::kMiddle);
   }
   PaintPicture(device, picture, SystemPalette(), reinterpret_cast<HFONT>(Default(WM_GETFONT, 0, 0)), {0, 0},
                IsRightToLeft());
 }
 
-// Into a buffer, so that the black text of a disabled tab is never seen. A buffer is not turned around, so a window from
-// right to left paints as the system does it, and the grey texts over it.
+// Into a buffer, so that the black text of a disabled tab is never seen.
 LRESULT TabWindow::Paint(HDC given) {
   if (given != nullptr) {
     const LRESULT result = Default(WM_PRINTCLIENT, reinterpret_cast<WPARAM>(given), PRF_CLIENT);
@@ -371,13 +481,9 @@ LRESULT TabWindow::Paint(HDC given) {
   }
   PAINTSTRUCT paint{};
   const HDC device = ::BeginPaint(window_, &paint);
-  if (device != nullptr && IsRightToLeft()) {
-    ::FillRect(device, &paint.rcPaint, ::GetSysColorBrush(COLOR_BTNFACE));
-    Default(WM_PRINTCLIENT, reinterpret_cast<WPARAM>(device), PRF_CLIENT);
-    PaintDisabled(device);
-  } else if (device != nullptr) {
+  if (device != nullptr) {
     const RECT client = ClientRect();
-    const PaintBuffer buffer(device, client);
+    const PaintBuffer buffer(device, client, IsRightToLeft());
     ::FillRect(buffer.Device(), &client, ::GetSysColorBrush(COLOR_BTNFACE));
     Default(WM_PRINTCLIENT, reinterpret_cast<WPARAM>(buffer.Device()), PRF_CLIENT);
     PaintDisabled(buffer.Device());
@@ -386,39 +492,47 @@ LRESULT TabWindow::Paint(HDC given) {
   return 0;
 }
 
+// Nobody stays on a disabled tab; where all are, the tab stays.
+bool TabWindow::Enable(WPARAM tab, bool isEnabled) {
+  if (tab >= Enabled().size()) return false;
+  if (disabled_.size() <= tab) disabled_.resize(tab + 1);
+  disabled_[tab] = isEnabled ? 0 : 1;
+  ::InvalidateRect(window_, nullptr, TRUE);
+  Tell(EVENT_OBJECT_STATECHANGE, static_cast<int32_t>(tab));
+  if (!isEnabled && Current() == static_cast<int32_t>(tab)) Go(NextEnabledTab(Enabled(), Current(), 1, true));
+  return true;
+}
+
+// The marks of disabled tabs move with the tabs.
+LRESULT TabWindow::HandleTabs(UINT message, WPARAM wParam, LPARAM lParam) {
+  const LRESULT result = Default(message, wParam, lParam);
+  if (message == TCM_DELETEALLITEMS) {
+    disabled_.clear();
+  } else if (message == TCM_DELETEITEM) {
+    if (result != FALSE && wParam < disabled_.size())
+      disabled_.erase(disabled_.begin() + static_cast<std::ptrdiff_t>(wParam));
+  } else if (result >= 0 && static_cast<std::size_t>(result) < disabled_.size()) {
+    disabled_.insert(disabled_.begin() + result, 0);
+  }
+  return result;
+}
+
 LRESULT TabWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+  LRESULT result = 0;
+  if (HandleFont(message, wParam, lParam, result)) return result;
   switch (message) {
-    case VRXBM_ENABLETAB: {
-      if (wParam >= Enabled().size()) return 0;
-      if (disabled_.size() <= wParam) disabled_.resize(wParam + 1);
-      disabled_[wParam] = lParam == 0;
-      ::InvalidateRect(window_, nullptr, TRUE);
-      // Nobody stays on a disabled tab; where all are, the tab stays.
-      const auto current = static_cast<int32_t>(Default(TCM_GETCURSEL, 0, 0));
-      if (lParam == 0 && current == static_cast<int32_t>(wParam))
-        Go(NextEnabledTab(Enabled(), current, 1, true));
-      return 1;
-    }
+    case VRXBM_ENABLETAB:
+      return Enable(wParam, lParam != 0) ? 1 : 0;
     case VRXBM_ISTABENABLED:
       return wParam < Enabled().size() ? Enabled()[wParam] : 0;
     case TCM_INSERTITEMW:
-    case TCM_INSERTITEMA: {
-      const LRESULT at = Default(message, wParam, lParam);
-      if (at >= 0 && static_cast<std::size_t>(at) < disabled_.size())
-        disabled_.insert(disabled_.begin() + at, 0);
-      return at;
-    }
+    case TCM_INSERTITEMA:
     case TCM_DELETEITEM:
-      if (Default(message, wParam, lParam) == FALSE) return FALSE;
-      if (wParam < disabled_.size()) disabled_.erase(disabled_.begin() + static_cast<std::ptrdiff_t>(wParam));
-      return TRUE;
     case TCM_DELETEALLITEMS:
-      disabled_.clear();
-      break;
+      return HandleTabs(message, wParam, lParam);
     case WM_LBUTTONDOWN:
     case WM_LBUTTONDBLCLK: {
-      TCHITTESTINFO hit{{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}, 0};
-      const auto tab = static_cast<int32_t>(Default(TCM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+      const int32_t tab = PartAt({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
       if (tab >= 0 && Enabled()[static_cast<std::size_t>(tab)] == 0) return 0;
       return Default(WM_LBUTTONDOWN, wParam, lParam);  // the second of two quick clicks is one, too
     }
@@ -430,12 +544,10 @@ LRESULT TabWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_PAINT:
     case WM_PRINTCLIENT:
       return Paint(reinterpret_cast<HDC>(wParam));
-    case VRXM_SETDPI:
-      return wParam == 0 || (wParam >= 96 && wParam <= 480) ? 1 : 0;
     default:
       break;
   }
-  return Default(message, wParam, lParam);
+  return SystemWindow::Handle(message, wParam, lParam);
 }
 
 }  // namespace vrx::controls

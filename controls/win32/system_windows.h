@@ -9,16 +9,29 @@
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/foundation/value_range.h>
 
-#include "controls/win32/window.h"
+#include "controls/win32/accessible.h"
 
 namespace vrx::controls {
 
-/// An edit field that holds a number, or nothing, which is the unset value.
-class NumericEditWindow : public Window {
+/// A window over a class of the system's.
+class SystemWindow : public AccessibleWindow {
  protected:
   LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam) override;
   LRESULT Default(UINT message, WPARAM wParam, LPARAM lParam) override;
-  [[nodiscard]] virtual WNDPROC Below() const;
+  /// The procedure of the system's class.
+  [[nodiscard]] virtual WNDPROC Below() const = 0;
+  /// What changes the font: creation, WM_SETFONT, the resolution, themes. True when the message was one of them.
+  bool HandleFont(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
+};
+
+/// An edit field that holds a number, or nothing, which is the unset value.
+class NumericEditWindow : public SystemWindow {
+ protected:
+  LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam) override;
+  [[nodiscard]] WNDPROC Below() const override;
+  [[nodiscard]] long AccessibleRole() const override;
+  [[nodiscard]] CString AccessibleName() override;
+  [[nodiscard]] CString AccessibleValue() override;
   [[nodiscard]] virtual bool HasArrows() const { return false; }
   bool Step(int32_t steps);
   [[nodiscard]] Look LookOfField() const;
@@ -39,10 +52,11 @@ class NumericEditWindow : public Window {
     return look.TextWidth(unit_) * 1.5 + 4 * look.scale;
   }
   void Paint(HDC device);
-  [[nodiscard]] CString Text() const;
+  void PaintWhole(HDC device);
+  LRESULT HandlePainting(UINT message, WPARAM wParam);
+  [[nodiscard]] CString Text() const { return TextOfWindow(window_); }
   [[nodiscard]] std::optional<double> Value() const;
 
-  Font font_;
   CValueRange range_;
   CString unit_;
   double value_ = kUnset;  // the last one that was set or accepted
@@ -60,15 +74,30 @@ class ScrollEditWindow final : public NumericEditWindow {
   int32_t repeats_ = 0;
 };
 
-class TabWindow final : public Window {
+/// Read aloud by an object of its own: the system's does not know of disabled tabs.
+class TabWindow final : public SystemWindow {
   LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam) override;
-  LRESULT Default(UINT message, WPARAM wParam, LPARAM lParam) override;
+  [[nodiscard]] WNDPROC Below() const override;
   [[nodiscard]] std::vector<uint8_t> Enabled();
+  [[nodiscard]] int32_t Current() { return static_cast<int32_t>(Default(TCM_GETCURSEL, 0, 0)); }
+  bool Enable(WPARAM tab, bool isEnabled);
   bool Go(int32_t tab);
   bool PressKey(WPARAM key);
   void PaintDisabled(HDC device);
   LRESULT Paint(HDC given);
-  Font font_;
+  LRESULT HandleTabs(UINT message, WPARAM wParam, LPARAM lParam);
+
+  [[nodiscard]] long AccessibleRole() const override;
+  [[nodiscard]] CString AccessibleValue() override { return PartName(Current()); }
+  [[nodiscard]] int32_t PartCount() override { return static_cast<int32_t>(Enabled().size()); }
+  [[nodiscard]] long PartRole() const override;
+  [[nodiscard]] CString PartName(int32_t part) override;
+  [[nodiscard]] long PartState(int32_t part) override;
+  [[nodiscard]] RECT PartRect(int32_t part) override;
+  [[nodiscard]] int32_t FocusedPart() override { return Current(); }
+  [[nodiscard]] int32_t PartAt(POINT point) override;
+  void SelectPart(int32_t part) override;
+
   std::vector<uint8_t> disabled_;  // per tab; those beyond are enabled
 };
 

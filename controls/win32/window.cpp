@@ -1,8 +1,26 @@
 #include "controls/win32/window.h"
 
+#include <string>
+
 #include <vrxmath/foundation/string_numbers.h>
 
 namespace vrx::controls {
+namespace {
+
+int ScreenDpi() {
+  const HDC screen = ::GetDC(nullptr);
+  const int dpi = ::GetDeviceCaps(screen, LOGPIXELSX);
+  ::ReleaseDC(nullptr, screen);
+  return dpi;
+}
+
+}  // namespace
+
+CString TextOfWindow(HWND window) {
+  std::wstring text(static_cast<std::size_t>(::GetWindowTextLengthW(window)) + 1, 0);
+  ::GetWindowTextW(window, text.data(), static_cast<int>(text.size()));
+  return ViewOf(text.c_str());
+}
 
 CString ControlString(uint32_t number) {
   return CString::Load(kStringControl + number);
@@ -34,8 +52,7 @@ void Font::MakeMessageFont(int dpi) {
   NONCLIENTMETRICSW metrics{};
   metrics.cbSize = sizeof metrics;
   ::SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
-  constexpr int kPoints = 9;
-  metrics.lfMessageFont.lfHeight = -::MulDiv(kPoints, dpi, 72);
+  metrics.lfMessageFont.lfHeight = ::MulDiv(metrics.lfMessageFont.lfHeight, dpi, ScreenDpi());
   metrics.lfMessageFont.lfWidth = 0;
   font_ = ::CreateFontIndirectW(&metrics.lfMessageFont);
 }
@@ -70,11 +87,20 @@ RECT Window::ClientRect() const {
 }
 
 int Window::Dpi() const {
-  if (dpi_ != 0) return dpi_;
-  const HDC screen = ::GetDC(nullptr);
-  const int dpi = ::GetDeviceCaps(screen, LOGPIXELSX);
-  ::ReleaseDC(nullptr, screen);
-  return dpi;
+  return dpi_ != 0 ? dpi_ : ScreenDpi();
+}
+
+bool Window::TakeDpi(WPARAM dpi) {
+  if (dpi != 0 && (dpi < 96 || dpi > VRX_MOST_DPI)) return false;
+  dpi_ = static_cast<int>(dpi);
+  ownFont_.Reset();
+  return true;
+}
+
+HFONT Window::CurrentFont() {
+  if (hostFont_ != nullptr && dpi_ == 0) return hostFont_;
+  if (ownFont_.Get() == nullptr) ownFont_.MakeMessageFont(Dpi());
+  return ownFont_.Get();
 }
 
 }  // namespace vrx::controls

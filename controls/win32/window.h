@@ -28,6 +28,8 @@ inline WideView ViewOf(const wchar_t* text) {
 inline const wchar_t* SystemText(const CString& text) {
   return reinterpret_cast<const wchar_t*>(text.CStr());
 }
+/// What WM_GETTEXT gives.
+CString TextOfWindow(HWND window);
 /// Text `number` of the controls (foundation/string_numbers.h).
 CString ControlString(uint32_t number);
 
@@ -41,7 +43,7 @@ class Font {
   Font(const Font&) = delete;
   Font& operator=(const Font&) = delete;
   ~Font() { Reset(); }
-  /// The font of messages at a number of dots per inch.
+  /// The user's font of messages, in the size that it has at a number of dots per inch.
   void MakeMessageFont(int dpi);
   void Reset();
   [[nodiscard]] HFONT Get() const { return font_; }
@@ -58,6 +60,12 @@ template <class DATA>
 const DATA* DataOf(LPARAM lParam) {
   const auto* data = reinterpret_cast<const DATA*>(lParam);
   return data != nullptr && data->size == sizeof(DATA) ? data : nullptr;
+}
+
+/// In WM_GETDLGCODE: whether the dialog asks for the Escape key, which would close it.
+inline bool IsEscape(LPARAM lParam) {
+  const auto* message = reinterpret_cast<const MSG*>(lParam);
+  return message != nullptr && message->message == WM_KEYDOWN && message->wParam == VK_ESCAPE;
 }
 
 /// One window. Messages come to Handle; what it does not know goes to Default.
@@ -86,9 +94,15 @@ class Window {
   }
   /// The dots per inch that were set, or those of the screen.
   [[nodiscard]] int Dpi() const;
+  /// What VRXM_SETDPI asks for; false when it is refused.
+  bool TakeDpi(WPARAM dpi);
+  /// The host's font; where there is none, or not for the resolution that was set, the user's own.
+  [[nodiscard]] HFONT CurrentFont();
 
   HWND window_ = nullptr;
   int dpi_ = 0;
+  HFONT hostFont_ = nullptr;
+  Font ownFont_;  // made when it is asked for
 
   template <class T>
   friend LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);

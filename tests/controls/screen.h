@@ -3,6 +3,7 @@
 #ifndef TESTS_CONTROLS_SCREEN_H_
 #define TESTS_CONTROLS_SCREEN_H_
 
+#include <map>
 #include <string_view>
 #include <vector>
 
@@ -18,8 +19,7 @@ inline void HandleUntil(UINT first, UINT last) {
     MSG message{};
     while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
       isThere = isThere || (message.message >= first && message.message <= last);
-      ::TranslateMessage(&message);
-      ::DispatchMessageW(&message);
+      gallery::Dispatch(message);
     }
     if (isThere || ::MsgWaitForMultipleObjects(0, nullptr, FALSE, kGivingUp, QS_ALLINPUT) == WAIT_TIMEOUT)
       return;
@@ -83,16 +83,35 @@ inline void MoveTo(HWND window, POINT point) {
   gallery::HandleMessages();
 }
 
-/// Clicks with the mouse of the system, until `isDone` says that the click arrived: while windows come up, the X server
-/// may have moved the mouse meanwhile.
+/// Drags with the mouse of the system, from a point of one window to a point of another, until `isDone` says that it arrived:
+/// while windows come up, the X server may have moved the mouse meanwhile. With `isDropped` false Escape ends it.
 template <class DONE>
-bool ClickByMouse(HWND window, POINT point, DONE isDone) {
-  for (int tries = 0; tries < 5 && !isDone(); ++tries) {
-    MoveTo(window, point);
+bool DragByMouse(HWND from, POINT start, HWND to, POINT end, DONE isDone, bool isDropped = true) {
+  for (int tries = 0; tries < 5; ++tries) {
+    MoveTo(from, start);
     Mouse(MOUSEEVENTF_LEFTDOWN);
+    MoveTo(from, {start.x + 8, start.y + 8});
+    MoveTo(to, end);
+    if (!isDropped) SendKey(VK_ESCAPE, false);
     Mouse(MOUSEEVENTF_LEFTUP);
+    if (!isDropped) SendKey(VK_ESCAPE, true);
+    if (isDone()) return true;
   }
-  return isDone();
+  return false;
+}
+
+/// Clicks with the mouse of the system, `times` in a row, until `isDone` says that it arrived.
+template <class DONE>
+bool ClickByMouse(HWND window, POINT point, DONE isDone, int times = 1) {
+  for (int tries = 0; tries < 5; ++tries) {
+    MoveTo(window, point);
+    for (int i = 0; i < times; ++i) {
+      Mouse(MOUSEEVENTF_LEFTDOWN);
+      Mouse(MOUSEEVENTF_LEFTUP);
+    }
+    if (isDone()) return true;
+  }
+  return false;
 }
 
 inline void SendMouse(HWND window, UINT message, WPARAM keys, POINT point) {
@@ -124,6 +143,42 @@ inline COLORREF PixelAt(HWND window, POINT point) {
   const COLORREF color = ::GetPixel(device, point.x, point.y);
   ::ReleaseDC(window, device);
   return color;
+}
+
+/// How many pixels of what a window shows, its children included, have which colour.
+inline std::map<COLORREF, int> ColorsOf(HWND window) {
+  RECT client{};
+  ::GetClientRect(window, &client);
+  // From the top window: a window that is not drawn at the moment has no pixels of its own.
+  const HWND root = ::GetAncestor(window, GA_ROOT);
+  POINT corner{};
+  ::MapWindowPoints(window, root, &corner, 1);
+  const HDC source = ::GetDC(root), memory = ::CreateCompatibleDC(source);
+  BITMAPINFO info{};
+  info.bmiHeader = {sizeof info.bmiHeader, client.right, -client.bottom, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+  void* bits = nullptr;
+  const HBITMAP bitmap = ::CreateDIBSection(source, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+  const HGDIOBJ old = ::SelectObject(memory, bitmap);
+  ::BitBlt(memory, 0, 0, client.right, client.bottom, source, corner.x, corner.y, SRCCOPY);
+  ::GdiFlush();
+  std::map<COLORREF, int> colors;
+  const auto* pixels = static_cast<const RGBQUAD*>(bits);
+  for (LONG i = 0; i < client.right * client.bottom; ++i)
+    ++colors[RGB(pixels[i].rgbRed, pixels[i].rgbGreen, pixels[i].rgbBlue)];
+  ::SelectObject(memory, old);
+  ::DeleteObject(bitmap);
+  ::DeleteDC(memory);
+  ::ReleaseDC(root, source);
+  return colors;
+}
+
+/// How many GDI objects the process has. Wine does not count them, but knows each by the number of its place alone.
+inline int CountGdiObjects() {
+  auto count = static_cast<int>(::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS));
+  if (count > 0) return count;
+  for (UINT_PTR place = 1; place < 0x10000; ++place)
+    count += ::GetObjectType(reinterpret_cast<HGDIOBJ>(place)) != 0 ? 1 : 0;
+  return count;
 }
 
 /// How many pixels of a rectangle have a colour.

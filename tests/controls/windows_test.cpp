@@ -1,23 +1,17 @@
 // The controls on a screen, driven by messages, the mouse and the keyboard.
 
 #include <array>
-#include <gtest/gtest.h>
-#include <memory>
-#include <oleacc.h>
 #include <string>
 
 #include <vrxmath/foundation/attributes.h>
 #include <vrxmath/foundation/list_data.h>
 
 #include "c_host.h"
-#include "screen.h"
+#include "gallery_fixture.h"
 #include "tests/testing/messages.h"
 
 namespace vrx::controls {
 namespace {
-
-using gallery::Gallery;
-using namespace vrx::test;
 
 // Windows on a desktop of their own: the one that is there may have no screen. Wine gives a desktop with a size one window of
 // the X server, in which no window manager is waited for. The pointer of the X server is in its middle, outside of the gallery.
@@ -33,62 +27,6 @@ class OwnDesktop : public testing::Environment {
   }
 };
 [[maybe_unused]] const auto* const kDesktop = testing::AddGlobalTestEnvironment(new OwnDesktop);
-
-Gallery OpenGallery(int dpi = 96, DWORD exStyle = 0) {
-  const std::wstring folder(VRX_SOURCE_DIR L"/examples");
-  Gallery shown = gallery::Open(folder.c_str(), dpi, exStyle);
-  ::SetForegroundWindow(shown.window);
-  gallery::HandleMessages();
-  return shown;
-}
-
-// A gallery for each test, which starts from the same state.
-class Controls : public testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_NE(g.window, nullptr);
-    proc_ = reinterpret_cast<WNDPROC>(
-        ::SetWindowLongPtrW(g.window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Watch)));
-    commands.clear();
-    points.clear();
-    asked = 0;
-  }
-  void TearDown() override {
-    ::DestroyWindow(g.window);
-    gallery::HandleMessages();
-  }
-
-  // What the controls tell their parent.
-  static LRESULT CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_COMMAND && HIWORD(wParam) != EN_UPDATE) commands.push_back(HIWORD(wParam));
-    const auto* header = reinterpret_cast<const NMHDR*>(lParam);
-    if (message == WM_NOTIFY && header->code == VRXN_POINT) {
-      points.push_back(reinterpret_cast<const VRX_POINT_NOTIFY*>(lParam)->index);
-    }
-    if (message == WM_NOTIFY && header->code == VRXN_GETROW) {
-      auto* row = reinterpret_cast<VRX_GETROW*>(lParam);
-      ++asked;
-      ::wsprintfW(row->text, L"row %d", row->row);
-    }
-    return ::CallWindowProcW(proc_, window, message, wParam, lParam);
-  }
-  static bool WasTold(UINT code) { return std::ranges::find(commands, code) != commands.end(); }
-
-  // The middle of a list's row, `x` from its left edge.
-  static POINT RowPoint(const ListControl& list, int row, LONG x = 60) {
-    RECT box{};
-    list.Send(LB_GETITEMRECT, static_cast<WPARAM>(row), &box);
-    return {x, (box.top + box.bottom) / 2};
-  }
-
-  Gallery g = OpenGallery();
-  static inline std::vector<UINT> commands;
-  static inline std::vector<int> points;
-  static inline int asked;
-
- private:
-  static inline WNDPROC proc_;
-};
 
 TEST_F(Controls, AreFilledByRecords) {
   CListDataArray list;
@@ -111,8 +49,6 @@ TEST_F(Controls, AreFilledByRecords) {
       ::CreateWindowExW(0, L"LISTBOX", L"", WS_CHILD, 0, 0, 9, 9, g.window, nullptr, nullptr, nullptr));
   EXPECT_GE(list.FillList(own), 0);
   EXPECT_EQ(own.Text(1), L"second");
-  g.checks.SetVirtualCount(5);
-  EXPECT_EQ(g.checks.AddString(u"more"), LB_ERR);
 }
 
 TEST_F(Controls, ShowTheColoursOfTheirData) {
@@ -208,44 +144,6 @@ TEST_F(Controls, ListsAreUsedByMouseAndKeys) {
   EXPECT_EQ(g.to.Data(1), 103U);
 }
 
-TEST_F(Controls, ExchangeAndEditor) {
-  EXPECT_EQ(g.exchange.Chosen(), (std::vector<int>{18, 19, 23}));
-  const HWND left = ::GetDlgItem(g.exchange.Handle(), 1), right = ::GetDlgItem(g.exchange.Handle(), 2);
-  Click(left, {40, 9});
-  Click(::GetDlgItem(g.exchange.Handle(), 10), {10, 10});  // Add
-  EXPECT_EQ(g.exchange.Chosen(), (std::vector<int>{18, 19, 23, 0}));
-  EXPECT_TRUE(WasTold(VRXXN_CHANGE));
-  Drag(left, {40, 9}, right, {40, 20});
-  EXPECT_EQ(g.exchange.Chosen(), (std::vector<int>{18, 1, 19, 23, 0}));
-  Click(::GetDlgItem(g.exchange.Handle(), 12), {10, 10});  // Move up
-  EXPECT_EQ(g.exchange.Chosen(), (std::vector<int>{1, 18, 19, 23, 0}));
-  Click(::GetDlgItem(g.exchange.Handle(), 11), {10, 10});  // Remove
-  EXPECT_EQ(g.exchange.Chosen(), (std::vector<int>{18, 19, 23, 0}));
-  EXPECT_EQ(::SendMessageW(left, LB_GETITEMDATA, 0, 0), 1);
-
-  const HWND field = g.editor.BeginEdit(2);
-  ASSERT_NE(field, nullptr);
-  Type(L"azure");
-  Press(VK_RETURN);
-  EXPECT_EQ(g.editor.Text(2), L"azure");
-  EXPECT_EQ(g.editor.Data(2), 102U);
-  EXPECT_TRUE(WasTold(VRXEN_CHANGE));
-  ASSERT_NE(g.editor.BeginEdit(3), nullptr);
-  Type(L"x");
-  Press(VK_ESCAPE);
-  EXPECT_EQ(g.editor.Text(3), L"foliage");
-  Click(::GetDlgItem(g.editor.Handle(), 10), {10, 10});  // Add
-  EXPECT_EQ(g.editor.Count(), 24);                       // counting ends the edit, whose empty entry goes
-  Click(::GetDlgItem(g.editor.Handle(), 10), {10, 10});
-  Type(L"new");
-  Press(VK_RETURN);
-  EXPECT_EQ(g.editor.Text(4), L"new");
-  Click(::GetDlgItem(g.editor.Handle(), 12), {10, 10});  // Move up
-  EXPECT_EQ(g.editor.Text(3), L"new");
-  Click(::GetDlgItem(g.editor.Handle(), 11), {10, 10});  // Remove
-  EXPECT_EQ(g.editor.Text(3), L"foliage");
-}
-
 TEST_F(Controls, TreeSelectsSeveralNodes) {
   EXPECT_EQ(g.tree.Selected(), (std::vector<int>{20, 22}));
   RECT box{};
@@ -269,149 +167,6 @@ TEST_F(Controls, TreeSelectsSeveralNodes) {
   EXPECT_EQ(g.tree.Send(VRXTM_GETCURRENT), 20);
   Press(VK_LEFT);
   EXPECT_EQ(g.tree.Send(VRXTM_GETCURRENT), 1);
-}
-
-TEST_F(Controls, NumbersAreChecked) {
-  const auto value = [](const NumericEdit& edit) {
-    double number = 0;
-    return edit.GetValue(number) ? number : -1;
-  };
-  ::SetFocus(g.number.Handle());
-  g.number.Send(EM_SETSEL, 0, LPARAM{-1});
-  Type(L"2x.e7");
-  EXPECT_DOUBLE_EQ(value(g.number), 2.7);
-  EXPECT_TRUE(WasTold(VRXNN_REFUSED));
-  Type(L"\r");
-  EXPECT_TRUE(WasTold(VRXNN_VALUE));
-  Press(VK_UP);
-  EXPECT_DOUBLE_EQ(value(g.number), 2.75);
-  g.number.Send(EM_SETSEL, 0, LPARAM{-1});
-  Type(L"700");
-  EXPECT_EQ(value(g.number), -1);  // beyond 80, which it becomes when the field is left
-  ::SetFocus(g.scroll.Handle());
-  EXPECT_DOUBLE_EQ(value(g.number), 80);
-  g.number.SetValue(kUnset);
-  EXPECT_EQ(::GetWindowTextLengthW(g.number.Handle()), 0);
-  EXPECT_TRUE(IsUnset(value(g.number)));
-
-  const auto paste = [&](const wchar_t* text) {
-    const std::size_t bytes = (std::wcslen(text) + 1) * sizeof(wchar_t);
-    const HGLOBAL block = ::GlobalAlloc(GMEM_MOVEABLE, bytes);
-    std::memcpy(::GlobalLock(block), text, bytes);
-    ::GlobalUnlock(block);
-    ::OpenClipboard(g.window);
-    ::EmptyClipboard();
-    ::SetClipboardData(CF_UNICODETEXT, block);
-    ::CloseClipboard();
-    g.number.Send(WM_PASTE);
-    return value(g.number);
-  };
-  EXPECT_DOUBLE_EQ(paste(L" 1.25 \u0394E\r\n"), 1.25);
-  EXPECT_DOUBLE_EQ(paste(L"1.25 kg"), 1.25);
-  EXPECT_DOUBLE_EQ(paste(L"900"), 1.25);
-
-  RECT client{};
-  ::GetClientRect(g.scroll.Handle(), &client);
-  Click(g.scroll.Handle(), {client.right - 6, 4});
-  EXPECT_DOUBLE_EQ(value(g.scroll), 13);
-  Click(g.scroll.Handle(), {client.right - 6, client.bottom - 4});
-  g.scroll.Send(WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<WORD>(-2 * WHEEL_DELTA)));
-  EXPECT_DOUBLE_EQ(value(g.scroll), 11.5);
-  for (int i = 0; i < 12; ++i) SendKey(VK_UP, false);  // held: ten steps, then two of five increments
-  SendKey(VK_UP, true);
-  EXPECT_DOUBLE_EQ(value(g.scroll), 11.5 + 0.5 * (10 + 2 * 5));
-}
-
-TEST_F(Controls, DisabledTabsAreSkipped) {
-  const HWND tabs = g.tabs.Handle();
-  const auto boxOf = [&](int tab) {
-    RECT box{};
-    g.tabs.Send(TCM_GETITEMRECT, static_cast<WPARAM>(tab), &box);
-    return box;
-  };
-  const auto middle = [&](int tab) {
-    return POINT{(boxOf(tab).left + boxOf(tab).right) / 2, (boxOf(tab).top + boxOf(tab).bottom) / 2};
-  };
-  Click(tabs, middle(1));
-  EXPECT_EQ(g.tabs.Current(), 0);
-  EXPECT_EQ(CountPixels(tabs, boxOf(1), ::GetSysColor(COLOR_BTNTEXT)), 0);
-  EXPECT_GT(CountPixels(tabs, boxOf(2), ::GetSysColor(COLOR_BTNTEXT)), 0);
-  ::SetFocus(tabs);
-  Press(VK_RIGHT);
-  EXPECT_EQ(g.tabs.Current(), 2);
-  Press(VK_HOME);
-  EXPECT_EQ(g.tabs.Current(), 0);
-  g.tabs.Enable(0, false);
-  EXPECT_EQ(g.tabs.Current(), 2);
-  g.tabs.Enable(1, true);
-  Click(tabs, middle(1));
-  EXPECT_EQ(g.tabs.Current(), 1);
-}
-
-TEST_F(Controls, VirtualListsAskForWhatTheyShow) {
-  g.colors.SetVirtualCount(100'000);
-  PixelAt(g.colors.Handle(), {1, 1});
-  ::SetFocus(g.colors.Handle());
-  Press(VK_END);
-  Press(VK_PRIOR);
-  PixelAt(g.colors.Handle(), {1, 1});
-  EXPECT_EQ(g.colors.Text(99'999), L"row 99999");
-  EXPECT_GT(g.colors.Send(LB_GETTOPINDEX), 99'900);
-  EXPECT_GT(asked, 10);
-  EXPECT_LT(asked, 200);
-}
-
-TEST_F(Controls, AreReadAloud) {
-  const auto open = [](const Control& control) {
-    void* object = nullptr;
-    ::AccessibleObjectFromWindow(control.Handle(), static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible,
-                                 &object);
-    return static_cast<IAccessible*>(object);
-  };
-  const auto text = [](IAccessible* object, auto get, VARIANT child) {
-    BSTR got = nullptr;
-    const HRESULT result = (object->*get)(child, &got);
-    const std::wstring copy = SUCCEEDED(result) && got != nullptr ? std::wstring(got) : std::wstring();
-    ::SysFreeString(got);
-    return copy;
-  };
-  VARIANT self{}, second{};
-  self.vt = second.vt = VT_I4;
-  second.lVal = 2;
-  const struct {
-    const Control& control;
-    LONG role;
-    const wchar_t *value, *part;  // of the second part; null: there is none
-  } rows[] = {
-      {g.checks, ROLE_SYSTEM_LIST, L"foliage", L"light skin"},
-      {g.tree, ROLE_SYSTEM_OUTLINE, L"", L"greys"},
-      {g.progress, ROLE_SYSTEM_PROGRESSBAR, L"62 %  0:09 left", nullptr},
-      {g.plot, ROLE_SYSTEM_CHART, L"", nullptr},
-      {g.framed, ROLE_SYSTEM_GRAPHIC, L"; , not shown truly", nullptr},
-  };
-  g.checks.Select(3);
-  ::SetWindowTextW(g.plot.Handle(), L"greys of two charts");
-  for (const auto& row : rows) {
-    IAccessible* object = open(row.control);
-    ASSERT_NE(object, nullptr);
-    VARIANT role{};
-    object->get_accRole(self, &role);
-    EXPECT_EQ(role.lVal, row.role);
-    EXPECT_EQ(text(object, &IAccessible::get_accValue, self), row.value);
-    if (row.part != nullptr) {
-      EXPECT_EQ(text(object, &IAccessible::get_accName, second), row.part);
-    }
-    object->Release();
-  }
-  IAccessible* plot = open(g.plot);
-  long count = 0;
-  plot->get_accChildCount(&count);
-  EXPECT_EQ(count, 6);
-  EXPECT_EQ(text(plot, &IAccessible::get_accName, self), L"greys of two charts");
-  // The object outlives its window.
-  ::DestroyWindow(g.plot.Handle());
-  EXPECT_TRUE(FAILED(plot->get_accChildCount(&count)));
-  plot->Release();
 }
 
 // The same picture in a window, a bitmap and a metafile.
@@ -490,23 +245,6 @@ TEST_F(Controls, RefuseWhatCannotBe) {
   EXPECT_FALSE(g.number.SetRange({5, 1, 1, 1, 0}));
   EXPECT_FALSE(g.tabs.Enable(7, false));
   EXPECT_FALSE(g.plane.SetDpi(20));
-}
-
-TEST_F(Controls, KeepNoHandles) {
-  std::vector<HWND> windows;
-  for (HWND child = ::GetWindow(g.window, GW_CHILD); child != nullptr;
-       child = ::GetWindow(child, GW_HWNDNEXT))
-    windows.push_back(child);
-  ASSERT_EQ(windows.size(), 21U);
-  const auto paint = [&](int times) {
-    for (int i = 0; i < times; ++i) {
-      for (const HWND window : windows)
-        ::RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
-    }
-    return ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
-  };
-  const DWORD before = paint(3);
-  EXPECT_EQ(paint(480), before);  // of 21 controls: more than 10,000
 }
 
 // The whole gallery at two resolutions and in both writing directions, kept as pictures to be looked at.

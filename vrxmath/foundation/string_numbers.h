@@ -47,8 +47,8 @@ enum class ControlText : uint32_t {
   kRemove,
   kMoveUp,
   kMoveDown,
-  kAddAll,
-  kRemoveAll,
+  kAvailable,
+  kChosen,
 };
 inline constexpr uint32_t kStringDifferenceSystem = 18752;  ///< + 16 x system
 inline constexpr uint32_t kStringReport = 20480;            ///< texts of the tool's reports, by number
