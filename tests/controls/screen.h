@@ -14,7 +14,7 @@ namespace vrx::test {
 /// Handles messages until one from `first` to `last` came, for which it waits: input takes its way through the system. Gives up
 /// when nothing comes at all.
 inline void HandleUntil(UINT first, UINT last) {
-  constexpr DWORD kGivingUp = 2'000;
+  constexpr DWORD kGivingUp = 5'000;
   for (bool isThere = false; !isThere;) {
     MSG message{};
     while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
@@ -88,6 +88,7 @@ inline void MoveTo(HWND window, POINT point) {
 template <class DONE>
 bool DragByMouse(HWND from, POINT start, HWND to, POINT end, DONE isDone, bool isDropped = true) {
   for (int tries = 0; tries < 5; ++tries) {
+    start.x += 10;  // not a double click
     MoveTo(from, start);
     Mouse(MOUSEEVENTF_LEFTDOWN);
     MoveTo(from, {start.x + 8, start.y + 8});

@@ -202,8 +202,8 @@ TEST_F(Controls, FollowThemes) {
   ::SetSysColors(static_cast<int>(elements.size()), elements.data(), fresh.data());
   for (const HWND window : Windows()) {
     SCOPED_TRACE(testing::Message() << ClassOf(window).c_str());
-    for (const UINT message : {WM_SYSCOLORCHANGE, WM_THEMECHANGED, WM_SETTINGCHANGE})
-      ::SendMessageW(window, message, 0, 0);
+    for (const int message : {WM_SYSCOLORCHANGE, WM_THEMECHANGED, WM_SETTINGCHANGE})
+      ::SendMessageW(window, static_cast<UINT>(message), 0, 0);
     gallery::HandleMessages();
     // Buttons and tabs are the system's, which may draw them from a theme's pictures.
     const HWND list = ::GetDlgItem(window, 1);
