@@ -20,7 +20,7 @@ constexpr std::size_t kBufferBytes = CsvReader::kMaxRecordBytes + kLargestChunk;
 
 }  // namespace
 
-CsvReader::CsvReader(const std::string& path) : CsvReader(OpenInput(path), CsvDialect()) {}
+CsvReader::CsvReader(const std::string& path) : CsvReader(OpenText(path), CsvDialect()) {}
 
 CsvReader::CsvReader(std::istream& stream, std::string name)
     : CsvReader(WrapInput(stream, std::move(name)), CsvDialect()) {}

@@ -39,7 +39,8 @@ class CsvReader {
   static constexpr std::size_t kMaxRecordBytes = std::size_t{1} << 20;
   static constexpr std::size_t kMaxColumns = 10'000;
 
-  /// Opens a file, or standard input for "-", and reads the header.
+  /// Opens a file, or standard input for "-", and reads the header. UTF-16 with a mark and lines that end in CR alone
+  /// are read too, of files up to kLargestHeldFile.
   explicit CsvReader(const std::string& path);
   /// The same for any stream; `name` is what messages call it. `stream` must outlive the reader.
   CsvReader(std::istream& stream, std::string name);

@@ -175,4 +175,10 @@ std::string DecodeInput(InputStream& input, std::string_view beginning, bool isL
   return note;
 }
 
+InputStream OpenText(const std::string& path) {
+  InputStream input = OpenInput(path);
+  DecodeInput(input, PeekInput(input, kBeginning), false);
+  return input;
+}
+
 }  // namespace vrx::io

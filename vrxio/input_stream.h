@@ -31,6 +31,9 @@ InputStream WrapInput(std::istream& stream, std::string name);
 /// read twice.
 inline constexpr std::size_t kLargestHeldFile = std::size_t{1} << 28;
 
+/// As many bytes as tell how a file is laid out.
+inline constexpr std::size_t kBeginning = std::size_t{256} << 10;
+
 /// The first bytes of a file, up to `limit`; it then stands at its start again, a pipe included.
 std::string PeekInput(InputStream& input, std::size_t limit);
 
@@ -41,6 +44,9 @@ void HoldInput(InputStream& input);
 /// says so, or when its lines end in carriage returns alone; `beginning` is what PeekInput gave. Returns what was done,
 /// for a note; empty when nothing was. Throws InputError for UTF-16 that is not valid and beyond kLargestHeldFile.
 std::string DecodeInput(InputStream& input, std::string_view beginning, bool isLatin1);
+
+/// OpenInput and DecodeInput together, of a file that is not Latin-1.
+InputStream OpenText(const std::string& path);
 
 }  // namespace vrx::io
 

@@ -33,7 +33,6 @@ std::unique_ptr<MeasurementReader> OpenMeasurements(const std::string& path, con
 }
 
 std::unique_ptr<MeasurementReader> OpenMeasurements(InputStream input, const ReadOptions& options) {
-  constexpr std::size_t kBeginning = std::size_t{256} << 10;
   std::string beginning = PeekInput(input, kBeginning);
   const bool isMarkup =
       options.form == Form::kCxf || (options.form == Form::kByContent && IsMarkup(beginning));

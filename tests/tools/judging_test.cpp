@@ -19,6 +19,8 @@ class Judging : public vrx::test::ToolProcess {
     folder_.Write("named.csv", "standard,b,id,a,L\ns,0,t1,0,50.5\nr,-5,t2,10,70\ns,0,t3,4,53\n");
     folder_.Write("readings.csv", "id,X,Y,Z\nu,10,20,30\nv,1,2,3\nu,11,22,33\nu,9,18,27\nv,3,2,1\nv,2,2,2\n");
     folder_.Write("pair.csv", "L1,a1,b1,L2,a2,b2\n50,2.6772,-79.7751,50,0,-82.7485\n");
+    folder_.Write("returns.csv", "L1,a1,b1,L2,a2,b2\r50,2.6772,-79.7751,50,0,-82.7485\r");
+    folder_.Write("black.csv", "X1,Y1,Z1,X2,Y2,Z2\n1e-5,1e-5,1e-5,5,5,5\n0,0,0,0,0,0\n");
     folder_.Write("apart.csv", "id,L,a,b\nu,50,0,0\nu,50.1,0,0\nu,50,0.1,0\nu,52,0,0\nu,50,0,-0.1\n");
   }
 };
@@ -51,6 +53,10 @@ TEST_F(Judging, KnownColours) {
       // Pair 1 of Sharma, Wu and Dalal.
       {"delta pair.csv --system dE00 --tolerance 2.1 --digits 4 --format csv | cut -d , -f 11-",
        "e6,word0,word1,word2,box,total,verdict\n2.0425, ,Less Red,Bluer,0,1,0\n"},
+      {"delta returns.csv --system dE00 --digits 4 --format csv | cut -d , -f 11-", "e6\n2.0425\n"},
+      // Unset, and 0 / 0: what was not computed fails.
+      {"delta black.csv --system luv --tolerance 9 --format csv | cut -d , -f 11,17",
+       "e6,verdict\n,0\nnan,0\n"},
       {"color s.csv --illuminants TL84,f2,F12,led-b3 --digits 0 --format csv | cut -d , -f 1,2 | head -5",
        "id,illuminant\ns,T84\ns,CWF\ns,U30\ns,LB3\n"},
       {"average readings.csv --format csv", "id,X,Y,Z\nu,10,20,30\nv,2,2,2\n"},

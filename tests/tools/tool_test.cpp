@@ -60,6 +60,7 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
   Write("values.csv", "X,Y,Z\n");
   Write("lab.csv", "L,a,b\n50,1,nan\n");
   Write("twice.csv", FlatHeader("id,geometry") + Flat("A,SCI", "50") + Flat("A,12", "51"));
+  Write("twins.csv", FlatHeader() + Flat("A", "50") + Flat("A", "52"));
   Write("limits.csv",
         "standard,plus0,minus0,plus1,minus1,plus2,minus2,total\n,1,1,1,1,1,1,1\n,2,2,2,2,2,2,2\n");
   Write("crossed.csv", "plus0,minus0,plus1,minus1,plus2,minus2,total\n1,-2,1,1,1,1,1\n");
@@ -83,6 +84,8 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
       {"judge good.csv good.csv --standard-id Q", "there is no standard \"Q\""},
       {"judge good.csv good.csv --standard-id ''", "--standard-id: an empty text"},
       {"judge twice.csv good.csv", "twice.csv, line 3: standard \"A\" has a row of this geometry"},
+      {"judge twins.csv good.csv --pairs", "twins.csv, line 3: standard \"A\" stands there twice"},
+      {"judge twins.csv good.csv --standard-id A", "twins.csv, line 3: standard \"A\" has a row already"},
       {"judge good.csv good.csv --pairs --standard-id A", "excludes"},
       {"judge good.csv good.csv --illuminants D65,D56", "unknown illuminant \"D56\"; did you mean D65?"},
       {"judge good.csv good.csv --illuminants D65,2", "D65 is named twice"},

@@ -62,11 +62,17 @@ Comparison::Comparison(const ComparisonOptions& options, const JudgeSettings& se
       standards_(OpenStandards(options, settings, trials_)) {}
 
 bool Comparison::NextTrial(CurveRow& trial) {
-  if (!average_) return trials_.Next(trial);
-  if (nextReadings_ == 0) readings_ = ReadReadings(trials_, 0);
-  if (nextReadings_ == readings_.size()) return false;
-  trial = readings_[nextReadings_++].Mean();
-  return true;
+  if (average_) {
+    if (nextReadings_ == 0) readings_ = ReadReadings(trials_, 0);
+    if (nextReadings_ < readings_.size()) {
+      trial = readings_[nextReadings_++].Mean();
+      return true;
+    }
+  } else if (trials_.Next(trial)) {
+    return true;
+  }
+  standards_->EndTrials();
+  return false;
 }
 
 void Comparison::WarnAboutInput() const {

@@ -65,7 +65,7 @@ class Comparison {
         const CurveRow mean = readings.Mean();
         visit(mean, standards_->For(mean));
       }
-      return;
+      return standards_->EndTrials();
     }
     ProgressBar progress(trials_.Source().Size());
     CurveRow trial;
@@ -73,6 +73,7 @@ class Comparison {
       visit(trial, standards_->For(trial));
       progress.Update(trials_.Source().Position());
     }
+    standards_->EndTrials();
   }
 
   /// Remarks on what was read, once all of it was.

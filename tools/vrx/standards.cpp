@@ -20,7 +20,7 @@ namespace {
 class OneStandardForAll final : public Standards {
  public:
   OneStandardForAll(CurveReader reader, const std::string& id, const JudgeSettings& settings)
-      : reader_(std::move(reader)), settings_(settings), id_(id) {
+      : reader_(std::move(reader)), settings_(settings), id_(id), isNamed_(!id.empty()) {
     ReadRows();
   }
 
@@ -49,7 +49,7 @@ class OneStandardForAll final : public Standards {
     Sample sample;
   };
 
-  // Without geometries the first row that fits is all there is to read.
+  // Without geometries the first row of the file is all there is to read, unless another one was asked for.
   void ReadRows() {
     CurveRow row;
     while (reader_.Next(row)) {
@@ -57,10 +57,11 @@ class OneStandardForAll final : public Standards {
       if (row.id != id_) continue;
       const auto same = [&](const Row& other) { return other.geometry == row.geometry; };
       if (std::ranges::any_of(rows_, same)) {
-        reader_.Source().FailRow("standard \"" + id_ + "\" has a row of this geometry already");
+        reader_.Source().FailRow("standard \"" + id_ + "\" has a row" +
+                                 (reader_.HasGeometries() ? " of this geometry" : "") + " already");
       }
       rows_.push_back({row.geometry, row});
-      if (!reader_.HasGeometries()) return;
+      if (!reader_.HasGeometries() && !isNamed_) return;
     }
     if (rows_.empty() && id_.empty()) throw InputError(reader_.Source().Name() + ": there is no row");
     if (rows_.empty()) FailNoStandard(reader_.Source().Name(), id_, kNoGeometry);
@@ -79,6 +80,7 @@ class OneStandardForAll final : public Standards {
   CurveReader reader_;
   const JudgeSettings& settings_;
   std::string id_;
+  bool isNamed_;
   std::vector<Row> rows_;
   std::array<std::unique_ptr<Judge>, kAngleCodes + 1> judges_;  // by geometry + 1
   std::array<Standard, kAngleCodes + 1> standards_;             // likewise
@@ -104,6 +106,9 @@ class StandardOfItsOwn final : public Standards {
     return standard_;
   }
   const CurveReader& Reader() const override { return reader_; }
+  void EndTrials() override {
+    if (!indexed_ && hasRow_) ReadOn(nullptr);
+  }
 
  private:
   struct Entry {
@@ -128,10 +133,23 @@ class StandardOfItsOwn final : public Standards {
     return Holds(StandardOf(trial), trial.geometry) || Holds(StandardOf(trial), kNoGeometry);
   }
 
+  // Reads the next row of the file. When it is a second one of the standard before, and not for `trial`, nobody said
+  // which of the two that standard is.
+  void ReadOn(const CurveRow* trial) {
+    const bool hadRow = hasRow_;
+    const int32_t geometry = row_.geometry;
+    lastId_ = row_.id;
+    hasRow_ = reader_.Next(row_);
+    if (hadRow && Holds(lastId_, geometry) && (trial == nullptr || !Fits(*trial))) FailTwice(lastId_);
+  }
+  [[noreturn]] void FailTwice(std::string_view id) const {
+    reader_.Source().FailRow("standard \"" + std::string(id) + "\" stands there twice");
+  }
+
   // The next row of the file, or wherever the trial's standard is.
   void Advance(const CurveRow& trial) {
     if (!indexed_) {
-      hasRow_ = reader_.Next(row_);
+      ReadOn(&trial);
       if (Fits(trial)) return;
       MakeIndex(trial);
     }
@@ -168,8 +186,7 @@ class StandardOfItsOwn final : public Standards {
     for (; at != index_.end() && at->hash == hash; ++at) {
       Load(*at);
       if (!Holds(id, geometry)) continue;
-      if (match != nullptr)
-        reader_.Source().FailRow("standard \"" + std::string(id) + "\" stands there twice");
+      if (match != nullptr) FailTwice(id);
       match = &*at;
     }
     if (match != nullptr && !Holds(id, geometry)) Load(*match);
@@ -184,6 +201,7 @@ class StandardOfItsOwn final : public Standards {
   CurveReader reader_;
   Judge judge_;
   CurveRow row_;
+  std::string lastId_;
   Standard standard_;
   bool hasRow_ = false;
   bool indexed_ = false;

@@ -26,6 +26,8 @@ class Standards {
   virtual Judge& For(const CurveRow& trial) = 0;
   /// The same standard as it was measured, for a judge of the caller's.
   virtual const Standard& Of(const CurveRow& trial) = 0;
+  /// There are no more trials. Throws InputError when the last one had two standards.
+  virtual void EndTrials() {}
   /// What was read of the standards' file.
   virtual const CurveReader& Reader() const = 0;
 };

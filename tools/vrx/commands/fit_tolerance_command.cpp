@@ -243,7 +243,7 @@ void RunFit(const FitOptions& options) {
   if (!(options.margin > 0 && options.margin <= 100)) {
     throw InputError("--margin: a factor above 0, up to 100");
   }
-  InputStream input = OpenInput(options.accepted);
+  InputStream input = OpenText(options.accepted);
   const Accepted accepted = HoldsDifferences(input)
                                 ? ReadDifferences(CsvReader(std::move(input), CsvDialect()), options)
                                 : ReadCurves(OpenCurves(std::move(input), options.input), options);
