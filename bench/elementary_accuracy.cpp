@@ -2,13 +2,15 @@
 // (ULP), over numbers of every size and over those that colour work brings, and whether special values give what C's
 // functions give. Minutes for the full count; fails where an error exceeds what elementary.h states.
 //
-//   elementary_accuracy [COUNT]     points a function, 10,000,000 when not given
+//   elementary_accuracy [COUNT [FUNCTION...]]     points a function, 10,000,000 when not given; all functions or those named
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <mpfr.h>
 
@@ -167,6 +169,9 @@ int main(int argc, char** argv) {
   const std::uint64_t count = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 10'000'000;
   std::printf("%-9s %9s %9s %9s\n", "function", "ULP", "special", "stated");
   bool good = true;
-  for (const auto& function : vrx::bench::kFunctions) good &= vrx::bench::Report(function, count);
+  for (const auto& function : vrx::bench::kFunctions) {
+    const auto isNamed = [&](const char* name) { return std::strcmp(name, function.name) == 0; };
+    if (argc < 3 || std::any_of(argv + 2, argv + argc, isNamed)) good &= vrx::bench::Report(function, count);
+  }
   return good ? 0 : 1;
 }
