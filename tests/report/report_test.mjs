@@ -89,6 +89,7 @@ test('the first screen says what the csv says, and which files were judged', () 
 test('what stands in the file of each command is what the script shows', async () => {
   const commands = {
     color: [chart[0]], index: [file('few0.csv'), '--illuminants', 'C'], strength: [file('standard.csv'), file('trials.csv')],
+    match: [join(examples, 'acrylic_paints.json'), file('few0.csv'), '--specular', 'excluded', '--max-colorants', '3'],
     'fit-tolerance': [file('trials.csv'), '--standard', file('standard.csv')], judge: [file('standard.csv'), file('trials.csv')],
   };
   for (const [command, options] of Object.entries(commands)) {
@@ -99,6 +100,17 @@ test('what stands in the file of each command is what the script shows', async (
     await withPage(`${command}.html`, async (page) => assert.deepEqual(await rowsOf(page), written));
   }
 });
+
+test('a report of recipes names the paints and shows each target beside its first recipe', () => withPage('match.html', async (page) => {
+  const rows = await rowsOf(page), formula = (await headingsOf(page)).indexOf('formula');
+  assert.match(rows[0][formula], /^[\d.]+ [A-Z][a-z]+ [A-Z]/);
+  const targets = readFileSync(file('few0.csv'), 'utf8').trim().split('\n').slice(1).map((line) => line.split(',')[0]);
+  assert.deepEqual(await page.$$eval('#pictures h3', (all) => all.map((heading) => heading.textContent)), targets);
+  const pairs = await page.$$eval('#pictures .swatches', (all) => all.map((pair) => pair.getAttribute('aria-label').match(/[0-9a-f]{6}/g).map((hex) => [0, 2, 4].map((at) => parseInt(hex.slice(at, at + 2), 16)))));
+  assert.equal(pairs.length, targets.length);
+  for (const [target, recipe] of pairs) target.forEach((channel, i) => assert.ok(Math.abs(channel - recipe[i]) <= 6, `${target} | ${recipe}`));
+  assert.equal(await page.locator('#pictures .chart svg[aria-label^="Reflectance, and difference from the target. Reflectance curves of the target and of 10 recipes"]').count(), targets.length);
+}));
 
 test('the table sorts and filters, by keys too', () => withPage('pairs.html', async (page) => {
   const total = (await headingsOf(page)).indexOf('ΔE*cmc');
@@ -161,7 +173,7 @@ test('a trial is chosen in the table by keys and found in the pictures by the mo
   assert.equal(await page.textContent('tr.picked td'), 'T7');
 }));
 
-for (const [name, colorScheme] of [['few.html', 'light'], ['trials.html', 'dark'], ['color.html', 'dark']]) {
+for (const [name, colorScheme] of [['few.html', 'light'], ['trials.html', 'dark'], ['color.html', 'dark'], ['match.html', 'light']]) {
   test(`axe finds nothing in ${name}, ${colorScheme}`, () => withPage(name, async (page) => {
     await page.evaluate(axe);
     const { violations } = await page.evaluate(() => window.axe.run());

@@ -13,7 +13,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "tests/testing/temporary_folder.h"
+#include "tests/testing/tool_process.h"
 
 namespace vrx::tool {
 namespace {
@@ -35,19 +35,10 @@ std::string FlatRow(std::string row, const char* percent, bool hasHole = false) 
   return row + "\n";
 }
 
-class MatchingCommands : public testing::Test {
+class MatchingCommands : public test::ToolProcess {
  protected:
-  // Runs `vrx ARGUMENTS` in the folder; standard output and error go to files of it.
-  int Run(const std::string& arguments) {
-    const std::string command =
-        "cd " + (folder_ / "") + " && " VRX_TOOL " " + arguments + " >out 2>err </dev/null";
-    const int ended = std::system(command.c_str());
-    return WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
-  }
-  json RunJson(const std::string& arguments) {
-    EXPECT_EQ(Run(arguments + " --format json"), 0) << folder_.Read("err");
-    return json::parse(folder_.Read("out"));
-  }
+  // The exit status of `vrx ARGUMENTS`.
+  int Run(const std::string& arguments) { return ToolProcess::Run(arguments + " </dev/null").status; }
   // Each of `rows` (arguments, what the message has in it) is refused with status 2 and without results; nothing that
   // begins with "new" was written.
   struct Refusal {
@@ -75,8 +66,6 @@ class MatchingCommands : public testing::Test {
     }
     folder_.Write(name, rows);
   }
-
-  test::TemporaryFolder folder_;
 };
 
 // Masstones, letdowns of about 10 % and greys give the constants; of the letdowns of about 50 % (one of 84 %), which take
@@ -197,11 +186,16 @@ TEST_F(MatchingCommands, MatchAnswersWhateverIsAsked) {
        RunJson("match " + kPaints + " curves.csv --max-colorants 3 --batch-size 500 --resolution 0.5")) {
     EXPECT_EQ(TotalOf(row["formula"]), 500.0) << row["formula"];
   }
-  const json far = RunJson("match " + kPaints + " far.csv --top 2 --max-colorants 2");
+  const json far = RunJson("match " + kPaints + " far.csv --top 2 --max-colorants 2 --report far.html");
   ASSERT_EQ(far.size(), 2u) << "beyond the gamut";
   EXPECT_EQ(far[0]["status"], "out of tolerance");
   EXPECT_LT(far[0]["dE_D65"], far[1]["dE_D65"]);
   EXPECT_TRUE(far[0]["dE_A"].is_null() && far[0]["metamerism"].is_null());
+  const std::string page = folder_.Read("far.html");
+  EXPECT_NE(page.find(">Target and what stands first<"), std::string::npos)
+      << "swatches, but no curves of a colour";
+  EXPECT_NE(page.find(" Quinacridone Magenta"), std::string::npos) << "by name, also beside csv and json";
+  EXPECT_EQ(page.find("<svg"), std::string::npos);
 
   const std::string thin =
       "match " + kPaints + " curves.csv --max-colorants 1 --backings backings.csv --thickness ";
@@ -325,11 +319,13 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
   EXPECT_EQ(best[0]["additions"], "7:50");
   EXPECT_EQ(best[1]["batch"], "far");
   EXPECT_EQ(best[1]["additions"], "7:1") << "a tenth of what will be 10";
-  ASSERT_EQ(Run(leftovers + "--max-addition 0.1% --top 1 --tolerance 0.1 --format csv"), 0);
+  ASSERT_EQ(Run(leftovers + "--report stock.html --max-addition 0.1% --top 1 --tolerance 0.1 --format csv"),
+            0);
   EXPECT_TRUE(folder_.Read("out").starts_with(
       "target,rank,batch,additions,total,dE_before,dE_after_D65,dE_after_A,dE_after_CWF,cost,status\n"
       "c,1,near,14:0.9,"))
       << folder_.Read("out");
+  EXPECT_NE(folder_.Read("stock.html").find("curves of the target and of 1 recipes"), std::string::npos);
 }
 
 // Whatever is wrong is told with file and field, and nothing is written.
@@ -379,8 +375,8 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
   stock("stock_dark.csv", "s,1:95;7:5,90", "3");
   stock("stock_none.csv", "s,1:95;7:5,0", "40");
 
-  const std::string match = "match " + kPaints + " --formulas new.json ";
-  const std::string from = "match " + kPaints + " t.csv --from-stock ";
+  const std::string match = "match " + kPaints + " --formulas new.json --report new.html ";
+  const std::string from = "match " + kPaints + " t.csv --report new.html --from-stock ";
   const std::string correct = "correct " + kPaints + " --batch-size 9 --formula ";
   ExpectRefusals({
       {match + "none.csv", "none.csv"},

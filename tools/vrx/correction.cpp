@@ -141,12 +141,11 @@ void AddCorrectionColumns(const CRecipeSettings& settings, std::vector<Column>& 
   columns.insert(columns.end(), {{"cost"}, {"status"}});
 }
 
-void WriteCorrection(const StockCorrection& correction, const ColorSystem& system, bool isTable,
-                     RowWriter& rows) {
+void WriteCorrection(const StockCorrection& correction, const ColorSystem& system, RowWriter& rows) {
   const CCorrection& what = correction.correction;
   const Tint tint = what.isWithinTolerance ? Tint::kGood : Tint::kBad;
-  rows.Text(isTable ? NamedFormulaText(what.additions, system, correction.size)
-                    : FormulaText(what.additions, correction.size));
+  rows.Words(FormulaText(what.additions, correction.size),
+             NamedFormulaText(what.additions, system, correction.size));
   rows.Number(what.total);
   rows.Number(correction.before);
   for (const double difference : what.differences) rows.Number(difference, tint);

@@ -56,9 +56,8 @@ std::vector<StockCorrection> CorrectionsOf(const NamedBatch& batch, const CCorre
 
 /// `additions,total,dE_before,dE_after_D65 ...,cost,status`.
 void AddCorrectionColumns(const CRecipeSettings& settings, std::vector<Column>& columns);
-/// The cells below them. `isTable`: additions by name, for people.
-void WriteCorrection(const StockCorrection& correction, const ColorSystem& system, bool isTable,
-                     RowWriter& rows);
+/// The cells below them.
+void WriteCorrection(const StockCorrection& correction, const ColorSystem& system, RowWriter& rows);
 
 }  // namespace vrx::tool
 

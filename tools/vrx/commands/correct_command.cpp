@@ -68,7 +68,7 @@ void RunCorrect(const CorrectOptions& options) {
   int rank = 0;
   for (const StockCorrection& correction : CorrectionsOf(named, before, corrections)) {
     rows->Integer(++rank);
-    WriteCorrection(correction, system, search.format == Format::kTable, *rows);
+    WriteCorrection(correction, system, *rows);
   }
   rows->Finish();
   output.Finish();

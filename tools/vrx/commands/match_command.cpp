@@ -1,18 +1,22 @@
 // vrx match: the recipes of colours.
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/matching/recipe.h>
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/conditions.h"
 #include "tools/vrx/correction.h"
 #include "tools/vrx/curve_input.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/output/result_report.h"
 #include "tools/vrx/output/text.h"
 #include "tools/vrx/recipe_options.h"
 #include "tools/vrx/recipe_search.h"
@@ -31,6 +35,7 @@ struct MatchOptions {
   std::string formulas;
   std::string stock;
   std::string mostAddition = "100%";
+  ReportOptions report;
 };
 
 struct NamedTarget {
@@ -39,12 +44,13 @@ struct NamedTarget {
 };
 
 // Curves, or colours as L*, a*, b*.
-std::vector<NamedTarget> ReadTargets(const MatchOptions& options) {
+std::vector<NamedTarget> ReadTargets(const MatchOptions& options, ResultReport& report) {
   std::vector<NamedTarget> targets;
   CurveReader samples = OpenCurves(options.targets, options.search.input, Content::kCurvesOrColors);
   if (samples.Kind() == Sample::kXyz) {
     samples.Source().FailRow("targets are curves or L*, a*, b*, not tristimulus values");
   }
+  report.SetMeasured(samples);
   CurveRow row;
   while (samples.Next(row)) {
     NamedTarget named{std::string(row.id), {}};
@@ -85,16 +91,67 @@ SearchNames NamesOf(const MatchOptions& options, const NamedTarget& target) {
           options.targets + ": target \"" + target.id + "\"", "", ""};
 }
 
+// What the report says of the inputs and the conditions.
+void DescribeRun(const MatchOptions& options, const CRecipeSettings& settings, ResultReport& report) {
+  report.AddFile(ReportText::kColorants, options.search.system);
+  report.AddFile(ReportText::kTargets, options.targets);
+  report.AddFact(ReportText::kSystem, TitleOf(settings.difference));
+  report.AddFact(ReportText::kTolerance, FixedText(settings.tolerance));
+  const auto& illuminants = settings.illuminants;
+  report.AddViewing({illuminants.begin(), illuminants.end()}, settings.observer);
+}
+
+// The pictures of the first targets: each beside the first of what was found for it, and the curves of the first ones.
+void AddPictures(const CRecipeSettings& settings, const std::vector<NamedTarget>& targets,
+                 const std::function<std::vector<CReflData>(std::size_t)>& curvesOf, ResultReport& report) {
+  constexpr std::size_t kMostTargets = 100;
+  if (!report.IsWanted()) return;
+  const vrxIlluminant illuminant = settings.illuminants[0];
+  const auto shown = [&](const CTrisValues& xyz) { return Shown(illuminant, settings.observer, xyz); };
+  const auto colourOf = [&](const CReflData& curve) {
+    CTrisValues xyz;
+    curve.Tristimulus(illuminant, settings.observer, xyz);
+    return shown(xyz);
+  };
+  for (std::size_t i = 0; i < std::min(targets.size(), kMostTargets); ++i) {
+    const CRecipeTarget& target = targets[i].target;
+    std::vector<CReflData> curves = curvesOf(i);
+    if (curves.empty()) continue;
+    const ShownColour nearest = colourOf(curves.front());
+    if (!IsUnset(target.curve)) {
+      curves.insert(curves.begin(), target.curve);
+      report.AddTarget(targets[i].id, colourOf(target.curve), nearest, curves);
+      continue;
+    }
+    CTrisValues xyz;
+    LabToXyz(illuminant, settings.observer, target.lab, xyz);
+    report.AddTarget(targets[i].id, shown(xyz), nearest, {});
+  }
+  if (targets.size() <= kMostTargets) return;
+  report.SetNote(
+      TextOf(ReportText::kTargetsLeftOut, {std::to_string(kMostTargets), std::to_string(targets.size())}));
+}
+
+// The curves of the first recipes or corrections.
+template <class FOUND, class CURVE>
+std::vector<CReflData> FirstCurves(const FOUND& found, CURVE curve) {
+  constexpr std::size_t kMost = 10;
+  std::vector<CReflData> curves;
+  for (const auto& each : found) {
+    if (curves.size() < kMost) curves.push_back(curve(each));
+  }
+  return curves;
+}
+
 // Recipes, one row each.
 class RecipeRows {
  public:
   RecipeRows(const MatchOptions& options, const ColorSystem& system, const CRecipeSettings& settings,
-             OutputStream& output)
+             OutputStream& output, ResultReport& report)
       : system_(system),
         illuminants_(settings.illuminants.GetSize()),
         batchSize_(settings.batchSize),
-        isTable_(options.search.format == Format::kTable),
-        rows_(MakeRowWriter(options.search.format, output, Columns(settings))) {}
+        rows_(report.Rows(options.search.format, output, Columns(settings))) {}
 
   // The recipes of a target; without any, a row that says so.
   void Add(const std::string& target, const CRecipeArray& recipes) {
@@ -125,8 +182,8 @@ class RecipeRows {
     rows_->Text(target);
     rows_->Integer(rank);
     rows_->Integer(recipe.colorants);
-    rows_->Text(isTable_ ? NamedFormulaText(recipe.formula, system_, batchSize_)
-                         : FormulaText(recipe.formula, batchSize_));
+    rows_->Words(FormulaText(recipe.formula, batchSize_),
+                 NamedFormulaText(recipe.formula, system_, batchSize_));
     const Tint tint = recipe.isWithinTolerance ? Tint::kGood : Tint::kBad;
     for (const double difference : recipe.differences) rows_->Number(difference, tint);
     for (const double value : {recipe.metamerism, recipe.rms, recipe.cost, recipe.opacity})
@@ -138,7 +195,6 @@ class RecipeRows {
   const ColorSystem& system_;
   int32_t illuminants_;
   double batchSize_;
-  bool isTable_;
   std::unique_ptr<RowWriter> rows_;
 };
 
@@ -165,10 +221,11 @@ CCorrectionSettings CorrectionSettingsOf(const MatchOptions& options, const Colo
 // Every batch of the stock brought to every target by additions.
 class StockSearch {
  public:
-  StockSearch(const MatchOptions& options)
+  explicit StockSearch(const MatchOptions& options)
       : options_(options),
+        report_(options.report, ReportText::kRecipes),
         system_(ReadColorSystem(options.search.system)),
-        targets_(ReadTargets(options)),
+        targets_(ReadTargets(options, report_)),
         stock_(ReadStock(options.stock, system_, options.search.input)),
         settings_(CorrectionSettingsOf(options, system_)) {}
 
@@ -196,17 +253,23 @@ class StockSearch {
     std::vector<Column> columns{{"target"}, {"rank"}, {"batch"}};
     AddCorrectionColumns(settings_.recipe, columns);
     OutputStream output;
-    const std::unique_ptr<RowWriter> rows = MakeRowWriter(options_.search.format, output, columns);
+    DescribeRun(options_, settings_.recipe, report_);
+    report_.AddFile(ReportText::kStock, options_.stock);
+    const std::unique_ptr<RowWriter> rows = report_.Rows(options_.search.format, output, columns);
     for (std::size_t i = 0; i < targets_.size(); ++i) {
       int rank = 0;
       for (const StockCorrection& correction : found[i]) {
         rows->Text(targets_[i].id);
         rows->Integer(++rank);
         rows->Text(correction.batch);
-        WriteCorrection(correction, system_, options_.search.format == Format::kTable, *rows);
+        WriteCorrection(correction, system_, *rows);
       }
     }
     rows->Finish();
+    const auto curveOf = [](const StockCorrection& each) { return each.correction.curve; };
+    AddPictures(
+        settings_.recipe, targets_, [&](std::size_t i) { return FirstCurves(found[i], curveOf); }, report_);
+    report_.Save();
     output.Finish();
   }
 
@@ -234,6 +297,7 @@ class StockSearch {
   }
 
   const MatchOptions& options_;
+  ResultReport report_;
   ColorSystem system_;
   std::vector<NamedTarget> targets_;
   std::vector<NamedBatch> stock_;
@@ -249,7 +313,8 @@ void RunFromStock(const MatchOptions& options) {
 
 void RunMatch(const MatchOptions& options) {
   const ColorSystem system = ReadColorSystem(options.search.system);
-  const std::vector<NamedTarget> targets = ReadTargets(options);
+  ResultReport report(options.report, ReportText::kRecipes);
+  const std::vector<NamedTarget> targets = ReadTargets(options, report);
   CRecipeSettings settings = SettingsOf(options, system);
   for (const NamedTarget& target : targets) {
     CheckSearch(system, settings, NamesOf(options, target), [&](const CRecipeSettings& none) {
@@ -268,7 +333,8 @@ void RunMatch(const MatchOptions& options) {
     }
   }
   OutputStream output;
-  RecipeRows rows(options, system, settings, output);
+  DescribeRun(options, settings, report);
+  RecipeRows rows(options, system, settings, output, report);
   std::vector<NamedFormula> formulas;
   const auto without = std::ranges::count_if(found, [](const CRecipeArray& each) { return each.IsEmpty(); });
   for (std::size_t i = 0; i < targets.size(); ++i) {
@@ -277,8 +343,12 @@ void RunMatch(const MatchOptions& options) {
       formulas.push_back({targets[i].id + " " + std::to_string(rank), found[i][rank - 1].formula});
     }
   }
-  if (!options.formulas.empty()) WriteFormulas(options.formulas, formulas);
   rows.Finish();
+  const auto curveOf = [](const CRecipe& recipe) { return recipe.curve; };
+  AddPictures(
+      settings, targets, [&](std::size_t i) { return FirstCurves(found[i], curveOf); }, report);
+  report.Save();
+  if (!options.formulas.empty()) WriteFormulas(options.formulas, formulas);
   output.Finish();
   if (without > 0) {
     PrintMessage(
@@ -344,6 +414,7 @@ void AddMatch(Command& tool) {
       .Shows("PERCENT [100%]")
       .Needs(stock);
   AddRecipeOptions(command, *options, stock);
+  AddReportOptions(command, options->report);
   command.SetNotes(
       "Recipes within the tolerance come first, then by --sort, then by the largest difference over the\n"
       "illuminants; recipes that differ by traces (0.1 %) are told as one. With L, a, b only the first\n"
@@ -352,6 +423,7 @@ void AddMatch(Command& tool) {
       "  vrx match examples/acrylic_paints.json examples/chart_average.csv --specular excluded --top 3\n"
       "  vrx match system.json targets.csv --require 1 --max-colorants 3 --sort cost --limits shelf.csv\n"
       "  vrx match system.json targets.csv --batch-size 5000 --resolution 0.1 --formulas recipes.json\n"
+      "  vrx match system.json targets.csv --max-colorants 3 --report recipes.html\n"
       "  vrx match system.json targets.csv --from-stock leftovers.csv --max-colorants 2\n");
   command.SetAction([options] {
     options->stock.empty() ? RunMatch(*options) : RunFromStock(*options);

@@ -250,12 +250,15 @@ class CurvesPainter {
       picture.Text(x + 32, 16, text, kFontSize, Ink::kText);
     };
     if (HasDifferences()) {
-      entry(data_.trials.size() > kMaxLines ? TextOf(ReportText::kWorstTrialsKey, {std::to_string(kMaxLines)})
-                                            : Text(ReportText::kTrial),
+      entry(data_.trials.size() > kMaxLines
+                ? TextOf(ReportText::kWorstTrialsKey, {std::to_string(kMaxLines)})
+                : Text(data_.areRecipes ? ReportText::kRecipes : ReportText::kTrial),
             Ink::kTrial, data_.trials.size() > 3 ? Stroke{0.7, Dash::kSolid} : Stroke{1.6, Dash::kDashed},
             data_.trials.size() > kMaxLines ? 260 : 90);
     }
-    if (data_.standard != nullptr) entry(Text(ReportText::kStandard), Ink::kStandard, {2, Dash::kSolid}, 110);
+    if (data_.standard == nullptr) return;
+    entry(Text(data_.areRecipes ? ReportText::kTarget : ReportText::kStandard), Ink::kStandard,
+          {2, Dash::kSolid}, 110);
   }
 
   CurvesChart data_;
@@ -590,8 +593,9 @@ Chart MakeChart(const CurvesChart& data) {
   const int32_t height = painter.Height();
   std::string scales = painter.Scales();
   return ChartBy(std::move(painter), data.title,
-                 TextOf(ReportText::kCurvesSummary, {std::to_string(data.trials.size())}), kWide, height,
-                 std::move(scales));
+                 TextOf(data.areRecipes ? ReportText::kTargetCurvesSummary : ReportText::kCurvesSummary,
+                        {std::to_string(data.trials.size())}),
+                 kWide, height, std::move(scales));
 }
 
 Chart MakeChart(const PlaneChart& data) {

@@ -43,6 +43,7 @@ struct CurvesChart {
   const PlottedCurve* standard = nullptr;      ///< null when there is none: then without differences
   std::vector<const PlottedCurve*> trials;     ///< the most important ones first
   int32_t first = 0, last = kWavelengths - 1;  ///< the samples that were measured
+  bool areRecipes = false;                     ///< the standard is a target, and the trials are its recipes
 
   /// The wavelengths that were measured, in nm.
   void SetMeasured(double firstWavelength, double lastWavelength);

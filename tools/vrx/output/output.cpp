@@ -228,6 +228,7 @@ class CsvRows final : public RowWriter {
     Separate();
     output_.AppendCsvText(text);
   }
+  void Words(std::string_view plain, std::string_view) override { Text(plain, Tint::kPlain); }
   void Number(double value, Tint) override {
     Separate();
     output_.AppendNumber(value);
@@ -256,6 +257,7 @@ class JsonRows final : public RowWriter {
   JsonRows(OutputStream& output, std::vector<Column> columns)
       : array_(output), columns_(std::move(columns)) {}
   void Text(std::string_view text, Tint) override { Put(std::string(text)); }
+  void Words(std::string_view plain, std::string_view) override { Put(std::string(plain)); }
   void Number(double value, Tint) override { Put(JsonNumber(value)); }
   void Integer(int64_t value) override { Put(value); }
   void EndRow() override {
@@ -291,6 +293,7 @@ class TableRows final : public RowWriter {
     const std::string shown = Shortened(text, isFitted_ ? widths_[column_] : kLongestCell);
     Put({shown, tint, false});
   }
+  void Words(std::string_view, std::string_view shown) override { Text(shown, Tint::kPlain); }
   void Number(double value, Tint tint) override {
     char text[kLongestFixed];
     Put({{text, WriteFixed(value, columns_[column_].decimals, text)}, tint, true});

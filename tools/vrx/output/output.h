@@ -130,6 +130,8 @@ class RowWriter {
  public:
   virtual ~RowWriter() = default;
   virtual void Text(std::string_view text, Tint tint = Tint::kPlain) = 0;
+  /// A text that programs and people get in different words: csv and json take `plain`, tables and reports `shown`.
+  virtual void Words(std::string_view plain, std::string_view shown) = 0;
   virtual void Number(double value, Tint tint = Tint::kPlain) = 0;
   virtual void Integer(int64_t value) = 0;
   virtual void EndRow() = 0;

@@ -67,6 +67,7 @@ class ReportTable final : public RowWriter {
   explicit ReportTable(std::vector<ReportColumn> columns) : columns_(std::move(columns)) {}
 
   void Text(std::string_view text, Tint tint = Tint::kPlain) override;
+  void Words(std::string_view, std::string_view shown) override { Text(shown); }
   void Number(double value, Tint tint = Tint::kPlain) override;
   void Integer(int64_t value) override;
   void Put(Verdict verdict);

@@ -101,6 +101,15 @@ enum class ReportText : uint32_t {
   kSurface,
   kMethod,
   kLogo,
+  kRecipes,
+  kColorants,
+  kTargets,
+  kTargetsLeftOut,
+  kTarget,
+  kTargetAndFirst,
+  kTargetCurves,
+  kTargetCurvesSummary,
+  kStock,
 };
 
 /// The text as UTF-8.

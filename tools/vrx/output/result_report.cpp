@@ -1,6 +1,7 @@
 
 #include "tools/vrx/output/result_report.h"
 
+#include <span>
 #include <utility>
 
 #include "tools/vrx/conditions.h"
@@ -16,6 +17,10 @@ class BothRows final : public RowWriter {
   void Text(std::string_view text, Tint tint) override {
     usual_->Text(text, tint);
     report_.Text(text, tint);
+  }
+  void Words(std::string_view plain, std::string_view shown) override {
+    usual_->Words(plain, shown);
+    report_.Words(plain, shown);
   }
   void Number(double value, Tint tint) override {
     usual_->Number(value, tint);
@@ -35,6 +40,11 @@ class BothRows final : public RowWriter {
   std::unique_ptr<RowWriter> usual_;
   RowWriter& report_;
 };
+
+std::string PairHtml(const ShownColour& first, const ShownColour& second, std::string_view name) {
+  return "<figure class=\"pair\">" + SwatchesHtml(first, second) + "<figcaption><bdi>" + Escaped(name) +
+         "</bdi></figcaption></figure>\n";
+}
 
 bool IsChosenFrom(std::string_view name) {
   return name == "illuminant" || name == "geometry" || name == "index" || name == "form";
@@ -87,9 +97,16 @@ void ResultReport::AddCurve(const CReflData& curve) {
 }
 
 void ResultReport::AddColour(std::string_view id, const ShownColour& colour) {
+  if (page_) swatches_ += PairHtml(colour, colour, Shortened(id, kLongestCell));
+}
+
+void ResultReport::AddTarget(std::string_view id, const ShownColour& target, const ShownColour& nearest,
+                             const std::vector<CReflData>& curves) {
   if (!page_) return;
-  swatches_ += "<figure class=\"pair\">" + SwatchesHtml(colour, colour) + "<figcaption><bdi>" +
-               Escaped(Shortened(id, kLongestCell)) + "</bdi></figcaption></figure>\n";
+  Target& shown = targets_.emplace_back();
+  shown.name = Shortened(id, kLongestCell);
+  shown.swatches = PairHtml(target, nearest, Text(ReportText::kTargetAndFirst));
+  for (const CReflData& curve : curves) shown.curves.push_back(Plotted(curve));
 }
 
 void ResultReport::SetStandard(const CReflData& curve) {
@@ -129,7 +146,28 @@ void ResultReport::Save() {
     page_->EndRow();
     page_->EndSection();
   }
+  if (!targets_.empty()) AddTargets();
   page_->Save();
+}
+
+void ResultReport::AddTargets() {
+  page_->BeginSection("pictures", Text(ReportText::kPictures));
+  if (!note_.empty()) page_->AddParagraph(note_);
+  bool isAnyBeyond = false;
+  for (const Target& target : targets_) {
+    page_->AddSubheading(target.name);
+    page_->AddHtml("<div class=\"pairs\">\n" + target.swatches + "</div>\n");
+    isAnyBeyond = isAnyBeyond || target.swatches.find("</span>*") != std::string::npos;
+    if (target.curves.empty()) continue;
+    CurvesChart chart = range_;
+    chart.title = Text(ReportText::kTargetCurves);
+    chart.areRecipes = true;
+    chart.standard = &target.curves.front();
+    for (const PlottedCurve& curve : std::span(target.curves).subspan(1)) chart.trials.push_back(&curve);
+    page_->AddChart(MakeChart(chart));
+  }
+  if (isAnyBeyond) page_->AddParagraph("* " + Text(ReportText::kOutOfGamut));
+  page_->EndSection();
 }
 
 }  // namespace vrx::tool

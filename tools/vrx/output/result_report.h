@@ -41,6 +41,12 @@ class ResultReport {
   void SetStandard(const CReflData& curve);
   /// A swatch with its name.
   void AddColour(std::string_view id, const ShownColour& colour);
+  /// A target beside what came nearest to it, and the curves of both and of the alternatives: that of the target first, or
+  /// none.
+  void AddTarget(std::string_view id, const ShownColour& target, const ShownColour& nearest,
+                 const std::vector<CReflData>& curves);
+  /// What is said before the pictures of targets.
+  void SetNote(std::string_view note) { note_ = note; }
   void AddPlane(const PlaneChart& chart);
 
   /// Writes the report. Throws InputError or OutputError when that fails.
@@ -53,6 +59,14 @@ class ResultReport {
     bool isFile;
   };
 
+  struct Target {
+    std::string name;
+    std::string swatches;  // HTML
+    std::vector<PlottedCurve> curves;
+  };
+
+  void AddTargets();
+
   const ReportOptions& options_;
   std::optional<ReportPage> page_;  // none when no report is asked for
   std::string heading_;
@@ -63,6 +77,8 @@ class ResultReport {
   std::optional<PlottedCurve> standard_;
   std::string swatches_;  // HTML
   std::vector<PlaneChart> planes_;
+  std::vector<Target> targets_;
+  std::string note_;
 };
 
 }  // namespace vrx::tool
