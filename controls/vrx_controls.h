@@ -60,7 +60,8 @@ VRX_CONTROLS_API BOOL __stdcall VrxRegisterControls(HINSTANCE instance);
 #define VRXM_SETDPI (WM_USER + 0x300)
 #define VRX_MOST_DPI 1200
 /* Draws the control into any device context: wParam HDC, lParam const RECT* in the units of the device, null: the size of the
- * window. Drawn controls and lists answer it, as they do WM_PRINTCLIENT; the picture follows the device's dots per inch. */
+ * window. Drawn controls and lists answer it, as they do WM_PRINTCLIENT; the picture follows the device's dots per inch, or those
+ * that were set. On a printer it has the colours of paper, whatever the system's are. */
 #define VRXM_DRAW (WM_USER + 0x301)
 
 /* ---- Lists: check list, drag list, colour list --------------------------------------------------------------------------
@@ -234,6 +235,11 @@ typedef struct { /* VRX_PLOT */
   double xLower, xUpper, yLower, yUpper; /* shown at least; equal ones: fitted to the points */
   const wchar_t *xHeading, *yHeading;
 } VRX_PLOT_DATA;
+
+/* Draws what VRX_PLOT shows of a structure into any device context without a window: a window of the host's, a bitmap, a printer's
+ * page, a metafile. `box` in the units of the device; `dpi` dots per inch of them, 0: those of the device. TRUE, or FALSE for a
+ * structure that VRXDM_SET refuses. */
+VRX_CONTROLS_API BOOL __stdcall VrxDrawPlot(HDC device, const RECT* box, int dpi, const VRX_PLOT_DATA* data);
 
 typedef struct { /* VRX_SWATCH */
   VRX_SWATCH_COLORS colors;

@@ -28,6 +28,15 @@
 
 namespace vrx::controls {
 
+/// A text of the library as one of the system, and a count as structures have it.
+inline const wchar_t* Wide(const CString& text) {
+  return reinterpret_cast<const wchar_t*>(text.CStr());
+}
+template <class ELEMENTS>
+int CountOf(const ELEMENTS& elements) {
+  return static_cast<int>(elements.size());
+}
+
 /// A window that is a control.
 class Control {
  public:
@@ -57,7 +66,6 @@ class Control {
                              box.right - box.left, box.bottom - box.top, parent,
                              reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
   }
-  static const wchar_t* Wide(const CString& text) { return reinterpret_cast<const wchar_t*>(text.CStr()); }
 
  private:
   HWND window_ = nullptr;
@@ -331,37 +339,53 @@ class DataControl : public Control {
   [[nodiscard]] int32_t Current() const { return static_cast<int32_t>(Send(VRXDM_GETCURRENT)); }
 };
 
+/// Polylines over the axes that enclose all of them, as the structure of messages; ranges and headings are those of the first.
+/// The structure points into this object and into the lines, which must live as long as it is used.
+class PlotData {
+ public:
+  explicit PlotData(std::span<const CDblPolyline> lines) : points_(lines.size()) {
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+      const CDblPolyline& line = lines[i];
+      for (const CDblPoint& point : line) points_[i].push_back({point.x, point.y});
+      const UINT flags = (line.dashed ? VRX_LINE_DASHED : 0U) | (line.marked ? VRX_LINE_MARKED : 0U) |
+                         (line.width > 0 ? 0U : VRX_LINE_NO_LINE);
+      const bool isJudged = line.verdicts.GetSize() == line.GetSize();
+      lines_.push_back({points_[i].data(), CountOf(points_[i]), flags,
+                        line.paint.IsFixed() ? line.paint.FixedColor() : CLR_DEFAULT, Wide(line.name),
+                        isJudged ? line.verdicts.GetData() : nullptr});
+    }
+    data_ = {sizeof data_, CountOf(lines_), lines_.data(), 0, 0, 0, 0, L"", L""};
+    if (lines.empty()) return;
+    const CDblPolyline& first = lines.front();
+    data_.xLower = first.xRange.lower, data_.xUpper = first.xRange.upper;
+    data_.yLower = first.yRange.lower, data_.yUpper = first.yRange.upper;
+    data_.xHeading = Wide(first.xHeading), data_.yHeading = Wide(first.yHeading);
+  }
+  PlotData(const PlotData&) = delete;
+  PlotData& operator=(const PlotData&) = delete;
+  [[nodiscard]] const VRX_PLOT_DATA& Get() const { return data_; }
+
+ private:
+  std::vector<std::vector<VRX_POINT>> points_;
+  std::vector<VRX_LINE> lines_;
+  VRX_PLOT_DATA data_{};
+};
+
 class Plot : public DataControl<VRX_PLOT_DATA> {
  public:
   using DataControl::DataControl;
   static Plot Create(HWND parent, int id, const RECT& box) {
     return Plot(Make(VRX_PLOT, parent, id, box, WS_TABSTOP));
   }
-  /// Polylines over the axes that enclose all of them; ranges and headings are those of the first.
-  bool Set(std::span<const CDblPolyline> lines) const {
-    std::vector<std::vector<VRX_POINT>> points(lines.size());
-    std::vector<VRX_LINE> copies;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-      const CDblPolyline& line = lines[i];
-      for (const CDblPoint& point : line) points[i].push_back({point.x, point.y});
-      const UINT flags = (line.dashed ? VRX_LINE_DASHED : 0U) | (line.marked ? VRX_LINE_MARKED : 0U) |
-                         (line.width > 0 ? 0U : VRX_LINE_NO_LINE);
-      const bool isJudged = line.verdicts.GetSize() == line.GetSize();
-      copies.push_back({points[i].data(), static_cast<int>(points[i].size()), flags,
-                        line.paint.IsFixed() ? line.paint.FixedColor() : CLR_DEFAULT, Wide(line.name),
-                        isJudged ? line.verdicts.GetData() : nullptr});
-    }
-    VRX_PLOT_DATA data{sizeof data, static_cast<int>(lines.size()), copies.data(), 0, 0, 0, 0, L"", L""};
-    if (!lines.empty()) {
-      const CDblPolyline& first = lines.front();
-      data.xLower = first.xRange.lower, data.xUpper = first.xRange.upper;
-      data.yLower = first.yRange.lower, data.yUpper = first.yRange.upper;
-      data.xHeading = Wide(first.xHeading), data.yHeading = Wide(first.yHeading);
-    }
-    return DataControl::Set(data);
-  }
+  bool Set(std::span<const CDblPolyline> lines) const { return DataControl::Set(PlotData(lines).Get()); }
   using DataControl::Set;
 };
+
+/// Draws polylines over axes into a rectangle of any device context, as Plot shows them in its window; `box` in the units of the
+/// device, `dpi` dots per inch of them, 0: those of the device. False when nothing could be drawn.
+inline bool DrawPolylines(HDC device, const RECT& box, std::span<const CDblPolyline> lines, int dpi = 0) {
+  return VrxDrawPlot(device, &box, dpi, &PlotData(lines).Get()) != FALSE;
+}
 
 /// A trial of a plane or a lightness bar: components 0 to 2 of its difference, and its verdict.
 [[nodiscard]] inline VRX_TRIAL TrialOf(const CDeltaValues& difference, Verdict verdict, const wchar_t* name) {
@@ -402,10 +426,10 @@ class Plane : public DataControl<VRX_PLANE_DATA> {
     }
     VRX_PLANE_DATA data{};
     data.size = sizeof data;
-    data.limitCount = data.warningCount = static_cast<int>(limit.size());
+    data.limitCount = data.warningCount = CountOf(limit);
     data.limit = limit.data();
     data.warning = warning.data();
-    data.trialCount = static_cast<int>(trials.size());
+    data.trialCount = CountOf(trials);
     data.trials = trials.data();
     data.xHeading = L"\u0394a*";
     data.yHeading = L"\u0394b*";
@@ -421,10 +445,8 @@ class LightnessBarControl : public DataControl<VRX_LIGHTNESS_DATA> {
   }
   bool Set(std::span<const VRX_TRIAL> trials, Interval limit, double warningFactor) const {
     const Interval warning = ScaledAboutCentre(limit, warningFactor);
-    const VRX_LIGHTNESS_DATA data{sizeof data,   static_cast<int>(trials.size()),
-                                  trials.data(), limit.lower,
-                                  limit.upper,   warning.lower,
-                                  warning.upper, 0,
+    const VRX_LIGHTNESS_DATA data{sizeof data, CountOf(trials), trials.data(), limit.lower,
+                                  limit.upper, warning.lower,   warning.upper, 0,
                                   L"\u0394L*"};
     return Set(data);
   }
@@ -443,10 +465,9 @@ class Curves : public DataControl<VRX_CURVES_DATA> {
     for (const CReflData& curve : curves) {
       for (int32_t i = 0; i < kWavelengths; ++i) values.push_back(curve[i]);
     }
-    const VRX_CURVES_DATA data{sizeof data,  withDifference ? VRX_WITH_DIFFERENCE : 0U,
-                               kWavelengths, static_cast<int>(curves.size()),
-                               360,          10,
-                               values.data()};
+    const VRX_CURVES_DATA data{
+        sizeof data,  withDifference ? VRX_WITH_DIFFERENCE : 0U, kWavelengths, CountOf(curves), 360, 10,
+        values.data()};
     return Set(data);
   }
   using DataControl::Set;
@@ -490,8 +511,8 @@ class Trend : public DataControl<VRX_TREND_DATA> {
     return Trend(Make(VRX_TREND, parent, id, box, WS_TABSTOP));
   }
   bool Set(std::span<const double> totals, double limit, double warningFactor, const CString& heading) const {
-    const VRX_TREND_DATA data{
-        sizeof data, static_cast<int>(totals.size()), totals.data(), limit, warningFactor, Wide(heading)};
+    const VRX_TREND_DATA data{sizeof data, CountOf(totals), totals.data(),
+                              limit,       warningFactor,   Wide(heading)};
     return Set(data);
   }
   using DataControl::Set;

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "controls/layout/dbl_polyline.h"
+#include "controls/layout/plot_picture.h"
 
 namespace vrx::controls {
 

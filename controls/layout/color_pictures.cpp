@@ -8,7 +8,7 @@
 #include <vrxmath/colorimetry/display_color.h>
 
 #include "controls/layout/axes.h"
-#include "controls/layout/dbl_polyline.h"
+#include "controls/layout/plot_picture.h"
 
 namespace vrx::controls {
 namespace {

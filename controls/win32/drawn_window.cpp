@@ -17,8 +17,8 @@ void DrawnWindow::PaintInto(HDC device, const RECT& box, HFONT font, int dpi) {
   const double width = box.right - box.left, height = box.bottom - box.top;
   Draw(picture, {0, 0, width, height}, LookOf(device, font, dpi));
   if (isRightToLeft) picture.MirrorIn(width);
-  PaintPicture(device, picture, SystemPalette(::IsWindowEnabled(window_) != FALSE), font, {box.left, box.top},
-               isRightToLeft);
+  PaintPicture(device, picture, PaletteFor(device, ::IsWindowEnabled(window_) != FALSE), font,
+               {box.left, box.top}, isRightToLeft);
   PaintMore(device, box);
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <oleacc.h>
+#include <utility>
 
 #include "controls/layout/axes.h"
 
@@ -212,17 +213,22 @@ long PointWindow::PartState(int32_t part) {
 
 // The kinds ---------------------------------------------------------------------------------------------------
 
+std::optional<std::vector<CDblPolyline>> CopyPolylines(const VRX_PLOT_DATA* data) {
+  if (data == nullptr || data->size != sizeof *data || !IsCount(data->lineCount, data->lines))
+    return std::nullopt;
+  std::vector<CDblPolyline> lines(static_cast<std::size_t>(data->lineCount));
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (!CopyPolyline(*data, data->lines[i], lines[i])) return std::nullopt;
+  }
+  return lines;
+}
+
 bool PlotWindow::Take(LPARAM lParam) {
   lines_.clear();
   if (lParam == 0) return true;
-  const auto* data = DataOf<VRX_PLOT_DATA>(lParam);
-  if (data == nullptr || !IsCount(data->lineCount, data->lines)) return false;
-  std::vector<CDblPolyline> lines(static_cast<std::size_t>(data->lineCount));
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    if (!CopyPolyline(*data, data->lines[i], lines[i])) return false;
-  }
-  lines_ = std::move(lines);
-  return true;
+  auto lines = CopyPolylines(reinterpret_cast<const VRX_PLOT_DATA*>(lParam));
+  if (lines) lines_ = std::move(*lines);
+  return lines.has_value();
 }
 void PlotWindow::DrawData(Picture& picture, Rect box, const Look& look) {
   DrawPolylines(picture, box, lines_, look);

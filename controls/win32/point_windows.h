@@ -4,6 +4,7 @@
 #define CONTROLS_WIN32_POINT_WINDOWS_H_
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 #include "controls/layout/chart_pictures.h"
@@ -45,6 +46,9 @@ class PointWindow : public DrawnWindow {
   bool areTargetsCurrent_ = false;
   std::vector<Target> targets_;
 };
+
+/// The lines of a structure from outside; none where it is refused.
+std::optional<std::vector<CDblPolyline>> CopyPolylines(const VRX_PLOT_DATA* data);
 
 /// Declares a kind of picture: its data and the three functions that know them.
 #define VRX_POINT_WINDOW(name, type, member)                              \

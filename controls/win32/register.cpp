@@ -1,7 +1,8 @@
-// The one exported function.
+// The exported functions.
 
 #include "controls/win32/composite_windows.h"
 #include "controls/win32/list_window.h"
+#include "controls/win32/painter.h"
 #include "controls/win32/point_windows.h"
 #include "controls/win32/still_windows.h"
 #include "controls/win32/system_windows.h"
@@ -46,4 +47,25 @@ extern "C" BOOL __stdcall VrxRegisterControls(HINSTANCE instance) {
                         RegisterWindowClass<ScrollEditWindow>(owner, VRX_SCROLL_EDIT, WC_EDITW) &&
                         RegisterWindowClass<TabWindow>(owner, VRX_TAB, WC_TABCONTROLW);
   return areThere ? TRUE : FALSE;
+}
+
+// The background and the margin are those of the control.
+extern "C" BOOL __stdcall VrxDrawPlot(HDC device, const RECT* box, int dpi, const VRX_PLOT_DATA* data) {
+  try {
+    const auto lines = CopyPolylines(data);
+    if (!lines || device == nullptr || box == nullptr || dpi < 0 || dpi > VRX_MOST_DPI) return FALSE;
+    const int resolution = dpi > 0 ? dpi : ::GetDeviceCaps(device, LOGPIXELSX);
+    Font font;
+    font.MakeMessageFont(resolution);
+    const Look look = LookOf(device, font.Get(), resolution);
+    const Rect whole{0, 0, static_cast<double>(box->right - box->left),
+                     static_cast<double>(box->bottom - box->top)};
+    Picture picture;
+    picture.Rectangle(whole, Role::kPaper);
+    DrawPolylines(picture, whole.Inset(4 * look.scale), *lines, look);
+    PaintPicture(device, picture, PaletteFor(device), font.Get(), {box->left, box->top}, false);
+    return TRUE;
+  } catch (const std::exception&) {
+    return FALSE;
+  }
 }

@@ -42,6 +42,12 @@ Palette SystemPalette(bool isEnabled) {
   return palette;
 }
 
+Palette PaletteFor(HDC device, bool isEnabled) {
+  const int technology = ::GetDeviceCaps(device, TECHNOLOGY);
+  const bool isPaper = technology == DT_RASPRINTER || technology == DT_PLOTTER || technology == DT_CHARSTREAM;
+  return isPaper ? Palette{} : SystemPalette(isEnabled);
+}
+
 void Font::Reset() {
   if (font_ != nullptr) ::DeleteObject(font_);
   font_ = nullptr;

@@ -35,6 +35,8 @@ CString ControlString(uint32_t number);
 
 /// The system's colours as they are now; those of a disabled control are grey.
 Palette SystemPalette(bool isEnabled = true);
+/// The same for a device: a printer has black on white paper, whatever the screen has.
+Palette PaletteFor(HDC device, bool isEnabled = true);
 
 /// A font that is deleted at the end.
 class Font {

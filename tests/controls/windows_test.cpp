@@ -169,35 +169,99 @@ TEST_F(Controls, TreeSelectsSeveralNodes) {
   EXPECT_EQ(g.tree.Send(VRXTM_GETCURRENT), 1);
 }
 
-// The same picture in a window, a bitmap and a metafile.
-TEST_F(Controls, DrawOnAnyDevice) {
-  RECT client{};
-  ::GetClientRect(g.plane.Handle(), &client);
-  const HDC screen = ::GetDC(nullptr);
-  std::array<HDC, 2> devices{};
-  for (HDC& device : devices) {
+// A bitmap to draw on.
+class Canvas {
+ public:
+  explicit Canvas(LONG width, LONG height) : area{0, 0, width, height} {
+    const HDC screen = ::GetDC(nullptr);
     device = ::CreateCompatibleDC(screen);
-    ::SelectObject(device, ::CreateCompatibleBitmap(screen, client.right, client.bottom));
+    bitmap_ = ::CreateCompatibleBitmap(screen, width, height);
+    ::SelectObject(device, bitmap_);
+    ::ReleaseDC(nullptr, screen);
   }
-  const HDC metafile = ::CreateEnhMetaFileW(screen, nullptr, nullptr, nullptr);
-  EXPECT_TRUE(g.plane.Draw(devices[0], client));
-  EXPECT_TRUE(g.plane.Draw(metafile, client));
-  const HENHMETAFILE file = ::CloseEnhMetaFile(metafile);
-  ENHMETAHEADER header{};
-  ::GetEnhMetaFileHeader(file, sizeof header, &header);
-  const RECT bounds{header.rclBounds.left, header.rclBounds.top, header.rclBounds.right,
-                    header.rclBounds.bottom};
-  ::PlayEnhMetaFile(devices[1], file, &bounds);
-  ::DeleteEnhMetaFile(file);
-  for (int i = 0; i < 24; ++i) {
-    POINT point{};
-    g.plane.Send(VRXDM_GETPOINT, static_cast<WPARAM>(i), &point);
-    const COLORREF color = PixelAt(g.plane.Handle(), point);
-    EXPECT_EQ(::GetPixel(devices[0], point.x, point.y), color) << i;
-    EXPECT_EQ(::GetPixel(devices[1], point.x, point.y), color) << i;
+  Canvas(const Canvas&) = delete;
+  Canvas& operator=(const Canvas&) = delete;
+  ~Canvas() {
+    ::DeleteDC(device);
+    ::DeleteObject(bitmap_);
   }
-  for (const HDC device : devices) ::DeleteDC(device);
-  ::ReleaseDC(nullptr, screen);
+  const RECT area;
+  HDC device;
+
+ private:
+  HBITMAP bitmap_;
+};
+
+bool HasNear(HDC device, POINT point, COLORREF color) {
+  for (LONG y = point.y - 1; y <= point.y + 1; ++y) {
+    for (LONG x = point.x - 1; x <= point.x + 1; ++x) {
+      if (::GetPixel(device, x, y) == color) return true;
+    }
+  }
+  return false;
+}
+
+// The same picture in a window, a bitmap, a metafile, and a bitmap as fine as a printer's page.
+TEST_F(Controls, DrawOnAnyDevice) {
+  const Control* pictures[] = {&g.plane, &g.lightness, &g.curves, &g.angles, &g.trend, &g.plot};
+  for (const Control* picture : pictures) {
+    RECT client{};
+    ::GetClientRect(picture->Handle(), &client);
+    const Canvas bitmap(client.right, client.bottom), played(client.right, client.bottom),
+        fine(client.right * 25 / 4, client.bottom * 25 / 4);
+    const HDC metafile = ::CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
+    EXPECT_TRUE(picture->Draw(bitmap.device, bitmap.area));
+    EXPECT_TRUE(picture->Draw(metafile, client));
+    const HENHMETAFILE file = ::CloseEnhMetaFile(metafile);
+    ENHMETAHEADER header{};
+    ::GetEnhMetaFileHeader(file, sizeof header, &header);
+    const RECT bounds{header.rclBounds.left, header.rclBounds.top, header.rclBounds.right,
+                      header.rclBounds.bottom};
+    ::PlayEnhMetaFile(played.device, file, &bounds);
+    ::DeleteEnhMetaFile(file);
+    std::vector<POINT> places(static_cast<std::size_t>(picture->Send(VRXDM_GETCOUNT)));
+    for (std::size_t i = 0; i < places.size(); ++i) {
+      picture->Send(VRXDM_GETPOINT, i, &places[i]);
+      const COLORREF color = PixelAt(picture->Handle(), places[i]);
+      EXPECT_EQ(::GetPixel(bitmap.device, places[i].x, places[i].y), color) << i;
+      EXPECT_TRUE(HasNear(played.device, places[i], color)) << i;  // its frame is measured in millimetres
+    }
+    if (picture != &g.trend) continue;  // whose points stand apart
+    EXPECT_TRUE(picture->SetDpi(600));
+    EXPECT_TRUE(picture->Draw(fine.device, fine.area));
+    EXPECT_TRUE(picture->SetDpi(96));
+    for (const POINT& at : places) {
+      EXPECT_EQ(::GetPixel(fine.device, at.x * 25 / 4, at.y * 25 / 4), PixelAt(picture->Handle(), at))
+          << at.x;
+    }
+  }
+  // Without a window every pixel is the same.
+  CDblPolyline line;
+  for (const double x : {1.0, 2.0, kUnset, 4.0, 5.0}) line.Add({x, x * x});
+  line.marked = true;
+  line.paint = controls::Paint::Fixed(RGB(10, 20, 200));
+  line.yHeading = u"\u0394E";
+  ASSERT_TRUE(g.plot.Set({&line, 1}));
+  RECT client{};
+  ::GetClientRect(g.plot.Handle(), &client);
+  const Canvas canvas(client.right, client.bottom);
+  EXPECT_TRUE(DrawPolylines(canvas.device, canvas.area, {&line, 1}));
+  ::UpdateWindow(g.plot.Handle());
+  const HDC shown = ::GetDC(g.plot.Handle());
+  int different = 0, inked = 0;
+  for (LONG y = 0; y < client.bottom; ++y) {
+    for (LONG x = 0; x < client.right; ++x) {
+      different += ::GetPixel(shown, x, y) == ::GetPixel(canvas.device, x, y) ? 0 : 1;
+      inked += ::GetPixel(canvas.device, x, y) == RGB(10, 20, 200) ? 1 : 0;
+    }
+  }
+  ::ReleaseDC(g.plot.Handle(), shown);
+  EXPECT_EQ(different, 0);
+  EXPECT_GT(inked, 100);
+  VRX_PLOT_DATA none{};
+  EXPECT_FALSE(VrxDrawPlot(canvas.device, &client, 0, &none));
+  EXPECT_FALSE(VrxDrawPlot(canvas.device, nullptr, 0, &PlotData({}).Get()));
+  EXPECT_FALSE(DrawPolylines(canvas.device, client, {}, -96));
 }
 
 TEST_F(Controls, FollowTheSystem) {

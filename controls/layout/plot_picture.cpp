@@ -1,4 +1,4 @@
-#include "controls/layout/dbl_polyline.h"
+#include "controls/layout/plot_picture.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,29 +7,16 @@
 
 #include <vrxmath/support/number_text.h>
 
-namespace vrx {
+namespace vrx::controls {
 namespace {
 
-bool IsGiven(Interval range) {
-  return std::isfinite(range.lower) && std::isfinite(range.upper) && range.lower < range.upper;
-}
-
-}  // namespace
-
-Interval CDblPolyline::XExtent() const {
-  Interval extent = IsGiven(xRange) ? xRange : controls::kNoInterval;
-  for (const CDblPoint& point : *this) controls::Widen(extent, point.x);
+// The smallest interval that holds a range, where it is given, and one coordinate of all shown points; kNoInterval for neither.
+Interval Extent(const CDblPolyline& line, Interval range, double CDblPoint::*coordinate) {
+  const bool isGiven = std::isfinite(range.lower) && std::isfinite(range.upper) && range.lower < range.upper;
+  Interval extent = isGiven ? range : kNoInterval;
+  for (const CDblPoint& point : line) Widen(extent, point.*coordinate);
   return extent;
 }
-
-Interval CDblPolyline::YExtent() const {
-  Interval extent = IsGiven(yRange) ? yRange : controls::kNoInterval;
-  for (const CDblPoint& point : *this) controls::Widen(extent, point.y);
-  return extent;
-}
-
-namespace controls {
-namespace {
 
 // Draws one line and its marks into an area.
 class LinePainter {
@@ -37,8 +24,10 @@ class LinePainter {
   LinePainter(Picture& picture, const PlotArea& area, const Look& look)
       : picture_(picture), area_(area), look_(look) {}
 
+  // The marks stand over the line.
   void Add(const CDblPolyline& line, int32_t index) {
     std::vector<CDblPoint> piece;
+    std::vector<Target> shown;
     for (int32_t i = 0; i < line.GetSize(); ++i) {
       const CDblPoint& point = line[i];
       if (!IsShown(point.x) || !IsShown(point.y)) {
@@ -47,10 +36,13 @@ class LinePainter {
         continue;
       }
       piece.push_back(area_.Within(point.x, point.y));
-      if (line.marked) PaintMark(line, i, piece.back());
-      picture_.AddTarget({piece.back(), index, i});
+      shown.push_back({piece.back(), index, i});
     }
     PaintPiece(line, piece);
+    for (const Target& target : shown) {
+      if (line.marked) PaintMark(line, target.index, target.at);
+      picture_.AddTarget(target);
+    }
   }
 
  private:
@@ -93,8 +85,8 @@ void DrawPolylines(Picture& picture, Rect box, std::span<const CDblPolyline> lin
                    std::span<const LevelLine> levels, bool withX) {
   Interval x = kNoInterval, y = kNoInterval;
   for (const CDblPolyline& line : lines) {
-    Join(x, line.XExtent());
-    Join(y, line.YExtent());
+    Join(x, Extent(line, line.xRange, &CDblPoint::x));
+    Join(y, Extent(line, line.yRange, &CDblPoint::y));
   }
   for (const LevelLine& level : levels) Widen(y, level.y);
   const double rows = std::max(box.height / (3 * look.textHeight), 1.0);
@@ -134,5 +126,4 @@ void MarkCurrent(Picture& picture, int32_t current, const Look& look) {
   picture.Ellipse({at.x - r, at.y - r, 2 * r, 2 * r}, std::nullopt, Paint(Role::kText), 2 * look.scale);
 }
 
-}  // namespace controls
-}  // namespace vrx
+}  // namespace vrx::controls
