@@ -245,7 +245,7 @@ Gallery Open(const wchar_t* folder, int dpi, DWORD exStyle) {
   description.lpfnWndProc = GalleryProc;
   description.hInstance = ::GetModuleHandleW(nullptr);
   description.hCursor = ::LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_ARROW));
-  description.hbrBackground = ::GetSysColorBrush(COLOR_BTNFACE);
+  description.hbrBackground = reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_BTNFACE + 1));
   description.lpszClassName = L"VrxGallery";
   ::RegisterClassW(&description);
   const Places at(dpi);

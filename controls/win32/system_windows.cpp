@@ -234,7 +234,8 @@ void NumericEditWindow::Paint(HDC device) {
                  unit_, Role::kLabel, Align::kEnd);
   }
   if (HasArrows()) {
-    picture.Rectangle({width - arrows, 0, arrows, height}, Role::kFace);
+    // Within the border, which some systems draw in the client area.
+    picture.Rectangle({width - arrows, 1, arrows - 1, height - 2}, Role::kFace);
     const double x = width - arrows / 2, r = 3 * look.scale;
     for (const double up : {1.0, -1.0}) {
       const double y = height / 2 - up * height / 4;
@@ -242,7 +243,7 @@ void NumericEditWindow::Paint(HDC device) {
           std::array<CDblPoint, 3>{{{x - r, y + up * r / 2}, {x + r, y + up * r / 2}, {x, y - up * r / 2}}},
           Role::kFaceText);
     }
-    picture.Line({width - arrows, height / 2}, {width, height / 2}, Role::kFrame);
+    picture.Line({width - arrows, height / 2}, {width - 1, height / 2}, Role::kFrame);
   }
   PaintPicture(device, picture, SystemPalette(::IsWindowEnabled(window_) != FALSE),
                reinterpret_cast<HFONT>(::SendMessageW(window_, WM_GETFONT, 0, 0)), {0, 0}, false);
@@ -535,6 +536,12 @@ LRESULT TabWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
       const int32_t tab = PartAt({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
       if (tab >= 0 && Enabled()[static_cast<std::size_t>(tab)] == 0) return 0;
       return Default(WM_LBUTTONDOWN, wParam, lParam);  // the second of two quick clicks is one, too
+    }
+    case WM_MOUSEMOVE: {
+      const int32_t tab = PartAt({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
+      const bool isDisabled = tab >= 0 && Enabled()[static_cast<std::size_t>(tab)] == 0;
+      return isDisabled ? Default(WM_MOUSELEAVE, 0, 0)
+                        : Default(message, wParam, lParam);  // nothing lights up
     }
     case WM_KEYDOWN:
       if (PressKey(wParam)) return 0;

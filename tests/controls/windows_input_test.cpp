@@ -358,11 +358,13 @@ TEST_F(Controls, DisabledTabsAreSkipped) {
   EXPECT_EQ(ink(1), 0);
   EXPECT_GT(ink(2), 0);
   EXPECT_TRUE(ClickByMouse(tabs, TabPoint(2), [&] { return g.tabs.Current() == 2; }));
+  const std::map<COLORREF, int> before = ColorsOf(tabs);
   for (const int times : {1, 2}) {
     ClickByMouse(
         tabs, TabPoint(1), [] { return true; }, times);
     EXPECT_EQ(g.tabs.Current(), 2);
   }
+  EXPECT_TRUE(ColorsOf(tabs) == before);  // nor does it light up under the mouse
   ::SetFocus(tabs);
   const struct {
     WORD key;
