@@ -3,7 +3,7 @@
 // Build with the `bench` preset and run:  build/bench/bench/colorimetry_bench
 // The rows come in pairs, ours and the peer's; the ratio of their times is what counts.
 //
-// What is compared: our L*a*b* record carries chroma and hue, which the peer computes in a call of its own
+// The two sides: our L*a*b* record carries chroma and hue, which the peer computes in a call of its own
 // (cmsLab2LCh), so both are timed with it. The peer's CIE94 uses other constants (textile, mean chroma): its answer is
 // compared with that formula, its time with ours, which is the same amount of work.
 

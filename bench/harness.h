@@ -1,4 +1,4 @@
-// What the benchmark programs share: data that is the same in every run, and times that can be compared.
+// The common part of the benchmark programs: data that is the same in every run, and times that can be compared.
 //
 // Only ratios within one run mean anything. Ours and the peer's work run in turn, A B A B ..., each in pieces of a few
 // milliseconds of processor time, and the fastest piece of either counts: what else the machine does only ever adds time.

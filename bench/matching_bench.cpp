@@ -63,7 +63,7 @@ std::vector<uint64_t> BitsOf(const CRecipeArray& recipes) {
   return bits;
 }
 
-// What a recipe search must answer before its speed means anything.
+// The answers that a recipe search must give before its speed means anything.
 void CheckAnswers(const io::ColorSystem& system, const std::string& folder,
                   const std::vector<CRecipeTarget>& targets) {
   CRecipeSettings settings = Settings(4);

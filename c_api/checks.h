@@ -1,4 +1,4 @@
-// What every function of the C interface begins and ends with: checks of its arguments, and the way from an exception
+// The beginning and the end of every function of the C interface: checks of its arguments, and the way from an exception
 // to a status.
 
 #ifndef C_API_CHECKS_H_

@@ -41,7 +41,7 @@ void GiveEllipse(const CEllipseData& ellipse, double* place) {
   std::copy(ellipse.begin(), ellipse.end(), place);
 }
 
-// What both kinds of tolerance do with differences: `judge` is the batch function of one of them.
+// Judges rows of differences by either kind of tolerance: `judge` is the batch function of one of them.
 template <class TOLERANCE, class JUDGE>
 void JudgeRows(const TOLERANCE& tolerance, double limit, double factor, const double* differences,
                int32_t count, int32_t* verdicts, int32_t* totals, const JUDGE& judge) {

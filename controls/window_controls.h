@@ -328,7 +328,7 @@ class SwatchPairControl : public Control {
   }
 };
 
-/// What all pictures of data share: the points that a user goes to.
+/// The part that all pictures of data share: the points that a user goes to.
 template <class DATA>
 class DataControl : public Control {
  public:

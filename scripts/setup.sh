@@ -62,7 +62,7 @@ elif [ "$level" != build ]; then
   need pkg-config pkg-config
   header libgtest-dev gtest/gtest.h
   header libpng-dev png.h
-  # What others make of the files that vrx writes: CxF against the schema, and a reader of CxF and CGATS.
+  # Readers by others of the files that vrx writes: CxF against the schema, and a reader of CxF and CGATS.
   need libxml2-utils xmllint
   need argyll cxf2ti3
   need chromium chromium

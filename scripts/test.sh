@@ -1,5 +1,5 @@
 #!/bin/sh
-# What a change must pass: formatting, builds and tests with g++ and clang++ and under the sanitizers, the headers alone and
+# The checks that a change must pass: formatting, builds and tests with g++ and clang++ and under the sanitizers, the headers alone and
 # their docstrings, the installed library in the hands of a host, and half a minute of the fuzz targets.
 # Installs what is missing first.
 #

@@ -24,7 +24,7 @@ class ByteWindow {
 
   const InputStream& Input() const { return input_; }
 
-  /// What is at hand from the position on. Valid until More or SeekTo. One more byte stands behind it, a line end, so
+  /// The bytes at hand from the position on. Valid until More or SeekTo. One more byte stands behind it, a line end, so
   /// that a scan over a number needs no limit.
   std::string_view Bytes() const { return {buffer_.get() + begin_, used_ - begin_}; }
   /// Brings more bytes behind those; false at the end of the file. Throws InputError beyond kMaxBytes.

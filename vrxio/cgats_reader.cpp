@@ -316,7 +316,7 @@ class CgatsReader final : public MeasurementReader {
     return row;
   }
 
-  // What the first rows show: how fields are separated, how many lines a row has, and the scale.
+  // Learns from the first rows how fields are separated, how many lines a row has, and the scale.
   void LookAtRows(Table& table) {
     const std::vector<std::string_view> lines = FirstRows();
     std::size_t words = 0;
@@ -550,7 +550,7 @@ class CgatsReader final : public MeasurementReader {
   std::size_t pending_ = 0;  // bytes of the line that was read last
   int64_t line_ = 1;
 
-  // What the keywords before a table say.
+  // From the keywords before a table.
   MeasuringConditions conditions_;
   std::vector<std::string> fields_;
   std::vector<std::string> names_;  // the fields, those of pairs by their wavelengths

@@ -12,7 +12,7 @@
 
 namespace vrx::io {
 
-/// What the beginning of a file tells about the rest.
+/// The structure of a file, as its beginning tells it.
 struct CsvLayout {
   CsvDialect dialect;
   bool wavelengthsInRows = false;

@@ -19,7 +19,7 @@ ValueScale ScaleOf(const ReadOptions& options) {
   return {isFraction ? 1.0 : 100.0, isFraction, options.force};
 }
 
-// What both layouts share: a file that is a table.
+// The part that both layouts share: a file that is a table.
 class CsvMeasurements : public MeasurementReader {
  public:
   CsvMeasurements(CsvReader csv, const CsvLayout& layout, const ReadOptions& options)

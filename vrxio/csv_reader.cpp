@@ -101,7 +101,7 @@ bool CsvReader::Next() {
   }
 }
 
-// What stands before the header.
+// Lines before the header.
 void CsvReader::SkipPreamble() {
   while (Position() < dialect_.headerOffset) {
     const uint64_t ahead = dialect_.headerOffset - Position();

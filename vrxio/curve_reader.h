@@ -21,7 +21,7 @@
 
 namespace vrx::io {
 
-/// What was measured of a sample: its curve, or a colour of it under one illuminant and observer.
+/// The measurement of a sample: its curve, or a colour of it under one illuminant and observer.
 struct Sample {
   enum Kind { kCurve, kXyz, kLab };
   Kind kind = kCurve;
@@ -38,7 +38,7 @@ struct CurveRow : Sample {
   std::span<const std::string> extras;  ///< the texts of the columns that the reader was told to expect
 };
 
-/// What a command can make use of.
+/// The kinds of samples that a command can make use of.
 enum class Content { kCurves, kCurvesOrColors };
 
 /// Brings the samples of a file to the library's grid.
@@ -61,7 +61,7 @@ class CurveReader {
   void Rewind();
 
   const MeasurementReader& Source() const { return *source_; }
-  /// What the samples are.
+  /// The kind of the samples.
   Sample::Kind Kind() const { return kind_; }
   /// Of curves.
   const WavelengthGrid& Grid() const { return grid_; }
@@ -74,7 +74,7 @@ class CurveReader {
   bool LooksLikeFractions() const {
     return rows_ > 0 && kind_ == Sample::kCurve && !source_->KnowsScale() && !aboveOne_;
   }
-  /// What makes the samples read so far measurements of different conditions, such as "M0 and M2"; empty when nothing does.
+  /// The conditions in which the samples read so far differ, such as "M0 and M2"; empty when they are of the same.
   const std::string& Mixture() const { return mixture_; }
   /// How the first sample was measured, once it was read.
   const MeasuringConditions& FirstConditions() const { return first_; }

@@ -65,7 +65,7 @@ std::size_t MarkupWindow::Find(std::string_view text, std::size_t from) {
   }
 }
 
-// What follows the ">" of the tag whose "<" stands before `from`; a ">" between quotes does not count, and is kept in mind.
+// The place behind the ">" of the tag whose "<" stands before `from`; a ">" between quotes does not count, and is noted.
 std::size_t MarkupWindow::EndOfTag(std::size_t from) {
   char quote = 0;
   for (std::size_t at = from; Has(at + 1);) {

@@ -284,7 +284,7 @@ class CxfReader final : public MeasurementReader {
     PassOverRest();
   }
 
-  // What stands behind them, custom resources above all, is passed over and said so. A file that ends there was cut off.
+  // Elements behind them, custom resources above all, are passed over and said so. A file that ends there was cut off.
   void PassOverRest() {
     while (true) {
       const Tag tag = markup_.NextTag(0);
@@ -386,7 +386,7 @@ class CxfReader final : public MeasurementReader {
     }
   }
 
-  // What the object holds beside its values, which are returned; 0 when there are none.
+  // Takes the content of the object beside its values, which are returned; 0 when there are none.
   int32_t ReadContent() {
     int32_t values = 0;
     date_.clear();

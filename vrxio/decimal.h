@@ -49,7 +49,7 @@ const char* ParseShortDecimal(const char* at, char separator, double& value) {
 }
 
 /// Reads a fraction of 1 as percent: the number of `text`, which takes a decimal point, times a hundred, rounded once.
-/// What was written as percent with its decimal point moved reads back to the same double. ParseShortDecimal<2> is its quick
+/// A percentage that was written with its decimal point moved reads back to the same double. ParseShortDecimal<2> is its quick
 /// half.
 bool ParseFractionAsPercent(std::string_view text, double& percent);
 

@@ -16,7 +16,7 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// What may stand before and behind the number of a wavelength.
+// Texts that may stand before and behind the number of a wavelength.
 bool IsWavelengthPrefix(std::string_view plain) {
   constexpr std::string_view kPrefixes[] = {"",           "nm",     "r",           "x",    "spectral",
                                             "spectralnm", "spec",   "reflectance", "refl", "wl",

@@ -1,4 +1,4 @@
-// What the headings of measurement files mean, in the spellings of the instruments that write them.
+// The meaning of the headings of measurement files, in the spellings of the instruments that write them.
 
 #ifndef VRXIO_HEADINGS_H_
 #define VRXIO_HEADINGS_H_
@@ -9,7 +9,7 @@
 
 namespace vrx::io {
 
-/// What stands in a column.
+/// The content of a column.
 enum class ColumnRole : uint8_t {
   kUnknown,
   kPairWavelength,  ///< SPECTRAL_NM: the wavelength of the value in the next field

@@ -16,7 +16,7 @@
 namespace vrx::io {
 namespace {
 
-// What was read of a pipe already, and then the pipe, which it may own.
+// The bytes that were read of a pipe already, and then the pipe, which it may own.
 class ResumedStream final : public std::istream {
  public:
   ResumedStream(std::string beginning, std::unique_ptr<std::istream> owner, std::istream& rest)

@@ -38,7 +38,7 @@ class ObjectParser {
  public:
   explicit ObjectParser(std::string_view bytes) : rest_(bytes) {}
 
-  // What is wrong with it; empty when nothing is.
+  // The reason why it is of no use; empty when there is none.
   const std::string& Error() const { return error_; }
 
   std::vector<Member> Parse() {

@@ -40,7 +40,7 @@ struct MeasuringConditions {
 /// describes it. Cut off where nothing is known any more; empty when not even the specular component is.
 std::string ConditionCode(const MeasuringConditions& conditions);
 
-/// What of two sets of conditions makes measurements differ: "geometry 45/0 and SCI", "M0 and M2"; empty when nothing that
+/// The conditions in which two sets contradict each other: "geometry 45/0 and SCI", "M0 and M2"; empty when nothing that
 /// both know does. Instruments and dates may differ.
 std::string ConditionConflict(const MeasuringConditions& a, const MeasuringConditions& b);
 
@@ -53,7 +53,7 @@ bool TakeCondition(std::string_view word, std::string_view text, MeasuringCondit
 /// "d:8", "di:8" (SCI), "de:8" (SCE), "SPIN", "M1_Daylight", "15as" ...; kUnknownGeometry for any other text.
 int32_t ParseMeasuringGeometry(std::string_view text);
 
-/// What the samples of a file, or of a part of it, have in common.
+/// The properties that the samples of a file, or of a part of it, have in common.
 struct MeasurementLayout {
   std::vector<double> wavelengths;  ///< nm, ascending; empty for colours alone
   MeasuringConditions conditions;
@@ -82,7 +82,7 @@ class MeasurementReader {
 
   /// Reads the next sample; false after the last one. Throws InputError with file, line and reason.
   virtual bool Next(Measurement& sample) = 0;
-  /// What the first sample has: known as soon as the file is open.
+  /// The layout of the first sample: known as soon as the file is open.
   virtual const MeasurementLayout& FirstLayout() const = 0;
   /// "CGATS", "CxF3" ...
   virtual std::string_view FormName() const = 0;
@@ -99,7 +99,7 @@ class MeasurementReader {
   /// True when the file says, or its form does, whether values are percent or fractions.
   virtual bool KnowsScale() const { return false; }
 
-  /// What messages call the file; its size, 0 for a pipe; and how far it was read.
+  /// The name of the file in messages; its size, 0 for a pipe; and how far it was read.
   virtual const std::string& Name() const = 0;
   virtual uint64_t Size() const = 0;
   virtual uint64_t Position() const = 0;
@@ -118,7 +118,7 @@ class MeasurementReader {
   [[noreturn]] void FailRow(const std::string& reason) const;
   [[noreturn]] void FailExtra(std::size_t extra, const std::string& reason) const;
 
-  /// What was not used of the file so far, and why: a sentence each.
+  /// The parts of the file that were not used so far, and why: a sentence each.
   const std::vector<std::string>& Notes() const { return notes_; }
 
  protected:

@@ -19,7 +19,7 @@ std::string Shortest(double value) {
   return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
-// What the samples of a file have, taken together.
+// The fields that any sample of a file has.
 struct Shape {
   bool hasIds = true, hasNames = false, hasStandards = false, hasGeometries = false, hasDates = false;
   bool hasXyz = false, hasLab = false, hasCurves = false;

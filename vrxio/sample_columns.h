@@ -78,7 +78,7 @@ class SampleColumns {
   /// The columns of the caller's own, from 0, in their order.
   const std::vector<std::size_t>& Extras() const { return extraColumns_; }
 
-  /// What every row has, before its own columns of conditions; the layout of a first row.
+  /// Begins with the conditions that every row has, before columns of its own; the layout of a first row.
   const MeasurementLayout& Begin(const MeasuringConditions& conditions, const ValueScale& scale);
 
   // A row: the values of its runs, then Finish.

@@ -77,7 +77,7 @@ struct Row {
   LIMITS limits;
 };
 
-// What a parser makes of the next field, which may be empty.
+// The value of the next field by a parser; `ifEmpty` for an empty one.
 template <class PARSER>
 int32_t ReadName(CsvReader& csv, PARSER parse, int32_t ifEmpty) {
   const std::string_view text = csv.Text();

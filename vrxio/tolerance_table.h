@@ -25,7 +25,7 @@ namespace vrx::io {
 /// another count and for limits that leave nothing inside the box.
 CBoxTolData BoxFromNumbers(const std::vector<double>& numbers);
 
-/// What the limits of a file hold for, beside the standard, the geometry and the illuminant of each row.
+/// The conditions that the limits of a file hold for, beside the standard, the geometry and the illuminant of each row.
 struct LimitScope {
   int32_t system = vrxSystemLab;
   int32_t observer = kObserver10;

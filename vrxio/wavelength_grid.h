@@ -46,7 +46,7 @@ class WavelengthGrid {
   /// Writes the 40 samples of the grid. `measured` has a value for each wavelength.
   void Convert(std::span<const double> measured, double* curve) const { resampler_.Convert(measured, curve); }
 
-  /// What Convert does, for a user: "used as they are" or a list of steps.
+  /// The steps of Convert, for a user: "used as they are" or a list of steps.
   std::string Description() const;
   /// True when a part of 400 to 700 nm was not measured.
   bool IsNarrow() const { return first_ > 400 || last_ < 700; }

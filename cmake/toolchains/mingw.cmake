@@ -1,4 +1,4 @@
-# What both widths share: the compilers by their prefix, and wine to run what they build.
+# The part that both widths share: the compilers by their prefix, and wine to run what they build.
 set(CMAKE_C_COMPILER ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-windres)

@@ -53,7 +53,7 @@ struct ProgressData {
 };
 /// The part that is done, 0 to 1; 0 for an empty or reversed range.
 [[nodiscard]] double PartDone(const ProgressData& data);
-/// What stands on the bar: the text or the percentage, and the time left as minutes and seconds, or hours too.
+/// The text on the bar: the given one or the percentage, and the time left as minutes and seconds, or hours too.
 [[nodiscard]] CString ProgressText(const ProgressData& data);
 /// The text stands on a plate of paper, so that it is read on a bar of any colour.
 void DrawProgress(Picture& picture, Rect box, const ProgressData& data, const Look& look);

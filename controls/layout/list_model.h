@@ -39,7 +39,7 @@ class RowSet {
 /// The keys that move through a list.
 enum class ListKey : uint8_t { kUp, kDown, kPageUp, kPageDown, kHome, kEnd };
 
-/// What is in view, current and selected, as system list boxes have it: a click selects, with Ctrl it toggles, with Shift
+/// The nodes in view, current and selected, as system list boxes have them: a click selects, with Ctrl it toggles, with Shift
 /// it selects from the anchor; the same for keys, where Ctrl moves without selecting and the space bar toggles.
 class ListState {
  public:

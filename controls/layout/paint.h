@@ -7,7 +7,7 @@
 
 namespace vrx::controls {
 
-/// What a colour is for. The system's colours give each role one, so that a picture follows them.
+/// The purpose of a colour. The system's colours give each role one, so that a picture follows them.
 enum class Role : uint8_t {
   kPaper,          ///< background of a list, an edit field, a plot
   kText,           ///< on paper

@@ -28,7 +28,7 @@ struct LevelLine {
 void DrawPolylines(Picture& picture, Rect box, std::span<const CDblPolyline> lines, const Look& look,
                    std::span<const LevelLine> levels = {}, bool withX = true);
 
-/// What a target of such a picture is called: the name of its point or line, x and y.
+/// The name of a target of such a picture: that of its point or line, x and y.
 [[nodiscard]] CString PointName(std::span<const CDblPolyline> lines, const Target& target);
 
 /// A ring about target `current` of the picture, if there is one.

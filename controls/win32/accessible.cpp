@@ -10,7 +10,7 @@ namespace {
 
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"  // of interfaces, which delete themselves
 
-// What the control does not say itself, as its place and its parent, the system's object for the window says.
+// Answers for the control, and by the system's object for the window where it does not say: place, parent.
 class Accessible final : public IAccessible {
  public:
   Accessible(HWND window, AccessibleLink link, IAccessible* standard)

@@ -9,7 +9,7 @@
 
 namespace vrx::controls {
 
-/// What a control says of itself. Parts are numbered from 0.
+/// A control's account of itself. Parts are numbered from 0.
 class AccessibleSource {
  public:
   virtual ~AccessibleSource() = default;

@@ -245,7 +245,7 @@ LRESULT ExchangeWindow::Command(int child, UINT code) {
   return 0;
 }
 
-// What is chosen, in order.
+// The chosen entries, in order.
 CString ExchangeWindow::AccessibleValue() {
   CString value;
   for (const int32_t entry : state_.Chosen()) {

@@ -145,7 +145,7 @@ LRESULT NumericEditWindow::TakeRange(LPARAM lParam) {
   return 1;
 }
 
-// What the field would hold after the key decides; control characters are the field's own.
+// The text that the field would hold after the key decides; control characters are the field's own.
 LRESULT NumericEditWindow::Type(WPARAM unit, LPARAM lParam) {
   if (unit == VK_RETURN) {
     Finish();
@@ -415,7 +415,7 @@ bool TabWindow::PressKey(WPARAM key) {
   return true;
 }
 
-// What the system's object would say, and which tabs are disabled.
+// Says what the system's object would, and which tabs are disabled.
 long TabWindow::AccessibleRole() const {
   return ROLE_SYSTEM_PAGETABLIST;
 }

@@ -20,7 +20,7 @@ class SystemWindow : public AccessibleWindow {
   LRESULT Default(UINT message, WPARAM wParam, LPARAM lParam) override;
   /// The procedure of the system's class.
   [[nodiscard]] virtual WNDPROC Below() const = 0;
-  /// What changes the font: creation, WM_SETFONT, the resolution, themes. True when the message was one of them.
+  /// Handles changes of the font: creation, WM_SETFONT, the resolution, themes. True when the message was one of them.
   bool HandleFont(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
 };
 

@@ -28,7 +28,7 @@ inline WideView ViewOf(const wchar_t* text) {
 inline const wchar_t* SystemText(const CString& text) {
   return reinterpret_cast<const wchar_t*>(text.CStr());
 }
-/// What WM_GETTEXT gives.
+/// The text that WM_GETTEXT gives.
 CString TextOfWindow(HWND window);
 /// Text `number` of the controls (foundation/string_numbers.h).
 CString ControlString(uint32_t number);
@@ -57,7 +57,7 @@ class Font {
 /// The sizes of a font on a device.
 Look LookOf(HDC device, HFONT font, int dpi);
 
-/// What a structure of a message must be: there, and as large as its type says.
+/// The structure of a message, which must be there and as large as its type says.
 template <class DATA>
 const DATA* DataOf(LPARAM lParam) {
   const auto* data = reinterpret_cast<const DATA*>(lParam);
@@ -96,7 +96,7 @@ class Window {
   }
   /// The dots per inch that were set, or those of the screen.
   [[nodiscard]] int Dpi() const;
-  /// What VRXM_SETDPI asks for; false when it is refused.
+  /// Takes the resolution that VRXM_SETDPI asks for; false when it is refused.
   bool TakeDpi(WPARAM dpi);
   /// The host's font; where there is none, or not for the resolution that was set, the user's own.
   [[nodiscard]] HFONT CurrentFont();

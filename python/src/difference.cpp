@@ -22,7 +22,7 @@ bool ReadsXyz(std::int32_t system) {
   return system == vrxSystemFmc2 || system == vrxSystemGePqs2 || system == vrxSystemXyz;
 }
 
-// What the colours of a call have in common.
+// The space that the colours of a call have in common.
 struct Space {
   bool isXyz;
   std::int32_t system;

@@ -189,7 +189,7 @@ CReflData CurveOf(const double* values) {
   return curve;
 }
 
-// What searches for recipes and for corrections have in common; `given` has every setting by its name in Python.
+// The settings that searches for recipes and for corrections have in common; `given` has every setting by its name in Python.
 CRecipeSettings SettingsOf(const System& system, const py::dict& given) {
   CRecipeSettings settings;
   ReadChoice(system, given, settings);

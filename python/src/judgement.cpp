@@ -23,7 +23,7 @@
 namespace vrx::python {
 namespace {
 
-// What a judgement needs, and where it goes: per sample and illuminant 7 differences, a verdict and 3 words.
+// The input of a judgement, and where it goes: per sample and illuminant 7 differences, a verdict and 3 words.
 struct Judging {
   CDifferenceSettings settings;
   std::vector<vrxIlluminant> illuminants;
@@ -101,7 +101,7 @@ void JudgeByContext(const Judging& judging, const CReflData& standard, const Row
   UnsetToNan(judging.differences + 7 * m * from, 7 * m * count);
 }
 
-// What a block needs beside its results.
+// The memory of a block beside its results.
 struct Scratch {
   std::vector<double> xyz, lab, own, eab, difference, total;
   std::vector<Verdict> components, totals;

@@ -35,7 +35,7 @@ io::ReadOptions OptionsOf(const std::string& form, bool fraction) {
   return options;
 }
 
-// What was read, column by column.
+// The samples that were read, column by column.
 struct Columns {
   std::vector<std::string> ids, names, geometries;
   std::vector<double> curves, xyz, lab;  // of each sample, or empty
@@ -43,7 +43,7 @@ struct Columns {
   std::vector<std::string> notes;
 };
 
-// What all samples have; a column that one lacks is none.
+// Keeps a column that all samples have; one that a sample lacks is none.
 void Keep(std::vector<double>& column, std::size_t rowsBefore, std::span<const double> values) {
   if (column.size() == rowsBefore * values.size()) column.insert(column.end(), values.begin(), values.end());
 }

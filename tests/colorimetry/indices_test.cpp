@@ -87,7 +87,7 @@ TEST(Indices, KnownAnswers) {
   }
 }
 
-// What the scales are anchored at: the perfect white has whiteness 100, tint 0 and yellowness 0 under every
+// The anchor of the scales: the perfect white has whiteness 100, tint 0 and yellowness 0 under every
 // pair, but for the digits to which coefficients are published.
 TEST(Indices, ThePerfectWhiteAnchorsEveryScale) {
   for (const ColorIndex& index : ColorIndices()) {

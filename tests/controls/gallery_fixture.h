@@ -38,7 +38,7 @@ class Controls : public testing::Test {
     gallery::HandleMessages();
   }
 
-  // What the controls tell their parent.
+  // Notes the messages of the controls to their parent.
   static LRESULT CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_COMMAND && HIWORD(wParam) != EN_UPDATE) commands.push_back(HIWORD(wParam));
     const auto* header = reinterpret_cast<const NMHDR*>(lParam);

@@ -1,4 +1,4 @@
-// What lists, trees, fields and tabs do without a window.
+// The parts of lists, trees, fields and tabs that need no window.
 
 #include <gtest/gtest.h>
 #include <random>

@@ -1,4 +1,4 @@
-// What controls draw: the shapes and where they stand.
+// The shapes that controls draw, and where they stand.
 
 #include <algorithm>
 #include <cmath>

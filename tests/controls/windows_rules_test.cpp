@@ -1,4 +1,4 @@
-// What holds for every class of controls: a row for each.
+// Rules that hold for every class of controls: a row for each.
 
 #include <array>
 #include <oleacc.h>
@@ -147,7 +147,7 @@ TEST_F(Controls, TellTheStatesAndPlacesOfTheirParts) {
   };
   for (const auto& row : rows)
     EXPECT_EQ(row.reader.State(row.part) & (row.set | row.clear), row.set) << row.part;
-  // What is hit at the place of a part is the part; selecting one goes to it, but not to a disabled tab.
+  // A hit at the place of a part is the part; selecting one goes to it, but not to a disabled tab.
   for (const Reader* reader : {&checks, &tree, &tabs, &plot}) {
     long left = 0, top = 0, width = 0, height = 0;
     (*reader)->accLocation(&left, &top, &width, &height, Reader::Child(3));

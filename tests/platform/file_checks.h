@@ -1,4 +1,4 @@
-// What the tests of files share on every platform.
+// The tests of files that are the same on every platform.
 
 #ifndef TESTS_PLATFORM_FILE_CHECKS_H_
 #define TESTS_PLATFORM_FILE_CHECKS_H_

@@ -1,4 +1,4 @@
-// What access modes, links, pipes and limits of POSIX make of replacing a file.
+// Replacing a file under the access modes, links, pipes and limits of POSIX.
 
 #include <csignal>
 #include <filesystem>

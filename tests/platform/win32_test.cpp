@@ -1,4 +1,4 @@
-// What Windows stands behind: the registry, exclusive files, the zone of the machine, and the resources of the module.
+// The parts that Windows stands behind: the registry, exclusive files, the zone of the machine, and the resources of the module.
 
 #include <ctime>
 #include <filesystem>

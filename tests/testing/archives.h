@@ -23,7 +23,7 @@ inline Bytes MakeBytes(std::initializer_list<int> values) {
   return bytes;
 }
 
-/// What `write(archive)` stores.
+/// The bytes that `write(archive)` stores.
 template <class Write>
 Bytes StoredBy(Write write) {
   MemoryStore store;

@@ -36,7 +36,7 @@ class MessageRecorder {
   MessageIcon lastIcon_ = MessageIcon::kNone;
 };
 
-/// What one index error makes the recorder hold.
+/// The messages that the recorder holds after so many index errors.
 inline std::vector<std::string> IndexErrors(std::size_t count = 1) {
   return std::vector<std::string>(count, "Index out of bounds in CArrayVarex");
 }

@@ -86,7 +86,7 @@ std::string Level(const std::string& concentration, const std::string& K) {
 class ColorSystemFile : public testing::Test {
  protected:
   std::string Write(const std::string& text) { return folder_.Write("t.json", text); }
-  // What is wrong with a file, without its path.
+  // The complaint about a file, without its path.
   template <class READ>
   std::string Complaint(const std::string& text, READ read) {
     const std::string path = Write(text);

@@ -90,7 +90,7 @@ TEST_F(FitTolerance, FindsTheEllipsoidBehindTheDifferences) {
   }
 }
 
-// What a fit was made from passes under it, whichever standard and geometry it belongs to.
+// The trials that a fit was made from pass under it, whichever standard and geometry it belongs to.
 TEST_F(FitTolerance, AcceptedTrialsPassUnderTheirFit) {
   folder_.Write("plain.csv", Batch("id"));
   folder_.Write("gloss.csv", Batch("id,geometry", ",SCI"));

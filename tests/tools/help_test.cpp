@@ -1,4 +1,4 @@
-// What the tool says of itself: help texts whose examples run as they stand, the manual page, completions, hints.
+// The tool's account of itself: help texts whose examples run as they stand, the manual page, completions, hints.
 
 #include <filesystem>
 #include <gtest/gtest.h>

@@ -287,7 +287,7 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
   EXPECT_EQ(none[0]["status"], "no addition helps");
   EXPECT_EQ(none[0]["additions"], "");
 
-  // What correct says of prices and steps.
+  // The messages of correct about prices and steps.
   folder_.Write("costs.csv", "component,cost\n7,2\n10,0.1\n");
   const std::string priced =
       correct + "--batch batch.csv --target target.csv --batch-size 90 --limits costs.csv --top 3 ";

@@ -22,7 +22,7 @@ using vrx::tool::MakeRowWriter;
 using vrx::tool::OutputError;
 using vrx::tool::OutputStream;
 
-// What `write` leaves in a file.
+// The content of a file after `write`.
 template <class WRITE>
 std::string Written(WRITE write) {
   const vrx::test::TemporaryFolder folder;

@@ -309,7 +309,7 @@ TEST_F(Tool, ResultsThatCannotBeWrittenAreAnError) {
   for (int i = 0; i < 20'000; ++i) many += Flat("T", "50");
   Write("many.csv", many);
   EXPECT_EQ(Run("judge good.csv many.csv | head -1").err, "") << "nobody is left to complain to";
-  // What had left before the fault is marked, in whatever format.
+  // Output that had left before the fault is marked, in whatever format.
   Write("broken.csv", many + "T,1\n");
   for (const char* format : {"table", "csv", "json"}) {
     const Result result = Run(std::string("judge good.csv broken.csv --format ") + format);
@@ -319,7 +319,7 @@ TEST_F(Tool, ResultsThatCannotBeWrittenAreAnError) {
   }
 }
 
-// What a command shows on a terminal of so many columns.
+// The output of a command on a terminal of so many columns.
 std::string ShownOnTerminal(const std::string& command, uint16_t columns) {
   const winsize size{24, columns, 0, 0};
   int terminal = -1;

@@ -135,7 +135,7 @@ std::vector<std::string> KnownWords(const CLI::App& app, bool isOption) {
   return words;
 }
 
-// What is said of a word that stands where another one was expected, such as a misspelt command or option.
+// The message about a word that stands where another one was expected, such as a misspelt command or option.
 std::string Misunderstood(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<std::string> rest = app.remaining(true);
   if (rest.empty()) return "";

@@ -31,7 +31,7 @@ class Option {
   explicit Option(CLI::Option* option) : option_(option) {}
 
   Option& Required();
-  /// What the help shows behind the name: the kind of value, and the default in brackets.
+  /// The text that the help shows behind the name: the kind of value, and the default in brackets.
   Option& Shows(const std::string& text);
   Option& Check(const OptionCheck& check);
   /// The two are never given together.
@@ -72,7 +72,7 @@ class Command {
 
   /// The text below the options: how to read the results, and examples, each on a line that begins "  vrx ".
   void SetNotes(const std::string& notes);
-  /// What the command does. The exit status is what it returns; whatever it throws ends the run.
+  /// The work of the command. The exit status is what it returns; whatever it throws ends the run.
   void SetAction(const std::function<int()>& action);
 
  private:

@@ -50,7 +50,7 @@ std::string Escaped(std::string_view text) {
   return escaped;
 }
 
-// What stands behind an option's name: "FILE", "table|csv|json [table]".
+// The text behind an option's name: "FILE", "table|csv|json [table]".
 std::string ValueOf(const CLI::Option& option) {
   return option.get_items_expected_max() == 0 ? "" : option.get_option_text();
 }

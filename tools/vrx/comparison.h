@@ -1,4 +1,4 @@
-// What the commands that hold trials against standards have in common: which files, which rows, one pass over them.
+// The common part of the commands that hold trials against standards: which files, which rows, one pass over them.
 
 #ifndef TOOLS_VRX_COMPARISON_H_
 #define TOOLS_VRX_COMPARISON_H_

@@ -1,4 +1,4 @@
-// What the commands that bring batches right have in common: the stock of a file, settings and how a correction is written.
+// The common part of the commands that bring batches right: the stock of a file, settings and how a correction is written.
 
 #ifndef TOOLS_VRX_CORRECTION_H_
 #define TOOLS_VRX_CORRECTION_H_

@@ -1,4 +1,4 @@
-// What the commands that read curves have in common: their options and their remarks.
+// The common part of the commands that read curves: their options and their remarks.
 
 #ifndef TOOLS_VRX_CURVE_INPUT_H_
 #define TOOLS_VRX_CURVE_INPUT_H_

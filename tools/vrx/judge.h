@@ -22,7 +22,7 @@
 
 namespace vrx::tool {
 
-/// What a run judges by.
+/// The settings that a run judges by.
 struct JudgeSettings {
   std::vector<vrxIlluminant> illuminants;
   int32_t observer = kObserver10;
@@ -45,7 +45,7 @@ struct IlluminantJudgement {
   double ellipseValue = kUnset;
 };
 
-/// What the library gave, without the value of the ellipsoid; the components are judged by it or by the box.
+/// The answer of the library, without the value of the ellipsoid; the components are judged by it or by the box.
 IlluminantJudgement JudgementOf(const CEvaluation& evaluation, const CDeltaValues& difference,
                                 bool byEllipse);
 

@@ -1,4 +1,4 @@
-// What a run of judgements comes to under each illuminant.
+// The summary of a run of judgements under each illuminant.
 
 #ifndef TOOLS_VRX_JUDGE_SUMMARY_H_
 #define TOOLS_VRX_JUDGE_SUMMARY_H_

@@ -1,4 +1,4 @@
-// What the commands that look for recipes have in common: choice and limits of components, criteria, and how a recipe is
+// The common part of the commands that look for recipes: choice and limits of components, criteria, and how a recipe is
 // written.
 
 #ifndef TOOLS_VRX_RECIPE_OPTIONS_H_
@@ -36,7 +36,7 @@ struct CriterionOptions {
 /// `--tolerance`.
 void AddCriterionOptions(Command& command, CriterionOptions& options);
 
-/// What the colorants of a search become: a recipe, or additions to a batch.
+/// The purpose of the colorants of a search: a recipe, or additions to a batch.
 enum class RecipePurpose { kRecipe, kAddition };
 
 /// Which components, how many and how much of them.
@@ -53,7 +53,7 @@ struct ChoiceOptions {
 /// Adds `--max-colorants`, `--require`, `--exclude` and `--limits`.
 void AddChoiceOptions(Command& command, ChoiceOptions& options, RecipePurpose purpose);
 
-/// What every command that searches has.
+/// The options of every command that searches.
 struct SearchOptions {
   std::string system;
   ChoiceOptions choice;
@@ -75,7 +75,7 @@ void AddSearchOptions(Command& command, SearchOptions& options, RecipePurpose pu
 
 /// The component of a system by its id or its name in any case; null when there is none.
 const CComponent* ComponentNamed(const ColorSystem& system, std::string_view text);
-/// What is said of a component that the system does not have.
+/// The message about a component that the system does not have.
 std::string NoComponentText(std::string_view text);
 
 /// A formula as "1:94;7:1.5;16:4.5": components and amounts, these with as many decimals as shares of 1e-6 of a batch take,

@@ -14,7 +14,7 @@
 
 namespace vrx::tool {
 
-/// What messages call the parts of a search.
+/// The names of the parts of a search in messages.
 struct SearchNames {
   std::string system;   ///< the file
   std::string limits;   ///< the file; may be empty

@@ -28,7 +28,7 @@ class Standards {
   virtual const Standard& Of(const CurveRow& trial) = 0;
   /// There are no more trials. Throws InputError when the last one had two standards.
   virtual void EndTrials() {}
-  /// What was read of the standards' file.
+  /// The reader of the standards' file.
   virtual const CurveReader& Reader() const = 0;
 };
 

@@ -1,4 +1,4 @@
-// What the batch functions need of an illuminant and observer, or an exception before anything is written.
+// The data of an illuminant and observer for the batch functions, or an exception before anything is written.
 
 #ifndef VRXMATH_BATCH_BATCH_CONDITIONS_H_
 #define VRXMATH_BATCH_BATCH_CONDITIONS_H_

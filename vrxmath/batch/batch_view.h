@@ -53,7 +53,7 @@ class BatchView {
     }
   }
 
-  /// What may be written may be read.
+  /// Rows that may be written may be read.
   operator BatchView<const NUMBER, kWidth>() const {  // NOLINT: as for a span
     BatchView<const NUMBER, kWidth> view;
     for (std::size_t k = 0; k < kWidth; ++k) view.first_[k] = first_[k];

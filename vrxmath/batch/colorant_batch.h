@@ -31,7 +31,7 @@ VRX_API bool SaundersonToMeasuredBatch(std::span<const double> internal, double 
                                        SaundersonMode mode, std::span<double> measured,
                                        const BatchRun& run = {});
 
-/// What a strength sum adds up, over which samples, behind which surface.
+/// The quantity that a strength sum adds up, over which samples, behind which surface.
 struct StrengthSumSettings {
   bool useAbsorbance = false;  ///< absorbance instead of K/S
   std::int32_t first = 0;      ///< first and last sample of the band, both inclusive, 0 to 39

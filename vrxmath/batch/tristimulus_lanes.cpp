@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <utility>
 
-// What turns rows over are half packs at heart: with eight lanes the steps between the halves cost more than they save.
+// Rows are turned over by half packs at heart: with eight lanes the steps between the halves cost more than they save.
 #define VRX_PACK_LANES (VRX_LANES < 4 ? VRX_LANES : 4)
 #include <vrxmath/batch/lane_rows.h>
 
@@ -312,7 +312,7 @@ struct CurveRows {
   std::ptrdiff_t stride;
 };
 
-// What is done on the side while curves are summed, a step at each wavelength, so that the next curves are in the
+// The work on the side while curves are summed, a step at each wavelength, so that the next curves are in the
 // first-level cache in time. With few values to sum they are copied there, since only reading from front to back keeps
 // up with memory; with many it is enough to fetch them.
 class Fetch {

@@ -23,7 +23,7 @@ namespace vrx {
 ///          cancels: thin films by tanh(x)/x, thick ones by the share that comes through.
 VRX_API double FilmReflectance(double KX, double SX, double backing);
 
-/// What two readings of one film, over black and over white, tell of it, by wavelength.
+/// The constants of a film by wavelength, from two readings of it, over black and over white.
 struct CFilmConstants {
   CKSData absorption;  ///< K X; unset where the film is opaque
   CKSData scattering;  ///< S X; unset where the film is opaque

@@ -18,7 +18,7 @@ namespace vrx {
 /// The least internal reflectance, a fraction, that a correction gives.
 inline constexpr double kLeastInternal = 0.0001;
 
-/// What a measured reflectance holds of the surface.
+/// The surface's part in a measured reflectance.
 enum class SaundersonMode {
   kIncluded,  ///< d/8 with the specular component: what the surface reflects (k1) is part of the reading
   kExcluded,  ///< 45/0, or d/8 with a gloss trap: the reading holds only light that has been in the film

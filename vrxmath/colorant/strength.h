@@ -66,7 +66,7 @@ VRX_API double ComponentStrength(const CTrisValues& standard, const CTrisValues&
 VRX_API double LuminousStrength(const CTrisValues& standard, const CTrisValues& batch,
                                 SaundersonMode mode = SaundersonMode::kIncluded);
 
-/// What a colorimeter with amber, green and blue filters reads, in percent: X comes from a long and a short
+/// The readings of a colorimeter with amber, green and blue filters, in percent: X comes from a long and a short
 /// wavelength band, and the two are told apart.
 struct FilterReadings {
   double amber;

@@ -11,7 +11,7 @@
 
 namespace vrx {
 
-/// What CIEDE2000 computes on the way: weights, rotation term and mean hue in degrees.
+/// The intermediate results of CIEDE2000: weights, rotation term and mean hue in degrees.
 template <class T>
 struct Cie2000TermsOf {
   WeightsOf<T> weights;
@@ -124,7 +124,7 @@ VRX_LANE_INLINE Cie2000PairOf<T> Cie2000Pair(const LabOf<T>& standard, const Lab
   return pair;
 }
 
-/// What the hues of a pair contribute to its difference.
+/// The part that the hues of a pair have in its difference.
 template <class T>
 struct Cie2000HueParts {
   T dH;            ///< dH', not divided by its weight

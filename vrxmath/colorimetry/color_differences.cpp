@@ -160,7 +160,7 @@ Difference ComputeDifference(const CDifferenceSettings& settings, const Color& s
 
 namespace {
 
-// What a formula reads of a colour.
+// The values of a colour that a formula reads.
 template <class FORMULA>
 VRX_LANE_INLINE Color ReadColor(const CColorValues& color) {
   Color values{};

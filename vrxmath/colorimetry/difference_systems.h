@@ -58,7 +58,7 @@ struct CoordinateColumn {
   bool operator==(const CoordinateColumn&) const = default;
 };
 
-/// What the library knows of a difference system, beside its formula and its texts. The rows are in difference_table.h.
+/// The properties of a difference system, beside its formula and its texts. The rows are in difference_table.h.
 struct DifferenceSystem {
   int32_t number;              ///< a vrxDifferenceSystem
   std::string_view shortName;  ///< in ASCII, as a command line names it: "cmc"
@@ -119,7 +119,7 @@ inline CString CoordinateColumns(int32_t system) {
 VRX_API std::span<const int32_t> DifferenceColumnElements(int32_t system,
                                                           ColumnList list = ColumnList::kDifferences);
 
-/// What stands under the coordinate headings of a system, in their order; nothing for an unknown system.
+/// The elements that stand under the coordinate headings of a system, in their order; none for an unknown system.
 VRX_API std::span<const CoordinateColumn> CoordinateColumnElements(int32_t system);
 
 }  // namespace vrx

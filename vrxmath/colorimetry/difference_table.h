@@ -26,7 +26,7 @@
 
 namespace vrx {
 
-/// What a formula gets beside the two colours.
+/// The input of a formula beside the two colours.
 struct DifferenceContext {
   DifferenceContext() = default;
   DifferenceContext(const DifferenceParameters& given, double aspecular = 0.0)

@@ -10,7 +10,7 @@
 namespace vrx {
 namespace {
 
-// What a spectrum has to cover, and where it has to have power, in nm.
+// The range that a spectrum has to cover, and where it has to have power, in nm.
 constexpr int32_t kVisibleFirst = 400;
 constexpr int32_t kVisibleLast = 700;
 constexpr int64_t kLongestWavelength = 10000;

@@ -28,7 +28,7 @@ struct White {
   double X, Y, Z;
 };
 
-/// What an illuminant and observer contribute to a formula.
+/// The part of an illuminant and observer in a formula.
 struct Viewing {
   White white;
   bool classicHunter = false;  ///< C and 2 degrees, for which Hunter Lab has fixed coefficients

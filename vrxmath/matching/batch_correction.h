@@ -24,14 +24,14 @@ struct CBatch {
 VRX_API bool BatchConstants(const CColorantSystemData& system, const CBatch& batch, SaundersonMode mode,
                             CColorantValues& constants);
 
-/// What a correction is to be.
+/// The aim of a correction.
 enum class CorrectionAim {
   kSmallest,  ///< the least total of additions that brings the batch into the tolerance
   kCheapest,  ///< the least cost that does
   kNearest,   ///< the nearest colour
 };
 
-/// What may be added to a batch, how much of it, and to what end.
+/// The components that may be added to a batch, how much of them, and to what end.
 struct CCorrectionSettings {
   /// Choice, costs and criterion as for recipes; mostColorants counts the additions, 1 to 5. Limits of shares are not used,
   /// nor are the settings of order, batch size and opacity.

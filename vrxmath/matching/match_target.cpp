@@ -204,7 +204,7 @@ void MatchTarget::SetRows() {
         for (std::size_t k = row; k < 3; ++k) weight += U[row][k] * lamp.table[k * kSamples + w];
         weights_.push_back(weight);
       }
-      // What the curve misses of the colour; nothing but rounding where the colour comes from the curve.
+      // The part of the colour that the curve misses; nothing but rounding where the colour comes from the curve.
       double offset = 0.0;
       for (std::size_t w = 0; isColorOnly_ && w < kSamples; ++w) {
         offset += weights_[weights_.size() - kSamples + w] * (curve_[w] + glare_);

@@ -32,7 +32,7 @@ const CComponent* SubstrateOf(const CColorantSystemData& system) {
   return nullptr;
 }
 
-// What the settings say of a component; false for a contradiction.
+// Collects all that the settings say of a component; false for a contradiction.
 bool Describe(const CRecipeSettings& settings, uint32_t id, CRecipeComponent& description) {
   description.componentId = id;
   for (const CRecipeComponent& entry : settings.components) {
@@ -126,7 +126,7 @@ RecipeOutcome Offer::Make(const CColorantSystemData& system, const CRecipeSettin
     if (!HasCurves(component) || (substrate != nullptr && IsSubstrate(component))) return;
     known.push_back(id);
     const bool isRequired = entry.use == CRecipeComponent::kRequired;
-    // What must be there is there with a share that counts, since no smaller subset stands for the one without it.
+    // A required colorant is there with a share that counts, since no smaller subset stands for the one without it.
     constexpr double kLeastRequired = 1e-5;
     const double least =
         std::max(std::max(entry.least, settings.leastAmount), isRequired ? kLeastRequired : 0.0);

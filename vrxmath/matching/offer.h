@@ -1,4 +1,4 @@
-// What a search has on offer: the colorants that may be used, what limits them, and which subsets the rules allow.
+// The offer of a search: the colorants that may be used, what limits them, and which subsets the rules allow.
 
 #ifndef VRXMATH_MATCHING_OFFER_H_
 #define VRXMATH_MATCHING_OFFER_H_

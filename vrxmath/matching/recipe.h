@@ -23,14 +23,14 @@
 
 namespace vrx {
 
-/// What a recipe shall match: a measured curve in percent or, where none exists, a colour under the first illuminant of the
+/// The goal of a recipe: a measured curve in percent or, where none exists, a colour under the first illuminant of the
 /// settings.
 struct CRecipeTarget {
   CReflData curve;  ///< unset for a colour alone
   CLabValues lab;   ///< L*, a*, b*; for a colour alone
 };
 
-/// What is special about one component: choice, limits and price stand here, since the fields of component records are
+/// Choice, limits and price of one component that has its own. They stand here, since the fields of component records are
 /// the host's.
 struct CRecipeComponent {
   enum Use : int32_t { kOffered, kRequired, kExcluded };
@@ -44,7 +44,7 @@ struct CRecipeComponent {
 };
 using CRecipeComponentArray = CArrayVarex<CRecipeComponent>;
 
-/// What the steps make small.
+/// The quantity that the steps make small.
 enum class RecipeObjective {
   kTristimulus,  ///< colour differences under the illuminants
   kSpectral,     ///< the difference of the curves, root mean square over 400 to 700 nm
@@ -54,7 +54,7 @@ enum class RecipeObjective {
 /// By what recipes are ordered; first always those within the tolerance, last the worst difference over the illuminants.
 enum class RecipeOrder { kFewest, kColor, kMetamerism, kCost };
 
-/// What may be in a recipe, by which criterion recipes are judged, and how they are made up.
+/// The choice of components, the criterion by which recipes are judged, and how they are made up.
 struct VRX_API CRecipeSettings {
   /// D65, A and CWF.
   CRecipeSettings();

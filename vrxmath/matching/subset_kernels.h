@@ -11,7 +11,7 @@ namespace vrx {
 
 inline constexpr int32_t kMostSubsetColorants = 6;
 
-/// What all subsets have in common: addresses and plain numbers, owned by a MatchTarget.
+/// The data that all subsets have in common: addresses and plain numbers, owned by a MatchTarget.
 struct MatchProblem {
   int32_t colorants = 0;
   const double* K = nullptr;  ///< unit curves, 40 per colorant

@@ -1,6 +1,6 @@
 // The straight-line parts of the elementary functions, one source for a double and for a pack of lanes (pack.h).
-// What they do not cover (zeros, subnormals, infinities, NaN, results out of range, arguments that need a longer
-// reduction) stands in elementary.cpp; the packs give such lanes to it.
+// The cases beyond them (zeros, subnormals, infinities, NaN, results out of range, arguments that need a longer
+// reduction) stand in elementary.cpp; the packs give such lanes to it.
 //
 // How the bounds in elementary.h come about. Every function ends in one addition hi + rest, where hi carries no
 // error of its own and rest is smaller by a factor of 2^6 or more. So the final rounding costs 0.5 ULP, and
@@ -47,7 +47,7 @@ struct EntryOf {
   T fields[static_cast<std::size_t>(kFields)];
 };
 
-/// What differs between a number and a pack: integer operations on the bits, and tables.
+/// The operations that differ between a number and a pack: those on the bits as integers, and tables.
 template <class T>
 struct LaneTraits;
 
@@ -141,7 +141,7 @@ VRX_LANE_INLINE bool IsLarger(double a, double b) {
   return ToBits(a) > ToBits(b);
 }
 
-/// What an octant adds to the arc tangent: the offset, and the sign of the arc tangent itself.
+/// The part of an octant in the arc tangent: the offset, and the sign of the arc tangent itself.
 template <class T>
 struct Octant {
   T sign;

@@ -314,7 +314,7 @@ VRX_LANE_INLINE void StoreTriples(const T* x, double* to) {
 }
 
 // ----------------------------------------------------------------------------------------------------------
-// What elementary_lanes.h needs
+// The operations that elementary_lanes.h needs
 
 namespace elementary {
 

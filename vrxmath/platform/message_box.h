@@ -25,7 +25,7 @@ VRX_API void ShowMessage(WideView text, MessageIcon icon = MessageIcon::kNone);
 VRX_API void SetMessageBoxHandler(MessageBoxHandler handler, void* context = nullptr);
 
 namespace platform_internal {
-/// What the default handler does.
+/// Shows a message as the default handler does.
 void ShowSystemMessage(WideView text, MessageIcon icon);
 }  // namespace platform_internal
 

@@ -42,7 +42,7 @@ class ColorRows {
     report_.AddViewing(illuminants_, observer_);
   }
 
-  /// What the curves that follow come from.
+  /// Names the file that the curves that follow come from.
   void SetMeasured(const CurveReader& curves) { report_.SetMeasured(curves); }
 
   void AddCurve(std::string_view id, const CReflData& curve) {

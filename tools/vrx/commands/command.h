@@ -1,4 +1,4 @@
-// What every subcommand of the tool shares: how it is registered, how it ends, how it complains.
+// The common part of the subcommands: how each is registered, how it ends, how it complains.
 
 #ifndef TOOLS_VRX_COMMANDS_COMMAND_H_
 #define TOOLS_VRX_COMMANDS_COMMAND_H_

@@ -30,7 +30,7 @@ struct DeltaOptions {
   Format format = Format::kTable;
 };
 
-// What a run computes: the difference of a pair under one illuminant.
+// The difference of a pair under one illuminant.
 class PairDifference {
  public:
   PairDifference(const CDifferenceSettings& settings, int32_t observer, bool fromXyz)

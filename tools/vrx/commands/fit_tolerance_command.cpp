@@ -43,7 +43,7 @@ struct FitOptions {
   ReportOptions report;
 };
 
-// What was accepted under one illuminant and geometry.
+// The accepted trials under one illuminant and geometry.
 struct Cloud {
   std::vector<LabDifference> differences;
   double largestTotal = 0.0;
@@ -58,7 +58,7 @@ struct Cloud {
   }
 };
 
-// What the clouds of a file have in common.
+// The clouds of a file, with what they have in common.
 struct Accepted {
   std::string file;
   std::string standard;  // empty when there are several, or one without a name

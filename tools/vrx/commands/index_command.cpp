@@ -176,7 +176,7 @@ void AddColors(CurveReader colors, IndexRows& rows) {
   }
 }
 
-// What stands behind a label.
+// The formula behind a label.
 struct IndexFormula {
   uint32_t label;
   const char* formula;

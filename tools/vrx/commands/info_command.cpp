@@ -25,7 +25,7 @@ struct InfoOptions {
   Format format;
 };
 
-// What was counted of a file.
+// The counts of a file.
 struct Contents {
   int64_t samples = 0, curves = 0, colors = 0;
   std::map<const MeasurementLayout*, int64_t> layouts;

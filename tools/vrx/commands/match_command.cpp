@@ -280,7 +280,7 @@ class StockSearch {
     return names;
   }
 
-  // What each batch needs to become a target, best first.
+  // The additions that each batch needs to become a target, best first.
   std::vector<StockCorrection> CorrectAll(const NamedTarget& target, SearchProgress& progress) {
     std::vector<StockCorrection> found;
     for (const NamedBatch& batch : stock_) {

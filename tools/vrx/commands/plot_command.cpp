@@ -129,7 +129,7 @@ std::string ShortTitleOf(const CDifferenceSettings& difference) {
   return DifferenceSystemName(difference.system, NameLength::kShort, difference.parameters).ToUtf8();
 }
 
-// What stands above the picture: of which standard it is, and by which difference.
+// The title above the picture: of which standard it is, and by which difference.
 std::string TitleOf(const JudgedTrials& judged, const Chart& chart) {
   std::string title = chart.title + ", " + ShortTitleOf(judged.Settings().difference);
   if (judged.Views().size() == 1) title.insert(0, JudgedTrials::NameOf(judged.Views()[0]) + ", ");

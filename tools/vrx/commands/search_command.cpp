@@ -97,7 +97,7 @@ class ColorTable {
   std::vector<Columns> colors_;  // by illuminant
 };
 
-// What the run searches by.
+// The conditions that a run searches by.
 struct Search {
   explicit Search(const SearchOptions& given)
       : options(given),

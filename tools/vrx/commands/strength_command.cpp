@@ -32,7 +32,7 @@ struct StrengthOptions {
   ReportOptions report;
 };
 
-// What a run compares by: options, checked.
+// The options that a run compares by, checked.
 struct StrengthSettings {
   int32_t first = 0;
   int32_t last = 0;
@@ -238,7 +238,7 @@ class StrengthRows {
   CTrisValues standardXyz_, trialXyz_;
 };
 
-// What the report says of the inputs and the conditions.
+// Tells the report the inputs and the conditions.
 void DescribeRun(const StrengthOptions& options, const StrengthSettings& settings, const CurveReader& trials,
                  ResultReport& report) {
   report.AddFile(ReportText::kStandardsFile, options.comparison.standard);

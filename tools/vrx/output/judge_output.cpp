@@ -14,7 +14,7 @@ namespace vrx::tool {
 
 namespace {
 
-// What every row says again, as UTF-8, made once.
+// The texts that every row repeats, as UTF-8, made once.
 struct Texts {
   explicit Texts(const JudgeSettings& settings) : observer(DegreesOf(settings.observer)) {
     for (const vrxIlluminant illuminant : settings.illuminants) illuminants.push_back(CodeOf(illuminant));

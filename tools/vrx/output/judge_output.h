@@ -12,7 +12,7 @@
 
 namespace vrx::tool {
 
-/// What a table shows in front of the differences.
+/// The columns of a table in front of the differences.
 struct JudgeColumns {
   enum Standards {
     kOne,     ///< one standard for all: it stands in the title

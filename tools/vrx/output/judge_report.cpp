@@ -379,7 +379,7 @@ std::string JudgeReport::MetamerismOfSeveral(const JudgedView& view) const {
   return html;
 }
 
-// What the script needs to mark a trial in the pictures: by trial its view and, where that has others too, its points and
+// The data by which the script marks a trial in the pictures: by trial its view and, where that has others too, its points and
 // its curve. Everything else stands in the table.
 void JudgeReport::AddScriptData(const std::vector<std::size_t>& views) {
   std::vector<bool> isShown(judged_.Views().size());

@@ -21,7 +21,7 @@ struct DisplayRgb {
 /// "#rrggbb".
 std::string HexColour(DisplayRgb colour);
 
-/// What a colour is for. A page gives each of these a colour per theme; a file of its own has the light ones.
+/// The purpose of a colour. A page gives each of these a colour per theme; a file of its own has the light ones.
 enum class Ink : uint8_t {
   kPaper,
   kText,

@@ -1,4 +1,4 @@
-// What a report needs of the files about it: the hashes of its inputs, pictures to carry along, and the way onto paper.
+// The files about a report: the hashes of its inputs, pictures to carry along, and the way onto paper.
 
 #ifndef TOOLS_VRX_OUTPUT_REPORT_FILES_H_
 #define TOOLS_VRX_OUTPUT_REPORT_FILES_H_

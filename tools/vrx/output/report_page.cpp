@@ -69,7 +69,7 @@ std::string Now() {
          TwoDigits(time.hour) + ":" + TwoDigits(time.minute);
 }
 
-// What the script says, under the names by which it asks.
+// The texts of the script, under the names by which it asks.
 std::string ScriptTexts() {
   static constexpr struct {
     const char* name;

@@ -1,4 +1,4 @@
-// What the tool knows about the terminal it may be talking to.
+// The terminal that the tool may be talking to: whether there is one, its width, its colours.
 
 #ifndef TOOLS_VRX_OUTPUT_TERMINAL_H_
 #define TOOLS_VRX_OUTPUT_TERMINAL_H_
@@ -63,7 +63,7 @@ struct Interrupted {};
 /// such end, returns the status that stands for it.
 int EndByInterrupt();
 
-/// What stands behind the program's name, as UTF-8 on every system.
+/// The arguments behind the program's name, as UTF-8 on every system.
 std::vector<std::string> Utf8Arguments(int argc, char** argv);
 
 /// Makes the standard streams those of bytes, and a console of Windows one of UTF-8 and colours. Elsewhere they are.

@@ -22,7 +22,7 @@ CalendarTime FromSystemTime(const SYSTEMTIME& fields) {
   return time;
 }
 
-// What is added to UTC outside daylight saving.
+// The seconds that are added to UTC outside daylight saving.
 int64_t StandardOffset() {
   TIME_ZONE_INFORMATION zone = {};
   if (::GetTimeZoneInformation(&zone) == TIME_ZONE_ID_INVALID) return 0;

@@ -34,7 +34,7 @@ Handle OpenForAttributes(const std::wstring& path) {
                               FILE_FLAG_BACKUP_SEMANTICS, nullptr));
 }
 
-// What a path leads to, links followed; the path itself where nothing is there yet.
+// The file that a path leads to, links followed; the path itself where nothing is there yet.
 std::wstring ResolveLinks(const std::wstring& path) {
   const Handle file = OpenForAttributes(path);
   std::wstring resolved(32768, L'\0');

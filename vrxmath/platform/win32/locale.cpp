@@ -68,7 +68,7 @@ LocaleConventions ReadConventions() {
 
 using FormatCall = int WINAPI(LCID, DWORD, const SYSTEMTIME*, LPCWSTR, LPWSTR, int);
 
-// What the system makes of a picture; none when it refuses.
+// The system's text for a picture; none when it refuses.
 std::optional<CString> Format(FormatCall* call, WideView picture, const CalendarTime& time) {
   if (picture.empty()) return CString();
   const SYSTEMTIME fields = ToSystemTime(time);

@@ -46,7 +46,7 @@ class Handle {
   HANDLE handle_;
 };
 
-/// What the calls for files take. A path of MAX_PATH units or more becomes a full one with the prefix that
+/// A path as the calls for files take it. One of MAX_PATH units or more becomes a full one with the prefix that
 /// lifts the limit.
 std::wstring SystemPath(const CString& path);
 
