@@ -142,6 +142,16 @@ TEST(DeltaEab, ReadsRecordsThatAHostMadeLonger) {
   EXPECT_EQ(Eab(standard, sample), expected);
 }
 
+TEST(DeltaEab, RecordsThatAHostMadeShorterShowAMessageForEachElementThatIsRead) {
+  test::MessageRecorder messages;
+  CLabValues lab(50, 10, 0);
+  lab.SetSize(3);
+  for (const int32_t elements : {3, 4, 5}) {
+    EXPECT_EQ(lab.Values(elements).a, 10.0);
+    EXPECT_EQ(messages.Take(), test::IndexErrors(static_cast<std::size_t>(elements) - 3)) << elements;
+  }
+}
+
 TEST(DeltaEab, HueDifferenceIsPositiveCounterClockwise) {
   const CLabValues red = MakeLab(50, 10, 0), yellow = MakeLab(50, 0, 10);
   EXPECT_NEAR(Eab(red, yellow)[5], std::sqrt(200.0), 1e-12);

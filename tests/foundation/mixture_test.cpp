@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <span>
 #include <string_view>
+#include <tuple>
 
 #include <vrxmath/foundation/archive_frame.h>
 #include <vrxmath/foundation/mixture.h>
@@ -41,17 +42,24 @@ TEST(Mixture, LevelUpdatesKeepTheMixture) {
 
   CColorantLevel unit = level;
   unit.RescaleUnitCurves(c / converted);
-  EXPECT_DOUBLE_EQ(converted * unit.values[0].absorption[7], c * 4.0);
-  EXPECT_DOUBLE_EQ(converted * unit.values[0].scattering[7], c * 0.5);
+  for (const int32_t w : {0, 39}) {
+    EXPECT_DOUBLE_EQ(converted * unit.values[0].absorption[w], c * 4.0);
+    EXPECT_DOUBLE_EQ(converted * unit.values[0].scattering[w], c * 0.5);
+  }
   EXPECT_DOUBLE_EQ(unit.values[1].scattering[7], 1e-5 * c / converted) << "every geometry follows";
 
-  CColorantLevel absolute = level;
-  absolute.KeepContributionOverBase(c / converted, base);
   const auto mixture = [](double share, double ofBase, double ofColorant) {
     return (1.0 - share) * ofBase + share * ofColorant;
   };
-  EXPECT_DOUBLE_EQ(mixture(converted, 0.25, absolute.values[0].absorption[7]), mixture(c, 0.25, 4.0));
-  EXPECT_DOUBLE_EQ(mixture(converted, 2.0, absolute.values[0].scattering[7]), mixture(c, 2.0, 0.5));
+  // A base of its own, and the one that scatters 1 and absorbs nothing.
+  for (const auto& [given, K, S] : {std::tuple{base, 0.25, 2.0}, std::tuple{UnitBase(), 0.0, 1.0}}) {
+    CColorantLevel absolute = level;
+    absolute.KeepContributionOverBase(c / converted, given);
+    for (const int32_t w : {0, 39}) {
+      EXPECT_DOUBLE_EQ(mixture(converted, K, absolute.values[0].absorption[w]), mixture(c, K, 4.0));
+      EXPECT_DOUBLE_EQ(mixture(converted, S, absolute.values[0].scattering[w]), mixture(c, S, 0.5));
+    }
+  }
 }
 
 TEST(Mixture, ArchiveForm) {
