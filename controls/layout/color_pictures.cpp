@@ -125,6 +125,7 @@ void DrawDifferencePlane(Picture& picture, Rect box, const DifferencePlane& plan
   for (const auto& [outline, paint, dashed] :
        {std::tuple{&plane.warning, Role::kWarning, true}, std::tuple{&plane.limit, Role::kFail, false}}) {
     std::vector<CDblPoint> points;
+    points.reserve(outline->size());
     for (const CDblPoint& point : *outline) points.push_back(area.Within(point.x, point.y));
     picture.Line(points, paint, look.scale, dashed);
   }

@@ -116,21 +116,22 @@ bool XyzToDisplayRgb(vrxIlluminant illuminant, int32_t observer, const CTrisValu
 
 void GetDisplayPrimaries(CDoubleArray1& settings) {
   settings.SetSize(kDisplaySettings);
-  for (int32_t i = 0; i < 3; ++i) {
-    const Chromaticities& primary = display.primaries[static_cast<std::size_t>(i)];
-    settings[2 * i] = primary.x;
-    settings[2 * i + 1] = primary.y;
+  std::ptrdiff_t i = 0;
+  for (const Chromaticities& primary : display.primaries) {
+    settings[i++] = primary.x;
+    settings[i++] = primary.y;
   }
-  settings[6] = display.gamma;
+  settings[i] = display.gamma;
 }
 
 void SetDisplayPrimaries(const CDoubleArray1& settings) {
   if (settings.GetSize() < kDisplaySettings) return foundation_internal::ReportIndexError();
-  for (int32_t i = 0; i < 3; ++i) {
-    const double x = settings[2 * i], y = settings[2 * i + 1];
-    display.primaries[static_cast<std::size_t>(i)] = {x, y, 1.0 - x - y};
+  std::ptrdiff_t i = 0;
+  for (Chromaticities& primary : display.primaries) {
+    const double x = settings[i++], y = settings[i++];
+    primary = {x, y, 1.0 - x - y};
   }
-  display.gamma = settings[6];
+  display.gamma = settings[i];
   ForgetMatrices();
 }
 

@@ -47,9 +47,8 @@ bool IsUsableCode(WideView code, vrxUserIllum number) {
 
 IlluminantError CheckGrid(std::size_t count, int32_t first, int32_t step) {
   if (step != 1 && step != 5 && step != 10) return IlluminantError::kStep;
-  if (count < static_cast<std::size_t>((kVisibleLast - kVisibleFirst) / step + 1)) {
-    return IlluminantError::kTooShort;
-  }
+  const int32_t fewest = (kVisibleLast - kVisibleFirst) / step + 1;
+  if (count < static_cast<std::size_t>(fewest)) return IlluminantError::kTooShort;
   if (first < 1 || first > kVisibleFirst || count > static_cast<std::size_t>(kLongestWavelength)) {
     return IlluminantError::kRange;
   }

@@ -1,7 +1,9 @@
 #include <vrxmath/colorimetry/weighting.h>
 
 #include <cmath>
+#include <cstddef>
 #include <cstring>
+#include <numeric>
 
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/numeric/elementary.h>
@@ -72,15 +74,13 @@ WeightingTable ComputeWeightingTable(const SpectralPower& power, int32_t observe
       }
     }
   }
-  const auto blockSum = [&](int32_t component) {
-    double sum = 0.0;
-    for (int32_t i = 0; i < kWavelengths; ++i)
-      sum += table[static_cast<std::size_t>(component * kWavelengths + i)];
-    return sum;
+  const auto blockSum = [&](std::size_t component) {
+    const auto* block = table.data() + component * kWavelengths;
+    return std::accumulate(block, block + kWavelengths, 0.0);
   };
   const double scale = 100.0 / blockSum(1);
-  for (int32_t component = 0; component < kComponents; ++component) {
-    table[static_cast<std::size_t>(kTableWhite + component)] = RoundedTo3(blockSum(component) * scale);
+  for (std::size_t component = 0; component < kComponents; ++component) {
+    table[kTableWhite + component] = RoundedTo3(blockSum(component) * scale);
   }
   for (std::size_t i = 0; i < kTableWhite; ++i) table[i] = RoundedTo3(table[i] * scale);
   return table;

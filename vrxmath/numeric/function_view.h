@@ -12,14 +12,15 @@ namespace vrx {
 template <class SIGNATURE>
 class FunctionView;
 
-/// Calls what it was made from. Owns nothing and allocates nothing: the callable must outlive the view.
+/// Calls the callable that it was made from, implicitly, so that a lambda can stand where a view is asked for. Owns nothing
+/// and allocates nothing: the callable must outlive the view.
 template <class RESULT, class... ARGS>
 class FunctionView<RESULT(ARGS...)> {
  public:
   template <class CALLABLE>
   requires(!std::is_same_v<std::remove_cvref_t<CALLABLE>, FunctionView> &&
            std::is_invocable_r_v<RESULT, CALLABLE&, ARGS...>)
-      FunctionView(CALLABLE&& callable) {  // implicit, so that a lambda can stand where a view is asked for
+      FunctionView(CALLABLE&& callable) {  // NOLINT(bugprone-forwarding-reference-overload): not for views
     using Callable = std::remove_reference_t<CALLABLE>;
     if constexpr (std::is_function_v<Callable>) {
       target_.function = reinterpret_cast<void (*)()>(std::addressof(callable));

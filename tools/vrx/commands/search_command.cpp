@@ -67,6 +67,7 @@ class ColorTable {
   }
   std::vector<ColorBatch> Batches() const {
     std::vector<ColorBatch> batches;
+    batches.reserve(colors_.size());
     for (const Columns& colors : colors_) batches.push_back({colors.xyz, colors.lab});
     return batches;
   }
