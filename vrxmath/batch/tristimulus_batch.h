@@ -26,8 +26,8 @@ using CurveBatch = CurveBatchOf<double>;
 using CurveBatch32 = CurveBatchOf<float>;
 
 /// How many curves there are. Throws CInvalidArgException for a stride below 40 and samples that make no whole curves.
-VRX_API std::size_t CurveCount(const CurveBatch& curves);
-VRX_API std::size_t CurveCount(const CurveBatch32& curves);
+[[nodiscard]] VRX_API std::size_t CurveCount(const CurveBatch& curves);
+[[nodiscard]] VRX_API std::size_t CurveCount(const CurveBatch32& curves);
 
 /// Tristimulus values of n curves under each of m illuminants (ASTM E308, as CReflData::Tristimulus).
 /// Out:     xyz[j]: X, Y, Z of every curve under illuminants[j]. Rows n x 3m are m views of 3 numbers with the stride 3m.

@@ -48,7 +48,7 @@ class VRX_API CColorantArray : public CArrayVarex<CColorant> {
   /// of all lines in the description. It takes the place of the first line's colorant. One line scales its
   /// colorant by its weight.
   /// Errors: false, with nothing changed, when there is no line or a line's colorant does not exist.
-  bool Blend(const CBlendColorantArray& lines);
+  [[nodiscard]] bool Blend(const CBlendColorantArray& lines);
 
  private:
   std::ptrdiff_t IndexOf(const CBlendColorant& line) const {

@@ -21,7 +21,7 @@ namespace vrx {
 /// Out:     the backing for K X = S X = 0; the opaque film of K/S where nothing of the backing comes through.
 /// Formula: hyperbolic solution (P. Kubelka, J. Opt. Soc. Am. 38, 1948, 448-457), written so that neither end
 ///          cancels: thin films by tanh(x)/x, thick ones by the share that comes through.
-VRX_API double FilmReflectance(double KX, double SX, double backing);
+[[nodiscard]] VRX_API double FilmReflectance(double KX, double SX, double backing);
 
 /// The constants of a film by wavelength, from two readings of it, over black and over white.
 struct CFilmConstants {
@@ -38,9 +38,10 @@ struct CFilmConstants {
 /// Edges:   where the two readings differ by less than 1 % of the larger, or by less than any film of finite
 ///          thickness lets through, the film counts as opaque: its K/S is that of the mean reading. Noise that
 ///          gives a negative K or S counts as 0. Silent for backings that do not differ.
-VRX_API CFilmConstants FilmConstants(const CReflData& overBlack, const CReflData& overWhite,
-                                     const CReflData& black, const CReflData& white, double k1, double k2,
-                                     SaundersonMode mode = SaundersonMode::kIncluded);
+[[nodiscard]] VRX_API CFilmConstants FilmConstants(const CReflData& overBlack, const CReflData& overWhite,
+                                                   const CReflData& black, const CReflData& white, double k1,
+                                                   double k2,
+                                                   SaundersonMode mode = SaundersonMode::kIncluded);
 
 }  // namespace vrx
 

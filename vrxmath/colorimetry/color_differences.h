@@ -25,20 +25,20 @@ VRX_API void DeltaEab(const CLabValues& standard, const CLabValues& sample, CDel
 
 /// CMC(l:c) weights at the standard, from its L*, C* and h. Formula: BS 6923, ISO 105-J03. L* = 16 takes the formula, below it SL
 /// is 0.511; the hues 164 and 345 belong to the blue branch.
-VRX_API DifferenceWeights CmcWeights(const CLabValues& standard);
+[[nodiscard]] VRX_API DifferenceWeights CmcWeights(const CLabValues& standard);
 /// Replaces elements 3 to 6 of a record from DeltaEab by dL/(l SL), dC/(c SC), dH/SH and their root sum of
 /// squares. The commercial factor takes no part.
 VRX_API void DeltaCmc(const CLabValues& standard, double l, double c, CDeltaValues& delta);
 
 /// CIE94 weights at the standard. Formula: CIE 116, with the standard's own chroma.
-VRX_API DifferenceWeights Cie94Weights(const CLabValues& standard);
+[[nodiscard]] VRX_API DifferenceWeights Cie94Weights(const CLabValues& standard);
 /// Replaces elements 3 to 6 of a record from DeltaEab by dL/(kL SL), dC/(kC SC), dH/(kH SH) and dE94.
 VRX_API void DeltaCie94(const CLabValues& standard, double kL, double kC, double kH, CDeltaValues& delta);
 
 /// CIEDE2000 weights of a pair, with copies of both colours whose a, C and h are the primed ones (h in
 /// degrees). Formula: ISO/CIE 11664-6.
-VRX_API Cie2000Terms Cie2000Weights(const CLabValues& standard, const CLabValues& sample,
-                                    CLabValues& primedStandard, CLabValues& primedSample);
+[[nodiscard]] VRX_API Cie2000Terms Cie2000Weights(const CLabValues& standard, const CLabValues& sample,
+                                                  CLabValues& primedStandard, CLabValues& primedSample);
 /// Writes elements 3 to 6: dL', dC', dH' (not divided by their weights) and dE00. With hues exactly 180
 /// degrees apart the mean hue, and so the result, hangs on the last digits of pi; see docs/colour_notes.md.
 VRX_API void DeltaCie2000(const CLabValues& standard, const CLabValues& sample, double kL, double kC,

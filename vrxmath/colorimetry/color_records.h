@@ -52,7 +52,7 @@ class CTrisValues : public CDoubleArray1 {
   }
 
   /// The values, and the same written to the record. A record that somebody made shorter shows the index message.
-  Xyz Values() const {
+  [[nodiscard]] Xyz Values() const {
     if (GetSize() < kValues) return {(*this)[kX], (*this)[kY], (*this)[kZ]};
     return {data_[kX], data_[kY], data_[kZ]};
   }
@@ -82,7 +82,7 @@ class VRX_API CLabValues : public CDoubleArray1 {
 
   /// The coordinates, h in degrees. `elements`: how many of them are read, 3 to 5; the others are unset. A record that
   /// somebody made shorter shows the index message for those of them that are missing.
-  Lab Values(int32_t elements = kValues) const {
+  [[nodiscard]] Lab Values(int32_t elements = kValues) const {
     if (GetSize() < kValues) return ShortValues(elements);
     const double h = elements < kValues ? kUnset
                      : HueInDegrees()   ? data_[kHue]
@@ -123,7 +123,7 @@ class CDeltaValues : public CDoubleArray1 {
   }
 
   /// The differences, and the same written to the record. A record that somebody made shorter shows the index message.
-  Difference Values() const {
+  [[nodiscard]] Difference Values() const {
     if (GetSize() < kValues) {
       const CDeltaValues& d = *this;
       return {d[kL], d[kA], d[kB], d[kWeightedL], d[kChroma], d[kHue], d[kTotal]};
@@ -152,8 +152,8 @@ class VRX_API CReflData : public CKSData {
 };
 
 /// The hue of a record (its element kHue) in degrees or radians, whatever the flag says it is kept in.
-VRX_API double HueDegreesOf(const CLabValues& lab);
-VRX_API double HueRadiansOf(const CLabValues& lab);
+[[nodiscard]] VRX_API double HueDegreesOf(const CLabValues& lab);
+[[nodiscard]] VRX_API double HueRadiansOf(const CLabValues& lab);
 
 /// A colour: its tristimulus values and its coordinates in the space in which it is judged.
 struct CColorValues {
@@ -161,7 +161,7 @@ struct CColorValues {
 
   CTrisValues tristimulus;
   CLabValues lab;
-  Color Values() const { return {tristimulus.Values(), lab.Values()}; }
+  [[nodiscard]] Color Values() const { return {tristimulus.Values(), lab.Values()}; }
   bool operator==(const CColorValues&) const = default;
 };
 

@@ -74,28 +74,28 @@ struct DifferenceSystem {
 inline constexpr int32_t kNoEllipsoid = -1;
 
 /// All systems, by number.
-VRX_API std::span<const DifferenceSystem> DifferenceSystems();
+[[nodiscard]] VRX_API std::span<const DifferenceSystem> DifferenceSystems();
 /// The row of a system; null for a number that no system has.
 VRX_API const DifferenceSystem* FindDifferenceSystem(int32_t system);
 
 /// A system with the parameters under which it is usually quoted: 2:1 for CMC (acceptability), 1 everywhere
 /// else. An unknown system shows the index message.
-VRX_API CDifferenceSettings DefaultSettings(int32_t system);
+[[nodiscard]] VRX_API CDifferenceSettings DefaultSettings(int32_t system);
 
 /// How many of the four parameters a system's name shows: 0 for one without parameters.
-VRX_API int32_t ParameterCount(int32_t system);
+[[nodiscard]] VRX_API int32_t ParameterCount(int32_t system);
 
 enum class NameLength { kLong, kShort };
 
 /// The display name of a system. A parameterised one is filled with its parameters, two decimals each, with
 /// the given decimal separator; without parameters (an empty span) it is cut before them: "CMC". Empty for
 /// an unknown system.
-VRX_API CString DifferenceSystemName(int32_t system, NameLength length,
-                                     std::span<const double> parameters = {},
-                                     WideChar decimalSeparator = u'.');
+[[nodiscard]] VRX_API CString DifferenceSystemName(int32_t system, NameLength length,
+                                                   std::span<const double> parameters = {},
+                                                   WideChar decimalSeparator = u'.');
 
 /// A parameter as names show it: rounded to two decimals, half away from zero; a zero never has a sign.
-VRX_API CString ParameterText(double value, WideChar decimalSeparator = u'.');
+[[nodiscard]] VRX_API CString ParameterText(double value, WideChar decimalSeparator = u'.');
 
 /// The lists of columns in which a system is shown.
 enum class ColumnList {
@@ -107,7 +107,7 @@ enum class ColumnList {
 };
 
 /// The headings of a list of columns, separated by "|"; empty for an unknown system.
-VRX_API CString ColumnHeadings(int32_t system, ColumnList list);
+[[nodiscard]] VRX_API CString ColumnHeadings(int32_t system, ColumnList list);
 inline CString DifferenceColumns(int32_t system) {
   return ColumnHeadings(system, ColumnList::kDifferences);
 }
@@ -116,11 +116,11 @@ inline CString CoordinateColumns(int32_t system) {
 }
 
 /// Which elements of the difference record stand under the difference headings of a list, in their order.
-VRX_API std::span<const int32_t> DifferenceColumnElements(int32_t system,
-                                                          ColumnList list = ColumnList::kDifferences);
+[[nodiscard]] VRX_API std::span<const int32_t> DifferenceColumnElements(
+    int32_t system, ColumnList list = ColumnList::kDifferences);
 
 /// The elements that stand under the coordinate headings of a system, in their order; none for an unknown system.
-VRX_API std::span<const CoordinateColumn> CoordinateColumnElements(int32_t system);
+[[nodiscard]] VRX_API std::span<const CoordinateColumn> CoordinateColumnElements(int32_t system);
 
 }  // namespace vrx
 

@@ -18,7 +18,7 @@ inline constexpr double kDegreesPerRadian = 57.29577951307855;
 
 /// The hue-unit flag, process-wide: true (from the start) keeps the hues of records in degrees in [0, 360), false in
 /// radians in [0, 2 pi).
-VRX_API bool HueInDegrees();
+[[nodiscard]] VRX_API bool HueInDegrees();
 VRX_API void SetHueInDegrees(bool degrees);
 
 /// Sine and cosine of an angle in degrees.

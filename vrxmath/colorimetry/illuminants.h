@@ -59,7 +59,7 @@ class CIllumArray : public CArrayVarex<vrxIlluminant, vrxIlluminant> {
 };
 
 /// The code of an illuminant, such as "D65"; "None" for a reserved number, empty for one that nobody has.
-VRX_API CString IlluminantCode(vrxIlluminant illuminant);
+[[nodiscard]] VRX_API CString IlluminantCode(vrxIlluminant illuminant);
 
 /// How IlluminantName puts code, description and observer together.
 enum IlluminantNameStyle : int32_t {
@@ -75,13 +75,13 @@ enum IlluminantNameStyle : int32_t {
 /// The display text of an illuminant and observer in one of the styles above. An observer other than 1
 /// reads as 2 degrees. A reserved illuminant is "None" in every style but kNameObserver; a number that nobody
 /// has is empty. User illuminants have the code and description under which they were registered.
-VRX_API CString IlluminantName(vrxIlluminant illuminant, int32_t observer, int32_t style);
+[[nodiscard]] VRX_API CString IlluminantName(vrxIlluminant illuminant, int32_t observer, int32_t style);
 
 /// The built-in illuminants in the order in which a user is offered them, which is not the numeric one.
-VRX_API CIllumArray IlluminantDisplayOrder();
+[[nodiscard]] VRX_API CIllumArray IlluminantDisplayOrder();
 
 /// The built-in or user illuminant of a code, compared without case ("d65"); false when there is none.
-VRX_API bool FindIlluminant(WideView code, vrxIlluminant& illuminant);
+[[nodiscard]] VRX_API bool FindIlluminant(WideView code, vrxIlluminant& illuminant);
 
 }  // namespace vrx
 

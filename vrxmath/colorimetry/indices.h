@@ -27,72 +27,87 @@ namespace vrx {
 // Whiteness: 100 for the perfect white, more for a bluish one. -----------------------------------------
 
 /// ASTM E313-1973 whiteness 4B - 3G = 3.388 Z - 3 Y. Direct for C and 2 degrees.
-VRX_API double WhitenessE313(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double WhitenessE313Recalculated(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessE313(vrxIlluminant illuminant, int32_t observer,
+                                           const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessE313Recalculated(vrxIlluminant illuminant, int32_t observer,
+                                                       const CTrisValues& xyz);
 
 /// Taube whiteness 3.3834 Z - 3 Y: 4B - 3G with B scaled by the Z of the perfect white under C instead of
 /// by 0.847. Direct for C and 2 degrees.
-VRX_API double WhitenessTaube(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double WhitenessTaubeRecalculated(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessTaube(vrxIlluminant illuminant, int32_t observer,
+                                            const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessTaubeRecalculated(vrxIlluminant illuminant, int32_t observer,
+                                                        const CTrisValues& xyz);
 
 /// Berger whiteness. Direct for D65: Y + 3.4 Z - 3.895 X at 2 degrees, Y + 3.448 Z - 3.904 X at 10 degrees.
 /// Recalculated by the former at either observer.
-VRX_API double WhitenessBerger(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double WhitenessBergerRecalculated(vrxIlluminant illuminant, int32_t observer,
-                                           const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessBerger(vrxIlluminant illuminant, int32_t observer,
+                                             const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessBergerRecalculated(vrxIlluminant illuminant, int32_t observer,
+                                                         const CTrisValues& xyz);
 
 /// CIE whiteness W = Y + 800 (xn - x) + 1700 (yn - y) with the white point of the pair (CIE 15). `D65` is
 /// the same for D65 only. Meaningful for 40 < W < 5 Y - 280. Unset for a sample without chromaticity (X + Y
 /// + Z = 0).
-VRX_API double WhitenessCie(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double WhitenessCieD65(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessCie(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessCieD65(vrxIlluminant illuminant, int32_t observer,
+                                             const CTrisValues& xyz);
 
 /// ASTM E313-20 whiteness: the CIE equation with the standard's own four-digit white points, which exist for
 /// C, D65 and D50 at both observers. Recalculated: the same where there is one, else WhitenessCie.
-VRX_API double WhitenessE313Cie(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double WhitenessE313CieRecalculated(vrxIlluminant illuminant, int32_t observer,
-                                            const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessE313Cie(vrxIlluminant illuminant, int32_t observer,
+                                              const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessE313CieRecalculated(vrxIlluminant illuminant, int32_t observer,
+                                                          const CTrisValues& xyz);
 
 /// Stensby whiteness L - 3b + 3a and Hunter whiteness L - 3b in Hunter Lab of the pair. Hunter Lab refers to
 /// the white of its pair already, so there is no second form.
-VRX_API double WhitenessStensby(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double WhitenessHunter(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessStensby(vrxIlluminant illuminant, int32_t observer,
+                                              const CTrisValues& xyz);
+[[nodiscard]] VRX_API double WhitenessHunter(vrxIlluminant illuminant, int32_t observer,
+                                             const CTrisValues& xyz);
 
 // Tint: positive towards green, negative towards red. ---------------------------------------------------
 
 /// CIE tint T = k (xn - x) - 650 (yn - y), k = 1000 at 2 degrees and 900 at 10 degrees; whites as for the
 /// whiteness functions of the same names.
-VRX_API double TintCie(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double TintCieD65(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double TintE313Cie(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double TintE313CieRecalculated(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
+[[nodiscard]] VRX_API double TintCie(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
+[[nodiscard]] VRX_API double TintCieD65(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
+[[nodiscard]] VRX_API double TintE313Cie(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
+[[nodiscard]] VRX_API double TintE313CieRecalculated(vrxIlluminant illuminant, int32_t observer,
+                                                     const CTrisValues& xyz);
 
 // Yellowness: 0 for the perfect white. ------------------------------------------------------------------
 
 /// ASTM E313-1973 yellowness 100 (1 - 0.847 Z / Y). Direct for C and 2 degrees.
-VRX_API double YellownessE313(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double YellownessE313Recalculated(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
+[[nodiscard]] VRX_API double YellownessE313(vrxIlluminant illuminant, int32_t observer,
+                                            const CTrisValues& xyz);
+[[nodiscard]] VRX_API double YellownessE313Recalculated(vrxIlluminant illuminant, int32_t observer,
+                                                        const CTrisValues& xyz);
 
 /// ASTM E313-20 yellowness 100 (Cx X - Cz Z) / Y, coefficients of four decimals. Direct for C and D65 at
 /// both observers.
-VRX_API double YellownessE313Cie(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double YellownessE313CieRecalculated(vrxIlluminant illuminant, int32_t observer,
-                                             const CTrisValues& xyz);
+[[nodiscard]] VRX_API double YellownessE313Cie(vrxIlluminant illuminant, int32_t observer,
+                                               const CTrisValues& xyz);
+[[nodiscard]] VRX_API double YellownessE313CieRecalculated(vrxIlluminant illuminant, int32_t observer,
+                                                           const CTrisValues& xyz);
 
 /// ASTM D1925 yellowness 100 (1.28 X - 1.06 Z) / Y. Direct for C and 2 degrees.
-VRX_API double YellownessD1925(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double YellownessD1925Recalculated(vrxIlluminant illuminant, int32_t observer,
-                                           const CTrisValues& xyz);
+[[nodiscard]] VRX_API double YellownessD1925(vrxIlluminant illuminant, int32_t observer,
+                                             const CTrisValues& xyz);
+[[nodiscard]] VRX_API double YellownessD1925Recalculated(vrxIlluminant illuminant, int32_t observer,
+                                                         const CTrisValues& xyz);
 
 /// DIN 6167 yellowness 100 (a X - b Z) / Y, coefficients of three decimals. Direct for C at 2 degrees and
 /// D65 at both observers.
-VRX_API double YellownessDin6167(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
-VRX_API double YellownessDin6167Recalculated(vrxIlluminant illuminant, int32_t observer,
-                                             const CTrisValues& xyz);
+[[nodiscard]] VRX_API double YellownessDin6167(vrxIlluminant illuminant, int32_t observer,
+                                               const CTrisValues& xyz);
+[[nodiscard]] VRX_API double YellownessDin6167Recalculated(vrxIlluminant illuminant, int32_t observer,
+                                                           const CTrisValues& xyz);
 
 /// 253.1 - 620.88511 Z / (1.275 X + Y + 0.635025 Z), for C and 2 degrees only: a yellowness by the share of
 /// Z. No standard that we know of publishes it; it is offered under a neutral name.
-VRX_API double IndexC2(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
+[[nodiscard]] VRX_API double IndexC2(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
 
 // The list of them ---------------------------------------------------------------------------------------
 
@@ -118,14 +133,14 @@ struct ColorIndex {
 };
 
 /// All whiteness, tint and yellowness indices in the order in which they are offered.
-VRX_API std::span<const ColorIndex> ColorIndices();
+[[nodiscard]] VRX_API std::span<const ColorIndex> ColorIndices();
 
 /// The label of an index. That of the recalculated form ends in "(Recalc)"; the direct form's is without it.
-VRX_API CString IndexLabel(const ColorIndex& index, IndexForm form);
+[[nodiscard]] VRX_API CString IndexLabel(const ColorIndex& index, IndexForm form);
 
 /// The label for the head of a narrow column, such as "WI CIE" and, recalculated, "WI CIE (R)"; the label
 /// itself for an index without one.
-VRX_API CString IndexColumnLabel(const ColorIndex& index, IndexForm form);
+[[nodiscard]] VRX_API CString IndexColumnLabel(const ColorIndex& index, IndexForm form);
 
 // Pairs ----------------------------------------------------------------------------------------------------
 
@@ -134,15 +149,15 @@ VRX_API CString IndexColumnLabel(const ColorIndex& index, IndexForm form);
 /// `test` are multiplied by the ratios of standard to trial under `reference`. `settings`: the difference
 /// system, dE*ab as CIE 15 has it if not given. Unset when a curve is or a pair has no weighting table; a
 /// trial of 0 under the reference gives NaN.
-VRX_API double MetamerismIndex(vrxIlluminant reference, vrxIlluminant test, int32_t observer,
-                               const CReflData& standard, const CReflData& trial,
-                               const CDifferenceSettings& settings = {});
+[[nodiscard]] VRX_API double MetamerismIndex(vrxIlluminant reference, vrxIlluminant test, int32_t observer,
+                                             const CReflData& standard, const CReflData& trial,
+                                             const CDifferenceSettings& settings = {});
 
 /// Contrast ratio of a coating: Y over black / Y over white, 1 for complete hiding (ISO 6504-3 states it in
 /// percent). Unset when either record is.
-VRX_API double ContrastRatio(const CTrisValues& overBlack, const CTrisValues& overWhite);
+[[nodiscard]] VRX_API double ContrastRatio(const CTrisValues& overBlack, const CTrisValues& overWhite);
 /// Opacity: the contrast ratio in percent.
-VRX_API double Opacity(const CTrisValues& overBlack, const CTrisValues& overWhite);
+[[nodiscard]] VRX_API double Opacity(const CTrisValues& overBlack, const CTrisValues& overWhite);
 
 }  // namespace vrx
 

@@ -52,7 +52,7 @@ enum class IlluminantError : int32_t {
 };
 
 /// The reason as a sentence for the user; empty for kNone.
-VRX_API CString IlluminantErrorText(IlluminantError error);
+[[nodiscard]] VRX_API CString IlluminantErrorText(IlluminantError error);
 
 /// Registers a user illuminant, or replaces the one of that number in place.
 /// In:      `name`: "code|description" as the built-in texts; without a bar the code is the description too.
@@ -65,7 +65,7 @@ VRX_API CString IlluminantErrorText(IlluminantError error);
 ///          LED illuminants. The white point is the sum of the weights before rounding, within 0.001 of what
 ///          ASTM E308 prints.
 /// Errors:  the reason; the list is then as it was.
-VRX_API IlluminantError RegisterUserIlluminant(
+[[nodiscard]] VRX_API IlluminantError RegisterUserIlluminant(
     vrxUserIllum number, WideView name, std::span<const double> power, int32_t firstWavelength, int32_t step,
     SpectralInterpolation interpolation = SpectralInterpolation::kLagrange);
 
@@ -73,7 +73,7 @@ VRX_API IlluminantError RegisterUserIlluminant(
 VRX_API void RemoveUserIlluminant(vrxUserIllum number);
 
 /// The registered user illuminants by ascending number.
-VRX_API CUserIllumArray RegisteredUserIlluminants();
+[[nodiscard]] VRX_API CUserIllumArray RegisteredUserIlluminants();
 
 namespace colorimetry_internal {
 

@@ -33,12 +33,12 @@ enum class SpectralInterpolation {
 
 /// A tabulated spectrum at 1 nm. `values`: relative power at `firstWavelength`, `firstWavelength` + `step`,
 /// ... in nm; at least 3 values. The power is 0 outside the tabulated range.
-VRX_API SpectralPower ResampleSpectrum(std::span<const double> values, int32_t firstWavelength, int32_t step,
-                                       SpectralInterpolation interpolation);
+[[nodiscard]] VRX_API SpectralPower ResampleSpectrum(std::span<const double> values, int32_t firstWavelength,
+                                                     int32_t step, SpectralInterpolation interpolation);
 
 /// Planck's radiator at `kelvin` > 0, equal to 100 at 560 nm. `c2` is the second radiation constant in nm
 /// K: 1.4388e7 today; illuminant A is 2848 K with the 1.435e7 of its definition.
-VRX_API SpectralPower PlanckianSpectrum(double kelvin, double c2);
+[[nodiscard]] VRX_API SpectralPower PlanckianSpectrum(double kelvin, double c2);
 
 /// The weighting table of a spectrum for observer 0 (2 degrees) or 1 (10 degrees), for reflectance at 360,
 /// 370 ... 750 nm without bandpass correction. Formula: ASTM E2022. At each nanometre the product of power
@@ -47,7 +47,7 @@ VRX_API SpectralPower PlanckianSpectrum(double kelvin, double c2);
 /// are scaled so that the Y block adds up to 100 and rounded to 3 decimals; the white point is the sums of
 /// the unrounded blocks, rounded to 3 decimals. A spectrum without power in the visible gives non-finite
 /// weights.
-VRX_API WeightingTable ComputeWeightingTable(const SpectralPower& power, int32_t observer);
+[[nodiscard]] VRX_API WeightingTable ComputeWeightingTable(const SpectralPower& power, int32_t observer);
 
 }  // namespace vrx
 

@@ -15,15 +15,15 @@ namespace vrx {
 enum class MixingLaw { kTwoConstant, kOneConstant, kNone };
 
 /// The mixing law of an OpticalModel; kNone for models that mix by other laws (filters, radiative transfer).
-VRX_API MixingLaw MixingLawOf(int32_t opticalModel);
+[[nodiscard]] VRX_API MixingLaw MixingLawOf(int32_t opticalModel);
 
 /// True for what scatters under the one-constant models: resins and calibration whites with levels.
-VRX_API bool IsSubstrate(const CComponent& component);
+[[nodiscard]] VRX_API bool IsSubstrate(const CComponent& component);
 
 /// K and S of a formula's mixture, the sums over its components of share x unit curve; see PredictReflectance for
 /// the shares. False, with `sums` unchanged, when the formula cannot be predicted.
-VRX_API bool MixtureConstants(const CDbFormula& formula, const CColorantSystemData& system,
-                              CColorantValues& sums);
+[[nodiscard]] VRX_API bool MixtureConstants(const CDbFormula& formula, const CColorantSystemData& system,
+                                            CColorantValues& sums);
 
 /// The reflectance of an opaque film made by a formula of the colour system's colorants and resins.
 ///
@@ -43,8 +43,9 @@ VRX_API bool MixtureConstants(const CDbFormula& formula, const CColorantSystemDa
 ///          `mode` says whether the curve holds what the surface reflects.
 /// State:   components add up in the order of the system, so the order of a formula's lines has no influence
 ///          on the bits of the result. Nothing is allocated but the curve.
-VRX_API CReflData PredictReflectance(const CDbFormula& formula, const CColorantSystemData& system,
-                                     SaundersonMode mode = SaundersonMode::kIncluded);
+[[nodiscard]] VRX_API CReflData PredictReflectance(const CDbFormula& formula,
+                                                   const CColorantSystemData& system,
+                                                   SaundersonMode mode = SaundersonMode::kIncluded);
 
 /// The reflectance of a film of finite thickness over a backing, made by a formula.
 /// In:      as PredictReflectance; the backing as measured bare, in percent; the thickness in the unit of length
@@ -53,9 +54,9 @@ VRX_API CReflData PredictReflectance(const CDbFormula& formula, const CColorantS
 ///          PredictReflectance gives where the film hides it. Unset as there, and for a thickness that is
 ///          negative or not finite. Contrast ratio: that of two such curves, over black and over white.
 /// Formula: FilmReflectance (Kubelka 1948) between Saunderson's corrections.
-VRX_API CReflData PredictFilm(const CDbFormula& formula, const CColorantSystemData& system,
-                              const CReflData& backing, double thickness,
-                              SaundersonMode mode = SaundersonMode::kIncluded);
+[[nodiscard]] VRX_API CReflData PredictFilm(const CDbFormula& formula, const CColorantSystemData& system,
+                                            const CReflData& backing, double thickness,
+                                            SaundersonMode mode = SaundersonMode::kIncluded);
 
 }  // namespace vrx
 

@@ -117,28 +117,30 @@ class VRX_API CVarexCalc {
   /// Judges one difference, in the method's system, by the tolerances of standard `index` for geometry `g` (kAnyGeometry:
   /// 0) and illuminant `i`, with the shade words and, under `judgeByEllipse`, the ellipsoid from `labDifferences`.
   /// Without values, or for an unset difference, the result is not available and fails.
-  CEvaluation JudgeAt(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const;
+  [[nodiscard]] CEvaluation JudgeAt(int32_t index, int32_t g, int32_t i,
+                                    const CDeltaValues& difference) const;
 
   /// Judges a difference by the box of standard `index`, geometry `g` (kAnyGeometry: 0) and illuminant `i`:
   /// fail outside the box, warning outside the box scaled by `warningFactor`, else pass. For L*C*h (method
   /// 5) the box holds limits of dL*, dC* and dH*; the hue limits become the angles whose chords they are on
   /// the circle of the standard's chroma, and the trial's hue has to lie in that sector of the standard's
   /// hue. Limits whose angles are equal, as those of one sign beyond the diameter are, admit the standard's hue alone.
-  Verdict JudgeBox(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const;
+  [[nodiscard]] Verdict JudgeBox(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const;
   /// Judges a difference in L*a*b* by the ellipsoid of the same entry: fail outside it, warning outside it
   /// scaled by `warningFactor`, else pass.
-  Verdict JudgeEllipse(int32_t index, int32_t g, int32_t i, const CDeltaValues& labDifference) const;
+  [[nodiscard]] Verdict JudgeEllipse(int32_t index, int32_t g, int32_t i,
+                                     const CDeltaValues& labDifference) const;
   /// Grades a total difference against the limit of the same entry, the ellipsoid's under
   /// `judgeByEllipse`, the box's otherwise.
-  Verdict JudgeTotal(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const;
+  [[nodiscard]] Verdict JudgeTotal(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const;
 
  private:
   const CBoxTolData& BoxOf(int32_t index, int32_t g, int32_t i) const;
   const CEllipseData& EllipseOf(int32_t index, int32_t g, int32_t i) const;
-  CEllipseData NewEllipse() const;
+  [[nodiscard]] CEllipseData NewEllipse() const;
   void GrowEllipses(int32_t index, int32_t geometries);
-  bool BoxAccepts(const CBoxTolData& box, int32_t g, int32_t i, const CDeltaValues& difference,
-                  double factor) const;
+  [[nodiscard]] bool BoxAccepts(const CBoxTolData& box, int32_t g, int32_t i, const CDeltaValues& difference,
+                                double factor) const;
   void FillValues(const CReflDataArray& curves, CColorValuesIllDataArray& values) const;
   void FillValues(const CTrisValuesIllDataArray& tristimulus, CColorValuesIllDataArray& values) const;
   void ChangeConditions(const CIllumArray& newIlluminants, int32_t newObserver);

@@ -45,10 +45,10 @@ struct ShadeWords {
                                                bool lighterInBlack = false);
 
 /// The text of a word; a single blank for kShadeNone.
-VRX_API WideView ShadeWordText(ShadeWord word);
+[[nodiscard]] VRX_API WideView ShadeWordText(ShadeWord word);
 
 /// The three texts, separated by commas without blanks.
-VRX_API CString ShadeText(const ShadeWords& shade);
+[[nodiscard]] VRX_API CString ShadeText(const ShadeWords& shade);
 
 }  // namespace vrx
 

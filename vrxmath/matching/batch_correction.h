@@ -21,8 +21,8 @@ struct CBatch {
 /// K and S of a batch: S as its formula predicts it, K = K/S of its measured curve times S; both as predicted when the
 /// curve is unset. Shares of two-constant models are of the whole batch, of one-constant models of its substrate.
 /// False, with `constants` unchanged, when the formula cannot be predicted or gives no scattering.
-VRX_API bool BatchConstants(const CColorantSystemData& system, const CBatch& batch, SaundersonMode mode,
-                            CColorantValues& constants);
+[[nodiscard]] VRX_API bool BatchConstants(const CColorantSystemData& system, const CBatch& batch,
+                                          SaundersonMode mode, CColorantValues& constants);
 
 /// The aim of a correction.
 enum class CorrectionAim {
@@ -65,10 +65,11 @@ using CCorrectionArray = CArrayVarex<CCorrection>;
 ///         the differences stay within the tolerance (a price on the additions, by bisection). The rules count what is in
 ///         the batch as present.
 /// Errors: as FormulateRecipes.
-VRX_API RecipeOutcome CorrectBatch(const CColorantSystemData& system, const CColorantRulesData& rules,
-                                   const CBatch& batch, const CRecipeTarget& target,
-                                   const CCorrectionSettings& settings, CCorrection& before,
-                                   CCorrectionArray& corrections);
+[[nodiscard]] VRX_API RecipeOutcome CorrectBatch(const CColorantSystemData& system,
+                                                 const CColorantRulesData& rules, const CBatch& batch,
+                                                 const CRecipeTarget& target,
+                                                 const CCorrectionSettings& settings, CCorrection& before,
+                                                 CCorrectionArray& corrections);
 
 }  // namespace vrx
 

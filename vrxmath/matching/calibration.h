@@ -81,14 +81,16 @@ struct CalibrationOutcome {
 ///          every wavelength over all drawdowns at once, each equation weighted by dR/dQ of its measured
 ///          reflectance, K and S never negative. Weights are not divided by the mixture's S: that would favour
 ///          solutions in which everything scatters.
-VRX_API CalibrationOutcome CalibrateColorants(const CStringArray1& names, const CDrawdownArray& drawdowns,
-                                              const CCalibrationSettings& settings,
-                                              CColorantSystemData& system, CDrawdownFitArray& fits);
+[[nodiscard]] VRX_API CalibrationOutcome CalibrateColorants(const CStringArray1& names,
+                                                            const CDrawdownArray& drawdowns,
+                                                            const CCalibrationSettings& settings,
+                                                            CColorantSystemData& system,
+                                                            CDrawdownFitArray& fits);
 
 /// How a colour system describes a drawdown: leaveOneOut stays unset. Shares follow the order of the system's
 /// colorants. Everything is unset when the system cannot predict it.
-VRX_API CDrawdownFit FitDrawdown(const CColorantSystemData& system, const CDrawdown& drawdown,
-                                 const CCalibrationSettings& settings);
+[[nodiscard]] VRX_API CDrawdownFit FitDrawdown(const CColorantSystemData& system, const CDrawdown& drawdown,
+                                               const CCalibrationSettings& settings);
 
 }  // namespace vrx
 

@@ -87,8 +87,7 @@ SpectralCurve SmoothCurveOf(const double* table, const Xyz& xyz) {
   }
   CDoubleArray1 solution;
   solution.SetSize(kUnknowns);
-  solution.Fill(0.5);
-  system.GaussSolve(solution);
+  if (system.GaussSolve(solution) == 0) solution.Fill(0.5);
   SpectralCurve curve;
   for (std::size_t w = 0; w < kSamples; ++w) {
     curve[w] = std::clamp(solution[static_cast<std::ptrdiff_t>(w)], 0.01, 1.0);
@@ -114,8 +113,9 @@ MatchTarget::MatchTarget(const Offer& offer, const CColorantSystemData& system, 
 RecipeFault MatchTarget::Check(const CRecipeTarget& target) const {
   if (isColorOnly_) {
     if (settings_.objective != RecipeObjective::kTristimulus) return RecipeFault::kNeedsCurve;
-    const bool isColor = std::isfinite(target.lab[0]) && std::isfinite(target.lab[1]) &&
-                         std::isfinite(target.lab[2]) && !IsUnset(target.lab[0]);
+    const Lab lab = target.lab.Values(3);
+    const bool isColor =
+        std::isfinite(lab.L) && std::isfinite(lab.a) && std::isfinite(lab.b) && !IsUnset(lab.L);
     return isColor ? RecipeFault::kNone : RecipeFault::kTargetNotMeasured;
   }
   for (const double percent : target.curve) {

@@ -153,9 +153,10 @@ struct RecipeOutcome {
 ///         the levels' curves in place. The best by order are predicted by PredictReflectance, after rounding, and
 ///         ordered by what that gives.
 /// Errors: throws std::system_error when a thread cannot be started, and what progress throws.
-VRX_API RecipeOutcome FormulateRecipes(const CColorantSystemData& system, const CColorantRulesData& rules,
-                                       const CRecipeTarget& target, const CRecipeSettings& settings,
-                                       CRecipeArray& recipes);
+[[nodiscard]] VRX_API RecipeOutcome FormulateRecipes(const CColorantSystemData& system,
+                                                     const CColorantRulesData& rules,
+                                                     const CRecipeTarget& target,
+                                                     const CRecipeSettings& settings, CRecipeArray& recipes);
 
 }  // namespace vrx
 

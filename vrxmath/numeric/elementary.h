@@ -24,25 +24,25 @@ namespace vrx {
 /// Range: every double, subnormals included. Odd: CubeRoot(-x) == -CubeRoot(x).
 /// Error: 0.5003 ULP proven, 0.5001 seen; exact where the root is a double.
 /// Edges: +-0 and +-infinity return themselves.
-VRX_API double CubeRoot(double x) noexcept;
+[[nodiscard]] VRX_API double CubeRoot(double x) noexcept;
 
 /// e raised to x.
 /// Range: every double; subnormal results are rounded once.
 /// Error: 0.52 ULP proven, 0.512 seen.
 /// Edges: +infinity above 709.782712893384, +0 below -745.1332191019412 and at -infinity; Exp(+-0) = 1.
-VRX_API double Exp(double x) noexcept;
+[[nodiscard]] VRX_API double Exp(double x) noexcept;
 
 /// Natural logarithm.
 /// Range: x >= 0, subnormals included.
 /// Error: 0.501 ULP proven, 0.5001 seen.
 /// Edges: +-0 gives -infinity, x < 0 NaN, +infinity itself; Log(1) = +0.
-VRX_API double Log(double x) noexcept;
+[[nodiscard]] VRX_API double Log(double x) noexcept;
 
 /// Decimal logarithm, as in optical density -log10 T.
 /// Range: x >= 0, subnormals included.
 /// Error: 0.501 ULP proven, 0.5001 seen; exact for powers of ten.
 /// Edges: as Log.
-VRX_API double Log10(double x) noexcept;
+[[nodiscard]] VRX_API double Log10(double x) noexcept;
 
 /// x raised to y, as display gammas and weighting functions need it.
 /// Range: every pair; x < 0 only with an integer y, whose oddness gives the sign.
@@ -50,25 +50,25 @@ VRX_API double Log10(double x) noexcept;
 /// Edges: those of C's pow. y = +-0 or x = 1 gives 1 even if the other is NaN; -1 to the +-infinity is 1.
 ///   x < 0 with a fractional y gives NaN. Base 0, infinite arguments, overflow and underflow give 0 or
 ///   infinity, negative if x is negative or -0 and y an odd integer.
-VRX_API double Power(double x, double y) noexcept;
+[[nodiscard]] VRX_API double Power(double x, double y) noexcept;
 
 /// Sine of x radians.
 /// Range: every double, however large: the argument is reduced with as many digits of pi as it needs.
 /// Error: 0.54 ULP proven, 0.529 seen.
 /// Edges: +-0 returns itself; +-infinity gives NaN.
-VRX_API double Sin(double x) noexcept;
+[[nodiscard]] VRX_API double Sin(double x) noexcept;
 
 /// Cosine of x radians.
 /// Range: every double, as Sin.
 /// Error: 0.54 ULP proven, 0.527 seen.
 /// Edges: Cos(+-0) = 1; +-infinity gives NaN.
-VRX_API double Cos(double x) noexcept;
+[[nodiscard]] VRX_API double Cos(double x) noexcept;
 
 /// Arc tangent in radians, in [-pi/2, pi/2].
 /// Range: every double.
 /// Error: 0.52 ULP proven, 0.508 seen.
 /// Edges: +-0 returns itself; +-infinity gives +-pi/2 rounded to nearest.
-VRX_API double Atan(double x) noexcept;
+[[nodiscard]] VRX_API double Atan(double x) noexcept;
 
 /// Angle of the point (x, y) from the positive x axis, in radians, in [-pi, pi]. Hue is Atan2(b*, a*).
 /// Range: every pair; subnormal results are rounded once.
@@ -76,19 +76,19 @@ VRX_API double Atan(double x) noexcept;
 /// Edges: those of C's atan2. y = +-0 gives +-0 for x > 0 and +0 (a grey has hue 0), +-pi for x < 0 and -0.
 ///   Other y with x = +-0 gives +-pi/2. Infinities stand for the directions they reach, two of them for the
 ///   diagonals +-pi/4 and +-3pi/4.
-VRX_API double Atan2(double y, double x) noexcept;
+[[nodiscard]] VRX_API double Atan2(double y, double x) noexcept;
 
 /// Arc sine in radians, in [-pi/2, pi/2].
 /// Range: -1 <= x <= 1.
 /// Error: 0.52 ULP proven, 0.511 seen.
 /// Edges: +-0 returns itself; NaN outside the range.
-VRX_API double Asin(double x) noexcept;
+[[nodiscard]] VRX_API double Asin(double x) noexcept;
 
 /// Arc cosine in radians, in [0, pi].
 /// Range: -1 <= x <= 1.
 /// Error: 0.52 ULP proven, 0.510 seen.
 /// Edges: Acos(1) = +0; NaN outside the range.
-VRX_API double Acos(double x) noexcept;
+[[nodiscard]] VRX_API double Acos(double x) noexcept;
 
 }  // namespace vrx
 

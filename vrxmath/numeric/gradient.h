@@ -50,8 +50,9 @@ class VRX_API CGradient {
 
   /// With central differences for the gradient: steps of 6e-6 of a coordinate (of 1 when it is smaller), cut
   /// at the bounds; one-sided where one of the values is not finite.
-  SearchResult Minimize(PointFunction f, std::vector<double> start) const;
-  SearchResult Minimize(PointFunction f, GradientFunction gradient, std::vector<double> start) const;
+  [[nodiscard]] SearchResult Minimize(PointFunction f, std::vector<double> start) const;
+  [[nodiscard]] SearchResult Minimize(PointFunction f, GradientFunction gradient,
+                                      std::vector<double> start) const;
 
  private:
   class Descent;

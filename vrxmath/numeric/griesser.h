@@ -29,7 +29,8 @@ class VRX_API CGriesser {
 
   /// The least value over lower[k] <= x[k] <= upper[k], as many coordinates as `lower` has; missing upper
   /// bounds equal the lower ones. The result is the refinement's, its iterations those of the descent.
-  SearchResult Minimize(PointFunction f, std::vector<double> lower, std::vector<double> upper) const;
+  [[nodiscard]] SearchResult Minimize(PointFunction f, std::vector<double> lower,
+                                      std::vector<double> upper) const;
 
  private:
   int32_t pointsPerAxis_ = 9;

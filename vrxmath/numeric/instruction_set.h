@@ -21,16 +21,16 @@ inline constexpr InstructionSet kInstructionSets[] = {InstructionSet::kBase, Ins
                                                       InstructionSet::kAvx512};
 
 /// True when this build and this processor have the set.
-VRX_API bool IsAvailable(InstructionSet set) noexcept;
+[[nodiscard]] VRX_API bool IsAvailable(InstructionSet set) noexcept;
 
 /// "sse2", "avx2", "avx512"; "base" where the first is not SSE2.
 VRX_API const char* InstructionSetName(InstructionSet set) noexcept;
 
 /// The set in use.
-VRX_API InstructionSet CurrentInstructionSet() noexcept;
+[[nodiscard]] VRX_API InstructionSet CurrentInstructionSet() noexcept;
 
 /// Uses a set from now on, in every thread. False, and nothing changes, when it is not available.
-VRX_API bool UseInstructionSet(InstructionSet set) noexcept;
+[[nodiscard]] VRX_API bool UseInstructionSet(InstructionSet set) noexcept;
 
 }  // namespace vrx
 

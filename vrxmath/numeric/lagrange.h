@@ -22,13 +22,13 @@ struct LagrangeStencil {
 /// The stencil at `t` steps from the first of `nodes` nodes: the cubic through the two nodes on each side,
 /// the quadratic through the three nearest nodes in the first and the last interval, the node alone at a
 /// node. Range: nodes >= 3, 0 <= t <= nodes - 1; `t` outside is moved to the nearer end.
-VRX_API LagrangeStencil StencilAt(double t, int32_t nodes);
+[[nodiscard]] VRX_API LagrangeStencil StencilAt(double t, int32_t nodes);
 
 /// The value of the samples `y` (at least 3, on an even grid) at `t` steps from the first one, by StencilAt.
-VRX_API double InterpolateLagrange(std::span<const double> y, double t);
+[[nodiscard]] VRX_API double InterpolateLagrange(std::span<const double> y, double t);
 
 /// The same by the straight line between the two nearest samples (at least 2).
-VRX_API double InterpolateLinear(std::span<const double> y, double t);
+[[nodiscard]] VRX_API double InterpolateLinear(std::span<const double> y, double t);
 
 }  // namespace vrx
 

@@ -48,21 +48,22 @@ struct LineMinimum {
 
 /// Walks downhill from `a` and `b` (any two different abscissas, in any order), every step the golden ratio
 /// times as long as the last, until the function rises.
-VRX_API Bracket BracketMinimum(LineFunction f, double a, double b, int32_t maxIterations = 200);
+[[nodiscard]] VRX_API Bracket BracketMinimum(LineFunction f, double a, double b, int32_t maxIterations = 200);
 
 /// Golden section: shrinks the bracket by 0.618 per evaluation, whatever the function does. Not converged
 /// without a bracket that was found.
-VRX_API LineMinimum GoldenSection(LineFunction f, const Bracket& bracket,
-                                  const LineTolerance& tolerance = {});
+[[nodiscard]] VRX_API LineMinimum GoldenSection(LineFunction f, const Bracket& bracket,
+                                                const LineTolerance& tolerance = {});
 
 /// Brent's method: steps to the vertex of the parabola through the three best points, golden section where
 /// that does not converge (R. P. Brent, Algorithms for Minimization without Derivatives, 1973, chapter 5).
-VRX_API LineMinimum BrentMinimum(LineFunction f, const Bracket& bracket, const LineTolerance& tolerance = {});
+[[nodiscard]] VRX_API LineMinimum BrentMinimum(LineFunction f, const Bracket& bracket,
+                                               const LineTolerance& tolerance = {});
 
 /// Brent's method with the derivative of f: its sign says which part of the bracket holds the minimum, a
 /// secant through two derivatives where it is zero; bisection where that does not converge.
-VRX_API LineMinimum BrentMinimum(LineFunction f, LineFunction derivative, const Bracket& bracket,
-                                 const LineTolerance& tolerance = {});
+[[nodiscard]] VRX_API LineMinimum BrentMinimum(LineFunction f, LineFunction derivative,
+                                               const Bracket& bracket, const LineTolerance& tolerance = {});
 
 }  // namespace vrx
 

@@ -79,13 +79,13 @@ class VRX_API CMatrix : public CArrayVarex<CDoubleArray1> {
   /// Solves the augmented n x (n+1) system that the receiver is by Gaussian elimination with partial
   /// pivoting; of equal pivots the upper row's is taken. The solution goes to `x` (n elements), the receiver
   /// is left reduced. 0 when a pivot is below 1e-17: `x` is then untouched and the receiver partly reduced.
-  uint32_t GaussSolve(CDoubleArray1& x);
+  [[nodiscard]] uint32_t GaussSolve(CDoubleArray1& x);
   /// Replaces the receiver (n x n) by its inverse and `b` (n x m) by the solutions X of A X = B: Gauss-Jordan
   /// elimination with full pivoting; of equal pivots the last in row-major order is taken. 0 when a pivot is
   /// below 1e-17; both matrices are then partly reduced.
-  uint32_t GaussJordan(CMatrix& b);
+  [[nodiscard]] uint32_t GaussJordan(CMatrix& b);
   /// GaussJordan with one right-hand side: `b` becomes the solution, the receiver its inverse.
-  uint32_t InvertSolve(CDoubleArray1& b);
+  [[nodiscard]] uint32_t InvertSolve(CDoubleArray1& b);
 
   /// Singular value decomposition A = U diag(w) V^T. The receiver A (m x n) becomes U; `w` has n elements,
   /// `v` is n x n. U and V have orthonormal columns (where m < n, U has n - m zero columns beside), w is
@@ -117,7 +117,7 @@ class VRX_API CMatrix : public CArrayVarex<CDoubleArray1> {
 
 /// Euclidean distance of two points over their first three elements, as of two colours in L*a*b*. 1e-5 when
 /// either vector is empty.
-VRX_API double Distance3(const CDoubleArray1& p, const CDoubleArray1& q);
+[[nodiscard]] VRX_API double Distance3(const CDoubleArray1& p, const CDoubleArray1& q);
 
 }  // namespace vrx
 

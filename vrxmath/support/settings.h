@@ -36,11 +36,11 @@ class VRX_API SettingsKey {
 
 /// The key of all settings, software/Ostrel/Pemble. "software" has to be there, the others are made. None
 /// when the store cannot be read and written.
-VRX_API std::optional<SettingsKey> OpenSettingsRoot();
+[[nodiscard]] VRX_API std::optional<SettingsKey> OpenSettingsRoot();
 
 /// The key of a section. A backslash in the name parts a section from one within it; the empty name is the
 /// root itself.
-VRX_API std::optional<SettingsKey> OpenSettingsSection(WideView section);
+[[nodiscard]] VRX_API std::optional<SettingsKey> OpenSettingsSection(WideView section);
 
 /// The stored integer, or `defaultValue`.
 [[nodiscard]] VRX_API int32_t GetSettingInt(WideView section, WideView name, int32_t defaultValue);

@@ -19,7 +19,7 @@ namespace vrx {
 /// The values that a tolerance dimension (0 to 2, and 3 for the total) may take under a difference system:
 /// tenths within 999.9 for the components of XYZ/Yxy, hundredths within 80 for those of every other system,
 /// 0.05 to 80 for the total. An unknown system shows the index message and has the latter.
-VRX_API CValueRange ToleranceRange(const CDifferenceSettings& settings, int32_t dimension);
+[[nodiscard]] VRX_API CValueRange ToleranceRange(const CDifferenceSettings& settings, int32_t dimension);
 
 /// The limits of one box: plus and minus of dimension 0, of 1, of 2 (minus limits as positive magnitudes),
 /// then the limit of the total difference. All 1.5 when new, a tolerance that is usual where the unit is a dE
@@ -46,7 +46,7 @@ class VRX_API CBoxTolData : public CDoubleArray1 {
   /// Sets the limits of dimension 0, 1 or 2; for any other dimension the total's limit becomes `plus`.
   void SetTolerance(int32_t dimension, double plus, double minus);
   /// The interval that dimension 0, 1 or 2 must lie in.
-  Interval Limits(int32_t dimension) const;
+  [[nodiscard]] Interval Limits(int32_t dimension) const;
   /// The bounds of dimension 0: `upper` its plus limit, `lower` its minus limit negated.
   void GetDimension0(double& upper, double& lower) const;
 
@@ -58,29 +58,32 @@ class VRX_API CBoxTolData : public CDoubleArray1 {
   void ClampToRanges(const CDifferenceSettings& settings);
 
   /// Value `i` as a whole number, value x scale of its range, half away from zero; and back from one.
-  int32_t GetInteger(int32_t i, const CDifferenceSettings& settings) const;
+  [[nodiscard]] int32_t GetInteger(int32_t i, const CDifferenceSettings& settings) const;
   void SetFromInteger(int32_t i, int16_t whole, const CDifferenceSettings& settings);
 
   /// Moves the box by a difference without changing its width.
   void OffsetBy(double d0, double d1, double d2);
 
   /// Grades the total difference against its limit.
-  Verdict JudgeTotal(double value, double warningFactor) const {
+  [[nodiscard]] Verdict JudgeTotal(double value, double warningFactor) const {
     return GradeTotal(value, (*this)[kTotal], warningFactor);
   }
 
   /// True when the three components of a difference lie in the box scaled by `factor` about the centre of each
   /// axis. All edges are inclusive; NaN lies outside.
-  bool Accepts(const Difference& difference, double factor) const;
-  bool Accepts(const CDeltaValues& delta, double factor) const { return Accepts(delta.Values(), factor); }
+  [[nodiscard]] bool Accepts(const Difference& difference, double factor) const;
+  [[nodiscard]] bool Accepts(const CDeltaValues& delta, double factor) const {
+    return Accepts(delta.Values(), factor);
+  }
 
   /// True when `d0` and `d1`, the differences of dimensions 0 and 1, lie in the box scaled by `factor`, and
   /// `hue` in the sector from `start` to `end` (HueInSector).
-  bool AcceptsInSector(double d0, double d1, double factor, double start, double end, double hue) const;
+  [[nodiscard]] bool AcceptsInSector(double d0, double d1, double factor, double start, double end,
+                                     double hue) const;
 
   /// The largest of the six component limits, with those of dimension 0 taken ten times when
   /// `lightnessTenfold` is set.
-  double LargestLimit(bool lightnessTenfold) const;
+  [[nodiscard]] double LargestLimit(bool lightnessTenfold) const;
 
   /// Archive form: the seven doubles, without a count. Throws as CArchive does; a short
   /// archive leaves the record as it was.
@@ -89,7 +92,7 @@ class VRX_API CBoxTolData : public CDoubleArray1 {
 
 /// True when `hue` lies in the sector that runs counter-clockwise from `start` to `end`, all in radians in
 /// [0, 2 pi], ends inclusive. Equal ends (by near-equality) mean the full circle.
-VRX_API bool HueInSector(double hue, double start, double end);
+[[nodiscard]] VRX_API bool HueInSector(double hue, double start, double end);
 
 /// The boxes of the illuminants of a judgement; three when new.
 class CBoxTolIllum2 : public CArrayVarex<CBoxTolData> {
@@ -131,9 +134,9 @@ class CGGBlockSizeData : public CBlockSizeData {};
 /// + cell1 x 16 + cell2. A difference on an edge belongs to the cell above it. In: both colours with the
 /// coordinates of the system; `settings` choose the difference (dE*ab by default). Out: the code, 0 to
 /// 0xAAA; unset when the standard is.
-VRX_API double BlockCode(const CBlockSizeData& blocks, const CColorValues& standard,
-                         const CColorValues& sample, vrxIlluminant illuminant, int32_t observer,
-                         const CDifferenceSettings& settings = {});
+[[nodiscard]] VRX_API double BlockCode(const CBlockSizeData& blocks, const CColorValues& standard,
+                                       const CColorValues& sample, vrxIlluminant illuminant, int32_t observer,
+                                       const CDifferenceSettings& settings = {});
 
 }  // namespace vrx
 

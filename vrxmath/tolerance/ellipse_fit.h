@@ -30,14 +30,14 @@ enum class EllipseCentre { kFree, kAtStandard };
 ///   ellipsoid's surface by more than 1e-4 (the dual of the smallest-volume problem; D. M. Titterington,
 ///   Biometrika 62, 1975, 313-320), then grown to hold every difference. The volume is within 0.02 % of the
 ///   smallest.
-VRX_API uint32_t FitSmallestEllipse(std::span<const LabDifference> accepted, EllipseCentre centre,
-                                    CEllipseData& ellipse);
+[[nodiscard]] VRX_API uint32_t FitSmallestEllipse(std::span<const LabDifference> accepted,
+                                                  EllipseCentre centre, CEllipseData& ellipse);
 
 /// The ellipsoid whose surface comes nearest to the differences, by least squares of the quadratic form. For
 /// differences at the limit of acceptance, on either side of it.
 /// Out: as FitSmallestEllipse; 0 also when the quadric that fits best is no ellipsoid.
-VRX_API uint32_t FitEllipseSurface(std::span<const LabDifference> limits, EllipseCentre centre,
-                                   CEllipseData& ellipse);
+[[nodiscard]] VRX_API uint32_t FitEllipseSurface(std::span<const LabDifference> limits, EllipseCentre centre,
+                                                 CEllipseData& ellipse);
 
 }  // namespace vrx
 

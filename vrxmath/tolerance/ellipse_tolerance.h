@@ -56,30 +56,30 @@ class VRX_API CEllipseData : public CDoubleArray1 {
   /// The factor by which the ellipsoid has to grow about its centre to reach the components of a difference:
   /// 0 at the centre, 1 on the surface. The root of the quadratic form. Along an axis of length 0 every
   /// difference but 0 is infinitely far; NaN gives NaN.
-  double Value(const Difference& difference) const;
-  double Value(const CDeltaValues& delta) const { return Value(delta.Values()); }
+  [[nodiscard]] double Value(const Difference& difference) const;
+  [[nodiscard]] double Value(const CDeltaValues& delta) const { return Value(delta.Values()); }
 
   /// Fail outside the ellipsoid, warning outside the ellipsoid scaled by `warningFactor` about its centre,
   /// else pass; both surfaces belong to the inside. NaN fails.
-  Verdict Judge(const Difference& difference, double warningFactor) const;
-  Verdict Judge(const CDeltaValues& delta, double warningFactor) const {
+  [[nodiscard]] Verdict Judge(const Difference& difference, double warningFactor) const;
+  [[nodiscard]] Verdict Judge(const CDeltaValues& delta, double warningFactor) const {
     return Judge(delta.Values(), warningFactor);
   }
   /// Grades the total difference against element kTotalLimit (GradeTotal).
-  Verdict JudgeTotal(double value, double warningFactor) const {
+  [[nodiscard]] Verdict JudgeTotal(double value, double warningFactor) const {
     return GradeTotal(value, (*this)[kTotalLimit], warningFactor);
   }
 
   /// The symmetric 3 x 3 matrix M of the form d^T M d over d = (dL*, da*, db*) from the centre, 1 on the
   /// surface. An axis of length 0 makes elements infinite or NaN.
-  CMatrix Form() const;
+  [[nodiscard]] CMatrix Form() const;
   /// Replaces `inverse` by the inverse of the form, whose diagonal holds the squares of the half-widths of
   /// the enclosing box. 1, or 0 when the form is singular.
-  uint32_t InverseForm(CMatrix& inverse) const;
+  [[nodiscard]] uint32_t InverseForm(CMatrix& inverse) const;
 
   /// The section through the centre in a plane, as a closed line of `points` + 1 points (at least 3 + 1), the
   /// first and the last the same, counter-clockwise from the major axis (a*-b*) or from the horizontal axis.
-  std::vector<PlanePoint> Section(EllipsePlane plane, int32_t points = 72) const;
+  [[nodiscard]] std::vector<PlanePoint> Section(EllipsePlane plane, int32_t points = 72) const;
 
   /// Takes the factor of a system's settings (commercial factor of CMC, total difference of CIE94 and
   /// CIE2000): semi-axes are multiplied by new over old factor, the total's limit becomes the factor. Nothing
@@ -92,13 +92,14 @@ class VRX_API CEllipseData : public CDoubleArray1 {
 };
 
 /// True for the systems whose tolerances are ellipsoids: CMC, CIE94 and CIE2000.
-VRX_API bool IsEllipseSystem(int32_t system);
+[[nodiscard]] VRX_API bool IsEllipseSystem(int32_t system);
 
 /// The ellipsoid of a system about a standard in L*a*b*: semi-axes l SL, c SC, SH (or kL SL, kC SC, kH SH)
 /// times the factor (cf of CMC, the total difference of the others); the angle is the standard's hue. Total
 /// limit and commercial factor are the factor. The weights of CIE2000 are those of the standard against
 /// itself; its rotation term is left out. A new ellipsoid for other systems and for an unset standard.
-VRX_API CEllipseData EllipseForStandard(const CLabValues& standard, const CDifferenceSettings& settings);
+[[nodiscard]] VRX_API CEllipseData EllipseForStandard(const CLabValues& standard,
+                                                      const CDifferenceSettings& settings);
 
 /// The ellipsoids of the illuminants of a judgement; three when new.
 class CEllipseIllum2 : public CArrayVarex<CEllipseData> {

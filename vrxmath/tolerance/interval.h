@@ -15,7 +15,7 @@ struct Interval {
 };
 
 /// An interval scaled about its own centre. A factor within the near-equality of 1 leaves it as it is, to the last bit.
-inline Interval ScaledAboutCentre(Interval interval, double factor) {
+[[nodiscard]] inline Interval ScaledAboutCentre(Interval interval, double factor) {
   if (NearlyEqual(factor, 1.0)) return interval;
   const double width = (interval.upper - interval.lower) * factor;
   const double lower = (interval.lower + interval.upper - width) / 2.0;
