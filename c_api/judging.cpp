@@ -109,8 +109,8 @@ vrx_status VRX_CALL vrx_judge_boxes(const double box[7], double warning_factor, 
                                     int32_t count, int32_t* verdicts, int32_t* totals) {
   return Call([&] {
     const vrx::CBoxTolData tolerance = api::BoxOf(box);
-    api::JudgeRows(tolerance, tolerance[6], api::NeedFactor(warning_factor), differences, count, verdicts,
-                   totals, vrx::BoxVerdictBatch);
+    api::JudgeRows(tolerance, tolerance[vrx::CBoxTolData::kTotal], api::NeedFactor(warning_factor),
+                   differences, count, verdicts, totals, vrx::BoxVerdictBatch);
   });
 }
 

@@ -31,7 +31,7 @@ std::string_view Objection(const CBoxTolData& box) {
     const Interval limits = box.Limits(d);
     if (!(limits.lower <= limits.upper)) return "the plus and minus limits of a component cross";
   }
-  return box[6] >= 0 ? "" : "the limit of the total difference is negative";
+  return box[CBoxTolData::kTotal] >= 0 ? "" : "the limit of the total difference is negative";
 }
 std::string_view Objection(const CEllipseData& ellipse) {
   for (int32_t k = CEllipseData::kLightnessAxis; k <= CEllipseData::kMinorAxis; ++k) {

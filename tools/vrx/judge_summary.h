@@ -20,7 +20,7 @@ struct JudgeSummary {
   std::string largestTrial;           ///< the id of the trial with the largest total
 
   void Add(const std::string& trial, const IlluminantJudgement& judgement);
-  int64_t Samples() const { return verdicts[0] + verdicts[1] + verdicts[2]; }
+  int64_t Samples() const { return verdicts[kFail] + verdicts[kWarning] + verdicts[kPass]; }
 };
 
 /// By illuminant of the settings.

@@ -26,7 +26,7 @@ Lab LabOf(const Sample& sample, vrxIlluminant illuminant, int32_t observer) {
   }
   CLabValues lab;
   XyzToLab(illuminant, observer, xyz, lab);
-  return {lab[0], lab[1], lab[2]};
+  return {lab[CLabValues::kL], lab[CLabValues::kA], lab[CLabValues::kB]};
 }
 
 double Distance(const Lab& a, const Lab& b) {

@@ -54,8 +54,8 @@ int32_t CountAtFloor(const CReflData& curve, int32_t first, int32_t last, double
 }
 
 int32_t CountAtFloor(const CTrisValues& values, double k1, double k2, SaundersonMode mode) {
-  return IsAtFloor(values[0], k1, k2, mode) + IsAtFloor(values[1], k1, k2, mode) +
-         IsAtFloor(values[2], k1, k2, mode);
+  const auto [X, Y, Z] = values.Values();
+  return IsAtFloor(X, k1, k2, mode) + IsAtFloor(Y, k1, k2, mode) + IsAtFloor(Z, k1, k2, mode);
 }
 
 }  // namespace vrx

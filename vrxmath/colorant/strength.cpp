@@ -51,9 +51,10 @@ double InternalKs(double reading, double k1, double k2, SaundersonMode mode) {
 }
 
 double InternalSum(const CTrisValues& values, double k1, double k2, SaundersonMode mode) {
-  double sum = SaundersonToInternal(values[1] / 100.0, k1, k2, mode);
-  sum += SaundersonToInternal(values[0] / 100.0, k1, k2, mode);
-  sum += SaundersonToInternal(values[2] / 100.0, k1, k2, mode);
+  const auto [X, Y, Z] = values.Values();
+  double sum = SaundersonToInternal(Y / 100.0, k1, k2, mode);
+  sum += SaundersonToInternal(X / 100.0, k1, k2, mode);
+  sum += SaundersonToInternal(Z / 100.0, k1, k2, mode);
   return sum;
 }
 
@@ -121,11 +122,13 @@ double LuminousStrength(const CTrisValues& standard, const CTrisValues& batch, S
   constexpr double k1 = 0.04;
   constexpr double k2 = 0.6;
   if (IsUnset(standard) || IsUnset(batch)) return kUnset;
-  return RatioPercent(InternalKs(standard[1], k1, k2, mode), InternalKs(batch[1], k1, k2, mode));
+  return RatioPercent(InternalKs(standard[CTrisValues::kY], k1, k2, mode),
+                      InternalKs(batch[CTrisValues::kY], k1, k2, mode));
 }
 
 FilterReadings ToFilterReadings(const CTrisValues& values) {
-  return {1.2746 * values[0] - 0.21157 * values[2], values[1], values[2] / 1.1822};
+  const auto [X, Y, Z] = values.Values();
+  return {1.2746 * X - 0.21157 * Z, Y, Z / 1.1822};
 }
 
 CTrisValues FromFilterReadings(const FilterReadings& readings) {

@@ -79,7 +79,7 @@ class Fitter {
     XyzToLab(settings_.illuminant, settings_.observer, XyzOf(predicted), trial);
     CDeltaValues delta;
     DeltaCie2000(standard, trial, 1.0, 1.0, 1.0, delta);
-    return delta[6];
+    return delta[CDeltaValues::kTotal];
   }
 
   CDrawdownFit FitOpaque(const CDrawdown& drawdown, const Curve& K, const Curve& S) const {

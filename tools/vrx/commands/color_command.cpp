@@ -118,7 +118,7 @@ class ColorRows {
     constexpr std::size_t kMostSwatches = 500;
     const std::size_t i = count_ % planes_.size(), sample = count_ / planes_.size();
     if (i == 0 && sample < kMostSwatches) report_.AddColour(id, Shown(illuminant, observer_, xyz_));
-    planes_[i].trials.push_back({lab_[1], lab_[2], kUnset, kPass});
+    planes_[i].trials.push_back({lab_[CLabValues::kA], lab_[CLabValues::kB], kUnset, kPass});
     ++count_;
   }
 

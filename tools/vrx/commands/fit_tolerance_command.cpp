@@ -108,8 +108,9 @@ Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
     if (options.standard.empty() && judge.StandardId() == trial.id) continue;
     judge.Evaluate(trial);
     for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
-      const CDeltaValues& d = judge.LabDifference(i);
-      accepted.clouds[{trial.geometry, i}].Add(trials.Source(), {d[0], d[1], d[2]}, judge.Difference(i)[6]);
+      const Difference d = judge.LabDifference(i).Values();
+      accepted.clouds[{trial.geometry, i}].Add(trials.Source(), {d.dL, d.da, d.db},
+                                               judge.Difference(i)[CDeltaValues::kTotal]);
     }
     progress.Update(trials.Source().Position());
   }

@@ -1,5 +1,6 @@
 // vrx predict: the curves and colours that formulas give.
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <memory>
@@ -35,7 +36,9 @@ std::array<double, 8> ColorOf(const CReflData& curve, vrxIlluminant illuminant, 
   CLabValues lab;
   curve.Tristimulus(illuminant, observer, xyz);
   XyzToLab(illuminant, observer, xyz, lab);
-  return {xyz[0], xyz[1], xyz[2], lab[0], lab[1], lab[2], lab[3], lab[4]};
+  std::array<double, 8> color{};
+  std::ranges::copy(lab, std::ranges::copy(xyz, color.begin()).out);
+  return color;
 }
 
 std::string ConditionsOf(vrxIlluminant illuminant, int32_t observer) {

@@ -82,12 +82,12 @@ class Sorter {
     }
     const double code = BlockCode(blocks_, standard, sample, settings_.illuminants[0], settings_.observer,
                                   settings_.difference);
-    const CDeltaValues& difference = judge.Difference(0);
+    const Difference difference = judge.Difference(0).Values();
     trials_.push_back({static_cast<int32_t>(code),
                        std::string(trial.id),
                        std::string(trial.name),
                        GeometryName(trial.geometry),
-                       {difference[0], difference[1], difference[2]}});
+                       {difference.dL, difference.da, difference.db}});
   }
 
   void Write(const Format& format, bool withName, bool withGeometry, OutputStream& output) {

@@ -223,7 +223,10 @@ class StrengthRows {
     AddUnless(
         HaveFloor(FilterValues(standardXyz_), FilterValues(trialXyz_)),
         PseudoTristimulusStrength(standardXyz_, trialXyz_, surface_.k1, surface_.k2, surface_.specular));
-    const auto luminous = [](const CTrisValues& xyz) { return CTrisValues(xyz[1], xyz[1], xyz[1]); };
+    const auto luminous = [](const CTrisValues& xyz) {
+      const double Y = xyz[CTrisValues::kY];
+      return CTrisValues(Y, Y, Y);
+    };
     const bool isDark = CountAtFloor(luminous(standardXyz_), 0.04, 0.6, surface_.specular) +
                             CountAtFloor(luminous(trialXyz_), 0.04, 0.6, surface_.specular) >
                         0;

@@ -62,7 +62,7 @@ Card MakeCard(const JudgeSettings& settings, const Judge& judge, const CurveRow&
     pair.displayable =
         ToDisplay(illuminant, settings.observer, judge.StandardColor(i).tristimulus, pair.standard);
     pair.displayable &= ToDisplay(illuminant, settings.observer, judge.TrialColor(i).tristimulus, pair.trial);
-    pair.difference = judge.Difference(i)[6];
+    pair.difference = judge.Difference(i)[CDeltaValues::kTotal];
     pair.verdict = judge.Result(i).overall;
     card.pairs.push_back(pair);
   }

@@ -643,7 +643,7 @@ std::vector<PlanePoint> BoxOutline(Interval x, Interval y) {
 
 std::vector<PlanePoint> ChromaHueOutline(const CLabValues& standard, Interval chroma, Interval hue) {
   constexpr int32_t kSteps = 36;
-  const double C = standard[3], h = HueRadiansOf(standard);
+  const double C = standard[CLabValues::kChroma], h = HueRadiansOf(standard);
   const auto angle = [C](double limit) {
     const double half = std::clamp(limit / std::max(2 * C, 1e-9), -1.0, 1.0);
     return 2 * Asin(half);
@@ -652,7 +652,8 @@ std::vector<PlanePoint> ChromaHueOutline(const CLabValues& standard, Interval ch
   const auto arc = [&](double radius, double from, double to) {
     for (int32_t i = 0; i <= kSteps; ++i) {
       const double at = h + from + (to - from) * i / kSteps;
-      outline.push_back({radius * Cos(at) - standard[1], radius * Sin(at) - standard[2]});
+      outline.push_back(
+          {radius * Cos(at) - standard[CLabValues::kA], radius * Sin(at) - standard[CLabValues::kB]});
     }
   };
   arc(C + chroma.upper, angle(hue.lower), angle(hue.upper));

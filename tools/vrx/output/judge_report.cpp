@@ -27,7 +27,8 @@ std::string ViewAttribute(std::size_t v) {
 }
 
 std::string LabText(const CLabValues& lab) {
-  return TextOf(ReportText::kStandardLab, {FixedText(lab[0]), FixedText(lab[1]), FixedText(lab[2])});
+  const Lab color = lab.Values(3);
+  return TextOf(ReportText::kStandardLab, {FixedText(color.L), FixedText(color.a), FixedText(color.b)});
 }
 
 std::string CurveJson(const PlottedCurve& curve) {
@@ -140,7 +141,7 @@ std::string JudgeReport::ToleranceText() const {
     limits += (k > 0 ? ", " : "") +
               IntervalText(judged_.Columns()[static_cast<std::size_t>(k)].heading, box.Limits(k));
   }
-  return TextOf(ReportText::kToleranceBox, {limits, FixedText(box[6])});
+  return TextOf(ReportText::kToleranceBox, {limits, FixedText(box[CBoxTolData::kTotal])});
 }
 
 void JudgeReport::AddConditions() {

@@ -73,7 +73,7 @@ bool JudgedTrials::PlotsLab() const {
 
 std::array<double, 3> JudgedTrials::Plotted(const Judge& judge, std::size_t i) const {
   const CDeltaValues& d = PlotsLab() ? judge.LabDifference(i) : judge.Difference(i);
-  return {d[1], d[2], d[0]};
+  return {d[CDeltaValues::kA], d[CDeltaValues::kB], d[CDeltaValues::kL]};
 }
 
 void JudgedTrials::Add(const CurveRow& row, const Judge& judge, const Judgement& judgement) {
@@ -112,7 +112,8 @@ std::string JudgedTrials::NameOf(const JudgedView& view) {
 
 GradedTotal JudgedTrials::TotalOf(const JudgedTrial& trial, std::size_t i) const {
   const JudgedView::Colour& colour = views_[trial.view].colours[i];
-  const double limit = settings_.ByEllipse() ? colour.ellipse[CEllipseData::kTotalLimit] : colour.box[6];
+  const double limit =
+      settings_.ByEllipse() ? colour.ellipse[CEllipseData::kTotalLimit] : colour.box[CBoxTolData::kTotal];
   return {trial.results[i].Total(), limit, limit * settings_.warningFactor, trial.results[i].overall};
 }
 

@@ -4,6 +4,7 @@
 #include <vrxmath/foundation/string_numbers.h>
 #include <vrxmath/platform/resources.h>
 #include <vrxmath/platform/wide_string.h>
+#include <vrxmath/tolerance/verdict.h>
 
 namespace vrx::tool {
 
@@ -24,8 +25,8 @@ std::string TextOf(ReportText text, std::initializer_list<std::string_view> valu
 }
 
 std::string CountsText(const std::array<std::size_t, 3>& counts) {
-  return TextOf(ReportText::kCounts,
-                {std::to_string(counts[2]), std::to_string(counts[1]), std::to_string(counts[0])});
+  return TextOf(ReportText::kCounts, {std::to_string(counts[kPass]), std::to_string(counts[kWarning]),
+                                      std::to_string(counts[kFail])});
 }
 
 }  // namespace vrx::tool
