@@ -54,6 +54,21 @@ TEST(WeightTable, IsLoadedOnceAndTakesAnyOtherObserverAsTwoDegrees) {
   EXPECT_NE(WeightTable(vrxIllumF7, kObserver10), WeightTable(vrxIllumF7, kObserver2));
 }
 
+TEST(ColorRecords, ThoseThatAHostMadeShorterShowAMessageForEachElementThatIsMissed) {
+  test::MessageRecorder messages;
+  CLabValues lab(50, 10, 0);
+  lab.SetSize(3);
+  for (const int32_t elements : {3, 4, 5}) {
+    EXPECT_EQ(lab.Values(elements).a, 10.0);
+    EXPECT_EQ(messages.Take(), test::IndexErrors(static_cast<std::size_t>(elements) - 3)) << elements;
+  }
+  CTrisValues xyz;
+  LabToXyz(vrxIllumD65, kObserver10, lab, xyz);
+  LuvToXyz(vrxIllumD65, kObserver10, lab, xyz);
+  HunterToXyz(vrxIllumD65, kObserver10, lab, xyz);
+  EXPECT_EQ(messages.Take(), test::IndexErrors(0)) << "chroma and hue are not read";
+}
+
 TEST(ChromaHue, AxesAndTheHairBelow360) {
   struct Row {
     double a, b, C, h;

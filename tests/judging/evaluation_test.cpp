@@ -242,7 +242,9 @@ TEST(Evaluation, HueLimitsAreChordsOnTheCircleOfTheStandard) {
     calc.valuesA[0][0].lab = MakeLab(50, C * std::cos(trialHue * degree), C * std::sin(trialHue * degree));
     CDeltaValues delta;
     DeltaEab(calc.valuesB[0][0].lab, calc.valuesA[0][0].lab, delta);
-    return calc.JudgeBox(0, 0, 0, delta);
+    const Verdict verdict = calc.JudgeBox(0, 0, 0, delta);
+    EXPECT_EQ(calc.JudgeBox(0, kAnyGeometry, 0, delta), verdict);
+    return verdict;
   };
   // On a circle of radius 10 a chord of 10 spans 60 degrees, one of 5 spans 28.955.
   struct Row {
