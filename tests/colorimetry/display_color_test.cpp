@@ -206,7 +206,7 @@ TEST_F(DisplayColor, MissingTablesAreGreyAndNewUserTablesAreSeen) {
   for (const double red : {1.0, 4.0}) {
     std::vector<double> power(81, 1.0);
     std::fill(power.begin() + 40, power.end(), red);
-    RegisterUserIlluminant(lamp, u"Lamp", power, 380, 5);
+    ASSERT_EQ(RegisterUserIlluminant(lamp, u"Lamp", power, 380, 5), IlluminantError::kNone);
     const Shown shown =
         Show(IlluminantOf(lamp), kObserver2, WhiteTimes(IlluminantOf(lamp), kObserver2, 0.214));
     EXPECT_EQ(shown.rgb, (Rgb{127, 127, 127})) << red;

@@ -30,7 +30,7 @@ VRX_API const char* InstructionSetName(InstructionSet set) noexcept;
 [[nodiscard]] VRX_API InstructionSet CurrentInstructionSet() noexcept;
 
 /// Uses a set from now on, in every thread. False, and nothing changes, when it is not available.
-[[nodiscard]] VRX_API bool UseInstructionSet(InstructionSet set) noexcept;
+VRX_API bool UseInstructionSet(InstructionSet set) noexcept;
 
 }  // namespace vrx
 
