@@ -25,7 +25,7 @@ class OneStandardForAll final : public Standards {
   }
 
   Judge& For(const CurveRow& trial) override {
-    std::unique_ptr<Judge>& judge = judges_[static_cast<std::size_t>(trial.geometry + 1)];
+    std::unique_ptr<Judge>& judge = judges_[PlaceOf(trial.geometry)];
     if (!judge) {
       judge = std::make_unique<Judge>(settings_);
       judge->SetStandard(Of(trial));
@@ -33,7 +33,7 @@ class OneStandardForAll final : public Standards {
     return *judge;
   }
   const Standard& Of(const CurveRow& trial) override {
-    const auto place = static_cast<std::size_t>(trial.geometry + 1);
+    const std::size_t place = PlaceOf(trial.geometry);
     Standard& standard = standards_[place];
     if (standard.stamp == 0) {
       const Row& row = RowFor(trial.geometry);
@@ -48,6 +48,12 @@ class OneStandardForAll final : public Standards {
     int32_t geometry;
     Sample sample;
   };
+
+  // Where judge and standard of a geometry stand; the first place is that of none.
+  static std::size_t PlaceOf(int32_t geometry) {
+    const int32_t place = geometry - kNoGeometry;
+    return static_cast<std::size_t>(place);
+  }
 
   // Without geometries the first row of the file is all there is to read, unless another one was asked for.
   void ReadRows() {
@@ -82,7 +88,7 @@ class OneStandardForAll final : public Standards {
   std::string id_;
   bool isNamed_;
   std::vector<Row> rows_;
-  std::array<std::unique_ptr<Judge>, kAngleCodes + 1> judges_;  // by geometry + 1
+  std::array<std::unique_ptr<Judge>, kAngleCodes + 1> judges_;  // by place
   std::array<Standard, kAngleCodes + 1> standards_;             // likewise
 };
 

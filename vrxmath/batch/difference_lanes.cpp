@@ -8,10 +8,15 @@
 namespace vrx {
 namespace {
 
+// The columns of tristimulus values and of coordinates.
+enum XyzColumn : std::size_t { kX, kY, kZ };
+constexpr std::size_t kXyzColumns = 3;
+enum LabColumn : std::size_t { kL, kA, kB, kChroma, kHue };
+
 // Which of the columns of a colour a system reads: X, Y, Z or not, and how many of L, a, b, C, h.
 template <bool kReadsXyz, std::size_t kLabElements>
 struct ColorReader {
-  static constexpr std::size_t kXyzElements = kReadsXyz ? 3 : 0;
+  static constexpr std::size_t kXyzElements = kReadsXyz ? kXyzColumns : 0;
   static constexpr std::size_t kColumns = kXyzElements + kLabElements;
   using One = Widths<kXyzElements, kLabElements>;
   using Two = Widths<kXyzElements, kLabElements, kXyzElements, kLabElements>;
@@ -19,7 +24,7 @@ struct ColorReader {
   static void Choose(const ColorColumns& columns, Column<const double>* chosen) {
     std::size_t k = 0;
     for (std::size_t i = 0; i < 8; ++i) {
-      if (i < 3 ? kReadsXyz : i < 3 + kLabElements) chosen[k++] = columns.of[i];
+      if (i < kXyzColumns ? kReadsXyz : i < kXyzColumns + kLabElements) chosen[k++] = columns.of[i];
     }
   }
 
@@ -35,11 +40,11 @@ struct ColorReader {
     const Lanes none = kUnset;
     color.xyz = {none, none, none};
     color.lab = {none, none, none, none, none};
-    if constexpr (kReadsXyz) color.xyz = {x[0], x[1], x[2]};
-    const Lanes* lab = x + (kReadsXyz ? 3 : 0);
-    if constexpr (kLabElements > 2) color.lab.L = lab[0], color.lab.a = lab[1], color.lab.b = lab[2];
-    if constexpr (kLabElements > 3) color.lab.C = lab[3];
-    if constexpr (kLabElements > 4) color.lab.h = lab[4];
+    if constexpr (kReadsXyz) color.xyz = {x[kX], x[kY], x[kZ]};
+    const Lanes* lab = x + kXyzElements;
+    if constexpr (kLabElements > kB) color.lab.L = lab[kL], color.lab.a = lab[kA], color.lab.b = lab[kB];
+    if constexpr (kLabElements > kChroma) color.lab.C = lab[kChroma];
+    if constexpr (kLabElements > kHue) color.lab.h = lab[kHue];
     return color;
   }
 
