@@ -82,15 +82,15 @@ void SetUp(CVarexCalc& calc, const vrx_system& system, const CDifferenceSettings
 }
 
 void CopyWords(const CEvaluationArray& results, int32_t* words) {
-  for (int32_t i = 0; i < results.GetSize(); ++i) {
-    std::copy(results[i].shade.words.begin(), results[i].shade.words.end(), words + 3 * i);
+  for (const CEvaluation& result : results) {
+    words = std::copy(result.shade.words.begin(), result.shade.words.end(), words);
   }
 }
 
 void CopyDifferences(const CVarexCalc& calc, double* differences) {
   for (int32_t i = 0; i < calc.illuminants.GetSize(); ++i) {
     const CDeltaValues& delta = calc.differences[0][i];
-    std::copy(delta.begin(), delta.end(), differences + CDeltaValues::kValues * i);
+    differences = std::copy(delta.begin(), delta.end(), differences);
   }
 }
 

@@ -75,7 +75,8 @@ TEST(Memory, ChangesAreMadeAsAWholeOrNotAtAll) {
   CBlendColorantArray lines;
   lines.Add({colorant.GetId(), 0.5, 0});
   lines.Add({colorant.GetId(), 0.5, 1});
-  ExpectAllOrNothing<CColorantArray>("blend", system.colorants, [&](auto& target) { return target.Blend(lines); });
+  ExpectAllOrNothing<CColorantArray>("blend", system.colorants,
+                                     [&](auto& target) { return target.Blend(lines); });
   ExpectAllOrNothing<CColorantArray>("assign", {}, [&](auto& target) { target = system.colorants; });
   const auto list = test::ListOf<CListDataArray>(CListData{2, u"b"}, CListData{1, u"a"});
   ExpectAllOrNothing<CListDataArray>("sort", list, [&](auto& target) { target.SortLike(list); });

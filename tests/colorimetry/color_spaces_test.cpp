@@ -66,6 +66,8 @@ TEST(ColorRecords, ThoseThatAHostMadeShorterShowAMessageForEachElementThatIsMiss
   LabToXyz(vrxIllumD65, kObserver10, lab, xyz);
   LuvToXyz(vrxIllumD65, kObserver10, lab, xyz);
   HunterToXyz(vrxIllumD65, kObserver10, lab, xyz);
+  CLabValues din99;
+  LabToDin99(lab, 1.0, 1.0, din99);
   EXPECT_EQ(messages.Take(), test::IndexErrors(0)) << "chroma and hue are not read";
 }
 

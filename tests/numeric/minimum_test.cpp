@@ -102,6 +102,11 @@ double EggBox(Point p) {
   return 40.0 * (wave(p[0]) + wave(p[1])) + Square(p[0]) + Square(p[1]);
 }
 
+// A plain with one well, which a single cell of a grid of 9 by 9 sees: the first of its row, in the seventh row.
+double Well(Point p) {
+  return std::min(1.0, 100.0 * (Square(p[0] + 0.9) + Square(p[1] - 0.4)));
+}
+
 struct Row {
   const char* name;
   double (*f)(Point);
@@ -158,6 +163,7 @@ TEST(Griesser, LeastOfManyMinima) {
       {"Beale", Beale, {}, {-4.5, -4.5}, {4.5, 4.5}, {3.0, 0.5}, 1e-4},
       {"disc", Disc, {}, {-8.0, -8.0}, {8.0, 8.0}, {0.6, 0.6}, 1e-5},
       {"bounds in the wrong order", Rosenbrock, {}, {2.0, 2.0}, {-2.0, -2.0}, {1.0, 1.0}, 1e-4},
+      {"a cell at the edge", Well, {}, {-1.0, -1.0}, {1.0, 1.0}, {-0.9, 0.4}, 1e-5},
       {"side of the box", Rosenbrock, {}, {-2.0, -2.0}, {0.5, 2.0}, {0.5, 0.25}, 1e-5},
   };
   for (const Row& row : rows) {

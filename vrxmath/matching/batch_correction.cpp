@@ -390,7 +390,7 @@ class Correction {
       return result;
     };
     constexpr double kNearest = 0.5, kUp = 1.0 - 1e-9;
-    const CCorrection nearest = rounded(kNearest);
+    CCorrection nearest = rounded(kNearest);
     if (nearest.isWithinTolerance || !correction.isWithinTolerance) return nearest;
     const CCorrection up = rounded(kUp);
     return up.isWithinTolerance ? up : nearest;

@@ -18,7 +18,7 @@ using Lanes = double;
 #endif
 
 constexpr std::size_t kLaneCount = VRX_LANES;
-constexpr std::size_t kMostRows = 3 * 32;
+constexpr std::size_t kMostRows = std::size_t{3} * 32;
 constexpr std::size_t kSamples = kWavelengths;
 
 // The lanes of a pack one by one, through memory.
@@ -58,7 +58,7 @@ constexpr double kRidge = 1e-11;
 template <std::size_t N>
 void StartPack(const MatchProblem& problem, const uint16_t* const* subset, SubsetSolution* const* solutions) {
   const bool hasBase = problem.baseK != nullptr;
-  const auto columns = static_cast<std::size_t>(problem.colorants + (hasBase ? 1 : 0));
+  const auto columns = static_cast<std::size_t>(problem.colorants) + (hasBase ? 1u : 0u);
   Lanes A[N][N], b[N], linear[N], form[N][N];
   for (std::size_t i = 0; i < N; ++i) {
     LaneValues value;

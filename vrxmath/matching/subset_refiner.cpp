@@ -79,7 +79,7 @@ void SubsetRefiner::Evaluate(const uint16_t* subset, std::size_t size, const Vec
     }
   };
   double square = 0.0;
-  for (int32_t row = 0; row < problem_.rows; ++row) {
+  for (std::ptrdiff_t row = 0; row < problem_.rows; ++row) {
     const double* weights = problem_.weights + row * kWavelengths;
     double y = problem_.offset[row];
     Vector dy{};
