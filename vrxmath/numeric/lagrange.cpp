@@ -31,10 +31,9 @@ LagrangeStencil StencilAt(double t, int32_t nodes) {
 
 double InterpolateLagrange(std::span<const double> y, double t) {
   const LagrangeStencil stencil = StencilAt(t, static_cast<int32_t>(y.size()));
+  const auto first = static_cast<std::size_t>(stencil.first), count = static_cast<std::size_t>(stencil.count);
   double sum = 0.0;
-  for (int32_t k = 0; k < stencil.count; ++k) {
-    sum += stencil.coefficients[static_cast<std::size_t>(k)] * y[static_cast<std::size_t>(stencil.first + k)];
-  }
+  for (std::size_t k = 0; k < count; ++k) sum += stencil.coefficients[k] * y[first + k];
   return sum;
 }
 

@@ -11,7 +11,6 @@
 namespace vrx {
 
 using numeric_internal::AddMultiple;
-using numeric_internal::CopyElements;
 using numeric_internal::Dot;
 using numeric_internal::Elements;
 using numeric_internal::Grid;
