@@ -3,8 +3,7 @@
 # their docstrings, the installed library in the hands of a host, and half a minute of the fuzz targets.
 # Installs what is missing first.
 #
-# VRX_FUZZ_SECONDS sets the time of each fuzz target. VRX_TIDY=1 runs clang-tidy over everything instead of the folders that
-# have been brought to it.
+# VRX_FUZZ_SECONDS sets the time of each fuzz target.
 # Windows programs are built and run where mingw-w64 and wine are installed; VRX_WINDOWS=1 installs them, VRX_WINDOWS=0
 # leaves this out.
 set -eu
@@ -43,15 +42,13 @@ build_and_test() {
 # clang-tidy by the commands of the sanitizers' build, a source once even where it is compiled several times, as the lane
 # kernels are. Its log is shown when something was found.
 check_tidy() {
-  folders='vrxmath/(platform|foundation|support)|vrxio'
-  if [ "${VRX_TIDY:-}" = 1 ]; then folders='vrxmath|vrxio|c_api|controls|tools'; fi
   mkdir -p build/tidy
   python3 -c '
 import json
 commands = {command["file"]: command for command in json.load(open("build/asan-ubsan/compile_commands.json"))}
 json.dump(list(commands.values()), open("build/tidy/compile_commands.json", "w"))'
   log=build/tidy/clang-tidy.log
-  run-clang-tidy -p build/tidy -quiet -j "$jobs" "^$PWD/($folders)/.*\\.cpp\$" > "$log" 2>&1 ||
+  run-clang-tidy -p build/tidy -quiet -j "$jobs" "^$PWD/(vrxmath|vrxio|c_api|controls|tools)/.*\\.cpp\$" > "$log" 2>&1 ||
     { grep -vE '^$|warnings? generated|^clang-tidy' "$log" | head -n 100; return 1; }
 }
 
