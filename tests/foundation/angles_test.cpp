@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <map>
 #include <span>
 #include <vector>
 
@@ -17,6 +18,17 @@ CAngles MakeAngles(std::vector<uint8_t> codes) {
 
 std::vector<int> AsInts(const CByteArray1& bytes) {
   return {bytes.begin(), bytes.end()};
+}
+
+// The codes are persistent: 45 degrees except for the geometries that name another angle.
+TEST(Angles, OfEveryCode) {
+  const std::map<int, double> others = {{4, 15},   {5, 20},   {6, 22.5}, {7, 25},   {9, 72.5},
+                                        {10, 75},  {11, 110}, {25, 0},   {40, 105}, {41, -15},
+                                        {46, -45}, {47, -30}, {48, 80}};
+  for (int code = 0; code <= 255; ++code) {
+    const auto other = others.find(code);
+    EXPECT_EQ(AngleOfCode(static_cast<uint8_t>(code)), other == others.end() ? 45.0 : other->second) << code;
+  }
 }
 
 TEST(Angles, SortsByAngleAndKeepsTheOrderOfEquals) {
