@@ -241,6 +241,9 @@ TEST(Spaces, BatchesHaveTheBitsOfTheSingleConversions) {
       if (row.batch != nullptr) {
         EXPECT_TRUE(row.batch(row.illuminant, row.observer, pairs.xyz[1], got, {}));
         EXPECT_EQ(CountDifferent(got, full), 0u);
+        for (std::size_t i = 0; i < got.size(); ++i) got[i] = i % 5 < 3 ? got[i] : 0.0;
+        EXPECT_TRUE(ChromaHueBatch(got));
+        EXPECT_EQ(CountDifferent(got, full), 0u) << "chroma and hue of L, a, b";
       }
       got = pairs.xyz[1];  // in place
       EXPECT_TRUE(row.batchOnly(row.illuminant, row.observer, got, got, {}));
