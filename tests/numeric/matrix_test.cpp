@@ -254,8 +254,9 @@ TEST(Matrix, IndexErrorsAreReportedAndSurvived) {
     void (*call)(CMatrix&, CDoubleArray1&);
   };
   const Row rows[] = {
-      {"augmented system without a right-hand side", [](CMatrix& m, CDoubleArray1& x) { m.GaussSolve(x); }},
-      {"right-hand side too short", [](CMatrix& m, CDoubleArray1& x) { m.InvertSolve(x); }},
+      {"augmented system without a right-hand side",
+       [](CMatrix& m, CDoubleArray1& x) { (void)m.GaussSolve(x); }},
+      {"right-hand side too short", [](CMatrix& m, CDoubleArray1& x) { (void)m.InvertSolve(x); }},
       {"product of a short vector", [](CMatrix& m, CDoubleArray1& x) { m.MultiplyVector(x, x); }},
       {"singular values and V without room",
        [](CMatrix& m, CDoubleArray1& x) {
