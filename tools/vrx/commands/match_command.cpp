@@ -91,7 +91,7 @@ SearchNames NamesOf(const MatchOptions& options, const NamedTarget& target) {
           options.targets + ": target \"" + target.id + "\"", "", ""};
 }
 
-// What the report says of the inputs and the conditions.
+// Tells the report the inputs and the conditions.
 void DescribeRun(const MatchOptions& options, const CRecipeSettings& settings, ResultReport& report) {
   report.AddFile(ReportText::kColorants, options.search.system);
   report.AddFile(ReportText::kTargets, options.targets);

@@ -45,7 +45,7 @@ class ResultReport {
   /// none.
   void AddTarget(std::string_view id, const ShownColour& target, const ShownColour& nearest,
                  const std::vector<CReflData>& curves);
-  /// What is said before the pictures of targets.
+  /// The text before the pictures of targets.
   void SetNote(std::string_view note) { note_ = note; }
   void AddPlane(const PlaneChart& chart);
 
