@@ -106,6 +106,7 @@ Figures Measure(const CColorantSystemData& system, const std::vector<CRecipeTarg
   Figures figures;
   for (int round = 0; round < rounds; ++round) {
     std::vector<double> worst;
+    worst.reserve(targets.size());
     const double start = Now(Clock::kProcessor);
     for (const CRecipeTarget& target : targets) worst.push_back(Match(system, target, settings)[0].worst);
     const double seconds = Now(Clock::kProcessor) - start;

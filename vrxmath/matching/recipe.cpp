@@ -99,6 +99,14 @@ class Search {
  private:
   static constexpr std::size_t kBlock = 2048;
 
+  // Subsets that are solved between two questions whether to go on: fewer where each takes longer than the kernels do.
+  std::size_t BlockRows() const {
+    const bool isSlow = settings_.order == RecipeOrder::kCost ||
+                        settings_.order == RecipeOrder::kMetamerism || settings_.leastOpacity > 0.0 ||
+                        offer_.hasLimits || offer_.hasSeveralLevels;
+    return isSlow ? kBlock / 16 : kBlock;
+  }
+
   RecipeOutcome CountSubsets() {
     RecipeOutcome outcome;
     bool isAnyAllowed = false, isAnyWhole = false;
@@ -190,18 +198,19 @@ class Search {
       const std::lock_guard<std::mutex> lock(mutex);
       list.Add(found);
     };
-    bool isDone =
-        ForEach(static_cast<std::size_t>(range.Count()), kBlock, [&](std::size_t from, std::size_t count) {
-          Block block = StartBlock(range, from, count);
-          if (!isPreranked) return solve(block);
-          const std::lock_guard<std::mutex> lock(mutex);
-          AddRows(range.Size(), block, chosen);
-          if (chosen.size() > 2 * static_cast<std::size_t>(settings_.prerank) + kBlock) KeepFirst(chosen);
-        });
+    bool isDone = ForEach(static_cast<std::size_t>(range.Count()), BlockRows(),
+                          [&](std::size_t from, std::size_t count) {
+                            Block block = StartBlock(range, from, count);
+                            if (!isPreranked) return solve(block);
+                            const std::lock_guard<std::mutex> lock(mutex);
+                            AddRows(range.Size(), block, chosen);
+                            if (chosen.size() > 2 * static_cast<std::size_t>(settings_.prerank) + kBlock)
+                              KeepFirst(chosen);
+                          });
     done_ += static_cast<double>(range.Count());
     if (isDone && isPreranked) {
       KeepFirst(chosen);
-      isDone = ForEach(chosen.size(), kBlock, [&](std::size_t from, std::size_t count) {
+      isDone = ForEach(chosen.size(), BlockRows(), [&](std::size_t from, std::size_t count) {
         Block block = BlockOf(range.Size(), &chosen[from], count);
         solve(block);
       });
