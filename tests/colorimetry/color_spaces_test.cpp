@@ -259,6 +259,8 @@ TEST(Illuminants, DisplayOrderHoldsEachOnceAndCodesAreFound) {
   vrxIlluminant found = vrxIllumA;
   EXPECT_TRUE(FindIlluminant(u"cwf", found));
   EXPECT_EQ(found, vrxIllumCWF);
+  EXPECT_TRUE(FindIlluminant(u"a", found));
+  EXPECT_EQ(found, vrxIllumA);
   EXPECT_FALSE(FindIlluminant(u"D6", found));
   EXPECT_FALSE(FindIlluminant(u"None", found));
 }

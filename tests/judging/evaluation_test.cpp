@@ -9,6 +9,7 @@
 #include <vrxmath/judging/evaluation.h>
 
 #include "tests/testing/colors.h"
+#include "tests/testing/messages.h"
 
 namespace vrx {
 namespace {
@@ -81,6 +82,7 @@ TEST(Evaluation, NormalizeAndConditions) {
 }
 
 TEST(Evaluation, ValuesFollowTheConditions) {
+  test::MessageRecorder messages;
   CVarexCalc calc;
   calc.SetStandard(Curves({20, 40}));  // before there are conditions
   calc.Normalize();
@@ -91,6 +93,7 @@ TEST(Evaluation, ValuesFollowTheConditions) {
   calc.Evaluate(Curves({20, 40}), results);
   for (const CEvaluation& result : results) EXPECT_EQ(result.overall, kPass) << result.illuminant;
   EXPECT_EQ(calc.differences[1][1][6], 0.0);
+  EXPECT_EQ(messages.Take(), test::IndexErrors(0));
 
   // Without curves the values of an illuminant that stays are kept, under the same observer only.
   CTrisValuesIllDataArray given;
