@@ -140,6 +140,8 @@ TEST(BatchCorrection, AnswersAndFaults) {
       {RecipeFault::kBatchBelowSurface, [](auto& of, auto&, auto&) { of.curve[9] = 2.0; }},
       {RecipeFault::kTargetNotMeasured, [](auto&, auto& target, auto&) { target[3] = NAN; }},
       {RecipeFault::kSettings, [](auto&, auto&, auto& settings) { settings.mostAddition = 0.0; }},
+      {RecipeFault::kSettings, [](auto&, auto&, auto& settings) { settings.mostAddition = 100.1; }},
+      {RecipeFault::kNone, [](auto&, auto&, auto& settings) { settings.mostAddition = 100.0; }},
       {RecipeFault::kSettings, [](auto&, auto&, auto& settings) { settings.recipe.mostColorants = 6; }},
       {RecipeFault::kSettings, [](auto& of, auto&, auto&) { of.size = -1.0; }},
       {RecipeFault::kTooManySubsets, [](auto&, auto&, auto& settings) { settings.recipe.mostSubsets = 35; }},

@@ -46,6 +46,7 @@ TEST(NumberText, DecimalsSeparatorAndSign) {
     EXPECT_EQ(NumberText(row.value, range).ToUtf8(), row.german);
   }
   EXPECT_EQ(NumberText(std::numeric_limits<double>::max()).GetLength(), 309 + 3);
+  EXPECT_EQ(RoundToScale(1.5, 0.0), 1.5) << "no scale";
 }
 
 TEST(NumberText, ParsingSaysWhereTheTextWentWrong) {
