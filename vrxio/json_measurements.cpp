@@ -41,12 +41,12 @@ class ObjectParser {
   // The reason why it is of no use; empty when there is none.
   const std::string& Error() const { return error_; }
 
-  std::vector<Member> Parse() {
-    std::vector<Member> members;
+  void Parse(std::vector<Member>& members) {
+    members.clear();
     Expect('{');
     if (!Take('}')) {
       do {
-        if (members.size() == kMaxMembers) return Fail("more than 10000 members"), members;
+        if (members.size() == kMaxMembers) return Fail("more than 10000 members");
         Member& member = members.emplace_back();
         SkipSpace();
         member.name = String();
@@ -55,7 +55,6 @@ class ObjectParser {
       } while (error_.empty() && Take(','));
       Expect('}');
     }
-    return members;
   }
 
  private:
@@ -110,10 +109,11 @@ class ObjectParser {
   }
 
   void Number(Member& member) {
+    const auto isPart = [](char c) {
+      return (c >= '0' && c <= '9') || c == '.' || c == '-' || c == '+' || c == 'e' || c == 'E';
+    };
     std::size_t end = 0;
-    while (end < rest_.size() &&
-           std::string_view("0123456789+-.eE").find(rest_[end]) != std::string_view::npos)
-      ++end;
+    while (end < rest_.size() && isPart(rest_[end])) ++end;
     member.kind = Member::kNumber;
     if (!ParseDecimal(rest_.substr(0, end), '.', member.number)) Fail("a number is not one");
     if (!rest_.empty()) rest_.remove_prefix(end);
@@ -131,15 +131,26 @@ class ObjectParser {
     if (rest_.empty() || rest_.front() != '"') return Fail("a text in quotes is expected"), text;
     rest_.remove_prefix(1);
     while (!rest_.empty() && rest_.front() != '"') {
-      const char c = rest_.front();
+      const std::size_t plain = PlainCharacters();
+      text.append(rest_.substr(0, plain));
+      rest_.remove_prefix(plain);
+      if (plain > 0) continue;
+      if (rest_.front() != '\\') return Fail("a control character in a text"), text;
       rest_.remove_prefix(1);
-      if (static_cast<unsigned char>(c) < ' ') return Fail("a control character in a text"), text;
-      c == '\\' ? Escape(text) : text.push_back(c);
+      Escape(text);
     }
     if (rest_.empty()) return Fail("a text is not ended"), text;
     rest_.remove_prefix(1);
     if (!IsUtf8(text)) Fail("a text is not UTF-8");
     return text;
+  }
+
+  // How many characters stand before the next that ends the text, begins an escape or may not be there.
+  [[nodiscard]] std::size_t PlainCharacters() const {
+    const auto isSpecial = [](char c) {
+      return c == '"' || c == '\\' || static_cast<unsigned char>(c) < ' ';
+    };
+    return static_cast<std::size_t>(std::ranges::find_if(rest_, isSpecial) - rest_.begin());
   }
 
   void Escape(std::string& text) {
@@ -194,6 +205,7 @@ class JsonReader final : public MeasurementReader {
       Fail(line_, (isNamed ? Shown(names_[column]) + ": " : std::string()) + reason);
     });
     for (std::size_t i = 0; i < names_.size(); ++i) places_[names_[i]] = i;
+    ordered_.resize(names_.size());
     if (!columns_.Unused().empty()) Note("members that are not used: " + columns_.Unused());
     const bool isFraction = options_.scale == ReadOptions::Scale::kFraction;
     layout_ = &columns_.Begin(MeasuringConditions(), {isFraction ? 1.0 : 100.0, isFraction, options_.force});
@@ -204,13 +216,8 @@ class JsonReader final : public MeasurementReader {
     if (!ReadObject()) return false;
     ++rows_;
     sample = Measurement();
-    // The members of this object in the order of those of the first one.
-    std::vector<const Member*> ordered(names_.size(), nullptr);
-    for (const Member& member : members_) {
-      const auto place = places_.find(member.name);
-      if (place != places_.end()) ordered[place->second] = &member;
-    }
-    for (const SampleColumns::Run& run : columns_.Runs()) TakeRun(run, ordered, sample);
+    Order();
+    for (const SampleColumns::Run& run : columns_.Runs()) TakeRun(run, sample);
     columns_.Finish(rows_, sample);
     return true;
   }
@@ -249,10 +256,25 @@ class JsonReader final : public MeasurementReader {
     throw InputError(PlaceOf(line) + ": " + reason);
   }
 
-  void TakeRun(const SampleColumns::Run& run, const std::vector<const Member*>& ordered,
-               Measurement& sample) {
+  // The members are those of the first object in its order, as they are in almost every file.
+  [[nodiscard]] bool AreAsInFirst() const { return std::ranges::equal(members_, names_, {}, &Member::name); }
+
+  // Brings the members of this object into the order of those of the first one.
+  void Order() {
+    if (AreAsInFirst()) {
+      std::ranges::transform(members_, ordered_.begin(), [](const Member& member) { return &member; });
+      return;
+    }
+    std::ranges::fill(ordered_, nullptr);
+    for (const Member& member : members_) {
+      const auto place = places_.find(member.name);
+      if (place != places_.end()) ordered_[place->second] = &member;
+    }
+  }
+
+  void TakeRun(const SampleColumns::Run& run, Measurement& sample) {
     for (std::size_t i = 0; i < run.count; ++i) {
-      const Member* const member = ordered[run.column + i];
+      const Member* const member = ordered_[run.column + i];
       if (SampleColumns::IsText(run)) {
         if (run.meaning.role <= ColumnRole::kDevice) continue;
         std::string& text = texts_[run.column];
@@ -302,10 +324,10 @@ class JsonReader final : public MeasurementReader {
     offset_ = window_.Offset();
     const std::size_t size = SizeOfObject();
     ObjectParser parser(window_.Bytes().substr(0, size));
-    members_ = parser.Parse();
+    parser.Parse(members_);
     if (!parser.Error().empty()) Fail(line_, parser.Error());
     window_.Skip(size);
-    CheckNames();
+    if (!AreAsInFirst()) CheckNames();
     return true;
   }
 
@@ -313,14 +335,20 @@ class JsonReader final : public MeasurementReader {
   std::size_t SizeOfObject() {
     int depth = 0;
     bool quoted = false;
+    std::string_view bytes = window_.Bytes();
+    const auto isThere = [&](std::size_t at) {
+      if (at < bytes.size()) return true;
+      const bool isMore = window_.More();
+      bytes = window_.Bytes();
+      return isMore;
+    };
     for (std::size_t at = 0;; ++at) {
-      if (at == window_.Bytes().size() && !window_.More())
-        Fail(line_, "the file ends within the object that begins here");
+      if (!isThere(at)) Fail(line_, "the file ends within the object that begins here");
       if (at > kMaxObjectBytes) Fail(line_, "an object is longer than 1 MiB");
-      const char c = window_.Bytes()[at];
+      const char c = bytes[at];
       if (quoted) {
         if (c == '\\') ++at;
-        if (at >= window_.Bytes().size() && !window_.More()) Fail(line_, "the file ends within a text");
+        if (!isThere(at)) Fail(line_, "the file ends within a text");
         quoted = c != '"';
       } else if (c == '"') {
         quoted = true;
@@ -346,6 +374,8 @@ class JsonReader final : public MeasurementReader {
   const MeasurementLayout* layout_ = nullptr;
   std::vector<std::string> names_;
   std::map<std::string, std::size_t, std::less<>> places_;
+  std::vector<const Member*>
+      ordered_;  // the members of this object in the order of names_; null where there is none
   std::map<std::size_t, std::string> texts_;  // of the current sample, by column
   std::vector<Member> members_;
   uint64_t first_ = 0;

@@ -3,21 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include <vrxmath/foundation/numbers.h>
 #include <vrxmath/support/number_text.h>
 
 namespace vrx::controls {
 
-bool IsShown(double value) {
-  return std::isfinite(value) && !IsUnset(value);
-}
-
 CString Ticks::Label(int32_t i) const {
   CValueRange range;
   range.decimals = decimals;
-  const double value = At(i);
-  // A multiple of the step next to zero is zero: 0.1 x 3 - 0.3 is not.
-  return NumberText(std::fabs(value) < step * 1e-9 ? 0.0 : value, range);
+  return NumberText(At(i), range);
 }
 
 Ticks TicksFor(Interval values, int32_t steps) {

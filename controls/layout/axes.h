@@ -12,9 +12,6 @@
 
 namespace vrx::controls {
 
-/// True for a value that can be shown: finite and not unset.
-[[nodiscard]] bool IsShown(double value);
-
 /// The ticks of an axis, with their labels.
 struct Ticks : AxisTicks {
   /// In the user's conventions.

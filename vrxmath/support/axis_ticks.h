@@ -1,4 +1,4 @@
-// Round values along the axis of a plot.
+// Values in a plot, and the round ones along its axes.
 
 #ifndef VRXMATH_SUPPORT_AXIS_TICKS_H_
 #define VRXMATH_SUPPORT_AXIS_TICKS_H_
@@ -7,7 +7,14 @@
 #include <cmath>
 #include <cstdint>
 
+#include <vrxmath/foundation/numbers.h>
+
 namespace vrx {
+
+/// True for a value that can be shown: finite and not unset.
+[[nodiscard]] inline bool IsShown(double value) {
+  return std::isfinite(value) && !IsUnset(value);
+}
 
 /// Evenly spaced values that enclose an interval, in the unit of the interval.
 struct AxisTicks {
@@ -15,7 +22,11 @@ struct AxisTicks {
   int32_t count = 2;     ///< 2 to 1001
   int32_t decimals = 0;  ///< that tell the values apart
 
-  [[nodiscard]] double At(int32_t i) const { return first + step * i; }
+  /// A multiple of the step next to zero is zero: 0.1 x 3 - 0.3 is not.
+  [[nodiscard]] double At(int32_t i) const {
+    const double value = first + step * i;
+    return std::fabs(value) < step * 1e-9 ? 0.0 : value;
+  }
   [[nodiscard]] double Last() const { return At(count - 1); }
 };
 

@@ -20,10 +20,6 @@ namespace {
 constexpr int32_t kFontSize = 11;
 constexpr std::size_t kMaxLines = 40;
 
-bool IsShown(double value) {
-  return std::isfinite(value) && !IsUnset(value);
-}
-
 std::string Decimals(double value, int32_t decimals) {
   char text[400];
   if (value == 0) value = 0;  // no "-0"
