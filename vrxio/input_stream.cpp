@@ -106,6 +106,17 @@ std::string Latin1ToUtf8(std::string_view bytes) {
   return text;
 }
 
+// What people take for a table at times: a workbook, and text whose form cannot be told.
+void RefuseWhatIsNoText(const InputStream& input, std::string_view beginning) {
+  constexpr std::size_t kFewBytes = 16;  // of a header, which has no zeros
+  if (beginning.starts_with("PK\x03\x04") || beginning.starts_with("\xD0\xCF\x11\xE0")) {
+    throw InputError(input.name + ": is no text; of a workbook, save the sheet as CSV");
+  }
+  if (beginning.substr(0, kFewBytes).find('\0') != std::string_view::npos) {
+    throw InputError(input.name + ": is no text, or UTF-16 without a byte-order mark; save it as UTF-8");
+  }
+}
+
 bool HasLonelyReturns(std::string_view text) {
   return text.find('\r') != std::string_view::npos && text.find('\n') == std::string_view::npos;
 }
@@ -122,6 +133,8 @@ InputStream OpenInput(const std::string& path) {
   input.name = path;
   errno = 0;
   const std::filesystem::path name(std::u8string(path.begin(), path.end()));  // UTF-8 on every system
+  std::error_code ignored;
+  if (std::filesystem::is_directory(name, ignored)) throw InputError(path + ": is a directory");
   auto file = std::make_unique<std::ifstream>(name, std::ios::binary);
   if (!*file) throw InputError(path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be opened"));
   file->seekg(0, std::ios::end);
@@ -160,6 +173,7 @@ void HoldInput(InputStream& input) {
 
 std::string DecodeInput(InputStream& input, std::string_view beginning, bool isLatin1) {
   const bool isUtf16 = beginning.starts_with("\xFF\xFE") || beginning.starts_with("\xFE\xFF");
+  if (!isUtf16) RefuseWhatIsNoText(input, beginning);
   if (!isUtf16 && !isLatin1 && !HasLonelyReturns(beginning)) return {};
   std::string content = ReadAll(input);
   if (isUtf16) {

@@ -42,7 +42,8 @@ void HoldInput(InputStream& input);
 
 /// Turns a file into UTF-8 with line feeds when it is UTF-16 with a byte-order mark, when it is Latin-1 and `isLatin1`
 /// says so, or when its lines end in carriage returns alone; `beginning` is what PeekInput gave. Returns what was done,
-/// for a note; empty when nothing was. Throws InputError for UTF-16 that is not valid and beyond kLargestHeldFile.
+/// for a note; empty when nothing was. Throws InputError for UTF-16 that is not valid, for what is no text, and beyond
+/// kLargestHeldFile.
 std::string DecodeInput(InputStream& input, std::string_view beginning, bool isLatin1);
 
 /// OpenInput and DecodeInput together, of a file that is not Latin-1.

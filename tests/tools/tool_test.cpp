@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <pty.h>
@@ -60,6 +61,11 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
   Write("values.csv", "X,Y,Z\n");
   Write("lab.csv", "L,a,b\n50,1,nan\n");
   Write("twice.csv", FlatHeader("id,geometry") + Flat("A,SCI", "50") + Flat("A,12", "51"));
+  Write("sheet.xlsx", std::string("PK\x03\x04\x14\0", 6));
+  Write("wide.csv", std::string("L\0001\0,\0", 6));
+  for (const char* name : {"link.html", "link.svg"}) {
+    std::filesystem::create_symlink("good.csv", folder_ / name);
+  }
   Write("twins.csv", FlatHeader() + Flat("A", "50") + Flat("A", "52"));
   Write("limits.csv",
         "standard,plus0,minus0,plus1,minus1,plus2,minus2,total\n,1,1,1,1,1,1,1\n,2,2,2,2,2,2,2\n");
@@ -72,7 +78,13 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
       {"nonsense", "\"nonsense\" is not known"},
       {"judge good.csv", "TRIALS is required"},
       {"judge none.csv good.csv", "none.csv: No such file"},
-      {"judge . good.csv", "cannot be read"},
+      {"judge . good.csv", ".: is a directory"},
+      {"color sheet.xlsx", "sheet.xlsx: is no text; of a workbook, save the sheet as CSV"},
+      {"delta wide.csv", "wide.csv: is no text, or UTF-16 without a byte-order mark"},
+      {"judge good.csv link.html --report link.html", "link.html: is one of the files that are read"},
+      {"swatch good.csv link.svg --output link.svg", "link.svg: is one of the files that are read"},
+      {"plot plane link.svg good.csv --output link.svg", "link.svg: is one of the files that are read"},
+      {"calibrate good.csv --white A --output good.csv", "good.csv: is one of the files that are read"},
       {"judge good.csv empty.csv", "empty.csv: the file is empty"},
       {"judge header.csv good.csv", "header.csv: there is no row"},
       {"judge good.csv header.csv --strict", "header.csv: there is no row"},

@@ -12,6 +12,7 @@
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/drawdown_file.h"
+#include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/text.h"
 #include "tools/vrx/surface_options.h"
@@ -155,6 +156,7 @@ class FitRows {
 };
 
 void RunCalibrate(const CalibrateOptions& options) {
+  RefuseInputAsOutput(options.output, {options.samples});
   DrawdownFile file = ReadDrawdowns(options.samples, options.input);
   LeaveOut(options, file);
   const CCalibrationSettings settings = SettingsOf(options, file);

@@ -11,6 +11,7 @@
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/judging_options.h"
 #include "tools/vrx/output/charts.h"
+#include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/judged_trials.h"
 #include "tools/vrx/output/picture.h"
 #include "tools/vrx/output/text.h"
@@ -138,6 +139,7 @@ std::string TitleOf(const JudgedTrials& judged, const Chart& chart) {
 
 int RunPlot(const PlotOptions& options) {
   const PictureFormat format = PictureFormatOf(options.output);
+  RefuseInputAsOutput(options.output, {options.comparison.standard, options.comparison.trials});
   if (!(options.scale >= 0.25 && options.scale <= 20)) throw InputError("--scale: a factor from 0.25 to 20");
   const JudgeSettings settings = SettingsOf(options.judging);
   const JudgedTrials judged = JudgeTrials(options, settings);

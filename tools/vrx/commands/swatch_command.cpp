@@ -16,6 +16,7 @@
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/judge.h"
 #include "tools/vrx/judging_options.h"
+#include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/picture.h"
 #include "tools/vrx/output/text.h"
 
@@ -195,6 +196,7 @@ std::vector<Card> JudgeAll(ComparisonOptions files, const JudgeSettings& setting
 
 void RunSwatch(const SwatchOptions& options) {
   const PictureFormat format = PictureFormatOf(options.output);
+  RefuseInputAsOutput(options.output, {options.comparison.standard, options.comparison.trials});
   const JudgeSettings settings = SettingsOf(options.judging);
   const std::vector<Card> cards = JudgeAll(options.comparison, settings);
   SavePicture(*Sheet(settings, cards).Paint(format), options.output);

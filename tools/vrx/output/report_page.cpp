@@ -268,6 +268,7 @@ void ReportPage::AddFact(ReportText term, std::string_view description, std::str
 }
 
 void ReportPage::AddFile(ReportText term, const std::string& path) {
+  RefuseInputAsOutput(options_.file, {path});
   const std::string hash = HashOfFile(path);
   AddFact(term, path == "-" ? "standard input" : path.substr(path.find_last_of("/\\") + 1),
           hash.empty() ? Text(ReportText::kNotHashed) : "SHA-256 " + hash);

@@ -122,7 +122,7 @@ class ReportPage {
   /// A list of terms and their descriptions.
   void BeginFacts();
   void AddFact(ReportText term, std::string_view description, std::string_view small = {});
-  /// An input file with its hash.
+  /// An input file with its hash. Throws InputError when the report is to be written to it.
   void AddFile(ReportText term, const std::string& path);
   /// Who wrote the report, when, and with which version.
   void AddOrigin();
