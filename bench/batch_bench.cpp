@@ -1,6 +1,6 @@
 // The batch path beside its peers, in one run: first the answers, then one table of ratios, and plots for docs/.
 //
-//   batch_bench [--svg FOLDER] [--only TEXT]
+//   batch_bench [--tsv] [--svg FOLDER] [--only TEXT]
 //
 // Peers: the C libraries lcms2 (one colour a call) and OpenBLAS (a matrix product), a plain pass of reading, and our own single
 // calls. `reach` is what was asked of a ratio; it depends on the instruction set. One thread, but for the last rows.
@@ -32,14 +32,7 @@ namespace {
 constexpr vrxIlluminant kD65 = vrxIllumD65;
 constexpr std::int32_t kObserver = kObserver10;
 
-struct Row {
-  std::string work, peer;
-  double ours, theirs;  // ns a row
-  std::string reach;
-  bool oursOverPeer = false;  // the ratio is ours / theirs: smaller is better
-  double Ratio() const { return oursOverPeer ? ours / theirs : theirs / ours; }
-};
-std::vector<Row> results;
+Table* table = nullptr;
 std::string only;
 
 bool Wanted(const std::string& work) {
@@ -47,10 +40,7 @@ bool Wanted(const std::string& work) {
 }
 
 void Report(Row row) {
-  std::printf("%-44s %-30s %9.2f %9.2f %8.2f   %s\n", row.work.c_str(), row.peer.c_str(), row.ours,
-              row.theirs, row.Ratio(), row.reach.c_str());
-  std::fflush(stdout);
-  results.push_back(std::move(row));
+  table->Report(std::move(row));
 }
 
 std::string SetName() {
@@ -99,9 +89,9 @@ void MeasureTristimulus(std::size_t n, std::size_t illuminants, const std::strin
   for (std::size_t j = 0; j < illuminants; ++j) {
     list.push_back(static_cast<vrxIlluminant>(j));
     targets.emplace_back(std::span(ours).subspan(3 * j), 3 * illuminants);
-    const double* table = WeightTable(list[j], kObserver);
+    const double* const columns = WeightTable(list[j], kObserver);
     for (std::size_t i = 0; i < 40; ++i) {
-      for (std::size_t k = 0; k < 3; ++k) weights[(i * illuminants + j) * 3 + k] = table[40 * k + i];
+      for (std::size_t k = 0; k < 3; ++k) weights[(i * illuminants + j) * 3 + k] = columns[40 * k + i];
     }
   }
   const auto rows = static_cast<blasint>(n), width = static_cast<blasint>(3 * illuminants);
@@ -311,7 +301,7 @@ void WritePlots(const std::string& folder) {
                 "Time a row against the count of rows (" + SetName() + ", one core)", "rows", "ns a row",
                 growth);
   std::vector<Bar> bars;
-  for (const Row& row : results) {
+  for (const Row& row : table->rows()) {
     if (!row.oursOverPeer && row.peer != "on one") bars.push_back({row.work + " / " + row.peer, row.Ratio()});
   }
   WriteBarPlot(folder + "/batch_peers.svg", "How many times faster than the peer", bars);
@@ -324,12 +314,13 @@ int main(int argc, char** argv) {
   using namespace vrx;
   using namespace vrx::bench;
   std::string folder;
-  for (int i = 1; i + 1 < argc; i += 2) {
+  Table printed(argc, argv);
+  table = &printed;
+  for (int i = 1; i + 1 < argc; ++i) {
     if (std::strcmp(argv[i], "--svg") == 0) folder = argv[i + 1];
     if (std::strcmp(argv[i], "--only") == 0) only = argv[i + 1];
   }
   openblas_set_num_threads(1);
-  std::printf("%-44s %-30s %9s %9s %8s   %s\n", "work", "peer", "ours, ns", "peer, ns", "ratio", "reach");
   const InstructionSet widest = CurrentInstructionSet();
   for (const InstructionSet set : kInstructionSets) {
     if (!UseInstructionSet(set)) continue;

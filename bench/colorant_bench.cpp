@@ -1,14 +1,9 @@
 // Blending, prediction and the comparison of formulas, each beside the bare work that it cannot do without:
 // the same sums over plain arrays, or the standard library's own answer. Before anything is timed the two
 // answers are compared, and a difference ends the program.
-//
-//   colorant_bench --benchmark_min_time=0.5
-//
-// Only ratios within one run mean anything.
 
 #include <algorithm>
 #include <array>
-#include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -16,6 +11,8 @@
 #include <vector>
 
 #include <vrxmath/formula/prediction.h>
+
+#include "bench/harness.h"
 
 namespace vrx {
 namespace {
@@ -150,62 +147,46 @@ bool AnswersAgree() {
   return true;
 }
 
-// One blend of two colorants of ten levels per iteration.
-void BlendVrx(benchmark::State& state) {
-  CColorantArray colorants = Shared().system.colorants;
-  for (auto _ : state) {
-    colorants.Blend(0, 1, 0.25, 0.75);
-    benchmark::DoNotOptimize(colorants.GetData());
-    benchmark::ClobberMemory();
-  }
-}
-BENCHMARK(BlendVrx);
-
-void BlendBare(benchmark::State& state) {
-  PlainColorant a = Shared().plain[0];
-  for (auto _ : state) {
-    a = BlendPlain(a, Shared().plain[1]);
-    benchmark::DoNotOptimize(&a);
-    benchmark::ClobberMemory();
-  }
-}
-BENCHMARK(BlendBare);
-
-// One curve of a five-colorant formula per iteration.
-void PredictVrx(benchmark::State& state) {
-  for (auto _ : state) {
-    const CReflData curve = PredictReflectance(Shared().formula, Shared().system);
-    benchmark::DoNotOptimize(curve.GetData());
-  }
-}
-BENCHMARK(PredictVrx);
-
-void PredictBare(benchmark::State& state) {
-  for (auto _ : state) benchmark::DoNotOptimize(PredictPlain(Shared().plain));
-}
-BENCHMARK(PredictBare);
-
-// A thousand comparisons of 20-line formulas per iteration, all equal but shuffled: the dearest case.
+// A thousand comparisons of 20-line formulas, all equal but shuffled: the dearest case.
 template <class COMPARE>
-void CompareFormulas(benchmark::State& state, COMPARE compare) {
-  const Data& data = Shared();
-  for (auto _ : state) {
+bench::Work CompareFormulas(COMPARE compare) {
+  return [compare] {
+    const Data& data = Shared();
     int32_t equal = 0;
     for (int32_t i = 0; i < kFormulas; ++i) equal += compare(data.pairs[0][i], data.pairs[1][i]) ? 1 : 0;
-    benchmark::DoNotOptimize(equal);
-  }
-  state.SetItemsProcessed(state.iterations() * kFormulas);
+    bench::Keep(&equal);
+  };
 }
 
-void CompareVrx(benchmark::State& state) {
-  CompareFormulas(state, [](const CDbFormula& a, const CDbFormula& b) { return a == b; });
+void MeasureAll(bench::Table& table) {
+  CColorantArray colorants = Shared().system.colorants;
+  PlainColorant plain = Shared().plain[0];
+  table.Compare(
+      "blend of two colorants of ten levels", "the sums alone",
+      [&] {
+        colorants.Blend(0, 1, 0.25, 0.75);
+        bench::Keep(colorants.GetData());
+      },
+      [&] {
+        plain = BlendPlain(plain, Shared().plain[1]);
+        bench::Keep(&plain);
+      },
+      1e9);
+  table.Compare(
+      "curve of a formula of five colorants", "the sums alone",
+      [] {
+        const CReflData curve = PredictReflectance(Shared().formula, Shared().system);
+        bench::Keep(curve.GetData());
+      },
+      [] {
+        const Curve curve = PredictPlain(Shared().plain);
+        bench::Keep(&curve);
+      },
+      1e9);
+  table.Compare("comparison of formulas of 20 lines", "std::is_permutation",
+                CompareFormulas([](const CDbFormula& a, const CDbFormula& b) { return a == b; }),
+                CompareFormulas(IsPermutation), 1e9 / kFormulas);
 }
-BENCHMARK(CompareVrx);
-
-void CompareIsPermutation(benchmark::State& state) {
-  CompareFormulas(state, IsPermutation);
-}
-BENCHMARK(CompareIsPermutation);
 
 }  // namespace
 }  // namespace vrx
@@ -215,7 +196,7 @@ int main(int argc, char** argv) {
     std::fputs("colorant_bench: an answer differs from that of the bare work\n", stderr);
     return 1;
   }
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
+  vrx::bench::Table table(argc, argv);
+  vrx::MeasureAll(table);
   return 0;
 }

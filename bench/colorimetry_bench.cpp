@@ -1,23 +1,22 @@
 // One colour call at a time, ours against Little CMS in the same run. Every answer is compared before it is timed.
 //
-// Build with the `bench` preset and run:  build/bench/bench/colorimetry_bench
-// The rows come in pairs, ours and the peer's; the ratio of their times is what counts.
-//
 // The two sides: our L*a*b* record carries chroma and hue, which the peer computes in a call of its own
 // (cmsLab2LCh), so both are timed with it. The peer's CIE94 uses other constants (textile, mean chroma): its answer is
 // compared with that formula, its time with ours, which is the same amount of work.
 
 #include <array>
-#include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <lcms2.h>
+#include <string>
 #include <vector>
 
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/colorimetry/weight_tables.h>
+
+#include "bench/harness.h"
 
 namespace {
 
@@ -108,118 +107,99 @@ void CompareAnswers() {
   }
 }
 
-// Runs `call` on one sample after the other, each with its neighbour.
+// `call` on one sample after the other, each with its neighbour.
 template <class CALL>
-void Run(benchmark::State& state, CALL call) {
-  std::size_t n = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(call(n, n + 1));
-    n = (n + 1) % (kColours - 1);
-  }
+vrx::bench::Work Calls(CALL call) {
+  return [call]() mutable {
+    double sum = 0.0;
+    for (std::size_t n = 0; n + 1 < kColours; ++n) sum += call(n, n + 1);
+    vrx::bench::Keep(&sum);
+  };
 }
+constexpr double kNanoseconds = 1e9 / (kColours - 1);
 
 // The physical limit of a tristimulus call: its 120 multiplications and additions, three chains, without any record.
-void MultiplyAdds120(benchmark::State& state) {
-  const double* table = vrx::WeightTable(vrx::vrxIllumD65, vrx::kObserver10);
-  Run(state, [&](std::size_t n, std::size_t) {
-    const double* curve = TheSamples().curves[n].GetData();
-    double X = 0, Y = 0, Z = 0;
-    for (int i = 0; i < 40; ++i) {
-      X += table[i] * curve[i];
-      Y += table[40 + i] * curve[i];
-      Z += table[80 + i] * curve[i];
-    }
-    return X + Y + Z;
-  });
+void MeasureTristimulus(vrx::bench::Table& table) {
+  const double* weights = vrx::WeightTable(vrx::vrxIllumD65, vrx::kObserver10);
+  table.Compare("tristimulus values", "120 multiply-adds",
+                Calls([xyz = vrx::CTrisValues()](std::size_t n, std::size_t) mutable {
+                  TheSamples().curves[n].Tristimulus(vrx::vrxIllumD65, vrx::kObserver10, xyz);
+                  return xyz.GetData()[0];
+                }),
+                Calls([weights](std::size_t n, std::size_t) {
+                  const double* curve = TheSamples().curves[n].GetData();
+                  double X = 0, Y = 0, Z = 0;
+                  for (int i = 0; i < 40; ++i) {
+                    X += weights[i] * curve[i];
+                    Y += weights[40 + i] * curve[i];
+                    Z += weights[80 + i] * curve[i];
+                  }
+                  return X + Y + Z;
+                }),
+                kNanoseconds);
 }
-BENCHMARK(MultiplyAdds120);
 
-void Tristimulus(benchmark::State& state) {
-  vrx::CTrisValues xyz;
-  Run(state, [&](std::size_t n, std::size_t) {
-    TheSamples().curves[n].Tristimulus(vrx::vrxIllumD65, vrx::kObserver10, xyz);
-    return xyz.GetData()[0];
-  });
-}
-BENCHMARK(Tristimulus);
-
-void XyzToLabWithHue(benchmark::State& state) {
-  vrx::CLabValues lab;
-  Run(state, [&](std::size_t n, std::size_t) {
-    vrx::XyzToLab(vrx::vrxIllumD65, vrx::kObserver10, TheSamples().xyz[n], lab);
-    return lab.GetData()[4];
-  });
-}
-BENCHMARK(XyzToLabWithHue);
-
-void PeerXyzToLabWithHue(benchmark::State& state) {
+void MeasureLab(vrx::bench::Table& table) {
   const cmsCIEXYZ white = PeerWhite();
-  Run(state, [&](std::size_t n, std::size_t) {
-    cmsCIELab lab;
-    cmsCIELCh lch;
-    cmsXYZ2Lab(&white, &lab, &TheSamples().peerXyz[n]);
-    cmsLab2LCh(&lch, &lab);
-    return lch.h;
-  });
+  table.Compare("XYZ to L*a*b* with hue", "lcms2 + cmsLab2LCh",
+                Calls([lab = vrx::CLabValues()](std::size_t n, std::size_t) mutable {
+                  vrx::XyzToLab(vrx::vrxIllumD65, vrx::kObserver10, TheSamples().xyz[n], lab);
+                  return lab.GetData()[4];
+                }),
+                Calls([white](std::size_t n, std::size_t) {
+                  cmsCIELab lab;
+                  cmsCIELCh lch;
+                  cmsXYZ2Lab(&white, &lab, &TheSamples().peerXyz[n]);
+                  cmsLab2LCh(&lch, &lab);
+                  return lch.h;
+                }),
+                kNanoseconds);
 }
-BENCHMARK(PeerXyzToLabWithHue);
 
-void PeerXyzToLabWithoutHue(benchmark::State& state) {
-  const cmsCIEXYZ white = PeerWhite();
-  Run(state, [&](std::size_t n, std::size_t) {
-    cmsCIELab lab;
-    cmsXYZ2Lab(&white, &lab, &TheSamples().peerXyz[n]);
-    return lab.b;
-  });
-}
-BENCHMARK(PeerXyzToLabWithoutHue);
-
-// One difference of each system, from a pair of records to the seven elements.
-void Difference(benchmark::State& state) {
-  const vrx::CDifferenceSettings settings = vrx::DefaultSettings(static_cast<int32_t>(state.range(0)));
-  state.SetLabel(vrx::DifferenceSystemName(settings.system, vrx::NameLength::kLong).ToUtf8());
+// One difference of each system, from a pair of records to the seven elements. A system without a peer of its own stands
+// beside the plain difference of L*a*b*.
+void MeasureDifference(vrx::bench::Table& table, int32_t system) {
+  const vrx::CDifferenceSettings settings = vrx::DefaultSettings(system);
   std::vector<vrx::CColorValues> colours(kColours);
   for (std::size_t n = 0; n < kColours; ++n) {
     colours[n].tristimulus = TheSamples().xyz[n];
-    vrx::FillCoordinates(settings.system, vrx::vrxIllumD65, vrx::kObserver10, colours[n]);
+    vrx::FillCoordinates(system, vrx::vrxIllumD65, vrx::kObserver10, colours[n]);
   }
-  vrx::CDeltaValues delta;
-  Run(state, [&](std::size_t n, std::size_t m) {
+  const auto ours = Calls([&, delta = vrx::CDeltaValues()](std::size_t n, std::size_t m) mutable {
     vrx::ComputeDifference(settings, vrx::vrxIllumD65, vrx::kObserver10, colours[n], colours[m], 45.0, delta);
     return delta.GetData()[6];
   });
-}
-BENCHMARK(Difference)->DenseRange(0, vrx::kDifferenceSystems - 1);
-
-void PeerDeltaE(benchmark::State& state) {
   const auto& lab = TheSamples().peerLab;
-  Run(state, [&](std::size_t n, std::size_t m) { return cmsDeltaE(&lab[n], &lab[m]); });
+  const std::string work = vrx::DifferenceSystemName(system, vrx::NameLength::kLong).ToUtf8();
+  const auto compare = [&](const char* peer, auto call) {
+    table.Compare(work, peer, ours,
+                  Calls([&lab, call](std::size_t n, std::size_t m) { return call(lab[n], lab[m]); }),
+                  kNanoseconds);
+  };
+  using Lab = cmsCIELab;
+  switch (system) {
+    case vrx::vrxSystemCmc:
+      return compare("lcms2 cmsCMCdeltaE", [](const Lab& a, const Lab& b) {
+        return cmsCMCdeltaE(const_cast<Lab*>(&a), const_cast<Lab*>(&b), 2.0, 1.0);
+      });
+    case vrx::vrxSystemCie94:
+      return compare("lcms2 cmsCIE94DeltaE",
+                     [](const Lab& a, const Lab& b) { return cmsCIE94DeltaE(&a, &b); });
+    case vrx::vrxSystemCie2000:
+      return compare("lcms2 cmsCIE2000DeltaE",
+                     [](const Lab& a, const Lab& b) { return cmsCIE2000DeltaE(&a, &b, 1.0, 1.0, 1.0); });
+    default:
+      return compare("lcms2 cmsDeltaE", [](const Lab& a, const Lab& b) { return cmsDeltaE(&a, &b); });
+  }
 }
-BENCHMARK(PeerDeltaE);
-
-void PeerCmc(benchmark::State& state) {
-  const auto& lab = TheSamples().peerLab;
-  Run(state, [&](std::size_t n, std::size_t m) { return cmsCMCdeltaE(&lab[n], &lab[m], 2.0, 1.0); });
-}
-BENCHMARK(PeerCmc);
-
-void PeerCie94(benchmark::State& state) {
-  const auto& lab = TheSamples().peerLab;
-  Run(state, [&](std::size_t n, std::size_t m) { return cmsCIE94DeltaE(&lab[n], &lab[m]); });
-}
-BENCHMARK(PeerCie94);
-
-void PeerCie2000(benchmark::State& state) {
-  const auto& lab = TheSamples().peerLab;
-  Run(state, [&](std::size_t n, std::size_t m) { return cmsCIE2000DeltaE(&lab[n], &lab[m], 1.0, 1.0, 1.0); });
-}
-BENCHMARK(PeerCie2000);
 
 }  // namespace
 
 int main(int argc, char** argv) {
   CompareAnswers();
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
+  vrx::bench::Table table(argc, argv);
+  MeasureTristimulus(table);
+  MeasureLab(table);
+  for (int32_t system = 0; system < vrx::kDifferenceSystems; ++system) MeasureDifference(table, system);
   return 0;
 }

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -13,6 +12,8 @@
 #include <vector>
 
 #include <vrxmath/colorimetry/display_color.h>
+
+#include "bench/harness.h"
 
 namespace {
 
@@ -51,20 +52,16 @@ Rgb Plain(const vrx::CTrisValues& xyz) {
 }
 
 template <class Convert>
-void Time(const char* name, Convert convert) {
-  benchmark::RegisterBenchmark(name, [convert](benchmark::State& state) {
-    const auto colours = DrawColours();
-    for (auto _ : state) {
-      std::int64_t sum = 0;
-      std::size_t i = 0;
-      for (const vrx::CTrisValues& xyz : colours) {
-        const Rgb rgb = convert(i++, xyz);
-        sum += rgb[0] + rgb[1] + rgb[2];
-      }
-      benchmark::DoNotOptimize(sum);
+vrx::bench::Work All(const std::vector<vrx::CTrisValues>& colours, Convert convert) {
+  return [&colours, convert] {
+    std::int64_t sum = 0;
+    std::size_t i = 0;
+    for (const vrx::CTrisValues& xyz : colours) {
+      const Rgb rgb = convert(i++, xyz);
+      sum += rgb[0] + rgb[1] + rgb[2];
     }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(colours.size()));
-  });
+    vrx::bench::Keep(&sum);
+  };
 }
 
 bool AnswersAgree() {
@@ -83,13 +80,19 @@ bool AnswersAgree() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
   if (!AnswersAgree()) return 1;
-  Time("DisplayColor/vrx", [](std::size_t, const auto& xyz) { return Ours(vrx::vrxIllumD65, xyz); });
-  Time("DisplayColor/vrx, three illuminants in turn", [](std::size_t i, const auto& xyz) {
-    return Ours(std::array{vrx::vrxIllumD65, vrx::vrxIllumA, vrx::vrxIllumCWF}[i % 3], xyz);
-  });
-  Time("DisplayColor/plain", [](std::size_t, const auto& xyz) { return Plain(xyz); });
-  benchmark::RunSpecifiedBenchmarks();
+  vrx::bench::Table table(argc, argv);
+  const auto colours = DrawColours();
+  const double ns = 1e9 / static_cast<double>(colours.size());
+  const auto plain = All(colours, [](std::size_t, const auto& xyz) { return Plain(xyz); });
+  table.Compare("display colour", "plain doubles, std::pow",
+                All(colours, [](std::size_t, const auto& xyz) { return Ours(vrx::vrxIllumD65, xyz); }), plain,
+                ns);
+  table.Compare("display colour, three illuminants in turn", "plain doubles, std::pow",
+                All(colours,
+                    [](std::size_t i, const auto& xyz) {
+                      return Ours(std::array{vrx::vrxIllumD65, vrx::vrxIllumA, vrx::vrxIllumCWF}[i % 3], xyz);
+                    }),
+                plain, ns);
   return 0;
 }

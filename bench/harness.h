@@ -1,4 +1,5 @@
-// The common part of the benchmark programs: data that is the same in every run, and times that can be compared.
+// The common part of the benchmark programs: data that is the same in every run, times that can be compared, and the table
+// that they print.
 //
 // Only ratios within one run mean anything. Ours and the peer's work run in turn, A B A B ..., each in pieces of a few
 // milliseconds of processor time, and the fastest piece of either counts: what else the machine does only ever adds time.
@@ -16,6 +17,7 @@
 #include <new>
 #include <string>
 #include <sys/mman.h>
+#include <utility>
 #include <vector>
 
 namespace vrx::bench {
@@ -106,6 +108,45 @@ inline std::vector<double> SecondsOf(const std::vector<Work>& works, int rounds 
   }
   return best;
 }
+
+/// One comparison.
+struct Row {
+  std::string work, peer;
+  double ours, theirs;        ///< in the unit of the program, ns a row as a rule
+  std::string reach;          ///< what was asked of the ratio; empty where nothing was
+  bool oursOverPeer = false;  ///< the ratio is ours / theirs: smaller is better
+  double Ratio() const { return oursOverPeer ? ours / theirs : theirs / ours; }
+};
+
+/// The rows of a program, printed as they come. With `--tsv` as the first argument they are parted by tabs and have no
+/// head, as bench_all reads them.
+class Table {
+ public:
+  Table(int argc, char** argv, const char* unit = "ns") : tabs_(argc > 1 && std::string(argv[1]) == "--tsv") {
+    if (tabs_) return;
+    const std::string ours = std::string("ours, ") + unit, theirs = std::string("peer, ") + unit;
+    std::printf("%-44s %-30s %12s %12s %8s   %s\n", "work", "peer", ours.c_str(), theirs.c_str(), "ratio",
+                "reach");
+  }
+  void Report(Row row) {
+    std::printf(tabs_ ? "%s\t%s\t%.6g\t%.6g\t%.4f\t%s\t%d\n" : "%-44s %-30s %12.2f %12.2f %8.2f   %s\n",
+                row.work.c_str(), row.peer.c_str(), row.ours, row.theirs, row.Ratio(), row.reach.c_str(),
+                row.oursOverPeer ? 1 : 0);
+    std::fflush(stdout);
+    rows_.push_back(std::move(row));
+  }
+  /// Measures both works in turn. `times` is the unit: 1e9 / n for ns a row of n rows in a call.
+  void Compare(const std::string& work, const std::string& peer, const Work& ours, const Work& theirs,
+               double times, int rounds = 25) {
+    const auto seconds = SecondsOf({ours, theirs}, rounds);
+    Report({work, peer, seconds[0] * times, seconds[1] * times, ""});
+  }
+  const std::vector<Row>& rows() const { return rows_; }
+
+ private:
+  bool tabs_;
+  std::vector<Row> rows_;
+};
 
 }  // namespace vrx::bench
 

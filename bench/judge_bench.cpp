@@ -1,23 +1,26 @@
-// `vrx judge` end to end, as a user runs it: a process that reads a file of curves and writes results.
-//
-// The time is the processor time of the process, which other work on the machine does not lengthen, so the rate
-// is rows per second on one core. Before anything is timed the results are compared with those that the library
-// gives for the same curves.
+// `vrx judge` end to end, as a user runs it: a process that reads 1,000,000 curves, judges them by CMC under three illuminants
+// and writes csv, beside `wc -l` and a loop of from_chars over the same file. Wall time, since the tool works on all cores;
+// a row is a curve. Before anything is timed the results are compared with those that the library gives for the same
+// curves. What the tool needs of memory is told for 1,000 to 1,000,000 curves.
 
-#include <benchmark/benchmark.h>
+#include <charconv>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <vrxmath/judging/evaluation.h>
 
 #include <vrxio/curve_reader.h>
 
+#include "bench/harness.h"
+
 namespace {
 
-constexpr int kRows = 200'000;
+constexpr int kRows = 1'000'000;
 
 struct Files {
   std::filesystem::path folder = std::filesystem::temp_directory_path() / "vrx-judge-bench";
@@ -48,23 +51,45 @@ struct Files {
     }
   }
 
-  std::string Command(const std::string& format, const std::string& output) const {
-    return VRX_TOOL " judge " + standard + " " + trials + " --format " + format + " > " + output;
+  std::string Command(const std::string& curves, const std::string& output) const {
+    return VRX_TOOL " judge " + standard + " " + curves + " --system cmc --format csv > " + output;
   }
 };
 
-double ChildSeconds() {
+void Run(const std::string& command) {
+  vrx::bench::Require(std::system(command.c_str()) == 0, command);
+}
+
+// The largest memory of a run, in MiB.
+double MemoryOf(const std::string& command) {
+  const pid_t child = fork();
+  if (child == 0) {
+    execl("/bin/sh", "sh", "-c", ("exec " + command).c_str(), nullptr);
+    _exit(127);
+  }
+  int status = 0;
   rusage usage{};
-  getrusage(RUSAGE_CHILDREN, &usage);
-  const auto seconds = [](const timeval& t) {
-    return static_cast<double>(t.tv_sec) + 1e-6 * static_cast<double>(t.tv_usec);
-  };
-  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+  vrx::bench::Require(wait4(child, &status, 0, &usage) == child && status == 0, command);
+  return static_cast<double>(usage.ru_maxrss) / 1024;
+}
+
+// All numbers of a file, by from_chars.
+double SumOfNumbers(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string line;
+  double sum = 0.0, number = 0.0;
+  while (std::getline(file, line)) {
+    for (std::size_t at = line.find(','); at != std::string::npos; at = line.find(',', at + 1)) {
+      if (std::from_chars(line.data() + at + 1, line.data() + line.size(), number).ec == std::errc())
+        sum += number;
+    }
+  }
+  return sum;
 }
 
 // True when the total differences in the tool's csv are the library's own for the first rows.
 bool ResultsAreRight(const Files& files) {
-  if (std::system(files.Command("csv", files.results).c_str()) != 0) return false;
+  if (std::system(files.Command(files.trials, files.results).c_str()) != 0) return false;
   vrx::CVarexCalc calc;
   calc.Normalize();
   calc.method = vrx::vrxSystemCmc;
@@ -93,26 +118,34 @@ bool ResultsAreRight(const Files& files) {
   return true;
 }
 
-void BM_Judge(benchmark::State& state, const std::string& format) {
-  const Files files;
-  if (!ResultsAreRight(files)) {
-    state.SkipWithError("the tool's results are not the library's");
-    return;
-  }
-  for (auto _ : state) {
-    const double before = ChildSeconds();
-    if (std::system(files.Command(format, "/dev/null").c_str()) != 0) state.SkipWithError("vrx judge failed");
-    state.SetIterationTime(ChildSeconds() - before);
-  }
-  state.SetItemsProcessed(state.iterations() * kRows);
-  rusage usage{};
-  getrusage(RUSAGE_CHILDREN, &usage);
-  state.counters["resident_MiB"] = static_cast<double>(usage.ru_maxrss) / 1024;
-}
-
-BENCHMARK_CAPTURE(BM_Judge, csv, "csv")->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_Judge, table, "table")->UseManualTime()->Unit(benchmark::kMillisecond);
-
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  using namespace vrx::bench;
+  const Files files;
+  Require(ResultsAreRight(files), "vrx judge");
+  Table table(argc, argv, "ns");
+  const auto seconds = SecondsOf({[&] { Run(files.Command(files.trials, "/dev/null")); },
+                                  [&] { Run("wc -l " + files.trials + " > /dev/null"); },
+                                  [&] {
+                                    const double sum = SumOfNumbers(files.trials);
+                                    Keep(&sum);
+                                  }},
+                                 5, Clock::kWall);
+  constexpr double kNanoseconds = 1e9 / kRows;
+  const std::string work = "vrx judge, CMC, 3 illuminants, all cores";
+  table.Report({work, "1,500,000 rows a second", seconds[0] * kNanoseconds, 1e9 / 1.5e6, "<= 1", true});
+  table.Report({work, "wc -l", seconds[0] * kNanoseconds, seconds[1] * kNanoseconds, "", true});
+  table.Report(
+      {work, "a loop of from_chars", seconds[0] * kNanoseconds, seconds[2] * kNanoseconds, "", true});
+  const std::string some = (files.folder / "some.csv").string();
+  Files::WriteCurves(some, 1'000);
+  const double least = MemoryOf(files.Command(some, "/dev/null"));
+  for (const int rows : {10'000, 100'000, kRows}) {
+    if (rows < kRows) Files::WriteCurves(some, rows);
+    const double most = MemoryOf(files.Command(rows < kRows ? some : files.trials, "/dev/null"));
+    table.Report(
+        {"memory in MiB, " + std::to_string(rows) + " curves", "1000 curves", most, least, "flat", true});
+  }
+  return 0;
+}

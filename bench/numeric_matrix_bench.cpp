@@ -4,13 +4,14 @@
 
 #include <Eigen/Dense>
 #include <algorithm>
-#include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <random>
 
 #include <vrxmath/numeric/matrix.h>
+
+#include "bench/harness.h"
 
 namespace {
 
@@ -65,33 +66,32 @@ double Difference(const CMatrix& ours, const Eigen::MatrixXd& theirs) {
   return worst;
 }
 
-void GaussSolve_Ours(benchmark::State& state) {
-  const System system(static_cast<int>(state.range(0)));
+void MeasureGaussSolve(vrx::bench::Table& table, int n) {
+  const System system(n);
   const CMatrix original = system.Ours(true);
   CMatrix work = original;
   CDoubleArray1 x = system.OurRightHandSide();
   Require(work.GaussSolve(x) == 1 &&
               Difference(x, system.matrix.partialPivLu().solve(system.rightHandSide)) < 1e-11,
           "GaussSolve");
-  for (auto _ : state) {
-    work = original;
-    benchmark::DoNotOptimize(work.GaussSolve(x));
-  }
+  Eigen::PartialPivLU<Eigen::MatrixXd> lu(n);
+  Eigen::VectorXd solution(n);
+  const auto seconds = vrx::bench::SecondsOf({[&] {
+                                                work = original;
+                                                work.GaussSolve(x);
+                                                vrx::bench::Keep(x.GetData());
+                                              },
+                                              [&] {
+                                                lu.compute(system.matrix);
+                                                solution = lu.solve(system.rightHandSide);
+                                                vrx::bench::Keep(solution.data());
+                                              }});
+  table.Report({"GaussSolve, n = " + std::to_string(n), "Eigen PartialPivLU", seconds[0] * 1e9,
+                seconds[1] * 1e9, n >= 40 ? "<= 1.5" : "", true});
 }
 
-void GaussSolve_Eigen(benchmark::State& state) {
-  const System system(static_cast<int>(state.range(0)));
-  Eigen::PartialPivLU<Eigen::MatrixXd> lu(state.range(0));
-  Eigen::VectorXd x(state.range(0));
-  for (auto _ : state) {
-    lu.compute(system.matrix);
-    x = lu.solve(system.rightHandSide);
-    benchmark::DoNotOptimize(x.data());
-  }
-}
-
-void InvertSolve_Ours(benchmark::State& state) {
-  const System system(static_cast<int>(state.range(0)));
+void MeasureInvertSolve(vrx::bench::Table& table, int n) {
+  const System system(n);
   const CMatrix original = system.Ours(false);
   const CDoubleArray1 rightHandSide = system.OurRightHandSide();
   CMatrix work = original;
@@ -99,62 +99,61 @@ void InvertSolve_Ours(benchmark::State& state) {
   Require(work.InvertSolve(x) == 1 && Difference(work, system.matrix.fullPivLu().inverse()) < 1e-11 &&
               Difference(x, system.matrix.fullPivLu().solve(system.rightHandSide)) < 1e-11,
           "InvertSolve");
-  for (auto _ : state) {
-    work = original;
-    x = rightHandSide;
-    benchmark::DoNotOptimize(work.InvertSolve(x));
-  }
+  Eigen::FullPivLU<Eigen::MatrixXd> lu(n, n);
+  Eigen::MatrixXd inverse(n, n);
+  Eigen::VectorXd solution(n);
+  table.Compare(
+      "InvertSolve, n = " + std::to_string(n), "Eigen FullPivLU",
+      [&] {
+        work = original;
+        x = rightHandSide;
+        work.InvertSolve(x);
+        vrx::bench::Keep(x.GetData());
+      },
+      [&] {
+        lu.compute(system.matrix);
+        inverse = lu.inverse();
+        solution.noalias() = inverse * system.rightHandSide;
+        vrx::bench::Keep(inverse.data());
+        vrx::bench::Keep(solution.data());
+      },
+      1e9);
 }
 
-void InvertSolve_Eigen(benchmark::State& state) {
-  const System system(static_cast<int>(state.range(0)));
-  Eigen::FullPivLU<Eigen::MatrixXd> lu(state.range(0), state.range(0));
-  Eigen::MatrixXd inverse(state.range(0), state.range(0));
-  Eigen::VectorXd x(state.range(0));
-  for (auto _ : state) {
-    lu.compute(system.matrix);
-    inverse = lu.inverse();
-    x.noalias() = inverse * system.rightHandSide;
-    benchmark::DoNotOptimize(inverse.data());
-    benchmark::DoNotOptimize(x.data());
-  }
-}
-
-void SvdDecompose_Ours(benchmark::State& state) {
-  const auto n = static_cast<uint32_t>(state.range(0));
-  const System system(static_cast<int>(n));
+void MeasureSvdDecompose(vrx::bench::Table& table, int n) {
+  const System system(n);
+  const auto size = static_cast<uint32_t>(n);
   const CMatrix original = system.Ours(false);
-  CMatrix work = original, v(n, n);
+  CMatrix work = original, v(size, size);
   CDoubleArray1 w = system.OurRightHandSide();
   work.SvdDecompose(w, v);
   CDoubleArray1 sorted = w;
   std::sort(sorted.begin(), sorted.end(), std::greater<>());
   Require(Difference(sorted, system.matrix.bdcSvd().singularValues()) < 1e-11, "SvdDecompose");
-  for (auto _ : state) {
-    work = original;
-    work.SvdDecompose(w, v);
-    benchmark::DoNotOptimize(w.GetData());
-  }
-}
-
-void SvdDecompose_Eigen(benchmark::State& state) {
-  const System system(static_cast<int>(state.range(0)));
   constexpr unsigned kThin = Eigen::ComputeThinU | Eigen::ComputeThinV;
-  Eigen::BDCSVD<Eigen::MatrixXd> svd(state.range(0), state.range(0), kThin);
-  for (auto _ : state) {
-    svd.compute(system.matrix, kThin);
-    benchmark::DoNotOptimize(svd.singularValues().data());
-  }
+  Eigen::BDCSVD<Eigen::MatrixXd> svd(n, n, kThin);
+  table.Compare(
+      "SvdDecompose, n = " + std::to_string(n), "Eigen BDCSVD",
+      [&] {
+        work = original;
+        work.SvdDecompose(w, v);
+        vrx::bench::Keep(w.GetData());
+      },
+      [&] {
+        svd.compute(system.matrix, kThin);
+        vrx::bench::Keep(svd.singularValues().data());
+      },
+      1e9);
 }
-
-#define VRX_MATRIX_SIZES Arg(3)->Arg(10)->Arg(40)->Arg(100)
-BENCHMARK(GaussSolve_Ours)->VRX_MATRIX_SIZES;
-BENCHMARK(GaussSolve_Eigen)->VRX_MATRIX_SIZES;
-BENCHMARK(InvertSolve_Ours)->VRX_MATRIX_SIZES;
-BENCHMARK(InvertSolve_Eigen)->VRX_MATRIX_SIZES;
-BENCHMARK(SvdDecompose_Ours)->VRX_MATRIX_SIZES;
-BENCHMARK(SvdDecompose_Eigen)->VRX_MATRIX_SIZES;
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  vrx::bench::Table table(argc, argv);
+  for (const int n : {3, 10, 40, 100}) {
+    MeasureGaussSolve(table, n);
+    MeasureInvertSolve(table, n);
+    MeasureSvdDecompose(table, n);
+  }
+  return 0;
+}

@@ -2,11 +2,10 @@
 //
 // Each reader gets the same UTF-8 bytes and ends with what it answers from: CXmlReader its text in 16-bit
 // units and its records, pugixml its copy and its nodes, expat the events of a host that takes start tags.
-// Before anything is timed, names, attributes and texts of all elements are compared. `peak` is the largest
-// heap in use while parsing, in multiples of the document's bytes (the caller's own copy not counted), and
-// `peak_utf16` in multiples of its text in 16-bit units.
+// Before anything is timed, names, attributes and texts of all elements are compared. Times are milliseconds a document;
+// "heap" is the largest heap in use while parsing, in multiples of the document's bytes (the caller's own copy not counted).
 
-#include <benchmark/benchmark.h>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <expat.h>
@@ -17,6 +16,8 @@
 #include <vector>
 
 #include <vrxmath/support/xml_reader.h>
+
+#include "bench/harness.h"
 
 namespace {
 
@@ -154,36 +155,36 @@ bool SameAnswers(const std::string& doc) {
          tags.size() == static_cast<std::size_t>(walker.index);
 }
 
-template <class Parse>
-void Time(const std::string& name, const std::string& doc, Parse parse) {
-  benchmark::RegisterBenchmark(name.c_str(), [&doc, parse](benchmark::State& state) {
-    std::size_t peak = 0;
-    for (auto _ : state) {
-      const std::size_t before = heapPeak = heapInUse;
-      if (!parse(doc)) state.SkipWithError("not parsed");
-      peak = std::max(peak, heapPeak - before);
-    }
-    const double bytes = static_cast<double>(doc.size());
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(doc.size()));
-    state.counters["peak"] = static_cast<double>(peak) / bytes;
-    state.counters["peak_utf16"] = static_cast<double>(peak) / (2 * bytes);
-  })->Unit(benchmark::kMillisecond);
+// Parses, and ends the program when the document is refused.
+template <class PARSE>
+vrx::bench::Work Parses(const std::string& doc, PARSE parse) {
+  return [&doc, parse] { vrx::bench::Require(parse(doc), "parsing"); };
 }
 
-void TimeAll(const std::string& label, const std::string& doc) {
-  Time(label + "/CXmlReader", doc, [](const std::string& text) {
+double HeapOf(const vrx::bench::Work& work, const std::string& doc) {
+  const std::size_t before = heapPeak = heapInUse;
+  work();
+  return static_cast<double>(heapPeak - before) / static_cast<double>(doc.size());
+}
+
+void MeasureAll(vrx::bench::Table& table, const std::string& label, const std::string& doc) {
+  const auto ours = Parses(doc, [](const std::string& text) {
     vrx::CXmlReader xml;
     return xml.SetDocUtf8(text);
   });
-  Time(label + "/expat", doc, [](const std::string& text) {
+  const auto expat = Parses(doc, [](const std::string& text) {
     int64_t elements = 0;
     const auto count = [](void* user, const char*, const char**) { ++*static_cast<int64_t*>(user); };
     return ParseWithExpat(text, +count, &elements) && elements > 0;
   });
-  Time(label + "/pugixml", doc, [](const std::string& text) {
+  const auto pugixml = Parses(doc, [](const std::string& text) {
     pugi::xml_document tree;
     return static_cast<bool>(tree.load_buffer(text.data(), text.size()));
   });
+  const auto seconds = vrx::bench::SecondsOf({ours, expat, pugixml}, 9);
+  table.Report({label, "expat, events", seconds[0] * 1e3, seconds[1] * 1e3, ""});
+  table.Report({label, "pugixml, a tree", seconds[0] * 1e3, seconds[2] * 1e3, ""});
+  table.Report({label + ", heap", "pugixml", HeapOf(ours, doc), HeapOf(pugixml, doc), "", true});
 }
 
 }  // namespace
@@ -195,9 +196,8 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "the readers disagree about the document\n");
     return 1;
   }
-  TimeAll("curves", curves);
-  TimeAll("records", records);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
+  vrx::bench::Table table(argc, argv, "ms");
+  MeasureAll(table, "XML of curves, 10 MB", curves);
+  MeasureAll(table, "XML of records, 10 MB", records);
   return 0;
 }

@@ -84,7 +84,6 @@ elif [ "$level" != build ]; then
 fi
 
 if [ "$level" = bench ]; then
-  header libbenchmark-dev benchmark/benchmark.h
   header liblcms2-dev lcms2.h
   need libopenblas-dev /usr/include/cblas.h /usr/include/*/cblas.h
   header libmpfr-dev mpfr.h
