@@ -55,7 +55,7 @@ vrx::bench::Work Smallest(const std::vector<LabDifference>& differences) {
   Require(Volume(ellipse) <= kAxes[0] * kAxes[1] * kAxes[2] * 1.001, "the ellipsoid is too large");
   return [&differences] {
     CEllipseData fitted;
-    FitSmallestEllipse(differences, EllipseCentre::kFree, fitted);
+    Require(FitSmallestEllipse(differences, EllipseCentre::kFree, fitted) == 1, "no ellipsoid found");
     vrx::bench::Keep(&fitted);
   };
 }
@@ -67,7 +67,7 @@ vrx::bench::Work Surface(const std::vector<LabDifference>& differences) {
           "the surface is not the one that the differences were drawn from");
   return [&differences] {
     CEllipseData fitted;
-    FitEllipseSurface(differences, EllipseCentre::kFree, fitted);
+    Require(FitEllipseSurface(differences, EllipseCentre::kFree, fitted) == 1, "no ellipsoid found");
     vrx::bench::Keep(&fitted);
   };
 }

@@ -78,7 +78,7 @@ void MeasureGaussSolve(vrx::bench::Table& table, int n) {
   Eigen::VectorXd solution(n);
   const auto seconds = vrx::bench::SecondsOf({[&] {
                                                 work = original;
-                                                work.GaussSolve(x);
+                                                Require(work.GaussSolve(x) == 1, "GaussSolve");
                                                 vrx::bench::Keep(x.GetData());
                                               },
                                               [&] {
@@ -107,7 +107,7 @@ void MeasureInvertSolve(vrx::bench::Table& table, int n) {
       [&] {
         work = original;
         x = rightHandSide;
-        work.InvertSolve(x);
+        Require(work.InvertSolve(x) == 1, "InvertSolve");
         vrx::bench::Keep(x.GetData());
       },
       [&] {
