@@ -106,7 +106,7 @@ std::string Latin1ToUtf8(std::string_view bytes) {
   return text;
 }
 
-// What people take for a table at times: a workbook, and text whose form cannot be told.
+// Files that people take for a table at times: a workbook, and text whose form cannot be told.
 void RefuseWhatIsNoText(const InputStream& input, std::string_view beginning) {
   constexpr std::size_t kFewBytes = 16;  // of a header, which has no zeros
   if (beginning.starts_with("PK\x03\x04") || beginning.starts_with("\xD0\xCF\x11\xE0")) {
