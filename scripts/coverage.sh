@@ -24,8 +24,8 @@ objects=$(find "$build/tests" "$build/tools" "$build/fuzz" -type f -perm -u+x ! 
 "$cov" report $objects -instr-profile="$build/tests.profdata" \
   -ignore-filename-regex='/(build|tests|fuzz|bench)/|^/usr/' > "$build/coverage.txt"
 awk '
-  /^vrx|^tools/ {
-    split($1, part, "/"); folder = part[1] "/" part[2]
+  /^(vrx|tools|c_api|controls)/ && $(NF - 5) > 0 {
+    split($1, part, "/"); folder = part[2] ~ /[.]/ ? part[1] : part[1] "/" part[2]
     lines[folder] += $(NF - 5); missed[folder] += $(NF - 4)
   }
   /^TOTAL/ { total = $0; n = NF }
