@@ -409,6 +409,7 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
       {match + "t.csv --backings t.csv", "t.csv: two curves"},
       {match + "t.csv --max-addition 9%", "--from-stock"},
       {"match " + kPaints + " t.csv --formulas /nowhere/f.json", "/nowhere/f.json"},
+      {"match " + kPaints + " t.csv --formulas t.csv", "t.csv: is one of the files that are read"},
       {"match two.json t.csv --require 1,2", "two.json: \"rules\" forbid every subset"},
       {"match two.json t.csv --require c",
        "two.json: component 3 \"c\" cannot be in a recipe: it has no levels"},

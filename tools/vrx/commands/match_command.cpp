@@ -15,6 +15,7 @@
 #include "tools/vrx/conditions.h"
 #include "tools/vrx/correction.h"
 #include "tools/vrx/curve_input.h"
+#include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/result_report.h"
 #include "tools/vrx/output/text.h"
@@ -312,6 +313,10 @@ void RunFromStock(const MatchOptions& options) {
 }
 
 void RunMatch(const MatchOptions& options) {
+  for (const std::string& output : {options.formulas, options.report.file}) {
+    RefuseInputAsOutput(
+        output, {options.search.system, options.targets, options.search.choice.limits, options.backings});
+  }
   const ColorSystem system = ReadColorSystem(options.search.system);
   ResultReport report(options.report, ReportText::kRecipes);
   const std::vector<NamedTarget> targets = ReadTargets(options, report);
