@@ -1,4 +1,4 @@
-#include "tools/vrx/color_system_file.h"
+#include "tools/vrx/output/color_system_file.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "tests/testing/tool_process.h"
-#include "tools/vrx/distribution.h"
+#include "tools/vrx/judging/distribution.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tools/vrx/xml_path.h"
+#include "tools/vrx/input/xml_path.h"
 
 #include <gtest/gtest.h>
 

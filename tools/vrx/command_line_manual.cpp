@@ -9,7 +9,7 @@
 #include <vrxio/names.h>
 
 #include "tools/vrx/command_line.h"
-#include "tools/vrx/input.h"
+#include "tools/vrx/input/input.h"
 
 namespace vrx::tool {
 namespace {

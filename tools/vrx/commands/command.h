@@ -4,7 +4,7 @@
 #define TOOLS_VRX_COMMANDS_COMMAND_H_
 
 #include "tools/vrx/command_line.h"
-#include "tools/vrx/input.h"
+#include "tools/vrx/input/input.h"
 
 namespace vrx::tool {
 

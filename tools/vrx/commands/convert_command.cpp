@@ -12,7 +12,7 @@
 #include <vrxio/measurement_writer.h>
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/curve_input.h"
+#include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {

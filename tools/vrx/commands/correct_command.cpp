@@ -8,10 +8,10 @@
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/correction.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/recipe_options.h"
-#include "tools/vrx/recipe_search.h"
+#include "tools/vrx/recipes/correction.h"
+#include "tools/vrx/recipes/recipe_options.h"
+#include "tools/vrx/recipes/recipe_search.h"
 
 namespace vrx::tool {
 namespace {

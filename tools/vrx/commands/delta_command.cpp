@@ -12,8 +12,8 @@
 #include <vrxio/value_columns.h>
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/conditions.h"
-#include "tools/vrx/judging_options.h"
+#include "tools/vrx/options/conditions.h"
+#include "tools/vrx/options/judging_options.h"
 #include "tools/vrx/output/json_output.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/verdict_texts.h"

@@ -12,13 +12,13 @@
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/comparison.h"
-#include "tools/vrx/judging_options.h"
-#include "tools/vrx/judging_pipeline.h"
+#include "tools/vrx/judging/comparison.h"
+#include "tools/vrx/judging/judging_pipeline.h"
+#include "tools/vrx/options/judging_options.h"
+#include "tools/vrx/options/threads_option.h"
 #include "tools/vrx/output/judge_output.h"
 #include "tools/vrx/output/judge_report.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/threads_option.h"
 
 namespace vrx::tool {
 namespace {

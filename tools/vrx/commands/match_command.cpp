@@ -12,15 +12,15 @@
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/conditions.h"
-#include "tools/vrx/correction.h"
-#include "tools/vrx/curve_input.h"
+#include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/result_report.h"
 #include "tools/vrx/output/text.h"
-#include "tools/vrx/recipe_options.h"
-#include "tools/vrx/recipe_search.h"
+#include "tools/vrx/recipes/correction.h"
+#include "tools/vrx/recipes/recipe_options.h"
+#include "tools/vrx/recipes/recipe_search.h"
 
 namespace vrx::tool {
 namespace {

@@ -7,9 +7,9 @@
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/comparison.h"
-#include "tools/vrx/conditions.h"
-#include "tools/vrx/judging_options.h"
+#include "tools/vrx/judging/comparison.h"
+#include "tools/vrx/options/conditions.h"
+#include "tools/vrx/options/judging_options.h"
 #include "tools/vrx/output/charts.h"
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/judged_trials.h"

@@ -13,12 +13,12 @@
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/conditions.h"
-#include "tools/vrx/curve_input.h"
-#include "tools/vrx/input.h"
+#include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/input/input.h"
+#include "tools/vrx/options/conditions.h"
+#include "tools/vrx/options/threads_option.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/terminal.h"
-#include "tools/vrx/threads_option.h"
 
 namespace vrx::tool {
 namespace {

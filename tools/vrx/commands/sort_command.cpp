@@ -14,10 +14,10 @@
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/conditions.h"
-#include "tools/vrx/curve_input.h"
+#include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/judging/standards.h"
+#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/standards.h"
 
 namespace vrx::tool {
 namespace {

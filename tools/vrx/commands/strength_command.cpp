@@ -13,11 +13,11 @@
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/comparison.h"
-#include "tools/vrx/conditions.h"
+#include "tools/vrx/judging/comparison.h"
+#include "tools/vrx/options/conditions.h"
+#include "tools/vrx/options/surface_options.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/result_report.h"
-#include "tools/vrx/surface_options.h"
 
 namespace vrx::tool {
 namespace {

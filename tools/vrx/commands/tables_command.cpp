@@ -12,7 +12,7 @@
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/conditions.h"
+#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {

@@ -10,8 +10,8 @@
 
 #include "tools/vrx/commands/command.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/xml_path.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/xml_path.h"
 
 namespace vrx::tool {
 namespace {

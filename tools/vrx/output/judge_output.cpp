@@ -5,7 +5,7 @@
 #include <array>
 #include <utility>
 
-#include "tools/vrx/conditions.h"
+#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/json_output.h"
 #include "tools/vrx/output/text.h"
 #include "tools/vrx/output/verdict_texts.h"

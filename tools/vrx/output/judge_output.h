@@ -6,8 +6,8 @@
 
 #include <memory>
 
-#include "tools/vrx/judge.h"
-#include "tools/vrx/judge_summary.h"
+#include "tools/vrx/judging/judge.h"
+#include "tools/vrx/judging/judge_summary.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {

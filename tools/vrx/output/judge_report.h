@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/vrx/judge_summary.h"
+#include "tools/vrx/judging/judge_summary.h"
 #include "tools/vrx/output/judged_trials.h"
 #include "tools/vrx/output/report_page.h"
 

@@ -15,8 +15,8 @@
 #include <vrxio/curve_reader.h>
 #include <vrxmath/judging/shade.h>
 
-#include "tools/vrx/conditions.h"
-#include "tools/vrx/judge.h"
+#include "tools/vrx/judging/judge.h"
+#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/charts.h"
 #include "tools/vrx/output/report_page.h"
 

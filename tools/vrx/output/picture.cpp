@@ -13,7 +13,7 @@
 #include <vrxmath/foundation/numbers.h>
 
 #include "tools/vrx/commands/command.h"
-#include "tools/vrx/conditions.h"
+#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/png_picture.h"
 #include "tools/vrx/output/text.h"

@@ -11,7 +11,7 @@
 #include <vrxmath/platform/clock.h>
 
 #include "tools/vrx/commands/command.h"
-#include "tools/vrx/conditions.h"
+#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/report_assets.h"
 #include "tools/vrx/output/report_files.h"

@@ -4,7 +4,7 @@
 #include <span>
 #include <utility>
 
-#include "tools/vrx/conditions.h"
+#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/text.h"
 
 namespace vrx::tool {

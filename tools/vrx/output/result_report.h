@@ -13,7 +13,7 @@
 #include <vrxio/curve_reader.h>
 #include <vrxmath/colorimetry/illuminants.h>
 
-#include "tools/vrx/input.h"
+#include "tools/vrx/input/input.h"
 #include "tools/vrx/output/charts.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/report_page.h"

@@ -1,0 +1,113 @@
+
+#include "tools/vrx/input/curve_input.h"
+
+#include <utility>
+
+#include <vrxio/measurement_files.h>
+#include "tools/vrx/command_line.h"
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/output/text.h"
+
+namespace vrx::tool {
+
+namespace {
+
+void Remark(const std::string& file, const std::string& text) {
+  PrintMessage(file + ": " + text);
+}
+
+}  // namespace
+
+void AddReadOptions(Command& command, CurveInputOptions& options) {
+  command.AddChoice("--input-format", options.read.form, {"auto", "csv", "cgats", "cxf", "json"},
+                    "The form of the file");
+  command.AddFlag("--fraction", options.fraction, "Reflectances are fractions, 0 to 1, not percent");
+  command.AddFlag("--percent", options.percent, "Reflectances are percent");
+  command.AddFlag("--force", options.read.force, "Take fractions above 2 for what they are");
+  command.AddFlag("--lenient", options.read.lenient,
+                  "Pass over unknown columns and other deviations, with a warning");
+  command.AddOption("--ignore-columns", options.ignoredColumns, "Columns to pass over, separated by commas")
+      .Shows("LIST");
+  command.AddFlag("--latin1", options.read.latin1, "The text is Latin-1, not UTF-8");
+  command
+      .AddOption("--wavelengths", options.read.wavelengths,
+                 "The wavelengths in nm of a table without a header")
+      .Shows("FIRST-LAST/STEP");
+  command.AddChoice("--wavelengths-in", options.read.orientation, {"auto", "columns", "rows"},
+                    "Where a table has its wavelengths");
+}
+
+void AddCurveInputOptions(Command& command, CurveInputOptions& options) {
+  AddReadOptions(command, options);
+  command
+      .AddOption("--bandpass", options.bandpass,
+                 "Correct the curves for the bandpass of an instrument that does not")
+      .Shows("stearns");
+  command.AddFlag("--verbose", options.verbose, "Say on standard error how the wavelengths are used");
+}
+
+ReadOptions CurveInputOptions::Reading() const {
+  if (fraction && percent) throw InputError("--fraction and --percent exclude each other");
+  if (!bandpass.empty() && bandpass != "stearns") throw InputError("--bandpass: stearns is all there is");
+  ReadOptions reading = read;
+  if (fraction) reading.scale = ReadOptions::Scale::kFraction;
+  if (percent) reading.scale = ReadOptions::Scale::kPercent;
+  if (!ignoredColumns.empty()) reading.ignoredColumns = SplitList(ignoredColumns, ',');
+  return reading;
+}
+
+CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options, Content content,
+                       bool (*isExtra)(std::string_view)) {
+  return OpenCurves(OpenInput(path), options, content, isExtra);
+}
+
+CurveReader OpenCurves(InputStream input, const CurveInputOptions& options, Content content,
+                       bool (*isExtra)(std::string_view)) {
+  ReadOptions reading = options.Reading();
+  reading.isExtra = isExtra;
+  CurveReader curves(OpenMeasurements(std::move(input), reading), content, !options.bandpass.empty());
+  const std::string& name = curves.Source().Name();
+  if (options.verbose || reading.lenient) {
+    for (const std::string& note : curves.Source().Notes())
+      Remark(name, (options.verbose ? "" : "warning: ") + note);
+  }
+  if (curves.Kind() != Sample::kCurve) return curves;
+  if (options.verbose) Remark(name, curves.Grid().Description());
+  if (curves.Grid().IsNarrow()) {
+    Remark(name, "warning: the wavelengths leave out a part of 400 to 700 nm, which is guessed");
+  }
+  return curves;
+}
+
+void WarnAboutInput(const CurveReader& curves) {
+  const std::string& name = curves.Source().Name();
+  if (curves.LooksLikeFractions()) {
+    Remark(name, "warning: no value is above 1 percent; for fractions of 1 use --fraction");
+  }
+  if (curves.CountWithoutCurve() > 0) {
+    Remark(name, "warning: " + std::to_string(curves.CountWithoutCurve()) +
+                     " samples have no curve and are left out");
+  }
+  if (!curves.Mixture().empty()) {
+    Remark(name, "warning: measurements of different conditions are mixed: " + curves.Mixture());
+  }
+}
+
+void WarnAboutInput(const CurveReader& standards, const CurveReader& trials) {
+  WarnAboutInput(standards);
+  WarnAboutInput(trials);
+  MeasuringConditions ofStandards = standards.FirstConditions();
+  MeasuringConditions ofTrials = trials.FirstConditions();
+  if (standards.HasGeometries() || trials.HasGeometries()) {
+    // Samples are paired by their own geometry then.
+    ofStandards.geometry = ofTrials.geometry = kNoGeometry;
+    ofStandards.specular = ofTrials.specular = Specular::kUnknown;
+    ofStandards.mCondition = ofTrials.mCondition = -1;
+  }
+  const std::string conflict = ConditionConflict(ofStandards, ofTrials);
+  if (conflict.empty()) return;
+  Remark(trials.Source().Name(),
+         "warning: measured under other conditions than " + standards.Source().Name() + ": " + conflict);
+}
+
+}  // namespace vrx::tool

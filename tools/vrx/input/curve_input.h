@@ -1,0 +1,54 @@
+// The common part of the commands that read curves: their options and their remarks.
+
+#ifndef TOOLS_VRX_INPUT_CURVE_INPUT_H_
+#define TOOLS_VRX_INPUT_CURVE_INPUT_H_
+
+#include <string>
+#include <string_view>
+
+#include <vrxio/curve_reader.h>
+#include <vrxio/input_stream.h>
+#include "tools/vrx/input/input.h"
+
+namespace vrx::tool {
+
+class Command;
+
+struct CurveInputOptions {
+  bool fraction = false;
+  bool percent = false;
+  bool verbose = false;
+  std::string bandpass;
+  std::string ignoredColumns;
+  ReadOptions read;  ///< without what the members above say
+
+  /// All of them as a reader takes them. Throws InputError for those that contradict each other.
+  ReadOptions Reading() const;
+};
+
+/// Adds the options that say how a file is read: `--input-format`, `--fraction`, `--percent`, `--force`, `--lenient`,
+/// `--ignore-columns`, `--latin1`, `--wavelengths` and `--wavelengths-in`.
+void AddReadOptions(Command& command, CurveInputOptions& options);
+/// Adds those and `--bandpass` and `--verbose`.
+void AddCurveInputOptions(Command& command, CurveInputOptions& options);
+
+/// Opens a file of curves, or of colours where they will do. With `--verbose` standard error says how its wavelengths
+/// are used; when they leave out a part of 400 to 700 nm it says so in any case. `isExtra` knows the headings of columns
+/// that only this command has a use for.
+CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options,
+                       Content content = Content::kCurves,
+                       bool (*isExtra)(std::string_view heading) = nullptr);
+/// The same of an open file.
+CurveReader OpenCurves(InputStream input, const CurveInputOptions& options,
+                       Content content = Content::kCurves,
+                       bool (*isExtra)(std::string_view heading) = nullptr);
+
+/// Says on standard error what is odd about the samples that were read: fractions by the look of them, samples without a
+/// curve, measurements of different conditions.
+void WarnAboutInput(const CurveReader& curves);
+/// The same of two files that are held against each other.
+void WarnAboutInput(const CurveReader& standards, const CurveReader& trials);
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_INPUT_CURVE_INPUT_H_

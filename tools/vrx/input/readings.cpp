@@ -1,0 +1,143 @@
+#include "tools/vrx/input/readings.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <utility>
+
+#include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/foundation/numbers.h>
+
+#include "tools/vrx/commands/command.h"
+
+namespace vrx::tool {
+namespace {
+
+using Lab = std::array<double, 3>;
+
+Lab LabOf(const Sample& sample, vrxIlluminant illuminant, int32_t observer) {
+  if (sample.kind == Sample::kLab) return sample.color;
+  CTrisValues xyz;
+  if (sample.kind == Sample::kXyz) {
+    std::ranges::copy(sample.color, xyz.begin());
+  } else {
+    sample.curve.Tristimulus(illuminant, observer, xyz);
+  }
+  CLabValues lab;
+  XyzToLab(illuminant, observer, xyz, lab);
+  return {lab[CLabValues::kL], lab[CLabValues::kA], lab[CLabValues::kB]};
+}
+
+double Distance(const Lab& a, const Lab& b) {
+  double sum = 0;
+  for (std::size_t k = 0; k < a.size(); ++k) sum += (a[k] - b[k]) * (a[k] - b[k]);
+  return std::sqrt(sum);
+}
+
+// Of an even count the lower of the two in the middle.
+double Median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>((values.size() - 1) / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+std::vector<double> Coordinate(const std::vector<Lab>& colors, std::size_t k) {
+  std::vector<double> values;
+  values.reserve(colors.size());
+  for (const Lab& color : colors) values.push_back(color[k]);
+  return values;
+}
+
+std::vector<std::size_t> Outliers(const std::vector<Lab>& colors) {
+  constexpr std::size_t kFewest = 4;
+  constexpr double kApart = 3.0;
+  constexpr double kRepeatability = 0.1;
+  if (colors.size() < kFewest) return {};
+  const Lab centre{Median(Coordinate(colors, 0)), Median(Coordinate(colors, 1)),
+                   Median(Coordinate(colors, 2))};
+  std::vector<double> distances;
+  distances.reserve(colors.size());
+  for (const Lab& color : colors) distances.push_back(Distance(color, centre));
+  const double limit = std::max(kRepeatability, kApart * Median(distances));
+  std::vector<std::size_t> outliers;
+  for (std::size_t i = 0; i < distances.size(); ++i) {
+    if (distances[i] > limit) outliers.push_back(i);
+  }
+  return outliers;
+}
+
+}  // namespace
+
+CurveRow Readings::Mean() const {
+  CurveRow row;
+  row.kind = samples.front().kind;
+  row.id = id;
+  row.name = name;
+  row.standard = standard;
+  row.geometry = geometry;
+  const auto count = static_cast<double>(samples.size());
+  if (row.kind != Sample::kCurve) {
+    for (const Sample& sample : samples) {
+      for (std::size_t k = 0; k < row.color.size(); ++k) row.color[k] += sample.color[k];
+    }
+    for (double& value : row.color) value /= count;
+    return row;
+  }
+  row.curve.Fill(0.0);
+  for (const Sample& sample : samples) {
+    for (int32_t i = 0; i < kWavelengths; ++i) row.curve[i] += sample.curve[i];
+  }
+  for (double& value : row.curve) value /= count;
+  return row;
+}
+
+std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count) {
+  std::vector<Readings> all;
+  std::map<std::pair<std::string, int32_t>, std::size_t> places;  // in `all`, by id and geometry
+  CurveRow row;
+  for (std::size_t read = 0; reader.Next(row); ++read) {
+    if (read == kMostReadings) reader.Source().FailRow("more than 200000 readings");
+    const bool isNew = count > 0 ? read % count == 0
+                                 : places.try_emplace({std::string(row.id), row.geometry}, all.size()).second;
+    if (isNew) {
+      all.push_back(
+          {std::string(row.id), std::string(row.name), std::string(row.standard), row.geometry, {}});
+    }
+    Readings& readings = count > 0 ? all.back() : all[places.at({std::string(row.id), row.geometry})];
+    readings.samples.push_back(row);
+  }
+  if (count > 0 && all.back().samples.size() != count) {
+    throw InputError(reader.Source().Name() + ": " + std::to_string(all.back().samples.size()) +
+                     " rows are left over at the end, where --count asks for " + std::to_string(count));
+  }
+  return all;
+}
+
+ReadingStatistics StatisticsOf(const Readings& readings, vrxIlluminant illuminant, int32_t observer) {
+  ReadingStatistics statistics;
+  std::vector<Lab> colors;
+  colors.reserve(readings.samples.size());
+  for (const Sample& sample : readings.samples) colors.push_back(LabOf(sample, illuminant, observer));
+  const Lab mean = LabOf(readings.Mean(), illuminant, observer);
+  const auto count = static_cast<double>(colors.size());
+  for (std::size_t k = 0; k < mean.size(); ++k) {
+    const std::vector<double> values = Coordinate(colors, k);
+    const auto [lowest, highest] = std::ranges::minmax(values);
+    double sum = 0, squares = 0;
+    for (const double value : values) sum += value;
+    for (const double value : values) squares += (value - sum / count) * (value - sum / count);
+    statistics.stats.SetFirst(static_cast<int32_t>(k), count > 1 ? std::sqrt(squares / (count - 1)) : 0.0);
+    statistics.stats.SetSecond(static_cast<int32_t>(k), highest - lowest);
+  }
+  for (const Lab& color : colors) {
+    const double difference = Distance(color, mean);
+    statistics.meanDifference += difference / count;
+    statistics.largestDifference = std::max(statistics.largestDifference, difference);
+  }
+  statistics.stats.SetSetting(static_cast<int32_t>(colors.size()));
+  statistics.outliers = Outliers(colors);
+  return statistics;
+}
+
+}  // namespace vrx::tool

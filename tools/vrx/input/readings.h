@@ -1,0 +1,53 @@
+// Repeated readings of one sample: their mean, how far they scatter, and which lie apart from the others.
+
+#ifndef TOOLS_VRX_INPUT_READINGS_H_
+#define TOOLS_VRX_INPUT_READINGS_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/tolerance/averaging_stats.h>
+
+#include <vrxio/curve_reader.h>
+
+#include "tools/vrx/input/input.h"
+
+namespace vrx::tool {
+
+/// The readings of one sample, in the order of the file.
+struct Readings {
+  std::string id, name, standard;  ///< of the first reading
+  int32_t geometry = kNoGeometry;
+  std::vector<Sample> samples;  ///< all of one kind
+
+  /// A row of the mean, whose texts live in this record.
+  CurveRow Mean() const;
+};
+
+/// The most readings that a file may have.
+inline constexpr std::size_t kMostReadings = 200'000;
+
+/// Reads a file to its end. With `count` 0 the rows of one id and geometry are readings of one sample, wherever they
+/// stand; otherwise each `count` rows in turn are. Samples come in the order of their first readings. Throws InputError
+/// for more than kMostReadings and for rows left over.
+std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count);
+
+/// How the readings of a sample scatter, in colours.
+struct ReadingStatistics {
+  CAveragingStats stats;  ///< of L*, a*, b*: standard deviation, range; the setting is the number of readings
+  double meanDifference = 0;          ///< dE*ab of the readings from the mean, on average
+  double largestDifference = 0;       ///< the largest of those
+  std::vector<std::size_t> outliers;  ///< readings, from 0, that lie apart from the others
+};
+
+/// The colours are those of the illuminant and observer; L*a*b* that was given stays as it is. A reading lies apart when
+/// it is further from the median colour, in dE*ab, than three times what half of the readings keep within, and further
+/// than 0.1, which instruments repeat within. Fewer than four readings have no outlier.
+ReadingStatistics StatisticsOf(const Readings& readings, vrxIlluminant illuminant, int32_t observer);
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_INPUT_READINGS_H_

@@ -1,0 +1,82 @@
+
+#include "tools/vrx/judging/comparison.h"
+
+#include <utility>
+
+#include <vrxio/tolerance_table.h>
+#include "tools/vrx/commands/command.h"
+
+namespace vrx::tool {
+namespace {
+
+CurveReader OpenTrials(const ComparisonOptions& options) {
+  if (options.standard == "-" && options.trials == "-") {
+    throw InputError("standard and trials cannot both come from standard input: name a file");
+  }
+  return OpenCurves(options.trials, options.input, options.content);
+}
+
+// A colour is what was seen under one illuminant; which one only the user knows.
+void RefuseColorsUnderSeveral(const CurveReader& reader, const JudgeSettings& settings) {
+  if (reader.Kind() == Sample::kCurve || settings.illuminants.size() == 1) return;
+  throw InputError(reader.Source().Name() +
+                   ": colours are seen under one illuminant: name it with --illuminants");
+}
+
+std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, const JudgeSettings& settings,
+                                         const CurveReader& trials) {
+  CurveReader reader = OpenCurves(options.standard, options.input, options.content);
+  RefuseColorsUnderSeveral(reader, settings);
+  RefuseColorsUnderSeveral(trials, settings);
+  if (trials.HasStandards() && !options.standardId.empty()) {
+    throw InputError("--standard-id: the trials name their standards in a column of their own");
+  }
+  return options.pairs || trials.HasStandards()
+             ? PairedStandards(std::move(reader), settings)
+             : OneStandard(std::move(reader), options.standardId, settings);
+}
+
+}  // namespace
+
+void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content) {
+  options.content = content;
+  const std::string what = content == Content::kCurves ? "Curves of the " : "Curves or colours of the ";
+  command.AddOption("STANDARD", options.standard, what + "standard, or standards (- reads standard input)")
+      .Required();
+  command.AddOption("TRIALS", options.trials, what + "trials (- reads standard input)").Required();
+  AddStandardOptions(command, options);
+}
+
+void AddStandardOptions(Command& command, ComparisonOptions& options) {
+  Option id = command.AddOption("--standard-id", options.standardId, "Which row is the standard");
+  id.Shows("ID [the first row]").Check(RefuseEmpty);
+  command.AddFlag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
+      .Excludes(id);
+  command.AddFlag("--average", options.average, "Take the mean of the rows of one id as one trial");
+  AddCurveInputOptions(command, options.input);
+}
+
+Comparison::Comparison(const ComparisonOptions& options, const JudgeSettings& settings)
+    : average_(options.average),
+      trials_(OpenTrials(options)),
+      standards_(OpenStandards(options, settings, trials_)) {}
+
+bool Comparison::NextTrial(CurveRow& trial) {
+  if (average_) {
+    if (nextReadings_ == 0) readings_ = ReadReadings(trials_, 0);
+    if (nextReadings_ < readings_.size()) {
+      trial = readings_[nextReadings_++].Mean();
+      return true;
+    }
+  } else if (trials_.Next(trial)) {
+    return true;
+  }
+  standards_->EndTrials();
+  return false;
+}
+
+void Comparison::WarnAboutInput() const {
+  tool::WarnAboutInput(standards_->Reader(), trials_);
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,93 @@
+// The common part of the commands that hold trials against standards: which files, which rows, one pass over them.
+
+#ifndef TOOLS_VRX_JUDGING_COMPARISON_H_
+#define TOOLS_VRX_JUDGING_COMPARISON_H_
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <vrxio/curve_reader.h>
+#include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/input/input.h"
+#include "tools/vrx/input/readings.h"
+#include "tools/vrx/judging/judge.h"
+#include "tools/vrx/judging/standards.h"
+#include "tools/vrx/options/conditions.h"
+#include "tools/vrx/output/terminal.h"
+
+namespace vrx::tool {
+
+class Command;
+
+struct ComparisonOptions {
+  std::string standard;
+  std::string trials;
+  std::string standardId;
+  bool pairs = false;
+  bool average = false;
+  Content content = Content::kCurves;
+  CurveInputOptions input;
+};
+
+/// Adds STANDARD, TRIALS, `--standard-id`, `--pairs`, `--average` and the options of curve files. `content`: what the
+/// command can make use of.
+void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content);
+
+/// Adds the same without the files.
+void AddStandardOptions(Command& command, ComparisonOptions& options);
+
+/// Trials and their standards, opened.
+class Comparison {
+ public:
+  /// Opens both files. Throws InputError when they cannot be used. `settings` must outlive the comparison.
+  Comparison(const ComparisonOptions& options, const JudgeSettings& settings);
+
+  const CurveReader& Trials() const { return trials_; }
+
+  /// The next trial, or the mean of the next readings with `--average`; false after the last one. One thread at a time.
+  bool NextTrial(CurveRow& trial);
+  /// The standard of the trial that was read last.
+  const Standard& StandardOf(const CurveRow& trial) { return standards_->Of(trial); }
+  /// A progress bar over the file of the trials: begins, shows how far it was read, and ends.
+  void BeginProgress() { progress_.emplace(average_ ? 0 : trials_.Source().Size()); }
+  void ShowProgress(std::uint64_t position) { progress_->Update(position); }
+  void EndProgress() { progress_.reset(); }
+
+  /// Calls `visit(trial, judge)` for each trial in turn, or for the mean of its readings with `--average`, with the
+  /// judge that holds its standard, under a progress bar.
+  template <class VISIT>
+  void ForEachTrial(VISIT visit) {
+    if (average_) {
+      for (const Readings& readings : ReadReadings(trials_, 0)) {
+        const CurveRow mean = readings.Mean();
+        visit(mean, standards_->For(mean));
+      }
+      return standards_->EndTrials();
+    }
+    ProgressBar progress(trials_.Source().Size());
+    CurveRow trial;
+    while (trials_.Next(trial)) {
+      visit(trial, standards_->For(trial));
+      progress.Update(trials_.Source().Position());
+    }
+    standards_->EndTrials();
+  }
+
+  /// Remarks on what was read, once all of it was.
+  void WarnAboutInput() const;
+
+ private:
+  bool average_;
+  CurveReader trials_;
+  std::unique_ptr<Standards> standards_;
+  std::vector<Readings> readings_;  // of all trials, with `--average`
+  std::size_t nextReadings_ = 0;
+  std::optional<ProgressBar> progress_;
+};
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_JUDGING_COMPARISON_H_

@@ -1,0 +1,31 @@
+// The summary of a run of judgements under each illuminant.
+
+#ifndef TOOLS_VRX_JUDGING_JUDGE_SUMMARY_H_
+#define TOOLS_VRX_JUDGING_JUDGE_SUMMARY_H_
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/vrx/judging/distribution.h"
+#include "tools/vrx/judging/judge.h"
+
+namespace vrx::tool {
+
+/// Verdicts and total differences under one illuminant.
+struct JudgeSummary {
+  std::array<int64_t, 3> verdicts{};  ///< counts by overall verdict
+  Distribution totals;                ///< of the trials that have a difference
+  std::string largestTrial;           ///< the id of the trial with the largest total
+
+  void Add(const std::string& trial, const IlluminantJudgement& judgement);
+  int64_t Samples() const { return verdicts[kFail] + verdicts[kWarning] + verdicts[kPass]; }
+};
+
+/// By illuminant of the settings.
+using JudgeSummaries = std::vector<JudgeSummary>;
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_JUDGING_JUDGE_SUMMARY_H_

@@ -1,0 +1,134 @@
+#include "tools/vrx/judging/judging_pipeline.h"
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+namespace vrx::tool {
+
+struct JudgingPipeline::Chunk {
+  std::uint64_t number = 0;
+  std::size_t trials = 0;  // in use
+  std::vector<PipelineTrial> judged;
+  std::size_t standards = 0;
+  std::vector<Standard> standardCopies;
+  std::uint64_t position = 0;  // in the file, behind the last trial
+  std::exception_ptr failure;  // what went wrong behind the last trial
+};
+
+namespace {
+
+// The views of a row into texts of its own.
+void KeepTexts(PipelineTrial& kept) {
+  std::string_view* const views[] = {&kept.trial.id, &kept.trial.name, &kept.trial.standard};
+  for (std::size_t i = 0; i < std::size(views); ++i) {
+    kept.texts[i] = *views[i];
+    *views[i] = kept.texts[i];
+  }
+}
+
+}  // namespace
+
+bool JudgingPipeline::Read(Chunk& chunk, std::size_t chunkTrials) {
+  const std::lock_guard lock(reading_);
+  if (atEnd_) return false;
+  chunk.number = chunks_++;
+  chunk.trials = chunk.standards = 0;
+  chunk.failure = nullptr;
+  chunk.judged.resize(chunkTrials);
+  std::uint64_t stamp = 0;
+  try {
+    while (chunk.trials < chunkTrials) {
+      PipelineTrial& next = chunk.judged[chunk.trials];
+      if (!comparison_.NextTrial(next.trial)) {
+        atEnd_ = true;
+        break;
+      }
+      KeepTexts(next);
+      const Standard& standard = comparison_.StandardOf(next.trial);
+      if (chunk.standards == 0 || standard.stamp != stamp) {
+        stamp = standard.stamp;
+        if (chunk.standardCopies.size() == chunk.standards) chunk.standardCopies.emplace_back();
+        chunk.standardCopies[chunk.standards++] = standard;
+      }
+      next.standard = chunk.standards - 1;
+      ++chunk.trials;
+    }
+  } catch (...) {
+    chunk.failure = std::current_exception();
+    atEnd_ = true;
+  }
+  chunk.position = comparison_.Trials().Source().Position();
+  return true;
+}
+
+void JudgingPipeline::JudgeTrials(Chunk& chunk, Judge& judge) const {
+  std::size_t done = 0;
+  try {
+    std::string text;
+    OutputStream stream(text);
+    if (output_ != nullptr) output_->Prepare(stream);
+    for (; done < chunk.trials; ++done) {
+      PipelineTrial& trial = chunk.judged[done];
+      const Standard& standard = chunk.standardCopies[trial.standard];
+      if (judge.StandardStamp() != standard.stamp) judge.SetStandard(standard);
+      judge.Evaluate(trial.trial);
+      judge.Take(trial.trial, trial.judgement);
+      trial.text.clear();
+      if (output_ != nullptr && output_->WriteText(trial.judgement, stream)) {
+        stream.Finish();
+        trial.text.swap(text);
+        text.clear();
+      }
+    }
+  } catch (...) {
+    chunk.failure = std::current_exception();
+    chunk.trials = done;
+  }
+}
+
+bool JudgingPipeline::HandOn(Chunk& chunk, Judge& judge) {
+  std::unique_lock lock(writing_);
+  turned_.wait(lock, [&] { return turn_ == chunk.number || failure_ != nullptr; });
+  if (failure_ != nullptr) return false;
+  try {
+    for (std::size_t i = 0; i < chunk.trials; ++i) sink_(chunk.judged[i], judge);
+    comparison_.ShowProgress(chunk.position);
+    if (chunk.failure != nullptr) std::rethrow_exception(chunk.failure);
+  } catch (...) {
+    failure_ = std::current_exception();
+  }
+  ++turn_;
+  turned_.notify_all();
+  return failure_ == nullptr;
+}
+
+void JudgingPipeline::Work(std::size_t chunkTrials) {
+  Judge judge(settings_);
+  Chunk chunk;
+  while (Read(chunk, chunkTrials)) {
+    JudgeTrials(chunk, judge);
+    if (!HandOn(chunk, judge)) return;
+  }
+}
+
+void JudgingPipeline::Run(unsigned threads, std::size_t chunkTrials) {
+  std::vector<std::thread> helpers;
+  const auto work = [this, chunkTrials] {
+    try {
+      Work(chunkTrials);
+    } catch (...) {
+      const std::lock_guard lock(writing_);
+      if (failure_ == nullptr) failure_ = std::current_exception();
+      turned_.notify_all();
+    }
+  };
+  comparison_.BeginProgress();
+  for (unsigned i = 1; i < threads; ++i) helpers.emplace_back(work);
+  work();
+  for (std::thread& helper : helpers) helper.join();
+  comparison_.EndProgress();
+  if (failure_ != nullptr) std::rethrow_exception(failure_);
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,71 @@
+// Judging on several threads: reading, computing and writing overlap, and everything comes out in the order of the file.
+//
+// Each thread takes turns at reading a chunk of trials, judges it with a judge of its own, and hands it on when all chunks
+// before it have been handed on. Memory is a chunk a thread. What goes wrong, in whichever chunk, comes out after the rows
+// before it, as if there were one thread.
+
+#ifndef TOOLS_VRX_JUDGING_JUDGING_PIPELINE_H_
+#define TOOLS_VRX_JUDGING_JUDGING_PIPELINE_H_
+
+#include <condition_variable>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "tools/vrx/judging/comparison.h"
+#include "tools/vrx/judging/judge.h"
+#include "tools/vrx/output/judge_output.h"
+
+namespace vrx::tool {
+
+/// A judged trial on its way to the output.
+struct PipelineTrial {
+  CurveRow trial;  ///< its texts live in `texts`
+  std::string texts[3];
+  std::size_t standard = 0;  ///< index into the chunk's standards
+  Judgement judgement;
+  std::string text;  ///< as JudgeOutput::WriteText made it; empty where the output cannot
+};
+
+class JudgingPipeline {
+ public:
+  /// Receives each trial in turn. `judge` still holds what it computed when `chunkTrials` is 1.
+  using Sink = std::function<void(const PipelineTrial& trial, Judge& judge)>;
+
+  /// `output` may be null. All arguments must outlive the pipeline.
+  JudgingPipeline(Comparison& comparison, const JudgeSettings& settings, const JudgeOutput* output, Sink sink)
+      : comparison_(comparison), settings_(settings), output_(output), sink_(std::move(sink)) {}
+
+  /// Runs on `threads` threads, the calling one included, with chunks of `chunkTrials`. Throws what reading, judging or the
+  /// sink threw.
+  void Run(unsigned threads, std::size_t chunkTrials);
+
+ private:
+  struct Chunk;
+
+  void Work(std::size_t chunkTrials);
+  bool Read(Chunk& chunk, std::size_t chunkTrials);
+  void JudgeTrials(Chunk& chunk, Judge& judge) const;
+  bool HandOn(Chunk& chunk, Judge& judge);
+
+  Comparison& comparison_;
+  const JudgeSettings& settings_;
+  const JudgeOutput* output_;
+  Sink sink_;
+
+  std::mutex reading_;
+  std::uint64_t chunks_ = 0;  // read so far
+  bool atEnd_ = false;
+
+  std::mutex writing_;
+  std::condition_variable turned_;
+  std::uint64_t turn_ = 0;  // the chunk that is handed on next
+  std::exception_ptr failure_;
+};
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_JUDGING_JUDGING_PIPELINE_H_

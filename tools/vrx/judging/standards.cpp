@@ -1,0 +1,228 @@
+
+#include "tools/vrx/judging/standards.h"
+
+#include <algorithm>
+#include <functional>
+#include <string_view>
+#include <utility>
+
+#include "tools/vrx/commands/command.h"
+
+namespace vrx::tool {
+
+namespace {
+
+[[noreturn]] void FailNoStandard(const std::string& file, std::string_view id, int32_t geometry) {
+  const std::string of = geometry == kNoGeometry ? "" : " of geometry " + GeometryName(geometry);
+  throw InputError(file + ": there is no standard \"" + std::string(id) + "\"" + of);
+}
+
+class OneStandardForAll final : public Standards {
+ public:
+  OneStandardForAll(CurveReader reader, const std::string& id, const JudgeSettings& settings)
+      : reader_(std::move(reader)), settings_(settings), id_(id), isNamed_(!id.empty()) {
+    ReadRows();
+  }
+
+  Judge& For(const CurveRow& trial) override {
+    std::unique_ptr<Judge>& judge = judges_[PlaceOf(trial.geometry)];
+    if (!judge) {
+      judge = std::make_unique<Judge>(settings_);
+      judge->SetStandard(Of(trial));
+    }
+    return *judge;
+  }
+  const Standard& Of(const CurveRow& trial) override {
+    const std::size_t place = PlaceOf(trial.geometry);
+    Standard& standard = standards_[place];
+    if (standard.stamp == 0) {
+      const Row& row = RowFor(trial.geometry);
+      standard = {place + 1, id_, trial.geometry != kNoGeometry ? trial.geometry : row.geometry, row.sample};
+    }
+    return standard;
+  }
+  const CurveReader& Reader() const override { return reader_; }
+
+ private:
+  struct Row {
+    int32_t geometry;
+    Sample sample;
+  };
+
+  // Where judge and standard of a geometry stand; the first place is that of none.
+  static std::size_t PlaceOf(int32_t geometry) {
+    const int32_t place = geometry - kNoGeometry;
+    return static_cast<std::size_t>(place);
+  }
+
+  // Without geometries the first row of the file is all there is to read, unless another one was asked for.
+  void ReadRows() {
+    CurveRow row;
+    while (reader_.Next(row)) {
+      if (id_.empty()) id_ = row.id;
+      if (row.id != id_) continue;
+      const auto same = [&](const Row& other) { return other.geometry == row.geometry; };
+      if (std::ranges::any_of(rows_, same)) {
+        reader_.Source().FailRow("standard \"" + id_ + "\" has a row" +
+                                 (reader_.HasGeometries() ? " of this geometry" : "") + " already");
+      }
+      rows_.push_back({row.geometry, row});
+      if (!reader_.HasGeometries() && !isNamed_) return;
+    }
+    if (rows_.empty() && id_.empty()) throw InputError(reader_.Source().Name() + ": there is no row");
+    if (rows_.empty()) FailNoStandard(reader_.Source().Name(), id_, kNoGeometry);
+  }
+
+  // The row of a geometry, else the one without; a trial without a geometry may take an only row.
+  const Row& RowFor(int32_t geometry) const {
+    for (const int32_t wanted : {geometry, kNoGeometry}) {
+      const auto found = std::ranges::find(rows_, wanted, &Row::geometry);
+      if (found != rows_.end()) return *found;
+    }
+    if (geometry == kNoGeometry && rows_.size() == 1) return rows_.front();
+    FailNoStandard(reader_.Source().Name(), id_, geometry);
+  }
+
+  CurveReader reader_;
+  const JudgeSettings& settings_;
+  std::string id_;
+  bool isNamed_;
+  std::vector<Row> rows_;
+  std::array<std::unique_ptr<Judge>, kAngleCodes + 1> judges_;  // by place
+  std::array<Standard, kAngleCodes + 1> standards_;             // likewise
+};
+
+// The standard that a trial names, or that of its own id.
+class StandardOfItsOwn final : public Standards {
+ public:
+  StandardOfItsOwn(CurveReader reader, const JudgeSettings& settings)
+      : reader_(std::move(reader)), judge_(settings) {}
+
+  Judge& For(const CurveRow& trial) override {
+    judge_.SetStandard(Of(trial));
+    return judge_;
+  }
+  const Standard& Of(const CurveRow& trial) override {
+    if (!Fits(trial)) Advance(trial);
+    const int32_t geometry = trial.geometry != kNoGeometry ? trial.geometry : row_.geometry;
+    ++standard_.stamp;
+    standard_.id = row_.id;
+    standard_.geometry = geometry;
+    standard_.sample = row_;
+    return standard_;
+  }
+  const CurveReader& Reader() const override { return reader_; }
+  void EndTrials() override {
+    if (!indexed_ && hasRow_) ReadOn(nullptr);
+  }
+
+ private:
+  struct Entry {
+    std::size_t hash;  // of id and geometry
+    uint64_t offset;
+  };
+  static constexpr std::size_t kMaxEntries = 4'000'000;
+
+  static std::size_t Hash(std::string_view id, int32_t geometry) {
+    constexpr auto kSpread =
+        static_cast<std::size_t>(0x9E3779B97F4A7C15u);  // its low half where that is all there is room for
+    return std::hash<std::string_view>()(id) + static_cast<std::size_t>(geometry + 1) * kSpread;
+  }
+
+  bool Holds(std::string_view id, int32_t geometry) const {
+    return hasRow_ && row_.id == id && row_.geometry == geometry;
+  }
+  static std::string_view StandardOf(const CurveRow& trial) {
+    return trial.standard.empty() ? trial.id : trial.standard;
+  }
+  bool Fits(const CurveRow& trial) const {
+    return Holds(StandardOf(trial), trial.geometry) || Holds(StandardOf(trial), kNoGeometry);
+  }
+
+  // Reads the next row of the file. When it is a second one of the standard before, and not for `trial`, nobody said
+  // which of the two that standard is.
+  void ReadOn(const CurveRow* trial) {
+    const bool hadRow = hasRow_;
+    const int32_t geometry = row_.geometry;
+    lastId_ = row_.id;
+    hasRow_ = reader_.Next(row_);
+    if (hadRow && Holds(lastId_, geometry) && (trial == nullptr || !Fits(*trial))) FailTwice(lastId_);
+  }
+  [[noreturn]] void FailTwice(std::string_view id) const {
+    reader_.Source().FailRow("standard \"" + std::string(id) + "\" stands there twice");
+  }
+
+  // The next row of the file, or wherever the trial's standard is.
+  void Advance(const CurveRow& trial) {
+    if (!indexed_) {
+      ReadOn(&trial);
+      if (Fits(trial)) return;
+      MakeIndex(trial);
+    }
+    const std::string_view id = StandardOf(trial);
+    if (!Find(id, trial.geometry) && !Find(id, kNoGeometry)) {
+      FailNoStandard(reader_.Source().Name(), id, trial.geometry);
+    }
+  }
+
+  void MakeIndex(const CurveRow& trial) {
+    if (!reader_.HasNames()) FailNoStandard(reader_.Source().Name(), StandardOf(trial), trial.geometry);
+    if (!reader_.Source().CanSeek()) {
+      throw InputError(reader_.Source().Name() +
+                       ": the trials are in another order than the standards, which " +
+                       "cannot be searched in a pipe; give a file");
+    }
+    indexed_ = true;
+    reader_.Rewind();
+    CurveRow row;
+    while (reader_.Next(row)) {
+      if (index_.size() == kMaxEntries) {
+        reader_.Source().FailRow("more than 4 million standards in another order than the trials");
+      }
+      index_.push_back({Hash(row.id, row.geometry), reader_.Source().Offset()});
+    }
+    std::ranges::sort(index_, {}, &Entry::hash);
+  }
+
+  // Makes the row of an id and geometry the current one; false when there is none.
+  bool Find(std::string_view id, int32_t geometry) {
+    const Entry* match = nullptr;
+    const std::size_t hash = Hash(id, geometry);
+    auto at = std::ranges::lower_bound(index_, hash, {}, &Entry::hash);
+    for (; at != index_.end() && at->hash == hash; ++at) {
+      Load(*at);
+      if (!Holds(id, geometry)) continue;
+      if (match != nullptr) FailTwice(id);
+      match = &*at;
+    }
+    if (match != nullptr && !Holds(id, geometry)) Load(*match);
+    return match != nullptr;
+  }
+
+  void Load(const Entry& entry) {
+    reader_.SeekTo(entry.offset);
+    hasRow_ = reader_.Next(row_);
+  }
+
+  CurveReader reader_;
+  Judge judge_;
+  CurveRow row_;
+  std::string lastId_;
+  Standard standard_;
+  bool hasRow_ = false;
+  bool indexed_ = false;
+  std::vector<Entry> index_;
+};
+
+}  // namespace
+
+std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id,
+                                       const JudgeSettings& settings) {
+  return std::make_unique<OneStandardForAll>(std::move(reader), id, settings);
+}
+
+std::unique_ptr<Standards> PairedStandards(CurveReader reader, const JudgeSettings& settings) {
+  return std::make_unique<StandardOfItsOwn>(std::move(reader), settings);
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,47 @@
+// Which standard a trial is judged against: one for all trials, the one that it names, or the row of the same id.
+
+#ifndef TOOLS_VRX_JUDGING_STANDARDS_H_
+#define TOOLS_VRX_JUDGING_STANDARDS_H_
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <vrxmath/foundation/angles.h>
+
+#include <vrxio/curve_reader.h>
+#include "tools/vrx/input/input.h"
+#include "tools/vrx/judging/judge.h"
+
+namespace vrx::tool {
+
+/// Gives each trial its standard.
+class Standards {
+ public:
+  virtual ~Standards() = default;
+  /// The judge that holds the standard of `trial`; valid until the next call. A trial of a geometry takes the
+  /// standard's row of that geometry, else its row without one. Throws InputError when there is none.
+  virtual Judge& For(const CurveRow& trial) = 0;
+  /// The same standard as it was measured, for a judge of the caller's.
+  virtual const Standard& Of(const CurveRow& trial) = 0;
+  /// There are no more trials. Throws InputError when the last one had two standards.
+  virtual void EndTrials() {}
+  /// The reader of the standards' file.
+  virtual const CurveReader& Reader() const = 0;
+};
+
+/// One standard for every trial: the rows of `id`, or of the first row's id when `id` is empty, one per
+/// geometry. Throws InputError when there are none or two of a geometry.
+std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id,
+                                       const JudgeSettings& settings);
+
+/// The row of the id that the trial names as its standard, else of the trial's own. As long as both files are in the same order they are read side by side; from
+/// the first trial that is elsewhere in the standards' file, through an index of its rows (16 bytes each, at
+/// most 4 million), for which the file must not be a pipe.
+std::unique_ptr<Standards> PairedStandards(CurveReader reader, const JudgeSettings& settings);
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_JUDGING_STANDARDS_H_

@@ -1,0 +1,160 @@
+#include "tools/vrx/recipes/correction.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+
+#include <vrxio/decimal.h>
+
+#include "tools/vrx/input/input.h"
+#include "tools/vrx/options/conditions.h"
+#include "tools/vrx/output/text.h"
+
+namespace vrx::tool {
+namespace {
+
+constexpr std::string_view kFormula = "formula", kAmount = "amount";
+
+bool IsStockColumn(std::string_view heading) {
+  return EqualsIgnoringCase(heading, kFormula) || EqualsIgnoringCase(heading, kAmount);
+}
+
+std::size_t ColumnOf(const CurveReader& curves, std::string_view name, const std::string& path) {
+  const std::vector<std::string> headings = curves.Source().ExtraHeadings();
+  std::optional<std::size_t> found;
+  for (std::size_t i = 0; i < headings.size(); ++i) {
+    if (!EqualsIgnoringCase(headings[i], name)) continue;
+    if (found) curves.Source().FailExtra(i, "there are two such columns");
+    found = i;
+  }
+  if (!found) throw InputError(path + ": there is no column \"" + std::string(name) + "\"");
+  return *found;
+}
+
+// "1:94;7:1.5": components, by id or name, and amounts. What is wrong with the text, or nothing.
+std::string ParseFormula(std::string_view text, const ColorSystem& system, CDbFormula& formula) {
+  constexpr const char* kExpected = "a formula such as 1:94;7:1.5 is expected";
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find(';'), text.size());
+    const std::string_view line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    const std::size_t colon = line.rfind(':');
+    CDbFormulaElement element;
+    const bool isLine = colon != std::string_view::npos &&
+                        ParseDecimal(line.substr(colon + 1), '.', element.amount) && element.amount > 0.0;
+    if (!isLine) return kExpected;
+    const CComponent* const component = ComponentNamed(system, line.substr(0, colon));
+    if (component == nullptr) return NoComponentText(line.substr(0, colon));
+    element.componentId = static_cast<int32_t>(component->GetId());
+    formula.Add(element);
+  }
+  return formula.IsEmpty() ? kExpected : "";
+}
+
+}  // namespace
+
+std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
+                                  const CurveInputOptions& input) {
+  CurveReader curves = OpenCurves(path, input, Content::kCurves, IsStockColumn);
+  const std::size_t formula = ColumnOf(curves, kFormula, path), amount = ColumnOf(curves, kAmount, path);
+  std::vector<NamedBatch> stock;
+  CurveRow row;
+  while (curves.Next(row)) {
+    NamedBatch named{std::string(row.id), {}};
+    named.batch.curve = row.curve;
+    if (!ParseDecimal(row.extras[amount], ',', named.batch.size) || !(named.batch.size > 0.0)) {
+      curves.Source().FailExtra(amount, "an amount above 0 is expected");
+    }
+    const std::string fault = ParseFormula(row.extras[formula], system, named.batch.formula);
+    if (!fault.empty()) curves.Source().FailExtra(formula, fault);
+    stock.push_back(named);
+  }
+  WarnAboutInput(curves);
+  if (stock.empty()) throw InputError(path + ": there is no row");
+  return stock;
+}
+
+CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input) {
+  CurveReader curves = OpenCurves(path, input);
+  CurveRow row;
+  CReflData curve;
+  int count = 0;
+  for (; count < 2 && curves.Next(row); ++count) curve = row.curve;
+  WarnAboutInput(curves);
+  if (count != 1) throw InputError(path + ": one curve is expected");
+  return curve;
+}
+
+void CheckAdditions(const ChoiceOptions& choice) {
+  constexpr int kMost = 5;  // and the batch itself
+  if (choice.maxColorants > kMost)
+    throw InputError("--max-colorants: of additions, a number from 1 to 5 is expected");
+}
+
+double ParseMostAddition(const std::string& text) {
+  constexpr double kPercent = 100.0, kMost = 10'000.0;
+  std::string_view number = text;
+  if (number.ends_with('%')) number.remove_suffix(1);
+  double percent = 0.0;
+  if (!ParseDecimal(number, ',', percent) || !(percent > 0.0 && percent <= kMost)) {
+    throw InputError("--max-addition: percent of the batch are expected, above 0 and up to 10000");
+  }
+  return percent / kPercent;
+}
+
+void OrderCorrections(std::vector<StockCorrection>& corrections, CorrectionAim aim, int32_t top) {
+  const auto keyOf = [aim](const StockCorrection& each) {
+    if (!each.correction.isWithinTolerance || aim == CorrectionAim::kNearest) return each.correction.worst;
+    return aim == CorrectionAim::kCheapest ? each.price : each.part;
+  };
+  const bool isAnyHelp = std::ranges::any_of(corrections, &StockCorrection::helps);
+  if (isAnyHelp) std::erase_if(corrections, [](const StockCorrection& each) { return !each.helps; });
+  std::ranges::stable_sort(corrections, [&](const StockCorrection& a, const StockCorrection& b) {
+    if (a.correction.isWithinTolerance != b.correction.isWithinTolerance) {
+      return a.correction.isWithinTolerance;
+    }
+    return keyOf(a) < keyOf(b);
+  });
+  const std::size_t most = isAnyHelp ? static_cast<std::size_t>(top) : 1;
+  if (corrections.size() > most) corrections.resize(most);
+}
+
+std::vector<StockCorrection> CorrectionsOf(const NamedBatch& batch, const CCorrection& before,
+                                           const CCorrectionArray& corrections) {
+  std::vector<StockCorrection> found;
+  for (const CCorrection& correction : corrections) {
+    found.push_back({batch.id, batch.batch.size, before.worst, correction, true,
+                     correction.total / batch.batch.size, correction.cost / batch.batch.size});
+  }
+  // An array of one without additions is a batch that needs none; an empty one is a batch that none helps.
+  if (found.empty()) {
+    found.push_back({batch.id, batch.batch.size, before.worst, before, before.isWithinTolerance, 0.0, 0.0});
+  }
+  return found;
+}
+
+void AddCorrectionColumns(const CRecipeSettings& settings, std::vector<Column>& columns) {
+  columns.insert(columns.end(), {{"additions"}, {"total"}, {"dE_before", "dE before"}});
+  for (const vrxIlluminant illuminant : settings.illuminants) {
+    columns.push_back({"dE_after_" + CodeOf(illuminant), "dE after " + CodeOf(illuminant)});
+  }
+  columns.insert(columns.end(), {{"cost"}, {"status"}});
+}
+
+void WriteCorrection(const StockCorrection& correction, const ColorSystem& system, RowWriter& rows) {
+  const CCorrection& what = correction.correction;
+  const Tint tint = what.isWithinTolerance ? Tint::kGood : Tint::kBad;
+  rows.Words(FormulaText(what.additions, correction.size),
+             NamedFormulaText(what.additions, system, correction.size));
+  rows.Number(what.total);
+  rows.Number(correction.before);
+  for (const double difference : what.differences) rows.Number(difference, tint);
+  rows.Number(what.cost);
+  const char* const status = !correction.helps        ? "no addition helps"
+                             : what.isWithinTolerance ? "ok"
+                                                      : "out of tolerance";
+  rows.Text(status, tint);
+  rows.EndRow();
+}
+
+}  // namespace vrx::tool

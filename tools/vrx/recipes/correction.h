@@ -1,0 +1,64 @@
+// The common part of the commands that bring batches right: the stock of a file, settings and how a correction is written.
+
+#ifndef TOOLS_VRX_RECIPES_CORRECTION_H_
+#define TOOLS_VRX_RECIPES_CORRECTION_H_
+
+#include <string>
+#include <vector>
+
+#include <vrxmath/matching/batch_correction.h>
+
+#include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/output/color_system_file.h"
+#include "tools/vrx/output/output.h"
+#include "tools/vrx/recipes/recipe_options.h"
+
+namespace vrx::tool {
+
+/// A batch and what it is called.
+struct NamedBatch {
+  std::string id;
+  CBatch batch;
+};
+
+/// A batch of a stock and what would be added to it.
+struct StockCorrection {
+  std::string batch;
+  double size = 100.0;  ///< of the batch
+  double before = 0.0;  ///< its largest difference as it is
+  CCorrection correction;
+  bool helps =
+      true;  ///< false: nothing that may be added brings it nearer, and `correction` has no additions
+  double part = 0.0;  ///< additions, and their cost, per unit of the batch
+  double price = 0.0;
+};
+
+/// The batches of a file of curves with the columns `formula` ("1:94;7:1.5", components by id or name) and `amount`.
+/// Throws InputError for a row that is not one.
+std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
+                                  const CurveInputOptions& input);
+
+/// The only curve of a file. Throws InputError when there is none or more than one.
+CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input);
+
+/// Throws InputError for a choice of more colorants than can be added to a batch.
+void CheckAdditions(const ChoiceOptions& choice);
+
+/// A share of the batch from "20%" or "20". Throws InputError for anything but 0 (excluded) to 10000 percent.
+double ParseMostAddition(const std::string& text);
+
+/// Puts what each batch needs in order: within the tolerance first, then by the aim, and keeps `top`.
+void OrderCorrections(std::vector<StockCorrection>& corrections, CorrectionAim aim, int32_t top);
+
+/// The corrections of one batch, best first; when there are none, the batch as it is, marked so.
+std::vector<StockCorrection> CorrectionsOf(const NamedBatch& batch, const CCorrection& before,
+                                           const CCorrectionArray& corrections);
+
+/// `additions,total,dE_before,dE_after_D65 ...,cost,status`.
+void AddCorrectionColumns(const CRecipeSettings& settings, std::vector<Column>& columns);
+/// The cells below them.
+void WriteCorrection(const StockCorrection& correction, const ColorSystem& system, RowWriter& rows);
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_RECIPES_CORRECTION_H_

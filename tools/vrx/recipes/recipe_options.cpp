@@ -1,0 +1,270 @@
+#include "tools/vrx/recipes/recipe_options.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+#include <vrxio/csv_reader.h>
+#include <vrxio/decimal.h>
+
+#include "tools/vrx/command_line.h"
+#include "tools/vrx/commands/command.h"
+#include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/options/surface_options.h"
+
+namespace vrx::tool {
+namespace {
+
+constexpr double kPercent = 100.0;
+
+// Decimals that tell shares of 1e-6 of a batch, and at least four.
+int DecimalsFor(double batchSize) {
+  constexpr int kLeast = 4, kMost = 15;
+  int decimals = kLeast;
+  for (double shown = 1e-4; shown > 1.001e-6 * batchSize && decimals < kMost; shown *= 0.1) ++decimals;
+  return decimals;
+}
+
+// A number with at most so many decimals and no zeros behind them.
+std::string AmountText(double amount, int decimals) {
+  std::array<char, 400> text;
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), amount, std::chars_format::fixed, decimals);
+  std::string digits(text.data(), end.ptr);
+  digits.erase(digits.find_last_not_of('0') + 1);
+  if (digits.ends_with('.')) digits.pop_back();
+  return digits;
+}
+
+const CComponent* ComponentOfId(const ColorSystem& system, uint32_t id) {
+  for (const CComponent* component : ComponentsInOrder(system)) {
+    if (component->GetId() == id) return component;
+  }
+  return nullptr;
+}
+
+// Rows of a file of limits: component, and any of min, max (percent) and cost.
+void ReadLimits(const std::string& path, const ColorSystem& system, CRecipeSettings& settings) {
+  CsvReader csv(path);
+  const std::vector<std::string>& header = csv.Header();
+  constexpr std::array<std::string_view, 4> kColumns = {"component", "min", "max", "cost"};
+  std::vector<std::size_t> roles;
+  for (std::size_t i = 0; i < header.size(); ++i) {
+    const auto role = std::ranges::find_if(
+        kColumns, [&](std::string_view column) { return EqualsIgnoringCase(header[i], column); });
+    if (role == kColumns.end()) csv.FailAt(i, "the column is none of component, min, max and cost");
+    roles.push_back(static_cast<std::size_t>(role - kColumns.begin()));
+    if (std::ranges::count(roles, roles.back()) > 1) csv.FailAt(i, "there are two such columns");
+  }
+  if (!std::ranges::count(roles, std::size_t{0})) csv.FailRow("there is no column \"component\"");
+  while (csv.Next()) {
+    CRecipeComponent entry;
+    for (std::size_t i = 0; i < roles.size(); ++i) {
+      const std::string text(csv.Text());
+      if (roles[i] == 0) {
+        const CComponent* const component = ComponentNamed(system, text);
+        if (component == nullptr) csv.FailAt(i, NoComponentText(text));
+        entry.componentId = component->GetId();
+        continue;
+      }
+      if (text.empty()) continue;
+      double value = 0.0;
+      const bool isNumber = ParseDecimal(text, ',', value) && value >= 0.0;
+      if (!isNumber || (roles[i] < 3 && value > kPercent)) {
+        csv.FailAt(
+            i, roles[i] < 3 ? "a share in percent, 0 to 100, is expected" : "a cost, 0 or more, is expected");
+      }
+      (roles[i] == 1   ? entry.least
+       : roles[i] == 2 ? entry.most
+                       : entry.cost) = roles[i] == 3 ? value : value / kPercent;
+    }
+    csv.EndRecord();
+    if (entry.least > entry.most) csv.FailRow("min is above max");
+    settings.components.Add(entry);
+  }
+}
+
+void AddUses(const std::vector<std::string>& lists, const std::string& option, CRecipeComponent::Use use,
+             const ColorSystem& system, CRecipeSettings& settings) {
+  for (const std::string& list : lists) {
+    for (std::size_t at = 0; at <= list.size();) {
+      const std::size_t end = std::min(list.find(',', at), list.size());
+      const std::string_view name = std::string_view(list).substr(at, end - at);
+      const CComponent* const component = ComponentNamed(system, name);
+      if (component == nullptr) throw InputError(option + ": " + NoComponentText(name));
+      CRecipeComponent entry;
+      entry.componentId = component->GetId();
+      entry.use = use;
+      settings.components.Add(entry);
+      at = end + 1;
+    }
+  }
+}
+
+}  // namespace
+
+void CriterionOptions::Apply(CRecipeSettings& settings) const {
+  settings.illuminants.RemoveAll();
+  for (const vrxIlluminant illuminant : viewing.Illuminants()) settings.illuminants.Add(illuminant);
+  settings.observer = viewing.Observer();
+  settings.difference = system.Settings();
+  settings.objective = objective;
+  settings.mode = specular;
+  if (!(tolerance >= 0.0)) throw InputError("--tolerance: a difference, 0 or more, is expected");
+  settings.tolerance = tolerance;
+  settings.weights.RemoveAll();
+  if (weights.empty()) return;
+  const std::vector<double> numbers = ParseNumbers(weights, "--weights");
+  const auto isWeight = [](double weight) { return weight >= 0.0 && weight <= 1e6; };
+  const bool areWeights = numbers.size() == static_cast<std::size_t>(settings.illuminants.GetSize()) &&
+                          std::ranges::all_of(numbers, isWeight) &&
+                          std::ranges::any_of(numbers, [](double weight) { return weight > 0.0; });
+  if (!areWeights)
+    throw InputError("--weights: a number from 0 to 1000000 is expected per illuminant, not all 0");
+  for (const double weight : numbers) settings.weights.Add(weight);
+}
+
+void AddCriterionOptions(Command& command, CriterionOptions& options) {
+  AddViewingOptions(command, options.viewing, "D65,A,CWF");
+  command
+      .AddOption("--weights", options.weights, "How much the squared difference under each illuminant counts")
+      .Shows("W,...");
+  AddSystemOptions(command, options.system, "cie2000");
+  command.AddChoice("--objective", options.objective, {"tristimulus", "spectral", "combined"},
+                    "What is made small: colour differences, the difference of the curves, or both");
+  AddSpecularOption(command, options.specular);
+  command.AddOption("--tolerance", options.tolerance, "Largest difference under any illuminant")
+      .Shows("DE [1]");
+}
+
+void ChoiceOptions::Apply(const ColorSystem& system, CRecipeSettings& settings) const {
+  if (maxColorants < 1 || maxColorants > 6)
+    throw InputError("--max-colorants: a number from 1 to 6 is expected");
+  if (!(minAmount >= 0.0 && minAmount <= kPercent)) {
+    throw InputError("--min-amount: a share in percent, 0 to 100, is expected");
+  }
+  settings.mostColorants = maxColorants;
+  settings.leastAmount = minAmount / kPercent;
+  settings.components.RemoveAll();
+  AddUses(require, "--require", CRecipeComponent::kRequired, system, settings);
+  AddUses(exclude, "--exclude", CRecipeComponent::kExcluded, system, settings);
+  if (!limits.empty()) ReadLimits(limits, system, settings);
+}
+
+void AddChoiceOptions(Command& command, ChoiceOptions& options, RecipePurpose purpose) {
+  const bool isRecipe = purpose == RecipePurpose::kRecipe;
+  command
+      .AddOption("--max-colorants", options.maxColorants,
+                 isRecipe ? "Most colorants of a recipe, 1 to 6" : "Most colorants that are added, 1 to 5")
+      .Shows("N [4]");
+  command
+      .AddOption("--require", options.require,
+                 isRecipe ? "Components that every recipe has, by id or name"
+                          : "Components that every correction adds, by id or name")
+      .Shows("COMPONENT,...");
+  command
+      .AddOption("--exclude", options.exclude,
+                 isRecipe ? "Components that no recipe has" : "Components that no correction adds")
+      .Shows("COMPONENT,...");
+  command
+      .AddOption("--limits", options.limits,
+                 isRecipe
+                     ? "CSV file: component, and any of min, max (percent of a recipe that has it) and cost "
+                       "of one unit"
+                     : "CSV file: component and cost of one unit; columns min and max are those of recipes")
+      .Shows("FILE")
+      .Check(RefuseEmpty);
+}
+
+void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& settings) const {
+  const auto expect = [](bool isGood, const char* what) {
+    if (!isGood) throw InputError(what);
+  };
+  choice.Apply(colorSystem, settings);
+  criterion.Apply(settings);
+  expect(top >= 1 && top <= 10'000, "--top: a number from 1 to 10000 is expected");
+  expect(batchSize > 0.0 && batchSize <= 1e9, "--batch-size: a number above 0 is expected");
+  expect(resolution >= 0.0 && resolution <= batchSize,
+         "--resolution: a number from 0 to the batch size is expected");
+  expect(threads >= 0 && threads <= 1024, "--threads: a number from 0 to 1024 is expected");
+  expect(maxSubsets >= 1.0 && maxSubsets <= 1e15, "--max-subsets: a number, 1 or more, is expected");
+  settings.top = top;
+  settings.batchSize = batchSize;
+  settings.resolution = resolution;
+  settings.threads = static_cast<uint32_t>(threads);
+  settings.mostSubsets = static_cast<uint64_t>(maxSubsets);
+}
+
+void AddSearchOptions(Command& command, SearchOptions& options, RecipePurpose purpose) {
+  AddChoiceOptions(command, options.choice, purpose);
+  AddCriterionOptions(command, options.criterion);
+  command.AddOption("--top", options.top, "Answers per target").Shows("N [10]");
+  command.AddOption("--resolution", options.resolution, "Step of the dispenser, in the unit of the amounts")
+      .Shows("AMOUNT [0]");
+  command.AddOption("--threads", options.threads, "Threads that work; 0: as many as there are cores")
+      .Shows("N [0]");
+  command.AddOption("--max-subsets", options.maxSubsets, "Refuse searches of more subsets")
+      .Shows("N [100000000]");
+  AddCurveInputOptions(command, options.input);
+  AddFormatOption(command, options.format);
+}
+
+const CComponent* ComponentNamed(const ColorSystem& system, std::string_view text) {
+  uint32_t id = 0;
+  const auto end = std::from_chars(text.data(), text.data() + text.size(), id);
+  const bool isId = end.ec == std::errc() && end.ptr == text.data() + text.size();
+  for (const CComponent* component : ComponentsInOrder(system)) {
+    const bool isIt =
+        isId ? component->GetId() == id : EqualsIgnoringCase(component->GetName().ToUtf8(), text);
+    if (isIt) return component;
+  }
+  return nullptr;
+}
+
+std::string NoComponentText(std::string_view text) {
+  return "the colour system has no component \"" + std::string(text) + "\"";
+}
+
+std::string FormulaText(const CDbFormula& formula, double batchSize) {
+  const int decimals = DecimalsFor(batchSize);
+  std::string text;
+  for (const CDbFormulaElement& line : formula) {
+    if (!text.empty()) text += ';';
+    text += std::to_string(line.componentId) + ":" + AmountText(line.amount, decimals);
+  }
+  return text;
+}
+
+std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& system, double batchSize) {
+  const int decimals = DecimalsFor(batchSize);
+  std::vector<const CDbFormulaElement*> lines;
+  for (const CDbFormulaElement& line : formula) lines.push_back(&line);
+  std::stable_sort(lines.begin(), lines.end(), [](const CDbFormulaElement* a, const CDbFormulaElement* b) {
+    return a->amount > b->amount;
+  });
+  std::string text;
+  for (const CDbFormulaElement* line : lines) {
+    const CComponent* component = ComponentOfId(system, static_cast<uint32_t>(line->componentId));
+    if (!text.empty()) text += " + ";
+    text += AmountText(line->amount, decimals) + " " +
+            (component != nullptr ? component->GetName().ToUtf8() : std::to_string(line->componentId));
+  }
+  return text;
+}
+
+void ReadBackings(const std::string& path, CReflData& black, CReflData& white) {
+  CurveReader curves = OpenCurves(path, {});
+  CurveRow row;
+  int32_t count = 0;
+  for (; count < 3 && curves.Next(row); ++count) (count == 0 ? black : white) = row.curve;
+  WarnAboutInput(curves);
+  if (count != 2) throw InputError(path + ": two curves are expected, the black backing and the white one");
+  CTrisValues ofBlack, ofWhite;
+  black.Tristimulus(vrxIllumD65, kObserver10, ofBlack);
+  white.Tristimulus(vrxIllumD65, kObserver10, ofWhite);
+  if (!(ofBlack[1] < ofWhite[1])) throw InputError(path + ": the first curve is not darker than the second");
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,92 @@
+// The common part of the commands that look for recipes: choice and limits of components, criteria, and how a recipe is
+// written.
+
+#ifndef TOOLS_VRX_RECIPES_RECIPE_OPTIONS_H_
+#define TOOLS_VRX_RECIPES_RECIPE_OPTIONS_H_
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vrxmath/matching/recipe.h>
+
+#include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/options/conditions.h"
+#include "tools/vrx/output/color_system_file.h"
+#include "tools/vrx/output/output.h"
+
+namespace vrx::tool {
+
+class Command;
+
+/// By what recipes are found and told apart.
+struct CriterionOptions {
+  ViewingOptions viewing;
+  SystemOptions system;
+  std::string weights;
+  RecipeObjective objective = RecipeObjective::kTristimulus;
+  SaundersonMode specular = SaundersonMode::kIncluded;
+  double tolerance = 1.0;
+
+  /// Writes them into the settings. Throws InputError for what cannot be used.
+  void Apply(CRecipeSettings& settings) const;
+};
+
+/// Adds `--illuminants`, `--observer`, `--weights`, `--system`, `--parameters`, `--objective`, `--specular` and
+/// `--tolerance`.
+void AddCriterionOptions(Command& command, CriterionOptions& options);
+
+/// The purpose of the colorants of a search: a recipe, or additions to a batch.
+enum class RecipePurpose { kRecipe, kAddition };
+
+/// Which components, how many and how much of them.
+struct ChoiceOptions {
+  std::vector<std::string> require;
+  std::vector<std::string> exclude;
+  std::string limits;
+  double minAmount = 0.0;  ///< percent
+  int maxColorants = 4;
+
+  void Apply(const ColorSystem& system, CRecipeSettings& settings) const;
+};
+
+/// Adds `--max-colorants`, `--require`, `--exclude` and `--limits`.
+void AddChoiceOptions(Command& command, ChoiceOptions& options, RecipePurpose purpose);
+
+/// The options of every command that searches.
+struct SearchOptions {
+  std::string system;
+  ChoiceOptions choice;
+  CriterionOptions criterion;
+  int top = 10;
+  double batchSize = 100.0;
+  double resolution = 0.0;
+  int threads = 0;
+  double maxSubsets = 1e8;
+  CurveInputOptions input;
+  Format format;
+
+  /// Writes them into the settings. Throws InputError for what cannot be used.
+  void Apply(const ColorSystem& colorSystem, CRecipeSettings& settings) const;
+};
+
+/// Adds choice and criterion, `--resolution`, `--top`, `--threads`, `--max-subsets`, the options of curves and the format.
+void AddSearchOptions(Command& command, SearchOptions& options, RecipePurpose purpose);
+
+/// The component of a system by its id or its name in any case; null when there is none.
+const CComponent* ComponentNamed(const ColorSystem& system, std::string_view text);
+/// The message about a component that the system does not have.
+std::string NoComponentText(std::string_view text);
+
+/// A formula as "1:94;7:1.5;16:4.5": components and amounts, these with as many decimals as shares of 1e-6 of a batch take,
+/// and at least four, but without zeros at the end.
+std::string FormulaText(const CDbFormula& formula, double batchSize);
+/// A formula for people: "94 Titanium White + 4.5 Cerulean Blue", the largest amount first.
+std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& system, double batchSize);
+
+/// The backings of a file: its first curve is the black one, its second the white one.
+void ReadBackings(const std::string& path, CReflData& black, CReflData& white);
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_RECIPES_RECIPE_OPTIONS_H_
