@@ -76,6 +76,16 @@ std::size_t WriteFixed(double value, int decimals, char* out) {
   return static_cast<std::size_t>(end - out);
 }
 
+// Line by line on a terminal: one of Windows decodes each write by itself, and two writes could share a character.
+bool WriteAll(std::FILE* file, std::string_view text, bool byLines) {
+  while (!text.empty()) {
+    const std::size_t size = byLines ? std::min(text.find('\n'), text.size() - 1) + 1 : text.size();
+    if (std::fwrite(text.data(), 1, size, file) != size || std::fflush(file) != 0) return false;
+    text.remove_prefix(size);
+  }
+  return true;
+}
+
 }  // namespace
 
 // OutputStream ------------------------------------------------------------------------------------------
@@ -102,7 +112,7 @@ void OutputStream::Send() {
     text_->append(buffer_.get(), bytes);
     return;
   }
-  if (std::fwrite(buffer_.get(), 1, bytes, file_) != bytes || std::fflush(file_) != 0) {
+  if (!WriteAll(file_, {buffer_.get(), bytes}, onTerminal_)) {
     finished_ = true;  // there is nobody left to warn
     if (errno == EPIPE) throw ReaderGone();
     throw OutputError(std::string("cannot write the results: ") + std::strerror(errno));

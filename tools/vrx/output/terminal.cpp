@@ -49,12 +49,23 @@ bool IsTerminal(std::FILE* file) {
 }
 
 bool UseColour() {
+#if defined(_WIN32)
+  // Consoles before Windows 10 show escapes as they stand.
+  DWORD mode = 0;
+  if (!::GetConsoleMode(::GetStdHandle(STD_OUTPUT_HANDLE), &mode)) return false;
+  if ((mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) == 0) return false;
+#endif
   return IsTerminal(stdout) && Environment("NO_COLOR").empty() && Environment("TERM") != "dumb";
 }
 
 std::size_t TerminalWidth() {
   if (!IsTerminal(stdout)) return 0;
-#if defined(TIOCGWINSZ)
+#if defined(_WIN32)
+  CONSOLE_SCREEN_BUFFER_INFO screen = {};
+  if (::GetConsoleScreenBufferInfo(::GetStdHandle(STD_OUTPUT_HANDLE), &screen)) {
+    return static_cast<std::size_t>(screen.srWindow.Right - screen.srWindow.Left + 1);
+  }
+#elif defined(TIOCGWINSZ)
   winsize size = {};
   if (ioctl(fileno(stdout), TIOCGWINSZ, &size) == 0) return size.ws_col;
 #endif
@@ -65,7 +76,7 @@ ProgressBar::ProgressBar(uint64_t total)
     : total_(total), next_(total > 0 && IsTerminal(stderr) ? 0 : std::numeric_limits<uint64_t>::max()) {}
 
 ProgressBar::~ProgressBar() {
-  if (drawn_) std::fputs("\r\x1b[K", stderr);
+  if (drawn_) std::fputs("\r\x1b[K", stderr), std::fflush(stderr);
 }
 
 void ProgressBar::Draw(uint64_t done) {
@@ -112,14 +123,23 @@ std::vector<std::string> Utf8Arguments(int, char**) {
   return arguments;
 }
 
+namespace {
+UINT codePageBefore = 0;
+}
+
 void UseUtf8Streams() {
   for (std::FILE* stream : {stdin, stdout, stderr}) _setmode(_fileno(stream), _O_BINARY);
+  codePageBefore = ::GetConsoleOutputCP();
+  if (codePageBefore == 0) return;  // there is no console
   ::SetConsoleOutputCP(CP_UTF8);
-  for (const DWORD name : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
-    const HANDLE console = ::GetStdHandle(name);
+  std::atexit([] { ::SetConsoleOutputCP(codePageBefore); });
+  for (std::FILE* stream : {stdout, stderr}) {
+    const HANDLE console = ::GetStdHandle(stream == stdout ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
     DWORD mode = 0;
-    if (::GetConsoleMode(console, &mode))
-      ::SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+    if (!::GetConsoleMode(console, &mode)) continue;
+    ::SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+    // A console decodes each write by itself, and without a buffer each byte would be one.
+    std::setvbuf(stream, nullptr, _IOFBF, std::size_t{1} << 14);
   }
 }
 #else
