@@ -91,17 +91,23 @@ class Control {
 // Lists -------------------------------------------------------------------------------------------------------
 
 /// A list or a combo box as the list that records fill (FillListBox and the `Fill...` functions): its refusals are those of
-/// the control. `RESET`, `ADD` and `DATA` are its messages.
+/// the control, and of a control that is gone. `RESET`, `ADD` and `DATA` are its messages.
 template <UINT RESET, UINT ADD, UINT DATA>
 class FillableControl : public Control, public ListBox {
  public:
   using Control::Control;
-  int32_t ResetContent() override { return static_cast<int32_t>(Send(RESET)); }
+  int32_t ResetContent() override { return Answer(RESET, 0, 0); }
   int32_t AddString(WideView text) override {
-    return static_cast<int32_t>(Send(ADD, 0, Wide(CString(text))));
+    return Answer(ADD, 0, reinterpret_cast<LPARAM>(Wide(CString(text))));
   }
   int32_t SetItemData(int32_t index, uint32_t data) override {
-    return static_cast<int32_t>(Send(DATA, static_cast<WPARAM>(index), static_cast<LPARAM>(data)));
+    return Answer(DATA, static_cast<WPARAM>(index), static_cast<LPARAM>(data));
+  }
+
+ private:
+  // A window that is gone refuses; the system would answer 0 for it.
+  [[nodiscard]] int32_t Answer(UINT message, WPARAM wParam, LPARAM lParam) const {
+    return ::IsWindow(Handle()) != FALSE ? static_cast<int32_t>(Send(message, wParam, lParam)) : LB_ERR;
   }
 };
 

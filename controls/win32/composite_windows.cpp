@@ -27,10 +27,6 @@ void PlaceButtons(const std::array<HWND, 4>& buttons, int left, int top, int wid
   }
 }
 
-bool IsOfListBox(UINT message) {
-  return message >= LB_ADDSTRING && message < LB_MSGMAX;
-}
-
 // The text of an entry by the two messages of a list or a combo box; empty for none.
 CString TextOfEntry(HWND list, LRESULT row, UINT lengthMessage, UINT textMessage) {
   const LRESULT length = row < 0 ? -1 : ::SendMessageW(list, lengthMessage, static_cast<WPARAM>(row), 0);

@@ -117,7 +117,13 @@ struct ClassOf {
   static inline WNDPROC below = nullptr;
 };
 
-/// The procedure of the windows of class T. No exception leaves it: a message that fails has the answer 0.
+/// Whether a message is one of the system's list boxes.
+inline bool IsOfListBox(UINT message) {
+  return message >= LB_ADDSTRING && message < LB_MSGMAX;
+}
+
+/// The procedure of the windows of class T. No exception leaves it: a message that fails has the answer 0, one of a list that
+/// there is no room.
 template <class T>
 LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   auto* object = reinterpret_cast<T*>(::GetWindowLongPtrW(window, ClassOf<T>::offset));
@@ -138,7 +144,7 @@ LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
     ::SetWindowLongPtrW(window, ClassOf<T>::offset, 0);
     return below();
   } catch (const std::exception&) {
-    return 0;
+    return IsOfListBox(message) ? LB_ERRSPACE : 0;
   }
 }
 

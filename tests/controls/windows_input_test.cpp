@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string>
 
+#include <vrxmath/platform/locale.h>
+
 #include "gallery_fixture.h"
 
 namespace vrx::controls {
@@ -298,6 +300,17 @@ TEST_F(Controls, NumbersAreTyped) {
     Type(L"\x16");
     EXPECT_EQ(TextOf(g.number.Handle()), row.text) << row.pasted;
   }
+  // The user's decimal separator.
+  LocaleConventions comma;
+  comma.decimalSeparator = u",";
+  const FixedLocale locale(comma);
+  SetLocale(&locale);
+  commands.clear();
+  g.number.Send(EM_SETSEL, 0, LPARAM{-1});
+  PressKeys({'3', VK_OEM_PERIOD, VK_OEM_COMMA, '5', VK_UP});
+  SetLocale(nullptr);
+  EXPECT_TRUE(WasTold(VRXNN_REFUSED));
+  EXPECT_EQ(TextOf(g.number.Handle()), L"3,55");
   // Nothing is the unset value.
   g.number.Send(EM_SETSEL, 0, LPARAM{-1});
   PressKeys({VK_DELETE, VK_TAB});

@@ -28,23 +28,43 @@ class OwnDesktop : public testing::Environment {
 };
 [[maybe_unused]] const auto* const kDesktop = testing::AddGlobalTestEnvironment(new OwnDesktop);
 
+// A list that has room for one entry.
+LRESULT CALLBACK HasRoomForOne(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
+  if (message == LB_ADDSTRING && ::SendMessageW(window, LB_GETCOUNT, 0, 0) == 1) return LB_ERRSPACE;
+  return ::DefSubclassProc(window, message, wParam, lParam);
+}
+
 TEST_F(Controls, AreFilledByRecords) {
   CListDataArray list;
-  list.Add({7, u"\u0416\u00DF"});
-  list.Add({9, u"second"});
+  CAttributeLabelArray labels;
+  for (const auto& [id, text] : {std::pair{7, u"\u0416\u00DF"}, std::pair{9, u"second"}}) {
+    list.Add({static_cast<uint32_t>(id), text});
+    CAttributeLabel label;
+    label.id = id;
+    label.text = text;
+    labels.Add(label);
+  }
   for (ListBox* box :
        {static_cast<ListBox*>(&g.checks), static_cast<ListBox*>(&g.to), static_cast<ListBox*>(&g.exchange),
         static_cast<ListBox*>(&g.editor), static_cast<ListBox*>(&g.colors)}) {
     auto& control = dynamic_cast<ListControl&>(*box);
-    EXPECT_GE(list.FillList(*box), 0);
-    EXPECT_EQ(control.Count(), 2);
-    EXPECT_EQ(control.Data(1), 9U);
-    EXPECT_EQ(control.Text(0), L"\u0416\u00DF");
+    for (const bool areLabels : {false, true}) {
+      EXPECT_GE(areLabels ? labels.FillList(*box) : list.FillList(*box), 0);
+      EXPECT_EQ(control.Count(), 2);
+      EXPECT_EQ(control.Data(1), 9U);
+      EXPECT_EQ(control.Text(0), L"\u0416\u00DF");
+    }
+    // Filling stops at the first refusal, and at a control that is gone.
+    ::SetWindowSubclass(control.Handle(), HasRoomForOne, 1, 0);
+    EXPECT_EQ(list.FillList(*box), LB_ERRSPACE);
+    EXPECT_EQ(control.Count(), 1);
+    ::DestroyWindow(control.Handle());
+    EXPECT_EQ(list.FillList(*box), LB_ERR);
   }
   EXPECT_GE(list.FillList(g.combo), 0);
   EXPECT_EQ(g.combo.Send(CB_GETCOUNT), 2);
   EXPECT_EQ(g.combo.Send(CB_GETITEMDATA, 1), 9);
-  // The system's own list box is one of them, too. A list that is gone refuses, and filling stops.
+  // The system's own list box is one of them, too.
   ListControl own(
       ::CreateWindowExW(0, L"LISTBOX", L"", WS_CHILD, 0, 0, 9, 9, g.window, nullptr, nullptr, nullptr));
   EXPECT_GE(list.FillList(own), 0);
@@ -309,6 +329,43 @@ TEST_F(Controls, RefuseWhatCannotBe) {
   EXPECT_FALSE(g.number.SetRange({5, 1, 1, 1, 0}));
   EXPECT_FALSE(g.tabs.Enable(7, false));
   EXPECT_FALSE(g.plane.SetDpi(20));
+}
+
+TEST(Gallery, IsUsedFromRightToLeft) {
+  const Gallery shown = OpenGallery(96, WS_EX_LAYOUTRTL);
+  const HWND checks = shown.checks.Handle();
+  // The mark stands on the right of the screen, where the mouse finds it.
+  POINT mark{8, 8};
+  RECT client{};
+  ::GetClientRect(checks, &client);
+  EXPECT_TRUE(ClickByMouse(checks, mark, [&] { return shown.checks.Check(0) == VRX_CHECK_OFF; }));
+  POINT left{client.right, 8};
+  ::MapWindowPoints(checks, nullptr, &mark, 1);
+  ::MapWindowPoints(checks, nullptr, &left, 1);
+  EXPECT_GT(mark.x, left.x + client.right / 2);
+  // Arrows go where they point to.
+  ::SetFocus(shown.tabs.Handle());
+  Press(VK_LEFT);
+  EXPECT_EQ(shown.tabs.Current(), 2);
+  Press(VK_RIGHT);
+  EXPECT_EQ(shown.tabs.Current(), 0);
+  ::SetFocus(shown.tree.Handle());
+  Press(VK_HOME);
+  Press(VK_LEFT);
+  EXPECT_EQ(shown.tree.Send(VRXTM_ISEXPANDED, 0), 1);
+  // The text of the combo box begins at its edge, and the disabled tab is grey there, too.
+  const HWND combo = ::GetDlgItem(shown.combo.Handle(), 1);
+  EXPECT_GT(CountPixels(combo, {4, 2, 18, 20}, ::GetSysColor(COLOR_WINDOWTEXT)), 5);
+  RECT tab{};
+  for (const int disabled : {0, 1}) {
+    shown.tabs.Send(TCM_GETITEMRECT, static_cast<WPARAM>(disabled), &tab);
+    EXPECT_EQ(CountPixels(shown.tabs.Handle(), tab, ::GetSysColor(COLOR_BTNTEXT)) > 0, disabled == 0);
+  }
+  // Points are drawn as everywhere, and found by the mouse where they are.
+  POINT point{};
+  shown.trend.Send(VRXDM_GETPOINT, 3, &point);
+  EXPECT_TRUE(ClickByMouse(shown.trend.Handle(), point, [&] { return shown.trend.Current() == 3; }));
+  ::DestroyWindow(shown.window);
 }
 
 // The whole gallery at two resolutions and in both writing directions, kept as pictures to be looked at.
