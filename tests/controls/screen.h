@@ -12,17 +12,19 @@
 namespace vrx::test {
 
 /// Handles messages until one from `first` to `last` came, for which it waits: input takes its way through the system. Gives up
-/// when nothing comes at all.
+/// when it does not come; other messages, as those of timers, do not prolong the wait.
 inline void HandleUntil(UINT first, UINT last) {
   constexpr DWORD kGivingUp = 5'000;
+  const DWORD start = ::GetTickCount();
   for (bool isThere = false; !isThere;) {
     MSG message{};
     while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
       isThere = isThere || (message.message >= first && message.message <= last);
       gallery::Dispatch(message);
     }
-    if (isThere || ::MsgWaitForMultipleObjects(0, nullptr, FALSE, kGivingUp, QS_ALLINPUT) == WAIT_TIMEOUT)
-      return;
+    const DWORD waited = ::GetTickCount() - start;
+    if (isThere || waited >= kGivingUp) return;
+    ::MsgWaitForMultipleObjects(0, nullptr, FALSE, kGivingUp - waited, QS_ALLINPUT);
   }
 }
 
@@ -60,41 +62,42 @@ inline void Type(std::wstring_view text) {
   }
 }
 
-inline void Mouse(DWORD flags, DWORD data = 0) {
+/// Turns the wheel, which the window with the focus hears.
+inline void TurnWheel(int delta) {
   INPUT input{};
   input.type = INPUT_MOUSE;
-  input.mi.dwFlags = flags;
-  input.mi.mouseData = data;
+  input.mi.dwFlags = MOUSEEVENTF_WHEEL;
+  input.mi.mouseData = static_cast<DWORD>(delta);
   ::SendInput(1, &input, sizeof input);
-  HandleUntil(WM_LBUTTONDOWN, WM_MOUSEWHEEL);
+  HandleUntil(WM_MOUSEWHEEL, WM_MOUSEWHEEL);
 }
 
-/// Moves the mouse to a point of a window's client area. The pointer of the X server stays where it is, so that none of its
-/// messages comes late and moves the mouse back.
-inline void MoveTo(HWND window, POINT point) {
+/// Moves the mouse to a point of a window's client area and presses or lets go a button there (MOUSEEVENTF_LEFT...), as one
+/// input: the X server, whose pointer stays where it is, may move the mouse back between two.
+inline void MoveTo(HWND window, POINT point, DWORD button = 0) {
   ::MapWindowPoints(window, nullptr, &point, 1);
   constexpr LONG kWhole = 65536;
   INPUT input{};
   input.type = INPUT_MOUSE;
   input.mi.dx = (point.x * kWhole + kWhole / 2) / ::GetSystemMetrics(SM_CXSCREEN);
   input.mi.dy = (point.y * kWhole + kWhole / 2) / ::GetSystemMetrics(SM_CYSCREEN);
-  input.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
+  input.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | button;
   ::SendInput(1, &input, sizeof input);
+  if (button != 0) HandleUntil(WM_LBUTTONDOWN, WM_LBUTTONDBLCLK);
   gallery::HandleMessages();
 }
 
 /// Drags with the mouse of the system, from a point of one window to a point of another, until `isDone` says that it arrived:
-/// while windows come up, the X server may have moved the mouse meanwhile. With `isDropped` false Escape ends it.
+/// while windows come up, input may go astray. With `isDropped` false Escape ends it.
 template <class DONE>
 bool DragByMouse(HWND from, POINT start, HWND to, POINT end, DONE isDone, bool isDropped = true) {
   for (int tries = 0; tries < 5; ++tries) {
     start.x += 10;  // not a double click
-    MoveTo(from, start);
-    Mouse(MOUSEEVENTF_LEFTDOWN);
+    MoveTo(from, start, MOUSEEVENTF_LEFTDOWN);
     MoveTo(from, {start.x + 8, start.y + 8});
     MoveTo(to, end);
     if (!isDropped) SendKey(VK_ESCAPE, false);
-    Mouse(MOUSEEVENTF_LEFTUP);
+    MoveTo(to, end, MOUSEEVENTF_LEFTUP);
     if (!isDropped) SendKey(VK_ESCAPE, true);
     if (isDone()) return true;
   }
@@ -105,10 +108,9 @@ bool DragByMouse(HWND from, POINT start, HWND to, POINT end, DONE isDone, bool i
 template <class DONE>
 bool ClickByMouse(HWND window, POINT point, DONE isDone, int times = 1) {
   for (int tries = 0; tries < 5; ++tries) {
-    MoveTo(window, point);
     for (int i = 0; i < times; ++i) {
-      Mouse(MOUSEEVENTF_LEFTDOWN);
-      Mouse(MOUSEEVENTF_LEFTUP);
+      MoveTo(window, point, MOUSEEVENTF_LEFTDOWN);
+      MoveTo(window, point, MOUSEEVENTF_LEFTUP);
     }
     if (isDone()) return true;
   }
