@@ -13,6 +13,7 @@
 
 #include "tools/vrx/command_line.h"
 #include "tools/vrx/output/json_output.h"
+#include "tools/vrx/output/shortest_decimal.h"
 #include "tools/vrx/output/terminal.h"
 #include "tools/vrx/output/text.h"
 
@@ -149,12 +150,12 @@ void OutputStream::AppendShown(std::string_view text) {
 
 void OutputStream::AppendNumber(double value) {
   if (IsUnset(value)) return;
-  if (std::isnan(value)) return Append("nan");  // whatever its sign
+  if (value == 0.0 && format_.digits == Format::kShortest) return Append('0');  // of either sign
+  if (std::isnan(value)) return Append("nan");                                  // whatever its sign
   if (format_.digits != Format::kShortest) return AppendFixed(value, format_.digits);
-  value += 0.0;  // a negative zero becomes 0
   constexpr std::size_t kLongest = 32;
   char* const at = Room(kLongest);
-  used_ += static_cast<std::size_t>(std::to_chars(at, at + kLongest, value).ptr - at);
+  used_ += static_cast<std::size_t>(WriteShortest(value, at) - at);
 }
 
 void OutputStream::AppendFixed(double value, int decimals) {

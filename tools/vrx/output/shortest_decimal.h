@@ -1,0 +1,14 @@
+// The shortest decimal text of a double, for rows of millions of results.
+
+#ifndef TOOLS_VRX_OUTPUT_SHORTEST_DECIMAL_H_
+#define TOOLS_VRX_OUTPUT_SHORTEST_DECIMAL_H_
+
+namespace vrx::tool {
+
+/// Writes the shortest text that reads back to `value`, of several the one nearest to it: the same characters as
+/// std::to_chars without a format. Returns its end; `out` has room for 32 characters.
+char* WriteShortest(double value, char* out);
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_OUTPUT_SHORTEST_DECIMAL_H_
