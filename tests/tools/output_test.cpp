@@ -13,6 +13,7 @@
 #include <vrxio/input_error.h>
 
 #include "tests/testing/temporary_folder.h"
+#include "tools/vrx/output/shortest_decimal.h"
 #include "tools/vrx/output/text.h"
 
 namespace {
@@ -56,6 +57,27 @@ TEST(Output, FixedNumbersRoundAsPrintfDoes) {
     output.Finish();
   });
   EXPECT_EQ(got, expected);
+}
+
+TEST(Output, ShortestNumbersAreThoseOfTheStandardLibrary) {
+  std::mt19937_64 random(5);
+  const auto check = [](double value) {
+    char got[32], expected[32];
+    const std::string_view text(got, vrx::tool::WriteShortest(value, got));
+    ASSERT_EQ(text, std::string_view(expected, std::to_chars(expected, expected + 32, value).ptr));
+  };
+  for (int i = 0; i < 100'000; ++i) {
+    const double wide = std::ldexp(1.0 + static_cast<double>(random() >> 12) * 0x1p-52, i % 34 - 13);
+    check(i % 2 == 0 ? wide : -wide);
+    check(static_cast<double>(random() % (1U << 29)) *
+          0x1p-12);  // the nearest texts may be as far on either side
+    // Few decimals, and the doubles beside them.
+    const double few = static_cast<double>(random() % 100'000'000) / std::pow(10, i % 12);
+    for (const double value : {few, std::nextafter(few, 1e9), std::nextafter(few, 0.0)}) check(value);
+  }
+  for (double power = 0x1p-12; power < 1e6; power *= 2) {
+    for (const double value : {power, std::nextafter(power, 1e9), std::nextafter(power, 0.0)}) check(value);
+  }
 }
 
 TEST(Output, OneRowInEachFormat) {

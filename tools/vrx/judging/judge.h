@@ -4,11 +4,14 @@
 #define TOOLS_VRX_JUDGING_JUDGE_H_
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include <vrxmath/batch/batch_view.h>
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
@@ -87,6 +90,12 @@ class Judge {
   /// The outcome of the last trial, whose names `trial` gives, in a record of its own.
   void Take(const CurveRow& trial, Judgement& judgement) const;
 
+  /// Judges many trials at once: curves of 40 samples, in percent, one behind the other. The outcomes are those of
+  /// Evaluate to the last bit, but Result and the colours and differences of the last trial are not there.
+  void EvaluateCurves(std::span<const double> curves);
+  /// The outcome of the trial at `row` of them, as by Take.
+  void TakeCurve(std::size_t row, const CurveRow& trial, Judgement& judgement);
+
   const std::string& StandardId() const { return id_; }
   const CReflData& StandardCurve() const { return standard_; }
   /// The outcome of the last trial under the illuminant at index `i` of the settings.
@@ -117,7 +126,15 @@ class Judge {
   }
 
  private:
+  // What is known of many trials, a table for each illuminant: columns of as many rows.
+  struct Batch {
+    std::size_t rows = 0;
+    std::vector<double> xyz, lab, coordinates, differences, labDifferences;
+  };
+
   void TakeColors(const Sample& sample, CColorValuesIllDataArray& values) const;
+  void TakeNames(const CurveRow& trial, Judgement& judgement) const;
+  void FillDifferences(std::size_t i, const BatchView<double, 3>& xyz);
   void SetBoxes();
   void SetEllipses();
 
@@ -126,6 +143,7 @@ class Judge {
   CReflDataArray curve_;  // one geometry at a time
   CReflData standard_;
   CEvaluationArray results_;
+  Batch batch_;
   std::string id_;
   int32_t geometry_ = -2;  // none that can be asked for
   bool hasBoxes_ = false;

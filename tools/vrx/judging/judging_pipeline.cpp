@@ -12,6 +12,9 @@ struct JudgingPipeline::Chunk {
   std::vector<PipelineTrial> judged;
   std::size_t standards = 0;
   std::vector<Standard> standardCopies;
+  std::vector<double> curves;  // of trials that are judged at once
+  std::string text;            // of the trial that is being written
+  OutputStream stream{text};
   std::uint64_t position = 0;  // in the file, behind the last trial
   std::exception_ptr failure;  // what went wrong behind the last trial
 };
@@ -62,29 +65,57 @@ bool JudgingPipeline::Read(Chunk& chunk, std::size_t chunkTrials) {
   return true;
 }
 
+// Judges the curves from `begin` on that have the standard of the first one, where there are enough of them to be worth it.
+// Returns the end of those that it judged.
+std::size_t JudgingPipeline::EvaluateCurves(Chunk& chunk, std::size_t begin, Judge& judge) {
+  constexpr std::size_t kFewest = 8;
+  std::size_t end = begin;
+  for (; end < chunk.trials && chunk.judged[end].standard == chunk.judged[begin].standard; ++end) {
+    if (chunk.judged[end].trial.kind != Sample::kCurve) break;
+  }
+  if (end - begin < kFewest) return begin;
+  chunk.curves.clear();
+  for (std::size_t i = begin; i < end; ++i) {
+    const CReflData& curve = chunk.judged[i].trial.curve;
+    chunk.curves.insert(chunk.curves.end(), curve.begin(), curve.end());
+  }
+  judge.EvaluateCurves(chunk.curves);
+  return end;
+}
+
 void JudgingPipeline::JudgeTrials(Chunk& chunk, Judge& judge) const {
   std::size_t done = 0;
   try {
-    std::string text;
-    OutputStream stream(text);
-    if (output_ != nullptr) output_->Prepare(stream);
+    if (output_ != nullptr) output_->Prepare(chunk.stream);
+    std::size_t begin = 0, end = 0;  // of the curves that are judged already
     for (; done < chunk.trials; ++done) {
       PipelineTrial& trial = chunk.judged[done];
       const Standard& standard = chunk.standardCopies[trial.standard];
       if (judge.StandardStamp() != standard.stamp) judge.SetStandard(standard);
-      judge.Evaluate(trial.trial);
-      judge.Take(trial.trial, trial.judgement);
-      trial.text.clear();
-      if (output_ != nullptr && output_->WriteText(trial.judgement, stream)) {
-        stream.Finish();
-        trial.text.swap(text);
-        text.clear();
+      if (done >= end) {
+        begin = done;
+        end = EvaluateCurves(chunk, done, judge);
       }
+      if (done < end) {
+        judge.TakeCurve(done - begin, trial.trial, trial.judgement);
+      } else {
+        judge.Evaluate(trial.trial);
+        judge.Take(trial.trial, trial.judgement);
+      }
+      WriteText(chunk, trial);
     }
   } catch (...) {
     chunk.failure = std::current_exception();
     chunk.trials = done;
   }
+}
+
+void JudgingPipeline::WriteText(Chunk& chunk, PipelineTrial& trial) const {
+  trial.text.clear();
+  if (output_ == nullptr || !output_->WriteText(trial.judgement, chunk.stream)) return;
+  chunk.stream.Finish();
+  trial.text.swap(chunk.text);
+  chunk.text.clear();
 }
 
 bool JudgingPipeline::HandOn(Chunk& chunk, Judge& judge) {

@@ -49,6 +49,8 @@ class JudgingPipeline {
   void Work(std::size_t chunkTrials);
   bool Read(Chunk& chunk, std::size_t chunkTrials);
   void JudgeTrials(Chunk& chunk, Judge& judge) const;
+  void WriteText(Chunk& chunk, PipelineTrial& trial) const;
+  static std::size_t EvaluateCurves(Chunk& chunk, std::size_t begin, Judge& judge);
   bool HandOn(Chunk& chunk, Judge& judge);
 
   Comparison& comparison_;

@@ -67,10 +67,10 @@ class CsvJudgeOutput final : public JudgeOutput {
       text.Append(',');
       text.Append(TextOf(word));
     }
-    for (const Verdict verdict : {under.components, under.total, under.overall}) {
-      text.Append(',');
-      text.Append(static_cast<char>('0' + verdict));
-    }
+    const auto digit = [](Verdict verdict) { return static_cast<char>('0' + verdict); };
+    const char verdicts[] = {',', digit(under.components), ',', digit(under.total),
+                             ',', digit(under.overall)};
+    text.Append({verdicts, sizeof verdicts});
     if (byEllipse_) {
       text.Append(',');
       text.AppendNumber(under.ellipseValue);

@@ -172,7 +172,9 @@ void OutputStream::AppendCsvText(std::string_view text) {
 }
 
 void OutputStream::AppendQuoted(std::string_view text) {
-  if (text.find_first_of(",\"\r\n") == std::string_view::npos) return Append(text);
+  bool isPlain = true;  // without an early end: names are short
+  for (const char c : text) isPlain &= c != ',' && c != '"' && c != '\r' && c != '\n';
+  if (isPlain) return Append(text);
   Append('"');
   for (const char c : text) {
     if (c == '"') Append('"');
