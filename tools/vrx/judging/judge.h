@@ -128,7 +128,11 @@ class Judge {
  private:
   // What is known of many trials, a table for each illuminant: columns of as many rows.
   struct Batch {
-    std::size_t rows = 0;
+    struct Table {
+      BatchView<double, 5> lab;
+      BatchView<double, 7> differences, labDifferences;
+    };
+    std::vector<Table> tables;
     std::vector<double> xyz, lab, coordinates, differences, labDifferences;
   };
 

@@ -47,7 +47,6 @@ Difference DifferenceAt(const BatchView<double, 7>& rows, std::size_t row) {
 
 void Judge::EvaluateCurves(std::span<const double> curves) {
   const std::size_t rows = curves.size() / kSamples, tables = settings_.illuminants.size();
-  batch_.rows = rows;
   batch_.xyz.resize(3 * rows * tables);
   for (std::vector<double>* const coordinates : {&batch_.lab, &batch_.coordinates}) {
     coordinates->resize(5 * rows * tables);
@@ -56,7 +55,12 @@ void Judge::EvaluateCurves(std::span<const double> curves) {
     differences->resize(7 * rows * tables);
   }
   std::vector<BatchView<double, 3>> xyz;
-  for (std::size_t i = 0; i < tables; ++i) xyz.push_back(TableIn<3>(batch_.xyz, i, rows));
+  batch_.tables.resize(tables);
+  for (std::size_t i = 0; i < tables; ++i) {
+    xyz.push_back(TableIn<3>(batch_.xyz, i, rows));
+    batch_.tables[i] = {TableIn<5>(batch_.lab, i, rows), TableIn<7>(batch_.differences, i, rows),
+                        TableIn<7>(batch_.labDifferences, i, rows)};
+  }
   TristimulusBatch(settings_.illuminants, settings_.observer, {curves}, xyz);
   for (std::size_t i = 0; i < tables; ++i) FillDifferences(i, xyz[i]);
   calc_.reflectanceA.RemoveAll();
@@ -70,19 +74,17 @@ void Judge::EvaluateCurves(std::span<const double> curves) {
 void Judge::FillDifferences(std::size_t i, const BatchView<double, 3>& xyz) {
   const vrxIlluminant illuminant = settings_.illuminants[i];
   const std::int32_t system = settings_.difference.system;
-  const std::size_t rows = batch_.rows;
-  const auto lab = TableIn<5>(batch_.lab, i, rows);
+  const auto& [lab, differences, labDifferences] = batch_.tables[i];
   const double angle = std::fabs(calc_.angles.GetCount() > 0 ? calc_.angles.GetAngle(0) : AngleOfCode(0));
   Color standard = StandardColor(i).Values();
   CoordinatesBatch(vrxSystemLab, illuminant, settings_.observer, xyz, lab);
   DifferenceBatch(DefaultSettings(vrxSystemLab), angle, OneColor(standard).Batch(), {xyz, lab},
-                  TableIn<7>(batch_.labDifferences, i, rows));
-  const auto differences = TableIn<7>(batch_.differences, i, rows);
+                  labDifferences);
   if (FindDifferenceSystem(system)->space == CoordinateSpace::kLab) {
     DifferenceBatch(settings_.difference, angle, OneColor(standard).Batch(), {xyz, lab}, differences);
     return;
   }
-  const auto coordinates = TableIn<5>(batch_.coordinates, i, rows);
+  const auto coordinates = TableIn<5>(batch_.coordinates, i, xyz.size());
   CoordinatesBatch(system, illuminant, settings_.observer, xyz, coordinates);
   if (IsUnset(standard.xyz) || !FillCoordinates(system, illuminant, settings_.observer, standard)) {
     standard = CColorValues().Values();
@@ -94,12 +96,11 @@ void Judge::TakeCurve(std::size_t row, const CurveRow& trial, Judgement& judgeme
   TakeNames(trial, judgement);
   for (std::size_t i = 0; i < judgement.under.size(); ++i) {
     const auto at = static_cast<std::int32_t>(i);
-    const auto lab = TableIn<5>(batch_.lab, i, batch_.rows);
+    const auto& [lab, differences, labDifferences] = batch_.tables[i];
     calc_.valuesA[0][at].lab.SetValues(
         {lab.at(row, 0), lab.at(row, 1), lab.at(row, 2), lab.at(row, 3), lab.at(row, 4)});
-    calc_.labDifferences[0][at].SetValues(
-        DifferenceAt(TableIn<7>(batch_.labDifferences, i, batch_.rows), row));
-    const CDeltaValues difference(DifferenceAt(TableIn<7>(batch_.differences, i, batch_.rows), row));
+    calc_.labDifferences[0][at].SetValues(DifferenceAt(labDifferences, row));
+    const CDeltaValues difference(DifferenceAt(differences, row));
     IlluminantJudgement& under = judgement.under[i];
     under = JudgementOf(calc_.JudgeAt(0, 0, at, difference), difference, calc_.judgeByEllipse);
     under.ellipseValue =

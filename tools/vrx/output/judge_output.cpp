@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <utility>
 
 #include "tools/vrx/options/conditions.h"
@@ -29,6 +30,26 @@ struct Texts {
   std::vector<std::string> geometries;
 };
 
+// A text that is copied 16 bytes at a time where it is not longer, without a branch on its length.
+class ShortText {
+ public:
+  explicit ShortText(std::string text) : length_(text.size()), padded_(std::move(text)) {
+    padded_.resize(std::max(length_, kStep));
+  }
+  std::size_t Bytes() const { return padded_.size(); }
+  /// `out` has room for Bytes().
+  char* Write(char* out) const {
+    std::memcpy(out, padded_.data(), length_ <= kStep ? kStep : length_);
+    return out + length_;
+  }
+
+ private:
+  static constexpr std::size_t kStep = 16;
+
+  std::size_t length_;
+  std::string padded_;
+};
+
 class CsvJudgeOutput final : public JudgeOutput {
  public:
   CsvJudgeOutput(OutputStream& output, const JudgeSettings& settings)
@@ -37,6 +58,10 @@ class CsvJudgeOutput final : public JudgeOutput {
         "standard,trial,geometry,illuminant,observer,e0,e1,e2,e3,e4,e5,e6,word0,word1,word2,box,total,"
         "verdict");
     output_.Append(byEllipse_ ? ",ellipse\n" : "\n");
+    for (std::int32_t word = kShadeNone; word <= kBluer; ++word) {
+      words_.emplace_back("," + TextOf(static_cast<ShadeWord>(word)));
+      longestWord_ = std::max(longestWord_, words_.back().Bytes());
+    }
   }
   void Add(const Judgement& judgement) override { WriteText(judgement, output_); }
   bool WriteText(const Judgement& judgement, OutputStream& text) const override {
@@ -52,35 +77,39 @@ class CsvJudgeOutput final : public JudgeOutput {
     text.AppendCsvText(judgement.standard);
     text.Append(',');
     text.AppendCsvText(judgement.trial);
-    for (const std::string_view part :
-         {texts_.Geometry(judgement.geometry), std::string_view(texts_.illuminants[i])}) {
-      text.Append(',');
-      text.Append(part);
-    }
+    text.Append(',');
+    text.Append(texts_.Geometry(judgement.geometry));
+    text.Append(',');
+    text.Append(texts_.illuminants[i]);
     text.Append(texts_.observer == 10 ? ",10" : ",2");
-    const IlluminantJudgement& under = judgement.under[i];
+    WriteOutcome(judgement.under[i], text);
+  }
+
+  void WriteOutcome(const IlluminantJudgement& under, OutputStream& text) const {
+    constexpr std::size_t kNumbers = 8, kRest = 16;
+    char* at = text.Room(kNumbers * (1 + OutputStream::kLongestNumber) + 3 * longestWord_ + kRest);
     for (const double element : under.difference) {
-      text.Append(',');
-      text.AppendNumber(element);
+      *at++ = ',';
+      at = text.WriteNumber(element, at);
     }
-    for (const ShadeWord word : under.words) {
-      text.Append(',');
-      text.Append(TextOf(word));
+    for (const ShadeWord word : under.words) at = words_[static_cast<std::size_t>(word)].Write(at);
+    for (const Verdict verdict : {under.components, under.total, under.overall}) {
+      *at++ = ',';
+      *at++ = static_cast<char>('0' + verdict);
     }
-    const auto digit = [](Verdict verdict) { return static_cast<char>('0' + verdict); };
-    const char verdicts[] = {',', digit(under.components), ',', digit(under.total),
-                             ',', digit(under.overall)};
-    text.Append({verdicts, sizeof verdicts});
     if (byEllipse_) {
-      text.Append(',');
-      text.AppendNumber(under.ellipseValue);
+      *at++ = ',';
+      at = text.WriteNumber(under.ellipseValue, at);
     }
-    text.Append('\n');
+    *at++ = '\n';
+    text.EndPart(at);
   }
 
   OutputStream& output_;
   Texts texts_;
   bool byEllipse_;
+  std::vector<ShortText> words_;  // by shade word, behind a comma
+  std::size_t longestWord_ = 0;
 };
 
 class JsonJudgeOutput final : public JudgeOutput {

@@ -33,7 +33,7 @@ void AddFormatOption(Command& command, Format& format) {
 namespace {
 
 constexpr std::string_view kFormulaStarts = "=+-@\t\r";  // what a spreadsheet begins a formula with
-constexpr std::size_t kLongestFixed = 330;               // sign, 309 digits, point and decimals
+constexpr std::size_t kLongestFixed = OutputStream::kLongestNumber;  // sign, 309 digits, point and decimals
 
 // The digits of `value` with so many decimals, by whole-number arithmetic, and where they end; null where that
 // might round the wrong way: for large numbers and for those half-way between two neighbours.
@@ -149,13 +149,20 @@ void OutputStream::AppendShown(std::string_view text) {
 }
 
 void OutputStream::AppendNumber(double value) {
-  if (IsUnset(value)) return;
-  if (value == 0.0 && format_.digits == Format::kShortest) return Append('0');  // of either sign
-  if (std::isnan(value)) return Append("nan");                                  // whatever its sign
-  if (format_.digits != Format::kShortest) return AppendFixed(value, format_.digits);
-  constexpr std::size_t kLongest = 32;
-  char* const at = Room(kLongest);
-  used_ += static_cast<std::size_t>(WriteShortest(value, at) - at);
+  EndPart(WriteNumber(value, Room(kLongestNumber)));
+}
+
+char* OutputStream::WriteNumber(double value, char* out) const {
+  if (IsUnset(value)) return out;
+  if (format_.digits != Format::kShortest && !std::isnan(value)) {
+    return out + WriteFixed(value, format_.digits, out);
+  }
+  if (value == 0.0) {  // of either sign
+    *out = '0';
+    return out + 1;
+  }
+  if (std::isnan(value)) return std::copy_n("nan", 3, out);  // whatever its sign
+  return WriteShortest(value, out);
 }
 
 void OutputStream::AppendFixed(double value, int decimals) {

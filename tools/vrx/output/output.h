@@ -76,6 +76,15 @@ class OutputStream {
   /// The shortest text that reads back to `value`, or its fixed text in the digits of the format; nothing when it is
   /// unset.
   void AppendNumber(double value);
+  /// The longest text that AppendNumber appends, in bytes.
+  static constexpr std::size_t kLongestNumber = 330;
+  /// For rows of many short parts, which cost less without a question for room at each: so many free bytes, some thousand at
+  /// most, to write to. EndPart appends what was written to them, up to `end`.
+  char* Room(std::size_t bytes);
+  void EndPart(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.get()); }
+  /// Writes to such bytes what AppendNumber appends; returns its end.
+  char* WriteNumber(double value, char* out) const;
+
   /// `value` with 0 to 9 decimals, rounded to nearest; never "-0.00". An unset value is "-".
   void AppendFixed(double value, int decimals);
   /// A field of a csv row, in quotes when it has a comma, a quote or a line end in it. On a terminal it is shown as
@@ -97,7 +106,6 @@ class OutputStream {
 
   void Send();
   void AppendQuoted(std::string_view text);
-  char* Room(std::size_t bytes);  // that many free bytes at the end of the buffer
 
   std::FILE* file_ = nullptr;
   std::string* text_ = nullptr;  // in place of a file
