@@ -15,7 +15,7 @@ class Help : public vrx::test::ToolProcess {
   // The files that examples name, each fit for what it is named for.
   void WriteFiles() {
     const std::filesystem::path examples = VRX_SOURCE_DIR "/examples";
-    std::filesystem::create_directory_symlink(examples, folder_ / "examples");
+    std::filesystem::copy(examples, folder_ / "examples", std::filesystem::copy_options::recursive);
     const std::pair<const char*, std::vector<const char*>> kCopies[] = {
         {"chart_ohta.csv", {"standard.csv", "master.csv"}},
         {"chart_average.csv",
