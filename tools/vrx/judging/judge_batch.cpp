@@ -9,13 +9,12 @@
 #include <vrxmath/batch/tristimulus_batch.h>
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/foundation/ks_data.h>
 
 #include "tools/vrx/judging/judge.h"
 
 namespace vrx::tool {
 namespace {
-
-constexpr std::size_t kSamples = 40;  // of a curve
 
 // Table `i` of several of as many rows: kWidth columns, one behind the other.
 template <std::size_t kWidth>
@@ -46,7 +45,7 @@ Difference DifferenceAt(const BatchView<double, 7>& rows, std::size_t row) {
 }  // namespace
 
 void Judge::EvaluateCurves(std::span<const double> curves) {
-  const std::size_t rows = curves.size() / kSamples, tables = settings_.illuminants.size();
+  const std::size_t rows = curves.size() / kWavelengths, tables = settings_.illuminants.size();
   batch_.xyz.resize(3 * rows * tables);
   for (std::vector<double>* const coordinates : {&batch_.lab, &batch_.coordinates}) {
     coordinates->resize(5 * rows * tables);

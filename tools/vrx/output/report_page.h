@@ -60,8 +60,8 @@ struct ReportColumn {
   int32_t decimals = 2;
 };
 
-/// Rows of a table, up to 100,000. A column of texts that gets numbers is one of numbers. All rows go to the page's data; the first ones are also written out, so that there is something to
-/// read, and to print, where no script runs.
+/// Rows of a table, up to 100,000. A column of texts that gets numbers is one of numbers. All rows go to the page's data; the
+/// first ones are also written out, so that there is something to read, and to print, where no script runs.
 class ReportTable final : public RowWriter {
  public:
   explicit ReportTable(std::vector<ReportColumn> columns) : columns_(std::move(columns)) {}

@@ -76,7 +76,9 @@ ProgressBar::ProgressBar(uint64_t total)
     : total_(total), next_(total > 0 && IsTerminal(stderr) ? 0 : std::numeric_limits<uint64_t>::max()) {}
 
 ProgressBar::~ProgressBar() {
-  if (drawn_) std::fputs("\r\x1b[K", stderr), std::fflush(stderr);
+  if (!drawn_) return;
+  std::fputs("\r\x1b[K", stderr);
+  std::fflush(stderr);
 }
 
 void ProgressBar::Draw(uint64_t done) {
