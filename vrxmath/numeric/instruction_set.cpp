@@ -34,7 +34,7 @@ bool IsAvailable(InstructionSet set) noexcept {
 #if defined(VRX_WIDE_SETS)
   // The answers take into account whether the operating system keeps the registers.
   __builtin_cpu_init();
-  const bool avx2 = __builtin_cpu_supports("avx2");
+  const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
   if (set == InstructionSet::kAvx2) return avx2;
   if (set == InstructionSet::kAvx512) {
     return avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&

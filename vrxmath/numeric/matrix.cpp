@@ -49,17 +49,26 @@ void SwapGridRows(Grid& grid, int32_t i, int32_t j) {
   if (i != j) std::swap_ranges(grid[i], grid[i] + grid.Columns(), grid[j]);
 }
 
+/// The largest magnitude in column i below the diagonal, -1 if there is none. The four of every group are compared side by
+/// side, since each comparison waits for the one before it.
+double LargestBelow(Grid& a, int32_t i) {
+  constexpr int32_t kGroup = 4;
+  double largest[kGroup] = {-1.0, -1.0, -1.0, -1.0};
+  int32_t k = i + 1;
+  for (; k + kGroup <= a.Rows(); k += kGroup) {
+    for (int32_t lane = 0; lane < kGroup; ++lane)
+      largest[lane] = std::max(largest[lane], std::fabs(a[k + lane][i]));
+  }
+  for (; k < a.Rows(); ++k) largest[0] = std::max(largest[0], std::fabs(a[k][i]));
+  return *std::max_element(largest, largest + kGroup);
+}
+
 /// The row at or below the diagonal with the largest magnitude in column i, the upper one of equals.
 int32_t PartialPivot(Grid& a, int32_t i) {
-  int32_t pivot = i;
-  double largest = std::fabs(a[i][i]);
-  for (int32_t k = i + 1; k < a.Rows(); ++k) {
-    const double magnitude = std::fabs(a[k][i]);
-    if (magnitude > largest) {
-      pivot = k;
-      largest = magnitude;
-    }
-  }
+  const double largest = LargestBelow(a, i);
+  if (!(largest > std::fabs(a[i][i]))) return i;
+  int32_t pivot = i + 1;
+  while (std::fabs(a[pivot][i]) != largest) ++pivot;
   return pivot;
 }
 
@@ -73,12 +82,12 @@ bool ReduceToTriangle(Grid& a) {
   return true;
 }
 
-/// Solves the triangle. The solution takes the place of the right-hand side.
-void BackSubstitute(Grid& a, int32_t rightHandSide) {
+/// Solves the triangle for the right-hand side in that column.
+void BackSubstitute(Grid& a, int32_t rightHandSide, Values& solution) {
   for (int32_t i = a.Rows() - 1; i >= 0; --i) {
     double sum = 0.0;
-    for (int32_t j = i + 1; j < a.Rows(); ++j) sum += a[i][j] * a[j][rightHandSide];
-    a[i][rightHandSide] = (a[i][rightHandSide] - sum) / a[i][i];
+    for (int32_t j = i + 1; j < a.Rows(); ++j) sum += a[i][j] * solution[j];
+    solution[i] = (a[i][rightHandSide] - sum) / a[i][i];
   }
 }
 
@@ -275,8 +284,9 @@ uint32_t CMatrix::GaussSolve(CDoubleArray1& x) {
   Store(a, columns, *this);
   if (!regular) return 0;
   const int32_t rightHandSide = std::max(columns - 1, 0);
-  BackSubstitute(a, rightHandSide);
-  for (int32_t i = 0; i < n; ++i) x[i] = a[i][rightHandSide];
+  Values solution(static_cast<std::size_t>(n));
+  BackSubstitute(a, rightHandSide, solution);
+  for (int32_t i = 0; i < n; ++i) x[i] = solution[i];
   return 1;
 }
 

@@ -30,11 +30,59 @@ VRX_LANE_INLINE void AddMultipleOf(double factor, const double* __restrict x, do
   }
 }
 
+// Quotients by one divisor. A correctly rounded quotient has only one value, so that these are the bits of the division,
+// found at the price of multiplications: the divider of a processor takes several times as long.
+//
+// With the reciprocal as a sum of two doubles x * (inverse + rest) is one of the two doubles next to the quotient. What it
+// leaves of x is a double, so that the fused operation has it exactly; multiplied by the rounded reciprocal and added it
+// rounds as the quotient does (Markstein, "Computation of elementary functions on the IBM RISC System/6000", 1990). This
+// holds where nothing leaves the range of normal numbers; a zero might come out with the other sign.
+class SameDivisor {
+ public:
+  // The magnitudes for which it holds, as exponent fields: of the divisor, and of both factors of the dividends.
+  static constexpr int64_t kSmallest = 1023 - 200, kLargest = 1023 + 200;
+
+#if defined(__FMA__) || defined(__aarch64__)
+  static constexpr bool kPays = true;
+  VRX_LANE_INLINE explicit SameDivisor(double divisor)
+      : divisor_(divisor),
+        inverse_(1.0 / divisor),
+        rest_(__builtin_fma(-inverse_, divisor, 1.0) * inverse_) {}
+  VRX_LANE_INLINE double Quotient(double x) const {
+    const double near = __builtin_fma(x, inverse_, x * rest_);
+    return __builtin_fma(__builtin_fma(-near, divisor_, x), inverse_, near);
+  }
+
+ private:
+  double divisor_, inverse_, rest_;
+#else
+  static constexpr bool kPays = false;
+  VRX_LANE_INLINE explicit SameDivisor(double divisor) : divisor_(divisor) {}
+  VRX_LANE_INLINE double Quotient(double x) const {
+    return x / divisor_;
+  }
+
+ private:
+  double divisor_;
+#endif
+};
+
+// Whether every value is of the magnitude that SameDivisor covers.
+VRX_LANE_INLINE bool AreModerate(const double* values, int32_t count) {
+  int64_t outside = 0;  // negative once a value is
+  for (int32_t k = 0; k < count; ++k) {
+    const int64_t exponent = static_cast<int64_t>(__builtin_bit_cast(uint64_t, values[k]) >> 52 & 0x7ff);
+    outside |= (exponent - SameDivisor::kSmallest) | (SameDivisor::kLargest - exponent);
+  }
+  return outside >= 0;
+}
+
+template <class DIVIDE>
 VRX_LANE_INLINE void SubtractQuotients(const double* __restrict pivotRow, double* __restrict row,
-                                       int32_t count) {
-  const double pivot = pivotRow[0], factor = row[0];
+                                       int32_t count, const DIVIDE& divide) {
+  const double factor = row[0];
   for (int32_t k = 0; k < count; k += kPiece) {
-    for (int32_t lane = k; lane < k + kPiece; ++lane) row[lane] -= pivotRow[lane] * factor / pivot;
+    for (int32_t lane = k; lane < k + kPiece; ++lane) row[lane] -= divide(pivotRow[lane] * factor);
   }
 }
 
@@ -66,8 +114,17 @@ void AddMultipleLong(double factor, const double* x, double* y, int32_t count) {
 }
 
 void EliminateByDivision(const double* pivotRow, const RowBlock& block, int32_t count) {
+  const double pivot = pivotRow[0];
+  const SameDivisor divisor(pivot);
+  const bool moderate = SameDivisor::kPays && AreModerate(pivotRow, count);
   double* row = block.first;
-  for (int32_t i = 0; i < block.rows; ++i, row += block.stride) SubtractQuotients(pivotRow, row, count);
+  for (int32_t i = 0; i < block.rows; ++i, row += block.stride) {
+    if (moderate && AreModerate(row, 1)) {
+      SubtractQuotients(pivotRow, row, count, [&](double x) VRX_LANE_LAMBDA { return divisor.Quotient(x); });
+    } else {
+      SubtractQuotients(pivotRow, row, count, [&](double x) VRX_LANE_LAMBDA { return x / pivot; });
+    }
+  }
 }
 
 void EliminateColumn(const double* pivotRow, int32_t column, const RowBlock& block, int32_t count) {
