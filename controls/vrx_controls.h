@@ -176,7 +176,7 @@ typedef struct {
 #define VRXBM_ENABLETAB (WM_USER + 0x370)    /* wParam tab, lParam BOOL: 1, or 0 */
 #define VRXBM_ISTABENABLED (WM_USER + 0x371) /* wParam tab */
 
-/* ---- Picture ---------------------------------------------------------------------------------------------------------------- */
+/* ---- Picture ----------------------------------------------------------------------------------------------------------- */
 
 #define VRX_PICTURE_CENTRE 0
 #define VRX_PICTURE_FIT 1
@@ -184,7 +184,7 @@ typedef struct {
 #define VRXPM_SETBITMAP \
   (WM_USER + 0x380) /* wParam VRX_PICTURE_..., lParam HBITMAP, which stays the host's; null: none */
 
-/* ---- Progress bar -------------------------------------------------------------------------------------------------------------- */
+/* ---- Progress bar ------------------------------------------------------------------------------------------------------ */
 
 typedef struct {
   UINT size;
@@ -196,7 +196,7 @@ typedef struct {
 #define VRXGM_SET (WM_USER + 0x390)    /* lParam const VRX_PROGRESS_DATA* */
 #define VRXGM_SETPOS (WM_USER + 0x391) /* lParam const double*: the position alone */
 
-/* ---- Pictures of data: VRXDM_SET with the structure of the class, a null structure for nothing ------------------------------ */
+/* ---- Pictures of data: VRXDM_SET with the structure of the class, a null structure for nothing ------------------------- */
 
 #define VRXDM_SET (WM_USER + 0x3A0)        /* lParam const STRUCTURE*: 1, or 0 */
 #define VRXDM_GETCURRENT (WM_USER + 0x3A1) /* the point that the user went to, or -1 */
@@ -236,9 +236,9 @@ typedef struct { /* VRX_PLOT */
   const wchar_t *xHeading, *yHeading;
 } VRX_PLOT_DATA;
 
-/* Draws what VRX_PLOT shows of a structure into any device context without a window: a window of the host's, a bitmap, a printer's
- * page, a metafile. `box` in the units of the device; `dpi` dots per inch of them, 0: those of the device. TRUE, or FALSE for a
- * structure that VRXDM_SET refuses. */
+/* Draws what VRX_PLOT shows of a structure into any device context without a window: a window of the host's, a bitmap, a
+ * printer's page, a metafile. `box` in the units of the device; `dpi` dots per inch of them, 0: those of the device. TRUE,
+ * or FALSE for a structure that VRXDM_SET refuses. */
 VRX_CONTROLS_API BOOL __stdcall VrxDrawPlot(HDC device, const RECT* box, int dpi, const VRX_PLOT_DATA* data);
 
 typedef struct { /* VRX_SWATCH */

@@ -21,8 +21,8 @@ bool IsMarkup(std::string_view beginning);
 /// nor Unicode.
 bool IsMarkupInLatin1(const std::string& name, std::string_view beginning);
 
-/// Reads an open file up to its first sample. A file is read twice, as how the objects were measured stands behind them; a pipe is
-/// held in memory. Throws InputError when it is not CxF3 or has neither reflectances nor colours.
+/// Reads an open file up to its first sample. A file is read twice, as how the objects were measured stands behind them; a
+/// pipe is held in memory. Throws InputError when it is not CxF3 or has neither reflectances nor colours.
 ///
 /// The Name of an object is the id of its sample, or its Id when it has no name. An object with several spectra gives
 /// a sample for each, with its geometry.

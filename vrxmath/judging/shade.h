@@ -36,7 +36,8 @@ struct ShadeWords {
 };
 
 /// Puts the difference of a trial from its standard into words.
-/// In:    L*, a*, b* of the trial and dL*, da*, db*. The quadrant of the trial chooses the words: on the green side, less green is not "Redder".
+/// In:    L*, a*, b* of the trial and dL*, da*, db*. The quadrant of the trial chooses the words: on the green side, less
+///        green is not "Redder".
 /// Edges: lightness speaks from |dL*| = 0.1 on, the two colour axes only above 0.1. `lighterInBlack` shows
 ///        "Lighter" in black instead of white.
 [[nodiscard]] VRX_API ShadeWords DescribeShade(const Lab& trial, const Difference& difference,

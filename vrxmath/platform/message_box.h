@@ -20,8 +20,8 @@ using MessageBoxHandler = void (*)(WideView text, MessageIcon icon, void* contex
 VRX_API void ShowMessage(WideView text, MessageIcon icon = MessageIcon::kNone);
 
 /// Replaces the handler for the whole process; null restores the default: a modal message box on Windows,
-/// elsewhere the text and a line end on standard error. `context` is handed to the handler unchanged. Not for use while another thread
-/// shows a message.
+/// elsewhere the text and a line end on standard error. `context` is handed to the handler unchanged. Not for use while
+/// another thread shows a message.
 VRX_API void SetMessageBoxHandler(MessageBoxHandler handler, void* context = nullptr);
 
 namespace platform_internal {
