@@ -132,6 +132,7 @@ TEST_F(FitTolerance, JudgesByTheEllipsoidOfASystem) {
       {"--parameters 2,1,0.7", 0.7},
       {"", 1.5},
       {"--system cie94 --tolerance 1.1", 1.1},
+      {"--system cie94 --parameters 1:1:1:0.9", 0.9},
   };
   for (const auto& row : rows) {
     const json objects = RunJson(std::string("judge batch.csv batch.csv --ellipse ") + row.options);
