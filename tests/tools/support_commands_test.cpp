@@ -34,6 +34,9 @@ TEST(SupportCommands, KeepAndShowWhatTheyAreGiven) {
       {"condition Std C --format csv",
        "code,description\nStd,No Standard Available\nCRE,\"C - Calibrated, R - Reflectance, E - SCE\"\nexit "
        "0"},
+      {"condition nonsense --format csv",
+       "code,description\nCREILLse,\"C - Calibrated, R - Reflectance, E - SCE, I - 100% UV Energy, "
+       "L - Large Lens, L - Large Mask\"\nexit 0"},
       {"log --format csv",
        "channel,mode,messages,file\nColor Sensor,0,off,.VrxDebug.txt\nGeneral,0,off,.VrxDebug.txt\nexit 0"},
       {"log --sensor file --general box --directory . --format csv",

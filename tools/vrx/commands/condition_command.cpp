@@ -41,7 +41,9 @@ void AddCondition(Command& tool) {
   AddFormatOption(command, options->format);
   command.SetNotes(
       "The letters stand for calibration, gloss or measuring mode, specular component, ultraviolet content,\n"
-      "lens and mask. A letter that means nothing is replaced by its position's default.\n\n"
+      "lens and mask. A letter that means nothing is replaced by its position's default, and letters beyond "
+      "the\n"
+      "sixth are passed over; the first column is the code as it was read.\n\n"
       "Example:\n"
       "  vrx condition CRIILL\n");
   command.SetAction([options] {
