@@ -108,6 +108,8 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
       {"judge good.csv good.csv --system fmc2", "--tolerance: the usual 1.5 is a dE, which fmc2 is not"},
       {"judge good.csv good.csv --system lab --parameters 1", "lab has 0 parameters"},
       {"judge good.csv good.csv --parameters 0,1", "above 0"},
+      {"judge good.csv good.csv --parameters ''", "--parameters: an empty text"},
+      {"color good.csv --illuminant-file ''", "--illuminant-file: an empty text"},
       {"judge good.csv good.csv --tolerance 1,2", "one number or the seven"},
       {"judge good.csv good.csv --tolerance nan", "not a number"},
       {"judge good.csv good.csv --tolerances limits.csv", "limits.csv, line 3: an earlier row"},

@@ -17,9 +17,19 @@
 
 namespace vrx::tool {
 
-std::string RefuseEmpty(const std::string& text) {
-  return text.empty() ? "an empty text" : "";
+namespace {
+
+// An option or argument whose values are texts.
+template <class VALUE>
+CLI::Option* AddText(CLI::App& app, const std::string& name, VALUE& value, const std::string& description) {
+  CLI::Option* const option = app.add_option(name, value, description);
+  if (name.starts_with('-')) {
+    option->check([](const std::string& text) { return std::string(text.empty() ? "an empty text" : ""); });
+  }
+  return option;
 }
+
+}  // namespace
 
 Option& Option::Required() {
   option_->required();
@@ -52,7 +62,7 @@ Command Command::AddCommand(const std::string& name, const std::string& descript
 }
 
 Option Command::AddOption(const std::string& name, std::string& value, const std::string& description) {
-  return Option(app_->add_option(name, value, description));
+  return Option(AddText(*app_, name, value, description));
 }
 
 Option Command::AddOption(const std::string& name, double& value, const std::string& description) {
@@ -65,7 +75,7 @@ Option Command::AddOption(const std::string& name, int& value, const std::string
 
 Option Command::AddOption(const std::string& name, std::vector<std::string>& values,
                           const std::string& description) {
-  CLI::Option* const option = app_->add_option(name, values, description);
+  CLI::Option* const option = AddText(*app_, name, values, description);
   if (name.starts_with('-')) option->allow_extra_args(false);
   return Option(option);
 }

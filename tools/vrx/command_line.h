@@ -22,9 +22,6 @@ namespace vrx::tool {
 /// Looks at a text that was given; returns what is wrong with it, or an empty text.
 using OptionCheck = std::function<std::string(const std::string& text)>;
 
-/// A check for options of which an empty text, as an unset variable of a script leaves it, would pass for not given.
-std::string RefuseEmpty(const std::string& text);
-
 /// One option or argument of a command; a handle, to be copied.
 class Option {
  public:
@@ -52,7 +49,8 @@ class Command {
   /// A command within this one. One of those must then be named, unless this one has an action.
   Command AddCommand(const std::string& name, const std::string& description);
 
-  /// An option when `name` begins with a dash, else an argument. Several names of one option are separated by commas.
+  /// An option when `name` begins with a dash, else an argument. Several names of one option are separated by commas. An
+  /// option refuses an empty text, as an unset variable of a script leaves it: it would pass for not given.
   Option AddOption(const std::string& name, std::string& value, const std::string& description);
   Option AddOption(const std::string& name, double& value, const std::string& description);
   Option AddOption(const std::string& name, int& value, const std::string& description);

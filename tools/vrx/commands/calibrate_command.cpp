@@ -193,9 +193,7 @@ void AddCalibrate(Command& tool) {
   command.AddOption("--white", options->white, "The component whose scattering is 1")
       .Shows("NAME")
       .Required();
-  command.AddOption("--output", options->output, "Write the colour system to this file")
-      .Shows("FILE")
-      .Check(RefuseEmpty);
+  command.AddOption("--output", options->output, "Write the colour system to this file").Shows("FILE");
   command.AddOption("--name", options->name, "What the colour system is called").Shows("NAME");
   command.AddOption("--hold-out", options->holdOut, "Drawdowns that take no part, but are predicted")
       .Shows("ID,...");

@@ -258,7 +258,7 @@ void AddIndex(Command& tool) {
   standard.Shows("FILE");
   Option id =
       command.AddOption("--standard-id", options->standardId, "Which row of --standard is the standard");
-  id.Shows("ID [the first row]").Check(RefuseEmpty).Needs(standard);
+  id.Shows("ID [the first row]").Needs(standard);
   command.AddFlag("--pairs", options->pairs, "The standard of each curve is the one of the same id")
       .Excludes(id)
       .Needs(standard);

@@ -141,8 +141,7 @@ void AddOptions(Command& command, JudgeOptions& options) {
   AddJudgingOptions(command, options.judging, "D65,A,CWF");
   command.AddFlag("--summary", options.summary, "Write only the summary of each illuminant");
   command.AddOption("--only", options.only, "Write only trials whose worst verdict is one of these")
-      .Shows("fail|warning|fail,warning")
-      .Check(RefuseEmpty);
+      .Shows("fail|warning|fail,warning");
   command.AddFlag("--worst-first", options.worstFirst,
                   "Write the trials of the largest total differences first");
   command.AddFlag("--strict", options.strict, "Exit status 1 when a trial does not pass");

@@ -369,8 +369,7 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
   const Option backings = command
                               .AddOption("--backings", options.backings,
                                          "Two curves, a black backing and a white one, for the opacity")
-                              .Shows("FILE")
-                              .Check(RefuseEmpty);
+                              .Shows("FILE");
   command
       .AddOption("--thickness", options.thickness,
                  "Of the film, in the unit of length of the colorants' K and S")
@@ -393,8 +392,7 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
           .Shows("N [0]");
   const Option formulas =
       command.AddOption("--formulas", options.formulas, "Write the recipes to a JSON file for vrx predict")
-          .Shows("FILE")
-          .Check(RefuseEmpty);
+          .Shows("FILE");
   for (const Option& option : {backings, size, least, prerank, formulas}) stock.Excludes(option);
 }
 
@@ -412,8 +410,7 @@ void AddMatch(Command& tool) {
   Option stock = command
                      .AddOption("--from-stock", options->stock,
                                 "Use up known batches: their curves, with columns formula and amount")
-                     .Shows("FILE")
-                     .Check(RefuseEmpty);
+                     .Shows("FILE");
   command
       .AddOption("--max-addition", options->mostAddition, "With --from-stock: most that is added, of a batch")
       .Shows("PERCENT [100%]")

@@ -168,12 +168,8 @@ void AddPlot(Command& tool) {
       .Required()
       .Shows("FILE.png|FILE.svg");
   command.AddOption("--scale", options->scale, "Pixels of a unit of length").Shows("FACTOR [1]");
-  command.AddOption("--trial-id", options->trialId, "Only the trials of this id")
-      .Shows("ID [all]")
-      .Check(RefuseEmpty);
-  command.AddOption("--geometry", options->geometry, "Only the trials of this geometry")
-      .Shows("NAME [all]")
-      .Check(RefuseEmpty);
+  command.AddOption("--trial-id", options->trialId, "Only the trials of this id").Shows("ID [all]");
+  command.AddOption("--geometry", options->geometry, "Only the trials of this geometry").Shows("NAME [all]");
   AddJudgingOptions(command, options->judging, "D65,A,CWF");
   command.SetNotes(
       "  curves       reflectances of the standard and the trials, and their differences\n"

@@ -170,8 +170,7 @@ void AddSort(Command& tool) {
   command.AddOption("--standard", options->standard, "Curve or colour of the standard")
       .Shows("FILE [TRIALS]");
   command.AddOption("--standard-id", options->standardId, "Which row is the standard")
-      .Shows("ID [the first row]")
-      .Check(RefuseEmpty);
+      .Shows("ID [the first row]");
   command
       .AddOption("--blocks", options->blocks,
                  "Size of the blocks: one, or one for each of the three components")

@@ -49,7 +49,7 @@ void AddComparisonOptions(Command& command, ComparisonOptions& options, Content 
 
 void AddStandardOptions(Command& command, ComparisonOptions& options) {
   Option id = command.AddOption("--standard-id", options.standardId, "Which row is the standard");
-  id.Shows("ID [the first row]").Check(RefuseEmpty);
+  id.Shows("ID [the first row]");
   command.AddFlag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
       .Excludes(id);
   command.AddFlag("--average", options.average, "Take the mean of the rows of one id as one trial");

@@ -52,8 +52,7 @@ void AddToleranceOptions(Command& command, std::string& tolerance, double& warni
   command
       .AddOption("--tolerance", tolerance,
                  "One limit for everything, or seven: plus and minus of the three components, then the total")
-      .Shows("LIMITS [" + usual + "]")
-      .Check(RefuseEmpty);
+      .Shows("LIMITS [" + usual + "]");
   command.AddOption("--warning", warning, "Fraction of a limit above which there is a warning")
       .Shows("FACTOR [0.75]");
 }

@@ -96,9 +96,7 @@ void AddReportOptions(Command& command, ReportOptions& options) {
       .Shows("FILE.html|FILE.pdf")
       .Check(RefuseOtherNames);
   command.AddOption("--report-title", options.title, "Title of the report").Shows("TEXT");
-  command.AddOption("--report-logo", options.logo, "A picture at its head: PNG, JPEG or SVG")
-      .Shows("FILE")
-      .Check(RefuseEmpty);
+  command.AddOption("--report-logo", options.logo, "A picture at its head: PNG, JPEG or SVG").Shows("FILE");
   command.AddOption("--report-author", options.author, "Who judged, for the report").Shows("NAME");
 }
 
