@@ -21,6 +21,7 @@ std::string RunTool(const std::string& directory, const std::string& arguments) 
 TEST(SupportCommands, KeepAndShowWhatTheyAreGiven) {
   const test::TemporaryFolder directory;
   const std::string place = directory / "";
+  const std::string file = place + "/ostrel/settings.conf";
   std::filesystem::create_directories(directory / "taken/VrxDebug.txt");
   const std::pair<const char*, std::string> rows[] = {
       {"settings get S Name", "vrx: section \"S\" has no setting \"Name\"\nexit 2"},
@@ -53,7 +54,9 @@ TEST(SupportCommands, KeepAndShowWhatTheyAreGiven) {
   std::filesystem::remove_all(directory / "ostrel");
   directory.Write(directory / "ostrel", "");
   EXPECT_EQ(RunTool(place, "settings set S Name 1"),
-            "vrx: the settings of section \"S\" cannot be read and written\nexit 2");
+            "vrx: the settings of section \"S\" cannot be read and written in " + file + "\nexit 2");
+  EXPECT_EQ(RunTool(place, "log --general box"),
+            "vrx: the settings of the log cannot be stored in " + file + "\nexit 2");
 }
 
 }  // namespace

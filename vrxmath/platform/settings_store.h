@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <variant>
 #include <vector>
 
@@ -63,6 +64,8 @@ VRX_API void SetSettingsStore(SettingsStore* store);
 namespace platform_internal {
 /// The place where the platform's users expect per-user settings.
 SettingsStore& SystemSettingsStore();
+/// What a message calls that place: the path of a file, or a key of the registry.
+[[nodiscard]] std::string SystemSettingsPlace();
 }  // namespace platform_internal
 
 }  // namespace vrx

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <vrxmath/platform/files.h>
+#include <vrxmath/platform/settings_store.h>
 #include <vrxmath/support/diagnostic_log.h>
 #include <vrxmath/support/settings.h>
 
@@ -35,7 +36,9 @@ std::string ModeName(int32_t mode) {
 }
 
 void Require(bool stored) {
-  if (!stored) throw InputError("the settings of the log cannot be stored");
+  if (!stored)
+    throw InputError("the settings of the log cannot be stored in " +
+                     platform_internal::SystemSettingsPlace());
 }
 
 void Switch(DiagChannel channel, int32_t mode) {

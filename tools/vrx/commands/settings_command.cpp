@@ -6,6 +6,7 @@
 #include <string>
 #include <variant>
 
+#include <vrxmath/platform/settings_store.h>
 #include <vrxmath/support/settings.h>
 
 #include "tools/vrx/commands/command.h"
@@ -27,7 +28,8 @@ SettingsKey OpenSection(const std::string& section) {
   const std::optional<SettingsKey> key = OpenSettingsSection(CString::FromUtf8(section));
   if (!key) {
     const std::string where = section.empty() ? "" : " of section \"" + section + "\"";
-    throw InputError("the settings" + where + " cannot be read and written");
+    throw InputError("the settings" + where + " cannot be read and written in " +
+                     platform_internal::SystemSettingsPlace());
   }
   return *key;
 }
@@ -62,7 +64,8 @@ void RunGet(const SettingsOptions& options) {
 void RunSet(const SettingsOptions& options) {
   const SettingValue value = ValueFrom(options.value, options.asText);
   if (!OpenSection(options.section).Write(CString::FromUtf8(options.name), value)) {
-    throw InputError("the setting \"" + options.name + "\" cannot be stored");
+    throw InputError("the setting \"" + options.name + "\" cannot be stored in " +
+                     platform_internal::SystemSettingsPlace());
   }
 }
 

@@ -186,6 +186,11 @@ bool FileSettingsStore::Update(const std::function<void(SettingsDocument&)>& cha
   return ReplaceFile(file, text);
 }
 
+std::string SystemSettingsPlace() {
+  const std::string directory = UserConfigDirectory();
+  return directory.empty() ? "the home folder, which HOME does not name" : directory + kDirectory + kFile;
+}
+
 std::string UserConfigDirectory() {
   const char* config = std::getenv("XDG_CONFIG_HOME");
   if (config != nullptr && config[0] == '/') return config;

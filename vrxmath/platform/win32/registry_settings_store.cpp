@@ -131,6 +131,10 @@ std::vector<SettingsEntry> RegistrySettingsStore::List(const SettingsPath& path)
   return entries;
 }
 
+std::string SystemSettingsPlace() {
+  return "HKEY_CURRENT_USER\\software\\Ostrel\\Pemble";
+}
+
 }  // namespace vrx::platform_internal
 
 namespace vrx {
