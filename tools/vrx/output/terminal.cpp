@@ -75,17 +75,21 @@ std::size_t TerminalWidth() {
 ProgressBar::ProgressBar(uint64_t total)
     : total_(total), next_(total > 0 && IsTerminal(stderr) ? 0 : std::numeric_limits<uint64_t>::max()) {}
 
+namespace {
+constexpr std::size_t kBarWidth = 40;
+}
+
 ProgressBar::~ProgressBar() {
   if (!drawn_) return;
-  std::fputs("\r\x1b[K", stderr);
+  // Blanks, as consoles before Windows 10 and dumb terminals obey no escape sequence; "^C" is a terminal's echo of Ctrl-C.
+  std::fprintf(stderr, "\r%*s\r", static_cast<int>(kBarWidth + std::string_view("[] 100 %^C").size()), "");
   std::fflush(stderr);
 }
 
 void ProgressBar::Draw(uint64_t done) {
-  constexpr uint64_t kWidth = 40;
   const uint64_t percent = std::min<uint64_t>(100, done * 100 / total_);
-  const auto filled = static_cast<std::size_t>(percent * kWidth / 100);
-  const std::string bar = std::string(filled, '#') + std::string(kWidth - filled, '.');
+  const auto filled = static_cast<std::size_t>(percent * kBarWidth / 100);
+  const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
   std::fprintf(stderr, "\r[%s] %3d %%", bar.c_str(), static_cast<int>(percent));
   std::fflush(stderr);
   drawn_ = true;
