@@ -25,7 +25,7 @@ class Source {
     try {
       return file_.Read(std::as_writable_bytes(out));
     } catch (const CArchiveException&) {
-      throw InputError(path_ + ": cannot be read");
+      throw InputError(path_ + ": cannot be read: " + file_.GetError());
     }
   }
 

@@ -250,6 +250,9 @@ TEST_F(IndexAndSwatch, PlotsAreDrawnToScale) {
       {"judge greys.csv greys.csv --report none/a.html", "none/a.html: No such file"},
       {"judge greys.csv greys.csv --report greys.csv", "ends in .html or .pdf"},
       {"judge greys.csv greys.csv --report a.html --report-logo greys.csv", "neither a PNG"},
+      {"judge greys.csv greys.csv --report a.html --report-logo none.png", "none.png: No such file"},
+      {"judge greys.csv greys.csv --report a.html --report-logo /proc/self/mem",
+       "/proc/self/mem: cannot be read: Input/output error"},
   };
   for (const auto& row : rows) {
     const Result result = Run(row.arguments);

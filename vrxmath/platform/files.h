@@ -26,7 +26,7 @@ class VRX_API FileReader : public ByteStore {
   [[nodiscard]] bool Open(const std::string& path);
   [[nodiscard]] const std::string& GetError() const { return error_; }
 
-  /// Throws CArchiveException (kIoError) when the device fails.
+  /// Throws CArchiveException (kIoError) when the device fails; `GetError` says why.
   [[nodiscard]] std::size_t Read(std::span<std::byte> out) override;
   /// Always throws CArchiveException (kReadOnly).
   void Write(std::span<const std::byte> bytes) override;

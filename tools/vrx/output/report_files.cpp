@@ -22,6 +22,8 @@
 #include <unistd.h>
 #endif
 
+#include <vrxio/whole_file.h>
+#include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/files.h>
 
 #include "tools/vrx/commands/command.h"
@@ -35,21 +37,6 @@ namespace fs = std::filesystem;
 
 fs::path PathOf(const std::string& utf8) {
   return std::u8string(utf8.begin(), utf8.end());
-}
-
-std::string ReadFile(const std::string& path, std::size_t limit) {
-  FileReader reader;
-  if (!reader.Open(path)) throw InputError(path + ": cannot be read: " + reader.GetError());
-  std::string content(limit + 1, '\0');
-  std::size_t used = 0;
-  while (used < content.size()) {
-    const std::size_t count = reader.Read(std::as_writable_bytes(std::span(content)).subspan(used));
-    if (count == 0) break;
-    used += count;
-  }
-  if (used > limit) throw InputError(path + ": more than " + std::to_string(limit) + " bytes");
-  content.resize(used);
-  return content;
 }
 
 // A folder of its own under the system's temporary one, removed with all that is in it.
@@ -151,8 +138,12 @@ std::string HashOfFile(const std::string& path) {
   if (!fs::is_regular_file(PathOf(path), ignored) || !reader.Open(path)) return {};
   Digest digest;
   std::string part(std::size_t{1} << 16, '\0');
-  while (const std::size_t count = reader.Read(std::as_writable_bytes(std::span(part)))) {
-    digest.Add(std::string_view(part).substr(0, count));
+  try {
+    while (const std::size_t count = reader.Read(std::as_writable_bytes(std::span(part)))) {
+      digest.Add(std::string_view(part).substr(0, count));
+    }
+  } catch (const CArchiveException&) {
+    throw InputError(path + ": cannot be read: " + reader.GetError());
   }
   std::string text;
   for (const char octet : digest.Finish()) {
@@ -164,7 +155,7 @@ std::string HashOfFile(const std::string& path) {
 
 std::string PictureUrl(const std::string& path) {
   constexpr std::size_t kLimit = std::size_t{1} << 20;
-  const std::string content = ReadFile(path, kLimit);
+  const std::string content = ReadWholeFile(path, kLimit);
   const char* type = nullptr;
   if (content.starts_with("\x89PNG\r\n\x1a\n")) type = "image/png";
   if (content.starts_with("\xFF\xD8\xFF")) type = "image/jpeg";
@@ -191,7 +182,7 @@ void PrintToPdf(std::string_view html, const std::string& path) {
   std::error_code error;
   const auto size = fs::file_size(PathOf(printed), error);
   if (error) throw InputError(path + ": Chromium printed nothing; write a .html file and print that");
-  ReplaceFile(path, ReadFile(printed, static_cast<std::size_t>(size)));
+  ReplaceFile(path, ReadWholeFile(printed, static_cast<std::size_t>(size)));
 }
 
 }  // namespace vrx::tool

@@ -72,7 +72,10 @@ bool FileReader::Open(const std::string& path) {
 std::size_t FileReader::Read(std::span<std::byte> out) {
   if (file_ == nullptr) return 0;
   const std::size_t count = std::fread(out.data(), 1, out.size(), file_);
-  if (count < out.size() && std::ferror(file_) != 0) throw CArchiveException(CArchiveException::kIoError);
+  if (count < out.size() && std::ferror(file_) != 0) {
+    error_ = SystemError();
+    throw CArchiveException(CArchiveException::kIoError);
+  }
   remaining_ -= std::min<uint64_t>(remaining_, count);
   return count;
 }
