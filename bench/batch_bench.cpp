@@ -15,12 +15,16 @@
 #include <vector>
 
 #include <vrxmath/batch/color_space_batch.h>
+#include <vrxmath/batch/color_value_batch.h>
 #include <vrxmath/batch/difference_batch.h>
+#include <vrxmath/batch/judgement_batch.h>
 #include <vrxmath/batch/nearest.h>
 #include <vrxmath/batch/tristimulus_batch.h>
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/colorimetry/display_color.h>
 #include <vrxmath/colorimetry/weight_tables.h>
+#include <vrxmath/judging/shade.h>
 #include <vrxmath/numeric/instruction_set.h>
 
 #include "bench/harness.h"
@@ -213,6 +217,79 @@ void MeasureDifferences(std::size_t n) {
       wide ? ">= 9.5" : ">= 9", wide ? ">= 11.5" : ">= 10");
 }
 
+// ---- verdicts, words, indices, display colours
+
+// A batch of n rows beside the single call for each row; both give `kWidth` numbers a row.
+template <class NUMBER, std::size_t kWidth, class BATCH, class SINGLE>
+void MeasureOwn(std::size_t n, const char* name, const BATCH& batch, const SINGLE& single) {
+  if (!Wanted(name)) return;
+  std::vector<NUMBER> ours(kWidth * n), expected(ours.size());
+  const Work batches = [&] { batch(ours); };
+  const Work singles = [&] {
+    for (std::size_t i = 0; i < n; ++i) single(i, &expected[kWidth * i]);
+  };
+  batches(), singles();
+  Require(ours == expected, name);
+  table->Compare(std::string(name) + ", " + SetName(), "our single call", batches, singles,
+                 1e9 / static_cast<double>(n));
+}
+
+void MeasureJudging(std::size_t n) {
+  const Colors standards(n, 3), samples(n, 4, &standards);
+  std::vector<double> deltas(7 * n), totals(n);
+  DifferenceBatch(DefaultSettings(vrxSystemLab), 0.0, standards.Rows(), samples.Rows(), deltas);
+  std::vector<Difference> delta;
+  std::vector<Lab> lab;
+  std::vector<CTrisValues> xyz;
+  for (std::size_t i = 0; i < n; ++i) {
+    const double *d = &deltas[7 * i], *l = &samples.lab[5 * i], *x = &samples.xyz[3 * i];
+    delta.push_back({d[0], d[1], d[2], d[3], d[4], d[5], d[6]});
+    lab.push_back({l[0], l[1], l[2], l[3], l[4]});
+    xyz.emplace_back(x[0], x[1], x[2]);
+    totals[i] = d[6];
+  }
+  const auto components = BatchView<const double, 7>(deltas).Numbers<0, 3>();
+  const CBoxTolData box;
+  CEllipseData ellipse;
+  ellipse[CEllipseData::kAngle] = 30.0, ellipse[CEllipseData::kMajorAxis] = 2.5;
+  MeasureOwn<Verdict, 1>(
+      n, "box verdicts", [&](auto& verdicts) { BoxVerdictBatch(box, 0.75, components, verdicts); },
+      [&](std::size_t i, Verdict* verdict) {
+        *verdict = !box.Accepts(delta[i], 1.0) ? kFail : box.Accepts(delta[i], 0.75) ? kPass : kWarning;
+      });
+  MeasureOwn<Verdict, 1>(
+      n, "ellipsoid verdicts",
+      [&](auto& verdicts) { EllipseVerdictBatch(ellipse, 0.75, components, verdicts); },
+      [&](std::size_t i, Verdict* verdict) { *verdict = ellipse.Judge(delta[i], 0.75); });
+  MeasureOwn<Verdict, 1>(
+      n, "verdicts on totals", [&](auto& verdicts) { TotalVerdictBatch(1.5, 0.75, totals, verdicts); },
+      [&](std::size_t i, Verdict* verdict) { *verdict = box.JudgeTotal(totals[i], 0.75); });
+  MeasureOwn<std::int32_t, 3>(
+      n, "shade words",
+      [&](auto& words) {
+        ShadeBatch(BatchView<const double, 5>(samples.lab).Numbers<0, 3>(), components, words);
+      },
+      [&](std::size_t i, std::int32_t* words) {
+        const ShadeWords shade = DescribeShade(lab[i], delta[i]);
+        for (std::size_t k = 0; k < 3; ++k) words[k] = shade.words[k];
+      });
+  const auto index = [&](const char* name, IndexFunction function) {
+    MeasureOwn<double, 1>(
+        n, name, [&](auto& values) { IndexBatch(function, kD65, kObserver, samples.xyz, values); },
+        [&](std::size_t i, double* value) { *value = function(kD65, kObserver, xyz[i]); });
+  };
+  index("CIE whiteness", &WhitenessCie);
+  index("Stensby whiteness", &WhitenessStensby);
+  index("E313 yellowness", &YellownessE313Cie);
+  MeasureOwn<std::uint8_t, 3>(
+      n, "display colours", [&](auto& rgb) { DisplayColorBatch(kD65, kObserver, samples.xyz, rgb); },
+      [&](std::size_t i, std::uint8_t* rgb) {
+        std::int32_t channels[3];
+        XyzToDisplayRgb(kD65, kObserver, xyz[i], channels[0], channels[1], channels[2]);
+        for (std::size_t k = 0; k < 3; ++k) rgb[k] = static_cast<std::uint8_t>(channels[k]);
+      });
+}
+
 // ---- nearest standards, cores, growth
 
 void MeasureNearest(std::size_t n) {
@@ -326,6 +403,7 @@ int main(int argc, char** argv) {
     if (!UseInstructionSet(set)) continue;
     MeasureLab(2'048);
     MeasureDifferences(2'048);
+    MeasureJudging(2'048);
   }
   UseInstructionSet(widest);
   MeasureTristimulus(1'000'000, 1, ">= 2");

@@ -309,49 +309,162 @@ TEST(Tristimulus, AllIlluminantsInOnePassOverCurvesOfEitherPrecision) {
   });
 }
 
-TEST(Judging, VerdictsWordsIndicesAndDisplayColoursAreThoseOfTheRecords) {
-  const Pairs pairs(20'011, 3);
-  const std::size_t n = pairs.size();
-  std::vector<double> deltas(7 * n);
-  DifferenceBatch(DefaultSettings(vrxSystemLab), 0.0, pairs.Batch(0), pairs.Batch(1), deltas);
-  const BatchView<const double, 7> all(deltas);
-  const auto first = all.Numbers<0, 3>();
-  std::vector<double> totals(n), index(n), ks(n), density(n), internal(n), measured(n);
-  for (std::size_t i = 0; i < n; ++i) totals[i] = all.at(i, 6);
-  CBoxTolData box;
-  box.SetTolerance(1, 0.5, 2.0);
-  CEllipseData ellipse;
-  ellipse[CEllipseData::kAngle] = 30.0, ellipse[CEllipseData::kMajorAxis] = 2.5;
-  std::vector<Verdict> inBox(n), inEllipse(n), inTotal(n);
-  std::vector<std::int32_t> words(3 * n);
-  std::vector<std::uint8_t> rgb(3 * n), displayable(n);
-  OnEverySet([&] {
-    EXPECT_TRUE(BoxVerdictBatch(box, 0.75, first, inBox));
-    EXPECT_TRUE(EllipseVerdictBatch(ellipse, 0.75, first, inEllipse));
-    EXPECT_TRUE(TotalVerdictBatch(1.5, 0.75, totals, inTotal));
-    const BatchView<const double, 5> labs(pairs.lab[1]);
-    EXPECT_TRUE(ShadeBatch(labs.Numbers<0, 3>(), first, words));
-    EXPECT_TRUE(IndexBatch(&WhitenessCie, kD65, kObserver10, pairs.xyz[1], index));
-    EXPECT_TRUE(DisplayColorBatch(kD65, kObserver10, pairs.xyz[1], rgb, displayable));
-    for (std::size_t i = 0; i < n; ++i) {
-      CDeltaValues delta;
-      CLabValues lab;
-      for (std::int32_t k = 0; k < 7; ++k) delta[k] = all.at(i, static_cast<std::size_t>(k));
-      for (std::int32_t k = 0; k < 5; ++k) lab[k] = labs.at(i, static_cast<std::size_t>(k));
-      const CTrisValues xyz = {pairs.xyz[1][3 * i], pairs.xyz[1][3 * i + 1], pairs.xyz[1][3 * i + 2]};
-      const bool unset = IsUnset(delta);
-      const Verdict expected = !box.Accepts(delta, 1.0) ? kFail : box.Accepts(delta, 0.75) ? kPass : kWarning;
-      ASSERT_EQ(inBox[i], unset ? kFail : expected) << i;
-      ASSERT_EQ(inEllipse[i], unset ? kFail : ellipse.Judge(delta, 0.75)) << i;
-      ASSERT_EQ(inTotal[i], unset ? kFail : GradeTotal(delta[6], 1.5, 0.75)) << i;
-      const ShadeWords shade = unset ? ShadeWords() : DescribeShade(lab, delta);
-      std::int32_t red, green, blue;
-      const bool shown = XyzToDisplayRgb(kD65, kObserver10, xyz, red, green, blue);
-      for (std::size_t k = 0; k < 3; ++k) ASSERT_EQ(words[3 * i + k], shade.words[k]) << i;
-      ASSERT_EQ(Bits(index[i]), Bits(WhitenessCie(kD65, kObserver10, xyz))) << i;
-      ASSERT_TRUE(rgb[3 * i] == red && rgb[3 * i + 1] == green && rgb[3 * i + 2] == blue) << i;
-      ASSERT_EQ(displayable[i] != 0, shown) << i;
+// Every triple of values on limits, beside them and beyond them all, then random ones within a few units of 0.
+std::vector<double> AwkwardTriples() {
+  constexpr double kInf = std::numeric_limits<double>::infinity();
+  const double values[] = {0.0,
+                           -0.0,
+                           0.1,
+                           -0.1,
+                           std::nextafter(0.1, 0.0),
+                           1.5,
+                           -1.5,
+                           std::nextafter(1.5, 2.0),
+                           kUnset,
+                           1.125,
+                           kInf,
+                           -kInf,
+                           std::nan(""),
+                           5e-324,
+                           -1e308,
+                           1e160};
+  std::vector<double> triples;
+  for (const double x : values) {
+    for (const double y : values) {
+      for (const double z : values) triples.insert(triples.end(), {x, y, z});
     }
+  }
+  Random random(10);
+  while (triples.size() < 3 * 20'011) triples.push_back(random.Between(-2.5, 2.5));
+  return triples;
+}
+
+// A check of triples as dense rows, as part of wider rows, and as columns, on every instruction set.
+void InEveryShape(const std::vector<double>& triples,
+                  const std::function<void(const BatchView<const double, 3>&)>& check) {
+  std::vector<double> wide;
+  for (std::size_t i = 0; i < triples.size(); ++i) {
+    wide.push_back(triples[i]);
+    if (i % 3 == 2) wide.insert(wide.end(), 4, 0.0);
+  }
+  const auto columns = ToColumns(triples, 3);
+  OnEverySet([&] {
+    check(triples);
+    check(BatchView<const double, 7>(wide).Numbers<0, 3>());
+    check(ViewOf<const double, 3>(columns));
+  });
+}
+
+TEST(Judging, VerdictsAreThoseOfTheSingleJudgement) {
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN(),
+                   kInf = std::numeric_limits<double>::infinity();
+  struct Row {
+    double plus, minus, axis, angle, warningFactor;
+  };
+  const Row rows[] = {{0.5, 2.0, 2.5, 30.0, 0.75},      {1.5, 1.5, 1.5, 0.0, 1.0},
+                      {kUnset, kUnset, 0.0, 90.0, 0.5}, {kInf, 0.0, kInf, 45.0, 0.9},
+                      {kNaN, 1.5, kNaN, 1e6, 0.75},     {-0.5, 0.1, 1.5, kNaN, 2.0},
+                      {1.5, 1.5, 5e-324, 10.0, 0.0},    {1e308, 1e308, 1e160, 0.1, kNaN}};
+  const std::vector<double> triples = AwkwardTriples();
+  const std::size_t n = triples.size() / 3;
+  for (const Row& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.plus << ' ' << row.axis << ' ' << row.warningFactor);
+    CBoxTolData box;
+    box.SetTolerance(1, row.plus, row.minus);
+    CEllipseData ellipse;
+    ellipse[CEllipseData::kAngle] = row.angle, ellipse[CEllipseData::kMajorAxis] = row.axis;
+    ellipse[CEllipseData::kCentreL] = 0.1;
+    std::vector<Verdict> inBox, inEllipse, inTotal, verdicts(n), ofTotals(3 * n);
+    for (std::size_t i = 0; i < n; ++i) {
+      const Difference d = {triples[3 * i], triples[3 * i + 1], triples[3 * i + 2], 0.0, 0.0, 0.0, 0.0};
+      const bool unset = IsUnset(d.dL) && IsUnset(d.da) && IsUnset(d.db);
+      const bool wellInside = box.Accepts(d, row.warningFactor);
+      inBox.push_back(unset || !box.Accepts(d, 1.0) ? kFail : wellInside ? kPass : kWarning);
+      inEllipse.push_back(unset ? kFail : ellipse.Judge(d, row.warningFactor));
+    }
+    for (const double total : triples)
+      inTotal.push_back(IsUnset(total) ? kFail : GradeTotal(total, row.plus, row.warningFactor));
+    InEveryShape(triples, [&](const BatchView<const double, 3>& differences) {
+      EXPECT_TRUE(BoxVerdictBatch(box, row.warningFactor, differences, verdicts));
+      EXPECT_EQ(verdicts, inBox);
+      EXPECT_TRUE(EllipseVerdictBatch(ellipse, row.warningFactor, differences, verdicts));
+      EXPECT_EQ(verdicts, inEllipse);
+      EXPECT_TRUE(TotalVerdictBatch(row.plus, row.warningFactor, triples, ofTotals));
+      EXPECT_EQ(ofTotals, inTotal);
+    });
+  }
+}
+
+TEST(Judging, WordsAreThoseOfTheSingleCall) {
+  const std::vector<double> differences = AwkwardTriples();
+  std::vector<double> trials = differences;
+  std::rotate(trials.begin(), trials.begin() + 3 * 17 + 1, trials.end());
+  const std::size_t n = trials.size() / 3;
+  std::vector<std::int32_t> expected;
+  for (std::size_t i = 0; i < n; ++i) {
+    const double *t = &trials[3 * i], *d = &differences[3 * i];
+    const ShadeWords shade =
+        DescribeShade(Lab{t[0], t[1], t[2], 0.0, 0.0}, Difference{d[0], d[1], d[2], 0.0, 0.0, 0.0, 0.0});
+    expected.insert(expected.end(), shade.words.begin(), shade.words.end());
+  }
+  InEveryShape(differences, [&](const BatchView<const double, 3>& view) {
+    std::vector<std::int32_t> words(3 * n), wide(4 * n, -1);
+    EXPECT_TRUE(ShadeBatch(trials, view, words));
+    EXPECT_EQ(words, expected);
+    EXPECT_TRUE(ShadeBatch(trials, view, BatchView<std::int32_t, 3>(wide, 4)));
+    for (std::size_t i = 0; i < wide.size(); ++i)
+      ASSERT_EQ(wide[i], i % 4 == 3 ? -1 : expected[i / 4 * 3 + i % 4]) << i;
+  });
+}
+
+// Tristimulus values: awkward ones, then colours.
+std::vector<double> AwkwardColors() {
+  std::vector<double> xyz = AwkwardTriples();
+  const Pairs pairs(4'001, 3);
+  xyz.insert(xyz.end(), pairs.xyz[1].begin(), pairs.xyz[1].end());
+  return xyz;
+}
+
+TEST(Values, IndicesAreThoseOfTheSingleCalls) {
+  const std::vector<double> xyz = AwkwardColors();
+  std::vector<double> expected(xyz.size() / 3), got(expected.size());
+  std::vector<IndexFunction> functions = {
+      [](vrxIlluminant, std::int32_t, const CTrisValues& row) { return row[0] * -row[1]; }};
+  for (const ColorIndex& index : ColorIndices()) {
+    functions.push_back(index.direct);
+    if (index.recalculated != nullptr) functions.push_back(index.recalculated);
+  }
+  for (const auto& [illuminant, observer] :
+       {std::pair(kD65, kObserver10), std::pair(vrxIllumC, kObserver2)}) {
+    for (std::size_t f = 0; f < functions.size(); ++f) {
+      SCOPED_TRACE(testing::Message() << f << " under " << illuminant);
+      for (std::size_t i = 0; i < expected.size(); ++i)
+        expected[i] = functions[f](illuminant, observer, {xyz[3 * i], xyz[3 * i + 1], xyz[3 * i + 2]});
+      InEveryShape(xyz, [&](const BatchView<const double, 3>& view) {
+        EXPECT_TRUE(IndexBatch(functions[f], illuminant, observer, view, got));
+        EXPECT_EQ(CountDifferent(got, expected), 0u);
+      });
+    }
+  }
+}
+
+TEST(Values, DisplayColoursAreThoseOfTheSingleCall) {
+  const std::vector<double> xyz = AwkwardColors();
+  const std::size_t n = xyz.size() / 3;
+  std::vector<std::uint8_t> expected, shown, rgb(3 * n), apart(5 * n), displayable(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    std::int32_t channels[3];
+    shown.push_back(XyzToDisplayRgb(kD65, kObserver10, {xyz[3 * i], xyz[3 * i + 1], xyz[3 * i + 2]},
+                                    channels[0], channels[1], channels[2]));
+    for (const std::int32_t channel : channels) expected.push_back(static_cast<std::uint8_t>(channel));
+  }
+  InEveryShape(xyz, [&](const BatchView<const double, 3>& view) {
+    EXPECT_TRUE(DisplayColorBatch(kD65, kObserver10, view, rgb));
+    EXPECT_EQ(rgb, expected);
+    EXPECT_TRUE(
+        DisplayColorBatch(kD65, kObserver10, view, BatchView<std::uint8_t, 3>(apart, 5), displayable));
+    EXPECT_EQ(displayable, shown);
+    for (std::size_t i = 0; i < rgb.size(); ++i) ASSERT_EQ(apart[i / 3 * 5 + i % 3], expected[i]) << i;
   });
 }
 

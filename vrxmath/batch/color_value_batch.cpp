@@ -1,8 +1,11 @@
 #include <vrxmath/batch/color_value_batch.h>
 
+#include <algorithm>
+#include <array>
 #include <limits>
 
 #include <vrxmath/batch/batch_conditions.h>
+#include <vrxmath/batch/color_value_kernels.h>
 #include <vrxmath/colorimetry/display_color.h>
 
 namespace vrx {
@@ -10,8 +13,24 @@ namespace {
 
 constexpr std::size_t kBlockRows = 4096;
 
-void ReadRow(const BatchView<const double, 3>& xyz, std::size_t row, CTrisValues& values) {
-  for (std::int32_t k = 0; k < 3; ++k) values[k] = xyz.at(row, static_cast<std::size_t>(k));
+// What finds the terms of an index of the list; null for a function that is not there.
+IndexTermsFunction TermsFunctionOf(IndexFunction index) {
+  for (const ColorIndex& row : ColorIndices()) {
+    if (index == row.direct) return row.directTerms;
+    if (index == row.recalculated) return row.recalculatedTerms;
+  }
+  return nullptr;
+}
+
+// An index of the caller's own, row by row.
+void CallForRows(IndexFunction index, vrxIlluminant illuminant, std::int32_t observer,
+                 const BatchView<const double, 3>& xyz, std::span<double> values) {
+  CTrisValues row;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    row.SetValues({xyz.at(i, 0), xyz.at(i, 1), xyz.at(i, 2)});
+    const double value = index(illuminant, observer, row);
+    values[i] = value == value ? value : std::numeric_limits<double>::quiet_NaN();
+  }
 }
 
 }  // namespace
@@ -21,13 +40,15 @@ bool IndexBatch(IndexFunction index, vrxIlluminant illuminant, std::int32_t obse
   if (index == nullptr) throw CInvalidArgException();
   RequireSameCount(xyz.size(), values.size());
   RequireWeightTable(illuminant, observer);
+  const IndexTermsFunction findTerms = TermsFunctionOf(index);
+  IndexTerms terms;
+  const bool isDefined = findTerms == nullptr || findTerms(illuminant, observer, terms);
   return ForEachBlock(run, xyz.size(), kBlockRows, [&](std::size_t from, std::size_t count) {
-    CTrisValues row;
-    for (std::size_t i = from; i < from + count; ++i) {
-      ReadRow(xyz, i, row);
-      const double value = index(illuminant, observer, row);
-      values[i] = value == value ? value : std::numeric_limits<double>::quiet_NaN();
-    }
+    const std::span<double> block = values.subspan(from, count);
+    if (!isDefined) return std::fill(block.begin(), block.end(), kUnset);
+    if (findTerms == nullptr) return CallForRows(index, illuminant, observer, xyz.Rows(from, count), block);
+    const auto& kernels = CurrentKernels<ColorValueKernels>();
+    kernels.index(terms, ColumnsOf(xyz, from, count).data(), {block.data(), 1}, count);
   });
 }
 
@@ -37,15 +58,15 @@ bool DisplayColorBatch(vrxIlluminant illuminant, std::int32_t observer, const Ba
   RequireSameCount(xyz.size(), rgb.size());
   if (!displayable.empty()) RequireSameCount(xyz.size(), displayable.size());
   RequireWeightTable(illuminant, observer);
+  DisplayMatrix matrix;
+  if (!FindDisplayMatrix(illuminant, observer, matrix)) throw CInvalidArgException();
   return ForEachBlock(run, xyz.size(), kBlockRows, [&](std::size_t from, std::size_t count) {
-    CTrisValues row;
-    for (std::size_t i = from; i < from + count; ++i) {
-      std::int32_t channels[3];
-      ReadRow(xyz, i, row);
-      const bool shown = XyzToDisplayRgb(illuminant, observer, row, channels[0], channels[1], channels[2]);
-      for (std::size_t k = 0; k < 3; ++k) rgb.at(i, k) = static_cast<std::uint8_t>(channels[k]);
-      if (!displayable.empty()) displayable[i] = shown ? 1 : 0;
-    }
+    const auto& kernels = CurrentKernels<ColorValueKernels>();
+    std::array<Column<std::uint8_t>, 4> channels{};
+    std::ranges::copy(ColumnsOf(rgb, from, count), channels.begin());
+    if (!displayable.empty()) channels[3] = {displayable.data() + from, 1};
+    const auto kernel = displayable.empty() ? kernels.display : kernels.displayAndFlag;
+    kernel(matrix, ColumnsOf(xyz, from, count).data(), channels.data(), count);
   });
 }
 

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <limits>
+#include <type_traits>
 
 #include <vrxmath/batch/batch_table.h>
 #include <vrxmath/numeric/lanes.h>
@@ -55,12 +56,12 @@ void RowsToColumns(const Column<const double>* table, std::size_t from, std::siz
     for (std::size_t i = count; i < padded; ++i) column[i] = 1.0;
   }
 }
-template <std::size_t kWidth>
-void ColumnsToRows(const double* columns, const Column<double>* table, std::size_t from, std::size_t count) {
+template <std::size_t kWidth, class NUMBER>
+void ColumnsToRows(const NUMBER* columns, const Column<NUMBER>* table, std::size_t from, std::size_t count) {
   for (std::size_t k = 0; k < kWidth; ++k) {
     const std::ptrdiff_t stride = table[k].stride;
-    double* target = table[k].first + static_cast<std::ptrdiff_t>(from) * stride;
-    const double* column = columns + k * kChunkRows;
+    NUMBER* target = table[k].first + static_cast<std::ptrdiff_t>(from) * stride;
+    const NUMBER* column = columns + k * kChunkRows;
     for (std::size_t i = 0; i < count; ++i) target[static_cast<std::ptrdiff_t>(i) * stride] = column[i];
   }
 }
@@ -92,13 +93,27 @@ struct Widths {
     return true;
   }
 
+  // True when StoreRows can write such rows. Those of whole numbers must have nothing between them.
+  template <class NUMBER>
+  static bool CanStore(const Column<NUMBER>* columns) {
+    if (!AreRows(columns)) return false;
+    std::size_t at = 0;
+    const auto isDense = [&](std::size_t width) {
+      const bool dense = columns[at].stride == static_cast<std::ptrdiff_t>(width);
+      at += width;
+      return dense;
+    };
+    return std::is_same_v<NUMBER, double> || (isDense(kWidths) && ...);
+  }
+
 #if VRX_LANES > 1
   // Rows as packs, and back.
   static VRX_LANE_INLINE void LoadRows(const Column<const double>* columns, std::size_t row, Lanes* x) {
     std::size_t at = 0;
     ((LoadGroup<kWidths>(columns + at, row, x + at), at += kWidths), ...);
   }
-  static VRX_LANE_INLINE void StoreRows(const Lanes* y, const Column<double>* columns, std::size_t row) {
+  template <class NUMBER>
+  static VRX_LANE_INLINE void StoreRows(const Lanes* y, const Column<NUMBER>* columns, std::size_t row) {
     std::size_t at = 0;
     ((StoreGroup<kWidths>(y + at, columns + at, row), at += kWidths), ...);
   }
@@ -133,11 +148,22 @@ struct Widths {
     }
   }
 
+  template <std::size_t kWidth, class NUMBER>
+  static VRX_LANE_INLINE void StoreGroup(const Lanes* y, const Column<NUMBER>* column, std::size_t row) {
+    NUMBER* first = column->first + static_cast<std::ptrdiff_t>(row) * column->stride;
+    if constexpr (std::is_same_v<NUMBER, double>) {
+      StoreNumbers<kWidth>(y, column, first);
+    } else if constexpr (kWidth == 3) {
+      StoreTriples(y, first);
+    } else {
+      static_assert(kWidth == 1, "only what is needed");
+      Store(y[0], first);
+    }
+  }
   template <std::size_t kWidth>
-  static VRX_LANE_INLINE void StoreGroup(const Lanes* y, const Column<double>* column, std::size_t row) {
+  static VRX_LANE_INLINE void StoreNumbers(const Lanes* y, const Column<double>* column, double* first) {
     constexpr std::size_t kCount = kWidth < kLaneCount ? kWidth : kLaneCount;
     if constexpr (kWidth == 0) return;
-    double* first = column->first + static_cast<std::ptrdiff_t>(row) * column->stride;
     if constexpr (kWidth == 3) {
       if (column->stride == 3) return StoreTriples(y, first);
     }
@@ -157,13 +183,14 @@ struct Widths {
   }
 #else
   static void LoadRows(const Column<const double>*, std::size_t, Lanes*) {}
-  static void StoreRows(const Lanes*, const Column<double>*, std::size_t) {}
+  template <class NUMBER>
+  static void StoreRows(const Lanes*, const Column<NUMBER>*, std::size_t) {}
 #endif
 };
 
 // f(in, out) for whole packs of rows; `count` is a multiple of the lanes.
-template <class IN, class OUT, class F>
-VRX_LANE_INLINE void OverPacks(const Column<const double>* in, const Column<double>* out, bool inRows,
+template <class IN, class OUT, class NUMBER, class F>
+VRX_LANE_INLINE void OverPacks(const Column<const double>* in, const Column<NUMBER>* out, bool inRows,
                                bool outRows, std::size_t count, const F& f) {
   for (std::size_t i = 0; i < count; i += kLaneCount) {
     Lanes x[IN::kTotal], y[OUT::kTotal];
@@ -173,7 +200,9 @@ VRX_LANE_INLINE void OverPacks(const Column<const double>* in, const Column<doub
       for (std::size_t k = 0; k < IN::kTotal; ++k) x[k] = Load<Lanes>(in[k].first + i);
     }
     f(x, y);
-    for (std::size_t k = 0; k < OUT::kTotal; ++k) y[k] = CanonicalNaN(y[k]);
+    if constexpr (std::is_same_v<NUMBER, double>) {
+      for (std::size_t k = 0; k < OUT::kTotal; ++k) y[k] = CanonicalNaN(y[k]);
+    }
     if (outRows) {
       OUT::StoreRows(y, out, i);
     } else {
@@ -182,18 +211,18 @@ VRX_LANE_INLINE void OverPacks(const Column<const double>* in, const Column<doub
   }
 }
 
-// f(in, out) for `count` rows.
-template <class IN, class OUT, class F>
-[[gnu::noinline]] void OverRows(const Column<const double>* in, const Column<double>* out, std::size_t count,
+// f(in, out) for `count` rows. What is written may be whole numbers: the packs then hold them, to be rounded towards 0.
+template <class IN, class OUT, class NUMBER, class F>
+[[gnu::noinline]] void OverRows(const Column<const double>* in, const Column<NUMBER>* out, std::size_t count,
                                 const F& f) {
   double input[IN::kTotal * kChunkRows];
-  double output[OUT::kTotal * kChunkRows];
+  NUMBER output[OUT::kTotal * kChunkRows];
   const bool inColumns = IN::AreColumns(in), outColumns = OUT::AreColumns(out);
   const bool direct = (inColumns || (kLaneCount > 1 && IN::AreRows(in))) &&
-                      (outColumns || (kLaneCount > 1 && OUT::AreRows(out)));
+                      (outColumns || (kLaneCount > 1 && OUT::CanStore(out)));
   for (std::size_t i = 0, rows; i < count; i += rows) {
     Column<const double> source[IN::kTotal];
-    Column<double> target[OUT::kTotal];
+    Column<NUMBER> target[OUT::kTotal];
     rows = direct ? (count - i) / kLaneCount * kLaneCount : 0;
     const bool viaStack = rows == 0;
     std::size_t padded = rows;
@@ -206,7 +235,7 @@ template <class IN, class OUT, class F>
       source[k] = viaStack ? Column<const double>{input + k * kChunkRows, 1} : in[k];
     }
     for (std::size_t k = 0; k < OUT::kTotal; ++k) {
-      target[k] = viaStack ? Column<double>{output + k * kChunkRows, 1} : out[k];
+      target[k] = viaStack ? Column<NUMBER>{output + k * kChunkRows, 1} : out[k];
     }
     OverPacks<IN, OUT>(source, target, !viaStack && !inColumns, !viaStack && !outColumns, padded, f);
     if (viaStack) ColumnsToRows<OUT::kTotal>(output, out, i, rows);

@@ -11,8 +11,6 @@
 namespace vrx {
 namespace {
 
-constexpr int32_t kUnsetGrey = 192;
-
 struct Chromaticities {
   double x, y, z;
 };
@@ -56,15 +54,18 @@ Vector3 Solve(Equations a) {
 }
 
 // The row of a channel: 1 for the white, 0 for the two other primaries.
-Vector3 SolveRow(const Vector3& white, const Chromaticities& other, const Chromaticities& another) {
+DisplayMatrix::Row SolveRow(const Vector3& white, const Chromaticities& other,
+                            const Chromaticities& another) {
   const Vector3 p = Normalised(other), q = Normalised(another);
-  return Solve({{{white[0], white[1], white[2], 1.0}, {p[0], p[1], p[2], 0.0}, {q[0], q[1], q[2], 0.0}}});
+  const Vector3 row =
+      Solve({{{white[0], white[1], white[2], 1.0}, {p[0], p[1], p[2], 0.0}, {q[0], q[1], q[2], 0.0}}});
+  return {row[0], row[1], row[2]};
 }
 
 DisplayMatrix MakeMatrix(const White& white) {
   const auto& [red, green, blue] = display.primaries;
   const Vector3 scaled{white.X / 100.0, white.Y / 100.0, white.Z / 100.0};
-  return {{SolveRow(scaled, green, blue), SolveRow(scaled, red, blue), SolveRow(scaled, red, green)}};
+  return {SolveRow(scaled, green, blue), SolveRow(scaled, red, blue), SolveRow(scaled, red, green)};
 }
 
 // The matrices of the built-in pairs are made once and kept until the primaries change. A thread that finds one being
@@ -104,7 +105,7 @@ bool FindDisplayMatrix(vrxIlluminant illuminant, int32_t observer, DisplayMatrix
 
 bool XyzToDisplayRgb(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz, int32_t& red,
                      int32_t& green, int32_t& blue) {
-  red = green = blue = kUnsetGrey;
+  red = green = blue = static_cast<int32_t>(display_constants::kUnsetGrey);
   DisplayMatrix matrix;
   if (IsUnset(xyz) || !FindDisplayMatrix(illuminant, observer, matrix)) return true;
   const RgbOf<double> linear = LinearChannels(xyz.Values(), matrix);

@@ -4,8 +4,6 @@
 #ifndef VRXMATH_COLORIMETRY_DISPLAY_FORMULAS_H_
 #define VRXMATH_COLORIMETRY_DISPLAY_FORMULAS_H_
 
-#include <array>
-
 #include <vrxmath/colorimetry/values.h>
 #include <vrxmath/numeric/lanes.h>
 
@@ -19,7 +17,10 @@ struct RgbOf {
 
 /// XYZ on the scale Y = 1 to linear channels: one row each for red, green and blue.
 struct DisplayMatrix {
-  std::array<std::array<double, 3>, 3> rows;
+  struct Row {
+    double X, Y, Z;
+  };
+  Row red, green, blue;
 };
 
 namespace display_constants {
@@ -30,16 +31,18 @@ inline constexpr double kSlope = 12.92;
 inline constexpr double kExponent = 0.4166666666666667;
 inline constexpr double kSlopeAtWhite = 1.055 * kExponent;
 
+// All channels of a colour that was not measured.
+inline constexpr double kUnsetGrey = 192.0;
+
 }  // namespace display_constants
 
 /// Linear channels, 1 for the white, of tristimulus values on the scale Y = 100.
 template <class T>
 VRX_LANE_INLINE RgbOf<T> LinearChannels(const XyzOf<T>& xyz, const DisplayMatrix& matrix) {
   const T X = xyz.X / 100.0, Y = xyz.Y / 100.0, Z = xyz.Z / 100.0;
-  const auto channel = [&](const std::array<double, 3>& row) {
-    return 0.0 + row[0] * X + row[1] * Y + row[2] * Z;
-  };
-  return {channel(matrix.rows[0]), channel(matrix.rows[1]), channel(matrix.rows[2])};
+  const auto channel = [&](const DisplayMatrix::Row& row)
+                           VRX_LANE_LAMBDA { return 0.0 + row.X * X + row.Y * Y + row.Z * Z; };
+  return {channel(matrix.red), channel(matrix.green), channel(matrix.blue)};
 }
 
 /// A linear channel as its 8-bit value before it is rounded down: 0 to 255. NaN counts as 0.
@@ -49,7 +52,7 @@ VRX_LANE_INLINE T DisplayLevel(T channel) {
   using namespace display_constants;
   const auto curved = (channel > kBreak) & (channel < 1.0);
   const T encoded = Branch(
-      curved, [&] { return 1.055 * Power(channel, kExponent) - 0.055; },
+      curved, [&] { return 1.055 * Power(channel, T(kExponent)) - 0.055; },
       [&] { return Select(channel >= 1.0, T(1.0), Select(channel > 0.0, kSlope * channel, T(0.0))); });
   return encoded * 255.0;
 }

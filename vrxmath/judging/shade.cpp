@@ -1,49 +1,30 @@
 #include <vrxmath/judging/shade.h>
 
-#include <cmath>
-
 #include <vrxmath/foundation/string_numbers.h>
+#include <vrxmath/judging/shade_formulas.h>
 #include <vrxmath/platform/resources.h>
 
 namespace vrx {
 namespace {
 
-constexpr double kThreshold = 0.1;
+constexpr uint32_t kBlack = 0x000000, kWhite = 0xFFFFFF;
+constexpr uint32_t kRed = 0x0000FF, kGreen = 0x008000, kYellow = 0x00FFFF, kBlue = 0xFF0000;
 
-constexpr uint32_t kBlack = 0x000000;
-constexpr uint32_t kWhite = 0xFFFFFF;
-
-// One end of a colour axis: what a step away from the neutral point is called, and a step towards it.
-struct AxisEnd {
-  ShadeWord away, towards;
-  uint32_t color;
-};
-
-constexpr AxisEnd kRed = {kRedder, kLessRed, 0x0000FF};
-constexpr AxisEnd kGreen = {kGreener, kLessGreen, 0x008000};
-constexpr AxisEnd kYellow = {kYellower, kLessYellow, 0x00FFFF};
-constexpr AxisEnd kBlue = {kBluer, kLessBlue, 0xFF0000};
-
-void DescribeAxis(double coordinate, double difference, const AxisEnd& positive, const AxisEnd& negative,
-                  ShadeWord& word, uint32_t& color) {
-  if (!(std::fabs(difference) > kThreshold)) return;
-  const bool onPositiveSide = coordinate >= 0.0;
-  const AxisEnd& end = onPositiveSide ? positive : negative;
-  word = (difference >= 0.0) == onPositiveSide ? end.away : end.towards;
-  color = end.color;
-}
+// The colours of the words, by number.
+constexpr uint32_t kColors[] = {kBlack, kBlack,  kWhite,  kRed,  kRed, kGreen,
+                                kGreen, kYellow, kYellow, kBlue, kBlue};
 
 }  // namespace
 
 ShadeWords DescribeShade(const Lab& trial, const Difference& difference, bool lighterInBlack) {
+  const double numbers[] = {LightnessWord(difference.dL), RedGreenWord(trial.a, difference.da),
+                            YellowBlueWord(trial.b, difference.db)};
   ShadeWords shade;
-  if (std::fabs(difference.dL) >= kThreshold) {
-    const bool lighter = difference.dL > 0.0;
-    shade.words[0] = lighter ? kLighter : kDarker;
-    shade.colors[0] = lighter && !lighterInBlack ? kWhite : kBlack;
+  for (std::size_t k = 0; k < 3; ++k) {
+    shade.words[k] = static_cast<ShadeWord>(numbers[k]);
+    shade.colors[k] = kColors[shade.words[k]];
   }
-  DescribeAxis(trial.a, difference.da, kRed, kGreen, shade.words[1], shade.colors[1]);
-  DescribeAxis(trial.b, difference.db, kYellow, kBlue, shade.words[2], shade.colors[2]);
+  if (lighterInBlack && shade.words[0] == kLighter) shade.colors[0] = kBlack;
   return shade;
 }
 

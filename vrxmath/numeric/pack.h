@@ -199,6 +199,18 @@ VRX_LANE_INLINE void Store(T x, double* to) {
   __builtin_memcpy(to, &x, sizeof x);
 }
 
+/// The same as whole numbers, rounded towards 0, which must be in the range of their type and of 32 bits.
+template <class T, class WHOLE>
+VRX_LANE_INLINE void Store(T x, WHOLE* to) {
+  if constexpr (kLanesOf<T> == 1) {
+    *to = static_cast<WHOLE>(static_cast<std::int32_t>(x));
+  } else {
+    for (int lane = 0; lane < T::kLanes; ++lane) {
+      to[lane] = static_cast<WHOLE>(static_cast<std::int32_t>(x.v[lane]));
+    }
+  }
+}
+
 /// Every `stride`-th number.
 template <class T, class Number>
 VRX_LANE_INLINE T LoadStrided(const Number* from, std::ptrdiff_t stride) {
@@ -305,8 +317,8 @@ VRX_LANE_INLINE void LoadTriples(const double* from, T* x) {
   x[1].v = pack_internal::EveryThird<1>(a, b, c, kIndices);
   x[2].v = pack_internal::EveryThird<2>(a, b, c, kIndices);
 }
-template <class T>
-VRX_LANE_INLINE void StoreTriples(const T* x, double* to) {
+template <class T, class NUMBER>
+VRX_LANE_INLINE void StoreTriples(const T* x, NUMBER* to) {
   constexpr auto kIndices = std::make_index_sequence<static_cast<std::size_t>(T::kLanes)>();
   Store(T(pack_internal::Threaded<0>(x[0].v, x[1].v, x[2].v, kIndices)), to);
   Store(T(pack_internal::Threaded<1>(x[0].v, x[1].v, x[2].v, kIndices)), to + T::kLanes);

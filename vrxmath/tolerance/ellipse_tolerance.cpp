@@ -7,6 +7,7 @@
 #include <vrxmath/colorimetry/hue.h>
 #include <vrxmath/foundation/record_archive.h>
 #include <vrxmath/numeric/elementary.h>
+#include <vrxmath/tolerance/ellipse_formulas.h>
 
 namespace vrx {
 namespace {
@@ -21,10 +22,6 @@ CMatrix AxisDirections(double angleDegrees) {
   directions[2][1] = s;
   directions[2][2] = c;
   return directions;
-}
-
-double InAxes(double component, double semiAxis) {
-  return component == 0.0 ? 0.0 : component / semiAxis;
 }
 
 /// The factor of a system with an ellipsoid: CMC carries it third, after l and c, the others fourth.
@@ -47,20 +44,11 @@ CEllipseData::CEllipseData() {
 }
 
 double CEllipseData::Value(const Difference& difference) const {
-  const CEllipseData& e = *this;
-  const double c = Cos(e[kAngle] * kRadiansPerDegree), s = Sin(e[kAngle] * kRadiansPerDegree);
-  const double L = difference.dL - e[kCentreL], a = difference.da - e[kCentreA],
-               b = difference.db - e[kCentreB];
-  const double p = InAxes(L, e[kLightnessAxis]);
-  const double q = InAxes(a * c + b * s, e[kMajorAxis]);
-  const double r = InAxes(b * c - a * s, e[kMinorAxis]);
-  return std::sqrt(p * p + q * q + r * r);
+  return EllipseValue(TermsOf(*this), difference.dL, difference.da, difference.db);
 }
 
 Verdict CEllipseData::Judge(const Difference& difference, double warningFactor) const {
-  const double value = Value(difference);
-  if (!(value <= 1.0)) return kFail;
-  return NearlyEqual(warningFactor, 1.0) || value <= warningFactor ? kPass : kWarning;
+  return ToVerdict(EllipseGrade(Value(difference), EllipseWarning(warningFactor)));
 }
 
 CMatrix CEllipseData::Form() const {

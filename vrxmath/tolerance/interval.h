@@ -4,6 +4,7 @@
 #define VRXMATH_TOLERANCE_INTERVAL_H_
 
 #include <vrxmath/foundation/numbers.h>
+#include <vrxmath/numeric/lanes.h>
 
 namespace vrx {
 
@@ -11,7 +12,13 @@ namespace vrx {
 struct Interval {
   double lower;
   double upper;
-  bool Contains(double value) const { return lower <= value && value <= upper; }
+  /// For a number or a pack of them (numeric/lanes.h).
+  template <class T>
+  VRX_LANE_INLINE auto Contains(T value) const {
+    const auto above = lower <= value, below = value <= upper;
+    const decltype(above) both = above & below;
+    return both;
+  }
 };
 
 /// An interval scaled about its own centre. A factor within the near-equality of 1 leaves it as it is, to the last bit.
