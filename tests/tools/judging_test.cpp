@@ -168,8 +168,8 @@ void ExpectManyAsOneByOne(const vrx::tool::JudgeSettings& settings, const vrx::t
     vrx::tool::Judgement one, other;
     trial.curve = curves[k];
     single.Evaluate(trial);
-    single.Take(trial, one);
-    many.TakeCurve(k, trial, other);
+    single.Take(one);
+    many.TakeCurve(k, other);
     for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
       const auto &a = one.under[i], &b = other.under[i];
       EXPECT_TRUE(a.available == b.available && a.words == b.words && a.components == b.components &&

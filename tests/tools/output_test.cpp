@@ -2,17 +2,25 @@
 
 #include "tools/vrx/output/output.h"
 
+#include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
+#include <span>
 #include <string>
+#include <string_view>
+#include <vector>
+
+#include <vrxmath/numeric/instruction_set.h>
 
 #include <vrxio/input_error.h>
 
 #include "tests/testing/temporary_folder.h"
+#include "tools/vrx/output/decimal_run.h"
 #include "tools/vrx/output/shortest_decimal.h"
 #include "tools/vrx/output/text.h"
 
@@ -59,25 +67,54 @@ TEST(Output, FixedNumbersRoundAsPrintfDoes) {
   EXPECT_EQ(got, expected);
 }
 
-TEST(Output, ShortestNumbersAreThoseOfTheStandardLibrary) {
+// Of every size, with few decimals and many, and the doubles beside them.
+std::vector<double> NumbersToWrite() {
   std::mt19937_64 random(5);
-  const auto check = [](double value) {
-    char got[32], expected[32];
-    const std::string_view text(got, vrx::tool::WriteShortest(value, got));
-    ASSERT_EQ(text, std::string_view(expected, std::to_chars(expected, expected + 32, value).ptr));
-  };
+  std::vector<double> numbers{0.0, -0.0, 1e-5, std::numeric_limits<double>::infinity(), 5e-324};
   for (int i = 0; i < 100'000; ++i) {
     const double wide = std::ldexp(1.0 + static_cast<double>(random() >> 12) * 0x1p-52, i % 34 - 13);
-    check(i % 2 == 0 ? wide : -wide);
-    check(static_cast<double>(random() % (1U << 29)) *
-          0x1p-12);  // the nearest texts may be as far on either side
-    // Few decimals, and the doubles beside them.
     const double few = static_cast<double>(random() % 100'000'000) / std::pow(10, i % 12);
-    for (const double value : {few, std::nextafter(few, 1e9), std::nextafter(few, 0.0)}) check(value);
+    numbers.insert(numbers.end(), {i % 2 == 0 ? wide : -wide, few, std::nextafter(few, 1e9)});
+    numbers.push_back(std::nextafter(few, 0.0));
+    numbers.push_back(static_cast<double>(random() % (1U << 29)) * 0x1p-12);  // texts as far on either side
+    numbers.push_back(std::bit_cast<double>(random() % 0x7ff0'0000'0000'0000));
   }
   for (double power = 0x1p-12; power < 1e6; power *= 2) {
-    for (const double value : {power, std::nextafter(power, 1e9), std::nextafter(power, 0.0)}) check(value);
+    numbers.insert(numbers.end(), {power, std::nextafter(power, 1e9), -std::nextafter(power, 0.0)});
   }
+  for (double power = 1e-5; power < 1e7; power *= 10) {
+    numbers.insert(numbers.end(), {power, std::nextafter(power, 1e9), -std::nextafter(power, 0.0)});
+  }
+  return numbers;
+}
+
+TEST(Output, ShortestNumbersAreThoseOfTheStandardLibrary) {
+  const std::vector<double> numbers = NumbersToWrite();
+  char got[32], expected[32];
+  const auto isExpected = [&](double number, const char* end) {
+    return std::string_view(got, end) ==
+           std::string_view(expected, std::to_chars(expected, expected + 32, number).ptr);
+  };
+  for (const double number : numbers) {
+    ASSERT_TRUE(isExpected(number, vrx::tool::WriteShortest(number, got))) << number;
+  }
+  const vrx::InstructionSet before = vrx::CurrentInstructionSet();
+  for (const vrx::InstructionSet set : vrx::kInstructionSets) {
+    if (!vrx::UseInstructionSet(set)) continue;
+    vrx::tool::DecimalRun run;
+    std::size_t found = 0;
+    for (std::size_t from = 0, count = 0; from < numbers.size(); from += count) {
+      count = std::min(from % vrx::tool::DecimalRun::kMost + 1, numbers.size() - from);
+      run.Find(std::span(numbers).subspan(from, count));
+      for (std::size_t i = 0; i < count; ++i) {
+        if (!run.Has(i)) continue;
+        ++found;
+        ASSERT_TRUE(isExpected(numbers[from + i], run.Write(i, got))) << numbers[from + i];
+      }
+    }
+    EXPECT_TRUE(found > numbers.size() / 2 || set == vrx::InstructionSet::kBase);
+  }
+  vrx::UseInstructionSet(before);
 }
 
 TEST(Output, OneRowInEachFormat) {

@@ -77,7 +77,8 @@ JudgedTrials JudgeTrials(const PlotOptions& options, const JudgeSettings& settin
     if (!options.trialId.empty() && trial.id != options.trialId) return;
     if (geometry != kNoGeometry && trial.geometry != geometry) return;
     judge.Evaluate(trial);
-    judge.Take(trial, judgement);
+    judgement.SetTrial(trial);
+    judge.Take(judgement);
     judged.Add(trial, judge, judgement);
   });
   comparison.WarnAboutInput();

@@ -125,16 +125,13 @@ void Judge::Evaluate(const Sample& trial) {
   }
 }
 
-void Judge::TakeNames(const CurveRow& trial, Judgement& judgement) const {
+void Judge::TakeSettings(Judgement& judgement) const {
   judgement.standard = id_;
-  judgement.trial = trial.id;
-  judgement.name = trial.name;
-  judgement.geometry = trial.geometry;
   judgement.under.resize(settings_.illuminants.size());
 }
 
-void Judge::Take(const CurveRow& trial, Judgement& judgement) const {
-  TakeNames(trial, judgement);
+void Judge::Take(Judgement& judgement) const {
+  TakeSettings(judgement);
   for (std::size_t i = 0; i < judgement.under.size(); ++i) {
     IlluminantJudgement& under = judgement.under[i];
     under = JudgementOf(Result(i), Difference(i), calc_.judgeByEllipse);

@@ -58,6 +58,11 @@ struct Judgement {
   int32_t geometry = kNoGeometry;
   std::vector<IlluminantJudgement> under;  ///< by illuminant of the settings
 
+  void SetTrial(const CurveRow& row) {
+    trial = row.id;
+    name = row.name;
+    geometry = row.geometry;
+  }
   /// The worst verdict under any illuminant.
   Verdict Overall() const;
 };
@@ -87,14 +92,14 @@ class Judge {
 
   /// Judges a trial against it, under every illuminant of the settings.
   void Evaluate(const Sample& trial);
-  /// The outcome of the last trial, whose names `trial` gives, in a record of its own.
-  void Take(const CurveRow& trial, Judgement& judgement) const;
+  /// The outcome of the last trial, in a record of its own but for the names of the trial.
+  void Take(Judgement& judgement) const;
 
   /// Judges many trials at once: curves of 40 samples, in percent, one behind the other. The outcomes are those of
   /// Evaluate to the last bit, but Result and the colours and differences of the last trial are not there.
   void EvaluateCurves(std::span<const double> curves);
   /// The outcome of the trial at `row` of them, as by Take.
-  void TakeCurve(std::size_t row, const CurveRow& trial, Judgement& judgement);
+  void TakeCurve(std::size_t row, Judgement& judgement);
 
   const std::string& StandardId() const { return id_; }
   const CReflData& StandardCurve() const { return standard_; }
@@ -126,19 +131,31 @@ class Judge {
   }
 
  private:
+  // A box and the box of a clear pass, as CBoxTolData has them.
+  struct BoxLimits {
+    std::array<Interval, CBoxTolData::kDimensions> outer, inner;
+    double total = kUnset;
+
+    BoxLimits() = default;
+    BoxLimits(const CBoxTolData& box, double warningFactor);
+    Verdict Grade(const std::array<double, 7>& difference) const;
+  };
   // What is known of many trials, a table for each illuminant: columns of as many rows.
   struct Batch {
     struct Table {
       BatchView<double, 5> lab;
       BatchView<double, 7> differences, labDifferences;
+      BoxLimits box;
     };
     std::vector<Table> tables;
     std::vector<double> xyz, lab, coordinates, differences, labDifferences;
   };
 
   void TakeColors(const Sample& sample, CColorValuesIllDataArray& values) const;
-  void TakeNames(const CurveRow& trial, Judgement& judgement) const;
+  void TakeSettings(Judgement& judgement) const;
   void FillDifferences(std::size_t i, const BatchView<double, 3>& xyz);
+  IlluminantJudgement JudgementAt(std::size_t i, std::size_t row);
+  Verdict JudgeSector(std::size_t i, const Lab& trial, const std::array<double, 7>& difference);
   void SetBoxes();
   void SetEllipses();
 

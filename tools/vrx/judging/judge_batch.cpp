@@ -37,9 +37,21 @@ struct OneColor {
   ColorBatch Batch() const { return {{std::span(xyz)}, {std::span(lab)}}; }
 };
 
-Difference DifferenceAt(const BatchView<double, 7>& rows, std::size_t row) {
+std::array<double, 7> DifferenceAt(const BatchView<double, 7>& rows, std::size_t row) {
   return {rows.at(row, 0), rows.at(row, 1), rows.at(row, 2), rows.at(row, 3),
           rows.at(row, 4), rows.at(row, 5), rows.at(row, 6)};
+}
+
+Difference Named(const std::array<double, 7>& d) {
+  return {d[0], d[1], d[2], d[3], d[4], d[5], d[6]};
+}
+
+Lab LabAt(const BatchView<double, 5>& rows, std::size_t row) {
+  return {rows.at(row, 0), rows.at(row, 1), rows.at(row, 2), rows.at(row, 3), rows.at(row, 4)};
+}
+
+bool AreUnset(const std::array<double, 7>& difference) {
+  return std::ranges::all_of(difference, [](double element) { return IsUnset(element); });
 }
 
 }  // namespace
@@ -58,22 +70,20 @@ void Judge::EvaluateCurves(std::span<const double> curves) {
   for (std::size_t i = 0; i < tables; ++i) {
     xyz.push_back(TableIn<3>(batch_.xyz, i, rows));
     batch_.tables[i] = {TableIn<5>(batch_.lab, i, rows), TableIn<7>(batch_.differences, i, rows),
-                        TableIn<7>(batch_.labDifferences, i, rows)};
+                        TableIn<7>(batch_.labDifferences, i, rows), BoxLimits(Box(i), calc_.warningFactor)};
   }
   TristimulusBatch(settings_.illuminants, settings_.observer, {curves}, xyz);
   for (std::size_t i = 0; i < tables; ++i) FillDifferences(i, xyz[i]);
   calc_.reflectanceA.RemoveAll();
   calc_.valuesA.SetSize(1);
   calc_.valuesA[0].SetSize(static_cast<std::int32_t>(tables));
-  calc_.labDifferences.SetSize(1);
-  calc_.labDifferences[0].SetSize(static_cast<std::int32_t>(tables));
 }
 
 // The differences of all curves under the illuminant at index `i`, in L*a*b* and in the system.
 void Judge::FillDifferences(std::size_t i, const BatchView<double, 3>& xyz) {
   const vrxIlluminant illuminant = settings_.illuminants[i];
   const std::int32_t system = settings_.difference.system;
-  const auto& [lab, differences, labDifferences] = batch_.tables[i];
+  const auto& [lab, differences, labDifferences, box] = batch_.tables[i];
   const double angle = std::fabs(calc_.angles.GetCount() > 0 ? calc_.angles.GetAngle(0) : AngleOfCode(0));
   Color standard = StandardColor(i).Values();
   CoordinatesBatch(vrxSystemLab, illuminant, settings_.observer, xyz, lab);
@@ -91,20 +101,58 @@ void Judge::FillDifferences(std::size_t i, const BatchView<double, 3>& xyz) {
   DifferenceBatch(settings_.difference, angle, OneColor(standard).Batch(), {xyz, coordinates}, differences);
 }
 
-void Judge::TakeCurve(std::size_t row, const CurveRow& trial, Judgement& judgement) {
-  TakeNames(trial, judgement);
-  for (std::size_t i = 0; i < judgement.under.size(); ++i) {
-    const auto at = static_cast<std::int32_t>(i);
-    const auto& [lab, differences, labDifferences] = batch_.tables[i];
-    calc_.valuesA[0][at].lab.SetValues(
-        {lab.at(row, 0), lab.at(row, 1), lab.at(row, 2), lab.at(row, 3), lab.at(row, 4)});
-    calc_.labDifferences[0][at].SetValues(DifferenceAt(labDifferences, row));
-    const CDeltaValues difference(DifferenceAt(differences, row));
-    IlluminantJudgement& under = judgement.under[i];
-    under = JudgementOf(calc_.JudgeAt(0, 0, at, difference), difference, calc_.judgeByEllipse);
-    under.ellipseValue =
-        calc_.judgeByEllipse && under.available ? Ellipse(i).Value(LabDifference(i)) : kUnset;
+Judge::BoxLimits::BoxLimits(const CBoxTolData& box, double warningFactor) : total(box[CBoxTolData::kTotal]) {
+  for (std::size_t k = 0; k < outer.size(); ++k) {
+    outer[k] = box.Limits(static_cast<std::int32_t>(k));
+    inner[k] = ScaledAboutCentre(outer[k], warningFactor);
   }
+}
+
+// Without early ends: few differences of a lot end at the same limit.
+Verdict Judge::BoxLimits::Grade(const std::array<double, 7>& difference) const {
+  bool inside = true, wellInside = true;
+  for (std::size_t k = 0; k < outer.size(); ++k) {
+    inside &= outer[k].Contains(difference[k]);
+    wellInside &= inner[k].Contains(difference[k]);
+  }
+  return !inside ? kFail : wellInside ? kPass : kWarning;
+}
+
+// What CVarexCalc::JudgeAt gives.
+IlluminantJudgement Judge::JudgementAt(std::size_t i, std::size_t row) {
+  const Batch::Table& table = batch_.tables[i];
+  const std::array<double, 7> labDifference = DifferenceAt(table.labDifferences, row);
+  IlluminantJudgement judgement;
+  judgement.difference = DifferenceAt(table.differences, row);
+  judgement.available = !AreUnset(labDifference) && !AreUnset(judgement.difference);
+  if (!judgement.available) return judgement;
+  const Lab lab = LabAt(table.lab, row);
+  const double warningFactor = calc_.warningFactor, total = judgement.difference.back();
+  judgement.words = DescribeShade(lab, Named(labDifference)).words;
+  if (calc_.judgeByEllipse) {
+    const CEllipseData& ellipse = Ellipse(i);
+    judgement.components = ellipse.Judge(Named(labDifference), warningFactor);
+    judgement.total = ellipse.JudgeTotal(total, warningFactor);
+    judgement.ellipseValue = ellipse.Value(Named(labDifference));
+  } else {
+    judgement.components = calc_.method == vrxSystemLch ? JudgeSector(i, lab, judgement.difference)
+                                                        : table.box.Grade(judgement.difference);
+    judgement.total = GradeTotal(total, table.box.total, warningFactor);
+  }
+  judgement.overall = std::min(judgement.components, judgement.total);
+  return judgement;
+}
+
+// The box of L*C*h is a sector about the hue of the standard, which the evaluation context knows.
+Verdict Judge::JudgeSector(std::size_t i, const Lab& trial, const std::array<double, 7>& difference) {
+  const auto at = static_cast<std::int32_t>(i);
+  calc_.valuesA[0][at].lab.SetValues(trial);
+  return calc_.JudgeBox(0, 0, at, CDeltaValues(Named(difference)));
+}
+
+void Judge::TakeCurve(std::size_t row, Judgement& judgement) {
+  TakeSettings(judgement);
+  for (std::size_t i = 0; i < judgement.under.size(); ++i) judgement.under[i] = JudgementAt(i, row);
 }
 
 }  // namespace vrx::tool

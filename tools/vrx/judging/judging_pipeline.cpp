@@ -12,22 +12,23 @@ struct JudgingPipeline::Chunk {
   std::vector<PipelineTrial> judged;
   std::size_t standards = 0;
   std::vector<Standard> standardCopies;
-  std::vector<double> curves;  // of trials that are judged at once
-  std::string text;            // of the trial that is being written
-  OutputStream stream{text};
-  std::uint64_t position = 0;  // in the file, behind the last trial
-  std::exception_ptr failure;  // what went wrong behind the last trial
+  std::vector<double> curves;                  // of trials that are judged at once
+  std::size_t curvesBegin = 0, curvesEnd = 0;  // those of the trials at once
+  std::unique_ptr<JudgeTexts> texts;           // of the trials; null where the output has none
+  std::uint64_t position = 0;                  // in the file, behind the last trial
+  std::exception_ptr failure;                  // what went wrong behind the last trial
 };
 
 namespace {
 
 // The views of a row into texts of its own.
 void KeepTexts(PipelineTrial& kept) {
-  std::string_view* const views[] = {&kept.trial.id, &kept.trial.name, &kept.trial.standard};
-  for (std::size_t i = 0; i < std::size(views); ++i) {
-    kept.texts[i] = *views[i];
-    *views[i] = kept.texts[i];
-  }
+  CurveRow& row = kept.trial;
+  kept.judgement.SetTrial(row);
+  kept.standardName = row.standard;
+  row.id = kept.judgement.trial;
+  row.name = kept.judgement.name;
+  row.standard = kept.standardName;
 }
 
 }  // namespace
@@ -83,39 +84,35 @@ std::size_t JudgingPipeline::EvaluateCurves(Chunk& chunk, std::size_t begin, Jud
   return end;
 }
 
+void JudgingPipeline::JudgeTrial(Chunk& chunk, std::size_t i, Judge& judge) const {
+  PipelineTrial& trial = chunk.judged[i];
+  const Standard& standard = chunk.standardCopies[trial.standard];
+  if (judge.StandardStamp() != standard.stamp) judge.SetStandard(standard);
+  if (i >= chunk.curvesEnd) {
+    chunk.curvesBegin = i;
+    chunk.curvesEnd = EvaluateCurves(chunk, i, judge);
+  }
+  if (i < chunk.curvesEnd) {
+    judge.TakeCurve(i - chunk.curvesBegin, trial.judgement);
+  } else {
+    judge.Evaluate(trial.trial);
+    judge.Take(trial.judgement);
+  }
+  if (chunk.texts != nullptr) chunk.texts->Add(trial.judgement);
+}
+
 void JudgingPipeline::JudgeTrials(Chunk& chunk, Judge& judge) const {
+  chunk.curvesEnd = 0;
   std::size_t done = 0;
   try {
-    if (output_ != nullptr) output_->Prepare(chunk.stream);
-    std::size_t begin = 0, end = 0;  // of the curves that are judged already
-    for (; done < chunk.trials; ++done) {
-      PipelineTrial& trial = chunk.judged[done];
-      const Standard& standard = chunk.standardCopies[trial.standard];
-      if (judge.StandardStamp() != standard.stamp) judge.SetStandard(standard);
-      if (done >= end) {
-        begin = done;
-        end = EvaluateCurves(chunk, done, judge);
-      }
-      if (done < end) {
-        judge.TakeCurve(done - begin, trial.trial, trial.judgement);
-      } else {
-        judge.Evaluate(trial.trial);
-        judge.Take(trial.trial, trial.judgement);
-      }
-      WriteText(chunk, trial);
-    }
+    for (; done < chunk.trials; ++done) JudgeTrial(chunk, done, judge);
   } catch (...) {
     chunk.failure = std::current_exception();
     chunk.trials = done;
   }
-}
-
-void JudgingPipeline::WriteText(Chunk& chunk, PipelineTrial& trial) const {
-  trial.text.clear();
-  if (output_ == nullptr || !output_->WriteText(trial.judgement, chunk.stream)) return;
-  chunk.stream.Finish();
-  trial.text.swap(chunk.text);
-  chunk.text.clear();
+  if (chunk.texts == nullptr) return;
+  chunk.texts->Finish();
+  for (std::size_t i = 0; i < chunk.trials; ++i) chunk.judged[i].text = chunk.texts->Text(i);
 }
 
 bool JudgingPipeline::HandOn(Chunk& chunk, Judge& judge) {
@@ -137,6 +134,7 @@ bool JudgingPipeline::HandOn(Chunk& chunk, Judge& judge) {
 void JudgingPipeline::Work(std::size_t chunkTrials) {
   Judge judge(settings_);
   Chunk chunk;
+  if (output_ != nullptr) chunk.texts = output_->MakeTexts();
   while (Read(chunk, chunkTrials)) {
     JudgeTrials(chunk, judge);
     if (!HandOn(chunk, judge)) return;

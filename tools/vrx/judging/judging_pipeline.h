@@ -13,6 +13,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/vrx/judging/comparison.h"
@@ -23,11 +24,11 @@ namespace vrx::tool {
 
 /// A judged trial on its way to the output.
 struct PipelineTrial {
-  CurveRow trial;  ///< its texts live in `texts`
-  std::string texts[3];
-  std::size_t standard = 0;  ///< index into the chunk's standards
+  CurveRow trial;  ///< its id and name live in the judgement, its standard in `standardName`
   Judgement judgement;
-  std::string text;  ///< as JudgeOutput::WriteText made it; empty where the output cannot
+  std::string standardName;
+  std::size_t standard = 0;  ///< index into the chunk's standards
+  std::string_view text;     ///< as JudgeTexts made it; empty where the output has none
 };
 
 class JudgingPipeline {
@@ -49,7 +50,7 @@ class JudgingPipeline {
   void Work(std::size_t chunkTrials);
   bool Read(Chunk& chunk, std::size_t chunkTrials);
   void JudgeTrials(Chunk& chunk, Judge& judge) const;
-  void WriteText(Chunk& chunk, PipelineTrial& trial) const;
+  void JudgeTrial(Chunk& chunk, std::size_t i, Judge& judge) const;
   static std::size_t EvaluateCurves(Chunk& chunk, std::size_t begin, Judge& judge);
   bool HandOn(Chunk& chunk, Judge& judge);
 

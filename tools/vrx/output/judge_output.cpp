@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <span>
 #include <utility>
 
 #include "tools/vrx/options/conditions.h"
@@ -50,47 +51,66 @@ class ShortText {
   std::string padded_;
 };
 
-class CsvJudgeOutput final : public JudgeOutput {
+// The rows of csv for trials.
+class CsvJudgeRows {
  public:
-  CsvJudgeOutput(OutputStream& output, const JudgeSettings& settings)
-      : output_(output), texts_(settings), byEllipse_(settings.ByEllipse()) {
-    output_.Append(
-        "standard,trial,geometry,illuminant,observer,e0,e1,e2,e3,e4,e5,e6,word0,word1,word2,box,total,"
-        "verdict");
-    output_.Append(byEllipse_ ? ",ellipse\n" : "\n");
+  explicit CsvJudgeRows(const JudgeSettings& settings) : byEllipse_(settings.ByEllipse()) {
+    const Texts texts(settings);
+    geometries_ = texts.geometries;
+    for (const std::string& illuminant : texts.illuminants) {
+      conditions_.emplace_back(illuminant + (texts.observer == 10 ? ",10" : ",2"));
+      longestRest_ = std::max(longestRest_, conditions_.back().Bytes());
+    }
+    std::size_t longestWord = 0;
     for (std::int32_t word = kShadeNone; word <= kBluer; ++word) {
       words_.emplace_back("," + TextOf(static_cast<ShadeWord>(word)));
-      longestWord_ = std::max(longestWord_, words_.back().Bytes());
+      longestWord = std::max(longestWord, words_.back().Bytes());
+    }
+    constexpr std::size_t kVerdicts = 3 * 2, kLineEnd = 1;
+    longestRest_ += kNumbers * (1 + OutputStream::kLongestNumber) + 3 * longestWord + kVerdicts + kLineEnd;
+  }
+
+  void Write(const Judgement& judgement, OutputStream& text) {
+    names_.clear();
+    for (const std::string* name : {&judgement.standard, &judgement.trial}) {
+      text.AddCsvField(*name, names_);
+      names_ += ',';
+    }
+    if (judgement.geometry >= 0) names_ += geometries_[static_cast<std::size_t>(judgement.geometry)];
+    names_ += ',';
+    for (std::size_t first = 0; first < judgement.under.size(); first += kAtOnce) {
+      WriteSome(std::span(judgement.under).subspan(first), first, text);
     }
   }
-  void Add(const Judgement& judgement) override { WriteText(judgement, output_); }
-  bool WriteText(const Judgement& judgement, OutputStream& text) const override {
-    for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) WriteRow(judgement, i, text);
-    return true;
-  }
-  void AddText(std::string_view text) override { output_.Append(text); }
-  void Prepare(OutputStream& text) const override { text.WriteLike(output_); }
-  void Finish(const JudgeSummaries&) override {}
 
  private:
-  void WriteRow(const Judgement& judgement, std::size_t i, OutputStream& text) const {
-    text.AppendCsvText(judgement.standard);
-    text.Append(',');
-    text.AppendCsvText(judgement.trial);
-    text.Append(',');
-    text.Append(texts_.Geometry(judgement.geometry));
-    text.Append(',');
-    text.Append(texts_.illuminants[i]);
-    text.Append(texts_.observer == 10 ? ",10" : ",2");
-    WriteOutcome(judgement.under[i], text);
+  static constexpr std::size_t kNumbers = 8;
+  static constexpr std::size_t kAtOnce = OutputStream::Numbers::kMost / kNumbers;  // rows
+
+  // Up to kAtOnce rows, from the illuminant at index `first` on.
+  void WriteSome(std::span<const IlluminantJudgement> under, std::size_t first, OutputStream& text) {
+    std::array<double, kAtOnce * kNumbers> numbers;
+    std::size_t count = 0;
+    under = under.first(std::min(kAtOnce, under.size()));
+    for (const IlluminantJudgement& row : under) {
+      for (const double element : row.difference) numbers[count++] = element;
+      if (byEllipse_) numbers[count++] = row.ellipseValue;
+    }
+    const OutputStream::Numbers texts(text, std::span(numbers).first(count));
+    std::size_t number = 0;
+    for (const IlluminantJudgement& row : under) {
+      WriteRow(row, conditions_[first++], texts, number, text);
+      number += row.difference.size() + (byEllipse_ ? 1 : 0);
+    }
   }
 
-  void WriteOutcome(const IlluminantJudgement& under, OutputStream& text) const {
-    constexpr std::size_t kNumbers = 8, kRest = 16;
-    char* at = text.Room(kNumbers * (1 + OutputStream::kLongestNumber) + 3 * longestWord_ + kRest);
-    for (const double element : under.difference) {
+  void WriteRow(const IlluminantJudgement& under, const ShortText& condition,
+                const OutputStream::Numbers& numbers, std::size_t number, OutputStream& text) const {
+    text.Append(names_);
+    char* at = condition.Write(text.Room(longestRest_));
+    for (std::size_t i = 0; i < under.difference.size(); ++i) {
       *at++ = ',';
-      at = text.WriteNumber(element, at);
+      at = numbers.Write(number++, at);
     }
     for (const ShadeWord word : under.words) at = words_[static_cast<std::size_t>(word)].Write(at);
     for (const Verdict verdict : {under.components, under.total, under.overall}) {
@@ -99,17 +119,72 @@ class CsvJudgeOutput final : public JudgeOutput {
     }
     if (byEllipse_) {
       *at++ = ',';
-      at = text.WriteNumber(under.ellipseValue, at);
+      at = numbers.Write(number, at);
     }
     *at++ = '\n';
     text.EndPart(at);
   }
 
-  OutputStream& output_;
-  Texts texts_;
   bool byEllipse_;
-  std::vector<ShortText> words_;  // by shade word, behind a comma
-  std::size_t longestWord_ = 0;
+  std::vector<std::string> geometries_;
+  std::vector<ShortText> conditions_;  // illuminant and observer
+  std::vector<ShortText> words_;       // by shade word, behind a comma
+  std::size_t longestRest_ = 0;        // of a row without the names
+  std::string names_;                  // of the trial that is written, with commas
+};
+
+class CsvJudgeTexts final : public JudgeTexts {
+ public:
+  CsvJudgeTexts(const JudgeSettings& settings, const OutputStream& output) : rows_(settings) {
+    stream_.WriteLike(output);
+  }
+  void Add(const Judgement& judgement) override {
+    if (std::exchange(isFinished_, false)) Clear();
+    rows_.Write(judgement, stream_);
+    ends_.push_back(text_.size() + stream_.Held());
+  }
+  void Finish() override {
+    if (std::exchange(isFinished_, true)) Clear();  // a run without trials
+    stream_.Finish();
+  }
+  std::string_view Text(std::size_t trial) const override {
+    const std::size_t begin = trial > 0 ? ends_[trial - 1] : 0;
+    return std::string_view(text_).substr(begin, ends_[trial] - begin);
+  }
+
+ private:
+  void Clear() {
+    text_.clear();
+    ends_.clear();
+  }
+
+  CsvJudgeRows rows_;
+  std::string text_;
+  OutputStream stream_{text_};
+  std::vector<std::size_t> ends_;
+  bool isFinished_ = false;
+};
+
+class CsvJudgeOutput final : public JudgeOutput {
+ public:
+  CsvJudgeOutput(OutputStream& output, const JudgeSettings& settings)
+      : output_(output), settings_(settings), rows_(settings) {
+    output_.Append(
+        "standard,trial,geometry,illuminant,observer,e0,e1,e2,e3,e4,e5,e6,word0,word1,word2,box,total,"
+        "verdict");
+    output_.Append(settings.ByEllipse() ? ",ellipse\n" : "\n");
+  }
+  void Add(const Judgement& judgement) override { rows_.Write(judgement, output_); }
+  std::unique_ptr<JudgeTexts> MakeTexts() const override {
+    return std::make_unique<CsvJudgeTexts>(settings_, output_);
+  }
+  void AddText(std::string_view text) override { output_.Append(text); }
+  void Finish(const JudgeSummaries&) override {}
+
+ private:
+  OutputStream& output_;
+  const JudgeSettings& settings_;
+  CsvJudgeRows rows_;
 };
 
 class JsonJudgeOutput final : public JudgeOutput {

@@ -4,7 +4,9 @@
 #ifndef TOOLS_VRX_OUTPUT_JUDGE_OUTPUT_H_
 #define TOOLS_VRX_OUTPUT_JUDGE_OUTPUT_H_
 
+#include <cstddef>
 #include <memory>
+#include <string_view>
 
 #include "tools/vrx/judging/judge.h"
 #include "tools/vrx/judging/judge_summary.h"
@@ -24,19 +26,26 @@ struct JudgeColumns {
   bool geometry = false;
 };
 
+/// Texts of trials, made on any thread for an output that appends them in their turn.
+class JudgeTexts {
+ public:
+  virtual ~JudgeTexts() = default;
+  /// Makes the text of the next trial.
+  virtual void Add(const Judgement& judgement) = 0;
+  /// Ends a run of trials. Their texts live until the next one is added, the first of a new run.
+  virtual void Finish() = 0;
+  virtual std::string_view Text(std::size_t trial) const = 0;
+};
+
 class JudgeOutput {
  public:
   virtual ~JudgeOutput() = default;
   /// Writes the outcome of a trial under every illuminant.
   virtual void Add(const Judgement& judgement) = 0;
-  /// Writes the same to `text`, on any thread, where it depends on nothing that was written before; false where it does.
-  /// AddText appends it in its turn.
-  virtual bool WriteText(const Judgement& judgement, OutputStream& text) const {
-    return static_cast<void>(judgement), static_cast<void>(text), false;
-  }
+  /// A maker of the same texts, for one thread; null where they depend on what was written before.
+  virtual std::unique_ptr<JudgeTexts> MakeTexts() const { return nullptr; }
+  /// Appends such a text.
   virtual void AddText(std::string_view text) { static_cast<void>(text); }
-  /// Makes a stream in memory write as the output itself does.
-  virtual void Prepare(OutputStream& text) const { static_cast<void>(text); }
   /// Ends the results; a table ends with the summaries.
   virtual void Finish(const JudgeSummaries& summaries) = 0;
 };

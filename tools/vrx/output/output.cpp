@@ -125,8 +125,7 @@ char* OutputStream::Room(std::size_t bytes) {
   return buffer_.get() + used_;
 }
 
-void OutputStream::Append(std::string_view text) {
-  if (text.empty()) return;  // its pointer may be null, which memcpy must not see
+void OutputStream::AppendInParts(std::string_view text) {
   while (text.size() > kBufferBytes - used_) {
     const std::size_t part = kBufferBytes - used_;
     std::memcpy(buffer_.get() + used_, text.data(), part);
@@ -134,8 +133,7 @@ void OutputStream::Append(std::string_view text) {
     text.remove_prefix(part);
     Send();
   }
-  std::memcpy(buffer_.get() + used_, text.data(), text.size());
-  used_ += text.size();
+  Append(text);
 }
 
 void OutputStream::AppendSpaces(std::size_t count) {
@@ -170,24 +168,35 @@ void OutputStream::AppendFixed(double value, int decimals) {
 }
 
 void OutputStream::AppendCsvText(std::string_view text) {
-  if (onTerminal_ || format_.csvSafe) {
-    const bool isFormula =
-        format_.csvSafe && !text.empty() && kFormulaStarts.find(text[0]) != std::string_view::npos;
-    return AppendQuoted((isFormula ? "'" : "") + (onTerminal_ ? ShownText(text) : std::string(text)));
-  }
-  AppendQuoted(text);
+  field_.clear();
+  AddCsvField(text, field_);
+  Append(field_);
 }
 
-void OutputStream::AppendQuoted(std::string_view text) {
+namespace {
+
+void AddQuoted(std::string_view text, std::string& to) {
   bool isPlain = true;  // without an early end: names are short
   for (const char c : text) isPlain &= c != ',' && c != '"' && c != '\r' && c != '\n';
-  if (isPlain) return Append(text);
-  Append('"');
-  for (const char c : text) {
-    if (c == '"') Append('"');
-    Append(c);
+  if (isPlain) {
+    to += text;
+    return;
   }
-  Append('"');
+  to += '"';
+  for (const char c : text) {
+    if (c == '"') to += '"';
+    to += c;
+  }
+  to += '"';
+}
+
+}  // namespace
+
+void OutputStream::AddCsvField(std::string_view text, std::string& to) const {
+  if (!onTerminal_ && !format_.csvSafe) return AddQuoted(text, to);
+  const bool isFormula =
+      format_.csvSafe && !text.empty() && kFormulaStarts.find(text[0]) != std::string_view::npos;
+  AddQuoted((isFormula ? "'" : "") + (onTerminal_ ? ShownText(text) : std::string(text)), to);
 }
 
 void OutputStream::Finish() {

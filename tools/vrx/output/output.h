@@ -8,14 +8,18 @@
 #ifndef TOOLS_VRX_OUTPUT_OUTPUT_H_
 #define TOOLS_VRX_OUTPUT_OUTPUT_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "tools/vrx/output/decimal_run.h"
 
 namespace vrx::tool {
 
@@ -65,7 +69,11 @@ class OutputStream {
   ~OutputStream();
 
   /// Appends text. Throws OutputError when the file does not take it.
-  void Append(std::string_view text);
+  void Append(std::string_view text) {
+    if (text.size() > kBufferBytes - used_) return AppendInParts(text);
+    std::copy_n(text.data(), text.size(), buffer_.get() + used_);
+    used_ += text.size();
+  }
   void Append(char c) {
     if (used_ == kBufferBytes) Send();
     buffer_[used_++] = c;
@@ -84,12 +92,36 @@ class OutputStream {
   void EndPart(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.get()); }
   /// Writes to such bytes what AppendNumber appends; returns its end.
   char* WriteNumber(double value, char* out) const;
+  /// Numbers that are written as by WriteNumber one after the other: the digits of all are found at once.
+  class Numbers {
+   public:
+    static constexpr std::size_t kMost = DecimalRun::kMost;
+    /// kMost numbers at most, which must outlive it, as must the stream.
+    Numbers(const OutputStream& stream, std::span<const double> numbers)
+        : stream_(stream), numbers_(numbers) {
+      if (isShortest_) decimals_.Find(numbers);
+    }
+    char* Write(std::size_t i, char* out) const {
+      return isShortest_ && decimals_.Has(i) ? decimals_.Write(i, out)
+                                             : stream_.WriteNumber(numbers_[i], out);
+    }
+
+   private:
+    const OutputStream& stream_;
+    std::span<const double> numbers_;
+    bool isShortest_ = stream_.format_.digits == Format::kShortest;
+    DecimalRun decimals_;
+  };
 
   /// `value` with 0 to 9 decimals, rounded to nearest; never "-0.00". An unset value is "-".
   void AppendFixed(double value, int decimals);
   /// A field of a csv row, in quotes when it has a comma, a quote or a line end in it. On a terminal it is shown as
   /// by AppendShown, and with the format's `csvSafe` an apostrophe stands before what a spreadsheet would run.
   void AppendCsvText(std::string_view text);
+  /// The same behind a text of the caller's.
+  void AddCsvField(std::string_view text, std::string& to) const;
+  /// Bytes that were appended and not yet sent.
+  std::size_t Held() const { return used_; }
   /// Writes texts and numbers as another stream does.
   void WriteLike(const OutputStream& other) {
     onTerminal_ = other.onTerminal_;
@@ -105,7 +137,7 @@ class OutputStream {
   static constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
 
   void Send();
-  void AppendQuoted(std::string_view text);
+  void AppendInParts(std::string_view text);
 
   std::FILE* file_ = nullptr;
   std::string* text_ = nullptr;  // in place of a file
@@ -113,6 +145,7 @@ class OutputStream {
   Format format_;
   std::unique_ptr<char[]> buffer_;
   std::size_t used_ = 0;
+  std::string field_;  // of csv, on its way
   bool sent_ = false;
   bool finished_ = false;
 };

@@ -28,8 +28,6 @@ char* WriteByLibrary(double value, char* out) {
 
 __extension__ using Wide = unsigned __int128;
 
-constexpr double kSmallest = 1e-3;  // from here to kLargest no text with an exponent is shorter
-constexpr double kLargest = 1e5;
 constexpr int kMantissaBits = 52;
 constexpr int kMostDecimals = 19;
 
@@ -96,7 +94,7 @@ int ZerosAtEnd(uint64_t digits) {
   return std::countl_zero(digits) / 8;
 }
 
-// A whole number below kLargest.
+// A whole number below kLargestFastDecimal.
 char* WriteWhole(uint32_t number, char* out) {
   if (number < 10) {
     *out = static_cast<char>('0' + number);
@@ -139,7 +137,9 @@ char* WriteShortest(double value, char* out) {
   const auto bits = std::bit_cast<uint64_t>(magnitude);
   const uint64_t hidden = uint64_t{1} << kMantissaBits;
   const uint64_t fraction = bits & (hidden - 1);
-  if (!(magnitude >= kSmallest && magnitude < kLargest) || fraction == 0) return WriteByLibrary(value, out);
+  if (!(magnitude >= kSmallestFastDecimal && magnitude < kLargestFastDecimal) || fraction == 0) {
+    return WriteByLibrary(value, out);
+  }
   constexpr int kBias = 1023 + kMantissaBits;
   const Decimal number = ShortestOf(fraction | hidden, static_cast<int>(bits >> kMantissaBits) - kBias);
   *out = '-';
