@@ -159,6 +159,64 @@ TEST(Recipes, NoPairOfAGridIsNearer) {
   EXPECT_LE(best.worst, 1.04 * nearest);
 }
 
+// A colorant whose K is larger by 30 % up to a share of 2 %.
+CColorant StrongerInTraces(const CColorant& colorant) {
+  CColorantLevel low = colorant.GetLevel(0);
+  low.concentration = 0.02;
+  for (double& K : low.values[0].absorption) K *= 1.3;
+  CColorant changed;
+  changed.SetId(colorant.GetId());
+  changed.AppendLevel(low);
+  changed.AppendLevel(colorant.GetLevel(0));
+  return changed;
+}
+
+// The few that are asked for are the first of all: what the search leaves out early, to keep lists short, is none of them.
+// With 14 colorants there are 1001 subsets of four.
+TEST(Recipes, TheFirstOfAllAreFoundAmongThousands) {
+  CColorantSystemData system = MadeUpPaints();
+  for (uint32_t id = 9; id <= 14; ++id) {
+    const double place = id - 9.0;
+    system.colorants.Add(test::Paint(id, 2.0 + place, 3.0 + 6.0 * place, 7.0, 0.5 - 0.06 * place, 0.02));
+  }
+  const CReflData curve = PredictReflectance(Mixture({{1, 80.0}, {3, 15.0}, {7, 5.0}}), system);
+  const struct {
+    const char* label;
+    RecipeOrder order;
+    double tolerance, leastOpacity, most;
+    bool hasLevels;
+  } rows[] = {
+      {"cost", RecipeOrder::kCost, 3.0, 0.0, 1.0, false},
+      {"cost, hardly any within the tolerance", RecipeOrder::kCost, 0.001, 0.0, 1.0, false},
+      {"cost of what hides", RecipeOrder::kCost, 3.0, 50.0, 1.0, false},
+      {"metamerism", RecipeOrder::kMetamerism, 3.0, 0.0, 1.0, false},
+      {"colour of what hides", RecipeOrder::kColor, 0.5, 50.0, 1.0, false},
+      {"colour, where few hide", RecipeOrder::kColor, 0.5, 61.0, 1.0, false},
+      {"colour, limited", RecipeOrder::kColor, 0.5, 0.0, 0.7, false},
+      {"cost, limited", RecipeOrder::kCost, 3.0, 0.0, 0.7, false},
+      {"colour, by levels", RecipeOrder::kColor, 0.5, 0.0, 1.0, true},
+  };
+  for (const auto& row : rows) {
+    CColorantSystemData own = system;
+    if (row.hasLevels) own.colorants[6] = StrongerInTraces(own.colorants[6]);
+    CRecipeSettings settings = Settings(row.order);
+    settings.tolerance = row.tolerance;
+    settings.leastOpacity = row.leastOpacity;
+    settings.black.Fill(5.0);
+    settings.white.Fill(85.0);
+    settings.thickness = 1.0;
+    for (uint32_t id = 1; id <= 14; ++id) {
+      settings.components.Add({id, CRecipeComponent::kOffered, 0.0, row.most, 1.0 + (id * 5) % 7});
+    }
+    settings.top = 4000;
+    CRecipeArray first = Recipes(own, curve, settings);
+    EXPECT_GT(first.GetSize(), 3) << row.label;
+    settings.top = 3;
+    first.SetSize(3);
+    EXPECT_EQ(BitsOf(Recipes(own, curve, settings)), BitsOf(first)) << row.label;
+  }
+}
+
 TEST(Recipes, ChoiceLimitsAndRules) {
   const CColorantSystemData system = MadeUpPaints();
   const CReflData curve = PredictReflectance(Mixture({{1, 60.0}, {2, 5.0}, {4, 30.0}, {8, 5.0}}), system);
@@ -249,14 +307,7 @@ TEST(Recipes, NoiseRoundingOpacityAndOrders) {
 // Colorants whose curves depend on the concentration: what the levels of a paint predict comes back.
 TEST(Recipes, ColorantsWithLevels) {
   CColorantSystemData system = MadeUpPaints();
-  CColorantLevel low = system.colorants[6].GetLevel(0);
-  low.concentration = 0.02;
-  for (double& K : low.values[0].absorption) K *= 1.3;
-  CComponent blue;
-  blue.SetId(7);
-  blue.AppendLevel(low);
-  blue.AppendLevel(system.colorants[6].GetLevel(0));
-  system.colorants[6] = blue;
+  system.colorants[6] = StrongerInTraces(system.colorants[6]);
   const CReflData curve = PredictReflectance(Mixture({{1, 80.0}, {3, 15.0}, {7, 5.0}}), system);
   const CRecipe best = Recipes(system, curve, Settings())[0];
   ASSERT_EQ(best.colorants, 3);
