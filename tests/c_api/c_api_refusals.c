@@ -1,0 +1,224 @@
+/* Every way in which arguments can be wrong: the status, the argument that the reason names, and the outputs as they were. */
+#include "c_api_checks.h"
+
+static void wrong_and_closed(void) {
+  double curve[40], xyz[3] = {7, 7, 7};
+  for (int i = 0; i < 40; ++i) curve[i] = 42.0;
+  CHECK(vrx_tristimulus(26, 1, curve, 1, xyz) == VRX_OUT_OF_RANGE);
+  CHECK(vrx_tristimulus(VRX_ILLUM_D65, 2, curve, 1, xyz) == VRX_OUT_OF_RANGE);
+  CHECK(vrx_tristimulus(VRX_ILLUM_D65, 1, NULL, 1, xyz) == VRX_NULL);
+  CHECK(vrx_tristimulus(VRX_ILLUM_D65, 1, curve, 1, NULL) == VRX_NULL);
+  CHECK(vrx_tristimulus(VRX_ILLUM_D65, 1, curve, -1, xyz) == VRX_BAD_COUNT);
+  OK(vrx_tristimulus(VRX_ILLUM_D65, 1, NULL, 0, NULL));
+  curve[39] = NAN;
+  CHECK(vrx_tristimulus(VRX_ILLUM_D65, 1, curve, 1, xyz) == VRX_NOT_FINITE);
+  char reason[100];
+  OK(vrx_last_error(reason, sizeof reason, NULL));
+  CHECK(strcmp(reason, "number 39 of curves is not finite") == 0);
+  CHECK(xyz[0] == 7 && xyz[1] == 7 && xyz[2] == 7);
+  curve[39] = 42.0;
+
+  vrx_system system;
+  CHECK(vrx_default_system(13, &system) == VRX_OUT_OF_RANGE);
+  OK(vrx_default_system(VRX_SYSTEM_CMC, &system));
+  system.parameters[3] = INFINITY;
+  const int32_t lamps[] = {VRX_ILLUM_D65, VRX_ILLUM_A};
+  vrx_handle judgement = 0, colorants = 0;
+  int32_t verdicts[2] = {7, 7};
+  CHECK(vrx_judgement_open(&system, lamps, 2, 1, &judgement) == VRX_NOT_FINITE && judgement == 0);
+  OK(vrx_default_system(VRX_SYSTEM_CMC, &system));
+  OK(vrx_judgement_open(&system, lamps, 2, 1, &judgement));
+  OK(vrx_colorants_open(VRX_MODEL_COATINGS, 0.04, 0.6, &colorants));
+  CHECK(vrx_judgement_trials(judgement, curve, 1, verdicts, NULL, NULL) == VRX_REFUSED);
+  CHECK(vrx_judgement_standard(colorants, curve) == VRX_BAD_HANDLE);
+  CHECK(vrx_judgement_standard(judgement + 1000, curve) == VRX_BAD_HANDLE);
+  CHECK(vrx_judgement_box(judgement, 2, curve) == VRX_OUT_OF_RANGE);
+  OK(vrx_judgement_standard(judgement, curve));
+  OK(vrx_close(judgement));
+  CHECK(vrx_close(judgement) == VRX_BAD_HANDLE);
+  CHECK(vrx_judgement_trials(judgement, curve, 1, verdicts, NULL, NULL) == VRX_BAD_HANDLE);
+  CHECK(vrx_close(0) == VRX_BAD_HANDLE && vrx_close(-1) == VRX_BAD_HANDLE && verdicts[0] == 7);
+  const int32_t id = 5;
+  const double amount = 1;
+  CHECK(vrx_predict(colorants, &id, &amount, 1, curve) == VRX_REFUSED && curve[0] == 42.0);
+  CHECK(vrx_colorants_read((const uint8_t*)"VRXS", 4, &judgement) == VRX_REFUSED);
+  OK(vrx_close(colorants));
+}
+
+/* What each function refuses, and the argument that it names. Nothing is written: every result stays 7. */
+static void every_argument(void) {
+  const int32_t d65 = VRX_ILLUM_D65, two = 2;
+  double in[120], nan[120], out[123];
+  int32_t whole[123];
+  uint8_t bytes[123];
+  vrx_handle handle = 7;
+  fill(in, 120, 0.5), fill(nan, 120, 0.5), fill(out, 123, 7);
+  for (int i = 0; i < 123; ++i) whole[i] = bytes[i] = 7;
+  nan[2] = NAN;
+  vrx_system lab, cmc, wrong, nobodys, gepqs2;
+  OK(vrx_default_system(VRX_SYSTEM_LAB, &lab));
+  OK(vrx_default_system(VRX_SYSTEM_CMC, &cmc));
+  OK(vrx_default_system(VRX_SYSTEM_GE_PQS2, &gepqs2));
+  wrong = cmc, wrong.angle = NAN;
+  nobodys = cmc, nobodys.number = 13;
+
+  REFUSES(vrx_abi_version(NULL), VRX_NULL, "version");
+  REFUSES(vrx_version(whole, NULL, whole), VRX_NULL, "minor");
+  REFUSES(vrx_set_threads(-1), VRX_OUT_OF_RANGE, "threads is -1, not 0 to 1024");
+  REFUSES(vrx_set_threads(1025), VRX_OUT_OF_RANGE, "threads");
+  REFUSES(vrx_find_illuminant(NULL, whole), VRX_NULL, "code");
+  REFUSES(vrx_find_illuminant("D65", NULL), VRX_NULL, "illuminant");
+  REFUSES(vrx_find_illuminant("D56", whole), VRX_OUT_OF_RANGE, "there is no illuminant D56");
+  REFUSES(vrx_illuminant_name(d65, 1, 8, (char*)bytes, 99, whole), VRX_OUT_OF_RANGE, "style");
+  REFUSES(vrx_white_point(-1, 1, out), VRX_OUT_OF_RANGE, "there is no illuminant -1");
+  REFUSES(vrx_white_point(d65, -1, out), VRX_OUT_OF_RANGE, "observer");
+  REFUSES(vrx_white_point(d65, 1, NULL), VRX_NULL, "xyz");
+  REFUSES(vrx_weights(d65, 1, NULL), VRX_NULL, "table");
+  REFUSES(vrx_register_illuminant(1000, NULL, in, 61, 400, 5, 0), VRX_NULL, "name");
+  REFUSES(vrx_register_illuminant(1000, "X", NULL, 61, 400, 5, 0), VRX_NULL, "power");
+  REFUSES(vrx_register_illuminant(1000, "X", nan, 61, 400, 5, 0), VRX_NOT_FINITE, "number 2 of power");
+  REFUSES(vrx_register_illuminant(1000, "X", in, 61, 400, 5, 2), VRX_OUT_OF_RANGE, "straight");
+  REFUSES(vrx_register_illuminant(999, "X", in, 61, 400, 5, 0), VRX_REFUSED, "1000 to 1255");
+  REFUSES(vrx_register_illuminant(1000, "d65", in, 61, 400, 5, 0), VRX_REFUSED, "code");
+  REFUSES(vrx_register_illuminant(1000, "X", in, 60, 400, 5, 0), VRX_REFUSED, "too few");
+  REFUSES(vrx_register_illuminant(1000, "X", in, 61, 405, 5, 0), VRX_REFUSED, "must cover");
+  REFUSES(vrx_register_illuminant(1000, "X", in, 61, 400, 2, 0), VRX_REFUSED, "every 1, 5 or 10 nm");
+  REFUSES(vrx_remove_illuminant(999), VRX_OUT_OF_RANGE, "number");
+
+  REFUSES(vrx_xyz_to_space(3, d65, 1, in, 1, out), VRX_OUT_OF_RANGE, "space");
+  REFUSES(vrx_xyz_to_space(0, d65, 1, nan, 1, out), VRX_NOT_FINITE, "xyz");
+  REFUSES(vrx_xyz_to_space(0, d65, 1, in, 1, NULL), VRX_NULL, "coordinates");
+  REFUSES(vrx_space_to_xyz(-1, d65, 1, in, 1, out), VRX_OUT_OF_RANGE, "space");
+  REFUSES(vrx_space_to_xyz(0, d65, 1, in, -1, out), VRX_BAD_COUNT, "negative");
+  REFUSES(vrx_space_to_xyz(0, d65, 1, in, 1, NULL), VRX_NULL, "xyz");
+  REFUSES(vrx_chromaticity(nan, 1, out), VRX_NOT_FINITE, "xyz");
+  REFUSES(vrx_chromaticity(in, 1, NULL), VRX_NULL, "xy");
+  REFUSES(vrx_display_colors(d65, 1, nan, 1, bytes, bytes), VRX_NOT_FINITE, "xyz");
+  REFUSES(vrx_display_colors(d65, 1, in, 1, NULL, bytes), VRX_NULL, "rgb");
+  REFUSES(vrx_get_display_primaries(NULL), VRX_NULL, "primaries");
+  REFUSES(vrx_set_display_primaries(nan), VRX_NOT_FINITE, "primaries");
+
+  REFUSES(vrx_default_system(1, NULL), VRX_NULL, "system");
+  REFUSES(vrx_differences(NULL, d65, 1, in, in, 1, out), VRX_NULL, "system");
+  REFUSES(vrx_differences(&nobodys, d65, 1, in, in, 1, out), VRX_OUT_OF_RANGE, "system is 13, not 0 to 12");
+  REFUSES(vrx_differences(&wrong, d65, 1, in, in, 1, out), VRX_NOT_FINITE, "angle");
+  REFUSES(vrx_differences(&lab, d65, 1, nan, in, 1, out), VRX_NOT_FINITE, "standards");
+  REFUSES(vrx_differences(&lab, d65, 1, in, nan, 1, out), VRX_NOT_FINITE, "samples");
+  REFUSES(vrx_differences(&lab, d65, 1, in, in, 1, NULL), VRX_NULL, "differences");
+  REFUSES(vrx_nearest(&lab, d65, 1, nan, 1, in, 1, 1, whole, out), VRX_NOT_FINITE, "standards");
+  REFUSES(vrx_nearest(&lab, d65, 1, in, 1, nan, 1, 1, whole, out), VRX_NOT_FINITE, "samples");
+  REFUSES(vrx_nearest(&lab, d65, 1, in, 1, in, 1, 0, whole, out), VRX_OUT_OF_RANGE, "wanted");
+  REFUSES(vrx_nearest(&lab, d65, 1, in, 1, in, 1, 1, NULL, out), VRX_NULL, "indices");
+  REFUSES(vrx_nearest(&lab, d65, 1, in, 1, in, 1, 1, whole, NULL), VRX_NULL, "totals");
+  REFUSES(vrx_index_count(NULL), VRX_NULL, "count");
+  REFUSES(vrx_indices(14, 0, d65, 1, in, 1, out), VRX_OUT_OF_RANGE, "index is 14, not 0 to 13");
+  REFUSES(vrx_indices(5, 1, d65, 1, in, 1, out), VRX_OUT_OF_RANGE, "no such form");
+  REFUSES(vrx_index_name(5, 1, (char*)bytes, 99, whole), VRX_OUT_OF_RANGE, "no such form");
+  REFUSES(vrx_indices(0, 0, d65, 1, in, 1, NULL), VRX_NULL, "values");
+  REFUSES(vrx_metamerism(&lab, 26, d65, 1, in, in, out), VRX_OUT_OF_RANGE, "illuminant 26");
+  REFUSES(vrx_metamerism(&lab, d65, 27, 1, in, in, out), VRX_OUT_OF_RANGE, "illuminant 27");
+  REFUSES(vrx_metamerism(&lab, d65, 0, 1, nan, in, out), VRX_NOT_FINITE, "standard");
+  REFUSES(vrx_metamerism(&lab, d65, 0, 1, in, nan, out), VRX_NOT_FINITE, "trial");
+  REFUSES(vrx_metamerism(&lab, d65, 0, 1, in, in, NULL), VRX_NULL, "index");
+  REFUSES(vrx_contrast_ratio(nan, in, out), VRX_NOT_FINITE, "over_black");
+  REFUSES(vrx_contrast_ratio(in, NULL, out), VRX_NULL, "over_white");
+  REFUSES(vrx_contrast_ratio(in, in, NULL), VRX_NULL, "ratio");
+
+  REFUSES(vrx_judge_boxes(nan, 0.5, in, 1, whole, NULL), VRX_NOT_FINITE, "box");
+  REFUSES(vrx_judge_boxes(in, 1.01, in, 1, whole, NULL), VRX_OUT_OF_RANGE, "warning factor");
+  REFUSES(vrx_judge_boxes(in, NAN, in, 1, whole, NULL), VRX_NOT_FINITE, "warning factor");
+  REFUSES(vrx_judge_boxes(in, 0.5, nan, 1, whole, NULL), VRX_NOT_FINITE, "differences");
+  REFUSES(vrx_judge_boxes(in, 0.5, in, 1, NULL, whole), VRX_NULL, "verdicts");
+  REFUSES(vrx_judge_ellipses(nan, 0.5, in, 1, whole, NULL), VRX_NOT_FINITE, "ellipse");
+  REFUSES(vrx_judge_ellipses(in, -0.01, in, 1, whole, NULL), VRX_OUT_OF_RANGE, "warning factor");
+  REFUSES(vrx_ellipse_about(&lab, in, out), VRX_OUT_OF_RANGE, "no ellipsoids");
+  REFUSES(vrx_ellipse_about(&cmc, nan, out), VRX_NOT_FINITE, "lab");
+  REFUSES(vrx_ellipse_about(&cmc, in, NULL), VRX_NULL, "ellipse");
+  REFUSES(vrx_fit_ellipse(in, 9, 2, 0, out), VRX_OUT_OF_RANGE, "surface");
+  REFUSES(vrx_fit_ellipse(in, 9, 0, 2, out), VRX_OUT_OF_RANGE, "at_standard");
+  REFUSES(vrx_fit_ellipse(in, 9, 0, 0, NULL), VRX_NULL, "ellipse");
+  REFUSES(vrx_shade_words(nan, in, 1, whole), VRX_NOT_FINITE, "lab");
+  REFUSES(vrx_shade_words(in, nan, 1, whole), VRX_NOT_FINITE, "differences");
+  REFUSES(vrx_shade_words(in, in, 1, NULL), VRX_NULL, "words");
+  REFUSES(vrx_judgement_open(&lab, &d65, 0, 1, &handle), VRX_OUT_OF_RANGE, "count");
+  REFUSES(vrx_judgement_open(&lab, &d65, 65, 1, &handle), VRX_OUT_OF_RANGE, "count is 65, not 1 to 64");
+  REFUSES(vrx_judgement_open(&lab, NULL, 1, 1, &handle), VRX_NULL, "illuminants");
+  REFUSES(vrx_judgement_open(&lab, &d65, 1, 1, NULL), VRX_NULL, "judgement");
+  wrong.angle = 44;
+  REFUSES(vrx_judgement_open(&wrong, &d65, 1, 1, &handle), VRX_OUT_OF_RANGE, "no geometry");
+
+  REFUSES(vrx_kubelka_munk(nan, 3, out), VRX_NOT_FINITE, "reflectances");
+  REFUSES(vrx_kubelka_munk(in, 3, NULL), VRX_NULL, "ks");
+  REFUSES(vrx_absorbance(in, 3, NULL), VRX_NULL, "densities");
+  REFUSES(vrx_to_internal(in, 1, 1.0, 0.6, 0, out), VRX_OUT_OF_RANGE, "k1");
+  REFUSES(vrx_to_internal(in, 1, 0.04, -0.1, 0, out), VRX_OUT_OF_RANGE, "k2");
+  REFUSES(vrx_to_measured(in, 1, 0.04, NAN, 0, out), VRX_NOT_FINITE, "k2");
+  REFUSES(vrx_to_measured(in, 1, 0.04, 0.6, 3, out), VRX_OUT_OF_RANGE, "surface");
+  const vrx_strength_settings form = {6, 0, 39, d65, 1, 0, 0, 0}, first = {0, 5, 4, d65, 1, 0, 0, 0},
+                              last = {0, 0, 40, d65, 1, 0, 0, 0}, lamp = {3, 0, 39, 26, 1, 0, 0, 0},
+                              k2 = {0, 0, 39, d65, 1, 0, 0, 1}, good = {0, 0, 39, d65, 1, 0, 0, 0};
+  REFUSES(vrx_strength(NULL, in, in, 1, out), VRX_NULL, "settings");
+  REFUSES(vrx_strength(&form, in, in, 1, out), VRX_OUT_OF_RANGE, "form");
+  REFUSES(vrx_strength(&first, in, in, 1, out), VRX_OUT_OF_RANGE, "first is 5, not 0 to 4");
+  REFUSES(vrx_strength(&last, in, in, 1, out), VRX_OUT_OF_RANGE, "last");
+  REFUSES(vrx_strength(&lamp, in, in, 1, out), VRX_OUT_OF_RANGE, "illuminant 26");
+  REFUSES(vrx_strength(&k2, in, in, 1, out), VRX_OUT_OF_RANGE, "k2");
+  REFUSES(vrx_strength(&good, nan, in, 1, out), VRX_NOT_FINITE, "standard");
+  REFUSES(vrx_strength(&good, in, nan, 1, out), VRX_NOT_FINITE, "batches");
+  REFUSES(vrx_strength(&good, in, in, 1, NULL), VRX_NULL, "percents");
+  REFUSES(vrx_colorants_open(-1, 0, 0, &handle), VRX_OUT_OF_RANGE, "model");
+  REFUSES(vrx_colorants_open(0, 1, 0, &handle), VRX_OUT_OF_RANGE, "k1");
+  REFUSES(vrx_colorants_open(0, 0, 0, NULL), VRX_NULL, "colorants");
+  REFUSES(vrx_colorants_read(NULL, 3, &handle), VRX_NULL, "bytes");
+  REFUSES(vrx_colorants_read(bytes, -1, &handle), VRX_BAD_COUNT, "count");
+  REFUSES(vrx_colorants_read(NULL, 0, &handle), VRX_REFUSED, "archive");
+  REFUSES(vrx_solve(in, in, 4097, out), VRX_OUT_OF_RANGE, "n is 4097, not 0 to 4096");
+  REFUSES(vrx_solve(nan, in, 2, out), VRX_NOT_FINITE, "number 2 of a");
+  REFUSES(vrx_solve(in, nan, 3, out), VRX_NOT_FINITE, "number 2 of b");
+  REFUSES(vrx_solve(in, in, 2, NULL), VRX_NULL, "x");
+  if (sizeof(size_t) == 4) REFUSES(vrx_kubelka_munk(in, INT32_MAX, out), VRX_BAD_COUNT, "larger than memory");
+  CHECK(handle == 7);
+
+  vrx_handle judgement, colorants;
+  OK(vrx_judgement_open(&gepqs2, &d65, 1, 1, &judgement));
+  OK(vrx_colorants_open(VRX_MODEL_COATINGS, 0, 0, &colorants));
+  REFUSES(vrx_judgement_standard(judgement, nan), VRX_NOT_FINITE, "curve");
+  REFUSES(vrx_judgement_box(judgement, 0, nan), VRX_NOT_FINITE, "box");
+  REFUSES(vrx_judgement_ellipse(judgement, 1, in), VRX_OUT_OF_RANGE, "index is 1, not 0 to 0");
+  REFUSES(vrx_judgement_ellipse(colorants, 0, in), VRX_BAD_HANDLE, "another kind");
+  REFUSES(vrx_judgement_warning(judgement, 2), VRX_OUT_OF_RANGE, "factor");
+  OK(vrx_judgement_standard(judgement, in));
+  REFUSES(vrx_judgement_trials(judgement, nan, 1, whole, out, whole), VRX_NOT_FINITE, "curves");
+  REFUSES(vrx_judgement_trials(judgement, in, 1, NULL, out, whole), VRX_NULL, "verdicts");
+  REFUSES(vrx_colorants_level(judgement, 1, 0, 1, in, in), VRX_BAD_HANDLE, "another kind");
+  REFUSES(vrx_colorants_level(colorants, -1, 0, 1, in, in), VRX_OUT_OF_RANGE, "id");
+  REFUSES(vrx_colorants_level(colorants, 1, 2, 1, in, in), VRX_OUT_OF_RANGE, "kind");
+  REFUSES(vrx_colorants_level(colorants, 1, 0, 1.01, in, in), VRX_OUT_OF_RANGE, "concentration");
+  REFUSES(vrx_colorants_level(colorants, 1, 0, 1, nan, in), VRX_NOT_FINITE, "absorption");
+  REFUSES(vrx_colorants_level(colorants, 1, 0, 1, in, nan), VRX_NOT_FINITE, "scattering");
+  REFUSES(vrx_predict(colorants, NULL, in, 1, out), VRX_NULL, "ids");
+  REFUSES(vrx_predict(colorants, &two, nan, 3, out), VRX_NOT_FINITE, "amounts");
+  REFUSES(vrx_predict(colorants, &two, in, 1, NULL), VRX_NULL, "curve");
+  REFUSES(vrx_predict(colorants, &two, in, 65536, out), VRX_OUT_OF_RANGE, "count");
+  OK(vrx_close(judgement));
+  OK(vrx_close(colorants));
+  for (int i = 0; i < 123; ++i) CHECK(out[i] == 7 && whole[i] == 7 && bytes[i] == 7);
+
+  /* The reason is there until the next call that succeeds, in both encodings, and asking leaves it. */
+  vrx_char16 wide[200];
+  char text[200];
+  int32_t length = -1;
+  CHECK(vrx_set_threads(-1) == VRX_OUT_OF_RANGE);
+  CHECK(vrx_last_error(text, 5, &length) == VRX_TOO_SMALL && length == 28);
+  OK(vrx_last_error16(wide, 200, &length));
+  OK(vrx_last_error(text, 200, NULL));
+  CHECK(length == 28 && same_text(text, wide) && strcmp(text, "threads is -1, not 0 to 1024") == 0);
+  OK(vrx_set_threads(1));
+  OK(vrx_last_error(text, 200, &length));
+  CHECK(length == 0 && text[0] == 0);
+}
+
+void refusals(void) {
+  wrong_and_closed();
+  every_argument();
+}
