@@ -379,7 +379,8 @@ void WritePlots(const std::string& folder) {
                 growth);
   std::vector<Bar> bars;
   for (const Row& row : table->rows()) {
-    if (!row.oursOverPeer && row.peer != "on one") bars.push_back({row.work + " / " + row.peer, row.Ratio()});
+    if (row.oursOverPeer || row.peer == "on one" || row.peer == "our single call") continue;
+    bars.push_back({row.work + " / " + row.peer, row.Ratio()});
   }
   WriteBarPlot(folder + "/batch_peers.svg", "How many times faster than the peer", bars);
 }

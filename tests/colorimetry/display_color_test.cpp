@@ -1,4 +1,5 @@
 #include <array>
+#include <bit>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
@@ -106,6 +107,22 @@ TEST_F(DisplayColor, DarkColoursAndRoundingDown) {
   EXPECT_EQ(grey(0.999 / 12.92 / 255.0), 0);
   EXPECT_EQ(grey(1.001 / 12.92 / 255.0), 1);
   EXPECT_EQ(grey(0.9975), 254);
+}
+
+// The table of steps is the curve: at and around each step, and anywhere.
+TEST_F(DisplayColor, StepsOfTheCurveStandWhereTheFormulaHasThem) {
+  const DisplayCurve& curve = colorimetry_internal::GetDisplayCurve();
+  const auto expectSame = [&](double channel) {
+    ASSERT_EQ(DisplayCode(channel, curve), static_cast<std::uint64_t>(DisplayLevel(channel))) << channel;
+  };
+  for (int code = 1; code <= 255; ++code) {
+    const auto bits = std::bit_cast<std::uint64_t>(LinearOf(code));
+    for (std::uint64_t i = 0; i < 200; ++i) expectSame(std::bit_cast<double>(bits - 100 + i));
+  }
+  for (int i = -1000; i < 20'000; ++i) expectSame(i / 18'000.0);
+  constexpr double kInf = std::numeric_limits<double>::infinity();
+  for (const double channel : {kInf, -kInf, std::nan(""), 0.00304, 0x1p-12, 1e-300, 1e300})
+    expectSame(channel);
 }
 
 // XYZ of linear channels, worked out from scratch: the primaries in the amounts that make the white.

@@ -58,15 +58,15 @@ bool DisplayColorBatch(vrxIlluminant illuminant, std::int32_t observer, const Ba
   RequireSameCount(xyz.size(), rgb.size());
   if (!displayable.empty()) RequireSameCount(xyz.size(), displayable.size());
   RequireWeightTable(illuminant, observer);
-  DisplayMatrix matrix;
-  if (!FindDisplayMatrix(illuminant, observer, matrix)) throw CInvalidArgException();
+  DisplayTerms terms = {{}, &colorimetry_internal::GetDisplayCurve()};
+  if (!FindDisplayMatrix(illuminant, observer, terms.matrix)) throw CInvalidArgException();
   return ForEachBlock(run, xyz.size(), kBlockRows, [&](std::size_t from, std::size_t count) {
     const auto& kernels = CurrentKernels<ColorValueKernels>();
     std::array<Column<std::uint8_t>, 4> channels{};
     std::ranges::copy(ColumnsOf(rgb, from, count), channels.begin());
     if (!displayable.empty()) channels[3] = {displayable.data() + from, 1};
     const auto kernel = displayable.empty() ? kernels.display : kernels.displayAndFlag;
-    kernel(matrix, ColumnsOf(xyz, from, count).data(), channels.data(), count);
+    kernel(terms, ColumnsOf(xyz, from, count).data(), channels.data(), count);
   });
 }
 

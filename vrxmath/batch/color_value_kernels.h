@@ -13,13 +13,18 @@
 
 namespace vrx {
 
+struct DisplayTerms {
+  DisplayMatrix matrix;
+  const DisplayCurve* curve;
+};
+
 struct ColorValueKernels {
   void (*index)(const IndexTerms& terms, const Column<const double>* xyz, const Column<double>& values,
                 std::size_t count);
   /// To red, green, blue; and whether the display can show the colour as a fourth.
-  void (*display)(const DisplayMatrix& matrix, const Column<const double>* xyz,
-                  const Column<std::uint8_t>* rgb, std::size_t count);
-  void (*displayAndFlag)(const DisplayMatrix& matrix, const Column<const double>* xyz,
+  void (*display)(const DisplayTerms& terms, const Column<const double>* xyz, const Column<std::uint8_t>* rgb,
+                  std::size_t count);
+  void (*displayAndFlag)(const DisplayTerms& terms, const Column<const double>* xyz,
                          const Column<std::uint8_t>* rgbAndFlag, std::size_t count);
 };
 

@@ -14,18 +14,22 @@ void IndexOfRows(const IndexTerms& given, Rows xyz, const Column<double>& values
                                  });
 }
 
+VRX_LANE_INLINE Lanes Channel(Lanes linear, const DisplayCurve& curve) {
+  return elementary::LaneTraits<Lanes>::ToDouble(DisplayCode(linear, curve));
+}
+
 // Widths<3>, or Widths<3, 1> with the flag.
 template <class OUT>
-void DisplayRows(const DisplayMatrix& given, Rows xyz, const Column<std::uint8_t>* channels,
+void DisplayRows(const DisplayTerms& given, Rows xyz, const Column<std::uint8_t>* channels,
                  std::size_t count) {
-  OverRows<Widths<3>, OUT>(xyz, channels, count, [matrix = given](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+  OverRows<Widths<3>, OUT>(xyz, channels, count, [terms = given](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     const XyzOf<Lanes> color = {x[0], x[1], x[2]};
-    const RgbOf<Lanes> linear = LinearChannels(color, matrix);
+    const RgbOf<Lanes> linear = LinearChannels(color, terms.matrix);
     const auto unset = IsUnset(color);
     const Lanes grey = display_constants::kUnsetGrey;
-    y[0] = Select(unset, grey, DisplayLevel(linear.red));
-    y[1] = Select(unset, grey, DisplayLevel(linear.green));
-    y[2] = Select(unset, grey, DisplayLevel(linear.blue));
+    y[0] = Select(unset, grey, Channel(linear.red, *terms.curve));
+    y[1] = Select(unset, grey, Channel(linear.green, *terms.curve));
+    y[2] = Select(unset, grey, Channel(linear.blue, *terms.curve));
     if constexpr (OUT::kTotal == 4) y[3] = Select(unset | IsDisplayable(linear), Lanes(1.0), Lanes(0.0));
   });
 }

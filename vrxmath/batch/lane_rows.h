@@ -133,6 +133,17 @@ struct Widths {
     if constexpr (kWidth == 3) {
       if (column->stride == 3) return LoadTriples(first, x);
     }
+    if constexpr (kLaneCount == 8 && kWidth <= 4) {  // half a pack holds a row
+      Lanes rows[4];
+#pragma GCC unroll 4
+      for (std::ptrdiff_t k = 0; k < 4; ++k) {
+        const double* low = first + k * column->stride;
+        rows[k] = LoadHalves<Lanes, static_cast<int>(kWidth)>(low, low + 4 * column->stride);
+      }
+      Transpose(rows);
+      for (std::size_t k = 0; k < kWidth; ++k) x[k] = rows[k];
+      return;
+    }
 #pragma GCC unroll 8
     for (std::size_t tile = 0; tile * kLaneCount < kWidth; ++tile) {
       const std::size_t at = TileAt(tile, kWidth);

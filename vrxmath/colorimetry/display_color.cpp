@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <bit>
 #include <cmath>
 #include <utility>
 
@@ -83,7 +84,42 @@ void ForgetMatrices() {
   }
 }
 
+// The bits of the smallest channel with an 8-bit value from 1 to 255.
+std::uint64_t FirstBitsOf(std::uint64_t code) {
+  using namespace display_constants;
+  const double encoded = static_cast<double>(code) / 255.0;
+  const double inverse =
+      encoded <= kSlope * kBreak ? encoded / kSlope : Power((encoded + 0.055) / 1.055, 1.0 / kExponent);
+  const auto reaches = [code](std::uint64_t bits) {
+    return DisplayLevel(std::bit_cast<double>(bits)) >= static_cast<double>(code);
+  };
+  auto bits = std::bit_cast<std::uint64_t>(inverse);
+  while (reaches(bits)) --bits;
+  while (!reaches(bits)) ++bits;
+  return bits;
+}
+
+DisplayCurve MakeDisplayCurve() {
+  DisplayCurve curve;
+  std::uint64_t code = 0, step = FirstBitsOf(1), segment = kDisplayFirstSegment;
+  for (double& entry : curve.entries) {
+    const std::uint64_t end = ++segment << kDisplayRestBits;
+    std::uint64_t bits = code << kDisplayRestBits;
+    if (code < 255 && step < end) {
+      bits += end - step;
+      if (++code < 255) step = FirstBitsOf(code + 1);
+    }
+    entry = std::bit_cast<double>(bits);
+  }
+  return curve;
+}
+
 }  // namespace
+
+const DisplayCurve& colorimetry_internal::GetDisplayCurve() {
+  static const DisplayCurve curve = MakeDisplayCurve();
+  return curve;
+}
 
 bool FindDisplayMatrix(vrxIlluminant illuminant, int32_t observer, DisplayMatrix& matrix) {
   const bool builtIn = illuminant >= 0 && illuminant < kBuiltInIlluminants;
@@ -109,9 +145,10 @@ bool XyzToDisplayRgb(vrxIlluminant illuminant, int32_t observer, const CTrisValu
   DisplayMatrix matrix;
   if (IsUnset(xyz) || !FindDisplayMatrix(illuminant, observer, matrix)) return true;
   const RgbOf<double> linear = LinearChannels(xyz.Values(), matrix);
-  red = static_cast<int32_t>(DisplayLevel(linear.red));
-  green = static_cast<int32_t>(DisplayLevel(linear.green));
-  blue = static_cast<int32_t>(DisplayLevel(linear.blue));
+  const DisplayCurve& curve = colorimetry_internal::GetDisplayCurve();
+  red = static_cast<int32_t>(DisplayCode(linear.red, curve));
+  green = static_cast<int32_t>(DisplayCode(linear.green, curve));
+  blue = static_cast<int32_t>(DisplayCode(linear.blue, curve));
   return IsDisplayable(linear);
 }
 

@@ -4,7 +4,11 @@
 #ifndef VRXMATH_COLORIMETRY_DISPLAY_FORMULAS_H_
 #define VRXMATH_COLORIMETRY_DISPLAY_FORMULAS_H_
 
+#include <cstddef>
+#include <cstdint>
+
 #include <vrxmath/colorimetry/values.h>
+#include <vrxmath/numeric/elementary_lanes.h>
 #include <vrxmath/numeric/lanes.h>
 
 namespace vrx {
@@ -56,6 +60,34 @@ VRX_LANE_INLINE T DisplayLevel(T channel) {
       [&] { return Select(channel >= 1.0, T(1.0), Select(channel > 0.0, kSlope * channel, T(0.0))); });
   return encoded * 255.0;
 }
+
+/// The encoding curve as a table of its steps. A segment is the channels from 2^-12 to 1 that share their exponent and the
+/// first seven bits of their fraction; no more than one step lies in it. An entry, read as a whole number, plus the rest of the
+/// channel's bits has the 8-bit value above these kDisplayRestBits bits: where the step is passed, the sum carries.
+inline constexpr int kDisplayRestBits = 45;
+inline constexpr double kDisplayFirst = 0x1p-12;  // below it all channels are 0
+inline constexpr std::uint64_t kDisplayFirstSegment = std::uint64_t{1023 - 12} << 7;
+inline constexpr std::size_t kDisplaySegments = (std::size_t{12} << 7) + 1;  // the last one is for 1 alone
+struct DisplayCurve {
+  double entries[kDisplaySegments];
+};
+
+/// DisplayLevel rounded down, without a power; as a whole number, or one in each lane.
+template <class T>
+VRX_LANE_INLINE auto DisplayCode(T channel, const DisplayCurve& curve) {
+  const T low = Select(channel > kDisplayFirst, channel, T(kDisplayFirst));
+  const auto bits = ToBits(Select(low < 1.0, low, T(1.0)));
+  const auto segment = (bits >> kDisplayRestBits) - kDisplayFirstSegment;
+  const auto entry = ToBits(elementary::LaneTraits<T>::Gather(curve.entries, segment, 0));
+  return (entry + (bits & ((std::uint64_t{1} << kDisplayRestBits) - 1))) >> kDisplayRestBits;
+}
+
+namespace colorimetry_internal {
+
+/// The curve, made at the first call.
+const DisplayCurve& GetDisplayCurve();
+
+}  // namespace colorimetry_internal
 
 /// True where clipping moves no channel by more than half a step of the 8 bits.
 template <class T>

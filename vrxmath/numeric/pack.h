@@ -155,11 +155,11 @@ VRX_LANE_INLINE V Upper(V a, V b, std::index_sequence<I...>) {
 }
 
 // One step of a transposition: exchanges blocks of kDistance x kDistance.
-template <int kDistance, int kLaneCount, class Unit>
-VRX_LANE_INLINE void ExchangeBlocks(Pack<kLaneCount, Unit>* packs) {
+template <int kDistance, std::size_t kPacks, int kLaneCount, class Unit>
+VRX_LANE_INLINE void ExchangeBlocks(Pack<kLaneCount, Unit> (&packs)[kPacks]) {
   constexpr auto kIndices = std::make_index_sequence<static_cast<std::size_t>(kLaneCount)>();
 #pragma GCC unroll 8
-  for (int i = 0; i < kLaneCount; ++i) {
+  for (std::size_t i = 0; i < kPacks; ++i) {
     if ((i & kDistance) != 0) continue;
     const auto a = packs[i].v, b = packs[i + kDistance].v;
     packs[i].v = Lower<kDistance>(a, b, kIndices);
@@ -239,12 +239,13 @@ VRX_LANE_INLINE void KeepInRegister([[maybe_unused]] T& x) {
 #endif
 }
 
-/// The lanes of as many packs as a pack has lanes, turned over: lane j of pack i goes to lane i of pack j.
-template <int kLaneCount, class Unit>
-VRX_LANE_INLINE void Transpose(Pack<kLaneCount, Unit> (&packs)[static_cast<std::size_t>(kLaneCount)]) {
+/// The lanes of as many packs as a pack has lanes, turned over: lane j of pack i goes to lane i of pack j. Of fewer packs, so
+/// many lanes at a time: the four lanes of either half of four packs of eight.
+template <int kLaneCount, class Unit, std::size_t kPacks>
+VRX_LANE_INLINE void Transpose(Pack<kLaneCount, Unit> (&packs)[kPacks]) {
   pack_internal::ExchangeBlocks<1>(packs);
-  if constexpr (kLaneCount > 2) pack_internal::ExchangeBlocks<2>(packs);
-  if constexpr (kLaneCount > 4) pack_internal::ExchangeBlocks<4>(packs);
+  if constexpr (kPacks > 2) pack_internal::ExchangeBlocks<2>(packs);
+  if constexpr (kPacks > 4) pack_internal::ExchangeBlocks<4>(packs);
 }
 
 /// The first `kCount` of as many neighbouring numbers as a pack has lanes; the other lanes are 0.
@@ -265,6 +266,19 @@ VRX_LANE_INLINE T LoadSome(const double* from) {
   T x = 0.0;
   for (int lane = 0; lane < kCount; ++lane) x.v[lane] = from[lane];
   return x;
+}
+/// LoadSome for either half of a pack of eight, from two places.
+template <class T, int kCount>
+VRX_LANE_INLINE T LoadHalves(const double* low, const double* high) {
+#if defined(__AVX512VL__)
+  const auto a = _mm256_maskz_loadu_pd((1u << kCount) - 1, low);
+  const auto b = _mm256_maskz_loadu_pd((1u << kCount) - 1, high);
+  return T(static_cast<typename T::Vector>(__builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7)));
+#else
+  T x = 0.0;
+  for (int lane = 0; lane < kCount; ++lane) x.v[lane] = low[lane], x.v[lane + 4] = high[lane];
+  return x;
+#endif
 }
 template <int kCount, class T>
 VRX_LANE_INLINE void StoreSome(T x, double* to) {
