@@ -440,7 +440,7 @@ class HistogramPainter {
   explicit HistogramPainter(const HistogramChart& data)
       : data_(data),
         bins_(EnclosingTicks(0, std::max(data.upper, LargestOf(data.totals)), 14)),
-        counts_(static_cast<std::size_t>(bins_.count)) {
+        counts_(static_cast<std::size_t>(bins_.count - 1)) {
     for (const GradedTotal& total : data_.totals) {
       if (!IsShown(total.value)) continue;
       const double bin = std::floor(std::max(total.value, 0.0) / bins_.step);
@@ -458,7 +458,7 @@ class HistogramPainter {
     for (std::size_t i = 0; i < counts_.size(); ++i) {
       if (counts_[i] == 0) continue;
       const double left = area.X(bins_.At(static_cast<int32_t>(i))) + 0.5;
-      const double right = std::min(area.X(bins_.At(static_cast<int32_t>(i) + 1)) - 0.5, area.Right());
+      const double right = area.X(bins_.At(static_cast<int32_t>(i) + 1)) - 0.5;
       picture.Rectangle(left, area.Y(counts_[i]), right - left, area.Bottom() - area.Y(counts_[i]),
                         Ink::kTrial);
     }
@@ -588,10 +588,11 @@ Chart MakeChart(const CurvesChart& data) {
   CurvesPainter painter(data);
   const int32_t height = painter.Height();
   std::string scales = painter.Scales();
-  return ChartBy(std::move(painter), data.title,
-                 TextOf(data.areRecipes ? ReportText::kTargetCurvesSummary : ReportText::kCurvesSummary,
-                        {std::to_string(data.trials.size())}),
-                 kWide, height, std::move(scales));
+  const ReportText summary = data.areRecipes            ? ReportText::kTargetCurvesSummary
+                             : data.standard != nullptr ? ReportText::kCurvesSummary
+                                                        : ReportText::kCurvesOnlySummary;
+  return ChartBy(std::move(painter), data.title, TextOf(summary, {std::to_string(data.trials.size())}), kWide,
+                 height, std::move(scales));
 }
 
 Chart MakeChart(const PlaneChart& data) {

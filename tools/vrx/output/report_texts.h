@@ -110,6 +110,7 @@ enum class ReportText : uint32_t {
   kTargetCurves,
   kTargetCurvesSummary,
   kStock,
+  kCurvesOnlySummary,
 };
 
 /// The text as UTF-8.
