@@ -119,44 +119,16 @@ struct Widths {
   }
 
  private:
-  // Numbers of a row are taken a pack at a time; the last pack overlaps the one before where the width is no multiple.
-  static constexpr std::size_t TileAt(std::size_t tile, std::size_t width) {
-    const std::size_t at = tile * kLaneCount;
-    return width <= kLaneCount || at + kLaneCount <= width ? at : width - kLaneCount;
-  }
-
   template <std::size_t kWidth>
   static VRX_LANE_INLINE void LoadGroup(const Column<const double>* column, std::size_t row, Lanes* x) {
-    constexpr std::size_t kCount = kWidth < kLaneCount ? kWidth : kLaneCount;
     if constexpr (kWidth == 0) return;
     const double* first = column->first + static_cast<std::ptrdiff_t>(row) * column->stride;
     if constexpr (kWidth == 3) {
       if (column->stride == 3) return LoadTriples(first, x);
     }
-    if constexpr (kLaneCount == 8 && kWidth <= 4) {  // half a pack holds a row
-      Lanes rows[4];
-#pragma GCC unroll 4
-      for (std::ptrdiff_t k = 0; k < 4; ++k) {
-        const double* low = first + k * column->stride;
-        rows[k] = LoadHalves<Lanes, static_cast<int>(kWidth)>(low, low + 4 * column->stride);
-      }
-      Transpose(rows);
-      for (std::size_t k = 0; k < kWidth; ++k) x[k] = rows[k];
-      return;
-    }
-#pragma GCC unroll 8
-    for (std::size_t tile = 0; tile * kLaneCount < kWidth; ++tile) {
-      const std::size_t at = TileAt(tile, kWidth);
-      Lanes rows[kLaneCount];
-#pragma GCC unroll 8
-      for (std::size_t k = 0; k < kLaneCount; ++k) {
-        rows[k] = LoadSome<Lanes, static_cast<int>(kCount)>(
-            first + static_cast<std::ptrdiff_t>(k) * column->stride + at);
-      }
-      Transpose(rows);
-#pragma GCC unroll 8
-      for (std::size_t k = 0; k < kCount; ++k) x[at + k] = rows[k];
-    }
+    const double* places[kLaneCount];
+    for (const double*& place : places) place = first, first += column->stride;
+    LoadFields<static_cast<int>(kWidth)>(places, x);
   }
 
   template <std::size_t kWidth, class NUMBER>
@@ -173,24 +145,13 @@ struct Widths {
   }
   template <std::size_t kWidth>
   static VRX_LANE_INLINE void StoreNumbers(const Lanes* y, const Column<double>* column, double* first) {
-    constexpr std::size_t kCount = kWidth < kLaneCount ? kWidth : kLaneCount;
     if constexpr (kWidth == 0) return;
     if constexpr (kWidth == 3) {
       if (column->stride == 3) return StoreTriples(y, first);
     }
-#pragma GCC unroll 8
-    for (std::size_t tile = 0; tile * kLaneCount < kWidth; ++tile) {
-      const std::size_t at = TileAt(tile, kWidth);
-      Lanes rows[kLaneCount];
-#pragma GCC unroll 8
-      for (std::size_t k = 0; k < kLaneCount; ++k) rows[k] = k < kCount ? y[at + k] : y[at];
-      Transpose(rows);
-#pragma GCC unroll 8
-      for (std::size_t k = 0; k < kLaneCount; ++k) {
-        StoreSome<static_cast<int>(kCount)>(rows[k],
-                                            first + static_cast<std::ptrdiff_t>(k) * column->stride + at);
-      }
-    }
+    double* places[kLaneCount];
+    for (double*& place : places) place = first, first += column->stride;
+    StoreFields<static_cast<int>(kWidth)>(y, places);
   }
 #else
   static void LoadRows(const Column<const double>*, std::size_t, Lanes*) {}

@@ -187,7 +187,7 @@ std::uint64_t TwoOverPiDigits(unsigned from) {
 [[gnu::noinline]] double SineReducedExactly(double x, std::uint32_t offset, std::uint64_t sign) {
   Angle angle = ReduceExactly(x);
   angle.steps += offset;
-  return SineAtNode(angle, sign);
+  return WithSign(SineAtNode(angle), sign);
 }
 
 /// The same, faster. Larger x than 10^5, and those of which so little is left that the short reduction does not
@@ -197,7 +197,7 @@ VRX_LANE_INLINE double ShiftedSine(double x, std::uint32_t offset, std::uint64_t
   ModerateAngle<double> angle = ReduceModerate(x);
   if (angle.inexact) return SineReducedExactly(x, offset, sign);
   angle.reduced.steps += offset;
-  return SineAtNode(angle.reduced, sign);
+  return WithSign(SineAtNode(angle.reduced), sign);
 }
 
 // ----------------------------------------------------------------------------------------------------------

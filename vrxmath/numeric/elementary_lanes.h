@@ -12,6 +12,7 @@
 #ifndef VRXMATH_NUMERIC_ELEMENTARY_LANES_H_
 #define VRXMATH_NUMERIC_ELEMENTARY_LANES_H_
 
+#include <array>
 #include <cstdint>
 #include <limits>
 
@@ -62,15 +63,13 @@ struct LaneTraits<double> {
   static VRX_LANE_INLINE Words ShiftRightSigned(Words bits, int count) {
     return static_cast<Words>(static_cast<std::int64_t>(bits) >> count);
   }
-  template <class Node>
-  static VRX_LANE_INLINE double Gather(const Node* table, Words index, int field) {
-    return reinterpret_cast<const double*>(table + index)[field];
-  }
+  static VRX_LANE_INLINE double MinusProduct(double a, double b, double c) { return a - b * c; }
+  static constexpr bool kRoundsOnce = false;
   template <class Node>
   static VRX_LANE_INLINE auto Entry(const Node* table, Words index) {
     constexpr int kFields = sizeof(Node) / sizeof(double);
     EntryOf<double, kFields> entry;
-    for (int k = 0; k < kFields; ++k) entry.fields[k] = Gather(table, index, k);
+    for (int k = 0; k < kFields; ++k) entry.fields[k] = reinterpret_cast<const double*>(table + index)[k];
     return entry;
   }
 };
@@ -112,6 +111,29 @@ VRX_LANE_INLINE Sum<T> Multiply(T a, T b) {
   const T ah = Head(a), al = a - ah;
   const T bh = Head(b), bl = b - bh;
   return {p, ((ah * bh - p) + ah * bl + al * bh) + al * bl};
+}
+
+/// a - b c where the product is exact as a double: rounding it or not makes no difference.
+template <class T>
+VRX_LANE_INLINE T MinusExact(T a, T b, T c) {
+  return LaneTraits<T>::MinusProduct(a, b, c);
+}
+
+/// a - b c, rounded once, for b of 26 significant bits and a so near to b c that a minus b times the head of c is exact.
+template <class T>
+VRX_LANE_INLINE T MinusNear(T a, T b, T c) {
+  if constexpr (LaneTraits<T>::kRoundsOnce) {
+    return LaneTraits<T>::MinusProduct(a, b, c);
+  } else {
+    const T head = Head(c);
+    return (a - b * head) - b * (c - head);
+  }
+}
+
+/// `x` with its sign turned where `sign` is kSignBit instead of 0.
+template <class T>
+VRX_LANE_INLINE T WithSign(T x, Words<T> sign) {
+  return FromBits<T>(ToBits(x) ^ sign);
 }
 
 /// The integer n nearest to x as a double, and in the low 32 bits of `bits` as an integer for |x| < 2^31. The bits
@@ -196,12 +218,12 @@ VRX_LANE_INLINE ExpSteps<T> ExpInSteps(T hi, T lo) {
   constexpr Sum<double> kStep = {0x1.62e42fefap-8,
                                  0x1.cf79abc9e3b3ap-47};  // ln 2 / 128, 36 bits and the rest
   const auto [steps, bits] = RoundToInteger<T>(hi * kStepsPerUnit);
-  const T r = ((hi - steps * kStep.hi) - steps * kStep.lo) + lo;
+  const T r = (MinusExact<T>(hi, steps, kStep.hi) - steps * kStep.lo) + lo;
   const T r2 = r * r;
   const T expm1 = r + r2 * ((1.0 / 2 + r * (1.0 / 6)) + r2 * (1.0 / 24 + r * (1.0 / 120)));
   const Words<T> index = bits & 127;
-  const T power = LaneTraits<T>::Gather(kPowerOfTwo, index, 0);
-  const T lost = LaneTraits<T>::Gather(kPowerOfTwo, index, 1);
+  const auto entry = LaneTraits<T>::Entry(kPowerOfTwo, index);
+  const T power = entry.fields[0], lost = entry.fields[1];
   return {power, power * (lost + expm1), bits};
 }
 
@@ -227,9 +249,8 @@ VRX_LANE_INLINE Sum<T> LogOfNormal(T x, std::uint64_t exponent) {
   const Words<T> power = LaneTraits<T>::ShiftRightSigned(offset, kFractionBits);
   const T m = FromBits<T>(ToBits(x) - (power << kFractionBits));
   const Words<T> index = (offset >> (kFractionBits - 7)) & 127;
-  const T c = LaneTraits<T>::Gather(kReciprocal, index, 0);
-  const T minus_log_c_hi = LaneTraits<T>::Gather(kReciprocal, index, 1);
-  const T minus_log_c_lo = LaneTraits<T>::Gather(kReciprocal, index, 2);
+  const auto entry = LaneTraits<T>::Entry(kReciprocal, index);
+  const T c = entry.fields[0], minus_log_c_hi = entry.fields[1], minus_log_c_lo = entry.fields[2];
 
   // r = rh + rl exactly: m is rounded to so few bits that the square of rh is exact too.
   const T mh = FromBits<T>((ToBits(m) + 0x20000000) & ~std::uint64_t{0x3fffffff});
@@ -260,6 +281,24 @@ VRX_LANE_INLINE T Log10Of(Sum<T> log) {
 
 constexpr std::uint32_t kQuarterTurn = 64;  // in steps of pi / 128
 
+/// The nodes of a whole turn, from those of its first quarter: in every second quarter sin(pi/2 + a) = sin(pi/2 - a), and the
+/// second half turn is the first one negated.
+struct alignas(32) TurnNode {
+  double sine, lost;     ///< the sine as a sum
+  double one_minus_cos;  ///< of the angle to the horizontal axis, whose cosine is not negative
+  double slope;          ///< 1, or -1 where the sine falls
+};
+constexpr std::array<TurnNode, 256> kSineTurn = [] {
+  std::array<TurnNode, 256> turn{};
+  for (std::uint32_t steps = 0; steps < turn.size(); ++steps) {
+    const std::uint32_t quarter = steps / kQuarterTurn, rest = steps % kQuarterTurn;
+    const SineNode& node = kSineNode[quarter % 2 == 0 ? rest : kQuarterTurn - rest];
+    const double sign = quarter < 2 ? 1.0 : -1.0;
+    turn[steps] = {sign * node.hi, sign * node.lo, node.one_minus_cos, quarter % 2 == 0 ? sign : -sign};
+  }
+  return turn;
+}();
+
 /// An angle as steps of pi / 128, of which the last eight bits count, plus at most half a step in radians.
 template <class T>
 struct ReducedAngle {
@@ -267,21 +306,15 @@ struct ReducedAngle {
   Sum<T> r;
 };
 
-/// sin(steps pi/128 + r), negated if `sign` is kSignBit and not 0, from sine S and cosine C of the steps:
-/// S cos r + C sin r = S + r + (S (cos r - 1) + C (sin r - r) - (1 - C) r), |r| <= pi/256.
+/// sin(steps pi/128 + r) from sine S and cosine C of the steps: S cos r + C sin r =
+/// S + r + (S (cos r - 1) + C (sin r - r) - (1 - C) r), |r| <= pi/256, where C >= 0 and r has the sign of the slope.
 template <class T>
-VRX_LANE_INLINE T SineAtNode(const ReducedAngle<T>& angle, Words<T> sign) {
-  // In every second quarter sin(pi/2 + a) = sin(pi/2 - a), and the second half turn is the first one negated.
-  const Words<T> quarter = angle.steps >> 6;
-  const Words<T> second_quarter = quarter & 1, second_half = quarter & 2;
-  const Words<T> in_quarter = angle.steps & (kQuarterTurn - 1);
-  const Words<T> index = (in_quarter ^ ((second_quarter << 6) - second_quarter)) + second_quarter;
-  const T node_sign = FromBits<T>((sign ^ (second_half << 62)) | kOneBits);
-  const T r_sign = FromBits<T>(ToBits(node_sign) ^ (second_quarter << 63));
-  const T one_minus_cos = LaneTraits<T>::Gather(kSineNode, index, 2);
-  const T S = LaneTraits<T>::Gather(kSineNode, index, 0) * node_sign;
-  const T S_lo = LaneTraits<T>::Gather(kSineNode, index, 1) * node_sign, C = 1.0 - one_minus_cos;
-  const T r = angle.r.hi * r_sign, r_lo = angle.r.lo * r_sign;
+VRX_LANE_INLINE T SineAtNode(const ReducedAngle<T>& angle) {
+  const auto entry = LaneTraits<T>::Entry(kSineTurn.data(), angle.steps & (kSineTurn.size() - 1));
+  const T S = entry.fields[0], S_lo = entry.fields[1], one_minus_cos = entry.fields[2],
+          slope = entry.fields[3];
+  const T C = 1.0 - one_minus_cos;
+  const T r = angle.r.hi * slope, r_lo = angle.r.lo * slope;
 
   const T r2 = r * r;
   const T sin_minus_r = (r * r2) * (-1.0 / 6 + r2 * (1.0 / 120 - r2 * (1.0 / 5040)));
@@ -304,7 +337,8 @@ VRX_LANE_INLINE ModerateAngle<T> ReduceModerate(T x) {
   constexpr double kStepsPerRadian = 0x1.45f306dc9c883p+5;  // 128 / pi
   constexpr double kStep1 = 0x1.921fb544p-6, kStep2 = 0x1.0b4611a4p-40, kStep3 = 0x1.13198a2e03707p-71;
   const auto [steps, bits] = RoundToInteger<T>(x * kStepsPerRadian);
-  const Sum<T> rest = AddOrdered<T>(x - steps * kStep1, -(steps * kStep2));
+  const T most = MinusExact<T>(x, steps, kStep1), s = MinusExact<T>(most, steps, kStep2);
+  const Sum<T> rest = {s, MinusExact<T>(most - s, steps, kStep2)};
   ModerateAngle<T> angle = {{bits, AddOrdered<T>(rest.hi, rest.lo - steps * kStep3)}, {}};
   angle.inexact = (Abs(rest.hi) < 0x1p-36) & (steps != 0.0);
   return angle;
@@ -324,8 +358,8 @@ VRX_LANE_INLINE T AngleInUpperHalf(T a, T b, MASK x_negative, T turn) {
   // t as the sum of a short head and the quotient of what is left.
   const T inverse = 1.0 / large;
   const T t = small * inverse;
-  const T head = Head(t), large_head = Head(large);
-  const T tail = ((small - head * large_head) - head * (large - large_head)) * inverse;
+  const T head = Head(t);
+  const T tail = MinusNear(small, head, large) * inverse;
 
   const auto [k, bits] = RoundToInteger<T>(t * 64.0);
   const Words<T> index = bits & 127;
@@ -364,7 +398,7 @@ VRX_LANE_INLINE T CubeRootOfUsual(T x) {
   // t (1 + w)^(1/3) with w = (x - t^3) / t^3 < 2^-15: the terms from w^4 on stay below 2^-65 of t.
   const T t2 = t * t;
   const T inverse_t2 = 1.0 / t2;
-  const T tw = (x - t2 * t) * inverse_t2;
+  const T tw = MinusExact(x, t2, t) * inverse_t2;
   const T w = tw * (t * inverse_t2);
   return t + tw * (1.0 / 3 - w * (1.0 / 9 - w * (5.0 / 81)));
 }

@@ -12,7 +12,7 @@ namespace vrx::elementary {
 // clang-format off
 
 /// 2^(j/128), j = 0..127: the rounded power, and what the rounding lost as a fraction of it.
-struct PowerOfTwo {
+struct alignas(16) PowerOfTwo {
   double value, lost;
 };
 inline constexpr PowerOfTwo kPowerOfTwo[128] = {
@@ -85,7 +85,7 @@ inline constexpr PowerOfTwo kPowerOfTwo[128] = {
 /// One reciprocal r for each 128th of a factor of two, from 357/512 (half a step below 179/256) upwards: 1/r lies
 /// near the middle of the interval, r is a multiple of 1/512, and -ln r = hi + lo with hi a multiple of 2^-42.
 /// The interval around 1 has r = 1, so ln x loses nothing there.
-struct Reciprocal {
+struct alignas(32) Reciprocal {
   double r, minus_ln_hi, minus_ln_lo;
 };
 inline constexpr Reciprocal kReciprocal[128] = {

@@ -154,12 +154,12 @@ VRX_LANE_INLINE V Upper(V a, V b, std::index_sequence<I...>) {
   return __builtin_shufflevector(a, b, ((I & kDistance) == 0 ? I + kDistance : sizeof...(I) + I)...);
 }
 
-// One step of a transposition: exchanges blocks of kDistance x kDistance.
-template <int kDistance, std::size_t kPacks, int kLaneCount, class Unit>
-VRX_LANE_INLINE void ExchangeBlocks(Pack<kLaneCount, Unit> (&packs)[kPacks]) {
+// One step of a transposition: exchanges blocks of kDistance x kDistance within every square of kPacks x kPacks.
+template <int kDistance, int kPacks, int kLaneCount, class Unit>
+VRX_LANE_INLINE void ExchangeBlocks(Pack<kLaneCount, Unit>* packs) {
   constexpr auto kIndices = std::make_index_sequence<static_cast<std::size_t>(kLaneCount)>();
 #pragma GCC unroll 8
-  for (std::size_t i = 0; i < kPacks; ++i) {
+  for (int i = 0; i < kPacks; ++i) {
     if ((i & kDistance) != 0) continue;
     const auto a = packs[i].v, b = packs[i + kDistance].v;
     packs[i].v = Lower<kDistance>(a, b, kIndices);
@@ -167,7 +167,88 @@ VRX_LANE_INLINE void ExchangeBlocks(Pack<kLaneCount, Unit> (&packs)[kPacks]) {
   }
 }
 
+// Some lanes of two vectors, which ones being given by the compiler's list.
+template <class V, std::size_t... I>
+VRX_LANE_INLINE auto Joined(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, I...);
+}
+template <int kFirst, class V, std::size_t... I>
+VRX_LANE_INLINE auto Part(V v, std::index_sequence<I...>) {
+  return __builtin_shufflevector(v, v, (kFirst + I)...);
+}
+
+// `kCount` numbers from every kCount-th of `kLaneCount` places, side by side; and back.
+template <int kLaneCount, int kCount>
+VRX_LANE_INLINE auto LoadBeside(const double* const* places, int field) {
+  if constexpr (kLaneCount == kCount) {
+    typename VectorTypes<kCount>::Numbers numbers;
+    __builtin_memcpy(&numbers, *places + field, sizeof numbers);
+    return numbers;
+  } else if constexpr (kLaneCount == 2) {
+    return typename VectorTypes<2>::Numbers{places[0][field], places[1][field]};
+  } else {
+    constexpr int kHalf = kLaneCount / 2;
+    return Joined(LoadBeside<kHalf, kCount>(places, field), LoadBeside<kHalf, kCount>(places + kHalf, field),
+                  std::make_index_sequence<static_cast<std::size_t>(kLaneCount)>());
+  }
+}
+template <int kLaneCount, int kCount, class V>
+VRX_LANE_INLINE void StoreBeside(V numbers, double* const* places, int field) {
+  if constexpr (kLaneCount == kCount) {
+    __builtin_memcpy(*places + field, &numbers, sizeof numbers);
+  } else {
+    constexpr int kHalf = kLaneCount / 2;
+    constexpr auto kIndices = std::make_index_sequence<static_cast<std::size_t>(kHalf)>();
+    StoreBeside<kHalf, kCount>(Part<0>(numbers, kIndices), places, field);
+    StoreBeside<kHalf, kCount>(Part<kHalf>(numbers, kIndices), places + kHalf, field);
+  }
+}
+
+// Squares of kCount x kCount numbers side by side in as many packs, turned over.
+template <int kCount, int kLaneCount, class Unit>
+VRX_LANE_INLINE void TurnSquares(Pack<kLaneCount, Unit>* packs) {
+  if constexpr (kCount > 1) ExchangeBlocks<1, kCount>(packs);
+  if constexpr (kCount > 2) ExchangeBlocks<2, kCount>(packs);
+  if constexpr (kCount > 4) ExchangeBlocks<4, kCount>(packs);
+}
+
+// How many of `kLeft` fields are moved together: as many as fill whole vectors, since a vector of neighbours costs one
+// load or store and few shuffles, and a number alone costs as much.
+template <int kLeft, int kLaneCount>
+inline constexpr int kTogether = kLeft >= 8 && kLaneCount >= 8   ? 8
+                                 : kLeft >= 4 && kLaneCount >= 4 ? 4
+                                 : kLeft >= 2                    ? 2
+                                                                 : 1;
+
 }  // namespace pack_internal
+
+/// `kFields` neighbouring numbers at the place of every lane, one pack a field; and back.
+template <int kFields, int kFrom = 0, int kLaneCount, class Unit>
+VRX_LANE_INLINE void LoadFields(const double* const* places, Pack<kLaneCount, Unit>* fields) {
+  using namespace pack_internal;
+  constexpr int kCount = kTogether<kFields - kFrom, kLaneCount>;
+  Pack<kLaneCount, Unit>* const rows = fields + kFrom;
+#pragma GCC unroll 8
+  for (int k = 0; k < kCount; ++k) rows[k].v = LoadBeside<kLaneCount, kCount>(places + k, kFrom);
+  TurnSquares<kCount>(rows);
+  if constexpr (kFields > kFrom + kCount) LoadFields<kFields, kFrom + kCount>(places, fields);
+}
+template <int kFields, int kFrom = 0, int kLaneCount, class Unit>
+VRX_LANE_INLINE void StoreFields(const Pack<kLaneCount, Unit>* fields, double* const* places) {
+  using namespace pack_internal;
+  constexpr int kCount = kTogether<kFields - kFrom, kLaneCount>;
+  if constexpr (kCount > 1) {
+    Pack<kLaneCount, Unit> rows[static_cast<std::size_t>(kCount)];
+#pragma GCC unroll 8
+    for (int k = 0; k < kCount; ++k) rows[k] = fields[kFrom + k];
+    TurnSquares<kCount>(rows);
+#pragma GCC unroll 8
+    for (int k = 0; k < kCount; ++k) StoreBeside<kLaneCount, kCount>(rows[k].v, places + k, kFrom);
+  } else {
+    for (int lane = 0; lane < kLaneCount; ++lane) places[lane][kFrom] = fields[kFrom].v[lane];
+  }
+  if constexpr (kFields > kFrom + kCount) StoreFields<kFields, kFrom + kCount>(fields, places);
+}
 
 /// Branch of lanes.h; where both sides are taken they are evaluated for all lanes.
 template <int kLaneCount, class Unit, class A, class B>
@@ -239,47 +320,7 @@ VRX_LANE_INLINE void KeepInRegister([[maybe_unused]] T& x) {
 #endif
 }
 
-/// The lanes of as many packs as a pack has lanes, turned over: lane j of pack i goes to lane i of pack j. Of fewer packs, so
-/// many lanes at a time: the four lanes of either half of four packs of eight.
-template <int kLaneCount, class Unit, std::size_t kPacks>
-VRX_LANE_INLINE void Transpose(Pack<kLaneCount, Unit> (&packs)[kPacks]) {
-  pack_internal::ExchangeBlocks<1>(packs);
-  if constexpr (kPacks > 2) pack_internal::ExchangeBlocks<2>(packs);
-  if constexpr (kPacks > 4) pack_internal::ExchangeBlocks<4>(packs);
-}
-
-/// The first `kCount` of as many neighbouring numbers as a pack has lanes; the other lanes are 0.
-template <class T, int kCount>
-VRX_LANE_INLINE T LoadSome(const double* from) {
-  if constexpr (kCount >= T::kLanes) return Load<T>(from);
-#if defined(__AVX512F__)
-  if constexpr (T::kLanes == 8) {
-    return T(static_cast<typename T::Vector>(_mm512_maskz_loadu_pd((1u << kCount) - 1, from)));
-  }
-#endif
-#if defined(__AVX__)
-  if constexpr (T::kLanes == 4 && kCount == 3) {  // through memory the halves would wait for each other
-    const __m256d low = _mm256_castpd128_pd256(_mm_loadu_pd(from));
-    return T(static_cast<typename T::Vector>(_mm256_insertf128_pd(low, _mm_load_sd(from + 2), 1)));
-  }
-#endif
-  T x = 0.0;
-  for (int lane = 0; lane < kCount; ++lane) x.v[lane] = from[lane];
-  return x;
-}
-/// LoadSome for either half of a pack of eight, from two places.
-template <class T, int kCount>
-VRX_LANE_INLINE T LoadHalves(const double* low, const double* high) {
-#if defined(__AVX512VL__)
-  const auto a = _mm256_maskz_loadu_pd((1u << kCount) - 1, low);
-  const auto b = _mm256_maskz_loadu_pd((1u << kCount) - 1, high);
-  return T(static_cast<typename T::Vector>(__builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7)));
-#else
-  T x = 0.0;
-  for (int lane = 0; lane < kCount; ++lane) x.v[lane] = low[lane], x.v[lane + 4] = high[lane];
-  return x;
-#endif
-}
+/// The first `kCount` lanes to neighbouring numbers.
 template <int kCount, class T>
 VRX_LANE_INLINE void StoreSome(T x, double* to) {
   if constexpr (kCount >= T::kLanes) return Store(x, to);
@@ -360,48 +401,34 @@ struct LaneTraits<Pack<kLaneCount, Unit>> {
     const std::uint64_t sign = std::uint64_t{1} << (63 - count);
     return ((bits >> count) ^ sign) - sign;
   }
-  template <class Node>
-  static VRX_LANE_INLINE T Gather(const Node* table, Words index, int field) {
-    constexpr int kFields = sizeof(Node) / sizeof(double);
-    const double* base = reinterpret_cast<const double*>(table) + field;
-    const Words at = index * kFields;
-#if defined(__AVX512F__) && (defined(__OPTIMIZE__) || defined(__clang__))  // else a macro of g++ that warns
-    if constexpr (kLaneCount == 8) {
-      const __m512i lanes = reinterpret_cast<__m512i>(at);
-      return T(static_cast<typename T::Vector>(
-          _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xff, lanes, base, 8)));
-    }
+  /// a - b c, rounded once where the processor has the operation.
+  static VRX_LANE_INLINE T MinusProduct(T a, T b, T c) {
+#if defined(__AVX512F__)
+    if constexpr (kLaneCount == 8) return T(static_cast<typename T::Vector>(_mm512_fnmadd_pd(b.v, c.v, a.v)));
 #endif
-#if defined(__AVX2__)
-    if constexpr (kLaneCount == 4) {
-      return T(static_cast<typename T::Vector>(_mm256_i64gather_pd(base, reinterpret_cast<__m256i>(at), 8)));
-    }
+#if defined(__FMA__)
+    if constexpr (kLaneCount == 4) return T(static_cast<typename T::Vector>(_mm256_fnmadd_pd(b.v, c.v, a.v)));
 #endif
-    T x;
-    for (int lane = 0; lane < kLaneCount; ++lane) x.v[lane] = base[at[lane]];
-    return x;
+    return a - b * c;
   }
+#if defined(__FMA__)
+  static constexpr bool kRoundsOnce = kLaneCount >= 4;
+#else
+  static constexpr bool kRoundsOnce = false;
+#endif
 
-  /// The whole entry of every lane: eight of its numbers at a time come as a row and are turned over, which costs less
-  /// than to gather them one by one.
+  /// The table's entry of every lane.
   template <class Node>
   static VRX_LANE_INLINE auto Entry(const Node* table, Words index) {
     constexpr int kFields = sizeof(Node) / sizeof(double);
-    EntryOf<T, kFields> entry;
-    int field = 0;
-    if constexpr (kFields >= kLaneCount) {
-      for (; field + kLaneCount <= kFields; field += kLaneCount) {
-        T rows[static_cast<std::size_t>(kLaneCount)];
+    const double* places[static_cast<std::size_t>(kLaneCount)];
+    const Words bytes = index * sizeof(Node);
 #pragma GCC unroll 8
-        for (int lane = 0; lane < kLaneCount; ++lane) {
-          rows[lane] = Load<T>(reinterpret_cast<const double*>(table + index[lane]) + field);
-        }
-        Transpose(rows);
-#pragma GCC unroll 8
-        for (int k = 0; k < kLaneCount; ++k) entry.fields[field + k] = rows[k];
-      }
+    for (int lane = 0; lane < kLaneCount; ++lane) {
+      places[lane] = reinterpret_cast<const double*>(reinterpret_cast<const char*>(table) + bytes[lane]);
     }
-    for (; field < kFields; ++field) entry.fields[field] = Gather(table, index, field);
+    EntryOf<T, kFields> entry;
+    LoadFields<kFields>(places, entry.fields);
     return entry;
   }
 };
@@ -483,7 +510,8 @@ VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Power(VRX_PACK x, VRX_PACK y) {
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Sin(VRX_PACK x) {
   const auto moderate = (Abs(x) >= 0x1p-26) & (Abs(x) <= 1e5);
   const auto angle = elementary::ReduceModerate(Select(moderate, Abs(x), 1.0));
-  const VRX_PACK r = elementary::SineAtNode(angle.reduced, ToBits(x) & elementary::kSignBit);
+  const VRX_PACK r =
+      elementary::WithSign(elementary::SineAtNode(angle.reduced), ToBits(x) & elementary::kSignBit);
   const unsigned unusual = LaneBits((!moderate) | angle.inexact);
   return unusual == 0 ? r : elementary::LaneByLane(unusual, &Sin, x, r);
 }
@@ -491,7 +519,7 @@ VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Cos(VRX_PACK x) {
   const auto moderate = Abs(x) <= 1e5;
   auto angle = elementary::ReduceModerate(Select(moderate, Abs(x), 1.0));
   angle.reduced.steps += elementary::kQuarterTurn;
-  const VRX_PACK r = elementary::SineAtNode(angle.reduced, ToBits(x) & 0);
+  const VRX_PACK r = elementary::SineAtNode(angle.reduced);
   const unsigned unusual = LaneBits((!moderate) | angle.inexact);
   return unusual == 0 ? r : elementary::LaneByLane(unusual, &Cos, x, r);
 }
