@@ -9,25 +9,8 @@ namespace {
 using Rows = const Column<const double>*;
 using Target = const Column<double>*;
 
-// Writes coordinates, unset where the mask says so.
-template <std::size_t kOut, class MASK>
-VRX_LANE_INLINE void StoreLab(const LabOf<Lanes>& lab, MASK unset, Lanes* y) {
-  const Lanes none = kUnset;
-  y[0] = Select(unset, none, lab.L);
-  y[1] = Select(unset, none, lab.a);
-  y[2] = Select(unset, none, lab.b);
-  if constexpr (kOut == 5) {
-    y[3] = Select(unset, none, lab.C);
-    y[4] = Select(unset, none, lab.h);
-  }
-}
-
-template <class MASK>
-VRX_LANE_INLINE void StoreXyz(const XyzOf<Lanes>& xyz, MASK unset, Lanes* y) {
-  const Lanes none = kUnset;
-  y[0] = Select(unset, none, xyz.X);
-  y[1] = Select(unset, none, xyz.Y);
-  y[2] = Select(unset, none, xyz.Z);
+VRX_LANE_INLINE auto AreUnset(const Lanes* x) {
+  return IsUnset(XyzOf<Lanes>{x[0], x[1], x[2]});
 }
 
 // FORMULA::Of(viewing, three numbers): coordinates of tristimulus values.
@@ -35,7 +18,11 @@ template <class FORMULA, std::size_t kOut>
 void FromXyz(const Viewing& viewing, Rows from, Target to, std::size_t count) {
   OverRows<Widths<3>, Widths<kOut>>(from, to, count, [viewing](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     const XyzOf<Lanes> xyz = {x[0], x[1], x[2]};
-    StoreLab<kOut>(FORMULA::Of(viewing, xyz), IsUnset(xyz), y);
+    const LabOf<Lanes> lab = FORMULA::Of(viewing, xyz);
+    const Lanes numbers[5] = {lab.L, lab.a, lab.b, lab.C, lab.h};
+    for (std::size_t k = 0; k < kOut; ++k) y[k] = numbers[k];
+    MarkUnset<kOut>(
+        IsUnset(xyz.X), [&] { return IsUnset(xyz); }, y);
   });
 }
 
@@ -43,7 +30,10 @@ template <class FORMULA>
 void ToXyz(const Viewing& viewing, Rows from, Target to, std::size_t count) {
   OverRows<Widths<3>, Widths<3>>(from, to, count, [viewing](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     const LabOf<Lanes> lab = {x[0], x[1], x[2], x[0], x[0]};  // chroma and hue are not read
-    StoreXyz(FORMULA::Of(viewing, lab), IsUnset(x[0]) & IsUnset(x[1]) & IsUnset(x[2]), y);
+    const XyzOf<Lanes> xyz = FORMULA::Of(viewing, lab);
+    y[0] = xyz.X, y[1] = xyz.Y, y[2] = xyz.Z;
+    MarkUnset<3>(
+        IsUnset(x[0]), [&] { return AreUnset(x); }, y);
   });
 }
 
@@ -92,7 +82,9 @@ void ChromaHueOfRows(const Viewing&, Rows from, Target to, std::size_t count) {
   OverRows<Widths<3>, Widths<5>>(from, to, count, [](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     LabOf<Lanes> lab = {x[0], x[1], x[2], x[0], x[0]};
     FillChromaHue(lab);
-    StoreLab<5>(lab, IsUnset(x[0]) & IsUnset(x[1]) & IsUnset(x[2]), y);
+    y[0] = lab.L, y[1] = lab.a, y[2] = lab.b, y[3] = lab.C, y[4] = lab.h;
+    MarkUnset<5>(
+        IsUnset(x[0]), [&] { return AreUnset(x); }, y);
   });
 }
 

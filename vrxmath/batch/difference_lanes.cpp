@@ -48,6 +48,10 @@ struct ColorReader {
     return color;
   }
 
+  // Whether a colour may be unset; one coordinate tells of nearly all that they are not.
+  static VRX_LANE_INLINE auto MaybeUnset(const ColorOf<Lanes>& color) {
+    return IsUnset(kReadsXyz ? color.xyz.X : color.lab.L);
+  }
   static VRX_LANE_INLINE auto Unset(const ColorOf<Lanes>& color) {
     if constexpr (kReadsXyz) {
       return IsUnset(color.xyz);
@@ -56,13 +60,6 @@ struct ColorReader {
     }
   }
 };
-
-template <class MASK>
-VRX_LANE_INLINE void StoreDifference(const DifferenceOf<Lanes>& d, MASK unset, Lanes* y) {
-  const Lanes none = kUnset;
-  const Lanes elements[7] = {d.dL, d.da, d.db, d.weightedL, d.dC, d.dH, d.dE};
-  for (int k = 0; k < 7; ++k) y[k] = Select(unset, none, elements[k]);
-}
 
 enum class Fixed { kNone, kStandard, kSample };
 
@@ -87,12 +84,11 @@ void Differences(const DifferenceContext& given, const ColorColumns& standards, 
                                                : kFixed == Fixed::kNone ? x + kColumns
                                                                         : x);
     const DifferenceOf<Lanes> d = FORMULA::Of(context, standard, sample);
-    const auto unset = READER::Unset(standard) | READER::Unset(sample);
-    if constexpr (kOut == 7) {
-      StoreDifference(d, unset, y);
-    } else {
-      y[0] = Select(unset, Lanes(kUnset), d.dE);
-    }
+    const Lanes elements[7] = {d.dL, d.da, d.db, d.weightedL, d.dC, d.dH, d.dE};
+    for (std::size_t k = 0; k < kOut; ++k) y[k] = elements[7 - kOut + k];
+    MarkUnset<kOut>(
+        READER::MaybeUnset(standard) | READER::MaybeUnset(sample),
+        [&] { return READER::Unset(standard) | READER::Unset(sample); }, y);
   });
 }
 

@@ -43,6 +43,14 @@ VRX_LANE_INLINE Lanes CanonicalNaN(Lanes x) {
   return Select(x == x, x, Lanes(kQuietNaN));
 }
 
+// Sets the numbers of unset rows to the unset value. `maybe`: a test that costs less and holds wherever `isUnset()` may.
+template <std::size_t kOut, class MASK, class F>
+VRX_LANE_INLINE void MarkUnset(MASK maybe, const F& isUnset, Lanes* y) {
+  if (!Any(maybe)) return;
+  const MASK unset = isUnset();
+  for (std::size_t k = 0; k < kOut; ++k) y[k] = Select(unset, Lanes(kUnset), y[k]);
+}
+
 // Rows to columns and back, number by number. The columns are kChunkRows apart; up to `padded` they are filled with a
 // harmless number.
 template <std::size_t kWidth>
@@ -160,10 +168,31 @@ struct Widths {
 #endif
 };
 
-// f(in, out) for whole packs of rows; `count` is a multiple of the lanes.
+// The numbers of a kernel as they are stored: a NaN is canonical, whole numbers have none.
+template <class OUT, class NUMBER, class F>
+VRX_LANE_INLINE void Compute(const F& f, const Lanes* x, Lanes* y) {
+  f(x, y);
+  if constexpr (std::is_same_v<NUMBER, double>) {
+    for (std::size_t k = 0; k < OUT::kTotal; ++k) y[k] = CanonicalNaN(y[k]);
+  }
+}
+
+// f(in, out) for whole packs of rows; `count` is a multiple of the lanes. Columns to columns have a loop of their own: it is
+// what the fastest callers use, and without the code for rows in it a quarter faster.
+template <class IN, class OUT, class NUMBER, class F>
+[[gnu::noinline]] void OverColumnPacks(const Column<const double>* in, const Column<NUMBER>* out,
+                                       std::size_t count, const F& f) {
+  for (std::size_t i = 0; i < count; i += kLaneCount) {
+    Lanes x[IN::kTotal], y[OUT::kTotal];
+    for (std::size_t k = 0; k < IN::kTotal; ++k) x[k] = Load<Lanes>(in[k].first + i);
+    Compute<OUT, NUMBER>(f, x, y);
+    for (std::size_t k = 0; k < OUT::kTotal; ++k) Store(y[k], out[k].first + i);
+  }
+}
 template <class IN, class OUT, class NUMBER, class F>
 VRX_LANE_INLINE void OverPacks(const Column<const double>* in, const Column<NUMBER>* out, bool inRows,
                                bool outRows, std::size_t count, const F& f) {
+  if (!inRows && !outRows) return OverColumnPacks<IN, OUT>(in, out, count, f);
   for (std::size_t i = 0; i < count; i += kLaneCount) {
     Lanes x[IN::kTotal], y[OUT::kTotal];
     if (inRows) {
@@ -171,10 +200,7 @@ VRX_LANE_INLINE void OverPacks(const Column<const double>* in, const Column<NUMB
     } else {
       for (std::size_t k = 0; k < IN::kTotal; ++k) x[k] = Load<Lanes>(in[k].first + i);
     }
-    f(x, y);
-    if constexpr (std::is_same_v<NUMBER, double>) {
-      for (std::size_t k = 0; k < OUT::kTotal; ++k) y[k] = CanonicalNaN(y[k]);
-    }
+    Compute<OUT, NUMBER>(f, x, y);
     if (outRows) {
       OUT::StoreRows(y, out, i);
     } else {

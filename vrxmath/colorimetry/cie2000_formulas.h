@@ -50,16 +50,19 @@ VRX_LANE_INLINE LabOf<T> Cie2000WithoutHue(const LabOf<T>& lab, T G) {
   return {lab.L, a, lab.b, Sqrt(a * a + lab.b * lab.b), T(kUnset)};
 }
 
+/// The direction of a point (a', b) that is not the origin, in degrees in [0, 360].
+template <class T>
+VRX_LANE_INLINE T Cie2000Direction(T a, T b) {
+  const T h = Atan2(b, a) * kDegreesPerRadian;
+  return Select(h < 0.0, h + 360.0, h);
+}
+
 /// The hue in degrees of a point (a', b), 0 for a grey.
 template <class T>
 VRX_LANE_INLINE T Cie2000PrimedHue(T a, T b) {
   const auto aIsZero = NearlyEqual(a, T(0.0)), bIsZero = NearlyEqual(b, T(0.0));
   return Branch(
-      aIsZero & bIsZero, [&] { return T(0.0); },
-      [&] {
-        const T h = Atan2(b, a) * kDegreesPerRadian;
-        return Select(h < 0.0, h + 360.0, h);
-      });
+      aIsZero & bIsZero, [&] { return T(0.0); }, [&] { return Cie2000Direction(a, b); });
 }
 
 /// The term T of a mean hue, and the rotation dtheta; all in degrees.
@@ -166,7 +169,7 @@ VRX_LANE_INLINE Cie2000HueParts<T> Cie2000PartsFromPoints(const LabOf<T>& s, con
   const T c4 = c2 * c2 - s2 * s2, s4 = 2.0 * s2 * c2;
   const T hueTerm = 1.0 - 0.17 * (c1 * kCos30 + s1 * kSin30) + 0.24 * c2 + 0.32 * (c3 * kCos6 - s3 * kSin6) -
                     0.2 * (c4 * kCos63 + s4 * kSin63);
-  const T angle = 2.0 * Cie2000Rotation(Cie2000PrimedHue(x, y)) * kRadiansPerDegree;
+  const T angle = 2.0 * Cie2000Rotation(Cie2000Direction(x, y)) * kRadiansPerDegree;
   return {(s.a * t.b - t.a * s.b) / Sqrt(0.5 * (product + dot)), hueTerm, SineOfSmall(angle)};
 }
 

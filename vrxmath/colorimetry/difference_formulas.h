@@ -79,12 +79,13 @@ VRX_LANE_INLINE WeightsOf<T> Cie94Weights(const LabOf<T>& standard) {
   return {T(1.0), 1.0 + 0.045 * standard.C, 1.0 + 0.015 * standard.C};
 }
 
-/// Turns a difference from EabDifference into dL/(kL SL), dC/(kC SC), dH/(kH SH) and dE94.
+/// Turns a difference from EabDifference into dL/(kL SL), dC/(kC SC), dH/(kH SH) and dE94. A quotient by SL = 1 and the usual
+/// kL = 1 is not computed: divisions and roots are all that this formula waits for.
 template <class T>
 VRX_LANE_INLINE void WeightCie94(const LabOf<T>& standard, double kL, double kC, double kH,
                                  DifferenceOf<T>& d) {
   const WeightsOf<T> w = Cie94Weights(standard);
-  StoreWeighted(d.dL / (kL * w.SL), d.dC / (kC * w.SC), d.dH / (kH * w.SH), d);
+  StoreWeighted(kL == 1.0 ? d.dL : d.dL / kL, d.dC / (kC * w.SC), d.dH / (kH * w.SH), d);
 }
 
 /// FMC-2 difference in MacAdam units: dL, drg, dyb; dC; dE; the weighted lightness and the hue difference are unset.

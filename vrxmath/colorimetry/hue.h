@@ -35,7 +35,7 @@ VRX_LANE_INLINE T CosDegrees(T degrees) {
 template <class T>
 VRX_LANE_INLINE T HueRadians(T a, T b) {
   constexpr double kHalfPi = 1.570796326795, kThreeHalvesPi = 4.7123889803850005;
-  const auto aIsZero = NearlyEqual(a, T(0.0)), bIsZero = NearlyEqual(b, T(0.0));
+  const auto aIsZero = Abs(a) < kDoubleEpsilon, bIsZero = Abs(b) < kDoubleEpsilon;
   return Branch(
       aIsZero | bIsZero,
       [&] {

@@ -250,13 +250,13 @@ VRX_LANE_INLINE void StoreFields(const Pack<kLaneCount, Unit>* fields, double* c
   if constexpr (kFields > kFrom + kCount) StoreFields<kFields, kFrom + kCount>(fields, places);
 }
 
-/// Branch of lanes.h; where both sides are taken they are evaluated for all lanes.
+/// Branch of lanes.h, for a mask that is false as a rule; where both sides are taken they are evaluated for all lanes.
 template <int kLaneCount, class Unit, class A, class B>
 VRX_LANE_INLINE Pack<kLaneCount, Unit> Branch(Mask<kLaneCount, Unit> mask, const A& a, const B& b) {
-  Pack<kLaneCount, Unit> x = 0.0, y = 0.0;
-  if (Any(mask)) x = a();
-  if (!All(mask)) y = b();
-  return Select(mask, x, y);
+  Pack<kLaneCount, Unit> x = 0.0;
+  if (!All(mask)) x = b();
+  if (Any(mask)) x = Select(mask, a(), x);
+  return x;
 }
 
 // ----------------------------------------------------------------------------------------------------------
