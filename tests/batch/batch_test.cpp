@@ -434,8 +434,9 @@ TEST(Values, IndicesAreThoseOfTheSingleCalls) {
     functions.push_back(index.direct);
     if (index.recalculated != nullptr) functions.push_back(index.recalculated);
   }
-  for (const auto& [illuminant, observer] :
-       {std::pair(kD65, kObserver10), std::pair(vrxIllumC, kObserver2)}) {
+  for (const auto& pair : {std::pair(kD65, kObserver10), std::pair(vrxIllumC, kObserver2)}) {
+    const vrxIlluminant illuminant = pair.first;
+    const std::int32_t observer = pair.second;
     for (std::size_t f = 0; f < functions.size(); ++f) {
       SCOPED_TRACE(testing::Message() << f << " under " << illuminant);
       for (std::size_t i = 0; i < expected.size(); ++i)

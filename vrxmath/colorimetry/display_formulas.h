@@ -78,7 +78,7 @@ VRX_LANE_INLINE auto DisplayCode(T channel, const DisplayCurve& curve) {
   const T low = Select(channel > kDisplayFirst, channel, T(kDisplayFirst));
   const auto bits = ToBits(Select(low < 1.0, low, T(1.0)));
   const auto segment = (bits >> kDisplayRestBits) - kDisplayFirstSegment;
-  const auto entry = ToBits(elementary::LaneTraits<T>::Gather(curve.entries, segment, 0));
+  const auto entry = ToBits(elementary::LaneTraits<T>::Entry(curve.entries, segment).fields[0]);
   return (entry + (bits & ((std::uint64_t{1} << kDisplayRestBits) - 1))) >> kDisplayRestBits;
 }
 

@@ -2,7 +2,8 @@
 //
 // A pack is one vector of the compiler's own vector extension (g++ and clang++), so the same source becomes SSE2,
 // AVX2, AVX-512 or NEON by the flags it is compiled with. Every lane does what a plain double would do, operation by
-// operation, and has the same bits; nothing mixes lanes, and there is no fused multiply-add.
+// operation, and has the same bits; nothing mixes lanes, and a fused operation is used only where it cannot make a
+// difference (MinusExact in elementary_lanes.h).
 //
 // `Unit` is a type in the unnamed namespace of the source file that uses the packs. It gives everything made from
 // them internal linkage: a function compiled for AVX-512 can never be taken by the linker for its SSE2 twin.
