@@ -7,10 +7,13 @@
 #include <vrxmath/colorant/film.h>
 #include <vrxmath/formula/prediction.h>
 
+#include "tests/matching/made_up_paints.h"
 #include "tests/testing/messages.h"
 
 namespace vrx {
 namespace {
+
+using test::Mixture;
 
 CColorant Colorant(uint32_t id, int32_t kind, std::initializer_list<std::array<double, 3>> levels) {
   CColorant colorant;
@@ -39,17 +42,6 @@ CColorantSystemData MakeSystem(int32_t model = kModelCoatings) {
   return system;
 }
 
-CDbFormula Formula(std::initializer_list<std::pair<int32_t, double>> lines) {
-  CDbFormula formula;
-  for (const auto& [id, amount] : lines) {
-    CDbFormulaElement line;
-    line.componentId = id;
-    line.amount = amount;
-    formula.Add(line);
-  }
-  return formula;
-}
-
 // The textbook's form, which the library's is algebraically equal to.
 double MeasuredPercent(double ks) {
   const double internal = 1.0 + ks - std::sqrt(ks * ks + 2.0 * ks);
@@ -64,21 +56,21 @@ TEST(Prediction, MixesAsKubelkaAndMunk) {
     double ks;
   };
   const Row rows[] = {
-      {"pure white", kModelCoatings, Formula({{1, 7.0}}), 0.01},
-      {"pure colorant at its last level", kModelPlastics, Formula({{3, 1.0}}), 2.0 / 0.4},
-      {"grey", kModelCoatings, Formula({{1, 3.0}, {2, 1.0}}), (0.0075 + 2.25) / (0.75 + 0.125)},
-      {"a clear resin cancels out", kModelTradeSales, Formula({{1, 3.0}, {2, 1.0}, {4, 96.0}}),
+      {"pure white", kModelCoatings, Mixture({{1, 7.0}}), 0.01},
+      {"pure colorant at its last level", kModelPlastics, Mixture({{3, 1.0}}), 2.0 / 0.4},
+      {"grey", kModelCoatings, Mixture({{1, 3.0}, {2, 1.0}}), (0.0075 + 2.25) / (0.75 + 0.125)},
+      {"a clear resin cancels out", kModelTradeSales, Mixture({{1, 3.0}, {2, 1.0}, {4, 96.0}}),
        (0.0075 + 2.25) / (0.75 + 0.125)},
-      {"lines of one component add up", kModelCoatings, Formula({{1, 0.5}, {3, 0.2}, {3, 0.3}}),
+      {"lines of one component add up", kModelCoatings, Mixture({{1, 0.5}, {3, 0.2}, {3, 0.3}}),
        (0.005 + 1.5) / (0.5 + 0.15)},
-      {"between two levels", kModelCoatings, Formula({{1, 0.7}, {3, 0.3}}),
+      {"between two levels", kModelCoatings, Mixture({{1, 0.7}, {3, 0.3}}),
        (0.007 + 0.3 * 3.5) / (0.7 + 0.3 * 0.25)},
-      {"below the first level", kModelCoatings, Formula({{1, 0.96}, {3, 0.04}}),
+      {"below the first level", kModelCoatings, Mixture({{1, 0.96}, {3, 0.04}}),
        (0.0096 + 0.04 * 4.0) / (0.96 + 0.04 * 0.2)},
-      {"one-constant: only the white scatters", kModelTextiles, Formula({{1, 2.0}, {2, 1.0}}),
+      {"one-constant: only the white scatters", kModelTextiles, Mixture({{1, 2.0}, {2, 1.0}}),
        0.01 + 0.5 * 9.0},
-      {"on the calibration white", kModelContinuousDye, Formula({{2, 0.02}}), 0.01 + 0.02 * 9.0},
-      {"a clear resin is no substrate", kModelTransparents, Formula({{2, 0.02}, {4, 5.0}}),
+      {"on the calibration white", kModelContinuousDye, Mixture({{2, 0.02}}), 0.01 + 0.02 * 9.0},
+      {"a clear resin is no substrate", kModelTransparents, Mixture({{2, 0.02}, {4, 5.0}}),
        0.01 + 0.02 * 9.0},
       {"no lines: the calibration white", kModelTextiles, {}, 0.01},
   };
@@ -90,8 +82,8 @@ TEST(Prediction, MixesAsKubelkaAndMunk) {
 
 TEST(Prediction, LineOrderDoesNotTouchTheBits) {
   const CColorantSystemData system = MakeSystem();
-  const CReflData a = PredictReflectance(Formula({{1, 0.31}, {2, 0.17}, {3, 0.52}}), system);
-  const CReflData b = PredictReflectance(Formula({{3, 0.52}, {1, 0.31}, {2, 0.17}}), system);
+  const CReflData a = PredictReflectance(Mixture({{1, 0.31}, {2, 0.17}, {3, 0.52}}), system);
+  const CReflData b = PredictReflectance(Mixture({{3, 0.52}, {1, 0.31}, {2, 0.17}}), system);
   for (int32_t i = 0; i < kWavelengths; ++i) EXPECT_EQ(a[i], b[i]);
 }
 
@@ -103,16 +95,16 @@ TEST(Prediction, WhatCannotBePredictedIsUnset) {
     CDbFormula formula;
   };
   const Row rows[] = {
-      {"unknown component", kModelCoatings, Formula({{1, 1.0}, {77, 0.1}})},
-      {"negative amount", kModelCoatings, Formula({{1, 1.0}, {2, -0.1}})},
-      {"NaN", kModelCoatings, Formula({{1, std::nan("")}})},
-      {"infinity", kModelCoatings, Formula({{1, kInfinity}})},
+      {"unknown component", kModelCoatings, Mixture({{1, 1.0}, {77, 0.1}})},
+      {"negative amount", kModelCoatings, Mixture({{1, 1.0}, {2, -0.1}})},
+      {"NaN", kModelCoatings, Mixture({{1, std::nan("")}})},
+      {"infinity", kModelCoatings, Mixture({{1, kInfinity}})},
       {"no lines", kModelCoatings, {}},
-      {"nothing in it", kModelCoatings, Formula({{1, 0.0}})},
-      {"clear resin alone", kModelCoatings, Formula({{4, 1.0}})},
-      {"filters", kModelFilter, Formula({{1, 1.0}})},
-      {"radiative transfer", kModelMetallics, Formula({{1, 1.0}})},
-      {"no such model", 99, Formula({{1, 1.0}})},
+      {"nothing in it", kModelCoatings, Mixture({{1, 0.0}})},
+      {"clear resin alone", kModelCoatings, Mixture({{4, 1.0}})},
+      {"filters", kModelFilter, Mixture({{1, 1.0}})},
+      {"radiative transfer", kModelMetallics, Mixture({{1, 1.0}})},
+      {"no such model", 99, Mixture({{1, 1.0}})},
   };
   test::MessageRecorder messages;
   for (const Row& row : rows) {
@@ -120,13 +112,13 @@ TEST(Prediction, WhatCannotBePredictedIsUnset) {
   }
   CColorantSystemData noWhite = MakeSystem(kModelTextiles);
   noWhite.colorants[0].SetKind(kKindColorant);
-  EXPECT_TRUE(IsUnset(PredictReflectance(Formula({{2, 0.02}}), noWhite)));
+  EXPECT_TRUE(IsUnset(PredictReflectance(Mixture({{2, 0.02}}), noWhite)));
   EXPECT_TRUE(messages.Take().empty());
 }
 
 TEST(Prediction, FilmsReachFromTheBackingToTheOpaqueCurve) {
   const CColorantSystemData system = MakeSystem();
-  const CDbFormula grey = Formula({{1, 3.0}, {2, 1.0}});
+  const CDbFormula grey = Mixture({{1, 3.0}, {2, 1.0}});
   CReflData backing;
   backing.Fill(60.0);
   for (const auto mode : {SaundersonMode::kIncluded, SaundersonMode::kExcluded}) {
@@ -141,7 +133,7 @@ TEST(Prediction, FilmsReachFromTheBackingToTheOpaqueCurve) {
   for (const double thickness : {-1.0, HUGE_VAL, std::nan("")}) {
     EXPECT_TRUE(IsUnset(PredictFilm(grey, system, backing, thickness)));
   }
-  EXPECT_TRUE(IsUnset(PredictFilm(Formula({{77, 1.0}}), system, backing, 1.0)));
+  EXPECT_TRUE(IsUnset(PredictFilm(Mixture({{77, 1.0}}), system, backing, 1.0)));
 }
 
 }  // namespace

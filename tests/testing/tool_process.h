@@ -5,9 +5,11 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <sys/wait.h>
+#include <utility>
 
 #include "tests/testing/temporary_folder.h"
 
@@ -29,11 +31,33 @@ class ToolProcess : public testing::Test {
     return {WIFEXITED(ended) ? WEXITSTATUS(ended) : -1, folder_.Read("out"), folder_.Read("err")};
   }
 
+  /// Runs that are refused (arguments, what the message has in it): status 2, and nothing on standard output.
+  void ExpectRefused(std::initializer_list<std::pair<std::string, std::string>> rows) {
+    for (const auto& [arguments, reason] : rows) {
+      const Result result = Run(arguments);
+      EXPECT_EQ(result.status, 2) << arguments;
+      EXPECT_NE(result.err.find(reason), std::string::npos) << arguments << "\n" << result.err;
+      EXPECT_EQ(result.out, "") << arguments;
+    }
+  }
+
   /// Runs `vrx ARGUMENTS --format json`, which must end well, and gives what it printed.
   nlohmann::json RunJson(const std::string& arguments) {
     const Result result = Run(arguments + " --format json");
     EXPECT_EQ(result.status, 0) << arguments << "\n" << result.err;
     return nlohmann::json::parse(result.out, nullptr, false);
+  }
+
+  /// The first line of a table of curves, measured every 10 nm, and a curve of so many percent from 400 to 700 nm.
+  static std::string Header(const std::string& columns = "id", int first = 400, int last = 700) {
+    std::string row = columns;
+    for (int nm = first; nm <= last; nm += 10) row += "," + std::to_string(nm);
+    return row + "\n";
+  }
+  static std::string Flat(const std::string& label, const std::string& percent) {
+    std::string row = label;
+    for (int i = 0; i < 31; ++i) row += "," + percent;
+    return row + "\n";
   }
 
   TemporaryFolder folder_;

@@ -16,12 +16,6 @@ using nlohmann::json;
 
 class ColorantCommands : public test::ToolProcess {};
 
-std::string Header() {
-  std::string row = "id";
-  for (int nm = 360; nm <= 750; nm += 10) row.append(1, ',').append(std::to_string(nm));
-  return row + "\n";
-}
-
 // The measured curve of an opaque film whose K/S is `amount` times a band of absorption about 500 nm.
 std::string Dyed(const std::string& id, double amount) {
   std::string row = id;
@@ -36,8 +30,8 @@ std::string Dyed(const std::string& id, double amount) {
 }
 
 TEST_F(ColorantCommands, StrengthOfADilutionSeries) {
-  folder_.Write("std.csv", Header() + Dyed("S", 1.0) + Dyed("half", 0.5));
-  folder_.Write("lots.csv", Header() + Dyed("S", 1.0) + Dyed("half", 0.5) + Dyed("more", 1.2));
+  folder_.Write("std.csv", Header("id", 360, 750) + Dyed("S", 1.0) + Dyed("half", 0.5));
+  folder_.Write("lots.csv", Header("id", 360, 750) + Dyed("S", 1.0) + Dyed("half", 0.5) + Dyed("more", 1.2));
   const json rows = RunJson("strength std.csv lots.csv --wavelength 620 --illuminants D65,A");
   const double expected[] = {100.0, 50.0, 120.0};
   ASSERT_EQ(rows.size(), 3u);
@@ -64,8 +58,8 @@ TEST_F(ColorantCommands, StrengthLeavesOutWhatLiesBelowTheSurface) {
     rows[0].append(nm == 650 ? ",30" : ",0.9");
     rows[1].append(nm == 650 ? ",30" : ",0.8");
   }
-  folder_.Write("std.csv", Header() + rows[0] + "\n");
-  folder_.Write("lot.csv", Header() + rows[1] + "\n");
+  folder_.Write("std.csv", Header("id", 360, 750) + rows[0] + "\n");
+  folder_.Write("lot.csv", Header("id", 360, 750) + rows[1] + "\n");
   const json dark = RunJson("strength std.csv lot.csv --wavelength 650")[0];
   for (const char* form : {"ks", "absorbance", "chromatic", "luminous", "tristimulus"}) {
     EXPECT_TRUE(dark[form].is_null()) << form;
@@ -84,7 +78,7 @@ TEST_F(ColorantCommands, StrengthLeavesOutWhatLiesBelowTheSurface) {
 }
 
 TEST_F(ColorantCommands, StrengthRefusesBadOptions) {
-  folder_.Write("s.csv", Header() + Dyed("S", 1.0));
+  folder_.Write("s.csv", Header("id", 360, 750) + Dyed("S", 1.0));
   const char* const bad[] = {
       "--band 700-400",           "--band 400",   "--band 405-700",
       "--band 350-700",           "--k1 1.5",     "--wavelength x",

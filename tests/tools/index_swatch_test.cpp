@@ -17,15 +17,6 @@ namespace {
 class IndexAndSwatch : public test::ToolProcess {
  protected:
   // A flat curve of so many percent from 400 to 700 nm.
-  static std::string Flat(const std::string& label, const std::string& percent) {
-    std::string row = label;
-    for (int i = 0; i < 31; ++i) row += "," + percent;
-    return row + "\n";
-  }
-  static std::string Header(std::string row = "id") {
-    for (int nm = 400; nm <= 700; nm += 10) (row += ',') += std::to_string(nm);
-    return row + "\n";
-  }
   // Equal power from 380 to 780 nm.
   static std::string EqualEnergy(const std::string& heading, int step = 5) {
     std::string file = "nm," + heading + "\n";
@@ -96,10 +87,7 @@ TEST_F(IndexAndSwatch, BadRequestsAreRefused) {
   folder_.Write("same.csv", EqualEnergy("1000:F"));
   folder_.Write("e.csv", EqualEnergy("E"));
   folder_.Write("xyz.csv", "X,Y\n1,2\n");
-  const struct {
-    const char* arguments;
-    const char* reason;
-  } rows[] = {
+  ExpectRefused({
       {"tables --illuminant-file negative.csv",
        "negative.csv: illuminant \"E\": The spectral power must not be"},
       {"tables --illuminant-file hole.csv", "hole.csv, line 83: the wavelengths are not evenly spaced"},
@@ -118,12 +106,7 @@ TEST_F(IndexAndSwatch, BadRequestsAreRefused) {
       {"swatch one.csv --pairs --output a.png", "--pairs needs a second file"},
       {"swatch - --output a.png < good.csv", "name a file"},
       {"swatch good.csv --standard-id C --output a.png", "no standard \"C\""},
-  };
-  for (const auto& row : rows) {
-    const Result result = Run(row.arguments);
-    EXPECT_EQ(result.status, 2) << row.arguments;
-    EXPECT_NE(result.err.find(row.reason), std::string::npos) << row.arguments << "\n" << result.err;
-  }
+  });
 }
 
 struct Image {
@@ -239,10 +222,7 @@ TEST_F(IndexAndSwatch, PlotsAreDrawnToScale) {
   const auto x = static_cast<png_uint_32>(3 * left);
   EXPECT_EQ(image.At(x + 5, y), (std::array{251, 239, 208}));
   EXPECT_EQ(image.At(x - 7, y), (std::array{255, 255, 255}));
-  const struct {
-    const char* arguments;
-    const char* reason;
-  } rows[] = {
+  ExpectRefused({
       {"plot plane greys.csv greys.csv --pairs --output a.svg", "several standards"},
       {"plot angles greys.csv greys.csv --output a.svg", "no two aspecular angles"},
       {"plot trend greys.csv greys.csv --trial-id C --output a.svg", "no such trial"},
@@ -253,12 +233,7 @@ TEST_F(IndexAndSwatch, PlotsAreDrawnToScale) {
       {"judge greys.csv greys.csv --report a.html --report-logo none.png", "none.png: No such file"},
       {"judge greys.csv greys.csv --report a.html --report-logo /proc/self/mem",
        "/proc/self/mem: cannot be read: Input/output error"},
-  };
-  for (const auto& row : rows) {
-    const Result result = Run(row.arguments);
-    EXPECT_EQ(result.status, 2) << row.arguments;
-    EXPECT_NE(result.err.find(row.reason), std::string::npos) << row.arguments << "\n" << result.err;
-  }
+  });
 }
 
 }  // namespace

@@ -23,12 +23,6 @@ using nlohmann::json;
 const std::string kPaints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
 const std::string kFormulas = VRX_SOURCE_DIR "/examples/acrylic_formulas.json";
 
-std::string Header() {
-  std::string row = "id";
-  for (int nm = 360; nm <= 750; nm += 10) row.append(1, ',').append(std::to_string(nm));
-  return row + "\n";
-}
-
 // A row of a curve that is the same at every wavelength, but for a hole at 500 nm if one is asked for.
 std::string FlatRow(std::string row, const char* percent, bool hasHole = false) {
   for (int nm = 360; nm <= 750; nm += 10) row += nm == 500 && hasHole ? "," : std::string(",") + percent;
@@ -37,28 +31,19 @@ std::string FlatRow(std::string row, const char* percent, bool hasHole = false) 
 
 class MatchingCommands : public test::ToolProcess {
  protected:
+  static std::string Wide() { return Header("id", 360, 750); }
   // The exit status of `vrx ARGUMENTS`.
   int Run(const std::string& arguments) { return ToolProcess::Run(arguments + " </dev/null").status; }
-  // Each of `rows` (arguments, what the message has in it) is refused with status 2 and without results; nothing that
-  // begins with "new" was written.
-  struct Refusal {
-    std::string arguments;
-    const char* message;
-  };
-  void ExpectRefusals(const std::vector<Refusal>& rows) {
-    for (const Refusal& row : rows) {
-      EXPECT_EQ(Run(row.arguments), 2) << row.arguments;
-      EXPECT_NE(folder_.Read("err").find(row.message), std::string::npos)
-          << row.arguments << folder_.Read("err");
-      EXPECT_EQ(folder_.Read("out"), "") << row.arguments;
-    }
+  // Refuses `rows`, and nothing that begins with "new" was written.
+  void ExpectRefusals(std::initializer_list<std::pair<std::string, std::string>> rows) {
+    ExpectRefused(rows);
     for (const auto& entry : std::filesystem::directory_iterator(folder_ / "")) {
       EXPECT_FALSE(entry.path().filename().string().starts_with("new")) << entry.path();
     }
   }
   // Curves of formulas, as a file of the folder.
   void WriteCurves(const std::string& system, const std::string& formulas, const char* name) {
-    std::string rows = Header();
+    std::string rows = Wide();
     for (const json& row : RunJson("predict " + system + " " + formulas)) {
       rows += row["id"];
       for (int nm = 360; nm <= 750; nm += 10) rows += "," + row[std::to_string(nm)].dump();
@@ -175,7 +160,7 @@ TEST_F(MatchingCommands, MatchAnswersWhateverIsAsked) {
   system["rules"] = {{1, 7}};
   folder_.Write("rules.json", system.dump());
   WriteCurves(kPaints, kFormulas, "curves.csv");
-  folder_.Write("backings.csv", Header() + FlatRow("black", "5") + FlatRow("white", "88"));
+  folder_.Write("backings.csv", Wide() + FlatRow("black", "5") + FlatRow("white", "88"));
   folder_.Write("far.csv", "id,L,a,b\nfar,50,120,-10\n");
   for (const json& row : RunJson("match rules.json curves.csv --max-colorants 3 --top 20")) {
     const std::string formula = ";" + row["formula"].get<std::string>();
@@ -226,7 +211,7 @@ std::string OnPlainTerminal(const std::string& written) {
 
 // Ctrl-C on a terminal, once the progress bar says that the search is under way.
 TEST_F(MatchingCommands, CtrlCLeavesNothingHalfDone) {
-  std::string targets = Header();
+  std::string targets = Wide();
   for (int i = 0; i < 1000; ++i) targets += FlatRow("t" + std::to_string(i), "40");
   folder_.Write("many.csv", targets);
   const std::string command = "cd " + (folder_ / "") + " && exec " VRX_TOOL " match " + kPaints +
@@ -274,8 +259,8 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
       whiter += "," + std::to_string(percent + 3.0);
     }
     const std::string name = row["id"];
-    folder_.Write(name + ".csv", Header() + cells + "\n");
-    folder_.Write(name + "_lighter.csv", Header() + whiter + "\n");
+    folder_.Write(name + ".csv", Wide() + cells + "\n");
+    folder_.Write(name + "_lighter.csv", Wide() + whiter + "\n");
   }
   const std::string correct = "correct " + kPaints + " --formula all.json --name batch --max-colorants 1 ";
   const json nearest =
@@ -317,7 +302,7 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
   EXPECT_EQ(RunJson(priced + "--exclude 7 --aim nearest --tolerance 0.1")[0]["status"], "out of tolerance");
 
   // The same from leftovers: of two, the one that needs less for its size, whatever its size.
-  std::string stock = Header();
+  std::string stock = Wide();
   stock.insert(2, ",formula,amount");
   const auto cells = [&](const char* name) {
     const std::string file = folder_.Read(name);
@@ -344,11 +329,11 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
 
 // Whatever is wrong is told with file and field, and nothing is written.
 TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
-  const std::string good = FlatRow("t", "40"), t = Header() + good;
+  const std::string good = FlatRow("t", "40"), t = Wide() + good;
   folder_.Write("t.csv", t);
   folder_.Write("dark.csv", t + FlatRow("d", "3"));
-  folder_.Write("d.csv", Header() + FlatRow("d", "3"));
-  folder_.Write("hole.csv", Header() + FlatRow("t", "40", true));
+  folder_.Write("d.csv", Wide() + FlatRow("d", "3"));
+  folder_.Write("hole.csv", Wide() + FlatRow("t", "40", true));
   folder_.Write("lab.csv", "id,L,a,b\nt,50,10,10\n");
   folder_.Write("xyz.csv", "id,X,Y,Z\nt,50,10,10\n");
   folder_.Write("min.csv", "component,min,max\n3,60,50\n");
@@ -377,7 +362,7 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
                                               {"name":"y","lines":[{"component":1,"amount":3}]}]})");
   folder_.Write("empty.json", R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":0}]}]})");
   folder_.Write("unknown.json", R"({"formulas":[{"name":"x","lines":[{"component":99,"amount":1}]}]})");
-  std::string header = Header();
+  std::string header = Wide();
   header.insert(2, ",formula,amount");
   const auto stock = [&](const char* name, const std::string& start, const char* percent) {
     folder_.Write(name, header + FlatRow(start, percent));

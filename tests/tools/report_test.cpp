@@ -174,10 +174,10 @@ class Report : public vrx::test::ToolProcess {
  protected:
   void SetUp() override {
     // Straight curves: percent at 400 nm, and what every 10 nm add.
-    folder_.Write("s.csv", "id,name" + Wavelengths() + Curve("S", "the standard", 40, 0));
-    folder_.Write("t.csv", "id,name" + Wavelengths() + Curve("A", "one", 40, 0.02) +
-                               Curve("B", "two", 44, -0.1) + Curve("C", "three", 41, 0) +
-                               Curve("D", "four", 38, 0.1) + Curve("E", "five", 40.5, 0.05));
+    folder_.Write("s.csv", Header("id,name") + Curve("S", "the standard", 40, 0));
+    folder_.Write("t.csv", Header("id,name") + Curve("A", "one", 40, 0.02) + Curve("B", "two", 44, -0.1) +
+                               Curve("C", "three", 41, 0) + Curve("D", "four", 38, 0.1) +
+                               Curve("E", "five", 40.5, 0.05));
     // From s in L*a*b*: 0.5, 1.3 (a warning beyond 0.75 of 1.5), 2, 5, and four of 0.6.
     folder_.Write("ls.csv", "id,L,a,b\ns,50,0,0\n");
     folder_.Write(
@@ -186,11 +186,6 @@ class Report : public vrx::test::ToolProcess {
         "t8,50,-0.6,0\n");
   }
 
-  static std::string Wavelengths() {
-    std::string header;
-    for (int nm = 400; nm <= 700; nm += 10) header += "," + std::to_string(nm);
-    return header + "\n";
-  }
   static std::string Curve(const std::string& id, const std::string& name, double level, double step) {
     std::string row = id + "," + name;
     for (int i = 0; i < 31; ++i) row += "," + std::to_string(level + step * i);
@@ -303,7 +298,7 @@ TEST_F(Report, AJudgementHasItsDifferencesUnderTheirHeadings) {
     last = worst;
   }
   // Of a single trial they stand below each other, without an index under the reference itself.
-  folder_.Write("b.csv", "id,name" + Wavelengths() + Curve("B", "two", 44, -0.1));
+  folder_.Write("b.csv", Header("id,name") + Curve("B", "two", 44, -0.1));
   const std::vector<Cells> one =
       TableOf(RunReport("judge s.csv b.csv --illuminants D65,A").first, "class=\"metamerism\"");
   ASSERT_EQ(one.size(), 2u);
@@ -381,12 +376,11 @@ TEST_F(Report, FactsSayHowWasJudged) {
 // Ids, names, standards, titles and files with characters of HTML: as text wherever they stand, in every kind of report.
 TEST_F(Report, NamesAreText) {
   const std::string hostile = "<i>\"x\"&'</i></script>";
-  folder_.Write("<i>.csv", "id,standard,name" + Wavelengths() +
+  folder_.Write("<i>.csv", Header("id,standard,name") +
                                Curve("\"" + hostile.substr(0, 3) + "1\",<i>s", "<i>n", 40, 0.1) +
                                Curve("<i>2,<i>s", "<i>n", 41, 0.2) + Curve("<i>3,<i>s", "<i>n", 42, 0) +
                                Curve("<i>4,<i>s", "<i>n", 39, 0) + Curve("<i>5,<i>s", "<i>n", 40, -0.1));
-  folder_.Write("<i>s.csv",
-                "id,name" + Wavelengths() + Curve("<i>s", "<i>n", 40, 0) + Curve("other", "", 50, 0));
+  folder_.Write("<i>s.csv", Header("id,name") + Curve("<i>s", "<i>n", 40, 0) + Curve("other", "", 50, 0));
   const std::string kPaints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
   for (const std::string& command :
        {std::string("judge '<i>s.csv' '<i>.csv'"), std::string("color '<i>.csv'"),
