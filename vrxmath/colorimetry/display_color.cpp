@@ -102,7 +102,7 @@ std::uint64_t FirstBitsOf(std::uint64_t code) {
 DisplayCurve MakeDisplayCurve() {
   DisplayCurve curve;
   std::uint64_t code = 0, step = FirstBitsOf(1), segment = kDisplayFirstSegment;
-  for (double& entry : curve.entries) {
+  for (auto& [entry] : curve.segments) {
     const std::uint64_t end = ++segment << kDisplayRestBits;
     std::uint64_t bits = code << kDisplayRestBits;
     if (code < 255 && step < end) {

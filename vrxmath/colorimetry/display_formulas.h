@@ -68,8 +68,11 @@ inline constexpr int kDisplayRestBits = 45;
 inline constexpr double kDisplayFirst = 0x1p-12;  // below it all channels are 0
 inline constexpr std::uint64_t kDisplayFirstSegment = std::uint64_t{1023 - 12} << 7;
 inline constexpr std::size_t kDisplaySegments = (std::size_t{12} << 7) + 1;  // the last one is for 1 alone
+struct DisplaySegment {
+  double entry;
+};
 struct DisplayCurve {
-  double entries[kDisplaySegments];
+  DisplaySegment segments[kDisplaySegments];
 };
 
 /// DisplayLevel rounded down, without a power; as a whole number, or one in each lane.
@@ -78,7 +81,7 @@ VRX_LANE_INLINE auto DisplayCode(T channel, const DisplayCurve& curve) {
   const T low = Select(channel > kDisplayFirst, channel, T(kDisplayFirst));
   const auto bits = ToBits(Select(low < 1.0, low, T(1.0)));
   const auto segment = (bits >> kDisplayRestBits) - kDisplayFirstSegment;
-  const auto entry = ToBits(elementary::LaneTraits<T>::Entry(curve.entries, segment).fields[0]);
+  const auto entry = ToBits(elementary::LaneTraits<T>::Entry(curve.segments, segment).fields[0]);
   return (entry + (bits & ((std::uint64_t{1} << kDisplayRestBits) - 1))) >> kDisplayRestBits;
 }
 
