@@ -1,12 +1,12 @@
-# Fails when an object in the list OBJECTS defines a weak function, or holds a product and a sum that round once. Two such are meant:
-# a - b c where the product is exact (MinusExact and MinusNear of elementary_lanes.h), and whatever elimination (matrix_lanes) finds
-# its quotients by, which are the correctly rounded ones by any way.
+# Fails when an object in the list OBJECTS defines a weak function, or holds a product and a sum that round once. They are meant where
+# the product is exact or its difference has one value (MinusExact, MinusNear in elementary_lanes.h, quotients of the elimination):
+# in sources with arc tangents and in elimination, whose bits the tests hold to those of plain numbers.
 foreach(object IN LISTS OBJECTS)
   execute_process(COMMAND ${NM} --defined-only ${object} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
   string(REGEX MATCHALL "[0-9a-f]+ [Ww] [^\n]+" weak "${symbols}")
   execute_process(COMMAND ${OBJDUMP} -d --no-show-raw-insn ${object} OUTPUT_VARIABLE code COMMAND_ERROR_IS_FATAL ANY)
-  string(REGEX MATCHALL "(vfmadd[a-z0-9]*|vfn?msub[a-z0-9]*|fn?m(ls|la|add|sub)) [^\n]+" fused "${code}")
-  if(object MATCHES "/matrix_lanes\\.")
+  string(REGEX MATCHALL "(vfn?m(add|sub)[a-z0-9]*|fn?m(ls|la|add|sub)) [^\n]+" fused "${code}")
+  if(object MATCHES "/(color_space|difference|matrix)_lanes\\.")
     set(fused "")
   endif()
   if(NOT symbols MATCHES " T ")

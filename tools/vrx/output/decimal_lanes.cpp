@@ -43,7 +43,7 @@ constexpr std::array<Power, kMostDecimals + 1> kPowersOfFive = [] {
 }();
 
 VRX_LANE_INLINE Words PowerOfFive(Words exponent) {
-  return ToBits(elementary::LaneTraits<Lanes>::Gather(kPowersOfFive.data(), exponent, 0));
+  return ToBits(elementary::LaneTraits<Lanes>::Entry(kPowersOfFive.data(), exponent).fields[0]);
 }
 
 // The product of the lower halves.
