@@ -1,4 +1,5 @@
-# Fails when an object in the list OBJECTS defines a weak function, or holds a product and a sum that round once. They are meant where
+# Fails when an object in the list OBJECTS defines a weak function, which the linker may share with processors that lack its
+# instructions (those that are compiled for every processor may), or holds a product and a sum that round once. They are meant where
 # the product is exact or its difference has one value (MinusExact, MinusNear in elementary_lanes.h, quotients of the elimination):
 # in sources with arc tangents and in elimination, whose bits the tests hold to those of plain numbers.
 foreach(object IN LISTS OBJECTS)
@@ -8,6 +9,9 @@ foreach(object IN LISTS OBJECTS)
   string(REGEX MATCHALL "(vfn?m(add|sub)[a-z0-9]*|fn?m(ls|la|add|sub)) [^\n]+" fused "${code}")
   if(object MATCHES "/(color_space|difference|matrix)_lanes\\.")
     set(fused "")
+  endif()
+  if(object MATCHES "_lanes_base\\.dir/")
+    set(weak "")
   endif()
   if(NOT symbols MATCHES " T ")
     message(FATAL_ERROR "${object}: defines nothing")

@@ -12,7 +12,6 @@
 #ifndef VRXMATH_NUMERIC_ELEMENTARY_LANES_H_
 #define VRXMATH_NUMERIC_ELEMENTARY_LANES_H_
 
-#include <array>
 #include <cstdint>
 #include <limits>
 
@@ -288,13 +287,17 @@ struct alignas(32) TurnNode {
   double one_minus_cos;  ///< of the angle to the horizontal axis, whose cosine is not negative
   double slope;          ///< 1, or -1 where the sine falls
 };
-constexpr std::array<TurnNode, 256> kSineTurn = [] {
-  std::array<TurnNode, 256> turn{};
-  for (std::uint32_t steps = 0; steps < turn.size(); ++steps) {
+constexpr std::uint32_t kWholeTurn = 4 * kQuarterTurn;
+struct TurnTable {
+  TurnNode nodes[kWholeTurn];
+};
+constexpr TurnTable kSineTurn = [] {
+  TurnTable turn{};
+  for (std::uint32_t steps = 0; steps < kWholeTurn; ++steps) {
     const std::uint32_t quarter = steps / kQuarterTurn, rest = steps % kQuarterTurn;
     const SineNode& node = kSineNode[quarter % 2 == 0 ? rest : kQuarterTurn - rest];
     const double sign = quarter < 2 ? 1.0 : -1.0;
-    turn[steps] = {sign * node.hi, sign * node.lo, node.one_minus_cos, quarter % 2 == 0 ? sign : -sign};
+    turn.nodes[steps] = {sign * node.hi, sign * node.lo, node.one_minus_cos, quarter % 2 == 0 ? sign : -sign};
   }
   return turn;
 }();
@@ -310,7 +313,7 @@ struct ReducedAngle {
 /// S + r + (S (cos r - 1) + C (sin r - r) - (1 - C) r), |r| <= pi/256, where C >= 0 and r has the sign of the slope.
 template <class T>
 VRX_LANE_INLINE T SineAtNode(const ReducedAngle<T>& angle) {
-  const auto entry = LaneTraits<T>::Entry(kSineTurn.data(), angle.steps & (kSineTurn.size() - 1));
+  const auto entry = LaneTraits<T>::Entry(kSineTurn.nodes, angle.steps & (kWholeTurn - 1));
   const T S = entry.fields[0], S_lo = entry.fields[1], one_minus_cos = entry.fields[2],
           slope = entry.fields[3];
   const T C = 1.0 - one_minus_cos;
