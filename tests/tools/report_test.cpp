@@ -121,10 +121,11 @@ std::vector<std::array<double, 2>> Points(const std::string& path, const std::st
 // A picture, whose points are brought to the values of its axes by the first and the last label of each.
 class Picture {
  public:
-  Picture(const std::string& page, const std::string& caption)
+  // `panel` counts from 0 those that stand below each other.
+  Picture(const std::string& page, const std::string& caption, std::size_t panel = 0)
       : svg_(Between(page.substr(page.find("<figcaption>" + caption)), "<svg", "</svg>")),
-        x_(Axis("middle", "x=\"", 0)),
-        y_(Axis("end", "y=\"", 4)) {}  // labels hang 4 below their line
+        x_(Axis("middle", "x=\"", 0, panel)),
+        y_(Axis("end", "y=\"", 4, panel)) {}  // labels hang 4 below their line
 
   std::array<double, 2> ValueAt(std::array<double, 2> point) const {
     return {x_.ValueAt(point[0]), y_.ValueAt(point[1])};
@@ -138,6 +139,14 @@ class Picture {
     }
     return values;
   }
+  // Where the lines begin whose element has these words in it.
+  std::vector<std::array<double, 2>> Lines(const std::string& words) const {
+    std::vector<std::array<double, 2>> values;
+    for (const std::string& line : Parts(svg_, "<polyline points=\"", "/>")) {
+      if (line.find(words) != std::string::npos) values.push_back(ValueAt(Points(line, "")[0]));
+    }
+    return values;
+  }
   const std::string& Svg() const { return svg_; }
 
  private:
@@ -145,14 +154,17 @@ class Picture {
     double at0, value0, at1, value1;
     double ValueAt(double at) const { return value0 + (at - at0) * (value1 - value0) / (at1 - at0); }
   };
-  Line Axis(const std::string& anchor, const char* attribute, double shift) const {
+  Line Axis(const std::string& anchor, const char* attribute, double shift, std::size_t panel) const {
     std::vector<std::array<double, 2>> ticks;
     for (const std::string& text : Parts(svg_, "<text ", "</text>")) {
       const std::string label = text.substr(text.find('>') + 1);
       char* end = nullptr;
       const double value = std::strtod(label.c_str(), &end);
       if (label.empty() || *end != '\0' || text.find("\"" + anchor + "\"") == std::string::npos) continue;
-      if (!ticks.empty() && value < ticks.back()[1]) break;  // the labels of a second axis
+      if (!ticks.empty() && value < ticks.back()[1]) {  // the labels of the next panel
+        if (panel-- == 0) break;
+        ticks.clear();
+      }
       ticks.push_back({std::strtod(&text[text.find(attribute) + 3], nullptr) - shift, value});
     }
     if (ticks.size() < 2) return {0, 0, 1, NAN};
@@ -280,6 +292,12 @@ TEST_F(Report, AJudgementHasItsDifferencesUnderTheirHeadings) {
   }
   EXPECT_EQ(found, 1u) << "the curve of B";
 
+  // Below them and the line of the key, in the same order, what each has more than the standard.
+  const auto absolute = curves.Lines("s-trial");
+  const auto differences = Picture(page, "Reflectance, and difference", 1).Lines("s-trial");
+  ASSERT_EQ(differences.size(), 11u);
+  for (std::size_t i = 0; i < 5; ++i) EXPECT_NEAR(differences[6 + i][1], absolute[i][1] - 40.0, 0.05) << i;
+
   // Metamerism: totals of the judgement, and the index as another command has it; the worst trial first.
   const std::vector<Cells> metamerism = TableOf(page, "class=\"metamerism\"");
   ASSERT_EQ(metamerism.size(), 5u);
@@ -327,6 +345,8 @@ TEST_F(Report, VerdictsAreCountedMarkedAndDrawn) {
       << Read(pair);
   EXPECT_NE(pair.find("<span class=\"verdict fail\">"), std::string::npos);
 
+  EXPECT_EQ(Read(Between(page, "<p class=\"shown\">", "</p>")), "t4 the worst of 8");
+
   const Picture plane(page, "D65/10");
   ExpectPoints("warning", plane.Marks("f-warning"), {{1.2, 0.5}});
   ExpectPoints("fail", plane.Marks("s-fail"), {{0, -2}, {4, 0}});
@@ -335,8 +355,13 @@ TEST_F(Report, VerdictsAreCountedMarkedAndDrawn) {
   ExpectPoints("warning in order", trend.Marks("f-warning"), {{2, 1.3}});
   ExpectPoints("fail in order", trend.Marks("s-fail"), {{3, 2}, {4, 5}});
   ExpectPoints("pass in order", trend.Marks("s-pass"), {{1, 0.5}, {5, 0.6}, {6, 0.6}, {7, 0.6}, {8, 0.6}});
+  ExpectPoints("limit and warning", trend.Lines("s-text"), {{0.5, 1.5}, {0.5, 1.125}});
   // Five in the first bins of half a unit, one each from 1 to 1.5 and from 2 on; 5 itself belongs to the last.
   const Picture histogram(page, "How often");
+  const auto limits = histogram.Lines("s-text");
+  ASSERT_EQ(limits.size(), 2u);
+  EXPECT_TRUE(
+      vrx::test::RowMatches("limits", std::array{limits[0][0], limits[1][0]}, std::array{1.5, 1.125}, 0.02));
   std::vector<std::array<double, 2>> bars;
   for (const std::string& bar : Parts(histogram.Svg(), "<rect ", "/>")) {
     const auto number = [&](const char* name) {
