@@ -14,6 +14,8 @@ namespace {
 
 using Scale = ReadOptions::Scale;
 
+const Measurement kNothing;  // copied, which costs less than to be made
+
 ValueScale ScaleOf(const ReadOptions& options) {
   const bool isFraction = options.scale == Scale::kFraction;
   return {isFraction ? 1.0 : 100.0, isFraction, options.force};
@@ -65,7 +67,7 @@ class CsvRows final : public CsvMeasurements {
       return false;
     }
     ++rows_;
-    sample = Measurement();
+    sample = kNothing;
     for (const SampleColumns::Run& run : columns_.Runs()) {
       if (run.meaning.role == ColumnRole::kDevice) {
         csv_.Text();

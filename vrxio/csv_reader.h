@@ -20,6 +20,7 @@
 #include <vector>
 
 #include <vrxio/input_stream.h>
+#include <vrxio/number_shape.h>
 
 namespace vrx::io {
 
@@ -97,6 +98,7 @@ class CsvReader {
   const char* FindRecordEnd();
   std::string_view RawField();
   std::string_view Unquoted(char* at);
+  std::size_t ShortNumbers(std::span<double> values);
   double SlowNumber();
   void RequireField();
   [[noreturn]] void FailLong() const;
@@ -106,7 +108,7 @@ class CsvReader {
   std::vector<std::string> header_;
 
   // The buffer holds the file from bufferOffset_ on; begin_ ... used_ is what no record has taken yet. One
-  // byte behind used_ is a line end, so that a scan over a field needs no second limit.
+  // byte behind used_ is a line end, so that a scan over a field needs no second limit, and a few more may be read.
   std::unique_ptr<char[]> buffer_;
   uint64_t bufferOffset_ = 0;
   std::size_t begin_ = 0;
@@ -124,6 +126,7 @@ class CsvReader {
   uint64_t offset_ = 0;
   int64_t line_ = 0;  // from 1; less when it is not known
   int64_t nextLine_ = 1;
+  NumberShape shape_;  // of the number that was read last
 
   // The first record behind the header.
   uint64_t bodyOffset_ = 0;

@@ -175,6 +175,8 @@ void SampleColumns::SortWavelengths() {
   }
   wavelengths_ = std::move(ascending);
   order_ = std::move(places);
+  isAscending_ = true;
+  for (std::size_t i = 0; i < order_.size(); ++i) isAscending_ &= order_[i] == order_.front() + i;
   const WavelengthFault fault = FaultOfWavelengths(wavelengths_);
   if (fault.reason.empty()) return;
   Refuse(fault.index > 0 ? valueColumns_[order_[fault.index]] : kWholeRow, fault.reason);
@@ -251,7 +253,11 @@ void SampleColumns::Finish(int64_t row, Measurement& sample) {
 // Without early ends, so that the compiler can take several values at a time.
 void SampleColumns::FinishCurve(Measurement& sample) {
   const std::size_t count = wavelengths_.size();
-  for (std::size_t i = 0; i < count; ++i) sorted_[i] = values_[order_[i]];
+  if (isAscending_) {
+    std::copy_n(values_.begin() + static_cast<std::ptrdiff_t>(order_.front()), count, sorted_.begin());
+  } else {
+    for (std::size_t i = 0; i < count; ++i) sorted_[i] = values_[order_[i]];
+  }
   if (scale_.norm == 1) {
     for (double& value : sorted_) value *= 100;
   } else if (scale_.norm != 100) {

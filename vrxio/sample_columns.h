@@ -104,6 +104,7 @@ class SampleColumns {
   std::vector<std::size_t> valueColumns_;  // of each value its column
   std::vector<double> wavelengths_;        // in the order of the columns; ascending after SortWavelengths
   std::vector<std::size_t> order_;         // of the values, when the columns do not ascend
+  bool isAscending_ = false;               // the values of all wavelengths lie one after the other
   std::vector<double> values_, sorted_;
   std::array<std::size_t, kColorColumns> colorPlaces_{};
   std::array<bool, kColorColumns> hasColor_{};

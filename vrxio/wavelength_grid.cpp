@@ -83,9 +83,17 @@ SpectralResampler::SpectralResampler(std::span<const double> from, std::span<con
     }
     interpolates_ = interpolates_ || stencils_.back().count > 1;
   }
+  isPart_ = !interpolates_ && !stencils_.empty();
+  for (std::size_t i = 0; i < stencils_.size(); ++i) {
+    isPart_ = isPart_ && stencils_[i].first == stencils_.front().first + static_cast<int32_t>(i);
+  }
 }
 
 void SpectralResampler::Convert(std::span<const double> measured, double* curve) const {
+  if (isPart_) {
+    std::copy_n(measured.data() + stencils_.front().first, stencils_.size(), curve);
+    return;
+  }
   for (const LagrangeStencil& stencil : stencils_) {
     const double* const y = measured.data() + stencil.first;
     double value = y[0];

@@ -33,6 +33,7 @@ class SpectralResampler {
  private:
   std::vector<LagrangeStencil> stencils_;
   bool interpolates_ = false;
+  bool isPart_ = false;  // all wavelengths were measured, one after the other
   bool isEven_ = true;
 };
 

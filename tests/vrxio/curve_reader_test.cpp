@@ -166,6 +166,36 @@ TEST(CurveReader, RefusesWithPlaceAndReason) {
   }
 }
 
+TEST(CsvReaderOfNumbers, RowsOfManyShapes) {
+  constexpr std::size_t kColumns = 150, kRows = 200;
+  const char* const kTexts[] = {
+      "12.34", "56.78", "9.87",  "1",      "-3.5", "100.0",    "0.000001",  ".5",
+      "7.",    " 4.2 ", "\"8\"", "1.5e-3", "+1",   "12345678", "123456789", "0.1234567890123456"};
+  std::string content = "c0";
+  for (std::size_t i = 1; i < kColumns; ++i) content += ",c" + std::to_string(i);
+  std::vector<std::size_t> chosen;
+  std::size_t next = 0;
+  for (std::size_t i = 0; i < kRows * kColumns; ++i) {
+    if (i * i % 7 > 3)
+      next = i * 31 % std::size(kTexts);  // some come twice, and two of one shape after another
+    chosen.push_back(i % kColumns < 2 * i / kColumns ? i % 2 : next);
+    content += (i % kColumns == 0 ? "\r\n" : ",") + std::string(kTexts[chosen.back()]);
+  }
+  std::istringstream stream(content);
+  CsvReader reader(stream, "f");
+  std::vector<double> numbers(kColumns);
+  for (std::size_t row = 0; row < kRows; ++row) {
+    ASSERT_TRUE(reader.Next());
+    reader.Numbers(numbers);
+    reader.EndRecord();
+    for (std::size_t i = 0; i < kColumns; ++i) {
+      const std::string text = kTexts[chosen[row * kColumns + i]];
+      ASSERT_EQ(numbers[i], std::stod(text[0] == '"' ? text.substr(1) : text)) << row << ' ' << i << text;
+    }
+  }
+  EXPECT_FALSE(reader.Next());
+}
+
 TEST(CurveReader, RowsAcrossTheBufferAndJumpsBack) {
   // 2 MB of rows of changing length: many records lie across two fills of the buffer.
   std::string content = "id,400,410,420\n";

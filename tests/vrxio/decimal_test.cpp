@@ -2,18 +2,25 @@
 
 #include <vrxio/decimal.h>
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <string_view>
+
+#include <vrxio/number_shape.h>
 
 namespace {
 
+using vrx::io::NumberShape;
 using vrx::io::ParseDecimal;
 using vrx::io::ParseFractionAsPercent;
 using vrx::io::ParseShortDecimal;
+using vrx::io::ReadShortDecimal;
+using vrx::io::ShortDecimal;
 
 double Oracle(const std::string& text) {
   double value = 0;
@@ -52,6 +59,37 @@ TEST(Decimal, RandomNumbersAreExact) {
     if (text.find_first_of("0123456789") == std::string::npos) text.append(1, '0');
     if (random() % 8 == 0) text.append(1, 'e').append(std::to_string(static_cast<int>(random() % 40) - 20));
     ExpectBothExact(text);
+  }
+}
+
+// The text with a 0 for each digit.
+std::string PatternOf(std::string text) {
+  std::ranges::replace_if(
+      text, [](char c) { return c >= '0' && c <= '9'; }, '0');
+  return text;
+}
+
+TEST(Decimal, NumbersOfAShapeAreExactAndOthersRefused) {
+  constexpr std::string_view kOthers = "0123456789.,;:/-e\n\x80\xff";
+  std::mt19937_64 random(21);
+  const auto digit = [&](char c) { return c == '0' ? static_cast<char>('0' + random() % 10) : c; };
+  for (int i = 0; i < 100'000; ++i) {
+    std::string first(1 + random() % 9, '0');
+    const char separator = i % 2 == 0 ? '.' : ',';
+    if (i % 8 != 0) first[random() % first.size()] = separator;
+    std::string next = first;
+    std::ranges::transform(next, next.begin(), digit);
+    if (i % 16 > 12) next[random() % next.size()] = kOthers[random() % kOthers.size()];
+    ShortDecimal number;
+    const std::string line = first + "\n", text = next + "77777777";
+    if (ReadShortDecimal(line.data(), separator, number) == nullptr) continue;  // a separator alone
+    const NumberShape shape = NumberShape::Of(line.data(), line.data() + first.size(), number);
+    double whole = 0;
+    const bool isOfShape = first.size() <= NumberShape::kBytes && first.back() != separator &&
+                           PatternOf(first) == PatternOf(next);
+    ASSERT_EQ(shape.Read(text.data(), whole), isOfShape) << first << ' ' << next;
+    std::ranges::replace(next, ',', '.');
+    ASSERT_TRUE(!isOfShape || whole / shape.Scale() == Oracle(next)) << next;
   }
 }
 
