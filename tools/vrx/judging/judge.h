@@ -131,31 +131,27 @@ class Judge {
   }
 
  private:
-  // A box and the box of a clear pass, as CBoxTolData has them.
-  struct BoxLimits {
-    std::array<Interval, CBoxTolData::kDimensions> outer, inner;
-    double total = kUnset;
-
-    BoxLimits() = default;
-    BoxLimits(const CBoxTolData& box, double warningFactor);
-    Verdict Grade(const std::array<double, 7>& difference) const;
-  };
   // What is known of many trials, a table for each illuminant: columns of as many rows.
   struct Batch {
     struct Table {
       BatchView<double, 5> lab;
       BatchView<double, 7> differences, labDifferences;
-      BoxLimits box;
+      std::span<Verdict> components, totals;
+      BatchView<std::int32_t, 3> words;
     };
     std::vector<Table> tables;
     std::vector<double> xyz, lab, coordinates, differences, labDifferences;
+    std::vector<Verdict> components, totals;
+    std::vector<std::int32_t> words;
   };
 
   void TakeColors(const Sample& sample, CColorValuesIllDataArray& values) const;
   void TakeSettings(Judgement& judgement) const;
   void FillDifferences(std::size_t i, const BatchView<double, 3>& xyz);
-  IlluminantJudgement JudgementAt(std::size_t i, std::size_t row);
-  Verdict JudgeSector(std::size_t i, const Lab& trial, const std::array<double, 7>& difference);
+  void FillVerdicts(std::size_t i);
+  bool IsJudged(const Batch::Table& table, std::size_t row) const;
+  void TakeRow(std::size_t i, std::size_t row, IlluminantJudgement& judgement);
+  IlluminantJudgement JudgeOne(std::size_t i, std::size_t row);
   void SetBoxes();
   void SetEllipses();
 

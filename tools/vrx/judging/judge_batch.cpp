@@ -6,6 +6,7 @@
 
 #include <vrxmath/batch/color_space_batch.h>
 #include <vrxmath/batch/difference_batch.h>
+#include <vrxmath/batch/judgement_batch.h>
 #include <vrxmath/batch/tristimulus_batch.h>
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
@@ -17,9 +18,9 @@ namespace vrx::tool {
 namespace {
 
 // Table `i` of several of as many rows: kWidth columns, one behind the other.
-template <std::size_t kWidth>
-BatchView<double, kWidth> TableIn(std::vector<double>& numbers, std::size_t i, std::size_t rows) {
-  typename BatchView<double, kWidth>::Columns columns;
+template <std::size_t kWidth, class NUMBER>
+BatchView<NUMBER, kWidth> TableIn(std::vector<NUMBER>& numbers, std::size_t i, std::size_t rows) {
+  typename BatchView<NUMBER, kWidth>::Columns columns;
   for (std::size_t k = 0; k < kWidth; ++k) {
     columns[k] = std::span(numbers).subspan((i * kWidth + k) * rows, rows);
   }
@@ -46,12 +47,8 @@ Difference Named(const std::array<double, 7>& d) {
   return {d[0], d[1], d[2], d[3], d[4], d[5], d[6]};
 }
 
-Lab LabAt(const BatchView<double, 5>& rows, std::size_t row) {
-  return {rows.at(row, 0), rows.at(row, 1), rows.at(row, 2), rows.at(row, 3), rows.at(row, 4)};
-}
-
-bool AreUnset(const std::array<double, 7>& difference) {
-  return std::ranges::all_of(difference, [](double element) { return IsUnset(element); });
+bool AreThreeUnset(const BatchView<double, 7>& rows, std::size_t row) {
+  return IsUnset(rows.at(row, 0)) && IsUnset(rows.at(row, 1)) && IsUnset(rows.at(row, 2));
 }
 
 }  // namespace
@@ -65,25 +62,40 @@ void Judge::EvaluateCurves(std::span<const double> curves) {
   for (std::vector<double>* const differences : {&batch_.differences, &batch_.labDifferences}) {
     differences->resize(7 * rows * tables);
   }
+  for (std::vector<Verdict>* const verdicts : {&batch_.components, &batch_.totals}) {
+    verdicts->resize(rows * tables);
+  }
+  batch_.words.resize(3 * rows * tables);
   std::vector<BatchView<double, 3>> xyz;
   batch_.tables.resize(tables);
   for (std::size_t i = 0; i < tables; ++i) {
     xyz.push_back(TableIn<3>(batch_.xyz, i, rows));
-    batch_.tables[i] = {TableIn<5>(batch_.lab, i, rows), TableIn<7>(batch_.differences, i, rows),
-                        TableIn<7>(batch_.labDifferences, i, rows), BoxLimits(Box(i), calc_.warningFactor)};
+    batch_.tables[i] = {TableIn<5>(batch_.lab, i, rows),
+                        TableIn<7>(batch_.differences, i, rows),
+                        TableIn<7>(batch_.labDifferences, i, rows),
+                        std::span(batch_.components).subspan(i * rows, rows),
+                        std::span(batch_.totals).subspan(i * rows, rows),
+                        TableIn<3>(batch_.words, i, rows)};
   }
   TristimulusBatch(settings_.illuminants, settings_.observer, {curves}, xyz);
-  for (std::size_t i = 0; i < tables; ++i) FillDifferences(i, xyz[i]);
+  for (std::size_t i = 0; i < tables; ++i) {
+    FillDifferences(i, xyz[i]);
+    FillVerdicts(i);
+  }
   calc_.reflectanceA.RemoveAll();
   calc_.valuesA.SetSize(1);
   calc_.valuesA[0].SetSize(static_cast<std::int32_t>(tables));
+  calc_.labDifferences.SetSize(1);
+  calc_.labDifferences[0].SetSize(static_cast<std::int32_t>(tables));
 }
 
 // The differences of all curves under the illuminant at index `i`, in L*a*b* and in the system.
 void Judge::FillDifferences(std::size_t i, const BatchView<double, 3>& xyz) {
   const vrxIlluminant illuminant = settings_.illuminants[i];
   const std::int32_t system = settings_.difference.system;
-  const auto& [lab, differences, labDifferences, box] = batch_.tables[i];
+  const BatchView<double, 5>& lab = batch_.tables[i].lab;
+  const BatchView<double, 7>&differences = batch_.tables[i].differences,
+                          &labDifferences = batch_.tables[i].labDifferences;
   const double angle = std::fabs(calc_.angles.GetCount() > 0 ? calc_.angles.GetAngle(0) : AngleOfCode(0));
   Color standard = StandardColor(i).Values();
   CoordinatesBatch(vrxSystemLab, illuminant, settings_.observer, xyz, lab);
@@ -101,58 +113,62 @@ void Judge::FillDifferences(std::size_t i, const BatchView<double, 3>& xyz) {
   DifferenceBatch(settings_.difference, angle, OneColor(standard).Batch(), {xyz, coordinates}, differences);
 }
 
-Judge::BoxLimits::BoxLimits(const CBoxTolData& box, double warningFactor) : total(box[CBoxTolData::kTotal]) {
-  for (std::size_t k = 0; k < outer.size(); ++k) {
-    outer[k] = box.Limits(static_cast<std::int32_t>(k));
-    inner[k] = ScaledAboutCentre(outer[k], warningFactor);
-  }
-}
-
-// Without early ends: few differences of a lot end at the same limit.
-Verdict Judge::BoxLimits::Grade(const std::array<double, 7>& difference) const {
-  bool inside = true, wellInside = true;
-  for (std::size_t k = 0; k < outer.size(); ++k) {
-    inside &= outer[k].Contains(difference[k]);
-    wellInside &= inner[k].Contains(difference[k]);
-  }
-  return !inside ? kFail : wellInside ? kPass : kWarning;
-}
-
-// What CVarexCalc::JudgeAt gives.
-IlluminantJudgement Judge::JudgementAt(std::size_t i, std::size_t row) {
+// The verdicts and words of all curves under the illuminant at index `i`.
+void Judge::FillVerdicts(std::size_t i) {
   const Batch::Table& table = batch_.tables[i];
-  const std::array<double, 7> labDifference = DifferenceAt(table.labDifferences, row);
-  IlluminantJudgement judgement;
-  judgement.difference = DifferenceAt(table.differences, row);
-  judgement.available = !AreUnset(labDifference) && !AreUnset(judgement.difference);
-  if (!judgement.available) return judgement;
-  const Lab lab = LabAt(table.lab, row);
-  const double warningFactor = calc_.warningFactor, total = judgement.difference.back();
-  judgement.words = DescribeShade(lab, Named(labDifference)).words;
+  const double warningFactor = calc_.warningFactor;
+  const BatchView<const double, 3> differences = table.differences.Numbers<0, 3>();
+  const BatchView<const double, 3> labDifferences = table.labDifferences.Numbers<0, 3>();
+  const std::span<const double> totals(table.differences.first(CDeltaValues::kTotal), differences.size());
   if (calc_.judgeByEllipse) {
-    const CEllipseData& ellipse = Ellipse(i);
-    judgement.components = ellipse.Judge(Named(labDifference), warningFactor);
-    judgement.total = ellipse.JudgeTotal(total, warningFactor);
-    judgement.ellipseValue = ellipse.Value(Named(labDifference));
+    EllipseVerdictBatch(Ellipse(i), warningFactor, labDifferences, table.components);
+    TotalVerdictBatch(Ellipse(i)[CEllipseData::kTotalLimit], warningFactor, totals, table.totals);
   } else {
-    judgement.components = calc_.method == vrxSystemLch ? JudgeSector(i, lab, judgement.difference)
-                                                        : table.box.Grade(judgement.difference);
-    judgement.total = GradeTotal(total, table.box.total, warningFactor);
+    BoxVerdictBatch(Box(i), warningFactor, differences, table.components);
+    TotalVerdictBatch(Box(i)[CBoxTolData::kTotal], warningFactor, totals, table.totals);
   }
-  judgement.overall = std::min(judgement.components, judgement.total);
-  return judgement;
+  ShadeBatch(table.lab.Numbers<0, 3>(), labDifferences, table.words);
 }
 
-// The box of L*C*h is a sector about the hue of the standard, which the evaluation context knows.
-Verdict Judge::JudgeSector(std::size_t i, const Lab& trial, const std::array<double, 7>& difference) {
+// Whether the batch functions judge the row as the evaluation context does, to which only a difference whose seven elements
+// are all unset is unset, and to which the box of L*C*h is a sector about the standard's hue.
+bool Judge::IsJudged(const Batch::Table& table, std::size_t row) const {
+  if (calc_.method == vrxSystemLch && !calc_.judgeByEllipse) return false;
+  return !AreThreeUnset(table.differences, row) && !AreThreeUnset(table.labDifferences, row) &&
+         !IsUnset(table.differences.at(row, CDeltaValues::kTotal));
+}
+
+void Judge::TakeRow(std::size_t i, std::size_t row, IlluminantJudgement& judgement) {
+  const Batch::Table& table = batch_.tables[i];
+  if (IsJudged(table, row)) {
+    judgement.available = true;
+    judgement.difference = DifferenceAt(table.differences, row);
+    for (std::size_t k = 0; k < 3; ++k) judgement.words[k] = static_cast<ShadeWord>(table.words.at(row, k));
+    judgement.components = table.components[row];
+    judgement.total = table.totals[row];
+    judgement.overall = std::min(judgement.components, judgement.total);
+  } else {
+    judgement = JudgeOne(i, row);
+  }
+  judgement.ellipseValue = calc_.judgeByEllipse && judgement.available
+                               ? Ellipse(i).Value(Named(DifferenceAt(table.labDifferences, row)))
+                               : kUnset;
+}
+
+// The same by the evaluation context.
+IlluminantJudgement Judge::JudgeOne(std::size_t i, std::size_t row) {
   const auto at = static_cast<std::int32_t>(i);
-  calc_.valuesA[0][at].lab.SetValues(trial);
-  return calc_.JudgeBox(0, 0, at, CDeltaValues(Named(difference)));
+  const CDeltaValues difference(Named(DifferenceAt(batch_.tables[i].differences, row)));
+  const BatchView<double, 5>& lab = batch_.tables[i].lab;
+  calc_.valuesA[0][at].lab.SetValues(
+      {lab.at(row, 0), lab.at(row, 1), lab.at(row, 2), lab.at(row, 3), lab.at(row, 4)});
+  calc_.labDifferences[0][at].SetValues(Named(DifferenceAt(batch_.tables[i].labDifferences, row)));
+  return JudgementOf(calc_.JudgeAt(0, 0, at, difference), difference, calc_.judgeByEllipse);
 }
 
 void Judge::TakeCurve(std::size_t row, Judgement& judgement) {
   TakeSettings(judgement);
-  for (std::size_t i = 0; i < judgement.under.size(); ++i) judgement.under[i] = JudgementAt(i, row);
+  for (std::size_t i = 0; i < judgement.under.size(); ++i) TakeRow(i, row, judgement.under[i]);
 }
 
 }  // namespace vrx::tool

@@ -103,6 +103,7 @@ void JudgingPipeline::JudgeTrial(Chunk& chunk, std::size_t i, Judge& judge) cons
 
 void JudgingPipeline::JudgeTrials(Chunk& chunk, Judge& judge) const {
   chunk.curvesEnd = 0;
+  if (chunk.texts != nullptr) chunk.texts->Clear();
   std::size_t done = 0;
   try {
     for (; done < chunk.trials; ++done) JudgeTrial(chunk, done, judge);
@@ -111,7 +112,6 @@ void JudgingPipeline::JudgeTrials(Chunk& chunk, Judge& judge) const {
     chunk.trials = done;
   }
   if (chunk.texts == nullptr) return;
-  chunk.texts->Finish();
   for (std::size_t i = 0; i < chunk.trials; ++i) chunk.judged[i].text = chunk.texts->Text(i);
 }
 

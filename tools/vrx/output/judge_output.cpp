@@ -135,34 +135,25 @@ class CsvJudgeRows {
 
 class CsvJudgeTexts final : public JudgeTexts {
  public:
-  CsvJudgeTexts(const JudgeSettings& settings, const OutputStream& output) : rows_(settings) {
-    stream_.WriteLike(output);
+  CsvJudgeTexts(const JudgeSettings& settings, const OutputStream& output)
+      : rows_(settings), stream_(OutputStream::InMemory(output)) {}
+  void Clear() override {
+    stream_.Clear();
+    ends_.clear();
   }
   void Add(const Judgement& judgement) override {
-    if (std::exchange(isFinished_, false)) Clear();
     rows_.Write(judgement, stream_);
-    ends_.push_back(text_.size() + stream_.Held());
-  }
-  void Finish() override {
-    if (std::exchange(isFinished_, true)) Clear();  // a run without trials
-    stream_.Finish();
+    ends_.push_back(stream_.Text().size());
   }
   std::string_view Text(std::size_t trial) const override {
     const std::size_t begin = trial > 0 ? ends_[trial - 1] : 0;
-    return std::string_view(text_).substr(begin, ends_[trial] - begin);
+    return stream_.Text().substr(begin, ends_[trial] - begin);
   }
 
  private:
-  void Clear() {
-    text_.clear();
-    ends_.clear();
-  }
-
   CsvJudgeRows rows_;
-  std::string text_;
-  OutputStream stream_{text_};
-  std::vector<std::size_t> ends_;
-  bool isFinished_ = false;
+  OutputStream stream_;
+  std::vector<std::size_t> ends_;  // of the texts
 };
 
 class CsvJudgeOutput final : public JudgeOutput {

@@ -30,10 +30,11 @@ struct JudgeColumns {
 class JudgeTexts {
  public:
   virtual ~JudgeTexts() = default;
+  /// Begins a run of trials.
+  virtual void Clear() = 0;
   /// Makes the text of the next trial.
   virtual void Add(const Judgement& judgement) = 0;
-  /// Ends a run of trials. Their texts live until the next one is added, the first of a new run.
-  virtual void Finish() = 0;
+  /// The text of a trial of the run, until more are added.
   virtual std::string_view Text(std::size_t trial) const = 0;
 };
 

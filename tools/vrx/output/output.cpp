@@ -96,8 +96,11 @@ OutputStream::OutputStream(std::FILE* file)
       onTerminal_(IsTerminal(file)),
       buffer_(std::make_unique_for_overwrite<char[]>(kBufferBytes)) {}
 
-OutputStream::OutputStream(std::string& text)
-    : text_(&text), buffer_(std::make_unique_for_overwrite<char[]>(kBufferBytes)) {}
+OutputStream::OutputStream(const Format& format, bool onTerminal)
+    : onTerminal_(onTerminal),
+      format_(format),
+      room_(kBufferBytes / 8),
+      buffer_(std::make_unique_for_overwrite<char[]>(room_)) {}
 
 OutputStream::~OutputStream() {
   if (finished_ || !sent_ || file_ == nullptr) return;
@@ -107,12 +110,9 @@ OutputStream::~OutputStream() {
 }
 
 void OutputStream::Send() {
+  if (file_ == nullptr) return Grow();
   sent_ = sent_ || used_ > 0;
   const std::size_t bytes = std::exchange(used_, 0);
-  if (text_ != nullptr) {
-    text_->append(buffer_.get(), bytes);
-    return;
-  }
   if (!WriteAll(file_, {buffer_.get(), bytes}, onTerminal_)) {
     finished_ = true;  // there is nobody left to warn
     if (errno == EPIPE) throw ReaderGone();
@@ -120,16 +120,23 @@ void OutputStream::Send() {
   }
 }
 
+void OutputStream::Grow() {
+  auto larger = std::make_unique_for_overwrite<char[]>(2 * room_);
+  std::memcpy(larger.get(), buffer_.get(), used_);
+  buffer_ = std::move(larger);
+  room_ *= 2;
+}
+
 char* OutputStream::Room(std::size_t bytes) {
-  if (kBufferBytes - used_ < bytes) Send();
+  if (room_ - used_ < bytes) Send();
   return buffer_.get() + used_;
 }
 
 void OutputStream::AppendInParts(std::string_view text) {
-  while (text.size() > kBufferBytes - used_) {
-    const std::size_t part = kBufferBytes - used_;
+  while (text.size() > room_ - used_) {
+    const std::size_t part = room_ - used_;
     std::memcpy(buffer_.get() + used_, text.data(), part);
-    used_ = kBufferBytes;
+    used_ = room_;
     text.remove_prefix(part);
     Send();
   }

@@ -62,20 +62,20 @@ class ReaderGone : public OutputError {
 class OutputStream {
  public:
   explicit OutputStream(std::FILE* file = stdout);
-  /// A stream that ends in memory: `Finish` appends what was written since the last one to `text`.
-  explicit OutputStream(std::string& text);
+  /// A stream that stays in memory, as long as it gets, and writes texts and numbers as `other` does.
+  static OutputStream InMemory(const OutputStream& other) { return {other.format_, other.onTerminal_}; }
   OutputStream(const OutputStream&) = delete;
   OutputStream& operator=(const OutputStream&) = delete;
   ~OutputStream();
 
   /// Appends text. Throws OutputError when the file does not take it.
   void Append(std::string_view text) {
-    if (text.size() > kBufferBytes - used_) return AppendInParts(text);
+    if (text.size() > room_ - used_) return AppendInParts(text);
     std::copy_n(text.data(), text.size(), buffer_.get() + used_);
     used_ += text.size();
   }
   void Append(char c) {
-    if (used_ == kBufferBytes) Send();
+    if (used_ == room_) Send();
     buffer_[used_++] = c;
   }
   void AppendSpaces(std::size_t count);
@@ -120,29 +120,29 @@ class OutputStream {
   void AppendCsvText(std::string_view text);
   /// The same behind a text of the caller's.
   void AddCsvField(std::string_view text, std::string& to) const;
-  /// Bytes that were appended and not yet sent.
-  std::size_t Held() const { return used_; }
-  /// Writes texts and numbers as another stream does.
-  void WriteLike(const OutputStream& other) {
-    onTerminal_ = other.onTerminal_;
-    format_ = other.format_;
-  }
   /// Takes the digits and the safety of csv from a format.
   void SetFormat(const Format& format) { format_ = format; }
 
   /// Sends everything. Throws OutputError when the file does not take it.
   void Finish();
 
+  /// The text of a stream in memory, until more is written to it; and the end of it.
+  std::string_view Text() const { return {buffer_.get(), used_}; }
+  void Clear() { used_ = 0; }
+
  private:
   static constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
 
+  OutputStream(const Format& format, bool onTerminal);  // in memory
+
   void Send();
+  void Grow();
   void AppendInParts(std::string_view text);
 
-  std::FILE* file_ = nullptr;
-  std::string* text_ = nullptr;  // in place of a file
+  std::FILE* file_ = nullptr;  // null for a stream in memory
   bool onTerminal_ = false;
   Format format_;
+  std::size_t room_ = kBufferBytes;
   std::unique_ptr<char[]> buffer_;
   std::size_t used_ = 0;
   std::string field_;  // of csv, on its way
