@@ -13,17 +13,44 @@ VRX_LANE_INLINE auto AreUnset(const Lanes* x) {
   return IsUnset(XyzOf<Lanes>{x[0], x[1], x[2]});
 }
 
+template <std::size_t kOut>
+VRX_LANE_INLINE void StoreLab(const LabOf<Lanes>& lab, Lanes* y) {
+  const Lanes numbers[5] = {lab.L, lab.a, lab.b, lab.C, lab.h};
+  for (std::size_t k = 0; k < kOut; ++k) y[k] = numbers[k];
+}
+
 // FORMULA::Of(viewing, three numbers): coordinates of tristimulus values.
 template <class FORMULA, std::size_t kOut>
 void FromXyz(const Viewing& viewing, Rows from, Target to, std::size_t count) {
   OverRows<Widths<3>, Widths<kOut>>(from, to, count, [viewing](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     const XyzOf<Lanes> xyz = {x[0], x[1], x[2]};
-    const LabOf<Lanes> lab = FORMULA::Of(viewing, xyz);
-    const Lanes numbers[5] = {lab.L, lab.a, lab.b, lab.C, lab.h};
-    for (std::size_t k = 0; k < kOut; ++k) y[k] = numbers[k];
+    StoreLab<kOut>(FORMULA::Of(viewing, xyz), y);
     MarkUnset<kOut>(
         IsUnset(xyz.X), [&] { return IsUnset(xyz); }, y);
   });
+}
+
+// The same with chroma and hue, in two stages.
+template <class FORMULA>
+void FromXyzWithHue(const Viewing& viewing, Rows from, Target to, std::size_t count) {
+  const auto kernel = InStages<4>(
+      [viewing](const Lanes* x, Carried carried) VRX_LANE_LAMBDA {
+        const XyzOf<Lanes> xyz = {x[0], x[1], x[2]};
+        const LabOf<Lanes> lab = FORMULA::Of(viewing, xyz);
+        carried.Set(0, lab.L);
+        carried.Set(1, lab.a);
+        carried.Set(2, lab.b);
+        carried.Set(3, Select(IsUnset(xyz), Lanes(1.0), Lanes(0.0)));
+      },
+      [](Carried carried, Lanes* y) VRX_LANE_LAMBDA {
+        LabOf<Lanes> lab = {carried.Get(0), carried.Get(1), carried.Get(2), 0.0, 0.0};
+        FillChromaHue(lab);
+        StoreLab<5>(lab, y);
+        const auto unset = carried.Get(3) != 0.0;
+        MarkUnset<5>(
+            unset, [&] { return unset; }, y);
+      });
+  OverRows<Widths<3>, Widths<5>>(from, to, count, kernel);
 }
 
 template <class FORMULA>
@@ -39,20 +66,10 @@ void ToXyz(const Viewing& viewing, Rows from, Target to, std::size_t count) {
 
 struct LabOfXyz {
   static VRX_LANE_INLINE LabOf<Lanes> Of(const Viewing& v, const XyzOf<Lanes>& xyz) {
-    return XyzToLab(xyz, v.white);
-  }
-};
-struct LabOnlyOfXyz {
-  static VRX_LANE_INLINE LabOf<Lanes> Of(const Viewing& v, const XyzOf<Lanes>& xyz) {
     return XyzToLabOnly(xyz, v.white);
   }
 };
 struct LuvOfXyz {
-  static VRX_LANE_INLINE LabOf<Lanes> Of(const Viewing& v, const XyzOf<Lanes>& xyz) {
-    return XyzToLuv(xyz, v.white);
-  }
-};
-struct LuvOnlyOfXyz {
   static VRX_LANE_INLINE LabOf<Lanes> Of(const Viewing& v, const XyzOf<Lanes>& xyz) {
     return XyzToLuvOnly(xyz, v.white);
   }
@@ -82,7 +99,7 @@ void ChromaHueOfRows(const Viewing&, Rows from, Target to, std::size_t count) {
   OverRows<Widths<3>, Widths<5>>(from, to, count, [](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     LabOf<Lanes> lab = {x[0], x[1], x[2], x[0], x[0]};
     FillChromaHue(lab);
-    y[0] = lab.L, y[1] = lab.a, y[2] = lab.b, y[3] = lab.C, y[4] = lab.h;
+    StoreLab<5>(lab, y);
     MarkUnset<5>(
         IsUnset(x[0]), [&] { return AreUnset(x); }, y);
   });
@@ -93,10 +110,9 @@ void ChromaHueOfRows(const Viewing&, Rows from, Target to, std::size_t count) {
 template <>
 const ColorSpaceKernels& KernelsOf<ColorSpaceKernels, VRX_LANES>() {
   static constexpr ColorSpaceKernels kKernels = {
-      &FromXyz<LabOfXyz, 5>,    &FromXyz<LabOnlyOfXyz, 3>, &ToXyz<XyzOfLab>,
-      &FromXyz<LuvOfXyz, 5>,    &FromXyz<LuvOnlyOfXyz, 3>, &ToXyz<XyzOfLuv>,
-      &FromXyz<HunterOfXyz, 5>, &FromXyz<HunterOfXyz, 3>,  &ToXyz<XyzOfHunter>,
-      &ChromaHueOfRows,
+      &FromXyzWithHue<LabOfXyz>, &FromXyz<LabOfXyz, 3>, &ToXyz<XyzOfLab>,         &FromXyzWithHue<LuvOfXyz>,
+      &FromXyz<LuvOfXyz, 3>,     &ToXyz<XyzOfLuv>,      &FromXyz<HunterOfXyz, 5>, &FromXyz<HunterOfXyz, 3>,
+      &ToXyz<XyzOfHunter>,       &ChromaHueOfRows,
   };
   return kKernels;
 }

@@ -61,6 +61,73 @@ struct ColorReader {
   }
 };
 
+// All elements of a difference, or the total alone.
+template <std::size_t kOut>
+VRX_LANE_INLINE void StoreElements(const DifferenceOf<Lanes>& d, Lanes* y) {
+  const Lanes elements[7] = {d.dL, d.da, d.db, d.weightedL, d.dC, d.dH, d.dE};
+  for (std::size_t k = 0; k < kOut; ++k) y[k] = elements[7 - kOut + k];
+}
+
+// CIEDE2000 in stages: the colours with a' and C', the hue between them, what it turns, and the rest.
+enum CarriedNumber : std::size_t {
+  kStandardL,
+  kStandardA,
+  kStandardB,
+  kStandardC,  // primed
+  kSampleL,
+  kSampleA,
+  kSampleB,
+  kSampleC,
+  kDa,  // before a was stretched
+  kUnsetIsOne,
+  kMeanX,
+  kMeanY,
+  kTurn,  // the mean hue, then the sine of the rotation
+  kCarriedNumbers
+};
+
+VRX_LANE_INLINE void CarryColor(const LabOf<Lanes>& lab, std::size_t first, Carried carried) {
+  carried.Set(first, lab.L);
+  carried.Set(first + 1, lab.a);
+  carried.Set(first + 2, lab.b);
+  carried.Set(first + 3, lab.C);
+}
+VRX_LANE_INLINE LabOf<Lanes> CarriedColor(std::size_t first, Carried carried) {
+  return {carried.Get(first), carried.Get(first + 1), carried.Get(first + 2), carried.Get(first + 3), kUnset};
+}
+
+template <class READER>
+VRX_LANE_INLINE void PrimePair(const ColorOf<Lanes>& standard, const ColorOf<Lanes>& sample,
+                               Carried carried) {
+  const Lanes G = Cie2000AStretch(standard.lab, sample.lab);
+  const LabOf<Lanes> s = Cie2000WithoutHue(standard.lab, G), t = Cie2000WithoutHue(sample.lab, G);
+  const auto mean = Cie2000MeanOfPoints(s, t);
+  CarryColor(s, kStandardL, carried);
+  CarryColor(t, kSampleL, carried);
+  carried.Set(kMeanX, mean.x);
+  carried.Set(kMeanY, mean.y);
+  carried.Set(kDa, sample.lab.a - standard.lab.a);
+  Lanes unset = 0.0;
+  if (Any(READER::MaybeUnset(standard) | READER::MaybeUnset(sample))) {
+    unset = Select(READER::Unset(standard) | READER::Unset(sample), Lanes(1.0), unset);
+  }
+  carried.Set(kUnsetIsOne, unset);
+}
+
+template <std::size_t kOut>
+VRX_LANE_INLINE void FinishPair(const DifferenceContext& context, Carried carried, Lanes* y) {
+  const LabOf<Lanes> s = CarriedColor(kStandardL, carried), t = CarriedColor(kSampleL, carried);
+  const auto parts =
+      Cie2000Parts(s, t, {carried.Get(kMeanX), carried.Get(kMeanY)}, [&] { return carried.Get(kTurn); });
+  DifferenceOf<Lanes> d;
+  d.dL = t.L - s.L, d.da = carried.Get(kDa), d.db = t.b - s.b;
+  WeightCie2000Primed(s, t, parts, context.parameters[0], context.parameters[1], context.parameters[2], d);
+  StoreElements<kOut>(d, y);
+  const auto unset = carried.Get(kUnsetIsOne) != 0.0;
+  MarkUnset<kOut>(
+      unset, [&] { return unset; }, y);
+}
+
 enum class Fixed { kNone, kStandard, kSample };
 
 template <class FORMULA, class READER, std::size_t kOut, Fixed kFixed>
@@ -77,19 +144,32 @@ void Differences(const DifferenceContext& given, const ColorColumns& standards, 
 
   // A copy that nothing else can change keeps its numbers in registers.
   const DifferenceContext context = given;
+  const auto standardOf = [&](const Lanes* x) VRX_LANE_LAMBDA {
+    return READER::Read(kFixed == Fixed::kStandard ? fixed : x);
+  };
+  const auto sampleOf = [&](const Lanes* x) VRX_LANE_LAMBDA {
+    return READER::Read(kFixed == Fixed::kSample ? fixed : kFixed == Fixed::kNone ? x + kColumns : x);
+  };
   using In = std::conditional_t<kFixed == Fixed::kNone, typename READER::Two, typename READER::One>;
-  OverRows<In, Widths<kOut>>(in, out, count, [&](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
-    const ColorOf<Lanes> standard = READER::Read(kFixed == Fixed::kStandard ? fixed : x);
-    const ColorOf<Lanes> sample = READER::Read(kFixed == Fixed::kSample ? fixed
-                                               : kFixed == Fixed::kNone ? x + kColumns
-                                                                        : x);
-    const DifferenceOf<Lanes> d = FORMULA::Of(context, standard, sample);
-    const Lanes elements[7] = {d.dL, d.da, d.db, d.weightedL, d.dC, d.dH, d.dE};
-    for (std::size_t k = 0; k < kOut; ++k) y[k] = elements[7 - kOut + k];
-    MarkUnset<kOut>(
-        READER::MaybeUnset(standard) | READER::MaybeUnset(sample),
-        [&] { return READER::Unset(standard) | READER::Unset(sample); }, y);
-  });
+  if constexpr (std::is_same_v<FORMULA, Cie2000Formula>) {
+    const auto kernel = InStages<kCarriedNumbers>(
+        [&](const Lanes* x, Carried carried)
+            VRX_LANE_LAMBDA { PrimePair<READER>(standardOf(x), sampleOf(x), carried); },
+        [&](Carried carried, Lanes* y) VRX_LANE_LAMBDA { FinishPair<kOut>(context, carried, y); },
+        [](Carried carried) VRX_LANE_LAMBDA {
+          carried.Set(kTurn, Cie2000Direction(carried.Get(kMeanX), carried.Get(kMeanY)));
+        },
+        [](Carried carried) VRX_LANE_LAMBDA { carried.Set(kTurn, Cie2000RotationSine(carried.Get(kTurn))); });
+    OverRows<In, Widths<kOut>>(in, out, count, kernel);
+  } else {
+    OverRows<In, Widths<kOut>>(in, out, count, [&](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+      const ColorOf<Lanes> standard = standardOf(x), sample = sampleOf(x);
+      StoreElements<kOut>(FORMULA::Of(context, standard, sample), y);
+      MarkUnset<kOut>(
+          READER::MaybeUnset(standard) | READER::MaybeUnset(sample),
+          [&] { return READER::Unset(standard) | READER::Unset(sample); }, y);
+    });
+  }
 }
 
 template <class FORMULA>

@@ -153,36 +153,53 @@ VRX_LANE_INLINE T SineOfSmall(T x) {
   return x + x * x2 * (-1.0 / 6 + x2 * (1.0 / 120 + x2 * (-1.0 / 5040 + x2 * (1.0 / 362880 + x2 * high))));
 }
 
-/// The same parts from the points (a', b), with one arc tangent: the sum of their unit vectors has the mean hue on the
-/// shorter way, whose multiples follow by the addition theorems, and dH' = cross product / sqrt((C'1 C'2 + dot product) / 2).
-/// `product` and `dot`: C'1 C'2 and the dot product; their sum must not be small beside the product.
+/// Sum of the unit vectors of two points (a', b), times C'1 C'2: it has the mean hue on the shorter way between them.
 template <class T>
+struct Cie2000Mean {
+  T x, y;
+};
+template <class T>
+VRX_LANE_INLINE Cie2000Mean<T> Cie2000MeanOfPoints(const LabOf<T>& s, const LabOf<T>& t) {
+  return {s.a * t.C + t.a * s.C, s.b * t.C + t.b * s.C};
+}
+
+/// sin(2 dtheta) of a mean hue in degrees.
+template <class T>
+VRX_LANE_INLINE T Cie2000RotationSine(T h) {
+  return SineOfSmall(2.0 * Cie2000Rotation(h) * kRadiansPerDegree);
+}
+
+/// The same parts from the points (a', b): multiples of the mean hue follow by the addition theorems, and dH' = cross product /
+/// sqrt((C'1 C'2 + dot product) / 2). `product` and `dot`: C'1 C'2 and the dot product; their sum must not be small beside
+/// the product. `rotationSine()`: Cie2000RotationSine of the mean's direction, the one arc tangent of the formula.
+template <class T, class F>
 VRX_LANE_INLINE Cie2000HueParts<T> Cie2000PartsFromPoints(const LabOf<T>& s, const LabOf<T>& t, T product,
-                                                          T dot) {
+                                                          T dot, const Cie2000Mean<T>& mean,
+                                                          const F& rotationSine) {
   constexpr double kCos30 = 0.86602540378443865, kSin30 = 0.5, kCos6 = 0.99452189536827333,
                    kSin6 = 0.10452846326765347, kCos63 = 0.45399049973954675, kSin63 = 0.89100652418836786;
-  const T x = s.a * t.C + t.a * s.C, y = s.b * t.C + t.b * s.C;
-  const T inverse = 1.0 / Sqrt(x * x + y * y);
-  const T c1 = x * inverse, s1 = y * inverse;
+  const T inverse = 1.0 / Sqrt(mean.x * mean.x + mean.y * mean.y);
+  const T c1 = mean.x * inverse, s1 = mean.y * inverse;
   const T c2 = c1 * c1 - s1 * s1, s2 = 2.0 * s1 * c1;
   const T c3 = c2 * c1 - s2 * s1, s3 = s2 * c1 + c2 * s1;
   const T c4 = c2 * c2 - s2 * s2, s4 = 2.0 * s2 * c2;
   const T hueTerm = 1.0 - 0.17 * (c1 * kCos30 + s1 * kSin30) + 0.24 * c2 + 0.32 * (c3 * kCos6 - s3 * kSin6) -
                     0.2 * (c4 * kCos63 + s4 * kSin63);
-  const T angle = 2.0 * Cie2000Rotation(Cie2000Direction(x, y)) * kRadiansPerDegree;
-  return {(s.a * t.b - t.a * s.b) / Sqrt(0.5 * (product + dot)), hueTerm, SineOfSmall(angle)};
+  const T sine = rotationSine();
+  return {(s.a * t.b - t.a * s.b) / Sqrt(0.5 * (product + dot)), hueTerm, sine};
 }
 
 /// The parts by points where that is as exact as by hues: neither for a grey colour, which has no hue, nor for hues
 /// within a degree of opposite, where the mean hue hangs on the last digits of pi and the points cancel. The two differ by
-/// less than 1e-9 in the total difference.
-template <class T>
-VRX_LANE_INLINE Cie2000HueParts<T> Cie2000Parts(const LabOf<T>& s, const LabOf<T>& t) {
+/// less than 1e-9 in the total difference. `rotationSine()`: as for Cie2000PartsFromPoints.
+template <class T, class F>
+VRX_LANE_INLINE Cie2000HueParts<T> Cie2000Parts(const LabOf<T>& s, const LabOf<T>& t,
+                                                const Cie2000Mean<T>& mean, const F& rotationSine) {
   constexpr double kGreyProduct = 1e-9, kOpposite = 1e-4;
   const T product = s.C * t.C, dot = s.a * t.a + s.b * t.b;
   const auto plain = (product > kGreyProduct) & (product + dot > kOpposite * product);
   Cie2000HueParts<T> parts = {};
-  if (Any(plain)) parts = Cie2000PartsFromPoints(s, t, product, dot);
+  if (Any(plain)) parts = Cie2000PartsFromPoints(s, t, product, dot, mean, rotationSine);
   if (!All(plain)) {
     const Cie2000HueParts<T> byHues = Cie2000PartsFromHues(s, t);
     parts.dH = Select(plain, parts.dH, byHues.dH);
@@ -192,14 +209,12 @@ VRX_LANE_INLINE Cie2000HueParts<T> Cie2000Parts(const LabOf<T>& s, const LabOf<T
   return parts;
 }
 
-/// Replaces the last four of a difference by dL', dC', dH' (not divided by their weights) and dE00. With hues exactly 180
-/// degrees apart the mean hue, and so the result, hangs on the last digits of pi; see docs/colour_notes.md.
+/// Sets the last four of a difference to dL', dC', dH' (not divided by their weights) and dE00, from colours with a' and
+/// C', and their hue parts.
 template <class T>
-VRX_LANE_INLINE void WeightCie2000(const LabOf<T>& standard, const LabOf<T>& sample, double kL, double kC,
-                                   double kH, DifferenceOf<T>& d) {
-  const T G = Cie2000AStretch(standard, sample);
-  const LabOf<T> s = Cie2000WithoutHue(standard, G), t = Cie2000WithoutHue(sample, G);
-  const Cie2000HueParts<T> parts = Cie2000Parts(s, t);
+VRX_LANE_INLINE void WeightCie2000Primed(const LabOf<T>& s, const LabOf<T>& t,
+                                         const Cie2000HueParts<T>& parts, double kL, double kC, double kH,
+                                         DifferenceOf<T>& d) {
   const T meanC = (s.C + t.C) / 2.0;
   const WeightsOf<T> w = Cie2000WeightsAt((s.L + t.L) / 2.0, meanC, parts.hueTerm);
   d.weightedL = t.L - s.L;
@@ -210,6 +225,19 @@ VRX_LANE_INLINE void WeightCie2000(const LabOf<T>& standard, const LabOf<T>& sam
   const T h = d.dH / (kH * w.SH);
   const T RT = -2.0 * Cie2000ChromaRatio(meanC) * parts.rotationSine;
   d.dE = Sqrt(l * l + c * c + h * h + RT * c * h);
+}
+
+/// Replaces the last four of a difference by dL', dC', dH' (not divided by their weights) and dE00. With hues exactly 180
+/// degrees apart the mean hue, and so the result, hangs on the last digits of pi; see docs/colour_notes.md.
+template <class T>
+VRX_LANE_INLINE void WeightCie2000(const LabOf<T>& standard, const LabOf<T>& sample, double kL, double kC,
+                                   double kH, DifferenceOf<T>& d) {
+  const T G = Cie2000AStretch(standard, sample);
+  const LabOf<T> s = Cie2000WithoutHue(standard, G), t = Cie2000WithoutHue(sample, G);
+  const Cie2000Mean<T> mean = Cie2000MeanOfPoints(s, t);
+  const auto parts =
+      Cie2000Parts(s, t, mean, [&] { return Cie2000RotationSine(Cie2000Direction(mean.x, mean.y)); });
+  WeightCie2000Primed(s, t, parts, kL, kC, kH, d);
 }
 
 }  // namespace vrx
