@@ -195,7 +195,7 @@ std::uint64_t TwoOverPiDigits(unsigned from) {
 VRX_LANE_INLINE double ShiftedSine(double x, std::uint32_t offset, std::uint64_t sign) {
   if (x > 1e5) return SineReducedExactly(x, offset, sign);
   ModerateAngle<double> angle = ReduceModerate(x);
-  if (angle.inexact) return SineReducedExactly(x, offset, sign);
+  if (angle.left < kLeastLeft && angle.steps != 0) return SineReducedExactly(x, offset, sign);
   angle.reduced.steps += offset;
   return WithSign(SineAtNode(angle.reduced), sign);
 }

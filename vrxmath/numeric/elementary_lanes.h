@@ -154,10 +154,6 @@ VRX_LANE_INLINE Rounded<T> RoundToInteger(T x) {
 
 /// a > b for a, b >= 0. A hue is as often steep as flat and a branch would guess wrong half the time: conditions that
 /// differ in form leave the compiler no reason to make one of them.
-template <class T>
-VRX_LANE_INLINE auto IsLarger(T a, T b) {
-  return a > b;
-}
 VRX_LANE_INLINE bool IsLarger(double a, double b) {
   return ToBits(a) > ToBits(b);
 }
@@ -328,12 +324,12 @@ VRX_LANE_INLINE T SineAtNode(const ReducedAngle<T>& angle) {
 }
 
 /// An angle 0 <= x <= 10^5 reduced by subtracting the steps times pi / 128 in three parts (Cody and Waite), the
-/// first two so short that their multiples are exact. `inexact`: so little is left that the digits of the third part
-/// do not suffice.
+/// first two so short that their multiples are exact.
 template <class T>
 struct ModerateAngle {
   ReducedAngle<T> reduced;
-  decltype(T{} < T{}) inexact;
+  T steps;
+  T left;  ///< what the first two parts leave, without its sign
 };
 template <class T>
 VRX_LANE_INLINE ModerateAngle<T> ReduceModerate(T x) {
@@ -342,20 +338,19 @@ VRX_LANE_INLINE ModerateAngle<T> ReduceModerate(T x) {
   const auto [steps, bits] = RoundToInteger<T>(x * kStepsPerRadian);
   const T most = MinusExact<T>(x, steps, kStep1), s = MinusExact<T>(most, steps, kStep2);
   const Sum<T> rest = {s, MinusExact<T>(most - s, steps, kStep2)};
-  ModerateAngle<T> angle = {{bits, AddOrdered<T>(rest.hi, rest.lo - steps * kStep3)}, {}};
-  angle.inexact = (Abs(rest.hi) < 0x1p-36) & (steps != 0.0);
-  return angle;
+  return {{bits, AddOrdered<T>(rest.hi, rest.lo - steps * kStep3)}, steps, Abs(rest.hi)};
 }
+/// Below this the digits of the third part do not suffice for what is left of an angle of a step or more.
+constexpr double kLeastLeft = 0x1p-36;
 
 // ----------------------------------------------------------------------------------------------------------
 // Arc tangent
 
-/// The direction of (x, y) with x = +-b, b > 0, y = a >= 0, turned by the small angle `turn`; a and b not
-/// extreme. An octant's offset +- atan t, t = min/max, from the series at the multiple of 1/64 next to t.
+/// The direction of (x, y) from the smaller and the larger of |x| and |y|, neither of them extreme, turned by the small angle
+/// `turn`; `steep`: |y| is the larger. An octant's offset +- atan t, t = small / large, from the series at the multiple of 1/64
+/// next to t.
 template <class T, class MASK>
-VRX_LANE_INLINE T AngleInUpperHalf(T a, T b, MASK x_negative, T turn) {
-  const auto steep = IsLarger(a, b);
-  const T small = Select(b < a, b, a), large = Select(a < b, b, a);
+VRX_LANE_INLINE T AngleOfOctant(T small, T large, MASK steep, MASK x_negative, T turn) {
   const Octant<T> octant = OctantOf<T>(steep, x_negative);
 
   // t as the sum of a short head and the quotient of what is left.
@@ -377,6 +372,11 @@ VRX_LANE_INLINE T AngleInUpperHalf(T a, T b, MASK x_negative, T turn) {
   const T rest = (angle.lo + node[1]) + (curve + d_head * node[2]);
   const T rest_but_tail = sum.lo + ((octant.offset.lo + turn) + octant.sign * rest);
   return sum.hi + (rest_but_tail + tail * (octant.sign + octant.sign * node[2]));
+}
+
+/// The direction of (x, y) with x = +-b, b > 0, y = a >= 0. The comparisons of the form that IsLarger explains.
+VRX_LANE_INLINE double AngleInUpperHalf(double a, double b, bool x_negative, double turn) {
+  return AngleOfOctant(Select(b < a, b, a), Select(a < b, b, a), IsLarger(a, b), x_negative, turn);
 }
 
 // ----------------------------------------------------------------------------------------------------------

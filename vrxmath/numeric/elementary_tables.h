@@ -229,11 +229,12 @@ inline constexpr SineNode kSineNode[65] = {
 
 /// atan(c + d) = hi + lo + d + slope_minus_1 d + c2 d^2 + ... + c7 d^7 at c = k/64, k = 0..64: the Taylor series with
 /// its terms of degree 8 and 9 economised over |d| <= 1/128 (d^8 by Chebyshev's polynomial T8 less its constant). The
-/// coefficients keep 53, 46, 39, 32, 25 and 18 bits, all that counts there.
+/// coefficients keep 53, 46, 39, 32, 25 and 18 bits, all that counts there. Entries from 65 on are zero and part of no
+/// result: with them an index of seven bits needs no test.
 struct AtanNode {
   double hi, lo, slope_minus_1, c[6];
 };
-inline constexpr AtanNode kAtanNode[65] = {
+inline constexpr AtanNode kAtanNode[128] = {
     {0x0p+0, 0x0p+0, 0x0p+0,
      {0x0p+0, -0x1.55555555555p-2, 0x0p+0, 0x1.99999988p-3, 0x0p+0, -0x1.248bp-3}},
     {0x1.fff555bbb729bp-7, -0x1.220c39d4dff5p-61, -0x1.ffe001ffe002p-13,

@@ -459,16 +459,16 @@ template <int kLaneCount, class Unit>
 
 // ----------------------------------------------------------------------------------------------------------
 // The elementary functions. Arguments that the straight-line form does not cover (zeros, subnormals, infinities, NaN
-// and whatever else the scalar form treats apart) are replaced by a harmless one and given to the scalar form after.
+// and whatever else the scalar form treats apart) lead to some number by entries that every table has, and are given to the
+// scalar form after.
 
 #define VRX_PACK_TEMPLATE template <int kLaneCount, class Unit>
 #define VRX_PACK Pack<kLaneCount, Unit>
 
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK CubeRoot(VRX_PACK x) {
   const auto usual = (Abs(x) >= 0x1p-1022) & (Abs(x) < elementary::kInfinity);
-  const VRX_PACK r = elementary::CubeRootOfUsual(Select(usual, x, 1.0));
-  const unsigned unusual = LaneBits(!usual);
-  return unusual == 0 ? r : elementary::LaneByLane(unusual, &CubeRoot, x, r);
+  const VRX_PACK r = elementary::CubeRootOfUsual(x);
+  return All(usual) ? r : elementary::LaneByLane(LaneBits(!usual), &CubeRoot, x, r);
 }
 
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK CubeRootOfNormal(VRX_PACK x) {
@@ -477,62 +477,56 @@ VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK CubeRootOfNormal(VRX_PACK x) {
 
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Exp(VRX_PACK x) {
   const auto usual = Abs(x) <= 707.0;
-  const VRX_PACK r = elementary::ExpOfUsualSum<VRX_PACK>(Select(usual, x, 0.0), 0.0);
-  const unsigned unusual = LaneBits(!usual);
-  return unusual == 0 ? r : elementary::LaneByLane(unusual, &Exp, x, r);
+  const VRX_PACK r = elementary::ExpOfUsualSum<VRX_PACK>(x, 0.0);
+  return All(usual) ? r : elementary::LaneByLane(LaneBits(!usual), &Exp, x, r);
 }
 
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Log(VRX_PACK x) {
   const auto usual = (x >= 0x1p-1022) & (x < elementary::kInfinity);
-  const VRX_PACK r = elementary::LogOfNormal(Select(usual, x, 1.0), std::uint64_t{0}).hi;
-  const unsigned unusual = LaneBits(!usual);
-  return unusual == 0 ? r : elementary::LaneByLane(unusual, &Log, x, r);
+  const VRX_PACK r = elementary::LogOfNormal(x, std::uint64_t{0}).hi;
+  return All(usual) ? r : elementary::LaneByLane(LaneBits(!usual), &Log, x, r);
 }
 
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Log10(VRX_PACK x) {
   const auto usual = (x >= 0x1p-1022) & (x < elementary::kInfinity);
-  const VRX_PACK r = elementary::Log10Of(elementary::LogOfNormal(Select(usual, x, 1.0), std::uint64_t{0}));
-  const unsigned unusual = LaneBits(!usual);
-  return unusual == 0 ? r : elementary::LaneByLane(unusual, &Log10, x, r);
+  const VRX_PACK r = elementary::Log10Of(elementary::LogOfNormal(x, std::uint64_t{0}));
+  return All(usual) ? r : elementary::LaneByLane(LaneBits(!usual), &Log10, x, r);
 }
 
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Power(VRX_PACK x, VRX_PACK y) {
-  const auto finite = (x >= 0x1p-1022) & (x < elementary::kInfinity) & (Abs(y) <= 0x1p70);
-  const auto log = elementary::LogOfNormal(Select(finite, x, 1.0), std::uint64_t{0});
-  const auto product = elementary::Multiply(Select(finite, y, 0.0), log.hi);
-  const auto usual = finite & (Abs(product.hi) <= 707.0);
-  const VRX_PACK r =
-      elementary::ExpOfUsualSum(Select(usual, product.hi, 0.0), Select(usual, product.lo + y * log.lo, 0.0));
-  const unsigned unusual = LaneBits(!usual);
-  return unusual == 0 ? r : elementary::LaneByLane(unusual, &Power, x, y, r);
+  const auto log = elementary::LogOfNormal(x, std::uint64_t{0});
+  const auto product = elementary::Multiply(y, log.hi);
+  const auto usual =
+      (x >= 0x1p-1022) & (x < elementary::kInfinity) & (Abs(y) <= 0x1p70) & (Abs(product.hi) <= 707.0);
+  const VRX_PACK r = elementary::ExpOfUsualSum(product.hi, product.lo + y * log.lo);
+  return All(usual) ? r : elementary::LaneByLane(LaneBits(!usual), &Power, x, y, r);
 }
 
-/// Sine and cosine for 2^-26 <= |x| <= 10^5 but those next to a multiple of pi / 128.
+/// Sine and cosine of angles up to 10^5 but those next to a multiple of pi / 128.
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Sin(VRX_PACK x) {
-  const auto moderate = (Abs(x) >= 0x1p-26) & (Abs(x) <= 1e5);
-  const auto angle = elementary::ReduceModerate(Select(moderate, Abs(x), 1.0));
+  const auto angle = elementary::ReduceModerate(Abs(x));
+  const auto usual = (Abs(x) >= 0x1p-26) & (Abs(x) <= 1e5) & (angle.left >= elementary::kLeastLeft);
   const VRX_PACK r =
       elementary::WithSign(elementary::SineAtNode(angle.reduced), ToBits(x) & elementary::kSignBit);
-  const unsigned unusual = LaneBits((!moderate) | angle.inexact);
-  return unusual == 0 ? r : elementary::LaneByLane(unusual, &Sin, x, r);
+  return All(usual) ? r : elementary::LaneByLane(LaneBits(!usual), &Sin, x, r);
 }
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Cos(VRX_PACK x) {
-  const auto moderate = Abs(x) <= 1e5;
-  auto angle = elementary::ReduceModerate(Select(moderate, Abs(x), 1.0));
+  auto angle = elementary::ReduceModerate(Abs(x));
+  const auto usual = (Abs(x) <= 1e5) & (angle.left >= elementary::kLeastLeft);
   angle.reduced.steps += elementary::kQuarterTurn;
   const VRX_PACK r = elementary::SineAtNode(angle.reduced);
-  const unsigned unusual = LaneBits((!moderate) | angle.inexact);
-  return unusual == 0 ? r : elementary::LaneByLane(unusual, &Cos, x, r);
+  return All(usual) ? r : elementary::LaneByLane(LaneBits(!usual), &Cos, x, r);
 }
 
+/// Numbers from 2^-300 to 2^300 in size; a NaN is one of the two that are compared.
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Atan2(VRX_PACK y, VRX_PACK x) {
   const VRX_PACK a = Abs(y), b = Abs(x);
-  const auto usual = (a >= 0x1p-300) & (a < 0x1p300) & (b >= 0x1p-300) & (b < 0x1p300);
-  const VRX_PACK size =
-      elementary::AngleInUpperHalf<VRX_PACK>(Select(usual, a, 1.0), Select(usual, b, 1.0), x < 0.0, 0.0);
-  const VRX_PACK r = VRX_PACK::OfBits(ToBits(size) | (ToBits(y) & elementary::kSignBit));
-  const unsigned unusual = LaneBits(!usual);
-  return unusual == 0 ? r : elementary::LaneByLane(unusual, &Atan2, y, x, r);
+  const auto steep = a > b;
+  const VRX_PACK small = Select(steep, b, a), large = Select(steep, a, b);
+  const auto usual = (small >= 0x1p-300) & (large < 0x1p300);
+  const VRX_PACK size = elementary::AngleOfOctant<VRX_PACK>(small, large, steep, x < 0.0, 0.0);
+  const VRX_PACK r = elementary::WithSign(size, ToBits(y) & elementary::kSignBit);
+  return All(usual) ? r : elementary::LaneByLane(LaneBits(!usual), &Atan2, y, x, r);
 }
 VRX_PACK_TEMPLATE VRX_LANE_INLINE VRX_PACK Atan(VRX_PACK x) {
   return Atan2(x, VRX_PACK(1.0));
