@@ -21,6 +21,7 @@ struct RgbOf {
 
 /// XYZ on the scale Y = 1 to linear channels: one row each for red, green and blue.
 struct DisplayMatrix {
+  /// The factors of X, Y and Z.
   struct Row {
     double X, Y, Z;
   };
@@ -61,16 +62,17 @@ VRX_LANE_INLINE T DisplayLevel(T channel) {
   return encoded * 255.0;
 }
 
-/// The encoding curve as a table of its steps. A segment is the channels from 2^-12 to 1 that share their exponent and the
-/// first seven bits of their fraction; no more than one step lies in it. An entry, read as a whole number, plus the rest of the
-/// channel's bits has the 8-bit value above these kDisplayRestBits bits: where the step is passed, the sum carries.
 inline constexpr int kDisplayRestBits = 45;
 inline constexpr double kDisplayFirst = 0x1p-12;  // below it all channels are 0
 inline constexpr std::uint64_t kDisplayFirstSegment = std::uint64_t{1023 - 12} << 7;
 inline constexpr std::size_t kDisplaySegments = (std::size_t{12} << 7) + 1;  // the last one is for 1 alone
+/// The channels from 2^-12 to 1 that share their exponent and the first seven bits of their fraction; no more than one step of
+/// the encoding curve lies in them. The entry, read as a whole number, plus the rest of the channel's bits has the 8-bit value
+/// above these kDisplayRestBits bits: where the step is passed, the sum carries.
 struct DisplaySegment {
   double entry;
 };
+/// The encoding curve as a table of its steps.
 struct DisplayCurve {
   DisplaySegment segments[kDisplaySegments];
 };

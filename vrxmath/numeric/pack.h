@@ -168,7 +168,7 @@ VRX_LANE_INLINE void ExchangeBlocks(Pack<kLaneCount, Unit>* packs) {
   }
 }
 
-// Some lanes of two vectors, which ones being given by the compiler's list.
+// Two vectors as one, and the lanes of one from kFirst on.
 template <class V, std::size_t... I>
 VRX_LANE_INLINE auto Joined(V a, V b, std::index_sequence<I...>) {
   return __builtin_shufflevector(a, b, I...);
