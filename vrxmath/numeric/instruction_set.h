@@ -13,7 +13,8 @@
 
 namespace vrx {
 
-/// The sets, narrowest first. kBase is what every processor of the platform has: SSE2 on x86, NEON on 64-bit ARM.
+/// The sets, narrowest first. kBase is what every processor of the platform has: SSE2 on x86, NEON on 64-bit ARM. kAvx2 is AVX2
+/// with FMA; kAvx512 has F, DQ and VL, too.
 enum class InstructionSet : std::int32_t { kBase = 0, kAvx2 = 1, kAvx512 = 2 };
 
 /// The sets in order, for loops over those that are available.
