@@ -112,6 +112,7 @@ void JudgingPipeline::JudgeTrials(Chunk& chunk, Judge& judge) const {
     chunk.trials = done;
   }
   if (chunk.texts == nullptr) return;
+  chunk.texts->Finish();
   for (std::size_t i = 0; i < chunk.trials; ++i) chunk.judged[i].text = chunk.texts->Text(i);
 }
 

@@ -16,7 +16,7 @@ namespace vrx::tool {
 /// Up to kMost numbers, of which each is written when its turn comes.
 class DecimalRun {
  public:
-  static constexpr std::size_t kMost = 32;
+  static constexpr std::size_t kMost = 168;  // of eight rows of three illuminants
 
   /// Finds the digits of the numbers, kMost at most. Those out of the reach of lanes are left out: zeros, powers of two, what
   /// is below 0.001 or from 100,000 up, and all of them where the instruction set has no lanes for them.

@@ -67,10 +67,48 @@ class CsvJudgeRows {
       longestWord = std::max(longestWord, words_.back().Bytes());
     }
     constexpr std::size_t kVerdicts = 3 * 2, kLineEnd = 1;
-    longestRest_ += kNumbers * (1 + OutputStream::kLongestNumber) + 3 * longestWord + kVerdicts + kLineEnd;
+    longestRest_ +=
+        numbersOfRow_ * (1 + OutputStream::kLongestNumber) + 3 * longestWord + kVerdicts + kLineEnd;
   }
 
-  void Write(const Judgement& judgement, OutputStream& text) {
+  // Takes the rows of a trial, which must live until they are written: at the latest by Finish.
+  void Add(const Judgement& judgement, OutputStream& text) {
+    for (std::size_t i = 0; i < judgement.under.size(); ++i) {
+      if ((rows_.size() + 1) * numbersOfRow_ > OutputStream::Numbers::kMost) Finish(text);
+      rows_.push_back({&judgement, i});
+    }
+  }
+
+  // Writes the rows that were taken. Their numbers are many: digits are found for several at once.
+  void Finish(OutputStream& text) {
+    std::array<double, OutputStream::Numbers::kMost> numbers;
+    std::size_t count = 0;
+    for (const Row& row : rows_) {
+      const IlluminantJudgement& under = row.trial->under[row.illuminant];
+      for (const double element : under.difference) numbers[count++] = element;
+      if (byEllipse_) numbers[count++] = under.ellipseValue;
+    }
+    const OutputStream::Numbers texts(text, std::span(numbers).first(count));
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+      const Row& row = rows_[i];
+      if (i == 0 || row.illuminant == 0) SetNames(*row.trial, text);
+      WriteRow(row.trial->under[row.illuminant], conditions_[row.illuminant], texts, i * numbersOfRow_, text);
+      if (row.illuminant + 1 == conditions_.size()) ends_.push_back(text.Text().size());
+    }
+    rows_.clear();
+  }
+
+  // Where the texts of the trials end, in a stream in memory, since Clear.
+  const std::vector<std::size_t>& Ends() const { return ends_; }
+  void Clear() { ends_.clear(); }
+
+ private:
+  struct Row {
+    const Judgement* trial;
+    std::size_t illuminant;
+  };
+
+  void SetNames(const Judgement& judgement, const OutputStream& text) {
     names_.clear();
     for (const std::string* name : {&judgement.standard, &judgement.trial}) {
       text.AddCsvField(*name, names_);
@@ -78,30 +116,6 @@ class CsvJudgeRows {
     }
     if (judgement.geometry >= 0) names_ += geometries_[static_cast<std::size_t>(judgement.geometry)];
     names_ += ',';
-    for (std::size_t first = 0; first < judgement.under.size(); first += kAtOnce) {
-      WriteSome(std::span(judgement.under).subspan(first), first, text);
-    }
-  }
-
- private:
-  static constexpr std::size_t kNumbers = 8;
-  static constexpr std::size_t kAtOnce = OutputStream::Numbers::kMost / kNumbers;  // rows
-
-  // Up to kAtOnce rows, from the illuminant at index `first` on.
-  void WriteSome(std::span<const IlluminantJudgement> under, std::size_t first, OutputStream& text) {
-    std::array<double, kAtOnce * kNumbers> numbers;
-    std::size_t count = 0;
-    under = under.first(std::min(kAtOnce, under.size()));
-    for (const IlluminantJudgement& row : under) {
-      for (const double element : row.difference) numbers[count++] = element;
-      if (byEllipse_) numbers[count++] = row.ellipseValue;
-    }
-    const OutputStream::Numbers texts(text, std::span(numbers).first(count));
-    std::size_t number = 0;
-    for (const IlluminantJudgement& row : under) {
-      WriteRow(row, conditions_[first++], texts, number, text);
-      number += row.difference.size() + (byEllipse_ ? 1 : 0);
-    }
   }
 
   void WriteRow(const IlluminantJudgement& under, const ShortText& condition,
@@ -126,11 +140,14 @@ class CsvJudgeRows {
   }
 
   bool byEllipse_;
+  std::size_t numbersOfRow_ = byEllipse_ ? 8 : 7;
   std::vector<std::string> geometries_;
   std::vector<ShortText> conditions_;  // illuminant and observer
   std::vector<ShortText> words_;       // by shade word, behind a comma
   std::size_t longestRest_ = 0;        // of a row without the names
   std::string names_;                  // of the trial that is written, with commas
+  std::vector<Row> rows_;              // taken and not yet written
+  std::vector<std::size_t> ends_;
 };
 
 class CsvJudgeTexts final : public JudgeTexts {
@@ -139,21 +156,18 @@ class CsvJudgeTexts final : public JudgeTexts {
       : rows_(settings), stream_(OutputStream::InMemory(output)) {}
   void Clear() override {
     stream_.Clear();
-    ends_.clear();
+    rows_.Clear();
   }
-  void Add(const Judgement& judgement) override {
-    rows_.Write(judgement, stream_);
-    ends_.push_back(stream_.Text().size());
-  }
+  void Add(const Judgement& judgement) override { rows_.Add(judgement, stream_); }
+  void Finish() override { rows_.Finish(stream_); }
   std::string_view Text(std::size_t trial) const override {
-    const std::size_t begin = trial > 0 ? ends_[trial - 1] : 0;
-    return stream_.Text().substr(begin, ends_[trial] - begin);
+    const std::size_t begin = trial > 0 ? rows_.Ends()[trial - 1] : 0;
+    return stream_.Text().substr(begin, rows_.Ends()[trial] - begin);
   }
 
  private:
   CsvJudgeRows rows_;
   OutputStream stream_;
-  std::vector<std::size_t> ends_;  // of the texts
 };
 
 class CsvJudgeOutput final : public JudgeOutput {
@@ -165,7 +179,11 @@ class CsvJudgeOutput final : public JudgeOutput {
         "verdict");
     output_.Append(settings.ByEllipse() ? ",ellipse\n" : "\n");
   }
-  void Add(const Judgement& judgement) override { rows_.Write(judgement, output_); }
+  void Add(const Judgement& judgement) override {
+    rows_.Add(judgement, output_);
+    rows_.Finish(output_);
+    rows_.Clear();
+  }
   std::unique_ptr<JudgeTexts> MakeTexts() const override {
     return std::make_unique<CsvJudgeTexts>(settings_, output_);
   }

@@ -32,9 +32,11 @@ class JudgeTexts {
   virtual ~JudgeTexts() = default;
   /// Begins a run of trials.
   virtual void Clear() = 0;
-  /// Makes the text of the next trial.
+  /// Takes the next trial, which must live until Finish.
   virtual void Add(const Judgement& judgement) = 0;
-  /// The text of a trial of the run, until more are added.
+  /// Makes the texts of all trials that were taken.
+  virtual void Finish() = 0;
+  /// The text of a trial of the run, until more are taken.
   virtual std::string_view Text(std::size_t trial) const = 0;
 };
 
