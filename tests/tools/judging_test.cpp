@@ -107,6 +107,26 @@ TEST_F(Judging, OnManyThreadsAsOnOne) {
   }
 }
 
+// Rows of csv that are written many at a time, of more illuminants than fit at once, are those of trials that come singly.
+TEST_F(Judging, RowsTogetherAsOneByOne) {
+  std::string curves = "id";
+  for (int nm = 400; nm <= 700; nm += 10) curves += "," + std::to_string(nm);
+  for (int i = 0; i < 50; ++i) {
+    curves += "\n\"no. " + std::to_string(i) + ", \"\"x\"\"\"";
+    for (int k = 0; k <= 30; ++k) curves += "," + std::to_string(40 + i * k % 11);
+  }
+  folder_.Write("curves.csv", curves);
+  const std::string command =
+      "judge curves.csv curves.csv --format csv --illuminants "
+      "0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,"
+      "21,22,23,24,25";
+  for (const std::string options : {"", " --ellipse --tolerance 0.8", " --digits 3"}) {
+    const std::string rows = Run(command + options + " | sort").out;
+    EXPECT_EQ(std::ranges::count(rows, '\n'), 50 * 26 + 1) << options;
+    EXPECT_EQ(rows, Run(command + options + " --worst-first | sort").out) << options;
+  }
+}
+
 TEST_F(Judging, SearchesTheNearestStandards) {
   const std::string kHeader = "sample,rank,standard,difference\n";
   const std::string kLab = " --system lab --illuminants D65 --format csv";

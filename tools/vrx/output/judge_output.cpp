@@ -66,7 +66,7 @@ class CsvJudgeRows {
       words_.emplace_back("," + TextOf(static_cast<ShadeWord>(word)));
       longestWord = std::max(longestWord, words_.back().Bytes());
     }
-    constexpr std::size_t kVerdicts = 3 * 2, kLineEnd = 1;
+    constexpr std::size_t kVerdicts = 6, kLineEnd = 1;
     longestRest_ +=
         numbersOfRow_ * (1 + OutputStream::kLongestNumber) + 3 * longestWord + kVerdicts + kLineEnd;
   }
