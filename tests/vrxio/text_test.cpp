@@ -1,4 +1,4 @@
-// Texts from outside, and the wavelengths and steps of curves: Unicode as RFC 3629 defines it, interpolation against a polynomial.
+// Texts from outside: Unicode as RFC 3629 defines it. And the steps of curves: interpolation against polynomials.
 
 #include <vrxio/text.h>
 
