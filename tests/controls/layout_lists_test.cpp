@@ -1,5 +1,7 @@
 // The parts of lists, trees, fields and tabs that need no window.
 
+#include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <random>
 #include <set>
@@ -174,6 +176,195 @@ TEST(Drag, ReordersAndExchanges) {
   EXPECT_FALSE(lists.SetChosen(Rows{5}));
   lists.Choose(Rows{9, -1}, 7);
   EXPECT_EQ(lists.Chosen(), (Rows{1}));
+}
+
+// Every row that a list shows is at the place where it says that it is.
+TEST(ListState, ShowsScrollsAndTellsChanges) {
+  ListState list;
+  list.SetCount(100);
+  list.SetHeights(10, 59);  // five whole rows
+  EXPECT_EQ(list.RowsInView(), 5);
+  EXPECT_EQ(list.LastTop(), 95);
+  const struct {
+    int32_t show, top;
+  } shows[] = {{4, 0}, {5, 1}, {3, 1}, {1, 1}, {0, 0}, {99, 95}, {95, 95}, {94, 94}, {100, 94}, {-1, 94}};
+  for (const auto& step : shows) {
+    list.Show(step.show);
+    EXPECT_EQ(list.Top(), step.top) << step.show;
+    for (int32_t row = 0; row < list.RowsInView(); ++row) {
+      EXPECT_EQ(list.RowAt(10 * row), list.Top() + row);
+      EXPECT_EQ(list.RowAt(10 * row + 9), list.Top() + row);
+    }
+  }
+  list.SetHeights(10, 9);  // less than a row: one counts
+  EXPECT_EQ(list.RowsInView(), 1);
+  EXPECT_EQ(list.LastTop(), 99);
+  EXPECT_TRUE(list.Press(ListKey::kPageDown, false, false));  // a page is one row at least
+  EXPECT_EQ(list.Current(), 0);
+  EXPECT_TRUE(list.Press(ListKey::kPageDown, false, false));
+  EXPECT_EQ(list.Current(), 1);
+
+  // Whether something changed.
+  EXPECT_TRUE(list.Click(7, false, false));
+  EXPECT_FALSE(list.Click(7, false, false));
+  EXPECT_FALSE(list.Click(100, false, false));
+  EXPECT_FALSE(list.Space(false));
+  EXPECT_TRUE(list.Press(ListKey::kHome, false, false));
+  EXPECT_FALSE(list.Press(ListKey::kUp, false, false));
+  list.SetSelected(0, 0, false);
+  EXPECT_TRUE(list.Space(false));
+  list.Select(100);
+  EXPECT_EQ(list.Current(), -1);
+  EXPECT_EQ(list.Selected().Count(), 0);
+  EXPECT_FALSE(list.Space(true));
+
+  // A list of single selection takes the last of several rows.
+  list.SetSelected(9, 6, true);
+  EXPECT_EQ(list.Selected().Rows(), (Rows{9}));
+  list.multiple = true;
+  list.SetSelected(12, 98, true);
+  list.SetSelected(-5, 96, false);
+  EXPECT_EQ(list.Selected().Rows(), (Rows{97, 98}));
+  list.SetSelected(120, 130, true);
+  EXPECT_EQ(list.Selected().Count(), 2);
+  // The anchor moves with the rows before it; a current row that is removed leaves its place to the next one.
+  list.SetCurrent(50);
+  list.InsertRow(50);
+  EXPECT_EQ(list.Current(), 51);
+  EXPECT_TRUE(list.Press(ListKey::kDown, true, false));
+  EXPECT_EQ(list.Selected().Rows(), (Rows{51, 52}));
+  list.RemoveRow(0);
+  EXPECT_EQ(list.Current(), 51);
+  EXPECT_TRUE(list.Press(ListKey::kDown, true, false));
+  EXPECT_EQ(list.Selected().Rows(), (Rows{50, 51, 52}));
+  list.RemoveRow(52);
+  EXPECT_EQ(list.Current(), 52);
+  EXPECT_EQ(list.Selected().Rows(), (Rows{50, 51}));
+  list.ScrollTo(1000);
+  EXPECT_EQ(list.Top(), 98);
+  list.SetCount(60);
+  EXPECT_EQ(list.Top(), 59);
+  list.SetCount(52);
+  EXPECT_EQ(list.Current(), 51);
+  EXPECT_EQ(list.Selected().Rows(), (Rows{50, 51}));
+  list.SetCount(51);
+  EXPECT_EQ(list.Current(), 50);
+  EXPECT_EQ(list.Selected().Rows(), (Rows{50}));
+}
+
+// A step up and a step down with the gap that GapOfStep gives bring a block back to where it was.
+TEST(Drag, StepsOfABlockGoThereAndBack) {
+  constexpr int32_t kCount = 7;
+  for (int32_t first = 0; first < kCount; ++first) {
+    for (int32_t last = first; last < kCount - 1; ++last) {
+      Rows block, moved;
+      for (int32_t row = first; row <= last; ++row) block.push_back(row), moved.push_back(row + 1);
+      const Rows down = OrderAfterDrag(kCount, block, GapOfStep(kCount, block, 1));
+      EXPECT_EQ(down[static_cast<std::size_t>(first)], last + 1);
+      const Rows up = OrderAfterDrag(kCount, moved, GapOfStep(kCount, moved, -1));
+      for (std::size_t i = 0; i < down.size(); ++i) {
+        EXPECT_EQ(down[static_cast<std::size_t>(up[i])], static_cast<int32_t>(i));
+      }
+    }
+  }
+}
+
+// What can be clicked on lies where it is drawn.
+TEST(RowLayout, PartsAreWhereTheyAreDrawn) {
+  const Look look{2, 30, 14};
+  EXPECT_EQ(RowLayout(look, false).Height(), 38);  // the text, and a margin of 2 x 2 pixels above and below
+  for (const bool isTree : {false, true}) {
+    RowLayout layout(look, isTree);
+    for (const int32_t level : {0, 3}) {
+      for (const Expander expander : {Expander::kNone, Expander::kClosed, Expander::kOpen}) {
+        for (const CheckState check :
+             {CheckState::kNone, CheckState::kOff, CheckState::kOn, CheckState::kMixed}) {
+          RowLook row;
+          row.text = u"name";
+          row.level = level;
+          row.expander = expander;
+          row.check = check;
+          row.standard = Swatch{0x112233, true};
+          Picture picture;
+          layout.Draw(picture, {100, 50, 700, 38}, row);
+          double textLeft = 0, markCentre = -1, checkCentre = -1;
+          int32_t polygons = 0, lines = 0;
+          for (const Shape& shape : picture.Shapes()) {
+            if (shape.kind == Shape::Kind::kText) textLeft = shape.box.left - 100;
+            if (shape.kind == Shape::Kind::kRectangle && shape.stroke == Paint(Role::kFrame) &&
+                checkCentre < 0 && shape.box.width == shape.box.height) {
+              checkCentre = shape.box.Centre().x - 100;
+              EXPECT_NEAR(shape.box.Centre().y, 69, 1);
+            }
+            lines += shape.kind == Shape::Kind::kLine ? 1 : 0;
+            if (shape.kind != Shape::Kind::kPolygon) continue;
+            ++polygons;
+            markCentre = (std::min(shape.points[0].x, shape.points[2].x) + shape.points[1].x) / 2 - 100;
+          }
+          EXPECT_EQ(textLeft, layout.TextLeft(row));
+          EXPECT_EQ(layout.PartAt(row, textLeft), RowPart::kText);
+          EXPECT_EQ(polygons, isTree && expander != Expander::kNone ? 1 : 0);
+          EXPECT_EQ(lines, check == CheckState::kOn ? 1 : 0);
+          if (polygons > 0) {
+            EXPECT_EQ(layout.PartAt(row, markCentre), RowPart::kExpander);
+          }
+          ASSERT_EQ(checkCentre >= 0, check != CheckState::kNone);
+          if (checkCentre < 0) continue;
+          EXPECT_EQ(layout.PartAt(row, checkCentre), RowPart::kCheck);
+          EXPECT_EQ(layout.PartAt(row, checkCentre - 20),
+                    isTree && expander != Expander::kNone ? RowPart::kExpander : RowPart::kText);
+          EXPECT_EQ(layout.PartAt(row, checkCentre + 20), RowPart::kText);
+        }
+      }
+    }
+  }
+}
+
+TEST(RowLayout, ColumnsCoverTheRow) {
+  RowLayout layout({1, 16, 7}, false);
+  layout.columns = {100, 60};
+  const auto textsOf = [&](const RowLook& row) {
+    Picture picture;
+    layout.Draw(picture, {10, 0, 300, 20}, row);
+    std::string texts;
+    for (const Shape& shape : picture.Shapes()) {
+      if (shape.kind != Shape::Kind::kText) continue;
+      texts += shape.text.ToUtf8() + '@' + std::to_string(std::lround(shape.box.left)) + '+' +
+               std::to_string(std::lround(shape.box.width)) + ' ';
+    }
+    return texts;
+  };
+  RowLook row;
+  row.text = u"a\tb\tc";
+  EXPECT_EQ(textsOf(row), "a@13+95 b@113+55 c@173+135 ");
+  row.text = u"a\t\tc";
+  EXPECT_EQ(textsOf(row), "a@13+95 c@173+135 ");
+  row.text = u"alone";
+  EXPECT_EQ(textsOf(row), "alone@13+95 ");
+  layout.columns = {};
+  EXPECT_EQ(textsOf(row), "alone@13+295 ");
+  // A bar of one colour takes two squares of a row's height, one of two colours four.
+  row.standard = Swatch{};
+  EXPECT_EQ(textsOf(row), "alone@53+255 ");
+  row.trial = Swatch{};
+  EXPECT_EQ(textsOf(row), "alone@93+215 ");
+
+  const struct {
+    bool enabled, selected;
+    Role ink, paper;
+  } rows[] = {{true, false, Role::kText, Role::kPaper},
+              {true, true, Role::kSelectionText, Role::kSelection},
+              {false, false, Role::kMuted, Role::kPaper}};
+  for (const auto& look : rows) {
+    RowLook plain;
+    plain.text = u"x";
+    plain.enabled = look.enabled;
+    plain.selected = look.selected;
+    Picture picture;
+    layout.Draw(picture, {0, 0, 100, 20}, plain);
+    EXPECT_EQ(picture.Shapes().front().fill, Paint(look.paper));
+    EXPECT_EQ(picture.Shapes().back().fill, Paint(look.ink));
+  }
 }
 
 TEST(Tree, ShowsWhatIsExpanded) {

@@ -98,6 +98,185 @@ TEST(Polyline, StandsWhereItsValuesAre) {
   }
 }
 
+// The contrast of WCAG 2.1: (L1 + 0.05) / (L2 + 0.05) of the relative luminances, from the sRGB of 0x00BBGGRR.
+double Contrast(uint32_t one, uint32_t other) {
+  const auto luminance = [](uint32_t color) {
+    const auto linear = [&](uint32_t shift) {
+      const double c = (color >> shift & 0xFF) / 255.0;
+      return c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(0) + 0.7152 * linear(8) + 0.0722 * linear(16);
+  };
+  const double a = luminance(one), b = luminance(other);
+  return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
+// Success criteria 1.4.3 and 1.4.11: texts stand out by 4.5 to 1, what has to be told apart by 3 to 1.
+TEST(Shapes, AreSeenOnTheirPaper) {
+  Palette dark;
+  dark.paper = 0x202020;
+  dark.text = 0xF0F0F0;
+  for (const Palette& palette : {Palette(), dark}) {
+    for (const Role role : {Role::kText, Role::kLabel, Role::kStandard}) {
+      EXPECT_GE(Contrast(ColorOf(role, palette), palette.paper), 4.5) << static_cast<int>(role);
+    }
+    for (const Role role :
+         {Role::kTrial, Role::kOther, Role::kPass, Role::kWarning, Role::kFail, Role::kFrame}) {
+      EXPECT_GE(Contrast(ColorOf(role, palette), palette.paper), 3.0) << static_cast<int>(role);
+    }
+    EXPECT_LT(Contrast(ColorOf(Role::kGrid, palette), palette.paper), 1.6);  // it stays behind
+  }
+  EXPECT_EQ(ColorOf(Role::kFrame, Palette()), 0x8C8C8CU);
+  // The name on a swatch is black or white, and read on every grey and on pure hues.
+  std::vector<uint32_t> colors = {0x0000FF, 0x00FF00, 0xFF0000, 0x00FFFF, 0xFF00FF, 0xFFFF00};
+  for (uint32_t grey = 0; grey < 256; grey += 5) colors.push_back(grey * 0x010101);
+  for (const uint32_t color : colors) {
+    SwatchPair pair;
+    pair.hasTrial = false;
+    pair.standard = {color, true};
+    pair.standardName = u"name";
+    Picture picture;
+    DrawSwatchPair(picture, {0, 0, 90, 60}, pair, kLook);
+    ASSERT_EQ(picture.Shapes().size(), 2U);
+    EXPECT_EQ(picture.Shapes()[0].box, (Rect{0, 0, 90, 60}));
+    EXPECT_EQ(picture.Shapes()[1].box, (Rect{3, 41, 84, 16}));
+    EXPECT_GE(Contrast(picture.Shapes()[1].fill->FixedColor(), color), 3.0) << std::hex << color;
+    Picture low;  // no room for the name
+    DrawSwatchPair(low, {0, 0, 90, 22}, pair, kLook);
+    EXPECT_EQ(low.Shapes().size(), 1U);
+  }
+}
+
+TEST(Shapes, KeepTheirSizeAndPlace) {
+  EXPECT_EQ((Rect{10, 20, 30, 8}.Inset(2)), (Rect{12, 22, 26, 4}));
+  EXPECT_EQ((Rect{10, 20, 30, 8}.Inset(5)), (Rect{15, 24, 20, 0}));
+  const Rect box{1, 2, 3, 4};
+  const std::pair<CDblPoint, bool> points[] = {{{1, 2}, true},     {{4, 2}, false},   {{1, 6}, false},
+                                               {{3.9, 5.9}, true}, {{0.9, 3}, false}, {{2, 1.9}, false}};
+  for (const auto& [point, isInside] : points)
+    EXPECT_EQ(box.Contains(point), isInside) << point.x << ' ' << point.y;
+
+  // A mark reaches as far as its radius on every side.
+  for (const Mark mark : {Mark::kDot, Mark::kTriangle, Mark::kCross, Mark::kPlus}) {
+    Picture picture;
+    picture.AddMark({50, 40}, mark, Role::kPass, 3);
+    double left = 1e9, right = -1e9, top = 1e9, bottom = -1e9;
+    for (const Shape& shape : picture.Shapes()) {
+      std::vector<CDblPoint> corners = shape.points;
+      if (shape.kind == Kind::kEllipse)
+        corners = {{shape.box.left, shape.box.top}, {shape.box.Right(), shape.box.Bottom()}};
+      for (const CDblPoint& point : corners) {
+        left = std::min(left, point.x), right = std::max(right, point.x);
+        top = std::min(top, point.y), bottom = std::max(bottom, point.y);
+      }
+    }
+    EXPECT_EQ((Rect{left, top, right - left, bottom - top}), (Rect{47, 37, 6, 6})) << static_cast<int>(mark);
+  }
+  Picture picture;
+  for (const double x : {10.0, 20.0, 20.0}) picture.AddTarget({{x, 0}, 1, static_cast<int32_t>(x)});
+  const std::pair<CDblPoint, int32_t> reaches[] = {
+      {{15, 0}, 0}, {{16, 0}, 1}, {{20, 5}, 1}, {{20, 5.1}, -1}, {{5, 0}, 0}, {{4.9, 0}, -1}, {{14, 4}, -1}};
+  for (const auto& [point, target] : reaches)
+    EXPECT_EQ(picture.TargetAt(point, 5), target) << point.x << ' ' << point.y;
+  // Mirrored twice, a picture is what it was.
+  picture.Text({10, 0, 20, 16}, u"text", Role::kText);
+  picture.Text({10, 0, 20, 16}, u"text", Role::kText, Align::kMiddle);
+  picture.AddMark({40, 9}, Mark::kTriangle, Role::kWarning, 3);
+  picture.Line(std::vector<CDblPoint>{{1, 2}, {3, 9}, {8, 4}}, Role::kText);
+  picture.KeepDirection();
+  Picture mirrored = picture;
+  mirrored.MirrorIn(120);
+  EXPECT_EQ(mirrored.Targets()[0].at, (CDblPoint{110, 0}));
+  EXPECT_EQ(mirrored.Shapes()[1].align, Align::kMiddle);
+  mirrored.MirrorIn(120);
+  for (std::size_t i = 0; i < picture.Shapes().size(); ++i) {
+    const Shape &one = picture.Shapes()[i], &other = mirrored.Shapes()[i];
+    EXPECT_EQ(one.box, other.box);
+    EXPECT_EQ(one.align, other.align);
+    ASSERT_EQ(one.points.size(), other.points.size());
+    for (std::size_t k = 0; k < one.points.size(); ++k)
+      EXPECT_NEAR(one.points[k].x, other.points[k].x, 1e-12);
+  }
+  Picture ring;
+  ring.AddTarget({{30, 40}});
+  for (const int32_t nobody : {-1, 1}) MarkCurrent(ring, nobody, kLook);
+  EXPECT_TRUE(ring.Shapes().empty());
+  MarkCurrent(ring, 0, {2, 16, 7});
+  ASSERT_EQ(ring.Shapes().size(), 1U);
+  EXPECT_EQ(ring.Shapes()[0].box, (Rect{18, 28, 24, 24}));
+}
+
+TEST(Axes, CarryValuesToPixels) {
+  const PlotArea area({100, 50, 200, 80}, TicksFor({0, 10}, 5), TicksFor({-1, 1}, 4));
+  const struct {
+    CDblPoint value, at, within;
+  } rows[] = {{{0, -1}, {100, 130}, {100, 130}},
+              {{10, 1}, {300, 50}, {300, 50}},
+              {{2.5, 0.5}, {150, 70}, {150, 70}},
+              {{-5, 2}, {0, 10}, {100, 50}},
+              {{15, -2}, {400, 170}, {300, 130}}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(area.At(row.value.x, row.value.y), row.at);
+    EXPECT_EQ(area.Within(row.value.x, row.value.y), row.within);
+  }
+  Picture picture;
+  for (const double y : {-1.0, 0.0, 1.0, 1.01, -1.01, kUnset, kNaN})
+    area.Horizontal(picture, y, Role::kFail, 1, true);
+  ASSERT_EQ(picture.Shapes().size(), 3U);
+  EXPECT_EQ(picture.Shapes()[1].points, (std::vector<CDblPoint>{{100, 90}, {300, 90}}));
+  Interval interval = kNoInterval;
+  for (const double value : {kNaN, kUnset, 3.0, HUGE_VAL, -2.0, -HUGE_VAL}) Widen(interval, value);
+  EXPECT_EQ(interval.lower, -2);
+  EXPECT_EQ(interval.upper, 3);
+  // Labels of x that would touch are left out; each tick has its line all the same.
+  for (const double width : {40.0, 120.0, 600.0}) {
+    const PlotArea narrow({0, 0, width, 80}, TicksFor({0, 1}, 10), TicksFor({0, 1}, 1));
+    Picture labelled;
+    narrow.PaintX(labelled, kLook, u"");
+    EXPECT_EQ(ShapesOf(labelled, Kind::kLine).size(), 11U);
+    const std::vector<Shape> labels = ShapesOf(labelled, Kind::kText, Role::kLabel);
+    EXPECT_GE(labels.size(), 2U);
+    EXPECT_EQ(labels.size() == 11, width == 600);
+    for (std::size_t i = 1; i < labels.size(); ++i) EXPECT_GE(labels[i].box.left, labels[i - 1].box.Right());
+  }
+}
+
+TEST(Polyline, OfACrowdOneIsMarkedAndEveryFail) {
+  CDblPolyline line;
+  line.marked = true;
+  for (int32_t i = 0; i < 60; ++i) {
+    line.Add({1 + i * 1e-6, 1});
+    line.verdicts.Add(i % 20 == 19 ? kFail : kPass);
+  }
+  line.Add({0, 0}), line.Add({2, 2});
+  Picture picture;
+  DrawPolylines(picture, {0, 0, 300, 300}, {&line, 1}, kLook);
+  EXPECT_EQ(picture.Targets().size(), 62U);
+  EXPECT_EQ(ShapesOf(picture, Kind::kLine, Role::kFail).size(), 3U * 2);
+  EXPECT_LE(ShapesOf(picture, Kind::kEllipse, Role::kPass).size(),
+            2U);  // the crowd may lie on the edge of two pixels
+  EXPECT_EQ(ShapesOf(picture, Kind::kEllipse, Role::kStandard).size(), 2U);
+  // The name of a point goes before that of its line.
+  line.name = u"line";
+  line.names.Add(u"first");
+  EXPECT_EQ(PointName({&line, 1}, {{}, 0, 0}).ToUtf8().substr(0, 7), "first: ");
+  EXPECT_EQ(PointName({&line, 1}, {{}, 0, 1}).ToUtf8().substr(0, 6), "line: ");
+  for (const Target& target : {Target{{}, 1, 0}, Target{{}, 0, 62}, Target{{}, 0, -1}}) {
+    EXPECT_TRUE(PointName({&line, 1}, target).IsEmpty());
+  }
+  // The line of no width, and ranges that the axes show at least.
+  line.width = 0;
+  line.xRange = {-10, 10};
+  line.yRange = {0, 20};
+  Picture wide;
+  DrawPolylines(wide, {0, 0, 300, 300}, {&line, 1}, kLook);
+  EXPECT_TRUE(ShapesOf(wide, Kind::kLine, Role::kStandard).empty());
+  const Rect frame = ShapesOf(wide, Kind::kRectangle, Role::kFrame)[0].box;
+  EXPECT_NEAR(wide.Targets()[60].at.x, frame.Centre().x, 1e-9);
+  EXPECT_NEAR(wide.Targets()[60].at.y, frame.Bottom(), 1e-9);
+  EXPECT_NEAR(wide.Targets()[61].at.y, frame.Bottom() - frame.height / 10, 1e-9);
+}
+
 TEST(Plane, OutlinesAreTheTolerances) {
   CEllipseData ellipse;
   const double values[] = {0.1, 0.5, -0.2, 1, 2, 0.75, 30, 1, 1};
@@ -233,6 +412,104 @@ TEST(Charts, AreMadeOfTheirData) {
   EXPECT_EQ(TrendLine(trend).verdicts[1], kFail);
   EXPECT_EQ(TrendLevels(trend).size(), 1U);
   EXPECT_TRUE(TrendLevels({u"", {1}, kUnset, 1}).empty());
+}
+
+TEST(Charts, GradeByTheirLimits) {
+  // Exactly at the limit and at the beginning of the warning band a value still passes on the better side.
+  TrendData trend;
+  trend.totals = {0, 1.5, 1.6, 2, 2.1, kUnset};
+  trend.limit = 2;
+  trend.warningFactor = 0.75;
+  const CDblPolyline line = TrendLine(trend);
+  const Verdict expected[] = {kPass, kPass, kWarning, kWarning, kFail};
+  for (int32_t i = 0; i < 5; ++i) {
+    EXPECT_EQ(line.verdicts[i], expected[i]) << i;
+    EXPECT_EQ(line[i].x, i + 1);  // trials are counted from 1
+  }
+  const std::vector<LevelLine> levels = TrendLevels(trend);
+  ASSERT_EQ(levels.size(), 2U);
+  EXPECT_EQ(levels[0].y, 2);
+  EXPECT_EQ(levels[1].y, 1.5);
+  EXPECT_TRUE(!levels[0].dashed && levels[1].dashed);
+  trend.limit = kUnset;
+  EXPECT_EQ(TrendLine(trend).verdicts.GetSize(), 0);
+
+  AnglesData angles{u"dE", {15, 25, 45}, {{1, 2}, {1, 1, 1}}, {2, kUnset}, 1};
+  const std::vector<CDblPolyline> lines = AngleLines(angles);
+  ASSERT_EQ(lines.size(), 3U);  // no warning band
+  EXPECT_TRUE(IsUnset(lines[0][2].y));
+  EXPECT_EQ(lines[2].GetSize(), 2);
+  EXPECT_EQ(lines[2][0], (CDblPoint{15, 2}));
+  EXPECT_TRUE(IsUnset(lines[2][1].y));
+  angles.limits.clear();
+  EXPECT_EQ(AngleLines(angles).size(), 2U);
+  EXPECT_EQ(AngleLines(angles)[0].verdicts.GetSize(), 0);
+
+  CurvesData curves;
+  curves.first = 380;
+  curves.step = 20;
+  curves.curves = {{10, 20}, {11, 19}, {12, 22}, {13, 23}};
+  const std::vector<CDblPolyline> all = CurveLines(curves), differences = CurveDifferences(curves);
+  ASSERT_EQ(all.size(), 4U);
+  ASSERT_EQ(differences.size(), 3U);
+  EXPECT_EQ(all[1][1], (CDblPoint{400, 19}));
+  EXPECT_EQ(all[0].paint, Paint(Role::kStandard));
+  EXPECT_EQ(all[0].width, 2);
+  for (std::size_t i = 1; i < 4; ++i) {
+    EXPECT_EQ(all[i].width, 1);
+    EXPECT_EQ(all[i].paint, differences[i - 1].paint);  // a trial's difference looks like its curve
+    EXPECT_EQ(all[i].dashed, differences[i - 1].dashed);
+    for (std::size_t k = 0; k < i; ++k)
+      EXPECT_FALSE(all[i].paint == all[k].paint && all[i].dashed == all[k].dashed);
+  }
+  curves.curves.resize(1);
+  Picture alone, without;
+  DrawCurves(alone, {0, 0, 400, 400}, curves, kLook);
+  curves.withDifference = false;
+  DrawCurves(without, {0, 0, 400, 400}, curves, kLook);
+  EXPECT_EQ(alone.Shapes().size(),
+            without.Shapes().size());  // nothing to subtract: the curve has all the room
+  EXPECT_EQ(ShapesOf(alone, Kind::kRectangle, Role::kFrame).size(), 1U);
+}
+
+TEST(Progress, RoundsAsOneExpects) {
+  const std::pair<double, const char*> times[] = {{0, "50 %  0:00 left"},
+                                                  {0.2, "50 %  0:01 left"},
+                                                  {59.2, "50 %  1:00 left"},
+                                                  {3599, "50 %  59:59 left"},
+                                                  {3599.5, "50 %  1:00:00 left"},
+                                                  {86'400, "50 %  24:00:00 left"},
+                                                  {31 * 86'400.0, "50 %"},
+                                                  {HUGE_VAL, "50 %"},
+                                                  {-0.5, "50 %"}};
+  for (const auto& [seconds, text] : times) {
+    EXPECT_EQ(ProgressText({0, 2, 1, seconds, -1, u""}).ToUtf8(), text);
+  }
+  const std::pair<int32_t, Role> bars[] = {{kPass, Role::kPass},
+                                           {kWarning, Role::kWarning},
+                                           {kFail, Role::kFail},
+                                           {-1, Role::kSelection},
+                                           {99, Role::kSelection}};
+  for (const auto& [verdict, role] : bars) {
+    Picture picture;
+    DrawProgress(picture, {5, 0, 201, 20}, {10, 20, 12.5, -1, verdict, u""}, kLook);
+    const std::vector<Shape> bar = ShapesOf(picture, Kind::kRectangle, role);
+    ASSERT_EQ(bar.size(), 1U) << verdict;
+    EXPECT_EQ(bar[0].box, (Rect{5, 0, 50, 20}));
+  }
+  EXPECT_EQ(PartDone({20, 10, 15, -1, -1, u""}), 0);
+  EXPECT_EQ(PartDone({10, 20, 5, -1, -1, u""}), 0);
+  const struct {
+    double width, height;
+    PictureMode mode;
+    Rect place;
+  } places[] = {{50, 20, PictureMode::kStretch, {10, 20, 100, 60}},
+                {20, 60, PictureMode::kFit, {50, 20, 20, 60}},
+                {300, 60, PictureMode::kFit, {10, 40, 100, 20}},
+                {200, 100, PictureMode::kCentre, {-40, 0, 200, 100}},
+                {50, -1, PictureMode::kFit, {10, 20, 100, 60}}};
+  for (const auto& row : places)
+    EXPECT_EQ(PicturePlace({10, 20, 100, 60}, row.width, row.height, row.mode), row.place);
 }
 
 TEST(Progress, TellsHowFarAndHowLong) {

@@ -125,6 +125,16 @@ TEST(Resampler, IsExactForWhatItsPolynomialsAre) {
     for (std::size_t i = 3; i < 7; ++i) EXPECT_NEAR(got[i], expected[i], 1e-12) << to[i];
     EXPECT_GT(std::fabs(got[2] - expected[2]), 1e-4);  // a quadratic is no cubic
     EXPECT_GT(std::fabs(got[7] - expected[7]), 1e-4);
+    // Between 440 and 460 the two nearest on each side count, and at the ends the three: no others do.
+    const std::vector<double> before = got, all = y;
+    const std::pair<std::vector<std::size_t>, std::vector<std::size_t>> kWithout[] = {
+        {{0, 5}, {4, 5, 6}}, {{3, 4, 5}, {2}}, {{0, 1, 2}, {7}}};
+    for (const auto& [changed, kept] : kWithout) {
+      y = all;
+      for (const std::size_t node : changed) y[node] += 1000;
+      resampler.Convert(y, got.data());
+      for (const std::size_t i : kept) EXPECT_EQ(got[i], before[i]) << to[i];
+    }
   }
   // Of finer wavelengths every second value is taken as it is, whatever lies between.
   const std::vector<double> fine{400, 405, 410, 415, 420}, y{1, 99, 2, 99, 3};
