@@ -183,21 +183,21 @@ std::uint64_t TwoOverPiDigits(unsigned from) {
   return {steps, AddOrdered(r.hi, r.lo + (fraction.hi * kStep.lo + fraction.lo * kStep.hi))};
 }
 
-/// sin(x + offset pi/128), negated if `sign` is kSignBit, for any finite x >= 0.
-[[gnu::noinline]] double SineReducedExactly(double x, std::uint32_t offset, std::uint64_t sign) {
+/// sin(x + offset pi/128) for any finite x >= 0.
+[[gnu::noinline]] double SineReducedExactly(double x, std::uint32_t offset) {
   Angle angle = ReduceExactly(x);
   angle.steps += offset;
-  return WithSign(SineAtNode(angle), sign);
+  return SineAtNode(angle);
 }
 
 /// The same, faster. Larger x than 10^5, and those of which so little is left that the short reduction does not
 /// suffice, are reduced exactly.
-VRX_LANE_INLINE double ShiftedSine(double x, std::uint32_t offset, std::uint64_t sign) {
-  if (x > 1e5) return SineReducedExactly(x, offset, sign);
+VRX_LANE_INLINE double ShiftedSine(double x, std::uint32_t offset) {
+  if (x > 1e5) return SineReducedExactly(x, offset);
   ModerateAngle<double> angle = ReduceModerate(x);
-  if (angle.left < kLeastLeft && angle.steps != 0) return SineReducedExactly(x, offset, sign);
+  if (angle.left < kLeastLeft && angle.steps != 0) return SineReducedExactly(x, offset);
   angle.reduced.steps += offset;
-  return WithSign(SineAtNode(angle.reduced), sign);
+  return SineAtNode(angle.reduced);
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -269,13 +269,14 @@ double Sin(double x) noexcept {
   const double size = std::fabs(x);
   if (size < 0x1p-26) return x;
   if (!(size < kInfinity)) return kNaN;
-  return ShiftedSine(size, 0, ToBits(x) & kSignBit);
+  const bool negative = std::signbit(x);  // half a turn further every digit is the same
+  return ShiftedSine(size, negative ? 2 * kQuarterTurn : 0);
 }
 
 double Cos(double x) noexcept {
   const double size = std::fabs(x);
   if (!(size < kInfinity)) return kNaN;
-  return ShiftedSine(size, kQuarterTurn, 0);
+  return ShiftedSine(size, kQuarterTurn);
 }
 
 double Atan(double x) noexcept {

@@ -66,10 +66,10 @@ struct LaneTraits<double> {
   static constexpr bool kRoundsOnce = false;
   template <class Node>
   static VRX_LANE_INLINE auto Entry(const Node* table, Words index) {
-    constexpr int kFields = sizeof(Node) / sizeof(double);
-    EntryOf<double, kFields> entry;
-    for (int k = 0; k < kFields; ++k) entry.fields[k] = reinterpret_cast<const double*>(table + index)[k];
-    return entry;
+    struct Place {
+      const double* fields;
+    };
+    return Place{reinterpret_cast<const double*>(table + index)};
   }
 };
 
