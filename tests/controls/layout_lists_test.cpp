@@ -227,6 +227,13 @@ TEST(ListState, ShowsScrollsAndTellsChanges) {
   EXPECT_EQ(list.Selected().Rows(), (Rows{97, 98}));
   list.SetSelected(120, 130, true);
   EXPECT_EQ(list.Selected().Count(), 2);
+  // With Ctrl the current row moves alone, and a click on it alone may change what is selected: either is a change.
+  list.SetCurrent(98);
+  EXPECT_TRUE(list.Press(ListKey::kUp, false, true));
+  EXPECT_EQ(list.Selected().Count(), 2);
+  list.SetCurrent(98);
+  EXPECT_TRUE(list.Click(98, false, false));
+  EXPECT_EQ(list.Selected().Rows(), (Rows{98}));
   // The anchor moves with the rows before it; a current row that is removed leaves its place to the next one.
   list.SetCurrent(50);
   list.InsertRow(50);
