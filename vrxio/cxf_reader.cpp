@@ -512,6 +512,7 @@ class CxfReader final : public MeasurementReader {
     sample.firstValue = values_.size();
     ReadFractions(element);
     sample.count = values_.size() - sample.firstValue;
+    if (sample.count == 0) markup_.Fail(xml_.Line(element), "ReflectanceSpectrum has no values");
     xml_.Attribute(element, "MeasureDate", sample.date);
     sample.layout = LayoutOf(sample.measuring, Range(element, sample));
     sample.geometry = AngleOf(element, sample.measuring);

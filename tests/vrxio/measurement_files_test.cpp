@@ -187,6 +187,8 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
       {Cxf(kSpectrum, kMeasuring).substr(0, 330), "the file ends within"},
       {kWhole.substr(0, kWhole.size() - 9), "the file ends within its root element"},
       {Cxf("<@ColorCIELab><@L>1</@L></@ColorCIELab>", kMeasuring), "ColorCIELab has no number A"},
+      {Cxf("<@ReflectanceSpectrum ColorSpecification=\"s\"> </@ReflectanceSpectrum>", kMeasuring),
+       "f (CxF3), line 4: ReflectanceSpectrum has no values"},
       {Cxf("", kMeasuring), "neither reflectances nor colours"},
       {"<!DOCTYPE a [<!ENTITY b \"bb\">]><a/>", "f (CxF3), line 1: a document type has no place"},
       {"<html/>", "the root element is html, not CxF"},
