@@ -71,15 +71,16 @@ std::string PatternOf(std::string text) {
 
 TEST(Decimal, NumbersOfAShapeAreExactAndOthersRefused) {
   constexpr std::string_view kOthers = "0123456789.,;:/-e\n\x80\xff";
-  std::mt19937_64 random(21);
-  const auto digit = [&](char c) { return c == '0' ? static_cast<char>('0' + random() % 10) : c; };
+  std::mt19937 generator(21);
+  const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(generator()) % limit; };
+  const auto digit = [&](char c) { return c == '0' ? static_cast<char>('0' + below(10)) : c; };
   for (int i = 0; i < 100'000; ++i) {
-    std::string first(1 + random() % 9, '0');
+    std::string first(1 + below(9), '0');
     const char separator = i % 2 == 0 ? '.' : ',';
-    if (i % 8 != 0) first[random() % first.size()] = separator;
+    if (i % 8 != 0) first[below(first.size())] = separator;
     std::string next = first;
     std::ranges::transform(next, next.begin(), digit);
-    if (i % 16 > 12) next[random() % next.size()] = kOthers[random() % kOthers.size()];
+    if (i % 16 > 12) next[below(next.size())] = kOthers[below(kOthers.size())];
     ShortDecimal number;
     const std::string line = first + "\n", text = next + "77777777";
     if (ReadShortDecimal(line.data(), separator, number) == nullptr) continue;  // a separator alone
