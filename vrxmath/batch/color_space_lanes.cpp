@@ -9,10 +9,6 @@ namespace {
 using Rows = const Column<const double>*;
 using Target = const Column<double>*;
 
-VRX_LANE_INLINE auto AreUnset(const Lanes* x) {
-  return IsUnset(XyzOf<Lanes>{x[0], x[1], x[2]});
-}
-
 template <std::size_t kOut>
 VRX_LANE_INLINE void StoreLab(const LabOf<Lanes>& lab, Lanes* y) {
   const Lanes numbers[5] = {lab.L, lab.a, lab.b, lab.C, lab.h};
@@ -46,9 +42,7 @@ void FromXyzWithHue(const Viewing& viewing, Rows from, Target to, std::size_t co
         LabOf<Lanes> lab = {carried.Get(0), carried.Get(1), carried.Get(2), 0.0, 0.0};
         FillChromaHue(lab);
         StoreLab<5>(lab, y);
-        const auto unset = carried.Get(3) != 0.0;
-        MarkUnset<5>(
-            unset, [&] { return unset; }, y);
+        MarkUnset<5>(carried.Get(3) != 0.0, y);
       });
   OverRows<Widths<3>, Widths<5>>(from, to, count, kernel);
 }
@@ -110,9 +104,16 @@ void ChromaHueOfRows(const Viewing&, Rows from, Target to, std::size_t count) {
 template <>
 const ColorSpaceKernels& KernelsOf<ColorSpaceKernels, VRX_LANES>() {
   static constexpr ColorSpaceKernels kKernels = {
-      &FromXyzWithHue<LabOfXyz>, &FromXyz<LabOfXyz, 3>, &ToXyz<XyzOfLab>,         &FromXyzWithHue<LuvOfXyz>,
-      &FromXyz<LuvOfXyz, 3>,     &ToXyz<XyzOfLuv>,      &FromXyz<HunterOfXyz, 5>, &FromXyz<HunterOfXyz, 3>,
-      &ToXyz<XyzOfHunter>,       &ChromaHueOfRows,
+      .xyzToLab = &FromXyzWithHue<LabOfXyz>,
+      .xyzToLabOnly = &FromXyz<LabOfXyz, 3>,
+      .labToXyz = &ToXyz<XyzOfLab>,
+      .xyzToLuv = &FromXyzWithHue<LuvOfXyz>,
+      .xyzToLuvOnly = &FromXyz<LuvOfXyz, 3>,
+      .luvToXyz = &ToXyz<XyzOfLuv>,
+      .xyzToHunter = &FromXyz<HunterOfXyz, 5>,
+      .xyzToHunterOnly = &FromXyz<HunterOfXyz, 3>,
+      .hunterToXyz = &ToXyz<XyzOfHunter>,
+      .chromaHue = &ChromaHueOfRows,
   };
   return kKernels;
 }

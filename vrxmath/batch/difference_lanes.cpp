@@ -123,9 +123,7 @@ VRX_LANE_INLINE void FinishPair(const DifferenceContext& context, Carried carrie
   d.dL = t.L - s.L, d.da = carried.Get(kDa), d.db = t.b - s.b;
   WeightCie2000Primed(s, t, parts, context.parameters[0], context.parameters[1], context.parameters[2], d);
   StoreElements<kOut>(d, y);
-  const auto unset = carried.Get(kUnsetIsOne) != 0.0;
-  MarkUnset<kOut>(
-      unset, [&] { return unset; }, y);
+  MarkUnset<kOut>(carried.Get(kUnsetIsOne) != 0.0, y);
 }
 
 enum class Fixed { kNone, kStandard, kSample };

@@ -16,10 +16,6 @@ VRX_LANE_INLINE Lanes VerdictNumber(const GradeOf<LaneMask>& grade, LaneMask uns
   return Select(grade.inside & !unset, within, Lanes(kFail));
 }
 
-VRX_LANE_INLINE LaneMask AreUnset(const Lanes* x) {
-  return IsUnset(XyzOf<Lanes>{x[0], x[1], x[2]});
-}
-
 VRX_LANE_INLINE LaneMask InBox(const Interval* box, const Lanes* x) {
   return box[0].Contains(x[0]) & box[1].Contains(x[1]) & box[2].Contains(x[2]);
 }

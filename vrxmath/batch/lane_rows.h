@@ -44,12 +44,22 @@ VRX_LANE_INLINE Lanes CanonicalNaN(Lanes x) {
   return Select(x == x, x, Lanes(kQuietNaN));
 }
 
-// Sets the numbers of unset rows to the unset value. `maybe`: a test that costs less and holds wherever `isUnset()` may.
+// Whether all three numbers of a row are unset.
+VRX_LANE_INLINE auto AreUnset(const Lanes* three) {
+  const decltype(three[0] < three[1]) all = IsUnset(three[0]) & IsUnset(three[1]) & IsUnset(three[2]);
+  return all;
+}
+
+// Sets the numbers of unset rows to the unset value.
+template <std::size_t kOut, class MASK>
+VRX_LANE_INLINE void MarkUnset(MASK unset, Lanes* y) {
+  if (!Any(unset)) return;
+  for (std::size_t k = 0; k < kOut; ++k) y[k] = Select(unset, Lanes(kUnset), y[k]);
+}
+// The same with `maybe`, a test that costs less than `isUnset()` and holds wherever that may.
 template <std::size_t kOut, class MASK, class F>
 VRX_LANE_INLINE void MarkUnset(MASK maybe, const F& isUnset, Lanes* y) {
-  if (!Any(maybe)) return;
-  const MASK unset = isUnset();
-  for (std::size_t k = 0; k < kOut; ++k) y[k] = Select(unset, Lanes(kUnset), y[k]);
+  if (Any(maybe)) MarkUnset<kOut>(isUnset(), y);
 }
 
 // Rows to columns and back, number by number. The columns are kChunkRows apart; up to `padded` they are filled with a
