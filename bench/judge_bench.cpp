@@ -14,7 +14,7 @@
 
 #include <vrxmath/judging/evaluation.h>
 
-#include <vrxio/curve_reader.h>
+#include <vrxio/files/curve_reader.h>
 
 #include "bench/harness.h"
 

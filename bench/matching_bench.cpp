@@ -16,8 +16,8 @@
 #include <string>
 #include <vector>
 
-#include <vrxio/color_system_file.h>
-#include <vrxio/curve_reader.h>
+#include <vrxio/files/curve_reader.h>
+#include <vrxio/systems/color_system_file.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/recipe.h>
 #include <vrxmath/numeric/instruction_set.h>

@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include <vrxio/decimal.h>
-#include <vrxio/measurement_files.h>
+#include <vrxio/files/measurement_files.h>
+#include <vrxio/text/decimal.h>
 #include "bench/harness.h"
 
 namespace {

@@ -8,8 +8,8 @@
 #include <sstream>
 #include <string>
 
-#include <vrxio/curve_reader.h>
-#include <vrxio/input_error.h>
+#include <vrxio/files/curve_reader.h>
+#include <vrxio/text/input_error.h>
 
 namespace {
 

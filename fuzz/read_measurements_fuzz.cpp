@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
-#include <vrxio/input_error.h>
-#include <vrxio/measurement_files.h>
-#include <vrxio/measurement_writer.h>
+#include <vrxio/files/measurement_files.h>
+#include <vrxio/files/measurement_writer.h>
+#include <vrxio/text/input_error.h>
 
 namespace {
 

@@ -16,7 +16,8 @@
 
 #include <vrxmath/platform/message_box.h>
 
-#include "tools/vrx/command_line.h"
+#include "tools/vrx/base/command_line.h"
+#include "tools/vrx/commands/commands.h"
 
 namespace {
 
@@ -110,7 +111,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   static const Place place;
   if (size == 0) return 0;
   place.Write("IN", {reinterpret_cast<const char*>(data) + 1, size - 1});
-  const int status = vrx::tool::RunTool(place.WordsOf(kCommandLines[data[0] % kCommandLines.size()]), "0");
+  const int status = vrx::tool::RunTool(place.WordsOf(kCommandLines[data[0] % kCommandLines.size()]),
+                                        vrx::tool::AllCommands(), "0");
   if (status < 0 || status > 2) std::abort();
   return 0;
 }

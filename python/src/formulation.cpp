@@ -12,8 +12,8 @@
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
 
-#include <vrxio/color_system_file.h>
-#include <vrxio/names.h>
+#include <vrxio/measurement/names.h>
+#include <vrxio/systems/color_system_file.h>
 #include <vrxmath/colorant/component_names.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/foundation/numbers.h>

@@ -7,8 +7,8 @@
 
 #include <pybind11/numpy.h>
 
-#include <vrxio/input_error.h>
-#include <vrxio/tolerance_table.h>
+#include <vrxio/csv/tolerance_table.h>
+#include <vrxio/text/input_error.h>
 #include <vrxmath/batch/color_space_batch.h>
 #include <vrxmath/batch/difference_batch.h>
 #include <vrxmath/batch/judgement_batch.h>

@@ -4,7 +4,7 @@
 
 #include <pybind11/stl.h>
 
-#include <vrxio/input_error.h>
+#include <vrxio/text/input_error.h>
 #include <vrxmath/judging/shade.h>
 #include <vrxmath/platform/exceptions.h>
 

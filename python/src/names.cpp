@@ -6,8 +6,8 @@
 #include <string_view>
 #include <utility>
 
-#include <vrxio/input_error.h>
-#include <vrxio/names.h>
+#include <vrxio/measurement/names.h>
+#include <vrxio/text/input_error.h>
 #include <vrxmath/colorimetry/user_illuminants.h>
 
 #include "python/src/arrays.h"

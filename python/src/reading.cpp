@@ -7,10 +7,10 @@
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
 
-#include <vrxio/curve_reader.h>
-#include <vrxio/input_error.h>
-#include <vrxio/measurement_files.h>
-#include <vrxio/names.h>
+#include <vrxio/files/curve_reader.h>
+#include <vrxio/files/measurement_files.h>
+#include <vrxio/measurement/names.h>
+#include <vrxio/text/input_error.h>
 
 #include "python/src/module.h"
 #include "python/src/views.h"

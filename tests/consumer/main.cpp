@@ -12,8 +12,8 @@
 #include <vrxmath/platform/message_box.h>
 
 #if !defined(_WIN32)  // whose package has no readers
-#include <vrxio/curve_reader.h>
-#include <vrxio/measurement_files.h>
+#include <vrxio/files/curve_reader.h>
+#include <vrxio/files/measurement_files.h>
 #endif
 
 namespace {

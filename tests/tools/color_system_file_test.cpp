@@ -8,7 +8,7 @@
 #include <vrxmath/formula/prediction.h>
 
 #include "tests/testing/temporary_folder.h"
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 
 namespace vrx::tool {
 namespace {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tests/testing/tool_process.h"
-#include "tools/vrx/output/picture.h"
+#include "tools/vrx/report/picture.h"
 
 namespace vrx::tool {
 namespace {

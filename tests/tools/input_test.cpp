@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include <vrxio/measurement_files.h>
+#include <vrxio/files/measurement_files.h>
 
 #include "tests/testing/temporary_folder.h"
 #include "tools/vrx/input/drawdown_file.h"

@@ -17,12 +17,12 @@
 
 #include <vrxmath/numeric/instruction_set.h>
 
-#include <vrxio/input_error.h>
+#include <vrxio/text/input_error.h>
 
 #include "tests/testing/temporary_folder.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/output/decimal_run.h"
 #include "tools/vrx/output/shortest_decimal.h"
-#include "tools/vrx/output/text.h"
 
 namespace {
 

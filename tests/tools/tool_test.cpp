@@ -16,7 +16,7 @@
 
 #include "tests/testing/rows.h"
 #include "tests/testing/tool_process.h"
-#include "tools/vrx/output/text.h"
+#include "tools/vrx/base/text.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <vrxmath/support/xml_reader.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 
 namespace vrx::tool {
 namespace {

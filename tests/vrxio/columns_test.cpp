@@ -1,6 +1,6 @@
 // Files of limits and of colour values by column: which row applies, and what is refused at which place.
 
-#include <vrxio/tolerance_table.h>
+#include <vrxio/csv/tolerance_table.h>
 
 #include <array>
 #include <gtest/gtest.h>
@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include <vrxio/input_error.h>
-#include <vrxio/names.h>
-#include <vrxio/value_columns.h>
+#include <vrxio/csv/value_columns.h>
+#include <vrxio/measurement/names.h>
+#include <vrxio/text/input_error.h>
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Files of curves: every form gives the same curve, and every fault its place and reason.
 
-#include <vrxio/curve_reader.h>
+#include <vrxio/files/curve_reader.h>
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include <vrxio/input_error.h>
+#include <vrxio/text/input_error.h>
 #include "tests/testing/rows.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // Decimal texts to doubles: the standard library's from_chars is the oracle.
 
-#include <vrxio/decimal.h>
+#include <vrxio/text/decimal.h>
 
 #include <algorithm>
 #include <bit>
@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include <vrxio/number_shape.h>
+#include <vrxio/text/number_shape.h>
 
 namespace {
 

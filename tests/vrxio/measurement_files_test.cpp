@@ -1,6 +1,6 @@
 // Files of measurements in every form: what is read of them, and what is refused with which reason.
 
-#include <vrxio/measurement_files.h>
+#include <vrxio/files/measurement_files.h>
 
 #include <algorithm>
 #include <cmath>
@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include <vrxio/bandpass.h>
-#include <vrxio/curve_reader.h>
-#include <vrxio/decimal.h>
-#include <vrxio/input_error.h>
-#include <vrxio/shown_text.h>
+#include <vrxio/files/curve_reader.h>
+#include <vrxio/measurement/bandpass.h>
+#include <vrxio/text/decimal.h>
+#include <vrxio/text/input_error.h>
+#include <vrxio/text/shown_text.h>
 #include "tests/testing/rows.h"
 
 namespace {

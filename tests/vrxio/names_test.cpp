@@ -1,6 +1,6 @@
 // Names as people and instruments write them: of illuminants, systems, geometries, columns and wavelengths.
 
-#include <vrxio/names.h>
+#include <vrxio/measurement/names.h>
 
 #include <gtest/gtest.h>
 #include <string>
@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include <vrxio/headings.h>
-#include <vrxio/input_error.h>
-#include <vrxio/measurement.h>
+#include <vrxio/measurement/headings.h>
+#include <vrxio/measurement/measurement.h>
+#include <vrxio/text/input_error.h>
 #include "tests/testing/rows.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // Texts from outside: Unicode as RFC 3629 defines it. And the steps of curves: interpolation against polynomials.
 
-#include <vrxio/text.h>
+#include <vrxio/text/text.h>
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include <vrxio/shown_text.h>
-#include <vrxio/wavelength_grid.h>
+#include <vrxio/measurement/wavelength_grid.h>
+#include <vrxio/text/shown_text.h>
 #include "tests/testing/rows.h"
 
 namespace {

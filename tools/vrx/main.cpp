@@ -6,10 +6,11 @@
 
 #include <vrxmath/platform/message_box.h>
 
-#include "tools/vrx/command_line.h"
-#include "tools/vrx/commands/command.h"
-#include "tools/vrx/output/terminal.h"
-#include "tools/vrx/output/text.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/command_line.h"
+#include "tools/vrx/base/terminal.h"
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/commands/commands.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ int main(int argc, char** argv) try {
   vrx::SetMessageBoxHandler(ThrowMessage);
   vrx::tool::IgnoreBrokenPipes();
   vrx::tool::UseUtf8Streams();
-  return vrx::tool::RunTool(vrx::tool::Utf8Arguments(argc, argv), VRX_VERSION);
+  return vrx::tool::RunTool(vrx::tool::Utf8Arguments(argc, argv), vrx::tool::AllCommands(), VRX_VERSION);
 } catch (const vrx::tool::Interrupted&) {
   return vrx::tool::EndByInterrupt();
 } catch (const std::exception& error) {

@@ -9,13 +9,13 @@
 
 #include <vrxmath/colorimetry/color_records.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/input/readings.h"
-#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 namespace {

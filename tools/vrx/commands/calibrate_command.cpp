@@ -7,15 +7,15 @@
 
 #include <vrxmath/matching/calibration.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/drawdown_file.h"
-#include "tools/vrx/options/conditions.h"
-#include "tools/vrx/options/surface_options.h"
+#include "tools/vrx/input/surface_options.h"
 #include "tools/vrx/output/color_system_file.h"
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 namespace {

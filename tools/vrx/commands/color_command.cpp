@@ -7,14 +7,14 @@
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/terminal.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/input/readings.h"
-#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/result_report.h"
-#include "tools/vrx/output/terminal.h"
+#include "tools/vrx/report/result_report.h"
 
 namespace vrx::tool {
 namespace {

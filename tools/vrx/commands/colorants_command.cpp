@@ -6,11 +6,11 @@
 
 #include <vrxmath/colorant/component_names.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/output/color_system_file.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 namespace {

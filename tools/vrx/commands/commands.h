@@ -6,7 +6,7 @@
 
 #include <span>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 
 namespace vrx::tool {
 
@@ -35,6 +35,7 @@ void AddLog(Command& tool);
 void AddXml(Command& tool);
 void AddManual(Command& tool);
 
+/// The subcommands, in the order of the help.
 std::span<const CommandEntry> AllCommands();
 
 }  // namespace vrx::tool

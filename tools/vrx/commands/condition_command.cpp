@@ -6,7 +6,7 @@
 
 #include <vrxmath/support/condition_text.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/output/output.h"
 

@@ -8,9 +8,9 @@
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/files.h>
 
-#include <vrxio/measurement_files.h>
-#include <vrxio/measurement_writer.h>
-#include "tools/vrx/commands/command.h"
+#include <vrxio/files/measurement_files.h>
+#include <vrxio/files/measurement_writer.h>
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/output/output.h"

@@ -6,7 +6,7 @@
 
 #include <vrxmath/matching/batch_correction.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/recipes/correction.h"

@@ -9,14 +9,14 @@
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 
-#include <vrxio/value_columns.h>
-#include "tools/vrx/commands/command.h"
+#include <vrxio/csv/value_columns.h>
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/options/conditions.h"
-#include "tools/vrx/options/judging_options.h"
+#include "tools/vrx/input/conditions.h"
+#include "tools/vrx/judging/judging_options.h"
+#include "tools/vrx/judging/verdict_texts.h"
 #include "tools/vrx/output/json_output.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/verdict_texts.h"
 
 namespace vrx::tool {
 namespace {

@@ -11,16 +11,16 @@
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/tolerance/ellipse_fit.h>
 
-#include <vrxio/tolerance_table.h>
-#include <vrxio/value_columns.h>
-#include "tools/vrx/commands/command.h"
+#include <vrxio/csv/tolerance_table.h>
+#include <vrxio/csv/value_columns.h>
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/terminal.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/judging/standards.h"
-#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/result_report.h"
-#include "tools/vrx/output/terminal.h"
+#include "tools/vrx/report/result_report.h"
 
 namespace vrx::tool {
 namespace {

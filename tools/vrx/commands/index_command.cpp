@@ -10,14 +10,14 @@
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/foundation/string_numbers.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/terminal.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/judging/standards.h"
-#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/result_report.h"
-#include "tools/vrx/output/terminal.h"
+#include "tools/vrx/report/result_report.h"
 
 namespace vrx::tool {
 namespace {

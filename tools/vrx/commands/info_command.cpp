@@ -8,13 +8,13 @@
 
 #include <vrxmath/support/condition_text.h>
 
-#include <vrxio/measurement_files.h>
-#include <vrxio/wavelength_grid.h>
-#include "tools/vrx/commands/command.h"
+#include <vrxio/files/measurement_files.h>
+#include <vrxio/measurement/wavelength_grid.h>
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/terminal.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/terminal.h"
 
 namespace vrx::tool {
 namespace {

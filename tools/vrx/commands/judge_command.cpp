@@ -10,15 +10,15 @@
 #include <utility>
 #include <vector>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/threads_option.h"
 #include "tools/vrx/judging/comparison.h"
+#include "tools/vrx/judging/judge_output.h"
+#include "tools/vrx/judging/judging_options.h"
 #include "tools/vrx/judging/judging_pipeline.h"
-#include "tools/vrx/options/judging_options.h"
-#include "tools/vrx/options/threads_option.h"
-#include "tools/vrx/output/judge_output.h"
-#include "tools/vrx/output/judge_report.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/report/judge_report.h"
 
 namespace vrx::tool {
 namespace {

@@ -12,7 +12,7 @@
 #include <vrxmath/support/diagnostic_log.h>
 #include <vrxmath/support/settings.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/output/output.h"
 

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/output/output.h"
 

@@ -10,17 +10,17 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/matching/recipe.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
-#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/result_report.h"
-#include "tools/vrx/output/text.h"
 #include "tools/vrx/recipes/correction.h"
 #include "tools/vrx/recipes/recipe_options.h"
 #include "tools/vrx/recipes/recipe_search.h"
+#include "tools/vrx/report/result_report.h"
 
 namespace vrx::tool {
 namespace {

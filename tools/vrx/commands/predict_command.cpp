@@ -11,12 +11,12 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/formula/prediction.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/options/conditions.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/output/color_system_file.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 namespace {

@@ -11,14 +11,14 @@
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/reader_names.h"
+#include "tools/vrx/base/terminal.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
-#include "tools/vrx/input/input.h"
-#include "tools/vrx/options/conditions.h"
-#include "tools/vrx/options/threads_option.h"
+#include "tools/vrx/input/threads_option.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/terminal.h"
 
 namespace vrx::tool {
 namespace {

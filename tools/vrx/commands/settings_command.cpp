@@ -9,7 +9,7 @@
 #include <vrxmath/platform/settings_store.h>
 #include <vrxmath/support/settings.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/output/output.h"
 

@@ -12,11 +12,11 @@
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/tolerance/box_tolerance.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/judging/standards.h"
-#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {

@@ -11,13 +11,13 @@
 
 #include <vrxmath/colorant/strength.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
+#include "tools/vrx/input/surface_options.h"
 #include "tools/vrx/judging/comparison.h"
-#include "tools/vrx/options/conditions.h"
-#include "tools/vrx/options/surface_options.h"
 #include "tools/vrx/output/output.h"
-#include "tools/vrx/output/result_report.h"
+#include "tools/vrx/report/result_report.h"
 
 namespace vrx::tool {
 namespace {

@@ -10,15 +10,15 @@
 
 #include <vrxmath/colorimetry/display_color.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/judging/comparison.h"
 #include "tools/vrx/judging/judge.h"
-#include "tools/vrx/options/conditions.h"
-#include "tools/vrx/options/judging_options.h"
+#include "tools/vrx/judging/judging_options.h"
 #include "tools/vrx/output/file_output.h"
-#include "tools/vrx/output/picture.h"
-#include "tools/vrx/output/text.h"
+#include "tools/vrx/report/picture.h"
 
 namespace vrx::tool {
 namespace {

@@ -10,9 +10,9 @@
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/colorimetry/weighting.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
-#include "tools/vrx/options/conditions.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {

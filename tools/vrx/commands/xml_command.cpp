@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include <vrxio/whole_file.h>
+#include <vrxio/text/whole_file.h>
 #include <vrxmath/support/xml_reader.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/xml_path.h"
 #include "tools/vrx/output/output.h"

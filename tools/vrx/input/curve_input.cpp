@@ -3,10 +3,10 @@
 
 #include <utility>
 
-#include <vrxio/measurement_files.h>
-#include "tools/vrx/command_line.h"
-#include "tools/vrx/commands/command.h"
-#include "tools/vrx/output/text.h"
+#include <vrxio/files/measurement_files.h>
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/command_line.h"
+#include "tools/vrx/base/text.h"
 
 namespace vrx::tool {
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include <vrxio/curve_reader.h>
-#include <vrxio/input_stream.h>
-#include "tools/vrx/input/input.h"
+#include <vrxio/files/curve_reader.h>
+#include <vrxio/text/input_stream.h>
+#include "tools/vrx/base/reader_names.h"
 
 namespace vrx::tool {
 

@@ -8,10 +8,10 @@
 #include <unordered_map>
 #include <utility>
 
-#include <vrxio/decimal.h>
+#include <vrxio/text/decimal.h>
 
-#include "tools/vrx/commands/command.h"
-#include "tools/vrx/options/conditions.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/input/conditions.h"
 
 namespace vrx::tool {
 namespace {

@@ -9,7 +9,7 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/foundation/numbers.h>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 
 namespace vrx::tool {
 namespace {

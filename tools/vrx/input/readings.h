@@ -11,9 +11,9 @@
 #include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/tolerance/averaging_stats.h>
 
-#include <vrxio/curve_reader.h>
+#include <vrxio/files/curve_reader.h>
 
-#include "tools/vrx/input/input.h"
+#include "tools/vrx/base/reader_names.h"
 
 namespace vrx::tool {
 

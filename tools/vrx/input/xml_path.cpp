@@ -3,7 +3,7 @@
 
 #include <charconv>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 
 namespace vrx::tool {
 namespace {

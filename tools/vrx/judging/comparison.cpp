@@ -3,8 +3,8 @@
 
 #include <utility>
 
-#include <vrxio/tolerance_table.h>
-#include "tools/vrx/commands/command.h"
+#include <vrxio/csv/tolerance_table.h>
+#include "tools/vrx/base/command.h"
 
 namespace vrx::tool {
 namespace {

@@ -9,14 +9,14 @@
 #include <string>
 #include <vector>
 
-#include <vrxio/curve_reader.h>
+#include <vrxio/files/curve_reader.h>
+#include "tools/vrx/base/reader_names.h"
+#include "tools/vrx/base/terminal.h"
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
-#include "tools/vrx/input/input.h"
 #include "tools/vrx/input/readings.h"
 #include "tools/vrx/judging/judge.h"
 #include "tools/vrx/judging/standards.h"
-#include "tools/vrx/options/conditions.h"
-#include "tools/vrx/output/terminal.h"
 
 namespace vrx::tool {
 

@@ -7,8 +7,8 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/foundation/numbers.h>
 
-#include "tools/vrx/commands/command.h"
-#include "tools/vrx/options/conditions.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/input/conditions.h"
 
 namespace vrx::tool {
 

@@ -18,10 +18,10 @@
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/judging/evaluation.h>
 
-#include <vrxio/curve_reader.h>
-#include <vrxio/tolerance_table.h>
+#include <vrxio/csv/tolerance_table.h>
+#include <vrxio/files/curve_reader.h>
 
-#include "tools/vrx/input/input.h"
+#include "tools/vrx/base/reader_names.h"
 
 namespace vrx::tool {
 

@@ -18,7 +18,7 @@
 
 #include "tools/vrx/judging/comparison.h"
 #include "tools/vrx/judging/judge.h"
-#include "tools/vrx/output/judge_output.h"
+#include "tools/vrx/judging/judge_output.h"
 
 namespace vrx::tool {
 

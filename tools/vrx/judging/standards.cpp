@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
 
 namespace vrx::tool {
 

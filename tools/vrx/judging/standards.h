@@ -11,8 +11,8 @@
 
 #include <vrxmath/foundation/angles.h>
 
-#include <vrxio/curve_reader.h>
-#include "tools/vrx/input/input.h"
+#include <vrxio/files/curve_reader.h>
+#include "tools/vrx/base/reader_names.h"
 #include "tools/vrx/judging/judge.h"
 
 namespace vrx::tool {

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include <vrxio/color_system_file.h>
+#include <vrxio/systems/color_system_file.h>
 
-#include "tools/vrx/input/input.h"
+#include "tools/vrx/base/reader_names.h"
 
 namespace vrx::tool {
 

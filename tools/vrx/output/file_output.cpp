@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <span>
 
-#include <vrxio/input_error.h>
+#include <vrxio/text/input_error.h>
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/files.h>
 

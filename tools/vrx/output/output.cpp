@@ -11,11 +11,11 @@
 
 #include <vrxmath/foundation/numbers.h>
 
-#include "tools/vrx/command_line.h"
+#include "tools/vrx/base/command_line.h"
+#include "tools/vrx/base/terminal.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/output/json_output.h"
 #include "tools/vrx/output/shortest_decimal.h"
-#include "tools/vrx/output/terminal.h"
-#include "tools/vrx/output/text.h"
 
 namespace vrx::tool {
 

@@ -14,11 +14,11 @@
 #include <cstdio>
 #include <memory>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tools/vrx/base/output_error.h"
 #include "tools/vrx/output/decimal_run.h"
 
 namespace vrx::tool {
@@ -43,18 +43,6 @@ void AddFormatOption(Command& command, Format& format);
 
 /// The longest text that a cell of a table shows, in characters.
 inline constexpr std::size_t kLongestCell = 120;
-
-/// Results could not be written: the disk is full.
-class OutputError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-/// Whoever read the results has gone, as `head` does when it has its lines: nobody is left who would want a message.
-class ReaderGone : public OutputError {
- public:
-  ReaderGone() : OutputError("nobody reads the results") {}
-};
 
 /// Buffered text to a file. A result that ends early must not pass for a whole one: when the stream is
 /// destroyed without `Finish`, what is still in the buffer (1 MiB) is dropped, and if some of the text had

@@ -4,11 +4,11 @@
 #include <optional>
 #include <string_view>
 
-#include <vrxio/decimal.h>
+#include <vrxio/text/decimal.h>
 
-#include "tools/vrx/input/input.h"
-#include "tools/vrx/options/conditions.h"
-#include "tools/vrx/output/text.h"
+#include "tools/vrx/base/reader_names.h"
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/input/conditions.h"
 
 namespace vrx::tool {
 namespace {

@@ -6,13 +6,13 @@
 #include <cmath>
 #include <utility>
 
-#include <vrxio/csv_reader.h>
-#include <vrxio/decimal.h>
+#include <vrxio/csv/csv_reader.h>
+#include <vrxio/text/decimal.h>
 
-#include "tools/vrx/command_line.h"
-#include "tools/vrx/commands/command.h"
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/command_line.h"
 #include "tools/vrx/input/curve_input.h"
-#include "tools/vrx/options/surface_options.h"
+#include "tools/vrx/input/surface_options.h"
 
 namespace vrx::tool {
 namespace {

@@ -10,8 +10,8 @@
 
 #include <vrxmath/matching/recipe.h>
 
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
-#include "tools/vrx/options/conditions.h"
 #include "tools/vrx/output/color_system_file.h"
 #include "tools/vrx/output/output.h"
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "tools/vrx/input/input.h"
+#include "tools/vrx/base/reader_names.h"
 #include "tools/vrx/recipes/recipe_options.h"
 
 namespace vrx::tool {

@@ -9,8 +9,8 @@
 
 #include <vrxmath/matching/recipe.h>
 
+#include "tools/vrx/base/terminal.h"
 #include "tools/vrx/output/color_system_file.h"
-#include "tools/vrx/output/terminal.h"
 
 namespace vrx::tool {
 

@@ -1,0 +1,189 @@
+
+#include "tools/vrx/base/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <iostream>
+
+#include <vrxio/measurement/names.h>
+#include <vrxmath/platform/exceptions.h>
+
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/output_error.h"
+#include "tools/vrx/base/text.h"
+
+namespace vrx::tool {
+
+namespace {
+
+// An option or argument whose values are texts.
+template <class VALUE>
+CLI::Option* AddText(CLI::App& app, const std::string& name, VALUE& value, const std::string& description) {
+  CLI::Option* const option = app.add_option(name, value, description);
+  if (name.starts_with('-')) {
+    option->check([](const std::string& text) { return std::string(text.empty() ? "an empty text" : ""); });
+  }
+  return option;
+}
+
+}  // namespace
+
+Option& Option::Required() {
+  option_->required();
+  return *this;
+}
+
+Option& Option::Shows(const std::string& text) {
+  option_->option_text(text);
+  return *this;
+}
+
+Option& Option::Check(const OptionCheck& check) {
+  option_->check(check);
+  return *this;
+}
+
+Option& Option::Excludes(const Option& other) {
+  option_->excludes(other.option_);
+  return *this;
+}
+
+Option& Option::Needs(const Option& other) {
+  option_->needs(other.option_);
+  return *this;
+}
+
+Command Command::AddCommand(const std::string& name, const std::string& description) {
+  app_->require_subcommand(1);
+  return {app_->add_subcommand(name, description), status_};
+}
+
+Option Command::AddOption(const std::string& name, std::string& value, const std::string& description) {
+  return Option(AddText(*app_, name, value, description));
+}
+
+Option Command::AddOption(const std::string& name, double& value, const std::string& description) {
+  return Option(app_->add_option(name, value, description));
+}
+
+Option Command::AddOption(const std::string& name, int& value, const std::string& description) {
+  return Option(app_->add_option(name, value, description));
+}
+
+Option Command::AddOption(const std::string& name, std::vector<std::string>& values,
+                          const std::string& description) {
+  CLI::Option* const option = AddText(*app_, name, values, description);
+  if (name.starts_with('-')) option->allow_extra_args(false);
+  return Option(option);
+}
+
+Option Command::AddFlag(const std::string& name, bool& value, const std::string& description) {
+  return Option(app_->add_flag(name, value, description));
+}
+
+Option Command::AddWords(const std::string& name, const std::vector<std::string>& words,
+                         const std::function<void(std::size_t)>& take, const std::string& description) {
+  const auto store = [name, words, take](const std::string& text) {
+    const auto found = std::ranges::find(words, CLI::detail::to_lower(text));
+    if (found != words.end()) return take(static_cast<std::size_t>(found - words.begin()));
+    std::string known;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+      known += i == 0 ? "" : i + 1 == words.size() ? " and " : ", ";
+      known += words[i];
+    }
+    throw InputError(name + ": \"" + text + "\" is none of " + known);
+  };
+  std::string shown;
+  for (const std::string& word : words) shown += (shown.empty() ? "" : "|") + word;
+  CLI::Option* const option = app_->add_option_function<std::string>(name, store, description);
+  return Option(option->option_text(shown + " [" + words.front() + "]"));
+}
+
+bool Command::IsGiven(const std::string& name) const {
+  return app_->count(name) > 0;
+}
+
+void Command::SetNotes(const std::string& notes) {
+  app_->footer(notes);
+}
+
+void Command::SetAction(const std::function<int()>& action) {
+  app_->callback([action, status = status_] { *status = action(); });
+}
+
+namespace {
+
+int Complain(const std::string& reason) {
+  PrintMessage(reason);
+  return kExitBadInput;
+}
+
+// Help and version go to standard output; a failing write must not look like success.
+int ShowHelp(const CLI::App& app, const CLI::ParseError& request) {
+  app.exit(request, std::cout, std::cerr);
+  std::cout.flush();
+  return std::cout || errno == EPIPE ? kExitPass : Complain("cannot write to standard output");
+}
+
+// The words that could stand where an unknown one stands: options of the command that was named, or commands.
+std::vector<std::string> KnownWords(const CLI::App& app, bool isOption) {
+  const CLI::App* at = &app;
+  while (!at->get_subcommands().empty()) at = at->get_subcommands().front();
+  std::vector<std::string> words;
+  if (!isOption) {
+    for (const CLI::App* command : at->get_subcommands([](const CLI::App*) { return true; })) {
+      words.push_back(command->get_name());
+    }
+    return words;
+  }
+  for (const CLI::Option* option : at->get_options([](const CLI::Option*) { return true; })) {
+    for (const std::string& name : option->get_lnames()) words.push_back("--" + name);
+  }
+  return words;
+}
+
+// The message about a word that stands where another one was expected, such as a misspelt command or option.
+std::string Misunderstood(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> rest = app.remaining(true);
+  if (rest.empty()) return "";
+  const bool isExtra = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+  const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+  if (!isExtra && !isMissing) return "";
+  const bool isOption = rest.front().starts_with('-');
+  const std::string hint = DidYouMean(rest.front(), KnownWords(app, isOption));
+  return isExtra ? hint : "; \"" + rest.front() + "\" is not known" + hint;
+}
+
+}  // namespace
+
+int RunTool(std::span<const std::string> arguments, std::span<const CommandEntry> commands,
+            const std::string& version) {
+  int status = kExitPass;
+  CLI::App app{"From measured reflectance curves to colour values, differences and verdicts.", "vrx"};
+  app.allow_windows_style_options(false);  // a path may begin with a slash everywhere
+  app.set_version_flag("--version", "vrx " + version);
+  app.footer("vrx COMMAND --help shows the options of a command, with examples.");
+  Command tool(&app, &status);
+  for (const CommandEntry& command : commands) command.add(tool);
+  try {
+    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return ShowHelp(app, error);
+    PrintMessage(error.what() + Misunderstood(app, error));
+    std::fputs("Run with --help for more information.\n", stderr);
+    return kExitBadInput;
+  } catch (const ReaderGone&) {
+    return kExitBadInput;
+  } catch (const InputError& error) {
+    return Complain(error.what());
+  } catch (const OutputError& error) {
+    return Complain(error.what());
+  } catch (const CException& error) {
+    return Complain(error.what());
+  }
+  return status;
+}
+
+}  // namespace vrx::tool

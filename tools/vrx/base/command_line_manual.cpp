@@ -1,0 +1,176 @@
+// The manual page and the completions of bash, made from what the commands declare, so that neither can drift.
+
+#include <CLI/CLI.hpp>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vrxio/measurement/names.h>
+
+#include "tools/vrx/base/command_line.h"
+#include "tools/vrx/base/reader_names.h"
+
+namespace vrx::tool {
+namespace {
+
+std::vector<const CLI::App*> CommandsOf(const CLI::App& app) {
+  return app.get_subcommands([](const CLI::App*) { return true; });
+}
+
+std::vector<const CLI::Option*> OptionsOf(const CLI::App& app) {
+  return app.get_options([](const CLI::Option*) { return true; });
+}
+
+// "--format", or "FILE" for an argument.
+std::string NameOf(const CLI::Option& option) {
+  const std::vector<std::string>& names = option.get_lnames();
+  return names.empty() ? option.get_name(true) : "--" + names.front();
+}
+
+bool IsArgument(const CLI::Option& option) {
+  return option.get_lnames().empty() && option.get_snames().empty();
+}
+
+// Troff -----------------------------------------------------------------------------------------------------
+
+// Text in which neither a dash nor a backslash nor a first point or apostrophe means anything else.
+std::string Escaped(std::string_view text) {
+  std::string escaped;
+  for (const char c : text) {
+    if ((c == '.' || c == '\'') && (escaped.empty() || escaped.back() == '\n')) escaped += "\\&";
+    if (c == '\\') {
+      escaped += "\\e";
+    } else if (c == '-') {
+      escaped += "\\-";
+    } else {
+      escaped += c;
+    }
+  }
+  return escaped;
+}
+
+// The text behind an option's name: "FILE", "table|csv|json [table]".
+std::string ValueOf(const CLI::Option& option) {
+  return option.get_items_expected_max() == 0 ? "" : option.get_option_text();
+}
+
+void WriteSynopsis(const std::string& path, const CLI::App& command, std::ostream& out) {
+  out << ".B " << Escaped(path) << "\n";
+  for (const CLI::Option* option : OptionsOf(command)) {
+    if (!IsArgument(*option)) continue;
+    const std::string name = Escaped(NameOf(*option));
+    out << (option->get_required() ? ".I " + name : ".RI [ " + name + " ]") << "\n";
+  }
+  out << ".RI [ options ]\n";
+}
+
+void WriteCommand(const std::string& path, const CLI::App& command, std::ostream& out) {
+  out << ".SS " << Escaped(path) << "\n" << Escaped(command.get_description()) << ".\n.PP\n";
+  if (CommandsOf(command).empty()) WriteSynopsis(path, command, out);
+  for (const CLI::Option* option : OptionsOf(command)) {
+    if (NameOf(*option) == "--help") continue;
+    out << ".TP\n.BR \"" << Escaped(NameOf(*option)) << "\"";
+    if (const std::string value = ValueOf(*option); !value.empty()) out << " \" " << Escaped(value) << "\"";
+    out << "\n" << Escaped(option->get_description()) << "\n";
+  }
+  out << ".PP\n.nf\n" << Escaped(command.get_footer()) << "\n.fi\n";
+  for (const CLI::App* nested : CommandsOf(command))
+    WriteCommand(path + " " + nested->get_name(), *nested, out);
+}
+
+// Bash ------------------------------------------------------------------------------------------------------
+
+// The words that an option takes, as its text tells them, or the names that it knows.
+std::string WordsOf(const CLI::Option& option) {
+  const std::string name = NameOf(option);
+  std::string words;
+  if (name == "--system") {
+    for (int32_t system = 0; system < kDifferenceSystems; ++system)
+      words.append(ShortNameOf(system)).append(" ");
+  } else if (name == "--illuminants" || name == "ILLUMINANT") {
+    for (int32_t i = 0; i < kBuiltInIlluminants; ++i) words += CodeOf(static_cast<vrxIlluminant>(i)) + " ";
+  } else {
+    const std::string text = ValueOf(option);
+    const std::string choices = text.substr(0, text.find(' '));
+    if (choices.find('|') == std::string::npos || choices.find('.') != std::string::npos) return "";
+    for (const std::string& word : SplitList(choices, '|')) words += word + " ";
+  }
+  if (!words.empty()) words.pop_back();
+  return words;
+}
+
+std::string Joined(const std::vector<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
+  return text;
+}
+
+// The cases of one command: what follows its options, and its options or the commands within it.
+void WriteCases(const std::string& path, const CLI::App& command, std::ostream& values, std::ostream& words) {
+  std::vector<std::string> names;
+  for (const CLI::App* nested : CommandsOf(command)) {
+    names.push_back(nested->get_name());
+    const std::string nestedPath = path.empty() ? nested->get_name() : path + " " + nested->get_name();
+    WriteCases(nestedPath, *nested, values, words);
+  }
+  for (const CLI::Option* option : OptionsOf(command)) {
+    if (IsArgument(*option)) continue;
+    names.push_back(NameOf(*option));
+    if (const std::string choices = WordsOf(*option); !choices.empty()) {
+      values << "    '" << path << " " << NameOf(*option) << "') choices='" << choices << "' ;;\n";
+    }
+  }
+  words << "    '" << path << "') words='" << Joined(names) << "' ;;\n";
+}
+
+}  // namespace
+
+std::string ManualPage(const Command& tool) {
+  const CLI::App& app = *tool.app_;
+  const std::string version = app.version();
+  std::ostringstream out;
+  out << ".TH VRX 1 \"\" \"" << version << "\" \"User Commands\"\n.SH NAME\nvrx \\- "
+      << Escaped(app.get_description()) << "\n.SH SYNOPSIS\n.B vrx\n.I COMMAND\n.RI [ options ]\n"
+      << ".SH DESCRIPTION\nResults go to standard output, messages to standard error. A file name of \\- is "
+         "standard\n"
+      << "input. Curves are tables of comma-separated values whose header names the wavelengths.\n"
+      << ".SH COMMANDS\n";
+  for (const CLI::App* command : CommandsOf(app)) WriteCommand("vrx " + command->get_name(), *command, out);
+  out << ".SH EXIT STATUS\n.TP\n.B 0\ndone; with \\fBjudge \\-\\-strict\\fR: every trial passes\n"
+      << ".TP\n.B 1\nwith \\fBjudge \\-\\-strict\\fR: a trial fails or gets a warning\n"
+      << ".TP\n.B 2\nbad options or bad input, or results that could not be written\n"
+      << ".SH ENVIRONMENT\n.TP\n.B NO_COLOR\nwhen it is set, tables on a terminal are not coloured\n";
+  return out.str();
+}
+
+std::string BashCompletions(const Command& tool) {
+  std::ostringstream values, words;
+  WriteCases("", *tool.app_, values, words);
+  return "# Completions of vrx for bash, as 'vrx manual bash' prints them.\n"
+         "_vrx() {\n"
+         "  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} path= choices= "
+         "words= i word\n"
+         "  for ((i = 1; i < COMP_CWORD; i++)); do\n"
+         "    word=${COMP_WORDS[i]}\n"
+         "    case \"$path\" in\n"
+         "    '' | settings) [[ $word == -* ]] || path=${path:+$path }$word ;;\n"
+         "    esac\n"
+         "  done\n"
+         "  case \"$path $previous\" in\n" +
+         values.str() +
+         "  esac\n"
+         "  case \"$path\" in\n" +
+         words.str() +
+         "  esac\n"
+         "  if [[ -n $choices ]]; then\n"
+         "    words=$choices\n"
+         "  elif [[ $current != -* && -n $path && $path != settings ]]; then\n"
+         "    words=\n"
+         "  fi\n"
+         "  COMPREPLY=($(compgen -W \"$words\" -- \"$current\"))\n"
+         "}\n"
+         "complete -o default -F _vrx vrx\n";
+}
+
+}  // namespace vrx::tool

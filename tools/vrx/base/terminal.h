@@ -1,0 +1,77 @@
+// The terminal that the tool may be talking to: whether there is one, its width, its colours.
+
+#ifndef TOOLS_VRX_BASE_TERMINAL_H_
+#define TOOLS_VRX_BASE_TERMINAL_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace vrx::tool {
+
+/// True when `file` is shown on a terminal.
+bool IsTerminal(std::FILE* file);
+
+/// True when results may be coloured: standard output is a terminal that is not "dumb", and the environment
+/// variable NO_COLOR is unset or empty.
+bool UseColour();
+
+/// The columns of the terminal that standard output is shown on; 0 when it is none, or its width is not known.
+std::size_t TerminalWidth();
+
+/// A progress bar on standard error; nothing at all when that is no terminal. It goes away when it is
+/// destroyed.
+class ProgressBar {
+ public:
+  /// `total`: what `Update` counts up to, 0 when it is not known.
+  explicit ProgressBar(uint64_t total);
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+  ~ProgressBar();
+
+  void Update(uint64_t done) {
+    if (done >= next_) Draw(done);
+  }
+
+ private:
+  void Draw(uint64_t done);
+
+  uint64_t total_;
+  uint64_t next_;  // where the bar has to be drawn anew; never, when there is none
+  bool drawn_ = false;
+};
+
+/// While one of these exists, the first Ctrl-C is noted instead of ending the process, so that work can stop in order; the
+/// second one ends it. A process that was started with interrupts ignored keeps ignoring them.
+class InterruptWatch {
+ public:
+  InterruptWatch();
+  InterruptWatch(const InterruptWatch&) = delete;
+  InterruptWatch& operator=(const InterruptWatch&) = delete;
+  ~InterruptWatch();
+
+  /// Throws Interrupted when Ctrl-C was pressed.
+  void Check() const;
+};
+
+/// Ctrl-C was pressed during work that noted it. Passes every handler up to main.
+struct Interrupted {};
+
+/// Ends the process as an interrupt does that nobody handles, so that scripts and shells see one; where the system has no
+/// such end, returns the status that stands for it.
+int EndByInterrupt();
+
+/// The arguments behind the program's name, as UTF-8 on every system.
+std::vector<std::string> Utf8Arguments(int argc, char** argv);
+
+/// Makes the standard streams those of bytes, and a console of Windows one of UTF-8 and colours. Elsewhere they are.
+void UseUtf8Streams();
+
+/// A writer that goes away ends the write with an error instead of the process with a signal.
+void IgnoreBrokenPipes();
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_BASE_TERMINAL_H_

@@ -1,0 +1,87 @@
+#include "tools/vrx/input/conditions.h"
+
+#include <algorithm>
+
+#include "tools/vrx/base/command.h"
+
+namespace vrx::tool {
+namespace {
+
+// "cmc 2:1:1, din99 1:1": every system that has parameters, with those under which it is usually quoted.
+std::string UsualParameters() {
+  std::string text;
+  for (const DifferenceSystem& row : DifferenceSystems()) {
+    if (row.parameterCount == 0) continue;
+    text.append(text.empty() ? "" : ", ").append(row.shortName);
+    for (int32_t k = 0; k < row.parameterCount; ++k) {
+      text += k == 0 ? ' ' : ':';
+      text += ParameterText(row.defaults[static_cast<std::size_t>(k)]).ToUtf8();
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+void AddViewingOptions(Command& command, ViewingOptions& viewing, const std::string& illuminants) {
+  viewing.illuminants = illuminants;
+  command
+      .AddOption("--illuminants,--illuminant", viewing.illuminants,
+                 "Illuminants by code or number, separated by commas")
+      .Shows("LIST [" + illuminants + "]");
+  command.AddOption("--observer", viewing.observer, "Observer in degrees").Shows("2|10 [10]");
+  AddIlluminantFileOptions(command, viewing.illuminantFiles);
+}
+
+std::vector<vrxIlluminant> ViewingOptions::Illuminants() const {
+  illuminantFiles.Register();
+  std::vector<vrxIlluminant> list;
+  for (const std::string& text : SplitList(illuminants, ',')) {
+    const vrxIlluminant illuminant = ParseIlluminant(text);
+    if (std::ranges::find(list, illuminant) != list.end()) {
+      throw InputError("illuminant " + CodeOf(illuminant) + " is named twice");
+    }
+    list.push_back(illuminant);
+  }
+  return list;
+}
+
+int32_t ViewingOptions::Observer() const {
+  return ParseObserver(observer);
+}
+
+void AddSystemOptions(Command& command, SystemOptions& options, const std::string& system) {
+  options.system = system;
+  std::string names = "Difference system by number or name:";
+  for (const DifferenceSystem& row : DifferenceSystems()) names.append(" ").append(row.shortName);
+  command.AddOption("--system", options.system, names).Shows("NAME [" + system + "]");
+  command
+      .AddOption("--parameters", options.parameters,
+                 "Parameters of the system in the order of its name, in place of the usual ones: " +
+                     UsualParameters())
+      .Shows("LIST");
+}
+
+std::vector<double> SystemOptions::Given() const {
+  if (parameters.empty()) return {};
+  std::string list = parameters;
+  std::ranges::replace(list, ':', ',');  // headings print them so
+  return ParseNumbers(list, "--parameters");
+}
+
+CDifferenceSettings SystemOptions::Settings() const {
+  CDifferenceSettings settings = DefaultSettings(ParseSystem(system));
+  settings.ownFormula = true;  // a user who names DIN99 means its own figures
+  const std::vector<double> given = Given();
+  if (given.size() > static_cast<std::size_t>(ParameterCount(settings.system))) {
+    throw InputError("--parameters: " + std::string(ShortNameOf(settings.system)) + " has " +
+                     std::to_string(ParameterCount(settings.system)) + " parameters");
+  }
+  if (std::ranges::any_of(given, [](double parameter) { return parameter <= 0; })) {
+    throw InputError("--parameters: every parameter must be above 0");
+  }
+  std::ranges::copy(given, settings.parameters.begin());
+  return settings;
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,24 @@
+#include "tools/vrx/input/illuminant_files.h"
+
+#include <vrxio/csv/illuminant_files.h>
+
+#include "tools/vrx/base/command.h"
+
+namespace vrx::tool {
+
+void IlluminantFileOptions::Register() const {
+  RegisterIlluminantFiles(files,
+                          straight ? SpectralInterpolation::kLinear : SpectralInterpolation::kLagrange);
+}
+
+void AddIlluminantFileOptions(Command& command, IlluminantFileOptions& options) {
+  command
+      .AddOption("--illuminant-file", options.files,
+                 "Spectral power of further illuminants: columns nm and a code each; 1, 5 or 10 nm apart")
+
+      .Shows("FILE ...");
+  command.AddFlag("--illuminant-linear", options.straight,
+                  "Bring that power to 1 nm by straight lines, as CIE D65 is defined, not by cubics");
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,37 @@
+#include "tools/vrx/input/surface_options.h"
+
+#include <charconv>
+#include <string>
+
+#include "tools/vrx/base/command_line.h"
+
+namespace vrx::tool {
+namespace {
+
+std::string RefuseUnlessReflection(const std::string& text) {
+  constexpr double kLargestReflection = 0.999;
+  double k = -1.0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, k);
+  const bool isReflection = error == std::errc() && stop == end && k >= 0.0 && k <= kLargestReflection;
+  return isReflection ? "" : "a number from 0 to 0.999 is expected";
+}
+
+}  // namespace
+
+void AddSpecularOption(Command& command, SaundersonMode& specular) {
+  command.AddChoice("--specular", specular, {"included", "excluded", "none"},
+                    "Whether the curves hold what the surface reflects; none corrects nothing");
+}
+
+void AddSurfaceOptions(Command& command, SurfaceOptions& options) {
+  command.AddOption("--k1", options.k1, "Surface reflection of incident light")
+      .Shows("K1 [0.04]")
+      .Check(RefuseUnlessReflection);
+  command.AddOption("--k2", options.k2, "Internal surface reflection")
+      .Shows("K2 [0.6]")
+      .Check(RefuseUnlessReflection);
+  AddSpecularOption(command, options.specular);
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,28 @@
+#include "tools/vrx/input/threads_option.h"
+
+#include <charconv>
+#include <string>
+
+#include <vrxmath/batch/batch_run.h>
+
+#include "tools/vrx/base/command.h"
+
+namespace vrx::tool {
+
+unsigned ThreadsOption::Count() const {
+  return given > 0 ? static_cast<unsigned>(given) : CoreCount();
+}
+
+void AddThreadsOption(Command& command, ThreadsOption& threads) {
+  constexpr int kMost = 256;
+  command.AddOption("--threads", threads.given, "On how many threads to work; results do not depend on it")
+      .Shows("1 to 256 [all cores]")
+      .Check([](const std::string& text) {
+        int count = 0;
+        const char* const end = text.data() + text.size();
+        const bool whole = std::from_chars(text.data(), end, count).ptr == end;
+        return whole && count >= 1 && count <= kMost ? "" : "a whole number from 1 to 256 is expected";
+      });
+}
+
+}  // namespace vrx::tool

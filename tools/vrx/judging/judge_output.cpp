@@ -1,0 +1,357 @@
+
+#include "tools/vrx/judging/judge_output.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <span>
+#include <utility>
+
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/input/conditions.h"
+#include "tools/vrx/judging/verdict_texts.h"
+#include "tools/vrx/output/json_output.h"
+
+namespace vrx::tool {
+
+namespace {
+
+// The texts that every row repeats, as UTF-8, made once.
+struct Texts {
+  explicit Texts(const JudgeSettings& settings) : observer(DegreesOf(settings.observer)) {
+    for (const vrxIlluminant illuminant : settings.illuminants) illuminants.push_back(CodeOf(illuminant));
+    for (int32_t code = 0; code < kAngleCodes; ++code) geometries.push_back(GeometryName(code));
+  }
+  std::string_view Geometry(int32_t geometry) const {
+    return geometry < 0 ? std::string_view() : geometries[static_cast<std::size_t>(geometry)];
+  }
+
+  int32_t observer;
+  std::vector<std::string> illuminants;
+  std::vector<std::string> geometries;
+};
+
+// A text that is copied 16 bytes at a time where it is not longer, without a branch on its length.
+class ShortText {
+ public:
+  explicit ShortText(std::string text) : length_(text.size()), padded_(std::move(text)) {
+    padded_.resize(std::max(length_, kStep));
+  }
+  std::size_t Bytes() const { return padded_.size(); }
+  /// `out` has room for Bytes().
+  char* Write(char* out) const {
+    std::memcpy(out, padded_.data(), length_ <= kStep ? kStep : length_);
+    return out + length_;
+  }
+
+ private:
+  static constexpr std::size_t kStep = 16;
+
+  std::size_t length_;
+  std::string padded_;
+};
+
+// The rows of csv for trials.
+class CsvJudgeRows {
+ public:
+  explicit CsvJudgeRows(const JudgeSettings& settings) : byEllipse_(settings.ByEllipse()) {
+    const Texts texts(settings);
+    geometries_ = texts.geometries;
+    for (const std::string& illuminant : texts.illuminants) {
+      conditions_.emplace_back(illuminant + (texts.observer == 10 ? ",10" : ",2"));
+      longestRest_ = std::max(longestRest_, conditions_.back().Bytes());
+    }
+    std::size_t longestWord = 0;
+    for (std::int32_t word = kShadeNone; word <= kBluer; ++word) {
+      words_.emplace_back("," + TextOf(static_cast<ShadeWord>(word)));
+      longestWord = std::max(longestWord, words_.back().Bytes());
+    }
+    constexpr std::size_t kVerdicts = 6, kLineEnd = 1;
+    longestRest_ +=
+        numbersOfRow_ * (1 + OutputStream::kLongestNumber) + 3 * longestWord + kVerdicts + kLineEnd;
+  }
+
+  // Takes the rows of a trial, which must live until they are written: at the latest by Finish.
+  void Add(const Judgement& judgement, OutputStream& text) {
+    for (std::size_t i = 0; i < judgement.under.size(); ++i) {
+      if ((rows_.size() + 1) * numbersOfRow_ > OutputStream::Numbers::kMost) Finish(text);
+      rows_.push_back({&judgement, i});
+    }
+  }
+
+  // Writes the rows that were taken. Their numbers are many: digits are found for several at once.
+  void Finish(OutputStream& text) {
+    std::array<double, OutputStream::Numbers::kMost> numbers;
+    std::size_t count = 0;
+    for (const Row& row : rows_) {
+      const IlluminantJudgement& under = row.trial->under[row.illuminant];
+      for (const double element : under.difference) numbers[count++] = element;
+      if (byEllipse_) numbers[count++] = under.ellipseValue;
+    }
+    const OutputStream::Numbers texts(text, std::span(numbers).first(count));
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+      const Row& row = rows_[i];
+      if (i == 0 || row.illuminant == 0) SetNames(*row.trial, text);
+      WriteRow(row.trial->under[row.illuminant], conditions_[row.illuminant], texts, i * numbersOfRow_, text);
+      if (row.illuminant + 1 == conditions_.size()) ends_.push_back(text.Text().size());
+    }
+    rows_.clear();
+  }
+
+  // Where the texts of the trials end, in a stream in memory, since Clear.
+  const std::vector<std::size_t>& Ends() const { return ends_; }
+  void Clear() { ends_.clear(); }
+
+ private:
+  struct Row {
+    const Judgement* trial;
+    std::size_t illuminant;
+  };
+
+  void SetNames(const Judgement& judgement, const OutputStream& text) {
+    names_.clear();
+    for (const std::string* name : {&judgement.standard, &judgement.trial}) {
+      text.AddCsvField(*name, names_);
+      names_ += ',';
+    }
+    if (judgement.geometry >= 0) names_ += geometries_[static_cast<std::size_t>(judgement.geometry)];
+    names_ += ',';
+  }
+
+  void WriteRow(const IlluminantJudgement& under, const ShortText& condition,
+                const OutputStream::Numbers& numbers, std::size_t number, OutputStream& text) const {
+    text.Append(names_);
+    char* at = condition.Write(text.Room(longestRest_));
+    for (std::size_t i = 0; i < under.difference.size(); ++i) {
+      *at++ = ',';
+      at = numbers.Write(number++, at);
+    }
+    for (const ShadeWord word : under.words) at = words_[static_cast<std::size_t>(word)].Write(at);
+    for (const Verdict verdict : {under.components, under.total, under.overall}) {
+      *at++ = ',';
+      *at++ = static_cast<char>('0' + verdict);
+    }
+    if (byEllipse_) {
+      *at++ = ',';
+      at = numbers.Write(number, at);
+    }
+    *at++ = '\n';
+    text.EndPart(at);
+  }
+
+  bool byEllipse_;
+  std::size_t numbersOfRow_ = byEllipse_ ? 8 : 7;
+  std::vector<std::string> geometries_;
+  std::vector<ShortText> conditions_;  // illuminant and observer
+  std::vector<ShortText> words_;       // by shade word, behind a comma
+  std::size_t longestRest_ = 0;        // of a row without the names
+  std::string names_;                  // of the trial that is written, with commas
+  std::vector<Row> rows_;              // taken and not yet written
+  std::vector<std::size_t> ends_;
+};
+
+class CsvJudgeTexts final : public JudgeTexts {
+ public:
+  CsvJudgeTexts(const JudgeSettings& settings, const OutputStream& output)
+      : rows_(settings), stream_(OutputStream::InMemory(output)) {}
+  void Clear() override {
+    stream_.Clear();
+    rows_.Clear();
+  }
+  void Add(const Judgement& judgement) override { rows_.Add(judgement, stream_); }
+  void Finish() override { rows_.Finish(stream_); }
+  std::string_view Text(std::size_t trial) const override {
+    const std::size_t begin = trial > 0 ? rows_.Ends()[trial - 1] : 0;
+    return stream_.Text().substr(begin, rows_.Ends()[trial] - begin);
+  }
+
+ private:
+  CsvJudgeRows rows_;
+  OutputStream stream_;
+};
+
+class CsvJudgeOutput final : public JudgeOutput {
+ public:
+  CsvJudgeOutput(OutputStream& output, const JudgeSettings& settings)
+      : output_(output), settings_(settings), rows_(settings) {
+    output_.Append(
+        "standard,trial,geometry,illuminant,observer,e0,e1,e2,e3,e4,e5,e6,word0,word1,word2,box,total,"
+        "verdict");
+    output_.Append(settings.ByEllipse() ? ",ellipse\n" : "\n");
+  }
+  void Add(const Judgement& judgement) override {
+    rows_.Add(judgement, output_);
+    rows_.Finish(output_);
+    rows_.Clear();
+  }
+  std::unique_ptr<JudgeTexts> MakeTexts() const override {
+    return std::make_unique<CsvJudgeTexts>(settings_, output_);
+  }
+  void AddText(std::string_view text) override { output_.Append(text); }
+  void Finish(const JudgeSummaries&) override {}
+
+ private:
+  OutputStream& output_;
+  const JudgeSettings& settings_;
+  CsvJudgeRows rows_;
+};
+
+class JsonJudgeOutput final : public JudgeOutput {
+ public:
+  JsonJudgeOutput(OutputStream& output, const JudgeSettings& settings)
+      : array_(output), texts_(settings), byEllipse_(settings.ByEllipse()) {}
+  void Add(const Judgement& judgement) override {
+    for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) {
+      const IlluminantJudgement& under = judgement.under[i];
+      nlohmann::ordered_json object;
+      object["standard"] = judgement.standard;
+      object["trial"] = judgement.trial;
+      object["geometry"] = judgement.geometry < 0
+                               ? nlohmann::ordered_json()
+                               : nlohmann::ordered_json(texts_.Geometry(judgement.geometry));
+      object["illuminant"] = texts_.illuminants[i];
+      object["observer"] = texts_.observer;
+      for (const double element : under.difference) object["elements"].push_back(JsonNumber(element));
+      for (const ShadeWord word : under.words) object["words"].push_back(TextOf(word));
+      object["box"] = under.components;
+      object["total"] = under.total;
+      object["verdict"] = under.overall;
+      if (byEllipse_) object["ellipse"] = JsonNumber(under.ellipseValue);
+      array_.Add(object);
+    }
+  }
+  void Finish(const JudgeSummaries&) override { array_.Finish(); }
+
+ private:
+  JsonArrayWriter array_;
+  Texts texts_;
+  bool byEllipse_;
+};
+
+class TableJudgeOutput final : public JudgeOutput {
+ public:
+  TableJudgeOutput(const Format& format, OutputStream& output, const JudgeSettings& settings,
+                   const JudgeColumns& shown)
+      : format_(format),
+        output_(output),
+        settings_(settings),
+        texts_(settings),
+        columns_(DifferenceColumnsOf(settings.difference.system)),
+        shown_(shown),
+        byEllipse_(settings.ByEllipse()),
+        rows_(MakeRowWriter(format, output, Columns())) {}
+
+  void Add(const Judgement& judgement) override {
+    if (!std::exchange(hasTitle_, true)) WriteTitle(judgement.standard);
+    for (std::size_t i = 0; i < judgement.under.size(); ++i) AddRow(judgement, i);
+  }
+
+  void Finish(const JudgeSummaries& summaries) override {
+    if (!hasTitle_) WriteTitle("");
+    rows_->Finish();
+    output_.Append('\n');
+    WriteSummaries(format_, output_, settings_, summaries);
+  }
+
+ private:
+  void WriteTitle(const std::string& standard) {
+    output_.Append(TitleOf(settings_.difference) + ", " +
+                   IlluminantName(settings_.illuminants[0], settings_.observer, kNameObserver).ToUtf8());
+    if (shown_.standards == JudgeColumns::kOne && !standard.empty()) {
+      output_.Append(", standard " + Shortened(standard, kLongestCell));
+    }
+    output_.Append("\n\n");
+  }
+
+  std::vector<Column> Columns() const {
+    std::vector<Column> columns;
+    if (shown_.standards == JudgeColumns::kNamed) columns.push_back({"standard"});
+    columns.push_back({"trial"});
+    if (shown_.name) columns.push_back({"name"});
+    if (shown_.geometry) columns.push_back({"geometry"});
+    columns.push_back({"illuminant"});
+    constexpr std::size_t kAllElements = 7;  // the first three are those that the others weigh
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      columns.push_back({.name = columns_[i].heading, .spare = columns_.size() == kAllElements && i < 3});
+    }
+    columns.push_back({"words"});
+    if (byEllipse_) columns.push_back({"value"});
+    for (const char* name : {byEllipse_ ? "ellipse" : "box", "total"}) {
+      columns.push_back({.name = name, .spare = true});
+    }
+    columns.push_back({"verdict"});
+    return columns;
+  }
+
+  void AddRow(const Judgement& judgement, std::size_t i) {
+    const IlluminantJudgement& under = judgement.under[i];
+    if (shown_.standards == JudgeColumns::kNamed) rows_->Text(judgement.standard);
+    rows_->Text(judgement.trial);
+    if (shown_.name) rows_->Text(judgement.name);
+    if (shown_.geometry) rows_->Text(texts_.Geometry(judgement.geometry));
+    rows_->Text(texts_.illuminants[i]);
+    for (const DifferenceColumn& column : columns_) {
+      rows_->Number(under.difference[static_cast<std::size_t>(column.element)]);
+    }
+    rows_->Text(JoinedWords(under.words));
+    if (byEllipse_) rows_->Number(under.ellipseValue);
+    for (const Verdict verdict : {under.components, under.total, under.overall}) {
+      rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
+    }
+    rows_->EndRow();
+  }
+
+  Format format_;
+  OutputStream& output_;
+  const JudgeSettings& settings_;
+  Texts texts_;
+  std::vector<DifferenceColumn> columns_;
+  JudgeColumns shown_;
+  bool byEllipse_;
+  bool hasTitle_ = false;
+  std::unique_ptr<RowWriter> rows_;
+};
+
+}  // namespace
+
+std::unique_ptr<JudgeOutput> MakeJudgeOutput(const Format& format, OutputStream& output,
+                                             const JudgeSettings& settings, const JudgeColumns& columns) {
+  output.SetFormat(format);
+  if (format == Format::kCsv) return std::make_unique<CsvJudgeOutput>(output, settings);
+  if (format == Format::kJson) return std::make_unique<JsonJudgeOutput>(output, settings);
+  return std::make_unique<TableJudgeOutput>(format, output, settings, columns);
+}
+
+void WriteSummaries(const Format& format, OutputStream& output, const JudgeSettings& settings,
+                    const JudgeSummaries& summaries) {
+  constexpr double kMost = 95;  // percent of the trials
+  const std::string total = DifferenceColumnsOf(settings.difference.system).back().heading;
+  const auto rows = MakeRowWriter(format, output,
+                                  {{"illuminant"},
+                                   {"samples"},
+                                   {"pass"},
+                                   {"warning"},
+                                   {"fail"},
+                                   {"mean", "mean " + total},
+                                   {.name = "deviation", .heading = "st. dev.", .spare = true},
+                                   {.name = "median", .spare = true},
+                                   {.name = "percentile95", .heading = "95 % below", .spare = true},
+                                   {"largest"},
+                                   {"trial", "of trial"}});
+  for (std::size_t i = 0; i < summaries.size(); ++i) {
+    const JudgeSummary& summary = summaries[i];
+    const auto [fail, warning, pass] = summary.verdicts;
+    rows->Text(CodeOf(settings.illuminants[i]));
+    for (const int64_t count : {summary.Samples(), pass, warning, fail}) rows->Integer(count);
+    rows->Number(summary.totals.Mean());
+    rows->Number(summary.totals.StandardDeviation());
+    rows->Number(summary.totals.Percentile(50));
+    rows->Number(summary.totals.Percentile(kMost));
+    rows->Number(summary.totals.Largest());
+    rows->Text(summary.largestTrial);
+    rows->EndRow();
+  }
+  rows->Finish();
+}
+
+}  // namespace vrx::tool

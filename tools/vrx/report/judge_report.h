@@ -1,0 +1,69 @@
+// The report of a judgement: the verdicts, under which conditions, the results as a table, and the pictures of each standard.
+
+#ifndef TOOLS_VRX_REPORT_JUDGE_REPORT_H_
+#define TOOLS_VRX_REPORT_JUDGE_REPORT_H_
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "tools/vrx/judging/judge_summary.h"
+#include "tools/vrx/report/judged_trials.h"
+#include "tools/vrx/report/report_page.h"
+
+namespace vrx::tool {
+
+/// The files of a run, as its options name them; empty where there is none.
+struct JudgeFiles {
+  std::string standards, trials;
+  std::string limits;  ///< of boxes or ellipsoids
+};
+
+/// Takes all judgements of a run and writes the report at the end.
+class JudgeReport {
+ public:
+  /// `options` and `settings` must outlive it. The table has columns for names and geometries when `trials` have them.
+  JudgeReport(const ReportOptions& options, const JudgeSettings& settings, JudgeFiles files,
+              const CurveReader& trials);
+
+  /// The trial that `judge` judged last, with the outcome. Throws InputError for too many.
+  void Add(const CurveRow& trial, const Judge& judge, const Judgement& judgement) {
+    judged_.Add(trial, judge, judgement);
+  }
+  /// Throws InputError or OutputError when the report cannot be written.
+  void Finish(const JudgeSummaries& summaries);
+
+ private:
+  using Counts = std::array<std::size_t, 3>;  // by verdict
+
+  void AddVerdicts(const JudgeSummaries& summaries);
+  void AddIlluminantCard(const JudgeSummary& summary, std::size_t i);
+  void AddConditions();
+  std::string ToleranceText() const;
+  void AddResults();
+  bool ShowsStandards() const;
+  std::vector<ReportColumn> Columns() const;
+  void AddRow(ReportTable& table, const JudgedTrial& trial, std::size_t i) const;
+  void AddOverview();
+  void AddStandards();
+  std::vector<std::size_t> ViewsToShow();
+  void AddStandard(const std::vector<std::size_t>& views);
+  void AddView(std::size_t v, bool withHeading);
+  void AddPairs(std::size_t v);
+  void AddMetamerism(const JudgedView& view);
+  std::string MetamerismOfOne(const JudgedTrial& trial) const;
+  std::string MetamerismOfSeveral(const JudgedView& view) const;
+  void AddScriptData(const std::vector<std::size_t>& views);
+  std::string WordsOf(const JudgedResult& result) const;
+
+  const JudgeSettings& settings_;
+  JudgeFiles files_;
+  JudgedTrials judged_;
+  ReportPage page_;
+  bool withName_, withGeometry_;
+};
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_REPORT_JUDGE_REPORT_H_

@@ -1,0 +1,335 @@
+
+#include "tools/vrx/report/report_page.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include <vrxmath/colorimetry/display_color.h>
+#include <vrxmath/foundation/numbers.h>
+#include <vrxmath/platform/clock.h>
+
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/input/conditions.h"
+#include "tools/vrx/output/file_output.h"
+#include "tools/vrx/report/report_assets.h"
+#include "tools/vrx/report/report_files.h"
+
+namespace vrx::tool {
+namespace {
+
+// A name in whatever direction it is written, apart from the text about it.
+std::string Isolated(std::string_view text) {
+  return "<bdi>" + Escaped(text) + "</bdi>";
+}
+
+std::string_view NameOf(ReportColumn::Kind kind) {
+  static constexpr std::string_view kNames[] = {"text",   "words",   "name",   "choice",
+                                                "number", "verdict", "colours"};
+  return kNames[static_cast<std::size_t>(kind)];
+}
+
+std::string VerdictWord(Verdict verdict) {
+  return Text(verdict == kPass      ? ReportText::kPass
+              : verdict == kWarning ? ReportText::kWarning
+                                    : ReportText::kFail);
+}
+
+bool EndsIn(std::string_view path, std::string_view end) {
+  return path.size() > end.size() && EqualsIgnoringCase(path.substr(path.size() - end.size()), end);
+}
+
+bool IsPdf(std::string_view path) {
+  return EndsIn(path, ".pdf");
+}
+
+// Also keeps a slip of the keyboard from replacing a file of measurements.
+std::string RefuseOtherNames(const std::string& path) {
+  if (IsPdf(path) || EndsIn(path, ".html") || EndsIn(path, ".htm")) return {};
+  return "the name of a report ends in .html or .pdf";
+}
+
+std::string TwoDigits(int32_t number) {
+  return {static_cast<char>('0' + number / 10 % 10), static_cast<char>('0' + number % 10)};
+}
+
+// The moment of writing, in local time; that of SOURCE_DATE_EPOCH, in UTC, for a report that is to be the same again.
+std::string Now() {
+  CalendarTime time;
+  const char* epoch = std::getenv("SOURCE_DATE_EPOCH");
+  if (epoch != nullptr && *epoch != '\0') {
+    time = UtcCalendar(std::strtoll(epoch, nullptr, 10));
+  } else {
+    time = CurrentClock().ToLocal(CurrentClock().UtcSeconds());
+  }
+  if (!time.IsValid()) return "-";
+  return std::to_string(time.year) + "-" + TwoDigits(time.month) + "-" + TwoDigits(time.day) + " " +
+         TwoDigits(time.hour) + ":" + TwoDigits(time.minute);
+}
+
+// The texts of the script, under the names by which it asks.
+std::string ScriptTexts() {
+  static constexpr struct {
+    const char* name;
+    ReportText text;
+  } kTexts[] = {{"search", ReportText::kSearch},   {"all", ReportText::kAll},
+                {"rows", ReportText::kRows},       {"previous", ReportText::kPrevious},
+                {"next", ReportText::kNext},       {"shown", ReportText::kRowsShown},
+                {"none", ReportText::kNoRows},     {"selected", ReportText::kSelected},
+                {"gamut", ReportText::kOutOfGamut}};
+  std::string json = "{\"verdicts\":[";
+  for (const Verdict verdict : {kFail, kWarning, kPass}) {
+    json += (verdict == kFail ? "" : ",") + JsonText(VerdictWord(verdict));
+  }
+  json += "]";
+  for (const auto& entry : kTexts)
+    json += ",\"" + std::string(entry.name) + "\":" + JsonText(Text(entry.text));
+  return json + "}";
+}
+
+}  // namespace
+
+void AddReportOptions(Command& command, ReportOptions& options) {
+  command.AddOption("--report", options.file, "Write a report with pictures too; a PDF needs Chromium")
+      .Shows("FILE.html|FILE.pdf")
+      .Check(RefuseOtherNames);
+  command.AddOption("--report-title", options.title, "Title of the report").Shows("TEXT");
+  command.AddOption("--report-logo", options.logo, "A picture at its head: PNG, JPEG or SVG").Shows("FILE");
+  command.AddOption("--report-author", options.author, "Who judged, for the report").Shows("NAME");
+}
+
+ShownColour Shown(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz) {
+  ShownColour shown;
+  shown.inGamut =
+      XyzToDisplayRgb(illuminant, observer, xyz, shown.colour.red, shown.colour.green, shown.colour.blue);
+  return shown;
+}
+
+std::string JsonText(std::string_view text) {
+  std::string json = "\"";
+  for (const char c : ShownText(text)) {
+    switch (c) {
+      case '"':
+      case '\\':
+        json.append("\\").append(1, c);
+        break;
+      case '<':  // neither "</script" nor "<!--" may stand in a script element
+        json += "\\u003c";
+        break;
+      default:
+        json += c;
+    }
+  }
+  return json + "\"";
+}
+
+std::string FixedText(double value, int32_t decimals) {
+  if (IsUnset(value)) return "-";
+  char text[400];
+  const double rounded = std::fabs(value) < 0.5 * std::pow(10.0, -decimals) ? 0.0 : value;
+  return {text, std::to_chars(text, text + sizeof text, rounded, std::chars_format::fixed, decimals).ptr};
+}
+
+std::string VerdictHtml(Verdict verdict) {
+  static constexpr const char* kClasses[] = {"fail", "warning", "pass"};
+  return std::string("<span class=\"verdict ") + kClasses[static_cast<std::size_t>(verdict)] + "\">" +
+         Escaped(VerdictWord(verdict)) + "</span>";
+}
+
+std::string SwatchesHtml(const ShownColour& standard, const ShownColour& trial) {
+  const std::string first = HexColour(standard.colour), second = HexColour(trial.colour);
+  const bool inGamut = standard.inGamut && trial.inGamut;
+  return "<span class=\"swatches\" role=\"img\" aria-label=\"" + first + " | " + second +
+         (inGamut ? "" : ", " + Escaped(Text(ReportText::kOutOfGamut))) +
+         "\"><span style=\"background:" + first + "\"></span><span style=\"background:" + second +
+         "\"></span></span>" + (inGamut ? "" : "*");
+}
+
+// Tables ------------------------------------------------------------------------------------------------------
+
+void ReportTable::PutCell(std::string_view json, std::string_view html) {
+  json_ += column_ == 0 ? (count_ == 0 ? "[" : ",\n[") : ",";
+  json_ += json;
+  if (count_ < kWrittenOut) {
+    if (column_ == 0) html_ += "<tr>";
+    html_ += html;
+  }
+  ++column_;
+}
+
+void ReportTable::Text(std::string_view whole, Tint) {
+  const std::string text = Shortened(whole, kLongestCell);
+  const bool areWords = Column().kind == ReportColumn::Kind::kWords;
+  PutCell(JsonText(text), (areWords ? "<td class=\"words\">" : "<td>") + Isolated(text) + "</td>");
+}
+
+void ReportTable::Number(double value, Tint) {
+  if (Column().kind == ReportColumn::Kind::kText) Column().kind = ReportColumn::Kind::kNumber;
+  const std::string fixed = FixedText(value, Column().decimals);
+  const bool isNumber = !IsUnset(value) && std::isfinite(value);
+  PutCell(isNumber         ? fixed
+          : IsUnset(value) ? "null"
+                           : JsonText(fixed),
+          "<td class=\"number\">" + fixed + "</td>");
+}
+
+void ReportTable::Integer(int64_t value) {
+  if (Column().kind == ReportColumn::Kind::kText)
+    Column() = {Column().heading, ReportColumn::Kind::kNumber, 0};
+  const std::string text = std::to_string(value);
+  PutCell(text, "<td class=\"number\">" + text + "</td>");
+}
+
+void ReportTable::Put(Verdict verdict) {
+  PutCell(std::to_string(verdict), "<td>" + VerdictHtml(verdict) + "</td>");
+}
+
+void ReportTable::Put(const ShownColour& standard, const ShownColour& trial) {
+  const bool inGamut = standard.inGamut && trial.inGamut;
+  PutCell("\"" + HexColour(standard.colour) + HexColour(trial.colour) + (inGamut ? "\"" : "*\""),
+          "<td>" + SwatchesHtml(standard, trial) + "</td>");
+}
+
+void ReportTable::EndRow() {
+  if (count_ == kMost) {
+    throw InputError("--report: more than " + std::to_string(kMost) +
+                     " rows; report a part, or write csv or json");
+  }
+  json_ += "]";
+  if (count_ < kWrittenOut) html_ += "</tr>\n";
+  if (++count_ == kFirst) firstEnd_ = html_.size();
+  column_ = 0;
+}
+
+std::string ReportTable::Html(std::size_t number, std::string_view caption) const {
+  std::string html = "<div class=\"table\" data-table=\"" + std::to_string(number) +
+                     "\">\n<div class=\"controls\"></div>\n<div class=\"scroll\" tabindex=\"0\" "
+                     "role=\"region\" aria-label=\"" +
+                     Escaped(caption) + "\">\n<table>\n<thead><tr>";
+  for (const ReportColumn& column : columns_) {
+    html += "<th scope=\"col\">" + Escaped(column.heading) + "</th>";
+  }
+  const bool isWhole = count_ <= kWrittenOut;
+  html += "</tr></thead>\n<tbody>\n" + (isWhole ? html_ : html_.substr(0, firstEnd_)) +
+          "</tbody>\n</table>\n</div>\n";
+  html += "<p class=\"status\" role=\"status\">";
+  if (!isWhole) {
+    html += Escaped(TextOf(ReportText::kFirstRows, {std::to_string(kFirst), std::to_string(count_)}));
+  }
+  return html + "</p>\n</div>\n";
+}
+
+std::string ReportTable::Json() const {
+  std::string json = "{\"columns\":[";
+  for (const ReportColumn& column : columns_) {
+    if (json.back() != '[') json += ",";
+    json += "{\"heading\":" + JsonText(column.heading) + ",\"kind\":\"" + std::string(NameOf(column.kind)) +
+            "\",\"decimals\":" + std::to_string(column.decimals) + "}";
+  }
+  return json + "],\"rows\":[\n" + json_ + "\n]}";
+}
+
+// The page ----------------------------------------------------------------------------------------------------
+
+ReportPage::ReportPage(const ReportOptions& options, std::string_view heading)
+    : options_(options), title_(options.title.empty() ? heading : options.title) {
+  if (!options.logo.empty()) logo_ = PictureUrl(options.logo);
+}
+
+void ReportPage::BeginSection(std::string_view id, std::string_view heading, std::string_view attributes) {
+  body_ += "<section id=\"" + Escaped(id) + "\"" + (attributes.empty() ? "" : " ") + std::string(attributes) +
+           ">\n<h2 tabindex=\"-1\">" + Isolated(heading) + "</h2>\n";
+}
+
+void ReportPage::EndSection() {
+  body_ += "</section>\n";
+}
+
+void ReportPage::AddSubheading(std::string_view heading) {
+  body_ += "<h3>" + Isolated(heading) + "</h3>\n";
+}
+
+void ReportPage::AddParagraph(std::string_view text) {
+  body_ += "<p>" + Escaped(text) + "</p>\n";
+}
+
+void ReportPage::BeginFacts() {
+  body_ += "<dl class=\"facts\">\n";
+}
+
+void ReportPage::AddFact(ReportText term, std::string_view description, std::string_view small) {
+  body_ += "<div><dt>" + Escaped(Text(term)) + "</dt><dd>" + Isolated(description);
+  if (!small.empty()) body_ += " <span class=\"small\">" + Escaped(small) + "</span>";
+  body_ += "</dd></div>\n";
+}
+
+void ReportPage::AddFile(ReportText term, const std::string& path) {
+  RefuseInputAsOutput(options_.file, {path});
+  const std::string hash = HashOfFile(path);
+  AddFact(term, path == "-" ? "standard input" : path.substr(path.find_last_of("/\\") + 1),
+          hash.empty() ? Text(ReportText::kNotHashed) : "SHA-256 " + hash);
+}
+
+void ReportPage::AddOrigin() {
+  if (!options_.author.empty()) AddFact(ReportText::kAuthor, options_.author);
+  AddFact(ReportText::kWritten, Now(), TextOf(ReportText::kWrittenBy, {VRX_VERSION}));
+}
+
+void ReportPage::EndFacts() {
+  body_ += "</dl>\n";
+}
+
+void ReportPage::AddChart(const Chart& chart, std::string_view attributes) {
+  const auto picture = MakeInlinePicture(chart.width, chart.height, chart.title + ". " + chart.summary);
+  chart.paint(*picture);
+  constexpr int32_t kWide = 400;
+  body_ += std::string("<figure class=\"chart") + (chart.width > kWide ? " wide" : "") + "\" data-scales=\"" +
+           Escaped(chart.scales) + "\"" + (attributes.empty() ? "" : " ") + std::string(attributes) +
+           ">\n<figcaption>" + Escaped(chart.title) + "</figcaption>\n" + picture->Encode() + "</figure>\n";
+}
+
+void ReportPage::AddTable(const ReportTable& table, std::string_view caption) {
+  body_ += table.Html(tableCount_++, caption);
+  if (!tables_.empty()) tables_ += ",";
+  tables_ += table.Json();
+}
+
+void ReportPage::AddData(std::string_view name, std::string_view json) {
+  data_ += ",\n" + JsonText(name) + ":" + std::string(json);
+}
+
+std::string ReportPage::Html() const {
+  const std::string title = Escaped(title_);
+  std::string html =
+      "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+      "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data:; "
+      "style-src 'unsafe-inline'; script-src 'sha256-" +
+      Base64(Sha256(kReportScript)) +
+      "'\">\n<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+      "<meta name=\"color-scheme\" content=\"light dark\">\n<title>" +
+      title + "</title>\n<style>\n";
+  html += kReportStyle;
+  html += "</style>\n</head>\n<body>\n<a class=\"skip\" href=\"#results\">" +
+          Escaped(Text(ReportText::kSkip)) + "</a>\n<header>\n";
+  if (!logo_.empty()) {
+    html += "<img class=\"logo\" alt=\"" + Escaped(Text(ReportText::kLogo)) + "\" src=\"" + logo_ + "\">\n";
+  }
+  html += "<h1>" + Isolated(title_) + "</h1>\n</header>\n<main>\n";
+  html += body_;
+  html += "</main>\n<script type=\"application/json\" id=\"data\">{\"texts\":" + ScriptTexts() +
+          ",\n\"tables\":[" + tables_ + "]" + data_ + "}</script>\n<script>";
+  html += kReportScript;
+  return html + "</script>\n</body>\n</html>\n";
+}
+
+void ReportPage::Save() const {
+  if (IsPdf(options_.file)) {
+    PrintToPdf(Html(), options_.file);
+  } else {
+    ReplaceFile(options_.file, Html());
+  }
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,173 @@
+
+#include "tools/vrx/report/result_report.h"
+
+#include <span>
+#include <utility>
+
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/input/conditions.h"
+
+namespace vrx::tool {
+namespace {
+
+// Rows for a command's usual output and its report.
+class BothRows final : public RowWriter {
+ public:
+  BothRows(std::unique_ptr<RowWriter> usual, RowWriter& report) : usual_(std::move(usual)), report_(report) {}
+  void Text(std::string_view text, Tint tint) override {
+    usual_->Text(text, tint);
+    report_.Text(text, tint);
+  }
+  void Words(std::string_view plain, std::string_view shown) override {
+    usual_->Words(plain, shown);
+    report_.Words(plain, shown);
+  }
+  void Number(double value, Tint tint) override {
+    usual_->Number(value, tint);
+    report_.Number(value, tint);
+  }
+  void Integer(int64_t value) override {
+    usual_->Integer(value);
+    report_.Integer(value);
+  }
+  void EndRow() override {
+    usual_->EndRow();
+    report_.EndRow();
+  }
+  void Finish() override { usual_->Finish(); }
+
+ private:
+  std::unique_ptr<RowWriter> usual_;
+  RowWriter& report_;
+};
+
+std::string PairHtml(const ShownColour& first, const ShownColour& second, std::string_view name) {
+  return "<figure class=\"pair\">" + SwatchesHtml(first, second) + "<figcaption><bdi>" + Escaped(name) +
+         "</bdi></figcaption></figure>\n";
+}
+
+bool IsChosenFrom(std::string_view name) {
+  return name == "illuminant" || name == "geometry" || name == "index" || name == "form";
+}
+
+}  // namespace
+
+ResultReport::ResultReport(const ReportOptions& options, ReportText heading)
+    : options_(options), heading_(Text(heading)) {
+  if (options_.IsWanted()) page_.emplace(options_, heading_);
+}
+
+std::unique_ptr<RowWriter> ResultReport::Rows(const Format& format, OutputStream& output,
+                                              std::vector<Column> columns) {
+  std::vector<ReportColumn> shown;
+  shown.reserve(columns.size());
+  for (const Column& column : columns) {
+    shown.push_back({column.heading.empty() ? column.name : column.heading,
+                     IsChosenFrom(column.name) ? ReportColumn::Kind::kChoice : ReportColumn::Kind::kText,
+                     column.decimals});
+  }
+  auto usual = MakeRowWriter(format, output, std::move(columns));
+  if (!page_) return usual;
+  return std::make_unique<BothRows>(std::move(usual), table_.emplace(std::move(shown)));
+}
+
+void ResultReport::AddFile(ReportText term, const std::string& path) {
+  if (page_ && !path.empty()) facts_.push_back({term, path, true});
+}
+
+void ResultReport::AddFact(ReportText term, std::string_view description) {
+  if (page_) facts_.push_back({term, std::string(description), false});
+}
+
+void ResultReport::AddViewing(const std::vector<vrxIlluminant>& illuminants, int32_t observer) {
+  std::string codes;
+  for (const vrxIlluminant illuminant : illuminants)
+    codes += (codes.empty() ? "" : ", ") + CodeOf(illuminant);
+  AddFact(ReportText::kIlluminants, codes);
+  AddFact(ReportText::kObserver, TextOf(ReportText::kObserverDegrees, {std::to_string(DegreesOf(observer))}));
+}
+
+void ResultReport::SetMeasured(const CurveReader& curves) {
+  if (curves.Kind() != Sample::kCurve) return;
+  range_.SetMeasured(curves.Grid().FirstWavelength(), curves.Grid().LastWavelength());
+}
+
+void ResultReport::AddCurve(const CReflData& curve) {
+  if (page_) curves_.push_back(Plotted(curve));
+}
+
+void ResultReport::AddColour(std::string_view id, const ShownColour& colour) {
+  if (page_) swatches_ += PairHtml(colour, colour, Shortened(id, kLongestCell));
+}
+
+void ResultReport::AddTarget(std::string_view id, const ShownColour& target, const ShownColour& nearest,
+                             const std::vector<CReflData>& curves) {
+  if (!page_) return;
+  Target& shown = targets_.emplace_back();
+  shown.name = Shortened(id, kLongestCell);
+  shown.swatches = PairHtml(target, nearest, Text(ReportText::kTargetAndFirst));
+  for (const CReflData& curve : curves) shown.curves.push_back(Plotted(curve));
+}
+
+void ResultReport::SetStandard(const CReflData& curve) {
+  if (page_) standard_ = Plotted(curve);
+}
+
+void ResultReport::AddPlane(const PlaneChart& chart) {
+  if (page_) planes_.push_back(chart);
+}
+
+void ResultReport::Save() {
+  if (!page_) return;
+  page_->BeginSection("conditions", Text(ReportText::kConditions));
+  page_->BeginFacts();
+  for (const Fact& fact : facts_) {
+    fact.isFile ? page_->AddFile(fact.term, fact.text) : page_->AddFact(fact.term, fact.text);
+  }
+  page_->AddOrigin();
+  page_->EndFacts();
+  page_->EndSection();
+  page_->BeginSection("results", Text(ReportText::kResults));
+  page_->AddTable(*table_, heading_);
+  page_->EndSection();
+  if (!curves_.empty() || !planes_.empty()) {
+    page_->BeginSection("pictures", Text(ReportText::kPictures));
+    if (!swatches_.empty()) page_->AddHtml("<div class=\"pairs colours\">\n" + swatches_ + "</div>\n");
+    if (swatches_.find("</span>*") != std::string::npos)
+      page_->AddParagraph("* " + Text(ReportText::kOutOfGamut));
+    if (!curves_.empty()) {
+      range_.title = Text(standard_ ? ReportText::kCurves : ReportText::kCurvesOnly);
+      if (standard_) range_.standard = &*standard_;
+      for (const PlottedCurve& curve : curves_) range_.trials.push_back(&curve);
+      page_->AddChart(MakeChart(range_));
+    }
+    page_->BeginRow();
+    for (const PlaneChart& plane : planes_) page_->AddChart(MakeChart(plane));
+    page_->EndRow();
+    page_->EndSection();
+  }
+  if (!targets_.empty()) AddTargets();
+  page_->Save();
+}
+
+void ResultReport::AddTargets() {
+  page_->BeginSection("pictures", Text(ReportText::kPictures));
+  if (!note_.empty()) page_->AddParagraph(note_);
+  bool isAnyBeyond = false;
+  for (const Target& target : targets_) {
+    page_->AddSubheading(target.name);
+    page_->AddHtml("<div class=\"pairs\">\n" + target.swatches + "</div>\n");
+    isAnyBeyond = isAnyBeyond || target.swatches.find("</span>*") != std::string::npos;
+    if (target.curves.empty()) continue;
+    CurvesChart chart = range_;
+    chart.title = Text(ReportText::kTargetCurves);
+    chart.areRecipes = true;
+    chart.standard = &target.curves.front();
+    for (const PlottedCurve& curve : std::span(target.curves).subspan(1)) chart.trials.push_back(&curve);
+    page_->AddChart(MakeChart(chart));
+  }
+  if (isAnyBeyond) page_->AddParagraph("* " + Text(ReportText::kOutOfGamut));
+  page_->EndSection();
+}
+
+}  // namespace vrx::tool

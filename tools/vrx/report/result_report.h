@@ -1,0 +1,86 @@
+// The report of a command whose results are rows: the conditions, the rows, and pictures. Where no report is asked for,
+// everything here does nothing.
+
+#ifndef TOOLS_VRX_REPORT_RESULT_REPORT_H_
+#define TOOLS_VRX_REPORT_RESULT_REPORT_H_
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vrxio/files/curve_reader.h>
+#include <vrxmath/colorimetry/illuminants.h>
+
+#include "tools/vrx/base/reader_names.h"
+#include "tools/vrx/output/output.h"
+#include "tools/vrx/report/charts.h"
+#include "tools/vrx/report/report_page.h"
+
+namespace vrx::tool {
+
+class ResultReport {
+ public:
+  /// `options` must outlive it. Throws InputError for a logo that is none.
+  ResultReport(const ReportOptions& options, ReportText heading);
+
+  bool IsWanted() const { return page_.has_value(); }
+
+  /// The writer of a command's rows: the usual one, and beside it the report's, which must outlive it.
+  std::unique_ptr<RowWriter> Rows(const Format& format, OutputStream& output, std::vector<Column> columns);
+
+  /// Inputs and conditions, in the order of the calls.
+  void AddFile(ReportText term, const std::string& path);
+  void AddFact(ReportText term, std::string_view description);
+  void AddViewing(const std::vector<vrxIlluminant>& illuminants, int32_t observer);
+
+  /// The curves of the pictures, and that of the standard where there is one for all.
+  void SetMeasured(const CurveReader& curves);
+  void AddCurve(const CReflData& curve);
+  void SetStandard(const CReflData& curve);
+  /// A swatch with its name.
+  void AddColour(std::string_view id, const ShownColour& colour);
+  /// A target beside what came nearest to it, and the curves of both and of the alternatives: that of the target first, or
+  /// none.
+  void AddTarget(std::string_view id, const ShownColour& target, const ShownColour& nearest,
+                 const std::vector<CReflData>& curves);
+  /// The text before the pictures of targets.
+  void SetNote(std::string_view note) { note_ = note; }
+  void AddPlane(const PlaneChart& chart);
+
+  /// Writes the report. Throws InputError or OutputError when that fails.
+  void Save();
+
+ private:
+  struct Fact {
+    ReportText term;
+    std::string text;
+    bool isFile;
+  };
+
+  struct Target {
+    std::string name;
+    std::string swatches;  // HTML
+    std::vector<PlottedCurve> curves;
+  };
+
+  void AddTargets();
+
+  const ReportOptions& options_;
+  std::optional<ReportPage> page_;  // none when no report is asked for
+  std::string heading_;
+  std::optional<ReportTable> table_;
+  std::vector<Fact> facts_;
+  CurvesChart range_;  // what was measured
+  std::vector<PlottedCurve> curves_;
+  std::optional<PlottedCurve> standard_;
+  std::string swatches_;  // HTML
+  std::vector<PlaneChart> planes_;
+  std::vector<Target> targets_;
+  std::string note_;
+};
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_REPORT_RESULT_REPORT_H_

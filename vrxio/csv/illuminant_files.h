@@ -1,0 +1,23 @@
+// User illuminants from files of spectral power.
+
+#ifndef VRXIO_CSV_ILLUMINANT_FILES_H_
+#define VRXIO_CSV_ILLUMINANT_FILES_H_
+
+#include <span>
+#include <string>
+
+#include <vrxmath/colorimetry/weighting.h>
+
+namespace vrx::io {
+
+/// Registers every illuminant of the files, so that it can be named by its code or number. May be called again.
+///
+/// A file has a column of wavelengths, headed `nm`, 1, 5 or 10 nm apart, and a column of relative spectral power for each
+/// illuminant, headed by its code, code|description, or number:code|description. Illuminants without a number get the
+/// next one from 1000 on. `interpolation` says how the power is brought to 1 nm. Throws InputError for a file that is
+/// not one or an illuminant that the library refuses.
+void RegisterIlluminantFiles(std::span<const std::string> files, SpectralInterpolation interpolation);
+
+}  // namespace vrx::io
+
+#endif  // VRXIO_CSV_ILLUMINANT_FILES_H_

@@ -1,0 +1,115 @@
+#include <vrxio/files/curve_reader.h>
+
+#include <algorithm>
+#include <utility>
+
+#include <vrxio/csv/csv_measurements.h>
+#include <vrxio/measurement/bandpass.h>
+#include <vrxio/text/input_error.h>
+#include <vrxmath/foundation/numbers.h>
+
+namespace vrx::io {
+
+namespace {
+
+ReadOptions OptionsOf(bool fraction) {
+  ReadOptions options;
+  if (fraction) options.scale = ReadOptions::Scale::kFraction;
+  return options;
+}
+
+// Conditions without what a file that tells its samples apart by geometry may mix.
+MeasuringConditions WithoutGeometry(MeasuringConditions conditions) {
+  conditions.geometry = kNoGeometry;
+  conditions.specular = Specular::kUnknown;
+  conditions.mCondition = -1;
+  conditions.ultraviolet = 0;
+  return conditions;
+}
+
+}  // namespace
+
+CurveReader::CurveReader(std::unique_ptr<MeasurementReader> source, Content content, bool correctsBandpass)
+    : source_(std::move(source)), correctsBandpass_(correctsBandpass) {
+  Start(content);
+}
+
+CurveReader::CurveReader(CsvReader csv, bool fraction, Content content)
+    : source_(ReadCsvRows(std::move(csv), CsvLayout(), OptionsOf(fraction))) {
+  Start(content);
+}
+
+void CurveReader::Start(Content content) {
+  const MeasurementLayout& layout = source_->FirstLayout();
+  if (layout.wavelengths.empty()) {
+    kind_ = source_->HasXyz() ? Sample::kXyz : Sample::kLab;
+    if (content == Content::kCurves)
+      source_->FailRow("there are colours in it but no curves, which are needed here");
+  }
+  UseLayout(layout);
+}
+
+// The grid for the wavelengths of `layout`, and what its conditions have against the first ones.
+void CurveReader::UseLayout(const MeasurementLayout& layout) {
+  const bool isFirst = layout_ == nullptr;
+  const bool sameWavelengths = !isFirst && layout_->wavelengths == layout.wavelengths;
+  layout_ = &layout;
+  if (rows_ <= 1) first_ = layout.conditions;
+  if (mixture_.empty()) {
+    mixture_ = HasGeometries()
+                   ? ConditionConflict(WithoutGeometry(first_), WithoutGeometry(layout.conditions))
+                   : ConditionConflict(first_, layout.conditions);
+  }
+  if (kind_ != Sample::kCurve || sameWavelengths || layout.wavelengths.empty()) return;
+  grid_ = WavelengthGrid(layout.wavelengths);
+  if (correctsBandpass_ && !grid_.IsEven()) {
+    source_->FailRow("the correction for the bandpass needs wavelengths that are evenly spaced");
+  }
+}
+
+bool CurveReader::Next(CurveRow& row) {
+  do {
+    if (!source_->Next(measured_)) return false;
+    if (kind_ != Sample::kCurve || !measured_.reflectance.empty()) break;
+    ++withoutCurve_;
+  } while (true);
+  ++rows_;
+  row.kind = kind_;
+  row.id = measured_.id;
+  row.name = measured_.name;
+  row.standard = measured_.standard;
+  row.geometry = measured_.geometry;
+  row.extras = measured_.extras;
+  if (measured_.layout != layout_) UseLayout(*measured_.layout);
+  if (kind_ == Sample::kCurve) {
+    TakeCurve(measured_, row);
+  } else if (kind_ == Sample::kXyz) {
+    if (!measured_.hasXyz) source_->FailRow("the sample has no X, Y, Z as the first one has");
+    row.color = measured_.xyz;
+  } else {
+    if (!measured_.hasLab) source_->FailRow("the sample has no L*, a*, b* as the first one has");
+    row.color = measured_.lab;
+  }
+  return true;
+}
+
+void CurveReader::TakeCurve(const Measurement& measured, CurveRow& row) {
+  std::span<const double> values = measured.reflectance;
+  if (correctsBandpass_) {
+    corrected_.assign(values.begin(), values.end());
+    CorrectBandpass(corrected_);
+    values = corrected_;
+  }
+  if (!aboveOne_) aboveOne_ = std::ranges::any_of(values, [](double value) { return value > 1.0; });
+  double* const curve = row.curve.GetData();
+  grid_.Convert(values, curve);
+  // A first sample that is by chance the unset value would make the curve count as not measured.
+  if (IsUnset(curve[0])) curve[0] = 0.0;
+}
+
+void CurveReader::Rewind() {
+  source_->Rewind();
+  rows_ = 0;
+}
+
+}  // namespace vrx::io

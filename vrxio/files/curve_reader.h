@@ -1,0 +1,109 @@
+// Reflectance curves on the library's grid, or colours, from files of any form that OpenMeasurements reads.
+
+#ifndef VRXIO_FILES_CURVE_READER_H_
+#define VRXIO_FILES_CURVE_READER_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vrxmath/colorimetry/color_records.h>
+
+#include <vrxio/csv/csv_reader.h>
+#include <vrxio/measurement/measurement.h>
+#include <vrxio/measurement/names.h>
+#include <vrxio/measurement/wavelength_grid.h>
+
+namespace vrx::io {
+
+/// The measurement of a sample: its curve, or a colour of it under one illuminant and observer.
+struct Sample {
+  enum Kind { kCurve, kXyz, kLab };
+  Kind kind = kCurve;
+  CReflData curve;                ///< percent on the library's grid; unset for a colour
+  std::array<double, 3> color{};  ///< X, Y, Z or L*, a*, b*
+};
+
+/// One sample of a file. The texts live until the next one is read.
+struct CurveRow : Sample {
+  std::string_view id;  ///< what names the sample: its id, else its name, else the number of its row, from 1
+  std::string_view name;
+  std::string_view standard;  ///< the id of the standard that it belongs to, where the file says so
+  int32_t geometry = kNoGeometry;
+  std::span<const std::string> extras;  ///< the texts of the columns that the reader was told to expect
+};
+
+/// The kinds of samples that a command can make use of.
+enum class Content { kCurves, kCurvesOrColors };
+
+/// Brings the samples of a file to the library's grid.
+class CurveReader {
+ public:
+  /// Takes over an open file. Throws InputError when it does not hold curves or, where they will do, colours. With
+  /// `correctsBandpass` the curves are corrected by CorrectBandpass, for which their wavelengths must be even.
+  explicit CurveReader(std::unique_ptr<MeasurementReader> source, Content content = Content::kCurves,
+                       bool correctsBandpass = false);
+  /// The same of a CSV file whose header has been read: one sample a row. `fraction`: reflectances are 0 to 1, not percent.
+  CurveReader(CsvReader csv, bool fraction, Content content = Content::kCurves);
+
+  /// Reads the next sample; false after the last one. Throws InputError for one that is none. Samples without a curve in a
+  /// file of curves are passed over and counted.
+  bool Next(CurveRow& row);
+
+  /// Goes to a sample by what Offset of Source() said of it, or back to the first one. Samples named by their number keep
+  /// their names only from the first one on.
+  void SeekTo(uint64_t offset) { source_->SeekTo(offset); }
+  void Rewind();
+
+  const MeasurementReader& Source() const { return *source_; }
+  /// The kind of the samples.
+  Sample::Kind Kind() const { return kind_; }
+  /// Of curves.
+  const WavelengthGrid& Grid() const { return grid_; }
+  /// True when samples have an id or a name, not just a number.
+  bool HasNames() const { return source_->HasIds() || source_->HasNames(); }
+  bool HasIdsAndNames() const { return source_->HasIds() && source_->HasNames(); }
+  bool HasStandards() const { return source_->HasStandards(); }
+  bool HasGeometries() const { return source_->HasGeometries(); }
+  /// True when rows were read and none has a value above 1: percent are fractions, perhaps.
+  bool LooksLikeFractions() const {
+    return rows_ > 0 && kind_ == Sample::kCurve && !source_->KnowsScale() && !aboveOne_;
+  }
+  /// The conditions in which the samples read so far differ, such as "M0 and M2"; empty when they are of the same.
+  const std::string& Mixture() const { return mixture_; }
+  /// How the first sample was measured, once it was read.
+  const MeasuringConditions& FirstConditions() const { return first_; }
+  /// Samples that were passed over.
+  int64_t CountWithoutCurve() const { return withoutCurve_; }
+
+  /// The sample of the last row as it was measured: its colours beside its curve, its date, its conditions. It lives until the
+  /// next one is read.
+  const Measurement& Measured() const { return measured_; }
+
+ private:
+  void Start(Content content);
+  void UseLayout(const MeasurementLayout& layout);
+  void TakeCurve(const Measurement& measured, CurveRow& row);
+
+  std::unique_ptr<MeasurementReader> source_;
+  Sample::Kind kind_ = Sample::kCurve;
+  WavelengthGrid grid_;
+  const MeasurementLayout* layout_ = nullptr;  // that grid_ is for
+  bool correctsBandpass_ = false;
+  bool aboveOne_ = false;
+  int64_t rows_ = 0;
+  int64_t withoutCurve_ = 0;
+  MeasuringConditions first_;
+  std::string mixture_;
+  std::vector<double> corrected_;
+  Measurement measured_;
+};
+
+}  // namespace vrx::io
+
+#endif  // VRXIO_FILES_CURVE_READER_H_

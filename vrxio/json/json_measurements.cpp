@@ -1,0 +1,406 @@
+#include <vrxio/json/json_measurements.h>
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include <vrxio/measurement/headings.h>
+#include <vrxio/measurement/sample_columns.h>
+#include <vrxio/text/byte_window.h>
+#include <vrxio/text/decimal.h>
+#include <vrxio/text/input_error.h>
+#include <vrxio/text/text.h>
+
+namespace vrx::io {
+namespace {
+
+constexpr std::size_t kMaxObjectBytes = std::size_t{1} << 20;
+constexpr std::size_t kMaxMembers = 10'000;
+constexpr int kDeepest = 64;
+
+bool IsSpace(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+// One member of an object: its name and its value, a number or a text; null and containers are neither.
+struct Member {
+  enum Kind { kNumber, kText, kOther };
+  std::string name;
+  Kind kind = kOther;
+  double number = 0;
+  std::string text;
+};
+
+// Reads the bytes of one object, member by member.
+class ObjectParser {
+ public:
+  explicit ObjectParser(std::string_view bytes) : rest_(bytes) {}
+
+  // The reason why it is of no use; empty when there is none.
+  const std::string& Error() const { return error_; }
+
+  void Parse(std::vector<Member>& members) {
+    members.clear();
+    Expect('{');
+    if (!Take('}')) {
+      do {
+        if (members.size() == kMaxMembers) return Fail("more than 10000 members");
+        Member& member = members.emplace_back();
+        SkipSpace();
+        member.name = String();
+        Expect(':');
+        Value(member, 0);
+      } while (error_.empty() && Take(','));
+      Expect('}');
+    }
+  }
+
+ private:
+  void Fail(std::string_view what) {
+    if (error_.empty()) error_ = what;
+    rest_ = {};
+  }
+  void SkipSpace() {
+    while (!rest_.empty() && IsSpace(rest_.front())) rest_.remove_prefix(1);
+  }
+  bool Take(char c) {
+    SkipSpace();
+    if (rest_.empty() || rest_.front() != c) return false;
+    rest_.remove_prefix(1);
+    return true;
+  }
+  void Expect(char c) {
+    if (!Take(c)) Fail(std::string("a ") + c + " is expected");
+  }
+
+  void Value(Member& member, int depth) {
+    SkipSpace();
+    if (depth > kDeepest) return Fail("lists and objects are nested more than 64 deep");
+    if (rest_.empty()) return Fail("a value is expected");
+    const char c = rest_.front();
+    if (c == '"') {
+      member.kind = Member::kText;
+      member.text = String();
+    } else if (c == '{' || c == '[') {
+      Container(c, depth);
+    } else if (c == '-' || (c >= '0' && c <= '9')) {
+      Number(member);
+    } else {
+      Word();
+    }
+  }
+
+  void Container(char open, int depth) {
+    const char close = open == '{' ? '}' : ']';
+    Take(open);
+    if (Take(close)) return;
+    do {
+      SkipSpace();
+      if (open == '{') {
+        String();
+        Expect(':');
+      }
+      Member ignored;
+      Value(ignored, depth + 1);
+    } while (error_.empty() && Take(','));
+    Expect(close);
+  }
+
+  void Number(Member& member) {
+    const auto isPart = [](char c) {
+      return (c >= '0' && c <= '9') || c == '.' || c == '-' || c == '+' || c == 'e' || c == 'E';
+    };
+    std::size_t end = 0;
+    while (end < rest_.size() && isPart(rest_[end])) ++end;
+    member.kind = Member::kNumber;
+    if (!ParseDecimal(rest_.substr(0, end), '.', member.number)) Fail("a number is not one");
+    if (!rest_.empty()) rest_.remove_prefix(end);
+  }
+
+  void Word() {
+    for (const std::string_view word : {"null", "true", "false"}) {
+      if (rest_.starts_with(word)) return rest_.remove_prefix(word.size());
+    }
+    Fail("a value is expected");
+  }
+
+  std::string String() {
+    std::string text;
+    if (rest_.empty() || rest_.front() != '"') return Fail("a text in quotes is expected"), text;
+    rest_.remove_prefix(1);
+    while (!rest_.empty() && rest_.front() != '"') {
+      const std::size_t plain = PlainCharacters();
+      text.append(rest_.substr(0, plain));
+      rest_.remove_prefix(plain);
+      if (plain > 0) continue;
+      if (rest_.front() != '\\') return Fail("a control character in a text"), text;
+      rest_.remove_prefix(1);
+      Escape(text);
+    }
+    if (rest_.empty()) return Fail("a text is not ended"), text;
+    rest_.remove_prefix(1);
+    if (!IsUtf8(text)) Fail("a text is not UTF-8");
+    return text;
+  }
+
+  // How many characters stand before the next that ends the text, begins an escape or may not be there.
+  [[nodiscard]] std::size_t PlainCharacters() const {
+    const auto isSpecial = [](char c) {
+      return c == '"' || c == '\\' || static_cast<unsigned char>(c) < ' ';
+    };
+    return static_cast<std::size_t>(std::ranges::find_if(rest_, isSpecial) - rest_.begin());
+  }
+
+  void Escape(std::string& text) {
+    if (rest_.empty()) return Fail("a text is not ended");
+    const char c = rest_.front();
+    rest_.remove_prefix(1);
+    constexpr std::string_view kNames = "\"\\/bfnrt", kCharacters = "\"\\/\b\f\n\r\t";
+    if (const std::size_t at = kNames.find(c); at != std::string_view::npos) {
+      text += kCharacters[at];
+    } else if (c == 'u') {
+      uint32_t character = Unit();
+      if (character >= 0xD800 && character < 0xDC00 && rest_.starts_with("\\u")) {
+        rest_.remove_prefix(2);
+        character = 0x10000 + ((character - 0xD800) << 10) + ((Unit() - 0xDC00) & 0x3FF);
+      }
+      if (character >= 0xD800 && character < 0xE000) character = 0xFFFD;
+      AppendUtf8(character, text);
+    } else {
+      Fail("an escape that is none");
+    }
+  }
+
+  uint32_t Unit() {
+    uint32_t unit = 0;
+    const std::string_view digits = rest_.substr(0, 4);
+    const auto [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), unit, 16);
+    if (digits.size() < 4 || error != std::errc() || stop != digits.data() + 4)
+      return Fail("an escape that is none"), 0;
+    rest_.remove_prefix(4);
+    return unit;
+  }
+
+  std::string_view rest_;
+  std::string error_;
+};
+
+class JsonReader final : public MeasurementReader {
+ public:
+  JsonReader(InputStream input, const ReadOptions& options)
+      : options_(options), window_(std::move(input), "JSON") {
+    if (window_.More() && window_.Bytes().starts_with("\xEF\xBB\xBF")) window_.Skip(3);
+    if (Peek() != '[') Fail(window_.Line(), "a list of objects is expected");
+    window_.Skip(1);
+    first_ = window_.Offset();
+    firstLine_ = window_.Line();
+    if (!ReadObject()) Fail(window_.Line(), "the list is empty");
+    for (const Member& member : members_) {
+      names_.push_back(member.kind == Member::kOther && WavelengthOf(member.name) == 0 ? "" : member.name);
+    }
+    columns_ = SampleColumns(names_, options_, true, [this](std::size_t column, const std::string& reason) {
+      const bool isNamed = column != SampleColumns::kWholeRow;
+      Fail(line_, (isNamed ? Shown(names_[column]) + ": " : std::string()) + reason);
+    });
+    for (std::size_t i = 0; i < names_.size(); ++i) places_[names_[i]] = i;
+    ordered_.resize(names_.size());
+    if (!columns_.Unused().empty()) Note("members that are not used: " + columns_.Unused());
+    const bool isFraction = options_.scale == ReadOptions::Scale::kFraction;
+    layout_ = &columns_.Begin(MeasuringConditions(), {isFraction ? 1.0 : 100.0, isFraction, options_.force});
+    Rewind();
+  }
+
+  bool Next(Measurement& sample) override {
+    if (!ReadObject()) return false;
+    ++rows_;
+    sample = Measurement();
+    Order();
+    for (const SampleColumns::Run& run : columns_.Runs()) TakeRun(run, sample);
+    columns_.Finish(rows_, sample);
+    return true;
+  }
+
+  const MeasurementLayout& FirstLayout() const override { return *layout_; }
+  std::string_view FormName() const override { return "JSON"; }
+  bool HasIds() const override { return columns_.Has(ColumnRole::kId); }
+  bool HasNames() const override { return columns_.Has(ColumnRole::kName); }
+  bool HasStandards() const override { return columns_.Has(ColumnRole::kStandard); }
+  bool HasGeometries() const override { return columns_.Has(ColumnRole::kGeometry); }
+  bool HasXyz() const override { return columns_.HasXyz(); }
+  bool KnowsScale() const override { return options_.scale != ReadOptions::Scale::kByFile; }
+  const std::string& Name() const override { return window_.Input().name; }
+  uint64_t Size() const override { return window_.Input().size; }
+  uint64_t Position() const override { return window_.Offset(); }
+  uint64_t Offset() const override { return offset_; }
+  bool CanSeek() const override { return Size() > 0; }
+  void SeekTo(uint64_t offset) override {
+    window_.SeekTo(offset, 0);
+    needsComma_ = false;
+  }
+  void Rewind() override {
+    if (CanSeek() || rows_ > 0) {
+      window_.SeekTo(first_, firstLine_);
+      needsComma_ = false;
+    } else {
+      isHeld_ = true;  // a pipe: the object that was read goes first
+    }
+    rows_ = 0;
+  }
+  std::string RowPlace() const override { return PlaceOf(line_); }
+
+ private:
+  std::string PlaceOf(int64_t line) const { return window_.PlaceOf(line); }
+  [[noreturn]] void Fail(int64_t line, const std::string& reason) const {
+    throw InputError(PlaceOf(line) + ": " + reason);
+  }
+
+  // The members are those of the first object in its order, as they are in almost every file.
+  [[nodiscard]] bool AreAsInFirst() const { return std::ranges::equal(members_, names_, {}, &Member::name); }
+
+  // Brings the members of this object into the order of those of the first one.
+  void Order() {
+    if (AreAsInFirst()) {
+      std::ranges::transform(members_, ordered_.begin(), [](const Member& member) { return &member; });
+      return;
+    }
+    std::ranges::fill(ordered_, nullptr);
+    for (const Member& member : members_) {
+      const auto place = places_.find(member.name);
+      if (place != places_.end()) ordered_[place->second] = &member;
+    }
+  }
+
+  void TakeRun(const SampleColumns::Run& run, Measurement& sample) {
+    for (std::size_t i = 0; i < run.count; ++i) {
+      const Member* const member = ordered_[run.column + i];
+      if (SampleColumns::IsText(run)) {
+        if (run.meaning.role <= ColumnRole::kDevice) continue;
+        std::string& text = texts_[run.column];
+        const bool isThere = member != nullptr && member->kind != Member::kOther;
+        text = !isThere ? "" : member->kind == Member::kNumber ? NumberText(member->number) : member->text;
+        // An object without the member does not take it from the one before.
+        if (isThere || run.meaning.role >= ColumnRole::kGeometry) columns_.TakeText(run, text, sample);
+        continue;
+      }
+      const bool isNumber = member != nullptr && member->kind == Member::kNumber;
+      if (!isNumber) Fail(line_, Shown(names_[run.column + i]) + ": a number is expected");
+      columns_.Values(run)[i] = member->number;
+    }
+  }
+
+  static std::string NumberText(double value) {
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, value).ptr};
+  }
+
+  // The next character that is no blank; 0 at the end of the file.
+  char Peek() {
+    while (true) {
+      const std::string_view bytes = window_.Bytes();
+      const auto blanks = static_cast<std::size_t>(std::ranges::find_if_not(bytes, IsSpace) - bytes.begin());
+      window_.Skip(blanks);
+      if (!window_.Bytes().empty()) return window_.Bytes().front();
+      if (!window_.More()) return 0;
+    }
+  }
+
+  // Reads the next object of the list; false at its end.
+  bool ReadObject() {
+    if (std::exchange(isHeld_, false)) return true;
+    char c = Peek();
+    if (c == ',' && needsComma_) {
+      window_.Skip(1);
+      c = Peek();
+    } else if (c == '{' && needsComma_) {
+      Fail(window_.Line(), "a comma is expected between objects");
+    }
+    if (c == ']') return false;
+    if (c == 0) Fail(window_.Line(), "the file ends within the list");
+    if (c != '{') Fail(window_.Line(), "an object is expected");
+    needsComma_ = true;
+    line_ = window_.Line();
+    offset_ = window_.Offset();
+    const std::size_t size = SizeOfObject();
+    ObjectParser parser(window_.Bytes().substr(0, size));
+    parser.Parse(members_);
+    if (!parser.Error().empty()) Fail(line_, parser.Error());
+    window_.Skip(size);
+    if (!AreAsInFirst()) CheckNames();
+    return true;
+  }
+
+  // The bytes of the object at the position, up to its closing brace.
+  std::size_t SizeOfObject() {
+    int depth = 0;
+    bool quoted = false;
+    std::string_view bytes = window_.Bytes();
+    const auto isThere = [&](std::size_t at) {
+      if (at < bytes.size()) return true;
+      const bool isMore = window_.More();
+      bytes = window_.Bytes();
+      return isMore;
+    };
+    for (std::size_t at = 0;; ++at) {
+      if (!isThere(at)) Fail(line_, "the file ends within the object that begins here");
+      if (at > kMaxObjectBytes) Fail(line_, "an object is longer than 1 MiB");
+      const char c = bytes[at];
+      if (quoted) {
+        if (c == '\\') ++at;
+        if (!isThere(at)) Fail(line_, "the file ends within a text");
+        quoted = c != '"';
+      } else if (c == '"') {
+        quoted = true;
+      } else if (c == '{' || c == '[') {
+        if (++depth > kDeepest) Fail(line_, "lists and objects are nested more than 64 deep");
+      } else if (c == '}' || c == ']') {
+        if (--depth == 0) return at + 1;
+      }
+    }
+  }
+
+  void CheckNames() const {
+    std::vector<std::string_view> names;
+    for (const Member& member : members_) names.push_back(member.name);
+    std::ranges::sort(names);
+    const auto twice = std::ranges::adjacent_find(names);
+    if (twice != names.end()) Fail(line_, "the object has two members " + Shown(*twice));
+  }
+
+  ReadOptions options_;
+  ByteWindow window_;
+  SampleColumns columns_;
+  const MeasurementLayout* layout_ = nullptr;
+  std::vector<std::string> names_;
+  std::map<std::string, std::size_t, std::less<>> places_;
+  std::vector<const Member*>
+      ordered_;  // the members of this object in the order of names_; null where there is none
+  std::map<std::size_t, std::string> texts_;  // of the current sample, by column
+  std::vector<Member> members_;
+  uint64_t first_ = 0;
+  int64_t firstLine_ = 1;
+  uint64_t offset_ = 0;
+  int64_t line_ = 1;
+  int64_t rows_ = 0;
+  bool needsComma_ = false;
+  bool isHeld_ = false;
+};
+
+}  // namespace
+
+bool IsJson(std::string_view beginning) {
+  if (beginning.starts_with("\xEF\xBB\xBF")) beginning.remove_prefix(3);
+  const std::size_t first = beginning.find_first_not_of(" \t\r\n");
+  if (first == std::string_view::npos) return false;
+  if (beginning[first] == '{') return true;
+  const std::size_t second = beginning.find_first_not_of(" \t\r\n", first + 1);
+  return beginning[first] == '[' && second != std::string_view::npos &&
+         (beginning[second] == '{' || beginning[second] == ']');
+}
+
+std::unique_ptr<MeasurementReader> ReadJson(InputStream input, const ReadOptions& options) {
+  return std::make_unique<JsonReader>(std::move(input), options);
+}
+
+}  // namespace vrx::io

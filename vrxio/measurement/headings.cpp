@@ -1,0 +1,172 @@
+#include <vrxio/measurement/headings.h>
+
+#include <algorithm>
+#include <array>
+
+#include <vrxio/measurement/measurement.h>
+#include <vrxio/text/decimal.h>
+
+namespace vrx::io {
+namespace {
+
+constexpr double kShortest = 100;    // nm; a number outside is no wavelength
+constexpr double kLongest = 10'000;  // nm
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// Texts that may stand before and behind the number of a wavelength.
+bool IsWavelengthPrefix(std::string_view plain) {
+  constexpr std::string_view kPrefixes[] = {"",           "nm",     "r",           "x",    "spectral",
+                                            "spectralnm", "spec",   "reflectance", "refl", "wl",
+                                            "wavelength", "lambda", "spectrum",    "rsci", "rsce"};
+  return std::ranges::find(kPrefixes, plain) != std::end(kPrefixes);
+}
+
+struct Word {
+  std::string_view plain;
+  Heading heading;
+};
+
+constexpr Heading Color(uint8_t color) {
+  return {ColumnRole::kColor, 0, color};
+}
+
+// Headings whose capital letters matter.
+constexpr Word kExactWords[] = {
+    {"X", Color(kColumnX)},   {"Y", Color(kColumnY)},   {"Z", Color(kColumnZ)},   {"L", Color(kColumnL)},
+    {"a", Color(kColumnA)},   {"b", Color(kColumnB)},   {"A", Color(kColumnA)},   {"B", Color(kColumnB)},
+    {"C", Color(kColumnC)},   {"h", Color(kColumnH)},   {"H", Color(kColumnH)},   {"L*", Color(kColumnL)},
+    {"a*", Color(kColumnA)},  {"b*", Color(kColumnB)},  {"C*", Color(kColumnC)},  {"h*", Color(kColumnH)},
+    {"hab", Color(kColumnH)}, {"Cab", Color(kColumnC)}, {"C*ab", Color(kColumnC)}};
+
+constexpr Word kWords[] = {{"id", {ColumnRole::kId}},
+                           {"sampleid", {ColumnRole::kId}},
+                           {"sample", {ColumnRole::kId}},
+                           {"patch", {ColumnRole::kId}},
+                           {"patchid", {ColumnRole::kId}},
+                           {"name", {ColumnRole::kName}},
+                           {"samplename", {ColumnRole::kName}},
+                           {"patchname", {ColumnRole::kName}},
+                           {"standard", {ColumnRole::kStandard}},
+                           {"geometry", {ColumnRole::kGeometry}},
+                           {"date", {ColumnRole::kDate}},
+                           {"datetime", {ColumnRole::kDate}},
+                           {"timestamp", {ColumnRole::kDate}},
+                           {"measuredate", {ColumnRole::kDate}},
+                           {"measurementdate", {ColumnRole::kDate}},
+                           {"created", {ColumnRole::kDate}},
+                           {"xyzx", Color(kColumnX)},
+                           {"xyzy", Color(kColumnY)},
+                           {"xyzz", Color(kColumnZ)},
+                           {"labl", Color(kColumnL)},
+                           {"laba", Color(kColumnA)},
+                           {"labb", Color(kColumnB)},
+                           {"labc", Color(kColumnC)},
+                           {"labh", Color(kColumnH)},
+                           {"lchl", Color(kColumnL)},
+                           {"lchc", Color(kColumnC)},
+                           {"lchh", Color(kColumnH)}};
+
+// The beginnings of headings whose values are of no use here.
+constexpr std::string_view kDeviceWords[] = {
+    "rgb",   "cmyk",   "cmy",     "density",    "d_",        "xyy",   "luv",
+    "stdev", "lab_de", "mean_de", "sample_loc", "sampleloc", "gray",  "string",
+    "hex",   "srgb",   "ncolor",  "bytescan",   "lightness", "index", "time"};
+
+char LowerCase(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+std::string LowerText(std::string_view text) {
+  std::string lower(text);
+  std::ranges::transform(lower, lower.begin(), LowerCase);
+  return lower;
+}
+
+bool IsDevice(std::string_view heading) {
+  const std::string lower = LowerText(heading);
+  return std::ranges::any_of(kDeviceWords, [&](std::string_view word) { return lower.starts_with(word); });
+}
+
+// Whether a heading names a colour difference, "dE2000", "\xCE\x94L*", "DE CMC(2:1)": an export has them beside the colours.
+bool IsDifference(std::string_view heading) {
+  constexpr std::string_view kDelta = "\xCE\x94",
+                             kNames[] = {"L", "a", "b", "C", "h", "H", "Cab", "Hab", "hab"};
+  if (heading.starts_with(kDelta)) {
+    heading.remove_prefix(kDelta.size());
+  } else if (heading.starts_with('d') || heading.starts_with('D')) {
+    heading.remove_prefix(1);
+  } else {
+    return false;
+  }
+  std::string name;
+  for (const char c : heading) {
+    if (c != '*' && c != ' ' && c != '_') name += c;
+  }
+  if (std::ranges::find(kNames, name) != std::end(kNames)) return true;
+  if (!name.starts_with('E')) return false;
+  constexpr std::string_view kFormulas[] = {"",      "ab",    "76",    "94",    "00",
+                                            "2000",  "99",    "cmc",   "cie94", "cie2000",
+                                            "cie00", "cmc21", "cmc11", "din99", "hunter"};
+  return std::ranges::find(kFormulas, PlainText(name.substr(1))) != std::end(kFormulas);
+}
+
+// The heading without blanks about it and without a remark in brackets at its end: "L*(10/D65)".
+std::string_view WithoutRemark(std::string_view heading) {
+  const std::size_t bracket = heading.find_first_of("([");
+  if (bracket != std::string_view::npos && bracket > 0) heading = heading.substr(0, bracket);
+  while (heading.ends_with(' ')) heading.remove_suffix(1);
+  return heading;
+}
+
+}  // namespace
+
+std::string PlainText(std::string_view text) {
+  std::string plain;
+  for (const char c : text) {
+    if (IsDigit(c) || (LowerCase(c) >= 'a' && LowerCase(c) <= 'z')) plain += LowerCase(c);
+  }
+  return plain;
+}
+
+double WavelengthOf(std::string_view heading) {
+  constexpr std::size_t kLongestHeading = 40;
+  if (heading.empty() || heading.size() > kLongestHeading) return 0;
+  const auto first = static_cast<std::size_t>(std::ranges::find_if(heading, IsDigit) - heading.begin());
+  if (first == heading.size()) return 0;
+  std::size_t end = first;
+  while (end < heading.size() && (IsDigit(heading[end]) || heading[end] == '.' || heading[end] == ',')) ++end;
+  const std::string_view before = heading.substr(0, first);
+  if (before.find_first_of("-+.,") != std::string_view::npos || !IsWavelengthPrefix(PlainText(before))) {
+    return 0;
+  }
+  const std::string after = PlainText(heading.substr(end));
+  if (after != "" && after != "nm" && after != "nmr") return 0;
+  if (heading.substr(end).find_first_of("-+.,:/") != std::string_view::npos) return 0;
+  double value = 0;
+  const bool isNumber = ParseDecimal(heading.substr(first, end - first), ',', value);
+  return isNumber && value >= kShortest && value <= kLongest ? value : 0;
+}
+
+Heading MeaningOf(std::string_view heading) {
+  if (const double wavelength = WavelengthOf(heading); wavelength > 0) {
+    return {ColumnRole::kWavelength, wavelength, 0};
+  }
+  const std::string_view bare = WithoutRemark(heading);
+  for (const Word& word : kExactWords) {
+    if (bare == word.plain) return word.heading;
+  }
+  const std::string plain = PlainText(bare);
+  for (const Word& word : kWords) {
+    if (plain == word.plain) return word.heading;
+  }
+  if (plain == "spectralnm") return {ColumnRole::kPairWavelength};
+  if (IsDevice(heading) || IsDifference(bare)) return {ColumnRole::kDevice};
+  MeasuringConditions ignored;
+  if (!plain.empty() && TakeCondition(plain, "", ignored)) return {ColumnRole::kCondition};
+  return {};
+}
+
+}  // namespace vrx::io

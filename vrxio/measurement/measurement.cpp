@@ -1,0 +1,295 @@
+#include <vrxio/measurement/measurement.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cmath>
+#include <utility>
+
+#include <vrxio/measurement/headings.h>
+#include <vrxio/text/decimal.h>
+#include <vrxio/text/input_error.h>
+
+namespace vrx::io {
+namespace {
+
+// Angle codes of the library that files speak of.
+enum Geometry : int32_t {
+  kSphere = 0,
+  k45To0 = 1,
+  kDiffuse0 = 2,
+  k0To45 = 3,
+  kSci = 12,
+  kSce = 13,
+  kM0 = 42
+};
+
+bool IsBetween(int32_t code, int32_t first, int32_t last) {
+  return code >= first && code <= last;
+}
+
+// The M condition that a text names, "M1", "m1_daylight" or "Illumination=M1"; -1 for none.
+int32_t MConditionOf(std::string_view text) {
+  for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+    const bool startsWord = i == 0 || !std::isalnum(static_cast<unsigned char>(text[i - 1]));
+    const bool endsWord = i + 2 == text.size() || !std::isalnum(static_cast<unsigned char>(text[i + 2]));
+    if ((text[i] == 'M' || text[i] == 'm') && text[i + 1] >= '0' && text[i + 1] <= '3' && startsWord &&
+        endsWord) {
+      return text[i + 1] - '0';
+    }
+  }
+  return -1;
+}
+
+bool Contains(const std::string& plain, std::string_view word) {
+  return plain.find(word) != std::string::npos;
+}
+
+// The specular component that a plain text names. "i" and "e" stand for it where nothing else is said.
+Specular SpecularOf(const std::string& plain) {
+  if (Contains(plain, "sce") || Contains(plain, "spex") || Contains(plain, "exclu"))
+    return Specular::kExcluded;
+  if (Contains(plain, "sci") || Contains(plain, "spin") || Contains(plain, "inclu"))
+    return Specular::kIncluded;
+  if (plain == "i" || plain == "yes") return Specular::kIncluded;
+  if (plain == "e" || plain == "no") return Specular::kExcluded;
+  return Specular::kUnknown;
+}
+
+// Whole numbers of a text such as "45:0" or "45/0", where it has two and nothing but signs and blanks beside them.
+bool IsPair(std::string_view text, std::string_view first, std::string_view second) {
+  std::string digits;
+  for (const char c : text) {
+    if (c >= '0' && c <= '9')
+      digits += c;
+    else if ((c == ':' || c == '/' || c == '|' || c == '_') && !digits.ends_with('/'))
+      digits += '/';
+    else if (std::isalpha(static_cast<unsigned char>(c)) && c != 'c' && c != 'x' && c != 'a')
+      return false;
+  }
+  while (digits.ends_with('/')) digits.pop_back();
+  return digits == std::string(first) + "/" + std::string(second);
+}
+
+void SetGeometry(int32_t code, MeasuringConditions& conditions) {
+  if (code < 0) return;
+  if (IsBetween(code, kM0, kM0 + 3)) {
+    conditions.mCondition = code - kM0;
+    return;
+  }
+  conditions.geometry = code;
+  if (code == kSci) conditions.specular = Specular::kIncluded;
+  if (code == kSce) conditions.specular = Specular::kExcluded;
+}
+
+void SetSpecular(Specular specular, MeasuringConditions& conditions) {
+  if (specular == Specular::kUnknown) return;
+  conditions.specular = specular;
+  const bool isSphere = conditions.geometry == kSphere || conditions.geometry == kNoGeometry;
+  if (isSphere) conditions.geometry = specular == Specular::kIncluded ? kSci : kSce;
+}
+
+void SetFilter(std::string_view text, MeasuringConditions& conditions) {
+  const std::string plain = PlainText(text);
+  conditions.filter = text;
+  if (const int32_t m = MConditionOf(text); m >= 0) conditions.mCondition = m;
+  if (Contains(plain, "420"))
+    conditions.ultraviolet = 'F';
+  else if (Contains(plain, "460"))
+    conditions.ultraviolet = 'J';
+  else if (Contains(plain, "400"))
+    conditions.ultraviolet = 'G';
+  else if (Contains(plain, "uvd65") || Contains(plain, "partial"))
+    conditions.ultraviolet = 'P';
+  else if (Contains(plain, "exclu") || Contains(plain, "uvcut") || Contains(plain, "nouv"))
+    conditions.ultraviolet = 'E';
+  else if (plain == "none" || plain == "no" || plain == "filternone" || Contains(plain, "inclu") ||
+           Contains(plain, "100"))
+    conditions.ultraviolet = 'I';
+}
+
+void SetObserver(std::string_view text, MeasuringConditions& conditions) {
+  const std::string plain = PlainText(text);
+  if (plain.starts_with("10") || Contains(plain, "1964"))
+    conditions.observer = kObserver10;
+  else if (plain.starts_with("2") || Contains(plain, "1931"))
+    conditions.observer = kObserver2;
+}
+
+void SetIlluminant(std::string_view text, MeasuringConditions& conditions) {
+  // "D50" as well as "ILLUMINANT, D50".
+  if (const std::size_t comma = text.rfind(','); comma != std::string_view::npos)
+    text.remove_prefix(comma + 1);
+  while (text.starts_with(' ')) text.remove_prefix(1);
+  try {
+    conditions.illuminant = ParseIlluminant(text);
+  } catch (const InputError&) {
+    // An illuminant that the library has no table of: the colours keep no illuminant.
+  }
+}
+
+// "Illumination=M1 ObserverAngle=2 WhiteBase=Abs Filter=UVcut": pairs that some programs put into one text.
+void TakePairs(std::string_view text, MeasuringConditions& conditions) {
+  constexpr std::string_view kBetween = " \t;";
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of(kBetween), text.size());
+    const std::string_view pair = text.substr(0, end);
+    const std::size_t equals = pair.find('=');
+    if (equals != std::string_view::npos && PlainText(pair.substr(0, equals)) != "measurementsource") {
+      TakeCondition(pair.substr(0, equals), pair.substr(equals + 1), conditions);
+    }
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+}
+
+}  // namespace
+
+int32_t ParseMeasuringGeometry(std::string_view text) {
+  const int32_t known = ParseGeometry(text);
+  if (known != kUnknownGeometry) return known;
+  if (IsPair(text, "45", "0")) return k45To0;
+  if (IsPair(text, "0", "45")) return k0To45;
+  if (const int32_t m = MConditionOf(text); m >= 0) return kM0 + m;
+  const std::string plain = PlainText(text);
+  const Specular specular = SpecularOf(plain);
+  const bool isSphere = plain.starts_with("d8") || plain.starts_with("di8") || plain.starts_with("de8") ||
+                        plain.starts_with("8d") || Contains(plain, "sphere") || Contains(plain, "diffuse8");
+  if (plain.starts_with("di8") || specular == Specular::kIncluded) return kSci;
+  if (plain.starts_with("de8") || specular == Specular::kExcluded) return kSce;
+  if (isSphere) return kSphere;
+  if (plain.starts_with("d0") || plain == "diffuse0") return kDiffuse0;
+  // "15as", "as15", "45as-15": the aspecular angles of multi-angle instruments.
+  std::string_view angle = text;
+  if (plain.ends_with("as")) angle = text.substr(0, text.size() - 2);
+  if (plain.starts_with("45as") && plain.size() > 4) angle = text.substr(4);
+  if (plain.starts_with("as") && text.size() > 2) angle = text.substr(2);
+  if (angle.size() != text.size()) return ParseGeometry(std::string(angle) + "deg");
+  return kUnknownGeometry;
+}
+
+bool TakeCondition(std::string_view word, std::string_view text, MeasuringConditions& conditions) {
+  const std::string plain = PlainText(word);
+  const auto is = [&](std::initializer_list<std::string_view> words) {
+    return std::ranges::find(words, plain) != words.end();
+  };
+  if (is({"geometry", "measurementgeometry", "measuringgeometry", "measgeometry"})) {
+    SetGeometry(ParseMeasuringGeometry(text), conditions);
+  } else if (is({"specular", "specularcomponent", "scisce", "mode", "measurementmode", "sphere"})) {
+    SetSpecular(SpecularOf(PlainText(text)), conditions);
+  } else if (is({"measurementcondition", "mcondition", "condition", "illumination", "illuminationcondition",
+                 "deviceillumination"})) {
+    if (const int32_t m = MConditionOf(text); m >= 0) conditions.mCondition = m;
+  } else if (is({"filter", "filterstatus", "uvfilter", "uv", "ultraviolet", "devicefilter", "filtername"})) {
+    if (!text.empty()) SetFilter(text, conditions);
+  } else if (is({"polarization", "devicepolarization", "polarisation"})) {
+    if (PlainText(text) == "yes" || PlainText(text) == "true") conditions.mCondition = 3;
+  } else if (is({"backing", "samplebacking", "samplebackground", "background"})) {
+    conditions.backing = text;
+  } else if (is({"instrument", "instrumentation", "device", "devicename", "targetinstrument", "model",
+                 "spectrometer", "spectrophotometer"})) {
+    conditions.instrument = text;
+  } else if (is({"aperture", "measurementaperture", "measurementarea", "lens", "lav"})) {
+    conditions.aperture = text;
+  } else if (is({"created", "date", "creationdate", "measurementdate", "printdate"})) {
+    conditions.date = text;
+  } else if (is({"observer", "observerangle", "standardobserver"})) {
+    SetObserver(text, conditions);
+  } else if (is({"illuminant", "weightingfunction", "illuminationname"})) {
+    SetIlluminant(text, conditions);
+  } else if (is({"measurementsource"})) {
+    TakePairs(text, conditions);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+std::string ConditionCode(const MeasuringConditions& conditions) {
+  Specular specular = conditions.specular;
+  const bool isDirectional = conditions.geometry == k45To0 || conditions.geometry == k0To45;
+  if (isDirectional || conditions.mCondition >= 0) specular = Specular::kExcluded;
+  if (specular == Specular::kUnknown) return {};
+  std::string code = specular == Specular::kIncluded ? "CRI" : "CRE";
+  // ISO 13655: M1 has the ultraviolet of daylight; M2 and M3 have none, below 400 nm.
+  constexpr std::array<char, 4> kUltravioletOfM{0, 'I', 'G', 'G'};
+  char ultraviolet = conditions.ultraviolet;
+  if (ultraviolet == 0 && conditions.mCondition >= 0) {
+    ultraviolet = kUltravioletOfM[static_cast<std::size_t>(conditions.mCondition)];
+  }
+  if (ultraviolet == 0) return code;
+  code += ultraviolet;
+  constexpr std::pair<std::string_view, char> kLenses[] = {{"lav", 'L'},  {"mav", 'M'},  {"sav", 'S'},
+                                                           {"usav", 'U'}, {"vsav", 'V'}, {"xlav", 'X'}};
+  const std::string aperture = PlainText(conditions.aperture);
+  for (const auto& [name, letter] : kLenses) {
+    if (aperture == name) code += letter;
+  }
+  return code;
+}
+
+std::string ConditionConflict(const MeasuringConditions& a, const MeasuringConditions& b) {
+  const auto differ = [](auto first, auto second, auto unknown) {
+    return first != unknown && second != unknown && first != second;
+  };
+  if (differ(a.geometry, b.geometry, kNoGeometry)) {
+    return "geometry " + GeometryName(a.geometry) + " and " + GeometryName(b.geometry);
+  }
+  if (differ(a.specular, b.specular, Specular::kUnknown)) return "specular included and excluded";
+  if (differ(a.mCondition, b.mCondition, -1)) {
+    return "M" + std::to_string(a.mCondition) + " and M" + std::to_string(b.mCondition);
+  }
+  if (differ(a.ultraviolet, b.ultraviolet, char{0})) return "filter " + a.filter + " and " + b.filter;
+  if (differ(PlainText(a.backing), PlainText(b.backing), std::string())) {
+    return "backing " + a.backing + " and " + b.backing;
+  }
+  if (differ(a.illuminant, b.illuminant, -1)) {
+    return "illuminant " + CodeOf(static_cast<vrxIlluminant>(a.illuminant)) + " and " +
+           CodeOf(static_cast<vrxIlluminant>(b.illuminant));
+  }
+  if (differ(a.observer, b.observer, -1)) return "observers of 2 and 10 degrees";
+  return {};
+}
+
+std::string MeasurementReader::ExtraPlace(std::size_t) const {
+  return RowPlace();
+}
+
+void MeasurementReader::FailRow(const std::string& reason) const {
+  throw InputError(RowPlace() + ": " + reason);
+}
+
+void MeasurementReader::FailExtra(std::size_t extra, const std::string& reason) const {
+  throw InputError(ExtraPlace(extra) + ": " + reason);
+}
+
+void MeasurementReader::Note(std::string text) {
+  if (notes_.size() == kMaxNotes) notes_.emplace_back("and more");
+  if (notes_.size() > kMaxNotes) return;
+  if (std::ranges::find(notes_, text) == notes_.end()) notes_.push_back(std::move(text));
+}
+
+std::vector<double> ParseWavelengthRange(std::string_view text, std::string_view option) {
+  constexpr double kMostWavelengths = 10'000;
+  const std::size_t dash = text.find('-');
+  const std::size_t slash = text.find('/');
+  double first = 0, last = 0, step = 10;
+  const bool isRange = dash != std::string_view::npos && (slash == std::string_view::npos || slash > dash) &&
+                       ParseDecimal(text.substr(0, dash), '.', first) &&
+                       ParseDecimal(text.substr(dash + 1, slash - dash - 1), '.', last) &&
+                       (slash == std::string_view::npos || ParseDecimal(text.substr(slash + 1), '.', step));
+  const double steps = (last - first) / step;
+  if (!isRange || !(first >= 100 && step > 0 && steps >= 2 && steps < kMostWavelengths && last <= 10'000)) {
+    throw InputError(std::string(option) + ": \"" + std::string(text.substr(0, 60)) +
+                     "\" is no range of wavelengths such as 400-700/10");
+  }
+  if (std::fabs(steps - std::round(steps)) > 1e-6) {
+    throw InputError(std::string(option) + ": the step does not divide the range of " +
+                     std::string(text.substr(0, 60)));
+  }
+  std::vector<double> wavelengths;
+  const auto count = static_cast<std::size_t>(std::lround(steps)) + 1;
+  for (std::size_t i = 0; i < count; ++i) wavelengths.push_back(first + step * static_cast<double>(i));
+  return wavelengths;
+}
+
+}  // namespace vrx::io

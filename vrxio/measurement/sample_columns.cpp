@@ -1,0 +1,295 @@
+#include <vrxio/measurement/sample_columns.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+#include <vrxio/text/input_error.h>
+#include <vrxmath/numeric/elementary.h>
+
+namespace vrx::io {
+namespace {
+
+constexpr double kUnevenness =
+    0.02;                       // nm by which an even spacing may vary: wavelengths are rounded in headers
+constexpr double kWidest = 20;  // nm
+constexpr double kNarrowest = 0.2;       // nm
+constexpr double kFinest = 5;            // nm: no gap up to it is a hole
+constexpr double kLargestPercent = 1e4;  // beyond the brightest fluorescent sample and any real noise
+constexpr double kLargestFraction = 2;
+
+constexpr std::string_view kNoContent = "the header names neither wavelengths nor X,Y,Z nor L,a,b";
+
+std::string Nanometres(double value) {
+  char text[32];
+  return std::string(text, std::to_chars(text, text + sizeof text, value).ptr) + " nm";
+}
+
+}  // namespace
+
+WavelengthFault FaultOfWavelengths(std::span<const double> wavelengths) {
+  const auto inside = std::ranges::count_if(wavelengths, [](double nm) { return nm >= 360 && nm <= 750; });
+  if (inside < 3) return {0, "fewer than 3 wavelengths from 360 to 750 nm"};
+  std::vector<double> steps(wavelengths.size() - 1);
+  for (std::size_t i = 0; i < steps.size(); ++i) steps[i] = wavelengths[i + 1] - wavelengths[i];
+  std::vector<double> sorted = steps;
+  std::ranges::sort(sorted);
+  const double usual = sorted[(sorted.size() - 1) / 2];
+  if (usual > kWidest + kUnevenness || usual < kNarrowest - kUnevenness) {
+    return {0, "wavelengths " + Nanometres(usual) + " apart; they may be 0.2 to 20 nm apart"};
+  }
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    if (steps[i] > std::max(1.5 * usual, kFinest) + kUnevenness) {
+      return {i + 1, "the wavelengths have a hole from " + Nanometres(wavelengths[i]) + " to " +
+                         Nanometres(wavelengths[i + 1])};
+    }
+  }
+  return {};
+}
+
+const MeasurementLayout* LayoutPool::Intern(const MeasurementLayout& layout) {
+  const auto same = std::ranges::find_if(layouts_, [&](const MeasurementLayout& other) {
+    return other.conditions == layout.conditions && other.wavelengths == layout.wavelengths;
+  });
+  if (same != layouts_.end()) return &*same;
+  if (layouts_.size() == kMaxLayouts) return nullptr;
+  layouts_.push_back(layout);
+  return &layouts_.back();
+}
+
+// The header ----------------------------------------------------------------------------------------------
+
+SampleColumns::SampleColumns(const std::vector<std::string>& headings, const ReadOptions& options,
+                             bool passOver, Fail fail)
+    : fail_(std::move(fail)), isExtra_(options.isExtra) {
+  CheckContent(headings);
+  for (std::size_t i = 0; i < headings.size(); ++i) {
+    const bool isIgnored = std::ranges::any_of(options.ignoredColumns, [&](const std::string& name) {
+      return EqualsIgnoringCase(name, headings[i]);
+    });
+    AddColumn(i, headings[i], isIgnored, passOver || options.lenient);
+  }
+  hasIds_ = Has(ColumnRole::kId);
+  SortWavelengths();
+  const auto has = [&](ColorColumn first, ColorColumn second, ColorColumn third) {
+    return hasColor_[first] && hasColor_[second] && hasColor_[third];
+  };
+  hasXyz_ = has(kColumnX, kColumnY, kColumnZ);
+  hasLab_ = has(kColumnL, kColumnA, kColumnB);
+  hasLch_ = has(kColumnL, kColumnC, kColumnH);
+  if (!HasCurves() && !HasColors()) Refuse(kWholeRow, std::string(kNoContent));
+  sorted_.resize(wavelengths_.size());
+}
+
+void SampleColumns::Refuse(std::size_t column, const std::string& reason) const {
+  fail_(column, reason);
+  throw InputError(reason);  // not reached
+}
+
+void SampleColumns::AddUnused(std::string_view heading) {
+  constexpr std::size_t kEnough = 400;
+  if (unused_.size() > kEnough) {
+    if (!unused_.ends_with("...")) unused_ += ", ...";
+    return;
+  }
+  if (!unused_.empty()) unused_ += ", ";
+  unused_ += heading.substr(0, 40);
+}
+
+void SampleColumns::AddColumn(std::size_t column, const std::string& heading, bool isIgnored, bool passOver) {
+  Heading meaning = isIgnored ? Heading{ColumnRole::kDevice} : MeaningOf(heading);
+  if (meaning.role != ColumnRole::kWavelength && isExtra_ != nullptr && isExtra_(heading)) {
+    meaning.role = ColumnRole::kExtra;
+  }
+  if (meaning.role == ColumnRole::kUnknown) {
+    if (!passOver) {
+      Refuse(column,
+             "the column is neither id, name, standard, geometry nor a wavelength in nm; --lenient or "
+             "--ignore-columns pass over it");
+    }
+    meaning.role = ColumnRole::kDevice;
+  }
+  if (meaning.role == ColumnRole::kColor && std::exchange(hasColor_[meaning.color], true)) {
+    if (!passOver) Refuse(column, "there are two such columns");
+    meaning.role = ColumnRole::kDevice;
+  }
+  const bool isSingle = meaning.role >= ColumnRole::kId && meaning.role <= ColumnRole::kDate;
+  if (isSingle && Has(meaning.role)) {
+    if (!passOver) Refuse(column, "there are two such columns");
+    meaning.role = ColumnRole::kDevice;
+  }
+  if (meaning.role == ColumnRole::kDevice) AddUnused(heading);
+  std::size_t place = values_.size();
+  if (meaning.role >= ColumnRole::kWavelength) {
+    values_.push_back(0);
+    valueColumns_.push_back(column);
+  }
+  if (meaning.role == ColumnRole::kWavelength) {
+    wavelengths_.push_back(meaning.wavelength);
+    order_.push_back(place);
+    if (!runs_.empty() && runs_.back().meaning.role == meaning.role) {
+      ++runs_.back().count;
+      return;
+    }
+  }
+  if (meaning.role == ColumnRole::kColor) colorPlaces_[meaning.color] = place;
+  if (meaning.role == ColumnRole::kExtra) {
+    place = extraColumns_.size();
+    extraColumns_.push_back(column);
+    extras_.emplace_back();
+  }
+  if (meaning.role == ColumnRole::kCondition) {
+    place = conditionHeadings_.size();
+    conditionHeadings_.push_back(heading);
+    conditionTexts_.emplace_back();
+  }
+  runs_.push_back({meaning, column, 1, place});
+}
+
+bool SampleColumns::Has(ColumnRole role) const {
+  return std::ranges::any_of(runs_, [&](const Run& run) { return run.meaning.role == role; });
+}
+
+void SampleColumns::CheckContent(const std::vector<std::string>& headings) const {
+  const bool hasValues = std::ranges::any_of(headings, [](const std::string& heading) {
+    return MeaningOf(heading).role >= ColumnRole::kWavelength;
+  });
+  if (!hasValues) Refuse(kWholeRow, std::string(kNoContent));
+}
+
+void SampleColumns::SortWavelengths() {
+  if (wavelengths_.empty()) return;
+  std::vector<std::size_t> byWavelength(wavelengths_.size());
+  std::iota(byWavelength.begin(), byWavelength.end(), std::size_t{0});
+  std::ranges::stable_sort(byWavelength, {}, [&](std::size_t i) { return wavelengths_[i]; });
+  std::vector<double> ascending;
+  std::vector<std::size_t> places;
+  for (const std::size_t i : byWavelength) {
+    if (!ascending.empty() && ascending.back() == wavelengths_[i]) {
+      Refuse(valueColumns_[order_[i]], "the wavelength stands there twice");
+    }
+    ascending.push_back(wavelengths_[i]);
+    places.push_back(order_[i]);
+  }
+  wavelengths_ = std::move(ascending);
+  order_ = std::move(places);
+  isAscending_ = true;
+  for (std::size_t i = 0; i < order_.size(); ++i) isAscending_ &= order_[i] == order_.front() + i;
+  const WavelengthFault fault = FaultOfWavelengths(wavelengths_);
+  if (fault.reason.empty()) return;
+  Refuse(fault.index > 0 ? valueColumns_[order_[fault.index]] : kWholeRow, fault.reason);
+}
+
+// A row ---------------------------------------------------------------------------------------------------
+
+const MeasurementLayout& SampleColumns::Begin(const MeasuringConditions& conditions,
+                                              const ValueScale& scale) {
+  scale_ = scale;
+  common_ = {wavelengths_, conditions};
+  layout_ = layouts_.Intern(common_);
+  conditionsChanged_ = !conditionHeadings_.empty();
+  return *layout_;
+}
+
+void SampleColumns::TakeText(const Run& run, std::string_view text, Measurement& sample) {
+  switch (run.meaning.role) {
+    case ColumnRole::kId:
+      sample.id = text;
+      if (text.empty()) Refuse(kWholeRow, "the id is empty");
+      break;
+    case ColumnRole::kName:
+      sample.name = text;
+      break;
+    case ColumnRole::kStandard:
+      sample.standard = text;
+      if (text.empty()) Refuse(kWholeRow, "the standard is empty");
+      break;
+    case ColumnRole::kDate:
+      sample.date = text;
+      break;
+    case ColumnRole::kGeometry:
+      if (text != lastGeometryText_) {
+        lastGeometry_ = ParseMeasuringGeometry(text);
+        lastGeometryText_ = text;
+      }
+      if (lastGeometry_ == kUnknownGeometry) Refuse(run.column, "unknown geometry");
+      sample.geometry = lastGeometry_;
+      break;
+    case ColumnRole::kExtra:
+      extras_[run.place] = text;
+      sample.extras = extras_;
+      break;
+    case ColumnRole::kCondition:
+      if (text != conditionTexts_[run.place]) {
+        conditionTexts_[run.place] = text;
+        conditionsChanged_ = true;
+      }
+      break;
+    default:
+      break;
+  }
+}
+
+void SampleColumns::Finish(int64_t row, Measurement& sample) {
+  if (!hasIds_) sample.id = sample.name;
+  if (sample.id.empty()) sample.id = rowNumber_ = std::to_string(row);
+  if (std::exchange(conditionsChanged_, false)) {
+    MeasurementLayout layout = common_;
+    for (std::size_t i = 0; i < conditionHeadings_.size(); ++i) {
+      if (!conditionTexts_[i].empty()) {
+        TakeCondition(conditionHeadings_[i], conditionTexts_[i], layout.conditions);
+      }
+    }
+    layout_ = layouts_.Intern(layout);
+    if (layout_ == nullptr) Refuse(kWholeRow, "more than 10000 different conditions in one file");
+  }
+  sample.layout = layout_;
+  FinishCurve(sample);
+  FinishColor(sample);
+}
+
+// Without early ends, so that the compiler can take several values at a time.
+void SampleColumns::FinishCurve(Measurement& sample) {
+  const std::size_t count = wavelengths_.size();
+  if (isAscending_) {
+    std::copy_n(values_.begin() + static_cast<std::ptrdiff_t>(order_.front()), count, sorted_.begin());
+  } else {
+    for (std::size_t i = 0; i < count; ++i) sorted_[i] = values_[order_[i]];
+  }
+  if (scale_.norm == 1) {
+    for (double& value : sorted_) value *= 100;
+  } else if (scale_.norm != 100) {
+    for (double& value : sorted_) value = value / scale_.norm * 100;
+  }
+  const double limit = scale_.isFraction && !scale_.mayExceed ? 100 * kLargestFraction : kLargestPercent;
+  bool sound = true;
+  for (const double value : sorted_) sound &= value <= limit && value >= -kLargestPercent;
+  sample.reflectance = sorted_;
+  if (sound) return;
+  const auto bad = std::ranges::find_if(
+      sorted_, [&](double value) { return !(value <= limit && value >= -kLargestPercent); });
+  const std::size_t column = valueColumns_[order_[static_cast<std::size_t>(bad - sorted_.begin())]];
+  if (std::fabs(*bad) <= kLargestPercent) {
+    Refuse(column,
+           "the value is above 2, too much for a fraction of 1; they are percent, or --force takes them");
+  }
+  Refuse(column, "a reflectance beyond 10000 percent");
+}
+
+void SampleColumns::FinishColor(Measurement& sample) {
+  const auto color = [&](ColorColumn column) { return values_[colorPlaces_[column]]; };
+  sample.hasXyz = hasXyz_;
+  sample.hasLab = hasLab_ || hasLch_;
+  if (hasXyz_) sample.xyz = {color(kColumnX), color(kColumnY), color(kColumnZ)};
+  if (hasLab_) {
+    sample.lab = {color(kColumnL), color(kColumnA), color(kColumnB)};
+  } else if (hasLch_) {
+    constexpr double kRadians = 0.017453292519944444;
+    const double hue = color(kColumnH) * kRadians;
+    sample.lab = {color(kColumnL), color(kColumnC) * Cos(hue), color(kColumnC) * Sin(hue)};
+  }
+}
+
+}  // namespace vrx::io

@@ -1,0 +1,131 @@
+// From the columns of a table of measurements, whatever its form, to samples.
+
+#ifndef VRXIO_MEASUREMENT_SAMPLE_COLUMNS_H_
+#define VRXIO_MEASUREMENT_SAMPLE_COLUMNS_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vrxio/measurement/headings.h>
+#include <vrxio/measurement/measurement.h>
+
+namespace vrx::io {
+
+/// Why wavelengths are of no use, and the index of the one that it shows at; an empty reason for good ones.
+struct WavelengthFault {
+  std::size_t index = 0;
+  std::string reason;
+};
+
+/// Looks at ascending wavelengths in nm. They may be uneven; what is missing between two of them may not be wider than
+/// one and a half of the usual step and 5 nm, and the usual step is 0.2 to 20 nm.
+WavelengthFault FaultOfWavelengths(std::span<const double> wavelengths);
+
+/// Layouts that are told apart by their address.
+class LayoutPool {
+ public:
+  static constexpr std::size_t kMaxLayouts = 10'000;
+
+  /// The address of an equal layout, which stays; null when there are too many.
+  const MeasurementLayout* Intern(const MeasurementLayout& layout);
+
+ private:
+  std::deque<MeasurementLayout> layouts_;
+};
+
+/// How reflectances become percent.
+struct ValueScale {
+  double norm = 100;        ///< the value that stands for 100 percent
+  bool isFraction = false;  ///< values above 2 are refused
+  bool mayExceed = false;   ///< not even then
+};
+
+/// The columns of one table: their meaning, and the sample that a row of them makes.
+class SampleColumns {
+ public:
+  /// Refuses a column, from 0, or with kWholeRow the header or row as a whole; must throw.
+  using Fail = std::function<void(std::size_t column, const std::string& reason)>;
+  static constexpr std::size_t kWholeRow = static_cast<std::size_t>(-1);
+
+  /// Neighbouring columns of one meaning; only those of wavelengths form runs of more than one.
+  struct Run {
+    Heading meaning;
+    std::size_t column;
+    std::size_t count;
+    std::size_t place;  ///< of values: where they go
+  };
+
+  SampleColumns() = default;
+  /// Finds out what the headings mean. Unknown ones are refused unless `passOver`, and listed in Unused.
+  SampleColumns(const std::vector<std::string>& headings, const ReadOptions& options, bool passOver,
+                Fail fail);
+
+  const std::vector<Run>& Runs() const { return runs_; }
+  bool Has(ColumnRole role) const;
+  bool HasCurves() const { return !wavelengths_.empty(); }
+  bool HasColors() const { return hasXyz_ || hasLab_ || hasLch_; }
+  const std::vector<double>& Wavelengths() const { return wavelengths_; }
+  /// The headings that nothing is made of, with commas; empty when there are none.
+  const std::string& Unused() const { return unused_; }
+  bool HasXyz() const { return hasXyz_; }
+  /// The columns of the caller's own, from 0, in their order.
+  const std::vector<std::size_t>& Extras() const { return extraColumns_; }
+
+  /// Begins with the conditions that every row has, before columns of its own; the layout of a first row.
+  const MeasurementLayout& Begin(const MeasuringConditions& conditions, const ValueScale& scale);
+
+  // A row: the values of its runs, then Finish.
+
+  /// Where the values of a run go.
+  std::span<double> Values(const Run& run) { return std::span(values_).subspan(run.place, run.count); }
+  static bool IsText(const Run& run) { return run.meaning.role < ColumnRole::kWavelength; }
+  void TakeText(const Run& run, std::string_view text, Measurement& sample);
+  /// Makes the sample of the values; `row` counts the rows, from 1.
+  void Finish(int64_t row, Measurement& sample);
+
+ private:
+  void AddColumn(std::size_t column, const std::string& heading, bool isIgnored, bool passOver);
+  void AddUnused(std::string_view heading);
+  void CheckContent(const std::vector<std::string>& headings) const;
+  void SortWavelengths();
+  void FinishCurve(Measurement& sample);
+  void FinishColor(Measurement& sample);
+  [[noreturn]] void Refuse(std::size_t column, const std::string& reason) const;
+
+  Fail fail_;
+  std::vector<Run> runs_;
+  std::vector<std::size_t> valueColumns_;  // of each value its column
+  std::vector<double> wavelengths_;        // in the order of the columns; ascending after SortWavelengths
+  std::vector<std::size_t> order_;         // of the values, when the columns do not ascend
+  bool isAscending_ = false;               // the values of all wavelengths lie one after the other
+  std::vector<double> values_, sorted_;
+  std::array<std::size_t, kColorColumns> colorPlaces_{};
+  std::array<bool, kColorColumns> hasColor_{};
+  bool hasIds_ = false;
+  bool hasXyz_ = false, hasLab_ = false, hasLch_ = false;
+  std::string unused_;
+  ValueScale scale_;
+
+  LayoutPool layouts_;
+  MeasurementLayout common_;
+  bool (*isExtra_)(std::string_view heading) = nullptr;
+  std::vector<std::size_t> extraColumns_;
+  std::vector<std::string> extras_;
+  std::vector<std::string> conditionHeadings_, conditionTexts_;
+  bool conditionsChanged_ = true;
+  const MeasurementLayout* layout_ = nullptr;
+  std::string lastGeometryText_;
+  int32_t lastGeometry_ = kNoGeometry;
+  std::string rowNumber_;
+};
+
+}  // namespace vrx::io
+
+#endif  // VRXIO_MEASUREMENT_SAMPLE_COLUMNS_H_
