@@ -95,7 +95,7 @@ class VRX_API CMatrix : public CArrayVarex<CDoubleArray1> {
   /// Limits: a value of the bidiagonal form counts as negligible below 2.22e-16, whatever the size of the
   ///   matrix. So w is exact to about 1e-16 of the norm or to 2.22e-16, whichever is larger: a matrix with
   ///   all elements below that comes back undecomposed but for the reduction. A value for which this limit is
-  ///   below the rounding noise is given up to a limit that grows from the noise on; see docs/design.md.
+  ///   below the rounding noise is given up to a limit that grows from the noise on; see docs/design/numeric.md, "The end of the QR iteration".
   /// Edges: with a NaN or an infinity in A, all of U, w and V are NaN.
   void SvdDecompose(CDoubleArray1& w, CMatrix& v);
   /// x = V diag(1/w) U^T b with the receiver as U: the solution of A x = b, or its least-squares solution of

@@ -1,5 +1,5 @@
 // The three exceptions that the library raises: a bad argument, exhausted memory, and an archive that cannot
-// give or take what was asked. Colour mathematics raises none of them; see docs/design.md, "Errors".
+// give or take what was asked. Colour mathematics raises none of them; see docs/design/errors.md.
 
 #ifndef VRXMATH_PLATFORM_EXCEPTIONS_H_
 #define VRXMATH_PLATFORM_EXCEPTIONS_H_
