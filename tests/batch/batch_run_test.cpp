@@ -57,7 +57,9 @@ TEST(BatchRun, NothingIsDoneForNoRowsAndWhatDoesNotFitIsRefused) {
   EXPECT_TRUE(XyzToLabBatch(vrxIllumD65, 1, none, BatchView<double, 5>(none)));
   const std::function<void()> refused[] = {
       [&] { XyzToLabBatch(vrxIllumD65, 1, xyz, BatchView<double, 5>(std::span(lab).first(45))); },
-      [&] { XyzToLabBatch(static_cast<vrxIlluminant>(26), 1, xyz, BatchView<double, 5>(lab)); },
+      [&] {
+        XyzToLabBatch(static_cast<vrxIlluminant>(kBuiltInIlluminants), 1, xyz, BatchView<double, 5>(lab));
+      },
       [&] { BatchView<double, 3>(std::span(xyz).first(29)); },
       [&] { BatchView<double, 3>(xyz, 2); },
       [&] {

@@ -266,7 +266,9 @@ TEST(Tristimulus, AllIlluminantsInOnePassOverCurvesOfEitherPrecision) {
   for (std::size_t i = 5; i < kCurves; i += 97) samples[i * kStride] = kUnset;
   for (std::size_t i = 7; i < kCurves; i += 89) samples[i * kStride + i % 40] = std::nan("");
   std::vector<vrxIlluminant> illuminants;
-  for (std::int32_t j = 0; j < 26 + 26; ++j) illuminants.push_back(static_cast<vrxIlluminant>(j % 26));
+  for (std::int32_t j = 0; j < 2 * kBuiltInIlluminants; ++j) {
+    illuminants.push_back(static_cast<vrxIlluminant>(j % kBuiltInIlluminants));
+  }
   const std::size_t m = illuminants.size();
   std::vector<double> expected;
   for (std::size_t i = 0; i < kCurves; ++i) {

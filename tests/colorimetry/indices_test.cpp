@@ -137,7 +137,7 @@ TEST(Indices, RecalculationSeesRatiosToWhite) {
 
 TEST(Indices, NothingInNothingOut) {
   test::MessageRecorder messages;
-  const auto missing = static_cast<vrxIlluminant>(26);
+  const auto missing = static_cast<vrxIlluminant>(kBuiltInIlluminants);
   for (const ColorIndex& index : ColorIndices()) {
     for (const IndexForm form : {IndexForm::kDirect, IndexForm::kRecalculated}) {
       const IndexFunction function = index.Function(form);

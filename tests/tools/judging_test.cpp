@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/foundation/numbers.h>
 
 #include "tests/testing/tool_process.h"
@@ -116,13 +117,11 @@ TEST_F(Judging, RowsTogetherAsOneByOne) {
     for (int k = 0; k <= 30; ++k) curves += "," + std::to_string(40 + i * k % 11);
   }
   folder_.Write("curves.csv", curves);
-  const std::string command =
-      "judge curves.csv curves.csv --format csv --illuminants "
-      "0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,"
-      "21,22,23,24,25";
+  std::string command = "judge curves.csv curves.csv --format csv --illuminants 0";
+  for (int i = 1; i < kBuiltInIlluminants; ++i) command += "," + std::to_string(i);
   for (const std::string options : {"", " --ellipse --tolerance 0.8", " --digits 3"}) {
     const std::string rows = Run(command + options + " | sort").out;
-    EXPECT_EQ(std::ranges::count(rows, '\n'), 50 * 26 + 1) << options;
+    EXPECT_EQ(std::ranges::count(rows, '\n'), 50 * kBuiltInIlluminants + 1) << options;
     EXPECT_EQ(rows, Run(command + options + " --worst-first | sort").out) << options;
   }
 }

@@ -92,11 +92,13 @@ TEST(Names, OfConditionsOfViewing) {
       {RefusalOf([] { ParseIlluminant("TL85"); }),
        "unknown illuminant \"TL85\"; did you mean TL84?; vrx tables lists them"},
       {RefusalOf([] { ParseIlluminant("-1"); }), "unknown illuminant \"-1\""},
-      {RefusalOf([] { ParseIlluminant("26"); }),
-       "unknown illuminant \"26\""},  // no user illuminant is registered
+      {RefusalOf([] { ParseIlluminant(std::to_string(kBuiltInIlluminants)); }),
+       "unknown illuminant \"" + std::to_string(kBuiltInIlluminants) +
+           "\""},  // no user illuminant is registered
       {RefusalOf([] { ParseIlluminant("2x"); }), "unknown illuminant \"2x\""},
       {RefusalOf([] { ParseObserver("1"); }), "unknown observer \"1\"; it is 2 or 10 (degrees)"},
-      {RefusalOf([] { ParseSystem("13"); }), "unknown difference system \"13\""},
+      {RefusalOf([] { ParseSystem(std::to_string(kDifferenceSystems)); }),
+       "unknown difference system \"" + std::to_string(kDifferenceSystems) + "\""},
       {RefusalOf([] { ParseSystem(""); }), "unknown difference system \"\"; --help"}};
   for (const auto& [message, beginning] : kRefused) EXPECT_EQ(message.substr(0, beginning.size()), beginning);
 }

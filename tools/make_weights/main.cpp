@@ -1,4 +1,4 @@
-// vrx_make_weights PUBLISHED_FOLDER OUTPUT_FOLDER: writes the 52 weighting tables as reviewable text.
+// vrx_make_weights PUBLISHED_FOLDER OUTPUT_FOLDER: writes the built-in weighting tables as reviewable text.
 
 #include <cstdio>
 #include <exception>

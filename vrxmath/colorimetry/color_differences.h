@@ -90,7 +90,7 @@ VRX_API void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t o
 /// and 1.
 inline constexpr int32_t kSystemChromaticity = 100;
 
-/// The difference of two colours in one of the 13 systems.
+/// The difference of two colours in a system of the table.
 /// In:  both colours with the coordinates of the system (FillCoordinates); the settings' parameters in the
 ///      order of the system's name; `angle`, the aspecular measuring angle in degrees, for Audi and
 ///      DIN6175.

@@ -1,4 +1,4 @@
-// Weighting tables from first principles: how the 52 built-in tables, and those of user illuminants, come
+// Weighting tables from first principles: how the built-in tables, and those of user illuminants, come
 // out of a spectral power distribution and the CIE standard observers (ASTM E2022, ASTM E308).
 
 #ifndef VRXMATH_COLORIMETRY_WEIGHTING_H_
