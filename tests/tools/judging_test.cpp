@@ -118,10 +118,10 @@ TEST_F(Judging, RowsTogetherAsOneByOne) {
   }
   folder_.Write("curves.csv", curves);
   std::string command = "judge curves.csv curves.csv --format csv --illuminants 0";
-  for (int i = 1; i < kBuiltInIlluminants; ++i) command += "," + std::to_string(i);
+  for (int i = 1; i < vrx::kBuiltInIlluminants; ++i) command += "," + std::to_string(i);
   for (const std::string options : {"", " --ellipse --tolerance 0.8", " --digits 3"}) {
     const std::string rows = Run(command + options + " | sort").out;
-    EXPECT_EQ(std::ranges::count(rows, '\n'), 50 * kBuiltInIlluminants + 1) << options;
+    EXPECT_EQ(std::ranges::count(rows, '\n'), 50 * vrx::kBuiltInIlluminants + 1) << options;
     EXPECT_EQ(rows, Run(command + options + " --worst-first | sort").out) << options;
   }
 }

@@ -88,10 +88,11 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
       {"judge good.csv good.csv --pairs --standard-id A", "excludes"},
       {"judge good.csv good.csv --illuminants D65,D56", "unknown illuminant \"D56\"; did you mean D65?"},
       {"judge good.csv good.csv --illuminants D65,2", "D65 is named twice"},
-      {"judge good.csv good.csv --illuminants " + std::to_string(kBuiltInIlluminants), "unknown illuminant"},
+      {"judge good.csv good.csv --illuminants " + std::to_string(vrx::kBuiltInIlluminants),
+       "unknown illuminant"},
       {"judge good.csv good.csv --observer 1", "unknown observer"},
-      {"judge good.csv good.csv --system " + std::to_string(kDifferenceSystems),
-       "unknown difference system \"" + std::to_string(kDifferenceSystems) + "\"; --help"},
+      {"judge good.csv good.csv --system " + std::to_string(vrx::kDifferenceSystems),
+       "unknown difference system \"" + std::to_string(vrx::kDifferenceSystems) + "\"; --help"},
       {"judge good.csv good.csv --system cie95", "did you mean cie94?"},
       {"judge good.csv good.csv --system fmc2", "--tolerance: the usual 1.5 is a dE, which fmc2 is not"},
       {"judge good.csv good.csv --system lab --parameters 1", "lab has 0 parameters"},
@@ -268,7 +269,7 @@ TEST_F(Tool, DifferencesInEverySystem) {
     for (const char* component : {"X", "Y", "Z"}) xyz += color[component].dump() + ",";
   }
   Write("xyz.csv", xyz + "25\n");
-  for (int system = 0; system < kDifferenceSystems; ++system) {
+  for (int system = 0; system < vrx::kDifferenceSystems; ++system) {
     const std::string options = std::string(" --system ").append(std::to_string(system));
     const auto elements = [&](const std::string& file) {
       const json rows = RunJson("delta " + file + options);
