@@ -1,5 +1,5 @@
 #!/bin/sh
-# setup.sh [build|test|bench|windows|aarch64]
+# setup.sh [build|site|test|bench|windows|aarch64]
 #
 # Installs what is missing on Debian 12 to build the vrx tool, to run the tests, or to run the benchmarks; each level
 # holds the one before. The levels windows and aarch64 hold what builds and runs the programs for Windows and for 64-bit
@@ -24,8 +24,8 @@ need() {
 header() { need "$1" "/usr/include/$2" "/usr/local/include/$2"; }
 
 case $level in
-  build | test | bench | windows | aarch64) ;;
-  *) echo "usage: setup.sh [build|test|bench|windows|aarch64]" >&2; exit 2 ;;
+  build | site | test | bench | windows | aarch64) ;;
+  *) echo "usage: setup.sh [build|site|test|bench|windows|aarch64]" >&2; exit 2 ;;
 esac
 
 need g++ g++
@@ -49,7 +49,7 @@ elif [ "$level" = aarch64 ]; then
   need qemu-user qemu-aarch64
   need googletest /usr/src/googletest/googletest/CMakeLists.txt
   need python3 python3
-elif [ "$level" != build ]; then
+elif [ "$level" != build ] && [ "$level" != site ]; then
   need clang clang++
   need libclang-rt-14-dev /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer*.a
   # Names in the sanitizers' reports, and with them the suppressions of leaks, come from llvm-symbolizer.
@@ -81,6 +81,19 @@ elif [ "$level" != build ]; then
   python_module mypy mypy/__init__.py
   python_module python3-pip pip/__init__.py
   need python3-venv /usr/share/doc/python3.11-venv
+fi
+
+# The site of the documents, and the module whose docstrings it shows.
+if [ "$level" = site ]; then
+  need doxygen doxygen
+  need python3 python3
+  header python3-dev python3.11/Python.h
+  need pybind11-dev /usr/lib/cmake/pybind11/pybind11Config.cmake /usr/share/cmake/pybind11/pybind11Config.cmake
+  need python3-numpy /usr/lib/python3/dist-packages/numpy/__init__.py
+  need mkdocs /usr/bin/mkdocs
+  need mkdocs-material /usr/share/mkdocs/themes/material/mkdocs_theme.yml
+  need python3-pymdownx /usr/lib/python3/dist-packages/pymdownx/__init__.py
+  need python3-numpydoc /usr/lib/python3/dist-packages/numpydoc/__init__.py
 fi
 
 if [ "$level" = bench ]; then
