@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <cmath>
-#include <cstring>
+#include <functional>
+#include <iterator>
 #include <limits>
 #include <new>
+#include <stdexcept>
 
 #include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/platform/exceptions.h>
@@ -13,19 +16,45 @@
 namespace vrx::c_api {
 namespace {
 
-std::string& Reason() {
-  thread_local std::string reason;
-  return reason;
+// The reason of each thread. It is plain memory: a thread that ends runs nothing of this library, which may be unloaded
+// by then, and a host without the compiler's runtime for C++ has nobody who would.
+constexpr std::size_t kLongestReason = 500;
+struct ThreadReason {
+  std::size_t length;
+  char text[kLongestReason];
+};
+thread_local ThreadReason threadReason;
+static_assert(std::is_trivially_destructible_v<ThreadReason>);
+
+// Keeps a reason in UTF-8, cut between two characters.
+void Keep(std::string_view reason) noexcept {
+  std::size_t length = std::min(reason.size(), kLongestReason);
+  const auto isInside = [&](std::size_t at) {
+    return (static_cast<unsigned char>(reason[at]) & 0xC0) == 0x80;
+  };
+  if (length < reason.size())
+    while (length > 0 && isInside(length)) --length;
+  std::copy_n(reason.data(), length, threadReason.text);
+  threadReason.length = length;
 }
 
 std::atomic<unsigned> threads{1};
+
+constexpr double kLeastParameter = 0.001, kLargestParameter = 1000.0;
+constexpr double kLeastAngle = -45.0, kLargestAngle = 110.0;  // of the geometries in foundation/angles.h
+
+std::string ShortNumber(double value) {
+  char text[32];
+  return {text, std::to_chars(std::begin(text), std::end(text), value).ptr};
+}
 
 // A text of `length` units into a caller's buffer, with its terminator.
 template <class UNIT>
 void Copy(const UNIT* units, std::size_t length, UNIT* text, int32_t capacity, int32_t* written) {
   if (capacity < 0) throw Refusal{VRX_BAD_COUNT, "capacity is negative"};
-  if (capacity > 0) NeedPlace(text, "text");
-  if (written != nullptr) *written = static_cast<int32_t>(length);
+  Arrays arrays;
+  (void)arrays.Place(text, capacity, 1, "text");
+  if (written != nullptr) arrays.Result(written, "length") = static_cast<int32_t>(length);
   if (length >= static_cast<std::size_t>(capacity))
     throw Refusal{VRX_TOO_SMALL, "the text takes " + std::to_string(length + 1) + " units"};
   std::copy_n(units, length, text);
@@ -39,7 +68,7 @@ vrx_status Refused() noexcept {
     try {
       throw;
     } catch (const Refusal& refusal) {
-      Reason() = refusal.reason;
+      Keep(refusal.reason);
       return refusal.status;
     } catch (const std::bad_alloc&) {
       Forget();
@@ -48,7 +77,7 @@ vrx_status Refused() noexcept {
       Forget();
       return VRX_NO_MEMORY;
     } catch (const std::exception& error) {
-      Reason() = error.what();
+      Keep(error.what());
       return VRX_INTERNAL;
     }
   } catch (...) {  // there is no memory for the reason
@@ -57,11 +86,11 @@ vrx_status Refused() noexcept {
 }
 
 void Forget() noexcept {
-  Reason().clear();
+  threadReason.length = 0;
 }
 
-const std::string& LastReason() noexcept {
-  return Reason();
+std::string_view LastReason() noexcept {
+  return {threadReason.text, threadReason.length};
 }
 
 void NeedPlace(const void* place, const char* name) {
@@ -86,12 +115,26 @@ void NeedFinite(double value, const char* name) {
   if (!std::isfinite(value)) throw Refusal{VRX_NOT_FINITE, std::string(name) + " is not finite"};
 }
 
-std::span<const double> Numbers(const double* numbers, int32_t count, std::size_t width, const char* name) {
+void NeedWithin(double value, double low, double high, const char* name) {
+  NeedFinite(value, name);
+  if (value < low || value > high)
+    throw Refusal{VRX_OUT_OF_RANGE,
+                  std::string(name) + " is not " + ShortNumber(low) + " to " + ShortNumber(high)};
+}
+
+std::span<const double> Numbers(const double* numbers, int32_t count, std::size_t width, const char* name,
+                                double largest) {
   const std::span<const double> all = Place(numbers, count, width, name);
-  const auto bad = std::find_if(all.begin(), all.end(), [](double value) { return !std::isfinite(value); });
+  const auto bad =
+      std::find_if(all.begin(), all.end(), [&](double value) { return !(std::abs(value) <= largest); });
   if (bad == all.end()) return all;
-  throw Refusal{VRX_NOT_FINITE,
-                "number " + std::to_string(bad - all.begin()) + " of " + name + " is not finite"};
+  const std::string number = "number " + std::to_string(bad - all.begin()) + " of " + name;
+  if (!std::isfinite(*bad)) throw Refusal{VRX_NOT_FINITE, number + " is not finite"};
+  throw Refusal{VRX_OUT_OF_RANGE, number + " is beyond " + ShortNumber(largest)};
+}
+
+std::span<const double> Numbers(const double* numbers, int32_t count, std::size_t width, const char* name) {
+  return Numbers(numbers, count, width, name, kLargestReading);
 }
 
 CReflData CurveOf(const double* samples, const char* name) {
@@ -99,6 +142,30 @@ CReflData CurveOf(const double* samples, const char* name) {
   CReflData curve;
   std::copy(numbers.begin(), numbers.end(), curve.begin());
   return curve;
+}
+
+void Arrays::AddPlace(std::span<const std::byte> place, const char* name) {
+  if (place.empty()) return;
+  if (IsPlace(place))
+    throw Refusal{VRX_OVERLAP, std::string(name) + " shares memory with another place of results"};
+  if (hasNumbers_) throw std::logic_error("a place of results after numbers");
+  places_.at(placeCount_++) = place;
+}
+
+bool Arrays::IsPlace(std::span<const std::byte> bytes) const {
+  const std::less<const std::byte*> before;  // of any two pointers
+  return std::any_of(places_.begin(), places_.begin() + placeCount_, [&](std::span<const std::byte> place) {
+    return before(bytes.data(), place.data() + place.size()) &&
+           before(place.data(), bytes.data() + bytes.size());
+  });
+}
+
+std::span<const double> Arrays::Numbers(const double* numbers, int32_t count, std::size_t width,
+                                        const char* name, double largest) {
+  hasNumbers_ = true;
+  const std::span<const double> all = c_api::Numbers(numbers, count, width, name, largest);
+  if (all.empty() || !IsPlace(std::as_bytes(all))) return all;
+  return copies_.emplace_back(all.begin(), all.end());
 }
 
 Pair::Pair(int32_t illuminantNumber, int32_t observerNumber)
@@ -116,10 +183,18 @@ CDifferenceSettings Settings(const vrx_system* system) {
   NeedRange(system->number, 0, kDifferenceSystems - 1, "the number of the system");
   CDifferenceSettings settings;
   settings.system = system->number;
+  NeedRange(system->own_formula, 0, 1, "own_formula");
   settings.ownFormula = system->own_formula != 0;
-  for (const double parameter : system->parameters) NeedFinite(parameter, "a parameter of the system");
   std::copy_n(system->parameters, settings.parameters.size(), settings.parameters.begin());
-  NeedFinite(system->angle, "the angle of the system");
+  for (const double parameter : settings.parameters) NeedFinite(parameter, "a parameter of the system");
+  const auto used =
+      std::span(settings.parameters).first(static_cast<std::size_t>(ParameterCount(settings.system)));
+  for (const double parameter : used) {
+    if (parameter < kLeastParameter || parameter > kLargestParameter)
+      throw Refusal{VRX_OUT_OF_RANGE, "a parameter of the system is not " + ShortNumber(kLeastParameter) +
+                                          " to " + ShortNumber(kLargestParameter)};
+  }
+  NeedWithin(system->angle, kLeastAngle, kLargestAngle, "the angle of the system");
   return settings;
 }
 

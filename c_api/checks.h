@@ -4,11 +4,14 @@
 #ifndef C_API_CHECKS_H_
 #define C_API_CHECKS_H_
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <vector>
 
 #include <vrxmath/batch/batch_run.h>
 #include <vrxmath/c_api.h>
@@ -31,14 +34,21 @@ struct Refusal {
 vrx_status Refused() noexcept;
 /// Forgets the reason of the call before.
 void Forget() noexcept;
-/// The reason of the last call that was refused on this thread.
-const std::string& LastReason() noexcept;
+/// The reason of the last call that was refused on this thread, in UTF-8. It is cut where it would pass 500 bytes.
+std::string_view LastReason() noexcept;
 
-/// Runs the body of a function. Nothing that it throws gets out.
+class Arrays;
+
+/// Runs the body of a function, with the arrays of the call where it takes them. Nothing that it throws gets out.
 template <class Body>
 vrx_status Call(const Body& body) noexcept {
   try {
-    body();
+    if constexpr (std::is_invocable_v<Body, Arrays&>) {
+      Arrays arrays;
+      body(arrays);
+    } else {
+      body();
+    }
     Forget();
     return VRX_OK;
   } catch (...) {
@@ -54,10 +64,19 @@ std::size_t NeedCount(int32_t count, std::size_t width, const char* name);
 /// True for `value` within `low` to `high`, or the call ends.
 void NeedRange(int32_t value, int32_t low, int32_t high, const char* name);
 void NeedFinite(double value, const char* name);
+/// A finite number within `low` to `high`.
+void NeedWithin(double value, double low, double high, const char* name);
 
-/// Rows of numbers to read: there, as many as `count`, all of them finite.
+/// The largest number, of either sign, that a reading may be: far above every colour, and far below where its powers in
+/// the formulas overflow.
+inline constexpr double kLargestReading = 1e6;
+
+/// Numbers to read: there, as many as `count` rows, all of them finite and none beyond `largest`.
+std::span<const double> Numbers(const double* numbers, int32_t count, std::size_t width, const char* name,
+                                double largest);
+/// Rows of readings: reflectances, colours and differences.
 std::span<const double> Numbers(const double* numbers, int32_t count, std::size_t width, const char* name);
-/// A curve of 40 numbers.
+/// A curve of 40 readings.
 CReflData CurveOf(const double* samples, const char* name);
 /// Rows to write.
 template <class NUMBER>
@@ -67,6 +86,45 @@ std::span<NUMBER> Place(NUMBER* numbers, int32_t count, std::size_t width, const
   return {numbers, total};
 }
 
+/// The arrays of one call, which keep apart what the caller did not: numbers that are read row by row while results are
+/// written are copied first where they share memory with a result, and results that share memory are refused. So every
+/// result is what it would be in a place of its own, whatever the count of threads. First all places of results, then
+/// the numbers.
+class Arrays {
+ public:
+  /// Rows to write, as vrx::c_api::Place, apart from those before.
+  template <class NUMBER>
+  std::span<NUMBER> Place(NUMBER* numbers, int32_t count, std::size_t width, const char* name) {
+    const std::span<NUMBER> rows = c_api::Place(numbers, count, width, name);
+    AddPlace(std::as_bytes(rows), name);
+    return rows;
+  }
+  /// The same, where null means that nobody wants them.
+  template <class NUMBER>
+  std::span<NUMBER> PlaceIfWanted(NUMBER* numbers, int32_t count, std::size_t width, const char* name) {
+    return numbers == nullptr ? std::span<NUMBER>() : Place(numbers, count, width, name);
+  }
+  /// One result.
+  template <class NUMBER>
+  NUMBER& Result(NUMBER* number, const char* name) {
+    return Place(number, 1, 1, name).front();
+  }
+  /// Rows of readings, as vrx::c_api::Numbers.
+  std::span<const double> Numbers(const double* numbers, int32_t count, std::size_t width, const char* name,
+                                  double largest = kLargestReading);
+
+ private:
+  static constexpr std::size_t kMostPlaces = 8;
+
+  void AddPlace(std::span<const std::byte> place, const char* name);
+  bool IsPlace(std::span<const std::byte> bytes) const;
+
+  std::array<std::span<const std::byte>, kMostPlaces> places_;
+  std::size_t placeCount_ = 0;
+  bool hasNumbers_ = false;
+  std::vector<std::vector<double>> copies_;
+};
+
 /// An illuminant and observer that have a weighting table.
 struct Pair {
   vrxIlluminant illuminant;
@@ -74,6 +132,7 @@ struct Pair {
   Pair(int32_t illuminantNumber, int32_t observerNumber);
 };
 
+/// A system whose parameters are above 0, at an angle that a geometry can have.
 CDifferenceSettings Settings(const vrx_system* system);
 
 /// How functions with many rows are run (vrx_set_threads).

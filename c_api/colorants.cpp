@@ -1,6 +1,8 @@
 // Optical transforms, strength, prediction, and linear equations.
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <type_traits>
 #include <vector>
 
@@ -18,6 +20,12 @@ namespace vrx::c_api {
 namespace {
 
 constexpr int32_t kMostEquations = 4096;
+constexpr double kLargestAmount = 1e12;
+
+template <class NUMBERS>
+bool AreFinite(const NUMBERS& numbers) {
+  return std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); });
+}
 
 SaundersonMode ModeOf(int32_t surface) {
   NeedRange(surface, VRX_SURFACE_INCLUDED, VRX_SURFACE_NONE, "surface");
@@ -36,11 +44,12 @@ using SaundersonBatch = bool (*)(std::span<const double>, double, double, Saunde
 
 vrx_status Saunderson(SaundersonBatch transform, const double* in, int32_t count, double k1, double k2,
                       int32_t surface, double* out) noexcept {
-  return Call([&] {
-    const auto source = Numbers(in, count, 1, "the reflectances");
+  return Call([&](Arrays& arrays) {
+    const auto place = arrays.Place(out, count, 1, "the result");
+    const auto source = arrays.Numbers(in, count, 1, "the reflectances");
     NeedConstant(k1, "k1");
     NeedConstant(k2, "k2");
-    transform(source, k1, k2, ModeOf(surface), Place(out, count, 1, "the result"), Run());
+    transform(source, k1, k2, ModeOf(surface), place, Run());
   });
 }
 
@@ -81,11 +90,16 @@ double Strength(const vrx_strength_settings& s, const CReflData& standard, const
   return ColorStrength(s, a, b);
 }
 
+// 40 coefficients of absorption or scattering.
+CReflData CoefficientsOf(const double* coefficients, const char* name) {
+  CReflData curve = CurveOf(coefficients, name);
+  for (const double coefficient : curve) NeedWithin(coefficient, 0.0, kLargestReading, name);
+  return curve;
+}
+
 CColorantLevel LevelOf(double concentration, const double* absorption, const double* scattering) {
-  NeedFinite(concentration, "concentration");
-  if (concentration < 0.0 || concentration > 1.0)
-    throw Refusal{VRX_OUT_OF_RANGE, "concentration is not 0 to 1"};
-  const CReflData K = CurveOf(absorption, "absorption"), S = CurveOf(scattering, "scattering");
+  NeedWithin(concentration, 0.0, 1.0, "concentration");
+  const CReflData K = CoefficientsOf(absorption, "absorption"), S = CoefficientsOf(scattering, "scattering");
   CColorantLevel level(1);
   level.concentration = concentration;
   std::copy(K.begin(), K.end(), level.values[0].absorption.begin());
@@ -128,6 +142,7 @@ void AddLevel(CColorantSystemData& system, uint32_t id, int32_t kind, const CCol
 }  // namespace vrx::c_api
 
 namespace api = vrx::c_api;
+using api::Arrays;
 using api::Call;
 using api::NeedPlace;
 using api::NeedRange;
@@ -136,16 +151,16 @@ using api::Place;
 using api::Refusal;
 
 vrx_status VRX_CALL vrx_kubelka_munk(const double* reflectances, int32_t count, double* ks) {
-  return Call([&] {
-    const auto source = Numbers(reflectances, count, 1, "reflectances");
-    vrx::KubelkaMunkKsBatch(source, Place(ks, count, 1, "ks"), api::Run());
+  return Call([&](Arrays& arrays) {
+    const auto place = arrays.Place(ks, count, 1, "ks");
+    vrx::KubelkaMunkKsBatch(arrays.Numbers(reflectances, count, 1, "reflectances"), place, api::Run());
   });
 }
 
 vrx_status VRX_CALL vrx_absorbance(const double* reflectances, int32_t count, double* densities) {
-  return Call([&] {
-    const auto source = Numbers(reflectances, count, 1, "reflectances");
-    vrx::AbsorbanceBatch(source, Place(densities, count, 1, "densities"), api::Run());
+  return Call([&](Arrays& arrays) {
+    const auto place = arrays.Place(densities, count, 1, "densities");
+    vrx::AbsorbanceBatch(arrays.Numbers(reflectances, count, 1, "reflectances"), place, api::Run());
   });
 }
 
@@ -160,15 +175,16 @@ vrx_status VRX_CALL vrx_to_measured(const double* internal, int32_t count, doubl
 
 vrx_status VRX_CALL vrx_strength(const vrx_strength_settings* settings, const double standard[40],
                                  const double* batches, int32_t count, double* percents) {
-  return Call([&] {
+  return Call([&](Arrays& arrays) {
     api::NeedSettings(settings);
+    const vrx_strength_settings form = *settings;
     const vrx::CReflData reference = api::CurveOf(standard, "standard");
-    const auto samples = Numbers(batches, count, vrx::kWavelengths, "batches");
-    const auto out = Place(percents, count, 1, "percents");
+    const auto out = arrays.Place(percents, count, 1, "percents");
+    const auto samples = arrays.Numbers(batches, count, vrx::kWavelengths, "batches");
     vrx::CReflData batch;
     for (std::size_t row = 0; row < out.size(); ++row) {
       std::copy_n(samples.data() + row * vrx::kWavelengths, vrx::kWavelengths, batch.begin());
-      out[row] = api::Strength(*settings, reference, batch);
+      out[row] = api::Strength(form, reference, batch);
     }
   });
 }
@@ -222,7 +238,7 @@ vrx_status VRX_CALL vrx_predict(vrx_handle colorants, const int32_t* ids, const 
     const auto system = api::Find<vrx::CColorantSystemData>(colorants);
     NeedRange(count, 0, 0xFFFF, "count");
     if (count > 0) NeedPlace(ids, "ids");
-    const auto values = Numbers(amounts, count, 1, "amounts");
+    const auto values = Numbers(amounts, count, 1, "amounts", api::kLargestAmount);
     NeedPlace(curve, "curve");
     vrx::CDbFormula formula(count);
     for (int32_t i = 0; i < count; ++i) {
@@ -230,7 +246,7 @@ vrx_status VRX_CALL vrx_predict(vrx_handle colorants, const int32_t* ids, const 
       formula[i].amount = values[static_cast<std::size_t>(i)];
     }
     const vrx::CReflData predicted = vrx::PredictReflectance(formula, *system);
-    if (IsUnset(predicted))
+    if (IsUnset(predicted) || !api::AreFinite(predicted))
       throw Refusal{VRX_REFUSED,
                     "the formula has a component that the system lacks, a negative amount, or no scattering"};
     std::copy(predicted.begin(), predicted.end(), curve);
@@ -241,8 +257,9 @@ vrx_status VRX_CALL vrx_solve(const double* a, const double* b, int32_t n, doubl
   return Call([&] {
     NeedRange(n, 0, api::kMostEquations, "n");
     const auto size = static_cast<std::size_t>(n);
-    const auto rows = Numbers(a, n, size, "a");
-    const auto right = Numbers(b, n, 1, "b");
+    constexpr double kAny = std::numeric_limits<double>::max();
+    const auto rows = Numbers(a, n, size, "a", kAny);
+    const auto right = Numbers(b, n, 1, "b", kAny);
     const auto out = Place(x, n, 1, "x");
     if (n == 0) return;
     vrx::CMatrix matrix(static_cast<uint32_t>(n), static_cast<uint32_t>(n) + 1);
@@ -253,7 +270,8 @@ vrx_status VRX_CALL vrx_solve(const double* a, const double* b, int32_t n, doubl
     }
     vrx::CDoubleArray1 solution;
     solution.SetSize(n);
-    if (matrix.GaussSolve(solution) == 0) throw Refusal{VRX_REFUSED, "the matrix is singular"};
+    if (matrix.GaussSolve(solution) == 0 || !api::AreFinite(solution))
+      throw Refusal{VRX_REFUSED, "the matrix is singular"};
     std::copy(solution.begin(), solution.end(), out.begin());
   });
 }

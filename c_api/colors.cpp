@@ -1,7 +1,7 @@
 // From curves to colours, differences and indices: the batch functions behind checks.
 
 #include <algorithm>
-#include <cstring>
+#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -27,9 +27,25 @@ using ConstRows5 = BatchView<const double, 5>;
 
 constexpr int32_t kSpaces = 3;
 
+// X, Y, Z of which none is negative.
 CTrisValues TristimulusOf(const double* xyz, const char* name) {
   const auto numbers = Numbers(xyz, 1, 3, name);
+  for (const double number : numbers) NeedWithin(number, 0.0, kLargestReading, name);
   return CTrisValues(numbers[0], numbers[1], numbers[2]);
+}
+
+// Primaries of a screen that show colours: chromaticities with y above 0 that span a triangle, and a gamma.
+void NeedPrimaries(std::span<const double> numbers) {
+  constexpr double kLeastArea = 1e-4, kLeastY = 1e-3;  // the smallest real screens have an area of 0.05
+  for (std::size_t i = 0; i < 6; i += 2) {
+    NeedWithin(numbers[i], -1.0, 2.0, "x of a primary");
+    NeedWithin(numbers[i + 1], kLeastY, 2.0, "y of a primary");
+  }
+  NeedWithin(numbers[6], 0.1, 10.0, "gamma");
+  const double area = ((numbers[2] - numbers[0]) * (numbers[5] - numbers[1]) -
+                       (numbers[4] - numbers[0]) * (numbers[3] - numbers[1])) /
+                      2;
+  if (std::abs(area) < kLeastArea) throw Refusal{VRX_OUT_OF_RANGE, "the primaries span no triangle"};
 }
 
 // Colours as a difference system reads them.
@@ -50,7 +66,7 @@ vrx_status Register(int32_t number, const UNIT* name, const double* power, int32
   return Call([&] {
     const CString text = Text(name, "name");
     NeedRange(straight, 0, 1, "straight");
-    const auto values = Numbers(power, count, 1, "power");
+    const auto values = Numbers(power, count, 1, "power", std::numeric_limits<double>::max());
     const IlluminantError error = RegisterUserIlluminant(
         static_cast<vrxUserIllum>(number), text, values, first, step,
         straight != 0 ? SpectralInterpolation::kLinear : SpectralInterpolation::kLagrange);
@@ -62,12 +78,27 @@ vrx_status Register(int32_t number, const UNIT* name, const double* power, int32
 }  // namespace vrx::c_api
 
 namespace api = vrx::c_api;
+using api::Arrays;
 using api::Call;
 using api::NeedPlace;
 using api::NeedRange;
 using api::Numbers;
-using api::Place;
 using api::Refusal;
+
+vrx_status VRX_CALL vrx_illuminant_count(int32_t* count) {
+  return Call([&] {
+    NeedPlace(count, "count");
+    *count = vrx::kBuiltInIlluminants;
+  });
+}
+
+vrx_status VRX_CALL vrx_illuminant_at(int32_t position, int32_t* illuminant) {
+  return Call([&] {
+    NeedRange(position, 0, vrx::kBuiltInIlluminants - 1, "position");
+    NeedPlace(illuminant, "illuminant");
+    *illuminant = static_cast<int32_t>(vrx::IlluminantDisplayOrder()[position]);
+  });
+}
 
 vrx_status VRX_CALL vrx_white_point(int32_t illuminant, int32_t observer, double xyz[3]) {
   return Call([&] {
@@ -106,10 +137,10 @@ vrx_status VRX_CALL vrx_remove_illuminant(int32_t number) {
 
 vrx_status VRX_CALL vrx_tristimulus(int32_t illuminant, int32_t observer, const double* curves, int32_t count,
                                     double* xyz) {
-  return Call([&] {
+  return Call([&](Arrays& arrays) {
     const api::Pair pair(illuminant, observer);
-    const auto samples = Numbers(curves, count, vrx::kWavelengths, "curves");
-    const auto out = Place(xyz, count, 3, "xyz");
+    const auto out = arrays.Place(xyz, count, 3, "xyz");
+    const auto samples = arrays.Numbers(curves, count, vrx::kWavelengths, "curves");
     vrx::TristimulusBatch(pair.illuminant, pair.observer, vrx::CurveBatch{samples}, api::Rows3(out),
                           api::Run());
   });
@@ -117,11 +148,11 @@ vrx_status VRX_CALL vrx_tristimulus(int32_t illuminant, int32_t observer, const 
 
 vrx_status VRX_CALL vrx_xyz_to_space(int32_t space, int32_t illuminant, int32_t observer, const double* xyz,
                                      int32_t count, double* coordinates) {
-  return Call([&] {
+  return Call([&](Arrays& arrays) {
     const api::Pair pair(illuminant, observer);
     NeedRange(space, 0, api::kSpaces - 1, "space");
-    const api::ConstRows3 in(Numbers(xyz, count, 3, "xyz"));
-    const api::Rows5 out(Place(coordinates, count, 5, "coordinates"));
+    const api::Rows5 out(arrays.Place(coordinates, count, 5, "coordinates"));
+    const api::ConstRows3 in(arrays.Numbers(xyz, count, 3, "xyz"));
     // The system of each space is one that judges in it.
     constexpr int32_t kSystems[] = {vrx::vrxSystemLab, vrx::vrxSystemLuv, vrx::vrxSystemHunter};
     vrx::CoordinatesBatch(kSystems[space], pair.illuminant, pair.observer, in, out, api::Run());
@@ -130,11 +161,11 @@ vrx_status VRX_CALL vrx_xyz_to_space(int32_t space, int32_t illuminant, int32_t 
 
 vrx_status VRX_CALL vrx_space_to_xyz(int32_t space, int32_t illuminant, int32_t observer,
                                      const double* coordinates, int32_t count, double* xyz) {
-  return Call([&] {
+  return Call([&](Arrays& arrays) {
     const api::Pair pair(illuminant, observer);
     NeedRange(space, 0, api::kSpaces - 1, "space");
-    const api::ConstRows5 in(Numbers(coordinates, count, 5, "coordinates"));
-    const api::Rows3 out(Place(xyz, count, 3, "xyz"));
+    const api::Rows3 out(arrays.Place(xyz, count, 3, "xyz"));
+    const api::ConstRows5 in(arrays.Numbers(coordinates, count, 5, "coordinates"));
     constexpr decltype(&vrx::LabToXyzBatch) kFunctions[] = {vrx::LabToXyzBatch, vrx::LuvToXyzBatch,
                                                             vrx::HunterToXyzBatch};
     kFunctions[space](pair.illuminant, pair.observer, in.Numbers<0, 3>(), out, api::Run());
@@ -142,9 +173,9 @@ vrx_status VRX_CALL vrx_space_to_xyz(int32_t space, int32_t illuminant, int32_t 
 }
 
 vrx_status VRX_CALL vrx_chromaticity(const double* xyz, int32_t count, double* xy) {
-  return Call([&] {
-    const auto in = Numbers(xyz, count, 3, "xyz");
-    const auto out = Place(xy, count, 2, "xy");
+  return Call([&](Arrays& arrays) {
+    const auto out = arrays.Place(xy, count, 2, "xy");
+    const auto in = arrays.Numbers(xyz, count, 3, "xyz");
     for (std::size_t row = 0; row * 3 < in.size(); ++row) {
       const vrx::CTrisValues values(in[3 * row], in[3 * row + 1], in[3 * row + 2]);
       vrx::Chromaticity(values, out[2 * row], out[2 * row + 1]);
@@ -154,11 +185,11 @@ vrx_status VRX_CALL vrx_chromaticity(const double* xyz, int32_t count, double* x
 
 vrx_status VRX_CALL vrx_display_colors(int32_t illuminant, int32_t observer, const double* xyz, int32_t count,
                                        uint8_t* rgb, uint8_t* displayable) {
-  return Call([&] {
+  return Call([&](Arrays& arrays) {
     const api::Pair pair(illuminant, observer);
-    const api::ConstRows3 in(Numbers(xyz, count, 3, "xyz"));
-    const vrx::BatchView<uint8_t, 3> out(Place(rgb, count, 3, "rgb"));
-    const std::span<uint8_t> flags(displayable, displayable != nullptr ? in.size() : 0);
+    const vrx::BatchView<uint8_t, 3> out(arrays.Place(rgb, count, 3, "rgb"));
+    const auto flags = arrays.PlaceIfWanted(displayable, count, 1, "displayable");
+    const api::ConstRows3 in(arrays.Numbers(xyz, count, 3, "xyz"));
     vrx::DisplayColorBatch(pair.illuminant, pair.observer, in, out, flags, api::Run());
   });
 }
@@ -176,6 +207,7 @@ vrx_status VRX_CALL vrx_set_display_primaries(const double primaries[7]) {
   return Call([&] {
     if (primaries == nullptr) return vrx::ResetDisplayPrimaries();
     const auto numbers = Numbers(primaries, 1, vrx::kDisplaySettings, "primaries");
+    api::NeedPrimaries(numbers);
     vrx::CDoubleArray1 settings;
     settings.SetSize(vrx::kDisplaySettings);
     std::copy(numbers.begin(), numbers.end(), settings.begin());
@@ -193,35 +225,43 @@ vrx_status VRX_CALL vrx_default_system(int32_t number, vrx_system* system) {
   });
 }
 
+vrx_status VRX_CALL vrx_system_elements(int32_t number, int32_t elements[7], int32_t* count) {
+  return Call([&](Arrays& arrays) {
+    NeedRange(number, 0, vrx::kDifferenceSystems - 1, "number");
+    const auto places = arrays.Place(elements, 1, vrx::CDeltaValues::kValues, "elements");
+    int32_t& shown = arrays.Result(count, "count");
+    const auto found = vrx::DifferenceColumnElements(number);
+    std::copy(found.begin(), found.end(), places.begin());
+    shown = static_cast<int32_t>(found.size());
+  });
+}
+
 vrx_status VRX_CALL vrx_differences(const vrx_system* system, int32_t illuminant, int32_t observer,
                                     const double* standards, const double* samples, int32_t count,
                                     double* differences) {
-  return Call([&] {
+  return Call([&](Arrays& arrays) {
     const vrx::CDifferenceSettings settings = api::Settings(system);
+    const double angle = system->angle;
     const api::Pair pair(illuminant, observer);
-    const auto standardNumbers = Numbers(standards, count, 3, "standards");
-    const auto sampleNumbers = Numbers(samples, count, 3, "samples");
-    const vrx::BatchView<double, 7> out(Place(differences, count, 7, "differences"));
-    const api::Colors standard(settings, pair, standardNumbers);
-    const api::Colors sample(settings, pair, sampleNumbers);
-    vrx::DifferenceBatch(settings, system->angle, standard.batch, sample.batch, out, api::Run());
+    const vrx::BatchView<double, 7> out(arrays.Place(differences, count, 7, "differences"));
+    const api::Colors standard(settings, pair, arrays.Numbers(standards, count, 3, "standards"));
+    const api::Colors sample(settings, pair, arrays.Numbers(samples, count, 3, "samples"));
+    vrx::DifferenceBatch(settings, angle, standard.batch, sample.batch, out, api::Run());
   });
 }
 
 vrx_status VRX_CALL vrx_nearest(const vrx_system* system, int32_t illuminant, int32_t observer,
                                 const double* standards, int32_t standard_count, const double* samples,
                                 int32_t count, int32_t wanted, int32_t* indices, double* totals) {
-  return Call([&] {
+  return Call([&](Arrays& arrays) {
     const vrx::CDifferenceSettings settings = api::Settings(system);
     const api::Pair pair(illuminant, observer);
     NeedRange(wanted, 1, std::numeric_limits<int32_t>::max(), "wanted");
-    const auto standardNumbers = Numbers(standards, standard_count, 3, "standards");
-    const auto sampleNumbers = Numbers(samples, count, 3, "samples");
     const auto width = static_cast<std::size_t>(wanted);
-    const auto indexPlace = Place(indices, count, width, "indices");
-    const auto totalPlace = Place(totals, count, width, "totals");
-    const api::Colors library(settings, pair, standardNumbers);
-    const api::Colors trials(settings, pair, sampleNumbers);
+    const auto indexPlace = arrays.Place(indices, count, width, "indices");
+    const auto totalPlace = arrays.Place(totals, count, width, "totals");
+    const api::Colors library(settings, pair, arrays.Numbers(standards, standard_count, 3, "standards"));
+    const api::Colors trials(settings, pair, arrays.Numbers(samples, count, 3, "samples"));
     std::vector<vrx::NearestMatch> matches(indexPlace.size());
     vrx::FindNearestBatch(settings, system->angle, std::span(&trials.batch, 1), std::span(&library.batch, 1),
                           width, matches, api::Run());
@@ -242,16 +282,17 @@ vrx_status VRX_CALL vrx_index_count(int32_t* count) {
 
 vrx_status VRX_CALL vrx_indices(int32_t index, int32_t recalculated, int32_t illuminant, int32_t observer,
                                 const double* xyz, int32_t count, double* values) {
-  return Call([&] {
+  return Call([&](Arrays& arrays) {
     const auto list = vrx::ColorIndices();
     NeedRange(index, 0, static_cast<int32_t>(list.size()) - 1, "index");
+    NeedRange(recalculated, 0, 1, "recalculated");
     const api::Pair pair(illuminant, observer);
     const auto form = recalculated != 0 ? vrx::IndexForm::kRecalculated : vrx::IndexForm::kDirect;
     const vrx::IndexFunction function = list[static_cast<std::size_t>(index)].Function(form);
     if (function == nullptr) throw Refusal{VRX_OUT_OF_RANGE, "the index has no such form"};
-    const api::ConstRows3 in(Numbers(xyz, count, 3, "xyz"));
-    vrx::IndexBatch(function, pair.illuminant, pair.observer, in, Place(values, count, 1, "values"),
-                    api::Run());
+    const auto out = arrays.Place(values, count, 1, "values");
+    const api::ConstRows3 in(arrays.Numbers(xyz, count, 3, "xyz"));
+    vrx::IndexBatch(function, pair.illuminant, pair.observer, in, out, api::Run());
   });
 }
 
@@ -263,7 +304,9 @@ vrx_status VRX_CALL vrx_metamerism(const vrx_system* system, int32_t reference, 
     const api::Pair first(reference, observer), second(test, observer);
     const vrx::CReflData a = api::CurveOf(standard, "standard"), b = api::CurveOf(trial, "trial");
     NeedPlace(index, "index");
-    *index = vrx::MetamerismIndex(first.illuminant, second.illuminant, observer, a, b, settings);
+    const double found = vrx::MetamerismIndex(first.illuminant, second.illuminant, observer, a, b, settings);
+    if (!std::isfinite(found)) throw Refusal{VRX_REFUSED, "the trial is black under the reference"};
+    *index = found;
   });
 }
 
@@ -273,6 +316,8 @@ vrx_status VRX_CALL vrx_contrast_ratio(const double over_black[3], const double 
     const vrx::CTrisValues black = api::TristimulusOf(over_black, "over_black");
     const vrx::CTrisValues white = api::TristimulusOf(over_white, "over_white");
     NeedPlace(ratio, "ratio");
+    if (!IsUnset(white) && white[vrx::CTrisValues::kY] <= 0.0)
+      throw Refusal{VRX_OUT_OF_RANGE, "Y over white is 0"};
     *ratio = vrx::ContrastRatio(black, white);
   });
 }

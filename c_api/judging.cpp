@@ -18,13 +18,13 @@ using Rows7 = BatchView<const double, 7>;
 constexpr int32_t kMostIlluminants = 64;
 
 double NeedFactor(double factor) {
-  NeedFinite(factor, "the warning factor");
-  if (factor < 0.0 || factor > 1.0) throw Refusal{VRX_OUT_OF_RANGE, "the warning factor is not 0 to 1"};
+  NeedWithin(factor, 0.0, 1.0, "the warning factor");
   return factor;
 }
 
 CBoxTolData BoxOf(const double* limits) {
   const auto numbers = Numbers(limits, 1, 7, "box");
+  for (const double limit : numbers) NeedWithin(limit, 0.0, kLargestReading, "a limit of the box");
   CBoxTolData box;
   std::copy(numbers.begin(), numbers.end(), box.begin());
   return box;
@@ -32,6 +32,12 @@ CBoxTolData BoxOf(const double* limits) {
 
 CEllipseData EllipseOf(const double* values) {
   const auto numbers = Numbers(values, 1, CEllipseData::kValues, "ellipse");
+  for (const int32_t i : {CEllipseData::kLightnessAxis, CEllipseData::kMajorAxis, CEllipseData::kMinorAxis})
+    NeedWithin(numbers[static_cast<std::size_t>(i)], 0.0, kLargestReading, "a semi-axis of the ellipse");
+  NeedWithin(numbers[CEllipseData::kTotalLimit], 0.0, kLargestReading,
+             "the limit of the total of the ellipse");
+  NeedWithin(numbers[CEllipseData::kCommercialFactor], 0.0, kLargestReading,
+             "the commercial factor of the ellipse");
   CEllipseData ellipse;
   std::copy(numbers.begin(), numbers.end(), ellipse.begin());
   return ellipse;
@@ -43,18 +49,20 @@ void GiveEllipse(const CEllipseData& ellipse, double* place) {
 
 // Judges rows of differences by either kind of tolerance: `judge` is the batch function of one of them.
 template <class TOLERANCE, class JUDGE>
-void JudgeRows(const TOLERANCE& tolerance, double limit, double factor, const double* differences,
-               int32_t count, int32_t* verdicts, int32_t* totals, const JUDGE& judge) {
-  const Rows7 rows(Numbers(differences, count, 7, "differences"));
-  const auto place = Place(verdicts, count, 1, "verdicts");
+void JudgeRows(Arrays& arrays, const TOLERANCE& tolerance, double limit, double factor,
+               const double* differences, int32_t count, int32_t* verdicts, int32_t* totals,
+               const JUDGE& judge) {
+  const auto place = arrays.Place(verdicts, count, 1, "verdicts");
+  const auto totalPlace = arrays.PlaceIfWanted(totals, count, 1, "totals");
+  const Rows7 rows(arrays.Numbers(differences, count, 7, "differences"));
   std::vector<Verdict> found(rows.size());
   judge(tolerance, factor, rows.Numbers<0, 3>(), std::span<Verdict>(found), Run());
   std::copy(found.begin(), found.end(), place.begin());
-  if (totals == nullptr) return;
+  if (totalPlace.empty()) return;
   std::vector<double> total(rows.size());
   for (std::size_t i = 0; i < total.size(); ++i) total[i] = rows.at(i, CDeltaValues::kTotal);
   TotalVerdictBatch(limit, factor, total, found, Run());
-  std::copy(found.begin(), found.end(), totals);
+  std::copy(found.begin(), found.end(), totalPlace.begin());
 }
 
 // The geometry of a judgement: the usual one, or the first of an aspecular angle.
@@ -98,18 +106,18 @@ void CopyDifferences(const CVarexCalc& calc, double* differences) {
 }  // namespace vrx::c_api
 
 namespace api = vrx::c_api;
+using api::Arrays;
 using api::Call;
 using api::NeedPlace;
 using api::NeedRange;
 using api::Numbers;
-using api::Place;
 using api::Refusal;
 
 vrx_status VRX_CALL vrx_judge_boxes(const double box[7], double warning_factor, const double* differences,
                                     int32_t count, int32_t* verdicts, int32_t* totals) {
-  return Call([&] {
+  return Call([&](Arrays& arrays) {
     const vrx::CBoxTolData tolerance = api::BoxOf(box);
-    api::JudgeRows(tolerance, tolerance[vrx::CBoxTolData::kTotal], api::NeedFactor(warning_factor),
+    api::JudgeRows(arrays, tolerance, tolerance[vrx::CBoxTolData::kTotal], api::NeedFactor(warning_factor),
                    differences, count, verdicts, totals, vrx::BoxVerdictBatch);
   });
 }
@@ -117,10 +125,11 @@ vrx_status VRX_CALL vrx_judge_boxes(const double box[7], double warning_factor, 
 vrx_status VRX_CALL vrx_judge_ellipses(const double ellipse[9], double warning_factor,
                                        const double* differences, int32_t count, int32_t* verdicts,
                                        int32_t* totals) {
-  return Call([&] {
+  return Call([&](Arrays& arrays) {
     const vrx::CEllipseData tolerance = api::EllipseOf(ellipse);
-    api::JudgeRows(tolerance, tolerance[vrx::CEllipseData::kTotalLimit], api::NeedFactor(warning_factor),
-                   differences, count, verdicts, totals, vrx::EllipseVerdictBatch);
+    api::JudgeRows(arrays, tolerance, tolerance[vrx::CEllipseData::kTotalLimit],
+                   api::NeedFactor(warning_factor), differences, count, verdicts, totals,
+                   vrx::EllipseVerdictBatch);
   });
 }
 
@@ -156,10 +165,11 @@ vrx_status VRX_CALL vrx_fit_ellipse(const double* accepted, int32_t count, int32
 
 vrx_status VRX_CALL vrx_shade_words(const double* lab, const double* differences, int32_t count,
                                     int32_t* words) {
-  return Call([&] {
-    const vrx::BatchView<const double, 3> trials(Numbers(lab, count, 3, "lab"));
-    const vrx::BatchView<const double, 3> deltas(Numbers(differences, count, 3, "differences"));
-    vrx::ShadeBatch(trials, deltas, vrx::BatchView<int32_t, 3>(Place(words, count, 3, "words")), api::Run());
+  return Call([&](Arrays& arrays) {
+    const vrx::BatchView<int32_t, 3> out(arrays.Place(words, count, 3, "words"));
+    const vrx::BatchView<const double, 3> trials(arrays.Numbers(lab, count, 3, "lab"));
+    const vrx::BatchView<const double, 3> deltas(arrays.Numbers(differences, count, 3, "differences"));
+    vrx::ShadeBatch(trials, deltas, out, api::Run());
   });
 }
 
@@ -213,14 +223,15 @@ vrx_status VRX_CALL vrx_judgement_warning(vrx_handle judgement, double factor) {
 
 vrx_status VRX_CALL vrx_judgement_trials(vrx_handle judgement, const double* curves, int32_t count,
                                          int32_t* verdicts, double* differences, int32_t* words) {
-  return Call([&] {
+  return Call([&](Arrays& arrays) {
     const auto object = api::Find<api::Judgement>(judgement);
     if (!object->hasStandard) throw Refusal{VRX_REFUSED, "the judgement has no standard yet"};
     vrx::CVarexCalc& calc = object->calc;
-    const auto samples = Numbers(curves, count, vrx::kWavelengths, "curves");
     const auto rows = static_cast<std::size_t>(calc.illuminants.GetSize());
-    const auto place = Place(verdicts, count, rows, "verdicts");
-    (void)api::NeedCount(count, 7 * rows, "count");
+    const auto place = arrays.Place(verdicts, count, rows, "verdicts");
+    (void)arrays.PlaceIfWanted(differences, count, 7 * rows, "differences");
+    (void)arrays.PlaceIfWanted(words, count, 3 * rows, "words");
+    const auto samples = arrays.Numbers(curves, count, vrx::kWavelengths, "curves");
     vrx::CReflDataArray trial;
     trial.SetSize(1);
     vrx::CEvaluationArray results;

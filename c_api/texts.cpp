@@ -64,6 +64,7 @@ vrx_status IndexText(int32_t index, int32_t recalculated, UNIT* text, int32_t ca
   return Call([&] {
     const auto indices = ColorIndices();
     NeedRange(index, 0, static_cast<int32_t>(indices.size()) - 1, "index");
+    NeedRange(recalculated, 0, 1, "recalculated");
     const IndexForm form = recalculated != 0 ? IndexForm::kRecalculated : IndexForm::kDirect;
     const ColorIndex& entry = indices[static_cast<std::size_t>(index)];
     if (entry.Function(form) == nullptr) throw Refusal{VRX_OUT_OF_RANGE, "the index has no such form"};
@@ -105,13 +106,13 @@ vrx_status VRX_CALL vrx_abi_version(int32_t* version) {
 }
 
 vrx_status VRX_CALL vrx_version(int32_t* major, int32_t* minor, int32_t* patch) {
-  return api::Call([&] {
-    api::NeedPlace(major, "major");
-    api::NeedPlace(minor, "minor");
-    api::NeedPlace(patch, "patch");
-    *major = VRX_VERSION_MAJOR;
-    *minor = VRX_VERSION_MINOR;
-    *patch = VRX_VERSION_PATCH;
+  return api::Call([&](api::Arrays& arrays) {
+    int32_t& first = arrays.Result(major, "major");
+    int32_t& second = arrays.Result(minor, "minor");
+    int32_t& third = arrays.Result(patch, "patch");
+    first = VRX_VERSION_MAJOR;
+    second = VRX_VERSION_MINOR;
+    third = VRX_VERSION_PATCH;
   });
 }
 

@@ -8,9 +8,16 @@
  *
  * Conventions. Every function returns a vrx_status, VRX_OK being 0, and throws nothing. Everything is checked before
  * anything is written: null where an array is needed, negative counts, numbers that are not finite, numbers of
- * illuminants and systems that nobody has, and handles that are no handles. A call that is refused has touched nothing,
- * and vrx_last_error has a sentence about it. Arrays are the caller's, hold rows one after the other, and must not
- * overlap unless they are the same; with a count of 0 they may be null.
+ * illuminants and systems that nobody has, values that make no sense, and handles that are no handles. A call that is
+ * refused has touched nothing, and vrx_last_error has a sentence about it.
+ *
+ * Arrays are the caller's and hold rows one after the other; with a count of 0 they may be null. Results may be written
+ * over what was read: the numbers of a call are those that were there when it began, at any count of threads. Two places of
+ * results that share memory are refused (VRX_OVERLAP).
+ *
+ * Values. Readings (reflectances, colours, differences) are finite and within 1e6 of 0. The parameters of a difference
+ * system are 0.001 to 1000, angles -45 to 110 degrees, limits and semi-axes 0 to 1e6, the primaries of a screen span a
+ * triangle. Flags are 0 or 1. A verdict is never given on a number that is not finite.
  *
  * Units. Curves are 40 reflectances in percent at 360, 370 ... 750 nm. X, Y, Z are on the scale on which the perfect
  * white has Y = 100. Hues are in degrees from 0 to 360. A value that does not exist is VRX_UNSET, on the way in as on
@@ -61,7 +68,8 @@ enum {
   VRX_TOO_SMALL = 6,    /* the buffer of a text */
   VRX_REFUSED = 7,      /* the numbers are fine each, but there is no answer; vrx_last_error says why */
   VRX_NO_MEMORY = 8,
-  VRX_INTERNAL = 9 /* an error of the library */
+  VRX_INTERNAL = 9, /* an error of the library */
+  VRX_OVERLAP = 10  /* two places of results share memory */
 };
 
 /* What stands for "not measured, not computed"; see Units above. */
@@ -77,7 +85,8 @@ VRX_C_API vrx_status VRX_CALL vrx_abi_version(int32_t* version);
 /* The release, such as 1, 4, 0. */
 VRX_C_API vrx_status VRX_CALL vrx_version(int32_t* major, int32_t* minor, int32_t* patch);
 
-/* Why the last call on this thread was refused; empty after one that succeeded. Asking does not change it. */
+/* Why the last call on this thread was refused, at most 500 bytes of UTF-8; empty after one that succeeded. Asking does not
+ * change it. */
 VRX_C_API vrx_status VRX_CALL vrx_last_error(char* text, int32_t capacity, int32_t* length);
 VRX_C_API vrx_status VRX_CALL vrx_last_error16(vrx_char16* text, int32_t capacity, int32_t* length);
 
@@ -101,10 +110,14 @@ enum {
 };
 enum { VRX_OBSERVER_2 = 0, VRX_OBSERVER_10 = 1 };
 
+/* The built-in illuminants in the order in which a user is offered them: how many, and the number at a position from 0. */
+VRX_C_API vrx_status VRX_CALL vrx_illuminant_count(int32_t* count);
+VRX_C_API vrx_status VRX_CALL vrx_illuminant_at(int32_t position, int32_t* illuminant);
 /* The number of an illuminant by its code, such as "D65", in any case; built-in ones are 0 to 25. */
 VRX_C_API vrx_status VRX_CALL vrx_find_illuminant(const char* code, int32_t* illuminant);
 VRX_C_API vrx_status VRX_CALL vrx_find_illuminant16(const vrx_char16* code, int32_t* illuminant);
-/* Its display name. `style`: 0 "D65 - 10°", 1 "D65/10°", 4 "D65", 7 the description. */
+/* Its display name. `style`: 0 "D65 - 10°", 1 and 3 "D65/10°", 2 "Illuminant D65", 4 "D65", 5 "Illuminant D65 - 10°",
+ * 6 "10°", 7 the description. */
 VRX_C_API vrx_status VRX_CALL vrx_illuminant_name(int32_t illuminant, int32_t observer, int32_t style,
                                                   char* text, int32_t capacity, int32_t* length);
 VRX_C_API vrx_status VRX_CALL vrx_illuminant_name16(int32_t illuminant, int32_t observer, int32_t style,
@@ -173,12 +186,13 @@ enum {
   VRX_SYSTEM_DIN6175 = 12  /* gL, gC, gH */
 };
 
-/* A difference system. vrx_default_system fills it with the parameters under which the system is usually quoted. */
+/* A difference system. vrx_default_system fills it with the parameters under which the system is usually quoted, and an
+ * angle of 45. The names of the parameters are beside the numbers above; those that a system does not have are not read. */
 typedef struct vrx_system {
   int32_t number;
-  int32_t own_formula; /* 1: DIN99 by its own formula; 0 otherwise */
-  double parameters[4];
-  double angle; /* aspecular measuring angle in degrees, which Audi and DIN 6175-2 read */
+  int32_t own_formula;  /* 1: DIN99 by its own formula; 0 otherwise */
+  double parameters[4]; /* 0.001 to 1000 */
+  double angle;         /* aspecular, -45 to 110 degrees; Audi and DIN 6175-2 read it and take 0 for 1 */
 } vrx_system;
 
 VRX_C_API vrx_status VRX_CALL vrx_default_system(int32_t number, vrx_system* system);
@@ -192,8 +206,25 @@ VRX_C_API vrx_status VRX_CALL vrx_system_columns(int32_t number, char* text, int
 VRX_C_API vrx_status VRX_CALL vrx_system_columns16(int32_t number, vrx_char16* text, int32_t capacity,
                                                    int32_t* length);
 
-/* Sample minus standard, pair by pair: X, Y, Z of both (3 numbers a row) into 7: the differences of the system's
- * coordinates, its weighted lightness difference, dC, dH, dE. What a system does not have is unset. */
+/* Which of the 7 elements of a difference stands under each heading of vrx_system_columns, in their order, and how many there
+ * are. */
+VRX_C_API vrx_status VRX_CALL vrx_system_elements(int32_t number, int32_t elements[7], int32_t* count);
+
+/* Sample minus standard, pair by pair: X, Y, Z of both (3 numbers a row) into 7 elements. What a system lacks is unset.
+ *
+ *   elements  what they are                            of the system
+ *   0, 1, 2   dL*, da*, db*                            all but those below
+ *             dL*, du*, dv*                            LUV
+ *             dL, da, db of Hunter                     HUNTER
+ *             dL, drg, dyb in MacAdam units            FMC2
+ *             10 dX, 10 dY, 10 dZ                      XYZ
+ *             100 dY/Y, 10000 dx, 10000 dy             GE_PQS2
+ *             dL99, da99, db99                         DIN99 by its own formula
+ *   3         dL*, divided by its weight for CMC, CIE94  not HUNTER, FMC2, XYZ, GE_PQS2
+ *   4, 5      dC*, dH*, likewise; dH* is positive where  not HUNTER, GE_PQS2; FMC2 has the chroma in 4,
+ *             the sample's hue is the greater            XYZ 10000 dx, 10000 dy
+ *   6         the total, in the unit of the system       all
+ */
 VRX_C_API vrx_status VRX_CALL vrx_differences(const vrx_system* system, int32_t illuminant, int32_t observer,
                                               const double* standards, const double* samples, int32_t count,
                                               double* differences);

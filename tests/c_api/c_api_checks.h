@@ -12,6 +12,8 @@ extern int failures;
 
 /* Calls that are refused, with the outputs as they were. */
 void refusals(void);
+/* Arrays that share memory. */
+void overlaps(void);
 
 #define CHECK(condition)                                                     \
   do {                                                                       \

@@ -67,6 +67,11 @@ static void every_argument(void) {
   REFUSES(vrx_set_threads(-1), VRX_OUT_OF_RANGE, "threads is -1, not 0 to 1024");
   REFUSES(vrx_set_threads(1025), VRX_OUT_OF_RANGE, "threads");
   REFUSES(vrx_find_illuminant(NULL, whole), VRX_NULL, "code");
+  REFUSES(vrx_illuminant_at(-1, whole), VRX_OUT_OF_RANGE, "position");
+  REFUSES(vrx_illuminant_at(0, NULL), VRX_NULL, "illuminant");
+  REFUSES(vrx_illuminant_count(NULL), VRX_NULL, "count");
+  REFUSES(vrx_system_elements(13, whole, whole + 7), VRX_OUT_OF_RANGE, "number");
+  REFUSES(vrx_system_elements(1, whole, whole + 6), VRX_OVERLAP, "count");
   REFUSES(vrx_find_illuminant("D65", NULL), VRX_NULL, "illuminant");
   REFUSES(vrx_find_illuminant("D56", whole), VRX_OUT_OF_RANGE, "there is no illuminant D56");
   REFUSES(vrx_illuminant_name(d65, 1, 8, (char*)bytes, 99, whole), VRX_OUT_OF_RANGE, "style");
@@ -218,7 +223,97 @@ static void every_argument(void) {
   CHECK(length == 0 && text[0] == 0);
 }
 
+/* Finite numbers that make no sense, whose results would be NaN, or a verdict on nothing. */
+static void senseless(void) {
+  const int32_t d65 = VRX_ILLUM_D65;
+  const double grey[3] = {20, 21, 22}, black[3] = {0, 0, 0}, difference[7] = {1, 1, 1, 1, 1, 1, 2};
+  double curve[40], huge[40], out[40], limits[9], primaries[7];
+  int32_t whole[40];
+  uint8_t bytes[12];
+  vrx_handle handle = 7, judgement, colorants;
+  fill(curve, 40, 50), fill(huge, 40, 50), fill(out, 40, 7);
+  for (int i = 0; i < 40; ++i) whole[i] = 7;
+  huge[1] = -1.1e6;
+  for (int32_t number = 0; number <= VRX_SYSTEM_DIN6175; ++number) {
+    static const int parameters[13] = {[VRX_SYSTEM_CMC] = 3,
+                                       [VRX_SYSTEM_CIE94] = 4,
+                                       [VRX_SYSTEM_DIN99] = 2,
+                                       [VRX_SYSTEM_CIE2000] = 4,
+                                       [VRX_SYSTEM_DIN6175] = 3};
+    vrx_system system;
+    OK(vrx_default_system(number, &system));
+    for (int i = 0; i < 4; ++i) {
+      const double usual = system.parameters[i];
+      for (int k = 0; k < 3; ++k) {
+        system.parameters[i] = (double[]){0, -1, 1001}[k];
+        const vrx_status status = vrx_differences(&system, d65, 1, grey, black, 1, out);
+        CHECK(status == (i < parameters[number] ? VRX_OUT_OF_RANGE : VRX_OK));
+        CHECK(vrx_judgement_open(&system, &d65, 1, 1, &handle) == status);
+        CHECK(vrx_metamerism(&system, d65, 0, 1, curve, curve, out) == status);
+        if (status == VRX_OK) OK(vrx_close(handle));
+        handle = 7, out[0] = 7;
+      }
+      system.parameters[i] = usual;
+    }
+    system.angle = 111;
+    REFUSES(vrx_differences(&system, d65, 1, grey, grey, 1, out), VRX_OUT_OF_RANGE, "angle");
+    system.angle = 45, system.own_formula = 2;
+    REFUSES(vrx_differences(&system, d65, 1, grey, grey, 1, out), VRX_OUT_OF_RANGE, "own_formula");
+  }
+  fill(out, 40, 7);
+  vrx_system lab;
+  OK(vrx_default_system(VRX_SYSTEM_LAB, &lab));
+  OK(vrx_judgement_open(&lab, &d65, 1, 1, &judgement));
+  for (int i = 0; i < 7; ++i) {
+    fill(limits, 7, 1), limits[i] = -1;
+    REFUSES(vrx_judge_boxes(limits, 0.75, difference, 1, whole, NULL), VRX_OUT_OF_RANGE, "limit of the box");
+    REFUSES(vrx_judgement_box(judgement, 0, limits), VRX_OUT_OF_RANGE, "limit of the box");
+  }
+  for (int i = 3; i < 9; ++i) {
+    fill(limits, 9, 1), limits[i] = -0.1;
+    const vrx_status expected = i == 6 ? VRX_OK : VRX_OUT_OF_RANGE; /* the angle may be negative */
+    CHECK(vrx_judge_ellipses(limits, 0.75, difference, 1, whole + 39, NULL) == expected);
+    CHECK(vrx_judgement_ellipse(judgement, 0, limits) == expected);
+  }
+  whole[39] = 7;
+  REFUSES(vrx_judge_boxes(difference, 0.75, huge, 1, whole, NULL), VRX_OUT_OF_RANGE,
+          "number 1 of differences is beyond");
+  REFUSES(vrx_judgement_standard(judgement, huge), VRX_OUT_OF_RANGE, "curve");
+  OK(vrx_judgement_standard(judgement, curve));
+  REFUSES(vrx_judgement_trials(judgement, huge, 1, whole, NULL, NULL), VRX_OUT_OF_RANGE, "curves");
+  REFUSES(vrx_tristimulus(d65, 1, huge, 1, out), VRX_OUT_OF_RANGE, "curves");
+  REFUSES(vrx_indices(2, 2, d65, 1, grey, 1, out), VRX_OUT_OF_RANGE, "recalculated");
+  REFUSES(vrx_index_name(2, -1, (char*)bytes, 12, NULL), VRX_OUT_OF_RANGE, "recalculated");
+  REFUSES(vrx_contrast_ratio(grey, black, out), VRX_OUT_OF_RANGE, "over white");
+  REFUSES(vrx_contrast_ratio(huge, grey, out), VRX_OUT_OF_RANGE, "over_black");
+  fill(huge, 40, 0);
+  REFUSES(vrx_metamerism(&lab, d65, 0, 1, curve, huge, out), VRX_REFUSED, "black");
+
+  static const struct {
+    int place;
+    double value;
+    const char* why;
+  } screens[] = {{0, 3, "x of"}, {1, 0, "y of"}, {3, -0.1, "y of"}, {6, 0, "gamma"}, {6, 1e9, "gamma"}};
+  for (size_t i = 0; i < sizeof screens / sizeof screens[0]; ++i) {
+    OK(vrx_get_display_primaries(primaries));
+    primaries[screens[i].place] = screens[i].value;
+    REFUSES(vrx_set_display_primaries(primaries), VRX_OUT_OF_RANGE, screens[i].why);
+  }
+  OK(vrx_get_display_primaries(primaries)); /* blue half-way between red and green */
+  primaries[4] = (primaries[0] + primaries[2]) / 2, primaries[5] = (primaries[1] + primaries[3]) / 2;
+  REFUSES(vrx_set_display_primaries(primaries), VRX_OUT_OF_RANGE, "triangle");
+
+  OK(vrx_colorants_open(VRX_MODEL_COATINGS, 0, 0, &colorants));
+  curve[7] = -0.5;
+  REFUSES(vrx_colorants_level(colorants, 1, 0, 1, curve, huge), VRX_OUT_OF_RANGE, "absorption");
+  REFUSES(vrx_colorants_level(colorants, 1, 0, 1, huge, curve), VRX_OUT_OF_RANGE, "scattering");
+  OK(vrx_close(judgement));
+  OK(vrx_close(colorants));
+  for (int i = 0; i < 40; ++i) CHECK(out[i] == 7 && whole[i] == 7);
+}
+
 void refusals(void) {
   wrong_and_closed();
   every_argument();
+  senseless();
 }

@@ -91,6 +91,25 @@ static void texts(void) {
       CHECK(give16(rows[i].kind, nobodys, wide, 200, &length) == VRX_OUT_OF_RANGE);
     }
   }
+  /* Every heading has its element, and every illuminant its position. */
+  static const int32_t of_fmc2[5] = {0, 1, 2, 4, 6};
+  int32_t elements[7], count = 0, seen = 0, place = 0;
+  for (int32_t system = 0; system <= VRX_SYSTEM_DIN6175; ++system) {
+    char columns[200];
+    int32_t headings = 1;
+    OK(vrx_system_elements(system, elements, &count));
+    OK(vrx_system_columns(system, columns, 200, NULL));
+    for (const char* at = columns; *at != 0; ++at) headings += *at == '|';
+    CHECK(count == headings && elements[count - 1] == 6);
+    if (system == VRX_SYSTEM_FMC2) CHECK(count == 5 && memcmp(elements, of_fmc2, sizeof of_fmc2) == 0);
+  }
+  OK(vrx_illuminant_count(&count));
+  for (int32_t i = 0; i < count; ++i) {
+    OK(vrx_illuminant_at(i, &place));
+    CHECK(place >= 0 && place < count);
+    seen |= 1 << place;
+  }
+  CHECK(count == 26 && seen == (1 << 26) - 1);
   const vrx_char16 code[] = {'c', 'W', 'f', 0};
   int32_t number = -1;
   OK(vrx_find_illuminant("d65", &number));
@@ -509,6 +528,7 @@ int main(void) {
   tolerances();
   colorants_and_equations();
   refusals();
+  overlaps();
   archives();
   judging();
   same_bits_everywhere();
