@@ -103,7 +103,7 @@ static void written_over(void) {
 }
 
 static void over_one_another(void) {
-  static const double box[7] = {1, 1, 1, 1, 1, 1, 1}, one[7] = {0.5, 0.5, 0.5, 0, 0, 0, 0.5};
+  static const double box[9] = {1, 1, 1, 1, 1, 1, 1, 1, 1}, one[7] = {0.5, 0.5, 0.5, 0, 0, 0, 0.5};
   double place[16];
   int32_t* whole = (int32_t*)place;
   fill(place, 16, 7);

@@ -98,7 +98,7 @@ static void every_argument(void) {
   REFUSES(vrx_space_to_xyz(0, d65, 1, in, 1, NULL), VRX_NULL, "xyz");
   REFUSES(vrx_chromaticity(nan, 1, out), VRX_NOT_FINITE, "xyz");
   REFUSES(vrx_chromaticity(in, 1, NULL), VRX_NULL, "xy");
-  REFUSES(vrx_display_colors(d65, 1, nan, 1, bytes, bytes), VRX_NOT_FINITE, "xyz");
+  REFUSES(vrx_display_colors(d65, 1, nan, 1, bytes, bytes + 3), VRX_NOT_FINITE, "xyz");
   REFUSES(vrx_display_colors(d65, 1, in, 1, NULL, bytes), VRX_NULL, "rgb");
   REFUSES(vrx_get_display_primaries(NULL), VRX_NULL, "primaries");
   REFUSES(vrx_set_display_primaries(nan), VRX_NOT_FINITE, "primaries");
@@ -193,7 +193,7 @@ static void every_argument(void) {
   REFUSES(vrx_judgement_ellipse(colorants, 0, in), VRX_BAD_HANDLE, "another kind");
   REFUSES(vrx_judgement_warning(judgement, 2), VRX_OUT_OF_RANGE, "factor");
   OK(vrx_judgement_standard(judgement, in));
-  REFUSES(vrx_judgement_trials(judgement, nan, 1, whole, out, whole), VRX_NOT_FINITE, "curves");
+  REFUSES(vrx_judgement_trials(judgement, nan, 1, whole, out, whole + 1), VRX_NOT_FINITE, "curves");
   REFUSES(vrx_judgement_trials(judgement, in, 1, NULL, out, whole), VRX_NULL, "verdicts");
   REFUSES(vrx_colorants_level(judgement, 1, 0, 1, in, in), VRX_BAD_HANDLE, "another kind");
   REFUSES(vrx_colorants_level(colorants, -1, 0, 1, in, in), VRX_OUT_OF_RANGE, "id");
@@ -293,7 +293,7 @@ static void senseless(void) {
     int place;
     double value;
     const char* why;
-  } screens[] = {{0, 3, "x of"}, {1, 0, "y of"}, {3, -0.1, "y of"}, {6, 0, "gamma"}, {6, 1e9, "gamma"}};
+  } screens[] = {{0, 3, "x of"}, {1, 0, "y of"}, {3, -0.1, "y of"}, {6, 0, "gamma"}, {6, 1e5, "gamma"}};
   for (size_t i = 0; i < sizeof screens / sizeof screens[0]; ++i) {
     OK(vrx_get_display_primaries(primaries));
     primaries[screens[i].place] = screens[i].value;
