@@ -24,6 +24,8 @@ TEST(AveragingStats, SettersCap) {
   test::MessageRecorder messages;
   EXPECT_EQ(stats.Second(2147483647), 0.0);
   EXPECT_EQ(messages.Take(), test::IndexErrors());
+  stats.SetSecond(2147483647, 1.0);
+  EXPECT_EQ(messages.Take(), test::IndexErrors());
   stats.SetFirst(1, 0.3);
   EXPECT_DOUBLE_EQ(stats.FirstSquared(1), 0.09);
 }

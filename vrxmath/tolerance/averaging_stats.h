@@ -25,13 +25,13 @@ class VRX_API CAveragingStats : public CDoubleArray1 {
   /// The statistics of coordinate `k`, 0 to 2. Other indices reach the array's own check, which knows six
   /// elements: First(4) is the second statistic of coordinate 1.
   double First(int32_t k) const { return GetAt(k); }
-  double Second(int32_t k) const { return GetAt(std::ptrdiff_t{k} + kCoordinates); }
+  double Second(int32_t k) const { return GetAt(OfSecond(k)); }
   /// The variance that belongs to the spread.
   double FirstSquared(int32_t k) const { return First(k) * First(k); }
 
   /// Values of 499.99 or more, and NaN, are stored as 499.99; smaller ones, negative ones too, as given.
   void SetFirst(int32_t k, double value) { SetAt(k, Capped(value)); }
-  void SetSecond(int32_t k, double value) { SetAt(k + kCoordinates, Capped(value)); }
+  void SetSecond(int32_t k, double value) { SetAt(OfSecond(k), Capped(value)); }
 
   /// The averaging setting; 1 when new.
   int32_t GetSetting() const { return setting_; }
@@ -45,6 +45,10 @@ class VRX_API CAveragingStats : public CDoubleArray1 {
   static constexpr int32_t kCoordinates = 3;
   static constexpr int32_t kValues = 2 * kCoordinates;
 
+  // An index past the largest number wraps around to one that no element has, where std::ptrdiff_t has 32 bits, too.
+  static int32_t OfSecond(int32_t k) {
+    return static_cast<int32_t>(static_cast<uint32_t>(k) + uint32_t{kCoordinates});
+  }
   static double Capped(double value) { return value < kLargest ? value : kLargest; }
 
   int32_t setting_ = 1;
