@@ -19,6 +19,7 @@
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/matching/batch_correction.h>
 #include <vrxmath/matching/recipe.h>
+#include <vrxmath/matching/recipe_faults.h>
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
@@ -238,49 +239,14 @@ void ReadProduction(const py::dict& given, CRecipeSettings& settings) {
 }
 
 // Why there is no recipe, in the words of the arguments.
-std::string FaultText(const System& system, const RecipeOutcome& outcome) {
-  std::string component = "component " + std::to_string(outcome.component);
-  const auto found = std::ranges::find(system.ids, outcome.component);
-  if (found != system.ids.end()) {
-    component += " \"" + system.names[static_cast<std::size_t>(found - system.ids.begin())] + "\"";
-  }
-  switch (outcome.fault) {
-    case RecipeFault::kNoMixingLaw:
-      return "color_system: its optical model is not of a kind that can be matched";
-    case RecipeFault::kNoSubstrate:
-      return "color_system: it has no substrate, neither a calibration white nor a resin with levels";
-    case RecipeFault::kTargetNotMeasured:
-      return "target: it is not measured throughout";
-    case RecipeFault::kTargetBelowSurface:
-      return "target: darker than the surface alone; a curve without the specular component takes "
-             "specular=\"excluded\", an "
-             "uncorrected one specular=\"none\"";
-    case RecipeFault::kNeedsCurve:
-      return "objective: it needs a curve, not L*, a*, b*";
-    case RecipeFault::kUnknownComponent:
-      return component + " cannot be in a recipe: it has no levels";
-    case RecipeFault::kContradiction:
-      return component + " is both required and excluded";
-    case RecipeFault::kTooFewAllowed:
-      return "max_colorants: fewer components are allowed than required, or more required than that";
-    case RecipeFault::kLimits:
-      return "limits: those of " + component + " contradict each other, or min_amount";
-    case RecipeFault::kLimitsTogether:
-      return "limits: they leave no recipe that makes up 100 percent";
-    case RecipeFault::kEverythingForbidden:
-      return "color_system: its rules forbid every subset";
-    case RecipeFault::kTooManySubsets:
-      return "max_subsets: there are " + std::to_string(outcome.subsets) +
-             "; exclude components, lower max_colorants, or raise it";
-    case RecipeFault::kBatchFormula:
-      return "formula: it is empty or cannot be predicted";
-    case RecipeFault::kBatchNotMeasured:
-      return "measured: the curve is not measured throughout";
-    case RecipeFault::kBatchBelowSurface:
-      return "measured: the curve is darker than the surface alone; see specular";
-    default:
-      return "settings that cannot be used";
-  }
+std::string FaultText(const System& system, const CRecipeSettings& settings, const RecipeOutcome& outcome) {
+  const auto setting = [](std::string_view name, std::string_view value) {
+    std::string text(name);
+    std::ranges::replace(text, '-', '_');
+    return value.empty() ? text : text + "=\"" + std::string(value) + "\"";
+  };
+  return RecipeFaultText(outcome, system.file.data, settings,
+                         {"color_system", "limits", "target", "measured", "formula", setting});
 }
 
 // A search without the interpreter's lock, which Ctrl+C ends.
@@ -298,7 +264,7 @@ RecipeOutcome Search(const System& system, CRecipeSettings& settings,
     outcome = search();
   }
   if (isStopped) throw py::error_already_set();
-  if (outcome.fault != RecipeFault::kNone) throw py::value_error(FaultText(system, outcome));
+  if (outcome.fault != RecipeFault::kNone) throw py::value_error(FaultText(system, settings, outcome));
   return outcome;
 }
 
@@ -396,6 +362,21 @@ py::tuple Correct(const System& system, const py::object& formula, const py::obj
   return py::make_tuple(FieldsOf(system, before), found);
 }
 
+// The defaults of searches by the names of the arguments, in their units.
+py::dict RecipeDefaultsDict() {
+  constexpr double kPercent = 100.0;
+  py::dict defaults;
+  defaults["max_colorants"] = RecipeDefaults::kMostColorants;
+  defaults["top"] = RecipeDefaults::kTop;
+  defaults["tolerance"] = RecipeDefaults::kTolerance;
+  defaults["batch_size"] = RecipeDefaults::kBatchSize;
+  defaults["thickness"] = RecipeDefaults::kThickness;
+  defaults["max_addition"] = kPercent * RecipeDefaults::kMostAddition;
+  defaults["max_subsets"] = static_cast<double>(RecipeDefaults::kMostSubsets);
+  defaults["threads"] = RecipeDefaults::kThreads;
+  return defaults;
+}
+
 }  // namespace
 
 void DefineFormulation(py::module_& module) {
@@ -434,6 +415,7 @@ amounts : numpy.ndarray, shape (n, components)
         return "<ColorSystem \"" + system.file.data.name.ToUtf8() + "\", " +
                std::to_string(system.ids.size()) + " components>";
       });
+  module.attr("recipe_defaults") = RecipeDefaultsDict();
   module.def("predict", &Predict, py::arg("color_system"), py::arg("amounts"), py::kw_only(),
              py::arg("specular"), py::arg("out"), py::arg("threads"));
   module.def("match", &Match, py::arg("color_system"), py::arg("targets"), py::arg("settings"));

@@ -22,6 +22,8 @@ if TYPE_CHECKING:
     Objective = Literal["tristimulus", "spectral", "combined"]
     Specular = Literal["included", "excluded", "none"]
 
+_DEFAULTS: dict[str, Any] = _core.recipe_defaults
+
 __all__ = ["ColorSystem", "Correction", "Recipe", "correct", "match", "predict"]
 
 
@@ -132,13 +134,15 @@ def predict(color_system: ColorSystem, formulas: Formulas, *, specular: Specular
 
 
 def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *,
-          system: str = "cie2000", tolerance: float = 1.0, top: int = 10, max_colorants: int = 4,
+          system: str = "cie2000", tolerance: float = _DEFAULTS["tolerance"], top: int = _DEFAULTS["top"],
+          max_colorants: int = _DEFAULTS["max_colorants"],
           require: Sequence[Component] = (), exclude: Sequence[Component] = (),
           limits: Mapping[Component, tuple[float, float]] | None = None, costs: Mapping[Component, float] | None = None,
           min_amount: float = 0.0, objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
           specular: Specular = "included", sort: Literal["fewest", "color", "metamerism", "cost"] = "fewest",
-          batch_size: float = 100.0, resolution: float = 0.0, backings: Numbers | None = None, thickness: float = 1.0,
-          min_opacity: float = 0.0, prerank: int = 0, max_subsets: float = 1e8, threads: int = 0, **parameters: float) -> Any:
+          batch_size: float = _DEFAULTS["batch_size"], resolution: float = 0.0, backings: Numbers | None = None,
+          thickness: float = _DEFAULTS["thickness"], min_opacity: float = 0.0, prerank: int = 0,
+          max_subsets: float = _DEFAULTS["max_subsets"], threads: int = _DEFAULTS["threads"], **parameters: float) -> Any:
     """Recipes of colours: every subset of the colorants is solved, not a sample of them.
 
     Parameters
@@ -195,12 +199,13 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
 
 
 def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, target: Numbers,
-            illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *, system: str = "cie2000", tolerance: float = 1.0,
-            top: int = 10, max_colorants: int = 3, max_addition: float = 20.0,
-            aim: Literal["smallest", "cheapest", "nearest"] = "smallest", batch_size: float = 100.0,
+            illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *, system: str = "cie2000",
+            tolerance: float = _DEFAULTS["tolerance"], top: int = _DEFAULTS["top"],
+            max_colorants: int = _DEFAULTS["max_colorants"], max_addition: float = _DEFAULTS["max_addition"],
+            aim: Literal["smallest", "cheapest", "nearest"] = "smallest", batch_size: float = _DEFAULTS["batch_size"],
             require: Sequence[Component] = (), exclude: Sequence[Component] = (), costs: Mapping[Component, float] | None = None,
             objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
-            specular: Specular = "included", max_subsets: float = 1e8, threads: int = 0,
+            specular: Specular = "included", max_subsets: float = _DEFAULTS["max_subsets"], threads: int = _DEFAULTS["threads"],
             **parameters: float) -> tuple[Correction, list[Correction]]:
     """What to add to a batch that came out wrong.
 

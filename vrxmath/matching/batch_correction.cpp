@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include <vrxmath/batch/batch_run.h>
@@ -78,16 +79,21 @@ class Correction {
              const CCorrectionSettings& settings)
       : rules_(rules), batch_(batch), settings_(settings), own_(system) {}
 
-  RecipeOutcome Run(const CRecipeTarget& target, CCorrection& before, CCorrectionArray& corrections) {
-    RecipeOutcome outcome = MakeOffer();
+  // Makes ready for a target; a fault when it, the batch or the settings cannot be used.
+  RecipeOutcome Prepare(const CRecipeTarget& target) {
+    const RecipeOutcome outcome = MakeOffer();
     if (outcome.fault != RecipeFault::kNone) return outcome;
-    const MatchTarget matchTarget(offer_, own_, target, recipe_);
-    if (matchTarget.Fault() != RecipeFault::kNone) return {matchTarget.Fault()};
-    target_ = &matchTarget;
+    target_.emplace(offer_, own_, target, recipe_);
+    return target_->Fault() != RecipeFault::kNone ? RecipeOutcome{target_->Fault()} : CountSubsets();
+  }
+
+  RecipeOutcome Run(const CRecipeTarget& target, CCorrection& before, CCorrectionArray& corrections) {
+    RecipeOutcome outcome = Prepare(target);
+    if (outcome.fault != RecipeFault::kNone) return outcome;
     CCorrection asItIs;
     Judge(asItIs);
     std::vector<Ranked> found;
-    outcome = SolveAll(found);
+    outcome = SolveAll(outcome, found);
     if (outcome.fault != RecipeFault::kNone) return outcome;
     CCorrectionArray chosen;
     if (!Choose(asItIs, found, chosen)) return {RecipeFault::kStopped, 0, outcome.subsets};
@@ -168,19 +174,21 @@ class Correction {
 
   bool HasSubstrate() const { return offer_.substrate != nullptr; }
 
-  // Solves all subsets, keeping of each size those that look best.
-  RecipeOutcome SolveAll(std::vector<Ranked>& found) {
+  RecipeOutcome CountSubsets() {
     RecipeOutcome outcome;
-    std::vector<SubsetRange> ranges;
     for (int32_t size = HasSubstrate() ? 1 : 2; size <= recipe_.mostColorants; ++size) {
-      ranges.emplace_back(offer_, rules_, size);
-      const uint64_t sum = outcome.subsets + ranges.back().Count();
+      ranges_.emplace_back(offer_, rules_, size);
+      const uint64_t sum = outcome.subsets + ranges_.back().Count();
       outcome.subsets = sum < outcome.subsets ? ~uint64_t{0} : sum;
     }
     if (outcome.subsets > recipe_.mostSubsets) outcome.fault = RecipeFault::kTooManySubsets;
-    if (outcome.fault != RecipeFault::kNone) return outcome;
+    return outcome;
+  }
+
+  // Solves all subsets, keeping of each size those that look best.
+  RecipeOutcome SolveAll(RecipeOutcome outcome, std::vector<Ranked>& found) const {
     double done = 0.0;
-    for (const SubsetRange& range : ranges) {
+    for (const SubsetRange& range : ranges_) {
       bool isWanted = true;
       std::mutex mutex;
       std::vector<Ranked> ofSize;
@@ -443,7 +451,8 @@ class Correction {
   CRecipeSettings recipe_;
   CColorantSystemData own_;
   Offer offer_;
-  const MatchTarget* target_ = nullptr;
+  std::optional<MatchTarget> target_;
+  std::vector<SubsetRange> ranges_;
   uint32_t batchId_ = 0;
   double substrateAmount_ = 0.0;
 };
@@ -463,6 +472,12 @@ bool BatchConstants(const CColorantSystemData& system, const CBatch& batch, Saun
   }
   constants = sums;
   return true;
+}
+
+RecipeOutcome CheckCorrection(const CColorantSystemData& system, const CColorantRulesData& rules,
+                              const CBatch& batch, const CRecipeTarget& target,
+                              const CCorrectionSettings& settings) {
+  return Correction(system, rules, batch, settings).Prepare(target);
 }
 
 RecipeOutcome CorrectBatch(const CColorantSystemData& system, const CColorantRulesData& rules,

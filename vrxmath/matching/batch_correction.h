@@ -6,8 +6,10 @@
 #ifndef VRXMATH_MATCHING_BATCH_CORRECTION_H_
 #define VRXMATH_MATCHING_BATCH_CORRECTION_H_
 
+#include <vrxmath/colorant/colorant_rules.h>
+#include <vrxmath/colorant/colorant_system.h>
 #include <vrxmath/export.h>
-#include <vrxmath/matching/recipe.h>
+#include <vrxmath/matching/recipe_types.h>
 
 namespace vrx {
 
@@ -36,7 +38,8 @@ struct CCorrectionSettings {
   /// Choice, costs and criterion as for recipes; mostColorants counts the additions, 1 to 5. Limits of shares are not used,
   /// nor are the settings of order, batch size and opacity.
   CRecipeSettings recipe;
-  double mostAddition = 0.2;  ///< largest total of additions, as a part of the batch
+  double mostAddition =
+      RecipeDefaults::kMostAddition;  ///< largest total of additions, as a part of the batch
   CorrectionAim aim = CorrectionAim::kSmallest;
 };
 
@@ -53,6 +56,12 @@ struct CCorrection {
   CReflData curve;  ///< what the corrected batch is predicted to give, percent
 };
 using CCorrectionArray = CArrayVarex<CCorrection>;
+
+/// Why CorrectBatch would refuse a batch, its target or the settings, found without solving a subset.
+[[nodiscard]] VRX_API RecipeOutcome CheckCorrection(const CColorantSystemData& system,
+                                                    const CColorantRulesData& rules, const CBatch& batch,
+                                                    const CRecipeTarget& target,
+                                                    const CCorrectionSettings& settings);
 
 /// The best corrections of a batch, best first.
 /// Out:    at most `top` corrections. A batch within the tolerance needs none: the first one is empty then, unless the

@@ -9,7 +9,7 @@
 
 #include <vrxmath/colorimetry/values.h>
 #include <vrxmath/matching/offer.h>
-#include <vrxmath/matching/recipe.h>
+#include <vrxmath/matching/recipe_types.h>
 #include <vrxmath/matching/subset_kernels.h>
 
 namespace vrx {

@@ -6,7 +6,9 @@
 #include <cstdint>
 #include <vector>
 
-#include <vrxmath/matching/recipe.h>
+#include <vrxmath/colorant/colorant_rules.h>
+#include <vrxmath/colorant/colorant_system.h>
+#include <vrxmath/matching/recipe_types.h>
 
 namespace vrx {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <mutex>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -16,12 +17,6 @@
 #include <vrxmath/numeric/lane_kernels.h>
 
 namespace vrx {
-
-CRecipeSettings::CRecipeSettings() {
-  illuminants[0] = vrxIllumD65;
-  illuminants[1] = vrxIllumA;
-  illuminants[2] = vrxIllumCWF;
-}
 
 namespace {
 
@@ -76,16 +71,19 @@ class Search {
   Search(const CColorantSystemData& system, const CColorantRulesData& rules, const CRecipeSettings& settings)
       : system_(system), rules_(rules), settings_(settings) {}
 
-  RecipeOutcome Run(const CRecipeTarget& target, CRecipeArray& recipes) {
+  // Makes ready for a target; a fault when it, or the settings, cannot be used.
+  RecipeOutcome Prepare(const CRecipeTarget& target) {
     RecipeOutcome outcome{CheckSettings(settings_)};
     if (outcome.fault == RecipeFault::kNone) outcome = offer_.Make(system_, settings_);
     if (outcome.fault != RecipeFault::kNone) return outcome;
-    const MatchTarget matchTarget(offer_, system_, target, settings_);
-    if (matchTarget.Fault() != RecipeFault::kNone) return {matchTarget.Fault()};
-    outcome = CountSubsets();
+    target_.emplace(offer_, system_, target, settings_);
+    return target_->Fault() != RecipeFault::kNone ? RecipeOutcome{target_->Fault()} : CountSubsets();
+  }
+
+  RecipeOutcome Run(const CRecipeTarget& target, CRecipeArray& recipes) {
+    const RecipeOutcome outcome = Prepare(target);
     if (outcome.fault != RecipeFault::kNone) return outcome;
     MakeOwnSystem();
-    target_ = &matchTarget;
     std::vector<std::vector<Candidate>> bySize;
     for (const SubsetRange& range : ranges_) {
       if (!SolveSize(range, bySize.emplace_back())) return {RecipeFault::kStopped, 0, outcome.subsets};
@@ -535,12 +533,17 @@ class Search {
   const CRecipeSettings& settings_;
   Offer offer_;
   CColorantSystemData own_;
-  const MatchTarget* target_ = nullptr;
+  std::optional<MatchTarget> target_;
   std::vector<SubsetRange> ranges_;
   double done_ = 0.0;
 };
 
 }  // namespace
+
+RecipeOutcome CheckRecipe(const CColorantSystemData& system, const CColorantRulesData& rules,
+                          const CRecipeTarget& target, const CRecipeSettings& settings) {
+  return Search(system, rules, settings).Prepare(target);
+}
 
 RecipeOutcome FormulateRecipes(const CColorantSystemData& system, const CColorantRulesData& rules,
                                const CRecipeTarget& target, const CRecipeSettings& settings,

@@ -8,142 +8,17 @@
 #ifndef VRXMATH_MATCHING_RECIPE_H_
 #define VRXMATH_MATCHING_RECIPE_H_
 
-#include <cstdint>
-#include <functional>
-
 #include <vrxmath/colorant/colorant_rules.h>
 #include <vrxmath/colorant/colorant_system.h>
-#include <vrxmath/colorant/optical_transforms.h>
-#include <vrxmath/colorimetry/color_records.h>
-#include <vrxmath/colorimetry/difference_systems.h>
-#include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/export.h>
-#include <vrxmath/formula/formula.h>
-#include <vrxmath/foundation/typed_arrays.h>
+#include <vrxmath/matching/recipe_types.h>
 
 namespace vrx {
 
-/// The goal of a recipe: a measured curve in percent or, where none exists, a colour under the first illuminant of the
-/// settings.
-struct CRecipeTarget {
-  CReflData curve;  ///< unset for a colour alone
-  CLabValues lab;   ///< L*, a*, b*; for a colour alone
-};
-
-/// Choice, limits and price of one component that has its own. They stand here, since the fields of component records are
-/// the host's.
-struct CRecipeComponent {
-  enum Use : int32_t { kOffered, kRequired, kExcluded };
-
-  uint32_t componentId = kNewComponentId;
-  Use use = kOffered;
-  /// Limits of its share, 0 to 1, of a recipe that has it; one that is required has at least 1e-5.
-  double least = 0.0;
-  double most = 1.0;
-  double cost = 0.0;  ///< of one unit of amount
-};
-using CRecipeComponentArray = CArrayVarex<CRecipeComponent>;
-
-/// The quantity that the steps make small.
-enum class RecipeObjective {
-  kTristimulus,  ///< colour differences under the illuminants
-  kSpectral,     ///< the difference of the curves, root mean square over 400 to 700 nm
-  kCombined,     ///< both: the square of a unit of colour difference weighs as that of a percent
-};
-
-/// By what recipes are ordered; first always those within the tolerance, last the worst difference over the illuminants.
-enum class RecipeOrder { kFewest, kColor, kMetamerism, kCost };
-
-/// The choice of components, the criterion by which recipes are judged, and how they are made up.
-struct VRX_API CRecipeSettings {
-  /// D65, A and CWF.
-  CRecipeSettings();
-
-  /// Every component with levels is offered that the system's list of components has not switched off; here stand the exceptions.
-  CRecipeComponentArray components;
-  int32_t mostColorants = 4;  ///< 1 to 6; a substrate does not count
-  double leastAmount = 0.0;   ///< least share of every colorant of a recipe
-
-  CIllumArray illuminants;  ///< the first is the primary one
-  CDoubleArray1 weights;    ///< of their squared differences, one each; empty: all alike
-  int32_t observer = kObserver10;
-  CDifferenceSettings difference = DefaultSettings(vrxSystemCie2000);
-  double tolerance = 1.0;  ///< largest difference under any illuminant
-  RecipeObjective objective = RecipeObjective::kTristimulus;
-  SaundersonMode mode = SaundersonMode::kIncluded;  ///< of the target, and so of the prediction
-
-  RecipeOrder order = RecipeOrder::kFewest;
-  int32_t top = 10;          ///< recipes that are returned
-  double trace = 0.001;      ///< recipes that differ only by shares below this count as one
-  double batchSize = 100.0;  ///< total of the amounts; with a substrate its amount
-  /// Step of the dispenser, in the unit of the amounts; 0: none. Amounts are the nearest steps, and the largest takes what
-  /// then is missing from the batch size, itself rounded to a step.
-  double resolution = 0.0;
-
-  /// Opacity: contrast ratio of a film of this thickness over the two backings; unset backings: not computed.
-  CReflData black;
-  CReflData white;
-  double thickness = 1.0;     ///< in the unit of length of the colorants' curves
-  double leastOpacity = 0.0;  ///< contrast ratio in percent that a recipe must have
-
-  uint64_t mostSubsets = 100'000'000;  ///< more are refused
-  /// Lossy: only this many subsets of each size, those with the least linearised objective, are solved; 0: all. At most
-  /// a million.
-  int64_t prerank = 0;
-  uint32_t threads = 1;  ///< the calling one included; 0: one per core
-  /// Called on the calling thread with the part that is done, 0 to 1; false stops the search. May be empty.
-  std::function<bool(double)> progress;
-};
-
-/// One recipe.
-struct CRecipe {
-  using MovesBitwise = CRecipe;
-
-  CDbFormula formula;  ///< components in the order of the system, amounts by batchSize and resolution
-  int32_t colorants = 0;
-  CDoubleArray1
-      differences;        ///< under each illuminant; a colour alone has only the first, the others are unset
-  double worst = kUnset;  ///< the largest of them
-  double metamerism =
-      kUnset;  ///< largest MetamerismIndex from the first illuminant to another; unset without one
-  double rms =
-      kUnset;  ///< root mean square of the curves' difference, 400 to 700 nm, percent; unset without one
-  double cost = 0.0;
-  double opacity = kUnset;  ///< contrast ratio in percent
-  bool isWithinTolerance = false;
-  int32_t alike = 0;  ///< recipes further down that differ from it only by traces
-  CReflData curve;    ///< what it is predicted to give, percent
-};
-using CRecipeArray = CArrayVarex<CRecipe>;
-
-/// Why there is no recipe.
-enum class RecipeFault {
-  kNone,
-  kNoMixingLaw,  ///< the optical model mixes by other laws
-  kNoSubstrate,  ///< one-constant, and the system has neither a calibration white nor a resin with levels
-  kTargetNotMeasured,   ///< an unset or non-finite sample
-  kTargetBelowSurface,  ///< samples from 400 to 700 nm lie at the floor of the surface correction
-  kNeedsCurve,          ///< an objective with curves, and a target without one
-  kUnknownComponent,    ///< `component` is not in the system, or has no levels
-  kContradiction,       ///< `component` is both required and excluded
-  kTooFewAllowed,       ///< fewer components are allowed than required, or more required than mostColorants
-  kLimits,  ///< `component`: its limits are not 0 <= least <= most <= 1, or least > most with leastAmount
-  kLimitsTogether,       ///< the required components' least shares exceed 1, or no subset can make up 1
-  kEverythingForbidden,  ///< the rules forbid every subset
-  kTooManySubsets,       ///< `subsets` exceeds mostSubsets
-  kSettings,             ///< a setting is out of its range; illuminants without a table
-  kStopped,              ///< progress answered false
-  kBatchFormula,         ///< of a correction: the batch's formula is empty or cannot be predicted
-  kBatchNotMeasured,     ///< its curve has an unset or non-finite sample
-  kBatchBelowSurface,    ///< and lies at the floor of the surface correction
-};
-
-/// The fault of a search, with the component id that it concerns, and how many subsets there were.
-struct RecipeOutcome {
-  RecipeFault fault = RecipeFault::kNone;
-  uint32_t component = 0;
-  uint64_t subsets = 0;  ///< of the search, rules not counted
-};
+/// Why a search would refuse its target or settings, found without solving a subset; the count of subsets with it.
+[[nodiscard]] VRX_API RecipeOutcome CheckRecipe(const CColorantSystemData& system,
+                                                const CColorantRulesData& rules, const CRecipeTarget& target,
+                                                const CRecipeSettings& settings);
 
 /// The best recipes for a target, best first.
 /// Out:    at most `top` recipes; when none is within the tolerance the nearest ones, so marked. With a fault `recipes`

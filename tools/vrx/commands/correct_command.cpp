@@ -22,7 +22,7 @@ struct CorrectOptions {
   std::string name;
   std::string batch;
   std::string target;
-  std::string mostAddition = "20%";
+  std::string mostAddition = MostAdditionText(RecipeDefaults::kMostAddition);
   CorrectionAim aim = CorrectionAim::kSmallest;
 };
 
@@ -51,6 +51,9 @@ void RunCorrect(const CorrectOptions& options) {
   CheckAdditions(search.choice);
   settings.mostAddition = ParseMostAddition(options.mostAddition);
   settings.aim = options.aim;
+  RecipeNames names = NamesFor(search.system, search.choice.limits, options.target);
+  names.batch = options.batch;
+  names.formula = options.formula;
   CCorrection before;
   CCorrectionArray corrections;
   {
@@ -58,8 +61,7 @@ void RunCorrect(const CorrectOptions& options) {
     settings.recipe.progress = progress.OfSearch(0);
     const RecipeOutcome outcome =
         CorrectBatch(system.data, system.rules, named.batch, target, settings, before, corrections);
-    RefuseFaults(outcome, system, settings.recipe,
-                 {search.system, search.choice.limits, options.target, options.batch, options.formula});
+    RefuseFaults(outcome, system, settings.recipe, names);
   }
   std::vector<Column> columns{{"rank"}};
   AddCorrectionColumns(settings.recipe, columns);
@@ -95,7 +97,7 @@ void AddCorrect(Command& tool) {
       .Shows("AMOUNT")
       .Required();
   command.AddOption("--max-addition", options->mostAddition, "Most that may be added, of the batch")
-      .Shows("PERCENT [20%]");
+      .Shows("PERCENT [" + options->mostAddition + "]");
   command.AddChoice("--aim", options->aim, {"smallest", "cheapest", "nearest"},
                     "The least additions or cost that reach the tolerance, or the nearest colour");
   AddSearchOptions(command, options->search, RecipePurpose::kAddition);

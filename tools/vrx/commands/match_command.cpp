@@ -30,12 +30,12 @@ struct MatchOptions {
   std::string targets;
   RecipeOrder order = RecipeOrder::kFewest;
   std::string backings;
-  double thickness = 1.0;
+  double thickness = RecipeDefaults::kThickness;
   double minOpacity = 0.0;
   int prerank = 0;
   std::string formulas;
   std::string stock;
-  std::string mostAddition = "100%";
+  std::string mostAddition = MostAdditionText(RecipeDefaults::kStockAddition);
   ReportOptions report;
 };
 
@@ -87,9 +87,9 @@ CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& syste
   return settings;
 }
 
-SearchNames NamesOf(const MatchOptions& options, const NamedTarget& target) {
-  return {options.search.system, options.search.choice.limits,
-          options.targets + ": target \"" + target.id + "\"", "", ""};
+RecipeNames NamesOf(const MatchOptions& options, const NamedTarget& target) {
+  return NamesFor(options.search.system, options.search.choice.limits,
+                  options.targets + ": target \"" + target.id + "\"");
 }
 
 // Tells the report the inputs and the conditions.
@@ -233,14 +233,8 @@ class StockSearch {
   void Check() const {
     for (const NamedTarget& target : targets_) {
       for (const NamedBatch& batch : stock_) {
-        CheckSearch(system_, settings_.recipe, NamesOf(target, batch), [&](const CRecipeSettings& recipe) {
-          CCorrection before;
-          CCorrectionArray corrections;
-          CCorrectionSettings settings = settings_;
-          settings.recipe = recipe;
-          return CorrectBatch(system_.data, system_.rules, batch.batch, target.target, settings, before,
-                              corrections);
-        });
+        RefuseFaults(CheckCorrection(system_.data, system_.rules, batch.batch, target.target, settings_),
+                     system_, settings_.recipe, NamesOf(target, batch));
       }
     }
   }
@@ -275,8 +269,8 @@ class StockSearch {
   }
 
  private:
-  SearchNames NamesOf(const NamedTarget& target, const NamedBatch& batch) const {
-    SearchNames names = tool::NamesOf(options_, target);
+  RecipeNames NamesOf(const NamedTarget& target, const NamedBatch& batch) const {
+    RecipeNames names = tool::NamesOf(options_, target);
     names.batch = names.formula = options_.stock + ": batch \"" + batch.id + "\"";
     return names;
   }
@@ -322,10 +316,8 @@ void RunMatch(const MatchOptions& options) {
   const std::vector<NamedTarget> targets = ReadTargets(options, report);
   CRecipeSettings settings = SettingsOf(options, system);
   for (const NamedTarget& target : targets) {
-    CheckSearch(system, settings, NamesOf(options, target), [&](const CRecipeSettings& none) {
-      CRecipeArray recipes;
-      return FormulateRecipes(system.data, system.rules, target.target, none, recipes);
-    });
+    RefuseFaults(CheckRecipe(system.data, system.rules, target.target, settings), system, settings,
+                 NamesOf(options, target));
   }
   std::vector<CRecipeArray> found(targets.size());
   {
@@ -413,7 +405,7 @@ void AddMatch(Command& tool) {
                      .Shows("FILE");
   command
       .AddOption("--max-addition", options->mostAddition, "With --from-stock: most that is added, of a batch")
-      .Shows("PERCENT [100%]")
+      .Shows("PERCENT [" + options->mostAddition + "]")
       .Needs(stock);
   AddRecipeOptions(command, *options, stock);
   AddReportOptions(command, options->report);

@@ -1,6 +1,7 @@
 #include "tools/vrx/recipes/correction.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <string_view>
 
@@ -89,6 +90,10 @@ void CheckAdditions(const ChoiceOptions& choice) {
   constexpr int kMost = 5;  // and the batch itself
   if (choice.maxColorants > kMost)
     throw InputError("--max-colorants: of additions, a number from 1 to 5 is expected");
+}
+
+std::string MostAdditionText(double part) {
+  return std::to_string(std::lround(100.0 * part)) + "%";
 }
 
 double ParseMostAddition(const std::string& text) {

@@ -44,6 +44,9 @@ CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input);
 /// Throws InputError for a choice of more colorants than can be added to a batch.
 void CheckAdditions(const ChoiceOptions& choice);
 
+/// A part of a batch as `--max-addition` takes it, such as "20%".
+std::string MostAdditionText(double part);
+
 /// A share of the batch from "20%" or "20". Throws InputError for anything but 0 (excluded) to 10000 percent.
 double ParseMostAddition(const std::string& text);
 

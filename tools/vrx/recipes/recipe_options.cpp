@@ -136,7 +136,7 @@ void AddCriterionOptions(Command& command, CriterionOptions& options) {
                     "What is made small: colour differences, the difference of the curves, or both");
   AddSpecularOption(command, options.specular);
   command.AddOption("--tolerance", options.tolerance, "Largest difference under any illuminant")
-      .Shows("DE [1]");
+      .Shows("DE [" + AmountText(RecipeDefaults::kTolerance, 2) + "]");
 }
 
 void ChoiceOptions::Apply(const ColorSystem& system, CRecipeSettings& settings) const {
@@ -158,7 +158,7 @@ void AddChoiceOptions(Command& command, ChoiceOptions& options, RecipePurpose pu
   command
       .AddOption("--max-colorants", options.maxColorants,
                  isRecipe ? "Most colorants of a recipe, 1 to 6" : "Most colorants that are added, 1 to 5")
-      .Shows("N [4]");
+      .Shows("N [" + std::to_string(RecipeDefaults::kMostColorants) + "]");
   command
       .AddOption("--require", options.require,
                  isRecipe ? "Components that every recipe has, by id or name"
@@ -199,13 +199,14 @@ void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& setti
 void AddSearchOptions(Command& command, SearchOptions& options, RecipePurpose purpose) {
   AddChoiceOptions(command, options.choice, purpose);
   AddCriterionOptions(command, options.criterion);
-  command.AddOption("--top", options.top, "Answers per target").Shows("N [10]");
+  command.AddOption("--top", options.top, "Answers per target")
+      .Shows("N [" + std::to_string(RecipeDefaults::kTop) + "]");
   command.AddOption("--resolution", options.resolution, "Step of the dispenser, in the unit of the amounts")
       .Shows("AMOUNT [0]");
   command.AddOption("--threads", options.threads, "Threads that work; 0: as many as there are cores")
       .Shows("N [0]");
   command.AddOption("--max-subsets", options.maxSubsets, "Refuse searches of more subsets")
-      .Shows("N [100000000]");
+      .Shows("N [" + std::to_string(RecipeDefaults::kMostSubsets) + "]");
   AddCurveInputOptions(command, options.input);
   AddFormatOption(command, options.format);
 }

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include <vrxmath/matching/recipe.h>
+#include <vrxmath/matching/recipe_types.h>
 
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
@@ -26,7 +26,7 @@ struct CriterionOptions {
   std::string weights;
   RecipeObjective objective = RecipeObjective::kTristimulus;
   SaundersonMode specular = SaundersonMode::kIncluded;
-  double tolerance = 1.0;
+  double tolerance = RecipeDefaults::kTolerance;
 
   /// Writes them into the settings. Throws InputError for what cannot be used.
   void Apply(CRecipeSettings& settings) const;
@@ -45,7 +45,7 @@ struct ChoiceOptions {
   std::vector<std::string> exclude;
   std::string limits;
   double minAmount = 0.0;  ///< percent
-  int maxColorants = 4;
+  int maxColorants = RecipeDefaults::kMostColorants;
 
   void Apply(const ColorSystem& system, CRecipeSettings& settings) const;
 };
@@ -58,11 +58,11 @@ struct SearchOptions {
   std::string system;
   ChoiceOptions choice;
   CriterionOptions criterion;
-  int top = 10;
-  double batchSize = 100.0;
+  int top = RecipeDefaults::kTop;
+  double batchSize = RecipeDefaults::kBatchSize;
   double resolution = 0.0;
-  int threads = 0;
-  double maxSubsets = 1e8;
+  int threads = RecipeDefaults::kThreads;
+  double maxSubsets = static_cast<double>(RecipeDefaults::kMostSubsets);
   CurveInputOptions input;
   Format format;
 

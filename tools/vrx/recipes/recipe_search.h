@@ -7,30 +7,20 @@
 #include <functional>
 #include <string>
 
-#include <vrxmath/matching/recipe.h>
+#include <vrxmath/matching/recipe_faults.h>
 
 #include "tools/vrx/base/terminal.h"
 #include "tools/vrx/output/color_system_file.h"
 
 namespace vrx::tool {
 
-/// The names of the parts of a search in messages.
-struct SearchNames {
-  std::string system;   ///< the file
-  std::string limits;   ///< the file; may be empty
-  std::string target;   ///< file and row
-  std::string batch;    ///< of a correction: where its curve stands
-  std::string formula;  ///< and its formula
-};
+/// Names for messages about a search: of the file of a colour system, of the file of limits, which may be empty, and of a
+/// target; settings are options.
+RecipeNames NamesFor(const std::string& system, const std::string& limits, const std::string& target);
 
 /// Throws InputError, with file and field, unless the outcome is kNone.
 void RefuseFaults(const RecipeOutcome& outcome, const ColorSystem& system, const CRecipeSettings& settings,
-                  const SearchNames& names);
-
-/// Refuses what a search would refuse of its target, before any subset is solved: so that a bad target behind good ones
-/// is told at once and leaves no results. `search` runs a search with the settings that it is given.
-void CheckSearch(const ColorSystem& system, const CRecipeSettings& settings, const SearchNames& names,
-                 const std::function<RecipeOutcome(const CRecipeSettings&)>& search);
+                  const RecipeNames& names);
 
 /// Progress over several searches.
 class SearchProgress {
