@@ -3,19 +3,29 @@
 #ifndef C_API_HANDLES_H_
 #define C_API_HANDLES_H_
 
+#include <cstddef>
+#include <map>
 #include <memory>
+#include <optional>
 #include <variant>
+#include <vector>
 
+#include <vrxmath/batch/judge_batch.h>
 #include <vrxmath/colorant/colorant_system.h>
-#include <vrxmath/judging/evaluation.h>
 
 #include "c_api/checks.h"
 
 namespace vrx::c_api {
 
+/// Conditions, standards and their limits.
 struct Judgement {
-  CVarexCalc calc;
-  bool hasStandard = false;
+  JudgeConditions conditions;
+  std::vector<JudgeLimits> boxes, ellipsoids;  // by illuminant, where no standard has its own
+  std::map<std::size_t, JudgeLimits> own;  // by standard and illuminant: standard x illuminants + illuminant
+  bool byEllipsoid = false;
+  std::optional<JudgeStandards> standards;
+
+  std::size_t IlluminantCount() const { return conditions.illuminants.size(); }
 };
 
 using Object = std::variant<std::shared_ptr<Judgement>, std::shared_ptr<CColorantSystemData>>;

@@ -1,11 +1,15 @@
 // Tolerances, verdicts and words.
 
 #include <algorithm>
-#include <array>
+#include <cstdint>
+#include <span>
+#include <utility>
+#include <variant>
 #include <vector>
 
+#include <vrxmath/batch/judge_batch.h>
 #include <vrxmath/batch/judgement_batch.h>
-#include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/foundation/angles.h>
 #include <vrxmath/tolerance/ellipse_fit.h>
 
 #include "c_api/handles.h"
@@ -16,6 +20,7 @@ namespace {
 using Rows7 = BatchView<const double, 7>;
 
 constexpr int32_t kMostIlluminants = 64;
+constexpr int32_t kMostStandards = 4'000'000;
 
 double NeedFactor(double factor) {
   NeedWithin(factor, 0.0, 1.0, "the warning factor");
@@ -65,41 +70,119 @@ void JudgeRows(Arrays& arrays, const TOLERANCE& tolerance, double limit, double 
   std::copy(found.begin(), found.end(), totalPlace.begin());
 }
 
-// The geometry of a judgement: the usual one, or the first of an aspecular angle.
-uint8_t GeometryOf(double angle) {
-  CAngles usual;
-  usual.SetCodes(1);
-  if (usual.GetAngle(0) == angle) return usual.GetCode(0);
+// Refuses an angle that no geometry has.
+void NeedAngleOfGeometry(double angle) {
+  if (angle == JudgeDefaults::kAngle) return;
   for (uint8_t code = 0; code < kAngleCodes; ++code) {
-    if (FamilyOfAngle(code) == AngleFamily::kOther && AngleOfCode(code) == angle) return code;
+    if (FamilyOfAngle(code) == AngleFamily::kOther && AngleOfCode(code) == angle) return;
   }
   throw Refusal{VRX_OUT_OF_RANGE, "no geometry has the angle of the system"};
 }
 
-void SetUp(CVarexCalc& calc, const vrx_system& system, const CDifferenceSettings& settings,
-           const CIllumArray& illuminants, int32_t observer) {
-  calc.SetConditions(illuminants, observer);
-  const uint8_t geometry = GeometryOf(system.angle);
-  calc.angles.SetCodes(std::span(&geometry, 1));
-  calc.method = settings.system;
-  calc.methodSettings = settings;
-  calc.boxTolerances.SetAngleCount(1);
-  calc.boxTolerances[0][0].SetSize(illuminants.GetSize());
-  calc.ellipseTolerances.SetAngleCount(1);
-  calc.ellipseTolerances[0][0].SetSize(illuminants.GetSize());
+std::size_t IndexOf(const Judgement& judgement, int32_t index) {
+  NeedRange(index, 0, static_cast<int32_t>(judgement.IlluminantCount()) - 1, "index");
+  return static_cast<std::size_t>(index);
 }
 
-void CopyWords(const CEvaluationArray& results, int32_t* words) {
-  for (const CEvaluation& result : results) {
-    words = std::copy(result.shade.words.begin(), result.shade.words.end(), words);
-  }
+JudgeStandards& NeedStandards(Judgement& judgement) {
+  if (!judgement.standards) throw Refusal{VRX_REFUSED, "the judgement has no standard yet"};
+  return *judgement.standards;
 }
 
-void CopyDifferences(const CVarexCalc& calc, double* differences) {
-  for (int32_t i = 0; i < calc.illuminants.GetSize(); ++i) {
-    const CDeltaValues& delta = calc.differences[0][i];
-    differences = std::copy(delta.begin(), delta.end(), differences);
+void SetStandards(Judgement& judgement, const double* curves, std::size_t count, const int32_t* geometries) {
+  std::vector<double> angles;
+  for (std::size_t i = 0; geometries != nullptr && i < count; ++i) {
+    NeedRange(geometries[i], 0, kAngleCodes - 1, "geometry");
+    angles.push_back(AngleOfCode(static_cast<uint8_t>(geometries[i])));
   }
+  const CurveBatch samples{{curves, count * kWavelengths}};
+  judgement.standards.emplace(judgement.conditions, samples, std::vector<JudgeLimits>{CBoxTolData()},
+                              std::move(angles), Run());
+  judgement.own.clear();
+}
+
+// Gives a standard limits of its own. Whichever kind they are of, the other standards judge by that too.
+void SetOwnLimits(Judgement& judgement, int32_t standard, int32_t index, JudgeLimits limits) {
+  const std::size_t place = IndexOf(judgement, index);
+  const std::size_t standards = NeedStandards(judgement).size();
+  NeedRange(standard, 0, static_cast<int32_t>(standards) - 1, "standard");
+  judgement.byEllipsoid = std::holds_alternative<CEllipseData>(limits);
+  judgement.own[static_cast<std::size_t>(standard) * judgement.IlluminantCount() + place] = std::move(limits);
+}
+
+// The limits in force, as the library takes them.
+std::vector<JudgeLimits> LimitsOf(const Judgement& judgement) {
+  const std::vector<JudgeLimits>& common = judgement.byEllipsoid ? judgement.ellipsoids : judgement.boxes;
+  if (judgement.own.empty()) return common;
+  std::vector<JudgeLimits> limits;
+  for (std::size_t i = 0; i < judgement.standards->size(); ++i) {
+    limits.insert(limits.end(), common.begin(), common.end());
+  }
+  for (const auto& [place, own] : judgement.own) {
+    if (std::holds_alternative<CEllipseData>(own) == judgement.byEllipsoid) limits[place] = own;
+  }
+  return limits;
+}
+
+// Rows of kWidth numbers under illuminant j of m; empty where there is no place for them.
+template <std::size_t kWidth, class NUMBER>
+BatchView<NUMBER, kWidth> UnderOf(NUMBER* place, std::size_t j, std::size_t m, std::size_t count) {
+  if (place == nullptr || count == 0) return {};
+  return {std::span(place + kWidth * j, (count - 1) * kWidth * m + kWidth), kWidth * m};
+}
+
+std::vector<JudgeColumns> ColumnsOf(const vrx_outcome& outcome, std::size_t m, std::size_t count) {
+  std::vector<JudgeColumns> columns(m);
+  for (std::size_t j = 0; j < m; ++j) {
+    columns[j].verdicts = UnderOf<1>(outcome.verdicts, j, m, count);
+    columns[j].components = UnderOf<1>(outcome.components, j, m, count);
+    columns[j].totals = UnderOf<1>(outcome.totals, j, m, count);
+    columns[j].differences = UnderOf<7>(outcome.differences, j, m, count);
+    columns[j].words = UnderOf<3>(outcome.words, j, m, count);
+    columns[j].ellipsoidValues = UnderOf<1>(outcome.ellipsoid_values, j, m, count);
+    columns[j].brokenLimits = UnderOf<1>(outcome.broken, j, m, count);
+    columns[j].breaches = UnderOf<2>(outcome.breaches, j, m, count);
+  }
+  return columns;
+}
+
+// The standards of trials by their places, checked.
+std::vector<std::size_t> StandardsOf(const int32_t* standardOf, std::size_t standards, std::size_t count) {
+  std::vector<std::size_t> places;
+  for (std::size_t i = 0; standardOf != nullptr && i < count; ++i) {
+    NeedRange(standardOf[i], 0, static_cast<int32_t>(standards) - 1, "standard_of");
+    places.push_back(static_cast<std::size_t>(standardOf[i]));
+  }
+  if (standardOf == nullptr && standards != 1 && standards != count) {
+    throw Refusal{VRX_BAD_COUNT, "there are neither one standard nor as many as trials"};
+  }
+  return places;
+}
+
+// Keeps the places of an outcome apart from each other.
+void NeedPlaces(Arrays& arrays, const vrx_outcome& outcome, int32_t count, std::size_t m) {
+  (void)arrays.PlaceIfWanted(outcome.verdicts, count, m, "verdicts");
+  (void)arrays.PlaceIfWanted(outcome.components, count, m, "components");
+  (void)arrays.PlaceIfWanted(outcome.totals, count, m, "totals");
+  (void)arrays.PlaceIfWanted(outcome.differences, count, 7 * m, "differences");
+  (void)arrays.PlaceIfWanted(outcome.words, count, 3 * m, "words");
+  (void)arrays.PlaceIfWanted(outcome.ellipsoid_values, count, m, "ellipsoid_values");
+  (void)arrays.PlaceIfWanted(outcome.broken, count, m, "broken");
+  (void)arrays.PlaceIfWanted(outcome.breaches, count, 2 * m, "breaches");
+}
+
+void JudgeTrialsOf(Arrays& arrays, Judgement& judgement, const double* curves, const int32_t* standardOf,
+                   int32_t count, const vrx_outcome& outcome) {
+  JudgeStandards& standards = NeedStandards(judgement);
+  const std::size_t m = judgement.IlluminantCount();
+  NeedPlaces(arrays, outcome, count, m);
+  const auto samples = arrays.Numbers(curves, count, kWavelengths, "curves");
+  const std::size_t rows = samples.size() / kWavelengths;
+  const std::vector<std::size_t> places = StandardsOf(standardOf, standards.size(), rows);
+  if (rows == 0) return;
+  standards.limits = LimitsOf(judgement);
+  JudgeBatch(judgement.conditions, standards, places, CurveBatch{samples}, ColumnsOf(outcome, m, rows),
+             Run());
 }
 
 }  // namespace
@@ -180,11 +263,18 @@ vrx_status VRX_CALL vrx_judgement_open(const vrx_system* system, const int32_t* 
     NeedRange(count, 1, api::kMostIlluminants, "count");
     NeedPlace(illuminants, "illuminants");
     NeedPlace(judgement, "judgement");
-    vrx::CIllumArray list;
-    list.SetSize(count);
-    for (int32_t i = 0; i < count; ++i) list[i] = api::Pair(illuminants[i], observer).illuminant;
     auto object = std::make_shared<api::Judgement>();
-    api::SetUp(object->calc, *system, settings, list, observer);
+    vrx::JudgeConditions& conditions = object->conditions;
+    conditions.illuminants.clear();
+    for (int32_t i = 0; i < count; ++i) {
+      conditions.illuminants.push_back(api::Pair(illuminants[i], observer).illuminant);
+    }
+    api::NeedAngleOfGeometry(system->angle);
+    conditions.difference = settings;
+    conditions.observer = observer;
+    conditions.angle = system->angle;
+    object->boxes.assign(conditions.illuminants.size(), vrx::CBoxTolData());
+    object->ellipsoids.assign(conditions.illuminants.size(), vrx::CEllipseData());
     *judgement = api::OpenHandle(std::move(object));
   });
 }
@@ -192,56 +282,99 @@ vrx_status VRX_CALL vrx_judgement_open(const vrx_system* system, const int32_t* 
 vrx_status VRX_CALL vrx_judgement_standard(vrx_handle judgement, const double curve[40]) {
   return Call([&] {
     const auto object = api::Find<api::Judgement>(judgement);
-    vrx::CReflDataArray curves;
-    curves.Add(api::CurveOf(curve, "curve"));
-    object->calc.SetStandard(curves);
-    object->hasStandard = true;
+    api::SetStandards(*object, Numbers(curve, 1, vrx::kWavelengths, "curve").data(), 1, nullptr);
+  });
+}
+
+vrx_status VRX_CALL vrx_judgement_standards(vrx_handle judgement, const double* curves,
+                                            const int32_t* geometries, int32_t count) {
+  return Call([&] {
+    const auto object = api::Find<api::Judgement>(judgement);
+    NeedRange(count, 1, api::kMostStandards, "count");
+    const auto samples = Numbers(curves, count, vrx::kWavelengths, "curves");
+    api::SetStandards(*object, samples.data(), static_cast<std::size_t>(count), geometries);
   });
 }
 
 vrx_status VRX_CALL vrx_judgement_box(vrx_handle judgement, int32_t index, const double box[7]) {
   return Call([&] {
     const auto object = api::Find<api::Judgement>(judgement);
-    NeedRange(index, 0, object->calc.illuminants.GetSize() - 1, "index");
-    object->calc.boxTolerances[0][0][index] = api::BoxOf(box);
-    object->calc.judgeByEllipse = false;
+    const std::size_t place = api::IndexOf(*object, index);
+    object->boxes[place] = api::BoxOf(box);
+    object->byEllipsoid = false;
   });
 }
 
 vrx_status VRX_CALL vrx_judgement_ellipse(vrx_handle judgement, int32_t index, const double ellipse[9]) {
   return Call([&] {
     const auto object = api::Find<api::Judgement>(judgement);
-    NeedRange(index, 0, object->calc.illuminants.GetSize() - 1, "index");
-    object->calc.ellipseTolerances[0][0][index] = api::EllipseOf(ellipse);
-    object->calc.judgeByEllipse = true;
+    const std::size_t place = api::IndexOf(*object, index);
+    object->ellipsoids[place] = api::EllipseOf(ellipse);
+    object->byEllipsoid = true;
+  });
+}
+
+vrx_status VRX_CALL vrx_judgement_system_ellipses(vrx_handle judgement) {
+  return Call([&] {
+    const auto object = api::Find<api::Judgement>(judgement);
+    if (!vrx::IsEllipseSystem(object->conditions.difference.system)) {
+      throw Refusal{VRX_OUT_OF_RANGE, "the system has no ellipsoids"};
+    }
+    object->ellipsoids.assign(object->IlluminantCount(), vrx::SystemEllipsoid());
+    object->byEllipsoid = true;
+  });
+}
+
+vrx_status VRX_CALL vrx_judgement_standard_box(vrx_handle judgement, int32_t standard, int32_t index,
+                                               const double box[7]) {
+  return Call([&] {
+    const auto object = api::Find<api::Judgement>(judgement);
+    api::SetOwnLimits(*object, standard, index, api::BoxOf(box));
+  });
+}
+
+vrx_status VRX_CALL vrx_judgement_standard_ellipse(vrx_handle judgement, int32_t standard, int32_t index,
+                                                   const double ellipse[9]) {
+  return Call([&] {
+    const auto object = api::Find<api::Judgement>(judgement);
+    api::SetOwnLimits(*object, standard, index, api::EllipseOf(ellipse));
   });
 }
 
 vrx_status VRX_CALL vrx_judgement_warning(vrx_handle judgement, double factor) {
-  return Call([&] { api::Find<api::Judgement>(judgement)->calc.warningFactor = api::NeedFactor(factor); });
+  return Call(
+      [&] { api::Find<api::Judgement>(judgement)->conditions.warningFactor = api::NeedFactor(factor); });
+}
+
+vrx_status VRX_CALL vrx_judgement_rule(vrx_handle judgement, int32_t rule) {
+  return Call([&] {
+    const auto object = api::Find<api::Judgement>(judgement);
+    NeedRange(rule, VRX_VERDICT_WORSE, VRX_VERDICT_COMPONENTS, "rule");
+    object->conditions.rule = static_cast<vrx::VerdictRule>(rule);
+  });
 }
 
 vrx_status VRX_CALL vrx_judgement_trials(vrx_handle judgement, const double* curves, int32_t count,
                                          int32_t* verdicts, double* differences, int32_t* words) {
   return Call([&](Arrays& arrays) {
     const auto object = api::Find<api::Judgement>(judgement);
-    if (!object->hasStandard) throw Refusal{VRX_REFUSED, "the judgement has no standard yet"};
-    vrx::CVarexCalc& calc = object->calc;
-    const auto rows = static_cast<std::size_t>(calc.illuminants.GetSize());
-    const auto place = arrays.Place(verdicts, count, rows, "verdicts");
-    (void)arrays.PlaceIfWanted(differences, count, 7 * rows, "differences");
-    (void)arrays.PlaceIfWanted(words, count, 3 * rows, "words");
-    const auto samples = arrays.Numbers(curves, count, vrx::kWavelengths, "curves");
-    vrx::CReflDataArray trial;
-    trial.SetSize(1);
-    vrx::CEvaluationArray results;
-    for (std::size_t row = 0; row * vrx::kWavelengths < samples.size(); ++row) {
-      std::copy_n(samples.begin() + static_cast<std::ptrdiff_t>(row * vrx::kWavelengths), vrx::kWavelengths,
-                  trial[0].begin());
-      calc.Evaluate(trial, results);
-      for (std::size_t i = 0; i < rows; ++i) place[row * rows + i] = results[static_cast<int32_t>(i)].overall;
-      if (differences != nullptr) api::CopyDifferences(calc, differences + row * rows * 7);
-      if (words != nullptr) api::CopyWords(results, words + row * rows * 3);
-    }
+    api::NeedStandards(*object);
+    (void)api::Place(verdicts, count, object->IlluminantCount(), "verdicts");
+    vrx_outcome outcome{};
+    outcome.verdicts = verdicts;
+    outcome.differences = differences;
+    outcome.words = words;
+    api::JudgeTrialsOf(arrays, *object, curves, nullptr, count, outcome);
+  });
+}
+
+vrx_status VRX_CALL vrx_judgement_trials_of(vrx_handle judgement, const double* curves,
+                                            const int32_t* standard_of, int32_t count,
+                                            const vrx_outcome* outcome) {
+  return Call([&](Arrays& arrays) {
+    const auto object = api::Find<api::Judgement>(judgement);
+    NeedPlace(outcome, "outcome");
+    NeedRange(outcome->size, static_cast<int32_t>(sizeof(vrx_outcome)), INT32_MAX, "size");
+    api::JudgeTrialsOf(arrays, *object, curves, standard_of, count, *outcome);
   });
 }

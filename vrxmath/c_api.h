@@ -289,26 +289,76 @@ VRX_C_API vrx_status VRX_CALL vrx_shade_word(int32_t word, char* text, int32_t c
 VRX_C_API vrx_status VRX_CALL vrx_shade_word16(int32_t word, vrx_char16* text, int32_t capacity,
                                                int32_t* length);
 
-/* A judgement: one standard and its tolerances under several illuminants, against which trials are judged. */
+/* A judgement: standards and their tolerances under several illuminants, against which trials are judged. */
 typedef int32_t vrx_handle;
 
 /* A judgement under `count` (1 to 64) illuminants. Every tolerance is a box of 1.5 at first, the warning factor 0.75. The
  * angle of the system is 45, or one of the aspecular angles of the library's geometries. */
 VRX_C_API vrx_status VRX_CALL vrx_judgement_open(const vrx_system* system, const int32_t* illuminants,
                                                  int32_t count, int32_t observer, vrx_handle* judgement);
-/* The standard's curve. */
+/* The one standard's curve. It has no limits of its own. */
 VRX_C_API vrx_status VRX_CALL vrx_judgement_standard(vrx_handle judgement, const double curve[40]);
 /* The box under illuminant `index` of the list, from 0. Judges by boxes from now on. */
 VRX_C_API vrx_status VRX_CALL vrx_judgement_box(vrx_handle judgement, int32_t index, const double box[7]);
 /* The ellipsoid under that illuminant. Judges by ellipsoids from now on. */
 VRX_C_API vrx_status VRX_CALL vrx_judgement_ellipse(vrx_handle judgement, int32_t index,
                                                     const double ellipse[9]);
+/* The ellipsoids of CMC, CIE94 or CIE2000 about each standard, under every illuminant. Judges by ellipsoids from now on. */
+VRX_C_API vrx_status VRX_CALL vrx_judgement_system_ellipses(vrx_handle judgement);
 VRX_C_API vrx_status VRX_CALL vrx_judgement_warning(vrx_handle judgement, double factor);
+
+/* How the verdicts on the components and on the total become one. */
+enum {
+  VRX_VERDICT_WORSE = 0,     /* the worse of the two, at first */
+  VRX_VERDICT_TOTAL = 1,     /* that on the total */
+  VRX_VERDICT_COMPONENTS = 2 /* that on the components */
+};
+VRX_C_API vrx_status VRX_CALL vrx_judgement_rule(vrx_handle judgement, int32_t rule);
+
+/* Several standards (1 to 4,000,000) in the place of the one. `geometries`: the code of each one's measuring geometry, 0 to 48,
+ * whose angle the weights of Audi and DIN 6175 take; null where the angle of the system holds for all. */
+VRX_C_API vrx_status VRX_CALL vrx_judgement_standards(vrx_handle judgement, const double* curves,
+                                                      const int32_t* geometries, int32_t count);
+/* Limits of one standard's own under illuminant `index`. All standards judge by boxes, or by ellipsoids, from now on; those
+ * without limits of their own by those of the illuminant. */
+VRX_C_API vrx_status VRX_CALL vrx_judgement_standard_box(vrx_handle judgement, int32_t standard,
+                                                         int32_t index, const double box[7]);
+VRX_C_API vrx_status VRX_CALL vrx_judgement_standard_ellipse(vrx_handle judgement, int32_t standard,
+                                                             int32_t index, const double ellipse[9]);
+
 /* Judges `count` trial curves. With m illuminants each trial has m rows in the order of the list: `verdicts`, the
  * worse of components and total (1 number); `differences` (7 numbers) and `words` (3 numbers) may be null. VRX_REFUSED
  * before there is a standard. */
 VRX_C_API vrx_status VRX_CALL vrx_judgement_trials(vrx_handle judgement, const double* curves, int32_t count,
                                                    int32_t* verdicts, double* differences, int32_t* words);
+
+/* The limit that made a verdict, of several the one that is used most. */
+enum {
+  VRX_BROKEN_NONE = 0,  /* a pass */
+  VRX_BROKEN_FIRST = 1, /* the first component of the box */
+  VRX_BROKEN_SECOND = 2,
+  VRX_BROKEN_THIRD = 3,
+  VRX_BROKEN_TOTAL = 4,
+  VRX_BROKEN_ELLIPSOID = 5,
+  VRX_BROKEN_NO_DIFFERENCE = 6 /* a curve is unset */
+};
+/* Where the outcomes of a judgement go: arrays in the order of vrx_judgement_trials, null for what is not asked for. */
+typedef struct vrx_outcome {
+  int32_t size;             /* sizeof(vrx_outcome) */
+  int32_t* verdicts;        /* 1 number a row: VRX_FAIL, VRX_WARNING, VRX_PASS */
+  int32_t* components;      /* 1: the verdict on the components or of the ellipsoid */
+  int32_t* totals;          /* 1: the verdict on the total */
+  double* differences;      /* 7 */
+  int32_t* words;           /* 3 */
+  double* ellipsoid_values; /* 1: 1 on the surface; VRX_UNSET where boxes judge */
+  int32_t* broken;          /* 1: VRX_BROKEN_... */
+  double* breaches; /* 2: the value, and the limit or the edge of the warning band that it is beyond */
+} vrx_outcome;
+/* Judges `count` trial curves as vrx_judgement_trials does, each against the standard at its place in `standard_of`, from
+ * 0. Null for one standard, and for as many standards as trials, which are pairs then. */
+VRX_C_API vrx_status VRX_CALL vrx_judgement_trials_of(vrx_handle judgement, const double* curves,
+                                                      const int32_t* standard_of, int32_t count,
+                                                      const vrx_outcome* outcome);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Colorants */

@@ -5,9 +5,7 @@
 #define PYTHON_SRC_BLOCKS_H_
 
 #include <cstddef>
-#include <exception>
 #include <limits>
-#include <mutex>
 #include <pybind11/pybind11.h>
 
 #include <vrxmath/batch/batch_run.h>
@@ -19,26 +17,17 @@ namespace py = pybind11;
 
 inline constexpr std::size_t kBlockRows = 2048;
 
-/// Calls `work(from, count)` over all rows on the threads that were asked for (0: all cores). The first exception of a block
-/// comes out once every thread has stopped. Throws ValueError for a negative count of threads.
+/// Throws ValueError for a negative count of threads.
+inline void RequireThreads(int threads) {
+  if (threads < 0) throw py::value_error("threads: 0 (all cores) or a positive number is expected");
+}
+
+/// Calls `work(from, count)` over all rows on the threads that were asked for (0: all cores), as ForEachBlock. Throws ValueError for a negative count of threads.
 template <class WORK>
 void InBlocks(std::size_t rows, int threads, const WORK& work) {
-  if (threads < 0) throw py::value_error("threads: 0 (all cores) or a positive number is expected");
-  std::exception_ptr failure;
-  std::mutex guard;
-  {
-    const py::gil_scoped_release unlocked;
-    ForEachBlock({static_cast<unsigned>(threads), {}}, rows, kBlockRows,
-                 [&](std::size_t from, std::size_t count) {
-                   try {
-                     work(from, count);
-                   } catch (...) {
-                     const std::scoped_lock lock(guard);
-                     if (!failure) failure = std::current_exception();
-                   }
-                 });
-  }
-  if (failure) std::rethrow_exception(failure);
+  RequireThreads(threads);
+  const py::gil_scoped_release unlocked;
+  ForEachBlock({static_cast<unsigned>(threads), {}}, rows, kBlockRows, work);
 }
 
 /// Replaces unset numbers by NaN.

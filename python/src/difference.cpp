@@ -7,7 +7,9 @@
 
 #include <vrxmath/batch/color_space_batch.h>
 #include <vrxmath/batch/difference_batch.h>
+#include <vrxmath/batch/judge_batch.h>
 #include <vrxmath/batch/nearest.h>
+#include <vrxmath/batch/sample_colors.h>
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
@@ -17,10 +19,6 @@
 
 namespace vrx::python {
 namespace {
-
-bool ReadsXyz(std::int32_t system) {
-  return system == vrxSystemFmc2 || system == vrxSystemGePqs2 || system == vrxSystemXyz;
-}
 
 // The space that the colours of a call have in common.
 struct Space {
@@ -58,7 +56,7 @@ ColorBatch BlockOf(const Space& space, const Rows& rows, std::size_t from, std::
 
 Space SpaceOf(const py::object& space, const CDifferenceSettings& settings, const py::object& illuminant,
               int observer) {
-  const bool needsXyz = ReadsXyz(settings.system);
+  const bool needsXyz = FindDifferenceSystem(settings.system)->readsXyz;
   bool isXyz = needsXyz;
   if (!space.is_none()) {
     const auto name = space.cast<std::string>();
@@ -119,14 +117,15 @@ py::object Delta(const py::object& standard, const py::object& sample, const std
 struct SearchColors {
   std::vector<py::ssize_t> lead;
   std::size_t count = 0;
-  std::vector<std::vector<double>> xyz, lab;  // per illuminant
+  ColorTable colors;
 
+  // Without tristimulus values where the argument held none.
   std::vector<ColorBatch> Batches() const {
     std::vector<ColorBatch> batches;
-    for (std::size_t k = 0; k < lab.size(); ++k) {
+    for (const ColorTable::Under& under : colors.under) {
       ColorBatch& batch = batches.emplace_back();
-      batch.lab = BatchView<const double, 5>(std::span(lab[k]));
-      if (!xyz[k].empty()) batch.xyz = BatchView<const double, 3>(std::span(xyz[k]));
+      batch.lab = BatchView<const double, 5>(std::span(under.lab));
+      if (!under.xyz.empty()) batch.xyz = BatchView<const double, 3>(std::span(under.xyz));
     }
     return batches;
   }
@@ -138,36 +137,32 @@ bool AreCurves(const py::object& argument) {
   return array && array.ndim() > 0 && array.shape(array.ndim() - 1) == static_cast<py::ssize_t>(kSamples);
 }
 
-SearchColors FromColors(const py::object& argument, const char* name, const Space& space, int threads) {
-  const Rows rows = RowsOf(argument, name, 3, false, space.isXyz ? 0 : 5);
-  SearchColors colors{rows.lead, rows.count, {{}}, {std::vector<double>(5 * rows.count)}};
-  if (space.isXyz) colors.xyz[0].resize(3 * rows.count);
+SearchColors FromCoordinates(const Rows& rows, const Space& space, int threads) {
+  SearchColors colors{rows.lead, rows.count, {{{{}, std::vector<double>(5 * rows.count)}}}};
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
-    FillLab(space, rows, from, count, TargetOf<5>(colors.lab[0].data(), from, count));
-    for (std::size_t i = from; space.isXyz && i < from + count; ++i) {
-      std::copy_n(rows.Doubles() + i * rows.stride, 3, &colors.xyz[0][3 * i]);
-    }
+    FillLab(space, rows, from, count, TargetOf<5>(colors.colors.under[0].lab.data(), from, count));
   });
   return colors;
+}
+
+SearchColors FromColors(const py::object& argument, const char* name, const Space& space, int threads) {
+  const Rows rows = RowsOf(argument, name, 3, false, space.isXyz ? 0 : 5);
+  if (!space.isXyz) return FromCoordinates(rows, space, threads);
+  if (rows.count == 0) return {rows.lead, 0, {{{}}}};
+  const BatchView<const double, 3> xyz = ViewOf<3>(rows, 0, rows.count);
+  const py::gil_scoped_release unlocked;
+  return {rows.lead, rows.count,
+          ColorsOf(XyzSamples{{&xyz, 1}}, space.system, {&space.illuminant, 1}, space.observer,
+                   {static_cast<unsigned>(threads), {}})};
 }
 
 SearchColors FromCurves(const py::object& argument, const char* name, const Space& space,
                         const std::vector<vrxIlluminant>& illuminants, int threads) {
   const Rows curves = RowsOf(argument, name, kSamples, true);
-  SearchColors colors{curves.lead, curves.count, {}, {}};
-  colors.xyz.assign(illuminants.size(), std::vector<double>(3 * curves.count));
-  colors.lab.assign(illuminants.size(), std::vector<double>(5 * curves.count));
-  InBlocks(curves.count, threads, [&](std::size_t from, std::size_t count) {
-    std::vector<BatchView<double, 3>> xyz;
-    for (std::vector<double>& one : colors.xyz) xyz.push_back(TargetOf<3>(one.data(), from, count));
-    TristimulusOf(curves, illuminants, space.observer, std::span<const BatchView<double, 3>>(xyz), from,
-                  count);
-    for (std::size_t k = 0; k < illuminants.size(); ++k) {
-      CoordinatesBatch(space.system, illuminants[k], space.observer, xyz[k],
-                       TargetOf<5>(colors.lab[k].data(), from, count));
-    }
-  });
-  return colors;
+  const Samples samples = SamplesOf(curves, 0, curves.count);
+  const py::gil_scoped_release unlocked;
+  return {curves.lead, curves.count,
+          ColorsOf(samples, space.system, illuminants, space.observer, {static_cast<unsigned>(threads), {}})};
 }
 
 py::tuple Nearest(const py::object& samples, const py::object& standards, std::size_t count,
@@ -178,6 +173,7 @@ py::tuple Nearest(const py::object& samples, const py::object& standards, std::s
   const std::vector<vrxIlluminant> illuminants = IlluminantsOf(illuminant, single);
   if (count == 0) throw py::value_error("count: at least 1 is expected");
   const Space in = SpaceOf(space, settings, py::int_(static_cast<int>(illuminants.front())), observer);
+  RequireThreads(threads);
   const bool areCurves = AreCurves(samples);
   if (areCurves != AreCurves(standards))
     throw py::value_error("samples and standards: both curves, or both colours");
@@ -208,7 +204,8 @@ py::tuple Nearest(const py::object& samples, const py::object& standards, std::s
 }  // namespace
 
 void DefineDifference(py::module_& module) {
-  module.def("delta", &Delta, py::arg("standard"), py::arg("sample"), py::arg("system") = "cie2000",
+  const std::string kUsualSystem(FindDifferenceSystem(JudgeDefaults::kSystem)->shortName);
+  module.def("delta", &Delta, py::arg("standard"), py::arg("sample"), py::arg("system") = kUsualSystem,
              py::kw_only(), py::arg("components") = false, py::arg("space") = py::none(),
              py::arg("illuminant") = "D65", py::arg("observer") = 10, py::arg("angle") = 45.0,
              py::arg("out") = py::none(), py::arg("threads") = 1,

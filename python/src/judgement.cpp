@@ -1,18 +1,20 @@
-// Judgement of many curves against one standard.
+// Judgement of many curves against their standards.
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include <pybind11/numpy.h>
 
 #include <vrxio/csv/tolerance_table.h>
+#include <vrxio/measurement/names.h>
 #include <vrxio/text/input_error.h>
-#include <vrxmath/batch/color_space_batch.h>
-#include <vrxmath/batch/difference_batch.h>
-#include <vrxmath/batch/judgement_batch.h>
-#include <vrxmath/judging/evaluation.h>
+#include <vrxmath/batch/judge_batch.h>
+#include <vrxmath/foundation/angles.h>
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
@@ -23,216 +25,272 @@
 namespace vrx::python {
 namespace {
 
-// The input of a judgement, and where it goes: per sample and illuminant 7 differences, a verdict and 3 words.
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// The input of a judgement, and where it goes: numbers per sample and illuminant.
 struct Judging {
-  CDifferenceSettings settings;
-  std::vector<vrxIlluminant> illuminants;
-  std::int32_t observer;
-  CBoxTolData box;
-  double warningFactor;
-  double* differences;
-  std::int8_t* verdicts;
-  std::int8_t* words;
+  const JudgeConditions& conditions;
+  const JudgeStandards& standards;
+  std::vector<std::size_t> standardOf;  // empty for one standard
+  const Rows& samples;
+  double *differences, *excess;            // 7 and 1
+  std::int8_t *verdicts, *words, *broken;  // 1, 3 and 1
+
+  std::size_t IlluminantCount() const { return conditions.illuminants.size(); }
 };
 
-CBoxTolData BoxOf(const py::object& tolerance, const CDifferenceSettings& settings) {
-  std::vector<double> numbers;
-  if (tolerance.is_none()) {
-    if (!FindDifferenceSystem(settings.system)->inDeltaE) {
-      throw py::value_error("tolerance: this system's unit is no colour difference; a tolerance is needed");
-    }
-    numbers = {CBoxTolData()[6]};
-  } else if (py::isinstance<py::float_>(tolerance) || py::isinstance<py::int_>(tolerance)) {
-    numbers = {tolerance.cast<double>()};
-  } else {
-    for (const py::handle number : tolerance) numbers.push_back(number.cast<double>());
+bool IsNumber(const py::object& object) {
+  return py::isinstance<py::float_>(object) || py::isinstance<py::int_>(object);
+}
+
+// One set of limits, one an illuminant, or standard after standard one an illuminant.
+template <class LIMITS>
+std::vector<JudgeLimits> LimitsOf(const py::object& array, const char* name, std::size_t width,
+                                  std::size_t standards, std::size_t illuminants) {
+  const Rows rows = RowsOf(array, name, width);
+  if (rows.count != 1 && rows.count != illuminants && rows.count != illuminants * standards) {
+    throw py::value_error(std::string(name) +
+                          ": one for all, one an illuminant, or one a standard and illuminant, " +
+                          "are expected");
   }
+  std::vector<JudgeLimits> limits;
+  for (std::size_t i = 0; i < rows.count; ++i) {
+    LIMITS one;
+    std::copy_n(rows.Doubles() + i * rows.stride, width, one.begin());
+    limits.emplace_back(one);
+  }
+  return limits;
+}
+
+JudgeLimits BoxOfOne(double limit) {
   try {
-    return io::BoxFromNumbers(numbers);
+    return io::BoxFromNumbers({limit});
   } catch (const io::InputError&) {
     throw py::value_error("tolerance: one number, or the seven of a box, none negative, are expected");
   }
 }
 
-// A context of the library with one standard.
-CVarexCalc ContextOf(const Judging& judging, const CReflData& standard) {
-  CVarexCalc calc;
-  CIllumArray illuminants;
-  illuminants.RemoveAll();  // a new list holds the usual one
-  for (const vrxIlluminant illuminant : judging.illuminants) illuminants.Add(illuminant);
-  calc.SetConditions(illuminants, judging.observer);
-  calc.method = judging.settings.system;
-  calc.methodSettings = judging.settings;
-  calc.warningFactor = judging.warningFactor;
-  calc.boxTolerances[0].SetSize(1);
-  calc.boxTolerances[0][0].SetSize(illuminants.GetSize());
-  for (CBoxTolData& box : calc.boxTolerances[0][0]) box = judging.box;
-  CReflDataArray curves;
-  curves.Add(standard);
-  calc.SetStandard(curves);
-  return calc;
+void CheckBoxes(const std::vector<JudgeLimits>& limits) {
+  for (const JudgeLimits& one : limits) {
+    const auto& box = std::get<CBoxTolData>(one);
+    try {
+      io::BoxFromNumbers({box.begin(), box.end()});
+    } catch (const io::InputError&) {
+      throw py::value_error("tolerance: one number, or the seven of a box, none negative, are expected");
+    }
+  }
 }
 
-// L*C*h judges by a sector of hue, which the context knows: one sample after the other.
-void JudgeByContext(const Judging& judging, const CReflData& standard, const Rows& samples, std::size_t from,
-                    std::size_t count) {
-  CVarexCalc calc = ContextOf(judging, standard);
-  const std::size_t m = judging.illuminants.size();
-  CReflDataArray curve;
-  curve.SetSize(1);
-  CEvaluationArray results;
-  for (std::size_t i = from; i < from + count; ++i) {
-    for (std::size_t k = 0; k < kSamples; ++k) {
-      const std::size_t at = i * samples.stride + k;
-      curve[0][static_cast<std::ptrdiff_t>(k)] =
-          samples.isFloat ? static_cast<double>(samples.Floats()[at]) : samples.Doubles()[at];
+std::vector<JudgeLimits> EllipsoidsOf(const py::object& ellipsoid, const CDifferenceSettings& settings,
+                                      std::size_t standards, std::size_t illuminants) {
+  if (!py::isinstance<py::str>(ellipsoid)) {
+    return LimitsOf<CEllipseData>(ellipsoid, "ellipsoid", CEllipseData::kValues, standards, illuminants);
+  }
+  if (ellipsoid.cast<std::string>() != "system") {
+    throw py::value_error("ellipsoid: \"system\" or nine numbers are expected");
+  }
+  if (!IsEllipseSystem(settings.system)) throw py::value_error("ellipsoid: this system has none");
+  return {SystemEllipsoid()};
+}
+
+std::vector<JudgeLimits> TolerancesOf(const py::object& tolerance, const CDifferenceSettings& settings,
+                                      std::size_t standards, std::size_t illuminants) {
+  if (tolerance.is_none()) {
+    if (!FindDifferenceSystem(settings.system)->inDeltaE) {
+      throw py::value_error("tolerance: this system's unit is no colour difference; a tolerance is needed");
     }
-    calc.Evaluate(curve, results);
-    for (std::size_t j = 0; j < m; ++j) {
-      const CEvaluation& result = results[static_cast<std::ptrdiff_t>(j)];
-      std::copy_n(calc.differences[0][static_cast<std::ptrdiff_t>(j)].GetData(), 7,
-                  judging.differences + 7 * (m * i + j));
-      judging.verdicts[m * i + j] = static_cast<std::int8_t>(result.overall);
-      for (std::size_t k = 0; k < 3; ++k) {
-        judging.words[3 * (m * i + j) + k] = static_cast<std::int8_t>(result.shade.words[k]);
+    return {BoxOfOne(JudgeDefaults::kTolerance)};
+  }
+  if (IsNumber(tolerance)) return {BoxOfOne(tolerance.cast<double>())};
+  std::vector<JudgeLimits> limits =
+      LimitsOf<CBoxTolData>(tolerance, "tolerance", CBoxTolData::kValues, standards, illuminants);
+  CheckBoxes(limits);
+  return limits;
+}
+
+double AngleOfGeometry(const py::handle& geometry) {
+  const std::int32_t code = io::ParseGeometry(py::str(geometry).cast<std::string>());
+  if (code < 0) {
+    throw py::value_error("geometry: " + py::repr(geometry).cast<std::string>() + " is unknown");
+  }
+  return AngleOfCode(static_cast<std::uint8_t>(code));
+}
+
+// The measuring angles of the standards: one for all, or one each.
+std::vector<double> AnglesOf(const py::object& geometry, std::size_t standards, JudgeConditions& conditions) {
+  if (geometry.is_none()) return {};
+  std::vector<double> angles;
+  if (py::isinstance<py::str>(geometry) || IsNumber(geometry)) {
+    conditions.angle = AngleOfGeometry(geometry);
+    return angles;
+  }
+  for (const py::handle one : geometry) angles.push_back(AngleOfGeometry(one));
+  if (angles.size() != standards) throw py::value_error("geometry: one, or one a standard, is expected");
+  return angles;
+}
+
+VerdictRule RuleOf(const std::string& rule) {
+  if (rule == "worse" || rule == "both") return VerdictRule::kWorse;
+  if (rule == "total") return VerdictRule::kTotal;
+  if (rule == "box") return VerdictRule::kComponents;
+  throw py::value_error("verdict: \"total\", \"box\", \"both\" or \"worse\" is expected");
+}
+
+// The standard of each sample: none for one standard, else as `of` says, else in pairs.
+std::vector<std::size_t> StandardsOf(const py::object& of, std::size_t standards, std::size_t samples) {
+  std::vector<std::size_t> places;
+  if (!of.is_none()) {
+    for (const py::handle one : of) {
+      const auto place = one.cast<std::int64_t>();
+      if (place < 0 || static_cast<std::size_t>(place) >= standards) {
+        throw py::value_error("of: " + std::to_string(place) + " is the place of no standard");
       }
+      places.push_back(static_cast<std::size_t>(place));
     }
+    if (places.size() != samples)
+      throw py::value_error("of: the place of a standard for each sample is expected");
+    return places;
   }
-  UnsetToNan(judging.differences + 7 * m * from, 7 * m * count);
+  if (standards == 1) return places;
+  if (standards != samples) {
+    throw py::value_error("standard: one, as many as samples, or `of` beside them is expected");
+  }
+  places.resize(samples);
+  for (std::size_t i = 0; i < samples; ++i) places[i] = i;
+  return places;
 }
 
-// The memory of a block beside its results.
+// Rows of kWidth numbers under illuminant j of m, in an array of shape (count, m, kWidth).
+template <std::size_t kWidth, class NUMBER>
+BatchView<NUMBER, kWidth> UnderOf(NUMBER* data, std::size_t j, std::size_t m, std::size_t count) {
+  return {std::span(data + kWidth * j, (count - 1) * kWidth * m + kWidth), kWidth * m};
+}
+
+// The whole numbers of a block, which Python holds in bytes.
 struct Scratch {
-  std::vector<double> xyz, lab, own, eab, difference, total;
-  std::vector<Verdict> components, totals;
-  std::vector<std::int32_t> words;
+  std::vector<std::uint8_t> available;
+  std::vector<std::int32_t> verdicts, words, broken;
+  std::vector<double> breaches;
 
-  explicit Scratch(std::size_t n)
-      : xyz(3 * n),
-        lab(5 * n),
-        own(5 * n),
-        eab(7 * n),
-        difference(7 * n),
-        total(n),
-        components(n),
-        totals(n),
-        words(3 * n) {}
+  explicit Scratch(std::size_t n) : available(n), verdicts(n), words(3 * n), broken(n), breaches(2 * n) {}
 };
 
-// The standard's colours under one illuminant: values, L*a*b*, and the coordinates of the system.
-struct StandardColors {
-  std::vector<double> xyz = std::vector<double>(3), lab = std::vector<double>(5),
-                      own = std::vector<double>(5);
-};
-
-StandardColors StandardUnder(const Judging& judging, const CReflData& standard, vrxIlluminant illuminant) {
-  StandardColors colors;
-  TristimulusBatch(illuminant, judging.observer, CurveBatch{std::span(standard.GetData(), kSamples)},
-                   BatchView<double, 3>(std::span(colors.xyz)));
-  const BatchView<const double, 3> xyz{std::span<const double>(colors.xyz)};
-  CoordinatesBatch(vrxSystemLab, illuminant, judging.observer, xyz,
-                   BatchView<double, 5>(std::span(colors.lab)));
-  CoordinatesBatch(judging.settings.system, illuminant, judging.observer, xyz,
-                   BatchView<double, 5>(std::span(colors.own)));
-  return colors;
-}
-
-template <std::size_t kWidth>
-BatchView<double, kWidth> All(std::vector<double>& numbers, std::size_t count) {
-  return {std::span(numbers.data(), kWidth * count)};
-}
-
-void StoreUnder(const Judging& judging, std::size_t j, const Scratch& s, std::size_t from,
-                std::size_t count) {
-  const std::size_t m = judging.illuminants.size();
+// NaN for what there is none of: everything without a difference, and the elements that a system has not.
+void MarkUnset(const Scratch& s, double* differences, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
-    const std::size_t at = m * (from + i) + j;
-    std::copy_n(&s.difference[7 * i], 7, judging.differences + 7 * at);
-    judging.verdicts[at] = static_cast<std::int8_t>(std::min(s.components[i], s.totals[i]));
-    for (std::size_t k = 0; k < 3; ++k)
-      judging.words[3 * at + k] = static_cast<std::int8_t>(s.words[3 * i + k]);
+    double* const d = differences + 7 * i;
+    if (s.available[i] == 0) {
+      std::fill_n(d, 7, kNaN);
+      continue;
+    }
+    for (std::size_t k = 3; k < 6; ++k) d[k] = d[k] == kUnset ? kNaN : d[k];
   }
 }
 
-void JudgeBlock(const Judging& judging, const std::vector<StandardColors>& standards, const Rows& samples,
-                std::size_t from, std::size_t count) {
-  Scratch s(count);
-  constexpr double kAngle = 45.0;
-  const CDifferenceSettings lab{vrxSystemLab, {1.0, 1.0, 1.0, 1.0}};
-  for (std::size_t j = 0; j < judging.illuminants.size(); ++j) {
-    const vrxIlluminant illuminant = judging.illuminants[j];
-    const auto xyz = All<3>(s.xyz, count);
-    TristimulusOf(samples, std::span(&illuminant, 1), judging.observer,
-                  std::span<const BatchView<double, 3>>(&xyz, 1), from, count);
-    CoordinatesBatch(vrxSystemLab, illuminant, judging.observer, xyz, All<5>(s.lab, count));
-    CoordinatesBatch(judging.settings.system, illuminant, judging.observer, xyz, All<5>(s.own, count));
-    const StandardColors& standard = standards[j];
-    DifferenceBatch(lab, kAngle, {{}, BatchView<const double, 5>(std::span(standard.lab))},
-                    {{}, All<5>(s.lab, count)}, All<7>(s.eab, count));
-    DifferenceBatch(judging.settings, kAngle,
-                    {BatchView<const double, 3>(std::span(standard.xyz)),
-                     BatchView<const double, 5>(std::span(standard.own))},
-                    {xyz, All<5>(s.own, count)}, All<7>(s.difference, count));
-    ShadeBatch(BatchView<const double, 5>(All<5>(s.lab, count)).Numbers<0, 3>(),
-               BatchView<const double, 7>(All<7>(s.eab, count)).Numbers<0, 3>(),
-               BatchView<std::int32_t, 3>(std::span(s.words)));
-    BoxVerdictBatch(judging.box, judging.warningFactor,
-                    BatchView<const double, 7>(All<7>(s.difference, count)).Numbers<0, 3>(), s.components);
-    for (std::size_t i = 0; i < count; ++i) s.total[i] = s.difference[7 * i + 6];
-    TotalVerdictBatch(judging.box[6], judging.warningFactor, s.total, s.totals);
-    StoreUnder(judging, j, s, from, count);
+void JudgeBlock(const Judging& judging, std::size_t from, std::size_t count) {
+  const std::size_t m = judging.IlluminantCount(), first = m * from;
+  Scratch s(m * count);
+  std::vector<JudgeColumns> columns(m);
+  for (std::size_t j = 0; j < m; ++j) {
+    columns[j].available = UnderOf<1>(s.available.data(), j, m, count);
+    columns[j].differences = UnderOf<7>(judging.differences + 7 * first, j, m, count);
+    columns[j].verdicts = UnderOf<1>(s.verdicts.data(), j, m, count);
+    columns[j].words = UnderOf<3>(s.words.data(), j, m, count);
+    columns[j].brokenLimits = UnderOf<1>(s.broken.data(), j, m, count);
+    columns[j].breaches = UnderOf<2>(s.breaches.data(), j, m, count);
   }
-  const std::size_t m = judging.illuminants.size();
-  UnsetToNan(judging.differences + 7 * m * from, 7 * m * count);
+  std::span<const std::size_t> standardOf = judging.standardOf;
+  if (!standardOf.empty()) standardOf = standardOf.subspan(from, count);
+  JudgeBatch(judging.conditions, judging.standards, standardOf, SamplesOf(judging.samples, from, count),
+             columns);
+  MarkUnset(s, judging.differences + 7 * first, m * count);
+  const auto narrow = [](const std::vector<std::int32_t>& numbers, std::int8_t* target) {
+    for (std::size_t i = 0; i < numbers.size(); ++i) target[i] = static_cast<std::int8_t>(numbers[i]);
+  };
+  narrow(s.verdicts, judging.verdicts + first);
+  narrow(s.words, judging.words + 3 * first);
+  narrow(s.broken, judging.broken + first);
+  for (std::size_t i = 0; i < m * count; ++i) {
+    const LimitBreach breach{static_cast<BrokenLimit>(s.broken[i]), s.breaches[2 * i], s.breaches[2 * i + 1]};
+    const bool isBroken = breach.limit != BrokenLimit::kNone && breach.limit != BrokenLimit::kNoDifference;
+    judging.excess[first + i] = isBroken ? breach.Excess() : kNaN;
+  }
+}
+
+// The results of a judgement as arrays.
+struct Outcome {
+  py::array_t<double> differences, excess;
+  py::array_t<std::int8_t> verdicts, words, broken;
+
+  Outcome(py::ssize_t n, py::ssize_t m)
+      : differences({n, m, py::ssize_t{7}}),
+        excess({n, m}),
+        verdicts({n, m}),
+        words({n, m, py::ssize_t{3}}),
+        broken({n, m}) {}
+};
+
+double TotalLimitOf(const JudgeStandards& standards) {
+  const JudgeLimits limits = standards.LimitsOf(0, 0);
+  if (const auto* ellipse = std::get_if<CEllipseData>(&limits)) return (*ellipse)[CEllipseData::kTotalLimit];
+  return std::get<CBoxTolData>(limits)[CBoxTolData::kTotal];
 }
 
 py::tuple Judge(const py::object& standard, const py::object& samples, const py::object& illuminants,
-                int observer, const std::string& system, const py::object& tolerance, double warning,
-                int threads, const py::kwargs& parameters) {
-  const Rows one = RowsOf(standard, "standard", kSamples);
-  if (one.count != 1) throw py::value_error("standard: one curve is expected, shape (40,)");
+                int observer, const std::string& system, const py::object& tolerance,
+                const py::object& ellipsoid, const py::object& geometry, const py::object& of,
+                const std::string& verdict, double warning, int threads, const py::kwargs& parameters) {
+  const Rows standardRows = RowsOf(standard, "standard", kSamples, true);
+  if (standardRows.lead.size() > 1 || standardRows.count == 0) {
+    throw py::value_error("standard: expected shape (40,) or (k, 40)");
+  }
   const Rows trials = RowsOf(samples, "samples", kSamples, true);
   if (trials.lead.size() > 1) throw py::value_error("samples: expected shape (n, 40) or (40,)");
+  if (std::isnan(warning)) throw py::value_error("warning: a number is expected");
   bool single = false;
-  Judging judging{SettingsOf(system, parameters),
-                  IlluminantsOf(illuminants, single),
-                  ObserverOf(observer),
-                  {},
-                  warning,
-                  nullptr,
-                  nullptr,
-                  nullptr};
-  judging.box = BoxOf(tolerance, judging.settings);
-  const auto n = static_cast<py::ssize_t>(trials.count),
-             m = static_cast<py::ssize_t>(judging.illuminants.size());
-  py::array_t<double> differences({n, m, py::ssize_t{7}});
-  py::array_t<std::int8_t> verdicts({n, m}), words({n, m, py::ssize_t{3}});
-  judging.differences = differences.mutable_data();
-  judging.verdicts = verdicts.mutable_data();
-  judging.words = words.mutable_data();
-
-  CReflData curve;
-  std::copy_n(one.Doubles(), kSamples, curve.GetData());
-  std::vector<StandardColors> standards;
-  for (const vrxIlluminant illuminant : judging.illuminants) {
-    standards.push_back(StandardUnder(judging, curve, illuminant));
-  }
-  InBlocks(trials.count, threads, [&](std::size_t from, std::size_t count) {
-    if (judging.settings.system == vrxSystemLch) {
-      JudgeByContext(judging, curve, trials, from, count);
-    } else {
-      JudgeBlock(judging, standards, trials, from, count);
-    }
-  });
-  return py::make_tuple(differences, verdicts, words, judging.box[6]);
+  JudgeConditions conditions;
+  conditions.difference = SettingsOf(system, parameters);
+  conditions.illuminants = IlluminantsOf(illuminants, single);
+  conditions.observer = ObserverOf(observer);
+  conditions.rule = RuleOf(verdict);
+  conditions.warningFactor = warning;
+  const std::size_t k = standardRows.count, m = conditions.illuminants.size();
+  if (!ellipsoid.is_none() && !tolerance.is_none())
+    throw py::value_error("tolerance and ellipsoid: one of them is expected");
+  std::vector<JudgeLimits> limits = ellipsoid.is_none()
+                                        ? TolerancesOf(tolerance, conditions.difference, k, m)
+                                        : EllipsoidsOf(ellipsoid, conditions.difference, k, m);
+  std::vector<double> angles = AnglesOf(geometry, k, conditions);
+  const JudgeStandards standards(conditions, SamplesOf(standardRows, 0, k), std::move(limits),
+                                 std::move(angles));
+  Outcome outcome(static_cast<py::ssize_t>(trials.count), static_cast<py::ssize_t>(m));
+  const Judging judging{conditions,
+                        standards,
+                        StandardsOf(of, k, trials.count),
+                        trials,
+                        outcome.differences.mutable_data(),
+                        outcome.excess.mutable_data(),
+                        outcome.verdicts.mutable_data(),
+                        outcome.words.mutable_data(),
+                        outcome.broken.mutable_data()};
+  InBlocks(trials.count, threads,
+           [&](std::size_t from, std::size_t count) { JudgeBlock(judging, from, count); });
+  return py::make_tuple(outcome.differences, outcome.verdicts, outcome.words, outcome.broken, outcome.excess,
+                        TotalLimitOf(standards));
 }
 
 }  // namespace
 
 void DefineJudgement(py::module_& module) {
   module.def("judge", &Judge, py::arg("standard"), py::arg("samples"), py::arg("illuminants"),
-             py::arg("observer"), py::kw_only(), py::arg("system"), py::arg("tolerance"), py::arg("warning"),
+             py::arg("observer"), py::kw_only(), py::arg("system"), py::arg("tolerance"),
+             py::arg("ellipsoid"), py::arg("geometry"), py::arg("of"), py::arg("verdict"), py::arg("warning"),
              py::arg("threads"));
+  const auto codes = py::list();
+  for (const vrxIlluminant illuminant : JudgeDefaults::kIlluminants)
+    codes.append(static_cast<int>(illuminant));
+  module.attr("judge_defaults") = py::make_tuple(FindDifferenceSystem(JudgeDefaults::kSystem)->shortName,
+                                                 codes, JudgeDefaults::kWarningFactor);
 }
 
 }  // namespace vrx::python

@@ -60,19 +60,6 @@ vrxUserIllum FreeNumber() {
                         " illuminants");
 }
 
-struct NamedParameters {
-  std::int32_t system;
-  std::vector<std::string> names;
-};
-const std::vector<NamedParameters>& AllParameterNames() {
-  static const std::vector<NamedParameters> all{{vrxSystemCmc, {"l", "c", "cf"}},
-                                                {vrxSystemCie94, {"kL", "kC", "kH"}},
-                                                {vrxSystemCie2000, {"kL", "kC", "kH"}},
-                                                {vrxSystemDin99, {"kCH", "kE"}},
-                                                {vrxSystemDin6175, {"gL", "gC", "gH"}}};
-  return all;
-}
-
 }  // namespace
 
 Illuminant RegisterIlluminant(const std::string& name, const py::object& wavelengths, const py::object& power,
@@ -127,10 +114,11 @@ std::int32_t ObserverOf(int degrees) {
 }
 
 std::vector<std::string> ParameterNames(std::int32_t system) {
-  for (const NamedParameters& row : AllParameterNames()) {
-    if (row.system == system) return row.names;
+  std::vector<std::string> names;
+  for (const std::string_view name : FindDifferenceSystem(system)->parameterNames) {
+    if (!name.empty()) names.emplace_back(name);
   }
-  return {};
+  return names;
 }
 
 CDifferenceSettings SettingsOf(const std::string& system, const py::kwargs& parameters) {

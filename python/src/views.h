@@ -7,6 +7,7 @@
 #include <span>
 
 #include <vrxmath/batch/batch_view.h>
+#include <vrxmath/batch/sample_colors.h>
 #include <vrxmath/batch/tristimulus_batch.h>
 
 #include "python/src/arrays.h"
@@ -25,6 +26,14 @@ BatchView<const double, kWidth> ViewOf(const Rows& rows, std::size_t from, std::
 template <std::size_t kWidth>
 BatchView<double, kWidth> TargetOf(double* data, std::size_t from, std::size_t count) {
   return {std::span(data + from * kWidth, count * kWidth)};
+}
+
+/// `count` rows of an argument of curves from `from` on, as the library takes samples.
+inline Samples SamplesOf(const Rows& rows, std::size_t from, std::size_t count) {
+  if (count == 0) return CurveBatch{};
+  const std::size_t begin = from * rows.stride, length = (count - 1) * rows.stride + kSamples;
+  if (rows.isFloat) return CurveBatch32{std::span(rows.Floats() + begin, length), rows.stride};
+  return CurveBatch{std::span(rows.Doubles() + begin, length), rows.stride};
 }
 
 /// Curves of either precision to the tristimulus values of all illuminants.

@@ -44,6 +44,36 @@ def test_judgements(system, parameters, curves, curve_file, vrx_tool):
     assert set(np.unique(judged.overall)) <= {0, 1, 2} and len(judged) == 60
 
 
+def test_defaults_are_the_library_s():
+    import inspect
+
+    from vrxmath import _core
+
+    system, lamps, warning = _core.judge_defaults
+    defaults = {name: p.default for name, p in inspect.signature(vrx.judge).parameters.items()}
+    assert (defaults["system"], defaults["warning"], defaults["threads"]) == (system, warning, 0)
+    assert [_core.illuminant_name(lamp) for lamp in lamps] == list(defaults["illuminants"])
+
+
+def test_standards_geometries_and_limits(curves, curve_file, vrx_tool, tmp_path):
+    """Several standards, each with its limits and its angle, judge as one after the other."""
+    of = np.arange(60) % 3
+    boxes = [[[0.5 + k + j] * 7 for j in range(2)] for k in range(3)]
+    many = vrx.judge(curves[:3], curves, ["D65", "A"], system="din6175", tolerance=boxes, geometry=["15", "45", "110"], of=of)
+    for k, geometry in enumerate(("15", "45", "110")):
+        one = vrx.judge(curves[k], curves[of == k], ["D65", "A"], system="din6175", tolerance=boxes[k], geometry=geometry)
+        assert np.array_equal(one.differences, many.differences[of == k], equal_nan=True)
+        assert np.array_equal(one.verdicts, many.verdicts[of == k]) and np.array_equal(one.broken, many.broken[of == k])
+    pairs = vrx.judge(curves, curves[::-1], "D65", tolerance=1)
+    assert np.array_equal(pairs.differences[5], vrx.judge(curves[5], curves[54], "D65", tolerance=1).differences[0])
+    rows = vrx_tool("judge", curve_file, curve_file, "--standard-id", "C3", "--illuminants", "D65", "--ellipse", "--tolerance",
+                    "9")
+    ellipsoids = vrx.judge(curves[3], curves, "D65", ellipsoid="system", cf=9)
+    assert np.array_equal(columns(rows, ["verdict"])[:, 0], ellipsoids.verdicts[:, 0])
+    failed = ellipsoids.verdicts[:, 0] == vrx.FAIL
+    assert failed.any() and set(ellipsoids.broken[failed, 0]) <= {4, 5} and (ellipsoids.excess[failed, 0] > 0).all()
+
+
 def test_pairs_and_totals(curves):
     lab = vrx.lab(vrx.tristimulus(curves, "D65"), "D65")
     full = vrx.delta(lab, lab[::-1], "cmc", components=True, l=2, c=1)
@@ -57,7 +87,7 @@ def test_pairs_and_totals(curves):
     for first, second, expected in (((50, 2.6772, -79.7751), (50, 0, -82.7485), 2.0425),
                                     ((50, 0, 0), (50, -1, 2), 2.3669),
                                     ((60.2574, -34.0099, 36.2677), (60.4626, -34.1751, 39.4387), 1.2644)):
-        assert round(vrx.delta(first, second), 4) == expected
+        assert round(vrx.delta(first, second, "cie2000"), 4) == expected
 
 
 def test_indices_and_strength(curves, curve_file, vrx_tool):

@@ -44,8 +44,11 @@ def nearest(samples: Numbers, standards: Numbers, count: int = ..., *, system: s
             observer: int = ..., space: Literal["lab", "xyz"] | None = ..., angle: float = ..., threads: int = ...,
             **parameters: float) -> tuple[npt.NDArray[np.int64], Floats]: ...
 def judge(standard: Numbers, samples: Numbers, illuminants: Lamps, observer: int, *, system: str,
-          tolerance: float | Sequence[float] | None, warning: float, threads: int,
-          **parameters: float) -> tuple[Floats, npt.NDArray[np.int8], npt.NDArray[np.int8], float]: ...
+          tolerance: float | Numbers | None, ellipsoid: Numbers | str | None,
+          geometry: str | int | Sequence[str | int] | None, of: Sequence[int] | None, verdict: str, warning: float, threads: int,
+          **parameters: float) -> tuple[Floats, npt.NDArray[np.int8], npt.NDArray[np.int8], npt.NDArray[np.int8], Floats,
+                                        float]: ...
+judge_defaults: tuple[str, list[int], float]
 def strength(standard: Numbers, batch: Numbers, *, absorbance: bool = ..., band: tuple[float, float] = ...,
              specular: Literal["included", "excluded", "none"] = ..., k1: float = ..., k2: float = ...,
              threads: int = ...) -> Any: ...

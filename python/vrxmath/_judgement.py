@@ -32,16 +32,23 @@ class Judgement:
         0 fail, 1 warning, 2 pass.
     word_codes : numpy.ndarray of int8, shape (n, m, 3)
         Shade words on lightness, red-green and yellow-blue by number; `words` has them as text.
+    broken : numpy.ndarray of int8, shape (n, m)
+        The limit that made the verdict, of several the one that is used most: 0 none, 1 to 3 the first to third component,
+        4 the total, 5 the ellipsoid, 6 no difference.
+    excess : numpy.ndarray, shape (n, m)
+        By how much that limit was passed, or for a warning the edge of the warning band; NaN where none was.
     system : str
         The difference system.
     tolerance : float
-        The limit of the total difference.
+        The limit of the total difference, of the first standard under the first illuminant.
     """
 
     illuminants: tuple[str, ...]
     differences: Floats
     verdicts: np.ndarray[Any, np.dtype[np.int8]]
     word_codes: np.ndarray[Any, np.dtype[np.int8]]
+    broken: np.ndarray[Any, np.dtype[np.int8]]
+    excess: Floats
     system: str
     tolerance: float
 
@@ -85,14 +92,15 @@ class Judgement:
 
 
 def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *,
-          system: str = "cie2000", tolerance: float | Sequence[float] | None = None, warning: float = 0.75, threads: int = 1,
-          **parameters: float) -> Judgement:
-    """Judges samples against a standard: fail, warning or pass under each illuminant.
+          system: str = "cmc", tolerance: float | Numbers | None = None, ellipsoid: Numbers | str | None = None,
+          geometry: str | int | Sequence[str | int] | None = None, of: Sequence[int] | None = None, verdict: str = "worse",
+          warning: float = 0.75, threads: int = 0, **parameters: float) -> Judgement:
+    """Judges samples against their standards: fail, warning or pass under each illuminant.
 
     Parameters
     ----------
-    standard : array_like, shape (40,)
-        The standard's reflectance curve in percent at 360, 370 ... 750 nm.
+    standard : array_like, shape (40,) or (k, 40)
+        The standard's reflectance curve in percent at 360, 370 ... 750 nm, or those of several standards.
     samples : array_like, shape (n, 40) or (40,)
         The samples' curves, float64 or float32.
     illuminants : str or sequence of str or Illuminant
@@ -101,10 +109,22 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
         2 or 10 degrees.
     system : str
         The difference system: ``"lab"``, ``"cmc"``, ``"cie94"``, ``"cie2000"`` ..., see :func:`systems`.
-    tolerance : float or sequence of 7 float
+    tolerance : float or array_like, shape (7,), (m, 7) or (k, m, 7)
         What passes: one number limits each of the three components (elements 0 to 2 of a difference) and the total;
         seven are a box: plus and minus limit of each component, the minus limits as positive numbers, and the limit of
-        the total. May be left out where the system's unit is a colour difference: 1.5 then holds.
+        the total; for each of the m illuminants, or for each standard under each illuminant. May be left out where the
+        system's unit is a colour difference: 1.5 then holds.
+    ellipsoid : "system" or array_like, shape (9,), (m, 9) or (k, m, 9)
+        Judges the components by ellipsoids instead: those of the system about each standard (``"cmc"``, ``"cie94"``,
+        ``"cie2000"``), or given ones: centre dL*, da*, db*; semi-axes along lightness, at the angle and across it; the
+        angle in degrees from +a* to +b*; the limit of the total; the commercial factor.
+    geometry : str or int, or a sequence of k
+        The measuring geometry, such as ``"15"``: the weights of ``"audi"`` and ``"din6175"`` depend on its angle, which is
+        45 degrees otherwise.
+    of : sequence of int, length n
+        The standard of each sample by its place. Without it one standard is for all, and as many as samples are pairs.
+    verdict : str
+        How the verdict is formed: ``"total"``, ``"box"`` (the components), or ``"worse"`` of the two, which is ``"both"``.
     warning : float
         A pass needs to lie within the tolerance times this factor; between the two there is a warning.
     threads : int
@@ -124,7 +144,8 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
     array([2], dtype=int8)
     """
     names = [illuminants] if isinstance(illuminants, (str, int, _core.Illuminant)) else list(illuminants)
-    differences, verdicts, words, limit = _core.judge(
-        standard, samples, names, observer, system=system, tolerance=tolerance, warning=warning, threads=threads,
-        **parameters)
-    return Judgement(tuple(_core.illuminant_name(name) for name in names), differences, verdicts, words, system, limit)
+    differences, verdicts, words, broken, excess, limit = _core.judge(
+        standard, samples, names, observer, system=system, tolerance=tolerance, ellipsoid=ellipsoid, geometry=geometry, of=of,
+        verdict=verdict, warning=warning, threads=threads, **parameters)
+    return Judgement(tuple(_core.illuminant_name(name) for name in names), differences, verdicts, words, broken, excess, system,
+                     limit)

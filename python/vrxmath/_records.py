@@ -99,7 +99,7 @@ class Tolerance:
     """
 
     limit: float = 1.0
-    system: str = "cie2000"
+    system: str = "cmc"
     parameters: dict[str, float] = dataclasses.field(default_factory=dict)
     warning: float = 0.75
 
@@ -126,7 +126,7 @@ class Standard:
     illuminants: tuple[Lamp, ...] = ("D65", "A", "CWF")
     observer: int = 10
 
-    def judge(self, samples: Numbers, threads: int = 1) -> Judgement:
+    def judge(self, samples: Numbers, threads: int = 0) -> Judgement:
         """The judgement of samples, curves of shape (n, 40), see :func:`vrxmath.judge`."""
         tolerance = self.tolerance
         return _judge(self.curve.values, samples, self.illuminants, self.observer, system=tolerance.system,

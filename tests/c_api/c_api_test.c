@@ -423,6 +423,35 @@ static void judging(void) {
   OK(vrx_close(judgement));
 }
 
+/* The same greys as standards of their own: each trial by its standard's limits, and why it failed. */
+static void judging_by_several_standards(void) {
+  double curves[2][40], breaches[2][2], values[2];
+  for (int i = 0; i < 40; ++i) curves[0][i] = 40.0, curves[1][i] = 42.0;
+  const double narrow[7] = {0.5, 0.5, 0.5, 0.5, 0.5, 0.5, 9}, wide[7] = {2, 2, 2, 2, 2, 2, 9};
+  const int32_t d65 = VRX_ILLUM_D65, other[] = {1, 0}, geometries[] = {0, 0}, beyond[] = {0, 2};
+  int32_t verdicts[2], broken[2];
+  const vrx_outcome outcome = {sizeof(vrx_outcome), verdicts, NULL, NULL, NULL, NULL, values, broken, breaches[0]};
+  vrx_system system;
+  vrx_handle judgement;
+  OK(vrx_default_system(VRX_SYSTEM_LAB, &system));
+  OK(vrx_judgement_open(&system, &d65, 1, VRX_OBSERVER_10, &judgement));
+  OK(vrx_judgement_standards(judgement, curves[0], geometries, 2));
+  OK(vrx_judgement_box(judgement, 0, wide));
+  OK(vrx_judgement_standard_box(judgement, 1, 0, narrow));
+  OK(vrx_judgement_trials_of(judgement, curves[0], NULL, 2, &outcome));
+  CHECK(verdicts[0] == VRX_PASS && verdicts[1] == VRX_PASS && broken[0] == VRX_BROKEN_NONE);
+  OK(vrx_judgement_trials_of(judgement, curves[0], other, 2, &outcome));
+  CHECK(verdicts[0] == VRX_FAIL && broken[0] == VRX_BROKEN_FIRST && verdicts[1] == VRX_PASS);
+  CHECK(near(breaches[0][0], -1.4014, 1e-3) && breaches[0][1] == -0.5 && values[0] == VRX_UNSET);
+  OK(vrx_judgement_rule(judgement, VRX_VERDICT_TOTAL));
+  OK(vrx_judgement_trials_of(judgement, curves[0], other, 2, &outcome));
+  CHECK(verdicts[0] == VRX_PASS);
+  CHECK(vrx_judgement_trials_of(judgement, curves[0], beyond, 2, &outcome) == VRX_OUT_OF_RANGE);
+  CHECK(vrx_judgement_trials_of(judgement, curves[0], NULL, 1, &outcome) == VRX_BAD_COUNT);
+  CHECK(vrx_judgement_system_ellipses(judgement) == VRX_OUT_OF_RANGE);
+  OK(vrx_close(judgement));
+}
+
 /* ------------------------------------------------------------------------------------------------------------------ */
 
 static uint64_t hash = 14695981039346656037u;
@@ -531,6 +560,7 @@ int main(void) {
   overlaps();
   archives();
   judging();
+  judging_by_several_standards();
   same_bits_everywhere();
   if (failures == 0) printf("passed\n");
   return failures != 0;

@@ -1,20 +1,14 @@
 // Judging, sorting and averaging of colours with known differences, as a user asks for them.
 
 #include <algorithm>
-#include <cmath>
-#include <cstdint>
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 #include <vector>
 
-#include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/illuminants.h>
-#include <vrxmath/foundation/numbers.h>
 
 #include "tests/testing/tool_process.h"
 #include "tools/vrx/judging/distribution.h"
-#include "tools/vrx/judging/judge.h"
 
 namespace {
 
@@ -147,73 +141,6 @@ TEST_F(Judging, Refusals) {
       {"average readings.csv --count 4", "2 rows are left over at the end"},
       {"sort t.csv --blocks 0", "--blocks: sizes above 0"},
   });
-}
-
-// Curves about a grey, and what a measurement should not be: black, far too bright, negative, noise, unset.
-std::vector<vrx::CReflData> TrialCurves() {
-  std::mt19937 random(6);
-  std::uniform_real_distribution<double> nearGrey(38.0, 42.0), noise(-100.0, 1000.0);
-  std::vector<vrx::CReflData> curves(40);
-  for (std::size_t k = 0; k < curves.size(); ++k) {
-    for (double& value : curves[k]) value = k % 8 == 0 ? noise(random) : nearGrey(random);
-  }
-  curves[1].Fill(0.0);
-  curves[2].Fill(1e4);
-  curves[3].Fill(-5.0);
-  curves[4] = vrx::CReflData();
-  return curves;
-}
-
-// Judgements are compared as their texts would be: NaN is NaN, whatever its sign.
-bool AreSame(double a, double b) {
-  return a == b || (std::isnan(a) && std::isnan(b));
-}
-
-void ExpectManyAsOneByOne(const vrx::tool::JudgeSettings& settings, const vrx::tool::Standard& standard,
-                          const std::vector<vrx::CReflData>& curves) {
-  std::vector<double> samples;
-  for (const vrx::CReflData& curve : curves) samples.insert(samples.end(), curve.begin(), curve.end());
-  vrx::tool::Judge single(settings), many(settings);
-  single.SetStandard(standard);
-  many.SetStandard(standard);
-  many.EvaluateCurves(samples);
-  for (std::size_t k = 0; k < curves.size(); ++k) {
-    vrx::io::CurveRow trial;
-    vrx::tool::Judgement one, other;
-    trial.curve = curves[k];
-    single.Evaluate(trial);
-    single.Take(one);
-    many.TakeCurve(k, other);
-    for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
-      const auto &a = one.under[i], &b = other.under[i];
-      EXPECT_TRUE(a.available == b.available && a.words == b.words && a.components == b.components &&
-                  a.total == b.total && a.overall == b.overall && AreSame(a.ellipseValue, b.ellipseValue) &&
-                  std::ranges::equal(a.difference, b.difference, AreSame))
-          << "system " << settings.difference.system << " curve " << k << " illuminant " << i;
-    }
-  }
-}
-
-TEST(JudgeOfCurves, ManyAtOnceAsOneByOne) {
-  const std::vector<vrx::CReflData> curves = TrialCurves();
-  for (std::int32_t system = 0; system <= vrx::vrxSystemDin6175; ++system) {
-    for (const bool byEllipse : {false, true}) {
-      vrx::tool::JudgeSettings settings;
-      settings.illuminants = {vrx::vrxIllumD65, vrx::vrxIllumA};
-      settings.difference = vrx::DefaultSettings(system);
-      settings.box.SetAll({2, 2, 1, 1, 1, 1, 1.5});
-      settings.buildEllipses = byEllipse && vrx::IsEllipseSystem(system);
-      vrx::tool::Standard standard;
-      standard.geometry = byEllipse ? vrx::tool::kNoGeometry : 3;
-      for (double& value : standard.sample.curve) value = 40.0;
-      ExpectManyAsOneByOne(settings, standard, curves);
-      standard.sample.curve = vrx::CReflData();
-      ExpectManyAsOneByOne(settings, standard, curves);
-      standard.sample.kind = vrx::io::Sample::kLab;
-      standard.sample.color = {69.0, 1.0, -1.0};
-      ExpectManyAsOneByOne(settings, standard, curves);
-    }
-  }
 }
 
 TEST(DistributionOfNumbers, ExactForFewAndCloseForMany) {

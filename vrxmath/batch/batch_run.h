@@ -25,8 +25,9 @@ struct BatchRun {
 VRX_API unsigned CoreCount() noexcept;
 
 /// Calls `work(from, count)` for blocks that cover `rows` rows, on the threads that `run` asks for. Blocks begin at
-/// multiples of `blockRows`, whatever the count of threads. `work` must not throw.
-/// Returns false when the progress callback stopped it. Throws std::system_error when a thread cannot be started.
+/// multiples of `blockRows`, whatever the count of threads. Where the system starts no more threads those that run do all
+/// the work. What `work` throws comes out once every thread has stopped; of several blocks that throw, from the first one.
+/// Returns false when the progress callback stopped it.
 VRX_API bool ForEachBlock(const BatchRun& run, std::size_t rows, std::size_t blockRows,
                           const std::function<void(std::size_t from, std::size_t count)>& work);
 

@@ -1,6 +1,7 @@
 #include <vrxmath/batch/color_space_batch.h>
 
 #include <vrxmath/batch/batch_conditions.h>
+#include <vrxmath/batch/color_blocks.h>
 #include <vrxmath/batch/color_space_kernels.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 
@@ -67,11 +68,9 @@ bool ChromaHueBatch(const BatchView<double, 5>& lab, const BatchRun& run) {
 bool CoordinatesBatch(std::int32_t system, vrxIlluminant illuminant, std::int32_t observer,
                       const BatchView<const double, 3>& xyz, const BatchView<double, 5>& lab,
                       const BatchRun& run) {
-  if (system < 0 || system >= kDifferenceSystems) throw CInvalidArgException();
-  SpaceKernel kernel = Kernels().xyzToLab;
-  if (system == vrxSystemHunter) kernel = Kernels().xyzToHunter;
-  if (system == vrxSystemLuv) kernel = Kernels().xyzToLuv;
-  return Convert(kernel, RequireViewing(illuminant, observer), xyz, lab, run);
+  const DifferenceSystem* const row = FindDifferenceSystem(system);
+  if (row == nullptr) throw CInvalidArgException();
+  return Convert(CoordinatesKernel(row->space), RequireViewing(illuminant, observer), xyz, lab, run);
 }
 
 }  // namespace vrx

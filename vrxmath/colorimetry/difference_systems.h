@@ -68,8 +68,11 @@ struct DifferenceSystem {
   int32_t
       ellipsoidFactor;  ///< the parameter that scales its ellipsoid; kNoEllipsoid for a system without one
   bool inDeltaE;        ///< components and total are of the size of a dE, in which 1.5 is a usual tolerance
-  CValueRange componentRange;                     ///< the values that a limit of a component may take
-  std::span<const CoordinateColumn> coordinates;  ///< what stands under its coordinate headings
+  CValueRange componentRange;                      ///< the values that a limit of a component may take
+  std::span<const CoordinateColumn> coordinates;   ///< what stands under its coordinate headings
+  std::array<std::string_view, 4> parameterNames;  ///< in ASCII, those of the parameters that it has: "kL"
+  bool readsXyz = false;                           ///< it compares tristimulus values, not coordinates alone
+  bool readsAngle = false;                         ///< its weights depend on the aspecular measuring angle
 };
 inline constexpr int32_t kNoEllipsoid = -1;
 

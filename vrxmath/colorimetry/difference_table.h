@@ -38,8 +38,9 @@ struct DifferenceContext {
 };
 
 // The formulas of the systems. Each takes the standard and the sample in the space of its row, and says what it reads of
-// them: tristimulus values, and how many coordinates (none, up to b, to the chroma, or to the hue). SemiAxes are those of
-// the ellipsoid about a standard on which the difference is 1, for the systems that have one.
+// them: tristimulus values, and how many coordinates (none, up to b, to the chroma, or to the hue); and whether it reads
+// the measuring angle. SemiAxes are those of the ellipsoid about a standard on which the difference is 1, for the systems
+// that have one.
 
 /// CIE 1976 dE*ab of the coordinates, whichever space they are in (CIE 15).
 struct EabFormula {
@@ -135,6 +136,7 @@ struct GePqs2Formula {
 /// The Audi 2000 weights for effect paints, which depend on the measuring angle.
 struct AudiFormula {
   static constexpr bool kReadsXyz = false;
+  static constexpr bool kReadsAngle = true;
   static constexpr int32_t kLabElements = 5;
   template <class T>
   VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext& c, const ColorOf<T>& s,
@@ -177,6 +179,7 @@ struct Din99Formula {
 /// DIN 6175-2 for effect paints, parameters gL, gC and gH.
 struct Din6175Formula {
   static constexpr bool kReadsXyz = false;
+  static constexpr bool kReadsAngle = true;
   static constexpr int32_t kLabElements = 5;
   template <class T>
   VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext& c, const ColorOf<T>& s,
@@ -191,6 +194,12 @@ struct Din6175Formula {
 template <class FORMULA>
 inline constexpr bool kHasEllipsoid = requires(Lab standard) {
   FORMULA::SemiAxes(DifferenceContext{}, standard);
+};
+
+/// Whether a formula depends on the measuring angle.
+template <class FORMULA>
+inline constexpr bool kFormulaReadsAngle = requires {
+  FORMULA::kReadsAngle;
 };
 
 /// A row of the table: a system, the formula that the dispatch by number takes, and, where it differs, the one that the
@@ -219,34 +228,45 @@ inline constexpr CoordinateColumn kFirstThree[] = {{kOfSpace, 0}, {kOfSpace, 1},
 inline constexpr CoordinateColumn kPolar[] = {{kOfSpace, 0}, {kOfSpace, 3}, {kOfSpace, 4}};
 inline constexpr CoordinateColumn kTristimulus[] = {{kXyz, 0}, {kXyz, 1}, {kXyz, 2}};
 inline constexpr CoordinateColumn kXyzAndXy[] = {{kXyz, 0}, {kXyz, 1}, {kXyz, 2}, {kXy, 0}, {kXy, 1}};
+inline constexpr std::array<std::string_view, 4> kNoNames{}, kLcCf{"l", "c", "cf"}, kKlKcKh{"kL", "kC", "kH"},
+    kKchKe{"kCH", "kE"}, kGlGcGh{"gL", "gC", "gH"};
 inline constexpr CoordinateColumn kYxy[] = {{kXyz, 1}, {kXy, 0}, {kXy, 1}};
 
 // clang-format off
 inline constexpr std::tuple kRows{
-    //                           number           short name  space    parameters             ellipsoid     in dE  components   coordinates
-    SystemRow<EabFormula>{    {vrxSystemLab,     "lab",     kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive}},
-    SystemRow<CmcFormula>{    {vrxSystemCmc,     "cmc",     kLab,    3, {2.0, 1.0, 1.0, 1.0}, 2,            true,  kHundredths, kAllFive}},
-    SystemRow<HunterFormula>{ {vrxSystemHunter,  "hunter",  kHunter, 0, kOnes,                kNoEllipsoid, true,  kHundredths, kFirstThree}},
-    SystemRow<Fmc2Formula>{   {vrxSystemFmc2,    "fmc2",    kLab,    0, kOnes,                kNoEllipsoid, false, kHundredths, kTristimulus}},
-    SystemRow<Cie94Formula>{  {vrxSystemCie94,   "cie94",   kLab,    4, kOnes,                3,            true,  kHundredths, kAllFive}},
-    SystemRow<EabFormula>{    {vrxSystemLch,     "lch",     kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kPolar}},
-    SystemRow<EabFormula>{    {vrxSystemLuv,     "luv",     kLuv,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive}},
-    SystemRow<XyzFormula>{    {vrxSystemXyz,     "xyz",     kLab,    0, kOnes,                kNoEllipsoid, false, kTenths,     kXyzAndXy}},
-    SystemRow<GePqs2Formula>{ {vrxSystemGePqs2,  "gepqs2",  kLab,    0, kOnes,                kNoEllipsoid, false, kHundredths, kYxy}},
-    SystemRow<AudiFormula>{   {vrxSystemAudi,    "audi",    kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive}},
+    //                           number           short name  space    parameters             ellipsoid     in dE  components   coordinates  names of parameters
+    SystemRow<EabFormula>{    {vrxSystemLab,     "lab",     kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
+    SystemRow<CmcFormula>{    {vrxSystemCmc,     "cmc",     kLab,    3, {2.0, 1.0, 1.0, 1.0}, 2,            true,  kHundredths, kAllFive,    kLcCf}},
+    SystemRow<HunterFormula>{ {vrxSystemHunter,  "hunter",  kHunter, 0, kOnes,                kNoEllipsoid, true,  kHundredths, kFirstThree, kNoNames}},
+    SystemRow<Fmc2Formula>{   {vrxSystemFmc2,    "fmc2",    kLab,    0, kOnes,                kNoEllipsoid, false, kHundredths, kTristimulus, kNoNames}},
+    SystemRow<Cie94Formula>{  {vrxSystemCie94,   "cie94",   kLab,    4, kOnes,                3,            true,  kHundredths, kAllFive,    kKlKcKh}},
+    SystemRow<EabFormula>{    {vrxSystemLch,     "lch",     kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kPolar,      kNoNames}},
+    SystemRow<EabFormula>{    {vrxSystemLuv,     "luv",     kLuv,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
+    SystemRow<XyzFormula>{    {vrxSystemXyz,     "xyz",     kLab,    0, kOnes,                kNoEllipsoid, false, kTenths,     kXyzAndXy,   kNoNames}},
+    SystemRow<GePqs2Formula>{ {vrxSystemGePqs2,  "gepqs2",  kLab,    0, kOnes,                kNoEllipsoid, false, kHundredths, kYxy,        kNoNames}},
+    SystemRow<AudiFormula>{   {vrxSystemAudi,    "audi",    kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
     SystemRow<EabFormula, Din99Formula>{
-                              {vrxSystemDin99,   "din99",   kLab,    2, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive}},
-    SystemRow<Cie2000Formula>{{vrxSystemCie2000, "cie2000", kLab,    4, kOnes,                3,            true,  kHundredths, kAllFive}},
-    SystemRow<Din6175Formula>{{vrxSystemDin6175, "din6175", kLab,    3, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive}},
+                              {vrxSystemDin99,   "din99",   kLab,    2, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kKchKe}},
+    SystemRow<Cie2000Formula>{{vrxSystemCie2000, "cie2000", kLab,    4, kOnes,                3,            true,  kHundredths, kAllFive,    kKlKcKh}},
+    SystemRow<Din6175Formula>{{vrxSystemDin6175, "din6175", kLab,    3, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kGlGcGh}},
 };
 // clang-format on
 
 using Rows = std::remove_const_t<decltype(kRows)>;
 static_assert(std::tuple_size_v<Rows> == kDifferenceSystems, "every difference system has one row");
 
+// The row's properties with those that its formula states.
+template <class FORMULA, class OWN_FORMULA>
+constexpr DifferenceSystem SystemOf(const SystemRow<FORMULA, OWN_FORMULA>& row) {
+  static_assert(FORMULA::kReadsXyz == OWN_FORMULA::kReadsXyz, "one answer for a system");
+  DifferenceSystem system = row.system;
+  system.readsXyz = FORMULA::kReadsXyz;
+  system.readsAngle = kFormulaReadsAngle<FORMULA>;
+  return system;
+}
 template <std::size_t... I>
 constexpr std::array<DifferenceSystem, sizeof...(I)> SystemsOf(std::index_sequence<I...>) {
-  return {std::get<I>(kRows).system...};
+  return {SystemOf(std::get<I>(kRows))...};
 }
 inline constexpr auto kSystems = SystemsOf(std::make_index_sequence<kDifferenceSystems>());
 

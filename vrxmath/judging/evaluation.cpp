@@ -4,8 +4,7 @@
 #include <cmath>
 
 #include <vrxmath/colorimetry/color_differences.h>
-#include <vrxmath/colorimetry/hue.h>
-#include <vrxmath/numeric/elementary.h>
+#include <vrxmath/judging/lch_box.h>
 
 namespace vrx {
 namespace {
@@ -27,30 +26,6 @@ void Resize(TABLE& table, int32_t geometries, int32_t illuminants) {
 template <class ARRAY>
 void GrowTo(ARRAY& array, int32_t size) {
   if (array.GetSize() < size) array.SetSize(size);
-}
-
-// The angle in radians whose chord on a circle of radius `chroma` has the length of a hue limit, with the
-// limit's sign; half a circle where no chord is that long.
-double ChordAngle(double limit, double chroma) {
-  const double length = std::fabs(limit);
-  if (length == 0.0) return 0.0;
-  const double angle = length >= 2.0 * chroma ? kPi : 2.0 * Asin(length / (2.0 * chroma));
-  return limit < 0.0 ? -angle : angle;
-}
-
-double WithinFullCircle(double angle) {
-  if (angle < 0.0) return angle + kTwoPi;
-  return angle > kTwoPi ? angle - kTwoPi : angle;
-}
-
-// Whether hue limits about a standard admit the hue of a trial.
-bool AdmitsHue(const CLabValues& standard, const CLabValues& trial, Interval hueLimits) {
-  const double h = HueRadiansOf(standard), C = standard[CLabValues::kChroma], hue = HueRadiansOf(trial);
-  const double down = ChordAngle(hueLimits.lower, C), up = ChordAngle(hueLimits.upper, C);
-  if (up - down >= kTwoPi - kDoubleEpsilon) return true;  // the full circle
-  // Equal ends stand for the full circle in a sector; here they leave no room beside the standard's hue.
-  if (NearlyEqual(down, up)) return NearlyEqual(hue, h);
-  return down < up && HueInSector(hue, WithinFullCircle(h + down), WithinFullCircle(h + up));
 }
 
 }  // namespace
@@ -305,9 +280,11 @@ bool CVarexCalc::BoxAccepts(const CBoxTolData& box, int32_t g, int32_t i, const 
   const CColorValues* trial = FindEntry(valuesA, geometry, i);
   const CColorValues* standard = FindEntry(valuesB, geometry, i);
   if (trial == nullptr || standard == nullptr) return false;
-  return ScaledAboutCentre(box.Limits(0), factor).Contains(difference[CDeltaValues::kL]) &&
-         ScaledAboutCentre(box.Limits(1), factor).Contains(difference[CDeltaValues::kChroma]) &&
-         AdmitsHue(standard->lab, trial->lab, ScaledAboutCentre(box.Limits(2), factor));
+  return AcceptsLch(
+      {ScaledAboutCentre(box.Limits(0), factor), ScaledAboutCentre(box.Limits(1), factor),
+       ScaledAboutCentre(box.Limits(2), factor)},
+      {difference[CDeltaValues::kL], difference[CDeltaValues::kChroma], standard->lab[CLabValues::kChroma],
+       HueRadiansOf(standard->lab), HueRadiansOf(trial->lab)});
 }
 
 Verdict CVarexCalc::JudgeBox(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const {

@@ -1,13 +1,12 @@
 // vrx delta: differences of pairs of colours.
 
 #include <algorithm>
-#include <cmath>
+#include <array>
 #include <memory>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
-
-#include <vrxmath/colorimetry/color_differences.h>
-#include <vrxmath/colorimetry/color_spaces.h>
 
 #include <vrxio/csv/value_columns.h>
 #include "tools/vrx/base/command.h"
@@ -30,80 +29,38 @@ struct DeltaOptions {
   Format format = Format::kTable;
 };
 
-// The difference of a pair under one illuminant.
-class PairDifference {
- public:
-  PairDifference(const CDifferenceSettings& settings, int32_t observer, bool fromXyz)
-      : settings_(settings), observer_(observer), fromXyz_(fromXyz) {}
-
-  /// `values`: the three of the standard, the three of the sample, the measuring angle in degrees.
-  const CDeltaValues& Of(const std::vector<double>& values, vrxIlluminant illuminant) {
-    SetColor(illuminant, &values[0], standard_, standardLab_);
-    SetColor(illuminant, &values[3], sample_, sampleLab_);
-    const double angle = std::fabs(values[6]);  // the gloss lies on both sides
-    ComputeDifference(settings_, illuminant, observer_, standard_, sample_, angle, delta_);
-    return delta_;
-  }
-  /// L*a*b* of the last pair, whatever the system works in.
-  const CLabValues& StandardLab() const { return standardLab_; }
-  const CLabValues& SampleLab() const { return sampleLab_; }
-
- private:
-  // L*a*b* that was given stays as it is; whatever else the system needs is computed from the values.
-  void SetColor(vrxIlluminant illuminant, const double* values, CColorValues& color, CLabValues& lab) const {
-    if (fromXyz_) {
-      std::copy_n(values, 3, color.tristimulus.begin());
-      FillCoordinates(vrxSystemLab, illuminant, observer_, color);
-    } else {
-      std::copy_n(values, 3, color.lab.begin());
-      ChromaHue(color.lab);
-      LabToXyz(illuminant, observer_, color.lab, color.tristimulus);
-    }
-    lab = color.lab;
-    if (FindDifferenceSystem(settings_.system)->space != CoordinateSpace::kLab) {
-      FillCoordinates(settings_.system, illuminant, observer_, color);
-    }
-  }
-
-  CDifferenceSettings settings_;
-  int32_t observer_;
-  bool fromXyz_;
-  CColorValues standard_, sample_;
-  CLabValues standardLab_, sampleLab_;
-  CDeltaValues delta_;
-};
-
-// Judges differences by a box: the library's context with one illuminant, of which only the tolerance and the colours
-// serve, since the angle of a pair need not be that of a geometry.
+// Pairs on their way to the output, judged many at once.
 class PairJudge {
  public:
-  PairJudge(const DeltaOptions& options, const CDifferenceSettings& settings) {
-    calc_.method = settings.system;
-    calc_.methodSettings = settings;
-    calc_.warningFactor = CheckedWarning(options.warning);
-    calc_.boxTolerances.SetAngleCount(1);
-    calc_.boxTolerances[0][0].SetSize(1);
-    if (!options.tolerance.empty()) {
-      calc_.boxTolerances[0][0][0] = BoxOf(options.tolerance, settings.system);
-    }
-    for (CColorValuesIllDataArray* values : {&calc_.valuesA, &calc_.valuesB}) {
-      values->SetSize(1);
-      (*values)[0].SetSize(1);
-    }
-    calc_.labDifferences.SetSize(1);
-    calc_.labDifferences[0].SetSize(1);
-  }
+  explicit PairJudge(const JudgeSettings& settings) : judge_(settings) {}
 
-  IlluminantJudgement Of(const CLabValues& standard, const CLabValues& sample,
-                         const CDeltaValues& difference) {
-    calc_.valuesB[0][0].lab = standard;
-    calc_.valuesA[0][0].lab = sample;
-    DeltaEab(standard, sample, calc_.labDifferences[0][0]);
-    return JudgementOf(calc_.JudgeAt(0, 0, 0, difference), difference, false);
+  std::size_t Size() const { return ids_.size(); }
+  /// `values`: the three of the standard, the three of the sample, the measuring angle in degrees.
+  void Add(std::string_view id, const std::vector<double>& values, Sample::Kind kind) {
+    if (standards_.size() == Size()) standards_.emplace_back(), samples_.emplace_back();
+    Standard& standard = standards_[Size()];
+    Sample& sample = samples_[Size()];
+    standard.sample.kind = sample.kind = kind;
+    std::copy_n(values.begin(), 3, standard.sample.color.begin());
+    std::copy_n(values.begin() + 3, 3, sample.color.begin());
+    standard.angle = values[6];
+    ids_.emplace_back(id);
+  }
+  /// Calls visit(id, judgement) for the pairs in turn, and lets go of them.
+  template <class VISIT>
+  void Judge(const VISIT& visit) {
+    std::vector<const Sample*> samples;
+    for (std::size_t i = 0; i < Size(); ++i) samples.push_back(&samples_[i]);
+    judge_.Evaluate(std::span(standards_).first(Size()), samples);
+    for (std::size_t i = 0; i < Size(); ++i) visit(ids_[i], judge_.Row(i));
+    ids_.clear();
   }
 
  private:
-  CVarexCalc calc_;
+  tool::Judge judge_;
+  std::vector<std::string> ids_;
+  std::vector<Standard> standards_;  // at least as many
+  std::vector<Sample> samples_;
 };
 
 // Writes differences in one of the three formats, with words and verdicts where there are any.
@@ -121,10 +78,9 @@ class DeltaRows {
     if (format != Format::kJson) rows_ = MakeRowWriter(format, output, Columns());
   }
 
-  /// `judgement`: null without verdicts.
-  void Add(std::string_view id, vrxIlluminant illuminant, const CDeltaValues& delta,
-           const IlluminantJudgement* judgement) {
-    if (format_ == Format::kJson) return AddObject(id, illuminant, delta, judgement);
+  void Add(std::string_view id, vrxIlluminant illuminant, const JudgementUnder& judgement) {
+    if (format_ == Format::kJson) return AddObject(id, illuminant, judgement);
+    const auto& delta = judgement.difference;
     rows_->Text(id);
     if (format_ == Format::kCsv) rows_->Text(system_);
     rows_->Text(CodeOf(illuminant));
@@ -132,9 +88,9 @@ class DeltaRows {
     if (format_ == Format::kCsv) {
       for (const double element : delta) rows_->Number(element);
     } else {
-      for (const DifferenceColumn& column : columns_) rows_->Number(delta[column.element]);
+      for (const DifferenceColumn& column : columns_) rows_->Number(ElementOf(delta, column));
     }
-    if (judgement != nullptr) AddVerdicts(*judgement);
+    if (withVerdicts_) AddVerdicts(judgement);
     rows_->EndRow();
   }
 
@@ -164,13 +120,17 @@ class DeltaRows {
     return columns;
   }
 
-  void AddVerdicts(const IlluminantJudgement& judgement) {
+  static double ElementOf(const std::array<double, 7>& delta, const DifferenceColumn& column) {
+    return delta[static_cast<std::size_t>(column.element)];
+  }
+
+  void AddVerdicts(const JudgementUnder& judgement) {
     if (format_ == Format::kCsv) {
       for (const ShadeWord word : judgement.words) rows_->Text(TextOf(word));
     } else {
       rows_->Text(JoinedWords(judgement.words));
     }
-    for (const Verdict verdict : {judgement.components, judgement.total, judgement.overall}) {
+    for (const Verdict verdict : {judgement.components, judgement.total, judgement.verdict}) {
       if (format_ == Format::kCsv) {
         rows_->Integer(verdict);
       } else {
@@ -179,22 +139,21 @@ class DeltaRows {
     }
   }
 
-  void AddObject(std::string_view id, vrxIlluminant illuminant, const CDeltaValues& delta,
-                 const IlluminantJudgement* judgement) {
+  void AddObject(std::string_view id, vrxIlluminant illuminant, const JudgementUnder& judgement) {
     nlohmann::ordered_json object;
     object["id"] = id;
     object["system"] = system_;
     object["illuminant"] = CodeOf(illuminant);
     object["observer"] = observer_;
-    for (const double element : delta) object["elements"].push_back(JsonNumber(element));
+    for (const double element : judgement.difference) object["elements"].push_back(JsonNumber(element));
     for (const DifferenceColumn& column : columns_) {
-      object["columns"][column.heading] = JsonNumber(delta[column.element]);
+      object["columns"][column.heading] = JsonNumber(ElementOf(judgement.difference, column));
     }
-    if (judgement != nullptr) {
-      for (const ShadeWord word : judgement->words) object["words"].push_back(TextOf(word));
-      object["box"] = judgement->components;
-      object["total"] = judgement->total;
-      object["verdict"] = judgement->overall;
+    if (withVerdicts_) {
+      for (const ShadeWord word : judgement.words) object["words"].push_back(TextOf(word));
+      object["box"] = judgement.components;
+      object["total"] = judgement.total;
+      object["verdict"] = judgement.verdict;
     }
     array_.Add(object);
   }
@@ -209,26 +168,36 @@ class DeltaRows {
 };
 
 void RunDelta(const DeltaOptions& options) {
-  const std::vector<vrxIlluminant> illuminants = options.viewing.Illuminants();
-  const int32_t observer = options.viewing.Observer();
-  const CDifferenceSettings settings = options.system.Settings();
+  JudgeSettings settings;
+  settings.illuminants = options.viewing.Illuminants();
+  settings.observer = options.viewing.Observer();
+  settings.difference = options.system.Settings();
+  settings.warningFactor = CheckedWarning(options.warning);
+  const bool judges = !options.tolerance.empty();
+  if (judges) settings.box = BoxOf(options.tolerance, settings.difference.system);
   CsvReader csv(options.pairs);
   const bool fromXyz = HasColumns(csv.Header(), {"X1", "Y1", "Z1"});
   ValueRows values = fromXyz ? ValueRows(csv, {"X1", "Y1", "Z1", "X2", "Y2", "Z2", "angle"}, 6)
                              : ValueRows(csv, {"L1", "a1", "b1", "L2", "a2", "b2", "angle"}, 6);
-  PairDifference difference(settings, observer, fromXyz);
   OutputStream output;
-  const bool judges = !options.tolerance.empty();
-  PairJudge judge(options, settings);
-  DeltaRows rows(settings, observer, options.format, judges, output);
-  while (values.Next()) {
-    for (const vrxIlluminant illuminant : illuminants) {
-      const CDeltaValues& delta = difference.Of(values.Values(), illuminant);
-      IlluminantJudgement judgement;
-      if (judges) judgement = judge.Of(difference.StandardLab(), difference.SampleLab(), delta);
-      rows.Add(values.Id(), illuminant, delta, judges ? &judgement : nullptr);
+  DeltaRows rows(settings.difference, settings.observer, options.format, judges, output);
+  const auto write = [&](const std::string& id, const Judgement& judgement) {
+    for (std::size_t i = 0; i < judgement.under.size(); ++i) {
+      rows.Add(id, settings.illuminants[i], judgement.under[i]);
     }
+  };
+  constexpr std::size_t kTogether = 512;
+  PairJudge pairs(settings);
+  try {
+    while (values.Next()) {
+      pairs.Add(values.Id(), values.Values(), fromXyz ? Sample::kXyz : Sample::kLab);
+      if (pairs.Size() == kTogether) pairs.Judge(write);
+    }
+  } catch (...) {  // the rows before a bad one are written
+    pairs.Judge(write);
+    throw;
   }
+  pairs.Judge(write);
   rows.Finish();
   output.Finish();
 }

@@ -76,7 +76,7 @@ struct Accepted {
   }
 };
 
-std::unique_ptr<Standards> OpenStandards(const FitOptions& options, const JudgeSettings& settings) {
+std::unique_ptr<Standards> OpenStandards(const FitOptions& options) {
   const bool oneFile = options.standard.empty();
   if (oneFile && options.pairs) throw InputError("--pairs needs the standards: --standard FILE");
   const std::string& standardFile = oneFile ? options.accepted : options.standard;
@@ -84,8 +84,8 @@ std::unique_ptr<Standards> OpenStandards(const FitOptions& options, const JudgeS
     throw InputError("standard and accepted trials are read apart: name a file");
   }
   CurveReader reader = OpenCurves(standardFile, options.input);
-  return options.pairs ? PairedStandards(std::move(reader), settings)
-                       : OneStandard(std::move(reader), options.standardId, settings);
+  return options.pairs ? PairedStandards(std::move(reader))
+                       : OneStandard(std::move(reader), options.standardId);
 }
 
 // The differences of accepted curves from their standard. In a file that holds the standard too, every other
@@ -95,22 +95,24 @@ Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
   settings.illuminants = options.viewing.Illuminants();
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
-  const auto standards = OpenStandards(options, settings);
+  const auto standards = OpenStandards(options);
   Accepted accepted{
       options.accepted, "", ShortNameOf(settings.difference.system), DegreesOf(settings.observer), {}};
   for (const vrxIlluminant illuminant : settings.illuminants)
     accepted.illuminants.push_back(CodeOf(illuminant));
   ProgressBar progress(trials.Source().Size());
+  Judge judge(settings);
   CurveRow trial;
   while (trials.Next(trial)) {
-    Judge& judge = standards->For(trial);
-    if (!options.pairs && standards->Reader().HasNames()) accepted.standard = judge.StandardId();
-    if (options.standard.empty() && judge.StandardId() == trial.id) continue;
-    judge.Evaluate(trial);
+    const Standard& standard = standards->Of(trial);
+    if (!options.pairs && standards->Reader().HasNames()) accepted.standard = standard.id;
+    if (options.standard.empty() && standard.id == trial.id) continue;
+    judge.Evaluate(standard, trial);
+    const Judgement judgement = judge.Row();
     for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
-      const Difference d = judge.LabDifference(i).Values();
-      accepted.clouds[{trial.geometry, i}].Add(trials.Source(), {d.dL, d.da, d.db},
-                                               judge.Difference(i)[CDeltaValues::kTotal]);
+      const auto& d = judgement.under[i].labDifference;
+      accepted.clouds[{trial.geometry, i}].Add(trials.Source(), {d[0], d[1], d[2]},
+                                               judgement.under[i].difference.back());
     }
     progress.Update(trials.Source().Position());
   }

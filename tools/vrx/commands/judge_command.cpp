@@ -42,19 +42,21 @@ class Selection {
       : options_(options), only_(VerdictsOf(options.only)), output_(output) {}
 
   void Add(const CurveReader& trials, const PipelineTrial& judged) {
-    const Judgement& judgement = judged.judgement;
+    const TrialJudgement& judgement = judged.judgement;
     constexpr std::size_t kMost = 200'000;
-    if (output_ == nullptr || !only_[static_cast<std::size_t>(judgement.Overall())]) return;
+    if (output_ == nullptr || !only_[static_cast<std::size_t>(judgement.Worst())]) return;
     if (!options_.worstFirst)
       return judged.text.empty() ? output_->Add(judgement) : output_->AddText(judged.text);
-    if (held_.size() == kMost)
-      trials.Source().FailRow("more than 200000 trials to sort; --only fail leaves fewer");
+    if (held_.size() == kMost) {
+      throw InputError(trials.Source().Name() +
+                       ": more than 200000 trials to sort; --only fail leaves fewer");
+    }
     held_.push_back(judgement);
   }
 
   void Finish() {
     std::ranges::stable_sort(held_, std::greater<>(), LargestTotal);
-    for (const Judgement& judgement : held_) output_->Add(judgement);
+    for (const TrialJudgement& judgement : held_) output_->Add(judgement);
   }
 
  private:
@@ -68,9 +70,9 @@ class Selection {
     return verdicts;
   }
   // Under any illuminant; what has no difference goes first.
-  static double LargestTotal(const Judgement& judgement) {
+  static double LargestTotal(const TrialJudgement& judgement) {
     double largest = 0;
-    for (const IlluminantJudgement& under : judgement.under) {
+    for (const JudgementUnder& under : judgement.under) {
       const double total = under.difference.back();
       largest = std::max(largest, under.available && !std::isnan(total) ? total : HUGE_VAL);
     }
@@ -80,7 +82,7 @@ class Selection {
   const JudgeOptions& options_;
   std::array<bool, 3> only_;  // by verdict
   JudgeOutput* output_;       // none for a summary alone
-  std::vector<Judgement> held_;
+  std::vector<TrialJudgement> held_;
 };
 
 JudgeColumns ColumnsOf(const ComparisonOptions& options, const CurveReader& trials) {
@@ -114,18 +116,16 @@ ExitStatus RunJudge(const JudgeOptions& options) {
   Selection selection(options, results.get());
   JudgeSummaries summaries(settings.illuminants.size());
   JudgingPipeline pipeline(comparison, settings, options.worstFirst ? nullptr : results.get(),
-                           [&](const PipelineTrial& judged, Judge& judge) {
-                             const Judgement& judgement = judged.judgement;
+                           [&](const PipelineTrial& judged, const Standard& standard, const Judge& judge) {
+                             const TrialJudgement& judgement = judged.judgement;
                              for (std::size_t i = 0; i < summaries.size(); ++i) {
                                summaries[i].Add(judgement.trial, judgement.under[i]);
                              }
                              selection.Add(comparison.Trials(), judged);
-                             if (report) report->Add(judged.trial, judge, judgement);
+                             if (report) report->Add(judged, standard, judge);
                            });
-  // A report looks into the judge of each trial, and the list of the worst says at which row it became too long.
   constexpr std::size_t kChunk = 128;
-  pipeline.Run(report || options.worstFirst ? 1 : options.threads.Count(),
-               report || options.worstFirst ? 1 : kChunk);
+  pipeline.Run(options.threads.Count(), kChunk);
   selection.Finish();
   if (report) report->Finish(summaries);
   results ? results->Finish(summaries) : WriteSummaries(options.format, output, settings, summaries);

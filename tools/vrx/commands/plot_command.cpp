@@ -72,14 +72,14 @@ JudgedTrials JudgeTrials(const PlotOptions& options, const JudgeSettings& settin
     judged.SetMeasured(comparison.Trials().Grid().FirstWavelength(),
                        comparison.Trials().Grid().LastWavelength());
   }
-  Judgement judgement;
-  comparison.ForEachTrial([&](const CurveRow& trial, Judge& judge) {
+  Judge judge(settings);
+  TrialJudgement judgement;
+  comparison.ForEachTrial([&](const CurveRow& trial, const Standard& standard) {
     if (!options.trialId.empty() && trial.id != options.trialId) return;
     if (geometry != kNoGeometry && trial.geometry != geometry) return;
-    judge.Evaluate(trial);
-    judgement.SetTrial(trial);
-    judge.Take(judgement);
-    judged.Add(trial, judge, judgement);
+    judge.Evaluate(standard, trial);
+    judge.Take(0, judgement);
+    judged.Add(trial, judgement, standard, judge, 0);
   });
   comparison.WarnAboutInput();
   if (judged.Trials().empty()) throw InputError(options.comparison.trials + ": there is no such trial");

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include <vrxmath/batch/nearest.h>
+#include <vrxmath/batch/sample_colors.h>
 #include <vrxmath/colorimetry/color_differences.h>
-#include <vrxmath/colorimetry/color_spaces.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/reader_names.h"
@@ -18,6 +18,7 @@
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/input/threads_option.h"
+#include "tools/vrx/judging/judge.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {
@@ -34,86 +35,71 @@ struct SearchOptions {
   Format format = Format::kTable;
 };
 
+// The conditions that colours are computed for.
+struct SearchConditions {
+  CDifferenceSettings difference;
+  std::vector<vrxIlluminant> illuminants;
+  int32_t observer = kObserver10;
+};
+
 // Colours under every illuminant, and their names.
-class ColorTable {
+class NamedColors {
  public:
-  ColorTable(const CDifferenceSettings& settings, std::vector<vrxIlluminant> illuminants, int32_t observer)
-      : settings_(settings),
-        illuminants_(std::move(illuminants)),
-        observer_(observer),
-        colors_(illuminants_.size()) {}
+  /// `conditions` must outlive it.
+  explicit NamedColors(const SearchConditions& conditions)
+      : conditions_(conditions), colors_{std::vector<ColorTable::Under>(conditions.illuminants.size())} {}
 
   void Add(const CurveRow& row) {
+    constexpr std::size_t kTogether = 512;
     names_.emplace_back(row.id);
-    for (std::size_t j = 0; j < illuminants_.size(); ++j) {
-      CColorValues color;
-      Fill(row, illuminants_[j], color);
-      colors_[j].xyz.insert(colors_[j].xyz.end(), color.tristimulus.begin(), color.tristimulus.end());
-      const Lab lab = color.lab.Values();
-      colors_[j].lab.insert(colors_[j].lab.end(), {lab.L, lab.a, lab.b, lab.C, lab.h});
+    waiting_.Add(row);
+    if (++waitingCount_ == kTogether) Compute();
+  }
+  /// Computes the colours of the rows that were added.
+  void Compute() {
+    if (waitingCount_ == 0) return;
+    const ColorTable added = ColorsOf(waiting_.View(), conditions_.difference.system, conditions_.illuminants,
+                                      conditions_.observer);
+    for (std::size_t j = 0; j < colors_.under.size(); ++j) {
+      Append(added.under[j].xyz, colors_.under[j].xyz);
+      Append(added.under[j].lab, colors_.under[j].lab);
     }
+    waiting_.Clear();
+    waitingCount_ = 0;
   }
   void Clear() {
     names_.clear();
-    for (Columns& colors : colors_) colors.xyz.clear(), colors.lab.clear();
+    for (ColorTable::Under& under : colors_.under) under.xyz.clear(), under.lab.clear();
   }
 
   std::size_t Size() const { return names_.size(); }
   const std::string& Name(std::size_t i) const { return names_[i]; }
-  Color At(std::size_t illuminant, std::size_t i) const {
-    const double* x = &colors_[illuminant].xyz[3 * i];
-    const double* l = &colors_[illuminant].lab[5 * i];
-    return {{x[0], x[1], x[2]}, {l[0], l[1], l[2], l[3], l[4]}};
-  }
-  std::vector<ColorBatch> Batches() const {
-    std::vector<ColorBatch> batches;
-    batches.reserve(colors_.size());
-    for (const Columns& colors : colors_) batches.push_back({colors.xyz, colors.lab});
-    return batches;
-  }
+  Color At(std::size_t illuminant, std::size_t i) const { return colors_.At(illuminant, i); }
+  std::vector<ColorBatch> Batches() const { return colors_.Batches(); }
 
  private:
-  struct Columns {
-    std::vector<double> xyz, lab;
-  };
-
-  void Fill(const CurveRow& row, vrxIlluminant illuminant, CColorValues& color) const {
-    if (row.kind == Sample::kLab) {
-      std::ranges::copy(row.color, color.lab.begin());
-      ChromaHue(color.lab);
-      LabToXyz(illuminant, observer_, color.lab, color.tristimulus);
-      if (settings_.system != vrxSystemHunter && settings_.system != vrxSystemLuv) return;
-    } else if (row.kind == Sample::kXyz) {
-      std::ranges::copy(row.color, color.tristimulus.begin());
-    } else {
-      row.curve.Tristimulus(illuminant, observer_, color.tristimulus);
-    }
-    FillCoordinates(settings_.system, illuminant, observer_, color);
+  static void Append(const std::vector<double>& numbers, std::vector<double>& to) {
+    to.insert(to.end(), numbers.begin(), numbers.end());
   }
 
-  CDifferenceSettings settings_;
-  std::vector<vrxIlluminant> illuminants_;
-  int32_t observer_;
+  const SearchConditions& conditions_;
   std::vector<std::string> names_;
-  std::vector<Columns> colors_;  // by illuminant
+  ColorTable colors_;
+  SampleBuffer waiting_;
+  std::size_t waitingCount_ = 0;
 };
 
 // The conditions that a run searches by.
-struct Search {
+struct Search : SearchConditions {
   explicit Search(const SearchOptions& given)
-      : options(given),
-        settings(given.system.Settings()),
-        illuminants(given.viewing.Illuminants()),
-        observer(given.viewing.Observer()),
-        standards(settings, illuminants, observer) {
-    settings.ownFormula = true;
+      : SearchConditions{given.system.Settings(), given.viewing.Illuminants(), given.viewing.Observer()},
+        options(given),
+        standards(*this) {
+    difference.ownFormula = true;
   }
 
   const SearchOptions& options;
-  CDifferenceSettings settings;
-  std::vector<vrxIlluminant> illuminants;
-  int32_t observer;
-  ColorTable standards;
+  NamedColors standards;
 };
 
 // A colour is what was seen under one illuminant; which one only the user knows.
@@ -136,6 +122,7 @@ void ReadStandards(Search& search) {
     search.standards.Add(row);
     progress.Update(reader.Source().Position());
   }
+  search.standards.Compute();
   WarnAboutInput(reader);
 }
 
@@ -144,7 +131,7 @@ class SearchOutput {
   SearchOutput(const Search& search, OutputStream& output)
       : search_(search), rows_(MakeRowWriter(search.options.format, output, Columns(search))) {}
 
-  void Add(const ColorTable& samples, std::size_t sample, std::span<const NearestMatch> matches) {
+  void Add(const NamedColors& samples, std::size_t sample, std::span<const NearestMatch> matches) {
     const double within = search_.options.within;
     for (std::size_t k = 0; k < matches.size() && matches[k].index != NearestMatch::kNone; ++k) {
       const NearestMatch& match = matches[k];
@@ -154,7 +141,7 @@ class SearchOutput {
       rows_->Text(search_.standards.Name(match.index));
       rows_->Number(match.difference);
       for (std::size_t j = 0; search_.illuminants.size() > 1 && j < search_.illuminants.size(); ++j) {
-        rows_->Number(ComputeDifference(search_.settings, search_.standards.At(j, match.index),
+        rows_->Number(ComputeDifference(search_.difference, search_.standards.At(j, match.index),
                                         samples.At(j, sample), 0.0)
                           .dE);
       }
@@ -187,11 +174,12 @@ void RunSearch(const SearchOptions& options) {
   OutputStream output;
   SearchOutput results(search, output);
   CurveReader reader = Open(options.samples, search);
-  ColorTable samples(search.settings, search.illuminants, search.observer);
+  NamedColors samples(search);
   std::vector<NearestMatch> matches;
   const auto searchChunk = [&] {
+    samples.Compute();
     matches.resize(samples.Size() * count);
-    FindNearestBatch(search.settings, 0.0, samples.Batches(), libraries, count, matches,
+    FindNearestBatch(search.difference, 0.0, samples.Batches(), libraries, count, matches,
                      {options.threads.Count(), nullptr});
     for (std::size_t i = 0; i < samples.Size(); ++i)
       results.Add(samples, i, std::span(matches).subspan(i * count, count));

@@ -64,17 +64,25 @@ CBlockSizeData BlocksOf(const std::string& text) {
   return blocks;
 }
 
+CColorValues RecordOf(const Color& color) {
+  CColorValues record;
+  record.tristimulus.SetValues(color.xyz);
+  record.lab.SetValues(color.lab);
+  return record;
+}
+
 // Sorts by blocks; within one, trials keep their order.
 class Sorter {
  public:
   Sorter(const CBlockSizeData& blocks, const JudgeSettings& settings)
       : blocks_(blocks), settings_(settings) {}
 
-  void Add(const CurveReader& reader, const CurveRow& trial, Judge& judge) {
+  /// Takes a trial that `judge` judged.
+  void Add(const CurveReader& reader, const CurveRow& trial, const Judge& judge) {
     constexpr std::size_t kMost = 200'000;
     if (trials_.size() == kMost) reader.Source().FailRow("more than 200000 trials to sort");
-    judge.Evaluate(trial);
-    CColorValues standard = judge.StandardColor(0), sample = judge.TrialColor(0);
+    const JudgementUnder judgement = judge.Row().under.front();
+    CColorValues standard = RecordOf(judge.StandardColor(0, 0)), sample = RecordOf(judgement.trial);
     if (FindDifferenceSystem(settings_.difference.system)->space != CoordinateSpace::kLab) {
       for (CColorValues* color : {&standard, &sample}) {
         FillCoordinates(settings_.difference.system, settings_.illuminants[0], settings_.observer, *color);
@@ -82,12 +90,12 @@ class Sorter {
     }
     const double code = BlockCode(blocks_, standard, sample, settings_.illuminants[0], settings_.observer,
                                   settings_.difference);
-    const Difference difference = judge.Difference(0).Values();
+    const auto& difference = judgement.difference;
     trials_.push_back({static_cast<int32_t>(code),
                        std::string(trial.id),
                        std::string(trial.name),
                        GeometryName(trial.geometry),
-                       {difference.dL, difference.da, difference.db}});
+                       {difference[0], difference[1], difference[2]}});
   }
 
   void Write(const Format& format, bool withName, bool withGeometry, OutputStream& output) {
@@ -146,13 +154,16 @@ void RunSort(const SortOptions& options) {
   }
   const auto standards = OneStandard(
       OpenCurves(oneFile ? options.trials : options.standard, options.input, Content::kCurvesOrColors),
-      options.standardId, settings);
+      options.standardId);
   CurveReader trials = OpenCurves(options.trials, options.input, Content::kCurvesOrColors);
   Sorter sorter(BlocksOf(options.blocks), settings);
+  Judge judge(settings);
   CurveRow trial;
   while (trials.Next(trial)) {
-    Judge& judge = standards->For(trial);
-    if (!oneFile || judge.StandardId() != trial.id) sorter.Add(trials, trial, judge);
+    const Standard& standard = standards->Of(trial);
+    if (oneFile && standard.id == trial.id) continue;
+    judge.Evaluate(standard, trial);
+    sorter.Add(trials, trial, judge);
   }
   OutputStream output;
   sorter.Write(options.format, trials.HasIdsAndNames(), trials.HasGeometries(), output);

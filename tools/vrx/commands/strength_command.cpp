@@ -261,10 +261,10 @@ void RunStrength(const StrengthOptions& options) {
   StrengthRows rows(options.format, output, settings, report);
   DescribeRun(options, settings, comparison.Trials(), report);
   const bool isOneStandard = !options.comparison.pairs && !comparison.Trials().HasStandards();
-  comparison.ForEachTrial([&](const CurveRow& trial, const Judge& judge) {
-    if (isOneStandard) report.SetStandard(judge.StandardCurve());
+  comparison.ForEachTrial([&](const CurveRow& trial, const Standard& standard) {
+    if (isOneStandard) report.SetStandard(standard.sample.curve);
     report.AddCurve(trial.curve);
-    rows.Add(judge.StandardId(), judge.StandardCurve(), trial.id, trial.curve);
+    rows.Add(standard.id, standard.sample.curve, trial.id, trial.curve);
   });
   rows.Finish();
   report.Save();

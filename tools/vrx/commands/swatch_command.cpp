@@ -43,28 +43,30 @@ struct Card {
   std::vector<Pair> pairs;
 };
 
-bool ToDisplay(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz, DisplayRgb& colour) {
-  return XyzToDisplayRgb(illuminant, observer, xyz, colour.red, colour.green, colour.blue);
+bool ToDisplay(vrxIlluminant illuminant, int32_t observer, const Xyz& xyz, DisplayRgb& colour) {
+  return XyzToDisplayRgb(illuminant, observer, {xyz.X, xyz.Y, xyz.Z}, colour.red, colour.green, colour.blue);
 }
 
 // The standard's name, then the trial's where it is another one.
-std::string CardTitle(const Judge& judge, const CurveRow& trial) {
-  std::string title = judge.StandardId();
+std::string CardTitle(const Standard& standard, const CurveRow& trial) {
+  std::string title = standard.id;
   if (trial.id != title) title.append(" | ").append(trial.id);
   if (!trial.name.empty() && trial.name != trial.id) title.append(" ").append(trial.name);
   return title;
 }
 
-Card MakeCard(const JudgeSettings& settings, const Judge& judge, const CurveRow& trial) {
-  Card card{CardTitle(judge, trial), {}};
+// Of the trial that `judge` judged against the standard.
+Card MakeCard(const JudgeSettings& settings, const Judge& judge, const Standard& standard,
+              const CurveRow& trial) {
+  Card card{CardTitle(standard, trial), {}};
+  const Judgement judgement = judge.Row();
   for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
     const vrxIlluminant illuminant = settings.illuminants[i];
     Pair pair;
-    pair.displayable =
-        ToDisplay(illuminant, settings.observer, judge.StandardColor(i).tristimulus, pair.standard);
-    pair.displayable &= ToDisplay(illuminant, settings.observer, judge.TrialColor(i).tristimulus, pair.trial);
-    pair.difference = judge.Difference(i)[CDeltaValues::kTotal];
-    pair.verdict = judge.Result(i).overall;
+    pair.displayable = ToDisplay(illuminant, settings.observer, judge.StandardColor(0, i).xyz, pair.standard);
+    pair.displayable &= ToDisplay(illuminant, settings.observer, judgement.under[i].trial.xyz, pair.trial);
+    pair.difference = judgement.under[i].difference.back();
+    pair.verdict = judgement.under[i].verdict;
     card.pairs.push_back(pair);
   }
   return card;
@@ -182,12 +184,13 @@ std::vector<Card> JudgeAll(ComparisonOptions files, const JudgeSettings& setting
   if (oneFile) files.trials = files.standard;
   Comparison comparison(files, settings);
   std::vector<Card> cards;
-  comparison.ForEachTrial([&](const CurveRow& trial, Judge& judge) {
-    if (oneFile && judge.StandardId() == trial.id) return;
+  Judge judge(settings);
+  comparison.ForEachTrial([&](const CurveRow& trial, const Standard& standard) {
+    if (oneFile && standard.id == trial.id) return;
     if (cards.size() == kMaxTrials)
       comparison.Trials().Source().FailRow("more than 1000 trials for one picture");
-    judge.Evaluate(trial);
-    cards.push_back(MakeCard(settings, judge, trial));
+    judge.Evaluate(standard, trial);
+    cards.push_back(MakeCard(settings, judge, standard, trial));
   });
   comparison.WarnAboutInput();
   if (cards.empty()) throw InputError(files.trials + ": there is no trial");

@@ -16,12 +16,13 @@ unsigned ThreadsOption::Count() const {
 void AddThreadsOption(Command& command, ThreadsOption& threads) {
   constexpr int kMost = 256;
   command.AddOption("--threads", threads.given, "On how many threads to work; results do not depend on it")
-      .Shows("1 to 256 [all cores]")
+      .Shows("1 to 256 [0: all cores]")
       .Check([](const std::string& text) {
         int count = 0;
         const char* const end = text.data() + text.size();
         const bool whole = std::from_chars(text.data(), end, count).ptr == end;
-        return whole && count >= 1 && count <= kMost ? "" : "a whole number from 1 to 256 is expected";
+        return whole && count >= 0 && count <= kMost ? ""
+                                                     : "a whole number from 0, all cores, to 256 is expected";
       });
 }
 

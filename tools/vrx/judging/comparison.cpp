@@ -31,9 +31,8 @@ std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, const
   if (trials.HasStandards() && !options.standardId.empty()) {
     throw InputError("--standard-id: the trials name their standards in a column of their own");
   }
-  return options.pairs || trials.HasStandards()
-             ? PairedStandards(std::move(reader), settings)
-             : OneStandard(std::move(reader), options.standardId, settings);
+  return options.pairs || trials.HasStandards() ? PairedStandards(std::move(reader))
+                                                : OneStandard(std::move(reader), options.standardId);
 }
 
 }  // namespace

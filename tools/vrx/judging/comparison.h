@@ -56,21 +56,21 @@ class Comparison {
   void ShowProgress(std::uint64_t position) { progress_->Update(position); }
   void EndProgress() { progress_.reset(); }
 
-  /// Calls `visit(trial, judge)` for each trial in turn, or for the mean of its readings with `--average`, with the
-  /// judge that holds its standard, under a progress bar.
+  /// Calls `visit(trial, standard)` for each trial in turn, or for the mean of its readings with `--average`, under a
+  /// progress bar.
   template <class VISIT>
   void ForEachTrial(VISIT visit) {
     if (average_) {
       for (const Readings& readings : ReadReadings(trials_, 0)) {
         const CurveRow mean = readings.Mean();
-        visit(mean, standards_->For(mean));
+        visit(mean, standards_->Of(mean));
       }
       return standards_->EndTrials();
     }
     ProgressBar progress(trials_.Source().Size());
     CurveRow trial;
     while (trials_.Next(trial)) {
-      visit(trial, standards_->For(trial));
+      visit(trial, standards_->Of(trial));
       progress.Update(trials_.Source().Position());
     }
     standards_->EndTrials();

@@ -1,142 +1,97 @@
-
 #include "tools/vrx/judging/judge.h"
 
 #include <algorithm>
-
-#include <vrxmath/colorimetry/color_differences.h>
-#include <vrxmath/colorimetry/color_spaces.h>
-#include <vrxmath/foundation/numbers.h>
+#include <stdexcept>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/input/conditions.h"
 
 namespace vrx::tool {
+namespace {
 
-Judge::Judge(const JudgeSettings& settings) : settings_(settings) {
-  CIllumArray illuminants;
-  illuminants.SetSize(static_cast<int32_t>(settings.illuminants.size()));
-  std::ranges::copy(settings.illuminants, illuminants.begin());
-  calc_.SetConditions(illuminants, settings.observer);
-  calc_.method = settings.difference.system;
-  calc_.methodSettings = settings.difference;
-  calc_.warningFactor = settings.warningFactor;
-  calc_.judgeByEllipse = settings.ByEllipse();
-  calc_.boxTolerances.SetAngleCount(1);
-  calc_.boxTolerances[0][0].SetSize(illuminants.GetSize());
-  calc_.ellipseTolerances.SetAngleCount(1);
-  calc_.ellipseTolerances[0][0].SetSize(illuminants.GetSize());
-  curve_.SetSize(1);
+double AngleOf(const Standard& standard) {
+  return standard.angle ? *standard.angle : AngleOfCode(static_cast<uint8_t>(std::max(standard.geometry, 0)));
 }
 
-Verdict Judgement::Overall() const {
-  Verdict worst = kPass;
-  for (const IlluminantJudgement& judgement : under) worst = std::min(worst, judgement.overall);
-  return worst;
-}
+}  // namespace
 
-// L*a*b* that was given stays as it is; the library would come back to it from tristimulus values only nearly.
-void Judge::TakeColors(const Sample& sample, CColorValuesIllDataArray& values) const {
-  const auto illuminants = static_cast<int32_t>(settings_.illuminants.size());
-  values.SetSize(1);
-  values[0].SetSize(illuminants);
-  for (int32_t i = 0; i < illuminants; ++i) {
-    const vrxIlluminant illuminant = settings_.illuminants[static_cast<std::size_t>(i)];
-    CColorValues& color = values[0][i];
-    if (sample.kind == Sample::kXyz) {
-      std::ranges::copy(sample.color, color.tristimulus.begin());
-      FillCoordinates(vrxSystemLab, illuminant, settings_.observer, color);
-    } else {
-      std::ranges::copy(sample.color, color.lab.begin());
-      ChromaHue(color.lab);
-      LabToXyz(illuminant, settings_.observer, color.lab, color.tristimulus);
-    }
-  }
-}
-
-void Judge::SetStandard(std::string_view id, int32_t geometry, const Sample& standard) {
-  id_ = id;
-  if (geometry != geometry_) {
-    geometry_ = geometry;
-    const uint8_t code = static_cast<uint8_t>(std::max(geometry, 0));
-    calc_.angles.SetCodes({&code, 1});
-  }
-  standard_ = standard.curve;
-  if (standard.kind == Sample::kCurve) {
-    curve_[0] = standard.curve;
-    calc_.SetStandard(curve_);
+void SampleBuffer::Add(const Sample& sample) {
+  if (numbers_.empty()) kind_ = sample.kind;
+  if (sample.kind != kind_) throw std::logic_error("samples of two kinds");
+  if (kind_ == Sample::kCurve) {
+    numbers_.insert(numbers_.end(), sample.curve.begin(), sample.curve.end());
   } else {
-    calc_.reflectanceB.RemoveAll();
-    TakeColors(standard, calc_.valuesB);
-  }
-  if (calc_.judgeByEllipse) {
-    SetEllipses();
-  } else if (!hasBoxes_ || !settings_.boxes.IsEmpty()) {
-    SetBoxes();
+    numbers_.insert(numbers_.end(), sample.color.begin(), sample.color.end());
   }
 }
 
-void Judge::SetBoxes() {
-  hasBoxes_ = true;
-  for (std::size_t i = 0; i < settings_.illuminants.size(); ++i) {
-    const CBoxTolData* box = settings_.boxes.Find(id_, geometry_, settings_.illuminants[i]);
-    calc_.boxTolerances[0][0][static_cast<std::ptrdiff_t>(i)] = box != nullptr ? *box : settings_.box;
-  }
+Samples SampleBuffer::View() {
+  if (kind_ == Sample::kCurve) return CurveBatch{numbers_};
+  colors_ = BatchView<const double, 3>(std::span<const double>(numbers_));
+  if (kind_ == Sample::kXyz) return XyzSamples{{&colors_, 1}};
+  return LabSamples{{&colors_, 1}};
 }
 
-void Judge::SetEllipses() {
-  if (settings_.buildEllipses) calc_.BuildEllipses();
+JudgeLimits Judge::LimitsOf(const Standard& standard, vrxIlluminant illuminant) const {
+  if (!settings_.ByEllipse()) {
+    const CBoxTolData* box = settings_.boxes.Find(standard.id, standard.geometry, illuminant);
+    return box != nullptr ? *box : settings_.box;
+  }
+  const CEllipseData* ellipse = settings_.ellipses.Find(standard.id, standard.geometry, illuminant);
+  if (ellipse != nullptr) return *ellipse;
+  if (settings_.buildEllipses) return SystemEllipsoid();
+  throw InputError("--ellipses: no row is for standard \"" + standard.id + "\" under " + CodeOf(illuminant));
+}
+
+void Judge::RequireLimits(const Standard& standard) const {
   if (settings_.ellipses.IsEmpty()) return;
-  for (std::size_t i = 0; i < settings_.illuminants.size(); ++i) {
-    const CEllipseData* ellipse = settings_.ellipses.Find(id_, geometry_, settings_.illuminants[i]);
-    if (ellipse != nullptr) {
-      calc_.ellipseTolerances[0][0][static_cast<std::ptrdiff_t>(i)] = *ellipse;
-    } else if (!settings_.buildEllipses) {
-      throw InputError("--ellipses: no row is for standard \"" + id_ + "\" under " +
-                       CodeOf(settings_.illuminants[i]));
+  for (const vrxIlluminant illuminant : settings_.illuminants) LimitsOf(standard, illuminant);
+}
+
+std::vector<JudgeLimits> Judge::AllLimits(std::span<const Standard> standards) const {
+  if (settings_.boxes.IsEmpty() && settings_.ellipses.IsEmpty()) {
+    return {LimitsOf(standards.front(), settings_.illuminants.front())};
+  }
+  std::vector<JudgeLimits> limits;
+  for (const Standard& standard : standards) {
+    for (const vrxIlluminant illuminant : settings_.illuminants) {
+      limits.push_back(LimitsOf(standard, illuminant));
     }
   }
+  return limits;
 }
 
-double Judge::EllipseValue(std::size_t i) const {
-  if (!Result(i).available) return kUnset;
-  return calc_.ellipseTolerances[0][0][static_cast<std::ptrdiff_t>(i)].Value(LabDifference(i));
-}
-
-IlluminantJudgement JudgementOf(const CEvaluation& evaluation, const CDeltaValues& difference,
-                                bool byEllipse) {
-  IlluminantJudgement judgement;
-  judgement.available = evaluation.available;
-  std::ranges::copy(difference, judgement.difference.begin());
-  std::ranges::copy(evaluation.shade.words, judgement.words.begin());
-  judgement.components = byEllipse ? evaluation.ellipse : evaluation.box;
-  judgement.total = evaluation.total;
-  judgement.overall = evaluation.overall;
-  return judgement;
-}
-
-void Judge::Evaluate(const Sample& trial) {
-  if (trial.kind == Sample::kCurve) {
-    curve_[0] = trial.curve;
-    calc_.Evaluate(curve_, results_);
-  } else {
-    calc_.reflectanceA.RemoveAll();
-    TakeColors(trial, calc_.valuesA);
-    calc_.Judge(results_);
+void Judge::SetStandards(std::span<const Standard> standards) {
+  const std::uint64_t stamp = standards.size() == 1 ? standards.front().stamp : 0;
+  if (stamp != 0 && stamp == stamp_) return;
+  stamp_ = 0;
+  samples_.Clear();
+  std::vector<double> angles;
+  for (const Standard& standard : standards) {
+    samples_.Add(standard.sample);
+    angles.push_back(AngleOf(standard));
   }
+  standards_.emplace(settings_, samples_.View(), AllLimits(standards), std::move(angles));
+  stamp_ = stamp;
 }
 
-void Judge::TakeSettings(Judgement& judgement) const {
-  judgement.standard = id_;
-  judgement.under.resize(settings_.illuminants.size());
+void Judge::Evaluate(std::span<const Standard> standards, std::span<const Sample* const> trials,
+                     std::span<const std::size_t> standardOf) {
+  if (trials.empty()) return table_.Resize(0, settings_.illuminants.size());
+  SetStandards(standards);
+  samples_.Clear();
+  for (const Sample* trial : trials) samples_.Add(*trial);
+  JudgeTrials(settings_, *standards_, standardOf, samples_.View(), table_);
 }
 
-void Judge::Take(Judgement& judgement) const {
-  TakeSettings(judgement);
-  for (std::size_t i = 0; i < judgement.under.size(); ++i) {
-    IlluminantJudgement& under = judgement.under[i];
-    under = JudgementOf(Result(i), Difference(i), calc_.judgeByEllipse);
-    under.ellipseValue = calc_.judgeByEllipse ? EllipseValue(i) : kUnset;
-  }
+void Judge::Evaluate(const Standard& standard, const Sample& trial) {
+  const Sample* const only = &trial;
+  Evaluate({&standard, 1}, {&only, 1});
+}
+
+void Judge::Take(std::size_t trial, Judgement& judgement) const {
+  judgement.under.resize(table_.IlluminantCount());
+  for (std::size_t i = 0; i < judgement.under.size(); ++i) judgement.under[i] = table_.At(trial, i);
 }
 
 }  // namespace vrx::tool

@@ -72,7 +72,7 @@ class CsvJudgeRows {
   }
 
   // Takes the rows of a trial, which must live until they are written: at the latest by Finish.
-  void Add(const Judgement& judgement, OutputStream& text) {
+  void Add(const TrialJudgement& judgement, OutputStream& text) {
     for (std::size_t i = 0; i < judgement.under.size(); ++i) {
       if ((rows_.size() + 1) * numbersOfRow_ > OutputStream::Numbers::kMost) Finish(text);
       rows_.push_back({&judgement, i});
@@ -84,9 +84,9 @@ class CsvJudgeRows {
     std::array<double, OutputStream::Numbers::kMost> numbers;
     std::size_t count = 0;
     for (const Row& row : rows_) {
-      const IlluminantJudgement& under = row.trial->under[row.illuminant];
+      const JudgementUnder& under = row.trial->under[row.illuminant];
       for (const double element : under.difference) numbers[count++] = element;
-      if (byEllipse_) numbers[count++] = under.ellipseValue;
+      if (byEllipse_) numbers[count++] = under.ellipsoidValue;
     }
     const OutputStream::Numbers texts(text, std::span(numbers).first(count));
     for (std::size_t i = 0; i < rows_.size(); ++i) {
@@ -104,11 +104,11 @@ class CsvJudgeRows {
 
  private:
   struct Row {
-    const Judgement* trial;
+    const TrialJudgement* trial;
     std::size_t illuminant;
   };
 
-  void SetNames(const Judgement& judgement, const OutputStream& text) {
+  void SetNames(const TrialJudgement& judgement, const OutputStream& text) {
     names_.clear();
     for (const std::string* name : {&judgement.standard, &judgement.trial}) {
       text.AddCsvField(*name, names_);
@@ -118,8 +118,8 @@ class CsvJudgeRows {
     names_ += ',';
   }
 
-  void WriteRow(const IlluminantJudgement& under, const ShortText& condition,
-                const OutputStream::Numbers& numbers, std::size_t number, OutputStream& text) const {
+  void WriteRow(const JudgementUnder& under, const ShortText& condition, const OutputStream::Numbers& numbers,
+                std::size_t number, OutputStream& text) const {
     text.Append(names_);
     char* at = condition.Write(text.Room(longestRest_));
     for (std::size_t i = 0; i < under.difference.size(); ++i) {
@@ -127,7 +127,7 @@ class CsvJudgeRows {
       at = numbers.Write(number++, at);
     }
     for (const ShadeWord word : under.words) at = words_[static_cast<std::size_t>(word)].Write(at);
-    for (const Verdict verdict : {under.components, under.total, under.overall}) {
+    for (const Verdict verdict : {under.components, under.total, under.verdict}) {
       *at++ = ',';
       *at++ = static_cast<char>('0' + verdict);
     }
@@ -158,7 +158,7 @@ class CsvJudgeTexts final : public JudgeTexts {
     stream_.Clear();
     rows_.Clear();
   }
-  void Add(const Judgement& judgement) override { rows_.Add(judgement, stream_); }
+  void Add(const TrialJudgement& judgement) override { rows_.Add(judgement, stream_); }
   void Finish() override { rows_.Finish(stream_); }
   std::string_view Text(std::size_t trial) const override {
     const std::size_t begin = trial > 0 ? rows_.Ends()[trial - 1] : 0;
@@ -179,7 +179,7 @@ class CsvJudgeOutput final : public JudgeOutput {
         "verdict");
     output_.Append(settings.ByEllipse() ? ",ellipse\n" : "\n");
   }
-  void Add(const Judgement& judgement) override {
+  void Add(const TrialJudgement& judgement) override {
     rows_.Add(judgement, output_);
     rows_.Finish(output_);
     rows_.Clear();
@@ -200,9 +200,9 @@ class JsonJudgeOutput final : public JudgeOutput {
  public:
   JsonJudgeOutput(OutputStream& output, const JudgeSettings& settings)
       : array_(output), texts_(settings), byEllipse_(settings.ByEllipse()) {}
-  void Add(const Judgement& judgement) override {
+  void Add(const TrialJudgement& judgement) override {
     for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) {
-      const IlluminantJudgement& under = judgement.under[i];
+      const JudgementUnder& under = judgement.under[i];
       nlohmann::ordered_json object;
       object["standard"] = judgement.standard;
       object["trial"] = judgement.trial;
@@ -215,8 +215,8 @@ class JsonJudgeOutput final : public JudgeOutput {
       for (const ShadeWord word : under.words) object["words"].push_back(TextOf(word));
       object["box"] = under.components;
       object["total"] = under.total;
-      object["verdict"] = under.overall;
-      if (byEllipse_) object["ellipse"] = JsonNumber(under.ellipseValue);
+      object["verdict"] = under.verdict;
+      if (byEllipse_) object["ellipse"] = JsonNumber(under.ellipsoidValue);
       array_.Add(object);
     }
   }
@@ -241,7 +241,7 @@ class TableJudgeOutput final : public JudgeOutput {
         byEllipse_(settings.ByEllipse()),
         rows_(MakeRowWriter(format, output, Columns())) {}
 
-  void Add(const Judgement& judgement) override {
+  void Add(const TrialJudgement& judgement) override {
     if (!std::exchange(hasTitle_, true)) WriteTitle(judgement.standard);
     for (std::size_t i = 0; i < judgement.under.size(); ++i) AddRow(judgement, i);
   }
@@ -283,8 +283,8 @@ class TableJudgeOutput final : public JudgeOutput {
     return columns;
   }
 
-  void AddRow(const Judgement& judgement, std::size_t i) {
-    const IlluminantJudgement& under = judgement.under[i];
+  void AddRow(const TrialJudgement& judgement, std::size_t i) {
+    const JudgementUnder& under = judgement.under[i];
     if (shown_.standards == JudgeColumns::kNamed) rows_->Text(judgement.standard);
     rows_->Text(judgement.trial);
     if (shown_.name) rows_->Text(judgement.name);
@@ -294,8 +294,8 @@ class TableJudgeOutput final : public JudgeOutput {
       rows_->Number(under.difference[static_cast<std::size_t>(column.element)]);
     }
     rows_->Text(JoinedWords(under.words));
-    if (byEllipse_) rows_->Number(under.ellipseValue);
-    for (const Verdict verdict : {under.components, under.total, under.overall}) {
+    if (byEllipse_) rows_->Number(under.ellipsoidValue);
+    for (const Verdict verdict : {under.components, under.total, under.verdict}) {
       rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
     }
     rows_->EndRow();

@@ -33,7 +33,7 @@ class JudgeTexts {
   /// Begins a run of trials.
   virtual void Clear() = 0;
   /// Takes the next trial, which must live until Finish.
-  virtual void Add(const Judgement& judgement) = 0;
+  virtual void Add(const TrialJudgement& judgement) = 0;
   /// Makes the texts of all trials that were taken.
   virtual void Finish() = 0;
   /// The text of a trial of the run, until more are taken.
@@ -44,7 +44,7 @@ class JudgeOutput {
  public:
   virtual ~JudgeOutput() = default;
   /// Writes the outcome of a trial under every illuminant.
-  virtual void Add(const Judgement& judgement) = 0;
+  virtual void Add(const TrialJudgement& judgement) = 0;
   /// A maker of the same texts, for one thread; null where they depend on what was written before.
   virtual std::unique_ptr<JudgeTexts> MakeTexts() const { return nullptr; }
   /// Appends such a text.

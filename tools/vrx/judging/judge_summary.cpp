@@ -2,8 +2,8 @@
 
 namespace vrx::tool {
 
-void JudgeSummary::Add(const std::string& trial, const IlluminantJudgement& judgement) {
-  ++verdicts[static_cast<std::size_t>(judgement.overall)];
+void JudgeSummary::Add(const std::string& trial, const JudgementUnder& judgement) {
+  ++verdicts[static_cast<std::size_t>(judgement.verdict)];
   if (!judgement.available) return;
   const double total = judgement.difference.back();
   if (totals.Largest() < total || largestTrial.empty()) largestTrial = trial;

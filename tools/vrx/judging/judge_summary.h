@@ -19,7 +19,7 @@ struct JudgeSummary {
   Distribution totals;                ///< of the trials that have a difference
   std::string largestTrial;           ///< the id of the trial with the largest total
 
-  void Add(const std::string& trial, const IlluminantJudgement& judgement);
+  void Add(const std::string& trial, const JudgementUnder& judgement);
   int64_t Samples() const { return verdicts[kFail] + verdicts[kWarning] + verdicts[kPass]; }
 };
 

@@ -1,6 +1,7 @@
 #include "tools/vrx/judging/judging_pipeline.h"
 
-#include <algorithm>
+#include <span>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -12,11 +13,11 @@ struct JudgingPipeline::Chunk {
   std::vector<PipelineTrial> judged;
   std::size_t standards = 0;
   std::vector<Standard> standardCopies;
-  std::vector<double> curves;                  // of trials that are judged at once
-  std::size_t curvesBegin = 0, curvesEnd = 0;  // those of the trials at once
-  std::unique_ptr<JudgeTexts> texts;           // of the trials; null where the output has none
-  std::uint64_t position = 0;                  // in the file, behind the last trial
-  std::exception_ptr failure;                  // what went wrong behind the last trial
+  std::vector<const Sample*> samples;   // of the trials
+  std::vector<std::size_t> standardOf;  // likewise
+  std::unique_ptr<JudgeTexts> texts;    // likewise; null where the output has none
+  std::uint64_t position = 0;           // in the file, behind the last trial
+  std::exception_ptr failure;           // what went wrong behind the last trial
 };
 
 namespace {
@@ -66,62 +67,50 @@ bool JudgingPipeline::Read(Chunk& chunk, std::size_t chunkTrials) {
   return true;
 }
 
-// Judges the curves from `begin` on that have the standard of the first one, where there are enough of them to be worth it.
-// Returns the end of those that it judged.
-std::size_t JudgingPipeline::EvaluateCurves(Chunk& chunk, std::size_t begin, Judge& judge) {
-  constexpr std::size_t kFewest = 8;
-  std::size_t end = begin;
-  for (; end < chunk.trials && chunk.judged[end].standard == chunk.judged[begin].standard; ++end) {
-    if (chunk.judged[end].trial.kind != Sample::kCurve) break;
-  }
-  if (end - begin < kFewest) return begin;
-  chunk.curves.clear();
-  for (std::size_t i = begin; i < end; ++i) {
-    const CReflData& curve = chunk.judged[i].trial.curve;
-    chunk.curves.insert(chunk.curves.end(), curve.begin(), curve.end());
-  }
-  judge.EvaluateCurves(chunk.curves);
-  return end;
-}
-
-void JudgingPipeline::JudgeTrial(Chunk& chunk, std::size_t i, Judge& judge) const {
-  PipelineTrial& trial = chunk.judged[i];
-  const Standard& standard = chunk.standardCopies[trial.standard];
-  if (judge.StandardStamp() != standard.stamp) judge.SetStandard(standard);
-  if (i >= chunk.curvesEnd) {
-    chunk.curvesBegin = i;
-    chunk.curvesEnd = EvaluateCurves(chunk, i, judge);
-  }
-  if (i < chunk.curvesEnd) {
-    judge.TakeCurve(i - chunk.curvesBegin, trial.judgement);
-  } else {
-    judge.Evaluate(trial.trial);
-    judge.Take(trial.judgement);
-  }
-  if (chunk.texts != nullptr) chunk.texts->Add(trial.judgement);
-}
-
-void JudgingPipeline::JudgeTrials(Chunk& chunk, Judge& judge) const {
-  chunk.curvesEnd = 0;
-  if (chunk.texts != nullptr) chunk.texts->Clear();
-  std::size_t done = 0;
+// Ends the chunk before the first trial whose standard has no limits.
+void JudgingPipeline::DropTrialsWithoutLimits(Chunk& chunk, const Judge& judge) {
+  std::size_t standard = 0;
   try {
-    for (; done < chunk.trials; ++done) JudgeTrial(chunk, done, judge);
+    for (; standard < chunk.standards; ++standard) judge.RequireLimits(chunk.standardCopies[standard]);
   } catch (...) {
     chunk.failure = std::current_exception();
-    chunk.trials = done;
+    while (chunk.trials > 0 && chunk.judged[chunk.trials - 1].standard >= standard) --chunk.trials;
+    chunk.standards = standard;
   }
+}
+
+void JudgingPipeline::JudgeTrials(Chunk& chunk, Judge& judge) {
+  DropTrialsWithoutLimits(chunk, judge);
+  chunk.samples.clear();
+  chunk.standardOf.clear();
+  for (std::size_t i = 0; i < chunk.trials; ++i) {
+    chunk.samples.push_back(&chunk.judged[i].trial);
+    chunk.standardOf.push_back(chunk.judged[i].standard);
+  }
+  judge.Evaluate(std::span(chunk.standardCopies).first(chunk.standards), chunk.samples, chunk.standardOf);
+  for (std::size_t i = 0; i < chunk.trials; ++i) {
+    TrialJudgement& judgement = chunk.judged[i].judgement;
+    judge.Take(i, judgement);
+    judgement.standard = chunk.standardCopies[chunk.judged[i].standard].id;
+  }
+}
+
+void JudgingPipeline::MakeTexts(Chunk& chunk) {
   if (chunk.texts == nullptr) return;
+  chunk.texts->Clear();
+  for (std::size_t i = 0; i < chunk.trials; ++i) chunk.texts->Add(chunk.judged[i].judgement);
   chunk.texts->Finish();
   for (std::size_t i = 0; i < chunk.trials; ++i) chunk.judged[i].text = chunk.texts->Text(i);
 }
 
-bool JudgingPipeline::HandOn(Chunk& chunk, Judge& judge) {
+bool JudgingPipeline::HandOn(Chunk& chunk, const Judge& judge) {
   std::unique_lock lock(writing_);
   turned_.wait(lock, [&] { return turn_ == chunk.number || failure_ != nullptr; });
   if (failure_ != nullptr) return false;
   try {
-    for (std::size_t i = 0; i < chunk.trials; ++i) sink_(chunk.judged[i], judge);
+    for (std::size_t i = 0; i < chunk.trials; ++i) {
+      sink_(chunk.judged[i], chunk.standardCopies[chunk.judged[i].standard], judge);
+    }
     comparison_.ShowProgress(chunk.position);
     if (chunk.failure != nullptr) std::rethrow_exception(chunk.failure);
   } catch (...) {
@@ -138,6 +127,7 @@ void JudgingPipeline::Work(std::size_t chunkTrials) {
   if (output_ != nullptr) chunk.texts = output_->MakeTexts();
   while (Read(chunk, chunkTrials)) {
     JudgeTrials(chunk, judge);
+    MakeTexts(chunk);
     if (!HandOn(chunk, judge)) return;
   }
 }
@@ -154,7 +144,11 @@ void JudgingPipeline::Run(unsigned threads, std::size_t chunkTrials) {
     }
   };
   comparison_.BeginProgress();
-  for (unsigned i = 1; i < threads; ++i) helpers.emplace_back(work);
+  helpers.reserve(threads);
+  try {
+    for (unsigned i = 1; i < threads; ++i) helpers.emplace_back(work);
+  } catch (const std::system_error&) {  // fewer will do
+  }
   work();
   for (std::thread& helper : helpers) helper.join();
   comparison_.EndProgress();

@@ -25,7 +25,7 @@ namespace vrx::tool {
 /// A judged trial on its way to the output.
 struct PipelineTrial {
   CurveRow trial;  ///< its id and name live in the judgement, its standard in `standardName`
-  Judgement judgement;
+  TrialJudgement judgement;
   std::string standardName;
   std::size_t standard = 0;  ///< index into the chunk's standards
   std::string_view text;     ///< as JudgeTexts made it; empty where the output has none
@@ -33,8 +33,8 @@ struct PipelineTrial {
 
 class JudgingPipeline {
  public:
-  /// Receives each trial in turn. `judge` still holds what it computed when `chunkTrials` is 1.
-  using Sink = std::function<void(const PipelineTrial& trial, Judge& judge)>;
+  /// Receives each trial in turn, with its standard and the judge that holds it at the index `trial.standard`.
+  using Sink = std::function<void(const PipelineTrial& trial, const Standard& standard, const Judge& judge)>;
 
   /// `output` may be null. All arguments must outlive the pipeline.
   JudgingPipeline(Comparison& comparison, const JudgeSettings& settings, const JudgeOutput* output, Sink sink)
@@ -49,10 +49,10 @@ class JudgingPipeline {
 
   void Work(std::size_t chunkTrials);
   bool Read(Chunk& chunk, std::size_t chunkTrials);
-  void JudgeTrials(Chunk& chunk, Judge& judge) const;
-  void JudgeTrial(Chunk& chunk, std::size_t i, Judge& judge) const;
-  static std::size_t EvaluateCurves(Chunk& chunk, std::size_t begin, Judge& judge);
-  bool HandOn(Chunk& chunk, Judge& judge);
+  static void DropTrialsWithoutLimits(Chunk& chunk, const Judge& judge);
+  static void JudgeTrials(Chunk& chunk, Judge& judge);
+  static void MakeTexts(Chunk& chunk);
+  bool HandOn(Chunk& chunk, const Judge& judge);
 
   Comparison& comparison_;
   const JudgeSettings& settings_;

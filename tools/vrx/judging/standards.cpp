@@ -19,25 +19,18 @@ namespace {
 
 class OneStandardForAll final : public Standards {
  public:
-  OneStandardForAll(CurveReader reader, const std::string& id, const JudgeSettings& settings)
-      : reader_(std::move(reader)), settings_(settings), id_(id), isNamed_(!id.empty()) {
+  OneStandardForAll(CurveReader reader, const std::string& id)
+      : reader_(std::move(reader)), id_(id), isNamed_(!id.empty()) {
     ReadRows();
   }
 
-  Judge& For(const CurveRow& trial) override {
-    std::unique_ptr<Judge>& judge = judges_[PlaceOf(trial.geometry)];
-    if (!judge) {
-      judge = std::make_unique<Judge>(settings_);
-      judge->SetStandard(Of(trial));
-    }
-    return *judge;
-  }
   const Standard& Of(const CurveRow& trial) override {
     const std::size_t place = PlaceOf(trial.geometry);
     Standard& standard = standards_[place];
     if (standard.stamp == 0) {
       const Row& row = RowFor(trial.geometry);
-      standard = {place + 1, id_, trial.geometry != kNoGeometry ? trial.geometry : row.geometry, row.sample};
+      const int32_t geometry = trial.geometry != kNoGeometry ? trial.geometry : row.geometry;
+      standard = {place + 1, id_, geometry, row.sample, {}};
     }
     return standard;
   }
@@ -49,7 +42,7 @@ class OneStandardForAll final : public Standards {
     Sample sample;
   };
 
-  // Where judge and standard of a geometry stand; the first place is that of none.
+  // Where the standard of a geometry stands; the first place is that of none.
   static std::size_t PlaceOf(int32_t geometry) {
     const int32_t place = geometry - kNoGeometry;
     return static_cast<std::size_t>(place);
@@ -84,24 +77,17 @@ class OneStandardForAll final : public Standards {
   }
 
   CurveReader reader_;
-  const JudgeSettings& settings_;
   std::string id_;
   bool isNamed_;
   std::vector<Row> rows_;
-  std::array<std::unique_ptr<Judge>, kAngleCodes + 1> judges_;  // by place
-  std::array<Standard, kAngleCodes + 1> standards_;             // likewise
+  std::array<Standard, kAngleCodes + 1> standards_;  // by place
 };
 
 // The standard that a trial names, or that of its own id.
 class StandardOfItsOwn final : public Standards {
  public:
-  StandardOfItsOwn(CurveReader reader, const JudgeSettings& settings)
-      : reader_(std::move(reader)), judge_(settings) {}
+  explicit StandardOfItsOwn(CurveReader reader) : reader_(std::move(reader)) {}
 
-  Judge& For(const CurveRow& trial) override {
-    judge_.SetStandard(Of(trial));
-    return judge_;
-  }
   const Standard& Of(const CurveRow& trial) override {
     if (!Fits(trial)) Advance(trial);
     const int32_t geometry = trial.geometry != kNoGeometry ? trial.geometry : row_.geometry;
@@ -205,7 +191,6 @@ class StandardOfItsOwn final : public Standards {
   }
 
   CurveReader reader_;
-  Judge judge_;
   CurveRow row_;
   std::string lastId_;
   Standard standard_;
@@ -216,13 +201,12 @@ class StandardOfItsOwn final : public Standards {
 
 }  // namespace
 
-std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id,
-                                       const JudgeSettings& settings) {
-  return std::make_unique<OneStandardForAll>(std::move(reader), id, settings);
+std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id) {
+  return std::make_unique<OneStandardForAll>(std::move(reader), id);
 }
 
-std::unique_ptr<Standards> PairedStandards(CurveReader reader, const JudgeSettings& settings) {
-  return std::make_unique<StandardOfItsOwn>(std::move(reader), settings);
+std::unique_ptr<Standards> PairedStandards(CurveReader reader) {
+  return std::make_unique<StandardOfItsOwn>(std::move(reader));
 }
 
 }  // namespace vrx::tool

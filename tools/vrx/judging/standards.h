@@ -21,10 +21,8 @@ namespace vrx::tool {
 class Standards {
  public:
   virtual ~Standards() = default;
-  /// The judge that holds the standard of `trial`; valid until the next call. A trial of a geometry takes the
-  /// standard's row of that geometry, else its row without one. Throws InputError when there is none.
-  virtual Judge& For(const CurveRow& trial) = 0;
-  /// The same standard as it was measured, for a judge of the caller's.
+  /// The standard of `trial`; valid until the next call. A trial of a geometry takes the standard's row of that geometry, else
+  /// its row without one. Throws InputError when there is none.
   virtual const Standard& Of(const CurveRow& trial) = 0;
   /// There are no more trials. Throws InputError when the last one had two standards.
   virtual void EndTrials() {}
@@ -34,13 +32,12 @@ class Standards {
 
 /// One standard for every trial: the rows of `id`, or of the first row's id when `id` is empty, one per
 /// geometry. Throws InputError when there are none or two of a geometry.
-std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id,
-                                       const JudgeSettings& settings);
+std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id);
 
 /// The row of the id that the trial names as its standard, else of the trial's own. As long as both files are in the same
 /// order they are read side by side; from the first trial that is elsewhere in the standards' file, through an index of its
 /// rows (16 bytes each, at most 4 million), for which the file must not be a pipe.
-std::unique_ptr<Standards> PairedStandards(CurveReader reader, const JudgeSettings& settings);
+std::unique_ptr<Standards> PairedStandards(CurveReader reader);
 
 }  // namespace vrx::tool
 

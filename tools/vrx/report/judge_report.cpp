@@ -26,8 +26,7 @@ std::string ViewAttribute(std::size_t v) {
   return "data-view=\"" + std::to_string(v) + "\"";
 }
 
-std::string LabText(const CLabValues& lab) {
-  const Lab color = lab.Values(3);
+std::string LabText(const Lab& color) {
   return TextOf(ReportText::kStandardLab, {FixedText(color.L), FixedText(color.a), FixedText(color.b)});
 }
 
@@ -204,8 +203,8 @@ void JudgeReport::AddRow(ReportTable& table, const JudgedTrial& trial, std::size
     table.Number(result.difference[static_cast<std::size_t>(column.element)]);
   }
   table.Text(WordsOf(result));
-  if (settings_.ByEllipse()) table.Number(result.ellipseValue);
-  table.Put(result.overall);
+  if (settings_.ByEllipse()) table.Number(result.ellipsoidValue);
+  table.Put(result.verdict);
   table.EndRow();
 }
 
@@ -330,7 +329,7 @@ void JudgeReport::AddPairs(std::size_t v) {
     html += "<figure class=\"pair\" data-illuminant=\"" + std::to_string(i) + "\">" +
             SwatchesHtml(view.colours[i].shown, result.colour) + "<figcaption><b>" +
             Escaped(judged_.IlluminantAt(i)) + "</b> " + Escaped(judged_.TotalHeading()) +
-            " <b class=\"total\">" + FixedText(result.Total()) + "</b> " + VerdictHtml(result.overall) +
+            " <b class=\"total\">" + FixedText(result.Total()) + "</b> " + VerdictHtml(result.verdict) +
             "<br><span class=\"words\">" + Escaped(WordsOf(result)) + "</span><br><span class=\"small\">" +
             Escaped(LabText(view.colours[i].lab)) + "</span></figcaption></figure>\n";
   }

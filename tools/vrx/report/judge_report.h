@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tools/vrx/judging/judge_summary.h"
+#include "tools/vrx/judging/judging_pipeline.h"
 #include "tools/vrx/report/judged_trials.h"
 #include "tools/vrx/report/report_page.h"
 
@@ -27,9 +28,9 @@ class JudgeReport {
   JudgeReport(const ReportOptions& options, const JudgeSettings& settings, JudgeFiles files,
               const CurveReader& trials);
 
-  /// The trial that `judge` judged last, with the outcome. Throws InputError for too many.
-  void Add(const CurveRow& trial, const Judge& judge, const Judgement& judgement) {
-    judged_.Add(trial, judge, judgement);
+  /// A judged trial, with its standard and the judge that holds it. Throws InputError for too many.
+  void Add(const PipelineTrial& judged, const Standard& standard, const Judge& judge) {
+    judged_.Add(judged.trial, judged.judgement, standard, judge, judged.standard);
   }
   /// Throws InputError or OutputError when the report cannot be written.
   void Finish(const JudgeSummaries& summaries);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <variant>
 
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/foundation/angles.h>
@@ -28,6 +29,10 @@ Interval LightnessOf(const CEllipseData& ellipse) {
   return {centre - axis, centre + axis};
 }
 
+CTrisValues RecordOf(const Xyz& xyz) {
+  return {xyz.X, xyz.Y, xyz.Z};
+}
+
 bool IsAspecular(int32_t geometry) {
   const auto code = static_cast<uint8_t>(geometry);
   CAngles angles;
@@ -42,27 +47,33 @@ std::pair<int32_t, double> JudgedTrial::Badness() const {
   int32_t verdict = kPass;
   double total = 0;
   for (const JudgedResult& result : results) {
-    verdict = std::min<int32_t>(verdict, result.overall);
+    verdict = std::min<int32_t>(verdict, result.verdict);
     if (result.Total() > total) total = result.Total();
   }
   return {-verdict, total};
 }
 
+double JudgedView::Colour::TotalLimit() const {
+  if (const auto* ellipse = std::get_if<CEllipseData>(&limits)) return (*ellipse)[CEllipseData::kTotalLimit];
+  return std::get<CBoxTolData>(limits)[CBoxTolData::kTotal];
+}
+
 JudgedTrials::JudgedTrials(const JudgeSettings& settings)
     : settings_(settings), columns_(DifferenceColumnsOf(settings.difference.system)) {}
 
-std::size_t JudgedTrials::ViewOf(const CurveRow& trial, const Judge& judge) {
-  const auto [entry, isNew] = viewOf_.try_emplace({judge.StandardId(), trial.geometry}, views_.size());
+std::size_t JudgedTrials::ViewOf(const CurveRow& trial, const Standard& standard, const Judge& judge,
+                                 std::size_t standardIndex) {
+  const auto [entry, isNew] = viewOf_.try_emplace({standard.id, trial.geometry}, views_.size());
   if (!isNew) return entry->second;
   JudgedView& view = views_.emplace_back();
-  view.standard = Shortened(judge.StandardId(), kLongestCell);
+  view.standard = Shortened(standard.id, kLongestCell);
   view.geometry = trial.geometry;
-  view.hasCurve = !IsUnset(judge.StandardCurve());
-  if (view.hasCurve) view.curve = tool::Plotted(judge.StandardCurve());
+  view.hasCurve = standard.sample.kind == Sample::kCurve && !IsUnset(standard.sample.curve);
+  if (view.hasCurve) view.curve = tool::Plotted(standard.sample.curve);
   for (std::size_t i = 0; i < IlluminantCount(); ++i) {
-    view.colours.push_back(
-        {Shown(settings_.illuminants[i], settings_.observer, judge.StandardColor(i).tristimulus),
-         judge.StandardColor(i).lab, judge.Box(i), judge.Ellipse(i)});
+    const Color color = judge.StandardColor(standardIndex, i);
+    view.colours.push_back({Shown(settings_.illuminants[i], settings_.observer, RecordOf(color.xyz)),
+                            color.lab, judge.LimitsOf(standardIndex, i)});
   }
   return entry->second;
 }
@@ -71,12 +82,13 @@ bool JudgedTrials::PlotsLab() const {
   return settings_.ByEllipse() || settings_.difference.system == vrxSystemLch;
 }
 
-std::array<double, 3> JudgedTrials::Plotted(const Judge& judge, std::size_t i) const {
-  const CDeltaValues& d = PlotsLab() ? judge.LabDifference(i) : judge.Difference(i);
+std::array<double, 3> JudgedTrials::Plotted(const JudgementUnder& judgement) const {
+  const auto& d = PlotsLab() ? judgement.labDifference : judgement.difference;
   return {d[CDeltaValues::kA], d[CDeltaValues::kB], d[CDeltaValues::kL]};
 }
 
-void JudgedTrials::Add(const CurveRow& row, const Judge& judge, const Judgement& judgement) {
+void JudgedTrials::Add(const CurveRow& row, const TrialJudgement& judgement, const Standard& standard,
+                       const Judge& judge, std::size_t standardIndex) {
   if ((trials_.size() + 1) * IlluminantCount() > kMost) {
     throw InputError("--report: more than " + std::to_string(kMost) +
                      " judgements; report a part of the trials, or write csv or json");
@@ -84,19 +96,19 @@ void JudgedTrials::Add(const CurveRow& row, const Judge& judge, const Judgement&
   JudgedTrial& trial = trials_.emplace_back();
   trial.id = Shortened(row.id, kLongestCell);
   trial.name = Shortened(row.name, kLongestCell);
-  trial.view = ViewOf(row, judge);
+  trial.view = ViewOf(row, standard, judge, standardIndex);
   trial.hasCurve = row.kind == Sample::kCurve && views_[trial.view].hasCurve;
   if (trial.hasCurve) trial.curve = tool::Plotted(row.curve);
   for (std::size_t i = 0; i < IlluminantCount(); ++i) {
     const vrxIlluminant illuminant = settings_.illuminants[i];
     JudgedResult& result = trial.results.emplace_back();
-    static_cast<IlluminantJudgement&>(result) = judgement.under[i];
-    result.plotted = Plotted(judge, i);
+    static_cast<JudgementUnder&>(result) = judgement.under[i];
+    result.plotted = Plotted(result);
     if (i > 0 && trial.hasCurve) {
       result.metamerism = MetamerismIndex(settings_.illuminants[0], illuminant, settings_.observer,
-                                          judge.StandardCurve(), row.curve);
+                                          standard.sample.curve, row.curve);
     }
-    result.colour = Shown(illuminant, settings_.observer, judge.TrialColor(i).tristimulus);
+    result.colour = Shown(illuminant, settings_.observer, RecordOf(result.JudgementUnder::trial.xyz));
   }
   views_[trial.view].trials.push_back(trials_.size() - 1);
 }
@@ -112,9 +124,8 @@ std::string JudgedTrials::NameOf(const JudgedView& view) {
 
 GradedTotal JudgedTrials::TotalOf(const JudgedTrial& trial, std::size_t i) const {
   const JudgedView::Colour& colour = views_[trial.view].colours[i];
-  const double limit =
-      settings_.ByEllipse() ? colour.ellipse[CEllipseData::kTotalLimit] : colour.box[CBoxTolData::kTotal];
-  return {trial.results[i].Total(), limit, limit * settings_.warningFactor, trial.results[i].overall};
+  const double limit = colour.TotalLimit();
+  return {trial.results[i].Total(), limit, limit * settings_.warningFactor, trial.results[i].verdict};
 }
 
 std::vector<std::size_t> JudgedTrials::WorstFirst(const JudgedView& view) const {
@@ -142,23 +153,25 @@ std::string JudgedTrials::HeadingOf(int32_t element, const char* other) const {
 
 void JudgedTrials::SetLimits(const JudgedView::Colour& colour, PlaneChart& chart) const {
   const double factor = settings_.warningFactor;
-  if (settings_.ByEllipse()) {
-    const CEllipseData inner = Scaled(colour.ellipse, factor);
-    chart.limit = colour.ellipse.Section(EllipsePlane::kAB);
+  if (const auto* ellipse = std::get_if<CEllipseData>(&colour.limits)) {
+    const CEllipseData inner = Scaled(*ellipse, factor);
+    chart.limit = ellipse->Section(EllipsePlane::kAB);
     chart.warning = inner.Section(EllipsePlane::kAB);
-    chart.lightness = LightnessOf(colour.ellipse);
+    chart.lightness = LightnessOf(*ellipse);
     chart.lightnessWarning = LightnessOf(inner);
     return;
   }
+  const auto& box = std::get<CBoxTolData>(colour.limits);
+  CLabValues lab;
+  lab.SetValues(colour.lab);
   const auto outline = [&](double scale) {
-    const Interval x = ScaledAboutCentre(colour.box.Limits(1), scale);
-    const Interval y = ScaledAboutCentre(colour.box.Limits(2), scale);
-    return settings_.difference.system == vrxSystemLch ? ChromaHueOutline(colour.lab, x, y)
-                                                       : BoxOutline(x, y);
+    const Interval x = ScaledAboutCentre(box.Limits(1), scale);
+    const Interval y = ScaledAboutCentre(box.Limits(2), scale);
+    return settings_.difference.system == vrxSystemLch ? ChromaHueOutline(lab, x, y) : BoxOutline(x, y);
   };
   chart.limit = outline(1);
   chart.warning = outline(factor);
-  chart.lightness = colour.box.Limits(0);
+  chart.lightness = box.Limits(0);
   chart.lightnessWarning = ScaledAboutCentre(chart.lightness, factor);
 }
 
@@ -178,7 +191,7 @@ Chart JudgedTrials::Plane(const JudgedView& view, std::size_t i) const {
       for (const double value : result.plotted) chart.reach = std::max(chart.reach, std::fabs(value));
     }
     const JudgedResult& result = trials_[t].results[i];
-    chart.trials.push_back({result.plotted[0], result.plotted[1], result.plotted[2], result.overall});
+    chart.trials.push_back({result.plotted[0], result.plotted[1], result.plotted[2], result.verdict});
   }
   return MakeChart(chart);
 }

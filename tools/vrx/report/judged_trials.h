@@ -23,7 +23,7 @@
 namespace vrx::tool {
 
 /// A trial under one illuminant.
-struct JudgedResult : IlluminantJudgement {
+struct JudgedResult : JudgementUnder {
   std::array<double, 3> plotted;  ///< the components in which limits are drawn: across, up, and the lightness
   double metamerism =
       kUnset;  ///< CIE special index against the first illuminant; unset for that one, and for colours
@@ -47,9 +47,10 @@ struct JudgedTrial {
 struct JudgedView {
   struct Colour {
     ShownColour shown;
-    CLabValues lab;
-    CBoxTolData box;
-    CEllipseData ellipse;
+    Lab lab;
+    JudgeLimits limits;
+
+    double TotalLimit() const;
   };
   std::string standard;
   int32_t geometry = kNoGeometry;
@@ -67,8 +68,9 @@ class JudgedTrials {
   /// `settings` must outlive it.
   explicit JudgedTrials(const JudgeSettings& settings);
 
-  /// Takes the trial that `judge` judged last, with the outcome. Throws InputError beyond kMost.
-  void Add(const CurveRow& trial, const Judge& judge, const Judgement& judgement);
+  /// Takes a trial with the outcome, its standard, and the judge that holds that at an index. Throws InputError beyond kMost.
+  void Add(const CurveRow& trial, const TrialJudgement& judgement, const Standard& standard,
+           const Judge& judge, std::size_t standardIndex);
   /// The wavelengths that were measured, in nm; all of the grid before.
   void SetMeasured(double first, double last) { measured_.SetMeasured(first, last); }
   int32_t FirstSample() const { return measured_.first; }
@@ -99,8 +101,9 @@ class JudgedTrials {
   bool AreAngles(const std::vector<std::size_t>& views) const;
 
  private:
-  std::size_t ViewOf(const CurveRow& trial, const Judge& judge);
-  std::array<double, 3> Plotted(const Judge& judge, std::size_t i) const;
+  std::size_t ViewOf(const CurveRow& trial, const Standard& standard, const Judge& judge,
+                     std::size_t standardIndex);
+  std::array<double, 3> Plotted(const JudgementUnder& judgement) const;
   std::string HeadingOf(int32_t element, const char* other) const;
   void SetLimits(const JudgedView::Colour& colour, PlaneChart& chart) const;
   bool PlotsLab() const;
