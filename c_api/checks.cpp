@@ -125,7 +125,7 @@ void NeedWithin(double value, double low, double high, const char* name) {
 // In one pass without a branch a number, which takes whole vectors of the processor.
 static bool AreWithin(std::span<const double> numbers, double largest) {
   uint64_t beyond = 0;
-  for (const double number : numbers) beyond |= std::abs(number) <= largest ? 0 : 1;
+  for (const double number : numbers) beyond |= std::abs(number) <= largest ? uint64_t{0} : uint64_t{1};
   return beyond == 0;
 }
 

@@ -2,10 +2,13 @@
 // same arrays.
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
+#include <vector>
 
 #include <vrxmath/batch/color_space_batch.h>
 #include <vrxmath/batch/difference_batch.h>
+#include <vrxmath/batch/judge_batch.h>
 #include <vrxmath/batch/tristimulus_batch.h>
 
 using namespace vrx;
@@ -55,6 +58,24 @@ void PeerDelta3(const double* standards, const double* samples, double* totals, 
     Complete(samples + 3 * from, complete[1], count);
     TotalsOf(complete[0], complete[1], totals + from, count);
   }
+}
+
+/// Curves judged by CMC (2:1) against one of 40 percent under D65, A and CWF: rows of three illuminants.
+void PeerJudge(const double* curves, double* differences, std::int32_t* verdicts, std::size_t rows) {
+  const JudgeConditions conditions;
+  const std::vector<double> standard(40, 40.0);
+  const JudgeStandards standards(conditions, CurveBatch{standard});
+  std::vector<std::int32_t> words(9 * rows), broken(3 * rows);
+  std::vector<double> breaches(6 * rows);
+  std::vector<JudgeColumns> columns(3);
+  for (std::size_t j = 0; j < 3; ++j) {
+    columns[j].differences = BatchView<double, 7>(std::span(differences, 21 * rows).subspan(7 * j), 21);
+    columns[j].verdicts = BatchView<std::int32_t, 1>(std::span(verdicts, 3 * rows).subspan(j), 3);
+    columns[j].words = BatchView<std::int32_t, 3>(std::span(words).subspan(3 * j), 9);
+    columns[j].brokenLimits = BatchView<std::int32_t, 1>(std::span(broken).subspan(j), 3);
+    columns[j].breaches = BatchView<double, 2>(std::span(breaches).subspan(2 * j), 6);
+  }
+  JudgeBatch(conditions, standards, {}, CurveBatch{std::span(curves, 40 * rows)}, columns);
 }
 
 }  // extern "C"

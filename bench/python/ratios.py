@@ -55,11 +55,12 @@ compare("tristimulus, 1,000,000 x 40", lambda: vrx.tristimulus(curves), lambda: 
 standards = vrx.lab(xyz)
 samples = standards + rng.normal(0, 1, standards.shape)
 totals, peer_totals = np.empty((2, ROWS))
-compare("delta cie2000, L*, a*, b*", lambda: vrx.delta(standards, samples), lambda: vrx.delta(standards, samples, out=totals),
+compare("delta cie2000, L*, a*, b*", lambda: vrx.delta(standards, samples, "cie2000"),
+        lambda: vrx.delta(standards, samples, "cie2000", out=totals),
         call("PeerDelta3", standards, samples, peer_totals), totals, peer_totals)
 full = [np.concatenate([lab, np.hypot(lab[:, 1], lab[:, 2])[:, None], np.degrees(np.arctan2(lab[:, 2], lab[:, 1]))[:, None] % 360],
                        axis=1) for lab in (standards, samples)]
-compare("delta cie2000, with C* and h", lambda: vrx.delta(*full), lambda: vrx.delta(*full, out=totals),
+compare("delta cie2000, with C* and h", lambda: vrx.delta(*full, "cie2000"), lambda: vrx.delta(*full, "cie2000", out=totals),
         call("PeerDelta5", *full, peer_totals), totals, peer_totals)
 
 curve, lab = curves[0].copy(), (standards[0].copy(), samples[0].copy())
@@ -67,3 +68,14 @@ singles = {"tristimulus": lambda: vrx.tristimulus(curve), "tristimulus of a list
            "lab": lambda value=xyz[0].copy(): vrx.lab(value), "delta": lambda: vrx.delta(*lab)}
 for name, seconds in zip(singles, fastest(list(singles.values()), repeats=5000)):
     print(f"a single row, {name:<20} {seconds * 1e6:6.2f} microseconds")
+
+few = curves[:100_000] * 0.05 + 38
+peer_differences, peer_verdicts = np.empty((len(few), 3, 7)), np.empty((len(few), 3), dtype=np.int32)
+judge = lambda: vrx.judge(np.full(40, 40.0), few, threads=1)  # noqa: E731
+theirs = call("PeerJudge", few, peer_differences, peer_verdicts)
+peer.PeerJudge(*[array.ctypes.data_as(ctypes.c_void_p) for array in (few, peer_differences, peer_verdicts)],
+               ctypes.c_size_t(len(few)))
+judged = judge()
+assert np.array_equal(judged.differences, peer_differences) and np.array_equal(judged.verdicts, peer_verdicts)
+ours, plain = fastest([judge, theirs])
+print(f"{'judge cmc, 100,000 x 40, 3 lamps':<34} C++ {plain * 1e9 / len(few):6.1f} ns a row   judge {ours / plain:5.2f}")

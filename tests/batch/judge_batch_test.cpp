@@ -120,7 +120,7 @@ TEST(JudgeBatch, IsTheEvaluationContextToTheLastBit) {
   for (std::size_t t = 0; t < trials.size(); ++t) standardOf[t] = t < 30 ? t % 7 : 5;
   CEvaluationArray evaluations;
   for (std::int32_t system = 0; system < kDifferenceSystems; ++system) {
-    for (const std::uint8_t geometry : {0, 3, 20}) {
+    for (const std::uint8_t geometry : std::initializer_list<std::uint8_t>{0, 3, 20}) {
       for (const bool byEllipsoid : {false, true}) {
         if (byEllipsoid && !IsEllipseSystem(system)) continue;
         Case one{DefaultSettings(system), geometry, byEllipsoid};

@@ -313,13 +313,19 @@ TEST(ComputeDifference, ChromaticityPseudoSystem) {
   EXPECT_DOUBLE_EQ(delta[1], 1.0 / 3.0);
 }
 
-TEST(DifferenceSystems, AnUnknownSystemIsAnIndexError) {
+// Stored results of numbers that no system has are dE*ab; such a number has no settings and no texts.
+TEST(DifferenceSystems, ANumberWithoutASystemIsEab) {
   test::MessageRecorder messages;
-  for (const int32_t system : {kDifferenceSystems, -1}) {
-    CColorValues color = MakeColor(30, 25, 20, system);
-    EXPECT_TRUE(IsUnset(color.lab)) << system;
-    EXPECT_TRUE(IsUnset(Compute(system, color, color))) << system;  // settings and difference: two messages
-    EXPECT_EQ(messages.Take(), test::IndexErrors(3)) << system;
+  const CColorValues standard = MakeColor(30, 25, 20, vrxSystemLab),
+                     sample = MakeColor(33, 27, 18, vrxSystemLab);
+  const CDeltaValues expected = Compute(vrxSystemLab, standard, sample);
+  for (const int32_t system : {kDifferenceSystems, -1, 99, 255}) {
+    EXPECT_EQ(MakeColor(30, 25, 20, system).lab, standard.lab) << system;
+    EXPECT_EQ(Compute(system, standard, sample), expected) << system;
+    const Difference values =
+        ComputeDifference({system, {2, 1, 1, 1}}, standard.Values(), sample.Values(), 45.0);
+    EXPECT_EQ(values.dE, expected[CDeltaValues::kTotal]) << system;
+    EXPECT_EQ(messages.Take(), test::IndexErrors(1)) << system;  // of the settings alone
     EXPECT_TRUE(ColumnHeadings(system, ColumnList::kTotal).IsEmpty());
     EXPECT_TRUE(DifferenceColumnElements(system).empty() && CoordinateColumnElements(system).empty());
   }

@@ -14,6 +14,18 @@ namespace {
 
 using vrx::tool::Distribution;
 
+// The fields of wavelengths in a header, and of a curve of one value, each behind a comma.
+std::string Wavelengths() {
+  std::string header;
+  for (int nm = 400; nm <= 700; nm += 10) header += "," + std::to_string(nm);
+  return header;
+}
+std::string FlatCurve(int percent) {
+  std::string fields;
+  for (int nm = 400; nm <= 700; nm += 10) fields += "," + std::to_string(percent);
+  return fields;
+}
+
 class Judging : public vrx::test::ToolProcess {
  protected:
   void SetUp() override {
@@ -117,6 +129,29 @@ TEST_F(Judging, RowsTogetherAsOneByOne) {
     const std::string rows = Run(command + options + " | sort").out;
     EXPECT_EQ(std::ranges::count(rows, '\n'), 50 * vrx::kBuiltInIlluminants + 1) << options;
     EXPECT_EQ(rows, Run(command + options + " --worst-first | sort").out) << options;
+  }
+}
+
+// A row without a geometry serves only where none has the trial's own, wherever the rows stand.
+TEST_F(Judging, TheStandardDoesNotDependOnTheOrderOfRows) {
+  const std::string curve40 = FlatCurve(40), curve80 = FlatCurve(80),
+                    header = "id,geometry" + Wavelengths() + "\n";
+  folder_.Write("t15.csv", header + "p,15deg" + curve80 + "\nq,15deg" + curve40 + "\n");
+  folder_.Write("plain.csv", "id" + Wavelengths() + "\np" + curve40 + "\n");
+  const std::string p15 = "p,15deg" + curve40 + "\n", p = "p," + curve80 + "\n",
+                    q = "q," + curve40 + "\n", p45 = "p,45deg" + curve80 + "\n";
+  for (const std::string& rows : {p + p15 + q, p15 + p + q, q + p15 + p, q + p + p15, p + q + p45 + p15}) {
+    folder_.Write("s15.csv", header + rows);
+    const Result result = Run("judge s15.csv t15.csv --pairs --illuminants D65 --strict --format csv");
+    EXPECT_EQ(result.status, 1) << rows;
+    EXPECT_EQ(std::ranges::count(result.out, '\n'), 3) << rows;
+  }
+  // A trial whose file says nothing takes an only row; with --pairs as without.
+  for (const std::string& rows : {p15, p15 + p45}) {
+    folder_.Write("s15.csv", header + rows);
+    for (const std::string pairs : {"", " --pairs"}) {
+      EXPECT_EQ(Run("judge s15.csv plain.csv --illuminants D65" + pairs).status, rows == p15 ? 0 : 2) << rows;
+    }
   }
 }
 

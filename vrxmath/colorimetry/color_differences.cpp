@@ -108,30 +108,28 @@ void DeltaDin99(const CLabValues& standard, const CLabValues& sample, double kCH
 
 namespace {
 
-// The row of a system or of the pseudo-system, whose coordinates are L*a*b*. Null, after the index message, for others.
-const DifferenceSystem* SystemOrMessage(int32_t system) {
-  const DifferenceSystem* row = FindDifferenceSystem(system == kSystemChromaticity ? vrxSystemLab : system);
-  if (row == nullptr) foundation_internal::ReportIndexError();
-  return row;
+// The space of a system; of any other number, L*a*b*.
+CoordinateSpace SpaceOf(int32_t system) {
+  const DifferenceSystem* row = FindDifferenceSystem(system);
+  return row != nullptr ? row->space : CoordinateSpace::kLab;
 }
 
 }  // namespace
 
 bool FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer, Color& color) {
-  const DifferenceSystem* row = SystemOrMessage(system);
   Viewing viewing;
-  if (row == nullptr || !FindViewing(illuminant, observer, viewing)) return false;
-  color.lab = Coordinates(row->space, color.xyz, viewing);
+  if (!FindViewing(illuminant, observer, viewing)) return false;
+  const CoordinateSpace space = SpaceOf(system);
+  color.lab = Coordinates(space, color.xyz, viewing);
   // A record that keeps its hue in radians does not round hues next to 360 degrees; nor is it done here then.
-  const bool hasHue = row->space != CoordinateSpace::kHunter;
+  const bool hasHue = space != CoordinateSpace::kHunter;
   if (hasHue && !HueInDegrees()) color.lab.h = HueRadians(color.lab.a, color.lab.b) * kDegreesPerRadian;
   return true;
 }
 
 void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer, CColorValues& color) {
-  const DifferenceSystem* row = SystemOrMessage(system);
-  if (row == nullptr || IsUnset(color)) return color.lab.Fill(kUnset);
-  switch (row->space) {
+  if (IsUnset(color)) return color.lab.Fill(kUnset);
+  switch (SpaceOf(system)) {
     case CoordinateSpace::kHunter:
       return XyzToHunter(illuminant, observer, color.tristimulus, color.lab);
     case CoordinateSpace::kLuv:
@@ -140,6 +138,16 @@ void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer,
       return XyzToLab(illuminant, observer, color.tristimulus, color.lab);
   }
 }
+
+namespace {
+
+// A number that no system has is dE*ab, as stored results have it.
+template <class VISITOR>
+VRX_LANE_INLINE void VisitFormulaOrEab(const CDifferenceSettings& settings, VISITOR&& visitor) {
+  if (!VisitDifferenceFormula(settings, visitor)) visitor(EabFormula());
+}
+
+}  // namespace
 
 Difference ComputeDifference(const CDifferenceSettings& settings, const Color& standard, const Color& sample,
                              double angle) {
@@ -152,9 +160,7 @@ Difference ComputeDifference(const CDifferenceSettings& settings, const Color& s
     return difference;
   }
   const DifferenceContext context{settings.parameters, angle};
-  const bool known = VisitDifferenceFormula(
-      settings, [&](auto formula) { difference = formula.Of(context, standard, sample); });
-  if (!known) foundation_internal::ReportIndexError();
+  VisitFormulaOrEab(settings, [&](auto formula) { difference = formula.Of(context, standard, sample); });
   return difference;
 }
 
@@ -179,13 +185,10 @@ void ComputeDifference(const CDifferenceSettings& settings, vrxIlluminant, int32
     return Chromaticity(sample.tristimulus, delta[CDeltaValues::kL], delta[CDeltaValues::kA]);
   }
   const DifferenceContext context{settings.parameters, angle};
-  const bool known = VisitDifferenceFormula(settings, [&](auto formula) {
+  VisitFormulaOrEab(settings, [&](auto formula) {
     using Formula = decltype(formula);
     delta.SetValues(Formula::Of(context, ReadColor<Formula>(standard), ReadColor<Formula>(sample)));
   });
-  if (known) return;
-  foundation_internal::ReportIndexError();
-  delta.Fill(kUnset);
 }
 
 }  // namespace vrx

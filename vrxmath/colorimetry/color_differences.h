@@ -71,18 +71,18 @@ VRX_API void DeltaDin99(const CLabValues& standard, const CLabValues& sample, do
                         CDeltaValues& delta);
 
 /// Converts tristimulus values into the space in which a system judges: Hunter Lab for system 2, L*u*v* for
-/// 6, L*a*b* for every other. `color.lab` is unset when the values are and, after the index message, for an unknown
-/// system.
+/// 6, L*a*b* for every other number, also one that no system has. `color.lab` is unset when the values
+/// are.
 VRX_API void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer, CColorValues& color);
 
-/// The same over values, of which the tristimulus values are set. False, after the index message, for an unknown system
-/// and for a pair without a weighting table.
+/// The same over values, of which the tristimulus values are set. False, after the index message, for a pair without a
+/// weighting table.
 [[nodiscard]] VRX_API bool FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer,
                                            Color& color);
 
 /// The difference of two colours in one of the systems, over values: both with the coordinates of the system
 /// (Coordinates). `angle`: the aspecular measuring angle in degrees, for Audi and DIN 6175-2. kUnsetDifference when the
-/// tristimulus values of either are unset and, after the index message, for an unknown system.
+/// tristimulus values of either are unset. A number that no system has is dE*ab.
 [[nodiscard]] VRX_API Difference ComputeDifference(const CDifferenceSettings& settings, const Color& standard,
                                                    const Color& sample, double angle);
 
@@ -96,8 +96,8 @@ inline constexpr int32_t kSystemChromaticity = 100;
 ///      DIN6175.
 /// Out: the elements as the system's own function fills them. Hunter: dL, da, db and dE. XYZ/Yxy: 10 dX, 10
 ///      dY, 10 dZ, 10000 dx, 10000 dy (elements 4 and 5, within 999.99), dE*ab. L*C*h is dE*ab, and so is DIN99
-///      unless the settings ask for its own formula (`ownFormula`). All seven unset when either colour is and, after
-///      the index message, for an unknown system.
+///      unless the settings ask for its own formula (`ownFormula`). A number that no system has is dE*ab of the
+///      coordinates. All seven unset when either colour is.
 VRX_API void ComputeDifference(const CDifferenceSettings& settings, vrxIlluminant illuminant,
                                int32_t observer, const CColorValues& standard, const CColorValues& sample,
                                double angle, CDeltaValues& delta);

@@ -54,8 +54,8 @@ class VRX_API CVarexCalc {
   int32_t observer = kObserverNotSet;  ///< 0 or 1; 2 while not set
   CAngles angles;                      ///< measuring geometries
   /// Difference system, 0 to 12. Under 10 (DIN99) the differences are dE*ab, which the dispatch by number keeps for it,
-  /// unless `methodSettings.ownFormula` asks for the figures of DIN 6176. An unknown system gives no difference, after
-  /// the index message, and fails.
+  /// unless `methodSettings.ownFormula` asks for the figures of DIN 6176. Under a number that no system has
+  /// they are dE*ab, too, as stored results of such numbers are.
   int32_t method = vrxSystemLab;
   CDifferenceSettings methodSettings;  ///< parameters of the method; its `system` follows `method`
   CReflDataArray reflectanceA;         ///< the trial's curves, per geometry

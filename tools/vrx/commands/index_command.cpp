@@ -141,11 +141,11 @@ void AddMetamerism(const CurveRow& row, const CReflData& standard, IndexRows& ro
 }
 
 // The curves that metamerism is reckoned against; null without --standard.
-std::unique_ptr<Standards> OpenStandards(const IndexOptions& options, const JudgeSettings& settings) {
+std::unique_ptr<Standards> OpenStandards(const IndexOptions& options) {
   if (options.standard.empty()) return nullptr;
   CurveReader reader = OpenCurves(options.standard, options.input);
-  return options.pairs ? PairedStandards(std::move(reader), settings)
-                       : OneStandard(std::move(reader), options.standardId, settings);
+  return options.pairs ? PairedStandards(std::move(reader))
+                       : OneStandard(std::move(reader), options.standardId);
 }
 
 void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
@@ -161,7 +161,7 @@ void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
       rows.AddFamily(row.id, illuminant, xyz);
     }
     drawdowns.Take(row);
-    if (standards != nullptr) AddMetamerism(row, standards->For(row).StandardCurve(), rows);
+    if (standards != nullptr) AddMetamerism(row, standards->Of(row).sample.curve, rows);
     progress.Update(curves.Source().Position());
   }
   WarnAboutInput(curves);
@@ -225,12 +225,9 @@ void WriteFormulas(const Format& format) {
 void RunIndex(const IndexOptions& options) {
   if (options.formulas) return WriteFormulas(options.format);
   if (options.file.empty()) throw InputError("FILE is required");
-  JudgeSettings settings;  // of which only the conditions count
-  settings.illuminants = options.viewing.Illuminants();
-  settings.observer = options.viewing.Observer();
   OutputStream output;
   IndexRows rows(options, output);
-  const std::unique_ptr<Standards> standards = OpenStandards(options, settings);
+  const std::unique_ptr<Standards> standards = OpenStandards(options);
   CurveReader samples = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
   const Sample::Kind kind = samples.Kind();
   if (kind == Sample::kCurve) {

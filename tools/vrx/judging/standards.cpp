@@ -103,16 +103,22 @@ class StandardOfItsOwn final : public Standards {
   }
 
  private:
+  // A row of the file: the hash of its id, and its offset above its geometry, counted from 1.
   struct Entry {
-    std::size_t hash;  // of id and geometry
-    uint64_t offset;
+    std::size_t hash;
+    uint64_t place;
+
+    int32_t Geometry() const { return static_cast<int32_t>(place & kGeometryMask) - 1; }
+    uint64_t Offset() const { return place >> kGeometryBits; }
   };
   static constexpr std::size_t kMaxEntries = 4'000'000;
+  static constexpr int kGeometryBits = 8;
+  static constexpr uint64_t kGeometryMask = (1u << kGeometryBits) - 1;
+  static constexpr int32_t kAnyGeometryOfAll = -2;
 
-  static std::size_t Hash(std::string_view id, int32_t geometry) {
-    constexpr auto kSpread =
-        static_cast<std::size_t>(0x9E3779B97F4A7C15u);  // its low half where that is all there is room for
-    return std::hash<std::string_view>()(id) + static_cast<std::size_t>(geometry + 1) * kSpread;
+  Entry EntryOf(const CurveRow& row) const {
+    return {std::hash<std::string_view>()(row.id),
+            reader_.Source().Offset() << kGeometryBits | static_cast<uint64_t>(row.geometry + 1)};
   }
 
   bool Holds(std::string_view id, int32_t geometry) const {
@@ -121,8 +127,11 @@ class StandardOfItsOwn final : public Standards {
   static std::string_view StandardOf(const CurveRow& trial) {
     return trial.standard.empty() ? trial.id : trial.standard;
   }
+  // Whether the row that is held is the trial's for sure. One without a geometry is where the file has no geometries;
+  // elsewhere another row may have the trial's own.
   bool Fits(const CurveRow& trial) const {
-    return Holds(StandardOf(trial), trial.geometry) || Holds(StandardOf(trial), kNoGeometry);
+    return Holds(StandardOf(trial), trial.geometry) ||
+           (!reader_.HasGeometries() && Holds(StandardOf(trial), kNoGeometry));
   }
 
   // Reads the next row of the file. When it is a second one of the standard before, and not for `trial`, nobody said
@@ -146,9 +155,10 @@ class StandardOfItsOwn final : public Standards {
       MakeIndex(trial);
     }
     const std::string_view id = StandardOf(trial);
-    if (!Find(id, trial.geometry) && !Find(id, kNoGeometry)) {
-      FailNoStandard(reader_.Source().Name(), id, trial.geometry);
-    }
+    if (Find(id, trial.geometry) || Find(id, kNoGeometry)) return;
+    // A trial whose file says nothing takes an only row, whatever its geometry.
+    if (trial.geometry == kNoGeometry && Find(id, kAnyGeometryOfAll)) return;
+    FailNoStandard(reader_.Source().Name(), id, trial.geometry);
   }
 
   void MakeIndex(const CurveRow& trial) {
@@ -165,28 +175,31 @@ class StandardOfItsOwn final : public Standards {
       if (index_.size() == kMaxEntries) {
         reader_.Source().FailRow("more than 4 million standards in another order than the trials");
       }
-      index_.push_back({Hash(row.id, row.geometry), reader_.Source().Offset()});
+      index_.push_back(EntryOf(row));
     }
     std::ranges::sort(index_, {}, &Entry::hash);
   }
 
-  // Makes the row of an id and geometry the current one; false when there is none.
+  // Makes the row of an id and geometry, or its only row, the current one; false when there is none.
   bool Find(std::string_view id, int32_t geometry) {
     const Entry* match = nullptr;
-    const std::size_t hash = Hash(id, geometry);
+    const bool isAny = geometry == kAnyGeometryOfAll;
+    const std::size_t hash = std::hash<std::string_view>()(id);
     auto at = std::ranges::lower_bound(index_, hash, {}, &Entry::hash);
     for (; at != index_.end() && at->hash == hash; ++at) {
+      if (!isAny && at->Geometry() != geometry) continue;
       Load(*at);
-      if (!Holds(id, geometry)) continue;
+      if (row_.id != id) continue;
+      if (match != nullptr && isAny) return false;
       if (match != nullptr) FailTwice(id);
       match = &*at;
     }
-    if (match != nullptr && !Holds(id, geometry)) Load(*match);
+    if (match != nullptr) Load(*match);
     return match != nullptr;
   }
 
   void Load(const Entry& entry) {
-    reader_.SeekTo(entry.offset);
+    reader_.SeekTo(entry.Offset());
     hasRow_ = reader_.Next(row_);
   }
 

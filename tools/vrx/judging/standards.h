@@ -35,8 +35,9 @@ class Standards {
 std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id);
 
 /// The row of the id that the trial names as its standard, else of the trial's own. As long as both files are in the same
-/// order they are read side by side; from the first trial that is elsewhere in the standards' file, through an index of its
-/// rows (16 bytes each, at most 4 million), for which the file must not be a pipe.
+/// order they are read side by side; from the first trial that is elsewhere in the standards' file, or whose geometry the row
+/// there does not have, through an index of its rows (16 bytes each, at most 4 million), for which the file must not be a
+/// pipe. The order of the rows makes no difference.
 std::unique_ptr<Standards> PairedStandards(CurveReader reader);
 
 }  // namespace vrx::tool

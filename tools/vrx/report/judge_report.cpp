@@ -65,6 +65,7 @@ JudgeReport::JudgeReport(const ReportOptions& options, const JudgeSettings& sett
 }
 
 void JudgeReport::Finish(const JudgeSummaries& summaries) {
+  showsStandards_ = ShowsStandards();
   page_.AddHtml("<div class=\"first\">\n");
   AddVerdicts(summaries);
   AddConditions();
@@ -179,7 +180,7 @@ std::vector<ReportColumn> JudgeReport::Columns() const {
   using Kind = ReportColumn::Kind;
   std::vector<ReportColumn> columns{{Text(ReportText::kTrial), Kind::kName}};
   if (withName_) columns.push_back({Text(ReportText::kName)});
-  if (ShowsStandards()) columns.push_back({Text(ReportText::kStandard)});
+  if (showsStandards_) columns.push_back({Text(ReportText::kStandard)});
   if (withGeometry_) columns.push_back({Text(ReportText::kGeometry), Kind::kChoice});
   columns.push_back({Text(ReportText::kIlluminant), Kind::kChoice});
   columns.push_back({Text(ReportText::kColours), Kind::kColours});
@@ -195,7 +196,7 @@ void JudgeReport::AddRow(ReportTable& table, const JudgedTrial& trial, std::size
   const JudgedResult& result = trial.results[i];
   table.Text(trial.id);
   if (withName_) table.Text(trial.name);
-  if (ShowsStandards()) table.Text(view.standard);
+  if (showsStandards_) table.Text(view.standard);
   if (withGeometry_) table.Text(GeometryName(view.geometry));
   table.Text(judged_.IlluminantAt(i));
   table.Put(view.colours[i].shown, result.colour);

@@ -63,6 +63,7 @@ class JudgeReport {
   JudgedTrials judged_;
   ReportPage page_;
   bool withName_, withGeometry_;
+  bool showsStandards_ = false;  // known once all trials are
 };
 
 }  // namespace vrx::tool
