@@ -13,6 +13,8 @@
 #include <vrxmath/batch/batch_run.h>
 #include <vrxmath/foundation/numbers.h>
 
+#include "python/src/unlocked.h"
+
 namespace vrx::python {
 
 namespace py = pybind11;
@@ -20,24 +22,23 @@ namespace py = pybind11;
 inline constexpr std::size_t kBlockRows = 2048;
 
 /// Calls `work(from, count)` over all rows on the threads that were asked for (0: all cores). The first exception of a block
-/// comes out once every thread has stopped. Throws ValueError for a negative count of threads.
+/// comes out once every thread has stopped; Ctrl+C stops them, too. Throws ValueError for a negative count of threads.
 template <class WORK>
 void InBlocks(std::size_t rows, int threads, const WORK& work) {
   if (threads < 0) throw py::value_error("threads: 0 (all cores) or a positive number is expected");
   std::exception_ptr failure;
   std::mutex guard;
-  {
-    const py::gil_scoped_release unlocked;
-    ForEachBlock({static_cast<unsigned>(threads), {}}, rows, kBlockRows,
-                 [&](std::size_t from, std::size_t count) {
-                   try {
-                     work(from, count);
-                   } catch (...) {
-                     const std::scoped_lock lock(guard);
-                     if (!failure) failure = std::current_exception();
-                   }
-                 });
-  }
+  WithoutLock([&](const auto& goesOn) {
+    const BatchRun run{static_cast<unsigned>(threads), [&](std::size_t) { return goesOn(); }};
+    ForEachBlock(run, rows, kBlockRows, [&](std::size_t from, std::size_t count) {
+      try {
+        work(from, count);
+      } catch (...) {
+        const std::scoped_lock lock(guard);
+        if (!failure) failure = std::current_exception();
+      }
+    });
+  });
   if (failure) std::rethrow_exception(failure);
 }
 
