@@ -68,6 +68,13 @@ class Curve:
     def __hash__(self) -> int:
         return hash((self.name, self.values.tobytes()))
 
+    # A sequence, so that a list of curves is an array of them.
+    def __len__(self) -> int:
+        return len(self.values)
+
+    def __getitem__(self, index: Any) -> Any:
+        return self.values[index]
+
     def __eq__(self, other: object) -> bool:
         return isinstance(other, Curve) and self.name == other.name and np.array_equal(self.values, other.values)
 

@@ -7,8 +7,7 @@ results have the same bytes as those of a single process.
 
 A run writes into a folder of its own, which takes the place of ``output`` once every partition is there: results of an
 earlier run go away as a whole, and stay as they are where the run fails. ``manifest.json`` in it lists the partitions with
-their results. A record has the ``id`` of its sample where the file has ids or names; the curves of a ``.npy`` are told by
-their place.
+their results. A record has the ``id`` of its sample: its id, its name, or its number in the partition, from 1.
 
 A script that starts a cluster of processes needs ``if __name__ == "__main__":`` around what it does, because each process
 imports it.
@@ -63,9 +62,10 @@ def partitions(paths: Paths) -> list[str]:
 
 
 def _samples_of(path: str) -> tuple[Any, dict[str, Any]]:
-    """The curves of a partition, and the column of their ids where it has them."""
+    """The curves of a partition, and the column of their ids: those of an array are its places, from 1."""
     if path.endswith(".npy"):
-        return np.load(path, mmap_mode="r", allow_pickle=False), {}
+        curves = np.load(path, mmap_mode="r", allow_pickle=False)
+        return curves, {"id": np.arange(1, len(curves) + 1).astype(f"U{len(str(len(curves)))}")}
     measured = _read(path)
     if measured.curves is None:
         raise ValueError(f"{path}: it has colours and no curves")
