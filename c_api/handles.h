@@ -4,10 +4,14 @@
 #define C_API_HANDLES_H_
 
 #include <memory>
+#include <optional>
 #include <variant>
+#include <vector>
 
-#include <vrxmath/colorant/colorant_system.h>
+#include <vrxio/files/measurement_table.h>
+#include <vrxio/systems/color_system_file.h>
 #include <vrxmath/judging/evaluation.h>
+#include <vrxmath/matching/recipe_types.h>
 
 #include "c_api/checks.h"
 
@@ -18,7 +22,28 @@ struct Judgement {
   bool hasStandard = false;
 };
 
-using Object = std::variant<std::shared_ptr<Judgement>, std::shared_ptr<CColorantSystemData>>;
+/// A recipe or the additions of a correction.
+struct FoundRecipe {
+  CDbFormula formula;
+  CDoubleArray1 differences;
+  CReflData curve;
+  vrx_recipe_summary summary;
+};
+
+/// A search for recipes: its conditions, and what it found last.
+struct Search {
+  std::shared_ptr<io::ColorSystem> system;
+  CRecipeSettings settings;
+  double mostAddition = RecipeDefaults::kMostAddition;
+  int32_t aim = VRX_AIM_SMALLEST;
+  vrx_progress progress = nullptr;
+  void* context = nullptr;
+  std::vector<FoundRecipe> results;
+  std::optional<FoundRecipe> before;  ///< the batch as it is, after a correction
+};
+
+using Object = std::variant<std::shared_ptr<Judgement>, std::shared_ptr<io::ColorSystem>,
+                            std::shared_ptr<io::MeasurementTable>, std::shared_ptr<Search>>;
 
 /// Keeps an object until `CloseHandle`. A number is not given again for as long as 16-bit counting allows.
 vrx_handle OpenHandle(Object object);

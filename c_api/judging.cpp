@@ -15,8 +15,6 @@ namespace {
 
 using Rows7 = BatchView<const double, 7>;
 
-constexpr int32_t kMostIlluminants = 64;
-
 double NeedFactor(double factor) {
   NeedWithin(factor, 0.0, 1.0, "the warning factor");
   return factor;
@@ -177,12 +175,8 @@ vrx_status VRX_CALL vrx_judgement_open(const vrx_system* system, const int32_t* 
                                        int32_t observer, vrx_handle* judgement) {
   return Call([&] {
     const vrx::CDifferenceSettings settings = api::Settings(system);
-    NeedRange(count, 1, api::kMostIlluminants, "count");
-    NeedPlace(illuminants, "illuminants");
+    const vrx::CIllumArray list = api::IlluminantList(illuminants, count, observer);
     NeedPlace(judgement, "judgement");
-    vrx::CIllumArray list;
-    list.SetSize(count);
-    for (int32_t i = 0; i < count; ++i) list[i] = api::Pair(illuminants[i], observer).illuminant;
     auto object = std::make_shared<api::Judgement>();
     api::SetUp(object->calc, *system, settings, list, observer);
     *judgement = api::OpenHandle(std::move(object));

@@ -529,6 +529,8 @@ int main(void) {
   colorants_and_equations();
   refusals();
   overlaps();
+  files();
+  recipes();
   archives();
   judging();
   same_bits_everywhere();
