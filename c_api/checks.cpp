@@ -4,6 +4,7 @@
 #include <atomic>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <iterator>
 #include <limits>
@@ -40,6 +41,8 @@ void Keep(std::string_view reason) noexcept {
 
 std::atomic<unsigned> threads{1};
 
+constexpr int32_t kMostIlluminants = 64;
+constexpr double kLargestAmount = 1e12;
 constexpr double kLeastParameter = 0.001, kLargestParameter = 1000.0;
 constexpr double kLeastAngle = -45.0, kLargestAngle = 110.0;  // of the geometries in foundation/angles.h
 
@@ -175,6 +178,38 @@ std::span<const double> Arrays::Numbers(const double* numbers, int32_t count, st
   return copies_.emplace_back(all.begin(), all.end());
 }
 
+namespace {
+
+constexpr int32_t kLargestStructure = 4096;
+
+// What a caller's structure says of its size.
+std::size_t SizeOf(const void* structure, const char* name) {
+  NeedPlace(structure, name);
+  int32_t size = 0;
+  std::memcpy(&size, structure, sizeof size);
+  if (size >= static_cast<int32_t>(sizeof size) && size <= kLargestStructure)
+    return static_cast<std::size_t>(size);
+  throw Refusal{VRX_OUT_OF_RANGE, std::string("the size of ") + name + " is " + std::to_string(size)};
+}
+
+}  // namespace
+
+void CopySized(const void* from, void* to, std::size_t own, const char* name) {
+  const std::size_t size = SizeOf(from, name);
+  const auto* const bytes = static_cast<const unsigned char*>(from);
+  if (std::any_of(bytes + std::min(size, own), bytes + size, [](unsigned char byte) { return byte != 0; }))
+    throw Refusal{VRX_OUT_OF_RANGE, std::string(name) + " has members that this release does not know"};
+  std::memcpy(to, from, std::min(size, own));
+}
+
+void GiveSized(const void* from, std::size_t own, void* place, const char* name) {
+  const std::size_t size = SizeOf(place, name);
+  auto* const bytes = static_cast<unsigned char*>(place);
+  const auto* const source = static_cast<const unsigned char*>(from);
+  std::copy(source + sizeof(int32_t), source + std::min(size, own), bytes + sizeof(int32_t));
+  if (size > own) std::fill(bytes + own, bytes + size, static_cast<unsigned char>(0));
+}
+
 Pair::Pair(int32_t illuminantNumber, int32_t observerNumber)
     : illuminant(static_cast<vrxIlluminant>(illuminantNumber)), observer(observerNumber) {
   NeedRange(observer, kObserver2, kObserver10, "observer");
@@ -183,6 +218,34 @@ Pair::Pair(int32_t illuminantNumber, int32_t observerNumber)
   if (std::none_of(registered.begin(), registered.end(),
                    [&](vrxUserIllum user) { return IlluminantOf(user) == illuminant; }))
     throw Refusal{VRX_OUT_OF_RANGE, "there is no illuminant " + std::to_string(illuminantNumber)};
+}
+
+CIllumArray IlluminantList(const int32_t* illuminants, int32_t count, int32_t observer) {
+  NeedRange(count, 1, kMostIlluminants, "count");
+  NeedPlace(illuminants, "illuminants");
+  CIllumArray list;
+  list.SetSize(count);
+  for (int32_t i = 0; i < count; ++i) list[i] = Pair(illuminants[i], observer).illuminant;
+  return list;
+}
+
+SaundersonMode ModeOf(int32_t surface) {
+  NeedRange(surface, VRX_SURFACE_INCLUDED, VRX_SURFACE_NONE, "surface");
+  constexpr SaundersonMode kModes[] = {SaundersonMode::kIncluded, SaundersonMode::kExcluded,
+                                       SaundersonMode::kNone};
+  return kModes[surface];
+}
+
+CDbFormula FormulaOf(const int32_t* ids, const double* amounts, int32_t count) {
+  NeedRange(count, 0, 0xFFFF, "count");
+  if (count > 0) NeedPlace(ids, "ids");
+  const auto values = Numbers(amounts, count, 1, "amounts", kLargestAmount);
+  CDbFormula formula(count);
+  for (int32_t i = 0; i < count; ++i) {
+    formula[i].componentId = ids[i];
+    formula[i].amount = values[static_cast<std::size_t>(i)];
+  }
+  return formula;
 }
 
 CDifferenceSettings Settings(const vrx_system* system) {

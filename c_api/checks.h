@@ -15,10 +15,12 @@
 
 #include <vrxmath/batch/batch_run.h>
 #include <vrxmath/c_api.h>
+#include <vrxmath/colorant/optical_transforms.h>
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/colorimetry/weight_tables.h>
+#include <vrxmath/formula/formula.h>
 #include <vrxmath/platform/wide_string.h>
 
 namespace vrx::c_api {
@@ -125,12 +127,34 @@ class Arrays {
   std::vector<std::vector<double>> copies_;
 };
 
+// Structures that begin with their size, which may grow at their end.
+
+/// Copies a caller's structure of `given` bytes into one of `own` bytes, which holds the values of what the caller does not
+/// know. Refuses one that does not hold its size, and one whose further members ask for what this library does not know.
+void CopySized(const void* from, void* to, std::size_t own, const char* name);
+/// The caller's structure in the form of this library, `usual` for null.
+template <class STRUCT>
+STRUCT Sized(const STRUCT* given, const STRUCT& usual, const char* name) {
+  STRUCT own = usual;
+  if (given != nullptr) CopySized(given, &own, sizeof own, name);
+  return own;
+}
+/// Fills as much of the caller's structure as its size says; the rest of a larger one with zeros.
+void GiveSized(const void* from, std::size_t own, void* place, const char* name);
+
 /// An illuminant and observer that have a weighting table.
 struct Pair {
   vrxIlluminant illuminant;
   int32_t observer;
   Pair(int32_t illuminantNumber, int32_t observerNumber);
 };
+
+/// 1 to 64 illuminants, each with a weighting table for the observer.
+CIllumArray IlluminantList(const int32_t* illuminants, int32_t count, int32_t observer);
+/// A formula of `count` lines.
+CDbFormula FormulaOf(const int32_t* ids, const double* amounts, int32_t count);
+/// What a reading holds of the surface, by its number.
+SaundersonMode ModeOf(int32_t surface);
 
 /// A system whose parameters are above 0, at an angle that a geometry can have.
 CDifferenceSettings Settings(const vrx_system* system);

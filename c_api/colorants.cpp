@@ -8,6 +8,7 @@
 
 #include <vrxmath/batch/colorant_batch.h>
 #include <vrxmath/colorant/component_names.h>
+#include <vrxmath/colorant/film.h>
 #include <vrxmath/colorant/strength.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/numeric/matrix.h>
@@ -20,18 +21,10 @@ namespace vrx::c_api {
 namespace {
 
 constexpr int32_t kMostEquations = 4096;
-constexpr double kLargestAmount = 1e12;
 
 template <class NUMBERS>
 bool AreFinite(const NUMBERS& numbers) {
   return std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); });
-}
-
-SaundersonMode ModeOf(int32_t surface) {
-  NeedRange(surface, VRX_SURFACE_INCLUDED, VRX_SURFACE_NONE, "surface");
-  constexpr SaundersonMode kModes[] = {SaundersonMode::kIncluded, SaundersonMode::kExcluded,
-                                       SaundersonMode::kNone};
-  return kModes[surface];
 }
 
 void NeedConstant(double k, const char* name) {
@@ -195,10 +188,10 @@ vrx_status VRX_CALL vrx_colorants_open(int32_t model, double k1, double k2, vrx_
     api::NeedConstant(k1, "k1");
     api::NeedConstant(k2, "k2");
     NeedPlace(colorants, "colorants");
-    auto system = std::make_shared<vrx::CColorantSystemData>();
-    system->opticalModel = model;
-    system->k1 = k1;
-    system->k2 = k2;
+    auto system = std::make_shared<vrx::io::ColorSystem>();
+    system->data.opticalModel = model;
+    system->data.k1 = k1;
+    system->data.k2 = k2;
     *colorants = api::OpenHandle(std::move(system));
   });
 }
@@ -210,9 +203,9 @@ vrx_status VRX_CALL vrx_colorants_read(const uint8_t* bytes, int32_t count, vrx_
     NeedPlace(colorants, "colorants");
     vrx::MemoryStore store(std::as_bytes(std::span(bytes, size)));
     vrx::CArchive archive(store, vrx::CArchive::kLoad);
-    auto system = std::make_shared<vrx::CColorantSystemData>();
+    auto system = std::make_shared<vrx::io::ColorSystem>();
     try {
-      system->Serialize(archive);
+      system->data.Serialize(archive);
     } catch (const vrx::CArchiveException& error) {
       throw Refusal{VRX_REFUSED, error.what()};
     }
@@ -223,33 +216,61 @@ vrx_status VRX_CALL vrx_colorants_read(const uint8_t* bytes, int32_t count, vrx_
 vrx_status VRX_CALL vrx_colorants_level(vrx_handle colorants, int32_t id, int32_t kind, double concentration,
                                         const double absorption[40], const double scattering[40]) {
   return Call([&] {
-    const auto system = api::Find<vrx::CColorantSystemData>(colorants);
+    const auto system = api::Find<vrx::io::ColorSystem>(colorants);
     if (id < 0) throw Refusal{VRX_OUT_OF_RANGE, "id is negative"};
     if (kind != VRX_COLORANT && kind != VRX_RESIN && kind != VRX_CALIBRATION_WHITE)
       throw Refusal{VRX_OUT_OF_RANGE, "kind is none of the kinds that have levels"};
-    api::AddLevel(*system, static_cast<uint32_t>(id), kind,
+    api::AddLevel(system->data, static_cast<uint32_t>(id), kind,
                   api::LevelOf(concentration, absorption, scattering));
   });
 }
 
 vrx_status VRX_CALL vrx_predict(vrx_handle colorants, const int32_t* ids, const double* amounts,
                                 int32_t count, double curve[40]) {
+  return vrx_predict_film(colorants, ids, amounts, count, VRX_SURFACE_INCLUDED, nullptr, 0, curve);
+}
+
+vrx_status VRX_CALL vrx_predict_film(vrx_handle colorants, const int32_t* ids, const double* amounts,
+                                     int32_t count, int32_t surface, const double* backing, double thickness,
+                                     double curve[40]) {
   return Call([&] {
-    const auto system = api::Find<vrx::CColorantSystemData>(colorants);
-    NeedRange(count, 0, 0xFFFF, "count");
-    if (count > 0) NeedPlace(ids, "ids");
-    const auto values = Numbers(amounts, count, 1, "amounts", api::kLargestAmount);
+    const auto system = api::Find<vrx::io::ColorSystem>(colorants);
+    const vrx::CDbFormula formula = api::FormulaOf(ids, amounts, count);
+    const vrx::SaundersonMode mode = api::ModeOf(surface);
     NeedPlace(curve, "curve");
-    vrx::CDbFormula formula(count);
-    for (int32_t i = 0; i < count; ++i) {
-      formula[i].componentId = ids[i];
-      formula[i].amount = values[static_cast<std::size_t>(i)];
+    vrx::CReflData predicted;
+    if (backing == nullptr) {
+      predicted = vrx::PredictReflectance(formula, system->data, mode);
+    } else {
+      const vrx::CReflData below = api::CurveOf(backing, "backing");
+      api::NeedWithin(thickness, 0.0, api::kLargestReading, "thickness");
+      predicted = vrx::PredictFilm(formula, system->data, below, thickness, mode);
     }
-    const vrx::CReflData predicted = vrx::PredictReflectance(formula, *system);
     if (IsUnset(predicted) || !api::AreFinite(predicted))
       throw Refusal{VRX_REFUSED,
                     "the formula has a component that the system lacks, a negative amount, or no scattering"};
     std::copy(predicted.begin(), predicted.end(), curve);
+  });
+}
+
+vrx_status VRX_CALL vrx_film_constants(const double over_black[40], const double over_white[40],
+                                       const double black[40], const double white[40], double k1, double k2,
+                                       int32_t surface, double* absorption, double* scattering,
+                                       double ratio[40]) {
+  return Call([&](Arrays& arrays) {
+    const vrx::CReflData onBlack = api::CurveOf(over_black, "over_black");
+    const vrx::CReflData onWhite = api::CurveOf(over_white, "over_white");
+    const vrx::CReflData below[] = {api::CurveOf(black, "black"), api::CurveOf(white, "white")};
+    api::NeedConstant(k1, "k1");
+    api::NeedConstant(k2, "k2");
+    const vrx::SaundersonMode mode = api::ModeOf(surface);
+    const auto kx = arrays.PlaceIfWanted(absorption, 1, vrx::kWavelengths, "absorption");
+    const auto sx = arrays.PlaceIfWanted(scattering, 1, vrx::kWavelengths, "scattering");
+    const auto ks = arrays.Place(ratio, 1, vrx::kWavelengths, "ratio");
+    const vrx::CFilmConstants film = vrx::FilmConstants(onBlack, onWhite, below[0], below[1], k1, k2, mode);
+    std::copy_n(film.absorption.begin(), kx.size(), kx.begin());
+    std::copy_n(film.scattering.begin(), sx.size(), sx.begin());
+    std::copy(film.ratio.begin(), film.ratio.end(), ks.begin());
   });
 }
 

@@ -10,8 +10,10 @@
 #include <variant>
 #include <vector>
 
+#include <vrxio/files/measurement_table.h>
+#include <vrxio/systems/color_system_file.h>
 #include <vrxmath/batch/judge_batch.h>
-#include <vrxmath/colorant/colorant_system.h>
+#include <vrxmath/matching/recipe_types.h>
 
 #include "c_api/checks.h"
 
@@ -28,7 +30,28 @@ struct Judgement {
   std::size_t IlluminantCount() const { return conditions.illuminants.size(); }
 };
 
-using Object = std::variant<std::shared_ptr<Judgement>, std::shared_ptr<CColorantSystemData>>;
+/// A recipe or the additions of a correction.
+struct FoundRecipe {
+  CDbFormula formula;
+  CDoubleArray1 differences;
+  CReflData curve;
+  vrx_recipe_summary summary;
+};
+
+/// A search for recipes: its conditions, and what it found last.
+struct Search {
+  std::shared_ptr<io::ColorSystem> system;
+  CRecipeSettings settings;
+  double mostAddition = RecipeDefaults::kMostAddition;
+  int32_t aim = VRX_AIM_SMALLEST;
+  vrx_progress progress = nullptr;
+  void* context = nullptr;
+  std::vector<FoundRecipe> results;
+  std::optional<FoundRecipe> before;  ///< the batch as it is, after a correction
+};
+
+using Object = std::variant<std::shared_ptr<Judgement>, std::shared_ptr<io::ColorSystem>,
+                            std::shared_ptr<io::MeasurementTable>, std::shared_ptr<Search>>;
 
 /// Keeps an object until `CloseHandle`. A number is not given again for as long as 16-bit counting allows.
 vrx_handle OpenHandle(Object object);

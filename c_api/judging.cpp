@@ -19,7 +19,6 @@ namespace {
 
 using Rows7 = BatchView<const double, 7>;
 
-constexpr int32_t kMostIlluminants = 64;
 constexpr int32_t kMostStandards = 4'000'000;
 
 double NeedFactor(double factor) {
@@ -260,15 +259,11 @@ vrx_status VRX_CALL vrx_judgement_open(const vrx_system* system, const int32_t* 
                                        int32_t observer, vrx_handle* judgement) {
   return Call([&] {
     const vrx::CDifferenceSettings settings = api::Settings(system);
-    NeedRange(count, 1, api::kMostIlluminants, "count");
-    NeedPlace(illuminants, "illuminants");
+    const vrx::CIllumArray list = api::IlluminantList(illuminants, count, observer);
     NeedPlace(judgement, "judgement");
     auto object = std::make_shared<api::Judgement>();
     vrx::JudgeConditions& conditions = object->conditions;
-    conditions.illuminants.clear();
-    for (int32_t i = 0; i < count; ++i) {
-      conditions.illuminants.push_back(api::Pair(illuminants[i], observer).illuminant);
-    }
+    conditions.illuminants.assign(list.begin(), list.end());
     api::NeedAngleOfGeometry(system->angle);
     conditions.difference = settings;
     conditions.observer = observer;

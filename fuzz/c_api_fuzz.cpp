@@ -232,6 +232,22 @@ const Function kFunctions[] = {
      [](const Plain& p, const Arrays& a) {
        return vrx_solve(a.in[0], a.in[1], std::min(p.count, int32_t{3}), Real(a.out[0]));
      }},
+    {{8 * kReal},
+     {40 * kReal},
+     [](const Plain& p, const Arrays& a) {
+       return p.count < 1 ? VRX_BAD_COUNT
+                          : vrx_predict_film(p.handle, p.numbers, a.in[0], std::min(p.count, int32_t{5}),
+                                             p.numbers[4], p.curve, p.reals[0], Real(a.out[0]));
+     }},
+    {{40 * kReal, 40 * kReal},
+     {40 * kReal, 40 * kReal, 40 * kReal},
+     [](const Plain& p, const Arrays& a) {
+       double white[40];
+       std::fill_n(white, 40, p.reals[2]);
+       return p.count < 1 ? VRX_BAD_COUNT
+                          : vrx_film_constants(a.in[0], a.in[1], p.curve, white, p.reals[0], p.reals[1],
+                                               p.numbers[0], Real(a.out[0]), Real(a.out[1]), Real(a.out[2]));
+     }},
 };
 
 constexpr std::size_t kArena = 4096;  // bytes

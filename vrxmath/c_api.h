@@ -30,6 +30,9 @@
  * Handles are numbers; 0 is none. They are the process's, not a thread's. One handle is for one thread at a time; other
  * functions may be called on any thread while nobody changes display primaries or user illuminants.
  *
+ * A structure that begins with `size` may have more members in a later release: set `size` to its sizeof, and all that you do not
+ * use to 0. Null stands for what is usual.
+ *
  * On 32-bit Windows the functions are __stdcall, under undecorated names. Compare VRX_ABI_VERSION with vrx_abi_version
  * before the first call where header and library may come from different releases.
  */
@@ -137,6 +140,48 @@ VRX_C_API vrx_status VRX_CALL vrx_register_illuminant16(int32_t number, const vr
                                                         int32_t step, int32_t straight);
 /* Takes it away again; VRX_OUT_OF_RANGE when it is not there. */
 VRX_C_API vrx_status VRX_CALL vrx_remove_illuminant(int32_t number);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Files of measurements: CSV, CGATS, CxF and JSON, read as a whole. Paths are those of the system, also for "-". A file that cannot
+ * be used is refused (VRX_REFUSED) with its name, line, column and the reason. */
+
+typedef int32_t vrx_handle;
+
+enum { VRX_FORM_BY_CONTENT = 0, VRX_FORM_CSV = 1, VRX_FORM_CGATS = 2, VRX_FORM_CXF = 3, VRX_FORM_JSON = 4 };
+/* What reflectances are. By the file: what it says; one that says nothing and can be either is refused. */
+enum { VRX_SCALE_BY_FILE = 0, VRX_SCALE_PERCENT = 1, VRX_SCALE_FRACTION = 2 };
+typedef struct vrx_read_options {
+  int32_t size;
+  int32_t form;
+  int32_t scale;
+  int32_t lenient; /* 1: unknown columns and other deviations are skipped, with a note */
+} vrx_read_options;
+typedef struct vrx_measurements_summary {
+  int32_t size;
+  int32_t count;                        /* of samples */
+  int32_t form;                         /* of the file */
+  int32_t has_curves, has_xyz, has_lab; /* 1 where all samples have them */
+  int32_t notes, warnings;              /* how many there are */
+} vrx_measurements_summary;
+
+VRX_C_API vrx_status VRX_CALL vrx_measurements_open(const char* path, const vrx_read_options* options,
+                                                    vrx_handle* measurements);
+VRX_C_API vrx_status VRX_CALL vrx_measurements_open16(const vrx_char16* path, const vrx_read_options* options,
+                                                      vrx_handle* measurements);
+/* What there is; the size of the structure says how much of it the caller knows. */
+VRX_C_API vrx_status VRX_CALL vrx_measurements_summarize(vrx_handle measurements,
+                                                         vrx_measurements_summary* summary);
+/* The numbers of `count` samples from `first` on: curves (40 each), X, Y, Z or L*, a*, b* (3 each). */
+enum { VRX_NUMBERS_CURVES = 0, VRX_NUMBERS_XYZ = 1, VRX_NUMBERS_LAB = 2 };
+VRX_C_API vrx_status VRX_CALL vrx_measurements_numbers(vrx_handle measurements, int32_t kind, int32_t first,
+                                                       int32_t count, double* numbers);
+/* A text of a sample: what names it (its id, else its name, else its number from 1), its name, its measuring geometry; or a note of
+ * what was skipped, a warning of what may make the numbers other than they look. */
+enum { VRX_TEXT_ID = 0, VRX_TEXT_NAME = 1, VRX_TEXT_GEOMETRY = 2, VRX_TEXT_NOTE = 3, VRX_TEXT_WARNING = 4 };
+VRX_C_API vrx_status VRX_CALL vrx_measurements_text(vrx_handle measurements, int32_t kind, int32_t index,
+                                                    char* text, int32_t capacity, int32_t* length);
+VRX_C_API vrx_status VRX_CALL vrx_measurements_text16(vrx_handle measurements, int32_t kind, int32_t index,
+                                                      vrx_char16* text, int32_t capacity, int32_t* length);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * From curves to colours. `count` rows each. */
@@ -290,7 +335,6 @@ VRX_C_API vrx_status VRX_CALL vrx_shade_word16(int32_t word, vrx_char16* text, i
                                                int32_t* length);
 
 /* A judgement: standards and their tolerances under several illuminants, against which trials are judged. */
-typedef int32_t vrx_handle;
 
 /* A judgement under `count` (1 to 64) illuminants. Every tolerance is a box of 1.5 at first, the warning factor 0.75. The
  * angle of the system is 45, or one of the aspecular angles of the library's geometries. */
@@ -405,6 +449,17 @@ enum {
 VRX_C_API vrx_status VRX_CALL vrx_colorants_open(int32_t model, double k1, double k2, vrx_handle* colorants);
 /* Reads the library's archive form of a colour system. VRX_REFUSED when it is damaged or newer than the library. */
 VRX_C_API vrx_status VRX_CALL vrx_colorants_read(const uint8_t* bytes, int32_t count, vrx_handle* colorants);
+/* Reads a file of a colour system (JSON). VRX_REFUSED with file, field and reason for one that cannot be used. */
+VRX_C_API vrx_status VRX_CALL vrx_colorants_open_file(const char* path, vrx_handle* colorants);
+VRX_C_API vrx_status VRX_CALL vrx_colorants_open_file16(const vrx_char16* path, vrx_handle* colorants);
+/* How many components a system has, colorants and then resins; the id and the kind of the one at `index` from 0, and its name. */
+VRX_C_API vrx_status VRX_CALL vrx_colorants_count(vrx_handle colorants, int32_t* count);
+VRX_C_API vrx_status VRX_CALL vrx_colorants_component(vrx_handle colorants, int32_t index, int32_t* id,
+                                                      int32_t* kind);
+VRX_C_API vrx_status VRX_CALL vrx_colorants_name(vrx_handle colorants, int32_t index, char* text,
+                                                 int32_t capacity, int32_t* length);
+VRX_C_API vrx_status VRX_CALL vrx_colorants_name16(vrx_handle colorants, int32_t index, vrx_char16* text,
+                                                   int32_t capacity, int32_t* length);
 /* Gives component `id` a calibration level: concentration from 0 to 1, above those given before, and K and S per unit of
  * concentration, 40 numbers each. The first level of an id makes the component, of that kind. */
 VRX_C_API vrx_status VRX_CALL vrx_colorants_level(vrx_handle colorants, int32_t id, int32_t kind,
@@ -414,7 +469,91 @@ VRX_C_API vrx_status VRX_CALL vrx_colorants_level(vrx_handle colorants, int32_t 
 VRX_C_API vrx_status VRX_CALL vrx_predict(vrx_handle colorants, const int32_t* ids, const double* amounts,
                                           int32_t count, double curve[40]);
 
-/* Closes a judgement or a colour system. */
+/* The same with the surface as `surface` says, and over a backing (40 reflectances in percent, measured bare) as a film of that
+ * thickness, in the unit of length of the system; opaque where `backing` is null. */
+VRX_C_API vrx_status VRX_CALL vrx_predict_film(vrx_handle colorants, const int32_t* ids,
+                                               const double* amounts, int32_t count, int32_t surface,
+                                               const double* backing, double thickness, double curve[40]);
+/* What a film absorbs and scatters over its thickness, K X and S X, from its curves over black and over white and those of the bare
+ * backings (P. Kubelka 1948): unset where it is opaque; may be null. `ratio`: K/S. */
+VRX_C_API vrx_status VRX_CALL vrx_film_constants(const double over_black[40], const double over_white[40],
+                                                 const double black[40], const double white[40], double k1,
+                                                 double k2, int32_t surface, double* absorption,
+                                                 double* scattering, double ratio[40]);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Recipes: which colorants of a colour system, and how much of each, give a colour; and what to add to a batch that came out wrong. */
+
+enum { VRX_OBJECTIVE_TRISTIMULUS = 0, VRX_OBJECTIVE_SPECTRAL = 1, VRX_OBJECTIVE_COMBINED = 2 };
+enum { VRX_ORDER_FEWEST = 0, VRX_ORDER_COLOR = 1, VRX_ORDER_METAMERISM = 2, VRX_ORDER_COST = 3 };
+enum { VRX_AIM_SMALLEST = 0, VRX_AIM_CHEAPEST = 1, VRX_AIM_NEAREST = 2 };
+enum { VRX_USE_OFFERED = 0, VRX_USE_REQUIRED = 1, VRX_USE_EXCLUDED = 2 };
+
+typedef struct vrx_recipe_settings {
+  int32_t size;
+  int32_t most_colorants; /* of a recipe, and of additions: 1 to 6; a substrate does not count */
+  int32_t top;            /* recipes that are found at most, 1 to 10000 */
+  int32_t objective;      /* what the search makes small */
+  int32_t order;          /* of the recipes within the tolerance, which stand before the others */
+  int32_t aim;            /* of a correction */
+  int32_t surface;        /* what the curves hold of it */
+  int32_t prerank;        /* 0: every subset is solved; else this many of each size, at most a million */
+  double least_amount;    /* least share of every colorant of a recipe, 0 to 1 */
+  double tolerance;       /* largest difference under any illuminant */
+  double batch_size;      /* total of the amounts; with a substrate its amount */
+  double resolution;      /* step of the dispenser in the unit of the amounts; 0: none */
+  double most_addition;   /* of a correction, as a part of the batch, 0 to 1 */
+  int64_t most_subsets;   /* of components; a search among more is refused */
+} vrx_recipe_settings;
+/* A recipe or correction that was found. What it has not is unset. */
+typedef struct vrx_recipe_summary {
+  int32_t size;
+  int32_t lines;            /* of its formula */
+  int32_t within_tolerance; /* 1 or 0 */
+  int32_t alike;            /* recipes that differ from it by traces only */
+  double total;             /* of the amounts */
+  double worst;             /* of its differences from the target */
+  double metamerism;        /* largest index from the first illuminant to another */
+  double rms;               /* of the curves' difference from 400 to 700 nm, percent */
+  double cost;
+  double opacity; /* contrast ratio in percent */
+} vrx_recipe_summary;
+/* Called on the calling thread of a search with the part that is done, 0 to 1; 0 stops the search, which is then refused. */
+typedef int32_t(VRX_CALL* vrx_progress)(double part, void* context);
+
+/* Fills the structure with what is usual. */
+VRX_C_API vrx_status VRX_CALL vrx_usual_recipe_settings(vrx_recipe_settings* settings);
+/* A search among the components of a colour system, judged under `count` (1 to 64) illuminants, the first being the primary one. */
+VRX_C_API vrx_status VRX_CALL vrx_search_open(vrx_handle colorants, const vrx_system* system,
+                                              const int32_t* illuminants, int32_t count, int32_t observer,
+                                              const vrx_recipe_settings* settings, vrx_handle* search);
+/* How a component may be used, the limits of its share (0 to 1) in a recipe that has it, and the cost of one unit of it. */
+VRX_C_API vrx_status VRX_CALL vrx_search_component(vrx_handle search, int32_t id, int32_t use, double least,
+                                                   double most, double cost);
+/* Asks for the opacity of a film of that thickness over two backings, as contrast ratio in percent, and for at least so much. */
+VRX_C_API vrx_status VRX_CALL vrx_search_opacity(vrx_handle search, const double black[40],
+                                                 const double white[40], double thickness,
+                                                 double least_opacity);
+/* Who is told how far a search is; null for nobody. */
+VRX_C_API vrx_status VRX_CALL vrx_search_watch(vrx_handle search, vrx_progress progress, void* context);
+/* Finds recipes of a curve, or of L*, a*, b* under the primary illuminant: how many, best first, indexed from 0. */
+VRX_C_API vrx_status VRX_CALL vrx_search_match(vrx_handle search, const double target[40], int32_t* found);
+VRX_C_API vrx_status VRX_CALL vrx_search_match_lab(vrx_handle search, const double lab[3], int32_t* found);
+/* Finds what to add to a batch: its formula (amounts in any one unit), its measured curve, its size in the settings. Index -1 is
+ * the batch as it is. */
+VRX_C_API vrx_status VRX_CALL vrx_search_correct(vrx_handle search, const int32_t* ids, const double* amounts,
+                                                 int32_t count, const double measured[40],
+                                                 const double target[40], int32_t* found);
+/* What the last call found, until the next one: a summary; the ids and amounts, for which `count` says how many there is room for; the
+ * differences from the target under each illuminant (may be null), and the curve that it is predicted to give. */
+VRX_C_API vrx_status VRX_CALL vrx_search_summarize(vrx_handle search, int32_t index,
+                                                   vrx_recipe_summary* summary);
+VRX_C_API vrx_status VRX_CALL vrx_search_amounts(vrx_handle search, int32_t index, int32_t count,
+                                                 int32_t* ids, double* amounts);
+VRX_C_API vrx_status VRX_CALL vrx_search_result(vrx_handle search, int32_t index, double* differences,
+                                                double curve[40]);
+
+/* Closes a handle of any kind. */
 VRX_C_API vrx_status VRX_CALL vrx_close(vrx_handle handle);
 
 /* ------------------------------------------------------------------------------------------------------------------

@@ -11,6 +11,8 @@
 #include <vrxmath/batch/batch_run.h>
 #include <vrxmath/foundation/numbers.h>
 
+#include "python/src/unlocked.h"
+
 namespace vrx::python {
 
 namespace py = pybind11;
@@ -22,12 +24,15 @@ inline void RequireThreads(int threads) {
   if (threads < 0) throw py::value_error("threads: 0 (all cores) or a positive number is expected");
 }
 
-/// Calls `work(from, count)` over all rows on the threads that were asked for (0: all cores), as ForEachBlock. Throws ValueError for a negative count of threads.
+/// Calls `work(from, count)` over all rows on the threads that were asked for (0: all cores). The first exception of a block
+/// comes out once every thread has stopped; Ctrl+C stops them, too. Throws ValueError for a negative count of threads.
 template <class WORK>
 void InBlocks(std::size_t rows, int threads, const WORK& work) {
   RequireThreads(threads);
-  const py::gil_scoped_release unlocked;
-  ForEachBlock({static_cast<unsigned>(threads), {}}, rows, kBlockRows, work);
+  WithoutLock([&](const auto& goesOn) {
+    const BatchRun run{static_cast<unsigned>(threads), [&](std::size_t) { return goesOn(); }};
+    ForEachBlock(run, rows, kBlockRows, work);
+  });
 }
 
 /// Replaces unset numbers by NaN.

@@ -186,8 +186,10 @@ py::tuple Nearest(const py::object& samples, const py::object& standards, std::s
   std::vector<NearestMatch> matches(trials.count * count);
   {
     const std::vector<ColorBatch> a = trials.Batches(), b = library.Batches();
-    const py::gil_scoped_release unlocked;
-    FindNearestBatch(settings, angle, a, b, count, matches, {static_cast<unsigned>(threads), {}});
+    WithoutLock([&](const auto& goesOn) {
+      const BatchRun run{static_cast<unsigned>(threads), [&](std::size_t) { return goesOn(); }};
+      FindNearestBatch(settings, angle, a, b, count, matches, run);
+    });
   }
   std::vector<py::ssize_t> shape = trials.lead;
   shape.push_back(static_cast<py::ssize_t>(count));

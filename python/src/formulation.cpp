@@ -25,6 +25,7 @@
 #include "python/src/blocks.h"
 #include "python/src/module.h"
 #include "python/src/names.h"
+#include "python/src/paths.h"
 #include "python/src/views.h"
 
 namespace vrx::python {
@@ -60,8 +61,8 @@ std::size_t PlaceOf(const System& system, const py::handle& component) {
 }
 
 // Formulas of a file as rows of amounts in the order of the system.
-py::tuple ReadFormulas(const System& system, const std::string& path) {
-  const std::vector<io::NamedFormula> formulas = io::ReadFormulas(path, system.file);
+py::tuple ReadFormulas(const System& system, const std::filesystem::path& path) {
+  const std::vector<io::NamedFormula> formulas = io::ReadFormulas(ExistingFile(path), system.file);
   const std::size_t width = system.ids.size();
   py::list names;
   py::array_t<double> amounts({static_cast<py::ssize_t>(formulas.size()), static_cast<py::ssize_t>(width)});
@@ -252,18 +253,11 @@ std::string FaultText(const System& system, const CRecipeSettings& settings, con
 // A search without the interpreter's lock, which Ctrl+C ends.
 RecipeOutcome Search(const System& system, CRecipeSettings& settings,
                      const std::function<RecipeOutcome()>& search) {
-  bool isStopped = false;
-  settings.progress = [&](double) {
-    const py::gil_scoped_acquire locked;
-    isStopped = isStopped || PyErr_CheckSignals() != 0;
-    return !isStopped;
-  };
   RecipeOutcome outcome;
-  {
-    const py::gil_scoped_release unlocked;
+  WithoutLock([&](const auto& goesOn) {
+    settings.progress = [&](double) { return goesOn(); };
     outcome = search();
-  }
-  if (isStopped) throw py::error_already_set();
+  });
   if (outcome.fault != RecipeFault::kNone) throw py::value_error(FaultText(system, settings, outcome));
   return outcome;
 }
@@ -385,7 +379,7 @@ void DefineFormulation(py::module_& module) {
 
 Parameters
 ----------
-path : str
+path : str or os.PathLike
 
 Attributes
 ----------
@@ -394,7 +388,8 @@ ids : list of int
 names : list of str
     Of the components, in the order in which amounts are given.
 )")
-      .def(py::init<const std::string&>(), py::arg("path"))
+      .def(py::init([](const std::filesystem::path& path) { return System(ExistingFile(path)); }),
+           py::arg("path"))
       .def_property_readonly("name", [](const System& system) { return system.file.data.name.ToUtf8(); })
       .def_property_readonly(
           "model",

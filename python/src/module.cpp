@@ -9,6 +9,7 @@
 #include <vrxmath/platform/exceptions.h>
 
 #include "python/src/names.h"
+#include "python/src/unlocked.h"
 
 namespace vrx::python {
 namespace {
@@ -34,6 +35,10 @@ py::dict IlluminantTable() {
   return table;
 }
 
+std::string NameOf(const Illuminant& lamp) {
+  return lamp.name.substr(0, lamp.name.find('|'));
+}
+
 std::vector<std::string> ShadeTexts() {
   std::vector<std::string> texts;
   for (std::int32_t word = kShadeNone; word <= kBluer; ++word) {
@@ -48,10 +53,12 @@ void DefineNames(py::module_& module) {
   py::class_<Illuminant>(module, "Illuminant",
                          R"(A lamp by its measured spectral power, taken wherever an illuminant is.
 
+Lamps are told apart by name and power: equal ones are equal, and a lamp that is pickled is the same in another process.
+
 Parameters
 ----------
 name : str
-    How it is called from then on, ``"SHOP"`` or ``"SHOP|Shop lighting"``.
+    How results call it, ``"SHOP"`` or ``"SHOP|Shop lighting"``; not the code of a built-in illuminant.
 wavelengths : array_like, shape (n,)
     Whole nm, 1, 5 or 10 apart, 400 to 700 nm at least.
 power : array_like, shape (n,)
@@ -64,15 +71,35 @@ interpolation : str
              if (interpolation != "cubic" && interpolation != "linear") {
                throw py::value_error("interpolation: \"cubic\" or \"linear\" is expected");
              }
-             return RegisterIlluminant(name, wavelengths, power, interpolation == "linear");
+             return MakeIlluminant(name, SpectrumOf(wavelengths, power, interpolation == "linear"));
            }),
            py::arg("name"), py::arg("wavelengths"), py::arg("power"), py::kw_only(),
            py::arg("interpolation") = "cubic")
-      .def_property_readonly("name",
-                             [](const Illuminant& lamp) { return lamp.name.substr(0, lamp.name.find('|')); })
+      .def_property_readonly("name", &NameOf)
+      .def("__eq__",
+           [](const Illuminant& lamp, const py::object& other) {
+             return py::isinstance<Illuminant>(other) && lamp == other.cast<const Illuminant&>();
+           })
+      .def("__hash__",
+           [](const Illuminant& lamp) {
+             return py::hash(py::make_tuple(lamp.name, py::tuple(py::cast(lamp.spectrum.power))));
+           })
+      .def(py::pickle(
+          [](const Illuminant& lamp) {
+            const Spectrum& spectrum = lamp.spectrum;
+            return py::make_tuple(lamp.name, spectrum.power, spectrum.first, spectrum.step, spectrum.linear);
+          },
+          [](const py::tuple& state) {
+            if (state.size() != 5) throw py::value_error("no state of an Illuminant");
+            return MakeIlluminant(state[0].cast<std::string>(),
+                                  {state[1].cast<std::vector<double>>(), state[2].cast<std::int32_t>(),
+                                   state[3].cast<std::int32_t>(), state[4].cast<bool>()});
+          }))
       .def("__repr__", [](const Illuminant& lamp) { return "<Illuminant " + lamp.name + ">"; });
-  module.def("illuminant_name",
-             [](const py::object& illuminant) { return IlluminantCode(IlluminantOf(illuminant)).ToUtf8(); });
+  module.def("illuminant_name", [](const py::object& illuminant) {
+    return py::isinstance<Illuminant>(illuminant) ? NameOf(illuminant.cast<const Illuminant&>())
+                                                  : IlluminantCode(IlluminantOf(illuminant)).ToUtf8();
+  });
   module.def("illuminants", &IlluminantTable, R"(The built-in illuminants.
 
 Returns
@@ -92,8 +119,12 @@ dict of str to dict
 
 }  // namespace vrx::python
 
+// What initializes the module, behind a check of the interpreter.
+#define PyInit__core InitializeCore
 PYBIND11_MODULE(_core, module) {
   using namespace vrx::python;
+  StopCallsAtExit();
+  module.attr("__version__") = VRX_VERSION;
   module.doc() =
       "Colour science for industrial colour matching and quality control: the compiled part of vrxmath.";
   pybind11::register_exception_translator([](std::exception_ptr failure) {
@@ -115,4 +146,14 @@ PYBIND11_MODULE(_core, module) {
   DefineColorant(module);
   DefineFormulation(module);
   DefineReading(module);
+}
+#undef PyInit__core
+
+// The module keeps what it has registered for the process, and pybind11's own records belong to the main interpreter: in
+// another one its initialization would wait for a lock that it holds itself.
+extern "C" PYBIND11_EXPORT PyObject* PyInit__core() {
+  if (PyInterpreterState_Get() == PyInterpreterState_Main()) return InitializeCore();
+  PyErr_SetString(PyExc_ImportError,
+                  "vrxmath works in the main interpreter of a process, not in subinterpreters");
+  return nullptr;
 }

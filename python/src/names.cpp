@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <string_view>
 #include <utility>
 
@@ -15,16 +14,15 @@
 namespace vrx::python {
 namespace {
 
-struct Registered {
-  Illuminant illuminant;
-  std::vector<double> power;
-  std::int32_t first, step;
-  bool linear;
+// The numbers that the library has for lamps, and what each stands for. Guarded by the interpreter's lock, as everything
+// that registers is.
+struct Place {
+  Spectrum spectrum;
+  std::weak_ptr<const LampNumber> users;
 };
-// Guarded by the interpreter's lock, as everything that registers is.
-std::map<std::string, Registered>& RegisteredLamps() {
-  static std::map<std::string, Registered> lamps;
-  return lamps;
+std::vector<Place>& Places() {
+  static std::vector<Place> places;
+  return places;
 }
 
 std::vector<double> VectorOf(const py::object& argument, const char* name) {
@@ -49,43 +47,58 @@ std::int32_t StepOf(const std::vector<double>& wavelengths) {
   return static_cast<std::int32_t>(step);
 }
 
-vrxUserIllum FreeNumber() {
-  const CUserIllumArray taken = RegisteredUserIlluminants();
-  for (std::int32_t number = kFirstUserIlluminant; number < kFirstUserIlluminant + kUserIlluminants;
-       ++number) {
-    const auto candidate = static_cast<vrxUserIllum>(number);
-    if (std::find(taken.begin(), taken.end(), candidate) == taken.end()) return candidate;
-  }
-  throw py::value_error("there is no room for more than " + std::to_string(kUserIlluminants) +
-                        " illuminants");
+// The place of a spectrum: its own of before, a new one, or one that nobody uses any more.
+std::size_t PlaceOf(const Spectrum& spectrum) {
+  std::vector<Place>& places = Places();
+  const auto own = std::ranges::find(places, spectrum, &Place::spectrum);
+  if (own != places.end()) return static_cast<std::size_t>(own - places.begin());
+  if (places.size() < kUserIlluminants) return places.size();
+  const auto unused = std::ranges::find_if(places, [](const Place& place) { return place.users.expired(); });
+  if (unused == places.end())
+    throw py::value_error(std::to_string(kUserIlluminants) + " other illuminants are in use");
+  return static_cast<std::size_t>(unused - places.begin());
+}
+
+bool IsBuiltIn(const std::string& name) {
+  vrxIlluminant owner;
+  return FindIlluminant(CString::FromUtf8(name.substr(0, name.find('|'))), owner) &&
+         owner < kBuiltInIlluminants;
 }
 
 }  // namespace
 
-Illuminant RegisterIlluminant(const std::string& name, const py::object& wavelengths, const py::object& power,
-                              bool linear) {
-  const std::vector<double> nm = VectorOf(wavelengths, "wavelengths"), values = VectorOf(power, "power");
-  if (nm.size() != values.size()) throw py::value_error("power: as many values as wavelengths are expected");
-  const std::int32_t step = StepOf(nm), first = static_cast<std::int32_t>(nm[0]);
-  const auto known = RegisteredLamps().find(name);
-  if (known != RegisteredLamps().end()) {
-    const Registered& lamp = known->second;
-    if (lamp.power == values && lamp.first == first && lamp.step == step && lamp.linear == linear)
-      return lamp.illuminant;
-    throw py::value_error("name: \"" + name + "\" stands for another spectral power already");
+Spectrum SpectrumOf(const py::object& wavelengths, const py::object& power, bool linear) {
+  const std::vector<double> nm = VectorOf(wavelengths, "wavelengths");
+  Spectrum spectrum{VectorOf(power, "power"), 0, StepOf(nm), linear};
+  if (nm.size() != spectrum.power.size())
+    throw py::value_error("power: as many values as wavelengths are expected");
+  spectrum.first = static_cast<std::int32_t>(nm[0]);
+  return spectrum;
+}
+
+Illuminant MakeIlluminant(const std::string& name, Spectrum spectrum) {
+  if (name.empty() || name.front() == '|' || IsBuiltIn(name))
+    throw py::value_error("name: \"" + name + "\" is empty or that of a built-in illuminant");
+  const std::size_t place = PlaceOf(spectrum);
+  std::vector<Place>& places = Places();
+  std::shared_ptr<const LampNumber> users =
+      place < places.size() && places[place].spectrum == spectrum ? places[place].users.lock() : nullptr;
+  if (users == nullptr) {
+    // The library's own name for it is one that nobody else can have.
+    const auto number = static_cast<vrxUserIllum>(kFirstUserIlluminant + static_cast<std::int32_t>(place));
+    const IlluminantError error = RegisterUserIlluminant(
+        number, CString::FromUtf8("#" + std::to_string(number)), spectrum.power, spectrum.first,
+        spectrum.step, spectrum.linear ? SpectralInterpolation::kLinear : SpectralInterpolation::kLagrange);
+    if (error != IlluminantError::kNone) throw py::value_error(IlluminantErrorText(error).ToUtf8());
+    users = std::make_shared<const LampNumber>(LampNumber{vrx::IlluminantOf(number)});
+    if (place == places.size()) places.emplace_back();
+    places[place] = {spectrum, users};
   }
-  const vrxUserIllum number = FreeNumber();
-  const IlluminantError error =
-      RegisterUserIlluminant(number, CString::FromUtf8(name), values, first, step,
-                             linear ? SpectralInterpolation::kLinear : SpectralInterpolation::kLagrange);
-  if (error != IlluminantError::kNone) throw py::value_error(IlluminantErrorText(error).ToUtf8());
-  const Illuminant illuminant{name, vrx::IlluminantOf(number)};
-  RegisteredLamps().emplace(name, Registered{illuminant, values, first, step, linear});
-  return illuminant;
+  return {name, std::move(spectrum), std::move(users)};
 }
 
 vrxIlluminant IlluminantOf(const py::handle& argument) {
-  if (py::isinstance<Illuminant>(argument)) return argument.cast<const Illuminant&>().number;
+  if (py::isinstance<Illuminant>(argument)) return argument.cast<const Illuminant&>().number->number;
   if (!py::isinstance<py::str>(argument) && !py::isinstance<py::int_>(argument)) {
     throw py::type_error("illuminant: a code such as \"D65\", a number or an Illuminant is expected");
   }

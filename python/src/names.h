@@ -4,6 +4,7 @@
 #define PYTHON_SRC_NAMES_H_
 
 #include <cstdint>
+#include <memory>
 #include <pybind11/pybind11.h>
 #include <string>
 #include <vector>
@@ -15,16 +16,33 @@ namespace vrx::python {
 
 namespace py = pybind11;
 
-/// A lamp by its measured spectral power, registered with the library under a number of its own.
-struct Illuminant {
-  std::string name;
+/// What a lamp is: relative spectral power every `step` nm from `first` on, and how it is brought to 1 nm.
+struct Spectrum {
+  std::vector<double> power;
+  std::int32_t first = 0, step = 0;
+  bool linear = false;
+  bool operator==(const Spectrum&) const = default;
+};
+
+/// The number under which the library knows a spectrum.
+struct LampNumber {
   vrxIlluminant number;
 };
 
-/// Registers a lamp: relative power at even wavelengths, 1, 5 or 10 nm apart. One of the same name and power is found
-/// again; another power under a known name is refused. Throws ValueError with the library's reason.
-Illuminant RegisterIlluminant(const std::string& name, const py::object& wavelengths, const py::object& power,
-                              bool linear);
+/// A lamp of the user's own, told from others by its name and its spectrum. All lamps of one spectrum share a number, which
+/// is kept for them as long as one of them is there.
+struct Illuminant {
+  std::string name;
+  Spectrum spectrum;
+  std::shared_ptr<const LampNumber> number;
+  bool operator==(const Illuminant& other) const { return name == other.name && spectrum == other.spectrum; }
+};
+
+/// The even grid of whole wavelengths with its power. Throws ValueError for another grid.
+Spectrum SpectrumOf(const py::object& wavelengths, const py::object& power, bool linear);
+/// A lamp of that name, which no built-in illuminant has. Throws ValueError with the library's reason, and where 256 other
+/// lamps are in use.
+Illuminant MakeIlluminant(const std::string& name, Spectrum spectrum);
 
 /// An illuminant by its code ("D65", "TL84"), its number or an Illuminant. Throws ValueError for an unknown one.
 vrxIlluminant IlluminantOf(const py::handle& argument);

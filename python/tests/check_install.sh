@@ -5,9 +5,13 @@
 # network, and runs the example with it.
 set -eu
 python=$1 source=$2 work=$3
-rm -rf "$work/venv" "$work/pictures"
+rm -rf "$work/venv" "$work/pictures" "$work/wheels"
 "$python" -m venv --system-site-packages "$work/venv"
 PIP_NO_INDEX=1 "$work/venv/bin/pip" install --quiet --config-settings build-dir="$work/build" "$source/python"
+# The wheel by itself: its dependencies are the system's.
+PIP_NO_INDEX=1 "$work/venv/bin/pip" wheel --quiet --no-deps --config-settings build-dir="$work/build" \
+  --wheel-dir "$work/wheels" "$source/python"
+ls "$work"/wheels/vrxmath-*.whl > /dev/null
 cd "$work"
 "$work/venv/bin/python" "$source/examples/judge_chart.py" "$work/pictures" > "$work/judge_chart.txt"
 tail -n 1 "$work/judge_chart.txt"

@@ -1,6 +1,7 @@
 """What people look at: records in a notebook, plots, and the partitions of a cluster."""
 
 import html.parser
+import json
 import pathlib
 
 import numpy as np
@@ -82,4 +83,31 @@ def test_a_cluster_gives_the_bytes_of_one_process(curves, tmp_path):
         np.ascontiguousarray(vrx.lab(vrx.tristimulus(curves), polar=True)[:, 4]).tobytes()
     assert np.concatenate([np.load(path) for path in near])["index_2"].tolist() == \
         vrx.nearest(curves, curves[:20], 2)[0][:, 1].tolist()
-    assert not [path for path in (tmp_path / "judged").iterdir() if path.name.startswith(".")]
+    manifest = json.loads((tmp_path / "judged" / "manifest.json").read_text())
+    assert [(part["file"], part["rows"]) for part in manifest["partitions"]] == [(pathlib.Path(path).name, 10) for path in written]
+    assert sorted(path.name for path in (tmp_path / "judged").iterdir()) == \
+        sorted(["manifest.json"] + [pathlib.Path(path).name for path in written])
+    assert rows["id"].tolist() == [str(i + 1) for i in range(10)] * 6
+
+
+def test_a_folder_of_results_is_replaced_as_a_whole(tmp_path):
+    from vrxmath import _folder
+
+    def fill(names, output=tmp_path / "out"):
+        with _folder.replaced(output) as folder:
+            for name in names:
+                (folder / name).write_text(name)
+            _folder.write_manifest(folder, {"parts": names})
+
+    fill(["a", "b", "c"])
+    fill(["a"])
+    assert sorted(path.name for path in (tmp_path / "out").iterdir()) == ["a", "manifest.json"]
+    with pytest.raises(KeyError), _folder.replaced(tmp_path / "out") as folder:
+        (folder / "d").write_text("")
+        raise KeyError
+    assert sorted(path.name for path in (tmp_path / "out").iterdir()) == ["a", "manifest.json"]
+    (tmp_path / "mine").mkdir()
+    (tmp_path / "mine" / "thesis.tex").write_text("")
+    with pytest.raises(FileExistsError, match="no folder of results"):
+        fill(["a"], tmp_path / "mine")
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["mine", "out"]

@@ -14,6 +14,7 @@ the last axis. Leading axes are yours. What is unset or cannot be computed is Na
 from . import plot
 from ._core import (
     Illuminant,
+    __version__,
     delta,
     display_rgb,
     hunter,
@@ -50,6 +51,7 @@ __all__ = [
     "Recipe",
     "Standard",
     "Tolerance",
+    "__version__",
     "correct",
     "delta",
     "display_rgb",

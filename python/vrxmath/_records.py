@@ -62,8 +62,18 @@ class Curve:
         values.flags.writeable = False
         object.__setattr__(self, "values", values)
 
-    def __array__(self, dtype: Any = None) -> Any:
-        return self.values if dtype is None else self.values.astype(dtype)
+    def __array__(self, dtype: Any = None, copy: bool | None = None) -> Any:
+        return self.values if dtype is None and not copy else np.array(self.values, dtype=dtype)
+
+    def __hash__(self) -> int:
+        return hash((self.name, self.values.tobytes()))
+
+    # A sequence, so that a list of curves is an array of them.
+    def __len__(self) -> int:
+        return len(self.values)
+
+    def __getitem__(self, index: Any) -> Any:
+        return self.values[index]
 
     def __eq__(self, other: object) -> bool:
         return isinstance(other, Curve) and self.name == other.name and np.array_equal(self.values, other.values)

@@ -4,6 +4,13 @@ A partition is a file: CSV, CGATS, CxF or JSON that :func:`vrxmath.read` knows, 
 computed by one task, which writes its result beside a temporary name and renames it, so that a worker that dies leaves
 nothing half-written and the scheduler can run its task again. Nothing depends on which worker computes what: the
 results have the same bytes as those of a single process.
+
+A run writes into a folder of its own, which takes the place of ``output`` once every partition is there: results of an
+earlier run go away as a whole, and stay as they are where the run fails. ``manifest.json`` in it lists the partitions with
+their results. A record has the ``id`` of its sample: its id, its name, or its number in the partition, from 1.
+
+A script that starts a cluster of processes needs ``if __name__ == "__main__":`` around what it does, because each process
+imports it.
 """
 
 from __future__ import annotations
@@ -17,6 +24,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _core
+from ._folder import replaced, write_manifest
 from ._judgement import judge as _judge
 from ._reading import read as _read
 
@@ -53,14 +61,19 @@ def partitions(paths: Paths) -> list[str]:
     return files
 
 
-def _curves_of(path: str) -> Any:
+def _samples_of(path: str) -> tuple[Any, dict[str, Any]]:
+    """The curves of a partition, and the column of their ids: those of an array are its places, from 1."""
     if path.endswith(".npy"):
-        return np.load(path, mmap_mode="r", allow_pickle=False)
-    return _read(path).curves
+        curves = np.load(path, mmap_mode="r", allow_pickle=False)
+        return curves, {"id": np.arange(1, len(curves) + 1).astype(f"U{len(str(len(curves)))}")}
+    measured = _read(path)
+    if measured.curves is None:
+        raise ValueError(f"{path}: it has colours and no curves")
+    return measured.curves, {"id": np.array(measured.ids, dtype=str)}
 
 
-def _write(path: str, columns: dict[str, Any]) -> str:
-    """One record array, in the order of the columns; the file is whole or not there."""
+def _write(path: str, columns: dict[str, Any]) -> int:
+    """One record array, in the order of the columns; the file is whole or not there. The count of its rows."""
     rows = np.rec.fromarrays(list(columns.values()), names=list(columns))  # type: ignore[call-overload]
     handle, temporary = tempfile.mkstemp(dir=os.path.dirname(path), prefix=".part-", suffix=".npy")
     try:
@@ -70,55 +83,66 @@ def _write(path: str, columns: dict[str, Any]) -> str:
     except BaseException:
         os.unlink(temporary)
         raise
-    return path
+    return len(rows)
 
 
-def _judge_part(source: str, target: str, standard: Floats, settings: dict[str, Any]) -> str:
-    judged = _judge(standard, _curves_of(source), **settings)
-    columns = {"overall": judged.overall}
+def _judge_part(source: str, target: str, standard: Floats, settings: dict[str, Any]) -> int:
+    curves, columns = _samples_of(source)
+    judged = _judge(standard, curves, **settings)
+    columns["overall"] = judged.overall
     for i, name in enumerate(judged.illuminants):
         columns[f"verdict_{name}"] = judged.verdicts[:, i]
         columns[f"dE_{name}"] = judged.differences[:, i, 6]
     return _write(target, columns)
 
 
-def _color_part(source: str, target: str, illuminant: Lamp, observer: int) -> str:
-    xyz = _core.tristimulus(_curves_of(source), illuminant, observer)
+def _color_part(source: str, target: str, illuminant: Lamp, observer: int) -> int:
+    curves, columns = _samples_of(source)
+    xyz = _core.tristimulus(curves, illuminant, observer)
     lab = _core.lab(xyz, illuminant, observer, polar=True)
-    columns = dict(zip("XYZ", xyz.T))
+    columns.update(zip("XYZ", xyz.T))
     columns.update(zip(("L", "a", "b", "C", "h"), lab.T))
     return _write(target, columns)
 
 
-def _nearest_part(source: str, target: str, standards: Floats, count: int, settings: dict[str, Any]) -> str:
-    index, distance = _core.nearest(_curves_of(source), standards, count, **settings)
-    columns: dict[str, Any] = {f"index_{i + 1}": index[:, i] for i in range(index.shape[1])}
+def _nearest_part(source: str, target: str, standards: Floats, count: int, settings: dict[str, Any]) -> int:
+    curves, columns = _samples_of(source)
+    index, distance = _core.nearest(curves, standards, count, **settings)
+    columns.update({f"index_{i + 1}": index[:, i] for i in range(index.shape[1])})
     columns.update({f"dE_{i + 1}": distance[:, i] for i in range(distance.shape[1])})
     return _write(target, columns)
 
 
-def _map(task: Callable[..., str], paths: Paths, output: str | os.PathLike[str], arguments: dict[str, Any], client: Any,
-         progress: Callable[[int, int], object] | None, retries: int) -> list[str]:
-    """Runs `task` over every partition and returns the written files in the partitions' order."""
+def _compute(task: Callable[..., int], sources: list[str], targets: list[str], arguments: dict[str, Any], client: Any,
+             progress: Callable[[int, int], object] | None, retries: int) -> list[int]:
+    """Runs `task` over every partition; the rows of each result."""
     from distributed import Client, as_completed
 
-    sources = partitions(paths)
-    folder = pathlib.Path(output).resolve()
-    folder.mkdir(parents=True, exist_ok=True)
-    targets = [str(folder / f"part-{i:06d}.npy") for i in range(len(sources))]
     own = client is None
     client = client or Client(processes=True)  # type: ignore[no-untyped-call]
     try:
-        futures = client.map(task, [os.path.abspath(source) for source in sources], targets, retries=retries, pure=False,
-                             **{name: value for name, value in arguments.items()})
+        futures = client.map(task, sources, targets, retries=retries, pure=False, **arguments)
         for done, future in enumerate(as_completed(futures), 1):  # type: ignore[no-untyped-call]
             future.result()  # raises what the task raised
             if progress is not None:
                 progress(done, len(futures))
+        rows: list[int] = client.gather(futures)
+        return rows
     finally:
         if own:
             client.close()
-    return targets
+
+
+def _map(name: str, task: Callable[..., int], paths: Paths, output: str | os.PathLike[str], arguments: dict[str, Any],
+         client: Any, progress: Callable[[int, int], object] | None, retries: int) -> list[str]:
+    """Runs `task` over every partition and returns the written files in the partitions' order."""
+    sources = [os.path.abspath(source) for source in partitions(paths)]
+    names = [f"part-{i:06d}.npy" for i in range(len(sources))]
+    with replaced(output) as folder:
+        rows = _compute(task, sources, [str(folder / one) for one in names], arguments, client, progress, retries)
+        parts = [{"source": source, "file": file, "rows": count} for source, file, count in zip(sources, names, rows)]
+        write_manifest(folder, {"vrxmath": _core.__version__, "function": name, "partitions": parts})
+    return [str(pathlib.Path(output).resolve() / one) for one in names]
 
 
 def judge(paths: Paths, standard: Numbers, *, output: str | os.PathLike[str], client: Any = None,
@@ -132,8 +156,8 @@ def judge(paths: Paths, standard: Numbers, *, output: str | os.PathLike[str], cl
     standard : array_like, shape (40,)
         The standard's curve in percent.
     output : str or os.PathLike
-        Folder of the results, made when it is missing: ``part-000000.npy`` ..., a record a sample with ``overall`` and,
-        for each illuminant, ``verdict_...`` and ``dE_...``.
+        Folder of the results, which takes the place of an earlier run's: ``part-000000.npy`` ..., a record a sample with
+        ``id``, ``overall`` and, for each illuminant, ``verdict_...`` and ``dE_...``; and ``manifest.json``.
     client : distributed.Client, optional
         The cluster; a local one of its own when not given.
     progress : callable, optional
@@ -149,23 +173,23 @@ def judge(paths: Paths, standard: Numbers, *, output: str | os.PathLike[str], cl
         The written files, in the order of the partitions.
     """
     arguments = {"standard": np.asarray(standard, dtype=float), "settings": settings}
-    return _map(_judge_part, paths, output, arguments, client, progress, retries)
+    return _map("judge", _judge_part, paths, output, arguments, client, progress, retries)
 
 
 def color(paths: Paths, illuminant: Lamp = "D65", observer: int = 10, *, output: str | os.PathLike[str], client: Any = None,
           progress: Callable[[int, int], object] | None = None, retries: int = 3) -> list[str]:
     """X, Y, Z, L*, a*, b*, C*, h of the curves of every partition.
 
-    Parameters and results as for :func:`judge`; the fields of a record are ``X Y Z L a b C h``.
+    Parameters and results as for :func:`judge`; the fields of a record are ``id X Y Z L a b C h``.
     """
-    return _map(_color_part, paths, output, {"illuminant": illuminant, "observer": observer}, client, progress, retries)
+    return _map("color", _color_part, paths, output, {"illuminant": illuminant, "observer": observer}, client, progress, retries)
 
 
 def nearest(paths: Paths, standards: Numbers, count: int = 10, *, output: str | os.PathLike[str], client: Any = None,
             progress: Callable[[int, int], object] | None = None, retries: int = 3, **settings: Any) -> list[str]:
     """The nearest standards of the curves of every partition, see :func:`vrxmath.nearest`.
 
-    Parameters and results as for :func:`judge`; the fields of a record are ``index_1 ...`` and ``dE_1 ...``.
+    Parameters and results as for :func:`judge`; the fields of a record are ``id``, ``index_1 ...`` and ``dE_1 ...``.
     """
     arguments = {"standards": np.asarray(standards, dtype=float), "count": count, "settings": settings}
-    return _map(_nearest_part, paths, output, arguments, client, progress, retries)
+    return _map("nearest", _nearest_part, paths, output, arguments, client, progress, retries)

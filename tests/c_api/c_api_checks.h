@@ -12,6 +12,10 @@ extern int failures;
 
 /* Calls that are refused, with the outputs as they were. */
 void refusals(void);
+/* Files of measurements and of colour systems, films. */
+void files(void);
+/* Recipes and corrections. */
+void recipes(void);
 /* Arrays that share memory. */
 void overlaps(void);
 

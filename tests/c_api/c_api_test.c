@@ -558,6 +558,8 @@ int main(void) {
   colorants_and_equations();
   refusals();
   overlaps();
+  files();
+  recipes();
   archives();
   judging();
   judging_by_several_standards();

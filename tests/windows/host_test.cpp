@@ -106,6 +106,13 @@ void CheckSettings(HMODULE library) {
   ::RegDeleteTreeW(HKEY_CURRENT_USER, L"VrxMathHostTest");
 }
 
+// A desktop of the test's own for the box: the usual one belongs to the program that was first on it, and may have lost its
+// screen with that.
+void UseOwnDesktop() {
+  const HDESK desktop = ::CreateDesktopW(L"vrx_host", nullptr, nullptr, 0, GENERIC_ALL, nullptr);
+  CHECK(desktop != nullptr && ::SetThreadDesktop(desktop));
+}
+
 std::wstring boxText;
 HWND box = nullptr;
 
@@ -215,6 +222,7 @@ void CheckTexts(HMODULE library, const std::string& source) {
 }
 
 // Loads and unloads while a thread lives on that has called into the library; with it goes the DLL of the C interface.
+// c_host_test does so without a runtime for C++ of its own.
 void CheckUnloading(const char* path) {
   std::string cPath = path;
   cPath.insert(cPath.rfind(".dll"), "_c");
@@ -249,6 +257,7 @@ int main(int argc, char** argv) {
   const HMODULE library = ::LoadLibraryA(argv[1]);
   CHECK(library != nullptr);
   if (library == nullptr) return 1;
+  UseOwnDesktop();
   CheckCalls(library);
   CheckSettings(library);
   CheckTables(library, source);

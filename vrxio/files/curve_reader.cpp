@@ -107,6 +107,19 @@ void CurveReader::TakeCurve(const Measurement& measured, CurveRow& row) {
   if (IsUnset(curve[0])) curve[0] = 0.0;
 }
 
+std::string CurveReader::GridWarning() const {
+  if (kind_ != Sample::kCurve || !grid_.IsNarrow()) return {};
+  return "the wavelengths leave out a part of 400 to 700 nm, which is guessed";
+}
+
+std::vector<std::string> CurveReader::SampleWarnings() const {
+  std::vector<std::string> warnings;
+  if (withoutCurve_ > 0)
+    warnings.push_back(std::to_string(withoutCurve_) + " samples have no curve and are left out");
+  if (!mixture_.empty()) warnings.push_back("measurements of different conditions are mixed: " + mixture_);
+  return warnings;
+}
+
 void CurveReader::Rewind() {
   source_->Rewind();
   rows_ = 0;

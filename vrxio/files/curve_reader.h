@@ -78,7 +78,11 @@ class CurveReader {
   const std::string& Mixture() const { return mixture_; }
   /// How the first sample was measured, once it was read.
   const MeasuringConditions& FirstConditions() const { return first_; }
-  /// Samples that were passed over.
+  /// What a user is to know of the file before its curves are used: empty, or that a part of them is guessed.
+  std::string GridWarning() const;
+  /// What a user is to know of the samples read so far: those without a curve, and mixed conditions.
+  std::vector<std::string> SampleWarnings() const;
+  /// Samples that were skipped.
   int64_t CountWithoutCurve() const { return withoutCurve_; }
 
   /// The sample of the last row as it was measured: its colours beside its curve, its date, its conditions. It lives until the

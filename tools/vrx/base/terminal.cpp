@@ -15,7 +15,7 @@
 
 #include <vrxmath/platform/win32/win32.h>
 
-#include <shellapi.h>
+#include "tools/vrx/base/windows_arguments.h"
 #else
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -119,14 +119,7 @@ int EndByInterrupt() {
 
 #if defined(_WIN32)
 std::vector<std::string> Utf8Arguments(int, char**) {
-  int count = 0;
-  wchar_t** const wide = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-  std::vector<std::string> arguments;
-  for (int i = 1; i < count; ++i) {
-    arguments.push_back(CString(platform_internal::FromSystem(wide[i])).ToUtf8());
-  }
-  ::LocalFree(wide);
-  return arguments;
+  return WindowsArguments(platform_internal::FromSystem(::GetCommandLineW()));
 }
 
 namespace {

@@ -73,9 +73,7 @@ CurveReader OpenCurves(InputStream input, const CurveInputOptions& options, Cont
   }
   if (curves.Kind() != Sample::kCurve) return curves;
   if (options.verbose) Remark(name, curves.Grid().Description());
-  if (curves.Grid().IsNarrow()) {
-    Remark(name, "warning: the wavelengths leave out a part of 400 to 700 nm, which is guessed");
-  }
+  if (!curves.GridWarning().empty()) Remark(name, "warning: " + curves.GridWarning());
   return curves;
 }
 
@@ -84,13 +82,7 @@ void WarnAboutInput(const CurveReader& curves) {
   if (curves.LooksLikeFractions()) {
     Remark(name, "warning: no value is above 1 percent; for fractions of 1 use --fraction");
   }
-  if (curves.CountWithoutCurve() > 0) {
-    Remark(name, "warning: " + std::to_string(curves.CountWithoutCurve()) +
-                     " samples have no curve and are left out");
-  }
-  if (!curves.Mixture().empty()) {
-    Remark(name, "warning: measurements of different conditions are mixed: " + curves.Mixture());
-  }
+  for (const std::string& warning : curves.SampleWarnings()) Remark(name, "warning: " + warning);
 }
 
 void WarnAboutInput(const CurveReader& standards, const CurveReader& trials) {

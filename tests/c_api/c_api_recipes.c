@@ -1,0 +1,107 @@
+/* Recipes and corrections: a colour that is made of two paints is found again, and a batch that lacks one of them gets it. */
+#include "c_api_checks.h"
+
+static int32_t calls;
+static int32_t VRX_CALL count_calls(double part, void* context) {
+  if (part < 0 || part > 1) ++failures;
+  ++calls;
+  return *(int32_t*)context;
+}
+
+static vrx_handle paints, search;
+static int32_t ids[3];
+static double target[40], batch[40];
+
+static void matches(void) {
+  int32_t found = 0, goes_on = 1, lines[6], kind;
+  double amounts[6], differences[2], curve[40], black[40], white[40], share[2] = {0, 0};
+  vrx_recipe_summary summary = {0};
+  summary.size = sizeof summary;
+  OK(vrx_search_watch(search, count_calls, &goes_on));
+  OK(vrx_search_match(search, target, &found));
+  CHECK(found >= 1 && found <= 3 && calls > 0);
+  OK(vrx_search_summarize(search, 0, &summary));
+  CHECK(summary.within_tolerance == 1 && summary.lines == 2 && summary.worst < 0.01 && near(summary.total, 100, 1e-9));
+  CHECK(summary.opacity == VRX_UNSET && summary.cost == 0);
+  OK(vrx_search_amounts(search, 0, 6, lines, amounts));
+  for (int i = 0; i < 2; ++i) share[lines[i] == ids[0] ? 0 : 1] = amounts[i];
+  CHECK(near(share[0], 95, 0.05) && near(share[1], 5, 0.05));
+  OK(vrx_search_result(search, 0, differences, curve));
+  for (int i = 0; i < 2; ++i) CHECK(differences[i] <= summary.worst);
+  for (int i = 4; i < 35; ++i) CHECK(near(curve[i], target[i], 0.02));
+  REFUSES(vrx_search_amounts(search, 0, 1, lines, amounts), VRX_OUT_OF_RANGE, "count");
+  REFUSES(vrx_search_summarize(search, -1, &summary), VRX_OUT_OF_RANGE, "index");
+  REFUSES(vrx_search_result(search, found, NULL, curve), VRX_OUT_OF_RANGE, "index");
+  /* With a price, a limit and backings. */
+  fill(black, 40, 3), fill(white, 40, 85);
+  OK(vrx_search_component(search, ids[0], VRX_USE_REQUIRED, 0, 1, 2.0));
+  OK(vrx_search_component(search, ids[1], VRX_USE_REQUIRED, 0, 1, 10.0));
+  OK(vrx_search_opacity(search, black, white, 1e3, 90));
+  OK(vrx_search_match(search, target, &found));
+  OK(vrx_search_summarize(search, 0, &summary));
+  CHECK(near(summary.cost, 95 * 2 + 5 * 10, 0.5) && summary.opacity > 99);
+  OK(vrx_search_component(search, ids[1], VRX_USE_REQUIRED, 0.5, 1, 10.0));
+  OK(vrx_search_match(search, target, &found));
+  OK(vrx_search_summarize(search, 0, &summary));
+  CHECK(summary.within_tolerance == 0 && summary.worst > 1);
+  OK(vrx_search_component(search, ids[1], VRX_USE_OFFERED, 0, 1, 0));
+  const double lab[3] = {60, 5, -5};
+  OK(vrx_search_match_lab(search, lab, &found));
+  CHECK(found >= 1);
+  /* Stopped, or asked for what cannot be: what was found before is still there. */
+  kind = found, goes_on = 0;
+  REFUSES(vrx_search_match(search, target, &found), VRX_REFUSED, "stopped");
+  goes_on = 1;
+  for (int i = 0; i < 3; ++i) OK(vrx_search_component(search, ids[i], VRX_USE_REQUIRED, 0, 1, 0));
+  REFUSES(vrx_search_match(search, target, &found), VRX_REFUSED, "VRX_USE_REQUIRED asks for, or that is more than most_colorants");
+  for (int i = 0; i < 3; ++i) OK(vrx_search_component(search, ids[i], VRX_USE_OFFERED, 0, 1, 0));
+  CHECK(found == kind);
+  REFUSES(vrx_search_component(search, 9999, 0, 0, 1, 0), VRX_OUT_OF_RANGE, "no component 9999");
+  REFUSES(vrx_search_component(search, 1, 3, 0, 1, 0), VRX_OUT_OF_RANGE, "use");
+  REFUSES(vrx_search_component(search, 1, 0, 0.5, 0.4, 0), VRX_OUT_OF_RANGE, "most");
+  REFUSES(vrx_search_component(search, -1, 0, 0, 1, 0), VRX_OUT_OF_RANGE, "component -1");
+}
+
+static void corrections(void) {
+  const double amounts[2] = {97, 3};
+  int32_t found = 0;
+  double curve[40];
+  vrx_recipe_summary before = {0}, after = {0};
+  before.size = after.size = sizeof before;
+  OK(vrx_search_correct(search, ids, amounts, 2, batch, target, &found));
+  OK(vrx_search_summarize(search, -1, &before));
+  OK(vrx_search_summarize(search, 0, &after));
+  CHECK(found >= 1 && before.within_tolerance == 0 && before.lines == 0 && after.within_tolerance == 1);
+  CHECK(after.worst < before.worst && after.total > 0 && after.total < 20);
+  OK(vrx_search_result(search, 0, NULL, curve));
+  REFUSES(vrx_search_correct(search, ids, amounts, 0, batch, target, &found), VRX_REFUSED, "formula");
+}
+
+void recipes(void) {
+  const double amounts[2] = {95, 5}, too_little[2] = {97, 3};
+  const int32_t lamps[2] = {VRX_ILLUM_D65, VRX_ILLUM_A};
+  int32_t kind;
+  vrx_system system;
+  vrx_recipe_settings settings = {0};
+  vrx_handle closed = 7;
+  OK(vrx_default_system(VRX_SYSTEM_CIE2000, &system));
+  OK(vrx_colorants_open_file(VRX_SOURCE_DIR "/examples/acrylic_paints.json", &paints));
+  for (int32_t i = 0; i < 3; ++i) OK(vrx_colorants_component(paints, i, &ids[i], &kind));
+  OK(vrx_predict(paints, ids, amounts, 2, target));
+  OK(vrx_predict(paints, ids, too_little, 2, batch));
+  settings.size = sizeof settings;
+  OK(vrx_usual_recipe_settings(&settings));
+  CHECK(settings.most_colorants == 4 && settings.batch_size == 100 && settings.tolerance == 1);
+  settings.most_colorants = 2, settings.top = 3;
+  OK(vrx_search_open(paints, &system, lamps, 2, VRX_OBSERVER_10, &settings, &search));
+  matches();
+  corrections();
+  OK(vrx_close(search));
+  settings.most_colorants = 7;
+  REFUSES(vrx_search_open(paints, &system, lamps, 2, 1, &settings, &closed), VRX_OUT_OF_RANGE, "most_colorants");
+  settings.most_colorants = 2, settings.tolerance = NAN;
+  REFUSES(vrx_search_open(paints, &system, lamps, 2, 1, &settings, &closed), VRX_NOT_FINITE, "tolerance");
+  REFUSES(vrx_search_open(search, &system, lamps, 2, 1, NULL, &closed), VRX_BAD_HANDLE, "no open handle");
+  CHECK(closed == 7);
+  OK(vrx_close(paints));
+}

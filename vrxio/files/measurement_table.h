@@ -1,0 +1,33 @@
+// A whole file of measurements in memory, column by column: for bindings, whose callers want arrays.
+
+#ifndef VRXIO_FILES_MEASUREMENT_TABLE_H_
+#define VRXIO_FILES_MEASUREMENT_TABLE_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <vrxio/measurement/measurement.h>
+
+namespace vrx::io {
+
+/// The samples of a file in its order.
+struct MeasurementTable {
+  std::vector<std::string> ids;     ///< what names each sample, as CurveRow says
+  std::vector<std::string> names;   ///< empty where the file has none
+  std::vector<int32_t> geometries;  ///< kNoGeometry where the file says nothing
+  std::vector<double> curves;       ///< 40 numbers each, percent on the library's grid
+  std::vector<double> xyz;          ///< 3 each; like `lab` and `curves` empty unless all samples have them
+  std::vector<double> lab;          ///< L*, a*, b*
+  std::string form;                 ///< "CSV", "CGATS", "CxF3" or "JSON"
+  std::vector<std::string> notes;   ///< what was skipped, and why
+  std::vector<std::string>
+      warnings;  ///< what may make the numbers other than they look: guessed ends, mixed conditions
+};
+
+/// Reads all samples of a file. Throws InputError as OpenMeasurements and CurveReader do.
+MeasurementTable ReadMeasurementTable(const std::string& path, const ReadOptions& options = {});
+
+}  // namespace vrx::io
+
+#endif  // VRXIO_FILES_MEASUREMENT_TABLE_H_
