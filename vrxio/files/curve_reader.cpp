@@ -90,6 +90,9 @@ bool CurveReader::Next(CurveRow& row) {
     if (!measured_.hasLab) source_->FailRow("the sample has no L*, a*, b* as the first one has");
     row.color = measured_.lab;
   }
+  const std::span<const double> values =
+      kind_ == Sample::kCurve ? measured_.reflectance : std::span<const double>(row.color);
+  zeros_ += std::ranges::all_of(values, [](double value) { return value == 0; });
   return true;
 }
 
@@ -100,7 +103,6 @@ void CurveReader::TakeCurve(const Measurement& measured, CurveRow& row) {
     CorrectBandpass(corrected_);
     values = corrected_;
   }
-  if (!aboveOne_) aboveOne_ = std::ranges::any_of(values, [](double value) { return value > 1.0; });
   double* const curve = row.curve.GetData();
   grid_.Convert(values, curve);
   // A first sample that is by chance the unset value would make the curve count as not measured.
@@ -109,7 +111,7 @@ void CurveReader::TakeCurve(const Measurement& measured, CurveRow& row) {
 
 void CurveReader::Rewind() {
   source_->Rewind();
-  rows_ = 0;
+  rows_ = zeros_ = withoutCurve_ = 0;
 }
 
 }  // namespace vrx::io
