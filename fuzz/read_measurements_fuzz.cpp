@@ -95,6 +95,8 @@ void CheckRoundTrip(MeasurementReader& reader, const std::vector<Sample>& sample
   ReadOptions back;
   back.form = kForm;
   back.force = true;
+  if (kForm == ReadOptions::Form::kCsv || kForm == ReadOptions::Form::kJson)
+    back.scale = ReadOptions::Scale::kPercent;
   bool isSame = false;
   try {
     Read(written, back, [&](MeasurementReader&, uint64_t, const std::vector<Sample>& read) {

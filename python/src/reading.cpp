@@ -10,6 +10,7 @@
 #include <vrxio/files/curve_reader.h>
 #include <vrxio/files/measurement_files.h>
 #include <vrxio/measurement/names.h>
+#include <vrxio/measurement/value_scale.h>
 #include <vrxio/text/input_error.h>
 
 #include "python/src/module.h"
@@ -18,7 +19,7 @@
 namespace vrx::python {
 namespace {
 
-io::ReadOptions OptionsOf(const std::string& form, bool fraction) {
+io::ReadOptions OptionsOf(const std::string& form, const std::string& scale) {
   using Form = io::ReadOptions::Form;
   io::ReadOptions options;
   const std::pair<const char*, Form> forms[] = {{"", Form::kByContent},
@@ -31,7 +32,13 @@ io::ReadOptions OptionsOf(const std::string& form, bool fraction) {
   if (found == std::end(forms))
     throw py::value_error("form: \"csv\", \"cgats\", \"cxf\" or \"json\" is expected");
   options.form = found->second;
-  if (fraction) options.scale = io::ReadOptions::Scale::kFraction;
+  if (scale == "fraction") {
+    options.scale = io::ReadOptions::Scale::kFraction;
+  } else if (scale == "percent") {
+    options.scale = io::ReadOptions::Scale::kPercent;
+  } else if (!scale.empty()) {
+    throw py::value_error("scale: \"percent\" or \"fraction\" is expected");
+  }
   return options;
 }
 
@@ -74,12 +81,14 @@ py::object ArrayOf(const std::vector<double>& column, std::size_t rows, std::siz
                              column.data());
 }
 
-py::dict Read(const std::string& path, const std::string& form, bool fraction) {
-  const io::ReadOptions options = OptionsOf(form, fraction);
+py::dict Read(const std::string& path, const std::string& form, const std::string& scale) {
+  const io::ReadOptions options = OptionsOf(form, scale);
   Columns columns;
-  {
+  try {
     const py::gil_scoped_release unlocked;
     columns = ReadColumns(path, options);
+  } catch (const io::ScaleError& error) {
+    throw py::value_error(error.Statement() + "; say which by scale=\"fraction\" or scale=\"percent\"");
   }
   const std::size_t rows = columns.ids.size();
   py::dict result;
@@ -97,7 +106,7 @@ py::dict Read(const std::string& path, const std::string& form, bool fraction) {
 }  // namespace
 
 void DefineReading(py::module_& module) {
-  module.def("read", &Read, py::arg("path"), py::arg("form"), py::arg("fraction"));
+  module.def("read", &Read, py::arg("path"), py::arg("form"), py::arg("scale"));
 }
 
 }  // namespace vrx::python

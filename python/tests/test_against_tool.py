@@ -120,6 +120,15 @@ def test_files_of_every_form(ending, form, curves, tmp_path):
         vrx.read(path)
 
 
+def test_scale_is_asked_for(tmp_path):
+    path = tmp_path / "dark.csv"
+    path.write_text("id,400,410,420\na,0.5,1.03,0.011\n")
+    with pytest.raises(ValueError, match='the largest is 1.03.*scale="fraction" or scale="percent"'):
+        vrx.read(path)
+    assert vrx.read(path, scale="percent").curves[0, 6] == 0.011
+    assert vrx.read(path, scale="fraction").curves[0, 6] == vrx.read(path, fraction=True).curves[0, 6] == 1.1
+
+
 def test_nearest(curves, rng=np.random.default_rng(4)):
     library = curves[rng.permutation(60)]
     index, distance = vrx.nearest(curves[:5], library, 3, illuminant=["D65", "A"], system="cmc")

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import dataclasses
 import os
-from typing import TYPE_CHECKING, Any
+from typing import TYPE_CHECKING, Any, Literal
 
 import numpy as np
 
@@ -60,7 +60,8 @@ class Measurements:
         return pandas.DataFrame(columns, index=pandas.Index(self.ids, name="id"))
 
 
-def read(path: str | os.PathLike[str], *, form: str | None = None, fraction: bool = False) -> Measurements:
+def read(path: str | os.PathLike[str], *, form: str | None = None,
+         scale: Literal["percent", "fraction"] | None = None, fraction: bool = False) -> Measurements:
     """Reads a file of measurements: CSV, CGATS, CxF or JSON, told apart by what stands in it.
 
     Parameters
@@ -68,8 +69,10 @@ def read(path: str | os.PathLike[str], *, form: str | None = None, fraction: boo
     path : str or os.PathLike
     form : str, optional
         The form, where it should not be told from the content.
+    scale : {"percent", "fraction"}, optional
+        What reflectances are, where the file does not say it. They are percent if one comes to 2, and a question otherwise.
     fraction : bool
-        Reflectance in a CSV file is 0 to 1 instead of percent.
+        The same as ``scale="fraction"``.
 
     Returns
     -------
@@ -78,6 +81,8 @@ def read(path: str | os.PathLike[str], *, form: str | None = None, fraction: boo
     Raises
     ------
     ValueError
-        With file, line, column and reason, for a file that cannot be used.
+        With file, line, column and reason, for a file that cannot be used, and for one that may be percent or fractions.
     """
-    return Measurements(**_core.read(os.fspath(path), form or "", fraction))
+    if fraction and scale == "percent":
+        raise ValueError("fraction=True contradicts scale=\"percent\"")
+    return Measurements(**_core.read(os.fspath(path), form or "", "fraction" if fraction else scale or ""))

@@ -53,6 +53,85 @@ TEST_F(Convert, ThereAndBackIsTheSame) {
   EXPECT_NE(folder_.Read("fraction.csv").find(",0.12345678901234567,0.001,"), std::string::npos);
 }
 
+// A chart's target values, densities, remarks and dates, which nothing is made of, go along as far as the form holds them.
+TEST_F(Convert, NothingIsLostInSilence) {
+  folder_.Write(
+      "chart.txt",
+      "CGATS.17\nORIGINATOR \"X\"\nDESCRIPTOR \"Chart 3\"\nCREATED \"May 2024\"\nOPERATOR \"me\"\n"
+      "BEGIN_DATA_FORMAT\nSAMPLE_ID RGB_R RGB_G RGB_B D_VIS NOTE LAB_L LAB_A LAB_B LAB_C "
+      "nm400 nm410 nm420\nEND_DATA_FORMAT\nBEGIN_DATA\nA1 255 0 0.50 1.25 \"a b\" 50 1 2 2.236 10 20 30\n"
+      "A2 0 0 0 0.1 \"\" 51 1 2 2.236 11 21 31\nEND_DATA\nBEGIN_DATA_FORMAT\nRGB_R\nEND_DATA_FORMAT\n"
+      "BEGIN_DATA\n1\nEND_DATA\n");
+  const auto result = Run("convert chart.txt new.csv");
+  EXPECT_EQ(result.err,
+            "vrx: chart.txt: warning: not kept: the table in line 18, ORIGINATOR, DESCRIPTOR, OPERATOR\n");
+  EXPECT_EQ(folder_.Read("new.csv"),
+            "id,date,RGB_R,RGB_G,RGB_B,D_VIS,NOTE,LAB_C,L,a,b,400,410,420\n"
+            "A1,May 2024,255,0,0.50,1.25,a b,2.236,50,1,2,10,20,30\n"
+            "A2,May 2024,0,0,0,0.1,,2.236,51,1,2,11,21,31\n");
+  // There and back through every form.
+  for (const char* const form : {"json", "txt", "cxf"}) {
+    ASSERT_EQ(Run(std::string("convert new.csv there.") + form).err, "") << form;
+    ASSERT_EQ(Run(std::string("convert there.") + form + " back.csv").err, "") << form;
+    // Empty tags are not written; CxF has dates of its own kind, and this one in a tag.
+    const bool isCxf = form == std::string("cxf");
+    if (!isCxf) EXPECT_EQ(folder_.Read("back.csv"), folder_.Read("new.csv")) << form;
+    if (isCxf) EXPECT_TRUE(Ends("grep -q ',May 2024,255,0,0.50,1.25,a b,2.236,' back.csv"));
+  }
+  // A CGATS file keeps its words, and a CxF file the description.
+  ASSERT_EQ(Run("convert chart.txt own.txt").err,
+            "vrx: chart.txt: warning: not kept: the table in line 18\n");
+  for (const char* const line :
+       {"ORIGINATOR \"X\"", "DESCRIPTOR \"Chart 3\"", "CREATED \"May 2024\"", "OPERATOR \"me\""}) {
+    EXPECT_NE(folder_.Read("own.txt").find(line), std::string::npos) << line;
+  }
+  EXPECT_EQ(Run("convert own.txt new.cxf").err, "vrx: own.txt: warning: not kept: ORIGINATOR, OPERATOR\n");
+  EXPECT_NE(folder_.Read("new.cxf").find("<cc:Description>Chart 3<"), std::string::npos);
+  // A file takes its own place only where nothing is lost, by another name too.
+  ASSERT_TRUE(Ends("ln -s chart.txt link.txt"));
+  const std::string before = folder_.Read("chart.txt");
+  ExpectRefused({{"convert chart.txt chart.txt", "the file that is read would lose the table in line 18"},
+                 {"convert chart.txt link.txt --to csv", "would lose the table in line 18, ORIGINATOR"}});
+  EXPECT_EQ(folder_.Read("chart.txt"), before);
+  EXPECT_EQ(Run("convert new.csv new.csv").status, 0);
+}
+
+TEST_F(Convert, ConditionsThatDifferAreFields) {
+  folder_.Write("two.csv", "id,M condition,filter,L,a,b\na,M0,none,1,2,3\nb,M2,UVcut,4,5,6\n");
+  ASSERT_EQ(Run("convert two.csv two.txt").err, "");
+  ASSERT_EQ(Run("convert two.txt back.csv").err, "");
+  EXPECT_EQ(folder_.Read("back.csv"), folder_.Read("two.csv"));
+}
+
+TEST_F(Convert, WritesForSpreadsheetsAndTerminals) {
+  folder_.Write("a.csv", "id,name,400,410,420\n=1+1,a;b,0.011,20.5,30\n");
+  EXPECT_EQ(Run("convert a.csv - --to csv --csv-safe --decimal-comma").out,
+            "id;name;400;410;420\n\"'=1+1\";\"a;b\";0,011;20,5;30\n");
+  EXPECT_EQ(
+      Run("color a.csv --illuminants D65 --format csv --decimal-comma --digits 1").out.substr(0, 24),
+      Run("color a.csv --illuminants D65 --format csv --digits 1").out.substr(0, 24).replace(2, 1, ";"));
+  // Values below 2 percent throughout say their unit, so that they are not asked about.
+  folder_.Write("dark.csv", "%R 400,%R 410,%R 420\n0.011,0.5,1.1\n");
+  for (const char* const form : {"csv", "json"}) {
+    ASSERT_EQ(Run(std::string("convert dark.csv there.") + form).err, "");
+    EXPECT_EQ(Run(std::string("convert there.") + form + " - --to csv").out,
+              "id,%R 400,%R 410,%R 420\n1,0.011,0.5,1.1\n");
+  }
+  folder_.Write("fraction.csv", "400,410,420\n0.011,0.5,0.12345\n");
+  EXPECT_NE(Run("convert fraction.csv - --to cgats --fraction").out.find("\"1\" 1.1 50 12.345\n"),
+            std::string::npos);
+  EXPECT_EQ(Run("convert fraction.csv - --to csv").status, 2);
+  // No escape reaches a terminal, no character that XML does not have a file.
+  folder_.Write("hidden.csv", "id,400,410,420\na\x1B[31m\xEF\xBF\xBE,10,20,30\n");
+  if (Has("script")) {
+    EXPECT_TRUE(Ends("script -qec '" VRX_TOOL " convert hidden.csv - --to csv' /dev/null > shown"));
+    EXPECT_EQ(folder_.Read("shown").find('\x1B'), std::string::npos) << folder_.Read("shown");
+  }
+  ASSERT_EQ(Run("convert hidden.csv hidden.cxf").err,
+            "vrx: hidden.csv: warning: not kept: line ends in texts\n");
+  if (Has("xmllint")) EXPECT_TRUE(Ends("xmllint --noout hidden.cxf"));
+}
+
 TEST_F(Convert, OtherProgramsReadThem) {
   folder_.Write("odd.csv", kOdd);
   folder_.Write("angles.csv", "id,geometry,360,370,380\np,15\xC2\xB0,1,2,3\np,SCI,4,5,6\n");
@@ -66,8 +145,16 @@ TEST_F(Convert, OtherProgramsReadThem) {
   }
   ASSERT_EQ(Run("convert " + kChart + " new.cxf").err, "");
   ASSERT_EQ(Run("convert " + kChart + " new.txt").err, "");
-  if (Has("cxf2ti3") && Has("colverify")) {
-    EXPECT_TRUE(Ends("colverify new.txt new.txt | grep -q 'peak = 0.000000'"));
+  if (Has("txt2ti3")) {
+    folder_.Write("device.csv", "id,RGB_R,RGB_G,RGB_B,380,390,400\na,100,50,0,12.5,13,14\n");
+    ASSERT_EQ(Run("convert device.csv device.txt").err, "");
+    EXPECT_TRUE(
+        Ends("txt2ti3 -i device.txt device && grep -q 'SPEC_400' device.ti3 && grep -q '12.5.* 13.* 14' "
+             "device.ti3"));
+    ASSERT_EQ(Run("convert device.ti3 back.csv").status, 0);
+    EXPECT_NE(folder_.Read("back.csv").find(",12.5,13,14\n"), std::string::npos) << folder_.Read("back.csv");
+  }
+  if (Has("cxf2ti3")) {
     EXPECT_TRUE(Ends("cxf2ti3 new.cxf argyll"));
     ASSERT_EQ(Run("convert argyll.cie back.csv").err, "");
     ASSERT_EQ(Run("convert " + kChart + " chart.csv").err, "");

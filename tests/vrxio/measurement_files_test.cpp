@@ -11,6 +11,7 @@
 
 #include <vrxio/files/curve_reader.h>
 #include <vrxio/measurement/bandpass.h>
+#include <vrxio/measurement/value_scale.h>
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
 #include <vrxio/text/shown_text.h>
@@ -239,6 +240,219 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
   EXPECT_EQ(ReadAll("400,410,420\n10,20,30\n", fraction), "1||-1|400:1000 410:2000 420:3000\n");
 }
 
+// The reason why a text is refused; empty when it is not.
+std::string Refusal(const std::string& content, const ReadOptions& options = {}) {
+  try {
+    ReadAll(content, options);
+  } catch (const InputError& error) {
+    return error.what();
+  }
+  return {};
+}
+
+TEST(MeasurementFiles, FractionsAreNotTakenForPercent) {
+  ReadOptions percent, fraction;
+  percent.scale = ReadOptions::Scale::kPercent;
+  fraction.scale = ReadOptions::Scale::kFraction;
+  const std::string kAsk = "they may be fractions of 1 or percent; say which by --fraction or --percent";
+  const struct {
+    std::string content;
+    double largest;  // as percent; 0 when the file has to be asked about
+  } kFiles[] = {
+      // A fluorescent paper, a public file with 1.44; 2 is no fraction.
+      {"400,410,420\n0.1,1.03,0.2\n", 0},
+      {"400,410,420\n0.1,1.44,0.2\n0.1,1.99,0\n", 0},
+      {"400,410,420\n0.1,1.44,0.2\n0.1,2,0\n", 2},
+      {"nm,a,b\n400,1,0.1\n410,0.5,0.3\n420,0.3,1.03\n", 0},
+      {"[{\"400\":0.1,\"410\":1.03,\"420\":0.2}]", 0},
+      {Cgats("SAMPLE_ID nm400 nm410 nm420", "a 0.5 1.6 1.2"), 0},
+      // A unit says percent: of a heading, below the header, of a column of wavelengths by rows.
+      {"%R 400,%R 410,%R 420\n0.1,1.03,0.2\n", 1.03},
+      {"400 [%],410 [%],420 [%]\n0.1,1.03,0.2\n", 1.03},
+      {"id,400,410,420\n,%,%,%\na,0.1,1.03,0.2\n", 1.03},
+      {"nm,%R\n400,1.03\n410,0.5\n420,0.3\n", 1.03},
+      {"[{\"%R400\":0.1,\"%R410\":1.03,\"%R420\":0.2}]", 1.03},
+      // Noise at wavelengths that no curve on the grid rests on decides nothing, nor is it refused.
+      {"300,310,320,330,340,350,360,370,380\n-1e30,99,50,3,0.3,0.4,0.5,0.6,0.7\n", 0},
+      // A CGATS file of fractions with a value too large for one behind the first rows.
+      {Cgats("SAMPLE_ID nm400 nm410 nm420", "a 0.5 0.6 0.7\n" + std::string(70'000, '#') + "\nb 0.1 2.1 0.1"),
+       0},
+      // Colours are no reflectances.
+      {"L,a,b\n1,0,0\n", 0.5},
+  };
+  for (const auto& [content, largest] : kFiles) {
+    SCOPED_TRACE(content.substr(0, 60));
+    const std::string reason = Refusal(content);
+    EXPECT_EQ(reason.empty(), largest > 0) << reason;
+    EXPECT_EQ(reason.find("--fraction") != std::string::npos, largest == 0) << reason;
+    EXPECT_EQ(Refusal(content, percent), "");
+    // A file that can be read twice is asked about before its first sample.
+    if (largest > 0 || content.size() > 1000) continue;
+    std::istringstream stream(content);
+    InputStream held = WrapInput(stream, "f");
+    HoldInput(held);
+    EXPECT_THROW(OpenMeasurements(std::move(held)), ScaleError);
+  }
+  EXPECT_NE(Refusal(kFiles[0].content).find("f (CSV): all values lie below 2, the largest is 1.03: " + kAsk),
+            std::string::npos);
+  // Fractions become the percent of their digits, rounded once.
+  for (const std::string& content :
+       {std::string("id,400,410,420\na,0.011,1.03,0.12345678901234567\n"),
+        std::string("nm;a\n400;0,011\n410;1,03\n420;0,12345678901234567\n"),
+        std::string("[{\"id\":\"a\",\"400\":0.011,\"410\":1.03,\"420\":0.12345678901234567}]"),
+        Cgats("SAMPLE_ID nm400 nm410 nm420", "a 0.011 1.03 0.12345678901234567")}) {
+    std::istringstream stream(content);
+    const auto reader = OpenMeasurements(WrapInput(stream, "f"), fraction);
+    Measurement sample;
+    ASSERT_TRUE(reader->Next(sample)) << content;
+    EXPECT_EQ(std::vector<double>(sample.reflectance.begin(), sample.reflectance.end()),
+              (std::vector<double>{1.1, 103, 12.345678901234567}))
+        << content;
+  }
+}
+
+// No part of a file is dropped because it stands where none is expected.
+TEST(MeasurementFiles, WhatFollowsTheEndIsRefused) {
+  const std::string json = R"([{"L":1,"a":2,"b":3}])", cxf = Cxf(kSpectrum, kMeasuring);
+  const std::pair<std::string, std::string> kFiles[] = {
+      {json + " \n", ""},
+      {json + json, "line 1: more stands behind the end of the list"},
+      {json + "garbage", "more stands behind the end of the list"},
+      {cxf + "\n<!-- a > b --><?end?>\n", ""},
+      {cxf + cxf, "line 6: more stands behind the end of the document"},
+      {cxf + "garbage", "more stands behind the end of the document"},
+      {Cxf(kSpectrum +
+               "</@ColorValues></@Object></@ObjectCollection><@ObjectCollection><@Object><@ColorValues>",
+           kMeasuring),
+       "line 5: there is a second ObjectCollection"},
+      {R"([{"L":1,"a":2,"b":3,"id":"\ud83d\ude00"}])", ""},
+      {R"([{"L":1,"a":2,"b":3,"id":"\ud83d"}])", "half a character"},
+      {R"([{"L":1,"a":2,"b":3,"id":"\ud83d\u0041"}])", "half a character"},
+      {R"([{"L":1,"a":2,"b":3,"id":"\ude00"}])", "half a character"},
+  };
+  for (const auto& [content, reason] : kFiles) {
+    EXPECT_NE(Refusal(content).find(reason), std::string::npos) << content << '\n' << Refusal(content);
+    EXPECT_EQ(Refusal(content).empty(), reason.empty()) << content << '\n' << Refusal(content);
+  }
+}
+
+// What instruments and programs write beside what the forms lay down.
+TEST(MeasurementFiles, OdditiesOfMakers) {
+  const std::string a = std::string("a||-1|") + kCurve, one = std::string("1||-1|") + kCurve;
+  const std::string xyz = "a||-1||xyz 20 25 30\n";
+  ReadOptions lenient, byColumn, named, colors;
+  lenient.lenient = true;
+  byColumn.idColumn = "LOT";
+  named.columns = {"id", "L", "a", "b"};
+  colors.columns = {"X", "Y", "Z"};
+  const struct {
+    std::string content, expected;
+    ReadOptions options = {};
+  } kFiles[] = {
+      // Ids: of the maker, of the standard where nothing else names the sample, of the reading, without a heading.
+      {"Data Name,400,410,420\na,10,20.5,30\n", a},
+      {"Std. Name,Data Name,400,410,420\nb,a,10,20.5,30\n", a},
+      {"Std. Name,400,410,420\na,10,20.5,30\n", a},
+      {"Name of affiliated standard sample,Sample,400,410,420\n,a,10,20.5,30\n", a},
+      {"Reading,400,410,420\na,10,20.5,30\n", a},
+      {"Reading,Name,400,410,420\n7,a,10,20.5,30\n", std::string("a|a|-1|") + kCurve},
+      {",400,410,420\na,10,20.5,30\n", a},
+      {",id,400,410,420\n0,a,10,20.5,30\n", a},
+      {"400,410,420\na,10,20.5,30\n", a},  // a heading fewer than columns
+      {"Lot,id,400,410,420\na,7,10,20.5,30\n", a, byColumn},
+      {"id,Lot,400,410,420\n7,a,10,20.5,30\n", a, byColumn},
+      {"Lot,gloss,400,410,420\na,x,10,20.5,30\n", a, lenient},
+      // Components among wavelengths that they do not fit, and counts beside reflectances.
+      {"id,R350,5551,400,410,420\na,1,2,10,20.5,30\n", a, lenient},
+      {"id,400 nm [counts],400 [%],410 nm [counts],410 [%],420 nm [counts],420 "
+       "[%]\na,5000,10,6000,20.5,7000,30\n",
+       a},
+      {"Wavelength [nm],Dark [counts],a,Sample [counts]\n400,1,10,99\n410,2,20.5,98\n420,3,30,97\n", a},
+      // Blanks that separate, wavelengths with exponents, marks behind the data.
+      {"id    400  410 420\na 10   20.5 30\n", a},
+      {"id 400 410 420\n\"a\"  10,0 20,5 30\n", a},
+      {"400 10\n410   20.5\n 420 30\n", one},
+      {">>>>>Begin Spectral Data<<<<<\n4.000E+02\t1.0E+01\n4.100E+02\t2.05E+01\n4.200E+02\t3.0E+01\n"
+       ">>>>>End Spectral Data<<<<<\n",
+       one},
+      {"id,400,410,420\na,10,20.5,30\n[EndOfFile]\n", a},
+      // Tables of colours without a header, and xyY.
+      {"a,50,1,-2\n", "a||-1||lab 50 1 -2\n", named},
+      {"20 25 30\n", "1||-1||xyz 20 25 30\n", colors},
+      {"id,x,y,Y\na,0.26666666666666666,0.3333333333333333,25\n", xyz},
+      {Cgats("SAMPLE_ID XYY_X XYY_Y XYY_CAPY", "a 0.26666666666666666 0.3333333333333333 25"), xyz},
+      {"id,X,Y,Z,x,y\na,20,25,30,,\n", xyz},
+      {"id,L,a,b,C,h\na,50,1,-2,,\n", "a||-1||lab 50 1 -2\n"},
+      // Rows that were not measured.
+      {"id,400,410,420,date\nx,,,,today\na,10,20.5,30,today\ny,-,-,-,today\n", a, lenient},
+      {R"([{"id":"x","400":null,"410":null,"420":null},{"id":"a","400":10,"410":20.5,"420":30}])", a,
+       lenient},
+      {R"([{"id":"a","400":"10","410":" 20.5","420":"3e1"}])", a},
+  };
+  for (const auto& file : kFiles)
+    EXPECT_EQ(ReadAll(file.content, file.options), file.expected) << file.content;
+
+  ReadOptions absent;
+  absent.idColumn = "batch";
+  const struct {
+    std::string content, reason;
+    ReadOptions options = {};
+  } kFaults[] = {
+      {"id,R350,400,410,420\na,1,10,20.5,30\n", "column 2 (R350): the column is neither"},
+      {"id,350,400,410,420\na,1,10,20.5,30\n", "the wavelengths have a hole"},
+      {"id,400,410,420\na,1,2,3\n", "there is no column \"batch\"", absent},
+      {"1,2,3\n", "or the columns, such as --columns L,a,b"},
+      {"1,2\n", "--columns names 4", named},
+      {"id,L,a,b\na,1,2,3\n", "the file has a header of its own", named},
+      {"id,x,y,Y\na,0.3,0,25\n", "a chromaticity y is above 0"},
+      {"id,400,410,420\na,10,,30\n", "the field is empty", lenient},
+      // Lamps.
+      {Cgats("SAMPLE_ID SPEC_400 SPEC_410 SPEC_420", "a 10 20 30", "MEAS_TYPE \"EMISSION\"\n"),
+       "power of a light"},
+      {"Wavelength (nm),Irradiance\n400,10\n410,20\n420,30\n", "power of a light"},
+      {"Unit: W/m^2/nm\nnm,a\n400,10\n410,20\n420,30\n", "power of a light"},
+      {"id,400 nm,410 nm,420 nm\n,W/m2/nm,W/m2/nm,W/m2/nm\na,1,2,3\n", "power of a light"},
+      {Cxf("<@EmissiveSpectrum ColorSpecification=\"s\">0.1 0.2 0.3</@EmissiveSpectrum>", kMeasuring),
+       "spectra of lights"},
+  };
+  for (const auto& fault : kFaults) {
+    EXPECT_NE(Refusal(fault.content, fault.options).find(fault.reason), std::string::npos)
+        << fault.content << '\n'
+        << Refusal(fault.content, fault.options);
+  }
+  // Rows of zeros are told.
+  std::istringstream stream("id,400,410,420\na,0,0,0\nb,0,0,5\n");
+  CurveReader curves(OpenMeasurements(WrapInput(stream, "f")));
+  CurveRow row;
+  while (curves.Next(row)) {
+  }
+  EXPECT_EQ(curves.CountZeros(), 1);
+}
+
+TEST(MeasurementFiles, TablesWithoutFieldsOfTheirOwnAreReadAgain) {
+  // The third table goes on with the fields of the second, the first has others.
+  const std::string content = Cgats("SAMPLE_ID LAB_L LAB_A LAB_B", "a 1 2 3\nb 4 5 6") +
+                              Cgats("LAB_B LAB_A LAB_L SAMPLE_ID RGB_R", "9 8 7 c 0") +
+                              "BEGIN_DATA\n12 11 10 d 0\nEND_DATA\n";
+  std::istringstream stream(content);
+  InputStream input = WrapInput(stream, "f");
+  HoldInput(input);
+  const auto reader = OpenMeasurements(std::move(input));
+  const auto all = [&reader] {
+    std::string text;
+    Measurement sample;
+    while (reader->Next(sample)) text += Described(sample);
+    return text;
+  };
+  const std::string expected = "a||-1||lab 1 2 3\nb||-1||lab 4 5 6\nc||-1||lab 7 8 9\nd||-1||lab 10 11 12\n";
+  Measurement sample;
+  ASSERT_TRUE(reader->Next(sample));
+  reader->Rewind();  // before the other tables are known
+  EXPECT_EQ(all(), expected);
+  reader->Rewind();
+  EXPECT_EQ(all(), expected);
+}
+
 TEST(MeasurementFiles, ConditionsInTheWordsOfTheMakers) {
   const std::pair<const char*, int32_t> kGeometries[] = {{"45/0", 1},
                                                          {"45\xC2\xB0:0\xC2\xB0", 1},
@@ -263,8 +477,9 @@ TEST(MeasurementFiles, ConditionsInTheWordsOfTheMakers) {
   MeasuringConditions conditions;
   for (const auto& [word, text] : {std::pair("MEASUREMENT_GEOMETRY", "45/0"),
                                    {"SAMPLE_BACKING", "black"},
-                                   {"MEASUREMENT_SOURCE", "Illumination=M2 ObserverAngle=2 Filter=UVcut"},
+                                   {"MEASUREMENT_SOURCE", "Illumination=M2 Filter=UVcut"},
                                    {"WEIGHTING_FUNCTION", "ILLUMINANT, D50"},
+                                   {"WEIGHTING_FUNCTION", "OBSERVER, 2 degree"},
                                    {"Instrument", "X"},
                                    {"Aperture", "LAV"}}) {
     EXPECT_TRUE(TakeCondition(word, text, conditions)) << word;

@@ -23,7 +23,7 @@ void ThrowMessage(vrx::WideView text, vrx::MessageIcon, void*) {
 
 int main(int argc, char** argv) try {
   vrx::SetMessageBoxHandler(ThrowMessage);
-  vrx::tool::IgnoreBrokenPipes();
+  vrx::tool::TurnSignalsIntoErrors();
   vrx::tool::UseUtf8Streams();
   return vrx::tool::RunTool(vrx::tool::Utf8Arguments(argc, argv), vrx::tool::AllCommands(), VRX_VERSION);
 } catch (const vrx::tool::Interrupted&) {

@@ -77,6 +77,7 @@ std::vector<std::string_view> TabFields(std::string_view line) {
 struct Table {
   SampleColumns columns;
   const MeasurementLayout* layout = nullptr;
+  std::vector<std::string> fieldNames;
   std::size_t fields = 0;
   uint64_t firstRow = 0;  // where its rows begin: byte and line
   int64_t firstLine = 0;
@@ -85,7 +86,7 @@ struct Table {
   std::size_t linesPerRow = 1;
   std::vector<std::string>
       pairWavelengths;  // by field: the text of the wavelength that every row must have there
-  bool isScaleKnown = false;
+  bool takesFractions = false;
 };
 
 class CgatsReader final : public MeasurementReader {
@@ -114,7 +115,6 @@ class CgatsReader final : public MeasurementReader {
   bool HasStandards() const override { return Columns().Has(ColumnRole::kStandard); }
   bool HasGeometries() const override { return Columns().Has(ColumnRole::kGeometry); }
   bool HasXyz() const override { return Columns().HasXyz(); }
-  bool KnowsScale() const override { return tables_.front()->isScaleKnown; }
   const std::string& Name() const override { return window_.Input().name; }
   uint64_t Size() const override { return window_.Input().size; }
   uint64_t Position() const override { return window_.Offset(); }
@@ -125,13 +125,13 @@ class CgatsReader final : public MeasurementReader {
   void SeekTo(uint64_t offset) override {
     const auto later =
         std::ranges::find_if(tables_, [&](const auto& table) { return table->firstRow > offset; });
-    table_ = std::prev(later)->get();
+    UseTable(**std::prev(later));
     window_.SeekTo(offset, 0);
     pending_ = 0;
     setsInTable_ = kUnknown;
   }
   void Rewind() override {
-    table_ = tables_.front().get();
+    UseTable(*tables_.front());
     window_.SeekTo(table_->firstRow, table_->firstLine);
     pending_ = 0;
     rows_ = setsInTable_ = 0;
@@ -167,6 +167,12 @@ class CgatsReader final : public MeasurementReader {
       }
       if (searched > kMaxLineBytes) Fail("a line is longer than 1 MiB");
     }
+  }
+
+  // A table that follows without names of its own goes on with those of this one.
+  void UseTable(Table& table) {
+    table_ = &table;
+    fields_ = table.fieldNames;
   }
 
   // Keywords --------------------------------------------------------------------------------------------
@@ -217,9 +223,32 @@ class CgatsReader final : public MeasurementReader {
     } else if (word == "SPECTRAL_NORM") {
       if (!isNumber || !(number > 0)) Fail("SPECTRAL_NORM is no number above 0");
       norm_ = number;
-    } else if (TakeCondition(word, value, conditions_) && !IsUtf8(value)) {
-      Fail("a text is not UTF-8; --latin1 reads files in Latin-1");
+    } else if (word == "MEAS_TYPE" && IsLight(value)) {
+      Fail("the values are the power of a light and no reflectances");
+    } else {
+      TakeWords(word, value);
     }
+  }
+
+  static bool IsLight(std::string_view measured) {
+    return measured.starts_with("EMI") || measured.starts_with("AMB") || measured.starts_with("FLASH");
+  }
+
+  // A word about the measurement, or another one, which may be kept.
+  void TakeWords(std::string_view word, std::string_view value) {
+    const MeasuringConditions before = conditions_;
+    const bool isCondition = TakeCondition(word, value, conditions_);
+    const bool isKept = options_.keepsOthers && !value.empty() && before == conditions_ && !IsStructure(word);
+    if ((isCondition || isKept) && !IsUtf8(value))
+      Fail("a text is not UTF-8; --latin1 reads files in Latin-1");
+    if (isKept) AddRemark(word, value);
+  }
+
+  // Words that say again what the table shows.
+  static bool IsStructure(std::string_view word) {
+    constexpr std::string_view kWords[] = {"KEYWORD", "SPECTRAL_BANDS", "SPECTRAL_START_NM",
+                                           "SPECTRAL_END_NM"};
+    return std::ranges::find(kWords, word) != std::end(kWords);
   }
 
   // Rows ------------------------------------------------------------------------------------------------
@@ -238,6 +267,7 @@ class CgatsReader final : public MeasurementReader {
     });
     if (!hasValues) {
       Note("a table without curves and colours, line " + std::to_string(line_));
+      PassOver("the table in line " + std::to_string(line_));
       return false;
     }
     // A file that is read again has its tables already.
@@ -245,7 +275,7 @@ class CgatsReader final : public MeasurementReader {
     const auto known =
         std::ranges::find_if(tables_, [&](const auto& table) { return table->firstRow == firstRow; });
     if (known != tables_.end()) {
-      table_ = known->get();
+      UseTable(**known);
       setsInTable_ = 0;
       return true;
     }
@@ -261,10 +291,13 @@ class CgatsReader final : public MeasurementReader {
               column < names_.size() ? ", field " + names_[column].substr(0, 40) : std::string();
           FailAt(line_, reason + field);
         });
+    if (!table->columns.Choice().empty()) Note(table->columns.Choice());
     if (!table->columns.Unused().empty()) Note("fields that are not used: " + table->columns.Unused());
+    table->fieldNames = fields_;
     table->fields = fields_.size();
     table->declaredSets = declaredSets_;
     LookAtRows(*table);
+    table->takesFractions = scale_.norm == 1;
     table_ = table.get();
     table_->layout = &table_->columns.Begin(conditions_, scale_);
     tables_.push_back(std::move(table));
@@ -288,7 +321,7 @@ class CgatsReader final : public MeasurementReader {
   // rows: those of the first row are taken, and every other row must have the same.
   void NameFields(Table& table) {
     names_ = fields_;
-    roles_.clear();
+    areUsed_.clear();
     hasPairs_ = false;
     const std::vector<std::string_view> lines = FirstRows();
     std::vector<std::string_view> row;
@@ -335,7 +368,7 @@ class CgatsReader final : public MeasurementReader {
       for (const std::string_view word : table.tabsSeparate ? TabFields(line) : WordsOf(line)) {
         double value;
         if (field == table.fields) field = 0;
-        const bool isValue = MeaningRole(field++) == ColumnRole::kWavelength;
+        const bool isValue = IsUsedValue(field++);
         if (isValue && ParseDecimal(word, ',', value)) largest = std::max(largest, value);
       }
     }
@@ -369,36 +402,39 @@ class CgatsReader final : public MeasurementReader {
     return words;
   }
 
-  ColumnRole MeaningRole(std::size_t field) {
-    if (roles_.empty()) {
-      for (const std::string& name : names_) roles_.push_back(MeaningOf(name).role);
+  // Whether a field is a reflectance within the library's grid; what lies far outside may be noise.
+  bool IsUsedValue(std::size_t field) {
+    if (areUsed_.empty()) {
+      for (const std::string& name : names_) {
+        const Heading meaning = MeaningOf(name);
+        areUsed_.push_back(meaning.role == ColumnRole::kWavelength && meaning.wavelength >= 360 &&
+                           meaning.wavelength <= 750);
+      }
     }
-    return roles_[field];
+    return areUsed_[field];
   }
 
-  // The standard leaves the scale open, and files come with both. A white or light patch tells them apart: no set of
-  // samples stays below 1.5 percent, and no reflectance factor comes to more than 2.
+  // The standard leaves the scale open, and files come with both. A white or light patch tells them apart (value_scale.h).
   void SetScale(Table& table, double largest) {
-    constexpr double kSurelyFraction = 1.5, kSurelyPercent = 2;
     using Scale = ReadOptions::Scale;
-    scale_ = {100, false, options_.force};
-    if (!table.columns.HasCurves()) return;
-    table.isScaleKnown = true;
-    if (options_.scale == Scale::kPercent) return;
+    scale_ = ValueScale();
+    scale_.mayExceed = options_.force;
+    if (!table.columns.HasCurves() || options_.scale == Scale::kPercent) return;
     if (options_.scale == Scale::kFraction) {
-      scale_ = {1, true, options_.force};
+      scale_.norm = 1;
+      scale_.isFraction = true;
     } else if (norm_ > 0) {
       scale_.norm = norm_;
     } else if (hasPairs_) {
-      if (isDecimal_) scale_ = {1, false, true};
+      if (isDecimal_) scale_.norm = 1;
+    } else if (table.columns.SayPercent()) {
+      return;
     } else if (largest <= kSurelyFraction) {
-      scale_ = {1, false, true};
+      scale_.norm = 1;
+      scale_.isFraction = scale_.isGuess = true;
       Note("values are taken for fractions of 1: none of the first ones is above 1.5");
-    } else if (largest <= kSurelyPercent) {
-      Fail(
-          "the largest of the first values lies between 1.5 and 2: they may be fractions of 1 or percent; "
-          "say which by "
-          "--fraction or --percent");
+    } else if (largest < kSurelyPercent) {
+      throw ScaleError(PlaceOf(line_), "the largest of the first values lies between 1.5 and 2");
     }
   }
 
@@ -452,7 +488,7 @@ class CgatsReader final : public MeasurementReader {
     std::size_t field = 0;
     for (const SampleColumns::Run& run : table_->columns.Runs()) {
       if (run.meaning.role >= ColumnRole::kWavelength) {
-        ReadValues(rest, table_->columns.Values(run), field);
+        ReadValues(rest, run, field);
       } else {
         const std::string_view word = TakeWord(rest);
         if (word.data() == nullptr) FailShort(field);
@@ -464,16 +500,23 @@ class CgatsReader final : public MeasurementReader {
       Fail("the row is long: it has more than " + std::to_string(table_->fields) + " fields");
   }
 
-  void ReadValues(std::string_view& rest, std::span<double> values, std::size_t& field) {
-    for (double& value : values) {
+  bool AreFractions(const SampleColumns::Run& run) const {
+    return table_->takesFractions && run.meaning.role == ColumnRole::kWavelength;
+  }
+
+  void ReadValues(std::string_view& rest, const SampleColumns::Run& run, std::size_t& field) {
+    const bool areFractions = AreFractions(run);
+    for (double& value : table_->columns.Values(run)) {
       while (!rest.empty() && (rest.front() == ' ' || rest.front() == '\t')) rest.remove_prefix(1);
-      const char* const stop = rest.empty() ? nullptr : ShortDecimal(rest, value);
+      const char* const stop = rest.empty()   ? nullptr
+                               : areFractions ? ShortDecimal<2>(rest, value)
+                                              : ShortDecimal<0>(rest, value);
       if (stop != nullptr) {
         rest.remove_prefix(static_cast<std::size_t>(stop - rest.data()));
       } else {
         const std::string_view word = TakeWord(rest);
         if (word.data() == nullptr) FailShort(field);
-        TakeNumber(word, field, value);
+        TakeNumber(word, field, areFractions, value);
       }
       ++field;
     }
@@ -481,9 +524,10 @@ class CgatsReader final : public MeasurementReader {
 
   // The end of a short number at the start of `rest` that a blank or the end of the line follows; null for any other. A
   // byte that is no part of a number stands behind every line.
+  template <std::size_t kShift>
   static const char* ShortDecimal(std::string_view rest, double& value) {
     const char* const end = rest.data() + rest.size();
-    const char* const stop = ParseShortDecimal(rest.data(), '.', value);
+    const char* const stop = ParseShortDecimal<kShift>(rest.data(), '.', value);
     return stop != nullptr && (stop == end || IsBlank(*stop)) ? stop : nullptr;
   }
 
@@ -498,7 +542,7 @@ class CgatsReader final : public MeasurementReader {
         continue;
       }
       for (double& value : table_->columns.Values(run)) {
-        TakeNumber(row[field], field, value);
+        TakeNumber(row[field], field, AreFractions(run), value);
         ++field;
       }
     }
@@ -506,7 +550,9 @@ class CgatsReader final : public MeasurementReader {
 
   void TakeText(const SampleColumns::Run& run, std::string_view text, Measurement& sample) {
     if (run.meaning.role == ColumnRole::kPairWavelength) return CheckWavelength(run.column, text);
-    if (run.meaning.role != ColumnRole::kDevice && !IsUtf8(text)) {
+    const bool isUsed = run.meaning.role > ColumnRole::kDevice ||
+                        (run.meaning.role == ColumnRole::kDevice && options_.keepsOthers);
+    if (isUsed && !IsUtf8(text)) {
       Fail("a text is not UTF-8; --latin1 reads files in Latin-1");
     }
     table_->columns.TakeText(run, text, sample);
@@ -522,8 +568,8 @@ class CgatsReader final : public MeasurementReader {
          Shown(expected) + " in the first row");
   }
 
-  void TakeNumber(std::string_view word, std::size_t field, double& value) const {
-    if (ParseDecimal(word, ',', value)) return;
+  void TakeNumber(std::string_view word, std::size_t field, bool isFraction, double& value) const {
+    if (isFraction ? ParseFractionAsPercent(word, value, ',') : ParseDecimal(word, ',', value)) return;
     Fail("field " + std::to_string(field + 1) + ": \"" + Shown(word) + "\" is not a number");
   }
 
@@ -554,7 +600,7 @@ class CgatsReader final : public MeasurementReader {
   MeasuringConditions conditions_;
   std::vector<std::string> fields_;
   std::vector<std::string> names_;  // the fields, those of pairs by their wavelengths
-  std::vector<ColumnRole> roles_;   // of the names
+  std::vector<bool> areUsed_;       // of the names
   bool hasPairs_ = false, isDecimal_ = false;
   int64_t declaredSets_ = -1, declaredFields_ = -1;
   double norm_ = 0;

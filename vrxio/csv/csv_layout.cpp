@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <vector>
 
 #include <vrxio/measurement/headings.h>
+#include <vrxio/measurement/value_scale.h>
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
 #include <vrxio/text/text.h>
@@ -47,7 +49,7 @@ std::vector<std::string> FieldsOf(std::string_view text, char separator) {
     if (c == '"') {
       quoted = !quoted;
     } else if (c == separator && !quoted) {
-      fields.emplace_back();
+      if (separator != ' ' || !fields.back().empty()) fields.emplace_back();
     } else {
       fields.back() += c;
     }
@@ -63,7 +65,7 @@ std::vector<Line> LinesOf(std::string_view beginning) {
   for (int64_t number = 1; offset < beginning.size() && lines.size() < kMostLines; ++number) {
     const std::size_t end = std::min(beginning.find('\n', offset), beginning.size());
     const std::string_view text = TrimmedLine(beginning.substr(offset, end - offset));
-    if (!text.empty()) {
+    if (!text.empty() && !IsClosingMark(text)) {
       lines.push_back({offset, number, text, SeparatorOf(text), {}});
       lines.back().fields = FieldsOf(text, lines.back().separator);
     }
@@ -72,11 +74,41 @@ std::vector<Line> LinesOf(std::string_view beginning) {
   return lines;
 }
 
+bool AreNumbers(const std::vector<std::string>& fields, std::size_t from = 0);
+
+// Whether blanks separate what may be a row of data: where they do its fields are numbers, and where commas do they are not.
+bool AreBlankSeparated(const Line& line) {
+  if (line.separator != ',' || line.text.find(' ') == std::string_view::npos) return false;
+  const std::vector<std::string> fields = FieldsOf(line.text, ' ');
+  constexpr std::size_t kTexts = 2;  // an id and a name may stand before the values
+  const std::size_t from = std::min(kTexts, fields.size() - 1);
+  return fields.size() >= 2 && AreNumbers(fields, from) &&
+         (line.fields.size() < 2 || !AreNumbers(line.fields, 1));
+}
+
+// Makes the fields of a table that blanks separate: its rows, and the lines before them that have as many fields or, without a
+// heading for the first one, one fewer.
+void SplitAtBlanks(std::vector<Line>& lines) {
+  std::vector<bool> areRows;
+  for (const Line& line : lines) areRows.push_back(AreBlankSeparated(line));
+  for (std::size_t i = lines.size(); i-- > 0;) {
+    Line& line = lines[i];
+    std::vector<std::string> fields = FieldsOf(line.text, ' ');
+    const bool isAbove = i + 1 < lines.size() && lines[i + 1].separator == ' ' && line.separator == ',' &&
+                         line.fields.size() == 1 &&
+                         (fields.size() == lines[i + 1].fields.size() ||
+                          (areRows[i + 1] && fields.size() + 1 == lines[i + 1].fields.size()));
+    if (!areRows[i] && !isAbove) continue;
+    line.separator = ' ';
+    line.fields = std::move(fields);
+  }
+}
+
 bool IsNumber(const std::string& field, double& value) {
   return ParseDecimal(field, ',', value);
 }
 
-bool AreNumbers(const std::vector<std::string>& fields, std::size_t from = 0) {
+bool AreNumbers(const std::vector<std::string>& fields, std::size_t from) {
   double value;
   return std::all_of(fields.begin() + static_cast<std::ptrdiff_t>(std::min(from, fields.size())),
                      fields.end(), [&](const std::string& field) { return IsNumber(field, value); });
@@ -138,11 +170,10 @@ bool AreUnits(const std::vector<std::string>& fields) {
          std::ranges::any_of(fields, [](const std::string& field) { return !field.empty(); });
 }
 
-// A remark before the header, "Instrument: CM-3700" or "Date;2024-05-01".
-bool TakeRemark(std::string_view text, MeasuringConditions& conditions) {
-  while (text.starts_with('#') || text.starts_with(' ')) text.remove_prefix(1);
+// The value of a remark before the header, "Instrument: X" or "Date;2024-05-01"; empty where there is none.
+std::string_view RemarkOf(std::string_view text) {
   const std::size_t end = text.find_first_of(":=;,\t");
-  if (end == std::string_view::npos) return false;
+  if (end == std::string_view::npos) return {};
   std::string_view value = TrimmedLine(text.substr(end + 1));
   while (!value.empty() && std::string_view(":=;,\t\" ").find(value.front()) != std::string_view::npos) {
     value.remove_prefix(1);
@@ -150,7 +181,13 @@ bool TakeRemark(std::string_view text, MeasuringConditions& conditions) {
   while (!value.empty() && std::string_view(";,\t\" ").find(value.back()) != std::string_view::npos) {
     value.remove_suffix(1);
   }
-  return TakeCondition(text.substr(0, end), value, conditions);
+  return value;
+}
+
+bool TakeRemark(std::string_view text, MeasuringConditions& conditions) {
+  while (text.starts_with('#') || text.starts_with(' ')) text.remove_prefix(1);
+  const std::size_t end = text.find_first_of(":=;,\t");
+  return end != std::string_view::npos && TakeCondition(text.substr(0, end), RemarkOf(text), conditions);
 }
 
 std::string Shortest(double value) {
@@ -161,11 +198,16 @@ std::string Shortest(double value) {
 class LayoutFinder {
  public:
   LayoutFinder(const std::string& name, std::string_view beginning, const ReadOptions& options)
-      : name_(name), options_(options), lines_(LinesOf(beginning)) {}
+      : name_(name), options_(options), lines_(LinesOf(beginning)) {
+    SplitAtBlanks(lines_);
+  }
 
   CsvLayout Find() {
     if (lines_.empty()) return layout_;  // the reader says that the file is empty
+    if (!options_.wavelengths.empty() && !options_.columns.empty())
+      throw InputError("--wavelengths and --columns exclude each other");
     if (!options_.wavelengths.empty()) return WithoutHeader();
+    if (!options_.columns.empty()) return WithColumns();
     std::size_t i = 0;
     for (; i < lines_.size(); ++i) {
       if (IsComment(i)) continue;
@@ -186,16 +228,38 @@ class LayoutFinder {
   // Takes up what stands before record `end`, and makes it the first one.
   void StartAt(std::size_t end) {
     for (std::size_t i = 0; i < end; ++i) {
+      if (IsLightPower(lines_[i].text) || IsLightPower(RemarkOf(lines_[i].text))) RefuseLight(lines_[i]);
       layout_.dialect.skipComments = layout_.dialect.skipComments || IsComment(i);
-      if (!TakeRemark(lines_[i].text, layout_.conditions)) {
-        ++layout_.unusedLines;
-      } else if (!IsUtf8(lines_[i].text)) {
+      const bool isCondition = TakeRemark(lines_[i].text, layout_.conditions);
+      if ((isCondition || options_.keepsOthers) && !IsUtf8(lines_[i].text)) {
         Fail(lines_[i], "the text is not UTF-8; --latin1 reads files in Latin-1");
       }
+      if (!isCondition) layout_.unusedLines.emplace_back(lines_[i].text);
     }
     layout_.dialect.headerOffset = lines_[end].offset;
     layout_.dialect.headerLine = lines_[end].number;
     layout_.dialect.separator = lines_[end].separator;
+  }
+
+  [[noreturn]] void RefuseLight(const Line& line) const {
+    Fail(line, "the values are the power of a light and no reflectances");
+  }
+
+  // A heading fewer than columns: the first column, of the numbers or names of the rows, has none.
+  void AddFirstHeading(std::size_t header, std::size_t row) {
+    if (row >= lines_.size()) return;
+    const std::vector<std::string>&names = lines_[header].fields, &fields = lines_[row].fields;
+    double number = 0;
+    const bool maybeId = !IsNumber(fields.front(), number) || number == std::floor(number);
+    if (fields.size() != names.size() + 1 || !maybeId) return;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      double value;
+      if (MeaningOf(names[i]).role >= ColumnRole::kWavelength && !IsNumber(fields[i + 1], value)) return;
+    }
+    layout_.dialect.columns.emplace_back();
+    layout_.dialect.columns.insert(layout_.dialect.columns.end(), names.begin(), names.end());
+    layout_.dialect.headerOffset = lines_[header + 1].offset;
+    layout_.dialect.headerLine = lines_[header + 1].number;
   }
 
   CsvLayout InColumns(std::size_t header) {
@@ -214,12 +278,20 @@ class LayoutFinder {
     }
     StartAt(header);
     layout_.hasUnits = header + 1 < lines_.size() && AreUnits(lines_[header + 1].fields);
-    RefuseDecimalCommas(header, header + (layout_.hasUnits ? 2 : 1));
+    if (layout_.hasUnits) TakeUnits(header + 1);
+    const std::size_t row = header + (layout_.hasUnits ? 2 : 1);
+    RefuseDecimalCommas(header, row);
+    AddFirstHeading(header, row);
     return layout_;
   }
 
   static bool IsWavelengthWord(const std::string& plain) {
     return plain.starts_with("nm") || plain.starts_with("wavelength") || plain == "wl" || plain == "lambda";
+  }
+
+  void TakeUnits(std::size_t line) {
+    if (std::ranges::any_of(lines_[line].fields, IsLightPower)) RefuseLight(lines_[line]);
+    layout_.sayPercent = layout_.sayPercent || std::ranges::any_of(lines_[line].fields, IsPercentUnit);
   }
 
   // "400,5,410,6": the comma separates and is the decimal sign as well.
@@ -246,6 +318,7 @@ class LayoutFinder {
            AreUnits(lines_[header - 1].fields)) {
       --header;
       layout_.hasUnits = true;
+      TakeUnits(header);
     }
     const bool hasNames = options_.orientation == ReadOptions::Wavelengths::kInRows ||
                           (header > 0 && !AreNumbers(lines_[header - 1].fields, 1));
@@ -255,6 +328,7 @@ class LayoutFinder {
     layout_.hasUnits = layout_.hasUnits && isNamed;
     layout_.wavelengthsInRows = true;
     layout_.dialect.separator = lines_[first].separator;
+    if (isNamed) TakeUnits(header - 1);
     if (isNamed) return layout_;
     layout_.dialect.columns.emplace_back("nm");
     for (std::size_t i = 1; i < fields.size(); ++i) layout_.dialect.columns.push_back(std::to_string(i));
@@ -282,6 +356,19 @@ class LayoutFinder {
     return layout_;
   }
 
+  CsvLayout WithColumns() {
+    std::size_t first = 0;
+    while (first + 1 < lines_.size() && IsComment(first)) ++first;
+    if (IsHeader(lines_[first])) {
+      Fail(lines_[first], "the file has a header of its own; --columns is for files without one");
+    }
+    StartAt(first);
+    layout_.dialect.columns = options_.columns;
+    if (lines_[first].fields.size() == options_.columns.size()) return layout_;
+    Fail(lines_[first], "the rows have " + std::to_string(lines_[first].fields.size()) +
+                            " columns, --columns names " + std::to_string(options_.columns.size()));
+  }
+
   // A table of numbers alone: what its columns may be.
   void RefuseNumbers() const {
     const auto line = std::ranges::find_if(lines_, [](const Line& l) { return !l.text.starts_with('#'); });
@@ -304,7 +391,11 @@ class LayoutFinder {
         if (usual.count == count) ranges += (ranges.empty() ? "" : " or ") + std::string(usual.range);
       }
     }
-    Fail(*line, text + (ranges.empty() ? "380-730/10" : ranges));
+    const bool mayBeColors = fields.size() - from == 3;
+    Fail(*line, text + (ranges.empty() ? "380-730/10" : ranges) +
+                    (mayBeColors ? std::string(", or the columns, such as --columns ") +
+                                       (from > 0 ? "id," : "") + "L,a,b"
+                                 : ""));
   }
 
   const std::string& name_;

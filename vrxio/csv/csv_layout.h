@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <vrxio/csv/csv_reader.h>
 #include <vrxio/measurement/measurement.h>
@@ -16,9 +17,10 @@ namespace vrx::io {
 struct CsvLayout {
   CsvDialect dialect;
   bool wavelengthsInRows = false;
-  bool hasUnits = false;           ///< a record of units follows the header
-  MeasuringConditions conditions;  ///< what stands before the header
-  int unusedLines = 0;             ///< lines before the header that say nothing about the measurement
+  bool hasUnits = false;                 ///< a record of units follows the header
+  bool sayPercent = false;               ///< a unit says that values are percent
+  MeasuringConditions conditions;        ///< what stands before the header
+  std::vector<std::string> unusedLines;  ///< before the header, which say nothing about the measurement
 };
 
 /// Looks at the beginning of a file, as much of it as PeekInput gave. Throws InputError when there are two ways to read it

@@ -19,7 +19,43 @@ constexpr std::size_t kSmallestChunk = std::size_t{8} << 10;  // after a jump, m
 constexpr int64_t kUnknownLine = std::numeric_limits<int64_t>::min() / 2;  // and on from there
 constexpr std::size_t kBufferBytes = CsvReader::kMaxRecordBytes + kLargestChunk;
 
+bool IsBlank(char c) {
+  return c == ' ' || c == '\t';
+}
+
+// Makes fractions whole / scale percent, so that one rounding is left.
+void MovePoints(std::span<double> wholes, std::span<double> scales) {
+  for (std::size_t i = 0; i < wholes.size(); ++i) {
+    if (scales[i] >= 100) {
+      scales[i] /= 100;
+    } else {
+      wholes[i] *= 100 / scales[i];
+      scales[i] = 1;
+    }
+  }
+}
+
 }  // namespace
+
+bool IsClosingMark(std::string_view line) {
+  constexpr std::size_t kLongest = 80;
+  line = Trimmed(line);
+  if (line.size() > kLongest) return false;
+  if (line.starts_with(">>>")) return true;
+  constexpr std::string_view kMarks[] = {"end", "eof", "endoffile", "enddata", "endofdata"};
+  constexpr std::string_view kSigns = "[]#<>*=- .:";
+  std::string word;
+  for (const char c : line) {
+    if (c >= 'A' && c <= 'Z') {
+      word += static_cast<char>(c - 'A' + 'a');
+    } else if (c >= 'a' && c <= 'z') {
+      word += c;
+    } else if (c != '_' && kSigns.find(c) == std::string_view::npos) {
+      return false;
+    }
+  }
+  return std::ranges::find(kMarks, word) != std::end(kMarks);
+}
 
 CsvReader::CsvReader(const std::string& path) : CsvReader(OpenText(path), CsvDialect()) {}
 
@@ -48,7 +84,7 @@ bool CsvReader::Fill() {
   }
   const std::size_t wanted = std::min(chunk_, kBufferBytes - used_);
   input_.stream->read(buffer_.get() + used_, static_cast<std::streamsize>(wanted));
-  if (input_.stream->bad()) throw InputError(input_.name + ": cannot be read");
+  if (input_.stream->bad()) FailReading(input_);
   const auto got = static_cast<std::size_t>(input_.stream->gcount());
   used_ += got;
   buffer_[used_] = '\n';
@@ -97,9 +133,28 @@ bool CsvReader::Next() {
     if (recordEnd_ > start && recordEnd_[-1] == '\r') --recordEnd_;
     if (Trimmed({start, recordEnd_}).empty()) continue;
     if (dialect_.skipComments && *start == '#') continue;
+    const bool mayClose = *start == '>' || *start == '[' || *start == '#' || *start == 'e' || *start == 'E';
+    if (mayClose && IsClosingMark({start, recordEnd_})) continue;
     at_ = start;
+    if (separator_ == ' ') CollapseBlanks();
     return true;
   }
+}
+
+// Makes one blank of each run of them, in place; those in quotes stay.
+void CsvReader::CollapseBlanks() {
+  char* write = at_;
+  bool quoted = false;
+  for (const char* read = at_; read != recordEnd_; ++read) {
+    if (*read == '"') quoted = !quoted;
+    if (quoted || !IsBlank(*read)) {
+      *write++ = *read;
+    } else if (write != at_ && write[-1] != ' ') {
+      *write++ = ' ';
+    }
+  }
+  if (write != at_ && write[-1] == ' ') --write;
+  recordEnd_ = write;
 }
 
 // Lines before the header.
@@ -183,6 +238,20 @@ void CsvReader::EndRecord() {
   if (rest.find_first_not_of(std::string{separator_, ' ', '\t'}) != std::string_view::npos) FailLong();
 }
 
+bool CsvReader::AreEmpty(std::span<const std::size_t> columns) const {
+  std::size_t column = 0, next = 0;
+  bool quoted = false;
+  for (const char* at = at_; at != nullptr && at != recordEnd_ && next < columns.size(); ++at) {
+    if (*at == '"') quoted = !quoted;
+    if (*at == separator_ && !quoted) {
+      if (column++ == columns[next]) ++next;
+    } else if (column == columns[next] && *at != '"' && *at != '-' && !IsBlank(*at)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 void CsvReader::FailLong() const {
   FailRow("the row is long: it has more than " + std::to_string(header_.size()) + " columns");
 }
@@ -198,7 +267,7 @@ std::string_view CsvReader::Unquoted(char* at) {
     if (++at == recordEnd_ || *at != '"') break;
     *write++ = *at++;
   }
-  while (at != recordEnd_ && *at == ' ') ++at;
+  while (at != recordEnd_ && *at == ' ' && separator_ != ' ') ++at;
   if (at != recordEnd_ && *at != separator_) Fail("text follows a quoted field");
   at_ = at == recordEnd_ ? nullptr : at + 1;
   return {text, write};
@@ -223,11 +292,13 @@ std::string_view CsvReader::Text() {
   return text;
 }
 
-double CsvReader::SlowNumber() {
+double CsvReader::SlowNumber(bool asPercent) {
   const std::string_view text = Trimmed(RawField());
   double value = 0;
   if (text.empty()) Fail("the field is empty; a number is expected");
-  if (!ParseDecimal(text, decimalSeparator_, value)) Fail("\"" + Shown(text) + "\" is not a number");
+  const bool isNumber = asPercent ? ParseFractionAsPercent(text, value, decimalSeparator_)
+                                  : ParseDecimal(text, decimalSeparator_, value);
+  if (!isNumber) Fail("\"" + Shown(text) + "\" is not a number");
   return value;
 }
 
@@ -238,7 +309,7 @@ double CsvReader::Number() {
 }
 
 // Numbers as files mostly have them, up to the first other one; returns their count.
-std::size_t CsvReader::ShortNumbers(std::span<double> values) {
+std::size_t CsvReader::ShortNumbers(std::span<double> values, bool asPercent) {
   if (at_ == nullptr) return 0;
   constexpr std::size_t kMost = 64;
   std::array<double, kMost> scales;  // divided by at the end, two or more at a time
@@ -261,6 +332,7 @@ std::size_t CsvReader::ShortNumbers(std::span<double> values) {
     }
     at = stop + 1;
   }
+  if (asPercent) MovePoints(values.first(count), scales);
   for (std::size_t i = 0; i < count; ++i) values[i] /= scales[i];
   shape_ = shape;
   at_ = at > end ? nullptr : at_ + (at - at_);
@@ -268,11 +340,11 @@ std::size_t CsvReader::ShortNumbers(std::span<double> values) {
   return count;
 }
 
-void CsvReader::Numbers(std::span<double> values) {
+void CsvReader::Numbers(std::span<double> values, bool asPercent) {
   while (true) {
-    values = values.subspan(ShortNumbers(values));
+    values = values.subspan(ShortNumbers(values, asPercent));
     if (values.empty()) return;
-    values.front() = SlowNumber();
+    values.front() = SlowNumber(asPercent);
     values = values.subspan(1);
   }
 }

@@ -3,7 +3,8 @@
 // The first record names the columns and tells the separator: a semicolon if it has one, else a tab, else a
 // comma. Fields may stand in double quotes, with "" for a quote. Numbers take a decimal point and, where the
 // separator is not the comma, a decimal comma. The text is UTF-8 with or without a byte-order mark; lines end
-// in LF or CR LF. Blank lines are passed over, and so are empty fields that a separator at the end of a line makes.
+// in LF or CR LF. Blank lines are passed over, and so are empty fields that a separator at the end of a line makes and
+// closing marks (IsClosingMark). A dialect may have runs of blanks for separators.
 //
 // Whatever cannot be read raises InputError with file, line, column and reason.
 
@@ -26,12 +27,15 @@ namespace vrx::io {
 
 /// How a file of comma-separated values is laid out where it departs from the usual.
 struct CsvDialect {
-  char separator = 0;         ///< 0: what the header tells
+  char separator = 0;         ///< 0: what the header tells; ' ' for runs of blanks
   uint64_t headerOffset = 0;  ///< the byte where the header begins, and its line
   int64_t headerLine = 1;
   std::vector<std::string> columns;  ///< the names of the columns of a file without a header
   bool skipComments = false;         ///< lines that begin with # are passed over
 };
+
+/// True for a line that ends the data of an export, such as ">>>>>End Spectral Data<<<<<" or "[EndOfFile]".
+bool IsClosingMark(std::string_view line);
 
 /// One table, read record by record and field by field.
 class CsvReader {
@@ -60,11 +64,13 @@ class CsvReader {
   /// The next field as text, without its quotes and without surrounding spaces; valid UTF-8. It lives until
   /// the next call of Next.
   std::string_view Text();
-  /// The next `values.size()` fields as numbers.
-  void Numbers(std::span<double> values);
+  /// The next `values.size()` fields as numbers; with `asPercent` times a hundred, rounded once.
+  void Numbers(std::span<double> values, bool asPercent = false);
   double Number();
   /// Makes sure that no field is left but empty ones.
   void EndRecord();
+  /// True when each of these columns, which ascend, is empty or a dash in the current record, none of which was read yet.
+  bool AreEmpty(std::span<const std::size_t> columns) const;
 
   /// Where the current record begins: its byte in the file.
   uint64_t Offset() const { return offset_; }
@@ -96,10 +102,11 @@ class CsvReader {
   void TakeHeader();
   bool Fill();
   const char* FindRecordEnd();
+  void CollapseBlanks();
   std::string_view RawField();
   std::string_view Unquoted(char* at);
-  std::size_t ShortNumbers(std::span<double> values);
-  double SlowNumber();
+  std::size_t ShortNumbers(std::span<double> values, bool asPercent);
+  double SlowNumber(bool asPercent);
   void RequireField();
   [[noreturn]] void FailLong() const;
 

@@ -149,6 +149,23 @@ void MarkupWindow::SkipElement(const Tag& start) {
   }
 }
 
+void MarkupWindow::RequireEnd() {
+  while (true) {
+    const std::string_view bytes = window_.Bytes();
+    window_.Skip(static_cast<std::size_t>(std::ranges::find_if_not(bytes, IsSpace) - bytes.begin()));
+    if (!Has(1)) return;
+    if (IsSpace(window_.Bytes().front())) continue;
+    const bool isComment = Has(4) && window_.Bytes().starts_with("<!--");
+    if (!isComment && !window_.Bytes().starts_with("<?")) {
+      Fail(window_.Line(), "more stands behind the end of the document");
+    }
+    const std::string_view terminator = isComment ? "-->" : "?>";
+    const std::size_t end = Find(terminator, isComment ? 4 : 2);
+    if (end == kNotFound) Fail(window_.Line(), "what begins here is not ended");
+    window_.Skip(end + terminator.size());
+  }
+}
+
 bool TakeAttribute(std::string_view& tag, MarkupAttribute& attribute) {
   std::size_t at = 0;
   while (at < tag.size() && IsSpace(tag[at])) ++at;

@@ -42,6 +42,8 @@ class MarkupWindow {
   std::span<const uint32_t> QuotedEnds() const { return quotedEnds_; }
   /// Passes over such an element, however long it is.
   void SkipElement(const Tag& start);
+  /// Makes sure that nothing but comments and processing instructions follows the position.
+  void RequireEnd();
   void Skip(std::size_t count) { window_.Skip(count); }
 
   std::string_view Bytes() const { return window_.Bytes(); }

@@ -27,6 +27,7 @@ constexpr double kFirstStart = 360, kLastStart = 400;  // nm
 constexpr std::size_t kMaxValues = 10'000;             // of one spectrum
 constexpr std::size_t kMaxMeasurings = 10'000;
 constexpr std::size_t kMaxSamplesOfObject = 256;
+constexpr std::size_t kMaxTags = 10'000;
 constexpr std::size_t kMaxIds = 100'000;  // that are compared with each other
 
 bool IsSpace(char c) {
@@ -134,6 +135,7 @@ class MeasuringReader {
 class CxfReader final : public MeasurementReader {
  public:
   CxfReader(InputStream input, const ReadOptions& options) : options_(options), markup_(std::move(input)) {
+    if (!options.idColumn.empty()) markup_.Fail(0, "--id-column: the objects have a Name and no columns");
     FindRoot();
     ReadMeasurings();
     CompareMeasurings();
@@ -142,7 +144,10 @@ class CxfReader final : public MeasurementReader {
     firstObject_ = markup_.Window().Offset();
     firstLine_ = markup_.Window().Line();
     while (samples_.empty()) {
-      if (!ReadObject()) markup_.Fail(0, "there are neither reflectances nor colours in it");
+      if (!ReadObject()) {
+        markup_.Fail(0, hasLights_ ? "there are spectra of lights in it and no reflectances"
+                                   : "there are neither reflectances nor colours in it");
+      }
     }
     firstLayout_ = samples_.front().layout;
     firstHasXyz_ = samples_.front().xyz.has_value();
@@ -164,6 +169,8 @@ class CxfReader final : public MeasurementReader {
     sample.geometry = read.geometry;
     sample.layout = read.layout;
     sample.reflectance = std::span(values_).subspan(read.firstValue, read.count);
+    sample.others = others_;
+    sample.otherHeadings = otherHeadings_;
     sample.hasXyz = read.xyz.has_value();
     sample.hasLab = read.lab.has_value();
     if (read.xyz) sample.xyz = *read.xyz;
@@ -177,7 +184,6 @@ class CxfReader final : public MeasurementReader {
   bool HasNames() const override { return hasNames_; }
   bool HasGeometries() const override { return geometriesDiffer_; }
   bool HasXyz() const override { return firstHasXyz_; }
-  bool KnowsScale() const override { return true; }
   const std::string& Name() const override { return markup_.Window().Input().name; }
   uint64_t Size() const override { return markup_.Window().Input().size; }
   uint64_t Position() const override { return markup_.Window().Offset(); }
@@ -185,7 +191,7 @@ class CxfReader final : public MeasurementReader {
   bool CanSeek() const override { return Size() > 0; }
   void SeekTo(uint64_t offset) override {
     markup_.Window().SeekTo(offset / kMaxSamplesOfObject, 0);
-    comparesIds_ = false;
+    isEnded_ = comparesIds_ = false;
     ReadObject();
     next_ = static_cast<std::size_t>(offset % kMaxSamplesOfObject);
   }
@@ -195,6 +201,7 @@ class CxfReader final : public MeasurementReader {
     ids_.clear();
     next_ = 0;
     rows_ = 0;
+    isEnded_ = false;
   }
   std::string RowPlace() const override { return markup_.PlaceOf(objectLine_); }
 
@@ -246,6 +253,10 @@ class CxfReader final : public MeasurementReader {
         markup_.Skip(tag.end);
         return tag.kind == Kind::kStart;
       }
+      if (found == Prefixed("FileInformation") && tag.kind == Kind::kStart) {
+        ReadFileInformation(tag);
+        continue;
+      }
       const bool goesInto = found == Prefixed("CxF") || found == Prefixed("Resources");
       if (goesInto || tag.kind == Kind::kEnd) {
         markup_.Skip(tag.end);
@@ -253,6 +264,30 @@ class CxfReader final : public MeasurementReader {
         markup_.SkipElement(tag);
       }
     }
+  }
+
+  // Words about the whole file, in those of CGATS.
+  void ReadFileInformation(const Tag& tag) {
+    const int64_t line = markup_.Window().LineAhead(tag.begin);
+    const std::string_view bytes = markup_.TakeElement(tag);
+    if (!xml_.Parse(bytes, markup_.QuotedEnds(), line)) markup_.Fail(line, xml_.Error());
+    if (!IsUtf8(bytes)) markup_.Fail(line, "the text is not UTF-8");
+    constexpr std::pair<std::string_view, std::string_view> kWords[] = {{"Creator", "ORIGINATOR"},
+                                                                        {"CreationDate", "CREATED"},
+                                                                        {"Description", "DESCRIPTOR"},
+                                                                        {"Comment", "COMMENT"}};
+    for (int32_t child = xml_.FirstChild(1); child > 0; child = xml_.NextSibling(child)) {
+      const std::string_view name = xml_.Name(child);
+      const auto* const known =
+          std::ranges::find(kWords, name, &std::pair<std::string_view, std::string_view>::first);
+      const std::string text = xml_.Text(child);
+      if (known == std::end(kWords)) {
+        PassOver(Shown(name));
+      } else if (options_.keepsOthers && !text.empty()) {
+        AddRemark(known->second, text);
+      }
+    }
+    markup_.Skip(TakenBytes());
   }
 
   void FindObjects() {
@@ -295,8 +330,10 @@ class CxfReader final : public MeasurementReader {
         markup_.Skip(tag.end);
         continue;
       }
-      if (name != Prefixed("ObjectCollection"))
+      if (name != Prefixed("ObjectCollection")) {
         Note(Shown(name.substr(name.find(':') + 1)) + " is passed over");
+        PassOver(Shown(name.substr(name.find(':') + 1)));
+      }
       markup_.SkipElement(tag);
     }
   }
@@ -334,12 +371,21 @@ class CxfReader final : public MeasurementReader {
 
   // Objects ---------------------------------------------------------------------------------------------
 
-  void Deviates(int64_t line, const std::string& what) {
+  // Counts a deviation; true for one that is to be told. An element's line is counted from the start of its object, which
+  // would take too long for each of many.
+  bool IsTold() {
     constexpr int kEnough = 8;
-    if (++deviations_ > kEnough) {
-      if (deviations_ == kEnough + 1) Note("more deviations from the schema");
-      return;
-    }
+    if (deviations_ > kEnough) return false;
+    if (++deviations_ > kEnough) Note("more deviations from the schema");
+    return deviations_ <= kEnough;
+  }
+  void DeviatesAt(int32_t element, const std::string& what) {
+    if (IsTold()) NoteDeviation(xml_.Line(element), what);
+  }
+  void Deviates(int64_t line, const std::string& what) {
+    if (IsTold()) NoteDeviation(line, what);
+  }
+  void NoteDeviation(int64_t line, const std::string& what) {
     const std::string where = line > 0 ? "line " + std::to_string(line) + ": " : std::string();
     Note(where + what + ", against the schema");
   }
@@ -349,9 +395,10 @@ class CxfReader final : public MeasurementReader {
     samples_.clear();
     values_.clear();
     next_ = 0;
+    if (isEnded_) return false;
     const Tag tag = markup_.NextTag(0);
     if (tag.kind == Kind::kNone) markup_.Fail(markup_.Window().Line(), "the file ends within the objects");
-    if (tag.kind == Kind::kEnd) return false;
+    if (tag.kind == Kind::kEnd) return EndObjects(tag);
     objectLine_ = markup_.Window().LineAhead(tag.begin);
     objectOffset_ = markup_.Window().Offset() + tag.begin;
     const std::string_view bytes = markup_.TakeElement(tag);
@@ -363,6 +410,27 @@ class CxfReader final : public MeasurementReader {
     }
     markup_.Skip(TakenBytes());
     return true;
+  }
+
+  // Goes on from the end of the objects to that of the file, where no more of them may stand. Answers false, as none was read.
+  bool EndObjects(const Tag& end) {
+    isEnded_ = true;
+    markup_.Skip(end.end);
+    while (true) {
+      const Tag tag = markup_.NextTag(0);
+      if (tag.kind == Kind::kNone) markup_.Fail(0, "the file ends within its root element");
+      const std::string name(markup_.NameOf(tag));
+      if (name == Prefixed("ObjectCollection"))
+        markup_.Fail(markup_.Window().LineAhead(tag.begin), "there is a second ObjectCollection");
+      if (tag.kind != Kind::kEnd) {
+        markup_.SkipElement(tag);
+        continue;
+      }
+      markup_.Skip(tag.end);
+      if (name == Prefixed("CxF")) break;
+    }
+    markup_.RequireEnd();
+    return false;
   }
 
   void ReadNames() {
@@ -390,6 +458,8 @@ class CxfReader final : public MeasurementReader {
   int32_t ReadContent() {
     int32_t values = 0;
     date_.clear();
+    others_.clear();
+    otherHeadings_.clear();
     for (int32_t child = xml_.FirstChild(1); child > 0; child = xml_.NextSibling(child)) {
       const std::string_view name = xml_.Name(child);
       if (name == "ColorValues" && values == 0) {
@@ -410,13 +480,24 @@ class CxfReader final : public MeasurementReader {
   void ReadTags(int32_t collection) {
     for (int32_t tag = xml_.FirstChild(collection); tag > 0; tag = xml_.NextSibling(tag)) {
       std::string word, value;
-      const bool isName = xml_.Attribute(tag, "Name", word) && word == "SampleName";
-      if (isName && xml_.Attribute(tag, "Value", value)) name_ = value;
+      if (!xml_.Attribute(tag, "Name", word) || !xml_.Attribute(tag, "Value", value)) continue;
+      if (word == "SampleName") {
+        name_ = value;
+      } else if (!options_.keepsOthers) {
+        PassOver("Tag " + Shown(word));
+      } else if (others_.size() < kMaxTags) {
+        otherHeadings_.push_back(word);
+        others_.push_back(value);
+      } else {
+        markup_.Fail(objectLine_, "more than 10000 tags of one object");
+      }
     }
   }
 
   void NoteUnused(std::string_view name) {
-    if (!name.empty()) Note(Shown(name) + " is not used");
+    if (name.empty()) return;
+    Note(Shown(name) + " is not used");
+    PassOver(Shown(name));
   }
 
   void ReadValues(int32_t colorValues) {
@@ -428,6 +509,8 @@ class CxfReader final : public MeasurementReader {
         ReadSpectrum(value);
       } else if (kind == "TransmittanceSpectrum" || kind == "EmissiveSpectrum" || kind == "CustomSpectrum") {
         Note(std::string(kind) + " is passed over: it is not a reflectance");
+        PassOver(std::string(kind));
+        hasLights_ = hasLights_ || kind == "EmissiveSpectrum";
       } else {
         hasColors = true;
       }
@@ -469,9 +552,9 @@ class CxfReader final : public MeasurementReader {
   std::string MeasuringOf(int32_t element) {
     std::string id;
     if (!xml_.Attribute(element, "ColorSpecification", id)) {
-      Deviates(xml_.Line(element), std::string(xml_.Name(element)) + " has no ColorSpecification");
+      DeviatesAt(element, std::string(xml_.Name(element)) + " has no ColorSpecification");
     } else if (Find(id) == nullptr) {
-      Deviates(xml_.Line(element), "there is no ColorSpecification \"" + Shown(id) + "\"");
+      DeviatesAt(element, "there is no ColorSpecification \"" + Shown(id) + "\"");
     }
     return id;
   }
@@ -626,11 +709,14 @@ class CxfReader final : public MeasurementReader {
   std::string id_, name_, date_;
   std::vector<Sample> samples_;
   std::vector<double> values_;
+  std::vector<std::string> others_, otherHeadings_;
   std::size_t next_ = 0;
   int64_t rows_ = 0;
   int64_t objectLine_ = 0;
   uint64_t objectOffset_ = 0;
   uint64_t bookmark_ = 0;
+  bool isEnded_ = false;    // behind the last object
+  bool hasLights_ = false;  // some object's
   bool hasNames_ = false;
   bool firstHasXyz_ = false;
 };

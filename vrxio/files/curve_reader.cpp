@@ -90,6 +90,9 @@ bool CurveReader::Next(CurveRow& row) {
     if (!measured_.hasLab) source_->FailRow("the sample has no L*, a*, b* as the first one has");
     row.color = measured_.lab;
   }
+  const std::span<const double> values =
+      kind_ == Sample::kCurve ? measured_.reflectance : std::span<const double>(row.color);
+  zeros_ += std::ranges::all_of(values, [](double value) { return value == 0; });
   return true;
 }
 
@@ -100,7 +103,6 @@ void CurveReader::TakeCurve(const Measurement& measured, CurveRow& row) {
     CorrectBandpass(corrected_);
     values = corrected_;
   }
-  if (!aboveOne_) aboveOne_ = std::ranges::any_of(values, [](double value) { return value > 1.0; });
   double* const curve = row.curve.GetData();
   grid_.Convert(values, curve);
   // A first sample that is by chance the unset value would make the curve count as not measured.
@@ -114,15 +116,19 @@ std::string CurveReader::GridWarning() const {
 
 std::vector<std::string> CurveReader::SampleWarnings() const {
   std::vector<std::string> warnings;
-  if (withoutCurve_ > 0)
-    warnings.push_back(std::to_string(withoutCurve_) + " samples have no curve and are left out");
+  const auto warn = [&warnings](int64_t count, const char* what) {
+    if (count > 0) warnings.push_back(std::to_string(count) + what);
+  };
+  warn(withoutCurve_, " samples have no curve and are left out");
+  warn(source_->CountUnmeasured(), " rows have no values and are left out");
+  warn(zeros_, " samples are 0 throughout: perhaps they were not measured");
   if (!mixture_.empty()) warnings.push_back("measurements of different conditions are mixed: " + mixture_);
   return warnings;
 }
 
 void CurveReader::Rewind() {
   source_->Rewind();
-  rows_ = 0;
+  rows_ = zeros_ = withoutCurve_ = 0;
 }
 
 }  // namespace vrx::io

@@ -70,10 +70,6 @@ class CurveReader {
   bool HasIdsAndNames() const { return source_->HasIds() && source_->HasNames(); }
   bool HasStandards() const { return source_->HasStandards(); }
   bool HasGeometries() const { return source_->HasGeometries(); }
-  /// True when rows were read and none has a value above 1: percent are fractions, perhaps.
-  bool LooksLikeFractions() const {
-    return rows_ > 0 && kind_ == Sample::kCurve && !source_->KnowsScale() && !aboveOne_;
-  }
   /// The conditions in which the samples read so far differ, such as "M0 and M2"; empty when they are of the same.
   const std::string& Mixture() const { return mixture_; }
   /// How the first sample was measured, once it was read.
@@ -84,10 +80,16 @@ class CurveReader {
   std::vector<std::string> SampleWarnings() const;
   /// Samples that were skipped.
   int64_t CountWithoutCurve() const { return withoutCurve_; }
+  /// Samples whose values are all 0, as programs write those that were not measured.
+  int64_t CountZeros() const { return zeros_; }
 
   /// The sample of the last row as it was measured: its colours beside its curve, its date, its conditions. It lives until the
   /// next one is read.
   const Measurement& Measured() const { return measured_; }
+  /// Its reflectances, corrected for the bandpass where that was asked for.
+  std::span<const double> MeasuredCurve() const {
+    return correctsBandpass_ ? std::span<const double>(corrected_) : measured_.reflectance;
+  }
 
  private:
   void Start(Content content);
@@ -99,9 +101,9 @@ class CurveReader {
   WavelengthGrid grid_;
   const MeasurementLayout* layout_ = nullptr;  // that grid_ is for
   bool correctsBandpass_ = false;
-  bool aboveOne_ = false;
   int64_t rows_ = 0;
   int64_t withoutCurve_ = 0;
+  int64_t zeros_ = 0;
   MeasuringConditions first_;
   std::string mixture_;
   std::vector<double> corrected_;

@@ -6,31 +6,16 @@
 #include <utility>
 
 #include <vrxio/cxf/cxf_reader.h>
+#include <vrxio/measurement/value_scale.h>
 #include <vrxio/measurement/wavelength_grid.h>
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
+#include <vrxio/text/shown_text.h>
+#include <vrxio/text/text.h>
 #include <vrxmath/foundation/angles.h>
 
 namespace vrx::io {
-namespace {
 
-std::string Shortest(double value) {
-  char text[40];
-  return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
-// The fields that any sample of a file has.
-struct Shape {
-  bool hasIds = true, hasNames = false, hasStandards = false, hasGeometries = false, hasDates = false;
-  bool hasXyz = false, hasLab = false, hasCurves = false;
-  std::vector<double> wavelengths;  // that all curves have; empty when they differ
-  bool wavelengthsDiffer = false;
-  int64_t samples = 0;
-  MeasuringConditions conditions;   // of the first sample
-  std::vector<bool> hasConditions;  // by place in ConditionTexts: some sample's is known
-};
-
-// The conditions of a layout as words and texts, in the words that TakeCondition knows.
 std::vector<std::pair<std::string, std::string>> ConditionTexts(const MeasuringConditions& conditions) {
   std::vector<std::pair<std::string, std::string>> texts;
   texts.emplace_back("measuring geometry", GeometryName(conditions.geometry));
@@ -48,40 +33,133 @@ std::vector<std::pair<std::string, std::string>> ConditionTexts(const MeasuringC
   return texts;
 }
 
-void TakeConditions(const MeasuringConditions& conditions, Shape& shape) {
-  const auto texts = ConditionTexts(conditions);
-  if (shape.hasConditions.empty()) {
-    shape.conditions = conditions;
-    shape.hasConditions.resize(texts.size());
-  }
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    if (!texts[i].second.empty()) shape.hasConditions[i] = true;
-  }
-  // Where samples have a geometry of their own it is theirs.
-  if (shape.hasGeometries) shape.hasConditions[0] = false;
+namespace {
+
+std::string Shortest(double value) {
+  char text[40];
+  return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
-Shape ShapeOf(MeasurementReader& source) {
-  Shape shape;
-  shape.hasStandards = source.HasStandards();
-  shape.hasGeometries = source.HasGeometries();
+// The fields that any sample of a file has.
+struct Shape {
+  bool hasNames = false, hasStandards = false, hasGeometries = false, hasSampleDates = false;
+  bool hasFileDates = false, fileDatesDiffer = false;
+  bool hasXyz = false, hasLab = false, hasCurves = false;
+  std::vector<double> wavelengths;  // that all curves have; empty when they differ
+  bool wavelengthsDiffer = false;
+  double largest = 0;  // reflectance in percent
+  int64_t samples = 0;
+  MeasuringConditions conditions;   // of the first sample
+  std::vector<bool> hasConditions;  // by place in ConditionTexts: some sample's is known
+  std::vector<bool> conditionsDiffer;
+  std::vector<std::string> others;              // headings of the columns that nothing is made of
+  bool hasQuotes = false, hasControls = false;  // double quotes and line ends in some text
+
+  bool HasDates() const { return hasSampleDates || hasFileDates; }
+};
+
+// What a file is like as a whole: ShapeOf looks at all of its samples.
+class ShapeFinder {
+ public:
+  explicit ShapeFinder(const MeasurementReader& source) {
+    shape_.hasStandards = source.HasStandards();
+    shape_.hasGeometries = source.HasGeometries();
+  }
+
+  void Take(const Measurement& sample) {
+    ++shape_.samples;
+    shape_.hasNames = shape_.hasNames || (!sample.name.empty() && sample.name != sample.id);
+    shape_.hasXyz = shape_.hasXyz || sample.hasXyz;
+    shape_.hasLab = shape_.hasLab || sample.hasLab;
+    shape_.hasSampleDates = shape_.hasSampleDates || !sample.date.empty();
+    for (const std::string_view text : {sample.id, sample.name, sample.standard, sample.date}) TakeText(text);
+    TakeOthers(sample);
+    for (const double value : sample.reflectance) shape_.largest = std::max(shape_.largest, value);
+    if (std::exchange(last_, sample.layout) == sample.layout) return;
+    TakeConditions(sample.layout->conditions);
+    if (sample.reflectance.empty()) return;
+    if (!shape_.hasCurves) shape_.wavelengths = sample.layout->wavelengths;
+    shape_.hasCurves = true;
+    shape_.wavelengthsDiffer = shape_.wavelengthsDiffer || shape_.wavelengths != sample.layout->wavelengths;
+  }
+
+  Shape Finish() { return std::move(shape_); }
+
+ private:
+  void TakeText(std::string_view text) {
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
+    shape_.hasQuotes = shape_.hasQuotes || text.find('"') != std::string_view::npos;
+    shape_.hasControls = shape_.hasControls || std::ranges::any_of(text, isControl);
+  }
+
+  void TakeOthers(const Measurement& sample) {
+    if (sample.otherHeadings.data() != lastHeadings_.data() ||
+        sample.otherHeadings.size() != lastHeadings_.size() ||
+        !std::ranges::equal(sample.otherHeadings, std::span(lastNames_))) {
+      lastHeadings_ = sample.otherHeadings;
+      lastNames_.assign(sample.otherHeadings.begin(), sample.otherHeadings.end());
+      for (const std::string& heading : sample.otherHeadings) AddOther(heading);
+    }
+    for (const std::string& text : sample.others) TakeText(text);
+  }
+
+  void AddOther(const std::string& heading) {
+    constexpr std::size_t kMost = 10'000;
+    const bool isKnown = std::ranges::find(shape_.others, heading) != shape_.others.end();
+    if (!isKnown && shape_.others.size() < kMost) shape_.others.push_back(heading);
+  }
+
+  void TakeConditions(const MeasuringConditions& conditions) {
+    const auto texts = ConditionTexts(conditions);
+    const bool isFirst = shape_.hasConditions.empty();
+    if (isFirst) {
+      shape_.conditions = conditions;
+      shape_.hasConditions.resize(texts.size());
+      shape_.conditionsDiffer.resize(texts.size());
+    }
+    const auto first = ConditionTexts(shape_.conditions);
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+      if (!texts[i].second.empty()) shape_.hasConditions[i] = true;
+      if (texts[i].second != first[i].second) shape_.conditionsDiffer[i] = true;
+      TakeText(texts[i].second);
+    }
+    shape_.hasFileDates = shape_.hasFileDates || !conditions.date.empty();
+    shape_.fileDatesDiffer = shape_.fileDatesDiffer || conditions.date != shape_.conditions.date;
+    // Where samples have a geometry of their own it is theirs.
+    if (shape_.hasGeometries) shape_.hasConditions[0] = shape_.conditionsDiffer[0] = false;
+  }
+
+  Shape shape_;
+  const MeasurementLayout* last_ = nullptr;
+  std::span<const std::string> lastHeadings_;
+  std::vector<std::string> lastNames_;
+};
+
+Shape ShapeOf(MeasurementReader& source, const std::function<void(uint64_t)>& onProgress) {
+  ShapeFinder finder(source);
   Measurement sample;
-  const MeasurementLayout* last = nullptr;
   while (source.Next(sample)) {
-    ++shape.samples;
-    shape.hasNames = shape.hasNames || (!sample.name.empty() && sample.name != sample.id);
-    shape.hasDates = shape.hasDates || !sample.date.empty();
-    shape.hasXyz = shape.hasXyz || sample.hasXyz;
-    shape.hasLab = shape.hasLab || sample.hasLab;
-    if (std::exchange(last, sample.layout) == sample.layout) continue;
-    TakeConditions(sample.layout->conditions, shape);
-    if (sample.reflectance.empty()) continue;
-    if (!shape.hasCurves) shape.wavelengths = sample.layout->wavelengths;
-    shape.hasCurves = true;
-    shape.wavelengthsDiffer = shape.wavelengthsDiffer || shape.wavelengths != sample.layout->wavelengths;
+    finder.Take(sample);
+    if (onProgress) onProgress(source.Position());
   }
   source.Rewind();
-  return shape;
+  return finder.Finish();
+}
+
+// The date of a sample, or that of its file.
+std::string_view DateOf(const Measurement& sample) {
+  return sample.date.empty() ? std::string_view(sample.layout->conditions.date) : sample.date;
+}
+
+// "2024-05-01T12:00:00" and what may follow of a time zone.
+bool IsDateTime(std::string_view text) {
+  constexpr std::string_view kPattern = "dddd-dd-ddTdd:dd:dd";
+  if (text.size() < kPattern.size()) return false;
+  for (std::size_t i = 0; i < kPattern.size(); ++i) {
+    const bool isDigit = text[i] >= '0' && text[i] <= '9';
+    if (kPattern[i] == 'd' ? !isDigit : text[i] != kPattern[i]) return false;
+  }
+  return text.substr(kPattern.size()).find_first_not_of("0123456789.:+-Z") == std::string_view::npos;
 }
 
 // A form of file: told of each sample with its curve at the wavelengths of the file.
@@ -95,7 +173,54 @@ class Writer {
   virtual void Add(const Measurement& sample, std::span<const double> curve) = 0;
   virtual void Finish() = 0;
 
+  // What of the source does not go into the form, by name.
+  std::vector<std::string> Losses() {
+    std::vector<std::string> losses = source_.PassedOver();
+    AddLosses(losses);
+    return losses;
+  }
+
  protected:
+  virtual void AddLosses(std::vector<std::string>& losses) = 0;
+
+  // Words about the whole file. The maker of a file that this library wrote is no loss.
+  void AddRemarks(const std::function<bool(const MeasurementReader::Remark&)>& isHeld,
+                  std::vector<std::string>& losses) const {
+    for (const MeasurementReader::Remark& remark : source_.Remarks()) {
+      const bool isOwn = remark.word == "ORIGINATOR" && remark.text == "vrx";
+      if (!isOwn && !isHeld(remark)) losses.push_back(remark.word);
+    }
+  }
+
+  // Takes those of the kept columns out that a reader of the file would take for one of its own; they are lost.
+  void DropTwins(const std::vector<std::string>& ownNames, std::vector<std::string>& losses) {
+    std::vector<std::string> names = ownNames, kept;
+    for (const std::string& heading : shape_.others) {
+      const bool isTwin = std::ranges::any_of(
+          names, [&](const std::string& name) { return EqualsIgnoringCase(name, heading); });
+      (isTwin ? losses : kept).push_back(heading);
+      names.push_back(heading);
+    }
+    shape_.others = std::move(kept);
+  }
+
+  // The text of a kept column; empty where the sample has none.
+  static std::string_view OtherOf(const Measurement& sample, std::size_t column, const std::string& heading) {
+    if (column < sample.others.size() && sample.otherHeadings[column] == heading)
+      return sample.others[column];
+    const auto found = std::ranges::find(sample.otherHeadings, heading);
+    return found != sample.otherHeadings.end()
+               ? std::string_view(
+                     sample.others[static_cast<std::size_t>(found - sample.otherHeadings.begin())])
+               : std::string_view();
+  }
+
+  // Whether a text is a number as this library writes it, which no reader could take for another.
+  static bool IsPlainNumber(std::string_view text) {
+    double value = 0;
+    return ParseDecimal(text, '.', value) && Shortest(value) == text;
+  }
+
   std::string ValueText(double percent) const {
     return options_.fraction ? FractionText(percent) : Shortest(percent);
   }
@@ -124,20 +249,40 @@ class TableWriter : public Writer {
     if (shape_.hasNames) cells.push_back({"name", std::string(sample.name), false});
     if (shape_.hasStandards) cells.push_back({"standard", std::string(sample.standard), false});
     if (shape_.hasGeometries) cells.push_back({"geometry", GeometryName(sample.geometry), false});
-    if (shape_.hasDates) cells.push_back({"date", std::string(sample.date), false});
+    if (shape_.HasDates()) cells.push_back({"date", std::string(DateOf(sample)), false});
     const auto here = ConditionTexts(sample.layout->conditions);
     for (std::size_t i = 0; i < here.size(); ++i) {
       if (shape_.hasConditions[i]) cells.push_back({here[i].first, here[i].second, false});
     }
+    for (std::size_t i = 0; i < shape_.others.size(); ++i) {
+      const std::string_view text = OtherOf(sample, i, shape_.others[i]);
+      const std::string& heading = shape_.others[i];
+      cells.push_back({heading.empty() ? "index" : heading, std::string(text), IsPlainNumber(text)});
+    }
     if (shape_.hasXyz) AddColor(cells, {"X", "Y", "Z"}, sample.xyz, sample.hasXyz);
     if (shape_.hasLab) AddColor(cells, {"L", "a", "b"}, sample.lab, sample.hasLab);
     for (std::size_t i = 0; i < curve.size(); ++i) {
-      cells.push_back({Shortest(shape_.wavelengths[i]), ValueText(curve[i]), true});
+      cells.push_back({ValueHeading(shape_.wavelengths[i]), ValueText(curve[i]), true});
     }
     return cells;
   }
 
+  void AddLosses(std::vector<std::string>& losses) override {
+    AddRemarks([](const MeasurementReader::Remark&) { return false; }, losses);
+    std::vector<std::string> names{"id", "name", "standard", "geometry", "date"};
+    for (const auto& [word, text] : ConditionTexts(shape_.conditions)) names.push_back(word);
+    if (shape_.hasXyz) names.insert(names.end(), {"X", "Z"});
+    if (shape_.hasLab) names.insert(names.end(), {"L", "a", "b"});
+    DropTwins(names, losses);
+  }
+
  private:
+  // Values that all lie below 2 percent could be fractions: the unit says that they are not.
+  std::string ValueHeading(double nm) const {
+    const bool needsUnit = shape_.largest < kSurelyPercent && !options_.fraction;
+    return (needsUnit ? "%R " : "") + Shortest(nm);
+  }
+
   static void AddColor(std::vector<Cell>& cells, std::array<const char*, 3> names,
                        const std::array<double, 3>& color, bool isThere) {
     if (!isThere)
@@ -155,18 +300,28 @@ class CsvWriter final : public TableWriter {
     const std::vector<Cell> cells = CellsOf(sample, curve);
     std::string line;
     if (std::exchange(isFirst_, false)) {
-      for (const Cell& cell : cells) line += (line.empty() ? "" : ",") + cell.name;
+      for (const Cell& cell : cells) line += (line.empty() ? "" : Separator()) + Quoted(cell.name);
       line += '\n';
     }
-    for (std::size_t i = 0; i < cells.size(); ++i) line += (i > 0 ? "," : "") + Quoted(cells[i].text);
+    for (std::size_t i = 0; i < cells.size(); ++i) line += (i > 0 ? Separator() : "") + TextOf(cells[i]);
     Put(line + '\n');
   }
   void Finish() override {}
 
  private:
-  static std::string Quoted(const std::string& text) {
-    if (text.find_first_of(",\"\n\r#;\t") == std::string::npos) return text;
-    std::string quoted = "\"";
+  std::string Separator() const { return options_.decimalComma ? ";" : ","; }
+
+  std::string TextOf(const Cell& cell) const {
+    if (!cell.isNumber) return Quoted(cell.text);
+    std::string text = cell.text;
+    if (options_.decimalComma) std::ranges::replace(text, '.', ',');
+    return text;
+  }
+
+  std::string Quoted(const std::string& text) const {
+    const bool isFormula = options_.csvSafe && StartsFormula(text);
+    if (text.find_first_of(",\"\n\r#;\t") == std::string::npos && !isFormula) return text;
+    std::string quoted = isFormula ? "\"'" : "\"";
     for (const char c : text) {
       if (c == '"') quoted += '"';
       quoted += c;
@@ -197,17 +352,14 @@ class JsonWriter final : public TableWriter {
   static std::string Quoted(std::string_view text) {
     constexpr std::string_view kHex = "0123456789abcdef";
     std::string quoted = "\"";
-    for (const char c : text) {
-      const auto byte = static_cast<unsigned char>(c);
-      if (c == '"' || c == '\\') {
-        quoted += '\\';
-        quoted += c;
-      } else if (byte < ' ' || byte == 0x7F) {
-        quoted += "\\u00";
-        quoted += kHex[byte >> 4];
-        quoted += kHex[byte & 15];
+    while (!text.empty()) {
+      const char32_t character = TakeCharacter(text);
+      if (character == '"' || character == '\\') quoted += '\\';
+      if (IsHidden(character) && character <= 0xFFFF) {
+        quoted += "\\u";
+        for (int shift = 12; shift >= 0; shift -= 4) quoted += kHex[(character >> shift) & 15];
       } else {
-        quoted += c;
+        AppendUtf8(character, quoted);
       }
     }
     return quoted + '"';
@@ -222,24 +374,24 @@ class CgatsWriter final : public Writer {
 
   void Begin() override {
     const MeasuringConditions& conditions = shape_.conditions;
-    std::string text = "CGATS.17\n\nORIGINATOR \"vrx\"\n";
+    std::string text = "CGATS.17\n\n" + OriginatorText();
     const auto put = [&text](const std::string& word, const std::string& value, bool isStandard = true) {
       if (value.empty()) return;
       if (!isStandard) text += "KEYWORD \"" + word + "\"\n";
       text += word + ' ' + Quoted(value) + '\n';
     };
-    put("CREATED", conditions.date);
-    put("INSTRUMENTATION", conditions.instrument);
-    put("MEASUREMENT_GEOMETRY", GeometryName(conditions.geometry));
-    if (conditions.mCondition >= 0)
-      put("MEASUREMENT_CONDITION", "M" + std::to_string(conditions.mCondition), false);
-    put("FILTER", conditions.filter);
-    put("SAMPLE_BACKING", conditions.backing);
-    put("APERTURE", conditions.aperture, false);
-    if (conditions.illuminant >= 0) {
-      put("WEIGHTING_FUNCTION", "ILLUMINANT, " + CodeOf(static_cast<vrxIlluminant>(conditions.illuminant)));
+    if (!HasDateField()) put("CREATED", conditions.date);
+    for (const MeasurementReader::Remark& remark : source_.Remarks()) {
+      if (IsHeld(remark) && remark.word != "ORIGINATOR")
+        put(remark.word, remark.text, IsStandardWord(remark.word));
     }
-    if (conditions.observer >= 0) put("OBSERVER", std::to_string(DegreesOf(conditions.observer)), false);
+    const auto texts = ConditionTexts(conditions);
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+      const bool isOfSamples = shape_.conditionsDiffer[i] || (i == 0 && shape_.hasGeometries);
+      if (isOfSamples || texts[i].second.empty()) continue;
+      const bool isIlluminant = std::string_view(kKeywords[i].word) == "WEIGHTING_FUNCTION";
+      put(kKeywords[i].word, (isIlluminant ? "ILLUMINANT, " : "") + texts[i].second, kKeywords[i].isStandard);
+    }
     if (shape_.hasCurves) {
       put("SPECTRAL_BANDS", std::to_string(shape_.wavelengths.size()), false);
       put("SPECTRAL_START_NM", Shortest(shape_.wavelengths.front()), false);
@@ -254,14 +406,19 @@ class CgatsWriter final : public Writer {
   }
 
   void Add(const Measurement& sample, std::span<const double> curve) override {
-    if (!ConditionConflict(shape_.conditions, sample.layout->conditions).empty() && !shape_.hasGeometries) {
-      throw InputError(source_.Name() +
-                       ": measurements of different conditions, which one table of CGATS does not hold");
-    }
     std::string row = Quoted(sample.id);
     if (shape_.hasNames) row += ' ' + Quoted(sample.name);
+    if (shape_.hasStandards) row += ' ' + Quoted(sample.standard);
     if (shape_.hasGeometries) row += ' ' + Quoted(GeometryName(sample.geometry));
-    if (shape_.hasDates) row += ' ' + Quoted(sample.date);
+    if (HasDateField()) row += ' ' + Quoted(DateOf(sample));
+    const auto conditions = ConditionTexts(sample.layout->conditions);
+    for (std::size_t i = 0; i < conditions.size(); ++i) {
+      if (shape_.conditionsDiffer[i]) row += ' ' + Quoted(conditions[i].second);
+    }
+    for (std::size_t i = 0; i < shape_.others.size(); ++i) {
+      const std::string_view text = OtherOf(sample, i, shape_.others[i]);
+      row += ' ' + (IsPlainNumber(text) ? std::string(text) : Quoted(text));
+    }
     const auto put = [&row](const std::array<double, 3>& color, bool isThere) {
       if (!isThere)
         throw InputError("some samples have a colour and others have none: the form takes all or none");
@@ -279,24 +436,76 @@ class CgatsWriter final : public Writer {
   std::vector<std::string> Fields() const {
     std::vector<std::string> fields{"SAMPLE_ID"};
     if (shape_.hasNames) fields.emplace_back("SAMPLE_NAME");
+    if (shape_.hasStandards) fields.emplace_back("STANDARD");
     if (shape_.hasGeometries) fields.emplace_back("GEOMETRY");
-    if (shape_.hasDates) fields.emplace_back("DATE");
+    if (HasDateField()) fields.emplace_back("DATE");
+    for (std::size_t i = 0; i < shape_.conditionsDiffer.size(); ++i) {
+      if (shape_.conditionsDiffer[i]) fields.emplace_back(kKeywords[i].field);
+    }
+    for (const std::string& heading : shape_.others) fields.push_back(FieldOf(heading));
     if (shape_.hasXyz) fields.insert(fields.end(), {"XYZ_X", "XYZ_Y", "XYZ_Z"});
     if (shape_.hasLab) fields.insert(fields.end(), {"LAB_L", "LAB_A", "LAB_B"});
-    for (const double nm : shape_.wavelengths)
-      fields.push_back((IsEvenAndWhole() ? "SPEC_" : "SPECTRAL_NM") + Shortest(nm));
+    for (const double nm : shape_.wavelengths) fields.push_back("SPECTRAL_NM" + Shortest(nm));
     return fields;
   }
 
-  // Names that most programs know, for wavelengths that they can hold.
-  bool IsEvenAndWhole() const {
-    const std::vector<double>& nm = shape_.wavelengths;
-    for (std::size_t i = 0; i < nm.size(); ++i) {
-      if (nm[i] != std::floor(nm[i]) || nm[i] != nm[0] + (nm[1] - nm[0]) * static_cast<double>(i))
-        return false;
-    }
-    return true;
+  // Dates of samples, or of files that differ in it.
+  bool HasDateField() const { return shape_.hasSampleDates || shape_.fileDatesDiffer; }
+
+  std::string OriginatorText() const {
+    const auto& remarks = source_.Remarks();
+    const auto given = std::ranges::find(remarks, "ORIGINATOR", &MeasurementReader::Remark::word);
+    return "ORIGINATOR " + Quoted(given != remarks.end() ? given->text : "vrx") + '\n';
   }
+
+  // A keyword is one word; of those that only one may be there the first counts.
+  bool IsHeld(const MeasurementReader::Remark& remark) const {
+    const auto& remarks = source_.Remarks();
+    const auto first = std::ranges::find(remarks, remark.word, &MeasurementReader::Remark::word);
+    const bool isWord = remark.word.find_first_of(" \t\"#") == std::string::npos;
+    const bool isSecondDate = remark.word == "CREATED" && !shape_.conditions.date.empty();
+    return isWord && &*first == &remark && !isSecondDate;
+  }
+
+  static bool IsStandardWord(std::string_view word) {
+    constexpr std::string_view kWords[] = {
+        "ORIGINATOR", "DESCRIPTOR", "CREATED",          "MANUFACTURER", "PROD_DATE",
+        "SERIAL",     "MATERIAL",   "PRINT_CONDITIONS", "TARGET_TYPE",  "COMPUTATIONAL_PARAMETER"};
+    return std::ranges::find(kWords, word) != std::end(kWords);
+  }
+
+  void AddLosses(std::vector<std::string>& losses) override {
+    AddRemarks([this](const MeasurementReader::Remark& remark) { return IsHeld(remark); }, losses);
+    if (shape_.hasQuotes) losses.emplace_back("double quotes in texts");
+    if (shape_.hasControls) losses.emplace_back("line ends in texts");
+    DropTwins({"SAMPLE_ID", "SAMPLE_NAME", "STANDARD", "GEOMETRY", "DATE", "XYZ_X", "XYZ_Y", "XYZ_Z", "LAB_L",
+               "LAB_A", "LAB_B", "M_CONDITION", "FILTER", "BACKING", "INSTRUMENT", "APERTURE", "ILLUMINANT",
+               "OBSERVER"},
+              losses);
+  }
+
+  // A heading as the name of a field, which has no blanks.
+  static std::string FieldOf(std::string_view heading) {
+    std::string field;
+    for (const char c : heading)
+      field += c == ' ' || c == '"' || c == '#' || static_cast<unsigned char>(c) < ' ' ? '_' : c;
+    return field.empty() ? "_" : field;
+  }
+
+  // By place in ConditionTexts: a keyword, and the name of a field where samples differ.
+  struct Keyword {
+    const char* word;
+    bool isStandard;
+    const char* field;
+  };
+  static constexpr Keyword kKeywords[] = {{"MEASUREMENT_GEOMETRY", true, "MEASURING_GEOMETRY"},
+                                          {"MEASUREMENT_CONDITION", false, "M_CONDITION"},
+                                          {"FILTER", true, "FILTER"},
+                                          {"SAMPLE_BACKING", true, "BACKING"},
+                                          {"INSTRUMENTATION", true, "INSTRUMENT"},
+                                          {"APERTURE", false, "APERTURE"},
+                                          {"WEIGHTING_FUNCTION", true, "ILLUMINANT"},
+                                          {"OBSERVER", false, "OBSERVER"}};
 
   // The form has no way to put a quote into a text.
   static std::string Quoted(std::string_view text) {
@@ -312,16 +521,20 @@ class CxfWriter final : public Writer {
       : Writer(source, options, std::move(shape), sink), hasGrid_(!options.grid.empty()) {}
 
   void Begin() override {
+    const auto& remarks = source_.Remarks();
+    const auto description = std::ranges::find(remarks, "DESCRIPTOR", &MeasurementReader::Remark::word);
     Put("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<cc:CxF xmlns:cc=\"" + std::string(kCxfNamespace) +
-        "\">\n<cc:FileInformation><cc:Creator>vrx</cc:Creator></cc:FileInformation>\n<cc:Resources>\n"
-        "<cc:ObjectCollection>\n");
+        "\">\n<cc:FileInformation><cc:Creator>vrx</cc:Creator>" +
+        Element("Description", description != remarks.end() ? description->text : "") +
+        "</cc:FileInformation>\n<cc:Resources>\n<cc:ObjectCollection>\n");
   }
 
   void Add(const Measurement& sample, std::span<const double> curve) override {
     const std::string reference = " ColorSpecification=\"c" + std::to_string(KindOf(sample)) + "\">";
-    const std::string date = IsDateTime(sample.date) ? std::string(sample.date) : options_.creationDate;
+    const std::string_view date = DateOf(sample);
     std::string text = "<cc:Object ObjectType=\"Sample\" Name=\"" + Escaped(sample.id) + "\" Id=\"s" +
-                       std::to_string(++objects_) + "\"><cc:CreationDate>" + date +
+                       std::to_string(++objects_) + "\"><cc:CreationDate>" +
+                       (IsDateTime(date) ? std::string(date) : options_.creationDate) +
                        "</cc:CreationDate><cc:ColorValues>";
     if (!curve.empty())
       text += "<cc:ReflectanceSpectrum" + reference + SpectrumText(curve) + "</cc:ReflectanceSpectrum>";
@@ -336,10 +549,8 @@ class CxfWriter final : public Writer {
     if (sample.hasLab) put("ColorCIELab", {"L", "A", "B"}, sample.lab);
     if (sample.hasXyz) put("ColorCIEXYZ", {"X", "Y", "Z"}, sample.xyz);
     text += "</cc:ColorValues>";
-    if (!sample.name.empty() && sample.name != sample.id) {
-      text += "<cc:TagCollection Name=\"vrx\"><cc:Tag Name=\"SampleName\" Value=\"" + Escaped(sample.name) +
-              "\"/></cc:TagCollection>";
-    }
+    const std::string tags = TagsOf(sample);
+    if (!tags.empty()) text += "<cc:TagCollection Name=\"vrx\">" + tags + "</cc:TagCollection>";
     Put(text + "</cc:Object>\n");
   }
 
@@ -350,6 +561,36 @@ class CxfWriter final : public Writer {
   }
 
  private:
+  // What the schema has no element for.
+  std::string TagsOf(const Measurement& sample) const {
+    std::string tags;
+    const auto add = [&tags](std::string_view name, std::string_view value) {
+      if (value.empty()) return;
+      tags += "<cc:Tag Name=\"" + Escaped(name) + "\" Value=\"" + Escaped(value) + "\"/>";
+    };
+    if (sample.name != sample.id) add("SampleName", sample.name);
+    add("Standard", sample.standard);
+    if (!IsDateTime(DateOf(sample))) add("Date", DateOf(sample));
+    for (std::size_t i = 0; i < shape_.others.size(); ++i) {
+      add(shape_.others[i], OtherOf(sample, i, shape_.others[i]));
+    }
+    return tags;
+  }
+
+  void AddLosses(std::vector<std::string>& losses) override {
+    bool hasDescription = false;
+    AddRemarks(
+        [&](const MeasurementReader::Remark& remark) {
+          return remark.word == "DESCRIPTOR" && !std::exchange(hasDescription, true);
+        },
+        losses);
+    const bool hasLight = shape_.conditions.illuminant >= 0, hasObserver = shape_.conditions.observer >= 0;
+    if (hasLight && !hasObserver) losses.emplace_back("illuminant");
+    if (hasObserver && !hasLight) losses.emplace_back("observer");
+    if (shape_.hasControls) losses.emplace_back("line ends in texts");
+    DropTwins({"SampleName", "Standard", "Date"}, losses);
+  }
+
   // Samples of one kind share a ColorSpecification.
   struct Kind {
     const MeasurementLayout* layout;
@@ -475,7 +716,8 @@ class CxfWriter final : public Writer {
 
   static std::string Escaped(std::string_view text) {
     std::string escaped;
-    for (const char c : text) {
+    while (!text.empty()) {
+      const char32_t c = TakeCharacter(text);
       if (c == '&')
         escaped += "&amp;";
       else if (c == '<')
@@ -484,23 +726,12 @@ class CxfWriter final : public Writer {
         escaped += "&gt;";
       else if (c == '"')
         escaped += "&quot;";
-      else if (static_cast<unsigned char>(c) < ' ')
+      else if (c < ' ')
         escaped += ' ';
       else
-        escaped += c;
+        AppendUtf8(c == 0xFFFE || c == 0xFFFF ? 0xFFFD : c, escaped);  // no characters of XML
     }
     return escaped;
-  }
-
-  // "2024-05-01T12:00:00" and what may follow of a time zone.
-  static bool IsDateTime(std::string_view text) {
-    constexpr std::string_view kPattern = "dddd-dd-ddTdd:dd:dd";
-    if (text.size() < kPattern.size()) return false;
-    for (std::size_t i = 0; i < kPattern.size(); ++i) {
-      const bool isDigit = text[i] >= '0' && text[i] <= '9';
-      if (kPattern[i] == 'd' ? !isDigit : text[i] != kPattern[i]) return false;
-    }
-    return text.substr(kPattern.size()).find_first_not_of("0123456789.:+-Z") == std::string_view::npos;
   }
 
   bool hasGrid_;
@@ -525,7 +756,7 @@ std::unique_ptr<Writer> MakeWriter(const MeasurementReader& source, const WriteO
 }  // namespace
 
 void WriteMeasurements(MeasurementReader& source, const WriteOptions& options, const TextSink& sink) {
-  Shape shape = ShapeOf(source);
+  Shape shape = ShapeOf(source, options.onProgress);
   const bool isTable = options.form != ReadOptions::Form::kCxf;
   if (isTable && options.grid.empty() && shape.wavelengthsDiffer) {
     throw InputError(source.Name() +
@@ -534,12 +765,15 @@ void WriteMeasurements(MeasurementReader& source, const WriteOptions& options, c
   const bool hasCurves = shape.hasCurves;
   if (!options.grid.empty() && hasCurves) shape.wavelengths = options.grid;
   const std::unique_ptr<Writer> writer = MakeWriter(source, options, std::move(shape), sink);
+  const std::vector<std::string> losses = writer->Losses();
+  if (options.onLosses && !losses.empty()) options.onLosses(losses);
   writer->Begin();
   Measurement sample;
   SpectralResampler resampler;
   const MeasurementLayout* layout = nullptr;
   std::vector<double> curve(options.grid.size());
   while (source.Next(sample)) {
+    if (options.onProgress) options.onProgress(source.Size() + source.Position());
     if (isTable && hasCurves && sample.reflectance.empty()) {
       source.FailRow("the sample has no curve as others have, and the form takes all or none");
     }

@@ -29,14 +29,17 @@ struct Member {
   enum Kind { kNumber, kText, kOther };
   std::string name;
   Kind kind = kOther;
-  double number = 0;
+  bool isContainer = false;
+  double number = 0;   // as a reflectance of a file of fractions: percent
+  double percent = 0;  // of that as a fraction
   std::string text;
 };
 
 // Reads the bytes of one object, member by member.
 class ObjectParser {
  public:
-  explicit ObjectParser(std::string_view bytes) : rest_(bytes) {}
+  /// With `areFractions` the numbers are read as percent too.
+  ObjectParser(std::string_view bytes, bool areFractions) : rest_(bytes), areFractions_(areFractions) {}
 
   // The reason why it is of no use; empty when there is none.
   const std::string& Error() const { return error_; }
@@ -84,6 +87,7 @@ class ObjectParser {
       member.kind = Member::kText;
       member.text = String();
     } else if (c == '{' || c == '[') {
+      member.isContainer = true;
       Container(c, depth);
     } else if (c == '-' || (c >= '0' && c <= '9')) {
       Number(member);
@@ -115,7 +119,9 @@ class ObjectParser {
     std::size_t end = 0;
     while (end < rest_.size() && isPart(rest_[end])) ++end;
     member.kind = Member::kNumber;
-    if (!ParseDecimal(rest_.substr(0, end), '.', member.number)) Fail("a number is not one");
+    const std::string_view text = rest_.substr(0, end);
+    if (!ParseDecimal(text, '.', member.number)) Fail("a number is not one");
+    if (areFractions_) ParseFractionAsPercent(text, member.percent);
     if (!rest_.empty()) rest_.remove_prefix(end);
   }
 
@@ -161,16 +167,23 @@ class ObjectParser {
     if (const std::size_t at = kNames.find(c); at != std::string_view::npos) {
       text += kCharacters[at];
     } else if (c == 'u') {
-      uint32_t character = Unit();
-      if (character >= 0xD800 && character < 0xDC00 && rest_.starts_with("\\u")) {
-        rest_.remove_prefix(2);
-        character = 0x10000 + ((character - 0xD800) << 10) + ((Unit() - 0xDC00) & 0x3FF);
-      }
-      if (character >= 0xD800 && character < 0xE000) character = 0xFFFD;
-      AppendUtf8(character, text);
+      AppendUtf8(EscapedCharacter(), text);
     } else {
       Fail("an escape that is none");
     }
+  }
+
+  // The character of one escape, or of two that are the halves of one (RFC 8259).
+  uint32_t EscapedCharacter() {
+    const uint32_t first = Unit();
+    if (first < 0xD800 || first >= 0xE000) return first;
+    uint32_t second = 0;
+    if (first < 0xDC00 && rest_.starts_with("\\u")) {
+      rest_.remove_prefix(2);
+      second = Unit();
+    }
+    if (second < 0xDC00 || second >= 0xE000) return Fail("an escape of half a character"), 0;
+    return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
   }
 
   uint32_t Unit() {
@@ -184,6 +197,7 @@ class ObjectParser {
   }
 
   std::string_view rest_;
+  bool areFractions_;
   std::string error_;
 };
 
@@ -198,7 +212,10 @@ class JsonReader final : public MeasurementReader {
     firstLine_ = window_.Line();
     if (!ReadObject()) Fail(window_.Line(), "the list is empty");
     for (const Member& member : members_) {
-      names_.push_back(member.kind == Member::kOther && WavelengthOf(member.name) == 0 ? "" : member.name);
+      names_.push_back(member.name);
+      const bool isValue = member.kind != Member::kOther || WavelengthOf(member.name) > 0;
+      if (!isValue) options_.ignoredColumns.push_back(member.name);
+      if (!isValue && member.isContainer) PassOver(Shown(member.name));
     }
     columns_ = SampleColumns(names_, options_, true, [this](std::size_t column, const std::string& reason) {
       const bool isNamed = column != SampleColumns::kWholeRow;
@@ -206,17 +223,24 @@ class JsonReader final : public MeasurementReader {
     });
     for (std::size_t i = 0; i < names_.size(); ++i) places_[names_[i]] = i;
     ordered_.resize(names_.size());
+    if (!columns_.Choice().empty()) Note(columns_.Choice());
     if (!columns_.Unused().empty()) Note("members that are not used: " + columns_.Unused());
-    const bool isFraction = options_.scale == ReadOptions::Scale::kFraction;
-    layout_ = &columns_.Begin(MeasuringConditions(), {isFraction ? 1.0 : 100.0, isFraction, options_.force});
+    ValueScale scale;
+    scale.isFraction = AreFractions();
+    if (scale.isFraction) scale.norm = 1;
+    scale.mayExceed = options_.force;
+    scale.isOpen = options_.scale == ReadOptions::Scale::kByFile && !columns_.SayPercent();
+    layout_ = &columns_.Begin(MeasuringConditions(), scale);
     Rewind();
+    if (CanSeek() && columns_.IsScaleOpen()) FindScale();
   }
 
   bool Next(Measurement& sample) override {
-    if (!ReadObject()) return false;
-    ++rows_;
+    if (!NextMeasured()) {
+      if (columns_.IsScaleOpen()) columns_.AskForScale(Name());
+      return false;
+    }
     sample = Measurement();
-    Order();
     for (const SampleColumns::Run& run : columns_.Runs()) TakeRun(run, sample);
     columns_.Finish(rows_, sample);
     return true;
@@ -229,28 +253,37 @@ class JsonReader final : public MeasurementReader {
   bool HasStandards() const override { return columns_.Has(ColumnRole::kStandard); }
   bool HasGeometries() const override { return columns_.Has(ColumnRole::kGeometry); }
   bool HasXyz() const override { return columns_.HasXyz(); }
-  bool KnowsScale() const override { return options_.scale != ReadOptions::Scale::kByFile; }
   const std::string& Name() const override { return window_.Input().name; }
   uint64_t Size() const override { return window_.Input().size; }
   uint64_t Position() const override { return window_.Offset(); }
+  int64_t CountUnmeasured() const override { return unmeasured_; }
   uint64_t Offset() const override { return offset_; }
   bool CanSeek() const override { return Size() > 0; }
   void SeekTo(uint64_t offset) override {
     window_.SeekTo(offset, 0);
-    needsComma_ = false;
+    needsComma_ = isEnded_ = false;
   }
   void Rewind() override {
     if (CanSeek() || rows_ > 0) {
       window_.SeekTo(first_, firstLine_);
-      needsComma_ = false;
+      needsComma_ = isEnded_ = false;
     } else {
       isHeld_ = true;  // a pipe: the object that was read goes first
     }
-    rows_ = 0;
+    rows_ = unmeasured_ = 0;
   }
   std::string RowPlace() const override { return PlaceOf(line_); }
 
  private:
+  bool AreFractions() const { return options_.scale == ReadOptions::Scale::kFraction; }
+  // Looks for the value that tells the scale, which most often is in the first object. Of a pipe it is asked for at the end.
+  void FindScale() {
+    Measurement sample;
+    while (columns_.IsScaleOpen() && Next(sample)) {
+    }
+    Rewind();
+  }
+
   std::string PlaceOf(int64_t line) const { return window_.PlaceOf(line); }
   [[noreturn]] void Fail(int64_t line, const std::string& reason) const {
     throw InputError(PlaceOf(line) + ": " + reason);
@@ -268,7 +301,11 @@ class JsonReader final : public MeasurementReader {
     std::ranges::fill(ordered_, nullptr);
     for (const Member& member : members_) {
       const auto place = places_.find(member.name);
-      if (place != places_.end()) ordered_[place->second] = &member;
+      if (place != places_.end()) {
+        ordered_[place->second] = &member;
+      } else {
+        PassOver(Shown(member.name));
+      }
     }
   }
 
@@ -276,18 +313,54 @@ class JsonReader final : public MeasurementReader {
     for (std::size_t i = 0; i < run.count; ++i) {
       const Member* const member = ordered_[run.column + i];
       if (SampleColumns::IsText(run)) {
-        if (run.meaning.role <= ColumnRole::kDevice) continue;
+        if (run.meaning.role < ColumnRole::kDevice) continue;
         std::string& text = texts_[run.column];
         const bool isThere = member != nullptr && member->kind != Member::kOther;
         text = !isThere ? "" : member->kind == Member::kNumber ? NumberText(member->number) : member->text;
         // An object without the member does not take it from the one before.
-        if (isThere || run.meaning.role >= ColumnRole::kGeometry) columns_.TakeText(run, text, sample);
+        const bool mayBeEmpty =
+            run.meaning.role == ColumnRole::kDevice || run.meaning.role >= ColumnRole::kGeometry;
+        if (isThere || mayBeEmpty) columns_.TakeText(run, text, sample);
         continue;
       }
-      const bool isNumber = member != nullptr && member->kind == Member::kNumber;
-      if (!isNumber) Fail(line_, Shown(names_[run.column + i]) + ": a number is expected");
-      columns_.Values(run)[i] = member->number;
+      const bool isFraction = AreFractions() && run.meaning.role == ColumnRole::kWavelength;
+      if (!TakeNumber(member, isFraction, columns_.Values(run)[i])) {
+        Fail(line_, Shown(names_[run.column + i]) + ": a number is expected");
+      }
     }
+  }
+
+  // A number, or a text that is one, as some programs write them.
+  static bool TakeNumber(const Member* member, bool isFraction, double& value) {
+    if (member == nullptr || member->kind == Member::kOther) return false;
+    if (member->kind == Member::kText) {
+      const std::string_view text = Trimmed(member->text);
+      return isFraction ? ParseFractionAsPercent(text, value) : ParseDecimal(text, '.', value);
+    }
+    value = isFraction ? member->percent : member->number;
+    return true;
+  }
+
+  // Reads the next object and orders its members; a lenient reader leaves those out that have no value in them.
+  bool NextMeasured() {
+    while (ReadObject()) {
+      ++rows_;
+      Order();
+      if (!options_.lenient || !HasNoValue()) return true;
+      ++unmeasured_;
+    }
+    return false;
+  }
+
+  // Whether all values of this object are null or missing.
+  bool HasNoValue() const {
+    for (const SampleColumns::Run& run : columns_.Runs()) {
+      for (std::size_t i = 0; i < run.count && !SampleColumns::IsText(run); ++i) {
+        const Member* const member = ordered_[run.column + i];
+        if (member != nullptr && member->kind != Member::kOther) return false;
+      }
+    }
+    return true;
   }
 
   static std::string NumberText(double value) {
@@ -309,6 +382,7 @@ class JsonReader final : public MeasurementReader {
   // Reads the next object of the list; false at its end.
   bool ReadObject() {
     if (std::exchange(isHeld_, false)) return true;
+    if (isEnded_) return false;
     char c = Peek();
     if (c == ',' && needsComma_) {
       window_.Skip(1);
@@ -316,19 +390,27 @@ class JsonReader final : public MeasurementReader {
     } else if (c == '{' && needsComma_) {
       Fail(window_.Line(), "a comma is expected between objects");
     }
-    if (c == ']') return false;
+    if (c == ']') return EndList();
     if (c == 0) Fail(window_.Line(), "the file ends within the list");
     if (c != '{') Fail(window_.Line(), "an object is expected");
     needsComma_ = true;
     line_ = window_.Line();
     offset_ = window_.Offset();
     const std::size_t size = SizeOfObject();
-    ObjectParser parser(window_.Bytes().substr(0, size));
+    ObjectParser parser(window_.Bytes().substr(0, size), AreFractions());
     parser.Parse(members_);
     if (!parser.Error().empty()) Fail(line_, parser.Error());
     window_.Skip(size);
     if (!AreAsInFirst()) CheckNames();
     return true;
+  }
+
+  // Goes behind the bracket that ends the list, where nothing may stand. Answers false, as nothing was read.
+  bool EndList() {
+    window_.Skip(1);
+    if (Peek() != 0) Fail(window_.Line(), "more stands behind the end of the list");
+    isEnded_ = true;
+    return false;
   }
 
   // The bytes of the object at the position, up to its closing brace.
@@ -382,9 +464,10 @@ class JsonReader final : public MeasurementReader {
   int64_t firstLine_ = 1;
   uint64_t offset_ = 0;
   int64_t line_ = 1;
-  int64_t rows_ = 0;
+  int64_t rows_ = 0, unmeasured_ = 0;
   bool needsComma_ = false;
   bool isHeld_ = false;
+  bool isEnded_ = false;  // the list, at whose end the window stands
 };
 
 }  // namespace

@@ -30,22 +30,33 @@ struct Word {
 };
 
 constexpr Heading Color(uint8_t color) {
-  return {ColumnRole::kColor, 0, color};
+  return {ColumnRole::kColor, 0, color, 0};
+}
+
+constexpr Heading Id(IdRank rank) {
+  return {ColumnRole::kId, 0, 0, rank};
 }
 
 // Headings whose capital letters matter.
 constexpr Word kExactWords[] = {
-    {"X", Color(kColumnX)},   {"Y", Color(kColumnY)},   {"Z", Color(kColumnZ)},   {"L", Color(kColumnL)},
-    {"a", Color(kColumnA)},   {"b", Color(kColumnB)},   {"A", Color(kColumnA)},   {"B", Color(kColumnB)},
-    {"C", Color(kColumnC)},   {"h", Color(kColumnH)},   {"H", Color(kColumnH)},   {"L*", Color(kColumnL)},
-    {"a*", Color(kColumnA)},  {"b*", Color(kColumnB)},  {"C*", Color(kColumnC)},  {"h*", Color(kColumnH)},
-    {"hab", Color(kColumnH)}, {"Cab", Color(kColumnC)}, {"C*ab", Color(kColumnC)}};
+    {"X", Color(kColumnX)},    {"Y", Color(kColumnY)},      {"Z", Color(kColumnZ)},
+    {"L", Color(kColumnL)},    {"a", Color(kColumnA)},      {"b", Color(kColumnB)},
+    {"A", Color(kColumnA)},    {"B", Color(kColumnB)},      {"C", Color(kColumnC)},
+    {"h", Color(kColumnH)},    {"H", Color(kColumnH)},      {"L*", Color(kColumnL)},
+    {"a*", Color(kColumnA)},   {"b*", Color(kColumnB)},     {"C*", Color(kColumnC)},
+    {"h*", Color(kColumnH)},   {"hab", Color(kColumnH)},    {"Cab", Color(kColumnC)},
+    {"C*ab", Color(kColumnC)}, {"x", Color(kColumnSmallX)}, {"y", Color(kColumnSmallY)}};
 
 constexpr Word kWords[] = {{"id", {ColumnRole::kId}},
                            {"sampleid", {ColumnRole::kId}},
                            {"sample", {ColumnRole::kId}},
                            {"patch", {ColumnRole::kId}},
                            {"patchid", {ColumnRole::kId}},
+                           {"dataname", Id(kIdOfMaker)},
+                           {"stdname", Id(kIdOfStandard)},
+                           {"nameofaffiliatedstandardsample", Id(kIdOfStandard)},
+                           {"reading", Id(kIdOfReading)},
+                           {"readingno", Id(kIdOfReading)},
                            {"name", {ColumnRole::kName}},
                            {"samplename", {ColumnRole::kName}},
                            {"patchname", {ColumnRole::kName}},
@@ -60,6 +71,9 @@ constexpr Word kWords[] = {{"id", {ColumnRole::kId}},
                            {"xyzx", Color(kColumnX)},
                            {"xyzy", Color(kColumnY)},
                            {"xyzz", Color(kColumnZ)},
+                           {"xyyx", Color(kColumnSmallX)},
+                           {"xyyy", Color(kColumnSmallY)},
+                           {"xyycapy", Color(kColumnY)},
                            {"labl", Color(kColumnL)},
                            {"laba", Color(kColumnA)},
                            {"labb", Color(kColumnB)},
@@ -113,6 +127,26 @@ bool IsDifference(std::string_view heading) {
   return std::ranges::find(kFormulas, PlainText(name.substr(1))) != std::end(kFormulas);
 }
 
+// A heading about its number, which may have an exponent where nothing stands before it: "4.000E+02".
+struct Parts {
+  std::string_view before, number, after;
+};
+
+Parts PartsOf(std::string_view heading) {
+  constexpr std::size_t kLongestHeading = 40;
+  if (heading.size() > kLongestHeading) return {heading, {}, {}};
+  const auto first = static_cast<std::size_t>(std::ranges::find_if(heading, IsDigit) - heading.begin());
+  std::size_t end = first;
+  while (end < heading.size() && (IsDigit(heading[end]) || heading[end] == '.' || heading[end] == ',')) ++end;
+  const bool hasExponent = first == 0 && end + 2 < heading.size() && LowerCase(heading[end]) == 'e' &&
+                           (heading[end + 1] == '+' || heading[end + 1] == '-') && IsDigit(heading[end + 2]);
+  if (hasExponent) {
+    end += 2;
+    while (end < heading.size() && IsDigit(heading[end])) ++end;
+  }
+  return {heading.substr(0, first), heading.substr(first, end - first), heading.substr(end)};
+}
+
 // The heading without blanks about it and without a remark in brackets at its end: "L*(10/D65)".
 std::string_view WithoutRemark(std::string_view heading) {
   const std::size_t bracket = heading.find_first_of("([");
@@ -132,28 +166,50 @@ std::string PlainText(std::string_view text) {
 }
 
 double WavelengthOf(std::string_view heading) {
-  constexpr std::size_t kLongestHeading = 40;
-  if (heading.empty() || heading.size() > kLongestHeading) return 0;
-  const auto first = static_cast<std::size_t>(std::ranges::find_if(heading, IsDigit) - heading.begin());
-  if (first == heading.size()) return 0;
-  std::size_t end = first;
-  while (end < heading.size() && (IsDigit(heading[end]) || heading[end] == '.' || heading[end] == ',')) ++end;
-  const std::string_view before = heading.substr(0, first);
-  if (before.find_first_of("-+.,") != std::string_view::npos || !IsWavelengthPrefix(PlainText(before))) {
-    return 0;
-  }
-  const std::string after = PlainText(heading.substr(end));
+  const Parts parts = PartsOf(heading);
+  const std::string after = PlainText(parts.after);
+  if (parts.number.empty() || !IsWavelengthPrefix(PlainText(parts.before))) return 0;
+  if (parts.before.find_first_of("-+.,") != std::string_view::npos) return 0;
   if (after != "" && after != "nm" && after != "nmr") return 0;
-  if (heading.substr(end).find_first_of("-+.,:/") != std::string_view::npos) return 0;
+  if (parts.after.find_first_of("-+.,:/") != std::string_view::npos) return 0;
   double value = 0;
-  const bool isNumber = ParseDecimal(heading.substr(first, end - first), ',', value);
+  const bool isNumber = ParseDecimal(parts.number, ',', value);
   return isNumber && value >= kShortest && value <= kLongest ? value : 0;
+}
+
+std::string SpellingOf(std::string_view heading) {
+  const Parts parts = PartsOf(heading);
+  return std::string(parts.before) + '|' + std::string(parts.after);
+}
+
+bool IsRawCount(std::string_view heading) {
+  constexpr std::string_view kCounts[] = {"counts", "count", "cts", "rawcounts", "adc"};
+  const std::size_t bracket = heading.find_last_of("([");
+  std::string_view unit =
+      bracket != std::string_view::npos ? heading.substr(bracket) : PartsOf(heading).after;
+  while (unit.starts_with(' ')) unit.remove_prefix(1);
+  if (unit.starts_with("nm")) unit.remove_prefix(2);
+  return std::ranges::find(kCounts, PlainText(unit)) != std::end(kCounts);
+}
+
+bool IsLightPower(std::string_view text) {
+  const std::string plain = PlainText(text);
+  for (const std::string_view word : {"irradiance", "spectralradiance", "spectralpower", "radiantflux"}) {
+    if (plain.find(word) != std::string::npos) return true;
+  }
+  // Units: "W/m2/nm", "uW cm-2 nm-1", "W/(sr m^2 nm)", "mW/nm".
+  const std::size_t watt = text.find("W/");
+  const bool isPerArea = plain.find("wm2") != std::string::npos || plain.find("wcm2") != std::string::npos ||
+                         plain.find("wsrm2") != std::string::npos;
+  return plain == "spd" || plain == "radiance" || isPerArea ||
+         (watt != std::string_view::npos && text.find("nm", watt) != std::string_view::npos);
 }
 
 Heading MeaningOf(std::string_view heading) {
   if (const double wavelength = WavelengthOf(heading); wavelength > 0) {
-    return {ColumnRole::kWavelength, wavelength, 0};
+    return {ColumnRole::kWavelength, wavelength, 0, 0};
   }
+  if (IsRawCount(heading)) return {ColumnRole::kDevice};
   const std::string_view bare = WithoutRemark(heading);
   for (const Word& word : kExactWords) {
     if (bare == word.plain) return word.heading;

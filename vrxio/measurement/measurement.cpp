@@ -117,9 +117,13 @@ void SetObserver(std::string_view text, MeasuringConditions& conditions) {
 }
 
 void SetIlluminant(std::string_view text, MeasuringConditions& conditions) {
-  // "D50" as well as "ILLUMINANT, D50".
-  if (const std::size_t comma = text.rfind(','); comma != std::string_view::npos)
+  // "D50" as well as "ILLUMINANT, D50", and "OBSERVER, 2 degree".
+  if (const std::size_t comma = text.rfind(','); comma != std::string_view::npos) {
+    const bool isObserver = PlainText(text.substr(0, comma)).starts_with("observer");
     text.remove_prefix(comma + 1);
+    while (text.starts_with(' ')) text.remove_prefix(1);
+    if (isObserver) return SetObserver(text, conditions);
+  }
   while (text.starts_with(' ')) text.remove_prefix(1);
   try {
     conditions.illuminant = ParseIlluminant(text);
@@ -262,10 +266,30 @@ void MeasurementReader::FailExtra(std::size_t extra, const std::string& reason) 
   throw InputError(ExtraPlace(extra) + ": " + reason);
 }
 
+namespace {
+
+// Adds a text that is not there yet, up to a number of them.
+void AddOnce(std::string text, std::size_t most, std::vector<std::string>& texts) {
+  if (texts.size() == most) texts.emplace_back("and more");
+  if (texts.size() > most) return;
+  if (std::ranges::find(texts, text) == texts.end()) texts.push_back(std::move(text));
+}
+
+}  // namespace
+
 void MeasurementReader::Note(std::string text) {
-  if (notes_.size() == kMaxNotes) notes_.emplace_back("and more");
-  if (notes_.size() > kMaxNotes) return;
-  if (std::ranges::find(notes_, text) == notes_.end()) notes_.push_back(std::move(text));
+  AddOnce(std::move(text), kMaxNotes, notes_);
+}
+
+void MeasurementReader::PassOver(std::string name) {
+  AddOnce(std::move(name), kMaxNotes, passedOver_);
+}
+
+void MeasurementReader::AddRemark(std::string_view word, std::string_view text) {
+  const Remark remark{std::string(word), std::string(text)};
+  if (std::ranges::find(remarks_, remark) != remarks_.end()) return;
+  if (remarks_.size() == kMaxRemarks) return PassOver(remark.word);
+  remarks_.push_back(remark);
 }
 
 std::vector<double> ParseWavelengthRange(std::string_view text, std::string_view option) {

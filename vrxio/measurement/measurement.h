@@ -67,6 +67,10 @@ struct Measurement {
   std::string_view date;
   int32_t geometry = kNoGeometry;       ///< where samples of a file differ in it
   std::span<const std::string> extras;  ///< of the columns that ReadOptions::isExtra knows
+  std::span<const std::string>
+      others;  ///< of the columns that nothing is made of, where ReadOptions::keepsOthers
+  std::span<const std::string>
+      otherHeadings;                    ///< theirs, which may change from one table of a file to the next
   std::span<const double> reflectance;  ///< percent at the wavelengths of the layout
   bool hasXyz = false;
   bool hasLab = false;
@@ -96,8 +100,9 @@ class MeasurementReader {
   virtual bool HasXyz() const = 0;
   /// The headings of the columns whose texts are a sample's extras.
   virtual std::vector<std::string> ExtraHeadings() const { return {}; }
-  /// True when the file says, or its form does, whether values are percent or fractions.
-  virtual bool KnowsScale() const { return false; }
+
+  /// Rows without values, which a lenient reader left out so far.
+  virtual int64_t CountUnmeasured() const { return 0; }
 
   /// The name of the file in messages; its size, 0 for a pipe; and how far it was read.
   virtual const std::string& Name() const = 0;
@@ -120,13 +125,25 @@ class MeasurementReader {
 
   /// The parts of the file that were not used so far, and why: a sentence each.
   const std::vector<std::string>& Notes() const { return notes_; }
+  /// What was lost of the file so far, by name: columns, elements, tables that are no part of its samples.
+  const std::vector<std::string>& PassedOver() const { return passedOver_; }
+  /// Words about the whole file that are no conditions of a measurement, where ReadOptions::keepsOthers: "DESCRIPTOR", "Chart 3".
+  struct Remark {
+    std::string word, text;
+    bool operator==(const Remark&) const = default;
+  };
+  const std::vector<Remark>& Remarks() const { return remarks_; }
 
  protected:
   static constexpr std::size_t kMaxNotes = 40;
+  static constexpr std::size_t kMaxRemarks = 1000;
   void Note(std::string text);
+  void PassOver(std::string name);
+  void AddRemark(std::string_view word, std::string_view text);
 
  private:
-  std::vector<std::string> notes_;
+  std::vector<std::string> notes_, passedOver_;
+  std::vector<Remark> remarks_;
 };
 
 /// How a file is to be read.
@@ -136,18 +153,27 @@ struct ReadOptions {
   enum class Wavelengths { kByContent, kInColumns, kInRows };
 
   Form form = Form::kByContent;
-  /// By the file: percent for CSV, what SPECTRAL_NORM or the values say for CGATS, fractions for CxF.
+  /// By the file: what SPECTRAL_NORM or the values say for CGATS, fractions for CxF; CSV and JSON are percent if a unit says so or
+  /// a value comes to 2, and a ScaleError otherwise: when the file is opened, of a pipe at its end.
   Scale scale = Scale::kByFile;
   /// Fractions above 2 are refused unless this is set.
   bool force = false;
-  /// Unknown columns and other deviations are passed over with a note.
+  /// Unknown columns, rows without values and other deviations are passed over with a note. Where no column is known to have
+  /// ids, the first unknown one is taken for them.
   bool lenient = false;
   bool latin1 = false;
   Wavelengths orientation = Wavelengths::kByContent;
   /// The wavelengths of a table without a header: "380-730/10"; empty for files that have one.
   std::string wavelengths;
+  /// The headings of a table without a header, "id", "L", "a", "b"; empty for files that have one.
+  std::vector<std::string> columns;
+  /// The heading of the column whose texts are the ids; empty for the one that the headings tell.
+  std::string idColumn;
   /// Columns to pass over, by their headings.
   std::vector<std::string> ignoredColumns;
+  /// Columns that nothing is made of (device values, densities, unknown ones that are passed over) and words about the whole
+  /// file are kept as texts, for a conversion that loses nothing.
+  bool keepsOthers = false;
   /// Knows the headings of columns of the caller's own; null for none.
   bool (*isExtra)(std::string_view heading) = nullptr;
 };

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <initializer_list>
 #include <numeric>
 #include <utility>
 
+#include <vrxio/measurement/column_meanings.h>
 #include <vrxio/text/input_error.h>
 #include <vrxmath/numeric/elementary.h>
 
@@ -18,9 +20,11 @@ constexpr double kWidest = 20;  // nm
 constexpr double kNarrowest = 0.2;       // nm
 constexpr double kFinest = 5;            // nm: no gap up to it is a hole
 constexpr double kLargestPercent = 1e4;  // beyond the brightest fluorescent sample and any real noise
-constexpr double kLargestFraction = 2;
+constexpr double kFirstUsed = 360, kLastUsed = 750;  // nm: the library's grid
 
 constexpr std::string_view kNoContent = "the header names neither wavelengths nor X,Y,Z nor L,a,b";
+// Of spectra of lamps and screens.
+constexpr std::string_view kLightPower = "the values are the power of a light and no reflectances";
 
 std::string Nanometres(double value) {
   char text[32];
@@ -63,24 +67,66 @@ const MeasurementLayout* LayoutPool::Intern(const MeasurementLayout& layout) {
 
 SampleColumns::SampleColumns(const std::vector<std::string>& headings, const ReadOptions& options,
                              bool passOver, Fail fail)
-    : fail_(std::move(fail)), isExtra_(options.isExtra) {
-  CheckContent(headings);
+    : fail_(std::move(fail)), isLenient_(options.lenient), keepsOthers_(options.keepsOthers) {
+  ColumnMeanings meanings;
+  try {
+    meanings = MeaningsOf(headings, options);
+  } catch (const InputError& error) {
+    Refuse(kWholeRow, error.what());
+  }
+  choice_ = meanings.note;
+  CheckContent(headings, meanings.columns);
   for (std::size_t i = 0; i < headings.size(); ++i) {
-    const bool isIgnored = std::ranges::any_of(options.ignoredColumns, [&](const std::string& name) {
-      return EqualsIgnoringCase(name, headings[i]);
-    });
-    AddColumn(i, headings[i], isIgnored, passOver || options.lenient);
+    AddColumn(i, headings[i], meanings.columns[i], passOver || options.lenient);
   }
   hasIds_ = Has(ColumnRole::kId);
   SortWavelengths();
-  const auto has = [&](ColorColumn first, ColorColumn second, ColorColumn third) {
-    return hasColor_[first] && hasColor_[second] && hasColor_[third];
-  };
-  hasXyz_ = has(kColumnX, kColumnY, kColumnZ);
-  hasLab_ = has(kColumnL, kColumnA, kColumnB);
-  hasLch_ = has(kColumnL, kColumnC, kColumnH);
+  FindColors(headings);
   if (!HasCurves() && !HasColors()) Refuse(kWholeRow, std::string(kNoContent));
   sorted_.resize(wavelengths_.size());
+  FindUsed();
+}
+
+// Which colours the columns make. Columns that make none, such as C and h beside L, a, b, are passed over.
+void SampleColumns::FindColors(const std::vector<std::string>& headings) {
+  std::array<bool, kColorColumns> isUsed{};
+  const auto take = [&](std::initializer_list<ColorColumn> columns) {
+    if (!std::ranges::all_of(columns, [&](ColorColumn column) { return hasColor_[column]; })) return false;
+    for (const ColorColumn column : columns) isUsed[column] = true;
+    return true;
+  };
+  hasXyz_ = take({kColumnX, kColumnY, kColumnZ});
+  hasXyy_ = !hasXyz_ && take({kColumnSmallX, kColumnSmallY, kColumnY});
+  hasLab_ = take({kColumnL, kColumnA, kColumnB});
+  hasLch_ = !hasLab_ && take({kColumnL, kColumnC, kColumnH});
+  for (Run& run : runs_) {
+    if (run.meaning.role != ColumnRole::kColor || isUsed[run.meaning.color]) continue;
+    run.meaning.role = ColumnRole::kDevice;
+    run.place = AddOther(headings[run.column]);
+  }
+}
+
+// Keeps or passes over a column that nothing is made of; returns the place of its texts.
+std::size_t SampleColumns::AddOther(const std::string& heading) {
+  if (!keepsOthers_) {
+    AddUnused(heading);
+    return 0;
+  }
+  otherHeadings_.push_back(heading);
+  others_.emplace_back();
+  return others_.size() - 1;
+}
+
+// The wavelengths that a curve on the library's grid rests on: those within it, and two beyond each of its ends. What an
+// instrument adds farther out may be noise.
+void SampleColumns::FindUsed() {
+  constexpr std::ptrdiff_t kBeyond = 2;
+  const auto begin = wavelengths_.begin(), end = wavelengths_.end();
+  const auto first = std::lower_bound(begin, end, kFirstUsed), last = std::upper_bound(begin, end, kLastUsed);
+  const auto from = std::max<std::ptrdiff_t>(first - begin - kBeyond, 0);
+  const auto to = std::min<std::ptrdiff_t>(last - begin + kBeyond, end - begin);
+  firstUsed_ = static_cast<std::size_t>(from);
+  usedCount_ = static_cast<std::size_t>(to - from);
 }
 
 void SampleColumns::Refuse(std::size_t column, const std::string& reason) const {
@@ -98,16 +144,14 @@ void SampleColumns::AddUnused(std::string_view heading) {
   unused_ += heading.substr(0, 40);
 }
 
-void SampleColumns::AddColumn(std::size_t column, const std::string& heading, bool isIgnored, bool passOver) {
-  Heading meaning = isIgnored ? Heading{ColumnRole::kDevice} : MeaningOf(heading);
-  if (meaning.role != ColumnRole::kWavelength && isExtra_ != nullptr && isExtra_(heading)) {
-    meaning.role = ColumnRole::kExtra;
-  }
+void SampleColumns::AddColumn(std::size_t column, const std::string& heading, Heading meaning,
+                              bool passOver) {
+  passOver = passOver || keepsOthers_;
   if (meaning.role == ColumnRole::kUnknown) {
     if (!passOver) {
       Refuse(column,
              "the column is neither id, name, standard, geometry nor a wavelength in nm; --lenient or "
-             "--ignore-columns pass over it");
+             "--ignore-columns pass over it, --id-column makes it the id");
     }
     meaning.role = ColumnRole::kDevice;
   }
@@ -120,13 +164,14 @@ void SampleColumns::AddColumn(std::size_t column, const std::string& heading, bo
     if (!passOver) Refuse(column, "there are two such columns");
     meaning.role = ColumnRole::kDevice;
   }
-  if (meaning.role == ColumnRole::kDevice) AddUnused(heading);
   std::size_t place = values_.size();
+  if (meaning.role == ColumnRole::kDevice) place = AddOther(heading);
   if (meaning.role >= ColumnRole::kWavelength) {
     values_.push_back(0);
     valueColumns_.push_back(column);
   }
   if (meaning.role == ColumnRole::kWavelength) {
+    sayPercent_ = sayPercent_ || heading.find('%') != std::string::npos;
     wavelengths_.push_back(meaning.wavelength);
     order_.push_back(place);
     if (!runs_.empty() && runs_.back().meaning.role == meaning.role) {
@@ -152,10 +197,11 @@ bool SampleColumns::Has(ColumnRole role) const {
   return std::ranges::any_of(runs_, [&](const Run& run) { return run.meaning.role == role; });
 }
 
-void SampleColumns::CheckContent(const std::vector<std::string>& headings) const {
-  const bool hasValues = std::ranges::any_of(headings, [](const std::string& heading) {
-    return MeaningOf(heading).role >= ColumnRole::kWavelength;
-  });
+void SampleColumns::CheckContent(const std::vector<std::string>& headings,
+                                 const std::vector<Heading>& meanings) const {
+  if (std::ranges::any_of(headings, IsLightPower)) Refuse(kWholeRow, std::string(kLightPower));
+  const bool hasValues = std::ranges::any_of(
+      meanings, [](const Heading& meaning) { return meaning.role >= ColumnRole::kWavelength; });
   if (!hasValues) Refuse(kWholeRow, std::string(kNoContent));
 }
 
@@ -187,6 +233,7 @@ void SampleColumns::SortWavelengths() {
 const MeasurementLayout& SampleColumns::Begin(const MeasuringConditions& conditions,
                                               const ValueScale& scale) {
   scale_ = scale;
+  isScaleOpen_ = scale.isOpen && HasCurves();
   common_ = {wavelengths_, conditions};
   layout_ = layouts_.Intern(common_);
   conditionsChanged_ = !conditionHeadings_.empty();
@@ -197,7 +244,7 @@ void SampleColumns::TakeText(const Run& run, std::string_view text, Measurement&
   switch (run.meaning.role) {
     case ColumnRole::kId:
       sample.id = text;
-      if (text.empty()) Refuse(kWholeRow, "the id is empty");
+      if (text.empty() && !isLenient_) Refuse(kWholeRow, "the id is empty");
       break;
     case ColumnRole::kName:
       sample.name = text;
@@ -220,6 +267,12 @@ void SampleColumns::TakeText(const Run& run, std::string_view text, Measurement&
     case ColumnRole::kExtra:
       extras_[run.place] = text;
       sample.extras = extras_;
+      break;
+    case ColumnRole::kDevice:
+      if (!keepsOthers_) break;
+      others_[run.place] = text;
+      sample.others = others_;
+      sample.otherHeadings = otherHeadings_;
       break;
     case ColumnRole::kCondition:
       if (text != conditionTexts_[run.place]) {
@@ -258,31 +311,54 @@ void SampleColumns::FinishCurve(Measurement& sample) {
   } else {
     for (std::size_t i = 0; i < count; ++i) sorted_[i] = values_[order_[i]];
   }
-  if (scale_.norm == 1) {
-    for (double& value : sorted_) value *= 100;
-  } else if (scale_.norm != 100) {
+  if (scale_.norm != 1 && scale_.norm != 100) {
     for (double& value : sorted_) value = value / scale_.norm * 100;
   }
-  const double limit = scale_.isFraction && !scale_.mayExceed ? 100 * kLargestFraction : kLargestPercent;
+  const std::span<const double> used = std::span(sorted_).subspan(firstUsed_, usedCount_);
+  const double limit = scale_.isFraction && !scale_.mayExceed ? 100 * kSurelyPercent : kLargestPercent;
+  const auto isSound = [limit](double value) { return value <= limit && value >= -kLargestPercent; };
   bool sound = true;
-  for (const double value : sorted_) sound &= value <= limit && value >= -kLargestPercent;
+  for (const double value : used) sound &= isSound(value);
   sample.reflectance = sorted_;
-  if (sound) return;
-  const auto bad = std::ranges::find_if(
-      sorted_, [&](double value) { return !(value <= limit && value >= -kLargestPercent); });
-  const std::size_t column = valueColumns_[order_[static_cast<std::size_t>(bad - sorted_.begin())]];
-  if (std::fabs(*bad) <= kLargestPercent) {
-    Refuse(column,
-           "the value is above 2, too much for a fraction of 1; they are percent, or --force takes them");
-  }
-  Refuse(column, "a reflectance beyond 10000 percent");
+  if (!sound) RefuseValue(static_cast<std::size_t>(std::ranges::find_if_not(used, isSound) - used.begin()));
+  if (!isScaleOpen_) return;
+  for (const double value : used) largest_ = std::max(largest_, value);
+  isScaleOpen_ = largest_ < kSurelyPercent;
+}
+
+// Refuses a value, from 0 among the used ones, that is too large or too small.
+void SampleColumns::RefuseValue(std::size_t used) const {
+  const std::size_t column = valueColumns_[order_[firstUsed_ + used]];
+  if (std::fabs(sorted_[firstUsed_ + used]) > kLargestPercent)
+    Refuse(column, "a reflectance beyond 10000 percent");
+  Refuse(column,
+         scale_.isGuess
+             ? "the value is above 2, and the first ones were taken for fractions of 1; say by --fraction or "
+               "--percent what they are"
+             : "the value is above 2, too much for a fraction of 1; they are percent, or --force takes them");
+}
+
+void SampleColumns::AskForScale(const std::string& file) const {
+  char text[32];
+  const std::string largest(text, std::to_chars(text, text + sizeof text, largest_).ptr);
+  throw ScaleError(file, "all values lie below 2, the largest is " + largest);
+}
+
+// X, Y, Z of x, y, Y (CIE 15). Black has none of its own and is given any.
+std::array<double, 3> SampleColumns::XyzOfChromaticity() const {
+  const double x = values_[colorPlaces_[kColumnSmallX]], y = values_[colorPlaces_[kColumnSmallY]];
+  const double luminance = values_[colorPlaces_[kColumnY]];
+  if (luminance == 0) return {};
+  if (!(y > 0)) Refuse(valueColumns_[colorPlaces_[kColumnSmallY]], "a chromaticity y is above 0");
+  return {x * luminance / y, luminance, (1 - x - y) * luminance / y};
 }
 
 void SampleColumns::FinishColor(Measurement& sample) {
   const auto color = [&](ColorColumn column) { return values_[colorPlaces_[column]]; };
-  sample.hasXyz = hasXyz_;
+  sample.hasXyz = HasXyz();
   sample.hasLab = hasLab_ || hasLch_;
   if (hasXyz_) sample.xyz = {color(kColumnX), color(kColumnY), color(kColumnZ)};
+  if (hasXyy_) sample.xyz = XyzOfChromaticity();
   if (hasLab_) {
     sample.lab = {color(kColumnL), color(kColumnA), color(kColumnB)};
   } else if (hasLch_) {

@@ -15,6 +15,7 @@
 
 #include <vrxio/measurement/headings.h>
 #include <vrxio/measurement/measurement.h>
+#include <vrxio/measurement/value_scale.h>
 
 namespace vrx::io {
 
@@ -40,13 +41,6 @@ class LayoutPool {
   std::deque<MeasurementLayout> layouts_;
 };
 
-/// How reflectances become percent.
-struct ValueScale {
-  double norm = 100;        ///< the value that stands for 100 percent
-  bool isFraction = false;  ///< values above 2 are refused
-  bool mayExceed = false;   ///< not even then
-};
-
 /// The columns of one table: their meaning, and the sample that a row of them makes.
 class SampleColumns {
  public:
@@ -63,25 +57,37 @@ class SampleColumns {
   };
 
   SampleColumns() = default;
-  /// Finds out what the headings mean. Unknown ones are refused unless `passOver`, and listed in Unused.
+  /// Finds out what the headings mean (MeaningsOf). Unknown ones are refused unless `passOver`, and listed in Unused; where
+  /// `options` keep others, they are Others instead.
   SampleColumns(const std::vector<std::string>& headings, const ReadOptions& options, bool passOver,
                 Fail fail);
 
   const std::vector<Run>& Runs() const { return runs_; }
   bool Has(ColumnRole role) const;
   bool HasCurves() const { return !wavelengths_.empty(); }
-  bool HasColors() const { return hasXyz_ || hasLab_ || hasLch_; }
+  bool HasColors() const { return HasXyz() || hasLab_ || hasLch_; }
   const std::vector<double>& Wavelengths() const { return wavelengths_; }
   /// The headings that nothing is made of, with commas; empty when there are none.
   const std::string& Unused() const { return unused_; }
-  bool HasXyz() const { return hasXyz_; }
+  bool HasXyz() const { return hasXyz_ || hasXyy_; }
+  /// What was chosen among the columns, for a note; empty mostly.
+  const std::string& Choice() const { return choice_; }
+  /// The headings of the columns whose texts are Measurement::others.
+  const std::vector<std::string>& Others() const { return otherHeadings_; }
+  /// True when a heading has the unit of its values, "%R 400nm": they are percent.
+  bool SayPercent() const { return sayPercent_; }
   /// The columns of the caller's own, from 0, in their order.
   const std::vector<std::size_t>& Extras() const { return extraColumns_; }
 
   /// Begins with the conditions that every row has, before columns of its own; the layout of a first row.
   const MeasurementLayout& Begin(const MeasuringConditions& conditions, const ValueScale& scale);
 
-  // A row: the values of its runs, then Finish.
+  /// True for curves of an open scale as long as no value has come to 2: percent or fractions, nobody knows.
+  bool IsScaleOpen() const { return isScaleOpen_; }
+  /// Asks which, of the file that ended so.
+  [[noreturn]] void AskForScale(const std::string& file) const;
+
+  // A row: the values of its runs, then Finish. Values of fractions, ValueScale::norm 1, are given times a hundred, rounded once.
 
   /// Where the values of a run go.
   std::span<double> Values(const Run& run) { return std::span(values_).subspan(run.place, run.count); }
@@ -91,11 +97,16 @@ class SampleColumns {
   void Finish(int64_t row, Measurement& sample);
 
  private:
-  void AddColumn(std::size_t column, const std::string& heading, bool isIgnored, bool passOver);
+  void AddColumn(std::size_t column, const std::string& heading, Heading meaning, bool passOver);
   void AddUnused(std::string_view heading);
-  void CheckContent(const std::vector<std::string>& headings) const;
+  void CheckContent(const std::vector<std::string>& headings, const std::vector<Heading>& meanings) const;
+  void FindColors(const std::vector<std::string>& headings);
+  std::size_t AddOther(const std::string& heading);
+  std::array<double, 3> XyzOfChromaticity() const;
   void SortWavelengths();
+  void FindUsed();
   void FinishCurve(Measurement& sample);
+  [[noreturn]] void RefuseValue(std::size_t used) const;
   void FinishColor(Measurement& sample);
   [[noreturn]] void Refuse(std::size_t column, const std::string& reason) const;
 
@@ -106,16 +117,21 @@ class SampleColumns {
   std::vector<std::size_t> order_;         // of the values, when the columns do not ascend
   bool isAscending_ = false;               // the values of all wavelengths lie one after the other
   std::vector<double> values_, sorted_;
+  std::size_t firstUsed_ = 0, usedCount_ = 0;  // of the ascending wavelengths
   std::array<std::size_t, kColorColumns> colorPlaces_{};
   std::array<bool, kColorColumns> hasColor_{};
   bool hasIds_ = false;
-  bool hasXyz_ = false, hasLab_ = false, hasLch_ = false;
-  std::string unused_;
+  bool hasXyz_ = false, hasXyy_ = false, hasLab_ = false, hasLch_ = false;
+  bool isLenient_ = false, keepsOthers_ = false;
+  std::string unused_, choice_;
+  std::vector<std::string> otherHeadings_, others_;
   ValueScale scale_;
+  bool sayPercent_ = false;
+  bool isScaleOpen_ = false;
+  double largest_ = 0;  // value as long as the scale is open
 
   LayoutPool layouts_;
   MeasurementLayout common_;
-  bool (*isExtra_)(std::string_view heading) = nullptr;
   std::vector<std::size_t> extraColumns_;
   std::vector<std::string> extras_;
   std::vector<std::string> conditionHeadings_, conditionTexts_;

@@ -59,7 +59,7 @@ bool ByteWindow::More() {
     capacity_ *= 2;
   }
   input_.stream->read(buffer_.get() + used_, static_cast<std::streamsize>(chunk_));
-  if (input_.stream->bad()) throw InputError(input_.name + ": cannot be read");
+  if (input_.stream->bad()) FailReading(input_);
   const auto got = static_cast<std::size_t>(input_.stream->gcount());
   used_ += got;
   buffer_[used_] = '\n';

@@ -26,7 +26,7 @@ bool ParseDecimal(std::string_view text, char separator, double& value) {
   return error == std::errc() && stop == end;
 }
 
-bool ParseFractionAsPercent(std::string_view text, double& percent) {
+bool ParseFractionAsPercent(std::string_view text, double& percent, char separator) {
   const std::size_t exponent = text.find_first_of("eE");
   int32_t power = 0;
   if (exponent != std::string_view::npos) {
@@ -39,7 +39,7 @@ bool ParseFractionAsPercent(std::string_view text, double& percent) {
   std::string moved(text.substr(0, exponent));
   moved += 'e';
   moved += std::to_string(power + 2);
-  return ParseDecimal(moved, '.', percent);
+  return ParseDecimal(moved, separator, percent);
 }
 
 std::string FractionText(double percent) {

@@ -65,10 +65,10 @@ const char* ParseShortDecimal(const char* at, char separator, double& value) {
   return stop;
 }
 
-/// Reads a fraction of 1 as percent: the number of `text`, which takes a decimal point, times a hundred, rounded once.
+/// Reads a fraction of 1 as percent: the number of `text`, as ParseDecimal takes it, times a hundred, rounded once.
 /// A percentage that was written with its decimal point moved reads back to the same double. ParseShortDecimal<2> is its quick
 /// half.
-bool ParseFractionAsPercent(std::string_view text, double& percent);
+bool ParseFractionAsPercent(std::string_view text, double& percent, char separator = '.');
 
 /// The other way: the shortest text of the fraction that reads back to `percent` by ParseFractionAsPercent.
 std::string FractionText(double percent);

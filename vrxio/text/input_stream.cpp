@@ -53,7 +53,7 @@ std::string ReadUpTo(InputStream& input, std::size_t limit) {
   if (input.size > 0) limit = static_cast<std::size_t>(std::min<uint64_t>(limit, input.size));
   std::string bytes(limit, '\0');
   input.stream->read(bytes.data(), static_cast<std::streamsize>(limit));
-  if (input.stream->bad()) throw InputError(input.name + ": cannot be read");
+  if (input.stream->bad()) FailReading(input);
   bytes.resize(static_cast<std::size_t>(input.stream->gcount()));
   return bytes;
 }
@@ -145,6 +145,12 @@ InputStream OpenInput(const std::string& path) {
   input.owned = std::move(file);
   input.stream = input.owned.get();
   return input;
+}
+
+void FailReading(const InputStream& input) {
+  const int error = errno;
+  throw InputError(input.name + ": cannot be read" +
+                   (error != 0 ? std::string(": ") + std::strerror(error) : ""));
 }
 
 InputStream WrapInput(std::istream& stream, std::string name) {

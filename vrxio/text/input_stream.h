@@ -27,6 +27,9 @@ InputStream OpenInput(const std::string& path);
 /// The same for a stream, which must outlive it.
 InputStream WrapInput(std::istream& stream, std::string name);
 
+/// Throws InputError that the stream could not be read, with the system's reason where it gave one.
+[[noreturn]] void FailReading(const InputStream& input);
+
 /// The largest file that has to be held in memory because it is not plain UTF-8 with line feeds, or a pipe that has to be
 /// read twice.
 inline constexpr std::size_t kLargestHeldFile = std::size_t{1} << 28;

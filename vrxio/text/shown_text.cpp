@@ -79,6 +79,10 @@ std::string Shortened(std::string_view text, std::size_t length) {
   return shown;
 }
 
+bool StartsFormula(std::string_view text) {
+  return !text.empty() && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos;
+}
+
 std::size_t DisplayWidth(std::string_view text) {
   return text.size() - static_cast<std::size_t>(std::ranges::count_if(text, IsContinuation));
 }

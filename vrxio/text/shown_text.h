@@ -24,6 +24,9 @@ std::string ShownText(std::string_view text);
 /// ShownText cut to `length` characters, the last three of a longer text being dots.
 std::string Shortened(std::string_view text, std::size_t length);
 
+/// True for a text that a spreadsheet takes for a formula and runs.
+bool StartsFormula(std::string_view text);
+
 /// The number of characters, each taken for one place of a line.
 std::size_t DisplayWidth(std::string_view text);
 

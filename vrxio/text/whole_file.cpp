@@ -4,6 +4,7 @@
 #include <span>
 
 #include <vrxio/text/input_error.h>
+#include <vrxio/text/input_stream.h>
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/files.h>
 
@@ -19,7 +20,7 @@ class Source {
   std::size_t Read(std::span<char> out) {
     if (isInput_) {
       std::cin.read(out.data(), static_cast<std::streamsize>(out.size()));
-      if (std::cin.bad()) throw InputError("standard input cannot be read");
+      if (std::cin.bad()) FailReading(WrapInput(std::cin, "standard input"));
       return static_cast<std::size_t>(std::cin.gcount());
     }
     try {

@@ -22,7 +22,7 @@ constexpr Entity kEntities[] = {
     {u'<', u"lt;"}, {u'&', u"amp;"}, {u'>', u"gt;"}, {u'\'', u"apos;"}, {u'"', u"quot;"}};
 constexpr std::size_t kTextEntities = 3;  // the quotes after them stand for themselves outside attributes
 
-CString DecodeText(WideView text) {
+CString Decoded(WideView text) {
   const XmlScanner scanner(text);
   CString out;
   int32_t from = 0;
@@ -40,6 +40,31 @@ CString DecodeText(WideView text) {
   }
   out += scanner.Between(from, scanner.GetLength());
   return out;
+}
+
+CString Encoded(WideView from, bool forAttribute) {
+  const auto end = forAttribute ? std::end(kEntities) : std::begin(kEntities) + kTextEntities;
+  CString out;
+  std::size_t copied = 0;
+  for (std::size_t i = 0; i < from.size(); ++i) {
+    const Entity* entity =
+        std::find_if(std::begin(kEntities), end, [&](const Entity& e) { return e.unit == from[i]; });
+    if (entity == end) continue;
+    out += from.substr(copied, i - copied);
+    out += u'&';
+    out += entity->text;
+    copied = i + 1;
+  }
+  out += from.substr(copied);
+  return out;
+}
+
+CString DecodeText(WideView text) {
+  return WithMemory([&] { return Decoded(text); });
+}
+
+CString TextOf(WideView text) {
+  return WithMemory([&] { return CString(text); });
 }
 
 // Appends bytes, each made a unit by `widen`, through a buffer: no second copy of the text is held.
@@ -226,7 +251,7 @@ CString CXmlReader::GetTagName(int32_t index) const {
   if (element.tagEnd == 0) return CString();  // the document, or removed
   const XmlScanner scanner(doc_);
   scanner.ReadToken(element.tagStart + 1, token);
-  return CString(scanner.TextOf(token));
+  return TextOf(scanner.TextOf(token));
 }
 
 CString CXmlReader::GetData(int32_t index) const {
@@ -238,7 +263,7 @@ CString CXmlReader::GetData(int32_t index) const {
   const int32_t sectionText = begin + static_cast<int32_t>(kSectionBegin.size());
   if (content.Has(begin, kSectionBegin) && sectionText + 2 < element.contentEnd) {
     const int32_t end = content.FindText(kSectionEnd, sectionText);
-    if (end != kXmlNotFound) return CString(content.Between(sectionText, end));
+    if (end != kXmlNotFound) return TextOf(content.Between(sectionText, end));
   }
   return DecodeText(content.Between(element.tagEnd + 1, element.contentEnd));
 }
@@ -263,21 +288,7 @@ WideView CXmlReader::FindAttrib(int32_t index, WideView name) const {
 }
 
 CString CXmlReader::EncodeText(XmlText text, bool forAttribute) {
-  const WideView from = text.View();
-  const auto end = forAttribute ? std::end(kEntities) : std::begin(kEntities) + kTextEntities;
-  CString out;
-  std::size_t copied = 0;
-  for (std::size_t i = 0; i < from.size(); ++i) {
-    const Entity* entity =
-        std::find_if(std::begin(kEntities), end, [&](const Entity& e) { return e.unit == from[i]; });
-    if (entity == end) continue;
-    out += from.substr(copied, i - copied);
-    out += u'&';
-    out += entity->text;
-    copied = i + 1;
-  }
-  out += from.substr(copied);
-  return out;
+  return WithMemory([&] { return Encoded(text.View(), forAttribute); });
 }
 
 }  // namespace vrx

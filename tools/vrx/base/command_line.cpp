@@ -6,17 +6,45 @@
 #include <cerrno>
 #include <cstdio>
 #include <iostream>
+#include <new>
 
 #include <vrxio/measurement/names.h>
 #include <vrxmath/platform/exceptions.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/output_error.h"
+#include "tools/vrx/base/same_file.h"
 #include "tools/vrx/base/text.h"
 
 namespace vrx::tool {
 
 namespace {
+
+// The files of options that were given; standard input and output are none.
+std::vector<std::string> FilesOf(const std::vector<CLI::Option*>& options) {
+  std::vector<std::string> files;
+  for (const CLI::Option* option : options) {
+    if (option->count() == 0) continue;
+    for (const std::string& file : option->results()) {
+      if (file != "-") files.push_back(file);
+    }
+  }
+  return files;
+}
+
+void RefuseClashes(const FileOptions& options) {
+  const std::vector<std::string> read = FilesOf(options.read);
+  std::vector<std::string> written;
+  for (const std::string& file : FilesOf(options.written)) {
+    if (std::ranges::any_of(read, [&](const std::string& other) { return AreOneFile(file, other); })) {
+      throw InputError(file + ": is one of the files that are read; write to another");
+    }
+    if (std::ranges::any_of(written, [&](const std::string& other) { return AreOneFile(file, other); })) {
+      throw InputError(file + ": two results cannot go into one file; write to another");
+    }
+    written.push_back(file);
+  }
+}
 
 // An option or argument whose values are texts.
 template <class VALUE>
@@ -55,32 +83,42 @@ Option& Option::Needs(const Option& other) {
   return *this;
 }
 
+Option& Option::ReadsFile() {
+  files_->read.push_back(option_);
+  return *this;
+}
+
+Option& Option::WritesFile() {
+  files_->written.push_back(option_);
+  return *this;
+}
+
 Command Command::AddCommand(const std::string& name, const std::string& description) {
   app_->require_subcommand(1);
   return {app_->add_subcommand(name, description), status_};
 }
 
 Option Command::AddOption(const std::string& name, std::string& value, const std::string& description) {
-  return Option(AddText(*app_, name, value, description));
+  return {AddText(*app_, name, value, description), files_};
 }
 
 Option Command::AddOption(const std::string& name, double& value, const std::string& description) {
-  return Option(app_->add_option(name, value, description));
+  return {app_->add_option(name, value, description), files_};
 }
 
 Option Command::AddOption(const std::string& name, int& value, const std::string& description) {
-  return Option(app_->add_option(name, value, description));
+  return {app_->add_option(name, value, description), files_};
 }
 
 Option Command::AddOption(const std::string& name, std::vector<std::string>& values,
                           const std::string& description) {
   CLI::Option* const option = AddText(*app_, name, values, description);
   if (name.starts_with('-')) option->allow_extra_args(false);
-  return Option(option);
+  return {option, files_};
 }
 
 Option Command::AddFlag(const std::string& name, bool& value, const std::string& description) {
-  return Option(app_->add_flag(name, value, description));
+  return {app_->add_flag(name, value, description), files_};
 }
 
 Option Command::AddWords(const std::string& name, const std::vector<std::string>& words,
@@ -98,7 +136,7 @@ Option Command::AddWords(const std::string& name, const std::vector<std::string>
   std::string shown;
   for (const std::string& word : words) shown += (shown.empty() ? "" : "|") + word;
   CLI::Option* const option = app_->add_option_function<std::string>(name, store, description);
-  return Option(option->option_text(shown + " [" + words.front() + "]"));
+  return {option->option_text(shown + " [" + words.front() + "]"), files_};
 }
 
 bool Command::IsGiven(const std::string& name) const {
@@ -110,10 +148,15 @@ void Command::SetNotes(const std::string& notes) {
 }
 
 void Command::SetAction(const std::function<int()>& action) {
-  app_->callback([action, status = status_] { *status = action(); });
+  app_->callback([action, status = status_, files = files_] {
+    RefuseClashes(*files);
+    *status = action();
+  });
 }
 
 namespace {
+
+constexpr const char* kNoMemory = "there is not enough memory for this";
 
 int Complain(const std::string& reason) {
   PrintMessage(reason);
@@ -180,8 +223,12 @@ int RunTool(std::span<const std::string> arguments, std::span<const CommandEntry
     return Complain(error.what());
   } catch (const OutputError& error) {
     return Complain(error.what());
+  } catch (const CMemoryException&) {
+    return Complain(kNoMemory);
   } catch (const CException& error) {
     return Complain(error.what());
+  } catch (const std::bad_alloc&) {
+    return Complain(kNoMemory);
   }
   return status;
 }

@@ -8,8 +8,10 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace CLI {
@@ -22,10 +24,16 @@ namespace vrx::tool {
 /// Looks at a text that was given; returns what is wrong with it, or an empty text.
 using OptionCheck = std::function<std::string(const std::string& text)>;
 
+/// The options and arguments of a command whose values are files.
+struct FileOptions {
+  std::vector<CLI::Option*> read, written;
+};
+
 /// One option or argument of a command; a handle, to be copied.
 class Option {
  public:
-  explicit Option(CLI::Option* option) : option_(option) {}
+  Option(CLI::Option* option, std::shared_ptr<FileOptions> files)
+      : option_(option), files_(std::move(files)) {}
 
   Option& Required();
   /// The text that the help shows behind the name: the kind of value, and the default in brackets.
@@ -35,9 +43,14 @@ class Option {
   Option& Excludes(const Option& other);
   /// This one is given only beside the other.
   Option& Needs(const Option& other);
+  /// Its values are files that the run reads, or writes. A run whose results would go over one of the files that it reads, or
+  /// two of them into one file, is refused before it begins.
+  Option& ReadsFile();
+  Option& WritesFile();
 
  private:
   CLI::Option* option_;
+  std::shared_ptr<FileOptions> files_;
 };
 
 /// A command that is being declared; a handle, to be copied. What options are stored in must outlive the parse:
@@ -82,6 +95,7 @@ class Command {
 
   CLI::App* app_;
   int* status_;
+  std::shared_ptr<FileOptions> files_ = std::make_shared<FileOptions>();
 };
 
 /// The manual page of the tool and all its commands, in the language of man.

@@ -25,12 +25,12 @@ namespace vrx::tool {
 
 namespace {
 
-std::atomic<bool> interruptNoted{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
+std::atomic<int> notedSignal{0};
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler sets it");
 
-extern "C" void NoteInterrupt(int) {
-  interruptNoted = true;
-  std::signal(SIGINT, SIG_DFL);
+extern "C" void NoteSignal(int signal) {
+  notedSignal = signal;
+  std::signal(signal, SIG_DFL);
 }
 
 std::string_view Environment(const char* name) {
@@ -97,24 +97,34 @@ void ProgressBar::Draw(uint64_t done) {
 }
 
 InterruptWatch::InterruptWatch() {
-  if (std::signal(SIGINT, NoteInterrupt) == SIG_IGN) std::signal(SIGINT, SIG_IGN);
+  for (std::size_t i = 0; i < kSignals.size(); ++i) {
+    before_[i] = std::signal(kSignals[i], NoteSignal);
+    if (before_[i] == SIG_IGN) std::signal(kSignals[i], SIG_IGN);
+  }
 }
 
 InterruptWatch::~InterruptWatch() {
-  if (std::signal(SIGINT, SIG_DFL) == SIG_IGN) std::signal(SIGINT, SIG_IGN);
+  for (std::size_t i = 0; i < kSignals.size(); ++i) {
+    std::signal(kSignals[i], IsNoted() && before_[i] != SIG_IGN ? SIG_DFL : before_[i]);
+  }
+}
+
+bool InterruptWatch::IsNoted() const {
+  return notedSignal != 0;
 }
 
 void InterruptWatch::Check() const {
-  if (interruptNoted) throw Interrupted();
+  if (IsNoted()) throw Interrupted();
 }
 
 int EndByInterrupt() {
+  const int signal = notedSignal != 0 ? notedSignal.load() : SIGINT;
 #if !defined(_WIN32)
-  std::signal(SIGINT, SIG_DFL);
-  std::raise(SIGINT);
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
 #endif
-  constexpr int kInterrupted = 130;  // what shells call it
-  return kInterrupted;
+  constexpr int kEndedBySignal = 128;  // and its number, what shells call it
+  return kEndedBySignal + signal;
 }
 
 #if defined(_WIN32)
@@ -149,9 +159,12 @@ std::vector<std::string> Utf8Arguments(int argc, char** argv) {
 void UseUtf8Streams() {}
 #endif
 
-void IgnoreBrokenPipes() {
+void TurnSignalsIntoErrors() {
 #if defined(SIGPIPE)
   std::signal(SIGPIPE, SIG_IGN);
+#endif
+#if defined(SIGXFSZ)
+  std::signal(SIGXFSZ, SIG_IGN);
 #endif
 }
 

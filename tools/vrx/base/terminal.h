@@ -3,6 +3,8 @@
 #ifndef TOOLS_VRX_BASE_TERMINAL_H_
 #define TOOLS_VRX_BASE_TERMINAL_H_
 
+#include <array>
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -43,8 +45,9 @@ class ProgressBar {
   bool drawn_ = false;
 };
 
-/// While one of these exists, the first Ctrl-C is noted instead of ending the process, so that work can stop in order; the
-/// second one ends it. A process that was started with interrupts ignored keeps ignoring them.
+/// While one of these exists, the first Ctrl-C or request to end (SIGTERM) is noted instead of ending the process, so that work
+/// can stop in order; the second one ends it. A process that was started with interrupts ignored keeps ignoring them. They may
+/// be nested.
 class InterruptWatch {
  public:
   InterruptWatch();
@@ -52,15 +55,21 @@ class InterruptWatch {
   InterruptWatch& operator=(const InterruptWatch&) = delete;
   ~InterruptWatch();
 
-  /// Throws Interrupted when Ctrl-C was pressed.
+  /// True when one was noted.
+  [[nodiscard]] bool IsNoted() const;
+  /// Throws Interrupted then.
   void Check() const;
+
+ private:
+  static constexpr std::array kSignals{SIGINT, SIGTERM};
+  std::array<void (*)(int), kSignals.size()> before_{};
 };
 
-/// Ctrl-C was pressed during work that noted it. Passes every handler up to main.
+/// Ctrl-C was pressed, or an end asked for, during work that noted it. Passes every handler up to main.
 struct Interrupted {};
 
-/// Ends the process as an interrupt does that nobody handles, so that scripts and shells see one; where the system has no
-/// such end, returns the status that stands for it.
+/// Ends the process as the signal does that was noted when nobody handles it, so that scripts and shells see one; where the
+/// system has no such end, returns the status that stands for it.
 int EndByInterrupt();
 
 /// The arguments behind the program's name, as UTF-8 on every system.
@@ -69,8 +78,8 @@ std::vector<std::string> Utf8Arguments(int argc, char** argv);
 /// Makes the standard streams those of bytes, and a console of Windows one of UTF-8 and colours. Elsewhere they are.
 void UseUtf8Streams();
 
-/// A writer that goes away ends the write with an error instead of the process with a signal.
-void IgnoreBrokenPipes();
+/// A reader that goes away, and a limit to the size of files, end a write with an error instead of the process with a signal.
+void TurnSignalsIntoErrors();
 
 }  // namespace vrx::tool
 

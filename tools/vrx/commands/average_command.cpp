@@ -1,5 +1,7 @@
 // vrx average: the mean of repeated readings, and how far they scatter.
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <memory>
@@ -8,6 +10,9 @@
 #include <vector>
 
 #include <vrxmath/colorimetry/color_records.h>
+
+#include <vrxio/files/measurement_writer.h>
+#include <vrxio/measurement/wavelength_grid.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
@@ -69,14 +74,59 @@ void WriteStatistics(const Readings& readings, const ReadingStatistics& statisti
   rows.EndRow();
 }
 
+// The wavelengths of all means: those that every sample was measured at, or those of the library's grid within.
+std::vector<double> CommonWavelengths(const std::vector<Readings>& all) {
+  std::vector<double> common = all.front().wavelengths;
+  bool areSame = true;
+  double first = common.empty() ? 0 : common.front(), last = common.empty() ? 0 : common.back();
+  for (const Readings& readings : all) {
+    areSame = areSame && readings.wavelengths == common;
+    if (readings.wavelengths.empty()) continue;
+    first = std::max(first, readings.wavelengths.front());
+    last = std::min(last, readings.wavelengths.back());
+  }
+  if (areSame) return common;
+  common = LibraryWavelengths();
+  std::erase_if(common, [&](double nm) { return nm < first || nm > last; });
+  return common;
+}
+
+// The conditions that some sample has, by place in ConditionTexts. A column of geometries stands for the first.
+std::vector<bool> KnownConditions(const std::vector<Readings>& all, bool hasGeometries) {
+  std::vector<bool> known;
+  for (const Readings& readings : all) {
+    const auto texts = ConditionTexts(readings.layout->conditions);
+    known.resize(texts.size());
+    for (std::size_t i = hasGeometries ? 1 : 0; i < texts.size(); ++i) {
+      if (!texts[i].second.empty()) known[i] = true;
+    }
+  }
+  return known;
+}
+
+// What the rows of means have in common.
+struct MeanLayout {
+  std::vector<double> wavelengths;
+  std::vector<bool> conditions;
+};
+
+std::string NumberText(double value) {
+  char text[32];
+  return {text, std::to_chars(text, text + sizeof text, value).ptr};
+}
+
 // The columns in which the means can be read again.
-std::vector<Column> MeanColumns(const CurveReader& reader) {
+std::vector<Column> MeanColumns(const CurveReader& reader, const MeanLayout& layout) {
   std::vector<Column> columns{{"id"}};
   if (reader.HasIdsAndNames()) columns.push_back({"name"});
   if (reader.HasStandards()) columns.push_back({"standard"});
   if (reader.HasGeometries()) columns.push_back({"geometry"});
+  const auto texts = ConditionTexts({});
+  for (std::size_t i = 0; i < layout.conditions.size(); ++i) {
+    if (layout.conditions[i]) columns.push_back({texts[i].first});
+  }
   if (reader.Kind() == Sample::kCurve) {
-    for (int32_t i = 0; i < kWavelengths; ++i) columns.push_back({std::to_string(WavelengthAt(i))});
+    for (const double nm : layout.wavelengths) columns.push_back({NumberText(nm)});
   } else {
     for (const char* name : {"X", "Y", "Z"}) columns.push_back({name});
     if (reader.Kind() == Sample::kLab)
@@ -85,14 +135,28 @@ std::vector<Column> MeanColumns(const CurveReader& reader) {
   return columns;
 }
 
-void WriteMean(const Readings& readings, const CurveReader& reader, RowWriter& rows) {
+// The mean of curves at wavelengths that all of them have, or within what they have on the library's grid.
+std::vector<double> CurveOf(const Readings& readings, const std::vector<double>& wavelengths) {
+  const std::vector<double> mean = readings.MeasuredMean();
+  if (readings.wavelengths == wavelengths) return mean;
+  std::vector<double> curve(wavelengths.size());
+  SpectralResampler(readings.wavelengths, wavelengths).Convert(mean, curve.data());
+  return curve;
+}
+
+void WriteMean(const Readings& readings, const CurveReader& reader, const MeanLayout& layout,
+               RowWriter& rows) {
   const CurveRow mean = readings.Mean();
   rows.Text(mean.id);
   if (reader.HasIdsAndNames()) rows.Text(mean.name);
   if (reader.HasStandards()) rows.Text(mean.standard);
   if (reader.HasGeometries()) rows.Text(GeometryName(mean.geometry));
+  const auto texts = ConditionTexts(readings.layout->conditions);
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    if (layout.conditions[i]) rows.Text(texts[i].second);
+  }
   if (mean.kind == Sample::kCurve) {
-    for (const double percent : mean.curve) rows.Number(percent);
+    for (const double percent : CurveOf(readings, layout.wavelengths)) rows.Number(percent);
   } else {
     for (const double value : mean.color) rows.Number(value);
   }
@@ -112,13 +176,21 @@ void RunAverage(const AverageOptions& options) {
   CurveReader reader = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
   const bool showsStatistics = options.statistics || options.format == Format::kTable;
   OutputStream output;
-  const auto rows =
-      MakeRowWriter(options.format, output, showsStatistics ? StatisticsColumns() : MeanColumns(reader));
-  for (const Readings& readings : ReadReadings(reader, static_cast<std::size_t>(options.count))) {
+  const std::vector<Readings> all = ReadReadings(reader, static_cast<std::size_t>(options.count));
+  if (all.empty()) throw InputError(reader.Source().Name() + ": there is no reading");
+  const MeanLayout layout{CommonWavelengths(all), KnownConditions(all, reader.HasGeometries())};
+  const auto rows = MakeRowWriter(options.format, output,
+                                  showsStatistics ? StatisticsColumns() : MeanColumns(reader, layout));
+  for (const Readings& readings : all) {
     const ReadingStatistics statistics =
         StatisticsOf(readings, illuminants.front(), options.viewing.Observer());
-    showsStatistics ? WriteStatistics(readings, statistics, *rows) : WriteMean(readings, reader, *rows);
+    showsStatistics ? WriteStatistics(readings, statistics, *rows)
+                    : WriteMean(readings, reader, layout, *rows);
     TellOutliers(reader.Source().Name(), readings, statistics);
+    if (!readings.mixture.empty()) {
+      PrintMessage(reader.Source().Name() + ": the readings of \"" + readings.id +
+                   "\" are of different conditions: " + readings.mixture);
+    }
   }
   rows->Finish();
   output.Finish();
@@ -130,7 +202,9 @@ void RunAverage(const AverageOptions& options) {
 void AddAverage(Command& tool) {
   const auto options = std::make_shared<AverageOptions>();
   Command command = tool.AddCommand("average", "The mean of repeated readings, and how far they scatter");
-  command.AddOption("FILE", options->file, "Curves or colours (- reads standard input)").Required();
+  command.AddOption("FILE", options->file, "Curves or colours (- reads standard input)")
+      .ReadsFile()
+      .Required();
   command
       .AddOption("--count", options->count,
                  "So many rows in turn are readings of one sample, whatever their ids")
@@ -142,8 +216,11 @@ void AddAverage(Command& tool) {
   AddFormatOption(command, options->format);
   command.SetNotes(
       "A table has the statistics; csv and json have the means, as curves or colours that other commands\n"
-      "read. A reading lies apart when it is three times as far from the median colour as half of them are,\n"
-      "and more than 0.1 away; it is told and stays in the mean.\n\n"
+      "read, at the wavelengths that were measured and with their conditions. A reading lies apart when it "
+      "is\n"
+      "three times as far from the median colour as half of them are, of three readings sixteen times as far "
+      "as\n"
+      "the nearer one, and more than 0.1 away; it is told and stays in the mean.\n\n"
       "Examples:\n"
       "  vrx average examples/chart_ohta.csv --count 4\n"
       "  vrx average readings.csv --format csv > means.csv\n");

@@ -156,7 +156,6 @@ class FitRows {
 };
 
 void RunCalibrate(const CalibrateOptions& options) {
-  RefuseInputAsOutput(options.output, {options.samples});
   DrawdownFile file = ReadDrawdowns(options.samples, options.input);
   LeaveOut(options, file);
   const CCalibrationSettings settings = SettingsOf(options, file);
@@ -189,11 +188,14 @@ void AddCalibrate(Command& tool) {
   const auto options = std::make_shared<CalibrateOptions>();
   Command command = tool.AddCommand("calibrate", "K and S of colorants from weighed drawdowns");
   command.AddOption("SAMPLES", options->samples, "Curves of drawdowns with their shares, a CSV file")
+      .ReadsFile()
       .Required();
   command.AddOption("--white", options->white, "The component whose scattering is 1")
       .Shows("NAME")
       .Required();
-  command.AddOption("--output", options->output, "Write the colour system to this file").Shows("FILE");
+  command.AddOption("--output", options->output, "Write the colour system to this file")
+      .WritesFile()
+      .Shows("FILE");
   command.AddOption("--name", options->name, "What the colour system is called").Shows("NAME");
   command.AddOption("--hold-out", options->holdOut, "Drawdowns that take no part, but are predicted")
       .Shows("ID,...");

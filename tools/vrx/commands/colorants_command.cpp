@@ -73,7 +73,7 @@ void RunColorants(const ColorantsOptions& options) {
 void AddColorants(Command& tool) {
   const auto options = std::make_shared<ColorantsOptions>();
   Command command = tool.AddCommand("colorants", "List the components of a colour system");
-  command.AddOption("SYSTEM", options->system, "Colour system, a JSON file").Required();
+  command.AddOption("SYSTEM", options->system, "Colour system, a JSON file").ReadsFile().Required();
   AddFormatOption(command, options->format);
   command.SetNotes(
       "Each component is listed with its kind, the number of its levels, their lowest and highest\n"

@@ -1,18 +1,23 @@
 // vrx convert: measurements from one form of file to another.
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
-
-#include <vrxmath/platform/exceptions.h>
-#include <vrxmath/platform/files.h>
+#include <vector>
 
 #include <vrxio/files/measurement_files.h>
 #include <vrxio/files/measurement_writer.h>
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/same_file.h"
+#include "tools/vrx/base/terminal.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {
@@ -26,6 +31,7 @@ struct ConvertOptions {
   CurveInputOptions input;
   Form outputForm = Form::kByContent;
   bool outputFraction = false;
+  bool csvSafe = false, decimalComma = false;
   std::string grid;
 };
 
@@ -55,43 +61,101 @@ std::string Now() {
   return text;
 }
 
-void WriteFile(MeasurementReader& source, const WriteOptions& writing, const std::string& path) {
-  FileReplacer file;
-  if (!file.Open(path)) throw InputError(path + ": " + file.GetError());
-  std::string buffer;
-  const auto send = [&] {
-    try {
-      file.Write(std::as_bytes(std::span(buffer)));
-    } catch (const CArchiveException&) {
-      throw OutputError(path + ": " + file.GetError());
-    }
-    buffer.clear();
-  };
-  WriteMeasurements(source, writing, [&](std::string_view text) {
-    constexpr std::size_t kEnough = std::size_t{1} << 18;
-    buffer += text;
-    if (buffer.size() > kEnough) send();
-  });
-  send();
-  if (!file.Commit()) throw OutputError(path + ": " + file.GetError());
+// Names in a message; many are cut.
+std::string Listed(const std::vector<std::string>& names) {
+  constexpr std::size_t kMost = 12;
+  std::string list;
+  for (std::size_t i = 0; i < names.size() && i < kMost; ++i) list += (i > 0 ? ", " : "") + names[i];
+  return names.size() > kMost ? list + " and " + std::to_string(names.size() - kMost) + " more" : list;
 }
 
-void RunConvert(const ConvertOptions& options) {
+WriteOptions WritingOf(const ConvertOptions& options) {
   WriteOptions writing;
   writing.form = options.outputForm == Form::kByContent ? FormOfName(options.out) : options.outputForm;
   writing.fraction = options.outputFraction;
+  writing.csvSafe = options.csvSafe;
+  writing.decimalComma = options.decimalComma;
   if (writing.fraction && writing.form == Form::kCgats) {
     throw InputError("--to-fraction: CGATS is written in percent, as SPECTRAL_NORM says in it");
   }
+  if ((options.csvSafe || options.decimalComma) && writing.form != Form::kCsv) {
+    throw InputError(std::string(options.csvSafe ? "--csv-safe" : "--decimal-comma") + " is for CSV");
+  }
   if (!options.grid.empty()) writing.grid = ParseWavelengthRange(options.grid, "--grid");
   writing.creationDate = Now();
+  return writing;
+}
+
+// Collects pieces of text, which are passed on when there are many of them.
+class Pieces {
+ public:
+  explicit Pieces(TextSink sink) : sink_(std::move(sink)) {}
+  void Add(std::string_view text) {
+    constexpr std::size_t kEnough = std::size_t{1} << 18;
+    text_ += text;
+    if (text_.size() > kEnough) Send();
+  }
+  void Send() {
+    sink_(text_);
+    text_.clear();
+  }
+
+ private:
+  TextSink sink_;
+  std::string text_;
+};
+
+void WriteFile(MeasurementReader& source, const WriteOptions& writing, const std::string& path) {
+  std::optional<OutputFile> file;  // opened when it is known that something is written
+  Pieces pieces([&](std::string_view text) {
+    if (!file) file.emplace(path);
+    file->Write(text);
+  });
+  WriteMeasurements(source, writing, [&](std::string_view text) { pieces.Add(text); });
+  pieces.Send();
+  file->Commit();
+}
+
+// To standard output; what a terminal would obey is not shown on one.
+void WriteOutput(MeasurementReader& source, const WriteOptions& writing) {
+  OutputStream output;
+  Pieces pieces([&](std::string_view text) {
+    while (!text.empty()) {
+      const std::size_t end = std::min(text.find('\n'), text.size());
+      output.AppendShown(text.substr(0, end));
+      if (end < text.size()) output.Append('\n');
+      text.remove_prefix(std::min(end + 1, text.size()));
+    }
+  });
+  WriteMeasurements(source, writing, [&](std::string_view text) { pieces.Add(text); });
+  pieces.Send();
+  output.Finish();
+}
+
+void RunConvert(const ConvertOptions& options) {
+  WriteOptions writing = WritingOf(options);
   InputStream input = OpenInput(options.in);
   if (input.size == 0) HoldInput(input);  // it is read twice
-  const auto source = OpenMeasurements(std::move(input), options.input.Reading());
-  if (options.out != "-") return WriteFile(*source, writing, options.out);
-  OutputStream output;
-  WriteMeasurements(*source, writing, [&](std::string_view text) { output.Append(text); });
-  output.Finish();
+  ReadOptions reading = options.input.Reading();
+  reading.keepsOthers = true;
+  const auto source = OpenMeasurements(std::move(input), reading);
+  std::vector<std::string> losses;
+  writing.onLosses = [&](const std::vector<std::string>& lost) {
+    if (options.in != "-" && options.out != "-" && AreOneFile(options.in, options.out)) {
+      throw InputError(options.out + ": the file that is read would lose " + Listed(lost) +
+                       "; write to another");
+    }
+    losses = lost;
+  };
+  {
+    ProgressBar progress(2 * source->Size());
+    writing.onProgress = [&progress](uint64_t done) { progress.Update(done); };
+    options.out == "-" ? WriteOutput(*source, writing) : WriteFile(*source, writing, options.out);
+  }
+  if (source->CountUnmeasured() > 0) {
+    losses.push_back(std::to_string(source->CountUnmeasured()) + " rows without values");
+  }
+  if (!losses.empty()) PrintMessage(source->Name() + ": warning: not kept: " + Listed(losses));
 }
 
 }  // namespace
@@ -99,7 +163,9 @@ void RunConvert(const ConvertOptions& options) {
 void AddConvert(Command& tool) {
   const auto options = std::make_shared<ConvertOptions>();
   Command command = tool.AddCommand("convert", "Measurements from one form of file to another");
-  command.AddOption("IN", options->in, "CSV, CGATS, CxF3 or JSON (- reads standard input)").Required();
+  command.AddOption("IN", options->in, "CSV, CGATS, CxF3 or JSON (- reads standard input)")
+      .ReadsFile()
+      .Required();
   command
       .AddOption("OUT", options->out,
                  "The new file, by its name .csv, .txt, .cxf or .json (- writes standard output)")
@@ -109,11 +175,17 @@ void AddConvert(Command& tool) {
   command.AddOption("--grid", options->grid, "Wavelengths of the new file in nm").Shows("FIRST-LAST/STEP");
   command.AddFlag("--to-fraction", options->outputFraction,
                   "Write CSV and JSON as fractions of 1, not percent");
+  command.AddFlag("--csv-safe", options->csvSafe,
+                  "Put an apostrophe before texts in CSV that a spreadsheet would run as formulas");
+  command.AddFlag("--decimal-comma", options->decimalComma,
+                  "Write numbers in CSV with a comma, and semicolons between columns");
   AddReadOptions(command, options->input);
   command.SetNotes(
-      "Values read back to the same numbers unless --grid interpolates them. Names, geometry, M condition, "
-      "filter,\n"
-      "backing, instrument and aperture are kept.\n\n"
+      "Values read back to the same numbers unless --grid interpolates them. Names, dates, conditions and "
+      "columns\n"
+      "that nothing is made of, such as RGB or densities, are kept; what the new form cannot hold is named "
+      "in a\n"
+      "warning. A file takes its own place only where nothing is lost.\n\n"
       "Examples:\n"
       "  vrx convert examples/chart_ohta.csv chart.cxf --grid 380-730/10\n"
       "  vrx convert examples/chart_ohta.csv - --to cgats\n");

@@ -81,16 +81,21 @@ void RunCorrect(const CorrectOptions& options) {
 void AddCorrect(Command& tool) {
   const auto options = std::make_shared<CorrectOptions>();
   Command command = tool.AddCommand("correct", "What to add to a batch that came out wrong");
-  command.AddOption("SYSTEM", options->search.system, "Colour system, a JSON file").Required();
+  command.AddOption("SYSTEM", options->search.system, "Colour system, a JSON file").ReadsFile().Required();
   command.AddOption("--formula", options->formula, "What went into the batch, a JSON file of formulas")
+      .ReadsFile()
       .Shows("FILE")
       .Required();
   command.AddOption("--name", options->name, "Which formula of the file it is, when there are several")
       .Shows("NAME");
   command.AddOption("--batch", options->batch, "The curve of the batch, as measured")
+      .ReadsFile()
       .Shows("FILE")
       .Required();
-  command.AddOption("--target", options->target, "The curve that it shall have").Shows("FILE").Required();
+  command.AddOption("--target", options->target, "The curve that it shall have")
+      .ReadsFile()
+      .Shows("FILE")
+      .Required();
   command
       .AddOption("--batch-size", options->search.batchSize,
                  "Amount of the batch, in the unit of the additions")

@@ -211,6 +211,7 @@ void AddDelta(Command& tool) {
       .AddOption("PAIRS", options->pairs,
                  "Columns L1,a1,b1,L2,a2,b2 or X1,Y1,Z1,X2,Y2,Z2, optionally id and angle (- reads standard "
                  "input)")
+      .ReadsFile()
       .Required();
   AddSystemOptions(command, options->system, "cmc");
   AddViewingOptions(command, options->viewing, "D65");

@@ -258,8 +258,10 @@ void AddOptions(Command& command, FitOptions& options) {
   command
       .AddOption("ACCEPTED", options.accepted,
                  "Curves of the accepted trials, or columns dL,da,db (- reads standard input)")
+      .ReadsFile()
       .Required();
   command.AddOption("--standard", options.standard, "Curves of the standard, or standards")
+      .ReadsFile()
       .Shows("FILE [ACCEPTED]");
   Option id = command.AddOption("--standard-id", options.standardId, "Which row is the standard");
   id.Shows("ID [the first row]");

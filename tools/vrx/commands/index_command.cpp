@@ -247,11 +247,13 @@ void RunIndex(const IndexOptions& options) {
 void AddIndex(Command& tool) {
   const auto options = std::make_shared<IndexOptions>();
   Command command = tool.AddCommand("index", "Whiteness, tint and yellowness, metamerism, contrast ratio");
-  command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z (- reads standard input)");
-  Option standard = command.AddOption("--standard", options->standard,
-                                      "Curves of the standard, or standards: adds the CIE special metamerism "
-                                      "index of every curve between the "
-                                      "first illuminant and each other one");
+  command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z (- reads standard input)").ReadsFile();
+  Option standard = command
+                        .AddOption("--standard", options->standard,
+                                   "Curves of the standard, or standards: adds the CIE special metamerism "
+                                   "index of every curve between the "
+                                   "first illuminant and each other one")
+                        .ReadsFile();
   standard.Shows("FILE");
   Option id =
       command.AddOption("--standard-id", options->standardId, "Which row of --standard is the standard");

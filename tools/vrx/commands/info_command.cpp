@@ -134,7 +134,9 @@ void RunInfo(const InfoOptions& options) {
 void AddInfo(Command& tool) {
   const auto options = std::make_shared<InfoOptions>();
   Command command = tool.AddCommand("info", "What a file of measurements holds, and what of it is not used");
-  command.AddOption("FILE", options->file, "CSV, CGATS, CxF3 or JSON (- reads standard input)").Required();
+  command.AddOption("FILE", options->file, "CSV, CGATS, CxF3 or JSON (- reads standard input)")
+      .ReadsFile()
+      .Required();
   AddReadOptions(command, options->input);
   AddFormatOption(command, options->format);
   command.SetNotes(

@@ -307,10 +307,6 @@ void RunFromStock(const MatchOptions& options) {
 }
 
 void RunMatch(const MatchOptions& options) {
-  for (const std::string& output : {options.formulas, options.report.file}) {
-    RefuseInputAsOutput(
-        output, {options.search.system, options.targets, options.search.choice.limits, options.backings});
-  }
   const ColorSystem system = ReadColorSystem(options.search.system);
   ResultReport report(options.report, ReportText::kRecipes);
   const std::vector<NamedTarget> targets = ReadTargets(options, report);
@@ -361,6 +357,7 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
   const Option backings = command
                               .AddOption("--backings", options.backings,
                                          "Two curves, a black backing and a white one, for the opacity")
+                              .ReadsFile()
                               .Shows("FILE");
   command
       .AddOption("--thickness", options.thickness,
@@ -384,6 +381,7 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
           .Shows("N [0]");
   const Option formulas =
       command.AddOption("--formulas", options.formulas, "Write the recipes to a JSON file for vrx predict")
+          .WritesFile()
           .Shows("FILE");
   for (const Option& option : {backings, size, least, prerank, formulas}) stock.Excludes(option);
 }
@@ -393,8 +391,9 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
 void AddMatch(Command& tool) {
   const auto options = std::make_shared<MatchOptions>();
   Command command = tool.AddCommand("match", "Recipes of colours: every subset of the colorants is solved");
-  command.AddOption("SYSTEM", options->search.system, "Colour system, a JSON file").Required();
+  command.AddOption("SYSTEM", options->search.system, "Colour system, a JSON file").ReadsFile().Required();
   command.AddOption("TARGETS", options->targets, "Curves, or colours as columns L, a, b, a CSV file")
+      .ReadsFile()
       .Required();
   command.AddChoice("--sort", options->order, {"fewest", "color", "metamerism", "cost"},
                     "The order of recipes within the tolerance");
@@ -402,6 +401,7 @@ void AddMatch(Command& tool) {
   Option stock = command
                      .AddOption("--from-stock", options->stock,
                                 "Use up known batches: their curves, with columns formula and amount")
+                     .ReadsFile()
                      .Shows("FILE");
   command
       .AddOption("--max-addition", options->mostAddition, "With --from-stock: most that is added, of a batch")

@@ -140,7 +140,6 @@ std::string TitleOf(const JudgedTrials& judged, const Chart& chart) {
 
 int RunPlot(const PlotOptions& options) {
   const PictureFormat format = PictureFormatOf(options.output);
-  RefuseInputAsOutput(options.output, {options.comparison.standard, options.comparison.trials});
   if (!(options.scale >= 0.25 && options.scale <= 20)) throw InputError("--scale: a factor from 0.25 to 20");
   const JudgeSettings settings = SettingsOf(options.judging);
   const JudgedTrials judged = JudgeTrials(options, settings);
@@ -166,6 +165,7 @@ void AddPlot(Command& tool) {
       .Required();
   AddComparisonOptions(command, options->comparison, Content::kCurvesOrColors);
   command.AddOption("--output", options->output, "The picture, by its name PNG or SVG")
+      .WritesFile()
       .Required()
       .Shows("FILE.png|FILE.svg");
   command.AddOption("--scale", options->scale, "Pixels of a unit of length").Shows("FACTOR [1]");

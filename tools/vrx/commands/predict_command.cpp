@@ -175,8 +175,8 @@ void RunPredict(const PredictOptions& options) {
 void AddPredict(Command& tool) {
   const auto options = std::make_shared<PredictOptions>();
   Command command = tool.AddCommand("predict", "Curves and colours of the formulas of a colour system");
-  command.AddOption("SYSTEM", options->system, "Colour system, a JSON file").Required();
-  command.AddOption("FORMULAS", options->formulas, "Formulas, a JSON file").Required();
+  command.AddOption("SYSTEM", options->system, "Colour system, a JSON file").ReadsFile().Required();
+  command.AddOption("FORMULAS", options->formulas, "Formulas, a JSON file").ReadsFile().Required();
   AddViewingOptions(command, options->viewing, "D65,A,CWF");
   AddFormatOption(command, options->format);
   command.SetNotes(

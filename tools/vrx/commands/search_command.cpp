@@ -204,8 +204,10 @@ void AddSearch(Command& tool) {
   command
       .AddOption("SAMPLES", options->samples,
                  "Curves or colours to find standards for (- reads standard input)")
+      .ReadsFile()
       .Required();
   command.AddOption("STANDARDS", options->standards, "Curves or colours of the standards, up to 4 million")
+      .ReadsFile()
       .Required();
   command.AddOption("--count", options->count, "How many standards to find for each sample")
       .Shows("1 to 1000 [10]")

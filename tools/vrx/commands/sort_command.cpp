@@ -177,8 +177,10 @@ void AddSort(Command& tool) {
   const auto options = std::make_shared<SortOptions>();
   Command command = tool.AddCommand("sort", "Sort trials into shade blocks, such as 555");
   command.AddOption("TRIALS", options->trials, "Curves or colours of the trials (- reads standard input)")
+      .ReadsFile()
       .Required();
   command.AddOption("--standard", options->standard, "Curve or colour of the standard")
+      .ReadsFile()
       .Shows("FILE [TRIALS]");
   command.AddOption("--standard-id", options->standardId, "Which row is the standard")
       .Shows("ID [the first row]");

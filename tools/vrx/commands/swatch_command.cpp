@@ -199,7 +199,6 @@ std::vector<Card> JudgeAll(ComparisonOptions files, const JudgeSettings& setting
 
 void RunSwatch(const SwatchOptions& options) {
   const PictureFormat format = PictureFormatOf(options.output);
-  RefuseInputAsOutput(options.output, {options.comparison.standard, options.comparison.trials});
   const JudgeSettings settings = SettingsOf(options.judging);
   const std::vector<Card> cards = JudgeAll(options.comparison, settings);
   SavePicture(*Sheet(settings, cards).Paint(format), options.output);
@@ -213,9 +212,11 @@ void AddSwatch(Command& tool) {
   ComparisonOptions& files = options->comparison;
   files.content = Content::kCurvesOrColors;
   command.AddOption("FILE", files.standard, "Curves or colours: the standard and, without TRIALS, the trials")
+      .ReadsFile()
       .Required();
-  command.AddOption("TRIALS", files.trials, "Curves or colours of the trials");
+  command.AddOption("TRIALS", files.trials, "Curves or colours of the trials").ReadsFile();
   command.AddOption("--output", options->output, "The picture, by its name PNG or SVG")
+      .WritesFile()
       .Required()
       .Shows("FILE.png|FILE.svg");
   AddStandardOptions(command, files);

@@ -153,6 +153,7 @@ void AddXml(Command& tool) {
   const auto options = std::make_shared<XmlOptions>();
   Command command = tool.AddCommand("xml", "Show the outline of an XML document, or a value in it");
   command.AddOption("FILE", options->file, "UTF-8, or UTF-16 with a byte-order mark; - for standard input")
+      .ReadsFile()
       .Required();
   command.AddOption("PATH", options->path, "Such as root/child[2]/@attribute; * is any name");
   AddFormatOption(command, options->format);

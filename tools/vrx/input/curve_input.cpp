@@ -26,9 +26,13 @@ void AddReadOptions(Command& command, CurveInputOptions& options) {
   command.AddFlag("--force", options.read.force, "Take fractions above 2 for what they are");
   command.AddFlag("--lenient", options.read.lenient,
                   "Pass over unknown columns and other deviations, with a warning");
+  command.AddOption("--id-column", options.read.idColumn, "The column that has the ids, by its heading")
+      .Shows("NAME");
   command.AddOption("--ignore-columns", options.ignoredColumns, "Columns to pass over, separated by commas")
       .Shows("LIST");
   command.AddFlag("--latin1", options.read.latin1, "The text is Latin-1, not UTF-8");
+  command.AddOption("--columns", options.columns, "The columns of a table without a header, such as id,L,a,b")
+      .Shows("LIST");
   command
       .AddOption("--wavelengths", options.read.wavelengths,
                  "The wavelengths in nm of a table without a header")
@@ -53,6 +57,7 @@ ReadOptions CurveInputOptions::Reading() const {
   if (fraction) reading.scale = ReadOptions::Scale::kFraction;
   if (percent) reading.scale = ReadOptions::Scale::kPercent;
   if (!ignoredColumns.empty()) reading.ignoredColumns = SplitList(ignoredColumns, ',');
+  if (!columns.empty()) reading.columns = SplitList(columns, ',');
   return reading;
 }
 
@@ -79,9 +84,6 @@ CurveReader OpenCurves(InputStream input, const CurveInputOptions& options, Cont
 
 void WarnAboutInput(const CurveReader& curves) {
   const std::string& name = curves.Source().Name();
-  if (curves.LooksLikeFractions()) {
-    Remark(name, "warning: no value is above 1 percent; for fractions of 1 use --fraction");
-  }
   for (const std::string& warning : curves.SampleWarnings()) Remark(name, "warning: " + warning);
 }
 

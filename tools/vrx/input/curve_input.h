@@ -20,6 +20,7 @@ struct CurveInputOptions {
   bool verbose = false;
   std::string bandpass;
   std::string ignoredColumns;
+  std::string columns;
   ReadOptions read;  ///< without what the members above say
 
   /// All of them as a reader takes them. Throws InputError for those that contradict each other.
@@ -27,7 +28,7 @@ struct CurveInputOptions {
 };
 
 /// Adds the options that say how a file is read: `--input-format`, `--fraction`, `--percent`, `--force`, `--lenient`,
-/// `--ignore-columns`, `--latin1`, `--wavelengths` and `--wavelengths-in`.
+/// `--id-column`, `--ignore-columns`, `--latin1`, `--columns`, `--wavelengths` and `--wavelengths-in`.
 void AddReadOptions(Command& command, CurveInputOptions& options);
 /// Adds those and `--bandpass` and `--verbose`.
 void AddCurveInputOptions(Command& command, CurveInputOptions& options);
@@ -43,8 +44,8 @@ CurveReader OpenCurves(InputStream input, const CurveInputOptions& options,
                        Content content = Content::kCurves,
                        bool (*isExtra)(std::string_view heading) = nullptr);
 
-/// Says on standard error what is odd about the samples that were read: fractions by the look of them, samples without a
-/// curve, measurements of different conditions.
+/// Says on standard error what is odd about the samples that were read: samples without a curve, measurements of different
+/// conditions.
 void WarnAboutInput(const CurveReader& curves);
 /// The same of two files that are held against each other.
 void WarnAboutInput(const CurveReader& standards, const CurveReader& trials);

@@ -15,6 +15,7 @@ void AddIlluminantFileOptions(Command& command, IlluminantFileOptions& options) 
   command
       .AddOption("--illuminant-file", options.files,
                  "Spectral power of further illuminants: columns nm and a code each; 1, 5 or 10 nm apart")
+      .ReadsFile()
 
       .Shows("FILE ...");
   command.AddFlag("--illuminant-linear", options.straight,

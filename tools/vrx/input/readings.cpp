@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <map>
+#include <span>
 #include <utility>
 
 #include <vrxmath/colorimetry/color_spaces.h>
@@ -49,17 +50,27 @@ std::vector<double> Coordinate(const std::vector<Lab>& colors, std::size_t k) {
   return values;
 }
 
+constexpr double kApart = 3.0;
+constexpr double kRepeatability = 0.1;
+
+// The limit of three distances. With so few the spread is hardly known: the quotient of the gap and the range must come to
+// Dixon's Q (Rorabacher 1991), so the farther distance to Q / (1 - Q) of the nearer one.
+double LimitOfThree(const std::vector<double>& distances) {
+  constexpr double kQ = 0.941;
+  const double nearer = Median(distances);
+  return nearer <= kRepeatability ? kApart * kRepeatability : kQ / (1 - kQ) * nearer;
+}
+
 std::vector<std::size_t> Outliers(const std::vector<Lab>& colors) {
-  constexpr std::size_t kFewest = 4;
-  constexpr double kApart = 3.0;
-  constexpr double kRepeatability = 0.1;
+  constexpr std::size_t kFewest = 3;
   if (colors.size() < kFewest) return {};
   const Lab centre{Median(Coordinate(colors, 0)), Median(Coordinate(colors, 1)),
                    Median(Coordinate(colors, 2))};
   std::vector<double> distances;
   distances.reserve(colors.size());
   for (const Lab& color : colors) distances.push_back(Distance(color, centre));
-  const double limit = std::max(kRepeatability, kApart * Median(distances));
+  const double limit = colors.size() == kFewest ? LimitOfThree(distances)
+                                                : std::max(kRepeatability, kApart * Median(distances));
   std::vector<std::size_t> outliers;
   for (std::size_t i = 0; i < distances.size(); ++i) {
     if (distances[i] > limit) outliers.push_back(i);
@@ -92,6 +103,54 @@ CurveRow Readings::Mean() const {
   return row;
 }
 
+std::vector<double> Readings::MeasuredMean() const {
+  std::vector<double> mean = sums;
+  for (double& value : mean) value /= static_cast<double>(samples.size());
+  return mean;
+}
+
+namespace {
+
+// Adds what was measured to the sums, or once the wavelengths are other ones keeps where all of them were measured.
+void TakeMeasured(const CurveReader& reader, Readings& readings) {
+  const Measurement& measured = reader.Measured();
+  const std::span<const double> curve =
+      reader.Kind() == Sample::kCurve ? reader.MeasuredCurve() : std::span<const double>();
+  const std::vector<double>& wavelengths = measured.layout->wavelengths;
+  if (readings.samples.size() == 1) {
+    readings.layout = measured.layout;
+    readings.wavelengths = wavelengths;
+    readings.sums.assign(curve.begin(), curve.end());
+    return;
+  }
+  if (readings.mixture.empty()) {
+    readings.mixture = ConditionConflict(readings.layout->conditions, measured.layout->conditions);
+  }
+  if (wavelengths == readings.wavelengths && !readings.sums.empty()) {
+    for (std::size_t i = 0; i < readings.sums.size(); ++i) readings.sums[i] += curve[i];
+    return;
+  }
+  if (wavelengths.empty()) return;
+  readings.sums.clear();
+  std::erase_if(readings.wavelengths,
+                [&](double nm) { return nm < wavelengths.front() || nm > wavelengths.back(); });
+}
+
+// The sums on the library's grid, for readings of different wavelengths.
+void FinishMeasured(Readings& readings) {
+  if (!readings.sums.empty() || readings.wavelengths.empty()) return;
+  const double first = readings.wavelengths.front(), last = readings.wavelengths.back();
+  readings.wavelengths.clear();
+  for (int32_t i = 0; i < kWavelengths; ++i) {
+    if (WavelengthAt(i) < first || WavelengthAt(i) > last) continue;
+    readings.wavelengths.push_back(WavelengthAt(i));
+    double& sum = readings.sums.emplace_back(0.0);
+    for (const Sample& sample : readings.samples) sum += sample.curve[i];
+  }
+}
+
+}  // namespace
+
 std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count) {
   std::vector<Readings> all;
   std::map<std::pair<std::string, int32_t>, std::size_t> places;  // in `all`, by id and geometry
@@ -101,12 +160,17 @@ std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count) {
     const bool isNew = count > 0 ? read % count == 0
                                  : places.try_emplace({std::string(row.id), row.geometry}, all.size()).second;
     if (isNew) {
-      all.push_back(
-          {std::string(row.id), std::string(row.name), std::string(row.standard), row.geometry, {}});
+      Readings& first = all.emplace_back();
+      first.id = row.id;
+      first.name = row.name;
+      first.standard = row.standard;
+      first.geometry = row.geometry;
     }
     Readings& readings = count > 0 ? all.back() : all[places.at({std::string(row.id), row.geometry})];
     readings.samples.push_back(row);
+    TakeMeasured(reader, readings);
   }
+  for (Readings& readings : all) FinishMeasured(readings);
   if (count > 0 && all.back().samples.size() != count) {
     throw InputError(reader.Source().Name() + ": " + std::to_string(all.back().samples.size()) +
                      " rows are left over at the end, where --count asks for " + std::to_string(count));

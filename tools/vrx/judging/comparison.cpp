@@ -41,8 +41,11 @@ void AddComparisonOptions(Command& command, ComparisonOptions& options, Content 
   options.content = content;
   const std::string what = content == Content::kCurves ? "Curves of the " : "Curves or colours of the ";
   command.AddOption("STANDARD", options.standard, what + "standard, or standards (- reads standard input)")
+      .ReadsFile()
       .Required();
-  command.AddOption("TRIALS", options.trials, what + "trials (- reads standard input)").Required();
+  command.AddOption("TRIALS", options.trials, what + "trials (- reads standard input)")
+      .ReadsFile()
+      .Required();
   AddStandardOptions(command, options);
 }
 

@@ -61,8 +61,10 @@ void AddJudgingOptions(Command& command, JudgingOptions& options, const std::str
   AddViewingOptions(command, options.viewing, illuminants);
   AddSystemOptions(command, options.system, "cmc");
   AddToleranceOptions(command, options.tolerance, options.warning, kUsualTolerance);
-  Option boxes = command.AddOption("--tolerances", options.tolerances,
-                                   "Limits per standard, geometry and illuminant, from a CSV file");
+  Option boxes = command
+                     .AddOption("--tolerances", options.tolerances,
+                                "Limits per standard, geometry and illuminant, from a CSV file")
+                     .ReadsFile();
   boxes.Shows("FILE");
   command
       .AddFlag("--ellipse", options.ellipse,
@@ -71,6 +73,7 @@ void AddJudgingOptions(Command& command, JudgingOptions& options, const std::str
   command
       .AddOption("--ellipses", options.ellipses,
                  "Judge by ellipsoids from a CSV file, as vrx fit-tolerance writes it")
+      .ReadsFile()
       .Shows("FILE")
       .Excludes(boxes);
 }

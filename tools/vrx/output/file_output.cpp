@@ -1,40 +1,48 @@
 #include "tools/vrx/output/file_output.h"
 
-#include <filesystem>
+#include <algorithm>
+#include <cstddef>
 #include <span>
+#include <utility>
 
-#include <vrxio/text/input_error.h>
 #include <vrxmath/platform/exceptions.h>
-#include <vrxmath/platform/files.h>
 
-#include "tools/vrx/output/output.h"
+#include "tools/vrx/base/output_error.h"
 
 namespace vrx::tool {
 
-void ReplaceFile(const std::string& path, std::string_view text) {
-  FileReplacer file;
-  bool done = file.Open(path);
-  if (done) {
-    try {
-      file.Write(std::as_bytes(std::span(text)));
-      done = file.Commit();
-    } catch (const CArchiveException&) {
-      done = false;
-    }
-  }
-  if (!done) throw OutputError(path + ": " + file.GetError());
+OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
+  if (!file_.Open(path_)) Fail();
 }
 
-void RefuseInputAsOutput(const std::string& output, std::initializer_list<std::string_view> inputs) {
-  const auto pathOf = [](std::string_view text) {
-    return std::filesystem::path(std::u8string(text.begin(), text.end()));
-  };
-  for (const std::string_view input : inputs) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(pathOf(output), pathOf(input), ignored)) {
-      throw io::InputError(output + ": is one of the files that are read; write to another");
+void OutputFile::Fail() {
+  throw OutputError(path_ + ": " + file_.GetError());
+}
+
+void OutputFile::Write(std::string_view text) {
+  constexpr std::size_t kAtOnce = std::size_t{1} << 20;
+  while (!text.empty()) {
+    interrupt_.Check();
+    const std::string_view part = text.substr(0, kAtOnce);
+    try {
+      file_.Write(std::as_bytes(std::span(part)));
+    } catch (const CArchiveException&) {
+      Fail();
     }
+    text.remove_prefix(part.size());
   }
+}
+
+void OutputFile::Commit() {
+  interrupt_.Check();
+  if (!file_.Commit()) Fail();
+  interrupt_.Check();
+}
+
+void ReplaceFile(const std::string& path, std::string_view text) {
+  OutputFile file(path);
+  file.Write(text);
+  file.Commit();
 }
 
 }  // namespace vrx::tool

@@ -28,11 +28,12 @@ void AddFormatOption(Command& command, Format& format) {
       });
   command.AddFlag("--csv-safe", format.csvSafe,
                   "Put an apostrophe before texts in csv that a spreadsheet would run as formulas");
+  command.AddFlag("--decimal-comma", format.decimalComma,
+                  "Write numbers in csv with a comma, and semicolons between columns");
 }
 
 namespace {
 
-constexpr std::string_view kFormulaStarts = "=+-@\t\r";  // what a spreadsheet begins a formula with
 constexpr std::size_t kLongestFixed = OutputStream::kLongestNumber;  // sign, 309 digits, point and decimals
 
 // The digits of `value` with so many decimals, by whole-number arithmetic, and where they end; null where that
@@ -112,11 +113,24 @@ OutputStream::~OutputStream() {
 void OutputStream::Send() {
   if (file_ == nullptr) return Grow();
   sent_ = sent_ || used_ > 0;
+  if (format_.decimalComma && format_.kind == Format::kCsv) TurnPointsIntoCommas();
   const std::size_t bytes = std::exchange(used_, 0);
   if (!WriteAll(file_, {buffer_.get(), bytes}, onTerminal_)) {
     finished_ = true;  // there is nobody left to warn
     if (errno == EPIPE) throw ReaderGone();
     throw OutputError(std::string("cannot write the results: ") + std::strerror(errno));
+  }
+}
+
+// Outside of quotes a comma separates and a point is one of a number: texts that have either are quoted.
+void OutputStream::TurnPointsIntoCommas() {
+  for (char& c : std::span(buffer_.get(), used_)) {
+    if (c == '"') isQuoted_ = !isQuoted_;
+    if (isQuoted_) continue;
+    if (c == ',')
+      c = ';';
+    else if (c == '.')
+      c = ',';
   }
 }
 
@@ -182,9 +196,11 @@ void OutputStream::AppendCsvText(std::string_view text) {
 
 namespace {
 
-void AddQuoted(std::string_view text, std::string& to) {
+// With `marksToo` points and semicolons are quoted too.
+void AddQuoted(std::string_view text, bool marksToo, std::string& to) {
   bool isPlain = true;  // without an early end: names are short
   for (const char c : text) isPlain &= c != ',' && c != '"' && c != '\r' && c != '\n';
+  if (marksToo) isPlain &= text.find_first_of(".;") == std::string_view::npos;
   if (isPlain) {
     to += text;
     return;
@@ -200,10 +216,10 @@ void AddQuoted(std::string_view text, std::string& to) {
 }  // namespace
 
 void OutputStream::AddCsvField(std::string_view text, std::string& to) const {
-  if (!onTerminal_ && !format_.csvSafe) return AddQuoted(text, to);
-  const bool isFormula =
-      format_.csvSafe && !text.empty() && kFormulaStarts.find(text[0]) != std::string_view::npos;
-  AddQuoted((isFormula ? "'" : "") + (onTerminal_ ? ShownText(text) : std::string(text)), to);
+  if (!onTerminal_ && !format_.csvSafe) return AddQuoted(text, format_.decimalComma, to);
+  const bool isFormula = format_.csvSafe && io::StartsFormula(text);
+  AddQuoted((isFormula ? "'" : "") + (onTerminal_ ? ShownText(text) : std::string(text)),
+            format_.decimalComma, to);
 }
 
 void OutputStream::Finish() {

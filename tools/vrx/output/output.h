@@ -34,11 +34,12 @@ struct Format {
   operator Kind() const { return kind; }        // NOLINT(google-explicit-constructor)
 
   Kind kind;
-  int digits = kShortest;  ///< decimals of numbers in csv, and in place of a column's own in tables
-  bool csvSafe = false;    ///< texts that a spreadsheet would run as formulas get an apostrophe in csv
+  int digits = kShortest;     ///< decimals of numbers in csv, and in place of a column's own in tables
+  bool csvSafe = false;       ///< texts that a spreadsheet would run as formulas get an apostrophe in csv
+  bool decimalComma = false;  ///< numbers in csv have a comma, and semicolons separate
 };
 
-/// Adds `--format table|csv|json`, `--digits` and `--csv-safe` to a subcommand.
+/// Adds `--format table|csv|json`, `--digits`, `--csv-safe` and `--decimal-comma` to a subcommand.
 void AddFormatOption(Command& command, Format& format);
 
 /// The longest text that a cell of a table shows, in characters.
@@ -124,6 +125,7 @@ class OutputStream {
   OutputStream(const Format& format, bool onTerminal);  // in memory
 
   void Send();
+  void TurnPointsIntoCommas();
   void Grow();
   void AppendInParts(std::string_view text);
 
@@ -133,7 +135,8 @@ class OutputStream {
   std::size_t room_ = kBufferBytes;
   std::unique_ptr<char[]> buffer_;
   std::size_t used_ = 0;
-  std::string field_;  // of csv, on its way
+  std::string field_;      // of csv, on its way
+  bool isQuoted_ = false;  // the text that was sent ends within quotes
   bool sent_ = false;
   bool finished_ = false;
 };

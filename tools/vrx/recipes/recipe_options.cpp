@@ -174,6 +174,7 @@ void AddChoiceOptions(Command& command, ChoiceOptions& options, RecipePurpose pu
                      ? "CSV file: component, and any of min, max (percent of a recipe that has it) and cost "
                        "of one unit"
                      : "CSV file: component and cost of one unit; columns min and max are those of recipes")
+      .ReadsFile()
       .Shows("FILE");
 }
 

@@ -27,6 +27,7 @@
 #include <vrxmath/platform/files.h>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/terminal.h"
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/report/digest.h"
 
@@ -51,9 +52,15 @@ class ScratchFolder {
   }
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;
+  // Programs that were ended may still write for a moment.
   ~ScratchFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
+    constexpr int kAttempts = 20;
+    for (int i = 0; i < kAttempts; ++i) {
+      std::error_code error;
+      fs::remove_all(path_, error);
+      if (!error) return;
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
   }
   std::string operator/(const char* name) const {
     const std::u8string path = (path_ / name).u8string();
@@ -66,14 +73,14 @@ class ScratchFolder {
 
 // Runs a program found on the path, without its messages. False when there is none of the name.
 #if defined(_WIN32)
-bool RunQuietly(std::vector<std::string>& arguments) {
+bool RunQuietly(std::vector<std::string>& arguments, const InterruptWatch&) {
   std::vector<const char*> pointers;
   for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
   pointers.push_back(nullptr);
   return _spawnvp(_P_WAIT, pointers[0], pointers.data()) != -1;
 }
 #else
-bool RunQuietly(std::vector<std::string>& arguments) {
+bool RunQuietly(std::vector<std::string>& arguments, const InterruptWatch& interrupt) {
   std::vector<char*> pointers;
   pointers.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) pointers.push_back(argument.data());
@@ -83,17 +90,23 @@ bool RunQuietly(std::vector<std::string>& arguments) {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_RDWR, 0);
   }
+  // A group of its own, so that all of its processes end together.
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
   pid_t child = 0;
-  const int error = posix_spawnp(&child, pointers[0], &actions, nullptr, pointers.data(), environ);
+  const int error = posix_spawnp(&child, pointers[0], &actions, &attributes, pointers.data(), environ);
+  posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&actions);
   if (error != 0) return false;
   constexpr auto kPatience = std::chrono::seconds(60);
   const auto end = std::chrono::steady_clock::now() + kPatience;
   int status = 0;
   while (waitpid(child, &status, WNOHANG) == 0) {
-    if (std::chrono::steady_clock::now() > end) {
-      kill(child, SIGKILL);
+    if (interrupt.IsNoted() || std::chrono::steady_clock::now() > end) {
+      kill(-child, SIGKILL);
       waitpid(child, &status, 0);
+      interrupt.Check();
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
@@ -165,12 +178,13 @@ std::string PictureUrl(const std::string& path) {
 }
 
 void PrintToPdf(std::string_view html, const std::string& path) {
+  const InterruptWatch interrupt;
   const ScratchFolder folder;
   ReplaceFile(folder / "report.html", html);
   bool found = false;
   for (const std::string& browser : Browsers()) {
     std::vector<std::string> command = PrintingCommand(browser, folder);
-    found = RunQuietly(command);
+    found = RunQuietly(command, interrupt);
     if (found) break;
   }
   if (!found) {

@@ -94,9 +94,12 @@ std::string ScriptTexts() {
 void AddReportOptions(Command& command, ReportOptions& options) {
   command.AddOption("--report", options.file, "Write a report with pictures too; a PDF needs Chromium")
       .Shows("FILE.html|FILE.pdf")
-      .Check(RefuseOtherNames);
+      .Check(RefuseOtherNames)
+      .WritesFile();
   command.AddOption("--report-title", options.title, "Title of the report").Shows("TEXT");
-  command.AddOption("--report-logo", options.logo, "A picture at its head: PNG, JPEG or SVG").Shows("FILE");
+  command.AddOption("--report-logo", options.logo, "A picture at its head: PNG, JPEG or SVG")
+      .Shows("FILE")
+      .ReadsFile();
   command.AddOption("--report-author", options.author, "Who judged, for the report").Shows("NAME");
 }
 
@@ -266,7 +269,6 @@ void ReportPage::AddFact(ReportText term, std::string_view description, std::str
 }
 
 void ReportPage::AddFile(ReportText term, const std::string& path) {
-  RefuseInputAsOutput(options_.file, {path});
   const std::string hash = HashOfFile(path);
   AddFact(term, path == "-" ? "standard input" : path.substr(path.find_last_of("/\\") + 1),
           hash.empty() ? Text(ReportText::kNotHashed) : "SHA-256 " + hash);
