@@ -21,7 +21,8 @@ foreach(unit IN LISTS units)
   endforeach()
 endforeach()
 # The library knows nothing of what rests on it, nor the readers of the tool.
-foreach(pair "vrxmath;vrxio|tools|controls" "vrxio;tools|controls" "controls;vrxio|tools")
+foreach(pair "vrxmath;vrxio|pictures|tools|controls" "vrxio;pictures|tools|controls" "pictures;vrxio|tools|controls"
+        "controls;vrxio|tools")
   list(GET pair 0 folder)
   list(GET pair 1 above)
   file(GLOB_RECURSE files RELATIVE ${source_dir} ${source_dir}/${folder}/*.h ${source_dir}/${folder}/*.cpp)

@@ -164,7 +164,8 @@ typedef struct {
   const wchar_t* unit; /* shown behind the number, or null */
 } VRX_NUMBER_RANGE;
 #define VRXNM_SETRANGE (WM_USER + 0x360) /* lParam const VRX_NUMBER_RANGE*: 1, or 0 */
-#define VRXNM_SETVALUE (WM_USER + 0x361) /* lParam const double*; VRX_UNSET empties the field */
+/* lParam const double*: 1, or 0 for NaN and infinities. Rounded to the decimals; VRX_UNSET empties the field. */
+#define VRXNM_SETVALUE (WM_USER + 0x361)
 #define VRXNM_GETVALUE \
   (WM_USER + 0x362)                  /* lParam double*: 1, or 0 for a text that is no number of the range */
 #define VRXNM_STEP (WM_USER + 0x363) /* wParam (int) increments: 1 when the value changed */

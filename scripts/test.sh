@@ -21,7 +21,7 @@ stage() {
 }
 
 check_format() {
-  find vrxmath vrxio c_api controls tools tests fuzz bench cmake python \( -name '*.h' -o -name '*.cpp' \) -print0 |
+  find vrxmath vrxio pictures c_api controls tools tests fuzz bench cmake python \( -name '*.h' -o -name '*.cpp' \) -print0 |
     xargs -0 clang-format --dry-run -Werror
 }
 
@@ -48,7 +48,7 @@ import json
 commands = {command["file"]: command for command in json.load(open("build/asan-ubsan/compile_commands.json"))}
 json.dump(list(commands.values()), open("build/tidy/compile_commands.json", "w"))'
   log=build/tidy/clang-tidy.log
-  run-clang-tidy -p build/tidy -quiet -j "$jobs" "^$PWD/(vrxmath|vrxio|c_api|controls|tools)/.*\\.cpp\$" > "$log" 2>&1 ||
+  run-clang-tidy -p build/tidy -quiet -j "$jobs" "^$PWD/(vrxmath|vrxio|pictures|c_api|controls|tools)/.*\\.cpp\$" > "$log" 2>&1 ||
     { grep -vE '^$|warnings? generated|^clang-tidy' "$log" | head -n 100; return 1; }
 }
 

@@ -1,17 +1,8 @@
-// A point of a drawing or of a plotted line.
+// The point of a plotted line, where hosts look for it.
 
 #ifndef CONTROLS_LAYOUT_DBL_POINT_H_
 #define CONTROLS_LAYOUT_DBL_POINT_H_
 
-namespace vrx {
-
-/// Two coordinates, in whatever unit their owner says.
-struct CDblPoint {
-  double x = 0.0;
-  double y = 0.0;
-  bool operator==(const CDblPoint&) const = default;
-};
-
-}  // namespace vrx
+#include "pictures/dbl_point.h"
 
 #endif  // CONTROLS_LAYOUT_DBL_POINT_H_

@@ -8,8 +8,8 @@
 #include <span>
 #include <vector>
 
-#include "controls/layout/color_pictures.h"
-#include "controls/layout/shapes.h"
+#include "controls/layout/pictures.h"
+#include "pictures/swatches.h"
 
 namespace vrx::controls {
 

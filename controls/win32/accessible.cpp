@@ -5,6 +5,8 @@
 #include <oleacc.h>
 #include <utility>
 
+#include <vrxmath/foundation/string_numbers.h>
+
 namespace vrx::controls {
 namespace {
 
@@ -101,8 +103,10 @@ class Accessible final : public IAccessible {
     return Give(Source().FocusedPart() + 1L, child);
   }
   HRESULT STDMETHODCALLTYPE get_accSelection(VARIANT* child) override { return get_accFocus(child); }
-  HRESULT STDMETHODCALLTYPE get_accDefaultAction(VARIANT, BSTR* text) override {
-    return Give(CString(), text);
+  HRESULT STDMETHODCALLTYPE get_accDefaultAction(VARIANT child, BSTR* text) override {
+    int32_t part = 0;
+    if (!Resolve(child, part)) return E_INVALIDARG;
+    return Give(part < 0 ? CString() : ControlString(static_cast<uint32_t>(ControlText::kSelect)), text);
   }
   HRESULT STDMETHODCALLTYPE accSelect(long, VARIANT child) override {
     int32_t part = 0;
@@ -155,7 +159,14 @@ class Accessible final : public IAccessible {
     ::MapWindowPoints(nullptr, window_, &point, 1);
     return Give(Source().PartAt(point) + 1L, child);
   }
-  HRESULT STDMETHODCALLTYPE accDoDefaultAction(VARIANT) override { return DISP_E_MEMBERNOTFOUND; }
+  HRESULT STDMETHODCALLTYPE accDoDefaultAction(VARIANT child) override {
+    int32_t part = 0;
+    if (!Resolve(child, part)) return E_INVALIDARG;
+    if (part < 0) return DISP_E_MEMBERNOTFOUND;
+    ::SetFocus(window_);
+    Source().SelectPart(part);
+    return S_OK;
+  }
   HRESULT STDMETHODCALLTYPE put_accName(VARIANT, BSTR) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE put_accValue(VARIANT child, BSTR value) override {
     return standard_->put_accValue(child, value);

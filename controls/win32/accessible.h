@@ -27,6 +27,7 @@ class AccessibleSource {
   }                                                           ///< in the window, as its mouse has it
   [[nodiscard]] virtual int32_t FocusedPart() { return -1; }  ///< -1: none
   [[nodiscard]] virtual int32_t PartAt(POINT /*point*/) { return -1; }  ///< -1: none
+  /// Selecting it is the default action of a part.
   virtual void SelectPart(int32_t /*part*/) {}
 };
 

@@ -36,16 +36,21 @@ class ShapePainter {
 
   void Add(const Shape& shape) {
     if (shape.kind == Shape::Kind::kText) return PaintText(shape);
-    if (shape.kind == Shape::Kind::kRectangle && shape.fill) FillBox(BoxOf(shape.box), *shape.fill);
+    if (shape.kind == Shape::Kind::kMarks) {
+      for (const Shape& part : ShapesOfMarks(shape)) Add(part);
+      return;
+    }
+    if (shape.kind == Shape::Kind::kRectangle && shape.fill)
+      FillBox(BoxOf(shape.box), *shape.fill, shape.strength);
     if (shape.kind == Shape::Kind::kRectangle) {
       if (shape.stroke) FrameBox(BoxOf(shape.box), *shape.stroke, Round(shape.strokeWidth));
       return;
     }
     const Selected pen(device_, PenOf(shape), shape.stroke.has_value());
-    const Selected brush(
-        device_,
-        shape.fill ? ::CreateSolidBrush(ColorOf(*shape.fill, palette_)) : ::GetStockObject(NULL_BRUSH),
-        shape.fill.has_value());
+    const Selected brush(device_,
+                         shape.fill ? ::CreateSolidBrush(ColorOf(*shape.fill, palette_, shape.strength))
+                                    : ::GetStockObject(NULL_BRUSH),
+                         shape.fill.has_value());
     std::vector<POINT> points;
     points.reserve(shape.points.size());
     for (const CDblPoint& point : shape.points)
@@ -72,7 +77,7 @@ class ShapePainter {
 
   HGDIOBJ PenOf(const Shape& shape) const {
     if (!shape.stroke) return ::GetStockObject(NULL_PEN);
-    const LOGBRUSH brush{BS_SOLID, ColorOf(*shape.stroke, palette_), 0};
+    const LOGBRUSH brush{BS_SOLID, ColorOf(*shape.stroke, palette_, shape.strength), 0};
     const auto width = static_cast<DWORD>(std::max<LONG>(Round(shape.strokeWidth), 1));
     const DWORD dashes[] = {4 * width, 3 * width};
     const DWORD style = PS_GEOMETRIC | PS_ENDCAP_FLAT | PS_JOIN_ROUND;
@@ -80,9 +85,9 @@ class ShapePainter {
                         : ::ExtCreatePen(style | PS_SOLID, width, &brush, 0, nullptr);
   }
 
-  void FillBox(const RECT& box, Paint paint) {
+  void FillBox(const RECT& box, Paint paint, double strength = 1) {
     if (box.left >= box.right || box.top >= box.bottom) return;
-    const HBRUSH brush = ::CreateSolidBrush(ColorOf(paint, palette_));
+    const HBRUSH brush = ::CreateSolidBrush(ColorOf(paint, palette_, strength));
     ::FillRect(device_, &box, brush);
     ::DeleteObject(brush);
   }
@@ -96,11 +101,25 @@ class ShapePainter {
     FillBox({box.right - width, box.top, box.right, box.bottom}, paint);
   }
 
+  // The box of the letters with two pixels beside them, within the text's own.
+  RECT PlateOf(const Shape& shape, const RECT& box, UINT format) const {
+    RECT letters{0, 0, box.right - box.left, box.bottom - box.top};
+    ::DrawTextW(device_, SystemText(shape.text), shape.text.GetLength(), &letters, format | DT_CALCRECT);
+    const LONG width = std::min<LONG>(letters.right - letters.left + 4, box.right - box.left);
+    const LONG height = std::min<LONG>(letters.bottom - letters.top, box.bottom - box.top);
+    const LONG left = shape.align == Align::kMiddle ? (box.left + box.right - width) / 2
+                      : shape.align == Align::kEnd  ? box.right - width
+                                                    : box.left;
+    const LONG top = (box.top + box.bottom - height) / 2;
+    return {left, top, left + width, top + height};
+  }
+
   void PaintText(const Shape& shape) {
     RECT box = BoxOf(shape.box);
     UINT format = DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS;
     format |= shape.align == Align::kMiddle ? DT_CENTER : shape.align == Align::kEnd ? DT_RIGHT : DT_LEFT;
     if (isRightToLeft_) format |= DT_RTLREADING;
+    if (shape.plate) FillBox(PlateOf(shape, box, format), *shape.plate);
     ::SetTextColor(device_, ColorOf(*shape.fill, palette_));
     ::DrawTextW(device_, SystemText(shape.text), shape.text.GetLength(), &box, format);
   }

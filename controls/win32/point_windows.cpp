@@ -2,9 +2,10 @@
 
 #include <array>
 #include <oleacc.h>
+#include <string>
 #include <utility>
 
-#include "controls/layout/axes.h"
+#include "pictures/texts.h"
 
 namespace vrx::controls {
 namespace {
@@ -43,6 +44,13 @@ std::vector<TrialPoint> Trials(const VRX_TRIAL* trials, int count) {
                       ViewOf(trials[i].name)});
   }
   return copies;
+}
+
+// Data that were taken whole; what is refused leaves the picture as it was.
+template <class DATA>
+bool Become(DATA& own, DATA taken) {
+  own = std::move(taken);
+  return true;
 }
 
 CString NameOfTrial(const std::vector<TrialPoint>& trials, const Target& target) {
@@ -100,6 +108,7 @@ const std::vector<Target>& PointWindow::Targets() {
 void PointWindow::Renew() {
   areTargetsCurrent_ = false;
   current_ = -1;
+  ShowTip(-1);
   Invalidate();
 }
 
@@ -165,6 +174,29 @@ RECT PointWindow::PartRect(int32_t part) {
   return {at.x - 4, at.y - 4, at.x + 5, at.y + 5};
 }
 
+// The value of a point beside the mouse; -1: none. The system shows the tip after its usual time.
+void PointWindow::ShowTip(int32_t point) {
+  if (point == pointed_) return;
+  pointed_ = point;
+  TTTOOLINFOW tool{};
+  tool.cbSize = TTTOOLINFOW_V1_SIZE;
+  tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+  tool.hwnd = window_;
+  tool.uId = reinterpret_cast<UINT_PTR>(window_);
+  std::wstring text = point < 0 ? std::wstring() : SystemText(PartName(point));
+  tool.lpszText = text.data();
+  if (tip_ == nullptr) {
+    if (point < 0) return;
+    tip_ = ::CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP,
+                             CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, window_, nullptr,
+                             nullptr, nullptr);
+    ::SendMessageW(tip_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    return;
+  }
+  ::SendMessageW(tip_, TTM_POP, 0, 0);
+  ::SendMessageW(tip_, TTM_UPDATETIPTEXTW, 0, reinterpret_cast<LPARAM>(&tool));
+}
+
 LRESULT PointWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case VRXDM_SET:
@@ -187,6 +219,9 @@ LRESULT PointWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
       return DLGC_WANTARROWS | (IsEscape(lParam) && current_ >= 0 ? DLGC_WANTMESSAGE : 0);
     case WM_KEYDOWN:
       if (Press(wParam)) return 0;
+      break;
+    case WM_MOUSEMOVE:
+      ShowTip(PartAt({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}));
       break;
     case WM_LBUTTONDOWN:
       ::SetFocus(window_);
@@ -224,11 +259,9 @@ std::optional<std::vector<CDblPolyline>> CopyPolylines(const VRX_PLOT_DATA* data
 }
 
 bool PlotWindow::Take(LPARAM lParam) {
-  lines_.clear();
-  if (lParam == 0) return true;
+  if (lParam == 0) return Become(lines_, {});
   auto lines = CopyPolylines(reinterpret_cast<const VRX_PLOT_DATA*>(lParam));
-  if (lines) lines_ = std::move(*lines);
-  return lines.has_value();
+  return lines && Become(lines_, std::move(*lines));
 }
 void PlotWindow::DrawData(Picture& picture, Rect box, const Look& look) {
   DrawPolylines(picture, box, lines_, look);
@@ -238,20 +271,20 @@ CString PlotWindow::NameOf(const Target& target) {
 }
 
 bool PlaneWindow::Take(LPARAM lParam) {
-  plane_ = {};
-  if (lParam == 0) return true;
+  if (lParam == 0) return Become(plane_, {});
   const auto* data = DataOf<VRX_PLANE_DATA>(lParam);
   if (data == nullptr || !IsCount(data->limitCount, data->limit) ||
       !IsCount(data->warningCount, data->warning) || !IsCount(data->trialCount, data->trials)) {
     return false;
   }
-  plane_.xHeading = ViewOf(data->xHeading);
-  plane_.yHeading = ViewOf(data->yHeading);
-  plane_.limit = Points(data->limit, data->limitCount);
-  plane_.warning = Points(data->warning, data->warningCount);
-  plane_.trials = Trials(data->trials, data->trialCount);
-  plane_.reach = IsShown(data->reach) ? data->reach : 0;
-  return true;
+  DifferencePlane plane;
+  plane.xHeading = ViewOf(data->xHeading);
+  plane.yHeading = ViewOf(data->yHeading);
+  plane.limit = Points(data->limit, data->limitCount);
+  plane.warning = Points(data->warning, data->warningCount);
+  plane.trials = Trials(data->trials, data->trialCount);
+  plane.reach = IsShown(data->reach) ? data->reach : 0;
+  return Become(plane_, std::move(plane));
 }
 void PlaneWindow::DrawData(Picture& picture, Rect box, const Look& look) {
   DrawDifferencePlane(picture, box, plane_, look);
@@ -261,17 +294,17 @@ CString PlaneWindow::NameOf(const Target& target) {
 }
 
 bool LightnessWindow::Take(LPARAM lParam) {
-  bar_ = {};
-  if (lParam == 0) return true;
+  if (lParam == 0) return Become(bar_, {});
   const auto* data = DataOf<VRX_LIGHTNESS_DATA>(lParam);
   if (data == nullptr || !IsCount(data->trialCount, data->trials)) return false;
-  bar_.heading = ViewOf(data->heading);
-  bar_.limit = {data->lower, data->upper};
-  bar_.warning = {data->warningLower, data->warningUpper};
-  bar_.trials = Trials(data->trials, data->trialCount);
-  for (TrialPoint& trial : bar_.trials) trial.x = 0, trial.y = trial.lightness;
-  bar_.reach = IsShown(data->reach) ? data->reach : 0;
-  return true;
+  LightnessBar bar;
+  bar.heading = ViewOf(data->heading);
+  bar.limit = {data->lower, data->upper};
+  bar.warning = {data->warningLower, data->warningUpper};
+  bar.trials = Trials(data->trials, data->trialCount);
+  for (TrialPoint& trial : bar.trials) trial.x = 0, trial.y = trial.lightness;
+  bar.reach = IsShown(data->reach) ? data->reach : 0;
+  return Become(bar_, std::move(bar));
 }
 void LightnessWindow::DrawData(Picture& picture, Rect box, const Look& look) {
   DrawLightnessBar(picture, box, bar_, look);
@@ -281,66 +314,64 @@ CString LightnessWindow::NameOf(const Target& target) {
 }
 
 bool CurvesWindow::Take(LPARAM lParam) {
-  data_ = {};
-  if (lParam == 0) return true;
+  if (lParam == 0) return Become(data_, {});
   const auto* data = DataOf<VRX_CURVES_DATA>(lParam);
   if (data == nullptr || !(data->step > 0)) return false;
   CurvesData copy;
   copy.first = data->first;
   copy.step = data->step;
   copy.withDifference = (data->flags & VRX_WITH_DIFFERENCE) != 0;
-  if (!CopyRows(data->values, data->curveCount, data->sampleCount, copy.curves)) return false;
-  data_ = std::move(copy);
-  return true;
+  return CopyRows(data->values, data->curveCount, data->sampleCount, copy.curves) &&
+         Become(data_, std::move(copy));
 }
 void CurvesWindow::DrawData(Picture& picture, Rect box, const Look& look) {
   DrawCurves(picture, box, data_, look);
 }
 CString CurvesWindow::NameOf(const Target& target) {
-  const auto count = static_cast<int32_t>(data_.curves.size());
-  if (target.line < count) return PointName(CurveLines(data_), target);
+  const std::vector<CDblPolyline> lines = CurveLines(data_);
+  const auto count = static_cast<int32_t>(lines.size());
+  if (target.line < count) return PointName(lines, target);
   return PointName(CurveDifferences(data_), {target.at, target.line - count, target.index});
 }
 
 bool AnglesWindow::Take(LPARAM lParam) {
-  data_ = {};
-  if (lParam == 0) return true;
+  if (lParam == 0) return Become(data_, {});
   const auto* data = DataOf<VRX_ANGLES_DATA>(lParam);
   if (data == nullptr || !IsCount(data->angleCount, data->angles)) return false;
-  AnglesData copy;
-  if (!CopyRows(data->values, data->seriesCount, data->angleCount, copy.series)) return false;
+  std::vector<std::vector<double>> series;
+  if (!CopyRows(data->values, data->seriesCount, data->angleCount, series)) return false;
+  ProfileData copy;
   copy.heading = ViewOf(data->heading);
-  copy.angles = Copied(data->angles, data->angleCount);
-  if (data->limits != nullptr) copy.limits = Copied(data->limits, data->angleCount);
-  copy.warningFactor = data->warningFactor;
-  data_ = std::move(copy);
-  return true;
+  copy.placeHeading = ChartText(ControlText::kAngle);
+  copy.places = Copied(data->angles, data->angleCount);
+  std::vector<double> limits;
+  if (data->limits != nullptr) limits = Copied(data->limits, data->angleCount);
+  for (const std::vector<double>& values : series)
+    copy.trials.push_back({{}, Graded(values, limits, data->warningFactor)});
+  return Become(data_, std::move(copy));
 }
 void AnglesWindow::DrawData(Picture& picture, Rect box, const Look& look) {
-  DrawPolylines(picture, box, AngleLines(data_), look);
+  DrawProfile(picture, box, data_, look);
 }
 CString AnglesWindow::NameOf(const Target& target) {
-  return PointName(AngleLines(data_), target);
+  return PointName(ProfileLines(data_), target);
 }
 
 bool TrendWindow::Take(LPARAM lParam) {
-  data_ = {};
-  if (lParam == 0) return true;
+  if (lParam == 0) return Become(data_, {});
   const auto* data = DataOf<VRX_TREND_DATA>(lParam);
   if (data == nullptr || !IsCount(data->count, data->totals)) return false;
-  data_.heading = ViewOf(data->heading);
-  data_.totals = Copied(data->totals, data->count);
-  data_.limit = data->limit;
-  data_.warningFactor = data->warningFactor;
-  return true;
+  TrendData copy;
+  copy.heading = ViewOf(data->heading);
+  copy.series.push_back(
+      {{}, Graded(Copied(data->totals, data->count), std::array{data->limit}, data->warningFactor)});
+  return Become(data_, std::move(copy));
 }
 void TrendWindow::DrawData(Picture& picture, Rect box, const Look& look) {
-  const CDblPolyline line = TrendLine(data_);
-  DrawPolylines(picture, box, {&line, 1}, look, TrendLevels(data_));
+  DrawTrend(picture, box, data_, look);
 }
 CString TrendWindow::NameOf(const Target& target) {
-  const CDblPolyline line = TrendLine(data_);
-  return PointName({&line, 1}, target);
+  return PointName(TrendLines(data_), target);
 }
 
 }  // namespace vrx::controls

@@ -7,9 +7,10 @@
 #include <optional>
 #include <vector>
 
-#include "controls/layout/chart_pictures.h"
-#include "controls/layout/color_pictures.h"
 #include "controls/win32/drawn_window.h"
+#include "pictures/curves.h"
+#include "pictures/plane.h"
+#include "pictures/totals.h"
 
 namespace vrx::controls {
 
@@ -41,8 +42,11 @@ class PointWindow : public DrawnWindow {
   bool Go(int32_t point, bool isByUser);
   bool Press(WPARAM key);
   POINT PlaceOf(int32_t point);
+  void ShowTip(int32_t point);
 
   int32_t current_ = -1;
+  int32_t pointed_ = -1;  // the point whose value the tip says
+  HWND tip_ = nullptr;    // goes with the window, which owns it
   bool areTargetsCurrent_ = false;
   std::vector<Target> targets_;
 };
@@ -62,7 +66,7 @@ VRX_POINT_WINDOW(PlotWindow, std::vector<CDblPolyline>, lines_);
 VRX_POINT_WINDOW(PlaneWindow, DifferencePlane, plane_);
 VRX_POINT_WINDOW(LightnessWindow, LightnessBar, bar_);
 VRX_POINT_WINDOW(CurvesWindow, CurvesData, data_);
-VRX_POINT_WINDOW(AnglesWindow, AnglesData, data_);
+VRX_POINT_WINDOW(AnglesWindow, ProfileData, data_);
 VRX_POINT_WINDOW(TrendWindow, TrendData, data_);
 #undef VRX_POINT_WINDOW
 

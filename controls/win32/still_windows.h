@@ -3,9 +3,9 @@
 #ifndef CONTROLS_WIN32_STILL_WINDOWS_H_
 #define CONTROLS_WIN32_STILL_WINDOWS_H_
 
-#include "controls/layout/chart_pictures.h"
-#include "controls/layout/color_pictures.h"
+#include "controls/layout/progress_picture.h"
 #include "controls/win32/drawn_window.h"
+#include "pictures/swatches.h"
 
 namespace vrx::controls {
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <oleacc.h>
 #include <string>
 
@@ -89,10 +90,13 @@ std::optional<double> NumericEditWindow::Value() const {
   return parsed.value;
 }
 
+// What the field holds is what it shows: the number rounded to the decimals of the range.
 bool NumericEditWindow::Accept(double value, bool isByUser) {
+  const CString text = NumberText(value, range_);
+  value = ParseNumber(text, range_).value;
   const bool isNew = !(value == value_);
   value_ = value;
-  ::SetWindowTextW(window_, SystemText(NumberText(value, range_)));
+  ::SetWindowTextW(window_, SystemText(text));
   if (isNew && isByUser) SendCommand(VRXNN_VALUE);
   return isNew;
 }
@@ -290,7 +294,7 @@ LRESULT NumericEditWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     case VRXNM_SETRANGE:
       return TakeRange(lParam);
     case VRXNM_SETVALUE:
-      if (lParam == 0) return 0;
+      if (lParam == 0 || !std::isfinite(*reinterpret_cast<const double*>(lParam))) return 0;
       Accept(*reinterpret_cast<const double*>(lParam), false);
       return 1;
     case VRXNM_GETVALUE: {

@@ -17,7 +17,7 @@
 
 #include <vrxmath/platform/wide_string.h>
 
-#include "controls/layout/shapes.h"
+#include "controls/layout/pictures.h"
 #include "controls/vrx_controls.h"
 
 namespace vrx::controls {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tests/testing/tool_process.h"
-#include "tools/vrx/report/picture.h"
+#include "tools/vrx/report/picture_file.h"
 
 namespace vrx::tool {
 namespace {
@@ -131,13 +131,14 @@ Image ReadPng(const std::string& path) {
 
 // The pixels of a PNG are the colours asked for, every one of the 256 levels.
 TEST_F(IndexAndSwatch, PngKeepsEveryLevel) {
-  const auto picture = MakePicture(PictureFormat::kPng, 256, 3, DisplayRgb{0, 0, 0});
-  for (int32_t level = 0; level < 256; ++level) {
-    picture->Rectangle(level, 0, 1, 1, DisplayRgb{level, 0, 0});
-    picture->Rectangle(level, 1, 1, 1, DisplayRgb{0, level, 0});
-    picture->Rectangle(level, 2, 1, 1, DisplayRgb{0, 0, level});
+  pictures::Picture picture;
+  for (uint32_t level = 0; level < 256; ++level) {
+    const double x = level;
+    picture.Rectangle({x, 0, 1, 1}, pictures::Paint::Fixed(level));
+    picture.Rectangle({x, 1, 1, 1}, pictures::Paint::Fixed(level << 8));
+    picture.Rectangle({x, 2, 1, 1}, pictures::Paint::Fixed(level << 16));
   }
-  SavePicture(*picture, folder_ / "levels.png");
+  SavePicture(picture, {256, 3, pictures::Paint::Fixed(0)}, folder_ / "levels.png");
   const Image image = ReadPng(folder_ / "levels.png");
   ASSERT_EQ(image.pixels.size(), 256u * 3 * 3);
   for (int level = 0; level < 256; ++level) {

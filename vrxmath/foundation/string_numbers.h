@@ -49,6 +49,8 @@ enum class ControlText : uint32_t {
   kMoveDown,
   kAvailable,
   kChosen,
+  kReflectanceDifference,
+  kSelect,
 };
 inline constexpr uint32_t kStringDifferenceSystem = 18752;  ///< + 16 x system
 inline constexpr uint32_t kStringReport = 20480;            ///< texts of the tool's reports, by number

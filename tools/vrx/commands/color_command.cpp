@@ -75,9 +75,9 @@ class ColorRows {
     rows_->Finish();
     for (std::size_t i = 0; i < planes_.size(); ++i) {
       planes_[i].title = IlluminantName(illuminants_[i], observer_, kNameSlashObserver).ToUtf8();
-      planes_[i].xHeading = "a*";
-      planes_[i].yHeading = "b*";
-      planes_[i].areJudged = false;
+      planes_[i].plane.xHeading = u"a*";
+      planes_[i].plane.yHeading = u"b*";
+      planes_[i].plane.areJudged = false;
       report_.AddPlane(planes_[i]);
     }
     report_.Save();
@@ -118,7 +118,7 @@ class ColorRows {
     constexpr std::size_t kMostSwatches = 500;
     const std::size_t i = count_ % planes_.size(), sample = count_ / planes_.size();
     if (i == 0 && sample < kMostSwatches) report_.AddColour(id, Shown(illuminant, observer_, xyz_));
-    planes_[i].trials.push_back({lab_[CLabValues::kA], lab_[CLabValues::kB], kUnset, kPass});
+    planes_[i].plane.trials.push_back({lab_[CLabValues::kA], lab_[CLabValues::kB], kUnset, kPass, {}});
     ++count_;
   }
 

@@ -187,21 +187,18 @@ CEllipseData Fit(const Cloud& cloud, const FitOptions& options, const std::strin
 
 // The accepted differences and the ellipsoid about them.
 PlaneChart PlaneOf(const std::string& title, const Cloud& cloud, const CEllipseData& ellipse) {
-  PlaneChart plane;
-  plane.title = title;
-  plane.xHeading =
-      "\xCE\x94"
-      "a*";
-  plane.yHeading =
-      "\xCE\x94"
-      "b*";
-  plane.lightnessHeading = "\xCE\x94L*";
-  plane.limit = ellipse.Section(EllipsePlane::kAB);
-  const double centre = ellipse[CEllipseData::kCentreL], axis = ellipse[CEllipseData::kLightnessAxis];
-  plane.lightness = {centre - axis, centre + axis};
-  plane.areJudged = false;
-  for (const LabDifference& d : cloud.differences) plane.trials.push_back({d.da, d.db, d.dL, kPass});
-  return plane;
+  PlaneChart chart;
+  chart.title = title;
+  chart.plane.xHeading = u"\u0394a*";
+  chart.plane.yHeading = u"\u0394b*";
+  chart.lightness.heading = u"\u0394L*";
+  chart.plane.limit = pictures::EllipseOutline(ellipse, 1);
+  chart.lightness.limit = pictures::EllipseLightness(ellipse, 1);
+  chart.plane.areJudged = chart.lightness.areJudged = false;
+  for (const LabDifference& d : cloud.differences)
+    chart.plane.trials.push_back({d.da, d.db, d.dL, kPass, {}});
+  chart.lightness.trials = chart.plane.trials;
+  return chart;
 }
 
 void WriteFits(const Accepted& accepted, const FitOptions& options) {

@@ -14,7 +14,7 @@
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/report/charts.h"
 #include "tools/vrx/report/judged_trials.h"
-#include "tools/vrx/report/picture.h"
+#include "tools/vrx/report/picture_file.h"
 
 namespace vrx::tool {
 namespace {
@@ -29,36 +29,6 @@ struct PlotOptions {
   std::string geometry;
   std::string output;
   double scale = 1;
-};
-
-// Paints another picture lower down.
-class Lowered final : public Picture {
- public:
-  Lowered(Picture& picture, double by) : picture_(picture), by_(by) {}
-  void Rectangle(double x, double y, double width, double height, Paint fill) override {
-    picture_.Rectangle(x, y + by_, width, height, fill);
-  }
-  void Text(double x, double y, std::string_view text, int32_t size, Paint paint, Anchor anchor) override {
-    picture_.Text(x, y + by_, text, size, paint, anchor);
-  }
-  void Line(std::span<const PlanePoint> points, Paint paint, Stroke stroke) override {
-    picture_.Line(Moved(points), paint, stroke);
-  }
-  void Area(std::span<const PlanePoint> outline, Paint fill) override { picture_.Area(Moved(outline), fill); }
-  void Marks(std::span<const PlanePoint> points, Mark mark, Paint paint) override {
-    picture_.Marks(Moved(points), mark, paint);
-  }
-  std::string Encode() override { return picture_.Encode(); }
-
- private:
-  std::vector<PlanePoint> Moved(std::span<const PlanePoint> points) const {
-    std::vector<PlanePoint> moved(points.begin(), points.end());
-    for (PlanePoint& point : moved) point.y += by_;
-    return moved;
-  }
-
-  Picture& picture_;
-  double by_;
 };
 
 JudgedTrials JudgeTrials(const PlotOptions& options, const JudgeSettings& settings) {
@@ -138,19 +108,45 @@ std::string TitleOf(const JudgedTrials& judged, const Chart& chart) {
   return title;
 }
 
+// A text in lines of at most `letters`, broken between words where it can be.
+std::vector<CString> Lines(const std::string& text, std::size_t letters) {
+  std::vector<CString> lines;
+  CString rest = ForPicture(text);
+  while (static_cast<std::size_t>(rest.GetLength()) > letters) {
+    const WideView view = rest.View();
+    const std::size_t blank = view.substr(0, letters + 1).rfind(u' ');
+    const std::size_t end = blank == WideView::npos || blank == 0 ? letters : blank;
+    lines.emplace_back(view.substr(0, end));
+    rest = CString(view.substr(end == blank ? end + 1 : end));
+  }
+  lines.push_back(rest);
+  return lines;
+}
+
+// The chart below its title, which has as many lines as it needs.
+pictures::Picture Titled(const Chart& chart, const std::string& title, int32_t& height) {
+  constexpr int32_t kLine = 18, kLetter = 8, kSize = 13;
+  pictures::Picture picture;
+  height = 10;
+  for (const CString& line : Lines(title, static_cast<std::size_t>((chart.width - 20) / kLetter))) {
+    picture.Text({10, static_cast<double>(height), chart.width - 20.0, kLine - 3.0}, line,
+                 pictures::Role::kText, pictures::Align::kStart, kSize);
+    height += kLine;
+  }
+  picture.Append(chart.picture, 0, height);
+  height += chart.height;
+  return picture;
+}
+
 int RunPlot(const PlotOptions& options) {
-  const PictureFormat format = PictureFormatOf(options.output);
+  PictureFormatOf(options.output);  // refuses other names before the work
   if (!(options.scale >= 0.25 && options.scale <= 20)) throw InputError("--scale: a factor from 0.25 to 20");
   const JudgeSettings settings = SettingsOf(options.judging);
   const JudgedTrials judged = JudgeTrials(options, settings);
   const Chart chart = ChartOf(options.kind, judged);
-  constexpr int32_t kTitle = 28, kLetter = 8;
-  const auto picture = MakePicture(format, chart.width, chart.height + kTitle, Ink::kPaper, options.scale);
-  const auto letters = static_cast<std::size_t>((chart.width - 20) / kLetter);
-  picture->Text(10, 20, Shortened(TitleOf(judged, chart), letters), 13, Ink::kText);
-  Lowered lowered(*picture, kTitle);
-  chart.paint(lowered);
-  SavePicture(*picture, options.output);
+  int32_t height = 0;
+  const pictures::Picture picture = Titled(chart, TitleOf(judged, chart), height);
+  SavePicture(picture, {chart.width, height, pictures::Role::kPaper, options.scale}, options.output);
   return kExitPass;
 }
 

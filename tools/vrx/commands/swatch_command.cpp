@@ -8,8 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include <vrxmath/colorimetry/display_color.h>
-
+#include "pictures/swatches.h"
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
@@ -18,7 +17,8 @@
 #include "tools/vrx/judging/judge.h"
 #include "tools/vrx/judging/judging_options.h"
 #include "tools/vrx/output/file_output.h"
-#include "tools/vrx/report/picture.h"
+#include "tools/vrx/report/charts.h"
+#include "tools/vrx/report/picture_file.h"
 
 namespace vrx::tool {
 namespace {
@@ -31,8 +31,8 @@ struct SwatchOptions {
 
 // A standard and a trial under one illuminant, as they are painted.
 struct Pair {
-  DisplayRgb standard, trial;
-  bool displayable = true;
+  pictures::SwatchPair colours;
+  bool IsDisplayable() const { return colours.standard.inGamut && colours.trial.inGamut; }
   double difference = kUnset;
   Verdict verdict = kFail;
 };
@@ -42,10 +42,6 @@ struct Card {
   std::string title;
   std::vector<Pair> pairs;
 };
-
-bool ToDisplay(vrxIlluminant illuminant, int32_t observer, const Xyz& xyz, DisplayRgb& colour) {
-  return XyzToDisplayRgb(illuminant, observer, {xyz.X, xyz.Y, xyz.Z}, colour.red, colour.green, colour.blue);
-}
 
 // The standard's name, then the trial's where it is another one.
 std::string CardTitle(const Standard& standard, const CurveRow& trial) {
@@ -63,8 +59,8 @@ Card MakeCard(const JudgeSettings& settings, const Judge& judge, const Standard&
   for (std::size_t i = 0; i < settings.illuminants.size(); ++i) {
     const vrxIlluminant illuminant = settings.illuminants[i];
     Pair pair;
-    pair.displayable = ToDisplay(illuminant, settings.observer, judge.StandardColor(0, i).xyz, pair.standard);
-    pair.displayable &= ToDisplay(illuminant, settings.observer, judgement.under[i].trial.xyz, pair.trial);
+    pair.colours.standard = pictures::SwatchOf(judge.StandardColor(0, i).xyz, illuminant, settings.observer);
+    pair.colours.trial = pictures::SwatchOf(judgement.under[i].trial.xyz, illuminant, settings.observer);
     pair.difference = judgement.under[i].difference.back();
     pair.verdict = judgement.under[i].verdict;
     card.pairs.push_back(pair);
@@ -87,15 +83,16 @@ constexpr int32_t kUsualWidth = 1200;
 constexpr std::size_t kMaxTrials = 1000;
 
 // Neutral and lighter than most samples: a coloured surround would shift what the eye sees.
-constexpr DisplayRgb kSurround{217, 217, 217};
-constexpr DisplayRgb kInk{32, 32, 32};
+constexpr pictures::Paint kSurround = pictures::Paint::Fixed(0xD9D9D9);
+constexpr pictures::Paint kInk = pictures::Paint::Fixed(0x202020);
 
 struct VerdictLook {
   const char* text;
-  DisplayRgb colour;
+  pictures::Paint paint;
 };
-constexpr VerdictLook kVerdictLooks[] = {
-    {"fail", {160, 0, 24}}, {"warning", {122, 72, 0}}, {"pass", {0, 88, 32}}};
+constexpr VerdictLook kVerdictLooks[] = {{"fail", pictures::Paint::Fixed(0x1800A0)},
+                                         {"warning", pictures::Paint::Fixed(0x00487A)},
+                                         {"pass", pictures::Paint::Fixed(0x205800)}};
 
 std::string Decimals(double value) {
   if (IsUnset(value)) return "-";
@@ -117,16 +114,16 @@ class Sheet {
   int32_t Width() const { return std::max(2 * kMargin + columns_ * cardWidth_ - kCardGap, 480); }
   int32_t Height() const { return kMargin + kHeadingHeight + rows_ * kCardHeight; }
 
-  std::unique_ptr<Picture> Paint(PictureFormat format) const {
+  pictures::Picture Draw() const {
     if (Width() > kLongestSide || Height() > kLongestSide) {
       throw InputError("too many trials or illuminants for one picture");
     }
-    std::unique_ptr<Picture> picture = MakePicture(format, Width(), Height(), kSurround);
-    PaintHeading(*picture);
+    pictures::Picture picture;
+    DrawHeading(picture);
     for (std::size_t i = 0; i < cards_.size(); ++i) {
       const auto place = static_cast<int32_t>(i);
-      PaintCard(*picture, kMargin + place % columns_ * cardWidth_,
-                kMargin + kHeadingHeight + place / columns_ * kCardHeight, cards_[i]);
+      DrawCard(picture, kMargin + place % columns_ * cardWidth_,
+               kMargin + kHeadingHeight + place / columns_ * kCardHeight, cards_[i]);
     }
     return picture;
   }
@@ -134,40 +131,50 @@ class Sheet {
  private:
   static constexpr int32_t kCardHeight = kTitleHeight + kPatch + kCaptionHeight + kCardGap;
 
-  void PaintHeading(Picture& picture) const {
+  // A line of text whose letters stand on `y`.
+  static void DrawText(pictures::Picture& picture, double x, double y, std::string_view text, double size,
+                       pictures::Paint paint) {
+    pictures::Shape line;
+    line.fontSize = size;
+    picture.Text({x, y - pictures::BaselineOf(line), 0, 0}, ForPicture(text), paint, pictures::Align::kStart,
+                 size);
+  }
+
+  void DrawHeading(pictures::Picture& picture) const {
     const bool allDisplayable = std::ranges::all_of(
-        cards_, [](const Card& card) { return std::ranges::all_of(card.pairs, &Pair::displayable); });
-    picture.Text(kMargin, kMargin + 12, TitleOf(settings_.difference) + ", left: standard, right: trial",
-                 kTitleSize, kInk);
+        cards_, [](const Card& card) { return std::ranges::all_of(card.pairs, &Pair::IsDisplayable); });
+    DrawText(picture, kMargin, kMargin + 12, TitleOf(settings_.difference) + ", left: standard, right: trial",
+             kTitleSize, kInk);
     if (!allDisplayable) {
-      picture.Text(kMargin, kMargin + 30, "* beyond the colours of the display, clipped", kTextSize, kInk);
+      DrawText(picture, kMargin, kMargin + 30, "* beyond the colours of the display, clipped", kTextSize,
+               kInk);
     }
   }
 
-  void PaintCard(Picture& picture, int32_t x, int32_t y, const Card& card) const {
+  void DrawCard(pictures::Picture& picture, int32_t x, int32_t y, const Card& card) const {
     constexpr int32_t kDigitWidth = 9;
     const auto letters = static_cast<std::size_t>((cardWidth_ - kCardGap) / kDigitWidth);
-    picture.Text(x, y + kTitleSize, Shortened(card.title, letters), kTitleSize, kInk);
+    DrawText(picture, x, y + kTitleSize, Shortened(card.title, letters), kTitleSize, kInk);
     for (std::size_t i = 0; i < card.pairs.size(); ++i) {
-      PaintPair(picture, x + static_cast<int32_t>(i) * (2 * kPatch + kPairGap), y + kTitleHeight,
-                settings_.illuminants[i], card.pairs[i]);
+      DrawPair(picture, x + static_cast<int32_t>(i) * (2 * kPatch + kPairGap), y + kTitleHeight,
+               settings_.illuminants[i], card.pairs[i]);
     }
   }
 
-  void PaintPair(Picture& picture, int32_t x, int32_t y, vrxIlluminant illuminant, const Pair& pair) const {
-    constexpr int32_t kLine = 16;
-    picture.Rectangle(x, y, kPatch, kPatch, pair.standard);
-    picture.Rectangle(x + kPatch, y, kPatch, kPatch, pair.trial);
+  void DrawPair(pictures::Picture& picture, double x, double y, vrxIlluminant illuminant,
+                const Pair& pair) const {
+    constexpr double kLine = 16;
+    pictures::DrawSwatchPair(picture, {x, y, 2.0 * kPatch, kPatch}, pair.colours, pictures::kPaperLook);
     const std::string name = IlluminantName(illuminant, settings_.observer, kNameSlashObserver).ToUtf8() +
-                             (pair.displayable ? "" : " *");
-    picture.Text(x, y + kPatch + kLine, Shortened(name, 20), kTextSize, kInk);
-    picture.Text(x, y + kPatch + 2 * kLine,
-                 "\xCE\x94"
-                 "E " +
-                     Decimals(pair.difference),
-                 kTextSize, kInk);
+                             (pair.IsDisplayable() ? "" : " *");
+    DrawText(picture, x, y + kPatch + kLine, Shortened(name, 20), kTextSize, kInk);
+    DrawText(picture, x, y + kPatch + 2 * kLine,
+             "\xCE\x94"
+             "E " +
+                 Decimals(pair.difference),
+             kTextSize, kInk);
     const VerdictLook& look = kVerdictLooks[pair.verdict];
-    picture.Text(x + kPatch, y + kPatch + 2 * kLine, look.text, kTextSize, look.colour);
+    DrawText(picture, x + kPatch, y + kPatch + 2 * kLine, look.text, kTextSize, look.paint);
   }
 
   const JudgeSettings& settings_;
@@ -198,10 +205,11 @@ std::vector<Card> JudgeAll(ComparisonOptions files, const JudgeSettings& setting
 }
 
 void RunSwatch(const SwatchOptions& options) {
-  const PictureFormat format = PictureFormatOf(options.output);
+  PictureFormatOf(options.output);  // refuses other names before the work
   const JudgeSettings settings = SettingsOf(options.judging);
   const std::vector<Card> cards = JudgeAll(options.comparison, settings);
-  SavePicture(*Sheet(settings, cards).Paint(format), options.output);
+  const Sheet sheet(settings, cards);
+  SavePicture(sheet.Draw(), {sheet.Width(), sheet.Height(), kSurround}, options.output);
 }
 
 }  // namespace

@@ -15,24 +15,6 @@
 namespace vrx::tool {
 namespace {
 
-// The ellipsoid scaled about its centre.
-CEllipseData Scaled(CEllipseData ellipse, double factor) {
-  for (const int32_t axis :
-       {CEllipseData::kLightnessAxis, CEllipseData::kMajorAxis, CEllipseData::kMinorAxis}) {
-    ellipse[axis] *= factor;
-  }
-  return ellipse;
-}
-
-Interval LightnessOf(const CEllipseData& ellipse) {
-  const double centre = ellipse[CEllipseData::kCentreL], axis = ellipse[CEllipseData::kLightnessAxis];
-  return {centre - axis, centre + axis};
-}
-
-CTrisValues RecordOf(const Xyz& xyz) {
-  return {xyz.X, xyz.Y, xyz.Z};
-}
-
 bool IsAspecular(int32_t geometry) {
   const auto code = static_cast<uint8_t>(geometry);
   CAngles angles;
@@ -72,7 +54,7 @@ std::size_t JudgedTrials::ViewOf(const CurveRow& trial, const Standard& standard
   if (view.hasCurve) view.curve = tool::Plotted(standard.sample.curve);
   for (std::size_t i = 0; i < IlluminantCount(); ++i) {
     const Color color = judge.StandardColor(standardIndex, i);
-    view.colours.push_back({Shown(settings_.illuminants[i], settings_.observer, RecordOf(color.xyz)),
+    view.colours.push_back({pictures::SwatchOf(color.xyz, settings_.illuminants[i], settings_.observer),
                             color.lab, judge.LimitsOf(standardIndex, i)});
   }
   return entry->second;
@@ -108,7 +90,7 @@ void JudgedTrials::Add(const CurveRow& row, const TrialJudgement& judgement, con
       result.metamerism = MetamerismIndex(settings_.illuminants[0], illuminant, settings_.observer,
                                           standard.sample.curve, row.curve);
     }
-    result.colour = Shown(illuminant, settings_.observer, RecordOf(result.JudgementUnder::trial.xyz));
+    result.colour = pictures::SwatchOf(result.JudgementUnder::trial.xyz, illuminant, settings_.observer);
   }
   views_[trial.view].trials.push_back(trials_.size() - 1);
 }
@@ -122,10 +104,12 @@ std::string JudgedTrials::NameOf(const JudgedView& view) {
   return geometry.empty() ? view.standard : view.standard + ", " + geometry;
 }
 
-GradedTotal JudgedTrials::TotalOf(const JudgedTrial& trial, std::size_t i) const {
+pictures::GradedTotal JudgedTrials::TotalOf(const JudgedTrial& trial, std::size_t i) const {
   const JudgedView::Colour& colour = views_[trial.view].colours[i];
-  const double limit = colour.TotalLimit();
-  return {trial.results[i].Total(), limit, limit * settings_.warningFactor, trial.results[i].verdict};
+  const double limit = colour.TotalLimit(), total = trial.results[i].Total();
+  const Verdict verdict =
+      std::isnan(total) || IsUnset(total) ? kFail : GradeTotal(total, limit, settings_.warningFactor);
+  return {total, limit, limit * settings_.warningFactor, verdict};
 }
 
 std::vector<std::size_t> JudgedTrials::WorstFirst(const JudgedView& view) const {
@@ -137,7 +121,8 @@ std::vector<std::size_t> JudgedTrials::WorstFirst(const JudgedView& view) const 
 // Charts ------------------------------------------------------------------------------------------------------
 
 Chart JudgedTrials::Curves(const JudgedView& view) const {
-  CurvesChart chart = measured_;
+  CurvesChart chart;
+  chart.range = measured_;
   chart.title = Text(ReportText::kCurves);
   chart.standard = &view.curve;
   for (const std::size_t t : WorstFirst(view)) {
@@ -146,86 +131,101 @@ Chart JudgedTrials::Curves(const JudgedView& view) const {
   return MakeChart(chart);
 }
 
-std::string JudgedTrials::HeadingOf(int32_t element, const char* other) const {
+CString JudgedTrials::HeadingOf(int32_t element, const char* other) const {
   const auto found = std::ranges::find(columns_, element, &DifferenceColumn::element);
-  return PlotsLab() || found == columns_.end() ? other : found->heading;
+  return ForPicture(PlotsLab() || found == columns_.end() ? other : found->heading);
 }
 
 void JudgedTrials::SetLimits(const JudgedView::Colour& colour, PlaneChart& chart) const {
   const double factor = settings_.warningFactor;
   if (const auto* ellipse = std::get_if<CEllipseData>(&colour.limits)) {
-    const CEllipseData inner = Scaled(*ellipse, factor);
-    chart.limit = ellipse->Section(EllipsePlane::kAB);
-    chart.warning = inner.Section(EllipsePlane::kAB);
-    chart.lightness = LightnessOf(*ellipse);
-    chart.lightnessWarning = LightnessOf(inner);
+    pictures::SetOutlines(chart.plane, *ellipse, factor);
+    chart.lightness.limit = pictures::EllipseLightness(*ellipse, 1);
+    chart.lightness.warning = pictures::EllipseLightness(*ellipse, factor);
     return;
   }
   const auto& box = std::get<CBoxTolData>(colour.limits);
+  chart.lightness.limit = box.Limits(0);
+  chart.lightness.warning = ScaledAboutCentre(chart.lightness.limit, factor);
+  pictures::SetOutlines(chart.plane, box, factor);
+  if (settings_.difference.system != vrxSystemLch) return;
   CLabValues lab;
   lab.SetValues(colour.lab);
   const auto outline = [&](double scale) {
-    const Interval x = ScaledAboutCentre(box.Limits(1), scale);
-    const Interval y = ScaledAboutCentre(box.Limits(2), scale);
-    return settings_.difference.system == vrxSystemLch ? ChromaHueOutline(lab, x, y) : BoxOutline(x, y);
+    return pictures::ChromaHueOutline(lab, ScaledAboutCentre(box.Limits(1), scale),
+                                      ScaledAboutCentre(box.Limits(2), scale));
   };
-  chart.limit = outline(1);
-  chart.warning = outline(factor);
-  chart.lightness = box.Limits(0);
-  chart.lightnessWarning = ScaledAboutCentre(chart.lightness, factor);
+  chart.plane.limit = outline(1);
+  chart.plane.warning = outline(factor);
 }
 
 Chart JudgedTrials::Plane(const JudgedView& view, std::size_t i) const {
   PlaneChart chart;
   chart.title = IlluminantAt(i);
-  chart.xHeading = HeadingOf(1,
-                             "\xCE\x94"
-                             "a*");
-  chart.yHeading = HeadingOf(2,
-                             "\xCE\x94"
-                             "b*");
-  chart.lightnessHeading = HeadingOf(0, "\xCE\x94L*");
+  chart.plane.xHeading = HeadingOf(1,
+                                   "\xCE\x94"
+                                   "a*");
+  chart.plane.yHeading = HeadingOf(2,
+                                   "\xCE\x94"
+                                   "b*");
+  chart.lightness.heading = HeadingOf(0, "\xCE\x94L*");
   SetLimits(view.colours[i], chart);
   for (const std::size_t t : view.trials) {
     for (const JudgedResult& result : trials_[t].results) {
-      for (const double value : result.plotted) chart.reach = std::max(chart.reach, std::fabs(value));
+      for (const double value : result.plotted) {
+        if (IsShown(value)) chart.plane.reach = std::max(chart.plane.reach, std::fabs(value));
+      }
     }
     const JudgedResult& result = trials_[t].results[i];
-    chart.trials.push_back({result.plotted[0], result.plotted[1], result.plotted[2], result.verdict});
+    const auto& [x, y, lightness] = result.plotted;
+    // What a picture shows of a trial has its own verdict: a trial that is too light is well where only its hue is seen.
+    chart.plane.trials.push_back({x, y, lightness, pictures::VerdictInPlane(chart.plane, {x, y}), {}});
+    chart.lightness.trials.push_back(
+        {x, y, lightness, pictures::VerdictOfLightness(chart.lightness, lightness), {}});
   }
   return MakeChart(chart);
 }
 
+pictures::TrendData JudgedTrials::TrendOf(const std::vector<std::size_t>& trials, std::size_t i) const {
+  pictures::TrendData trend;
+  trend.heading = ForPicture(IlluminantAt(i) + "  " + TotalHeading());
+  trend.orderHeading = ForPicture(Text(ReportText::kOrderAxis));
+  auto& series = trend.series.emplace_back();
+  series.name = ForPicture(IlluminantAt(i));
+  for (const std::size_t t : trials) series.totals.push_back(TotalOf(trials_[t], i));
+  return trend;
+}
+
 Chart JudgedTrials::Trend(const std::vector<std::size_t>& trials) const {
-  TrendChart chart{Text(ReportText::kTrend), TotalHeading(), {}, {}};
-  for (std::size_t i = 0; i < IlluminantCount(); ++i) {
-    chart.names.push_back(IlluminantAt(i));
-    auto& series = chart.series.emplace_back();
-    for (const std::size_t t : trials) series.push_back(TotalOf(trials_[t], i));
-  }
+  TrendChart chart{Text(ReportText::kTrend), {}};
+  for (std::size_t i = 0; i < IlluminantCount(); ++i) chart.strips.push_back(TrendOf(trials, i));
   return MakeChart(chart);
 }
 
 Chart JudgedTrials::Histogram(const std::vector<std::size_t>& trials, std::size_t i) const {
-  HistogramChart chart{Text(ReportText::kHistogram) + ": " + IlluminantAt(i), TotalHeading(), {}, 0};
+  HistogramChart chart{Text(ReportText::kHistogram) + ": " + IlluminantAt(i), {}};
+  chart.histogram.heading = ForPicture(TotalHeading());
+  chart.histogram.countHeading = ForPicture(Text(ReportText::kCountAxis));
   for (const std::size_t t : trials) {
     for (const JudgedResult& result : trials_[t].results) {
-      if (result.Total() > chart.upper) chart.upper = result.Total();
+      if (result.Total() > chart.histogram.upper) chart.histogram.upper = result.Total();
     }
   }
-  for (const std::size_t t : trials) chart.totals.push_back(TotalOf(trials_[t], i));
+  for (const std::size_t t : trials) chart.histogram.totals.push_back(TotalOf(trials_[t], i));
   return MakeChart(chart);
 }
 
 Chart JudgedTrials::OverIlluminants(const JudgedView& view) const {
-  ProfileChart chart{
-      Text(ReportText::kProfileIlluminants), TotalHeading(), Text(ReportText::kIlluminantAxis), {}, {}, {}};
+  ProfileChart chart{Text(ReportText::kProfileIlluminants), {}};
+  pictures::ProfileData& profile = chart.profile;
+  profile.heading = ForPicture(TotalHeading());
+  profile.placeHeading = ForPicture(Text(ReportText::kIlluminantAxis));
   for (std::size_t i = 0; i < IlluminantCount(); ++i) {
-    chart.names.push_back(IlluminantAt(i));
-    chart.positions.push_back(static_cast<double>(i));
+    profile.names.push_back(ForPicture(IlluminantAt(i)));
+    profile.places.push_back(static_cast<double>(i));
   }
   for (const std::size_t t : WorstFirst(view)) {
-    auto& totals = chart.trials.emplace_back();
+    auto& totals = profile.trials.emplace_back().totals;
     for (std::size_t i = 0; i < IlluminantCount(); ++i) totals.push_back(TotalOf(trials_[t], i));
   }
   return MakeChart(chart);
@@ -237,33 +237,31 @@ bool JudgedTrials::AreAngles(const std::vector<std::size_t>& views) const {
 }
 
 Chart JudgedTrials::OverAngles(const std::vector<std::size_t>& views, std::size_t i) const {
-  ProfileChart chart{Text(ReportText::kProfileAngles) + ": " + IlluminantAt(i),
-                     TotalHeading(),
-                     Text(ReportText::kAngleAxis),
-                     {},
-                     {},
-                     {}};
+  ProfileChart chart{Text(ReportText::kProfileAngles) + ": " + IlluminantAt(i), {}};
+  pictures::ProfileData& profile = chart.profile;
+  profile.heading = ForPicture(TotalHeading());
+  profile.placeHeading = ForPicture(Text(ReportText::kAngleAxis));
   const auto angle = [this](std::size_t v) { return AngleOfCode(static_cast<uint8_t>(views_[v].geometry)); };
   std::vector<std::size_t> order = views;
   std::ranges::stable_sort(order, {}, angle);
-  std::map<std::string, std::vector<GradedTotal>> trials;
+  std::map<std::string, std::vector<pictures::GradedTotal>> trials;
   for (std::size_t place = 0; place < order.size(); ++place) {
     const JudgedView& view = views_[order[place]];
-    chart.names.push_back(GeometryName(view.geometry));
-    chart.positions.push_back(angle(order[place]));
+    profile.names.push_back(ForPicture(GeometryName(view.geometry)));
+    profile.places.push_back(angle(order[place]));
     for (const std::size_t t : view.trials) {
       auto& totals = trials[trials_[t].id];
       totals.resize(order.size());
       totals[place] = TotalOf(trials_[t], i);
     }
   }
-  for (auto& [id, totals] : trials) chart.trials.push_back(std::move(totals));
-  const auto worst = [](const std::vector<GradedTotal>& totals) {
+  for (auto& [id, totals] : trials) profile.trials.push_back({ForPicture(id), std::move(totals)});
+  const auto worst = [](const pictures::TotalsSeries& trial) {
     double largest = 0;
-    for (const GradedTotal& total : totals) largest = std::max(largest, total.value);
+    for (const pictures::GradedTotal& total : trial.totals) largest = std::max(largest, total.value);
     return largest;
   };
-  std::ranges::stable_sort(chart.trials, std::greater<>(), worst);
+  std::ranges::stable_sort(profile.trials, std::greater<>(), worst);
   return MakeChart(chart);
 }
 

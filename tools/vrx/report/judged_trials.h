@@ -72,7 +72,7 @@ class JudgedTrials {
   void Add(const CurveRow& trial, const TrialJudgement& judgement, const Standard& standard,
            const Judge& judge, std::size_t standardIndex);
   /// The wavelengths that were measured, in nm; all of the grid before.
-  void SetMeasured(double first, double last) { measured_.SetMeasured(first, last); }
+  void SetMeasured(double first, double last) { measured_.Set(first, last); }
   int32_t FirstSample() const { return measured_.first; }
   int32_t LastSample() const { return measured_.last; }
 
@@ -84,7 +84,8 @@ class JudgedTrials {
   /// The heading of the total difference.
   const std::string& TotalHeading() const { return columns_.back().heading; }
   const std::vector<DifferenceColumn>& Columns() const { return columns_; }
-  GradedTotal TotalOf(const JudgedTrial& trial, std::size_t i) const;
+  /// The total difference with the verdict on it alone.
+  pictures::GradedTotal TotalOf(const JudgedTrial& trial, std::size_t i) const;
   /// A view's trials, the worst first.
   std::vector<std::size_t> WorstFirst(const JudgedView& view) const;
   /// The standard's id, and its geometry where there is one.
@@ -104,7 +105,8 @@ class JudgedTrials {
   std::size_t ViewOf(const CurveRow& trial, const Standard& standard, const Judge& judge,
                      std::size_t standardIndex);
   std::array<double, 3> Plotted(const JudgementUnder& judgement) const;
-  std::string HeadingOf(int32_t element, const char* other) const;
+  CString HeadingOf(int32_t element, const char* other) const;
+  pictures::TrendData TrendOf(const std::vector<std::size_t>& trials, std::size_t i) const;
   void SetLimits(const JudgedView::Colour& colour, PlaneChart& chart) const;
   bool PlotsLab() const;
 
@@ -113,7 +115,7 @@ class JudgedTrials {
   std::vector<JudgedTrial> trials_;
   std::vector<JudgedView> views_;
   std::map<std::pair<std::string, int32_t>, std::size_t> viewOf_;
-  CurvesChart measured_;  // only its range
+  MeasuredRange measured_;
 };
 
 }  // namespace vrx::tool

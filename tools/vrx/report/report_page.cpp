@@ -1,12 +1,12 @@
 
 #include "tools/vrx/report/report_page.h"
 
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
-#include <vrxmath/colorimetry/display_color.h>
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/platform/clock.h>
 
@@ -69,16 +69,42 @@ std::string Now() {
          TwoDigits(time.hour) + ":" + TwoDigits(time.minute);
 }
 
+// What stands over every printed page but the first. Every character but letters, digits and blanks is written by its number, as
+// a style sheet may have it.
+std::string ContinuedStyle(std::string_view text) {
+  std::string content;
+  const CString wide = CString::FromUtf8(text);
+  std::u32string characters;
+  for (std::size_t i = 0; i < wide.View().size(); ++i) {
+    char32_t character = wide.View()[i];
+    if (character >= 0xD800 && character < 0xDC00 && i + 1 < wide.View().size())
+      character = 0x10000 + ((character - 0xD800) << 10) + (wide.View()[++i] - 0xDC00U);
+    characters += character;
+  }
+  for (const char32_t c : characters) {
+    if (c == U' ' || (c < 128 && std::isalnum(static_cast<int>(c)) != 0)) {
+      content += static_cast<char>(c);
+      continue;
+    }
+    char escape[12];
+    std::snprintf(escape, sizeof escape, "\\%06x", static_cast<unsigned>(c));
+    content += escape;
+  }
+  return "@page {\n  @top-left { content: \"" + content +
+         "\"; font: 8pt system-ui, \"DejaVu Sans\", sans-serif; color: #444; }\n}\n"
+         "@page :first { @top-left { content: none; } }\n";
+}
+
 // The texts of the script, under the names by which it asks.
 std::string ScriptTexts() {
   static constexpr struct {
     const char* name;
     ReportText text;
-  } kTexts[] = {{"search", ReportText::kSearch},   {"all", ReportText::kAll},
-                {"rows", ReportText::kRows},       {"previous", ReportText::kPrevious},
-                {"next", ReportText::kNext},       {"shown", ReportText::kRowsShown},
-                {"none", ReportText::kNoRows},     {"selected", ReportText::kSelected},
-                {"gamut", ReportText::kOutOfGamut}};
+  } kTexts[] = {{"search", ReportText::kSearch},     {"all", ReportText::kAll},
+                {"rows", ReportText::kRows},         {"previous", ReportText::kPrevious},
+                {"next", ReportText::kNext},         {"shown", ReportText::kRowsShown},
+                {"none", ReportText::kNoRows},       {"selected", ReportText::kSelected},
+                {"filtered", ReportText::kFiltered}, {"gamut", ReportText::kOutOfGamut}};
   std::string json = "{\"verdicts\":[";
   for (const Verdict verdict : {kFail, kWarning, kPass}) {
     json += (verdict == kFail ? "" : ",") + JsonText(VerdictWord(verdict));
@@ -104,10 +130,7 @@ void AddReportOptions(Command& command, ReportOptions& options) {
 }
 
 ShownColour Shown(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz) {
-  ShownColour shown;
-  shown.inGamut =
-      XyzToDisplayRgb(illuminant, observer, xyz, shown.colour.red, shown.colour.green, shown.colour.blue);
-  return shown;
+  return pictures::SwatchOf(xyz, illuminant, observer);
 }
 
 std::string JsonText(std::string_view text) {
@@ -142,7 +165,7 @@ std::string VerdictHtml(Verdict verdict) {
 }
 
 std::string SwatchesHtml(const ShownColour& standard, const ShownColour& trial) {
-  const std::string first = HexColour(standard.colour), second = HexColour(trial.colour);
+  const std::string first = pictures::HexColor(standard.color), second = pictures::HexColor(trial.color);
   const bool inGamut = standard.inGamut && trial.inGamut;
   return "<span class=\"swatches\" role=\"img\" aria-label=\"" + first + " | " + second +
          (inGamut ? "" : ", " + Escaped(Text(ReportText::kOutOfGamut))) +
@@ -191,8 +214,9 @@ void ReportTable::Put(Verdict verdict) {
 
 void ReportTable::Put(const ShownColour& standard, const ShownColour& trial) {
   const bool inGamut = standard.inGamut && trial.inGamut;
-  PutCell("\"" + HexColour(standard.colour) + HexColour(trial.colour) + (inGamut ? "\"" : "*\""),
-          "<td>" + SwatchesHtml(standard, trial) + "</td>");
+  PutCell(
+      "\"" + pictures::HexColor(standard.color) + pictures::HexColor(trial.color) + (inGamut ? "\"" : "*\""),
+      "<td>" + SwatchesHtml(standard, trial) + "</td>");
 }
 
 void ReportTable::EndRow() {
@@ -284,12 +308,12 @@ void ReportPage::EndFacts() {
 }
 
 void ReportPage::AddChart(const Chart& chart, std::string_view attributes) {
-  const auto picture = MakeInlinePicture(chart.width, chart.height, chart.title + ". " + chart.summary);
-  chart.paint(*picture);
+  const std::string picture = pictures::PaintInlineSvg(chart.picture, chart.width, chart.height,
+                                                       ShownText(chart.title + ". " + chart.summary));
   constexpr int32_t kWide = 400;
   body_ += std::string("<figure class=\"chart") + (chart.width > kWide ? " wide" : "") + "\" data-scales=\"" +
-           Escaped(chart.scales) + "\"" + (attributes.empty() ? "" : " ") + std::string(attributes) +
-           ">\n<figcaption>" + Escaped(chart.title) + "</figcaption>\n" + picture->Encode() + "</figure>\n";
+           Escaped(chart.Scales()) + "\"" + (attributes.empty() ? "" : " ") + std::string(attributes) +
+           ">\n<figcaption>" + Escaped(chart.title) + "</figcaption>\n" + picture + "</figure>\n";
 }
 
 void ReportPage::AddTable(const ReportTable& table, std::string_view caption) {
@@ -313,6 +337,7 @@ std::string ReportPage::Html() const {
       "<meta name=\"color-scheme\" content=\"light dark\">\n<title>" +
       title + "</title>\n<style>\n";
   html += kReportStyle;
+  html += ContinuedStyle(TextOf(ReportText::kContinued, {ShownText(title_)}));
   html += "</style>\n</head>\n<body>\n<a class=\"skip\" href=\"#results\">" +
           Escaped(Text(ReportText::kSkip)) + "</a>\n<header>\n";
   if (!logo_.empty()) {

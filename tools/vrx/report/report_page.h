@@ -22,9 +22,10 @@
 #include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/tolerance/box_tolerance.h>
 
+#include "pictures/swatches.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/report/charts.h"
-#include "tools/vrx/report/picture.h"
+#include "tools/vrx/report/picture_file.h"
 #include "tools/vrx/report/report_texts.h"
 
 namespace vrx::tool {
@@ -44,10 +45,7 @@ struct ReportOptions {
 void AddReportOptions(Command& command, ReportOptions& options);
 
 /// A colour as a display shows it.
-struct ShownColour {
-  DisplayRgb colour;
-  bool inGamut = true;
-};
+using ShownColour = pictures::Swatch;
 /// Tristimulus values as a display shows them.
 ShownColour Shown(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz);
 

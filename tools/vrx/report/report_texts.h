@@ -111,6 +111,8 @@ enum class ReportText : uint32_t {
   kTargetCurvesSummary,
   kStock,
   kCurvesOnlySummary,
+  kContinued,
+  kFiltered,
 };
 
 /// The text as UTF-8.

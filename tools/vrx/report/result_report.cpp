@@ -89,7 +89,7 @@ void ResultReport::AddViewing(const std::vector<vrxIlluminant>& illuminants, int
 
 void ResultReport::SetMeasured(const CurveReader& curves) {
   if (curves.Kind() != Sample::kCurve) return;
-  range_.SetMeasured(curves.Grid().FirstWavelength(), curves.Grid().LastWavelength());
+  range_.Set(curves.Grid().FirstWavelength(), curves.Grid().LastWavelength());
 }
 
 void ResultReport::AddCurve(const CReflData& curve) {
@@ -136,10 +136,10 @@ void ResultReport::Save() {
     if (swatches_.find("</span>*") != std::string::npos)
       page_->AddParagraph("* " + Text(ReportText::kOutOfGamut));
     if (!curves_.empty()) {
-      range_.title = Text(standard_ ? ReportText::kCurves : ReportText::kCurvesOnly);
-      if (standard_) range_.standard = &*standard_;
-      for (const PlottedCurve& curve : curves_) range_.trials.push_back(&curve);
-      page_->AddChart(MakeChart(range_));
+      CurvesChart chart{Text(standard_ ? ReportText::kCurves : ReportText::kCurvesOnly), nullptr, {}, range_};
+      if (standard_) chart.standard = &*standard_;
+      for (const PlottedCurve& curve : curves_) chart.trials.push_back(&curve);
+      page_->AddChart(MakeChart(chart));
     }
     page_->BeginRow();
     for (const PlaneChart& plane : planes_) page_->AddChart(MakeChart(plane));
@@ -159,8 +159,7 @@ void ResultReport::AddTargets() {
     page_->AddHtml("<div class=\"pairs\">\n" + target.swatches + "</div>\n");
     isAnyBeyond = isAnyBeyond || target.swatches.find("</span>*") != std::string::npos;
     if (target.curves.empty()) continue;
-    CurvesChart chart = range_;
-    chart.title = Text(ReportText::kTargetCurves);
+    CurvesChart chart{Text(ReportText::kTargetCurves), nullptr, {}, range_};
     chart.areRecipes = true;
     chart.standard = &target.curves.front();
     for (const PlottedCurve& curve : std::span(target.curves).subspan(1)) chart.trials.push_back(&curve);

@@ -72,7 +72,7 @@ class ResultReport {
   std::string heading_;
   std::optional<ReportTable> table_;
   std::vector<Fact> facts_;
-  CurvesChart range_;  // what was measured
+  MeasuredRange range_;
   std::vector<PlottedCurve> curves_;
   std::optional<PlottedCurve> standard_;
   std::string swatches_;  // HTML

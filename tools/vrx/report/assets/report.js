@@ -46,6 +46,9 @@
       this.makeHeadings();
       this.makeControls();
       this.show();
+      // Paper has every row that the filter lets through, whatever page is on the screen.
+      addEventListener('beforeprint', () => this.show(true));
+      addEventListener('afterprint', () => this.show());
     }
 
     makeHeadings() {
@@ -151,9 +154,9 @@
       return cell;
     }
 
-    show() {
-      const from = this.page * this.pageSize;
-      const visible = this.order.slice(from, from + this.pageSize);
+    show(isWhole = false) {
+      const from = isWhole ? 0 : this.page * this.pageSize;
+      const visible = isWhole ? this.order : this.order.slice(from, from + this.pageSize);
       this.body.replaceChildren(...visible.map((i) => {
         const row = element('tr', {}, ...this.rows[i].map((value, c) => this.cell(value, c, i)));
         if (this.picked === i) row.className = 'picked';
@@ -166,19 +169,26 @@
       if (count === 0) return this.status.replaceChildren(texts.none);
       const turn = (text, step, isPossible) => {
         const button = element('button', { type: 'button', disabled: !isPossible }, text);
-        button.addEventListener('click', () => {
-          this.page += step;
-          this.show();
-          this.root.querySelector('.scroll').scrollTop = 0;
-        });
+        button.addEventListener('click', () => this.turn(step));
         return button;
       };
-      const parts = [filled(texts.rows, from + 1, from + count, this.order.length)];
+      const parts = [element('span', {}, filled(texts.rows, from + 1, from + count, this.order.length))];
+      if (this.order.length < this.rows.length) parts.push(element('span', {}, filled(texts.filtered, this.order.length, this.rows.length)));
       if (this.order.length > this.pageSize) {
         parts.unshift(turn(texts.previous, -1, from > 0));
         parts.push(turn(texts.next, 1, from + count < this.order.length));
       }
       this.status.replaceChildren(...parts);
+    }
+
+    // Turns the page. The focus stays on the button, or goes to the other one at the end.
+    turn(step) {
+      this.page += step;
+      this.show();
+      this.root.querySelector('.scroll').scrollTop = 0;
+      const [previous, next] = this.status.querySelectorAll('button');
+      const [same, other] = step > 0 ? [next, previous] : [previous, next];
+      (same.disabled ? other : same).focus();
     }
 
     // Turns to a row, if the filter lets it through.
@@ -313,7 +323,7 @@
       } else if (kind === 'plane' && points) {
         const [x, y, lightness] = points.slice(3 * Number(figure.dataset.illuminant));
         circle(pairs[0], x, y);
-        circle(pairs[1], 0, lightness);
+        circle(pairs[1], 0.5, lightness);
       } else if (kind === 'profile') {
         const totals = Array.from({ length: this.perTrial }, (_, i) => [i, this.total(trial, i)]).filter(([, total]) => isNumber(total));
         drawn(group, 'polyline', 'mark-line', { points: totals.map(([i, total]) => `${pairs[0].x(i)},${pairs[0].y(total)}`).join(' ') });

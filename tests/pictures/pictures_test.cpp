@@ -1,4 +1,4 @@
-// The shapes that controls draw, and where they stand.
+// The shapes of charts, and where they stand.
 
 #include <algorithm>
 #include <cmath>
@@ -11,10 +11,13 @@
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/platform/locale.h>
 
-#include "controls/layout/chart_pictures.h"
-#include "controls/layout/color_pictures.h"
+#include "pictures/curves.h"
+#include "pictures/marks.h"
+#include "pictures/plane.h"
+#include "pictures/swatches.h"
+#include "pictures/totals.h"
 
-namespace vrx::controls {
+namespace vrx::pictures {
 namespace {
 
 using Kind = Shape::Kind;
@@ -23,9 +26,13 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 std::vector<Shape> ShapesOf(const Picture& picture, Kind kind, std::optional<Paint> paint = {}) {
   std::vector<Shape> found;
-  for (const Shape& shape : picture.Shapes()) {
+  const auto take = [&](const Shape& shape) {
     if (shape.kind == kind && (!paint || shape.fill == paint || shape.stroke == paint))
       found.push_back(shape);
+  };
+  for (const Shape& shape : picture.Shapes()) {
+    take(shape);
+    if (shape.kind == Kind::kMarks) std::ranges::for_each(ShapesOfMarks(shape), take);
   }
   return found;
 }
@@ -41,21 +48,24 @@ TEST(Axes, TicksAreRound) {
       {{-1.5, 1.5}, 6, "-1.5 -1.0 -0.5 0.0 0.5 1.0 1.5"},
       {{360, 750}, 4, "300 400 500 600 700 800"},
       {{0.001, 0.0042}, 4, "0.001 0.002 0.003 0.004 0.005"},
-      {{5, 5}, 5, "5.0 5.2 5.4 5.6 5.8 6.0"},
+      {{5, 5}, 5, "4.6 4.8 5.0 5.2 5.4"},  // 4.5 to 5.5
       {{kNaN, 3}, 2, "0.0 0.5 1.0"},
       {kNoInterval, 2, "0.0 0.5 1.0"},
   };
   for (const auto& row : rows) {
     const Ticks ticks = TicksFor(row.values, row.steps);
     std::string labels;
-    for (int32_t i = 0; i < ticks.count; ++i) labels += (i ? " " : "") + ticks.Label(i).ToUtf8();
+    for (const NamedValue& tick : ticks.Shown(kLook))
+      labels += (labels.empty() ? "" : " ") + tick.name.ToUtf8();
     EXPECT_EQ(labels, row.labels);
   }
   LocaleConventions german;
   german.decimalSeparator = u",";
   const FixedLocale locale(german);
   SetLocale(&locale);
-  EXPECT_EQ(TicksFor({0, 1}, 5).Label(1).ToUtf8(), "0,2");
+  EXPECT_EQ(TicksFor({0, 1}, 5).Shown(kLook)[1].name.ToUtf8(), "0,2");
+  EXPECT_EQ(TicksFor({0, 1}, 5).Shown({1, 16, 7, false})[1].name.ToUtf8(),
+            "0.2");  // a file is the same everywhere
   SetLocale(nullptr);
 }
 
@@ -161,7 +171,7 @@ TEST(Shapes, KeepTheirSizeAndPlace) {
     Picture picture;
     picture.AddMark({50, 40}, mark, Role::kPass, 3);
     double left = 1e9, right = -1e9, top = 1e9, bottom = -1e9;
-    for (const Shape& shape : picture.Shapes()) {
+    for (const Shape& shape : ShapesOfMarks(picture.Shapes()[0])) {
       std::vector<CDblPoint> corners = shape.points;
       if (shape.kind == Kind::kEllipse)
         corners = {{shape.box.left, shape.box.top}, {shape.box.Right(), shape.box.Bottom()}};
@@ -241,20 +251,25 @@ TEST(Axes, CarryValuesToPixels) {
   }
 }
 
-TEST(Polyline, OfACrowdOneIsMarkedAndEveryFail) {
+// Of a crowd one of each verdict is marked, the worst on top, wherever they stand in the order.
+TEST(Polyline, OfACrowdTheWorstIsSeen) {
   CDblPolyline line;
   line.marked = true;
   for (int32_t i = 0; i < 60; ++i) {
-    line.Add({1 + i * 1e-6, 1});
-    line.verdicts.Add(i % 20 == 19 ? kFail : kPass);
+    line.Add({1 + i * 1e-9, 1});
+    line.verdicts.Add(i == 30 ? kWarning : i % 20 == 19 ? kFail : kPass);
   }
   line.Add({0, 0}), line.Add({2, 2});
   Picture picture;
   DrawPolylines(picture, {0, 0, 300, 300}, {&line, 1}, kLook);
   EXPECT_EQ(picture.Targets().size(), 62U);
-  EXPECT_EQ(ShapesOf(picture, Kind::kLine, Role::kFail).size(), 3U * 2);
-  EXPECT_LE(ShapesOf(picture, Kind::kEllipse, Role::kPass).size(),
-            2U);  // the crowd may lie on the edge of two pixels
+  std::vector<Mark> marks;
+  for (const Shape& shape : picture.Shapes()) {
+    if (shape.kind == Kind::kMarks) marks.push_back(shape.mark);
+  }
+  EXPECT_EQ(marks, (std::vector{Mark::kDot, Mark::kDot, Mark::kTriangle, Mark::kCross}));
+  EXPECT_EQ(ShapesOf(picture, Kind::kLine, Role::kFail).size(), 2U);
+  EXPECT_EQ(ShapesOf(picture, Kind::kEllipse, Role::kPass).size(), 1U);
   EXPECT_EQ(ShapesOf(picture, Kind::kEllipse, Role::kStandard).size(), 2U);
   // The name of a point goes before that of its line.
   line.name = u"line";
@@ -314,10 +329,78 @@ TEST(Plane, OutlinesAreTheTolerances) {
   Picture lightness;
   DrawLightnessBar(lightness, {0, 0, 60, 300}, bar, kLook);
   const Rect track = ShapesOf(lightness, Kind::kRectangle, Role::kFrame)[0].box;
-  const std::vector<Shape> limits = ShapesOf(lightness, Kind::kLine, Role::kFail);
-  ASSERT_EQ(limits.size(), 4U);  // two limits, and the cross of the fail
+  const std::vector<Shape> limits = ShapesOf(lightness, Kind::kLine, Role::kText);
+  ASSERT_EQ(limits.size(), 2U);
   const double perUnit = (limits[0].points[0].y - limits[1].points[0].y) / 3;
   EXPECT_NEAR(track.Centre().y - lightness.Targets()[0].at.y, 0.5 * perUnit, 1e-9);
+  // Beside the plane the strip has its scale, and its middle is the plane's.
+  Picture both;
+  DrawPlaneAndLightness(both, {0, 0, 400, 400}, plane, bar, kLook);
+  ASSERT_EQ(both.Scales().size(), 2U);
+  EXPECT_NEAR(both.Scales()[0].perY, both.Scales()[1].perY, 1e-9);
+  EXPECT_NEAR(both.Scales()[0].y0, both.Scales()[1].y0, 1e-9);
+}
+
+// What a picture shows of a trial has a verdict of its own: the outlines' in the plane, the interval's on the strip.
+TEST(Plane, GradesWhatItShows) {
+  CBoxTolData box;
+  box.SetTolerance(1, 3, 1);
+  DifferencePlane plane;
+  EXPECT_EQ(VerdictInPlane(plane, {9, 9}), kPass);  // there are no limits
+  SetOutlines(plane, box,
+              0.5);  // -1 to 3 across and -1.5 to 1.5 up; without a warning 0 to 2 and -0.75 to 0.75
+  const std::pair<CDblPoint, Verdict> points[] = {
+      {{1, 0}, kPass},   {{0, 0.75}, kPass}, {{3, 1.5}, kWarning},   {{-0.5, 0}, kWarning},
+      {{3.1, 0}, kFail}, {{0, -2}, kFail},   {{2.001, 0}, kWarning}, {{1, 1.501}, kFail}};
+  for (const auto& [point, verdict] : points)
+    EXPECT_EQ(VerdictInPlane(plane, point), verdict) << point.x << ' ' << point.y;
+  CEllipseData ellipse;
+  const double values[] = {0.1, 0.5, -0.2, 1, 2, 0.75, 30, 1, 1};
+  for (int32_t i = 0; i < CEllipseData::kValues; ++i) ellipse[i] = values[i];
+  SetOutlines(plane, ellipse, 0.6);
+  for (double x = -2; x <= 3; x += 0.37) {
+    for (double y = -2; y <= 2; y += 0.29) {
+      const double value = ellipse.Value(Difference{0.1, x, y, 0, 0, 0, 0});
+      if (std::fabs(value - 1) < 0.02 || std::fabs(value - 0.6) < 0.02)
+        continue;  // the outline is of short lines
+      EXPECT_EQ(VerdictInPlane(plane, {x, y}), value > 1     ? kFail
+                                               : value > 0.6 ? kWarning
+                                                             : kPass)
+          << x << ' ' << y;
+    }
+  }
+  LightnessBar bar;
+  EXPECT_EQ(VerdictOfLightness(bar, 9), kPass);
+  bar.limit = {-1, 2};
+  bar.warning = {-0.5, 1};
+  const std::pair<double, Verdict> heights[] = {
+      {0, kPass}, {1, kPass}, {-1, kWarning}, {2.1, kFail}, {-1.1, kFail}};
+  for (const auto& [lightness, verdict] : heights)
+    EXPECT_EQ(VerdictOfLightness(bar, lightness), verdict) << lightness;
+}
+
+// Ten thousand marks do not overlap, all are of one size, and tell how many points each stands for.
+TEST(Marks, OfManyStandForACrowd) {
+  MarkLayer layer;
+  for (int32_t i = 0; i < 10'000; ++i) layer.Add({50 + 40 * std::sin(i * 0.7), 50 + 0.004 * i}, kPass);
+  layer.Add({50, 50}, kFail);
+  Picture picture;
+  layer.Draw(picture, kLook);
+  std::vector<CDblPoint> passes;
+  std::vector<double> strengths;
+  for (const Shape& shape : picture.Shapes()) {
+    EXPECT_EQ(shape.radius, kMarkRadius);
+    if (shape.mark != Mark::kDot) continue;
+    passes.insert(passes.end(), shape.points.begin(), shape.points.end());
+    strengths.push_back(shape.strength);
+  }
+  EXPECT_EQ(picture.Shapes().back().mark, Mark::kCross);
+  EXPECT_LT(passes.size(), 100U);
+  EXPECT_TRUE(std::ranges::is_sorted(strengths) && strengths.size() > 1);
+  const std::vector<CDblPoint> few(10, CDblPoint{1, 1});
+  const std::vector<Crowd> one = Thinned(few, 2);
+  ASSERT_EQ(one.size(), 1U);
+  EXPECT_EQ(one[0].count, 10U);
 }
 
 // The white of any illuminant is the white of the screen; the primaries of IEC 61966-2-1 under D65 are its corners.
@@ -400,50 +483,65 @@ TEST(Charts, AreMadeOfTheirData) {
   EXPECT_EQ(picture.Targets().back().line, 2);
   EXPECT_EQ(picture.Targets()[0].at.x, picture.Targets()[6].at.x);  // one wavelength, one place
 
-  const AnglesData angles{u"dE", {15, 25, 45}, {{1, 2, 3}}, {2, 2, 2}, 0.75};
-  const std::vector<CDblPolyline> lines = AngleLines(angles);
+  // Lines of trials, then the limit and the beginning of the warning band.
+  const double at15[] = {1, 2, 3}, limits[] = {2, 2, 2};
+  ProfileData angles;
+  angles.places = {15, 25, 45};
+  angles.trials = {{u"", Graded(at15, limits, 0.75)}};
+  const std::vector<CDblPolyline> lines = ProfileLines(angles);
   ASSERT_EQ(lines.size(), 3U);
   EXPECT_EQ(lines[0].verdicts[0], kPass);
   EXPECT_EQ(lines[0].verdicts[1], kWarning);
   EXPECT_EQ(lines[0].verdicts[2], kFail);
   EXPECT_EQ(lines[2][1], (CDblPoint{25, 1.5}));
+}
 
-  const TrendData trend{u"dE", {0.5, 3}, 2, 1};
-  EXPECT_EQ(TrendLine(trend).verdicts[1], kFail);
-  EXPECT_EQ(TrendLevels(trend).size(), 1U);
-  EXPECT_TRUE(TrendLevels({u"", {1}, kUnset, 1}).empty());
+// A trend of one limit for all.
+TrendData TrendOf(std::vector<double> totals, double limit, double warningFactor) {
+  TrendData trend;
+  trend.series = {{u"", Graded(totals, std::array{limit}, warningFactor)}};
+  return trend;
 }
 
 TEST(Charts, GradeByTheirLimits) {
   // Exactly at the limit and at the beginning of the warning band a value still passes on the better side.
-  TrendData trend;
-  trend.totals = {0, 1.5, 1.6, 2, 2.1, kUnset};
-  trend.limit = 2;
-  trend.warningFactor = 0.75;
-  const CDblPolyline line = TrendLine(trend);
+  const std::vector<double> totals = {0, 1.5, 1.6, 2, 2.1, kUnset};
+  const std::vector<CDblPolyline> trend = TrendLines(TrendOf(totals, 2, 0.75));
+  ASSERT_EQ(trend.size(), 3U);
   const Verdict expected[] = {kPass, kPass, kWarning, kWarning, kFail};
   for (int32_t i = 0; i < 5; ++i) {
-    EXPECT_EQ(line.verdicts[i], expected[i]) << i;
-    EXPECT_EQ(line[i].x, i + 1);  // trials are counted from 1
+    EXPECT_EQ(trend[0].verdicts[i], expected[i]) << i;
+    EXPECT_EQ(trend[0][i].x, i + 1);  // trials are counted from 1
   }
-  const std::vector<LevelLine> levels = TrendLevels(trend);
-  ASSERT_EQ(levels.size(), 2U);
-  EXPECT_EQ(levels[0].y, 2);
-  EXPECT_EQ(levels[1].y, 1.5);
-  EXPECT_TRUE(!levels[0].dashed && levels[1].dashed);
-  trend.limit = kUnset;
-  EXPECT_EQ(TrendLine(trend).verdicts.GetSize(), 0);
+  // A limit of one height is one piece across all places.
+  ASSERT_EQ(trend[1].GetSize(), 2);
+  EXPECT_EQ(trend[1][0], (CDblPoint{0.5, 2}));
+  EXPECT_EQ(trend[1][1], (CDblPoint{6.5, 2}));
+  EXPECT_EQ(trend[2][0], (CDblPoint{0.5, 1.5}));
+  EXPECT_TRUE(!trend[1].dashed && trend[2].dashed);
+  EXPECT_EQ(TrendLines(TrendOf(totals, 2, 1)).size(), 2U);
+  const std::vector<CDblPolyline> unlimited = TrendLines(TrendOf(totals, kUnset, 0.75));
+  ASSERT_EQ(unlimited.size(), 1U);
+  EXPECT_EQ(unlimited[0].verdicts.GetSize(), 0);
+  // Limits that change from trial to trial are steps; a trial without one parts them.
+  TrendData steps;
+  steps.series = {{u"", Graded(std::array{1.0, 1.0, 1.0, 1.0}, std::array{2.0, 2.0, kUnset, 3.0}, 1)}};
+  const CDblPolyline limit = TrendLines(steps)[1];
+  ASSERT_EQ(limit.GetSize(), 5);
+  EXPECT_EQ(limit[1], (CDblPoint{2.5, 2}));
+  EXPECT_TRUE(IsUnset(limit[2].y));
+  EXPECT_EQ(limit[3], (CDblPoint{3.5, 3}));
 
-  AnglesData angles{u"dE", {15, 25, 45}, {{1, 2}, {1, 1, 1}}, {2, kUnset}, 1};
-  const std::vector<CDblPolyline> lines = AngleLines(angles);
+  // At each place the limit of the first trial that has one.
+  ProfileData angles;
+  angles.places = {15, 25, 45};
+  angles.trials = {{u"", Graded(std::array{1.0, 2.0}, std::array{2.0, kUnset}, 1)},
+                   {u"", Graded(std::array{1.0, 1.0, 1.0}, std::array{9.0, kUnset, 4.0}, 1)}};
+  const std::vector<CDblPolyline> lines = ProfileLines(angles);
   ASSERT_EQ(lines.size(), 3U);  // no warning band
-  EXPECT_TRUE(IsUnset(lines[0][2].y));
-  EXPECT_EQ(lines[2].GetSize(), 2);
   EXPECT_EQ(lines[2][0], (CDblPoint{15, 2}));
   EXPECT_TRUE(IsUnset(lines[2][1].y));
-  angles.limits.clear();
-  EXPECT_EQ(AngleLines(angles).size(), 2U);
-  EXPECT_EQ(AngleLines(angles)[0].verdicts.GetSize(), 0);
+  EXPECT_EQ(lines[2][2], (CDblPoint{45, 4}));
 
   CurvesData curves;
   curves.first = 380;
@@ -456,7 +554,7 @@ TEST(Charts, GradeByTheirLimits) {
   EXPECT_EQ(all[0].paint, Paint(Role::kStandard));
   EXPECT_EQ(all[0].width, 2);
   for (std::size_t i = 1; i < 4; ++i) {
-    EXPECT_EQ(all[i].width, 1);
+    EXPECT_LT(all[i].width, 2);
     EXPECT_EQ(all[i].paint, differences[i - 1].paint);  // a trial's difference looks like its curve
     EXPECT_EQ(all[i].dashed, differences[i - 1].dashed);
     for (std::size_t k = 0; k < i; ++k)
@@ -472,69 +570,5 @@ TEST(Charts, GradeByTheirLimits) {
   EXPECT_EQ(ShapesOf(alone, Kind::kRectangle, Role::kFrame).size(), 1U);
 }
 
-TEST(Progress, RoundsAsOneExpects) {
-  const std::pair<double, const char*> times[] = {{0, "50 %  0:00 left"},
-                                                  {0.2, "50 %  0:01 left"},
-                                                  {59.2, "50 %  1:00 left"},
-                                                  {3599, "50 %  59:59 left"},
-                                                  {3599.5, "50 %  1:00:00 left"},
-                                                  {86'400, "50 %  24:00:00 left"},
-                                                  {31 * 86'400.0, "50 %"},
-                                                  {HUGE_VAL, "50 %"},
-                                                  {-0.5, "50 %"}};
-  for (const auto& [seconds, text] : times) {
-    EXPECT_EQ(ProgressText({0, 2, 1, seconds, -1, u""}).ToUtf8(), text);
-  }
-  const std::pair<int32_t, Role> bars[] = {{kPass, Role::kPass},
-                                           {kWarning, Role::kWarning},
-                                           {kFail, Role::kFail},
-                                           {-1, Role::kSelection},
-                                           {99, Role::kSelection}};
-  for (const auto& [verdict, role] : bars) {
-    Picture picture;
-    DrawProgress(picture, {5, 0, 201, 20}, {10, 20, 12.5, -1, verdict, u""}, kLook);
-    const std::vector<Shape> bar = ShapesOf(picture, Kind::kRectangle, role);
-    ASSERT_EQ(bar.size(), 1U) << verdict;
-    EXPECT_EQ(bar[0].box, (Rect{5, 0, 50, 20}));
-  }
-  EXPECT_EQ(PartDone({20, 10, 15, -1, -1, u""}), 0);
-  EXPECT_EQ(PartDone({10, 20, 5, -1, -1, u""}), 0);
-  const struct {
-    double width, height;
-    PictureMode mode;
-    Rect place;
-  } places[] = {{50, 20, PictureMode::kStretch, {10, 20, 100, 60}},
-                {20, 60, PictureMode::kFit, {50, 20, 20, 60}},
-                {300, 60, PictureMode::kFit, {10, 40, 100, 20}},
-                {200, 100, PictureMode::kCentre, {-40, 0, 200, 100}},
-                {50, -1, PictureMode::kFit, {10, 20, 100, 60}}};
-  for (const auto& row : places)
-    EXPECT_EQ(PicturePlace({10, 20, 100, 60}, row.width, row.height, row.mode), row.place);
-}
-
-TEST(Progress, TellsHowFarAndHowLong) {
-  const struct {
-    ProgressData data;
-    double part;
-    const char* text;
-  } rows[] = {
-      {{0, 200, 50, -1, -1, u""}, 0.25, "25 %"},
-      {{0, 100, 99.9, 61, -1, u""}, 0.999, "99 %  1:01 left"},
-      {{0, 100, 500, 3725, kFail, u"last lot"}, 1, "last lot  1:02:05 left"},
-      {{5, 5, 5, -1, -1, u""}, 0, "0 %"},
-      {{0, 1, kNaN, kNaN, -1, u""}, 0, "0 %"},
-  };
-  for (const auto& row : rows) {
-    EXPECT_DOUBLE_EQ(PartDone(row.data), row.part);
-    EXPECT_EQ(ProgressText(row.data).ToUtf8(), row.text);
-  }
-  Picture picture;
-  DrawProgress(picture, {0, 0, 200, 20}, rows[0].data, kLook);
-  EXPECT_EQ(ShapesOf(picture, Kind::kRectangle, Role::kSelection)[0].box, (Rect{0, 0, 50, 20}));
-  EXPECT_EQ(PicturePlace({0, 0, 100, 100}, 50, 20, PictureMode::kFit), (Rect{0, 30, 100, 40}));
-  EXPECT_EQ(PicturePlace({0, 0, 100, 100}, 50, 20, PictureMode::kCentre), (Rect{25, 40, 50, 20}));
-  EXPECT_EQ(PicturePlace({0, 0, 100, 100}, 0, 20, PictureMode::kFit), (Rect{0, 0, 100, 100}));
-}
-
 }  // namespace
-}  // namespace vrx::controls
+}  // namespace vrx::pictures
