@@ -286,7 +286,7 @@ void DefineJudgement(py::module_& module) {
              py::arg("observer"), py::kw_only(), py::arg("system"), py::arg("tolerance"),
              py::arg("ellipsoid"), py::arg("geometry"), py::arg("of"), py::arg("verdict"), py::arg("warning"),
              py::arg("threads"));
-  const auto codes = py::list();
+  py::list codes;
   for (const vrxIlluminant illuminant : JudgeDefaults::kIlluminants)
     codes.append(static_cast<int>(illuminant));
   module.attr("judge_defaults") = py::make_tuple(FindDifferenceSystem(JudgeDefaults::kSystem)->shortName,

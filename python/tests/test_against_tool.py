@@ -59,8 +59,8 @@ def test_standards_geometries_and_limits(curves, curve_file, vrx_tool, tmp_path)
     """Several standards, each with its limits and its angle, judge as one after the other."""
     of = np.arange(60) % 3
     boxes = [[[0.5 + k + j] * 7 for j in range(2)] for k in range(3)]
-    many = vrx.judge(curves[:3], curves, ["D65", "A"], system="din6175", tolerance=boxes, geometry=["15", "45", "110"], of=of)
-    for k, geometry in enumerate(("15", "45", "110")):
+    many = vrx.judge(curves[:3], curves, ["D65", "A"], system="din6175", tolerance=boxes, geometry=["15deg", "45deg", "110deg"], of=of)
+    for k, geometry in enumerate(("15deg", "45deg", "110deg")):
         one = vrx.judge(curves[k], curves[of == k], ["D65", "A"], system="din6175", tolerance=boxes[k], geometry=geometry)
         assert np.array_equal(one.differences, many.differences[of == k], equal_nan=True)
         assert np.array_equal(one.verdicts, many.verdicts[of == k]) and np.array_equal(one.broken, many.broken[of == k])

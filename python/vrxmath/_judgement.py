@@ -119,7 +119,7 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
         ``"cie2000"``), or given ones: centre dL*, da*, db*; semi-axes along lightness, at the angle and across it; the
         angle in degrees from +a* to +b*; the limit of the total; the commercial factor.
     geometry : str or int, or a sequence of k
-        The measuring geometry, such as ``"15"``: the weights of ``"audi"`` and ``"din6175"`` depend on its angle, which is
+        The measuring geometry, such as ``"15deg"`` or its code: the weights of ``"audi"`` and ``"din6175"`` depend on its angle, which is
         45 degrees otherwise.
     of : sequence of int, length n
         The standard of each sample by its place. Without it one standard is for all, and as many as samples are pairs.

@@ -139,8 +139,9 @@ class Standard:
     def judge(self, samples: Numbers, threads: int = 0) -> Judgement:
         """The judgement of samples, curves of shape (n, 40), see :func:`vrxmath.judge`."""
         tolerance = self.tolerance
+        parameters: dict[str, Any] = dict(tolerance.parameters)
         return _judge(self.curve.values, samples, self.illuminants, self.observer, system=tolerance.system,
-                      tolerance=tolerance.limit, warning=tolerance.warning, threads=threads, **tolerance.parameters)
+                      tolerance=tolerance.limit, warning=tolerance.warning, threads=threads, **parameters)
 
     def _repr_html_(self) -> str:
         return self.curve._repr_html_() + self.tolerance._repr_html_()
