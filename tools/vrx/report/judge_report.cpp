@@ -340,7 +340,7 @@ void JudgeReport::AddPairs(std::size_t v) {
 // The total and the special index of trials under each illuminant: those of one trial below each other, those of several,
 // the worst ones, side by side.
 void JudgeReport::AddMetamerism(const JudgedView& view) {
-  std::string html = "<div class=\"across\" tabindex=\"0\" role=\"region\" aria-label=\"" +
+  std::string html = "<div class=\"across\" tabindex=\"0\" role=\"group\" aria-label=\"" +
                      Escaped(Text(ReportText::kMetamerism)) + "\">\n<table class=\"metamerism\">\n<caption>" +
                      Escaped(Text(ReportText::kMetamerism)) + "<br><span class=\"small\">" +
                      Escaped(TextOf(ReportText::kMetamerismHint, {judged_.IlluminantAt(0)})) +
