@@ -104,10 +104,12 @@ void PlotArea::PaintX(Picture& picture, const Look& look, WideView heading, Axis
     const double x = X(value);
     if (style.hasGrid) picture.Line({x, box_.top}, {x, box_.Bottom()}, Role::kGrid);
     const double half = look.TextWidth(label) / 2;
-    if (!style.hasLabels || x - half < free) continue;
-    picture.Text({x - half - 1, box_.Bottom() + 2 * look.scale, 2 * half + 2, look.textHeight}, label,
+    // The last label stays within the margin.
+    const double middle = std::min(x, box_.Right() + 2 * look.digitWidth - half);
+    if (!style.hasLabels || middle - half < free) continue;
+    picture.Text({middle - half - 1, box_.Bottom() + 2 * look.scale, 2 * half + 2, look.textHeight}, label,
                  Role::kLabel, Align::kMiddle);
-    free = x + half + look.digitWidth;
+    free = middle + half + look.digitWidth;
   }
   picture.Text({box_.left, box_.Bottom() + 2 * look.scale + look.textHeight, box_.width, look.textHeight},
                heading, Role::kText, Align::kEnd);

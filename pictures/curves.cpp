@@ -170,7 +170,7 @@ void DrawCurves(Picture& picture, Rect box, const CurvesData& data, const Look& 
   extras.hasX = differences.empty();
   extras.isFirstOnTop = true;
   const LevelLine zero{0, Role::kStandard, false};
-  PlotExtras lower{.levels = {&zero, 1}, .ySteps = 4};
+  PlotExtras lower{.levels = {&zero, 1}, .isFirstOnTop = true, .ySteps = 4};
   extras.yLabels = lower.yLabels =
       std::max(LabelsOf(lines, look, extras), LabelsOf(differences, look, lower));
   const double height = differences.empty() ? box.height : std::floor(box.height * 0.62);

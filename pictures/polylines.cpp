@@ -36,14 +36,14 @@ void DrawLine(Picture& picture, const PlotArea& area, const CDblPolyline& line, 
   finish();
 }
 
-// Makes targets of a line's points and gathers their marks.
-void AddPoints(Picture& picture, const PlotArea& area, const CDblPolyline& line, int32_t index,
+// Makes targets of a line's points, where they are to be, and gathers their marks.
+void AddPoints(Picture& picture, const PlotArea& area, const CDblPolyline& line, int32_t index, bool isTarget,
                MarkLayer& marks) {
   for (int32_t i = 0; i < line.GetSize(); ++i) {
     const CDblPoint& point = line[i];
     if (!IsShown(point.x) || !IsShown(point.y)) continue;
     const CDblPoint at = area.Within(point.x, point.y);
-    picture.AddTarget({at, index, i});
+    if (isTarget) picture.AddTarget({at, index, i});
     if (!line.marked) continue;
     if (line.verdicts.HasIndex(i))
       marks.Add(at, static_cast<Verdict>(line.verdicts[i]));
@@ -92,7 +92,7 @@ Rect DrawPolylines(Picture& picture, Rect box, std::span<const CDblPolyline> lin
   MarkLayer marks;
   for (std::size_t i = 0; i < lines.size(); ++i) {
     DrawLine(picture, area, lines[extras.isFirstOnTop ? lines.size() - 1 - i : i], look);
-    AddPoints(picture, area, lines[i], static_cast<int32_t>(i), marks);
+    AddPoints(picture, area, lines[i], static_cast<int32_t>(i), i < extras.targetLines, marks);
   }
   marks.Draw(picture, look);
   picture.AddScale(area.GetScale());

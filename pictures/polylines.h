@@ -3,6 +3,7 @@
 #ifndef PICTURES_POLYLINES_H_
 #define PICTURES_POLYLINES_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -25,10 +26,11 @@ struct PlotExtras {
   std::span<const NamedValue> xNames = {};  ///< named places of x, ascending, in place of round values
   bool hasX = true;                         ///< labels and the heading of x
   bool hasXGrid = true;
-  bool isXExact = false;      ///< x ends where the lines do, and not at a round value
-  bool isFirstOnTop = false;  ///< the first line lies over the others
-  double above = 0;           ///< room over the heading of y
-  double yLabels = 0;         ///< room for the labels of y at least
+  bool isXExact = false;               ///< x ends where the lines do, and not at a round value
+  bool isFirstOnTop = false;           ///< the first line lies over the others
+  std::size_t targetLines = SIZE_MAX;  ///< only the points of so many lines are targets
+  double above = 0;                    ///< room over the heading of y
+  double yLabels = 0;                  ///< room for the labels of y at least
   int32_t ySteps = 5;
 };
 

@@ -131,6 +131,46 @@ std::vector<CDblPolyline> TrendLines(const TrendData& data) {
   return lines;
 }
 
+namespace {
+
+// The names of several series behind the ends of their lines, in the order of their heights, none over another.
+void NameSeries(Picture& picture, const TrendData& data, const Rect& area, const Scale& scale,
+                const Look& look) {
+  std::vector<std::pair<double, const CString*>> ends;
+  for (const TotalsSeries& series : data.series) {
+    for (std::size_t i = series.totals.size(); i-- > 0;) {
+      if (!IsShown(series.totals[i].value)) continue;
+      ends.push_back({std::max(scale.y0 + scale.perY * series.totals[i].value, area.top), &series.name});
+      break;
+    }
+  }
+  std::ranges::stable_sort(ends, {}, &std::pair<double, const CString*>::first);
+  const double line = 0.8 * look.textHeight;
+  // From the bottom up, then from the top down: each at least a line from the next.
+  double free = area.Bottom() + look.textHeight / 2;
+  for (auto end = ends.rbegin(); end != ends.rend(); ++end)
+    free = end->first = std::min(end->first, free - line);
+  free = area.top - line;
+  for (auto& end : ends) free = end.first = std::max(end.first, free + line);
+  for (const auto& [y, name] : ends) {
+    picture.Text(
+        {area.Right() + 4 * look.scale, y - look.textHeight / 2, look.TextWidth(*name) + 2, look.textHeight},
+        *name, Role::kText);
+  }
+}
+
+// The room that the names need behind the lines.
+double NamesWidth(const std::vector<TrendData>& strips, const Look& look) {
+  double width = 0;
+  for (const TrendData& strip : strips) {
+    if (strip.series.size() < 2) continue;
+    for (const TotalsSeries& series : strip.series) width = std::max(width, look.TextWidth(series.name));
+  }
+  return width;
+}
+
+}  // namespace
+
 void DrawTrend(Picture& picture, Rect box, const TrendData& data, const Look& look) {
   DrawTrends(picture, box, {data}, look);
 }
@@ -142,14 +182,17 @@ void DrawTrends(Picture& picture, Rect box, const std::vector<TrendData>& strips
   PlotExtras extras{.hasXGrid = false, .isXExact = true, .ySteps = 3};
   for (const TrendData& strip : strips)
     extras.yLabels = std::max(extras.yLabels, LabelsOf(TrendLines(strip), look, extras));
+  const double width = box.width - NamesWidth(strips, look);
   double top = box.top;
   int32_t lines = 0;
   for (std::size_t i = 0; i < strips.size(); ++i, top += height) {
     extras.hasX = i + 1 == strips.size();
     const std::vector<CDblPolyline> drawn = TrendLines(strips[i]);
     Picture strip;
-    DrawPolylines(strip, {box.left, top, box.width, extras.hasX ? box.Bottom() - top : height}, drawn, look,
-                  extras);
+    extras.targetLines = strips[i].series.size();  // limits are no measurements
+    const Rect place{box.left, top, width, extras.hasX ? box.Bottom() - top : height};
+    const Rect area = DrawPolylines(strip, place, drawn, look, extras);
+    if (strips[i].series.size() > 1) NameSeries(strip, strips[i], area, strip.Scales()[0], look);
     picture.Append(strip, lines);
     lines += static_cast<int32_t>(drawn.size());
   }

@@ -66,6 +66,7 @@ elif [ "$level" != build ] && [ "$level" != site ]; then
   need libxml2-utils xmllint
   need argyll cxf2ti3
   need chromium chromium
+  need poppler-utils pdftotext
   need nodejs node
   need npm npm
   # The Python module, for Debian's own interpreter.

@@ -163,6 +163,17 @@ TEST_F(Controls, TellTheStatesAndPlacesOfTheirParts) {
     EXPECT_EQ((*reader)->accNavigate(NAVDIR_PREVIOUS, Reader::Child(3), &end), S_OK);
     EXPECT_EQ(end.lVal, 2);
   }
+  // Selecting is the default action, which a control as a whole has not.
+  BSTR action = nullptr;
+  EXPECT_EQ(plot->get_accDefaultAction(Reader::Child(2), &action), S_OK);
+  EXPECT_STREQ(action, L"Select");
+  ::SysFreeString(action);
+  EXPECT_EQ(plot->accDoDefaultAction(Reader::Child(2)), S_OK);
+  VARIANT now{};
+  plot->get_accFocus(&now);
+  EXPECT_EQ(now.lVal, 2);
+  EXPECT_EQ(plot->accDoDefaultAction(Reader::Child(0)), DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(plot->accDoDefaultAction(Reader::Child(99)), E_INVALIDARG);
   tabs->accSelect(SELFLAG_TAKESELECTION, Reader::Child(2));
   EXPECT_EQ(g.tabs.Current(), 2);
   // The object outlives its window.

@@ -1,7 +1,9 @@
 // The controls on a screen, driven by messages, the mouse and the keyboard.
 
 #include <array>
+#include <limits>
 #include <string>
+#include <tuple>
 
 #include <vrxmath/foundation/attributes.h>
 #include <vrxmath/foundation/list_data.h>
@@ -309,6 +311,65 @@ TEST_F(Controls, FollowTheSystem) {
   unknown.system = 99;
   EXPECT_TRUE(g.number.SetRange(ToleranceRange(unknown, 0)));
   EXPECT_EQ(const_cast<MessageRecorder&>(recorder).Take(), IndexErrors());
+}
+
+// What is refused leaves the picture as it was.
+TEST_F(Controls, KeepTheirDataWhenOthersAreRefused) {
+  const HWND pictures[] = {g.plot.Handle(),   g.plane.Handle(),  g.lightness.Handle(),
+                           g.curves.Handle(), g.angles.Handle(), g.trend.Handle()};
+  for (const HWND picture : pictures) {
+    const LRESULT count = ::SendMessageW(picture, VRXDM_GETCOUNT, 0, 0);
+    EXPECT_GT(count, 0);
+    const UINT noSize[64] = {};
+    EXPECT_EQ(::SendMessageW(picture, VRXDM_SET, 0, reinterpret_cast<LPARAM>(noSize)), 0);
+    EXPECT_EQ(::SendMessageW(picture, VRXDM_GETCOUNT, 0, 0), count);
+    EXPECT_EQ(::SendMessageW(picture, VRXDM_SET, 0, 0), 1);
+    EXPECT_EQ(::SendMessageW(picture, VRXDM_GETCOUNT, 0, 0), 0);
+  }
+}
+
+// A field takes no NaN or infinity, and holds what it shows.
+TEST_F(Controls, NumbersAreWhatTheyShow) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const std::tuple<double, LRESULT, const wchar_t*, double> rows[] = {
+      {1.2345, 1, L"1.23", 1.23},     {std::numeric_limits<double>::quiet_NaN(), 0, L"1.23", 1.23},
+      {kInfinity, 0, L"1.23", 1.23},  {-kInfinity, 0, L"1.23", 1.23},
+      {VRX_UNSET, 1, L"", VRX_UNSET}, {0.999, 1, L"1.00", 1}};
+  for (const auto& [value, answer, text, held] : rows) {
+    EXPECT_EQ(g.number.Send(VRXNM_SETVALUE, 0, &value), answer) << value;
+    EXPECT_EQ(TextOf(g.number.Handle()), text);
+    double got = 0;
+    g.number.Send(VRXNM_GETVALUE, 0, &got);
+    EXPECT_EQ(got, held);
+  }
+  // More decimals show no more of the number than there is.
+  const VRX_NUMBER_RANGE finer{sizeof finer, 4, 0.05, 20, 0.05, nullptr};
+  EXPECT_EQ(g.number.Send(VRXNM_SETRANGE, 0, &finer), 1);
+  EXPECT_EQ(TextOf(g.number.Handle()), L"1.0000");
+}
+
+TEST_F(Controls, PointsSayTheirValues) {
+  POINT point{};
+  ASSERT_EQ(g.plot.Send(VRXDM_GETPOINT, 1, &point), 1);
+  g.plot.Send(WM_MOUSEMOVE, 0, MAKELPARAM(point.x, point.y));
+  HWND tip = nullptr;
+  while ((tip = ::FindWindowExW(nullptr, tip, TOOLTIPS_CLASSW, nullptr)) != nullptr) {
+    if (::GetWindow(tip, GW_OWNER) == ::GetAncestor(g.plot.Handle(), GA_ROOT)) break;
+  }
+  ASSERT_NE(tip, nullptr);
+  const auto text = [&] {
+    wchar_t shown[200] = L"";
+    TTTOOLINFOW tool{};
+    tool.cbSize = TTTOOLINFOW_V1_SIZE;
+    tool.hwnd = g.plot.Handle();
+    tool.uId = reinterpret_cast<UINT_PTR>(tool.hwnd);
+    tool.lpszText = shown;
+    ::SendMessageW(tip, TTM_GETTEXTW, std::size(shown), reinterpret_cast<LPARAM>(&tool));
+    return std::wstring(shown);
+  };
+  EXPECT_EQ(text().substr(0, 7), L"greys: ");
+  g.plot.Send(WM_MOUSEMOVE, 0, MAKELPARAM(1, 1));
+  EXPECT_EQ(text(), L"");
 }
 
 TEST_F(Controls, RefuseWhatCannotBe) {

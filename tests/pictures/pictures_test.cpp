@@ -383,6 +383,7 @@ TEST(Plane, GradesWhatItShows) {
 TEST(Marks, OfManyStandForACrowd) {
   MarkLayer layer;
   for (int32_t i = 0; i < 10'000; ++i) layer.Add({50 + 40 * std::sin(i * 0.7), 50 + 0.004 * i}, kPass);
+  layer.Add({200, 50}, kPass);  // alone
   layer.Add({50, 50}, kFail);
   Picture picture;
   layer.Draw(picture, kLook);

@@ -142,7 +142,7 @@ test('limits are drawn where they are, and a trial where its difference is', () 
     return {
       ticks: { x: texts.filter((t) => t.anchor === 'middle'), y: texts.filter((t) => t.anchor === 'end') },
       limit: figure.querySelector('polygon').getAttribute('points').split(' ').map((pair) => pair.split(',').map(Number)),
-      mark: figure.querySelector('path').getAttribute('d').match(/^M([\d.]+) ([\d.]+)/).slice(1).map(Number),
+      mark: figure.querySelector('path:is(.s-pass, .f-warning, .s-fail)').getAttribute('d').match(/^M([\d.]+) ([\d.]+)/).slice(1).map(Number),
     };
   });
   const value = (at, all, key) => all[0].value + (at - all[0][key]) * (all.at(-1).value - all[0].value) / (all.at(-1)[key] - all[0][key]);
@@ -208,6 +208,63 @@ test('ten thousand trials', async () => {
     assert.ok(await page.locator('*').count() < 8000);
   });
 });
+
+// The trial of each row of the tables in a PDF, read by pdftotext where it is installed.
+const rowsInPdf = (pdf) => execFileSync('pdftotext', ['-layout', pdf, '-'], { encoding: 'utf8', maxBuffer: 1 << 28 })
+  .split('\n').filter((line) => /^ *T\d+ .*(pass|warning|fail)$/.test(line.trimEnd())).map((line) => line.trim().split(/ +/)[0]);
+
+test('paper has every row, under its headings, on numbered pages', async () => {
+  for (const [count, illuminants] of [[50, 'D65,A,CWF'], [1000, 'D65']]) {
+    writeTrials('paper.csv', count, () => 'lot');
+    judge('paper.html', file('standard.csv'), file('paper.csv'), '--illuminants', illuminants, '--report-title', 'Lot "7" \\ <b>');
+    await withPage('paper.html', async (page) => {
+      await page.getByLabel('Rows on a page').selectOption('25');
+      writeFileSync(file('paper.pdf'), await page.pdf({ preferCSSPageSize: true }));
+      assert.equal((await rowsOf(page)).length, 25);  // the screen is as it was
+    });
+    const trials = rowsInPdf(file('paper.pdf'));
+    assert.equal(trials.length, count * illuminants.split(',').length);
+    assert.equal(new Set(trials).size, count);
+    const pages = execFileSync('pdftotext', ['-layout', file('paper.pdf'), '-'], { encoding: 'utf8', maxBuffer: 1 << 28 }).split('\f').slice(0, -1);
+    pages.forEach((text, i) => {
+      assert.match(text, new RegExp(`${i + 1} ?/ ?${pages.length}\\s*$`));
+      assert.equal(text.includes('Lot "7" \\ <b>, continued'), i > 0);
+      if (/^ *T\d+ .*(pass|warning|fail)$/m.test(text)) assert.match(text, /Trial +Name/);
+    });
+  }
+});
+
+test('a page that is turned keeps the focus on its button', () => withPage('many.html', async (page) => {
+  const focused = () => page.evaluate(() => document.activeElement.textContent);
+  await page.getByLabel('Rows on a page').selectOption('300');
+  await page.getByRole('button', { name: 'Next' }).focus();
+  await page.keyboard.press('Enter');
+  assert.equal(await focused(), 'Next');
+  await page.keyboard.press('Enter');
+  assert.match(await page.textContent('.status'), /Rows 601 to 900 of 30000/);
+  for (let i = 0; i < 2; ++i) {
+    await page.getByRole('button', { name: 'Previous' }).focus();
+    await page.keyboard.press('Enter');
+  }
+  assert.equal(await focused(), 'Next');  // there is no page before the first
+}));
+
+test('nothing is off the screen of a phone', async () => {
+  for (const name of ['trials.html', 'pairs.html', 'match.html']) {
+    await withPage(name, async (page) => {
+      const beyond = await page.evaluate(() => [...document.querySelectorAll('main *, header *')]
+        .filter((element) => !element.closest('.scroll, .across, svg') && element.getBoundingClientRect().right > innerWidth + 1)
+        .map((element) => element.outerHTML.slice(0, 80)));
+      assert.deepEqual(beyond, [], name);
+      assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth), name);
+    }, { viewport: { width: 390, height: 844 } });
+  }
+});
+
+test('the marks of all pictures are of one size', () => withPage('many.html', async (page) => {
+  const dots = await page.$$eval('.chart path[stroke-linecap="round"]', (all) => [...new Set(all.map((path) => path.getAttribute('stroke-width')))]);
+  assert.deepEqual(dots, ['6']);
+}));
 
 test('a report prints whole, and the tool prints it', async () => {
   await withPage('pairs.html', async (page) => {

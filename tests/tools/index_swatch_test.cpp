@@ -211,7 +211,7 @@ TEST_F(IndexAndSwatch, PlotsAreDrawnToScale) {
   ASSERT_EQ(std::sscanf(&svg[svg.find("<polygon")], "<polygon points=\"%lf,%lf %lf", &left, &bottom, &right),
             3);
   const auto tick = [&](const std::string& label) {
-    const std::size_t at = svg.rfind("<text", svg.find("middle\" fill=\"#57606a\">" + label + "<"));
+    const std::size_t at = svg.rfind("<text", svg.find("middle\" fill=\"#6b6d71\">" + label + "<"));
     return std::strtod(&svg[at + std::string("<text x=\"").size()], nullptr);
   };
   EXPECT_NEAR(left, tick("-2"), 0.1);

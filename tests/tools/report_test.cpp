@@ -373,6 +373,40 @@ TEST_F(Report, VerdictsAreCountedMarkedAndDrawn) {
   ExpectPoints("bars", bars, {{0.5, 5}, {1, 1}, {2, 1}, {4.5, 1}});
 }
 
+// A mark gives the verdict on what its picture shows: a trial that is only too light fails on the strip of the lightness and passes in
+// the plane. Its stroke is 12 long.
+TEST_F(Report, EachPictureHasAVerdictOfItsOwn) {
+  folder_.Write("light.csv", "id,L,a,b\nt1,53,0,0\nt2,50,1.2,0\n");
+  const auto [page, csv] = RunReport("judge ls.csv light.csv --system lab --illuminants D65");
+  const Picture plane(page, "D65/10");
+  ExpectPoints("plane, pass", plane.Marks("s-pass"), {{0, 0}});
+  ExpectPoints("plane, warning", plane.Marks("f-warning"), {{1.2, 0}});
+  ExpectPoints("plane, fail", plane.Marks("s-fail"), {});
+  std::string strip;
+  for (const std::string& path : Parts(plane.Svg(), "<path d=\"", "/>")) {
+    if (path.find("h12") == std::string::npos) continue;
+    for (const std::string verdict : {"pass", "warning", "fail"}) {
+      if (path.find("s-" + verdict) != std::string::npos) strip += verdict + " ";
+    }
+  }
+  EXPECT_EQ(strip, "pass fail ");
+}
+
+// Measured at several angles a sample has one place in the trend, whatever the order of the rows, and each angle is a line.
+TEST_F(Report, AnglesAreALineEach) {
+  folder_.Write("as.csv", "id,geometry,L,a,b\nP,15deg,50,0,0\nP,45deg,50,0,0\n");
+  folder_.Write("at.csv",
+                "id,geometry,L,a,b\nA,15deg,50,1,0\nA,45deg,50.2,0,0\nB,45deg,50.4,0,0\nB,15deg,50,1.2,0\n"
+                "C,15deg,50,0.8,0\n");
+  const auto [page, csv] = RunReport("judge as.csv at.csv --system lab --illuminants D65 --standard-id P");
+  const Picture trend(page, "Total difference in the order");
+  ExpectPoints("15", trend.Lines("s-trial"), {{1, 1}});
+  ExpectPoints("45", trend.Lines("s-other"), {{1, 0.2}});
+  for (const char* name : {">15\xC2\xB0<", ">45\xC2\xB0<"})
+    EXPECT_NE(trend.Svg().find(name), std::string::npos);
+  EXPECT_EQ(DataOf(page)["orders"], json({1, 1, 2, 2, 3}));
+}
+
 TEST_F(Report, FactsSayHowWasJudged) {
   folder_.Write("limits.csv", "standard,limit\n,2\n");
   const struct {

@@ -135,7 +135,8 @@ Chart MakeChart(const TrendChart& data) {
       NewChart(data.title, "trend", kWide, static_cast<int32_t>(data.strips.size()) * kStrip + kLabels);
   for (const pictures::TrendData& strip : data.strips) {
     for (const pictures::TotalsSeries& series : strip.series) {
-      chart.summary += (chart.summary.empty() ? "" : "; ") + series.name.ToUtf8() + ": " +
+      const std::string stripName = strip.series.size() > 1 ? strip.heading.ToUtf8() + ", " : "";
+      chart.summary += (chart.summary.empty() ? "" : "; ") + stripName + series.name.ToUtf8() + ": " +
                        LargestText(strip.heading, series.totals) + ", " + CountsOf(series.totals);
     }
   }

@@ -340,13 +340,14 @@ void JudgeReport::AddPairs(std::size_t v) {
 // The total and the special index of trials under each illuminant: those of one trial below each other, those of several,
 // the worst ones, side by side.
 void JudgeReport::AddMetamerism(const JudgedView& view) {
-  std::string html = "<table class=\"metamerism\">\n<caption>" + Escaped(Text(ReportText::kMetamerism)) +
-                     "<br><span class=\"small\">" +
+  std::string html = "<div class=\"across\" tabindex=\"0\" role=\"group\" aria-label=\"" +
+                     Escaped(Text(ReportText::kMetamerism)) + "\">\n<table class=\"metamerism\">\n<caption>" +
+                     Escaped(Text(ReportText::kMetamerism)) + "<br><span class=\"small\">" +
                      Escaped(TextOf(ReportText::kMetamerismHint, {judged_.IlluminantAt(0)})) +
                      "</span></caption>\n<thead><tr>";
   html +=
       view.trials.size() == 1 ? MetamerismOfOne(judged_.Trials()[view.trials[0]]) : MetamerismOfSeveral(view);
-  page_.AddHtml(html + "</tbody>\n</table>\n");
+  page_.AddHtml(html + "</tbody>\n</table>\n</div>\n");
 }
 
 std::string JudgeReport::MetamerismOfOne(const JudgedTrial& trial) const {
@@ -411,6 +412,14 @@ void JudgeReport::AddScriptData(const std::vector<std::size_t>& views) {
   page_.AddData("standards", json + "}");
   page_.AddData("samples", "[" + std::to_string(judged_.FirstSample()) + "," +
                                std::to_string(judged_.LastSample()) + "]");
+  std::vector<std::size_t> all(judged_.Trials().size());
+  std::iota(all.begin(), all.end(), std::size_t{0});
+  const std::vector<std::size_t> places = judged_.TrendPlaces(all);
+  if (!places.empty() && *std::ranges::max_element(places) < places.size()) {
+    json = "[";
+    for (const std::size_t place : places) json += (json.size() > 1 ? "," : "") + std::to_string(place);
+    page_.AddData("orders", json + "]");
+  }
   page_.AddData("illuminants", std::to_string(judged_.IlluminantCount()));
   const std::vector<ReportColumn> columns = Columns();
   const std::size_t last = columns.size() - 1;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <tuple>
 #include <variant>
 
 #include <vrxmath/colorimetry/indices.h>
@@ -186,13 +187,37 @@ Chart JudgedTrials::Plane(const JudgedView& view, std::size_t i) const {
   return MakeChart(chart);
 }
 
+std::vector<std::size_t> JudgedTrials::TrendPlaces(const std::vector<std::size_t>& trials) const {
+  using Key = std::tuple<std::string, std::string, std::size_t>;  // standard, trial, the how manieth of them
+  std::map<std::pair<std::size_t, std::string>, std::size_t> seen;
+  std::map<Key, std::size_t> placeOf;
+  std::vector<std::size_t> places;
+  places.reserve(trials.size());
+  for (const std::size_t t : trials) {
+    const JudgedTrial& trial = trials_[t];
+    const std::size_t nth = seen[{trial.view, trial.id}]++;
+    const Key key{views_[trial.view].standard, trial.id, nth};
+    places.push_back(placeOf.try_emplace(key, placeOf.size() + 1).first->second);
+  }
+  return places;
+}
+
+// One line, or one for each geometry.
 pictures::TrendData JudgedTrials::TrendOf(const std::vector<std::size_t>& trials, std::size_t i) const {
   pictures::TrendData trend;
   trend.heading = ForPicture(IlluminantAt(i) + "  " + TotalHeading());
   trend.orderHeading = ForPicture(Text(ReportText::kOrderAxis));
-  auto& series = trend.series.emplace_back();
-  series.name = ForPicture(IlluminantAt(i));
-  for (const std::size_t t : trials) series.totals.push_back(TotalOf(trials_[t], i));
+  const std::vector<std::size_t> places = TrendPlaces(trials);
+  const std::size_t count = places.empty() ? 0 : *std::ranges::max_element(places);
+  std::map<int32_t, std::vector<pictures::GradedTotal>> totals;
+  for (std::size_t k = 0; k < trials.size(); ++k) {
+    auto& series = totals[views_[trials_[trials[k]].view].geometry];
+    series.resize(count);
+    series[places[k] - 1] = TotalOf(trials_[trials[k]], i);
+  }
+  for (auto& [geometry, series] : totals)
+    trend.series.push_back(
+        {ForPicture(totals.size() > 1 ? GeometryName(geometry) : IlluminantAt(i)), std::move(series)});
   return trend;
 }
 

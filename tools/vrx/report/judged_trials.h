@@ -94,6 +94,9 @@ class JudgedTrials {
   Chart Curves(const JudgedView& view) const;
   Chart Plane(const JudgedView& view, std::size_t i) const;
   Chart Trend(const std::vector<std::size_t>& trials) const;
+  /// Where trials stand in a trend, from 1 on: each at a place of its own, but what was measured of one sample in several
+  /// geometries at one place.
+  std::vector<std::size_t> TrendPlaces(const std::vector<std::size_t>& trials) const;
   Chart Histogram(const std::vector<std::size_t>& trials, std::size_t i) const;
   Chart OverIlluminants(const JudgedView& view) const;
   /// Total differences over the aspecular angles of a standard's views.

@@ -69,8 +69,8 @@ std::string Now() {
          TwoDigits(time.hour) + ":" + TwoDigits(time.minute);
 }
 
-// What stands over every printed page but the first. Every character but letters, digits and blanks is written by its number, as
-// a style sheet may have it.
+// What stands over every printed page but the first. Every character but letters, digits and blanks is written by its number and
+// the blank that ends it, as a style sheet may have it.
 std::string ContinuedStyle(std::string_view text) {
   std::string content;
   const CString wide = CString::FromUtf8(text);
@@ -87,7 +87,7 @@ std::string ContinuedStyle(std::string_view text) {
       continue;
     }
     char escape[12];
-    std::snprintf(escape, sizeof escape, "\\%06x", static_cast<unsigned>(c));
+    std::snprintf(escape, sizeof escape, "\\%06x ", static_cast<unsigned>(c));
     content += escape;
   }
   return "@page {\n  @top-left { content: \"" + content +

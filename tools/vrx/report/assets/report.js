@@ -239,6 +239,11 @@
       return 'all' in figure.dataset ? data.trials.map((_, t) => t) : this.trialsOf.get(Number(figure.dataset.view)) ?? [];
     }
 
+    // The places of trials in a trend: their order, or with several geometries that of their samples.
+    ordersIn(figure, trials) {
+      return 'all' in figure.dataset && data.orders ? data.orders : trials.map((_, k) => k + 1);
+    }
+
     // The trial nearest to a point of a figure, and under which illuminant; null when none is near.
     nearest(figure, x, y) {
       const { kind, pairs } = scalesOf(figure);
@@ -255,13 +260,14 @@
           if (isNumber(dx) && isNumber(dy)) offer(t, illuminant, pairs[0].x(dx), pairs[0].y(dy));
         }
       } else if (kind === 'trend') {
+        const orders = this.ordersIn(figure, trials);
         pairs.forEach((pair, illuminant) => {
           const middle = pair.order(x);
           const reach = Math.ceil(10 / Math.abs(pair.x(1) - pair.x(0)));
-          for (let k = Math.max(1, middle - reach); k <= Math.min(trials.length, middle + reach); ++k) {
-            const total = this.total(trials[k - 1], illuminant);
-            if (isNumber(total)) offer(trials[k - 1], illuminant, pair.x(k), pair.y(total));
-          }
+          trials.forEach((t, k) => {
+            const total = this.total(t, illuminant);
+            if (Math.abs(orders[k] - middle) <= reach && isNumber(total)) offer(t, illuminant, pair.x(orders[k]), pair.y(total));
+          });
         });
       }
       return best;
@@ -318,7 +324,7 @@
         if (isNumber(x) && isNumber(y)) drawn(group, 'circle', 'mark', { cx: pair.x(x), cy: pair.y(y), r: 8 });
       };
       if (kind === 'trend') {
-        const order = this.trialsIn(figure).indexOf(trial) + 1;
+        const trials = this.trialsIn(figure), order = this.ordersIn(figure, trials)[trials.indexOf(trial)];
         pairs.forEach((pair, i) => circle(pair, order, this.total(trial, i)));
       } else if (kind === 'plane' && points) {
         const [x, y, lightness] = points.slice(3 * Number(figure.dataset.illuminant));
