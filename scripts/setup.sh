@@ -99,7 +99,7 @@ fi
 
 if [ "$level" = bench ]; then
   header liblcms2-dev lcms2.h
-  need libopenblas-dev /usr/include/cblas.h /usr/include/*/cblas.h
+  need libopenblas-dev /usr/lib/*/libopenblas.so /usr/lib/libopenblas.so /usr/local/lib/libopenblas.so
   header libmpfr-dev mpfr.h
   header libeigen3-dev eigen3/Eigen/Core
   header libpugixml-dev pugixml.hpp
