@@ -80,9 +80,11 @@ def read(path: str | os.PathLike[str], *, form: str | None = None,
 
     Raises
     ------
+    FileNotFoundError
     ValueError
         With file, line, column and reason, for a file that cannot be used, and for one that may be percent or fractions.
     """
     if fraction and scale == "percent":
         raise ValueError("fraction=True contradicts scale=\"percent\"")
+    os.stat(path)  # FileNotFoundError for one that is not there
     return Measurements(**_core.read(os.fspath(path), form or "", "fraction" if fraction else scale or ""))
