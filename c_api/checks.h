@@ -39,25 +39,6 @@ void Forget() noexcept;
 /// The reason of the last call that was refused on this thread, in UTF-8. It is cut where it would pass 500 bytes.
 std::string_view LastReason() noexcept;
 
-class Arrays;
-
-/// Runs the body of a function, with the arrays of the call where it takes them. Nothing that it throws gets out.
-template <class Body>
-vrx_status Call(const Body& body) noexcept {
-  try {
-    if constexpr (std::is_invocable_v<Body, Arrays&>) {
-      Arrays arrays;
-      body(arrays);
-    } else {
-      body();
-    }
-    Forget();
-    return VRX_OK;
-  } catch (...) {
-    return Refused();
-  }
-}
-
 // Checks. `name` is the parameter's, for the reason. --------------------------------------------------------------
 
 void NeedPlace(const void* place, const char* name);
@@ -126,6 +107,23 @@ class Arrays {
   bool hasNumbers_ = false;
   std::vector<std::vector<double>> copies_;
 };
+
+/// Runs the body of a function, with the arrays of the call where it takes them. Nothing that it throws gets out.
+template <class Body>
+vrx_status Call(const Body& body) noexcept {
+  try {
+    if constexpr (std::is_invocable_v<Body, Arrays&>) {
+      Arrays arrays;
+      body(arrays);
+    } else {
+      body();
+    }
+    Forget();
+    return VRX_OK;
+  } catch (...) {
+    return Refused();
+  }
+}
 
 // Structures that begin with their size, which may grow at their end.
 
