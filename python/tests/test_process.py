@@ -7,6 +7,7 @@ import signal
 import subprocess
 import sys
 import time
+import warnings
 
 import numpy as np
 import pytest
@@ -120,3 +121,17 @@ def test_paths_and_version(tmp_path):
         assert refused.value.filename == str(tmp_path / "none.csv")
     tool = subprocess.run([os.environ["VRX_TOOL"], "--version"], capture_output=True, text=True, check=True).stdout
     assert vrx.__version__ in tool
+
+
+def test_what_the_tool_warns_of(tmp_path):
+    narrow, whole = tmp_path / "narrow.csv", tmp_path / "whole.txt"
+    narrow.write_text("id,450,460,470,480,490,500\na,40,40,40,40,40,40\n")
+    with pytest.warns(vrx.MeasurementWarning, match="narrow.csv: the wavelengths leave out a part"):
+        read = vrx.read(narrow)
+    assert read.notes == ["the wavelengths leave out a part of 400 to 700 nm, which is guessed"]
+    fields = " ".join(["SAMPLE_ID", *(f"nm{nm}" for nm in range(400, 710, 10))])
+    row = " ".join(["50"] * 31)
+    whole.write_text(f"CGATS.17\nBEGIN_DATA_FORMAT\n{fields}\nEND_DATA_FORMAT\nBEGIN_DATA\na {row}\nEND_DATA\n")
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        assert vrx.read(whole).notes == []

@@ -35,7 +35,7 @@ from ._core import (
 )
 from ._formulation import ColorSystem, Correction, Recipe, correct, match, predict
 from ._judgement import FAIL, PASS, WARNING, Judgement, judge
-from ._reading import Measurements, read
+from ._reading import Measurements, MeasurementWarning, read
 from ._records import Curve, Standard, Tolerance
 
 __all__ = [
@@ -47,6 +47,7 @@ __all__ = [
     "Curve",
     "Illuminant",
     "Judgement",
+    "MeasurementWarning",
     "Measurements",
     "Recipe",
     "Standard",

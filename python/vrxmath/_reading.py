@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import dataclasses
 import os
+import warnings
 from typing import TYPE_CHECKING, Any, Literal
 
 import numpy as np
@@ -12,6 +13,10 @@ from . import _core
 
 if TYPE_CHECKING:
     from ._core import Floats
+
+
+class MeasurementWarning(UserWarning):
+    """Something of a file makes its numbers other than they look."""
 
 
 @dataclasses.dataclass(frozen=True)
@@ -31,7 +36,7 @@ class Measurements:
     form : str
         The form of the file: "CSV", "CGATS", "CxF3" or "JSON".
     notes : list of str
-        What was passed over, and why.
+        What was skipped, and why; and what Python warns of: guessed ends of curves, samples without one, mixed conditions.
     """
 
     ids: list[str]
@@ -87,4 +92,8 @@ def read(path: str | os.PathLike[str], *, form: str | None = None,
     if fraction and scale == "percent":
         raise ValueError("fraction=True contradicts scale=\"percent\"")
     os.stat(path)  # FileNotFoundError for one that is not there
-    return Measurements(**_core.read(os.fspath(path), form or "", "fraction" if fraction else scale or ""))
+    columns = _core.read(os.fspath(path), form or "", "fraction" if fraction else scale or "")
+    for warning in columns.pop("warnings"):
+        warnings.warn(f"{os.fspath(path)}: {warning}", MeasurementWarning, stacklevel=2)
+        columns["notes"].append(warning)
+    return Measurements(**columns)
