@@ -62,12 +62,11 @@ std::vector<JudgeLimits> LimitsOf(const py::object& array, const char* name, std
   return limits;
 }
 
-JudgeLimits BoxOfOne(double limit) {
-  try {
-    return io::BoxFromNumbers({limit});
-  } catch (const io::InputError&) {
+JudgeLimits TotalOf(double limit) {
+  if (!(limit >= 0.0)) {
     throw py::value_error("tolerance: one number, or the seven of a box, none negative, are expected");
   }
+  return TotalLimit(limit);
 }
 
 void CheckBoxes(const std::vector<JudgeLimits>& limits) {
@@ -99,9 +98,9 @@ std::vector<JudgeLimits> TolerancesOf(const py::object& tolerance, const CDiffer
     if (!FindDifferenceSystem(settings.system)->inDeltaE) {
       throw py::value_error("tolerance: this system's unit is no colour difference; a tolerance is needed");
     }
-    return {BoxOfOne(JudgeDefaults::kTolerance)};
+    return {TotalOf(JudgeDefaults::kTolerance)};
   }
-  if (IsNumber(tolerance)) return {BoxOfOne(tolerance.cast<double>())};
+  if (IsNumber(tolerance)) return {TotalOf(tolerance.cast<double>())};
   std::vector<JudgeLimits> limits =
       LimitsOf<CBoxTolData>(tolerance, "tolerance", CBoxTolData::kValues, standards, illuminants);
   CheckBoxes(limits);

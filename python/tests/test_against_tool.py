@@ -36,9 +36,13 @@ def test_judgements(system, parameters, curves, curve_file, vrx_tool):
     rows = vrx_tool("judge", curve_file, curve_file, "--standard-id", "C3", "--illuminants", "D65,A", "--system", system,
                     "--tolerance", "12", *options)
     judged = vrx.judge(curves[3], curves, ["D65", "A"], system=system, tolerance=12, threads=2, **parameters)
-    elements = [f"e{k}" for k in range(7)]
-    assert np.array_equal(columns(rows, elements).reshape(60, 2, 7), judged.differences, equal_nan=True)
-    assert np.array_equal(columns(rows, ["verdict"]).reshape(60, 2), judged.verdicts)
+    names = list(rows[0])[5:list(rows[0]).index("word0")]  # the elements that the system shows, the total last
+    shown = columns(rows, names).reshape(60, 2, len(names))
+    assert np.array_equal(shown[..., -1], judged.totals, equal_nan=True)
+    assert np.array_equal(shown[..., :2], judged.differences[..., :2], equal_nan=True)
+    assert np.array_equal(columns(rows, ["excess"]).reshape(60, 2), judged.excess, equal_nan=True)
+    verdicts = np.array([["fail", "warning", "pass"].index(row["verdict"]) for row in rows])
+    assert np.array_equal(verdicts.reshape(60, 2), judged.verdicts)
     words = [", ".join(row[f"word{k}"] for k in range(3) if row[f"word{k}"].strip()) for row in rows]
     assert words == list(judged.words.ravel())
     assert set(np.unique(judged.overall)) <= {0, 1, 2} and len(judged) == 60
@@ -67,7 +71,7 @@ def test_standards_geometries_and_limits(curves, curve_file, vrx_tool, tmp_path)
     pairs = vrx.judge(curves, curves[::-1], "D65", tolerance=1)
     assert np.array_equal(pairs.differences[5], vrx.judge(curves[5], curves[54], "D65", tolerance=1).differences[0])
     rows = vrx_tool("judge", curve_file, curve_file, "--standard-id", "C3", "--illuminants", "D65", "--ellipse", "--tolerance",
-                    "9")
+                    "9", "--verdict-numbers")
     ellipsoids = vrx.judge(curves[3], curves, "D65", ellipsoid="system", cf=9)
     assert np.array_equal(columns(rows, ["verdict"])[:, 0], ellipsoids.verdicts[:, 0])
     failed = ellipsoids.verdicts[:, 0] == vrx.FAIL

@@ -110,9 +110,9 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
     system : str
         The difference system: ``"lab"``, ``"cmc"``, ``"cie94"``, ``"cie2000"`` ..., see :func:`systems`.
     tolerance : float or array_like, shape (7,), (m, 7) or (k, m, 7)
-        What passes: one number limits each of the three components (elements 0 to 2 of a difference) and the total;
-        seven are a box: plus and minus limit of each component, the minus limits as positive numbers, and the limit of
-        the total; for each of the m illuminants, or for each standard under each illuminant. May be left out where the
+        What passes: one number limits the total difference; seven are a box: plus and minus limit of each component
+        (elements 0 to 2 of a difference; ``inf`` for none), the minus limits as positive numbers, and the limit of the
+        total; for each of the m illuminants, or for each standard under each illuminant. May be left out where the
         system's unit is a colour difference: 1.5 then holds.
     ellipsoid : "system" or array_like, shape (9,), (m, 9) or (k, m, 9)
         Judges the components by ellipsoids instead: those of the system about each standard (``"cmc"``, ``"cie94"``,

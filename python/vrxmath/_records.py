@@ -100,7 +100,7 @@ class Tolerance:
     Attributes
     ----------
     limit : float
-        Limits each component of a difference and its total.
+        Of the total difference.
     system : str
     parameters : dict
         Such as ``{"l": 2, "c": 1}`` for ``"cmc"``.

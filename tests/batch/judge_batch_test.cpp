@@ -287,7 +287,7 @@ TEST(JudgeBatch, SaysWhichLimitWasBrokenAndByHowMuch) {
     EXPECT_NEAR(got.breach.value, row.value, 1e-12) << row.name;
     EXPECT_NEAR(got.breach.bound, row.bound, 1e-12) << row.name;
     if (got.verdict != kPass) {
-      EXPECT_NEAR(got.breach.Excess(), std::fabs(row.value - row.bound), 1e-12) << row.name;
+      EXPECT_NEAR(got.breach.Excess(), row.value - row.bound, 1e-12) << row.name;
     }
   }
 }

@@ -44,13 +44,15 @@ class Judging : public vrx::test::ToolProcess {
 TEST_F(Judging, KnownColours) {
   const std::string kLab = " --system lab --illuminants D65 --tolerance 1.5 --digits 2 --format csv";
   const std::string kHeader =
-      "standard,trial,geometry,illuminant,observer,e0,e1,e2,e3,e4,e5,e6,word0,word1,word2,box,total,"
-      "verdict\n";
-  const std::string t1 = "s,t1,,D65,10,0.50,0.00,0.00,0.50,0.00,0.00,0.50,Lighter, , ,2,2,2\n";
-  const std::string t2 = "s,t2,,D65,10,0.00,1.20,0.50,0.00,1.30,0.00,1.30, ,Redder,Yellower,1,1,1\n";
-  const std::string t3 = "s,t3,,D65,10,0.00,0.00,-2.00,0.00,2.00,0.00,2.00, , ,Bluer,0,0,0\n";
-  const std::string t4 = "s,t4,,D65,10,3.00,4.00,0.00,3.00,4.00,0.00,5.00,Lighter,Redder, ,0,0,0\n";
-  const std::string kNamedT2 = "r,t2,,D65,10,0.00,0.00,0.00,0.00,0.00,0.00,0.00, , , ,2,2,2\n";
+      "standard,trial,geometry,illuminant,observer,dL,da,db,dC,dH,dEab,word0,word1,word2,box,total,"
+      "verdict,reason,excess\n";
+  const std::string t1 = "s,t1,,D65,10,0.50,0.00,0.00,0.00,0.00,0.50,Lighter, , ,pass,pass,pass,,\n";
+  const std::string t2 =
+      "s,t2,,D65,10,0.00,1.20,0.50,1.30,0.00,1.30, ,Redder,Yellower,pass,warning,warning,dEab,0.17\n";
+  const std::string t3 = "s,t3,,D65,10,0.00,0.00,-2.00,2.00,0.00,2.00, , ,Bluer,pass,fail,fail,dEab,0.50\n";
+  const std::string t4 =
+      "s,t4,,D65,10,3.00,4.00,0.00,4.00,0.00,5.00,Lighter,Redder, ,pass,fail,fail,dEab,3.50\n";
+  const std::string kNamedT2 = "r,t2,,D65,10,0.00,0.00,0.00,0.00,0.00,0.00, , , ,pass,pass,pass,,\n";
   const struct {
     std::string arguments, out;
   } kRows[] = {
@@ -58,21 +60,36 @@ TEST_F(Judging, KnownColours) {
       {"judge s.csv t.csv --worst-first" + kLab, kHeader + t4 + t3 + t2 + t1},
       {"judge s.csv t.csv --only warning" + kLab, kHeader + t2},
       {"judge s.csv t.csv --only fail,warning" + kLab, kHeader + t2 + t3 + t4},
-      {"judge s.csv named.csv" + kLab,
-       kHeader + t1 + kNamedT2 + "s,t3,,D65,10,3.00,4.00,0.00,3.00,4.00,0.00,5.00,Lighter,Redder, ,0,0,0\n"},
+      {"judge s.csv named.csv" + kLab, kHeader + t1 + kNamedT2 + "s,t3" + t4.substr(4)},
+      // What the verdict is, and why.
+      {"judge s.csv t.csv --system lab --illuminants D65 --tolerance 9 --limits dL=1,db=-0.5:3 --format csv "
+       "--digits 2 --verdict-numbers | cut -d , -f 2,15-",
+       "trial,box,total,verdict,reason,excess\nt1,2,2,2,,\nt2,2,2,2,,\nt3,0,2,0,db,-1.50\nt4,0,2,0,dL,2."
+       "00\n"},
+      {"judge s.csv t.csv --system lab --illuminants D65 --tolerance 3 --limits dL=1 --verdict box --format "
+       "csv "
+       "--digits 2 | cut -d , -f 2,15-",
+       "trial,box,total,verdict,reason,excess\nt1,pass,pass,pass,,\nt2,pass,pass,pass,,\nt3,pass,pass,pass,,"
+       "\n"
+       "t4,fail,fail,fail,dL,2.00\n"},
+      {"judge s.csv t.csv --system lab --illuminants D65 --tolerance 9 --limits dL=1 --verdict total --only "
+       "fail "
+       "--format csv | wc -l",
+       "1\n"},
       {"judge s.csv t.csv --summary" + kLab,
        "illuminant,samples,pass,warning,fail,mean,deviation,median,percentile95,largest,trial\n"
        "D65,4,1,1,2,2.20,1.96,1.65,4.55,5.00,t4\n"},
       {"sort t.csv --standard s.csv --blocks 1,1,1 --digits 1 --format csv",
-       "block,trial,e0,e1,e2\n553,t3,0.0,0.0,-2.0\n566,t2,0.0,1.2,0.5\n655,t1,0.5,0.0,0.0\n895,t4,3.0,4.0,0."
+       "block,trial,dL,da,db\n553,t3,0.0,0.0,-2.0\n566,t2,0.0,1.2,0.5\n655,t1,0.5,0.0,0.0\n895,t4,3.0,4.0,0."
        "0\n"},
       // Pair 1 of Sharma, Wu and Dalal.
       {"delta pair.csv --system dE00 --tolerance 2.1 --digits 4 --format csv | cut -d , -f 11-",
-       "e6,word0,word1,word2,box,total,verdict\n2.0425, ,Less Red,Bluer,0,1,0\n"},
-      {"delta returns.csv --system dE00 --digits 4 --format csv | cut -d , -f 11-", "e6\n2.0425\n"},
+       "dE00,word0,word1,word2,box,total,verdict,reason,excess\n"
+       "2.0425, ,Less Red,Bluer,pass,warning,warning,dE00,0.4675\n"},
+      {"delta returns.csv --system dE00 --digits 4 --format csv | cut -d , -f 11-", "dE00\n2.0425\n"},
       // Unset, and 0 / 0: what was not computed fails.
-      {"delta black.csv --system luv --tolerance 9 --format csv | cut -d , -f 11,17",
-       "e6,verdict\n,0\nnan,0\n"},
+      {"delta black.csv --system luv --tolerance 9 --format csv | cut -d , -f 10,16,17",
+       "dEuv,verdict,reason\n,fail,no difference\nnan,fail,dEuv\n"},
       {"color s.csv --illuminants TL84,f2,F12,led-b3 --digits 0 --format csv | cut -d , -f 1,2 | head -5",
        "id,illuminant\ns,T84\ns,CWF\ns,U30\ns,LB3\n"},
       {"average readings.csv --format csv", "id,X,Y,Z\nu,10,20,30\nv,2,2,2\n"},
@@ -138,8 +155,8 @@ TEST_F(Judging, TheStandardDoesNotDependOnTheOrderOfRows) {
                     header = "id,geometry" + Wavelengths() + "\n";
   folder_.Write("t15.csv", header + "p,15deg" + curve80 + "\nq,15deg" + curve40 + "\n");
   folder_.Write("plain.csv", "id" + Wavelengths() + "\np" + curve40 + "\n");
-  const std::string p15 = "p,15deg" + curve40 + "\n", p = "p," + curve80 + "\n",
-                    q = "q," + curve40 + "\n", p45 = "p,45deg" + curve80 + "\n";
+  const std::string p15 = "p,15deg" + curve40 + "\n", p = "p," + curve80 + "\n", q = "q," + curve40 + "\n",
+                    p45 = "p,45deg" + curve80 + "\n";
   for (const std::string& rows : {p + p15 + q, p15 + p + q, q + p15 + p, q + p + p15, p + q + p45 + p15}) {
     folder_.Write("s15.csv", header + rows);
     const Result result = Run("judge s15.csv t15.csv --pairs --illuminants D65 --strict --format csv");
@@ -171,6 +188,13 @@ TEST_F(Judging, Refusals) {
   ExpectRefused({
       {"judge s.csv t.csv", "s.csv: colours are seen under one illuminant"},
       {"judge s.csv named.csv --illuminants D65 --standard-id s", "the trials name their standards"},
+      {"judge s.csv t.csv --illuminants D65 --verdict box", "no component has a limit; give --limits"},
+      {"judge s.csv t.csv --illuminants D65 --verdict any", "total, box, both or worse"},
+      {"judge s.csv t.csv --illuminants D65 --limits dX=1", "dX=1 names none of dL, da, db"},
+      {"judge s.csv t.csv --illuminants D65 --limits dL=-1",
+       "one limit from 0 on, or the lower and the upper"},
+      {"judge s.csv t.csv --illuminants D65 --limits dL=1 --tolerance 1,1,1,1,1,1,1",
+       "has limits of components"},
       {"judge s.csv t.csv --illuminants D65 --only pass", "--only: fail, warning or both"},
       {"strength s.csv t.csv", "there are colours in it but no curves"},
       {"average readings.csv --count 4", "2 rows are left over at the end"},

@@ -124,20 +124,22 @@ TEST_F(Tool, JudgesTheExampleCharts) {
   const json objects = RunJson(std::string("judge ") + kCharts + " --pairs");
   const auto rows = Lines(Run(std::string("judge ") + kCharts + " --pairs --format csv").out);
   ASSERT_EQ(rows.size(), 73u);
-  EXPECT_EQ(
-      rows[0],
-      "standard,trial,geometry,illuminant,observer,e0,e1,e2,e3,e4,e5,e6,word0,word1,word2,box,total,verdict");
+  EXPECT_EQ(rows[0],
+            "standard,trial,geometry,illuminant,observer,dL,da,db,dLcmc,dCcmc,dHcmc,dEcmc,word0,word1,word2,"
+            "box,total,"
+            "verdict,reason,excess");
   for (std::size_t i = 0; i < 72; ++i) {
     const json& object = objects.at(i);
     std::istringstream row(rows[i + 1]);
     std::vector<std::string> fields;
     for (std::string field; std::getline(row, field, ',');) fields.push_back(field);
-    ASSERT_EQ(fields.size(), 18u);
+    ASSERT_EQ(fields.size(), object["reason"].is_null() ? 19u : 20u);  // no field behind the last comma
     EXPECT_EQ(fields[0], object["standard"]);
     EXPECT_EQ(fields[3], object["illuminant"]);
     for (std::size_t k = 0; k < 7; ++k) EXPECT_EQ(std::stod(fields[5 + k]), object["elements"][k]);
     for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(fields[12 + k], object["words"][k]);
-    EXPECT_EQ(std::stoi(fields[17]), object["verdict"]);
+    EXPECT_EQ(fields[17], object["verdict"] == 2 ? "pass" : object["verdict"] == 1 ? "warning" : "fail");
+    EXPECT_EQ(object["reason"].is_null() ? "" : object["reason"]["limit"], fields[18]);
     EXPECT_EQ(object["verdict"], std::min(object["box"].get<int>(), object["total"].get<int>()));
     EXPECT_TRUE(object["geometry"].is_null());
   }

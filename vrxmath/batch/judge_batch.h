@@ -17,6 +17,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <variant>
 #include <vector>
@@ -73,6 +74,14 @@ struct SystemEllipsoid {};
 /// side the warning begins at the other limit times the factor.
 using JudgeLimits = std::variant<CBoxTolData, CEllipseData, SystemEllipsoid>;
 
+/// A box that limits the total alone.
+[[nodiscard]] inline CBoxTolData TotalLimit(double limit) {
+  CBoxTolData box;
+  box.Fill(std::numeric_limits<double>::infinity());
+  box[CBoxTolData::kTotal] = limit;
+  return box;
+}
+
 /// Standards with their colours and limits, ready to judge many trials.
 struct JudgeStandards {
   /// The colours of `samples` under the illuminants of the conditions.
@@ -113,8 +122,8 @@ struct LimitBreach {
       kUnset;  ///< what was held against it: an element of the difference, the chord of the hue (dH* of L*C*h),
                ///< or the ellipsoid's value
   double bound = kUnset;  ///< the limit that the value is beyond, or the edge of the band
-  /// By how much the value lies beyond the bound; NaN for a value that is none.
-  double Excess() const { return value > bound ? value - bound : bound - value; }
+  /// By how much the value lies beyond the bound: below 0 beyond a minus limit; NaN for a value that is none.
+  double Excess() const { return value - bound; }
 };
 
 /// A trial under one illuminant.

@@ -82,7 +82,7 @@ class Search {
       bool taken = false;
       for (std::size_t i = 0; i < count; ++i) {
         double total = target[i];
-        if (IsUnset(total)) total = std::nan("");
+        if (total == kUnset) total = std::nan("");  // as kernels mark it: others next to it are numbers
         if (j > 0 && !(worst[i] <= total) && total == total) total = worst[i];  // NaN of either stays
         worst[i] = total;
         taken |= nearest.Takes(total);

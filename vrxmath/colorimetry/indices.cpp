@@ -1,5 +1,7 @@
 #include <vrxmath/colorimetry/indices.h>
 
+#include <cmath>
+
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/space_formulas.h>
 #include <vrxmath/colorimetry/weight_tables.h>
@@ -261,8 +263,8 @@ CString IndexColumnLabel(const ColorIndex& index, IndexForm form) {
 }
 
 double MetamerismIndex(vrxIlluminant reference, vrxIlluminant test, int32_t observer,
-                       const CReflData& standard, const CReflData& trial,
-                       const CDifferenceSettings& settings) {
+                       const CReflData& standard, const CReflData& trial, const CDifferenceSettings& settings,
+                       double angle) {
   Xyz standardMatch, trialMatch;
   Color standardTest, trialTest;
   const bool measured = standard.Tristimulus(reference, observer, standardMatch) &&
@@ -276,8 +278,7 @@ double MetamerismIndex(vrxIlluminant reference, vrxIlluminant test, int32_t obse
   for (Color* color : {&standardTest, &trialTest}) {
     if (!FillCoordinates(settings.system, test, observer, *color)) return kUnset;
   }
-  constexpr double kNoAngle = 0.0;
-  return ComputeDifference(settings, standardTest, trialTest, kNoAngle).dE;
+  return ComputeDifference(settings, standardTest, trialTest, std::fabs(angle)).dE;
 }
 
 double ContrastRatio(const CTrisValues& overBlack, const CTrisValues& overWhite) {

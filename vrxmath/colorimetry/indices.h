@@ -147,11 +147,11 @@ struct ColorIndex {
 /// Special metamerism index, change of illuminant (CIE 15): the colour difference under `test` of two curves
 /// that match under `reference`. A residual mismatch there is corrected first: the trial's X, Y and Z under
 /// `test` are multiplied by the ratios of standard to trial under `reference`. `settings`: the difference
-/// system, dE*ab as CIE 15 has it if not given. Unset when a curve is or a pair has no weighting table; a
-/// trial of 0 under the reference gives NaN.
+/// system, dE*ab as CIE 15 has it if not given; `angle`: the aspecular measuring angle in degrees, for the systems whose
+/// weights depend on it. Unset when a curve is or a pair has no weighting table; a trial of 0 under the reference gives NaN.
 [[nodiscard]] VRX_API double MetamerismIndex(vrxIlluminant reference, vrxIlluminant test, int32_t observer,
                                              const CReflData& standard, const CReflData& trial,
-                                             const CDifferenceSettings& settings = {});
+                                             const CDifferenceSettings& settings = {}, double angle = 45.0);
 
 /// Contrast ratio of a coating: Y over black / Y over white, 1 for complete hiding (ISO 6504-3 states it in
 /// percent). Unset when either record is.

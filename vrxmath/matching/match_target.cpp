@@ -175,8 +175,8 @@ Color MatchTarget::ColorOf(const Lamp& lamp, const Xyz& xyz) const {
 }
 
 double MatchTarget::DifferenceOf(const Lamp& lamp, const Xyz& xyz) const {
-  constexpr double kNoAngle = 0.0;
-  return ComputeDifference(settings_.difference, lamp.color, ColorOf(lamp, xyz), kNoAngle).dE;
+  return ComputeDifference(settings_.difference, lamp.color, ColorOf(lamp, xyz), std::fabs(settings_.angle))
+      .dE;
 }
 
 // Rows whose squares add up to the square of a small difference in the system of the settings; to that of dE*ab where the

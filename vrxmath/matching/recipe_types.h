@@ -76,6 +76,7 @@ struct VRX_API CRecipeSettings {
   CDoubleArray1 weights;    ///< of their squared differences, one each; empty: all alike
   int32_t observer = kObserver10;
   CDifferenceSettings difference = DefaultSettings(vrxSystemCie2000);
+  double angle = 45.0;  ///< aspecular measuring angle in degrees, for the systems whose weights depend on it
   double tolerance = RecipeDefaults::kTolerance;  ///< largest difference under any illuminant
   RecipeObjective objective = RecipeObjective::kTristimulus;
   SaundersonMode mode = SaundersonMode::kIncluded;  ///< of the target, and so of the prediction

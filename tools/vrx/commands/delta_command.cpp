@@ -24,15 +24,14 @@ struct DeltaOptions {
   std::string pairs;
   ViewingOptions viewing;
   SystemOptions system;
-  std::string tolerance;  // empty for no verdicts
-  double warning = 0.75;
+  LimitOptions limits;  // no verdicts without a tolerance or limits
   Format format = Format::kTable;
 };
 
 // Pairs on their way to the output, judged many at once.
 class PairJudge {
  public:
-  explicit PairJudge(const JudgeSettings& settings) : judge_(settings) {}
+  PairJudge(const JudgeSettings& settings, bool hasAngles) : judge_(settings), hasAngles_(hasAngles) {}
 
   std::size_t Size() const { return ids_.size(); }
   /// `values`: the three of the standard, the three of the sample, the measuring angle in degrees.
@@ -43,7 +42,7 @@ class PairJudge {
     standard.sample.kind = sample.kind = kind;
     std::copy_n(values.begin(), 3, standard.sample.color.begin());
     std::copy_n(values.begin() + 3, 3, sample.color.begin());
-    standard.angle = values[6];
+    if (hasAngles_) standard.angle = values[6];
     ids_.emplace_back(id);
   }
   /// Calls visit(id, judgement) for the pairs in turn, and lets go of them.
@@ -58,6 +57,7 @@ class PairJudge {
 
  private:
   tool::Judge judge_;
+  bool hasAngles_;  // a column of them; else that of the settings
   std::vector<std::string> ids_;
   std::vector<Standard> standards_;  // at least as many
   std::vector<Sample> samples_;
@@ -70,6 +70,7 @@ class DeltaRows {
             OutputStream& output)
       : format_(format),
         withVerdicts_(withVerdicts),
+        number_(settings.system),
         system_(ShortNameOf(settings.system)),
         observer_(DegreesOf(observer)),
         columns_(DifferenceColumnsOf(settings.system)),
@@ -85,11 +86,7 @@ class DeltaRows {
     if (format_ == Format::kCsv) rows_->Text(system_);
     rows_->Text(CodeOf(illuminant));
     rows_->Integer(observer_);
-    if (format_ == Format::kCsv) {
-      for (const double element : delta) rows_->Number(element);
-    } else {
-      for (const DifferenceColumn& column : columns_) rows_->Number(ElementOf(delta, column));
-    }
+    for (const DifferenceColumn& column : columns_) rows_->Number(ElementOf(delta, column));
     if (withVerdicts_) AddVerdicts(judgement);
     rows_->EndRow();
   }
@@ -101,13 +98,11 @@ class DeltaRows {
     std::vector<Column> columns{{"id"}};
     if (format_ == Format::kCsv) columns.push_back({"system"});
     for (const char* name : {"illuminant", "observer"}) columns.push_back({name});
-    if (format_ == Format::kCsv) {
-      for (const char* name : {"e0", "e1", "e2", "e3", "e4", "e5", "e6"}) columns.push_back({name});
-    } else {
-      for (std::size_t i = 0; i < columns_.size(); ++i) {
-        columns.push_back(
-            {.name = columns_[i].heading, .decimals = 4, .spare = columns_.size() == 7 && i < 3});
-      }
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      const std::string& heading = columns_[i].heading;
+      columns.push_back({.name = format_ == Format::kCsv ? ElementName(heading) : heading,
+                         .decimals = 4,
+                         .spare = columns_.size() == 7 && i < 3});
     }
     if (!withVerdicts_) return columns;
     if (format_ == Format::kCsv) {
@@ -117,6 +112,8 @@ class DeltaRows {
     }
     for (const char* name : {"box", "total"}) columns.push_back({.name = name, .spare = true});
     columns.push_back({"verdict"});
+    columns.push_back({"reason"});
+    if (format_ == Format::kCsv) columns.push_back({"excess"});
     return columns;
   }
 
@@ -131,12 +128,13 @@ class DeltaRows {
       rows_->Text(JoinedWords(judgement.words));
     }
     for (const Verdict verdict : {judgement.components, judgement.total, judgement.verdict}) {
-      if (format_ == Format::kCsv) {
-        rows_->Integer(verdict);
-      } else {
-        rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
-      }
+      rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
     }
+    if (format_ != Format::kCsv) return rows_->Text(ReasonText(judgement.breach, number_));
+    const bool isBroken =
+        judgement.breach.limit != BrokenLimit::kNone && judgement.breach.limit != BrokenLimit::kNoDifference;
+    rows_->Text(NameOfLimit(judgement.breach.limit, number_));
+    rows_->Number(isBroken ? judgement.breach.Excess() : kUnset);
   }
 
   void AddObject(std::string_view id, vrxIlluminant illuminant, const JudgementUnder& judgement) {
@@ -160,6 +158,7 @@ class DeltaRows {
 
   Format format_;
   bool withVerdicts_;
+  int32_t number_;
   std::string system_;
   int32_t observer_;
   std::vector<DifferenceColumn> columns_;
@@ -172,9 +171,9 @@ void RunDelta(const DeltaOptions& options) {
   settings.illuminants = options.viewing.Illuminants();
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
-  settings.warningFactor = CheckedWarning(options.warning);
-  const bool judges = !options.tolerance.empty();
-  if (judges) settings.box = BoxOf(options.tolerance, settings.difference.system);
+  settings.angle = options.system.Angle();
+  const bool judges = !options.limits.tolerance.empty() || !options.limits.limits.empty();
+  if (judges) SetLimits(options.limits, settings);
   CsvReader csv(options.pairs);
   const bool fromXyz = HasColumns(csv.Header(), {"X1", "Y1", "Z1"});
   ValueRows values = fromXyz ? ValueRows(csv, {"X1", "Y1", "Z1", "X2", "Y2", "Z2", "angle"}, 6)
@@ -187,7 +186,8 @@ void RunDelta(const DeltaOptions& options) {
     }
   };
   constexpr std::size_t kTogether = 512;
-  PairJudge pairs(settings);
+  const bool hasAngles = HasColumns(csv.Header(), {"angle"});
+  PairJudge pairs(settings, hasAngles);
   try {
     while (values.Next()) {
       pairs.Add(values.Id(), values.Values(), fromXyz ? Sample::kXyz : Sample::kLab);
@@ -200,6 +200,7 @@ void RunDelta(const DeltaOptions& options) {
   pairs.Judge(write);
   rows.Finish();
   output.Finish();
+  options.system.WarnAboutAngle(hasAngles);
 }
 
 }  // namespace
@@ -215,7 +216,7 @@ void AddDelta(Command& tool) {
       .Required();
   AddSystemOptions(command, options->system, "cmc");
   AddViewingOptions(command, options->viewing, "D65");
-  AddToleranceOptions(command, options->tolerance, options->warning, "none, and no verdicts");
+  AddToleranceOptions(command, options->limits, "none, and no verdicts");
   AddFormatOption(command, options->format);
   command.SetNotes(
       "The first colour of a row is the standard, the second the sample. The illuminant serves to convert\n"

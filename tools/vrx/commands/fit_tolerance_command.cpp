@@ -95,6 +95,7 @@ Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
   settings.illuminants = options.viewing.Illuminants();
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
+  settings.angle = options.system.Angle();
   const auto standards = OpenStandards(options);
   Accepted accepted{
       options.accepted, "", ShortNameOf(settings.difference.system), DegreesOf(settings.observer), {}};

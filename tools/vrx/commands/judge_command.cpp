@@ -30,6 +30,7 @@ struct JudgeOptions {
   std::string only;
   bool worstFirst = false;
   bool strict = false;
+  bool verdictNumbers = false;
   ThreadsOption threads;
   Format format = Format::kTable;
   ReportOptions report;
@@ -85,8 +86,10 @@ class Selection {
   std::vector<TrialJudgement> held_;
 };
 
-JudgeColumns ColumnsOf(const ComparisonOptions& options, const CurveReader& trials) {
+JudgeColumns ColumnsOf(const JudgeOptions& judging, const CurveReader& trials) {
+  const ComparisonOptions& options = judging.comparison;
   JudgeColumns columns;
+  columns.verdictNumbers = judging.verdictNumbers;
   columns.standards = trials.HasStandards() ? JudgeColumns::kNamed
                       : options.pairs       ? JudgeColumns::kSameId
                                             : JudgeColumns::kOne;
@@ -111,7 +114,7 @@ ExitStatus RunJudge(const JudgeOptions& options) {
   OutputStream output;
   const auto results = options.summary ? nullptr
                                        : MakeJudgeOutput(options.format, output, settings,
-                                                         ColumnsOf(options.comparison, comparison.Trials()));
+                                                         ColumnsOf(options, comparison.Trials()));
   const auto report = MakeReport(options, settings, comparison.Trials());
   Selection selection(options, results.get());
   JudgeSummaries summaries(settings.illuminants.size());
@@ -131,6 +134,7 @@ ExitStatus RunJudge(const JudgeOptions& options) {
   results ? results->Finish(summaries) : WriteSummaries(options.format, output, settings, summaries);
   output.Finish();
   comparison.WarnAboutInput();
+  options.judging.system.WarnAboutAngle(comparison.Trials().HasGeometries());
   const bool allPass = std::ranges::all_of(
       summaries, [](const JudgeSummary& summary) { return summary.verdicts[kPass] == summary.Samples(); });
   return options.strict && !allPass ? kExitNotPassed : kExitPass;
@@ -145,6 +149,8 @@ void AddOptions(Command& command, JudgeOptions& options) {
   command.AddFlag("--worst-first", options.worstFirst,
                   "Write the trials of the largest total differences first");
   command.AddFlag("--strict", options.strict, "Exit status 1 when a trial does not pass");
+  command.AddFlag("--verdict-numbers", options.verdictNumbers,
+                  "Write verdicts in csv as 0 (fail), 1 (warning) and 2 (pass)");
   AddThreadsOption(command, options.threads);
   AddFormatOption(command, options.format);
   AddReportOptions(command, options.report);
@@ -158,12 +164,14 @@ void AddJudge(Command& tool) {
   AddOptions(command, *options);
   command.SetNotes(
       "Each trial gets, under each illuminant, its difference from the standard, three words for the shade,\n"
-      "and the verdict of the box or ellipsoid, of the total difference, and of both: 0 fail, 1 warning, 2\n"
-      "pass.\n\n"
+      "and the verdict of the box or ellipsoid, of the total difference, and of both, with the limit that "
+      "was\n"
+      "broken and by how much. One --tolerance limits the total alone.\n\n"
       "Examples:\n"
       "  vrx judge standard.csv batch.csv                      # the first row of standard.csv, CMC (2:1)\n"
       "  vrx judge master.csv lot.csv --pairs --strict         # row against row of the same id\n"
       "  vrx judge std.csv batch.csv --system cie2000 --tolerance 0.8 --illuminants D65,T84\n"
+      "  vrx judge std.csv batch.csv --tolerance 1 --limits dL=0.8,db=-0.3:0.6\n"
       "  vrx judge std.csv batch.csv --tolerance 1,1,0.6,0.6,0.6,0.6,1.2 --format json\n"
       "  cat batch.csv | vrx judge std.csv - --tolerances limits.csv --format csv\n"
       "  vrx judge std.csv batch.csv --ellipse --tolerance 0.8   # inside the CMC ellipsoid, cf = 0.8\n");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -10,6 +11,7 @@
 #include <vrxmath/batch/nearest.h>
 #include <vrxmath/batch/sample_colors.h>
 #include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/foundation/angles.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/reader_names.h"
@@ -52,6 +54,7 @@ class NamedColors {
   void Add(const CurveRow& row) {
     constexpr std::size_t kTogether = 512;
     names_.emplace_back(row.id);
+    geometries_.push_back(row.geometry);
     waiting_.Add(row);
     if (++waitingCount_ == kTogether) Compute();
   }
@@ -69,12 +72,30 @@ class NamedColors {
   }
   void Clear() {
     names_.clear();
+    geometries_.clear();
     for (ColorTable::Under& under : colors_.under) under.xyz.clear(), under.lab.clear();
   }
 
   std::size_t Size() const { return names_.size(); }
   const std::string& Name(std::size_t i) const { return names_[i]; }
+  int32_t Geometry(std::size_t i) const { return geometries_[i]; }
+  const std::vector<int32_t>& Geometries() const { return geometries_; }
   Color At(std::size_t illuminant, std::size_t i) const { return colors_.At(illuminant, i); }
+  /// The colours of rows alone, in their order.
+  ColorTable Of(const std::vector<std::size_t>& rows) const {
+    ColorTable some{std::vector<ColorTable::Under>(colors_.under.size())};
+    for (std::size_t j = 0; j < colors_.under.size(); ++j) {
+      const ColorTable::Under& all = colors_.under[j];
+      for (const std::size_t row : rows) {
+        const auto at = static_cast<std::ptrdiff_t>(row);
+        some.under[j].xyz.insert(some.under[j].xyz.end(), all.xyz.begin() + 3 * at,
+                                 all.xyz.begin() + 3 * at + 3);
+        some.under[j].lab.insert(some.under[j].lab.end(), all.lab.begin() + 5 * at,
+                                 all.lab.begin() + 5 * at + 5);
+      }
+    }
+    return some;
+  }
   std::vector<ColorBatch> Batches() const { return colors_.Batches(); }
 
  private:
@@ -84,6 +105,7 @@ class NamedColors {
 
   const SearchConditions& conditions_;
   std::vector<std::string> names_;
+  std::vector<int32_t> geometries_;
   ColorTable colors_;
   SampleBuffer waiting_;
   std::size_t waitingCount_ = 0;
@@ -100,6 +122,56 @@ struct Search : SearchConditions {
 
   const SearchOptions& options;
   NamedColors standards;
+  bool withGeometry = false;  // a file has geometries
+
+  /// The angle at which a sample was measured.
+  double AngleOf(int32_t geometry) const {
+    const auto code = static_cast<uint8_t>(std::max(geometry, 0));
+    return FamilyOfAngle(code) == AngleFamily::kOther ? AngleOfCode(code) : options.system.Angle();
+  }
+};
+
+// The standards among which samples of one geometry look: those of the same and those without one. A sample whose file says
+// nothing looks among all.
+class Libraries {
+ public:
+  explicit Libraries(const NamedColors& standards) : standards_(standards) {}
+
+  struct Library {
+    std::vector<std::size_t> rows;  // of the standards; empty for all of them
+    ColorTable colors;
+    std::vector<ColorBatch> batches;
+
+    std::size_t RowOf(std::size_t place) const { return rows.empty() ? place : rows[place]; }
+    bool IsEmpty() const { return batches.empty(); }
+  };
+
+  const Library& For(int32_t geometry) {
+    const auto [entry, isNew] = libraries_.try_emplace(geometry);
+    if (isNew) Fill(geometry, entry->second);
+    return entry->second;
+  }
+
+ private:
+  void Fill(int32_t geometry, Library& library) const {
+    const std::vector<int32_t>& geometries = standards_.Geometries();
+    const auto fits = [geometry](int32_t other) {
+      return geometry == kNoGeometry || other == kNoGeometry || other == geometry;
+    };
+    if (std::ranges::all_of(geometries, fits)) {
+      library.batches = standards_.Batches();
+      return;
+    }
+    for (std::size_t i = 0; i < geometries.size(); ++i) {
+      if (fits(geometries[i])) library.rows.push_back(i);
+    }
+    if (library.rows.empty()) return;
+    library.colors = standards_.Of(library.rows);
+    library.batches = library.colors.Batches();
+  }
+
+  const NamedColors& standards_;
+  std::map<int32_t, Library> libraries_;
 };
 
 // A colour is what was seen under one illuminant; which one only the user knows.
@@ -115,6 +187,7 @@ CurveReader Open(const std::string& path, const Search& search) {
 void ReadStandards(Search& search) {
   constexpr std::size_t kMost = 4'000'000;
   CurveReader reader = Open(search.options.standards, search);
+  search.withGeometry |= reader.HasGeometries();
   ProgressBar progress(reader.Source().Size());
   CurveRow row;
   while (reader.Next(row)) {
@@ -139,10 +212,11 @@ class SearchOutput {
       rows_->Text(samples.Name(sample));
       rows_->Integer(static_cast<int64_t>(k + 1));
       rows_->Text(search_.standards.Name(match.index));
+      if (search_.withGeometry) rows_->Text(GeometryName(search_.standards.Geometry(match.index)));
       rows_->Number(match.difference);
       for (std::size_t j = 0; search_.illuminants.size() > 1 && j < search_.illuminants.size(); ++j) {
         rows_->Number(ComputeDifference(search_.difference, search_.standards.At(j, match.index),
-                                        samples.At(j, sample), 0.0)
+                                        samples.At(j, sample), search_.AngleOf(samples.Geometry(sample)))
                           .dE);
       }
       rows_->EndRow();
@@ -152,7 +226,9 @@ class SearchOutput {
 
  private:
   static std::vector<Column> Columns(const Search& search) {
-    std::vector<Column> columns{{"sample"}, {"rank"}, {"standard"}, {"difference"}};
+    std::vector<Column> columns{{"sample"}, {"rank"}, {"standard"}};
+    if (search.withGeometry) columns.push_back({"geometry"});
+    columns.push_back({"difference"});
     if (search.illuminants.size() == 1) return columns;
     for (const vrxIlluminant illuminant : search.illuminants) columns.push_back({CodeOf(illuminant)});
     return columns;
@@ -162,6 +238,27 @@ class SearchOutput {
   std::unique_ptr<RowWriter> rows_;
 };
 
+// The nearest standards of samples, geometry by geometry.
+std::vector<NearestMatch> FindAll(const Search& search, const NamedColors& samples, Libraries& libraries) {
+  const auto count = static_cast<std::size_t>(search.options.count);
+  std::vector<NearestMatch> all(samples.Size() * count);
+  std::map<int32_t, std::vector<std::size_t>> rowsOf;
+  for (std::size_t i = 0; i < samples.Size(); ++i) rowsOf[samples.Geometry(i)].push_back(i);
+  for (const auto& [geometry, rows] : rowsOf) {
+    const Libraries::Library& library = libraries.For(geometry);
+    if (library.IsEmpty()) continue;
+    const ColorTable colors = samples.Of(rows);
+    std::vector<NearestMatch> matches(rows.size() * count);
+    FindNearestBatch(search.difference, search.AngleOf(geometry), colors.Batches(), library.batches, count,
+                     matches, {search.options.threads.Count(), nullptr});
+    for (std::size_t k = 0; k < matches.size(); ++k) {
+      NearestMatch& match = all[rows[k / count] * count + k % count] = matches[k];
+      if (match.index != NearestMatch::kNone) match.index = library.RowOf(match.index);
+    }
+  }
+  return all;
+}
+
 void RunSearch(const SearchOptions& options) {
   constexpr std::size_t kChunk = 256;
   if (options.samples == "-" && options.standards == "-") {
@@ -169,18 +266,16 @@ void RunSearch(const SearchOptions& options) {
   }
   Search search(options);
   ReadStandards(search);
-  const std::vector<ColorBatch> libraries = search.standards.Batches();
   const auto count = static_cast<std::size_t>(options.count);
+  CurveReader reader = Open(options.samples, search);
+  search.withGeometry |= reader.HasGeometries();
   OutputStream output;
   SearchOutput results(search, output);
-  CurveReader reader = Open(options.samples, search);
   NamedColors samples(search);
-  std::vector<NearestMatch> matches;
+  Libraries libraries(search.standards);
   const auto searchChunk = [&] {
     samples.Compute();
-    matches.resize(samples.Size() * count);
-    FindNearestBatch(search.difference, 0.0, samples.Batches(), libraries, count, matches,
-                     {options.threads.Count(), nullptr});
+    const std::vector<NearestMatch> matches = FindAll(search, samples, libraries);
     for (std::size_t i = 0; i < samples.Size(); ++i)
       results.Add(samples, i, std::span(matches).subspan(i * count, count));
     samples.Clear();
@@ -194,6 +289,7 @@ void RunSearch(const SearchOptions& options) {
   results.Finish();
   output.Finish();
   WarnAboutInput(reader);
+  options.system.WarnAboutAngle(reader.HasGeometries());
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/judging/standards.h"
+#include "tools/vrx/judging/verdict_texts.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {
@@ -106,8 +107,9 @@ class Sorter {
     if (withGeometry) columns.push_back({"geometry"});
     for (std::size_t k = 0; k < 3; ++k) {
       const auto heading = std::ranges::find(headings, static_cast<int32_t>(k), &DifferenceColumn::element);
-      columns.push_back(
-          {std::string("e").append(std::to_string(k)), heading != headings.end() ? heading->heading : ""});
+      const bool isShown = heading != headings.end();
+      columns.push_back({isShown ? ElementName(heading->heading) : "e" + std::to_string(k),
+                         isShown ? heading->heading : ""});
     }
     if (format == Format::kTable) output.Append(TitleOf(settings_.difference) + "\n\n");
     const auto rows = MakeRowWriter(format, output, std::move(columns));
@@ -147,6 +149,7 @@ void RunSort(const SortOptions& options) {
   settings.illuminants = options.viewing.Illuminants();
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
+  settings.angle = options.system.Angle();
   if (settings.illuminants.size() != 1) throw InputError("--illuminants: one is expected");
   const bool oneFile = options.standard.empty();
   if (options.trials == "-" && (oneFile || options.standard == "-")) {

@@ -1,6 +1,7 @@
 #include "tools/vrx/input/conditions.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "tools/vrx/base/command.h"
 
@@ -50,6 +51,25 @@ int32_t ViewingOptions::Observer() const {
   return ParseObserver(observer);
 }
 
+double SystemOptions::Angle() const {
+  constexpr double kUsual = 45.0, kLeast = -45.0, kLargest = 110.0;
+  if (angle.empty()) return kUsual;
+  const std::vector<double> numbers = ParseNumbers(angle, "--angle");
+  if (numbers.size() != 1 || numbers[0] < kLeast || numbers[0] > kLargest) {
+    throw InputError("--angle: degrees from -45 to 110 are expected");
+  }
+  return numbers[0];
+}
+
+void SystemOptions::WarnAboutAngle(bool geometriesKnown) const {
+  const DifferenceSystem& row = *FindDifferenceSystem(ParseSystem(system));
+  if (!row.readsAngle || geometriesKnown || !angle.empty()) return;
+  std::fprintf(stderr,
+               "vrx: warning: %s depends on the measuring angle, which nothing says: 45 degrees are taken; "
+               "--angle names it\n",
+               std::string(row.shortName).c_str());
+}
+
 void AddSystemOptions(Command& command, SystemOptions& options, const std::string& system) {
   options.system = system;
   std::string names = "Difference system by number or name:";
@@ -60,6 +80,10 @@ void AddSystemOptions(Command& command, SystemOptions& options, const std::strin
                  "Parameters of the system in the order of its name, in place of the usual ones: " +
                      UsualParameters())
       .Shows("LIST");
+  command
+      .AddOption("--angle", options.angle,
+                 "Aspecular measuring angle in degrees where no geometry says one, for audi and din6175")
+      .Shows("DEGREES [45]");
 }
 
 std::vector<double> SystemOptions::Given() const {

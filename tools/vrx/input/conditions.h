@@ -37,13 +37,20 @@ void AddViewingOptions(Command& command, ViewingOptions& viewing, const std::str
 struct SystemOptions {
   std::string system;
   std::string parameters;  ///< numbers, separated by commas or colons; empty for the usual ones
+  std::string angle;       ///< aspecular measuring angle in degrees; empty for the usual one
 
   CDifferenceSettings Settings() const;
+  /// The measuring angle where no geometry says one: the one that was given, else 45 degrees. Throws InputError for one that
+  /// no geometry can have.
+  double Angle() const;
+  /// Says on standard error that the usual angle was taken, where the system depends on it, nobody gave one, and
+  /// `geometriesKnown` is false.
+  void WarnAboutAngle(bool geometriesKnown) const;
   /// The parameters as they were given.
   std::vector<double> Given() const;
 };
 
-/// Adds `--system` with a default and `--parameters`.
+/// Adds `--system` with a default, `--parameters` and `--angle`.
 void AddSystemOptions(Command& command, SystemOptions& options, const std::string& system);
 
 }  // namespace vrx::tool

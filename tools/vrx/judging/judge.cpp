@@ -9,8 +9,11 @@
 namespace vrx::tool {
 namespace {
 
-double AngleOf(const Standard& standard) {
-  return standard.angle ? *standard.angle : AngleOfCode(static_cast<uint8_t>(std::max(standard.geometry, 0)));
+// The angle at which a standard was measured: its own, that of its geometry, else `usual`.
+double AngleOf(const Standard& standard, double usual) {
+  if (standard.angle) return *standard.angle;
+  const auto code = static_cast<uint8_t>(std::max(standard.geometry, 0));
+  return FamilyOfAngle(code) == AngleFamily::kOther ? AngleOfCode(code) : usual;
 }
 
 }  // namespace
@@ -69,7 +72,7 @@ void Judge::SetStandards(std::span<const Standard> standards) {
   std::vector<double> angles;
   for (const Standard& standard : standards) {
     samples_.Add(standard.sample);
-    angles.push_back(AngleOf(standard));
+    angles.push_back(AngleOf(standard, settings_.angle));
   }
   standards_.emplace(settings_, samples_.View(), AllLimits(standards), std::move(angles));
   stamp_ = stamp;

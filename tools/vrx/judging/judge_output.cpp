@@ -31,6 +31,12 @@ struct Texts {
   std::vector<std::string> geometries;
 };
 
+// By how much the limit of the reason was passed; unset for a pass.
+double ExcessOf(const JudgementUnder& under) {
+  const BrokenLimit limit = under.breach.limit;
+  return limit == BrokenLimit::kNone || limit == BrokenLimit::kNoDifference ? kUnset : under.breach.Excess();
+}
+
 // A text that is copied 16 bytes at a time where it is not longer, without a branch on its length.
 class ShortText {
  public:
@@ -54,9 +60,13 @@ class ShortText {
 // The rows of csv for trials.
 class CsvJudgeRows {
  public:
-  explicit CsvJudgeRows(const JudgeSettings& settings) : byEllipse_(settings.ByEllipse()) {
+  CsvJudgeRows(const JudgeSettings& settings, bool inNumbers) : byEllipse_(settings.ByEllipse()) {
     const Texts texts(settings);
     geometries_ = texts.geometries;
+    for (const DifferenceColumn& column : DifferenceColumnsOf(settings.difference.system)) {
+      elements_.push_back(static_cast<std::size_t>(column.element));
+    }
+    numbersOfRow_ = elements_.size() + (byEllipse_ ? 2 : 1);
     for (const std::string& illuminant : texts.illuminants) {
       conditions_.emplace_back(illuminant + (texts.observer == 10 ? ",10" : ",2"));
       longestRest_ = std::max(longestRest_, conditions_.back().Bytes());
@@ -66,9 +76,18 @@ class CsvJudgeRows {
       words_.emplace_back("," + TextOf(static_cast<ShadeWord>(word)));
       longestWord = std::max(longestWord, words_.back().Bytes());
     }
-    constexpr std::size_t kVerdicts = 6, kLineEnd = 1;
-    longestRest_ +=
-        numbersOfRow_ * (1 + OutputStream::kLongestNumber) + 3 * longestWord + kVerdicts + kLineEnd;
+    for (const Verdict verdict : {kFail, kWarning, kPass}) {
+      verdicts_.emplace_back(
+          std::string(",").append(inNumbers ? std::to_string(verdict) : LookOf(verdict).text));
+      longestWord = std::max(longestWord, verdicts_.back().Bytes());
+    }
+    for (auto limit = static_cast<std::int32_t>(BrokenLimit::kNone);
+         limit <= static_cast<std::int32_t>(BrokenLimit::kNoDifference); ++limit) {
+      reasons_.emplace_back("," + NameOfLimit(static_cast<BrokenLimit>(limit), settings.difference.system));
+      longestWord = std::max(longestWord, reasons_.back().Bytes());
+    }
+    constexpr std::size_t kTexts = 3 + 3 + 1, kLineEnd = 1;  // words, verdicts and the reason
+    longestRest_ += numbersOfRow_ * (1 + OutputStream::kLongestNumber) + kTexts * longestWord + kLineEnd;
   }
 
   // Takes the rows of a trial, which must live until they are written: at the latest by Finish.
@@ -85,7 +104,8 @@ class CsvJudgeRows {
     std::size_t count = 0;
     for (const Row& row : rows_) {
       const JudgementUnder& under = row.trial->under[row.illuminant];
-      for (const double element : under.difference) numbers[count++] = element;
+      for (const std::size_t element : elements_) numbers[count++] = under.difference[element];
+      numbers[count++] = ExcessOf(under);
       if (byEllipse_) numbers[count++] = under.ellipsoidValue;
     }
     const OutputStream::Numbers texts(text, std::span(numbers).first(count));
@@ -122,15 +142,17 @@ class CsvJudgeRows {
                 std::size_t number, OutputStream& text) const {
     text.Append(names_);
     char* at = condition.Write(text.Room(longestRest_));
-    for (std::size_t i = 0; i < under.difference.size(); ++i) {
+    for (std::size_t i = 0; i < elements_.size(); ++i) {
       *at++ = ',';
       at = numbers.Write(number++, at);
     }
     for (const ShadeWord word : under.words) at = words_[static_cast<std::size_t>(word)].Write(at);
     for (const Verdict verdict : {under.components, under.total, under.verdict}) {
-      *at++ = ',';
-      *at++ = static_cast<char>('0' + verdict);
+      at = verdicts_[static_cast<std::size_t>(verdict)].Write(at);
     }
+    at = reasons_[static_cast<std::size_t>(under.breach.limit)].Write(at);
+    *at++ = ',';
+    at = numbers.Write(number++, at);
     if (byEllipse_) {
       *at++ = ',';
       at = numbers.Write(number, at);
@@ -140,10 +162,13 @@ class CsvJudgeRows {
   }
 
   bool byEllipse_;
-  std::size_t numbersOfRow_ = byEllipse_ ? 8 : 7;
+  std::vector<std::size_t> elements_;  // of a difference that the system shows
+  std::size_t numbersOfRow_ = 0;
   std::vector<std::string> geometries_;
   std::vector<ShortText> conditions_;  // illuminant and observer
   std::vector<ShortText> words_;       // by shade word, behind a comma
+  std::vector<ShortText> verdicts_;    // by verdict, likewise
+  std::vector<ShortText> reasons_;     // by broken limit, likewise
   std::size_t longestRest_ = 0;        // of a row without the names
   std::string names_;                  // of the trial that is written, with commas
   std::vector<Row> rows_;              // taken and not yet written
@@ -152,8 +177,8 @@ class CsvJudgeRows {
 
 class CsvJudgeTexts final : public JudgeTexts {
  public:
-  CsvJudgeTexts(const JudgeSettings& settings, const OutputStream& output)
-      : rows_(settings), stream_(OutputStream::InMemory(output)) {}
+  CsvJudgeTexts(const JudgeSettings& settings, bool inNumbers, const OutputStream& output)
+      : rows_(settings, inNumbers), stream_(OutputStream::InMemory(output)) {}
   void Clear() override {
     stream_.Clear();
     rows_.Clear();
@@ -172,11 +197,13 @@ class CsvJudgeTexts final : public JudgeTexts {
 
 class CsvJudgeOutput final : public JudgeOutput {
  public:
-  CsvJudgeOutput(OutputStream& output, const JudgeSettings& settings)
-      : output_(output), settings_(settings), rows_(settings) {
-    output_.Append(
-        "standard,trial,geometry,illuminant,observer,e0,e1,e2,e3,e4,e5,e6,word0,word1,word2,box,total,"
-        "verdict");
+  CsvJudgeOutput(OutputStream& output, const JudgeSettings& settings, bool inNumbers)
+      : output_(output), settings_(settings), inNumbers_(inNumbers), rows_(settings, inNumbers) {
+    output_.Append("standard,trial,geometry,illuminant,observer");
+    for (const DifferenceColumn& column : DifferenceColumnsOf(settings.difference.system)) {
+      output_.Append("," + ElementName(column.heading));
+    }
+    output_.Append(",word0,word1,word2,box,total,verdict,reason,excess");
     output_.Append(settings.ByEllipse() ? ",ellipse\n" : "\n");
   }
   void Add(const TrialJudgement& judgement) override {
@@ -185,7 +212,7 @@ class CsvJudgeOutput final : public JudgeOutput {
     rows_.Clear();
   }
   std::unique_ptr<JudgeTexts> MakeTexts() const override {
-    return std::make_unique<CsvJudgeTexts>(settings_, output_);
+    return std::make_unique<CsvJudgeTexts>(settings_, inNumbers_, output_);
   }
   void AddText(std::string_view text) override { output_.Append(text); }
   void Finish(const JudgeSummaries&) override {}
@@ -193,13 +220,17 @@ class CsvJudgeOutput final : public JudgeOutput {
  private:
   OutputStream& output_;
   const JudgeSettings& settings_;
+  bool inNumbers_;
   CsvJudgeRows rows_;
 };
 
 class JsonJudgeOutput final : public JudgeOutput {
  public:
   JsonJudgeOutput(OutputStream& output, const JudgeSettings& settings)
-      : array_(output), texts_(settings), byEllipse_(settings.ByEllipse()) {}
+      : array_(output),
+        texts_(settings),
+        system_(settings.difference.system),
+        byEllipse_(settings.ByEllipse()) {}
   void Add(const TrialJudgement& judgement) override {
     for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) {
       const JudgementUnder& under = judgement.under[i];
@@ -216,6 +247,7 @@ class JsonJudgeOutput final : public JudgeOutput {
       object["box"] = under.components;
       object["total"] = under.total;
       object["verdict"] = under.verdict;
+      object["reason"] = ReasonOf(under.breach);
       if (byEllipse_) object["ellipse"] = JsonNumber(under.ellipsoidValue);
       array_.Add(object);
     }
@@ -223,8 +255,20 @@ class JsonJudgeOutput final : public JudgeOutput {
   void Finish(const JudgeSummaries&) override { array_.Finish(); }
 
  private:
+  nlohmann::ordered_json ReasonOf(const LimitBreach& breach) const {
+    nlohmann::ordered_json reason;
+    if (breach.limit == BrokenLimit::kNone) return reason;
+    reason["limit"] = NameOfLimit(breach.limit, system_);
+    if (breach.limit == BrokenLimit::kNoDifference) return reason;
+    reason["value"] = JsonNumber(breach.value);
+    reason["bound"] = JsonNumber(breach.bound);
+    reason["excess"] = JsonNumber(breach.Excess());
+    return reason;
+  }
+
   JsonArrayWriter array_;
   Texts texts_;
+  int32_t system_;
   bool byEllipse_;
 };
 
@@ -280,6 +324,7 @@ class TableJudgeOutput final : public JudgeOutput {
       columns.push_back({.name = name, .spare = true});
     }
     columns.push_back({"verdict"});
+    columns.push_back({"reason"});
     return columns;
   }
 
@@ -298,6 +343,7 @@ class TableJudgeOutput final : public JudgeOutput {
     for (const Verdict verdict : {under.components, under.total, under.verdict}) {
       rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
     }
+    rows_->Text(ReasonText(under.breach, settings_.difference.system), LookOf(under.verdict).tint);
     rows_->EndRow();
   }
 
@@ -317,7 +363,9 @@ class TableJudgeOutput final : public JudgeOutput {
 std::unique_ptr<JudgeOutput> MakeJudgeOutput(const Format& format, OutputStream& output,
                                              const JudgeSettings& settings, const JudgeColumns& columns) {
   output.SetFormat(format);
-  if (format == Format::kCsv) return std::make_unique<CsvJudgeOutput>(output, settings);
+  if (format == Format::kCsv) {
+    return std::make_unique<CsvJudgeOutput>(output, settings, columns.verdictNumbers);
+  }
   if (format == Format::kJson) return std::make_unique<JsonJudgeOutput>(output, settings);
   return std::make_unique<TableJudgeOutput>(format, output, settings, columns);
 }

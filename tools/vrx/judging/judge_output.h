@@ -24,6 +24,7 @@ struct JudgeColumns {
   Standards standards = kOne;
   bool name = false;
   bool geometry = false;
+  bool verdictNumbers = false;  ///< csv has 0, 1 and 2 in place of fail, warning and pass
 };
 
 /// Texts of trials, made on any thread for an output that appends them in their turn.

@@ -1,13 +1,16 @@
 #include "tools/vrx/judging/judging_options.h"
 
+#include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "tools/vrx/base/command_line.h"
+#include "tools/vrx/judging/verdict_texts.h"
 
 namespace vrx::tool {
 namespace {
 
-constexpr const char* kUsualTolerance = "1.5";
+const std::string kUsualTolerance = "1.5";
 
 // Makes the ellipsoids of the system decide, grown by the factor that --tolerance or the parameters name.
 void BuildEllipses(const JudgingOptions& options, JudgeSettings& settings) {
@@ -36,6 +39,54 @@ void BuildEllipses(const JudgingOptions& options, JudgeSettings& settings) {
   difference.parameters[place] = factor[0];
 }
 
+// The names of the components of a system, as --limits takes them.
+std::vector<std::string> ComponentNames(int32_t system) {
+  std::vector<std::string> names;
+  for (const BrokenLimit component : {BrokenLimit::kFirst, BrokenLimit::kSecond, BrokenLimit::kThird}) {
+    names.push_back(NameOfElement(system, ElementOf(component, system)));
+  }
+  return names;
+}
+
+// Takes a limit such as "dL=0.5" or "db=-0.3:0.6" into a box.
+void SetComponent(const std::string& limit, int32_t system, CBoxTolData& box) {
+  const std::vector<std::string> names = ComponentNames(system);
+  const std::size_t equals = limit.find('=');
+  const auto name = std::ranges::find(names, limit.substr(0, equals));
+  if (equals == std::string::npos || name == names.end()) {
+    throw InputError("--limits: " + limit + " names none of " + names[0] + ", " + names[1] + ", " + names[2] +
+                     ", as in " + names[0] + "=0.5");
+  }
+  std::string numbers = limit.substr(equals + 1);
+  std::ranges::replace(numbers, ':', ',');
+  const std::vector<double> bounds = ParseNumbers(numbers, "--limits");
+  const bool isOne = bounds.size() == 1 && bounds[0] >= 0;
+  if (!isOne && (bounds.size() != 2 || bounds[0] > bounds[1])) {
+    throw InputError("--limits: " + limit + ": one limit from 0 on, or the lower and the upper, as in " +
+                     names[0] + "=-0.3:0.6");
+  }
+  box.SetTolerance(static_cast<int32_t>(name - names.begin()), bounds.back(), isOne ? bounds[0] : -bounds[0]);
+}
+
+VerdictRule RuleOf(const std::string& verdict) {
+  if (verdict.empty() || verdict == "worse" || verdict == "both") return VerdictRule::kWorse;
+  if (verdict == "total") return VerdictRule::kTotal;
+  if (verdict == "box") return VerdictRule::kComponents;
+  throw InputError("--verdict: total, box, both or worse is expected");
+}
+
+bool LimitsComponents(const CBoxTolData& box) {
+  return std::any_of(box.begin(), box.begin() + CBoxTolData::kTotal,
+                     [](double limit) { return std::isfinite(limit); });
+}
+
+// A verdict on components that have no limits would pass everything.
+void RequireLimitsOfComponents(const JudgeSettings& settings) {
+  if (settings.rule != VerdictRule::kComponents || settings.ByEllipse() || LimitsComponents(settings.box))
+    return;
+  throw InputError("--verdict box: no component has a limit; give --limits, or --tolerance with seven");
+}
+
 void LoadEllipses(const JudgingOptions& options, JudgeSettings& settings) {
   if (!options.tolerance.empty() && !options.ellipse) {
     throw InputError("--ellipses: the file has the limits; --tolerance needs --ellipse");
@@ -47,20 +98,28 @@ void LoadEllipses(const JudgingOptions& options, JudgeSettings& settings) {
 
 }  // namespace
 
-void AddToleranceOptions(Command& command, std::string& tolerance, double& warning,
-                         const std::string& usual) {
+void AddToleranceOptions(Command& command, LimitOptions& options, const std::string& usual) {
   command
-      .AddOption("--tolerance", tolerance,
-                 "One limit for everything, or seven: plus and minus of the three components, then the total")
+      .AddOption("--tolerance", options.tolerance,
+                 "Limit of the total difference, or seven limits: plus and minus of the three components, "
+                 "then the total")
       .Shows("LIMITS [" + usual + "]");
-  command.AddOption("--warning", warning, "Fraction of a limit above which there is a warning")
+  command
+      .AddOption("--limits", options.limits,
+                 "Limits of components by their names: dL=0.5 for both sides, db=-0.3:0.6 for minus and plus")
+      .Shows("NAME=LIMIT,... [none]");
+  command
+      .AddOption("--verdict", options.verdict,
+                 "What makes the verdict: the total, the box of components, or the worse of both")
+      .Shows("total|box|both|worse [worse]");
+  command.AddOption("--warning", options.warning, "Fraction of a limit above which there is a warning")
       .Shows("FACTOR [0.75]");
 }
 
 void AddJudgingOptions(Command& command, JudgingOptions& options, const std::string& illuminants) {
   AddViewingOptions(command, options.viewing, illuminants);
   AddSystemOptions(command, options.system, "cmc");
-  AddToleranceOptions(command, options.tolerance, options.warning, kUsualTolerance);
+  AddToleranceOptions(command, options, kUsualTolerance);
   Option boxes = command
                      .AddOption("--tolerances", options.tolerances,
                                 "Limits per standard, geometry and illuminant, from a CSV file")
@@ -78,33 +137,43 @@ void AddJudgingOptions(Command& command, JudgingOptions& options, const std::str
       .Excludes(boxes);
 }
 
-CBoxTolData BoxOf(const std::string& tolerance, int32_t system) {
+CBoxTolData BoxOf(const LimitOptions& options, int32_t system) {
   const DifferenceSystem& row = *FindDifferenceSystem(system);
-  if (tolerance.empty() && !row.inDeltaE) {
+  if (options.tolerance.empty() && !row.inDeltaE) {
     throw InputError("--tolerance: the usual 1.5 is a dE, which " + std::string(row.shortName) +
                      " is not; give its limits");
   }
-  return BoxFromNumbers(ParseNumbers(tolerance.empty() ? kUsualTolerance : tolerance, "--tolerance"));
+  const std::string& given = options.tolerance.empty() ? kUsualTolerance : options.tolerance;
+  const std::vector<double> numbers = ParseNumbers(given, "--tolerance");
+  CBoxTolData box = BoxFromNumbers(numbers);
+  if (numbers.size() == 1) box = TotalLimit(numbers.front());
+  if (options.limits.empty()) return box;
+  if (numbers.size() != 1) throw InputError("--limits: --tolerance has limits of components already");
+  for (const std::string& limit : SplitList(options.limits, ',')) SetComponent(limit, system, box);
+  return box;
 }
 
-double CheckedWarning(double warning) {
-  if (!(warning >= 0 && warning <= 1)) throw InputError("--warning: a factor from 0 to 1");
-  return warning;
+void SetLimits(const LimitOptions& options, JudgeSettings& settings) {
+  if (!(options.warning >= 0 && options.warning <= 1)) throw InputError("--warning: a factor from 0 to 1");
+  settings.warningFactor = options.warning;
+  settings.box = BoxOf(options, settings.difference.system);
+  settings.rule = RuleOf(options.verdict);
 }
 
 JudgeSettings SettingsOf(const JudgingOptions& options) {
   JudgeSettings settings;
-  settings.warningFactor = CheckedWarning(options.warning);
   settings.illuminants = options.viewing.Illuminants();
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
-  settings.box = BoxOf(options.tolerance, settings.difference.system);
+  settings.angle = options.system.Angle();
+  SetLimits(options, settings);
   if (!options.tolerances.empty()) {
     CsvReader csv(options.tolerances);
     settings.boxes.Load(csv, {settings.difference.system, settings.observer});
   }
   if (options.ellipse) BuildEllipses(options, settings);
   if (!options.ellipses.empty()) LoadEllipses(options, settings);
+  RequireLimitsOfComponents(settings);
   return settings;
 }
 

@@ -13,11 +13,17 @@ namespace vrx::tool {
 
 class Command;
 
-struct JudgingOptions {
+/// Limits of differences, as options give them.
+struct LimitOptions {
+  std::string tolerance;  ///< the limit of the total, or the seven of a box; empty for the usual one
+  std::string limits;     ///< of components by their names: "dL=0.5,db=-0.3:0.6"
+  std::string verdict;    ///< how the verdict is formed; empty for the usual way
+  double warning = JudgeDefaults::kWarningFactor;
+};
+
+struct JudgingOptions : LimitOptions {
   ViewingOptions viewing;
   SystemOptions system;
-  std::string tolerance;  ///< one limit, or the seven of a box; empty for the usual one
-  double warning = 0.75;
   std::string tolerances;  ///< a file of boxes
   bool ellipse = false;
   std::string ellipses;  ///< a file of ellipsoids
@@ -27,13 +33,15 @@ struct JudgingOptions {
 /// `--tolerances`, `--ellipse` and `--ellipses`.
 void AddJudgingOptions(Command& command, JudgingOptions& options, const std::string& illuminants);
 
-/// The limits that `--tolerance` names, or the usual ones of a system whose unit is a dE. Throws InputError for texts that
-/// name none, and when they are not given for another system.
-CBoxTolData BoxOf(const std::string& tolerance, int32_t system);
-/// Adds `--tolerance` and `--warning` alone; `usual` is what holds without the former.
-void AddToleranceOptions(Command& command, std::string& tolerance, double& warning, const std::string& usual);
-/// Throws InputError for a factor that is none.
-double CheckedWarning(double warning);
+/// The limits that `--tolerance` and `--limits` name, or the usual one of a system whose unit is a dE. One limit is that of the
+/// total; components that nobody limits have none. Throws InputError for texts that name none, and when they are not given
+/// for another system.
+CBoxTolData BoxOf(const LimitOptions& options, int32_t system);
+/// Adds `--tolerance`, `--limits`, `--verdict` and `--warning`; `usual` is what holds without the first.
+void AddToleranceOptions(Command& command, LimitOptions& options, const std::string& usual);
+/// Gives the settings the limits, the rule and the warning of the options. Throws InputError as BoxOf, and for a verdict on
+/// components without limits.
+void SetLimits(const LimitOptions& options, JudgeSettings& settings);
 
 /// The settings that the options stand for, with the limits from files. Throws InputError when they cannot be used.
 JudgeSettings SettingsOf(const JudgingOptions& options);

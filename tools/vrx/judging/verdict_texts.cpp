@@ -1,6 +1,14 @@
 #include "tools/vrx/judging/verdict_texts.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
+#include <cmath>
+#include <vector>
+
+#include <vrxio/measurement/names.h>
+
+#include "tools/vrx/base/reader_names.h"
 
 namespace vrx::tool {
 
@@ -19,6 +27,59 @@ const std::string& TextOf(ShadeWord word) {
     return texts;
   }();
   return kTexts[static_cast<std::size_t>(word)];
+}
+
+std::string ElementName(std::string_view heading) {
+  constexpr std::string_view kDelta = "\xCE\x94";
+  std::string name;
+  if (heading.starts_with(kDelta)) {
+    name = "d";
+    heading.remove_prefix(kDelta.size());
+  }
+  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+  for (std::size_t i = 0; i < heading.size(); ++i) {
+    const char c = heading[i];
+    const bool isLast = i + 1 == heading.size();
+    if (c == '*' && !isLast && isDigit(heading[i + 1])) break;  // a scale of the shown numbers
+    if (c == '\'' && isLast) name += 'p';                       // primed
+    if (isLetter(c) || isDigit(c)) name += c;
+  }
+  return name;
+}
+
+namespace {
+
+// The heading of an element; empty for one that the system does not show.
+std::string HeadingOfElement(int32_t system, int32_t element) {
+  const std::vector<DifferenceColumn> columns = DifferenceColumnsOf(system);
+  const auto found = std::ranges::find(columns, element, &DifferenceColumn::element);
+  return found != columns.end() ? found->heading : "";
+}
+
+}  // namespace
+
+std::string NameOfElement(int32_t system, int32_t element) {
+  const std::string heading = HeadingOfElement(system, element);
+  return heading.empty() ? "e" + std::to_string(element) : ElementName(heading);
+}
+
+std::string NameOfLimit(BrokenLimit limit, int32_t system) {
+  if (limit == BrokenLimit::kNone) return "";
+  if (limit == BrokenLimit::kEllipsoid) return "ellipsoid";
+  if (limit == BrokenLimit::kNoDifference) return "no difference";
+  return NameOfElement(system, ElementOf(limit, system));
+}
+
+std::string ReasonText(const LimitBreach& breach, int32_t system) {
+  const std::string heading = HeadingOfElement(system, ElementOf(breach.limit, system));
+  const std::string name = heading.empty() ? NameOfLimit(breach.limit, system) : heading;
+  if (breach.limit == BrokenLimit::kNone || breach.limit == BrokenLimit::kNoDifference) return name;
+  if (!std::isfinite(breach.Excess())) return name;
+  char number[400];
+  const double excess = breach.Excess();
+  const auto end = std::to_chars(number, number + sizeof number, excess, std::chars_format::fixed, 2).ptr;
+  return name + (excess < 0 ? " " : " +") + std::string(number, end);
 }
 
 std::string JoinedWords(std::span<const ShadeWord> words) {

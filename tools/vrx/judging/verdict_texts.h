@@ -3,10 +3,12 @@
 #ifndef TOOLS_VRX_JUDGING_VERDICT_TEXTS_H_
 #define TOOLS_VRX_JUDGING_VERDICT_TEXTS_H_
 
+#include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
-#include <vrxmath/judging/evaluation.h>
+#include <vrxmath/batch/judge_batch.h>
 
 #include "tools/vrx/output/output.h"
 
@@ -21,6 +23,15 @@ VerdictLook LookOf(Verdict verdict);
 
 /// A shade word as UTF-8; a blank for none.
 const std::string& TextOf(ShadeWord word);
+/// A heading of a difference in ASCII, as csv and options name it: "dL", "dEcmc", "dX" of "\u0394X*10".
+std::string ElementName(std::string_view heading);
+/// The name of an element of a system's differences in ASCII, such as "dEcmc"; "e3" for one that it does not show.
+std::string NameOfElement(int32_t system, int32_t element);
+/// What a limit is a limit of: an element's name, "ellipsoid", or "no difference"; empty for none.
+std::string NameOfLimit(BrokenLimit limit, int32_t system);
+/// The same under the system's own heading, with how far the limit was passed: "\u0394E*cmc +0.28". Empty for none.
+std::string ReasonText(const LimitBreach& breach, int32_t system);
+
 /// The words that say something, as "Darker, Redder".
 std::string JoinedWords(std::span<const ShadeWord> words);
 

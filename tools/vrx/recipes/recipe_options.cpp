@@ -110,6 +110,8 @@ void CriterionOptions::Apply(CRecipeSettings& settings) const {
   for (const vrxIlluminant illuminant : viewing.Illuminants()) settings.illuminants.Add(illuminant);
   settings.observer = viewing.Observer();
   settings.difference = system.Settings();
+  settings.angle = system.Angle();
+  system.WarnAboutAngle(false);
   settings.objective = objective;
   settings.mode = specular;
   if (!(tolerance >= 0.0)) throw InputError("--tolerance: a difference, 0 or more, is expected");

@@ -10,6 +10,7 @@
 #include <vrxmath/judging/shade.h>
 
 #include "tools/vrx/base/text.h"
+#include "tools/vrx/judging/verdict_texts.h"
 
 namespace vrx::tool {
 namespace {
@@ -47,7 +48,11 @@ std::string NumberCell(double value) {
 
 // "-0.30 ... 0.50": an interval about the standard.
 std::string IntervalText(const std::string& heading, Interval interval) {
-  return heading + " " + FixedText(interval.lower) + " ... " + FixedText(interval.upper);
+  const auto text = [](double bound) {
+    const std::string_view infinity = bound < 0 ? "-\xE2\x88\x9E" : "\xE2\x88\x9E";
+    return std::isinf(bound) ? std::string(infinity) : FixedText(bound);
+  };
+  return heading + " " + text(interval.lower) + " ... " + text(interval.upper);
 }
 
 }  // namespace
@@ -100,10 +105,35 @@ void JudgeReport::AddVerdicts(const JudgeSummaries& summaries) {
       "<p class=\"overall\">" + VerdictHtml(worst) + " <span>" +
       Escaped(TextOf(judged_.IlluminantCount() > 1 ? ReportText::kOfTrialsByWorst : ReportText::kOfTrials,
                      {CountsText(counts), std::to_string(judged_.Trials().size())})) +
-      "</span></p>\n<div class=\"cards\">\n");
+      "</span></p>\n");
+  AddReasons(counts[kFail]);
+  page_.AddHtml("<div class=\"cards\">\n");
   for (std::size_t i = 0; i < judged_.IlluminantCount(); ++i) AddIlluminantCard(summaries[i], i);
   page_.AddHtml("</div>\n");
   page_.EndSection();
+}
+
+// Which limits the trials that fail have broken, each under the first illuminant under which it fails.
+void JudgeReport::AddReasons(std::size_t failed) {
+  if (failed == 0) return;
+  std::map<BrokenLimit, std::size_t> counts;
+  for (const JudgedTrial& trial : judged_.Trials()) {
+    const auto first = std::ranges::find(trial.results, kFail, &JudgedResult::verdict);
+    if (first != trial.results.end()) ++counts[first->breach.limit];
+  }
+  std::vector<std::pair<std::size_t, BrokenLimit>> order;
+  for (const auto& [limit, count] : counts) order.emplace_back(count, limit);
+  std::ranges::stable_sort(order, std::greater<>(), [](const auto& entry) { return entry.first; });
+  std::string reasons;
+  for (const auto& [count, limit] : order) {
+    const std::string name = ReasonText({limit, 0.0, std::nan("")}, settings_.difference.system);
+    reasons +=
+        (reasons.empty() ? "" : ", ") + TextOf(ReportText::kReasonCount, {std::to_string(count), name});
+  }
+  page_.AddHtml("<p class=\"reasons\">" +
+                Escaped(TextOf(ReportText::kFailReasons,
+                               {std::to_string(failed), std::to_string(judged_.Trials().size()), reasons})) +
+                "</p>\n");
 }
 
 void JudgeReport::AddIlluminantCard(const JudgeSummary& summary, std::size_t i) {
@@ -138,9 +168,11 @@ std::string JudgeReport::ToleranceText() const {
   }
   std::string limits;
   for (int32_t k = 0; k < 3; ++k) {
-    limits += (k > 0 ? ", " : "") +
+    if (std::isinf(box.Limits(k).lower) && std::isinf(box.Limits(k).upper)) continue;
+    limits += (limits.empty() ? "" : ", ") +
               IntervalText(judged_.Columns()[static_cast<std::size_t>(k)].heading, box.Limits(k));
   }
+  if (limits.empty()) return TextOf(ReportText::kToleranceTotal, {FixedText(box[CBoxTolData::kTotal])});
   return TextOf(ReportText::kToleranceBox, {limits, FixedText(box[CBoxTolData::kTotal])});
 }
 
@@ -187,6 +219,7 @@ std::vector<ReportColumn> JudgeReport::Columns() const {
   for (const DifferenceColumn& column : judged_.Columns()) columns.push_back({column.heading, Kind::kNumber});
   columns.push_back({Text(ReportText::kWords), Kind::kWords});
   if (settings_.ByEllipse()) columns.push_back({Text(ReportText::kEllipsoidValue), Kind::kNumber});
+  columns.push_back({Text(ReportText::kReason), Kind::kReason});
   columns.push_back({Text(ReportText::kVerdicts), Kind::kVerdict});
   return columns;
 }
@@ -200,11 +233,15 @@ void JudgeReport::AddRow(ReportTable& table, const JudgedTrial& trial, std::size
   if (withGeometry_) table.Text(GeometryName(view.geometry));
   table.Text(judged_.IlluminantAt(i));
   table.Put(view.colours[i].shown, result.colour);
+  const int32_t system = settings_.difference.system;
+  const int32_t broken = ElementOf(result.breach.limit, system);
   for (const DifferenceColumn& column : judged_.Columns()) {
-    table.Number(result.difference[static_cast<std::size_t>(column.element)]);
+    table.Number(result.difference[static_cast<std::size_t>(column.element)],
+                 column.element == broken ? Tint::kBad : Tint::kPlain);
   }
   table.Text(WordsOf(result));
   if (settings_.ByEllipse()) table.Number(result.ellipsoidValue);
+  table.Text(ReasonText(result.breach, system));
   table.Put(result.verdict);
   table.EndRow();
 }
@@ -423,7 +460,7 @@ void JudgeReport::AddScriptData(const std::vector<std::size_t>& views) {
   page_.AddData("illuminants", std::to_string(judged_.IlluminantCount()));
   const std::vector<ReportColumn> columns = Columns();
   const std::size_t last = columns.size() - 1;
-  const std::size_t total = last - (settings_.ByEllipse() ? 3 : 2);
+  const std::size_t total = last - (settings_.ByEllipse() ? 4 : 3);
   page_.AddData("places", "{\"total\":" + std::to_string(total) + ",\"words\":" + std::to_string(total + 1) +
                               ",\"verdict\":" + std::to_string(last) +
                               ",\"colours\":" + std::to_string(total - judged_.Columns().size()) + "}");

@@ -39,6 +39,7 @@ class JudgeReport {
   using Counts = std::array<std::size_t, 3>;  // by verdict
 
   void AddVerdicts(const JudgeSummaries& summaries);
+  void AddReasons(std::size_t failed);
   void AddIlluminantCard(const JudgeSummary& summary, std::size_t i);
   void AddConditions();
   std::string ToleranceText() const;

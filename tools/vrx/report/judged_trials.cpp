@@ -146,8 +146,14 @@ void JudgedTrials::SetLimits(const JudgedView::Colour& colour, PlaneChart& chart
     return;
   }
   const auto& box = std::get<CBoxTolData>(colour.limits);
-  chart.lightness.limit = box.Limits(0);
-  chart.lightness.warning = ScaledAboutCentre(chart.lightness.limit, factor);
+  const auto isLimited = [&box](int32_t k) {
+    return std::isfinite(box.Limits(k).upper - box.Limits(k).lower);
+  };
+  if (isLimited(0)) {
+    chart.lightness.limit = box.Limits(0);
+    chart.lightness.warning = ScaledAboutCentre(chart.lightness.limit, factor);
+  }
+  if (!isLimited(1) || !isLimited(2)) return;
   pictures::SetOutlines(chart.plane, box, factor);
   if (settings_.difference.system != vrxSystemLch) return;
   CLabValues lab;
@@ -179,10 +185,15 @@ Chart JudgedTrials::Plane(const JudgedView& view, std::size_t i) const {
     }
     const JudgedResult& result = trials_[t].results[i];
     const auto& [x, y, lightness] = result.plotted;
-    // What a picture shows of a trial has its own verdict: a trial that is too light is well where only its hue is seen.
-    chart.plane.trials.push_back({x, y, lightness, pictures::VerdictInPlane(chart.plane, {x, y}), {}});
-    chart.lightness.trials.push_back(
-        {x, y, lightness, pictures::VerdictOfLightness(chart.lightness, lightness), {}});
+    // What a picture shows of a trial has its own verdict: a trial that is too light is well where only its hue is seen. A
+    // picture without limits has none, and shows that of the trial.
+    const Verdict inPlane =
+        chart.plane.limit.empty() ? result.verdict : pictures::VerdictInPlane(chart.plane, {x, y});
+    const Verdict onBar = IsShown(chart.lightness.limit.lower)
+                              ? pictures::VerdictOfLightness(chart.lightness, lightness)
+                              : result.verdict;
+    chart.plane.trials.push_back({x, y, lightness, inPlane, {}});
+    chart.lightness.trials.push_back({x, y, lightness, onBar, {}});
   }
   return MakeChart(chart);
 }

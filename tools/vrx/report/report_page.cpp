@@ -26,8 +26,8 @@ std::string Isolated(std::string_view text) {
 }
 
 std::string_view NameOf(ReportColumn::Kind kind) {
-  static constexpr std::string_view kNames[] = {"text",   "words",   "name",   "choice",
-                                                "number", "verdict", "colours"};
+  static constexpr std::string_view kNames[] = {"text",   "words",   "name",    "choice",
+                                                "number", "verdict", "colours", "reason"};
   return kNames[static_cast<std::size_t>(kind)];
 }
 
@@ -187,18 +187,19 @@ void ReportTable::PutCell(std::string_view json, std::string_view html) {
 
 void ReportTable::Text(std::string_view whole, Tint) {
   const std::string text = Shortened(whole, kLongestCell);
-  const bool areWords = Column().kind == ReportColumn::Kind::kWords;
+  const bool areWords =
+      Column().kind == ReportColumn::Kind::kWords || Column().kind == ReportColumn::Kind::kReason;
   PutCell(JsonText(text), (areWords ? "<td class=\"words\">" : "<td>") + Isolated(text) + "</td>");
 }
 
-void ReportTable::Number(double value, Tint) {
+void ReportTable::Number(double value, Tint tint) {
   if (Column().kind == ReportColumn::Kind::kText) Column().kind = ReportColumn::Kind::kNumber;
   const std::string fixed = FixedText(value, Column().decimals);
   const bool isNumber = !IsUnset(value) && std::isfinite(value);
   PutCell(isNumber         ? fixed
           : IsUnset(value) ? "null"
                            : JsonText(fixed),
-          "<td class=\"number\">" + fixed + "</td>");
+          (tint == Tint::kBad ? "<td class=\"number broken\">" : "<td class=\"number\">") + fixed + "</td>");
 }
 
 void ReportTable::Integer(int64_t value) {

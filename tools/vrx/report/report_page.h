@@ -51,10 +51,10 @@ ShownColour Shown(vrxIlluminant illuminant, int32_t observer, const CTrisValues&
 
 /// A column of a table in a report.
 struct ReportColumn {
-  enum class Kind { kText, kWords, kName, kChoice, kNumber, kVerdict, kColours };
+  enum class Kind { kText, kWords, kName, kChoice, kNumber, kVerdict, kColours, kReason };
   std::string heading;
   Kind kind = Kind::
-      kText;  ///< kWords stay on one line in print, kName shows its trial when it is chosen, kChoice can be chosen from a list
+      kText;  ///< kWords stay on one line in print, kName shows its trial when it is chosen, kChoice can be chosen from a list, kReason marks the cell under the heading that it begins with
   int32_t decimals = 2;
 };
 
@@ -66,6 +66,7 @@ class ReportTable final : public RowWriter {
 
   void Text(std::string_view text, Tint tint = Tint::kPlain) override;
   void Words(std::string_view, std::string_view shown) override { Text(shown); }
+  /// A bad one is marked.
   void Number(double value, Tint tint = Tint::kPlain) override;
   void Integer(int64_t value) override;
   void Put(Verdict verdict);

@@ -113,6 +113,10 @@ enum class ReportText : uint32_t {
   kCurvesOnlySummary,
   kContinued,
   kFiltered,
+  kReason,
+  kFailReasons,
+  kReasonCount,
+  kToleranceTotal,
 };
 
 /// The text as UTF-8.

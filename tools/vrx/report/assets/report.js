@@ -135,6 +135,12 @@
       });
     }
 
+    // Whether the row's verdict comes from this column: its reason begins with the heading.
+    isBroken(c, row) {
+      const reason = this.columns.findIndex(({ kind }) => kind === 'reason');
+      return reason >= 0 && (this.rows[row][reason] ?? '').startsWith(`${this.columns[c].heading} `);
+    }
+
     cell(value, c, row) {
       const { kind, decimals } = this.columns[c];
       const cell = element('td');
@@ -145,10 +151,10 @@
         button.addEventListener('click', () => this.pick(row));
         cell.append(button);
       } else if (kind === 'number') {
-        cell.className = 'number';
+        cell.className = this.isBroken(c, row) ? 'number broken' : 'number';
         cell.textContent = fixed(value, decimals);
       } else {
-        if (kind === 'words') cell.className = 'words';
+        if (kind === 'words' || kind === 'reason') cell.className = 'words';
         cell.append(isolated(value ?? '-'));
       }
       return cell;
