@@ -147,6 +147,23 @@ void PrintRow(const char* what, const Figures& figures, double mostMedian) {
   std::fflush(stdout);
 }
 
+// What a subset costs where a colorant is required, limited or neither.
+void CompareLimits(const CColorantSystemData& system, const std::vector<CRecipeTarget>& targets) {
+  const CRecipeSettings free = Settings(4);
+  CRecipeSettings required = free, limited = free;
+  const uint32_t id = system.colorants[9].GetId();
+  required.components.Add({id, CRecipeComponent::kRequired, 0.0, 1.0, 0.0});
+  limited.components.Add({system.colorants[0].GetId(), CRecipeComponent::kOffered, 0.0, 0.5, 0.0});
+  const auto perSubset = [&](const CRecipeSettings& settings) {
+    const auto subsets = static_cast<double>(CheckRecipe(system, {}, targets[0], settings).subsets);
+    return Measure(system, targets, settings, 2).seconds / subsets;
+  };
+  const double without = perSubset(free);
+  std::printf("a subset with a required colorant: %.2f times one without; with a largest share: %.2f times\n",
+              perSubset(required) / without, perSubset(limited) / without);
+  std::fflush(stdout);
+}
+
 void CompareCores(const CColorantSystemData& system, const std::vector<CRecipeTarget>& targets) {
   CRecipeSettings one = Settings(5), two = one;
   two.threads = 2;
@@ -181,6 +198,7 @@ int Run(const std::string& folder) {
   CRecipeSettings ranked = Settings(4);
   ranked.prerank = 2000;
   PrintRow("the same, pre-ranked to 2,000 of each size", Measure(hundred, few, ranked, 2), 1.0);
+  CompareLimits(hundred, few);
   CompareCores(paints.data, targets);
   return 0;
 }

@@ -214,6 +214,8 @@ CRecipeSettings SettingsOf(const System& system, const py::dict& given) {
       throw py::value_error("weights: one number per illuminant is expected");
     }
   }
+  if (!given["trace"].is_none()) settings.trace = NumberOf(given, "trace", 0, 1e6);
+  settings.angle = NumberOf(given, "angle", 0, 180);
   settings.top = static_cast<int32_t>(NumberOf(given, "top", 1, 10'000));
   settings.threads = static_cast<uint32_t>(NumberOf(given, "threads", 0, 1024));
   settings.prerank = static_cast<int64_t>(NumberOf(given, "prerank", 0, 1e6));
@@ -221,16 +223,34 @@ CRecipeSettings SettingsOf(const System& system, const py::dict& given) {
   return settings;
 }
 
-void ReadProduction(const py::dict& given, CRecipeSettings& settings) {
+// A load in percent, or a pair of its least and its most.
+void ReadLoad(const py::object& load, CRecipeSettings& settings) {
+  if (load.is_none()) return;
+  const bool isRange = py::isinstance<py::sequence>(load);
+  const auto [least, most] =
+      isRange ? load.cast<std::pair<double, double>>() : std::pair(load.cast<double>(), load.cast<double>());
+  if (!(least >= 0.0 && least <= most && most <= 100.0 && most > 0.0))
+    throw py::value_error("load: percent of the recipe are expected, or a pair of the least and the most");
+  settings.leastLoad = least / 100.0;
+  settings.mostLoad = most / 100.0;
+}
+
+void ReadProduction(const System& system, const py::dict& given, CRecipeSettings& settings) {
   settings.order = OneOf<RecipeOrder>(given, "sort",
                                       {{"fewest", RecipeOrder::kFewest},
                                        {"color", RecipeOrder::kColor},
                                        {"metamerism", RecipeOrder::kMetamerism},
-                                       {"cost", RecipeOrder::kCost}});
+                                       {"cost", RecipeOrder::kCost},
+                                       {"expected", RecipeOrder::kExpected}});
   settings.batchSize = NumberOf(given, "batch_size", 1e-9, 1e9);
   settings.resolution = NumberOf(given, "resolution", 0, settings.batchSize);
   settings.thickness = NumberOf(given, "thickness", 0, 1e9);
   settings.leastOpacity = NumberOf(given, "min_opacity", 0, 100);
+  settings.isWithinRange = given["within_range"].cast<bool>();
+  settings.calibrated = system.file.calibrated;
+  if (settings.isWithinRange && settings.calibrated.IsEmpty())
+    throw py::value_error("within_range: the colour system has no calibrated ranges");
+  ReadLoad(given["load"], settings);
   if (given["backings"].is_none()) return;
   const Rows backings = RowsOf(given["backings"], "backings", kSamples);
   if (backings.count != 2)
@@ -287,10 +307,19 @@ py::array_t<double> ArrayOf(const CReflData& curve) {
   return py::array_t<double>(static_cast<py::ssize_t>(kSamples), curve.GetData());
 }
 
+std::vector<std::string> NamesOf(const System& system, const CDWordArray1& ids) {
+  std::vector<std::string> names;
+  for (const uint32_t id : ids) {
+    const auto found = std::ranges::find(system.ids, id);
+    names.push_back(system.names[static_cast<std::size_t>(found - system.ids.begin())]);
+  }
+  return names;
+}
+
 py::list Match(const System& system, const py::object& targets, const py::dict& given) {
   const Rows rows = RowsOf(targets, "targets", kSamples, false, 3);
   CRecipeSettings settings = SettingsOf(system, given);
-  ReadProduction(given, settings);
+  ReadProduction(system, given, settings);
   py::list all;
   for (std::size_t i = 0; i < rows.count; ++i) {
     CRecipeArray recipes;
@@ -306,6 +335,12 @@ py::list Match(const System& system, const py::object& targets, const py::dict& 
       fields["rms"] = NanOf(recipe.rms);
       fields["cost"] = recipe.cost;
       fields["opacity"] = NanOf(recipe.opacity);
+      fields["load"] = 100.0 * recipe.load;
+      fields["load_by"] = LoadBasisText(recipe.loadBasis);
+      fields["expected"] = NanOf(recipe.expected);
+      fields["outside"] = NamesOf(system, recipe.outside);
+      fields["folded"] = recipe.alike;
+      fields["traces"] = NamesOf(system, recipe.traces);
       fields["within_tolerance"] = recipe.isWithinTolerance;
       fields["curve"] = ArrayOf(recipe.curve);
       found.append(fields);

@@ -56,6 +56,8 @@ def test_recipes(paints, vrx_tool):
     assert all(recipe.formula.get(paints.names[0], 0) <= 60 + 1e-9 for recipe in limited)
     assert any(recipe.cost == 2.5 * recipe.formula[paints.names[0]] > 0 for recipe in limited if paints.names[0] in recipe.formula)
     reachable = vrx.predict(paints, paints.read_formulas(FORMULAS)[1][0])
+    alike = vrx.match(paints, reachable, trace=1000, max_colorants=2)
+    assert len(alike) == 1 and alike[0].folded > 3 and alike[0].traces and alike[0].load_by == "target"
     by_color = vrx.match(paints, vrx.lab(vrx.tristimulus(reachable)), top=1)
     assert by_color[0].differences[0] < 1e-3 and np.isnan(by_color[0].differences[1:]).all()
 
@@ -81,6 +83,10 @@ def test_corrections_reach_the_target(paints):
     (lambda paints, curve: vrx.match(paints, curve, max_subsets=10), ["max_subsets"]),
     (lambda paints, curve: vrx.match(paints, curve, require=[1], exclude=[1]), ["exclude"]),
     (lambda paints, curve: vrx.match(paints, curve, weights=[1]), ["weights"]),
+    (lambda paints, curve: vrx.match(paints, curve, load=3), ["load", "clear component"]),
+    (lambda paints, curve: vrx.match(paints, curve, load=(5, 1)), ["load"]),
+    (lambda paints, curve: vrx.match(paints, curve, within_range=True), ["within_range"]),
+    (lambda paints, curve: vrx.match(paints, curve, trace=-1), ["trace"]),
     (lambda paints, curve: vrx.correct(paints, {}, curve, curve), ["formula"]),
 ])
 def test_refusals_name_the_argument(call, words, paints):

@@ -54,6 +54,15 @@ class Recipe:
         in percent; NaN for a target without a curve.
     cost, opacity : float
         Opacity as contrast ratio in percent, NaN without backings.
+    load, load_by : float, str
+        The percentage that the colorants make up beside a clear resin, and what that rests on: ``"given"``, ``"opacity"``,
+        ``"calibrated range"``, ``"undetermined"``, or ``"target"`` where there is no such resin.
+    expected : float
+        The CIEDE2000 error that nine of ten such predictions do not exceed; NaN where the colour system does not tell.
+    outside : list of str
+        Components whose shares lie outside of their calibrated range.
+    folded, traces : int, list of str
+        How many recipes further down differ only by traces, and which components are traces.
     within_tolerance : bool
     curve : numpy.ndarray, shape (40,)
         What the recipe is predicted to give.
@@ -66,6 +75,12 @@ class Recipe:
     rms: float
     cost: float
     opacity: float
+    load: float
+    load_by: str
+    expected: float
+    outside: list[str]
+    folded: int
+    traces: list[str]
     within_tolerance: bool
     curve: Floats
     formula: dict[str, float]
@@ -139,9 +154,10 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
           require: Sequence[Component] = (), exclude: Sequence[Component] = (),
           limits: Mapping[Component, tuple[float, float]] | None = None, costs: Mapping[Component, float] | None = None,
           min_amount: float = 0.0, objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
-          specular: Specular = "included", sort: Literal["fewest", "color", "metamerism", "cost"] = "fewest",
+          specular: Specular = "included", sort: Literal["fewest", "color", "metamerism", "cost", "expected"] = "fewest",
           batch_size: float = _DEFAULTS["batch_size"], resolution: float = 0.0, backings: Numbers | None = None,
-          thickness: float = _DEFAULTS["thickness"], min_opacity: float = 0.0, prerank: int = 0,
+          thickness: float = _DEFAULTS["thickness"], min_opacity: float = 0.0, load: float | tuple[float, float] | None = None,
+          within_range: bool = False, trace: float | None = None, angle: float = 45.0, prerank: int = 0,
           max_subsets: float = _DEFAULTS["max_subsets"], threads: int = _DEFAULTS["threads"], **parameters: float) -> Any:
     """Recipes of colours: every subset of the colorants is solved, not a sample of them.
 
@@ -173,11 +189,19 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
     specular : str
         Of the targets, as for :func:`predict`.
     sort : str
-        ``"fewest"``, ``"color"``, ``"metamerism"`` or ``"cost"``.
+        ``"fewest"``, ``"color"``, ``"metamerism"``, ``"cost"`` or ``"expected"``.
     batch_size, resolution : float
         Total of the amounts, and the step of the dispenser: amounts are the nearest steps, and the largest takes the rest.
     backings : array_like, shape (2, 40), optional
         A black and a white one, for the opacity of a film of `thickness`; `min_opacity` in percent leaves recipes out.
+    load : float or pair of float, optional
+        The percentage that the colorants make up beside a clear resin, or its least and most.
+    within_range : bool
+        No share outside of the range in which its component was calibrated.
+    trace : float, optional
+        A colorant is a trace when leaving it out changes the colour by less; by default a tenth of `tolerance`. 0: none is.
+    angle : float
+        Aspecular, degrees, for the systems that depend on it.
     prerank : int
         Lossy: solve only so many subsets of each size, at most a million; 0 solves all.
     max_subsets : float
@@ -237,6 +261,6 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
     """
     settings = {name: value for name, value in locals().items()
                 if name not in ("color_system", "formula", "measured", "target")}
-    settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0)
+    settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None, angle=45.0)
     before, found = _core.correct(color_system, _amounts(color_system, formula), measured, target, settings)
     return _record(Correction, color_system, before), [_record(Correction, color_system, fields) for fields in found]

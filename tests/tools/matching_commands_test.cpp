@@ -122,7 +122,7 @@ TEST_F(MatchingCommands, TheExampleFormulasComeBackFirst) {
             0)
       << folder_.Read("err");
   EXPECT_TRUE(folder_.Read("out").starts_with(
-      "target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,rms,cost,opacity,status\n"
+      "target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,rms,cost,opacity,folded,traces,status\n"
       "Sky blue,1,3,1:94;7:1.5;16:4.5,"));
   const json found = json::parse(folder_.Read("found.json"))["formulas"];
   const json wanted = json::parse(std::ifstream(kFormulas))["formulas"];
@@ -325,6 +325,130 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
       "c,1,near,14:0.9,"))
       << folder_.Read("out");
   EXPECT_NE(folder_.Read("stock.html").find("curves of the target and of 1 recipes"), std::string::npos);
+}
+
+// What a colour leaves open: the load of a clear resin, traces, ranges; and what was made before.
+TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
+  json system = json::parse(std::ifstream(kPaints));
+  const json zeros = std::vector<double>(40, 0.0);
+  system["components"].push_back({{"id", 90},
+                                  {"name", "Clear"},
+                                  {"kind", "resin"},
+                                  {"levels", {{{"concentration", 1}, {"K", zeros}, {"S", zeros}}}}});
+  for (json& component : system["components"]) {
+    if (component["id"] != 90) {
+      component["calibrated"] = {{"least", 0.5}, {"most", 4}, {"drawdowns", 3}, {"leave_one_out_90", 2}};
+    }
+  }
+  folder_.Write("plastics.json", system.dump());
+  WriteCurves(kPaints, kFormulas, "curves.csv");
+  const std::string match = "match plastics.json curves.csv --max-colorants 3 --top 2 --sort color ";
+  ASSERT_EQ(Run(match + "--load 3% --format csv"), 0) << folder_.Read("err");
+  EXPECT_TRUE(
+      folder_.Read("out").starts_with("target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,rms,cost,"
+                                      "opacity,load,load_by,expected,outside,"
+                                      "folded,traces,status\nSky blue,1,3,1:2.82;7:0.045;16:0.135;90:97,"))
+      << folder_.Read("out");
+  const struct {
+    const char* label;
+    const char* options;
+    double load;
+    const char* basis;
+    const char* outside;
+  } rows[] = {
+      {"fixed", "--load 3%", 3.0, "given", "7;16"},
+      {"bounded, below what was calibrated", "--load 1:2", 2.0, "calibrated range", "7;16"},
+      {"by the range of the white", "", 4.0 / 0.94, "calibrated range", "7;16"},
+  };
+  for (const auto& row : rows) {
+    const json first = RunJson(match + row.options)[0];
+    EXPECT_NEAR(first["load"].get<double>(), row.load, 1e-6) << row.label;
+    EXPECT_EQ(first["load_by"], row.basis) << row.label;
+    EXPECT_EQ(first["outside"], row.outside) << row.label;
+    EXPECT_GT(first["expected"], 2.0) << row.label;
+  }
+  for (const json& row : RunJson(match + "--load 90% --within-range --max-colorants 2")) {
+    EXPECT_EQ(row["status"], "no recipe") << "two colorants of at most 4 %";
+  }
+  const json alike = RunJson(match + "--load 3% --trace 1000");
+  EXPECT_EQ(alike.size(), 6u) << "one of each target";
+  EXPECT_GT(alike[0]["folded"], 3);
+  EXPECT_NE(alike[0]["traces"], "");
+  for (const json& row : RunJson(match + "--load 3% --trace off")) EXPECT_EQ(row["folded"], 0);
+
+  // The library knows that the batch comes out darker than predicted; its recipe, adapted, has no new colorant.
+  std::string library = Wide(), two = Wide();
+  library.insert(2, ",formula");
+  two.insert(2, ",geometry");
+  for (const json& row : RunJson("predict " + kPaints + " " + kFormulas)) {
+    if (row["id"] != "Sky blue") continue;
+    std::string darker, same, lighter, flop;
+    for (int nm = 360; nm <= 750; nm += 10) {
+      const double percent = row[std::to_string(nm)];
+      darker += "," + std::to_string(0.9 * percent + 0.1), same += "," + std::to_string(percent);
+      lighter += "," + std::to_string(percent + 0.5), flop += "," + std::to_string(percent + 30.0);
+    }
+    library += "A7,1:94;7:1.5;16:4.5" + darker + "\n";
+    two += "t,45/0" + same + "\nt,SCI" + lighter + "\n";
+    folder_.Write("flop.csv", two + "t,SCE" + flop + "\n");
+  }
+  folder_.Write("library.csv", library);
+  folder_.Write("two.csv", two);
+  const json adapted =
+      RunJson("match " + kPaints + " curves.csv --top 1 --max-colorants 3 --library library.csv");
+  ASSERT_EQ(adapted.size(), 12u);
+  EXPECT_EQ(adapted[0]["from"], "");
+  EXPECT_EQ(adapted[1]["from"], "A7");
+  EXPECT_EQ(adapted[1]["new"], 0);
+  EXPECT_EQ(adapted[1]["status"], "ok");
+  EXPECT_NE(adapted[1]["formula"], adapted[0]["formula"]);
+
+  const json worst = RunJson("match " + kPaints + " two.csv --top 1 --max-colorants 3");
+  ASSERT_EQ(worst.size(), 1u) << "one target of two geometries";
+  EXPECT_GT(worst[0]["dE_D65"], 0.05);
+  EXPECT_LT(worst[0]["dE_D65"], 0.3);
+
+  std::string stock = Wide();
+  stock.insert(2, ",formula,amount");
+  for (const char* line : {"a,1:94;7:6,30", "b,1:92;16:8,500"}) {
+    folder_.Write(
+        "one.json",
+        line[0] == 'a'
+            ? R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":94},{"component":7,"amount":6}]}]})"
+            : R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":92},{"component":16,"amount":8}]}]})");
+    stock += line;
+    for (const json& row : RunJson("predict " + kPaints + " one.json")) {
+      for (int nm = 360; nm <= 750; nm += 10) stock += "," + row[std::to_string(nm)].dump();
+    }
+    stock += "\n";
+  }
+  folder_.Write("stock.csv", stock);
+  folder_.Write("sky.csv", two.substr(0, two.find("\nt,SCI") + 1));
+  const json parts = RunJson("match " + kPaints +
+                             " sky.csv --from-stock stock.csv --parts 100 --top 1 --report new_parts.html");
+  ASSERT_EQ(parts.size(), 1u);
+  EXPECT_GT(parts[0]["used"], 70.0);
+  EXPECT_TRUE(parts[0]["leftovers"].get<std::string>().starts_with("a:")) << parts[0]["leftovers"];
+  EXPECT_EQ(parts[0]["status"], "ok");
+  std::filesystem::remove(folder_ / "new_parts.html");
+  ExpectRefusals({
+      {"match " + kPaints + " curves.csv --load 3%", "--load: " + kPaints + " has no clear component"},
+      {match + "--load 0", "--load"},
+      {match + "--load 5:1", "--load"},
+      {match + "--load x", "--load"},
+      {match + "--load 101", "--load"},
+      {match + "--trace -1", "--trace"},
+      {match + "--trace x", "--trace"},
+      {"match " + kPaints + " curves.csv --within-range", "--within-range"},
+      {match + "--library none.csv", "none.csv"},
+      {match + "--library curves.csv", "\"formula\""},
+      {"match " + kPaints + " flop.csv", "flop.csv: target \"t\" changes with the geometry"},
+      {match + "--parts 100", "--from-stock"},
+      {match + "--from-stock stock.csv --parts 0", "--parts"},
+      {match + "--from-stock stock.csv --load 3", "--load"},
+      {match + "--from-stock stock.csv --library library.csv", "--library"},
+      {"match " + kPaints + " curves.csv --from-stock stock.csv --sort expected", "--sort"},
+  });
 }
 
 // Whatever is wrong is told with file and field, and nothing is written.

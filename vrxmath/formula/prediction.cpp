@@ -134,6 +134,18 @@ bool IsSubstrate(const CComponent& component) {
   return isBase && !component.GetLevels().IsEmpty();
 }
 
+bool IsClear(const CComponent& component) {
+  for (const CColorantLevel& level : component.GetLevels()) {
+    for (const CColorantValues& values : level.values) {
+      const auto isZero = [](double value) { return value == 0.0; };
+      const bool isNothing = std::all_of(values.absorption.begin(), values.absorption.end(), isZero) &&
+                             std::all_of(values.scattering.begin(), values.scattering.end(), isZero);
+      if (!isNothing) return false;
+    }
+  }
+  return true;
+}
+
 bool MixtureConstants(const CDbFormula& formula, const CColorantSystemData& system, CColorantValues& sums) {
   const std::optional<Mixture> mixture = Mix(formula, system);
   if (!mixture) return false;

@@ -20,6 +20,9 @@ enum class MixingLaw { kTwoConstant, kOneConstant, kNone };
 /// True for what scatters under the one-constant models: resins and calibration whites with levels.
 [[nodiscard]] VRX_API bool IsSubstrate(const CComponent& component);
 
+/// True for a component that neither absorbs nor scatters: one without levels, or with curves of zeros.
+[[nodiscard]] VRX_API bool IsClear(const CComponent& component);
+
 /// K and S of a formula's mixture, the sums over its components of share x unit curve; see PredictReflectance for
 /// the shares. False, with `sums` unchanged, when the formula cannot be predicted.
 [[nodiscard]] VRX_API bool MixtureConstants(const CDbFormula& formula, const CColorantSystemData& system,

@@ -415,7 +415,8 @@ class Correction {
   std::vector<int32_t> MainLines(const CCorrection& correction) const {
     std::vector<int32_t> lines;
     for (const CDbFormulaElement& line : correction.additions) {
-      if (line.amount >= recipe_.trace * correction.total) lines.push_back(line.componentId);
+      constexpr double kTrace = 1e-3;  // of the additions
+      if (line.amount >= kTrace * correction.total) lines.push_back(line.componentId);
     }
     return lines;
   }

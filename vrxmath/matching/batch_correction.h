@@ -15,6 +15,8 @@ namespace vrx {
 
 /// A batch: what went into it, how it came out, and how much of it there is.
 struct CBatch {
+  using MovesBitwise = CBatch;
+
   CDbFormula formula;   ///< amounts in any one unit; only their proportions count
   CReflData curve;      ///< as measured, percent
   double size = 100.0;  ///< in the unit in which additions are told

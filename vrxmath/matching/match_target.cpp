@@ -118,25 +118,69 @@ RecipeFault MatchTarget::Check(const CRecipeTarget& target) const {
         std::isfinite(lab.L) && std::isfinite(lab.a) && std::isfinite(lab.b) && !IsUnset(lab.L);
     return isColor ? RecipeFault::kNone : RecipeFault::kTargetNotMeasured;
   }
-  for (const double percent : target.curve) {
+  if (settings_.illuminants.GetSize() * (1 + target.others.GetSize()) > static_cast<int32_t>(kMostLamps)) {
+    return RecipeFault::kSettings;
+  }
+  RecipeFault fault = CheckCurve(target.curve);
+  for (const CReflData& other : target.others) {
+    if (fault == RecipeFault::kNone) fault = CheckCurve(other);
+  }
+  return fault;
+}
+
+RecipeFault MatchTarget::CheckCurve(const CReflData& curve) const {
+  for (const double percent : curve) {
     if (!std::isfinite(percent) || IsUnset(percent)) return RecipeFault::kTargetNotMeasured;
   }
   const int32_t below =
-      CountAtFloor(target.curve, kFirstVisible, kLastVisible, system_.k1, system_.k2, settings_.mode);
+      CountAtFloor(curve, kFirstVisible, kLastVisible, system_.k1, system_.k2, settings_.mode);
   return below > 0 ? RecipeFault::kTargetBelowSurface : RecipeFault::kNone;
 }
 
 RecipeFault MatchTarget::SetLamps() {
-  for (const vrxIlluminant illuminant : settings_.illuminants) {
+  RecipeFault fault = AddLamps(target_.curve);
+  for (const CReflData& other : target_.others) {
+    if (fault == RecipeFault::kNone) fault = AddLamps(other);
+  }
+  return fault == RecipeFault::kNone && !target_.others.IsEmpty() ? SetMean() : fault;
+}
+
+RecipeFault MatchTarget::AddLamps(const CReflData& curve) {
+  for (std::ptrdiff_t j = 0; j < settings_.illuminants.GetSize(); ++j) {
+    const vrxIlluminant illuminant = settings_.illuminants[j];
     Viewing viewing;
     const double* table = WeightTable(illuminant, settings_.observer);
     if (table == nullptr || !FindViewing(illuminant, settings_.observer, viewing))
       return RecipeFault::kSettings;
-    Lamp lamp{illuminant, table, {}};
-    lamp.color = ColorOf(
-        lamp, isColorOnly_ ? LabToXyz(target_.lab.Values(3), viewing.white) : XyzOf(lamp, target_.curve));
+    Lamp lamp{j, illuminant, table, {}};
+    lamp.color =
+        ColorOf(lamp, isColorOnly_ ? LabToXyz(target_.lab.Values(3), viewing.white) : XyzOf(lamp, curve));
     lamps_.push_back(lamp);
     if (isColorOnly_) break;
+  }
+  return RecipeFault::kNone;
+}
+
+// The mean of the geometries takes the place of the curve. Where a geometry is further from it than the surface of a
+// solid colour explains, no curve of a recipe can be near all of them.
+RecipeFault MatchTarget::SetMean() {
+  const double count = 1.0 + target_.others.GetSize();
+  for (int32_t w = 0; w < kWavelengths; ++w) {
+    for (const CReflData& other : target_.others) target_.curve[w] += other[w];
+    target_.curve[w] /= count;
+  }
+  constexpr double kMostOfSolid = 10.0;  // CIEDE2000
+  const CDifferenceSettings system = DefaultSettings(vrxSystemCie2000);
+  for (const Lamp& lamp : lamps_) {
+    Viewing viewing;
+    if (!FindViewing(lamp.illuminant, settings_.observer, viewing)) return RecipeFault::kSettings;
+    const auto colorOf = [&](const Xyz& xyz) {
+      return Color{xyz, Coordinates(CoordinateSpace::kLab, xyz, viewing)};
+    };
+    const Color mean = colorOf(XyzOf(lamp, target_.curve));
+    if (!(ComputeDifference(system, mean, colorOf(lamp.color.xyz), settings_.angle).dE <= kMostOfSolid)) {
+      return RecipeFault::kTargetChangesWithAngle;
+    }
   }
   return RecipeFault::kNone;
 }
@@ -205,15 +249,15 @@ void MatchTarget::SetRows() {
         weights_.push_back(weight);
       }
       // The part of the colour that the curve misses; nothing but rounding where the colour comes from the curve.
+      const bool isOwn = !isColorOnly_ && target_.others.IsEmpty();
       double offset = 0.0;
-      for (std::size_t w = 0; isColorOnly_ && w < kSamples; ++w) {
+      for (std::size_t w = 0; !isOwn && w < kSamples; ++w) {
         offset += weights_[weights_.size() - kSamples + w] * (curve_[w] + glare_);
       }
-      for (std::size_t k = row; isColorOnly_ && k < 3; ++k) offset -= U[row][k] * size[k];
+      for (std::size_t k = row; !isOwn && k < 3; ++k) offset -= U[row][k] * size[k];
       offset_.push_back(offset);
     }
-    const double weight =
-        settings_.weights.IsEmpty() ? 1.0 : settings_.weights[static_cast<std::ptrdiff_t>(j)];
+    const double weight = settings_.weights.IsEmpty() ? 1.0 : settings_.weights[lamp.number];
     importance_.push_back(settings_.objective == RecipeObjective::kSpectral ? 0.0 : weight);
   }
   if (settings_.objective != RecipeObjective::kTristimulus) {
@@ -241,10 +285,21 @@ void MatchTarget::SetUnitCurves(const Offer& offer) {
   problem_.colorants = static_cast<int32_t>(offer.colorants.size());
   problem_.K = K_.data();
   problem_.S = S_.data();
+  if (offer.hasLimits) SetLimits(offer);
   if (offer.substrate == nullptr) return;
   append(*offer.substrate, baseK_, baseS_);
   problem_.baseK = baseK_.data();
   problem_.baseS = baseS_.data();
+}
+
+void MatchTarget::SetLimits(const Offer& offer) {
+  constexpr double kNoLimit = 1e100;  // of shares relative to a substrate
+  for (const OfferedColorant& colorant : offer.colorants) {
+    least_.push_back(colorant.least);
+    most_.push_back(offer.substrate != nullptr && colorant.most == 1.0 ? kNoLimit : colorant.most);
+  }
+  problem_.least = least_.data();
+  problem_.most = most_.data();
 }
 
 // The objective linearised at the target: with Q its K/S, a mixture of sums K and S differs in K/S by (K - Q S) / S, and in
@@ -292,6 +347,42 @@ void MatchTarget::SetGram(const Offer& offer) {
   problem_.scale = scale_.data();
 }
 
+Xyz MatchTarget::XyzAt(const Lamp& lamp, const SpectralCurve& R) const {
+  double sums[3] = {};
+  for (std::size_t w = 0; w < kSamples; ++w) {
+    const double reflectance = curve_[w] + glare_ + R[w];
+    for (std::size_t k = 0; k < 3; ++k) sums[k] += lamp.table[k * kSamples + w] * reflectance;
+  }
+  return {sums[0], sums[1], sums[2]};
+}
+
+void MatchTarget::DifferencesOf(const SpectralCurve& R, std::array<double, kMostLamps>& differences) const {
+  for (std::size_t j = 0; j < lamps_.size(); ++j) {
+    differences[j] = DifferenceOf(lamps_[j], XyzAt(lamps_[j], R));
+  }
+}
+
+bool MatchTarget::IsNear(const SpectralCurve& standard, const SpectralCurve& curve, double limit) const {
+  // Far from the limit in the metric at the target it need not be computed, unless the curve is far from the target.
+  constexpr double kFar = 10.0, kElsewhere = 5.0;
+  for (std::size_t j = 0; j < lamps_.size(); ++j) {
+    double square = 0.0, away = 0.0;
+    for (std::size_t row = 3 * j; row < 3 * j + 3; ++row) {
+      double change = 0.0, place = offset_[row];
+      for (std::size_t w = 0; w < kSamples; ++w) {
+        change += weights_[row * kSamples + w] * (curve[w] - standard[w]);
+        place += weights_[row * kSamples + w] * standard[w];
+      }
+      square += change * change, away += place * place;
+    }
+    if (away < kElsewhere * kElsewhere && square > kFar * kFar * limit * limit) return false;
+    Lamp own = lamps_[j];
+    own.color = ColorOf(own, XyzAt(own, standard));
+    if (!(DifferenceOf(own, XyzAt(own, curve)) < limit)) return false;
+  }
+  return true;
+}
+
 double MatchTarget::WorstDifference(const CReflData& curve) const {
   double worst = 0.0;
   for (const Lamp& lamp : lamps_) {
@@ -304,9 +395,10 @@ double MatchTarget::WorstDifference(const CReflData& curve) const {
 void MatchTarget::Judge(CRecipe& recipe) const {
   recipe.differences.SetSize(settings_.illuminants.GetSize());
   recipe.differences.Fill(kUnset);
-  for (std::size_t j = 0; j < lamps_.size(); ++j) {
-    recipe.differences[static_cast<std::ptrdiff_t>(j)] =
-        DifferenceOf(lamps_[j], XyzOf(lamps_[j], recipe.curve));
+  for (const Lamp& lamp : lamps_) {
+    double& difference = recipe.differences[lamp.number];
+    const double here = DifferenceOf(lamp, XyzOf(lamp, recipe.curve));
+    if (IsUnset(difference) || !(here <= difference)) difference = here;
   }
   recipe.worst = WorstDifference(recipe.curve);
   recipe.isWithinTolerance = recipe.worst <= settings_.tolerance;
@@ -318,7 +410,8 @@ void MatchTarget::Judge(CRecipe& recipe) const {
     sum += difference * difference;
   }
   recipe.rms = std::sqrt(sum / kVisibleSamples);
-  for (std::size_t j = 1; j < lamps_.size(); ++j) {
+  const auto illuminants = static_cast<std::size_t>(settings_.illuminants.GetSize());
+  for (std::size_t j = 1; j < illuminants; ++j) {
     const double index = MetamerismIndex(lamps_[0].illuminant, lamps_[j].illuminant, settings_.observer,
                                          target_.curve, recipe.curve, settings_.difference);
     if (IsUnset(recipe.metamerism) || index > recipe.metamerism) recipe.metamerism = index;

@@ -16,6 +16,9 @@ namespace vrx {
 
 using SpectralCurve = std::array<double, kWavelengths>;
 
+/// Most illuminants of a search, and of those times geometries.
+inline constexpr std::size_t kMostLamps = 32;
+
 class MatchTarget {
  public:
   MatchTarget(const Offer& offer, const CColorantSystemData& system, const CRecipeTarget& target,
@@ -29,26 +32,38 @@ class MatchTarget {
 
   /// Fills differences, worst, metamerism and rms of a recipe from its curve.
   void Judge(CRecipe& recipe) const;
+  /// The differences under each illuminant of a curve that is `R`, fractions, away from the target's.
+  void DifferencesOf(const SpectralCurve& R, std::array<double, kMostLamps>& differences) const;
+  /// True when a curve differs from another, both given as what is added to the target's, by less than `limit` under
+  /// every illuminant.
+  bool IsNear(const SpectralCurve& standard, const SpectralCurve& curve, double limit) const;
   /// The largest colour difference of a curve.
   double WorstDifference(const CReflData& curve) const;
 
  private:
+  // An illuminant, once for each geometry of the target.
   struct Lamp {
+    std::ptrdiff_t number;  // among the illuminants of the settings
     vrxIlluminant illuminant;
     const double* table;
     Color color;  // of the target
   };
 
   RecipeFault Check(const CRecipeTarget& target) const;
+  RecipeFault CheckCurve(const CReflData& curve) const;
   RecipeFault SetLamps();
+  RecipeFault AddLamps(const CReflData& curve);
+  RecipeFault SetMean();
   void SetSurface();
   void SetCurve();
   void SetRows();
   void SetUnitCurves(const Offer& offer);
+  void SetLimits(const Offer& offer);
   void SetGram(const Offer& offer);
   double DifferenceOf(const Lamp& lamp, const Xyz& xyz) const;
   Color ColorOf(const Lamp& lamp, const Xyz& xyz) const;
   Xyz XyzOf(const Lamp& lamp, const CReflData& curve) const;
+  Xyz XyzAt(const Lamp& lamp, const SpectralCurve& R) const;
 
   const CColorantSystemData& system_;
   const CRecipeSettings& settings_;
@@ -58,7 +73,8 @@ class MatchTarget {
   std::vector<Lamp> lamps_;
   double glare_ = 0.0;     // what the surface adds to a measured reflectance: k1 or nothing
   SpectralCurve curve_{};  // without glare, fractions
-  std::vector<double> K_, S_, baseK_, baseS_, weights_, offset_, importance_, curveWeights_, gram_, scale_;
+  std::vector<double> least_, most_, K_, S_, baseK_, baseS_, weights_, offset_, importance_, curveWeights_,
+      gram_, scale_;
   MatchProblem problem_;
 };
 

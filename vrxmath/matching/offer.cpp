@@ -46,8 +46,33 @@ bool Describe(const CRecipeSettings& settings, uint32_t id, CRecipeComponent& de
     description.most = std::min(description.most, entry.most);
     if (entry.cost != 0.0) description.cost = entry.cost;
   }
+  for (const CComponentCalibration& calibrated : settings.calibrated) {
+    if (!settings.isWithinRange || calibrated.componentId != id || IsUnset(calibrated.mostShare)) continue;
+    description.least = std::max(description.least, calibrated.leastShare);
+    description.most = std::min(description.most, calibrated.mostShare);
+  }
   return true;
 }
+
+// The component that makes up the rest of a recipe: a clear resin, the required one or the first by number.
+const CComponent* ClearOf(const CColorantSystemData& system, const CRecipeSettings& settings) {
+  const CComponent* clear = nullptr;
+  bool isRequired = false;
+  for (const CResin& resin : system.resins) {
+    CRecipeComponent entry;
+    if (!IsClear(resin) || !Describe(settings, resin.GetId(), entry)) continue;
+    if (entry.use == CRecipeComponent::kExcluded) continue;
+    const bool isWanted = entry.use == CRecipeComponent::kRequired;
+    if (IsSwitchedOff(system, resin.GetId()) && !isWanted) continue;
+    const bool isBefore = clear == nullptr || (isWanted && !isRequired) ||
+                          (isWanted == isRequired && resin.GetId() < clear->GetId());
+    if (isBefore) clear = &resin, isRequired = isWanted;
+  }
+  return clear;
+}
+
+// A required component is there with a share that counts, since no smaller subset stands for the one without it.
+constexpr double kLeastRequired = 1e-5;
 
 }  // namespace
 
@@ -73,11 +98,11 @@ RecipeFault CheckSettings(const CRecipeSettings& settings) {
                          settings.top >= 1 && settings.prerank >= 0 && settings.prerank <= kMostPreranked &&
                          settings.illuminants.GetSize() >= 1 &&
                          settings.illuminants.GetSize() <= kMostIlluminants;
-  const bool areNumbers = isWithin(settings.leastAmount, 0.0, 1.0) && settings.tolerance >= 0.0 &&
-                          isWithin(settings.trace, 0.0, 1.0) && isWithin(settings.batchSize, 1e-100, 1e100) &&
-                          isWithin(settings.resolution, 0.0, 1e100) &&
-                          isWithin(settings.thickness, 0.0, 1e100) &&
-                          isWithin(settings.leastOpacity, 0.0, 100.0);
+  const bool areNumbers =
+      isWithin(settings.leastAmount, 0.0, 1.0) && settings.tolerance >= 0.0 &&
+      isWithin(settings.angle, 0.0, 180.0) && settings.trace.value_or(0.0) >= 0.0 &&
+      isWithin(settings.batchSize, 1e-100, 1e100) && isWithin(settings.resolution, 0.0, 1e100) &&
+      isWithin(settings.thickness, 0.0, 1e100) && isWithin(settings.leastOpacity, 0.0, 100.0);
   const bool areWeights =
       settings.weights.IsEmpty() || settings.weights.GetSize() == settings.illuminants.GetSize();
   double total = 0.0;
@@ -107,7 +132,45 @@ double RoundedToStep(double amount, double step, double add) {
   return step == 0.0 ? amount : AmountOfSteps(std::floor(amount / step + add), step);
 }
 
-RecipeOutcome Offer::Make(const CColorantSystemData& system, const CRecipeSettings& settings) {
+// The load between the limits of the settings and those of the clear component itself.
+RecipeOutcome Offer::SetClear(const CRecipeSettings& settings, const CComponent* resin) {
+  const bool isLimited = settings.leastLoad > 0.0 || settings.mostLoad < 1.0;
+  if (!(settings.leastLoad >= 0.0 && settings.leastLoad <= settings.mostLoad && settings.mostLoad <= 1.0))
+    return {RecipeFault::kLoad};
+  if (resin == nullptr) return {isLimited ? RecipeFault::kNoClear : RecipeFault::kNone};
+  // Where curves depend on the share, only a load that is known makes shares of the colorants shares of the whole.
+  if (hasSeveralLevels && settings.leastLoad != settings.mostLoad)
+    return {isLimited ? RecipeFault::kLoad : RecipeFault::kNone};
+  clear = resin;
+  CRecipeComponent entry;
+  Describe(settings, clear->GetId(), entry);
+  clearCost = entry.cost;
+  const double least =
+      entry.use == CRecipeComponent::kRequired ? std::max(entry.least, kLeastRequired) : entry.least;
+  leastLoad = std::max(settings.leastLoad, 1.0 - entry.most);
+  mostLoad = std::min(settings.mostLoad, 1.0 - least);
+  return {leastLoad <= mostLoad && mostLoad > 0.0 ? RecipeFault::kNone : RecipeFault::kLoad};
+}
+
+// Limits of the whole as limits of the colorants' total, as wide as any load that is allowed makes them.
+void Offer::LimitColorants() {
+  hasLimits = false;
+  for (OfferedColorant& colorant : colorants) {
+    colorant.leastOfWhole = colorant.least;
+    colorant.mostOfWhole = colorant.most;
+    const double required = colorant.isRequired ? kLeastRequired : 0.0;
+    colorant.least = std::max(colorant.least / mostLoad, required);
+    if (colorant.most >= leastLoad) {
+      colorant.most = 1.0;
+    } else {
+      colorant.most /= leastLoad;
+    }
+    hasLimits = hasLimits || colorant.least > 0.0 || colorant.most < 1.0;
+  }
+}
+
+RecipeOutcome Offer::Make(const CColorantSystemData& system, const CRecipeSettings& settings,
+                          bool mayBeClear) {
   const MixingLaw law = MixingLawOf(system.opticalModel);
   if (law == MixingLaw::kNone) return {RecipeFault::kNoMixingLaw};
   substrate = law == MixingLaw::kOneConstant ? SubstrateOf(system) : nullptr;
@@ -126,8 +189,6 @@ RecipeOutcome Offer::Make(const CColorantSystemData& system, const CRecipeSettin
     if (!HasCurves(component) || (substrate != nullptr && IsSubstrate(component))) return;
     known.push_back(id);
     const bool isRequired = entry.use == CRecipeComponent::kRequired;
-    // A required colorant is there with a share that counts, since no smaller subset stands for the one without it.
-    constexpr double kLeastRequired = 1e-5;
     const double least =
         std::max(std::max(entry.least, settings.leastAmount), isRequired ? kLeastRequired : 0.0);
     if (!(entry.least >= 0.0 && least <= entry.most && entry.most <= 1.0)) {
@@ -137,11 +198,24 @@ RecipeOutcome Offer::Make(const CColorantSystemData& system, const CRecipeSettin
     if (isRequired) leastTogether += least;
     hasLimits = hasLimits || least > 0.0 || entry.most < 1.0;
     hasSeveralLevels = hasSeveralLevels || component.GetLevels().GetSize() > 1;
-    colorants.push_back({&component, least, entry.most, entry.cost, isRequired});
+    colorants.push_back({&component, least, entry.most, entry.cost, isRequired, least, entry.most});
   };
   for (const CColorant& colorant : system.colorants) offer(colorant);
   for (const CResin& resin : system.resins) offer(resin);
   if (outcome.fault != RecipeFault::kNone) return outcome;
+  const CComponent* const resin =
+      mayBeClear && law == MixingLaw::kTwoConstant ? ClearOf(system, settings) : nullptr;
+  if (resin != nullptr) known.push_back(resin->GetId());
+  if (mayBeClear) outcome = SetClear(settings, resin);
+  if (outcome.fault != RecipeFault::kNone) return outcome;
+  if (clear != nullptr) {
+    const auto isNoColorant = [](const OfferedColorant& c) {
+      return c.component->GetKind() == kKindResin && IsClear(*c.component);
+    };
+    colorants.erase(std::remove_if(colorants.begin(), colorants.end(), isNoColorant), colorants.end());
+    present.push_back(clear->GetId());
+    LimitColorants();
+  }
   std::stable_sort(colorants.begin(), colorants.end(),
                    [](const OfferedColorant& a, const OfferedColorant& b) {
                      return a.component->GetId() < b.component->GetId();
@@ -155,7 +229,7 @@ RecipeOutcome Offer::Make(const CColorantSystemData& system, const CRecipeSettin
                                       [](const OfferedColorant& colorant) { return colorant.isRequired; });
   const bool isTooFew = colorants.empty() || required > settings.mostColorants;
   if (isTooFew || colorants.size() > kMostOffered) return {RecipeFault::kTooFewAllowed};
-  if (leastTogether > 1.0) return {RecipeFault::kLimitsTogether};
+  if (clear == nullptr && leastTogether > 1.0) return {RecipeFault::kLimitsTogether};
   return {};
 }
 

@@ -15,10 +15,12 @@ namespace vrx {
 /// A colorant of the search.
 struct OfferedColorant {
   const CComponent* component = nullptr;
-  double least = 0.0;
+  double least = 0.0;  ///< of the whole, or with a clear component of the colorants
   double most = 1.0;
   double cost = 0.0;
   bool isRequired = false;
+  double leastOfWhole = 0.0;
+  double mostOfWhole = 1.0;
 };
 
 /// The colorants of a search, in the order of their numbers: the order of the system has no influence on the bits of a
@@ -27,13 +29,24 @@ struct Offer {
   std::vector<OfferedColorant> colorants;
   const CComponent* substrate = nullptr;  ///< of a one-constant model
   double substrateCost = 0.0;
+  /// Of a two-constant model: what makes up the rest and gives no colour. Shares of colorants are parts of their own
+  /// total then, which is the load.
+  const CComponent* clear = nullptr;
+  double clearCost = 0.0;
+  double leastLoad = 1.0;
+  double mostLoad = 1.0;
   bool hasSeveralLevels = false;  ///< some colorant's curves depend on its share
   bool hasLimits = false;         ///< some limit is other than 0 or 1
   std::vector<uint32_t>
       present;  ///< component ids that are in every recipe: what rules count beside the subset
 
-  /// Makes the offer of a system under settings.
-  RecipeOutcome Make(const CColorantSystemData& system, const CRecipeSettings& settings);
+  /// Makes the offer of a system under settings. `mayBeClear`: of a recipe, which a clear component may make up.
+  RecipeOutcome Make(const CColorantSystemData& system, const CRecipeSettings& settings,
+                     bool mayBeClear = false);
+
+ private:
+  RecipeOutcome SetClear(const CRecipeSettings& settings, const CComponent* resin);
+  void LimitColorants();
 };
 
 /// The subsets of one size that contain all required colorants, by rank, in lexicographic order of the optional ones.

@@ -13,34 +13,50 @@ struct FaultText {
   std::string_view text;
 };
 
-constexpr std::array<FaultText, 18> kTexts = {{
+constexpr std::array<FaultText, 21> kTexts = {{
     {RecipeFault::kNoMixingLaw, "{system}: \"model\": colours of this optical model cannot be matched"},
     {RecipeFault::kNoSubstrate,
-     "{system}: \"components\": there is no substrate, neither a calibration white nor a resin with levels"},
+     "{system}: \"components\": there is no substrate, neither a calibration "
+     "white nor a resin with levels"},
     {RecipeFault::kTargetNotMeasured, "{target} is not measured throughout"},
     {RecipeFault::kTargetBelowSurface,
-     "{target} is darker than the surface alone; a curve without the specular component takes "
+     "{target} is darker than the surface alone; a curve without the specular "
+     "component takes "
      "{-specular=excluded}, an uncorrected one {-specular=none}"},
     {RecipeFault::kNeedsCurve, "{target}: this {-objective} needs a curve, not L, a, b"},
     {RecipeFault::kUnknownComponent, "{system}: {component} cannot be in a recipe: it has no levels"},
     {RecipeFault::kContradiction, "{-require}, {-exclude}: {component} is both required and excluded"},
     {RecipeFault::kTooFewAllowed,
-     "{system}: no subset is left: {-exclude} leaves fewer components with levels than {-require} asks for, "
+     "{system}: no subset is left: {-exclude} leaves fewer components with "
+     "levels than {-require} asks for, "
      "or that is more than {-max-colorants}"},
     {RecipeFault::kLimits,
-     "{limits}: {component}: its least share is above its largest, {-min-amount} included"},
+     "{limits}: {component}: its least share is above "
+     "its largest, {-min-amount} included"},
     {RecipeFault::kLimitsTogether,
-     "{limits}: no recipe makes up 100 percent between its least and largest shares"},
+     "{limits}: no recipe makes up 100 percent "
+     "between its least and largest shares"},
     {RecipeFault::kEverythingForbidden, "{system}: \"rules\" forbid every subset"},
     {RecipeFault::kTooManySubsets,
-     "{-max-subsets}: there are {subsets} subsets, more than {most}: exclude components, lower "
+     "{-max-subsets}: there are {subsets} subsets, more than {most}: exclude "
+     "components, lower "
      "{-max-colorants}, or raise {-max-subsets}"},
+    {RecipeFault::kNoClear,
+     "{-load}: {system} has no clear component, a resin without absorption and "
+     "scattering, that would make up "
+     "the rest"},
+    {RecipeFault::kLoad, "{-load}: no recipe has such a load between the least and largest shares"},
+    {RecipeFault::kTargetChangesWithAngle,
+     "{target} changes with the geometry as effect pigments do; only solid "
+     "colours can be matched, whose colour "
+     "is the same at every angle"},
     {RecipeFault::kSettings, "settings that cannot be used"},
     {RecipeFault::kStopped, "the search was stopped"},
     {RecipeFault::kBatchFormula, "{formula}: the formula of the batch is empty or cannot be predicted"},
     {RecipeFault::kBatchNotMeasured, "{batch} is not measured throughout"},
     {RecipeFault::kBatchBelowSurface,
-     "{batch} is darker than the surface alone; a curve without the specular component takes "
+     "{batch} is darker than the surface alone; a curve without the specular "
+     "component takes "
      "{-specular=excluded}, an uncorrected one {-specular=none}"},
     {RecipeFault::kNone, ""},
 }};
@@ -58,6 +74,21 @@ std::string ComponentText(const CColorantSystemData& system, uint32_t id) {
 }
 
 }  // namespace
+
+const char* LoadBasisText(LoadBasis basis) {
+  switch (basis) {
+    case LoadBasis::kGiven:
+      return "given";
+    case LoadBasis::kOpacity:
+      return "opacity";
+    case LoadBasis::kRange:
+      return "calibrated range";
+    case LoadBasis::kUndetermined:
+      return "undetermined";
+    default:
+      return "target";
+  }
+}
 
 std::string RecipeFaultText(const RecipeOutcome& outcome, const CColorantSystemData& system,
                             const CRecipeSettings& settings, const RecipeNames& names) {

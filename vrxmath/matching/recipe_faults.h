@@ -30,6 +30,9 @@ struct RecipeNames {
                                                   const CColorantSystemData& system,
                                                   const CRecipeSettings& settings, const RecipeNames& names);
 
+/// What a recipe's load rests on, in a word or two: "given", "opacity", "calibrated range", "undetermined", or "target".
+[[nodiscard]] VRX_API const char* LoadBasisText(LoadBasis basis);
+
 }  // namespace vrx
 
 #endif  // VRXMATH_MATCHING_RECIPE_FAULTS_H_

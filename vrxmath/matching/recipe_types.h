@@ -5,7 +5,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 
+#include <vrxmath/colorant/component_calibration.h>
 #include <vrxmath/colorant/components.h>
 #include <vrxmath/colorant/optical_transforms.h>
 #include <vrxmath/colorimetry/color_records.h>
@@ -28,7 +30,8 @@ struct RecipeDefaults {
   static constexpr double kStockAddition = 1.0;  ///< to a leftover
   static constexpr uint64_t kMostSubsets = 100'000'000;
   static constexpr uint32_t kThreads =
-      0;  ///< one per core; a host of the library starts with the calling one alone
+      0;  ///< one per core; a host of the library starts with the calling one
+          ///< alone
 };
 
 /// The goal of a recipe: a measured curve in percent or, where none exists, a colour under the first illuminant of the
@@ -36,6 +39,9 @@ struct RecipeDefaults {
 struct CRecipeTarget {
   CReflData curve;  ///< unset for a colour alone
   CLabValues lab;   ///< L*, a*, b*; for a colour alone
+  /// The same sample at further geometries: a recipe has one curve, and its difference under an illuminant is the
+  /// largest over all of them. What is matched is their mean.
+  CReflDataArray others;
 };
 
 /// Choice, limits and price of one component that has its own. They stand here, since the fields of component records are
@@ -60,7 +66,7 @@ enum class RecipeObjective {
 };
 
 /// By what recipes are ordered; first always those within the tolerance, last the worst difference over the illuminants.
-enum class RecipeOrder { kFewest, kColor, kMetamerism, kCost };
+enum class RecipeOrder { kFewest, kColor, kMetamerism, kCost, kExpected };
 
 /// The choice of components, the criterion by which recipes are judged, and how they are made up.
 struct VRX_API CRecipeSettings {
@@ -83,7 +89,9 @@ struct VRX_API CRecipeSettings {
 
   RecipeOrder order = RecipeOrder::kFewest;
   int32_t top = RecipeDefaults::kTop;  ///< recipes that are returned
-  double trace = 0.001;                ///< recipes that differ only by shares below this count as one
+  /// A colorant is a trace of a recipe when leaving it out changes the colour by less than this under every illuminant,
+  /// and recipes that differ only by traces count as one. Unset: a tenth of the tolerance; 0: every recipe counts.
+  std::optional<double> trace;
   double batchSize = RecipeDefaults::kBatchSize;  ///< total of the amounts; with a substrate its amount
   /// Step of the dispenser, in the unit of the amounts; 0: none. Amounts are the nearest steps, and the largest takes what
   /// then is missing from the batch size, itself rounded to a step.
@@ -95,6 +103,16 @@ struct VRX_API CRecipeSettings {
   double thickness = RecipeDefaults::kThickness;  ///< in the unit of length of the colorants' curves
   double leastOpacity = 0.0;                      ///< contrast ratio in percent that a recipe must have
 
+  /// Two-constant: the part of a recipe that its colorants make up, when the system has a clear component (a resin
+  /// without absorption and scattering), which makes up the rest and on which the colour of an opaque film does not
+  /// depend.
+  double leastLoad = 0.0;
+  double mostLoad = 1.0;
+
+  /// What is known of the system's components: their ranges and how well they are predicted. May be empty.
+  CComponentCalibrationArray calibrated;
+  bool isWithinRange = false;  ///< no share outside of the calibrated ranges
+
   uint64_t mostSubsets = RecipeDefaults::kMostSubsets;  ///< more are refused
   /// Lossy: only this many subsets of each size, those with the least linearised objective, are solved; 0: all. At most
   /// a million.
@@ -102,6 +120,15 @@ struct VRX_API CRecipeSettings {
   uint32_t threads = 1;  ///< the calling one included; 0: one per core
   /// Called on the calling thread with the part that is done, 0 to 1; false stops the search. May be empty.
   std::function<bool(double)> progress;
+};
+
+/// What the part of the colorants in a recipe rests on.
+enum class LoadBasis {
+  kWhole,         ///< there is no clear component: the colorants are the whole, or the target tells
+  kGiven,         ///< the settings fix it, or the limits of its components do
+  kOpacity,       ///< the least that is opaque enough
+  kRange,         ///< the largest at which no colorant exceeds its calibrated range; the target does not tell
+  kUndetermined,  ///< nothing tells: the largest that the settings allow
 };
 
 /// One recipe.
@@ -120,8 +147,15 @@ struct CRecipe {
   double cost = 0.0;
   double opacity = kUnset;  ///< contrast ratio in percent
   bool isWithinTolerance = false;
-  int32_t alike = 0;  ///< recipes further down that differ from it only by traces
-  CReflData curve;    ///< what it is predicted to give, percent
+  int32_t alike = 0;    ///< recipes further down that differ from it only by traces
+  CDWordArray1 traces;  ///< the components that are traces of these, or of it
+  double load = 1.0;    ///< the part of its colorants
+  LoadBasis loadBasis = LoadBasis::kWhole;
+  CDWordArray1 outside;  ///< components whose shares lie outside of their calibrated range
+  /// CIEDE2000 that nine of ten predictions like it do not exceed (ExpectedError); unset where nothing is known of a
+  /// component.
+  double expected = kUnset;
+  CReflData curve;  ///< what it is predicted to give, percent
 };
 using CRecipeArray = CArrayVarex<CRecipe>;
 
@@ -140,11 +174,14 @@ enum class RecipeFault {
   kLimitsTogether,       ///< the required components' least shares exceed 1, or no subset can make up 1
   kEverythingForbidden,  ///< the rules forbid every subset
   kTooManySubsets,       ///< `subsets` exceeds mostSubsets
-  kSettings,             ///< a setting is out of its range; illuminants without a table
-  kStopped,              ///< progress answered false
-  kBatchFormula,         ///< of a correction: the batch's formula is empty or cannot be predicted
-  kBatchNotMeasured,     ///< its curve has an unset or non-finite sample
-  kBatchBelowSurface,    ///< and lies at the floor of the surface correction
+  kNoClear,              ///< the load is limited, and the system has no clear component
+  kLoad,  ///< its limits are not 0 <= least <= most <= 1, or those of components contradict them
+  kTargetChangesWithAngle,  ///< its geometries differ as those of effect pigments do
+  kSettings,                ///< a setting is out of its range; illuminants without a table
+  kStopped,                 ///< progress answered false
+  kBatchFormula,            ///< of a correction: the batch's formula is empty or cannot be predicted
+  kBatchNotMeasured,        ///< its curve has an unset or non-finite sample
+  kBatchBelowSurface,       ///< and lies at the floor of the surface correction
 };
 
 /// The fault of a search, with the component id that it concerns, and how many subsets there were.

@@ -34,6 +34,11 @@ struct MatchProblem {
       nullptr;  ///< per illuminant, of its square in the objective; 0 for one that only reports
   const double* curveWeights = nullptr;  ///< 40: of the square of the reflectance difference; null for none
 
+  /// Limits of the shares, one per colorant; null when nothing limits any. A least share of 0 is none: there a smaller
+  /// subset stands for the solution.
+  const double* least = nullptr;
+  const double* most = nullptr;
+
   /// The objective linearised at the target, as a quadratic form of the shares: colorants x colorants, and what the
   /// mixture scatters. With a substrate the form has a column more, its own, which stands last.
   const double* gram = nullptr;
@@ -58,7 +63,8 @@ struct SubsetKernels {
   /// The minimum of the linearised objective, shares moved to at least a little, and its value.
   void (*start)(const MatchProblem&, int32_t size, const uint16_t* subsets, std::size_t count,
                 SubsetSolution* solutions);
-  /// Gauss-Newton steps from the shares that are there.
+  /// Gauss-Newton steps from the shares that are there, which must obey the limits where the problem has any. Ends
+  /// kUnsolved where the colorant that takes what the others leave is pushed against a limit.
   void (*solve)(const MatchProblem&, int32_t size, const uint16_t* subsets, std::size_t count,
                 SubsetSolution* solutions);
 };

@@ -127,65 +127,13 @@ void StartAll(const MatchProblem& problem, const uint16_t* subsets, std::size_t 
 // ----------------------------------------------------------------------------------------------------------
 // Gauss-Newton steps
 
-// A pack of subsets at work. With a substrate there are as many unknowns as colorants; otherwise the share of the first
-// colorant is what the others leave.
+// The curves of a pack of subsets, and what their differences and the objective are at some shares.
 template <std::size_t N>
-class Steps {
+class PackCurves {
  public:
-  Steps(const MatchProblem& problem, bool hasBase) : problem_(problem), hasBase_(hasBase) {}
+  PackCurves(const MatchProblem& problem, bool hasBase) : problem_(problem), hasBase_(hasBase) {}
 
-  static constexpr int kMostSteps = 14;
-
-  // Puts a subset into a lane. Only what differs from the subset that was there is copied.
-  void Take(std::size_t lane, const uint16_t* subset, std::size_t colorants, SubsetSolution* solution) {
-    const uint16_t* const before = subset_[lane];
-    const bool isNewFirst = before == nullptr || (!hasBase_ && before[0] != subset[0]);
-    const auto curve = [](const double* curves, std::size_t colorant) {
-      return curves + colorant * kSamples;
-    };
-    const double* K0 = hasBase_ ? problem_.baseK : curve(problem_.K, subset[0]);
-    const double* S0 = hasBase_ ? problem_.baseS : curve(problem_.S, subset[0]);
-    if (isNewFirst) {
-      for (std::size_t w = 0; w < kSamples; ++w) K0_[w].v[lane] = K0[w], S0_[w].v[lane] = S0[w];
-    }
-    const std::size_t shift = colorants - N;  // 1 when the first colorant is no unknown
-    for (std::size_t i = 0; i < N; ++i) {
-      if (!isNewFirst && before[i + shift] == subset[i + shift]) continue;
-      const double* K = curve(problem_.K, subset[i + shift]);
-      const double* S = curve(problem_.S, subset[i + shift]);
-      for (std::size_t w = 0; w < kSamples; ++w) {
-        K_[i][w].v[lane] = hasBase_ ? K[w] : K[w] - K0[w];
-        S_[i][w].v[lane] = hasBase_ ? 0.0 : S[w] - S0[w];
-      }
-    }
-    for (std::size_t i = 0; i < N; ++i) {
-      x_[i].v[lane] = solution->shares[i + shift];
-      step_[i].v[lane] = 0.0;
-    }
-    last_.v[lane] = 1e300;
-    steps_[lane] = 0;
-    strikes_.v[lane] = 0.0;
-    subset_[lane] = subset;
-    solution_[lane] = solution;
-  }
-
-  // One step of every lane. Lanes that ended have written their solution.
-  void Advance(std::size_t colorants) {
-    Lanes x[N];
-    for (std::size_t i = 0; i < N; ++i) x[i] = x_[i].Get();
-    Evaluate(x);
-    Lanes A[N][N], g[N], objective, y[kMostRows], dy[kMostRows][N];
-    Project(y, dy);
-    Normal(y, dy, A, g, objective);
-    Lanes step[N];
-    for (std::size_t i = 0; i < N; ++i) step[i] = -g[i];
-    SolvePositive<N>(A, step);
-    Move(x, step, objective, y, dy, g, colorants);
-  }
-
-  bool HasEnded(std::size_t lane) const { return ended_[lane]; }
-
- private:
+ protected:
   std::size_t Rows() const { return static_cast<std::size_t>(problem_.rows); }
 
   // Reflectance less the target's, and its derivatives by the unknowns.
@@ -264,55 +212,254 @@ class Steps {
     for (std::size_t i = 0; i < N; ++i) A[i][i] += kRidge * trace + 1e-300;
   }
 
+  const MatchProblem& problem_;
+  bool hasBase_;
+  LaneValues K0_[kSamples], S0_[kSamples];
+  LaneValues K_[N][kSamples], S_[N][kSamples];
+  Lanes R_[kSamples], J_[N][kSamples];
+};
+
+// A pack of subsets at work. With a substrate there are as many unknowns as colorants; otherwise the share of one
+// colorant, the first where nothing limits them, is what the others leave.
+//
+// Under limits a share whose step leads beyond one ends there and is held: the step of the others is that of the
+// minimum with the held ones on their limits. What is settled is let go where the objective would gain by it (active
+// sets).
+template <std::size_t N, bool kLimited>
+class Steps : private PackCurves<N> {
+ public:
+  Steps(const MatchProblem& problem, bool hasBase) : PackCurves<N>(problem, hasBase) {
+    for (int& loaded : loadedRest_) loaded = -1;
+  }
+
+  static constexpr int kMostSteps = kLimited ? 24 : 14;
+
+  // Puts a subset into a lane. Only what differs from the subset that was there is copied.
+  void Take(std::size_t lane, const uint16_t* subset, std::size_t colorants, SubsetSolution* solution) {
+    const std::size_t rest = hasBase_ ? colorants : kLimited ? RestOf(subset, colorants, *solution) : 0;
+    const auto curve = [](const double* curves, std::size_t colorant) {
+      return curves + colorant * kSamples;
+    };
+    const double* K0 = hasBase_ ? problem_.baseK : curve(problem_.K, subset[rest]);
+    const double* S0 = hasBase_ ? problem_.baseS : curve(problem_.S, subset[rest]);
+    const int loadedRest = hasBase_ ? 0 : subset[rest];
+    const bool isNewRest = loadedRest_[lane] != loadedRest;
+    if (isNewRest) {
+      for (std::size_t w = 0; w < kSamples; ++w) K0_[w].v[lane] = K0[w], S0_[w].v[lane] = S0[w];
+    }
+    loadedRest_[lane] = loadedRest;
+    rest_[lane] = rest;
+    for (std::size_t i = 0; i < N; ++i) {
+      const std::size_t place = PlaceOf(lane, i);
+      x_[i].v[lane] = solution->shares[place];
+      step_[i].v[lane] = 0.0;
+      if constexpr (kLimited) {
+        least_[i].v[lane] = problem_.least[subset[place]];
+        most_[i].v[lane] = problem_.most[subset[place]];
+        held_[i].v[lane] = 0.0;
+      }
+      if (!isNewRest && loaded_[i][lane] == subset[place]) continue;
+      loaded_[i][lane] = subset[place];
+      const double* K = curve(problem_.K, subset[place]);
+      const double* S = curve(problem_.S, subset[place]);
+      for (std::size_t w = 0; w < kSamples; ++w) {
+        K_[i][w].v[lane] = hasBase_ ? K[w] : K[w] - K0[w];
+        S_[i][w].v[lane] = hasBase_ ? 0.0 : S[w] - S0[w];
+      }
+    }
+    if constexpr (kLimited) {
+      restLeast_.v[lane] = hasBase_ ? 0.0 : problem_.least[subset[rest]];
+      restMost_.v[lane] = hasBase_ ? 2.0 : problem_.most[subset[rest]];
+      freed_.v[lane] = 0.0;
+    }
+    last_.v[lane] = 1e300;
+    steps_[lane] = 0;
+    strikes_.v[lane] = 0.0;
+    solution_[lane] = solution;
+  }
+
+  // One step of every lane. Lanes that ended have written their solution.
+  void Advance(std::size_t colorants) {
+    Lanes x[N];
+    for (std::size_t i = 0; i < N; ++i) x[i] = x_[i].Get();
+    this->Evaluate(x);
+    Lanes A[N][N], g[N], objective, y[kMostRows], dy[kMostRows][N];
+    this->Project(y, dy);
+    this->Normal(y, dy, A, g, objective);
+    Lanes step[N];
+    if constexpr (kLimited) {
+      SolveLimited(x, A, g, step);
+    } else {
+      for (std::size_t i = 0; i < N; ++i) step[i] = -g[i];
+      SolvePositive<N>(A, step);
+    }
+    Move(x, step, objective, y, dy, A, g, colorants);
+  }
+
+  bool HasEnded(std::size_t lane) const { return ended_[lane]; }
+
+ private:
+  // The place in its subset of a lane's unknown.
+  std::size_t PlaceOf(std::size_t lane, std::size_t i) const { return i + (i >= rest_[lane] ? 1 : 0); }
+
+  // The colorant that takes what the others leave: the one that is furthest from its limits.
+  std::size_t RestOf(const uint16_t* subset, std::size_t colorants, const SubsetSolution& solution) const {
+    std::size_t best = 0;
+    double room = -1.0;
+    for (std::size_t i = 0; i < colorants; ++i) {
+      const double share = solution.shares[i], most = problem_.most[subset[i]];
+      const double below = share - problem_.least[subset[i]], above = most < 1.0 ? most - share : below;
+      if (Min(below, above) > room) room = Min(below, above), best = i;
+    }
+    return best;
+  }
+
+  // The step to the minimum of the quadratic model with the held shares where they are; those that it would take beyond
+  // a limit go to it, and the others to the minimum that is left then.
+  void SolveLimited(const Lanes (&x)[N], const Lanes (&A)[N][N], const Lanes (&g)[N],
+                    Lanes (&step)[N]) const {
+    Lanes fixed[N], moves[N];
+    for (std::size_t i = 0; i < N; ++i) fixed[i] = held_[i].Get(), moves[i] = 0.0;
+    SolveFree(A, g, fixed, moves, step);
+    Lanes beyond = 0.0;
+    for (std::size_t i = 0; i < N; ++i) {
+      const Lanes least = least_[i].Get(), most = most_[i].Get(), next = x[i] + step[i];
+      const auto below = (next < least) & (least > 0.0);
+      const auto above = next > most;
+      moves[i] = Select(below, least - x[i], Select(above, most - x[i], moves[i]));
+      fixed[i] = Select(below | above, Lanes(1.0), fixed[i]);
+      beyond = Select(below | above, Lanes(1.0), beyond);
+    }
+    if (Bits(beyond > 0.0) != 0) SolveFree(A, g, fixed, moves, step);
+  }
+
+  // The step of the shares that are not fixed, those having moved.
+  void SolveFree(const Lanes (&A)[N][N], const Lanes (&g)[N], const Lanes (&fixed)[N],
+                 const Lanes (&moves)[N], Lanes (&step)[N]) const {
+    Lanes B[N][N];
+    for (std::size_t i = 0; i < N; ++i) {
+      step[i] = -g[i];
+      for (std::size_t j = 0; j < N; ++j) {
+        const Lanes element = i < j ? A[j][i] : A[i][j];
+        step[i] = Select(fixed[j] > 0.5, step[i] - element * moves[j], step[i]);
+        if (j < i) B[i][j] = Select((fixed[i] > 0.5) | (fixed[j] > 0.5), Lanes(0.0), element);
+      }
+      B[i][i] = Select(fixed[i] > 0.5, Lanes(1.0), A[i][i]);
+    }
+    for (std::size_t i = 0; i < N; ++i) step[i] = Select(fixed[i] > 0.5, moves[i], step[i]);
+    SolvePositive<N>(B, step);
+  }
+
   // Takes the step, half of the last one back where the objective rose, or nine tenths of the way to the bound that it
   // would cross. Ends what has settled, left twice running, or taken too many steps.
   void Move(const Lanes (&x)[N], Lanes (&step)[N], Lanes objective, const Lanes* y, const Lanes (*dy)[N],
-            const Lanes (&g)[N], std::size_t colorants) {
+            const Lanes (&A)[N][N], const Lanes (&g)[N], std::size_t colorants) {
     constexpr double kSettled = 1e-3;
     constexpr double kRise = 1.0 + 1e-9;
     constexpr double kMostStrikes = 4.0, kVanishing = 1e-5;
     const auto rose = objective > kRise * last_.Get();
-    Lanes way = 1.0, largest = 0.0, rest = 1.0, restStep = 0.0, size = hasBase_ ? 0.0 : 1.0;
+    Lanes way = 1.0, largest = 0.0, rest = 1.0, restStep = 0.0, size = hasBase_ ? 0.0 : 1.0, limit = 2.0;
     for (std::size_t i = 0; i < N; ++i) {
       step[i] = Select(rose, -0.5 * step_[i].Get(), step[i]);
-      way = Select(x[i] + step[i] > 0.0, way, Min(way, 0.9 * (x[i] / (-step[i]))));
+      const Lanes toZero = Select(x[i] + step[i] > 0.0, way, Min(way, 0.9 * (x[i] / (-step[i]))));
+      way = Select(HasLeast(i), way, toZero);
       largest = Max(largest, Abs(step[i]));
       rest -= x[i];
       restStep -= step[i];
       if (hasBase_) size += x[i];
+      if constexpr (kLimited) limit = Min(limit, WayToLimit(i, x[i], step[i]));
     }
     if (!hasBase_) way = Select(rest + restStep > 0.0, way, Min(way, 0.9 * (rest / (-restStep))));
-    const auto left = (!rose) & (way < 1.0);
+    Lanes blocked = 0.0;  // by a limit of what is left
+    if constexpr (kLimited) {
+      const Lanes least = restLeast_.Get(), most = restMost_.Get(), next = rest + restStep;
+      const Lanes toLeast = 0.9 * ((rest - least) / (-restStep)), toMost = 0.9 * ((most - rest) / restStep);
+      const Lanes before = way;
+      way = Select((least > 0.0) & (next < least), Min(way, toLeast), way);
+      way = Select(next > most, Min(way, toMost), way);
+      blocked = Select((way < before) & (way < limit), Lanes(1.0), blocked);
+      way = Min(way, limit);
+    }
+    const auto left = (!rose) & (way < 1.0) & (way < limit);
     const Lanes strikes = Select(rose, strikes_.Get(), Select(left, strikes_.Get() + 1.0, 0.0));
-    const auto settled = (!rose) & (!left) & (largest <= kSettled * size);
+    auto settled = (!rose) & (way >= 1.0) & (largest <= kSettled * size);
     LaneValues moved[N], taken[N];
     Lanes least = hasBase_ ? Lanes(1.0) : rest + way * restStep;
     for (std::size_t i = 0; i < N; ++i) {
-      const Lanes next = x[i] + way * step[i];
-      least = Min(least, next);
-      taken[i].Set(way * step[i]);
+      Lanes next = x[i] + way * step[i];
+      if constexpr (kLimited) next = Hold(i, step[i], rose, next);
+      least = Select(HasLeast(i), least, Min(least, next));
+      taken[i].Set(next - x[i]);
+      if constexpr (!kLimited) taken[i].Set(way * step[i]);
       x_[i].Set(next);
       moved[i] = x_[i];
     }
+    if constexpr (kLimited) settled = settled & !(LetGo(A, g, taken, settled) > 0.0);
     const auto atBound = left & ((strikes >= kMostStrikes) | (least < kVanishing * size));
     for (std::size_t i = 0; i < N; ++i) step_[i] = taken[i];
     strikes_.Set(strikes);
     last_.Set(Select(rose, last_.Get(), objective));
     const unsigned settledBits = Bits(settled), boundBits = Bits(atBound),
-                   finiteBits = Bits(objective < 1e290);
+                   finiteBits = Bits(objective < 1e290), blockedBits = Bits(blocked > 0.0);
     bool isAnyEnd = false;
     for (std::size_t lane = 0; lane < kLaneCount; ++lane) {
       ++steps_[lane];
       const bool isSettled = (settledBits >> lane & 1) != 0, isFinite = (finiteBits >> lane & 1) != 0;
-      const bool isAtBound = (boundBits >> lane & 1) != 0;
+      const bool isAtBound = (boundBits >> lane & 1) != 0, isBlocked = (blockedBits >> lane & 1) != 0;
       ended_[lane] = isSettled || isAtBound || steps_[lane] >= kMostSteps || !isFinite;
       if (!ended_[lane] || solution_[lane] == nullptr) continue;
-      solution_[lane]->end = isSettled   ? SubsetEnd::kInside
-                             : isAtBound ? SubsetEnd::kAtBound
-                                         : SubsetEnd::kUnsolved;
+      solution_[lane]->end = isSettled                 ? SubsetEnd::kInside
+                             : isAtBound && !isBlocked ? SubsetEnd::kAtBound
+                                                       : SubsetEnd::kUnsolved;
       isAnyEnd = true;
     }
     if (isAnyEnd) Report(objective, y, dy, g, moved, taken, colorants);
+  }
+
+  // True where a share has a least other than 0.
+  VRX_LANE_INLINE auto HasLeast(std::size_t i) const {
+    return kLimited ? least_[i].Get() > 0.0 : Lanes(0.0) > 1.0;
+  }
+
+  // How much of its step a share may take before it meets a limit other than 0; more than 1 where it meets none.
+  VRX_LANE_INLINE Lanes WayToLimit(std::size_t i, Lanes x, Lanes step) const {
+    const Lanes least = least_[i].Get(), most = most_[i].Get(), next = x + step;
+    const Lanes toLeast = (least - x) / step, toMost = (most - x) / step;
+    return Select((next < least) & (least > 0.0), toLeast, Select(next > most, toMost, Lanes(2.0)));
+  }
+
+  // Where a share ends, on its limit when it comes as far as that; there it is held. A step back lets go of what it
+  // moved.
+  template <class MASK>
+  VRX_LANE_INLINE Lanes Hold(std::size_t i, Lanes step, MASK rose, Lanes next) {
+    const Lanes least = least_[i].Get(), most = most_[i].Get();
+    constexpr double kNear = 1e-12;  // a step to the limit itself
+    const auto low = (least > 0.0) & (next <= least + kNear * least) & (step <= 0.0);
+    const auto high = (next >= most - kNear * most) & (step >= 0.0);
+    const auto isBack = rose & (step != 0.0);
+    const Lanes held = Select(low | high, Lanes(1.0), held_[i].Get());
+    held_[i].Set(Select(isBack, Lanes(0.0), held));
+    return Select(isBack, next, Select(low, least, Select(high, most, next)));
+  }
+
+  // Lets go, in lanes that have settled, of held shares from whose limit the objective falls; at most four times a
+  // subset. 1 in lanes where it did.
+  template <class MASK>
+  Lanes LetGo(const Lanes (&A)[N][N], const Lanes (&g)[N], const LaneValues (&taken)[N], MASK settled) {
+    constexpr double kMostFreed = 4.0, kGain = 1e-6;
+    const auto may = settled & (freed_.Get() < kMostFreed);
+    Lanes freed = 0.0;
+    for (std::size_t i = 0; i < N; ++i) {
+      Lanes slope = g[i];
+      for (std::size_t j = 0; j < N; ++j) slope += (i < j ? A[j][i] : A[i][j]) * taken[j].Get();
+      const Lanes x = x_[i].Get(), least = least_[i].Get(), most = most_[i].Get();
+      const Lanes gain = Select(x - least < most - x, -slope, slope);
+      const auto leaves = may & (held_[i].Get() > 0.5) & (gain > kGain * A[i][i]);
+      held_[i].Set(Select(leaves, Lanes(0.0), held_[i].Get()));
+      freed = Select(leaves, Lanes(1.0), freed);
+    }
+    freed_.Set(freed_.Get() + freed);
+    return freed;
   }
 
   static VRX_LANE_INLINE unsigned Bits(bool mask) { return mask ? 1 : 0; }
@@ -338,39 +485,47 @@ class Steps {
     LaneValues worsts, objectives;
     worsts.Set(worst);
     objectives.Set(objective + gained);
-    const std::size_t shift = colorants - N;
     for (std::size_t lane = 0; lane < kLaneCount; ++lane) {
       SubsetSolution* solution = solution_[lane];
       if (!ended_[lane] || solution == nullptr) continue;
       double rest = 1.0;
       for (std::size_t i = 0; i < N; ++i) {
-        solution->shares[i + shift] = moved[i].v[lane];
+        solution->shares[PlaceOf(lane, i)] = moved[i].v[lane];
         rest -= moved[i].v[lane];
       }
-      if (shift == 1) solution->shares[0] = rest;
+      if (rest_[lane] < colorants) solution->shares[rest_[lane]] = rest;
       solution->worst = worsts.v[lane];
       solution->objective = objectives.v[lane];
     }
   }
 
-  const MatchProblem& problem_;
-  bool hasBase_;
-  LaneValues K0_[kSamples], S0_[kSamples];
-  LaneValues K_[N][kSamples], S_[N][kSamples];
-  Lanes R_[kSamples], J_[N][kSamples];
+  using Curves = PackCurves<N>;
+  using Curves::hasBase_;
+  using Curves::K0_;
+  using Curves::K_;
+  using Curves::problem_;
+  using Curves::Rows;
+  using Curves::S0_;
+  using Curves::S_;
+
   LaneValues x_[N], step_[N], last_, strikes_;
+  LaneValues least_[N], most_[N], held_[N], restLeast_, restMost_,
+      freed_;  // of limited subsets
   int steps_[kLaneCount] = {};
   bool ended_[kLaneCount] = {};
-  const uint16_t* subset_[kLaneCount] = {};
+  std::size_t rest_[kLaneCount] =
+      {};  // the place of the colorant that is no unknown; behind the last with a substrate
+  int loadedRest_[kLaneCount],
+      loaded_[N][kLaneCount];  // whose curves are in a lane
   SubsetSolution* solution_[kLaneCount] = {};
 };
 
 // Keeps all lanes busy: one that has ended takes the next subset.
-template <std::size_t N>
+template <std::size_t N, bool kLimited>
 void SolveAll(const MatchProblem& problem, std::size_t colorants, const uint16_t* subsets, std::size_t count,
               SubsetSolution* solutions) {
   if (count == 0) return;
-  Steps<N> steps(problem, problem.baseK != nullptr);
+  Steps<N, kLimited> steps(problem, problem.baseK != nullptr);
   const auto take = [&](std::size_t lane, std::size_t i) {
     steps.Take(lane, subsets + i * colorants, colorants, solutions + i);
   };
@@ -443,11 +598,14 @@ void Solve(const MatchProblem& problem, int32_t size, const uint16_t* subsets, s
            SubsetSolution* solutions) {
   using SolveUnknowns =
       void (*)(const MatchProblem&, std::size_t, const uint16_t*, std::size_t, SubsetSolution*);
-  constexpr SolveUnknowns kUnknowns[] = {&SolveAll<1>, &SolveAll<2>, &SolveAll<3>,
-                                         &SolveAll<4>, &SolveAll<5>, &SolveAll<6>};
+  constexpr SolveUnknowns kUnknowns[] = {&SolveAll<1, false>, &SolveAll<2, false>, &SolveAll<3, false>,
+                                         &SolveAll<4, false>, &SolveAll<5, false>, &SolveAll<6, false>};
+  constexpr SolveUnknowns kLimited[] = {&SolveAll<1, true>, &SolveAll<2, true>, &SolveAll<3, true>,
+                                        &SolveAll<4, true>, &SolveAll<5, true>, &SolveAll<6, true>};
   const int32_t unknowns = problem.baseK != nullptr ? size : size - 1;
   if (unknowns == 0) return EvaluateSingles(problem, subsets, count, solutions);
-  kUnknowns[unknowns - 1](problem, static_cast<std::size_t>(size), subsets, count, solutions);
+  const SolveUnknowns solve = (problem.least != nullptr ? kLimited : kUnknowns)[unknowns - 1];
+  solve(problem, static_cast<std::size_t>(size), subsets, count, solutions);
 }
 
 }  // namespace

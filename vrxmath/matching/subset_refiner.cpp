@@ -6,23 +6,22 @@
 
 namespace vrx {
 
-// Shares within limits that make up 1: what is missing is spread over the room that is left, and likewise what is too
-// much. With a substrate the limits alone count.
-bool SubsetRefiner::MoveWithin(const Limits& limits, std::size_t size, Vector& shares) const {
+bool MoveWithinLimits(const double* least, const double* most, std::size_t size, bool isWhole,
+                      double* shares) {
   double total = 0.0, room = 0.0, excess = 0.0;
   for (std::size_t i = 0; i < size; ++i) {
-    shares[i] = std::min(std::max(shares[i], limits.least[i]), limits.most[i]);
+    shares[i] = std::min(std::max(shares[i], least[i]), most[i]);
     total += shares[i];
-    room += limits.most[i] - shares[i];
-    excess += shares[i] - limits.least[i];
+    room += most[i] - shares[i];
+    excess += shares[i] - least[i];
   }
-  if (problem_.baseK != nullptr) return true;
+  if (!isWhole) return true;
   const double missing = 1.0 - total;
   constexpr double kRounding = 1e-12;
   if (missing > room + kRounding || -missing > excess + kRounding) return false;
   for (std::size_t i = 0; i < size; ++i) {
-    if (missing > 0.0 && room > 0.0) shares[i] += missing * (limits.most[i] - shares[i]) / room;
-    if (missing < 0.0 && excess > 0.0) shares[i] += missing * (shares[i] - limits.least[i]) / excess;
+    if (missing > 0.0 && room > 0.0) shares[i] += missing * (most[i] - shares[i]) / room;
+    if (missing < 0.0 && excess > 0.0) shares[i] += missing * (shares[i] - least[i]) / excess;
   }
   return true;
 }
@@ -32,12 +31,13 @@ void SubsetRefiner::AddCurves(uint16_t colorant, double share, SpectralCurve& K,
                               SpectralCurve& dK, SpectralCurve& dS) const {
   const CColorantLevelArray& levels = offer_.colorants[colorant].component->GetLevels();
   const CColorantLevel* upper = levels.begin();
-  while (upper != levels.end() && upper->concentration < share) ++upper;
+  const double concentration = share * offer_.mostLoad;  // of the whole
+  while (upper != levels.end() && upper->concentration < concentration) ++upper;
   const bool isBetween = upper != levels.begin() && upper != levels.end();
   const CColorantLevel& high = upper == levels.end() ? *(upper - 1) : *upper;
   const CColorantLevel& low = isBetween ? *(upper - 1) : high;
   const double width = high.concentration - low.concentration;
-  const double t = isBetween ? (share - low.concentration) / width : 0.0;
+  const double t = isBetween ? (concentration - low.concentration) / width : 0.0;
   for (int32_t w = 0; w < kWavelengths; ++w) {
     const auto i = static_cast<std::size_t>(w);
     const double K0 = low.values[0].absorption[w], K1 = high.values[0].absorption[w];
@@ -45,31 +45,66 @@ void SubsetRefiner::AddCurves(uint16_t colorant, double share, SpectralCurve& K,
     const double unitK = K0 + t * (K1 - K0), unitS = S0 + t * (S1 - S0);
     K[i] += share * unitK;
     S[i] += share * unitS;
-    dK[i] = isBetween ? unitK + share * (K1 - K0) / width : unitK;
-    dS[i] = isBetween ? unitS + share * (S1 - S0) / width : unitS;
+    dK[i] = isBetween ? unitK + concentration * (K1 - K0) / width : unitK;
+    dS[i] = isBetween ? unitS + concentration * (S1 - S0) / width : unitS;
   }
   if (problem_.baseK != nullptr) {  // the substrate alone scatters
     for (std::size_t i = 0; i < kWavelengths; ++i) S[i] = problem_.baseS[i], dS[i] = 0.0;
   }
 }
 
-void SubsetRefiner::Evaluate(const uint16_t* subset, std::size_t size, const Vector& shares,
-                             const double* prices, Point& point) const {
-  SpectralCurve K{}, S{}, R;
-  std::array<SpectralCurve, kMost> dK, dS;
+void SubsetRefiner::Mix(const uint16_t* subset, std::size_t size, const Vector& shares, SpectralCurve& K,
+                        SpectralCurve& S, std::array<SpectralCurve, kMost>& dK,
+                        std::array<SpectralCurve, kMost>& dS) const {
   if (problem_.baseK != nullptr) {
     std::copy(problem_.baseK, problem_.baseK + kWavelengths, K.begin());
     std::copy(problem_.baseS, problem_.baseS + kWavelengths, S.begin());
   }
   for (std::size_t i = 0; i < size; ++i) AddCurves(subset[i], shares[i], K, S, dK[i], dS[i]);
+}
+
+void SubsetRefiner::CurveAt(const uint16_t* subset, std::size_t size, const Vector& shares,
+                            SpectralCurve& R) const {
+  SpectralCurve K{}, S{};
+  std::array<SpectralCurve, kMost> dK, dS;
+  Mix(subset, size, shares, K, S, dK, dS);
+  for (std::size_t w = 0; w < kWavelengths; ++w) {
+    const double sum = std::sqrt(K[w] * (K[w] + 2.0 * S[w])) + K[w] + S[w];
+    R[w] = problem_.surface * S[w] / (sum - problem_.k2 * S[w]) - problem_.target[w];
+  }
+}
+
+void SubsetRefiner::SetRows(const uint16_t* subset, std::size_t size, const Vector& shares,
+                            Rows& rows) const {
+  SpectralCurve K{}, S{};
+  std::array<SpectralCurve, kMost> dS;
+  std::array<SpectralCurve, kMost>& dK = rows.dR;
+  Mix(subset, size, shares, K, S, dK, dS);
   for (std::size_t w = 0; w < kWavelengths; ++w) {
     const double b = std::max(std::sqrt(K[w] * (K[w] + 2.0 * S[w])), 1e-30);
     const double sum = b + K[w] + S[w];
     const double d = sum - problem_.k2 * S[w];
-    R[w] = problem_.surface * S[w] / d - problem_.target[w];
+    rows.R[w] = problem_.surface * S[w] / d - problem_.target[w];
     const double slope = problem_.surface * sum / (b * d * d);
     for (std::size_t i = 0; i < size; ++i) dK[i][w] = slope * (K[w] * dS[i][w] - S[w] * dK[i][w]);
   }
+  for (std::size_t row = 0; row < static_cast<std::size_t>(problem_.rows); ++row) {
+    const double* weights = problem_.weights + row * kWavelengths;
+    double y = problem_.offset[row];
+    Vector dy{};
+    for (std::size_t w = 0; w < kWavelengths; ++w) {
+      y += weights[w] * rows.R[w];
+      for (std::size_t i = 0; i < size; ++i) dy[i] += weights[w] * dK[i][w];
+    }
+    rows.y[row] = y;
+    rows.dy[row] = dy;
+  }
+}
+
+void SubsetRefiner::Evaluate(const uint16_t* subset, std::size_t size, const Vector& shares,
+                             const double* prices, Point& point) const {
+  Rows rows;
+  SetRows(subset, size, shares, rows);
   point = {};
   const auto addRow = [&](double importance, double y, const Vector& dy) {
     point.objective += importance * y * y;
@@ -79,15 +114,9 @@ void SubsetRefiner::Evaluate(const uint16_t* subset, std::size_t size, const Vec
     }
   };
   double square = 0.0;
-  for (std::ptrdiff_t row = 0; row < problem_.rows; ++row) {
-    const double* weights = problem_.weights + row * kWavelengths;
-    double y = problem_.offset[row];
-    Vector dy{};
-    for (std::size_t w = 0; w < kWavelengths; ++w) {
-      y += weights[w] * R[w];
-      for (std::size_t i = 0; i < size; ++i) dy[i] += weights[w] * dK[i][w];
-    }
-    addRow(problem_.importance[row / 3], y, dy);
+  for (std::size_t row = 0; row < static_cast<std::size_t>(problem_.rows); ++row) {
+    const double y = rows.y[row];
+    addRow(problem_.importance[row / 3], y, rows.dy[row]);
     square = row % 3 == 0 ? y * y : square + y * y;
     point.worst = std::max(point.worst, square);
   }
@@ -97,9 +126,37 @@ void SubsetRefiner::Evaluate(const uint16_t* subset, std::size_t size, const Vec
   }
   for (std::size_t w = 0; problem_.curveWeights != nullptr && w < kWavelengths; ++w) {
     Vector dy{};
-    for (std::size_t i = 0; i < size; ++i) dy[i] = dK[i][w];
-    addRow(problem_.curveWeights[w], R[w], dy);
+    for (std::size_t i = 0; i < size; ++i) dy[i] = rows.dR[i][w];
+    addRow(problem_.curveWeights[w], rows.R[w], dy);
   }
+}
+
+void SubsetRefiner::LampsAt(const uint16_t* subset, std::size_t size, const Vector& shares,
+                            std::vector<LampForm>& lamps, SpectralCurve& R) const {
+  Rows rows;
+  SetRows(subset, size, shares, rows);
+  R = rows.R;
+  lamps.assign(static_cast<std::size_t>(problem_.rows) / 3, {});
+  for (std::size_t row = 0; row < static_cast<std::size_t>(problem_.rows); ++row) {
+    LampForm& lamp = lamps[row / 3];
+    const double y = rows.y[row];
+    const Vector& dy = rows.dy[row];
+    lamp.square += y * y;
+    for (std::size_t i = 0; i < size; ++i) {
+      lamp.gradient[i] += dy[i] * y;
+      for (std::size_t j = 0; j < size; ++j) lamp.form[i][j] += dy[i] * dy[j];
+    }
+  }
+}
+
+SubsetRefiner::Limits SubsetRefiner::LimitsOf(const uint16_t* subset, std::size_t size) const {
+  Limits limits{};
+  for (std::size_t i = 0; i < size; ++i) {
+    limits.least[i] = offer_.colorants[subset[i]].least;
+    limits.most[i] = offer_.colorants[subset[i]].most;
+    if (problem_.baseK != nullptr && limits.most[i] == 1.0) limits.most[i] = HUGE_VAL;
+  }
+  return limits;
 }
 
 // The step of the free shares, those fixed having moved by `fixed`: the normal equations, bordered by the condition that
@@ -154,7 +211,6 @@ bool SubsetRefiner::SolveFree(const Point& point, const std::array<bool, kMost>&
   return true;
 }
 
-// The minimum of the quadratic model under the limits (primal active sets).
 bool SubsetRefiner::Minimise(const Point& point, const Limits& limits, std::size_t size, const Vector& shares,
                              Vector& step) const {
   std::array<bool, kMost> isFixed{};
@@ -200,16 +256,12 @@ bool SubsetRefiner::Minimise(const Point& point, const Limits& limits, std::size
 void SubsetRefiner::Solve(const uint16_t* subset, int32_t count, SubsetSolution& solution,
                           const double* prices) const {
   const auto size = static_cast<std::size_t>(count);
-  Limits limits{};
+  const Limits limits = LimitsOf(subset, size);
   Vector shares{};
-  for (std::size_t i = 0; i < size; ++i) {
-    limits.least[i] = offer_.colorants[subset[i]].least;
-    limits.most[i] = offer_.colorants[subset[i]].most;
-    if (problem_.baseK != nullptr && limits.most[i] == 1.0) limits.most[i] = HUGE_VAL;
-    shares[i] = solution.shares[i];
-  }
+  std::copy_n(solution.shares, size, shares.begin());
   solution.end = SubsetEnd::kUnsolved;
-  if (!MoveWithin(limits, size, shares)) return;
+  const bool isWhole = problem_.baseK == nullptr;
+  if (!MoveWithinLimits(limits.least.data(), limits.most.data(), size, isWhole, shares.data())) return;
   constexpr int kMostSteps = 60;
   constexpr double kSettled = 1e-13;
   Point point;

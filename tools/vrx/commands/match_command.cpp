@@ -3,12 +3,18 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/formula/prediction.h>
+#include <vrxmath/matching/former_recipes.h>
+#include <vrxmath/matching/leftovers.h>
 #include <vrxmath/matching/recipe.h>
+
+#include <vrxio/text/decimal.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
@@ -33,6 +39,9 @@ struct MatchOptions {
   double thickness = RecipeDefaults::kThickness;
   double minOpacity = 0.0;
   int prerank = 0;
+  std::string load;
+  std::string library;
+  double parts = 0.0;
   std::string formulas;
   std::string stock;
   std::string mostAddition = MostAdditionText(RecipeDefaults::kStockAddition);
@@ -42,9 +51,22 @@ struct MatchOptions {
 struct NamedTarget {
   std::string id;
   CRecipeTarget target;
+  std::vector<int32_t> geometries;  ///< of its curves
 };
 
-// Curves, or colours as L*, a*, b*.
+// Takes a curve to the target of its id when that was measured at another geometry; false when there is none.
+bool AddGeometry(const CurveRow& row, std::vector<NamedTarget>& targets) {
+  const auto found = std::ranges::find_if(targets, [&](const NamedTarget& target) {
+    return target.id == row.id && !target.geometries.empty() &&
+           !std::ranges::count(target.geometries, row.geometry);
+  });
+  if (row.geometry == kNoGeometry || row.kind != Sample::kCurve || found == targets.end()) return false;
+  found->target.others.Add(row.curve);
+  found->geometries.push_back(row.geometry);
+  return true;
+}
+
+// Curves, or colours as L*, a*, b*. Curves of one id at several geometries are one target.
 std::vector<NamedTarget> ReadTargets(const MatchOptions& options, ResultReport& report) {
   std::vector<NamedTarget> targets;
   CurveReader samples = OpenCurves(options.targets, options.search.input, Content::kCurvesOrColors);
@@ -54,7 +76,9 @@ std::vector<NamedTarget> ReadTargets(const MatchOptions& options, ResultReport& 
   report.SetMeasured(samples);
   CurveRow row;
   while (samples.Next(row)) {
-    NamedTarget named{std::string(row.id), {}};
+    if (AddGeometry(row, targets)) continue;
+    NamedTarget named{std::string(row.id), {}, {}};
+    if (row.geometry != kNoGeometry) named.geometries.push_back(row.geometry);
     if (row.kind == Sample::kCurve) {
       named.target.curve = row.curve;
     } else {
@@ -65,6 +89,23 @@ std::vector<NamedTarget> ReadTargets(const MatchOptions& options, ResultReport& 
   WarnAboutInput(samples);
   if (targets.empty()) throw InputError(options.targets + ": there is no row");
   return targets;
+}
+
+// The load of "3%", or of a range such as "1%:5%".
+void ParseLoad(const std::string& text, CRecipeSettings& settings) {
+  if (text.empty()) return;
+  const auto parse = [](std::string_view part, double& share) {
+    if (part.ends_with('%')) part.remove_suffix(1);
+    const bool isNumber = ParseDecimal(part, ',', share);
+    share /= 100.0;
+    return isNumber && share >= 0.0 && share <= 1.0;
+  };
+  const std::string_view all = text;
+  const std::size_t colon = std::min(all.find(':'), all.size());
+  const bool isLoad = parse(all.substr(0, colon), settings.leastLoad) &&
+                      parse(colon < all.size() ? all.substr(colon + 1) : all, settings.mostLoad) &&
+                      settings.leastLoad <= settings.mostLoad && settings.mostLoad > 0.0;
+  if (!isLoad) throw InputError("--load: percent of the recipe are expected, or a range such as 1:5");
 }
 
 CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& system) {
@@ -83,6 +124,7 @@ CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& syste
   settings.thickness = options.thickness;
   settings.leastOpacity = options.minOpacity;
   settings.prerank = options.prerank;
+  ParseLoad(options.load, settings);
   if (!options.backings.empty()) ReadBackings(options.backings, settings.black, settings.white);
   return settings;
 }
@@ -144,12 +186,22 @@ std::vector<CReflData> FirstCurves(const FOUND& found, CURVE curve) {
   return curves;
 }
 
+// True when a recipe may have something clear in it, so that its load is a question.
+bool HasClear(const ColorSystem& system) {
+  const bool isMixed = MixingLawOf(system.data.opticalModel) == MixingLaw::kTwoConstant;
+  return isMixed &&
+         std::ranges::any_of(system.data.resins, [](const CResin& resin) { return IsClear(resin); });
+}
+
 // Recipes, one row each.
 class RecipeRows {
  public:
   RecipeRows(const MatchOptions& options, const ColorSystem& system, const CRecipeSettings& settings,
              OutputStream& output, ResultReport& report)
       : system_(system),
+        hasLoad_(HasClear(system)),
+        hasErrors_(!system.calibrated.IsEmpty()),
+        hasLibrary_(!options.library.empty()),
         illuminants_(settings.illuminants.GetSize()),
         batchSize_(settings.batchSize),
         rows_(report.Rows(options.search.format, output, Columns(settings))) {}
@@ -160,22 +212,42 @@ class RecipeRows {
       const CRecipe& recipe = recipes[i];
       AddRow(target, i + 1, recipe, recipe.isWithinTolerance ? "ok" : "out of tolerance");
     }
-    if (!recipes.IsEmpty()) return;
+    if (recipes.IsEmpty()) AddNone(target);
+  }
+  // Former recipes of a target, adapted to it.
+  void Add(const std::string& target, const CAdaptedRecipeArray& adapted,
+           const std::vector<NamedBatch>& formers) {
+    for (int32_t i = 0; i < adapted.GetSize(); ++i) {
+      const CAdaptedRecipe& each = adapted[i];
+      from_ = formers[static_cast<std::size_t>(each.former)].id;
+      new_ = each.newColorants;
+      AddRow(target, i + 1, each.recipe, each.recipe.isWithinTolerance ? "ok" : "out of tolerance");
+    }
+    from_.clear();
+    new_.reset();
+  }
+  void Finish() { rows_->Finish(); }
+
+ private:
+  void AddNone(const std::string& target) {
     CRecipe none;
     none.differences.SetSize(illuminants_);
     std::fill(none.differences.begin(), none.differences.end(), kUnset);
     none.cost = kUnset;
     AddRow(target, 1, none, "no recipe");
   }
-  void Finish() { rows_->Finish(); }
 
- private:
-  static std::vector<Column> Columns(const CRecipeSettings& settings) {
+  // What depends on the system alone has its columns for all targets or for none.
+  std::vector<Column> Columns(const CRecipeSettings& settings) const {
     std::vector<Column> columns{{"target"}, {"rank"}, {"colorants"}, {"formula"}};
     for (const vrxIlluminant illuminant : settings.illuminants) {
       columns.push_back({"dE_" + CodeOf(illuminant), "dE " + CodeOf(illuminant)});
     }
-    for (const char* name : {"metamerism", "rms", "cost", "opacity", "status"}) columns.push_back({name});
+    for (const char* name : {"metamerism", "rms", "cost", "opacity"}) columns.push_back({name});
+    if (hasLoad_) columns.insert(columns.end(), {{"load"}, {"load_by", "load by"}});
+    if (hasErrors_) columns.insert(columns.end(), {{"expected"}, {"outside"}});
+    if (hasLibrary_) columns.insert(columns.end(), {{"from"}, {"new"}});
+    columns.insert(columns.end(), {{"folded"}, {"traces"}, {"status"}});
     return columns;
   }
 
@@ -189,11 +261,28 @@ class RecipeRows {
     for (const double difference : recipe.differences) rows_->Number(difference, tint);
     for (const double value : {recipe.metamerism, recipe.rms, recipe.cost, recipe.opacity})
       rows_->Number(value);
+    if (hasLoad_) {
+      rows_->Number(recipe.colorants > 0 ? 100.0 * recipe.load : kUnset);
+      rows_->Text(recipe.colorants > 0 ? LoadBasisText(recipe.loadBasis) : "");
+    }
+    if (hasErrors_) {
+      rows_->Number(recipe.expected);
+      rows_->Words(ComponentsText(recipe.outside), NamedComponentsText(recipe.outside, system_));
+    }
+    if (hasLibrary_) {
+      rows_->Text(from_);
+      rows_->Number(new_ ? static_cast<double>(*new_) : kUnset);
+    }
+    rows_->Integer(recipe.alike);
+    rows_->Words(ComponentsText(recipe.traces), NamedComponentsText(recipe.traces, system_));
     rows_->Text(status, tint);
     rows_->EndRow();
   }
 
   const ColorSystem& system_;
+  bool hasLoad_, hasErrors_, hasLibrary_;
+  std::string from_;            // of a former recipe
+  std::optional<int32_t> new_;  // colorants that it did not have
   int32_t illuminants_;
   double batchSize_;
   std::unique_ptr<RowWriter> rows_;
@@ -212,11 +301,23 @@ CCorrectionSettings CorrectionSettingsOf(const MatchOptions& options, const Colo
       settings.aim = CorrectionAim::kNearest;
       break;
     case RecipeOrder::kMetamerism:
+    case RecipeOrder::kExpected:
       throw InputError("--sort: with --from-stock it is fewest (the least additions), color or cost");
     default:
       settings.aim = CorrectionAim::kSmallest;
   }
   return settings;
+}
+
+// The parts of leftovers in a recipe, as "A12:350;B7:120.5".
+std::string PartsText(const CLeftoverRecipe& recipe, const std::vector<NamedBatch>& stock, double batchSize) {
+  std::string text;
+  for (std::size_t i = 0; i < stock.size(); ++i) {
+    const double amount = recipe.used[static_cast<std::ptrdiff_t>(i)];
+    if (!(amount > 0.0)) continue;
+    text += (text.empty() ? "" : ";") + stock[i].id + ":" + AmountText(amount, batchSize);
+  }
+  return text;
 }
 
 // Every batch of the stock brought to every target by additions.
@@ -300,10 +401,100 @@ class StockSearch {
   std::size_t done_ = 0;
 };
 
+// Recipes of parts of the stock and what is fresh.
+void RunFromParts(const MatchOptions& options) {
+  ResultReport report(options.report, ReportText::kRecipes);
+  const ColorSystem system = ReadColorSystem(options.search.system);
+  const std::vector<NamedTarget> targets = ReadTargets(options, report);
+  const std::vector<NamedBatch> stock = ReadStock(options.stock, system, options.search.input);
+  CRecipeSettings settings = SettingsOf(options, system);
+  settings.batchSize = options.parts;
+  CArrayVarex<CBatch> leftovers;
+  for (const NamedBatch& batch : stock) leftovers.Add(batch.batch);
+  std::vector<CLeftoverRecipeArray> found(targets.size());
+  {
+    SearchProgress progress(targets.size());
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+      settings.progress = progress.OfSearch(i);
+      RecipeNames names = NamesOf(options, targets[i]);
+      names.batch = names.formula = options.stock;
+      RefuseFaults(UseLeftovers(system.data, system.rules, leftovers, targets[i].target, settings, found[i]),
+                   system, settings, names);
+    }
+  }
+  std::vector<Column> columns{{"target"}, {"rank"}, {"colorants"}, {"leftovers"}, {"used"}, {"formula"}};
+  for (const vrxIlluminant illuminant : settings.illuminants) {
+    columns.push_back({"dE_" + CodeOf(illuminant), "dE " + CodeOf(illuminant)});
+  }
+  columns.insert(columns.end(), {{"cost"}, {"status"}});
+  OutputStream output;
+  DescribeRun(options, settings, report);
+  report.AddFile(ReportText::kStock, options.stock);
+  const std::unique_ptr<RowWriter> rows = report.Rows(options.search.format, output, columns);
+  for (std::size_t i = 0; i < targets.size(); ++i) {
+    int rank = 0;
+    for (const CLeftoverRecipe& each : found[i]) {
+      const Tint tint = each.recipe.isWithinTolerance ? Tint::kGood : Tint::kBad;
+      rows->Text(targets[i].id);
+      rows->Integer(++rank);
+      rows->Integer(each.recipe.colorants);
+      rows->Text(PartsText(each, stock, settings.batchSize));
+      rows->Number(each.total);
+      rows->Words(FormulaText(each.recipe.formula, settings.batchSize),
+                  NamedFormulaText(each.recipe.formula, system, settings.batchSize));
+      for (const double difference : each.recipe.differences) rows->Number(difference, tint);
+      rows->Number(each.recipe.cost);
+      rows->Text(each.recipe.isWithinTolerance ? "ok" : "out of tolerance", tint);
+      rows->EndRow();
+    }
+  }
+  rows->Finish();
+  const auto curveOf = [](const CLeftoverRecipe& each) { return each.recipe.curve; };
+  AddPictures(
+      settings, targets, [&](std::size_t i) { return FirstCurves(found[i], curveOf); }, report);
+  report.Save();
+  output.Finish();
+}
+
 void RunFromStock(const MatchOptions& options) {
+  if (options.parts != 0.0 && !(options.parts > 0.0 && options.parts <= 1e9))
+    throw InputError("--parts: an amount above 0 is expected");
+  if (options.parts > 0.0) return RunFromParts(options);
   StockSearch search(options);
   search.Check();
   search.Run();
+}
+
+std::vector<NamedBatch> FormersOf(const MatchOptions& options, const ColorSystem& system) {
+  if (options.library.empty()) return {};
+  return ReadStock(options.library, system, options.search.input, false);
+}
+
+// The former recipes of a library, adapted to each target; nothing without a library.
+std::vector<CAdaptedRecipeArray> AdaptAll(const MatchOptions& options, const ColorSystem& system,
+                                          const std::vector<NamedTarget>& targets,
+                                          const std::vector<NamedBatch>& made, CRecipeSettings settings) {
+  if (made.empty()) return {};
+  CFormerRecipeArray formers;
+  for (const NamedBatch& each : made) {
+    CFormerRecipe former;
+    former.id = CString::FromUtf8(each.id);
+    former.formula = each.batch.formula;
+    former.curve = each.batch.curve;
+    formers.Add(former);
+  }
+  std::vector<CAdaptedRecipeArray> adapted(targets.size());
+  settings.progress = {};
+  for (std::size_t i = 0; i < targets.size(); ++i) {
+    const RecipeOutcome outcome =
+        AdaptFormerRecipes(system.data, system.rules, formers, targets[i].target, settings, adapted[i]);
+    if (outcome.fault == RecipeFault::kNeedsCurve) {
+      throw InputError(options.targets + ": target \"" + targets[i].id +
+                       "\": --library needs a curve, not L, a, b");
+    }
+    RefuseFaults(outcome, system, settings, NamesOf(options, targets[i]));
+  }
+  return adapted;
 }
 
 void RunMatch(const MatchOptions& options) {
@@ -325,6 +516,8 @@ void RunMatch(const MatchOptions& options) {
       RefuseFaults(outcome, system, settings, NamesOf(options, targets[i]));
     }
   }
+  const std::vector<NamedBatch> made = FormersOf(options, system);
+  const std::vector<CAdaptedRecipeArray> adapted = AdaptAll(options, system, targets, made, settings);
   OutputStream output;
   DescribeRun(options, settings, report);
   RecipeRows rows(options, system, settings, output, report);
@@ -332,6 +525,7 @@ void RunMatch(const MatchOptions& options) {
   const auto without = std::ranges::count_if(found, [](const CRecipeArray& each) { return each.IsEmpty(); });
   for (std::size_t i = 0; i < targets.size(); ++i) {
     rows.Add(targets[i].id, found[i]);
+    if (!adapted.empty()) rows.Add(targets[i].id, adapted[i], made);
     for (int32_t rank = 1; rank <= found[i].GetSize(); ++rank) {
       formulas.push_back({targets[i].id + " " + std::to_string(rank), found[i][rank - 1].formula});
     }
@@ -374,6 +568,29 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
                            .AddOption("--min-amount", options.search.choice.minAmount,
                                       "Least share of every colorant, percent")
                            .Shows("PERCENT [0]");
+  const Option load =
+      command
+          .AddOption("--load", options.load,
+                     "Percent of a recipe that its colorants make up beside a clear resin, or a range")
+          .Shows("PERCENT|LEAST:MOST");
+  const Option range = command.AddFlag("--within-range", options.search.choice.withinRange,
+                                       "No share outside of the range in which its component was calibrated");
+  const Option trace =
+      command
+          .AddOption("--trace", options.search.criterion.trace,
+                     "A colorant is a trace when leaving it out changes the colour by less; off: none is")
+          .Shows("DE [a tenth of --tolerance]");
+  const Option library = command
+                             .AddOption("--library", options.library,
+                                        "Former recipes to adapt: measured curves with a column formula")
+                             .ReadsFile()
+                             .Shows("FILE");
+  command
+      .AddOption(
+          "--parts", options.parts,
+          "With --from-stock: recipes of this amount from parts of several batches, most used up first")
+      .Shows("AMOUNT")
+      .Needs(stock);
   const Option prerank =
       command
           .AddOption("--prerank", options.prerank,
@@ -383,7 +600,8 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
       command.AddOption("--formulas", options.formulas, "Write the recipes to a JSON file for vrx predict")
           .WritesFile()
           .Shows("FILE");
-  for (const Option& option : {backings, size, least, prerank, formulas}) stock.Excludes(option);
+  for (const Option& option : {backings, size, least, load, range, trace, library, prerank, formulas})
+    stock.Excludes(option);
 }
 
 }  // namespace
@@ -395,7 +613,7 @@ void AddMatch(Command& tool) {
   command.AddOption("TARGETS", options->targets, "Curves, or colours as columns L, a, b, a CSV file")
       .ReadsFile()
       .Required();
-  command.AddChoice("--sort", options->order, {"fewest", "color", "metamerism", "cost"},
+  command.AddChoice("--sort", options->order, {"fewest", "color", "metamerism", "cost", "expected"},
                     "The order of recipes within the tolerance");
   AddSearchOptions(command, options->search, RecipePurpose::kRecipe);
   Option stock = command
@@ -411,8 +629,14 @@ void AddMatch(Command& tool) {
   AddReportOptions(command, options->report);
   command.SetNotes(
       "Recipes within the tolerance come first, then by --sort, then by the largest difference over the\n"
-      "illuminants; recipes that differ by traces (0.1 %) are told as one. With L, a, b only the first\n"
-      "illuminant counts. A target without any has a row with the status \"no recipe\".\n\n"
+      "illuminants; recipes that differ only by traces (--trace) are listed as one, with how many others\n"
+      "there are (folded) and which components are traces. With L, a, b only the first illuminant counts.\n"
+      "A target without any has a row with the status \"no recipe\".\n\n"
+      "Where the colour system has a clear resin, the colour does not depend on how much of it there is:\n"
+      "--load says it, --min-opacity finds the least load that hides, and load_by what it rests on. Where "
+      "the\n"
+      "system knows how it was calibrated, expected is the error that nine of ten predictions do not "
+      "exceed.\n\n"
       "Examples:\n"
       "  vrx match examples/acrylic_paints.json examples/chart_average.csv --specular excluded --top 3\n"
       "  vrx match system.json targets.csv --require 1 --max-colorants 3 --sort cost --limits shelf.csv\n"

@@ -55,15 +55,17 @@ std::string ParseFormula(std::string_view text, const ColorSystem& system, CDbFo
 }  // namespace
 
 std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
-                                  const CurveInputOptions& input) {
+                                  const CurveInputOptions& input, bool needsAmount) {
   CurveReader curves = OpenCurves(path, input, Content::kCurves, IsStockColumn);
-  const std::size_t formula = ColumnOf(curves, kFormula, path), amount = ColumnOf(curves, kAmount, path);
+  const std::size_t formula = ColumnOf(curves, kFormula, path);
+  const std::size_t amount = needsAmount ? ColumnOf(curves, kAmount, path) : 0;
   std::vector<NamedBatch> stock;
   CurveRow row;
   while (curves.Next(row)) {
     NamedBatch named{std::string(row.id), {}};
     named.batch.curve = row.curve;
-    if (!ParseDecimal(row.extras[amount], ',', named.batch.size) || !(named.batch.size > 0.0)) {
+    if (needsAmount &&
+        (!ParseDecimal(row.extras[amount], ',', named.batch.size) || !(named.batch.size > 0.0))) {
       curves.Source().FailExtra(amount, "an amount above 0 is expected");
     }
     const std::string fault = ParseFormula(row.extras[formula], system, named.batch.formula);

@@ -34,9 +34,9 @@ struct StockCorrection {
 };
 
 /// The batches of a file of curves with the columns `formula` ("1:94;7:1.5", components by id or name) and `amount`.
-/// Throws InputError for a row that is not one.
+/// Throws InputError for a row that is not one. Of recipes that were made once the amount does not matter.
 std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
-                                  const CurveInputOptions& input);
+                                  const CurveInputOptions& input, bool needsAmount = true);
 
 /// The only curve of a file. Throws InputError when there is none or more than one.
 CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input);

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 #include <vrxio/csv/csv_reader.h>
@@ -28,7 +29,7 @@ int DecimalsFor(double batchSize) {
 }
 
 // A number with at most so many decimals and no zeros behind them.
-std::string AmountText(double amount, int decimals) {
+std::string DecimalsText(double amount, int decimals) {
   std::array<char, 400> text;
   const auto end =
       std::to_chars(text.data(), text.data() + text.size(), amount, std::chars_format::fixed, decimals);
@@ -103,6 +104,16 @@ void AddUses(const std::vector<std::string>& lists, const std::string& option, C
   }
 }
 
+// A difference, or "off" for none; nothing for the default.
+std::optional<double> ParseTrace(const std::string& text) {
+  if (text.empty()) return {};
+  if (EqualsIgnoringCase(text, "off")) return 0.0;
+  double trace = 0.0;
+  if (!ParseDecimal(text, ',', trace) || !(trace >= 0.0 && trace <= 1e6))
+    throw InputError("--trace: a difference, 0 or more, or off is expected");
+  return trace;
+}
+
 }  // namespace
 
 void CriterionOptions::Apply(CRecipeSettings& settings) const {
@@ -116,6 +127,7 @@ void CriterionOptions::Apply(CRecipeSettings& settings) const {
   settings.mode = specular;
   if (!(tolerance >= 0.0)) throw InputError("--tolerance: a difference, 0 or more, is expected");
   settings.tolerance = tolerance;
+  settings.trace = ParseTrace(trace);
   settings.weights.RemoveAll();
   if (weights.empty()) return;
   const std::vector<double> numbers = ParseNumbers(weights, "--weights");
@@ -138,7 +150,7 @@ void AddCriterionOptions(Command& command, CriterionOptions& options) {
                     "What is made small: colour differences, the difference of the curves, or both");
   AddSpecularOption(command, options.specular);
   command.AddOption("--tolerance", options.tolerance, "Largest difference under any illuminant")
-      .Shows("DE [" + AmountText(RecipeDefaults::kTolerance, 2) + "]");
+      .Shows("DE [" + DecimalsText(RecipeDefaults::kTolerance, 2) + "]");
 }
 
 void ChoiceOptions::Apply(const ColorSystem& system, CRecipeSettings& settings) const {
@@ -149,6 +161,10 @@ void ChoiceOptions::Apply(const ColorSystem& system, CRecipeSettings& settings) 
   }
   settings.mostColorants = maxColorants;
   settings.leastAmount = minAmount / kPercent;
+  settings.isWithinRange = withinRange;
+  if (withinRange && system.calibrated.IsEmpty())
+    throw InputError("--within-range: the colour system has no calibrated ranges");
+  settings.calibrated = system.calibrated;
   settings.components.RemoveAll();
   AddUses(require, "--require", CRecipeComponent::kRequired, system, settings);
   AddUses(exclude, "--exclude", CRecipeComponent::kExcluded, system, settings);
@@ -230,12 +246,32 @@ std::string NoComponentText(std::string_view text) {
   return "the colour system has no component \"" + std::string(text) + "\"";
 }
 
+std::string AmountText(double amount, double batchSize) {
+  return DecimalsText(amount, DecimalsFor(batchSize));
+}
+
 std::string FormulaText(const CDbFormula& formula, double batchSize) {
   const int decimals = DecimalsFor(batchSize);
   std::string text;
   for (const CDbFormulaElement& line : formula) {
     if (!text.empty()) text += ';';
-    text += std::to_string(line.componentId) + ":" + AmountText(line.amount, decimals);
+    text += std::to_string(line.componentId) + ":" + DecimalsText(line.amount, decimals);
+  }
+  return text;
+}
+
+std::string ComponentsText(const CDWordArray1& ids) {
+  std::string text;
+  for (const uint32_t id : ids) text += (text.empty() ? "" : ";") + std::to_string(id);
+  return text;
+}
+
+std::string NamedComponentsText(const CDWordArray1& ids, const ColorSystem& system) {
+  std::string text;
+  for (const uint32_t id : ids) {
+    const CComponent* const component = ComponentOfId(system, id);
+    text += text.empty() ? "" : ", ";
+    text += component != nullptr ? component->GetName().ToUtf8() : std::to_string(id);
   }
   return text;
 }
@@ -251,7 +287,7 @@ std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& syste
   for (const CDbFormulaElement* line : lines) {
     const CComponent* component = ComponentOfId(system, static_cast<uint32_t>(line->componentId));
     if (!text.empty()) text += " + ";
-    text += AmountText(line->amount, decimals) + " " +
+    text += DecimalsText(line->amount, decimals) + " " +
             (component != nullptr ? component->GetName().ToUtf8() : std::to_string(line->componentId));
   }
   return text;

@@ -27,6 +27,7 @@ struct CriterionOptions {
   RecipeObjective objective = RecipeObjective::kTristimulus;
   SaundersonMode specular = SaundersonMode::kIncluded;
   double tolerance = RecipeDefaults::kTolerance;
+  std::string trace;
 
   /// Writes them into the settings. Throws InputError for what cannot be used.
   void Apply(CRecipeSettings& settings) const;
@@ -45,6 +46,7 @@ struct ChoiceOptions {
   std::vector<std::string> exclude;
   std::string limits;
   double minAmount = 0.0;  ///< percent
+  bool withinRange = false;
   int maxColorants = RecipeDefaults::kMostColorants;
 
   void Apply(const ColorSystem& system, CRecipeSettings& settings) const;
@@ -78,9 +80,16 @@ const CComponent* ComponentNamed(const ColorSystem& system, std::string_view tex
 /// The message about a component that the system does not have.
 std::string NoComponentText(std::string_view text);
 
+/// An amount of a recipe of a batch size, with the decimals of FormulaText.
+std::string AmountText(double amount, double batchSize);
+
 /// A formula as "1:94;7:1.5;16:4.5": components and amounts, these with as many decimals as shares of 1e-6 of a batch take,
 /// and at least four, but without zeros at the end.
 std::string FormulaText(const CDbFormula& formula, double batchSize);
+/// Components by number, as "9;14".
+std::string ComponentsText(const CDWordArray1& ids);
+/// Components by name, as "Pyrrole Red, Carbon Black".
+std::string NamedComponentsText(const CDWordArray1& ids, const ColorSystem& system);
 /// A formula for people: "94 Titanium White + 4.5 Cerulean Blue", the largest amount first.
 std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& system, double batchSize);
 
