@@ -83,6 +83,10 @@ constexpr std::array kCommandLines = {
     "plot histogram @CURVES @IN --output @out.png",
     "plot illuminants @CURVES @IN --output @out.svg",
     "plot angles @IN @IN --output @out.svg",
+    "convert @IN @out.csv --lenient",
+    "convert @IN @out.txt --percent",
+    "convert @IN @out.cxf --grid 380-730/10 --percent",
+    "info @IN --percent",
 };
 
 void AbortUnlessDriven(std::string_view command) {
