@@ -244,6 +244,16 @@ std::string_view SpecularName(SaundersonMode mode) {
   return kSpecularNames.at(static_cast<std::size_t>(mode));
 }
 
+SaundersonMode SpecularOf(const ColorSystem& system, std::optional<SaundersonMode> given,
+                          std::string& complaint) {
+  complaint.clear();
+  if (given && system.specular && *given != *system.specular) {
+    complaint = "the system was calibrated on curves with the surface " +
+                std::string(SpecularName(*system.specular)) + ", not " + std::string(SpecularName(*given));
+  }
+  return system.specular ? *system.specular : given.value_or(SaundersonMode::kIncluded);
+}
+
 ColorSystem ReadColorSystem(const std::string& path) {
   const JsonDocument document(path);
   const JsonField root(document);

@@ -29,6 +29,11 @@ struct ColorSystem {
 /// The words of the file for `specular`, in the order of SaundersonMode: included, excluded, none.
 std::string_view SpecularName(SaundersonMode mode);
 
+/// How the surface enters the curves of a system: as its file says, else as `given`, else included. `complaint` is empty
+/// unless the file and what is given contradict each other, and then says how.
+SaundersonMode SpecularOf(const ColorSystem& system, std::optional<SaundersonMode> given,
+                          std::string& complaint);
+
 /// The components in the order of the file. They live in the system.
 std::vector<const CComponent*> ComponentsInOrder(const ColorSystem& system);
 
