@@ -63,21 +63,44 @@ double LargestBelow(Grid& a, int32_t i) {
   return *std::max_element(largest, largest + kGroup);
 }
 
+/// Up to this many unknowns a call of a kernel for every step takes longer than the step.
+constexpr int32_t kFewUnknowns = 12;
+
 /// The row at or below the diagonal with the largest magnitude in column i, the upper one of equals.
 int32_t PartialPivot(Grid& a, int32_t i) {
+  int32_t pivot = i;
+  if (a.Rows() <= kFewUnknowns) {
+    double largest = std::fabs(a[i][i]);
+    for (int32_t k = i + 1; k < a.Rows(); ++k) {
+      const double magnitude = std::fabs(a[k][i]);
+      if (magnitude > largest) pivot = k, largest = magnitude;
+    }
+    return pivot;
+  }
   const double largest = LargestBelow(a, i);
   if (!(largest > std::fabs(a[i][i]))) return i;
-  int32_t pivot = i + 1;
+  ++pivot;
   while (std::fabs(a[pivot][i]) != largest) ++pivot;
   return pivot;
 }
 
+/// One row of the kernel's eliminateByDivision, with its operations in its order.
+void EliminateRow(const double* __restrict pivotRow, double* __restrict row, int32_t count) {
+  const double factor = row[0], pivot = pivotRow[0];
+  for (int32_t k = 0; k < count; ++k) row[k] -= pivotRow[k] * factor / pivot;
+}
+
 bool ReduceToTriangle(Grid& a) {
+  const bool few = a.Rows() <= kFewUnknowns;
   for (int32_t i = 0; i < a.Rows(); ++i) {
     SwapGridRows(a, i, PartialPivot(a, i));
     if (std::fabs(a[i][i]) < kSingularPivot) return false;
-    CurrentKernels<MatrixKernels>().eliminateByDivision(a[i] + i, a.Block(i + 1, a.Rows(), i),
-                                                        a.Columns() - i);
+    const int32_t count = a.Columns() - i;
+    if (few) {
+      for (int32_t k = i + 1; k < a.Rows(); ++k) EliminateRow(a[i] + i, a[k] + i, count);
+    } else {
+      CurrentKernels<MatrixKernels>().eliminateByDivision(a[i] + i, a.Block(i + 1, a.Rows(), i), count);
+    }
   }
   return true;
 }
@@ -183,6 +206,19 @@ class FullPivoting {
 };
 
 }  // namespace
+
+CMatrix& CMatrix::operator=(const CMatrix& other) {
+  const auto isAsLong = [](const CDoubleArray1& a, const CDoubleArray1& b) {
+    return a.GetSize() == b.GetSize();
+  };
+  if (this == &other) return *this;
+  if (std::equal(begin(), end(), other.begin(), other.end(), isAsLong)) {
+    for (int32_t i = 0; i < GetSize(); ++i) std::copy(other[i].begin(), other[i].end(), (*this)[i].begin());
+  } else {
+    CArrayVarex::operator=(other);
+  }
+  return *this;
+}
 
 CMatrix::~CMatrix() = default;
 

@@ -38,7 +38,8 @@ class VRX_API CMatrix : public CArrayVarex<CDoubleArray1> {
   /// As SetSize.
   CMatrix(uint32_t rows, uint32_t columns) { SetSize(rows, columns); }
   CMatrix(const CMatrix&) = default;
-  CMatrix& operator=(const CMatrix&) = default;
+  /// Copies the rows; between matrices of one shape without an allocation.
+  CMatrix& operator=(const CMatrix& other);
   ~CMatrix() override;
 
   /// Makes the matrix `rows` x `columns`. Cells that stay keep their value, new ones are 0.0. Throws
