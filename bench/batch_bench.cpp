@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include <vrxmath/batch/appearance_batch.h>
 #include <vrxmath/batch/color_space_batch.h>
 #include <vrxmath/batch/color_value_batch.h>
 #include <vrxmath/batch/difference_batch.h>
@@ -290,6 +291,57 @@ void MeasureJudging(std::size_t n) {
       });
 }
 
+// ---- appearance: adaptation, colour-appearance models, uniform spaces, grades
+
+void MeasureAppearance(std::size_t n) {
+  const Colors samples(n, 11), standards(n, 12);
+  std::vector<Xyz> xyz;
+  std::vector<CColorValues> colors(n);
+  std::vector<Lab> s, t;
+  for (std::size_t i = 0; i < n; ++i) {
+    xyz.push_back({samples.xyz[3 * i], samples.xyz[3 * i + 1], samples.xyz[3 * i + 2]});
+    colors[i].tristimulus.SetValues(xyz.back());
+    const double* a = &standards.lab[5 * i];
+    const double* b = &samples.lab[5 * i];
+    s.push_back({a[0], a[1], a[2], a[3], a[4]});
+    t.push_back({b[0], b[1], b[2], b[3], b[4]});
+  }
+  const White d65 = {94.811, 100.0, 107.304}, a = {111.144, 100.0, 35.2};
+  const Matrix3 matrix = AdaptationMatrix(AdaptationTransform::kCat16, d65, a);
+  MeasureOwn<double, 3>(
+      n, "CAT16", [&](auto& out) { AdaptBatch(AdaptationTransform::kCat16, d65, a, 1.0, samples.xyz, out); },
+      [&](std::size_t i, double* out) {
+        const Xyz adapted = Adapt(xyz[i], matrix);
+        out[0] = adapted.X, out[1] = adapted.Y, out[2] = adapted.Z;
+      });
+  White white;
+  if (!FindWhite(kD65, kObserver, white)) return;
+  const AppearanceTerms terms = AppearanceTermsOf(AppearanceModel::kCam16, white);
+  MeasureOwn<double, 6>(
+      n, "CAM16",
+      [&](auto& out) { AppearanceBatch(AppearanceModel::kCam16, kD65, kObserver, {}, samples.xyz, out); },
+      [&](std::size_t i, double* out) {
+        const Appearance look = AppearanceFromXyz(terms, xyz[i]);
+        const double values[] = {look.J, look.C, look.h, look.Q, look.M, look.s};
+        std::copy_n(values, 6, out);
+      });
+  for (const std::int32_t system : {vrxSystemDin99o, vrxSystemCam16Ucs, vrxSystemOklab, vrxSystemItp}) {
+    MeasureOwn<double, 5>(
+        n, DifferenceSystemName(system, NameLength::kShort).ToUtf8().c_str(),
+        [&](auto& out) { CoordinatesBatch(system, kD65, kObserver, samples.xyz, out); },
+        [&](std::size_t i, double* out) {
+          FillCoordinates(system, kD65, kObserver, colors[i]);
+          std::copy_n(colors[i].lab.GetData(), 5, out);
+        });
+  }
+  for (const GreyScale scale : {GreyScale::kChange, GreyScale::kStaining}) {
+    MeasureOwn<double, 1>(
+        n, scale == GreyScale::kChange ? "grade of change" : "grade of staining",
+        [&](auto& out) { GradeBatch(scale, standards.lab, samples.lab, out); },
+        [&](std::size_t i, double* out) { *out = GreyScaleGrade(scale, s[i], t[i]); });
+  }
+}
+
 // ---- nearest standards, cores, growth
 
 void MeasureNearest(std::size_t n) {
@@ -405,6 +457,7 @@ int main(int argc, char** argv) {
     MeasureLab(2'048);
     MeasureDifferences(2'048);
     MeasureJudging(2'048);
+    MeasureAppearance(2'048);
   }
   UseInstructionSet(widest);
   MeasureTristimulus(1'000'000, 1, ">= 2");

@@ -228,7 +228,16 @@ enum {
   VRX_SYSTEM_AUDI = 9,
   VRX_SYSTEM_DIN99 = 10,   /* kCH, kE; dE*ab unless own_formula is set */
   VRX_SYSTEM_CIE2000 = 11, /* kL, kC, kH, total */
-  VRX_SYSTEM_DIN6175 = 12  /* gL, gC, gH */
+  VRX_SYSTEM_DIN6175 = 12, /* gL, gC, gH */
+  VRX_SYSTEM_DIN99O = 13,  /* DIN 6176:2018 */
+  VRX_SYSTEM_DIN99B = 14,
+  VRX_SYSTEM_DIN99C = 15,
+  VRX_SYSTEM_DIN99D = 16,
+  VRX_SYSTEM_CAM02_UCS = 17,
+  VRX_SYSTEM_CAM16_UCS = 18,
+  VRX_SYSTEM_OKLAB = 19, /* times 100 */
+  VRX_SYSTEM_ITP = 20,   /* ITU-R BT.2124 */
+  VRX_SYSTEM_HYAB = 21
 };
 
 /* A difference system. vrx_default_system fills it with the parameters under which the system is usually quoted, and an

@@ -9,6 +9,7 @@
 #include <limits>
 #include <vector>
 
+#include <vrxmath/batch/appearance_batch.h>
 #include <vrxmath/batch/color_space_batch.h>
 #include <vrxmath/batch/color_value_batch.h>
 #include <vrxmath/batch/colorant_batch.h>
@@ -256,6 +257,65 @@ TEST(Spaces, BatchesHaveTheBitsOfTheSingleConversions) {
   }
 }
 
+TEST(Spaces, CoordinatesOfSystemsHaveTheBitsOfTheSingleColour) {
+  const Pairs pairs(10'007, 11);
+  for (std::int32_t system = 0; system < kDifferenceSystems; ++system) {
+    for (const vrxIlluminant illuminant : {kD65, vrxIllumA}) {
+      SCOPED_TRACE(testing::Message() << system << " under " << illuminant);
+      std::vector<double> expected, got(5 * pairs.size());
+      CColorValues color;
+      for (std::size_t i = 0; i < pairs.size(); ++i) {
+        color.tristimulus = {pairs.xyz[1][3 * i], pairs.xyz[1][3 * i + 1], pairs.xyz[1][3 * i + 2]};
+        FillCoordinates(system, illuminant, kObserver10, color);
+        expected.insert(expected.end(), color.lab.begin(), color.lab.end());
+      }
+      OnEverySet([&] {
+        EXPECT_TRUE(CoordinatesBatch(system, illuminant, kObserver10, pairs.xyz[1], got));
+        EXPECT_EQ(CountDifferent(got, expected), 0u);
+      });
+    }
+  }
+}
+
+TEST(Appearance, BatchesHaveTheBitsOfTheSingleColour) {
+  const Pairs pairs(10'007, 12);
+  const std::size_t n = pairs.size();
+  White d65, a;
+  ASSERT_TRUE(FindWhite(kD65, kObserver10, d65) && FindWhite(vrxIllumA, kObserver10, a));
+  const Matrix3 matrix = AdaptationMatrix(AdaptationTransform::kCat16, d65, a, 0.8);
+  const AppearanceTerms terms = AppearanceTermsOf(AppearanceModel::kCam16, d65);
+  std::vector<double> adapted, looks, jch, back, grades[3];
+  for (std::size_t i = 0; i < n; ++i) {
+    const Color s = pairs.At(0, i), t = pairs.At(1, i);
+    const Xyz under = Adapt(t.xyz, matrix);
+    adapted.insert(adapted.end(), {under.X, under.Y, under.Z});
+    const vrx::Appearance look = AppearanceFromXyz(terms, t.xyz);
+    looks.insert(looks.end(), {look.J, look.C, look.h, look.Q, look.M, look.s});
+    jch.insert(jch.end(), {look.J, look.C, look.h});
+    const Xyz xyz = IsUnset(t.xyz) ? t.xyz : XyzFromAppearance(terms, look.J, look.C, look.h);
+    back.insert(back.end(), {xyz.X, xyz.Y, xyz.Z});
+    const bool unset = IsUnset(s.xyz) || IsUnset(t.xyz);
+    grades[0].push_back(unset ? kUnset : ChangeGrade(s.lab, t.lab));
+    grades[1].push_back(unset ? kUnset : StainingGrade(s.lab, t.lab));
+    grades[2].push_back(IsUnset(t.xyz) ? kUnset : ChangeGrade(pairs.At(0, 0).lab, t.lab));
+  }
+  OnEverySet([&] {
+    std::vector<double> triples(3 * n), sixes(6 * n), ones(n);
+    EXPECT_TRUE(AdaptBatch(AdaptationTransform::kCat16, d65, a, 0.8, pairs.xyz[1], triples));
+    EXPECT_EQ(CountDifferent(triples, adapted), 0u);
+    EXPECT_TRUE(AppearanceBatch(AppearanceModel::kCam16, kD65, kObserver10, {}, pairs.xyz[1], sixes));
+    EXPECT_EQ(CountDifferent(sixes, looks), 0u);
+    EXPECT_TRUE(XyzFromAppearanceBatch(AppearanceModel::kCam16, kD65, kObserver10, {}, jch, triples));
+    EXPECT_EQ(CountDifferent(triples, back), 0u);
+    EXPECT_TRUE(GradeBatch(GreyScale::kChange, pairs.lab[0], pairs.lab[1], ones));
+    EXPECT_EQ(CountDifferent(ones, grades[0]), 0u);
+    EXPECT_TRUE(GradeBatch(GreyScale::kStaining, pairs.lab[0], pairs.lab[1], ones));
+    EXPECT_EQ(CountDifferent(ones, grades[1]), 0u);
+    EXPECT_TRUE(GradeBatch(GreyScale::kChange, pairs.Batch(0).lab.Rows(0, 1), pairs.lab[1], ones));
+    EXPECT_EQ(CountDifferent(ones, grades[2]), 0u);
+  });
+}
+
 TEST(Tristimulus, AllIlluminantsInOnePassOverCurvesOfEitherPrecision) {
   constexpr std::size_t kCurves = 2'103, kStride = 43;
   std::vector<double> samples(kCurves * kStride);
@@ -476,7 +536,7 @@ TEST(Colorants, TransformsAndSumsHaveTheBitsOfTheSingleCalls) {
   std::vector<double> samples(40 * kCurves);
   Random random(4);
   for (double& sample : samples) sample = random.Between(0.0, 102.0);
-  samples[0] = kUnset, samples[1] = 0.0, samples[2] = std::nan(""), samples[3] = 150.0, samples[4] = 0.01;
+  samples[0] = kUnset, samples[1] = 0.0, samples[2] = 200.0, samples[3] = 150.0, samples[4] = 0.01;
   const CReflData standard;
   for (const SaundersonMode mode :
        {SaundersonMode::kIncluded, SaundersonMode::kExcluded, SaundersonMode::kNone}) {
@@ -511,12 +571,25 @@ TEST(Colorants, TransformsAndSumsHaveTheBitsOfTheSingleCalls) {
   }
 }
 
+TEST(Colorants, NaNStaysNaN) {
+  std::vector<double> curves(80, 40.0), values(80), sums(2);
+  curves[12] = std::nan("");
+  OnEverySet([&] {
+    EXPECT_TRUE(StrengthSumBatch({}, CurveBatch{curves}, sums));
+    EXPECT_TRUE(std::isnan(sums[0]) && !std::isnan(sums[1]));
+    for (const auto batch : {KubelkaMunkKsBatch, AbsorbanceBatch}) {
+      EXPECT_TRUE(batch(curves, values, {}));
+      for (std::size_t i = 0; i < values.size(); ++i) EXPECT_EQ(std::isnan(values[i]), i == 12) << i;
+    }
+  });
+}
+
 // FNV-1a over what a judged set consists of. The value came out of g++ and clang++, with and without optimisation.
 TEST(Bits, OfAJudgedSetAreTheSameOnEveryPlatform) {
   const Pairs pairs(4'099, 5);
   OnEverySet([&] {
     std::uint64_t hash = 0xcbf29ce484222325;
-    for (std::int32_t system = 0; system < kDifferenceSystems; ++system) {
+    for (std::int32_t system = 0; system <= vrxSystemDin6175; ++system) {
       std::vector<double> deltas(7 * pairs.size());
       DifferenceBatch(DefaultSettings(system), 45.0, pairs.Batch(0), pairs.Batch(1), deltas);
       for (const double value : deltas) hash = (hash ^ std::bit_cast<std::uint64_t>(value)) * 0x100000001b3;

@@ -378,7 +378,7 @@ TEST(DifferenceSystems, Names) {
       {4, NameLength::kShort, true, "CIE94 (2,00:1,00:0,00) DE=0,00"},
       {10, NameLength::kLong, true, "DIN99 (KCH:KE) = 2,00 : 1,00"},
       {11, NameLength::kLong, false, "CIE2000"},
-      {13, NameLength::kLong, true, ""},
+      {kDifferenceSystems, NameLength::kLong, true, ""},
       {-1, NameLength::kShort, false, ""},
   };
   for (const Row& row : rows) {

@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
+#include <vrxmath/colorimetry/illuminant_registry.h>
 #include <vrxmath/colorimetry/illuminants.h>
-#include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/platform/exceptions.h>
 

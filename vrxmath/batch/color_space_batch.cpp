@@ -11,11 +11,11 @@ namespace {
 constexpr std::size_t kBlockRows = 8192;
 
 template <std::size_t kIn, std::size_t kOut>
-bool Convert(SpaceKernel kernel, const Viewing& viewing, const BatchView<const double, kIn>& from,
+bool Convert(SpaceKernel kernel, const SpaceTerms& terms, const BatchView<const double, kIn>& from,
              const BatchView<double, kOut>& to, const BatchRun& run) {
   RequireSameCount(from.size(), to.size());
   return ForEachBlock(run, from.size(), kBlockRows, [&](std::size_t first, std::size_t count) {
-    kernel(viewing, ColumnsOf(from, first, count).data(), ColumnsOf(to, first, count).data(), count);
+    kernel(terms, ColumnsOf(from, first, count).data(), ColumnsOf(to, first, count).data(), count);
   });
 }
 
@@ -23,41 +23,46 @@ const ColorSpaceKernels& Kernels() {
   return CurrentKernels<ColorSpaceKernels>();
 }
 
+// The terms of the spaces that need nothing but the white.
+SpaceTerms Under(vrxIlluminant illuminant, std::int32_t observer) {
+  return RequireTerms(CoordinateSpace::kLab, illuminant, observer);
+}
+
 }  // namespace
 
 bool XyzToLabBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
                    const BatchView<double, 5>& lab, const BatchRun& run) {
-  return Convert(Kernels().xyzToLab, RequireViewing(illuminant, observer), xyz, lab, run);
+  return Convert(Kernels().xyzToLab, Under(illuminant, observer), xyz, lab, run);
 }
 bool XyzToLabOnlyBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
                        const BatchView<double, 3>& lab, const BatchRun& run) {
-  return Convert(Kernels().xyzToLabOnly, RequireViewing(illuminant, observer), xyz, lab, run);
+  return Convert(Kernels().xyzToLabOnly, Under(illuminant, observer), xyz, lab, run);
 }
 bool LabToXyzBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& lab,
                    const BatchView<double, 3>& xyz, const BatchRun& run) {
-  return Convert(Kernels().labToXyz, RequireViewing(illuminant, observer), lab, xyz, run);
+  return Convert(Kernels().labToXyz, Under(illuminant, observer), lab, xyz, run);
 }
 
 bool XyzToLuvBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
                    const BatchView<double, 5>& luv, const BatchRun& run) {
-  return Convert(Kernels().xyzToLuv, RequireViewing(illuminant, observer), xyz, luv, run);
+  return Convert(Kernels().xyzToLuv, Under(illuminant, observer), xyz, luv, run);
 }
 bool XyzToLuvOnlyBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
                        const BatchView<double, 3>& luv, const BatchRun& run) {
-  return Convert(Kernels().xyzToLuvOnly, RequireViewing(illuminant, observer), xyz, luv, run);
+  return Convert(Kernels().xyzToLuvOnly, Under(illuminant, observer), xyz, luv, run);
 }
 bool LuvToXyzBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& luv,
                    const BatchView<double, 3>& xyz, const BatchRun& run) {
-  return Convert(Kernels().luvToXyz, RequireViewing(illuminant, observer), luv, xyz, run);
+  return Convert(Kernels().luvToXyz, Under(illuminant, observer), luv, xyz, run);
 }
 
 bool XyzToHunterBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
                       const BatchView<double, 3>& lab, const BatchRun& run) {
-  return Convert(Kernels().xyzToHunterOnly, RequireViewing(illuminant, observer), xyz, lab, run);
+  return Convert(Kernels().xyzToHunterOnly, Under(illuminant, observer), xyz, lab, run);
 }
 bool HunterToXyzBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& lab,
                       const BatchView<double, 3>& xyz, const BatchRun& run) {
-  return Convert(Kernels().hunterToXyz, RequireViewing(illuminant, observer), lab, xyz, run);
+  return Convert(Kernels().hunterToXyz, Under(illuminant, observer), lab, xyz, run);
 }
 
 bool ChromaHueBatch(const BatchView<double, 5>& lab, const BatchRun& run) {
@@ -70,7 +75,8 @@ bool CoordinatesBatch(std::int32_t system, vrxIlluminant illuminant, std::int32_
                       const BatchRun& run) {
   const DifferenceSystem* const row = FindDifferenceSystem(system);
   if (row == nullptr) throw CInvalidArgException();
-  return Convert(CoordinatesKernel(row->space), RequireViewing(illuminant, observer), xyz, lab, run);
+  const SpaceTerms terms = RequireTerms(row->space, illuminant, observer);
+  return Convert(CoordinatesKernel(row->space), terms, xyz, lab, run);
 }
 
 }  // namespace vrx

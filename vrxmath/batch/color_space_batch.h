@@ -53,7 +53,7 @@ VRX_API bool HunterToXyzBatch(vrxIlluminant illuminant, std::int32_t observer,
 /// Fills chroma and hue (degrees) of rows whose first three numbers are L, a, b. `lab` is read and written.
 VRX_API bool ChromaHueBatch(const BatchView<double, 5>& lab, const BatchRun& run = {});
 
-/// XYZ to the coordinates in which a difference system judges, as FillCoordinates: Hunter Lab, L*u*v* or L*a*b*.
+/// XYZ to the coordinates in which a difference system judges, as FillCoordinates.
 /// CInvalidArgException for an unknown system.
 VRX_API bool CoordinatesBatch(std::int32_t system, vrxIlluminant illuminant, std::int32_t observer,
                               const BatchView<const double, 3>& xyz, const BatchView<double, 5>& lab,

@@ -6,18 +6,19 @@
 #include <cstddef>
 
 #include <vrxmath/batch/batch_table.h>
-#include <vrxmath/colorimetry/values.h>
+#include <vrxmath/colorimetry/uniform_space_formulas.h>
 #include <vrxmath/numeric/lane_kernels.h>
 
 namespace vrx {
 
-using SpaceKernel = void (*)(const Viewing& viewing, const Column<const double>* from,
+using SpaceKernel = void (*)(const SpaceTerms& terms, const Column<const double>* from,
                              const Column<double>* to, std::size_t count);
 
 struct ColorSpaceKernels {
   SpaceKernel xyzToLab, xyzToLabOnly, labToXyz;
   SpaceKernel xyzToLuv, xyzToLuvOnly, luvToXyz;
   SpaceKernel xyzToHunter, xyzToHunterOnly, hunterToXyz;
+  SpaceKernel xyzToDin99, xyzToAppearance, xyzToOklab, xyzToItp;  ///< with chroma and hue
   SpaceKernel chromaHue;
 };
 

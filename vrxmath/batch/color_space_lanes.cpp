@@ -1,7 +1,7 @@
 #include <vrxmath/batch/color_space_kernels.h>
 
 #include <vrxmath/batch/lane_rows.h>
-#include <vrxmath/colorimetry/space_formulas.h>
+#include <vrxmath/colorimetry/uniform_space_formulas.h>
 
 namespace vrx {
 namespace {
@@ -15,12 +15,12 @@ VRX_LANE_INLINE void StoreLab(const LabOf<Lanes>& lab, Lanes* y) {
   for (std::size_t k = 0; k < kOut; ++k) y[k] = numbers[k];
 }
 
-// FORMULA::Of(viewing, three numbers): coordinates of tristimulus values.
+// FORMULA::Of(terms, three numbers): coordinates of tristimulus values.
 template <class FORMULA, std::size_t kOut>
-void FromXyz(const Viewing& viewing, Rows from, Target to, std::size_t count) {
-  OverRows<Widths<3>, Widths<kOut>>(from, to, count, [viewing](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+void FromXyz(const SpaceTerms& given, Rows from, Target to, std::size_t count) {
+  OverRows<Widths<3>, Widths<kOut>>(from, to, count, [terms = given](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     const XyzOf<Lanes> xyz = {x[0], x[1], x[2]};
-    StoreLab<kOut>(FORMULA::Of(viewing, xyz), y);
+    StoreLab<kOut>(FORMULA::Of(terms, xyz), y);
     MarkUnset<kOut>(
         IsUnset(xyz.X), [&] { return IsUnset(xyz); }, y);
   });
@@ -28,11 +28,11 @@ void FromXyz(const Viewing& viewing, Rows from, Target to, std::size_t count) {
 
 // The same with chroma and hue, in two stages.
 template <class FORMULA>
-void FromXyzWithHue(const Viewing& viewing, Rows from, Target to, std::size_t count) {
+void FromXyzWithHue(const SpaceTerms& given, Rows from, Target to, std::size_t count) {
   const auto kernel = InStages<4>(
-      [viewing](const Lanes* x, Carried carried) VRX_LANE_LAMBDA {
+      [terms = given](const Lanes* x, Carried carried) VRX_LANE_LAMBDA {
         const XyzOf<Lanes> xyz = {x[0], x[1], x[2]};
-        const LabOf<Lanes> lab = FORMULA::Of(viewing, xyz);
+        const LabOf<Lanes> lab = FORMULA::Of(terms, xyz);
         carried.Set(0, lab.L);
         carried.Set(1, lab.a);
         carried.Set(2, lab.b);
@@ -48,10 +48,10 @@ void FromXyzWithHue(const Viewing& viewing, Rows from, Target to, std::size_t co
 }
 
 template <class FORMULA>
-void ToXyz(const Viewing& viewing, Rows from, Target to, std::size_t count) {
-  OverRows<Widths<3>, Widths<3>>(from, to, count, [viewing](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+void ToXyz(const SpaceTerms& given, Rows from, Target to, std::size_t count) {
+  OverRows<Widths<3>, Widths<3>>(from, to, count, [terms = given](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     const LabOf<Lanes> lab = {x[0], x[1], x[2], x[0], x[0]};  // chroma and hue are not read
-    const XyzOf<Lanes> xyz = FORMULA::Of(viewing, lab);
+    const XyzOf<Lanes> xyz = FORMULA::Of(terms, lab);
     y[0] = xyz.X, y[1] = xyz.Y, y[2] = xyz.Z;
     MarkUnset<3>(
         IsUnset(x[0]), [&] { return AreUnset(x); }, y);
@@ -59,37 +59,57 @@ void ToXyz(const Viewing& viewing, Rows from, Target to, std::size_t count) {
 }
 
 struct LabOfXyz {
-  static VRX_LANE_INLINE LabOf<Lanes> Of(const Viewing& v, const XyzOf<Lanes>& xyz) {
-    return XyzToLabOnly(xyz, v.white);
+  static VRX_LANE_INLINE LabOf<Lanes> Of(const SpaceTerms& t, const XyzOf<Lanes>& xyz) {
+    return XyzToLabOnly(xyz, t.viewing.white);
   }
 };
 struct LuvOfXyz {
-  static VRX_LANE_INLINE LabOf<Lanes> Of(const Viewing& v, const XyzOf<Lanes>& xyz) {
-    return XyzToLuvOnly(xyz, v.white);
+  static VRX_LANE_INLINE LabOf<Lanes> Of(const SpaceTerms& t, const XyzOf<Lanes>& xyz) {
+    return XyzToLuvOnly(xyz, t.viewing.white);
   }
 };
 struct HunterOfXyz {
-  static VRX_LANE_INLINE LabOf<Lanes> Of(const Viewing& v, const XyzOf<Lanes>& xyz) {
-    return XyzToHunter(xyz, v);
+  static VRX_LANE_INLINE LabOf<Lanes> Of(const SpaceTerms& t, const XyzOf<Lanes>& xyz) {
+    return XyzToHunter(xyz, t.viewing);
+  }
+};
+struct Din99OfXyz {
+  static VRX_LANE_INLINE LabOf<Lanes> Of(const SpaceTerms& t, const XyzOf<Lanes>& xyz) {
+    return XyzToDin99Variant(xyz, t.viewing.white, t.din99);
+  }
+};
+struct AppearanceOfXyz {
+  static VRX_LANE_INLINE LabOf<Lanes> Of(const SpaceTerms& t, const XyzOf<Lanes>& xyz) {
+    return UniformFromXyz(t.appearance, xyz);
+  }
+};
+struct OklabOfXyz {
+  static VRX_LANE_INLINE LabOf<Lanes> Of(const SpaceTerms& t, const XyzOf<Lanes>& xyz) {
+    return XyzToOklab(xyz, t.response);
+  }
+};
+struct ItpOfXyz {
+  static VRX_LANE_INLINE LabOf<Lanes> Of(const SpaceTerms& t, const XyzOf<Lanes>& xyz) {
+    return XyzToItp(xyz, t.response);
   }
 };
 struct XyzOfLab {
-  static VRX_LANE_INLINE XyzOf<Lanes> Of(const Viewing& v, const LabOf<Lanes>& lab) {
-    return LabToXyz(lab, v.white);
+  static VRX_LANE_INLINE XyzOf<Lanes> Of(const SpaceTerms& t, const LabOf<Lanes>& lab) {
+    return LabToXyz(lab, t.viewing.white);
   }
 };
 struct XyzOfLuv {
-  static VRX_LANE_INLINE XyzOf<Lanes> Of(const Viewing& v, const LabOf<Lanes>& luv) {
-    return LuvToXyz(luv, v.white);
+  static VRX_LANE_INLINE XyzOf<Lanes> Of(const SpaceTerms& t, const LabOf<Lanes>& luv) {
+    return LuvToXyz(luv, t.viewing.white);
   }
 };
 struct XyzOfHunter {
-  static VRX_LANE_INLINE XyzOf<Lanes> Of(const Viewing& v, const LabOf<Lanes>& lab) {
-    return HunterToXyz(lab, v);
+  static VRX_LANE_INLINE XyzOf<Lanes> Of(const SpaceTerms& t, const LabOf<Lanes>& lab) {
+    return HunterToXyz(lab, t.viewing);
   }
 };
 
-void ChromaHueOfRows(const Viewing&, Rows from, Target to, std::size_t count) {
+void ChromaHueOfRows(const SpaceTerms&, Rows from, Target to, std::size_t count) {
   OverRows<Widths<3>, Widths<5>>(from, to, count, [](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
     LabOf<Lanes> lab = {x[0], x[1], x[2], x[0], x[0]};
     FillChromaHue(lab);
@@ -113,6 +133,10 @@ const ColorSpaceKernels& KernelsOf<ColorSpaceKernels, VRX_LANES>() {
       .xyzToHunter = &FromXyz<HunterOfXyz, 5>,
       .xyzToHunterOnly = &FromXyz<HunterOfXyz, 3>,
       .hunterToXyz = &ToXyz<XyzOfHunter>,
+      .xyzToDin99 = &FromXyzWithHue<Din99OfXyz>,
+      .xyzToAppearance = &FromXyzWithHue<AppearanceOfXyz>,
+      .xyzToOklab = &FromXyzWithHue<OklabOfXyz>,
+      .xyzToItp = &FromXyzWithHue<ItpOfXyz>,
       .chromaHue = &ChromaHueOfRows,
   };
   return kKernels;

@@ -1,5 +1,8 @@
 // Optical transforms of many reflectances, and strength sums of many curves (optical_transforms.h, strength.h).
 //
+// A NaN gives NaN, and so does a sum over a band with one: the functions for single numbers have fixed values for it (9999,
+// 4.3), which among many numbers nobody would notice.
+//
 // The transforms take spans of any length, whole curves end to end as well as single values; a target may be its source.
 // Errors of every function: CInvalidArgException, before anything is written, for lengths that do not fit. Each returns
 // false when the progress callback stopped it.

@@ -8,11 +8,16 @@ namespace {
 
 using Settings = StrengthSumSettings;
 
+// What was computed from a number; a NaN stays one, where the formulas over single numbers have a fixed value for it.
+VRX_LANE_INLINE Lanes UnlessNaN(Lanes x, Lanes computed) {
+  return Select(x == x, computed, x);
+}
+
 struct Ks {
-  static VRX_LANE_INLINE Lanes Of(const Settings&, Lanes R) { return KsOfReflectance(R); }
+  static VRX_LANE_INLINE Lanes Of(const Settings&, Lanes R) { return UnlessNaN(R, KsOfReflectance(R)); }
 };
 struct Density {
-  static VRX_LANE_INLINE Lanes Of(const Settings&, Lanes R) { return DensityOfReflectance(R); }
+  static VRX_LANE_INLINE Lanes Of(const Settings&, Lanes R) { return UnlessNaN(R, DensityOfReflectance(R)); }
 };
 struct ToInternal {
   static VRX_LANE_INLINE Lanes Of(const Settings& s, Lanes R) {
@@ -46,7 +51,8 @@ void StrengthSum(const Settings& settings, const Column<const double>* from, con
     Lanes sum = 0.0;
     for (std::int32_t i = settings.first; i <= settings.last; ++i) {
       const Lanes internal = InternalPercent(settings, x[i]);
-      sum += settings.useAbsorbance ? DensityOfReflectance(internal) : KsOfReflectance(internal);
+      sum += UnlessNaN(x[i],
+                       settings.useAbsorbance ? DensityOfReflectance(internal) : KsOfReflectance(internal));
     }
     y[0] = Select(Abs(sum) < kVanishing, Lanes(kVanishing), sum);
   });

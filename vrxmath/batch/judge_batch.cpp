@@ -219,7 +219,7 @@ class BatchJudge {
     Check();
     const bool hasCommonLimits = HasCommonLimits();
     for (std::size_t j = 0; j < conditions_.illuminants.size(); ++j) {
-      viewings_.push_back(RequireViewing(conditions_.illuminants[j], conditions_.observer));
+      terms_.push_back(RequireTerms(system_.space, conditions_.illuminants[j], conditions_.observer));
       if (hasCommonLimits) common_.push_back(Prepare(standards_.LimitsOf(0, j), conditions_.warningFactor));
     }
   }
@@ -299,10 +299,10 @@ class BatchJudge {
   }
 
   void FillColors(std::size_t j, std::size_t from, std::size_t count, Scratch& s) const {
-    FillLab(trials_, j, viewings_[j], from, s.xyz[j].View(count), s.lab.View(count));
+    FillLab(trials_, j, terms_[j], from, s.xyz[j].View(count), s.lab.View(count));
     if (!IsInLab()) {
       CoordinatesKernel(system_.space)(
-          viewings_[j], ColumnsOf(BatchView<const double, 3>(s.xyz[j].View(count)), 0, count).data(),
+          terms_[j], ColumnsOf(BatchView<const double, 3>(s.xyz[j].View(count)), 0, count).data(),
           ColumnsOf(s.own.View(count), 0, count).data(), count);
     }
     if (!HasOneStandard()) GatherStandards(j, from, count, s);
@@ -529,7 +529,7 @@ class BatchJudge {
   const Samples& trials_;
   std::span<const JudgeColumns> columns_;
   std::size_t count_;
-  std::vector<Viewing> viewings_;
+  std::vector<SpaceTerms> terms_;       // by illuminant
   std::vector<PreparedLimits> common_;  // by illuminant, where all standards have the same
 };
 

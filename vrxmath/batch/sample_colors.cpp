@@ -68,8 +68,8 @@ void FillXyz(const Samples& samples, std::span<const vrxIlluminant> illuminants,
   const auto fromLab = [&](const LabSamples& colors) {
     const SpaceKernel kernel = CurrentKernels<ColorSpaceKernels>().labToXyz;
     for (std::size_t j = 0; j < xyz.size(); ++j) {
-      kernel(RequireViewing(illuminants[j], observer), ColumnsOf(ViewUnder(colors, j), from, count).data(),
-             ColumnsOf(xyz[j], 0, count).data(), count);
+      kernel(RequireTerms(CoordinateSpace::kLab, illuminants[j], observer),
+             ColumnsOf(ViewUnder(colors, j), from, count).data(), ColumnsOf(xyz[j], 0, count).data(), count);
     }
   };
   std::visit(Overloaded{[&](const CurveBatch& curves) { fromCurves(curves); },
@@ -77,15 +77,15 @@ void FillXyz(const Samples& samples, std::span<const vrxIlluminant> illuminants,
              samples);
 }
 
-void FillLab(const Samples& samples, std::size_t j, const Viewing& viewing, std::size_t from,
+void FillLab(const Samples& samples, std::size_t j, const SpaceTerms& terms, std::size_t from,
              const BatchView<const double, 3>& xyz, const BatchView<double, 5>& lab) {
   const auto& kernels = CurrentKernels<ColorSpaceKernels>();
   const std::size_t count = lab.size();
   const auto to = ColumnsOf(lab, 0, count);
   if (const auto* given = std::get_if<LabSamples>(&samples)) {
-    kernels.chromaHue(viewing, ColumnsOf(ViewUnder(*given, j), from, count).data(), to.data(), count);
+    kernels.chromaHue(terms, ColumnsOf(ViewUnder(*given, j), from, count).data(), to.data(), count);
   } else {
-    kernels.xyzToLab(viewing, ColumnsOf(xyz, 0, count).data(), to.data(), count);
+    kernels.xyzToLab(terms, ColumnsOf(xyz, 0, count).data(), to.data(), count);
   }
 }
 
@@ -96,9 +96,9 @@ ColorTable ColorsOf(const Samples& samples, std::int32_t system, std::span<const
   const std::size_t count = SampleCount(samples);
   RequireColorsUnder(samples, illuminants.size());
   ColorTable table;
-  std::vector<Viewing> viewings;
+  std::vector<SpaceTerms> terms;
   for (const vrxIlluminant illuminant : illuminants) {
-    viewings.push_back(RequireViewing(illuminant, observer));
+    terms.push_back(RequireTerms(row->space, illuminant, observer));
     table.under.push_back({std::vector<double>(3 * count), std::vector<double>(5 * count)});
   }
   const auto fill = [&](std::size_t from, std::size_t rows) {
@@ -109,9 +109,9 @@ ColorTable ColorsOf(const Samples& samples, std::int32_t system, std::span<const
     for (std::size_t j = 0; j < illuminants.size(); ++j) {
       const BatchView<double, 5> lab(std::span(table.under[j].lab).subspan(5 * from, 5 * rows));
       if (row->space == CoordinateSpace::kLab) {
-        FillLab(samples, j, viewings[j], from, xyz[j], lab);
+        FillLab(samples, j, terms[j], from, xyz[j], lab);
       } else {
-        CoordinatesKernel(row->space)(viewings[j], ColumnsOf(BatchView<const double, 3>(xyz[j]), 0, rows).data(),
+        CoordinatesKernel(row->space)(terms[j], ColumnsOf(BatchView<const double, 3>(xyz[j]), 0, rows).data(),
                                       ColumnsOf(lab, 0, rows).data(), rows);
       }
     }

@@ -4,6 +4,7 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/colorimetry/difference_formulas.h>
 #include <vrxmath/colorimetry/difference_table.h>
+#include <vrxmath/colorimetry/uniform_space_formulas.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 
 namespace vrx {
@@ -120,7 +121,7 @@ bool FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer,
   Viewing viewing;
   if (!FindViewing(illuminant, observer, viewing)) return false;
   const CoordinateSpace space = SpaceOf(system);
-  color.lab = Coordinates(space, color.xyz, viewing);
+  color.lab = Coordinates(SpaceTermsOf(space, viewing), color.xyz);
   // A record that keeps its hue in radians does not round hues next to 360 degrees; nor is it done here then.
   const bool hasHue = space != CoordinateSpace::kHunter;
   if (hasHue && !HueInDegrees()) color.lab.h = HueRadians(color.lab.a, color.lab.b) * kDegreesPerRadian;
@@ -134,8 +135,14 @@ void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer,
       return XyzToHunter(illuminant, observer, color.tristimulus, color.lab);
     case CoordinateSpace::kLuv:
       return XyzToLuv(illuminant, observer, color.tristimulus, color.lab);
-    default:
+    case CoordinateSpace::kLab:
       return XyzToLab(illuminant, observer, color.tristimulus, color.lab);
+    default: {
+      Viewing viewing;
+      if (!FindViewing(illuminant, observer, viewing)) return color.lab.Fill(kUnset);
+      color.lab.SetValues(Coordinates(SpaceTermsOf(SpaceOf(system), viewing), color.tristimulus.Values()));
+      ChromaHue(color.lab);  // in the unit of records to the last bit
+    }
   }
 }
 
@@ -164,6 +171,19 @@ Difference ComputeDifference(const CDifferenceSettings& settings, const Color& s
   return difference;
 }
 
+std::array<bool, 7> FilledElements(const CDifferenceSettings& settings) {
+  // Two colours that differ in everything, so that no element is small.
+  constexpr Color kStandard{{30.0, 25.0, 12.0}, {57.0, 29.0, 32.0, 43.18564576337837, 47.81655574603914}};
+  constexpr Color kSample{{22.0, 28.0, 30.0}, {59.9, -19.0, 3.0, 19.235384061671343, 171.02737338510363}};
+  std::array<bool, 7> filled{};
+  VisitFormulaOrEab(settings, [&](auto formula) {
+    const Difference d = formula.Of({settings.parameters, 45.0}, kStandard, kSample);
+    filled = {!IsUnset(d.dL), !IsUnset(d.da), !IsUnset(d.db), !IsUnset(d.weightedL),
+              !IsUnset(d.dC), !IsUnset(d.dH), !IsUnset(d.dE)};
+  });
+  return filled;
+}
+
 namespace {
 
 // The values of a colour that a formula reads.
@@ -173,6 +193,14 @@ VRX_LANE_INLINE Color ReadColor(const CColorValues& color) {
   if constexpr (FORMULA::kReadsXyz) values.xyz = color.tristimulus.Values();
   if constexpr (FORMULA::kLabElements > 0) values.lab = color.lab.Values(FORMULA::kLabElements);
   return values;
+}
+
+// One formula over records. Each has a function of its own: all of them in one would save and restore for the simplest what
+// the longest needs.
+template <class FORMULA>
+[[gnu::noinline]] void StoreDifference(const DifferenceContext& context, const CColorValues& standard,
+                                       const CColorValues& sample, CDeltaValues& delta) {
+  delta.SetValues(FORMULA::Of(context, ReadColor<FORMULA>(standard), ReadColor<FORMULA>(sample)));
 }
 
 }  // namespace
@@ -185,10 +213,8 @@ void ComputeDifference(const CDifferenceSettings& settings, vrxIlluminant, int32
     return Chromaticity(sample.tristimulus, delta[CDeltaValues::kL], delta[CDeltaValues::kA]);
   }
   const DifferenceContext context{settings.parameters, angle};
-  VisitFormulaOrEab(settings, [&](auto formula) {
-    using Formula = decltype(formula);
-    delta.SetValues(Formula::Of(context, ReadColor<Formula>(standard), ReadColor<Formula>(sample)));
-  });
+  VisitFormulaOrEab(
+      settings, [&](auto formula) { StoreDifference<decltype(formula)>(context, standard, sample, delta); });
 }
 
 }  // namespace vrx

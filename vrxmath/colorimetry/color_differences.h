@@ -8,6 +8,7 @@
 #ifndef VRXMATH_COLORIMETRY_COLOR_DIFFERENCES_H_
 #define VRXMATH_COLORIMETRY_COLOR_DIFFERENCES_H_
 
+#include <array>
 #include <cstdint>
 
 #include <vrxmath/colorimetry/cie2000_formulas.h>
@@ -70,9 +71,8 @@ VRX_API void DeltaDin6175(const CLabValues& standard, double gL, double gC, doub
 VRX_API void DeltaDin99(const CLabValues& standard, const CLabValues& sample, double kCH, double kE,
                         CDeltaValues& delta);
 
-/// Converts tristimulus values into the space in which a system judges: Hunter Lab for system 2, L*u*v* for
-/// 6, L*a*b* for every other number, also one that no system has. `color.lab` is unset when the values
-/// are.
+/// Converts tristimulus values into the space in which a system judges (DifferenceSystem::space): L*a*b* for a number that no
+/// system has. `color.lab` is unset when the values are.
 VRX_API void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t observer, CColorValues& color);
 
 /// The same over values, of which the tristimulus values are set. False, after the index message, for a pair without a
@@ -85,6 +85,10 @@ VRX_API void FillCoordinates(int32_t system, vrxIlluminant illuminant, int32_t o
 /// tristimulus values of either are unset. A number that no system has is dE*ab.
 [[nodiscard]] VRX_API Difference ComputeDifference(const CDifferenceSettings& settings, const Color& standard,
                                                    const Color& sample, double angle);
+
+/// Which of the seven elements of a difference a system fills, in the order of CDeltaValues; the others are unset for every
+/// pair.
+[[nodiscard]] VRX_API std::array<bool, 7> FilledElements(const CDifferenceSettings& settings);
 
 /// Number of a pseudo-system of ComputeDifference that gives the sample's chromaticity x, y as elements 0
 /// and 1.

@@ -1,6 +1,6 @@
 #include <vrxmath/colorimetry/color_records.h>
 
-#include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/colorimetry/space_formulas.h>
 
 namespace vrx {
 
@@ -14,8 +14,10 @@ double HueRadiansOf(const CLabValues& lab) {
 }
 
 CLabValues::CLabValues(double L, double a, double b) : CLabValues() {
-  SetValues({L, a, b, kUnset, kUnset});
-  ChromaHue(*this);
+  Lab lab = {L, a, b, kUnset, kUnset};
+  FillChromaHue(lab);
+  SetValues(lab);
+  if (!HueInDegrees()) (*this)[kHue] = HueRadians(a, b);  // to the last bit
 }
 
 Lab CLabValues::ShortValues(int32_t elements) const {

@@ -43,6 +43,15 @@ VRX_LANE_INLINE DifferenceOf<T> EabDifference(const LabOf<T>& standard, const La
   return d;
 }
 
+/// HyAB: |dL*| + sqrt(da*^2 + db*^2) as the total of a CIE 1976 difference, for large differences.
+/// Formula: Abasi, Amani Tehran and Fairchild, Color Res. Appl. 45, 2020, 332-343.
+template <class T>
+VRX_LANE_INLINE DifferenceOf<T> HyabDifference(const LabOf<T>& standard, const LabOf<T>& sample) {
+  DifferenceOf<T> d = EabDifference(standard, sample);
+  d.dE = Abs(d.dL) + Sqrt(Square(d.da) + Square(d.db));
+  return d;
+}
+
 /// Replaces the last four of a difference by the weighted ones of a system and their root sum of squares.
 template <class T>
 VRX_LANE_INLINE void StoreWeighted(T dL, T dC, T dH, DifferenceOf<T>& d) {

@@ -30,8 +30,17 @@ enum vrxDifferenceSystem : int32_t {
   vrxSystemDin99 = 10,
   vrxSystemCie2000 = 11,
   vrxSystemDin6175 = 12,
+  vrxSystemDin99o = 13,
+  vrxSystemDin99b = 14,
+  vrxSystemDin99c = 15,
+  vrxSystemDin99d = 16,
+  vrxSystemCam02Ucs = 17,
+  vrxSystemCam16Ucs = 18,
+  vrxSystemOklab = 19,
+  vrxSystemItp = 20,
+  vrxSystemHyab = 21,
 };
-inline constexpr int32_t kDifferenceSystems = 13;
+inline constexpr int32_t kDifferenceSystems = 22;
 
 /// The four parameters of a system: l, c, cf for CMC; kL, kC, kH and a total difference for CIE94 and
 /// CIE2000; kCH, kE for DIN99; gL, gC, gH for DIN6175. Unused ones are 1.

@@ -190,6 +190,17 @@ struct Din6175Formula {
   }
 };
 
+/// HyAB, lightness and the chromatic plane added up.
+struct HyabFormula {
+  static constexpr bool kReadsXyz = false;
+  static constexpr int32_t kLabElements = 4;
+  template <class T>
+  VRX_LANE_INLINE static DifferenceOf<T> Of(const DifferenceContext&, const ColorOf<T>& s,
+                                            const ColorOf<T>& t) {
+    return HyabDifference(s.lab, t.lab);
+  }
+};
+
 /// Whether a formula has an ellipsoid.
 template <class FORMULA>
 inline constexpr bool kHasEllipsoid = requires(Lab standard) {
@@ -217,7 +228,11 @@ inline constexpr CValueRange kHundredths{-80.0, 80.0, 0.05, 100.0, 2};
 inline constexpr CValueRange kTenths{-999.9, 999.9, 1.0, 10.0, 1};
 inline constexpr DifferenceParameters kOnes{1.0, 1.0, 1.0, 1.0};
 inline constexpr CoordinateSpace kLab = CoordinateSpace::kLab, kLuv = CoordinateSpace::kLuv,
-                                 kHunter = CoordinateSpace::kHunter;
+                                 kHunter = CoordinateSpace::kHunter, kDin99o = CoordinateSpace::kDin99o,
+                                 kDin99b = CoordinateSpace::kDin99b, kDin99c = CoordinateSpace::kDin99c,
+                                 kDin99d = CoordinateSpace::kDin99d, kCam02 = CoordinateSpace::kCam02Ucs,
+                                 kCam16 = CoordinateSpace::kCam16Ucs, kOklab = CoordinateSpace::kOklab,
+                                 kItp = CoordinateSpace::kItp;
 
 inline constexpr CoordinateSource kXyz = CoordinateSource::kTristimulus,
                                   kXy = CoordinateSource::kChromaticity,
@@ -249,6 +264,15 @@ inline constexpr std::tuple kRows{
                               {vrxSystemDin99,   "din99",   kLab,    2, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kKchKe}},
     SystemRow<Cie2000Formula>{{vrxSystemCie2000, "cie2000", kLab,    4, kOnes,                3,            true,  kHundredths, kAllFive,    kKlKcKh}},
     SystemRow<Din6175Formula>{{vrxSystemDin6175, "din6175", kLab,    3, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kGlGcGh}},
+    SystemRow<EabFormula>{    {vrxSystemDin99o,  "din99o",  kDin99o, 0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
+    SystemRow<EabFormula>{    {vrxSystemDin99b,  "din99b",  kDin99b, 0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
+    SystemRow<EabFormula>{    {vrxSystemDin99c,  "din99c",  kDin99c, 0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
+    SystemRow<EabFormula>{    {vrxSystemDin99d,  "din99d",  kDin99d, 0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
+    SystemRow<EabFormula>{    {vrxSystemCam02Ucs, "cam02ucs", kCam02, 0, kOnes,               kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
+    SystemRow<EabFormula>{    {vrxSystemCam16Ucs, "cam16ucs", kCam16, 0, kOnes,               kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
+    SystemRow<EabFormula>{    {vrxSystemOklab,   "oklab",   kOklab,  0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
+    SystemRow<EabFormula>{    {vrxSystemItp,     "itp",     kItp,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
+    SystemRow<HyabFormula>{   {vrxSystemHyab,    "hyab",    kLab,    0, kOnes,                kNoEllipsoid, true,  kHundredths, kAllFive,    kNoNames}},
 };
 // clang-format on
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <vrxmath/colorimetry/user_illuminants.h>
+#include <vrxmath/colorimetry/illuminant_registry.h>
 #include <vrxmath/foundation/string_numbers.h>
 #include <vrxmath/platform/resources.h>
 
@@ -79,7 +79,10 @@ CIllumArray IlluminantDisplayOrder() {
 
 bool FindIlluminant(WideView code, vrxIlluminant& illuminant) {
   CIllumArray candidates = IlluminantDisplayOrder();
-  for (const vrxUserIllum number : RegisteredUserIlluminants()) candidates.Add(IlluminantOf(number));
+  for (int32_t i = 0; i < kUserIlluminants; ++i) {
+    const int32_t number = kFirstUserIlluminant + i;
+    if (colorimetry_internal::IsRegistered(number)) candidates.Add(static_cast<vrxIlluminant>(number));
+  }
   const auto found = std::find_if(candidates.begin(), candidates.end(), [code](vrxIlluminant candidate) {
     return EqualWithoutCase(code, DescriptionOf(candidate).code);
   });

@@ -38,12 +38,11 @@ struct IndexTerms {
 /// The CIE equations, unset for a sample without chromaticity.
 template <class T>
 VRX_LANE_INLINE T CieIndex(const IndexTerms& terms, const XyzOf<T>& xyz) {
-  const XyOf<T> s = Chromaticity(xyz);
-  const T x = terms.white.x - s.x, y = terms.white.y - s.y;
-  const auto noX = IsUnset(s.x), noY = IsUnset(s.y);
+  const T sum = xyz.X + xyz.Y + xyz.Z;
+  const T x = terms.white.x - xyz.X / sum, y = terms.white.y - xyz.Y / sum;
   const T index =
       terms.formula == IndexFormula::kCieTint ? terms.k * x - 650.0 * y : xyz.Y + 800.0 * x + 1700.0 * y;
-  return Select(noX & noY, T(kUnset), index);
+  return Select(NearlyEqual(sum, T(0.0)), T(kUnset), index);
 }
 
 /// The equations that are sums and quotients of X, Y and Z.
@@ -85,6 +84,14 @@ VRX_LANE_INLINE T MeasuredIndexValue(const IndexTerms& terms, const XyzOf<T>& xy
     default:
       return TristimulusIndex(terms, xyz.X * terms.scaleX, xyz.Y, xyz.Z * terms.scaleZ);
   }
+}
+
+/// Whether a sample has an index where the index is defined: it was measured and, for the CIE equations, has a chromaticity.
+/// What comes out tells nothing, since an index may be as small as the unset value.
+inline bool HasIndex(const IndexTerms& terms, const Xyz& xyz) {
+  const bool readsChromaticity =
+      terms.formula == IndexFormula::kCieWhiteness || terms.formula == IndexFormula::kCieTint;
+  return !IsUnset(xyz) && !(readsChromaticity && NearlyEqual(xyz.X + xyz.Y + xyz.Z, 0.0));
 }
 
 /// The index of a sample; unset for unset tristimulus values.

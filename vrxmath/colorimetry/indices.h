@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/difference_systems.h>
@@ -119,17 +120,29 @@ using IndexFunction = double (*)(vrxIlluminant illuminant, int32_t observer, con
 /// weighting table and has none shows the index message.
 using IndexTermsFunction = bool (*)(vrxIlluminant illuminant, int32_t observer, IndexTerms& terms);
 
-/// One index of the list: its text number and its forms; a form that does not exist is null. The terms of a form, with
-/// IndexValue, give what its function gives, for many samples of one pair.
+/// The equation of an index in words.
+struct IndexFormulaText {
+  std::string_view formula;
+  std::string_view direct;        ///< the illuminants and observers of the direct form
+  std::string_view recalculated;  ///< what the other form does; empty where there is none
+};
+
+/// One index of the list: its text number, its name and its forms; a form that does not exist is null. The terms of a form,
+/// with IndexValue, give what its function gives, for many samples of one pair.
 struct ColorIndex {
-  uint32_t label;  ///< string number
+  uint32_t label;         ///< string number
+  std::string_view name;  ///< in ASCII, as a command line names it: "wi-cie"
   IndexFunction direct;
   IndexFunction recalculated;
   IndexTermsFunction directTerms;
   IndexTermsFunction recalculatedTerms;
+  IndexFormulaText text;
   uint32_t columnLabel = 0;  ///< string number of the short label of the direct form, 0 for none
 
   IndexFunction Function(IndexForm form) const { return form == IndexForm::kDirect ? direct : recalculated; }
+  IndexTermsFunction Terms(IndexForm form) const {
+    return form == IndexForm::kDirect ? directTerms : recalculatedTerms;
+  }
 };
 
 /// All whiteness, tint and yellowness indices in the order in which they are offered.

@@ -166,19 +166,6 @@ VRX_LANE_INLINE XyzOf<T> HunterToXyz(const LabOf<T>& lab, const Viewing& viewing
   return viewing.classicHunter ? ClassicHunterToXyz(lab) : HunterToXyz(lab, viewing.white);
 }
 
-/// The coordinates of a colour in a space.
-template <class T>
-VRX_LANE_INLINE LabOf<T> Coordinates(CoordinateSpace space, const XyzOf<T>& xyz, const Viewing& viewing) {
-  switch (space) {
-    case CoordinateSpace::kHunter:
-      return XyzToHunter(xyz, viewing);
-    case CoordinateSpace::kLuv:
-      return XyzToLuv(xyz, viewing.white);
-    default:
-      return XyzToLab(xyz, viewing.white);
-  }
-}
-
 /// The change dL*, da*, db* that a small change of X, Y, Z makes: the first derivative. C and h are unset.
 template <class T>
 VRX_LANE_INLINE LabOf<T> LabDerivative(const XyzOf<T>& xyz, const XyzOf<T>& change, const White& n) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <memory>
+#include <utility>
 
 #include <vrxmath/foundation/string_numbers.h>
 
@@ -14,28 +14,6 @@ namespace {
 constexpr int32_t kVisibleFirst = 400;
 constexpr int32_t kVisibleLast = 700;
 constexpr int64_t kLongestWavelength = 10000;
-
-struct Entry {
-  bool registered = false;
-  CString text;
-  std::array<WeightingTable, 2> tables;  // by observer
-};
-
-// Entries stay where they are once they are made: colour functions hold addresses of tables.
-std::unique_ptr<Entry> entries[kUserIlluminants];
-
-bool IsUserNumber(int32_t number) {
-  return number >= kFirstUserIlluminant && number - kFirstUserIlluminant < kUserIlluminants;
-}
-
-std::unique_ptr<Entry>& EntryOf(int32_t number) {
-  return entries[number - kFirstUserIlluminant];
-}
-
-const Entry* FindEntry(int32_t number) {
-  const Entry* entry = IsUserNumber(number) ? EntryOf(number).get() : nullptr;
-  return entry != nullptr && entry->registered ? entry : nullptr;
-}
 
 // A code by which the illuminant can be asked for: not a number, and nobody else's.
 bool IsUsableCode(WideView code, vrxUserIllum number) {
@@ -74,7 +52,7 @@ bool IsFinite(const WeightingTable& table) {
 
 IlluminantError Check(vrxUserIllum number, WideView name, std::span<const double> power, int32_t first,
                       int32_t step) {
-  if (!IsUserNumber(number)) return IlluminantError::kNumber;
+  if (!colorimetry_internal::IsUserIlluminant(number)) return IlluminantError::kNumber;
   if (!IsUsableCode(name.substr(0, name.find(u'|')), number)) return IlluminantError::kName;
   const IlluminantError error = CheckGrid(power.size(), first, step);
   return error == IlluminantError::kNone ? CheckPower(power, first, step) : error;
@@ -98,38 +76,21 @@ IlluminantError RegisterUserIlluminant(vrxUserIllum number, WideView name, std::
   if (!std::all_of(tables.begin(), tables.end(), IsFinite)) return IlluminantError::kNumeric;
   CString text(name);
   if (name.find(u'|') == WideView::npos) (text += u'|') += name;
-  std::unique_ptr<Entry>& entry = EntryOf(number);
-  if (entry == nullptr) entry = std::make_unique<Entry>();
-  entry->text = std::move(text);
-  entry->tables = tables;
-  entry->registered = true;
+  colorimetry_internal::StoreUserIlluminant(number, std::move(text), tables);
   return IlluminantError::kNone;
 }
 
 void RemoveUserIlluminant(vrxUserIllum number) {
-  if (FindEntry(number) != nullptr) EntryOf(number)->registered = false;
+  colorimetry_internal::DropUserIlluminant(number);
 }
 
 CUserIllumArray RegisteredUserIlluminants() {
   CUserIllumArray numbers;
   for (int32_t i = 0; i < kUserIlluminants; ++i) {
     const int32_t number = kFirstUserIlluminant + i;
-    if (FindEntry(number) != nullptr) numbers.Add(static_cast<vrxUserIllum>(number));
+    if (colorimetry_internal::IsRegistered(number)) numbers.Add(static_cast<vrxUserIllum>(number));
   }
   return numbers;
 }
 
-namespace colorimetry_internal {
-
-const double* UserWeightTable(int32_t illuminant, int32_t observer) {
-  const Entry* entry = FindEntry(illuminant);
-  return entry != nullptr ? entry->tables[observer == kObserver10 ? 1 : 0].data() : nullptr;
-}
-
-WideView UserIlluminantText(int32_t illuminant) {
-  const Entry* entry = FindEntry(illuminant);
-  return entry != nullptr ? entry->text.View() : WideView();
-}
-
-}  // namespace colorimetry_internal
 }  // namespace vrx

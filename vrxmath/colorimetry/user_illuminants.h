@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <span>
 
+#include <vrxmath/colorimetry/illuminant_registry.h>
 #include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/export.h>
@@ -27,8 +28,6 @@ namespace vrx {
 /// Number of a user illuminant, 1000 to 1255; persistent in records of hosts as a vrxIlluminant is. The
 /// range keeps clear of the built-in and reserved numbers and fits into 16 bits.
 enum vrxUserIllum : int32_t {};
-inline constexpr int32_t kFirstUserIlluminant = 1000;
-inline constexpr int32_t kUserIlluminants = 256;
 
 /// The number as every colour function takes it.
 constexpr vrxIlluminant IlluminantOf(vrxUserIllum number) {
@@ -75,15 +74,6 @@ VRX_API void RemoveUserIlluminant(vrxUserIllum number);
 /// The registered user illuminants by ascending number.
 [[nodiscard]] VRX_API CUserIllumArray RegisteredUserIlluminants();
 
-namespace colorimetry_internal {
-
-/// The weighting table of a registered user illuminant, null for any other number.
-const double* UserWeightTable(int32_t illuminant, int32_t observer);
-
-/// Its "code|description", empty for any other number.
-WideView UserIlluminantText(int32_t illuminant);
-
-}  // namespace colorimetry_internal
 }  // namespace vrx
 
 #endif  // VRXMATH_COLORIMETRY_USER_ILLUMINANTS_H_

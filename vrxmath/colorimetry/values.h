@@ -42,7 +42,7 @@ struct XyOf {
 using Xy = XyOf<double>;
 
 /// Coordinates of a lightness-based space with chroma and hue in degrees in [0, 360): L*, a*, b*, C*ab, hab, or L*, u*, v*,
-/// C*uv, huv, or Hunter L, a, b, whose C and h are unset.
+/// C*uv, huv, or those of a uniform space (uniform_space_formulas.h), or Hunter L, a, b, whose C and h are unset.
 template <class T>
 struct LabOf {
   T L, a, b, C, h;
@@ -50,7 +50,19 @@ struct LabOf {
 using Lab = LabOf<double>;
 
 /// The spaces in which difference systems work.
-enum class CoordinateSpace { kLab, kLuv, kHunter };
+enum class CoordinateSpace {
+  kLab,
+  kLuv,
+  kHunter,
+  kDin99o,
+  kDin99b,
+  kDin99c,
+  kDin99d,
+  kCam02Ucs,
+  kCam16Ucs,
+  kOklab,
+  kItp,
+};
 
 /// A colour in both forms; the coordinates are those of the space in which it is judged.
 template <class T>

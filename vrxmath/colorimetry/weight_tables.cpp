@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdio>
 
-#include <vrxmath/colorimetry/user_illuminants.h>
+#include <vrxmath/colorimetry/illuminant_registry.h>
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/platform/resources.h>
 

@@ -26,6 +26,11 @@ double MatchingFunction(std::span<const std::byte> observers, int32_t observer, 
   return value;
 }
 
+Xyz FunctionsAt(std::span<const std::byte> observers, int32_t observer, int32_t i) {
+  return {MatchingFunction(observers, observer, 0, i), MatchingFunction(observers, observer, 1, i),
+          MatchingFunction(observers, observer, 2, i)};
+}
+
 double RoundedTo3(double value) {
   return RoundToWhole(value * 1000.0) / 1000.0;
 }
@@ -84,6 +89,23 @@ WeightingTable ComputeWeightingTable(const SpectralPower& power, int32_t observe
   }
   for (std::size_t i = 0; i < kTableWhite; ++i) table[i] = RoundedTo3(table[i] * scale);
   return table;
+}
+
+Xyz MatchingFunctionsAt(int32_t observer, int32_t wavelength) {
+  return FunctionsAt(FindBinaryResource("CMF", "OBSERVERS"), observer, wavelength - kFirstWavelength);
+}
+
+Xyz SpectrumToXyz(const SpectralPower& power, int32_t observer) {
+  const auto observers = FindBinaryResource("CMF", "OBSERVERS");
+  Xyz sum{0.0, 0.0, 0.0};
+  for (int32_t i = 0; i < kPowerSamples; ++i) {
+    const Xyz functions = FunctionsAt(observers, observer, i);
+    const double watts = power[static_cast<std::size_t>(i)];
+    sum.X += watts * functions.X;
+    sum.Y += watts * functions.Y;
+    sum.Z += watts * functions.Z;
+  }
+  return sum;
 }
 
 }  // namespace vrx

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <span>
 
+#include <vrxmath/colorimetry/values.h>
 #include <vrxmath/export.h>
 #include <vrxmath/foundation/ks_data.h>
 
@@ -48,6 +49,13 @@ enum class SpectralInterpolation {
 /// the unrounded blocks, rounded to 3 decimals. A spectrum without power in the visible gives non-finite
 /// weights.
 [[nodiscard]] VRX_API WeightingTable ComputeWeightingTable(const SpectralPower& power, int32_t observer);
+
+/// The matching functions of observer 0 (2 degrees) or 1 (10 degrees) at a wavelength from 360 to 780 nm.
+[[nodiscard]] VRX_API Xyz MatchingFunctionsAt(int32_t observer, int32_t wavelength);
+
+/// The tristimulus values of a light: the sums over every nanometre of power times matching functions (CIE 15), in the unit of
+/// the power.
+[[nodiscard]] VRX_API Xyz SpectrumToXyz(const SpectralPower& power, int32_t observer);
 
 }  // namespace vrx
 

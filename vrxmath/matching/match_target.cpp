@@ -5,7 +5,7 @@
 
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/indices.h>
-#include <vrxmath/colorimetry/space_formulas.h>
+#include <vrxmath/colorimetry/uniform_space_formulas.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/numeric/matrix.h>
 
@@ -18,10 +18,10 @@ constexpr int32_t kLastVisible = 34;  // 700 nm
 constexpr double kVisibleSamples = kLastVisible - kFirstVisible + 1;
 constexpr double kPercent = 100.0;
 
-using Matrix3 = std::array<std::array<double, 3>, 3>;
+using Grid3 = std::array<std::array<double, 3>, 3>;
 
 // The upper triangular root U of a positive definite matrix, U^T U = G; false when it has none.
-bool RootOf(const Matrix3& G, Matrix3& U) {
+bool RootOf(const Grid3& G, Grid3& U) {
   U = {};
   for (std::size_t i = 0; i < 3; ++i) {
     double pivot = G[i][i];
@@ -40,7 +40,7 @@ bool RootOf(const Matrix3& G, Matrix3& U) {
 
 // The quadratic form of small changes (dX, dY, dZ) that `square` gives, by differences on both sides.
 template <class SQUARE>
-Matrix3 QuadraticFormOf(const std::array<double, 3>& size, SQUARE square) {
+Grid3 QuadraticFormOf(const std::array<double, 3>& size, SQUARE square) {
   constexpr double kStep = 1e-3;
   const auto both = [&](std::array<double, 3> change) {
     const double there = square(change);
@@ -48,7 +48,7 @@ Matrix3 QuadraticFormOf(const std::array<double, 3>& size, SQUARE square) {
     return 0.5 * (there + square(change));
   };
   std::array<double, 3> step{};
-  Matrix3 G{};
+  Grid3 G{};
   for (std::size_t i = 0; i < 3; ++i) step[i] = kStep * (size[i] + kStep);
   for (std::size_t i = 0; i < 3; ++i) {
     std::array<double, 3> change{};
@@ -215,7 +215,8 @@ Color MatchTarget::ColorOf(const Lamp& lamp, const Xyz& xyz) const {
   Viewing viewing;
   if (!FindViewing(lamp.illuminant, settings_.observer, viewing)) return {};
   const DifferenceSystem* system = FindDifferenceSystem(settings_.difference.system);
-  return {xyz, Coordinates(system != nullptr ? system->space : CoordinateSpace::kLab, xyz, viewing)};
+  const CoordinateSpace space = system != nullptr ? system->space : CoordinateSpace::kLab;
+  return {xyz, Coordinates(SpaceTermsOf(space, viewing), xyz)};
 }
 
 double MatchTarget::DifferenceOf(const Lamp& lamp, const Xyz& xyz) const {
@@ -240,7 +241,7 @@ void MatchTarget::SetRows() {
       const Lab d = LabDerivative(xyz, Xyz{change[0], change[1], change[2]}, viewing.white);
       return d.L * d.L + d.a * d.a + d.b * d.b;
     };
-    Matrix3 U;
+    Grid3 U;
     if (!RootOf(QuadraticFormOf(size, inSystem), U)) RootOf(QuadraticFormOf(size, inLab), U);
     for (std::size_t row = 0; row < 3; ++row) {
       for (std::size_t w = 0; w < kSamples; ++w) {
