@@ -1,12 +1,17 @@
 // Single figures of colours: display colours and indices.
 
+#include <algorithm>
 #include <span>
 #include <string>
+#include <vector>
 
 #include <pybind11/numpy.h>
 
+#include <vrxmath/batch/appearance_batch.h>
+#include <vrxmath/batch/color_space_batch.h>
 #include <vrxmath/batch/color_value_batch.h>
 #include <vrxmath/colorimetry/indices.h>
+#include <vrxmath/colorimetry/weight_tables.h>
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
@@ -54,14 +59,150 @@ py::dict Indices(const py::object& xyz, const py::object& illuminant, int observ
   for (const ColorIndex& index : ColorIndices()) {
     const IndexFunction function = index.Function(form);
     if (function == nullptr) continue;
+    IndexTerms terms;
+    const bool defined = index.Terms(form)(number, code, terms);
     py::array_t<double> values(rows.lead);
     double* target = values.mutable_data();
     InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
       IndexBatch(function, number, code, ViewOf<3>(rows, from, count), std::span(target + from, count));
-      UnsetToNan(target + from, count);
+      for (std::size_t i = from; i < from + count; ++i) {
+        const double* row = rows.Doubles() + i * rows.stride;
+        if (!defined || !HasIndex(terms, Xyz{row[0], row[1], row[2]})) FillNaN(target + i, 1);
+      }
     });
     result[py::str(IndexLabel(index, IndexForm::kDirect).ToUtf8())] = values;
   }
+  return result;
+}
+
+// Adaptation, appearance and grades.
+AdaptationTransform TransformOf(const std::string& name) {
+  if (name == "cat02") return AdaptationTransform::kCat02;
+  if (name == "cat16") return AdaptationTransform::kCat16;
+  if (name == "bradford") return AdaptationTransform::kBradford;
+  throw py::value_error("transform: \"cat02\", \"cat16\" or \"bradford\" is expected");
+}
+
+AppearanceModel ModelOf(const std::string& name) {
+  if (name == "ciecam02") return AppearanceModel::kCiecam02;
+  if (name == "cam16") return AppearanceModel::kCam16;
+  throw py::value_error("model: \"ciecam02\" or \"cam16\" is expected");
+}
+
+ViewingConditions ConditionsOf(double luminance, double background, const std::string& surround) {
+  ViewingConditions conditions;
+  if (!(luminance > 0.0)) throw py::value_error("luminance: a positive number is expected");
+  if (!(background > 0.0)) throw py::value_error("background: a positive number is expected");
+  conditions.adaptingLuminance = luminance;
+  conditions.background = background;
+  if (surround == "dim") {
+    conditions.surround = kDimSurround;
+  } else if (surround == "dark") {
+    conditions.surround = kDarkSurround;
+  } else if (surround != "average") {
+    throw py::value_error("surround: \"average\", \"dim\" or \"dark\" is expected");
+  }
+  return conditions;
+}
+
+// Rows of three numbers to rows of others; those that are unset become NaN.
+template <class WORK>
+py::array FromTriples(const Rows& rows, py::ssize_t width, int threads, const WORK& work) {
+  py::array_t<double> result(Extended(rows.lead, width));
+  double* target = result.mutable_data();
+  const auto numbers = static_cast<std::size_t>(width);
+  InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
+    work(target, from, count);
+    for (std::size_t i = from; i < from + count; ++i) {
+      if (IsUnsetRow<3>(rows.Doubles() + i * rows.stride)) FillNaN(target + i * numbers, numbers);
+    }
+  });
+  return result;
+}
+
+py::array AdaptColors(const py::object& xyz, const py::object& from, const py::object& to, int observer,
+                      const std::string& transform, double degree, int threads) {
+  const Rows rows = RowsOf(xyz, "xyz", 3);
+  const AdaptationTransform kind = TransformOf(transform);
+  White source, target;
+  const std::int32_t code = ObserverOf(observer);
+  if (!FindWhite(IlluminantOf(from), code, source) || !FindWhite(IlluminantOf(to), code, target)) {
+    throw py::value_error("illuminant: it has no weights");
+  }
+  return FromTriples(rows, 3, threads, [&](double* result, std::size_t first, std::size_t count) {
+    AdaptBatch(kind, source, target, degree, ViewOf<3>(rows, first, count),
+               TargetOf<3>(result, first, count));
+  });
+}
+
+py::array AppearanceOfColors(const py::object& xyz, const py::object& illuminant, int observer,
+                             const std::string& model, double luminance, double background,
+                             const std::string& surround, int threads) {
+  const Rows rows = RowsOf(xyz, "xyz", 3);
+  const vrxIlluminant number = IlluminantOf(illuminant);
+  const std::int32_t code = ObserverOf(observer);
+  const AppearanceModel kind = ModelOf(model);
+  const ViewingConditions conditions = ConditionsOf(luminance, background, surround);
+  return FromTriples(rows, 6, threads, [&](double* result, std::size_t first, std::size_t count) {
+    AppearanceBatch(kind, number, code, conditions, ViewOf<3>(rows, first, count),
+                    TargetOf<6>(result, first, count));
+  });
+}
+
+py::array ColorsOfAppearance(const py::object& appearance, const py::object& illuminant, int observer,
+                             const std::string& model, double luminance, double background,
+                             const std::string& surround, int threads) {
+  const Rows rows = RowsOf(appearance, "jch", 3);
+  const vrxIlluminant number = IlluminantOf(illuminant);
+  const std::int32_t code = ObserverOf(observer);
+  const AppearanceModel kind = ModelOf(model);
+  const ViewingConditions conditions = ConditionsOf(luminance, background, surround);
+  return FromTriples(rows, 3, threads, [&](double* result, std::size_t first, std::size_t count) {
+    XyzFromAppearanceBatch(kind, number, code, conditions, ViewOf<3>(rows, first, count),
+                           TargetOf<3>(result, first, count));
+  });
+}
+
+// L*, a*, b*, C*, h of `count` rows from `from` on; a single row stands for all.
+std::vector<double> PolarLab(const Rows& rows, std::size_t from, std::size_t count) {
+  if (rows.lead.empty()) from = 0, count = 1;
+  std::vector<double> lab(5 * count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const double* row = rows.Doubles() + (from + i) * rows.stride;
+    std::copy_n(row, 3, &lab[5 * i]);
+  }
+  ChromaHueBatch(BatchView<double, 5>(std::span<double>(lab)));
+  return lab;
+}
+
+py::object Grade(const py::object& standard, const py::object& sample, const std::string& scale, bool steps,
+                 int threads) {
+  if (scale != "change" && scale != "staining") {
+    throw py::value_error("scale: \"change\" or \"staining\" is expected");
+  }
+  const GreyScale kind = scale == "change" ? GreyScale::kChange : GreyScale::kStaining;
+  const Rows standards = RowsOf(standard, "standard", 3), samples = RowsOf(sample, "sample", 3);
+  const std::vector<py::ssize_t> lead = CommonLead(standards, "standard", samples, "sample");
+  py::array_t<double> result(lead);
+  double* target = result.mutable_data();
+  InBlocks(standards.lead.empty() ? samples.count : standards.count, threads,
+           [&](std::size_t from, std::size_t count) {
+             const std::vector<double> s = PolarLab(standards, from, count);
+             std::vector<double> t = PolarLab(samples, from, count);
+             if (t.size() < 5 * count) {  // one sample for many standards
+               for (std::size_t i = 1; i < count; ++i) t.insert(t.end(), t.begin(), t.begin() + 5);
+             }
+             GradeBatch(kind, s, t, std::span(target + from, count));
+             for (std::size_t i = 0; i < count; ++i) {
+               const bool unset = IsUnsetRow<3>(&s[s.size() == 5 ? 0 : 5 * i]) || IsUnsetRow<3>(&t[5 * i]);
+               if (unset) {
+                 FillNaN(target + from + i, 1);
+               } else if (steps) {
+                 target[from + i] = HalfStepGrade(target[from + i]);
+               }
+             }
+           });
+  if (lead.empty()) return py::float_(target[0]);
   return result;
 }
 
@@ -121,6 +262,81 @@ Returns
 -------
 dict of str to numpy.ndarray, shape (...)
     By label, such as ``"Whiteness: CIE"``.
+)");
+  module.def(
+      "adapt", &AdaptColors, py::arg("xyz"), py::arg("source"), py::arg("target") = "D65",
+      py::arg("observer") = 10, py::kw_only(), py::arg("transform") = "cat16", py::arg("degree") = 1.0,
+      py::arg("threads") = 1,
+      R"(Corresponding colours: those that look under one illuminant as the given ones do under another.
+
+Parameters
+----------
+xyz : array_like, shape (..., 3)
+source, target : str, int or Illuminant
+    The illuminant of the given colours, and that of the result.
+transform : str
+    ``"cat16"``, ``"cat02"`` or ``"bradford"``.
+degree : float
+    Of adaptation: 1 for a complete one, 0 for none.
+
+Returns
+-------
+numpy.ndarray, shape (..., 3)
+)");
+  module.def("appearance", &AppearanceOfColors, py::arg("xyz"), py::arg("illuminant") = "D65",
+             py::arg("observer") = 10, py::kw_only(), py::arg("model") = "cam16",
+             py::arg("luminance") = ViewingConditions().adaptingLuminance, py::arg("background") = 20.0,
+             py::arg("surround") = "average", py::arg("threads") = 1,
+             R"(Colour appearance by CAM16 or CIECAM02 (CIE 159).
+
+Parameters
+----------
+xyz : array_like, shape (..., 3)
+illuminant, observer
+    The conditions under which the values were computed; they give the white.
+model : str
+    ``"cam16"`` or ``"ciecam02"``.
+luminance : float
+    Of the adapting field, in cd/m2; the default is that of a booth of 1000 lx with a background of 20 %.
+background : float
+    Luminance factor of the background, on the scale of the white's 100.
+surround : str
+    ``"average"``, ``"dim"`` or ``"dark"``.
+
+Returns
+-------
+numpy.ndarray, shape (..., 6)
+    Lightness J, chroma C, hue h in degrees, brightness Q, colourfulness M, saturation s.
+)");
+  module.def(
+      "xyz_from_appearance", &ColorsOfAppearance, py::arg("jch"), py::arg("illuminant") = "D65",
+      py::arg("observer") = 10, py::kw_only(), py::arg("model") = "cam16",
+      py::arg("luminance") = ViewingConditions().adaptingLuminance, py::arg("background") = 20.0,
+      py::arg("surround") = "average", py::arg("threads") = 1,
+      R"(Tristimulus values of lightness J, chroma C and hue h in degrees: the inverse of :func:`appearance`.
+
+Parameters as for :func:`appearance`.
+
+Returns
+-------
+numpy.ndarray, shape (..., 3)
+)");
+  module.def("grade", &Grade, py::arg("standard"), py::arg("sample"), py::arg("scale") = "change",
+             py::kw_only(), py::arg("steps") = false, py::arg("threads") = 1,
+             R"(Fastness grades by the grey scales: 5 is the best, 1 the worst.
+
+Parameters
+----------
+standard, sample : array_like, shape (..., 3)
+    L*, a*, b* of the untreated and of the treated specimen. A single row stands for all of the other.
+scale : str
+    ``"change"`` of colour (ISO 105-A05), or ``"staining"`` (ISO 105-A04).
+steps : bool
+    Half steps, as they are reported, instead of a continuous grade.
+
+Returns
+-------
+numpy.ndarray, shape (...); float for a single pair
 )");
 }
 

@@ -4,6 +4,7 @@
 #ifndef PYTHON_SRC_BLOCKS_H_
 #define PYTHON_SRC_BLOCKS_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <limits>
 #include <pybind11/pybind11.h>
@@ -35,11 +36,14 @@ void InBlocks(std::size_t rows, int threads, const WORK& work) {
   });
 }
 
-/// Replaces unset numbers by NaN.
-inline void UnsetToNan(double* values, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    values[i] = IsUnset(values[i]) ? std::numeric_limits<double>::quiet_NaN() : values[i];
-  }
+inline void FillNaN(double* values, std::size_t count) {
+  std::fill_n(values, count, std::numeric_limits<double>::quiet_NaN());
+}
+
+/// Whether the first `kNumbers` numbers of a row are unset.
+template <std::size_t kNumbers>
+bool IsUnsetRow(const double* row) {
+  return std::all_of(row, row + kNumbers, [](double value) { return IsUnset(value); });
 }
 
 }  // namespace vrx::python

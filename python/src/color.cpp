@@ -19,6 +19,12 @@ namespace {
 
 using Views3 = BatchView<const double, 3>;
 
+// A curve is unset where its first sample is.
+bool IsUnsetCurve(const Rows& curves, std::size_t row) {
+  const std::size_t first = row * curves.stride;
+  return IsUnset(curves.isFloat ? static_cast<double>(curves.Floats()[first]) : curves.Doubles()[first]);
+}
+
 void FillTristimulus(const Rows& curves, std::span<const vrxIlluminant> illuminants, std::int32_t observer,
                      double* target, std::size_t from, std::size_t count) {
   const std::size_t width = 3 * illuminants.size();
@@ -27,7 +33,9 @@ void FillTristimulus(const Rows& curves, std::span<const vrxIlluminant> illumina
     xyz.emplace_back(std::span(target + from * width + 3 * k, count * width - 3 * k), width);
   }
   TristimulusOf(curves, illuminants, observer, std::span<const BatchView<double, 3>>(xyz), from, count);
-  UnsetToNan(target + from * width, count * width);
+  for (std::size_t i = from; i < from + count; ++i) {
+    if (IsUnsetCurve(curves, i)) FillNaN(target + i * width, width);
+  }
 }
 
 py::array Tristimulus(const py::object& curves, const py::object& illuminant, int observer,
@@ -54,9 +62,30 @@ py::array WhitePointOf(const py::object& illuminant, int observer) {
   return py::array_t<double>(3, white.GetData());
 }
 
+// The weights of an illuminant and observer, a wavelength a row.
+py::array WeightsOf(const py::object& illuminant, int observer) {
+  const double* table = WeightTable(IlluminantOf(illuminant), ObserverOf(observer));
+  if (table == nullptr) throw py::value_error("illuminant: it has no weights");
+  py::array_t<double> weights({static_cast<py::ssize_t>(kSamples), py::ssize_t{3}});
+  double* target = weights.mutable_data();
+  for (std::size_t i = 0; i < kSamples; ++i) {
+    for (std::size_t k = 0; k < 3; ++k) target[3 * i + k] = table[k * kSamples + i];
+  }
+  return weights;
+}
+
 // Conversions between spaces of three numbers.
 using Conversion = bool (*)(vrxIlluminant, std::int32_t, const Views3&, const BatchView<double, 3>&,
                             const BatchRun&);
+
+// The rows of colours that are unset.
+std::vector<std::size_t> UnsetRows(const Rows& rows, std::size_t from, std::size_t count) {
+  std::vector<std::size_t> unset;
+  for (std::size_t i = from; i < from + count; ++i) {
+    if (IsUnsetRow<3>(rows.Doubles() + i * rows.stride)) unset.push_back(i);
+  }
+  return unset;
+}
 
 template <class WORK>
 py::array Converted(const py::object& colors, const char* name, py::ssize_t width, const py::object& out,
@@ -68,8 +97,11 @@ py::array Converted(const py::object& colors, const char* name, py::ssize_t widt
     throw py::value_error(std::string("out: it lies over ") + name);
   double* target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
+    const std::vector<std::size_t> unset = UnsetRows(rows, from, count);  // before they are written over
     work(rows, target, from, count);
-    UnsetToNan(target + from * static_cast<std::size_t>(width), count * static_cast<std::size_t>(width));
+    for (const std::size_t row : unset) {
+      FillNaN(target + row * static_cast<std::size_t>(width), static_cast<std::size_t>(width));
+    }
   });
   return result;
 }
@@ -157,6 +189,16 @@ numpy.ndarray, shape (..., 3), or (..., m, 3) for a sequence of m illuminants
 Returns
 -------
 numpy.ndarray, shape (3,)
+)");
+  module.def("weights", &WeightsOf, py::arg("illuminant") = "D65", py::arg("observer") = 10,
+             R"(The weights by which curves become tristimulus values (ASTM E308), at 360, 370 ... 750 nm.
+
+``curves @ weights(...) / 100`` is :func:`tristimulus` but for the order of its sums.
+
+Returns
+-------
+numpy.ndarray, shape (40, 3)
+    For X, Y and Z.
 )");
   DefineTo(module, XyzToLabOnlyBatch, XyzToLabBatch, "lab", R"(CIE L*a*b* of tristimulus values (CIE 15).
 

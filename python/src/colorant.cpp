@@ -1,5 +1,6 @@
 // Colorants: K/S and strength of curves.
 
+#include <algorithm>
 #include <cmath>
 #include <span>
 
@@ -20,6 +21,12 @@ SaundersonMode ModeOf(const std::string& specular) {
   if (specular == "excluded") return SaundersonMode::kExcluded;
   if (specular == "none") return SaundersonMode::kNone;
   throw py::value_error("specular: \"included\", \"excluded\" or \"none\" is expected");
+}
+
+// The ratio of two sums in percent, within what StrengthPercent gives; NaN where a sample was.
+double PercentOf(double batchSum, double standardSum) {
+  const double percent = 100.0 * (batchSum / standardSum);
+  return std::isnan(percent) ? percent : std::clamp(percent, 0.01, 999.99);
 }
 
 // The samples of a band of wavelengths, both ends inclusive.
@@ -60,8 +67,7 @@ py::object Strength(const py::object& standard, const py::object& batch, bool ab
              };
              const std::vector<double> s = sums(standards), b = sums(batches);
              for (std::size_t i = 0; i < count; ++i) {
-               const double percent = 100.0 * (b[b.size() == 1 ? 0 : i] / s[s.size() == 1 ? 0 : i]);
-               target[from + i] = !(percent <= 999.99) ? 999.99 : percent < 0.01 ? 0.01 : percent;
+               target[from + i] = PercentOf(b[b.size() == 1 ? 0 : i], s[s.size() == 1 ? 0 : i]);
              }
            });
   if (lead.empty()) return py::float_(target[0]);
@@ -113,7 +119,7 @@ threads : int
 Returns
 -------
 numpy.ndarray, shape (...); float for one pair
-    Above 100 for a stronger batch; within 0.01 to 999.99.
+    Above 100 for a stronger batch; within 0.01 to 999.99, and NaN where a sample of the band is.
 )");
   module.def(
       "ks", &Ks, py::arg("curves"), py::kw_only(), py::arg("specular") = "included", py::arg("k1") = 0.04,

@@ -1,6 +1,7 @@
 // Differences of many pairs, and the nearest standards of many colours.
 
 #include <algorithm>
+#include <array>
 #include <span>
 
 #include <pybind11/numpy.h>
@@ -10,6 +11,7 @@
 #include <vrxmath/batch/judge_batch.h>
 #include <vrxmath/batch/nearest.h>
 #include <vrxmath/batch/sample_colors.h>
+#include <vrxmath/colorimetry/color_differences.h>
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
@@ -58,6 +60,13 @@ Space SpaceOf(const py::object& space, const CDifferenceSettings& settings, cons
               int observer) {
   const bool needsXyz = FindDifferenceSystem(settings.system)->readsXyz;
   bool isXyz = needsXyz;
+  // Nobody has coordinates of the uniform spaces at hand, and L*, a*, b* would be taken for them without a word.
+  const CoordinateSpace judgedIn = FindDifferenceSystem(settings.system)->space;
+  if (space.is_none() && judgedIn > CoordinateSpace::kHunter) {
+    throw py::value_error(
+        "space: this system has a space of its own: \"xyz\" for tristimulus values, \"lab\" for its "
+        "coordinates");
+  }
   if (!space.is_none()) {
     const auto name = space.cast<std::string>();
     if (name != "lab" && name != "xyz") throw py::value_error("space: \"lab\" or \"xyz\" is expected");
@@ -66,6 +75,24 @@ Space SpaceOf(const py::object& space, const CDifferenceSettings& settings, cons
   if (needsXyz && !isXyz)
     throw py::value_error("space: this system compares tristimulus values: \"xyz\" is needed");
   return {isXyz, settings.system, IlluminantOf(illuminant), ObserverOf(observer)};
+}
+
+// Whether a row of an argument is unset for a system; a single row stands for all.
+bool IsUnsetColor(const Rows& rows, std::size_t row) {
+  return IsUnsetRow<3>(rows.Doubles() + (rows.lead.empty() ? 0 : row) * rows.stride);
+}
+
+// Brings `width` elements a row into Python's form: all are NaN where a colour is unset, and those that the system leaves out
+// everywhere.
+void MarkUnset(const CDifferenceSettings& settings, const Rows& standards, const Rows& samples,
+               std::size_t width, double* target, std::size_t from, std::size_t count) {
+  const std::array<bool, 7> filled = FilledElements(settings);
+  for (std::size_t i = from; i < from + count; ++i) {
+    const bool unset = IsUnsetColor(standards, i) || IsUnsetColor(samples, i);
+    for (std::size_t k = 0; k < width; ++k) {
+      if (unset || !filled[7 - width + k]) FillNaN(target + width * i + k, 1);
+    }
+  }
 }
 
 void FillDifferences(const CDifferenceSettings& settings, double angle, const Space& space,
@@ -79,14 +106,12 @@ void FillDifferences(const CDifferenceSettings& settings, double angle, const Sp
       const ColorBatch one{s.xyz.empty() ? s.xyz : s.xyz.Rows(i, 1), s.lab.Rows(i, 1)};
       DifferenceBatch(settings, angle, one, t, TargetOf<7>(target, from + i, 1));
     }
-    UnsetToNan(target + 7 * from, 7 * count);
   } else if (components) {
     DifferenceBatch(settings, angle, s, t, TargetOf<7>(target, from, count));
-    UnsetToNan(target + 7 * from, 7 * count);
   } else {
     TotalDifferenceBatch(settings, angle, s, t, std::span(target + from, count));
-    UnsetToNan(target + from, count);
   }
+  MarkUnset(settings, standards, samples, components ? 7 : 1, target, from, count);
 }
 
 py::object Delta(const py::object& standard, const py::object& sample, const std::string& system,
@@ -217,7 +242,8 @@ Parameters
 ----------
 standard, sample : array_like, shape (..., 3) or (..., 5)
     Coordinates in the space in which the system judges: L*, a*, b* for most, L*, u*, v* for ``"luv"``, Hunter L, a, b for
-    ``"hunter"``, with C and h behind them where they are at hand. A single row stands for all of the other.
+    ``"hunter"``, with C and h behind them where they are at hand. A single row stands for all of the other. The uniform
+    spaces (``"cam16ucs"``, ``"oklab"``, ``"itp"``, ``"din99o"`` ...) want ``space`` to be said.
 system : str
     See :func:`systems`.
 components : bool

@@ -45,6 +45,44 @@ def test_targets(curves):
         vrx.tristimulus(backing.reshape(60, 40), out=backing[: 60 * 3].reshape(60, 3))
 
 
+def test_small_results_are_numbers():
+    lamps = ["D65", "A", "F2", "F11"]
+    unit = vrx.tristimulus(np.eye(40), lamps)
+    weights = np.stack([vrx.weights(lamp) for lamp in lamps], axis=1)
+    assert np.array_equal(unit, weights * 0.01) and np.any(unit == 1e-5)
+    lab = vrx.lab([50.0, 50.0, 50.0], polar=True)
+    near = lab.copy()
+    near[0] += 1e-5
+    components = vrx.delta(lab, near, components=True)
+    assert np.isclose(components[[0, 6]], 1e-5).all() and not np.isnan(components).any()
+    assert np.isnan(vrx.delta([50.0] * 3, [51.0] * 3, system="fmc2", components=True)).tolist() == [
+        False, False, False, True, False, True, False]
+
+
+def test_nan_stays_nan(curves):
+    torn = curves[3].copy()
+    torn[12] = np.nan
+    assert np.isnan(vrx.strength(torn, curves)).all() and np.isnan(vrx.strength(curves[3], torn))
+    assert np.isnan(vrx.ks(torn)).tolist() == (np.arange(40) == 12).tolist()
+    assert not np.isnan(vrx.strength(torn, curves, band=(600, 700))).any()
+
+
+def test_grades_appearance_and_adaptation(curves):
+    xyz = vrx.tristimulus(curves, "A", 2)
+    look = vrx.appearance(xyz, "A", 2)
+    assert np.allclose(vrx.xyz_from_appearance(look[:, :3], "A", 2), xyz, atol=1e-9)
+    assert np.allclose(vrx.adapt(vrx.white_point("A", 2), "A", "D65", 2), vrx.white_point("D65", 2))
+    assert np.isnan(vrx.appearance([1e-5] * 3)).all()
+    grey = [60.0, 0.0, 0.0]
+    assert abs(vrx.grade(grey, [46.4, 0.0, 0.0]) - 1.0) < 1e-9
+    assert vrx.grade(grey, [51.5, 0.0, 0.0], "staining", steps=True) == 3.0
+    lab = vrx.lab(xyz, "A", 2)
+    assert vrx.grade(lab[0], lab).shape == (60,) and vrx.grade(lab, lab[0])[0] == 5.0
+    with pytest.raises(ValueError, match="space"):
+        vrx.delta(grey, grey, system="cam16ucs")
+    assert vrx.delta(xyz[0], xyz[0], system="cam16ucs", space="xyz", illuminant="A", observer=2) == 0.0
+
+
 def test_unset_is_nan():
     unset = np.full(40, 1e-5)
     assert np.isnan(vrx.tristimulus(unset)).all()

@@ -1,5 +1,6 @@
 // Indices, pictures and user illuminants from the command line.
 
+#include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
 #include <map>
@@ -29,7 +30,7 @@ TEST_F(IndexAndSwatch, IndexRowsNameLabelAndForm) {
   folder_.Write("xyz.csv", "id,X,Y,Z\npaper,80,85,92\n");
   const Result result = Run("index xyz.csv --illuminants C,D65 --observer 2 --format csv");
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_TRUE(result.out.starts_with("id,illuminant,observer,index,form,value\n"));
+  EXPECT_TRUE(result.out.starts_with("id,illuminant,observer,index,form,value,note\n"));
   const auto number = [&](const std::string& beginning) {
     const std::size_t at = result.out.find("\n" + beginning);
     return at == std::string::npos ? -1.0 : std::strtod(&result.out[at + 1 + beginning.size()], nullptr);
@@ -37,10 +38,29 @@ TEST_F(IndexAndSwatch, IndexRowsNameLabelAndForm) {
   EXPECT_NEAR(number("paper,C,2,Whiteness: ASTM E313-1973,direct,"), 56.696, 1e-9);
   EXPECT_NEAR(number("paper,D65,2,Whiteness: ASTM E313-1973 (Recalc),recalculated,"), 83.4590934, 1e-6);
   EXPECT_NEAR(number("paper,D65,2,Yellowness: DIN 6167,direct,"), -0.4658824, 1e-6);
-  EXPECT_NE(result.out.find("paper,C,2,Whiteness: Berger,direct,\n"), std::string::npos);  // unset is empty
+  EXPECT_NE(result.out.find("paper,C,2,Whiteness: Berger,direct,,\n"), std::string::npos);  // unset is empty
   // The table has the same rows but for those.
   EXPECT_EQ(Run("index xyz.csv --illuminants C --observer 2").out.find("Whiteness: Berger  "),
             std::string::npos);
+}
+
+TEST_F(IndexAndSwatch, NamesChooseAndTheWideFormHasASampleARow) {
+  folder_.Write("white.csv", Header("id") + Flat("paper", "88") + Flat("grey", "20"));
+  const Result wide =
+      Run("index white.csv --indices wi-cie,dominant,inconstancy --wide --illuminants D65,A --format csv");
+  EXPECT_EQ(wide.status, 0) << wide.err;
+  EXPECT_TRUE(wide.out.starts_with(
+      "id,observer,wi-cie D65,dominant D65,cie limits D65,wi-cie A,dominant A,inconstancy A,"
+      "cie limits A\npaper,10,8"))
+      << wide.out;
+  EXPECT_NE(wide.out.find(",within,"), std::string::npos);
+  EXPECT_NE(wide.out.find("\ngrey,10,"), std::string::npos);
+  const Result family = Run("index white.csv --indices ti --illuminants D65 --format csv");
+  EXPECT_EQ(std::count(family.out.begin(), family.out.end(), '\n'), 1 + 2 * 4) << family.out;
+  EXPECT_NE(family.out.find("outside the limits"), std::string::npos) << "a grey is no white";
+  const Result unknown = Run("index white.csv --indices wi,blue");
+  EXPECT_EQ(unknown.status, 2);
+  EXPECT_NE(unknown.err.find("no index \"blue\""), std::string::npos) << unknown.err;
 }
 
 TEST_F(IndexAndSwatch, ContrastRatioAndMetamerismJoinThem) {
@@ -54,7 +74,7 @@ TEST_F(IndexAndSwatch, ContrastRatioAndMetamerismJoinThem) {
   ASSERT_NE(at, std::string::npos);
   EXPECT_NEAR(std::strtod(&result.out[result.out.find("direct,", at) + 7], nullptr), 0.0, 1e-9);
   const Result own = Run("index drawdown.csv --standard drawdown.csv --pairs --format csv");
-  EXPECT_NE(own.out.find("\nR,C,10,Metamerism index: D65,direct,0\n"), std::string::npos)
+  EXPECT_NE(own.out.find("\nR,C,10,Metamerism index: D65,direct,0,\n"), std::string::npos)
       << own.out << own.err;
 }
 

@@ -1,13 +1,16 @@
-// vrx index: whiteness, tint and yellowness of curves or tristimulus values, contrast ratio of drawdowns,
-// metamerism against a standard.
+// vrx index: whiteness, tint and yellowness of curves or tristimulus values, other single figures of a colour, contrast ratio
+// of drawdowns, metamerism against a standard.
 
 #include <algorithm>
 #include <memory>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include <vrxmath/colorimetry/indices.h>
+#include <vrxmath/colorimetry/single_figures.h>
 #include <vrxmath/foundation/string_numbers.h>
 
 #include "tools/vrx/base/command.h"
@@ -26,24 +29,91 @@ struct IndexOptions {
   std::string file;
   std::string standard;
   std::string standardId;
+  std::string indices;
   bool pairs = false;
   bool formulas = false;
+  bool wide = false;
   ViewingOptions viewing;
   CurveInputOptions input;
   Format format = Format::kTable;
   ReportOptions report;
 };
 
-// Writes one index a row.
+constexpr std::string_view kInconstancy = "inconstancy";
+
+// Which of the indices and figures were asked for.
+class Selection {
+ public:
+  /// Names from the tables, and "wi", "ti", "yi" for a family; an empty list is the whiteness family.
+  explicit Selection(const std::string& list) : isDefault_(list.empty()) {
+    std::istringstream names(list);
+    for (std::string name; std::getline(names, name, ',');) {
+      if (!IsKnown(name)) throw InputError("--indices: no index \"" + name + "\"; --formulas lists them");
+      names_.push_back(name);
+    }
+  }
+  bool Has(std::string_view name) const {
+    const auto covers = [name](const std::string& given) {
+      return given == name || (IsFamily(given) && name.starts_with(given + "-"));
+    };
+    return std::ranges::any_of(names_, covers);
+  }
+  bool Has(const ColorIndex& index) const { return isDefault_ || Has(index.name); }
+
+ private:
+  static bool IsFamily(std::string_view name) { return name == "wi" || name == "ti" || name == "yi"; }
+  static bool IsKnown(std::string_view name) {
+    return name == kInconstancy || IsFamily(name) ||
+           std::ranges::find(ColorIndices(), name, &ColorIndex::name) != ColorIndices().end() ||
+           std::ranges::find(ColorFigures(), name, &ColorFigure::name) != ColorFigures().end();
+  }
+
+  bool isDefault_;
+  std::vector<std::string> names_;
+};
+
+// Whether a sample lies within the limits of the CIE equations under an illuminant.
+bool IsWithinCieLimits(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz) {
+  return IsCieWhite(WhitenessCie(illuminant, observer, xyz), TintCie(illuminant, observer, xyz),
+                    xyz[CTrisValues::kY]);
+}
+
+// The columns of the wide form: a sample a row, each index under each illuminant.
+std::vector<Column> WideColumns(const Selection& selection, const std::vector<vrxIlluminant>& illuminants) {
+  std::vector<Column> columns{{"id"}, {"observer"}};
+  for (const vrxIlluminant illuminant : illuminants) {
+    const std::string code = CodeOf(illuminant);
+    for (const ColorIndex& index : ColorIndices()) {
+      if (selection.Has(index)) columns.push_back({std::string(index.name) + " " + code, "", 3});
+    }
+    for (const ColorFigure& figure : ColorFigures()) {
+      if (selection.Has(figure.name))
+        columns.push_back({std::string(figure.name) + " " + code, "", figure.decimals});
+    }
+    const bool isTest = illuminant != illuminants.front();
+    if (isTest && selection.Has(kInconstancy))
+      columns.push_back({std::string(kInconstancy) + " " + code, "", 3});
+    columns.push_back({"cie limits " + code});
+  }
+  return columns;
+}
+
+std::vector<Column> LongColumns() {
+  return {{"id"}, {"illuminant"}, {"observer"}, {"index"}, {"form"}, {"value", "", 3}, {"note"}};
+}
+
+// Writes one index a row, or one sample.
 class IndexRows {
  public:
   IndexRows(const IndexOptions& options, OutputStream& output)
-      : illuminants_(options.viewing.Illuminants()),
+      : selection_(options.indices),
+        illuminants_(options.viewing.Illuminants()),
         observer_(options.viewing.Observer()),
         format_(options.format),
+        wide_(options.wide),
         report_(options.report, ReportText::kIndices),
         rows_(report_.Rows(options.format, output,
-                           {{"id"}, {"illuminant"}, {"observer"}, {"index"}, {"form"}, {"value", "", 3}})) {
+                           options.wide ? WideColumns(selection_, illuminants_) : LongColumns())) {
     report_.AddFile(ReportText::kInputFile, options.file);
     report_.AddFile(ReportText::kStandardsFile, options.standard);
     report_.AddViewing(illuminants_, observer_);
@@ -53,27 +123,41 @@ class IndexRows {
 
   const std::vector<vrxIlluminant>& Illuminants() const { return illuminants_; }
   int32_t Observer() const { return observer_; }
+  bool NeedsCurves() const { return selection_.Has(kInconstancy); }
 
-  /// The whiteness family of one colour. A table leaves out what does not exist under the illuminant.
-  void AddFamily(std::string_view id, vrxIlluminant illuminant, const CTrisValues& xyz) {
-    for (const ColorIndex& index : ColorIndices()) {
-      for (const IndexForm form : {IndexForm::kDirect, IndexForm::kRecalculated}) {
-        const IndexFunction function = index.Function(form);
-        if (function == nullptr) continue;
-        Add(id, illuminant, IndexLabel(index, form).ToUtf8(), form, function(illuminant, observer_, xyz));
-      }
+  /// A sample that has a curve.
+  void AddSample(std::string_view id, const CReflData& curve) {
+    StartSample(id);
+    CTrisValues xyz;
+    for (const vrxIlluminant illuminant : illuminants_) {
+      curve.Tristimulus(illuminant, observer_, xyz);
+      AddColor(id, illuminant, xyz);
+      if (illuminant != illuminants_.front()) AddInconstancy(id, illuminant, curve);
+      EndIlluminant(illuminant, xyz);
     }
+    EndSample();
+  }
+  /// A sample of which the colour alone is known.
+  void AddSample(std::string_view id, const CTrisValues& xyz) {
+    StartSample(id);
+    for (const vrxIlluminant illuminant : illuminants_) {
+      AddColor(id, illuminant, xyz);
+      EndIlluminant(illuminant, xyz);
+    }
+    EndSample();
   }
 
+  /// An index of a pair, which the wide form leaves out. A table leaves out what does not exist under the illuminant.
   void Add(std::string_view id, vrxIlluminant illuminant, const std::string& label, IndexForm form,
-           double value) {
-    if (format_ == Format::kTable && IsUnset(value)) return;
+           double value, std::string_view note = "") {
+    if (wide_ || (format_ == Format::kTable && IsUnset(value))) return;
     rows_->Text(id);
     rows_->Text(CodeOf(illuminant));
     rows_->Integer(DegreesOf(observer_));
     rows_->Text(label);
     rows_->Text(form == IndexForm::kDirect ? "direct" : "recalculated");
     rows_->Number(value);
+    rows_->Text(note);
     rows_->EndRow();
   }
 
@@ -83,9 +167,64 @@ class IndexRows {
   }
 
  private:
+  void AddColor(std::string_view id, vrxIlluminant illuminant, const CTrisValues& xyz) {
+    for (const ColorIndex& index : ColorIndices()) {
+      if (selection_.Has(index)) AddIndex(id, illuminant, index, xyz);
+    }
+    for (const ColorFigure& figure : ColorFigures()) {
+      if (!selection_.Has(figure.name)) continue;
+      const double value = figure.function(illuminant, observer_, xyz);
+      wide_ ? rows_->Number(value)
+            : Add(id, illuminant, std::string(figure.label), IndexForm::kDirect, value);
+    }
+  }
+
+  // Both forms of an index; in the wide form the direct one where the index is defined for the illuminant.
+  void AddIndex(std::string_view id, vrxIlluminant illuminant, const ColorIndex& index,
+                const CTrisValues& xyz) {
+    if (wide_) {
+      IndexTerms terms;
+      const bool direct = index.recalculated == nullptr || index.directTerms(illuminant, observer_, terms);
+      return rows_->Number((direct ? index.direct : index.recalculated)(illuminant, observer_, xyz));
+    }
+    const bool isCie = index.name == "wi-cie" || index.name == "ti-cie";
+    const bool outside = isCie && !IsUnset(xyz) && !IsWithinCieLimits(illuminant, observer_, xyz);
+    for (const IndexForm form : {IndexForm::kDirect, IndexForm::kRecalculated}) {
+      const IndexFunction function = index.Function(form);
+      if (function == nullptr) continue;
+      Add(id, illuminant, IndexLabel(index, form).ToUtf8(), form, function(illuminant, observer_, xyz),
+          outside ? "outside the limits of the CIE equations" : "");
+    }
+  }
+
+  void AddInconstancy(std::string_view id, vrxIlluminant test, const CReflData& curve) {
+    if (!selection_.Has(kInconstancy)) return;
+    const vrxIlluminant reference = illuminants_.front();
+    const double value =
+        InconstancyIndex(reference, test, observer_, curve, DefaultSettings(vrxSystemCie2000));
+    wide_ ? rows_->Number(value)
+          : Add(id, test, "Colour inconstancy (CAT16, CIEDE2000): " + CodeOf(reference), IndexForm::kDirect,
+                value);
+  }
+
+  void StartSample(std::string_view id) {
+    if (!wide_) return;
+    rows_->Text(id);
+    rows_->Integer(DegreesOf(observer_));
+  }
+  void EndIlluminant(vrxIlluminant illuminant, const CTrisValues& xyz) {
+    if (wide_)
+      rows_->Text(IsUnset(xyz) ? "" : IsWithinCieLimits(illuminant, observer_, xyz) ? "within" : "outside");
+  }
+  void EndSample() {
+    if (wide_) rows_->EndRow();
+  }
+
+  Selection selection_;
   std::vector<vrxIlluminant> illuminants_;
   int32_t observer_;
   Format format_;
+  bool wide_;
   ResultReport report_;
   std::unique_ptr<RowWriter> rows_;
 };
@@ -152,14 +291,10 @@ void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
   ProgressBar progress(curves.Source().Size());
   Drawdowns drawdowns(rows);
   CurveRow row;
-  CTrisValues xyz;
   rows.Report().SetMeasured(curves);
   while (curves.Next(row)) {
     rows.Report().AddCurve(row.curve);
-    for (const vrxIlluminant illuminant : rows.Illuminants()) {
-      row.curve.Tristimulus(illuminant, rows.Observer(), xyz);
-      rows.AddFamily(row.id, illuminant, xyz);
-    }
+    rows.AddSample(row.id, row.curve);
     drawdowns.Take(row);
     if (standards != nullptr) AddMetamerism(row, standards->Of(row).sample.curve, rows);
     progress.Update(curves.Source().Position());
@@ -170,52 +305,27 @@ void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
 void AddColors(CurveReader colors, IndexRows& rows) {
   CurveRow row;
   CTrisValues xyz;
+  if (rows.NeedsCurves()) colors.Source().FailRow("inconstancy needs curves");
   while (colors.Next(row)) {
     std::ranges::copy(row.color, xyz.begin());
-    for (const vrxIlluminant illuminant : rows.Illuminants()) rows.AddFamily(row.id, illuminant, xyz);
+    rows.AddSample(row.id, xyz);
   }
 }
 
-// The formula behind a label.
-struct IndexFormula {
-  uint32_t label;
-  const char* formula;
-  const char* direct;        // the illuminants and observers of the direct form
-  const char* recalculated;  // what the other form does
-};
-constexpr IndexFormula kFormulas[] = {
-    {kStringIndexLabel, "3.388 Z - 3 Y", "C/2", "Z to the white of C/2"},
-    {kStringIndexLabel + 1, "Y + 800 (xn - x) + 1700 (yn - y)",
-     "C, D65, D50 with the white points of ASTM E313", "any other white"},
-    {kStringIndexLabel + 2, "Y + 800 (xn - x) + 1700 (yn - y)", "D65", "the white of any illuminant"},
-    {kStringIndexLabel + 3, "k (xn - x) - 650 (yn - y), k = 1000 (2 degrees) or 900 (10 degrees)", "D65",
-     "the white of any illuminant"},
-    {kStringIndexLabel + 4, "Y + 3.4 Z - 3.895 X (2 degrees), Y + 3.448 Z - 3.904 X (10 degrees)", "D65",
-     "X and Z to the white of D65/2, the formula of 2 degrees"},
-    {kStringIndexLabel + 5, "L - 3 b + 3 a in Hunter Lab", "any", ""},
-    {kStringIndexLabel + 6, "L - 3 b in Hunter Lab", "any", ""},
-    {kStringIndexLabel + 7, "3.3834 Z - 3 Y", "C/2", "Z to the white of C/2"},
-    {kStringIndexLabel + 8, "100 (1 - 0.847 Z / Y)", "C/2", "Z to the white of C/2"},
-    {kStringIndexLabel + 9,
-     "100 (Cx X - Cz Z) / Y: C/2 1.2769, 1.0592; C/10 1.2871, 1.0781; D65/2 1.2985, 1.1335; D65/10 1.3013, "
-     "1.1498",
-     "C, D65", "X and Z to the white of C/2, the formula of C/2"},
-    {kStringIndexLabel + 10, "100 (1.28 X - 1.06 Z) / Y", "C/2", "X and Z to the white of C/2"},
-    {kStringIndexLabel + 11, "100 (a X - b Z) / Y: C/2 1.277, 1.059; D65/2 1.298, 1.133; D65/10 1.301, 1.149",
-     "C/2, D65", "X and Z to the white of C/2, the formula of C/2"},
-    {kStringFurtherIndexLabel, "k (xn - x) - 650 (yn - y), k = 1000 (2 degrees) or 900 (10 degrees)",
-     "C, D65, D50 with the white points of ASTM E313", "any other white"},
-    {kStringFurtherIndexLabel + 1, "253.1 - 620.88511 Z / (1.275 X + Y + 0.635025 Z)", "C/2", ""},
-};
-
 void WriteIndexFormulas(const Format& format) {
   OutputStream output;
-  const auto rows =
-      MakeRowWriter(format, output, {{"index"}, {"formula"}, {"direct", "direct for"}, {"recalculated"}});
+  const auto rows = MakeRowWriter(
+      format, output, {{"index"}, {"name"}, {"formula"}, {"direct", "direct for"}, {"recalculated"}});
   for (const ColorIndex& index : ColorIndices()) {
-    const IndexFormula& row = *std::ranges::find(kFormulas, index.label, &IndexFormula::label);
+    const auto& [formula, direct, recalculated] = index.text;
     rows->Text(IndexLabel(index, IndexForm::kDirect).ToUtf8());
-    for (const char* text : {row.formula, row.direct, row.recalculated}) rows->Text(text);
+    for (const std::string_view text : {index.name, formula, direct, recalculated}) rows->Text(text);
+    rows->EndRow();
+  }
+  for (const ColorFigure& figure : ColorFigures()) {
+    for (const std::string_view text : {figure.label, figure.name, figure.text}) rows->Text(text);
+    rows->Text("any");
+    rows->Text("");
     rows->EndRow();
   }
   rows->Finish();
@@ -261,6 +371,11 @@ void AddIndex(Command& tool) {
   command.AddFlag("--pairs", options->pairs, "The standard of each curve is the one of the same id")
       .Excludes(id)
       .Needs(standard);
+  command
+      .AddOption("--indices", options->indices,
+                 "Which indices and figures: names of --formulas, wi, ti or yi for a family, inconstancy")
+      .Shows("LIST [the whiteness family]");
+  command.AddFlag("--wide", options->wide, "A sample a row, an index a column").Excludes(standard);
   command.AddFlag("--formulas", options->formulas, "List the indices with their formulas instead");
   AddViewingOptions(command, options->viewing, "D65,C");
   AddCurveInputOptions(command, options->input);
@@ -274,7 +389,8 @@ void AddIndex(Command& tool) {
       "Examples:\n"
       "  vrx index paper.csv                                # under D65 and C, 10 degrees\n"
       "  vrx index paper.csv --illuminants C --observer 2   # as most of them were published\n"
-      "  vrx index lot.csv --standard master.csv --illuminants D65,A,T84 --format csv\n");
+      "  vrx index lot.csv --standard master.csv --illuminants D65,A,T84 --format csv\n"
+      "  vrx index paper.csv --indices wi-cie,ti-cie,dominant --wide --illuminants D65\n");
   command.SetAction([options] {
     RunIndex(*options);
     return kExitPass;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/colorimetry/single_figures.h>
 #include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/colorimetry/weighting.h>
@@ -34,6 +35,8 @@ void ListIlluminants(Format format) {
            std::string(component) + " " + IlluminantName(vrxIllumA, observer, kNameObserver).ToUtf8(), 3});
     }
   }
+  columns.push_back({"cct", "CCT, K", 0});
+  columns.push_back({"duv", "Duv", 5});
   OutputStream output;
   const auto rows = MakeRowWriter(format, output, std::move(columns));
   CTrisValues white;
@@ -47,6 +50,9 @@ void ListIlluminants(Format format) {
       WhitePoint(illuminant, observer, white);
       for (const double component : white) rows->Number(component);
     }
+    WhitePoint(illuminant, kObserver2, white);
+    rows->Number(CorrelatedColorTemperature(illuminant, kObserver2, white));
+    rows->Number(PlanckianDistance(illuminant, kObserver2, white));
     rows->EndRow();
   }
   rows->Finish();
