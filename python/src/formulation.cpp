@@ -5,6 +5,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/matching/batch_correction.h>
+#include <vrxmath/matching/batch_diagnosis.h>
 #include <vrxmath/matching/recipe.h>
 #include <vrxmath/matching/recipe_faults.h>
 
@@ -103,16 +105,25 @@ py::array_t<double> AmountsOf(const System& system, const CDbFormula& formula) {
   return amounts;
 }
 
-SaundersonMode ModeOf(const std::string& specular) {
-  if (specular == "included") return SaundersonMode::kIncluded;
-  if (specular == "excluded") return SaundersonMode::kExcluded;
-  if (specular == "none") return SaundersonMode::kNone;
+std::optional<SaundersonMode> ModeNamed(const py::object& specular) {
+  if (specular.is_none()) return {};
+  const auto text = specular.cast<std::string>();
+  for (const auto mode : {SaundersonMode::kIncluded, SaundersonMode::kExcluded, SaundersonMode::kNone}) {
+    if (text == io::SpecularName(mode)) return mode;
+  }
   throw py::value_error("specular: \"included\", \"excluded\" or \"none\" is expected");
 }
 
-py::array Predict(const System& system, const py::object& amounts, const std::string& specular,
+SaundersonMode ModeOf(const System& system, const py::object& specular) {
+  std::string complaint;
+  const SaundersonMode mode = io::SpecularOf(system.file, ModeNamed(specular), complaint);
+  if (!complaint.empty()) throw py::value_error("specular: " + complaint);
+  return mode;
+}
+
+py::array Predict(const System& system, const py::object& amounts, const py::object& specular,
                   const py::object& out, int threads) {
-  const SaundersonMode mode = ModeOf(specular);
+  const SaundersonMode mode = ModeOf(system, specular);
   const Rows rows = RowsOf(amounts, "formulas", system.ids.size());
   py::array_t<double> result = ResultArray(rows.lead, {static_cast<py::ssize_t>(kSamples)}, out);
   if (Overlap(result, rows.array)) throw py::value_error("out: it lies over an argument");
@@ -207,7 +218,7 @@ CRecipeSettings SettingsOf(const System& system, const py::dict& given) {
                                               {{"tristimulus", RecipeObjective::kTristimulus},
                                                {"spectral", RecipeObjective::kSpectral},
                                                {"combined", RecipeObjective::kCombined}});
-  settings.mode = ModeOf(given["specular"].cast<std::string>());
+  settings.mode = ModeOf(system, given["specular"]);
   if (!given["weights"].is_none()) {
     for (const py::handle weight : given["weights"]) settings.weights.Add(weight.cast<double>());
     if (settings.weights.GetSize() != settings.illuminants.GetSize()) {
@@ -326,6 +337,25 @@ py::dict FieldsOf(const System& system, const CCorrection& correction) {
   return fields;
 }
 
+// Puts what is in a batch in the place of its formula; what is suspected, by name: percent written and found.
+py::dict Diagnose(const System& system, const CRecipeSettings& recipe, CBatch& batch) {
+  CDiagnosisSettings settings;
+  settings.mode = recipe.mode;
+  settings.illuminant = recipe.illuminants[0];
+  settings.observer = recipe.observer;
+  settings.expectedError = ExpectedError(system.file.calibrated, batch.formula);
+  CBatchDiagnosis diagnosis;
+  py::dict suspected;
+  if (!DiagnoseBatch(system.file.data, batch, settings, diagnosis)) return suspected;
+  batch.formula = diagnosis.best.formula;
+  for (const CSuspectedAmount& amount : diagnosis.best.suspected) {
+    const auto place = std::ranges::find(system.ids, amount.componentId) - system.ids.begin();
+    suspected[py::str(system.names[static_cast<std::size_t>(place)])] =
+        py::make_tuple(100.0 * amount.written, 100.0 * amount.found);
+  }
+  return suspected;
+}
+
 py::tuple Correct(const System& system, const py::object& formula, const py::object& measured,
                   const py::object& target, const py::dict& given) {
   const Rows amounts = RowsOf(formula, "formula", system.ids.size());
@@ -345,6 +375,12 @@ py::tuple Correct(const System& system, const py::object& formula, const py::obj
   batch.formula = FormulaOf(system, amounts.Doubles());
   batch.curve = CurveOf(curve.Doubles());
   batch.size = NumberOf(given, "batch_size", 1e-9, 1e9);
+  settings.margin = NumberOf(given, "margin", 0, 99.999) / 100.0;
+  settings.allowNew = given["allow_new"].cast<bool>();
+  for (const CDbFormulaElement& line : batch.formula)
+    settings.own.Add(static_cast<uint32_t>(line.componentId));
+  const py::dict suspected =
+      given["trust_formula"].cast<bool>() ? py::dict() : Diagnose(system, settings.recipe, batch);
   const CRecipeTarget wanted = TargetOf(aim, 0);
   CCorrection before;
   CCorrectionArray corrections;
@@ -352,8 +388,13 @@ py::tuple Correct(const System& system, const py::object& formula, const py::obj
     return CorrectBatch(system.file.data, system.file.rules, batch, wanted, settings, before, corrections);
   });
   py::list found;
-  for (const CCorrection& correction : corrections) found.append(FieldsOf(system, correction));
-  return py::make_tuple(FieldsOf(system, before), found);
+  for (const CCorrection& correction : corrections) {
+    found.append(FieldsOf(system, correction));
+    found[found.size() - 1]["suspected"] = suspected;
+  }
+  py::dict asItIs = FieldsOf(system, before);
+  asItIs["suspected"] = suspected;
+  return py::make_tuple(asItIs, found);
 }
 
 // The defaults of searches by the names of the arguments, in their units.
@@ -366,6 +407,7 @@ py::dict RecipeDefaultsDict() {
   defaults["batch_size"] = RecipeDefaults::kBatchSize;
   defaults["thickness"] = RecipeDefaults::kThickness;
   defaults["max_addition"] = kPercent * RecipeDefaults::kMostAddition;
+  defaults["margin"] = kPercent * RecipeDefaults::kMargin;
   defaults["max_subsets"] = static_cast<double>(RecipeDefaults::kMostSubsets);
   defaults["threads"] = RecipeDefaults::kThreads;
   return defaults;

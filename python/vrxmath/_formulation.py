@@ -90,6 +90,8 @@ class Correction:
     within_tolerance : bool
     curve : numpy.ndarray, shape (40,)
         What the corrected batch is predicted to give.
+    suspected : dict of str to (float, float)
+        What is not in the batch as its formula says, by name: percent of the formula that were written, and that were found.
     formula : dict of str to float
     """
 
@@ -99,6 +101,7 @@ class Correction:
     cost: float
     within_tolerance: bool
     curve: Floats
+    suspected: dict[str, tuple[float, float]]
     formula: dict[str, float]
 
 
@@ -108,7 +111,7 @@ def _record(kind: Any, color_system: ColorSystem, fields: dict[str, Any]) -> Any
     return kind(**fields, formula=formula)
 
 
-def predict(color_system: ColorSystem, formulas: Formulas, *, specular: Specular = "included", out: Floats | None = None,
+def predict(color_system: ColorSystem, formulas: Formulas, *, specular: Specular | None = None, out: Floats | None = None,
             threads: int = 1) -> Floats:
     """The reflectance curves that formulas give as opaque films.
 
@@ -119,7 +122,8 @@ def predict(color_system: ColorSystem, formulas: Formulas, *, specular: Specular
         Amounts by the name or number of a component, or in the order of ``color_system.names``. Only their proportions
         count, and a component of amount 0 is not in the formula.
     specular : str
-        Whether the curves hold the surface reflection: ``"included"``, ``"excluded"`` or ``"none"``.
+        Whether the curves hold the surface reflection: ``"included"``, ``"excluded"`` or ``"none"``. By default as the file of
+        the colour system says, included where it does not; what contradicts it is refused.
     out : numpy.ndarray of float64, shape (..., 40), optional
         Takes the result.
     threads : int
@@ -139,7 +143,7 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
           require: Sequence[Component] = (), exclude: Sequence[Component] = (),
           limits: Mapping[Component, tuple[float, float]] | None = None, costs: Mapping[Component, float] | None = None,
           min_amount: float = 0.0, objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
-          specular: Specular = "included", sort: Literal["fewest", "color", "metamerism", "cost"] = "fewest",
+          specular: Specular | None = None, sort: Literal["fewest", "color", "metamerism", "cost"] = "fewest",
           batch_size: float = _DEFAULTS["batch_size"], resolution: float = 0.0, backings: Numbers | None = None,
           thickness: float = _DEFAULTS["thickness"], min_opacity: float = 0.0, prerank: int = 0,
           max_subsets: float = _DEFAULTS["max_subsets"], threads: int = _DEFAULTS["threads"], **parameters: float) -> Any:
@@ -205,7 +209,8 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
             aim: Literal["smallest", "cheapest", "nearest"] = "smallest", batch_size: float = _DEFAULTS["batch_size"],
             require: Sequence[Component] = (), exclude: Sequence[Component] = (), costs: Mapping[Component, float] | None = None,
             objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
-            specular: Specular = "included", max_subsets: float = _DEFAULTS["max_subsets"], threads: int = _DEFAULTS["threads"],
+            specular: Specular | None = None, max_subsets: float = _DEFAULTS["max_subsets"], threads: int = _DEFAULTS["threads"],
+            margin: float = _DEFAULTS["margin"], allow_new: bool = False, trust_formula: bool = False,
             **parameters: float) -> tuple[Correction, list[Correction]]:
     """What to add to a batch that came out wrong.
 
@@ -225,6 +230,12 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
         ``"smallest"`` and ``"cheapest"`` additions that reach the tolerance, or the ``"nearest"`` colour.
     batch_size : float
         How much of the batch there is.
+    margin : float
+        Percent of the tolerance that a correction keeps in hand, where it can.
+    allow_new : bool
+        Add colorants that the batch does not have, even where its own reach the tolerance.
+    trust_formula : bool
+        Take the formula as written. By default the curve first says what is in the batch; see `Correction.suspected`.
     illuminants, observer, system, tolerance, ...
         As for :func:`match`.
 

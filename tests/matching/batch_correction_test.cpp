@@ -111,6 +111,34 @@ TEST(BatchCorrection, StartsFromTheMeasuredBatch) {
   }
 }
 
+// New colorants come in only where the batch's own do not reach the tolerance, and some of it stays in hand.
+TEST(BatchCorrection, OwnColorantsFirstAndAMargin) {
+  const CColorantSystemData system = MadeUpPaints();
+  CBatch batch;
+  batch.formula = Mixture({{1, 95.0}, {5, 4.0}, {7, 1.0}});
+  batch.curve = PredictReflectance(batch.formula, system);
+  CCorrectionSettings settings = Settings(CorrectionAim::kSmallest, 0.4);
+  settings.margin = 0.25;
+  settings.allowNew = false;
+  const CReflData near = PredictReflectance(Mixture({{1, 94.0}, {5, 4.0}, {7, 2.0}}), system);
+  for (const CCorrection& correction : Correct(system, batch, near, settings).corrections) {
+    for (const CDbFormulaElement& line : correction.additions) {
+      EXPECT_TRUE(line.componentId == 1 || line.componentId == 5 || line.componentId == 7);
+    }
+  }
+  const CCorrection least = Correct(system, batch, near, settings).corrections[0];
+  EXPECT_LE(least.worst, 0.3 + 1e-6);
+  EXPECT_GT(least.worst, 0.25);
+  settings.own.Add(3);
+  const CReflData far = PredictReflectance(Mixture({{1, 91.0}, {5, 4.0}, {7, 1.0}, {3, 4.0}}), system);
+  ASSERT_FALSE(Correct(system, batch, far, settings).corrections.IsEmpty());
+  EXPECT_EQ(Correct(system, batch, far, settings).corrections[0].additions[0].componentId, 3)
+      << "own, though forgotten";
+  settings.own.RemoveAll();
+  EXPECT_TRUE(Correct(system, batch, far, settings).corrections[0].isWithinTolerance)
+      << "new where own is not enough";
+}
+
 TEST(BatchCorrection, AnswersAndFaults) {
   const CColorantSystemData system = MadeUpPaints();
   CBatch batch;
@@ -144,6 +172,8 @@ TEST(BatchCorrection, AnswersAndFaults) {
       {RecipeFault::kNone, [](auto&, auto&, auto& settings) { settings.mostAddition = 100.0; }},
       {RecipeFault::kSettings, [](auto&, auto&, auto& settings) { settings.recipe.mostColorants = 6; }},
       {RecipeFault::kSettings, [](auto& of, auto&, auto&) { of.size = -1.0; }},
+      {RecipeFault::kSettings, [](auto&, auto&, auto& settings) { settings.margin = 1.0; }},
+      {RecipeFault::kSettings, [](auto&, auto&, auto& settings) { settings.margin = -0.1; }},
       {RecipeFault::kTooManySubsets, [](auto&, auto&, auto& settings) { settings.recipe.mostSubsets = 35; }},
   };
   for (const auto& [fault, change] : rows) {

@@ -83,6 +83,10 @@ std::string Level(const std::string& concentration, const std::string& K) {
   return R"({"concentration":)" + concentration + R"(,"K":)" + K + R"(,"S":)" + Curve() + "}";
 }
 
+std::string Calibrated(const std::string& members) {
+  return System(R"({"id":1,"name":"a","calibrated":{)" + members + "}}");
+}
+
 class ColorSystemFile : public testing::Test {
  protected:
   std::string Write(const std::string& text) { return folder_.Write("t.json", text); }
@@ -138,10 +142,37 @@ TEST_F(ColorSystemFile, BadSystemsAreNamedByField) {
        ": components[0].levels[0].concentration: 1.5 is not within 0 to 1"},
       {WithLevels(Level("0.5", Curve()) + "," + Level("0.5", Curve())),
        ": components[0].levels[1].concentration: levels must ascend"},
+      {System(component, R"(,"specular":"maybe")"), ": specular: \"maybe\" is none of \"included\", \"excluded\", \"none\""},
+      {System(component, R"(,"calibrated_on":7)"), ": calibrated_on: a text is expected"},
+      {Calibrated(R"("least":5,"most":100,"drawdowns":2)"), "none"},
+      {Calibrated(R"("least":5,"most":4,"drawdowns":2)"),
+       ": components[0].calibrated.most: the most is less than the least"},
+      {Calibrated(R"("least":5,"most":100,"drawdowns":0)"),
+       ": components[0].calibrated.drawdowns: not within 1 to 2147483647"},
+      {Calibrated(R"("least":5,"drawdowns":2)"), ": components[0].calibrated: member \"most\" is missing"},
   };
   for (const Row& row : rows) {
     EXPECT_EQ(Complaint(row.text, [](const std::string& path) { ReadColorSystem(path); }), row.complaint);
   }
+}
+
+TEST_F(ColorSystemFile, WhatACalibrationKnowsComesBack) {
+  ColorSystem system = ReadColorSystem(Write(Calibrated(R"("least":2.5,"most":100,"drawdowns":3)")));
+  EXPECT_FALSE(system.specular);
+  EXPECT_TRUE(IsUnset(system.calibrated[0].leaveOneOut));
+  system.specular = SaundersonMode::kExcluded;
+  system.calibratedOn = "oils \"A\"";
+  system.calibrated[0].leaveOneOut = 1.25;
+  system.calibrated[0].leaveOneOut90 = 3.5;
+  const ColorSystem again = ReadColorSystem(Write(io::ColorSystemText(system)));
+  EXPECT_EQ(again.specular, system.specular);
+  EXPECT_EQ(again.calibratedOn, system.calibratedOn);
+  ASSERT_EQ(again.calibrated.GetSize(), 1);
+  EXPECT_EQ(again.calibrated[0].leastShare, 0.025);
+  EXPECT_EQ(again.calibrated[0].mostShare, 1.0);
+  EXPECT_EQ(again.calibrated[0].drawdowns, 3);
+  EXPECT_EQ(again.calibrated[0].leaveOneOut, 1.25);
+  EXPECT_EQ(again.calibrated[0].leaveOneOut90, 3.5);
 }
 
 TEST_F(ColorSystemFile, BadFormulasAreNamedByField) {

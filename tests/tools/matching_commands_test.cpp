@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -42,11 +43,17 @@ class MatchingCommands : public test::ToolProcess {
     }
   }
   // Curves of formulas, as a file of the folder.
-  void WriteCurves(const std::string& system, const std::string& formulas, const char* name) {
+  void WriteCurves(const std::string& system, const std::string& formulas, const char* name,
+                   double noise = 0.0) {
     std::string rows = Wide();
+    uint32_t state = 1;
     for (const json& row : RunJson("predict " + system + " " + formulas)) {
       rows += row["id"];
-      for (int nm = 360; nm <= 750; nm += 10) rows += "," + row[std::to_string(nm)].dump();
+      for (int nm = 360; nm <= 750; nm += 10) {
+        state = 1664525u * state + 1013904223u;
+        const double off = noise * (state / 2147483648.0 - 1.0);
+        rows += "," + json(row[std::to_string(nm)].get<double>() + off).dump();
+      }
       rows += "\n";
     }
     folder_.Write(name, rows);
@@ -89,12 +96,30 @@ TEST_F(MatchingCommands, CalibrateRefusesWhatItCannotUse) {
   file("shares.csv", w + "l,film over black,90,10,50,40,50,50\nl,film over white,80,20,60,50,60,60\n");
   file("twice.csv", w + w);
   folder_.Write("none.csv", "id,540,560,580,600\nw,90,90,90,90\n");
+  file("dark.csv", w + l + "m,opaque,,100,10,3,10,10\n");
+  const std::string cards = "card,black card,,,5,5,5,5\ncard,white card,,,85,85,85,85\n";
+  file("swapped.csv",
+       w + l + cards + "f,film over black,100,,80,80,80,80\nf,film over white,100,,60,60,60,60\n");
+  file("cards.csv", w + l + "card,white card,,,5,5,5,5\ncard,black card,,,85,85,85,85\n" +
+                        "f,film over black,100,,60,60,60,60\nf,film over white,100,,80,80,80,80\n");
+  folder_.Write("single.csv",
+                "id,share:W,share:B,share:C,540,560,580,600\nw,100,,,90,90,90,90\n"
+                "b,90,10,,50,40,50,50\nc,90,,10,50,40,50,50\n");
+  folder_.Write("both.csv", "id,surface,share:W,amount:B,540,560,580,600\n" + w);
+  folder_.Write("who.csv", "component,of,amount\n1/10 B,B,0.1\n");
+  folder_.Write("rest.csv", "component,of,amount\nB,carbon,0.1\n");
+  folder_.Write("more.csv", "component,of,amount\nB,carbon,0.7\nB,W,0.7\n");
+  folder_.Write("self.csv", "component,of,amount\nB,b,0.7\n");
+  folder_.Write("part.csv", "component,of,amount\nB,W,1.7\n");
+  folder_.Write("w.csv", "component,amount\nB,W\n");
+  folder_.Write("other_component.csv", "id,share:Q,540,560,580,600\nw,100,90,90,90,90\n");
+  folder_.Write("other_formula.csv", "id,formula,540,560,580,600\nw,Q:1,90,90,90,90\n");
   ExpectRefusals({
       {"calibrate good.csv", "--white"},
-      {"calibrate good.csv --white X", "share:X"},
+      {"calibrate good.csv --white X", "there is no component \"X\""},
       {"calibrate good.csv --white W --hold-out q", "\"q\""},
       {"calibrate good.csv --white W --hold-out w,l", "the white \"W\""},
-      {"calibrate good.csv --white W --without Q", "share:Q"},
+      {"calibrate good.csv --white W --without Q", "there is no component \"Q\""},
       {"calibrate good.csv --white W --k1 2", "0.999"},
       {"calibrate good.csv --white W --output /nowhere/s.json", "/nowhere/s.json"},
       {"calibrate one.csv --white W --output new.json", "one.csv: \"B\" has one share only"},
@@ -109,9 +134,159 @@ TEST_F(MatchingCommands, CalibrateRefusesWhatItCannotUse) {
       {"calibrate shares.csv --white W --output new.json", "other shares"},
       {"calibrate twice.csv --white W --output new.json", "already"},
       {"calibrate none.csv --white W --output new.json", "share:NAME"},
+      {"calibrate dark.csv --white W --output new.json",
+       "dark.csv: drawdown \"m\": it is darker than the surface alone; curves without the specular"},
+      {"calibrate swapped.csv --white W --output new.json",
+       "over black than over white: the rows are swapped"},
+      {"calibrate cards.csv --white W --output new.json", "black card is not darker than the white one"},
+      {"calibrate single.csv --white W --output new.json",
+       "single.csv: \"B\" and \"C\" have one share only each in all their drawdowns"},
+      {"calibrate both.csv --white W --output new.json",
+       "column 4 (amount:B): shares and amounts do not stand in one file"},
+      {"calibrate good.csv --white W --output new.json --components who.csv",
+       "who.csv: no drawdown has a component \"1/10 B\""},
+      {"calibrate good.csv --white W --output new.json --components rest.csv", "there is not one base"},
+      {"calibrate good.csv --white W --output new.json --components more.csv", "are more than one"},
+      {"calibrate good.csv --white W --output new.json --components self.csv", "self.csv, line 2"},
+      {"calibrate good.csv --white W --output new.json --components part.csv", "part.csv, line 2, column 3"},
+      {"calibrate good.csv --white W --output new.json --components w.csv", "component, of and amount"},
+      {"calibrate good.csv --white W --weight 2", "--add"},
+      {"calibrate good.csv --white W --add good.csv --weight 0", "--weight"},
+      {"calibrate good.csv --white W --add good.csv --no-leave-one-out", "--no-leave-one-out"},
+      {"calibrate good.csv --white W --output new.json --add other_component.csv", "has no such component"},
+      {"calibrate good.csv --white W --output new.json --add other_formula.csv",
+       "the calibration has no component \"Q\""},
   });
   EXPECT_EQ(Run("calibrate good.csv --white w --output s.json"), 0) << folder_.Read("err");
   EXPECT_EQ(Run("colorants s.json"), 0);
+  file("cards.csv", w + l + "m,opaque,,100,10,9,10,10\n" + cards);
+  EXPECT_EQ(Run("calibrate cards.csv --white w"), 0);
+  EXPECT_NE(folder_.Read("err").find("no film uses the row \"card\" black card"), std::string::npos);
+}
+
+// How the surface entered the curves stands in the system's file, and every command goes by it.
+TEST_F(MatchingCommands, TheSurfaceOfACalibrationIsKept) {
+  folder_.Write("samples.csv", Header("id,share:white,share:black", 360, 750) + FlatRow("w,100,0", "88") +
+                                   FlatRow("g,90,10", "20") + FlatRow("b,0,100", "0.4"));
+  ExpectRefusals({{"calibrate samples.csv --white white --output new.json", "--specular excluded"}});
+  ASSERT_EQ(Run("calibrate samples.csv --white white --specular excluded --k1 0.05 --output s.json"), 0)
+      << folder_.Read("err");
+  const json system = json::parse(folder_.Read("s.json"));
+  EXPECT_EQ(system["specular"], "excluded");
+  EXPECT_EQ(system["k1"], 0.05);
+  EXPECT_EQ(system["calibrated_on"], "samples.csv, 3 drawdowns");
+  EXPECT_NEAR(system["components"][1]["calibrated"]["least"].get<double>(), 10.0, 1e-9);
+  EXPECT_EQ(system["components"][1]["calibrated"]["most"], 100.0);
+  EXPECT_EQ(system["components"][1]["calibrated"]["drawdowns"], 2);
+  folder_.Write("f.json", R"({"formulas":[{"name":"g","lines":[
+      {"component":1,"amount":90},{"component":2,"amount":10}]}]})");
+  folder_.Write("t.csv", Wide() + FlatRow("t", "2"));
+  EXPECT_NEAR(RunJson("predict s.json f.json")[0]["500"].get<double>(), 20.0, 0.01);
+  EXPECT_EQ(RunJson("match s.json t.csv")[0]["status"], "ok") << "darker than a surface that is not in it";
+  const std::string contradicts =
+      "s.json: \"specular\": the system was calibrated on curves with the surface excluded, not ";
+  ExpectRefusals({
+      {"predict s.json f.json --specular included", contradicts},
+      {"match s.json t.csv --specular none", contradicts},
+      {"correct s.json --formula f.json --batch t.csv --target t.csv --batch-size 9 --specular included",
+       contradicts},
+  });
+  EXPECT_EQ(Run("match s.json t.csv --specular excluded"), 0);
+}
+
+// Parts in columns of amounts, a base, and a dilution that is weighed in, say the same as shares.
+TEST_F(MatchingCommands, AmountsAndDilutionsAreShares) {
+  const std::string curves = ",30,35,40,45\n", white = ",80,80,80,80\n", dark = ",6,6,6,7\n";
+  folder_.Write("parts.csv",
+                "id,amount:tint,amount:carbon,amount:white,base:resin,540,560,580,600\n"
+                "w,,,40,100" +
+                    white + "v,,,20,100,75,75,75,75\nt,20,,38,82" + curves + "c,,3,,97" + dark);
+  folder_.Write("components.csv", "component,of,amount\ntint,carbon,0.1\n");
+  folder_.Write("shares.csv",
+                "id,share:carbon,share:white,share:resin,540,560,580,600\n"
+                "w,,28.571428571428573,71.428571428571431" +
+                    white +
+                    "v,,16.666666666666668,83.333333333333329,75,75,75,75\n"
+                    "t,1.4285714285714286,27.142857142857142,71.428571428571431" +
+                    curves + "c,3,,97" + dark);
+  const json parts =
+      RunJson("calibrate parts.csv --white white --components components.csv --output parts.json");
+  const json shares = RunJson("calibrate shares.csv --white white --output shares.json");
+  ASSERT_EQ(parts.size(), shares.size());
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    EXPECT_NEAR(parts[i]["dE"].get<double>(), shares[i]["dE"].get<double>(), 1e-6) << i;
+  }
+  EXPECT_EQ(json::parse(folder_.Read("parts.json"))["components"][2]["kind"], "resin");
+}
+
+// Ladders of single dyes become levels, and recipes on them are told in grams per litre.
+TEST_F(MatchingCommands, DyesBuildUpOnASubstrate) {
+  const std::string header = "id,share:blue,share:red,540,560,580,600\n", bare = "c,,,80,80,80,80\n";
+  const std::string ladder = bare + "b1,0.5,,60,50,40,50\nb2,1,,50,40,30,40\nb3,2,,49,39,29,39\n" +
+                             "r1,,1,40,50,60,70\nr2,,2,30,40,50,60\n";
+  folder_.Write("ladder.csv", header + ladder);
+  folder_.Write("two.csv", header + bare + "x,1,1,60,50,40,50\n");
+  folder_.Write("naked.csv", header + "b1,0.5,,60,50,40,50\nr1,,1,40,50,60,70\n");
+  folder_.Write("parts.csv", "id,amount:blue,540,560,580,600\nb1,0.5,60,50,40,50\n");
+  const std::string calibrate = " --model textiles --specular none --white cotton ";
+  const json rows = RunJson("calibrate ladder.csv" + calibrate + "--output dyes.json");
+  EXPECT_NEAR(rows[1]["dE"].get<double>(), 0.0, 1e-6);
+  EXPECT_NE(folder_.Read("err").find("\"blue\" saturates: from 1.00 % on"), std::string::npos)
+      << folder_.Read("err");
+  const json system = json::parse(folder_.Read("dyes.json"));
+  EXPECT_EQ(system["model"], "textiles");
+  EXPECT_EQ(system["specular"], "none");
+  EXPECT_EQ(system["components"][0]["levels"].size(), 3u);
+  EXPECT_EQ(system["components"][2]["name"], "cotton");
+  EXPECT_NEAR(system["components"][0]["calibrated"]["least"].get<double>(), 0.5, 1e-9);
+  folder_.Write("targets.csv", "id,540,560,580,600\nt,40,50,60,70\n");
+  const auto redOf = [&](const std::string& options) {
+    const std::string formula =
+        RunJson("match dyes.json targets.csv --require red --exclude blue " + options)[0]["formula"];
+    return std::stod(formula.substr(formula.find("2:") + 2));
+  };
+  EXPECT_NEAR(redOf(""), 1.0, 0.01) << "percent of the fibre";
+  EXPECT_NEAR(redOf("--liquor 20"), 0.5, 0.005) << "1 % is 10 g of a kilogram in 20 l";
+  const std::string again = calibrate + "--output new.json";
+  ExpectRefusals({
+      {"calibrate two.csv" + again, "two.csv: drawdown \"x\": one dye at most"},
+      {"calibrate naked.csv" + again, "naked.csv: no row is the bare substrate \"cotton\""},
+      {"calibrate parts.csv" + again, "parts.csv: there is no column \"base:cotton\""},
+      {"calibrate ladder.csv" + again + " --add ladder.csv", "--add"},
+      {"calibrate ladder.csv --model metallics --white c", "--model"},
+      {"match dyes.json targets.csv --liquor 0.0001 --batch-size 3", "--liquor"},
+      {"match dyes.json targets.csv --liquor -1", "--liquor: litres per kilogram"},
+      {"match " + kPaints + " targets.csv --specular none --liquor 10", "\"model\": --liquor is for dyes"},
+  });
+}
+
+// A component is found by its name, also where that is a number.
+TEST_F(MatchingCommands, NamesThatAreNumbers) {
+  json system = json::parse(std::ifstream(kPaints));
+  system["components"][2]["name"] = "77491";
+  system["components"][3]["name"] = "7";
+  folder_.Write("numbers.json", system.dump());
+  folder_.Write("t.csv", Wide() + FlatRow("t", "40"));
+  const std::string match = "match numbers.json t.csv --max-colorants 1 --top 1 --require ";
+  EXPECT_TRUE(RunJson(match + "77491")[0]["formula"].get<std::string>().starts_with("3:"));
+  EXPECT_TRUE(RunJson(match + "name:7")[0]["formula"].get<std::string>().starts_with("4:"));
+  EXPECT_TRUE(RunJson(match + "id:7")[0]["formula"].get<std::string>().starts_with("7:"));
+  ExpectRefusals(
+      {{match + "7",
+        "\"7\" is the number of the component \"Phthalo Blue (Green Shade)\" and the name of component 4"}});
+}
+
+// Further samples count by their weight, and their effect on what they do not hold is told.
+TEST_F(MatchingCommands, CalibrateLearns) {
+  const std::string oils = "calibrate " VRX_SOURCE_DIR
+                           "/examples/oil_drawdowns.csv --white \"zinc white\""
+                           " --without \"zinc white linseed,chrome yellow poppyseed\" ";
+  folder_.Write("batches.csv", "id,formula,540,560,580,600\nb,zinc white:99;prussian blue:1,90,90,90,90\n");
+  const json rows = RunJson(oils + "--add batches.csv --weight 20");
+  EXPECT_EQ(rows[rows.size() - 1]["part"], "added");
+  const std::string told = folder_.Read("err");
+  EXPECT_NE(told.find("the held-out error of the drawdowns did not fall: "), std::string::npos) << told;
+  EXPECT_NE(told.find("what was added was foreseen with an error of "), std::string::npos) << told;
 }
 
 // The six formulas of the example, from the curves that they are predicted to give, and a masstone.
@@ -273,7 +448,7 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
       Run(correct + "--batch batch.csv --target target.csv --batch-size 90 --resolution 0.5 --format csv"),
       0);
   EXPECT_TRUE(folder_.Read("out").starts_with(
-      "rank,additions,total,dE_before,dE_after_D65,dE_after_A,dE_after_CWF,cost,status\n1,7:"));
+      "rank,additions,total,dE_before,dE_after_D65,dE_after_A,dE_after_CWF,cost,status,suspected\n1,7:"));
   const json tooLittle = RunJson(
       correct +
       "--batch batch.csv --target target.csv --batch-size 90 --max-addition 1% --tolerance 0.1 --top 1");
@@ -327,6 +502,65 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
   EXPECT_NE(folder_.Read("stock.html").find("curves of the target and of 1 recipes"), std::string::npos);
 }
 
+// Components and amounts of a text such as 1:94;7:6.
+json LinesOf(const std::string& formula) {
+  json lines = json::array();
+  for (std::size_t at = 0; at < formula.size();) {
+    const std::size_t end = std::min(formula.find(';', at), formula.size()), colon = formula.find(':', at);
+    lines.push_back({{"component", std::stoi(formula.substr(at, colon - at))},
+                     {"amount", std::stod(formula.substr(colon + 1, end - colon - 1))}});
+    at = end + 1;
+  }
+  return lines;
+}
+
+// A batch of 100 of the formula `written` from which one line was left out by mistake; the curve has noise of 0.05 % that
+// is the same everywhere. The differences of what the told correction really gives.
+class LeftOut : public MatchingCommands {
+ protected:
+  void Correct(const json& written, std::size_t left) {
+    const std::string name = written["name"];
+    json real = written;
+    real["lines"].erase(left);
+    folder_.Write("target.json", json{{"formulas", {written}}}.dump());
+    folder_.Write("real.json", json{{"formulas", {real}}}.dump());
+    WriteCurves(kPaints, "target.json", "target.csv");
+    WriteCurves(kPaints, "real.json", "batch.csv", 0.05);
+    const json row = RunJson("correct " + kPaints +
+                             " --formula target.json --batch batch.csv --target target.csv"
+                             " --batch-size 100 --max-addition 9000% --top 1")[0];
+    EXPECT_EQ(row["status"], "ok") << name << " " << left;
+    EXPECT_NE(row["suspected"].get<std::string>().find(" % instead of "), std::string::npos)
+        << name << " " << left << " " << row["suspected"];
+    double total = 0.0;
+    for (const json& line : real["lines"]) total += line["amount"].get<double>();
+    for (json& line : real["lines"]) line["amount"] = 100.0 * line["amount"].get<double>() / total;
+    for (const json& line : LinesOf(row["additions"])) real["lines"].push_back(line);
+    folder_.Write("corrected.json", json{{"formulas", {real}}}.dump());
+    WriteCurves(kPaints, "corrected.json", "corrected.csv");
+    ++cases_;
+    const json after = RunJson("correct " + kPaints +
+                               " --formula corrected.json --batch corrected.csv --target"
+                               " target.csv --batch-size 1 --trust-formula --tolerance 100")[0];
+    if (after["dE_before"].get<double>() <= 1.0) return;
+    missed_ += name + " " + std::to_string(left) + " ";
+    ++misses_;
+  }
+
+  int cases_ = 0, misses_ = 0;
+  std::string missed_;
+};
+
+TEST_F(LeftOut, IsFoundAndCorrected) {
+  const json formulas = json::parse(std::ifstream(kFormulas))["formulas"];
+  for (const json& written : formulas) {
+    const std::size_t lines = written["lines"].size();
+    for (std::size_t left = 0; lines > 2 && left < lines; ++left) Correct(written, left);
+  }
+  EXPECT_EQ(cases_, 16);
+  EXPECT_LE(misses_, 2) << missed_;
+}
+
 // Whatever is wrong is told with file and field, and nothing is written.
 TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
   const std::string good = FlatRow("t", "40"), t = Wide() + good;
@@ -335,6 +569,7 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
   folder_.Write("d.csv", Wide() + FlatRow("d", "3"));
   folder_.Write("hole.csv", Wide() + FlatRow("t", "40", true));
   folder_.Write("lab.csv", "id,L,a,b\nt,50,10,10\n");
+  folder_.Write("bright.csv", "id,L,a,b\nt,150,10,10\n");
   folder_.Write("xyz.csv", "id,X,Y,Z\nt,50,10,10\n");
   folder_.Write("min.csv", "component,min,max\n3,60,50\n");
   folder_.Write("low.csv", "component,max\n3,1\n");
@@ -437,11 +672,16 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
       {correct + "f.json --batch d.csv --target t.csv", "d.csv is darker than the surface alone"},
       {correct + "f.json --batch t.csv --target d.csv", "d.csv is darker than the surface alone"},
       {correct + "f.json --batch t.csv --target dark.csv", "dark.csv: one curve is expected"},
-      {correct + "f.json --batch t.csv --target lab.csv", "lab.csv, line 1"},
+      {correct + "f.json --batch t.csv --target xyz.csv",
+       "xyz.csv, line 1: a target is a curve or L*, a*, b*"},
+      {correct + "f.json --batch t.csv --target bright.csv", "bright.csv, line 2: L* is not within 0 to 110"},
+      {correct + "f.json --batch t.csv --target lab.csv --objective spectral", "lab.csv: this --objective"},
+      {correct + "f.json --batch t.csv --target t.csv --margin 100%", "--margin"},
       {correct + "f.json --batch t.csv --target t.csv --max-addition 0%", "--max-addition"},
       {correct + "f.json --batch t.csv --target t.csv --min-amount 3", "--min-amount"},
       {correct + "f.json --batch t.csv --target t.csv --max-colorants 6", "--max-colorants"},
-      {correct + "f.json --batch t.csv --target t.csv --max-subsets 5", "20853 subsets, more than 5"},
+      {correct + "f.json --batch t.csv --target t.csv --allow-new --max-subsets 5",
+       "20853 subsets, more than 5"},
       {"correct " + kPaints + " --formula f.json --batch t.csv --target t.csv --batch-size 0",
        "--batch-size"},
   });

@@ -11,6 +11,8 @@
 #include <unordered_set>
 #include <utility>
 
+#include <vrxmath/foundation/numbers.h>
+
 #include <vrxio/json/json_field.h>
 
 namespace vrx::io {
@@ -28,6 +30,8 @@ constexpr std::array<std::string_view, 5> kKindNames = {"colorant", "resin", "ad
                                                         "calibration black"};
 constexpr std::array<int32_t, 5> kKinds = {kKindColorant, kKindResin, kKindAdditive, kKindCalibrationWhite,
                                            kKindCalibrationBlack};
+
+constexpr std::array<std::string_view, 3> kSpecularNames = {"included", "excluded", "none"};
 
 bool IsOneConstant(int32_t model) {
   return model == kModelTransparents || model == kModelTextiles || model == kModelContinuousDye;
@@ -69,8 +73,28 @@ void ReadLevels(const JsonField& field, int32_t model, CComponent& component) {
   }
 }
 
+constexpr double kPercent = 100.0;
+
+// Shares in percent, differences as they are; what is missing stays unset.
+CComponentCalibration ReadCalibrated(const JsonField& field, uint32_t id) {
+  field.ExpectMembers({"least", "most", "drawdowns", "leave_one_out", "leave_one_out_90"});
+  CComponentCalibration calibrated;
+  calibrated.componentId = id;
+  calibrated.leastShare = field["least"].Number(0.0, kLargestAmount) / kPercent;
+  calibrated.mostShare = field["most"].Number(0.0, kLargestAmount) / kPercent;
+  if (calibrated.leastShare > calibrated.mostShare) field["most"].Fail("the most is less than the least");
+  calibrated.drawdowns = static_cast<int32_t>(field["drawdowns"].Integer(1, kLargestId));
+  if (const auto median = field.Find("leave_one_out")) {
+    calibrated.leaveOneOut = median->Number(0.0, kLargestAmount);
+  }
+  if (const auto most = field.Find("leave_one_out_90")) {
+    calibrated.leaveOneOut90 = most->Number(0.0, kLargestAmount);
+  }
+  return calibrated;
+}
+
 CComponent ReadComponent(const JsonField& field, int32_t model) {
-  field.ExpectMembers({"id", "name", "kind", "levels"});
+  field.ExpectMembers({"id", "name", "kind", "calibrated", "levels"});
   CComponent component;
   component.SetId(static_cast<uint32_t>(field["id"].Integer(0, kLargestId)));
   component.SetName(CString::FromUtf8(field["name"].Text()));
@@ -87,6 +111,9 @@ void ReadComponents(const JsonField& field, ColorSystem& system) {
   for (const JsonField element : elements) {
     const CComponent component = ReadComponent(element, system.data.opticalModel);
     if (!ids.insert(component.GetId()).second) element["id"].Fail("this id is taken already");
+    if (const auto calibrated = element.Find("calibrated")) {
+      system.calibrated.Add(ReadCalibrated(*calibrated, component.GetId()));
+    }
     if (component.GetKind() == kKindResin) {
       system.data.resins.Add(CResin(component));
     } else {
@@ -171,12 +198,27 @@ std::string LevelText(const CColorantLevel& level) {
          ",\n        \"S\": " + CurveText(curves.scattering) + "}";
 }
 
-std::string ComponentText(const CComponent& component) {
+std::string CalibratedText(const CComponentCalibration& calibrated) {
+  std::string text = "{\"least\": " + Number(kPercent * calibrated.leastShare) +
+                     ", \"most\": " + Number(kPercent * calibrated.mostShare) +
+                     ", \"drawdowns\": " + std::to_string(calibrated.drawdowns);
+  if (!IsUnset(calibrated.leaveOneOut)) text += ", \"leave_one_out\": " + Number(calibrated.leaveOneOut);
+  if (!IsUnset(calibrated.leaveOneOut90)) {
+    text += ", \"leave_one_out_90\": " + Number(calibrated.leaveOneOut90);
+  }
+  return text + "}";
+}
+
+std::string ComponentText(const CComponent& component, const CComponentCalibrationArray& calibrations) {
   std::string text = "    {\"id\": " + std::to_string(component.GetId()) +
                      ", \"name\": " + Quoted(component.GetName().ToUtf8());
   const auto kind = std::find(kKinds.begin(), kKinds.end(), component.GetKind());
   if (kind != kKinds.begin() && kind != kKinds.end()) {
     text += ", \"kind\": " + Quoted(std::string(kKindNames[static_cast<std::size_t>(kind - kKinds.begin())]));
+  }
+  for (const CComponentCalibration& calibrated : calibrations) {
+    if (calibrated.componentId != component.GetId()) continue;
+    text += ",\n      \"calibrated\": " + CalibratedText(calibrated);
   }
   std::string levels;
   for (const CColorantLevel& level : component.GetLevels()) {
@@ -198,10 +240,24 @@ std::string RulesText(const CColorantRulesData& rules) {
 
 }  // namespace
 
+std::string_view SpecularName(SaundersonMode mode) {
+  return kSpecularNames.at(static_cast<std::size_t>(mode));
+}
+
+SaundersonMode SpecularOf(const ColorSystem& system, std::optional<SaundersonMode> given,
+                          std::string& complaint) {
+  complaint.clear();
+  if (given && system.specular && *given != *system.specular) {
+    complaint = "the system was calibrated on curves with the surface " +
+                std::string(SpecularName(*system.specular)) + ", not " + std::string(SpecularName(*given));
+  }
+  return system.specular ? *system.specular : given.value_or(SaundersonMode::kIncluded);
+}
+
 ColorSystem ReadColorSystem(const std::string& path) {
   const JsonDocument document(path);
   const JsonField root(document);
-  root.ExpectMembers({"name", "model", "k1", "k2", "components", "rules"});
+  root.ExpectMembers({"name", "model", "k1", "k2", "specular", "calibrated_on", "components", "rules"});
   ColorSystem system;
   system.data.name = CString::FromUtf8(root["name"].Text());
   if (const auto model = root.Find("model")) {
@@ -210,6 +266,10 @@ ColorSystem ReadColorSystem(const std::string& path) {
   constexpr double kLargestReflection = 0.999;
   if (const auto k1 = root.Find("k1")) system.data.k1 = k1->Number(0.0, kLargestReflection);
   if (const auto k2 = root.Find("k2")) system.data.k2 = k2->Number(0.0, kLargestReflection);
+  if (const auto specular = root.Find("specular")) {
+    system.specular = static_cast<SaundersonMode>(specular->OneOf(kSpecularNames));
+  }
+  if (const auto on = root.Find("calibrated_on")) system.calibratedOn = on->Text();
   ReadComponents(root["components"], system);
   if (const auto rules = root.Find("rules")) ReadRules(*rules, system);
   return system;
@@ -241,11 +301,13 @@ std::string ColorSystemText(const ColorSystem& system) {
   const auto model = static_cast<std::size_t>(system.data.opticalModel);
   std::string text = "{\n  \"name\": " + Quoted(system.data.name.ToUtf8()) +
                      ",\n  \"model\": " + Quoted(std::string(kModelNames.at(model))) +
-                     ",\n  \"k1\": " + Number(system.data.k1) + ",\n  \"k2\": " + Number(system.data.k2) +
-                     ",\n  \"components\": [\n";
+                     ",\n  \"k1\": " + Number(system.data.k1) + ",\n  \"k2\": " + Number(system.data.k2);
+  if (system.specular) text += ",\n  \"specular\": " + Quoted(std::string(SpecularName(*system.specular)));
+  if (!system.calibratedOn.empty()) text += ",\n  \"calibrated_on\": " + Quoted(system.calibratedOn);
+  text += ",\n  \"components\": [\n";
   bool isFirst = true;
   for (const CComponent* component : ComponentsInOrder(system)) {
-    text += (isFirst ? "" : ",\n") + ComponentText(*component);
+    text += (isFirst ? "" : ",\n") + ComponentText(*component, system.calibrated);
     isFirst = false;
   }
   text += "\n  ]";

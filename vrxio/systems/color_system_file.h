@@ -3,11 +3,15 @@
 #ifndef VRXIO_SYSTEMS_COLOR_SYSTEM_FILE_H_
 #define VRXIO_SYSTEMS_COLOR_SYSTEM_FILE_H_
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <vrxmath/colorant/colorant_rules.h>
 #include <vrxmath/colorant/colorant_system.h>
+#include <vrxmath/colorant/component_calibration.h>
+#include <vrxmath/colorant/optical_transforms.h>
 #include <vrxmath/formula/formula.h>
 
 namespace vrx::io {
@@ -16,7 +20,19 @@ namespace vrx::io {
 struct ColorSystem {
   CColorantSystemData data;  ///< its `componentsA` tell the order of the file
   CColorantRulesData rules;  ///< empty when the file has none
+  /// How the surface entered the curves that it was calibrated on; none when the file does not say.
+  std::optional<SaundersonMode> specular;
+  std::string calibratedOn;               ///< what these curves were; may be empty
+  CComponentCalibrationArray calibrated;  ///< of the components of which the file tells it, in its order
 };
+
+/// The words of the file for `specular`, in the order of SaundersonMode: included, excluded, none.
+std::string_view SpecularName(SaundersonMode mode);
+
+/// How the surface enters the curves of a system: as its file says, else as `given`, else included. `complaint` is empty
+/// unless the file and what is given contradict each other, and then says how.
+SaundersonMode SpecularOf(const ColorSystem& system, std::optional<SaundersonMode> given,
+                          std::string& complaint);
 
 /// The components in the order of the file. They live in the system.
 std::vector<const CComponent*> ComponentsInOrder(const ColorSystem& system);

@@ -134,6 +134,17 @@ bool IsSubstrate(const CComponent& component) {
   return isBase && !component.GetLevels().IsEmpty();
 }
 
+bool ComponentConstants(const CComponent& component, double concentration, CColorantValues& curves) {
+  if (component.GetLevels().IsEmpty() || !(concentration > 0.0)) return false;
+  Mixture mixture(MixingLaw::kTwoConstant);
+  mixture.Add(component, concentration);
+  for (std::size_t i = 0; i < kWavelengths; ++i) {
+    curves.absorption[static_cast<int32_t>(i)] = mixture.K[i] / concentration;
+    curves.scattering[static_cast<int32_t>(i)] = mixture.S[i] / concentration;
+  }
+  return true;
+}
+
 bool MixtureConstants(const CDbFormula& formula, const CColorantSystemData& system, CColorantValues& sums) {
   const std::optional<Mixture> mixture = Mix(formula, system);
   if (!mixture) return false;

@@ -20,6 +20,11 @@ enum class MixingLaw { kTwoConstant, kOneConstant, kNone };
 /// True for what scatters under the one-constant models: resins and calibration whites with levels.
 [[nodiscard]] VRX_API bool IsSubstrate(const CComponent& component);
 
+/// K and S of a unit of a component at a concentration, interpolated as in PredictReflectance. False, with `curves`
+/// unchanged, for a component without levels.
+[[nodiscard]] VRX_API bool ComponentConstants(const CComponent& component, double concentration,
+                                              CColorantValues& curves);
+
 /// K and S of a formula's mixture, the sums over its components of share x unit curve; see PredictReflectance for
 /// the shares. False, with `sums` unchanged, when the formula cannot be predicted.
 [[nodiscard]] VRX_API bool MixtureConstants(const CDbFormula& formula, const CColorantSystemData& system,

@@ -107,7 +107,8 @@ class Correction {
   RecipeOutcome MakeOffer() {
     constexpr double kMostAddition = 100.0;
     const bool isInRange = settings_.mostAddition > 0.0 && settings_.mostAddition <= kMostAddition &&
-                           batch_.size > 0.0 && std::isfinite(batch_.size) && settings_.recipe.top >= 1 &&
+                           settings_.margin >= 0.0 && settings_.margin < 1.0 && batch_.size > 0.0 &&
+                           std::isfinite(batch_.size) && settings_.recipe.top >= 1 &&
                            settings_.recipe.mostColorants >= 1 &&
                            settings_.recipe.mostColorants < kMostSubsetColorants;
     if (!isInRange) return {RecipeFault::kSettings};
@@ -331,17 +332,24 @@ class Correction {
     }
   }
 
+  // The difference down to which the additions of a subset may shrink, from that of its nearest colour.
+  double AimFrom(double nearest) const {
+    return std::max((1.0 - settings_.margin) * recipe_.tolerance, nearest);
+  }
+
   // A correction within the tolerance with the least part of its additions that still is: a quick bound of what a
   // subset can do.
   CCorrection ShrunkAlong(const Subset& subset) const {
     double enough = 1.0, tooLittle = 0.0;
     CCorrection best = CorrectionOf(subset, 1.0);
     if (settings_.aim == CorrectionAim::kNearest) return best;
+    const double aim = AimFrom(best.worst);
     for (int step = 0; step < 8; ++step) {
       const double part = 0.5 * (enough + tooLittle);
       CCorrection correction = CorrectionOf(subset, part);
-      (correction.isWithinTolerance ? enough : tooLittle) = part;
-      if (correction.isWithinTolerance) best = correction;
+      const bool isEnough = correction.worst <= aim;
+      (isEnough ? enough : tooLittle) = part;
+      if (isEnough) best = correction;
     }
     return best;
   }
@@ -350,6 +358,7 @@ class Correction {
   CCorrection Shrunk(const Subset& nearest) const {
     CCorrection best = ShrunkAlong(nearest);
     if (settings_.aim == CorrectionAim::kNearest) return best;
+    const double aim = AimFrom(CorrectionOf(nearest, 1.0).worst);
     std::array<double, kMostSubsetColorants> price{};
     double total = 0.0;
     for (int32_t i = 0; i < nearest.size; ++i) {
@@ -375,7 +384,7 @@ class Correction {
       const bool isSolved = priced.solution.end != SubsetEnd::kUnsolved;
       if (isSolved && HasSubstrate()) HoldTotal(priced);
       const CCorrection correction = isSolved ? CorrectionOf(priced, 1.0) : CCorrection();
-      const bool isGood = isSolved && correction.isWithinTolerance;
+      const bool isGood = isSolved && correction.worst <= aim;
       (isGood ? low : high) = middle;
       if (isGood && KeyOf(correction) < KeyOf(best)) best = correction;
     }
@@ -457,6 +466,30 @@ class Correction {
   double substrateAmount_ = 0.0;
 };
 
+// The settings with all components excluded that neither the batch has nor the settings require.
+CCorrectionSettings WithOwnOnly(const CColorantSystemData& system, const CBatch& batch,
+                                const CCorrectionSettings& settings) {
+  CCorrectionSettings own = settings;
+  const auto exclude = [&](const CComponent& component) {
+    const uint32_t id = component.GetId();
+    const auto isLine = [id](const CDbFormulaElement& line) {
+      return static_cast<uint32_t>(line.componentId) == id;
+    };
+    const auto isRequired = [id](const CRecipeComponent& entry) {
+      return entry.componentId == id && entry.use == CRecipeComponent::kRequired;
+    };
+    const bool stays =
+        std::any_of(batch.formula.begin(), batch.formula.end(), isLine) ||
+        std::find(settings.own.begin(), settings.own.end(), id) != settings.own.end() ||
+        std::any_of(settings.recipe.components.begin(), settings.recipe.components.end(), isRequired);
+    const bool isOffered = !component.GetLevels().IsEmpty();
+    if (!stays && isOffered) own.recipe.components.Add({id, CRecipeComponent::kExcluded, 0.0, 1.0, 0.0});
+  };
+  for (const CColorant& colorant : system.colorants) exclude(colorant);
+  for (const CResin& resin : system.resins) exclude(resin);
+  return own;
+}
+
 }  // namespace
 
 bool BatchConstants(const CColorantSystemData& system, const CBatch& batch, SaundersonMode mode,
@@ -484,6 +517,20 @@ RecipeOutcome CorrectBatch(const CColorantSystemData& system, const CColorantRul
                            const CBatch& batch, const CRecipeTarget& target,
                            const CCorrectionSettings& settings, CCorrection& before,
                            CCorrectionArray& corrections) {
+  if (!settings.allowNew) {
+    const CCorrectionSettings own = WithOwnOnly(system, batch, settings);
+    CCorrection asItIs;
+    CCorrectionArray found;
+    const RecipeOutcome outcome = Correction(system, rules, batch, own).Run(target, asItIs, found);
+    const bool isReached = !found.IsEmpty() && found[0].isWithinTolerance;
+    const bool isUsable =
+        outcome.fault != RecipeFault::kNone ? outcome.fault == RecipeFault::kStopped : isReached;
+    if (isUsable) {
+      before = asItIs;
+      corrections = found;
+      return outcome;
+    }
+  }
   return Correction(system, rules, batch, settings).Run(target, before, corrections);
 }
 

@@ -41,6 +41,14 @@ struct CCorrectionSettings {
   double mostAddition =
       RecipeDefaults::kMostAddition;  ///< largest total of additions, as a part of the batch
   CorrectionAim aim = CorrectionAim::kSmallest;
+  /// Part of the tolerance that corrections keep in hand where they can, 0 to below 1: a batch that is predicted to lie just
+  /// within it fails every other time.
+  double margin = 0.0;
+  /// Whether components are added that the batch does not have, even where its own reach the tolerance; those that are
+  /// required always are.
+  bool allowNew = true;
+  /// Further components that count as the batch's own, such as one that was forgotten.
+  CDWordArray1 own;
 };
 
 /// One correction.
@@ -71,8 +79,9 @@ using CCorrectionArray = CArrayVarex<CCorrection>;
 ///         a fault both are unchanged.
 /// Method: every subset of the colorants that may be added is solved, as for recipes, with the batch as a colorant of
 ///         which at least 1 / (1 + mostAddition) remains. From the nearest colour of a subset the additions shrink while
-///         the differences stay within the tolerance (a price on the additions, by bisection). The rules count what is in
-///         the batch as present.
+///         the differences stay within the tolerance less its margin (a price on the additions, by bisection). Without
+///         allowNew the batch's own components are tried first, and the others only when these do not reach the tolerance.
+///         The rules count what is in the batch as present.
 /// Errors: as FormulateRecipes.
 [[nodiscard]] VRX_API RecipeOutcome CorrectBatch(const CColorantSystemData& system,
                                                  const CColorantRulesData& rules, const CBatch& batch,

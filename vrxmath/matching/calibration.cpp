@@ -10,9 +10,9 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/formula/prediction.h>
+#include <vrxmath/matching/calibration_fit.h>
 #include <vrxmath/numeric/elementary.h>
 #include <vrxmath/numeric/line_minimum.h>
-#include <vrxmath/numeric/nonnegative_least_squares.h>
 
 namespace vrx {
 namespace {
@@ -136,94 +136,103 @@ class Fitter {
   const CCalibrationSettings& settings_;
 };
 
+// K and S of all components, by component.
+struct Constants {
+  explicit Constants(std::size_t components) : K(components), S(components) {}
+  std::vector<Curve> K, S;
+};
+
+// The first fault stands, with all components that have it.
+void AddFault(CalibrationFault fault, int32_t component, CalibrationOutcome& outcome) {
+  if (fault == CalibrationFault::kNone) return;
+  if (outcome.fault == CalibrationFault::kNone) outcome.fault = fault, outcome.component = component;
+  if (outcome.fault == fault) outcome.components.Add(component);
+}
+
 // Finds the constants of all components, of all drawdowns or of all but one.
 class Calibrator {
  public:
+  static constexpr std::size_t kNone = CalibrationFit::kNone;
+
   Calibrator(const CDrawdownArray& drawdowns, std::size_t components, const CCalibrationSettings& settings)
       : drawdowns_(drawdowns),
         settings_(settings),
         components_(components),
         white_(static_cast<std::size_t>(settings.white)),
-        K_(components),
-        S_(components) {
+        ratios_(kSamples),
+        linear_(components),
+        refined_(components),
+        linearAll_(kSamples),
+        refinedAll_(kSamples) {
     for (const CDrawdown& drawdown : drawdowns) Prepare(drawdown);
-    shares_.assign(samples_.size(), std::vector<double>(components));
-    for (std::size_t i = 0; i < samples_.size(); ++i) {
-      const CDrawdown& drawdown = drawdowns_[static_cast<std::ptrdiff_t>(i)];
-      const double total = ShareTotal(drawdown);
-      for (std::size_t k = 0; k < components_; ++k) {
-        shares_[i][k] = drawdown.shares[static_cast<std::ptrdiff_t>(k)] / total;
-      }
-    }
   }
 
-  // Which component cannot be told from the drawdowns without `omitted`; a fault of kNone when all can.
+  // What cannot be told from the drawdowns without `omitted`; a fault of kNone when everything can.
   CalibrationOutcome Determined(std::size_t omitted) const {
+    CalibrationOutcome outcome;
     for (std::size_t k = 0; k < components_; ++k) {
       double least = 2.0, largest = 0.0;
-      for (std::size_t i = 0; i < samples_.size(); ++i) {
-        if (i == omitted || shares_[i][k] == 0.0) continue;
-        least = std::min(least, shares_[i][k]);
-        largest = std::max(largest, shares_[i][k]);
-      }
-      const auto component = static_cast<int32_t>(k);
-      if (largest == 0.0) {
-        return {k == white_ ? CalibrationFault::kNoWhite : CalibrationFault::kNeverUsed, -1, component};
+      for (std::size_t i = 0; i < mixtures_.size(); ++i) {
+        for (const auto& [component, share] : mixtures_[i].shares) {
+          if (i == omitted || component != k) continue;
+          least = std::min(least, share);
+          largest = std::max(largest, share);
+        }
       }
       constexpr double kSameShare = 1e-6;
-      if (k != white_ && largest - least <= kSameShare)
-        return {CalibrationFault::kOneShareOnly, -1, component};
+      CalibrationFault fault = CalibrationFault::kNone;
+      if (largest == 0.0) {
+        fault = k == white_ ? CalibrationFault::kNoWhite : CalibrationFault::kNeverUsed;
+      } else if (k != white_ && largest - least <= kSameShare) {
+        fault = CalibrationFault::kOneShareOnly;
+      }
+      AddFault(fault, static_cast<int32_t>(k), outcome);
     }
-    return {};
+    return outcome;
   }
 
-  // Solves at every wavelength; the sets in use of the last solution are the first guess of the next.
+  // Solves at every wavelength. Without a drawdown the steps begin where they ended with all, towards the linear solution
+  // without it.
   void Solve(std::size_t omitted) {
-    const std::size_t unknowns = 2 * components_ - 1;  // K of all, S of all but the white
-    if (guess_.empty()) guess_.assign(kSamples, std::vector<double>(unknowns, 0.0));
+    CalibrationFit fit(components_, mixtures_, surface_);
     for (std::size_t w = 0; w < kSamples; ++w) {
-      std::vector<double> A, b;
-      for (std::size_t i = 0; i < samples_.size(); ++i) {
-        if (i != omitted) AppendEquation(i, w, A, b);
-      }
-      std::vector<double> x = guess_[w];
-      NonNegativeLeastSquares(A, b, x);
-      if (omitted == kNone) guess_[w] = x;
-      std::size_t next = components_;
-      for (std::size_t k = 0; k < components_; ++k) {
-        K_[k][w] = x[k];
-        S_[k][w] = k == white_ ? 1.0 : x[next++];
-      }
+      const std::vector<double> linear = fit.Linear(ratios_[w], omitted, linearAll_[w]);
+      const std::vector<double> refined = fit.Refined(ratios_[w], omitted, linear, refinedAll_[w]);
+      Store(linear, w, linear_);
+      Store(refined, w, refined_);
+      if (omitted == kNone) linearAll_[w] = linear, refinedAll_[w] = refined;
     }
   }
 
-  // The fit of a drawdown by the constants of the last solution.
-  CDrawdownFit Fit(std::size_t i) const {
-    Curve K{}, S{};
-    for (std::size_t k = 0; k < components_; ++k) {
-      for (std::size_t w = 0; w < kSamples; ++w) {
-        K[w] += shares_[i][k] * K_[k][w];
-        S[w] += shares_[i][k] * S_[k][w];
-      }
+  // The constants of the last solution: refined, and the linear ones that these begin with.
+  const Constants& Refined() const { return refined_; }
+  const Constants& Linear() const { return linear_; }
+
+  // The fit of a drawdown by constants.
+  CDrawdownFit Fit(std::size_t i, const Constants& constants) const {
+    return Fit(i, constants, drawdowns_[static_cast<std::ptrdiff_t>(i)]);
+  }
+
+  // The difference of a drawdown as if it hid: that of a film depends on the unit of scattering, which is the white's.
+  double OpaqueError(std::size_t i, const Constants& constants) const {
+    CDrawdown opaque;
+    for (std::size_t w = 0; w < kSamples; ++w) {
+      opaque.opaque[static_cast<std::ptrdiff_t>(w)] = 100.0 * surface_.Reflectance(ratios_[w][i]);
     }
-    return Fitter(settings_).Fit(drawdowns_[static_cast<std::ptrdiff_t>(i)], K, S);
+    return Fit(i, constants, opaque).deltaE;
   }
-
-  CColorantLevel LevelOf(std::size_t component) const {
-    CColorantLevel level(1);
-    level.concentration = 1.0;
-    std::copy(K_[component].begin(), K_[component].end(), level.values[0].absorption.begin());
-    std::copy(S_[component].begin(), S_[component].end(), level.values[0].scattering.begin());
-    return level;
-  }
-
-  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
  private:
-  struct Sample {
-    Curve ratio;   // K/S
-    Curve weight;  // dR/dQ
-  };
+  CDrawdownFit Fit(std::size_t i, const Constants& constants, const CDrawdown& drawdown) const {
+    Curve K{}, S{};
+    for (const auto& [component, share] : mixtures_[i].shares) {
+      for (std::size_t w = 0; w < kSamples; ++w) {
+        K[w] += share * constants.K[component][w];
+        S[w] += share * constants.S[component][w];
+      }
+    }
+    return Fitter(settings_).Fit(drawdown, K, S);
+  }
 
   void Prepare(const CDrawdown& drawdown) {
     CKSData ratio;
@@ -236,72 +245,161 @@ class Calibrator {
       CorrectCurve(drawdown.opaque, internal, settings_.k1, settings_.k2, settings_.mode);
       for (int32_t w = 0; w < kWavelengths; ++w) ratio[w] = KubelkaMunkKs(100.0 * std::min(internal[w], 1.0));
     }
-    Sample sample{};
-    for (std::size_t w = 0; w < kSamples; ++w) {
-      sample.ratio[w] = ratio[static_cast<std::ptrdiff_t>(w)];
-      sample.weight[w] = Weight(sample.ratio[w]);
-    }
-    samples_.push_back(sample);
-  }
-
-  // Size of the change of measured reflectance with K/S. It has no bound at the perfect white, where K/S begins like
-  // a square root; there 0.999 stands for the reflectance.
-  double Weight(double ratio) const {
-    constexpr double kLargest = 0.999;
-    const double R = std::min(KubelkaMunkReflectance(ratio), kLargest);
-    const double surface = settings_.mode == SaundersonMode::kNone
-                               ? 1.0
-                               : (1.0 - settings_.k1) * (1.0 - settings_.k2) /
-                                     ((1.0 - settings_.k2 * R) * (1.0 - settings_.k2 * R));
-    return surface * 2.0 * R * R / (1.0 - R * R);
-  }
-
-  void AppendEquation(std::size_t i, std::size_t w, std::vector<double>& A, std::vector<double>& b) const {
-    const double ratio = samples_[i].ratio[w], weight = samples_[i].weight[w];
-    for (const double share : shares_[i]) A.push_back(weight * share);
+    for (std::size_t w = 0; w < kSamples; ++w) ratios_[w].push_back(ratio[static_cast<std::ptrdiff_t>(w)]);
+    CalibrationMixture mixture;
+    mixture.weight = drawdown.weight;
+    const double total = ShareTotal(drawdown);
     for (std::size_t k = 0; k < components_; ++k) {
-      if (k != white_) A.push_back(-weight * ratio * shares_[i][k]);
+      const double share = drawdown.shares[static_cast<std::ptrdiff_t>(k)] / total;
+      if (share > 0.0) mixture.shares.emplace_back(k, share);
     }
-    b.push_back(weight * ratio * shares_[i][white_]);
+    mixtures_.push_back(mixture);
+  }
+
+  // In the unit of the white.
+  void Store(const std::vector<double>& x, std::size_t w, Constants& constants) const {
+    const double unit = std::max(x[components_ + white_], CalibrationFit::kLeastScattering);
+    for (std::size_t k = 0; k < components_; ++k) {
+      constants.K[k][w] = x[k] / unit;
+      constants.S[k][w] = k == white_ ? 1.0 : x[components_ + k] / unit;
+    }
   }
 
   const CDrawdownArray& drawdowns_;
   const CCalibrationSettings& settings_;
+  const CalibrationSurface surface_{settings_.k1, settings_.k2, settings_.mode};
   std::size_t components_;
   std::size_t white_;
-  std::vector<Sample> samples_;
-  std::vector<std::vector<double>> shares_;  // of every drawdown, with a total of 1
-  std::vector<std::vector<double>> guess_;   // by wavelength
-  std::vector<Curve> K_, S_;                 // by component
+  std::vector<std::vector<double>> ratios_;  // K/S by wavelength and drawdown
+  std::vector<CalibrationMixture> mixtures_;
+  Constants linear_, refined_;
+  std::vector<std::vector<double>> linearAll_, refinedAll_;  // of all drawdowns, by wavelength
 };
+
+CColorantLevel LevelOf(const Constants& constants, std::size_t component) {
+  CColorantLevel level(1);
+  level.concentration = 1.0;
+  std::copy(constants.K[component].begin(), constants.K[component].end(), level.values[0].absorption.begin());
+  std::copy(constants.S[component].begin(), constants.S[component].end(), level.values[0].scattering.begin());
+  return level;
+}
+
+double LuminanceOf(const CReflData& curve) {
+  CTrisValues xyz;
+  curve.Tristimulus(vrxIllumD65, kObserver10, xyz);
+  return xyz[1];
+}
+
+// Instruments and surfaces differ a little; readings without the surface go down to nearly 0.
+bool IsBelowSurface(const CReflData& curve, const CCalibrationSettings& settings) {
+  constexpr int32_t k400 = 4, k700 = 34;
+  constexpr double kPart = 0.9;
+  if (settings.mode != SaundersonMode::kIncluded) return false;
+  return std::any_of(curve.begin() + k400, curve.begin() + k700 + 1,
+                     [&](double percent) { return percent < 100.0 * kPart * settings.k1; });
+}
+
+// A film that hides may be a little lighter over black, by what its two halves differ.
+CalibrationFault FaultOfFilm(const CDrawdown& drawdown) {
+  constexpr double kPart = 0.1;
+  const double cards = LuminanceOf(drawdown.white) - LuminanceOf(drawdown.black);
+  if (!(cards > 0.0)) return CalibrationFault::kCardsSwapped;
+  const double film = LuminanceOf(drawdown.overWhite) - LuminanceOf(drawdown.overBlack);
+  return film < -kPart * cards ? CalibrationFault::kFilmSwapped : CalibrationFault::kNone;
+}
+
+CalibrationFault FaultOf(const CDrawdown& drawdown, int32_t components,
+                         const CCalibrationSettings& settings) {
+  if (drawdown.shares.GetSize() != components || IsUnset(ShareTotal(drawdown))) {
+    return CalibrationFault::kShares;
+  }
+  if (!(drawdown.weight > 0.0) || std::isinf(drawdown.weight)) return CalibrationFault::kWeight;
+  if (!IsMeasured(drawdown)) return CalibrationFault::kNotMeasured;
+  const bool isBelow = drawdown.isFilm ? IsBelowSurface(drawdown.overBlack, settings) ||
+                                             IsBelowSurface(drawdown.overWhite, settings)
+                                       : IsBelowSurface(drawdown.opaque, settings);
+  if (isBelow) return CalibrationFault::kBelowSurface;
+  return drawdown.isFilm ? FaultOfFilm(drawdown) : CalibrationFault::kNone;
+}
 
 CalibrationOutcome Check(const CStringArray1& names, const CDrawdownArray& drawdowns,
                          const CCalibrationSettings& settings) {
-  if (settings.white < 0 || settings.white >= names.GetSize()) return {CalibrationFault::kNoWhite};
-  for (int32_t i = 0; i < drawdowns.GetSize(); ++i) {
-    const CDrawdown& drawdown = drawdowns[i];
-    const bool hasShares = drawdown.shares.GetSize() == names.GetSize() && !IsUnset(ShareTotal(drawdown));
-    if (!hasShares) return {CalibrationFault::kShares, i};
-    if (!IsMeasured(drawdown)) return {CalibrationFault::kNotMeasured, i};
+  CalibrationOutcome outcome;
+  if (settings.white < 0 || settings.white >= names.GetSize()) outcome.fault = CalibrationFault::kNoWhite;
+  for (int32_t i = 0; outcome.fault == CalibrationFault::kNone && i < drawdowns.GetSize(); ++i) {
+    outcome.fault = FaultOf(drawdowns[i], names.GetSize(), settings);
+    if (outcome.fault != CalibrationFault::kNone) outcome.drawdown = i;
   }
-  return {};
+  return outcome;
 }
 
-void StoreColorants(const Calibrator& calibrator, const CStringArray1& names,
-                    const CCalibrationSettings& settings, CColorantSystemData& system) {
+// The fits of all drawdowns by one solution.
+CDrawdownFitArray FitsBy(const Calibrator& calibrator, const Constants& constants, int32_t drawdowns) {
+  CDrawdownFitArray fits;
+  for (int32_t i = 0; i < drawdowns; ++i) fits.Add(calibrator.Fit(static_cast<std::size_t>(i), constants));
+  return fits;
+}
+
+// Predicts every drawdown that the others determine by the refined solution of these, and by the linear one; true when
+// the refined ones foresee them better, on the whole.
+bool LeaveOneOut(Calibrator& calibrator, CDrawdownFitArray& refined, CDrawdownFitArray& linear) {
+  double gain = 0.0, count = 0.0;
+  for (int32_t i = 0; i < refined.GetSize(); ++i) {
+    const auto omitted = static_cast<std::size_t>(i);
+    if (calibrator.Determined(omitted).fault != CalibrationFault::kNone) continue;
+    calibrator.Solve(omitted);
+    refined[i].leaveOneOut = calibrator.Fit(omitted, calibrator.Refined()).deltaE;
+    linear[i].leaveOneOut = calibrator.Fit(omitted, calibrator.Linear()).deltaE;
+    refined[i].leaveOneOutLinear = linear[i].leaveOneOutLinear = linear[i].leaveOneOut;
+    gain += calibrator.OpaqueError(omitted, calibrator.Linear()) -
+            calibrator.OpaqueError(omitted, calibrator.Refined());
+    count += 1.0;
+  }
+  constexpr double kEven = 1e-3;
+  return gain >= -kEven * count;
+}
+
+void StoreComponents(const Constants& constants, const CStringArray1& names,
+                     const CCalibrationSettings& settings, CColorantSystemData& system) {
   system.k1 = settings.k1;
   system.k2 = settings.k2;
   system.colorants.RemoveAll();
+  system.resins.RemoveAll();
   system.componentsA.RemoveAll();
   for (int32_t k = 0; k < names.GetSize(); ++k) {
-    CColorant colorant;
-    colorant.SetId(static_cast<uint32_t>(k + 1));
-    colorant.SetName(names[k]);
-    if (k == settings.white) colorant.SetKind(kKindCalibrationWhite);
-    colorant.AppendLevel(calibrator.LevelOf(static_cast<std::size_t>(k)));
-    system.colorants.Add(colorant);
-    system.componentsA.Add({colorant.GetId(), colorant.GetKind(), k, true});
+    const auto isK = [k](int32_t resin) { return resin == k; };
+    const bool isResin = std::any_of(settings.resins.begin(), settings.resins.end(), isK);
+    CComponent component;
+    component.SetId(static_cast<uint32_t>(k + 1));
+    component.SetName(names[k]);
+    component.AppendLevel(LevelOf(constants, static_cast<std::size_t>(k)));
+    component.SetKind(k == settings.white ? kKindCalibrationWhite : isResin ? kKindResin : kKindColorant);
+    if (component.GetKind() == kKindResin) {
+      system.resins.Add(CResin(component));
+    } else {
+      system.colorants.Add(CColorant(component));
+    }
+    system.componentsA.Add({component.GetId(), component.GetKind(), k, true});
   }
+}
+
+// The amount to which shares of a drawdown are relative: that of the substrate under one-constant models, else all.
+double UnitOf(const CColorantSystemData& system, const CDrawdown& drawdown) {
+  double unit = 0.0;
+  for (int32_t k = 0; k < drawdown.shares.GetSize(); ++k) {
+    const bool isSubstrate = system.componentsA[k].kind == kKindCalibrationWhite;
+    if (MixingLawOf(system.opticalModel) != MixingLaw::kOneConstant || isSubstrate)
+      unit += drawdown.shares[k];
+  }
+  return unit;
+}
+
+// The least of some values that so large a part of them does not exceed; unset for none.
+double NotExceededBy(double part, std::vector<double> values) {
+  if (values.empty()) return kUnset;
+  std::sort(values.begin(), values.end());
+  const auto count = static_cast<double>(values.size());
+  return values[static_cast<std::size_t>(std::ceil(part * count)) - 1];
 }
 
 }  // namespace
@@ -309,32 +407,51 @@ void StoreColorants(const Calibrator& calibrator, const CStringArray1& names,
 CalibrationOutcome CalibrateColorants(const CStringArray1& names, const CDrawdownArray& drawdowns,
                                       const CCalibrationSettings& settings, CColorantSystemData& system,
                                       CDrawdownFitArray& fits) {
-  const CalibrationOutcome checked = Check(names, drawdowns, settings);
-  if (checked.fault != CalibrationFault::kNone) return checked;
+  CalibrationOutcome outcome = Check(names, drawdowns, settings);
+  if (outcome.fault != CalibrationFault::kNone) return outcome;
   Calibrator calibrator(drawdowns, static_cast<std::size_t>(names.GetSize()), settings);
-  const CalibrationOutcome determined = calibrator.Determined(Calibrator::kNone);
-  if (determined.fault != CalibrationFault::kNone) return determined;
+  outcome = calibrator.Determined(Calibrator::kNone);
+  if (outcome.fault != CalibrationFault::kNone) return outcome;
   calibrator.Solve(Calibrator::kNone);
-  StoreColorants(calibrator, names, settings, system);
-  CDrawdownFitArray found;
-  for (int32_t i = 0; i < drawdowns.GetSize(); ++i) found.Add(calibrator.Fit(static_cast<std::size_t>(i)));
-  for (int32_t i = 0; settings.leaveOneOut && i < drawdowns.GetSize(); ++i) {
-    const auto omitted = static_cast<std::size_t>(i);
-    if (calibrator.Determined(omitted).fault != CalibrationFault::kNone) continue;
-    calibrator.Solve(omitted);
-    found[i].leaveOneOut = calibrator.Fit(omitted).deltaE;
+  const Constants refined = calibrator.Refined(), linear = calibrator.Linear();
+  CDrawdownFitArray ofRefined = FitsBy(calibrator, refined, drawdowns.GetSize());
+  CDrawdownFitArray ofLinear = FitsBy(calibrator, linear, drawdowns.GetSize());
+  outcome.isRefined = !settings.leaveOneOut || LeaveOneOut(calibrator, ofRefined, ofLinear);
+  StoreComponents(outcome.isRefined ? refined : linear, names, settings, system);
+  fits = outcome.isRefined ? ofRefined : ofLinear;
+  return outcome;
+}
+
+CComponentCalibrationArray CalibratedComponents(const CColorantSystemData& system,
+                                                const CDrawdownArray& drawdowns,
+                                                const CDrawdownFitArray& fits) {
+  CComponentCalibrationArray components;
+  for (int32_t k = 0; k < system.componentsA.GetSize(); ++k) {
+    CComponentCalibration component;
+    component.componentId = system.componentsA[k].componentId;
+    std::vector<double> errors;
+    for (int32_t i = 0; i < drawdowns.GetSize(); ++i) {
+      const double share = drawdowns[i].shares[k] / UnitOf(system, drawdowns[i]);
+      if (!(share > 0.0)) continue;
+      const bool isFirst = component.drawdowns++ == 0;
+      component.leastShare = isFirst ? share : std::min(component.leastShare, share);
+      component.mostShare = isFirst ? share : std::max(component.mostShare, share);
+      if (!IsUnset(fits[i].leaveOneOut)) errors.push_back(fits[i].leaveOneOut);
+    }
+    component.leaveOneOut = NotExceededBy(0.5, errors);
+    component.leaveOneOut90 = NotExceededBy(0.9, errors);
+    components.Add(component);
   }
-  fits = found;
-  return {};
+  return components;
 }
 
 CDrawdownFit FitDrawdown(const CColorantSystemData& system, const CDrawdown& drawdown,
                          const CCalibrationSettings& settings) {
-  if (drawdown.shares.GetSize() != system.colorants.GetSize() || !IsMeasured(drawdown)) return {};
+  if (drawdown.shares.GetSize() != system.componentsA.GetSize() || !IsMeasured(drawdown)) return {};
   CDbFormula formula;
   for (int32_t i = 0; i < drawdown.shares.GetSize(); ++i) {
     CDbFormulaElement line;
-    line.componentId = static_cast<int32_t>(system.colorants[i].GetId());
+    line.componentId = static_cast<int32_t>(system.componentsA[i].componentId);
     line.amount = drawdown.shares[i];
     if (line.amount != 0.0) formula.Add(line);
   }

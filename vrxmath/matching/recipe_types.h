@@ -25,6 +25,7 @@ struct RecipeDefaults {
   static constexpr double kBatchSize = 100.0;
   static constexpr double kThickness = 1.0;
   static constexpr double kMostAddition = 0.2;   ///< to a batch
+  static constexpr double kMargin = 0.25;        ///< of the tolerance, that a correction keeps in hand
   static constexpr double kStockAddition = 1.0;  ///< to a leftover
   static constexpr uint64_t kMostSubsets = 100'000'000;
   static constexpr uint32_t kThreads =

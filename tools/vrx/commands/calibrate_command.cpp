@@ -1,16 +1,24 @@
 // vrx calibrate: K and S of colorants from weighed drawdowns.
 
 #include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include <vrxmath/colorant/component_names.h>
+#include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/calibration.h>
+#include <vrxmath/matching/dye_ladder.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
+#include "tools/vrx/input/dilutions.h"
 #include "tools/vrx/input/drawdown_file.h"
 #include "tools/vrx/input/surface_options.h"
 #include "tools/vrx/output/color_system_file.h"
@@ -20,6 +28,11 @@
 namespace vrx::tool {
 namespace {
 
+// The models whose colorants can be calibrated, in the order of the words of --model.
+enum class GivenModel { kCoatings, kPlastics, kTradeSales, kTransparents, kTextiles, kContinuousDye };
+constexpr std::array<int32_t, 6> kModels = {kModelCoatings,     kModelPlastics, kModelTradeSales,
+                                            kModelTransparents, kModelTextiles, kModelContinuousDye};
+
 struct CalibrateOptions {
   std::string samples;
   std::string output;
@@ -27,6 +40,10 @@ struct CalibrateOptions {
   std::string name = "Calibrated colorants";
   std::vector<std::string> holdOut;
   std::vector<std::string> without;
+  std::string components;
+  std::string additions;
+  double weight = 1.0;
+  GivenModel model = GivenModel::kCoatings;
   bool noLeaveOneOut = false;
   SurfaceOptions surface;
   ViewingOptions viewing;
@@ -39,9 +56,12 @@ CCalibrationSettings SettingsOf(const CalibrateOptions& options, const DrawdownF
   const auto white = std::ranges::find_if(
       file.names, [&](const std::string& name) { return EqualsIgnoringCase(name, options.white); });
   if (white == file.names.end()) {
-    throw InputError(options.samples + ": --white: there is no column \"share:" + options.white + "\"");
+    throw InputError(options.samples + ": --white: there is no component \"" + options.white + "\"");
   }
   settings.white = static_cast<int32_t>(white - file.names.begin());
+  for (std::size_t k = 0; k < file.names.size(); ++k) {
+    if (file.isBase[k]) settings.resins.Add(static_cast<int32_t>(k));
+  }
   settings.k1 = options.surface.k1;
   settings.k2 = options.surface.k2;
   settings.mode = options.surface.specular;
@@ -70,7 +90,7 @@ void LeaveOut(const CalibrateOptions& options, DrawdownFile& file) {
     const auto found = std::ranges::find_if(
         file.names, [&](const std::string& other) { return EqualsIgnoringCase(other, name); });
     if (found == file.names.end()) {
-      throw InputError(options.samples + ": --without: there is no column \"share:" + name + "\"");
+      throw InputError(options.samples + ": --without: there is no component \"" + name + "\"");
     }
     const auto column = static_cast<int32_t>(found - file.names.begin());
     CDrawdownArray kept;
@@ -80,14 +100,16 @@ void LeaveOut(const CalibrateOptions& options, DrawdownFile& file) {
       kept.Add(drawdown);
     }
     file.drawdowns = kept;
+    file.isBase.erase(file.isBase.begin() + column);
     file.names.erase(found);
   }
 }
 
-// The drawdowns that take part and those that were held out.
+// The drawdowns that take part, those that were held out and, behind the former, those of --add.
 struct Division {
   CDrawdownArray used;
   CDrawdownArray held;
+  int32_t added = 0;
 };
 
 Division Divide(const CalibrateOptions& options, const DrawdownFile& file) {
@@ -102,26 +124,54 @@ Division Divide(const CalibrateOptions& options, const DrawdownFile& file) {
   return division;
 }
 
+std::string NamesOf(const CIntArray1& components, const DrawdownFile& file) {
+  std::string text;
+  for (int32_t i = 0; i < components.GetSize(); ++i) {
+    if (i > 0) text += i + 1 == components.GetSize() ? " and " : ", ";
+    text += "\"" + file.names[static_cast<std::size_t>(components[i])] + "\"";
+  }
+  return text;
+}
+
+// What is wrong with one drawdown.
+std::string DrawdownFault(CalibrationFault fault, bool isOnSubstrate) {
+  switch (fault) {
+    case CalibrationFault::kShares:
+      return isOnSubstrate ? "one dye at most, up to as much as the substrate, is expected, and no film"
+                           : "shares that cannot be used";
+    case CalibrationFault::kBelowSurface:
+      return "it is darker than the surface alone; curves without the specular component take --specular "
+             "excluded, uncorrected ones --specular none";
+    case CalibrationFault::kFilmSwapped:
+      return "the film is lighter over black than over white: the rows are swapped";
+    case CalibrationFault::kCardsSwapped:
+      return "the black card is not darker than the white one: the rows are swapped";
+    default:
+      return "it is not measured";
+  }
+}
+
 [[noreturn]] void Fail(const CalibrateOptions& options, const DrawdownFile& file, const CDrawdownArray& used,
                        const CalibrationOutcome& outcome) {
-  const std::string component =
-      outcome.component >= 0 ? "\"" + file.names[static_cast<std::size_t>(outcome.component)] + "\"" : "";
-  const std::string drawdown = outcome.drawdown >= 0 ? "\"" + used[outcome.drawdown].id.ToUtf8() + "\"" : "";
   const std::string prefix = options.samples + ": ";
+  const bool isOne = outcome.components.GetSize() == 1;
+  const std::string components = NamesOf(outcome.components, file);
   switch (outcome.fault) {
     case CalibrationFault::kNoWhite:
-      throw InputError(prefix + "no drawdown has the white " + component + " in it");
+      if (file.isOnSubstrate)
+        throw InputError(prefix + "no row is the bare substrate \"" + options.white + "\"");
+      throw InputError(prefix + "no drawdown has the white \"" + options.white + "\" in it");
     case CalibrationFault::kNeverUsed:
-      throw InputError(prefix + "no drawdown has " + component + " in it");
+      throw InputError(prefix + "no drawdown has " + components + " in it");
     case CalibrationFault::kOneShareOnly:
-      throw InputError(
-          prefix + component +
-          " has one share only in all its drawdowns, from which K and S cannot be told apart: add a "
-          "masstone or a letdown");
-    case CalibrationFault::kShares:
-      throw InputError(prefix + "drawdown " + drawdown + ": shares that cannot be used");
+      throw InputError(prefix + components +
+                       (isOne ? " has one share only in all its drawdowns"
+                              : " have one share only each in all their drawdowns") +
+                       ", from which K and S cannot be told apart: add a masstone or a letdown, or leave " +
+                       (isOne ? "it" : "them") + " out with --without");
     default:
-      throw InputError(prefix + "drawdown " + drawdown + " is not measured");
+      throw InputError(prefix + "drawdown \"" + used[outcome.drawdown].id.ToUtf8() +
+                       "\": " + DrawdownFault(outcome.fault, file.isOnSubstrate));
   }
 }
 
@@ -135,15 +185,17 @@ class FitRows {
                              {"leave_one_out", "without it"},
                              {"contrast", "contrast", 3},
                              {"contrast_predicted", "predicted", 3},
-                             {"thickness"}})) {}
+                             {"thickness"},
+                             {"leave_one_out_linear", "linear"}})) {}
 
-  void Add(const CDrawdownArray& drawdowns, const CDrawdownFitArray& fits, const char* part) {
-    for (int32_t i = 0; i < drawdowns.GetSize(); ++i) {
+  void Add(const CDrawdownArray& drawdowns, const CDrawdownFitArray& fits, int32_t from, int32_t to,
+           const char* part) {
+    for (int32_t i = from; i < to; ++i) {
       const CDrawdownFit& fit = fits[i];
       rows_->Text(drawdowns[i].id.ToUtf8());
       rows_->Text(part);
-      for (const double value :
-           {fit.deltaE, fit.leaveOneOut, fit.measuredContrast, fit.predictedContrast, fit.thickness}) {
+      for (const double value : {fit.deltaE, fit.leaveOneOut, fit.measuredContrast, fit.predictedContrast,
+                                 fit.thickness, fit.leaveOneOutLinear}) {
         rows_->Number(value);
       }
       rows_->EndRow();
@@ -155,31 +207,219 @@ class FitRows {
   std::unique_ptr<RowWriter> rows_;
 };
 
-void RunCalibrate(const CalibrateOptions& options) {
-  DrawdownFile file = ReadDrawdowns(options.samples, options.input);
-  LeaveOut(options, file);
-  const CCalibrationSettings settings = SettingsOf(options, file);
-  const Division division = Divide(options, file);
-  CStringArray1 names;
-  for (const std::string& name : file.names) names.Add(CString::FromUtf8(name).CStr());
-  ColorSystem system;
-  system.data.name = CString::FromUtf8(options.name);
-  CDrawdownFitArray fits;
-  const CalibrationOutcome outcome = CalibrateColorants(names, division.used, settings, system.data, fits);
-  if (outcome.fault != CalibrationFault::kNone) Fail(options, file, division.used, outcome);
-  CDrawdownFitArray heldFits;
-  for (const CDrawdown& drawdown : division.held) heldFits.Add(FitDrawdown(system.data, drawdown, settings));
-  if (!options.output.empty()) WriteColorSystem(options.output, system);
-  OutputStream output;
-  FitRows rows(options.format, output);
-  rows.Add(division.used, fits, "used");
-  rows.Add(division.held, heldFits, "held out");
-  rows.Finish();
-  output.Finish();
-  const auto isFilm = [](const CDrawdown& drawdown) { return drawdown.isFilm; };
-  if (std::any_of(file.drawdowns.begin(), file.drawdowns.end(), isFilm)) {
-    PrintMessage("film thicknesses are not given: one is assumed for the two readings of a film");
+// A number with two decimals.
+std::string Rounded(double value) {
+  std::array<char, 400> text;
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 2);
+  return {text.data(), end.ptr};
+}
+
+// What half, nine of ten and all of the known errors do not exceed, as "1.82 (median), 3.99 (90 %), 5.41 (worst)".
+struct HeldOut {
+  double sum = 0.0;
+  std::string text;
+};
+
+HeldOut HeldOutOf(std::vector<double> errors) {
+  HeldOut held;
+  if (errors.empty()) return held;
+  std::ranges::sort(errors);
+  for (const double error : errors) held.sum += error;
+  const auto notExceededBy = [&](double part) {
+    return errors[static_cast<std::size_t>(std::ceil(part * static_cast<double>(errors.size()))) - 1];
+  };
+  held.text = Rounded(notExceededBy(0.5)) + " (median), " + Rounded(notExceededBy(0.9)) + " (90 %), " +
+              Rounded(errors.back()) + " (worst)";
+  return held;
+}
+
+// Says what held-out figures say of the fit: which drawdowns the least squares of reflectance foresee worse.
+void TellOfRefinement(const CDrawdownArray& drawdowns, const CDrawdownFitArray& fits,
+                      const CalibrationOutcome& outcome) {
+  if (!outcome.isRefined) {
+    PrintMessage(
+        "the linear least squares are kept: left out one at a time, they foresee the drawdowns better "
+        "than those of reflectance");
+    return;
   }
+  constexpr double kNotable = 0.1;
+  constexpr int kMostNamed = 5;
+  int worse = 0, known = 0;
+  std::string names;
+  for (int32_t i = 0; i < drawdowns.GetSize(); ++i) {
+    if (IsUnset(fits[i].leaveOneOut)) continue;
+    ++known;
+    if (fits[i].leaveOneOut <= fits[i].leaveOneOutLinear + kNotable || ++worse > kMostNamed) continue;
+    names += (names.empty() ? "" : ", ") + drawdowns[i].id.ToUtf8() + " (" + Rounded(fits[i].leaveOneOut) +
+             " instead of " + Rounded(fits[i].leaveOneOutLinear) + ")";
+  }
+  if (worse == 0) return;
+  PrintMessage("left out one at a time, " + std::to_string(worse) + " of " + std::to_string(known) +
+               " drawdowns are foreseen worse than by the linear least squares: " + names +
+               (worse > kMostNamed ? ", ..." : ""));
+}
+
+// The leave-one-out errors of drawdowns that have one in both calibrations.
+void ComparedErrors(const CDrawdownFitArray& before, const CDrawdownFitArray& after,
+                    std::vector<double>& ofBefore, std::vector<double>& ofAfter) {
+  for (int32_t i = 0; i < before.GetSize(); ++i) {
+    if (IsUnset(before[i].leaveOneOut) || IsUnset(after[i].leaveOneOut)) continue;
+    ofBefore.push_back(before[i].leaveOneOut);
+    ofAfter.push_back(after[i].leaveOneOut);
+  }
+}
+
+// Says whether the additions lowered the error of the drawdowns, each predicted without itself, and what the additions
+// themselves were predicted to be before and, each without itself, are now.
+void TellOfAdditions(const Division& division, const CDrawdownFitArray& before,
+                     const CDrawdownFitArray& after, const std::vector<double>& foreseen) {
+  std::vector<double> errorsBefore, errorsAfter, ofAdded;
+  ComparedErrors(before, after, errorsBefore, errorsAfter);
+  const HeldOut old = HeldOutOf(errorsBefore), now = HeldOutOf(errorsAfter);
+  if (!old.text.empty()) {
+    PrintMessage("with what was added the held-out error of the drawdowns " +
+                 std::string(now.sum < old.sum ? "fell" : "did not fall") + ": " + now.text + " instead of " +
+                 old.text);
+  }
+  for (int32_t i = before.GetSize(); i < division.used.GetSize(); ++i) {
+    if (!IsUnset(after[i].leaveOneOut)) ofAdded.push_back(after[i].leaveOneOut);
+  }
+  std::string text = "what was added was foreseen with an error of " + HeldOutOf(foreseen).text;
+  if (!ofAdded.empty()) text += ", and now, left out one at a time, of " + HeldOutOf(ofAdded).text;
+  PrintMessage(text);
+}
+
+// One calibration, its file and its rows.
+class Calibration {
+ public:
+  explicit Calibration(const CalibrateOptions& options) : options_(options) {}
+
+  void Run() {
+    Read();
+    settings_ = SettingsOf(options_, file_);
+    division_ = Divide(options_, file_);
+    CDrawdownFitArray before;
+    std::vector<double> foreseen;
+    if (!options_.additions.empty()) Add(before, foreseen);
+    const CalibrationOutcome outcome = Calibrate(division_.used, system_, fits_);
+    if (!options_.output.empty()) Write();
+    WriteRows();
+    if (IsOneConstant()) {
+      TellOfSaturation();
+    } else if (settings_.leaveOneOut) {
+      TellOfRefinement(division_.used, fits_, outcome);
+    }
+    if (!options_.additions.empty()) TellOfAdditions(division_, before, fits_, foreseen);
+    const auto isFilm = [](const CDrawdown& drawdown) { return drawdown.isFilm; };
+    if (std::any_of(file_.drawdowns.begin(), file_.drawdowns.end(), isFilm)) {
+      PrintMessage("film thicknesses are not given: one is assumed for the two readings of a film");
+    }
+  }
+
+ private:
+  void Read() {
+    const std::string substrate = IsOneConstant() ? options_.white : std::string();
+    file_ = ReadDrawdowns(options_.samples, options_.input, nullptr, substrate);
+    for (const std::string& card : file_.unusedCards) {
+      PrintMessage(options_.samples + ": no film uses the row " + card);
+    }
+    additions_ = file_;
+    additions_.drawdowns.RemoveAll();
+    if (!options_.additions.empty()) {
+      additions_ = ReadDrawdowns(options_.additions, options_.input, &file_, substrate);
+    }
+    if (!options_.components.empty()) {
+      ExpandDilutions(options_.components, file_);
+      if (!options_.additions.empty()) ExpandDilutions(options_.components, additions_);
+    }
+    LeaveOut(options_, file_);
+    LeaveOut(options_, additions_);
+  }
+
+  // Calibrates without the additions, predicts these, and puts them behind the drawdowns.
+  void Add(CDrawdownFitArray& before, std::vector<double>& foreseen) {
+    ColorSystem without;
+    Calibrate(division_.used, without, before);
+    for (CDrawdown drawdown : additions_.drawdowns) {
+      const double error = FitDrawdown(without.data, drawdown, settings_).deltaE;
+      if (!IsUnset(error)) foreseen.push_back(error);
+      drawdown.weight = options_.weight;
+      division_.used.Add(drawdown);
+    }
+    division_.added = additions_.drawdowns.GetSize();
+  }
+
+  bool IsOneConstant() const { return MixingLawOf(Model()) == MixingLaw::kOneConstant; }
+  int32_t Model() const { return kModels.at(static_cast<std::size_t>(options_.model)); }
+
+  CalibrationOutcome Calibrate(const CDrawdownArray& drawdowns, ColorSystem& system,
+                               CDrawdownFitArray& fits) {
+    CStringArray1 names;
+    for (const std::string& name : file_.names) names.Add(CString::FromUtf8(name).CStr());
+    system.data.opticalModel = Model();
+    const CalibrationOutcome outcome =
+        IsOneConstant() ? CalibrateDyes(names, drawdowns, settings_, system.data, fits, buildUps_)
+                        : CalibrateColorants(names, drawdowns, settings_, system.data, fits);
+    if (outcome.fault != CalibrationFault::kNone) Fail(options_, file_, drawdowns, outcome);
+    return outcome;
+  }
+
+  void Write() {
+    system_.data.name = CString::FromUtf8(options_.name);
+    system_.specular = settings_.mode;
+    system_.calibratedOn = std::filesystem::path(options_.samples).filename().string() + ", " +
+                           std::to_string(division_.used.GetSize()) + " drawdowns";
+    system_.calibrated = CalibratedComponents(system_.data, division_.used, fits_);
+    WriteColorSystem(options_.output, system_);
+  }
+
+  void TellOfSaturation() const {
+    for (const CDyeBuildUp& buildUp : buildUps_) {
+      if (IsUnset(buildUp.saturatesFrom)) continue;
+      PrintMessage("\"" + file_.names[buildUp.componentId - 1] + "\" saturates: from " +
+                   Rounded(100.0 * buildUp.saturatesFrom) +
+                   " % on more of it adds less than a quarter of what the first of it added");
+    }
+  }
+
+  void WriteRows() const {
+    CDrawdownFitArray heldFits;
+    for (const CDrawdown& drawdown : division_.held) {
+      heldFits.Add(FitDrawdown(system_.data, drawdown, settings_));
+    }
+    OutputStream output;
+    FitRows rows(options_.format, output);
+    const int32_t count = division_.used.GetSize(), own = count - division_.added;
+    rows.Add(division_.used, fits_, 0, own, "used");
+    rows.Add(division_.used, fits_, own, count, "added");
+    rows.Add(division_.held, heldFits, 0, heldFits.GetSize(), "held out");
+    rows.Finish();
+    output.Finish();
+  }
+
+  const CalibrateOptions& options_;
+  DrawdownFile file_, additions_;
+  CCalibrationSettings settings_;
+  Division division_;
+  ColorSystem system_;
+  CDrawdownFitArray fits_;
+  CDyeBuildUpArray buildUps_;
+};
+
+void RunCalibrate(const CalibrateOptions& options) {
+  constexpr double kLargestWeight = 1e6;
+  if (!(options.weight > 0.0 && options.weight <= kLargestWeight)) {
+    throw InputError("--weight: a number above 0 and up to 1000000 is expected");
+  }
+  if (!options.additions.empty() && options.noLeaveOneOut) {
+    throw InputError(
+        "--add says whether the held-out error fell, which takes what --no-leave-one-out leaves out");
+  }
+  const int32_t model = kModels.at(static_cast<std::size_t>(options.model));
+  if (!options.additions.empty() && MixingLawOf(model) == MixingLaw::kOneConstant) {
+    throw InputError("--add: further dyeings are rows of the ladders themselves");
+  }
+  Calibration(options).Run();
 }
 
 }  // namespace
@@ -196,6 +436,10 @@ void AddCalibrate(Command& tool) {
   command.AddOption("--output", options->output, "Write the colour system to this file")
       .WritesFile()
       .Shows("FILE");
+  command.AddChoice(
+      "--model", options->model,
+      {"coatings", "plastics", "trade-sales", "transparents", "textiles", "continuous-dye"},
+      "The optical model; the last three are one-constant, for ladders of single dyes on a substrate");
   command.AddOption("--name", options->name, "What the colour system is called").Shows("NAME");
   command.AddOption("--hold-out", options->holdOut, "Drawdowns that take no part, but are predicted")
       .Shows("ID,...");
@@ -203,6 +447,20 @@ void AddCalibrate(Command& tool) {
       .AddOption("--without", options->without,
                  "Components that are left out, with the drawdowns that have them")
       .Shows("NAME,...");
+  command
+      .AddOption("--components", options->components,
+                 "CSV file of dilutions: component, of, amount of it in one part")
+      .ReadsFile()
+      .Shows("FILE");
+  const Option additions =
+      command
+          .AddOption("--add", options->additions,
+                     "Further samples with their formulas: corrections and production batches")
+          .ReadsFile()
+          .Shows("FILE");
+  command.AddOption("--weight", options->weight, "How much one of these counts beside a drawdown")
+      .Shows("W [1]")
+      .Needs(additions);
   command.AddFlag("--no-leave-one-out", options->noLeaveOneOut,
                   "Leave that column empty; it takes most of the time");
   AddSurfaceOptions(command, options->surface);
@@ -212,13 +470,19 @@ void AddCalibrate(Command& tool) {
   command.SetNotes(
       "Each row is a curve in percent with a column share:NAME per component and a column surface:\n"
       "opaque, or black card, white card, film over black and film over white under one id (cards with\n"
-      "the id \"card\" serve all films).\n\n"
+      "the id \"card\" serve all films). In the place of shares there may be parts, in any unit, in columns\n"
+      "amount:NAME and base:NAME. --components says what dilutions hold; a row 1/10 carbon,carbon,0.1 makes\n"
+      "the rest base. The file of --add has the same columns, or one of formulas such as "
+      "\"white:94;blue:6\".\n\n"
+      "With a one-constant --model each row is a dyeing of one dye on the substrate --white, or the bare\n"
+      "substrate: shares are percent of its weight. Each concentration becomes a level of the system.\n\n"
       "Results, one row a drawdown:\n"
       "  dE              CIEDE2000 of what was measured and what the calibration predicts; of a film the\n"
       "                  mean over black and white, at the one thickness that fits both best\n"
       "  leave_one_out   the same by a calibration without this drawdown: a bad one stands out; empty\n"
       "                  where one is not possible\n"
-      "  contrast        Y over black / Y over white, measured and predicted\n\n"
+      "  contrast        Y over black / Y over white, measured and predicted\n"
+      "  leave_one_out_linear  by linear least squares, from which those of reflectance begin\n\n"
       "Examples:\n"
       "  vrx calibrate examples/oil_drawdowns.csv --white \"zinc white\" --output /tmp/oil_paints.json \\\n"
       "    --without \"zinc white linseed,chrome yellow poppyseed\"\n"

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/recipe.h>
 
 #include "tools/vrx/base/command.h"
@@ -32,10 +33,11 @@ struct MatchOptions {
   std::string backings;
   double thickness = RecipeDefaults::kThickness;
   double minOpacity = 0.0;
+  double liquor = 0.0;  // litres per kilogram of the substrate; 0: not given
   int prerank = 0;
   std::string formulas;
   std::string stock;
-  std::string mostAddition = MostAdditionText(RecipeDefaults::kStockAddition);
+  std::string mostAddition = PercentText(RecipeDefaults::kStockAddition);
   ReportOptions report;
 };
 
@@ -67,6 +69,18 @@ std::vector<NamedTarget> ReadTargets(const MatchOptions& options, ResultReport& 
   return targets;
 }
 
+// Grams of fibre in a litre of a liquor of so many litres a kilogram: dyes are then in grams per litre.
+double FibrePerLitre(const MatchOptions& options, const ColorSystem& system) {
+  constexpr double kGrams = 1000.0, kMost = 1000.0;
+  if (!(options.liquor > 0.0 && options.liquor <= kMost)) {
+    throw InputError("--liquor: litres per kilogram of fibre are expected, above 0 and up to 1000");
+  }
+  if (MixingLawOf(system.data.opticalModel) != MixingLaw::kOneConstant) {
+    throw InputError(options.search.system + ": \"model\": --liquor is for dyes on a substrate");
+  }
+  return kGrams / options.liquor;
+}
+
 CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& system) {
   CRecipeSettings settings;
   options.search.Apply(system, settings);
@@ -79,6 +93,7 @@ CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& syste
   if (options.prerank < 0 || options.prerank > 1'000'000) {
     throw InputError("--prerank: a number from 0 to 1000000 is expected");
   }
+  if (options.liquor != 0.0) settings.batchSize = FibrePerLitre(options, system);
   settings.order = options.order;
   settings.thickness = options.thickness;
   settings.leastOpacity = options.minOpacity;
@@ -258,6 +273,7 @@ class StockSearch {
         rows->Integer(++rank);
         rows->Text(correction.batch);
         WriteCorrection(correction, system_, *rows);
+        rows->EndRow();
       }
     }
     rows->Finish();
@@ -367,9 +383,15 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
   command.AddOption("--min-opacity", options.minOpacity, "Least contrast ratio of a recipe, percent")
       .Shows("PERCENT [0]")
       .Needs(backings);
-  const Option size =
+  Option size =
       command.AddOption("--batch-size", options.search.batchSize, "Total of the amounts of a recipe")
           .Shows("AMOUNT [100]");
+  const Option liquor =
+      command
+          .AddOption("--liquor", options.liquor,
+                     "Litres of liquor per kilogram of the substrate: amounts are grams per litre")
+          .Shows("LITRES");
+  size.Excludes(liquor);
   const Option least = command
                            .AddOption("--min-amount", options.search.choice.minAmount,
                                       "Least share of every colorant, percent")
@@ -383,7 +405,7 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
       command.AddOption("--formulas", options.formulas, "Write the recipes to a JSON file for vrx predict")
           .WritesFile()
           .Shows("FILE");
-  for (const Option& option : {backings, size, least, prerank, formulas}) stock.Excludes(option);
+  for (const Option& option : {backings, size, liquor, least, prerank, formulas}) stock.Excludes(option);
 }
 
 }  // namespace

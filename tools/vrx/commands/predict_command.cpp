@@ -15,6 +15,7 @@
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
+#include "tools/vrx/input/surface_options.h"
 #include "tools/vrx/output/color_system_file.h"
 #include "tools/vrx/output/output.h"
 
@@ -24,6 +25,7 @@ namespace {
 struct PredictOptions {
   std::string system;
   std::string formulas;
+  GivenSpecular specular = GivenSpecular::kNotGiven;
   ViewingOptions viewing;
   Format format = Format::kTable;
 };
@@ -148,6 +150,7 @@ void WarnAboutRules(const NamedFormula& formula, const CColorantRulesData& rules
 
 void RunPredict(const PredictOptions& options) {
   const ColorSystem system = ReadColorSystem(options.system);
+  const SaundersonMode mode = SpecularOf(options.specular, system, options.system);
   const std::vector<NamedFormula> formulas = ReadFormulas(options.formulas, system);
   OutputStream output;
   std::unique_ptr<PredictionOutput> results;
@@ -158,7 +161,7 @@ void RunPredict(const PredictOptions& options) {
   }
   for (const NamedFormula& formula : formulas) {
     WarnAboutRules(formula, system.rules);
-    const CReflData curve = PredictReflectance(formula.formula, system.data);
+    const CReflData curve = PredictReflectance(formula.formula, system.data, mode);
     if (IsUnset(curve)) {
       throw InputError(options.formulas + ": formula \"" + formula.name + "\" cannot be predicted: " +
                        "its components do not absorb and scatter under the model \"" +
@@ -177,10 +180,13 @@ void AddPredict(Command& tool) {
   Command command = tool.AddCommand("predict", "Curves and colours of the formulas of a colour system");
   command.AddOption("SYSTEM", options->system, "Colour system, a JSON file").ReadsFile().Required();
   command.AddOption("FORMULAS", options->formulas, "Formulas, a JSON file").ReadsFile().Required();
+  AddSpecularOption(command, options->specular);
   AddViewingOptions(command, options->viewing, "D65,A,CWF");
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "Curves are in percent, surface included, at 360 ... 750 nm.\n\n"
+      "Curves are in percent at 360 ... 750 nm, with or without what the surface reflects as the curves "
+      "that\n"
+      "the colour system was calibrated on; where it does not say it, included unless --specular does.\n\n"
       "Examples:\n"
       "  vrx predict examples/acrylic_paints.json examples/acrylic_formulas.json\n"
       "  vrx predict system.json formulas.json --illuminants D50 --observer 2 --format csv\n");

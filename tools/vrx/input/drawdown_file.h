@@ -13,15 +13,24 @@
 namespace vrx::tool {
 
 struct DrawdownFile {
-  std::vector<std::string> names;  ///< of the components, in the order of the columns
-  CDrawdownArray drawdowns;        ///< in the order of their first rows
+  std::vector<std::string> names;        ///< of the components, in the order of the columns
+  std::vector<bool> isBase;              ///< of each: true of a base or resin
+  bool areShares = false;                ///< in percent or of 1; else parts in any one unit
+  bool isOnSubstrate = false;            ///< shares are of a substrate, and need not add up
+  CDrawdownArray drawdowns;              ///< in the order of their first rows
+  std::vector<std::string> unusedCards;  ///< rows of cards that no film uses, as messages name them
 };
 
-/// Reads a file of curves with columns `share:NAME`, one per component, in percent or as fractions of 1, and `surface`:
-/// `opaque` (what a row is without that column), or `black card`, `white card`, `film over black` and `film over
-/// white`, four rows of one id that make a film. Cards with the id `card` serve every film that has none of its own.
-/// Throws InputError, with file and row, for shares that do not add up and for films that miss a row.
-DrawdownFile ReadDrawdowns(const std::string& path, const CurveInputOptions& options);
+/// Reads a file of curves with a column per component: `share:NAME`, in percent or as fractions of 1, which must add up;
+/// or `amount:NAME` and `base:NAME` (or `resin:NAME`), parts in any one unit. A column `surface` says `opaque` (what a row
+/// is without that column), or `black card`, `white card`, `film over black` and `film over white`, four rows of one id
+/// that make a film. Cards with the id `card` serve every film that has none of its own.
+/// With `known` the components are those of that file, and a column `formula` ("1:94;carbon black:6") may stand in the
+/// place of theirs. On a `substrate`, whose name this is, shares are of it and need not add up, as dyers state them; without
+/// a column of its own it gets one. Throws InputError, with file and row, for shares that do not add up and for films that
+/// miss a row.
+DrawdownFile ReadDrawdowns(const std::string& path, const CurveInputOptions& options,
+                           const DrawdownFile* known = nullptr, const std::string& substrate = {});
 
 }  // namespace vrx::tool
 

@@ -1,9 +1,13 @@
 #include "tools/vrx/input/surface_options.h"
 
 #include <charconv>
+#include <optional>
 #include <string>
 
+#include <vrxio/text/input_error.h>
+
 #include "tools/vrx/base/command_line.h"
+#include "tools/vrx/base/reader_names.h"
 
 namespace vrx::tool {
 namespace {
@@ -19,9 +23,18 @@ std::string RefuseUnlessReflection(const std::string& text) {
 
 }  // namespace
 
-void AddSpecularOption(Command& command, SaundersonMode& specular) {
+void AddSpecularOption(Command& command, GivenSpecular& specular) {
   command.AddChoice("--specular", specular, {"included", "excluded", "none"},
-                    "Whether the curves hold what the surface reflects; none corrects nothing");
+                    "How the curves were measured, where the colour system does not say it");
+}
+
+SaundersonMode SpecularOf(GivenSpecular given, const io::ColorSystem& system, const std::string& path) {
+  std::optional<SaundersonMode> mode;
+  if (given != GivenSpecular::kNotGiven) mode = static_cast<SaundersonMode>(given);
+  std::string complaint;
+  const SaundersonMode specular = io::SpecularOf(system, mode, complaint);
+  if (!complaint.empty()) throw InputError(path + ": \"specular\": " + complaint + " as --specular says");
+  return specular;
 }
 
 void AddSurfaceOptions(Command& command, SurfaceOptions& options) {
@@ -31,7 +44,8 @@ void AddSurfaceOptions(Command& command, SurfaceOptions& options) {
   command.AddOption("--k2", options.k2, "Internal surface reflection")
       .Shows("K2 [0.6]")
       .Check(RefuseUnlessReflection);
-  AddSpecularOption(command, options.specular);
+  command.AddChoice("--specular", options.specular, {"included", "excluded", "none"},
+                    "Whether the curves hold what the surface reflects; none corrects nothing");
 }
 
 }  // namespace vrx::tool

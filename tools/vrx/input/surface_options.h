@@ -3,7 +3,11 @@
 #ifndef TOOLS_VRX_INPUT_SURFACE_OPTIONS_H_
 #define TOOLS_VRX_INPUT_SURFACE_OPTIONS_H_
 
+#include <string>
+
 #include <vrxmath/colorant/optical_transforms.h>
+
+#include <vrxio/systems/color_system_file.h>
 
 namespace vrx::tool {
 
@@ -15,8 +19,15 @@ struct SurfaceOptions {
   SaundersonMode specular = SaundersonMode::kIncluded;
 };
 
+/// `--specular` of a command that reads a colour system, which says itself how what it was calibrated on was measured.
+enum class GivenSpecular { kIncluded, kExcluded, kNone, kNotGiven };
+
 /// Adds `--specular included|excluded|none`.
-void AddSpecularOption(Command& command, SaundersonMode& specular);
+void AddSpecularOption(Command& command, GivenSpecular& specular);
+
+/// How the surface enters the curves of a command: as the file of the colour system says; where it does not, as given, and
+/// included when nothing is. Throws InputError where the two differ.
+SaundersonMode SpecularOf(GivenSpecular given, const io::ColorSystem& system, const std::string& path);
 
 /// Adds `--k1`, `--k2` and `--specular`.
 void AddSurfaceOptions(Command& command, SurfaceOptions& options);

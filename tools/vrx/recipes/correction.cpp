@@ -52,6 +52,15 @@ std::string ParseFormula(std::string_view text, const ColorSystem& system, CDbFo
   return formula.IsEmpty() ? kExpected : "";
 }
 
+// A part of 1 from "20%" or "20".
+bool ParsePercent(std::string_view number, double& part) {
+  constexpr double kPercent = 100.0;
+  if (number.ends_with('%')) number.remove_suffix(1);
+  const bool isNumber = ParseDecimal(number, ',', part);
+  part /= kPercent;
+  return isNumber;
+}
+
 }  // namespace
 
 std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
@@ -86,25 +95,52 @@ CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input) 
   return curve;
 }
 
+CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input) {
+  CurveReader curves = OpenCurves(path, input, Content::kCurvesOrColors);
+  constexpr double kLargestLightness = 110.0;  // whites that fluoresce lie a little above 100
+  CurveRow row;
+  CRecipeTarget target;
+  int count = 0;
+  for (; count < 2 && curves.Next(row); ++count) {
+    if (row.kind == Sample::kCurve) {
+      target.curve = row.curve;
+      continue;
+    }
+    if (row.kind != Sample::kLab) throw InputError(path + ", line 1: a target is a curve or L*, a*, b*");
+    if (!(row.color[0] >= 0.0 && row.color[0] <= kLargestLightness)) {
+      curves.Source().FailRow("L* is not within 0 to 110");
+    }
+    std::copy(row.color.begin(), row.color.end(), target.lab.begin());
+  }
+  WarnAboutInput(curves);
+  if (count != 1) throw InputError(path + ": one curve is expected");
+  return target;
+}
+
 void CheckAdditions(const ChoiceOptions& choice) {
   constexpr int kMost = 5;  // and the batch itself
   if (choice.maxColorants > kMost)
     throw InputError("--max-colorants: of additions, a number from 1 to 5 is expected");
 }
 
-std::string MostAdditionText(double part) {
+std::string PercentText(double part) {
   return std::to_string(std::lround(100.0 * part)) + "%";
 }
 
 double ParseMostAddition(const std::string& text) {
-  constexpr double kPercent = 100.0, kMost = 10'000.0;
-  std::string_view number = text;
-  if (number.ends_with('%')) number.remove_suffix(1);
-  double percent = 0.0;
-  if (!ParseDecimal(number, ',', percent) || !(percent > 0.0 && percent <= kMost)) {
+  double part = 0.0;
+  if (!ParsePercent(text, part) || !(part > 0.0 && part <= 100.0)) {
     throw InputError("--max-addition: percent of the batch are expected, above 0 and up to 10000");
   }
-  return percent / kPercent;
+  return part;
+}
+
+double ParseMargin(const std::string& text) {
+  double part = 0.0;
+  if (!ParsePercent(text, part) || !(part >= 0.0 && part < 1.0)) {
+    throw InputError("--margin: percent of the tolerance are expected, from 0 to below 100");
+  }
+  return part;
 }
 
 void OrderCorrections(std::vector<StockCorrection>& corrections, CorrectionAim aim, int32_t top) {
@@ -159,7 +195,6 @@ void WriteCorrection(const StockCorrection& correction, const ColorSystem& syste
                              : what.isWithinTolerance ? "ok"
                                                       : "out of tolerance";
   rows.Text(status, tint);
-  rows.EndRow();
 }
 
 }  // namespace vrx::tool

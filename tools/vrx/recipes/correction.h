@@ -41,14 +41,21 @@ std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& sy
 /// The only curve of a file. Throws InputError when there is none or more than one.
 CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input);
 
+/// The only target of a file: a curve or L*, a*, b*. Throws InputError when there is none or more than one, and for a colour
+/// that no surface has.
+CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input);
+
 /// Throws InputError for a choice of more colorants than can be added to a batch.
 void CheckAdditions(const ChoiceOptions& choice);
 
-/// A part of a batch as `--max-addition` takes it, such as "20%".
-std::string MostAdditionText(double part);
+/// A part as `--max-addition` and `--margin` take it, such as "20%".
+std::string PercentText(double part);
 
 /// A share of the batch from "20%" or "20". Throws InputError for anything but 0 (excluded) to 10000 percent.
 double ParseMostAddition(const std::string& text);
+
+/// A part of the tolerance from "25%" or "25". Throws InputError for anything but 0 to 100 (excluded).
+double ParseMargin(const std::string& text);
 
 /// Puts what each batch needs in order: within the tolerance first, then by the aim, and keeps `top`.
 void OrderCorrections(std::vector<StockCorrection>& corrections, CorrectionAim aim, int32_t top);
@@ -59,7 +66,7 @@ std::vector<StockCorrection> CorrectionsOf(const NamedBatch& batch, const CCorre
 
 /// `additions,total,dE_before,dE_after_D65 ...,cost,status`.
 void AddCorrectionColumns(const CRecipeSettings& settings, std::vector<Column>& columns);
-/// The cells below them.
+/// The cells below them, without the end of the row.
 void WriteCorrection(const StockCorrection& correction, const ColorSystem& system, RowWriter& rows);
 
 }  // namespace vrx::tool

@@ -12,7 +12,6 @@
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/command_line.h"
 #include "tools/vrx/input/curve_input.h"
-#include "tools/vrx/input/surface_options.h"
 
 namespace vrx::tool {
 namespace {
@@ -36,13 +35,6 @@ std::string AmountText(double amount, int decimals) {
   digits.erase(digits.find_last_not_of('0') + 1);
   if (digits.ends_with('.')) digits.pop_back();
   return digits;
-}
-
-const CComponent* ComponentOfId(const ColorSystem& system, uint32_t id) {
-  for (const CComponent* component : ComponentsInOrder(system)) {
-    if (component->GetId() == id) return component;
-  }
-  return nullptr;
 }
 
 // Rows of a file of limits: component, and any of min, max (percent) and cost.
@@ -105,13 +97,14 @@ void AddUses(const std::vector<std::string>& lists, const std::string& option, C
 
 }  // namespace
 
-void CriterionOptions::Apply(CRecipeSettings& settings) const {
+void CriterionOptions::Apply(const ColorSystem& colorSystem, const std::string& path,
+                             CRecipeSettings& settings) const {
   settings.illuminants.RemoveAll();
   for (const vrxIlluminant illuminant : viewing.Illuminants()) settings.illuminants.Add(illuminant);
   settings.observer = viewing.Observer();
   settings.difference = system.Settings();
   settings.objective = objective;
-  settings.mode = specular;
+  settings.mode = SpecularOf(specular, colorSystem, path);
   if (!(tolerance >= 0.0)) throw InputError("--tolerance: a difference, 0 or more, is expected");
   settings.tolerance = tolerance;
   settings.weights.RemoveAll();
@@ -183,7 +176,7 @@ void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& setti
     if (!isGood) throw InputError(what);
   };
   choice.Apply(colorSystem, settings);
-  criterion.Apply(settings);
+  criterion.Apply(colorSystem, system, settings);
   expect(top >= 1 && top <= 10'000, "--top: a number from 1 to 10000 is expected");
   expect(batchSize > 0.0 && batchSize <= 1e9, "--batch-size: a number above 0 is expected");
   expect(resolution >= 0.0 && resolution <= batchSize,
@@ -212,16 +205,35 @@ void AddSearchOptions(Command& command, SearchOptions& options, RecipePurpose pu
   AddFormatOption(command, options.format);
 }
 
-const CComponent* ComponentNamed(const ColorSystem& system, std::string_view text) {
-  uint32_t id = 0;
-  const auto end = std::from_chars(text.data(), text.data() + text.size(), id);
-  const bool isId = end.ec == std::errc() && end.ptr == text.data() + text.size();
+const CComponent* ComponentOfId(const ColorSystem& system, uint32_t id) {
   for (const CComponent* component : ComponentsInOrder(system)) {
-    const bool isIt =
-        isId ? component->GetId() == id : EqualsIgnoringCase(component->GetName().ToUtf8(), text);
-    if (isIt) return component;
+    if (component->GetId() == id) return component;
   }
   return nullptr;
+}
+
+const CComponent* ComponentNamed(const ColorSystem& system, std::string_view text) {
+  constexpr std::string_view kId = "id:", kName = "name:";
+  const bool isOnlyId = text.starts_with(kId), isOnlyName = text.starts_with(kName);
+  if (isOnlyId) text.remove_prefix(kId.size());
+  if (isOnlyName) text.remove_prefix(kName.size());
+  uint32_t id = 0;
+  const auto end = std::from_chars(text.data(), text.data() + text.size(), id);
+  const bool isId = !isOnlyName && end.ec == std::errc() && end.ptr == text.data() + text.size();
+  const CComponent* const byId = isId ? ComponentOfId(system, id) : nullptr;
+  const CComponent* byName = nullptr;
+  for (const CComponent* component : ComponentsInOrder(system)) {
+    if (!isOnlyId && byName == nullptr && EqualsIgnoringCase(component->GetName().ToUtf8(), text)) {
+      byName = component;
+    }
+  }
+  if (byId != nullptr && byName != nullptr && byId != byName) {
+    const std::string number(text);
+    throw InputError("\"" + number + "\" is the number of the component \"" + byId->GetName().ToUtf8() +
+                     "\" and the name of component " + std::to_string(byName->GetId()) + ": id:" + number +
+                     " or name:" + number + " says which");
+  }
+  return byId != nullptr ? byId : byName;
 }
 
 std::string NoComponentText(std::string_view text) {

@@ -12,6 +12,7 @@
 
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/input/surface_options.h"
 #include "tools/vrx/output/color_system_file.h"
 #include "tools/vrx/output/output.h"
 
@@ -25,11 +26,11 @@ struct CriterionOptions {
   SystemOptions system;
   std::string weights;
   RecipeObjective objective = RecipeObjective::kTristimulus;
-  SaundersonMode specular = SaundersonMode::kIncluded;
+  GivenSpecular specular = GivenSpecular::kNotGiven;
   double tolerance = RecipeDefaults::kTolerance;
 
-  /// Writes them into the settings. Throws InputError for what cannot be used.
-  void Apply(CRecipeSettings& settings) const;
+  /// Writes them into the settings, for the colour system of the file `path`. Throws InputError for what cannot be used.
+  void Apply(const ColorSystem& colorSystem, const std::string& path, CRecipeSettings& settings) const;
 };
 
 /// Adds `--illuminants`, `--observer`, `--weights`, `--system`, `--parameters`, `--objective`, `--specular` and
@@ -73,8 +74,11 @@ struct SearchOptions {
 /// Adds choice and criterion, `--resolution`, `--top`, `--threads`, `--max-subsets`, the options of curves and the format.
 void AddSearchOptions(Command& command, SearchOptions& options, RecipePurpose purpose);
 
-/// The component of a system by its id or its name in any case; null when there is none.
+/// The component of a system by its id or its name in any case, also where that is a number; "id:7" and "name:7" say which
+/// of the two is meant. Null when there is none; throws InputError where a number is both.
 const CComponent* ComponentNamed(const ColorSystem& system, std::string_view text);
+/// The component of a system by its id alone; null when there is none.
+const CComponent* ComponentOfId(const ColorSystem& system, uint32_t id);
 /// The message about a component that the system does not have.
 std::string NoComponentText(std::string_view text);
 

@@ -1,0 +1,95 @@
+#include <vrxmath/matching/batch_diagnosis.h>
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+#include "tests/matching/made_up_paints.h"
+
+namespace vrx {
+namespace {
+
+using test::MadeUpPaints;
+using test::Mixture;
+
+CBatchDiagnosis Diagnose(const CColorantSystemData& system, const CDbFormula& written,
+                         const CReflData& curve) {
+  CBatch batch;
+  batch.formula = written;
+  batch.curve = curve;
+  CBatchDiagnosis diagnosis;
+  EXPECT_TRUE(DiagnoseBatch(system, batch, {}, diagnosis));
+  return diagnosis;
+}
+
+double AmountOf(const CDbFormula& formula, int32_t id) {
+  double amount = 0.0, total = 0.0;
+  for (const CDbFormulaElement& line : formula) {
+    total += line.amount;
+    if (line.componentId == id) amount += line.amount;
+  }
+  return amount / total;
+}
+
+// What really went in differs from what was written down in one thing, which the curve tells.
+TEST(BatchDiagnosis, FindsWhatWasForgottenOverdosedOrMixedUp) {
+  struct Row {
+    const char* label;
+    CDbFormula written, real;
+    std::initializer_list<CSuspectedAmount> suspected;
+  };
+  const CDbFormula written = Mixture({{1, 90.0}, {3, 6.0}, {5, 4.0}});
+  const Row rows[] = {
+      {"as written", written, written, {}},
+      {"weighed a little off", written, Mixture({{1, 90.5}, {3, 6.06}, {5, 3.97}}), {}},
+      {"forgotten", written, Mixture({{1, 90.0}, {3, 6.0}}), {{5, 0.04, 0.0}}},
+      {"the white forgotten", written, Mixture({{3, 6.0}, {5, 4.0}}), {{1, 0.9, 0.0}}},
+      {"twice as much", written, Mixture({{1, 90.0}, {3, 12.0}, {5, 4.0}}), {{3, 0.06, 0.12}}},
+      {"mixed up", written, Mixture({{1, 90.0}, {3, 6.0}, {6, 4.0}}), {{5, 0.04, 0.0}, {6, 0.0, 0.04}}},
+      {"soiled", written, Mixture({{1, 90.0}, {2, 0.5}, {3, 6.0}, {5, 4.0}}), {{2, 0.0, 0.005}}},
+  };
+  for (const int32_t model : {kModelCoatings, kModelTextiles}) {
+    const CColorantSystemData system = MadeUpPaints(model);
+    for (const Row& row : rows) {
+      // On a textile the white is the substrate, which is always there.
+      const bool isOfWhite = row.suspected.size() == 1 && row.suspected.begin()->componentId == 1;
+      if (model == kModelTextiles && isOfWhite) continue;
+      const CBatchDiagnosis diagnosis = Diagnose(system, row.written, PredictReflectance(row.real, system));
+      ASSERT_EQ(diagnosis.best.suspected.GetSize(), static_cast<int32_t>(row.suspected.size()))
+          << row.label << " " << model;
+      const double unit = model == kModelTextiles ? 0.9 : 1.0;
+      int32_t i = 0;
+      for (const CSuspectedAmount& expected : row.suspected) {
+        const CSuspectedAmount& found = diagnosis.best.suspected[i++];
+        EXPECT_EQ(found.componentId, expected.componentId) << row.label;
+        EXPECT_NEAR(found.written, expected.written / unit, 1e-9) << row.label;
+        EXPECT_NEAR(found.found, expected.found / unit, 0.003 + 0.05 * expected.found) << row.label;
+      }
+      EXPECT_LT(diagnosis.best.difference, 0.2) << row.label;
+      for (const int32_t id : {1, 2, 3, 5, 6}) {
+        EXPECT_NEAR(AmountOf(diagnosis.best.formula, id), AmountOf(row.real, id), 0.02)
+            << row.label << " " << id;
+      }
+    }
+  }
+}
+
+TEST(BatchDiagnosis, RefusesWhatItCannotExplain) {
+  const CColorantSystemData system = MadeUpPaints();
+  CBatch batch;
+  batch.formula = Mixture({{1, 9.0}, {3, 1.0}});
+  CBatchDiagnosis diagnosis;
+  EXPECT_FALSE(DiagnoseBatch(system, batch, {}, diagnosis)) << "no curve";
+  batch.curve = PredictReflectance(batch.formula, system);
+  EXPECT_TRUE(DiagnoseBatch(system, batch, {}, diagnosis));
+  CDiagnosisSettings none;
+  none.expectedError = 0.0;
+  EXPECT_FALSE(DiagnoseBatch(system, batch, none, diagnosis));
+  batch.curve[20] = NAN;
+  EXPECT_FALSE(DiagnoseBatch(system, batch, {}, diagnosis));
+  batch.curve[20] = 50.0;
+  batch.formula = Mixture({{77, 1.0}});
+  EXPECT_FALSE(DiagnoseBatch(system, batch, {}, diagnosis));
+}
+
+}  // namespace
+}  // namespace vrx
