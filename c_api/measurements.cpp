@@ -6,6 +6,7 @@
 
 #include <vrxio/files/measurement_table.h>
 #include <vrxio/measurement/names.h>
+#include <vrxio/measurement/value_scale.h>
 #include <vrxio/systems/color_system_file.h>
 #include <vrxio/text/input_error.h>
 
@@ -21,6 +22,8 @@ template <class READ>
 auto Reading(const READ& read) {
   try {
     return read();
+  } catch (const io::ScaleError& error) {
+    throw Refusal{VRX_REFUSED, error.Statement() + "; say which by VRX_SCALE_FRACTION or VRX_SCALE_PERCENT"};
   } catch (const io::InputError& error) {
     throw Refusal{VRX_REFUSED, error.what()};
   }

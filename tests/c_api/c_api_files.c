@@ -62,6 +62,7 @@ static void measurements(void) {
   texts_of(table, VRX_TEXT_WARNING, 0, "the wavelengths leave out a part of 400 to 700 nm, which is guessed");
   OK(vrx_close(table));
   table = 7;
+  REFUSES(vrx_measurements_open("c_api.txt", NULL, &table), VRX_REFUSED, "by VRX_SCALE_FRACTION or VRX_SCALE_PERCENT");
   options.form = 5;
   REFUSES(vrx_measurements_open("c_api.txt", &options, &table), VRX_OUT_OF_RANGE, "form");
   options.form = VRX_FORM_CGATS;
