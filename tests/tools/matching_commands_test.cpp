@@ -142,7 +142,7 @@ TEST_F(MatchingCommands, CalibrateRefusesWhatItCannotUse) {
       {"calibrate single.csv --white W --output new.json",
        "single.csv: \"B\" and \"C\" have one share only each in all their drawdowns"},
       {"calibrate both.csv --white W --output new.json",
-       "both.csv, line 1, column 4 (amount:B): shares and amounts"},
+       "column 4 (amount:B): shares and amounts do not stand in one file"},
       {"calibrate good.csv --white W --output new.json --components who.csv",
        "who.csv: no drawdown has a component \"1/10 B\""},
       {"calibrate good.csv --white W --output new.json --components rest.csv", "there is not one base"},
