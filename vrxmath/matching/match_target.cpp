@@ -175,7 +175,7 @@ RecipeFault MatchTarget::SetMean() {
     Viewing viewing;
     if (!FindViewing(lamp.illuminant, settings_.observer, viewing)) return RecipeFault::kSettings;
     const auto colorOf = [&](const Xyz& xyz) {
-      return Color{xyz, Coordinates(CoordinateSpace::kLab, xyz, viewing)};
+      return Color{xyz, Coordinates(SpaceTermsOf(CoordinateSpace::kLab, viewing), xyz)};
     };
     const Color mean = colorOf(XyzOf(lamp, target_.curve));
     if (!(ComputeDifference(system, mean, colorOf(lamp.color.xyz), settings_.angle).dE <= kMostOfSolid)) {
