@@ -57,7 +57,7 @@ def test_recipes(paints, vrx_tool):
     assert any(recipe.cost == 2.5 * recipe.formula[paints.names[0]] > 0 for recipe in limited if paints.names[0] in recipe.formula)
     reachable = vrx.predict(paints, paints.read_formulas(FORMULAS)[1][0])
     alike = vrx.match(paints, reachable, trace=1000, max_colorants=2)
-    assert len(alike) == 1 and alike[0].folded > 3 and alike[0].traces and alike[0].load_by == "target"
+    assert alike[0].folded > 3 and alike[0].traces and alike[0].load_by == "target"
     by_color = vrx.match(paints, vrx.lab(vrx.tristimulus(reachable)), top=1)
     assert by_color[0].differences[0] < 1e-3 and np.isnan(by_color[0].differences[1:]).all()
 

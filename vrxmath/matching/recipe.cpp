@@ -409,9 +409,23 @@ class Search {
     return OpacityOf(recipe.formula) >= settings_.leastOpacity;
   }
 
-  // True where the kernels have not found the last word.
+  // True where the kernels have not found the last word: curves depend on the shares, or the colorant that takes what the
+  // others leave came near a limit without being held there. Steps that did not end leave shares that are good enough to be
+  // ordered by.
   bool NeedsRefiner(const Candidate& candidate) const {
-    return offer_.hasSeveralLevels || (offer_.hasLimits && candidate.solution.end == SubsetEnd::kUnsolved);
+    if (offer_.hasSeveralLevels) return true;
+    if (!offer_.hasLimits || candidate.solution.end != SubsetEnd::kUnsolved) return false;
+    const MatchProblem& problem = target_->Problem();
+    for (std::size_t i = 0; i < static_cast<std::size_t>(candidate.size); ++i) {
+      const uint16_t colorant = candidate.subset[i];
+      const double least = problem.least[colorant], most = problem.most[colorant];
+      const double share = candidate.solution.shares[i];
+      constexpr double kNearLimit = 1e-3;
+      const bool isNearLeast = least > 0.0 && share != least && share < least + kNearLimit;
+      const bool isNearMost = most < 1.0 && share != most && share > most - kNearLimit;
+      if (isNearLeast || isNearMost) return true;
+    }
+    return false;
   }
 
   // The loads at which the shares of a candidate lie within their limits; the first is above the second where none do.

@@ -98,7 +98,8 @@ std::string RecipeFaultText(const RecipeOutcome& outcome, const CColorantSystemD
       return names.setting(key.substr(1, end - 1), key.substr(std::min(end + 1, key.size())));
     }
     if (key == "system") return names.system;
-    if (key == "limits") return names.limits.empty() ? names.setting("min-amount", "") : names.limits;
+    if (key == "limits" && !names.limits.empty()) return names.limits;
+    if (key == "limits") return names.setting(settings.isWithinRange ? "within-range" : "min-amount", "");
     if (key == "target") return names.target;
     if (key == "batch") return names.batch;
     if (key == "formula") return names.formula;

@@ -472,8 +472,6 @@ void RunFromParts(const MatchOptions& options) {
 }
 
 void RunFromStock(const MatchOptions& options) {
-  if (options.parts != 0.0 && !(options.parts > 0.0 && options.parts <= 1e9))
-    throw InputError("--parts: an amount above 0 is expected");
   if (options.parts > 0.0) return RunFromParts(options);
   StockSearch search(options);
   search.Check();
@@ -611,6 +609,11 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
           "--parts", options.parts,
           "With --from-stock: recipes of this amount from parts of several batches, most used up first")
       .Shows("AMOUNT")
+      .Check([](const std::string& text) {
+        double amount = 0.0;
+        const bool isAmount = ParseDecimal(text, ',', amount) && amount > 0.0 && amount <= 1e9;
+        return isAmount ? "" : "an amount above 0 is expected";
+      })
       .Needs(stock);
   const Option prerank =
       command
