@@ -4,7 +4,7 @@
     scripts/held_out_error.py build/release/tools/vrx/vrx examples/oil_drawdowns.csv "zinc white" \
         "zinc white linseed,chrome yellow poppyseed"
 
-Drawdowns are held out, a sixth at a time, and predicted from the others. The bound of each is that of ExpectedError: the
+Drawdowns are held out, a sixth at a time, and predicted from the others. The bound of each is that of ErrorBound: the
 largest of its components' leave-one-out errors (nine of ten; of fewer than ten drawdowns at least the median over the
 components), a half more for every factor of two by which a share lies outside of the range that the others cover. Folds that leave a component undetermined are made smaller.
 """

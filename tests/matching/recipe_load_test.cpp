@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <utility>
 
-#include <vrxmath/matching/expected_error.h>
+#include <vrxmath/matching/error_bound.h>
 #include <vrxmath/matching/recipe.h>
 
 #include "tests/matching/made_up_paints.h"
@@ -161,7 +161,7 @@ TEST(RecipeTrust, RangesAreToldAndKept) {
     last = recipe.expected;
   }
   EXPECT_GT(last, 0.0);
-  EXPECT_TRUE(IsUnset(ExpectedError(Mixture({{1, 9.0}, {99, 1.0}}), system, settings.calibrated)));
+  EXPECT_TRUE(IsUnset(ErrorBound(Mixture({{1, 9.0}, {99, 1.0}}), system, settings.calibrated)));
 }
 
 // The same solid colour at three angles, of which one is a little lighter: the largest difference counts, and is made small.

@@ -10,7 +10,7 @@
 #include <vrxmath/batch/batch_run.h>
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/formula/prediction.h>
-#include <vrxmath/matching/expected_error.h>
+#include <vrxmath/matching/error_bound.h>
 #include <vrxmath/matching/match_target.h>
 #include <vrxmath/matching/offer.h>
 #include <vrxmath/matching/subset_kernels.h>
@@ -391,7 +391,7 @@ class Search {
     CRecipe recipe;
     if (candidate.isBeyond || !SetLoad(candidate, recipe)) return;
     SetFormula(candidate, recipe.load, recipe);
-    const double expected = ExpectedError(recipe.formula, own_, settings_.calibrated);
+    const double expected = ErrorBound(recipe.formula, own_, settings_.calibrated);
     candidate.key = IsUnset(expected) ? HUGE_VAL : expected;
   }
 
@@ -562,7 +562,7 @@ class Search {
     if (IsUnset(recipe.curve)) return {};
     target_->Judge(recipe);
     recipe.opacity = OpacityOf(recipe.formula);
-    recipe.expected = ExpectedError(recipe.formula, own_, settings_.calibrated, &recipe.outside);
+    recipe.expected = ErrorBound(recipe.formula, own_, settings_.calibrated, &recipe.outside);
     return recipe;
   }
 

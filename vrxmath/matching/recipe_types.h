@@ -153,7 +153,7 @@ struct CRecipe {
   double load = 1.0;    ///< the part of its colorants
   LoadBasis loadBasis = LoadBasis::kWhole;
   CDWordArray1 outside;  ///< components whose shares lie outside of their calibrated range
-  /// CIEDE2000 that nine of ten predictions like it do not exceed (ExpectedError); unset where nothing is known of a
+  /// CIEDE2000 that nine of ten predictions like it do not exceed (ErrorBound); unset where nothing is known of a
   /// component.
   double expected = kUnset;
   CReflData curve;  ///< what it is predicted to give, percent

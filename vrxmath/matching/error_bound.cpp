@@ -1,4 +1,4 @@
-#include <vrxmath/matching/expected_error.h>
+#include <vrxmath/matching/error_bound.h>
 
 #include <algorithm>
 #include <vector>
@@ -62,8 +62,8 @@ double WholeOf(const CDbFormula& formula, const CColorantSystemData& system) {
 
 }  // namespace
 
-double ExpectedError(const CDbFormula& formula, const CColorantSystemData& system,
-                     const CComponentCalibrationArray& calibrated, CDWordArray1* outside) {
+double ErrorBound(const CDbFormula& formula, const CColorantSystemData& system,
+                  const CComponentCalibrationArray& calibrated, CDWordArray1* outside) {
   const double whole = WholeOf(formula, system), usual = UsualError(calibrated);
   double expected = 0.0;
   bool isKnown = whole > 0.0;

@@ -1,7 +1,7 @@
 // How far a predicted colour may be from the one that a recipe then gives.
 
-#ifndef VRXMATH_MATCHING_EXPECTED_ERROR_H_
-#define VRXMATH_MATCHING_EXPECTED_ERROR_H_
+#ifndef VRXMATH_MATCHING_ERROR_BOUND_H_
+#define VRXMATH_MATCHING_ERROR_BOUND_H_
 
 #include <vrxmath/colorant/colorant_system.h>
 #include <vrxmath/colorant/component_calibration.h>
@@ -19,10 +19,10 @@ namespace vrx {
 /// Formula: the largest of the components' errors, left out one at a time (nine of ten; of fewer than ten drawdowns at
 ///          least the median of the components), each larger by a half for every factor of two by which its share lies
 ///          outside of its calibrated range.
-[[nodiscard]] VRX_API double ExpectedError(const CDbFormula& formula, const CColorantSystemData& system,
-                                           const CComponentCalibrationArray& calibrated,
-                                           CDWordArray1* outside = nullptr);
+[[nodiscard]] VRX_API double ErrorBound(const CDbFormula& formula, const CColorantSystemData& system,
+                                        const CComponentCalibrationArray& calibrated,
+                                        CDWordArray1* outside = nullptr);
 
 }  // namespace vrx
 
-#endif  // VRXMATH_MATCHING_EXPECTED_ERROR_H_
+#endif  // VRXMATH_MATCHING_ERROR_BOUND_H_
