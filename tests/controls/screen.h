@@ -4,12 +4,20 @@
 #define TESTS_CONTROLS_SCREEN_H_
 
 #include <map>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "controls_gallery.h"
 
 namespace vrx::test {
+
+// What a field shows.
+inline std::wstring TextOf(HWND window) {
+  wchar_t text[64] = L"";
+  ::GetWindowTextW(window, text, static_cast<int>(std::size(text)));
+  return text;
+}
 
 /// Handles messages until one from `first` to `last` came, for which it waits: input takes its way through the system. Gives up
 /// when it does not come; other messages, as those of timers, do not prolong the wait.

@@ -15,12 +15,6 @@ void PressKeys(std::initializer_list<WORD> keys) {
   for (const WORD key : keys) Press(key);
 }
 
-std::wstring TextOf(HWND window) {
-  wchar_t text[64] = L"";
-  ::GetWindowTextW(window, text, static_cast<int>(std::size(text)));
-  return text;
-}
-
 double ValueOf(const NumericEdit& edit) {
   double number = 0;
   return edit.GetValue(number) ? number : -1;
