@@ -41,6 +41,18 @@ if(WIN32)
   target_link_options(vrx_build_flags INTERFACE $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-static>)
 endif()
 
+# Faults that are hard to use: addresses that differ from run to run, relocations that are read-only and bound at the start,
+# guarded stacks, calls that know the sizes of their buffers. Test `hardening` looks for them in release builds.
+if(WIN32 AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+  target_link_options(vrx_build_flags INTERFACE LINKER:--dynamicbase,--nxcompat)
+elseif(VRX_HARDEN AND NOT VRX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang" AND NOT APPLE)
+  include(CheckPIESupported)
+  check_pie_supported()
+  target_compile_options(vrx_build_flags INTERFACE $<$<NOT:$<CONFIG:Debug>>:-fstack-protector-strong>)
+  target_compile_options(vrx_build_flags INTERFACE "$<$<NOT:$<CONFIG:Debug>>:SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>")
+  target_link_options(vrx_build_flags INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
+endif()
+
 if(VRX_SANITIZE)
   target_compile_options(vrx_build_flags INTERFACE
     -fsanitize=${VRX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
@@ -50,3 +62,34 @@ if(VRX_BUILD_FUZZERS)
   # Everything a target reaches is instrumented: libFuzzer learns from the branches that an input takes.
   target_compile_options(vrx_build_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+
+# vrx_compile_together(<target> [BY_FOLDER])
+#
+# With VRX_UNITY, the sources of a target are compiled several at a time, so that what they include is read once. Names in their
+# anonymous namespaces have to differ then. BY_FOLDER: only those of one folder.
+function(vrx_compile_together target)
+  if(NOT VRX_UNITY)
+    return()
+  endif()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 12)
+  get_target_property(sources ${target} SOURCES)
+  if(WIN32)
+    # The system's headers define names such as DeleteFile as macros, which is not for other sources to see.
+    foreach(source IN LISTS sources)
+      cmake_path(ABSOLUTE_PATH source OUTPUT_VARIABLE file)
+      if(EXISTS ${file})
+        file(STRINGS ${file} system REGEX "#include <(windows|vrxmath/platform/win32/win32)[.]h>")
+        if(system)
+          set_source_files_properties(${source} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+        endif()
+      endif()
+    endforeach()
+  endif()
+  if("BY_FOLDER" IN_LIST ARGN)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
+    foreach(source IN LISTS sources)
+      cmake_path(GET source PARENT_PATH folder)
+      set_source_files_properties(${source} PROPERTIES UNITY_GROUP "${folder}")
+    endforeach()
+  endif()
+endfunction()

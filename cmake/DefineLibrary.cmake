@@ -1,3 +1,13 @@
+# vrx_declare_folder(<path> [DEPENDS <path>...])
+#
+# Says from which folders the files of <path> may include: those in DEPENDS, which are declared before it, and what these may
+# include. A folder inside <path> without a declaration of its own belongs to <path>. Test include_order checks it.
+function(vrx_declare_folder path)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "DEPENDS")
+  list(JOIN arg_DEPENDS " " depends)
+  set_property(GLOBAL APPEND PROPERTY VRX_FOLDERS "${path}: ${depends}")
+endfunction()
+
 # vrx_define_library(<folder> HEADERS <file>... [SOURCES <file>...] [LANE_SOURCES <file>...] [DEPENDS <folder>...])
 #
 # Declares one folder of vrxmath/ as a unit, vrx::<folder>. A unit is a static library of its own, which tests and
@@ -7,6 +17,7 @@
 function(vrx_define_library folder)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "HEADERS;SOURCES;LANE_SOURCES;DEPENDS")
   add_library(vrx_${folder}_objects OBJECT ${arg_SOURCES} ${arg_HEADERS})
+  vrx_compile_together(vrx_${folder}_objects)
   set(objects vrx_${folder}_objects)
   if(arg_LANE_SOURCES)
     vrx_add_lane_objects(vrx_${folder}_lanes lane_objects SOURCES ${arg_LANE_SOURCES})
@@ -36,8 +47,8 @@ function(vrx_define_library folder)
   foreach(header IN LISTS arg_HEADERS)
     set_property(GLOBAL APPEND PROPERTY VRX_HEADERS vrxmath/${folder}/${header})
   endforeach()
-  set_property(GLOBAL APPEND PROPERTY VRX_UNITS ${folder})
-  set_property(GLOBAL PROPERTY VRX_DEPENDS_${folder} ${arg_DEPENDS})
+  list(TRANSFORM arg_DEPENDS PREPEND vrxmath/)
+  vrx_declare_folder(vrxmath/${folder} DEPENDS vrxmath ${arg_DEPENDS})
   install(FILES ${arg_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vrxmath/${folder})
 endfunction()
 

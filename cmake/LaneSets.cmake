@@ -1,18 +1,21 @@
 # Sources that are compiled once for each instruction set that the library chooses from at run time.
 #
-# VRX_LANE_SETS   names of the sets, narrowest first. The first needs no more than every processor of the platform has.
+# VRX_LANE_SETS   their names, narrowest first; `all` that are known (the default), or `native`, the base and the widest of the
+#                 building machine, for a build that has to be there soon. The base is always there and needs no more
+#                 than every processor of the platform has.
 #
 # vrx_add_lane_objects(<name> <result> SOURCES <file>...) declares an object library <name>_<set> per set and puts their
 # names into <result>. The sources see VRX_LANES, the lanes of a pack (1: plain numbers), and are written so that all
 # they define is local or a specialisation for that count (vrxmath/numeric/lane_kernels.h).
 
-set(VRX_LANE_SETS base)
+set(VRX_LANE_SETS all CACHE STRING "Instruction sets that kernels are compiled for: all, native, or a list such as base;avx2")
 set(VRX_LANE_FLAGS_base "")
 set(VRX_LANE_COUNT_base 2)
+set(known base)
 if(NOT CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   set(VRX_LANE_COUNT_base 1)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "x86|i[3-6]86|AMD64|amd64")
-  list(APPEND VRX_LANE_SETS avx2 avx512)
+  list(APPEND known avx2 avx512)
   set(VRX_LANE_FLAGS_avx2 -mavx2 -mfma)
   set(VRX_LANE_COUNT_avx2 4)
   set(VRX_LANE_FLAGS_avx512 -mavx512f -mfma -mavx512dq -mavx512vl)
@@ -25,10 +28,39 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "x86|i[3-6]86|AMD64|amd64")
   endif()
 endif()
 
+# The base and the widest set that the compiler finds in this machine.
+function(vrx_native_lane_sets result)
+  set(${result} base PARENT_SCOPE)
+  if(NOT "avx2" IN_LIST known OR CMAKE_CROSSCOMPILING)
+    return()
+  endif()
+  file(WRITE ${CMAKE_BINARY_DIR}/native.h "")
+  execute_process(COMMAND ${CMAKE_CXX_COMPILER} -march=native -dM -E ${CMAKE_BINARY_DIR}/native.h OUTPUT_VARIABLE macros)
+  if(macros MATCHES "__AVX512DQ__" AND macros MATCHES "__AVX512VL__")
+    set(${result} base avx512 PARENT_SCOPE)
+  elseif(macros MATCHES "__AVX2__" AND macros MATCHES "__FMA__")
+    set(${result} base avx2 PARENT_SCOPE)
+  endif()
+endfunction()
+
+if(VRX_LANE_SETS STREQUAL "native")
+  vrx_native_lane_sets(lane_sets)
+elseif(VRX_LANE_SETS STREQUAL "all")
+  set(lane_sets ${known})
+else()
+  set(lane_sets ${VRX_LANE_SETS})
+endif()
+foreach(set avx2 avx512)
+  if(NOT set IN_LIST lane_sets)
+    string(TOUPPER ${set} name)
+    target_compile_definitions(vrx_build_flags INTERFACE VRX_WITHOUT_${name})
+  endif()
+endforeach()
+
 function(vrx_add_lane_objects name result)
   cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "SOURCES")
   set(targets "")
-  foreach(set IN LISTS VRX_LANE_SETS)
+  foreach(set IN LISTS lane_sets)
     add_library(${name}_${set} OBJECT ${arg_SOURCES})
     set_target_properties(${name}_${set} PROPERTIES
       POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)

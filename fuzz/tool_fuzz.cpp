@@ -1,5 +1,6 @@
-// Whole commands in this process: the first bytes choose a command line, the rest is its input file. A run ends with
-// status 0, 1 or 2; an index message of the library and any exception that no command means to throw are findings.
+// Whole commands in this process: the first byte chooses a command line, the rest is its input file. A run ends with
+// status 0, 1 or 2; an index message of the library and any exception that no command means to throw are findings. So is a
+// command of the tool that no line drives.
 
 #include <algorithm>
 #include <array>
@@ -21,8 +22,9 @@
 
 namespace {
 
-// Of each command and of each kind of file that it reads. @ stands for the folder of the process: @IN is the input,
-// @CURVES, @PAINTS and @FORMULAS are sound files.
+// Of each command, of each kind of file that it reads and of each report. The first byte of a seed is the number of its line, so
+// new lines go to the end. @ stands for the folder of the process: @IN is the input, @CURVES, @PAINTS and @FORMULAS are
+// sound files.
 constexpr std::array kCommandLines = {
     "judge @IN @IN --pairs --only fail,warning --worst-first",
     "judge @CURVES @IN --tolerance 1 --format csv --csv-safe",
@@ -58,7 +60,37 @@ constexpr std::array kCommandLines = {
     "settings list",
     "log",
     "manual bash",
+    "search @IN @CURVES --count 2",
+    "search @CURVES @IN --within 5 --format csv",
+    "match @IN @CURVES --max-colorants 1 --threads 1 --top 1",
+    "match @PAINTS @IN --max-colorants 1 --threads 1 --report @out.html",
+    "match @PAINTS @CURVES --max-colorants 1 --threads 1 --limits @IN",
+    "match @PAINTS @CURVES --max-colorants 1 --threads 1 --from-stock @IN",
+    "correct @PAINTS --formula @IN --batch @CURVES --target @CURVES --batch-size 100 --max-colorants 1",
+    "correct @PAINTS --formula @FORMULAS --name Olive --batch @IN --target @IN --batch-size 100 "
+    "--max-colorants 1",
+    "info @IN",
+    "info @IN --lenient --wavelengths-in rows",
+    "convert @IN - --to cxf --lenient",
+    "convert @IN - --to cgats --grid 400-700/10",
+    "convert @IN - --to json --input-format csv",
+    "judge @IN @IN --pairs --report @out.html --report-title t",
+    "color @IN --report @out.html",
+    "strength @IN @CURVES --report @out.html",
+    "fit-tolerance @IN --report @out.html",
+    "plot curves @CURVES @IN --output @out.svg",
+    "plot trend @CURVES @IN --output @out.svg",
+    "plot histogram @CURVES @IN --output @out.png",
+    "plot illuminants @CURVES @IN --output @out.svg",
+    "plot angles @IN @IN --output @out.svg",
 };
+
+void AbortUnlessDriven(std::string_view command) {
+  const auto drives = [&](std::string_view line) { return line.substr(0, line.find(' ')) == command; };
+  if (std::ranges::any_of(kCommandLines, drives)) return;
+  std::fprintf(stderr, "no line of kCommandLines drives \"vrx %s\"\n", std::string(command).c_str());
+  std::abort();
+}
 
 // A folder of the process in which every run finds the same files and leaves nothing that matters.
 class Place {
@@ -78,6 +110,7 @@ class Place {
     }
     Write("CURVES", curves + "\n");
     setenv("XDG_CONFIG_HOME", folder_.c_str(), 1);
+    for (const vrx::tool::CommandEntry& command : vrx::tool::AllCommands()) AbortUnlessDriven(command.name);
     // The tool's own streams lead nowhere; what a sanitizer says goes to the descriptor it was given.
     if (std::freopen("/dev/null", "w", stdout) == nullptr) std::abort();
     vrx::SetMessageBoxHandler([](vrx::WideView, vrx::MessageIcon, void*) { std::abort(); });

@@ -1,9 +1,9 @@
 #!/bin/sh
 # The checks that a change must pass: formatting, builds and tests with g++ and clang++ and under the sanitizers, the headers alone and
-# their docstrings, the installed library in the hands of a host, and half a minute of the fuzz targets.
+# their docstrings, the installed library in the hands of a host, and a quarter of a minute of each fuzz target.
 # Installs what is missing first.
 #
-# VRX_FUZZ_SECONDS sets the time of each fuzz target.
+# VRX_FUZZ_SECONDS sets the time of each fuzz target; scripts/fuzz.sh fuzzes one for an hour.
 # Windows programs are built and run where mingw-w64 and wine are installed; VRX_WINDOWS=1 installs them, VRX_WINDOWS=0
 # leaves this out.
 set -eu
@@ -40,7 +40,8 @@ build_and_test() {
 }
 
 # clang-tidy by the commands of the sanitizers' build, a source once even where it is compiled several times, as the lane
-# kernels are. Its log is shown when something was found.
+# kernels are. That build compiles the sources of a folder together, and so they are looked at: most of the time goes into
+# the headers that they share. Its log is shown when something was found.
 check_tidy() {
   mkdir -p build/tidy
   python3 -c '
@@ -48,7 +49,8 @@ import json
 commands = {command["file"]: command for command in json.load(open("build/asan-ubsan/compile_commands.json"))}
 json.dump(list(commands.values()), open("build/tidy/compile_commands.json", "w"))'
   log=build/tidy/clang-tidy.log
-  run-clang-tidy -p build/tidy -quiet -j "$jobs" "^$PWD/(vrxmath|vrxio|pictures|c_api|controls|tools)/.*\\.cpp\$" > "$log" 2>&1 ||
+  run-clang-tidy -p build/tidy -quiet -j "$jobs" \
+    "^$PWD/(build/asan-ubsan/)?(vrxmath|vrxio|pictures|c_api|controls|tools)/.*\\.(cpp|cxx)\$" > "$log" 2>&1 ||
     { grep -vE '^$|warnings? generated|^clang-tidy' "$log" | head -n 100; return 1; }
 }
 
@@ -60,7 +62,7 @@ fuzz() {
   xargs -P "$jobs" -I NAME sh -c "
     mkdir -p $folder/found/NAME
     if [ NAME = tool ]; then close=-close_fd_mask=2; fi
-    $folder/fuzz_NAME \${close:-} -max_total_time=${VRX_FUZZ_SECONDS:-30} -max_len=4096 -timeout=10 -rss_limit_mb=1024 \
+    $folder/fuzz_NAME \${close:-} -max_total_time=${VRX_FUZZ_SECONDS:-15} -max_len=4096 -timeout=10 -rss_limit_mb=1024 \
       -artifact_prefix=$folder/found/NAME- $folder/found/NAME fuzz/corpus/NAME > $folder/NAME.log 2>&1 ||
       { tail -n 60 $folder/NAME.log; exit 1; }
     echo \"fuzz_NAME: \$(tail -n 1 $folder/NAME.log)\"

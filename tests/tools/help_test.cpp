@@ -66,12 +66,13 @@ class Help : public vrx::test::ToolProcess {
   // The words of `vrx --help` that name commands, with those within one.
   std::vector<std::string> Commands(const std::string& path = "") {
     const std::string help = Run(path + " --help").out;
-    const std::size_t list = help.find("\nSubcommands:\n");
+    const std::size_t list = help.find(path.empty() ? "\nJudging:\n" : "\nSubcommands:\n");
     std::vector<std::string> commands;
     if (list == std::string::npos) return commands;
     std::istringstream lines(help.substr(help.find('\n', list + 1) + 1));
-    for (std::string line; std::getline(lines, line) && line.starts_with("  ");) {
-      if (line[2] == ' ') continue;  // a description goes on
+    for (std::string line; std::getline(lines, line);) {
+      if (!line.starts_with("  ") && !path.empty()) break;
+      if (!line.starts_with("  ") || line[2] == ' ') continue;  // the heading of a group; a description goes on
       commands.push_back(path + (path.empty() ? "" : " ") + line.substr(2, line.find(' ', 2) - 2));
       for (const std::string& nested : Commands(commands.back())) commands.push_back(nested);
     }
@@ -131,6 +132,8 @@ TEST_F(Help, ManualCompletionsAndHints) {
       {"judge a.csv --format 'c'", "csv"},
       {"color --illuminants 'T'", "T84"},
       {"judge ''", ""},
+      {"color --illuminant 'T'", "T84"},  // an option's other name
+      {"plot 'h'", "histogram"},          // the words of a first argument
   };
   for (const auto& [words, completion] : kCompletions) {
     const Result result = RunLine("source <(vrx manual bash); COMP_WORDS=(vrx " + std::string(words) +
@@ -141,6 +144,7 @@ TEST_F(Help, ManualCompletionsAndHints) {
       {"jugde", "\"jugde\" is not known; did you mean judge?"},
       {"settings gte", "did you mean get?"},
       {"tables --formt csv", "did you mean --format?"},
+      {"tables --formt=csv", "did you mean --format?"},
       {"tables --quite-another-thing", "not expected: --quite-another-thing\n"},
   };
   for (const auto& [arguments, hint] : kHints) {

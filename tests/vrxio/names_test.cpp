@@ -11,6 +11,7 @@
 #include <vrxio/measurement/headings.h>
 #include <vrxio/measurement/measurement.h>
 #include <vrxio/text/input_error.h>
+#include <vrxio/text/text.h>
 #include "tests/testing/rows.h"
 
 namespace {

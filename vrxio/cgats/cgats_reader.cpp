@@ -11,6 +11,7 @@
 #include <vrxio/text/byte_window.h>
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
+#include <vrxio/text/shown_text.h>
 #include <vrxio/text/text.h>
 
 namespace vrx::io {

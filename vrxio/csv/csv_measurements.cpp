@@ -8,6 +8,7 @@
 #include <vrxio/measurement/headings.h>
 #include <vrxio/measurement/sample_columns.h>
 #include <vrxio/text/input_error.h>
+#include <vrxio/text/shown_text.h>
 #include <vrxio/text/text.h>
 
 namespace vrx::io {

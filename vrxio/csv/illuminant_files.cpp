@@ -55,12 +55,12 @@ PowerTable ReadPowerTable(CsvReader& csv) {
 }
 
 // A heading, "number:code|description", taken apart at its first colon if it begins with a number.
-struct Heading {
+struct NumberedName {
   int32_t number;
   std::string name;
 };
 
-Heading TakeApart(const std::string& heading, int32_t nextNumber) {
+NumberedName TakeApart(const std::string& heading, int32_t nextNumber) {
   int32_t number = 0;
   const char* const end = heading.data() + heading.size();
   const auto [stop, error] = std::from_chars(heading.data(), end, number);
@@ -77,7 +77,7 @@ void RegisterIlluminantFiles(std::span<const std::string> files, SpectralInterpo
     CsvReader csv(file);
     const PowerTable table = ReadPowerTable(csv);
     for (std::size_t i = 0; i < table.powers.size(); ++i) {
-      const Heading heading = TakeApart(csv.Header()[i + 1], nextNumber);
+      const NumberedName heading = TakeApart(csv.Header()[i + 1], nextNumber);
       const IlluminantError error =
           RegisterUserIlluminant(static_cast<vrxUserIllum>(heading.number), CString::FromUtf8(heading.name),
                                  table.powers[i], table.first, table.step, interpolation);

@@ -12,10 +12,6 @@ namespace {
 
 constexpr std::size_t kNotFound = std::string_view::npos;
 
-bool IsSpace(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
 // The character that a reference without its "&" and ";" stands for; 0 when it is none.
 uint32_t CharacterOf(std::string_view reference) {
   constexpr std::pair<std::string_view, char> kNamed[] = {

@@ -12,6 +12,7 @@
 #include <vrxio/measurement/sample_columns.h>
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
+#include <vrxio/text/shown_text.h>
 #include <vrxio/text/text.h>
 #include <vrxmath/numeric/elementary.h>
 
@@ -29,10 +30,6 @@ constexpr std::size_t kMaxMeasurings = 10'000;
 constexpr std::size_t kMaxSamplesOfObject = 256;
 constexpr std::size_t kMaxTags = 10'000;
 constexpr std::size_t kMaxIds = 100'000;  // that are compared with each other
-
-bool IsSpace(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
 
 std::string ShortNumber(double value) {
   char text[32];

@@ -11,6 +11,7 @@
 #include <vrxio/text/byte_window.h>
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
+#include <vrxio/text/shown_text.h>
 #include <vrxio/text/text.h>
 
 namespace vrx::io {
@@ -19,10 +20,6 @@ namespace {
 constexpr std::size_t kMaxObjectBytes = std::size_t{1} << 20;
 constexpr std::size_t kMaxMembers = 10'000;
 constexpr int kDeepest = 64;
-
-bool IsSpace(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
 
 // One member of an object: its name and its value, a number or a text; null and containers are neither.
 struct Member {

@@ -6,6 +6,7 @@
 
 #include <vrxio/measurement/names.h>
 #include <vrxio/text/input_error.h>
+#include <vrxio/text/shown_text.h>
 #include <vrxio/text/text.h>
 
 namespace vrx::io {

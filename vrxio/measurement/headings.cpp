@@ -5,6 +5,7 @@
 
 #include <vrxio/measurement/measurement.h>
 #include <vrxio/text/decimal.h>
+#include <vrxio/text/text.h>
 
 namespace vrx::io {
 namespace {
@@ -89,10 +90,6 @@ constexpr std::string_view kDeviceWords[] = {
     "stdev", "lab_de", "mean_de", "sample_loc", "sampleloc", "gray",  "string",
     "hex",   "srgb",   "ncolor",  "bytescan",   "lightness", "index", "time"};
 
-char LowerCase(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::string LowerText(std::string_view text) {
   std::string lower(text);
   std::ranges::transform(lower, lower.begin(), LowerCase);
@@ -156,14 +153,6 @@ std::string_view WithoutRemark(std::string_view heading) {
 }
 
 }  // namespace
-
-std::string PlainText(std::string_view text) {
-  std::string plain;
-  for (const char c : text) {
-    if (IsDigit(c) || (LowerCase(c) >= 'a' && LowerCase(c) <= 'z')) plain += LowerCase(c);
-  }
-  return plain;
-}
 
 double WavelengthOf(std::string_view heading) {
   const Parts parts = PartsOf(heading);

@@ -69,9 +69,6 @@ bool IsLightPower(std::string_view text);
 /// The meaning of a heading. Colour values are known as "L", "L*", "LAB_L", "L*(10/D65)" and so on; "X" is not "x".
 Heading MeaningOf(std::string_view heading);
 
-/// A text in one spelling: small letters and digits only.
-std::string PlainText(std::string_view text);
-
 }  // namespace vrx::io
 
 #endif  // VRXIO_MEASUREMENT_HEADINGS_H_

@@ -6,9 +6,9 @@
 #include <cmath>
 #include <utility>
 
-#include <vrxio/measurement/headings.h>
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
+#include <vrxio/text/text.h>
 
 namespace vrx::io {
 namespace {

@@ -7,6 +7,7 @@
 
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
+#include <vrxio/text/text.h>
 #include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/platform/wide_string.h>
@@ -56,10 +57,6 @@ std::vector<std::string> NamesOfIlluminants() {
   for (const vrxUserIllum number : RegisteredUserIlluminants()) names.push_back(CodeOf(IlluminantOf(number)));
   for (const Alias& alias : kIlluminantAliases) names.emplace_back(alias.name);
   return names;
-}
-
-char LowerCase(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 // Letters to change, add, leave out or exchange with their neighbour, to make one text of the other (the restricted

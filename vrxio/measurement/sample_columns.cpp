@@ -8,15 +8,14 @@
 #include <utility>
 
 #include <vrxio/measurement/column_meanings.h>
+#include <vrxio/measurement/wavelength_grid.h>
 #include <vrxio/text/input_error.h>
 #include <vrxmath/numeric/elementary.h>
 
 namespace vrx::io {
 namespace {
 
-constexpr double kUnevenness =
-    0.02;                       // nm by which an even spacing may vary: wavelengths are rounded in headers
-constexpr double kWidest = 20;  // nm
+constexpr double kWidest = 20;           // nm
 constexpr double kNarrowest = 0.2;       // nm
 constexpr double kFinest = 5;            // nm: no gap up to it is a hole
 constexpr double kLargestPercent = 1e4;  // beyond the brightest fluorescent sample and any real noise

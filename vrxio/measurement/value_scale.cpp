@@ -1,6 +1,6 @@
 #include <vrxio/measurement/value_scale.h>
 
-#include <vrxio/measurement/headings.h>
+#include <vrxio/text/text.h>
 
 namespace vrx::io {
 

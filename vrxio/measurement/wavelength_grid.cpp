@@ -13,8 +13,6 @@ namespace {
 constexpr double kFirstNode = kFirstWavelength;
 constexpr double kLastNode = kFirstWavelength + kWavelengthStep * (kWavelengths - 1);
 constexpr double kSamePlace = 1e-3;  // in steps: a node this near to a measured wavelength is that one
-constexpr double kUnevenness =
-    0.02;  // nm by which an even spacing may vary: wavelengths are rounded in headers
 
 std::string Number(double value) {
   char text[32];

@@ -14,6 +14,9 @@
 
 namespace vrx::io {
 
+/// nm by which an even spacing may vary: wavelengths are rounded in headers.
+inline constexpr double kUnevenness = 0.02;
+
 /// Brings curves from one list of wavelengths to another. A wavelength that was measured is taken as it is, at whatever
 /// spacing; between measured ones the curve is interpolated by Lagrange's cubic through the two nearest on each side, or
 /// the quadratic through the three at an end (StencilAt, ASTM E2022); beyond the ends it goes on with the last measured

@@ -83,6 +83,10 @@ bool StartsFormula(std::string_view text) {
   return !text.empty() && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos;
 }
 
+std::string Shown(std::string_view text) {
+  return Shortened(text, 40);
+}
+
 std::size_t DisplayWidth(std::string_view text) {
   return text.size() - static_cast<std::size_t>(std::ranges::count_if(text, IsContinuation));
 }

@@ -27,6 +27,9 @@ std::string Shortened(std::string_view text, std::size_t length);
 /// True for a text that a spreadsheet takes for a formula and runs.
 bool StartsFormula(std::string_view text);
 
+/// A text of a file for a message: not too long, and without characters that a terminal obeys.
+std::string Shown(std::string_view text);
+
 /// The number of characters, each taken for one place of a line.
 std::size_t DisplayWidth(std::string_view text);
 

@@ -3,8 +3,6 @@
 #include <cstdint>
 #include <cstring>
 
-#include <vrxio/text/shown_text.h>
-
 namespace vrx::io {
 namespace {
 
@@ -34,8 +32,13 @@ std::string_view Trimmed(std::string_view text) {
   return text;
 }
 
-std::string Shown(std::string_view text) {
-  return Shortened(text, 40);
+std::string PlainText(std::string_view text) {
+  std::string plain;
+  for (const char c : text) {
+    const char lower = LowerCase(c);
+    if ((c >= '0' && c <= '9') || (lower >= 'a' && lower <= 'z')) plain += lower;
+  }
+  return plain;
 }
 
 bool IsUtf8(std::string_view text) {

@@ -12,8 +12,18 @@ namespace vrx::io {
 /// A text without the blanks and tabs about it.
 std::string_view Trimmed(std::string_view text);
 
-/// A text for a message: not too long, and without characters that a terminal obeys.
-std::string Shown(std::string_view text);
+/// White space as XML and JSON have it.
+constexpr bool IsSpace(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+/// A letter as a small one, if it is of ASCII; any other byte as it is.
+constexpr char LowerCase(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+/// A text in one spelling: small letters and digits only.
+std::string PlainText(std::string_view text);
 
 /// True for valid UTF-8.
 bool IsUtf8(std::string_view text);

@@ -273,7 +273,7 @@ constexpr std::size_t RowsTogether(std::size_t units) {
 // register first, which here takes the time of half a product; as an operand it costs nothing.
 template <class T>
 VRX_LANE_INLINE T Times(T x, const double& number) {
-#if defined(__AVX512VL__)
+#if VRX_LANES == 8
   T product;
   if constexpr (kLanesOf<T> == 8) {
     asm("vmulpd %2%{1to8%}, %1, %0" : "=v"(product.v) : "v"(x.v), "m"(number));

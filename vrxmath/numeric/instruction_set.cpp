@@ -11,6 +11,18 @@ namespace {
 #define VRX_WIDE_SETS 1
 #endif
 
+// The sets that the build has beside the base (VRX_LANE_SETS in cmake/LaneSets.cmake).
+#if defined(VRX_WITHOUT_AVX2)
+[[maybe_unused]] constexpr bool kBuiltAvx2 = false;
+#else
+[[maybe_unused]] constexpr bool kBuiltAvx2 = true;
+#endif
+#if defined(VRX_WITHOUT_AVX512)
+[[maybe_unused]] constexpr bool kBuiltAvx512 = false;
+#else
+[[maybe_unused]] constexpr bool kBuiltAvx512 = true;
+#endif
+
 // The set in use; negative until one was chosen.
 std::atomic<std::int32_t> current{-1};
 
@@ -35,9 +47,9 @@ bool IsAvailable(InstructionSet set) noexcept {
   // The answers take into account whether the operating system keeps the registers.
   __builtin_cpu_init();
   const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
-  if (set == InstructionSet::kAvx2) return avx2;
+  if (set == InstructionSet::kAvx2) return kBuiltAvx2 && avx2;
   if (set == InstructionSet::kAvx512) {
-    return avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+    return kBuiltAvx512 && avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
            __builtin_cpu_supports("avx512vl");
   }
 #endif

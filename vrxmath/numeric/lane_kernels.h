@@ -24,9 +24,13 @@ template <class KERNELS>
 const KERNELS& CurrentKernels() {
 #if defined(__GNUC__)
 #if defined(__x86_64__) || defined(__i386__)
-  const InstructionSet set = CurrentInstructionSet();
+  [[maybe_unused]] const InstructionSet set = CurrentInstructionSet();
+#if !defined(VRX_WITHOUT_AVX512)
   if (set == InstructionSet::kAvx512) return KernelsOf<KERNELS, 8>();
+#endif
+#if !defined(VRX_WITHOUT_AVX2)
   if (set == InstructionSet::kAvx2) return KernelsOf<KERNELS, 4>();
+#endif
 #endif
   return KernelsOf<KERNELS, 2>();
 #else

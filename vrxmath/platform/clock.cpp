@@ -20,7 +20,7 @@ constexpr int64_t SecondsOfDay(int year, unsigned month, unsigned day) {
 constexpr int64_t kFirstSecond = SecondsOfDay(1, 1, 1);
 constexpr int64_t kEnd = SecondsOfDay(10000, 1, 1);
 
-Clock*& Replacement() {
+Clock*& ClockReplacement() {
   static Clock* clock = nullptr;
   return clock;
 }
@@ -51,11 +51,11 @@ int64_t SecondsOfUtc(const CalendarTime& time) {
 }
 
 Clock& CurrentClock() {
-  return Replacement() != nullptr ? *Replacement() : platform_internal::SystemClock();
+  return ClockReplacement() != nullptr ? *ClockReplacement() : platform_internal::SystemClock();
 }
 
 void SetClock(Clock* clock) {
-  Replacement() = clock;
+  ClockReplacement() = clock;
 }
 
 }  // namespace vrx

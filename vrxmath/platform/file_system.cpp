@@ -3,7 +3,7 @@
 namespace vrx {
 namespace {
 
-FileSystem*& Replacement() {
+FileSystem*& FilesReplacement() {
   static FileSystem* files = nullptr;
   return files;
 }
@@ -14,11 +14,11 @@ ExclusiveFile::~ExclusiveFile() = default;
 FileSystem::~FileSystem() = default;
 
 FileSystem& CurrentFileSystem() {
-  return Replacement() != nullptr ? *Replacement() : platform_internal::SystemFiles();
+  return FilesReplacement() != nullptr ? *FilesReplacement() : platform_internal::SystemFiles();
 }
 
 void SetFileSystem(FileSystem* files) {
-  Replacement() = files;
+  FilesReplacement() = files;
 }
 
 }  // namespace vrx

@@ -125,7 +125,7 @@ CString ExpandPicture(WideView picture, std::span<const PictureField> fields, co
   return out;
 }
 
-const Locale*& Replacement() {
+const Locale*& LocaleReplacement() {
   static const Locale* locale = nullptr;
   return locale;
 }
@@ -158,11 +158,11 @@ FixedLocale::FixedLocale(LocaleConventions conventions) : conventions_(std::move
 FixedLocale::~FixedLocale() = default;
 
 const Locale& CurrentLocale() {
-  return Replacement() != nullptr ? *Replacement() : platform_internal::SystemLocale();
+  return LocaleReplacement() != nullptr ? *LocaleReplacement() : platform_internal::SystemLocale();
 }
 
 void SetLocale(const Locale* locale) {
-  Replacement() = locale;
+  LocaleReplacement() = locale;
 }
 
 }  // namespace vrx

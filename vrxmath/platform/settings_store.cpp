@@ -5,7 +5,7 @@
 namespace vrx {
 namespace {
 
-SettingsStore*& Replacement() {
+SettingsStore*& StoreReplacement() {
   static SettingsStore* store = nullptr;
   return store;
 }
@@ -21,11 +21,11 @@ bool IsValidPath(const SettingsPath& path) {
 }
 
 SettingsStore& CurrentSettingsStore() {
-  return Replacement() != nullptr ? *Replacement() : platform_internal::SystemSettingsStore();
+  return StoreReplacement() != nullptr ? *StoreReplacement() : platform_internal::SystemSettingsStore();
 }
 
 void SetSettingsStore(SettingsStore* store) {
-  Replacement() = store;
+  StoreReplacement() = store;
 }
 
 }  // namespace vrx

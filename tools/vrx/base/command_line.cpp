@@ -93,32 +93,43 @@ Option& Option::WritesFile() {
   return *this;
 }
 
+Command Command::Group(const std::string& heading) const {
+  Command group = *this;
+  group.heading_ = heading;
+  return group;
+}
+
+Option Command::Added(CLI::Option* option) const {
+  if (!heading_.empty()) option->group(heading_);
+  return {option, files_};
+}
+
 Command Command::AddCommand(const std::string& name, const std::string& description) {
   app_->require_subcommand(1);
   return {app_->add_subcommand(name, description), status_};
 }
 
 Option Command::AddOption(const std::string& name, std::string& value, const std::string& description) {
-  return {AddText(*app_, name, value, description), files_};
+  return Added(AddText(*app_, name, value, description));
 }
 
 Option Command::AddOption(const std::string& name, double& value, const std::string& description) {
-  return {app_->add_option(name, value, description), files_};
+  return Added(app_->add_option(name, value, description));
 }
 
 Option Command::AddOption(const std::string& name, int& value, const std::string& description) {
-  return {app_->add_option(name, value, description), files_};
+  return Added(app_->add_option(name, value, description));
 }
 
 Option Command::AddOption(const std::string& name, std::vector<std::string>& values,
                           const std::string& description) {
   CLI::Option* const option = AddText(*app_, name, values, description);
   if (name.starts_with('-')) option->allow_extra_args(false);
-  return {option, files_};
+  return Added(option);
 }
 
 Option Command::AddFlag(const std::string& name, bool& value, const std::string& description) {
-  return {app_->add_flag(name, value, description), files_};
+  return Added(app_->add_flag(name, value, description));
 }
 
 Option Command::AddWords(const std::string& name, const std::vector<std::string>& words,
@@ -136,7 +147,7 @@ Option Command::AddWords(const std::string& name, const std::vector<std::string>
   std::string shown;
   for (const std::string& word : words) shown += (shown.empty() ? "" : "|") + word;
   CLI::Option* const option = app_->add_option_function<std::string>(name, store, description);
-  return {option->option_text(shown + " [" + words.front() + "]"), files_};
+  return Added(option->option_text(shown + " [" + words.front() + "]"));
 }
 
 bool Command::IsGiven(const std::string& name) const {
@@ -195,7 +206,8 @@ std::string Misunderstood(const CLI::App& app, const CLI::ParseError& error) {
   const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
   if (!isExtra && !isMissing) return "";
   const bool isOption = rest.front().starts_with('-');
-  const std::string hint = DidYouMean(rest.front(), KnownWords(app, isOption));
+  const std::string word = isOption ? rest.front().substr(0, rest.front().find('=')) : rest.front();
+  const std::string hint = DidYouMean(word, KnownWords(app, isOption));
   return isExtra ? hint : "; \"" + rest.front() + "\" is not known" + hint;
 }
 
@@ -209,7 +221,10 @@ int RunTool(std::span<const std::string> arguments, std::span<const CommandEntry
   app.set_version_flag("--version", "vrx " + version);
   app.footer("vrx COMMAND --help shows the options of a command, with examples.");
   Command tool(&app, &status);
-  for (const CommandEntry& command : commands) command.add(tool);
+  for (const CommandEntry& command : commands) {
+    command.add(tool);
+    app.get_subcommand(command.name)->group(command.group);
+  }
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::ParseError& error) {

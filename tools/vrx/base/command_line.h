@@ -59,6 +59,10 @@ class Command {
  public:
   Command(CLI::App* app, int* status) : app_(app), status_(status) {}
 
+  /// The same command, whose options go under a heading of their own in the help, behind the command's other options. For
+  /// options that several commands share.
+  [[nodiscard]] Command Group(const std::string& heading) const;
+
   /// A command within this one. One of those must then be named, unless this one has an action.
   Command AddCommand(const std::string& name, const std::string& description);
 
@@ -89,19 +93,24 @@ class Command {
  private:
   friend std::string ManualPage(const Command& tool);
   friend std::string BashCompletions(const Command& tool);
+  friend std::string OptionsPage(const Command& tool);
 
+  Option Added(CLI::Option* option) const;
   Option AddWords(const std::string& name, const std::vector<std::string>& words,
                   const std::function<void(std::size_t)>& take, const std::string& description);
 
   CLI::App* app_;
   int* status_;
   std::shared_ptr<FileOptions> files_ = std::make_shared<FileOptions>();
+  std::string heading_;  // of the options that are added; empty for the usual one
 };
 
 /// The manual page of the tool and all its commands, in the language of man.
 std::string ManualPage(const Command& tool);
 /// A script that completes commands, options and their words in bash.
 std::string BashCompletions(const Command& tool);
+/// The page of all commands and their options, in Markdown.
+std::string OptionsPage(const Command& tool);
 
 /// Adds one subcommand to the tool: its options, its help with an example, and what it does. The options live in a
 /// structure that the action shares; results go through `OutputStream` (output.h), messages to standard error.
@@ -111,6 +120,7 @@ using AddCommand = void (*)(Command& tool);
 struct CommandEntry {
   const char* name;
   AddCommand add;
+  const char* group;  ///< the heading that the help has it under
 };
 
 /// Parses the arguments of a run, without the program's name, and runs the one of `commands`, which are in the order of the

@@ -18,14 +18,35 @@ std::vector<const CLI::App*> CommandsOf(const CLI::App& app) {
   return app.get_subcommands([](const CLI::App*) { return true; });
 }
 
+// The options in the order of the help: the command's own, then those of each heading.
 std::vector<const CLI::Option*> OptionsOf(const CLI::App& app) {
-  return app.get_options([](const CLI::Option*) { return true; });
+  std::vector<const CLI::Option*> options;
+  for (const std::string& heading : app.get_groups()) {
+    for (const CLI::Option* option : app.get_options([](const CLI::Option*) { return true; })) {
+      if (option->get_group() == heading) options.push_back(option);
+    }
+  }
+  return options;
 }
 
 // "--format", or "FILE" for an argument.
 std::string NameOf(const CLI::Option& option) {
   const std::vector<std::string>& names = option.get_lnames();
   return names.empty() ? option.get_name(true) : "--" + names.front();
+}
+
+// All names that an option goes by, such as "--illuminants" and "--illuminant".
+std::vector<std::string> NamesOf(const CLI::Option& option) {
+  std::vector<std::string> names;
+  for (const std::string& name : option.get_lnames()) names.push_back("--" + name);
+  if (names.empty()) names.push_back(NameOf(option));
+  return names;
+}
+
+std::string Joined(const std::vector<std::string>& words, std::string_view between) {
+  std::string text;
+  for (const std::string& word : words) text.append(text.empty() ? "" : between).append(word);
+  return text;
 }
 
 bool IsArgument(const CLI::Option& option) {
@@ -70,7 +91,7 @@ void WriteCommand(const std::string& path, const CLI::App& command, std::ostream
   if (CommandsOf(command).empty()) WriteSynopsis(path, command, out);
   for (const CLI::Option* option : OptionsOf(command)) {
     if (NameOf(*option) == "--help") continue;
-    out << ".TP\n.BR \"" << Escaped(NameOf(*option)) << "\"";
+    out << ".TP\n.BR \"" << Escaped(Joined(NamesOf(*option), ", ")) << "\"";
     if (const std::string value = ValueOf(*option); !value.empty()) out << " \" " << Escaped(value) << "\"";
     out << "\n" << Escaped(option->get_description()) << "\n";
   }
@@ -100,12 +121,6 @@ std::string WordsOf(const CLI::Option& option) {
   return words;
 }
 
-std::string Joined(const std::vector<std::string>& words) {
-  std::string text;
-  for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
-  return text;
-}
-
 // The cases of one command: what follows its options, and its options or the commands within it.
 void WriteCases(const std::string& path, const CLI::App& command, std::ostream& values, std::ostream& words) {
   std::vector<std::string> names;
@@ -114,17 +129,95 @@ void WriteCases(const std::string& path, const CLI::App& command, std::ostream& 
     const std::string nestedPath = path.empty() ? nested->get_name() : path + " " + nested->get_name();
     WriteCases(nestedPath, *nested, values, words);
   }
+  bool isFirstArgument = true;
   for (const CLI::Option* option : OptionsOf(command)) {
-    if (IsArgument(*option)) continue;
-    names.push_back(NameOf(*option));
-    if (const std::string choices = WordsOf(*option); !choices.empty()) {
-      values << "    '" << path << " " << NameOf(*option) << "') choices='" << choices << "' ;;\n";
+    const std::string choices = WordsOf(*option);
+    // The first argument stands behind the command itself.
+    std::vector<std::string> before;
+    if (!IsArgument(*option)) {
+      before = NamesOf(*option);
+      names.insert(names.end(), before.begin(), before.end());
+    } else if (isFirstArgument) {
+      before = {command.get_name()};
+      isFirstArgument = false;
+    }
+    if (choices.empty()) continue;
+    for (const std::string& name : before) {
+      values << "    '" << path << " " << name << "') choices='" << choices << "' ;;\n";
     }
   }
-  words << "    '" << path << "') words='" << Joined(names) << "' ;;\n";
+  words << "    '" << path << "') words='" << Joined(names, " ") << "' ;;\n";
+}
+
+// Markdown --------------------------------------------------------------------------------------------------
+
+// Text that Markdown shows as it is, within a cell of a table.
+std::string Cell(std::string_view text) {
+  std::string cell;
+  for (const char c : text) {
+    if (c == '|' || c == '*' || c == '<' || c == '\\' || c == '_') cell += '\\';
+    cell += c == '\n' ? ' ' : c;
+  }
+  return cell;
+}
+
+// The value of an option and its default, which its text has in brackets at the end: "NAME [cmc]".
+struct ValueText {
+  std::string value, usual;
+};
+
+ValueText SplitValue(const CLI::Option& option) {
+  std::string text = ValueOf(option);
+  const std::size_t bracket = text.rfind(" [");
+  if (bracket == std::string::npos || !text.ends_with(']')) return {text, ""};
+  return {text.substr(0, bracket), text.substr(bracket + 2, text.size() - bracket - 3)};
+}
+
+void WriteOptionRow(const CLI::Option& option, std::ostream& out) {
+  const ValueText text = SplitValue(option);
+  std::string names;
+  for (const std::string& name : NamesOf(option)) names += (names.empty() ? "`" : ", `") + name + "`";
+  out << "| " << names << " | " << Cell(text.value) << " | " << Cell(option.get_description()) << " | "
+      << Cell(text.usual) << " |\n";
+}
+
+void WriteOptionTable(const std::string& path, const CLI::App& command, std::ostream& out) {
+  out << "\n### " << path << "\n\n" << Cell(command.get_description()) << ".\n";
+  std::string heading;
+  for (const CLI::Option* option : OptionsOf(command)) {
+    if (NameOf(*option) == "--help") continue;
+    if (option->get_group() != heading) {
+      heading = option->get_group();
+      out << "\n| " << (heading == "Options" ? "Arguments and options" : heading)
+          << " | value | meaning | default |\n"
+          << "|---|---|---|---|\n";
+    }
+    WriteOptionRow(*option, out);
+  }
+  for (const CLI::App* nested : CommandsOf(command)) {
+    WriteOptionTable(path + " " + nested->get_name(), *nested, out);
+  }
 }
 
 }  // namespace
+
+std::string OptionsPage(const Command& tool) {
+  const CLI::App& app = *tool.app_;
+  std::ostringstream out;
+  out << "# Options of the vrx tool\n\n"
+      << "Every command with its arguments and options, as `vrx manual markdown` prints them; "
+         "[vrx.md](vrx.md) explains the "
+         "files\nand results.\n";
+  std::string group;
+  for (const CLI::App* command : CommandsOf(app)) {
+    if (command->get_group() != group) {
+      group = command->get_group();
+      out << "\n## " << group << "\n";
+    }
+    WriteOptionTable("vrx " + command->get_name(), *command, out);
+  }
+  return out.str();
+}
 
 std::string ManualPage(const Command& tool) {
   const CLI::App& app = *tool.app_;

@@ -6,33 +6,33 @@
 namespace vrx::tool {
 
 std::span<const CommandEntry> AllCommands() {
-  // One a line, so that commands that are added meet no others.
+  // One a line, so that commands that are added meet no others; by group, as the help has them.
   // clang-format off
   static constexpr std::array kCommands{
-      CommandEntry{"judge", AddJudge},
-      CommandEntry{"color", AddColor},
-      CommandEntry{"delta", AddDelta},
-      CommandEntry{"search", AddSearch},
-      CommandEntry{"average", AddAverage},
-      CommandEntry{"sort", AddSort},
-      CommandEntry{"fit-tolerance", AddFitTolerance},
-      CommandEntry{"strength", AddStrength},
-      CommandEntry{"colorants", AddColorants},
-      CommandEntry{"predict", AddPredict},
-      CommandEntry{"calibrate", AddCalibrate},
-      CommandEntry{"match", AddMatch},
-      CommandEntry{"correct", AddCorrect},
-      CommandEntry{"index", AddIndex},
-      CommandEntry{"info", AddInfo},
-      CommandEntry{"convert", AddConvert},
-      CommandEntry{"swatch", AddSwatch},
-      CommandEntry{"plot", AddPlot},
-      CommandEntry{"tables", AddTables},
-      CommandEntry{"condition", AddCondition},
-      CommandEntry{"settings", AddSettings},
-      CommandEntry{"log", AddLog},
-      CommandEntry{"xml", AddXml},
-      CommandEntry{"manual", AddManual},
+      CommandEntry{"judge", AddJudge, "Judging"},
+      CommandEntry{"delta", AddDelta, "Judging"},
+      CommandEntry{"search", AddSearch, "Judging"},
+      CommandEntry{"sort", AddSort, "Judging"},
+      CommandEntry{"fit-tolerance", AddFitTolerance, "Judging"},
+      CommandEntry{"color", AddColor, "Colour"},
+      CommandEntry{"index", AddIndex, "Colour"},
+      CommandEntry{"strength", AddStrength, "Colour"},
+      CommandEntry{"swatch", AddSwatch, "Colour"},
+      CommandEntry{"plot", AddPlot, "Colour"},
+      CommandEntry{"tables", AddTables, "Colour"},
+      CommandEntry{"colorants", AddColorants, "Recipes"},
+      CommandEntry{"predict", AddPredict, "Recipes"},
+      CommandEntry{"calibrate", AddCalibrate, "Recipes"},
+      CommandEntry{"match", AddMatch, "Recipes"},
+      CommandEntry{"correct", AddCorrect, "Recipes"},
+      CommandEntry{"info", AddInfo, "Files"},
+      CommandEntry{"convert", AddConvert, "Files"},
+      CommandEntry{"average", AddAverage, "Files"},
+      CommandEntry{"xml", AddXml, "Files"},
+      CommandEntry{"settings", AddSettings, "Set-up"},
+      CommandEntry{"log", AddLog, "Set-up"},
+      CommandEntry{"condition", AddCondition, "Set-up"},
+      CommandEntry{"manual", AddManual, "Set-up"},
   };
   // clang-format on
   return kCommands;

@@ -208,7 +208,7 @@ constexpr IndexFormula kFormulas[] = {
     {kStringFurtherIndexLabel + 1, "253.1 - 620.88511 Z / (1.275 X + Y + 0.635025 Z)", "C/2", ""},
 };
 
-void WriteFormulas(const Format& format) {
+void WriteIndexFormulas(const Format& format) {
   OutputStream output;
   const auto rows =
       MakeRowWriter(format, output, {{"index"}, {"formula"}, {"direct", "direct for"}, {"recalculated"}});
@@ -223,7 +223,7 @@ void WriteFormulas(const Format& format) {
 }
 
 void RunIndex(const IndexOptions& options) {
-  if (options.formulas) return WriteFormulas(options.format);
+  if (options.formulas) return WriteIndexFormulas(options.format);
   if (options.file.empty()) throw InputError("FILE is required");
   OutputStream output;
   IndexRows rows(options, output);

@@ -1,4 +1,4 @@
-// vrx manual: the manual page, or the completions of bash.
+// vrx manual: the manual page, the completions of bash, or the page of all options.
 
 #include <memory>
 #include <string>
@@ -10,23 +10,31 @@
 namespace vrx::tool {
 namespace {
 
-enum class Document { kMan, kBash };
+enum class Document { kMan, kBash, kMarkdown };
+
+std::string TextOf(Document document, const Command& tool) {
+  if (document == Document::kBash) return BashCompletions(tool);
+  return document == Document::kMan ? ManualPage(tool) : OptionsPage(tool);
+}
 
 }  // namespace
 
 void AddManual(Command& tool) {
   const auto document = std::make_shared<Document>(Document::kMan);
-  Command command = tool.AddCommand("manual", "Print the manual page, or completions for bash");
-  command.AddChoice("DOCUMENT", *document, {"man", "bash"},
-                    "man: the page as man reads it; bash: completions");
+  Command command =
+      tool.AddCommand("manual", "Print the manual page, completions for bash, or all options as a page");
+  command.AddChoice(
+      "DOCUMENT", *document, {"man", "bash", "markdown"},
+      "man: the page as man reads it; bash: completions; markdown: the options of every command");
   command.SetNotes(
-      "Both are made from the commands as they are and are installed with the tool.\n\n"
+      "All are made from the commands as they are; the manual page and the completions are installed with "
+      "the tool.\n\n"
       "Examples:\n"
       "  vrx manual > vrx.1\n"
       "  source <(vrx manual bash)\n");
   command.SetAction([document, tool] {
     OutputStream output;
-    output.Append(*document == Document::kMan ? ManualPage(tool) : BashCompletions(tool));
+    output.Append(TextOf(*document, tool));
     output.Finish();
     return kExitPass;
   });

@@ -102,7 +102,7 @@ std::string ShortTitleOf(const CDifferenceSettings& difference) {
 }
 
 // The title above the picture: of which standard it is, and by which difference.
-std::string TitleOf(const JudgedTrials& judged, const Chart& chart) {
+std::string ChartTitle(const JudgedTrials& judged, const Chart& chart) {
   std::string title = chart.title + ", " + ShortTitleOf(judged.Settings().difference);
   if (judged.Views().size() == 1) title.insert(0, JudgedTrials::NameOf(judged.Views()[0]) + ", ");
   return title;
@@ -145,7 +145,7 @@ int RunPlot(const PlotOptions& options) {
   const JudgedTrials judged = JudgeTrials(options, settings);
   const Chart chart = ChartOf(options.kind, judged);
   int32_t height = 0;
-  const pictures::Picture picture = Titled(chart, TitleOf(judged, chart), height);
+  const pictures::Picture picture = Titled(chart, ChartTitle(judged, chart), height);
   SavePicture(picture, {chart.width, height, pictures::Role::kPaper, options.scale}, options.output);
   return kExitPass;
 }

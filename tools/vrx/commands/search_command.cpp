@@ -24,7 +24,7 @@
 namespace vrx::tool {
 namespace {
 
-struct SearchOptions {
+struct NearestOptions {
   std::string samples, standards;
   int count = 10;
   double within = 0;  // 0: any distance
@@ -91,14 +91,14 @@ class NamedColors {
 
 // The conditions that a run searches by.
 struct Search : SearchConditions {
-  explicit Search(const SearchOptions& given)
+  explicit Search(const NearestOptions& given)
       : SearchConditions{given.system.Settings(), given.viewing.Illuminants(), given.viewing.Observer()},
         options(given),
         standards(*this) {
     difference.ownFormula = true;
   }
 
-  const SearchOptions& options;
+  const NearestOptions& options;
   NamedColors standards;
 };
 
@@ -162,7 +162,7 @@ class SearchOutput {
   std::unique_ptr<RowWriter> rows_;
 };
 
-void RunSearch(const SearchOptions& options) {
+void RunSearch(const NearestOptions& options) {
   constexpr std::size_t kChunk = 256;
   if (options.samples == "-" && options.standards == "-") {
     throw InputError("samples and standards cannot both come from standard input");
@@ -199,7 +199,7 @@ void RunSearch(const SearchOptions& options) {
 }  // namespace
 
 void AddSearch(Command& tool) {
-  const auto options = std::make_shared<SearchOptions>();
+  const auto options = std::make_shared<NearestOptions>();
   Command command = tool.AddCommand("search", "The nearest standards of each sample");
   command
       .AddOption("SAMPLES", options->samples,

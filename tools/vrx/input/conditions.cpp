@@ -23,7 +23,8 @@ std::string UsualParameters() {
 
 }  // namespace
 
-void AddViewingOptions(Command& command, ViewingOptions& viewing, const std::string& illuminants) {
+void AddViewingOptions(Command& owner, ViewingOptions& viewing, const std::string& illuminants) {
+  Command command = owner.Group("Light");
   viewing.illuminants = illuminants;
   command
       .AddOption("--illuminants,--illuminant", viewing.illuminants,
@@ -50,7 +51,8 @@ int32_t ViewingOptions::Observer() const {
   return ParseObserver(observer);
 }
 
-void AddSystemOptions(Command& command, SystemOptions& options, const std::string& system) {
+void AddSystemOptions(Command& owner, SystemOptions& options, const std::string& system) {
+  Command command = owner.Group("Difference");
   options.system = system;
   std::string names = "Difference system by number or name:";
   for (const DifferenceSystem& row : DifferenceSystems()) names.append(" ").append(row.shortName);

@@ -31,7 +31,7 @@ struct ViewingOptions {
 
 /// Adds `--illuminants` with a default list such as "D65,A,CWF", `--observer` and the options of illuminant
 /// files.
-void AddViewingOptions(Command& command, ViewingOptions& viewing, const std::string& illuminants);
+void AddViewingOptions(Command& owner, ViewingOptions& viewing, const std::string& illuminants);
 
 /// The difference system, as options give it.
 struct SystemOptions {
@@ -44,7 +44,7 @@ struct SystemOptions {
 };
 
 /// Adds `--system` with a default and `--parameters`.
-void AddSystemOptions(Command& command, SystemOptions& options, const std::string& system);
+void AddSystemOptions(Command& owner, SystemOptions& options, const std::string& system);
 
 }  // namespace vrx::tool
 

@@ -18,7 +18,8 @@ void Remark(const std::string& file, const std::string& text) {
 
 }  // namespace
 
-void AddReadOptions(Command& command, CurveInputOptions& options) {
+void AddReadOptions(Command& owner, CurveInputOptions& options) {
+  Command command = owner.Group("Input");
   command.AddChoice("--input-format", options.read.form, {"auto", "csv", "cgats", "cxf", "json"},
                     "The form of the file");
   command.AddFlag("--fraction", options.fraction, "Reflectances are fractions, 0 to 1, not percent");
@@ -41,7 +42,8 @@ void AddReadOptions(Command& command, CurveInputOptions& options) {
                     "Where a table has its wavelengths");
 }
 
-void AddCurveInputOptions(Command& command, CurveInputOptions& options) {
+void AddCurveInputOptions(Command& owner, CurveInputOptions& options) {
+  Command command = owner.Group("Input");
   AddReadOptions(command, options);
   command
       .AddOption("--bandpass", options.bandpass,

@@ -29,9 +29,9 @@ struct CurveInputOptions {
 
 /// Adds the options that say how a file is read: `--input-format`, `--fraction`, `--percent`, `--force`, `--lenient`,
 /// `--id-column`, `--ignore-columns`, `--latin1`, `--columns`, `--wavelengths` and `--wavelengths-in`.
-void AddReadOptions(Command& command, CurveInputOptions& options);
+void AddReadOptions(Command& owner, CurveInputOptions& options);
 /// Adds those and `--bandpass` and `--verbose`.
-void AddCurveInputOptions(Command& command, CurveInputOptions& options);
+void AddCurveInputOptions(Command& owner, CurveInputOptions& options);
 
 /// Opens a file of curves, or of colours where they will do. With `--verbose` standard error says how its wavelengths
 /// are used; when they leave out a part of 400 to 700 nm it says so in any case. `isExtra` knows the headings of columns

@@ -11,7 +11,8 @@ void IlluminantFileOptions::Register() const {
                           straight ? SpectralInterpolation::kLinear : SpectralInterpolation::kLagrange);
 }
 
-void AddIlluminantFileOptions(Command& command, IlluminantFileOptions& options) {
+void AddIlluminantFileOptions(Command& owner, IlluminantFileOptions& options) {
+  Command command = owner.Group("Light");
   command
       .AddOption("--illuminant-file", options.files,
                  "Spectral power of further illuminants: columns nm and a code each; 1, 5 or 10 nm apart")

@@ -20,7 +20,7 @@ struct IlluminantFileOptions {
 };
 
 /// Adds `--illuminant-file` and `--illuminant-linear`; vrxio/csv/illuminant_files.h says what stands in such a file.
-void AddIlluminantFileOptions(Command& command, IlluminantFileOptions& options);
+void AddIlluminantFileOptions(Command& owner, IlluminantFileOptions& options);
 
 }  // namespace vrx::tool
 

@@ -13,7 +13,8 @@ unsigned ThreadsOption::Count() const {
   return given > 0 ? static_cast<unsigned>(given) : CoreCount();
 }
 
-void AddThreadsOption(Command& command, ThreadsOption& threads) {
+void AddThreadsOption(Command& owner, ThreadsOption& threads) {
+  Command command = owner.Group("Output");
   constexpr int kMost = 256;
   command.AddOption("--threads", threads.given, "On how many threads to work; results do not depend on it")
       .Shows("1 to 256 [0: all cores]")

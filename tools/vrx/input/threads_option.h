@@ -15,7 +15,7 @@ struct ThreadsOption {
 };
 
 /// Adds `--threads`.
-void AddThreadsOption(Command& command, ThreadsOption& threads);
+void AddThreadsOption(Command& owner, ThreadsOption& threads);
 
 }  // namespace vrx::tool
 

@@ -19,7 +19,8 @@
 
 namespace vrx::tool {
 
-void AddFormatOption(Command& command, Format& format) {
+void AddFormatOption(Command& owner, Format& format) {
+  Command command = owner.Group("Output");
   command.AddChoice("--format", format.kind, {"table", "csv", "json"}, "How the results are written");
   command.AddOption("--digits", format.digits, "Decimals of numbers in tables and csv")
       .Shows("0 to 9 [as many as needed]")

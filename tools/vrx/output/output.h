@@ -40,7 +40,7 @@ struct Format {
 };
 
 /// Adds `--format table|csv|json`, `--digits`, `--csv-safe` and `--decimal-comma` to a subcommand.
-void AddFormatOption(Command& command, Format& format);
+void AddFormatOption(Command& owner, Format& format);
 
 /// The longest text that a cell of a table shows, in characters.
 inline constexpr std::size_t kLongestCell = 120;

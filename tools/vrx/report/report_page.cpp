@@ -117,7 +117,8 @@ std::string ScriptTexts() {
 
 }  // namespace
 
-void AddReportOptions(Command& command, ReportOptions& options) {
+void AddReportOptions(Command& owner, ReportOptions& options) {
+  Command command = owner.Group("Report");
   command.AddOption("--report", options.file, "Write a report with pictures too; a PDF needs Chromium")
       .Shows("FILE.html|FILE.pdf")
       .Check(RefuseOtherNames)

@@ -42,7 +42,7 @@ struct ReportOptions {
 };
 
 /// Adds `--report`, `--report-title`, `--report-logo` and `--report-author`.
-void AddReportOptions(Command& command, ReportOptions& options);
+void AddReportOptions(Command& owner, ReportOptions& options);
 
 /// A colour as a display shows it.
 using ShownColour = pictures::Swatch;
