@@ -119,7 +119,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   for (const bool lenient : {false, true}) {
     ReadOptions options;
     options.form = lenient ? kForm : ReadOptions::Form::kByContent;
-    options.lenient = options.force = lenient;
+    options.lenient = options.force = options.keepsOthers = lenient;
     try {
       Read(content, options,
            [](MeasurementReader& reader, uint64_t last, const std::vector<Sample>& samples) {

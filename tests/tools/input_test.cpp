@@ -95,12 +95,17 @@ TEST(Readings, ScatterAndOutliers) {
       {"50", 0, 0, 0, 0, {}},
       {"50 52", std::sqrt(2.0), 2, 1, 1, {}},
       {"50 51 52 53", std::sqrt(5.0 / 3), 3, 1, 1.5, {}},
-      // Of three, two that agree within 0.1 outvote a third; otherwise Dixon's Q decides: 0.5 and 8 are to each other as 0.941 is
-      // not yet, 0.5 and 8.25 are.
+      // Of three, two that agree within 0.1 outvote a third; otherwise Dixon's Q decides: 15.9 times 1 is too near, 16 times is not.
       {"50 50 90", std::sqrt(1600.0 / 3), 40, 160.0 / 9, 80.0 / 3, {2}},
-      {"50 50.5 42", std::sqrt(21.583333333333332), 8.5, 11.0 / 3, 5.5, {}},
-      {"50 50.5 41.5", std::sqrt(24.333333333333332), 9, 35.0 / 9, 35.0 / 6, {2}},
-      {"50 50.0625 50.25", std::sqrt(0.016927083333333332), 0.25, 19.0 / 216, 7.0 / 48, {}},
+      {"50 51 34.125", std::sqrt(89.63020833333334), 16.875, 7.277777777777779, 10.916666666666664, {}},
+      {"50 51 34", std::sqrt(91.0), 17.0, 7.333333333333333, 11.0, {2}},
+      {"50 50.0625 50.25",
+       std::sqrt(0.016927083333333336),
+       0.25,
+       0.09722222222222143,
+       0.1458333333333357,
+       {}},
+      {"50 50.0625 50.5", std::sqrt(0.07421875), 0.5, 0.20833333333333334, 0.3125, {2}},
       // From the median of 51 half keep within 1: three times that is no outlier yet.
       {"50 51 52 54", std::sqrt(8.75 / 3), 4, 1.25, 2.25, {}},
       {"54.5 52 50 51", std::sqrt(11.1875 / 3), 4.5, 1.375, 2.625, {0}},

@@ -56,6 +56,8 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
   for (const char* name : {"link.html", "link.svg"}) {
     std::filesystem::create_symlink("good.csv", folder_ / name);
   }
+  Write("limits.svg", "");
+  Write("dark.csv", Header() + Flat("A", "0.5") + Flat("B", "1.03"));
   Write("twins.csv", Header() + Flat("A", "50") + Flat("A", "52"));
   Write("limits.csv",
         "standard,plus0,minus0,plus1,minus1,plus2,minus2,total\n,1,1,1,1,1,1,1\n,2,2,2,2,2,2,2\n");
@@ -72,6 +74,20 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
       {"swatch good.csv link.svg --output link.svg", "link.svg: is one of the files that are read"},
       {"plot plane link.svg good.csv --output link.svg", "link.svg: is one of the files that are read"},
       {"calibrate good.csv --white A --output good.csv", "good.csv: is one of the files that are read"},
+      {"judge good.csv good.csv --report link.html --report-logo good.csv", "link.html: is one of the files"},
+      {"judge good.csv good.csv --report link.html --illuminant-file good.csv",
+       "link.html: is one of the files"},
+      {"swatch late.csv --tolerances limits.svg --output ./limits.svg", "./limits.svg: is one of the files"},
+      {"plot plane late.csv late.csv --ellipses limits.svg --output limits.svg",
+       "limits.svg: is one of the files"},
+      {"calibrate late.csv --white A --illuminant-file good.csv --output good.csv",
+       "good.csv: is one of the files"},
+      {"match a b --formulas new.html --report ./new.html",
+       "./new.html: two results cannot go into one file"},
+      {"color dark.csv", "dark.csv: all values lie below 2, the largest is 1.03"},
+      {"judge dark.csv good.csv --format csv", "say which by --fraction or --percent"},
+      {"color - < dark.csv", "standard input (CSV): all values lie below 2"},
+      {"color /proc/self/mem", "/proc/self/mem: cannot be read: Input/output error"},
       {"judge good.csv empty.csv", "empty.csv: the file is empty"},
       {"judge header.csv good.csv", "header.csv: there is no row"},
       {"judge good.csv header.csv --strict", "header.csv: there is no row"},

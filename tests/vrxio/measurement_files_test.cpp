@@ -114,6 +114,8 @@ TEST(MeasurementFiles, EveryFormGivesTheSameSample) {
        std::string("a b|a b|-1|") + kCurve},
       {Cgats("SAMPLE_NAME\tR_400\tR_410\tR_420", "a b c\t10\t20.5\t30"),
        std::string("a b c|a b c|-1|") + kCurve},
+      {Cgats("SAMPLE_ID SAMPLE_LOC R_400 R_410 R_420", "a \"\"\"1\"\"\" 10 20.5 30"), a},
+      {Cgats("SAMPLE_ID SAMPLE_LOC R_400 R_410 R_420", "a \"\" 10 20.5 30"), a},
       {Cgats(kPairs, "a 400 10 410.0 20.5 420 30\nb 400.0 1 410 2 420 3"), a + "b||-1|400:1 410:2 420:3\n"},
       {Cgats(kPairs, "b\t400\t1\t410\t2\t420\t3", "SPECTRAL_NORM 1\n"), "b||-1|400:100 410:200 420:300\n"},
       {Cgats("RGB_R RGB_G", "1 2") + Cgats("SAMPLE_ID LAB_L LAB_A LAB_B", "x 50 1 -2", "CREATED \"today\"\n"),
@@ -368,10 +370,13 @@ TEST(MeasurementFiles, OdditiesOfMakers) {
        "[%]\na,5000,10,6000,20.5,7000,30\n",
        a},
       {"Wavelength [nm],Dark [counts],a,Sample [counts]\n400,1,10,99\n410,2,20.5,98\n420,3,30,97\n", a},
+      {"Wavelength(nm)\tRadiance(W/sr/m2/nm)\ta\n400\t1.2\t10\n410\t1.3\t20.5\n420\t1.2\t30\n", a},
       // Blanks that separate, wavelengths with exponents, marks behind the data.
       {"id    400  410 420\na 10   20.5 30\n", a},
       {"id 400 410 420\n\"a\"  10,0 20,5 30\n", a},
       {"400 10\n410   20.5\n 420 30\n", one},
+      {"Operator: LOW M2\nnm,Yellow W M2 (SRW)\n400,10\n410,20.5\n420,30\n",
+       std::string("Yellow W M2 (SRW)||-1|") + kCurve},
       {">>>>>Begin Spectral Data<<<<<\n4.000E+02\t1.0E+01\n4.100E+02\t2.05E+01\n4.200E+02\t3.0E+01\n"
        ">>>>>End Spectral Data<<<<<\n",
        one},

@@ -25,7 +25,8 @@ bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\r';
 }
 
-// The next word of a line, unquoted, taken off it; null data at its end. "#" in front of a word ends the line.
+// The next word of a line, unquoted, taken off it; null data at its end. "#" in front of a word ends the line. Two quotes in a
+// quoted word are part of it, as some programs write one.
 std::string_view TakeWord(std::string_view& line) {
   while (!line.empty() && IsBlank(line.front())) line.remove_prefix(1);
   if (line.empty() || line.front() == '#') {
@@ -34,7 +35,9 @@ std::string_view TakeWord(std::string_view& line) {
   }
   if (line.front() == '"') {
     line.remove_prefix(1);
-    const std::size_t end = std::min(line.find('"'), line.size());
+    std::size_t end = std::min(line.find('"'), line.size());
+    while (end + 1 < line.size() && line[end + 1] == '"')
+      end = std::min(line.find('"', end + 2), line.size());
     const std::string_view word = line.substr(0, end);
     line.remove_prefix(std::min(end + 1, line.size()));
     return word.data() != nullptr ? word : std::string_view("");

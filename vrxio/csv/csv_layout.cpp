@@ -277,6 +277,9 @@ class LayoutFinder {
       return InRows(header + 1);
     }
     StartAt(header);
+    const bool isLight =
+        header + 1 < lines_.size() && std::ranges::any_of(lines_[header + 1].fields, IsLightPower);
+    if (isLight) RefuseLight(lines_[header + 1]);
     layout_.hasUnits = header + 1 < lines_.size() && AreUnits(lines_[header + 1].fields);
     if (layout_.hasUnits) TakeUnits(header + 1);
     const std::size_t row = header + (layout_.hasUnits ? 2 : 1);
@@ -290,7 +293,6 @@ class LayoutFinder {
   }
 
   void TakeUnits(std::size_t line) {
-    if (std::ranges::any_of(lines_[line].fields, IsLightPower)) RefuseLight(lines_[line]);
     layout_.sayPercent = layout_.sayPercent || std::ranges::any_of(lines_[line].fields, IsPercentUnit);
   }
 

@@ -209,22 +209,27 @@ class CsvColumns final : public CsvMeasurements {
   void Rewind() override { next_ = 0; }
 
  private:
-  // The columns of samples: all but those of raw counts and those that are to be passed over.
+  // The columns of samples: all but those of counts, of powers of light, and those that are to be passed over.
   void FindSamples(const ReadOptions& options) {
     std::string unused;
+    bool hasLight = false;
     for (std::size_t i = 1; i < csv_.Header().size(); ++i) {
       const std::string& heading = csv_.Header()[i];
-      if (IsLightPower(heading)) csv_.FailAt(i, "the values are the power of a light and no reflectances");
+      const bool isLight = IsLightPower(heading);
+      hasLight = hasLight || isLight;
       const bool isIgnored = std::ranges::any_of(
           options.ignoredColumns, [&](const std::string& name) { return EqualsIgnoringCase(name, heading); });
-      if (!isIgnored && !IsRawCount(heading)) {
+      if (!isIgnored && !isLight && !IsRawCount(heading)) {
         samples_.push_back(i);
       } else if (!isIgnored) {
         unused += (unused.empty() ? "" : ", ") + Shown(heading);
         PassOver(Shown(heading));
       }
     }
-    if (samples_.empty()) csv_.FailRow("there is no column of reflectances beside the wavelengths");
+    if (samples_.empty()) {
+      csv_.FailRow(hasLight ? "the values are the power of a light and no reflectances"
+                            : "there is no column of reflectances beside the wavelengths");
+    }
     if (!unused.empty()) Note("columns that are not used: " + unused);
   }
 

@@ -480,6 +480,8 @@ class CxfReader final : public MeasurementReader {
       if (!xml_.Attribute(tag, "Name", word) || !xml_.Attribute(tag, "Value", value)) continue;
       if (word == "SampleName") {
         name_ = value;
+      } else if (word == "Date") {
+        date_ = value;  // one that is no CreationDate by its form
       } else if (!options_.keepsOthers) {
         PassOver("Tag " + Shown(word));
       } else if (others_.size() < kMaxTags) {

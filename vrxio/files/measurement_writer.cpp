@@ -269,8 +269,15 @@ class TableWriter : public Writer {
 
   void AddLosses(std::vector<std::string>& losses) override {
     AddRemarks([](const MeasurementReader::Remark&) { return false; }, losses);
-    std::vector<std::string> names{"id", "name", "standard", "geometry", "date"};
-    for (const auto& [word, text] : ConditionTexts(shape_.conditions)) names.push_back(word);
+    std::vector<std::string> names{"id"};
+    if (shape_.hasNames) names.emplace_back("name");
+    if (shape_.hasStandards) names.emplace_back("standard");
+    if (shape_.hasGeometries) names.emplace_back("geometry");
+    if (shape_.HasDates()) names.emplace_back("date");
+    const auto conditions = ConditionTexts(shape_.conditions);
+    for (std::size_t i = 0; i < shape_.hasConditions.size(); ++i) {
+      if (shape_.hasConditions[i]) names.push_back(conditions[i].first);
+    }
     if (shape_.hasXyz) names.insert(names.end(), {"X", "Z"});
     if (shape_.hasLab) names.insert(names.end(), {"L", "a", "b"});
     DropTwins(names, losses);

@@ -144,6 +144,26 @@ Parts PartsOf(std::string_view heading) {
   return {heading.substr(0, first), heading.substr(first, end - first), heading.substr(end)};
 }
 
+bool IsLetter(char c) {
+  return LowerCase(c) >= 'a' && LowerCase(c) <= 'z';
+}
+
+// Whether the "W" at `at` is that of "W/m2/nm", "uW cm-2 nm-1", "W/(sr m^2 nm)" or "mW/nm": behind no letter but a prefix, before
+// signs and a unit of area, angle or wavelength.
+bool IsUnitOfPower(std::string_view text, std::size_t at) {
+  const auto isLetterAt = [&](std::size_t back) { return at >= back && IsLetter(text[at - back]); };
+  const bool isPrefixed =
+      isLetterAt(1) && std::string_view("mun").find(text[at - 1]) != std::string_view::npos;
+  if (isLetterAt(1) && !(isPrefixed && !isLetterAt(2))) return false;
+  std::string rest;
+  for (const char c : text.substr(at + 1)) {
+    if (IsLetter(c) || IsDigit(c)) rest += c;
+  }
+  const bool isJoined = at + 1 < text.size() && (IsLetter(text[at + 1]) || IsDigit(text[at + 1]));
+  const auto begins = [&rest](std::string_view unit) { return rest.starts_with(unit); };
+  return !isJoined && (begins("m2") || begins("cm2") || begins("sr") || begins("nm"));
+}
+
 // The heading without blanks about it and without a remark in brackets at its end: "L*(10/D65)".
 std::string_view WithoutRemark(std::string_view heading) {
   const std::size_t bracket = heading.find_first_of("([");
@@ -186,12 +206,11 @@ bool IsLightPower(std::string_view text) {
   for (const std::string_view word : {"irradiance", "spectralradiance", "spectralpower", "radiantflux"}) {
     if (plain.find(word) != std::string::npos) return true;
   }
-  // Units: "W/m2/nm", "uW cm-2 nm-1", "W/(sr m^2 nm)", "mW/nm".
-  const std::size_t watt = text.find("W/");
-  const bool isPerArea = plain.find("wm2") != std::string::npos || plain.find("wcm2") != std::string::npos ||
-                         plain.find("wsrm2") != std::string::npos;
-  return plain == "spd" || plain == "radiance" || isPerArea ||
-         (watt != std::string_view::npos && text.find("nm", watt) != std::string_view::npos);
+  if (plain == "spd" || plain == "radiance") return true;
+  for (std::size_t i = text.find('W'); i != std::string_view::npos; i = text.find('W', i + 1)) {
+    if (IsUnitOfPower(text, i)) return true;
+  }
+  return false;
 }
 
 Heading MeaningOf(std::string_view heading) {
