@@ -329,7 +329,7 @@ TEST(JudgeBatch, WhatDoesNotFitIsRefused) {
   const std::vector<Curve> curves = Curves(4, 1.0, 4);
   const JudgeConditions conditions;
   JudgeConditions unknown, none, noFactor;
-  unknown.difference.system = 13;
+  unknown.difference.system = kDifferenceSystems;
   none.illuminants = {static_cast<vrxIlluminant>(27)};
   noFactor.warningFactor = std::numeric_limits<double>::quiet_NaN();
   const JudgeStandards two(conditions, CurveBatch{{curves[0].data(), 80}});
