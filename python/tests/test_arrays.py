@@ -53,7 +53,7 @@ def test_small_results_are_numbers():
     lab = vrx.lab([50.0, 50.0, 50.0], polar=True)
     near = lab.copy()
     near[0] += 1e-5
-    components = vrx.delta(lab, near, components=True)
+    components = vrx.delta(lab, near, "lab", components=True)
     assert np.isclose(components[[0, 6]], 1e-5).all() and not np.isnan(components).any()
     assert np.isnan(vrx.delta([50.0] * 3, [51.0] * 3, system="fmc2", components=True)).tolist() == [
         False, False, False, True, False, True, False]

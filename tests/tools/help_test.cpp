@@ -72,7 +72,8 @@ class Help : public vrx::test::ToolProcess {
     std::istringstream lines(help.substr(help.find('\n', list + 1) + 1));
     for (std::string line; std::getline(lines, line);) {
       if (!line.starts_with("  ") && !path.empty()) break;
-      if (!line.starts_with("  ") || line[2] == ' ') continue;  // the heading of a group; a description goes on
+      if (!line.starts_with("  ") || line[2] == ' ')
+        continue;  // the heading of a group; a description goes on
       commands.push_back(path + (path.empty() ? "" : " ") + line.substr(2, line.find(' ', 2) - 2));
       for (const std::string& nested : Commands(commands.back())) commands.push_back(nested);
     }

@@ -222,7 +222,8 @@ TEST_F(IndexAndSwatch, APictureThatFailsLeavesTheOneThatWasThere) {
 // The limit of a box lies where the ticks say, in SVG and in a PNG of any scale.
 TEST_F(IndexAndSwatch, PlotsAreDrawnToScale) {
   folder_.Write("greys.csv", Header() + Flat("A", "21.4") + Flat("B", "21.5"));
-  const std::string files = " greys.csv greys.csv --illuminants D65 --system lab --tolerance 2 --output ";
+  const std::string files =
+      " greys.csv greys.csv --illuminants D65 --system lab --tolerance 2,2,2,2,2,2,2 --output ";
   for (const char* name : {"plane.svg", "plane.png --scale 3"}) {
     EXPECT_EQ(Run("plot plane" + files + name).status, 0) << name;
   }

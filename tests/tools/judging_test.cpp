@@ -48,7 +48,7 @@ TEST_F(Judging, KnownColours) {
       "verdict,reason,excess\n";
   const std::string t1 = "s,t1,,D65,10,0.50,0.00,0.00,0.00,0.00,0.50,Lighter, , ,pass,pass,pass,,\n";
   const std::string t2 =
-      "s,t2,,D65,10,0.00,1.20,0.50,1.30,0.00,1.30, ,Redder,Yellower,pass,warning,warning,dEab,0.17\n";
+      "s,t2,,D65,10,0.00,1.20,0.50,1.30,0.00,1.30, ,Redder,Yellower,pass,warning,warning,dEab,0.18\n";
   const std::string t3 = "s,t3,,D65,10,0.00,0.00,-2.00,2.00,0.00,2.00, , ,Bluer,pass,fail,fail,dEab,0.50\n";
   const std::string t4 =
       "s,t4,,D65,10,3.00,4.00,0.00,4.00,0.00,5.00,Lighter,Redder, ,pass,fail,fail,dEab,3.50\n";

@@ -360,7 +360,7 @@ TEST_F(Tool, TablesFitTheTerminal) {
   const std::string kUnweighted =
       "\xCE\x94L*, \xCE\x94"
       "a*, \xCE\x94"
-      "b*, box, total";
+      "b*, words, box, total";
   const struct {
     std::string arguments;
     uint16_t columns;
@@ -370,7 +370,7 @@ TEST_F(Tool, TablesFitTheTerminal) {
       {"color long.csv", 400, 245, ""},
       {"color long.csv", 200, 200, ""},
       {"color long.csv", 80, 80, "observer, C, h, Lu, u, v, Cuv, huv, LH, aH, bH"},
-      {"judge " + std::string(kCharts) + " --pairs", 120, 120, ""},
+      {"judge " + std::string(kCharts) + " --pairs", 120, 120, "total"},
       {"judge " + std::string(kCharts) + " --pairs", 80, 80, kUnweighted},
   };
   for (const auto& row : kRows) {

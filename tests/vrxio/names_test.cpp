@@ -171,7 +171,7 @@ TEST(Headings, RolesAndColours) {
     ColumnRole role;
     uint8_t color;
   } kRows[] = {{"X", kColor, kColumnX},
-               {"x", kUnknown, 0},
+               {"x", kColor, kColumnSmallX},
                {"XYZ_Y", kColor, kColumnY},
                {"xyz z", kColor, kColumnZ},
                {"L*", kColor, kColumnL},
@@ -191,7 +191,7 @@ TEST(Headings, RolesAndColours) {
                {"SPECTRAL_NM", kPairWavelength, 0},
                {"410 nm", kWavelength, 0},
                {"RGB_R", kDevice, 0},
-               {"xyY_x", kDevice, 0},
+               {"xyY_x", kColor, kColumnSmallX},
                {"LAB_DE", kDevice, 0},
                {"dE2000", kDevice, 0},
                {"DE CMC(2:1)", kDevice, 0},

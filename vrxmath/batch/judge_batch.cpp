@@ -106,6 +106,7 @@ class Reason {
   // An interval: how much of its half-width is used.
   void OfferIn(BrokenLimit limit, const Interval& tolerance, const Interval& warning, Verdict verdict,
                double value) {
+    if (std::isinf(tolerance.lower) && std::isinf(tolerance.upper)) return;  // no limit, no reason
     const Interval& broken = verdict == kFail ? tolerance : warning;
     const double bound = value > broken.upper ? broken.upper : broken.lower;
     const bool isOpen = std::isinf(tolerance.upper) || std::isinf(tolerance.lower);

@@ -318,7 +318,7 @@ class TableJudgeOutput final : public JudgeOutput {
     for (std::size_t i = 0; i < columns_.size(); ++i) {
       columns.push_back({.name = columns_[i].heading, .spare = columns_.size() == kAllElements && i < 3});
     }
-    columns.push_back({"words"});
+    columns.push_back({.name = "words", .spare = true});
     if (byEllipse_) columns.push_back({"value"});
     for (const char* name : {byEllipse_ ? "ellipse" : "box", "total"}) {
       columns.push_back({.name = name, .spare = true});
