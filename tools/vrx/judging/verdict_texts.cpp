@@ -41,7 +41,7 @@ std::string ElementName(std::string_view heading) {
   for (std::size_t i = 0; i < heading.size(); ++i) {
     const char c = heading[i];
     const bool isLast = i + 1 == heading.size();
-    if (c == '*' && !isLast && isDigit(heading[i + 1])) break;  // a scale of the shown numbers
+    if (heading.substr(i).starts_with("*10")) break;  // a scale of the shown numbers
     if (c == '\'' && isLast) name += 'p';                       // primed
     if (isLetter(c) || isDigit(c)) name += c;
   }
