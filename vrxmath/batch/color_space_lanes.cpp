@@ -18,12 +18,13 @@ VRX_LANE_INLINE void StoreLab(const LabOf<Lanes>& lab, Lanes* y) {
 // FORMULA::Of(terms, three numbers): coordinates of tristimulus values.
 template <class FORMULA, std::size_t kOut>
 void FromXyz(const SpaceTerms& given, Rows from, Target to, std::size_t count) {
-  OverRows<Widths<3>, Widths<kOut>>(from, to, count, [terms = given](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
-    const XyzOf<Lanes> xyz = {x[0], x[1], x[2]};
-    StoreLab<kOut>(FORMULA::Of(terms, xyz), y);
-    MarkUnset<kOut>(
-        IsUnset(xyz.X), [&] { return IsUnset(xyz); }, y);
-  });
+  OverRows<Widths<3>, Widths<kOut>>(from, to, count,
+                                    [terms = given](const Lanes* x, Lanes* y) VRX_LANE_LAMBDA {
+                                      const XyzOf<Lanes> xyz = {x[0], x[1], x[2]};
+                                      StoreLab<kOut>(FORMULA::Of(terms, xyz), y);
+                                      MarkUnset<kOut>(
+                                          IsUnset(xyz.X), [&] { return IsUnset(xyz); }, y);
+                                    });
 }
 
 // The same with chroma and hue, in two stages.

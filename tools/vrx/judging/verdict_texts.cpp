@@ -42,7 +42,7 @@ std::string ElementName(std::string_view heading) {
     const char c = heading[i];
     const bool isLast = i + 1 == heading.size();
     if (heading.substr(i).starts_with("*10")) break;  // a scale of the shown numbers
-    if (c == '\'' && isLast) name += 'p';                       // primed
+    if (c == '\'' && isLast) name += 'p';             // primed
     if (isLetter(c) || isDigit(c)) name += c;
   }
   return name;
