@@ -59,8 +59,6 @@ TEST(RecipeTraces, AreToldByTheColourTheyGive) {
   CRecipeArray found = Recipes(textiles, pale, settings);
   EXPECT_TRUE(std::any_of(found.begin(), found.end(), [](const CRecipe& r) { return Has(r, {3, 5, 7}); }));
   const int32_t groups = found.GetSize();
-  int32_t folded = 0;
-  for (const CRecipe& recipe : found) folded += recipe.alike;
   settings.trace = 0.0;
   const CRecipeArray all = Recipes(textiles, pale, settings);
   const auto within = [](const CRecipeArray& recipes) {

@@ -204,7 +204,7 @@ void CalibrationFit::Minimise(std::vector<double>& x) {
   std::vector<char> isFree(unknowns_), isBarred(unknowns_, 0);
   for (std::size_t j = 0; j < unknowns_; ++j) {
     x[j] = std::max(x[j], least_[j]);
-    isFree[j] = x[j] > least_[j];
+    isFree[j] = x[j] > least_[j] ? 1 : 0;
   }
   std::vector<double> solution(unknowns_);
   // Goes towards the minimum over those that are free, holding one at a time that meets its bound.
