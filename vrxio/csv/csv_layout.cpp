@@ -90,6 +90,7 @@ bool AreBlankSeparated(const Line& line) {
 // heading for the first one, one fewer.
 void SplitAtBlanks(std::vector<Line>& lines) {
   std::vector<bool> areRows;
+  areRows.reserve(lines.size());
   for (const Line& line : lines) areRows.push_back(AreBlankSeparated(line));
   for (std::size_t i = lines.size(); i-- > 0;) {
     Line& line = lines[i];
