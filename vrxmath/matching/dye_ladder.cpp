@@ -225,7 +225,7 @@ CalibrationOutcome CalibrateDyes(const CStringArray1& names, const CDrawdownArra
                                  const CCalibrationSettings& settings, CColorantSystemData& system,
                                  CDrawdownFitArray& fits, CDyeBuildUpArray& buildUps) {
   Ladders ladders(names, dyeings, settings);
-  const CalibrationOutcome outcome = ladders.Take(system.opticalModel);
+  CalibrationOutcome outcome = ladders.Take(system.opticalModel);
   if (outcome.fault != CalibrationFault::kNone) return outcome;
   ladders.Store(system);
   fits = ladders.Fits(system);

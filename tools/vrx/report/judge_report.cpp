@@ -122,6 +122,7 @@ void JudgeReport::AddReasons(std::size_t failed) {
     if (first != trial.results.end()) ++counts[first->breach.limit];
   }
   std::vector<std::pair<std::size_t, BrokenLimit>> order;
+  order.reserve(counts.size());
   for (const auto& [limit, count] : counts) order.emplace_back(count, limit);
   std::ranges::stable_sort(order, std::greater<>(), [](const auto& entry) { return entry.first; });
   std::string reasons;
