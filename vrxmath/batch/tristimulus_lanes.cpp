@@ -5,7 +5,11 @@
 #include <utility>
 
 // Rows are turned over by half packs at heart: with eight lanes the steps between the halves cost more than they save.
-#define VRX_PACK_LANES (VRX_LANES < 4 ? VRX_LANES : 4)
+#if VRX_LANES < 4
+#define VRX_PACK_LANES VRX_LANES
+#else
+#define VRX_PACK_LANES 4
+#endif
 #include <vrxmath/batch/lane_rows.h>
 
 // Curves lie one after the other, while a pack wants the same wavelength of several curves. Two wavelengths at a time are

@@ -354,7 +354,7 @@ class Search {
   double LeastWorst(const Candidate& candidate) const {
     if (!IsLeveled()) return candidate.worst;
     const double objective = std::max(candidate.solution.objective, 0.0);  // which rounding may leave below 0
-    return std::sqrt(objective / static_cast<double>(target_->Problem().rows / 3));
+    return std::sqrt(objective / LampCount());
   }
 
   // The largest difference is made small where the colour is all that is asked for; weights ask for their own sum.
@@ -376,8 +376,14 @@ class Search {
     if (!candidate.isBeyond) candidate.key = price;
   }
 
+  // Each lamp has three rows.
+  [[nodiscard]] double LampCount() const {
+    const int32_t lamps = target_->Problem().rows / 3;
+    return lamps;
+  }
+
   void SetMetamerismKey(Candidate& candidate) const {
-    const double lamps = target_->Problem().rows / 3;
+    const double lamps = LampCount();
     candidate.isBeyond = candidate.worst > kNear * std::sqrt(lamps) * settings_.tolerance;
     if (candidate.isBeyond) return;
     Candidate best = candidate;
@@ -675,7 +681,7 @@ class Search {
   // True when a candidate, and those behind it, cannot be among the first of those that reached the differences.
   bool IsEnough(const Reached& reached, const Candidate& candidate) const {
     if (reached.worst.size() >= 16 * static_cast<std::size_t>(settings_.top)) return true;
-    const double lamps = target_->Problem().rows / 3;
+    const double lamps = LampCount();
     const double gain = IsLeveled() ? std::sqrt(lamps) : 1.0;  // most that leveling makes of a difference
     return candidate.worst > gain * Limit(reached);
   }
@@ -719,7 +725,7 @@ class Search {
       refiner.Cheapen(cheaper.subset.data(), cheaper.size, prices.data(), part * settings_.tolerance,
                       cheaper.solution);
       if (cheaper.solution.end != SubsetEnd::kInside) continue;
-      const CRecipe cheap = RecipeOf(cheaper);
+      CRecipe cheap = RecipeOf(cheaper);
       if (cheap.colorants == 0 || !cheap.isWithinTolerance || !(cheap.cost < recipe.cost)) continue;
       candidate = cheaper;
       return cheap;

@@ -137,7 +137,7 @@ std::vector<Column> MeanColumns(const CurveReader& reader, const MeanLayout& lay
 
 // The mean of curves at wavelengths that all of them have, or within what they have on the library's grid.
 std::vector<double> CurveOf(const Readings& readings, const std::vector<double>& wavelengths) {
-  const std::vector<double> mean = readings.MeasuredMean();
+  std::vector<double> mean = readings.MeasuredMean();
   if (readings.wavelengths == wavelengths) return mean;
   std::vector<double> curve(wavelengths.size());
   SpectralResampler(readings.wavelengths, wavelengths).Convert(mean, curve.data());

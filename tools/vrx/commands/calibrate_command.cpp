@@ -357,7 +357,7 @@ class Calibration {
     CStringArray1 names;
     for (const std::string& name : file_.names) names.Add(CString::FromUtf8(name).CStr());
     system.data.opticalModel = Model();
-    const CalibrationOutcome outcome =
+    CalibrationOutcome outcome =
         IsOneConstant() ? CalibrateDyes(names, drawdowns, settings_, system.data, fits, buildUps_)
                         : CalibrateColorants(names, drawdowns, settings_, system.data, fits);
     if (outcome.fault != CalibrationFault::kNone) Fail(options_, file_, drawdowns, outcome);

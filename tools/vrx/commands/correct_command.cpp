@@ -79,7 +79,7 @@ std::string Diagnose(const ColorSystem& system, const CRecipeSettings& recipe, C
   CBatchDiagnosis diagnosis;
   if (!DiagnoseBatch(system.data, batch, settings, diagnosis)) return "";  // the correction says why
   batch.formula = diagnosis.best.formula;
-  const std::string suspected = SuspicionsText(diagnosis.best.suspected, system);
+  std::string suspected = SuspicionsText(diagnosis.best.suspected, system);
   if (suspected.empty()) return suspected;
   const auto off = [](double difference) {
     std::array<char, 32> text;

@@ -73,7 +73,7 @@ std::string NameOfLimit(BrokenLimit limit, int32_t system) {
 
 std::string ReasonText(const LimitBreach& breach, int32_t system) {
   const std::string heading = HeadingOfElement(system, ElementOf(breach.limit, system));
-  const std::string name = heading.empty() ? NameOfLimit(breach.limit, system) : heading;
+  std::string name = heading.empty() ? NameOfLimit(breach.limit, system) : heading;
   if (breach.limit == BrokenLimit::kNone || breach.limit == BrokenLimit::kNoDifference) return name;
   if (!std::isfinite(breach.Excess())) return name;
   char number[400];
