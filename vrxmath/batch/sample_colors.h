@@ -36,6 +36,7 @@ using Samples = std::variant<CurveBatch, CurveBatch32, XyzSamples, LabSamples>;
 
 /// Colours of n samples under m illuminants.
 struct ColorTable {
+  /// Colours under one illuminant.
   struct Under {
     std::vector<double> xyz;  ///< rows of X, Y, Z
     std::vector<double> lab;  ///< rows of the coordinates, chroma and hue in degrees
