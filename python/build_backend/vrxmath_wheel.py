@@ -9,6 +9,7 @@ import hashlib
 import os
 import pathlib
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -51,13 +52,18 @@ def run(*command):
 
 
 def build_extension(settings):
-    """The folder with the compiled module. `--config-settings build-dir=FOLDER` says where to build."""
+    """The folder with the compiled module.
+
+    `--config-settings build-dir=FOLDER` says where to build, `--config-settings cmake-options="-DNAME=VALUE ..."` what CMake is
+    told besides.
+    """
     build = pathlib.Path(settings.get("build-dir") or ROOT / "build" / "python-wheel")
     generator = ["-G", "Ninja"] if shutil.which("ninja") else []
     launcher = shutil.which("ccache")
     run("cmake", "-S", ROOT, "-B", build, *generator, "-DCMAKE_BUILD_TYPE=Release", "-DVRX_BUILD_PYTHON=ON",
         "-DVRX_BUILD_TOOLS=OFF", "-DVRX_BUILD_TESTS=OFF", f"-DVRX_PYTHON={sys.executable}",
-        *([f"-DCMAKE_CXX_COMPILER_LAUNCHER={launcher}"] if launcher else []))
+        *([f"-DCMAKE_CXX_COMPILER_LAUNCHER={launcher}"] if launcher else []),
+        *shlex.split(settings.get("cmake-options") or ""))
     run("cmake", "--build", build, "--target", "vrx_python", "--parallel", os.cpu_count() or 1)
     return build / "python" / "vrxmath"
 

@@ -8,18 +8,18 @@
 namespace vrx {
 namespace {
 
-constexpr std::size_t kBlockRows = 8192;
+constexpr std::size_t kSpaceBlockRows = 8192;
 
 template <std::size_t kIn, std::size_t kOut>
 bool Convert(SpaceKernel kernel, const SpaceTerms& terms, const BatchView<const double, kIn>& from,
              const BatchView<double, kOut>& to, const BatchRun& run) {
   RequireSameCount(from.size(), to.size());
-  return ForEachBlock(run, from.size(), kBlockRows, [&](std::size_t first, std::size_t count) {
+  return ForEachBlock(run, from.size(), kSpaceBlockRows, [&](std::size_t first, std::size_t count) {
     kernel(terms, ColumnsOf(from, first, count).data(), ColumnsOf(to, first, count).data(), count);
   });
 }
 
-const ColorSpaceKernels& Kernels() {
+const ColorSpaceKernels& SpacesInUse() {
   return CurrentKernels<ColorSpaceKernels>();
 }
 
@@ -32,42 +32,42 @@ SpaceTerms Under(vrxIlluminant illuminant, std::int32_t observer) {
 
 bool XyzToLabBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
                    const BatchView<double, 5>& lab, const BatchRun& run) {
-  return Convert(Kernels().xyzToLab, Under(illuminant, observer), xyz, lab, run);
+  return Convert(SpacesInUse().xyzToLab, Under(illuminant, observer), xyz, lab, run);
 }
 bool XyzToLabOnlyBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
                        const BatchView<double, 3>& lab, const BatchRun& run) {
-  return Convert(Kernels().xyzToLabOnly, Under(illuminant, observer), xyz, lab, run);
+  return Convert(SpacesInUse().xyzToLabOnly, Under(illuminant, observer), xyz, lab, run);
 }
 bool LabToXyzBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& lab,
                    const BatchView<double, 3>& xyz, const BatchRun& run) {
-  return Convert(Kernels().labToXyz, Under(illuminant, observer), lab, xyz, run);
+  return Convert(SpacesInUse().labToXyz, Under(illuminant, observer), lab, xyz, run);
 }
 
 bool XyzToLuvBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
                    const BatchView<double, 5>& luv, const BatchRun& run) {
-  return Convert(Kernels().xyzToLuv, Under(illuminant, observer), xyz, luv, run);
+  return Convert(SpacesInUse().xyzToLuv, Under(illuminant, observer), xyz, luv, run);
 }
 bool XyzToLuvOnlyBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
                        const BatchView<double, 3>& luv, const BatchRun& run) {
-  return Convert(Kernels().xyzToLuvOnly, Under(illuminant, observer), xyz, luv, run);
+  return Convert(SpacesInUse().xyzToLuvOnly, Under(illuminant, observer), xyz, luv, run);
 }
 bool LuvToXyzBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& luv,
                    const BatchView<double, 3>& xyz, const BatchRun& run) {
-  return Convert(Kernels().luvToXyz, Under(illuminant, observer), luv, xyz, run);
+  return Convert(SpacesInUse().luvToXyz, Under(illuminant, observer), luv, xyz, run);
 }
 
 bool XyzToHunterBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& xyz,
                       const BatchView<double, 3>& lab, const BatchRun& run) {
-  return Convert(Kernels().xyzToHunterOnly, Under(illuminant, observer), xyz, lab, run);
+  return Convert(SpacesInUse().xyzToHunterOnly, Under(illuminant, observer), xyz, lab, run);
 }
 bool HunterToXyzBatch(vrxIlluminant illuminant, std::int32_t observer, const BatchView<const double, 3>& lab,
                       const BatchView<double, 3>& xyz, const BatchRun& run) {
-  return Convert(Kernels().hunterToXyz, Under(illuminant, observer), lab, xyz, run);
+  return Convert(SpacesInUse().hunterToXyz, Under(illuminant, observer), lab, xyz, run);
 }
 
 bool ChromaHueBatch(const BatchView<double, 5>& lab, const BatchRun& run) {
   const BatchView<const double, 5> source = lab;
-  return Convert(Kernels().chromaHue, {}, source.Numbers<0, 3>(), lab, run);
+  return Convert(SpacesInUse().chromaHue, {}, source.Numbers<0, 3>(), lab, run);
 }
 
 bool CoordinatesBatch(std::int32_t system, vrxIlluminant illuminant, std::int32_t observer,

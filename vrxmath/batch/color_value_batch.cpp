@@ -11,7 +11,7 @@
 namespace vrx {
 namespace {
 
-constexpr std::size_t kBlockRows = 4096;
+constexpr std::size_t kValueBlockRows = 4096;
 
 // What finds the terms of an index of the list; null for a function that is not there.
 IndexTermsFunction TermsFunctionOf(IndexFunction index) {
@@ -43,7 +43,7 @@ bool IndexBatch(IndexFunction index, vrxIlluminant illuminant, std::int32_t obse
   const IndexTermsFunction findTerms = TermsFunctionOf(index);
   IndexTerms terms;
   const bool isDefined = findTerms == nullptr || findTerms(illuminant, observer, terms);
-  return ForEachBlock(run, xyz.size(), kBlockRows, [&](std::size_t from, std::size_t count) {
+  return ForEachBlock(run, xyz.size(), kValueBlockRows, [&](std::size_t from, std::size_t count) {
     const std::span<double> block = values.subspan(from, count);
     if (!isDefined) return std::fill(block.begin(), block.end(), kUnset);
     if (findTerms == nullptr) return CallForRows(index, illuminant, observer, xyz.Rows(from, count), block);
@@ -60,7 +60,7 @@ bool DisplayColorBatch(vrxIlluminant illuminant, std::int32_t observer, const Ba
   RequireWeightTable(illuminant, observer);
   DisplayTerms terms = {{}, &colorimetry_internal::GetDisplayCurve()};
   if (!FindDisplayMatrix(illuminant, observer, terms.matrix)) throw CInvalidArgException();
-  return ForEachBlock(run, xyz.size(), kBlockRows, [&](std::size_t from, std::size_t count) {
+  return ForEachBlock(run, xyz.size(), kValueBlockRows, [&](std::size_t from, std::size_t count) {
     const auto& kernels = CurrentKernels<ColorValueKernels>();
     std::array<Column<std::uint8_t>, 4> channels{};
     std::ranges::copy(ColumnsOf(rgb, from, count), channels.begin());

@@ -28,25 +28,25 @@ StrengthSumSettings Surface(double k1, double k2, SaundersonMode mode) {
   return settings;
 }
 
-const ColorantKernels& Kernels() {
+const ColorantKernels& ColorantsInUse() {
   return CurrentKernels<ColorantKernels>();
 }
 
 }  // namespace
 
 bool KubelkaMunkKsBatch(std::span<const double> reflectances, std::span<double> ks, const BatchRun& run) {
-  return Transform(Kernels().ks, {}, reflectances, ks, run);
+  return Transform(ColorantsInUse().ks, {}, reflectances, ks, run);
 }
 bool AbsorbanceBatch(std::span<const double> reflectances, std::span<double> densities, const BatchRun& run) {
-  return Transform(Kernels().density, {}, reflectances, densities, run);
+  return Transform(ColorantsInUse().density, {}, reflectances, densities, run);
 }
 bool SaundersonToInternalBatch(std::span<const double> measured, double k1, double k2, SaundersonMode mode,
                                std::span<double> internal, const BatchRun& run) {
-  return Transform(Kernels().toInternal, Surface(k1, k2, mode), measured, internal, run);
+  return Transform(ColorantsInUse().toInternal, Surface(k1, k2, mode), measured, internal, run);
 }
 bool SaundersonToMeasuredBatch(std::span<const double> internal, double k1, double k2, SaundersonMode mode,
                                std::span<double> measured, const BatchRun& run) {
-  return Transform(Kernels().toMeasured, Surface(k1, k2, mode), internal, measured, run);
+  return Transform(ColorantsInUse().toMeasured, Surface(k1, k2, mode), internal, measured, run);
 }
 
 bool StrengthSumBatch(const StrengthSumSettings& settings, const CurveBatch& curves, std::span<double> sums,
@@ -56,7 +56,7 @@ bool StrengthSumBatch(const StrengthSumSettings& settings, const CurveBatch& cur
   if (settings.first < 0 || settings.last >= 40) throw CInvalidArgException();
   return ForEachBlock(run, sums.size(), kBlockCurves, [&](std::size_t from, std::size_t count) {
     const Column<double> target{sums.data() + from, 1};
-    Kernels().strengthSum(settings, ColumnsOf(samples, from, count).data(), &target, count);
+    ColorantsInUse().strengthSum(settings, ColumnsOf(samples, from, count).data(), &target, count);
   });
 }
 

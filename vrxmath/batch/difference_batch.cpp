@@ -6,7 +6,7 @@
 namespace vrx {
 namespace {
 
-constexpr std::size_t kBlockRows = 2048;
+constexpr std::size_t kDifferenceBlockRows = 2048;
 
 using System = DifferenceKernels::System;
 
@@ -39,7 +39,7 @@ bool DifferenceBatch(const CDifferenceSettings& settings, double angle, const Co
   const System& system = Require(settings, standards, samples, count);
   if (count != 1 && IsOne(system, samples)) throw CInvalidArgException();
   const DifferenceKernel kernel = IsOne(system, standards) ? system.oneStandard : system.pairs;
-  return ForEachBlock(run, count, kBlockRows, [&](std::size_t from, std::size_t rows) {
+  return ForEachBlock(run, count, kDifferenceBlockRows, [&](std::size_t from, std::size_t rows) {
     kernel({settings.parameters, angle}, ColumnsOf(standards, from, rows), ColumnsOf(samples, from, rows),
            ColumnsOf(differences, from, rows).data(), rows);
   });
@@ -53,7 +53,7 @@ bool TotalDifferenceBatch(const CDifferenceSettings& settings, double angle, con
   if (IsOne(system, samples)) kernel = system.totalsOneSample;
   if (IsOne(system, standards)) kernel = system.totalsOneStandard;
   if (count != 1 && IsOne(system, samples) && IsOne(system, standards)) throw CInvalidArgException();
-  return ForEachBlock(run, count, kBlockRows, [&](std::size_t from, std::size_t rows) {
+  return ForEachBlock(run, count, kDifferenceBlockRows, [&](std::size_t from, std::size_t rows) {
     const Column<double> out{totals.data() + from, 1};
     kernel({settings.parameters, angle}, ColumnsOf(standards, from, rows), ColumnsOf(samples, from, rows),
            &out, rows);

@@ -19,7 +19,7 @@ namespace {
 
 // Rows that are judged together: their intermediate numbers stay in the second-level cache.
 constexpr std::size_t kRowsTogether = 512;
-constexpr std::size_t kBlockRows = 4 * kRowsTogether;
+constexpr std::size_t kJudgeBlockRows = 4 * kRowsTogether;
 constexpr std::size_t kTotalElement = 6;
 
 const DifferenceSystem& RequireSystem(const CDifferenceSettings& settings) {
@@ -570,7 +570,7 @@ bool JudgeBatch(const JudgeConditions& conditions, const JudgeStandards& standar
                 std::span<const std::size_t> standardOf, const Samples& trials,
                 std::span<const JudgeColumns> columns, const BatchRun& run) {
   const BatchJudge judge(conditions, standards, standardOf, trials, columns);
-  return ForEachBlock(run, judge.Count(), kBlockRows,
+  return ForEachBlock(run, judge.Count(), kJudgeBlockRows,
                       [&](std::size_t from, std::size_t count) { judge.Rows(from, count); });
 }
 

@@ -7,9 +7,9 @@
 namespace vrx {
 namespace {
 
-constexpr std::size_t kBlockRows = 8192;
+constexpr std::size_t kJudgementBlockRows = 8192;
 
-const JudgementKernels& Kernels() {
+const JudgementKernels& JudgementsInUse() {
   return CurrentKernels<JudgementKernels>();
 }
 
@@ -28,8 +28,9 @@ bool BoxVerdictBatch(const CBoxTolData& box, double warningFactor,
     limits.tolerance[k] = box.Limits(k);
     limits.warning[k] = ScaledAboutCentre(limits.tolerance[k], warningFactor);
   }
-  return ForEachBlock(run, verdicts.size(), kBlockRows, [&](std::size_t from, std::size_t count) {
-    Kernels().box(limits, ColumnsOf(differences, from, count).data(), ColumnOf(verdicts, from), count);
+  return ForEachBlock(run, verdicts.size(), kJudgementBlockRows, [&](std::size_t from, std::size_t count) {
+    JudgementsInUse().box(limits, ColumnsOf(differences, from, count).data(), ColumnOf(verdicts, from),
+                          count);
   });
 }
 
@@ -39,17 +40,17 @@ bool EllipseVerdictBatch(const CEllipseData& ellipse, double warningFactor,
   RequireSameCount(differences.size(), verdicts.size());
   const EllipseTerms terms = TermsOf(ellipse);
   const double warning = EllipseWarning(warningFactor);
-  return ForEachBlock(run, verdicts.size(), kBlockRows, [&](std::size_t from, std::size_t count) {
-    Kernels().ellipse(terms, warning, ColumnsOf(differences, from, count).data(), ColumnOf(verdicts, from),
-                      count);
+  return ForEachBlock(run, verdicts.size(), kJudgementBlockRows, [&](std::size_t from, std::size_t count) {
+    JudgementsInUse().ellipse(terms, warning, ColumnsOf(differences, from, count).data(),
+                              ColumnOf(verdicts, from), count);
   });
 }
 
 bool TotalVerdictBatch(double limit, double warningFactor, std::span<const double> totals,
                        std::span<Verdict> verdicts, const BatchRun& run) {
   RequireSameCount(totals.size(), verdicts.size());
-  return ForEachBlock(run, verdicts.size(), kBlockRows, [&](std::size_t from, std::size_t count) {
-    Kernels().total(limit, warningFactor, {totals.data() + from, 1}, ColumnOf(verdicts, from), count);
+  return ForEachBlock(run, verdicts.size(), kJudgementBlockRows, [&](std::size_t from, std::size_t count) {
+    JudgementsInUse().total(limit, warningFactor, {totals.data() + from, 1}, ColumnOf(verdicts, from), count);
   });
 }
 
@@ -57,11 +58,11 @@ bool ShadeBatch(const BatchView<const double, 3>& trials, const BatchView<const 
                 const BatchView<std::int32_t, 3>& words, const BatchRun& run) {
   RequireSameCount(trials.size(), words.size());
   RequireSameCount(differences.size(), words.size());
-  return ForEachBlock(run, words.size(), kBlockRows, [&](std::size_t from, std::size_t count) {
+  return ForEachBlock(run, words.size(), kJudgementBlockRows, [&](std::size_t from, std::size_t count) {
     std::array<Column<const double>, 6> colors;
     std::ranges::copy(ColumnsOf(trials, from, count), colors.begin());
     std::ranges::copy(ColumnsOf(differences, from, count), colors.begin() + 3);
-    Kernels().shade(colors.data(), ColumnsOf(words, from, count).data(), count);
+    JudgementsInUse().shade(colors.data(), ColumnsOf(words, from, count).data(), count);
   });
 }
 

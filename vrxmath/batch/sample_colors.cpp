@@ -9,7 +9,7 @@
 namespace vrx {
 namespace {
 
-constexpr std::size_t kBlockRows = 2048;
+constexpr std::size_t kColorBlockRows = 2048;
 
 template <class COLORS>
 const BatchView<const double, 3>& ViewUnder(const COLORS& colors, std::size_t j) {
@@ -116,7 +116,7 @@ ColorTable ColorsOf(const Samples& samples, std::int32_t system, std::span<const
       }
     }
   };
-  if (!ForEachBlock(run, count, kBlockRows, fill)) return {};
+  if (!ForEachBlock(run, count, kColorBlockRows, fill)) return {};
   return table;
 }
 

@@ -12,7 +12,8 @@ namespace vrx {
 namespace {
 
 constexpr std::size_t kSamples = static_cast<std::size_t>(kWavelengths);
-constexpr std::size_t kBlockRows = 2048;  // handed to a thread at a time; a multiple of the kernels' blocks
+constexpr std::size_t kTristimulusBlockRows =
+    2048;  // handed to a thread at a time; a multiple of the kernels' blocks
 constexpr std::size_t kTargetsTogether = 32;
 
 template <class SAMPLE>
@@ -57,9 +58,10 @@ bool RunAll(std::span<const vrxIlluminant> illuminants, std::int32_t observer,
     const std::size_t together = std::min(kTargetsTogether, illuminants.size() - j);
     std::array<const double*, kTargetsTogether> weights{};
     for (std::size_t k = 0; k < together; ++k) weights[k] = RequireWeightTable(illuminants[j + k], observer);
-    const bool finished = ForEachBlock(run, count, kBlockRows, [&](std::size_t from, std::size_t rows) {
-      RunRows<SAMPLE>(curves, {weights.data(), together}, xyz.subspan(j, together), from, rows);
-    });
+    const bool finished =
+        ForEachBlock(run, count, kTristimulusBlockRows, [&](std::size_t from, std::size_t rows) {
+          RunRows<SAMPLE>(curves, {weights.data(), together}, xyz.subspan(j, together), from, rows);
+        });
     if (!finished) return false;
   }
   return true;
