@@ -1,14 +1,13 @@
 # Sources that are compiled once for each instruction set that the library chooses from at run time.
 #
-# VRX_LANE_SETS   their names, narrowest first; `all` that are known (the default), or `native`, the base and the widest of the
-#                 building machine, for a build that has to be there soon. The base is always there and needs no more
-#                 than every processor of the platform has.
+# VRX_LANE_SETS   their names, narrowest first; `all` that are known (the default), or some, for a build that has to be there
+#                 soon. The base is always there and needs no more than every processor of the platform has.
 #
 # vrx_add_lane_objects(<name> <result> SOURCES <file>...) declares an object library <name>_<set> per set and puts their
 # names into <result>. The sources see VRX_LANES, the lanes of a pack (1: plain numbers), and are written so that all
 # they define is local or a specialisation for that count (vrxmath/numeric/lane_kernels.h).
 
-set(VRX_LANE_SETS all CACHE STRING "Instruction sets that kernels are compiled for: all, native, or a list such as base;avx2")
+set(VRX_LANE_SETS all CACHE STRING "Instruction sets that kernels are compiled for: all, or a list such as base;avx2")
 set(VRX_LANE_FLAGS_base "")
 set(VRX_LANE_COUNT_base 2)
 set(known base)
@@ -28,24 +27,7 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "x86|i[3-6]86|AMD64|amd64")
   endif()
 endif()
 
-# The base and the widest set that the compiler finds in this machine.
-function(vrx_native_lane_sets result)
-  set(${result} base PARENT_SCOPE)
-  if(NOT "avx2" IN_LIST known OR CMAKE_CROSSCOMPILING)
-    return()
-  endif()
-  file(WRITE ${CMAKE_BINARY_DIR}/native.h "")
-  execute_process(COMMAND ${CMAKE_CXX_COMPILER} -march=native -dM -E ${CMAKE_BINARY_DIR}/native.h OUTPUT_VARIABLE macros)
-  if(macros MATCHES "__AVX512DQ__" AND macros MATCHES "__AVX512VL__")
-    set(${result} base avx512 PARENT_SCOPE)
-  elseif(macros MATCHES "__AVX2__" AND macros MATCHES "__FMA__")
-    set(${result} base avx2 PARENT_SCOPE)
-  endif()
-endfunction()
-
-if(VRX_LANE_SETS STREQUAL "native")
-  vrx_native_lane_sets(lane_sets)
-elseif(VRX_LANE_SETS STREQUAL "all")
+if(VRX_LANE_SETS STREQUAL "all")
   set(lane_sets ${known})
 else()
   set(lane_sets ${VRX_LANE_SETS})

@@ -248,7 +248,7 @@ py::tuple Judge(const py::object& standard, const py::object& samples, const py:
   if (std::isnan(warning)) throw py::value_error("warning: a number is expected");
   bool single = false;
   JudgeConditions conditions;
-  conditions.difference = SettingsOf(system, parameters);
+  conditions.difference = python::SettingsOf(system, parameters);
   conditions.illuminants = IlluminantsOf(illuminants, single);
   conditions.observer = ObserverOf(observer);
   conditions.rule = RuleOf(verdict);

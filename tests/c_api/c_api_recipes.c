@@ -1,7 +1,7 @@
 /* Recipes and corrections: a colour that is made of two paints is found again, and a batch that lacks one of them gets it. */
 #include "c_api_checks.h"
 
-static int32_t calls;
+static int32_t calls, goes_on = 1;
 static int32_t VRX_CALL count_calls(double part, void* context) {
   if (part < 0 || part > 1) ++failures;
   ++calls;
@@ -13,7 +13,7 @@ static int32_t ids[3];
 static double target[40], batch[40];
 
 static void matches(void) {
-  int32_t found = 0, goes_on = 1, lines[6], kind;
+  int32_t found = 0, lines[6], kind;
   double amounts[6], differences[2], curve[40], black[40], white[40], share[2] = {0, 0};
   vrx_recipe_summary summary = {0};
   summary.size = sizeof summary;
