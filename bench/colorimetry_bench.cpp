@@ -36,7 +36,7 @@ const Samples& TheSamples() {
     Samples s;
     uint32_t state = 12345;
     const auto random = [&state] {
-      state = state * 1664525u + 1013904223u;
+      state = state * 1664525U + 1013904223U;
       return (state >> 8) / 16777216.0;
     };
     for (int n = 0; n < kColours; ++n) {

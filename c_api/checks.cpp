@@ -163,7 +163,7 @@ void Arrays::AddPlace(std::span<const std::byte> place, const char* name) {
 }
 
 bool Arrays::IsPlace(std::span<const std::byte> bytes) const {
-  const std::less<const std::byte*> before;  // of any two pointers
+  const std::less<> before;  // of any two pointers
   return std::any_of(places_.begin(), places_.begin() + placeCount_, [&](std::span<const std::byte> place) {
     return before(bytes.data(), place.data() + place.size()) &&
            before(place.data(), bytes.data() + bytes.size());
@@ -287,7 +287,7 @@ CString Text(const vrx_char16* utf16, const char* name) {
   NeedPlace(utf16, name);
   const vrx_char16* end = utf16;
   while (*end != 0) ++end;
-  return CString(std::u16string(utf16, end));
+  return {std::u16string(utf16, end)};
 }
 
 void Give(const CString& result, char* text, int32_t capacity, int32_t* length) {

@@ -159,7 +159,7 @@ CDifferenceSettings Settings(const vrx_system* system);
 
 /// How functions with many rows are run (vrx_set_threads).
 BatchRun Run();
-void SetThreads(unsigned threads);
+void SetThreads(unsigned count);
 
 // Texts -----------------------------------------------------------------------------------------------------------
 

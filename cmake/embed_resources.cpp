@@ -56,9 +56,9 @@ std::u32string CodePoints(const std::string& utf8) {
       continue;
     }
     const std::size_t extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0x80 ? 1 : 0;
-    char32_t code = extra == 0 ? lead : lead & (0x3Fu >> extra);
+    char32_t code = extra == 0 ? lead : lead & (0x3FU >> extra);
     for (std::size_t k = 1; k <= extra; ++k)
-      code = code << 6 | (static_cast<unsigned char>(utf8.at(i + k)) & 0x3Fu);
+      code = code << 6 | (static_cast<unsigned char>(utf8.at(i + k)) & 0x3FU);
     points += code;
     i += extra + 1;
   }

@@ -633,6 +633,7 @@ class CxfReader final : public MeasurementReader {
   struct WavelengthRange {
     double first = 0, step = 0;
     std::size_t count = 0;
+    // NOLINTNEXTLINE(modernize-use-nullptr): of what the compiler writes
     auto operator<=>(const WavelengthRange&) const = default;
   };
 

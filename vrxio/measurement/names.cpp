@@ -68,7 +68,7 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
     row[0] = i;
     for (std::size_t j = 1; j <= b.size(); ++j) {
       const auto equal = [&](std::size_t x, std::size_t y) { return LowerCase(a[x]) == LowerCase(b[y]); };
-      row[j] = std::min({above[j] + 1, row[j - 1] + 1, above[j - 1] + (equal(i - 1, j - 1) ? 0u : 1u)});
+      row[j] = std::min({above[j] + 1, row[j - 1] + 1, above[j - 1] + (equal(i - 1, j - 1) ? 0U : 1U)});
       if (i > 1 && j > 1 && equal(i - 1, j - 2) && equal(i - 2, j - 1))
         row[j] = std::min(row[j], before[j - 2] + 1);
     }

@@ -84,7 +84,7 @@ class Helpers {
 }  // namespace
 
 unsigned CoreCount() noexcept {
-  return std::max(1u, std::thread::hardware_concurrency());
+  return std::max(1U, std::thread::hardware_concurrency());
 }
 
 bool ForEachBlock(const BatchRun& run, std::size_t rows, std::size_t blockRows,

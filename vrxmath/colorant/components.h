@@ -180,7 +180,7 @@ class VRX_API CColorant : public CComponent {
   using MovesBitwise = CColorant;
 
   CColorant() = default;
-  // NOLINTNEXTLINE(bugprone-copy-constructor-init): the assignment takes over the base too
+  // NOLINTNEXTLINE(bugprone-copy-constructor-init,readability-redundant-member-init): the assignment takes over the base too
   CColorant(const CColorant& other) : CComponent() { *this = other; }
   explicit CColorant(const CComponent& other) { *this = other; }
   /// Takes over a component; a resin becomes a colorant, every other kind stays what it is.
@@ -258,7 +258,7 @@ class VRX_API CResin : public CComponent {
   using MovesBitwise = CResin;
 
   CResin();
-  // NOLINTNEXTLINE(bugprone-copy-constructor-init): the assignment takes over the base too
+  // NOLINTNEXTLINE(bugprone-copy-constructor-init,readability-redundant-member-init): the assignment takes over the base too
   CResin(const CResin& other) : CComponent() { *this = other; }
   explicit CResin(const CComponent& other) { *this = other; }
   /// Takes over a component as a resin.

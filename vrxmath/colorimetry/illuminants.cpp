@@ -28,7 +28,7 @@ Description DescriptionOf(vrxIlluminant illuminant) {
 enum ObserverForm : uint32_t { kPlain = 0, kDash = 2, kSlash = 4 };
 
 WideView ObserverText(int32_t observer, ObserverForm form) {
-  return FindString(kStringObserver + form + (observer == kObserver10 ? 1u : 0u));
+  return FindString(kStringObserver + form + (observer == kObserver10 ? 1U : 0U));
 }
 
 WideChar LowerCase(WideChar c) {

@@ -58,7 +58,7 @@ constexpr double kRidge = 1e-11;
 template <std::size_t N>
 void StartPack(const MatchProblem& problem, const uint16_t* const* subset, SubsetSolution* const* solutions) {
   const bool hasBase = problem.baseK != nullptr;
-  const auto columns = static_cast<std::size_t>(problem.colorants) + (hasBase ? 1u : 0u);
+  const auto columns = static_cast<std::size_t>(problem.colorants) + (hasBase ? 1U : 0U);
   Lanes A[N][N], b[N], linear[N], form[N][N];
   for (std::size_t i = 0; i < N; ++i) {
     LaneValues value;

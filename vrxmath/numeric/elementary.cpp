@@ -77,7 +77,7 @@ VRX_LANE_INLINE double ExpOfSum(double hi, double lo) {
 /// ln x to about 2^-67 of itself, for x > 0 and finite.
 VRX_LANE_INLINE DoubleSum LogOfPositive(double x) {
   const bool subnormal = x < kLowest;
-  return LogOfNormal(subnormal ? x * 0x1p54 : x, std::uint64_t{subnormal ? 54u : 0u});
+  return LogOfNormal(subnormal ? x * 0x1p54 : x, std::uint64_t{subnormal ? 54U : 0U});
 }
 
 /// Whether x has a finite logarithm; if not, `*limit` receives what takes its place.

@@ -41,7 +41,7 @@ int32_t Columns(const CMatrix& matrix) {
 /// none.
 uint32_t BlockSize(const CMatrix& matrix, uint32_t n) {
   const uint32_t size = std::min({n, matrix.GetRowCount(), matrix.GetColumnCount()});
-  if (n > std::max(size, 1u)) foundation_internal::ReportIndexError();
+  if (n > std::max(size, 1U)) foundation_internal::ReportIndexError();
   return size;
 }
 

@@ -74,14 +74,14 @@ struct Mask {
     }
 #endif
     unsigned bits = 0;
-    for (int lane = 0; lane < kLaneCount; ++lane) bits |= (m.v[lane] != 0 ? 1u : 0u) << lane;
+    for (int lane = 0; lane < kLaneCount; ++lane) bits |= (m.v[lane] != 0 ? 1U : 0U) << lane;
     return bits;
   }
   friend VRX_LANE_INLINE bool Any(Mask m) {
     return LaneBits(m) != 0;
   }
   friend VRX_LANE_INLINE bool All(Mask m) {
-    return LaneBits(m) == (1u << kLaneCount) - 1;
+    return LaneBits(m) == (1U << kLaneCount) - 1;
   }
 };
 
@@ -327,7 +327,7 @@ VRX_LANE_INLINE void StoreSome(T x, double* to) {
   if constexpr (kCount >= T::kLanes) return Store(x, to);
 #if defined(__AVX512F__)
   if constexpr (T::kLanes == 8) {
-    _mm512_mask_storeu_pd(to, (1u << kCount) - 1, x.v);
+    _mm512_mask_storeu_pd(to, (1U << kCount) - 1, x.v);
     return;
   }
 #endif

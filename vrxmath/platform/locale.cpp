@@ -32,13 +32,13 @@ CString OneOrTwoDigits(unsigned value, std::size_t count) {
 }
 
 CString DayText(std::size_t count, const PictureContext& context) {
-  const std::size_t day = context.time.dayOfWeek - 1u;
+  const std::size_t day = context.time.dayOfWeek - 1U;
   if (count <= 2) return OneOrTwoDigits(context.time.day, count);
   return count == 3 ? context.conventions.shortDayNames[day] : context.conventions.dayNames[day];
 }
 
 CString MonthText(std::size_t count, const PictureContext& context) {
-  const std::size_t month = context.time.month - 1u;
+  const std::size_t month = context.time.month - 1U;
   if (count <= 2) return OneOrTwoDigits(context.time.month, count);
   if (count == 3) return context.conventions.shortMonthNames[month];
   return context.showsDay ? context.conventions.monthNames[month]
@@ -46,7 +46,7 @@ CString MonthText(std::size_t count, const PictureContext& context) {
 }
 
 CString YearText(std::size_t count, const PictureContext& context) {
-  return count <= 2 ? Digits(context.time.year % 100u, count) : Digits(context.time.year, 4);
+  return count <= 2 ? Digits(context.time.year % 100U, count) : Digits(context.time.year, 4);
 }
 
 CString EraText(std::size_t, const PictureContext& context) {
@@ -54,7 +54,7 @@ CString EraText(std::size_t, const PictureContext& context) {
 }
 
 CString Hour12Text(std::size_t count, const PictureContext& context) {
-  return OneOrTwoDigits((context.time.hour + 11u) % 12u + 1u, count);
+  return OneOrTwoDigits((context.time.hour + 11U) % 12U + 1U, count);
 }
 
 CString Hour24Text(std::size_t count, const PictureContext& context) {

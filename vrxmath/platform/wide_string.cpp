@@ -30,11 +30,11 @@ char32_t DecodeCodePoint(std::string_view utf8, std::size_t& pos) {
   if (lead < 0x80) return lead;
   const int extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
   if (lead < 0xC2 || lead > 0xF4 || utf8.size() - pos < static_cast<std::size_t>(extra)) return kReplacement;
-  char32_t code = lead & (0x3Fu >> extra);
+  char32_t code = lead & (0x3FU >> extra);
   for (int i = 0; i < extra; ++i) {
     const unsigned next = byte(pos + static_cast<std::size_t>(i));
-    if ((next & 0xC0u) != 0x80u) return kReplacement;
-    code = code << 6 | (next & 0x3Fu);
+    if ((next & 0xC0U) != 0x80U) return kReplacement;
+    code = code << 6 | (next & 0x3FU);
   }
   constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
   if (code < kSmallest[extra] || code > 0x10FFFF || IsHighSurrogate(code) || IsLowSurrogate(code)) {

@@ -113,7 +113,7 @@ class StandardOfItsOwn final : public Standards {
   };
   static constexpr std::size_t kMaxEntries = 4'000'000;
   static constexpr int kGeometryBits = 8;
-  static constexpr uint64_t kGeometryMask = (1u << kGeometryBits) - 1;
+  static constexpr uint64_t kGeometryMask = (1U << kGeometryBits) - 1;
   static constexpr int32_t kAnyGeometryOfAll = -2;
 
   Entry EntryOf(const CurveRow& row) const {

@@ -22,7 +22,7 @@ class OpenFile : public ExclusiveFile {
   bool Append(std::string_view bytes) override {
     if (!::SetFilePointerEx(file_.Get(), {}, nullptr, FILE_END)) return false;
     while (!bytes.empty()) {
-      const auto count = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), 1u << 30));
+      const auto count = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), 1U << 30));
       DWORD written = 0;
       if (!::WriteFile(file_.Get(), bytes.data(), count, &written, nullptr) || written == 0) return false;
       bytes.remove_prefix(written);
