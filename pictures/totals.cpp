@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ranges>
 #include <utility>
 
 #include "pictures/texts.h"
@@ -140,7 +141,7 @@ void NameSeries(Picture& picture, const TrendData& data, const Rect& area, const
   for (const TotalsSeries& series : data.series) {
     for (std::size_t i = series.totals.size(); i-- > 0;) {
       if (!IsShown(series.totals[i].value)) continue;
-      ends.push_back({std::max(scale.y0 + scale.perY * series.totals[i].value, area.top), &series.name});
+      ends.emplace_back(std::max(scale.y0 + scale.perY * series.totals[i].value, area.top), &series.name);
       break;
     }
   }
@@ -148,8 +149,7 @@ void NameSeries(Picture& picture, const TrendData& data, const Rect& area, const
   const double line = 0.8 * look.textHeight;
   // From the bottom up, then from the top down: each at least a line from the next.
   double free = area.Bottom() + look.textHeight / 2;
-  for (auto end = ends.rbegin(); end != ends.rend(); ++end)
-    free = end->first = std::min(end->first, free - line);
+  for (auto& end : std::views::reverse(ends)) free = end.first = std::min(end.first, free - line);
   free = area.top - line;
   for (auto& end : ends) free = end.first = std::max(end.first, free + line);
   for (const auto& [y, name] : ends) {

@@ -162,18 +162,18 @@ void MarkupWindow::RequireEnd() {
   }
 }
 
-bool TakeAttribute(std::string_view& tag, MarkupAttribute& attribute) {
+bool TakeAttribute(std::string_view& attributes, MarkupAttribute& attribute) {
   std::size_t at = 0;
-  while (at < tag.size() && IsSpace(tag[at])) ++at;
+  while (at < attributes.size() && IsSpace(attributes[at])) ++at;
   std::size_t end = at;
-  while (end < tag.size() && !IsSpace(tag[end]) && tag[end] != '=') ++end;
-  attribute.name = tag.substr(at, end - at);
-  while (end < tag.size() && tag[end] != '"' && tag[end] != '\'') ++end;
-  if (end >= tag.size()) return false;
-  const std::size_t close = tag.find(tag[end], end + 1);
+  while (end < attributes.size() && !IsSpace(attributes[end]) && attributes[end] != '=') ++end;
+  attribute.name = attributes.substr(at, end - at);
+  while (end < attributes.size() && attributes[end] != '"' && attributes[end] != '\'') ++end;
+  if (end >= attributes.size()) return false;
+  const std::size_t close = attributes.find(attributes[end], end + 1);
   if (close == kNotFound) return false;
-  attribute.value = tag.substr(end + 1, close - end - 1);
-  tag.remove_prefix(close + 1);
+  attribute.value = attributes.substr(end + 1, close - end - 1);
+  attributes.remove_prefix(close + 1);
   return true;
 }
 

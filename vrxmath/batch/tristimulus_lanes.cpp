@@ -478,7 +478,7 @@ VRX_LANE_INLINE void StreamNumbers(const double* from, std::size_t count, double
 class ValueWriter {
  public:
   ValueWriter(const TristimulusTarget* targets, std::size_t count, std::size_t rows)
-      : targets_(targets), values_(3 * count), sideBySide_(true) {
+      : targets_(targets), values_(3 * count) {
     for (std::size_t k = 0; k < values_; ++k) {
       const TristimulusTarget& target = targets[k / 3];
       sideBySide_ &= target.first[k % 3] == targets[0].first[0] + k && target.stride == targets[0].stride;
@@ -519,7 +519,7 @@ class ValueWriter {
 
   const TristimulusTarget* targets_;
   std::size_t values_;
-  bool sideBySide_, contiguous_, stream_;
+  bool sideBySide_ = true, contiguous_, stream_;
 };
 
 // All values of some curves are summed at once, and how many they are is known to the compiler.

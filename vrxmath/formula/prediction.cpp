@@ -13,10 +13,8 @@ namespace vrx {
 namespace {
 
 bool AmountsAreValid(const CDbFormula& formula) {
-  for (const CDbFormulaElement& line : formula) {
-    if (!(line.amount >= 0.0) || std::isinf(line.amount)) return false;
-  }
-  return true;
+  return std::ranges::all_of(
+      formula, [](const CDbFormulaElement& line) { return line.amount >= 0.0 && !std::isinf(line.amount); });
 }
 
 // Calls `use` (component, amount) for every component of `components` that has a line; returns the number of

@@ -34,8 +34,8 @@ struct VRX_API CListData {
 class VRX_API CListDataArray : public CArrayVarex<CListData> {
  public:
   /// Index of the first entry with that text or id; -1 when there is none.
-  [[nodiscard]] int32_t IndexOfText(WideView text) const;
-  [[nodiscard]] int32_t IndexOfId(uint32_t id) const;
+  [[nodiscard]] int32_t IndexOfText(WideView wanted) const;
+  [[nodiscard]] int32_t IndexOfId(uint32_t wanted) const;
 
   void SortByText(bool descending);
   /// By id; equal ids by text in the same direction.

@@ -49,7 +49,7 @@ class SubsetRefiner {
   /// Gauss-Newton steps under the limits from the shares of `solution` on, which are moved within the limits first.
   /// Ends kInside also on a limit other than 0; kAtBound when a share is 0, kUnsolved when no shares obey the limits.
   /// `prices`, when given, add each share's price times the share to the objective.
-  void Solve(const uint16_t* subset, int32_t size, SubsetSolution& solution,
+  void Solve(const uint16_t* subset, int32_t count, SubsetSolution& solution,
              const double* prices = nullptr) const;
 
   Limits LimitsOf(const uint16_t* subset, std::size_t size) const;

@@ -23,16 +23,16 @@ class WorstRefiner {
       : target_(target), refiner_(offer, target.Problem()) {}
 
   /// Moves shares, which obey the limits, to the smallest largest difference. Returns it.
-  double Level(const uint16_t* subset, int32_t size, SubsetSolution& solution) const;
+  double Level(const uint16_t* subset, int32_t count, SubsetSolution& solution) const;
 
   /// Moves shares to the least total of price times share whose largest difference is at most `tolerance`. Returns the
   /// largest difference; shares beyond the tolerance stay where they are.
-  double Cheapen(const uint16_t* subset, int32_t size, const double* prices, double tolerance,
+  double Cheapen(const uint16_t* subset, int32_t count, const double* prices, double tolerance,
                  SubsetSolution& solution) const;
 
   /// That total in the model at the shares of `solution`: near it what Cheapen reaches, at the cost of one evaluation.
   /// HUGE_VAL where the model does not come within the tolerance.
-  double LeastPrice(const uint16_t* subset, int32_t size, const double* prices, double tolerance,
+  double LeastPrice(const uint16_t* subset, int32_t count, const double* prices, double tolerance,
                     const SubsetSolution& solution) const;
 
  private:

@@ -160,7 +160,7 @@ class VRX_API CXmlReader {
   void Replace(int32_t from, int32_t to, WideView text);
   void GiveEndTag(int32_t index);
   bool AddRoot(const std::u16string& markup);
-  int32_t AddAfter(int32_t parent, int32_t previous, WideView name, WideView data);
+  int32_t AddAfter(int32_t parent, int32_t previous, WideView name, WideView markup);
   [[nodiscard]] int32_t ChildBefore(int32_t parent, int32_t next) const;
   void Forget(int32_t index);
   void ForgetIndexes();

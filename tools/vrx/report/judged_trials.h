@@ -68,9 +68,9 @@ class JudgedTrials {
   /// `settings` must outlive it.
   explicit JudgedTrials(const JudgeSettings& settings);
 
-  /// Takes a trial with the outcome, its standard, and the judge that holds that at an index. Throws InputError beyond kMost.
-  void Add(const CurveRow& trial, const TrialJudgement& judgement, const Standard& standard,
-           const Judge& judge, std::size_t standardIndex);
+  /// Takes a trial's row with the outcome, its standard, and the judge that holds that at an index. Throws InputError beyond kMost.
+  void Add(const CurveRow& row, const TrialJudgement& judgement, const Standard& standard, const Judge& judge,
+           std::size_t standardIndex);
   /// The wavelengths that were measured, in nm; all of the grid before.
   void SetMeasured(double first, double last) { measured_.Set(first, last); }
   int32_t FirstSample() const { return measured_.first; }

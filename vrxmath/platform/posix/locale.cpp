@@ -6,8 +6,7 @@
 
 #include <vrxmath/platform/posix/locale_texts.h>
 
-namespace vrx {
-namespace platform_internal {
+namespace vrx::platform_internal {
 namespace {
 
 // A locale of the C library, while it is asked; also this thread's, so that its encoding can be converted.
@@ -86,5 +85,4 @@ const Locale& SystemLocale() {
   return locale;
 }
 
-}  // namespace platform_internal
-}  // namespace vrx
+}  // namespace vrx::platform_internal

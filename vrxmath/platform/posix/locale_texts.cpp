@@ -4,8 +4,7 @@
 #include <climits>
 #include <vector>
 
-namespace vrx {
-namespace platform_internal {
+namespace vrx::platform_internal {
 namespace {
 
 // One conversion of strftime as a picture, with the names short and in full.
@@ -204,5 +203,4 @@ LocaleConventions ConventionsOf(const PosixLocaleTexts& texts) {
   return conventions;
 }
 
-}  // namespace platform_internal
-}  // namespace vrx
+}  // namespace vrx::platform_internal
