@@ -23,7 +23,7 @@ auto Reading(const READ& read) {
   try {
     return read();
   } catch (const io::ScaleError& error) {
-    throw Refusal{VRX_REFUSED, error.Statement() + "; say which by VRX_SCALE_FRACTION or VRX_SCALE_PERCENT"};
+    throw Refusal{VRX_REFUSED, error.Statement() + "; choose with VRX_SCALE_FRACTION or VRX_SCALE_PERCENT"};
   } catch (const io::InputError& error) {
     throw Refusal{VRX_REFUSED, error.what()};
   }

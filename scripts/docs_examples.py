@@ -1,14 +1,18 @@
 #!/usr/bin/env python3
 """Holds the pages of docs/ to what they claim.
 
-    scripts/docs_examples.py --check VRX     fails where an example prints something else, a link or a picture leads nowhere, or
-                                             no page leads to another
-    scripts/docs_examples.py --update VRX    writes what the examples print now, and the pictures that they make
+    scripts/docs_examples.py --check VRX     fails if an example prints something else, a table of options differs from what the
+                                             commands declare, a link or a picture leads nowhere, or no link leads to a page, or
+                                             a page names a source or a function that is not there
+    scripts/docs_examples.py --update VRX    writes what the examples print now, the pictures that they make, and the tables
 
 An example is a fenced block `console`: a line that begins with "$ " is a command of the shell (a backslash at its end goes on in the
 next line), what follows up to the next one is what it prints on both of its streams. The examples of a page run one after the other
 in a folder of their own, in which `examples` is that of the project; files that they write into `pictures` are those of
 docs/pictures.
+
+A table of options is what lies between <!-- options: NAME --> and <!-- end of options -->: the section NAME of what
+`vrx manual markdown` prints. Each of its sections has its place in one page.
 """
 
 import argparse
@@ -21,10 +25,15 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import unicodedata
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DOCS = ROOT / "docs"
 BLOCK = re.compile(r"^```console\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+TABLE = re.compile(r"(<!-- options: (.+?) -->\n).*?(<!-- end of options -->)", re.DOTALL)
+FOLDERS = sorted(entry.name for entry in ROOT.iterdir() if entry.is_dir() and entry.name != "build")
+SOURCE = re.compile(r"`((?:" + "|".join(map(re.escape, FOLDERS)) + r")/[\w./]*(?:\.\w+|/))`")
+SYMBOL = re.compile(r"`([\w.]+)`(?:, `\w+`)?(?: and others)? in `([\w/]+\.(?:h|cpp))`")
 LINK = re.compile(r"(?<!`)!?\[[^\]]*\]\(([^)\s]+)\)")
 
 
@@ -98,30 +107,93 @@ def check_examples(vrx, update):
     return faults
 
 
+def option_tables(vrx):
+    """The sections of the page of all options by their headings."""
+    page = subprocess.run([vrx, "manual", "markdown"], stdout=subprocess.PIPE, check=True).stdout.decode("utf-8")
+    sections = re.split(r"^### (.+)$", re.sub(r"^##? .*$", "", page, flags=re.MULTILINE), flags=re.MULTILINE)
+    return {name: text.strip() for name, text in zip(sections[1::2], sections[2::2])}
+
+
+def check_tables(vrx, update):
+    """Faults of the tables of options."""
+    faults, tables, placed = [], option_tables(vrx), []
+    for page in pages():
+        text, name = page.read_text("utf-8"), page.relative_to(ROOT)
+
+        def table(match):
+            placed.append(match.group(2))
+            return match.group(1) + tables.get(match.group(2), "") + "\n" + match.group(3)
+
+        made = TABLE.sub(table, text)
+        if update:
+            page.write_text(made, "utf-8")
+        elif made != text:
+            faults.append(f"{name}: a table of options is not what the commands declare; --update makes it again")
+    for name in sorted({*tables, *placed}):
+        if placed.count(name) != 1 or name not in tables:
+            faults.append(f"the options of {name} have {placed.count(name)} places in the pages, {int(name in tables)} in the tool")
+    return faults
+
+
+def prose(page):
+    """The text of a page without its blocks of code."""
+    return re.sub(r"^```.*?^```$", "", page.read_text("utf-8"), flags=re.MULTILINE | re.DOTALL)
+
+
+def anchors(page):
+    """The anchors of a page's headings, as the site makes them."""
+    found = set()
+    for heading in re.findall(r"^#+ (.+)$", prose(page), re.MULTILINE):
+        plain = unicodedata.normalize("NFKD", re.sub(r"[`*\\]", "", heading)).encode("ascii", "ignore").decode("ascii")
+        found.add(re.sub(r"[-\s]+", "-", re.sub(r"[^\w\s-]", "", plain).strip().lower()))
+    return found
+
+
 def check_links():
-    """Links and pictures that lead nowhere, and pages to which none leads."""
+    """Links, anchors and pictures that lead nowhere, pages to which none leads, and those that the site does not list."""
     faults, reached = [], {ROOT / "README.md", DOCS / "index.md"}
     for page in pages():
-        text = re.sub(r"^```.*?^```$", "", page.read_text("utf-8"), flags=re.MULTILINE | re.DOTALL)
-        for target in LINK.findall(text):
-            if "://" in target or target.startswith(("#", "mailto:")):
+        for target in LINK.findall(prose(page)):
+            if "://" in target or target.startswith("mailto:"):
                 continue
-            path = (page.parent / target.split("#")[0]).resolve()
-            if not path.exists():
+            file, _, anchor = target.partition("#")
+            path = (page.parent / file).resolve() if file else page
+            if not path.exists() or (anchor and path.suffix == ".md" and anchor not in anchors(path)):
                 faults.append(f"{page.relative_to(ROOT)}: {target} leads nowhere")
             reached.add(path)
     faults += [f"{page.relative_to(ROOT)}: no page leads to it" for page in pages() if page.resolve() not in reached]
+    listed = set(re.findall(r"- (\S+\.md)$", (ROOT / "mkdocs.yml").read_text("utf-8"), re.MULTILINE))
+    here = {str(page.relative_to(DOCS)) for page in DOCS.rglob("*.md")}
+    faults += [f"mkdocs.yml: {name} is not listed" for name in sorted(here - listed)]
+    faults += [f"mkdocs.yml: {name} does not exist" for name in sorted(listed - here) if not name.startswith("reference/")]
+    return faults
+
+
+def check_sources():
+    """Files of the project that a page names and that are not there, and names that are not in the file where a page has them."""
+    faults = []
+    for page in pages():
+        text = prose(page)
+        name = page.relative_to(ROOT)
+        for path in SOURCE.findall(text):
+            if not (ROOT / path).exists():
+                faults.append(f"{name}: there is no {path}")
+        for symbol, path in SYMBOL.findall(text):
+            word = re.compile(r"\b" + symbol.removeprefix("vrx.") + r"\b")
+            if (ROOT / path).exists() and not word.search((ROOT / path).read_text("utf-8")):
+                faults.append(f"{name}: {path} has no {symbol}")
     return faults
 
 
 def main():
     """Checks or updates; the exit status is 1 where something is wrong."""
-    parser = argparse.ArgumentParser(description="Examples, links and pictures of the documents")
+    parser = argparse.ArgumentParser(description="Examples, tables of options, links and pictures of the documents")
     mode = parser.add_mutually_exclusive_group(required=True)
     mode.add_argument("--check", metavar="VRX", help="the built tool")
     mode.add_argument("--update", metavar="VRX", help="the built tool")
     arguments = parser.parse_args()
-    faults = check_examples(arguments.update or arguments.check, arguments.update is not None) + check_links()
+    vrx, update = arguments.update or arguments.check, arguments.update is not None
+    faults = check_examples(vrx, update) + check_tables(vrx, update) + check_links() + check_sources()
     print("\n".join(faults))
     return 1 if faults else 0
 

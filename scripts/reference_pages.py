@@ -3,7 +3,8 @@
 
     scripts/reference_pages.py VRX PYTHON_PATH FOLDER
 
-commands.md is the help of every command of the tool, python_api.md the docstrings of the module, which PYTHON_PATH leads to.
+commands.md is the help of every command of the tool, python_api.md has the docstrings of the module, which PYTHON_PATH leads to, and
+cpp_api.md leads to the pages that doxygen makes of the headers, in the folder cpp.
 """
 
 import importlib
@@ -75,12 +76,22 @@ def python_page(path):
     return "\n".join(parts)
 
 
+CPP_PAGE = """# Every C++ header
+
+- [Files](cpp/files.html): the headers by folder
+- [Classes](cpp/annotated.html) and [their members](cpp/functions.html)
+- [Functions, constants and enumerations](cpp/namespacemembers.html)
+- [The C interface](cpp/c__api_8h.html)
+"""
+
+
 def main():
-    """Writes both pages."""
+    """Writes the pages."""
     vrx, python_path, folder = sys.argv[1:]
     place = pathlib.Path(folder)
     place.mkdir(parents=True, exist_ok=True)
     (place / "commands.md").write_text(commands_page(vrx), "utf-8")
+    (place / "cpp_api.md").write_text(CPP_PAGE, "utf-8")
     (place / "python_api.md").write_text(python_page(python_path), "utf-8")
 
 

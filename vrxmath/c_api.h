@@ -116,7 +116,8 @@ enum { VRX_OBSERVER_2 = 0, VRX_OBSERVER_10 = 1 };
 /* The built-in illuminants in the order in which a user is offered them: how many, and the number at a position from 0. */
 VRX_C_API vrx_status VRX_CALL vrx_illuminant_count(int32_t* count);
 VRX_C_API vrx_status VRX_CALL vrx_illuminant_at(int32_t position, int32_t* illuminant);
-/* The number of an illuminant by its code, such as "D65", in any case; built-in ones are 0 to 25. */
+/* The number of an illuminant by its code, such as "D65", in any case; built-in ones are numbered from 0 to one below
+   vrx_illuminant_count. */
 VRX_C_API vrx_status VRX_CALL vrx_find_illuminant(const char* code, int32_t* illuminant);
 VRX_C_API vrx_status VRX_CALL vrx_find_illuminant16(const vrx_char16* code, int32_t* illuminant);
 /* Its display name. `style`: 0 "D65 - 10°", 1 and 3 "D65/10°", 2 "Illuminant D65", 4 "D65", 5 "Illuminant D65 - 10°",

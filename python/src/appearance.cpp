@@ -328,7 +328,7 @@ numpy.ndarray, shape (..., 3)
 Parameters
 ----------
 standard, sample : array_like, shape (..., 3)
-    L*, a*, b* of the untreated and of the treated specimen. A single row stands for all of the other.
+    L*, a*, b* of the untreated and of the treated specimen. A single row is used for all rows of the other.
 scale : str
     ``"change"`` of colour (ISO 105-A05), or ``"staining"`` (ISO 105-A04).
 steps : bool

@@ -105,7 +105,7 @@ void DefineColorant(py::module_& module) {
 Parameters
 ----------
 standard, batch : array_like, shape (..., 40)
-    Reflectance in percent of the same let-down. A single standard stands for all batches.
+    Reflectance in percent of the same let-down. A single standard is used for all batches.
 absorbance : bool
     Sum absorbance instead of K/S.
 band : tuple of 2 float

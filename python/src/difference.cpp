@@ -242,7 +242,7 @@ Parameters
 ----------
 standard, sample : array_like, shape (..., 3) or (..., 5)
     Coordinates in the space in which the system judges: L*, a*, b* for most, L*, u*, v* for ``"luv"``, Hunter L, a, b for
-    ``"hunter"``, with C and h behind them where they are at hand. A single row stands for all of the other. The uniform
+    ``"hunter"``, with C and h behind them where they are at hand. A single row is used for all rows of the other. The uniform
     spaces (``"cam16ucs"``, ``"oklab"``, ``"itp"``, ``"din99o"`` ...) want ``space`` to be said.
 system : str
     See :func:`systems`.

@@ -53,7 +53,7 @@ void DefineNames(py::module_& module) {
   py::class_<Illuminant>(module, "Illuminant",
                          R"(A lamp by its measured spectral power, taken wherever an illuminant is.
 
-Lamps are told apart by name and power: equal ones are equal, and a lamp that is pickled is the same in another process.
+Lamps are compared by name and power; a lamp that is pickled is the same in another process.
 
 Parameters
 ----------

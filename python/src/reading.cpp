@@ -61,7 +61,7 @@ py::dict Read(const std::string& path, const std::string& form, const std::strin
   try {
     WithoutLock([&](const auto&) { columns = io::ReadMeasurementTable(path, options); });
   } catch (const io::ScaleError& error) {
-    throw py::value_error(error.Statement() + "; say which by scale=\"fraction\" or scale=\"percent\"");
+    throw py::value_error(error.Statement() + "; choose with scale=\"fraction\" or scale=\"percent\"");
   }
   const std::size_t rows = columns.ids.size();
   py::dict result;

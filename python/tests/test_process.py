@@ -126,9 +126,9 @@ def test_paths_and_version(tmp_path):
 def test_what_the_tool_warns_of(tmp_path):
     narrow, whole = tmp_path / "narrow.csv", tmp_path / "whole.txt"
     narrow.write_text("id,450,460,470,480,490,500\na,40,40,40,40,40,40\n")
-    with pytest.warns(vrx.MeasurementWarning, match="narrow.csv: the wavelengths leave out a part"):
+    with pytest.warns(vrx.MeasurementWarning, match="narrow.csv: the wavelengths do not cover all"):
         read = vrx.read(narrow)
-    assert read.notes == ["the wavelengths leave out a part of 400 to 700 nm, which is guessed"]
+    assert read.notes == ["the wavelengths do not cover all of 400 to 700 nm; the rest is extrapolated"]
     fields = " ".join(["SAMPLE_ID", *(f"nm{nm}" for nm in range(400, 710, 10))])
     row = " ".join(["50"] * 31)
     whole.write_text(f"CGATS.17\nBEGIN_DATA_FORMAT\n{fields}\nEND_DATA_FORMAT\nBEGIN_DATA\na {row}\nEND_DATA\n")

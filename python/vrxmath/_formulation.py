@@ -204,7 +204,7 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
     within_range : bool
         No share outside of the range in which its component was calibrated.
     trace : float, optional
-        A colorant is a trace when leaving it out changes the colour by less; by default a tenth of `tolerance`. 0: none is.
+        A colorant is a trace if leaving it out changes the colour by less than this; by default a tenth of `tolerance`; 0: never.
     angle : float
         Aspecular, degrees, for the systems that depend on it.
     prerank : int

@@ -34,7 +34,7 @@ class Measurements:
     geometries : list of str
         The measuring geometry of each sample, empty where the file says nothing.
     form : str
-        The form of the file: "CSV", "CGATS", "CxF3" or "JSON".
+        The format of the file: "CSV", "CGATS", "CxF3" or "JSON".
     notes : list of str
         What was skipped, and why; and what Python warns of: guessed ends of curves, samples without one, mixed conditions.
     """
@@ -67,13 +67,13 @@ class Measurements:
 
 def read(path: str | os.PathLike[str], *, form: str | None = None,
          scale: Literal["percent", "fraction"] | None = None, fraction: bool = False) -> Measurements:
-    """Reads a file of measurements: CSV, CGATS, CxF or JSON, told apart by what stands in it.
+    """Reads a file of measurements: CSV, CGATS, CxF or JSON, recognised by its content.
 
     Parameters
     ----------
     path : str or os.PathLike
     form : str, optional
-        The form, where it should not be told from the content.
+        The format, if it should not be recognised by the content.
     scale : {"percent", "fraction"}, optional
         What reflectances are, where the file does not say it. They are percent if one comes to 2, and a question otherwise.
     fraction : bool

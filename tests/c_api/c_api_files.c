@@ -59,10 +59,10 @@ static void measurements(void) {
   OK(vrx_measurements_numbers(table, VRX_NUMBERS_CURVES, 0, 1, curves));
   CHECK(near(curves[10], 40, 1e-9));
   texts_of(table, VRX_TEXT_ID, 0, "1");
-  texts_of(table, VRX_TEXT_WARNING, 0, "the wavelengths leave out a part of 400 to 700 nm, which is guessed");
+  texts_of(table, VRX_TEXT_WARNING, 0, "the wavelengths do not cover all of 400 to 700 nm; the rest is extrapolated");
   OK(vrx_close(table));
   table = 7;
-  REFUSES(vrx_measurements_open("c_api.txt", NULL, &table), VRX_REFUSED, "by VRX_SCALE_FRACTION or VRX_SCALE_PERCENT");
+  REFUSES(vrx_measurements_open("c_api.txt", NULL, &table), VRX_REFUSED, "with VRX_SCALE_FRACTION or VRX_SCALE_PERCENT");
   options.form = 5;
   REFUSES(vrx_measurements_open("c_api.txt", &options, &table), VRX_OUT_OF_RANGE, "form");
   options.form = VRX_FORM_CGATS;

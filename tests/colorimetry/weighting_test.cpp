@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <span>
 
+#include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/platform/resources.h>
 
@@ -58,7 +59,7 @@ TEST(WeightingTables, KnownWhitePoints) {
 }
 
 TEST(WeightingTables, EveryBlockAddsUpToItsWhite) {
-  for (int illuminant = 0; illuminant <= 25; ++illuminant) {
+  for (int illuminant = 0; illuminant < kBuiltInIlluminants; ++illuminant) {
     for (const int degrees : {2, 10}) {
       char name[16];
       std::snprintf(name, sizeof name, "ILL%02d_%02d", illuminant, degrees);

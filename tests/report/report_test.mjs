@@ -220,7 +220,7 @@ test('paper has every row, under its headings, on numbered pages', async () => {
     writeTrials('paper.csv', count, () => 'lot');
     judge('paper.html', file('standard.csv'), file('paper.csv'), '--illuminants', illuminants, '--report-title', 'Lot "7" \\ <b>');
     await withPage('paper.html', async (page) => {
-      await page.getByLabel('Rows on a page').selectOption('25');
+      await page.getByLabel('Rows per page').selectOption('25');
       writeFileSync(file('paper.pdf'), await page.pdf({ preferCSSPageSize: true }));
       assert.equal((await rowsOf(page)).length, 25);  // the screen is as it was
     });
@@ -238,7 +238,7 @@ test('paper has every row, under its headings, on numbered pages', async () => {
 
 test('a page that is turned keeps the focus on its button', () => withPage('many.html', async (page) => {
   const focused = () => page.evaluate(() => document.activeElement.textContent);
-  await page.getByLabel('Rows on a page').selectOption('300');
+  await page.getByLabel('Rows per page').selectOption('300');
   await page.getByRole('button', { name: 'Next' }).focus();
   await page.keyboard.press('Enter');
   assert.equal(await focused(), 'Next');

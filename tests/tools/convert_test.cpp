@@ -202,7 +202,7 @@ TEST_F(Convert, RefusesWhatAFormCannotHold) {
   folder_.Write("old.cxf", "as it was");
   ExpectRefused({
       {"convert short.csv old.cxf", "CxF3 holds wavelengths that begin from 360 to 400 nm"},
-      {"convert odd.csv new.unknown", "the name tells no form of file"},
+      {"convert odd.csv new.unknown", "the name does not tell the format"},
       {"convert odd.csv new.csv --grid 400-700/7", "the step does not divide the range"},
       {"convert odd.csv new.txt --to-fraction", "CGATS is written in percent"},
       {"convert odd.csv /nowhere/new.csv", "/nowhere/new.csv: "},

@@ -64,11 +64,11 @@ TEST(Drawdowns, CurvesGoWhereTheirSurfaceSays) {
   const std::pair<std::string, const char*> kFaults[] = {
       {kHead + row("w,opaque,99.4,", 90), "d.csv, line 2: the shares of \"w\" add up to neither"},
       {kHead + row("w,opaque,0.5,0.494", 90), "d.csv, line 2: the shares"},
-      {kHead + row("w,opaque,101,-1", 90), "d.csv, line 2, column 4 (share:B): a share is a number"},
-      {kHead + row("w,opaque,x,100", 90), "d.csv, line 2, column 3 (share:W): a share is a number"},
-      {"id,share:W,share:W" + kGrid + row("w,50,50", 90), "column 3 (share:W): there are two such columns"},
+      {kHead + row("w,opaque,101,-1", 90), "d.csv, line 2, column 4 (share:B): a share must be a number"},
+      {kHead + row("w,opaque,x,100", 90), "d.csv, line 2, column 3 (share:W): a share must be a number"},
+      {"id,share:W,share:W" + kGrid + row("w,50,50", 90), "column 3 (share:W): the column appears twice"},
       {"id,share:" + kGrid + row("w,100", 90), "column 2 (share:): the component has no name"},
-      {"id,surface,Surface,share:W" + kGrid + row("w,opaque,opaque,100", 90), "there are two such columns"},
+      {"id,surface,Surface,share:W" + kGrid + row("w,opaque,opaque,100", 90), "the column appears twice"},
       {kHead + kFilm + row("card,black card,,", 1), "the film \"f\" has no row \"white card\""}};
   for (const auto& [content, message] : kFaults) {
     try {

@@ -103,7 +103,7 @@ TEST_F(Judging, KnownColours) {
   for (const auto& [arguments, out] : kRows) EXPECT_EQ(Run(arguments).out, out) << arguments;
   EXPECT_EQ(Run("judge s.csv t.csv --illuminants D65 --parameters 1.5:1").out,
             Run("judge s.csv t.csv --illuminants D65 --parameters 1.5,1").out);
-  EXPECT_NE(Run("average apart.csv").err.find("readings of \"u\" 4 lies apart"), std::string::npos);
+  EXPECT_NE(Run("average apart.csv").err.find("readings of \"u\" 4 is an outlier"), std::string::npos);
 }
 
 // Enough rows for several chunks; a bad one ends the output behind the rows before it, on any count of threads.
@@ -181,24 +181,24 @@ TEST_F(Judging, SearchesTheNearestStandards) {
   EXPECT_EQ(Run("search s.csv library.csv --within 0.7" + kLab).out, kHeader + "s,1,near,0.5\n");
   const Result status = Run("search s.csv library.csv --illuminants D65,A");
   EXPECT_EQ(status.status, 2);
-  EXPECT_NE(status.err.find("colours are seen under one illuminant"), std::string::npos);
+  EXPECT_NE(status.err.find("a colour belongs to one illuminant"), std::string::npos);
 }
 
 TEST_F(Judging, Refusals) {
   ExpectRefused({
-      {"judge s.csv t.csv", "s.csv: colours are seen under one illuminant"},
-      {"judge s.csv named.csv --illuminants D65 --standard-id s", "the trials name their standards"},
-      {"judge s.csv t.csv --illuminants D65 --verdict box", "no component has a limit; give --limits"},
+      {"judge s.csv t.csv", "s.csv: a colour belongs to one illuminant"},
+      {"judge s.csv named.csv --illuminants D65 --standard-id s", "the trials already name their standards"},
+      {"judge s.csv t.csv --illuminants D65 --verdict box", "no component has a limit; use --limits"},
       {"judge s.csv t.csv --illuminants D65 --verdict any", "total, box, both or worse"},
-      {"judge s.csv t.csv --illuminants D65 --limits dX=1", "dX=1 names none of dL, da, db"},
+      {"judge s.csv t.csv --illuminants D65 --limits dX=1", "dX=1 is not one of dL, da, db"},
       {"judge s.csv t.csv --illuminants D65 --limits dL=-1",
-       "one limit from 0 on, or the lower and the upper"},
+       "must be one limit of 0 or more, or the lower and the upper"},
       {"judge s.csv t.csv --illuminants D65 --limits dL=1 --tolerance 1,1,1,1,1,1,1",
        "has limits of components"},
-      {"judge s.csv t.csv --illuminants D65 --only pass", "--only: fail, warning or both"},
-      {"strength s.csv t.csv", "there are colours in it but no curves"},
-      {"average readings.csv --count 4", "2 rows are left over at the end"},
-      {"sort t.csv --blocks 0", "--blocks: sizes above 0"},
+      {"judge s.csv t.csv --illuminants D65 --only pass", "--only: must be fail, warning"},
+      {"strength s.csv t.csv", "the file has colours but no curves"},
+      {"average readings.csv --count 4", "2 rows remain at the end"},
+      {"sort t.csv --blocks 0", "--blocks: sizes must be above 0"},
   });
 }
 

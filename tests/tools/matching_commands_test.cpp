@@ -140,13 +140,13 @@ TEST_F(MatchingCommands, CalibrateRefusesWhatItCannotUse) {
        "over black than over white: the rows are swapped"},
       {"calibrate cards.csv --white W --output new.json", "black card is not darker than the white one"},
       {"calibrate single.csv --white W --output new.json",
-       "single.csv: \"B\" and \"C\" have one share only each in all their drawdowns"},
+       "single.csv: \"B\" and \"C\" have the same share in all their drawdowns"},
       {"calibrate both.csv --white W --output new.json",
-       "column 4 (amount:B): shares and amounts do not stand in one file"},
+       "column 4 (amount:B): a file cannot have both shares and amounts"},
       {"calibrate good.csv --white W --output new.json --components who.csv",
        "who.csv: no drawdown has a component \"1/10 B\""},
-      {"calibrate good.csv --white W --output new.json --components rest.csv", "there is not one base"},
-      {"calibrate good.csv --white W --output new.json --components more.csv", "are more than one"},
+      {"calibrate good.csv --white W --output new.json --components rest.csv", "there is no single base"},
+      {"calibrate good.csv --white W --output new.json --components more.csv", "add up to more than one"},
       {"calibrate good.csv --white W --output new.json --components self.csv", "self.csv, line 2"},
       {"calibrate good.csv --white W --output new.json --components part.csv", "part.csv, line 2, column 3"},
       {"calibrate good.csv --white W --output new.json --components w.csv", "component, of and amount"},
@@ -255,7 +255,7 @@ TEST_F(MatchingCommands, DyesBuildUpOnASubstrate) {
       {"calibrate ladder.csv" + again + " --add ladder.csv", "--add"},
       {"calibrate ladder.csv --model metallics --white c", "--model"},
       {"match dyes.json targets.csv --liquor 0.0001 --batch-size 3", "--liquor"},
-      {"match dyes.json targets.csv --liquor -1", "--liquor: litres per kilogram"},
+      {"match dyes.json targets.csv --liquor -1", "--liquor: must be litres per kilogram"},
       {"match " + kPaints + " targets.csv --specular none --liquor 10", "\"model\": --liquor is for dyes"},
   });
 }
@@ -286,7 +286,7 @@ TEST_F(MatchingCommands, CalibrateLearns) {
   EXPECT_EQ(rows[rows.size() - 1]["part"], "added");
   const std::string told = folder_.Read("err");
   EXPECT_NE(told.find("the held-out error of the drawdowns did not fall: "), std::string::npos) << told;
-  EXPECT_NE(told.find("what was added was foreseen with an error of "), std::string::npos) << told;
+  EXPECT_NE(told.find("what was added had been predicted with an error of "), std::string::npos) << told;
 }
 
 // The six formulas of the example, from the curves that they are predicted to give, and a masstone.
@@ -352,7 +352,7 @@ TEST_F(MatchingCommands, MatchAnswersWhateverIsAsked) {
   EXPECT_LT(far[0]["dE_D65"], far[1]["dE_D65"]);
   EXPECT_TRUE(far[0]["dE_A"].is_null() && far[0]["metamerism"].is_null());
   const std::string page = folder_.Read("far.html");
-  EXPECT_NE(page.find(">Target and what stands first<"), std::string::npos)
+  EXPECT_NE(page.find(">Target and first recipe<"), std::string::npos)
       << "swatches, but no curves of a colour";
   EXPECT_NE(page.find(" Quinacridone Magenta"), std::string::npos) << "by name, also beside csv and json";
   EXPECT_EQ(page.find("<svg"), std::string::npos);
@@ -764,7 +764,7 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
       {match + "t.csv --backings t.csv", "t.csv: two curves"},
       {match + "t.csv --max-addition 9%", "--from-stock"},
       {"match " + kPaints + " t.csv --formulas /nowhere/f.json", "/nowhere/f.json"},
-      {"match " + kPaints + " t.csv --formulas t.csv", "t.csv: is one of the files that are read"},
+      {"match " + kPaints + " t.csv --formulas t.csv", "t.csv: this file is read as input"},
       {"match two.json t.csv --require 1,2", "two.json: \"rules\" forbid every subset"},
       {"match two.json t.csv --require c",
        "two.json: component 3 \"c\" cannot be in a recipe: it has no levels"},
@@ -792,7 +792,7 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
       {correct + "f.json --batch hole.csv --target t.csv", "hole.csv, line 2, column 16 (500)"},
       {correct + "f.json --batch d.csv --target t.csv", "d.csv is darker than the surface alone"},
       {correct + "f.json --batch t.csv --target d.csv", "d.csv is darker than the surface alone"},
-      {correct + "f.json --batch t.csv --target dark.csv", "dark.csv: one curve is expected"},
+      {correct + "f.json --batch t.csv --target dark.csv", "dark.csv: expected exactly one curve"},
       {correct + "f.json --batch t.csv --target xyz.csv",
        "xyz.csv, line 1: a target is a curve or L*, a*, b*"},
       {correct + "f.json --batch t.csv --target bright.csv", "bright.csv, line 2: L* is not within 0 to 110"},

@@ -357,7 +357,7 @@ TEST_F(Report, VerdictsAreCountedMarkedAndDrawn) {
   ExpectPoints("pass in order", trend.Marks("s-pass"), {{1, 0.5}, {5, 0.6}, {6, 0.6}, {7, 0.6}, {8, 0.6}});
   ExpectPoints("limit and warning", trend.Lines("s-text"), {{0.5, 1.5}, {0.5, 1.125}});
   // Five in the first bins of half a unit, one each from 1 to 1.5 and from 2 on; 5 itself belongs to the last.
-  const Picture histogram(page, "How often");
+  const Picture histogram(page, "Frequency");
   const auto limits = histogram.Lines("s-text");
   ASSERT_EQ(limits.size(), 2u);
   EXPECT_TRUE(

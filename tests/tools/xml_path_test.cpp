@@ -39,14 +39,14 @@ TEST(XmlPath, SaysWhereItLeadsNowhere) {
       {"r[2]", "there is no element r[2]"},
       {"r/a[2]/b", "there is no element r/a[2]"},
       {"r/*/b/c", "there is no element r/*/b/c"},
-      {"", "a path has a name in each step, as in root/child[2]/@attribute"},
-      {"r//b", "a path has a name in each step, as in root/child[2]/@attribute"},
-      {"r/[1]", "a path has a name in each step, as in root/child[2]/@attribute"},
-      {"r/a[0]", "a step ends in a position such as [2], not in \"[0]\""},
-      {"r/a[1", "a step ends in a position such as [2], not in \"[1\""},
-      {"r/a[]", "a step ends in a position such as [2], not in \"[]\""},
-      {"r/a[1]b", "a step ends in a position such as [2], not in \"[1]b\""},
-      {"r/a[99999999999]", "a step ends in a position such as [2], not in \"[99999999999]\""},
+      {"", "each step of a path needs a name, as in root/child[2]/@attribute"},
+      {"r//b", "each step of a path needs a name, as in root/child[2]/@attribute"},
+      {"r/[1]", "each step of a path needs a name, as in root/child[2]/@attribute"},
+      {"r/a[0]", "a step may end in a position such as [2], not in \"[0]\""},
+      {"r/a[1", "a step may end in a position such as [2], not in \"[1\""},
+      {"r/a[]", "a step may end in a position such as [2], not in \"[]\""},
+      {"r/a[1]b", "a step may end in a position such as [2], not in \"[1]b\""},
+      {"r/a[99999999999]", "a step may end in a position such as [2], not in \"[99999999999]\""},
   };
   for (const auto& [path, reason] : paths) {
     try {

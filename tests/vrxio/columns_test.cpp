@@ -90,9 +90,8 @@ TEST(LimitTable, EachColumnIsItsLimit) {
 TEST(LimitTable, RefusesWithPlaceAndReason) {
   const std::string kHead = std::string(kBox) + "\n";
   const std::pair<std::string, const char*> kFaults[] = {
-      {"gloss," + kHead + "1,1,1,1,1,1,1,1\n",
-       "f, line 1, column 1 (gloss): the column is none of a tolerance"},
-      {"total," + kHead, "f, line 1, column 8 (total): there are two such columns"},
+      {"gloss," + kHead + "1,1,1,1,1,1,1,1\n", "f, line 1, column 1 (gloss): unknown column in a tolerance"},
+      {"total," + kHead, "f, line 1, column 8 (total): the column appears twice"},
       {"plus0,minus0,plus1,minus1,plus2,total\n1,1,1,1,1,1\n", "f, line 1: there is no column minus2"},
       {"geometry," + kHead + "SCI,1,1,1,1,1,1,1\n16deg,1,1,1,1,1,1,1\n",
        "f, line 3, column 1 (geometry): unknown geometry"},
@@ -106,7 +105,7 @@ TEST(LimitTable, RefusesWithPlaceAndReason) {
       {kHead + "1,1,1,1,1,-1.5,1\n", "f, line 2: the plus and minus limits of a component cross"},
       {kHead + "1,1,1,1,1,1,-0.1\n", "f, line 2: the limit of the total difference is negative"},
       {kHead + "1,1,1,1,1,1,x\n", "f, line 2, column 7 (total): \"x\" is not a number"},
-      {kHead + "1,1,1,1,1,1,1\n1,1,1,1,1,1,2\n", "f, line 3: an earlier row speaks of the same"},
+      {kHead + "1,1,1,1,1,1,1\n1,1,1,1,1,1,2\n", "f, line 3: an earlier row is for the same"},
   };
   for (const auto& [content, message] : kFaults) {
     try {
@@ -161,9 +160,9 @@ TEST(ValueRows, ColumnsInEverySpellingAndOrder) {
   for (const auto& [content, rows] : kGood) EXPECT_EQ(read(content), rows) << content;
   const std::pair<const char*, const char*> kFaults[] = {
       {"L1\n1\n", "f, line 1: there is no column a1"},
-      {"L1,a1,L2\n1,2,3\n", "f, line 1, column 3 (L2): the column is none of this file"},
-      {"L1,a1,L*1\n1,2,3\n", "f, line 1, column 3 (L*1): there are two such columns"},
-      {"id,L1,a1,sample\nx,1,2,y\n", "f, line 1, column 4 (sample): there are two such columns"},
+      {"L1,a1,L2\n1,2,3\n", "f, line 1, column 3 (L2): unknown column in this file"},
+      {"L1,a1,L*1\n1,2,3\n", "f, line 1, column 3 (L*1): the column appears twice"},
+      {"id,L1,a1,sample\nx,1,2,y\n", "f, line 1, column 4 (sample): the column appears twice"},
       {"L1,a1\n", "f: there is no row"},
       {"id,L1,a1\nx,1,2\n,1,2\n", "f, line 3, column 1 (id): the id is empty"},
       {"L1,a1\n1,2\n1,-\n", "f, line 3, column 2 (a1): \"-\" is not a number"},

@@ -168,7 +168,7 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
        "--wavelengths-in columns or --wavelengths-in rows"},
       {"1,2,3,4\n1,2,3,4\n", "f (CSV), line 1: 4 columns without a header; name their wavelengths"},
       {"id,400,410,420\na,1,5,2,5,3,5\n",
-       "f (CSV), line 2: the commas separate the columns and seem to be decimal signs"},
+       "f (CSV), line 2: commas separate the columns and seem to be decimal signs"},
       {"nm,a\n400,1\n410,x\n", "f (CSV), line 1"},
       {Cgats("SAMPLE_ID nm400 nm410 nm420", "a 10 20\nb 1 2 3"), "f (CGATS), line 6: the row is short"},
       {Cgats("SAMPLE_ID nm400 nm410 nm420", "a 10 20 30 40"), "f (CGATS), line 6: the row is long"},
@@ -176,7 +176,7 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
        "f (CGATS), line 6: field 4: \"x\" is not a number"},
       {Cgats("SAMPLE_ID nm400 nm410 nm420", "a 10 20 30", "NUMBER_OF_SETS 10000000000\n"),
        "NUMBER_OF_SETS is 10000000000, but there are 1"},
-      {Cgats("SAMPLE_ID nm400 nm410 nm420", "a 1 1.2 1.8"), "say which by --fraction or --percent"},
+      {Cgats("SAMPLE_ID nm400 nm410 nm420", "a 1 1.2 1.8"), "choose with --fraction or --percent"},
       {Cgats(kPairs, "a 400 10 410 20.5 420 30\nb 400 1 415 2 420 3"),
        "f (CGATS), line 7: field 4: the wavelength is 415, and 410 in the first row"},
       {Cgats(kPairs, "a 400 10 x 20.5 420 30"), "\"x\" is no wavelength"},
@@ -193,7 +193,7 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
       {Cxf("<@ReflectanceSpectrum ColorSpecification=\"s\"> </@ReflectanceSpectrum>", kMeasuring),
        "f (CxF3), line 4: ReflectanceSpectrum has no values"},
       {Cxf("", kMeasuring), "neither reflectances nor colours"},
-      {"<!DOCTYPE a [<!ENTITY b \"bb\">]><a/>", "f (CxF3), line 1: a document type has no place"},
+      {"<!DOCTYPE a [<!ENTITY b \"bb\">]><a/>", "f (CxF3), line 1: CxF must not have a document type"},
       {"<html/>", "the root element is html, not CxF"},
       {"<?xml version='1.0' encoding='KOI8-R'?><CxF/>", "the encoding KOI8-R is not read"},
       {"<CxF xmlns='http://www.example.com'/>", "not that of CxF3"},
@@ -210,7 +210,7 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
       {"[{\"L\":1,\"a\":2,\"b\":3},\n{\"L\":1,\"L\":2}]", "f (JSON), line 2: the object has two members L"},
       {"[{\"a\":" + deep + "}]", "nested more than 64 deep"},
       {"[{\"L\":1", "the file ends within the object"},
-      {"{}", "a list of objects is expected"},
+      {"{}", "expected a list of objects"},
       // Text that is hostile to whoever reads the message.
       {kHostile + ",400,410,420\n", "f (CSV), line 1"},
       {"400,410,420\n1,2," + kHostile + "\n", "f (CSV), line 2, column 3 (420): \" ]0;owned"},
@@ -256,7 +256,7 @@ TEST(MeasurementFiles, FractionsAreNotTakenForPercent) {
   ReadOptions percent, fraction;
   percent.scale = ReadOptions::Scale::kPercent;
   fraction.scale = ReadOptions::Scale::kFraction;
-  const std::string kAsk = "they may be fractions of 1 or percent; say which by --fraction or --percent";
+  const std::string kAsk = "they may be fractions of 1 or percent; choose with --fraction or --percent";
   const struct {
     std::string content;
     double largest;  // as percent; 0 when the file has to be asked about
@@ -295,7 +295,7 @@ TEST(MeasurementFiles, FractionsAreNotTakenForPercent) {
     HoldInput(held);
     EXPECT_THROW(OpenMeasurements(std::move(held)), ScaleError);
   }
-  EXPECT_NE(Refusal(kFiles[0].content).find("f (CSV): all values lie below 2, the largest is 1.03: " + kAsk),
+  EXPECT_NE(Refusal(kFiles[0].content).find("f (CSV): all values are below 2, the largest is 1.03: " + kAsk),
             std::string::npos);
   // Fractions become the percent of their digits, rounded once.
   for (const std::string& content :
@@ -318,11 +318,11 @@ TEST(MeasurementFiles, WhatFollowsTheEndIsRefused) {
   const std::string json = R"([{"L":1,"a":2,"b":3}])", cxf = Cxf(kSpectrum, kMeasuring);
   const std::pair<std::string, std::string> kFiles[] = {
       {json + " \n", ""},
-      {json + json, "line 1: more stands behind the end of the list"},
-      {json + "garbage", "more stands behind the end of the list"},
+      {json + json, "line 1: there is more text after the end of the list"},
+      {json + "garbage", "there is more text after the end of the list"},
       {cxf + "\n<!-- a > b --><?end?>\n", ""},
-      {cxf + cxf, "line 6: more stands behind the end of the document"},
-      {cxf + "garbage", "more stands behind the end of the document"},
+      {cxf + cxf, "line 6: there is more text after the end of the document"},
+      {cxf + "garbage", "there is more text after the end of the document"},
       {Cxf(kSpectrum +
                "</@ColorValues></@Object></@ObjectCollection><@ObjectCollection><@Object><@ColorValues>",
            kMeasuring),
@@ -403,13 +403,13 @@ TEST(MeasurementFiles, OdditiesOfMakers) {
     std::string content, reason;
     ReadOptions options = {};
   } kFaults[] = {
-      {"id,R350,400,410,420\na,1,10,20.5,30\n", "column 2 (R350): the column is neither"},
-      {"id,350,400,410,420\na,1,10,20.5,30\n", "the wavelengths have a hole"},
+      {"id,R350,400,410,420\na,1,10,20.5,30\n", "column 2 (R350): the column is not id"},
+      {"id,350,400,410,420\na,1,10,20.5,30\n", "the wavelengths have a gap"},
       {"id,400,410,420\na,1,2,3\n", "there is no column \"batch\"", absent},
       {"1,2,3\n", "or the columns, such as --columns L,a,b"},
       {"1,2\n", "--columns names 4", named},
       {"id,L,a,b\na,1,2,3\n", "the file has a header of its own", named},
-      {"id,x,y,Y\na,0.3,0,25\n", "a chromaticity y is above 0"},
+      {"id,x,y,Y\na,0.3,0,25\n", "a chromaticity y must be above 0"},
       {"id,400,410,420\na,10,,30\n", "the field is empty", lenient},
       // Lamps.
       {Cgats("SAMPLE_ID SPEC_400 SPEC_410 SPEC_420", "a 10 20 30", "MEAS_TYPE \"EMISSION\"\n"),
@@ -519,12 +519,12 @@ TEST(MeasurementFiles, ConditionsInTheWordsOfTheMakers) {
 TEST(MeasurementFiles, WhatIsNotUsedIsSaid) {
   const std::pair<std::string, std::string> kNotes[] = {
       {Cxf("<@CustomSpectrum/>" + kSpectrum, kMeasuring),
-       "CustomSpectrum is passed over: it is not a reflectance"},
+       "CustomSpectrum is ignored: it is not a reflectance"},
       {Cxf("<@ColorSRGB/>" + kSpectrum, kMeasuring), "ColorSRGB is not used"},
       {Cxf(kSpectrum, kMeasuring +
                           "</@ColorSpecificationCollection><@CustomResources><x y='>'/></@CustomResources>"
                           "<@ColorSpecificationCollection>"),
-       "CustomResources is passed over"},
+       "CustomResources is ignored"},
       {Cgats("SAMPLE_ID RGB_R nm400 nm410 nm420", "a 1 10 20 30"), "fields that are not used: RGB_R"},
   };
   for (const auto& [content, note] : kNotes) {

@@ -91,13 +91,13 @@ TEST(Names, OfConditionsOfViewing) {
   EXPECT_EQ(WavelengthAt(39), 750);
   const std::pair<std::string, std::string> kRefused[] = {
       {RefusalOf([] { ParseIlluminant("TL85"); }),
-       "unknown illuminant \"TL85\"; did you mean TL84?; vrx tables lists them"},
+       "unknown illuminant \"TL85\"; did you mean TL84?; see vrx tables"},
       {RefusalOf([] { ParseIlluminant("-1"); }), "unknown illuminant \"-1\""},
       {RefusalOf([] { ParseIlluminant(std::to_string(kBuiltInIlluminants)); }),
        "unknown illuminant \"" + std::to_string(kBuiltInIlluminants) +
            "\""},  // no user illuminant is registered
       {RefusalOf([] { ParseIlluminant("2x"); }), "unknown illuminant \"2x\""},
-      {RefusalOf([] { ParseObserver("1"); }), "unknown observer \"1\"; it is 2 or 10 (degrees)"},
+      {RefusalOf([] { ParseObserver("1"); }), "unknown observer \"1\"; it must be 2 or 10 (degrees)"},
       {RefusalOf([] { ParseSystem(std::to_string(kDifferenceSystems)); }),
        "unknown difference system \"" + std::to_string(kDifferenceSystems) + "\""},
       {RefusalOf([] { ParseSystem(""); }), "unknown difference system \"\"; --help"}};
@@ -229,7 +229,7 @@ TEST(Headings, RangesOfWavelengths) {
     EXPECT_EQ(got[1], row.second);
     EXPECT_EQ(got.back(), row.last);
   }
-  const std::string kNone = "is no range of wavelengths", kUneven = "the step does not divide the range";
+  const std::string kNone = "is not a range of wavelengths", kUneven = "the step does not divide the range";
   const std::pair<const char*, std::string> kRefused[] = {{"", kNone},
                                                           {"400", kNone},
                                                           {"700-400/10", kNone},

@@ -221,14 +221,14 @@ class CgatsReader final : public MeasurementReader {
     double number = 0;
     const bool isNumber = ParseDecimal(value, '.', number);
     if (word == "NUMBER_OF_SETS" || word == "NUMBER_OF_FIELDS") {
-      if (!isNumber || number < 0) Fail(std::string(word) + " is no number");
+      if (!isNumber || number < 0) Fail(std::string(word) + " is not a number");
       const int64_t count = number < 9e15 ? static_cast<int64_t>(number) : int64_t{9'000'000'000'000'000};
       (word == "NUMBER_OF_SETS" ? declaredSets_ : declaredFields_) = count;
     } else if (word == "SPECTRAL_NORM") {
-      if (!isNumber || !(number > 0)) Fail("SPECTRAL_NORM is no number above 0");
+      if (!isNumber || !(number > 0)) Fail("SPECTRAL_NORM is not a number above 0");
       norm_ = number;
     } else if (word == "MEAS_TYPE" && IsLight(value)) {
-      Fail("the values are the power of a light and no reflectances");
+      Fail("the values are the power of a light, not reflectances");
     } else {
       TakeWords(word, value);
     }
@@ -334,7 +334,7 @@ class CgatsReader final : public MeasurementReader {
       if (!std::exchange(hasPairs_, true)) row = FirstRow(lines);
       if (row.size() < fields_.size()) Fail("the first row is short, or there is none");
       names_[i + 1] = "nm" + std::string(row[i]);
-      if (WavelengthOf(names_[i + 1]) == 0) Fail("\"" + Shown(row[i]) + "\" is no wavelength in nm");
+      if (WavelengthOf(names_[i + 1]) == 0) Fail("\"" + Shown(row[i]) + "\" is not a wavelength in nm");
       table.pairWavelengths.resize(fields_.size());
       table.pairWavelengths[i] = row[i];
       isDecimal_ = fields_[i + 1] == "SPECTRAL_DEC";
@@ -436,9 +436,9 @@ class CgatsReader final : public MeasurementReader {
     } else if (largest <= kSurelyFraction) {
       scale_.norm = 1;
       scale_.isFraction = scale_.isGuess = true;
-      Note("values are taken for fractions of 1: none of the first ones is above 1.5");
+      Note("values are read as fractions of 1: none of the first ones is above 1.5");
     } else if (largest < kSurelyPercent) {
-      throw ScaleError(PlaceOf(line_), "the largest of the first values lies between 1.5 and 2");
+      throw ScaleError(PlaceOf(line_), "the largest of the first values is between 1.5 and 2");
     }
   }
 
@@ -591,7 +591,7 @@ class CgatsReader final : public MeasurementReader {
   }
 
   void Deviate(const std::string& what) {
-    if (!options_.lenient) Fail(what + "; --lenient passes over it");
+    if (!options_.lenient) Fail(what + "; --lenient ignores it");
     Note(what);
   }
 

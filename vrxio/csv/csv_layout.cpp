@@ -206,7 +206,7 @@ class LayoutFinder {
   CsvLayout Find() {
     if (lines_.empty()) return layout_;  // the reader says that the file is empty
     if (!options_.wavelengths.empty() && !options_.columns.empty())
-      throw InputError("--wavelengths and --columns exclude each other");
+      throw InputError("--wavelengths and --columns cannot be used together");
     if (!options_.wavelengths.empty()) return WithoutHeader();
     if (!options_.columns.empty()) return WithColumns();
     std::size_t i = 0;
@@ -243,7 +243,7 @@ class LayoutFinder {
   }
 
   [[noreturn]] void RefuseLight(const Line& line) const {
-    Fail(line, "the values are the power of a light and no reflectances");
+    Fail(line, "the values are the power of a light, not reflectances");
   }
 
   // A heading fewer than columns: the first column, of the numbers or names of the rows, has none.
@@ -270,9 +270,8 @@ class LayoutFinder {
                            CountWavelengthRows(lines_, header + 1) >= kFewestWavelengths;
     if (maybeRows && options_.orientation == Orientation::kByContent) {
       Fail(lines_[header],
-           "the wavelengths may be those of the columns or those of the rows; say which by --wavelengths-in "
-           "columns "
-           "or --wavelengths-in rows");
+           "the wavelengths may be in the columns or in the rows; choose with --wavelengths-in columns or "
+           "--wavelengths-in rows");
     }
     if (options_.orientation == Orientation::kInRows && CountWavelengthRows(lines_, header + 1) > 0) {
       return InRows(header + 1);
@@ -306,8 +305,8 @@ class LayoutFinder {
     for (const std::string& field : lines_[header].fields) values += WavelengthOf(field) > 0;
     if (values > 0 && fields == columns + values) {
       Fail(lines_[row],
-           "the commas separate the columns and seem to be decimal signs too; write the file with "
-           "semicolons, tabs or decimal points");
+           "commas separate the columns and seem to be decimal signs too; save the file with semicolons, "
+           "tabs or decimal points");
     }
   }
 
@@ -353,8 +352,7 @@ class LayoutFinder {
     for (const double nm : wavelengths) names.push_back(Shortest(nm));
     if (names.size() != columns) {
       Fail(lines_[first], "the rows have " + std::to_string(columns) + " columns, --wavelengths names " +
-                              std::to_string(wavelengths.size()) +
-                              "; an id and a name may stand before them");
+                              std::to_string(wavelengths.size()) + "; an id and a name may come before them");
     }
     return layout_;
   }

@@ -168,7 +168,7 @@ class CsvColumns final : public CsvMeasurements {
   CsvColumns(CsvReader csv, const CsvLayout& layout, const ReadOptions& options)
       : CsvMeasurements(std::move(csv), layout, options) {
     if (!options.idColumn.empty())
-      csv_.FailRow("--id-column: the samples are columns, named by their headings");
+      csv_.FailRow("--id-column: the samples are columns, which are named by their headings");
     FindSamples(options);
     ReadTable();
     std::vector<std::string> headings{"id"};
@@ -227,7 +227,7 @@ class CsvColumns final : public CsvMeasurements {
       }
     }
     if (samples_.empty()) {
-      csv_.FailRow(hasLight ? "the values are the power of a light and no reflectances"
+      csv_.FailRow(hasLight ? "the values are the power of a light, not reflectances"
                             : "there is no column of reflectances beside the wavelengths");
     }
     if (!unused.empty()) Note("columns that are not used: " + unused);
@@ -237,7 +237,7 @@ class CsvColumns final : public CsvMeasurements {
     std::vector<double> values(csv_.Header().size() - 1);
     while (csv_.Next()) {
       wavelengths_.push_back(WavelengthOf(csv_.Text()));
-      if (wavelengths_.back() == 0) csv_.Fail("a wavelength in nm is expected");
+      if (wavelengths_.back() == 0) csv_.Fail("expected a wavelength in nm");
       if (table_.size() + values.size() > kMaxValues)
         csv_.FailRow("more than 16 million values by rows of wavelengths");
       csv_.Numbers(values, TakesFractions());

@@ -296,7 +296,7 @@ std::string_view CsvReader::Text() {
 double CsvReader::SlowNumber(bool asPercent) {
   const std::string_view text = Trimmed(RawField());
   double value = 0;
-  if (text.empty()) Fail("the field is empty; a number is expected");
+  if (text.empty()) Fail("the field is empty; expected a number");
   const bool isNumber = asPercent ? ParseFractionAsPercent(text, value, decimalSeparator_)
                                   : ParseDecimal(text, decimalSeparator_, value);
   if (!isNumber) Fail("\"" + Shown(text) + "\" is not a number");

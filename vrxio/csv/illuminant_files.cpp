@@ -28,7 +28,7 @@ struct PowerTable {
 int32_t ReadWavelength(CsvReader& csv) {
   const double value = csv.Number();
   if (!(value >= 1.0 && value <= 10'000.0) || value != std::floor(value)) {
-    csv.Fail("a wavelength is a whole number of nm");
+    csv.Fail("a wavelength must be a whole number of nm");
   }
   return static_cast<int32_t>(value);
 }
@@ -36,7 +36,7 @@ int32_t ReadWavelength(CsvReader& csv) {
 PowerTable ReadPowerTable(CsvReader& csv) {
   const std::size_t illuminants = csv.Header().size() - 1;
   if (!EqualsIgnoringCase(csv.Header()[0], "nm") || illuminants == 0 || illuminants > kMaxIlluminants) {
-    csv.FailRow("the header must be nm and the code of an illuminant, or several");
+    csv.FailRow("the header must be nm and the codes of one or more illuminants");
   }
   PowerTable table;
   table.powers.resize(illuminants);
@@ -82,7 +82,7 @@ void RegisterIlluminantFiles(std::span<const std::string> files, SpectralInterpo
           RegisterUserIlluminant(static_cast<vrxUserIllum>(heading.number), CString::FromUtf8(heading.name),
                                  table.powers[i], table.first, table.step, interpolation);
       std::string reason = IlluminantErrorText(error).ToUtf8();
-      if (!numbers.insert(heading.number).second) reason = "another illuminant has its number";
+      if (!numbers.insert(heading.number).second) reason = "another illuminant has this number";
       if (!reason.empty()) {
         std::string message = file;
         message.append(": illuminant \"").append(csv.Header()[i + 1]).append("\": ").append(reason);

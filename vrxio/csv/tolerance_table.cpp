@@ -56,9 +56,9 @@ struct Layout {
       const std::string& heading = csv.Header()[i];
       const auto name = std::ranges::find_if(
           names, [&](std::string_view known) { return EqualsIgnoringCase(heading, known); });
-      if (name == names.end()) csv.FailAt(i, "the column is none of a tolerance file");
+      if (name == names.end()) csv.FailAt(i, "unknown column in a tolerance file");
       const auto field = static_cast<std::size_t>(name - names.begin());
-      if (std::ranges::find(fields, field) != fields.end()) csv.FailAt(i, "there are two such columns");
+      if (std::ranges::find(fields, field) != fields.end()) csv.FailAt(i, "the column appears twice");
       fields.push_back(field);
     }
     for (std::size_t field = kKeys; field < names.size(); ++field) {
@@ -134,7 +134,7 @@ CBoxTolData BoxFromNumbers(const std::vector<double>& numbers) {
   } else if (numbers.size() == 7) {
     std::ranges::copy(numbers, box.begin());
   } else {
-    throw InputError("--tolerance: one number or the seven of a box are expected");
+    throw InputError("--tolerance: must be one number or the seven of a box");
   }
   const std::string_view objection = Objection(box);
   if (!objection.empty()) throw InputError(std::string("--tolerance: ").append(objection));
@@ -153,7 +153,7 @@ void LimitTable<LIMITS>::Load(CsvReader& csv, const LimitScope& scope) {
     const Row<LIMITS> row = ReadRow<LIMITS>(csv, layout, scope);
     if (const auto objection = Objection(row.limits); !objection.empty()) csv.FailRow(std::string(objection));
     if (!rows_[row.standard].emplace(std::pair(row.geometry, row.illuminant), row.limits).second) {
-      csv.FailRow("an earlier row speaks of the same standard, geometry and illuminant");
+      csv.FailRow("an earlier row is for the same standard, geometry and illuminant");
     }
   }
 }

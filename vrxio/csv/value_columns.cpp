@@ -54,10 +54,10 @@ ValueRows::ValueRows(CsvReader& csv, std::vector<std::string_view> names, std::s
     } else if (MeaningOf(header[i]).role == ColumnRole::kDevice) {
       value = kUnused;
     } else if (MeaningOf(header[i]).role != ColumnRole::kId) {
-      csv.FailAt(i, "the column is none of this file");
+      csv.FailAt(i, "unknown column in this file");
     }
     const bool isTwice = value != kUnused && std::ranges::find(columns_, value) != columns_.end();
-    if (isTwice) csv.FailAt(i, "there are two such columns");
+    if (isTwice) csv.FailAt(i, "the column appears twice");
     columns_.push_back(value);
   }
   for (std::size_t i = 0; i < required; ++i) {

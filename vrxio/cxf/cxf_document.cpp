@@ -77,7 +77,7 @@ std::size_t MarkupWindow::EndOfTag(std::size_t from) {
       } else if (c == '"' || c == '\'') {
         quote = c;
       } else if (c == '<') {
-        Fail(window_.LineAhead(from), "a tag is not ended");
+        Fail(window_.LineAhead(from), "a tag does not end");
       }
     }
   }
@@ -103,10 +103,10 @@ MarkupWindow::Tag MarkupWindow::NextTag(std::size_t from) {
     } else if (start.starts_with("<![")) {
       terminator = "]]>";
     } else if (start[1] == '!') {
-      Fail(window_.LineAhead(begin), "a document type has no place in CxF; entities are not read");
+      Fail(window_.LineAhead(begin), "CxF must not have a document type; entities are not read");
     }
     const std::size_t end = Find(terminator, begin + 2);
-    if (end == kNotFound) Fail(window_.LineAhead(begin), "what begins here is not ended");
+    if (end == kNotFound) Fail(window_.LineAhead(begin), "what begins here does not end");
     from = end + terminator.size();
   }
 }
@@ -153,11 +153,11 @@ void MarkupWindow::RequireEnd() {
     if (IsSpace(window_.Bytes().front())) continue;
     const bool isComment = Has(4) && window_.Bytes().starts_with("<!--");
     if (!isComment && !window_.Bytes().starts_with("<?")) {
-      Fail(window_.Line(), "more stands behind the end of the document");
+      Fail(window_.Line(), "there is more text after the end of the document");
     }
     const std::string_view terminator = isComment ? "-->" : "?>";
     const std::size_t end = Find(terminator, isComment ? 4 : 2);
-    if (end == kNotFound) Fail(window_.Line(), "what begins here is not ended");
+    if (end == kNotFound) Fail(window_.Line(), "what begins here does not end");
     window_.Skip(end + terminator.size());
   }
 }

@@ -142,8 +142,8 @@ class CxfReader final : public MeasurementReader {
     firstLine_ = markup_.Window().Line();
     while (samples_.empty()) {
       if (!ReadObject()) {
-        markup_.Fail(0, hasLights_ ? "there are spectra of lights in it and no reflectances"
-                                   : "there are neither reflectances nor colours in it");
+        markup_.Fail(0, hasLights_ ? "the file has spectra of lights but no reflectances"
+                                   : "the file has neither reflectances nor colours");
       }
     }
     firstLayout_ = samples_.front().layout;
@@ -219,7 +219,7 @@ class CxfReader final : public MeasurementReader {
   // The root element, and the prefix of the namespace.
   void FindRoot() {
     const Tag root = markup_.NextTag(0);
-    if (root.kind == Kind::kNone) markup_.Fail(1, "there is no element in it");
+    if (root.kind == Kind::kNone) markup_.Fail(1, "the file has no elements");
     const std::string_view bytes = markup_.Bytes();
     const std::string_view tag = bytes.substr(root.begin, root.end - root.begin - 1);
     const std::string_view name = markup_.NameOf(root);
@@ -288,7 +288,7 @@ class CxfReader final : public MeasurementReader {
   }
 
   void FindObjects() {
-    if (!Enter("ObjectCollection")) markup_.Fail(0, "there is no ObjectCollection in it");
+    if (!Enter("ObjectCollection")) markup_.Fail(0, "the file has no ObjectCollection");
   }
 
   // ColorSpecification elements --------------------------------------------------------------------------------------
@@ -328,7 +328,7 @@ class CxfReader final : public MeasurementReader {
         continue;
       }
       if (name != Prefixed("ObjectCollection")) {
-        Note(Shown(name.substr(name.find(':') + 1)) + " is passed over");
+        Note(Shown(name.substr(name.find(':') + 1)) + " is ignored");
         PassOver(Shown(name.substr(name.find(':') + 1)));
       }
       markup_.SkipElement(tag);
@@ -507,7 +507,7 @@ class CxfReader final : public MeasurementReader {
       if (kind == "ReflectanceSpectrum") {
         ReadSpectrum(value);
       } else if (kind == "TransmittanceSpectrum" || kind == "EmissiveSpectrum" || kind == "CustomSpectrum") {
-        Note(std::string(kind) + " is passed over: it is not a reflectance");
+        Note(std::string(kind) + " is ignored: it is not a reflectance");
         PassOver(std::string(kind));
         hasLights_ = hasLights_ || kind == "EmissiveSpectrum";
       } else {
@@ -621,7 +621,7 @@ class CxfReader final : public MeasurementReader {
       if (!(percent > 100 * kLeastFraction && percent < 100 * kLargestFraction) && !options_.force) {
         markup_.Fail(xml_.Line(element),
                      "the reflectance " + Shown({at, stop}) +
-                         " is no fraction between -0.1 and 3, as CxF has them; --force takes it");
+                         " is not between -0.1 and 3, as fractions in CxF must be; --force accepts it");
       }
       if (values_.size() == most) markup_.Fail(xml_.Line(element), "more than 10000 values");
       values_.push_back(percent);

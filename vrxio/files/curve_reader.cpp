@@ -44,7 +44,7 @@ void CurveReader::Start(Content content) {
   if (layout.wavelengths.empty()) {
     kind_ = source_->HasXyz() ? Sample::kXyz : Sample::kLab;
     if (content == Content::kCurves)
-      source_->FailRow("there are colours in it but no curves, which are needed here");
+      source_->FailRow("the file has colours but no curves, which are needed here");
   }
   UseLayout(layout);
 }
@@ -63,7 +63,7 @@ void CurveReader::UseLayout(const MeasurementLayout& layout) {
   if (kind_ != Sample::kCurve || sameWavelengths || layout.wavelengths.empty()) return;
   grid_ = WavelengthGrid(layout.wavelengths);
   if (correctsBandpass_ && !grid_.IsEven()) {
-    source_->FailRow("the correction for the bandpass needs wavelengths that are evenly spaced");
+    source_->FailRow("the bandpass correction needs evenly spaced wavelengths");
   }
 }
 
@@ -111,7 +111,7 @@ void CurveReader::TakeCurve(const Measurement& measured, CurveRow& row) {
 
 std::string CurveReader::GridWarning() const {
   if (kind_ != Sample::kCurve || !grid_.IsNarrow()) return {};
-  return "the wavelengths leave out a part of 400 to 700 nm, which is guessed";
+  return "the wavelengths do not cover all of 400 to 700 nm; the rest is extrapolated";
 }
 
 std::vector<std::string> CurveReader::SampleWarnings() const {

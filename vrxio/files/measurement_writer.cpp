@@ -293,7 +293,7 @@ class TableWriter : public Writer {
   static void AddColor(std::vector<Cell>& cells, std::array<const char*, 3> names,
                        const std::array<double, 3>& color, bool isThere) {
     if (!isThere)
-      throw InputError("some samples have a colour and others have none: the form takes all or none");
+      throw InputError("some samples have a colour and others have none: the format takes all or none");
     for (std::size_t i = 0; i < 3; ++i) cells.push_back({names[i], Shortest(color[i]), true});
   }
 };
@@ -428,7 +428,7 @@ class CgatsWriter final : public Writer {
     }
     const auto put = [&row](const std::array<double, 3>& color, bool isThere) {
       if (!isThere)
-        throw InputError("some samples have a colour and others have none: the form takes all or none");
+        throw InputError("some samples have a colour and others have none: the format takes all or none");
       for (const double value : color) row += ' ' + Shortest(value);
     };
     if (shape_.hasXyz) put(sample.xyz, sample.hasXyz);
@@ -782,7 +782,7 @@ void WriteMeasurements(MeasurementReader& source, const WriteOptions& options, c
   while (source.Next(sample)) {
     if (options.onProgress) options.onProgress(source.Size() + source.Position());
     if (isTable && hasCurves && sample.reflectance.empty()) {
-      source.FailRow("the sample has no curve as others have, and the form takes all or none");
+      source.FailRow("the sample has no curve as others have, and the format takes all or none");
     }
     if (options.grid.empty() || sample.reflectance.empty()) {
       writer->Add(sample, sample.reflectance);

@@ -89,7 +89,7 @@ class JsonBuilder {
       document_.names_.push_back(value);
     }
     name_ = entry->second;
-    if (open_.back().members.test(name_)) Fail("member " + Quoted(value) + " stands there twice");
+    if (open_.back().members.test(name_)) Fail("member " + Quoted(value) + " appears twice");
     open_.back().members.set(name_);
     return true;
   }
@@ -177,7 +177,7 @@ void JsonField::Expect(JsonDocument::Kind kind, const char* objection) const {
 }
 
 void JsonField::ExpectMembers(std::initializer_list<std::string_view> names) const {
-  Expect(JsonDocument::Kind::kObject, "an object is expected");
+  Expect(JsonDocument::Kind::kObject, "expected an object");
   for (const JsonField member : List(document_, node_)) {
     const std::string& name = document_->names_[member.GetNode().name];
     if (std::ranges::find(names, name) == names.end()) Fail("unknown member " + Quoted(name));
@@ -191,7 +191,7 @@ JsonField JsonField::operator[](std::string_view name) const {
 }
 
 std::optional<JsonField> JsonField::Find(std::string_view name) const {
-  Expect(JsonDocument::Kind::kObject, "an object is expected");
+  Expect(JsonDocument::Kind::kObject, "expected an object");
   for (const JsonField member : List(document_, node_)) {
     if (document_->names_[member.GetNode().name] == name) return member;
   }
@@ -199,25 +199,25 @@ std::optional<JsonField> JsonField::Find(std::string_view name) const {
 }
 
 JsonField::List JsonField::Elements() const {
-  Expect(JsonDocument::Kind::kArray, "a list is expected");
+  Expect(JsonDocument::Kind::kArray, "expected a list");
   return List(document_, node_);
 }
 
 std::string JsonField::Text() const {
-  Expect(JsonDocument::Kind::kText, "a text is expected");
+  Expect(JsonDocument::Kind::kText, "expected a text");
   return document_->texts_.substr(GetNode().text.offset, GetNode().text.length);
 }
 
 double JsonField::Number(double lowest, double highest) const {
   const bool isWhole = GetNode().kind == JsonDocument::Kind::kWholeNumber;
-  if (!isWhole) Expect(JsonDocument::Kind::kNumber, "a number is expected");
+  if (!isWhole) Expect(JsonDocument::Kind::kNumber, "expected a number");
   const double number = GetNode().number;
   if (number >= lowest && number <= highest) return number;
   Fail(TextOf(number) + " is not within " + TextOf(lowest) + " to " + TextOf(highest));
 }
 
 int64_t JsonField::Integer(int64_t lowest, int64_t highest) const {
-  Expect(JsonDocument::Kind::kWholeNumber, "a whole number is expected");
+  Expect(JsonDocument::Kind::kWholeNumber, "expected a whole number");
   const double number = GetNode().number;
   if (number >= static_cast<double>(lowest) && number <= static_cast<double>(highest)) {
     return static_cast<int64_t>(number);
@@ -231,7 +231,7 @@ std::size_t JsonField::OneOf(std::span<const std::string_view> names) const {
   if (found != names.end()) return static_cast<std::size_t>(found - names.begin());
   std::string known;
   for (const std::string_view name : names) known += (known.empty() ? "" : ", ") + Quoted(name);
-  Fail(Quoted(text) + " is none of " + known);
+  Fail(Quoted(text) + " is not one of " + known);
 }
 
 void JsonField::Fail(const std::string& reason) const {

@@ -72,13 +72,13 @@ class ObjectParser {
     return true;
   }
   void Expect(char c) {
-    if (!Take(c)) Fail(std::string("a ") + c + " is expected");
+    if (!Take(c)) Fail(std::string("expected ") + c);
   }
 
   void Value(Member& member, int depth) {
     SkipSpace();
     if (depth > kDeepest) return Fail("lists and objects are nested more than 64 deep");
-    if (rest_.empty()) return Fail("a value is expected");
+    if (rest_.empty()) return Fail("expected a value");
     const char c = rest_.front();
     if (c == '"') {
       member.kind = Member::kText;
@@ -117,7 +117,7 @@ class ObjectParser {
     while (end < rest_.size() && isPart(rest_[end])) ++end;
     member.kind = Member::kNumber;
     const std::string_view text = rest_.substr(0, end);
-    if (!ParseDecimal(text, '.', member.number)) Fail("a number is not one");
+    if (!ParseDecimal(text, '.', member.number)) Fail("this is not a number");
     if (areFractions_) ParseFractionAsPercent(text, member.percent);
     if (!rest_.empty()) rest_.remove_prefix(end);
   }
@@ -126,12 +126,12 @@ class ObjectParser {
     for (const std::string_view word : {"null", "true", "false"}) {
       if (rest_.starts_with(word)) return rest_.remove_prefix(word.size());
     }
-    Fail("a value is expected");
+    Fail("expected a value");
   }
 
   std::string String() {
     std::string text;
-    if (rest_.empty() || rest_.front() != '"') return Fail("a text in quotes is expected"), text;
+    if (rest_.empty() || rest_.front() != '"') return Fail("expected a text in quotes"), text;
     rest_.remove_prefix(1);
     while (!rest_.empty() && rest_.front() != '"') {
       const std::size_t plain = PlainCharacters();
@@ -142,7 +142,7 @@ class ObjectParser {
       rest_.remove_prefix(1);
       Escape(text);
     }
-    if (rest_.empty()) return Fail("a text is not ended"), text;
+    if (rest_.empty()) return Fail("a text does not end"), text;
     rest_.remove_prefix(1);
     if (!IsUtf8(text)) Fail("a text is not UTF-8");
     return text;
@@ -157,7 +157,7 @@ class ObjectParser {
   }
 
   void Escape(std::string& text) {
-    if (rest_.empty()) return Fail("a text is not ended");
+    if (rest_.empty()) return Fail("a text does not end");
     const char c = rest_.front();
     rest_.remove_prefix(1);
     constexpr std::string_view kNames = "\"\\/bfnrt", kCharacters = "\"\\/\b\f\n\r\t";
@@ -166,7 +166,7 @@ class ObjectParser {
     } else if (c == 'u') {
       AppendUtf8(EscapedCharacter(), text);
     } else {
-      Fail("an escape that is none");
+      Fail("an unknown escape");
     }
   }
 
@@ -188,7 +188,7 @@ class ObjectParser {
     const std::string_view digits = rest_.substr(0, 4);
     const auto [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), unit, 16);
     if (digits.size() < 4 || error != std::errc() || stop != digits.data() + 4)
-      return Fail("an escape that is none"), 0;
+      return Fail("an unknown escape"), 0;
     rest_.remove_prefix(4);
     return unit;
   }
@@ -203,7 +203,7 @@ class JsonReader final : public MeasurementReader {
   JsonReader(InputStream input, const ReadOptions& options)
       : options_(options), window_(std::move(input), "JSON") {
     if (window_.More() && window_.Bytes().starts_with("\xEF\xBB\xBF")) window_.Skip(3);
-    if (Peek() != '[') Fail(window_.Line(), "a list of objects is expected");
+    if (Peek() != '[') Fail(window_.Line(), "expected a list of objects");
     window_.Skip(1);
     first_ = window_.Offset();
     firstLine_ = window_.Line();
@@ -322,7 +322,7 @@ class JsonReader final : public MeasurementReader {
       }
       const bool isFraction = AreFractions() && run.meaning.role == ColumnRole::kWavelength;
       if (!TakeNumber(member, isFraction, columns_.Values(run)[i])) {
-        Fail(line_, Shown(names_[run.column + i]) + ": a number is expected");
+        Fail(line_, Shown(names_[run.column + i]) + ": expected a number");
       }
     }
   }
@@ -385,11 +385,11 @@ class JsonReader final : public MeasurementReader {
       window_.Skip(1);
       c = Peek();
     } else if (c == '{' && needsComma_) {
-      Fail(window_.Line(), "a comma is expected between objects");
+      Fail(window_.Line(), "expected a comma between objects");
     }
     if (c == ']') return EndList();
     if (c == 0) Fail(window_.Line(), "the file ends within the list");
-    if (c != '{') Fail(window_.Line(), "an object is expected");
+    if (c != '{') Fail(window_.Line(), "expected an object");
     needsComma_ = true;
     line_ = window_.Line();
     offset_ = window_.Offset();
@@ -405,7 +405,7 @@ class JsonReader final : public MeasurementReader {
   // Goes behind the bracket that ends the list, where nothing may stand. Answers false, as nothing was read.
   bool EndList() {
     window_.Skip(1);
-    if (Peek() != 0) Fail(window_.Line(), "more stands behind the end of the list");
+    if (Peek() != 0) Fail(window_.Line(), "there is more text after the end of the list");
     isEnded_ = true;
     return false;
   }

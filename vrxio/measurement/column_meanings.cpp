@@ -101,7 +101,7 @@ class Finder {
     for (std::size_t i = 0; i < headings_.size(); ++i) {
       if (EqualsIgnoringCase(headings_[i], options_.idColumn)) return i;
     }
-    throw InputError("there is no column \"" + Shown(options_.idColumn) + "\" as --id-column names it");
+    throw InputError("there is no column \"" + Shown(options_.idColumn) + "\", which --id-column names");
   }
 
   // A lenient reader's last resort; the number of columns when all are known.
@@ -109,7 +109,7 @@ class Finder {
     const auto unknown = std::ranges::find(found_.columns, ColumnRole::kUnknown, &Heading::role);
     const auto column = static_cast<std::size_t>(unknown - found_.columns.begin());
     if (column < headings_.size())
-      found_.note = "the column " + Shown(headings_[column]) + " is taken for the id";
+      found_.note = "the column " + Shown(headings_[column]) + " is used as the id";
     return column;
   }
 

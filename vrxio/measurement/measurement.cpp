@@ -304,7 +304,7 @@ std::vector<double> ParseWavelengthRange(std::string_view text, std::string_view
   const double steps = (last - first) / step;
   if (!isRange || !(first >= 100 && step > 0 && steps >= 2 && steps < kMostWavelengths && last <= 10'000)) {
     throw InputError(std::string(option) + ": \"" + std::string(text.substr(0, 60)) +
-                     "\" is no range of wavelengths such as 400-700/10");
+                     "\" is not a range of wavelengths such as 400-700/10");
   }
   if (std::fabs(steps - std::round(steps)) > 1e-6) {
     throw InputError(std::string(option) + ": the step does not divide the range of " +

@@ -154,13 +154,13 @@ vrxIlluminant ParseIlluminant(std::string_view text) {
     return static_cast<vrxIlluminant>(other);
   }
   throw InputError("unknown illuminant " + Quoted(text) + DidYouMean(text, NamesOfIlluminants()) +
-                   "; vrx tables lists them");
+                   "; see vrx tables");
 }
 
 int32_t ParseObserver(std::string_view text) {
   if (text == "2") return kObserver2;
   if (text == "10") return kObserver10;
-  throw InputError("unknown observer " + Quoted(text) + "; it is 2 or 10 (degrees)");
+  throw InputError("unknown observer " + Quoted(text) + "; it must be 2 or 10 (degrees)");
 }
 
 int32_t ParseSystem(std::string_view text) {
@@ -172,8 +172,7 @@ int32_t ParseSystem(std::string_view text) {
     names.emplace_back(system.shortName);
   }
   if (const int32_t other = FindAlias(text, kSystemAliases); other >= 0) return other;
-  throw InputError("unknown difference system " + Quoted(text) + DidYouMean(text, names) +
-                   "; --help lists them");
+  throw InputError("unknown difference system " + Quoted(text) + DidYouMean(text, names) + "; see --help");
 }
 
 std::string CodeOf(vrxIlluminant illuminant) {

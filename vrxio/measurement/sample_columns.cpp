@@ -23,7 +23,7 @@ constexpr double kFirstUsed = 360, kLastUsed = 750;  // nm: the library's grid
 
 constexpr std::string_view kNoContent = "the header names neither wavelengths nor X,Y,Z nor L,a,b";
 // Of spectra of lamps and screens.
-constexpr std::string_view kLightPower = "the values are the power of a light and no reflectances";
+constexpr std::string_view kLightPower = "the values are the power of a light, not reflectances";
 
 std::string Nanometres(double value) {
   char text[32];
@@ -45,7 +45,7 @@ WavelengthFault FaultOfWavelengths(std::span<const double> wavelengths) {
   }
   for (std::size_t i = 0; i < steps.size(); ++i) {
     if (steps[i] > std::max(1.5 * usual, kFinest) + kUnevenness) {
-      return {i + 1, "the wavelengths have a hole from " + Nanometres(wavelengths[i]) + " to " +
+      return {i + 1, "the wavelengths have a gap from " + Nanometres(wavelengths[i]) + " to " +
                          Nanometres(wavelengths[i + 1])};
     }
   }
@@ -149,18 +149,18 @@ void SampleColumns::AddColumn(std::size_t column, const std::string& heading, He
   if (meaning.role == ColumnRole::kUnknown) {
     if (!passOver) {
       Refuse(column,
-             "the column is neither id, name, standard, geometry nor a wavelength in nm; --lenient or "
-             "--ignore-columns pass over it, --id-column makes it the id");
+             "the column is not id, name, standard, geometry or a wavelength in nm; --lenient or "
+             "--ignore-columns ignore it, --id-column makes it the id");
     }
     meaning.role = ColumnRole::kDevice;
   }
   if (meaning.role == ColumnRole::kColor && std::exchange(hasColor_[meaning.color], true)) {
-    if (!passOver) Refuse(column, "there are two such columns");
+    if (!passOver) Refuse(column, "the column appears twice");
     meaning.role = ColumnRole::kDevice;
   }
   const bool isSingle = meaning.role >= ColumnRole::kId && meaning.role <= ColumnRole::kDate;
   if (isSingle && Has(meaning.role)) {
-    if (!passOver) Refuse(column, "there are two such columns");
+    if (!passOver) Refuse(column, "the column appears twice");
     meaning.role = ColumnRole::kDevice;
   }
   std::size_t place = values_.size();
@@ -213,7 +213,7 @@ void SampleColumns::SortWavelengths() {
   std::vector<std::size_t> places;
   for (const std::size_t i : byWavelength) {
     if (!ascending.empty() && ascending.back() == wavelengths_[i]) {
-      Refuse(valueColumns_[order_[i]], "the wavelength stands there twice");
+      Refuse(valueColumns_[order_[i]], "the wavelength appears twice");
     }
     ascending.push_back(wavelengths_[i]);
     places.push_back(order_[i]);
@@ -332,15 +332,15 @@ void SampleColumns::RefuseValue(std::size_t used) const {
     Refuse(column, "a reflectance beyond 10000 percent");
   Refuse(column,
          scale_.isGuess
-             ? "the value is above 2, and the first ones were taken for fractions of 1; say by --fraction or "
-               "--percent what they are"
-             : "the value is above 2, too much for a fraction of 1; they are percent, or --force takes them");
+             ? "the value is above 2, but the first ones were read as fractions of 1; choose with --fraction "
+               "or --percent"
+             : "the value is above 2, too much for a fraction of 1; use --percent, or --force to accept it");
 }
 
 void SampleColumns::AskForScale(const std::string& file) const {
   char text[32];
   const std::string largest(text, std::to_chars(text, text + sizeof text, largest_).ptr);
-  throw ScaleError(file, "all values lie below 2, the largest is " + largest);
+  throw ScaleError(file, "all values are below 2, the largest is " + largest);
 }
 
 // X, Y, Z of x, y, Y (CIE 15). Black has none of its own and is given any.
@@ -348,7 +348,7 @@ std::array<double, 3> SampleColumns::XyzOfChromaticity() const {
   const double x = values_[colorPlaces_[kColumnSmallX]], y = values_[colorPlaces_[kColumnSmallY]];
   const double luminance = values_[colorPlaces_[kColumnY]];
   if (luminance == 0) return {};
-  if (!(y > 0)) Refuse(valueColumns_[colorPlaces_[kColumnSmallY]], "a chromaticity y is above 0");
+  if (!(y > 0)) Refuse(valueColumns_[colorPlaces_[kColumnSmallY]], "a chromaticity y must be above 0");
   return {x * luminance / y, luminance, (1 - x - y) * luminance / y};
 }
 

@@ -19,7 +19,7 @@ class ScaleError : public InputError {
  public:
   /// `place`: the file, and the line where there is one; `finding`: what its values are like.
   ScaleError(const std::string& place, const std::string& finding)
-      : InputError(Statement(place, finding) + "; say which by --fraction or --percent"),
+      : InputError(Statement(place, finding) + "; choose with --fraction or --percent"),
         statement_(Statement(place, finding)) {}
 
   /// The message without the options of the tool, for an interface that has others.

@@ -110,7 +110,7 @@ void ReadComponents(const JsonField& field, ColorSystem& system) {
   std::unordered_set<uint32_t> ids;
   for (const JsonField element : elements) {
     const CComponent component = ReadComponent(element, system.data.opticalModel);
-    if (!ids.insert(component.GetId()).second) element["id"].Fail("this id is taken already");
+    if (!ids.insert(component.GetId()).second) element["id"].Fail("this id is already in use");
     if (const auto calibrated = element.Find("calibrated")) {
       system.calibrated.Add(ReadCalibrated(*calibrated, component.GetId()));
     }

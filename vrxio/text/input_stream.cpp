@@ -110,10 +110,11 @@ std::string Latin1ToUtf8(std::string_view bytes) {
 void RefuseWhatIsNoText(const InputStream& input, std::string_view beginning) {
   constexpr std::size_t kFewBytes = 16;  // of a header, which has no zeros
   if (beginning.starts_with("PK\x03\x04") || beginning.starts_with("\xD0\xCF\x11\xE0")) {
-    throw InputError(input.name + ": is no text; of a workbook, save the sheet as CSV");
+    throw InputError(input.name + ": is not a text file; save the sheet of a workbook as CSV");
   }
   if (beginning.substr(0, kFewBytes).find('\0') != std::string_view::npos) {
-    throw InputError(input.name + ": is no text, or UTF-16 without a byte-order mark; save it as UTF-8");
+    throw InputError(input.name +
+                     ": is not a text file, or is UTF-16 without a byte-order mark; save it as UTF-8");
   }
 }
 
@@ -190,7 +191,7 @@ std::string DecodeInput(InputStream& input, std::string_view beginning, bool isL
   const bool lonelyReturns = HasLonelyReturns(content);
   if (lonelyReturns) std::ranges::replace(content, '\r', '\n');
   Replace(input, std::move(content));
-  std::string note = isUtf16 ? "the text is UTF-16" : isLatin1 ? "the text is taken for Latin-1" : "";
+  std::string note = isUtf16 ? "the text is UTF-16" : isLatin1 ? "the text is read as Latin-1" : "";
   if (lonelyReturns) note += std::string(note.empty() ? "" : ", ") + "lines end in carriage returns alone";
   return note;
 }

@@ -20,9 +20,8 @@ constexpr std::array<FaultText, 21> kTexts = {{
      "white nor a resin with levels"},
     {RecipeFault::kTargetNotMeasured, "{target} is not measured throughout"},
     {RecipeFault::kTargetBelowSurface,
-     "{target} is darker than the surface alone; a curve without the specular "
-     "component takes "
-     "{-specular=excluded}, an uncorrected one {-specular=none}"},
+     "{target} is darker than the surface alone; use {-specular=excluded} for a curve without the specular "
+     "component, {-specular=none} for an uncorrected one"},
     {RecipeFault::kNeedsCurve, "{target}: this {-objective} needs a curve, not L, a, b"},
     {RecipeFault::kUnknownComponent, "{system}: {component} cannot be in a recipe: it has no levels"},
     {RecipeFault::kContradiction, "{-require}, {-exclude}: {component} is both required and excluded"},
@@ -55,9 +54,8 @@ constexpr std::array<FaultText, 21> kTexts = {{
     {RecipeFault::kBatchFormula, "{formula}: the formula of the batch is empty or cannot be predicted"},
     {RecipeFault::kBatchNotMeasured, "{batch} is not measured throughout"},
     {RecipeFault::kBatchBelowSurface,
-     "{batch} is darker than the surface alone; a curve without the specular "
-     "component takes "
-     "{-specular=excluded}, an uncorrected one {-specular=none}"},
+     "{batch} is darker than the surface alone; use {-specular=excluded} for a curve without the specular "
+     "component, {-specular=none} for an uncorrected one"},
     {RecipeFault::kNone, ""},
 }};
 

@@ -12,6 +12,7 @@
 #include <vrxmath/platform/exceptions.h>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/help_texts.h"
 #include "tools/vrx/base/output_error.h"
 #include "tools/vrx/base/same_file.h"
 #include "tools/vrx/base/text.h"
@@ -37,10 +38,10 @@ void RefuseClashes(const FileOptions& options) {
   std::vector<std::string> written;
   for (const std::string& file : FilesOf(options.written)) {
     if (std::ranges::any_of(read, [&](const std::string& other) { return AreOneFile(file, other); })) {
-      throw InputError(file + ": is one of the files that are read; write to another");
+      throw InputError(file + ": this file is read as input; write to another one");
     }
     if (std::ranges::any_of(written, [&](const std::string& other) { return AreOneFile(file, other); })) {
-      throw InputError(file + ": two results cannot go into one file; write to another");
+      throw InputError(file + ": two results cannot go into one file; choose another name");
     }
     written.push_back(file);
   }
@@ -51,7 +52,8 @@ template <class VALUE>
 CLI::Option* AddText(CLI::App& app, const std::string& name, VALUE& value, const std::string& description) {
   CLI::Option* const option = app.add_option(name, value, description);
   if (name.starts_with('-')) {
-    option->check([](const std::string& text) { return std::string(text.empty() ? "an empty text" : ""); });
+    option->check(
+        [](const std::string& text) { return std::string(text.empty() ? "the text is empty" : ""); });
   }
   return option;
 }
@@ -142,7 +144,7 @@ Option Command::AddWords(const std::string& name, const std::vector<std::string>
       known += i == 0 ? "" : i + 1 == words.size() ? " and " : ", ";
       known += words[i];
     }
-    throw InputError(name + ": \"" + text + "\" is none of " + known);
+    throw InputError(name + ": \"" + text + "\" is not one of " + known);
   };
   std::string shown;
   for (const std::string& word : words) shown += (shown.empty() ? "" : "|") + word;
@@ -167,7 +169,7 @@ void Command::SetAction(const std::function<int()>& action) {
 
 namespace {
 
-constexpr const char* kNoMemory = "there is not enough memory for this";
+constexpr const char* kNoMemory = "not enough memory";
 
 int Complain(const std::string& reason) {
   PrintMessage(reason);
@@ -216,10 +218,12 @@ std::string Misunderstood(const CLI::App& app, const CLI::ParseError& error) {
 int RunTool(std::span<const std::string> arguments, std::span<const CommandEntry> commands,
             const std::string& version) {
   int status = kExitPass;
-  CLI::App app{"From measured reflectance curves to colour values, differences and verdicts.", "vrx"};
+  CLI::App app{"Turns measured reflectance curves into colour values, differences and verdicts.", "vrx"};
   app.allow_windows_style_options(false);  // a path may begin with a slash everywhere
-  app.set_version_flag("--version", "vrx " + version);
-  app.footer("vrx COMMAND --help shows the options of a command, with examples.");
+  LayOutHelp(app);
+  app.set_help_flag("-h,--help", "Print this help and exit");
+  app.set_version_flag("--version", "vrx " + version, "Print the version and exit");
+  app.footer("Run vrx COMMAND --help for the options of a command, with examples.");
   Command tool(&app, &status);
   for (const CommandEntry& command : commands) {
     command.add(tool);

@@ -1,14 +1,20 @@
-// The manual page and the completions of bash, made from what the commands declare, so that neither can drift.
+// The manual page, the completions of bash and the page of all options, made from what the commands declare, so that none can
+// drift.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <functional>
+#include <span>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <vrxio/measurement/names.h>
 
 #include "tools/vrx/base/command_line.h"
+#include "tools/vrx/base/help_texts.h"
 #include "tools/vrx/base/reader_names.h"
 
 namespace vrx::tool {
@@ -21,7 +27,7 @@ std::vector<const CLI::App*> CommandsOf(const CLI::App& app) {
 // The options in the order of the help: the command's own, then those of each heading.
 std::vector<const CLI::Option*> OptionsOf(const CLI::App& app) {
   std::vector<const CLI::Option*> options;
-  for (const std::string& heading : app.get_groups()) {
+  for (const std::string& heading : HeadingsOf(app)) {
     for (const CLI::Option* option : app.get_options([](const CLI::Option*) { return true; })) {
       if (option->get_group() == heading) options.push_back(option);
     }
@@ -93,7 +99,7 @@ void WriteCommand(const std::string& path, const CLI::App& command, std::ostream
     if (NameOf(*option) == "--help") continue;
     out << ".TP\n.BR \"" << Escaped(Joined(NamesOf(*option), ", ")) << "\"";
     if (const std::string value = ValueOf(*option); !value.empty()) out << " \" " << Escaped(value) << "\"";
-    out << "\n" << Escaped(option->get_description()) << "\n";
+    out << "\n" << Escaped(MeaningOf(command, *option)) << "\n";
   }
   out << ".PP\n.nf\n" << Escaped(command.get_footer()) << "\n.fi\n";
   for (const CLI::App* nested : CommandsOf(command))
@@ -161,60 +167,139 @@ std::string Cell(std::string_view text) {
   return cell;
 }
 
-// The value of an option and its default, which its text has in brackets at the end: "NAME [cmc]".
-struct ValueText {
-  std::string value, usual;
+// An option as the page has it.
+struct OptionRow {
+  std::string names, value, meaning;
+  std::string usual;  // the default, which the text of the help has in brackets at the end: "NAME [cmc]"
 };
 
-ValueText SplitValue(const CLI::Option& option) {
-  std::string text = ValueOf(option);
-  const std::size_t bracket = text.rfind(" [");
-  if (bracket == std::string::npos || !text.ends_with(']')) return {text, ""};
-  return {text.substr(0, bracket), text.substr(bracket + 2, text.size() - bracket - 3)};
+OptionRow RowOf(const CLI::App& command, const CLI::Option& option) {
+  OptionRow row;
+  for (const std::string& name : NamesOf(option)) row.names += (row.names.empty() ? "`" : ", `") + name + "`";
+  row.value = ValueOf(option);
+  row.meaning = MeaningOf(command, option);
+  const std::size_t bracket = row.value.ends_with(']') ? row.value.rfind('[') : std::string::npos;
+  if (bracket == std::string::npos || (bracket > 0 && row.value[bracket - 1] != ' ')) return row;
+  row.usual = row.value.substr(bracket + 1, row.value.size() - bracket - 2);
+  row.value.erase(bracket == 0 ? 0 : bracket - 1);
+  return row;
 }
 
-void WriteOptionRow(const CLI::Option& option, std::ostream& out) {
-  const ValueText text = SplitValue(option);
-  std::string names;
-  for (const std::string& name : NamesOf(option)) names += (names.empty() ? "`" : ", `") + name + "`";
-  out << "| " << names << " | " << Cell(text.value) << " | " << Cell(option.get_description()) << " | "
-      << Cell(text.usual) << " |\n";
+void WriteTableHead(std::string_view heading, std::ostream& out) {
+  out << "\n| " << heading << " | value | meaning | default |\n|---|---|---|---|\n";
 }
 
-void WriteOptionTable(const std::string& path, const CLI::App& command, std::ostream& out) {
-  out << "\n### " << path << "\n\n" << Cell(command.get_description()) << ".\n";
+void WriteTableRow(const OptionRow& row, std::ostream& out) {
+  out << "| " << row.names << " | " << Cell(row.value) << " | " << Cell(row.meaning) << " | "
+      << Cell(row.usual) << " |\n";
+}
+
+// Every command, and those within one, with the words that call it.
+struct NamedCommand {
+  std::string path;
+  const CLI::App* command;
+};
+
+std::vector<NamedCommand> NamedCommands(const CLI::App& app, const std::string& path) {
+  std::vector<NamedCommand> commands;
+  for (const CLI::App* command : CommandsOf(app)) {
+    const std::string name = path + " " + command->get_name();
+    const std::vector<NamedCommand> within = NamedCommands(*command, name);
+    commands.push_back({name, command});
+    commands.insert(commands.end(), within.begin(), within.end());
+  }
+  return commands;
+}
+
+// A shared option as one command has it.
+struct SharedOption {
+  std::string command;
+  OptionRow row;
+};
+
+// The default of most commands first, then what others have in its place: "D65,A,CWF; D65 for delta, sort".
+std::string UsualOf(const std::vector<SharedOption>& options) {
+  std::vector<std::pair<std::string, std::vector<std::string>>> defaults;
+  for (const auto& [command, row] : options) {
+    auto found = std::ranges::find(defaults, row.usual, [](const auto& entry) { return entry.first; });
+    if (found == defaults.end()) found = defaults.insert(found, {row.usual, {}});
+    found->second.push_back(command.substr(command.find(' ') + 1));
+  }
+  std::ranges::stable_sort(defaults, std::greater<>(), [](const auto& entry) { return entry.second.size(); });
+  std::string text = defaults.front().first;
+  for (const auto& [usual, commands] : std::span(defaults).subspan(1)) {
+    text += "; " + (usual.empty() ? "none" : usual) + " for " + Joined(commands, ", ");
+  }
+  return text;
+}
+
+// The table of a heading that several commands share. Where commands say different things of an option, each has its row.
+void WriteSharedTable(std::string_view heading, const std::vector<NamedCommand>& commands,
+                      std::ostream& out) {
+  std::vector<std::vector<SharedOption>> rows;
+  for (const auto& [path, command] : commands) {
+    for (const CLI::Option* option : OptionsOf(*command)) {
+      if (option->get_group() != heading) continue;
+      const OptionRow row = RowOf(*command, *option);
+      auto found = std::ranges::find_if(rows, [&](const std::vector<SharedOption>& other) {
+        const OptionRow& first = other.front().row;
+        return first.names == row.names && first.value == row.value && first.meaning == row.meaning;
+      });
+      if (found == rows.end()) found = rows.insert(found, std::vector<SharedOption>());
+      found->push_back({path, row});
+    }
+  }
+  out << "\n### " << heading << "\n";
+  WriteTableHead("option", out);
+  for (const std::vector<SharedOption>& options : rows) {
+    OptionRow row = options.front().row;
+    row.usual = UsualOf(options);
+    WriteTableRow(row, out);
+  }
+}
+
+// "Also the options under Light, Input and Output."
+void WriteSharedHeadings(const CLI::App& command, std::ostream& out) {
+  std::vector<std::string> headings;
+  for (const std::string& heading : HeadingsOf(command)) {
+    if (IsSharedHeading(heading)) headings.push_back(heading);
+  }
+  if (headings.empty()) return;
+  const std::string last = headings.back();
+  headings.pop_back();
+  out << "\nAlso the shared options of " << Joined(headings, ", ") << (headings.empty() ? "" : " and ")
+      << last << ".\n";
+}
+
+void WriteOptionTable(const NamedCommand& named, std::ostream& out) {
+  out << "\n### " << named.path << "\n\n" << Cell(named.command->get_description()) << ".\n";
   std::string heading;
-  for (const CLI::Option* option : OptionsOf(command)) {
-    if (NameOf(*option) == "--help") continue;
+  for (const CLI::Option* option : OptionsOf(*named.command)) {
+    if (NameOf(*option) == "--help" || IsSharedHeading(option->get_group())) continue;
     if (option->get_group() != heading) {
       heading = option->get_group();
-      out << "\n| " << (heading == "Options" ? "Arguments and options" : heading)
-          << " | value | meaning | default |\n"
-          << "|---|---|---|---|\n";
+      WriteTableHead(heading, out);
     }
-    WriteOptionRow(*option, out);
+    WriteTableRow(RowOf(*named.command, *option), out);
   }
-  for (const CLI::App* nested : CommandsOf(command)) {
-    WriteOptionTable(path + " " + nested->get_name(), *nested, out);
-  }
+  WriteSharedHeadings(*named.command, out);
 }
 
 }  // namespace
 
 std::string OptionsPage(const Command& tool) {
-  const CLI::App& app = *tool.app_;
+  const std::vector<NamedCommand> commands = NamedCommands(*tool.app_, "vrx");
   std::ostringstream out;
-  out << "# Options of the vrx tool\n\n"
-      << "Every command with its arguments and options, as `vrx manual markdown` prints them; "
-         "[vrx.md](vrx.md) explains the "
-         "files\nand results.\n";
+  out << "# Options of the vrx tool\n\n## Options that several commands share\n";
+  for (const std::string_view heading : SharedHeadings()) WriteSharedTable(heading, commands, out);
   std::string group;
-  for (const CLI::App* command : CommandsOf(app)) {
-    if (command->get_group() != group) {
-      group = command->get_group();
+  for (const NamedCommand& named : commands) {
+    const bool isNested = named.command->get_parent() != tool.app_;
+    if (!isNested && named.command->get_group() != group) {
+      group = named.command->get_group();
       out << "\n## " << group << "\n";
     }
-    WriteOptionTable("vrx " + command->get_name(), *command, out);
+    WriteOptionTable(named, out);
   }
   return out.str();
 }

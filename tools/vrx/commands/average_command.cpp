@@ -166,18 +166,18 @@ void WriteMean(const Readings& readings, const CurveReader& reader, const MeanLa
 void TellOutliers(const std::string& file, const Readings& readings, const ReadingStatistics& statistics) {
   if (statistics.outliers.empty()) return;
   PrintMessage(file + ": of the readings of \"" + readings.id + "\" " + NumbersOf(statistics.outliers) +
-               (statistics.outliers.size() == 1 ? " lies" : " lie") + " apart from the others");
+               (statistics.outliers.size() == 1 ? " is an outlier" : " are outliers"));
 }
 
 void RunAverage(const AverageOptions& options) {
   const std::vector<vrxIlluminant> illuminants = options.viewing.Illuminants();
-  if (illuminants.size() != 1) throw InputError("--illuminants: one is expected");
-  if (options.count < 0) throw InputError("--count: the number of readings of each sample, from 1");
+  if (illuminants.size() != 1) throw InputError("--illuminants: this command takes exactly one");
+  if (options.count < 0) throw InputError("--count: must be a whole number of readings, 1 or more");
   CurveReader reader = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
   const bool showsStatistics = options.statistics || options.format == Format::kTable;
   OutputStream output;
   const std::vector<Readings> all = ReadReadings(reader, static_cast<std::size_t>(options.count));
-  if (all.empty()) throw InputError(reader.Source().Name() + ": there is no reading");
+  if (all.empty()) throw InputError(reader.Source().Name() + ": there are no readings");
   const MeanLayout layout{CommonWavelengths(all), KnownConditions(all, reader.HasGeometries())};
   const auto rows = MakeRowWriter(options.format, output,
                                   showsStatistics ? StatisticsColumns() : MeanColumns(reader, layout));
@@ -189,7 +189,7 @@ void RunAverage(const AverageOptions& options) {
     TellOutliers(reader.Source().Name(), readings, statistics);
     if (!readings.mixture.empty()) {
       PrintMessage(reader.Source().Name() + ": the readings of \"" + readings.id +
-                   "\" are of different conditions: " + readings.mixture);
+                   "\" were made under different conditions: " + readings.mixture);
     }
   }
   rows->Finish();
@@ -201,26 +201,25 @@ void RunAverage(const AverageOptions& options) {
 
 void AddAverage(Command& tool) {
   const auto options = std::make_shared<AverageOptions>();
-  Command command = tool.AddCommand("average", "The mean of repeated readings, and how far they scatter");
-  command.AddOption("FILE", options->file, "Curves or colours (- reads standard input)")
-      .ReadsFile()
-      .Required();
+  Command command = tool.AddCommand("average", "Average repeated readings and report their scatter");
+  command.AddOption("FILE", options->file, "Curves or colours (- for standard input)").ReadsFile().Required();
   command
       .AddOption("--count", options->count,
-                 "So many rows in turn are readings of one sample, whatever their ids")
-      .Shows("N [rows of one id]");
+                 "Treat each N rows in turn as the readings of one sample, whatever their ids")
+      .Shows("N [the rows of each id]");
   command.AddFlag("--statistics", options->statistics,
-                  "Write the statistics in csv and json too, not the means");
+                  "Write the statistics, not the means, in csv and json too");
   AddViewingOptions(command, options->viewing, "D65");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "A table has the statistics; csv and json have the means, as curves or colours that other commands\n"
-      "read, at the wavelengths that were measured and with their conditions. A reading lies apart when it "
-      "is\n"
-      "three times as far from the median colour as half of them are, of three readings sixteen times as far "
-      "as\n"
-      "the nearer one, and more than 0.1 away; it is told and stays in the mean.\n\n"
+      "Tables show the statistics; csv and json have the means, as curves or colours that other commands "
+      "can\n"
+      "read, at the measured wavelengths and with their conditions. A reading is an outlier if it is more "
+      "than\n"
+      "0.1 away from the median colour and three times as far as half of the readings are (of three "
+      "readings:\n"
+      "sixteen times as far as the nearer other one). Outliers are reported and stay in the mean.\n\n"
       "Examples:\n"
       "  vrx average examples/chart_ohta.csv --count 4\n"
       "  vrx average readings.csv --format csv > means.csv\n");

@@ -137,11 +137,11 @@ std::string NamesOf(const CIntArray1& components, const DrawdownFile& file) {
 std::string DrawdownFault(CalibrationFault fault, bool isOnSubstrate) {
   switch (fault) {
     case CalibrationFault::kShares:
-      return isOnSubstrate ? "one dye at most, up to as much as the substrate, is expected, and no film"
+      return isOnSubstrate ? "expected at most one dye, no more of it than of the substrate, and no film"
                            : "shares that cannot be used";
     case CalibrationFault::kBelowSurface:
-      return "it is darker than the surface alone; curves without the specular component take --specular "
-             "excluded, uncorrected ones --specular none";
+      return "it is darker than the surface alone; use --specular excluded for curves without the specular "
+             "component, --specular none for uncorrected ones";
     case CalibrationFault::kFilmSwapped:
       return "the film is lighter over black than over white: the rows are swapped";
     case CalibrationFault::kCardsSwapped:
@@ -165,9 +165,9 @@ std::string DrawdownFault(CalibrationFault fault, bool isOnSubstrate) {
       throw InputError(prefix + "no drawdown has " + components + " in it");
     case CalibrationFault::kOneShareOnly:
       throw InputError(prefix + components +
-                       (isOne ? " has one share only in all its drawdowns"
-                              : " have one share only each in all their drawdowns") +
-                       ", from which K and S cannot be told apart: add a masstone or a letdown, or leave " +
+                       (isOne ? " has the same share in all its drawdowns"
+                              : " have the same share in all their drawdowns") +
+                       ", which is not enough to separate K from S: add a masstone or a letdown, or leave " +
                        (isOne ? "it" : "them") + " out with --without");
     default:
       throw InputError(prefix + "drawdown \"" + used[outcome.drawdown].id.ToUtf8() +
@@ -238,8 +238,8 @@ void TellOfRefinement(const CDrawdownArray& drawdowns, const CDrawdownFitArray& 
                       const CalibrationOutcome& outcome) {
   if (!outcome.isRefined) {
     PrintMessage(
-        "the linear least squares are kept: left out one at a time, they foresee the drawdowns better "
-        "than those of reflectance");
+        "the linear fit is kept: it predicts drawdowns that are left out one at a time better than the fit "
+        "of reflectance");
     return;
   }
   constexpr double kNotable = 0.1;
@@ -255,7 +255,7 @@ void TellOfRefinement(const CDrawdownArray& drawdowns, const CDrawdownFitArray& 
   }
   if (worse == 0) return;
   PrintMessage("left out one at a time, " + std::to_string(worse) + " of " + std::to_string(known) +
-               " drawdowns are foreseen worse than by the linear least squares: " + names +
+               " drawdowns are predicted worse than by the linear fit: " + names +
                (worse > kMostNamed ? ", ..." : ""));
 }
 
@@ -284,7 +284,7 @@ void TellOfAdditions(const Division& division, const CDrawdownFitArray& before,
   for (int32_t i = before.GetSize(); i < division.used.GetSize(); ++i) {
     if (!IsUnset(after[i].leaveOneOut)) ofAdded.push_back(after[i].leaveOneOut);
   }
-  std::string text = "what was added was foreseen with an error of " + HeldOutOf(foreseen).text;
+  std::string text = "what was added had been predicted with an error of " + HeldOutOf(foreseen).text;
   if (!ofAdded.empty()) text += ", and now, left out one at a time, of " + HeldOutOf(ofAdded).text;
   PrintMessage(text);
 }
@@ -312,7 +312,7 @@ class Calibration {
     if (!options_.additions.empty()) TellOfAdditions(division_, before, fits_, foreseen);
     const auto isFilm = [](const CDrawdown& drawdown) { return drawdown.isFilm; };
     if (std::any_of(file_.drawdowns.begin(), file_.drawdowns.end(), isFilm)) {
-      PrintMessage("film thicknesses are not given: one is assumed for the two readings of a film");
+      PrintMessage("film thicknesses are not given: the two readings of a film are assumed to have the same");
     }
   }
 
@@ -378,7 +378,7 @@ class Calibration {
       if (IsUnset(buildUp.saturatesFrom)) continue;
       PrintMessage("\"" + file_.names[buildUp.componentId - 1] + "\" saturates: from " +
                    Rounded(100.0 * buildUp.saturatesFrom) +
-                   " % on more of it adds less than a quarter of what the first of it added");
+                   " % on, more of it adds less than a quarter of what the first of it added");
     }
   }
 
@@ -409,15 +409,15 @@ class Calibration {
 void RunCalibrate(const CalibrateOptions& options) {
   constexpr double kLargestWeight = 1e6;
   if (!(options.weight > 0.0 && options.weight <= kLargestWeight)) {
-    throw InputError("--weight: a number above 0 and up to 1000000 is expected");
+    throw InputError("--weight: must be a number above 0 and up to 1000000");
   }
   if (!options.additions.empty() && options.noLeaveOneOut) {
     throw InputError(
-        "--add says whether the held-out error fell, which takes what --no-leave-one-out leaves out");
+        "--add reports whether the held-out error fell, which --no-leave-one-out does not compute");
   }
   const int32_t model = kModels.at(static_cast<std::size_t>(options.model));
   if (!options.additions.empty() && MixingLawOf(model) == MixingLaw::kOneConstant) {
-    throw InputError("--add: further dyeings are rows of the ladders themselves");
+    throw InputError("--add: put further dyeings into the ladders themselves");
   }
   Calibration(options).Run();
 }
@@ -426,11 +426,11 @@ void RunCalibrate(const CalibrateOptions& options) {
 
 void AddCalibrate(Command& tool) {
   const auto options = std::make_shared<CalibrateOptions>();
-  Command command = tool.AddCommand("calibrate", "K and S of colorants from weighed drawdowns");
-  command.AddOption("SAMPLES", options->samples, "Curves of drawdowns with their shares, a CSV file")
+  Command command = tool.AddCommand("calibrate", "Compute K and S of colorants from weighed drawdowns");
+  command.AddOption("SAMPLES", options->samples, "CSV file with the curves of drawdowns and their shares")
       .ReadsFile()
       .Required();
-  command.AddOption("--white", options->white, "The component whose scattering is 1")
+  command.AddOption("--white", options->white, "Component whose scattering is set to 1")
       .Shows("NAME")
       .Required();
   command.AddOption("--output", options->output, "Write the colour system to this file")
@@ -439,50 +439,51 @@ void AddCalibrate(Command& tool) {
   command.AddChoice(
       "--model", options->model,
       {"coatings", "plastics", "trade-sales", "transparents", "textiles", "continuous-dye"},
-      "The optical model; the last three are one-constant, for ladders of single dyes on a substrate");
-  command.AddOption("--name", options->name, "What the colour system is called").Shows("NAME");
-  command.AddOption("--hold-out", options->holdOut, "Drawdowns that take no part, but are predicted")
+      "Optical model; the last three have one constant, for ladders of single dyes on a substrate");
+  command.AddOption("--name", options->name, "Name of the colour system").Shows("NAME");
+  command.AddOption("--hold-out", options->holdOut, "Predict these drawdowns, but do not calibrate on them")
       .Shows("ID,...");
   command
       .AddOption("--without", options->without,
-                 "Components that are left out, with the drawdowns that have them")
+                 "Leave out these components, and the drawdowns that contain them")
       .Shows("NAME,...");
   command
       .AddOption("--components", options->components,
-                 "CSV file of dilutions: component, of, amount of it in one part")
+                 "CSV file of dilutions, with columns component, of and amount (of it in one part)")
       .ReadsFile()
       .Shows("FILE");
   const Option additions =
       command
           .AddOption("--add", options->additions,
-                     "Further samples with their formulas: corrections and production batches")
+                     "Calibrate on further samples with formulas too: corrections and production batches")
           .ReadsFile()
           .Shows("FILE");
-  command.AddOption("--weight", options->weight, "How much one of these counts beside a drawdown")
+  command.AddOption("--weight", options->weight, "How much each of these counts compared to a drawdown")
       .Shows("W [1]")
       .Needs(additions);
   command.AddFlag("--no-leave-one-out", options->noLeaveOneOut,
-                  "Leave that column empty; it takes most of the time");
+                  "Leave that column empty, which saves most of the time");
   AddSurfaceOptions(command, options->surface);
   AddViewingOptions(command, options->viewing, "D65");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "Each row is a curve in percent with a column share:NAME per component and a column surface:\n"
+      "Each row is a curve in percent. It has a column share:NAME for each component, and a column surface:\n"
       "opaque, or black card, white card, film over black and film over white under one id (cards with\n"
-      "the id \"card\" serve all films). In the place of shares there may be parts, in any unit, in columns\n"
-      "amount:NAME and base:NAME. --components says what dilutions hold; a row 1/10 carbon,carbon,0.1 makes\n"
-      "the rest base. The file of --add has the same columns, or one of formulas such as "
+      "the id \"card\" serve all films). Instead of shares there may be parts, in any unit, in columns\n"
+      "amount:NAME and base:NAME. --components says what dilutions contain; with a row 1/10 "
+      "carbon,carbon,0.1\n"
+      "the rest is base. The file of --add has the same columns, or one of formulas such as "
       "\"white:94;blue:6\".\n\n"
-      "With a one-constant --model each row is a dyeing of one dye on the substrate --white, or the bare\n"
-      "substrate: shares are percent of its weight. Each concentration becomes a level of the system.\n\n"
-      "Results, one row a drawdown:\n"
-      "  dE              CIEDE2000 of what was measured and what the calibration predicts; of a film the\n"
-      "                  mean over black and white, at the one thickness that fits both best\n"
-      "  leave_one_out   the same by a calibration without this drawdown: a bad one stands out; empty\n"
-      "                  where one is not possible\n"
+      "With a one-constant --model, each row is a dyeing of one dye on the substrate --white, or the bare\n"
+      "substrate; shares are percent of its weight. Each concentration becomes a level of the system.\n\n"
+      "Results, one row per drawdown:\n"
+      "  dE              CIEDE2000 between what was measured and what the calibration predicts; for a film\n"
+      "                  the mean over black and white, at the one thickness that fits both best\n"
+      "  leave_one_out   the same for a calibration without this drawdown, so that a bad one stands out;\n"
+      "                  empty if there can be no such calibration\n"
       "  contrast        Y over black / Y over white, measured and predicted\n"
-      "  leave_one_out_linear  by linear least squares, from which those of reflectance begin\n\n"
+      "  leave_one_out_linear  the same for the linear least squares that the fit starts from\n\n"
       "Examples:\n"
       "  vrx calibrate examples/oil_drawdowns.csv --white \"zinc white\" --output /tmp/oil_paints.json \\\n"
       "    --without \"zinc white linseed,chrome yellow poppyseed\"\n"

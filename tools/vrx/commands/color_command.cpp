@@ -171,12 +171,13 @@ void RunColor(const ColorOptions& options) {
 
 void AddColor(Command& tool) {
   const auto options = std::make_shared<ColorOptions>();
-  Command command = tool.AddCommand("color", "Coordinates of curves or colours in every colour space");
-  command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z or L,a,b (- reads standard input)")
+  Command command =
+      tool.AddCommand("color", "Compute coordinates of curves or colours in every colour space");
+  command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z or L,a,b (- for standard input)")
       .ReadsFile()
       .Required();
   AddViewingOptions(command, options->viewing, "D65,A,CWF");
-  command.AddFlag("--average", options->average, "Take the mean of the rows of one id");
+  command.AddFlag("--average", options->average, "Average the rows of each id");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
   AddReportOptions(command, options->report);

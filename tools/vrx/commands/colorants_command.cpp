@@ -73,12 +73,14 @@ void RunColorants(const ColorantsOptions& options) {
 void AddColorants(Command& tool) {
   const auto options = std::make_shared<ColorantsOptions>();
   Command command = tool.AddCommand("colorants", "List the components of a colour system");
-  command.AddOption("SYSTEM", options->system, "Colour system, a JSON file").ReadsFile().Required();
+  command.AddOption("SYSTEM", options->system, "JSON file of a colour system").ReadsFile().Required();
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "Each component is listed with its kind, the number of its levels, their lowest and highest\n"
-      "concentration, the largest K/S of the first level from 440 to 700 nm, and whether it is a white: a\n"
-      "largest K/S of at most 0.1.\n\n"
+      "For each component: its kind, how many levels it has, the lowest and highest concentration of these, "
+      "the\n"
+      "largest K/S of the first level from 440 to 700 nm, and whether it is a white, that is, whether this "
+      "K/S\n"
+      "is at most 0.1.\n\n"
       "Examples:\n"
       "  vrx colorants examples/acrylic_paints.json\n"
       "  vrx colorants system.json --format csv\n");

@@ -36,14 +36,14 @@ void RunCondition(const ConditionOptions& options) {
 
 void AddCondition(Command& tool) {
   const auto options = std::make_shared<ConditionOptions>();
-  Command command = tool.AddCommand("condition", "Describe measurement-condition codes");
-  command.AddOption("CODE", options->codes, "Up to six letters, such as CRIILL").Required();
+  Command command = tool.AddCommand("condition", "Explain measurement-condition codes");
+  command.AddOption("CODE", options->codes, "Code of up to six letters, such as CRIILL").Required();
   AddFormatOption(command, options->format);
   command.SetNotes(
       "The letters stand for calibration, gloss or measuring mode, specular component, ultraviolet content,\n"
-      "lens and mask. A letter that means nothing is replaced by its position's default, and letters beyond "
-      "the\n"
-      "sixth are passed over; the first column is the code as it was read.\n\n"
+      "lens and mask. A letter without a meaning is replaced by the default of its position, and letters "
+      "after\n"
+      "the sixth are ignored; the first column shows the code as it was understood.\n\n"
       "Example:\n"
       "  vrx condition CRIILL\n");
   command.SetAction([options] {

@@ -45,7 +45,8 @@ Form FormOfName(const std::string& name) {
   for (const auto& [known, form] : kExtensions) {
     if (EqualsIgnoringCase(extension, known)) return form;
   }
-  throw InputError(name + ": the name tells no form of file; --to csv, cgats, cxf or json does");
+  throw InputError(name +
+                   ": the name does not tell the format; choose one with --to csv, cgats, cxf or json");
 }
 
 std::string Now() {
@@ -76,7 +77,7 @@ WriteOptions WritingOf(const ConvertOptions& options) {
   writing.csvSafe = options.csvSafe;
   writing.decimalComma = options.decimalComma;
   if (writing.fraction && writing.form == Form::kCgats) {
-    throw InputError("--to-fraction: CGATS is written in percent, as SPECTRAL_NORM says in it");
+    throw InputError("--to-fraction: CGATS is written in percent, as its SPECTRAL_NORM says");
   }
   if ((options.csvSafe || options.decimalComma) && writing.form != Form::kCsv) {
     throw InputError(std::string(options.csvSafe ? "--csv-safe" : "--decimal-comma") + " is for CSV");
@@ -142,7 +143,7 @@ void RunConvert(const ConvertOptions& options) {
   std::vector<std::string> losses;
   writing.onLosses = [&](const std::vector<std::string>& lost) {
     if (options.in != "-" && options.out != "-" && AreOneFile(options.in, options.out)) {
-      throw InputError(options.out + ": the file that is read would lose " + Listed(lost) +
+      throw InputError(options.out + ": the file to be replaced would lose " + Listed(lost) +
                        "; write to another");
     }
     losses = lost;
@@ -162,30 +163,30 @@ void RunConvert(const ConvertOptions& options) {
 
 void AddConvert(Command& tool) {
   const auto options = std::make_shared<ConvertOptions>();
-  Command command = tool.AddCommand("convert", "Measurements from one form of file to another");
-  command.AddOption("IN", options->in, "CSV, CGATS, CxF3 or JSON (- reads standard input)")
+  Command command = tool.AddCommand("convert", "Convert measurements from one file format to another");
+  command.AddOption("IN", options->in, "CSV, CGATS, CxF3 or JSON (- for standard input)")
       .ReadsFile()
       .Required();
   command
       .AddOption("OUT", options->out,
-                 "The new file, by its name .csv, .txt, .cxf or .json (- writes standard output)")
+                 "File to write, named .csv, .txt (CGATS), .cxf or .json (- for standard output)")
       .Required();
   command.AddChoice("--to", options->outputForm, {"auto", "csv", "cgats", "cxf", "json"},
-                    "The form of the new file");
-  command.AddOption("--grid", options->grid, "Wavelengths of the new file in nm").Shows("FIRST-LAST/STEP");
+                    "Format of the new file; auto: by its name");
+  command.AddOption("--grid", options->grid, "Wavelengths of the new file, in nm").Shows("FIRST-LAST/STEP");
   command.AddFlag("--to-fraction", options->outputFraction,
-                  "Write CSV and JSON as fractions of 1, not percent");
+                  "Write reflectances in CSV and JSON as fractions of 1, not percent");
   command.AddFlag("--csv-safe", options->csvSafe,
-                  "Put an apostrophe before texts in CSV that a spreadsheet would run as formulas");
+                  "Put an apostrophe before any text in CSV that a spreadsheet would run as a formula");
   command.AddFlag("--decimal-comma", options->decimalComma,
-                  "Write numbers in CSV with a comma, and semicolons between columns");
+                  "Write decimal commas in CSV, and semicolons between columns");
   AddReadOptions(command, options->input);
   command.SetNotes(
-      "Values read back to the same numbers unless --grid interpolates them. Names, dates, conditions and "
+      "Values read back as the same numbers unless --grid interpolates them. Names, dates, conditions and "
       "columns\n"
-      "that nothing is made of, such as RGB or densities, are kept; what the new form cannot hold is named "
-      "in a\n"
-      "warning. A file takes its own place only where nothing is lost.\n\n"
+      "that vrx has no use for, such as RGB or densities, are kept; a warning names whatever the new format "
+      "cannot\n"
+      "hold. A file can be converted in place only if nothing is lost.\n\n"
       "Examples:\n"
       "  vrx convert examples/chart_ohta.csv chart.cxf --grid 380-730/10\n"
       "  vrx convert examples/chart_ohta.csv - --to cgats\n");

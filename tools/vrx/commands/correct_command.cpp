@@ -39,7 +39,7 @@ CDbFormula ReadFormula(const CorrectOptions& options, const ColorSystem& system)
   const std::vector<NamedFormula> formulas = ReadFormulas(options.formula, system);
   if (options.name.empty() && formulas.size() != 1) {
     throw InputError(options.formula + ": there are " + std::to_string(formulas.size()) +
-                     " formulas; --name says which one it is");
+                     " formulas; choose one with --name");
   }
   for (const NamedFormula& formula : formulas) {
     if (options.name.empty() || formula.name == options.name) return formula.formula;
@@ -88,12 +88,12 @@ std::string Diagnose(const ColorSystem& system, const CRecipeSettings& recipe, C
     return std::string(text.data(), end.ptr);
   };
   const std::string other = SuspicionsText(diagnosis.next.suspected, system);
-  PrintMessage("the batch is not what its formula says; suspected is " + suspected +
+  PrintMessage("the batch does not seem to match its formula; suspected: " + suspected +
                ". As written its curve would be " + off(diagnosis.asWritten) + " off (CIEDE2000), so " +
                off(diagnosis.best.difference) + "; " +
                (diagnosis.isClear ? "the next best" : "not much less likely") + " is " +
                (other.empty() ? "the formula as written" : other) + " (" + off(diagnosis.next.difference) +
-               "). --trust-formula corrects what was written down");
+               "). Use --trust-formula to correct the formula as written");
   return suspected;
 }
 
@@ -154,43 +154,46 @@ void RunCorrect(const CorrectOptions& options) {
 
 void AddCorrect(Command& tool) {
   const auto options = std::make_shared<CorrectOptions>();
-  Command command = tool.AddCommand("correct", "What to add to a batch that came out wrong");
-  command.AddOption("SYSTEM", options->search.system, "Colour system, a JSON file").ReadsFile().Required();
-  command.AddOption("--formula", options->formula, "What went into the batch, a JSON file of formulas")
+  Command command = tool.AddCommand("correct", "Find out what to add to a batch that came out wrong");
+  command.AddOption("SYSTEM", options->search.system, "JSON file of a colour system").ReadsFile().Required();
+  command.AddOption("--formula", options->formula, "JSON file of formulas that says what went into the batch")
       .ReadsFile()
       .Shows("FILE")
       .Required();
-  command.AddOption("--name", options->name, "Which formula of the file it is, when there are several")
-      .Shows("NAME");
-  command.AddOption("--batch", options->batch, "The curve of the batch, as measured")
-      .ReadsFile()
-      .Shows("FILE")
-      .Required();
-  command.AddOption("--target", options->target, "The curve that it shall have, or its L, a, b")
+  command.AddOption("--name", options->name, "Name of the formula, if the file has several").Shows("NAME");
+  command.AddOption("--batch", options->batch, "File with the measured curve of the batch")
       .ReadsFile()
       .Shows("FILE")
       .Required();
   command
-      .AddOption("--batch-size", options->search.batchSize,
-                 "Amount of the batch, in the unit of the additions")
+      .AddOption("--target", options->target, "File with the curve, or L, a, b, that the batch should have")
+      .ReadsFile()
+      .Shows("FILE")
+      .Required();
+  command
+      .AddOption("--batch-size", options->search.batchSize, "Size of the batch, in the unit of the additions")
       .Shows("AMOUNT")
       .Required();
-  command.AddOption("--max-addition", options->mostAddition, "Most that may be added, of the batch")
+  command
+      .AddOption("--max-addition", options->mostAddition, "Largest total addition, in percent of the batch")
       .Shows("PERCENT [" + options->mostAddition + "]");
-  command.AddChoice("--aim", options->aim, {"smallest", "cheapest", "nearest"},
-                    "The least additions or cost that reach the tolerance, or the nearest colour");
-  command.AddOption("--margin", options->margin, "Part of the tolerance that a correction keeps in hand")
+  command.AddChoice(
+      "--aim", options->aim, {"smallest", "cheapest", "nearest"},
+      "Aim for the smallest or cheapest additions within the tolerance, or for the nearest colour");
+  command.AddOption("--margin", options->margin, "Share of the tolerance to keep in reserve")
       .Shows("PERCENT [" + options->margin + "]");
   command.AddFlag("--trust-formula", options->trustFormula,
-                  "Take the formula as written, whatever the curve of the batch says");
+                  "Believe the formula, whatever the curve of the batch says");
   command.AddFlag("--allow-new", options->allowNew,
-                  "Add colorants that the batch does not have, even where its own are enough");
+                  "Consider colorants that are not in the batch, even if its own are enough");
   AddSearchOptions(command, options->search, RecipePurpose::kAddition);
   command.SetNotes(
-      "First the curve of the batch says what is in it: a component that was forgotten, weighed wrong\n"
-      "or mixed up with another one is told, with the evidence, and the correction begins there. The\n"
-      "batch's own colorants are tried first, new ones where these do not reach the tolerance. Nothing\n"
-      "is taken out of a batch; one that nothing brings nearer gets the status \"no addition helps\".\n\n"
+      "The curve of the batch first shows what is really in it: a component that was forgotten, weighed\n"
+      "wrongly or mixed up with another is reported, with the evidence, and the correction starts from "
+      "there.\n"
+      "The batch's own colorants are tried first, and others only if those do not reach the tolerance. "
+      "Nothing\n"
+      "can be taken out of a batch; if nothing brings it nearer, its status is \"no addition helps\".\n\n"
       "Examples:\n"
       "  vrx correct system.json --formula recipe.json --batch trial.csv --target target.csv --batch-size 250"
       " --max-colorants 2\n"

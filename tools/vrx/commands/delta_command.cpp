@@ -207,22 +207,22 @@ void RunDelta(const DeltaOptions& options) {
 
 void AddDelta(Command& tool) {
   const auto options = std::make_shared<DeltaOptions>();
-  Command command = tool.AddCommand("delta", "Differences of pairs of colours in any system");
+  Command command = tool.AddCommand("delta", "Compute the differences of pairs of colours in any system");
   command
-      .AddOption("PAIRS", options->pairs,
-                 "Columns L1,a1,b1,L2,a2,b2 or X1,Y1,Z1,X2,Y2,Z2, optionally id and angle (- reads standard "
-                 "input)")
+      .AddOption(
+          "PAIRS", options->pairs,
+          "Columns L1,a1,b1,L2,a2,b2 or X1,Y1,Z1,X2,Y2,Z2, optionally id and angle (- for standard input)")
       .ReadsFile()
       .Required();
   AddSystemOptions(command, options->system, "cmc");
   AddViewingOptions(command, options->viewing, "D65");
-  AddToleranceOptions(command, options->limits, "none, and no verdicts");
+  AddToleranceOptions(command, options->limits, "none: no verdicts");
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "The first colour of a row is the standard, the second the sample. The illuminant serves to convert\n"
-      "between L*a*b* and tristimulus values; the angle, in degrees, is for audi and din6175. With "
-      "--tolerance\n"
-      "each pair gets words and verdicts as vrx judge gives them.\n\n"
+      "The first colour of each row is the standard, the second the sample. The illuminant is used to "
+      "convert\n"
+      "between L*a*b* and tristimulus values; the angle, in degrees, is used by audi and din6175. With\n"
+      "--tolerance each pair gets words and verdicts, as in vrx judge.\n\n"
       "Examples:\n"
       "  vrx delta pairs.csv --system cie2000\n"
       "  vrx delta pairs.csv --system cmc --parameters 1,1 --format csv\n"

@@ -78,10 +78,11 @@ struct Accepted {
 
 std::unique_ptr<Standards> OpenStandards(const FitOptions& options) {
   const bool oneFile = options.standard.empty();
-  if (oneFile && options.pairs) throw InputError("--pairs needs the standards: --standard FILE");
+  if (oneFile && options.pairs) throw InputError("--pairs needs --standard FILE");
   const std::string& standardFile = oneFile ? options.accepted : options.standard;
   if (options.accepted == "-" && standardFile == "-") {
-    throw InputError("standard and accepted trials are read apart: name a file");
+    throw InputError(
+        "the standard and the accepted trials cannot both come from standard input: name a file");
   }
   CurveReader reader = OpenCurves(standardFile, options.input);
   return options.pairs ? PairedStandards(std::move(reader))
@@ -157,9 +158,10 @@ uint32_t FitBy(Method method, const Cloud& cloud, EllipseCentre centre, CEllipse
 std::string Objection(const Cloud& cloud, const FitOptions& options) {
   CEllipseData ellipse;
   if (FitBy(Method::kSmallest, cloud, options.centre, ellipse) == 0) {
-    return "the accepted differences are flat: they are of one lightness, or on one line in the a*-b* plane";
+    return "the accepted differences are flat: they have the same lightness, or lie on one line in the a*-b* "
+           "plane";
   }
-  return "no ellipsoid has the differences near its surface; --method smallest holds them inside";
+  return "no ellipsoid has its surface near the differences; use --method smallest";
 }
 
 // As many differences as the fit has unknowns, and four where fewer would do: three say nothing of a fourth.
@@ -170,7 +172,7 @@ std::size_t NeededDifferences(const FitOptions& options) {
 CEllipseData Fit(const Cloud& cloud, const FitOptions& options, const std::string& place) {
   if (const std::size_t count = cloud.differences.size(); count < NeededDifferences(options)) {
     throw InputError(place + ": " + std::to_string(count) +
-                     " accepted differences are too few; the fit needs " +
+                     " accepted differences are not enough; the fit needs " +
                      std::to_string(NeededDifferences(options)));
   }
   CEllipseData ellipse;
@@ -242,34 +244,35 @@ void WriteFits(const Accepted& accepted, const FitOptions& options) {
 
 void RunFit(const FitOptions& options) {
   if (!(options.margin > 0 && options.margin <= 100)) {
-    throw InputError("--margin: a factor above 0, up to 100");
+    throw InputError("--margin: must be a factor above 0 and up to 100");
   }
   InputStream input = OpenText(options.accepted);
   const Accepted accepted = HoldsDifferences(input)
                                 ? ReadDifferences(CsvReader(std::move(input), CsvDialect()), options)
                                 : ReadCurves(OpenCurves(std::move(input), options.input), options);
-  if (accepted.clouds.empty()) throw InputError(accepted.file + ": there is no accepted trial");
+  if (accepted.clouds.empty()) throw InputError(accepted.file + ": there are no accepted trials");
   WriteFits(accepted, options);
 }
 
 void AddOptions(Command& command, FitOptions& options) {
   command
       .AddOption("ACCEPTED", options.accepted,
-                 "Curves of the accepted trials, or columns dL,da,db (- reads standard input)")
+                 "Curves of the accepted trials, or columns dL,da,db (- for standard input)")
       .ReadsFile()
       .Required();
-  command.AddOption("--standard", options.standard, "Curves of the standard, or standards")
+  command.AddOption("--standard", options.standard, "Curves of the standard or standards")
       .ReadsFile()
       .Shows("FILE [ACCEPTED]");
-  Option id = command.AddOption("--standard-id", options.standardId, "Which row is the standard");
-  id.Shows("ID [the first row]");
-  command.AddFlag("--pairs", options.pairs, "Each trial belongs to the standard of the same id").Excludes(id);
-  command.AddChoice(
-      "--method", options.method, {"smallest", "surface"},
-      "The smallest ellipsoid that holds what was accepted, or the surface nearest to differences "
-      "at the limit of acceptance");
-  command.AddChoice("--centre", options.centre, {"free", "standard"}, "Where the ellipsoid has its centre");
-  command.AddOption("--margin", options.margin, "Factor on the semi-axes and on the limit of the total")
+  Option id = command.AddOption("--standard-id", options.standardId, "Id of the row to use as the standard");
+  id.Shows("ID [first row]");
+  command.AddFlag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
+      .Excludes(id);
+  command.AddChoice("--method", options.method, {"smallest", "surface"},
+                    "smallest: the smallest ellipsoid that contains every accepted trial; surface: the one "
+                    "whose surface is nearest to trials at the limit of acceptance");
+  command.AddChoice("--centre", options.centre, {"free", "standard"},
+                    "Centre of the ellipsoid: wherever it fits best, or at the standard");
+  command.AddOption("--margin", options.margin, "Multiply the semi-axes and the limit of the total by this")
       .Shows("FACTOR [1]");
   AddViewingOptions(command, options.viewing, "D65,A,CWF");
   AddSystemOptions(command, options.system, "cmc");
@@ -291,11 +294,13 @@ std::string OptionForCurves(const Command& command) {
 
 void AddFitTolerance(Command& tool) {
   const auto options = std::make_shared<FitOptions>();
-  Command command = tool.AddCommand("fit-tolerance", "The ellipsoid of what was accepted so far");
+  Command command =
+      tool.AddCommand("fit-tolerance", "Fit a tolerance ellipsoid to what has been accepted so far");
   AddOptions(command, *options);
   command.SetNotes(
-      "The csv form is what vrx judge --ellipses reads. The limit of the total difference is the largest\n"
-      "total that was accepted, in the system of --system; that of plain differences is dE*ab (lab).\n\n"
+      "vrx judge --ellipses reads the csv output. The limit of the total difference is the largest total "
+      "that\n"
+      "was accepted, in the system given by --system; for plain differences it is dE*ab (lab).\n\n"
       "Examples:\n"
       "  vrx fit-tolerance accepted.csv                        # the first row is the standard\n"
       "  vrx fit-tolerance lots.csv --standard master.csv --pairs --margin 1.05 --format csv > limits.csv\n"

@@ -48,7 +48,7 @@ class Selection {
   explicit Selection(const std::string& list) : isDefault_(list.empty()) {
     std::istringstream names(list);
     for (std::string name; std::getline(names, name, ',');) {
-      if (!IsKnown(name)) throw InputError("--indices: no index \"" + name + "\"; --formulas lists them");
+      if (!IsKnown(name)) throw InputError("--indices: unknown index \"" + name + "\"; see --formulas");
       names_.push_back(name);
     }
   }
@@ -356,36 +356,39 @@ void RunIndex(const IndexOptions& options) {
 
 void AddIndex(Command& tool) {
   const auto options = std::make_shared<IndexOptions>();
-  Command command = tool.AddCommand("index", "Whiteness, tint and yellowness, metamerism, contrast ratio");
-  command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z (- reads standard input)").ReadsFile();
+  Command command =
+      tool.AddCommand("index", "Compute whiteness, tint, yellowness, metamerism and contrast ratio");
+  command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z (- for standard input)").ReadsFile();
   Option standard = command
                         .AddOption("--standard", options->standard,
-                                   "Curves of the standard, or standards: adds the CIE special metamerism "
-                                   "index of every curve between the "
-                                   "first illuminant and each other one")
+                                   "Curves of the standard or standards; adds the CIE special metamerism "
+                                   "index of each curve between the first illuminant and every other one")
                         .ReadsFile();
   standard.Shows("FILE");
-  Option id =
-      command.AddOption("--standard-id", options->standardId, "Which row of --standard is the standard");
-  id.Shows("ID [the first row]").Needs(standard);
-  command.AddFlag("--pairs", options->pairs, "The standard of each curve is the one of the same id")
+  Option id = command.AddOption("--standard-id", options->standardId,
+                                "Id of the row of --standard to use as the standard");
+  id.Shows("ID [first row]").Needs(standard);
+  command.AddFlag("--pairs", options->pairs, "Compare each curve with the standard of the same id")
       .Excludes(id)
       .Needs(standard);
   command
-      .AddOption("--indices", options->indices,
-                 "Which indices and figures: names of --formulas, wi, ti or yi for a family, inconstancy")
-      .Shows("LIST [the whiteness family]");
-  command.AddFlag("--wide", options->wide, "A sample a row, an index a column").Excludes(standard);
-  command.AddFlag("--formulas", options->formulas, "List the indices with their formulas instead");
+      .AddOption(
+          "--indices", options->indices,
+          "Indices to compute: names that --formulas lists; wi, ti or yi for a whole family; inconstancy")
+      .Shows("LIST [wi,ti,yi]");
+  command.AddFlag("--wide", options->wide, "Write one row per sample and one column per index")
+      .Excludes(standard);
+  command.AddFlag("--formulas", options->formulas, "List the indices and their formulas instead");
   AddViewingOptions(command, options->viewing, "D65,C");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
   AddReportOptions(command, options->report);
   command.SetNotes(
-      "An index is direct under the illuminants and observers for which it was published, and recalculated\n"
-      "to their white under any other. A table leaves out what does not exist; csv has an empty field for\n"
-      "it. --formulas says what stands behind each name. Two rows of one id, one \"Over Black\" and one "
-      "\"Over White\", also give their contrast ratio.\n\n"
+      "An index is computed directly under the illuminants and observers for which it was published, and\n"
+      "recalculated to their white under any others. Tables leave out what does not exist; csv has an empty\n"
+      "field for it. --formulas shows the formula behind each name. Two rows of one id, one \"Over Black\" "
+      "and\n"
+      "one \"Over White\", also give a contrast ratio.\n\n"
       "Examples:\n"
       "  vrx index paper.csv                                # under D65 and C, 10 degrees\n"
       "  vrx index paper.csv --illuminants C --observer 2   # as most of them were published\n"

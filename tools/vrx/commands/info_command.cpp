@@ -104,7 +104,7 @@ void RunInfo(const InfoOptions& options) {
   OutputStream output;
   InfoRows rows(options.format, output);
   rows.Add("file", reader->Name());
-  rows.Add("form", std::string(reader->FormName()));
+  rows.Add("format", std::string(reader->FormName()));
   rows.Add("samples", std::to_string(contents.samples));
   rows.Add("curves", std::to_string(contents.curves));
   rows.Add("colours", std::to_string(contents.colors));
@@ -133,14 +133,14 @@ void RunInfo(const InfoOptions& options) {
 
 void AddInfo(Command& tool) {
   const auto options = std::make_shared<InfoOptions>();
-  Command command = tool.AddCommand("info", "What a file of measurements holds, and what of it is not used");
-  command.AddOption("FILE", options->file, "CSV, CGATS, CxF3 or JSON (- reads standard input)")
+  Command command = tool.AddCommand("info", "Show what a file of measurements holds, and what is ignored");
+  command.AddOption("FILE", options->file, "CSV, CGATS, CxF3 or JSON (- for standard input)")
       .ReadsFile()
       .Required();
   AddReadOptions(command, options->input);
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "The form is recognised by the content. Notes say what was passed over, and why.\n\n"
+      "The format is recognised by the content. Notes say what was ignored, and why.\n\n"
       "Example:\n"
       "  vrx info examples/chart_ohta.csv\n");
   command.SetAction([options] {

@@ -65,7 +65,8 @@ class Selection {
     if (list.empty()) return {true, true, true};
     std::array<bool, 3> verdicts{};
     for (const std::string& name : SplitList(list, ',')) {
-      if (name != "fail" && name != "warning") throw InputError("--only: fail, warning or both are expected");
+      if (name != "fail" && name != "warning")
+        throw InputError("--only: must be fail, warning or fail,warning");
       verdicts[name == "fail" ? kFail : kWarning] = true;
     }
     return verdicts;
@@ -143,14 +144,14 @@ ExitStatus RunJudge(const JudgeOptions& options) {
 void AddOptions(Command& command, JudgeOptions& options) {
   AddComparisonOptions(command, options.comparison, Content::kCurvesOrColors);
   AddJudgingOptions(command, options.judging, "D65,A,CWF");
-  command.AddFlag("--summary", options.summary, "Write only the summary of each illuminant");
-  command.AddOption("--only", options.only, "Write only trials whose worst verdict is one of these")
+  command.AddFlag("--summary", options.summary, "Write only the summary for each illuminant");
+  command.AddOption("--only", options.only, "Write only the trials whose worst verdict is one of these")
       .Shows("fail|warning|fail,warning");
   command.AddFlag("--worst-first", options.worstFirst,
-                  "Write the trials of the largest total differences first");
-  command.AddFlag("--strict", options.strict, "Exit status 1 when a trial does not pass");
+                  "Write the trials with the largest total differences first");
+  command.AddFlag("--strict", options.strict, "Exit with status 1 if any trial does not pass");
   command.AddFlag("--verdict-numbers", options.verdictNumbers,
-                  "Write verdicts in csv as 0 (fail), 1 (warning) and 2 (pass)");
+                  "Write verdicts in csv as 0 (fail), 1 (warning) or 2 (pass)");
   AddThreadsOption(command, options.threads);
   AddFormatOption(command, options.format);
   AddReportOptions(command, options.report);
@@ -163,18 +164,17 @@ void AddJudge(Command& tool) {
   Command command = tool.AddCommand("judge", "Judge trials against a standard");
   AddOptions(command, *options);
   command.SetNotes(
-      "Each trial gets, under each illuminant, its difference from the standard, three words for the shade,\n"
-      "and the verdict of the box or ellipsoid, of the total difference, and of both, with the limit that "
-      "was\n"
-      "broken and by how much. One --tolerance limits the total alone.\n\n"
+      "Under each illuminant, each trial gets its difference from the standard, three words for the shade,\n"
+      "and a verdict on the box or ellipsoid, on the total difference, and on both, with the limit that was\n"
+      "broken and by how much. A single --tolerance limits only the total.\n\n"
       "Examples:\n"
       "  vrx judge standard.csv batch.csv                      # the first row of standard.csv, CMC (2:1)\n"
-      "  vrx judge master.csv lot.csv --pairs --strict         # row against row of the same id\n"
+      "  vrx judge master.csv lot.csv --pairs --strict         # each row against the row with the same id\n"
       "  vrx judge std.csv batch.csv --system cie2000 --tolerance 0.8 --illuminants D65,T84\n"
       "  vrx judge std.csv batch.csv --tolerance 1 --limits dL=0.8,db=-0.3:0.6\n"
       "  vrx judge std.csv batch.csv --tolerance 1,1,0.6,0.6,0.6,0.6,1.2 --format json\n"
       "  cat batch.csv | vrx judge std.csv - --tolerances limits.csv --format csv\n"
-      "  vrx judge std.csv batch.csv --ellipse --tolerance 0.8   # inside the CMC ellipsoid, cf = 0.8\n");
+      "  vrx judge std.csv batch.csv --ellipse --tolerance 0.8   # the CMC ellipsoid with cf = 0.8\n");
   command.SetAction([options] { return RunJudge(*options); });
 }
 

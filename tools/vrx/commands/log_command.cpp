@@ -88,13 +88,14 @@ void RunLog(const LogOptions& options) {
 void AddLog(Command& tool) {
   const auto options = std::make_shared<LogOptions>();
   const std::vector<std::string> modes(kModeNames.begin(), kModeNames.end());
-  Command command = tool.AddCommand("log", "Show and switch the diagnostic log");
-  command.AddChoice("--sensor", options->sensor, modes, "Instrument traffic").Shows("off|box|file");
-  command.AddChoice("--general", options->general, modes, "Everything else").Shows("off|box|file");
-  command.AddOption("--directory", options->directory, "Where the file VrxDebug.txt is written");
+  Command command = tool.AddCommand("log", "Show the diagnostic log or switch it on and off");
+  command.AddChoice("--sensor", options->sensor, modes, "Log the traffic with instruments")
+      .Shows("off|box|file");
+  command.AddChoice("--general", options->general, modes, "Log everything else").Shows("off|box|file");
+  command.AddOption("--directory", options->directory, "Folder to write the file VrxDebug.txt to");
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "A new mode rules in processes that start after it was set.\n\n"
+      "A new mode takes effect in processes that start afterwards.\n\n"
       "Examples:\n"
       "  vrx log                                     # the modes and the file\n"
       "  vrx log --sensor file --directory /var/tmp  # trace the instrument to /var/tmp/VrxDebug.txt\n"

@@ -22,12 +22,12 @@ std::string TextOf(Document document, const Command& tool) {
 void AddManual(Command& tool) {
   const auto document = std::make_shared<Document>(Document::kMan);
   Command command =
-      tool.AddCommand("manual", "Print the manual page, completions for bash, or all options as a page");
-  command.AddChoice(
-      "DOCUMENT", *document, {"man", "bash", "markdown"},
-      "man: the page as man reads it; bash: completions; markdown: the options of every command");
+      tool.AddCommand("manual", "Print the manual page, completions for bash, or a page of all options");
+  command.AddChoice("DOCUMENT", *document, {"man", "bash", "markdown"},
+                    "man: the manual page; bash: completions; markdown: the options of every command");
   command.SetNotes(
-      "All are made from the commands as they are; the manual page and the completions are installed with "
+      "All of these are made from the commands themselves. The manual page and the completions are installed "
+      "with\n"
       "the tool.\n\n"
       "Examples:\n"
       "  vrx manual > vrx.1\n"

@@ -106,14 +106,14 @@ void ParseLoad(const std::string& text, CRecipeSettings& settings) {
   const bool isLoad = parse(all.substr(0, colon), settings.leastLoad) &&
                       parse(colon < all.size() ? all.substr(colon + 1) : all, settings.mostLoad) &&
                       settings.leastLoad <= settings.mostLoad && settings.mostLoad > 0.0;
-  if (!isLoad) throw InputError("--load: percent of the recipe are expected, or a range such as 1:5");
+  if (!isLoad) throw InputError("--load: must be a percentage of the recipe, or a range such as 1:5");
 }
 
 // Grams of fibre in a litre of a liquor of so many litres a kilogram: dyes are then in grams per litre.
 double FibrePerLitre(const MatchOptions& options, const ColorSystem& system) {
   constexpr double kGrams = 1000.0, kMost = 1000.0;
   if (!(options.liquor > 0.0 && options.liquor <= kMost)) {
-    throw InputError("--liquor: litres per kilogram of fibre are expected, above 0 and up to 1000");
+    throw InputError("--liquor: must be litres per kilogram of fibre, above 0 and up to 1000");
   }
   if (MixingLawOf(system.data.opticalModel) != MixingLaw::kOneConstant) {
     throw InputError(options.search.system + ": \"model\": --liquor is for dyes on a substrate");
@@ -125,13 +125,13 @@ CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& syste
   CRecipeSettings settings;
   options.search.Apply(system, settings);
   if (!(options.thickness >= 0.0 && options.thickness <= 1e9)) {
-    throw InputError("--thickness: a number, 0 or more, is expected");
+    throw InputError("--thickness: must be a number of 0 or more");
   }
   if (!(options.minOpacity >= 0.0 && options.minOpacity <= 100.0)) {
-    throw InputError("--min-opacity: percent, 0 to 100, are expected");
+    throw InputError("--min-opacity: must be a percentage from 0 to 100");
   }
   if (options.prerank < 0 || options.prerank > 1'000'000) {
-    throw InputError("--prerank: a number from 0 to 1000000 is expected");
+    throw InputError("--prerank: must be a number from 0 to 1000000");
   }
   if (options.liquor != 0.0) settings.batchSize = FibrePerLitre(options, system);
   settings.order = options.order;
@@ -316,7 +316,7 @@ CCorrectionSettings CorrectionSettingsOf(const MatchOptions& options, const Colo
       break;
     case RecipeOrder::kMetamerism:
     case RecipeOrder::kExpected:
-      throw InputError("--sort: with --from-stock it is fewest (the least additions), color or cost");
+      throw InputError("--sort: with --from-stock it must be fewest (the smallest additions), color or cost");
     default:
       settings.aim = CorrectionAim::kSmallest;
   }
@@ -556,74 +556,77 @@ void RunMatch(const MatchOptions& options) {
         " targets have no recipe: --min-opacity or --limits leave none, or --resolution is too coarse");
   }
   if (options.prerank > 0)
-    PrintMessage("--prerank: only a part of the subsets was solved; better recipes may exist");
+    PrintMessage("--prerank: only some of the subsets were solved; better recipes may exist");
 }
 
 // The options that corrections of a stock have no use for; `stock` refuses them.
 void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
-  const Option backings = command
-                              .AddOption("--backings", options.backings,
-                                         "Two curves, a black backing and a white one, for the opacity")
-                              .ReadsFile()
-                              .Shows("FILE");
-  command
-      .AddOption("--thickness", options.thickness,
-                 "Of the film, in the unit of length of the colorants' K and S")
+  Command components = command.Group("Components"), amounts = command.Group("Amounts"),
+          film = command.Group("Film"), earlier = command.Group("Earlier recipes and leftovers");
+  const Option backings =
+      film.AddOption("--backings", options.backings,
+                     "File with two curves, of a black and of a white backing, for the opacity")
+          .ReadsFile()
+          .Shows("FILE");
+  film.AddOption("--thickness", options.thickness,
+                 "Thickness of the film, in the unit of length of the colorants' K and S")
       .Shows("X [1]")
       .Needs(backings);
-  command.AddOption("--min-opacity", options.minOpacity, "Least contrast ratio of a recipe, percent")
+  film.AddOption("--min-opacity", options.minOpacity, "Smallest contrast ratio of a recipe")
       .Shows("PERCENT [0]")
       .Needs(backings);
   Option size =
-      command.AddOption("--batch-size", options.search.batchSize, "Total of the amounts of a recipe")
+      amounts.AddOption("--batch-size", options.search.batchSize, "Total of the amounts in a recipe")
           .Shows("AMOUNT [100]");
   const Option liquor =
-      command
+      amounts
           .AddOption("--liquor", options.liquor,
-                     "Litres of liquor per kilogram of the substrate: amounts are grams per litre")
+                     "Litres of liquor per kilogram of substrate; amounts are then in grams per litre")
           .Shows("LITRES");
   size.Excludes(liquor);
-  const Option least = command
+  const Option least = components
                            .AddOption("--min-amount", options.search.choice.minAmount,
-                                      "Least share of every colorant, percent")
+                                      "Smallest share of any colorant in a recipe")
                            .Shows("PERCENT [0]");
-  const Option load =
-      command
-          .AddOption("--load", options.load,
-                     "Percent of a recipe that its colorants make up beside a clear resin, or a range")
-          .Shows("PERCENT|LEAST:MOST");
-  const Option range = command.AddFlag("--within-range", options.search.choice.withinRange,
-                                       "No share outside of the range in which its component was calibrated");
-  const Option trace =
-      command
-          .AddOption("--trace", options.search.criterion.trace,
-                     "A colorant is a trace when leaving it out changes the colour by less; off: none is")
-          .Shows("DE [a tenth of --tolerance]");
-  const Option library = command
-                             .AddOption("--library", options.library,
-                                        "Former recipes to adapt: measured curves with a column formula")
-                             .ReadsFile()
-                             .Shows("FILE");
-  command
+  const Option load = components
+                          .AddOption("--load", options.load,
+                                     "Share of the colorants beside a clear resin, or a range of shares")
+                          .Shows("PERCENT|LEAST:MOST");
+  const Option range =
+      components.AddFlag("--within-range", options.search.choice.withinRange,
+                         "Keep each share within the range in which its component was calibrated");
+  const Option trace = command
+                           .AddOption("--trace", options.search.criterion.trace,
+                                      "Treat a colorant as a trace if leaving it out changes the colour by "
+                                      "less than this; off: never")
+                           .Shows("DE [a tenth of --tolerance]");
+  const Option library =
+      earlier
+          .AddOption("--library", options.library,
+                     "Adapt earlier recipes from this file: measured curves with a column formula")
+          .ReadsFile()
+          .Shows("FILE");
+  earlier
       .AddOption(
           "--parts", options.parts,
-          "With --from-stock: recipes of this amount from parts of several batches, most used up first")
+          "Make recipes of this amount from parts of several batches; those that use up most come first")
       .Shows("AMOUNT")
       .Check([](const std::string& text) {
         double amount = 0.0;
         const bool isAmount = ParseDecimal(text, ',', amount) && amount > 0.0 && amount <= 1e9;
-        return isAmount ? "" : "an amount above 0 is expected";
+        return isAmount ? "" : "expected an amount above 0";
       })
       .Needs(stock);
-  const Option prerank =
-      command
-          .AddOption("--prerank", options.prerank,
-                     "Lossy: of each size, solve only the N subsets that look best to first order; 0: all")
-          .Shows("N [0]");
-  const Option formulas =
-      command.AddOption("--formulas", options.formulas, "Write the recipes to a JSON file for vrx predict")
-          .WritesFile()
-          .Shows("FILE");
+  const Option prerank = command.Group("Search")
+                             .AddOption("--prerank", options.prerank,
+                                        "Of each size, solve only the N subsets that look best to first "
+                                        "order (may miss recipes); 0: all")
+                             .Shows("N [0]");
+  const Option formulas = command
+                              .AddOption("--formulas", options.formulas,
+                                         "Write the recipes to a JSON file that vrx predict reads")
+                              .WritesFile()
+                              .Shows("FILE");
   for (const Option& option :
        {backings, size, liquor, least, load, range, trace, library, prerank, formulas}) {
     stock.Excludes(option);
@@ -634,35 +637,43 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
 
 void AddMatch(Command& tool) {
   const auto options = std::make_shared<MatchOptions>();
-  Command command = tool.AddCommand("match", "Recipes of colours: every subset of the colorants is solved");
-  command.AddOption("SYSTEM", options->search.system, "Colour system, a JSON file").ReadsFile().Required();
-  command.AddOption("TARGETS", options->targets, "Curves, or colours as columns L, a, b, a CSV file")
+  Command command = tool.AddCommand("match", "Find recipes for target colours");
+  command.AddOption("SYSTEM", options->search.system, "JSON file of a colour system").ReadsFile().Required();
+  command.AddOption("TARGETS", options->targets, "File of curves, or of colours in columns L, a, b")
       .ReadsFile()
       .Required();
   command.AddChoice("--sort", options->order, {"fewest", "color", "metamerism", "cost", "expected"},
-                    "The order of recipes within the tolerance");
+                    "Order of the recipes within the tolerance");
   AddSearchOptions(command, options->search, RecipePurpose::kRecipe);
-  Option stock = command
-                     .AddOption("--from-stock", options->stock,
-                                "Use up known batches: their curves, with columns formula and amount")
-                     .ReadsFile()
-                     .Shows("FILE");
-  command
-      .AddOption("--max-addition", options->mostAddition, "With --from-stock: most that is added, of a batch")
+  Command earlier = command.Group("Earlier recipes and leftovers");
+  Option stock =
+      earlier
+          .AddOption("--from-stock", options->stock,
+                     "Use up the batches in this file: their curves, with columns formula and amount")
+          .ReadsFile()
+          .Shows("FILE");
+  earlier
+      .AddOption("--max-addition", options->mostAddition, "Largest total addition, in percent of the batch")
       .Shows("PERCENT [" + options->mostAddition + "]")
       .Needs(stock);
   AddRecipeOptions(command, *options, stock);
   AddReportOptions(command, options->report);
   command.SetNotes(
-      "Recipes within the tolerance come first, then by --sort, then by the largest difference over the\n"
-      "illuminants; recipes that differ only by traces (--trace) are listed as one, with how many others\n"
-      "there are (folded) and which components are traces. With L, a, b only the first illuminant counts.\n"
-      "A target without any has a row with the status \"no recipe\".\n\n"
-      "Where the colour system has a clear resin, the colour does not depend on how much of it there is:\n"
-      "--load says it, --min-opacity finds the least load that hides, and load_by what it rests on. Where "
+      "Every subset of the colorants is solved. Recipes within the tolerance come first, in the order of "
+      "--sort\n"
+      "and then of their largest difference under any illuminant. Recipes that differ only by traces "
+      "(--trace)\n"
+      "are listed as one, with the number of others (folded) and the components that are traces. For targets "
+      "in\n"
+      "L, a, b only the first illuminant counts. A target without recipes gets a row with the status \"no "
+      "recipe\".\n\n"
+      "If the colour system has a clear resin, the colour does not depend on how much of it there is. "
+      "--load\n"
+      "sets the share of colorants, --min-opacity finds the smallest one that hides, and load_by says where "
       "the\n"
-      "system knows how it was calibrated, expected is the error that nine of ten predictions do not "
-      "exceed.\n\n"
+      "share comes from. If the system knows how it was calibrated, expected is the error that nine out of "
+      "ten\n"
+      "predictions do not exceed.\n\n"
       "Examples:\n"
       "  vrx match examples/acrylic_paints.json examples/chart_average.csv --specular excluded --top 3\n"
       "  vrx match system.json targets.csv --require 1 --max-colorants 3 --sort cost --limits shelf.csv\n"

@@ -154,28 +154,29 @@ int RunPlot(const PlotOptions& options) {
 
 void AddPlot(Command& tool) {
   const auto options = std::make_shared<PlotOptions>();
-  Command command = tool.AddCommand("plot", "One of the pictures of a report as SVG or PNG");
+  Command command = tool.AddCommand("plot", "Draw one of the charts of a report as SVG or PNG");
   command
       .AddChoice("KIND", options->kind, {"curves", "plane", "trend", "histogram", "illuminants", "angles"},
-                 "curves, plane, trend, histogram, illuminants or angles")
+                 "Chart to draw, see below")
       .Required();
   AddComparisonOptions(command, options->comparison, Content::kCurvesOrColors);
-  command.AddOption("--output", options->output, "The picture, by its name PNG or SVG")
+  command.AddOption("--output", options->output, "File to write; its name decides between PNG and SVG")
       .WritesFile()
       .Required()
       .Shows("FILE.png|FILE.svg");
-  command.AddOption("--scale", options->scale, "Pixels of a unit of length").Shows("FACTOR [1]");
-  command.AddOption("--trial-id", options->trialId, "Only the trials of this id").Shows("ID [all]");
-  command.AddOption("--geometry", options->geometry, "Only the trials of this geometry").Shows("NAME [all]");
+  command.AddOption("--scale", options->scale, "Enlarge a PNG by this factor").Shows("FACTOR [1]");
+  command.AddOption("--trial-id", options->trialId, "Draw only the trials with this id").Shows("ID [all]");
+  command.AddOption("--geometry", options->geometry, "Draw only the trials with this geometry")
+      .Shows("NAME [all]");
   AddJudgingOptions(command, options->judging, "D65,A,CWF");
   command.SetNotes(
       "  curves       reflectances of the standard and the trials, and their differences\n"
       "  plane        chromatic components with the limits, and the lightness, under the first illuminant\n"
       "  trend        total differences in the order of the trials, with their limits\n"
-      "  histogram    how often total differences occur, under the first illuminant\n"
-      "  illuminants  total differences over the illuminants\n"
-      "  angles       total differences over the aspecular angles, under the first illuminant\n"
-      "A dot is a pass, a triangle a warning, a cross a fail.\n\n"
+      "  histogram    how often each size of total difference occurs, under the first illuminant\n"
+      "  illuminants  total differences under each illuminant\n"
+      "  angles       total differences at each aspecular angle, under the first illuminant\n"
+      "Dots mark passes, triangles warnings and crosses fails.\n\n"
       "Examples:\n"
       "  vrx plot plane standard.csv batch.csv --output batch.svg --illuminants D65\n"
       "  vrx plot curves master.csv lot.csv --pairs --trial-id P07 --output P07.png --scale 2\n"

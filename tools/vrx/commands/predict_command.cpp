@@ -177,16 +177,18 @@ void RunPredict(const PredictOptions& options) {
 
 void AddPredict(Command& tool) {
   const auto options = std::make_shared<PredictOptions>();
-  Command command = tool.AddCommand("predict", "Curves and colours of the formulas of a colour system");
-  command.AddOption("SYSTEM", options->system, "Colour system, a JSON file").ReadsFile().Required();
-  command.AddOption("FORMULAS", options->formulas, "Formulas, a JSON file").ReadsFile().Required();
+  Command command = tool.AddCommand("predict", "Predict the curves and colours of formulas");
+  command.AddOption("SYSTEM", options->system, "JSON file of a colour system").ReadsFile().Required();
+  command.AddOption("FORMULAS", options->formulas, "JSON file of formulas").ReadsFile().Required();
   AddSpecularOption(command, options->specular);
   AddViewingOptions(command, options->viewing, "D65,A,CWF");
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "Curves are in percent at 360 ... 750 nm, with or without what the surface reflects as the curves "
-      "that\n"
-      "the colour system was calibrated on; where it does not say it, included unless --specular does.\n\n"
+      "Curves are in percent at 360 ... 750 nm. They include the light that the surface reflects if the "
+      "curves\n"
+      "that the colour system was calibrated on did; if the system does not say, they do unless --specular "
+      "says\n"
+      "otherwise.\n\n"
       "Examples:\n"
       "  vrx predict examples/acrylic_paints.json examples/acrylic_formulas.json\n"
       "  vrx predict system.json formulas.json --illuminants D50 --observer 2 --format csv\n");

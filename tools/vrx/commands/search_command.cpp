@@ -179,7 +179,7 @@ CurveReader Open(const std::string& path, const Search& search) {
   CurveReader reader = OpenCurves(path, search.options.input, Content::kCurvesOrColors);
   if (reader.Kind() != Sample::kCurve && search.illuminants.size() > 1) {
     throw InputError(reader.Source().Name() +
-                     ": colours are seen under one illuminant: name it with --illuminants");
+                     ": a colour belongs to one illuminant: name it with --illuminants");
   }
   return reader;
 }
@@ -296,24 +296,24 @@ void RunSearch(const NearestOptions& options) {
 
 void AddSearch(Command& tool) {
   const auto options = std::make_shared<NearestOptions>();
-  Command command = tool.AddCommand("search", "The nearest standards of each sample");
+  Command command = tool.AddCommand("search", "Find the nearest standards of each sample");
   command
       .AddOption("SAMPLES", options->samples,
-                 "Curves or colours to find standards for (- reads standard input)")
+                 "Curves or colours to find standards for (- for standard input)")
       .ReadsFile()
       .Required();
   command.AddOption("STANDARDS", options->standards, "Curves or colours of the standards, up to 4 million")
       .ReadsFile()
       .Required();
-  command.AddOption("--count", options->count, "How many standards to find for each sample")
+  command.AddOption("--count", options->count, "Number of standards to find for each sample")
       .Shows("1 to 1000 [10]")
       .Check([](const std::string& text) {
         int count = 0;
         const char* const end = text.data() + text.size();
         const bool whole = std::from_chars(text.data(), end, count).ptr == end;
-        return whole && count >= 1 && count <= 1000 ? "" : "a whole number from 1 to 1000 is expected";
+        return whole && count >= 1 && count <= 1000 ? "" : "must be a whole number from 1 to 1000";
       });
-  command.AddOption("--within", options->within, "Leave out standards that are farther away")
+  command.AddOption("--within", options->within, "Leave out standards farther away than this")
       .Shows("DIFFERENCE [any]");
   AddSystemOptions(command, options->system, "cie2000");
   AddViewingOptions(command, options->viewing, "D65,A,CWF");
@@ -321,10 +321,11 @@ void AddSearch(Command& tool) {
   AddThreadsOption(command, options->threads);
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "A standard is as far away as it is under the worst of the illuminants, so that a metamer, which "
-      "matches\n"
-      "under one lamp only, is not taken for a match. Of equally near standards the first of the file comes\n"
-      "first. Standards are the reference of the differences.\n\n"
+      "The distance of a standard is its largest difference under any of the illuminants, so that a "
+      "metamer,\n"
+      "which matches under one lamp only, does not pass for a match. Standards at the same distance keep "
+      "the\n"
+      "order of the file. Differences are computed from the standard.\n\n"
       "Examples:\n"
       "  vrx search batch.csv master.csv                      # the ten nearest by CIEDE2000 under D65, A, "
       "CWF\n"

@@ -111,18 +111,19 @@ void SetAction(Command& action, const std::shared_ptr<SettingsOptions>& options,
 
 void AddSettings(Command& tool) {
   const auto options = std::make_shared<SettingsOptions>();
-  Command command = tool.AddCommand("settings", "Read and change the application's per-user settings");
+  Command command = tool.AddCommand("settings", "Read and change the application's settings for this user");
   Command get = command.AddCommand("get", "Print one value");
   Command set = command.AddCommand("set", "Store one value");
-  Command list = command.AddCommand("list", "List the values of a section, or of all");
+  Command list = command.AddCommand("list", "List the values of one section, or of all");
   for (Command action : {get, set}) {
-    action.AddOption("SECTION", options->section, "The section; \\ parts it from one within it").Required();
-    action.AddOption("NAME", options->name, "The value's name, in any case").Required();
+    action.AddOption("SECTION", options->section, "Section; \\ separates it from one within it").Required();
+    action.AddOption("NAME", options->name, "Name of the value, in upper or lower case").Required();
   }
-  set.AddOption("VALUE", options->value, "A whole number is stored as integer, anything else as text")
+  set.AddOption("VALUE", options->value,
+                "Value; a whole number is stored as an integer, anything else as text")
       .Required();
   set.AddFlag("--text", options->asText, "Store a number as text");
-  list.AddOption("SECTION", options->section, "Only this section and those within it");
+  list.AddOption("SECTION", options->section, "List only this section and those within it");
   AddFormatOption(list, options->format);
   SetAction(get, options, RunGet);
   SetAction(set, options, RunSet);

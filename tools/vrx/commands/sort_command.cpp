@@ -57,10 +57,10 @@ CBlockSizeData BlocksOf(const std::string& text) {
   } else if (sizes.size() == 3) {
     std::ranges::copy(sizes, blocks.begin());
   } else {
-    throw InputError("--blocks: one size or three, of the components of the difference");
+    throw InputError("--blocks: must be one size, or one for each of the three components");
   }
   if (std::ranges::any_of(blocks, [](double size) { return !(size > 0); })) {
-    throw InputError("--blocks: sizes above 0");
+    throw InputError("--blocks: sizes must be above 0");
   }
   return blocks;
 }
@@ -150,10 +150,10 @@ void RunSort(const SortOptions& options) {
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
   settings.angle = options.system.Angle();
-  if (settings.illuminants.size() != 1) throw InputError("--illuminants: one is expected");
+  if (settings.illuminants.size() != 1) throw InputError("--illuminants: this command takes exactly one");
   const bool oneFile = options.standard.empty();
   if (options.trials == "-" && (oneFile || options.standard == "-")) {
-    throw InputError("standard and trials are read apart: name a file");
+    throw InputError("the standard and the trials cannot both come from standard input: name a file");
   }
   const auto standards = OneStandard(
       OpenCurves(oneFile ? options.trials : options.standard, options.input, Content::kCurvesOrColors),
@@ -179,27 +179,27 @@ void RunSort(const SortOptions& options) {
 void AddSort(Command& tool) {
   const auto options = std::make_shared<SortOptions>();
   Command command = tool.AddCommand("sort", "Sort trials into shade blocks, such as 555");
-  command.AddOption("TRIALS", options->trials, "Curves or colours of the trials (- reads standard input)")
+  command.AddOption("TRIALS", options->trials, "Curves or colours of the trials (- for standard input)")
       .ReadsFile()
       .Required();
-  command.AddOption("--standard", options->standard, "Curve or colour of the standard")
+  command.AddOption("--standard", options->standard, "File with the curve or colour of the standard")
       .ReadsFile()
       .Shows("FILE [TRIALS]");
-  command.AddOption("--standard-id", options->standardId, "Which row is the standard")
-      .Shows("ID [the first row]");
+  command.AddOption("--standard-id", options->standardId, "Id of the row to use as the standard")
+      .Shows("ID [first row]");
   command
       .AddOption("--blocks", options->blocks,
-                 "Size of the blocks: one, or one for each of the three components")
+                 "Size of a block: one number, or one for each of the three components")
       .Shows("SIZES [1,1,1]");
   AddSystemOptions(command, options->system, "lab");
   AddViewingOptions(command, options->viewing, "D65");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "The digits of a block stand for the first three components of the difference: 5 is the block about "
+      "The digits of a block stand for the first three components of the difference: 5 is the block around "
       "the\n"
-      "standard, 1 to 9 are nine blocks side by side, 0 and A whatever lies beyond. Trials of one block go\n"
-      "together; a trial that lies on an edge belongs to the block above it.\n\n"
+      "standard, 1 to 9 are nine blocks side by side, and 0 and A are everything beyond them. Trials of one\n"
+      "block are listed together; a trial on an edge belongs to the block above it.\n\n"
       "Examples:\n"
       "  vrx sort examples/chart_ohta.csv --standard-id P19 --blocks 10\n"
       "  vrx sort lots.csv --standard master.csv --system cmc --blocks 0.5,0.5,0.4 --format csv\n");

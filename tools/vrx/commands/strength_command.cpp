@@ -49,7 +49,7 @@ int32_t ParseSample(std::string_view text, const char* option) {
   const int32_t i = whole && nm > 0 ? (nm - kFirstWavelength) / kWavelengthStep : -1;
   if (i < 0 || i >= kWavelengths || WavelengthAt(i) != nm) {
     throw InputError(std::string(option) + ": \"" + std::string(text) +
-                     "\" is none of 360, 370 ... 750 (nm)");
+                     "\" is not one of 360, 370 ... 750 (nm)");
   }
   return i;
 }
@@ -58,10 +58,10 @@ StrengthSettings SettingsOf(const StrengthOptions& options) {
   StrengthSettings settings;
   const std::string_view band = options.band;
   const std::size_t dash = band.find('-');
-  if (dash == std::string_view::npos) throw InputError("--band: two wavelengths are expected, as 400-700");
+  if (dash == std::string_view::npos) throw InputError("--band: must be two wavelengths, such as 400-700");
   settings.first = ParseSample(band.substr(0, dash), "--band");
   settings.last = ParseSample(band.substr(dash + 1), "--band");
-  if (settings.first > settings.last) throw InputError("--band: the shorter wavelength goes first");
+  if (settings.first > settings.last) throw InputError("--band: the shorter wavelength must come first");
   if (!options.wavelength.empty()) settings.chosen = ParseSample(options.wavelength, "--wavelength");
   settings.surface = options.surface;
   settings.viewing.illuminants = options.viewing.Illuminants();
@@ -97,8 +97,8 @@ class FloorReport {
     std::fprintf(
         stderr,
         "vrx: %lld of %lld trials are darker than the surface alone (themselves or their standard, at %s "
-        "nm): forms that need these samples are left empty; curves without the specular component take "
-        "--specular excluded, uncorrected ones --specular none\n",
+        "nm): strengths that need these samples are left empty; use --specular excluded for curves without "
+        "the specular component, --specular none for uncorrected ones\n",
         static_cast<long long>(trialsAtFloor_), static_cast<long long>(trials_), Wavelengths().c_str());
   }
 
@@ -275,7 +275,7 @@ void RunStrength(const StrengthOptions& options) {
 
 void AddOptions(Command& command, StrengthOptions& options) {
   AddComparisonOptions(command, options.comparison, Content::kCurves);
-  command.AddOption("--band", options.band, "Wavelengths that are summed, in nm").Shows("FROM-TO [400-700]");
+  command.AddOption("--band", options.band, "Wavelengths to sum over, in nm").Shows("FROM-TO [400-700]");
   command.AddOption("--wavelength", options.wavelength, "Add the chromatic strength at this wavelength")
       .Shows("NM");
   AddSurfaceOptions(command, options.surface);
@@ -288,18 +288,19 @@ void AddOptions(Command& command, StrengthOptions& options) {
 
 void AddStrength(Command& tool) {
   const auto options = std::make_shared<StrengthOptions>();
-  Command command = tool.AddCommand("strength", "Strength of trials against a standard, in percent");
+  Command command =
+      tool.AddCommand("strength", "Compute the strength of trials against a standard, in percent");
   AddOptions(command, *options);
   command.SetNotes(
-      "Strengths, 100 for the standard itself:\n"
+      "Strengths in percent of the standard:\n"
       "  ks, absorbance       sums over the band (apparent strength)\n"
       "  chromatic            K/S where the standard absorbs most in the band, and at --wavelength\n"
       "  tristimulus          X, Y and Z, corrected for the surface\n"
       "  pseudo_tristimulus   K/S of amber, green and blue reflectances\n"
       "  luminous             K/S of Y, for k1 = 0.04 and k2 = 0.6\n"
-      "  X, Y, Z              each as it is\n"
-      "A form is left empty where a reading that it needs is darker than the surface alone.\n"
-      "Further illuminants add their columns, with their codes.\n\n"
+      "  X, Y, Z              each on its own\n"
+      "A strength is left empty when a reading that it needs is darker than the surface alone.\n"
+      "Each further illuminant adds its own columns, named after it.\n\n"
       "Examples:\n"
       "  vrx strength standard.csv batch.csv\n"
       "  vrx strength master.csv lots.csv --pairs --band 400-560 --format csv\n"

@@ -146,7 +146,7 @@ class Sheet {
     DrawText(picture, kMargin, kMargin + 12, TitleOf(settings_.difference) + ", left: standard, right: trial",
              kTitleSize, kInk);
     if (!allDisplayable) {
-      DrawText(picture, kMargin, kMargin + 30, "* beyond the colours of the display, clipped", kTextSize,
+      DrawText(picture, kMargin, kMargin + 30, "* outside the range of the display, clipped", kTextSize,
                kInk);
     }
   }
@@ -200,7 +200,7 @@ std::vector<Card> JudgeAll(ComparisonOptions files, const JudgeSettings& setting
     cards.push_back(MakeCard(settings, judge, standard, trial));
   });
   comparison.WarnAboutInput();
-  if (cards.empty()) throw InputError(files.trials + ": there is no trial");
+  if (cards.empty()) throw InputError(files.trials + ": there are no trials");
   return cards;
 }
 
@@ -216,24 +216,27 @@ void RunSwatch(const SwatchOptions& options) {
 
 void AddSwatch(Command& tool) {
   const auto options = std::make_shared<SwatchOptions>();
-  Command command = tool.AddCommand("swatch", "Paint trials beside their standards");
+  Command command = tool.AddCommand("swatch", "Draw swatches of trials beside their standards");
   ComparisonOptions& files = options->comparison;
   files.content = Content::kCurvesOrColors;
-  command.AddOption("FILE", files.standard, "Curves or colours: the standard and, without TRIALS, the trials")
+  command
+      .AddOption("FILE", files.standard,
+                 "Curves or colours of the standard and, without TRIALS, of the trials")
       .ReadsFile()
       .Required();
   command.AddOption("TRIALS", files.trials, "Curves or colours of the trials").ReadsFile();
-  command.AddOption("--output", options->output, "The picture, by its name PNG or SVG")
+  command.AddOption("--output", options->output, "File to write; its name decides between PNG and SVG")
       .WritesFile()
       .Required()
       .Shows("FILE.png|FILE.svg");
   AddStandardOptions(command, files);
   AddJudgingOptions(command, options->judging, "D65,A,CWF");
   command.SetNotes(
-      "Each pair is painted as it looks to somebody adapted to the illuminant: its white is that of the\n"
-      "display, whose primaries are taken to be those of sRGB.\n\n"
+      "Each pair is shown as it looks to somebody adapted to the illuminant, whose white becomes the white "
+      "of\n"
+      "the display. The display is assumed to have the primaries of sRGB.\n\n"
       "Examples:\n"
-      "  vrx swatch batch.csv --output batch.png             # the first row beside every other one\n"
+      "  vrx swatch batch.csv --output batch.png             # the first row beside each of the others\n"
       "  vrx swatch master.csv lot.csv --pairs --output lot.svg --illuminants D65,T84\n");
   command.SetAction([options] {
     RunSwatch(*options);

@@ -88,8 +88,8 @@ void RunTables(const TablesOptions& options) {
 void AddTables(Command& tool) {
   const auto options = std::make_shared<TablesOptions>();
   Command command = tool.AddCommand("tables", "List the illuminants, or print one weighting table");
-  command.AddOption("ILLUMINANT", options->illuminant, "Code (D65) or number of an illuminant");
-  command.AddOption("OBSERVER", options->observer, "2 or 10 (degrees)").Shows("[10]");
+  command.AddOption("ILLUMINANT", options->illuminant, "Code or number of an illuminant, such as D65");
+  command.AddOption("OBSERVER", options->observer, "Observer in degrees, 2 or 10").Shows("[10]");
   AddIlluminantFileOptions(command, options->illuminantFiles);
   AddFormatOption(command, options->format);
   command.SetNotes(

@@ -152,18 +152,21 @@ void RunXml(const XmlOptions& options) {
 void AddXml(Command& tool) {
   const auto options = std::make_shared<XmlOptions>();
   Command command = tool.AddCommand("xml", "Show the outline of an XML document, or a value in it");
-  command.AddOption("FILE", options->file, "UTF-8, or UTF-16 with a byte-order mark; - for standard input")
+  command
+      .AddOption("FILE", options->file,
+                 "XML in UTF-8, or in UTF-16 with a byte-order mark (- for standard input)")
       .ReadsFile()
       .Required();
-  command.AddOption("PATH", options->path, "Such as root/child[2]/@attribute; * is any name");
+  command.AddOption("PATH", options->path, "What to show, such as root/child[2]/@attribute; * is any name");
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "The text of an element without children, or the value of an attribute, is printed as it is; an\n"
-      "attribute that is not there is an empty one.\n"
+      "The text of an element without children, or the value of an attribute, is printed as it is. A "
+      "missing\n"
+      "attribute counts as empty.\n\n"
       "Examples:\n"
       "  vrx xml standards.xml                              # all elements, indented, with their texts\n"
-      "  vrx xml standards.xml standards/standard[2]        # the same of one element\n"
-      "  vrx xml standards.xml standards/standard[2]/@name  # a value\n");
+      "  vrx xml standards.xml standards/standard[2]        # one element only\n"
+      "  vrx xml standards.xml standards/standard[2]/@name  # one value\n");
   command.SetAction([options] {
     RunXml(*options);
     return kExitPass;

@@ -31,7 +31,7 @@ void AddViewingOptions(Command& owner, ViewingOptions& viewing, const std::strin
       .AddOption("--illuminants,--illuminant", viewing.illuminants,
                  "Illuminants by code or number, separated by commas")
       .Shows("LIST [" + illuminants + "]");
-  command.AddOption("--observer", viewing.observer, "Observer in degrees").Shows("2|10 [10]");
+  command.AddOption("--observer", viewing.observer, "Observer, in degrees").Shows("2|10 [10]");
   AddIlluminantFileOptions(command, viewing.illuminantFiles);
 }
 
@@ -57,7 +57,7 @@ double SystemOptions::Angle() const {
   if (angle.empty()) return kUsual;
   const std::vector<double> numbers = ParseNumbers(angle, "--angle");
   if (numbers.size() != 1 || numbers[0] < kLeast || numbers[0] > kLargest) {
-    throw InputError("--angle: degrees from -45 to 110 are expected");
+    throw InputError("--angle: must be from -45 to 110 degrees");
   }
   return numbers[0];
 }
@@ -66,8 +66,8 @@ void SystemOptions::WarnAboutAngle(bool geometriesKnown) const {
   const DifferenceSystem& row = *FindDifferenceSystem(ParseSystem(system));
   if (!row.readsAngle || geometriesKnown || !angle.empty()) return;
   std::fprintf(stderr,
-               "vrx: warning: %s depends on the measuring angle, which nothing says: 45 degrees are taken; "
-               "--angle names it\n",
+               "vrx: warning: %s depends on the measuring angle, which is not given: 45 degrees are assumed; "
+               "set it with --angle\n",
                std::string(row.shortName).c_str());
 }
 
@@ -79,12 +79,12 @@ void AddSystemOptions(Command& owner, SystemOptions& options, const std::string&
   command.AddOption("--system", options.system, names).Shows("NAME [" + system + "]");
   command
       .AddOption("--parameters", options.parameters,
-                 "Parameters of the system in the order of its name, in place of the usual ones: " +
+                 "Parameters of the system, in the order of its name, instead of the usual ones: " +
                      UsualParameters())
       .Shows("LIST");
   command
       .AddOption("--angle", options.angle,
-                 "Aspecular measuring angle in degrees where no geometry says one, for audi and din6175")
+                 "Aspecular measuring angle in degrees for audi and din6175, if no geometry names one")
       .Shows("DEGREES [45]");
 }
 

@@ -21,22 +21,21 @@ void Remark(const std::string& file, const std::string& text) {
 void AddReadOptions(Command& owner, CurveInputOptions& options) {
   Command command = owner.Group("Input");
   command.AddChoice("--input-format", options.read.form, {"auto", "csv", "cgats", "cxf", "json"},
-                    "The form of the file");
-  command.AddFlag("--fraction", options.fraction, "Reflectances are fractions, 0 to 1, not percent");
-  command.AddFlag("--percent", options.percent, "Reflectances are percent");
-  command.AddFlag("--force", options.read.force, "Take fractions above 2 for what they are");
+                    "Format of the files");
+  command.AddFlag("--fraction", options.fraction, "Read reflectances as fractions, 0 to 1");
+  command.AddFlag("--percent", options.percent, "Read reflectances as percent");
+  command.AddFlag("--force", options.read.force, "Accept fractions above 2");
   command.AddFlag("--lenient", options.read.lenient,
-                  "Pass over unknown columns and other deviations, with a warning");
-  command.AddOption("--id-column", options.read.idColumn, "The column that has the ids, by its heading")
+                  "Skip unknown columns and other deviations, with a warning");
+  command.AddOption("--id-column", options.read.idColumn, "Heading of the column that has the ids")
       .Shows("NAME");
-  command.AddOption("--ignore-columns", options.ignoredColumns, "Columns to pass over, separated by commas")
+  command.AddOption("--ignore-columns", options.ignoredColumns, "Columns to ignore, separated by commas")
       .Shows("LIST");
-  command.AddFlag("--latin1", options.read.latin1, "The text is Latin-1, not UTF-8");
-  command.AddOption("--columns", options.columns, "The columns of a table without a header, such as id,L,a,b")
+  command.AddFlag("--latin1", options.read.latin1, "Read the text as Latin-1, not UTF-8");
+  command.AddOption("--columns", options.columns, "Columns of a table without a header, such as id,L,a,b")
       .Shows("LIST");
   command
-      .AddOption("--wavelengths", options.read.wavelengths,
-                 "The wavelengths in nm of a table without a header")
+      .AddOption("--wavelengths", options.read.wavelengths, "Wavelengths of a table without a header, in nm")
       .Shows("FIRST-LAST/STEP");
   command.AddChoice("--wavelengths-in", options.read.orientation, {"auto", "columns", "rows"},
                     "Where a table has its wavelengths");
@@ -47,14 +46,14 @@ void AddCurveInputOptions(Command& owner, CurveInputOptions& options) {
   AddReadOptions(command, options);
   command
       .AddOption("--bandpass", options.bandpass,
-                 "Correct the curves for the bandpass of an instrument that does not")
+                 "Correct for the bandpass of an instrument that does not do so itself")
       .Shows("stearns");
-  command.AddFlag("--verbose", options.verbose, "Say on standard error how the wavelengths are used");
+  command.AddFlag("--verbose", options.verbose, "Report on standard error how the wavelengths are used");
 }
 
 ReadOptions CurveInputOptions::Reading() const {
-  if (fraction && percent) throw InputError("--fraction and --percent exclude each other");
-  if (!bandpass.empty() && bandpass != "stearns") throw InputError("--bandpass: stearns is all there is");
+  if (fraction && percent) throw InputError("--fraction and --percent cannot be used together");
+  if (!bandpass.empty() && bandpass != "stearns") throw InputError("--bandpass: must be stearns");
   ReadOptions reading = read;
   if (fraction) reading.scale = ReadOptions::Scale::kFraction;
   if (percent) reading.scale = ReadOptions::Scale::kPercent;

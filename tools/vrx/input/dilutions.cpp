@@ -28,7 +28,7 @@ std::vector<Dilution> ReadDilutions(const std::string& path) {
   constexpr std::array<std::string_view, 3> kColumns = {"component", "of", "amount"};
   const std::vector<std::string>& header = csv.Header();
   const bool isTable = std::ranges::equal(header, kColumns, EqualsIgnoringCase);
-  if (!isTable) csv.FailRow("the columns component, of and amount are expected");
+  if (!isTable) csv.FailRow("expected the columns component, of and amount");
   std::vector<Dilution> dilutions;
   while (csv.Next()) {
     const std::string name(csv.Text()), of(csv.Text()), text(csv.Text());
@@ -37,7 +37,7 @@ std::vector<Dilution> ReadDilutions(const std::string& path) {
     if (name.empty() || of.empty()) csv.FailRow("a component has no name");
     if (EqualsIgnoringCase(name, of)) csv.FailRow("\"" + name + "\" cannot be a dilution of itself");
     if (!ParseDecimal(text, ',', amount) || !(amount > 0.0 && amount <= 1.0)) {
-      csv.FailAt(2, "the part of a dilution is a number above 0 and up to 1");
+      csv.FailAt(2, "the amount in a dilution must be a number above 0 and up to 1");
     }
     const auto isIt = [&](const Dilution& dilution) { return EqualsIgnoringCase(dilution.name, name); };
     auto found = std::ranges::find_if(dilutions, isIt);
@@ -61,7 +61,7 @@ class Expansion {
       parts.emplace_back(ColumnOrNew(of), amount);
     }
     constexpr double kRounding = 1e-9;
-    if (rest < -kRounding) Fail("the parts of \"" + dilution.name + "\" are more than one");
+    if (rest < -kRounding) Fail("the parts of \"" + dilution.name + "\" add up to more than one");
     if (rest > kRounding) parts.emplace_back(BaseOf(dilution.name), rest);
     for (CDrawdown& drawdown : file_.drawdowns) {
       const double amount = drawdown.shares[Index(column)];
@@ -93,7 +93,7 @@ class Expansion {
   std::size_t BaseOf(const std::string& dilution) const {
     if (std::ranges::count(file_.isBase, true) != 1) {
       Fail("the parts of \"" + dilution +
-           "\" are less than one, and there is not one base that the rest would be");
+           "\" add up to less than one, and there is no single base for the rest");
     }
     return static_cast<std::size_t>(std::ranges::find(file_.isBase, true) - file_.isBase.begin());
   }

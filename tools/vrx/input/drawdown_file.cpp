@@ -117,13 +117,13 @@ class Reader {
     if (prefix == nullptr) {
       std::optional<std::size_t>& column =
           EqualsIgnoringCase(heading, kSurface) ? surfaceColumn_ : formulaColumn_;
-      if (column) curves_.Source().FailExtra(extra, "there are two such columns");
+      if (column) curves_.Source().FailExtra(extra, "the column appears twice");
       column = extra;
       return;
     }
     const bool isShare = prefix->kind == ColumnKind::kShare;
     if (!componentColumns_.empty() && isShare != file_.areShares) {
-      curves_.Source().FailExtra(extra, "shares and amounts do not stand in one file");
+      curves_.Source().FailExtra(extra, "a file cannot have both shares and amounts");
     }
     file_.areShares = isShare;
     AddComponent(heading.substr(prefix->text.size()), prefix->kind == ColumnKind::kBase, extra);
@@ -135,7 +135,7 @@ class Reader {
     const auto component = static_cast<std::size_t>(found - file_.names.begin());
     const auto isSame = [&](const ComponentColumn& column) { return column.component == component; };
     if (std::ranges::any_of(componentColumns_, isSame)) {
-      curves_.Source().FailExtra(extra, "there are two such columns");
+      curves_.Source().FailExtra(extra, "the column appears twice");
     }
     if (found == file_.names.end()) {
       if (isClosed_) curves_.Source().FailExtra(extra, "the calibration has no such component");
@@ -167,7 +167,7 @@ class Reader {
     }
     curves_.Source().FailExtra(
         *surfaceColumn_,
-        "the surface is none of opaque, black card, white card, film over black and film over white");
+        "unknown surface; expected opaque, black card, white card, film over black or film over white");
   }
 
   // Shares of percent or of 1 may be off by what weighing and rounding do.
@@ -181,8 +181,8 @@ class Reader {
       double share = 0.0;
       const std::string& text = row.extras[column.extra];
       if (!text.empty() && (!ParseDecimal(text, ',', share) || share < 0.0)) {
-        curves_.Source().FailExtra(
-            column.extra, file_.areShares ? "a share is a number, 0 or more" : "an amount is 0 or more");
+        curves_.Source().FailExtra(column.extra, file_.areShares ? "a share must be a number of 0 or more"
+                                                                 : "an amount must be 0 or more");
       }
       shares[static_cast<std::ptrdiff_t>(column.component)] = share;
     }
@@ -208,7 +208,7 @@ class Reader {
       double amount = 0.0;
       if (colon == std::string_view::npos || !ParseDecimal(line.substr(colon + 1), '.', amount) ||
           !(amount > 0.0)) {
-        curves_.Source().FailExtra(*formulaColumn_, "a formula such as 1:94;7:1.5 is expected");
+        curves_.Source().FailExtra(*formulaColumn_, "expected a formula such as 1:94;7:1.5");
       }
       shares[static_cast<std::ptrdiff_t>(ComponentOf(line.substr(0, colon)))] += amount;
     }

@@ -15,12 +15,13 @@ void AddIlluminantFileOptions(Command& owner, IlluminantFileOptions& options) {
   Command command = owner.Group("Light");
   command
       .AddOption("--illuminant-file", options.files,
-                 "Spectral power of further illuminants: columns nm and a code each; 1, 5 or 10 nm apart")
+                 "Spectral power of further illuminants: a column nm and one for each, named by its code; 1, "
+                 "5 or 10 nm apart")
       .ReadsFile()
 
       .Shows("FILE ...");
   command.AddFlag("--illuminant-linear", options.straight,
-                  "Bring that power to 1 nm by straight lines, as CIE D65 is defined, not by cubics");
+                  "Interpolate that power linearly, as CIE D65 is defined, not by cubics");
 }
 
 }  // namespace vrx::tool

@@ -173,7 +173,7 @@ std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count) {
   for (Readings& readings : all) FinishMeasured(readings);
   if (count > 0 && all.back().samples.size() != count) {
     throw InputError(reader.Source().Name() + ": " + std::to_string(all.back().samples.size()) +
-                     " rows are left over at the end, where --count asks for " + std::to_string(count));
+                     " rows remain at the end, but --count is " + std::to_string(count));
   }
   return all;
 }

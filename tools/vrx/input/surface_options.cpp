@@ -18,14 +18,14 @@ std::string RefuseUnlessReflection(const std::string& text) {
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, k);
   const bool isReflection = error == std::errc() && stop == end && k >= 0.0 && k <= kLargestReflection;
-  return isReflection ? "" : "a number from 0 to 0.999 is expected";
+  return isReflection ? "" : "must be a number from 0 to 0.999";
 }
 
 }  // namespace
 
 void AddSpecularOption(Command& command, GivenSpecular& specular) {
   command.AddChoice("--specular", specular, {"included", "excluded", "none"},
-                    "How the curves were measured, where the colour system does not say it");
+                    "How the curves were measured, if the colour system does not say");
 }
 
 SaundersonMode SpecularOf(GivenSpecular given, const io::ColorSystem& system, const std::string& path) {
@@ -37,15 +37,17 @@ SaundersonMode SpecularOf(GivenSpecular given, const io::ColorSystem& system, co
   return specular;
 }
 
-void AddSurfaceOptions(Command& command, SurfaceOptions& options) {
-  command.AddOption("--k1", options.k1, "Surface reflection of incident light")
+void AddSurfaceOptions(Command& owner, SurfaceOptions& options) {
+  Command command = owner.Group("Surface");
+  command.AddOption("--k1", options.k1, "Fraction of the incident light that the surface reflects")
       .Shows("K1 [0.04]")
       .Check(RefuseUnlessReflection);
-  command.AddOption("--k2", options.k2, "Internal surface reflection")
+  command.AddOption("--k2", options.k2, "Fraction of the light from within that the surface reflects back")
       .Shows("K2 [0.6]")
       .Check(RefuseUnlessReflection);
-  command.AddChoice("--specular", options.specular, {"included", "excluded", "none"},
-                    "Whether the curves hold what the surface reflects; none corrects nothing");
+  command.AddChoice(
+      "--specular", options.specular, {"included", "excluded", "none"},
+      "Whether the curves include the light that the surface reflects; none: do not correct for it");
 }
 
 }  // namespace vrx::tool

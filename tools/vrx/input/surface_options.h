@@ -30,7 +30,7 @@ void AddSpecularOption(Command& command, GivenSpecular& specular);
 SaundersonMode SpecularOf(GivenSpecular given, const io::ColorSystem& system, const std::string& path);
 
 /// Adds `--k1`, `--k2` and `--specular`.
-void AddSurfaceOptions(Command& command, SurfaceOptions& options);
+void AddSurfaceOptions(Command& owner, SurfaceOptions& options);
 
 }  // namespace vrx::tool
 

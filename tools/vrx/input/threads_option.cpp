@@ -16,14 +16,14 @@ unsigned ThreadsOption::Count() const {
 void AddThreadsOption(Command& owner, ThreadsOption& threads) {
   Command command = owner.Group("Output");
   constexpr int kMost = 256;
-  command.AddOption("--threads", threads.given, "On how many threads to work; results do not depend on it")
-      .Shows("1 to 256 [0: all cores]")
+  command.AddOption("--threads", threads.given, "Number of threads; results are the same for any number")
+      .Shows("0 to 256 [0: all cores]")
       .Check([](const std::string& text) {
         int count = 0;
         const char* const end = text.data() + text.size();
         const bool whole = std::from_chars(text.data(), end, count).ptr == end;
         return whole && count >= 0 && count <= kMost ? ""
-                                                     : "a whole number from 0, all cores, to 256 is expected";
+                                                     : "must be a whole number from 0 (all cores) to 256";
       });
 }
 

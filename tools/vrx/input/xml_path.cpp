@@ -17,7 +17,7 @@ int32_t TakePosition(std::string_view& step) {
   int32_t position = 0;
   const auto [end, error] = std::from_chars(first, last, position);
   if (error != std::errc() || position < 1 || end + 1 != last || *end != ']') {
-    throw InputError("a step ends in a position such as [2], not in \"" + std::string(step.substr(open)) +
+    throw InputError("a step may end in a position such as [2], not in \"" + std::string(step.substr(open)) +
                      "\"");
   }
   step = step.substr(0, open);
@@ -27,7 +27,7 @@ int32_t TakePosition(std::string_view& step) {
 XmlStep ParseStep(std::string_view step) {
   XmlStep parsed;
   parsed.position = TakePosition(step);
-  if (step.empty()) throw InputError("a path has a name in each step, as in root/child[2]/@attribute");
+  if (step.empty()) throw InputError("each step of a path needs a name, as in root/child[2]/@attribute");
   if (step != "*") parsed.name = step;
   return parsed;
 }

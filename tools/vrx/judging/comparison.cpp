@@ -11,7 +11,7 @@ namespace {
 
 CurveReader OpenTrials(const ComparisonOptions& options) {
   if (options.standard == "-" && options.trials == "-") {
-    throw InputError("standard and trials cannot both come from standard input: name a file");
+    throw InputError("the standard and the trials cannot both come from standard input: name a file");
   }
   return OpenCurves(options.trials, options.input, options.content);
 }
@@ -20,7 +20,7 @@ CurveReader OpenTrials(const ComparisonOptions& options) {
 void RefuseColorsUnderSeveral(const CurveReader& reader, const JudgeSettings& settings) {
   if (reader.Kind() == Sample::kCurve || settings.illuminants.size() == 1) return;
   throw InputError(reader.Source().Name() +
-                   ": colours are seen under one illuminant: name it with --illuminants");
+                   ": a colour belongs to one illuminant: name it with --illuminants");
 }
 
 std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, const JudgeSettings& settings,
@@ -29,7 +29,7 @@ std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, const
   RefuseColorsUnderSeveral(reader, settings);
   RefuseColorsUnderSeveral(trials, settings);
   if (trials.HasStandards() && !options.standardId.empty()) {
-    throw InputError("--standard-id: the trials name their standards in a column of their own");
+    throw InputError("--standard-id: the trials already name their standards in a column");
   }
   return options.pairs || trials.HasStandards() ? PairedStandards(std::move(reader))
                                                 : OneStandard(std::move(reader), options.standardId);
@@ -40,21 +40,20 @@ std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, const
 void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content) {
   options.content = content;
   const std::string what = content == Content::kCurves ? "Curves of the " : "Curves or colours of the ";
-  command.AddOption("STANDARD", options.standard, what + "standard, or standards (- reads standard input)")
+  command.AddOption("STANDARD", options.standard, what + "standard or standards (- for standard input)")
       .ReadsFile()
       .Required();
-  command.AddOption("TRIALS", options.trials, what + "trials (- reads standard input)")
-      .ReadsFile()
-      .Required();
+  command.AddOption("TRIALS", options.trials, what + "trials (- for standard input)").ReadsFile().Required();
   AddStandardOptions(command, options);
 }
 
-void AddStandardOptions(Command& command, ComparisonOptions& options) {
-  Option id = command.AddOption("--standard-id", options.standardId, "Which row is the standard");
-  id.Shows("ID [the first row]");
+void AddStandardOptions(Command& owner, ComparisonOptions& options) {
+  Command command = owner.Group("Standard");
+  Option id = command.AddOption("--standard-id", options.standardId, "Id of the row to use as the standard");
+  id.Shows("ID [first row]");
   command.AddFlag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
       .Excludes(id);
-  command.AddFlag("--average", options.average, "Take the mean of the rows of one id as one trial");
+  command.AddFlag("--average", options.average, "Average the rows of each id into one trial");
   AddCurveInputOptions(command, options.input);
 }
 

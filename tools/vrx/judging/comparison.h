@@ -37,7 +37,7 @@ struct ComparisonOptions {
 void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content);
 
 /// Adds the same without the files.
-void AddStandardOptions(Command& command, ComparisonOptions& options);
+void AddStandardOptions(Command& owner, ComparisonOptions& options);
 
 /// Trials and their standards, opened.
 class Comparison {

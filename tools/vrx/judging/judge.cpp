@@ -43,7 +43,8 @@ JudgeLimits Judge::LimitsOf(const Standard& standard, vrxIlluminant illuminant) 
   const CEllipseData* ellipse = settings_.ellipses.Find(standard.id, standard.geometry, illuminant);
   if (ellipse != nullptr) return *ellipse;
   if (settings_.buildEllipses) return SystemEllipsoid();
-  throw InputError("--ellipses: no row is for standard \"" + standard.id + "\" under " + CodeOf(illuminant));
+  throw InputError("--ellipses: there is no row for standard \"" + standard.id + "\" under " +
+                   CodeOf(illuminant));
 }
 
 void Judge::RequireLimits(const Standard& standard) const {

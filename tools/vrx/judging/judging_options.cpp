@@ -28,13 +28,13 @@ void BuildEllipses(const JudgingOptions& options, JudgeSettings& settings) {
   const auto place = static_cast<std::size_t>(system.ellipsoidFactor);
   const bool inParameters = options.system.Given().size() > place;
   if (inParameters && !options.tolerance.empty()) {
-    throw InputError("--ellipse: --tolerance and --parameters both name the factor");
+    throw InputError("--ellipse: --tolerance and --parameters both set the factor");
   }
   if (inParameters) return;
   const std::vector<double> factor =
       ParseNumbers(options.tolerance.empty() ? kUsualTolerance : options.tolerance, "--tolerance");
   if (factor.size() != 1 || !(factor[0] > 0)) {
-    throw InputError("--tolerance: with --ellipse one number above 0 is expected");
+    throw InputError("--tolerance: with --ellipse it must be one number above 0");
   }
   difference.parameters[place] = factor[0];
 }
@@ -54,7 +54,7 @@ void SetComponent(const std::string& limit, int32_t system, CBoxTolData& box) {
   const std::size_t equals = limit.find('=');
   const auto name = std::ranges::find(names, limit.substr(0, equals));
   if (equals == std::string::npos || name == names.end()) {
-    throw InputError("--limits: " + limit + " names none of " + names[0] + ", " + names[1] + ", " + names[2] +
+    throw InputError("--limits: " + limit + " is not one of " + names[0] + ", " + names[1] + ", " + names[2] +
                      ", as in " + names[0] + "=0.5");
   }
   std::string numbers = limit.substr(equals + 1);
@@ -62,8 +62,9 @@ void SetComponent(const std::string& limit, int32_t system, CBoxTolData& box) {
   const std::vector<double> bounds = ParseNumbers(numbers, "--limits");
   const bool isOne = bounds.size() == 1 && bounds[0] >= 0;
   if (!isOne && (bounds.size() != 2 || bounds[0] > bounds[1])) {
-    throw InputError("--limits: " + limit + ": one limit from 0 on, or the lower and the upper, as in " +
-                     names[0] + "=-0.3:0.6");
+    throw InputError("--limits: " + limit +
+                     ": must be one limit of 0 or more, or the lower and the upper one, as in " + names[0] +
+                     "=-0.3:0.6");
   }
   box.SetTolerance(static_cast<int32_t>(name - names.begin()), bounds.back(), isOne ? bounds[0] : -bounds[0]);
 }
@@ -72,7 +73,7 @@ VerdictRule RuleOf(const std::string& verdict) {
   if (verdict.empty() || verdict == "worse" || verdict == "both") return VerdictRule::kWorse;
   if (verdict == "total") return VerdictRule::kTotal;
   if (verdict == "box") return VerdictRule::kComponents;
-  throw InputError("--verdict: total, box, both or worse is expected");
+  throw InputError("--verdict: must be total, box, both or worse");
 }
 
 bool LimitsComponents(const CBoxTolData& box) {
@@ -84,12 +85,12 @@ bool LimitsComponents(const CBoxTolData& box) {
 void RequireLimitsOfComponents(const JudgeSettings& settings) {
   if (settings.rule != VerdictRule::kComponents || settings.ByEllipse() || LimitsComponents(settings.box))
     return;
-  throw InputError("--verdict box: no component has a limit; give --limits, or --tolerance with seven");
+  throw InputError("--verdict box: no component has a limit; use --limits, or --tolerance with seven limits");
 }
 
 void LoadEllipses(const JudgingOptions& options, JudgeSettings& settings) {
   if (!options.tolerance.empty() && !options.ellipse) {
-    throw InputError("--ellipses: the file has the limits; --tolerance needs --ellipse");
+    throw InputError("--ellipses: the file has the limits; --tolerance also needs --ellipse");
   }
   CsvReader csv(options.ellipses);
   settings.ellipses.Load(csv, {settings.difference.system, settings.observer});
@@ -98,40 +99,42 @@ void LoadEllipses(const JudgingOptions& options, JudgeSettings& settings) {
 
 }  // namespace
 
-void AddToleranceOptions(Command& command, LimitOptions& options, const std::string& usual) {
+void AddToleranceOptions(Command& owner, LimitOptions& options, const std::string& usual) {
+  Command command = owner.Group("Limits");
   command
       .AddOption("--tolerance", options.tolerance,
-                 "Limit of the total difference, or seven limits: plus and minus of the three components, "
-                 "then the total")
+                 "Limit of the total difference; or seven limits: plus and minus for each of the three "
+                 "components, then the total")
       .Shows("LIMITS [" + usual + "]");
   command
       .AddOption("--limits", options.limits,
-                 "Limits of components by their names: dL=0.5 for both sides, db=-0.3:0.6 for minus and plus")
+                 "Limits of components by name: dL=0.5 for both sides, db=-0.3:0.6 for minus and plus")
       .Shows("NAME=LIMIT,... [none]");
   command
       .AddOption("--verdict", options.verdict,
-                 "What makes the verdict: the total, the box of components, or the worse of both")
+                 "What decides the verdict: the total, the box of components, or the worse of the two")
       .Shows("total|box|both|worse [worse]");
-  command.AddOption("--warning", options.warning, "Fraction of a limit above which there is a warning")
+  command.AddOption("--warning", options.warning, "Fraction of a limit above which the verdict is a warning")
       .Shows("FACTOR [0.75]");
 }
 
-void AddJudgingOptions(Command& command, JudgingOptions& options, const std::string& illuminants) {
-  AddViewingOptions(command, options.viewing, illuminants);
-  AddSystemOptions(command, options.system, "cmc");
-  AddToleranceOptions(command, options, kUsualTolerance);
+void AddJudgingOptions(Command& owner, JudgingOptions& options, const std::string& illuminants) {
+  AddViewingOptions(owner, options.viewing, illuminants);
+  AddSystemOptions(owner, options.system, "cmc");
+  AddToleranceOptions(owner, options, kUsualTolerance);
+  Command command = owner.Group("Limits");
   Option boxes = command
                      .AddOption("--tolerances", options.tolerances,
-                                "Limits per standard, geometry and illuminant, from a CSV file")
+                                "CSV file with limits per standard, geometry and illuminant")
                      .ReadsFile();
   boxes.Shows("FILE");
   command
       .AddFlag("--ellipse", options.ellipse,
-               "Judge by the ellipsoid of cmc, cie94 or cie2000 about the standard, times --tolerance")
+               "Judge by the ellipsoid of cmc, cie94 or cie2000 around the standard, scaled by --tolerance")
       .Excludes(boxes);
   command
       .AddOption("--ellipses", options.ellipses,
-                 "Judge by ellipsoids from a CSV file, as vrx fit-tolerance writes it")
+                 "Judge by ellipsoids from a CSV file, as vrx fit-tolerance writes them")
       .ReadsFile()
       .Shows("FILE")
       .Excludes(boxes);
@@ -140,7 +143,7 @@ void AddJudgingOptions(Command& command, JudgingOptions& options, const std::str
 CBoxTolData BoxOf(const LimitOptions& options, int32_t system) {
   const DifferenceSystem& row = *FindDifferenceSystem(system);
   if (options.tolerance.empty() && !row.inDeltaE) {
-    throw InputError("--tolerance: the usual 1.5 is a dE, which " + std::string(row.shortName) +
+    throw InputError("--tolerance: the default of 1.5 is a dE, which " + std::string(row.shortName) +
                      " is not; give its limits");
   }
   const std::string& given = options.tolerance.empty() ? kUsualTolerance : options.tolerance;
@@ -148,13 +151,14 @@ CBoxTolData BoxOf(const LimitOptions& options, int32_t system) {
   CBoxTolData box = BoxFromNumbers(numbers);
   if (numbers.size() == 1) box = TotalLimit(numbers.front());
   if (options.limits.empty()) return box;
-  if (numbers.size() != 1) throw InputError("--limits: --tolerance has limits of components already");
+  if (numbers.size() != 1) throw InputError("--limits: --tolerance already has limits of components");
   for (const std::string& limit : SplitList(options.limits, ',')) SetComponent(limit, system, box);
   return box;
 }
 
 void SetLimits(const LimitOptions& options, JudgeSettings& settings) {
-  if (!(options.warning >= 0 && options.warning <= 1)) throw InputError("--warning: a factor from 0 to 1");
+  if (!(options.warning >= 0 && options.warning <= 1))
+    throw InputError("--warning: must be a factor from 0 to 1");
   settings.warningFactor = options.warning;
   settings.box = BoxOf(options, settings.difference.system);
   settings.rule = RuleOf(options.verdict);

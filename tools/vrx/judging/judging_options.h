@@ -31,14 +31,14 @@ struct JudgingOptions : LimitOptions {
 
 /// Adds the options of viewing, with default illuminants, and of the system, `--tolerance` and `--warning`,
 /// `--tolerances`, `--ellipse` and `--ellipses`.
-void AddJudgingOptions(Command& command, JudgingOptions& options, const std::string& illuminants);
+void AddJudgingOptions(Command& owner, JudgingOptions& options, const std::string& illuminants);
 
 /// The limits that `--tolerance` and `--limits` name, or the usual one of a system whose unit is a dE. One limit is that of the
 /// total; components that nobody limits have none. Throws InputError for texts that name none, and when they are not given
 /// for another system.
 CBoxTolData BoxOf(const LimitOptions& options, int32_t system);
 /// Adds `--tolerance`, `--limits`, `--verdict` and `--warning`; `usual` is what holds without the first.
-void AddToleranceOptions(Command& command, LimitOptions& options, const std::string& usual);
+void AddToleranceOptions(Command& owner, LimitOptions& options, const std::string& usual);
 /// Gives the settings the limits, the rule and the warning of the options. Throws InputError as BoxOf, and for a verdict on
 /// components without limits.
 void SetLimits(const LimitOptions& options, JudgeSettings& settings);

@@ -144,7 +144,7 @@ class StandardOfItsOwn final : public Standards {
     if (hadRow && Holds(lastId_, geometry) && (trial == nullptr || !Fits(*trial))) FailTwice(lastId_);
   }
   [[noreturn]] void FailTwice(std::string_view id) const {
-    reader_.Source().FailRow("standard \"" + std::string(id) + "\" stands there twice");
+    reader_.Source().FailRow("standard \"" + std::string(id) + "\" appears twice");
   }
 
   // The next row of the file, or wherever the trial's standard is.
@@ -165,7 +165,7 @@ class StandardOfItsOwn final : public Standards {
     if (!reader_.HasNames()) FailNoStandard(reader_.Source().Name(), StandardOf(trial), trial.geometry);
     if (!reader_.Source().CanSeek()) {
       throw InputError(reader_.Source().Name() +
-                       ": the trials are in another order than the standards, which " +
+                       ": the trials are in a different order from the standards, which " +
                        "cannot be searched in a pipe; give a file");
     }
     indexed_ = true;
@@ -173,7 +173,7 @@ class StandardOfItsOwn final : public Standards {
     CurveRow row;
     while (reader_.Next(row)) {
       if (index_.size() == kMaxEntries) {
-        reader_.Source().FailRow("more than 4 million standards in another order than the trials");
+        reader_.Source().FailRow("more than 4 million standards in a different order from the trials");
       }
       index_.push_back(EntryOf(row));
     }

@@ -21,16 +21,16 @@ namespace vrx::tool {
 
 void AddFormatOption(Command& owner, Format& format) {
   Command command = owner.Group("Output");
-  command.AddChoice("--format", format.kind, {"table", "csv", "json"}, "How the results are written");
-  command.AddOption("--digits", format.digits, "Decimals of numbers in tables and csv")
+  command.AddChoice("--format", format.kind, {"table", "csv", "json"}, "Format of the results");
+  command.AddOption("--digits", format.digits, "Number of decimals in tables and csv")
       .Shows("0 to 9 [as many as needed]")
       .Check([](const std::string& text) {
-        return text.size() == 1 && text >= "0" && text <= "9" ? "" : "a whole number from 0 to 9 is expected";
+        return text.size() == 1 && text >= "0" && text <= "9" ? "" : "must be a whole number from 0 to 9";
       });
   command.AddFlag("--csv-safe", format.csvSafe,
-                  "Put an apostrophe before texts in csv that a spreadsheet would run as formulas");
+                  "Put an apostrophe before any text in csv that a spreadsheet would run as a formula");
   command.AddFlag("--decimal-comma", format.decimalComma,
-                  "Write numbers in csv with a comma, and semicolons between columns");
+                  "Write decimal commas in csv, and semicolons between columns");
 }
 
 namespace {

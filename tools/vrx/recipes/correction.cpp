@@ -25,7 +25,7 @@ std::size_t ColumnOf(const CurveReader& curves, std::string_view name, const std
   std::optional<std::size_t> found;
   for (std::size_t i = 0; i < headings.size(); ++i) {
     if (!EqualsIgnoringCase(headings[i], name)) continue;
-    if (found) curves.Source().FailExtra(i, "there are two such columns");
+    if (found) curves.Source().FailExtra(i, "the column appears twice");
     found = i;
   }
   if (!found) throw InputError(path + ": there is no column \"" + std::string(name) + "\"");
@@ -34,7 +34,7 @@ std::size_t ColumnOf(const CurveReader& curves, std::string_view name, const std
 
 // "1:94;7:1.5": components, by id or name, and amounts. What is wrong with the text, or nothing.
 std::string ParseFormula(std::string_view text, const ColorSystem& system, CDbFormula& formula) {
-  constexpr const char* kExpected = "a formula such as 1:94;7:1.5 is expected";
+  constexpr const char* kExpected = "expected a formula such as 1:94;7:1.5";
   while (!text.empty()) {
     const std::size_t end = std::min(text.find(';'), text.size());
     const std::string_view line = text.substr(0, end);
@@ -75,7 +75,7 @@ std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& sy
     named.batch.curve = row.curve;
     if (needsAmount &&
         (!ParseDecimal(row.extras[amount], ',', named.batch.size) || !(named.batch.size > 0.0))) {
-      curves.Source().FailExtra(amount, "an amount above 0 is expected");
+      curves.Source().FailExtra(amount, "expected an amount above 0");
     }
     const std::string fault = ParseFormula(row.extras[formula], system, named.batch.formula);
     if (!fault.empty()) curves.Source().FailExtra(formula, fault);
@@ -93,7 +93,7 @@ CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input) 
   int count = 0;
   for (; count < 2 && curves.Next(row); ++count) curve = row.curve;
   WarnAboutInput(curves);
-  if (count != 1) throw InputError(path + ": one curve is expected");
+  if (count != 1) throw InputError(path + ": expected exactly one curve");
   return curve;
 }
 
@@ -115,14 +115,14 @@ CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& in
     std::copy(row.color.begin(), row.color.end(), target.lab.begin());
   }
   WarnAboutInput(curves);
-  if (count != 1) throw InputError(path + ": one curve is expected");
+  if (count != 1) throw InputError(path + ": expected exactly one curve");
   return target;
 }
 
 void CheckAdditions(const ChoiceOptions& choice) {
   constexpr int kMost = 5;  // and the batch itself
   if (choice.maxColorants > kMost)
-    throw InputError("--max-colorants: of additions, a number from 1 to 5 is expected");
+    throw InputError("--max-colorants: for additions it must be a number from 1 to 5");
 }
 
 std::string PercentText(double part) {
@@ -132,7 +132,7 @@ std::string PercentText(double part) {
 double ParseMostAddition(const std::string& text) {
   double part = 0.0;
   if (!ParsePercent(text, part) || !(part > 0.0 && part <= 100.0)) {
-    throw InputError("--max-addition: percent of the batch are expected, above 0 and up to 10000");
+    throw InputError("--max-addition: must be a percentage of the batch, above 0 and up to 10000");
   }
   return part;
 }
@@ -140,7 +140,7 @@ double ParseMostAddition(const std::string& text) {
 double ParseMargin(const std::string& text) {
   double part = 0.0;
   if (!ParsePercent(text, part) || !(part >= 0.0 && part < 1.0)) {
-    throw InputError("--margin: percent of the tolerance are expected, from 0 to below 100");
+    throw InputError("--margin: must be a percentage of the tolerance, from 0 to below 100");
   }
   return part;
 }

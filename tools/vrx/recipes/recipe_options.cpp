@@ -47,9 +47,9 @@ void ReadLimits(const std::string& path, const ColorSystem& system, CRecipeSetti
   for (std::size_t i = 0; i < header.size(); ++i) {
     const auto role = std::ranges::find_if(
         kColumns, [&](std::string_view column) { return EqualsIgnoringCase(header[i], column); });
-    if (role == kColumns.end()) csv.FailAt(i, "the column is none of component, min, max and cost");
+    if (role == kColumns.end()) csv.FailAt(i, "unknown column; expected component, min, max or cost");
     roles.push_back(static_cast<std::size_t>(role - kColumns.begin()));
-    if (std::ranges::count(roles, roles.back()) > 1) csv.FailAt(i, "there are two such columns");
+    if (std::ranges::count(roles, roles.back()) > 1) csv.FailAt(i, "the column appears twice");
   }
   if (!std::ranges::count(roles, std::size_t{0})) csv.FailRow("there is no column \"component\"");
   while (csv.Next()) {
@@ -67,7 +67,7 @@ void ReadLimits(const std::string& path, const ColorSystem& system, CRecipeSetti
       const bool isNumber = ParseDecimal(text, ',', value) && value >= 0.0;
       if (!isNumber || (roles[i] < 3 && value > kPercent)) {
         csv.FailAt(
-            i, roles[i] < 3 ? "a share in percent, 0 to 100, is expected" : "a cost, 0 or more, is expected");
+            i, roles[i] < 3 ? "expected a share in percent, from 0 to 100" : "expected a cost of 0 or more");
       }
       (roles[i] == 1   ? entry.least
        : roles[i] == 2 ? entry.most
@@ -102,7 +102,7 @@ std::optional<double> ParseTrace(const std::string& text) {
   if (EqualsIgnoringCase(text, "off")) return 0.0;
   double trace = 0.0;
   if (!ParseDecimal(text, ',', trace) || !(trace >= 0.0 && trace <= 1e6))
-    throw InputError("--trace: a difference, 0 or more, or off is expected");
+    throw InputError("--trace: must be a difference of 0 or more, or off");
   return trace;
 }
 
@@ -118,7 +118,7 @@ void CriterionOptions::Apply(const ColorSystem& colorSystem, const std::string& 
   system.WarnAboutAngle(false);
   settings.objective = objective;
   settings.mode = SpecularOf(specular, colorSystem, path);
-  if (!(tolerance >= 0.0)) throw InputError("--tolerance: a difference, 0 or more, is expected");
+  if (!(tolerance >= 0.0)) throw InputError("--tolerance: must be a difference of 0 or more");
   settings.tolerance = tolerance;
   settings.trace = ParseTrace(trace);
   settings.weights.RemoveAll();
@@ -129,28 +129,27 @@ void CriterionOptions::Apply(const ColorSystem& colorSystem, const std::string& 
                           std::ranges::all_of(numbers, isWeight) &&
                           std::ranges::any_of(numbers, [](double weight) { return weight > 0.0; });
   if (!areWeights)
-    throw InputError("--weights: a number from 0 to 1000000 is expected per illuminant, not all 0");
+    throw InputError("--weights: must be a number from 0 to 1000000 for each illuminant, not all 0");
   for (const double weight : numbers) settings.weights.Add(weight);
 }
 
-void AddCriterionOptions(Command& command, CriterionOptions& options) {
-  AddViewingOptions(command, options.viewing, "D65,A,CWF");
-  command
-      .AddOption("--weights", options.weights, "How much the squared difference under each illuminant counts")
-      .Shows("W,...");
-  AddSystemOptions(command, options.system, "cie2000");
-  command.AddChoice("--objective", options.objective, {"tristimulus", "spectral", "combined"},
-                    "What is made small: colour differences, the difference of the curves, or both");
-  AddSpecularOption(command, options.specular);
-  command.AddOption("--tolerance", options.tolerance, "Largest difference under any illuminant")
+void AddCriterionOptions(Command& owner, CriterionOptions& options) {
+  owner.AddOption("--tolerance", options.tolerance, "Largest acceptable difference under any illuminant")
       .Shows("DE [" + DecimalsText(RecipeDefaults::kTolerance, 2) + "]");
+  AddViewingOptions(owner, options.viewing, "D65,A,CWF");
+  AddSystemOptions(owner, options.system, "cie2000");
+  Command command = owner.Group("Search");
+  command.AddOption("--weights", options.weights, "Weight of the squared difference under each illuminant")
+      .Shows("W,...");
+  command.AddChoice("--objective", options.objective, {"tristimulus", "spectral", "combined"},
+                    "What to minimise: the colour differences, the difference of the curves, or both");
+  AddSpecularOption(command, options.specular);
 }
 
 void ChoiceOptions::Apply(const ColorSystem& system, CRecipeSettings& settings) const {
-  if (maxColorants < 1 || maxColorants > 6)
-    throw InputError("--max-colorants: a number from 1 to 6 is expected");
+  if (maxColorants < 1 || maxColorants > 6) throw InputError("--max-colorants: must be a number from 1 to 6");
   if (!(minAmount >= 0.0 && minAmount <= kPercent)) {
-    throw InputError("--min-amount: a share in percent, 0 to 100, is expected");
+    throw InputError("--min-amount: must be a percentage from 0 to 100");
   }
   settings.mostColorants = maxColorants;
   settings.leastAmount = minAmount / kPercent;
@@ -164,27 +163,30 @@ void ChoiceOptions::Apply(const ColorSystem& system, CRecipeSettings& settings) 
   if (!limits.empty()) ReadLimits(limits, system, settings);
 }
 
-void AddChoiceOptions(Command& command, ChoiceOptions& options, RecipePurpose purpose) {
+void AddChoiceOptions(Command& owner, ChoiceOptions& options, RecipePurpose purpose) {
+  Command command = owner.Group("Components");
   const bool isRecipe = purpose == RecipePurpose::kRecipe;
   command
       .AddOption("--max-colorants", options.maxColorants,
-                 isRecipe ? "Most colorants of a recipe, 1 to 6" : "Most colorants that are added, 1 to 5")
+                 isRecipe ? "Largest number of colorants in a recipe, 1 to 6"
+                          : "Largest number of colorants to add, 1 to 5")
       .Shows("N [" + std::to_string(RecipeDefaults::kMostColorants) + "]");
   command
       .AddOption("--require", options.require,
-                 isRecipe ? "Components that every recipe has, by id or name"
-                          : "Components that every correction adds, by id or name")
+                 isRecipe ? "Components that every recipe must have, by id or name"
+                          : "Components that every correction must add, by id or name")
       .Shows("COMPONENT,...");
   command
       .AddOption("--exclude", options.exclude,
-                 isRecipe ? "Components that no recipe has" : "Components that no correction adds")
+                 isRecipe ? "Components that no recipe may have" : "Components that no correction may add")
       .Shows("COMPONENT,...");
   command
-      .AddOption("--limits", options.limits,
-                 isRecipe
-                     ? "CSV file: component, and any of min, max (percent of a recipe that has it) and cost "
-                       "of one unit"
-                     : "CSV file: component and cost of one unit; columns min and max are those of recipes")
+      .AddOption(
+          "--limits", options.limits,
+          isRecipe
+              ? "CSV file with columns component and any of min, max (percent of a recipe that has it) and "
+                "cost (of one unit)"
+              : "CSV file with columns component and cost (of one unit); min and max apply to recipes only")
       .ReadsFile()
       .Shows("FILE");
 }
@@ -195,12 +197,12 @@ void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& setti
   };
   choice.Apply(colorSystem, settings);
   criterion.Apply(colorSystem, system, settings);
-  expect(top >= 1 && top <= 10'000, "--top: a number from 1 to 10000 is expected");
-  expect(batchSize > 0.0 && batchSize <= 1e9, "--batch-size: a number above 0 is expected");
+  expect(top >= 1 && top <= 10'000, "--top: must be a number from 1 to 10000");
+  expect(batchSize > 0.0 && batchSize <= 1e9, "--batch-size: must be a number above 0");
   expect(resolution >= 0.0 && resolution <= batchSize,
-         "--resolution: a number from 0 to the batch size is expected");
-  expect(threads >= 0 && threads <= 1024, "--threads: a number from 0 to 1024 is expected");
-  expect(maxSubsets >= 1.0 && maxSubsets <= 1e15, "--max-subsets: a number, 1 or more, is expected");
+         "--resolution: must be a number from 0 to the batch size");
+  expect(threads >= 0 && threads <= 1024, "--threads: must be a number from 0 to 1024");
+  expect(maxSubsets >= 1.0 && maxSubsets <= 1e15, "--max-subsets: must be a number of 1 or more");
   settings.top = top;
   settings.batchSize = batchSize;
   settings.resolution = resolution;
@@ -208,19 +210,22 @@ void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& setti
   settings.mostSubsets = static_cast<uint64_t>(maxSubsets);
 }
 
-void AddSearchOptions(Command& command, SearchOptions& options, RecipePurpose purpose) {
-  AddChoiceOptions(command, options.choice, purpose);
-  AddCriterionOptions(command, options.criterion);
-  command.AddOption("--top", options.top, "Answers per target")
+void AddSearchOptions(Command& owner, SearchOptions& options, RecipePurpose purpose) {
+  AddCriterionOptions(owner, options.criterion);
+  AddChoiceOptions(owner, options.choice, purpose);
+  owner.AddOption("--top", options.top, "Number of answers per target")
       .Shows("N [" + std::to_string(RecipeDefaults::kTop) + "]");
-  command.AddOption("--resolution", options.resolution, "Step of the dispenser, in the unit of the amounts")
+  owner.Group("Amounts")
+      .AddOption("--resolution", options.resolution,
+                 "Smallest step of the dispenser, in the unit of the amounts")
       .Shows("AMOUNT [0]");
-  command.AddOption("--threads", options.threads, "Threads that work; 0: as many as there are cores")
-      .Shows("N [0]");
-  command.AddOption("--max-subsets", options.maxSubsets, "Refuse searches of more subsets")
+  Command command = owner.Group("Search");
+  command.AddOption("--threads", options.threads, "Number of threads; results are the same for any number")
+      .Shows("0 to 1024 [0: all cores]");
+  command.AddOption("--max-subsets", options.maxSubsets, "Refuse to search more subsets than this")
       .Shows("N [" + std::to_string(RecipeDefaults::kMostSubsets) + "]");
-  AddCurveInputOptions(command, options.input);
-  AddFormatOption(command, options.format);
+  AddCurveInputOptions(owner, options.input);
+  AddFormatOption(owner, options.format);
 }
 
 const CComponent* ComponentOfId(const ColorSystem& system, uint32_t id) {
@@ -248,8 +253,8 @@ const CComponent* ComponentNamed(const ColorSystem& system, std::string_view tex
   if (byId != nullptr && byName != nullptr && byId != byName) {
     const std::string number(text);
     throw InputError("\"" + number + "\" is the number of the component \"" + byId->GetName().ToUtf8() +
-                     "\" and the name of component " + std::to_string(byName->GetId()) + ": id:" + number +
-                     " or name:" + number + " says which");
+                     "\" and the name of component " + std::to_string(byName->GetId()) +
+                     "; write id:" + number + " or name:" + number);
   }
   return byId != nullptr ? byId : byName;
 }
@@ -311,7 +316,7 @@ void ReadBackings(const std::string& path, CReflData& black, CReflData& white) {
   int32_t count = 0;
   for (; count < 3 && curves.Next(row); ++count) (count == 0 ? black : white) = row.curve;
   WarnAboutInput(curves);
-  if (count != 2) throw InputError(path + ": two curves are expected, the black backing and the white one");
+  if (count != 2) throw InputError(path + ": expected two curves, the black backing and the white one");
   CTrisValues ofBlack, ofWhite;
   black.Tristimulus(vrxIllumD65, kObserver10, ofBlack);
   white.Tristimulus(vrxIllumD65, kObserver10, ofWhite);

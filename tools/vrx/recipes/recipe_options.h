@@ -36,7 +36,7 @@ struct CriterionOptions {
 
 /// Adds `--illuminants`, `--observer`, `--weights`, `--system`, `--parameters`, `--objective`, `--specular` and
 /// `--tolerance`.
-void AddCriterionOptions(Command& command, CriterionOptions& options);
+void AddCriterionOptions(Command& owner, CriterionOptions& options);
 
 /// The purpose of the colorants of a search: a recipe, or additions to a batch.
 enum class RecipePurpose { kRecipe, kAddition };
@@ -54,7 +54,7 @@ struct ChoiceOptions {
 };
 
 /// Adds `--max-colorants`, `--require`, `--exclude` and `--limits`.
-void AddChoiceOptions(Command& command, ChoiceOptions& options, RecipePurpose purpose);
+void AddChoiceOptions(Command& owner, ChoiceOptions& options, RecipePurpose purpose);
 
 /// The options of every command that searches.
 struct SearchOptions {
@@ -74,7 +74,7 @@ struct SearchOptions {
 };
 
 /// Adds choice and criterion, `--resolution`, `--top`, `--threads`, `--max-subsets`, the options of curves and the format.
-void AddSearchOptions(Command& command, SearchOptions& options, RecipePurpose purpose);
+void AddSearchOptions(Command& owner, SearchOptions& options, RecipePurpose purpose);
 
 /// The component of a system by its id or its name in any case, also where that is a number; "id:7" and "name:7" say which
 /// of the two is meant. Null when there is none; throws InputError where a number is both.

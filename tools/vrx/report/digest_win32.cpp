@@ -10,7 +10,7 @@ namespace vrx::tool {
 namespace {
 
 void Check(NTSTATUS status) {
-  if (status < 0) throw OutputError("the system computes no SHA-256");
+  if (status < 0) throw OutputError("the operating system cannot compute SHA-256");
 }
 
 // The calls do not write through this pointer.
@@ -51,7 +51,7 @@ std::string Base64(std::string_view bytes) {
   std::string text(4 * ((bytes.size() + 2) / 3) + 1, '\0');  // the call adds a terminator
   auto length = static_cast<DWORD>(text.size());
   if (count > 0 && !::CryptBinaryToStringA(Octets(bytes), count, kForm, text.data(), &length))
-    throw OutputError("the system makes no Base64");
+    throw OutputError("the operating system cannot encode Base64");
   text.resize(count > 0 ? length : 0);
   return text;
 }

@@ -23,8 +23,7 @@ std::string Png(const pictures::Picture& picture, const pictures::PaperSize& siz
   } catch (const std::runtime_error& error) {
     throw OutputError(error.what());
   }
-  if (!png)
-    throw InputError("this build of vrx paints no PNG pictures; give the picture a name that ends in .svg");
+  if (!png) throw InputError("this build of vrx cannot draw PNG pictures; use a name that ends in .svg");
   return *png;
 }
 
@@ -34,7 +33,7 @@ PictureFormat PictureFormatOf(std::string_view path) {
   const std::string_view end = path.substr(path.size() - std::min<std::size_t>(path.size(), 4));
   if (EqualsIgnoringCase(end, ".png")) return PictureFormat::kPng;
   if (EqualsIgnoringCase(end, ".svg")) return PictureFormat::kSvg;
-  throw InputError(std::string(path) + ": the name of a picture ends in .png or .svg");
+  throw InputError(std::string(path) + ": the name of a picture must end in .png or .svg");
 }
 
 void SavePicture(const pictures::Picture& picture, const pictures::PaperSize& size, const std::string& path) {

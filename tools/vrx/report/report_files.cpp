@@ -173,7 +173,7 @@ std::string PictureUrl(const std::string& path) {
   if (content.starts_with("\x89PNG\r\n\x1a\n")) type = "image/png";
   if (content.starts_with("\xFF\xD8\xFF")) type = "image/jpeg";
   if (content.starts_with("<") && content.find("<svg") != std::string::npos) type = "image/svg+xml";
-  if (type == nullptr) throw InputError(path + ": neither a PNG nor a JPEG nor an SVG picture");
+  if (type == nullptr) throw InputError(path + ": not a PNG, JPEG or SVG picture");
   return std::string("data:") + type + ";base64," + Base64(content);
 }
 
@@ -189,7 +189,7 @@ void PrintToPdf(std::string_view html, const std::string& path) {
   }
   if (!found) {
     throw InputError(path +
-                     ": a PDF is printed by Chromium, which is not installed; install it, name it in "
+                     ": writing a PDF needs Chromium, which is not installed; install it, name it in "
                      "VRX_CHROMIUM, or write a .html file and print that");
   }
   const std::string printed = folder / "report.pdf";

@@ -48,7 +48,7 @@ bool IsPdf(std::string_view path) {
 // Also keeps a slip of the keyboard from replacing a file of measurements.
 std::string RefuseOtherNames(const std::string& path) {
   if (IsPdf(path) || EndsIn(path, ".html") || EndsIn(path, ".htm")) return {};
-  return "the name of a report ends in .html or .pdf";
+  return "the name of a report must end in .html or .pdf";
 }
 
 std::string TwoDigits(int32_t number) {
@@ -119,15 +119,16 @@ std::string ScriptTexts() {
 
 void AddReportOptions(Command& owner, ReportOptions& options) {
   Command command = owner.Group("Report");
-  command.AddOption("--report", options.file, "Write a report with pictures too; a PDF needs Chromium")
+  command.AddOption("--report", options.file, "Also write a report with pictures; a PDF needs Chromium")
       .Shows("FILE.html|FILE.pdf")
       .Check(RefuseOtherNames)
       .WritesFile();
   command.AddOption("--report-title", options.title, "Title of the report").Shows("TEXT");
-  command.AddOption("--report-logo", options.logo, "A picture at its head: PNG, JPEG or SVG")
+  command.AddOption("--report-logo", options.logo, "Picture for the head of the report: PNG, JPEG or SVG")
       .Shows("FILE")
       .ReadsFile();
-  command.AddOption("--report-author", options.author, "Who judged, for the report").Shows("NAME");
+  command.AddOption("--report-author", options.author, "Name to show as the author of the report")
+      .Shows("NAME");
 }
 
 ShownColour Shown(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz) {
