@@ -458,11 +458,12 @@ void AddCalibrate(Command& tool) {
                      "Calibrate on further samples with formulas too: corrections and production batches")
           .ReadsFile()
           .Shows("FILE");
-  command.AddOption("--weight", options->weight, "How much each of these counts compared to a drawdown")
+  command
+      .AddOption("--weight", options->weight, "How much each sample of --add counts compared to a drawdown")
       .Shows("W [1]")
       .Needs(additions);
   command.AddFlag("--no-leave-one-out", options->noLeaveOneOut,
-                  "Leave that column empty, which saves most of the time");
+                  "Leave the column leave_one_out empty, which saves most of the time");
   AddSurfaceOptions(command, options->surface);
   AddViewingOptions(command, options->viewing, "D65");
   AddCurveInputOptions(command, options->input);

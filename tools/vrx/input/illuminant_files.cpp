@@ -21,7 +21,7 @@ void AddIlluminantFileOptions(Command& owner, IlluminantFileOptions& options) {
 
       .Shows("FILE ...");
   command.AddFlag("--illuminant-linear", options.straight,
-                  "Interpolate that power linearly, as CIE D65 is defined, not by cubics");
+                  "Interpolate that file linearly, as CIE D65 is defined, not by cubics");
 }
 
 }  // namespace vrx::tool
