@@ -100,7 +100,7 @@ TEST(Names, OfConditionsOfViewing) {
       {RefusalOf([] { ParseObserver("1"); }), "unknown observer \"1\"; it must be 2 or 10 (degrees)"},
       {RefusalOf([] { ParseSystem(std::to_string(kDifferenceSystems)); }),
        "unknown difference system \"" + std::to_string(kDifferenceSystems) + "\""},
-      {RefusalOf([] { ParseSystem(""); }), "unknown difference system \"\"; --help"}};
+      {RefusalOf([] { ParseSystem(""); }), "unknown difference system \"\"; see --help"}};
   for (const auto& [message, beginning] : kRefused) EXPECT_EQ(message.substr(0, beginning.size()), beginning);
 }
 
