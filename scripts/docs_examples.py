@@ -122,7 +122,7 @@ def check_tables(vrx, update):
 
         def table(match):
             placed.append(match.group(2))
-            return match.group(1) + tables.get(match.group(2), "") + "\n" + match.group(3)
+            return match.group(1) + "\n" + tables.get(match.group(2), "") + "\n\n" + match.group(3)
 
         made = TABLE.sub(table, text)
         if update:

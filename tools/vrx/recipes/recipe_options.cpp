@@ -211,7 +211,6 @@ void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& setti
 }
 
 void AddSearchOptions(Command& owner, SearchOptions& options, RecipePurpose purpose) {
-  AddCriterionOptions(owner, options.criterion);
   AddChoiceOptions(owner, options.choice, purpose);
   owner.AddOption("--top", options.top, "Number of answers per target")
       .Shows("N [" + std::to_string(RecipeDefaults::kTop) + "]");
@@ -219,6 +218,7 @@ void AddSearchOptions(Command& owner, SearchOptions& options, RecipePurpose purp
       .AddOption("--resolution", options.resolution,
                  "Smallest step of the dispenser, in the unit of the amounts")
       .Shows("AMOUNT [0]");
+  AddCriterionOptions(owner, options.criterion);
   Command command = owner.Group("Search");
   command.AddOption("--threads", options.threads, "Number of threads; results are the same for any number")
       .Shows("0 to 1024 [0: all cores]");
