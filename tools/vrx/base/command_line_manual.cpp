@@ -278,7 +278,7 @@ void WriteOptionTable(const NamedCommand& named, std::ostream& out) {
     if (NameOf(*option) == "--help" || IsSharedHeading(option->get_group())) continue;
     if (option->get_group() != heading) {
       heading = option->get_group();
-      WriteTableHead(heading, out);
+      WriteTableHead(heading == "Options" ? "Arguments and options" : heading, out);
     }
     WriteTableRow(RowOf(*named.command, *option), out);
   }
