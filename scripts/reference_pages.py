@@ -78,10 +78,9 @@ def python_page(path):
 
 CPP_PAGE = """# Every C++ header
 
-- [Files](cpp/files.html): the headers by folder
+- [Headers by folder](cpp/files.html)
+- [Functions, constants and enumerations](cpp/namespacevrx.html)
 - [Classes](cpp/annotated.html) and [their members](cpp/functions.html)
-- [Functions, constants and enumerations](cpp/namespacemembers.html)
-- [The C interface](cpp/c__api_8h.html)
 """
 
 
