@@ -25,7 +25,7 @@ source=build/site-source
 rm -rf "$source"
 mkdir -p "$source"
 cp -R docs mkdocs.yml "$source"
-rm "$source/docs/Doxyfile"
+rm "$source/docs/Doxyfile" "$source/docs/namespace.dox"
 mkdir -p "$source/docs/reference"
 cp -R "$build/reference/html" "$source/docs/reference/cpp"
 /usr/bin/python3 scripts/reference_pages.py "$build/tools/vrx/vrx" "$build/python" "$source/docs/reference"
