@@ -123,7 +123,7 @@ TEST_F(ColorSystemFile, BadSystemsAreNamedByField) {
       {"[]", ": expected an object"},
       {R"({"name":"s"})", ": member \"components\" is missing"},
       {System(component, R"(,"k1":1e999)"), ": a number is beyond the range of doubles"},
-      {System(component, R"(,"rules":[{"id":1,"id":1}])"), ": rules[0]: member \"id\" stands there twice"},
+      {System(component, R"(,"rules":[{"id":1,"id":1}])"), ": rules[0]: member \"id\" appears twice"},
       {System(component, ",\"rules\":" + std::string(64, '[')),
        ": rules" + nested + ": more than 64 objects and lists within each other"},
       {System(component, ",\"rules\":[" + many + "[]]"), ": rules: more than 65535 rules"},

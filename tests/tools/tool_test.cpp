@@ -101,7 +101,7 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
       {"judge good.csv good.csv --standard-id Q", "there is no standard \"Q\""},
       {"judge good.csv good.csv --standard-id ''", "--standard-id: the text is empty"},
       {"judge twice.csv good.csv", "twice.csv, line 3: standard \"A\" has a row of this geometry"},
-      {"judge twins.csv good.csv --pairs", "twins.csv, line 3: standard \"A\" stands there twice"},
+      {"judge twins.csv good.csv --pairs", "twins.csv, line 3: standard \"A\" appears twice"},
       {"judge twins.csv good.csv --standard-id A", "twins.csv, line 3: standard \"A\" has a row already"},
       {"judge good.csv good.csv --pairs --standard-id A", "excludes"},
       {"judge good.csv good.csv --illuminants D65,D56", "unknown illuminant \"D56\"; did you mean D65?"},
@@ -204,7 +204,7 @@ TEST_F(Tool, PairsFollowTheIdsWhateverTheOrder) {
             std::string::npos);
   EXPECT_NE(Run("judge - reversed.csv --pairs < standards.csv").err.find("in a pipe"), std::string::npos);
   Write("twice.csv", standards + Flat("P9", "5"));
-  EXPECT_NE(Run("judge twice.csv stranger.csv --pairs").err.find("standard \"P9\" stands there twice"),
+  EXPECT_NE(Run("judge twice.csv stranger.csv --pairs").err.find("standard \"P9\" appears twice"),
             std::string::npos);
 }
 
