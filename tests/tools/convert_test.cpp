@@ -98,7 +98,7 @@ TEST_F(Convert, NothingIsLostInSilence) {
   // A file takes its own place only where nothing is lost, by another name too.
   ASSERT_TRUE(Ends("ln -s chart.txt link.txt"));
   const std::string before = folder_.Read("chart.txt");
-  ExpectRefused({{"convert chart.txt chart.txt", "the file that is read would lose the table in line 16"},
+  ExpectRefused({{"convert chart.txt chart.txt", "the file to be replaced would lose the table in line 16"},
                  {"convert chart.txt link.txt --to csv", "would lose the table in line 16, ORIGINATOR"}});
   EXPECT_EQ(folder_.Read("chart.txt"), before);
   EXPECT_EQ(Run("convert new.csv new.csv").status, 0);

@@ -60,7 +60,7 @@ TEST_F(IndexAndSwatch, NamesChooseAndTheWideFormHasASampleARow) {
   EXPECT_NE(family.out.find("outside the limits"), std::string::npos) << "a grey is no white";
   const Result unknown = Run("index white.csv --indices wi,blue");
   EXPECT_EQ(unknown.status, 2);
-  EXPECT_NE(unknown.err.find("no index \"blue\""), std::string::npos) << unknown.err;
+  EXPECT_NE(unknown.err.find("unknown index \"blue\""), std::string::npos) << unknown.err;
 }
 
 TEST_F(IndexAndSwatch, ContrastRatioAndMetamerismJoinThem) {
