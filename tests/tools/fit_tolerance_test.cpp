@@ -207,7 +207,7 @@ TEST_F(FitTolerance, BadRequestsAreRefused) {
       {"judge batch.csv batch.csv --ellipses tints.csv",
        "line 2, column 1 (system): the limits are for another"},
       {"judge batch.csv batch.csv --ellipses two.csv", "another observer than --observer 10"},
-      {"judge batch.csv batch.csv --ellipses other.csv", "no row is for standard \"S\" under D65"},
+      {"judge batch.csv batch.csv --ellipses other.csv", "there is no row for standard \"S\" under D65"},
       {"judge batch.csv batch.csv --ellipses short.csv", "there is no column centreL"},
       {"judge batch.csv batch.csv --ellipses empty.csv", "empty.csv: there is no row"},
   });
