@@ -126,7 +126,7 @@ TEST(CurveReader, RefusesWithPlaceAndReason) {
       {"a\rb,,400\n", "f, line 1, column 1 (a b): the column is not id"},
       {"400,\n", "f, line 1: fewer than 3 wavelengths"},
       {"id,gloss,400\n", "f, line 1, column 2 (gloss): the column is not id"},
-      {"id,id,400,410,420\n", "f, line 1, column 2 (id): there are two"},
+      {"id,id,400,410,420\n", "f, line 1, column 2 (id): the column appears twice"},
       {"400,410,410\n", "f, line 1, column 3 (410): the wavelength appears twice"},
       {"400,440,410\n", "f, line 1, column 2 (440): the wavelengths have a gap"},
       {"id,400,410,430,440\n", "f, line 1, column 4 (430): the wavelengths have a gap from 410 nm to 430 nm"},

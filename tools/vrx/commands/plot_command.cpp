@@ -140,7 +140,8 @@ pictures::Picture Titled(const Chart& chart, const std::string& title, int32_t& 
 
 int RunPlot(const PlotOptions& options) {
   PictureFormatOf(options.output);  // refuses other names before the work
-  if (!(options.scale >= 0.25 && options.scale <= 20)) throw InputError("--scale: must be a factor from 0.25 to 20");
+  if (!(options.scale >= 0.25 && options.scale <= 20))
+    throw InputError("--scale: must be a factor from 0.25 to 20");
   const JudgeSettings settings = SettingsOf(options.judging);
   const JudgedTrials judged = JudgeTrials(options, settings);
   const Chart chart = ChartOf(options.kind, judged);
