@@ -279,5 +279,5 @@ test('a report prints whole, and the tool prints it', async () => {
   assert.ok(pdf.startsWith('%PDF') && /\/MediaBox \[0 0 59[45][\d.]* 84[12]/.test(pdf));  // A4
   const failed = spawnSync(vrx, ['judge', ...chart, '--pairs', '--report', file('other.pdf')], { env: { ...process.env, VRX_CHROMIUM: 'no-such-browser' }, encoding: 'utf8' });
   assert.equal(failed.status, 2);
-  assert.match(failed.stderr, /other\.pdf: a PDF is printed by Chromium, which is not installed/);
+  assert.match(failed.stderr, /other\.pdf: writing a PDF needs Chromium, which is not installed/);
 });
