@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/calibration.h>
 #include <vrxmath/matching/dye_ladder.h>
 
@@ -158,7 +159,7 @@ vrx_status VRX_CALL vrx_calibration_open(const vrx_calibration_settings* setting
     object->model = own.model;
     object->isResin.resize(static_cast<std::size_t>(components));
     for (int32_t id = 1; id <= components; ++id)
-      object->names.Add(vrx::CString::FromUtf8(std::to_string(id)));
+      object->names.Add(vrx::CString::FromUtf8(std::to_string(id)).CStr());
     NeedPlace(calibration, "calibration");
     *calibration = api::OpenHandle(std::move(object));
   });

