@@ -145,7 +145,8 @@ class Sorter {
 };
 
 void RunSort(SortOptions& options) {
-  if (options.viewing.Illuminants().size() != 1) throw InputError("--illuminants: this command takes exactly one");
+  if (options.viewing.Illuminants().size() != 1)
+    throw InputError("--illuminants: this command takes exactly one");
   const bool oneFile = options.standard.empty();
   if (options.trials == "-" && (oneFile || options.standard == "-")) {
     throw InputError("the standard and the trials cannot both come from standard input: name a file");

@@ -1,5 +1,7 @@
 #include "tools/vrx/judging/judging_pipeline.h"
 
+#include <cstddef>
+#include <memory>
 #include <new>
 #include <span>
 #include <system_error>
@@ -152,6 +154,9 @@ void JudgingPipeline::Run(unsigned threads, std::size_t chunkTrials) {
   comparison_.BeginProgress();
   std::vector<std::thread> helpers;
   try {
+    // Memory that they may not take, or the last of them would leave none to work with.
+    constexpr std::size_t kHeadroom = std::size_t{64} << 20;
+    const auto headroom = std::make_unique_for_overwrite<std::byte[]>(kHeadroom);
     helpers.reserve(threads);
     for (unsigned i = 1; i < threads; ++i) {
       helpers.emplace_back([this, chunk = std::make_unique<Chunk>(chunkTrials, output_)] { Work(*chunk); });
