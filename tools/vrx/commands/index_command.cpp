@@ -398,7 +398,7 @@ void AddIndex(Command& tool) {
       "Examples:\n"
       "  vrx index paper.csv                                # under D65 and C, 10 degrees\n"
       "  vrx index paper.csv --illuminants C --observer 2   # as most of them were published\n"
-      "  vrx index lot.csv --standard master.csv --illuminants D65,A,T84 --format csv\n"
+      "  vrx index lot.csv --standard master.csv --pairs --illuminants D65,A,T84 --format csv\n"
       "  vrx index paper.csv --indices wi-cie,ti-cie,dominant --wide --illuminants D65\n");
   command.SetAction([options] {
     RunIndex(*options);
