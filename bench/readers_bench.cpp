@@ -1,4 +1,5 @@
-// Reading files of measurements: CxF3 beside expat over the same bytes, and CGATS and CSV in rows a second.
+// Reading files of measurements: CxF3 beside expat over the same bytes, and CGATS and CSV in rows a second; and how the time of a
+// CxF3 object with very many colours grows with them.
 //
 // The files lie in memory and are read from a stream, as files are. Before anything is timed, all names and values are
 // compared with those that the file was made of, and those that expat's host found likewise.
@@ -9,6 +10,7 @@
 #include <streambuf>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <vrxio/files/measurement_files.h>
@@ -99,6 +101,20 @@ std::string MakeCxf(const Samples& samples) {
          "    <cc:MeasurementSpec>\n      <cc:MeasurementType>Spectrum_Reflectance</cc:MeasurementType>\n"
          "      <cc:WavelengthRange StartWL=\"380\" Increment=\"10\"/>\n    </cc:MeasurementSpec>\n"
          "  </cc:ColorSpecification>\n</cc:ColorSpecificationCollection>\n</cc:Resources>\n</cc:CxF>\n";
+}
+
+// One object of so many colours that say nothing of how they were measured, against the schema, which is told of the first ones.
+std::string MakeColors(int count) {
+  std::string text =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<cc:CxF "
+      "xmlns:cc=\"http://colorexchangeformat.com/CxF3-core\">\n"
+      "<cc:Resources>\n<cc:ObjectCollection>\n<cc:Object ObjectType=\"Target\" Name=\"many\" Id=\"m\">\n"
+      "<cc:CreationDate>2026-05-04T09:30:00Z</cc:CreationDate>\n<cc:ColorValues>\n";
+  for (int i = 0; i < count; ++i) {
+    text += "<cc:ColorCIELab><cc:L>" + std::to_string(i % 100) +
+            "</cc:L><cc:A>1</cc:A><cc:B>2</cc:B></cc:ColorCIELab>\n";
+  }
+  return text + "</cc:ColorValues>\n</cc:Object>\n</cc:ObjectCollection>\n</cc:Resources>\n</cc:CxF>\n";
 }
 
 // A file in memory, without a copy of it.
@@ -218,6 +234,30 @@ bool SameWithin(const Samples& fractions, const Samples& percent) {
   return same;
 }
 
+// The time of a colour among many beside that among a quarter of them.
+void TellGrowth() {
+  constexpr int kFew = 12'500, kMany = 4 * kFew;
+  const std::string few = MakeColors(kFew), many = MakeColors(kMany);
+  const auto read = [](const std::string& content) {
+    return [&content] {
+      ReadSamples(content, "CxF3", [](const vrx::io::Measurement& sample) { Keep(&sample); });
+    };
+  };
+  for (const auto& [content, last] : {std::pair(&few, kFew - 1), std::pair(&many, kMany - 1)}) {
+    int samples = 0;
+    double lightness = -1;
+    ReadSamples(*content, "CxF3", [&](const vrx::io::Measurement& sample) {
+      ++samples;
+      lightness = sample.lab[0];
+    });
+    Require(samples == 1 && lightness == last % 100, "CxF3 colours");
+  }
+  const std::vector<double> seconds = SecondsOf({read(few), read(many)}, 5);
+  std::printf(
+      "growth: a CxF3 colour without a ColorSpecification among %d takes %.2f times as long as among %d\n",
+      kMany, seconds[1] / seconds[0] * kFew / kMany, kFew);
+}
+
 }  // namespace
 
 int main() {
@@ -259,5 +299,6 @@ int main() {
                 static_cast<double>(kLines[i].content.size()) / seconds[i] * 1e-6);
     std::printf(i < 3 ? "\n" : "  %.2f times the time of CxF3\n", seconds[i] / seconds[2]);
   }
+  TellGrowth();
   return 0;
 }

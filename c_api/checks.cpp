@@ -229,6 +229,11 @@ CIllumArray IlluminantList(const int32_t* illuminants, int32_t count, int32_t ob
   return list;
 }
 
+void NeedConstant(double k, const char* name) {
+  NeedFinite(k, name);
+  if (k < 0.0 || k >= 1.0) throw Refusal{VRX_OUT_OF_RANGE, std::string(name) + " is not from 0 to below 1"};
+}
+
 SaundersonMode ModeOf(int32_t surface) {
   NeedRange(surface, VRX_SURFACE_INCLUDED, VRX_SURFACE_NONE, "surface");
   constexpr SaundersonMode kModes[] = {SaundersonMode::kIncluded, SaundersonMode::kExcluded,

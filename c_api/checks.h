@@ -151,6 +151,8 @@ struct Pair {
 CIllumArray IlluminantList(const int32_t* illuminants, int32_t count, int32_t observer);
 /// A formula of `count` lines.
 CDbFormula FormulaOf(const int32_t* ids, const double* amounts, int32_t count);
+/// A constant of the surface, from 0 to below 1.
+void NeedConstant(double k, const char* name);
 /// What a reading holds of the surface, by its number.
 SaundersonMode ModeOf(int32_t surface);
 

@@ -27,11 +27,6 @@ bool AreFinite(const NUMBERS& numbers) {
   return std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); });
 }
 
-void NeedConstant(double k, const char* name) {
-  NeedFinite(k, name);
-  if (k < 0.0 || k >= 1.0) throw Refusal{VRX_OUT_OF_RANGE, std::string(name) + " is not from 0 to below 1"};
-}
-
 using SaundersonBatch = bool (*)(std::span<const double>, double, double, SaundersonMode, std::span<double>,
                                  const BatchRun&);
 

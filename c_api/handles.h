@@ -13,6 +13,7 @@
 #include <vrxio/files/measurement_table.h>
 #include <vrxio/systems/color_system_file.h>
 #include <vrxmath/batch/judge_batch.h>
+#include <vrxmath/matching/calibration.h>
 #include <vrxmath/matching/recipe_types.h>
 
 #include "c_api/checks.h"
@@ -50,8 +51,19 @@ struct Search {
   std::optional<FoundRecipe> before;  ///< the batch as it is, after a correction
 };
 
+/// Drawdowns and how they are to be read, and how the last calibration described them.
+struct Calibration {
+  CCalibrationSettings settings;  ///< but for the resins
+  int32_t model = 0;
+  CStringArray1 names;
+  std::vector<bool> isResin;  ///< by component
+  CDrawdownArray drawdowns;
+  CDrawdownFitArray fits;
+};
+
 using Object = std::variant<std::shared_ptr<Judgement>, std::shared_ptr<io::ColorSystem>,
-                            std::shared_ptr<io::MeasurementTable>, std::shared_ptr<Search>>;
+                            std::shared_ptr<io::MeasurementTable>, std::shared_ptr<Search>,
+                            std::shared_ptr<Calibration>>;
 
 /// Keeps an object until `CloseHandle`. A number is not given again for as long as 16-bit counting allows.
 vrx_handle OpenHandle(Object object);

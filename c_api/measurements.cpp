@@ -143,6 +143,8 @@ vrx_status VRX_CALL vrx_measurements_summarize(vrx_handle measurements, vrx_meas
     found.has_lab = table->lab.empty() ? 0 : 1;
     found.notes = static_cast<int32_t>(table->notes.size());
     found.warnings = static_cast<int32_t>(table->warnings.size());
+    found.illuminant = table->illuminant;
+    found.observer = table->observer;
     api::GiveSized(&found, sizeof found, summary, "summary");
   });
 }

@@ -240,6 +240,22 @@ const Function kFunctions[] = {
                                              p.numbers[4], p.curve, p.reals[0], Real(a.out[0]));
      }},
     {{40 * kReal, 40 * kReal},
+     {},
+     [](const Plain& p, const Arrays& a) {
+       // A calibration of its own: two components and any drawdowns of them.
+       vrx_handle calibration = 0, colorants = 0;
+       if (p.count < 1) return VRX_BAD_COUNT;
+       const vrx_status opened = vrx_calibration_open(nullptr, 2, 1 + (p.numbers[0] & 1), &calibration);
+       if (opened != VRX_OK) return opened;
+       (void)vrx_calibration_opaque(calibration, p.reals, 1.0, a.in[0]);
+       (void)vrx_calibration_opaque(calibration, p.reals + 1, p.reals[8], a.in[1]);
+       (void)vrx_calibration_film(calibration, p.reals + 2, 1.0, a.in[0], a.in[1], p.curve, a.in[1]);
+       const vrx_status status = vrx_calibrate(calibration, &colorants);
+       if (status == VRX_OK) (void)vrx_close(colorants);
+       (void)vrx_close(calibration);
+       return status;
+     }},
+    {{40 * kReal, 40 * kReal},
      {40 * kReal, 40 * kReal, 40 * kReal},
      [](const Plain& p, const Arrays& a) {
        double white[40];

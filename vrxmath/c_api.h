@@ -163,6 +163,8 @@ typedef struct vrx_measurements_summary {
   int32_t form;                         /* of the file */
   int32_t has_curves, has_xyz, has_lab; /* 1 where all samples have them */
   int32_t notes, warnings;              /* how many there are */
+  int32_t illuminant,
+      observer; /* under which the colours of the first sample were seen; -1 where the file does not say */
 } vrx_measurements_summary;
 
 VRX_C_API vrx_status VRX_CALL vrx_measurements_open(const char* path, const vrx_read_options* options,
@@ -562,6 +564,61 @@ VRX_C_API vrx_status VRX_CALL vrx_search_amounts(vrx_handle search, int32_t inde
                                                  int32_t* ids, double* amounts);
 VRX_C_API vrx_status VRX_CALL vrx_search_result(vrx_handle search, int32_t index, double* differences,
                                                 double curve[40]);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Calibration: K and S of the colorants of a system from weighed drawdowns, which are read as they are. */
+
+typedef struct vrx_calibration_settings {
+  int32_t size;
+  int32_t
+      model; /* a VRX_MODEL: textiles are ladders of single dyes on a substrate, others are mixed freely */
+  int32_t surface;              /* what the curves hold of it */
+  int32_t illuminant, observer; /* under which fits are told */
+  int32_t
+      leave_one_out; /* 1: every drawdown is foreseen without itself, too, which costs a calibration each; 0: none is */
+  double k1, k2; /* of the surface */
+} vrx_calibration_settings;
+/* How well a drawdown is described, in CIEDE2000 units. What is not known is unset. */
+typedef struct vrx_drawdown_fit {
+  int32_t size;
+  int32_t is_film;
+  double delta_e;              /* by the calibration; of a film the mean over its two backings */
+  double leave_one_out;        /* by a calibration without this drawdown */
+  double leave_one_out_linear; /* the same by the linear solution, where the refined one begins */
+  double thickness;            /* of a film, in the unit of length in which the white scatters 1 */
+  double measured_contrast;    /* Y over black / Y over white, of a film */
+  double predicted_contrast;
+} vrx_drawdown_fit;
+
+/* Fills the structure with what is usual. */
+VRX_C_API vrx_status VRX_CALL vrx_usual_calibration_settings(vrx_calibration_settings* settings);
+/* A calibration of `components` (1 to 200) components, numbered from 1, of which the number `white` is the unit of scattering, or
+ * the substrate. Each is a colorant that its number names until vrx_calibration_component says more. */
+VRX_C_API vrx_status VRX_CALL vrx_calibration_open(const vrx_calibration_settings* settings,
+                                                   int32_t components, int32_t white,
+                                                   vrx_handle* calibration);
+/* The kind (VRX_COLORANT or VRX_RESIN) and the name of a component. */
+VRX_C_API vrx_status VRX_CALL vrx_calibration_component(vrx_handle calibration, int32_t id, int32_t kind,
+                                                        const char* name);
+VRX_C_API vrx_status VRX_CALL vrx_calibration_component16(vrx_handle calibration, int32_t id, int32_t kind,
+                                                          const vrx_char16* name);
+/* Adds a drawdown: a share of every component, in any one unit, and the weight of its residuals, 1 as a rule. It is opaque, or a film
+ * that was read over a black and a white card, which were read bare. Up to 10000, indexed from 0. */
+VRX_C_API vrx_status VRX_CALL vrx_calibration_opaque(vrx_handle calibration, const double* shares,
+                                                     double weight, const double curve[40]);
+VRX_C_API vrx_status VRX_CALL vrx_calibration_film(vrx_handle calibration, const double* shares,
+                                                   double weight, const double over_black[40],
+                                                   const double over_white[40], const double black[40],
+                                                   const double white[40]);
+/* Calibrates: a colour system whose components have those numbers. VRX_REFUSED with the drawdown or the components and the reason
+ * where the drawdowns do not tell it. */
+VRX_C_API vrx_status VRX_CALL vrx_calibrate(vrx_handle calibration, vrx_handle* colorants);
+/* How the last calibration describes a drawdown. */
+VRX_C_API vrx_status VRX_CALL vrx_calibration_fit(vrx_handle calibration, int32_t drawdown,
+                                                  vrx_drawdown_fit* fit);
+/* The text of a file of a colour system (JSON, UTF-8), which vrx_colorants_open_file reads. */
+VRX_C_API vrx_status VRX_CALL vrx_colorants_text(vrx_handle colorants, char* text, int32_t capacity,
+                                                 int32_t* length);
 
 /* Closes a handle of any kind. */
 VRX_C_API vrx_status VRX_CALL vrx_close(vrx_handle handle);

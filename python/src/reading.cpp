@@ -72,6 +72,10 @@ py::dict Read(const std::string& path, const std::string& form, const std::strin
   result["xyz"] = ArrayOf(columns.xyz, rows, 3);
   result["lab"] = ArrayOf(columns.lab, rows, 3);
   result["form"] = columns.form;
+  result["illuminant"] =
+      columns.illuminant < 0 ? "" : io::CodeOf(static_cast<vrxIlluminant>(columns.illuminant));
+  result["observer"] =
+      columns.observer < 0 ? py::object(py::none()) : py::int_(io::DegreesOf(columns.observer));
   result["notes"] = columns.notes;
   result["warnings"] = columns.warnings;
   return result;

@@ -37,6 +37,10 @@ class Measurements:
         The format of the file: "CSV", "CGATS", "CxF3" or "JSON".
     notes : list of str
         What was skipped, and why; and what Python warns of: guessed ends of curves, samples without one, mixed conditions.
+    illuminant : str
+    observer : int or None
+        Under which the colours of the first sample were seen, "D50" and 2; empty and None where the file says nothing.
+        ``lab`` and ``xyz`` are those and no others.
     """
 
     ids: list[str]
@@ -47,6 +51,8 @@ class Measurements:
     geometries: list[str]
     form: str
     notes: list[str]
+    illuminant: str = ""
+    observer: int | None = None
 
     def __len__(self) -> int:
         return len(self.ids)

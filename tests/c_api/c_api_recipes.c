@@ -1,4 +1,6 @@
 /* Recipes and corrections: a colour that is made of two paints is found again, and a batch that lacks one of them gets it. */
+#include <string.h>
+
 #include "c_api_checks.h"
 
 static int32_t calls, goes_on = 1;
@@ -77,6 +79,57 @@ static void corrections(void) {
   REFUSES(vrx_search_correct(search, ids, amounts, 0, batch, target, &found), VRX_REFUSED, "formula");
 }
 
+/* Drawdowns that known paints predict give K and S that predict the same, and what is wrong with others is said. */
+static void calibrations(void) {
+  static const double shares[5][2] = {{1, 0}, {0, 1}, {0.9, 0.1}, {0.5, 0.5}, {0.97, 0.03}};
+  const double mixed[2] = {80, 20}, nothing[2] = {0, 0}, wrong[2] = {1, NAN};
+  const int32_t own[2] = {1, 2};
+  double curve[40], again[40];
+  int32_t length = 0, count = 0;
+  static char text[40000];
+  vrx_handle calibration, system;
+  vrx_calibration_settings settings = {0};
+  vrx_drawdown_fit fit = {0};
+  settings.size = sizeof settings, fit.size = sizeof fit;
+  OK(vrx_usual_calibration_settings(&settings));
+  CHECK(settings.k1 == 0.04 && settings.k2 == 0.6 && settings.leave_one_out == 1);
+  settings.surface = VRX_SURFACE_NONE;
+  OK(vrx_calibration_open(&settings, 2, 1, &calibration));
+  OK(vrx_calibration_component(calibration, 1, VRX_COLORANT, "white"));
+  OK(vrx_calibration_component(calibration, 2, VRX_COLORANT, "blue"));
+  for (int i = 0; i < 5; ++i) {
+    OK(vrx_predict_film(paints, ids, shares[i], 2, VRX_SURFACE_NONE, NULL, 0, curve));
+    OK(vrx_calibration_opaque(calibration, shares[i], 1, curve));
+  }
+  REFUSES(vrx_calibration_fit(calibration, 0, &fit), VRX_OUT_OF_RANGE, "drawdown");
+  OK(vrx_calibrate(calibration, &system));
+  OK(vrx_calibration_fit(calibration, 3, &fit));
+  CHECK(fit.delta_e < 0.01 && fit.leave_one_out < 0.05 && fit.is_film == 0 && fit.thickness == VRX_UNSET);
+  OK(vrx_predict_film(paints, ids, mixed, 2, VRX_SURFACE_NONE, NULL, 0, curve));
+  OK(vrx_predict_film(system, own, mixed, 2, VRX_SURFACE_NONE, NULL, 0, again));
+  for (int i = 4; i < 35; ++i) CHECK(near(again[i], curve[i], 0.01));
+  OK(vrx_colorants_text(system, text, sizeof text, &length));
+  CHECK(length > 1000 && strstr(text, "\"blue\"") != NULL);
+  OK(vrx_colorants_count(system, &count));
+  CHECK(count == 2);
+  OK(vrx_close(system));
+  REFUSES(vrx_calibration_component(calibration, 3, VRX_COLORANT, "x"), VRX_OUT_OF_RANGE, "id");
+  REFUSES(vrx_calibration_component(calibration, 1, VRX_CALIBRATION_WHITE, "x"), VRX_OUT_OF_RANGE, "kind");
+  REFUSES(vrx_calibration_opaque(calibration, nothing, 1, curve), VRX_OUT_OF_RANGE, "all shares are 0");
+  REFUSES(vrx_calibration_opaque(calibration, wrong, 1, curve), VRX_NOT_FINITE, "shares");
+  REFUSES(vrx_calibration_opaque(calibration, mixed, 0, curve), VRX_OUT_OF_RANGE, "weight");
+  OK(vrx_calibration_film(calibration, mixed, 1, curve, curve, curve, curve));
+  REFUSES(vrx_calibrate(calibration, &system), VRX_REFUSED, "drawdown 5 has a black card that is not darker");
+  REFUSES(vrx_calibrate(paints, &system), VRX_BAD_HANDLE, "another kind");
+  OK(vrx_close(calibration));
+  settings.model = 99;
+  REFUSES(vrx_calibration_open(&settings, 2, 1, &calibration), VRX_OUT_OF_RANGE, "model");
+  REFUSES(vrx_calibration_open(NULL, 2, 3, &calibration), VRX_OUT_OF_RANGE, "white");
+  OK(vrx_calibration_open(NULL, 2, 1, &calibration));
+  REFUSES(vrx_calibrate(calibration, &system), VRX_REFUSED, "no drawdown has the white");
+  OK(vrx_close(calibration));
+}
+
 void recipes(void) {
   const double amounts[2] = {95, 5}, too_little[2] = {97, 3};
   const int32_t lamps[2] = {VRX_ILLUM_D65, VRX_ILLUM_A};
@@ -96,6 +149,7 @@ void recipes(void) {
   OK(vrx_search_open(paints, &system, lamps, 2, VRX_OBSERVER_10, &settings, &search));
   matches();
   corrections();
+  calibrations();
   OK(vrx_close(search));
   settings.most_colorants = 7;
   REFUSES(vrx_search_open(paints, &system, lamps, 2, 1, &settings, &closed), VRX_OUT_OF_RANGE, "most_colorants");

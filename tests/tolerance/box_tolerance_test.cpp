@@ -21,7 +21,7 @@ CBoxTolData MakeBox(std::vector<double> limits) {
   return box;
 }
 
-TEST(JudgeTotal, BothLimitsAreInclusiveAndNaNPasses) {
+TEST(JudgeTotal, BothLimitsAreInclusiveAndNaNPassesTheRecordAlone) {
   struct Row {
     double value, factor;
     Verdict verdict;
@@ -30,7 +30,9 @@ TEST(JudgeTotal, BothLimitsAreInclusiveAndNaNPasses) {
                       {1.125001, 0.75, kWarning}, {1.5000001, 1.0, kFail}, {kNaN, 0.75, kPass}};
   for (const Row& row : rows)
     EXPECT_EQ(CBoxTolData().JudgeTotal(row.value, row.factor), row.verdict) << row.value;
-  EXPECT_EQ(GradeTotal(3.0, kNaN, 1.0), kPass);
+  EXPECT_EQ(GradeTotal(3.0, kNaN, 1.0), kFail);
+  EXPECT_EQ(GradeTotal(kNaN, 3.0, 1.0), kFail);
+  EXPECT_EQ(GradeTotal(3.0, HUGE_VAL, 0.0), kPass);
 }
 
 TEST(BoxTest, EveryEdgeIsInclusiveAtFullScale) {

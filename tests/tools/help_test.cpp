@@ -26,6 +26,11 @@ class Help : public vrx::test::ToolProcess {
     for (const auto& [from, names] : kCopies) {
       for (const char* name : names) std::filesystem::copy_file(examples / from, folder_ / name);
     }
+    // Trials of a standard have ids of their own.
+    std::string batch = folder_.Read("batch.csv");
+    for (std::size_t at = batch.find("\nP"); at != std::string::npos; at = batch.find("\nP", at))
+      batch[at + 1] = 'B';
+    folder_.Write("batch.csv", batch);
     folder_.Write("std.csv", Replaced(folder_.Read("standard.csv"), "\nP01,", "\nblue,"));
     folder_.Write("limits.csv", "plus0,minus0,plus1,minus1,plus2,minus2,total\n1,1,1,1,1,1,1.5\n");
     folder_.Write("pairs.csv", "L1,a1,b1,L2,a2,b2\n50,0,0,51,1,-1\n");

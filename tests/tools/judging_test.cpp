@@ -34,6 +34,8 @@ class Judging : public vrx::test::ToolProcess {
     folder_.Write("t.csv", "id,L,a,b\nt1,50.5,0,0\nt2,50,1.2,0.5\nt3,50,0,-2\nt4,53,4,0\n");
     folder_.Write("named.csv", "standard,b,id,a,L\ns,0,t1,0,50.5\nr,-5,t2,10,70\ns,0,t3,4,53\n");
     folder_.Write("readings.csv", "id,X,Y,Z\nu,10,20,30\nv,1,2,3\nu,11,22,33\nu,9,18,27\nv,3,2,1\nv,2,2,2\n");
+    folder_.Write("curve.csv", "id" + Wavelengths() + "\nc" + FlatCurve(40) + "\n");
+    folder_.Write("near.csv", "id,L,a,b\nn,50.00001,0,0\n");
     folder_.Write("pair.csv", "L1,a1,b1,L2,a2,b2\n50,2.6772,-79.7751,50,0,-82.7485\n");
     folder_.Write("returns.csv", "L1,a1,b1,L2,a2,b2\r50,2.6772,-79.7751,50,0,-82.7485\r");
     folder_.Write("black.csv", "X1,Y1,Z1,X2,Y2,Z2\n1e-5,1e-5,1e-5,5,5,5\n0,0,0,0,0,0\n");
@@ -87,11 +89,17 @@ TEST_F(Judging, KnownColours) {
        "dE00,word0,word1,word2,box,total,verdict,reason,excess\n"
        "2.0425, ,Less Red,Bluer,pass,warning,warning,dE00,0.4675\n"},
       {"delta returns.csv --system dE00 --digits 4 --format csv | cut -d , -f 11-", "dE00\n2.0425\n"},
+      // A difference is a number however small; what is unset are samples.
+      {"judge s.csv near.csv --format csv --digits 9 --system lab --illuminants D65 | cut -d , -f 6,11",
+       "dL,dEab\n0.000010000,0.000010000\n"},
+      {"search s.csv near.csv --count 1 --format csv --digits 9 --system lab --illuminants D65 | head -2",
+       "sample,rank,standard,difference\ns,1,n,0.000010000\n"},
       // Unset, and 0 / 0: what was not computed fails.
       {"delta black.csv --system luv --tolerance 9 --format csv | cut -d , -f 10,16,17",
        "dEuv,verdict,reason\n,fail,no difference\nnan,fail,dEuv\n"},
-      {"color s.csv --illuminants TL84,f2,F12,led-b3 --digits 0 --format csv | cut -d , -f 1,2 | head -5",
-       "id,illuminant\ns,T84\ns,CWF\ns,U30\ns,LB3\n"},
+      {"color curve.csv --illuminants TL84,f2,F12,led-b3,d75,0 --digits 0 --format csv | cut -d , -f 1,2 | "
+       "head -7",
+       "id,illuminant\nc,TL84\nc,F2\nc,F12\nc,LED-B3\nc,D75\nc,A\n"},
       {"average readings.csv --format csv", "id,X,Y,Z\nu,10,20,30\nv,2,2,2\n"},
       {"average readings.csv --count 2 --format csv", "id,X,Y,Z\nu,5.5,11,16.5\nu,10,20,30\nv,2.5,2,1.5\n"},
       {"color readings.csv --average --digits 0 --illuminants C --format csv | cut -d , -f 1-6",
@@ -104,6 +112,86 @@ TEST_F(Judging, KnownColours) {
   EXPECT_EQ(Run("judge s.csv t.csv --illuminants D65 --parameters 1.5:1").out,
             Run("judge s.csv t.csv --illuminants D65 --parameters 1.5,1").out);
   EXPECT_NE(Run("average apart.csv").err.find("readings of \"u\" 4 is an outlier"), std::string::npos);
+}
+
+// What a file says of the light of its colours holds, in every command; another light is refused.
+TEST_F(Judging, ColoursCountUnderTheirOwnLight) {
+  folder_.Write(
+      "d50.txt",
+      "CGATS.17\nWEIGHTING_FUNCTION \"ILLUMINANT, D50\"\nWEIGHTING_FUNCTION \"OBSERVER, 2 degree\"\n"
+      "BEGIN_DATA_FORMAT\nSAMPLE_ID XYZ_X XYZ_Y XYZ_Z\nEND_DATA_FORMAT\nBEGIN_DATA\ns 40 42 35\nt 41 43 35\n"
+      "END_DATA\n");
+  folder_.Write("heads.csv", "id,L*(10\xC2\xB0/D65),a*(10\xC2\xB0/D65),b*(10\xC2\xB0/D65)\ns,50,0,0\n");
+  folder_.Write("column.csv", "id,illuminant,observer,L,a,b\ns,A,10,50,0,0\nt,D65,10,50,0,0\n");
+  folder_.Write("other.txt",
+                "CGATS.17\nILLUMINANT \"studio\"\nBEGIN_DATA_FORMAT\nSAMPLE_ID LAB_L LAB_A LAB_B\n"
+                "END_DATA_FORMAT\nBEGIN_DATA\ns 50 0 0\nEND_DATA\n");
+  const std::pair<std::string, std::string> kHold[] = {
+      {"color d50.txt --format csv | cut -d , -f 1-3", "id,illuminant,observer\ns,D50,2\nt,D50,2\n"},
+      {"color d50.txt --illuminants D50 --format csv | cut -d , -f 1-3 | head -2",
+       "id,illuminant,observer\ns,D50,2\n"},
+      {"judge d50.txt d50.txt --format csv | cut -d , -f 2,4,5",
+       "trial,illuminant,observer\ns,D50,2\nt,D50,2\n"},
+      {"index d50.txt --indices wi-cie --format csv | cut -d , -f 1-3 | sort -u",
+       "id,illuminant,observer\ns,D50,2\nt,D50,2\n"},
+      {"search d50.txt d50.txt --count 1 --format csv | cut -d , -f 1-4",
+       "sample,rank,standard,difference\ns,1,s,0\nt,1,t,0\n"},
+      {"sort d50.txt --format csv | cut -d , -f 2", "trial\nt\n"},
+      {"color heads.csv --format csv | cut -d , -f 1-3", "id,illuminant,observer\ns,D65,10\n"},
+  };
+  for (const auto& [arguments, out] : kHold) EXPECT_EQ(Run(arguments).out, out) << arguments;
+  const std::string seen = "the colours were seen under D50 at 2 degrees; under ";
+  ExpectRefused({
+      {"color d50.txt --illuminants D65", seen + "D65 at 2 degrees only curves"},
+      {"judge d50.txt d50.txt --observer 10", seen + "D50 at 10 degrees only curves"},
+      {"search d50.txt d50.txt --illuminants D50,A", "a colour belongs to one illuminant"},
+      {"sort d50.txt --illuminants A", seen + "A at 2 degrees"},
+      {"average d50.txt --illuminants A", seen + "A at 2 degrees"},
+      {"index d50.txt --illuminants C", seen + "C at 2 degrees"},
+      {"judge d50.txt heads.csv", "the colours were seen under D65 at 10 degrees; under D50 at 2 degrees"},
+      {"judge d50.txt s.csv", "s.csv: a colour belongs to one illuminant"},
+      {"color column.csv",
+       "column.csv, line 3: the colours were seen under D65 at 10 degrees; under A at 10"},
+      {"color other.txt", "seen under \"studio\", of which there is no table: name an illuminant"},
+      {"color s.csv", "s.csv: a colour belongs to one illuminant"},
+      {"delta pair.csv --illuminants D65,A", "a colour belongs to one illuminant"},
+  });
+  EXPECT_EQ(Run("color other.txt --illuminants D65").status, 0);
+  EXPECT_EQ(Run("judge d50.txt s.csv --illuminants D50 --standard-id s").status, 0);
+}
+
+// Trials that each have the id of a standard of their own may belong to those.
+TEST_F(Judging, ForgottenPairsAreAQuestion) {
+  folder_.Write("std.csv", "id,L,a,b\np1,50,0,0\np2,70,0,0\np3,80,0,0\n");
+  folder_.Write("lot.csv", "id,L,a,b\np3,80,0,0\np2,70,1,0\n");
+  folder_.Write("first.csv", "id,L,a,b\np1,50,0.5,0\n");
+  folder_.Write("mixed.csv", "id,L,a,b\np2,70,1,0\nq,50,0,0\n");
+  const std::string judge = "judge std.csv ", light = " --illuminants D65 --format csv";
+  const std::string question = "lot.csv: each trial has the id of a standard in std.csv: --pairs";
+  ExpectRefused({{judge + "lot.csv" + light, question},
+                 {"plot trend std.csv lot.csv --illuminants D65 --output p.svg", question}});
+  const Result piped = Run("judge std.csv - --illuminants D65 --format csv < lot.csv");
+  EXPECT_EQ(piped.status, 2) << piped.err;
+  for (const std::string arguments :
+       {"lot.csv --pairs", "lot.csv --standard-id p1", "first.csv", "mixed.csv", "std.csv", "t.csv"}) {
+    EXPECT_EQ(Run(judge + arguments + light).status, 0) << arguments;
+  }
+}
+
+TEST_F(Judging, LimitsThatServeNothingAreTold) {
+  const std::string header = "standard,illuminant,plus0,minus0,plus1,minus1,plus2,minus2,total\n",
+                    limits = ",1,1,1,1,1,1,0.1\n";
+  folder_.Write("empty.csv", header);
+  folder_.Write("case.csv", header + "S," + limits + "s,D65" + limits + "," + limits);
+  folder_.Write("used.csv", header + "s,D65" + limits);
+  const std::string judge = "judge s.csv t.csv --illuminants D65 --tolerances ";
+  ExpectRefused({{judge + "empty.csv", "empty.csv: there is no row of limits"}});
+  EXPECT_NE(
+      Run(judge + "case.csv")
+          .err.find(
+              "case.csv: warning: 1 of 3 rows of limits served nothing that was judged: line 2 (standard S)"),
+      std::string::npos);
+  EXPECT_EQ(Run(judge + "used.csv").err, "");
 }
 
 // Enough rows for several chunks; a bad one ends the output behind the rows before it, on any count of threads.

@@ -251,7 +251,7 @@ TEST_F(Report, AJudgementHasItsDifferencesUnderTheirHeadings) {
   const std::vector<Cells> rows = TableOf(page, "data-table=\"0\"");
   Cells headings = Headings(page);
   headings.resize(6);
-  EXPECT_EQ(headings, (Cells{"Trial", "Name", "Illuminant", "Colours", "\xCE\x94L*",
+  EXPECT_EQ(headings, (Cells{"Trial", "Name", "Illuminant", "Standard | trial", "\xCE\x94L*",
                              "\xCE\x94"
                              "a*"}));
   ASSERT_EQ(rows.size(), 10u);
@@ -340,7 +340,8 @@ TEST_F(Report, VerdictsAreCountedMarkedAndDrawn) {
       << Read(card);
   const std::string pair = Between(page, "<figure class=\"pair\"", "</figure>");
   EXPECT_NE(Read(pair).find("\xCE\x94"
-                            "E*ab 5.00 failLighter, RedderStandard L* 50.00, a* 0.00, b* 0.00"),
+                            "E*ab 5.00 failLighter, RedderStandard L* 50.00, a* 0.00, b* 0.00, C* 0.00, h 0.0"
+                            "Trial L* 53.00, a* 4.00, b* 0.00, C* 4.00, h 0.0"),
             std::string::npos)
       << Read(pair);
   EXPECT_NE(pair.find("<span class=\"verdict fail\">"), std::string::npos);
@@ -425,6 +426,8 @@ TEST_F(Report, FactsSayHowWasJudged) {
       {"--observer 2", "Observer2 degrees"},
       {"--parameters 1.5,1", "DifferenceCMC (L:C) = 1.50 : 1.00, cf = 1.00"},
       {"--report-author \"<i>A & B</i>\"", "<i>A & B</i>"},
+      {"--report-customer \"<i>C</i>\"", "Customer<i>C</i>"},
+      {"--report-lot 4711", "Lot4711"},
   };
   for (const auto& row : kRows) {
     const auto [page, csv] = RunReport("judge ls.csv lt.csv --illuminants D65 " + row.arguments);

@@ -389,6 +389,9 @@ TEST(MeasurementFiles, OdditiesOfMakers) {
       {"id,X,Y,Z,x,y\na,20,25,30,,\n", xyz},
       {"id,L,a,b,C,h\na,50,1,-2,,\n", "a||-1||lab 50 1 -2\n"},
       // Rows that were not measured.
+      {Cgats("SAMPLE_ID NM400 NM410 NM420", "x - - -\na 10 20.5 30\ny - - \"\"", "NUMBER_OF_SETS 3\n"), a,
+       lenient},
+      {Cgats("SAMPLE_ID\tNM400\tNM410\tNM420", "x\t-\t\t-\na\t10\t20.5\t30"), a, lenient},
       {"id,400,410,420,date\nx,,,,today\na,10,20.5,30,today\ny,-,-,-,today\n", a, lenient},
       {R"([{"id":"x","400":null,"410":null,"420":null},{"id":"a","400":10,"410":20.5,"420":30}])", a,
        lenient},

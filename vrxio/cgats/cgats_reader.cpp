@@ -119,6 +119,7 @@ class CgatsReader final : public MeasurementReader {
   bool HasStandards() const override { return Columns().Has(ColumnRole::kStandard); }
   bool HasGeometries() const override { return Columns().Has(ColumnRole::kGeometry); }
   bool HasXyz() const override { return Columns().HasXyz(); }
+  int64_t CountUnmeasured() const override { return unmeasured_; }
   const std::string& Name() const override { return window_.Input().name; }
   uint64_t Size() const override { return window_.Input().size; }
   uint64_t Position() const override { return window_.Offset(); }
@@ -138,7 +139,7 @@ class CgatsReader final : public MeasurementReader {
     UseTable(*tables_.front());
     window_.SeekTo(table_->firstRow, table_->firstLine);
     pending_ = 0;
-    rows_ = setsInTable_ = 0;
+    rows_ = setsInTable_ = unmeasured_ = 0;
   }
 
  private:
@@ -448,8 +449,8 @@ class CgatsReader final : public MeasurementReader {
     rowOffset_ = window_.Offset();
   }
 
-  bool ReadRow(Measurement& sample) {
-    std::string_view line, rest;
+  // The next row, with the blanks before it; false behind the last one.
+  bool NextRow(std::string_view& line, std::string_view& rest) {
     do {
       if (!NextLine(line)) Fail("the file ends within a table: END_DATA is missing");
       rest = line;
@@ -457,11 +458,32 @@ class CgatsReader final : public MeasurementReader {
     } while (rest.empty() || rest.front() == '#');
     if (rest.starts_with("END_DATA")) return false;
     BeginRow();
-    sample = Measurement();
-    if (table_->linesPerRow > 1) {
-      line = JoinLines(line);
-      rest = line;
+    if (table_->linesPerRow > 1) rest = line = JoinLines(line);
+    return true;
+  }
+
+  // Whether all values of a row are empty or dashes.
+  bool IsUnmeasured(std::string_view line) const {
+    const std::vector<std::string_view> row = table_->tabsSeparate ? TabFields(line) : WordsOf(line);
+    if (row.size() != table_->fields) return false;
+    for (const SampleColumns::Run& run : table_->columns.Runs()) {
+      for (std::size_t i = 0; run.meaning.role >= ColumnRole::kWavelength && i < run.count; ++i) {
+        if (!row[run.column + i].empty() && row[run.column + i] != "-") return false;
+      }
     }
+    return true;
+  }
+
+  bool ReadRow(Measurement& sample) {
+    std::string_view line, rest;
+    while (true) {
+      if (!NextRow(line, rest)) return false;
+      if (!options_.lenient || !IsUnmeasured(line)) break;
+      ++rows_;
+      ++setsInTable_;
+      ++unmeasured_;
+    }
+    sample = Measurement();
     if (table_->tabsSeparate) {
       ReadTabFields(line, sample);
     } else {
@@ -612,7 +634,7 @@ class CgatsReader final : public MeasurementReader {
 
   std::vector<std::unique_ptr<Table>> tables_;
   Table* table_ = nullptr;
-  int64_t rows_ = 0, setsInTable_ = 0;
+  int64_t rows_ = 0, setsInTable_ = 0, unmeasured_ = 0;
   int64_t rowLine_ = 0;
   uint64_t rowOffset_ = 0;
   std::string joined_;

@@ -87,6 +87,8 @@ class CsvReader {
   uint64_t Size() const { return input_.size; }
   uint64_t Position() const { return bufferOffset_ + begin_; }
 
+  /// The line of the current record, from 1.
+  int64_t Line() const { return line_; }
   /// Where the current record stands, and its column `column` (from 0), for messages.
   std::string Place() const;
   std::string PlaceAt(std::size_t column) const;

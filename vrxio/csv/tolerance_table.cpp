@@ -152,14 +152,17 @@ void LimitTable<LIMITS>::Load(CsvReader& csv, const LimitScope& scope) {
     if (count == kMaxRows) csv.FailRow("a tolerance file may have 200000 rows");
     const Row<LIMITS> row = ReadRow<LIMITS>(csv, layout, scope);
     if (const auto objection = Objection(row.limits); !objection.empty()) csv.FailRow(std::string(objection));
-    if (!rows_[row.standard].emplace(std::pair(row.geometry, row.illuminant), row.limits).second) {
+    const Entry entry{row.limits, csv.Line(), {}};
+    if (!rows_[row.standard].try_emplace(std::pair(row.geometry, row.illuminant), entry).second) {
       csv.FailRow("an earlier row is for the same standard, geometry and illuminant");
     }
   }
+  if (rows_.empty()) throw InputError(csv.Name() + ": there is no row of limits");
 }
 
 template <class LIMITS>
-const LIMITS* LimitTable<LIMITS>::FindIn(const Entries& entries, int32_t geometry, int32_t illuminant) {
+auto LimitTable<LIMITS>::FindIn(const Entries& entries, int32_t geometry, int32_t illuminant)
+    -> const Entry* {
   const std::pair<int32_t, int32_t> keys[] = {
       {geometry, illuminant}, {geometry, kAll}, {kAll, illuminant}, {kAll, kAll}};
   for (const auto& key : keys) {
@@ -174,9 +177,39 @@ const LIMITS* LimitTable<LIMITS>::Find(std::string_view standard, int32_t geomet
   for (const std::string_view key : {standard, std::string_view()}) {
     const auto entries = rows_.find(key);
     if (entries == rows_.end()) continue;
-    if (const LIMITS* limits = FindIn(entries->second, geometry, illuminant)) return limits;
+    if (const Entry* entry = FindIn(entries->second, geometry, illuminant)) {
+      entry->mark.Use();
+      return &entry->limits;
+    }
   }
   return nullptr;
+}
+
+template <class LIMITS>
+std::size_t LimitTable<LIMITS>::Size() const {
+  std::size_t size = 0;
+  for (const auto& [standard, entries] : rows_) size += entries.size();
+  return size;
+}
+
+template <class LIMITS>
+std::vector<std::string> LimitTable<LIMITS>::UnusedRows() const {
+  std::map<int64_t, std::string> unused;  // by line
+  for (const auto& [standard, entries] : rows_) {
+    for (const auto& [key, entry] : entries) {
+      if (entry.mark.IsUsed()) continue;
+      std::string what = standard.empty() ? "" : "standard " + standard;
+      const auto add = [&what](const std::string& word) {
+        what.append(what.empty() ? "" : ", ").append(word);
+      };
+      if (key.first != kAll) add(GeometryName(key.first));
+      if (key.second != kAll) add(CodeOf(static_cast<vrxIlluminant>(key.second)));
+      if (!what.empty()) unused[entry.line] = "line " + std::to_string(entry.line) + " (" + what + ")";
+    }
+  }
+  std::vector<std::string> rows;
+  for (auto& [line, text] : unused) rows.push_back(std::move(text));
+  return rows;
 }
 
 template class LimitTable<CBoxTolData>;

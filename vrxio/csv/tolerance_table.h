@@ -3,6 +3,7 @@
 #ifndef VRXIO_CSV_TOLERANCE_TABLE_H_
 #define VRXIO_CSV_TOLERANCE_TABLE_H_
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -31,6 +32,26 @@ struct LimitScope {
   int32_t observer = kObserver10;
 };
 
+/// Whether something was used, as several threads may say at a time.
+class UseMark {
+ public:
+  UseMark() = default;
+  UseMark(const UseMark& other) : isUsed_(other.IsUsed()) {}
+  UseMark& operator=(const UseMark& other) {
+    isUsed_ = other.IsUsed();
+    return *this;
+  }
+  ~UseMark() = default;
+
+  void Use() const {
+    if (!IsUsed()) isUsed_.store(true, std::memory_order_relaxed);
+  }
+  bool IsUsed() const { return isUsed_.load(std::memory_order_relaxed); }
+
+ private:
+  mutable std::atomic<bool> isUsed_{false};
+};
+
 /// LIMITS is CBoxTolData or CEllipseData.
 template <class LIMITS>
 class LimitTable {
@@ -42,7 +63,7 @@ class LimitTable {
   /// then means all of them, and a column for each of the limits: `plus0,minus0,plus1,minus1,plus2,minus2,
   /// total` of a box, `centreL,centreA,centreB,lightness,major,minor,angle,total,factor` of an ellipsoid.
   /// Columns `system` and `observer` may say what a row was made for. Throws InputError, also for two rows
-  /// that speak of the same and for a row that was made for something else than `scope`.
+  /// that speak of the same, for a row that was made for something else than `scope`, and for a file without rows.
   void Load(CsvReader& csv, const LimitScope& scope);
 
   /// The limits of a standard, geometry and illuminant; null where no row applies. Of several rows that apply
@@ -51,11 +72,20 @@ class LimitTable {
   const LIMITS* Find(std::string_view standard, int32_t geometry, vrxIlluminant illuminant) const;
 
   bool IsEmpty() const { return rows_.empty(); }
+  std::size_t Size() const;
+  /// Rows that Find never gave, in the order of the file: "line 3 (standard p02)". The row for whatever has no limits of its
+  /// own is none of them.
+  std::vector<std::string> UnusedRows() const;
 
  private:
+  struct Entry {
+    LIMITS limits;
+    int64_t line;
+    UseMark mark;
+  };
   // By standard ("" for all), then by geometry and illuminant (-1 for all).
-  using Entries = std::map<std::pair<int32_t, int32_t>, LIMITS>;
-  static const LIMITS* FindIn(const Entries& entries, int32_t geometry, int32_t illuminant);
+  using Entries = std::map<std::pair<int32_t, int32_t>, Entry>;
+  static const Entry* FindIn(const Entries& entries, int32_t geometry, int32_t illuminant);
 
   std::map<std::string, Entries, std::less<>> rows_;
 };

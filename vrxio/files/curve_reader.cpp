@@ -47,6 +47,28 @@ void CurveReader::Start(Content content) {
       source_->FailRow("the file has colours but no curves, which are needed here");
   }
   UseLayout(layout);
+  if (kind_ != Sample::kCurve && source_->CanSeek()) ReadFirstConditions();
+}
+
+// Those of the first sample may stand in columns.
+void CurveReader::ReadFirstConditions() {
+  if (source_->Next(measured_)) UseLayout(*measured_.layout);
+  Rewind();
+}
+
+std::string CurveReader::LightConflict(const MeasuringConditions& stated) const {
+  const auto differ = [](int32_t is, int32_t required) { return is >= 0 && required >= 0 && is != required; };
+  if (!differ(stated.illuminant, light_.illuminant) && !differ(stated.observer, light_.observer)) return {};
+  return "the colours were seen under " + LightText(stated) + "; under " + LightText(light_) +
+         " only curves could tell them";
+}
+
+void CurveReader::RequireLight(vrxIlluminant illuminant, int32_t observer) {
+  if (kind_ == Sample::kCurve) return;
+  light_.illuminant = illuminant;
+  light_.observer = observer;
+  const std::string conflict = LightConflict(first_);
+  if (!conflict.empty()) throw InputError(source_->Name() + ": " + conflict);
 }
 
 // The grid for the wavelengths of `layout`, and what its conditions have against the first ones.
@@ -60,6 +82,8 @@ void CurveReader::UseLayout(const MeasurementLayout& layout) {
                    ? ConditionConflict(WithoutGeometry(first_), WithoutGeometry(layout.conditions))
                    : ConditionConflict(first_, layout.conditions);
   }
+  const std::string conflict = LightConflict(layout.conditions);
+  if (!conflict.empty()) source_->FailRow(conflict);
   if (kind_ != Sample::kCurve || sameWavelengths || layout.wavelengths.empty()) return;
   grid_ = WavelengthGrid(layout.wavelengths);
   if (correctsBandpass_ && !grid_.IsEven()) {
@@ -78,6 +102,7 @@ bool CurveReader::Next(CurveRow& row) {
   row.id = measured_.id;
   row.name = measured_.name;
   row.standard = measured_.standard;
+  row.date = measured_.date;
   row.geometry = measured_.geometry;
   row.extras = measured_.extras;
   if (measured_.layout != layout_) UseLayout(*measured_.layout);

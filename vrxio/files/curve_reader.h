@@ -34,6 +34,7 @@ struct CurveRow : Sample {
   std::string_view id;  ///< what names the sample: its id, else its name, else the number of its row, from 1
   std::string_view name;
   std::string_view standard;  ///< the id of the standard that it belongs to, where the file says so
+  std::string_view date;      ///< of the measurement
   int32_t geometry = kNoGeometry;
   std::span<const std::string> extras;  ///< the texts of the columns that the reader was told to expect
 };
@@ -72,8 +73,11 @@ class CurveReader {
   bool HasGeometries() const { return source_->HasGeometries(); }
   /// The conditions in which the samples read so far differ, such as "M0 and M2"; empty when they are of the same.
   const std::string& Mixture() const { return mixture_; }
-  /// How the first sample was measured, once it was read.
+  /// How the first sample was measured, once it was read; of colours from the start on, of a pipe as far as its header says.
   const MeasuringConditions& FirstConditions() const { return first_; }
+  /// Colours count under this light. Throws InputError, here and in Next, where the file says that they were seen under another
+  /// one: what they would be under this one only curves tell.
+  void RequireLight(vrxIlluminant illuminant, int32_t observer);
   /// What a user is to know of the file before its curves are used: empty, or that a part of them is guessed.
   std::string GridWarning() const;
   /// What a user is to know of the samples read so far: those without a curve, and mixed conditions.
@@ -94,6 +98,8 @@ class CurveReader {
  private:
   void Start(Content content);
   void UseLayout(const MeasurementLayout& layout);
+  void ReadFirstConditions();
+  std::string LightConflict(const MeasuringConditions& stated) const;
   void TakeCurve(const Measurement& measured, CurveRow& row);
 
   std::unique_ptr<MeasurementReader> source_;
@@ -105,6 +111,7 @@ class CurveReader {
   int64_t withoutCurve_ = 0;
   int64_t zeros_ = 0;
   MeasuringConditions first_;
+  MeasuringConditions light_;  // that colours have to be of
   std::string mixture_;
   std::vector<double> corrected_;
   Measurement measured_;

@@ -40,6 +40,8 @@ MeasurementTable ReadMeasurementTable(const std::string& path, const ReadOptions
   DropPartial(table.curves, table.ids.size(), kWavelengths);
   DropPartial(table.xyz, table.ids.size(), 3);
   DropPartial(table.lab, table.ids.size(), 3);
+  table.illuminant = reader.FirstConditions().illuminant;
+  table.observer = reader.FirstConditions().observer;
   table.form = reader.Source().FormName();
   table.notes = reader.Source().Notes();
   table.warnings = reader.SampleWarnings();

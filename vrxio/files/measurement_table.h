@@ -19,8 +19,11 @@ struct MeasurementTable {
   std::vector<double> curves;       ///< 40 numbers each, percent on the library's grid
   std::vector<double> xyz;          ///< 3 each; like `lab` and `curves` empty unless all samples have them
   std::vector<double> lab;          ///< L*, a*, b*
-  std::string form;                 ///< "CSV", "CGATS", "CxF3" or "JSON"
-  std::vector<std::string> notes;   ///< what was skipped, and why
+  int32_t illuminant =
+      -1;  ///< under which the colours were seen, as the first sample says; -1 when it does not
+  int32_t observer = -1;           ///< likewise, 0 or 1
+  std::string form;                ///< "CSV", "CGATS", "CxF3" or "JSON"
+  std::vector<std::string> notes;  ///< what was skipped, and why
   std::vector<std::string>
       warnings;  ///< what may make the numbers other than they look: guessed ends, mixed conditions
 };

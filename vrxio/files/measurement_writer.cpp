@@ -26,7 +26,7 @@ std::vector<std::pair<std::string, std::string>> ConditionTexts(const MeasuringC
   texts.emplace_back("instrument", conditions.instrument);
   texts.emplace_back("aperture", conditions.aperture);
   texts.emplace_back("illuminant", conditions.illuminant < 0
-                                       ? ""
+                                       ? conditions.otherIlluminant
                                        : CodeOf(static_cast<vrxIlluminant>(conditions.illuminant)));
   texts.emplace_back("observer",
                      conditions.observer < 0 ? "" : std::to_string(DegreesOf(conditions.observer)));

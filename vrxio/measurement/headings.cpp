@@ -186,6 +186,10 @@ double WavelengthOf(std::string_view heading) {
   return isNumber && value >= kShortest && value <= kLongest ? value : 0;
 }
 
+std::string_view RemarkOf(std::string_view heading) {
+  return heading.substr(WithoutRemark(heading).size());
+}
+
 std::string SpellingOf(std::string_view heading) {
   const Parts parts = PartsOf(heading);
   return std::string(parts.before) + '|' + std::string(parts.after);

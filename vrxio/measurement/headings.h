@@ -60,6 +60,9 @@ double WavelengthOf(std::string_view heading);
 /// The same where no more than the spelling counts: "R400" and "R5" are alike, "400" and "400 nm" are not.
 std::string SpellingOf(std::string_view heading);
 
+/// The remark in brackets at the end of a heading, "(10/D65)" of "L*(10/D65)"; empty without one.
+std::string_view RemarkOf(std::string_view heading);
+
 /// True for the counts of a detector, "400 nm [counts]" or "Sample [counts]", from which an instrument makes its reflectances.
 bool IsRawCount(std::string_view heading);
 

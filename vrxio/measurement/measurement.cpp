@@ -125,10 +125,13 @@ void SetIlluminant(std::string_view text, MeasuringConditions& conditions) {
     if (isObserver) return SetObserver(text, conditions);
   }
   while (text.starts_with(' ')) text.remove_prefix(1);
+  if (text.empty()) return;
+  conditions.illuminant = -1;
+  conditions.otherIlluminant.clear();
   try {
     conditions.illuminant = ParseIlluminant(text);
   } catch (const InputError&) {
-    // An illuminant that the library has no table of: the colours keep no illuminant.
+    conditions.otherIlluminant = text;
   }
 }
 
@@ -252,6 +255,33 @@ std::string ConditionConflict(const MeasuringConditions& a, const MeasuringCondi
   }
   if (differ(a.observer, b.observer, -1)) return "observers of 2 and 10 degrees";
   return {};
+}
+
+void TakeLightRemark(std::string_view remark, MeasuringConditions& conditions) {
+  constexpr std::string_view kBetween = "()[]/,; ";
+  while (!remark.empty()) {
+    const std::size_t end = std::min(remark.find_first_of(kBetween), remark.size());
+    const std::string_view part = remark.substr(0, end);
+    remark.remove_prefix(std::min(end + 1, remark.size()));
+    std::string digits;
+    for (const char c : part) {
+      if (c >= '0' && c <= '9') digits += c;
+    }
+    const bool isNumber = !part.empty() && part.front() >= '0' && part.front() <= '9';
+    if (isNumber && (digits == "2" || digits == "10")) SetObserver(digits, conditions);
+    if (isNumber || part.empty()) continue;
+    try {
+      conditions.illuminant = ParseIlluminant(part);
+    } catch (const InputError&) {  // a remark of another kind
+    }
+  }
+}
+
+std::string LightText(const MeasuringConditions& conditions) {
+  std::string text = conditions.otherIlluminant;
+  if (conditions.illuminant >= 0) text = CodeOf(static_cast<vrxIlluminant>(conditions.illuminant));
+  if (conditions.observer < 0) return text;
+  return text + (text.empty() ? "" : " at ") + std::to_string(DegreesOf(conditions.observer)) + " degrees";
 }
 
 std::string MeasurementReader::ExtraPlace(std::size_t) const {

@@ -29,9 +29,10 @@ struct MeasuringConditions {
   std::string backing;      ///< "black", "white" ...
   std::string instrument;
   std::string aperture;
-  std::string date;         ///< of the whole set
-  int32_t illuminant = -1;  ///< of colour values; -1 when unknown
-  int32_t observer = -1;    ///< of colour values, 0 or 1; -1 when unknown
+  std::string date;             ///< of the whole set
+  int32_t illuminant = -1;      ///< of colour values; -1 when unknown
+  int32_t observer = -1;        ///< of colour values, 0 or 1; -1 when unknown
+  std::string otherIlluminant;  ///< the words of the file for an illuminant of which there is no table
 
   bool operator==(const MeasuringConditions&) const = default;
 };
@@ -43,6 +44,12 @@ std::string ConditionCode(const MeasuringConditions& conditions);
 /// The conditions in which two sets contradict each other: "geometry 45/0 and SCI", "M0 and M2"; empty when nothing that
 /// both know does. Instruments and dates may differ.
 std::string ConditionConflict(const MeasuringConditions& a, const MeasuringConditions& b);
+
+/// What is known of the light under which colours were seen: "D50 at 2 degrees", "2 degrees".
+std::string LightText(const MeasuringConditions& conditions);
+
+/// Takes up the light that a remark in a heading names, as in "L*(10/D65)", "X [D50, 2 deg]"; anything else is left.
+void TakeLightRemark(std::string_view remark, MeasuringConditions& conditions);
 
 /// Takes up a fact about a measurement by the word that a file has for it, such as ("GEOMETRY", "45/0") or
 /// ("MeasurementCondition", "M1"). False when the word says nothing about the conditions; what is said in words that

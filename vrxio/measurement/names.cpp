@@ -43,11 +43,17 @@ constexpr std::array<Alias, 6> kSystemAliases{{{"cielab", vrxSystemLab},
                                                {"dE00", vrxSystemCie2000},
                                                {"ciede2000", vrxSystemCie2000}}};
 
-// The number that an alias stands for; -1 for another text.
-int32_t FindAlias(std::string_view text, std::span<const Alias> aliases) {
+// The alias of a name; null for another text.
+const Alias* AliasOf(std::string_view text, std::span<const Alias> aliases) {
   const auto found =
       std::ranges::find_if(aliases, [&](const Alias& alias) { return EqualsIgnoringCase(text, alias.name); });
-  return found != aliases.end() ? found->number : -1;
+  return found != aliases.end() ? &*found : nullptr;
+}
+
+// The number that an alias stands for; -1 for another text.
+int32_t FindAlias(std::string_view text, std::span<const Alias> aliases) {
+  const Alias* alias = AliasOf(text, aliases);
+  return alias != nullptr ? alias->number : -1;
 }
 
 std::vector<std::string> NamesOfIlluminants() {
@@ -173,6 +179,13 @@ int32_t ParseSystem(std::string_view text) {
   }
   if (const int32_t other = FindAlias(text, kSystemAliases); other >= 0) return other;
   throw InputError("unknown difference system " + Quoted(text) + DidYouMean(text, names) + "; see --help");
+}
+
+std::string NameOfIlluminant(std::string_view text) {
+  const vrxIlluminant illuminant = ParseIlluminant(text);
+  const Alias* alias = AliasOf(text, kIlluminantAliases);
+  // A registered illuminant may have the name of an alias, and goes first.
+  return alias != nullptr && alias->number == illuminant ? std::string(alias->name) : CodeOf(illuminant);
 }
 
 std::string CodeOf(vrxIlluminant illuminant) {

@@ -25,6 +25,9 @@ int32_t ParseObserver(std::string_view text);
 /// by, such as "dE2000".
 int32_t ParseSystem(std::string_view text);
 
+/// The name by which a text that ParseIlluminant takes calls an illuminant, as it is usually spelt: "TL84" for "tl84", "D65" for
+/// "d65" and for its number.
+std::string NameOfIlluminant(std::string_view text);
 /// The code of an illuminant, such as "D65".
 std::string CodeOf(vrxIlluminant illuminant);
 /// Degrees of an observer, 2 or 10.

@@ -99,7 +99,11 @@ void SampleColumns::FindColors(const std::vector<std::string>& headings) {
   hasLab_ = take({kColumnL, kColumnA, kColumnB});
   hasLch_ = !hasLab_ && take({kColumnL, kColumnC, kColumnH});
   for (Run& run : runs_) {
-    if (run.meaning.role != ColumnRole::kColor || isUsed[run.meaning.color]) continue;
+    if (run.meaning.role != ColumnRole::kColor) continue;
+    if (isUsed[run.meaning.color]) {
+      TakeLightRemark(RemarkOf(headings[run.column]), light_);
+      continue;
+    }
     run.meaning.role = ColumnRole::kDevice;
     run.place = AddOther(headings[run.column]);
   }
@@ -234,6 +238,8 @@ const MeasurementLayout& SampleColumns::Begin(const MeasuringConditions& conditi
   scale_ = scale;
   isScaleOpen_ = scale.isOpen && HasCurves();
   common_ = {wavelengths_, conditions};
+  if (light_.illuminant >= 0) common_.conditions.illuminant = light_.illuminant;
+  if (light_.observer >= 0) common_.conditions.observer = light_.observer;
   layout_ = layouts_.Intern(common_);
   conditionsChanged_ = !conditionHeadings_.empty();
   return *layout_;

@@ -131,6 +131,7 @@ class SampleColumns {
   double largest_ = 0;  // value as long as the scale is open
 
   LayoutPool layouts_;
+  MeasuringConditions light_;  // that headings of colours name
   MeasurementLayout common_;
   std::vector<std::size_t> extraColumns_;
   std::vector<std::string> extras_;

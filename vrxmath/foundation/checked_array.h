@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <span>
 #include <type_traits>
 
@@ -37,6 +38,24 @@ namespace foundation_internal {
 
 /// Shows the index error. Kept out of line so that the accessors stay small.
 VRX_API void ReportIndexError();
+
+/// The calling thread's spare slot, with the default value. It is plain memory to the thread, which destroys nothing when it
+/// ends: a host may have unloaded the library by then. What an element of an array's own holds is left behind, once for each
+/// thread that had an index error.
+template <class TYPE>
+TYPE& SpareElement() {
+  struct Slot {
+    bool isMade;
+    alignas(TYPE) std::byte memory[sizeof(TYPE)];
+  };
+  thread_local Slot slot;
+  static_assert(std::is_trivially_destructible_v<Slot>);
+  if (!slot.isMade) new (slot.memory) TYPE();
+  TYPE& spare = *std::launder(reinterpret_cast<TYPE*>(slot.memory));
+  if (slot.isMade) spare = TYPE();
+  slot.isMade = true;
+  return spare;
+}
 
 inline bool ElementsEqual(double a, double b) {
   return NearlyEqual(a, b);
@@ -136,9 +155,7 @@ class CArrayVarex : public CArray<TYPE, ARG_TYPE> {
     if constexpr (std::is_trivially_copyable_v<TYPE>) {
       if (i >= 0 && i < this->capacity_) return this->data_[i];
     }
-    thread_local TYPE spare{};
-    spare = TYPE();
-    return spare;
+    return foundation_internal::SpareElement<TYPE>();
   }
 };
 

@@ -299,9 +299,9 @@ Verdict CVarexCalc::JudgeEllipse(int32_t index, int32_t g, int32_t i,
 }
 
 Verdict CVarexCalc::JudgeTotal(int32_t index, int32_t g, int32_t i, const CDeltaValues& difference) const {
-  if (judgeByEllipse)
-    return EllipseOf(index, g, i).JudgeTotal(difference[CDeltaValues::kTotal], warningFactor);
-  return BoxOf(index, g, i).JudgeTotal(difference[CDeltaValues::kTotal], warningFactor);
+  const double limit = judgeByEllipse ? EllipseOf(index, g, i)[CEllipseData::kTotalLimit]
+                                      : BoxOf(index, g, i)[CBoxTolData::kTotal];
+  return GradeTotal(difference[CDeltaValues::kTotal], limit, warningFactor);
 }
 
 }  // namespace vrx

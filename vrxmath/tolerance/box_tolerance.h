@@ -4,6 +4,7 @@
 #ifndef VRXMATH_TOLERANCE_BOX_TOLERANCE_H_
 #define VRXMATH_TOLERANCE_BOX_TOLERANCE_H_
 
+#include <cmath>
 #include <cstdint>
 
 #include <vrxmath/colorimetry/color_records.h>
@@ -64,9 +65,11 @@ class VRX_API CBoxTolData : public CDoubleArray1 {
   /// Moves the box by a difference without changing its width.
   void OffsetBy(double d0, double d1, double d2);
 
-  /// Grades the total difference against its limit.
+  /// Grades the total difference against its limit, as GradeTotal but for a NaN on either side: the record answers kPass, on
+  /// which its hosts rely. What judges samples, one or many (judging/, batch/), fails it.
   [[nodiscard]] Verdict JudgeTotal(double value, double warningFactor) const {
-    return GradeTotal(value, (*this)[kTotal], warningFactor);
+    const double limit = (*this)[kTotal];
+    return std::isnan(value) || std::isnan(limit) ? kPass : GradeTotal(value, limit, warningFactor);
   }
 
   /// True when the three components of a difference lie in the box scaled by `factor` about the centre of each

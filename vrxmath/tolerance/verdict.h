@@ -29,11 +29,11 @@ struct GradeOf {
 /// The grade of total differences, for a number or a pack of them (numeric/lanes.h), as GradeTotal.
 template <class T>
 VRX_LANE_INLINE auto TotalGrade(T value, double limit, double warningFactor) {
-  return GradeOf<decltype(value > limit)>{!(value > limit), !(value > limit * warningFactor)};
+  return GradeOf<decltype(value <= limit)>{value <= limit, !(value > limit * warningFactor)};
 }
 
 /// Grades a total difference: fail above the limit, warning above limit x factor, else pass. Both limits
-/// are inclusive; a NaN on either side passes.
+/// are inclusive; a NaN on either side fails.
 [[nodiscard]] inline Verdict GradeTotal(double value, double limit, double warningFactor) {
   return ToVerdict(TotalGrade(value, limit, warningFactor));
 }

@@ -169,11 +169,13 @@ void TellOutliers(const std::string& file, const Readings& readings, const Readi
                (statistics.outliers.size() == 1 ? " is an outlier" : " are outliers"));
 }
 
-void RunAverage(const AverageOptions& options) {
-  const std::vector<vrxIlluminant> illuminants = options.viewing.Illuminants();
-  if (illuminants.size() != 1) throw InputError("--illuminants: this command takes exactly one");
+void RunAverage(AverageOptions& options) {
+  if (options.viewing.Illuminants().size() != 1)
+    throw InputError("--illuminants: this command takes exactly one");
   if (options.count < 0) throw InputError("--count: must be a whole number of readings, 1 or more");
   CurveReader reader = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
+  options.viewing.Follow({&reader});
+  const std::vector<vrxIlluminant> illuminants = options.viewing.Illuminants();
   const bool showsStatistics = options.statistics || options.format == Format::kTable;
   OutputStream output;
   const std::vector<Readings> all = ReadReadings(reader, static_cast<std::size_t>(options.count));

@@ -44,6 +44,11 @@ class ColorRows {
 
   /// Names the file that the curves that follow come from.
   void SetMeasured(const CurveReader& curves) { report_.SetMeasured(curves); }
+  /// Says what is odd about them, once they were read.
+  void EndInput(const CurveReader& curves) {
+    WarnAboutInput(curves);
+    report_.AddInput(curves);
+  }
 
   void AddCurve(std::string_view id, const CReflData& curve) {
     report_.AddCurve(curve);
@@ -74,7 +79,7 @@ class ColorRows {
   void Finish() {
     rows_->Finish();
     for (std::size_t i = 0; i < planes_.size(); ++i) {
-      planes_[i].title = IlluminantName(illuminants_[i], observer_, kNameSlashObserver).ToUtf8();
+      planes_[i].title = ShownLight(illuminants_[i], observer_);
       planes_[i].plane.xHeading = u"a*";
       planes_[i].plane.yHeading = u"b*";
       planes_[i].plane.areJudged = false;
@@ -101,7 +106,7 @@ class ColorRows {
     XyzToLuv(illuminant, observer_, xyz_, luv_);
     XyzToHunter(illuminant, observer_, xyz_, hunter_);
     rows_->Text(id);
-    rows_->Text(CodeOf(illuminant));
+    rows_->Text(ShownIlluminant(illuminant));
     rows_->Integer(DegreesOf(observer_));
     for (const double value : xyz_) rows_->Number(value);
     rows_->Number(x);
@@ -144,7 +149,7 @@ void AddMeans(CurveReader samples, ColorRows& rows) {
   for (const Readings& readings : ReadReadings(samples, 0)) {
     AddSample(readings.Mean(), rows);
   }
-  WarnAboutInput(samples);
+  rows.EndInput(samples);
 }
 
 void AddSamples(CurveReader curves, ColorRows& rows) {
@@ -155,13 +160,14 @@ void AddSamples(CurveReader curves, ColorRows& rows) {
     AddSample(row, rows);
     progress.Update(curves.Source().Position());
   }
-  WarnAboutInput(curves);
+  rows.EndInput(curves);
 }
 
-void RunColor(const ColorOptions& options) {
+void RunColor(ColorOptions& options) {
+  CurveReader samples = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
+  options.viewing.Follow({&samples});
   OutputStream output;
   ColorRows rows(options, output);
-  CurveReader samples = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
   options.average ? AddMeans(std::move(samples), rows) : AddSamples(std::move(samples), rows);
   rows.Finish();
   output.Finish();

@@ -111,12 +111,12 @@ CCorrectionSettings SettingsOf(const CorrectOptions& options, const ColorSystem&
   return settings;
 }
 
-void RunCorrect(const CorrectOptions& options) {
+void RunCorrect(CorrectOptions& options) {
   const SearchOptions& search = options.search;
   const ColorSystem system = ReadColorSystem(search.system);
   NamedBatch named{
       "batch", {ReadFormula(options, system), ReadOneCurve(options.batch, search.input), search.batchSize}};
-  const CRecipeTarget target = ReadOneTarget(options.target, search.input);
+  const CRecipeTarget target = ReadOneTarget(options.target, search.input, options.search.criterion.viewing);
   CCorrectionSettings settings = SettingsOf(options, system, named.batch);
   RecipeNames names = NamesFor(search.system, search.choice.limits, options.target);
   names.batch = options.batch;

@@ -84,9 +84,11 @@ class DeltaRows {
     const auto& delta = judgement.difference;
     rows_->Text(id);
     if (format_ == Format::kCsv) rows_->Text(system_);
-    rows_->Text(CodeOf(illuminant));
+    rows_->Text(ShownIlluminant(illuminant));
     rows_->Integer(observer_);
-    for (const DifferenceColumn& column : columns_) rows_->Number(ElementOf(delta, column));
+    for (const DifferenceColumn& column : columns_) {
+      judgement.available ? rows_->Known(ElementOf(delta, column)) : rows_->Number(ElementOf(delta, column));
+    }
     if (withVerdicts_) AddVerdicts(judgement);
     rows_->EndRow();
   }
@@ -141,11 +143,12 @@ class DeltaRows {
     nlohmann::ordered_json object;
     object["id"] = id;
     object["system"] = system_;
-    object["illuminant"] = CodeOf(illuminant);
+    object["illuminant"] = ShownIlluminant(illuminant);
     object["observer"] = observer_;
     for (const double element : judgement.difference) object["elements"].push_back(JsonNumber(element));
     for (const DifferenceColumn& column : columns_) {
-      object["columns"][column.heading] = JsonNumber(ElementOf(judgement.difference, column));
+      object["columns"][column.heading] =
+          JsonNumber(ElementOf(judgement.difference, column), judgement.available);
     }
     if (withVerdicts_) {
       for (const ShadeWord word : judgement.words) object["words"].push_back(TextOf(word));
@@ -169,6 +172,9 @@ class DeltaRows {
 void RunDelta(const DeltaOptions& options) {
   JudgeSettings settings;
   settings.illuminants = options.viewing.Illuminants();
+  if (settings.illuminants.size() != 1) {
+    throw InputError("--illuminants: a colour belongs to one illuminant; name that alone");
+  }
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
   settings.angle = options.system.Angle();

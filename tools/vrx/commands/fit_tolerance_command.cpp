@@ -63,8 +63,10 @@ struct Accepted {
   std::string file;
   std::string standard;  // empty when there are several, or one without a name
   std::string_view system;
-  int32_t observer;                                              // 2 or 10 degrees; 0 for all
-  std::vector<std::string> illuminants;                          // one empty text for all
+  int32_t observer;                      // 2 or 10 degrees; 0 for all
+  std::vector<std::string> illuminants;  // one empty text for all
+  std::string measured = {}, date = {};  // how and when curves were
+  std::vector<InputWarning> warnings = {};
   std::map<std::pair<int32_t, std::size_t>, Cloud> clouds = {};  // by geometry and place of the illuminant
 
   std::string Place(int32_t geometry, std::size_t illuminant) const {
@@ -76,7 +78,7 @@ struct Accepted {
   }
 };
 
-std::unique_ptr<Standards> OpenStandards(const FitOptions& options) {
+std::unique_ptr<Standards> OpenStandards(const FitOptions& options, CurveReader& trials) {
   const bool oneFile = options.standard.empty();
   if (oneFile && options.pairs) throw InputError("--pairs needs --standard FILE");
   const std::string& standardFile = oneFile ? options.accepted : options.standard;
@@ -86,7 +88,7 @@ std::unique_ptr<Standards> OpenStandards(const FitOptions& options) {
   }
   CurveReader reader = OpenCurves(standardFile, options.input);
   return options.pairs ? PairedStandards(std::move(reader))
-                       : OneStandard(std::move(reader), options.standardId);
+                       : OneStandard(std::move(reader), options.standardId, &trials);
 }
 
 // The differences of accepted curves from their standard. In a file that holds the standard too, every other
@@ -97,11 +99,11 @@ Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
   settings.angle = options.system.Angle();
-  const auto standards = OpenStandards(options);
+  const auto standards = OpenStandards(options, trials);
   Accepted accepted{
       options.accepted, "", ShortNameOf(settings.difference.system), DegreesOf(settings.observer), {}};
   for (const vrxIlluminant illuminant : settings.illuminants)
-    accepted.illuminants.push_back(CodeOf(illuminant));
+    accepted.illuminants.push_back(ShownIlluminant(illuminant));
   ProgressBar progress(trials.Source().Size());
   Judge judge(settings);
   CurveRow trial;
@@ -118,7 +120,11 @@ Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
     }
     progress.Update(trials.Source().Position());
   }
+  standards->EndTrials();
   WarnAboutInput(trials);
+  accepted.measured = MeasuringText(trials);
+  accepted.date = trials.FirstConditions().date;
+  accepted.warnings = WarningsOf(trials);
   return accepted;
 }
 
@@ -218,6 +224,7 @@ void WriteFits(const Accepted& accepted, const FitOptions& options) {
   ResultReport report(options.report, ReportText::kEllipsoids);
   report.AddFile(ReportText::kAccepted, options.accepted);
   report.AddFile(ReportText::kStandardsFile, options.standard);
+  report.AddInput(accepted.measured, accepted.date, accepted.warnings);
   report.AddFact(ReportText::kMethod, options.method == Method::kSmallest ? "smallest" : "surface");
   report.AddFact(ReportText::kMargin, FixedText(options.margin));
   const auto rows = report.Rows(options.format, output, std::move(columns));

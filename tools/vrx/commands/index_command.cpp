@@ -82,7 +82,7 @@ bool IsWithinCieLimits(vrxIlluminant illuminant, int32_t observer, const CTrisVa
 std::vector<Column> WideColumns(const Selection& selection, const std::vector<vrxIlluminant>& illuminants) {
   std::vector<Column> columns{{"id"}, {"observer"}};
   for (const vrxIlluminant illuminant : illuminants) {
-    const std::string code = CodeOf(illuminant);
+    const std::string code = ShownIlluminant(illuminant);
     for (const ColorIndex& index : ColorIndices()) {
       if (selection.Has(index)) columns.push_back({std::string(index.name) + " " + code, "", 3});
     }
@@ -152,7 +152,7 @@ class IndexRows {
            double value, std::string_view note = "") {
     if (wide_ || (format_ == Format::kTable && IsUnset(value))) return;
     rows_->Text(id);
-    rows_->Text(CodeOf(illuminant));
+    rows_->Text(ShownIlluminant(illuminant));
     rows_->Integer(DegreesOf(observer_));
     rows_->Text(label);
     rows_->Text(form == IndexForm::kDirect ? "direct" : "recalculated");
@@ -203,8 +203,8 @@ class IndexRows {
     const double value =
         InconstancyIndex(reference, test, observer_, curve, DefaultSettings(vrxSystemCie2000));
     wide_ ? rows_->Number(value)
-          : Add(id, test, "Colour inconstancy (CAT16, CIEDE2000): " + CodeOf(reference), IndexForm::kDirect,
-                value);
+          : Add(id, test, "Colour inconstancy (CAT16, CIEDE2000): " + ShownIlluminant(reference),
+                IndexForm::kDirect, value);
   }
 
   void StartSample(std::string_view id) {
@@ -271,7 +271,8 @@ class Drawdowns {
 // Metamerism against the standard between the first illuminant and each other one.
 void AddMetamerism(const CurveRow& row, const CReflData& standard, IndexRows& rows) {
   const vrxIlluminant reference = rows.Illuminants().front();
-  const std::string label = CString::Load(kStringMetamerismIndex).ToUtf8() + ": " + CodeOf(reference);
+  const std::string label =
+      CString::Load(kStringMetamerismIndex).ToUtf8() + ": " + ShownIlluminant(reference);
   for (std::size_t i = 1; i < rows.Illuminants().size(); ++i) {
     const vrxIlluminant test = rows.Illuminants()[i];
     rows.Add(row.id, test, label, IndexForm::kDirect,
@@ -280,11 +281,11 @@ void AddMetamerism(const CurveRow& row, const CReflData& standard, IndexRows& ro
 }
 
 // The curves that metamerism is reckoned against; null without --standard.
-std::unique_ptr<Standards> OpenStandards(const IndexOptions& options) {
+std::unique_ptr<Standards> OpenStandards(const IndexOptions& options, CurveReader& samples) {
   if (options.standard.empty()) return nullptr;
   CurveReader reader = OpenCurves(options.standard, options.input);
   return options.pairs ? PairedStandards(std::move(reader))
-                       : OneStandard(std::move(reader), options.standardId);
+                       : OneStandard(std::move(reader), options.standardId, &samples);
 }
 
 void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
@@ -299,7 +300,9 @@ void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
     if (standards != nullptr) AddMetamerism(row, standards->Of(row).sample.curve, rows);
     progress.Update(curves.Source().Position());
   }
+  if (standards != nullptr) standards->EndTrials();
   WarnAboutInput(curves);
+  rows.Report().AddInput(curves);
 }
 
 void AddColors(CurveReader colors, IndexRows& rows) {
@@ -310,6 +313,8 @@ void AddColors(CurveReader colors, IndexRows& rows) {
     std::ranges::copy(row.color, xyz.begin());
     rows.AddSample(row.id, xyz);
   }
+  WarnAboutInput(colors);
+  rows.Report().AddInput(colors);
 }
 
 void WriteIndexFormulas(const Format& format) {
@@ -332,14 +337,15 @@ void WriteIndexFormulas(const Format& format) {
   output.Finish();
 }
 
-void RunIndex(const IndexOptions& options) {
+void RunIndex(IndexOptions& options) {
   if (options.formulas) return WriteIndexFormulas(options.format);
   if (options.file.empty()) throw InputError("FILE is required");
+  CurveReader samples = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
+  const std::unique_ptr<Standards> standards = OpenStandards(options, samples);
+  const Sample::Kind kind = samples.Kind();
+  if (kind != Sample::kLab) options.viewing.Follow({&samples});
   OutputStream output;
   IndexRows rows(options, output);
-  const std::unique_ptr<Standards> standards = OpenStandards(options);
-  CurveReader samples = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
-  const Sample::Kind kind = samples.Kind();
   if (kind == Sample::kCurve) {
     AddCurves(std::move(samples), standards.get(), rows);
   } else if (standards) {
@@ -392,7 +398,7 @@ void AddIndex(Command& tool) {
       "Examples:\n"
       "  vrx index paper.csv                                # under D65 and C, 10 degrees\n"
       "  vrx index paper.csv --illuminants C --observer 2   # as most of them were published\n"
-      "  vrx index lot.csv --standard master.csv --illuminants D65,A,T84 --format csv\n"
+      "  vrx index lot.csv --standard master.csv --pairs --illuminants D65,A,T84 --format csv\n"
       "  vrx index paper.csv --indices wi-cie,ti-cie,dominant --wide --illuminants D65\n");
   command.SetAction([options] {
     RunIndex(*options);

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -52,15 +53,38 @@ class Selection {
       throw InputError(trials.Source().Name() +
                        ": more than 200000 trials to sort; --only fail leaves fewer");
     }
-    held_.push_back(judgement);
+    Hold(judgement);
   }
 
   void Finish() {
-    std::ranges::stable_sort(held_, std::greater<>(), LargestTotal);
-    for (const TrialJudgement& judgement : held_) output_->Add(judgement);
+    std::ranges::stable_sort(held_, std::greater<>(),
+                             [](const Held& held) { return LargestTotal(held.judgement); });
+    for (Held& held : held_) {
+      held.judgement.standard = *held.standard;
+      output_->Add(held.judgement);
+      held.judgement = {};
+    }
   }
 
  private:
+  // A trial that waits for its place. Its standard's name is one for all trials of the standard, whatever its length.
+  struct Held {
+    TrialJudgement judgement;
+    const std::string* standard;
+  };
+
+  void Hold(const TrialJudgement& judgement) {
+    if (held_.empty() || *held_.back().standard != judgement.standard) {
+      standard_ = &*standards_.insert(judgement.standard).first;
+    }
+    TrialJudgement kept;
+    kept.under = judgement.under;
+    kept.trial = judgement.trial;
+    kept.name = judgement.name;
+    kept.geometry = judgement.geometry;
+    held_.push_back({std::move(kept), standard_});
+  }
+
   static std::array<bool, 3> VerdictsOf(const std::string& list) {
     if (list.empty()) return {true, true, true};
     std::array<bool, 3> verdicts{};
@@ -84,7 +108,9 @@ class Selection {
   const JudgeOptions& options_;
   std::array<bool, 3> only_;  // by verdict
   JudgeOutput* output_;       // none for a summary alone
-  std::vector<TrialJudgement> held_;
+  std::unordered_set<std::string> standards_;
+  const std::string* standard_ = nullptr;  // of the trial that was held last
+  std::vector<Held> held_;
 };
 
 JudgeColumns ColumnsOf(const JudgeOptions& judging, const CurveReader& trials) {
@@ -101,22 +127,22 @@ JudgeColumns ColumnsOf(const JudgeOptions& judging, const CurveReader& trials) {
 
 // The report that was asked for; null for none.
 std::unique_ptr<JudgeReport> MakeReport(const JudgeOptions& options, const JudgeSettings& settings,
-                                        const CurveReader& trials) {
+                                        const Comparison& comparison) {
   if (!options.report.IsWanted()) return nullptr;
   const JudgeFiles files{
       options.comparison.standard, options.comparison.trials,
       options.judging.tolerances.empty() ? options.judging.ellipses : options.judging.tolerances};
-  return std::make_unique<JudgeReport>(options.report, settings, files, trials);
+  return std::make_unique<JudgeReport>(options.report, settings, files, comparison);
 }
 
-ExitStatus RunJudge(const JudgeOptions& options) {
+ExitStatus RunJudge(JudgeOptions& options) {
+  Comparison comparison(options.comparison, options.judging.viewing);
   const JudgeSettings settings = SettingsOf(options.judging);
-  Comparison comparison(options.comparison, settings);
   OutputStream output;
   const auto results = options.summary ? nullptr
                                        : MakeJudgeOutput(options.format, output, settings,
                                                          ColumnsOf(options, comparison.Trials()));
-  const auto report = MakeReport(options, settings, comparison.Trials());
+  const auto report = MakeReport(options, settings, comparison);
   Selection selection(options, results.get());
   JudgeSummaries summaries(settings.illuminants.size());
   JudgingPipeline pipeline(comparison, settings, options.worstFirst ? nullptr : results.get(),
@@ -135,6 +161,7 @@ ExitStatus RunJudge(const JudgeOptions& options) {
   results ? results->Finish(summaries) : WriteSummaries(options.format, output, settings, summaries);
   output.Finish();
   comparison.WarnAboutInput();
+  WarnAboutLimits(options.judging, settings);
   options.judging.system.WarnAboutAngle(comparison.Trials().HasGeometries());
   const bool allPass = std::ranges::all_of(
       summaries, [](const JudgeSummary& summary) { return summary.verdicts[kPass] == summary.Samples(); });

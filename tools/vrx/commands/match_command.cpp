@@ -68,12 +68,13 @@ bool AddGeometry(const CurveRow& row, std::vector<NamedTarget>& targets) {
 }
 
 // Curves, or colours as L*, a*, b*. Curves of one id at several geometries are one target.
-std::vector<NamedTarget> ReadTargets(const MatchOptions& options, ResultReport& report) {
+std::vector<NamedTarget> ReadTargets(MatchOptions& options, ResultReport& report) {
   std::vector<NamedTarget> targets;
   CurveReader samples = OpenCurves(options.targets, options.search.input, Content::kCurvesOrColors);
   if (samples.Kind() == Sample::kXyz) {
     samples.Source().FailRow("targets are curves or L*, a*, b*, not tristimulus values");
   }
+  options.search.criterion.viewing.Follow({&samples}, true);
   report.SetMeasured(samples);
   CurveRow row;
   while (samples.Next(row)) {
@@ -88,6 +89,7 @@ std::vector<NamedTarget> ReadTargets(const MatchOptions& options, ResultReport& 
     targets.push_back(named);
   }
   WarnAboutInput(samples);
+  report.AddInput(samples);
   if (targets.empty()) throw InputError(options.targets + ": there is no row");
   return targets;
 }
@@ -255,7 +257,7 @@ class RecipeRows {
   std::vector<Column> Columns(const CRecipeSettings& settings) const {
     std::vector<Column> columns{{"target"}, {"rank"}, {"colorants"}, {"formula"}};
     for (const vrxIlluminant illuminant : settings.illuminants) {
-      columns.push_back({"dE_" + CodeOf(illuminant), "dE " + CodeOf(illuminant)});
+      columns.push_back({"dE_" + ShownIlluminant(illuminant), "dE " + ShownIlluminant(illuminant)});
     }
     for (const char* name : {"metamerism", "rms", "cost", "opacity"}) columns.push_back({name});
     if (hasLoad_) columns.insert(columns.end(), {{"load"}, {"load_by", "load by"}});
@@ -337,7 +339,7 @@ std::string PartsText(const CLeftoverRecipe& recipe, const std::vector<NamedBatc
 // Every batch of the stock brought to every target by additions.
 class StockSearch {
  public:
-  explicit StockSearch(const MatchOptions& options)
+  explicit StockSearch(MatchOptions& options)
       : options_(options),
         report_(options.report, ReportText::kRecipes),
         system_(ReadColorSystem(options.search.system)),
@@ -417,7 +419,7 @@ class StockSearch {
 };
 
 // Recipes of parts of the stock and what is fresh.
-void RunFromParts(const MatchOptions& options) {
+void RunFromParts(MatchOptions& options) {
   ResultReport report(options.report, ReportText::kRecipes);
   const ColorSystem system = ReadColorSystem(options.search.system);
   const std::vector<NamedTarget> targets = ReadTargets(options, report);
@@ -439,7 +441,7 @@ void RunFromParts(const MatchOptions& options) {
   }
   std::vector<Column> columns{{"target"}, {"rank"}, {"colorants"}, {"leftovers"}, {"used"}, {"formula"}};
   for (const vrxIlluminant illuminant : settings.illuminants) {
-    columns.push_back({"dE_" + CodeOf(illuminant), "dE " + CodeOf(illuminant)});
+    columns.push_back({"dE_" + ShownIlluminant(illuminant), "dE " + ShownIlluminant(illuminant)});
   }
   columns.insert(columns.end(), {{"cost"}, {"status"}});
   OutputStream output;
@@ -471,7 +473,7 @@ void RunFromParts(const MatchOptions& options) {
   output.Finish();
 }
 
-void RunFromStock(const MatchOptions& options) {
+void RunFromStock(MatchOptions& options) {
   if (options.parts > 0.0) return RunFromParts(options);
   StockSearch search(options);
   search.Check();
@@ -510,7 +512,7 @@ std::vector<CAdaptedRecipeArray> AdaptAll(const MatchOptions& options, const Col
   return adapted;
 }
 
-void RunMatch(const MatchOptions& options) {
+void RunMatch(MatchOptions& options) {
   const ColorSystem system = ReadColorSystem(options.search.system);
   ResultReport report(options.report, ReportText::kRecipes);
   const std::vector<NamedTarget> targets = ReadTargets(options, report);

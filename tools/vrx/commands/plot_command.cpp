@@ -31,12 +31,11 @@ struct PlotOptions {
   double scale = 1;
 };
 
-JudgedTrials JudgeTrials(const PlotOptions& options, const JudgeSettings& settings) {
+JudgedTrials JudgeTrials(const PlotOptions& options, Comparison& comparison, const JudgeSettings& settings) {
   const int32_t geometry = ParseGeometry(options.geometry);
   if (geometry == kUnknownGeometry) {
     throw InputError("--geometry: \"" + options.geometry + "\" is not known");
   }
-  Comparison comparison(options.comparison, settings);
   JudgedTrials judged(settings);
   if (comparison.Trials().Kind() == Sample::kCurve) {
     judged.SetMeasured(comparison.Trials().Grid().FirstWavelength(),
@@ -138,12 +137,14 @@ pictures::Picture Titled(const Chart& chart, const std::string& title, int32_t& 
   return picture;
 }
 
-int RunPlot(const PlotOptions& options) {
+int RunPlot(PlotOptions& options) {
   PictureFormatOf(options.output);  // refuses other names before the work
   if (!(options.scale >= 0.25 && options.scale <= 20))
     throw InputError("--scale: must be a factor from 0.25 to 20");
+  Comparison comparison(options.comparison, options.judging.viewing);
   const JudgeSettings settings = SettingsOf(options.judging);
-  const JudgedTrials judged = JudgeTrials(options, settings);
+  const JudgedTrials judged = JudgeTrials(options, comparison, settings);
+  if (options.trialId.empty() && options.geometry.empty()) WarnAboutLimits(options.judging, settings);
   const Chart chart = ChartOf(options.kind, judged);
   int32_t height = 0;
   const pictures::Picture picture = Titled(chart, ChartTitle(judged, chart), height);

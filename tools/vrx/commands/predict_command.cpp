@@ -44,7 +44,7 @@ std::array<double, 8> ColorOf(const CReflData& curve, vrxIlluminant illuminant, 
 }
 
 std::string ConditionsOf(vrxIlluminant illuminant, int32_t observer) {
-  std::string text = CodeOf(illuminant);
+  std::string text = ShownIlluminant(illuminant);
   text += '/';
   text += std::to_string(DegreesOf(observer));
   return text;

@@ -174,19 +174,8 @@ class Libraries {
   std::map<int32_t, Library> libraries_;
 };
 
-// A colour is what was seen under one illuminant; which one only the user knows.
-CurveReader Open(const std::string& path, const Search& search) {
-  CurveReader reader = OpenCurves(path, search.options.input, Content::kCurvesOrColors);
-  if (reader.Kind() != Sample::kCurve && search.illuminants.size() > 1) {
-    throw InputError(reader.Source().Name() +
-                     ": a colour belongs to one illuminant: name it with --illuminants");
-  }
-  return reader;
-}
-
-void ReadStandards(Search& search) {
+void ReadStandards(CurveReader reader, Search& search) {
   constexpr std::size_t kMost = 4'000'000;
-  CurveReader reader = Open(search.options.standards, search);
   search.withGeometry |= reader.HasGeometries();
   ProgressBar progress(reader.Source().Size());
   CurveRow row;
@@ -213,7 +202,7 @@ class SearchOutput {
       rows_->Integer(static_cast<int64_t>(k + 1));
       rows_->Text(search_.standards.Name(match.index));
       if (search_.withGeometry) rows_->Text(GeometryName(search_.standards.Geometry(match.index)));
-      rows_->Number(match.difference);
+      rows_->Known(match.difference);
       for (std::size_t j = 0; search_.illuminants.size() > 1 && j < search_.illuminants.size(); ++j) {
         rows_->Number(ComputeDifference(search_.difference, search_.standards.At(j, match.index),
                                         samples.At(j, sample), search_.AngleOf(samples.Geometry(sample)))
@@ -230,7 +219,8 @@ class SearchOutput {
     if (search.withGeometry) columns.push_back({"geometry"});
     columns.push_back({"difference"});
     if (search.illuminants.size() == 1) return columns;
-    for (const vrxIlluminant illuminant : search.illuminants) columns.push_back({CodeOf(illuminant)});
+    for (const vrxIlluminant illuminant : search.illuminants)
+      columns.push_back({ShownIlluminant(illuminant)});
     return columns;
   }
 
@@ -259,15 +249,17 @@ std::vector<NearestMatch> FindAll(const Search& search, const NamedColors& sampl
   return all;
 }
 
-void RunSearch(const NearestOptions& options) {
+void RunSearch(NearestOptions& options) {
   constexpr std::size_t kChunk = 256;
   if (options.samples == "-" && options.standards == "-") {
     throw InputError("samples and standards cannot both come from standard input");
   }
+  CurveReader standards = OpenCurves(options.standards, options.input, Content::kCurvesOrColors);
+  CurveReader reader = OpenCurves(options.samples, options.input, Content::kCurvesOrColors);
+  options.viewing.Follow({&standards, &reader});
   Search search(options);
-  ReadStandards(search);
+  ReadStandards(std::move(standards), search);
   const auto count = static_cast<std::size_t>(options.count);
-  CurveReader reader = Open(options.samples, search);
   search.withGeometry |= reader.HasGeometries();
   OutputStream output;
   SearchOutput results(search, output);

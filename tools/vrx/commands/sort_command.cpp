@@ -144,21 +144,23 @@ class Sorter {
   std::vector<SortedTrial> trials_;
 };
 
-void RunSort(const SortOptions& options) {
+void RunSort(SortOptions& options) {
+  if (options.viewing.Illuminants().size() != 1)
+    throw InputError("--illuminants: this command takes exactly one");
+  const bool oneFile = options.standard.empty();
+  if (options.trials == "-" && (oneFile || options.standard == "-")) {
+    throw InputError("the standard and the trials cannot both come from standard input: name a file");
+  }
+  CurveReader standardRows =
+      OpenCurves(oneFile ? options.trials : options.standard, options.input, Content::kCurvesOrColors);
+  CurveReader trials = OpenCurves(options.trials, options.input, Content::kCurvesOrColors);
+  options.viewing.Follow({&standardRows, &trials});
+  const auto standards = OneStandard(std::move(standardRows), options.standardId);
   JudgeSettings settings;
   settings.illuminants = options.viewing.Illuminants();
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
   settings.angle = options.system.Angle();
-  if (settings.illuminants.size() != 1) throw InputError("--illuminants: this command takes exactly one");
-  const bool oneFile = options.standard.empty();
-  if (options.trials == "-" && (oneFile || options.standard == "-")) {
-    throw InputError("the standard and the trials cannot both come from standard input: name a file");
-  }
-  const auto standards = OneStandard(
-      OpenCurves(oneFile ? options.trials : options.standard, options.input, Content::kCurvesOrColors),
-      options.standardId);
-  CurveReader trials = OpenCurves(options.trials, options.input, Content::kCurvesOrColors);
   Sorter sorter(BlocksOf(options.blocks), settings);
   Judge judge(settings);
   CurveRow trial;

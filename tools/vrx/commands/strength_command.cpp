@@ -164,7 +164,7 @@ class StrengthRows {
     std::vector<Column> columns{{"standard"}, {"trial"}, {"ks", "K/S"}, {"absorbance"}};
     for (const vrxIlluminant illuminant : settings.viewing.illuminants) {
       const bool isFirst = columns.size() == kSumColumns;
-      const std::string suffix = isFirst ? "" : std::string("_").append(CodeOf(illuminant));
+      const std::string suffix = isFirst ? "" : std::string("_").append(ShownIlluminant(illuminant));
       columns.push_back({.name = "tristimulus" + suffix, .spare = !isFirst});
       if (isFirst) AddSingleWavelengthColumns(settings, columns);
       columns.push_back(
@@ -253,9 +253,9 @@ void DescribeRun(const StrengthOptions& options, const StrengthSettings& setting
   report.SetMeasured(trials);
 }
 
-void RunStrength(const StrengthOptions& options) {
+void RunStrength(StrengthOptions& options) {
   const StrengthSettings settings = SettingsOf(options);
-  Comparison comparison(options.comparison, settings.viewing);
+  Comparison comparison(options.comparison, options.viewing);
   OutputStream output;
   ResultReport report(options.report, ReportText::kStrengths);
   StrengthRows rows(options.format, output, settings, report);
@@ -267,6 +267,7 @@ void RunStrength(const StrengthOptions& options) {
     rows.Add(standard.id, standard.sample.curve, trial.id, trial.curve);
   });
   rows.Finish();
+  report.AddInput(comparison.StandardRows(), comparison.Trials());
   report.Save();
   output.Finish();
   comparison.WarnAboutInput();

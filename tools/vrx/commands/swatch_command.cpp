@@ -165,8 +165,7 @@ class Sheet {
                 const Pair& pair) const {
     constexpr double kLine = 16;
     pictures::DrawSwatchPair(picture, {x, y, 2.0 * kPatch, kPatch}, pair.colours, pictures::kPaperLook);
-    const std::string name = IlluminantName(illuminant, settings_.observer, kNameSlashObserver).ToUtf8() +
-                             (pair.IsDisplayable() ? "" : " *");
+    const std::string name = ShownLight(illuminant, settings_.observer) + (pair.IsDisplayable() ? "" : " *");
     DrawText(picture, x, y + kPatch + kLine, Shortened(name, 20), kTextSize, kInk);
     DrawText(picture, x, y + kPatch + 2 * kLine,
              "\xCE\x94"
@@ -185,11 +184,7 @@ class Sheet {
 // ----------------------------------------------------------------------------------------------------------
 
 // Judges the trials. In a file that holds the standard too, every other row is a trial.
-std::vector<Card> JudgeAll(ComparisonOptions files, const JudgeSettings& settings) {
-  const bool oneFile = files.trials.empty();
-  if (oneFile && files.pairs) throw InputError("--pairs needs a second file");
-  if (oneFile) files.trials = files.standard;
-  Comparison comparison(files, settings);
+std::vector<Card> JudgeAll(Comparison& comparison, bool oneFile, const JudgeSettings& settings) {
   std::vector<Card> cards;
   Judge judge(settings);
   comparison.ForEachTrial([&](const CurveRow& trial, const Standard& standard) {
@@ -200,14 +195,20 @@ std::vector<Card> JudgeAll(ComparisonOptions files, const JudgeSettings& setting
     cards.push_back(MakeCard(settings, judge, standard, trial));
   });
   comparison.WarnAboutInput();
-  if (cards.empty()) throw InputError(files.trials + ": there are no trials");
+  if (cards.empty()) throw InputError(comparison.Trials().Source().Name() + ": there are no trials");
   return cards;
 }
 
-void RunSwatch(const SwatchOptions& options) {
+void RunSwatch(SwatchOptions& options) {
   PictureFormatOf(options.output);  // refuses other names before the work
+  ComparisonOptions& files = options.comparison;
+  const bool oneFile = files.trials.empty();
+  if (oneFile && files.pairs) throw InputError("--pairs needs a second file");
+  if (oneFile) files.trials = files.standard;
+  Comparison comparison(files, options.judging.viewing);
   const JudgeSettings settings = SettingsOf(options.judging);
-  const std::vector<Card> cards = JudgeAll(options.comparison, settings);
+  const std::vector<Card> cards = JudgeAll(comparison, oneFile, settings);
+  WarnAboutLimits(options.judging, settings);
   const Sheet sheet(settings, cards);
   SavePicture(sheet.Draw(), {sheet.Width(), sheet.Height(), kSurround}, options.output);
 }

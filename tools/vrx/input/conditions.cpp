@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
 #include "tools/vrx/base/command.h"
 
@@ -22,11 +23,27 @@ std::string UsualParameters() {
   return text;
 }
 
+// The names under which the run asked for illuminants.
+std::map<vrxIlluminant, std::string>& AskedNames() {
+  static std::map<vrxIlluminant, std::string> names;
+  return names;
+}
+
 }  // namespace
+
+std::string ShownIlluminant(vrxIlluminant illuminant) {
+  const auto asked = AskedNames().find(illuminant);
+  return asked != AskedNames().end() ? asked->second : CodeOf(illuminant);
+}
+
+std::string ShownLight(vrxIlluminant illuminant, int32_t observer) {
+  const std::string usual = IlluminantName(illuminant, observer, kNameSlashObserver).ToUtf8();
+  return ShownIlluminant(illuminant) + usual.substr(std::min(CodeOf(illuminant).size(), usual.size()));
+}
 
 void AddViewingOptions(Command& owner, ViewingOptions& viewing, const std::string& illuminants) {
   Command command = owner.Group("Light");
-  viewing.illuminants = illuminants;
+  viewing.usual = illuminants;
   command
       .AddOption("--illuminants,--illuminant", viewing.illuminants,
                  "Illuminants by code or number, separated by commas")
@@ -38,18 +55,49 @@ void AddViewingOptions(Command& owner, ViewingOptions& viewing, const std::strin
 std::vector<vrxIlluminant> ViewingOptions::Illuminants() const {
   illuminantFiles.Register();
   std::vector<vrxIlluminant> list;
-  for (const std::string& text : SplitList(illuminants, ',')) {
+  for (const std::string& text : SplitList(illuminants.empty() ? usual : illuminants, ',')) {
     const vrxIlluminant illuminant = ParseIlluminant(text);
     if (std::ranges::find(list, illuminant) != list.end()) {
       throw InputError("illuminant " + CodeOf(illuminant) + " is named twice");
     }
     list.push_back(illuminant);
+    AskedNames()[illuminant] = NameOfIlluminant(text);
   }
   return list;
 }
 
 int32_t ViewingOptions::Observer() const {
-  return ParseObserver(observer);
+  return observer.empty() ? kObserver10 : ParseObserver(observer);
+}
+
+void ViewingOptions::TakeStated(const CurveReader& file) {
+  const MeasuringConditions& stated = file.FirstConditions();
+  if (illuminants.empty() && !stated.otherIlluminant.empty()) {
+    throw InputError(file.Source().Name() + ": its colours were seen under \"" + stated.otherIlluminant +
+                     "\", of which there is no table: name an illuminant with --illuminants");
+  }
+  if (illuminants.empty() && stated.illuminant >= 0) {
+    illuminants = CodeOf(static_cast<vrxIlluminant>(stated.illuminant));
+  }
+  if (observer.empty() && stated.observer >= 0) observer = std::to_string(DegreesOf(stated.observer));
+}
+
+void ViewingOptions::Follow(std::initializer_list<CurveReader*> files, bool firstCounts) {
+  const bool isNamed = !illuminants.empty();
+  for (const CurveReader* file : files) {
+    if (file->Kind() != Sample::kCurve) TakeStated(*file);
+  }
+  const bool isStated = !isNamed && !illuminants.empty();
+  for (CurveReader* file : files) {
+    if (file->Kind() == Sample::kCurve) continue;
+    const std::vector<vrxIlluminant> asked = Illuminants();
+    const bool isOpen = isStated && file->FirstConditions().illuminant < 0;
+    if (isOpen || (asked.size() > 1 && !firstCounts)) {
+      throw InputError(file->Source().Name() +
+                       ": a colour belongs to one illuminant: name it with --illuminants");
+    }
+    file->RequireLight(asked.front(), Observer());
+  }
 }
 
 double SystemOptions::Angle() const {

@@ -4,9 +4,11 @@
 #define TOOLS_VRX_INPUT_CONDITIONS_H_
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
+#include <vrxio/files/curve_reader.h>
 #include <vrxio/measurement/names.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
@@ -20,14 +22,29 @@ class Command;
 
 /// The conditions under which colours are seen, as options give them.
 struct ViewingOptions {
-  std::string illuminants;  ///< codes or numbers, separated by commas
-  std::string observer = "10";
+  std::string illuminants;  ///< codes or numbers, separated by commas; empty for the usual ones
+  std::string usual;        ///< the same
+  std::string observer;     ///< empty for the usual one
   IlluminantFileOptions illuminantFiles;
 
   /// Registers the illuminants of the files first.
   std::vector<vrxIlluminant> Illuminants() const;
   int32_t Observer() const;
+
+  /// Follows the files that are to be seen so. Colours without curves count under the light of their file: what it says of
+  /// that takes the place of what the options leave open. Throws InputError where another light was asked for, where files
+  /// contradict each other, and where nothing says which of several illuminants colours belong to. `firstCounts`: of
+  /// several illuminants the first is that of colours.
+  void Follow(std::initializer_list<CurveReader*> files, bool firstCounts = false);
+
+ private:
+  void TakeStated(const CurveReader& file);
 };
+
+/// An illuminant by the name under which the run asked for it: "TL84" and not "T84". Its code where it did not.
+std::string ShownIlluminant(vrxIlluminant illuminant);
+/// The same with the observer: "TL84/10 degrees", with the degree sign.
+std::string ShownLight(vrxIlluminant illuminant, int32_t observer);
 
 /// Adds `--illuminants` with a default list such as "D65,A,CWF", `--observer` and the options of illuminant
 /// files.

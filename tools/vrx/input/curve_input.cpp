@@ -83,14 +83,10 @@ CurveReader OpenCurves(InputStream input, const CurveInputOptions& options, Cont
   return curves;
 }
 
-void WarnAboutInput(const CurveReader& curves) {
-  const std::string& name = curves.Source().Name();
-  for (const std::string& warning : curves.SampleWarnings()) Remark(name, "warning: " + warning);
-}
+namespace {
 
-void WarnAboutInput(const CurveReader& standards, const CurveReader& trials) {
-  WarnAboutInput(standards);
-  WarnAboutInput(trials);
+// What the conditions of two files contradict each other in; empty for nothing.
+std::string ConflictOf(const CurveReader& standards, const CurveReader& trials) {
   MeasuringConditions ofStandards = standards.FirstConditions();
   MeasuringConditions ofTrials = trials.FirstConditions();
   if (standards.HasGeometries() || trials.HasGeometries()) {
@@ -100,9 +96,59 @@ void WarnAboutInput(const CurveReader& standards, const CurveReader& trials) {
     ofStandards.mCondition = ofTrials.mCondition = -1;
   }
   const std::string conflict = ConditionConflict(ofStandards, ofTrials);
-  if (conflict.empty()) return;
-  Remark(trials.Source().Name(),
-         "warning: measured under other conditions than " + standards.Source().Name() + ": " + conflict);
+  if (conflict.empty()) return conflict;
+  return "measured under other conditions than " + standards.Source().Name() + ": " + conflict;
+}
+
+}  // namespace
+
+std::vector<InputWarning> WarningsOf(const CurveReader& curves) {
+  const std::string& name = curves.Source().Name();
+  std::vector<InputWarning> warnings;
+  if (!curves.GridWarning().empty()) warnings.push_back({name, curves.GridWarning()});
+  for (const std::string& warning : curves.SampleWarnings()) warnings.push_back({name, warning});
+  return warnings;
+}
+
+std::vector<InputWarning> WarningsOf(const CurveReader& standards, const CurveReader& trials) {
+  std::vector<InputWarning> warnings = WarningsOf(standards);
+  for (InputWarning& warning : WarningsOf(trials)) warnings.push_back(std::move(warning));
+  const std::string conflict = ConflictOf(standards, trials);
+  if (!conflict.empty()) warnings.push_back({trials.Source().Name(), conflict});
+  return warnings;
+}
+
+std::string MeasuringText(const CurveReader& curves) {
+  MeasuringConditions conditions = curves.FirstConditions();
+  std::string text;
+  const auto add = [&text](const std::string& part) {
+    if (!part.empty()) text.append(text.empty() ? "" : ", ").append(part);
+  };
+  add(conditions.instrument);
+  if (!curves.HasGeometries()) {
+    add(GeometryName(conditions.geometry));
+    const bool isSaid = GeometryName(conditions.geometry).starts_with("SC");
+    if (conditions.specular != Specular::kUnknown && !isSaid)
+      add(conditions.specular == Specular::kIncluded ? "specular included" : "specular excluded");
+    if (conditions.mCondition >= 0) add("M" + std::to_string(conditions.mCondition));
+  }
+  if (!conditions.filter.empty()) add("filter " + conditions.filter);
+  if (!conditions.aperture.empty()) add("aperture " + conditions.aperture);
+  if (!conditions.backing.empty()) add(conditions.backing + " backing");
+  if (curves.Kind() != Sample::kCurve) add(LightText(conditions));
+  return text;
+}
+
+void WarnAboutInput(const CurveReader& curves) {
+  for (const std::string& warning : curves.SampleWarnings())
+    Remark(curves.Source().Name(), "warning: " + warning);
+}
+
+void WarnAboutInput(const CurveReader& standards, const CurveReader& trials) {
+  WarnAboutInput(standards);
+  WarnAboutInput(trials);
+  const std::string conflict = ConflictOf(standards, trials);
+  if (!conflict.empty()) Remark(trials.Source().Name(), "warning: " + conflict);
 }
 
 }  // namespace vrx::tool

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <vrxio/files/curve_reader.h>
 #include <vrxio/text/input_stream.h>
@@ -43,6 +44,19 @@ CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options
 CurveReader OpenCurves(InputStream input, const CurveInputOptions& options,
                        Content content = Content::kCurves,
                        bool (*isExtra)(std::string_view heading) = nullptr);
+
+/// Something that a user is to know of a file.
+struct InputWarning {
+  std::string file, text;
+};
+/// What is odd about the samples that were read, and about their wavelengths, for a report; of two files what they have against
+/// each other, too.
+std::vector<InputWarning> WarningsOf(const CurveReader& curves);
+std::vector<InputWarning> WarningsOf(const CurveReader& standards, const CurveReader& trials);
+
+/// How the samples of a file were measured, as far as it says: "Spectro 3000, 45/0, M1, black backing". What differs from
+/// sample to sample is left out.
+std::string MeasuringText(const CurveReader& curves);
 
 /// Says on standard error what is odd about the samples that were read: samples without a curve, measurements of different
 /// conditions.

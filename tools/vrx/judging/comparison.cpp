@@ -16,23 +16,15 @@ CurveReader OpenTrials(const ComparisonOptions& options) {
   return OpenCurves(options.trials, options.input, options.content);
 }
 
-// A colour is what was seen under one illuminant; which one only the user knows.
-void RefuseColorsUnderSeveral(const CurveReader& reader, const JudgeSettings& settings) {
-  if (reader.Kind() == Sample::kCurve || settings.illuminants.size() == 1) return;
-  throw InputError(reader.Source().Name() +
-                   ": a colour belongs to one illuminant: name it with --illuminants");
-}
-
-std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, const JudgeSettings& settings,
-                                         const CurveReader& trials) {
+std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, ViewingOptions& viewing,
+                                         CurveReader& trials) {
   CurveReader reader = OpenCurves(options.standard, options.input, options.content);
-  RefuseColorsUnderSeveral(reader, settings);
-  RefuseColorsUnderSeveral(trials, settings);
+  viewing.Follow({&reader, &trials});
   if (trials.HasStandards() && !options.standardId.empty()) {
     throw InputError("--standard-id: the trials already name their standards in a column");
   }
   return options.pairs || trials.HasStandards() ? PairedStandards(std::move(reader))
-                                                : OneStandard(std::move(reader), options.standardId);
+                                                : OneStandard(std::move(reader), options.standardId, &trials);
 }
 
 }  // namespace
@@ -57,10 +49,10 @@ void AddStandardOptions(Command& owner, ComparisonOptions& options) {
   AddCurveInputOptions(command, options.input);
 }
 
-Comparison::Comparison(const ComparisonOptions& options, const JudgeSettings& settings)
+Comparison::Comparison(const ComparisonOptions& options, ViewingOptions& viewing)
     : average_(options.average),
       trials_(OpenTrials(options)),
-      standards_(OpenStandards(options, settings, trials_)) {}
+      standards_(OpenStandards(options, viewing, trials_)) {}
 
 bool Comparison::NextTrial(CurveRow& trial) {
   if (average_) {

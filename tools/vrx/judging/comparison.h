@@ -42,10 +42,11 @@ void AddStandardOptions(Command& owner, ComparisonOptions& options);
 /// Trials and their standards, opened.
 class Comparison {
  public:
-  /// Opens both files. Throws InputError when they cannot be used. `settings` must outlive the comparison.
-  Comparison(const ComparisonOptions& options, const JudgeSettings& settings);
+  /// Opens both files, whose light `viewing` follows. Throws InputError when they cannot be used.
+  Comparison(const ComparisonOptions& options, ViewingOptions& viewing);
 
   const CurveReader& Trials() const { return trials_; }
+  const CurveReader& StandardRows() const { return standards_->Reader(); }
 
   /// The next trial, or the mean of the next readings with `--average`; false after the last one. One thread at a time.
   bool NextTrial(CurveRow& trial);

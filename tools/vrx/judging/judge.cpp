@@ -44,7 +44,7 @@ JudgeLimits Judge::LimitsOf(const Standard& standard, vrxIlluminant illuminant) 
   if (ellipse != nullptr) return *ellipse;
   if (settings_.buildEllipses) return SystemEllipsoid();
   throw InputError("--ellipses: there is no row for standard \"" + standard.id + "\" under " +
-                   CodeOf(illuminant));
+                   ShownIlluminant(illuminant));
 }
 
 void Judge::RequireLimits(const Standard& standard) const {

@@ -49,6 +49,7 @@ struct Standard {
   std::string id;
   int32_t geometry = kNoGeometry;
   Sample sample;
+  std::string date;             ///< of the measurement
   std::optional<double> angle;  ///< aspecular, in degrees, where it is not that of the geometry
 };
 

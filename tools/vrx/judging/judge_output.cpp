@@ -19,7 +19,8 @@ namespace {
 // The texts that every row repeats, as UTF-8, made once.
 struct Texts {
   explicit Texts(const JudgeSettings& settings) : observer(DegreesOf(settings.observer)) {
-    for (const vrxIlluminant illuminant : settings.illuminants) illuminants.push_back(CodeOf(illuminant));
+    for (const vrxIlluminant illuminant : settings.illuminants)
+      illuminants.push_back(ShownIlluminant(illuminant));
     for (int32_t code = 0; code < kAngleCodes; ++code) geometries.push_back(GeometryName(code));
   }
   std::string_view Geometry(int32_t geometry) const {
@@ -31,10 +32,13 @@ struct Texts {
   std::vector<std::string> geometries;
 };
 
+bool HasExcess(const JudgementUnder& under) {
+  const BrokenLimit limit = under.breach.limit;
+  return limit != BrokenLimit::kNone && limit != BrokenLimit::kNoDifference;
+}
 // By how much the limit of the reason was passed; unset for a pass.
 double ExcessOf(const JudgementUnder& under) {
-  const BrokenLimit limit = under.breach.limit;
-  return limit == BrokenLimit::kNone || limit == BrokenLimit::kNoDifference ? kUnset : under.breach.Excess();
+  return HasExcess(under) ? under.breach.Excess() : kUnset;
 }
 
 // A text that is copied 16 bytes at a time where it is not longer, without a branch on its length.
@@ -144,7 +148,7 @@ class CsvJudgeRows {
     char* at = condition.Write(text.Room(longestRest_));
     for (std::size_t i = 0; i < elements_.size(); ++i) {
       *at++ = ',';
-      at = numbers.Write(number++, at);
+      at = numbers.Write(number++, at, under.available);
     }
     for (const ShadeWord word : under.words) at = words_[static_cast<std::size_t>(word)].Write(at);
     for (const Verdict verdict : {under.components, under.total, under.verdict}) {
@@ -152,7 +156,7 @@ class CsvJudgeRows {
     }
     at = reasons_[static_cast<std::size_t>(under.breach.limit)].Write(at);
     *at++ = ',';
-    at = numbers.Write(number++, at);
+    at = numbers.Write(number++, at, HasExcess(under));
     if (byEllipse_) {
       *at++ = ',';
       at = numbers.Write(number, at);
@@ -230,7 +234,10 @@ class JsonJudgeOutput final : public JudgeOutput {
       : array_(output),
         texts_(settings),
         system_(settings.difference.system),
-        byEllipse_(settings.ByEllipse()) {}
+        byEllipse_(settings.ByEllipse()) {
+    for (const int32_t element : DifferenceColumnElements(system_))
+      isShown_[static_cast<std::size_t>(element)] = true;
+  }
   void Add(const TrialJudgement& judgement) override {
     for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) {
       const JudgementUnder& under = judgement.under[i];
@@ -242,7 +249,8 @@ class JsonJudgeOutput final : public JudgeOutput {
                                : nlohmann::ordered_json(texts_.Geometry(judgement.geometry));
       object["illuminant"] = texts_.illuminants[i];
       object["observer"] = texts_.observer;
-      for (const double element : under.difference) object["elements"].push_back(JsonNumber(element));
+      for (std::size_t k = 0; k < under.difference.size(); ++k)
+        object["elements"].push_back(JsonNumber(under.difference[k], under.available && isShown_[k]));
       for (const ShadeWord word : under.words) object["words"].push_back(TextOf(word));
       object["box"] = under.components;
       object["total"] = under.total;
@@ -270,6 +278,7 @@ class JsonJudgeOutput final : public JudgeOutput {
   Texts texts_;
   int32_t system_;
   bool byEllipse_;
+  std::array<bool, 7> isShown_{};  // elements that the system has
 };
 
 class TableJudgeOutput final : public JudgeOutput {
@@ -336,7 +345,8 @@ class TableJudgeOutput final : public JudgeOutput {
     if (shown_.geometry) rows_->Text(texts_.Geometry(judgement.geometry));
     rows_->Text(texts_.illuminants[i]);
     for (const DifferenceColumn& column : columns_) {
-      rows_->Number(under.difference[static_cast<std::size_t>(column.element)]);
+      const double element = under.difference[static_cast<std::size_t>(column.element)];
+      under.available ? rows_->Known(element) : rows_->Number(element);
     }
     rows_->Text(JoinedWords(under.words));
     if (byEllipse_) rows_->Number(under.ellipsoidValue);
@@ -389,7 +399,7 @@ void WriteSummaries(const Format& format, OutputStream& output, const JudgeSetti
   for (std::size_t i = 0; i < summaries.size(); ++i) {
     const JudgeSummary& summary = summaries[i];
     const auto [fail, warning, pass] = summary.verdicts;
-    rows->Text(CodeOf(settings.illuminants[i]));
+    rows->Text(ShownIlluminant(settings.illuminants[i]));
     for (const int64_t count : {summary.Samples(), pass, warning, fail}) rows->Integer(count);
     rows->Number(summary.totals.Mean());
     rows->Number(summary.totals.StandardDeviation());

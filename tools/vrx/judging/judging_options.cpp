@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tools/vrx/base/command_line.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/judging/verdict_texts.h"
 
 namespace vrx::tool {
@@ -94,10 +95,24 @@ void LoadEllipses(const JudgingOptions& options, JudgeSettings& settings) {
   }
   CsvReader csv(options.ellipses);
   settings.ellipses.Load(csv, {settings.difference.system, settings.observer});
-  if (settings.ellipses.IsEmpty()) throw InputError(csv.Name() + ": there is no row");
 }
 
 }  // namespace
+
+void WarnAboutLimits(const JudgingOptions& options, const JudgeSettings& settings) {
+  constexpr std::size_t kNamed = 3;
+  const bool areEllipses = !options.ellipses.empty();
+  const std::vector<std::string> unused =
+      areEllipses ? settings.ellipses.UnusedRows() : settings.boxes.UnusedRows();
+  if (unused.empty()) return;
+  const std::size_t all = areEllipses ? settings.ellipses.Size() : settings.boxes.Size();
+  std::string text = (areEllipses ? options.ellipses : options.tolerances) +
+                     ": warning: " + std::to_string(unused.size()) + " of " + std::to_string(all) +
+                     (all == 1 ? " row" : " rows") + " of limits served nothing that was judged: ";
+  for (std::size_t i = 0; i < unused.size() && i < kNamed; ++i)
+    text.append(i > 0 ? ", " : "").append(unused[i]);
+  PrintMessage(text + (unused.size() > kNamed ? " ..." : ""));
+}
 
 void AddToleranceOptions(Command& owner, LimitOptions& options, const std::string& usual) {
   Command command = owner.Group("Limits");

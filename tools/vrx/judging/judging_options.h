@@ -46,6 +46,10 @@ void SetLimits(const LimitOptions& options, JudgeSettings& settings);
 /// The settings that the options stand for, with the limits from files. Throws InputError when they cannot be used.
 JudgeSettings SettingsOf(const JudgingOptions& options);
 
+/// Says on standard error which rows of a file of limits no judgement of the run made use of: one for "p02" beside "P02"
+/// leaves that standard to looser limits.
+void WarnAboutLimits(const JudgingOptions& options, const JudgeSettings& settings);
+
 }  // namespace vrx::tool
 
 #endif  // TOOLS_VRX_JUDGING_JUDGING_OPTIONS_H_

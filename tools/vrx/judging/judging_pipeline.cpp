@@ -1,5 +1,8 @@
 #include "tools/vrx/judging/judging_pipeline.h"
 
+#include <cstddef>
+#include <memory>
+#include <new>
 #include <span>
 #include <system_error>
 #include <thread>
@@ -7,7 +10,15 @@
 
 namespace vrx::tool {
 
+// The trials that a thread has in hand, which it makes room for before it takes the first.
 struct JudgingPipeline::Chunk {
+  Chunk(std::size_t most, const JudgeOutput* output)
+      : judged(most), texts(output != nullptr ? output->MakeTexts() : nullptr) {
+    standardCopies.reserve(most);
+    samples.reserve(most);
+    standardOf.reserve(most);
+  }
+
   std::uint64_t number = 0;
   std::size_t trials = 0;  // in use
   std::vector<PipelineTrial> judged;
@@ -27,23 +38,24 @@ void KeepTexts(PipelineTrial& kept) {
   CurveRow& row = kept.trial;
   kept.judgement.SetTrial(row);
   kept.standardName = row.standard;
+  kept.date = row.date;
   row.id = kept.judgement.trial;
   row.name = kept.judgement.name;
   row.standard = kept.standardName;
+  row.date = kept.date;
 }
 
 }  // namespace
 
-bool JudgingPipeline::Read(Chunk& chunk, std::size_t chunkTrials) {
+bool JudgingPipeline::Read(Chunk& chunk) {
   const std::lock_guard lock(reading_);
   if (atEnd_) return false;
   chunk.number = chunks_++;
   chunk.trials = chunk.standards = 0;
   chunk.failure = nullptr;
-  chunk.judged.resize(chunkTrials);
   std::uint64_t stamp = 0;
   try {
-    while (chunk.trials < chunkTrials) {
+    while (chunk.trials < chunk.judged.size()) {
       PipelineTrial& next = chunk.judged[chunk.trials];
       if (!comparison_.NextTrial(next.trial)) {
         atEnd_ = true;
@@ -121,35 +133,38 @@ bool JudgingPipeline::HandOn(Chunk& chunk, const Judge& judge) {
   return failure_ == nullptr;
 }
 
-void JudgingPipeline::Work(std::size_t chunkTrials) {
-  Judge judge(settings_);
-  Chunk chunk;
-  if (output_ != nullptr) chunk.texts = output_->MakeTexts();
-  while (Read(chunk, chunkTrials)) {
-    JudgeTrials(chunk, judge);
-    MakeTexts(chunk);
-    if (!HandOn(chunk, judge)) return;
+void JudgingPipeline::Work(Chunk& chunk) {
+  try {
+    Judge judge(settings_);
+    while (Read(chunk)) {
+      JudgeTrials(chunk, judge);
+      MakeTexts(chunk);
+      if (!HandOn(chunk, judge)) return;
+    }
+  } catch (...) {
+    const std::lock_guard lock(writing_);
+    if (failure_ == nullptr) failure_ = std::current_exception();
+    turned_.notify_all();
   }
 }
 
+// Threads for which there is no room are not missed: those that run take their trials.
 void JudgingPipeline::Run(unsigned threads, std::size_t chunkTrials) {
-  std::vector<std::thread> helpers;
-  const auto work = [this, chunkTrials] {
-    try {
-      Work(chunkTrials);
-    } catch (...) {
-      const std::lock_guard lock(writing_);
-      if (failure_ == nullptr) failure_ = std::current_exception();
-      turned_.notify_all();
-    }
-  };
+  Chunk own(chunkTrials, output_);
   comparison_.BeginProgress();
-  helpers.reserve(threads);
+  std::vector<std::thread> helpers;
   try {
-    for (unsigned i = 1; i < threads; ++i) helpers.emplace_back(work);
-  } catch (const std::system_error&) {  // fewer will do
+    // Memory that they may not take, or the last of them would leave none to work with.
+    constexpr std::size_t kHeadroom = std::size_t{64} << 20;
+    const auto headroom = std::make_unique_for_overwrite<std::byte[]>(kHeadroom);
+    helpers.reserve(threads);
+    for (unsigned i = 1; i < threads; ++i) {
+      helpers.emplace_back([this, chunk = std::make_unique<Chunk>(chunkTrials, output_)] { Work(*chunk); });
+    }
+  } catch (const std::system_error&) {
+  } catch (const std::bad_alloc&) {
   }
-  work();
+  Work(own);
   for (std::thread& helper : helpers) helper.join();
   comparison_.EndProgress();
   if (failure_ != nullptr) std::rethrow_exception(failure_);

@@ -24,9 +24,9 @@ namespace vrx::tool {
 
 /// A judged trial on its way to the output.
 struct PipelineTrial {
-  CurveRow trial;  ///< its id and name live in the judgement, its standard in `standardName`
+  CurveRow trial;  ///< its id and name live in the judgement, its standard and date in the texts below
   TrialJudgement judgement;
-  std::string standardName;
+  std::string standardName, date;
   std::size_t standard = 0;  ///< index into the chunk's standards
   std::string_view text;     ///< as JudgeTexts made it; empty where the output has none
 };
@@ -47,8 +47,8 @@ class JudgingPipeline {
  private:
   struct Chunk;
 
-  void Work(std::size_t chunkTrials);
-  bool Read(Chunk& chunk, std::size_t chunkTrials);
+  void Work(Chunk& chunk);
+  bool Read(Chunk& chunk);
   static void DropTrialsWithoutLimits(Chunk& chunk, const Judge& judge);
   static void JudgeTrials(Chunk& chunk, Judge& judge);
   static void MakeTexts(Chunk& chunk);

@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <functional>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/same_file.h"
 
 namespace vrx::tool {
 
@@ -17,29 +19,92 @@ namespace {
   throw InputError(file + ": there is no standard \"" + std::string(id) + "\"" + of);
 }
 
+// Whether trials may belong to standards of their own: each has the id of one, and not all have the first one's.
+class ForgottenPairs {
+ public:
+  ForgottenPairs() = default;
+  /// Reads the ids of the standards, and goes back to the first one.
+  explicit ForgottenPairs(CurveReader& standards) {
+    constexpr std::size_t kMost = 4'000'000;
+    try {
+      CurveRow row;
+      while (ids_.size() < kMost && standards.Next(row)) {
+        if (ids_.empty()) first_ = row.id;
+        ids_.insert(std::hash<std::string_view>()(row.id));
+      }
+    } catch (const InputError&) {  // rows that nobody asks for may be of any kind
+    }
+    standards.Rewind();
+    isOpen_ = ids_.size() > 1;
+  }
+
+  bool IsOpen() const { return isOpen_; }
+  void Take(const CurveRow& trial) {
+    if (!isOpen_) return;
+    isOpen_ = ids_.contains(std::hash<std::string_view>()(trial.id));
+    hasOther_ = hasOther_ || trial.id != first_;
+  }
+  /// Behind the last trial.
+  void Ask(const CurveReader& standards, const std::string& trials) const {
+    if (!isOpen_ || !hasOther_) return;
+    throw InputError(trials + ": each trial has the id of a standard in " + standards.Source().Name() +
+                     ": --pairs compares it with that one, --standard-id " + first_ +
+                     " compares all with the first");
+  }
+
+ private:
+  std::unordered_set<std::size_t> ids_;  // as hashes
+  std::string first_;
+  bool isOpen_ = false, hasOther_ = false;
+};
+
+// What is still open of the question once the trials were looked at, if they can be.
+ForgottenPairs LookForPairs(CurveReader& standards, CurveReader& trials) {
+  const bool canBePairs = standards.HasNames() && trials.HasNames() && standards.Source().CanSeek() &&
+                          !AreOneFile(standards.Source().Name(), trials.Source().Name());
+  if (!canBePairs) return {};
+  ForgottenPairs pairs(standards);
+  if (!pairs.IsOpen() || !trials.Source().CanSeek()) return pairs;
+  try {
+    CurveRow row;
+    while (pairs.IsOpen() && trials.Next(row)) pairs.Take(row);
+  } catch (const InputError&) {  // is told when the row is judged
+  }
+  trials.Rewind();
+  pairs.Ask(standards, trials.Source().Name());
+  return {};
+}
+
 class OneStandardForAll final : public Standards {
  public:
-  OneStandardForAll(CurveReader reader, const std::string& id)
-      : reader_(std::move(reader)), id_(id), isNamed_(!id.empty()) {
+  OneStandardForAll(CurveReader reader, const std::string& id, ForgottenPairs pairs, std::string trials)
+      : reader_(std::move(reader)),
+        id_(id),
+        isNamed_(!id.empty()),
+        pairs_(std::move(pairs)),
+        trials_(std::move(trials)) {
     ReadRows();
   }
 
   const Standard& Of(const CurveRow& trial) override {
+    pairs_.Take(trial);
     const std::size_t place = PlaceOf(trial.geometry);
     Standard& standard = standards_[place];
     if (standard.stamp == 0) {
       const Row& row = RowFor(trial.geometry);
       const int32_t geometry = trial.geometry != kNoGeometry ? trial.geometry : row.geometry;
-      standard = {place + 1, id_, geometry, row.sample, {}};
+      standard = {place + 1, id_, geometry, row.sample, row.date, {}};
     }
     return standard;
   }
   const CurveReader& Reader() const override { return reader_; }
+  void EndTrials() override { pairs_.Ask(reader_, trials_); }
 
  private:
   struct Row {
     int32_t geometry;
     Sample sample;
+    std::string date;
   };
 
   // Where the standard of a geometry stands; the first place is that of none.
@@ -59,7 +124,7 @@ class OneStandardForAll final : public Standards {
         reader_.Source().FailRow("standard \"" + id_ + "\" has a row" +
                                  (reader_.HasGeometries() ? " of this geometry" : "") + " already");
       }
-      rows_.push_back({row.geometry, row});
+      rows_.push_back({row.geometry, row, std::string(row.date)});
       if (!reader_.HasGeometries() && !isNamed_) return;
     }
     if (rows_.empty() && id_.empty()) throw InputError(reader_.Source().Name() + ": there is no row");
@@ -79,6 +144,8 @@ class OneStandardForAll final : public Standards {
   CurveReader reader_;
   std::string id_;
   bool isNamed_;
+  ForgottenPairs pairs_;
+  std::string trials_;  // their file
   std::vector<Row> rows_;
   std::array<Standard, kAngleCodes + 1> standards_;  // by place
 };
@@ -95,6 +162,7 @@ class StandardOfItsOwn final : public Standards {
     standard_.id = row_.id;
     standard_.geometry = geometry;
     standard_.sample = row_;
+    standard_.date = row_.date;
     return standard_;
   }
   const CurveReader& Reader() const override { return reader_; }
@@ -214,8 +282,11 @@ class StandardOfItsOwn final : public Standards {
 
 }  // namespace
 
-std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id) {
-  return std::make_unique<OneStandardForAll>(std::move(reader), id);
+std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id, CurveReader* trials) {
+  const bool isOpen = id.empty() && trials != nullptr;
+  ForgottenPairs pairs = isOpen ? LookForPairs(reader, *trials) : ForgottenPairs();
+  return std::make_unique<OneStandardForAll>(std::move(reader), id, std::move(pairs),
+                                             isOpen ? trials->Source().Name() : std::string());
 }
 
 std::unique_ptr<Standards> PairedStandards(CurveReader reader) {

@@ -11,8 +11,8 @@
 
 namespace vrx::tool {
 
-/// `value` for a JSON document: null when it is unset or not finite.
-nlohmann::ordered_json JsonNumber(double value);
+/// `value` for a JSON document: null when it is unset or not finite. One that `isKnown` is a number as small as it may be.
+nlohmann::ordered_json JsonNumber(double value, bool isKnown = false);
 
 /// A JSON array of objects that is written while it grows.
 class JsonArrayWriter {

@@ -63,8 +63,8 @@ char* WriteShortFixed(double value, int decimals, char* out) {
 }
 
 // Writes `value` as AppendFixed promises and returns the number of characters.
-std::size_t WriteFixed(double value, int decimals, char* out) {
-  if (IsUnset(value)) {
+std::size_t WriteFixed(double value, int decimals, char* out, bool isKnown = false) {
+  if (!isKnown && IsUnset(value)) {
     *out = '-';
     return 1;
   }
@@ -168,14 +168,14 @@ void OutputStream::AppendShown(std::string_view text) {
   onTerminal_ ? Append(ShownText(text)) : Append(text);
 }
 
-void OutputStream::AppendNumber(double value) {
-  EndPart(WriteNumber(value, Room(kLongestNumber)));
+void OutputStream::AppendNumber(double value, bool isKnown) {
+  EndPart(WriteNumber(value, Room(kLongestNumber), isKnown));
 }
 
-char* OutputStream::WriteNumber(double value, char* out) const {
-  if (IsUnset(value)) return out;
+char* OutputStream::WriteNumber(double value, char* out, bool isKnown) const {
+  if (!isKnown && IsUnset(value)) return out;
   if (format_.digits != Format::kShortest && !std::isnan(value)) {
-    return out + WriteFixed(value, format_.digits, out);
+    return out + WriteFixed(value, format_.digits, out, isKnown);
   }
   if (value == 0.0) {  // of either sign
     *out = '0';
@@ -230,8 +230,8 @@ void OutputStream::Finish() {
 
 // JSON --------------------------------------------------------------------------------------------------
 
-nlohmann::ordered_json JsonNumber(double value) {
-  if (IsUnset(value) || !std::isfinite(value)) return nullptr;
+nlohmann::ordered_json JsonNumber(double value, bool isKnown) {
+  if ((!isKnown && IsUnset(value)) || !std::isfinite(value)) return nullptr;
   return value + 0.0;  // a negative zero becomes 0
 }
 
@@ -286,6 +286,10 @@ class CsvRows final : public RowWriter {
     Separate();
     output_.AppendNumber(value);
   }
+  void Known(double value) override {
+    Separate();
+    output_.AppendNumber(value, true);
+  }
   void Integer(int64_t value) override {
     Separate();
     output_.Append(std::to_string(value));
@@ -312,6 +316,7 @@ class JsonRows final : public RowWriter {
   void Text(std::string_view text, Tint) override { Put(std::string(text)); }
   void Words(std::string_view plain, std::string_view) override { Put(std::string(plain)); }
   void Number(double value, Tint) override { Put(JsonNumber(value)); }
+  void Known(double value) override { Put(JsonNumber(value, true)); }
   void Integer(int64_t value) override { Put(value); }
   void EndRow() override {
     array_.Add(object_);
@@ -350,6 +355,10 @@ class TableRows final : public RowWriter {
   void Number(double value, Tint tint) override {
     char text[kLongestFixed];
     Put({{text, WriteFixed(value, columns_[column_].decimals, text)}, tint, true});
+  }
+  void Known(double value) override {
+    char text[kLongestFixed];
+    Put({{text, WriteFixed(value, columns_[column_].decimals, text, true)}, Tint::kPlain, true});
   }
   void Integer(int64_t value) override { Put({std::to_string(value), Tint::kPlain, true}); }
   void EndRow() override {
@@ -415,21 +424,30 @@ std::size_t TableRows::Width() const {
   return width;
 }
 
-// Takes from the widest column of text, place by place, what the terminal has not got, and where that is not enough,
-// leaves spare columns out.
+// Leaves spare columns out, the last ones first, until the others are there with whole words, and takes back what fits beside
+// those. Where even that is too wide, the widest column of text gives way, place by place.
 void TableRows::FitTo(std::size_t terminalWidth) {
-  constexpr std::size_t kNarrowest = 8;
-  const auto least = [&](std::size_t i) {
+  constexpr std::size_t kNarrowest = 8, kLongName = 32;
+  const auto atLeast = [&](std::size_t i, std::size_t width) {
     const bool isText = !held_.empty() && !held_[i].toTheRight;
-    return isText ? std::min(widths_[i], std::max(kNarrowest, DisplayWidth(columns_[i].heading)))
-                  : widths_[i];
+    return isText ? std::min(widths_[i], std::max(width, DisplayWidth(columns_[i].heading))) : widths_[i];
   };
-  std::size_t narrowest = kGap * (columns_.size() - 1);
-  for (std::size_t i = 0; i < columns_.size(); ++i) narrowest += least(i);
-  for (std::size_t i = columns_.size(); i-- > 0 && narrowest > terminalWidth;) {
+  const auto wanted = [&](std::size_t i) {
+    return kGap + (columns_[i].spare ? widths_[i] : atLeast(i, kLongName));
+  };
+  const auto least = [&](std::size_t i) { return atLeast(i, kNarrowest); };
+  const std::size_t room = terminalWidth + kGap;
+  std::size_t all = 0;
+  for (std::size_t i = 0; i < columns_.size(); ++i) all += wanted(i);
+  for (std::size_t i = columns_.size(); i-- > 0 && all > room;) {
     if (!columns_[i].spare) continue;
     leftOut_[i] = true;
-    narrowest -= least(i) + kGap;
+    all -= wanted(i);
+  }
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    if (!leftOut_[i] || all + wanted(i) > room) continue;
+    leftOut_[i] = false;
+    all += wanted(i);
   }
   for (std::size_t width = Width(); width > terminalWidth; --width) {
     std::size_t widest = columns_.size();

@@ -72,15 +72,16 @@ class OutputStream {
   void AppendShown(std::string_view text);
   /// The shortest text that reads back to `value`, or its fixed text in the digits of the format; nothing when it is
   /// unset.
-  void AppendNumber(double value);
+  void AppendNumber(double value, bool isKnown = false);
   /// The longest text that AppendNumber appends, in bytes.
   static constexpr std::size_t kLongestNumber = 330;
   /// For rows of many short parts, which cost less without a question for room at each: so many free bytes, some thousand at
   /// most, to write to. EndPart appends what was written to them, up to `end`.
   char* Room(std::size_t bytes);
   void EndPart(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.get()); }
-  /// Writes to such bytes what AppendNumber appends; returns its end.
-  char* WriteNumber(double value, char* out) const;
+  /// Writes to such bytes what AppendNumber appends; returns its end. A number that `isKnown` is one also where it is as small as
+  /// those that stand for unset.
+  char* WriteNumber(double value, char* out, bool isKnown = false) const;
   /// Numbers that are written as by WriteNumber one after the other: the digits of all are found at once.
   class Numbers {
    public:
@@ -90,9 +91,9 @@ class OutputStream {
         : stream_(stream), numbers_(numbers) {
       if (isShortest_) decimals_.Find(numbers);
     }
-    char* Write(std::size_t i, char* out) const {
+    char* Write(std::size_t i, char* out, bool isKnown = false) const {
       return isShortest_ && decimals_.Has(i) ? decimals_.Write(i, out)
-                                             : stream_.WriteNumber(numbers_[i], out);
+                                             : stream_.WriteNumber(numbers_[i], out, isKnown);
     }
 
    private:
@@ -164,7 +165,10 @@ class RowWriter {
   virtual void Text(std::string_view text, Tint tint = Tint::kPlain) = 0;
   /// A text that programs and people get in different words: csv and json take `plain`, tables and reports `shown`.
   virtual void Words(std::string_view plain, std::string_view shown) = 0;
+  /// Nothing, or a dash, when it is unset.
   virtual void Number(double value, Tint tint = Tint::kPlain) = 0;
+  /// A number that was computed, however near it comes to those that stand for unset.
+  virtual void Known(double value) = 0;
   virtual void Integer(int64_t value) = 0;
   virtual void EndRow() = 0;
   /// Ends the results; call once. Does not end the stream.

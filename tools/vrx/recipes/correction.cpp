@@ -97,8 +97,10 @@ CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input) 
   return curve;
 }
 
-CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input) {
+CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input,
+                            ViewingOptions& viewing) {
   CurveReader curves = OpenCurves(path, input, Content::kCurvesOrColors);
+  viewing.Follow({&curves}, true);
   constexpr double kLargestLightness = 110.0;  // whites that fluoresce lie a little above 100
   CurveRow row;
   CRecipeTarget target;
@@ -179,7 +181,7 @@ std::vector<StockCorrection> CorrectionsOf(const NamedBatch& batch, const CCorre
 void AddCorrectionColumns(const CRecipeSettings& settings, std::vector<Column>& columns) {
   columns.insert(columns.end(), {{"additions"}, {"total"}, {"dE_before", "dE before"}});
   for (const vrxIlluminant illuminant : settings.illuminants) {
-    columns.push_back({"dE_after_" + CodeOf(illuminant), "dE after " + CodeOf(illuminant)});
+    columns.push_back({"dE_after_" + ShownIlluminant(illuminant), "dE after " + ShownIlluminant(illuminant)});
   }
   columns.insert(columns.end(), {{"cost"}, {"status"}});
 }

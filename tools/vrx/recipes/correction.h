@@ -43,7 +43,7 @@ CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input);
 
 /// The only target of a file: a curve or L*, a*, b*. Throws InputError when there is none or more than one, and for a colour
 /// that no surface has.
-CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input);
+CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input, ViewingOptions& viewing);
 
 /// Throws InputError for a choice of more colorants than can be added to a batch.
 void CheckAdditions(const ChoiceOptions& choice);

@@ -27,8 +27,15 @@ std::string ViewAttribute(std::size_t v) {
   return "data-view=\"" + std::to_string(v) + "\"";
 }
 
-std::string LabText(const Lab& color) {
-  return TextOf(ReportText::kStandardLab, {FixedText(color.L), FixedText(color.a), FixedText(color.b)});
+std::string LabText(ReportText text, const Lab& color) {
+  return TextOf(text, {FixedText(color.L), FixedText(color.a), FixedText(color.b), FixedText(color.C),
+                       FixedText(color.h, 1)});
+}
+
+// Which half of the swatches is which.
+std::string HalvesHtml() {
+  return "<span class=\"halves\"><span>" + Escaped(Text(ReportText::kStandard)) + "</span><span>" +
+         Escaped(Text(ReportText::kTrial)) + "</span></span>";
 }
 
 std::string CurveJson(const PlottedCurve& curve) {
@@ -58,13 +65,15 @@ std::string IntervalText(const std::string& heading, Interval interval) {
 }  // namespace
 
 JudgeReport::JudgeReport(const ReportOptions& options, const JudgeSettings& settings, JudgeFiles files,
-                         const CurveReader& trials)
+                         const Comparison& comparison)
     : settings_(settings),
       files_(std::move(files)),
+      comparison_(comparison),
       judged_(settings),
       page_(options, Text(ReportText::kTitle)),
-      withName_(trials.HasIdsAndNames()),
-      withGeometry_(trials.HasGeometries()) {
+      withName_(comparison.Trials().HasIdsAndNames()),
+      withGeometry_(comparison.Trials().HasGeometries()) {
+  const CurveReader& trials = comparison.Trials();
   if (trials.Kind() == Sample::kCurve)
     judged_.SetMeasured(trials.Grid().FirstWavelength(), trials.Grid().LastWavelength());
 }
@@ -79,6 +88,7 @@ void JudgeReport::Finish(const JudgeSummaries& summaries) {
   page_.AddHtml("<p class=\"legend\">" + Escaped(Text(ReportText::kLegend)) + "</p>\n");
   if (judged_.Views().size() > 1) AddOverview();
   AddStandards();
+  AddColours();
   page_.Save();
 }
 
@@ -177,11 +187,21 @@ std::string JudgeReport::ToleranceText() const {
   return TextOf(ReportText::kToleranceBox, {limits, FixedText(box[CBoxTolData::kTotal])});
 }
 
+// The date of the whole file stands where samples have none of their own.
+void JudgeReport::AddMeasured(const CurveReader& rows, const Dates& dates) {
+  const std::string& ofFile = rows.FirstConditions().date;
+  dates.from.empty() ? page_.AddMeasured(MeasuringText(rows), ofFile, ofFile)
+                     : page_.AddMeasured(MeasuringText(rows), dates.from, dates.to);
+}
+
 void JudgeReport::AddConditions() {
   page_.BeginSection("conditions", Text(ReportText::kConditions));
+  page_.AddWarnings(WarningsOf(comparison_.StandardRows(), comparison_.Trials()));
   page_.BeginFacts();
   page_.AddFile(ReportText::kStandardsFile, files_.standards);
+  AddMeasured(comparison_.StandardRows(), standardDates_);
   page_.AddFile(ReportText::kTrialsFile, files_.trials);
+  AddMeasured(comparison_.Trials(), trialDates_);
   page_.AddFact(ReportText::kSystem, TitleOf(settings_.difference));
   if (!files_.limits.empty()) page_.AddFile(ReportText::kTolerance, files_.limits);
   if (files_.limits.empty() || settings_.buildEllipses || !settings_.ByEllipse()) {
@@ -256,6 +276,41 @@ void JudgeReport::AddResults() {
   }
   page_.AddTable(table, Text(ReportText::kTable));
   page_.EndSection();
+}
+
+// The colours themselves, a row for each of the results; shut at first, and on paper as it is on the screen.
+void JudgeReport::AddColours() {
+  using Kind = ReportColumn::Kind;
+  std::vector<ReportColumn> columns{{Text(ReportText::kTrial)}};
+  if (withName_) columns.push_back({Text(ReportText::kName)});
+  columns.push_back({Text(ReportText::kStandard)});
+  if (withGeometry_) columns.push_back({Text(ReportText::kGeometry), Kind::kChoice});
+  columns.push_back({Text(ReportText::kIlluminant), Kind::kChoice});
+  const std::size_t first = columns.size();
+  for (const ReportText whose : {ReportText::kStandard, ReportText::kTrial}) {
+    for (const char* name : {" L*", " a*", " b*", " C*"})
+      columns.push_back({Text(whose) + name, Kind::kNumber});
+    columns.push_back({Text(whose) + " h", Kind::kNumber, 1});
+  }
+  ReportTable table(columns);
+  for (const JudgedTrial& trial : judged_.Trials()) {
+    const JudgedView& view = judged_.Views()[trial.view];
+    for (std::size_t i = 0; i < judged_.IlluminantCount(); ++i) {
+      table.Text(trial.id);
+      if (withName_) table.Text(trial.name);
+      table.Text(view.standard);
+      if (withGeometry_) table.Text(GeometryName(view.geometry));
+      table.Text(judged_.IlluminantAt(i));
+      for (const Lab& lab : {view.colours[i].lab, trial.results[i].trial.lab})
+        for (const double value : {lab.L, lab.a, lab.b, lab.C, lab.h}) table.Number(value);
+      table.EndRow();
+    }
+  }
+  page_.AddHtml("<details id=\"colours\">\n<summary>" + Escaped(Text(ReportText::kAbsolute)) +
+                "</summary>\n");
+  page_.AddTable(table, Text(ReportText::kAbsolute));
+  page_.AddHtml("</details>\n");
+  page_.AddData("trialLab", std::to_string(first + 5));
 }
 
 // Pictures ------------------------------------------------------------------------------------------------------
@@ -366,11 +421,13 @@ void JudgeReport::AddPairs(std::size_t v) {
   for (std::size_t i = 0; i < judged_.IlluminantCount(); ++i) {
     const JudgedResult& result = trial.results[i];
     html += "<figure class=\"pair\" data-illuminant=\"" + std::to_string(i) + "\">" +
-            SwatchesHtml(view.colours[i].shown, result.colour) + "<figcaption><b>" +
+            SwatchesHtml(view.colours[i].shown, result.colour) + "<figcaption>" + HalvesHtml() + "<b>" +
             Escaped(judged_.IlluminantAt(i)) + "</b> " + Escaped(judged_.TotalHeading()) +
             " <b class=\"total\">" + FixedText(result.Total()) + "</b> " + VerdictHtml(result.verdict) +
             "<br><span class=\"words\">" + Escaped(WordsOf(result)) + "</span><br><span class=\"small\">" +
-            Escaped(LabText(view.colours[i].lab)) + "</span></figcaption></figure>\n";
+            Escaped(LabText(ReportText::kStandardLab, view.colours[i].lab)) +
+            "</span><br><span class=\"small lab\">" +
+            Escaped(LabText(ReportText::kTrialLab, result.trial.lab)) + "</span></figcaption></figure>\n";
   }
   page_.AddHtml(html + "</div>\n");
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/vrx/judging/judge_summary.h"
@@ -24,13 +25,16 @@ struct JudgeFiles {
 /// Takes all judgements of a run and writes the report at the end.
 class JudgeReport {
  public:
-  /// `options` and `settings` must outlive it. The table has columns for names and geometries when `trials` have them.
+  /// `options`, `settings` and `comparison` must outlive it. The table has columns for names and geometries when the trials have
+  /// them.
   JudgeReport(const ReportOptions& options, const JudgeSettings& settings, JudgeFiles files,
-              const CurveReader& trials);
+              const Comparison& comparison);
 
   /// A judged trial, with its standard and the judge that holds it. Throws InputError for too many.
   void Add(const PipelineTrial& judged, const Standard& standard, const Judge& judge) {
     judged_.Add(judged.trial, judged.judgement, standard, judge, judged.standard);
+    standardDates_.Take(standard.date);
+    trialDates_.Take(judged.trial.date);
   }
   /// Throws InputError or OutputError when the report cannot be written.
   void Finish(const JudgeSummaries& summaries);
@@ -38,12 +42,23 @@ class JudgeReport {
  private:
   using Counts = std::array<std::size_t, 3>;  // by verdict
 
+  // The first and the last date that was told, as they were written.
+  struct Dates {
+    std::string from, to;
+    void Take(std::string_view date) {
+      if (from.empty()) from = date;
+      if (!date.empty() && date != to) to = date;
+    }
+  };
+
   void AddVerdicts(const JudgeSummaries& summaries);
   void AddReasons(std::size_t failed);
   void AddIlluminantCard(const JudgeSummary& summary, std::size_t i);
   void AddConditions();
   std::string ToleranceText() const;
+  void AddMeasured(const CurveReader& rows, const Dates& dates);
   void AddResults();
+  void AddColours();
   bool ShowsStandards() const;
   std::vector<ReportColumn> Columns() const;
   void AddRow(ReportTable& table, const JudgedTrial& trial, std::size_t i) const;
@@ -61,6 +76,8 @@ class JudgeReport {
 
   const JudgeSettings& settings_;
   JudgeFiles files_;
+  const Comparison& comparison_;
+  Dates standardDates_, trialDates_;
   JudgedTrials judged_;
   ReportPage page_;
   bool withName_, withGeometry_;

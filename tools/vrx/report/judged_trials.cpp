@@ -97,7 +97,7 @@ void JudgedTrials::Add(const CurveRow& row, const TrialJudgement& judgement, con
 }
 
 std::string JudgedTrials::IlluminantAt(std::size_t i) const {
-  return IlluminantName(settings_.illuminants[i], settings_.observer, kNameSlashObserver).ToUtf8();
+  return ShownLight(settings_.illuminants[i], settings_.observer);
 }
 
 std::string JudgedTrials::NameOf(const JudgedView& view) {

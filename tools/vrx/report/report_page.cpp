@@ -104,7 +104,8 @@ std::string ScriptTexts() {
                 {"rows", ReportText::kRows},         {"previous", ReportText::kPrevious},
                 {"next", ReportText::kNext},         {"shown", ReportText::kRowsShown},
                 {"none", ReportText::kNoRows},       {"selected", ReportText::kSelected},
-                {"filtered", ReportText::kFiltered}, {"gamut", ReportText::kOutOfGamut}};
+                {"filtered", ReportText::kFiltered}, {"gamut", ReportText::kOutOfGamut},
+                {"trialLab", ReportText::kTrialLab}};
   std::string json = "{\"verdicts\":[";
   for (const Verdict verdict : {kFail, kWarning, kPass}) {
     json += (verdict == kFail ? "" : ",") + JsonText(VerdictWord(verdict));
@@ -127,6 +128,12 @@ void AddReportOptions(Command& owner, ReportOptions& options) {
   command.AddOption("--report-logo", options.logo, "Picture for the head of the report: PNG, JPEG or SVG")
       .Shows("FILE")
       .ReadsFile();
+  command.AddOption("--report-customer", options.customer, "Customer to name in the report").Shows("TEXT");
+  command.AddOption("--report-lot", options.lot, "Lot or order to name in the report").Shows("TEXT");
+  command
+      .AddOption("--report-approval", options.approval,
+                 "Who approves; adds a line for the signature and the date at the end")
+      .Shows("NAME");
   command.AddOption("--report-author", options.author, "Name to show as the author of the report")
       .Shows("NAME");
 }
@@ -287,6 +294,8 @@ void ReportPage::AddParagraph(std::string_view text) {
 
 void ReportPage::BeginFacts() {
   body_ += "<dl class=\"facts\">\n";
+  if (!options_.customer.empty()) AddFact(ReportText::kCustomer, options_.customer);
+  if (!options_.lot.empty()) AddFact(ReportText::kLot, options_.lot);
 }
 
 void ReportPage::AddFact(ReportText term, std::string_view description, std::string_view small) {
@@ -299,6 +308,27 @@ void ReportPage::AddFile(ReportText term, const std::string& path) {
   const std::string hash = HashOfFile(path);
   AddFact(term, path == "-" ? "standard input" : path.substr(path.find_last_of("/\\") + 1),
           hash.empty() ? Text(ReportText::kNotHashed) : "SHA-256 " + hash);
+}
+
+void ReportPage::AddMeasured(const std::string& conditions, const std::string& from, const std::string& to) {
+  std::string when = from;
+  if (to != from) when = TextOf(ReportText::kFromTo, {from, to});
+  const bool both = !conditions.empty() && !when.empty();
+  if (!conditions.empty() || !when.empty())
+    AddFact(ReportText::kMeasured, conditions + (both ? ", " : "") + when);
+}
+
+void ReportPage::AddWarnings(const std::vector<InputWarning>& warnings) {
+  for (const auto& [file, text] : warnings) {
+    body_ += "<p class=\"note\"><b>" + Escaped(Text(ReportText::kAttention)) + "</b> " +
+             Isolated(file.substr(file.find_last_of("/\\") + 1)) + ": " + Isolated(text) + "</p>\n";
+  }
+}
+
+std::string ReportPage::ApprovalHtml() const {
+  if (options_.approval.empty()) return {};
+  return "<p class=\"approval\"><span>" + Escaped(Text(ReportText::kApproved)) + " " +
+         Isolated(options_.approval) + "</span><span>" + Escaped(Text(ReportText::kDate)) + "</span></p>\n";
 }
 
 void ReportPage::AddOrigin() {
@@ -348,6 +378,7 @@ std::string ReportPage::Html() const {
   }
   html += "<h1>" + Isolated(title_) + "</h1>\n</header>\n<main>\n";
   html += body_;
+  html += ApprovalHtml();
   html += "</main>\n<script type=\"application/json\" id=\"data\">{\"texts\":" + ScriptTexts() +
           ",\n\"tables\":[" + tables_ + "]" + data_ + "}</script>\n<script>";
   html += kReportScript;

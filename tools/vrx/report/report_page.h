@@ -20,9 +20,11 @@
 
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/foundation/numbers.h>
 #include <vrxmath/tolerance/box_tolerance.h>
 
 #include "pictures/swatches.h"
+#include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/report/charts.h"
 #include "tools/vrx/report/picture_file.h"
@@ -37,11 +39,14 @@ struct ReportOptions {
   std::string title;
   std::string logo;
   std::string author;
+  std::string customer, lot;
+  std::string approval;  ///< who is to sign; empty for no line
 
   bool IsWanted() const { return !file.empty(); }
 };
 
-/// Adds `--report`, `--report-title`, `--report-logo` and `--report-author`.
+/// Adds `--report`, `--report-title`, `--report-logo`, `--report-author`, `--report-customer`, `--report-lot` and
+/// `--report-approval`.
 void AddReportOptions(Command& owner, ReportOptions& options);
 
 /// A colour as a display shows it.
@@ -68,6 +73,7 @@ class ReportTable final : public RowWriter {
   void Words(std::string_view, std::string_view shown) override { Text(shown); }
   /// A bad one is marked.
   void Number(double value, Tint tint = Tint::kPlain) override;
+  void Known(double value) override { Number(IsUnset(value) ? 0.0 : value); }
   void Integer(int64_t value) override;
   void Put(Verdict verdict);
   void Put(const ShownColour& standard, const ShownColour& trial);
@@ -118,11 +124,15 @@ class ReportPage {
   /// Text, and HTML that the caller made of escaped text.
   void AddParagraph(std::string_view text);
   void AddHtml(std::string_view html) { body_ += html; }
-  /// A list of terms and their descriptions.
+  /// A list of terms and their descriptions, which begins with the customer and the lot of the options.
   void BeginFacts();
   void AddFact(ReportText term, std::string_view description, std::string_view small = {});
   /// An input file with its hash. Throws InputError when the report is to be written to it.
   void AddFile(ReportText term, const std::string& path);
+  /// How the samples of a file were measured, and when: from the first to the last date, which may be one, or unknown.
+  void AddMeasured(const std::string& conditions, const std::string& from, const std::string& to);
+  /// What a reader is to know before he trusts the results.
+  void AddWarnings(const std::vector<InputWarning>& warnings);
   /// Who wrote the report, when, and with which version.
   void AddOrigin();
   void EndFacts();
@@ -142,6 +152,8 @@ class ReportPage {
   void Save() const;
 
  private:
+  std::string ApprovalHtml() const;
+
   const ReportOptions& options_;
   std::string title_;
   std::string logo_;  // a data URL

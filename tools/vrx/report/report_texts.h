@@ -117,6 +117,15 @@ enum class ReportText : uint32_t {
   kFailReasons,
   kReasonCount,
   kToleranceTotal,
+  kMeasured,
+  kFromTo,
+  kAttention,
+  kCustomer,
+  kLot,
+  kApproved,
+  kDate,
+  kTrialLab,
+  kAbsolute,
 };
 
 /// The text as UTF-8.

@@ -26,6 +26,10 @@ class BothRows final : public RowWriter {
     usual_->Number(value, tint);
     report_.Number(value, tint);
   }
+  void Known(double value) override {
+    usual_->Known(value);
+    report_.Known(value);
+  }
   void Integer(int64_t value) override {
     usual_->Integer(value);
     report_.Integer(value);
@@ -82,9 +86,24 @@ void ResultReport::AddFact(ReportText term, std::string_view description) {
 void ResultReport::AddViewing(const std::vector<vrxIlluminant>& illuminants, int32_t observer) {
   std::string codes;
   for (const vrxIlluminant illuminant : illuminants)
-    codes += (codes.empty() ? "" : ", ") + CodeOf(illuminant);
+    codes += (codes.empty() ? "" : ", ") + ShownIlluminant(illuminant);
   AddFact(ReportText::kIlluminants, codes);
   AddFact(ReportText::kObserver, TextOf(ReportText::kObserverDegrees, {std::to_string(DegreesOf(observer))}));
+}
+
+void ResultReport::AddInput(const CurveReader& curves) {
+  AddInput(MeasuringText(curves), curves.FirstConditions().date, WarningsOf(curves));
+}
+
+void ResultReport::AddInput(const CurveReader& standards, const CurveReader& trials) {
+  AddInput(MeasuringText(standards), standards.FirstConditions().date, {});
+  AddInput(MeasuringText(trials), trials.FirstConditions().date, WarningsOf(standards, trials));
+}
+
+void ResultReport::AddInput(std::string conditions, std::string date,
+                            const std::vector<InputWarning>& warnings) {
+  measured_.push_back({std::move(conditions), std::move(date)});
+  warnings_.insert(warnings_.end(), warnings.begin(), warnings.end());
 }
 
 void ResultReport::SetMeasured(const CurveReader& curves) {
@@ -120,10 +139,12 @@ void ResultReport::AddPlane(const PlaneChart& chart) {
 void ResultReport::Save() {
   if (!page_) return;
   page_->BeginSection("conditions", Text(ReportText::kConditions));
+  page_->AddWarnings(warnings_);
   page_->BeginFacts();
   for (const Fact& fact : facts_) {
     fact.isFile ? page_->AddFile(fact.term, fact.text) : page_->AddFact(fact.term, fact.text);
   }
+  for (const auto& [conditions, date] : measured_) page_->AddMeasured(conditions, date, date);
   page_->AddOrigin();
   page_->EndFacts();
   page_->EndSection();

@@ -4,6 +4,7 @@
 #ifndef TOOLS_VRX_REPORT_RESULT_REPORT_H_
 #define TOOLS_VRX_REPORT_RESULT_REPORT_H_
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,11 @@ class ResultReport {
   void AddFile(ReportText term, const std::string& path);
   void AddFact(ReportText term, std::string_view description);
   void AddViewing(const std::vector<vrxIlluminant>& illuminants, int32_t observer);
+
+  /// How the samples of a file were measured, and what a reader is to know of them. Call it once they were read.
+  void AddInput(const CurveReader& curves);
+  void AddInput(const CurveReader& standards, const CurveReader& trials);
+  void AddInput(std::string conditions, std::string date, const std::vector<InputWarning>& warnings);
 
   /// The curves of the pictures, and that of the standard where there is one for all.
   void SetMeasured(const CurveReader& curves);
@@ -72,6 +78,8 @@ class ResultReport {
   std::string heading_;
   std::optional<ReportTable> table_;
   std::vector<Fact> facts_;
+  std::vector<std::array<std::string, 2>> measured_;  // conditions and date
+  std::vector<InputWarning> warnings_;
   MeasuredRange range_;
   std::vector<PlottedCurve> curves_;
   std::optional<PlottedCurve> standard_;

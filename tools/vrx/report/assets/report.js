@@ -363,6 +363,10 @@
         caption.querySelector('.total').textContent = fixed(row[data.places.total], 2);
         caption.querySelector('.verdict').replaceWith(verdict(row[data.places.verdict]));
         caption.querySelector('.words').textContent = row[data.places.words];
+        const colours = data.tables[1].rows[trial * this.perTrial + Number(figure.dataset.illuminant)];
+        const decimals = data.tables[1].columns.slice(data.trialLab).map((column) => column.decimals);
+        const lab = colours.slice(data.trialLab).map((value, i) => fixed(value, decimals[i]));
+        caption.querySelector('.lab').textContent = filled(texts.trialLab, ...lab);
       }
     }
   }
