@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include <vrxmath/foundation/angles.h>
+
 #include "tools/vrx/base/command.h"
 
 namespace vrx::tool {
@@ -60,6 +62,11 @@ double SystemOptions::Angle() const {
     throw InputError("--angle: must be from -45 to 110 degrees");
   }
   return numbers[0];
+}
+
+double SystemOptions::AngleOf(int32_t geometry) const {
+  const auto code = static_cast<uint8_t>(std::max(geometry, 0));
+  return FamilyOfAngle(code) == AngleFamily::kOther ? AngleOfCode(code) : Angle();
 }
 
 void SystemOptions::WarnAboutAngle(bool geometriesKnown) const {

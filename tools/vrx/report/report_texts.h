@@ -117,6 +117,9 @@ enum class ReportText : uint32_t {
   kFailReasons,
   kReasonCount,
   kToleranceTotal,
+  kAmounts,
+  kComponent,
+  kTargetCurvesBand,
 };
 
 /// The text as UTF-8.
