@@ -1,6 +1,7 @@
 #include <vrxmath/matching/stock_correction.h>
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 namespace vrx {
@@ -10,7 +11,7 @@ namespace {
 CStockCorrectionArray Ordered(std::vector<CStockCorrection> all, const CCorrectionSettings& settings) {
   const auto keyOf = [&](const CStockCorrection& each) {
     const bool isByColor = !each.correction.isWithinTolerance || settings.aim == CorrectionAim::kNearest;
-    if (isByColor) return each.correction.worst;
+    if (isByColor) return std::floor(1e8 * each.correction.worst);  // below 1e-8 a difference is rounding
     return settings.aim == CorrectionAim::kCheapest ? each.price : each.part;
   };
   const auto isNoHelp = [](const CStockCorrection& each) { return !each.helps; };
@@ -20,7 +21,7 @@ CStockCorrectionArray Ordered(std::vector<CStockCorrection> all, const CCorrecti
     if (a.correction.isWithinTolerance != b.correction.isWithinTolerance) {
       return a.correction.isWithinTolerance;
     }
-    return keyOf(a) < keyOf(b);
+    return keyOf(a) != keyOf(b) ? keyOf(a) < keyOf(b) : a.part < b.part;
   });
   const int32_t most = isAnyHelp ? settings.recipe.top : 1;
   CStockCorrectionArray first;

@@ -75,15 +75,17 @@ std::vector<NamedTarget> ReadTargets(const MatchOptions& options, ResultReport& 
   CurveReader samples = OpenCurves(options.targets, options.search.input, Content::kCurvesOrColors);
   report.SetMeasured(samples);
   const SystemOptions& system = options.search.criterion.system;
+  bool areAnglesKnown = true;
   CurveRow row;
   while (samples.Next(row)) {
+    areAnglesKnown = areAnglesKnown && SystemOptions::HasAngle(row.geometry);
     if (AddGeometry(row, system, targets)) continue;
     NamedTarget named{std::string(row.id), TargetOf(samples, row, system), {}};
     if (row.geometry != kNoGeometry) named.geometries.push_back(row.geometry);
     targets.push_back(named);
   }
   WarnAboutInput(samples);
-  system.WarnAboutAngle(samples.HasGeometries());
+  system.WarnAboutAngle(areAnglesKnown);
   if (targets.empty()) throw InputError(options.targets + ": there is no row");
   return targets;
 }

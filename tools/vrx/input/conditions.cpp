@@ -64,9 +64,12 @@ double SystemOptions::Angle() const {
   return numbers[0];
 }
 
+bool SystemOptions::HasAngle(int32_t geometry) {
+  return geometry >= 0 && FamilyOfAngle(static_cast<uint8_t>(geometry)) == AngleFamily::kOther;
+}
+
 double SystemOptions::AngleOf(int32_t geometry) const {
-  const auto code = static_cast<uint8_t>(std::max(geometry, 0));
-  return FamilyOfAngle(code) == AngleFamily::kOther ? AngleOfCode(code) : Angle();
+  return HasAngle(geometry) ? AngleOfCode(static_cast<uint8_t>(geometry)) : Angle();
 }
 
 void SystemOptions::WarnAboutAngle(bool geometriesKnown) const {

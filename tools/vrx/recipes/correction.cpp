@@ -119,10 +119,14 @@ CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& in
   CurveRow row;
   CRecipeTarget target;
   int count = 0;
-  for (; count < 2 && curves.Next(row); ++count) target = TargetOf(curves, row, system);
+  bool isAngleKnown = false;
+  for (; count < 2 && curves.Next(row); ++count) {
+    target = TargetOf(curves, row, system);
+    isAngleKnown = SystemOptions::HasAngle(row.geometry);
+  }
   WarnAboutInput(curves);
   if (count != 1) throw InputError(path + ": expected exactly one curve");
-  system.WarnAboutAngle(curves.HasGeometries());
+  system.WarnAboutAngle(isAngleKnown);
   return target;
 }
 
