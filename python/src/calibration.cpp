@@ -11,6 +11,7 @@
 
 #include <vrxio/systems/color_system_file.h>
 #include <vrxmath/colorant/component_names.h>
+#include <vrxmath/formula/prediction.h>
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/matching/calibration.h>
 #include <vrxmath/matching/calibration_faults.h>
@@ -21,11 +22,10 @@
 #include "python/src/module.h"
 #include "python/src/names.h"
 #include "python/src/unlocked.h"
+#include "python/src/views.h"
 
 namespace vrx::python {
 namespace {
-
-constexpr std::size_t kWidth = kWavelengths;
 
 int32_t ModelNamed(const std::string& text) {
   static constexpr std::pair<const char*, int32_t> kModels[] = {
@@ -49,7 +49,7 @@ SaundersonMode SpecularNamed(const std::string& text) {
 
 CReflData CurveAt(const double* values) {
   CReflData curve;
-  std::copy_n(values, kWidth, curve.GetData());
+  std::copy_n(values, kSamples, curve.GetData());
   return curve;
 }
 
@@ -129,7 +129,7 @@ py::array_t<double> ColumnOf(const CDrawdownFitArray& fits, FIELD field) {
 
 py::tuple Calibrate(const std::vector<std::string>& components, const py::object& shares,
                     const py::object& curves, const py::dict& given) {
-  const Rows rows = RowsOf(curves, "curves", kWidth);
+  const Rows rows = RowsOf(curves, "curves", kSamples);
   const Rows parts = RowsOf(shares, "shares", components.size());
   const CDrawdownArray drawdowns = DrawdownsOf(rows, parts, given["weights"], given["ids"]);
   const CCalibrationSettings settings = CalibrationSettingsOf(components, given);
