@@ -51,15 +51,12 @@ Interval Reach(const CurvesData& data, Interval reach, auto value) {
   return reach;
 }
 
-// The area between the lowest and the highest trial at each wavelength.
-void DrawEnvelope(Picture& picture, const Scale& scale, const CurvesData& data) {
+// The area between two limits at each wavelength.
+void DrawArea(Picture& picture, const Scale& scale, const CurvesData& data, std::size_t samples,
+              auto reachAt) {
   std::vector<CDblPoint> outline, below;
-  std::size_t samples = 0;
-  for (const auto& curve : data.curves) samples = std::max(samples, curve.size());
   for (std::size_t i = 0; i < samples; ++i) {
-    Interval reach = kNoInterval;
-    for (std::size_t c = FirstTrial(data); c < data.curves.size(); ++c)
-      Widen(reach, ValueAt(data.curves[c], i));
+    const Interval reach = reachAt(i);
     if (!(reach.lower <= reach.upper)) continue;
     const double x = scale.x0 + scale.perX * WavelengthAt(data, i);
     outline.push_back({x, scale.y0 + scale.perY * reach.upper});
@@ -67,6 +64,28 @@ void DrawEnvelope(Picture& picture, const Scale& scale, const CurvesData& data) 
   }
   outline.insert(outline.end(), below.rbegin(), below.rend());
   picture.Polygon(outline, Role::kBand);
+}
+
+// The area between the lowest and the highest trial.
+void DrawEnvelope(Picture& picture, const Scale& scale, const CurvesData& data) {
+  std::size_t samples = 0;
+  for (const auto& curve : data.curves) samples = std::max(samples, curve.size());
+  DrawArea(picture, scale, data, samples, [&](std::size_t i) {
+    Interval reach = kNoInterval;
+    for (std::size_t c = FirstTrial(data); c < data.curves.size(); ++c)
+      Widen(reach, ValueAt(data.curves[c], i));
+    return reach;
+  });
+}
+
+// The area that the data name themselves.
+void DrawBand(Picture& picture, const Scale& scale, const CurvesData& data) {
+  DrawArea(picture, scale, data, std::min(data.lower.size(), data.upper.size()), [&](std::size_t i) {
+    Interval reach = kNoInterval;
+    Widen(reach, data.lower[i]);
+    Widen(reach, data.upper[i]);
+    return reach;
+  });
 }
 
 // An entry of the legend: a line and what it is.
@@ -114,7 +133,8 @@ void DrawKey(Picture& picture, const std::vector<KeyEntry>& entries, double righ
 std::vector<CDblPolyline> CurveLines(const CurvesData& data) {
   std::vector<CDblPolyline> lines;
   const std::size_t first = FirstTrial(data), trials = CountLines(data);
-  const Interval reach = Reach(data, {0, 1}, [&](std::size_t c, std::size_t i) { return data.curves[c][i]; });
+  Interval reach = Reach(data, {0, 1}, [&](std::size_t c, std::size_t i) { return data.curves[c][i]; });
+  for (const double value : data.upper) Widen(reach, value);
   for (std::size_t c = 0; c < std::min(data.curves.size(), first + trials); ++c) {
     CDblPolyline line;
     if (c < first)
@@ -179,6 +199,7 @@ void DrawCurves(Picture& picture, Rect box, const CurvesData& data, const Look& 
   const Rect area = DrawPolylines(curves, above, lines, look, extras);
   // The area of all trials lies behind their lines.
   if (CountTrials(data) > kMostTrialLines) DrawEnvelope(picture, curves.Scales()[0], data);
+  if (!curves.Scales().empty()) DrawBand(picture, curves.Scales()[0], data);
   picture.Append(curves, 0);
   DrawKey(picture, key, area.Right(), area.top - 1.5 * look.textHeight - extras.above, look);
   if (differences.empty()) return;

@@ -16,6 +16,7 @@ namespace vrx::pictures {
 struct CurvesData {
   double first = 360, step = 10;            ///< nm
   std::vector<std::vector<double>> curves;  ///< reflectance in percent; NaN or unset: not measured
+  std::vector<double> lower, upper;         ///< an area behind the lines; empty: none
   bool withDifference = true;
   bool hasStandard = true;          ///< false: all are trials, and there are no differences
   CString standardName, trialName;  ///< in the legend; empty: the usual words

@@ -4,72 +4,45 @@
     scripts/held_out_error.py build/release/tools/vrx/vrx examples/oil_drawdowns.csv "zinc white" \
         "zinc white linseed,chrome yellow poppyseed"
 
-Drawdowns are held out, a sixth at a time, and predicted from the others. The bound of each is that of ErrorBound: the
-largest of its components' leave-one-out errors (nine of ten; of fewer than ten drawdowns at least the median over the
-components), a half more for every factor of two by which a share lies outside of the range that the others cover. Folds that leave a component undetermined are made smaller.
+Drawdowns are held out, a sixth at a time in twelve ways, and predicted from the others. Their true differences and the bounds
+are those of vrx calibrate (columns dE and expected). Folds that leave a component undetermined are made smaller.
 """
 
 import csv
 import io
-import math
 import random
-import statistics
 import subprocess
 import sys
 
-FOLDS, ROUNDS, PER_DOUBLING = 6, 12, 0.5
+FOLDS, ROUNDS = 6, 12
 
 
-def shares(path):
-    """Shares of 1 of each drawdown by component."""
-    found = {}
+def drawdown_ids(path, without):
+    """The drawdowns of a file that have none of the components that are left out, films once."""
     with open(path, newline="", encoding="utf-8") as file:
-        for row in csv.DictReader(file):
-            own = {name[6:]: float(text) for name, text in row.items() if name.startswith("share:") and text}
-            if own:
-                found[row["id"]] = {name: share / sum(own.values()) for name, share in own.items()}
-    return found
+        return sorted({row["id"] for row in csv.DictReader(file)
+                       if any(text for name, text in row.items() if name.startswith(("share:", "amount:", "base:")))
+                       and not any(row.get(part + name) for part in ("share:", "amount:") for name in without)})
 
 
 def calibrate(tool, path, white, without, held):
     """Rows of vrx calibrate, or nothing where the drawdowns left do not determine every component."""
-    command = [tool, "calibrate", path, "--white", white, "--format", "csv"]
-    command += ["--without", without] if without else []
-    command += ["--hold-out", ",".join(held)]
+    command = [tool, "calibrate", path, "--white", white, "--format", "csv", "--hold-out", ",".join(held)]
+    command += ["--without", ",".join(without)] if without else []
     run = subprocess.run(command, capture_output=True, text=True, check=False)
     return list(csv.DictReader(io.StringIO(run.stdout))) if run.returncode == 0 else None
 
 
-def nine_of_ten(errors):
-    return sorted(errors)[math.ceil(0.9 * len(errors)) - 1]
-
-
-def predictions(rows, drawdowns):
-    """(true difference, bound) of every held-out drawdown whose components' errors are all known."""
-    errors, ranges = {}, {}
-    for row in rows:
-        if row["part"] != "used":
-            continue
-        for name, share in drawdowns[row["drawdown"]].items():
-            ranges.setdefault(name, []).append(share)
-            if row["leave_one_out"]:
-                errors.setdefault(name, []).append(float(row["leave_one_out"]))
-    for row in rows:
-        own = drawdowns[row["drawdown"]]
-        if row["part"] == "used" or not all(name in errors for name in own):
-            continue
-        outside = {name: max(0.0, math.log2(share / max(ranges[name])), math.log2(min(ranges[name]) / share))
-                   for name, share in own.items()}
-        usual = statistics.median_high(nine_of_ten(each) for each in errors.values())
-        known = {name: nine_of_ten(errors[name]) if len(errors[name]) >= 10 else max(usual, nine_of_ten(errors[name]))
-                 for name in own}
-        yield float(row["dE"]), max(known[name] * (1 + PER_DOUBLING * outside[name]) for name in own)
+def predictions(rows):
+    """(true difference, bound) of every held-out drawdown whose bound is known."""
+    return [(float(row["dE"]), float(row["expected"])) for row in rows
+            if row["part"] == "held out" and row["expected"]]
 
 
 def main():
-    tool, path, white, without = sys.argv[1:5]
-    drawdowns = shares(path)
-    ids = sorted(name for name, own in drawdowns.items() if not set(own) & set(without.split(",")))
+    tool, path, white = sys.argv[1:4]
+    without = sys.argv[4].split(",") if len(sys.argv) > 4 else []
+    ids = drawdown_ids(path, without)
     choice = random.Random(4)
     found = []
     for _ in range(ROUNDS):
@@ -79,7 +52,7 @@ def main():
             while held and (rows := calibrate(tool, path, white, without, held)) is None:
                 held.pop()
             if held:
-                found += predictions(rows, drawdowns)
+                found += predictions(rows)
     within = sum(difference <= bound for difference, bound in found)
     middle = len(found) // 2
     difference, bound = (sorted(column)[middle] for column in zip(*found))

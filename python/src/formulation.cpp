@@ -20,11 +20,15 @@
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/matching/batch_correction.h>
 #include <vrxmath/matching/batch_diagnosis.h>
+#include <vrxmath/matching/calibration.h>
+#include <vrxmath/matching/leftovers.h>
 #include <vrxmath/matching/recipe.h>
 #include <vrxmath/matching/recipe_faults.h>
+#include <vrxmath/matching/stock_correction.h>
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
+#include "python/src/color_system.h"
 #include "python/src/module.h"
 #include "python/src/names.h"
 #include "python/src/paths.h"
@@ -32,20 +36,6 @@
 
 namespace vrx::python {
 namespace {
-
-// A colour system with its components in the order of its file.
-struct System {
-  explicit System(const std::string& path) : file(io::ReadColorSystem(path)) {
-    for (const CComponent* component : io::ComponentsInOrder(file)) {
-      ids.push_back(component->GetId());
-      names.push_back(component->GetName().ToUtf8());
-    }
-  }
-
-  io::ColorSystem file;
-  std::vector<uint32_t> ids;
-  std::vector<std::string> names;
-};
 
 // The place of a component that is named by its number or its name.
 std::size_t PlaceOf(const System& system, const py::handle& component) {
@@ -327,6 +317,25 @@ std::vector<std::string> NamesOf(const System& system, const CDWordArray1& ids) 
   return names;
 }
 
+py::dict FieldsOf(const System& system, const CRecipe& recipe) {
+  py::dict fields;
+  fields["amounts"] = AmountsOf(system, recipe.formula);
+  fields["differences"] = ArrayOf(recipe.differences);
+  fields["metamerism"] = NanOf(recipe.metamerism);
+  fields["rms"] = NanOf(recipe.rms);
+  fields["cost"] = recipe.cost;
+  fields["opacity"] = NanOf(recipe.opacity);
+  fields["load"] = 100.0 * recipe.load;
+  fields["load_by"] = LoadBasisText(recipe.loadBasis);
+  fields["expected"] = NanOf(recipe.expected);
+  fields["outside"] = NamesOf(system, recipe.outside);
+  fields["folded"] = recipe.alike;
+  fields["traces"] = NamesOf(system, recipe.traces);
+  fields["within_tolerance"] = recipe.isWithinTolerance;
+  fields["curve"] = ArrayOf(recipe.curve);
+  return fields;
+}
+
 py::list Match(const System& system, const py::object& targets, const py::dict& given) {
   const Rows rows = RowsOf(targets, "targets", kSamples, false, 3);
   CRecipeSettings settings = SettingsOf(system, given);
@@ -338,24 +347,7 @@ py::list Match(const System& system, const py::object& targets, const py::dict& 
     Search(system, settings,
            [&] { return FormulateRecipes(system.file.data, system.file.rules, target, settings, recipes); });
     py::list found;
-    for (const CRecipe& recipe : recipes) {
-      py::dict fields;
-      fields["amounts"] = AmountsOf(system, recipe.formula);
-      fields["differences"] = ArrayOf(recipe.differences);
-      fields["metamerism"] = NanOf(recipe.metamerism);
-      fields["rms"] = NanOf(recipe.rms);
-      fields["cost"] = recipe.cost;
-      fields["opacity"] = NanOf(recipe.opacity);
-      fields["load"] = 100.0 * recipe.load;
-      fields["load_by"] = LoadBasisText(recipe.loadBasis);
-      fields["expected"] = NanOf(recipe.expected);
-      fields["outside"] = NamesOf(system, recipe.outside);
-      fields["folded"] = recipe.alike;
-      fields["traces"] = NamesOf(system, recipe.traces);
-      fields["within_tolerance"] = recipe.isWithinTolerance;
-      fields["curve"] = ArrayOf(recipe.curve);
-      found.append(fields);
-    }
+    for (const CRecipe& recipe : recipes) found.append(FieldsOf(system, recipe));
     all.append(found);
   }
   return all;
@@ -378,7 +370,7 @@ py::dict Diagnose(const System& system, const CRecipeSettings& recipe, CBatch& b
   settings.mode = recipe.mode;
   settings.illuminant = recipe.illuminants[0];
   settings.observer = recipe.observer;
-  settings.expectedError = ExpectedError(system.file.calibrated, batch.formula);
+  settings.calibrated = system.file.calibrated;
   CBatchDiagnosis diagnosis;
   py::dict suspected;
   if (!DiagnoseBatch(system.file.data, batch, settings, diagnosis)) return suspected;
@@ -391,6 +383,19 @@ py::dict Diagnose(const System& system, const CRecipeSettings& recipe, CBatch& b
   return suspected;
 }
 
+// What corrections of a batch and of a stock have in common.
+CCorrectionSettings CorrectionSettingsOf(const System& system, const py::dict& given) {
+  CCorrectionSettings settings;
+  settings.recipe = SettingsOf(system, given);
+  settings.recipe.resolution = NumberOf(given, "resolution", 0, 1e9);
+  settings.mostAddition = NumberOf(given, "max_addition", 0, 10'000) / 100.0;
+  settings.aim = OneOf<CorrectionAim>(given, "aim",
+                                      {{"smallest", CorrectionAim::kSmallest},
+                                       {"cheapest", CorrectionAim::kCheapest},
+                                       {"nearest", CorrectionAim::kNearest}});
+  return settings;
+}
+
 py::tuple Correct(const System& system, const py::object& formula, const py::object& measured,
                   const py::object& target, const py::dict& given) {
   const Rows amounts = RowsOf(formula, "formula", system.ids.size());
@@ -399,13 +404,7 @@ py::tuple Correct(const System& system, const py::object& formula, const py::obj
   if (amounts.count != 1 || curve.count != 1 || aim.count != 1) {
     throw py::value_error("formula, measured and target: one row each is expected");
   }
-  CCorrectionSettings settings;
-  settings.recipe = SettingsOf(system, given);
-  settings.mostAddition = NumberOf(given, "max_addition", 0, 100) / 100.0;
-  settings.aim = OneOf<CorrectionAim>(given, "aim",
-                                      {{"smallest", CorrectionAim::kSmallest},
-                                       {"cheapest", CorrectionAim::kCheapest},
-                                       {"nearest", CorrectionAim::kNearest}});
+  CCorrectionSettings settings = CorrectionSettingsOf(system, given);
   CBatch batch;
   batch.formula = FormulaOf(system, amounts.Doubles());
   batch.curve = CurveOf(curve.Doubles());
@@ -432,6 +431,75 @@ py::tuple Correct(const System& system, const py::object& formula, const py::obj
   return py::make_tuple(asItIs, found);
 }
 
+// A stock: a formula, a curve and a size for each batch.
+CArrayVarex<CBatch> StockOf(const System& system, const py::object& formulas, const py::object& measured,
+                            const py::object& sizes) {
+  const Rows amounts = RowsOf(formulas, "formulas", system.ids.size());
+  const Rows curves = RowsOf(measured, "measured", kSamples);
+  const auto numbers = sizes.cast<std::vector<double>>();
+  if (curves.count == 0 || amounts.count != curves.count || numbers.size() != curves.count) {
+    throw py::value_error("formulas, measured and sizes: as many rows of each are expected");
+  }
+  CArrayVarex<CBatch> stock;
+  for (std::size_t i = 0; i < curves.count; ++i) {
+    CBatch batch;
+    batch.formula = FormulaOf(system, amounts.Doubles() + i * amounts.stride);
+    batch.curve = CurveOf(curves.Doubles() + i * curves.stride);
+    batch.size = numbers[i];
+    if (!(batch.size > 0.0)) throw py::value_error("sizes: numbers above 0 are expected");
+    stock.Add(batch);
+  }
+  return stock;
+}
+
+CRecipeTarget OneTarget(const py::object& target) {
+  const Rows aim = RowsOf(target, "target", kSamples, false, 3);
+  if (aim.count != 1) throw py::value_error("target: one row is expected");
+  return TargetOf(aim, 0);
+}
+
+py::list CorrectAll(const System& system, const py::object& formulas, const py::object& measured,
+                    const py::object& sizes, const py::object& target, const py::dict& given) {
+  const CArrayVarex<CBatch> stock = StockOf(system, formulas, measured, sizes);
+  const CRecipeTarget wanted = OneTarget(target);
+  CCorrectionSettings settings = CorrectionSettingsOf(system, given);
+  CStockCorrectionArray corrections;
+  Search(system, settings.recipe, [&] {
+    return CorrectStock(system.file.data, system.file.rules, stock, wanted, settings, corrections);
+  });
+  py::list found;
+  for (const CStockCorrection& each : corrections) {
+    py::dict fields = FieldsOf(system, each.correction);
+    fields["suspected"] = py::dict();
+    fields["batch"] = each.batch;
+    fields["before"] = each.before;
+    fields["helps"] = each.helps;
+    found.append(fields);
+  }
+  return found;
+}
+
+py::list UseStock(const System& system, const py::object& formulas, const py::object& measured,
+                  const py::object& sizes, const py::object& target, const py::dict& given) {
+  const CArrayVarex<CBatch> stock = StockOf(system, formulas, measured, sizes);
+  const CRecipeTarget wanted = OneTarget(target);
+  CRecipeSettings settings = SettingsOf(system, given);
+  settings.batchSize = NumberOf(given, "batch_size", 1e-9, 1e9);
+  settings.resolution = NumberOf(given, "resolution", 0, settings.batchSize);
+  CLeftoverRecipeArray recipes;
+  Search(system, settings,
+         [&] { return UseLeftovers(system.file.data, system.file.rules, stock, wanted, settings, recipes); });
+  py::list found;
+  for (const CLeftoverRecipe& each : recipes) {
+    py::dict fields;
+    fields["used"] = ArrayOf(each.used);
+    fields["total"] = each.total;
+    fields["recipe"] = FieldsOf(system, each.recipe);
+    found.append(fields);
+  }
+  return found;
+}
+
 // The defaults of searches by the names of the arguments, in their units.
 py::dict RecipeDefaultsDict() {
   constexpr double kPercent = 100.0;
@@ -442,6 +510,10 @@ py::dict RecipeDefaultsDict() {
   defaults["batch_size"] = RecipeDefaults::kBatchSize;
   defaults["thickness"] = RecipeDefaults::kThickness;
   defaults["max_addition"] = kPercent * RecipeDefaults::kMostAddition;
+  defaults["stock_addition"] = kPercent * RecipeDefaults::kStockAddition;
+  const CCalibrationSettings calibration;
+  defaults["k1"] = calibration.k1;
+  defaults["k2"] = calibration.k2;
   defaults["margin"] = kPercent * RecipeDefaults::kMargin;
   defaults["max_subsets"] = static_cast<double>(RecipeDefaults::kMostSubsets);
   defaults["threads"] = RecipeDefaults::kThreads;
@@ -465,7 +537,9 @@ ids : list of int
 names : list of str
     Of the components, in the order in which amounts are given.
 )")
-      .def(py::init([](const std::filesystem::path& path) { return System(ExistingFile(path)); }),
+      .def(py::init([](const std::filesystem::path& path) {
+             return System(io::ReadColorSystem(ExistingFile(path)));
+           }),
            py::arg("path"))
       .def_property_readonly("name", [](const System& system) { return system.file.data.name.ToUtf8(); })
       .def_property_readonly(
@@ -482,6 +556,9 @@ Returns
 names : list of str
 amounts : numpy.ndarray, shape (n, components)
 )")
+      .def(
+          "to_json", [](const System& system) { return io::ColorSystemText(system.file); },
+          "The text of a colour-system file that is read back to the same system.")
       .def("__len__", [](const System& system) { return system.ids.size(); })
       .def("__repr__", [](const System& system) {
         return "<ColorSystem \"" + system.file.data.name.ToUtf8() + "\", " +
@@ -491,6 +568,10 @@ amounts : numpy.ndarray, shape (n, components)
   module.def("predict", &Predict, py::arg("color_system"), py::arg("amounts"), py::kw_only(),
              py::arg("specular"), py::arg("out"), py::arg("threads"));
   module.def("match", &Match, py::arg("color_system"), py::arg("targets"), py::arg("settings"));
+  module.def("correct_stock", &CorrectAll, py::arg("color_system"), py::arg("formulas"), py::arg("measured"),
+             py::arg("sizes"), py::arg("target"), py::arg("settings"));
+  module.def("use_leftovers", &UseStock, py::arg("color_system"), py::arg("formulas"), py::arg("measured"),
+             py::arg("sizes"), py::arg("target"), py::arg("settings"));
   module.def("correct", &Correct, py::arg("color_system"), py::arg("formula"), py::arg("measured"),
              py::arg("target"), py::arg("settings"));
 }

@@ -145,6 +145,7 @@ PYBIND11_MODULE(_core, module) {
   DefineJudgement(module);
   DefineColorant(module);
   DefineFormulation(module);
+  DefineCalibration(module);
   DefineReading(module);
 }
 #undef PyInit__core

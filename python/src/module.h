@@ -13,6 +13,7 @@ void DefineAppearance(pybind11::module_& module);
 void DefineDifference(pybind11::module_& module);
 void DefineJudgement(pybind11::module_& module);
 void DefineColorant(pybind11::module_& module);
+void DefineCalibration(pybind11::module_& module);
 void DefineFormulation(pybind11::module_& module);
 void DefineReading(pybind11::module_& module);
 

@@ -1,5 +1,6 @@
 """Formulas, recipes and corrections: those of the command-line tool, to the last bit."""
 
+import csv
 import os
 
 import numpy as np
@@ -73,6 +74,58 @@ def test_corrections_reach_the_target(paints):
     np.testing.assert_allclose(vrx.predict(paints, together, specular="excluded"), found[0].curve, rtol=1e-9)
 
 
+def write_curves(path, curves, columns):
+    """A file of curves with further columns, by their heading."""
+    with open(path, "w", newline="") as file:
+        writer = csv.writer(file)
+        writer.writerow(["id", *columns, *range(360, 760, 10)])
+        for i, curve in enumerate(curves):
+            writer.writerow([f"D{i}", *(column[i] for column in columns.values()), *map(repr, map(float, curve))])
+    return path
+
+
+def test_calibrations(paints, vrx_tool, tmp_path):
+    white, *others = paints.names[:3]
+    shares = [{white: 100}, *({white: 100 - part, other: part} for other in others for part in (5, 40, 100)),
+              {white: 80, others[0]: 12, others[1]: 8}]
+    shares = [{name: part for name, part in row.items() if part} for row in shares]
+    curves = np.round(vrx.predict(paints, shares), 2)
+    file = write_curves(tmp_path / "drawdowns.csv", curves,
+                        {f"share:{name}": [row.get(name, "") for row in shares] for name in (white, *others)})
+    rows = vrx_tool("calibrate", file, "--white", white, "--output", tmp_path / "tool.json")
+    system, fit = vrx.calibrate(shares, curves, white)
+    for own, column in ((fit.differences, "dE"), (fit.leave_one_out, "leave_one_out"),
+                        (fit.leave_one_out_linear, "leave_one_out_linear")):
+        assert np.array_equal(own, [float(row[column]) if row[column] else np.nan for row in rows], equal_nan=True), column
+    (tmp_path / "own.json").write_text(system.to_json())
+    expected = vrx.match(system, curves[-1], top=1)[0].expected
+    for path in ("tool.json", "own.json"):
+        same = vrx.ColorSystem(tmp_path / path)
+        assert np.array_equal(vrx.predict(same, shares), vrx.predict(system, shares))
+        assert vrx.match(same, curves[-1], top=1)[0].expected == expected > 0
+    table = np.array([[row.get(name, 0) for name in (white, *others)] for row in shares])
+    fewer, rest = vrx.calibrate(table, curves, white, components=[white, *others], without=others[1:], weights=[2] * len(shares))
+    assert fewer.names == [white, others[0]] and len(rest.differences) == 4
+
+
+def test_stock(paints, vrx_tool, tmp_path):
+    names, amounts = paints.read_formulas(FORMULAS)
+    measured = vrx.predict(paints, amounts * (1 + 0.1 * np.sin(np.arange(amounts.shape[1]))))
+    target, sizes = vrx.predict(paints, amounts[:1]), [50.0, 20, 30, 40, 50, 60][:len(names)]
+    stock = write_curves(tmp_path / "stock.csv", measured, {
+        "formula": [";".join(f"{paints.ids[k]}:{row[k]!r}" for k in np.flatnonzero(row)) for row in amounts], "amount": sizes})
+    wanted = write_curves(tmp_path / "target.csv", target, {})
+    rows = vrx_tool("match", SYSTEM, wanted, "--from-stock", stock, "--max-colorants", "2", "--resolution", "0.01", "--top", "5")
+    found = vrx.correct_stock(paints, amounts, measured, sizes, target[0], max_colorants=2, resolution=0.01, top=5)
+    assert [f"D{each.batch}" for each in found] == [row["batch"] for row in rows]
+    for each, row in zip(found, rows):
+        expected = numbers(row, ("total", "dE_before", "dE_after_D65", "dE_after_A", "dE_after_CWF"))
+        assert [each.total, each.before, *each.differences] == expected
+    parts = vrx_tool("match", SYSTEM, wanted, "--from-stock", stock, "--parts", "40", "--max-colorants", "3", "--top", "3")
+    recipes = vrx.use_leftovers(paints, amounts, measured, sizes, target[0], 40, max_colorants=3, top=3)
+    assert [each.total for each in recipes] == [float(row["used"]) for row in parts]
+
+
 @pytest.mark.parametrize("call, words", [
     (lambda paints, curve: vrx.ColorSystem(CHART), ["chart_average.csv"]),
     (lambda paints, curve: vrx.predict(paints, {"no such paint": 1}), ["component", "no such paint"]),
@@ -88,6 +141,12 @@ def test_corrections_reach_the_target(paints):
     (lambda paints, curve: vrx.match(paints, curve, within_range=True), ["within_range"]),
     (lambda paints, curve: vrx.match(paints, curve, trace=-1), ["trace"]),
     (lambda paints, curve: vrx.correct(paints, {}, curve, curve), ["formula"]),
+    (lambda paints, curve: vrx.correct_stock(paints, [{1: 1}], [curve], [1, 2], curve), ["sizes"]),
+    (lambda paints, curve: vrx.use_leftovers(paints, [{1: 1}], [curve], [0], curve, 10), ["sizes"]),
+    (lambda paints, curve: vrx.calibrate([{"w": 1}, {"w": 1, "b": 1}], [curve, curve], "white"), ["white"]),
+    (lambda paints, curve: vrx.calibrate([{"w": 1}, {"w": 1, "b": 1}], [curve, curve], "w"), ["\"b\"", "letdown", "without"]),
+    (lambda paints, curve: vrx.calibrate([[1, 0]], [curve], "w"), ["components"]),
+    (lambda paints, curve: vrx.calibrate([{"w": 1}], [curve], "w", ids=[1, 2]), ["ids"]),
 ])
 def test_refusals_name_the_argument(call, words, paints):
     with pytest.raises(ValueError) as refused:

@@ -38,7 +38,8 @@ from ._core import (
     xyz_from_lab,
     xyz_from_luv,
 )
-from ._formulation import ColorSystem, Correction, Recipe, correct, match, predict
+from ._formulation import (CalibrationFit, ColorSystem, Correction, LeftoverRecipe, Recipe, StockCorrection, calibrate, correct,
+                           correct_stock, match, predict, use_leftovers)
 from ._judgement import FAIL, PASS, WARNING, Judgement, judge
 from ._reading import Measurements, MeasurementWarning, read
 from ._records import Curve, Standard, Tolerance
@@ -47,20 +48,25 @@ __all__ = [
     "FAIL",
     "PASS",
     "WARNING",
+    "CalibrationFit",
     "ColorSystem",
     "Correction",
     "Curve",
     "Illuminant",
     "Judgement",
+    "LeftoverRecipe",
     "MeasurementWarning",
     "Measurements",
     "Recipe",
     "Standard",
+    "StockCorrection",
     "Tolerance",
     "__version__",
     "adapt",
     "appearance",
+    "calibrate",
     "correct",
+    "correct_stock",
     "delta",
     "display_rgb",
     "grade",
@@ -80,6 +86,7 @@ __all__ = [
     "strength",
     "systems",
     "tristimulus",
+    "use_leftovers",
     "weights",
     "white_point",
     "xyz_from_appearance",

@@ -24,7 +24,8 @@ if TYPE_CHECKING:
 
 _DEFAULTS: dict[str, Any] = _core.recipe_defaults
 
-__all__ = ["ColorSystem", "Correction", "Recipe", "correct", "match", "predict"]
+__all__ = ["CalibrationFit", "ColorSystem", "Correction", "LeftoverRecipe", "Recipe", "StockCorrection", "calibrate", "correct",
+           "correct_stock", "match", "predict", "use_leftovers"]
 
 
 def _amounts(color_system: ColorSystem, formulas: Any) -> Any:
@@ -120,10 +121,155 @@ class Correction:
     formula: dict[str, float]
 
 
+@dataclasses.dataclass(frozen=True, eq=False)
+class StockCorrection(Correction):
+    """Additions to a batch of a stock.
+
+    Attributes
+    ----------
+    batch : int
+        Its place in the stock.
+    before : float
+        Its largest difference as it is.
+    helps : bool
+        False where nothing that may be added brings it nearer.
+    amounts, differences, ...
+        As of :class:`Correction`; nothing is suspected of a stock.
+    """
+
+    batch: int = 0
+    before: float = float("nan")
+    helps: bool = True
+
+
+@dataclasses.dataclass(frozen=True, eq=False)
+class LeftoverRecipe:
+    """A recipe of which leftovers are a part.
+
+    Attributes
+    ----------
+    used : numpy.ndarray
+        How much of each leftover, in the unit of its size.
+    total : float
+        Of these.
+    recipe : Recipe
+        What is fresh, its cost, and the curve of the whole.
+    """
+
+    used: Floats
+    total: float
+    recipe: Recipe
+
+
+@dataclasses.dataclass(frozen=True, eq=False)
+class CalibrationFit:
+    """How well drawdowns are described by a calibration, in their order.
+
+    Attributes
+    ----------
+    differences : numpy.ndarray
+        CIEDE2000 between what was measured and what is predicted; of a film the mean over its two backings.
+    leave_one_out, leave_one_out_linear : numpy.ndarray
+        The same by a calibration without the drawdown, and by the linear one that it starts from; NaN where none is possible.
+    contrast, contrast_predicted, thickness : numpy.ndarray
+        Of films, otherwise NaN.
+    refined : bool
+        False where the linear least squares foresee the drawdowns better and stay.
+    saturates : dict of str to float
+        Of dyes: the percentage from which more of it adds less than a quarter of what the first of it added.
+    """
+
+    differences: Floats
+    leave_one_out: Floats
+    leave_one_out_linear: Floats
+    contrast: Floats
+    contrast_predicted: Floats
+    thickness: Floats
+    refined: bool
+    saturates: dict[str, float]
+
+
 def _record(kind: Any, color_system: ColorSystem, fields: dict[str, Any]) -> Any:
     amounts = fields["amounts"]
     formula = {color_system.names[i]: float(amounts[i]) for i in np.flatnonzero(amounts)}
     return kind(**fields, formula=formula)
+
+
+def _shares(shares: Any, components: Sequence[str] | None) -> tuple[list[str], Any]:
+    """Component names and a row of shares for each drawdown, from dicts or from an array with names."""
+    if components is None:
+        if not all(isinstance(row, Mapping) for row in shares):
+            raise ValueError("components: the names of the columns of shares are expected")
+        components = list(dict.fromkeys(name for row in shares for name in row))
+        return list(components), np.array([[float(row.get(name, 0)) for name in components] for row in shares])
+    rows = np.asarray(shares, dtype=float)
+    return list(components), rows
+
+
+def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, white: str, *,
+              components: Sequence[str] | None = None, ids: Sequence[object] | None = None, resins: Sequence[str] = (),
+              without: Sequence[str] = (), weights: Sequence[float] | None = None, model: str = "coatings",
+              specular: Specular = "included", k1: float = _DEFAULTS["k1"], k2: float = _DEFAULTS["k2"],
+              illuminant: Any = "D65", observer: int = 10, leave_one_out: bool = True,
+              name: str = "Calibrated colorants") -> tuple[ColorSystem, CalibrationFit]:
+    """K and S of colorants from weighed drawdowns.
+
+    Parameters
+    ----------
+    shares : sequence of dict, or array_like of shape (n, components)
+        Of each drawdown, in any one unit (percent, grams, parts).
+    curves : array_like, shape (n, 40) or (n, 4, 40)
+        Percent. Films have four readings: over black, over white, the bare black card and the bare white one.
+    white : str
+        The component whose scattering is 1, a unit; of dyes the substrate.
+    components : sequence of str, optional
+        The names of the columns of an array of shares.
+    ids : sequence, optional
+        What messages call the drawdowns; by default their places.
+    resins : sequence of str
+        Components that are resins or bases.
+    without : sequence of str
+        Components that are left out, with the drawdowns that have them; the fit has the others.
+    weights : sequence of float, optional
+        How much each drawdown counts.
+    model : str
+        ``"coatings"``, ``"plastics"``, ``"trade-sales"``, or for ladders of single dyes ``"transparents"``, ``"textiles"``,
+        ``"continuous-dye"``.
+    specular, k1, k2
+        Whether the curves hold the surface reflection, and its constants.
+    illuminant, observer
+        Under which differences are stated.
+    leave_one_out : bool
+        Predict each drawdown from the others too, which the choice of the fit and `Recipe.expected` rest on.
+    name : str
+        Of the colour system.
+
+    Returns
+    -------
+    color_system : ColorSystem
+        ``color_system.to_json()`` is the text of its file.
+    fit : CalibrationFit
+    """
+    names, rows = _shares(shares, components)
+    spectra = np.asarray(curves, dtype=float)
+    if rows.ndim != 2 or rows.shape[1] != len(names) or len(rows) != len(spectra):
+        raise ValueError(f"shares: ({len(spectra)}, {len(names)}) is expected, not {rows.shape}")
+    for sequence, what in ((ids, "ids"), (weights, "weights")):
+        if sequence is not None and len(sequence) != len(rows):
+            raise ValueError(f"{what}: {len(rows)} are expected")
+    for component in without:
+        if component not in names:
+            raise ValueError(f"without: there is no component {component!r}")
+    left_out = [names.index(component) for component in without]
+    kept = ~(rows[:, left_out] != 0).any(axis=1)
+    settings = {"white": white, "resins": [resin for resin in resins if resin not in without], "model": model,
+                "specular": specular, "k1": k1, "k2": k2, "illuminant": illuminant, "observer": observer,
+                "leave_one_out": leave_one_out, "name": name,
+                "ids": None if ids is None else [str(one) for one, is_kept in zip(ids, kept) if is_kept],
+                "weights": None if weights is None else [float(one) for one, is_kept in zip(weights, kept) if is_kept]}
+    system, fit = _core.calibrate([one for one in names if one not in without], np.delete(rows[kept], left_out, axis=1),
+                                  spectra[kept], settings)
+    return system, CalibrationFit(**fit)
 
 
 def predict(color_system: ColorSystem, formulas: Formulas, *, specular: Specular | None = None, out: Floats | None = None,
@@ -236,7 +382,7 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
             objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
             specular: Specular | None = None, max_subsets: float = _DEFAULTS["max_subsets"], threads: int = _DEFAULTS["threads"],
             margin: float = _DEFAULTS["margin"], allow_new: bool = False, trust_formula: bool = False,
-            **parameters: float) -> tuple[Correction, list[Correction]]:
+            resolution: float = 0.0, angle: float = 45.0, **parameters: float) -> tuple[Correction, list[Correction]]:
     """What to add to a batch that came out wrong.
 
     Parameters
@@ -261,6 +407,10 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
         Add colorants that the batch does not have, even where its own reach the tolerance.
     trust_formula : bool
         Take the formula as written. By default the curve first says what is in the batch; see `Correction.suspected`.
+    resolution : float
+        Step of the dispenser, in the unit of the additions.
+    angle : float
+        Aspecular, degrees, for the systems that depend on it.
     illuminants, observer, system, tolerance, ...
         As for :func:`match`.
 
@@ -273,6 +423,77 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
     """
     settings = {name: value for name, value in locals().items()
                 if name not in ("color_system", "formula", "measured", "target")}
-    settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None, angle=45.0)
+    settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None)
     before, found = _core.correct(color_system, _amounts(color_system, formula), measured, target, settings)
     return _record(Correction, color_system, before), [_record(Correction, color_system, fields) for fields in found]
+
+
+def correct_stock(color_system: ColorSystem, formulas: Formulas, measured: Numbers, sizes: Sequence[float], target: Numbers,
+                  illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *, system: str = "cie2000",
+                  tolerance: float = _DEFAULTS["tolerance"], top: int = _DEFAULTS["top"],
+                  max_colorants: int = _DEFAULTS["max_colorants"], max_addition: float = _DEFAULTS["stock_addition"],
+                  aim: Literal["smallest", "cheapest", "nearest"] = "smallest", require: Sequence[Component] = (),
+                  exclude: Sequence[Component] = (), costs: Mapping[Component, float] | None = None,
+                  objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
+                  specular: Specular | None = None, resolution: float = 0.0, angle: float = 45.0,
+                  max_subsets: float = _DEFAULTS["max_subsets"], threads: int = _DEFAULTS["threads"],
+                  **parameters: float) -> list[StockCorrection]:
+    """Which batch of a stock becomes a target, and by what additions.
+
+    Parameters
+    ----------
+    color_system : ColorSystem
+    formulas, measured, sizes
+        Of each batch: what went into it, as for :func:`predict`, its curve, and how much of it there is.
+    target : array_like, shape (40,) or (3,)
+    max_addition : float
+        The largest total of additions, percent of the batch.
+    aim : str
+        By what answers within the tolerance are ordered, for the size of the batch: ``"smallest"`` and ``"cheapest"``
+        additions, or the ``"nearest"`` colour.
+    resolution, angle, illuminants, observer, system, tolerance, ...
+        As for :func:`correct` and :func:`match`.
+
+    Returns
+    -------
+    list of StockCorrection, best first.
+    """
+    settings = {name: value for name, value in locals().items()
+                if name not in ("color_system", "formulas", "measured", "sizes", "target")}
+    settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None)
+    found = _core.correct_stock(color_system, _amounts(color_system, formulas), measured, list(sizes), target, settings)
+    return [_record(StockCorrection, color_system, fields) for fields in found]
+
+
+def use_leftovers(color_system: ColorSystem, formulas: Formulas, measured: Numbers, sizes: Sequence[float], target: Numbers,
+                  batch_size: float, illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *,
+                  system: str = "cie2000", tolerance: float = _DEFAULTS["tolerance"], top: int = _DEFAULTS["top"],
+                  max_colorants: int = _DEFAULTS["max_colorants"], require: Sequence[Component] = (),
+                  exclude: Sequence[Component] = (), limits: Mapping[Component, tuple[float, float]] | None = None,
+                  costs: Mapping[Component, float] | None = None, specular: Specular | None = None, resolution: float = 0.0,
+                  angle: float = 45.0, max_subsets: float = _DEFAULTS["max_subsets"],
+                  threads: int = _DEFAULTS["threads"], **parameters: float) -> list[LeftoverRecipe]:
+    """Recipes of parts of several leftovers and fresh colorants, those within the tolerance by how much of the stock they use.
+
+    Parameters
+    ----------
+    color_system : ColorSystem
+        Of a two-constant model.
+    formulas, measured, sizes
+        Of each leftover, as for :func:`correct_stock`.
+    target : array_like, shape (40,) or (3,)
+    batch_size : float
+        The amount that is made.
+    illuminants, observer, system, tolerance, ...
+        As for :func:`match`.
+
+    Returns
+    -------
+    list of LeftoverRecipe, best first.
+    """
+    settings = {name: value for name, value in locals().items()
+                if name not in ("color_system", "formulas", "measured", "sizes", "target")}
+    settings.update(limits=limits or {}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None, objective="tristimulus",
+                    weights=None)
+    found = _core.use_leftovers(color_system, _amounts(color_system, formulas), measured, list(sizes), target, settings)
+    return [LeftoverRecipe(each["used"], each["total"], _record(Recipe, color_system, each["recipe"])) for each in found]

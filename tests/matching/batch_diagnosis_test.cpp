@@ -73,6 +73,31 @@ TEST(BatchDiagnosis, FindsWhatWasForgottenOverdosedOrMixedUp) {
   }
 }
 
+// A model that is wrong at the ends of the spectrum gives no cause to suspect anybody, nor does one that is wrong by as much as
+// its calibration says; and a batch is not explained by amounts that nobody could have put in.
+TEST(BatchDiagnosis, SuspectsOnlyWhatIsSeenAndCanBe) {
+  const CColorantSystemData system = MadeUpPaints();
+  const CDbFormula written = Mixture({{1, 90.0}, {3, 6.0}, {5, 4.0}});
+  CReflData ends = PredictReflectance(written, system);
+  for (const int32_t w : {4, 5, 33, 34}) ends[w] += 6.0;
+  EXPECT_TRUE(Diagnose(system, written, ends).best.suspected.IsEmpty());
+
+  CBatch batch{written, PredictReflectance(Mixture({{1, 90.0}, {3, 6.0}, {5, 4.6}}), system), 100.0};
+  CDiagnosisSettings vague;
+  for (uint32_t id = 1; id <= 8; ++id) vague.calibrated.Add({id, 0.001, 1.0, 12, 8.0, 20.0});
+  CBatchDiagnosis diagnosis;
+  ASSERT_TRUE(DiagnoseBatch(system, batch, {}, diagnosis));
+  EXPECT_EQ(diagnosis.best.suspected.GetSize(), 1);
+  ASSERT_TRUE(DiagnoseBatch(system, batch, vague, diagnosis));
+  EXPECT_TRUE(diagnosis.best.suspected.IsEmpty());
+
+  const CDbFormula four = Mixture({{1, 85.0}, {3, 5.0}, {5, 5.0}, {7, 5.0}});
+  const CReflData white = PredictReflectance(Mixture({{1, 95.0}, {3, 5.0}}), system);
+  double total = 0.0;
+  for (const CDbFormulaElement& line : Diagnose(system, four, white).best.formula) total += line.amount;
+  EXPECT_LT(total, 200.0);
+}
+
 TEST(BatchDiagnosis, RefusesWhatItCannotExplain) {
   const CColorantSystemData system = MadeUpPaints();
   CBatch batch;
@@ -82,7 +107,7 @@ TEST(BatchDiagnosis, RefusesWhatItCannotExplain) {
   batch.curve = PredictReflectance(batch.formula, system);
   EXPECT_TRUE(DiagnoseBatch(system, batch, {}, diagnosis));
   CDiagnosisSettings none;
-  none.expectedError = 0.0;
+  none.weighing = 0.0;
   EXPECT_FALSE(DiagnoseBatch(system, batch, none, diagnosis));
   batch.curve[20] = NAN;
   EXPECT_FALSE(DiagnoseBatch(system, batch, {}, diagnosis));

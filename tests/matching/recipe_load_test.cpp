@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <utility>
 
-#include <vrxmath/matching/error_bound.h>
+#include <vrxmath/matching/prediction_error.h>
 #include <vrxmath/matching/recipe.h>
 
 #include "tests/matching/made_up_paints.h"
@@ -159,7 +159,10 @@ TEST(RecipeTrust, RangesAreToldAndKept) {
     last = recipe.expected;
   }
   EXPECT_GT(last, 0.0);
-  EXPECT_TRUE(IsUnset(ErrorBound(Mixture({{1, 9.0}, {99, 1.0}}), system, settings.calibrated)));
+  const CPredictionError partly =
+      PredictionError(Mixture({{1, 9.0}, {99, 1.0}}), system, settings.calibrated);
+  EXPECT_TRUE(IsUnset(partly.nineOfTen)) << "of 99 nothing is known";
+  EXPECT_EQ(partly.half, 1.0);
 }
 
 // The same solid colour at three angles, of which one is a little lighter: the largest difference counts, and is made small.

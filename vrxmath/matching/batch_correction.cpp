@@ -232,8 +232,10 @@ class Correction {
     std::vector<SubsetSolution> solutions(subsets.size() / size);
     CurrentKernels<SubsetKernels>().start(target_->Problem(), range.Size(), subsets.data(), solutions.size(),
                                           solutions.data());
+    if (!offer_.hasSeveralLevels) SolveInLanes(size, subsets, solutions);
     std::vector<Ranked> found;
     for (std::size_t i = 0; i < solutions.size(); ++i) {
+      if (!offer_.hasSeveralLevels && solutions[i].end == SubsetEnd::kAtBound) continue;
       Ranked ranked;
       ranked.subset.size = range.Size();
       std::copy_n(&subsets[i * size], size, ranked.subset.colorants.begin());
@@ -247,6 +249,21 @@ class Correction {
       found.push_back(ranked);
     }
     return found;
+  }
+
+  // Brings a block as far as the kernels do: most subsets are left there, as a share runs to 0.
+  void SolveInLanes(std::size_t size, const std::vector<uint16_t>& subsets,
+                    std::vector<SubsetSolution>& solutions) const {
+    const MatchProblem& problem = target_->Problem();
+    for (std::size_t i = 0; offer_.hasLimits && i < solutions.size(); ++i) {
+      std::array<double, kMostSubsetColorants> least{}, most{};
+      for (std::size_t k = 0; k < size; ++k) {
+        least[k] = problem.least[subsets[i * size + k]], most[k] = problem.most[subsets[i * size + k]];
+      }
+      MoveWithinLimits(least.data(), most.data(), size, !HasSubstrate(), solutions[i].shares);
+    }
+    CurrentKernels<SubsetKernels>().solve(problem, static_cast<int32_t>(size), subsets.data(),
+                                          solutions.size(), solutions.data());
   }
 
   void Refine(Subset& subset, const double* prices) const {

@@ -5,10 +5,10 @@
 #include <cmath>
 #include <vector>
 
-#include <vrxmath/colorimetry/color_differences.h>
-#include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/calibration_fit.h>
+#include <vrxmath/matching/curve_difference.h>
+#include <vrxmath/matching/prediction_error.h>
 #include <vrxmath/numeric/nonnegative_least_squares.h>
 
 namespace vrx {
@@ -57,17 +57,23 @@ class Diagnosis {
     const auto isLess = [](const Solution& a, const Solution& b) { return a.doubt < b.doubt; };
     std::stable_sort(solutions.begin(), solutions.end(), isLess);
     CBatchDiagnosis found;
-    found.best = ExplanationOf(solutions.front());
     found.asWritten = DifferenceOf(batch_.formula);
     found.isClear = true;
+    bool hasBest = false;
     for (const Solution& solution : solutions) {
-      const CBatchExplanation other = ExplanationOf(solution);
-      if (IsSame(other, found.best)) continue;
-      found.next = other;
+      const CBatchExplanation each = ExplanationOf(solution);
+      if (!IsSeen(each, found.asWritten) || (hasBest && IsSame(each, found.best))) continue;
+      if (!hasBest) {
+        found.best = each;
+        hasBest = true;
+        continue;
+      }
+      found.next = each;
       constexpr double kMuch = 9.0;  // twice the logarithm of 100
-      found.isClear = other.doubt - found.best.doubt > kMuch;
+      found.isClear = each.doubt - found.best.doubt > kMuch;
       break;
     }
+    if (!hasBest) return false;
     diagnosis = found;
     return true;
   }
@@ -82,7 +88,7 @@ class Diagnosis {
       return false;
     }
     isOneConstant_ = law == MixingLaw::kOneConstant;
-    const double unit = UnitOf();
+    const double unit = UnitOf(), error = ErrorOfModel();
     for (const CColorant& colorant : system_.colorants) Take(colorant, unit);
     for (const CResin& resin : system_.resins) Take(resin, unit);
     if (isOneConstant_ && !hasSubstrate_ && !TakeDefaultSubstrate()) return false;
@@ -93,9 +99,16 @@ class Diagnosis {
       ratio_[w] = KubelkaMunkKs(100.0 * std::min(std::max(internal, kLeastInternal), 1.0));
       reflectance_[w] = surface_.Reflectance(ratio_[w]);
       constexpr double kFloor = 0.002, kPart = 0.02;  // of a unit of CIEDE2000, about
-      weight_[w] = 1.0 / (settings_.expectedError * (kFloor + kPart * reflectance_[w]));
+      weight_[w] = 1.0 / (error * (kFloor + kPart * reflectance_[w]));
     }
     return true;
+  }
+
+  // How far the model is off as a rule, CIEDE2000.
+  double ErrorOfModel() const {
+    constexpr double kUnknown = 1.0, kLeast = 0.3;
+    const double half = PredictionError(batch_.formula, system_, settings_.calibrated).half;
+    return IsUnset(half) ? kUnknown : std::max(kLeast, half);
   }
 
   // The amount that stands for 1.
@@ -191,6 +204,14 @@ class Diagnosis {
     return 1.0 / (settings_.weighing * own_[i].written);
   }
 
+  // The total of an opaque film leaves no trace in its curve, but whoever made a batch saw about how much there was.
+  double TotalBinding() const { return isOneConstant_ ? 0.0 : 1.0 / (kTotalSpread * Written()); }
+  double Written() const {
+    double written = 0.0;
+    for (const Ingredient& ingredient : own_) written += ingredient.written;
+    return written;
+  }
+
   // K and S of the batch with these amounts.
   void Mix(const Hypothesis& hypothesis, const std::vector<double>& amounts, Band& K, Band& S) const {
     K = baseK_, S = baseS_;
@@ -215,6 +236,9 @@ class Diagnosis {
       const double off = BindingOf(hypothesis, i) * (amounts[i] - own_[i].written);
       sum += off * off;
     }
+    double total = -Written();
+    for (const double amount : amounts) total += amount;
+    sum += TotalBinding() * total * TotalBinding() * total;
     return std::isfinite(sum) ? sum : HUGE_VAL;
   }
 
@@ -237,6 +261,10 @@ class Diagnosis {
       if (binding == 0.0) continue;
       for (std::size_t i = 0; i < count; ++i) A.push_back(i == k ? binding : 0.0);
       b.push_back(binding * own_[k].written);
+    }
+    if (TotalBinding() > 0.0) {
+      A.insert(A.end(), count, TotalBinding());
+      b.push_back(TotalBinding() * Written());
     }
     NonNegativeLeastSquares(A, b, amounts);
   }
@@ -294,6 +322,12 @@ class Diagnosis {
     return explanation;
   }
 
+  // A suspicion that explains the curve where nobody sees it, and brings the colour no nearer, is none.
+  static bool IsSeen(const CBatchExplanation& explanation, double asWritten) {
+    constexpr double kNearer = 0.7;
+    return explanation.suspected.IsEmpty() || explanation.difference < kNearer * asWritten;
+  }
+
   // Whether a free amount differs from the written one by more than what weighing explains.
   bool IsOff(const Ingredient& ingredient, double amount) const {
     constexpr double kStandardDeviations = 3.0, kTrace = 1e-6;
@@ -310,17 +344,10 @@ class Diagnosis {
   double DifferenceOf(const CDbFormula& formula) const {
     const CReflData predicted = PredictReflectance(formula, system_, settings_.mode);
     if (IsUnset(predicted)) return kUnset;
-    const auto labOf = [&](const CReflData& curve) {
-      CTrisValues xyz;
-      CLabValues lab;
-      curve.Tristimulus(settings_.illuminant, settings_.observer, xyz);
-      XyzToLab(settings_.illuminant, settings_.observer, xyz, lab);
-      return lab;
-    };
-    CDeltaValues delta;
-    DeltaCie2000(labOf(batch_.curve), labOf(predicted), 1.0, 1.0, 1.0, delta);
-    return delta[CDeltaValues::kTotal];
+    return CurveDifference(batch_.curve, predicted, settings_.illuminant, settings_.observer);
   }
+
+  static constexpr double kTotalSpread = 0.5;
 
   const CColorantSystemData& system_;
   const CBatch& batch_;
@@ -334,23 +361,9 @@ class Diagnosis {
 
 }  // namespace
 
-double ExpectedError(const CComponentCalibrationArray& calibrated, const CDbFormula& formula) {
-  constexpr double kUnknown = 1.0, kLeast = 0.3;
-  double largest = kUnset;
-  for (const CComponentCalibration& component : calibrated) {
-    const auto isLine = [&](const CDbFormulaElement& line) {
-      return static_cast<uint32_t>(line.componentId) == component.componentId;
-    };
-    if (IsUnset(component.leaveOneOut) || std::none_of(formula.begin(), formula.end(), isLine)) continue;
-    largest = std::max(IsUnset(largest) ? kLeast : largest, component.leaveOneOut);
-  }
-  return IsUnset(largest) ? kUnknown : largest;
-}
-
 bool DiagnoseBatch(const CColorantSystemData& system, const CBatch& batch, const CDiagnosisSettings& settings,
                    CBatchDiagnosis& diagnosis) {
-  const bool isUsable = settings.expectedError > 0.0 && settings.weighing > 0.0;
-  return isUsable && Diagnosis(system, batch, settings).Run(diagnosis);
+  return settings.weighing > 0.0 && Diagnosis(system, batch, settings).Run(diagnosis);
 }
 
 }  // namespace vrx

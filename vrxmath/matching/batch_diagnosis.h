@@ -15,8 +15,10 @@ namespace vrx {
 /// How a diagnosis is made.
 struct CDiagnosisSettings {
   SaundersonMode mode = SaundersonMode::kIncluded;  ///< of the batch's curve
-  /// How far the system's predictions of a mixture are off as a rule, CIEDE2000: what is less says nothing.
-  double expectedError = 1.0;
+  /// What is known of the system's components, so that an error of the model is not made one of the batch. Half of the
+  /// predictions of such a formula are off by PredictionError, at least 0.3, and 1 where nothing is known: what is less
+  /// says nothing.
+  CComponentCalibrationArray calibrated;
   /// How exactly amounts are weighed, as a part of them.
   double weighing = 0.03;
   /// Under which differences are stated.
@@ -51,19 +53,16 @@ struct CBatchDiagnosis {
   bool isClear = false;  ///< true when the second best is much less likely, by a likelihood ratio of some 100
 };
 
-/// How far a system's predictions of a formula are off as a rule, for CDiagnosisSettings: the largest median error of its
-/// components when left out of their calibration, at least 0.3; 1 where no calibration is known.
-[[nodiscard]] VRX_API double ExpectedError(const CComponentCalibrationArray& calibrated,
-                                           const CDbFormula& formula);
-
 /// Explains the curve of a batch by its formula: amounts are free around those that were written down, one or two of the
 /// batch's own components may have any amount, also none, and any one other component of the system may have been put in,
 /// beside them or in the place of one. Of all these the explanation is taken that leaves the least, at a price for each
-/// component that is suspected, so that an error of the model or of the instrument is not made one of the batch.
+/// component that is suspected, so that an error of the model or of the instrument is not made one of the batch; one that
+/// does not bring the colour nearer by three tenths of the difference is not taken. Of a two-constant batch the total is bound
+/// to half of what was written, since its curve says nothing of it.
 /// Method: for each combination least squares of reflectance from 400 to 700 nm by Gauss-Newton steps, from the linear
 ///         solution at the K/S of the curve on, amounts not negative. In each the curves of a component are those at its
 ///         written share.
-/// False, with `diagnosis` unchanged, when the curve is unset or the formula cannot be predicted.
+/// False, with `diagnosis` unchanged, when the curve is unset, the formula cannot be predicted or weighing is not above 0.
 [[nodiscard]] VRX_API bool DiagnoseBatch(const CColorantSystemData& system, const CBatch& batch,
                                          const CDiagnosisSettings& settings, CBatchDiagnosis& diagnosis);
 

@@ -6,11 +6,10 @@
 #include <vector>
 
 #include <vrxmath/colorant/film.h>
-#include <vrxmath/colorimetry/color_differences.h>
-#include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/calibration_fit.h>
+#include <vrxmath/matching/curve_difference.h>
 #include <vrxmath/numeric/elementary.h>
 #include <vrxmath/numeric/line_minimum.h>
 
@@ -74,12 +73,7 @@ class Fitter {
   }
 
   double DifferenceOf(const CReflData& measured, const CReflData& predicted) const {
-    CLabValues standard, trial;
-    XyzToLab(settings_.illuminant, settings_.observer, XyzOf(measured), standard);
-    XyzToLab(settings_.illuminant, settings_.observer, XyzOf(predicted), trial);
-    CDeltaValues delta;
-    DeltaCie2000(standard, trial, 1.0, 1.0, 1.0, delta);
-    return delta[CDeltaValues::kTotal];
+    return CurveDifference(measured, predicted, settings_.illuminant, settings_.observer);
   }
 
   CDrawdownFit FitOpaque(const CDrawdown& drawdown, const Curve& K, const Curve& S) const {

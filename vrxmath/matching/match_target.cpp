@@ -138,21 +138,26 @@ RecipeFault MatchTarget::CheckCurve(const CReflData& curve) const {
 }
 
 RecipeFault MatchTarget::SetLamps() {
-  RecipeFault fault = AddLamps(target_.curve);
-  for (const CReflData& other : target_.others) {
-    if (fault == RecipeFault::kNone) fault = AddLamps(other);
+  RecipeFault fault = AddLamps(target_.curve, AngleOf(0));
+  for (int32_t i = 0; i < target_.others.GetSize(); ++i) {
+    if (fault == RecipeFault::kNone) fault = AddLamps(target_.others[i], AngleOf(1 + i));
   }
   return fault == RecipeFault::kNone && !target_.others.IsEmpty() ? SetMean() : fault;
 }
 
-RecipeFault MatchTarget::AddLamps(const CReflData& curve) {
+double MatchTarget::AngleOf(int32_t geometry) const {
+  return geometry < target_.angles.GetSize() ? target_.angles[geometry] : settings_.angle;
+}
+
+RecipeFault MatchTarget::AddLamps(const CReflData& curve, double angle) {
+  if (!std::isfinite(angle)) return RecipeFault::kSettings;
   for (std::ptrdiff_t j = 0; j < settings_.illuminants.GetSize(); ++j) {
     const vrxIlluminant illuminant = settings_.illuminants[j];
     Viewing viewing;
     const double* table = WeightTable(illuminant, settings_.observer);
     if (table == nullptr || !FindViewing(illuminant, settings_.observer, viewing))
       return RecipeFault::kSettings;
-    Lamp lamp{j, illuminant, table, {}};
+    Lamp lamp{j, illuminant, table, std::fabs(angle), {}};
     lamp.color =
         ColorOf(lamp, isColorOnly_ ? LabToXyz(target_.lab.Values(3), viewing.white) : XyzOf(lamp, curve));
     lamps_.push_back(lamp);
@@ -220,8 +225,7 @@ Color MatchTarget::ColorOf(const Lamp& lamp, const Xyz& xyz) const {
 }
 
 double MatchTarget::DifferenceOf(const Lamp& lamp, const Xyz& xyz) const {
-  return ComputeDifference(settings_.difference, lamp.color, ColorOf(lamp, xyz), std::fabs(settings_.angle))
-      .dE;
+  return ComputeDifference(settings_.difference, lamp.color, ColorOf(lamp, xyz), lamp.angle).dE;
 }
 
 // Rows whose squares add up to the square of a small difference in the system of the settings; to that of dE*ab where the
@@ -414,7 +418,7 @@ void MatchTarget::Judge(CRecipe& recipe) const {
   const auto illuminants = static_cast<std::size_t>(settings_.illuminants.GetSize());
   for (std::size_t j = 1; j < illuminants; ++j) {
     const double index = MetamerismIndex(lamps_[0].illuminant, lamps_[j].illuminant, settings_.observer,
-                                         target_.curve, recipe.curve, settings_.difference);
+                                         target_.curve, recipe.curve, settings_.difference, lamps_[0].angle);
     if (IsUnset(recipe.metamerism) || index > recipe.metamerism) recipe.metamerism = index;
   }
 }

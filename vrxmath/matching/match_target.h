@@ -46,13 +46,15 @@ class MatchTarget {
     std::ptrdiff_t number;  // among the illuminants of the settings
     vrxIlluminant illuminant;
     const double* table;
-    Color color;  // of the target
+    double angle;  // aspecular, degrees
+    Color color;   // of the target
   };
 
   RecipeFault Check(const CRecipeTarget& target) const;
   RecipeFault CheckCurve(const CReflData& curve) const;
   RecipeFault SetLamps();
-  RecipeFault AddLamps(const CReflData& curve);
+  RecipeFault AddLamps(const CReflData& curve, double angle);
+  double AngleOf(int32_t geometry) const;
   RecipeFault SetMean();
   void SetSurface();
   void SetCurve();

@@ -100,7 +100,7 @@ RecipeFault CheckSettings(const CRecipeSettings& settings) {
                          settings.illuminants.GetSize() <= kMostIlluminants;
   const bool areNumbers =
       isWithin(settings.leastAmount, 0.0, 1.0) && settings.tolerance >= 0.0 &&
-      isWithin(settings.angle, 0.0, 180.0) && settings.trace.value_or(0.0) >= 0.0 &&
+      isWithin(settings.angle, -180.0, 180.0) && settings.trace.value_or(0.0) >= 0.0 &&
       isWithin(settings.batchSize, 1e-100, 1e100) && isWithin(settings.resolution, 0.0, 1e100) &&
       isWithin(settings.thickness, 0.0, 1e100) && isWithin(settings.leastOpacity, 0.0, 100.0);
   const bool areWeights =

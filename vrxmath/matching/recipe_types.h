@@ -43,6 +43,9 @@ struct CRecipeTarget {
   /// The same sample at further geometries: a recipe has one curve, and its difference under an illuminant is the
   /// largest over all of them. What is matched is their mean.
   CReflDataArray others;
+  /// Aspecular measuring angles in degrees, of the curve (or the colour) and of each of `others`; where none stands that of
+  /// the settings.
+  CDoubleArray1 angles{};
 };
 
 /// Choice, limits and price of one component that has its own. They stand here, since the fields of component records are
@@ -83,7 +86,9 @@ struct VRX_API CRecipeSettings {
   CDoubleArray1 weights;    ///< of their squared differences, one each; empty: all alike
   int32_t observer = kObserver10;
   CDifferenceSettings difference = DefaultSettings(vrxSystemCie2000);
-  double angle = 45.0;  ///< aspecular measuring angle in degrees, for the systems whose weights depend on it
+  /// Aspecular measuring angle in degrees, -180 to 180, for the systems whose weights depend on it, of targets that say
+  /// none.
+  double angle = 45.0;
   double tolerance = RecipeDefaults::kTolerance;  ///< largest difference under any illuminant
   RecipeObjective objective = RecipeObjective::kTristimulus;
   SaundersonMode mode = SaundersonMode::kIncluded;  ///< of the target, and so of the prediction
@@ -153,7 +158,7 @@ struct CRecipe {
   double load = 1.0;    ///< the part of its colorants
   LoadBasis loadBasis = LoadBasis::kWhole;
   CDWordArray1 outside;  ///< components whose shares lie outside of their calibrated range
-  /// CIEDE2000 that nine of ten predictions like it do not exceed (ErrorBound); unset where nothing is known of a
+  /// CIEDE2000 that nine of ten predictions like it do not exceed (PredictionError); unset where nothing is known of a
   /// component.
   double expected = kUnset;
   CReflData curve;  ///< what it is predicted to give, percent

@@ -49,59 +49,169 @@ VRX_LANE_INLINE void SolvePositive(Lanes (&A)[N][N], Lanes (&b)[N]) {
   }
 }
 
+// The lanes in which a comparison holds.
+VRX_LANE_INLINE unsigned Bits(bool mask) {
+  return mask ? 1 : 0;
+}
+template <class MASK>
+VRX_LANE_INLINE unsigned Bits(MASK mask) {
+  return LaneBits(mask);
+}
+
 // A pivot that rounding has left of two colorants that act alike still has a root.
 constexpr double kRidge = 1e-11;
 
 // ----------------------------------------------------------------------------------------------------------
 // The start
 
+// The linearised objective of a pack of subsets: a quadratic form of what is mixed, and what it scatters or, with a
+// substrate, how it goes with what the substrate gives.
+template <std::size_t N>
+class StartForms {
+ public:
+  StartForms(const MatchProblem& problem, const uint16_t* const* subset)
+      : problem_(problem), hasBase_(problem.baseK != nullptr) {
+    const std::size_t columns = Columns();
+    for (std::size_t i = 0; i < N; ++i) {
+      LaneValues value;
+      for (std::size_t j = 0; j <= i; ++j) {
+        for (std::size_t lane = 0; lane < kLaneCount; ++lane) {
+          value.v[lane] = problem.gram[subset[lane][i] * columns + subset[lane][j]];
+        }
+        form_[i][j] = value.Get();
+      }
+      for (std::size_t lane = 0; lane < kLaneCount; ++lane) {
+        value.v[lane] = hasBase_ ? -problem.gram[subset[lane][i] * columns + columns - 1]
+                                 : problem.scale[subset[lane][i]];
+      }
+      linear_[i] = value.Get();
+    }
+  }
+
+  // The minimum: with a substrate the shares, else parts of a mixture of any size.
+  void Minimum(Lanes (&b)[N]) const {
+    Lanes A[N][N];
+    for (std::size_t i = 0; i < N; ++i) {
+      for (std::size_t j = 0; j <= i; ++j) A[i][j] = form_[i][j];
+      A[i][i] = A[i][i] + A[i][i] * kRidge;
+      b[i] = linear_[i];
+    }
+    SolvePositive<N>(A, b);
+  }
+
+  // The minimum with the shares that are `fixed` at `at`. Without a substrate a fixed share grows with the others, so that
+  // each of these brings its part of it along.
+  void Minimum(const Lanes (&fixed)[N], const Lanes (&at)[N], Lanes (&b)[N]) const {
+    Lanes held = 0.0, part[N], along[N];
+    for (std::size_t i = 0; i < N; ++i) held += fixed[i] * at[i];
+    for (std::size_t i = 0; i < N; ++i) part[i] = fixed[i] * at[i] / (hasBase_ ? Lanes(1.0) : 1.0 - held);
+    Lanes scatter = 0.0, square = 0.0;
+    for (std::size_t i = 0; i < N; ++i) {
+      along[i] = 0.0;
+      for (std::size_t j = 0; j < N; ++j) along[i] += part[j] * Form(i, j);
+      scatter += part[i] * linear_[i];
+      square += part[i] * along[i];
+    }
+    Lanes A[N][N];
+    for (std::size_t i = 0; i < N; ++i) {
+      const auto isFixed = fixed[i] > 0.5;
+      for (std::size_t j = 0; j < i; ++j) {
+        const Lanes shared = hasBase_ ? form_[i][j] : form_[i][j] + along[i] + along[j] + square;
+        A[i][j] = Select(isFixed | (fixed[j] > 0.5), Lanes(0.0), shared);
+      }
+      const Lanes own = hasBase_ ? form_[i][i] : form_[i][i] + 2.0 * along[i] + square;
+      A[i][i] = Select(isFixed, Lanes(1.0), own + own * kRidge);
+      b[i] = Select(isFixed, Lanes(0.0), hasBase_ ? linear_[i] - along[i] : linear_[i] + scatter);
+    }
+    SolvePositive<N>(A, b);
+    Lanes others = 0.0;
+    for (std::size_t i = 0; i < N; ++i) others += b[i];
+    for (std::size_t i = 0; i < N; ++i) {
+      b[i] = Select(fixed[i] > 0.5, hasBase_ ? part[i] : part[i] * others, b[i]);
+    }
+  }
+
+  // Its value, for a mixture that scatters 1 or lies over the substrate.
+  Lanes Objective(const Lanes (&b)[N]) const {
+    Lanes scatter = 0.0, objective = 0.0;
+    for (std::size_t i = 0; i < N; ++i) scatter += b[i] * linear_[i];
+    for (std::size_t i = 0; i < N; ++i) {
+      Lanes sum = form_[i][i] * b[i];
+      for (std::size_t j = 0; j < i; ++j) sum += 2.0 * form_[i][j] * b[j];
+      objective += sum * b[i];
+    }
+    const std::size_t columns = Columns();
+    if (hasBase_) return objective - 2.0 * scatter + problem_.gram[columns * columns - 1];
+    return objective / (scatter * scatter);
+  }
+
+ private:
+  std::size_t Columns() const { return static_cast<std::size_t>(problem_.colorants) + (hasBase_ ? 1U : 0U); }
+  VRX_LANE_INLINE Lanes Form(std::size_t i, std::size_t j) const { return i < j ? form_[j][i] : form_[i][j]; }
+
+  const MatchProblem& problem_;
+  bool hasBase_;
+  Lanes form_[N][N], linear_[N];  // the lower triangle
+};
+
+// What makes shares of a minimum.
+template <std::size_t N>
+VRX_LANE_INLINE Lanes UnitOf(bool hasBase, const Lanes (&b)[N]) {
+  Lanes total = 0.0;
+  for (std::size_t i = 0; i < N; ++i) total += b[i];
+  return hasBase ? Lanes(1.0) : 1.0 / total;
+}
+
+// Where shares of the minimum lie beyond limits, the minimum with these on their limits.
+template <std::size_t N>
+void StartWithin(const StartForms<N>& forms, bool hasBase, const Lanes (&least)[N], const Lanes (&most)[N],
+                 Lanes (&b)[N]) {
+  const Lanes unit = UnitOf<N>(hasBase, b);
+  Lanes fixed[N], at[N], held[N], beyond = 0.0;
+  for (std::size_t i = 0; i < N; ++i) {
+    const Lanes share = b[i] * unit;
+    const auto below = (least[i] > 0.0) & (share < least[i]);
+    const auto above = (share > most[i]) & (most[i] < 1.0);
+    at[i] = Select(below, least[i], most[i]);
+    fixed[i] = Select(below | above, Lanes(1.0), Lanes(0.0));
+    at[i] = Select(below | above, at[i], Lanes(0.0));
+    beyond += fixed[i];
+  }
+  if (Bits(beyond > 0.0) == 0) return;
+  forms.Minimum(fixed, at, held);
+  // Where all are fixed, or the others would be negative together, the first minimum stays.
+  Lanes total = 0.0;
+  for (std::size_t i = 0; i < N; ++i) total += held[i];
+  const auto isUsable = (beyond > 0.0) & (total > 0.0);
+  for (std::size_t i = 0; i < N; ++i) b[i] = Select(isUsable, held[i], b[i]);
+}
+
 template <std::size_t N>
 void StartPack(const MatchProblem& problem, const uint16_t* const* subset, SubsetSolution* const* solutions) {
   const bool hasBase = problem.baseK != nullptr;
-  const auto columns = static_cast<std::size_t>(problem.colorants) + (hasBase ? 1U : 0U);
-  Lanes A[N][N], b[N], linear[N], form[N][N];
-  for (std::size_t i = 0; i < N; ++i) {
+  const StartForms<N> forms(problem, subset);
+  Lanes b[N], leastShare[N];
+  for (std::size_t i = 0; i < N; ++i) leastShare[i] = hasBase ? 1e-5 : 5e-4;
+  forms.Minimum(b);
+  if (problem.least != nullptr) {
+    Lanes least[N], most[N];
     LaneValues value;
-    for (std::size_t j = 0; j <= i; ++j) {
-      for (std::size_t lane = 0; lane < kLaneCount; ++lane) {
-        value.v[lane] = problem.gram[subset[lane][i] * columns + subset[lane][j]];
-      }
-      form[i][j] = A[i][j] = value.Get();
+    for (std::size_t i = 0; i < N; ++i) {
+      for (std::size_t lane = 0; lane < kLaneCount; ++lane) value.v[lane] = problem.least[subset[lane][i]];
+      least[i] = value.Get();
+      for (std::size_t lane = 0; lane < kLaneCount; ++lane) value.v[lane] = problem.most[subset[lane][i]];
+      most[i] = value.Get();
+      leastShare[i] = Select(least[i] > 0.0, least[i], leastShare[i]);
     }
-    A[i][i] = A[i][i] + A[i][i] * kRidge;
-    for (std::size_t lane = 0; lane < kLaneCount; ++lane) {
-      value.v[lane] =
-          hasBase ? -problem.gram[subset[lane][i] * columns + columns - 1] : problem.scale[subset[lane][i]];
-    }
-    linear[i] = b[i] = value.Get();
+    StartWithin<N>(forms, hasBase, least, most, b);
   }
-  SolvePositive<N>(A, b);
-  // With a substrate the minimum itself; else a direction, scaled to a mixture that scatters 1, for the objective, and
-  // to shares that make up 1.
-  Lanes scatter = 0.0, total = 0.0, objective = 0.0;
-  for (std::size_t i = 0; i < N; ++i) scatter += b[i] * linear[i];
-  for (std::size_t i = 0; i < N; ++i) {
-    Lanes sum = form[i][i] * b[i];
-    for (std::size_t j = 0; j < i; ++j) sum += 2.0 * form[i][j] * b[j];
-    objective += sum * b[i];
-  }
-  if (hasBase) {
-    objective = objective - 2.0 * scatter + problem.gram[columns * columns - 1];
-  } else {
-    objective = objective / (scatter * scatter);
-  }
-  const double least = hasBase ? 1e-5 : 5e-4;
-  for (std::size_t i = 0; i < N; ++i) total += b[i];
-  const Lanes unit = hasBase ? Lanes(1.0) : 1.0 / total;
-  total = 0.0;
-  for (std::size_t i = 0; i < N; ++i) {
-    b[i] = Max(Lanes(least), b[i] * unit);  // a NaN becomes the least share
-    total += b[i];
-  }
-  const Lanes whole = hasBase ? Lanes(1.0) : 1.0 / total;
+  const Lanes unit = UnitOf<N>(hasBase, b);
   LaneValues shares[N], value;
+  value.Set(forms.Objective(b));
+  for (std::size_t i = 0; i < N; ++i)
+    b[i] = Max(leastShare[i], b[i] * unit);  // a NaN becomes the least share
+  const Lanes whole = UnitOf<N>(hasBase, b);
   for (std::size_t i = 0; i < N; ++i) shares[i].Set(b[i] * whole);
-  value.Set(objective);
   for (std::size_t lane = 0; lane < kLaneCount; ++lane) {
     for (std::size_t i = 0; i < N; ++i) solutions[lane]->shares[i] = shares[i].v[lane];
     solutions[lane]->objective = value.v[lane];
@@ -255,7 +365,7 @@ class Steps : private PackCurves<N> {
       step_[i].v[lane] = 0.0;
       if constexpr (kLimited) {
         least_[i].v[lane] = problem_.least[subset[place]];
-        most_[i].v[lane] = problem_.most[subset[place]];
+        most_[i].v[lane] = MostOf(subset[place]);
         held_[i].v[lane] = 0.0;
       }
       if (!isNewRest && loaded_[i][lane] == subset[place]) continue;
@@ -269,7 +379,7 @@ class Steps : private PackCurves<N> {
     }
     if constexpr (kLimited) {
       restLeast_.v[lane] = hasBase_ ? 0.0 : problem_.least[subset[rest]];
-      restMost_.v[lane] = hasBase_ ? 2.0 : problem_.most[subset[rest]];
+      restMost_.v[lane] = hasBase_ ? kNoLimit : MostOf(subset[rest]);
       freed_.v[lane] = 0.0;
     }
     last_.v[lane] = 1e300;
@@ -299,16 +409,27 @@ class Steps : private PackCurves<N> {
   bool HasEnded(std::size_t lane) const { return ended_[lane]; }
 
  private:
+  static constexpr double kNoLimit = 1e100;
+
   // The place in its subset of a lane's unknown.
   std::size_t PlaceOf(std::size_t lane, std::size_t i) const { return i + (i >= rest_[lane] ? 1 : 0); }
 
-  // The colorant that takes what the others leave: the one that is furthest from its limits.
+  // The largest share of a colorant. One of 1 is none: where a share exceeds it, another has run to 0.
+  double MostOf(uint16_t colorant) const {
+    const double most = problem_.most[colorant];
+    return most < 1.0 ? most : kNoLimit;
+  }
+
+  // The colorant that takes what the others leave: the first without limits, since a subset whose share of it runs to 0 is
+  // left as any other; where all have limits, the one that is furthest from them.
   std::size_t RestOf(const uint16_t* subset, std::size_t colorants, const SubsetSolution& solution) const {
     std::size_t best = 0;
     double room = -1.0;
     for (std::size_t i = 0; i < colorants; ++i) {
-      const double share = solution.shares[i], most = problem_.most[subset[i]];
-      const double below = share - problem_.least[subset[i]], above = most < 1.0 ? most - share : below;
+      const double share = solution.shares[i];
+      const double least = problem_.least[subset[i]], most = problem_.most[subset[i]];
+      if (least == 0.0 && most >= 1.0) return i;
+      const double below = share - least, above = most < 1.0 ? most - share : below;
       if (Min(below, above) > room) room = Min(below, above), best = i;
     }
     return best;
@@ -460,12 +581,6 @@ class Steps : private PackCurves<N> {
     }
     freed_.Set(freed_.Get() + freed);
     return freed;
-  }
-
-  static VRX_LANE_INLINE unsigned Bits(bool mask) { return mask ? 1 : 0; }
-  template <class MASK>
-  static VRX_LANE_INLINE unsigned Bits(MASK mask) {
-    return LaneBits(mask);
   }
 
   // Writes the solutions of the lanes that ended, with what their last step promises to first order.

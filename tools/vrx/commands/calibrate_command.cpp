@@ -12,7 +12,9 @@
 #include <vrxmath/colorant/component_names.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/calibration.h>
+#include <vrxmath/matching/calibration_faults.h>
 #include <vrxmath/matching/dye_ladder.h>
+#include <vrxmath/matching/prediction_error.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
@@ -124,57 +126,6 @@ Division Divide(const CalibrateOptions& options, const DrawdownFile& file) {
   return division;
 }
 
-std::string NamesOf(const CIntArray1& components, const DrawdownFile& file) {
-  std::string text;
-  for (int32_t i = 0; i < components.GetSize(); ++i) {
-    if (i > 0) text += i + 1 == components.GetSize() ? " and " : ", ";
-    text += "\"" + file.names[static_cast<std::size_t>(components[i])] + "\"";
-  }
-  return text;
-}
-
-// What is wrong with one drawdown.
-std::string DrawdownFault(CalibrationFault fault, bool isOnSubstrate) {
-  switch (fault) {
-    case CalibrationFault::kShares:
-      return isOnSubstrate ? "expected at most one dye, no more of it than of the substrate, and no film"
-                           : "shares that cannot be used";
-    case CalibrationFault::kBelowSurface:
-      return "it is darker than the surface alone; use --specular excluded for curves without the specular "
-             "component, --specular none for uncorrected ones";
-    case CalibrationFault::kFilmSwapped:
-      return "the film is lighter over black than over white: the rows are swapped";
-    case CalibrationFault::kCardsSwapped:
-      return "the black card is not darker than the white one: the rows are swapped";
-    default:
-      return "it is not measured";
-  }
-}
-
-[[noreturn]] void Fail(const CalibrateOptions& options, const DrawdownFile& file, const CDrawdownArray& used,
-                       const CalibrationOutcome& outcome) {
-  const std::string prefix = options.samples + ": ";
-  const bool isOne = outcome.components.GetSize() == 1;
-  const std::string components = NamesOf(outcome.components, file);
-  switch (outcome.fault) {
-    case CalibrationFault::kNoWhite:
-      if (file.isOnSubstrate)
-        throw InputError(prefix + "no row is the bare substrate \"" + options.white + "\"");
-      throw InputError(prefix + "no drawdown has the white \"" + options.white + "\" in it");
-    case CalibrationFault::kNeverUsed:
-      throw InputError(prefix + "no drawdown has " + components + " in it");
-    case CalibrationFault::kOneShareOnly:
-      throw InputError(prefix + components +
-                       (isOne ? " has the same share in all its drawdowns"
-                              : " have the same share in all their drawdowns") +
-                       ", which is not enough to separate K from S: add a masstone or a letdown, or leave " +
-                       (isOne ? "it" : "them") + " out with --without");
-    default:
-      throw InputError(prefix + "drawdown \"" + used[outcome.drawdown].id.ToUtf8() +
-                       "\": " + DrawdownFault(outcome.fault, file.isOnSubstrate));
-  }
-}
-
 class FitRows {
  public:
   FitRows(const Format& format, OutputStream& output)
@@ -186,10 +137,11 @@ class FitRows {
                              {"contrast", "contrast", 3},
                              {"contrast_predicted", "predicted", 3},
                              {"thickness"},
-                             {"leave_one_out_linear", "linear"}})) {}
+                             {"leave_one_out_linear", "linear"},
+                             {"expected"}})) {}
 
   void Add(const CDrawdownArray& drawdowns, const CDrawdownFitArray& fits, int32_t from, int32_t to,
-           const char* part) {
+           const char* part, const CDoubleArray1& expected = {}) {
     for (int32_t i = from; i < to; ++i) {
       const CDrawdownFit& fit = fits[i];
       rows_->Text(drawdowns[i].id.ToUtf8());
@@ -198,6 +150,7 @@ class FitRows {
                                  fit.thickness, fit.leaveOneOutLinear}) {
         rows_->Number(value);
       }
+      rows_->Number(i < expected.GetSize() ? expected[i] : kUnset);
       rows_->EndRow();
     }
   }
@@ -302,6 +255,7 @@ class Calibration {
     std::vector<double> foreseen;
     if (!options_.additions.empty()) Add(before, foreseen);
     const CalibrationOutcome outcome = Calibrate(division_.used, system_, fits_);
+    system_.calibrated = CalibratedComponents(system_.data, division_.used, fits_);
     if (!options_.output.empty()) Write();
     WriteRows();
     if (IsOneConstant()) {
@@ -360,7 +314,14 @@ class Calibration {
     CalibrationOutcome outcome =
         IsOneConstant() ? CalibrateDyes(names, drawdowns, settings_, system.data, fits, buildUps_)
                         : CalibrateColorants(names, drawdowns, settings_, system.data, fits);
-    if (outcome.fault != CalibrationFault::kNone) Fail(options_, file_, drawdowns, outcome);
+    const auto option = [](std::string_view name, std::string_view value) {
+      return "--" + std::string(name) + (value.empty() ? "" : " " + std::string(value));
+    };
+    if (outcome.fault != CalibrationFault::kNone) {
+      throw InputError(
+          options_.samples + ": " +
+          CalibrationFaultText(outcome, {names, drawdowns, settings_, file_.isOnSubstrate, option}));
+    }
     return outcome;
   }
 
@@ -369,7 +330,6 @@ class Calibration {
     system_.specular = settings_.mode;
     system_.calibratedOn = std::filesystem::path(options_.samples).filename().string() + ", " +
                            std::to_string(division_.used.GetSize()) + " drawdowns";
-    system_.calibrated = CalibratedComponents(system_.data, division_.used, fits_);
     WriteColorSystem(options_.output, system_);
   }
 
@@ -382,17 +342,31 @@ class Calibration {
     }
   }
 
+  // The components of a drawdown with their shares.
+  CDbFormula FormulaOf(const CDrawdown& drawdown) const {
+    CDbFormula formula;
+    for (int32_t k = 0; k < drawdown.shares.GetSize(); ++k) {
+      CDbFormulaElement line;
+      line.componentId = static_cast<int32_t>(system_.data.componentsA[k].componentId);
+      line.amount = drawdown.shares[k];
+      if (line.amount > 0.0) formula.Add(line);
+    }
+    return formula;
+  }
+
   void WriteRows() const {
     CDrawdownFitArray heldFits;
+    CDoubleArray1 expected;
     for (const CDrawdown& drawdown : division_.held) {
       heldFits.Add(FitDrawdown(system_.data, drawdown, settings_));
+      expected.Add(PredictionError(FormulaOf(drawdown), system_.data, system_.calibrated).nineOfTen);
     }
     OutputStream output;
     FitRows rows(options_.format, output);
     const int32_t count = division_.used.GetSize(), own = count - division_.added;
     rows.Add(division_.used, fits_, 0, own, "used");
     rows.Add(division_.used, fits_, own, count, "added");
-    rows.Add(division_.held, heldFits, 0, heldFits.GetSize(), "held out");
+    rows.Add(division_.held, heldFits, 0, heldFits.GetSize(), "held out", expected);
     rows.Finish();
     output.Finish();
   }
@@ -484,7 +458,10 @@ void AddCalibrate(Command& tool) {
       "  leave_one_out   the same for a calibration without this drawdown, so that a bad one stands out;\n"
       "                  empty if there can be no such calibration\n"
       "  contrast        Y over black / Y over white, measured and predicted\n"
-      "  leave_one_out_linear  the same for the linear least squares that the fit starts from\n\n"
+      "  leave_one_out_linear  the same for the linear least squares that the fit starts from\n"
+      "  expected        for drawdowns held out: the error that nine of ten such predictions do not exceed, "
+      "as\n"
+      "                  vrx match states it\n\n"
       "Examples:\n"
       "  vrx calibrate examples/oil_drawdowns.csv --white \"zinc white\" --output /tmp/oil_paints.json \\\n"
       "    --without \"zinc white linseed,chrome yellow poppyseed\"\n"

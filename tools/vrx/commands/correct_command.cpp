@@ -47,11 +47,12 @@ CDbFormula ReadFormula(const CorrectOptions& options, const ColorSystem& system)
   throw InputError(options.formula + ": --name: there is no formula \"" + options.name + "\"");
 }
 
-// A part of 1 in percent, with two decimals at most.
+// A part of 1 in percent, with two decimals at most, or four where these leave nothing of it.
 std::string Percent(double part) {
+  constexpr double kSmall = 1e-3;
   std::array<char, 400> text;
-  const auto end =
-      std::to_chars(text.data(), text.data() + text.size(), 100.0 * part, std::chars_format::fixed, 2);
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), 100.0 * part,
+                                 std::chars_format::fixed, part < kSmall ? 4 : 2);
   std::string digits(text.data(), end.ptr);
   digits.erase(digits.find_last_not_of('0') + 1);
   if (digits.ends_with('.')) digits.pop_back();
@@ -75,7 +76,7 @@ std::string Diagnose(const ColorSystem& system, const CRecipeSettings& recipe, C
   settings.mode = recipe.mode;
   settings.illuminant = recipe.illuminants[0];
   settings.observer = recipe.observer;
-  settings.expectedError = ExpectedError(system.calibrated, batch.formula);
+  settings.calibrated = system.calibrated;
   CBatchDiagnosis diagnosis;
   if (!DiagnoseBatch(system.data, batch, settings, diagnosis)) return "";  // the correction says why
   batch.formula = diagnosis.best.formula;
@@ -116,7 +117,8 @@ void RunCorrect(CorrectOptions& options) {
   const ColorSystem system = ReadColorSystem(search.system);
   NamedBatch named{
       "batch", {ReadFormula(options, system), ReadOneCurve(options.batch, search.input), search.batchSize}};
-  const CRecipeTarget target = ReadOneTarget(options.target, search.input, options.search.criterion.viewing);
+  const CRecipeTarget target =
+      ReadOneTarget(options.target, search.input, search.criterion.system, options.search.criterion.viewing);
   CCorrectionSettings settings = SettingsOf(options, system, named.batch);
   RecipeNames names = NamesFor(search.system, search.choice.limits, options.target);
   names.batch = options.batch;
@@ -140,7 +142,7 @@ void RunCorrect(CorrectOptions& options) {
   OutputStream output;
   const std::unique_ptr<RowWriter> rows = MakeRowWriter(search.format, output, columns);
   int rank = 0;
-  for (const StockCorrection& correction : CorrectionsOf(named, before, corrections)) {
+  for (const CStockCorrection& correction : CorrectionsOf(0, named.batch.size, before, corrections)) {
     rows->Integer(++rank);
     WriteCorrection(correction, system, *rows);
     rows->Text(suspected);

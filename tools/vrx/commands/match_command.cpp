@@ -26,6 +26,7 @@
 #include "tools/vrx/recipes/correction.h"
 #include "tools/vrx/recipes/recipe_options.h"
 #include "tools/vrx/recipes/recipe_search.h"
+#include "tools/vrx/report/recipe_pictures.h"
 #include "tools/vrx/report/result_report.h"
 
 namespace vrx::tool {
@@ -56,13 +57,14 @@ struct NamedTarget {
 };
 
 // Takes a curve to the target of its id when that was measured at another geometry; false when there is none.
-bool AddGeometry(const CurveRow& row, std::vector<NamedTarget>& targets) {
+bool AddGeometry(const CurveRow& row, const SystemOptions& system, std::vector<NamedTarget>& targets) {
   const auto found = std::ranges::find_if(targets, [&](const NamedTarget& target) {
     return target.id == row.id && !target.geometries.empty() &&
            !std::ranges::count(target.geometries, row.geometry);
   });
   if (row.geometry == kNoGeometry || row.kind != Sample::kCurve || found == targets.end()) return false;
   found->target.others.Add(row.curve);
+  found->target.angles.Add(system.AngleOf(row.geometry));
   found->geometries.push_back(row.geometry);
   return true;
 }
@@ -71,25 +73,21 @@ bool AddGeometry(const CurveRow& row, std::vector<NamedTarget>& targets) {
 std::vector<NamedTarget> ReadTargets(MatchOptions& options, ResultReport& report) {
   std::vector<NamedTarget> targets;
   CurveReader samples = OpenCurves(options.targets, options.search.input, Content::kCurvesOrColors);
-  if (samples.Kind() == Sample::kXyz) {
-    samples.Source().FailRow("targets are curves or L*, a*, b*, not tristimulus values");
-  }
   options.search.criterion.viewing.Follow({&samples}, true);
   report.SetMeasured(samples);
+  const SystemOptions& system = options.search.criterion.system;
+  bool areAnglesKnown = true;
   CurveRow row;
   while (samples.Next(row)) {
-    if (AddGeometry(row, targets)) continue;
-    NamedTarget named{std::string(row.id), {}, {}};
+    areAnglesKnown = areAnglesKnown && SystemOptions::HasAngle(row.geometry);
+    if (AddGeometry(row, system, targets)) continue;
+    NamedTarget named{std::string(row.id), TargetOf(samples, row, system), {}};
     if (row.geometry != kNoGeometry) named.geometries.push_back(row.geometry);
-    if (row.kind == Sample::kCurve) {
-      named.target.curve = row.curve;
-    } else {
-      named.target.lab = CLabValues(row.color[0], row.color[1], row.color[2]);
-    }
     targets.push_back(named);
   }
   WarnAboutInput(samples);
   report.AddInput(samples);
+  system.WarnAboutAngle(areAnglesKnown);
   if (targets.empty()) throw InputError(options.targets + ": there is no row");
   return targets;
 }
@@ -160,46 +158,10 @@ void DescribeRun(const MatchOptions& options, const CRecipeSettings& settings, R
   report.AddViewing({illuminants.begin(), illuminants.end()}, settings.observer);
 }
 
-// The pictures of the first targets: each beside the first of what was found for it, and the curves of the first ones.
-void AddPictures(const CRecipeSettings& settings, const std::vector<NamedTarget>& targets,
-                 const std::function<std::vector<CReflData>(std::size_t)>& curvesOf, ResultReport& report) {
-  constexpr std::size_t kMostTargets = 100;
-  if (!report.IsWanted()) return;
-  const vrxIlluminant illuminant = settings.illuminants[0];
-  const auto shown = [&](const CTrisValues& xyz) { return Shown(illuminant, settings.observer, xyz); };
-  const auto colourOf = [&](const CReflData& curve) {
-    CTrisValues xyz;
-    curve.Tristimulus(illuminant, settings.observer, xyz);
-    return shown(xyz);
-  };
-  for (std::size_t i = 0; i < std::min(targets.size(), kMostTargets); ++i) {
-    const CRecipeTarget& target = targets[i].target;
-    std::vector<CReflData> curves = curvesOf(i);
-    if (curves.empty()) continue;
-    const ShownColour nearest = colourOf(curves.front());
-    if (!IsUnset(target.curve)) {
-      curves.insert(curves.begin(), target.curve);
-      report.AddTarget(targets[i].id, colourOf(target.curve), nearest, curves);
-      continue;
-    }
-    CTrisValues xyz;
-    LabToXyz(illuminant, settings.observer, target.lab, xyz);
-    report.AddTarget(targets[i].id, shown(xyz), nearest, {});
-  }
-  if (targets.size() <= kMostTargets) return;
-  report.SetNote(
-      TextOf(ReportText::kTargetsLeftOut, {std::to_string(kMostTargets), std::to_string(targets.size())}));
-}
-
-// The curves of the first recipes or corrections.
-template <class FOUND, class CURVE>
-std::vector<CReflData> FirstCurves(const FOUND& found, CURVE curve) {
-  constexpr std::size_t kMost = 10;
-  std::vector<CReflData> curves;
-  for (const auto& each : found) {
-    if (curves.size() < kMost) curves.push_back(curve(each));
-  }
-  return curves;
+// True where a cost was given, so that costs say something.
+bool HasCosts(const CRecipeSettings& settings) {
+  return std::any_of(settings.components.begin(), settings.components.end(),
+                     [](const CRecipeComponent& component) { return component.cost > 0.0; });
 }
 
 // True when a recipe may have something clear in it, so that its load is a question.
@@ -259,7 +221,9 @@ class RecipeRows {
     for (const vrxIlluminant illuminant : settings.illuminants) {
       columns.push_back({"dE_" + ShownIlluminant(illuminant), "dE " + ShownIlluminant(illuminant)});
     }
-    for (const char* name : {"metamerism", "rms", "cost", "opacity"}) columns.push_back({name});
+    columns.insert(columns.end(), {{"metamerism"}, {"rms"}});
+    columns.push_back({.name = "cost", .inReport = HasCosts(settings)});
+    columns.push_back({.name = "opacity", .inReport = !IsUnset(settings.black)});
     if (hasLoad_) columns.insert(columns.end(), {{"load"}, {"load_by", "load by"}});
     if (hasErrors_) columns.insert(columns.end(), {{"expected"}, {"outside"}});
     if (hasLibrary_) columns.insert(columns.end(), {{"from"}, {"new"}});
@@ -325,14 +289,23 @@ CCorrectionSettings CorrectionSettingsOf(const MatchOptions& options, const Colo
   return settings;
 }
 
-// The parts of leftovers in a recipe, as "A12:350;B7:120.5".
-std::string PartsText(const CLeftoverRecipe& recipe, const std::vector<NamedBatch>& stock, double batchSize) {
-  std::string text;
+// The leftovers in a recipe, and how much of each.
+std::vector<std::pair<std::string, std::string>> PartsOf(const CLeftoverRecipe& recipe,
+                                                         const std::vector<NamedBatch>& stock,
+                                                         double batchSize) {
+  std::vector<std::pair<std::string, std::string>> parts;
   for (std::size_t i = 0; i < stock.size(); ++i) {
     const double amount = recipe.used[static_cast<std::ptrdiff_t>(i)];
-    if (!(amount > 0.0)) continue;
-    text += (text.empty() ? "" : ";") + stock[i].id + ":" + AmountText(amount, batchSize);
+    if (amount > 0.0) parts.emplace_back(stock[i].id, AmountText(amount, batchSize));
   }
+  return parts;
+}
+
+// The same as "A12:350;B7:120.5".
+std::string PartsText(const CLeftoverRecipe& recipe, const std::vector<NamedBatch>& stock, double batchSize) {
+  std::string text;
+  for (const auto& [batch, amount] : PartsOf(recipe, stock, batchSize))
+    text += (text.empty() ? "" : ";") + batch + ":" + amount;
   return text;
 }
 
@@ -357,10 +330,10 @@ class StockSearch {
   }
 
   void Run() {
-    std::vector<std::vector<StockCorrection>> found;
+    std::vector<CStockCorrectionArray> found;
     {
-      SearchProgress progress(targets_.size() * stock_.size());
-      for (const NamedTarget& target : targets_) found.push_back(CorrectAll(target, progress));
+      SearchProgress progress(targets_.size());
+      for (std::size_t i = 0; i < targets_.size(); ++i) found.push_back(CorrectAll(i, progress));
     }
     std::vector<Column> columns{{"target"}, {"rank"}, {"batch"}};
     AddCorrectionColumns(settings_.recipe, columns);
@@ -370,18 +343,16 @@ class StockSearch {
     const std::unique_ptr<RowWriter> rows = report_.Rows(options_.search.format, output, columns);
     for (std::size_t i = 0; i < targets_.size(); ++i) {
       int rank = 0;
-      for (const StockCorrection& correction : found[i]) {
+      for (const CStockCorrection& correction : found[i]) {
         rows->Text(targets_[i].id);
         rows->Integer(++rank);
-        rows->Text(correction.batch);
+        rows->Text(stock_[static_cast<std::size_t>(correction.batch)].id);
         WriteCorrection(correction, system_, *rows);
         rows->EndRow();
       }
     }
     rows->Finish();
-    const auto curveOf = [](const StockCorrection& each) { return each.correction.curve; };
-    AddPictures(
-        settings_.recipe, targets_, [&](std::size_t i) { return FirstCurves(found[i], curveOf); }, report_);
+    AddPictures(found);
     report_.Save();
     output.Finish();
   }
@@ -393,19 +364,29 @@ class StockSearch {
     return names;
   }
 
-  // The additions that each batch needs to become a target, best first.
-  std::vector<StockCorrection> CorrectAll(const NamedTarget& target, SearchProgress& progress) {
-    std::vector<StockCorrection> found;
-    for (const NamedBatch& batch : stock_) {
-      CCorrection before;
-      CCorrectionArray corrections;
-      settings_.recipe.progress = progress.OfSearch(done_++);
-      const RecipeOutcome outcome = CorrectBatch(system_.data, system_.rules, batch.batch, target.target,
-                                                 settings_, before, corrections);
-      RefuseFaults(outcome, system_, settings_.recipe, NamesOf(target, batch));
-      for (const StockCorrection& each : CorrectionsOf(batch, before, corrections)) found.push_back(each);
+  void AddPictures(const std::vector<CStockCorrectionArray>& found) {
+    RecipePictures pictures(settings_.recipe, system_, report_);
+    for (std::size_t i = 0; i < targets_.size() && pictures.IsWanted(); ++i) {
+      std::vector<FoundRecipe> shown;
+      for (const CStockCorrection& each : found[i]) {
+        if (shown.size() == RecipePictures::kMostFound) break;
+        shown.push_back({stock_[static_cast<std::size_t>(each.batch)].id,
+                         NamedAmounts(each.correction.additions, system_, each.size), each.correction.curve});
+      }
+      pictures.Add(targets_[i].id, targets_[i].target, shown);
     }
-    OrderCorrections(found, settings_.aim, settings_.recipe.top);
+    pictures.Finish(targets_.size());
+  }
+
+  // What the batches need to become a target, best first.
+  CStockCorrectionArray CorrectAll(std::size_t number, SearchProgress& progress) {
+    CArrayVarex<CBatch> batches;
+    for (const NamedBatch& batch : stock_) batches.Add(batch.batch);
+    CStockCorrectionArray found;
+    settings_.recipe.progress = progress.OfSearch(number);
+    const RecipeOutcome outcome =
+        CorrectStock(system_.data, system_.rules, batches, targets_[number].target, settings_, found);
+    RefuseFaults(outcome, system_, settings_.recipe, NamesOf(targets_[number], stock_.front()));
     return found;
   }
 
@@ -415,7 +396,6 @@ class StockSearch {
   std::vector<NamedTarget> targets_;
   std::vector<NamedBatch> stock_;
   CCorrectionSettings settings_;
-  std::size_t done_ = 0;
 };
 
 // Recipes of parts of the stock and what is fresh.
@@ -443,7 +423,8 @@ void RunFromParts(MatchOptions& options) {
   for (const vrxIlluminant illuminant : settings.illuminants) {
     columns.push_back({"dE_" + ShownIlluminant(illuminant), "dE " + ShownIlluminant(illuminant)});
   }
-  columns.insert(columns.end(), {{"cost"}, {"status"}});
+  columns.push_back({.name = "cost", .inReport = HasCosts(settings)});
+  columns.push_back({"status"});
   OutputStream output;
   DescribeRun(options, settings, report);
   report.AddFile(ReportText::kStock, options.stock);
@@ -466,9 +447,19 @@ void RunFromParts(MatchOptions& options) {
     }
   }
   rows->Finish();
-  const auto curveOf = [](const CLeftoverRecipe& each) { return each.recipe.curve; };
-  AddPictures(
-      settings, targets, [&](std::size_t i) { return FirstCurves(found[i], curveOf); }, report);
+  RecipePictures pictures(settings, system, report);
+  for (std::size_t i = 0; i < targets.size() && pictures.IsWanted(); ++i) {
+    std::vector<FoundRecipe> shown;
+    for (const CLeftoverRecipe& each : found[i]) {
+      if (shown.size() == RecipePictures::kMostFound) break;
+      std::vector<std::pair<std::string, std::string>> amounts = PartsOf(each, stock, settings.batchSize);
+      for (const auto& fresh : NamedAmounts(each.recipe.formula, system, settings.batchSize))
+        amounts.push_back(fresh);
+      shown.push_back({std::to_string(shown.size() + 1), amounts, each.recipe.curve});
+    }
+    pictures.Add(targets[i].id, targets[i].target, shown);
+  }
+  pictures.Finish(targets.size());
   report.Save();
   output.Finish();
 }
@@ -546,9 +537,22 @@ void RunMatch(MatchOptions& options) {
     }
   }
   rows.Finish();
-  const auto curveOf = [](const CRecipe& recipe) { return recipe.curve; };
-  AddPictures(
-      settings, targets, [&](std::size_t i) { return FirstCurves(found[i], curveOf); }, report);
+  RecipePictures pictures(settings, system, report);
+  for (std::size_t i = 0; i < targets.size() && pictures.IsWanted(); ++i) {
+    std::vector<FoundRecipe> shown;
+    const auto show = [&](const std::string& heading, const CRecipe& recipe) {
+      if (shown.size() == RecipePictures::kMostFound) return;
+      shown.push_back(
+          {heading, NamedAmounts(recipe.formula, system, settings.batchSize), recipe.curve, recipe.expected});
+    };
+    for (const CRecipe& recipe : found[i]) show(std::to_string(shown.size() + 1), recipe);
+    if (!adapted.empty()) {
+      for (const CAdaptedRecipe& each : adapted[i])
+        show(made[static_cast<std::size_t>(each.former)].id, each.recipe);
+    }
+    pictures.Add(targets[i].id, targets[i].target, shown);
+  }
+  pictures.Finish(targets.size());
   report.Save();
   if (!options.formulas.empty()) WriteFormulas(options.formulas, formulas);
   output.Finish();

@@ -11,7 +11,6 @@
 #include <vrxmath/batch/nearest.h>
 #include <vrxmath/batch/sample_colors.h>
 #include <vrxmath/colorimetry/color_differences.h>
-#include <vrxmath/foundation/angles.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/reader_names.h"
@@ -125,10 +124,7 @@ struct Search : SearchConditions {
   bool withGeometry = false;  // a file has geometries
 
   /// The angle at which a sample was measured.
-  double AngleOf(int32_t geometry) const {
-    const auto code = static_cast<uint8_t>(std::max(geometry, 0));
-    return FamilyOfAngle(code) == AngleFamily::kOther ? AngleOfCode(code) : options.system.Angle();
-  }
+  double AngleOf(int32_t geometry) const { return options.system.AngleOf(geometry); }
 };
 
 // The standards among which samples of one geometry look: those of the same and those without one. A sample whose file says

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <map>
 
+#include <vrxmath/foundation/angles.h>
+
 #include "tools/vrx/base/command.h"
 
 namespace vrx::tool {
@@ -108,6 +110,14 @@ double SystemOptions::Angle() const {
     throw InputError("--angle: must be from -45 to 110 degrees");
   }
   return numbers[0];
+}
+
+bool SystemOptions::HasAngle(int32_t geometry) {
+  return geometry >= 0 && FamilyOfAngle(static_cast<uint8_t>(geometry)) == AngleFamily::kOther;
+}
+
+double SystemOptions::AngleOf(int32_t geometry) const {
+  return HasAngle(geometry) ? AngleOfCode(static_cast<uint8_t>(geometry)) : Angle();
 }
 
 void SystemOptions::WarnAboutAngle(bool geometriesKnown) const {

@@ -60,6 +60,10 @@ struct SystemOptions {
   /// The measuring angle where no geometry says one: the one that was given, else 45 degrees. Throws InputError for one that
   /// no geometry can have.
   double Angle() const;
+  /// True for a geometry that has an aspecular angle of its own.
+  static bool HasAngle(int32_t geometry);
+  /// The angle at which a sample of a geometry was measured: the geometry's own, or Angle() where it has none.
+  double AngleOf(int32_t geometry) const;
   /// Says on standard error that the usual angle was taken, where the system depends on it, nobody gave one, and
   /// `geometriesKnown` is false.
   void WarnAboutAngle(bool geometriesKnown) const;

@@ -148,6 +148,7 @@ struct Column {
   std::string heading = {};  ///< heading in a table; the name when empty
   int decimals = 2;          ///< of numbers in a table
   bool spare = false;        ///< left out of a table for which the terminal is too narrow, the last one first
+  bool inReport = true;      ///< false: a report does without it
 };
 
 /// How a cell of a table looks on a terminal.

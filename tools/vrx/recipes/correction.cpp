@@ -97,27 +97,37 @@ CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input) 
   return curve;
 }
 
+CRecipeTarget TargetOf(const CurveReader& curves, const CurveRow& row, const SystemOptions& system) {
+  constexpr double kLargestLightness = 110.0;  // whites that fluoresce lie a little above 100
+  CRecipeTarget target;
+  target.angles.Add(system.AngleOf(row.geometry));
+  if (row.kind == Sample::kCurve) {
+    target.curve = row.curve;
+    return target;
+  }
+  if (row.kind != Sample::kLab) curves.Source().FailRow("targets are curves or L*, a*, b*");
+  if (!(row.color[0] >= 0.0 && row.color[0] <= kLargestLightness)) {
+    curves.Source().FailRow("L* is not within 0 to 110");
+  }
+  std::copy(row.color.begin(), row.color.end(), target.lab.begin());
+  return target;
+}
+
 CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input,
-                            ViewingOptions& viewing) {
+                            const SystemOptions& system, ViewingOptions& viewing) {
   CurveReader curves = OpenCurves(path, input, Content::kCurvesOrColors);
   viewing.Follow({&curves}, true);
-  constexpr double kLargestLightness = 110.0;  // whites that fluoresce lie a little above 100
   CurveRow row;
   CRecipeTarget target;
   int count = 0;
+  bool isAngleKnown = false;
   for (; count < 2 && curves.Next(row); ++count) {
-    if (row.kind == Sample::kCurve) {
-      target.curve = row.curve;
-      continue;
-    }
-    if (row.kind != Sample::kLab) throw InputError(path + ", line 1: a target is a curve or L*, a*, b*");
-    if (!(row.color[0] >= 0.0 && row.color[0] <= kLargestLightness)) {
-      curves.Source().FailRow("L* is not within 0 to 110");
-    }
-    std::copy(row.color.begin(), row.color.end(), target.lab.begin());
+    target = TargetOf(curves, row, system);
+    isAngleKnown = SystemOptions::HasAngle(row.geometry);
   }
   WarnAboutInput(curves);
   if (count != 1) throw InputError(path + ": expected exactly one curve");
+  system.WarnAboutAngle(isAngleKnown);
   return target;
 }
 
@@ -147,46 +157,18 @@ double ParseMargin(const std::string& text) {
   return part;
 }
 
-void OrderCorrections(std::vector<StockCorrection>& corrections, CorrectionAim aim, int32_t top) {
-  const auto keyOf = [aim](const StockCorrection& each) {
-    if (!each.correction.isWithinTolerance || aim == CorrectionAim::kNearest) return each.correction.worst;
-    return aim == CorrectionAim::kCheapest ? each.price : each.part;
-  };
-  const bool isAnyHelp = std::ranges::any_of(corrections, &StockCorrection::helps);
-  if (isAnyHelp) std::erase_if(corrections, [](const StockCorrection& each) { return !each.helps; });
-  std::ranges::stable_sort(corrections, [&](const StockCorrection& a, const StockCorrection& b) {
-    if (a.correction.isWithinTolerance != b.correction.isWithinTolerance) {
-      return a.correction.isWithinTolerance;
-    }
-    return keyOf(a) < keyOf(b);
-  });
-  const std::size_t most = isAnyHelp ? static_cast<std::size_t>(top) : 1;
-  if (corrections.size() > most) corrections.resize(most);
-}
-
-std::vector<StockCorrection> CorrectionsOf(const NamedBatch& batch, const CCorrection& before,
-                                           const CCorrectionArray& corrections) {
-  std::vector<StockCorrection> found;
-  for (const CCorrection& correction : corrections) {
-    found.push_back({batch.id, batch.batch.size, before.worst, correction, true,
-                     correction.total / batch.batch.size, correction.cost / batch.batch.size});
-  }
-  // An array of one without additions is a batch that needs none; an empty one is a batch that none helps.
-  if (found.empty()) {
-    found.push_back({batch.id, batch.batch.size, before.worst, before, before.isWithinTolerance, 0.0, 0.0});
-  }
-  return found;
-}
-
 void AddCorrectionColumns(const CRecipeSettings& settings, std::vector<Column>& columns) {
   columns.insert(columns.end(), {{"additions"}, {"total"}, {"dE_before", "dE before"}});
   for (const vrxIlluminant illuminant : settings.illuminants) {
     columns.push_back({"dE_after_" + ShownIlluminant(illuminant), "dE after " + ShownIlluminant(illuminant)});
   }
-  columns.insert(columns.end(), {{"cost"}, {"status"}});
+  const bool hasCosts = std::any_of(settings.components.begin(), settings.components.end(),
+                                    [](const CRecipeComponent& component) { return component.cost > 0.0; });
+  columns.push_back({.name = "cost", .inReport = hasCosts});
+  columns.push_back({"status"});
 }
 
-void WriteCorrection(const StockCorrection& correction, const ColorSystem& system, RowWriter& rows) {
+void WriteCorrection(const CStockCorrection& correction, const ColorSystem& system, RowWriter& rows) {
   const CCorrection& what = correction.correction;
   const Tint tint = what.isWithinTolerance ? Tint::kGood : Tint::kBad;
   rows.Words(FormulaText(what.additions, correction.size),

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include <vrxmath/matching/batch_correction.h>
+#include <vrxmath/matching/stock_correction.h>
 
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/output/color_system_file.h"
@@ -21,18 +21,6 @@ struct NamedBatch {
   CBatch batch;
 };
 
-/// A batch of a stock and what would be added to it.
-struct StockCorrection {
-  std::string batch;
-  double size = 100.0;  ///< of the batch
-  double before = 0.0;  ///< its largest difference as it is
-  CCorrection correction;
-  bool helps =
-      true;  ///< false: nothing that may be added brings it nearer, and `correction` has no additions
-  double part = 0.0;  ///< additions, and their cost, per unit of the batch
-  double price = 0.0;
-};
-
 /// The batches of a file of curves with the columns `formula` ("1:94;7:1.5", components by id or name) and `amount`.
 /// Throws InputError for a row that is not one. Of recipes that were made once the amount does not matter.
 std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
@@ -41,9 +29,14 @@ std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& sy
 /// The only curve of a file. Throws InputError when there is none or more than one.
 CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input);
 
-/// The only target of a file: a curve or L*, a*, b*. Throws InputError when there is none or more than one, and for a colour
-/// that no surface has.
-CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input, ViewingOptions& viewing);
+/// The target of a row, a curve or L*, a*, b*, with the angle at which it was measured. Throws InputError for tristimulus
+/// values and for a colour that no surface has.
+CRecipeTarget TargetOf(const CurveReader& curves, const CurveRow& row, const SystemOptions& system);
+
+/// The only target of a file, as TargetOf takes it; `viewing` follows the light of its colours. Throws InputError when there is
+/// none or more than one.
+CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input,
+                            const SystemOptions& system, ViewingOptions& viewing);
 
 /// Throws InputError for a choice of more colorants than can be added to a batch.
 void CheckAdditions(const ChoiceOptions& choice);
@@ -57,17 +50,10 @@ double ParseMostAddition(const std::string& text);
 /// A part of the tolerance from "25%" or "25". Throws InputError for anything but 0 to 100 (excluded).
 double ParseMargin(const std::string& text);
 
-/// Puts what each batch needs in order: within the tolerance first, then by the aim, and keeps `top`.
-void OrderCorrections(std::vector<StockCorrection>& corrections, CorrectionAim aim, int32_t top);
-
-/// The corrections of one batch, best first; when there are none, the batch as it is, marked so.
-std::vector<StockCorrection> CorrectionsOf(const NamedBatch& batch, const CCorrection& before,
-                                           const CCorrectionArray& corrections);
-
 /// `additions,total,dE_before,dE_after_D65 ...,cost,status`.
 void AddCorrectionColumns(const CRecipeSettings& settings, std::vector<Column>& columns);
 /// The cells below them, without the end of the row.
-void WriteCorrection(const StockCorrection& correction, const ColorSystem& system, RowWriter& rows);
+void WriteCorrection(const CStockCorrection& correction, const ColorSystem& system, RowWriter& rows);
 
 }  // namespace vrx::tool
 

@@ -115,7 +115,6 @@ void CriterionOptions::Apply(const ColorSystem& colorSystem, const std::string& 
   settings.observer = viewing.Observer();
   settings.difference = system.Settings();
   settings.angle = system.Angle();
-  system.WarnAboutAngle(false);
   settings.objective = objective;
   settings.mode = SpecularOf(specular, colorSystem, path);
   if (!(tolerance >= 0.0)) throw InputError("--tolerance: must be a difference of 0 or more");

@@ -63,6 +63,10 @@ pictures::CurvesData CurvesOf(const CurvesChart& data) {
   curves.hasStandard = data.standard != nullptr;
   if (data.standard != nullptr) curves.curves.push_back(Measured(*data.standard, data.range));
   for (const PlottedCurve* trial : data.trials) curves.curves.push_back(Measured(*trial, data.range));
+  if (data.lower != nullptr && data.upper != nullptr) {
+    curves.lower = Measured(*data.lower, data.range);
+    curves.upper = Measured(*data.upper, data.range);
+  }
   curves.manyTrialsName =
       ForPicture(TextOf(ReportText::kWorstTrialsKey, {std::to_string(pictures::kMostTrialLines)}));
   if (!data.areRecipes) return curves;

@@ -50,6 +50,8 @@ struct CurvesChart {
   std::string title;
   const PlottedCurve* standard = nullptr;   ///< null when there is none: then without differences
   std::vector<const PlottedCurve*> trials;  ///< the most important ones first
+  const PlottedCurve* lower = nullptr;      ///< with `upper`, an area behind the lines
+  const PlottedCurve* upper = nullptr;
   MeasuredRange range;
   bool areRecipes = false;  ///< the standard is a target, and the trials are its recipes
 };

@@ -126,6 +126,9 @@ enum class ReportText : uint32_t {
   kDate,
   kTrialLab,
   kAbsolute,
+  kAmounts,
+  kComponent,
+  kTargetCurvesBand,
 };
 
 /// The text as UTF-8.

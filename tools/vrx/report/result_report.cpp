@@ -13,18 +13,20 @@ namespace {
 // Rows for a command's usual output and its report.
 class BothRows final : public RowWriter {
  public:
-  BothRows(std::unique_ptr<RowWriter> usual, RowWriter& report) : usual_(std::move(usual)), report_(report) {}
+  // `shown`: of each column, whether the report has it.
+  BothRows(std::unique_ptr<RowWriter> usual, RowWriter& report, std::vector<bool> shown)
+      : usual_(std::move(usual)), report_(report), shown_(std::move(shown)) {}
   void Text(std::string_view text, Tint tint) override {
     usual_->Text(text, tint);
-    report_.Text(text, tint);
+    if (IsShownNext()) report_.Text(text, tint);
   }
   void Words(std::string_view plain, std::string_view shown) override {
     usual_->Words(plain, shown);
-    report_.Words(plain, shown);
+    if (IsShownNext()) report_.Words(plain, shown);
   }
   void Number(double value, Tint tint) override {
     usual_->Number(value, tint);
-    report_.Number(value, tint);
+    if (IsShownNext()) report_.Number(value, tint);
   }
   void Known(double value) override {
     usual_->Known(value);
@@ -32,18 +34,43 @@ class BothRows final : public RowWriter {
   }
   void Integer(int64_t value) override {
     usual_->Integer(value);
-    report_.Integer(value);
+    if (IsShownNext()) report_.Integer(value);
   }
   void EndRow() override {
     usual_->EndRow();
     report_.EndRow();
+    column_ = 0;
   }
   void Finish() override { usual_->Finish(); }
 
  private:
+  bool IsShownNext() { return shown_[column_++]; }
+
   std::unique_ptr<RowWriter> usual_;
   RowWriter& report_;
+  std::vector<bool> shown_;
+  std::size_t column_ = 0;
 };
+
+// The amounts of a target's recipes, a component a row and a recipe a column.
+std::string AmountsHtml(const ReportTarget& target) {
+  if (target.amounts.empty()) return "";
+  const std::string caption = Escaped(Text(ReportText::kAmounts));
+  std::string html = "<div class=\"scroll\" tabindex=\"0\" role=\"region\" aria-label=\"" + caption +
+                     "\">\n<table class=\"amounts\">\n<caption>" + caption +
+                     "</caption>\n<thead><tr><th scope=\"col\">" + Escaped(Text(ReportText::kComponent)) +
+                     "</th>";
+  for (const std::string& heading : target.headings)
+    html += "<th scope=\"col\" class=\"number\"><bdi>" + Escaped(Shortened(heading, kLongestCell)) +
+            "</bdi></th>";
+  html += "</tr></thead>\n<tbody>\n";
+  for (const ReportTarget::AmountRow& row : target.amounts) {
+    html += "<tr><th scope=\"row\"><bdi>" + Escaped(Shortened(row.component, kLongestCell)) + "</bdi></th>";
+    for (const std::string& amount : row.amounts) html += "<td class=\"number\">" + Escaped(amount) + "</td>";
+    html += "</tr>\n";
+  }
+  return html + "</tbody>\n</table>\n</div>\n";
+}
 
 std::string PairHtml(const ShownColour& first, const ShownColour& second, std::string_view name) {
   return "<figure class=\"pair\">" + SwatchesHtml(first, second) + "<figcaption><bdi>" + Escaped(name) +
@@ -65,14 +92,17 @@ std::unique_ptr<RowWriter> ResultReport::Rows(const Format& format, OutputStream
                                               std::vector<Column> columns) {
   std::vector<ReportColumn> shown;
   shown.reserve(columns.size());
+  std::vector<bool> isShown;
   for (const Column& column : columns) {
+    isShown.push_back(column.inReport);
+    if (!column.inReport) continue;
     shown.push_back({column.heading.empty() ? column.name : column.heading,
                      IsChosenFrom(column.name) ? ReportColumn::Kind::kChoice : ReportColumn::Kind::kText,
                      column.decimals});
   }
   auto usual = MakeRowWriter(format, output, std::move(columns));
   if (!page_) return usual;
-  return std::make_unique<BothRows>(std::move(usual), table_.emplace(std::move(shown)));
+  return std::make_unique<BothRows>(std::move(usual), table_.emplace(std::move(shown)), std::move(isShown));
 }
 
 void ResultReport::AddFile(ReportText term, const std::string& path) {
@@ -119,13 +149,16 @@ void ResultReport::AddColour(std::string_view id, const ShownColour& colour) {
   if (page_) swatches_ += PairHtml(colour, colour, Shortened(id, kLongestCell));
 }
 
-void ResultReport::AddTarget(std::string_view id, const ShownColour& target, const ShownColour& nearest,
-                             const std::vector<CReflData>& curves) {
+void ResultReport::AddTarget(const ReportTarget& target) {
   if (!page_) return;
   Target& shown = targets_.emplace_back();
-  shown.name = Shortened(id, kLongestCell);
-  shown.swatches = PairHtml(target, nearest, Text(ReportText::kTargetAndFirst));
-  for (const CReflData& curve : curves) shown.curves.push_back(Plotted(curve));
+  shown.name = Shortened(target.id, kLongestCell);
+  shown.swatches = PairHtml(target.target, target.nearest, Text(ReportText::kTargetAndFirst));
+  for (const CReflData& curve : target.curves) shown.curves.push_back(Plotted(curve));
+  shown.amounts = AmountsHtml(target);
+  if (IsUnset(target.lower) || IsUnset(target.upper)) return;
+  shown.lower = Plotted(target.lower), shown.upper = Plotted(target.upper);
+  shown.error = FixedText(target.error);
 }
 
 void ResultReport::SetStandard(const CReflData& curve) {
@@ -157,7 +190,9 @@ void ResultReport::Save() {
     if (swatches_.find("</span>*") != std::string::npos)
       page_->AddParagraph("* " + Text(ReportText::kOutOfGamut));
     if (!curves_.empty()) {
-      CurvesChart chart{Text(standard_ ? ReportText::kCurves : ReportText::kCurvesOnly), nullptr, {}, range_};
+      CurvesChart chart;
+      chart.title = Text(standard_ ? ReportText::kCurves : ReportText::kCurvesOnly);
+      chart.range = range_;
       if (standard_) chart.standard = &*standard_;
       for (const PlottedCurve& curve : curves_) chart.trials.push_back(&curve);
       page_->AddChart(MakeChart(chart));
@@ -179,9 +214,14 @@ void ResultReport::AddTargets() {
     page_->AddSubheading(target.name);
     page_->AddHtml("<div class=\"pairs\">\n" + target.swatches + "</div>\n");
     isAnyBeyond = isAnyBeyond || target.swatches.find("</span>*") != std::string::npos;
+    page_->AddHtml(target.amounts);
     if (target.curves.empty()) continue;
-    CurvesChart chart{Text(ReportText::kTargetCurves), nullptr, {}, range_};
+    CurvesChart chart;
+    chart.title = target.lower ? TextOf(ReportText::kTargetCurvesBand, {target.error})
+                               : Text(ReportText::kTargetCurves);
+    chart.range = range_;
     chart.areRecipes = true;
+    if (target.lower && target.upper) chart.lower = &*target.lower, chart.upper = &*target.upper;
     chart.standard = &target.curves.front();
     for (const PlottedCurve& curve : std::span(target.curves).subspan(1)) chart.trials.push_back(&curve);
     page_->AddChart(MakeChart(chart));

@@ -21,6 +21,23 @@
 
 namespace vrx::tool {
 
+/// A target and what was found for it.
+struct ReportTarget {
+  /// Amounts by component, one text for each of `headings`, which may be empty.
+  struct AmountRow {
+    std::string component;
+    std::vector<std::string> amounts;
+  };
+
+  std::string id;
+  ShownColour target, nearest;
+  std::vector<CReflData> curves;  ///< the target's first and then those of what was found; or none
+  CReflData lower, upper;         ///< between which the first that was found is expected; or unset
+  double error = kUnset;          ///< by which these differ from it
+  std::vector<std::string> headings;
+  std::vector<AmountRow> amounts;
+};
+
 class ResultReport {
  public:
   /// `options` must outlive it. Throws InputError for a logo that is none.
@@ -47,10 +64,8 @@ class ResultReport {
   void SetStandard(const CReflData& curve);
   /// A swatch with its name.
   void AddColour(std::string_view id, const ShownColour& colour);
-  /// A target beside what came nearest to it, and the curves of both and of the alternatives: that of the target first, or
-  /// none.
-  void AddTarget(std::string_view id, const ShownColour& target, const ShownColour& nearest,
-                 const std::vector<CReflData>& curves);
+  /// A target beside what came nearest to it, with the curves and amounts of all that was found.
+  void AddTarget(const ReportTarget& target);
   /// The text before the pictures of targets.
   void SetNote(std::string_view note) { note_ = note; }
   void AddPlane(const PlaneChart& chart);
@@ -69,6 +84,9 @@ class ResultReport {
     std::string name;
     std::string swatches;  // HTML
     std::vector<PlottedCurve> curves;
+    std::optional<PlottedCurve> lower, upper;
+    std::string error;
+    std::string amounts;  // HTML
   };
 
   void AddTargets();

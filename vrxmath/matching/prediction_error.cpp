@@ -1,9 +1,11 @@
-#include <vrxmath/matching/error_bound.h>
+#include <vrxmath/matching/prediction_error.h>
 
 #include <algorithm>
 #include <vector>
 
 #include <vrxmath/formula/prediction.h>
+#include <vrxmath/matching/calibration_fit.h>
+#include <vrxmath/matching/curve_difference.h>
 #include <vrxmath/matching/offer.h>
 #include <vrxmath/numeric/elementary.h>
 
@@ -62,10 +64,11 @@ double WholeOf(const CDbFormula& formula, const CColorantSystemData& system) {
 
 }  // namespace
 
-double ErrorBound(const CDbFormula& formula, const CColorantSystemData& system,
-                  const CComponentCalibrationArray& calibrated, CDWordArray1* outside) {
+CPredictionError PredictionError(const CDbFormula& formula, const CColorantSystemData& system,
+                                 const CComponentCalibrationArray& calibrated) {
   const double whole = WholeOf(formula, system), usual = UsualError(calibrated);
-  double expected = 0.0;
+  CPredictionError error;
+  double half = 0.0, nineOfTen = 0.0;
   bool isKnown = whole > 0.0;
   for (const CDbFormulaElement& line : formula) {
     if (!(line.amount > 0.0)) continue;
@@ -78,14 +81,54 @@ double ErrorBound(const CDbFormula& formula, const CColorantSystemData& system,
       continue;
     }
     const double doublings = DoublingsOutside(line.amount / whole, *own);
-    if (doublings > 0.0 && outside != nullptr) outside->Add(id);
-    isKnown = isKnown && !IsUnset(own->leaveOneOut90);
+    if (doublings > 0.0) error.outside.Add(id);
+    if (IsUnset(own->leaveOneOut90)) {
+      isKnown = false;
+      continue;
+    }
     constexpr double kPerDoubling = 0.5;
     constexpr int32_t kFew = 9;  // of which nothing can be said about nine of ten
-    const double error = own->drawdowns > kFew ? own->leaveOneOut90 : std::max(own->leaveOneOut90, usual);
-    expected = std::max(expected, error * (1.0 + kPerDoubling * doublings));
+    const double growth = 1.0 + kPerDoubling * doublings;
+    const double own90 = own->drawdowns > kFew ? own->leaveOneOut90 : std::max(own->leaveOneOut90, usual);
+    half = std::max(half, growth * own->leaveOneOut);
+    nineOfTen = std::max(nineOfTen, growth * own90);
+    error.half = half;
   }
-  return isKnown ? expected : kUnset;
+  if (isKnown) error.nineOfTen = nineOfTen;
+  return error;
+}
+
+CExpectedBand ExpectedBand(const CReflData& predicted, double error, const CColorantSystemData& system,
+                           SaundersonMode mode, vrxIlluminant illuminant, int32_t observer) {
+  CExpectedBand band;
+  if (IsUnset(predicted) || IsUnset(error)) return band;
+  const CalibrationSurface surface{system.k1, system.k2, mode};
+  const auto withRatios = [&](double factor) {
+    CReflData curve;
+    for (int32_t w = 0; w < kWavelengths; ++w) {
+      const double internal = SaundersonToInternal(0.01 * predicted[w], system.k1, system.k2, mode);
+      const double R = std::min(std::max(internal, kLeastInternal), 1.0);
+      curve[w] = 100.0 * surface.Reflectance(factor * KubelkaMunkKs(100.0 * R));
+    }
+    return curve;
+  };
+  // The part of K/S, or of 1 in it, is halved in the interval that holds the one that makes the difference.
+  const auto farthest = [&](bool isLower) {
+    constexpr double kLeastPart = 1.0 / 64.0;
+    constexpr int kSteps = 30;
+    double within = 1.0, beyond = kLeastPart;
+    const auto curveOf = [&](double part) { return withRatios(isLower ? 1.0 / part : part); };
+    if (CurveDifference(predicted, curveOf(beyond), illuminant, observer) <= error) return curveOf(beyond);
+    for (int step = 0; step < kSteps; ++step) {
+      const double part = 0.5 * (within + beyond);
+      const bool isWithin = CurveDifference(predicted, curveOf(part), illuminant, observer) <= error;
+      (isWithin ? within : beyond) = part;
+    }
+    return curveOf(within);
+  };
+  band.lower = farthest(true);
+  band.upper = farthest(false);
+  return band;
 }
 
 }  // namespace vrx

@@ -1,0 +1,229 @@
+// calibrate as a process.
+
+#include <algorithm>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/tools/matching_commands.h"
+
+namespace vrx::tool {
+namespace {
+
+// Masstones, letdowns of about 10 % and greys give the constants; of the letdowns of about 50 % (one of 84 %), which take
+// no part, the seven hide well enough (contrast ratio above 0.9) to be predicted. Figures of a study on the same data.
+TEST_F(MatchingCommands, OilPaintsPredictWhatTookNoPart) {
+  const std::string oils = VRX_SOURCE_DIR "/examples/oil_drawdowns.csv";
+  const json rows = RunJson("calibrate " + oils +
+                            " --white \"zinc white\" --output oils.json --no-leave-one-out --hold-out "
+                            "01C,02C,03C,04C,04F,05C,06C,10C,13C,13F,13G,14C,15B"
+                            " --without \"zinc white linseed,chrome yellow poppyseed\"");
+  std::vector<double> differences;
+  for (const json& row : rows) {
+    const std::string id = row["drawdown"];
+    if (row["part"] != "held out" || !(id.ends_with("C") || id == "15B") || row["contrast"] < 0.9) continue;
+    differences.push_back(row["dE"]);
+  }
+  ASSERT_EQ(differences.size(), 7u);
+  std::sort(differences.begin(), differences.end());
+  EXPECT_LE(differences[3], 1.6);
+  EXPECT_LE(differences[6], 5.5);
+  ASSERT_EQ(Run("colorants oils.json"), 0);
+  EXPECT_NE(folder_.Read("out").find("prussian blue"), std::string::npos);
+}
+
+TEST_F(MatchingCommands, CalibrateRefusesWhatItCannotUse) {
+  const std::string header = "id,surface,share:W,share:B,540,560,580,600\n";
+  const auto file = [&](const char* name, const std::string& rows) { folder_.Write(name, header + rows); };
+  const std::string w = "w,opaque,100,,90,90,90,90\n", l = "l,opaque,90,10,50,40,50,50\n";
+  file("good.csv", w + l + "m,opaque,,100,10,9,10,10\n");
+  file("one.csv", w + l);
+  file("sum.csv", w + "l,opaque,90,20,50,40,50,50\n");
+  file("hole.csv", w + "l,opaque,90,10,50,,50,50\n");
+  file("surface.csv", w + "l,gloss,90,10,50,40,50,50\n");
+  file("pair.csv", w + "l,film over black,90,10,50,40,50,50\n");
+  file("card.csv", w + "l,film over black,90,10,50,40,50,50\nl,film over white,90,10,60,50,60,60\n");
+  file("shares.csv", w + "l,film over black,90,10,50,40,50,50\nl,film over white,80,20,60,50,60,60\n");
+  file("twice.csv", w + w);
+  folder_.Write("none.csv", "id,540,560,580,600\nw,90,90,90,90\n");
+  file("dark.csv", w + l + "m,opaque,,100,10,3,10,10\n");
+  const std::string cards = "card,black card,,,5,5,5,5\ncard,white card,,,85,85,85,85\n";
+  file("swapped.csv",
+       w + l + cards + "f,film over black,100,,80,80,80,80\nf,film over white,100,,60,60,60,60\n");
+  file("cards.csv", w + l + "card,white card,,,5,5,5,5\ncard,black card,,,85,85,85,85\n" +
+                        "f,film over black,100,,60,60,60,60\nf,film over white,100,,80,80,80,80\n");
+  folder_.Write("single.csv",
+                "id,share:W,share:B,share:C,540,560,580,600\nw,100,,,90,90,90,90\n"
+                "b,90,10,,50,40,50,50\nc,90,,10,50,40,50,50\n");
+  folder_.Write("both.csv", "id,surface,share:W,amount:B,540,560,580,600\n" + w);
+  folder_.Write("who.csv", "component,of,amount\n1/10 B,B,0.1\n");
+  folder_.Write("rest.csv", "component,of,amount\nB,carbon,0.1\n");
+  folder_.Write("more.csv", "component,of,amount\nB,carbon,0.7\nB,W,0.7\n");
+  folder_.Write("self.csv", "component,of,amount\nB,b,0.7\n");
+  folder_.Write("part.csv", "component,of,amount\nB,W,1.7\n");
+  folder_.Write("w.csv", "component,amount\nB,W\n");
+  folder_.Write("other_component.csv", "id,share:Q,540,560,580,600\nw,100,90,90,90,90\n");
+  folder_.Write("other_formula.csv", "id,formula,540,560,580,600\nw,Q:1,90,90,90,90\n");
+  ExpectRefusals({
+      {"calibrate good.csv", "--white"},
+      {"calibrate good.csv --white X", "there is no component \"X\""},
+      {"calibrate good.csv --white W --hold-out q", "\"q\""},
+      {"calibrate good.csv --white W --hold-out w,l", "the white \"W\""},
+      {"calibrate good.csv --white W --without Q", "there is no component \"Q\""},
+      {"calibrate good.csv --white W --k1 2", "0.999"},
+      {"calibrate good.csv --white W --output /nowhere/s.json", "/nowhere/s.json"},
+      {"calibrate one.csv --white W --output new.json", "one.csv: \"B\" has the same share"},
+      {"calibrate sum.csv --white W --output new.json",
+       "sum.csv, line 3: the shares of \"l\" add up to neither"},
+      {"calibrate hole.csv --white W --output new.json", "hole.csv, line 3, column 6 (560)"},
+      {"calibrate surface.csv --white W --output new.json", "surface.csv, line 3, column 2 (surface)"},
+      {"calibrate pair.csv --white W --output new.json",
+       "pair.csv: the film \"l\" has no row \"film over white\""},
+      {"calibrate card.csv --white W --output new.json",
+       "card.csv: the film \"l\" has no row \"black card\""},
+      {"calibrate shares.csv --white W --output new.json", "other shares"},
+      {"calibrate twice.csv --white W --output new.json", "already"},
+      {"calibrate none.csv --white W --output new.json", "share:NAME"},
+      {"calibrate dark.csv --white W --output new.json",
+       "dark.csv: drawdown \"m\": it is darker than the surface alone; use --specular excluded"},
+      {"calibrate swapped.csv --white W --output new.json",
+       "over black than over white: the rows are swapped"},
+      {"calibrate cards.csv --white W --output new.json", "black card is not darker than the white one"},
+      {"calibrate single.csv --white W --output new.json",
+       "single.csv: \"B\" and \"C\" have the same share in all their drawdowns"},
+      {"calibrate both.csv --white W --output new.json",
+       "column 4 (amount:B): a file cannot have both shares and amounts"},
+      {"calibrate good.csv --white W --output new.json --components who.csv",
+       "who.csv: no drawdown has a component \"1/10 B\""},
+      {"calibrate good.csv --white W --output new.json --components rest.csv", "there is no single base"},
+      {"calibrate good.csv --white W --output new.json --components more.csv", "add up to more than one"},
+      {"calibrate good.csv --white W --output new.json --components self.csv", "self.csv, line 2"},
+      {"calibrate good.csv --white W --output new.json --components part.csv", "part.csv, line 2, column 3"},
+      {"calibrate good.csv --white W --output new.json --components w.csv", "component, of and amount"},
+      {"calibrate good.csv --white W --weight 2", "--add"},
+      {"calibrate good.csv --white W --add good.csv --weight 0", "--weight"},
+      {"calibrate good.csv --white W --add good.csv --no-leave-one-out", "--no-leave-one-out"},
+      {"calibrate good.csv --white W --output new.json --add other_component.csv", "has no such component"},
+      {"calibrate good.csv --white W --output new.json --add other_formula.csv",
+       "the calibration has no component \"Q\""},
+  });
+  EXPECT_EQ(Run("calibrate good.csv --white w --output s.json"), 0) << folder_.Read("err");
+  EXPECT_EQ(Run("colorants s.json"), 0);
+  file("cards.csv", w + l + "m,opaque,,100,10,9,10,10\n" + cards);
+  EXPECT_EQ(Run("calibrate cards.csv --white w"), 0);
+  EXPECT_NE(folder_.Read("err").find("no film uses the row \"card\" black card"), std::string::npos);
+}
+
+// How the surface entered the curves stands in the system's file, and every command goes by it.
+TEST_F(MatchingCommands, TheSurfaceOfACalibrationIsKept) {
+  folder_.Write("samples.csv", Header("id,share:white,share:black", 360, 750) + FlatRow("w,100,0", "88") +
+                                   FlatRow("g,90,10", "20") + FlatRow("b,0,100", "0.4"));
+  ExpectRefusals({{"calibrate samples.csv --white white --output new.json", "--specular excluded"}});
+  ASSERT_EQ(Run("calibrate samples.csv --white white --specular excluded --k1 0.05 --output s.json"), 0)
+      << folder_.Read("err");
+  const json system = json::parse(folder_.Read("s.json"));
+  EXPECT_EQ(system["specular"], "excluded");
+  EXPECT_EQ(system["k1"], 0.05);
+  EXPECT_EQ(system["calibrated_on"], "samples.csv, 3 drawdowns");
+  EXPECT_NEAR(system["components"][1]["calibrated"]["least"].get<double>(), 10.0, 1e-9);
+  EXPECT_EQ(system["components"][1]["calibrated"]["most"], 100.0);
+  EXPECT_EQ(system["components"][1]["calibrated"]["drawdowns"], 2);
+  folder_.Write("f.json", R"({"formulas":[{"name":"g","lines":[
+      {"component":1,"amount":90},{"component":2,"amount":10}]}]})");
+  folder_.Write("t.csv", Wide() + FlatRow("t", "2"));
+  EXPECT_NEAR(RunJson("predict s.json f.json")[0]["500"].get<double>(), 20.0, 0.01);
+  EXPECT_EQ(RunJson("match s.json t.csv")[0]["status"], "ok") << "darker than a surface that is not in it";
+  const std::string contradicts =
+      "s.json: \"specular\": the system was calibrated on curves with the surface excluded, not ";
+  ExpectRefusals({
+      {"predict s.json f.json --specular included", contradicts},
+      {"match s.json t.csv --specular none", contradicts},
+      {"correct s.json --formula f.json --batch t.csv --target t.csv --batch-size 9 --specular included",
+       contradicts},
+  });
+  EXPECT_EQ(Run("match s.json t.csv --specular excluded"), 0);
+}
+
+// Parts in columns of amounts, a base, and a dilution that is weighed in, say the same as shares.
+TEST_F(MatchingCommands, AmountsAndDilutionsAreShares) {
+  const std::string curves = ",30,35,40,45\n", white = ",80,80,80,80\n", dark = ",6,6,6,7\n";
+  folder_.Write("parts.csv",
+                "id,amount:tint,amount:carbon,amount:white,base:resin,540,560,580,600\n"
+                "w,,,40,100" +
+                    white + "v,,,20,100,75,75,75,75\nt,20,,38,82" + curves + "c,,3,,97" + dark);
+  folder_.Write("components.csv", "component,of,amount\ntint,carbon,0.1\n");
+  folder_.Write("shares.csv",
+                "id,share:carbon,share:white,share:resin,540,560,580,600\n"
+                "w,,28.571428571428573,71.428571428571431" +
+                    white +
+                    "v,,16.666666666666668,83.333333333333329,75,75,75,75\n"
+                    "t,1.4285714285714286,27.142857142857142,71.428571428571431" +
+                    curves + "c,3,,97" + dark);
+  const json parts =
+      RunJson("calibrate parts.csv --white white --components components.csv --output parts.json");
+  const json shares = RunJson("calibrate shares.csv --white white --output shares.json");
+  ASSERT_EQ(parts.size(), shares.size());
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    EXPECT_NEAR(parts[i]["dE"].get<double>(), shares[i]["dE"].get<double>(), 1e-6) << i;
+  }
+  EXPECT_EQ(json::parse(folder_.Read("parts.json"))["components"][2]["kind"], "resin");
+}
+
+// Ladders of single dyes become levels, and recipes on them are told in grams per litre.
+TEST_F(MatchingCommands, DyesBuildUpOnASubstrate) {
+  const std::string header = "id,share:blue,share:red,540,560,580,600\n", bare = "c,,,80,80,80,80\n";
+  const std::string ladder = bare + "b1,0.5,,60,50,40,50\nb2,1,,50,40,30,40\nb3,2,,49,39,29,39\n" +
+                             "r1,,1,40,50,60,70\nr2,,2,30,40,50,60\n";
+  folder_.Write("ladder.csv", header + ladder);
+  folder_.Write("two.csv", header + bare + "x,1,1,60,50,40,50\n");
+  folder_.Write("naked.csv", header + "b1,0.5,,60,50,40,50\nr1,,1,40,50,60,70\n");
+  folder_.Write("parts.csv", "id,amount:blue,540,560,580,600\nb1,0.5,60,50,40,50\n");
+  const std::string calibrate = " --model textiles --specular none --white cotton ";
+  const json rows = RunJson("calibrate ladder.csv" + calibrate + "--output dyes.json");
+  EXPECT_NEAR(rows[1]["dE"].get<double>(), 0.0, 1e-6);
+  EXPECT_NE(folder_.Read("err").find("\"blue\" saturates: from 1.00 % on"), std::string::npos)
+      << folder_.Read("err");
+  const json system = json::parse(folder_.Read("dyes.json"));
+  EXPECT_EQ(system["model"], "textiles");
+  EXPECT_EQ(system["specular"], "none");
+  EXPECT_EQ(system["components"][0]["levels"].size(), 3u);
+  EXPECT_EQ(system["components"][2]["name"], "cotton");
+  EXPECT_NEAR(system["components"][0]["calibrated"]["least"].get<double>(), 0.5, 1e-9);
+  folder_.Write("targets.csv", "id,540,560,580,600\nt,40,50,60,70\n");
+  const auto redOf = [&](const std::string& options) {
+    const std::string formula =
+        RunJson("match dyes.json targets.csv --require red --exclude blue " + options)[0]["formula"];
+    return std::stod(formula.substr(formula.find("2:") + 2));
+  };
+  EXPECT_NEAR(redOf(""), 1.0, 0.01) << "percent of the fibre";
+  EXPECT_NEAR(redOf("--liquor 20"), 0.5, 0.005) << "1 % is 10 g of a kilogram in 20 l";
+  const std::string again = calibrate + "--output new.json";
+  ExpectRefusals({
+      {"calibrate two.csv" + again, "two.csv: drawdown \"x\": expected at most one dye"},
+      {"calibrate naked.csv" + again, "naked.csv: no row is the bare substrate \"cotton\""},
+      {"calibrate parts.csv" + again, "parts.csv: there is no column \"base:cotton\""},
+      {"calibrate ladder.csv" + again + " --add ladder.csv", "--add"},
+      {"calibrate ladder.csv --model metallics --white c", "--model"},
+      {"match dyes.json targets.csv --liquor 0.0001 --batch-size 3", "--liquor"},
+      {"match dyes.json targets.csv --liquor -1", "--liquor: must be litres per kilogram"},
+      {"match " + kPaints + " targets.csv --specular none --liquor 10", "\"model\": --liquor is for dyes"},
+  });
+}
+
+// Further samples count by their weight, and their effect on what they do not hold is told.
+TEST_F(MatchingCommands, CalibrateLearns) {
+  const std::string oils = "calibrate " VRX_SOURCE_DIR
+                           "/examples/oil_drawdowns.csv --white \"zinc white\""
+                           " --without \"zinc white linseed,chrome yellow poppyseed\" ";
+  folder_.Write("batches.csv", "id,formula,540,560,580,600\nb,zinc white:99;prussian blue:1,90,90,90,90\n");
+  const json rows = RunJson(oils + "--add batches.csv --weight 20");
+  EXPECT_EQ(rows[rows.size() - 1]["part"], "added");
+  const std::string told = folder_.Read("err");
+  EXPECT_NE(told.find("the held-out error of the drawdowns did not fall: "), std::string::npos) << told;
+  EXPECT_NE(told.find("what was added had been predicted with an error of "), std::string::npos) << told;
+}
+
+}  // namespace
+}  // namespace vrx::tool

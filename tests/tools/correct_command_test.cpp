@@ -1,0 +1,286 @@
+// correct as a process, and what match and correct refuse.
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/tools/matching_commands.h"
+
+namespace vrx::tool {
+namespace {
+
+// A batch with 5 parts of 100 of a colorant becomes one with 10 by adding (0.10 - 0.05) / (1 - 0.10) of its size; so does a
+// leftover of it.
+TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
+  folder_.Write("all.json", R"({"formulas":[
+      {"name":"batch","lines":[{"component":1,"amount":95},{"component":7,"amount":5}]},
+      {"name":"target","lines":[{"component":1,"amount":90},{"component":7,"amount":10}]},
+      {"name":"white","lines":[{"component":1,"amount":1}]}]})");
+  for (const json& row : RunJson("predict " + kPaints + " all.json")) {
+    std::string cells = "c", whiter = "c";
+    for (int nm = 360; nm <= 750; nm += 10) {
+      const double percent = row[std::to_string(nm)];
+      cells += "," + row[std::to_string(nm)].dump();
+      whiter += "," + std::to_string(percent + 3.0);
+    }
+    const std::string name = row["id"];
+    folder_.Write(name + ".csv", Wide() + cells + "\n");
+    folder_.Write(name + "_lighter.csv", Wide() + whiter + "\n");
+  }
+  const std::string correct = "correct " + kPaints + " --formula all.json --name batch --max-colorants 1 ";
+  const json nearest =
+      RunJson(correct + "--batch batch.csv --target target.csv --batch-size 90 --aim nearest --top 1");
+  ASSERT_EQ(nearest.size(), 1u);
+  EXPECT_EQ(nearest[0]["additions"], "7:5");
+  EXPECT_NEAR(nearest[0]["total"].get<double>(), 90.0 * 0.05 / 0.9, 1e-6);
+  EXPECT_EQ(nearest[0]["status"], "ok");
+  ASSERT_EQ(
+      Run(correct + "--batch batch.csv --target target.csv --batch-size 90 --resolution 0.5 --format csv"),
+      0);
+  EXPECT_TRUE(folder_.Read("out").starts_with(
+      "rank,additions,total,dE_before,dE_after_D65,dE_after_A,dE_after_CWF,cost,status,suspected\n1,7:"));
+  const json tooLittle = RunJson(
+      correct +
+      "--batch batch.csv --target target.csv --batch-size 90 --max-addition 1% --tolerance 0.1 --top 1");
+  EXPECT_EQ(tooLittle[0]["status"], "out of tolerance");
+  EXPECT_NEAR(tooLittle[0]["total"].get<double>(), 0.9, 1e-6);
+  const json none = RunJson("correct " + kPaints +
+                            " --formula all.json --name white --batch white.csv"
+                            " --target white_lighter.csv --batch-size 90 --tolerance 0.1 --max-colorants 1");
+  ASSERT_EQ(none.size(), 1u);
+  EXPECT_EQ(none[0]["status"], "no addition helps");
+  EXPECT_EQ(none[0]["additions"], "");
+
+  // The messages of correct about prices and steps.
+  folder_.Write("costs.csv", "component,cost\n7,2\n10,0.1\n");
+  const std::string priced =
+      correct + "--batch batch.csv --target target.csv --batch-size 90 --limits costs.csv --top 3 ";
+  const json cheapest = RunJson(priced + "--aim cheapest --tolerance 3");
+  for (const json& row : cheapest) {
+    const std::string additions = row["additions"];
+    const double price = additions.starts_with("7:") ? 2.0 : additions.starts_with("10:") ? 0.1 : 0.0;
+    EXPECT_NEAR(row["cost"].get<double>(), price * TotalOf(additions), 1e-3) << additions;
+    EXPECT_EQ(row["status"] == "ok", &row == &cheapest[0]) << "the cheap colorant alone does not reach it";
+    EXPECT_NEAR(row["dE_before"].get<double>(), nearest[0]["dE_before"].get<double>(), 1e-12);
+  }
+  EXPECT_EQ(RunJson(priced + "--aim nearest --resolution 3")[0]["additions"], "7:6") << "of 5";
+  EXPECT_EQ(RunJson(priced + "--exclude 7 --aim nearest --tolerance 0.1")[0]["status"], "out of tolerance");
+
+  // The same from leftovers: of two, the one that needs less for its size, whatever its size.
+  std::string stock = Wide();
+  stock.insert(2, ",formula,amount");
+  const auto cells = [&](const char* name) {
+    const std::string file = folder_.Read(name);
+    return file.substr(file.find('\n') + 2);
+  };
+  stock +=
+      "far,1:100,9" + cells("white.csv") + "near,1:95;Phthalo Blue (Green Shade):5,900" + cells("batch.csv");
+  folder_.Write("stock.csv", stock);
+  const std::string leftovers = "match " + kPaints + " target.csv --from-stock stock.csv --max-colorants 1 ";
+  const json best = RunJson(leftovers + "--sort color --top 2 --tolerance 0.1");
+  ASSERT_EQ(best.size(), 2u);
+  EXPECT_EQ(best[0]["batch"], "near");
+  EXPECT_EQ(best[0]["additions"], "7:50");
+  EXPECT_EQ(best[1]["batch"], "far");
+  EXPECT_EQ(best[1]["additions"], "7:1") << "a tenth of what will be 10";
+  ASSERT_EQ(Run(leftovers + "--report stock.html --max-addition 0.1% --top 1 --tolerance 0.1 --format csv"),
+            0);
+  EXPECT_TRUE(folder_.Read("out").starts_with(
+      "target,rank,batch,additions,total,dE_before,dE_after_D65,dE_after_A,dE_after_CWF,cost,status\n"
+      "c,1,near,14:0.9,"))
+      << folder_.Read("out");
+  EXPECT_NE(folder_.Read("stock.html").find("curves of the target and of 1 recipes"), std::string::npos);
+}
+
+// Components and amounts of a text such as 1:94;7:6.
+json LinesOf(const std::string& formula) {
+  json lines = json::array();
+  for (std::size_t at = 0; at < formula.size();) {
+    const std::size_t end = std::min(formula.find(';', at), formula.size()), colon = formula.find(':', at);
+    lines.push_back({{"component", std::stoi(formula.substr(at, colon - at))},
+                     {"amount", std::stod(formula.substr(colon + 1, end - colon - 1))}});
+    at = end + 1;
+  }
+  return lines;
+}
+
+// A batch of 100 of the formula `written` from which one line was left out by mistake; the curve has noise of 0.05 % that
+// is the same everywhere. The differences of what the told correction really gives.
+class LeftOut : public MatchingCommands {
+ protected:
+  void Correct(const json& written, std::size_t left) {
+    const std::string name = written["name"];
+    json real = written;
+    real["lines"].erase(left);
+    folder_.Write("target.json", json{{"formulas", {written}}}.dump());
+    folder_.Write("real.json", json{{"formulas", {real}}}.dump());
+    WriteCurves(kPaints, "target.json", "target.csv");
+    WriteCurves(kPaints, "real.json", "batch.csv", 0.05);
+    const json row = RunJson("correct " + kPaints +
+                             " --formula target.json --batch batch.csv --target target.csv"
+                             " --batch-size 100 --max-addition 9000% --top 1")[0];
+    EXPECT_EQ(row["status"], "ok") << name << " " << left;
+    EXPECT_NE(row["suspected"].get<std::string>().find(" % instead of "), std::string::npos)
+        << name << " " << left << " " << row["suspected"];
+    double total = 0.0;
+    for (const json& line : real["lines"]) total += line["amount"].get<double>();
+    for (json& line : real["lines"]) line["amount"] = 100.0 * line["amount"].get<double>() / total;
+    for (const json& line : LinesOf(row["additions"])) real["lines"].push_back(line);
+    folder_.Write("corrected.json", json{{"formulas", {real}}}.dump());
+    WriteCurves(kPaints, "corrected.json", "corrected.csv");
+    ++cases_;
+    const json after = RunJson("correct " + kPaints +
+                               " --formula corrected.json --batch corrected.csv --target"
+                               " target.csv --batch-size 1 --trust-formula --tolerance 100")[0];
+    if (after["dE_before"].get<double>() <= 1.0) return;
+    missed_ += name + " " + std::to_string(left) + " ";
+    ++misses_;
+  }
+
+  int cases_ = 0, misses_ = 0;
+  std::string missed_;
+};
+
+TEST_F(LeftOut, IsFoundAndCorrected) {
+  const json formulas = json::parse(std::ifstream(kFormulas))["formulas"];
+  for (const json& written : formulas) {
+    const std::size_t lines = written["lines"].size();
+    for (std::size_t left = 0; lines > 2 && left < lines; ++left) Correct(written, left);
+  }
+  EXPECT_EQ(cases_, 16);
+  EXPECT_LE(misses_, 2) << missed_;
+}
+
+// Whatever is wrong is told with file and field, and nothing is written.
+TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
+  const std::string good = FlatRow("t", "40"), t = Wide() + good;
+  folder_.Write("t.csv", t);
+  folder_.Write("dark.csv", t + FlatRow("d", "3"));
+  folder_.Write("d.csv", Wide() + FlatRow("d", "3"));
+  folder_.Write("hole.csv", Wide() + FlatRow("t", "40", true));
+  folder_.Write("lab.csv", "id,L,a,b\nt,50,10,10\n");
+  folder_.Write("bright.csv", "id,L,a,b\nt,150,10,10\n");
+  folder_.Write("xyz.csv", "id,X,Y,Z\nt,50,10,10\n");
+  folder_.Write("min.csv", "component,min,max\n3,60,50\n");
+  folder_.Write("low.csv", "component,max\n3,1\n");
+  folder_.Write("sum.csv", "component,min\n3,60\n4,60\n");
+  folder_.Write("cost.csv", "component,cost\n3,-1\n");
+  folder_.Write("who.csv", "component,cost\nNobody,1\n");
+  const json level = {{{"concentration", 1}, {"K", json::array()}, {"S", json::array()}}};
+  json two = {{"name", "r"},
+              {"components",
+               {{{"id", 1}, {"name", "a"}, {"levels", level}},
+                {{"id", 2}, {"name", "b"}, {"levels", level}},
+                {{"id", 3}, {"name", "c"}}}}};
+  for (const std::size_t component : {0u, 1u}) {
+    for (const char* curve : {"K", "S"})
+      two["components"][component]["levels"][0][curve] = std::vector<double>(40, 1);
+  }
+  two["rules"] = {{1, 2}};
+  folder_.Write("two.json", two.dump());
+  two["model"] = "textiles";
+  folder_.Write("dyes.json", two.dump());
+  folder_.Write("bare.json", R"({"name":"r","components":[{"id":1,"name":"a"},{"id":2,"name":"b"}]})");
+  folder_.Write("metal.json", R"({"name":"m","model":"metallics","components":[]})");
+  folder_.Write("f.json", R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":3}]}]})");
+  folder_.Write("twice.json", R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":3}]},
+                                              {"name":"y","lines":[{"component":1,"amount":3}]}]})");
+  folder_.Write("empty.json", R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":0}]}]})");
+  folder_.Write("unknown.json", R"({"formulas":[{"name":"x","lines":[{"component":99,"amount":1}]}]})");
+  std::string header = Wide();
+  header.insert(2, ",formula,amount");
+  const auto stock = [&](const char* name, const std::string& start, const char* percent) {
+    folder_.Write(name, header + FlatRow(start, percent));
+  };
+  stock("stock.csv", "s,1:95;7:5,90", "40");
+  stock("stock_empty.csv", "s,,90", "40");
+  stock("stock_text.csv", "s,1:95;7,90", "40");
+  stock("stock_who.csv", "s,1:95;99:5,90", "40");
+  stock("stock_dark.csv", "s,1:95;7:5,90", "3");
+  stock("stock_none.csv", "s,1:95;7:5,0", "40");
+
+  const std::string match = "match " + kPaints + " --formulas new.json --report new.html ";
+  const std::string from = "match " + kPaints + " t.csv --report new.html --from-stock ";
+  const std::string correct = "correct " + kPaints + " --batch-size 9 --formula ";
+  ExpectRefusals({
+      {"match " + kPaints + " bright.csv --formulas new.json",
+       "bright.csv, line 2: L* is not within 0 to 110"},
+      {match + "none.csv", "none.csv"},
+      {match + "hole.csv", "hole.csv, line 2, column 16 (500)"},
+      {match + "dark.csv",
+       "dark.csv: target \"d\" is darker than the surface alone; use --specular excluded"},
+      {match + "lab.csv --objective spectral", "lab.csv: target \"t\": this --objective needs a curve"},
+      {match + "xyz.csv", "xyz.csv, line 2: targets are curves or L*, a*, b*"},
+      {match + "t.csv --require 99", "--require: the colour system has no component \"99\""},
+      {match + "t.csv --exclude Nobody", "--exclude: the colour system has no component \"Nobody\""},
+      {match + "t.csv --limits who.csv",
+       "who.csv, line 2, column 1 (component): the colour system has no component"},
+      {match + "t.csv --require 3 --exclude \"Cobalt Blue\"",
+       "--require, --exclude: component 3 \"Cobalt Blue\""},
+      {match + "t.csv --require 1,2,3,4,5", "acrylic_paints.json: no subset is left"},
+      {match + "t.csv --max-colorants 7", "--max-colorants"},
+      {match + "t.csv --limits min.csv", "min.csv, line 2: min is above max"},
+      {match + "t.csv --limits low.csv --min-amount 2",
+       "low.csv: component 3 \"Cobalt Blue\": its least share"},
+      {match + "t.csv --limits sum.csv --require 3,4", "sum.csv: no recipe makes up 100 percent"},
+      {match + "t.csv --min-amount 60 --require 3,4", "--min-amount: no recipe makes up 100 percent"},
+      {match + "t.csv --limits cost.csv", "cost.csv, line 2, column 2 (cost)"},
+      {match + "t.csv --min-amount 101", "--min-amount"},
+      {match + "t.csv --weights 1,2", "--weights"},
+      {match + "t.csv --resolution 101", "--resolution"},
+      {match + "t.csv --max-subsets 20852",
+       "--max-subsets: there are 20853 subsets, more than 20852: exclude components"},
+      {match + "t.csv --min-opacity 98", "--backings"},
+      {match + "t.csv --backings t.csv", "t.csv: expected two curves"},
+      {match + "t.csv --max-addition 9%", "--from-stock"},
+      {"match " + kPaints + " t.csv --formulas /nowhere/f.json", "/nowhere/f.json"},
+      {"match " + kPaints + " t.csv --formulas t.csv", "t.csv: this file is read as input"},
+      {"match two.json t.csv --require 1,2", "two.json: \"rules\" forbid every subset"},
+      {"match two.json t.csv --require c",
+       "two.json: component 3 \"c\" cannot be in a recipe: it has no levels"},
+      {"match dyes.json t.csv", "dyes.json: \"components\": there is no substrate"},
+      {"match bare.json t.csv", "bare.json: no subset is left"},
+      {"match metal.json t.csv", "metal.json: \"model\""},
+      {from + "t.csv", "\"formula\""},
+      {from + "stock_empty.csv", "stock_empty.csv, line 2, column 2 (formula): expected a formula such as"},
+      {from + "stock_text.csv", "stock_text.csv, line 2, column 2 (formula): expected a formula such as"},
+      {from + "stock_who.csv",
+       "stock_who.csv, line 2, column 2 (formula): the colour system has no component \"99\""},
+      {from + "stock_dark.csv", "stock_dark.csv: batch \"s\" is darker than the surface alone"},
+      {from + "stock_none.csv", "stock_none.csv, line 2, column 3 (amount)"},
+      {from + "stock.csv --sort metamerism", "--sort"},
+      {from + "stock.csv --max-colorants 6", "--max-colorants"},
+      {from + "stock.csv --batch-size 9", "--batch-size"},
+      {from + "stock.csv --min-amount 9", "--min-amount"},
+      {correct + "f.json --batch t.csv", "--target"},
+      {correct + "none.json --batch t.csv --target t.csv", "none.json"},
+      {correct + "empty.json --batch t.csv --target t.csv",
+       "empty.json: formulas[0].lines: there is nothing in it"},
+      {correct + "unknown.json --batch t.csv --target t.csv", "unknown.json: formulas[0].lines[0].component"},
+      {correct + "twice.json --batch t.csv --target t.csv", "--name"},
+      {correct + "f.json --name y --batch t.csv --target t.csv", "f.json: --name"},
+      {correct + "f.json --batch hole.csv --target t.csv", "hole.csv, line 2, column 16 (500)"},
+      {correct + "f.json --batch d.csv --target t.csv", "d.csv is darker than the surface alone"},
+      {correct + "f.json --batch t.csv --target d.csv", "d.csv is darker than the surface alone"},
+      {correct + "f.json --batch t.csv --target dark.csv", "dark.csv: expected exactly one curve"},
+      {correct + "f.json --batch t.csv --target xyz.csv",
+       "xyz.csv, line 2: targets are curves or L*, a*, b*"},
+      {correct + "f.json --batch t.csv --target bright.csv", "bright.csv, line 2: L* is not within 0 to 110"},
+      {correct + "f.json --batch t.csv --target lab.csv --objective spectral", "lab.csv: this --objective"},
+      {correct + "f.json --batch t.csv --target t.csv --margin 100%", "--margin"},
+      {correct + "f.json --batch t.csv --target t.csv --max-addition 0%", "--max-addition"},
+      {correct + "f.json --batch t.csv --target t.csv --min-amount 3", "--min-amount"},
+      {correct + "f.json --batch t.csv --target t.csv --max-colorants 6", "--max-colorants"},
+      {correct + "f.json --batch t.csv --target t.csv --allow-new --max-subsets 5",
+       "20853 subsets, more than 5"},
+      {"correct " + kPaints + " --formula f.json --batch t.csv --target t.csv --batch-size 0",
+       "--batch-size"},
+  });
+}
+
+}  // namespace
+}  // namespace vrx::tool
