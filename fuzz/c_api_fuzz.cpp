@@ -241,7 +241,7 @@ const Function kFunctions[] = {
      }},
     {{40 * kReal, 40 * kReal},
      {},
-     [](const Plain& p, const Arrays& a) {
+     [](const Plain& p, const Arrays& a) -> vrx_status {
        // A calibration of its own: two components and any drawdowns of them.
        vrx_handle calibration = 0, colorants = 0;
        if (p.count < 1) return VRX_BAD_COUNT;
