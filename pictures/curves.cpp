@@ -99,7 +99,7 @@ std::vector<KeyEntry> KeyOf(const CurvesData& data, const std::vector<CDblPolyli
   if (!data.hasStandard || lines.size() < 2) return entries;
   const CString trial = NameOf(data.trialName, ControlText::kTrial);
   const bool isCut = CountTrials(data) > kMostTrialLines && !data.manyTrialsName.IsEmpty();
-  entries.push_back({NameOf(data.standardName, ControlText::kStandard), &lines[0]});
+  entries.push_back({NameOf(data.standardName, ControlText::kStandard), &lines.front()});
   entries.push_back({isCut ? data.manyTrialsName : trial, &lines[1]});
   return entries;
 }

@@ -250,7 +250,7 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
   EXPECT_EQ(folder_.Read("err").find("measuring angle"), std::string::npos);
   const json told15 = RunJson("match " + kPaints + " none.csv --angle 15" + by);
   const json usual = RunJson("match " + kPaints + " none.csv" + by);
-  EXPECT_NE(folder_.Read("err").find("45 degrees are taken"), std::string::npos);
+  EXPECT_NE(folder_.Read("err").find("45 degrees are assumed"), std::string::npos);
   EXPECT_EQ(of15[0]["dE_D65"], told15[0]["dE_D65"]);
   EXPECT_NE(of15[0]["dE_D65"], usual[0]["dE_D65"]);
 

@@ -179,7 +179,7 @@ double WavelengthOf(std::string_view heading) {
   const std::string after = PlainText(parts.after);
   if (parts.number.empty() || !IsWavelengthPrefix(PlainText(parts.before))) return 0;
   if (parts.before.find_first_of("-+.,") != std::string_view::npos) return 0;
-  if (after != "" && after != "nm" && after != "nmr") return 0;
+  if (!after.empty() && after != "nm" && after != "nmr") return 0;
   if (parts.after.find_first_of("-+.,:/") != std::string_view::npos) return 0;
   double value = 0;
   const bool isNumber = ParseDecimal(parts.number, ',', value);

@@ -194,11 +194,11 @@ void ReportTable::PutCell(std::string_view json, std::string_view html) {
   ++column_;
 }
 
-void ReportTable::Text(std::string_view whole, Tint) {
-  const std::string text = Shortened(whole, kLongestCell);
+void ReportTable::Text(std::string_view text, Tint) {
+  const std::string shown = Shortened(text, kLongestCell);
   const bool areWords =
       Column().kind == ReportColumn::Kind::kWords || Column().kind == ReportColumn::Kind::kReason;
-  PutCell(JsonText(text), (areWords ? "<td class=\"words\">" : "<td>") + Isolated(text) + "</td>");
+  PutCell(JsonText(shown), (areWords ? "<td class=\"words\">" : "<td>") + Isolated(shown) + "</td>");
 }
 
 void ReportTable::Number(double value, Tint tint) {
