@@ -56,10 +56,10 @@ class BothRows final : public RowWriter {
 std::string AmountsHtml(const ReportTarget& target) {
   if (target.amounts.empty()) return "";
   const std::string caption = Escaped(Text(ReportText::kAmounts));
-  std::string html = "<div class=\"scroll\" tabindex=\"0\" role=\"region\" aria-label=\"" + caption +
-                     "\">\n<table class=\"amounts\">\n<caption>" + caption +
-                     "</caption>\n<thead><tr><th scope=\"col\">" + Escaped(Text(ReportText::kComponent)) +
-                     "</th>";
+  std::string html =
+      "<div class=\"scroll\" tabindex=\"0\" role=\"region\" aria-label=\"" + caption + ": " +
+      Escaped(Shortened(target.id, kLongestCell)) + "\">\n<table class=\"amounts\">\n<caption>" + caption +
+      "</caption>\n<thead><tr><th scope=\"col\">" + Escaped(Text(ReportText::kComponent)) + "</th>";
   for (const std::string& heading : target.headings)
     html += "<th scope=\"col\" class=\"number\"><bdi>" + Escaped(Shortened(heading, kLongestCell)) +
             "</bdi></th>";
