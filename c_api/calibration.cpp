@@ -139,7 +139,6 @@ using api::CurveOf;
 using api::Find;
 using api::NeedPlace;
 using api::NeedRange;
-using api::Refusal;
 
 vrx_status VRX_CALL vrx_usual_calibration_settings(vrx_calibration_settings* settings) {
   return Call([&] {

@@ -95,7 +95,7 @@ std::string ConflictOf(const CurveReader& standards, const CurveReader& trials) 
     ofStandards.specular = ofTrials.specular = Specular::kUnknown;
     ofStandards.mCondition = ofTrials.mCondition = -1;
   }
-  const std::string conflict = ConditionConflict(ofStandards, ofTrials);
+  std::string conflict = ConditionConflict(ofStandards, ofTrials);
   if (conflict.empty()) return conflict;
   return "measured under other conditions than " + standards.Source().Name() + ": " + conflict;
 }
