@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ranges>
 #include <utility>
 
 #include "pictures/texts.h"
@@ -149,7 +148,8 @@ void NameSeries(Picture& picture, const TrendData& data, const Rect& area, const
   const double line = 0.8 * look.textHeight;
   // From the bottom up, then from the top down: each at least a line from the next.
   double free = area.Bottom() + look.textHeight / 2;
-  for (auto& end : std::views::reverse(ends)) free = end.first = std::min(end.first, free - line);
+  for (auto end = ends.rbegin(); end != ends.rend(); ++end)
+    free = end->first = std::min(end->first, free - line);
   free = area.top - line;
   for (auto& end : ends) free = end.first = std::max(end.first, free + line);
   for (const auto& [y, name] : ends) {

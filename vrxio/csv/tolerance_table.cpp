@@ -208,6 +208,7 @@ std::vector<std::string> LimitTable<LIMITS>::UnusedRows() const {
     }
   }
   std::vector<std::string> rows;
+  rows.reserve(unused.size());
   for (auto& [line, text] : unused) rows.push_back(std::move(text));
   return rows;
 }

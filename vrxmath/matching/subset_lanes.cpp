@@ -1,7 +1,5 @@
 #include <vrxmath/matching/subset_kernels.h>
 
-#include <type_traits>
-
 #include <vrxmath/foundation/ks_data.h>
 #include <vrxmath/numeric/lane_kernels.h>
 #include <vrxmath/numeric/lanes.h>
@@ -52,14 +50,16 @@ VRX_LANE_INLINE void SolvePositive(Lanes (&A)[N][N], Lanes (&b)[N]) {
 }
 
 // The lanes in which a comparison holds.
+#if VRX_LANES > 1
 template <class MASK>
 VRX_LANE_INLINE unsigned Bits(MASK mask) {
-  if constexpr (std::is_same_v<MASK, bool>) {
-    return mask ? 1 : 0;
-  } else {
-    return LaneBits(mask);
-  }
+  return LaneBits(mask);
 }
+#else
+VRX_LANE_INLINE unsigned Bits(bool mask) {
+  return mask ? 1 : 0;
+}
+#endif
 
 // A pivot that rounding has left of two colorants that act alike still has a root.
 constexpr double kRidge = 1e-11;

@@ -305,7 +305,7 @@ std::vector<std::pair<std::string, std::string>> PartsOf(const CLeftoverRecipe& 
 std::string PartsText(const CLeftoverRecipe& recipe, const std::vector<NamedBatch>& stock, double batchSize) {
   std::string text;
   for (const auto& [batch, amount] : PartsOf(recipe, stock, batchSize))
-    text += (text.empty() ? "" : ";") + batch + ":" + amount;
+    text.append(text.empty() ? "" : ";").append(batch).append(":").append(amount);
   return text;
 }
 
