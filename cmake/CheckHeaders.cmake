@@ -24,7 +24,7 @@ function(vrx_check_headers)
   file(CONFIGURE OUTPUT include_order.txt CONTENT "${order}\n")
   find_package(Python3 REQUIRED COMPONENTS Interpreter)
   add_test(NAME include_order
-    COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/cmake/check_include_order.py
+    COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/cmake/check_include_order.py
             ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_BINARY_DIR}/include_order.txt)
   set_tests_properties(include_order PROPERTIES LABELS unit)
 endfunction()

@@ -215,8 +215,8 @@ class Canvas {
 };
 
 bool HasNear(HDC device, POINT point, COLORREF color) {
-  for (LONG y = point.y - 1; y <= point.y + 1; ++y) {
-    for (LONG x = point.x - 1; x <= point.x + 1; ++x) {
+  for (LONG y = point.y - 2; y <= point.y + 2; ++y) {
+    for (LONG x = point.x - 2; x <= point.x + 2; ++x) {
       if (::GetPixel(device, x, y) == color) return true;
     }
   }

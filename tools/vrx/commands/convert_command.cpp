@@ -136,13 +136,15 @@ void WriteOutput(MeasurementReader& source, const WriteOptions& writing) {
 void RunConvert(const ConvertOptions& options) {
   WriteOptions writing = WritingOf(options);
   InputStream input = OpenInput(options.in);
-  if (input.size == 0) HoldInput(input);  // it is read twice
+  const bool ontoItself = options.in != "-" && options.out != "-" && AreOneFile(options.in, options.out);
+  // What has no size is read twice; Windows replaces no file that is still being read.
+  if (input.size == 0 || ontoItself) HoldInput(input);
   ReadOptions reading = options.input.Reading();
   reading.keepsOthers = true;
   const auto source = OpenMeasurements(std::move(input), reading);
   std::vector<std::string> losses;
   writing.onLosses = [&](const std::vector<std::string>& lost) {
-    if (options.in != "-" && options.out != "-" && AreOneFile(options.in, options.out)) {
+    if (ontoItself) {
       throw InputError(options.out + ": the file to be replaced would lose " + Listed(lost) +
                        "; write to another");
     }
