@@ -3,7 +3,10 @@
 #ifndef PYTHON_SRC_COLOR_SYSTEM_H_
 #define PYTHON_SRC_COLOR_SYSTEM_H_
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +21,13 @@ struct System {
       ids.push_back(component->GetId());
       names.push_back(component->GetName().ToUtf8());
     }
+  }
+
+  /// The place of a component in `ids`, which must have it: throws std::out_of_range otherwise.
+  std::size_t PlaceOfId(uint32_t id) const {
+    const auto found = std::find(ids.begin(), ids.end(), id);
+    if (found == ids.end()) throw std::out_of_range("no component " + std::to_string(id));
+    return static_cast<std::size_t>(found - ids.begin());
   }
 
   io::ColorSystem file;

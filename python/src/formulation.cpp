@@ -63,8 +63,7 @@ py::tuple ReadFormulas(const System& system, const std::filesystem::path& path) 
   for (const io::NamedFormula& formula : formulas) {
     names.append(formula.name);
     for (const CDbFormulaElement& line : formula.formula) {
-      const auto id = std::ranges::find(system.ids, static_cast<uint32_t>(line.componentId));
-      row[id - system.ids.begin()] += line.amount;
+      row[system.PlaceOfId(static_cast<uint32_t>(line.componentId))] += line.amount;
     }
     row += width;
   }
@@ -89,8 +88,7 @@ py::array_t<double> AmountsOf(const System& system, const CDbFormula& formula) {
   double* const row = amounts.mutable_data();
   std::fill_n(row, system.ids.size(), 0.0);
   for (const CDbFormulaElement& line : formula) {
-    const auto id = std::ranges::find(system.ids, static_cast<uint32_t>(line.componentId));
-    row[id - system.ids.begin()] += line.amount;
+    row[system.PlaceOfId(static_cast<uint32_t>(line.componentId))] += line.amount;
   }
   return amounts;
 }
@@ -310,10 +308,7 @@ py::array_t<double> ArrayOf(const CReflData& curve) {
 
 std::vector<std::string> NamesOf(const System& system, const CDWordArray1& ids) {
   std::vector<std::string> names;
-  for (const uint32_t id : ids) {
-    const auto found = std::ranges::find(system.ids, id);
-    names.push_back(system.names[static_cast<std::size_t>(found - system.ids.begin())]);
-  }
+  for (const uint32_t id : ids) names.push_back(system.names[system.PlaceOfId(id)]);
   return names;
 }
 
@@ -366,18 +361,13 @@ py::dict FieldsOf(const System& system, const CCorrection& correction) {
 
 // Puts what is in a batch in the place of its formula; what is suspected, by name: percent written and found.
 py::dict Diagnose(const System& system, const CRecipeSettings& recipe, CBatch& batch) {
-  CDiagnosisSettings settings;
-  settings.mode = recipe.mode;
-  settings.illuminant = recipe.illuminants[0];
-  settings.observer = recipe.observer;
-  settings.calibrated = system.file.calibrated;
+  const CDiagnosisSettings settings = DiagnosisBefore(recipe, system.file.calibrated);
   CBatchDiagnosis diagnosis;
   py::dict suspected;
   if (!DiagnoseBatch(system.file.data, batch, settings, diagnosis)) return suspected;
   batch.formula = diagnosis.best.formula;
   for (const CSuspectedAmount& amount : diagnosis.best.suspected) {
-    const auto place = std::ranges::find(system.ids, amount.componentId) - system.ids.begin();
-    suspected[py::str(system.names[static_cast<std::size_t>(place)])] =
+    suspected[py::str(system.names[system.PlaceOfId(amount.componentId)])] =
         py::make_tuple(100.0 * amount.written, 100.0 * amount.found);
   }
   return suspected;

@@ -1,5 +1,7 @@
 // What was made before: former recipes that correct a calibration, and leftovers that are used up.
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include <vrxmath/matching/former_recipes.h>
@@ -109,6 +111,20 @@ TEST(Leftovers, PartsOfSeveralAreUsedUp) {
   for (int32_t i = 1; i < recipes.GetSize() && recipes[i].recipe.isWithinTolerance; ++i) {
     EXPECT_LE(recipes[i].total, recipes[i - 1].total + 1e-9);
   }
+  // What a recipe names is of the system, also where a leftover is but a trace.
+  settings.trace = 3.0;
+  ASSERT_EQ(UseLeftovers(system, {}, stock, target, settings, recipes).fault, RecipeFault::kNone);
+  int32_t folded = 0;
+  for (const CLeftoverRecipe& recipe : recipes) {
+    folded += recipe.recipe.alike;
+    for (const uint32_t id : recipe.recipe.traces) {
+      EXPECT_TRUE(std::any_of(system.colorants.begin(), system.colorants.end(),
+                              [id](const CColorant& colorant) { return colorant.GetId() == id; }))
+          << id;
+    }
+  }
+  EXPECT_GT(folded, 0);
+  settings.trace.reset();
   // Rules count what is in a leftover.
   CColorantRulesData rules;
   CDWordArray1 row;

@@ -70,4 +70,21 @@ std::string FractionText(double percent) {
   return (isNegative ? "-" : "") + number;
 }
 
+std::string ShortestText(double value) {
+  char text[32];
+  return {text, std::to_chars(text, text + sizeof text, value).ptr};
+}
+
+std::string FixedDecimals(double value, int32_t decimals) {
+  char text[400];  // the largest double has 309 digits
+  return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr};
+}
+
+std::string TrimmedDecimals(double value, int32_t decimals) {
+  std::string digits = FixedDecimals(value, decimals);
+  digits.erase(digits.find_last_not_of('0') + 1);
+  if (digits.ends_with('.')) digits.pop_back();
+  return digits;
+}
+
 }  // namespace vrx::io

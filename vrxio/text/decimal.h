@@ -1,4 +1,4 @@
-// Decimal texts to doubles, exactly rounded and fast for the short numbers of measurement files.
+// Decimal texts to doubles, exactly rounded and fast for the short numbers of measurement files, and back.
 
 #ifndef VRXIO_TEXT_DECIMAL_H_
 #define VRXIO_TEXT_DECIMAL_H_
@@ -72,6 +72,13 @@ bool ParseFractionAsPercent(std::string_view text, double& percent, char separat
 
 /// The other way: the shortest text of the fraction that reads back to `percent` by ParseFractionAsPercent.
 std::string FractionText(double percent);
+
+/// The shortest text that reads back to `value`, with an exponent where that is shorter: "0.011", "1e-06".
+std::string ShortestText(double value);
+/// `value` with so many decimals, 0 to 60, exactly rounded: "0.50", "-0.00", "nan".
+std::string FixedDecimals(double value, int32_t decimals);
+/// The same without the zeros, and the point, that it would end in. `decimals` is at least 1.
+std::string TrimmedDecimals(double value, int32_t decimals);
 
 }  // namespace vrx::io
 

@@ -10,6 +10,7 @@
 
 #include <vrxmath/batch/batch_run.h>
 #include <vrxmath/formula/prediction.h>
+#include <vrxmath/matching/curves.h>
 #include <vrxmath/matching/match_target.h>
 #include <vrxmath/matching/offer.h>
 #include <vrxmath/matching/subset_kernels.h>
@@ -18,11 +19,6 @@
 
 namespace vrx {
 namespace {
-
-bool IsCurve(const CReflData& curve) {
-  return std::all_of(curve.begin(), curve.end(),
-                     [](double percent) { return std::isfinite(percent) && !IsUnset(percent); });
-}
 
 CColorantLevelArray LevelOf(const CColorantValues& constants) {
   CColorantLevel level(1);
@@ -114,9 +110,9 @@ class Correction {
     if (!isInRange) return {RecipeFault::kSettings};
     const MixingLaw law = MixingLawOf(own_.opticalModel);
     if (law == MixingLaw::kNone) return {RecipeFault::kNoMixingLaw};
-    if (!IsCurve(batch_.curve)) return {RecipeFault::kBatchNotMeasured};
-    constexpr int32_t k400 = 4, k700 = 34;
-    if (CountAtFloor(batch_.curve, k400, k700, own_.k1, own_.k2, settings_.recipe.mode) > 0) {
+    if (!IsMeasured(batch_.curve)) return {RecipeFault::kBatchNotMeasured};
+    if (CountAtFloor(batch_.curve, kFirstVisible, kLastVisible, own_.k1, own_.k2, settings_.recipe.mode) >
+        0) {
       return {RecipeFault::kBatchBelowSurface};
     }
     CColorantValues constants;

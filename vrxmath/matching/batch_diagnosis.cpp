@@ -7,16 +7,15 @@
 
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/calibration_fit.h>
-#include <vrxmath/matching/curve_difference.h>
+#include <vrxmath/matching/curves.h>
 #include <vrxmath/matching/prediction_error.h>
 #include <vrxmath/numeric/nonnegative_least_squares.h>
 
 namespace vrx {
 namespace {
 
-constexpr int32_t kFirst = 4, kLast = 34;  // 400 to 700 nm
-constexpr std::size_t kSamples = kLast - kFirst + 1;
-using Band = std::array<double, kSamples>;
+constexpr std::size_t kBandSamples = kLastVisible - kFirstVisible + 1;
+using Band = std::array<double, kBandSamples>;
 
 // A component that may be in the batch: its unit curves, and how much of it was written down.
 struct Ingredient {
@@ -92,8 +91,8 @@ class Diagnosis {
     for (const CColorant& colorant : system_.colorants) Take(colorant, unit);
     for (const CResin& resin : system_.resins) Take(resin, unit);
     if (isOneConstant_ && !hasSubstrate_ && !TakeDefaultSubstrate()) return false;
-    for (std::size_t w = 0; w < kSamples; ++w) {
-      const double percent = batch_.curve[static_cast<int32_t>(w) + kFirst];
+    for (std::size_t w = 0; w < kBandSamples; ++w) {
+      const double percent = batch_.curve[static_cast<int32_t>(w) + kFirstVisible];
       if (!std::isfinite(percent)) return false;
       const double internal = SaundersonToInternal(0.01 * percent, system_.k1, system_.k2, settings_.mode);
       ratio_[w] = KubelkaMunkKs(100.0 * std::min(std::max(internal, kLeastInternal), 1.0));
@@ -142,9 +141,9 @@ class Diagnosis {
     constexpr double kForeignShare = 0.02;
     CColorantValues curves;
     if (!ComponentConstants(component, isWritten ? ingredient.written : kForeignShare, curves)) return;
-    for (std::size_t w = 0; w < kSamples; ++w) {
-      ingredient.K[w] = curves.absorption[static_cast<int32_t>(w) + kFirst];
-      ingredient.S[w] = curves.scattering[static_cast<int32_t>(w) + kFirst];
+    for (std::size_t w = 0; w < kBandSamples; ++w) {
+      ingredient.K[w] = curves.absorption[static_cast<int32_t>(w) + kFirstVisible];
+      ingredient.S[w] = curves.scattering[static_cast<int32_t>(w) + kFirstVisible];
     }
     if (isOneConstant_ && IsSubstrate(component)) {
       if (isWritten) AddSubstrate(ingredient, ingredient.written);
@@ -156,7 +155,7 @@ class Diagnosis {
 
   void AddSubstrate(const Ingredient& substrate, double amount) {
     hasSubstrate_ = true;
-    for (std::size_t w = 0; w < kSamples; ++w) {
+    for (std::size_t w = 0; w < kBandSamples; ++w) {
       baseK_[w] += amount * substrate.K[w];
       baseS_[w] += amount * substrate.S[w];
     }
@@ -169,9 +168,9 @@ class Diagnosis {
       CColorantValues curves;
       if (!ComponentConstants(colorant, 1.0, curves)) return false;
       Ingredient substrate;
-      for (std::size_t w = 0; w < kSamples; ++w) {
-        substrate.K[w] = curves.absorption[static_cast<int32_t>(w) + kFirst];
-        substrate.S[w] = curves.scattering[static_cast<int32_t>(w) + kFirst];
+      for (std::size_t w = 0; w < kBandSamples; ++w) {
+        substrate.K[w] = curves.absorption[static_cast<int32_t>(w) + kFirstVisible];
+        substrate.S[w] = curves.scattering[static_cast<int32_t>(w) + kFirstVisible];
       }
       AddSubstrate(substrate, 1.0);
       return true;
@@ -217,7 +216,7 @@ class Diagnosis {
     K = baseK_, S = baseS_;
     for (std::size_t i = 0; i < amounts.size(); ++i) {
       const Ingredient& ingredient = IngredientOf(hypothesis, i);
-      for (std::size_t w = 0; w < kSamples; ++w) {
+      for (std::size_t w = 0; w < kBandSamples; ++w) {
         K[w] += amounts[i] * ingredient.K[w];
         S[w] += amounts[i] * ingredient.S[w];
       }
@@ -228,7 +227,7 @@ class Diagnosis {
     Band K, S;
     Mix(hypothesis, amounts, K, S);
     double sum = hypothesis.Price();
-    for (std::size_t w = 0; w < kSamples; ++w) {
+    for (std::size_t w = 0; w < kBandSamples; ++w) {
       const double off = weight_[w] * (surface_.Reflectance(K[w] / S[w]) - reflectance_[w]);
       sum += off * off;
     }
@@ -248,7 +247,7 @@ class Diagnosis {
                    std::vector<double>& amounts) const {
     const std::size_t count = amounts.size();
     std::vector<double> A, b;
-    for (std::size_t w = 0; w < kSamples; ++w) {
+    for (std::size_t w = 0; w < kBandSamples; ++w) {
       const double slope = weight_[w] * surface_.Slope(at[w]) / S[w];
       for (std::size_t i = 0; i < count; ++i) {
         const Ingredient& ingredient = IngredientOf(hypothesis, i);
@@ -288,7 +287,7 @@ class Diagnosis {
       amounts = solution.amounts;
       Mix(hypothesis, amounts, K, S);
       Band at;
-      for (std::size_t w = 0; w < kSamples; ++w) {
+      for (std::size_t w = 0; w < kBandSamples; ++w) {
         at[w] = K[w] / S[w];
         off[w] = surface_.Reflectance(at[w]) - reflectance_[w];
       }

@@ -26,6 +26,18 @@ struct CDiagnosisSettings {
   int32_t observer = kObserver10;
 };
 
+/// The settings of a diagnosis that goes before a correction: its surface mode, its first illuminant, which must exist, and its
+/// observer. `calibrated` says what is known of the system's components, and may be empty.
+inline CDiagnosisSettings DiagnosisBefore(const CRecipeSettings& recipe,
+                                          const CComponentCalibrationArray& calibrated) {
+  CDiagnosisSettings settings;
+  settings.mode = recipe.mode;
+  settings.illuminant = recipe.illuminants[0];
+  settings.observer = recipe.observer;
+  settings.calibrated = calibrated;
+  return settings;
+}
+
 /// A component of which something else seems to be in the batch than was written down. Amounts are parts of the written
 /// total, that of an unknown component 0.
 struct CSuspectedAmount {

@@ -9,14 +9,13 @@
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/calibration_fit.h>
-#include <vrxmath/matching/curve_difference.h>
+#include <vrxmath/matching/curves.h>
 #include <vrxmath/numeric/elementary.h>
 #include <vrxmath/numeric/line_minimum.h>
 
 namespace vrx {
 namespace {
 
-constexpr std::size_t kSamples = kWavelengths;
 using Curve = std::array<double, kSamples>;
 
 double ShareTotal(const CDrawdown& drawdown) {
@@ -29,14 +28,9 @@ double ShareTotal(const CDrawdown& drawdown) {
 }
 
 bool IsMeasured(const CDrawdown& drawdown) {
-  const auto isCurve = [](const CReflData& curve) {
-    return std::none_of(curve.begin(), curve.end(), [](double percent) {
-      return std::isnan(percent) || std::isinf(percent) || IsUnset(percent);
-    });
-  };
-  if (!drawdown.isFilm) return isCurve(drawdown.opaque);
-  return isCurve(drawdown.overBlack) && isCurve(drawdown.overWhite) && isCurve(drawdown.black) &&
-         isCurve(drawdown.white);
+  if (!drawdown.isFilm) return IsMeasured(drawdown.opaque);
+  return IsMeasured(drawdown.overBlack) && IsMeasured(drawdown.overWhite) && IsMeasured(drawdown.black) &&
+         IsMeasured(drawdown.white);
 }
 
 // Predicts drawdowns from K and S of their mixtures.
@@ -286,10 +280,9 @@ double LuminanceOf(const CReflData& curve) {
 
 // Instruments and surfaces differ a little; readings without the surface go down to nearly 0.
 bool IsBelowSurface(const CReflData& curve, const CCalibrationSettings& settings) {
-  constexpr int32_t k400 = 4, k700 = 34;
   constexpr double kPart = 0.9;
   if (settings.mode != SaundersonMode::kIncluded) return false;
-  return std::any_of(curve.begin() + k400, curve.begin() + k700 + 1,
+  return std::any_of(curve.begin() + kFirstVisible, curve.begin() + kLastVisible + 1,
                      [&](double percent) { return percent < 100.0 * kPart * settings.k1; });
 }
 

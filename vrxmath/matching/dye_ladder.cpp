@@ -8,11 +8,11 @@
 #include <vector>
 
 #include <vrxmath/formula/prediction.h>
+#include <vrxmath/matching/curves.h>
 
 namespace vrx {
 namespace {
 
-constexpr int32_t kFirstVisible = 4, kLastVisible = 34;
 constexpr int32_t kBare = -1;
 using Curve = std::array<double, kWavelengths>;
 
@@ -51,11 +51,6 @@ bool IsDyeing(const CDrawdown& drawdown, int32_t components, int32_t substrate, 
     dyeing.concentration = concentration;
   }
   return true;
-}
-
-bool IsMeasured(const CReflData& curve) {
-  return std::all_of(curve.begin(), curve.end(),
-                     [](double percent) { return std::isfinite(percent) && !IsUnset(percent); });
 }
 
 class Ladders {

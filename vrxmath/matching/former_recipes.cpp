@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <vrxmath/formula/prediction.h>
+#include <vrxmath/matching/curves.h>
 #include <vrxmath/matching/match_target.h>
 #include <vrxmath/matching/offer.h>
 #include <vrxmath/matching/recipe.h>
@@ -14,11 +15,6 @@ namespace vrx {
 namespace {
 
 using Factors = std::array<double, kWavelengths>;
-
-bool IsCurve(const CReflData& curve) {
-  return std::all_of(curve.begin(), curve.end(),
-                     [](double percent) { return std::isfinite(percent) && !IsUnset(percent); });
-}
 
 // A former recipe with what makes it useful for a target.
 struct Former {
@@ -74,7 +70,7 @@ class Adaptation {
     for (int32_t i = 0; i < formers_.GetSize(); ++i) {
       Former former;
       former.place = i;
-      if (!IsCurve(formers_[i].curve) || !SetFactors(formers_[i], former) ||
+      if (!IsMeasured(formers_[i].curve) || !SetFactors(formers_[i], former) ||
           !SetColorants(formers_[i], former))
         continue;
       former.before = judge.WorstDifference(formers_[i].curve);

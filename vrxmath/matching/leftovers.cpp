@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <vrxmath/formula/prediction.h>
+#include <vrxmath/matching/curves.h>
 #include <vrxmath/matching/recipe.h>
 
 namespace vrx {
@@ -38,6 +39,8 @@ class Stock {
     CLeftoverRecipe divided;
     divided.recipe = recipe;
     divided.recipe.formula.RemoveAll();
+    divided.recipe.traces = OfSystem(recipe.traces);
+    divided.recipe.outside = OfSystem(recipe.outside);
     divided.recipe.cost = 0.0;
     divided.used.SetSize(leftovers_.GetSize());
     divided.used.Fill(0.0);
@@ -76,13 +79,18 @@ class Stock {
   }
 
  private:
+  // Without the leftovers, whose ids mean nothing outside of this search.
+  CDWordArray1 OfSystem(const CDWordArray1& ids) const {
+    CDWordArray1 own;
+    for (const uint32_t id : ids) {
+      if (std::find(ids_.begin(), ids_.end(), id) == ids_.end()) own.Add(id);
+    }
+    return own;
+  }
+
   RecipeFault AddLeftover(const CBatch& leftover) {
-    const bool isCurve = std::all_of(leftover.curve.begin(), leftover.curve.end(), [](double percent) {
-      return std::isfinite(percent) && !IsUnset(percent);
-    });
-    if (!isCurve) return RecipeFault::kBatchNotMeasured;
-    constexpr int32_t k400 = 4, k700 = 34;
-    if (CountAtFloor(leftover.curve, k400, k700, own_.k1, own_.k2, settings_.mode) > 0) {
+    if (!IsMeasured(leftover.curve)) return RecipeFault::kBatchNotMeasured;
+    if (CountAtFloor(leftover.curve, kFirstVisible, kLastVisible, own_.k1, own_.k2, settings_.mode) > 0) {
       return RecipeFault::kBatchBelowSurface;
     }
     CColorantLevel level(1);

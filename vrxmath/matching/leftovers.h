@@ -14,7 +14,9 @@ struct CLeftoverRecipe {
 
   CDoubleArray1 used;  ///< of each leftover, in the unit of its size; 0 of those that are not in it
   double total = 0.0;  ///< of these
-  CRecipe recipe;      ///< its formula has what is fresh; costs are those of it
+  /// Its formula has what is fresh, and costs are those of it. Traces and components outside of their range are those of the
+  /// system; a leftover that is a trace is counted in `alike` alone.
+  CRecipe recipe;
 };
 using CLeftoverRecipeArray = CArrayVarex<CLeftoverRecipe>;
 

@@ -7,14 +7,12 @@
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/colorimetry/uniform_space_formulas.h>
 #include <vrxmath/colorimetry/weight_tables.h>
+#include <vrxmath/matching/curves.h>
 #include <vrxmath/numeric/matrix.h>
 
 namespace vrx {
 namespace {
 
-constexpr std::size_t kSamples = kWavelengths;
-constexpr int32_t kFirstVisible = 4;  // 400 nm
-constexpr int32_t kLastVisible = 34;  // 700 nm
 constexpr double kVisibleSamples = kLastVisible - kFirstVisible + 1;
 constexpr double kPercent = 100.0;
 
@@ -129,9 +127,7 @@ RecipeFault MatchTarget::Check(const CRecipeTarget& target) const {
 }
 
 RecipeFault MatchTarget::CheckCurve(const CReflData& curve) const {
-  for (const double percent : curve) {
-    if (!std::isfinite(percent) || IsUnset(percent)) return RecipeFault::kTargetNotMeasured;
-  }
+  if (!IsMeasured(curve)) return RecipeFault::kTargetNotMeasured;
   const int32_t below =
       CountAtFloor(curve, kFirstVisible, kLastVisible, system_.k1, system_.k2, settings_.mode);
   return below > 0 ? RecipeFault::kTargetBelowSurface : RecipeFault::kNone;

@@ -5,7 +5,7 @@
 
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/calibration_fit.h>
-#include <vrxmath/matching/curve_difference.h>
+#include <vrxmath/matching/curves.h>
 #include <vrxmath/matching/offer.h>
 #include <vrxmath/numeric/elementary.h>
 

@@ -1,12 +1,11 @@
 // vrx correct: what to add to a batch that came out wrong.
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include <vrxio/text/decimal.h>
 #include <vrxmath/matching/batch_correction.h>
 #include <vrxmath/matching/batch_diagnosis.h>
 
@@ -50,13 +49,7 @@ CDbFormula ReadFormula(const CorrectOptions& options, const ColorSystem& system)
 // A part of 1 in percent, with two decimals at most, or four where these leave nothing of it.
 std::string Percent(double part) {
   constexpr double kSmall = 1e-3;
-  std::array<char, 400> text;
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), 100.0 * part,
-                                 std::chars_format::fixed, part < kSmall ? 4 : 2);
-  std::string digits(text.data(), end.ptr);
-  digits.erase(digits.find_last_not_of('0') + 1);
-  if (digits.ends_with('.')) digits.pop_back();
-  return digits + " %";
+  return TrimmedDecimals(100.0 * part, part < kSmall ? 4 : 2) + " %";
 }
 
 // "Iron Oxide Yellow: 0 % instead of 4.5 %"
@@ -72,28 +65,19 @@ std::string SuspicionsText(const CSuspectedAmountArray& suspected, const ColorSy
 
 // Finds out what is in the batch, says what it suspects and on what evidence, and puts it in the place of what was written.
 std::string Diagnose(const ColorSystem& system, const CRecipeSettings& recipe, CBatch& batch) {
-  CDiagnosisSettings settings;
-  settings.mode = recipe.mode;
-  settings.illuminant = recipe.illuminants[0];
-  settings.observer = recipe.observer;
-  settings.calibrated = system.calibrated;
+  const CDiagnosisSettings settings = DiagnosisBefore(recipe, system.calibrated);
   CBatchDiagnosis diagnosis;
   if (!DiagnoseBatch(system.data, batch, settings, diagnosis)) return "";  // the correction says why
   batch.formula = diagnosis.best.formula;
   std::string suspected = SuspicionsText(diagnosis.best.suspected, system);
   if (suspected.empty()) return suspected;
-  const auto off = [](double difference) {
-    std::array<char, 32> text;
-    const auto end =
-        std::to_chars(text.data(), text.data() + text.size(), difference, std::chars_format::fixed, 2);
-    return std::string(text.data(), end.ptr);
-  };
   const std::string other = SuspicionsText(diagnosis.next.suspected, system);
   PrintMessage("the batch does not seem to match its formula; suspected: " + suspected +
-               ". As written its curve would be " + off(diagnosis.asWritten) + " off (CIEDE2000), so " +
-               off(diagnosis.best.difference) + "; " +
+               ". As written its curve would be " + FixedDecimals(diagnosis.asWritten, 2) +
+               " off (CIEDE2000), so " + FixedDecimals(diagnosis.best.difference, 2) + "; " +
                (diagnosis.isClear ? "the next best" : "not much less likely") + " is " +
-               (other.empty() ? "the formula as written" : other) + " (" + off(diagnosis.next.difference) +
+               (other.empty() ? "the formula as written" : other) + " (" +
+               FixedDecimals(diagnosis.next.difference, 2) +
                "). Use --trust-formula to correct the formula as written");
   return suspected;
 }

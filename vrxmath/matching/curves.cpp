@@ -1,9 +1,17 @@
-#include <vrxmath/matching/curve_difference.h>
+#include <vrxmath/matching/curves.h>
+
+#include <algorithm>
+#include <cmath>
 
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 
 namespace vrx {
+
+bool IsMeasured(const CReflData& curve) {
+  return std::all_of(curve.begin(), curve.end(),
+                     [](double percent) { return std::isfinite(percent) && !IsUnset(percent); });
+}
 
 double CurveDifference(const CReflData& standard, const CReflData& trial, vrxIlluminant illuminant,
                        int32_t observer) {
