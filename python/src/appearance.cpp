@@ -135,32 +135,33 @@ py::array AdaptColors(const py::object& xyz, const py::object& from, const py::o
   });
 }
 
-py::array AppearanceOfColors(const py::object& xyz, const py::object& illuminant, int observer,
-                             const std::string& model, double luminance, double background,
-                             const std::string& surround, int threads) {
-  const Rows rows = RowsOf(xyz, "xyz", 3);
+// An array of kOut numbers for each row of three, by a batch function of an appearance model.
+template <std::size_t kOut, class BATCH>
+py::array ByModel(const Rows& rows, const py::object& illuminant, int observer, const std::string& model,
+                  double luminance, double background, const std::string& surround, int threads,
+                  const BATCH& batch) {
   const vrxIlluminant number = IlluminantOf(illuminant);
   const std::int32_t code = ObserverOf(observer);
   const AppearanceModel kind = ModelOf(model);
   const ViewingConditions conditions = ConditionsOf(luminance, background, surround);
-  return FromTriples(rows, 6, threads, [&](double* result, std::size_t first, std::size_t count) {
-    AppearanceBatch(kind, number, code, conditions, ViewOf<3>(rows, first, count),
-                    TargetOf<6>(result, first, count));
+  return FromTriples(rows, kOut, threads, [&](double* result, std::size_t first, std::size_t count) {
+    batch(kind, number, code, conditions, ViewOf<3>(rows, first, count), TargetOf<kOut>(result, first, count),
+          BatchRun());
   });
+}
+
+py::array AppearanceOfColors(const py::object& xyz, const py::object& illuminant, int observer,
+                             const std::string& model, double luminance, double background,
+                             const std::string& surround, int threads) {
+  return ByModel<6>(RowsOf(xyz, "xyz", 3), illuminant, observer, model, luminance, background, surround,
+                    threads, AppearanceBatch);
 }
 
 py::array ColorsOfAppearance(const py::object& appearance, const py::object& illuminant, int observer,
                              const std::string& model, double luminance, double background,
                              const std::string& surround, int threads) {
-  const Rows rows = RowsOf(appearance, "jch", 3);
-  const vrxIlluminant number = IlluminantOf(illuminant);
-  const std::int32_t code = ObserverOf(observer);
-  const AppearanceModel kind = ModelOf(model);
-  const ViewingConditions conditions = ConditionsOf(luminance, background, surround);
-  return FromTriples(rows, 3, threads, [&](double* result, std::size_t first, std::size_t count) {
-    XyzFromAppearanceBatch(kind, number, code, conditions, ViewOf<3>(rows, first, count),
-                           TargetOf<3>(result, first, count));
-  });
+  return ByModel<3>(RowsOf(appearance, "jch", 3), illuminant, observer, model, luminance, background,
+                    surround, threads, XyzFromAppearanceBatch);
 }
 
 // L*, a*, b*, C*, h of `count` rows from `from` on; a single row stands for all.
