@@ -1,7 +1,6 @@
 #include <vrxio/csv/csv_layout.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <vector>
 
@@ -191,11 +190,6 @@ bool TakeRemark(std::string_view text, MeasuringConditions& conditions) {
   return end != std::string_view::npos && TakeCondition(text.substr(0, end), RemarkOf(text), conditions);
 }
 
-std::string Shortest(double value) {
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
 class LayoutFinder {
  public:
   LayoutFinder(const std::string& name, std::string_view beginning, const ReadOptions& options)
@@ -349,7 +343,7 @@ class LayoutFinder {
     std::vector<std::string>& names = layout_.dialect.columns;
     if (columns > wavelengths.size()) names.emplace_back("id");
     if (columns > wavelengths.size() + 1) names.emplace_back("name");
-    for (const double nm : wavelengths) names.push_back(Shortest(nm));
+    for (const double nm : wavelengths) names.push_back(ShortestText(nm));
     if (names.size() != columns) {
       Fail(lines_[first], "the rows have " + std::to_string(columns) + " columns, --wavelengths names " +
                               std::to_string(wavelengths.size()) + "; an id and a name may come before them");

@@ -1,12 +1,12 @@
 #include <vrxio/csv/csv_measurements.h>
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
 #include <vector>
 
 #include <vrxio/measurement/headings.h>
 #include <vrxio/measurement/sample_columns.h>
+#include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
 #include <vrxio/text/shown_text.h>
 #include <vrxio/text/text.h>
@@ -172,10 +172,7 @@ class CsvColumns final : public CsvMeasurements {
     FindSamples(options);
     ReadTable();
     std::vector<std::string> headings{"id"};
-    for (const double nm : wavelengths_) {
-      char text[32];
-      headings.emplace_back(text, std::to_chars(text, text + sizeof text, nm).ptr);
-    }
+    for (const double nm : wavelengths_) headings.push_back(ShortestText(nm));
     columns_ =
         SampleColumns(headings, ReadOptions(), false,
                       [this](std::size_t column, const std::string& reason) { FailSample(column, reason); });

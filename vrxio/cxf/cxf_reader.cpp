@@ -1,7 +1,6 @@
 #include <vrxio/cxf/cxf_reader.h>
 
 #include <algorithm>
-#include <charconv>
 #include <map>
 #include <optional>
 #include <unordered_set>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include <vrxio/cxf/cxf_document.h>
+#include <vrxio/cxf/cxf_measuring.h>
 #include <vrxio/measurement/sample_columns.h>
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
@@ -30,104 +30,6 @@ constexpr std::size_t kMaxMeasurings = 10'000;
 constexpr std::size_t kMaxSamplesOfObject = 256;
 constexpr std::size_t kMaxTags = 10'000;
 constexpr std::size_t kMaxIds = 100'000;  // that are compared with each other
-
-std::string ShortNumber(double value) {
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
-// A ColorSpecification: how colour values were measured.
-struct Measuring {
-  MeasuringConditions conditions;
-  double start = 0, increment = 0;  // nm; 0 when unknown
-  struct Angle {
-    std::string notation;
-    int32_t geometry;
-  };
-  std::vector<Angle> angles;  // of a multi-angle geometry
-  bool isReflectance = true;
-  std::string measurementType;
-};
-
-int32_t GeometryOfAspecular(std::string_view degrees) {
-  double value = 0;
-  if (!ParseDecimal(degrees, '.', value)) return kNoGeometry;
-  const int32_t code = ParseGeometry(ShortNumber(value) + "deg");
-  return code == kUnknownGeometry ? kNoGeometry : code;
-}
-
-class MeasuringReader {
- public:
-  explicit MeasuringReader(const MarkupElement& element) : xml_(element) {}
-
-  Measuring Read(int32_t element) {
-    const int32_t measurement = xml_.Child(element, "MeasurementSpec");
-    ReadGeometry(xml_.Child(measurement, "GeometryChoice"));
-    const int32_t range = xml_.Child(measurement, "WavelengthRange");
-    if (range > 0) {
-      spec_.start = NumberOf(range, "StartWL");
-      spec_.increment = NumberOf(range, "Increment");
-    }
-    spec_.measurementType = xml_.TextOf(measurement, "MeasurementType");
-    const std::string& type = spec_.measurementType;
-    spec_.isReflectance =
-        type.empty() || type.find("Reflectance") != std::string::npos || type == "Spectrum_Custom";
-    MeasuringConditions& conditions = spec_.conditions;
-    conditions.aperture = xml_.TextOf(measurement, "Aperture");
-    conditions.backing = xml_.TextOf(measurement, "Backing");
-    ReadDevice(xml_.Child(measurement, "Device"));
-    const int32_t tristimulus = xml_.Child(element, "TristimulusSpec");
-    TakeCondition("illuminant", xml_.TextOf(tristimulus, "Illuminant"), conditions);
-    TakeCondition("observer", xml_.TextOf(tristimulus, "Observer"), conditions);
-    return std::move(spec_);
-  }
-
- private:
-  double NumberOf(int32_t element, std::string_view attribute) const {
-    std::string text;
-    double value = 0;
-    return xml_.Attribute(element, attribute, text) && ParseDecimal(text, '.', value) ? value : 0;
-  }
-
-  void ReadGeometry(int32_t choice) {
-    const int32_t sphere = xml_.Child(choice, "SphereGeometry");
-    if (sphere > 0) TakeCondition("geometry", "sphere", spec_.conditions);
-    TakeCondition("specular", xml_.Text(sphere), spec_.conditions);
-    const int32_t single = xml_.Child(choice, "SingleAngle");
-    if (single > 0) {
-      double illumination = 0, measurement = 0;
-      ParseDecimal(xml_.TextOf(single, "IlluminationAngle"), '.', illumination);
-      ParseDecimal(xml_.TextOf(single, "MeasurementAngle"), '.', measurement);
-      TakeCondition("geometry", ShortNumber(illumination) + "/" + ShortNumber(measurement), spec_.conditions);
-    }
-    TakeCondition("geometry", xml_.TextOf(choice, "UnknownGeometry"), spec_.conditions);
-    const int32_t multi = xml_.Child(choice, "MultiAngle");
-    for (int32_t angle = xml_.Child(multi, "BRDFAngle"); angle > 0; angle = xml_.NextSibling(angle)) {
-      if (xml_.Name(angle) != "BRDFAngle") continue;
-      Measuring::Angle& added = spec_.angles.emplace_back();
-      xml_.Attribute(angle, "Notation", added.notation);
-      added.geometry = GeometryOfAspecular(xml_.TextOf(angle, "Aspecular"));
-    }
-    if (spec_.angles.size() == 1) spec_.conditions.geometry = spec_.angles.front().geometry;
-  }
-
-  void ReadDevice(int32_t device) {
-    std::string instrument = xml_.TextOf(device, "Manufacturer");
-    const std::string model = xml_.TextOf(device, "Model");
-    if (!instrument.empty() && !model.empty()) instrument += ' ';
-    instrument += model;
-    spec_.conditions.instrument = instrument;
-    const int32_t filter = xml_.Child(device, "DeviceFilter");
-    std::string description;
-    const bool isDescribed = filter > 0 && xml_.Attribute(filter, "FilterDescription", description);
-    TakeCondition("filter", isDescribed ? description : xml_.Text(filter), spec_.conditions);
-    TakeCondition("illumination", xml_.TextOf(device, "DeviceIllumination"), spec_.conditions);
-    TakeCondition("polarization", xml_.TextOf(device, "DevicePolarization"), spec_.conditions);
-  }
-
-  const MarkupElement& xml_;
-  Measuring spec_;
-};
 
 class CxfReader final : public MeasurementReader {
  public:
@@ -343,7 +245,7 @@ class CxfReader final : public MeasurementReader {
       markup_.Fail(line, "more than 10000 ColorSpecification elements");
     std::string id;
     if (!xml_.Attribute(1, "Id", id)) markup_.Fail(line, "a ColorSpecification has no Id");
-    Measuring spec = MeasuringReader(xml_).Read(1);
+    Measuring spec = ParseMeasuring(xml_, 1);
     if (xml_.Child(1, "MeasurementSpec") == 0) Deviates(line, "ColorSpecification has no MeasurementSpec");
     if (spec.start != 0 && (spec.start < kFirstStart || spec.start > kLastStart)) {
       Deviates(line, "StartWL is not from 360 to 400");

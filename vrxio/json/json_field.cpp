@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <bitset>
-#include <charconv>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <unordered_map>
 #include <utility>
 
+#include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
 #include <vrxio/text/whole_file.h>
 
@@ -20,12 +20,6 @@ std::string Quoted(std::string_view text) {
   quoted += text;
   quoted += '"';
   return quoted;
-}
-
-std::string TextOf(double number) {
-  char text[32];
-  const auto end = std::to_chars(std::begin(text), std::end(text), number);
-  return {text, end.ptr};
 }
 
 // Where a text ceases to be JSON, in words.
@@ -213,7 +207,7 @@ double JsonField::Number(double lowest, double highest) const {
   if (!isWhole) Expect(JsonDocument::Kind::kNumber, "expected a number");
   const double number = GetNode().number;
   if (number >= lowest && number <= highest) return number;
-  Fail(TextOf(number) + " is not within " + TextOf(lowest) + " to " + TextOf(highest));
+  Fail(ShortestText(number) + " is not within " + ShortestText(lowest) + " to " + ShortestText(highest));
 }
 
 int64_t JsonField::Integer(int64_t lowest, int64_t highest) const {

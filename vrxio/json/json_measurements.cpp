@@ -313,7 +313,7 @@ class JsonReader final : public MeasurementReader {
         if (run.meaning.role < ColumnRole::kDevice) continue;
         std::string& text = texts_[run.column];
         const bool isThere = member != nullptr && member->kind != Member::kOther;
-        text = !isThere ? "" : member->kind == Member::kNumber ? NumberText(member->number) : member->text;
+        text = !isThere ? "" : member->kind == Member::kNumber ? ShortestText(member->number) : member->text;
         // An object without the member does not take it from the one before.
         const bool mayBeEmpty =
             run.meaning.role == ColumnRole::kDevice || run.meaning.role >= ColumnRole::kGeometry;
@@ -358,11 +358,6 @@ class JsonReader final : public MeasurementReader {
       }
     }
     return true;
-  }
-
-  static std::string NumberText(double value) {
-    char text[32];
-    return {text, std::to_chars(text, text + sizeof text, value).ptr};
   }
 
   // The next character that is no blank; 0 at the end of the file.

@@ -1,7 +1,6 @@
 #include <vrxio/measurement/sample_columns.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <initializer_list>
 #include <numeric>
@@ -9,6 +8,7 @@
 
 #include <vrxio/measurement/column_meanings.h>
 #include <vrxio/measurement/wavelength_grid.h>
+#include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
 #include <vrxmath/numeric/elementary.h>
 
@@ -26,8 +26,7 @@ constexpr std::string_view kNoContent = "the header names neither wavelengths no
 constexpr std::string_view kLightPower = "the values are the power of a light, not reflectances";
 
 std::string Nanometres(double value) {
-  char text[32];
-  return std::string(text, std::to_chars(text, text + sizeof text, value).ptr) + " nm";
+  return ShortestText(value) + " nm";
 }
 
 }  // namespace
@@ -344,9 +343,7 @@ void SampleColumns::RefuseValue(std::size_t used) const {
 }
 
 void SampleColumns::AskForScale(const std::string& file) const {
-  char text[32];
-  const std::string largest(text, std::to_chars(text, text + sizeof text, largest_).ptr);
-  throw ScaleError(file, "all values are below 2, the largest is " + largest);
+  throw ScaleError(file, "all values are below 2, the largest is " + ShortestText(largest_));
 }
 
 // X, Y, Z of x, y, Y (CIE 15). Black has none of its own and is given any.

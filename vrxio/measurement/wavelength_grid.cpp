@@ -1,9 +1,9 @@
 #include <vrxio/measurement/wavelength_grid.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
+#include <vrxio/text/decimal.h>
 #include <vrxmath/foundation/numbers.h>
 
 namespace vrx::io {
@@ -15,9 +15,7 @@ constexpr double kLastNode = kFirstWavelength + kWavelengthStep * (kWavelengths 
 constexpr double kSamePlace = 1e-3;  // in steps: a node this near to a measured wavelength is that one
 
 std::string Number(double value) {
-  char text[32];
-  const double rounded = RoundToWhole(value * 100) / 100;
-  return std::string(text, std::to_chars(text, text + sizeof text, rounded).ptr);
+  return ShortestText(RoundToWhole(value * 100) / 100);
 }
 
 double StepOf(std::span<const double> wavelengths) {

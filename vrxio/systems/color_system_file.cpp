@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -11,6 +10,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include <vrxio/text/decimal.h>
 #include <vrxmath/foundation/numbers.h>
 
 #include <vrxio/json/json_field.h>
@@ -173,11 +173,6 @@ CDbFormula ReadLines(const JsonField& field, const ComponentIndex& index) {
   return formula;
 }
 
-std::string Number(double value) {
-  std::array<char, 32> text;
-  return std::string(text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr);
-}
-
 std::string Quoted(const std::string& text) {
   return nlohmann::json(text).dump();
 }
@@ -186,25 +181,26 @@ std::string CurveText(const CKSData& curve) {
   std::string text;
   for (const double sample : curve) {
     text += text.empty() ? "[" : ", ";
-    text += Number(sample);
+    text += ShortestText(sample);
   }
   return text + "]";
 }
 
 std::string LevelText(const CColorantLevel& level) {
   const CColorantValues& curves = level.values[0];
-  return "{\"concentration\": " + Number(level.concentration) +
+  return "{\"concentration\": " + ShortestText(level.concentration) +
          ",\n        \"K\": " + CurveText(curves.absorption) +
          ",\n        \"S\": " + CurveText(curves.scattering) + "}";
 }
 
 std::string CalibratedText(const CComponentCalibration& calibrated) {
-  std::string text = "{\"least\": " + Number(kPercent * calibrated.leastShare) +
-                     ", \"most\": " + Number(kPercent * calibrated.mostShare) +
+  std::string text = "{\"least\": " + ShortestText(kPercent * calibrated.leastShare) +
+                     ", \"most\": " + ShortestText(kPercent * calibrated.mostShare) +
                      ", \"drawdowns\": " + std::to_string(calibrated.drawdowns);
-  if (!IsUnset(calibrated.leaveOneOut)) text += ", \"leave_one_out\": " + Number(calibrated.leaveOneOut);
+  if (!IsUnset(calibrated.leaveOneOut))
+    text += ", \"leave_one_out\": " + ShortestText(calibrated.leaveOneOut);
   if (!IsUnset(calibrated.leaveOneOut90)) {
-    text += ", \"leave_one_out_90\": " + Number(calibrated.leaveOneOut90);
+    text += ", \"leave_one_out_90\": " + ShortestText(calibrated.leaveOneOut90);
   }
   return text + "}";
 }
@@ -301,7 +297,8 @@ std::string ColorSystemText(const ColorSystem& system) {
   const auto model = static_cast<std::size_t>(system.data.opticalModel);
   std::string text = "{\n  \"name\": " + Quoted(system.data.name.ToUtf8()) +
                      ",\n  \"model\": " + Quoted(std::string(kModelNames.at(model))) +
-                     ",\n  \"k1\": " + Number(system.data.k1) + ",\n  \"k2\": " + Number(system.data.k2);
+                     ",\n  \"k1\": " + ShortestText(system.data.k1) +
+                     ",\n  \"k2\": " + ShortestText(system.data.k2);
   if (system.specular) text += ",\n  \"specular\": " + Quoted(std::string(SpecularName(*system.specular)));
   if (!system.calibratedOn.empty()) text += ",\n  \"calibrated_on\": " + Quoted(system.calibratedOn);
   text += ",\n  \"components\": [\n";
@@ -325,7 +322,7 @@ std::string FormulasText(const std::vector<NamedFormula>& formulas) {
     std::string lines;
     for (const CDbFormulaElement& line : formula.formula) {
       lines += (lines.empty() ? "" : ", ") + ("{\"component\": " + std::to_string(line.componentId)) +
-               ", \"amount\": " + Number(line.amount) + "}";
+               ", \"amount\": " + ShortestText(line.amount) + "}";
     }
     text += lines + "]}";
   }
