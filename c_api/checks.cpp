@@ -2,15 +2,14 @@
 
 #include <algorithm>
 #include <atomic>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <functional>
-#include <iterator>
 #include <limits>
 #include <new>
 #include <stdexcept>
 
+#include <vrxio/text/decimal.h>
 #include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/platform/exceptions.h>
 
@@ -45,11 +44,6 @@ constexpr int32_t kMostIlluminants = 64;
 constexpr double kLargestAmount = 1e12;
 constexpr double kLeastParameter = 0.001, kLargestParameter = 1000.0;
 constexpr double kLeastAngle = -45.0, kLargestAngle = 110.0;  // of the geometries in foundation/angles.h
-
-std::string ShortNumber(double value) {
-  char text[32];
-  return {text, std::to_chars(std::begin(text), std::end(text), value).ptr};
-}
 
 // A text of `length` units into a caller's buffer, with its terminator.
 template <class UNIT>
@@ -122,7 +116,7 @@ void NeedWithin(double value, double low, double high, const char* name) {
   NeedFinite(value, name);
   if (value < low || value > high)
     throw Refusal{VRX_OUT_OF_RANGE,
-                  std::string(name) + " is not " + ShortNumber(low) + " to " + ShortNumber(high)};
+                  std::string(name) + " is not " + io::ShortestText(low) + " to " + io::ShortestText(high)};
 }
 
 // In one pass without a branch a number, which takes whole vectors of the processor.
@@ -140,7 +134,7 @@ std::span<const double> Numbers(const double* numbers, int32_t count, std::size_
       std::find_if(all.begin(), all.end(), [&](double value) { return !(std::abs(value) <= largest); });
   const std::string number = "number " + std::to_string(bad - all.begin()) + " of " + name;
   if (!std::isfinite(*bad)) throw Refusal{VRX_NOT_FINITE, number + " is not finite"};
-  throw Refusal{VRX_OUT_OF_RANGE, number + " is beyond " + ShortNumber(largest)};
+  throw Refusal{VRX_OUT_OF_RANGE, number + " is beyond " + io::ShortestText(largest)};
 }
 
 std::span<const double> Numbers(const double* numbers, int32_t count, std::size_t width, const char* name) {
@@ -266,8 +260,9 @@ CDifferenceSettings Settings(const vrx_system* system) {
       std::span(settings.parameters).first(static_cast<std::size_t>(ParameterCount(settings.system)));
   for (const double parameter : used) {
     if (parameter < kLeastParameter || parameter > kLargestParameter)
-      throw Refusal{VRX_OUT_OF_RANGE, "a parameter of the system is not " + ShortNumber(kLeastParameter) +
-                                          " to " + ShortNumber(kLargestParameter)};
+      throw Refusal{VRX_OUT_OF_RANGE, "a parameter of the system is not " +
+                                          io::ShortestText(kLeastParameter) + " to " +
+                                          io::ShortestText(kLargestParameter)};
   }
   NeedWithin(system->angle, kLeastAngle, kLargestAngle, "the angle of the system");
   return settings;

@@ -1,7 +1,6 @@
 // vrx average: the mean of repeated readings, and how far they scatter.
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <memory>
@@ -13,6 +12,7 @@
 
 #include <vrxio/files/measurement_writer.h>
 #include <vrxio/measurement/wavelength_grid.h>
+#include <vrxio/text/decimal.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
@@ -110,11 +110,6 @@ struct MeanLayout {
   std::vector<bool> conditions;
 };
 
-std::string NumberText(double value) {
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
 // The columns in which the means can be read again.
 std::vector<Column> MeanColumns(const CurveReader& reader, const MeanLayout& layout) {
   std::vector<Column> columns{{"id"}};
@@ -126,7 +121,7 @@ std::vector<Column> MeanColumns(const CurveReader& reader, const MeanLayout& lay
     if (layout.conditions[i]) columns.push_back({texts[i].first});
   }
   if (reader.Kind() == Sample::kCurve) {
-    for (const double nm : layout.wavelengths) columns.push_back({NumberText(nm)});
+    for (const double nm : layout.wavelengths) columns.push_back({ShortestText(nm)});
   } else {
     for (const char* name : {"X", "Y", "Z"}) columns.push_back({name});
     if (reader.Kind() == Sample::kLab)

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include <vrxio/text/decimal.h>
 #include <vrxmath/colorant/component_names.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/calibration.h>
@@ -160,13 +160,6 @@ class FitRows {
   std::unique_ptr<RowWriter> rows_;
 };
 
-// A number with two decimals.
-std::string Rounded(double value) {
-  std::array<char, 400> text;
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 2);
-  return {text.data(), end.ptr};
-}
-
 // What half, nine of ten and all of the known errors do not exceed, as "1.82 (median), 3.99 (90 %), 5.41 (worst)".
 struct HeldOut {
   double sum = 0.0;
@@ -181,8 +174,8 @@ HeldOut HeldOutOf(std::vector<double> errors) {
   const auto notExceededBy = [&](double part) {
     return errors[static_cast<std::size_t>(std::ceil(part * static_cast<double>(errors.size()))) - 1];
   };
-  held.text = Rounded(notExceededBy(0.5)) + " (median), " + Rounded(notExceededBy(0.9)) + " (90 %), " +
-              Rounded(errors.back()) + " (worst)";
+  held.text = FixedDecimals(notExceededBy(0.5), 2) + " (median), " + FixedDecimals(notExceededBy(0.9), 2) +
+              " (90 %), " + FixedDecimals(errors.back(), 2) + " (worst)";
   return held;
 }
 
@@ -203,8 +196,9 @@ void TellOfRefinement(const CDrawdownArray& drawdowns, const CDrawdownFitArray& 
     if (IsUnset(fits[i].leaveOneOut)) continue;
     ++known;
     if (fits[i].leaveOneOut <= fits[i].leaveOneOutLinear + kNotable || ++worse > kMostNamed) continue;
-    names += (names.empty() ? "" : ", ") + drawdowns[i].id.ToUtf8() + " (" + Rounded(fits[i].leaveOneOut) +
-             " instead of " + Rounded(fits[i].leaveOneOutLinear) + ")";
+    names += (names.empty() ? "" : ", ") + drawdowns[i].id.ToUtf8() + " (" +
+             FixedDecimals(fits[i].leaveOneOut, 2) + " instead of " +
+             FixedDecimals(fits[i].leaveOneOutLinear, 2) + ")";
   }
   if (worse == 0) return;
   PrintMessage("left out one at a time, " + std::to_string(worse) + " of " + std::to_string(known) +
@@ -337,7 +331,7 @@ class Calibration {
     for (const CDyeBuildUp& buildUp : buildUps_) {
       if (IsUnset(buildUp.saturatesFrom)) continue;
       PrintMessage("\"" + file_.names[buildUp.componentId - 1] + "\" saturates: from " +
-                   Rounded(100.0 * buildUp.saturatesFrom) +
+                   FixedDecimals(100.0 * buildUp.saturatesFrom, 2) +
                    " % on, more of it adds less than a quarter of what the first of it added");
     }
   }

@@ -1,7 +1,6 @@
 // vrx info: what a file of measurements holds, and what of it is not used.
 
 #include <algorithm>
-#include <charconv>
 #include <map>
 #include <memory>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include <vrxio/files/measurement_files.h>
 #include <vrxio/measurement/wavelength_grid.h>
+#include <vrxio/text/decimal.h>
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/terminal.h"
 #include "tools/vrx/commands/commands.h"
@@ -109,12 +109,8 @@ void RunInfo(const InfoOptions& options) {
   rows.Add("curves", std::to_string(contents.curves));
   rows.Add("colours", std::to_string(contents.colors));
   if (contents.curves > 0) {
-    const auto percent = [](double value) {
-      char text[64];
-      return std::string(text,
-                         std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 2).ptr);
-    };
-    rows.Add("reflectance", percent(contents.smallest) + " to " + percent(contents.largest) + " percent");
+    rows.Add("reflectance",
+             FixedDecimals(contents.smallest, 2) + " to " + FixedDecimals(contents.largest, 2) + " percent");
   }
   for (const auto& [geometry, samples] : contents.geometries) {
     rows.Add("samples at " + GeometryName(geometry), std::to_string(samples));

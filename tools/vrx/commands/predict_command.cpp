@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include <vrxio/text/decimal.h>
 #include <vrxmath/colorant/component_names.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/formula/prediction.h>
@@ -92,12 +92,7 @@ class PredictionBlocks final : public PredictionOutput {
     output_.AppendSpaces(text.size() < kWidth ? kWidth - text.size() : 1);
     output_.Append(text);
   }
-  void AppendCell(double value) {
-    std::array<char, 400> text;
-    const auto end =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 2);
-    AppendRight(std::string(text.data(), end.ptr));
-  }
+  void AppendCell(double value) { AppendRight(FixedDecimals(value, 2)); }
 
   std::vector<vrxIlluminant> illuminants_;
   int32_t observer_;

@@ -1,12 +1,12 @@
 // vrx swatch: a picture of trials beside their standards, with names, differences and verdicts.
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <vrxio/text/decimal.h>
 
 #include "pictures/swatches.h"
 #include "tools/vrx/base/command.h"
@@ -95,9 +95,7 @@ constexpr VerdictLook kVerdictLooks[] = {{"fail", pictures::Paint::Fixed(0x1800A
                                          {"pass", pictures::Paint::Fixed(0x205800)}};
 
 std::string Decimals(double value) {
-  if (IsUnset(value)) return "-";
-  char text[400];
-  return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 2).ptr};
+  return IsUnset(value) ? "-" : FixedDecimals(value, 2);
 }
 
 // The picture of all cards, in as many columns as fit the usual width.

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <vector>
 
 #include <vrxio/measurement/names.h>
+
+#include <vrxio/text/decimal.h>
 
 #include "tools/vrx/base/reader_names.h"
 
@@ -76,10 +77,8 @@ std::string ReasonText(const LimitBreach& breach, int32_t system) {
   std::string name = heading.empty() ? NameOfLimit(breach.limit, system) : heading;
   if (breach.limit == BrokenLimit::kNone || breach.limit == BrokenLimit::kNoDifference) return name;
   if (!std::isfinite(breach.Excess())) return name;
-  char number[400];
   const double excess = breach.Excess();
-  const auto end = std::to_chars(number, number + sizeof number, excess, std::chars_format::fixed, 2).ptr;
-  return name + (excess < 0 ? " " : " +") + std::string(number, end);
+  return name + (excess < 0 ? " " : " +") + FixedDecimals(excess, 2);
 }
 
 std::string JoinedWords(std::span<const ShadeWord> words) {

@@ -27,17 +27,6 @@ int DecimalsFor(double batchSize) {
   return decimals;
 }
 
-// A number with at most so many decimals and no zeros behind them.
-std::string DecimalsText(double amount, int decimals) {
-  std::array<char, 400> text;
-  const auto end =
-      std::to_chars(text.data(), text.data() + text.size(), amount, std::chars_format::fixed, decimals);
-  std::string digits(text.data(), end.ptr);
-  digits.erase(digits.find_last_not_of('0') + 1);
-  if (digits.ends_with('.')) digits.pop_back();
-  return digits;
-}
-
 // Rows of a file of limits: component, and any of min, max (percent) and cost.
 void ReadLimits(const std::string& path, const ColorSystem& system, CRecipeSettings& settings) {
   CsvReader csv(path);
@@ -134,7 +123,7 @@ void CriterionOptions::Apply(const ColorSystem& colorSystem, const std::string& 
 
 void AddCriterionOptions(Command& owner, CriterionOptions& options) {
   owner.AddOption("--tolerance", options.tolerance, "Largest acceptable difference under any illuminant")
-      .Shows("DE [" + DecimalsText(RecipeDefaults::kTolerance, 2) + "]");
+      .Shows("DE [" + TrimmedDecimals(RecipeDefaults::kTolerance, 2) + "]");
   AddViewingOptions(owner, options.viewing, "D65,A,CWF");
   AddSystemOptions(owner, options.system, "cie2000");
   Command command = owner.Group("Search");
@@ -263,7 +252,7 @@ std::string NoComponentText(std::string_view text) {
 }
 
 std::string AmountText(double amount, double batchSize) {
-  return DecimalsText(amount, DecimalsFor(batchSize));
+  return TrimmedDecimals(amount, DecimalsFor(batchSize));
 }
 
 std::string FormulaText(const CDbFormula& formula, double batchSize) {
@@ -271,7 +260,7 @@ std::string FormulaText(const CDbFormula& formula, double batchSize) {
   std::string text;
   for (const CDbFormulaElement& line : formula) {
     if (!text.empty()) text += ';';
-    text += std::to_string(line.componentId) + ":" + DecimalsText(line.amount, decimals);
+    text += std::to_string(line.componentId) + ":" + TrimmedDecimals(line.amount, decimals);
   }
   return text;
 }
@@ -303,7 +292,7 @@ std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& syste
   for (const CDbFormulaElement* line : lines) {
     const CComponent* component = ComponentOfId(system, static_cast<uint32_t>(line->componentId));
     if (!text.empty()) text += " + ";
-    text += DecimalsText(line->amount, decimals) + " " +
+    text += TrimmedDecimals(line->amount, decimals) + " " +
             (component != nullptr ? component->GetName().ToUtf8() : std::to_string(line->componentId));
   }
   return text;

@@ -2,9 +2,10 @@
 #include "tools/vrx/report/charts.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <utility>
+
+#include <vrxio/text/decimal.h>
 
 #include "pictures/svg_painter.h"
 #include "tools/vrx/base/text.h"
@@ -19,9 +20,7 @@ using pictures::kPaperLook;
 constexpr int32_t kWide = 690, kNarrow = 340;
 
 std::string Decimals(double value, int32_t decimals) {
-  char text[400];
-  if (value == 0) value = 0;  // no "-0"
-  return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr};
+  return io::FixedDecimals(value == 0 ? 0 : value, decimals);  // no "-0"
 }
 
 std::string CountsOf(const std::vector<GradedTotal>& totals) {

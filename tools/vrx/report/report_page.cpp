@@ -2,11 +2,11 @@
 #include "tools/vrx/report/report_page.h"
 
 #include <cctype>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
+#include <vrxio/text/decimal.h>
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/platform/clock.h>
 
@@ -162,9 +162,7 @@ std::string JsonText(std::string_view text) {
 
 std::string FixedText(double value, int32_t decimals) {
   if (IsUnset(value)) return "-";
-  char text[400];
-  const double rounded = std::fabs(value) < 0.5 * std::pow(10.0, -decimals) ? 0.0 : value;
-  return {text, std::to_chars(text, text + sizeof text, rounded, std::chars_format::fixed, decimals).ptr};
+  return FixedDecimals(std::fabs(value) < 0.5 * std::pow(10.0, -decimals) ? 0.0 : value, decimals);
 }
 
 std::string VerdictHtml(Verdict verdict) {
