@@ -29,17 +29,6 @@ CColorantLevelArray LevelOf(const CColorantValues& constants) {
   return levels;
 }
 
-// A component number that the system does not use.
-uint32_t FreeId(const CColorantSystemData& system) {
-  auto id = static_cast<uint32_t>(std::numeric_limits<int32_t>::max());
-  const auto isTaken = [&](const CComponent& component) { return component.GetId() == id; };
-  while (std::any_of(system.colorants.begin(), system.colorants.end(), isTaken) ||
-         std::any_of(system.resins.begin(), system.resins.end(), isTaken)) {
-    --id;
-  }
-  return id;
-}
-
 // A subset with its shares.
 struct Subset {
   int32_t size = 0;
@@ -120,7 +109,7 @@ class Correction {
     MakeSettings(law == MixingLaw::kTwoConstant);
     if (law == MixingLaw::kTwoConstant) {
       CComponent component;
-      component.SetId(batchId_ = FreeId(own_));
+      component.SetId(batchId_ = FreeComponentId(own_));
       component.SetLevels(LevelOf(constants));
       own_.colorants.Add(CColorant(component));
       recipe_.components.Add(

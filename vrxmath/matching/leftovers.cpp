@@ -6,6 +6,7 @@
 
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/curves.h>
+#include <vrxmath/matching/offer.h>
 #include <vrxmath/matching/recipe.h>
 
 namespace vrx {
@@ -99,7 +100,7 @@ class Stock {
                           BatchConstants(own_, leftover, settings_.mode, level.values[0]);
     if (!isUsable) return RecipeFault::kBatchFormula;
     CColorant colorant;
-    colorant.SetId(FreeId());
+    colorant.SetId(FreeComponentId(own_));
     colorant.AppendLevel(level);
     ids_.push_back(colorant.GetId());
     own_.colorants.Add(colorant);
@@ -128,16 +129,6 @@ class Stock {
       if (entry.componentId == id && entry.cost != 0.0) price = entry.cost;
     }
     return price;
-  }
-
-  uint32_t FreeId() const {
-    uint32_t id = 0;
-    const auto isTaken = [&](const CComponent& component) { return component.GetId() == id; };
-    for (id = 0x7fffffff;; --id) {
-      const bool isFree = std::none_of(own_.colorants.begin(), own_.colorants.end(), isTaken) &&
-                          std::none_of(own_.resins.begin(), own_.resins.end(), isTaken);
-      if (isFree) return id;
-    }
   }
 
   const CArrayVarex<CBatch>& leftovers_;

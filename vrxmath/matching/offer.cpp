@@ -321,4 +321,14 @@ bool SubsetRange::IsAnyAllowed() const {
   return false;
 }
 
+uint32_t FreeComponentId(const CColorantSystemData& system) {
+  auto id = static_cast<uint32_t>(std::numeric_limits<int32_t>::max());
+  const auto isTaken = [&](const CComponent& component) { return component.GetId() == id; };
+  while (std::any_of(system.colorants.begin(), system.colorants.end(), isTaken) ||
+         std::any_of(system.resins.begin(), system.resins.end(), isTaken)) {
+    --id;
+  }
+  return id;
+}
+
 }  // namespace vrx

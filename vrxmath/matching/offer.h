@@ -49,6 +49,9 @@ struct Offer {
   void LimitColorants();
 };
 
+/// A component id that the system does not use, for a batch that takes part in a search as a colorant.
+uint32_t FreeComponentId(const CColorantSystemData& system);
+
 /// The subsets of one size that contain all required colorants, by rank, in lexicographic order of the optional ones.
 class SubsetRange {
  public:

@@ -119,7 +119,7 @@ std::vector<InputWarning> WarningsOf(const CurveReader& standards, const CurveRe
 }
 
 std::string MeasuringText(const CurveReader& curves) {
-  MeasuringConditions conditions = curves.FirstConditions();
+  const MeasuringConditions& conditions = curves.FirstConditions();
   std::string text;
   const auto add = [&text](const std::string& part) {
     if (!part.empty()) text.append(text.empty() ? "" : ", ").append(part);
