@@ -181,6 +181,7 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
        "f (CGATS), line 7: field 4: the wavelength is 415, and 410 in the first row"},
       {Cgats(kPairs, "a 400 10 x 20.5 420 30"), "\"x\" is not a wavelength"},
       {"Instrument: \xFF\nid,400,410,420\na,1,2,3\n", "f (CSV), line 1: the text is not UTF-8"},
+      {"400,410,420,caf\xE9\na,1,2,3,x\n", "f (CSV), line 1: the text is not UTF-8"},
       {Cgats("RGB_R", "1"), "there is no table of curves or colours"},
       {"CGATS.17\nBEGIN_DATA_FORMAT\nnm400 nm410 nm420\nEND_DATA_FORMAT\nBEGIN_DATA\n10 20 30\n",
        "END_DATA is missing"},
