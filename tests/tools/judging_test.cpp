@@ -169,7 +169,8 @@ TEST_F(Judging, ForgottenPairsAreAQuestion) {
   const std::string judge = "judge std.csv ", light = " --illuminants D65 --format csv";
   const std::string question = "lot.csv: each trial has the id of a standard in std.csv: --pairs";
   ExpectRefused({{judge + "lot.csv" + light, question},
-                 {"plot trend std.csv lot.csv --illuminants D65 --output p.svg", question}});
+                 {"plot trend std.csv lot.csv --illuminants D65 --output p.svg", question},
+                 {"sort lot.csv --standard std.csv", "in std.csv: --standard-id p1 compares"}});
   const Result piped = Run("judge std.csv - --illuminants D65 --format csv < lot.csv");
   EXPECT_EQ(piped.status, 2) << piped.err;
   for (const std::string arguments :
@@ -193,6 +194,19 @@ TEST_F(Judging, LimitsThatServeNothingAreTold) {
       std::string::npos);
   EXPECT_EQ(Run(judge + "used.csv").err, "");
 }
+
+#if defined(__linux__) && !defined(VRX_SANITIZED)
+// Threads for which there is no memory are done without.
+TEST_F(Judging, ThreadsUnderALimitOfMemory) {
+  std::string trials = "id,L,a,b\n";
+  for (int i = 0; i < 20'000; ++i) trials += "t" + std::to_string(i) + ",50." + std::to_string(i) + ",0,0\n";
+  folder_.Write("many.csv", trials);
+  const std::string command = "judge s.csv many.csv --illuminants D65 --format csv --threads ";
+  const Result limited = Run("--version; ulimit -v 200000; " VRX_TOOL " " + command + "64");
+  EXPECT_EQ(limited.status, 0) << limited.err;
+  EXPECT_TRUE(limited.out.ends_with(Run(command + "1").out));
+}
+#endif
 
 // Enough rows for several chunks; a bad one ends the output behind the rows before it, on any count of threads.
 TEST_F(Judging, OnManyThreadsAsOnOne) {
@@ -287,6 +301,7 @@ TEST_F(Judging, Refusals) {
       {"strength s.csv t.csv", "the file has colours but no curves"},
       {"average readings.csv --count 4", "2 rows remain at the end"},
       {"sort t.csv --blocks 0", "--blocks: sizes must be above 0"},
+      {"sort named.csv --standard s.csv", "name their standards in a column; --standard-id sorts"},
   });
 }
 

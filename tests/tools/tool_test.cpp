@@ -355,14 +355,14 @@ std::string ShownOnTerminal(const std::string& command, uint16_t columns) {
   return shown;
 }
 
-// Texts give way to the terminal's width, then columns that can be spared; what fits is whole.
+// Names give way to the terminal's width, and columns that can be spared; the reason of a verdict stays whole.
 TEST_F(Tool, TablesFitTheTerminal) {
   const std::string id(100, 'x');
   Write("long.csv", Header() + Flat(id, "50"));
-  const std::string kUnweighted =
+  const std::string kSpared =
       "\xCE\x94L*, \xCE\x94"
       "a*, \xCE\x94"
-      "b*, words, box, total";
+      "b*, \xCE\x94H*cmc, words, box, total";
   const struct {
     std::string arguments;
     uint16_t columns;
@@ -373,7 +373,7 @@ TEST_F(Tool, TablesFitTheTerminal) {
       {"color long.csv", 200, 200, ""},
       {"color long.csv", 80, 80, "observer, C, h, Lu, u, v, Cuv, huv, LH, aH, bH"},
       {"judge " + std::string(kCharts) + " --pairs", 120, 115, "words, box, total"},
-      {"judge " + std::string(kCharts) + " --pairs", 80, 80, kUnweighted},
+      {"judge " + std::string(kCharts) + " --pairs", 80, 80, kSpared},
   };
   for (const auto& row : kRows) {
     const std::string shown = ShownOnTerminal(

@@ -3,6 +3,10 @@
 #include <exception>
 #include <stdexcept>
 #include <string>
+#ifdef __GLIBC__
+#include <malloc.h>
+#include <thread>
+#endif
 
 #include <vrxmath/platform/message_box.h>
 
@@ -19,9 +23,18 @@ void ThrowMessage(vrx::WideView text, vrx::MessageIcon, void*) {
   throw std::runtime_error(vrx::CString(text).ToUtf8());
 }
 
+// One heap for each core: the C library would reserve 64 MiB of addresses for every thread, and threads beyond a limit of
+// the process would find none.
+void LimitHeaps() {
+#ifdef __GLIBC__
+  mallopt(M_ARENA_MAX, static_cast<int>(std::thread::hardware_concurrency()));
+#endif
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
+  LimitHeaps();
   vrx::SetMessageBoxHandler(ThrowMessage);
   vrx::tool::TurnSignalsIntoErrors();
   vrx::tool::UseUtf8Streams();

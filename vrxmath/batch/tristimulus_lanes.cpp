@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <utility>
 
-// Rows are turned over by half packs at heart: with eight lanes the steps between the halves cost more than they save.
+// Rows are transposed by half packs at heart: with eight lanes the steps between the halves cost more than they save.
 #if VRX_LANES < 4
 #define VRX_PACK_LANES VRX_LANES
 #else
@@ -13,9 +13,9 @@
 #include <vrxmath/batch/lane_rows.h>
 
 // Curves lie one after the other, while a pack wants the same wavelength of several curves. Two wavelengths at a time are
-// turned over on their way into registers: neighbouring samples of every second curve are loaded into one pack, those of the
+// transposed on their way into registers: neighbouring samples of every second curve are loaded into one pack, those of the
 // curves between into another, and one exchange of neighbours gives both wavelengths. With several illuminants there are
-// values enough of one curve to fill packs: these are summed side by side, and nothing needs turning over.
+// values enough of one curve to fill packs: these are summed side by side, and nothing needs transposing.
 // Each sum runs from the shortest wavelength up, one product at a time, as in the calculation for one curve.
 
 namespace vrx {
@@ -29,7 +29,7 @@ constexpr std::size_t kMostTargets = 32;
 constexpr std::size_t kBytesToStream = std::size_t{1} << 20;  // what the second-level cache does not hold
 
 // Copies the next tile into the first-level cache, a few lines at each step of the present one. The processor fetches ahead
-// by itself as long as memory is read from front to back, which turning over alone would hide from it.
+// by itself as long as memory is read from front to back, which transposing alone would hide from it.
 template <class SAMPLE>
 class TileCopy {
  public:
@@ -148,7 +148,7 @@ VRX_LANE_INLINE void StoreValues(Lanes X, Lanes Y, Lanes Z, const TristimulusTar
   StoreStrided(Z, to[2], target.stride);
 }
 
-// Illuminants whose values are summed from registers while samples are turned over. Where a number in memory can be an
+// Illuminants whose values are summed from registers while samples are transposed. Where a number in memory can be an
 // operand, the values of two and three are better the lanes.
 #if defined(__AVX512VL__)
 constexpr std::size_t kMostTurned = 1;

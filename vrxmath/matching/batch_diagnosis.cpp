@@ -305,20 +305,49 @@ class Diagnosis {
       if (std::none_of(own_.begin(), own_.end(), isIt)) explanation.formula.Add(line);
     }
     for (std::size_t i = 0; i < solution.amounts.size(); ++i) {
+      AddLine(IngredientOf(solution.hypothesis, i).id, solution.amounts[i] * unit, explanation.formula);
+    }
+    for (std::size_t i = 0; i < solution.amounts.size(); ++i) {
       const Ingredient& ingredient = IngredientOf(solution.hypothesis, i);
       const double amount = solution.amounts[i];
-      CDbFormulaElement line;
-      line.componentId = static_cast<int32_t>(ingredient.id);
-      line.amount = amount * unit;
-      if (amount > 0.0) explanation.formula.Add(line);
       const bool isFree = BindingOf(solution.hypothesis, i) == 0.0;
-      if (isFree && IsOff(ingredient, amount)) {
+      if (!isFree || !IsOff(ingredient, amount)) continue;
+      CDbFormula withWritten = Without(ingredient.id, explanation.formula);
+      AddLine(ingredient.id, ingredient.written * unit, withWritten);
+      if (AreAlike(explanation.formula, withWritten)) {
+        explanation.formula = withWritten;
+      } else {
         explanation.suspected.Add({ingredient.id, ingredient.written, amount});
       }
     }
     explanation.difference = DifferenceOf(explanation.formula);
     explanation.doubt = solution.doubt;
     return explanation;
+  }
+
+  static void AddLine(uint32_t id, double amount, CDbFormula& formula) {
+    if (!(amount > 0.0)) return;
+    CDbFormulaElement line;
+    line.componentId = static_cast<int32_t>(id);
+    line.amount = amount;
+    formula.Add(line);
+  }
+
+  static CDbFormula Without(uint32_t id, const CDbFormula& formula) {
+    CDbFormula others;
+    for (const CDbFormulaElement& line : formula) {
+      if (static_cast<uint32_t>(line.componentId) != id) others.Add(line);
+    }
+    return others;
+  }
+
+  // Whether nobody sees which of two formulas it is: a trace is no suspicion.
+  bool AreAlike(const CDbFormula& a, const CDbFormula& b) const {
+    constexpr double kUnseen = 0.05;
+    const CReflData curveOfA = PredictReflectance(a, system_, settings_.mode);
+    const CReflData curveOfB = PredictReflectance(b, system_, settings_.mode);
+    return !IsUnset(curveOfA) && !IsUnset(curveOfB) &&
+           CurveDifference(curveOfA, curveOfB, settings_.illuminant, settings_.observer) < kUnseen;
   }
 
   // A suspicion that explains the curve where nobody sees it, and brings the colour no nearer, is none.

@@ -69,8 +69,9 @@ struct CBatchDiagnosis {
 /// batch's own components may have any amount, also none, and any one other component of the system may have been put in,
 /// beside them or in the place of one. Of all these the explanation is taken that leaves the least, at a price for each
 /// component that is suspected, so that an error of the model or of the instrument is not made one of the batch; one that
-/// does not bring the colour nearer by three tenths of the difference is not taken. Of a two-constant batch the total is bound
-/// to half of what was written, since its curve says nothing of it.
+/// does not bring the colour nearer by three tenths of the difference is not taken, and an amount that changes it by less than
+/// 0.05 CIEDE2000 is no suspicion. Of a two-constant batch the total is bound to half of what was written, since its curve says
+/// nothing of it.
 /// Method: for each combination least squares of reflectance from 400 to 700 nm by Gauss-Newton steps, from the linear
 ///         solution at the K/S of the curve on, amounts not negative. In each the curves of a component are those at its
 ///         written share.

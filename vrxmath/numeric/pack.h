@@ -205,7 +205,7 @@ VRX_LANE_INLINE void StoreBeside(V numbers, double* const* places, int field) {
   }
 }
 
-// Squares of kCount x kCount numbers side by side in as many packs, turned over.
+// Squares of kCount x kCount numbers side by side in as many packs, transposed.
 template <int kCount, int kLaneCount, class Unit>
 VRX_LANE_INLINE void TurnSquares(Pack<kLaneCount, Unit>* packs) {
   if constexpr (kCount > 1) ExchangeBlocks<1, kCount>(packs);

@@ -43,14 +43,14 @@ std::string NumbersOf(const std::vector<std::size_t>& outliers) {
 
 std::vector<Column> StatisticsColumns() {
   return {{"id"},
-          {.name = "geometry", .spare = true},
+          {.name = "geometry", .room = Room::kSpare},
           {"readings"},
           {"sdL", "sd L*", 3},
           {"sda", "sd a*", 3},
           {"sdb", "sd b*", 3},
-          {"rangeL", "range L*", 3, true},
-          {"rangea", "range a*", 3, true},
-          {"rangeb", "range b*", 3, true},
+          {"rangeL", "range L*", 3, Room::kSpare},
+          {"rangea", "range a*", 3, Room::kSpare},
+          {"rangeb", "range b*", 3, Room::kSpare},
           {"mean_difference",
            "mean \xCE\x94"
            "E*ab",

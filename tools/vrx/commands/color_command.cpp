@@ -90,12 +90,12 @@ class ColorRows {
 
  private:
   static std::vector<Column> Columns() {
-    std::vector<Column> columns{{"id"}, {"illuminant"}, {.name = "observer", .spare = true}};
+    std::vector<Column> columns{{"id"}, {"illuminant"}, {.name = "observer", .room = Room::kSpare}};
     for (const char* name : {"X", "Y", "Z"}) columns.push_back({name});
     for (const char* name : {"x", "y"}) columns.push_back({name, "", 4});
     for (const char* name : {"L", "a", "b"}) columns.push_back({name});
     for (const char* name : {"C", "h", "Lu", "u", "v", "Cuv", "huv", "LH", "aH", "bH"}) {
-      columns.push_back({.name = name, .spare = true});
+      columns.push_back({.name = name, .room = Room::kSpare});
     }
     return columns;
   }

@@ -104,7 +104,7 @@ class DeltaRows {
       const std::string& heading = columns_[i].heading;
       columns.push_back({.name = format_ == Format::kCsv ? ElementName(heading) : heading,
                          .decimals = 4,
-                         .spare = columns_.size() == 7 && i < 3});
+                         .room = RoomOfElement(i, columns_.size())});
     }
     if (!withVerdicts_) return columns;
     if (format_ == Format::kCsv) {
@@ -112,9 +112,9 @@ class DeltaRows {
     } else {
       columns.push_back({"words"});
     }
-    for (const char* name : {"box", "total"}) columns.push_back({.name = name, .spare = true});
-    columns.push_back({"verdict"});
-    columns.push_back({"reason"});
+    for (const char* name : {"box", "total"}) columns.push_back({.name = name, .room = Room::kSpare});
+    columns.push_back({.name = "verdict", .room = Room::kWhole});
+    columns.push_back({.name = "reason", .room = Room::kWhole});
     if (format_ == Format::kCsv) columns.push_back({"excess"});
     return columns;
   }

@@ -212,13 +212,14 @@ PlaneChart PlaneOf(const std::string& title, const Cloud& cloud, const CEllipseD
 
 void WriteFits(const Accepted& accepted, const FitOptions& options) {
   std::vector<Column> columns{{"standard"},
-                              {.name = "geometry", .spare = true},
+                              {.name = "geometry", .room = Room::kSpare},
                               {"system"},
                               {"illuminant"},
-                              {.name = "observer", .spare = true}};
+                              {.name = "observer", .room = Room::kSpare}};
   for (const std::string_view name : EllipseColumns()) {
     const bool isAxis = name == "lightness" || name == "major" || name == "minor" || name == "angle";
-    columns.push_back({.name = std::string(name), .decimals = 4, .spare = !isAxis});
+    columns.push_back(
+        {.name = std::string(name), .decimals = 4, .room = isAxis ? Room::kNeeded : Room::kSpare});
   }
   OutputStream output;
   ResultReport report(options.report, ReportText::kEllipsoids);

@@ -155,7 +155,12 @@ void RunSort(SortOptions& options) {
       OpenCurves(oneFile ? options.trials : options.standard, options.input, Content::kCurvesOrColors);
   CurveReader trials = OpenCurves(options.trials, options.input, Content::kCurvesOrColors);
   options.viewing.Follow({&standardRows, &trials});
-  const auto standards = OneStandard(std::move(standardRows), options.standardId);
+  if (trials.HasStandards() && options.standardId.empty()) {
+    throw InputError(trials.Source().Name() +
+                     ": the trials name their standards in a column; --standard-id sorts all around one");
+  }
+  const auto standards =
+      OneStandard(std::move(standardRows), options.standardId, oneFile ? nullptr : &trials, false);
   JudgeSettings settings;
   settings.illuminants = options.viewing.Illuminants();
   settings.observer = options.viewing.Observer();
@@ -170,6 +175,7 @@ void RunSort(SortOptions& options) {
     judge.Evaluate(standard, trial);
     sorter.Add(trials, trial, judge);
   }
+  standards->EndTrials();
   OutputStream output;
   sorter.Write(options.format, trials.HasIdsAndNames(), trials.HasGeometries(), output);
   output.Finish();

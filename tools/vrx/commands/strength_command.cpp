@@ -165,13 +165,14 @@ class StrengthRows {
     for (const vrxIlluminant illuminant : settings.viewing.illuminants) {
       const bool isFirst = columns.size() == kSumColumns;
       const std::string suffix = isFirst ? "" : std::string("_").append(ShownIlluminant(illuminant));
-      columns.push_back({.name = "tristimulus" + suffix, .spare = !isFirst});
+      columns.push_back({.name = "tristimulus" + suffix, .room = isFirst ? Room::kNeeded : Room::kSpare});
       if (isFirst) AddSingleWavelengthColumns(settings, columns);
-      columns.push_back(
-          {.name = "pseudo_tristimulus" + suffix, .heading = "pseudo" + suffix, .spare = !isFirst});
-      columns.push_back({.name = "luminous" + suffix, .spare = true});
+      columns.push_back({.name = "pseudo_tristimulus" + suffix,
+                         .heading = "pseudo" + suffix,
+                         .room = isFirst ? Room::kNeeded : Room::kSpare});
+      columns.push_back({.name = "luminous" + suffix, .room = Room::kSpare});
       for (const char* component : {"X", "Y", "Z"}) {
-        columns.push_back({.name = component + suffix, .spare = true});
+        columns.push_back({.name = component + suffix, .room = Room::kSpare});
       }
     }
     return columns;

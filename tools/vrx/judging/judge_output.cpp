@@ -323,17 +323,16 @@ class TableJudgeOutput final : public JudgeOutput {
     if (shown_.name) columns.push_back({"name"});
     if (shown_.geometry) columns.push_back({"geometry"});
     columns.push_back({"illuminant"});
-    constexpr std::size_t kAllElements = 7;  // the first three are those that the others weigh
     for (std::size_t i = 0; i < columns_.size(); ++i) {
-      columns.push_back({.name = columns_[i].heading, .spare = columns_.size() == kAllElements && i < 3});
+      columns.push_back({.name = columns_[i].heading, .room = RoomOfElement(i, columns_.size())});
     }
-    columns.push_back({.name = "words", .spare = true});
+    columns.push_back({.name = "words", .room = Room::kSpare});
     if (byEllipse_) columns.push_back({"value"});
     for (const char* name : {byEllipse_ ? "ellipse" : "box", "total"}) {
-      columns.push_back({.name = name, .spare = true});
+      columns.push_back({.name = name, .room = Room::kSpare});
     }
-    columns.push_back({"verdict"});
-    columns.push_back({"reason"});
+    columns.push_back({.name = "verdict", .room = Room::kWhole});
+    columns.push_back({.name = "reason", .room = Room::kWhole});
     return columns;
   }
 
@@ -391,9 +390,9 @@ void WriteSummaries(const Format& format, OutputStream& output, const JudgeSetti
                                    {"warning"},
                                    {"fail"},
                                    {"mean", "mean " + total},
-                                   {.name = "deviation", .heading = "st. dev.", .spare = true},
-                                   {.name = "median", .spare = true},
-                                   {.name = "percentile95", .heading = "95 % below", .spare = true},
+                                   {.name = "deviation", .heading = "st. dev.", .room = Room::kSpare},
+                                   {.name = "median", .room = Room::kSpare},
+                                   {.name = "percentile95", .heading = "95 % below", .room = Room::kSpare},
                                    {"largest"},
                                    {"trial", "of trial"}});
   for (std::size_t i = 0; i < summaries.size(); ++i) {

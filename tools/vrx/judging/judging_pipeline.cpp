@@ -5,7 +5,6 @@
 #include <new>
 #include <span>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 namespace vrx::tool {
@@ -148,22 +147,34 @@ void JudgingPipeline::Work(Chunk& chunk) {
   }
 }
 
-// Threads for which there is no room are not missed: those that run take their trials.
+// Starts as many helpers as there is memory for, and lets none of them begin before the last one is there: what is kept
+// free meanwhile, a piece for each, is what they work with.
+std::vector<std::thread> JudgingPipeline::StartHelpers(unsigned count, std::size_t chunkTrials) {
+  constexpr std::size_t kRoomOfThread = std::size_t{8} << 20;
+  const auto room = [] { return std::make_unique_for_overwrite<std::byte[]>(kRoomOfThread); };
+  std::vector<std::thread> helpers;
+  const std::lock_guard lock(starting_);
+  try {
+    std::vector<std::unique_ptr<std::byte[]>> rooms;
+    rooms.push_back(room());
+    helpers.reserve(count);
+    while (helpers.size() < count) {
+      rooms.push_back(room());
+      helpers.emplace_back([this, chunk = std::make_unique<Chunk>(chunkTrials, output_)] {
+        { const std::lock_guard begun(starting_); }
+        Work(*chunk);
+      });
+    }
+  } catch (const std::system_error&) {  // those that run take the trials of those that do not
+  } catch (const std::bad_alloc&) {
+  }
+  return helpers;
+}
+
 void JudgingPipeline::Run(unsigned threads, std::size_t chunkTrials) {
   Chunk own(chunkTrials, output_);
   comparison_.BeginProgress();
-  std::vector<std::thread> helpers;
-  try {
-    // Memory that they may not take, or the last of them would leave none to work with.
-    constexpr std::size_t kHeadroom = std::size_t{64} << 20;
-    const auto headroom = std::make_unique_for_overwrite<std::byte[]>(kHeadroom);
-    helpers.reserve(threads);
-    for (unsigned i = 1; i < threads; ++i) {
-      helpers.emplace_back([this, chunk = std::make_unique<Chunk>(chunkTrials, output_)] { Work(*chunk); });
-    }
-  } catch (const std::system_error&) {
-  } catch (const std::bad_alloc&) {
-  }
+  std::vector<std::thread> helpers = StartHelpers(threads - 1, chunkTrials);
   Work(own);
   for (std::thread& helper : helpers) helper.join();
   comparison_.EndProgress();

@@ -14,6 +14,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "tools/vrx/judging/comparison.h"
@@ -47,6 +48,7 @@ class JudgingPipeline {
  private:
   struct Chunk;
 
+  std::vector<std::thread> StartHelpers(unsigned count, std::size_t chunkTrials);
   void Work(Chunk& chunk);
   bool Read(Chunk& chunk);
   static void DropTrialsWithoutLimits(Chunk& chunk, const Judge& judge);
@@ -58,6 +60,8 @@ class JudgingPipeline {
   const JudgeSettings& settings_;
   const JudgeOutput* output_;
   Sink sink_;
+
+  std::mutex starting_;  // held until all helpers are there
 
   std::mutex reading_;
   std::uint64_t chunks_ = 0;  // read so far

@@ -24,7 +24,7 @@ class ForgottenPairs {
  public:
   ForgottenPairs() = default;
   /// Reads the ids of the standards, and goes back to the first one.
-  explicit ForgottenPairs(CurveReader& standards) {
+  ForgottenPairs(CurveReader& standards, bool offersPairs) : offersPairs_(offersPairs) {
     constexpr std::size_t kMost = 4'000'000;
     try {
       CurveRow row;
@@ -47,8 +47,8 @@ class ForgottenPairs {
   /// Behind the last trial.
   void Ask(const CurveReader& standards, const std::string& trials) const {
     if (!isOpen_ || !hasOther_) return;
-    throw InputError(trials + ": each trial has the id of a standard in " + standards.Source().Name() +
-                     ": --pairs compares it with that one, --standard-id " + first_ +
+    throw InputError(trials + ": each trial has the id of a standard in " + standards.Source().Name() + ": " +
+                     (offersPairs_ ? "--pairs compares it with that one, " : "") + "--standard-id " + first_ +
                      " compares all with the first");
   }
 
@@ -56,14 +56,15 @@ class ForgottenPairs {
   std::unordered_set<std::size_t> ids_;  // as hashes
   std::string first_;
   bool isOpen_ = false, hasOther_ = false;
+  bool offersPairs_ = true;
 };
 
 // What is still open of the question once the trials were looked at, if they can be.
-ForgottenPairs LookForPairs(CurveReader& standards, CurveReader& trials) {
+ForgottenPairs LookForPairs(CurveReader& standards, CurveReader& trials, bool offersPairs) {
   const bool canBePairs = standards.HasNames() && trials.HasNames() && standards.Source().CanSeek() &&
                           !AreOneFile(standards.Source().Name(), trials.Source().Name());
   if (!canBePairs) return {};
-  ForgottenPairs pairs(standards);
+  ForgottenPairs pairs(standards, offersPairs);
   if (!pairs.IsOpen() || !trials.Source().CanSeek()) return pairs;
   try {
     CurveRow row;
@@ -282,9 +283,10 @@ class StandardOfItsOwn final : public Standards {
 
 }  // namespace
 
-std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id, CurveReader* trials) {
+std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id, CurveReader* trials,
+                                       bool offersPairs) {
   const bool isOpen = id.empty() && trials != nullptr;
-  ForgottenPairs pairs = isOpen ? LookForPairs(reader, *trials) : ForgottenPairs();
+  ForgottenPairs pairs = isOpen ? LookForPairs(reader, *trials, offersPairs) : ForgottenPairs();
   return std::make_unique<OneStandardForAll>(std::move(reader), id, std::move(pairs),
                                              isOpen ? trials->Source().Name() : std::string());
 }

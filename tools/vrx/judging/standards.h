@@ -33,9 +33,9 @@ class Standards {
 /// One standard for every trial: the rows of `id`, or of the first row's id when `id` is empty, one per
 /// geometry. Throws InputError when there are none or two of a geometry. Where `trials` is given and nobody named the standard,
 /// trials that each have the id of a standard are a question, whether they belong to those: it is asked before the first
-/// trial, and of trials from a pipe behind the last one.
+/// trial, and of trials from a pipe behind the last one. `offersPairs`: the command has `--pairs`, which the question names.
 std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id,
-                                       CurveReader* trials = nullptr);
+                                       CurveReader* trials = nullptr, bool offersPairs = true);
 
 /// The row of the id that the trial names as its standard, else of the trial's own. As long as both files are in the same
 /// order they are read side by side; from the first trial that is elsewhere in the standards' file, or whose geometry the row

@@ -65,6 +65,12 @@ std::string NameOfElement(int32_t system, int32_t element) {
   return heading.empty() ? "e" + std::to_string(element) : ElementName(heading);
 }
 
+Room RoomOfElement(std::size_t i, std::size_t count) {
+  constexpr std::size_t kAllElements = 7, kUnweighted = 3;
+  if (i + 1 == count) return Room::kNeeded;
+  return count == kAllElements && i < kUnweighted ? Room::kSpare : Room::kLast;
+}
+
 std::string NameOfLimit(BrokenLimit limit, int32_t system) {
   if (limit == BrokenLimit::kNone) return "";
   if (limit == BrokenLimit::kEllipsoid) return "ellipsoid";

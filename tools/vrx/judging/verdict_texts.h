@@ -3,6 +3,7 @@
 #ifndef TOOLS_VRX_JUDGING_VERDICT_TEXTS_H_
 #define TOOLS_VRX_JUDGING_VERDICT_TEXTS_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -27,6 +28,9 @@ const std::string& TextOf(ShadeWord word);
 std::string ElementName(std::string_view heading);
 /// The name of an element of a system's differences in ASCII, such as "dEcmc"; "e3" for one that it does not show.
 std::string NameOfElement(int32_t system, int32_t element);
+/// The room of element `i` of the `count` that a system shows. The total stays; of seven, the first three are those
+/// that the others weigh, and go first.
+Room RoomOfElement(std::size_t i, std::size_t count);
 /// What a limit is a limit of: an element's name, "ellipsoid", or "no difference"; empty for none.
 std::string NameOfLimit(BrokenLimit limit, int32_t system);
 /// The same under the system's own heading, with how far the limit was passed: "\u0394E*cmc +0.28". Empty for none.

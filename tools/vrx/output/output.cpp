@@ -387,7 +387,8 @@ class TableRows final : public RowWriter {
     bool toTheRight;
   };
   static constexpr std::size_t kHeldRows = 256;
-  static constexpr std::size_t kGap = 2;  // blanks between columns
+  static constexpr std::size_t kGap = 2;                        // blanks between columns
+  static constexpr std::size_t kNarrowest = 8, kLongName = 32;  // texts, shortened as far as goes or hardly
 
   void Put(const Cell& cell) {
     if (laidOut_) return Write(cell);
@@ -398,6 +399,8 @@ class TableRows final : public RowWriter {
   void LayOut();
   [[nodiscard]] std::size_t Width() const;
   void FitTo(std::size_t terminalWidth);
+  [[nodiscard]] std::size_t LeastWidth(std::size_t i, std::size_t width) const;
+  void LeaveOut(Room room, std::size_t terminalWidth, std::size_t textWidth);
   void Write(const Cell& cell);
   void EndLine() {
     output_.Append('\n');
@@ -424,41 +427,49 @@ std::size_t TableRows::Width() const {
   return width;
 }
 
-// Leaves spare columns out, the last ones first, until the others are there with whole words, and takes back what fits beside
-// those. Where even that is too wide, the widest column of text gives way, place by place.
+// Leaves columns out by their room, takes back what fits beside the others, and shortens texts where that is not enough.
 void TableRows::FitTo(std::size_t terminalWidth) {
-  constexpr std::size_t kNarrowest = 8, kLongName = 32;
-  const auto atLeast = [&](std::size_t i, std::size_t width) {
-    const bool isText = !held_.empty() && !held_[i].toTheRight;
-    return isText ? std::min(widths_[i], std::max(width, DisplayWidth(columns_[i].heading))) : widths_[i];
-  };
-  const auto wanted = [&](std::size_t i) {
-    return kGap + (columns_[i].spare ? widths_[i] : atLeast(i, kLongName));
-  };
-  const auto least = [&](std::size_t i) { return atLeast(i, kNarrowest); };
-  const std::size_t room = terminalWidth + kGap;
-  std::size_t all = 0;
-  for (std::size_t i = 0; i < columns_.size(); ++i) all += wanted(i);
-  for (std::size_t i = columns_.size(); i-- > 0 && all > room;) {
-    if (!columns_[i].spare) continue;
-    leftOut_[i] = true;
-    all -= wanted(i);
-  }
-  for (std::size_t i = 0; i < columns_.size(); ++i) {
-    if (!leftOut_[i] || all + wanted(i) > room) continue;
-    leftOut_[i] = false;
-    all += wanted(i);
-  }
+  LeaveOut(Room::kSpare, terminalWidth, kLongName);
+  LeaveOut(Room::kLast, terminalWidth, kNarrowest);
   for (std::size_t width = Width(); width > terminalWidth; --width) {
     std::size_t widest = columns_.size();
     for (std::size_t i = 0; i < columns_.size(); ++i) {
-      if (!leftOut_[i] && widths_[i] > least(i) &&
+      if (!leftOut_[i] && widths_[i] > LeastWidth(i, kNarrowest) &&
           (widest == columns_.size() || widths_[i] > widths_[widest]))
         widest = i;
     }
     if (widest == columns_.size()) return;
     --widths_[widest];
     isFitted_ = true;
+  }
+}
+
+// The width that column `i` asks for where its texts may be shortened to `width`.
+std::size_t TableRows::LeastWidth(std::size_t i, std::size_t width) const {
+  const bool isText = !held_.empty() && !held_[i].toTheRight;
+  if (!isText || columns_[i].room != Room::kNeeded) return widths_[i];
+  return std::min(widths_[i], std::max(width, DisplayWidth(columns_[i].heading)));
+}
+
+// Leaves columns of one room out, the last ones first, until the others fit with texts of `textWidth`, and takes back
+// what fits beside those.
+void TableRows::LeaveOut(Room room, std::size_t terminalWidth, std::size_t textWidth) {
+  const auto wanted = [&](std::size_t i) { return kGap + LeastWidth(i, textWidth); };
+  const std::size_t most = terminalWidth + kGap;
+  std::size_t all = 0;
+  for (std::size_t i = 0; i < columns_.size(); ++i) all += leftOut_[i] ? 0 : wanted(i);
+  std::vector<std::size_t> out;
+  for (std::size_t i = columns_.size(); i-- > 0 && all > most;) {
+    if (columns_[i].room != room) continue;
+    leftOut_[i] = true;
+    out.push_back(i);
+    all -= wanted(i);
+  }
+  for (; !out.empty(); out.pop_back()) {
+    const std::size_t i = out.back();
+    if (all + wanted(i) > most) continue;
+    leftOut_[i] = false;
+    all += wanted(i);
   }
 }
 

@@ -142,13 +142,21 @@ class OutputStream {
   bool finished_ = false;
 };
 
+/// What becomes of a column where the terminal is too narrow for all. The last column of a kind is left out first.
+enum class Room {
+  kNeeded,  ///< always there; its texts are shortened where nothing else helps
+  kWhole,   ///< always there, and its texts whole: the reason of a verdict
+  kLast,    ///< left out where the texts of kNeeded, shortened, are still too wide
+  kSpare,   ///< left out before any text is shortened
+};
+
 /// A column of results.
 struct Column {
-  std::string name;          ///< heading in csv and key in json
-  std::string heading = {};  ///< heading in a table; the name when empty
-  int decimals = 2;          ///< of numbers in a table
-  bool spare = false;        ///< left out of a table for which the terminal is too narrow, the last one first
-  bool inReport = true;      ///< false: a report does without it
+  std::string name;           ///< heading in csv and key in json
+  std::string heading = {};   ///< heading in a table; the name when empty
+  int decimals = 2;           ///< of numbers in a table
+  Room room = Room::kNeeded;  ///< in a table for which the terminal is too narrow
+  bool inReport = true;       ///< false: a report does without it
 };
 
 /// How a cell of a table looks on a terminal.
@@ -159,7 +167,7 @@ std::string Tinted(std::string_view text, Tint tint, bool useColour);
 
 /// Rows of results in one of the three formats. A row is one call per column, left to right, then `EndRow`.
 /// Text is UTF-8; tables cut it to kLongestCell characters, on a terminal to what its width leaves, and say at their end
-/// which spare columns it left no room for. Memory is constant: a table takes its column widths from its first rows.
+/// which columns it had no room for. Memory is constant: a table takes its column widths from its first rows.
 class RowWriter {
  public:
   virtual ~RowWriter() = default;
