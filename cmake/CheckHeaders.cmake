@@ -1,12 +1,20 @@
 # vrx_check_headers()
 #
-# Target vrx_check_headers compiles every public header alone, twice in one file, so that a header that leans on its
-# includer or lacks its guard fails the build. Test include_order holds each folder to those that it depends on, as
+# Target vrx_check_headers compiles public headers alone, twice in one file, so that a header that leans on its includer or
+# lacks its guard fails the build. A header with a source of its own is the first that this includes, which a build without
+# VRX_UNITY compiles alone as well, and is left out. Test include_order holds each folder to those that it depends on, as
 # vrx_declare_folder has them, and finds files that include each other in a circle.
 function(vrx_check_headers)
   get_property(headers GLOBAL PROPERTY VRX_HEADERS)
   set(sources "")
   foreach(header IN LISTS headers ITEMS vrxmath/export.h)
+    string(REGEX REPLACE "[.]h$" ".cpp" own ${PROJECT_SOURCE_DIR}/${header})
+    if(EXISTS ${own})
+      file(STRINGS ${own} first REGEX "^#include" LIMIT_COUNT 1)
+      if(first STREQUAL "#include <${header}>")
+        continue()
+      endif()
+    endif()
     string(REPLACE "/" "_" name ${header})
     set(source ${CMAKE_CURRENT_BINARY_DIR}/check_headers/${name}.cpp)
     file(CONFIGURE OUTPUT ${source} CONTENT "#include <${header}>\n#include <${header}>  // guarded\n")

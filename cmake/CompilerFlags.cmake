@@ -59,8 +59,10 @@ if(VRX_SANITIZE)
   target_link_options(vrx_build_flags INTERFACE -fsanitize=${VRX_SANITIZE})
 endif()
 if(VRX_BUILD_FUZZERS)
-  # Everything a target reaches is instrumented: libFuzzer learns from the branches that an input takes.
-  target_compile_options(vrx_build_flags INTERFACE -fsanitize=fuzzer-no-link)
+  # Everything a target reaches is instrumented, so that libFuzzer learns from the branches that an input takes; kernels over
+  # lanes and tests (VRX_NOT_FUZZED) are not worth the time that it takes.
+  target_compile_options(vrx_build_flags INTERFACE
+    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:VRX_NOT_FUZZED>>>:-fsanitize=fuzzer-no-link>)
 endif()
 
 # vrx_compile_together(<target> [BY_FOLDER])

@@ -88,10 +88,10 @@ windows() {
   sh scripts/setup.sh windows || has_windows_packages
   for width in i686 x86_64; do
     if runs_windows "$width"; then
-      build_and_test "windows-$width"
+      build_and_test "ci-windows-$width"
     else
       echo "=== windows-$width: built only, its programs do not run on this machine"
-      build "windows-$width"
+      build "ci-windows-$width"
     fi
   done
 }

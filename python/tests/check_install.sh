@@ -3,12 +3,12 @@
 #
 # Installs the package from the source tree into a new virtual environment that sees the system's packages, without a
 # network, and runs the example with it. How it is built is what matters here, not how fast it computes: one instruction set and
-# less optimisation take a quarter of the time.
+# no optimisation take a fraction of the time.
 set -eu
 python=$1 source=$2 work=$3
 rm -rf "$work/venv" "$work/pictures" "$work/wheels"
 "$python" -m venv --system-site-packages "$work/venv"
-options="-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DVRX_LANE_SETS=base -DVRX_UNITY=ON"
+options="-DCMAKE_CXX_FLAGS_RELEASE=-O0 -DVRX_HARDEN=OFF -DVRX_LANE_SETS=base -DVRX_UNITY=ON"
 PIP_NO_INDEX=1 "$work/venv/bin/pip" install --quiet --config-settings build-dir="$work/build" \
   --config-settings cmake-options="$options" "$source/python"
 # The wheel by itself: its dependencies are the system's.
