@@ -2,7 +2,7 @@
 // and writes csv, beside `wc -l` and a loop of from_chars over the same file. Wall time, since the tool works on all cores;
 // a row is a curve. Before anything is timed the results are compared with those that the library gives for the same
 // curves. What the tool needs of memory is told for 1,000 to 1,000,000 curves, and where it holds them to sort them, for a standard
-// with a long id.
+// with a long id; and how the report of pairs grows with their count.
 
 #include <charconv>
 #include <cstdlib>
@@ -119,6 +119,28 @@ bool ResultsAreRight(const Files& files) {
   return true;
 }
 
+// The time of a trial in a report of pairs among `many` beside that among a quarter of them: what grows with the square
+// of the count comes to four. Each has a standard of its own, whose name the page shows.
+void ReportGrowth(const Files& files, vrx::bench::Table& table, int many) {
+  std::vector<vrx::bench::Work> works;
+  for (const int rows : {many / 4, many}) {
+    const std::string lot = (files.folder / ("lot" + std::to_string(rows) + ".csv")).string();
+    const std::string page = lot + ".html";
+    Files::WriteCurves(lot, rows);
+    const std::string copy = lot + ".copy.csv";  // of one file with itself nobody asks about pairs
+    std::filesystem::copy_file(lot, copy, std::filesystem::copy_options::overwrite_existing);
+    works.emplace_back([=] {
+      Run(VRX_TOOL " judge " + lot + " " + copy + " --pairs --format csv --report " + page + " > /dev/null");
+    });
+    works.back()();
+    vrx::bench::Require(std::filesystem::file_size(page) > static_cast<std::uintmax_t>(rows),
+                        "the report of --pairs");
+  }
+  const auto seconds = vrx::bench::SecondsOf(works, 3, vrx::bench::Clock::kWall);
+  table.Report({"a trial in a report of " + std::to_string(many) + " pairs", "one of a quarter of them",
+                seconds[1] / many * 1e9, seconds[0] / (many / 4) * 1e9, "<= 1.2", true});
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -157,5 +179,6 @@ int main(int argc, char** argv) {
   };
   table.Report({"memory in MiB, 20000 curves --worst-first, an id of 20000 bytes", "an id of 2 bytes",
                 sorted(longName), sorted(files.standard), "flat", true});
+  ReportGrowth(files, table, 32'000);
   return 0;
 }
