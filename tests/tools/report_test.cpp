@@ -260,10 +260,9 @@ TEST_F(Report, AJudgementHasItsDifferencesUnderTheirHeadings) {
   const auto [page, csv] = RunReport("judge s.csv t.csv --illuminants D65,A");
   const std::vector<Cells> rows = TableOf(page, "data-table=\"0\"");
   Cells headings = Headings(page);
-  headings.resize(6);
-  EXPECT_EQ(headings, (Cells{"Trial", "Name", "Illuminant", "Standard | trial", "\xCE\x94L*",
-                             "\xCE\x94"
-                             "a*"}));
+  headings.resize(7);
+  EXPECT_EQ(headings,
+            (Cells{"Trial", "Name", "Illuminant", "Verdict", "Reason", "Standard | trial", "\xCE\x94L*"}));
   ASSERT_EQ(rows.size(), 10u);
   const json data = DataOf(page);
   const char* const verdicts[] = {"fail", "warning", "pass"};
@@ -271,19 +270,19 @@ TEST_F(Report, AJudgementHasItsDifferencesUnderTheirHeadings) {
     const Cells& row = csv[i + 1];
     EXPECT_EQ(rows[i][0], row[1]);
     EXPECT_EQ(rows[i][2], row[3] + "/10\xC2\xB0");
-    for (std::size_t k = 0; k < 7; ++k) EXPECT_TRUE(IsRounded(rows[i][4 + k], row[5 + k])) << i << " " << k;
+    for (std::size_t k = 0; k < 7; ++k) EXPECT_TRUE(IsRounded(rows[i][6 + k], row[5 + k])) << i << " " << k;
     std::string words;
     for (std::size_t k = 12; k < 15; ++k)
       words += (row[k] == " " ? "" : words.empty() ? "" : ", ") + (row[k] == " " ? "" : row[k]);
-    EXPECT_EQ(rows[i][11], words);
-    EXPECT_EQ(rows[i][13], row[17]) << i;
-    EXPECT_EQ(verdicts[data["tables"][0]["rows"][i][13].get<std::size_t>()], row[17]) << i;
+    EXPECT_EQ(rows[i][13], words);
+    EXPECT_EQ(rows[i][3], row[17]) << i;
+    EXPECT_EQ(verdicts[data["tables"][0]["rows"][i][3].get<std::size_t>()], row[17]) << i;
     // What the script marks in the pictures: da*, db*, dL* by illuminant.
     const json& plotted = data["trials"][i / 2][1];
     for (std::size_t k = 0; k < 3; ++k)
       EXPECT_NEAR(plotted[3 * (i % 2) + k], std::stod(row[5 + (k + 1) % 3]), 0.0006) << i << " " << k;
   }
-  const json places = {{"total", 10}, {"words", 11}, {"verdict", 13}, {"colours", 3}};
+  const json places = {{"total", 12}, {"words", 13}, {"verdict", 3}, {"colours", 5}};
   EXPECT_EQ(data["places"], places);
   // The curves: 44 percent at 400 nm down to 41 at 700 nm.
   EXPECT_EQ(data["samples"], json({4, 34}));

@@ -132,7 +132,7 @@ class DeltaRows {
     for (const Verdict verdict : {judgement.components, judgement.total, judgement.verdict}) {
       rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
     }
-    if (format_ != Format::kCsv) return rows_->Text(ReasonText(judgement.breach, number_));
+    if (format_ != Format::kCsv) return rows_->Text(ReasonText(judgement.breach, judgement.verdict, number_));
     const bool isBroken =
         judgement.breach.limit != BrokenLimit::kNone && judgement.breach.limit != BrokenLimit::kNoDifference;
     rows_->Text(NameOfLimit(judgement.breach.limit, number_));

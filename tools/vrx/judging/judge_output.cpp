@@ -352,7 +352,8 @@ class TableJudgeOutput final : public JudgeOutput {
     for (const Verdict verdict : {under.components, under.total, under.verdict}) {
       rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
     }
-    rows_->Text(ReasonText(under.breach, settings_.difference.system), LookOf(under.verdict).tint);
+    rows_->Text(ReasonText(under.breach, under.verdict, settings_.difference.system),
+                LookOf(under.verdict).tint);
     rows_->EndRow();
   }
 

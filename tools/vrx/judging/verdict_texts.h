@@ -33,8 +33,9 @@ std::string NameOfElement(int32_t system, int32_t element);
 Room RoomOfElement(std::size_t i, std::size_t count);
 /// What a limit is a limit of: an element's name, "ellipsoid", or "no difference"; empty for none.
 std::string NameOfLimit(BrokenLimit limit, int32_t system);
-/// The same under the system's own heading, with how far the limit was passed: "\u0394E*cmc +0.28". Empty for none.
-std::string ReasonText(const LimitBreach& breach, int32_t system);
+/// The same under the system's own heading, with how far the limit was passed: "\u0394E*cmc +0.28". Of a warning, which keeps
+/// the limit, with the edge of the warning band: "\u0394E*cmc > 1.12". Empty for none.
+std::string ReasonText(const LimitBreach& breach, Verdict verdict, int32_t system);
 
 /// The words that say something, as "Darker, Redder".
 std::string JoinedWords(std::span<const ShadeWord> words);

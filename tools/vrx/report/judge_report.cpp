@@ -137,7 +137,7 @@ void JudgeReport::AddReasons(std::size_t failed) {
   std::ranges::stable_sort(order, std::greater<>(), [](const auto& entry) { return entry.first; });
   std::string reasons;
   for (const auto& [count, limit] : order) {
-    const std::string name = ReasonText({limit, 0.0, std::nan("")}, settings_.difference.system);
+    const std::string name = ReasonText({limit, 0.0, std::nan("")}, kFail, settings_.difference.system);
     reasons +=
         (reasons.empty() ? "" : ", ") + TextOf(ReportText::kReasonCount, {std::to_string(count), name});
   }
@@ -236,12 +236,12 @@ std::vector<ReportColumn> JudgeReport::Columns() const {
   if (showsStandards_) columns.push_back({Text(ReportText::kStandard)});
   if (withGeometry_) columns.push_back({Text(ReportText::kGeometry), Kind::kChoice});
   columns.push_back({Text(ReportText::kIlluminant), Kind::kChoice});
+  columns.push_back({Text(ReportText::kVerdicts), Kind::kVerdict});
+  columns.push_back({Text(ReportText::kReason), Kind::kReason});
   columns.push_back({Text(ReportText::kColours), Kind::kColours});
   for (const DifferenceColumn& column : judged_.Columns()) columns.push_back({column.heading, Kind::kNumber});
   columns.push_back({Text(ReportText::kWords), Kind::kWords});
   if (settings_.ByEllipse()) columns.push_back({Text(ReportText::kEllipsoidValue), Kind::kNumber});
-  columns.push_back({Text(ReportText::kReason), Kind::kReason});
-  columns.push_back({Text(ReportText::kVerdicts), Kind::kVerdict});
   return columns;
 }
 
@@ -253,17 +253,17 @@ void JudgeReport::AddRow(ReportTable& table, const JudgedTrial& trial, std::size
   if (showsStandards_) table.Text(view.standard);
   if (withGeometry_) table.Text(GeometryName(view.geometry));
   table.Text(judged_.IlluminantAt(i));
-  table.Put(view.colours[i].shown, result.colour);
   const int32_t system = settings_.difference.system;
+  table.Put(result.verdict);
+  table.Text(ReasonText(result.breach, result.verdict, system));
+  table.Put(view.colours[i].shown, result.colour);
   const int32_t broken = ElementOf(result.breach.limit, system);
   for (const DifferenceColumn& column : judged_.Columns()) {
     table.Number(result.difference[static_cast<std::size_t>(column.element)],
-                 column.element == broken ? Tint::kBad : Tint::kPlain);
+                 column.element == broken ? LookOf(result.verdict).tint : Tint::kPlain);
   }
   table.Text(WordsOf(result));
   if (settings_.ByEllipse()) table.Number(result.ellipsoidValue);
-  table.Text(ReasonText(result.breach, system));
-  table.Put(result.verdict);
   table.EndRow();
 }
 
@@ -517,11 +517,13 @@ void JudgeReport::AddScriptData(const std::vector<std::size_t>& views) {
   }
   page_.AddData("illuminants", std::to_string(judged_.IlluminantCount()));
   const std::vector<ReportColumn> columns = Columns();
-  const std::size_t last = columns.size() - 1;
-  const std::size_t total = last - (settings_.ByEllipse() ? 4 : 3);
-  page_.AddData("places", "{\"total\":" + std::to_string(total) + ",\"words\":" + std::to_string(total + 1) +
-                              ",\"verdict\":" + std::to_string(last) +
-                              ",\"colours\":" + std::to_string(total - judged_.Columns().size()) + "}");
+  const auto placeOf = [&](ReportColumn::Kind kind) {
+    return std::ranges::find(columns, kind, &ReportColumn::kind) - columns.begin();
+  };
+  const auto words = placeOf(ReportColumn::Kind::kWords);  // behind the total
+  page_.AddData("places", "{\"total\":" + std::to_string(words - 1) + ",\"words\":" + std::to_string(words) +
+                              ",\"verdict\":" + std::to_string(placeOf(ReportColumn::Kind::kVerdict)) +
+                              ",\"colours\":" + std::to_string(placeOf(ReportColumn::Kind::kColours)) + "}");
 }
 
 }  // namespace vrx::tool

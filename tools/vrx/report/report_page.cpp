@@ -206,7 +206,11 @@ void ReportTable::Number(double value, Tint tint) {
   PutCell(isNumber         ? fixed
           : IsUnset(value) ? "null"
                            : JsonText(fixed),
-          (tint == Tint::kBad ? "<td class=\"number broken\">" : "<td class=\"number\">") + fixed + "</td>");
+          std::string("<td class=\"number") +
+              (tint == Tint::kBad       ? " broken"
+               : tint == Tint::kWarning ? " near"
+                                        : "") +
+              "\">" + fixed + "</td>");
 }
 
 void ReportTable::Integer(int64_t value) {

@@ -135,10 +135,11 @@
       });
     }
 
-    // Whether the row's verdict comes from this column: its reason begins with the heading.
-    isBroken(c, row) {
-      const reason = this.columns.findIndex(({ kind }) => kind === 'reason');
-      return reason >= 0 && (this.rows[row][reason] ?? '').startsWith(`${this.columns[c].heading} `);
+    // How the number looks that the row's verdict comes from: the reason begins with its heading.
+    markOf(c, row) {
+      const [reason, verdict] = ['reason', 'verdict'].map((kind) => this.columns.findIndex((column) => column.kind === kind));
+      const isReason = reason >= 0 && (this.rows[row][reason] ?? '').startsWith(`${this.columns[c].heading} `);
+      return !isReason ? '' : this.rows[row][verdict] === 0 ? ' broken' : ' near';
     }
 
     cell(value, c, row) {
@@ -151,7 +152,7 @@
         button.addEventListener('click', () => this.pick(row));
         cell.append(button);
       } else if (kind === 'number') {
-        cell.className = this.isBroken(c, row) ? 'number broken' : 'number';
+        cell.className = `number${this.markOf(c, row)}`;
         cell.textContent = fixed(value, decimals);
       } else {
         if (kind === 'words' || kind === 'reason') cell.className = 'words';
