@@ -19,6 +19,7 @@
 
 #include "python/src/arrays.h"
 #include "python/src/color_system.h"
+#include "python/src/curves.h"
 #include "python/src/module.h"
 #include "python/src/names.h"
 #include "python/src/unlocked.h"
@@ -129,7 +130,7 @@ py::array_t<double> ColumnOf(const CDrawdownFitArray& fits, FIELD field) {
 
 py::tuple Calibrate(const std::vector<std::string>& components, const py::object& shares,
                     const py::object& curves, const py::dict& given) {
-  const Rows rows = RowsOf(curves, "curves", kSamples);
+  const Rows rows = CurvesOf(curves, "curves");
   const Rows parts = RowsOf(shares, "shares", components.size());
   const CDrawdownArray drawdowns = DrawdownsOf(rows, parts, given["weights"], given["ids"]);
   const CCalibrationSettings settings = CalibrationSettingsOf(components, given);

@@ -10,6 +10,7 @@
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
+#include "python/src/curves.h"
 #include "python/src/module.h"
 #include "python/src/names.h"
 #include "python/src/views.h"
@@ -40,7 +41,7 @@ void FillTristimulus(const Rows& curves, std::span<const vrxIlluminant> illumina
 
 py::array Tristimulus(const py::object& curves, const py::object& illuminant, int observer,
                       const py::object& out, int threads) {
-  const Rows rows = RowsOf(curves, "curves", kSamples, true);
+  const Rows rows = CurvesOf(curves, "curves", true);
   bool single = false;
   const std::vector<vrxIlluminant> illuminants = IlluminantsOf(illuminant, single);
   const std::int32_t code = ObserverOf(observer);

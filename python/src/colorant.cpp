@@ -10,6 +10,7 @@
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
+#include "python/src/curves.h"
 #include "python/src/module.h"
 #include "python/src/views.h"
 
@@ -45,7 +46,7 @@ StrengthSumSettings StrengthSettingsOf(bool absorbance, std::pair<double, double
   return {absorbance, first, last, k1, k2, ModeOf(specular)};
 }
 
-CurveBatch CurvesOf(const Rows& rows, std::size_t from, std::size_t count) {
+CurveBatch BatchOf(const Rows& rows, std::size_t from, std::size_t count) {
   return {std::span(rows.Doubles() + from * rows.stride, (count - 1) * rows.stride + kSamples), rows.stride};
 }
 
@@ -53,7 +54,7 @@ py::object Strength(const py::object& standard, const py::object& batch, bool ab
                     std::pair<double, double> band, const std::string& specular, double k1, double k2,
                     int threads) {
   const StrengthSumSettings settings = StrengthSettingsOf(absorbance, band, specular, k1, k2);
-  const Rows standards = RowsOf(standard, "standard", kSamples), batches = RowsOf(batch, "batch", kSamples);
+  const Rows standards = CurvesOf(standard, "standard"), batches = CurvesOf(batch, "batch");
   const std::vector<py::ssize_t> lead = CommonLead(standards, "standard", batches, "batch");
   py::array_t<double> result(lead);
   double* target = result.mutable_data();
@@ -62,7 +63,7 @@ py::object Strength(const py::object& standard, const py::object& batch, bool ab
              const auto sums = [&](const Rows& rows) {
                const bool one = rows.lead.empty();
                std::vector<double> values(one ? 1 : count);
-               StrengthSumBatch(settings, CurvesOf(rows, one ? 0 : from, values.size()), values);
+               StrengthSumBatch(settings, BatchOf(rows, one ? 0 : from, values.size()), values);
                return values;
              };
              const std::vector<double> s = sums(standards), b = sums(batches);
@@ -76,7 +77,7 @@ py::object Strength(const py::object& standard, const py::object& batch, bool ab
 
 py::array Ks(const py::object& curves, const std::string& specular, double k1, double k2, int threads) {
   const SaundersonMode mode = ModeOf(specular);
-  const Rows rows = RowsOf(curves, "curves", kSamples);
+  const Rows rows = CurvesOf(curves, "curves");
   py::array_t<double> result = ResultArray(rows.lead, {static_cast<py::ssize_t>(kSamples)}, py::none());
   double* target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {

@@ -15,6 +15,7 @@
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
+#include "python/src/curves.h"
 #include "python/src/module.h"
 #include "python/src/names.h"
 #include "python/src/views.h"
@@ -183,7 +184,7 @@ SearchColors FromColors(const py::object& argument, const char* name, const Spac
 
 SearchColors FromCurves(const py::object& argument, const char* name, const Space& space,
                         const std::vector<vrxIlluminant>& illuminants, int threads) {
-  const Rows curves = RowsOf(argument, name, kSamples, true);
+  const Rows curves = CurvesOf(argument, name, true);
   const Samples samples = SamplesOf(curves, 0, curves.count);
   const py::gil_scoped_release unlocked;
   return {curves.lead, curves.count,

@@ -29,6 +29,7 @@
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
 #include "python/src/color_system.h"
+#include "python/src/curves.h"
 #include "python/src/module.h"
 #include "python/src/names.h"
 #include "python/src/paths.h"
@@ -251,7 +252,7 @@ void ReadProduction(const System& system, const py::dict& given, CRecipeSettings
     throw py::value_error("within_range: the colour system has no calibrated ranges");
   ReadLoad(given["load"], settings);
   if (given["backings"].is_none()) return;
-  const Rows backings = RowsOf(given["backings"], "backings", kSamples);
+  const Rows backings = CurvesOf(given["backings"], "backings");
   if (backings.count != 2)
     throw py::value_error("backings: two curves are expected, the black one and the white one");
   settings.black = CurveOf(backings.Doubles());
@@ -332,7 +333,7 @@ py::dict FieldsOf(const System& system, const CRecipe& recipe) {
 }
 
 py::list Match(const System& system, const py::object& targets, const py::dict& given) {
-  const Rows rows = RowsOf(targets, "targets", kSamples, false, 3);
+  const Rows rows = CurvesOf(targets, "targets", false, 3);
   CRecipeSettings settings = SettingsOf(system, given);
   ReadProduction(system, given, settings);
   py::list all;
@@ -389,8 +390,8 @@ CCorrectionSettings CorrectionSettingsOf(const System& system, const py::dict& g
 py::tuple Correct(const System& system, const py::object& formula, const py::object& measured,
                   const py::object& target, const py::dict& given) {
   const Rows amounts = RowsOf(formula, "formula", system.ids.size());
-  const Rows curve = RowsOf(measured, "measured", kSamples);
-  const Rows aim = RowsOf(target, "target", kSamples, false, 3);
+  const Rows curve = CurvesOf(measured, "measured");
+  const Rows aim = CurvesOf(target, "target", false, 3);
   if (amounts.count != 1 || curve.count != 1 || aim.count != 1) {
     throw py::value_error("formula, measured and target: one row each is expected");
   }
@@ -425,7 +426,7 @@ py::tuple Correct(const System& system, const py::object& formula, const py::obj
 CArrayVarex<CBatch> StockOf(const System& system, const py::object& formulas, const py::object& measured,
                             const py::object& sizes) {
   const Rows amounts = RowsOf(formulas, "formulas", system.ids.size());
-  const Rows curves = RowsOf(measured, "measured", kSamples);
+  const Rows curves = CurvesOf(measured, "measured");
   const auto numbers = sizes.cast<std::vector<double>>();
   if (curves.count == 0 || amounts.count != curves.count || numbers.size() != curves.count) {
     throw py::value_error("formulas, measured and sizes: as many rows of each are expected");
@@ -443,7 +444,7 @@ CArrayVarex<CBatch> StockOf(const System& system, const py::object& formulas, co
 }
 
 CRecipeTarget OneTarget(const py::object& target) {
-  const Rows aim = RowsOf(target, "target", kSamples, false, 3);
+  const Rows aim = CurvesOf(target, "target", false, 3);
   if (aim.count != 1) throw py::value_error("target: one row is expected");
   return TargetOf(aim, 0);
 }

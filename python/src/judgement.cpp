@@ -18,6 +18,7 @@
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
+#include "python/src/curves.h"
 #include "python/src/module.h"
 #include "python/src/names.h"
 #include "python/src/views.h"
@@ -239,11 +240,11 @@ py::tuple Judge(const py::object& standard, const py::object& samples, const py:
                 int observer, const std::string& system, const py::object& tolerance,
                 const py::object& ellipsoid, const py::object& geometry, const py::object& of,
                 const std::string& verdict, double warning, int threads, const py::kwargs& parameters) {
-  const Rows standardRows = RowsOf(standard, "standard", kSamples, true);
+  const Rows standardRows = CurvesOf(standard, "standard", true);
   if (standardRows.lead.size() > 1 || standardRows.count == 0) {
     throw py::value_error("standard: expected shape (40,) or (k, 40)");
   }
-  const Rows trials = RowsOf(samples, "samples", kSamples, true);
+  const Rows trials = CurvesOf(samples, "samples", true);
   if (trials.lead.size() > 1) throw py::value_error("samples: expected shape (n, 40) or (40,)");
   if (std::isnan(warning)) throw py::value_error("warning: a number is expected");
   bool single = false;

@@ -139,6 +139,7 @@ PYBIND11_MODULE(_core, module) {
     }
   });
   DefineNames(module);
+  DefineCurves(module);
   DefineColor(module);
   DefineAppearance(module);
   DefineDifference(module);

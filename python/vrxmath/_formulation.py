@@ -251,7 +251,7 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
     fit : CalibrationFit
     """
     names, rows = _shares(shares, components)
-    spectra = np.asarray(curves, dtype=float)
+    spectra = _core.curves(curves)
     if rows.ndim != 2 or rows.shape[1] != len(names) or len(rows) != len(spectra):
         raise ValueError(f"shares: ({len(spectra)}, {len(names)}) is expected, not {rows.shape}")
     for sequence, what in ((ids, "ids"), (weights, "weights")):
@@ -367,7 +367,7 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
     """
     settings = {name: value for name, value in locals().items() if name not in ("color_system", "targets")}
     settings.update(limits=limits or {}, costs=costs or {})
-    rows = np.asarray(targets, dtype=float)
+    rows = _core.curves(targets, or_colors=True)
     found = [[_record(Recipe, color_system, fields) for fields in recipes]
              for recipes in _core.match(color_system, rows, settings)]
     return found[0] if rows.ndim == 1 else found

@@ -40,7 +40,7 @@ class Curve:
     Parameters
     ----------
     values : array_like, shape (40,)
-        Percent at 360, 370 ... 750 nm.
+        Percent at 360, 370 ... 750 nm, or a pandas Series whose labels are wavelengths.
     name : str
         How tables and pictures call it.
 
@@ -56,7 +56,7 @@ class Curve:
     name: str = ""
 
     def __post_init__(self) -> None:
-        values = np.array(self.values, dtype=float)
+        values = _core.curves(self.values).copy()
         if values.shape != (40,):
             raise ValueError(f"values: expected shape (40,), got {values.shape}")
         values.flags.writeable = False

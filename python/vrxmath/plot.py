@@ -30,12 +30,16 @@ def _axes(ax: Axes | None) -> Any:
     return plt.subplots(layout="constrained")[1]
 
 
-def _rows(curves: Numbers) -> Any:
-    return np.atleast_2d(np.asarray(curves, dtype=float))
+def _curves(curves: Numbers) -> Any:
+    return np.atleast_2d(_core.curves(curves))
+
+
+def _rows(values: Numbers) -> Any:
+    return np.atleast_2d(np.asarray(values, dtype=float))
 
 
 def _hex_colors(curves: Numbers, illuminant: Lamp, observer: int) -> list[str]:
-    rgb = _core.display_rgb(_core.tristimulus(_rows(curves), illuminant, observer), illuminant, observer)
+    rgb = _core.display_rgb(_core.tristimulus(_curves(curves), illuminant, observer), illuminant, observer)
     return ["#%02x%02x%02x" % tuple(color) for color in rgb]
 
 
@@ -58,7 +62,7 @@ def curves(curves: Numbers, labels: Sequence[str] | None = None, *, illuminant: 
     matplotlib.axes.Axes
     """
     ax = _axes(ax)
-    rows = _rows(curves)
+    rows = _curves(curves)
     for i, (row, color) in enumerate(zip(rows, _hex_colors(rows, illuminant, observer))):
         ax.plot(WAVELENGTHS, row, color="0.2", linewidth=2.6)  # an edge, so that a white curve shows on white paper
         ax.plot(WAVELENGTHS, row, color=color, linewidth=1.8, label=labels[i] if labels is not None else None)
@@ -86,7 +90,7 @@ def spectral_difference(standard: Numbers, samples: Numbers, labels: Sequence[st
     """
     ax = _axes(ax)
     ax.axhline(0, color="0.6", linewidth=1)
-    for i, row in enumerate(_rows(samples) - np.asarray(standard, dtype=float)):
+    for i, row in enumerate(_curves(samples) - _core.curves(standard)):
         ax.plot(WAVELENGTHS, row, label=labels[i] if labels is not None else None)
     ax.set(xlabel="Wavelength (nm)", ylabel="Difference of reflectance (%)", xlim=(360, 750))
     if labels is not None:
@@ -160,8 +164,8 @@ def swatches(standard: Numbers, samples: Numbers, labels: Sequence[str] | None =
     from matplotlib.patches import Rectangle
 
     ax = _axes(ax)
-    trials = _rows(samples)
-    standards = np.broadcast_to(_rows(standard), trials.shape)
+    trials = _curves(samples)
+    standards = np.broadcast_to(_curves(standard), trials.shape)
     for column, curve_set in enumerate((standards, trials)):
         xyz = _core.tristimulus(np.ascontiguousarray(curve_set), illuminant, observer)
         shown = _core.in_gamut(xyz, illuminant, observer)
