@@ -293,6 +293,45 @@ TEST(JudgeBatch, SaysWhichLimitWasBrokenAndByHowMuch) {
 }
 
 // On the circle of C* = 10 a quarter turn is a chord of 14.14; the box of L*C*h allows dH* of 1.
+// Greys of ISO 105-A02 (changes) and A03 (staining): what passes is the reported half step.
+TEST(JudgeBatch, AGradeBelowTheLeastFails) {
+  constexpr double kOpen = std::numeric_limits<double>::infinity();
+  const struct {
+    GreyScale scale;
+    double least, limit, dL;
+    Verdict verdict;
+    BrokenLimit broken;
+    double step, excess;
+  } kRows[] = {
+      {GreyScale::kChange, 4, kOpen, 1.7, kPass, BrokenLimit::kNone, 4, 0},
+      {GreyScale::kChange, 4, kOpen, 2.1, kPass, BrokenLimit::kNone, 4, 0},  // 3.76
+      {GreyScale::kChange, 4, kOpen, 2.5, kFail, BrokenLimit::kGrade, 3.5, -0.5},
+      {GreyScale::kChange, 0, kOpen, 13.6, kPass, BrokenLimit::kNone, 1, 0},
+      {GreyScale::kChange, 5, kOpen, 0.8, kFail, BrokenLimit::kGrade, 4.5, -0.5},
+      {GreyScale::kChange, 4, 1.0, 2.5, kFail, BrokenLimit::kTotal, 3.5, 1.5},  // more of the total is used
+      {GreyScale::kChange, 4, 2.4, 2.5, kFail, BrokenLimit::kGrade, 3.5, -0.5},
+      {GreyScale::kStaining, 4, kOpen, 4.3, kPass, BrokenLimit::kNone, 4, 0},
+      {GreyScale::kStaining, 4, kOpen, 6.0, kFail, BrokenLimit::kGrade, 3.5, -0.5},
+  };
+  for (const auto& row : kRows) {
+    JudgeConditions conditions;
+    conditions.grade = {row.scale, row.least};
+    const JudgementUnder got = JudgeLab(conditions, TotalLimit(row.limit), {50 + row.dL, 0, 0});
+    EXPECT_EQ(got.verdict, row.verdict) << row.dL;
+    EXPECT_EQ(got.breach.limit, row.broken) << row.dL;
+    EXPECT_EQ(HalfStepGrade(got.grade), row.step) << row.dL;
+    if (row.verdict == kFail) {
+      EXPECT_NEAR(got.breach.Excess(), row.excess, 1e-12) << row.dL;
+    }
+  }
+  JudgeConditions conditions;
+  conditions.grade = {GreyScale::kChange, 1};
+  const JudgementUnder unset = JudgeLab(conditions, TotalLimit(kOpen), {kUnset, kUnset, kUnset});
+  EXPECT_TRUE(unset.verdict == kFail && unset.breach.limit == BrokenLimit::kNoDifference &&
+              IsUnset(unset.grade));
+  EXPECT_TRUE(IsUnset(JudgeLab({}, CBoxTolData(), {50, 0, 0}).grade));
+}
+
 TEST(JudgeBatch, TheReasonOfAHueIsItsChord) {
   JudgeConditions conditions;
   conditions.difference = DefaultSettings(vrxSystemLch);

@@ -91,7 +91,8 @@ TEST(Appearance, GoesThereAndBack) {
   }
 }
 
-// CAM02-UCS under A: colorspacious 1.1.2. DIN99b, c, d from L*, a*, b*: the Python package colour 0.3.16. Oklab: the table of its
+// CAM02-UCS under A: colorspacious 1.1.2. DIN99o: what the Python package coloraide
+// documents for the red of sRGB. DIN99b, c, d from L*, a*, b*: the Python package colour 0.3.16. Oklab: the table of its
 // author for X, Y, Z as they stand. ICtCp: the signal of 100 cd/m^2 in ITU-R BT.2100, and the example of the package colour.
 TEST(UniformSpaces, KnownAnswers) {
   const Lab green{55.11636304, -41.08791787, 30.91825778, 0.0, 0.0};
@@ -111,6 +112,8 @@ TEST(UniformSpaces, KnownAnswers) {
        -22.30663293, 2e-8},
       {"CAM02-UCS", UniformFromXyz(underA, Xyz{3.53, 6.56, 2.14}), 1, 31.89458619, -29.28094241, 2.45308125,
        2e-8},
+      {"DIN99o", LabToDin99Variant(Lab{53.2371, 80.0882, 67.2010, 0, 0}, kDin99o), 1, 57.289, 39.498, 30.518,
+       0.002},
       {"DIN99b", LabToDin99Variant(green, kDin99b), 1, 59.12639059, -28.53302263, 18.11595447, 1e-7},
       {"DIN99c", LabToDin99Variant(green, kDin99c), 1, 58.95318981, -27.48315361, 19.43995694, 1e-7},
       {"DIN99d", LabToDin99Variant(green, kDin99d), 1, 58.86583159, -26.97194924, 20.57222052, 1e-7},

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 
+#include <vrxmath/batch/appearance_batch.h>
 #include <vrxmath/batch/batch_conditions.h>
 #include <vrxmath/batch/color_blocks.h>
 #include <vrxmath/batch/difference_kernels.h>
@@ -177,6 +178,7 @@ struct Scratch {
   Table<Verdict, 1> components, totals, verdicts;
   Table<std::int32_t, 3> words;
   Table<std::uint8_t, 1> available;
+  Table<double, 1> grades;  // where the conditions have a grey scale
 };
 
 Color ColorAt(const Table<double, 3>& xyz, const Table<double, 5>& lab, std::size_t row) {
@@ -239,6 +241,8 @@ class BatchJudge {
   void Check() const {
     const std::size_t illuminants = conditions_.illuminants.size();
     if (std::isnan(conditions_.warningFactor)) throw CInvalidArgException();
+    if (conditions_.grade && !(conditions_.grade->least >= 0.0 && conditions_.grade->least <= 5.0))
+      throw CInvalidArgException();
     RequireSameCount(columns_.size(), illuminants);
     RequireSameCount(standards_.lab.under.size(), illuminants);
     RequireColorsUnder(trials_, illuminants);
@@ -254,7 +258,7 @@ class BatchJudge {
         }
       };
       require(c.available, c.xyz, c.lab, c.differences, c.labDifferences, c.components, c.totals, c.verdicts,
-              c.words, c.ellipsoidValues, c.brokenLimits, c.breaches);
+              c.words, c.ellipsoidValues, c.brokenLimits, c.breaches, c.grades);
     }
   }
 
@@ -284,6 +288,7 @@ class BatchJudge {
     for (std::size_t j = 0; j < xyz.size(); ++j) {
       FillColors(j, from, count, s);
       FillDifferences(j, from, count, s);
+      FillGrades(j, count, s);
       FillVerdicts(j, from, count, s);
       StoreRows(j, from, count, s);
     }
@@ -380,6 +385,22 @@ class BatchJudge {
     }
   }
 
+  void FillGrades(std::size_t j, std::size_t count, const Scratch& s) const {
+    if (!conditions_.grade) return;
+    const BatchView<const double, 5> trials = s.lab.View(count), standards = s.standardLab.View(count);
+    GradeBatch(conditions_.grade->scale,
+               HasOneStandard() ? BatchView<const double, 5>(standards_.lab.under[j].lab) : standards, trials,
+               {&s.grades.At(0), count});
+    for (std::size_t i = 0; i < count; ++i) {
+      if (s.available.At(i) == 0) s.grades.At(i) = kUnset;
+    }
+  }
+
+  bool HasLeastGrade() const { return conditions_.grade && conditions_.grade->least > 0.0; }
+  Verdict GradeVerdict(std::size_t i, const Scratch& s) const {
+    return HalfStepGrade(s.grades.At(i)) >= conditions_.grade->least ? kPass : kFail;
+  }
+
   // Calls work(limits, begin, rows) for runs of rows with the same limits.
   template <class WORK>
   void ForLimits(std::size_t j, std::size_t from, std::size_t count, const WORK& work) const {
@@ -440,6 +461,7 @@ class BatchJudge {
     s.verdicts.At(i) = conditions_.rule == VerdictRule::kTotal        ? total
                        : conditions_.rule == VerdictRule::kComponents ? components
                                                                       : std::min(components, total);
+    if (HasLeastGrade()) s.verdicts.At(i) = std::min(s.verdicts.At(i), GradeVerdict(i, s));
   }
 
   LchPair PairAt(std::size_t j, std::size_t from, std::size_t i, const Scratch& s) const {
@@ -473,7 +495,15 @@ class BatchJudge {
     if (conditions_.rule != VerdictRule::kTotal) OfferComponents(limits, j, from, i, s, reason);
     if (conditions_.rule != VerdictRule::kComponents)
       OfferTotal(limits, s.difference.At(i, kTotalElement), reason);
+    if (HasLeastGrade()) OfferGrade(i, s, reason);
     return reason.Breach();
+  }
+
+  // The way from the best grade to the one that was reached, as a part of the way to the least.
+  void OfferGrade(std::size_t i, const Scratch& s, Reason& reason) const {
+    constexpr double kBest = 5.0;
+    const double grade = HalfStepGrade(s.grades.At(i)), least = conditions_.grade->least;
+    reason.Offer(BrokenLimit::kGrade, GradeVerdict(i, s), grade, least, (kBest - grade) / (kBest - least));
   }
 
   void OfferComponents(const PreparedLimits& limits, std::size_t j, std::size_t from, std::size_t i,
@@ -504,6 +534,9 @@ class BatchJudge {
     Give(s.totals, c.totals, from, count);
     Give(s.verdicts, c.verdicts, from, count);
     Give(s.words, c.words, from, count);
+    if (conditions_.grade) Give(s.grades, c.grades, from, count);
+    for (std::size_t i = 0; !conditions_.grade && !c.grades.empty() && i < count; ++i)
+      c.grades.at(from + i, 0) = kUnset;
     if (c.ellipsoidValues.empty() && c.brokenLimits.empty() && c.breaches.empty()) return;
     ForLimits(j, from, count, [&](const PreparedLimits& limits, std::size_t begin, std::size_t rows) {
       for (std::size_t i = begin; i < begin + rows; ++i) StoreReasons(limits, j, from, i, s);
@@ -588,6 +621,7 @@ void JudgementTable::Resize(std::size_t trials, std::size_t illuminants) {
     under.labDifferences.resize(7 * trials);
     under.ellipsoidValues.resize(trials);
     under.breaches.resize(2 * trials);
+    under.grades.resize(trials);
   }
 }
 
@@ -596,7 +630,7 @@ std::vector<JudgeColumns> JudgementTable::Columns() {
   for (Under& under : under_) {
     columns.push_back({under.available, under.xyz, under.lab, under.differences, under.labDifferences,
                        under.components, under.totals, under.verdicts, under.words, under.ellipsoidValues,
-                       under.brokenLimits, under.breaches});
+                       under.brokenLimits, under.breaches, under.grades});
   }
   return columns;
 }
@@ -614,6 +648,7 @@ JudgementUnder JudgementTable::At(std::size_t trial, std::size_t j) const {
   row.total = static_cast<Verdict>(u.totals[trial]);
   row.verdict = static_cast<Verdict>(u.verdicts[trial]);
   row.ellipsoidValue = u.ellipsoidValues[trial];
+  row.grade = u.grades[trial];
   row.breach = {static_cast<BrokenLimit>(u.brokenLimits[trial]), u.breaches[2 * trial],
                 u.breaches[2 * trial + 1]};
   return row;

@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <span>
 #include <variant>
 #include <vector>
@@ -26,6 +27,7 @@
 #include <vrxmath/batch/batch_view.h>
 #include <vrxmath/batch/sample_colors.h>
 #include <vrxmath/colorimetry/difference_systems.h>
+#include <vrxmath/colorimetry/grade_formulas.h>
 #include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/export.h>
 #include <vrxmath/foundation/numbers.h>
@@ -54,6 +56,13 @@ enum class VerdictRule : std::int32_t {
   kComponents = 2,  ///< that on the components
 };
 
+/// Grading by a grey scale (GreyScaleGrade). The half step that is reported (HalfStepGrade) is held against the least grade,
+/// so that a limit of 4 takes 3.75; there is no warning.
+struct GradeCondition {
+  GreyScale scale = GreyScale::kChange;
+  double least = 0.0;  ///< the lowest half step that passes, 1 to 5; 0 where the grade decides nothing
+};
+
 /// The conditions of a judgement.
 struct JudgeConditions {
   CDifferenceSettings difference = DefaultSettings(JudgeDefaults::kSystem);
@@ -64,6 +73,7 @@ struct JudgeConditions {
   double angle = JudgeDefaults::kAngle;
   VerdictRule rule = VerdictRule::kWorse;
   double warningFactor = JudgeDefaults::kWarningFactor;
+  std::optional<GradeCondition> grade = {};  ///< the verdict is the worse of this one and that of the rule
 };
 
 /// The ellipsoid of the difference system about the standard (EllipseForStandard), for CMC, CIE94 and CIE2000.
@@ -113,6 +123,7 @@ enum class BrokenLimit : std::int32_t {
   kTotal = 4,
   kEllipsoid = 5,
   kNoDifference = 6,  ///< a sample is unset
+  kGrade = 7,         ///< below the least grade
 };
 
 /// Which limit a trial broke, or for a warning in whose band it lies; of several the one that it uses most of.
@@ -120,7 +131,7 @@ struct LimitBreach {
   BrokenLimit limit = BrokenLimit::kNone;
   double value =
       kUnset;  ///< what was held against it: an element of the difference, the chord of the hue (dH* of L*C*h),
-               ///< or the ellipsoid's value
+               ///< the ellipsoid's value, or the grade in half steps
   double bound = kUnset;  ///< the limit that the value is beyond, or the edge of the band
   /// By how much the value lies beyond the bound: below 0 beyond a minus limit; NaN for a value that is none.
   double Excess() const { return value - bound; }
@@ -135,6 +146,7 @@ struct JudgementUnder {
   std::array<ShadeWord, 3> words{};
   Verdict components = kFail, total = kFail, verdict = kFail;
   double ellipsoidValue = kUnset;  ///< of the ellipsoid that judges
+  double grade = kUnset;           ///< by the grey scale of the conditions, not rounded; unset without one
   LimitBreach breach;
 };
 
@@ -160,6 +172,7 @@ struct JudgeColumns {
   BatchView<double, 1> ellipsoidValues;
   BatchView<std::int32_t, 1> brokenLimits;  ///< numbers of BrokenLimit
   BatchView<double, 2> breaches;            ///< value and bound of LimitBreach
+  BatchView<double, 1> grades;              ///< not rounded; unset where the conditions have no grey scale
 };
 
 /// Judges trials against their standards.
@@ -189,7 +202,7 @@ class JudgementTable {
  private:
   struct Under {
     std::vector<std::uint8_t> available;
-    std::vector<double> xyz, lab, differences, labDifferences, ellipsoidValues, breaches;
+    std::vector<double> xyz, lab, differences, labDifferences, ellipsoidValues, breaches, grades;
     std::vector<std::int32_t> components, totals, verdicts, words, brokenLimits;
   };
   std::size_t trials_ = 0;

@@ -24,7 +24,8 @@ struct Din99Variant {
   double zShare;
 };
 
-/// DIN99o: DIN 6176:2018, with kE = kCH = 1. DIN99b, c, d: Cui, Luo, Rigg, Roesler and Witt, Color Res. Appl. 27, 2002, 282-290.
+/// DIN99o: DIN 6176:2018, with kE = kCH = 1: L99 = 303.67 ln(1 + 0.0039 L*), 26 degrees, 0.83, C99 = ln(1 + 0.075 G) / 0.0435,
+/// the same figures as in the package coloraide, after the summary of the standard at de.wikipedia.org. DIN99b, c, d: Cui, Luo, Rigg, Roesler and Witt, Color Res. Appl. 27, 2002, 282-290.
 inline constexpr Din99Variant kDin99o{
     303.67, 0.0039, 0.898794046299167, 0.4383711467890774, 0.83, 1.0 / 0.0435, 0.075, 0.0};
 inline constexpr Din99Variant kDin99b{303.67, 0.0039, 0.898794046299167, 0.4383711467890774, 0.83, 23.0,

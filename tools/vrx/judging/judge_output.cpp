@@ -41,6 +41,11 @@ double ExcessOf(const JudgementUnder& under) {
   return HasExcess(under) ? under.breach.Excess() : kUnset;
 }
 
+// The grade as it is reported.
+double HalfStepOf(const JudgementUnder& under) {
+  return under.available ? HalfStepGrade(under.grade) : kUnset;
+}
+
 // A text that is copied 16 bytes at a time where it is not longer, without a branch on its length.
 class ShortText {
  public:
@@ -64,13 +69,14 @@ class ShortText {
 // The rows of csv for trials.
 class CsvJudgeRows {
  public:
-  CsvJudgeRows(const JudgeSettings& settings, bool inNumbers) : byEllipse_(settings.ByEllipse()) {
+  CsvJudgeRows(const JudgeSettings& settings, bool inNumbers)
+      : byEllipse_(settings.ByEllipse()), byGrade_(settings.grade.has_value()) {
     const Texts texts(settings);
     geometries_ = texts.geometries;
     for (const DifferenceColumn& column : DifferenceColumnsOf(settings.difference.system)) {
       elements_.push_back(static_cast<std::size_t>(column.element));
     }
-    numbersOfRow_ = elements_.size() + (byEllipse_ ? 2 : 1);
+    numbersOfRow_ = elements_.size() + (byEllipse_ ? 2 : 1) + (byGrade_ ? 2 : 0);
     for (const std::string& illuminant : texts.illuminants) {
       conditions_.emplace_back(illuminant + (texts.observer == 10 ? ",10" : ",2"));
       longestRest_ = std::max(longestRest_, conditions_.back().Bytes());
@@ -86,7 +92,7 @@ class CsvJudgeRows {
       longestWord = std::max(longestWord, verdicts_.back().Bytes());
     }
     for (auto limit = static_cast<std::int32_t>(BrokenLimit::kNone);
-         limit <= static_cast<std::int32_t>(BrokenLimit::kNoDifference); ++limit) {
+         limit <= static_cast<std::int32_t>(BrokenLimit::kGrade); ++limit) {
       reasons_.emplace_back("," + NameOfLimit(static_cast<BrokenLimit>(limit), settings.difference.system));
       longestWord = std::max(longestWord, reasons_.back().Bytes());
     }
@@ -111,6 +117,9 @@ class CsvJudgeRows {
       for (const std::size_t element : elements_) numbers[count++] = under.difference[element];
       numbers[count++] = ExcessOf(under);
       if (byEllipse_) numbers[count++] = under.ellipsoidValue;
+      if (!byGrade_) continue;
+      numbers[count++] = under.grade;
+      numbers[count++] = HalfStepOf(under);
     }
     const OutputStream::Numbers texts(text, std::span(numbers).first(count));
     for (std::size_t i = 0; i < rows_.size(); ++i) {
@@ -159,13 +168,17 @@ class CsvJudgeRows {
     at = numbers.Write(number++, at, HasExcess(under));
     if (byEllipse_) {
       *at++ = ',';
-      at = numbers.Write(number, at);
+      at = numbers.Write(number++, at);
+    }
+    for (int32_t k = 0; byGrade_ && k < 2; ++k) {
+      *at++ = ',';
+      at = numbers.Write(number++, at, under.available);
     }
     *at++ = '\n';
     text.EndPart(at);
   }
 
-  bool byEllipse_;
+  bool byEllipse_, byGrade_;
   std::vector<std::size_t> elements_;  // of a difference that the system shows
   std::size_t numbersOfRow_ = 0;
   std::vector<std::string> geometries_;
@@ -208,7 +221,9 @@ class CsvJudgeOutput final : public JudgeOutput {
       output_.Append("," + ElementName(column.heading));
     }
     output_.Append(",word0,word1,word2,box,total,verdict,reason,excess");
-    output_.Append(settings.ByEllipse() ? ",ellipse\n" : "\n");
+    if (settings.ByEllipse()) output_.Append(",ellipse");
+    if (settings.grade) output_.Append(",grade,half_step");
+    output_.Append('\n');
   }
   void Add(const TrialJudgement& judgement) override {
     rows_.Add(judgement, output_);
@@ -234,7 +249,8 @@ class JsonJudgeOutput final : public JudgeOutput {
       : array_(output),
         texts_(settings),
         system_(settings.difference.system),
-        byEllipse_(settings.ByEllipse()) {
+        byEllipse_(settings.ByEllipse()),
+        byGrade_(settings.grade.has_value()) {
     for (const int32_t element : DifferenceColumnElements(system_))
       isShown_[static_cast<std::size_t>(element)] = true;
   }
@@ -257,6 +273,10 @@ class JsonJudgeOutput final : public JudgeOutput {
       object["verdict"] = under.verdict;
       object["reason"] = ReasonOf(under.breach);
       if (byEllipse_) object["ellipse"] = JsonNumber(under.ellipsoidValue);
+      if (byGrade_) {
+        object["grade"] = JsonNumber(under.grade, under.available);
+        object["half_step"] = JsonNumber(HalfStepOf(under), under.available);
+      }
       array_.Add(object);
     }
   }
@@ -277,7 +297,7 @@ class JsonJudgeOutput final : public JudgeOutput {
   JsonArrayWriter array_;
   Texts texts_;
   int32_t system_;
-  bool byEllipse_;
+  bool byEllipse_, byGrade_;
   std::array<bool, 7> isShown_{};  // elements that the system has
 };
 
@@ -328,6 +348,7 @@ class TableJudgeOutput final : public JudgeOutput {
     }
     columns.push_back({.name = "words", .room = Room::kSpare});
     if (byEllipse_) columns.push_back({"value"});
+    if (settings_.grade) columns.insert(columns.end(), {{"grade"}, {"step"}});
     for (const char* name : {byEllipse_ ? "ellipse" : "box", "total"}) {
       columns.push_back({.name = name, .room = Room::kSpare});
     }
@@ -349,6 +370,10 @@ class TableJudgeOutput final : public JudgeOutput {
     }
     rows_->Text(JoinedWords(under.words));
     if (byEllipse_) rows_->Number(under.ellipsoidValue);
+    if (settings_.grade) {
+      under.available ? rows_->Known(under.grade) : rows_->Number(kUnset);
+      rows_->Text(GradeText(HalfStepOf(under)));
+    }
     for (const Verdict verdict : {under.components, under.total, under.verdict}) {
       rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
     }

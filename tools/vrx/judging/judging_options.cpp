@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <optional>
 #include <vector>
+
+#include <vrxio/text/decimal.h>
 
 #include "tools/vrx/base/command_line.h"
 #include "tools/vrx/base/text.h"
@@ -38,6 +42,28 @@ void BuildEllipses(const JudgingOptions& options, JudgeSettings& settings) {
     throw InputError("--tolerance: with --ellipse it must be one number above 0");
   }
   difference.parameters[place] = factor[0];
+}
+
+// The grade that a text such as "4", "4-5" or "4.5" names: one of the nine half steps.
+double GradeFrom(const std::string& text) {
+  for (int32_t halves = 2; halves <= 10; ++halves) {
+    const double grade = halves / 2.0;
+    if (text == GradeText(grade) || text == ShortestText(grade)) return grade;
+  }
+  throw InputError("--least-grade: must be 1, 1-2, 2, 2-3, 3, 3-4, 4, 4-5 or 5");
+}
+
+std::optional<GradeCondition> GradeOf(const JudgingOptions& options) {
+  if (options.grade.empty()) {
+    if (!options.leastGrade.empty())
+      throw InputError("--least-grade: --grade change or --grade staining says of which scale");
+    return {};
+  }
+  if (options.grade != "change" && options.grade != "staining")
+    throw InputError("--grade: must be change or staining");
+  GradeCondition grade{options.grade == "change" ? GreyScale::kChange : GreyScale::kStaining};
+  if (!options.leastGrade.empty()) grade.least = GradeFrom(options.leastGrade);
+  return grade;
 }
 
 // The names of the components of a system, as --limits takes them.
@@ -153,6 +179,15 @@ void AddJudgingOptions(Command& owner, JudgingOptions& options, const std::strin
       .ReadsFile()
       .Shows("FILE")
       .Excludes(boxes);
+  command
+      .AddOption("--grade", options.grade,
+                 "Grade by a grey scale: change of colour (ISO 105-A05) or staining (ISO 105-A04)")
+      .Shows("change|staining");
+  command
+      .AddOption("--least-grade", options.leastGrade,
+                 "Fail trials whose grade in half steps is lower; differences then have only the limits that "
+                 "are given")
+      .Shows("GRADE, such as 4 or 4-5");
 }
 
 CBoxTolData BoxOf(const LimitOptions& options, int32_t system) {
@@ -175,7 +210,10 @@ void SetLimits(const LimitOptions& options, JudgeSettings& settings) {
   if (!(options.warning >= 0 && options.warning <= 1))
     throw InputError("--warning: must be a factor from 0 to 1");
   settings.warningFactor = options.warning;
-  settings.box = BoxOf(options, settings.difference.system);
+  const bool byGrade = settings.grade && settings.grade->least > 0;
+  settings.box = byGrade && options.tolerance.empty() && options.limits.empty()
+                     ? TotalLimit(std::numeric_limits<double>::infinity())
+                     : BoxOf(options, settings.difference.system);
   settings.rule = RuleOf(options.verdict);
 }
 
@@ -185,6 +223,7 @@ JudgeSettings SettingsOf(const JudgingOptions& options) {
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
   settings.angle = options.system.Angle();
+  settings.grade = GradeOf(options);
   SetLimits(options, settings);
   if (!options.tolerances.empty()) {
     CsvReader csv(options.tolerances);

@@ -26,11 +26,13 @@ struct JudgingOptions : LimitOptions {
   SystemOptions system;
   std::string tolerances;  ///< a file of boxes
   bool ellipse = false;
-  std::string ellipses;  ///< a file of ellipsoids
+  std::string ellipses;    ///< a file of ellipsoids
+  std::string grade;       ///< the grey scale: "change" or "staining"; empty for none
+  std::string leastGrade;  ///< the lowest grade that passes, such as "4" or "4-5"; empty for no limit
 };
 
 /// Adds the options of viewing, with default illuminants, and of the system, `--tolerance` and `--warning`,
-/// `--tolerances`, `--ellipse` and `--ellipses`.
+/// `--tolerances`, `--ellipse`, `--ellipses`, `--grade` and `--least-grade`.
 void AddJudgingOptions(Command& owner, JudgingOptions& options, const std::string& illuminants);
 
 /// The limits that `--tolerance` and `--limits` name, or the usual one of a system whose unit is a dE. One limit is that of the
@@ -39,7 +41,8 @@ void AddJudgingOptions(Command& owner, JudgingOptions& options, const std::strin
 CBoxTolData BoxOf(const LimitOptions& options, int32_t system);
 /// Adds `--tolerance`, `--limits`, `--verdict` and `--warning`; `usual` is what holds without the first.
 void AddToleranceOptions(Command& owner, LimitOptions& options, const std::string& usual);
-/// Gives the settings the limits, the rule and the warning of the options. Throws InputError as BoxOf, and for a verdict on
+/// Gives the settings the limits, the rule and the warning of the options; where a least grade decides, differences have only
+/// the limits that are given. Throws InputError as BoxOf, and for a verdict on
 /// components without limits.
 void SetLimits(const LimitOptions& options, JudgeSettings& settings);
 

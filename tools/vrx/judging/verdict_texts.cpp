@@ -75,6 +75,7 @@ std::string NameOfLimit(BrokenLimit limit, int32_t system) {
   if (limit == BrokenLimit::kNone) return "";
   if (limit == BrokenLimit::kEllipsoid) return "ellipsoid";
   if (limit == BrokenLimit::kNoDifference) return "no difference";
+  if (limit == BrokenLimit::kGrade) return "grade";
   return NameOfElement(system, ElementOf(limit, system));
 }
 
@@ -86,6 +87,12 @@ std::string ReasonText(const LimitBreach& breach, Verdict verdict, int32_t syste
   const double excess = breach.Excess();
   if (verdict == kWarning) return name + (excess < 0 ? " < " : " > ") + FixedDecimals(breach.bound, 2);
   return name + (excess < 0 ? " " : " +") + FixedDecimals(excess, 2);
+}
+
+std::string GradeText(double halfStep) {
+  if (!std::isfinite(halfStep) || IsUnset(halfStep)) return "";
+  const auto whole = static_cast<int32_t>(halfStep);
+  return halfStep > whole ? std::to_string(whole) + "-" + std::to_string(whole + 1) : std::to_string(whole);
 }
 
 std::string JoinedWords(std::span<const ShadeWord> words) {

@@ -37,6 +37,9 @@ std::string NameOfLimit(BrokenLimit limit, int32_t system);
 /// the limit, with the edge of the warning band: "\u0394E*cmc > 1.12". Empty for none.
 std::string ReasonText(const LimitBreach& breach, Verdict verdict, int32_t system);
 
+/// A grade in half steps as laboratories write it: "4", "4-5"; empty for an unset one.
+std::string GradeText(double halfStep);
+
 /// The words that say something, as "Darker, Redder".
 std::string JoinedWords(std::span<const ShadeWord> words);
 

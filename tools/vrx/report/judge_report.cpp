@@ -187,6 +187,13 @@ std::string JudgeReport::ToleranceText() const {
   return TextOf(ReportText::kToleranceBox, {limits, FixedText(box[CBoxTolData::kTotal])});
 }
 
+std::string JudgeReport::ScaleText() const {
+  const GradeCondition& grade = *settings_.grade;
+  const std::string scale =
+      Text(grade.scale == GreyScale::kChange ? ReportText::kGradeChange : ReportText::kGradeStaining);
+  return grade.least > 0 ? TextOf(ReportText::kLeastGrade, {scale, GradeText(grade.least)}) : scale;
+}
+
 // The date of the whole file stands where samples have none of their own.
 void JudgeReport::AddMeasured(const CurveReader& rows, const Dates& dates) {
   const std::string& ofFile = rows.FirstConditions().date;
@@ -204,10 +211,13 @@ void JudgeReport::AddConditions() {
   AddMeasured(comparison_.Trials(), trialDates_);
   page_.AddFact(ReportText::kSystem, TitleOf(settings_.difference));
   if (!files_.limits.empty()) page_.AddFile(ReportText::kTolerance, files_.limits);
-  if (files_.limits.empty() || settings_.buildEllipses || !settings_.ByEllipse()) {
+  const bool hasLimits = settings_.buildEllipses ||
+                         !std::ranges::all_of(settings_.box, [](double limit) { return std::isinf(limit); });
+  if (hasLimits && (files_.limits.empty() || settings_.buildEllipses || !settings_.ByEllipse())) {
     page_.AddFact(ReportText::kTolerance, ToleranceText(),
                   files_.limits.empty() ? "" : Text(ReportText::kElsewhere));
   }
+  if (settings_.grade) page_.AddFact(ReportText::kGrade, ScaleText());
   page_.AddFact(ReportText::kWarningLimit,
                 TextOf(ReportText::kWarningFrom, {FixedText(settings_.warningFactor)}));
   page_.AddFact(ReportText::kObserver,
@@ -242,6 +252,10 @@ std::vector<ReportColumn> JudgeReport::Columns() const {
   for (const DifferenceColumn& column : judged_.Columns()) columns.push_back({column.heading, Kind::kNumber});
   columns.push_back({Text(ReportText::kWords), Kind::kWords});
   if (settings_.ByEllipse()) columns.push_back({Text(ReportText::kEllipsoidValue), Kind::kNumber});
+  if (settings_.grade) {
+    columns.push_back({Text(ReportText::kGrade), Kind::kNumber});
+    columns.push_back({Text(ReportText::kGradeStep)});
+  }
   return columns;
 }
 
@@ -264,6 +278,11 @@ void JudgeReport::AddRow(ReportTable& table, const JudgedTrial& trial, std::size
   }
   table.Text(WordsOf(result));
   if (settings_.ByEllipse()) table.Number(result.ellipsoidValue);
+  if (settings_.grade) {
+    const bool isBroken = result.breach.limit == BrokenLimit::kGrade;
+    table.Number(result.grade, isBroken ? Tint::kBad : Tint::kPlain);
+    table.Text(result.available ? GradeText(HalfStepGrade(result.grade)) : "");
+  }
   table.EndRow();
 }
 

@@ -56,6 +56,7 @@ class JudgeReport {
   void AddIlluminantCard(const JudgeSummary& summary, std::size_t i);
   void AddConditions();
   std::string ToleranceText() const;
+  std::string ScaleText() const;
   void AddMeasured(const CurveReader& rows, const Dates& dates);
   void AddResults();
   void AddColours();

@@ -129,6 +129,11 @@ enum class ReportText : uint32_t {
   kAmounts,
   kComponent,
   kTargetCurvesBand,
+  kGrade,
+  kGradeStep,
+  kGradeChange,
+  kGradeStaining,
+  kLeastGrade,
 };
 
 /// The text as UTF-8.

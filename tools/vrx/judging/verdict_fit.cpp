@@ -1,0 +1,144 @@
+#include "tools/vrx/judging/verdict_fit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <string>
+#include <tuple>
+
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/terminal.h"
+
+namespace vrx::tool {
+namespace {
+
+constexpr std::size_t kMostVerdicts = 200'000;
+
+std::string Lower(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  return lower;
+}
+
+// 1 for accepted, 0 for rejected; none for another text.
+std::optional<std::uint8_t> VerdictFrom(std::string_view text) {
+  const std::string lower = Lower(text);
+  for (const char* yes : {"accept", "accepted", "pass", "yes", "1"}) {
+    if (lower == yes) return std::uint8_t{1};
+  }
+  for (const char* no : {"reject", "rejected", "fail", "no", "0"}) {
+    if (lower == no) return std::uint8_t{0};
+  }
+  return std::nullopt;
+}
+
+std::uint8_t VerdictOf(const CurveReader& trials, const CurveRow& trial) {
+  if (trial.extras.empty() || trial.extras[0].empty())
+    trials.Source().FailRow("there is no verdict: a column \"verdict\" has to say accept or reject");
+  const std::optional<std::uint8_t> verdict = VerdictFrom(trial.extras[0]);
+  if (!verdict)
+    trials.Source().FailRow("the verdict \"" + trial.extras[0] + "\" is neither accept nor reject");
+  return *verdict;
+}
+
+// Totals by choice and illuminant, trial after trial, and the verdicts on them.
+class Collected {
+ public:
+  Collected(const JudgeSettings& conditions, const std::vector<CDifferenceSettings>& choices) {
+    settings_.reserve(choices.size());
+    for (const CDifferenceSettings& choice : choices) {
+      settings_.push_back(conditions);
+      settings_.back().difference = choice;
+    }
+    for (const JudgeSettings& settings : settings_) judges_.emplace_back(settings);
+    totals_.resize(choices.size() * conditions.illuminants.size());
+  }
+
+  void Add(const CurveReader& trials, const Standard& standard, const CurveRow& trial) {
+    if (accepted_.size() == kMostVerdicts) trials.Source().FailRow("more than 200000 verdicts to fit");
+    accepted_.push_back(VerdictOf(trials, trial));
+    std::size_t place = 0;
+    for (Judge& judge : judges_) {
+      judge.Evaluate(standard, trial);
+      for (const JudgementUnder& under : judge.Row().under) {
+        if (!under.available) trials.Source().FailRow("there is no difference from the standard");
+        totals_[place++].push_back(under.difference.back());
+      }
+    }
+  }
+
+  VerdictFits Fit() const {
+    VerdictFits result;
+    result.accepted = static_cast<std::size_t>(std::ranges::count(accepted_, std::uint8_t{1}));
+    result.rejected = accepted_.size() - result.accepted;
+    std::vector<double> visual;
+    visual.reserve(accepted_.size());
+    for (const std::uint8_t yes : accepted_) visual.push_back(yes != 0 ? 0.0 : 1.0);
+    const std::size_t illuminants = totals_.size() / settings_.size();
+    for (std::size_t i = 0; i < totals_.size(); ++i) {
+      VerdictFit& one = result.fits.emplace_back(settings_[i / illuminants].difference, i % illuminants);
+      const bool isSound = std::ranges::all_of(totals_[i], [](double total) { return total >= 0.0; });
+      if (!isSound) continue;
+      one.fit = FitLimit(totals_[i], accepted_);
+      one.stress = Stress(totals_[i], visual);
+    }
+    std::ranges::stable_sort(result.fits, {}, [](const VerdictFit& fit) {
+      return std::tuple(IsUnset(fit.fit.limit), fit.fit.Wrong(), fit.stress);
+    });
+    return result;
+  }
+
+ private:
+  std::vector<JudgeSettings> settings_;
+  std::vector<Judge> judges_;
+  std::vector<std::vector<double>> totals_;
+  std::vector<std::uint8_t> accepted_;
+};
+
+}  // namespace
+
+bool IsVerdictHeading(std::string_view heading) {
+  return Lower(heading) == "verdict";
+}
+
+std::vector<CDifferenceSettings> UsualChoices() {
+  std::vector<CDifferenceSettings> choices;
+  for (const DifferenceSystem& system : DifferenceSystems()) {
+    CDifferenceSettings settings = DefaultSettings(system.number);
+    settings.ownFormula = true;
+    const std::string_view first = system.parameterNames[0];
+    if (first != "l" && first != "kL") {
+      choices.push_back(settings);
+      continue;
+    }
+    for (const double lightness : {1.0, 1.5, 2.0}) {
+      settings.parameters[0] = lightness;
+      choices.push_back(settings);
+    }
+  }
+  return choices;
+}
+
+VerdictFits FitVerdicts(CurveReader& trials, Standards& standards, const JudgeSettings& conditions,
+                        const std::vector<CDifferenceSettings>& choices, bool skipsStandard) {
+  Collected collected(conditions, choices);
+  ProgressBar progress(trials.Source().Size());
+  CurveRow trial;
+  while (trials.Next(trial)) {
+    const Standard& standard = standards.Of(trial);
+    if (skipsStandard && standard.id == trial.id) continue;
+    collected.Add(trials, standard, trial);
+    progress.Update(trials.Source().Position());
+  }
+  standards.EndTrials();
+  VerdictFits result = collected.Fit();
+  if (result.accepted == 0 || result.rejected == 0) {
+    throw InputError(trials.Source().Name() +
+                     ": a limit lies between what was accepted and what was rejected: there are " +
+                     std::to_string(result.accepted) + " accepted and " + std::to_string(result.rejected) +
+                     " rejected trials");
+  }
+  return result;
+}
+
+}  // namespace vrx::tool
