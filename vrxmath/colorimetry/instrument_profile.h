@@ -1,0 +1,58 @@
+// What makes one instrument read otherwise than another, found from a set of tiles that both measured, and taken out of its
+// readings.
+
+#ifndef VRXMATH_COLORIMETRY_INSTRUMENT_PROFILE_H_
+#define VRXMATH_COLORIMETRY_INSTRUMENT_PROFILE_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include <vrxmath/colorimetry/color_records.h>
+#include <vrxmath/export.h>
+
+namespace vrx {
+
+/// The faults of an instrument that a correction may have a term for, as bits.
+enum InstrumentTerm : std::uint32_t {
+  kZeroTerm = 1U << 0U,        ///< a constant: stray light, a black trap
+  kScaleTerm = 1U << 1U,       ///< R: the white standard
+  kNonlinearTerm = 1U << 2U,   ///< R (1 - R)
+  kWavelengthTerm = 1U << 3U,  ///< the slope of the curve: a shift of the wavelengths
+  kBandwidthTerm = 1U << 4U,   ///< its curvature: a wider or narrower bandpass
+};
+inline constexpr std::size_t kInstrumentTerms = 5;
+
+/// A correction: at each wavelength of the grid a factor for each term.
+class InstrumentProfile {
+ public:
+  /// Fits reference - other at each wavelength to the terms, by least squares over the tiles, in curves of percent. What the tiles do not tell
+  /// apart, such as a shift of the wavelengths by greys alone, gets the factor 0. Formula: Berns and Petersen, Color Res. Appl. 13, 1988,
+  /// 243-256, without its stepwise choice of terms.
+  /// In:    `terms`: bits of InstrumentTerm, at least one; as many curves of one instrument as of the other.
+  /// None for fewer tiles than terms and one more, for unset curves, and for counts or terms that do not fit.
+  [[nodiscard]] VRX_API static std::optional<InstrumentProfile> Fit(std::span<const CReflData> reference,
+                                                                    std::span<const CReflData> other,
+                                                                    std::uint32_t terms);
+
+  /// A reading of the other instrument as the reference would give it.
+  [[nodiscard]] VRX_API CReflData Corrected(const CReflData& reading) const;
+
+  std::uint32_t Terms() const { return terms_; }
+  /// The factors at a wavelength of the grid, 0 to 39, in the order of the terms: of percent for the zero, of fractions of 1
+  /// for scale and non-linearity, in nm for the wavelengths, in nm^2 for the bandwidth. 0 for a term that has none.
+  const std::array<double, kInstrumentTerms>& FactorsAt(std::size_t wavelength) const {
+    return factors_[wavelength];
+  }
+
+ private:
+  std::uint32_t terms_ = 0;
+  std::vector<std::array<double, kInstrumentTerms>> factors_;
+};
+
+}  // namespace vrx
+
+#endif  // VRXMATH_COLORIMETRY_INSTRUMENT_PROFILE_H_
