@@ -149,6 +149,22 @@ const Function kFunctions[] = {
      [](const Plain& p, const Arrays& a) {
        return vrx_shade_words(a.in[0], a.in[1], p.count, Whole(a.out[0]));
      }},
+    {{3 * kReal, 3 * kReal},
+     {kReal},
+     [](const Plain& p, const Arrays& a) {
+       return vrx_grades(p.numbers[0], a.in[0], a.in[1], p.count, Real(a.out[0]));
+     }},
+    {{40 * kReal},
+     {4 * kReal},
+     [](const Plain& p, const Arrays& a) {
+       return vrx_densities(p.numbers[0], a.in[0], p.count, Real(a.out[0]));
+     }},
+    {{3 * kReal},
+     {4 * kReal},
+     [](const Plain& p, const Arrays& a) { return vrx_munsell(a.in[0], p.count, Real(a.out[0])); }},
+    {{3 * kReal},
+     {3 * kReal},
+     [](const Plain& p, const Arrays& a) { return vrx_munsell_to_xyz(a.in[0], p.count, Real(a.out[0])); }},
     {{kReal},
      {kReal},
      [](const Plain& p, const Arrays& a) { return vrx_kubelka_munk(a.in[0], p.count, Real(a.out[0])); }},
@@ -204,6 +220,39 @@ const Function kFunctions[] = {
      {kReal},
      [](const Plain& p, const Arrays& a) {
        return p.count < 1 ? VRX_BAD_COUNT : vrx_contrast_ratio(p.reals, a.in[0], Real(a.out[0]));
+     }},
+    {{3 * kReal, 3 * kReal},
+     {kReal},
+     [](const Plain& p, const Arrays& a) {
+       return p.count < 1 ? VRX_BAD_COUNT
+                          : vrx_spot_tone_value(p.reals, a.in[0], a.in[1], p.reals + 3, Real(a.out[0]));
+     }},
+    {{kReal},
+     {kReal},
+     [](const Plain& p, const Arrays& a) {
+       return p.count < 1 ? VRX_BAD_COUNT
+                          : vrx_tone_value(p.reals[0], p.reals[1], p.reals[2], p.reals[3], Real(a.out[0]));
+     }},
+    {{kReal},
+     {kReal, kWhole, kWhole},
+     [](const Plain& p, const Arrays& a) {
+       const std::vector<int32_t> accepted(static_cast<std::size_t>(std::max(p.count, int32_t{1})),
+                                           p.numbers[0] & 1);
+       return p.count < 1 ? VRX_BAD_COUNT
+                          : vrx_fit_limit(a.in[0], accepted.data(), p.count, Real(a.out[0]), Whole(a.out[1]),
+                                          Whole(a.out[2]));
+     }},
+    {{kReal, kReal},
+     {kReal},
+     [](const Plain& p, const Arrays& a) {
+       return p.count < 1 ? VRX_BAD_COUNT : vrx_stress(a.in[0], a.in[1], p.count, Real(a.out[0]));
+     }},
+    {{kReal},
+     {kWhole},
+     [](const Plain& p, const Arrays& a) {
+       return p.count < 1
+                  ? VRX_BAD_COUNT
+                  : vrx_readings_needed(p.reals[0], p.numbers[0], p.reals[1], p.reals[2], Whole(a.out[0]));
      }},
     {{7 * kReal},
      {7 * kReal},

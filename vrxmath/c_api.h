@@ -315,9 +315,54 @@ VRX_C_API vrx_status VRX_CALL vrx_contrast_ratio(const double over_black[3], con
                                                  double* ratio);
 
 /* ------------------------------------------------------------------------------------------------------------------
+ * Grades, print, Munsell notation */
+
+enum { VRX_SCALE_CHANGE = 0, VRX_SCALE_STAINING = 1 };
+/* The grade of each pair of L*, a*, b* by a grey scale, 5 to 1, not rounded: change of colour (ISO 105-A05) or staining
+ * (ISO 105-A04). */
+VRX_C_API vrx_status VRX_CALL vrx_grades(int32_t scale, const double* standards, const double* samples,
+                                         int32_t count, double* grades);
+
+enum { VRX_DENSITY_A = 0, VRX_DENSITY_E = 1, VRX_DENSITY_M = 2, VRX_DENSITY_T = 3 };
+/* Densities of each curve of 40 samples by the products of ISO 5-3: through red, green and blue, and visual (4 numbers a row).
+ * Unset where no light comes back. */
+VRX_C_API vrx_status VRX_CALL vrx_densities(int32_t status, const double* curves, int32_t count,
+                                            double* densities);
+/* How much of the paper a tint covers, in percent, by three densities of one filter: Murray-Davies for n = 1, Yule-Nielsen
+ * for more, up to 10. */
+VRX_C_API vrx_status VRX_CALL vrx_tone_value(double paper, double tint, double solid, double n,
+                                             double* percent);
+/* The same for a spot colour by ISO 20654, from X, Y, Z under D50 and 2 degrees with their white. Unset where solid and paper
+ * are one colour. */
+VRX_C_API vrx_status VRX_CALL vrx_spot_tone_value(const double paper[3], const double tint[3],
+                                                  const double solid[3], const double white[3],
+                                                  double* percent);
+
+/* The Munsell notation of each row of X, Y, Z under C and 2 degrees: hue above 0 to 100 (5 is 5R, 15 is 5YR; 0 for a
+ * neutral), value, chroma, and 1 where it is extrapolated, else 0 (4 numbers a row). Unset outside 0 <= Y <= 100 and beyond
+ * chroma 60. */
+VRX_C_API vrx_status VRX_CALL vrx_munsell(const double* xyz, int32_t count, double* notations);
+/* X, Y, Z under C and 2 degrees of each hue, value and chroma (3 numbers a row); unset outside their ranges. */
+VRX_C_API vrx_status VRX_CALL vrx_munsell_to_xyz(const double* notations, int32_t count, double* xyz);
+
+/* ------------------------------------------------------------------------------------------------------------------
  * Tolerances and verdicts */
 
 enum { VRX_FAIL = 0, VRX_WARNING = 1, VRX_PASS = 2 };
+
+/* The limit of the total that agrees best with what people accepted (1) and rejected (0), and how many of both kinds of
+ * decisions it gets wrong; of limits that are as good the strictest. Unset without totals. */
+VRX_C_API vrx_status VRX_CALL vrx_fit_limit(const double* totals, const int32_t* accepted, int32_t count,
+                                            double* limit, int32_t* wrongly_accepted,
+                                            int32_t* wrongly_rejected);
+/* STRESS of computed and visual differences, in percent: 0 where they are proportional (Garcia and others 2007). Unset where
+ * all of one kind are 0. */
+VRX_C_API vrx_status VRX_CALL vrx_stress(const double* computed, const double* visual, int32_t count,
+                                         double* percent);
+/* How many readings bring a mean within `within` with a certainty of 0.01 to 0.9999, where the standard deviation is known
+ * from `known` readings, 2 or more (Student's t; the reasoning of ASTM E1345). */
+VRX_C_API vrx_status VRX_CALL vrx_readings_needed(double deviation, int32_t known, double within,
+                                                  double certainty, int32_t* readings);
 
 /* The first three elements of each difference (7 numbers a row) against a box: plus and minus of each (minus limits as
  * positive numbers), then the limit of the total. Verdicts: fail outside, warning outside the box scaled by

@@ -142,6 +142,7 @@ PYBIND11_MODULE(_core, module) {
   DefineCurves(module);
   DefineColor(module);
   DefineAppearance(module);
+  DefineFigures(module);
   DefineDifference(module);
   DefineJudgement(module);
   DefineColorant(module);

@@ -11,6 +11,7 @@ void DefineNames(pybind11::module_& module);
 void DefineCurves(pybind11::module_& module);
 void DefineColor(pybind11::module_& module);
 void DefineAppearance(pybind11::module_& module);
+void DefineFigures(pybind11::module_& module);
 void DefineDifference(pybind11::module_& module);
 void DefineJudgement(pybind11::module_& module);
 void DefineColorant(pybind11::module_& module);

@@ -83,6 +83,24 @@ def test_grades_appearance_and_adaptation(curves):
     assert vrx.delta(xyz[0], xyz[0], system="cam16ucs", space="xyz", illuminant="A", observer=2) == 0.0
 
 
+# Half the light is 0.301, a tint of half paper and half black 50 / 0.99; the red chip of the renotation; verdicts by hand.
+def test_figures():
+    assert np.allclose(vrx.densities(np.full((2, 3, 40), 50.0), "e"), 0.30102999566)
+    assert vrx.densities(np.full(40, 0.0)).shape == (4,) and np.isnan(vrx.densities(np.zeros(40))).all()
+    assert abs(vrx.tone_value(0.0, 0.30102999566, 2.0) - 50 / 0.99) < 1e-8 and np.isnan(vrx.tone_value(1, 1, 1))
+    chip = vrx.xyz_from_munsell("5R 5/10")
+    assert np.allclose(chip[:2] / chip.sum(), [0.4747, 0.3227])
+    assert np.allclose(vrx.munsell([chip, [0, 120, 0]])[0], [5, 5, 10, 0]) and np.isnan(vrx.munsell([0, 120, 0])).all()
+    assert np.array_equal(vrx.xyz_from_munsell([5, 5, 10]), chip) and vrx.munsell_text(5, 5, 10) == "5R 5/10"
+    assert vrx.fit_limit([1.4, 0.2, 1.0, 0.6], [False, True, False, True])[1:] == (0, 0)
+    assert abs(vrx.stress([2, 1.5, 0.5], [0, 1, 0]) - 80.86) < 0.01 and vrx.readings_needed(0.3, 5, 0.2) == 18
+    for call in (lambda: vrx.densities([50.0] * 40, "x"), lambda: vrx.xyz_from_munsell("5X 5/10"),
+                 lambda: vrx.fit_limit([1.0], []), lambda: vrx.fit_limit([-1.0], [True]),
+                 lambda: vrx.readings_needed(0.3, 1, 0.2)):
+        with pytest.raises(ValueError):
+            call()
+
+
 def test_tables_are_taken_by_their_labels(curves):
     pandas = pytest.importorskip("pandas")
     grid = list(range(360, 760, 10))

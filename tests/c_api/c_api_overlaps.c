@@ -33,6 +33,18 @@ static vrx_status nearest(const double* in, void* out) {
 static vrx_status whiteness(const double* in, void* out) {
   return vrx_indices(2, 0, VRX_ILLUM_D65, VRX_OBSERVER_10, in, kRows, out);
 }
+static vrx_status grades(const double* in, void* out) {
+  return vrx_grades(VRX_SCALE_CHANGE, in, in + 3, kRows, out);
+}
+static vrx_status densities(const double* in, void* out) {
+  return vrx_densities(VRX_DENSITY_T, in, kRows, out);
+}
+static vrx_status munsell(const double* in, void* out) {
+  return vrx_munsell(in, kRows, out);
+}
+static vrx_status munsell_back(const double* in, void* out) {
+  return vrx_munsell_to_xyz(in, kRows, out);
+}
 static vrx_status boxes(const double* in, void* out) {
   static const double box[7] = {40, 40, 60, 60, 60, 60, 70};
   return vrx_judge_boxes(box, 0.75, in, kRows, out, NULL);
@@ -67,6 +79,10 @@ static void written_over(void) {
               {"differences", differences, 24, 56},
               {"nearest", nearest, 24, 8},
               {"indices", whiteness, 24, 8},
+              {"grades", grades, 24, 8},
+              {"densities", densities, 320, 32},
+              {"munsell", munsell, 24, 32},
+              {"munsell_to_xyz", munsell_back, 24, 24},
               {"judge_boxes", boxes, 56, 4},
               {"shade_words", words, 24, 12},
               {"kubelka_munk", ks, 8, 8},

@@ -226,6 +226,39 @@ static void nearest_and_indices(void) {
   CHECK(value == 0.5);
 }
 
+/* Greys of ISO 105-A02 and A03, densities of greys, 5R 5/10 of the renotation, and what follows by hand. */
+static void figures(void) {
+  const double grey[6] = {50, 0, 0, 50, 0, 0}, other[6] = {51.7, 0, 0, 54.3, 0, 0};
+  double grades[2], curve[40], densities[4], value, notation[4], xyz[3];
+  int32_t whole[2];
+  OK(vrx_grades(VRX_SCALE_CHANGE, grey, other, 2, grades));
+  CHECK(near(grades[0], 4.0, 1e-9));
+  OK(vrx_grades(VRX_SCALE_STAINING, grey, other, 2, grades));
+  CHECK(near(grades[1], 4.0, 0.04));
+  for (int i = 0; i < 40; ++i) curve[i] = 10;
+  OK(vrx_densities(VRX_DENSITY_E, curve, 1, densities));
+  for (int i = 0; i < 4; ++i) CHECK(near(densities[i], 1.0, 1e-12));
+  OK(vrx_tone_value(0, 0.30102999566398, 2, 1, &value));
+  CHECK(near(value, 50 / 0.99, 1e-9));
+  const double notations[3] = {5, 5, 10}, white[3] = {96.422, 100, 82.521},
+               solid[3] = {12.05275, 12.5, 10.315125};
+  OK(vrx_munsell_to_xyz(notations, 1, xyz));
+  CHECK(near(xyz[0] / (xyz[0] + xyz[1] + xyz[2]), 0.4747, 1e-9));
+  OK(vrx_munsell(xyz, 1, notation));
+  CHECK(near(notation[0], 5, 1e-6) && near(notation[1], 5, 1e-6) && near(notation[2], 10, 1e-6) &&
+        notation[3] == 0);
+  OK(vrx_spot_tone_value(white, solid, solid, white, &value));
+  CHECK(value == 100);
+  const double totals[4] = {1.4, 0.2, 1.0, 0.6}, seen[4] = {1, 0, 1, 0};
+  const int32_t accepted[4] = {0, 1, 0, 1};
+  OK(vrx_fit_limit(totals, accepted, 4, &value, whole, whole + 1));
+  CHECK(near(value, 0.8, 1e-12) && whole[0] == 0 && whole[1] == 0);
+  OK(vrx_stress(seen, seen, 4, &value));
+  CHECK(near(value, 0, 1e-5));
+  OK(vrx_readings_needed(0.3, 5, 0.2, 0.95, whole));
+  CHECK(whole[0] == 18);
+}
+
 /* CIE 15: the trial's X, Y, Z under the test illuminant are scaled by what matches it to the standard under the reference. */
 static void metamerism(void) {
   double curves[2][40], reference[2][3], test[2][3], corrected[3], delta[7], index;
@@ -553,6 +586,7 @@ int main(void) {
   own_lamps();
   colours();
   nearest_and_indices();
+  figures();
   metamerism();
   tolerances();
   colorants_and_equations();
