@@ -160,6 +160,33 @@ TEST_F(FitTolerance, TheFileGoesBeforeTheSystem) {
   for (std::size_t i = 2; i < objects.size(); ++i) EXPECT_EQ(objects[i]["verdict"], i % 2 == 0 ? 2 : 0);
 }
 
+// People take two units of lightness for less than one and a half of a*: dE*ab gets one of three decisions wrong, CMC with half
+// the weight on lightness none. STRESS by hand: 100 sqrt(1 - 1.5 * 1.5 / (4 + 2.25 + 0.25)).
+TEST_F(FitTolerance, TheLimitThatAgreesWithVerdicts) {
+  folder_.Write("people.csv",
+                "id,L,a,b,Verdict\ns,50,0,0,\nl,52,0,0,accept\nr,50,1.5,0,reject\nt,50,0.5,0,Pass\n");
+  folder_.Write("agreed.csv", "id,L,a,b,verdict\ns,50,0,0,\nl,52,0,0,accept\n");
+  folder_.Write("odd.csv", "id,L,a,b,verdict\ns,50,0,0,\nl,52,0,0,maybe\n");
+  folder_.Write("silent.csv", "id,L,a,b\ns,50,0,0\nl,52,0,0\n");
+  const std::string fit = "fit-tolerance --illuminants D65 --format csv --verdicts ";
+  EXPECT_EQ(
+      Run(fit + "people.csv --system lab --digits 2").out,
+      "system,parameters,illuminant,limit,wrong,wrongly_accepted,wrongly_rejected,right_percent,stress\n"
+      "lab,,D65,1.00,1,0,1,66.67,80.86\n");
+  const std::string all = Run(fit + "people.csv").out;
+  EXPECT_NE(all.find("\ncmc,2:1:1,D65,"), std::string::npos) << all;
+  EXPECT_LT(all.find("\ncmc,2:1:1,D65,"), all.find("\nlab,,D65,"));
+  EXPECT_EQ(Run(fit + "people.csv --system cmc --parameters 2,1 | cut -d , -f 5-8").out,
+            "wrong,wrongly_accepted,wrongly_rejected,right_percent\n0,0,0,100\n");
+  ExpectRefused({
+      {fit + "agreed.csv", "there are 1 accepted and 0 rejected trials"},
+      {fit + "odd.csv", "odd.csv, line 3: the verdict \"maybe\" is neither accept nor reject"},
+      {fit + "silent.csv", "silent.csv, line 3: there is no verdict"},
+      {fit + "people.csv --margin 2", "--margin: not with --verdicts"},
+      {"fit-tolerance", "name a file of accepted trials"},
+  });
+}
+
 TEST_F(FitTolerance, BadRequestsAreRefused) {
   folder_.Write("batch.csv", Batch("id"));
   folder_.Write("alone.csv", Batch("id").substr(0, Batch("id").find("\nT0") + 1));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <map>
 #include <png.h>
@@ -257,6 +258,67 @@ TEST_F(IndexAndSwatch, PlotsAreDrawnToScale) {
       {"judge greys.csv greys.csv --report a.html --report-logo none.png", "none.png: No such file"},
       {"judge greys.csv greys.csv --report a.html --report-logo /proc/self/mem",
        "/proc/self/mem: cannot be read: Input/output error"},
+  });
+}
+
+// The notations that were published of the 24-patch chart (McCamy, Marcus and Davidson 1976), against curves measured of another copy:
+// hue number, value, chroma.
+TEST_F(IndexAndSwatch, MunsellNotationsOfAChart) {
+  const std::string chart = VRX_SOURCE_DIR "/examples/chart_average.csv";
+  const struct {
+    const char* patch;
+    double hue, value, chroma;
+  } kRows[] = {{"P01", 13, 3.7, 3.2},    {"P02", 12.2, 6.47, 4.1}, {"P03", 74.3, 4.95, 5.5},
+               {"P05", 79.7, 5.47, 6.7}, {"P07", 15, 6, 11},       {"P09", 2.5, 5, 10},
+               {"P10", 85, 3, 7}};
+  const std::string out = Run("munsell " + chart + " --format csv").out;
+  for (const auto& row : kRows) {
+    const std::size_t at = out.find(std::string("\n") + row.patch + ",");
+    ASSERT_NE(at, std::string::npos) << out;
+    double hue = 0, value = 0, chroma = 0;
+    const std::size_t numbers = out.find(',', out.find(',', at) + 1);
+    ASSERT_EQ(std::sscanf(out.c_str() + numbers, ",%lf,%lf,%lf", &hue, &value, &chroma), 3) << row.patch;
+    EXPECT_NEAR(hue, row.hue, 1.5) << row.patch;
+    EXPECT_NEAR(value, row.value, 0.15) << row.patch;
+    EXPECT_NEAR(chroma, row.chroma, 1.0) << row.patch;
+  }
+  EXPECT_EQ(Run("munsell --notation '5R 4/10,N5' --format csv | cut -d , -f 1-6").out,
+            "id,notation,hue,value,chroma,extrapolated\n5R 4/10,5R 4/10,5,4,10,no\nN5,N 5/,0,5,0,no\n");
+}
+
+TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
+  std::string header = "id", paper = "p", tint = "t", solid = "s", other = "p";
+  for (int nm = 400; nm <= 700; nm += 10)
+    header += "," + std::to_string(nm), paper += ",100", tint += ",50", solid += ",1", other += ",98";
+  folder_.Write("print.csv", header + "\n" + paper + "\n" + tint + "\n" + solid + "\n");
+  EXPECT_EQ(Run("density print.csv --paper p --solid s --digits 3 --format csv | cut -d , -f 1,2,5,6,7").out,
+            "id,red,visual,filter,tone_value\np,0.000,0.000,red,0.000\nt,0.301,0.301,red,50.505\ns,2.000,2."
+            "000,red,100.000\n");
+  folder_.Write("whites.csv",
+                "id,tint,X,Y,Z,whiteness\na,0,84,88,92,60\nb,,84,87,96,90\nc,1,83,86,101,130\n");
+  EXPECT_EQ(Run("fit-whiteness whites.csv --digits 1 --format csv 2> /dev/null").out,
+            "id,whiteness,fitted_whiteness,whiteness_residual,tint,fitted_tint,tint_residual\n"
+            "a,60.0,59.3,0.7,0.0,,\nb,90.0,91.4,-1.4,,,\nc,130.0,129.4,0.6,1.0,,\n");
+  // An instrument that reads 98 % of everything is found and corrected.
+  std::string low = header + "\n";
+  for (const auto& [id, percent] : {std::pair{"p", "98"}, {"t", "49"}, {"s", "0.98"}}) {
+    low += id;
+    for (int nm = 400; nm <= 700; nm += 10) low += std::string(",") + percent;
+    low += "\n";
+  }
+  folder_.Write("low.csv", low);
+  EXPECT_EQ(Run("instruments print.csv low.csv --terms scale --digits 2 --format csv").out,
+            "id,difference,corrected,left_out\np,0.78,0.00,0.00\nt,0.62,0.00,0.00\ns,0.17,0.00,0.00\n");
+  ExpectRefused({
+      {"density print.csv --paper p", "tone values need both"},
+      {"density print.csv --paper p --solid q", "there is no patch \"q\""},
+      {"munsell", "one of them is needed"},
+      {"munsell --notation 5X", "is no Munsell notation"},
+      {"fit-whiteness print.csv", "three standards or more"},
+      {"instruments print.csv low.csv --terms zeal", "is not one of zero"},
+      {"instruments print.csv low.csv --terms zero,scale", "3 tiles are not enough"},
+      {"judge print.csv print.csv --least-grade 4", "--grade change or --grade staining says"},
+      {"judge print.csv print.csv --grade change --least-grade 6", "--least-grade: must be 1, 1-2"},
   });
 }
 

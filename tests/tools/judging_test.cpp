@@ -39,6 +39,7 @@ class Judging : public vrx::test::ToolProcess {
     folder_.Write("pair.csv", "L1,a1,b1,L2,a2,b2\n50,2.6772,-79.7751,50,0,-82.7485\n");
     folder_.Write("returns.csv", "L1,a1,b1,L2,a2,b2\r50,2.6772,-79.7751,50,0,-82.7485\r");
     folder_.Write("black.csv", "X1,Y1,Z1,X2,Y2,Z2\n1e-5,1e-5,1e-5,5,5,5\n0,0,0,0,0,0\n");
+    folder_.Write("greys.csv", "id,L,a,b\ng1,50.8,0,0\ng2,51.7,0,0\ng3,52.5,0,0\n");
     folder_.Write("apart.csv", "id,L,a,b\nu,50,0,0\nu,50.1,0,0\nu,50,0.1,0\nu,52,0,0\nu,50,0,-0.1\n");
   }
 };
@@ -78,6 +79,17 @@ TEST_F(Judging, KnownColours) {
        "fail "
        "--format csv | wc -l",
        "1\n"},
+      // Greys of the grey scale for change of colour.
+      {"judge s.csv greys.csv --system lab --illuminants D65 --grade change --least-grade 4 --format csv "
+       "--digits 2 | cut -d "
+       ", -f 2,16-",
+       "trial,total,verdict,reason,excess,grade,half_step\ng1,pass,pass,,,4.53,4.50\ng2,pass,pass,,,4.00,4."
+       "00\n"
+       "g3,pass,fail,grade,-0.50,3.53,3.50\n"},
+      {"judge s.csv greys.csv --system lab --illuminants D65 --grade change --least-grade 3-4 --tolerance 1 "
+       "--only fail --format "
+       "csv --digits 2 | cut -d , -f 2,18-20",
+       "trial,reason,excess,grade\ng2,dEab,0.70,4.00\ng3,dEab,1.50,3.53\n"},
       {"judge s.csv t.csv --summary" + kLab,
        "illuminant,samples,pass,warning,fail,mean,deviation,median,percentile95,largest,trial\n"
        "D65,4,1,1,2,2.20,1.96,1.65,4.55,5.00,t4\n"},
@@ -104,6 +116,12 @@ TEST_F(Judging, KnownColours) {
       {"average readings.csv --count 2 --format csv", "id,X,Y,Z\nu,5.5,11,16.5\nu,10,20,30\nv,2.5,2,1.5\n"},
       {"color readings.csv --average --digits 0 --illuminants C --format csv | cut -d , -f 1-6",
        "id,illuminant,observer,X,Y,Z\nu,C,10,10,20,30\nv,C,10,2,2,2\n"},
+      // s = 0.887 of five readings: t = 2.776, 2.776 s / sqrt(5) and (2.776 s / 0.5)^2 = 24.2.
+      {"average apart.csv --statistics --digits 2 --limit 1.5 --within 0.5 --format csv 2> /dev/null | cut "
+       "-d , -f 1,11-",
+       "id,largest_difference,outliers,uncertainty,needed,verdict,reason\nu,1.58,4,1.10,25,fail,largest "
+       "\xCE\x94"
+       "E*ab +0.080\n"},
       {"average apart.csv --statistics --digits 2 --format csv 2> /dev/null",
        "id,geometry,readings,sdL,sda,sdb,rangeL,rangea,rangeb,mean_difference,largest_difference,outliers\n"
        "u,,5,0.88,0.04,0.04,2.00,0.10,0.10,0.64,1.58,4\n"},
@@ -111,6 +129,10 @@ TEST_F(Judging, KnownColours) {
   for (const auto& [arguments, out] : kRows) EXPECT_EQ(Run(arguments).out, out) << arguments;
   EXPECT_EQ(Run("judge s.csv t.csv --illuminants D65 --parameters 1.5:1").out,
             Run("judge s.csv t.csv --illuminants D65 --parameters 1.5,1").out);
+  EXPECT_EQ(Run("average apart.csv --limit 1.5 --strict").status, 1);
+  EXPECT_EQ(Run("average apart.csv --limit 1.6 --strict").status, 0);
+  EXPECT_NE(Run("average s.csv --limit 1").err.find("of \"r\" fail the limit of scatter: one reading"),
+            std::string::npos);
   EXPECT_NE(Run("average apart.csv").err.find("readings of \"u\" 4 is an outlier"), std::string::npos);
 }
 

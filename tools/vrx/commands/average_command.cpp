@@ -9,6 +9,8 @@
 #include <vector>
 
 #include <vrxmath/colorimetry/color_records.h>
+#include <vrxmath/foundation/numbers.h>
+#include <vrxmath/tolerance/repeated_readings.h>
 
 #include <vrxio/files/measurement_writer.h>
 #include <vrxio/measurement/wavelength_grid.h>
@@ -29,6 +31,10 @@ struct AverageOptions {
   std::string file;
   int count = 0;
   bool statistics = false;
+  double limit = 0;  // of the scatter; 0 for none
+  bool strict = false;
+  double within = 0;  // the wanted uncertainty of a mean; 0 for none
+  double certainty = 95;
   ViewingOptions viewing;
   CurveInputOptions input;
   Format format = Format::kTable;
@@ -41,28 +47,65 @@ std::string NumbersOf(const std::vector<std::size_t>& outliers) {
   return text;
 }
 
-std::vector<Column> StatisticsColumns() {
-  return {{"id"},
-          {.name = "geometry", .room = Room::kSpare},
-          {"readings"},
-          {"sdL", "sd L*", 3},
-          {"sda", "sd a*", 3},
-          {"sdb", "sd b*", 3},
-          {"rangeL", "range L*", 3, Room::kSpare},
-          {"rangea", "range a*", 3, Room::kSpare},
-          {"rangeb", "range b*", 3, Room::kSpare},
-          {"mean_difference",
-           "mean \xCE\x94"
-           "E*ab",
-           3},
-          {"largest_difference",
-           "largest \xCE\x94"
-           "E*ab",
-           3},
-          {"outliers"}};
+std::vector<Column> StatisticsColumns(const AverageOptions& options) {
+  std::vector<Column> columns{{"id"},
+                              {.name = "geometry", .room = Room::kSpare},
+                              {"readings"},
+                              {"sdL", "sd L*", 3},
+                              {"sda", "sd a*", 3},
+                              {"sdb", "sd b*", 3},
+                              {"rangeL", "range L*", 3, Room::kSpare},
+                              {"rangea", "range a*", 3, Room::kSpare},
+                              {"rangeb", "range b*", 3, Room::kSpare},
+                              {"mean_difference",
+                               "mean \xCE\x94"
+                               "E*ab",
+                               3},
+                              {"largest_difference",
+                               "largest \xCE\x94"
+                               "E*ab",
+                               3},
+                              {"outliers"}};
+  if (options.within > 0) {
+    columns.push_back({"uncertainty", "mean \xC2\xB1", 3});
+    columns.push_back({"needed", "readings needed"});
+  }
+  if (options.limit > 0) {
+    columns.push_back({.name = "verdict", .room = Room::kWhole});
+    columns.push_back({.name = "reason", .room = Room::kWhole});
+  }
+  return columns;
 }
 
-void WriteStatistics(const Readings& readings, const ReadingStatistics& statistics, RowWriter& rows) {
+// How far a reading may be from the mean, and why readings are not trusted.
+struct ScatterVerdict {
+  bool passes = true;
+  std::string reason;
+};
+
+ScatterVerdict VerdictOn(const Readings& readings, const ReadingStatistics& statistics, double limit) {
+  if (readings.samples.size() < 2) return {false, "one reading"};
+  const double excess = statistics.largestDifference - limit;
+  if (excess <= 0) return {};
+  return {false,
+          "largest \xCE\x94"
+          "E*ab +" +
+              FixedDecimals(excess, 3)};
+}
+
+// The uncertainty of the mean colour, and how many readings the wanted one takes.
+void WriteCertainty(const ReadingStatistics& statistics, const AverageOptions& options, RowWriter& rows) {
+  double variance = 0;
+  for (int32_t k = 0; k < 3; ++k) variance += statistics.stats.First(k) * statistics.stats.First(k);
+  const double deviation = std::sqrt(variance), certainty = options.certainty / 100;
+  const auto known = static_cast<int64_t>(statistics.stats.GetSetting());
+  rows.Number(UncertaintyOfMean(deviation, known, known, certainty));
+  const int64_t needed = ReadingsNeeded(deviation, known, options.within, certainty);
+  needed > 0 ? rows.Integer(needed) : rows.Number(kUnset);
+}
+
+void WriteStatistics(const Readings& readings, const ReadingStatistics& statistics,
+                     const AverageOptions& options, RowWriter& rows) {
   rows.Text(readings.id);
   rows.Text(GeometryName(readings.geometry));
   rows.Integer(static_cast<int64_t>(readings.samples.size()));
@@ -71,6 +114,12 @@ void WriteStatistics(const Readings& readings, const ReadingStatistics& statisti
   rows.Number(statistics.meanDifference);
   rows.Number(statistics.largestDifference);
   rows.Text(NumbersOf(statistics.outliers), Tint::kWarning);
+  if (options.within > 0) WriteCertainty(statistics, options, rows);
+  if (options.limit > 0) {
+    const ScatterVerdict verdict = VerdictOn(readings, statistics, options.limit);
+    rows.Text(verdict.passes ? "pass" : "fail", verdict.passes ? Tint::kGood : Tint::kBad);
+    rows.Text(verdict.reason);
+  }
   rows.EndRow();
 }
 
@@ -164,10 +213,33 @@ void TellOutliers(const std::string& file, const Readings& readings, const Readi
                (statistics.outliers.size() == 1 ? " is an outlier" : " are outliers"));
 }
 
-void RunAverage(AverageOptions& options) {
+// Says which readings scatter beyond the limit.
+bool ScatterPasses(const std::string& file, const Readings& readings, const ReadingStatistics& statistics,
+                   double limit) {
+  if (!(limit > 0)) return true;
+  const ScatterVerdict verdict = VerdictOn(readings, statistics, limit);
+  if (!verdict.passes)
+    PrintMessage(file + ": the readings of \"" + readings.id +
+                 "\" fail the limit of scatter: " + verdict.reason);
+  return verdict.passes;
+}
+
+void RequireSound(const AverageOptions& options) {
+  const auto isPositive = [](double value) { return value > 0 && std::isfinite(value); };
+  if (options.count < 0) throw InputError("--count: must be a whole number of readings, 1 or more");
+  if (options.limit != 0 && !isPositive(options.limit))
+    throw InputError("--limit: must be a difference above 0");
+  if (options.within != 0 && !isPositive(options.within))
+    throw InputError("--within: must be a difference above 0");
+  if (!(options.certainty > 0 && options.certainty < 100))
+    throw InputError("--certainty: must be percent above 0 and below 100");
+  if (options.strict && options.limit == 0) throw InputError("--strict needs --limit");
+}
+
+ExitStatus RunAverage(AverageOptions& options) {
+  RequireSound(options);
   if (options.viewing.Illuminants().size() != 1)
     throw InputError("--illuminants: this command takes exactly one");
-  if (options.count < 0) throw InputError("--count: must be a whole number of readings, 1 or more");
   CurveReader reader = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
   options.viewing.Follow({&reader});
   const std::vector<vrxIlluminant> illuminants = options.viewing.Illuminants();
@@ -177,13 +249,15 @@ void RunAverage(AverageOptions& options) {
   if (all.empty()) throw InputError(reader.Source().Name() + ": there are no readings");
   const MeanLayout layout{CommonWavelengths(all), KnownConditions(all, reader.HasGeometries())};
   const auto rows = MakeRowWriter(options.format, output,
-                                  showsStatistics ? StatisticsColumns() : MeanColumns(reader, layout));
+                                  showsStatistics ? StatisticsColumns(options) : MeanColumns(reader, layout));
+  bool allPass = true;
   for (const Readings& readings : all) {
     const ReadingStatistics statistics =
         StatisticsOf(readings, illuminants.front(), options.viewing.Observer());
-    showsStatistics ? WriteStatistics(readings, statistics, *rows)
+    showsStatistics ? WriteStatistics(readings, statistics, options, *rows)
                     : WriteMean(readings, reader, layout, *rows);
     TellOutliers(reader.Source().Name(), readings, statistics);
+    allPass = ScatterPasses(reader.Source().Name(), readings, statistics, options.limit) && allPass;
     if (!readings.mixture.empty()) {
       PrintMessage(reader.Source().Name() + ": the readings of \"" + readings.id +
                    "\" were made under different conditions: " + readings.mixture);
@@ -192,6 +266,7 @@ void RunAverage(AverageOptions& options) {
   rows->Finish();
   output.Finish();
   WarnAboutInput(reader);
+  return options.strict && !allPass ? kExitNotPassed : kExitPass;
 }
 
 }  // namespace
@@ -206,6 +281,17 @@ void AddAverage(Command& tool) {
       .Shows("N [the rows of each id]");
   command.AddFlag("--statistics", options->statistics,
                   "Write the statistics, not the means, in csv and json too");
+  command
+      .AddOption("--limit", options->limit,
+                 "Give a verdict on the scatter: fail where a reading is farther from the mean, in dE*ab")
+      .Shows("DIFFERENCE [none]");
+  command.AddFlag("--strict", options->strict, "Exit with status 1 if any sample fails --limit");
+  command
+      .AddOption("--within", options->within,
+                 "Say how many readings bring the mean colour this near to that of very many, in dE*ab")
+      .Shows("DIFFERENCE [none]");
+  command.AddOption("--certainty", options->certainty, "How sure --within has to be, in percent")
+      .Shows("PERCENT [95]");
   AddViewingOptions(command, options->viewing, "D65");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
@@ -219,11 +305,9 @@ void AddAverage(Command& tool) {
       "sixteen times as far as the nearer other one). Outliers are reported and stay in the mean.\n\n"
       "Examples:\n"
       "  vrx average examples/chart_ohta.csv --count 4\n"
+      "  vrx average readings.csv --limit 0.3 --strict --within 0.1\n"
       "  vrx average readings.csv --format csv > means.csv\n");
-  command.SetAction([options] {
-    RunAverage(*options);
-    return kExitPass;
-  });
+  command.SetAction([options] { return RunAverage(*options); });
 }
 
 }  // namespace vrx::tool

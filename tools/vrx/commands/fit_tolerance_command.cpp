@@ -13,12 +13,15 @@
 
 #include <vrxio/csv/tolerance_table.h>
 #include <vrxio/csv/value_columns.h>
+#include <vrxio/text/decimal.h>
+
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/terminal.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/judging/standards.h"
+#include "tools/vrx/judging/verdict_fit.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/report/result_report.h"
 
@@ -29,6 +32,8 @@ enum class Method { kSmallest, kSurface };
 
 struct FitOptions {
   std::string accepted;
+  std::string verdicts;
+  bool everySystem = true;  // nobody chose one
   std::string standard;
   std::string standardId;
   bool pairs = false;
@@ -78,15 +83,17 @@ struct Accepted {
   }
 };
 
-std::unique_ptr<Standards> OpenStandards(const FitOptions& options, CurveReader& trials) {
+std::unique_ptr<Standards> OpenStandards(const FitOptions& options, CurveReader& trials,
+                                         Content content = Content::kCurves) {
   const bool oneFile = options.standard.empty();
   if (oneFile && options.pairs) throw InputError("--pairs needs --standard FILE");
-  const std::string& standardFile = oneFile ? options.accepted : options.standard;
-  if (options.accepted == "-" && standardFile == "-") {
-    throw InputError(
-        "the standard and the accepted trials cannot both come from standard input: name a file");
+  const std::string& file = options.verdicts.empty() ? options.accepted : options.verdicts;
+  const std::string& standardFile = oneFile ? file : options.standard;
+  if (file == "-" && standardFile == "-") {
+    throw InputError("the standard and the trials cannot both come from standard input: name a file");
   }
-  CurveReader reader = OpenCurves(standardFile, options.input);
+  CurveReader reader = OpenCurves(standardFile, options.input, content,
+                                  options.verdicts.empty() ? nullptr : &IsVerdictHeading);
   return options.pairs ? PairedStandards(std::move(reader))
                        : OneStandard(std::move(reader), options.standardId, &trials);
 }
@@ -250,7 +257,76 @@ void WriteFits(const Accepted& accepted, const FitOptions& options) {
   output.Finish();
 }
 
+// A system with its parameters, as --parameters takes them.
+std::string ParametersText(const CDifferenceSettings& settings) {
+  std::string text;
+  for (int32_t k = 0; k < ParameterCount(settings.system); ++k) {
+    text += (k > 0 ? ":" : "") + ShortestText(settings.parameters[static_cast<std::size_t>(k)]);
+  }
+  return text;
+}
+
+void WriteVerdictFits(const VerdictFits& result, const JudgeSettings& conditions, RowWriter& rows) {
+  const double all = static_cast<double>(result.accepted + result.rejected);
+  for (const VerdictFit& one : result.fits) {
+    rows.Text(ShortNameOf(one.difference.system));
+    rows.Text(ParametersText(one.difference));
+    rows.Text(ShownIlluminant(conditions.illuminants[one.illuminant]));
+    rows.Number(one.fit.limit);
+    if (IsUnset(one.fit.limit)) {
+      for (int32_t k = 0; k < 5; ++k) rows.Number(kUnset);
+    } else {
+      for (const std::size_t count : {one.fit.Wrong(), one.fit.wronglyAccepted, one.fit.wronglyRejected})
+        rows.Integer(static_cast<int64_t>(count));
+      rows.Known(100.0 * (1.0 - static_cast<double>(one.fit.Wrong()) / all));
+      rows.Known(one.stress);
+    }
+    rows.EndRow();
+  }
+}
+
+// The limit of every system that agrees best with what people decided.
+void RunVerdicts(const FitOptions& given) {
+  FitOptions options = given;
+  CurveReader trials =
+      OpenCurves(options.verdicts, options.input, Content::kCurvesOrColors, &IsVerdictHeading);
+  const auto standards = OpenStandards(options, trials, Content::kCurvesOrColors);
+  options.viewing.Follow({&trials});
+  JudgeSettings conditions;
+  conditions.illuminants = options.viewing.Illuminants();
+  conditions.observer = options.viewing.Observer();
+  conditions.angle = options.system.Angle();
+  const VerdictFits result = FitVerdicts(
+      trials, *standards, conditions,
+      options.everySystem ? UsualChoices() : std::vector<CDifferenceSettings>{options.system.Settings()},
+      options.standard.empty());
+  OutputStream output;
+  ResultReport report(options.report, ReportText::kAccepted);
+  report.AddFile(ReportText::kAccepted, options.verdicts);
+  report.AddFile(ReportText::kStandardsFile, options.standard);
+  report.AddViewing(conditions.illuminants, conditions.observer);
+  report.AddInput(trials);
+  const auto rows = report.Rows(options.format, output,
+                                {{"system"},
+                                 {"parameters"},
+                                 {"illuminant"},
+                                 {"limit", "limit", 3},
+                                 {"wrong"},
+                                 {"wrongly_accepted", "accepted, people rejected"},
+                                 {"wrongly_rejected", "rejected, people accepted"},
+                                 {"right_percent", "right, %", 1},
+                                 {"stress", "STRESS", 1}});
+  WriteVerdictFits(result, conditions, *rows);
+  rows->Finish();
+  report.Save();
+  output.Finish();
+  WarnAboutInput(trials);
+}
+
 void RunFit(const FitOptions& options) {
+  if (!options.verdicts.empty()) return RunVerdicts(options);
+  if (options.accepted.empty())
+    throw InputError("ACCEPTED: name a file of accepted trials, or one of verdicts by --verdicts");
   if (!(options.margin > 0 && options.margin <= 100)) {
     throw InputError("--margin: must be a factor above 0 and up to 100");
   }
@@ -266,8 +342,14 @@ void AddOptions(Command& command, FitOptions& options) {
   command
       .AddOption("ACCEPTED", options.accepted,
                  "Curves of the accepted trials, or columns dL,da,db (- for standard input)")
+      .ReadsFile();
+  command
+      .AddOption("--verdicts", options.verdicts,
+                 "Curves or colours with a column verdict (accept or reject): find the limit with the fewest "
+                 "wrong decisions in "
+                 "every difference system, or in that of --system")
       .ReadsFile()
-      .Required();
+      .Shows("FILE");
   command.AddOption("--standard", options.standard, "Curves of the standard or standards")
       .ReadsFile()
       .Shows("FILE [ACCEPTED]");
@@ -313,8 +395,15 @@ void AddFitTolerance(Command& tool) {
       "  vrx fit-tolerance accepted.csv                        # the first row is the standard\n"
       "  vrx fit-tolerance lots.csv --standard master.csv --pairs --margin 1.05 --format csv > limits.csv\n"
       "  vrx judge master.csv batch.csv --ellipses limits.csv\n"
+      "  vrx fit-tolerance --verdicts decisions.csv --illuminants D65   # the first row is the standard\n"
       "  vrx fit-tolerance borderline.csv --method surface --centre standard --illuminants D65\n");
   command.SetAction([options, command] {
+    options->everySystem = !command.IsGiven("--system") && !command.IsGiven("--parameters");
+    if (!options->verdicts.empty()) {
+      for (const char* name : {"ACCEPTED", "--method", "--centre", "--margin"}) {
+        if (command.IsGiven(name)) throw InputError(std::string(name) + ": not with --verdicts");
+      }
+    }
     options->forCurves = OptionForCurves(command);
     RunFit(*options);
     return kExitPass;

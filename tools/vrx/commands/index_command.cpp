@@ -42,10 +42,10 @@ struct IndexOptions {
 constexpr std::string_view kInconstancy = "inconstancy";
 
 // Which of the indices and figures were asked for.
-class Selection {
+class FigureSelection {
  public:
   /// Names from the tables, and "wi", "ti", "yi" for a family; an empty list is the whiteness family.
-  explicit Selection(const std::string& list) : isDefault_(list.empty()) {
+  explicit FigureSelection(const std::string& list) : isDefault_(list.empty()) {
     std::istringstream names(list);
     for (std::string name; std::getline(names, name, ',');) {
       if (!IsKnown(name)) throw InputError("--indices: unknown index \"" + name + "\"; see --formulas");
@@ -79,7 +79,8 @@ bool IsWithinCieLimits(vrxIlluminant illuminant, int32_t observer, const CTrisVa
 }
 
 // The columns of the wide form: a sample a row, each index under each illuminant.
-std::vector<Column> WideColumns(const Selection& selection, const std::vector<vrxIlluminant>& illuminants) {
+std::vector<Column> WideColumns(const FigureSelection& selection,
+                                const std::vector<vrxIlluminant>& illuminants) {
   std::vector<Column> columns{{"id"}, {"observer"}};
   for (const vrxIlluminant illuminant : illuminants) {
     const std::string code = ShownIlluminant(illuminant);
@@ -220,7 +221,7 @@ class IndexRows {
     if (wide_) rows_->EndRow();
   }
 
-  Selection selection_;
+  FigureSelection selection_;
   std::vector<vrxIlluminant> illuminants_;
   int32_t observer_;
   Format format_;

@@ -210,7 +210,7 @@ void AddSort(Command& tool) {
       "block are listed together; a trial on an edge belongs to the block above it.\n\n"
       "Examples:\n"
       "  vrx sort examples/chart_ohta.csv --standard-id P19 --blocks 10\n"
-      "  vrx sort lots.csv --standard master.csv --system cmc --blocks 0.5,0.5,0.4 --format csv\n");
+      "  vrx sort batch.csv --standard master.csv --system cmc --blocks 0.5,0.5,0.4 --format csv\n");
   command.SetAction([options] {
     RunSort(*options);
     return kExitPass;

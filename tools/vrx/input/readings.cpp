@@ -11,6 +11,7 @@
 #include <vrxmath/foundation/numbers.h>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/input/sample_color.h"
 
 namespace vrx::tool {
 namespace {
@@ -20,11 +21,8 @@ using Lab = std::array<double, 3>;
 Lab LabOf(const Sample& sample, vrxIlluminant illuminant, int32_t observer) {
   if (sample.kind == Sample::kLab) return sample.color;
   CTrisValues xyz;
-  if (sample.kind == Sample::kXyz) {
-    std::ranges::copy(sample.color, xyz.begin());
-  } else {
-    sample.curve.Tristimulus(illuminant, observer, xyz);
-  }
+  const Xyz values = XyzOf(sample, illuminant, observer);
+  xyz[0] = values.X, xyz[1] = values.Y, xyz[2] = values.Z;
   CLabValues lab;
   XyzToLab(illuminant, observer, xyz, lab);
   return {lab[CLabValues::kL], lab[CLabValues::kA], lab[CLabValues::kB]};

@@ -1,0 +1,178 @@
+// vrx fit-whiteness: an instrument's own parameters of Ganz-Griesser whiteness and tint.
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <vrxmath/colorimetry/ganz_griesser.h>
+
+#include <vrxio/text/decimal.h>
+
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
+#include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/input/sample_color.h"
+#include "tools/vrx/output/output.h"
+
+namespace vrx::tool {
+namespace {
+
+struct WhitenessOptions {
+  std::string standards;
+  std::string samples;
+  bool parameters = false;
+  CurveInputOptions input;
+  Format format = Format::kTable;
+};
+
+bool IsNominalHeading(std::string_view heading) {
+  return heading == "whiteness" || heading == "tint";
+}
+
+struct NamedStandard : WhitenessStandard {
+  std::string id;
+};
+
+// The number in a column of nominal values; unset without the column and where the field is empty.
+double NominalFrom(const CurveReader& reader, const CurveRow& row, std::string_view heading) {
+  const std::vector<std::string> headings = reader.Source().ExtraHeadings();
+  const auto found = std::ranges::find(headings, heading);
+  if (found == headings.end()) return kUnset;
+  const std::string& text = row.extras[static_cast<std::size_t>(found - headings.begin())];
+  if (text.empty()) return kUnset;
+  double value = 0;
+  if (!ParseDecimal(text, '.', value)) reader.Source().FailRow("\"" + text + "\" is no whiteness or tint");
+  return value;
+}
+
+std::vector<NamedStandard> ReadWhites(const WhitenessOptions& options) {
+  constexpr std::size_t kMost = 10'000;
+  CurveReader reader =
+      OpenCurves(options.standards, options.input, Content::kCurvesOrColors, &IsNominalHeading);
+  reader.RequireLight(vrxIllumD65, kObserver10);
+  std::vector<NamedStandard> standards;
+  CurveRow row;
+  while (reader.Next(row)) {
+    if (standards.size() == kMost) reader.Source().FailRow("more than 10000 standards");
+    NamedStandard& one = standards.emplace_back();
+    one.id = row.id;
+    one.xyz = XyzOf(row, vrxIllumD65, kObserver10);
+    one.whiteness = NominalFrom(reader, row, "whiteness");
+    one.tint = NominalFrom(reader, row, "tint");
+  }
+  WarnAboutInput(reader);
+  return standards;
+}
+
+void WriteParameters(const GanzGriesser& p, const Format& format, OutputStream& output) {
+  const auto rows = MakeRowWriter(
+      format, output,
+      {{"P", "P", 3}, {"Q", "Q", 3}, {"C", "C", 3}, {"m", "m", 3}, {"n", "n", 3}, {"k", "k", 3}});
+  for (const double number : {p.P, p.Q, p.C, p.m, p.n, p.k}) rows->Known(number);
+  rows->EndRow();
+  rows->Finish();
+}
+
+void WriteFigure(double value, RowWriter& rows) {
+  IsUnset(value) ? rows.Number(kUnset) : rows.Known(value);
+}
+
+void WriteResiduals(const std::vector<NamedStandard>& standards, const GanzGriesserFit& fit,
+                    const Format& format, OutputStream& output) {
+  const auto rows = MakeRowWriter(format, output,
+                                  {{"id"},
+                                   {"whiteness", "whiteness", 2},
+                                   {"fitted_whiteness", "fitted", 2},
+                                   {"whiteness_residual", "residual", 2},
+                                   {"tint", "tint", 2},
+                                   {"fitted_tint", "fitted", 2},
+                                   {"tint_residual", "residual", 2}});
+  for (std::size_t i = 0; i < standards.size(); ++i) {
+    const NamedStandard& one = standards[i];
+    rows->Text(one.id);
+    WriteFigure(one.whiteness, *rows);
+    WriteFigure(fit.parameters.Whiteness(one.xyz), *rows);
+    WriteFigure(fit.whitenessResiduals[i], *rows);
+    WriteFigure(one.tint, *rows);
+    WriteFigure(fit.hasTint ? fit.parameters.Tint(one.xyz) : kUnset, *rows);
+    WriteFigure(fit.tintResiduals[i], *rows);
+    rows->EndRow();
+  }
+  rows->Finish();
+}
+
+void WriteSamples(const WhitenessOptions& options, const GanzGriesserFit& fit, OutputStream& output) {
+  CurveReader reader = OpenCurves(options.samples, options.input, Content::kCurvesOrColors);
+  reader.RequireLight(vrxIllumD65, kObserver10);
+  const auto rows =
+      MakeRowWriter(options.format, output, {{"id"}, {"whiteness", "whiteness", 2}, {"tint", "tint", 2}});
+  CurveRow row;
+  while (reader.Next(row)) {
+    const Xyz xyz = XyzOf(row, vrxIllumD65, kObserver10);
+    rows->Text(row.id);
+    WriteFigure(fit.parameters.Whiteness(xyz), *rows);
+    WriteFigure(fit.hasTint ? fit.parameters.Tint(xyz) : kUnset, *rows);
+    rows->EndRow();
+  }
+  rows->Finish();
+  WarnAboutInput(reader);
+}
+
+void RunFitWhiteness(const WhitenessOptions& options) {
+  const std::vector<NamedStandard> named = ReadWhites(options);
+  const GanzGriesserFit fit = FitGanzGriesser(std::vector<WhitenessStandard>(named.begin(), named.end()));
+  if (!fit.hasWhiteness) {
+    throw InputError(options.standards +
+                     ": the fit needs three standards or more with whiteness, and of different saturations");
+  }
+  OutputStream output;
+  output.SetFormat(options.format);
+  if (!options.samples.empty()) {
+    WriteSamples(options, fit, output);
+  } else {
+    if (options.parameters || options.format == Format::kTable)
+      WriteParameters(fit.parameters, options.format, output);
+    if (options.format == Format::kTable) output.Append('\n');
+    if (!options.parameters) WriteResiduals(named, fit, options.format, output);
+  }
+  output.Finish();
+  if (!fit.hasTint)
+    PrintMessage(options.standards + ": fewer than three standards have a tint; that of samples is left out");
+}
+
+}  // namespace
+
+void AddFitWhiteness(Command& tool) {
+  const auto options = std::make_shared<WhitenessOptions>();
+  Command command = tool.AddCommand("fit-whiteness", "Fit Ganz-Griesser whiteness and tint to standards");
+  command
+      .AddOption(
+          "STANDARDS", options->standards,
+          "Curves, or colours under D65 and 10 degrees, with columns whiteness and tint of their certificate")
+      .ReadsFile()
+      .Required();
+  command
+      .AddOption("SAMPLES", options->samples, "Compute whiteness and tint of these by the fitted parameters")
+      .ReadsFile();
+  command.AddFlag("--parameters", options->parameters,
+                  "Write the parameters, not what is left at the standards");
+  AddCurveInputOptions(command, options->input);
+  AddFormatOption(command, options->format);
+  command.SetNotes(
+      "W = Y + P x + Q y + C and T = m x + n y + k under D65 and 10 degrees. The directions of the nominal\n"
+      "parameters are kept; fitted are the factors and the constants. A large residual is a soiled or faded\n"
+      "standard, or one with another certificate.\n\n"
+      "Examples:\n"
+      "  vrx fit-whiteness whites.csv\n"
+      "  vrx fit-whiteness whites.csv paper.csv --format csv\n");
+  command.SetAction([options] {
+    RunFitWhiteness(*options);
+    return kExitPass;
+  });
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,239 @@
+// vrx instruments: how far two instruments agree on a set of tiles, and what a correction would leave.
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <map>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <vrxmath/colorimetry/instrument_profile.h>
+#include <vrxmath/foundation/units.h>
+
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/input/conditions.h"
+#include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/input/readings.h"
+#include "tools/vrx/judging/judge.h"
+#include "tools/vrx/output/output.h"
+
+namespace vrx::tool {
+namespace {
+
+struct InstrumentOptions {
+  std::string reference, other;
+  std::string terms = "zero,scale,wavelength";
+  bool summary = false, factors = false;
+  ViewingOptions viewing;
+  SystemOptions system;
+  CurveInputOptions input;
+  Format format = Format::kTable;
+};
+
+constexpr const char* kTermNames[] = {"zero", "scale", "nonlinear", "wavelength", "bandwidth"};
+
+std::uint32_t TermsFrom(const std::string& list) {
+  std::uint32_t terms = 0;
+  for (const std::string& name : SplitList(list, ',')) {
+    const auto found = std::ranges::find(kTermNames, name);
+    if (found == std::end(kTermNames))
+      throw InputError("--terms: " + name + " is not one of zero, scale, nonlinear, wavelength, bandwidth");
+    terms |= 1U << static_cast<std::uint32_t>(found - kTermNames);
+  }
+  if (terms == 0) throw InputError("--terms: name one or more");
+  return terms;
+}
+
+// The tiles that both instruments measured, in the order of the reference.
+struct Tiles {
+  std::vector<std::string> ids;
+  std::vector<CReflData> reference, other;
+};
+
+std::vector<Readings> ReadTiles(CurveReader& reader) {
+  constexpr std::size_t kMost = 1000;
+  std::vector<Readings> all = ReadReadings(reader, 0);
+  if (all.size() > kMost) throw InputError(reader.Source().Name() + ": more than 1000 tiles");
+  return all;
+}
+
+Tiles ReadBoth(const InstrumentOptions& options) {
+  CurveReader reference = OpenCurves(options.reference, options.input);
+  CurveReader other = OpenCurves(options.other, options.input);
+  std::map<std::string, CReflData> ofOther;
+  for (const Readings& readings : ReadTiles(other)) ofOther.emplace(readings.id, readings.Mean().curve);
+  Tiles tiles;
+  std::size_t unmatched = 0;
+  for (const Readings& readings : ReadTiles(reference)) {
+    const auto found = ofOther.find(readings.id);
+    if (found == ofOther.end()) {
+      ++unmatched;
+      continue;
+    }
+    tiles.ids.push_back(readings.id);
+    tiles.reference.push_back(readings.Mean().curve);
+    tiles.other.push_back(found->second);
+  }
+  unmatched += ofOther.size() - tiles.ids.size();
+  if (tiles.ids.empty())
+    throw InputError(options.other + ": no tile has the id of one in " + options.reference);
+  if (unmatched > 0)
+    PrintMessage(options.other + ": warning: " + std::to_string(unmatched) +
+                 " tiles are in one of the two files only and are left out");
+  WarnAboutInput(reference, other);
+  return tiles;
+}
+
+std::vector<double> DifferencesOf(const Tiles& tiles, std::span<const CReflData> readings, Judge& judge) {
+  std::vector<double> differences;
+  for (std::size_t t = 0; t < readings.size(); ++t) {
+    Standard standard;
+    standard.id = tiles.ids[t];
+    standard.sample.curve = tiles.reference[t];
+    Sample reading;
+    reading.curve = readings[t];
+    judge.Evaluate(standard, reading);
+    differences.push_back(judge.Row().under.front().difference.back());
+  }
+  return differences;
+}
+
+InstrumentProfile ProfileOf(const Tiles& tiles, std::uint32_t terms, const std::string& file) {
+  const auto profile = InstrumentProfile::Fit(tiles.reference, tiles.other, terms);
+  if (!profile) throw InputError(file + ": a curve of a tile is no measurement");
+  return *profile;
+}
+
+// Each tile as a profile corrects it that was fitted to the others.
+std::vector<CReflData> LeftOut(const Tiles& tiles, std::uint32_t terms, const std::string& file) {
+  std::vector<CReflData> corrected;
+  for (std::size_t t = 0; t < tiles.ids.size(); ++t) {
+    Tiles rest = tiles;
+    const auto at = static_cast<std::ptrdiff_t>(t);
+    rest.ids.erase(rest.ids.begin() + at);
+    rest.reference.erase(rest.reference.begin() + at);
+    rest.other.erase(rest.other.begin() + at);
+    corrected.push_back(ProfileOf(rest, terms, file).Corrected(tiles.other[t]));
+  }
+  return corrected;
+}
+
+// The differences from the reference: as read, as corrected, and as corrected by the other tiles.
+using Three = std::array<std::vector<double>, 3>;
+
+void WriteTiles(const Tiles& tiles, const Three& three, const Format& format, OutputStream& output) {
+  const auto rows = MakeRowWriter(format, output,
+                                  {{"id"},
+                                   {"difference", "as read", 3},
+                                   {"corrected", "corrected", 3},
+                                   {"left_out", "by the other tiles", 3}});
+  for (std::size_t t = 0; t < tiles.ids.size(); ++t) {
+    rows->Text(tiles.ids[t]);
+    for (const std::vector<double>& differences : three) rows->Known(differences[t]);
+    rows->EndRow();
+  }
+  rows->Finish();
+}
+
+void WriteSummary(const Three& three, const Format& format, OutputStream& output) {
+  const auto rows = MakeRowWriter(format, output,
+                                  {{"readings"}, {"tiles"}, {"mean", "mean", 3}, {"largest", "largest", 3}});
+  constexpr const char* kNames[] = {"as read", "corrected", "by the other tiles"};
+  for (std::size_t k = 0; k < three.size(); ++k) {
+    double sum = 0;
+    for (const double difference : three[k]) sum += difference;
+    rows->Text(kNames[k]);
+    rows->Integer(static_cast<int64_t>(three[k].size()));
+    rows->Known(sum / static_cast<double>(three[k].size()));
+    rows->Known(*std::ranges::max_element(three[k]));
+    rows->EndRow();
+  }
+  rows->Finish();
+}
+
+void WriteFactors(const InstrumentProfile& profile, const Format& format, OutputStream& output) {
+  std::vector<Column> columns{{"wavelength"}};
+  for (const char* name : kTermNames) columns.push_back({name, name, 5});
+  const auto rows = MakeRowWriter(format, output, std::move(columns));
+  for (int32_t i = 0; i < kWavelengths; ++i) {
+    rows->Integer(static_cast<int64_t>(WavelengthAt(i)));
+    for (const double factor : profile.FactorsAt(static_cast<std::size_t>(i))) rows->Known(factor);
+    rows->EndRow();
+  }
+  rows->Finish();
+}
+
+void RunInstruments(const InstrumentOptions& options) {
+  const std::uint32_t terms = TermsFrom(options.terms);
+  JudgeSettings settings;
+  settings.illuminants = options.viewing.Illuminants();
+  settings.observer = options.viewing.Observer();
+  settings.difference = options.system.Settings();
+  settings.angle = options.system.Angle();
+  if (settings.illuminants.size() != 1) throw InputError("--illuminants: this command takes exactly one");
+  if (options.reference == "-" && options.other == "-")
+    throw InputError("REFERENCE and OTHER cannot both come from standard input: name a file");
+  const Tiles tiles = ReadBoth(options);
+  if (tiles.ids.size() < static_cast<std::size_t>(std::popcount(terms)) + 2) {
+    throw InputError(options.other + ": " + std::to_string(tiles.ids.size()) +
+                     " tiles are not enough for the terms: two more than terms are needed");
+  }
+  const InstrumentProfile profile = ProfileOf(tiles, terms, options.other);
+  OutputStream output;
+  output.SetFormat(options.format);
+  if (options.factors) {
+    WriteFactors(profile, options.format, output);
+    return output.Finish();
+  }
+  std::vector<CReflData> corrected;
+  for (const CReflData& reading : tiles.other) corrected.push_back(profile.Corrected(reading));
+  Judge judge(settings);
+  const Three three = {DifferencesOf(tiles, tiles.other, judge), DifferencesOf(tiles, corrected, judge),
+                       DifferencesOf(tiles, LeftOut(tiles, terms, options.other), judge)};
+  if (!options.summary) WriteTiles(tiles, three, options.format, output);
+  if (options.format == Format::kTable && !options.summary) output.Append('\n');
+  if (options.summary || options.format == Format::kTable) WriteSummary(three, options.format, output);
+  output.Finish();
+}
+
+}  // namespace
+
+void AddInstruments(Command& tool) {
+  const auto options = std::make_shared<InstrumentOptions>();
+  Command command = tool.AddCommand("instruments", "Compare two instruments on a set of tiles");
+  command.AddOption("REFERENCE", options->reference, "Curves of the tiles by the reference instrument")
+      .ReadsFile()
+      .Required();
+  command.AddOption("OTHER", options->other, "Curves of the same tiles by another one, with the same ids")
+      .ReadsFile()
+      .Required();
+  command
+      .AddOption("--terms", options->terms,
+                 "Faults to correct: zero, scale, nonlinear (R times 1 - R), wavelength, bandwidth")
+      .Shows("NAME,... [zero,scale,wavelength]");
+  command.AddFlag("--summary", options->summary, "Write the mean and largest differences alone");
+  command.AddFlag("--factors", options->factors, "Write the factors of the correction at each wavelength");
+  AddViewingOptions(command, options->viewing, "D65");
+  AddSystemOptions(command, options->system, "lab");
+  AddCurveInputOptions(command, options->input);
+  AddFormatOption(command, options->format);
+  command.SetNotes(
+      "Rows of one id are averaged. For each tile there are three differences from the reference: as read, "
+      "as\n"
+      "corrected, and as corrected by a fit to the other tiles. Where the third is far above the second, "
+      "the\n"
+      "correction follows the tiles and not the instrument: use fewer terms or more tiles.\n\n"
+      "Examples:\n"
+      "  vrx instruments examples/chart_ohta.csv examples/chart_average.csv\n"
+      "  vrx instruments examples/chart_ohta.csv examples/chart_average.csv --terms zero,scale --summary\n");
+  command.SetAction([options] {
+    RunInstruments(*options);
+    return kExitPass;
+  });
+}
+
+}  // namespace vrx::tool
