@@ -87,7 +87,7 @@ void MeasureTristimulus(std::size_t n, std::size_t illuminants, const std::strin
   if (!Wanted(work)) return;
   Random random(1);
   HugeVector curves(40 * n), ours(3 * illuminants * n), theirs(ours.size());
-  std::vector<double> weights(40 * 3 * illuminants);
+  std::vector<double> weights(3 * illuminants * 40);
   for (double& sample : curves) sample = random.Between(0.5, 100.0);
   std::vector<vrxIlluminant> list;
   std::vector<BatchView<double, 3>> targets;
