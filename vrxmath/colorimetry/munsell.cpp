@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 
@@ -222,23 +221,34 @@ Xyz XyzFromMunsell(MunsellColor& notation) {
 
 namespace {
 
+// A number of 0 or more in tenths, without a last 0.
 std::string OneDecimal(double number) {
-  std::array<char, 32> digits{};
-  const auto end =
-      std::to_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed, 1).ptr;
-  std::string text(digits.data(), end);
-  if (text.ends_with(".0")) text.resize(text.size() - 2);
-  return text;
+  const auto tenths = static_cast<std::int64_t>(std::floor(10.0 * number + 0.5));
+  const std::string whole = std::to_string(tenths / 10);
+  return tenths % 10 == 0 ? whole : whole + "." + std::to_string(tenths % 10);
 }
 
-// Takes a number from the beginning of a text; none where there is none.
+// Takes digits with or without a point from the beginning of a text; none where there are none, or more than twelve.
 std::optional<double> TakeNumber(std::string_view& text) {
-  double number = 0.0;
-  const auto [end, error] =
-      std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
-  if (error != std::errc() || !std::isfinite(number)) return std::nullopt;
-  text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-  return number;
+  constexpr std::size_t kMostDigits = 12;
+  double number = 0.0, scale = 1.0;
+  std::size_t at = 0, digits = 0;
+  bool isBehindPoint = false;
+  for (; at < text.size(); ++at) {
+    const char c = text[at];
+    if (c == '.' && !isBehindPoint) {
+      isBehindPoint = true;
+    } else if (c >= '0' && c <= '9') {
+      number = 10.0 * number + static_cast<double>(c - '0');
+      if (isBehindPoint) scale *= 10.0;
+      ++digits;
+    } else {
+      break;
+    }
+  }
+  if (digits == 0 || digits > kMostDigits) return std::nullopt;
+  text.remove_prefix(at);
+  return number / scale;
 }
 
 // The place of a hue name at the beginning of a text, the longest first.

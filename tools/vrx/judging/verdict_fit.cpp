@@ -76,7 +76,9 @@ class Collected {
     for (const std::uint8_t yes : accepted_) visual.push_back(yes != 0 ? 0.0 : 1.0);
     const std::size_t illuminants = totals_.size() / settings_.size();
     for (std::size_t i = 0; i < totals_.size(); ++i) {
-      VerdictFit& one = result.fits.emplace_back(settings_[i / illuminants].difference, i % illuminants);
+      VerdictFit& one = result.fits.emplace_back();
+      one.difference = settings_[i / illuminants].difference;
+      one.illuminant = i % illuminants;
       const bool isSound = std::ranges::all_of(totals_[i], [](double total) { return total >= 0.0; });
       if (!isSound) continue;
       one.fit = FitLimit(totals_[i], accepted_);
