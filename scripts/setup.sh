@@ -35,6 +35,7 @@ header libcli11-dev CLI/CLI.hpp
 header nlohmann-json3-dev nlohmann/json.hpp
 header libcairo2-dev cairo/cairo.h
 header nettle-dev nettle/sha2.h
+header libsqlite3-dev sqlite3.h
 
 if [ "$level" = windows ]; then
   need g++-mingw-w64-i686-posix i686-w64-mingw32-g++-posix

@@ -1,7 +1,10 @@
 // Judging, sorting and averaging of colours with known differences, as a user asks for them.
 
 #include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
+#include <map>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -9,6 +12,7 @@
 
 #include "tests/testing/tool_process.h"
 #include "tools/vrx/judging/distribution.h"
+#include "tools/vrx/judging/shade_groups.h"
 
 namespace {
 
@@ -338,6 +342,39 @@ TEST(DistributionOfNumbers, ExactForFewAndCloseForMany) {
   for (int i = 0; i < 300'000; ++i) many.Add(i % 3000 / 1000.0);
   EXPECT_NEAR(many.Percentile(50), 1.5, 0.0015);
   EXPECT_NEAR(many.Percentile(95), 2.85, 0.00285);
+}
+
+// In a group any two differ by no more than the limit; two groups that could be one are one, whatever the order of rows.
+TEST_F(Judging, GroupsByCompleteLinkage) {
+  folder_.Write("g.csv", "id,L,a,b\na,50,0,0\nd,60,0,0\nc,51,0,0\nb,50.5,0,0\ne,60.9,0,0\n");
+  const std::string kSort = "sort g.csv --system lab --format csv --digits 1 --groups ";
+  const std::pair<std::string, std::string> kRows[] = {
+      {"1", "1,a,1.0\n1,b,0.5\n1,c,1.0\n2,d,0.9\n2,e,0.9\n"},
+      {"0.8", "1,a,0.5\n1,b,0.5\n2,c,0.0\n3,d,0.0\n4,e,0.0\n"},
+      {"20", "1,a,10.9\n1,b,10.4\n1,c,9.9\n1,d,10.0\n1,e,10.9\n"},
+  };
+  for (const auto& [limit, rows] : kRows) EXPECT_EQ(Run(kSort + limit).out, "group,trial,farthest\n" + rows);
+  EXPECT_NE(Run(kSort + "1")
+                .err.find("2 groups of 5 trials; the worst pair within one is a and c, which differ by 1.00"),
+            std::string::npos);
+  ExpectRefused({{kSort + "0", "above 0"}, {kSort + "1 --blocks 1", "--blocks"}});
+
+  std::mt19937 random(7);
+  std::uniform_real_distribution<double> place(0, 10);
+  std::vector<double> x(60);
+  for (double& value : x) value = place(random);
+  constexpr double kLimit = 1.3;
+  const auto groups = vrx::tool::GroupsByCompleteLinkage(
+      x.size(), kLimit, [&](std::size_t a, std::size_t b) { return std::fabs(x[a] - x[b]); });
+  std::map<std::pair<std::size_t, std::size_t>, double> farthest;
+  for (std::size_t a = 0; a < x.size(); ++a) {
+    for (std::size_t b = 0; b < x.size(); ++b) {
+      double& between = farthest[{groups[a], groups[b]}];
+      between = std::max(between, std::fabs(x[a] - x[b]));
+    }
+  }
+  for (const auto& [pair, between] : farthest)
+    EXPECT_EQ(between <= kLimit, pair.first == pair.second) << pair.first << " " << pair.second;
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "tools/vrx/base/terminal.h"
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/job/profiles.h"
 
 namespace {
 
@@ -38,7 +39,8 @@ int main(int argc, char** argv) try {
   vrx::SetMessageBoxHandler(ThrowMessage);
   vrx::tool::TurnSignalsIntoErrors();
   vrx::tool::UseUtf8Streams();
-  return vrx::tool::RunTool(vrx::tool::Utf8Arguments(argc, argv), vrx::tool::AllCommands(), VRX_VERSION);
+  return vrx::tool::RunTool(vrx::tool::Utf8Arguments(argc, argv), vrx::tool::AllCommands(), VRX_VERSION,
+                            vrx::tool::LoadProfile);
 } catch (const vrx::tool::Interrupted&) {
   return vrx::tool::EndByInterrupt();
 } catch (const std::exception& error) {

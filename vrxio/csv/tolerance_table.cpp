@@ -70,7 +70,7 @@ struct Layout {
 };
 
 template <class LIMITS>
-struct Row {
+struct TableRow {
   std::string standard;
   int32_t geometry = kAll;
   int32_t illuminant = kAll;
@@ -106,8 +106,8 @@ void CheckScope(CsvReader& csv, std::size_t key, const LimitScope& scope) {
 }
 
 template <class LIMITS>
-Row<LIMITS> ReadRow(CsvReader& csv, const Layout& layout, const LimitScope& scope) {
-  Row<LIMITS> row;
+TableRow<LIMITS> ReadRow(CsvReader& csv, const Layout& layout, const LimitScope& scope) {
+  TableRow<LIMITS> row;
   for (const std::size_t field : layout.fields) {
     if (field >= kKeys) {
       row.limits[static_cast<int32_t>(field - kKeys)] = csv.Number();
@@ -150,7 +150,7 @@ void LimitTable<LIMITS>::Load(CsvReader& csv, const LimitScope& scope) {
   const Layout layout(csv, ColumnsOf(LIMITS()));
   for (std::size_t count = 0; csv.Next(); ++count) {
     if (count == kMaxRows) csv.FailRow("a tolerance file may have 200000 rows");
-    const Row<LIMITS> row = ReadRow<LIMITS>(csv, layout, scope);
+    const TableRow<LIMITS> row = ReadRow<LIMITS>(csv, layout, scope);
     if (const auto objection = Objection(row.limits); !objection.empty()) csv.FailRow(std::string(objection));
     const Entry entry{row.limits, csv.Line(), {}};
     if (!rows_[row.standard].try_emplace(std::pair(row.geometry, row.illuminant), entry).second) {
@@ -158,6 +158,20 @@ void LimitTable<LIMITS>::Load(CsvReader& csv, const LimitScope& scope) {
     }
   }
   if (rows_.empty()) throw InputError(csv.Name() + ": there is no row of limits");
+}
+
+template <class LIMITS>
+void LimitTable<LIMITS>::Add(const std::string& standard, const Row& row) {
+  rows_[standard].insert_or_assign(std::pair(row.geometry, row.illuminant), Entry{row.limits, 0, {}});
+}
+
+template <class LIMITS>
+auto LimitTable<LIMITS>::RowsOf(const std::string& standard) const -> std::vector<Row> {
+  std::vector<Row> rows;
+  const auto entries = rows_.find(standard);
+  if (entries == rows_.end()) return rows;
+  for (const auto& [key, entry] : entries->second) rows.push_back({key.first, key.second, entry.limits});
+  return rows;
 }
 
 template <class LIMITS>

@@ -19,6 +19,7 @@
 #include <vrxmath/tolerance/ellipse_tolerance.h>
 
 #include <vrxio/csv/csv_reader.h>
+#include <vrxio/measurement/names.h>
 
 namespace vrx::io {
 
@@ -65,6 +66,14 @@ class LimitTable {
   /// Columns `system` and `observer` may say what a row was made for. Throws InputError, also for two rows
   /// that speak of the same, for a row that was made for something else than `scope`, and for a file without rows.
   void Load(CsvReader& csv, const LimitScope& scope);
+
+  /// A row that is made elsewhere, and those of a standard, "" for those of all. An earlier row of the same is replaced.
+  struct Row {
+    int32_t geometry = kNoGeometry, illuminant = -1;  ///< -1: all
+    LIMITS limits;
+  };
+  void Add(const std::string& standard, const Row& row);
+  std::vector<Row> RowsOf(const std::string& standard) const;
 
   /// The limits of a standard, geometry and illuminant; null where no row applies. Of several rows that apply
   /// the one that names the standard goes first, then the one that names the geometry, then the one that

@@ -156,6 +156,17 @@ bool Command::IsGiven(const std::string& name) const {
   return app_->count(name) > 0;
 }
 
+std::vector<std::pair<std::string, std::string>> Command::GivenOptions(const std::string& without) const {
+  std::vector<std::pair<std::string, std::string>> given;
+  for (const CLI::Option* option : app_->get_options([](const CLI::Option*) { return true; })) {
+    if (option->count() == 0 || option->get_lnames().empty() || option->get_group() == without) continue;
+    const bool isFlag = option->get_items_expected() == 0;
+    for (const std::string& value : option->results())
+      given.emplace_back("--" + option->get_lnames().front(), isFlag ? "" : value);
+  }
+  return given;
+}
+
 void Command::SetNotes(const std::string& notes) {
   app_->footer(notes);
 }
@@ -213,10 +224,59 @@ std::string Misunderstood(const CLI::App& app, const CLI::ParseError& error) {
   return isExtra ? hint : "; \"" + rest.front() + "\" is not known" + hint;
 }
 
+// The value of an option among arguments; empty where it is not given.
+std::string ValueAmong(std::span<const std::string> arguments, const std::string& option) {
+  for (std::size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+    if (arguments[i] == option && i + 1 < arguments.size()) return arguments[i + 1];
+    if (arguments[i].starts_with(option + "=")) return arguments[i].substr(option.size() + 1);
+  }
+  return {};
+}
+
+// Whether arguments give an option, or one that it is not given with.
+bool IsAmong(std::span<const std::string> arguments, const CLI::Option& option) {
+  std::vector<std::string> names = option.get_lnames();
+  for (const CLI::Option* other : option.get_excludes()) {
+    const std::vector<std::string>& more = other->get_lnames();
+    names.insert(names.end(), more.begin(), more.end());
+  }
+  return std::ranges::any_of(names, [&](const std::string& name) {
+    return std::ranges::any_of(arguments, [&](const std::string& argument) {
+      return argument == "--" + name || argument.starts_with("--" + name + "=");
+    });
+  });
+}
+
+// The arguments, with the options of the profile that they name behind the words of the command.
+std::vector<std::string> WithProfile(const CLI::App& app, std::span<const std::string> arguments,
+                                     const ProfileSource& profiles) {
+  std::vector<std::string> all(arguments.begin(), arguments.end());
+  const std::string name = ValueAmong(arguments, "--profile");
+  if (name.empty() || !profiles) return all;
+  const CLI::App* command = &app;
+  std::size_t words = 0;
+  for (; words < all.size(); ++words) {
+    const auto within = command->get_subcommands([](const CLI::App*) { return true; });
+    const auto next = std::ranges::find_if(
+        within, [&](const CLI::App* one) { return one->get_name() == arguments[words]; });
+    if (next == within.end()) break;
+    command = *next;
+  }
+  if (command->get_option_no_throw("--profile") == nullptr) return all;
+  std::vector<std::string> added;
+  for (const auto& [option, value] : profiles(name, ValueAmong(arguments, "--job"))) {
+    const CLI::Option* const known = command->get_option_no_throw(option);
+    if (known != nullptr && !IsAmong(arguments, *known))
+      added.push_back(value.empty() ? option : option + "=" + value);
+  }
+  all.insert(all.begin() + static_cast<std::ptrdiff_t>(words), added.begin(), added.end());
+  return all;
+}
+
 }  // namespace
 
 int RunTool(std::span<const std::string> arguments, std::span<const CommandEntry> commands,
-            const std::string& version) {
+            const std::string& version, const ProfileSource& profiles) {
   int status = kExitPass;
   CLI::App app{"Turns measured reflectance curves into colour values, differences and verdicts.", "vrx"};
   app.allow_windows_style_options(false);  // a path may begin with a slash everywhere
@@ -230,7 +290,8 @@ int RunTool(std::span<const std::string> arguments, std::span<const CommandEntry
     app.get_subcommand(command.name)->group(command.group);
   }
   try {
-    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    const std::vector<std::string> all = WithProfile(app, arguments, profiles);
+    app.parse(std::vector<std::string>(all.rbegin(), all.rend()));
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return ShowHelp(app, error);
     PrintMessage(error.what() + Misunderstood(app, error));

@@ -84,6 +84,9 @@ class Command {
 
   /// True when the option was given; for actions.
   bool IsGiven(const std::string& name) const;
+  /// The options that were given, by their names, with their values; a flag has an empty one. Arguments are none of them, nor are
+  /// options under the heading `without`.
+  std::vector<std::pair<std::string, std::string>> GivenOptions(const std::string& without) const;
 
   /// The text below the options: how to read the results, and examples, each on a line that begins "  vrx ".
   void SetNotes(const std::string& notes);
@@ -123,11 +126,16 @@ struct CommandEntry {
   const char* group;  ///< the heading that the help has it under
 };
 
+/// The options of a profile by its name; `job`: the file that --job names, empty for none. Throws InputError for an unknown one.
+using ProfileSource = std::function<std::vector<std::pair<std::string, std::string>>(const std::string& name,
+                                                                                     const std::string& job)>;
+
 /// Parses the arguments of a run, without the program's name, and runs the one of `commands`, which are in the order of the
 /// help, that they name. Returns the exit status; a sentence on standard error says why it is kExitBadInput. `version` is
-/// what --version prints. Throws what no command means to throw.
+/// what --version prints. The options of the profile that --profile names count where the command has them and the arguments do not
+/// give them. Throws what no command means to throw.
 int RunTool(std::span<const std::string> arguments, std::span<const CommandEntry> commands,
-            const std::string& version);
+            const std::string& version, const ProfileSource& profiles = nullptr);
 
 }  // namespace vrx::tool
 

@@ -99,8 +99,8 @@ class HelpLayout : public CLI::Formatter {
 }  // namespace
 
 std::span<const std::string_view> SharedHeadings() {
-  static constexpr std::array<std::string_view, 5> kHeadings = {"Light", "Difference", "Input", "Output",
-                                                                "Report"};
+  static constexpr std::array<std::string_view, 6> kHeadings = {"Light", "Difference", "Input",
+                                                                "Job",   "Output",     "Report"};
   return kHeadings;
 }
 

@@ -14,6 +14,8 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"search", AddSearch, "Judging"},
       CommandEntry{"sort", AddSort, "Judging"},
       CommandEntry{"fit-tolerance", AddFitTolerance, "Judging"},
+      CommandEntry{"job", AddJob, "Judging"},
+      CommandEntry{"watch", AddWatch, "Judging"},
       CommandEntry{"color", AddColor, "Colour"},
       CommandEntry{"index", AddIndex, "Colour"},
       CommandEntry{"munsell", AddMunsell, "Colour"},

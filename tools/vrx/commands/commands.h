@@ -10,6 +10,7 @@
 
 namespace vrx::tool {
 
+void AddJob(Command& tool);
 void AddJudge(Command& tool);
 void AddColor(Command& tool);
 void AddDelta(Command& tool);
@@ -36,6 +37,7 @@ void AddInstruments(Command& tool);
 void AddMunsell(Command& tool);
 void AddSettings(Command& tool);
 void AddLog(Command& tool);
+void AddWatch(Command& tool);
 void AddXml(Command& tool);
 void AddManual(Command& tool);
 

@@ -20,6 +20,8 @@
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/job/job_options.h"
+#include "tools/vrx/job/job_reader.h"
 #include "tools/vrx/judging/standards.h"
 #include "tools/vrx/judging/verdict_fit.h"
 #include "tools/vrx/output/output.h"
@@ -43,7 +45,9 @@ struct FitOptions {
   ViewingOptions viewing;
   SystemOptions system;
   CurveInputOptions input;
-  std::string forCurves;  // an option that was given and has no meaning for plain differences
+  JobOptions jobOptions;
+  std::shared_ptr<store::Store> job;  ///< that the trials come from; null for files
+  std::string forCurves;              // an option that was given and has no meaning for plain differences
   Format format = Format::kTable;
   ReportOptions report;
 };
@@ -85,6 +89,10 @@ struct Accepted {
 
 std::unique_ptr<Standards> OpenStandards(const FitOptions& options, CurveReader& trials,
                                          Content content = Content::kCurves) {
+  if (options.job != nullptr) {
+    return OneStandard(CurveReader(ReadStandards(*options.job, options.accepted, options.standardId)),
+                       options.standardId, &trials);
+  }
   const bool oneFile = options.standard.empty();
   if (oneFile && options.pairs) throw InputError("--pairs needs --standard FILE");
   const std::string& file = options.verdicts.empty() ? options.accepted : options.verdicts;
@@ -323,17 +331,53 @@ void RunVerdicts(const FitOptions& given) {
   WarnAboutInput(trials);
 }
 
-void RunFit(const FitOptions& options) {
-  if (!options.verdicts.empty()) return RunVerdicts(options);
-  if (options.accepted.empty())
+Accepted ReadAccepted(const FitOptions& options) {
+  if (options.job != nullptr) {
+    const store::TrialFilter filter{.standard = options.standardId};
+    return ReadCurves(CurveReader(ReadTrials(*options.job, options.accepted, filter, true)), options);
+  }
+  InputStream input = OpenText(options.accepted);
+  return HoldsDifferences(input) ? ReadDifferences(CsvReader(std::move(input), CsvDialect()), options)
+                                 : ReadCurves(OpenCurves(std::move(input), options.input), options);
+}
+
+// Turns a run without a file into one over the accepted trials of a standard of the job, under its conditions where the options name
+// none.
+void OpenJobOf(FitOptions& options, const Command& command) {
+  if (!options.accepted.empty() && !options.jobOptions.file.empty())
+    throw InputError("--job: the accepted trials come from the job; name no file");
+  if (!options.accepted.empty()) return;
+  if (options.jobOptions.File().empty())
     throw InputError("ACCEPTED: name a file of accepted trials, or one of verdicts by --verdicts");
+  options.job = OpenJob(options.jobOptions);
+  options.accepted = options.standard = options.jobOptions.File();
+  if (options.pairs) throw InputError("--pairs is for files");
+  const std::vector<store::StandardEntry> entries = options.job->Standards();
+  if (options.standardId.empty() && entries.size() == 1) options.standardId = entries.front().name;
+  if (options.standardId.empty())
+    throw InputError("--standard-id: name the standard of the job to fit limits for");
+  const auto entry = std::ranges::find(entries, options.standardId, &store::StandardEntry::name);
+  if (entry == entries.end() || !entry->conditions) return;
+  const JudgeConditions& own = *entry->conditions;
+  if (options.viewing.illuminants.empty()) {
+    for (const vrxIlluminant illuminant : own.illuminants)
+      options.viewing.illuminants += (options.viewing.illuminants.empty() ? "" : ",") + CodeOf(illuminant);
+  }
+  if (options.viewing.observer.empty()) options.viewing.observer = std::to_string(DegreesOf(own.observer));
+  if (command.IsGiven("--system") || command.IsGiven("--parameters")) return;
+  options.system.system = ShortNameOf(own.difference.system);
+  for (int32_t k = 0; k < ParameterCount(own.difference.system); ++k)
+    options.system.parameters +=
+        (k == 0 ? "" : ",") + ShortestText(own.difference.parameters[static_cast<std::size_t>(k)]);
+}
+
+void RunFit(FitOptions& options, const Command& command) {
+  if (!options.verdicts.empty()) return RunVerdicts(options);
+  OpenJobOf(options, command);
   if (!(options.margin > 0 && options.margin <= 100)) {
     throw InputError("--margin: must be a factor above 0 and up to 100");
   }
-  InputStream input = OpenText(options.accepted);
-  const Accepted accepted = HoldsDifferences(input)
-                                ? ReadDifferences(CsvReader(std::move(input), CsvDialect()), options)
-                                : ReadCurves(OpenCurves(std::move(input), options.input), options);
+  const Accepted accepted = ReadAccepted(options);
   if (accepted.clouds.empty()) throw InputError(accepted.file + ": there are no accepted trials");
   WriteFits(accepted, options);
 }
@@ -367,6 +411,7 @@ void AddOptions(Command& command, FitOptions& options) {
   AddViewingOptions(command, options.viewing, "D65,A,CWF");
   AddSystemOptions(command, options.system, "cmc");
   AddCurveInputOptions(command, options.input);
+  AddJobOptions(command, options.jobOptions);
   AddFormatOption(command, options.format);
   AddReportOptions(command, options.report);
 }
@@ -396,6 +441,7 @@ void AddFitTolerance(Command& tool) {
       "  vrx fit-tolerance lots.csv --standard master.csv --pairs --margin 1.05 --format csv > limits.csv\n"
       "  vrx judge master.csv batch.csv --ellipses limits.csv\n"
       "  vrx fit-tolerance --verdicts decisions.csv --illuminants D65   # the first row is the standard\n"
+      "  vrx fit-tolerance --job history.vrxjob            # the trials of a job that were accepted\n"
       "  vrx fit-tolerance borderline.csv --method surface --centre standard --illuminants D65\n");
   command.SetAction([options, command] {
     options->everySystem = !command.IsGiven("--system") && !command.IsGiven("--parameters");
@@ -405,7 +451,7 @@ void AddFitTolerance(Command& tool) {
       }
     }
     options->forCurves = OptionForCurves(command);
-    RunFit(*options);
+    RunFit(*options, command);
     return kExitPass;
   });
 }

@@ -11,9 +11,12 @@
 #include <utility>
 #include <vector>
 
+#include <vrxstore/records/stored_form.h>
+
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/threads_option.h"
+#include "tools/vrx/job/job_run.h"
 #include "tools/vrx/judging/comparison.h"
 #include "tools/vrx/judging/judge_output.h"
 #include "tools/vrx/judging/judging_options.h"
@@ -27,6 +30,7 @@ namespace {
 struct JudgeOptions {
   ComparisonOptions comparison;
   JudgingOptions judging;
+  JobRunOptions job;
   bool summary = false;
   std::string only;
   bool worstFirst = false;
@@ -131,13 +135,39 @@ std::unique_ptr<JudgeReport> MakeReport(const JudgeOptions& options, const Judge
   if (!options.report.IsWanted()) return nullptr;
   const JudgeFiles files{
       options.comparison.standard, options.comparison.trials,
-      options.judging.tolerances.empty() ? options.judging.ellipses : options.judging.tolerances};
+      options.judging.tolerances.empty() ? options.judging.ellipses : options.judging.tolerances,
+      options.comparison.input.profile};
   return std::make_unique<JudgeReport>(options.report, settings, files, comparison);
 }
 
-ExitStatus RunJudge(JudgeOptions& options) {
+// The job of the run; null where the standards come from a file. One file beside a job has the trials; VRX_JOB alone does not
+// turn a run with two files into one with a job.
+std::unique_ptr<JobRun> OpenJobOf(JudgeOptions& options, const Command& command) {
+  ComparisonOptions& comparison = options.comparison;
+  const bool isNamed = !options.job.file.empty();
+  if (!comparison.trials.empty() && isNamed)
+    throw InputError("--job: the standards come from the job; name the file of the trials alone");
+  if (!comparison.trials.empty() || options.job.File().empty()) {
+    if (comparison.trials.empty())
+      throw InputError(comparison.standard.empty() ? "STANDARD is required" : "TRIALS is required");
+    for (const char* name : {"--nearest", "--again"})
+      if (command.IsGiven(name)) throw InputError(std::string(name) + " needs --job");
+    return nullptr;
+  }
+  if (comparison.standard.empty()) throw InputError("TRIALS is required");
+  comparison.trials = std::exchange(comparison.standard, {});
+  return std::make_unique<JobRun>(options.job, comparison, options.judging, command);
+}
+
+JudgeJob ForReport(JobRun& job) {
+  const store::TrailRow head = job.Head();
+  return {job.File(), std::to_string(head.number), store::HexText(head.digest)};
+}
+
+ExitStatus RunJudge(JudgeOptions& options, const Command& command) {
+  const std::unique_ptr<JobRun> job = OpenJobOf(options, command);
   Comparison comparison(options.comparison, options.judging.viewing);
-  const JudgeSettings settings = SettingsOf(options.judging);
+  const JudgeSettings settings = job ? job->Settings() : SettingsOf(options.judging);
   OutputStream output;
   const auto results = options.summary ? nullptr
                                        : MakeJudgeOutput(options.format, output, settings,
@@ -153,15 +183,18 @@ ExitStatus RunJudge(JudgeOptions& options) {
                              }
                              selection.Add(comparison.Trials(), judged);
                              if (report) report->Add(judged, standard, judge);
+                             if (job) job->Add(judged, standard, judge, comparison.Trials());
                            });
   constexpr std::size_t kChunk = 128;
   pipeline.Run(options.threads.Count(), kChunk);
+  if (job) job->Commit();
   selection.Finish();
+  if (report && job) report->SetJob(ForReport(*job));
   if (report) report->Finish(summaries);
   results ? results->Finish(summaries) : WriteSummaries(options.format, output, settings, summaries);
   output.Finish();
   comparison.WarnAboutInput();
-  WarnAboutLimits(options.judging, settings);
+  if (!job) WarnAboutLimits(options.judging, settings);
   options.judging.system.WarnAboutAngle(comparison.Trials().HasGeometries());
   const bool allPass = std::ranges::all_of(
       summaries, [](const JudgeSummary& summary) { return summary.verdicts[kPass] == summary.Samples(); });
@@ -169,7 +202,7 @@ ExitStatus RunJudge(JudgeOptions& options) {
 }
 
 void AddOptions(Command& command, JudgeOptions& options) {
-  AddComparisonOptions(command, options.comparison, Content::kCurvesOrColors);
+  AddComparisonOptions(command, options.comparison, Content::kCurvesOrColors, false);
   AddJudgingOptions(command, options.judging, "D65,A,CWF");
   command.AddFlag("--summary", options.summary, "Write only the summary for each illuminant");
   command.AddOption("--only", options.only, "Write only the trials whose worst verdict is one of these")
@@ -179,6 +212,7 @@ void AddOptions(Command& command, JudgeOptions& options) {
   command.AddFlag("--strict", options.strict, "Exit with status 1 if any trial does not pass");
   command.AddFlag("--verdict-numbers", options.verdictNumbers,
                   "Write verdicts in csv as 0 (fail), 1 (warning) or 2 (pass)");
+  AddJobRunOptions(command, options.job);
   AddThreadsOption(command, options.threads);
   AddFormatOption(command, options.format);
   AddReportOptions(command, options.report);
@@ -201,8 +235,10 @@ void AddJudge(Command& tool) {
       "  vrx judge std.csv batch.csv --tolerance 1 --limits dL=0.8,db=-0.3:0.6\n"
       "  vrx judge std.csv batch.csv --tolerance 1,1,0.6,0.6,0.6,0.6,1.2 --format json\n"
       "  cat batch.csv | vrx judge std.csv - --tolerances limits.csv --format csv\n"
-      "  vrx judge std.csv batch.csv --ellipse --tolerance 0.8   # the CMC ellipsoid with cf = 0.8\n");
-  command.SetAction([options] { return RunJudge(*options); });
+      "  vrx judge std.csv batch.csv --ellipse --tolerance 0.8   # the CMC ellipsoid with cf = 0.8\n"
+      "  vrx judge --job plant.vrxjob lot.csv --standard-id P01  # a standard of the job, which keeps the "
+      "trials\n");
+  command.SetAction([options, command] { return RunJudge(*options, command); });
 }
 
 }  // namespace vrx::tool

@@ -19,7 +19,9 @@
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/input/threads_option.h"
-#include "tools/vrx/judging/judge.h"
+#include "tools/vrx/job/job_options.h"
+#include "tools/vrx/job/job_reader.h"
+#include "tools/vrx/judging/standard_library.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {
@@ -32,82 +34,9 @@ struct NearestOptions {
   ViewingOptions viewing;
   SystemOptions system;
   CurveInputOptions input;
+  JobOptions job;
   ThreadsOption threads;
   Format format = Format::kTable;
-};
-
-// The conditions that colours are computed for.
-struct SearchConditions {
-  CDifferenceSettings difference;
-  std::vector<vrxIlluminant> illuminants;
-  int32_t observer = kObserver10;
-};
-
-// Colours under every illuminant, and their names.
-class NamedColors {
- public:
-  /// `conditions` must outlive it.
-  explicit NamedColors(const SearchConditions& conditions)
-      : conditions_(conditions), colors_{std::vector<ColorTable::Under>(conditions.illuminants.size())} {}
-
-  void Add(const CurveRow& row) {
-    constexpr std::size_t kTogether = 512;
-    names_.emplace_back(row.id);
-    geometries_.push_back(row.geometry);
-    waiting_.Add(row);
-    if (++waitingCount_ == kTogether) Compute();
-  }
-  /// Computes the colours of the rows that were added.
-  void Compute() {
-    if (waitingCount_ == 0) return;
-    const ColorTable added = ColorsOf(waiting_.View(), conditions_.difference.system, conditions_.illuminants,
-                                      conditions_.observer);
-    for (std::size_t j = 0; j < colors_.under.size(); ++j) {
-      Append(added.under[j].xyz, colors_.under[j].xyz);
-      Append(added.under[j].lab, colors_.under[j].lab);
-    }
-    waiting_.Clear();
-    waitingCount_ = 0;
-  }
-  void Clear() {
-    names_.clear();
-    geometries_.clear();
-    for (ColorTable::Under& under : colors_.under) under.xyz.clear(), under.lab.clear();
-  }
-
-  std::size_t Size() const { return names_.size(); }
-  const std::string& Name(std::size_t i) const { return names_[i]; }
-  int32_t Geometry(std::size_t i) const { return geometries_[i]; }
-  const std::vector<int32_t>& Geometries() const { return geometries_; }
-  Color At(std::size_t illuminant, std::size_t i) const { return colors_.At(illuminant, i); }
-  /// The colours of rows alone, in their order.
-  ColorTable Of(const std::vector<std::size_t>& rows) const {
-    ColorTable some{std::vector<ColorTable::Under>(colors_.under.size())};
-    for (std::size_t j = 0; j < colors_.under.size(); ++j) {
-      const ColorTable::Under& all = colors_.under[j];
-      for (const std::size_t row : rows) {
-        const auto at = static_cast<std::ptrdiff_t>(row);
-        some.under[j].xyz.insert(some.under[j].xyz.end(), all.xyz.begin() + 3 * at,
-                                 all.xyz.begin() + 3 * at + 3);
-        some.under[j].lab.insert(some.under[j].lab.end(), all.lab.begin() + 5 * at,
-                                 all.lab.begin() + 5 * at + 5);
-      }
-    }
-    return some;
-  }
-  std::vector<ColorBatch> Batches() const { return colors_.Batches(); }
-
- private:
-  static void Append(const std::vector<double>& numbers, std::vector<double>& to) {
-    to.insert(to.end(), numbers.begin(), numbers.end());
-  }
-
-  const SearchConditions& conditions_;
-  std::vector<std::string> names_;
-  std::vector<int32_t> geometries_;
-  ColorTable colors_;
-  SampleBuffer waiting_;
-  std::size_t waitingCount_ = 0;
 };
 
 // The conditions that a run searches by.
@@ -125,49 +54,6 @@ struct Search : SearchConditions {
 
   /// The angle at which a sample was measured.
   double AngleOf(int32_t geometry) const { return options.system.AngleOf(geometry); }
-};
-
-// The standards among which samples of one geometry look: those of the same and those without one. A sample whose file says
-// nothing looks among all.
-class Libraries {
- public:
-  explicit Libraries(const NamedColors& standards) : standards_(standards) {}
-
-  struct Library {
-    std::vector<std::size_t> rows;  // of the standards; empty for all of them
-    ColorTable colors;
-    std::vector<ColorBatch> batches;
-
-    std::size_t RowOf(std::size_t place) const { return rows.empty() ? place : rows[place]; }
-    bool IsEmpty() const { return batches.empty(); }
-  };
-
-  const Library& For(int32_t geometry) {
-    const auto [entry, isNew] = libraries_.try_emplace(geometry);
-    if (isNew) Fill(geometry, entry->second);
-    return entry->second;
-  }
-
- private:
-  void Fill(int32_t geometry, Library& library) const {
-    const std::vector<int32_t>& geometries = standards_.Geometries();
-    const auto fits = [geometry](int32_t other) {
-      return geometry == kNoGeometry || other == kNoGeometry || other == geometry;
-    };
-    if (std::ranges::all_of(geometries, fits)) {
-      library.batches = standards_.Batches();
-      return;
-    }
-    for (std::size_t i = 0; i < geometries.size(); ++i) {
-      if (fits(geometries[i])) library.rows.push_back(i);
-    }
-    if (library.rows.empty()) return;
-    library.colors = standards_.Of(library.rows);
-    library.batches = library.colors.Batches();
-  }
-
-  const NamedColors& standards_;
-  std::map<int32_t, Library> libraries_;
 };
 
 void ReadStandards(CurveReader reader, Search& search) {
@@ -245,12 +131,24 @@ std::vector<NearestMatch> FindAll(const Search& search, const NamedColors& sampl
   return all;
 }
 
+// The job whose standards are searched; null where a file names them.
+std::unique_ptr<store::Store> OpenJobOf(const NearestOptions& options) {
+  const bool isNamed = !options.job.file.empty();
+  if (!options.standards.empty() && isNamed)
+    throw InputError("--job: the standards come from the job; name the file of the samples alone");
+  if (!options.standards.empty()) return nullptr;
+  if (options.job.File().empty()) throw InputError("STANDARDS is required");
+  return OpenJob(options.job);
+}
+
 void RunSearch(NearestOptions& options) {
   constexpr std::size_t kChunk = 256;
   if (options.samples == "-" && options.standards == "-") {
     throw InputError("samples and standards cannot both come from standard input");
   }
-  CurveReader standards = OpenCurves(options.standards, options.input, Content::kCurvesOrColors);
+  const auto job = OpenJobOf(options);
+  CurveReader standards = job ? CurveReader(tool::ReadStandards(*job, options.job.File()))
+                              : OpenCurves(options.standards, options.input, Content::kCurvesOrColors);
   CurveReader reader = OpenCurves(options.samples, options.input, Content::kCurvesOrColors);
   options.viewing.Follow({&standards, &reader});
   Search search(options);
@@ -291,8 +189,7 @@ void AddSearch(Command& tool) {
       .ReadsFile()
       .Required();
   command.AddOption("STANDARDS", options->standards, "Curves or colours of the standards, up to 4 million")
-      .ReadsFile()
-      .Required();
+      .ReadsFile();
   command.AddOption("--count", options->count, "Number of standards to find for each sample")
       .Shows("1 to 1000 [10]")
       .Check([](const std::string& text) {
@@ -306,6 +203,7 @@ void AddSearch(Command& tool) {
   AddSystemOptions(command, options->system, "cie2000");
   AddViewingOptions(command, options->viewing, "D65,A,CWF");
   AddCurveInputOptions(command, options->input);
+  AddJobOptions(command, options->job);
   AddThreadsOption(command, options->threads);
   AddFormatOption(command, options->format);
   command.SetNotes(
@@ -318,7 +216,8 @@ void AddSearch(Command& tool) {
       "  vrx search batch.csv master.csv                      # the ten nearest by CIEDE2000 under D65, A, "
       "CWF\n"
       "  vrx search batch.csv master.csv --count 1 --system cmc --format csv\n"
-      "  vrx search batch.csv master.csv --within 1 --illuminants D65\n");
+      "  vrx search batch.csv master.csv --within 1 --illuminants D65\n"
+      "  vrx search batch.csv --job plant.vrxjob              # among the standards of a job\n");
   command.SetAction([options] {
     RunSearch(*options);
     return kExitPass;

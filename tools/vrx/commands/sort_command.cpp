@@ -2,20 +2,27 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
+#include <vrxio/text/decimal.h>
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/tolerance/box_tolerance.h>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/judging/shade_groups.h"
+#include "tools/vrx/judging/standard_library.h"
 #include "tools/vrx/judging/standards.h"
 #include "tools/vrx/judging/verdict_texts.h"
 #include "tools/vrx/output/output.h"
@@ -28,6 +35,7 @@ struct SortOptions {
   std::string standard;
   std::string standardId;
   std::string blocks = "1,1,1";
+  double groups = 0;  ///< the largest difference within one; 0: blocks
   ViewingOptions viewing;
   SystemOptions system;
   CurveInputOptions input;
@@ -144,9 +152,132 @@ class Sorter {
   std::vector<SortedTrial> trials_;
 };
 
-void RunSort(SortOptions& options) {
+// Trials in groups of which any two differ by no more than a limit.
+class Grouper {
+ public:
+  explicit Grouper(const SortOptions& options)
+      : options_(options),
+        conditions_{options.system.Settings(), options.viewing.Illuminants(), options.viewing.Observer()},
+        colors_(conditions_) {}
+
+  void Read(CurveReader& trials) {
+    constexpr std::size_t kMost = 5000;
+    CurveRow trial;
+    while (trials.Next(trial)) {
+      if (colors_.Size() == kMost) trials.Source().FailRow("more than 5000 trials to put into groups");
+      colors_.Add(trial);
+      names_.emplace_back(trial.name);
+    }
+    colors_.Compute();
+    SortByColour();
+    groups_ = GroupsByCompleteLinkage(order_.size(), options_.groups, [this](std::size_t a, std::size_t b) {
+      return Difference(order_[a], order_[b]);
+    });
+  }
+
+  void Write(const Format& format, bool withName, bool withGeometry, OutputStream& output) {
+    std::vector<Column> columns{{"group"}, {"trial"}};
+    if (withName) columns.push_back({"name"});
+    if (withGeometry) columns.push_back({"geometry"});
+    columns.push_back({.name = "farthest"});
+    const auto rows = MakeRowWriter(format, output, std::move(columns));
+    const std::vector<std::vector<std::size_t>> groups = BySize();
+    for (std::size_t g = 0; g < groups.size(); ++g) {
+      for (const std::size_t trial : groups[g]) {
+        rows->Integer(static_cast<int64_t>(g + 1));
+        rows->Text(colors_.Name(trial));
+        if (withName) rows->Text(names_[trial]);
+        if (withGeometry) rows->Text(GeometryName(colors_.Geometry(trial)));
+        rows->Known(FarthestOf(trial, groups[g]));
+        rows->EndRow();
+      }
+    }
+    rows->Finish();
+    TellWorst(groups.size());
+  }
+
+ private:
+  // By L*, a*, b* and id: the groups do not depend on the order of rows.
+  void SortByColour() {
+    order_.resize(colors_.Size());
+    for (std::size_t i = 0; i < order_.size(); ++i) order_[i] = i;
+    std::ranges::stable_sort(order_, [this](std::size_t a, std::size_t b) {
+      const Lab &x = colors_.At(0, a).lab, &y = colors_.At(0, b).lab;
+      return std::tie(x.L, x.a, x.b, colors_.Name(a)) < std::tie(y.L, y.a, y.b, colors_.Name(b));
+    });
+  }
+
+  // The larger one of both directions, for systems that are not the same from either side.
+  double Difference(std::size_t a, std::size_t b) const {
+    if (colors_.Geometry(a) != colors_.Geometry(b)) return HUGE_VAL;
+    const double angle = options_.system.AngleOf(colors_.Geometry(a));
+    const Color x = colors_.At(0, a), y = colors_.At(0, b);
+    return std::max(ComputeDifference(conditions_.difference, x, y, angle).dE,
+                    ComputeDifference(conditions_.difference, y, x, angle).dE);
+  }
+
+  double FarthestOf(std::size_t trial, const std::vector<std::size_t>& group) {
+    double farthest = 0;
+    for (const std::size_t other : group) {
+      const double difference = other == trial ? 0 : Difference(trial, other);
+      if (difference > farthest) farthest = difference;
+      if (difference > worst_) {
+        worst_ = difference;
+        pair_ = {std::min(trial, other), std::max(trial, other)};
+      }
+    }
+    return farthest;
+  }
+
+  // The largest group first, of equal ones that of the darkest trial.
+  std::vector<std::vector<std::size_t>> BySize() const {
+    std::vector<std::vector<std::size_t>> groups;
+    for (std::size_t k = 0; k < order_.size(); ++k) {
+      if (groups_[k] >= groups.size()) groups.resize(groups_[k] + 1);
+      groups[groups_[k]].push_back(order_[k]);
+    }
+    std::ranges::stable_sort(groups, std::greater<>(), &std::vector<std::size_t>::size);
+    return groups;
+  }
+
+  void TellWorst(std::size_t groups) const {
+    std::string text = options_.trials + ": " + std::to_string(groups) +
+                       (groups == 1 ? " group" : " groups") + " of " + std::to_string(order_.size()) +
+                       " trials";
+    if (worst_ > 0) {
+      text += "; the worst pair within one is " + colors_.Name(pair_[0]) + " and " + colors_.Name(pair_[1]) +
+              ", which differ by " + FixedDecimals(worst_, 2);
+    }
+    PrintMessage(text);
+  }
+
+  const SortOptions& options_;
+  SearchConditions conditions_;
+  NamedColors colors_;
+  std::vector<std::string> names_;
+  std::vector<std::size_t> order_;   // of the trials, by colour
+  std::vector<std::size_t> groups_;  // by place in that order
+  double worst_ = 0;
+  std::array<std::size_t, 2> pair_{};
+};
+
+void RunGroups(SortOptions& options) {
+  if (!(options.groups > 0)) throw InputError("--groups: must be above 0");
+  CurveReader trials = OpenCurves(options.trials, options.input, Content::kCurvesOrColors);
+  options.viewing.Follow({&trials});
+  Grouper grouper(options);
+  grouper.Read(trials);
+  OutputStream output;
+  grouper.Write(options.format, trials.HasIdsAndNames(), trials.HasGeometries(), output);
+  output.Finish();
+  WarnAboutInput(trials);
+  options.system.WarnAboutAngle(trials.HasGeometries());
+}
+
+void RunSort(SortOptions& options, const Command& command) {
   if (options.viewing.Illuminants().size() != 1)
     throw InputError("--illuminants: this command takes exactly one");
+  if (command.IsGiven("--groups")) return RunGroups(options);
   const bool oneFile = options.standard.empty();
   if (options.trials == "-" && (oneFile || options.standard == "-")) {
     throw InputError("the standard and the trials cannot both come from standard input: name a file");
@@ -190,15 +321,21 @@ void AddSort(Command& tool) {
   command.AddOption("TRIALS", options->trials, "Curves or colours of the trials (- for standard input)")
       .ReadsFile()
       .Required();
-  command.AddOption("--standard", options->standard, "File with the curve or colour of the standard")
-      .ReadsFile()
-      .Shows("FILE [TRIALS]");
-  command.AddOption("--standard-id", options->standardId, "Id of the row to use as the standard")
-      .Shows("ID [first row]");
+  Option standard =
+      command.AddOption("--standard", options->standard, "File with the curve or colour of the standard");
+  standard.ReadsFile().Shows("FILE [TRIALS]");
+  Option id = command.AddOption("--standard-id", options->standardId, "Id of the row to use as the standard");
+  id.Shows("ID [first row]");
+  Option blocks = command.AddOption("--blocks", options->blocks,
+                                    "Size of a block: one number, or one for each of the three components");
+  blocks.Shows("SIZES [1,1,1]");
   command
-      .AddOption("--blocks", options->blocks,
-                 "Size of a block: one number, or one for each of the three components")
-      .Shows("SIZES [1,1,1]");
+      .AddOption("--groups", options->groups,
+                 "Put trials into groups instead, of which any two differ by no more than this")
+      .Shows("DIFFERENCE")
+      .Excludes(standard)
+      .Excludes(id)
+      .Excludes(blocks);
   AddSystemOptions(command, options->system, "lab");
   AddViewingOptions(command, options->viewing, "D65");
   AddCurveInputOptions(command, options->input);
@@ -210,9 +347,10 @@ void AddSort(Command& tool) {
       "block are listed together; a trial on an edge belongs to the block above it.\n\n"
       "Examples:\n"
       "  vrx sort examples/chart_ohta.csv --standard-id P19 --blocks 10\n"
-      "  vrx sort batch.csv --standard master.csv --system cmc --blocks 0.5,0.5,0.4 --format csv\n");
-  command.SetAction([options] {
-    RunSort(*options);
+      "  vrx sort batch.csv --standard master.csv --system cmc --blocks 0.5,0.5,0.4 --format csv\n"
+      "  vrx sort batch.csv --groups 5 --system cie2000         # any two of a group differ by 5 at most\n");
+  command.SetAction([options, command] {
+    RunSort(*options, command);
     return kExitPass;
   });
 }

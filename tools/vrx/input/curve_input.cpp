@@ -39,6 +39,10 @@ void AddReadOptions(Command& owner, CurveInputOptions& options) {
       .Shows("FIRST-LAST/STEP");
   command.AddChoice("--wavelengths-in", options.read.orientation, {"auto", "columns", "rows"},
                     "Where a table has its wavelengths");
+  command
+      .AddOption("--profile", options.profile,
+                 "Take the options of this profile (vrx job add-profile) that are not given")
+      .Shows("NAME");
 }
 
 void AddCurveInputOptions(Command& owner, CurveInputOptions& options) {

@@ -22,14 +22,15 @@ struct CurveInputOptions {
   std::string bandpass;
   std::string ignoredColumns;
   std::string columns;
-  ReadOptions read;  ///< without what the members above say
+  std::string profile;  ///< whose options were filled in before
+  ReadOptions read;     ///< without what the members above say
 
   /// All of them as a reader takes them. Throws InputError for those that contradict each other.
   ReadOptions Reading() const;
 };
 
 /// Adds the options that say how a file is read: `--input-format`, `--fraction`, `--percent`, `--force`, `--lenient`,
-/// `--id-column`, `--ignore-columns`, `--latin1`, `--columns`, `--wavelengths` and `--wavelengths-in`.
+/// `--id-column`, `--ignore-columns`, `--latin1`, `--columns`, `--wavelengths`, `--wavelengths-in` and `--profile`.
 void AddReadOptions(Command& owner, CurveInputOptions& options);
 /// Adds those and `--bandpass` and `--verbose`.
 void AddCurveInputOptions(Command& owner, CurveInputOptions& options);

@@ -18,24 +18,30 @@ CurveReader OpenTrials(const ComparisonOptions& options) {
 
 std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, ViewingOptions& viewing,
                                          CurveReader& trials) {
-  CurveReader reader = OpenCurves(options.standard, options.input, options.content);
+  CurveReader reader = options.openStandards ? options.openStandards()
+                                             : OpenCurves(options.standard, options.input, options.content);
   viewing.Follow({&reader, &trials});
   if (trials.HasStandards() && !options.standardId.empty()) {
     throw InputError("--standard-id: the trials already name their standards in a column");
   }
-  return options.pairs || trials.HasStandards() ? PairedStandards(std::move(reader))
-                                                : OneStandard(std::move(reader), options.standardId, &trials);
+  if (options.pairs || trials.HasStandards()) return PairedStandards(std::move(reader));
+  if (options.chooseStandards && options.standardId.empty())
+    return options.chooseStandards(std::move(reader));
+  return OneStandard(std::move(reader), options.standardId, &trials);
 }
 
 }  // namespace
 
-void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content) {
+void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content, bool areRequired) {
   options.content = content;
   const std::string what = content == Content::kCurves ? "Curves of the " : "Curves or colours of the ";
-  command.AddOption("STANDARD", options.standard, what + "standard or standards (- for standard input)")
-      .ReadsFile()
-      .Required();
-  command.AddOption("TRIALS", options.trials, what + "trials (- for standard input)").ReadsFile().Required();
+  Option standard =
+      command.AddOption("STANDARD", options.standard, what + "standard or standards (- for standard input)");
+  Option trials = command.AddOption("TRIALS", options.trials, what + "trials (- for standard input)");
+  for (Option file : {standard, trials}) {
+    file.ReadsFile();
+    if (areRequired) file.Required();
+  }
   AddStandardOptions(command, options);
 }
 

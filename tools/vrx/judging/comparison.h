@@ -4,6 +4,7 @@
 #define TOOLS_VRX_JUDGING_COMPARISON_H_
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,13 +29,18 @@ struct ComparisonOptions {
   std::string standardId;
   bool pairs = false;
   bool average = false;
+  /// Where standards come from, when it is no file, and which of them is a trial's where neither the trials nor the options above
+  /// say so.
+  std::function<CurveReader()> openStandards = nullptr;
+  std::function<std::unique_ptr<Standards>(CurveReader standards)> chooseStandards = nullptr;
   Content content = Content::kCurves;
   CurveInputOptions input;
 };
 
 /// Adds STANDARD, TRIALS, `--standard-id`, `--pairs`, `--average` and the options of curve files. `content`: what the
-/// command can make use of.
-void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content);
+/// command can make use of; `areRequired`: the files are.
+void AddComparisonOptions(Command& command, ComparisonOptions& options, Content content,
+                          bool areRequired = true);
 
 /// Adds the same without the files.
 void AddStandardOptions(Command& owner, ComparisonOptions& options);
@@ -50,6 +56,8 @@ class Comparison {
 
   /// The next trial, or the mean of the next readings with `--average`; false after the last one. One thread at a time.
   bool NextTrial(CurveRow& trial);
+  /// The readings of which the trial that was read last is the mean; null where it is none.
+  const Readings* LastReadings() const { return nextReadings_ > 0 ? &readings_[nextReadings_ - 1] : nullptr; }
   /// The standard of the trial that was read last.
   const Standard& StandardOf(const CurveRow& trial) { return standards_->Of(trial); }
   /// A progress bar over the file of the trials: begins, shows how far it was read, and ends.

@@ -7,16 +7,13 @@
 #include "tools/vrx/input/conditions.h"
 
 namespace vrx::tool {
-namespace {
 
-// The angle at which a standard was measured: its own, that of its geometry, else `usual`.
-double AngleOf(const Standard& standard, double usual) {
+// Its own, that of its geometry, else the usual one.
+double Judge::AngleOf(const Standard& standard) const {
   if (standard.angle) return *standard.angle;
   const auto code = static_cast<uint8_t>(std::max(standard.geometry, 0));
-  return FamilyOfAngle(code) == AngleFamily::kOther ? AngleOfCode(code) : usual;
+  return FamilyOfAngle(code) == AngleFamily::kOther ? AngleOfCode(code) : settings_.angle;
 }
-
-}  // namespace
 
 void SampleBuffer::Add(const Sample& sample) {
   if (numbers_.empty()) kind_ = sample.kind;
@@ -35,7 +32,7 @@ Samples SampleBuffer::View() {
   return LabSamples{{&colors_, 1}};
 }
 
-JudgeLimits Judge::LimitsOf(const Standard& standard, vrxIlluminant illuminant) const {
+JudgeLimits Judge::GivenLimits(const Standard& standard, vrxIlluminant illuminant) const {
   if (!settings_.ByEllipse()) {
     const CBoxTolData* box = settings_.boxes.Find(standard.id, standard.geometry, illuminant);
     return box != nullptr ? *box : settings_.box;
@@ -49,17 +46,17 @@ JudgeLimits Judge::LimitsOf(const Standard& standard, vrxIlluminant illuminant) 
 
 void Judge::RequireLimits(const Standard& standard) const {
   if (settings_.ellipses.IsEmpty()) return;
-  for (const vrxIlluminant illuminant : settings_.illuminants) LimitsOf(standard, illuminant);
+  for (const vrxIlluminant illuminant : settings_.illuminants) GivenLimits(standard, illuminant);
 }
 
 std::vector<JudgeLimits> Judge::AllLimits(std::span<const Standard> standards) const {
   if (settings_.boxes.IsEmpty() && settings_.ellipses.IsEmpty()) {
-    return {LimitsOf(standards.front(), settings_.illuminants.front())};
+    return {GivenLimits(standards.front(), settings_.illuminants.front())};
   }
   std::vector<JudgeLimits> limits;
   for (const Standard& standard : standards) {
     for (const vrxIlluminant illuminant : settings_.illuminants) {
-      limits.push_back(LimitsOf(standard, illuminant));
+      limits.push_back(GivenLimits(standard, illuminant));
     }
   }
   return limits;
@@ -73,7 +70,7 @@ void Judge::SetStandards(std::span<const Standard> standards) {
   std::vector<double> angles;
   for (const Standard& standard : standards) {
     samples_.Add(standard.sample);
-    angles.push_back(AngleOf(standard, settings_.angle));
+    angles.push_back(AngleOf(standard));
   }
   standards_.emplace(settings_, samples_.View(), AllLimits(standards), std::move(angles));
   stamp_ = stamp;

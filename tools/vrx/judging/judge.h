@@ -75,6 +75,10 @@ class Judge {
 
   /// Throws InputError where no limits are for a standard.
   void RequireLimits(const Standard& standard) const;
+  /// The limits of a standard under an illuminant, as the settings give them.
+  JudgeLimits GivenLimits(const Standard& standard, vrxIlluminant illuminant) const;
+  /// The aspecular angle at which its trials are judged, in degrees.
+  double AngleOf(const Standard& standard) const;
 
   /// Judges trials under every illuminant of the settings, each against the standard at its index; without indices against
   /// the standard of its own place, or the only one.
@@ -93,7 +97,6 @@ class Judge {
 
  private:
   void SetStandards(std::span<const Standard> standards);
-  JudgeLimits LimitsOf(const Standard& standard, vrxIlluminant illuminant) const;
   std::vector<JudgeLimits> AllLimits(std::span<const Standard> standards) const;
 
   const JudgeSettings& settings_;

@@ -217,13 +217,8 @@ void SetLimits(const LimitOptions& options, JudgeSettings& settings) {
   settings.rule = RuleOf(options.verdict);
 }
 
-JudgeSettings SettingsOf(const JudgingOptions& options) {
-  JudgeSettings settings;
-  settings.illuminants = options.viewing.Illuminants();
-  settings.observer = options.viewing.Observer();
-  settings.difference = options.system.Settings();
-  settings.angle = options.system.Angle();
-  settings.grade = GradeOf(options);
+void AddLimits(const JudgingOptions& options, JudgeSettings& settings) {
+  if (!options.grade.empty() || !options.leastGrade.empty()) settings.grade = GradeOf(options);
   SetLimits(options, settings);
   if (!options.tolerances.empty()) {
     CsvReader csv(options.tolerances);
@@ -232,6 +227,15 @@ JudgeSettings SettingsOf(const JudgingOptions& options) {
   if (options.ellipse) BuildEllipses(options, settings);
   if (!options.ellipses.empty()) LoadEllipses(options, settings);
   RequireLimitsOfComponents(settings);
+}
+
+JudgeSettings SettingsOf(const JudgingOptions& options) {
+  JudgeSettings settings;
+  settings.illuminants = options.viewing.Illuminants();
+  settings.observer = options.viewing.Observer();
+  settings.difference = options.system.Settings();
+  settings.angle = options.system.Angle();
+  AddLimits(options, settings);
   return settings;
 }
 

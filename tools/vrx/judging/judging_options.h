@@ -46,6 +46,10 @@ void AddToleranceOptions(Command& owner, LimitOptions& options, const std::strin
 /// components without limits.
 void SetLimits(const LimitOptions& options, JudgeSettings& settings);
 
+/// Gives the settings, whose conditions are set, the limits of the options and of their files. Throws InputError when they cannot be
+/// used.
+void AddLimits(const JudgingOptions& options, JudgeSettings& settings);
+
 /// The settings that the options stand for, with the limits from files. Throws InputError when they cannot be used.
 JudgeSettings SettingsOf(const JudgingOptions& options);
 

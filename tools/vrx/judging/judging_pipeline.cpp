@@ -60,6 +60,7 @@ bool JudgingPipeline::Read(Chunk& chunk) {
         atEnd_ = true;
         break;
       }
+      next.readings = comparison_.LastReadings();
       KeepTexts(next);
       const Standard& standard = comparison_.StandardOf(next.trial);
       if (chunk.standards == 0 || standard.stamp != stamp) {

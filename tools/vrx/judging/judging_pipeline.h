@@ -28,8 +28,9 @@ struct PipelineTrial {
   CurveRow trial;  ///< its id and name live in the judgement, its standard and date in the texts below
   TrialJudgement judgement;
   std::string standardName, date;
-  std::size_t standard = 0;  ///< index into the chunk's standards
-  std::string_view text;     ///< as JudgeTexts made it; empty where the output has none
+  const Readings* readings = nullptr;  ///< of which it is the mean, where it is one
+  std::size_t standard = 0;            ///< index into the chunk's standards
+  std::string_view text;               ///< as JudgeTexts made it; empty where the output has none
 };
 
 class JudgingPipeline {

@@ -205,10 +205,16 @@ void JudgeReport::AddConditions() {
   page_.BeginSection("conditions", Text(ReportText::kConditions));
   page_.AddWarnings(WarningsOf(comparison_.StandardRows(), comparison_.Trials()));
   page_.BeginFacts();
-  page_.AddFile(ReportText::kStandardsFile, files_.standards);
+  if (job_.file.empty()) {
+    page_.AddFile(ReportText::kStandardsFile, files_.standards);
+  } else {
+    page_.AddFact(ReportText::kJob, job_.file.substr(job_.file.find_last_of("/\\") + 1),
+                  TextOf(ReportText::kTrailRow, {job_.row, job_.digest}));
+  }
   AddMeasured(comparison_.StandardRows(), standardDates_);
   page_.AddFile(ReportText::kTrialsFile, files_.trials);
   AddMeasured(comparison_.Trials(), trialDates_);
+  if (!files_.profile.empty()) page_.AddFact(ReportText::kProfile, files_.profile);
   page_.AddFact(ReportText::kSystem, TitleOf(settings_.difference));
   if (!files_.limits.empty()) page_.AddFile(ReportText::kTolerance, files_.limits);
   const bool hasLimits = settings_.buildEllipses ||

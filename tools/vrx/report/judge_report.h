@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/vrx/judging/judge_summary.h"
@@ -19,7 +20,13 @@ namespace vrx::tool {
 /// The files of a run, as its options name them; empty where there is none.
 struct JudgeFiles {
   std::string standards, trials;
-  std::string limits;  ///< of boxes or ellipsoids
+  std::string limits;   ///< of boxes or ellipsoids
+  std::string profile;  ///< the name of the profile that the options came from
+};
+
+/// The job of a run, and the head of its trail: that row anchors everything that was stored before it.
+struct JudgeJob {
+  std::string file, row, digest;
 };
 
 /// Takes all judgements of a run and writes the report at the end.
@@ -36,6 +43,8 @@ class JudgeReport {
     standardDates_.Take(standard.date);
     trialDates_.Take(judged.trial.date);
   }
+  /// For a run whose standards are those of a job.
+  void SetJob(JudgeJob job) { job_ = std::move(job); }
   /// Throws InputError or OutputError when the report cannot be written.
   void Finish(const JudgeSummaries& summaries);
 
@@ -77,6 +86,7 @@ class JudgeReport {
 
   const JudgeSettings& settings_;
   JudgeFiles files_;
+  JudgeJob job_;
   const Comparison& comparison_;
   Dates standardDates_, trialDates_;
   JudgedTrials judged_;

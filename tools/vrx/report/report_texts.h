@@ -134,6 +134,12 @@ enum class ReportText : uint32_t {
   kGradeChange,
   kGradeStaining,
   kLeastGrade,
+  kJob,
+  kTrailRow,
+  kProfile,
+  kJobStored,
+  kJobFailed,
+  kJobLots,
 };
 
 /// The text as UTF-8.

@@ -1,0 +1,288 @@
+// vrx job and vrx judge --job as a laboratory uses them.
+
+#include <algorithm>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/testing/tool_process.h"
+
+namespace {
+
+class Job : public vrx::test::ToolProcess {
+ protected:
+  void SetUp() override {
+    folder_.Write("s.csv", Header() + Flat("grey", "40") + Flat("white", "80") + Flat("black", "5"));
+    folder_.Write("t.csv", Header() + Flat("t1", "40") + Flat("t2", "41.8") + Flat("t3", "44"));
+    folder_.Write("named.csv", Header("standard,id") + Flat("white,n1", "80.2") + Flat("grey,n2", "40.2"));
+    Good("job create j");
+  }
+
+  // Runs what must end well.
+  std::string Good(const std::string& arguments) {
+    const Result result = Run(arguments);
+    EXPECT_EQ(result.status, 0) << arguments << "\n" << result.err;
+    return result.out;
+  }
+  void AddStandards() {
+    Good("job add-standard s.csv --job j --system lab --tolerance 1.5 --illuminants D65,A");
+  }
+  std::vector<std::string> Column(const std::string& arguments, const std::string& name) {
+    std::istringstream lines(Good(arguments + " --format csv"));
+    std::vector<std::string> values;
+    std::size_t place = 0;
+    for (std::string line; std::getline(lines, line);) {
+      std::vector<std::string> fields;
+      std::istringstream parts(line + ",");
+      for (std::string field; std::getline(parts, field, ',');) fields.push_back(field);
+      const auto found = std::ranges::find(fields, name);
+      if (values.empty() && place == 0 && found != fields.end()) {
+        place = static_cast<std::size_t>(found - fields.begin()) + 1;
+      } else if (place > 0 && place <= fields.size()) {
+        values.push_back(fields[place - 1]);
+      }
+    }
+    return values;
+  }
+  std::string Fact(const std::string& property, const std::string& job = "j") {
+    std::istringstream lines(Good("job info --format csv --job " + job));
+    for (std::string line; std::getline(lines, line);) {
+      if (line.starts_with(property + ",")) return line.substr(property.size() + 1);
+    }
+    return "";
+  }
+  void ExpectVerified(const std::string& job = "j") {
+    const Result result = Run("job verify --format csv --job " + job);
+    EXPECT_EQ(result.status, 0) << result.out;
+    EXPECT_NE(result.out.find("\nfaults,0\n"), std::string::npos) << result.out;
+  }
+};
+
+// What comes from a job is what comes from a file.
+TEST_F(Job, JudgesAsWithoutOne) {
+  AddStandards();
+  const std::string kConditions = " --system lab --tolerance 1.5 --illuminants D65,A";
+  const std::pair<std::string, std::string> kRows[] = {
+      {"judge --job j t.csv --standard-id grey", "judge s.csv t.csv --standard-id grey" + kConditions},
+      {"judge --job j named.csv", "judge s.csv named.csv" + kConditions},
+      {"judge --job j s.csv --pairs", "judge s.csv s.csv --pairs" + kConditions},
+      {"judge --job j t.csv --nearest --again", "judge s.csv t.csv --standard-id grey" + kConditions},
+      {"judge --job j t.csv --standard-id grey --tolerance 0.5 --system cmc --again",
+       "judge s.csv t.csv --standard-id grey --tolerance 0.5 --system cmc --illuminants D65,A"},
+      {"judge --job j t.csv --standard-id white --average --warning 0.5",
+       "judge s.csv t.csv --standard-id white --average --warning 0.5" + kConditions},
+      {"search named.csv --job j", "search named.csv s.csv"},
+  };
+  for (const auto& [withJob, without] : kRows) {
+    std::string expected = Good(without + " --format json"), found = Good(withJob + " --format json");
+    EXPECT_EQ(found, expected) << withJob;
+  }
+  EXPECT_EQ(Fact("batches"), "6");
+  ExpectVerified();
+}
+
+TEST_F(Job, ABatchIsStoredOnce) {
+  AddStandards();
+  const std::string kJudge = "judge --job j t.csv --standard-id grey --format csv";
+  const std::string first = Good(kJudge);
+  const Result second = Run(kJudge);
+  EXPECT_EQ(second.out, first);
+  EXPECT_NE(second.err.find("has these trials already, as batch 1"), std::string::npos) << second.err;
+  EXPECT_EQ(Fact("trials"), "3");
+  Good(kJudge + " --again");
+  EXPECT_EQ(Fact("trials"), "6");
+  // A fault in the last row leaves nothing behind.
+  folder_.Write("broken.csv", folder_.Read("t.csv") + Flat("t4", "x"));
+  EXPECT_EQ(Run("judge --job j broken.csv --standard-id grey").status, 2);
+  EXPECT_EQ(Fact("trials"), "6");
+  ExpectVerified();
+}
+
+TEST_F(Job, WhatIsOpenIsAsked) {
+  folder_.Write("colours.csv", "id,L,a,b\nc,50,0,0\n");
+  ExpectRefused({
+      {"judge t.csv", "TRIALS is required"},
+      {"judge", "STANDARD is required"},
+      {"judge s.csv t.csv --nearest", "--nearest needs --job"},
+      {"judge --job none t.csv", "there is no such job"},
+      {"judge --job s.csv t.csv", "no job of vrx"},
+      {"judge --job j t.csv", "the job has no standards"},
+      {"job create j", "a file already"},
+      {"job info", "no job is named"},
+      {"job show grey --job j", "no standard \"grey\""},
+      {"job history --job j --geometry x", "is unknown"},
+      {"job trend --job j", "no trials of these"},
+      {"job accept t1 --job j", "no trial \"t1\""},
+      {"fit-tolerance", "ACCEPTED: name a file"},
+      {"search t.csv", "STANDARDS is required"},
+  });
+  AddStandards();
+  folder_.Write("other.csv", Header() + Flat("other", "30"));
+  folder_.Write("twice.csv", Header() + Flat("a", "30") + Flat("a", "31"));
+  Good("job add-standard other.csv --job j --system cie2000 --tolerance 1");
+  ExpectRefused({
+      {"judge --job j t.csv --standard-id none", "no standard \"none\""},
+      {"judge --job j t.csv", "are judged under different conditions"},
+      {"judge --job j t.csv --standard-id grey --system cmc", "are for lab"},
+      {"judge --job j s.csv t.csv", "name the file of the trials alone"},
+      {"judge --job j colours.csv --standard-id grey", "colours but no curves"},
+      {"job add-standard twice.csv --job j", "appears twice"},
+      {"fit-tolerance --job j", "name the standard"},
+  });
+  Good("judge --job j t.csv --standard-id grey");
+  Good("judge --job j t.csv --standard-id other --again");
+  ExpectRefused({{"judge --job j t.csv --system lab --illuminants D65 --tolerance 1", "do not name theirs"},
+                 {"job accept t1 --job j", "2 trials are called \"t1\"; name one by its number: #1"},
+                 {"job remove grey --job j", "has 3 trials"},
+                 {"job trend --job j --value dX", "is not one of"}});
+}
+
+TEST_F(Job, PeopleDecide) {
+  AddStandards();
+  Good("judge --job j t.csv --standard-id grey");
+  Good("job accept t3 --job j --by 'J. Doe' --why 'accepted although 3'");
+  Good("job reject '#1' --job j --by 'J. Doe'");
+  using Texts = std::vector<std::string>;
+  EXPECT_EQ(Column("job history --job j", "decision"),
+            (Texts{"rejected", "rejected", "", "", "accepted", "accepted"}));
+  EXPECT_EQ(Column("job history --job j --until 2000", "number"), Texts());
+  EXPECT_EQ(Column("job history white --job j", "number"), Texts());
+  // t1 is on the standard, t2 within 1.5, t3 beyond it.
+  EXPECT_EQ(Column("job history grey --job j", "verdict"),
+            (Texts{"pass", "pass", "warning", "warning", "fail", "fail"}));
+  EXPECT_EQ(Column("job statistics --job j", "accepted"), (Texts{"2", "2"}));
+  EXPECT_EQ(Column("job rejudge --job j --tolerance 0.5", "number"), Texts{"2"});
+  EXPECT_EQ(Column("job rejudge --job j --tolerance 5", "new"), (Texts{"pass", "pass"}));
+  EXPECT_EQ(Column("job trail --job j", "by"), (Texts{"", "", "", "", "", "J. Doe", "J. Doe"}));
+  Good("job rename grey other --job j --why 'new name'");
+  Good("job remove white --job j");
+  EXPECT_EQ(Column("job standards --job j", "standard"), (Texts{"other", "black"}));
+  ExpectVerified();
+}
+
+// Twenty trials that scatter a little, and one that does not belong there.
+TEST_F(Job, ATrendShowsWhatDoesNotBelong) {
+  AddStandards();
+  std::string rows = Header();
+  for (int i = 0; i < 20; ++i)
+    rows += Flat("t" + std::to_string(i), std::vector<std::string>{"40.1", "40.3", "40.2", "40.15",
+                                                                   "40.35"}[static_cast<std::size_t>(i % 5)]);
+  folder_.Write("lots.csv", rows + Flat("stray", "46"));
+  Good("judge --job j lots.csv --standard-id grey");
+  const std::vector<std::string> rules =
+      Column("job trend grey --job j --illuminant D65 --value dL", "rules");
+  ASSERT_EQ(rules.size(), 21U);
+  // It draws the centre away from all others.
+  EXPECT_EQ(std::ranges::count(rules, std::string()), 7);
+  EXPECT_EQ(std::ranges::count(rules, std::string("8-on-one-side")), 13);
+  EXPECT_EQ(rules.back(), "beyond-3-sigma");
+  const std::vector<std::string> values = Column("job trend grey --job j --illuminant D65", "value");
+  double sum = 0;
+  for (const std::string& value : values) sum += std::stod(value);
+  EXPECT_NEAR(std::stod(Column("job statistics grey --job j --illuminant D65", "mean").at(0)), sum / 21,
+              1e-12);
+}
+
+TEST_F(Job, WhatIsExportedMakesTheSameJob) {
+  folder_.Write("g.csv", Header("id,geometry,date") + Flat("m,15,2026-11-01", "30.1") +
+                             Flat("m,45,2026-11-02", "20.7"));
+  Good("job add-standard g.csv --job j");
+  for (const char* form : {"csv", "cgats", "json"}) {
+    const std::string copy = std::string("copy-") + form, file = copy + ".txt";
+    Good("job export " + file + " --to " + form + " --job j");
+    Good("job create " + copy);
+    Good("job add-standard " + file + " --job " + copy);
+    EXPECT_EQ(Good("job show m --job j --format csv"), Good("job show m --format csv --job " + copy)) << form;
+    EXPECT_EQ(Good("judge --job j g.csv --pairs --again --format csv"),
+              Good("judge g.csv --pairs --format csv --job " + copy))
+        << form;
+  }
+  Good("job backup saved --job j");
+  EXPECT_EQ(Fact("head of the trail"), Fact("head of the trail", "saved"));
+  Good("job export trials.csv --trials --job j");
+  EXPECT_NE(folder_.Read("trials.csv").find("standard"), std::string::npos);
+  ExpectVerified("saved");
+}
+
+TEST_F(Job, AcceptedTrialsMakeATolerance) {
+  std::string accepted = Header() + Flat("grey", "40"), trials = Header();
+  for (int i = 0; i < 12; ++i) {
+    std::string row = "a" + std::to_string(i);
+    for (int k = 0; k < 31; ++k) row += "," + std::to_string(40 + 0.1 * ((i * 7 + k * (i % 3 + 1)) % 9));
+    accepted += row + "\n";
+    trials += row + "\n";
+  }
+  folder_.Write("accepted.csv", accepted);
+  folder_.Write("trials.csv", trials + Flat("far", "70"));
+  AddStandards();
+  Good("judge --job j trials.csv --standard-id grey");
+  std::string fitted = Good("fit-tolerance --job j --standard-id grey --format csv");
+  EXPECT_EQ(fitted, Good("fit-tolerance accepted.csv --system lab --illuminants D65,A --format csv"));
+}
+
+TEST_F(Job, ProfilesFillInOptions) {
+  const std::string kAtHome = "version; export XDG_CONFIG_HOME=$PWD; " VRX_TOOL " ";
+  const std::string kByHand =
+      "judge s.csv t.csv --standard-id grey --system cie2000 --illuminants TL84,A --tolerance 0.7";
+  Good("--" + kAtHome +
+       "job add-profile ACME --system cie2000 --illuminants TL84,A --tolerance 0.7 --id-column id");
+  const std::string expected = Good(kByHand + " --format csv");
+  const auto printed = [&](const std::string& arguments) {
+    const std::string out = Good("--" + kAtHome + arguments);
+    return out.substr(out.find('\n') + 1);
+  };
+  EXPECT_EQ(printed("judge s.csv t.csv --standard-id grey --profile acme --format csv"), expected);
+  EXPECT_EQ(printed("judge s.csv t.csv --standard-id grey --profile=ACME --tolerance 0.1 --format csv"),
+            Good(kByHand.substr(0, kByHand.rfind(' ')) + " 0.1 --format csv"));
+  Good("job add-profile ACME --job j --by 'J. Doe' --system cmc");
+  AddStandards();
+  EXPECT_NE(Good("judge --job j t.csv --standard-id grey --profile ACME --tolerance 1").find("CMC"),
+            std::string::npos);
+  EXPECT_EQ(Column("job profiles --job j", "options").at(0), "--system cmc");
+  ExpectRefused({{"judge s.csv t.csv --profile ACM --job j", "there is no profile \"ACM\""},
+                 {"job add-profile X --job j", "at least one option"},
+                 {"job add-profile X --job j --system none", "none"}});
+}
+
+TEST_F(Job, AWatchedFolderIsTakenOnce) {
+  AddStandards();
+  std::filesystem::create_directory(folder_ / "in");
+  const std::string kWatch = "watch in --job j --standard-id grey --once --settle 0";
+  folder_.Write("in/a.csv", folder_.Read("t.csv"));
+  folder_.Write("in/b.csv", "id,x\n1,2\n");
+  folder_.Write("in/.part", "unfinished");
+  Good(kWatch);
+  EXPECT_EQ(Fact("trials"), "3");
+  EXPECT_EQ(folder_.Read("in/done/a.csv"), folder_.Read("t.csv"));
+  EXPECT_NE(folder_.Read("in/refused/b.csv.reason.txt").find("b.csv"), std::string::npos);
+  // Stored, but not moved before the process was killed; and the same name with other content.
+  folder_.Write("in/a.csv", folder_.Read("t.csv"));
+  Good(kWatch);
+  EXPECT_EQ(Fact("trials"), "3");
+  folder_.Write("in/a.csv", Header() + Flat("t9", "39"));
+  Good(kWatch);
+  EXPECT_EQ(Fact("trials"), "4");
+  EXPECT_NE(folder_.Read("in/done/a-3.csv"), "");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_ / "in"),
+                          std::filesystem::directory_iterator()),
+            3);
+  // A fault of the job leaves the files where they are.
+  folder_.Write("in/c.csv", folder_.Read("t.csv"));
+  EXPECT_EQ(Run("watch in --job none --once --settle 0").status, 2);
+  EXPECT_EQ(Run("watch none --job j --standard-id grey --once").status, 2);
+  EXPECT_NE(folder_.Read("in/c.csv"), "");
+  ExpectVerified();
+}
+
+TEST_F(Job, AReportShowsTheHeadOfTheTrail) {
+  AddStandards();
+  Good("judge --job j t.csv --standard-id grey --report r.html");
+  const std::string report = folder_.Read("r.html"), head = Fact("head of the trail");
+  ASSERT_EQ(head.size(), 64U);
+  EXPECT_NE(report.find("Trail, row 5: " + head), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,251 @@
+// vrx job page: the state of a job as static pages for a web server or a shared folder.
+
+#include <algorithm>
+#include <cmath>
+#include <deque>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <vrxstore/records/stored_form.h>
+#include <vrxmath/tolerance/ellipse_tolerance.h>
+
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/commands/job_commands.h"
+#include "tools/vrx/job/job_options.h"
+#include "tools/vrx/judging/verdict_texts.h"
+#include "tools/vrx/report/report_page.h"
+
+namespace vrx::tool {
+namespace {
+
+struct PageOptions {
+  JobOptions job;
+  std::string folder;
+};
+
+constexpr std::size_t kShownTrials = 200;  // of a standard, and of those that failed
+constexpr std::size_t kShownBatches = 100;
+
+// The last trials of a standard, and how many there were.
+struct StandardState {
+  std::deque<store::StoredTrial> last;
+  int64_t trials = 0, failed = 0, accepted = 0;
+};
+
+class JobPages {
+ public:
+  JobPages(const PageOptions& options, store::Store& job)
+      : options_(options), job_(job), info_(job.Info()), entries_(job.Standards()) {}
+
+  void Write() {
+    ReadTrials();
+    std::error_code code;
+    const std::filesystem::path folder(std::u8string(options_.folder.begin(), options_.folder.end()));
+    std::filesystem::create_directories(folder, code);
+    if (code) throw InputError(options_.folder + ": " + code.message());
+    for (std::size_t i = 0; i < entries_.size(); ++i) WriteStandard(i);
+    WriteIndex();
+  }
+
+ private:
+  void ReadTrials() {
+    const auto cursor = job_.Trials({});
+    for (store::StoredTrial trial; cursor->Next(trial);) {
+      StandardState& state = states_[trial.standard];
+      ++state.trials;
+      state.accepted += trial.IsAccepted();
+      if (trial.judgement.Worst() == kFail) {
+        ++state.failed;
+        failed_.push_back(trial);
+        if (failed_.size() > kShownTrials) failed_.pop_front();
+      }
+      state.last.push_back(std::move(trial));
+      if (state.last.size() > kShownTrials) state.last.pop_front();
+      trial = {};
+    }
+  }
+
+  static std::string FileOf(std::size_t i) { return "standard-" + std::to_string(i + 1) + ".html"; }
+
+  ReportOptions OptionsFor(const std::string& file, const std::string& title) const {
+    ReportOptions page;
+    page.file = options_.folder + "/" + file;
+    page.title = title;
+    return page;
+  }
+
+  void AddJobFacts(ReportPage& page) const {
+    page.BeginSection("conditions", Text(ReportText::kJob));
+    page.BeginFacts();
+    page.AddFact(ReportText::kJob, info_.name,
+                 TextOf(ReportText::kTrailRow,
+                        {std::to_string(info_.head.number), store::HexText(info_.head.digest)}));
+    page.AddOrigin();
+    page.EndFacts();
+    page.EndSection();
+  }
+
+  // Trials with their outcomes, the last ones first.
+  static ReportTable TableOf(const std::deque<store::StoredTrial>& trials, bool withStandard) {
+    using Kind = ReportColumn::Kind;
+    std::vector<ReportColumn> columns{{Text(ReportText::kJobStored)},
+                                      {Text(ReportText::kTrial), Kind::kName}};
+    if (withStandard) columns.push_back({Text(ReportText::kStandard), Kind::kChoice});
+    columns.push_back({Text(ReportText::kIlluminant), Kind::kChoice});
+    columns.push_back({"\u0394E", Kind::kNumber});
+    columns.push_back({Text(ReportText::kVerdicts), Kind::kVerdict});
+    columns.push_back({Text(ReportText::kReason)});
+    columns.push_back({Text(ReportText::kAccepted)});
+    ReportTable table(std::move(columns));
+    for (auto trial = trials.rbegin(); trial != trials.rend(); ++trial) {
+      for (std::size_t i = 0; i < trial->judgement.under.size(); ++i)
+        AddOutcome(table, *trial, i, withStandard);
+    }
+    return table;
+  }
+
+  static void AddOutcome(ReportTable& table, const store::StoredTrial& trial, std::size_t i,
+                         bool withStandard) {
+    const JudgementUnder& under = trial.judgement.under[i];
+    table.Text(trial.taken);
+    table.Text(trial.name);
+    if (withStandard) table.Text(trial.standard);
+    table.Text(CodeOf(trial.conditions.illuminants[i]));
+    table.Number(under.difference.back());
+    table.Put(under.verdict);
+    table.Text(ReasonText(under.breach, under.verdict, trial.conditions.difference.system));
+    table.Text(!trial.decision ? "" : trial.decision->isAccepted ? trial.decision->by : "-");
+    table.EndRow();
+  }
+
+  // Totals in the order of time, one strip for each illuminant of the last trial.
+  static Chart TrendOf(const std::deque<store::StoredTrial>& trials) {
+    TrendChart chart{Text(ReportText::kTrend), {}};
+    for (const vrxIlluminant illuminant : trials.back().conditions.illuminants) {
+      pictures::TrendData& strip = chart.strips.emplace_back();
+      strip.heading = ForPicture(CodeOf(illuminant));
+      strip.orderHeading = ForPicture(Text(ReportText::kOrderAxis));
+      pictures::TotalsSeries series{ForPicture(CodeOf(illuminant)), {}};
+      for (const store::StoredTrial& trial : trials) {
+        const auto& all = trial.conditions.illuminants;
+        const auto at = static_cast<std::size_t>(std::ranges::find(all, illuminant) - all.begin());
+        if (at < all.size()) series.totals.push_back(TotalOf(trial, at));
+      }
+      strip.series.push_back(std::move(series));
+    }
+    return MakeChart(chart);
+  }
+
+  static pictures::GradedTotal TotalOf(const store::StoredTrial& trial, std::size_t i) {
+    const JudgementUnder& under = trial.judgement.under[i];
+    pictures::GradedTotal total{under.difference.back(), kUnset, kUnset, under.total};
+    double limit = HUGE_VAL;
+    if (const auto* box = std::get_if<CBoxTolData>(&trial.limits[i])) limit = (*box)[CBoxTolData::kTotal];
+    if (const auto* ellipse = std::get_if<CEllipseData>(&trial.limits[i]))
+      limit = (*ellipse)[CEllipseData::kTotalLimit];
+    if (!std::isfinite(limit)) return total;
+    total.limit = limit;
+    total.warning = limit * trial.conditions.warningFactor;
+    return total;
+  }
+
+  void WriteStandard(std::size_t i) {
+    const store::StandardEntry& entry = entries_[i];
+    const ReportOptions options = OptionsFor(FileOf(i), entry.name);
+    ReportPage page(options, entry.name);
+    page.AddHtml("<p><a href=\"index.html\">" + Escaped(info_.name) + "</a></p>\n");
+    const StandardState& state = states_[entry.name];
+    page.BeginSection("results", Text(ReportText::kTrialsFile));
+    if (!state.last.empty()) {
+      page.AddChart(TrendOf(state.last));
+      page.AddTable(TableOf(state.last, false), Text(ReportText::kTrialsFile));
+    }
+    page.EndSection();
+    AddJobFacts(page);
+    page.Save();
+  }
+
+  std::string StandardsHtml() {
+    std::string html = "<div class=\"scroll\"><table>\n<thead><tr>";
+    for (const ReportText heading : {ReportText::kStandard, ReportText::kTrialsFile, ReportText::kAccepted,
+                                     ReportText::kFail, ReportText::kJobStored})
+      html += "<th scope=\"col\">" + Escaped(Text(heading)) + "</th>";
+    html += "</tr></thead>\n<tbody>\n";
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+      const StandardState& state = states_[entries_[i].name];
+      html += "<tr><td><a href=\"" + FileOf(i) + "\">" + Escaped(ShownText(entries_[i].name)) + "</a></td>";
+      for (const int64_t count : {state.trials, state.accepted, state.failed})
+        html += "<td class=\"number\">" + std::to_string(count) + "</td>";
+      html += "<td>" + (state.last.empty() ? "" : Escaped(state.last.back().taken)) + "</td></tr>\n";
+    }
+    return html + "</tbody></table></div>\n";
+  }
+
+  void WriteIndex() {
+    const ReportOptions options = OptionsFor("index.html", info_.name);
+    ReportPage page(options, info_.name);
+    AddJobFacts(page);
+    page.BeginSection("results", Text(ReportText::kStandardsFile));
+    page.AddHtml(StandardsHtml());
+    page.EndSection();
+    if (!failed_.empty()) {
+      page.BeginSection("failed", Text(ReportText::kJobFailed));
+      page.AddTable(TableOf(failed_, true), Text(ReportText::kJobFailed));
+      page.EndSection();
+    }
+    AddBatches(page);
+    page.Save();
+  }
+
+  void AddBatches(ReportPage& page) {
+    const std::vector<store::BatchEntry> batches = job_.Batches();
+    if (batches.empty()) return;
+    ReportTable table({{"#", ReportColumn::Kind::kNumber, 0},
+                       {Text(ReportText::kJobStored)},
+                       {Text(ReportText::kTrialsFile), ReportColumn::Kind::kNumber, 0},
+                       {Text(ReportText::kInputFile)}});
+    const std::size_t first = batches.size() > kShownBatches ? batches.size() - kShownBatches : 0;
+    for (std::size_t i = batches.size(); i-- > first;) {
+      table.Integer(batches[i].number);
+      table.Text(batches[i].taken);
+      table.Integer(batches[i].trials);
+      table.Text(batches[i].source);
+      table.EndRow();
+    }
+    page.BeginSection("lots", Text(ReportText::kJobLots));
+    page.AddTable(table, Text(ReportText::kJobLots));
+    page.EndSection();
+  }
+
+  const PageOptions& options_;
+  store::Store& job_;
+  store::JobInfo info_;
+  std::vector<store::StandardEntry> entries_;
+  std::map<std::string, StandardState> states_;
+  std::deque<store::StoredTrial> failed_;
+};
+
+}  // namespace
+
+void AddJobPage(Command& job) {
+  const auto options = std::make_shared<PageOptions>();
+  Command command = job.AddCommand("page", "Write the state of a job as pages for a browser");
+  command.AddOption("--output", options->folder, "Folder for the pages; index.html is the first")
+      .Shows("DIR")
+      .Required();
+  AddJobOptions(command, options->job);
+  command.SetNotes("Example:\n  vrx job page --output pages --job plant.vrxjob\n");
+  command.SetAction([options] {
+    const auto store = OpenJob(options->job);
+    JobPages(*options, *store).Write();
+    return kExitPass;
+  });
+}
+
+}  // namespace vrx::tool

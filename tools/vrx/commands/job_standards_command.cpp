@@ -1,0 +1,272 @@
+// vrx job add-standard, standards, show, remove, rename.
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <vrxio/csv/tolerance_table.h>
+#include <vrxstore/records/stored_form.h>
+
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/commands/job_commands.h"
+#include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/job/job_options.h"
+#include "tools/vrx/judging/judging_options.h"
+#include "tools/vrx/output/output.h"
+
+namespace vrx::tool {
+namespace {
+
+struct StandardOptions {
+  JobOptions job;
+  std::vector<std::string> files;
+  std::string name, newName;
+  bool withTrials = false;
+  CurveInputOptions input;
+  JudgingOptions judging;
+  Format format = Format::kTable;
+};
+
+// The standards of files by their names, in the order of the files.
+class StandardsOfFiles {
+ public:
+  void Read(const std::string& file, const CurveInputOptions& input) {
+    CurveReader curves = OpenCurves(file, input);
+    CurveRow row;
+    while (curves.Next(row)) Add(curves, row);
+    WarnAboutInput(curves);
+  }
+  std::vector<store::Standard>& All() { return standards_; }
+
+ private:
+  void Add(const CurveReader& curves, const CurveRow& row) {
+    const auto [place, isNew] = places_.try_emplace(std::string(row.id), standards_.size());
+    if (isNew) standards_.emplace_back().name = row.id;
+    store::Standard& standard = standards_[place->second];
+    if (std::ranges::find(standard.curves, row.geometry, &store::MeasuredCurve::geometry) !=
+        standard.curves.end()) {
+      curves.Source().FailRow("standard \"" + standard.name + "\" appears twice" +
+                              (curves.HasGeometries() ? " with this geometry" : "") +
+                              "; vrx average makes one of several readings");
+    }
+    store::MeasuredCurve& curve = standard.curves.emplace_back();
+    curve.geometry = row.geometry;
+    std::copy_n(row.curve.begin(), curve.samples.size(), curve.samples.begin());
+    const MeasuringConditions& conditions = curves.Measured().layout->conditions;
+    curve.date = row.date.empty() ? conditions.date : row.date;
+    curve.measuring = store::MeasuringText(conditions);
+  }
+
+  std::vector<store::Standard> standards_;
+  std::unordered_map<std::string, std::size_t> places_;
+};
+
+constexpr const char* kConditionOptions[] = {"--system",      "--parameters", "--angle",
+                                             "--illuminants", "--observer",   "--warning",
+                                             "--verdict",     "--grade",      "--least-grade"};
+constexpr const char* kLimitOptions[] = {"--tolerance", "--limits", "--tolerances", "--ellipse",
+                                         "--ellipses"};
+
+bool IsAnyGiven(const Command& command, std::span<const char* const> names) {
+  return std::ranges::any_of(names, [&](const char* name) { return command.IsGiven(name); });
+}
+
+template <class LIMITS>
+void AddRows(const LimitTable<LIMITS>& table, const std::string& name, store::Standard& standard) {
+  for (const auto& row : table.RowsOf(name))
+    standard.limits.push_back({row.geometry, row.illuminant, row.limits});
+}
+
+// Rows for all standards first: the most specific row counts, wherever it stands.
+void AddLimitsOf(const JudgeSettings& settings, store::Standard& standard) {
+  for (const std::string& name : {std::string(), standard.name}) {
+    AddRows(settings.boxes, name, standard);
+    AddRows(settings.ellipses, name, standard);
+  }
+  const bool hasGeneral = std::ranges::any_of(standard.limits, [](const store::StandardLimits& row) {
+    return row.geometry == kNoGeometry && row.illuminant == store::StandardLimits::kAllIlluminants;
+  });
+  if (hasGeneral || !settings.ellipses.IsEmpty()) return;
+  const JudgeLimits general =
+      settings.buildEllipses ? JudgeLimits(SystemEllipsoid()) : JudgeLimits(settings.box);
+  standard.limits.insert(standard.limits.begin(),
+                         {kNoGeometry, store::StandardLimits::kAllIlluminants, general});
+}
+
+void RunAdd(const StandardOptions& options, const Command& command) {
+  StandardsOfFiles files;
+  for (const std::string& file : options.files) files.Read(file, options.input);
+  const bool hasLimits = IsAnyGiven(command, kLimitOptions);
+  if (hasLimits || IsAnyGiven(command, kConditionOptions)) {
+    const JudgeSettings settings = SettingsOf(options.judging);
+    for (store::Standard& standard : files.All()) {
+      standard.conditions = settings;
+      if (hasLimits) AddLimitsOf(settings, standard);
+    }
+  }
+  const store::AddedStandards added = OpenJob(options.job)->AddStandards(files.All(), options.job.Author());
+  PrintMessage(options.job.File() + ": " + "standards: " + std::to_string(added.added) + " added, " +
+               std::to_string(added.changed) + " changed, " + std::to_string(added.unchanged) + " unchanged");
+}
+
+std::string GeometriesText(const std::vector<int32_t>& geometries) {
+  std::string text;
+  for (const int32_t geometry : geometries) {
+    if (geometry != kNoGeometry) text += (text.empty() ? "" : ",") + GeometryName(geometry);
+  }
+  return text;
+}
+
+std::string IlluminantsText(const JudgeConditions& conditions) {
+  std::string text;
+  for (const vrxIlluminant illuminant : conditions.illuminants)
+    text += (text.empty() ? "" : ",") + CodeOf(illuminant);
+  return text;
+}
+
+void RunList(const StandardOptions& options) {
+  const auto job = OpenJob(options.job);
+  OutputStream output;
+  const auto rows = MakeRowWriter(options.format, output,
+                                  {{"standard"},
+                                   {"version"},
+                                   {.name = "added", .room = Room::kSpare},
+                                   {.name = "geometries", .room = Room::kSpare},
+                                   {"system"},
+                                   {"illuminants"},
+                                   {"limits"},
+                                   {"trials"}});
+  for (const store::StandardEntry& entry : job->Standards()) {
+    rows->Text(entry.name);
+    rows->Integer(entry.version);
+    rows->Text(entry.added);
+    rows->Text(GeometriesText(entry.geometries));
+    rows->Text(entry.conditions ? ShortNameOf(entry.conditions->difference.system) : "");
+    rows->Text(entry.conditions ? IlluminantsText(*entry.conditions) : "");
+    rows->Text(entry.hasLimits ? "own" : "");
+    rows->Integer(entry.trials);
+    rows->EndRow();
+  }
+  rows->Finish();
+  output.Finish();
+}
+
+// Limits in the words of the options that give them.
+std::string LimitsText(const JudgeLimits& limits) {
+  std::string text;
+  const auto add = [&text](double number) { text += (text.empty() ? "" : ",") + ShortestText(number); };
+  if (const auto* box = std::get_if<CBoxTolData>(&limits)) {
+    const bool isTotal = std::all_of(box->begin(), box->begin() + CBoxTolData::kTotal,
+                                     [](double limit) { return std::isinf(limit); });
+    if (isTotal) return "total " + ShortestText((*box)[CBoxTolData::kTotal]);
+    for (const double number : *box) add(number);
+    return "box " + text;
+  }
+  if (const auto* ellipse = std::get_if<CEllipseData>(&limits)) {
+    for (const double number : *ellipse) add(number);
+    return "ellipsoid " + text;
+  }
+  return "the system's ellipsoid";
+}
+
+void RunShow(const StandardOptions& options) {
+  const auto job = OpenJob(options.job);
+  const std::optional<store::Standard> standard = job->FindStandard(options.name);
+  if (!standard) throw InputError(options.job.File() + ": there is no standard \"" + options.name + "\"");
+  OutputStream output;
+  const auto rows = MakeRowWriter(options.format, output, {{"property"}, {"value"}});
+  const auto add = [&rows](const std::string& property, const std::string& value) {
+    rows->Text(property);
+    rows->Text(value);
+    rows->EndRow();
+  };
+  add("standard", standard->name);
+  add("version", std::to_string(standard->version));
+  if (standard->conditions) add("conditions", store::ConditionsText(*standard->conditions));
+  for (const store::StandardLimits& row : standard->limits) {
+    std::string where = GeometryName(row.geometry);
+    if (row.illuminant >= 0)
+      where += (where.empty() ? "" : " ") + CodeOf(static_cast<vrxIlluminant>(row.illuminant));
+    add(where.empty() ? "limits" : "limits, " + where, LimitsText(row.limits));
+  }
+  for (const store::MeasuredCurve& curve : standard->curves) {
+    std::string numbers;
+    for (const double sample : curve.samples) numbers += (numbers.empty() ? "" : " ") + ShortestText(sample);
+    const std::string geometry = GeometryName(curve.geometry);
+    add(geometry.empty() ? "curve" : "curve, " + geometry, numbers);
+    if (!curve.date.empty()) add("measured", curve.date);
+    for (const std::string& line : SplitList(curve.measuring, '\n')) {
+      const std::size_t tab = line.find('\t');
+      if (tab != std::string::npos) add(line.substr(0, tab), line.substr(tab + 1));
+    }
+  }
+  rows->Finish();
+  output.Finish();
+}
+
+void AddAdding(Command& job) {
+  const auto options = std::make_shared<StandardOptions>();
+  Command command = job.AddCommand("add-standard", "Add standards from files, or give them new versions");
+  command.AddOption("FILES", options->files, "Curves of the standards; each id becomes one")
+      .ReadsFile()
+      .Required();
+  AddJudgingOptions(command, options->judging, "D65,A,CWF");
+  AddCurveInputOptions(command, options->input);
+  AddJobChangeOptions(command, options->job);
+  command.SetAction([options, command] {
+    RunAdd(*options, command);
+    return kExitPass;
+  });
+  command.SetNotes(
+      "Conditions and limits that are given are kept with the standards, and vrx judge --job judges by them. "
+      "A\n"
+      "standard that is there already and has changed gets a new version; earlier verdicts keep theirs.\n\n"
+      "Example:\n"
+      "  vrx job add-standard master.csv --job plant.vrxjob --system cie2000 --tolerance 0.8 --illuminants "
+      "D65,T84\n");
+}
+
+}  // namespace
+
+void AddJobStandards(Command& job) {
+  AddAdding(job);
+  const auto options = std::make_shared<StandardOptions>();
+  Command list = job.AddCommand("standards", "List the standards of a job");
+  Command show = job.AddCommand("show", "Show a standard, with its conditions, limits and curves");
+  for (Command command : {list, show}) {
+    AddJobOptions(command, options->job);
+    AddFormatOption(command, options->format);
+  }
+  Command remove = job.AddCommand("remove", "Take a standard out of use; its trials stay");
+  Command rename = job.AddCommand("rename", "Give a standard another name");
+  for (Command command : {remove, rename}) AddJobChangeOptions(command, options->job);
+  for (Command command : {show, remove, rename})
+    command.AddOption("STANDARD", options->name, "Id of the standard").Required();
+  rename.AddOption("NAME", options->newName, "Its new id").Required();
+  remove.AddFlag("--with-trials", options->withTrials, "Remove it even if it has trials");
+  const auto setAction = [&options](Command& command, void (*run)(const StandardOptions&)) {
+    command.SetAction([options, run] {
+      run(*options);
+      return kExitPass;
+    });
+  };
+  setAction(list, RunList);
+  setAction(show, RunShow);
+  setAction(remove, [](const StandardOptions& given) {
+    OpenJob(given.job)->RemoveStandard(given.name, given.withTrials, given.job.Author());
+  });
+  setAction(rename, [](const StandardOptions& given) {
+    OpenJob(given.job)->RenameStandard(given.name, given.newName, given.job.Author());
+  });
+  list.SetNotes("Example:\n  vrx job standards --job plant.vrxjob\n");
+  show.SetNotes("Example:\n  vrx job show P01 --job plant.vrxjob\n");
+  remove.SetNotes("Example:\n  vrx job remove P02 --job plant.vrxjob --why \"no longer made\"\n");
+  rename.SetNotes("Example:\n  vrx job rename P03 \"Signal red\" --job plant.vrxjob\n");
+}
+
+}  // namespace vrx::tool

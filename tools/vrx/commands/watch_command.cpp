@@ -1,0 +1,173 @@
+// vrx watch: files that appear in a folder are judged into a job, each once.
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/output_error.h"
+#include "tools/vrx/base/terminal.h"
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/commands/commands.h"
+#include "tools/vrx/job/job_run.h"
+#include "tools/vrx/judging/comparison.h"
+#include "tools/vrx/judging/judging_options.h"
+#include "tools/vrx/judging/judging_pipeline.h"
+#include "tools/vrx/output/file_output.h"
+
+namespace vrx::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct WatchOptions {
+  std::string folder;
+  ComparisonOptions comparison;
+  JudgingOptions judging;
+  JobRunOptions job;
+  bool once = false;
+  double every = 2, settle = 2;
+};
+
+std::string Utf8(const fs::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
+fs::path PathOf(const std::string& path) {
+  return {std::u8string(path.begin(), path.end())};
+}
+
+[[noreturn]] void Fail(const fs::path& path, const std::error_code& code) {
+  throw OutputError(Utf8(path) + ": " + code.message());
+}
+
+// The files that wait in a folder, by name: those that nobody has written to for a while.
+std::vector<fs::path> WaitingFiles(const fs::path& folder, double settle) {
+  std::vector<fs::path> files;
+  std::error_code code;
+  const auto before =
+      fs::file_time_type::clock::now() -
+      std::chrono::duration_cast<fs::file_time_type::duration>(std::chrono::duration<double>(settle));
+  fs::directory_iterator entries(folder, code);
+  if (code) Fail(folder, code);
+  for (const fs::directory_entry& entry : entries) {
+    const bool isHidden = Utf8(entry.path().filename()).starts_with('.');
+    if (isHidden || !entry.is_regular_file(code) || entry.last_write_time(code) > before) continue;
+    files.push_back(entry.path());
+  }
+  std::ranges::sort(files);
+  return files;
+}
+
+// Moves a file into a folder beside it, under a name that nothing there has; gives the new path.
+fs::path MoveInto(const char* folder, const fs::path& file) {
+  const fs::path place = file.parent_path() / folder;
+  std::error_code code;
+  fs::create_directory(place, code);
+  fs::path to = place / file.filename();
+  for (int copy = 2; fs::exists(to, code); ++copy) {
+    to = place / file.stem();
+    to += "-" + std::to_string(copy);
+    to += file.extension();
+  }
+  fs::rename(file, to, code);
+  if (code) Fail(to, code);
+  return to;
+}
+
+// Judges the trials of a file into the job: all of them in one transaction, or none.
+void JudgeFile(const WatchOptions& options, const fs::path& file, const Command& command) {
+  ComparisonOptions comparison = options.comparison;
+  comparison.trials = Utf8(file);
+  JudgingOptions judging = options.judging;
+  JobRun job(options.job, comparison, judging, command);
+  Comparison trials(comparison, judging.viewing);
+  JudgingPipeline pipeline(trials, job.Settings(), nullptr,
+                           [&](const PipelineTrial& judged, const Standard& standard, const Judge& judge) {
+                             job.Add(judged, standard, judge, trials.Trials());
+                           });
+  constexpr std::size_t kChunk = 128;
+  pipeline.Run(1, kChunk);
+  job.Commit();
+}
+
+// A fault of the job ends the watch, and the file stays where it is; one of the file goes with it.
+void TakeFile(const WatchOptions& options, const fs::path& file, const Command& command) {
+  std::string reason;
+  try {
+    JudgeFile(options, file, command);
+  } catch (const store::StoreError&) {
+    throw;
+  } catch (const InputError& error) {
+    reason = error.what();
+  }
+  if (reason.empty()) {
+    MoveInto("done", file);
+    return;
+  }
+  const fs::path refused = MoveInto("refused", file);
+  ReplaceFile(Utf8(refused) + ".reason.txt", reason + "\n");
+  PrintMessage(reason);
+}
+
+void RunWatch(const WatchOptions& options, const Command& command) {
+  // What is wrong with the job or the options is no fault of the files.
+  SettingsOfJob(*OpenJob(options.job), options.job.File(), options.comparison.standardId, options.judging,
+                command);
+  const fs::path folder = PathOf(options.folder);
+  const InterruptWatch interrupt;
+  while (true) {
+    for (const fs::path& file : WaitingFiles(folder, options.settle)) {
+      interrupt.Check();
+      TakeFile(options, file, command);
+    }
+    if (options.once) return;
+    constexpr double kStep = 0.1;
+    for (double waited = 0; waited < options.every; waited += kStep) {
+      interrupt.Check();
+      std::this_thread::sleep_for(std::chrono::duration<double>(kStep));
+    }
+  }
+}
+
+std::string RefuseNegative(const std::string& text) {
+  return text.starts_with('-') ? "must be 0 or more" : "";
+}
+
+}  // namespace
+
+void AddWatch(Command& tool) {
+  const auto options = std::make_shared<WatchOptions>();
+  Command command = tool.AddCommand("watch", "Judge files that appear in a folder into a job");
+  command.AddOption("FOLDER", options->folder, "Folder to watch").Required();
+  command.AddFlag("--once", options->once, "Take the files that are there, and end");
+  command.AddOption("--every", options->every, "Look at the folder this often")
+      .Shows("SECONDS [2]")
+      .Check(RefuseNegative);
+  command.AddOption("--settle", options->settle, "Leave a file alone until it has not changed for this long")
+      .Shows("SECONDS [2]")
+      .Check(RefuseNegative);
+  AddStandardOptions(command, options->comparison);
+  AddJudgingOptions(command, options->judging, "D65,A,CWF");
+  AddJobRunOptions(command, options->job);
+  command.SetNotes(
+      "A file whose trials were stored goes into the folder done beside it, any other into refused, with the "
+      "reason\n"
+      "in a text beside it. A file is stored as a whole or not at all. After a kill it is taken again, and "
+      "recognised\n"
+      "by its content if it was stored already.\n\n"
+      "Example:\n"
+      "  vrx watch incoming --job plant.vrxjob --standard-id P01 --once\n");
+  command.SetAction([options, command] {
+    RunWatch(*options, command);
+    return kExitPass;
+  });
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,184 @@
+#include "tools/vrx/job/job_run.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include <vrxstore/records/stored_form.h>
+
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/job/job_reader.h"
+#include "tools/vrx/judging/standard_library.h"
+
+namespace vrx::tool {
+namespace {
+
+bool GivesLimits(const JudgingOptions& options) {
+  return !options.tolerance.empty() || !options.limits.empty() || !options.tolerances.empty() ||
+         options.ellipse || !options.ellipses.empty();
+}
+
+// The standards that take part in a run.
+std::vector<store::StandardEntry> EntriesOf(store::Store& store, const std::string& file,
+                                            const std::string& standard) {
+  std::vector<store::StandardEntry> entries = store.Standards();
+  if (!standard.empty()) std::erase_if(entries, [&](const auto& entry) { return entry.name != standard; });
+  if (!entries.empty()) return entries;
+  throw InputError(file + (standard.empty() ? ": the job has no standards"
+                                            : ": there is no standard \"" + standard + "\""));
+}
+
+std::string TextOfConditions(const store::StandardEntry& entry) {
+  return entry.conditions ? store::ConditionsText(*entry.conditions) : "";
+}
+
+// The conditions that all standards share; those of no options where they have none.
+std::optional<JudgeConditions> SharedConditions(const std::vector<store::StandardEntry>& entries,
+                                                const std::string& file, bool areGiven) {
+  const std::string first = TextOfConditions(entries.front());
+  const auto other = std::ranges::find_if(
+      entries, [&](const store::StandardEntry& entry) { return TextOfConditions(entry) != first; });
+  if (other == entries.end()) return entries.front().conditions;
+  if (areGiven) return std::nullopt;
+  throw InputError(
+      file + ": standards \"" + entries.front().name + "\" and \"" + other->name +
+      "\" are judged under different conditions: --standard-id judges by one of them, --system and "
+      "--illuminants under others");
+}
+
+// The conditions of the standards, and over them what the options say.
+void SetConditions(const std::optional<JudgeConditions>& own, const JudgingOptions& options,
+                   const Command& command, JudgeSettings& settings) {
+  if (own) static_cast<JudgeConditions&>(settings) = *own;
+  if (!own || command.IsGiven("--system") || command.IsGiven("--parameters"))
+    settings.difference = options.system.Settings();
+  if (!own || !options.viewing.illuminants.empty()) settings.illuminants = options.viewing.Illuminants();
+  if (!own || !options.viewing.observer.empty()) settings.observer = options.viewing.Observer();
+  if (!own || !options.system.angle.empty()) settings.angle = options.system.Angle();
+}
+
+// The limits that the job has for the standards.
+void TakeLimits(store::Store& store, const std::vector<store::StandardEntry>& entries,
+                const std::string& file, JudgeSettings& settings) {
+  std::string boxed, rounded;
+  for (const store::StandardEntry& entry : entries) {
+    if (!entry.hasLimits) {
+      boxed = entry.name;  // by the usual box
+      continue;
+    }
+    if (entry.conditions && entry.conditions->difference != settings.difference) {
+      throw InputError("--system: the limits of standard \"" + entry.name + "\" are for " +
+                       std::string(ShortNameOf(entry.conditions->difference.system)) +
+                       "; give limits, too, as with --tolerance");
+    }
+    const std::vector<store::StandardLimits> rows = store.FindStandard(entry.name).value().limits;
+    for (const store::StandardLimits& row : rows) {
+      if (const auto* box = std::get_if<CBoxTolData>(&row.limits)) {
+        settings.boxes.Add(entry.name, {row.geometry, row.illuminant, *box});
+        boxed = entry.name;
+        continue;
+      }
+      rounded = entry.name;
+      if (const auto* ellipse = std::get_if<CEllipseData>(&row.limits))
+        settings.ellipses.Add(entry.name, {row.geometry, row.illuminant, *ellipse});
+      else
+        settings.buildEllipses = true;
+    }
+  }
+  if (!boxed.empty() && !rounded.empty()) {
+    throw InputError(file + ": standard \"" + boxed + "\" is judged by a box and standard \"" + rounded +
+                     "\" by an ellipsoid: --standard-id judges by one of them, --tolerance all by one limit");
+  }
+}
+
+std::unique_ptr<Standards> ChooseOnly(CurveReader standards, const std::string& file,
+                                      const std::vector<store::StandardEntry>& entries) {
+  if (entries.size() == 1) return OneStandard(std::move(standards), entries.front().name);
+  throw InputError(
+      file + ": the job has " + std::to_string(entries.size()) +
+      " standards, and the trials do not name theirs: --standard-id names one for all, --pairs takes "
+      "the one of the same id, --nearest the nearest");
+}
+
+}  // namespace
+
+void AddJobRunOptions(Command& owner, JobRunOptions& options) {
+  AddJobChangeOptions(owner, options);
+  Command command = owner.Group("Job");
+  command.AddFlag("--nearest", options.nearest, "Judge each trial against the nearest standard of the job");
+  command.AddFlag("--again", options.again, "Store the trials even if the job has the same ones already");
+}
+
+JudgeSettings SettingsOfJob(store::Store& store, const std::string& file, const std::string& standard,
+                            const JudgingOptions& options, const Command& command) {
+  const std::vector<store::StandardEntry> entries = EntriesOf(store, file, standard);
+  const bool areGiven = command.IsGiven("--system") && !options.viewing.illuminants.empty();
+  const std::optional<JudgeConditions> own = SharedConditions(entries, file, areGiven);
+  JudgeSettings settings;
+  SetConditions(own, options, command, settings);
+  JudgingOptions given = options;
+  const bool takesLimits = !GivesLimits(options);
+  const bool allHaveLimits = std::ranges::all_of(entries, &store::StandardEntry::hasLimits);
+  // The usual tolerance is no question where every standard has limits of its own.
+  if (takesLimits && allHaveLimits) given.tolerance = "1.5";
+  AddLimits(given, settings);
+  if (own && options.verdict.empty()) settings.rule = own->rule;
+  if (own && !command.IsGiven("--warning")) settings.warningFactor = own->warningFactor;
+  if (takesLimits) TakeLimits(store, entries, file, settings);
+  return settings;
+}
+
+JobRun::JobRun(const JobRunOptions& options, ComparisonOptions& comparison, const JudgingOptions& judging,
+               const Command& command)
+    : options_(options), file_(options.File()), store_(OpenJob(options)) {
+  comparison.content = Content::kCurves;
+  batch_ = store_->BeginBatch(comparison.trials, options.Author());
+  settings_ = SettingsOfJob(*store_, file_, comparison.standardId, judging, command);
+  comparison.openStandards = [this, &comparison] {
+    return CurveReader(ReadStandards(*store_, file_, comparison.standardId));
+  };
+  comparison.chooseStandards = [this](CurveReader standards) {
+    return options_.nearest ? NearestStandards(std::move(standards), settings_)
+                            : ChooseOnly(std::move(standards), file_, store_->Standards());
+  };
+}
+
+void JobRun::Add(const PipelineTrial& judged, const Standard& standard, const Judge& judge,
+                 const CurveReader& trials) {
+  conditions_ = settings_;
+  conditions_.angle = judge.AngleOf(standard);
+  limits_.clear();
+  for (const vrxIlluminant illuminant : settings_.illuminants)
+    limits_.push_back(judge.GivenLimits(standard, illuminant));
+  readings_.clear();
+  for (std::size_t i = 0; judged.readings != nullptr && i < judged.readings->samples.size(); ++i)
+    std::ranges::copy(judged.readings->samples[i].curve, readings_.emplace_back().begin());
+  if (!measuring_) measuring_ = store::MeasuringText(trials.FirstConditions());
+  store::NewTrial trial;
+  trial.name = judged.judgement.trial;
+  trial.title = judged.judgement.name;
+  trial.standard = standard.id;
+  trial.standardGeometry = standard.geometry;
+  trial.geometry = judged.judgement.geometry;
+  trial.date = judged.date;
+  trial.measuring = *measuring_;
+  trial.samples = {judged.trial.curve.begin(), store::Curve().size()};
+  trial.readings = readings_;
+  trial.conditions = &conditions_;
+  trial.limits = limits_;
+  trial.judgement = &judged.judgement;
+  batch_->Add(trial);
+}
+
+void JobRun::Commit() {
+  const store::StoredBatch stored = batch_->Commit(options_.again);
+  if (stored.number == 0) return;
+  const std::string number = std::to_string(stored.number);
+  PrintMessage(stored.wasThere
+                   ? file_ + ": the job has these trials already, as batch " + number + " of " +
+                         stored.taken + "; nothing was stored (--again stores them once more)"
+                   : file_ + ": stored " + std::to_string(stored.trials) + " trials as batch " + number);
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,80 @@
+#include <vrxstore/records/trail.h>
+
+#include <array>
+#include <nettle/sha2.h>
+
+#include <vrxstore/records/stored_form.h>
+
+namespace vrx::store {
+
+struct ContentDigest::State {
+  sha256_ctx context;
+
+  void Update(std::string_view bytes) {
+    sha256_update(&context, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
+  }
+};
+
+ContentDigest::ContentDigest() : state_(std::make_unique<State>()) {
+  sha256_init(&state_->context);
+}
+ContentDigest::~ContentDigest() = default;
+
+void ContentDigest::Add(std::string_view text) {
+  Add(static_cast<std::int64_t>(text.size()));
+  state_->Update(text);
+}
+
+void ContentDigest::Add(std::int64_t number) {
+  std::array<char, 8> bytes{};
+  for (std::size_t k = 0; k < bytes.size(); ++k)
+    bytes[k] = static_cast<char>(static_cast<std::uint64_t>(number) >> (8 * k) & 0xFF);
+  state_->Update({bytes.data(), bytes.size()});
+}
+
+std::string ContentDigest::Finish() {
+  std::string digest(SHA256_DIGEST_SIZE, '\0');
+  sha256_digest(&state_->context, digest.size(), reinterpret_cast<std::uint8_t*>(digest.data()));
+  return digest;
+}
+
+std::string DigestOf(const TrailRow& row) {
+  ContentDigest digest;
+  digest.Add(row.previous);
+  digest.Add(row.number);
+  for (const std::string& text : {row.at, row.user, row.by, row.what, row.subject, row.why, row.content})
+    digest.Add(text);
+  return digest.Finish();
+}
+
+void AddTrial(ContentDigest& digest, const NewTrial& trial, std::int64_t standard) {
+  digest.Add(trial.name);
+  digest.Add(trial.title);
+  digest.Add(standard);
+  digest.Add(trial.geometry);
+  digest.Add(trial.date);
+  std::string bytes;
+  AppendDoubles(trial.samples, bytes);
+  digest.Add(bytes);
+}
+
+std::string DigestOf(const Standard& standard) {
+  ContentDigest digest;
+  for (const MeasuredCurve& curve : standard.curves) {
+    digest.Add(curve.geometry);
+    digest.Add(curve.date);
+    digest.Add(curve.measuring);
+    std::string bytes;
+    AppendDoubles(curve.samples, bytes);
+    digest.Add(bytes);
+  }
+  digest.Add(standard.conditions ? ConditionsText(*standard.conditions) : "");
+  for (const StandardLimits& row : standard.limits) {
+    digest.Add(row.geometry);
+    digest.Add(row.illuminant);
+    digest.Add(LimitsBytes({&row.limits, 1}));
+  }
+  return digest.Finish();
+}
+
+}  // namespace vrx::store
