@@ -299,6 +299,13 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
   EXPECT_EQ(Run("fit-whiteness whites.csv --digits 1 --format csv 2> /dev/null").out,
             "id,whiteness,fitted_whiteness,whiteness_residual,tint,fitted_tint,tint_residual\n"
             "a,60.0,59.3,0.7,0.0,,\nb,90.0,91.4,-1.4,,,\nc,130.0,129.4,0.6,1.0,,\n");
+  // Of the second sample more than half of the whiteness is the brightener's.
+  folder_.Write("m1.csv", "id,X,Y,Z\nb,84,87,96\nc,83,86,101\n");
+  folder_.Write("m2.csv", "id,X,Y,Z\nc,84,88,92\nb,84,87,96\n");
+  EXPECT_EQ(
+      Run("fit-whiteness whites.csv m1.csv --without-uv m2.csv --digits 1 --format csv 2> /dev/null").out,
+      "id,whiteness,tint,without_uv,brightener,brightener_percent\nb,91.4,,91.4,0.0,0.0\nc,129.4,,59.3,70.1,"
+      "54.2\n");
   // An instrument that reads 98 % of everything is found and corrected.
   std::string low = header + "\n";
   for (const auto& [id, percent] : {std::pair{"p", "98"}, {"t", "49"}, {"s", "0.98"}}) {
@@ -314,6 +321,8 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
       {"density print.csv --paper p --solid q", "there is no patch \"q\""},
       {"munsell", "one of them is needed"},
       {"munsell --notation 5X", "is no Munsell notation"},
+      {"fit-whiteness whites.csv m2.csv --without-uv print.csv", "there is no sample \"c\" in print.csv"},
+      {"fit-whiteness whites.csv --without-uv m2.csv", "needs SAMPLES"},
       {"fit-whiteness print.csv", "three standards or more"},
       {"instruments print.csv low.csv --terms zeal", "is not one of zero"},
       {"instruments print.csv low.csv --terms zero,scale", "3 tiles are not enough"},

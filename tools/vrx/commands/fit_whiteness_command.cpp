@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,6 +25,7 @@ namespace {
 struct WhitenessOptions {
   std::string standards;
   std::string samples;
+  std::string withoutUv;  // the same samples without ultraviolet light
   bool parameters = false;
   CurveInputOptions input;
   Format format = Format::kTable;
@@ -105,17 +107,56 @@ void WriteResiduals(const std::vector<NamedStandard>& standards, const GanzGries
   rows->Finish();
 }
 
+// Whiteness by id, as the parameters have it of a file.
+std::map<std::string, double> WhitenessById(const WhitenessOptions& options, const GanzGriesser& parameters) {
+  constexpr std::size_t kMost = 200'000;
+  CurveReader reader = OpenCurves(options.withoutUv, options.input, Content::kCurvesOrColors);
+  reader.RequireLight(vrxIllumD65, kObserver10);
+  std::map<std::string, double> whiteness;
+  CurveRow row;
+  while (reader.Next(row)) {
+    if (whiteness.size() == kMost) reader.Source().FailRow("more than 200000 samples");
+    const bool isNew =
+        whiteness.emplace(row.id, parameters.Whiteness(XyzOf(row, vrxIllumD65, kObserver10))).second;
+    if (!isNew) reader.Source().FailRow("there are two samples \"" + std::string(row.id) + "\"");
+  }
+  return whiteness;
+}
+
+// What the brightener adds to the whiteness, and its share of it in percent.
+void WriteBrightener(double whiteness, double withoutUv, RowWriter& rows) {
+  const bool isKnown = !IsUnset(whiteness) && !IsUnset(withoutUv);
+  WriteFigure(withoutUv, rows);
+  WriteFigure(isKnown ? whiteness - withoutUv : kUnset, rows);
+  WriteFigure(isKnown && whiteness > 0 ? 100 * (whiteness - withoutUv) / whiteness : kUnset, rows);
+}
+
 void WriteSamples(const WhitenessOptions& options, const GanzGriesserFit& fit, OutputStream& output) {
   CurveReader reader = OpenCurves(options.samples, options.input, Content::kCurvesOrColors);
   reader.RequireLight(vrxIllumD65, kObserver10);
-  const auto rows =
-      MakeRowWriter(options.format, output, {{"id"}, {"whiteness", "whiteness", 2}, {"tint", "tint", 2}});
+  std::vector<Column> columns{{"id"}, {"whiteness", "whiteness", 2}, {"tint", "tint", 2}};
+  std::map<std::string, double> withoutUv;
+  const bool hasPairs = !options.withoutUv.empty();
+  if (hasPairs) {
+    withoutUv = WhitenessById(options, fit.parameters);
+    columns.push_back({"without_uv", "without UV", 2});
+    columns.push_back({"brightener", "by brightener", 2});
+    columns.push_back({"brightener_percent", "share, %", 1});
+  }
+  const auto rows = MakeRowWriter(options.format, output, std::move(columns));
   CurveRow row;
   while (reader.Next(row)) {
     const Xyz xyz = XyzOf(row, vrxIllumD65, kObserver10);
+    const double whiteness = fit.parameters.Whiteness(xyz);
     rows->Text(row.id);
-    WriteFigure(fit.parameters.Whiteness(xyz), *rows);
+    WriteFigure(whiteness, *rows);
     WriteFigure(fit.hasTint ? fit.parameters.Tint(xyz) : kUnset, *rows);
+    if (hasPairs) {
+      const auto found = withoutUv.find(std::string(row.id));
+      if (found == withoutUv.end())
+        reader.Source().FailRow("there is no sample \"" + std::string(row.id) + "\" in " + options.withoutUv);
+      WriteBrightener(whiteness, found->second, *rows);
+    }
     rows->EndRow();
   }
   rows->Finish();
@@ -123,6 +164,7 @@ void WriteSamples(const WhitenessOptions& options, const GanzGriesserFit& fit, O
 }
 
 void RunFitWhiteness(const WhitenessOptions& options) {
+  if (options.samples.empty() && !options.withoutUv.empty()) throw InputError("--without-uv needs SAMPLES");
   const std::vector<NamedStandard> named = ReadWhites(options);
   const GanzGriesserFit fit = FitGanzGriesser(std::vector<WhitenessStandard>(named.begin(), named.end()));
   if (!fit.hasWhiteness) {
@@ -158,6 +200,12 @@ void AddFitWhiteness(Command& tool) {
   command
       .AddOption("SAMPLES", options->samples, "Compute whiteness and tint of these by the fitted parameters")
       .ReadsFile();
+  command
+      .AddOption("--without-uv", options->withoutUv,
+                 "SAMPLES as they were measured without ultraviolet light (M2), by their ids: what the "
+                 "brightener adds")
+      .ReadsFile()
+      .Shows("FILE");
   command.AddFlag("--parameters", options->parameters,
                   "Write the parameters, not what is left at the standards");
   AddCurveInputOptions(command, options->input);
