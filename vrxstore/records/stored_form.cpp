@@ -155,13 +155,13 @@ std::string LimitsBytes(std::span<const JudgeLimits> limits) {
   std::string bytes;
   for (const JudgeLimits& one : limits) {
     if (const auto* box = std::get_if<CBoxTolData>(&one)) {
-      bytes += kBox;
+      bytes.push_back(kBox);
       AppendDoubles({box->begin(), kBoxValues}, bytes);
     } else if (const auto* ellipse = std::get_if<CEllipseData>(&one)) {
-      bytes += kEllipse;
+      bytes.push_back(kEllipse);
       AppendDoubles({ellipse->begin(), kEllipseValues}, bytes);
     } else {
-      bytes += kSystemEllipsoid;
+      bytes.push_back(kSystemEllipsoid);
     }
   }
   return bytes;
@@ -251,7 +251,7 @@ std::string MeasuringText(const io::MeasuringConditions& conditions) {
   std::string text;
   const auto add = [&text](const std::string& word, std::string value) {
     std::ranges::replace(value, '\n', ' ');
-    if (!value.empty()) text += word + "\t" + value + "\n";
+    if (!value.empty()) text.append(word).append("\t").append(value).append("\n");
   };
   for (const auto& [word, value] : io::ConditionTexts(conditions)) add(word, value);
   if (conditions.specular != io::Specular::kUnknown)
