@@ -17,6 +17,14 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
       target_compile_options(vrx_numeric_flags INTERFACE -mstackrealign)
     endif()
   endif()
+  if(EMSCRIPTEN)
+    set(CMAKE_CXX_COMPILE_OPTIONS_PIC "")  # a module is loaded whole: code that may lie anywhere would only be slower
+    # WebAssembly rounds each operation once by its definition; its relaxed vectors do not and are not used. What the standard library
+    # there lacks of C++20 comes from one header.
+    target_compile_options(vrx_numeric_flags INTERFACE -fexceptions -msimd128 -fno-math-errno)
+    target_compile_options(vrx_build_flags INTERFACE
+      "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${PROJECT_SOURCE_DIR}/vrxmath/platform/wasm/missing_standard.h>")
+  endif()
   if(WIN32)
     # The processor's square root, which rounds once, in place of the C library's, which rounds twice.
     target_compile_options(vrx_numeric_flags INTERFACE -fno-math-errno)
@@ -28,6 +36,8 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   if(CMAKE_SIZEOF_VOID_P GREATER 4)
     # An index of 32 bits loses its sign in no wider type; with 32-bit pointers every one of them would be flagged.
     target_compile_options(vrx_build_flags INTERFACE -Wsign-conversion)
+  elseif(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    target_compile_options(vrx_build_flags INTERFACE -Wno-sign-conversion)
   endif()
 elseif(MSVC)
   target_compile_options(vrx_numeric_flags INTERFACE /fp:precise)
@@ -45,7 +55,7 @@ endif()
 # guarded stacks, calls that know the sizes of their buffers. Test `hardening` looks for them in release builds.
 if(WIN32 AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   target_link_options(vrx_build_flags INTERFACE LINKER:--dynamicbase,--nxcompat)
-elseif(VRX_HARDEN AND NOT VRX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang" AND NOT APPLE)
+elseif(VRX_HARDEN AND NOT VRX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang" AND NOT APPLE AND NOT EMSCRIPTEN)
   include(CheckPIESupported)
   check_pie_supported()
   target_compile_options(vrx_build_flags INTERFACE $<$<NOT:$<CONFIG:Debug>>:-fstack-protector-strong>)

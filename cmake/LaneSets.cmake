@@ -27,6 +27,8 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "x86|i[3-6]86|AMD64|amd64")
   endif()
 endif()
 
+# WebAssembly has vectors of 128 bits and nothing to choose from at run time: the base, with the flags of the build.
+
 if(VRX_LANE_SETS STREQUAL "all")
   set(lane_sets ${known})
 else()

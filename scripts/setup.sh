@@ -1,9 +1,9 @@
 #!/bin/sh
-# setup.sh [build|site|test|bench|windows|aarch64]
+# setup.sh [build|site|test|bench|windows|aarch64|wasm]
 #
 # Installs what is missing on Debian 12 to build the vrx tool, to run the tests, or to run the benchmarks; each level
-# holds the one before. The levels windows and aarch64 hold what builds and runs the programs for Windows and for 64-bit
-# ARM. Quiet and quick when nothing is missing; then it needs neither apt-get nor rights.
+# holds the one before. The levels windows, aarch64 and wasm hold what builds and runs the programs for Windows, for 64-bit
+# ARM and for WebAssembly. Quiet and quick when nothing is missing; then it needs neither apt-get nor rights.
 set -eu
 level=${1:-build}
 missing=
@@ -24,8 +24,8 @@ need() {
 header() { need "$1" "/usr/include/$2" "/usr/local/include/$2"; }
 
 case $level in
-  build | site | test | bench | windows | aarch64) ;;
-  *) echo "usage: setup.sh [build|site|test|bench|windows|aarch64]" >&2; exit 2 ;;
+  build | site | test | bench | windows | aarch64 | wasm) ;;
+  *) echo "usage: setup.sh [build|site|test|bench|windows|aarch64|wasm]" >&2; exit 2 ;;
 esac
 
 need g++ g++
@@ -50,6 +50,13 @@ elif [ "$level" = aarch64 ]; then
   need qemu-user qemu-aarch64
   need googletest /usr/src/googletest/googletest/CMakeLists.txt
   need python3 python3
+elif [ "$level" = wasm ]; then
+  need emscripten /usr/share/emscripten/em++.py
+  need googletest /usr/src/googletest/googletest/CMakeLists.txt
+  need python3 python3
+  need nodejs node
+  need npm npm
+  need chromium chromium
 elif [ "$level" != build ] && [ "$level" != site ]; then
   need clang clang++
   need libclang-rt-14-dev /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer*.a

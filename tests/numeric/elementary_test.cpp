@@ -20,8 +20,9 @@ constexpr double kMax = std::numeric_limits<double>::max();
 constexpr double kTiny = std::numeric_limits<double>::denorm_min();
 constexpr double kPi = 0x1.921fb54442d18p+1;
 
-// The long double functions of mingw are those of the x87, less exact than ours over most of their range.
-#if defined(_WIN32)
+// The long double functions of mingw are those of the x87, less exact than ours over most of their range; emscripten's are those of
+// double.
+#if defined(_WIN32) || defined(__EMSCRIPTEN__)
 constexpr bool kHasReference = false;
 #else
 constexpr bool kHasReference = LDBL_MANT_DIG >= 64;
@@ -241,8 +242,8 @@ TEST(Elementary, UnaryFunctionsMeetTheirStandardInTheCorners) {
 }
 
 TEST(Elementary, PowerAndAtan2MeetTheirStandardInTheCorners) {
-#if defined(_WIN32)
-  GTEST_SKIP() << "the C library rounds its powers twice";
+#if defined(_WIN32) || defined(__EMSCRIPTEN__)
+  GTEST_SKIP() << "the C library rounds its powers twice, or to a neighbour";
 #endif
   const double magnitudes[] = {0, kTiny, 0x1p-1030, 0.5, 1, 2, 3, 0x1p52 + 1, 0x1p53, kMax, kInf, kNaN};
   for (const double x : magnitudes) {

@@ -117,4 +117,67 @@ TEST(Decimal, RefusesWhatIsNoNumber) {
   EXPECT_FALSE(ParseDecimal("1,234,5", ',', value));
 }
 
+// Half-way between two doubles, next to it, at the ends of the range: the bits by IEEE 754, computed apart in whole numbers.
+TEST(Decimal, HardCasesAreRoundedOnce) {
+  static constexpr struct {
+    const char* text;
+    uint64_t bits;
+  } kRows[] = {
+      {"9007199254740993", 0x4340000000000000},
+      {"9007199254740992.999999999999999999999", 0x4340000000000000},
+      {"9007199254740993.00000000000000000001", 0x4340000000000001},
+      {"1e23", 0x44b52d02c7e14af6},
+      {"8.5e22", 0x44b1ffdbf6b2b2eb},
+      {"2.2250738585072011e-308", 0x000fffffffffffff},
+      {"2.2250738585072012e-308", 0x0010000000000000},
+      {"4.9406564584124654e-324", 0x0000000000000001},
+      {"2.4703282292062328e-324", 0x0000000000000001},
+      {"1.7976931348623158e308", 0x7fefffffffffffff},
+      {"0.000000000000000000000000000000000000011754943508222875", 0x3810000000000000},
+      {"6.631236846766476e-316", 0x0000000008000000},
+      {"3.237883913302901e-319", 0x000000000000ffff},
+      {"7.2057594037927933e16", 0x4370000000000000},
+      {"1.00000000000000011102230246251565404236316680908203124", 0x3ff0000000000000},
+      {"1.00000000000000011102230246251565404236316680908203125", 0x3ff0000000000000},
+      {"1.00000000000000011102230246251565404236316680908203126", 0x3ff0000000000001},
+  };
+  for (const auto& row : kRows) {
+    double value = 0;
+    ASSERT_TRUE(ParseDecimal(row.text, '.', value)) << row.text;
+    EXPECT_EQ(std::bit_cast<uint64_t>(value), row.bits) << row.text;
+  }
+  for (const char* const refused : {"1.8e308", "2.4703282292062327e-324", "1e+"}) {
+    double value = 0;
+    EXPECT_FALSE(ParseDecimal(refused, '.', value)) << refused;
+  }
+}
+
+// The shortest decimals that read back, and of these the nearest; below a power of two the gap is half as wide as above it. Fixed
+// decimals are rounded from all digits of the double.
+TEST(Decimal, TextsAreTheShortestOrExact) {
+  static constexpr struct {
+    double value;
+    const char* text;
+  } kRows[] = {
+      {5e-324, "5e-324"},
+      {0x1p-1017, "7.120236347223045e-307"},
+      {0x1p-1007, "7.291122019556398e-304"},
+      {0x1p-44, "5.684341886080802e-14"},
+      {0x1p-1022, "2.2250738585072014e-308"},
+      {1e23, "1e+23"},
+      {9007199254740993.0, "9007199254740992"},
+      {0x1.fffffffffffffp+1023, "1.7976931348623157e+308"},
+      {123456789012345680000.0, "123456789012345683968"},
+      {0.1 + 0.2, "0.30000000000000004"},
+      {0.001, "0.001"},
+      {0.0001, "1e-04"},
+      {100000, "1e+05"},
+      {-0.0, "-0"},
+  };
+  for (const auto& row : kRows) EXPECT_EQ(vrx::io::ShortestText(row.value), row.text);
+  EXPECT_EQ(vrx::io::FixedDecimals(0.125, 2), "0.12");
+  EXPECT_EQ(vrx::io::FixedDecimals(2.675, 2), "2.67");
+  EXPECT_EQ(vrx::io::FixedDecimals(1e22 + 2e6, 1), "10000000000000002097152.0");
+}
+
 }  // namespace

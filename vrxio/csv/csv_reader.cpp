@@ -132,10 +132,10 @@ bool CsvReader::Next() {
     nextLine_ += 1 + (std::memchr(start, '"', length) ? std::count(start, start + length, '\n') : 0);
     recordEnd_ = start + length;
     if (recordEnd_ > start && recordEnd_[-1] == '\r') --recordEnd_;
-    if (Trimmed({start, recordEnd_}).empty()) continue;
+    if (Trimmed(Between(start, recordEnd_)).empty()) continue;
     if (dialect_.skipComments && *start == '#') continue;
     const bool mayClose = *start == '>' || *start == '[' || *start == '#' || *start == 'e' || *start == 'E';
-    if (mayClose && IsClosingMark({start, recordEnd_})) continue;
+    if (mayClose && IsClosingMark(Between(start, recordEnd_))) continue;
     at_ = start;
     if (separator_ == ' ') CollapseBlanks();
     return true;
@@ -186,7 +186,7 @@ void CsvReader::ReadHeader() {
 
 void CsvReader::TakeHeader() {
   if (!Next()) throw InputError(input_.name + ": the file is empty");
-  const std::string_view record(at_, recordEnd_);
+  const std::string_view record = Between(at_, recordEnd_);
   for (const char candidate : {';', '\t', ','}) {
     if (dialect_.separator != 0) break;
     separator_ = candidate;
@@ -235,7 +235,7 @@ void CsvReader::RequireField() {
 
 void CsvReader::EndRecord() {
   if (at_ == nullptr) return;
-  const std::string_view rest(at_, recordEnd_);
+  const std::string_view rest = Between(at_, recordEnd_);
   if (rest.find_first_not_of(std::string{separator_, ' ', '\t'}) != std::string_view::npos) FailLong();
 }
 
@@ -271,7 +271,7 @@ std::string_view CsvReader::Unquoted(char* at) {
   while (at != recordEnd_ && *at == ' ' && separator_ != ' ') ++at;
   if (at != recordEnd_ && *at != separator_) Fail("text follows a quoted field");
   at_ = at == recordEnd_ ? nullptr : at + 1;
-  return {text, write};
+  return Between(text, write);
 }
 
 // The next field, without its quotes, as it stands.
@@ -281,7 +281,7 @@ std::string_view CsvReader::RawField() {
   while (start != recordEnd_ && *start == ' ') ++start;
   if (start != recordEnd_ && *start == '"') return Unquoted(start);
   char* const end = std::find(at_, recordEnd_, separator_);
-  const std::string_view field(at_, end);
+  const std::string_view field = Between(at_, end);
   at_ = end == recordEnd_ ? nullptr : end + 1;
   if (field.find('"') != std::string_view::npos) Fail("a quote stands inside a field without quotes");
   return field;

@@ -178,7 +178,7 @@ bool TakeAttribute(std::string_view& attributes, MarkupAttribute& attribute) {
 }
 
 std::string_view AttributesOf(std::string_view tag) {
-  return {std::find_if(tag.begin(), tag.end(), IsSpace), tag.end()};
+  return tag.substr(static_cast<std::size_t>(std::find_if(tag.begin(), tag.end(), IsSpace) - tag.begin()));
 }
 
 bool AttributeOf(std::string_view tag, std::string_view name, std::string& value) {

@@ -516,13 +516,13 @@ class CxfReader final : public MeasurementReader {
       const char* stop = ParseShortDecimal<2>(at, '.', percent);
       if (stop == nullptr || (stop < end && !IsSpace(*stop))) {
         stop = std::find_if(at, end, IsSpace);
-        if (!ParseFractionAsPercent({at, stop}, percent)) {
-          markup_.Fail(xml_.Line(element), "\"" + Shown({at, stop}) + "\" is not a number");
+        if (!ParseFractionAsPercent(Between(at, stop), percent)) {
+          markup_.Fail(xml_.Line(element), "\"" + Shown(Between(at, stop)) + "\" is not a number");
         }
       }
       if (!(percent > 100 * kLeastFraction && percent < 100 * kLargestFraction) && !options_.force) {
         markup_.Fail(xml_.Line(element),
-                     "the reflectance " + Shown({at, stop}) +
+                     "the reflectance " + Shown(Between(at, stop)) +
                          " is not between -0.1 and 3, as fractions in CxF must be; --force accepts it");
       }
       if (values_.size() == most) markup_.Fail(xml_.Line(element), "more than 10000 values");

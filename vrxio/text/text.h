@@ -3,6 +3,7 @@
 #ifndef VRXIO_TEXT_TEXT_H_
 #define VRXIO_TEXT_TEXT_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -11,6 +12,11 @@ namespace vrx::io {
 
 /// A text without the blanks and tabs about it.
 std::string_view Trimmed(std::string_view text);
+
+/// The text from `first` to before `last`.
+inline std::string_view Between(const char* first, const char* last) {
+  return {first, static_cast<std::size_t>(last - first)};
+}
 
 /// White space as XML and JSON have it.
 constexpr bool IsSpace(char c) {

@@ -73,6 +73,9 @@ struct Mask {
       return static_cast<unsigned>(_mm_movemask_pd(reinterpret_cast<__m128d>(m.v)));
     }
 #endif
+#if defined(__wasm_simd128__)
+    if constexpr (kLaneCount == 2) return static_cast<unsigned>(__builtin_wasm_bitmask_i64x2(m.v));
+#endif
     unsigned bits = 0;
     for (int lane = 0; lane < kLaneCount; ++lane) bits |= (m.v[lane] != 0 ? 1U : 0U) << lane;
     return bits;
@@ -131,6 +134,9 @@ struct Pack {
 #endif
 #if defined(__SSE2__)
     if constexpr (kLaneCount == 2) return Pack(static_cast<Vector>(_mm_sqrt_pd(x.v)));
+#endif
+#if defined(__wasm_simd128__)
+    if constexpr (kLaneCount == 2) return Pack(static_cast<Vector>(__builtin_wasm_sqrt_f64x2(x.v)));
 #endif
     for (int lane = 0; lane < kLaneCount; ++lane) x.v[lane] = Sqrt(static_cast<double>(x.v[lane]));
     return x;

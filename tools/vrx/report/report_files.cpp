@@ -12,7 +12,8 @@
 #include <thread>
 #include <vector>
 
-#if defined(_WIN32)
+#if defined(__EMSCRIPTEN__)  // runs no other programs
+#elif defined(_WIN32)
 #include <process.h>
 #else
 #include <csignal>
@@ -72,7 +73,11 @@ class ScratchFolder {
 };
 
 // Runs a program found on the path, without its messages. False when there is none of the name.
-#if defined(_WIN32)
+#if defined(__EMSCRIPTEN__)
+bool RunQuietly(const std::vector<std::string>&, const InterruptWatch&) {
+  return false;
+}
+#elif defined(_WIN32)
 bool RunQuietly(std::vector<std::string>& arguments, const InterruptWatch&) {
   std::vector<const char*> pointers;
   for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
@@ -130,7 +135,7 @@ std::vector<std::string> PrintingCommand(const std::string& browser, const Scrat
                                    "--no-pdf-header-footer",
                                    "--print-to-pdf=" + (folder / "report.pdf"),
                                    "file://" + (folder / "report.html")};
-#if !defined(_WIN32)
+#if !defined(_WIN32) && !defined(__EMSCRIPTEN__)
   // Root has no user namespaces to build a sandbox from. The page is the report, which loads nothing.
   if (geteuid() == 0) command.insert(command.begin() + 1, "--no-sandbox");
 #endif

@@ -1,0 +1,108 @@
+// SHA-256 (FIPS 180-4) and Base64 where no library has them: in WebAssembly.
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+#include "tools/vrx/report/digest.h"
+
+namespace vrx::tool {
+namespace {
+
+constexpr std::size_t kBlock = 64;
+constexpr std::size_t kLengthAt = 56;  // where the last block has the count of bits
+
+// The first 32 bits of the fractions of the cube roots of the first 64 primes.
+constexpr std::array<uint32_t, 64> kRounds = {
+    0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
+    0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
+    0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
+    0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147, 0x06ca6351, 0x14292967,
+    0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
+    0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070,
+    0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
+    0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
+
+uint32_t Octet(char c) {
+  return static_cast<unsigned char>(c);
+}
+
+}  // namespace
+
+struct Digest::State {
+  // Of the square roots of the first eight primes.
+  std::array<uint32_t, 8> hash = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                                  0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+  std::array<char, kBlock> block{};
+  uint64_t bytes = 0;
+
+  void Put(char c) {
+    block[bytes++ % kBlock] = c;
+    if (bytes % kBlock == 0) TakeBlock();
+  }
+
+  void TakeBlock() {
+    std::array<uint32_t, 64> w{};
+    for (std::size_t i = 0; i < 16; ++i) {
+      w[i] = Octet(block[4 * i]) << 24 | Octet(block[4 * i + 1]) << 16 | Octet(block[4 * i + 2]) << 8 |
+             Octet(block[4 * i + 3]);
+    }
+    for (std::size_t i = 16; i < w.size(); ++i) {
+      const uint32_t a = w[i - 15], b = w[i - 2];
+      w[i] = w[i - 16] + (std::rotr(a, 7) ^ std::rotr(a, 18) ^ a >> 3) + w[i - 7] +
+             (std::rotr(b, 17) ^ std::rotr(b, 19) ^ b >> 10);
+    }
+    auto [a, b, c, d, e, f, g, h] = hash;
+    for (std::size_t i = 0; i < w.size(); ++i) {
+      const uint32_t first = h + (std::rotr(e, 6) ^ std::rotr(e, 11) ^ std::rotr(e, 25)) +
+                             ((e & f) ^ (~e & g)) + kRounds[i] + w[i];
+      const uint32_t second =
+          (std::rotr(a, 2) ^ std::rotr(a, 13) ^ std::rotr(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
+      h = g;
+      g = f;
+      f = e;
+      e = d + first;
+      d = c;
+      c = b;
+      b = a;
+      a = first + second;
+    }
+    const std::array after = {a, b, c, d, e, f, g, h};
+    for (std::size_t i = 0; i < hash.size(); ++i) hash[i] += after[i];
+  }
+};
+
+Digest::Digest() : state_(std::make_unique<State>()) {}
+Digest::~Digest() = default;
+
+void Digest::Add(std::string_view bytes) {
+  for (const char c : bytes) state_->Put(c);
+}
+
+std::string Digest::Finish() {
+  const uint64_t bits = 8 * state_->bytes;
+  state_->Put('\x80');
+  while (state_->bytes % kBlock != kLengthAt) state_->Put('\0');
+  for (int shift = 56; shift >= 0; shift -= 8) state_->Put(static_cast<char>(bits >> shift));
+  std::string digest;
+  for (const uint32_t word : state_->hash) {
+    for (int shift = 24; shift >= 0; shift -= 8) digest += static_cast<char>(word >> shift);
+  }
+  return digest;
+}
+
+std::string Base64(std::string_view bytes) {
+  static constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    const std::size_t count = std::min<std::size_t>(3, bytes.size() - i);
+    uint32_t group = 0;
+    for (std::size_t k = 0; k < 3; ++k) group = group << 8 | (k < count ? Octet(bytes[i + k]) : 0);
+    for (std::size_t k = 0; k < 4; ++k) text += k <= count ? kDigits[group >> (18 - 6 * k) & 63] : '=';
+  }
+  return text;
+}
+
+}  // namespace vrx::tool
