@@ -72,12 +72,20 @@ std::size_t TerminalWidth() {
   return 0;
 }
 
-ProgressBar::ProgressBar(uint64_t total)
-    : total_(total), next_(total > 0 && IsTerminal(stderr) ? 0 : std::numeric_limits<uint64_t>::max()) {}
-
 namespace {
 constexpr std::size_t kBarWidth = 40;
+ProgressListener progressListener = nullptr;
+}  // namespace
+
+void SetProgressListener(ProgressListener listener) {
+  progressListener = listener;
 }
+
+ProgressBar::ProgressBar(uint64_t total)
+    : total_(total),
+      next_(total > 0 && (progressListener != nullptr || IsTerminal(stderr))
+                ? 0
+                : std::numeric_limits<uint64_t>::max()) {}
 
 ProgressBar::~ProgressBar() {
   if (!drawn_) return;
@@ -87,13 +95,14 @@ ProgressBar::~ProgressBar() {
 }
 
 void ProgressBar::Draw(uint64_t done) {
+  next_ = done + total_ / 100 + 1;
+  if (progressListener != nullptr) return progressListener(done, total_);
   const uint64_t percent = std::min<uint64_t>(100, done * 100 / total_);
   const auto filled = static_cast<std::size_t>(percent * kBarWidth / 100);
   const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
   std::fprintf(stderr, "\r[%s] %3d %%", bar.c_str(), static_cast<int>(percent));
   std::fflush(stderr);
   drawn_ = true;
-  next_ = done + total_ / 100 + 1;
 }
 
 InterruptWatch::InterruptWatch() {

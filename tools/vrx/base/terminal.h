@@ -23,7 +23,12 @@ bool UseColour();
 /// The columns of the terminal that standard output is shown on; 0 when it is none, or its width is not known.
 std::size_t TerminalWidth();
 
-/// A progress bar on standard error; nothing at all when that is no terminal. It goes away when it is
+/// Hears how far work is, in place of a progress bar: what is done, out of `total`.
+using ProgressListener = void (*)(uint64_t done, uint64_t total);
+/// Sets who hears it from then on; null for nobody.
+void SetProgressListener(ProgressListener listener);
+
+/// A progress bar on standard error; nothing at all when that is no terminal and nobody listens. It goes away when it is
 /// destroyed.
 class ProgressBar {
  public:

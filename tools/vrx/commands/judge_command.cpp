@@ -42,9 +42,9 @@ struct JudgeOptions {
 };
 
 // Lets through what the user asked to see, in the order that was asked for.
-class Selection {
+class TrialSelection {
  public:
-  Selection(const JudgeOptions& options, JudgeOutput* output)
+  TrialSelection(const JudgeOptions& options, JudgeOutput* output)
       : options_(options), only_(VerdictsOf(options.only)), output_(output) {}
 
   void Add(const CurveReader& trials, const PipelineTrial& judged) {
@@ -173,7 +173,7 @@ ExitStatus RunJudge(JudgeOptions& options, const Command& command) {
                                        : MakeJudgeOutput(options.format, output, settings,
                                                          ColumnsOf(options, comparison.Trials()));
   const auto report = MakeReport(options, settings, comparison);
-  Selection selection(options, results.get());
+  TrialSelection selection(options, results.get());
   JudgeSummaries summaries(settings.illuminants.size());
   JudgingPipeline pipeline(comparison, settings, options.worstFirst ? nullptr : results.get(),
                            [&](const PipelineTrial& judged, const Standard& standard, const Judge& judge) {
