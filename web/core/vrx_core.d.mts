@@ -1,0 +1,2 @@
+declare const factory: (settings: object) => Promise<unknown>;
+export default factory;
