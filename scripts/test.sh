@@ -5,7 +5,7 @@
 #
 # VRX_FUZZ_SECONDS sets the time of each fuzz target; scripts/fuzz.sh fuzzes one for an hour.
 # Windows programs are built and run where mingw-w64 and wine are installed; VRX_WINDOWS=1 installs them, VRX_WINDOWS=0
-# leaves this out.
+# leaves this out. So are modules of WebAssembly where emscripten is installed, and VRX_WASM=1 and VRX_WASM=0 say so.
 set -eu
 cd "$(dirname "$0")/.."
 jobs=$(nproc)
@@ -21,7 +21,7 @@ stage() {
 }
 
 check_format() {
-  find vrxmath vrxio vrxstore pictures c_api controls tools tests fuzz bench cmake python \( -name '*.h' -o -name '*.cpp' \) -print0 |
+  find vrxmath vrxio vrxstore pictures c_api controls tools web tests fuzz bench cmake python \( -name '*.h' -o -name '*.cpp' \) -print0 |
     xargs -0 clang-format --dry-run -Werror
 }
 
@@ -96,6 +96,14 @@ windows() {
   done
 }
 
+# The engine as WebAssembly: the tests that pin results and those of numbers and readers by node, the package of npm, the page in
+# Chromium. Results are held against those of the native tool.
+webassembly() {
+  sh scripts/setup.sh wasm
+  build_and_test ci-wasm
+  VRX_WASM_PRESET=ci-wasm VRX_TOOL=$PWD/build/ci-gcc/tools/vrx/vrx sh scripts/web.sh test
+}
+
 stage "packages" sh scripts/setup.sh bench
 mkdir -p build
 stage "clang-format" check_format
@@ -109,5 +117,10 @@ if [ "${VRX_WINDOWS:-}" = 1 ] || { [ "${VRX_WINDOWS:-}" != 0 ] && has_windows_pa
   stage "Windows, 32 and 64 bits: build, tests under wine" windows
 else
   echo "=== Windows: left out; VRX_WINDOWS=1 installs what it needs"
+fi
+if [ "${VRX_WASM:-}" = 1 ] || { [ "${VRX_WASM:-}" != 0 ] && command -v emcc > /dev/null; }; then
+  stage "WebAssembly: tests by node, the page in a browser" webassembly
+else
+  echo "=== WebAssembly: left out; VRX_WASM=1 installs what it needs"
 fi
 echo "=== everything passed"

@@ -1,0 +1,4 @@
+declare module 'vrx-engine' {
+  const factory: unknown;
+  export default factory;
+}
