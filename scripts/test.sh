@@ -99,8 +99,6 @@ windows() {
 # The engine as WebAssembly: the tests that pin results and those of numbers and readers by node, the package of npm, the page in
 # Chromium. Results are held against those of the native tool.
 webassembly() {
-  sh scripts/setup.sh wasm
-  build_and_test ci-wasm
   VRX_WASM_PRESET=ci-wasm VRX_TOOL=$PWD/build/ci-gcc/tools/vrx/vrx sh scripts/web.sh test
 }
 

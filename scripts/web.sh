@@ -1,6 +1,7 @@
 #!/bin/sh
 # web.sh [test]: makes build/web/vrx.html, the page that works without a network, and the package of npm beside it. Installs what is
-# missing first. With `test` it looks at both: VRX_TOOL names the vrx of this machine to compare with, which is built otherwise.
+# missing first. With `test` it runs the tests of the library by node and looks at both: VRX_TOOL names the vrx of this machine to
+# compare with, which is built otherwise. VRX_WASM_PRESET names another preset than `wasm`.
 set -eu
 cd "$(dirname "$0")/.."
 source=$PWD
@@ -15,7 +16,7 @@ run() {
 launcher=$(command -v ccache || true)
 preset=${VRX_WASM_PRESET:-wasm}
 run cmake --preset "$preset" -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher"
-run cmake --build --preset "$preset" -j "$jobs" --target vrx_engine vrx_core
+run cmake --build --preset "$preset" -j "$jobs" --target vrx_engine vrx_core ${1:+c_api_test numeric_test batch_test vrxio_test}
 
 # What npm brings goes to the build folder.
 for file in package.json package-lock.json .npmrc tsconfig.json build.mjs page core; do
@@ -38,6 +39,7 @@ package=$(ls "$out"/vrxmath-core-*.tgz)
 echo "$package"
 
 if [ "${1:-}" = test ]; then
+  (cd "$source" && ctest --preset "$preset" -j "$jobs")
   tool=${VRX_TOOL:-}
   if [ -z "$tool" ]; then
     cd "$source"
