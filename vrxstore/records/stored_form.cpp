@@ -233,7 +233,7 @@ std::string OptionsText(const Profile& profile) {
   for (const auto& [option, value] : profile.options) {
     if ((option + value).find('\n') != std::string::npos)
       throw StoreError("profile \"" + profile.name + "\": " + option + " has a line end in it");
-    text += option + (value.empty() ? "" : " ") + value + "\n";
+    text.append(option).append(value.empty() ? "" : " ").append(value).append("\n");
   }
   return text;
 }
