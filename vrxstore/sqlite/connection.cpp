@@ -87,7 +87,7 @@ void Connection::Check(int code) const {
 }
 
 std::string Connection::ReasonFor(int code) const {
-  const std::string own = sqlite3_errmsg(handle_.get());
+  std::string own = sqlite3_errmsg(handle_.get());
   const int system = sqlite3_system_errno(handle_.get());
   const std::string cause = system != 0 ? std::string(": ") + std::strerror(system) : "";
   switch (code & 0xFF) {

@@ -135,8 +135,9 @@ void TakeTolerance(const store::StoredTrial& trial, std::size_t illuminant, int3
     for (int32_t d = 0; d < 3; ++d) {
       const auto limit = static_cast<BrokenLimit>(static_cast<int32_t>(BrokenLimit::kFirst) + d);
       if (ElementOf(limit, trial.conditions.difference.system) != element) continue;
-      series.lower = -(*box)[2 * d + 1];
-      series.upper = (*box)[2 * d];
+      const Interval interval = box->Limits(d);
+      series.lower = interval.lower;
+      series.upper = interval.upper;
     }
   }
 }
