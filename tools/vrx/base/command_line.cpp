@@ -266,8 +266,9 @@ std::vector<std::string> WithProfile(const CLI::App& app, std::span<const std::s
   std::vector<std::string> added;
   for (const auto& [option, value] : profiles(name, ValueAmong(arguments, "--job"))) {
     const CLI::Option* const known = command->get_option_no_throw(option);
-    if (known != nullptr && !IsAmong(arguments, *known))
-      added.push_back(value.empty() ? option : option + "=" + value);
+    if (known == nullptr || IsAmong(arguments, *known)) continue;
+    added.push_back(option);
+    if (!value.empty()) added.back().append("=").append(value);
   }
   all.insert(all.begin() + static_cast<std::ptrdiff_t>(words), added.begin(), added.end());
   return all;
