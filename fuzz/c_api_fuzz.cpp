@@ -234,13 +234,14 @@ const Function kFunctions[] = {
                           : vrx_tone_value(p.reals[0], p.reals[1], p.reals[2], p.reals[3], Real(a.out[0]));
      }},
     {{kReal},
-     {kReal, kWhole, kWhole},
+     {kReal},
      [](const Plain& p, const Arrays& a) {
        const std::vector<int32_t> accepted(static_cast<std::size_t>(std::max(p.count, int32_t{1})),
                                            p.numbers[0] & 1);
+       int32_t wronglyAccepted = 0, wronglyRejected = 0;  // no array is compared that others would lie in
        return p.count < 1 ? VRX_BAD_COUNT
-                          : vrx_fit_limit(a.in[0], accepted.data(), p.count, Real(a.out[0]), Whole(a.out[1]),
-                                          Whole(a.out[2]));
+                          : vrx_fit_limit(a.in[0], accepted.data(), p.count, Real(a.out[0]), &wronglyAccepted,
+                                          &wronglyRejected);
      }},
     {{kReal, kReal},
      {kReal},
