@@ -1,10 +1,7 @@
 #include <vrxstore/rejudge.h>
 
 #include <algorithm>
-#include <string>
 #include <utility>
-
-#include <vrxstore/records/stored_form.h>
 
 namespace vrx::store {
 namespace {
@@ -35,9 +32,9 @@ std::vector<Judgement> JudgeAgain(std::span<const StoredTrial> trials) {
   std::vector<Judgement> judgements;
   judgements.reserve(trials.size());
   while (!trials.empty()) {
-    const std::string conditions = ConditionsText(trials.front().conditions);
+    const JudgeConditions& conditions = trials.front().conditions;
     const auto end = std::ranges::find_if(
-        trials, [&](const StoredTrial& trial) { return ConditionsText(trial.conditions) != conditions; });
+        trials, [&](const StoredTrial& trial) { return trial.conditions != conditions; });
     const auto count = static_cast<std::size_t>(end - trials.begin());
     JudgeTogether(trials.first(count), judgements);
     trials = trials.subspan(count);

@@ -8,8 +8,8 @@
 //   const StoredBatch stored = batch->Commit();
 //
 // Every function that changes something does so in one transaction, with its row of the trail; what was not committed is not
-// there. All of them throw StoreError, and InputError for samples that cannot be stored. One thread at a time, and one transaction: between BeginBatch and Commit only reading
-// functions may be called.
+// there. All of them throw StoreError, and InputError for samples that cannot be stored. One thread at a time, and one
+// transaction: between BeginBatch and Commit only reading functions may be called.
 
 #ifndef VRXSTORE_STORE_H_
 #define VRXSTORE_STORE_H_
@@ -58,8 +58,10 @@ class TrailCursor {
 class BatchWriter {
  public:
   virtual ~BatchWriter() = default;
+  /// Takes a trial and its judgement. Throws InputError for a standard that the job does not have.
   virtual void Add(const NewTrial& trial) = 0;
-  /// Stores the batch, unless one of the same trials is there and nobody wants it `again`.
+  /// Stores the batch, unless one of the same trials is there and nobody wants it `again`: `wasThere` is true then, and number and
+  /// time are those of that one. A batch without trials is not stored and has the number 0.
   virtual StoredBatch Commit(bool again = false) = 0;
 };
 
@@ -67,11 +69,12 @@ class Store {
  public:
   virtual ~Store() = default;
 
+  /// Name, version and counts, and the head of the trail, all of one moment.
   virtual JobInfo Info() = 0;
 
   /// Standards, in the order in which they were first added.
   virtual std::vector<StandardEntry> Standards() = 0;
-  /// The version of a standard, 0 for the current one.
+  /// A version of a standard, 0 for the current one; none where there is no such standard or version, or where it was removed.
   virtual std::optional<Standard> FindStandard(const std::string& name, std::int32_t version = 0) = 0;
   /// Curves of all current standards, of one of them, and of those in the range of an angle filter.
   virtual std::unique_ptr<CurveCursor> StandardCurves(const std::string& standard = {},
@@ -80,34 +83,42 @@ class Store {
   virtual bool HaveGeometries() = 0;
   /// Adds standards; one whose name is there and whose content is another becomes its next version.
   virtual AddedStandards AddStandards(std::span<const Standard> standards, const Author& author) = 0;
-  /// Takes a standard out of use; its versions stay where trials refer to them, for which `evenWithTrials` must be set.
+  /// Takes a standard out of use; its versions stay where trials refer to them, for which `evenWithTrials` must be set. Throws
+  /// StoreError otherwise, and for one that is not there.
   virtual void RemoveStandard(const std::string& name, bool evenWithTrials, const Author& author) = 0;
+  /// Throws StoreError for a standard that is not there, and for a name that is empty or was ever used.
   virtual void RenameStandard(const std::string& from, const std::string& to, const Author& author) = 0;
 
   /// `source`: where the trials come from, for people.
   virtual std::unique_ptr<BatchWriter> BeginBatch(const std::string& source, const Author& author) = 0;
+  /// The trials that a filter lets through, with their judgements and the last decision about each.
   virtual std::unique_ptr<TrialCursor> Trials(const TrialFilter& filter) = 0;
+  /// The batches in the order of their storing.
   virtual std::vector<BatchEntry> Batches() = 0;
-  /// The raw readings of a trial that is a mean.
+  /// The raw readings of a trial that is a mean; empty for another.
   virtual std::vector<Curve> Readings(std::int64_t trial) = 0;
-  /// Sets a person's decision about a trial.
+  /// Sets a person's decision about a trial; earlier ones stay behind it. Throws StoreError for a trial that is not there.
   virtual void Decide(std::int64_t trial, bool isAccepted, const Author& author) = 0;
 
+  /// The profiles by name.
   virtual std::vector<Profile> Profiles() = 0;
+  /// Adds a profile, or gives one of its name other options.
   virtual void SetProfile(const Profile& profile, const Author& author) = 0;
 
+  /// The rows of the trail, the first one first.
   virtual std::unique_ptr<TrailCursor> Trail() = 0;
 
   /// What the back end itself finds wrong with its pages and indices; empty when nothing is.
   virtual std::vector<std::string> CheckPages() = 0;
-  /// Copies the job into a new file, as it stands at one moment.
+  /// Copies the job into a new file, as it stands at one moment. Throws StoreError for a file that is there.
   virtual void Backup(const std::string& path) = 0;
 };
 
 /// How long a change waits for others that are under way.
 inline constexpr double kUsualWait = 60;
 
-/// Makes a new job in a file, which must not be there, or opens one. `wait`: seconds.
+/// Makes a new job in a file, which must not be there, or opens one. `wait`: seconds. Throws StoreError for a file that cannot be
+/// used: another program's, a newer version's, none at all.
 std::unique_ptr<Store> CreateStore(const std::string& path, const std::string& name, const Author& author,
                                    double wait = kUsualWait);
 std::unique_ptr<Store> OpenStore(const std::string& path, double wait = kUsualWait);

@@ -188,6 +188,13 @@ std::string NameOfIlluminant(std::string_view text) {
   return alias != nullptr && alias->number == illuminant ? std::string(alias->name) : CodeOf(illuminant);
 }
 
+std::string CodesOf(std::span<const vrxIlluminant> illuminants) {
+  std::string text;
+  for (const vrxIlluminant illuminant : illuminants)
+    text.append(text.empty() ? "" : ",").append(CodeOf(illuminant));
+  return text;
+}
+
 std::string CodeOf(vrxIlluminant illuminant) {
   return IlluminantCode(illuminant).ToUtf8();
 }

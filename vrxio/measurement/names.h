@@ -30,6 +30,8 @@ int32_t ParseSystem(std::string_view text);
 std::string NameOfIlluminant(std::string_view text);
 /// The code of an illuminant, such as "D65".
 std::string CodeOf(vrxIlluminant illuminant);
+/// The codes of illuminants as lists have them, "D65,A".
+std::string CodesOf(std::span<const vrxIlluminant> illuminants);
 /// Degrees of an observer, 2 or 10.
 inline int32_t DegreesOf(int32_t observer) {
   return observer == kObserver10 ? 10 : 2;

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include <vrxio/text/input_error.h>
+#include <vrxio/text/path.h>
 #include <vrxmath/platform/wide_string.h>
 
 namespace vrx::io {
@@ -133,7 +134,7 @@ InputStream OpenInput(const std::string& path) {
   }
   input.name = path;
   errno = 0;
-  const std::filesystem::path name(std::u8string(path.begin(), path.end()));  // UTF-8 on every system
+  const std::filesystem::path name = PathOf(path);
   std::error_code ignored;
   if (std::filesystem::is_directory(name, ignored)) throw InputError(path + ": is a directory");
   auto file = std::make_unique<std::ifstream>(name, std::ios::binary);

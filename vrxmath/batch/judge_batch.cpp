@@ -51,11 +51,11 @@ struct PreparedLimits {
 PreparedLimits Prepare(const JudgeLimits& limits, double warningFactor) {
   PreparedLimits prepared;
   prepared.warningFactor = warningFactor;
+  prepared.total = TotalLimitOf(limits);
   if (const auto* ellipse = std::get_if<CEllipseData>(&limits)) {
     prepared.isBox = false;
     prepared.ellipse = TermsOf(*ellipse);
     prepared.ellipseWarning = EllipseWarning(warningFactor);
-    prepared.total = (*ellipse)[CEllipseData::kTotalLimit];
     return prepared;
   }
   const auto& box = std::get<CBoxTolData>(limits);
@@ -63,7 +63,6 @@ PreparedLimits Prepare(const JudgeLimits& limits, double warningFactor) {
     prepared.box.tolerance[k] = box.Limits(k);
     prepared.box.warning[k] = WarningInterval(box.Limits(k), warningFactor);
   }
-  prepared.total = box[CBoxTolData::kTotal];
   return prepared;
 }
 

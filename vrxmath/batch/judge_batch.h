@@ -61,6 +61,7 @@ enum class VerdictRule : std::int32_t {
 struct GradeCondition {
   GreyScale scale = GreyScale::kChange;
   double least = 0.0;  ///< the lowest half step that passes, 1 to 5; 0 where the grade decides nothing
+  bool operator==(const GradeCondition&) const = default;
 };
 
 /// The conditions of a judgement.
@@ -74,6 +75,7 @@ struct JudgeConditions {
   VerdictRule rule = VerdictRule::kWorse;
   double warningFactor = JudgeDefaults::kWarningFactor;
   std::optional<GradeCondition> grade = {};  ///< the verdict is the worse of this one and that of the rule
+  bool operator==(const JudgeConditions&) const = default;
 };
 
 /// The ellipsoid of the difference system about the standard (EllipseForStandard), for CMC, CIE94 and CIE2000.
@@ -83,6 +85,14 @@ struct SystemEllipsoid {};
 /// for L*C*h), or an ellipsoid of dL*, da*, db*. An infinite limit of a box limits nothing; of an interval with one such
 /// side the warning begins at the other limit times the factor.
 using JudgeLimits = std::variant<CBoxTolData, CEllipseData, SystemEllipsoid>;
+
+/// The limit of the total difference; infinite where nothing limits it, and for the system's ellipsoid, which has one only as it
+/// is about a standard.
+[[nodiscard]] inline double TotalLimitOf(const JudgeLimits& limits) {
+  if (const auto* box = std::get_if<CBoxTolData>(&limits)) return (*box)[CBoxTolData::kTotal];
+  if (const auto* ellipse = std::get_if<CEllipseData>(&limits)) return (*ellipse)[CEllipseData::kTotalLimit];
+  return std::numeric_limits<double>::infinity();
+}
 
 /// A box that limits the total alone.
 [[nodiscard]] inline CBoxTolData TotalLimit(double limit) {

@@ -23,16 +23,14 @@ std::string JoinedNumbers(std::span<const double> numbers) {
   return text;
 }
 
-std::string JoinedIlluminants(std::span<const vrxIlluminant> illuminants) {
-  std::string text;
+std::string OwnIlluminants(std::span<const vrxIlluminant> illuminants) {
   for (const vrxIlluminant illuminant : illuminants) {
     if (illuminant < 0 || illuminant >= kBuiltInIlluminants) {
       throw io::InputError("illuminant " + io::CodeOf(illuminant) +
                            ": a job keeps judgements under the library's own illuminants");
     }
-    text += (text.empty() ? "" : ",") + io::CodeOf(illuminant);
   }
-  return text;
+  return io::CodesOf(illuminants);
 }
 
 std::vector<double> NumbersOf(std::string text, std::string_view name) {
@@ -105,7 +103,7 @@ std::string ConditionsText(const JudgeConditions& conditions) {
   text += io::ShortNameOf(conditions.difference.system);
   text += " parameters=" + JoinedNumbers(conditions.difference.parameters);
   text += conditions.difference.ownFormula ? " own=1" : " own=0";
-  text += " illuminants=" + JoinedIlluminants(conditions.illuminants);
+  text += " illuminants=" + OwnIlluminants(conditions.illuminants);
   text += " observer=" + std::to_string(io::DegreesOf(conditions.observer));
   text += " angle=" + io::ShortestText(conditions.angle) + " rule=";
   text += kRules[static_cast<std::size_t>(conditions.rule)];
@@ -188,16 +186,6 @@ std::vector<JudgeLimits> LimitsFrom(std::string_view bytes) {
     }
   }
   return limits;
-}
-
-std::string HexText(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string text;
-  for (const char c : bytes) {
-    text += kDigits[static_cast<unsigned char>(c) >> 4];
-    text += kDigits[static_cast<unsigned char>(c) & 15];
-  }
-  return text;
 }
 
 void OutcomeNumbers(const JudgementUnder& outcome, std::span<double, kOutcomeNumbers> numbers) {

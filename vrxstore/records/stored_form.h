@@ -28,9 +28,6 @@ std::vector<JudgeLimits> LimitsFrom(std::string_view bytes);
 void AppendDoubles(std::span<const double> numbers, std::string& bytes);
 void DoublesFrom(std::string_view bytes, std::span<double> out);
 
-/// Bytes as hexadecimal digits.
-std::string HexText(std::string_view bytes);
-
 /// The numbers that are stored of an outcome, in this order: seven elements of the difference, dL*, da*, db*, the trial's L*, a*,
 /// b*, the ellipsoid's value, what the broken limit was held against, that limit, and the
 /// grade.

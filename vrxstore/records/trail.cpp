@@ -1,41 +1,21 @@
 #include <vrxstore/records/trail.h>
 
 #include <array>
-#include <nettle/sha2.h>
 
 #include <vrxstore/records/stored_form.h>
 
 namespace vrx::store {
 
-struct ContentDigest::State {
-  sha256_ctx context;
-
-  void Update(std::string_view bytes) {
-    sha256_update(&context, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
-  }
-};
-
-ContentDigest::ContentDigest() : state_(std::make_unique<State>()) {
-  sha256_init(&state_->context);
-}
-ContentDigest::~ContentDigest() = default;
-
 void ContentDigest::Add(std::string_view text) {
   Add(static_cast<std::int64_t>(text.size()));
-  state_->Update(text);
+  digest_.Add(text);
 }
 
 void ContentDigest::Add(std::int64_t number) {
   std::array<char, 8> bytes{};
   for (std::size_t k = 0; k < bytes.size(); ++k)
     bytes[k] = static_cast<char>(static_cast<std::uint64_t>(number) >> (8 * k) & 0xFF);
-  state_->Update({bytes.data(), bytes.size()});
-}
-
-std::string ContentDigest::Finish() {
-  std::string digest(SHA256_DIGEST_SIZE, '\0');
-  sha256_digest(&state_->context, digest.size(), reinterpret_cast<std::uint8_t*>(digest.data()));
-  return digest;
+  digest_.Add({bytes.data(), bytes.size()});
 }
 
 std::string DigestOf(const TrailRow& row) {

@@ -3,10 +3,11 @@
 #ifndef VRXSTORE_RECORDS_TRAIL_H_
 #define VRXSTORE_RECORDS_TRAIL_H_
 
-#include <memory>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
+#include <vrxstore/digest/digest.h>
 #include <vrxstore/records/records.h>
 
 namespace vrx::store {
@@ -15,19 +16,13 @@ namespace vrx::store {
 /// the same bytes.
 class ContentDigest {
  public:
-  ContentDigest();
-  ~ContentDigest();
-  ContentDigest(const ContentDigest&) = delete;
-  ContentDigest& operator=(const ContentDigest&) = delete;
-
   void Add(std::string_view text);
   void Add(std::int64_t number);
   /// The 32 bytes of the digest; call once.
-  std::string Finish();
+  std::string Finish() { return digest_.Finish(); }
 
  private:
-  struct State;
-  std::unique_ptr<State> state_;
+  Digest digest_;
 };
 
 /// The digest of a row of the trail: of the one before, then its number and its texts in the order of TrailRow.

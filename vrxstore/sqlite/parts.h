@@ -21,6 +21,7 @@ std::string NowText();
 /// TrailRow.
 std::int64_t AppendTrail(Connection& connection, const Author& author, std::string_view what,
                          std::string_view subject, std::string_view content = {});
+/// The rows of the trail in their order, and the last one; before the first one 0 with a digest of zeros.
 std::unique_ptr<TrailCursor> ReadTrail(Connection& connection);
 TrailRow TrailHead(Connection& connection);
 
@@ -28,6 +29,7 @@ TrailRow TrailHead(Connection& connection);
 class MeasuringTable {
  public:
   explicit MeasuringTable(Connection& connection);
+  /// Stores the description where it is new.
   std::int64_t NumberOf(std::string_view content);
 
  private:
@@ -50,6 +52,7 @@ std::string AngleCondition(const std::string& table, std::int32_t geometry);
 void TakeCurve(const Connection& connection, std::string_view bytes, const char* table, std::int64_t number,
                Curve& curve);
 
+/// Store::BeginBatch and Store::Trials.
 std::unique_ptr<BatchWriter> WriteBatch(Connection& connection, const std::string& source,
                                         const Author& author);
 std::unique_ptr<TrialCursor> ReadTrials(Connection& connection, const TrialFilter& filter);

@@ -4,6 +4,7 @@
 #include <system_error>
 #include <utility>
 
+#include <vrxio/text/path.h>
 #include <vrxstore/records/stored_form.h>
 #include <vrxstore/records/trail.h>
 #include <vrxstore/sqlite/parts.h>
@@ -14,14 +15,9 @@
 namespace vrx::store {
 namespace {
 
-// A path as the standard library takes it.
-std::filesystem::path PathOf(const std::string& path) {
-  return {std::u8string(path.begin(), path.end())};
-}
-
 bool Exists(const std::string& path) {
   std::error_code code;
-  return std::filesystem::exists(PathOf(path), code);
+  return std::filesystem::exists(io::PathOf(path), code);
 }
 
 class SqliteCurves final : public CurveCursor {
@@ -427,7 +423,7 @@ void SqliteStore::Backup(const std::string& path) {
   if (Exists(path)) throw StoreError(path + ": there is a file already; a backup goes into a new one");
   const std::string temporary = path + ".new";
   std::error_code code;
-  std::filesystem::remove(PathOf(temporary), code);
+  std::filesystem::remove(io::PathOf(temporary), code);
   {
     Connection copy(temporary, true, connection_.Wait());
     sqlite3_backup* const backup = sqlite3_backup_init(copy.Handle(), "main", connection_.Handle(), "main");
@@ -442,7 +438,7 @@ void SqliteStore::Backup(const std::string& path) {
     sqlite3_backup_finish(backup);
     if (stepped != SQLITE_DONE) copy.Fail(stepped);
   }
-  std::filesystem::rename(PathOf(temporary), PathOf(path), code);
+  std::filesystem::rename(io::PathOf(temporary), io::PathOf(path), code);
   if (code) throw StoreError(path + ": " + code.message());
 }
 
@@ -451,7 +447,7 @@ void SqliteStore::Backup(const std::string& path) {
 std::unique_ptr<Store> CreateStore(const std::string& path, const std::string& name, const Author& author,
                                    double wait) {
   std::error_code code;
-  if (Exists(path) && std::filesystem::file_size(PathOf(path), code) > 0)
+  if (Exists(path) && std::filesystem::file_size(io::PathOf(path), code) > 0)
     throw StoreError(path + ": there is a file already; a job is made in a new one");
   auto store = std::make_unique<SqliteStore>(path, true, wait);
   store->Create(name, author);

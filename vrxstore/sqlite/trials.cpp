@@ -13,16 +13,6 @@
 namespace vrx::store {
 namespace {
 
-bool AreOne(const std::optional<GradeCondition>& a, const std::optional<GradeCondition>& b) {
-  return a.has_value() == b.has_value() && (!a || (a->scale == b->scale && a->least == b->least));
-}
-
-bool AreOne(const JudgeConditions& a, const JudgeConditions& b) {
-  return a.difference == b.difference && a.illuminants == b.illuminants && a.observer == b.observer &&
-         a.angle == b.angle && a.rule == b.rule && a.warningFactor == b.warningFactor &&
-         AreOne(a.grade, b.grade);
-}
-
 // The numbers of settings, each of which is stored once.
 class SettingsTable {
  public:
@@ -32,7 +22,7 @@ class SettingsTable {
         insert_(connection, "INSERT INTO settings(conditions, limits) VALUES(?, ?)") {}
 
   std::int64_t NumberOf(const JudgeConditions& conditions, std::span<const JudgeLimits> limits) {
-    if (!conditions_ || !AreOne(*conditions_, conditions)) {
+    if (!conditions_ || *conditions_ != conditions) {
       conditions_ = conditions;
       text_ = ConditionsText(conditions);
       numbers_.clear();

@@ -3,6 +3,9 @@
 #ifndef TOOLS_VRX_BASE_COMMAND_H_
 #define TOOLS_VRX_BASE_COMMAND_H_
 
+#include <memory>
+#include <type_traits>
+
 #include "tools/vrx/base/command_line.h"
 #include "tools/vrx/base/reader_names.h"
 
@@ -14,6 +17,16 @@ enum ExitStatus : int {
   kExitBadInput = 2,   ///< bad options or bad input, or results that could not be written; the reason is on
                        ///< standard error
 };
+
+/// Lets a command run `run` with its options; it passes unless that throws.
+template <class OPTIONS>
+void SetAction(Command& command, const std::shared_ptr<OPTIONS>& options,
+               std::type_identity_t<void (*)(const OPTIONS&)> run) {
+  command.SetAction([options, run] {
+    run(*options);
+    return kExitPass;
+  });
+}
 
 }  // namespace vrx::tool
 

@@ -3,11 +3,13 @@
 #include <filesystem>
 #include <system_error>
 
+#include <vrxio/text/path.h>
+
 namespace vrx::tool {
 
 bool AreOneFile(const std::string& a, const std::string& b) {
   namespace fs = std::filesystem;
-  const fs::path first(std::u8string(a.begin(), a.end())), second(std::u8string(b.begin(), b.end()));
+  const fs::path first = io::PathOf(a), second = io::PathOf(b);
   std::error_code error;
   if (fs::exists(first, error) && !fs::is_regular_file(first, error)) return false;
   if (fs::equivalent(first, second, error)) return true;

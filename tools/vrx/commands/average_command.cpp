@@ -238,8 +238,7 @@ void RequireSound(const AverageOptions& options) {
 
 ExitStatus RunAverage(AverageOptions& options) {
   RequireSound(options);
-  if (options.viewing.Illuminants().size() != 1)
-    throw InputError("--illuminants: this command takes exactly one");
+  options.viewing.RequireOneIlluminant();
   CurveReader reader = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
   options.viewing.Follow({&reader});
   const std::vector<vrxIlluminant> illuminants = options.viewing.Illuminants();

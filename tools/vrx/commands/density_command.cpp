@@ -114,12 +114,10 @@ void RunDensity(const DensityOptions& options) {
   for (const Patch& patch : patches) {
     const Densities& d = patch.densities;
     rows->Text(patch.id);
-    for (const double density : {d.red, d.green, d.blue, d.visual})
-      IsUnset(density) ? rows->Number(kUnset) : rows->Known(density);
+    for (const double density : {d.red, d.green, d.blue, d.visual}) rows->Number(density);
     if (tones) {
       rows->Text(tones->FilterName());
-      for (const double tone : {tones->ToneOf(patch), tones->SpotToneOf(patch)})
-        IsUnset(tone) ? rows->Number(kUnset) : rows->Known(tone);
+      for (const double tone : {tones->ToneOf(patch), tones->SpotToneOf(patch)}) rows->Number(tone);
     }
     rows->EndRow();
   }

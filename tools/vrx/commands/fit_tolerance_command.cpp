@@ -109,11 +109,7 @@ std::unique_ptr<Standards> OpenStandards(const FitOptions& options, CurveReader&
 // The differences of accepted curves from their standard. In a file that holds the standard too, every other
 // row is a trial.
 Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
-  JudgeSettings settings;
-  settings.illuminants = options.viewing.Illuminants();
-  settings.observer = options.viewing.Observer();
-  settings.difference = options.system.Settings();
-  settings.angle = options.system.Angle();
+  const JudgeSettings settings = SettingsUnder(options.viewing, options.system);
   const auto standards = OpenStandards(options, trials);
   Accepted accepted{
       options.accepted, "", ShortNameOf(settings.difference.system), DegreesOf(settings.observer), {}};
@@ -359,10 +355,7 @@ void OpenJobOf(FitOptions& options, const Command& command) {
   const auto entry = std::ranges::find(entries, options.standardId, &store::StandardEntry::name);
   if (entry == entries.end() || !entry->conditions) return;
   const JudgeConditions& own = *entry->conditions;
-  if (options.viewing.illuminants.empty()) {
-    for (const vrxIlluminant illuminant : own.illuminants)
-      options.viewing.illuminants += (options.viewing.illuminants.empty() ? "" : ",") + CodeOf(illuminant);
-  }
+  if (options.viewing.illuminants.empty()) options.viewing.illuminants = CodesOf(own.illuminants);
   if (options.viewing.observer.empty()) options.viewing.observer = std::to_string(DegreesOf(own.observer));
   if (command.IsGiven("--system") || command.IsGiven("--parameters")) return;
   options.system.system = ShortNameOf(own.difference.system);

@@ -79,10 +79,6 @@ void WriteParameters(const GanzGriesser& p, const Format& format, OutputStream& 
   rows->Finish();
 }
 
-void WriteFigure(double value, RowWriter& rows) {
-  IsUnset(value) ? rows.Number(kUnset) : rows.Known(value);
-}
-
 void WriteResiduals(const std::vector<NamedStandard>& standards, const GanzGriesserFit& fit,
                     const Format& format, OutputStream& output) {
   const auto rows = MakeRowWriter(format, output,
@@ -96,12 +92,12 @@ void WriteResiduals(const std::vector<NamedStandard>& standards, const GanzGries
   for (std::size_t i = 0; i < standards.size(); ++i) {
     const NamedStandard& one = standards[i];
     rows->Text(one.id);
-    WriteFigure(one.whiteness, *rows);
-    WriteFigure(fit.parameters.Whiteness(one.xyz), *rows);
-    WriteFigure(fit.whitenessResiduals[i], *rows);
-    WriteFigure(one.tint, *rows);
-    WriteFigure(fit.hasTint ? fit.parameters.Tint(one.xyz) : kUnset, *rows);
-    WriteFigure(fit.tintResiduals[i], *rows);
+    rows->Number(one.whiteness);
+    rows->Number(fit.parameters.Whiteness(one.xyz));
+    rows->Number(fit.whitenessResiduals[i]);
+    rows->Number(one.tint);
+    rows->Number(fit.hasTint ? fit.parameters.Tint(one.xyz) : kUnset);
+    rows->Number(fit.tintResiduals[i]);
     rows->EndRow();
   }
   rows->Finish();
@@ -126,9 +122,9 @@ std::map<std::string, double> WhitenessById(const WhitenessOptions& options, con
 // What the brightener adds to the whiteness, and its share of it in percent.
 void WriteBrightener(double whiteness, double withoutUv, RowWriter& rows) {
   const bool isKnown = !IsUnset(whiteness) && !IsUnset(withoutUv);
-  WriteFigure(withoutUv, rows);
-  WriteFigure(isKnown ? whiteness - withoutUv : kUnset, rows);
-  WriteFigure(isKnown && whiteness > 0 ? 100 * (whiteness - withoutUv) / whiteness : kUnset, rows);
+  rows.Number(withoutUv);
+  rows.Number(isKnown ? whiteness - withoutUv : kUnset);
+  rows.Number(isKnown && whiteness > 0 ? 100 * (whiteness - withoutUv) / whiteness : kUnset);
 }
 
 void WriteSamples(const WhitenessOptions& options, const GanzGriesserFit& fit, OutputStream& output) {
@@ -149,8 +145,8 @@ void WriteSamples(const WhitenessOptions& options, const GanzGriesserFit& fit, O
     const Xyz xyz = XyzOf(row, vrxIllumD65, kObserver10);
     const double whiteness = fit.parameters.Whiteness(xyz);
     rows->Text(row.id);
-    WriteFigure(whiteness, *rows);
-    WriteFigure(fit.hasTint ? fit.parameters.Tint(xyz) : kUnset, *rows);
+    rows->Number(whiteness);
+    rows->Number(fit.hasTint ? fit.parameters.Tint(xyz) : kUnset);
     if (hasPairs) {
       const auto found = withoutUv.find(std::string(row.id));
       if (found == withoutUv.end())

@@ -19,6 +19,7 @@
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/input/readings.h"
 #include "tools/vrx/judging/judge.h"
+#include "tools/vrx/judging/judging_options.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {
@@ -169,12 +170,8 @@ void WriteFactors(const InstrumentProfile& profile, const Format& format, Output
 
 void RunInstruments(const InstrumentOptions& options) {
   const std::uint32_t terms = TermsFrom(options.terms);
-  JudgeSettings settings;
-  settings.illuminants = options.viewing.Illuminants();
-  settings.observer = options.viewing.Observer();
-  settings.difference = options.system.Settings();
-  settings.angle = options.system.Angle();
-  if (settings.illuminants.size() != 1) throw InputError("--illuminants: this command takes exactly one");
+  const JudgeSettings settings = SettingsUnder(options.viewing, options.system);
+  options.viewing.RequireOneIlluminant();
   if (options.reference == "-" && options.other == "-")
     throw InputError("REFERENCE and OTHER cannot both come from standard input: name a file");
   const Tiles tiles = ReadBoth(options);

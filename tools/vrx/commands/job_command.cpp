@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include <vrxstore/records/stored_form.h>
+#include <vrxstore/digest/digest.h>
 #include <vrxstore/verify.h>
 
 #include "tools/vrx/base/command.h"
@@ -15,6 +15,7 @@
 #include "tools/vrx/job/job_reader.h"
 #include "tools/vrx/output/measurement_output.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/output/property_rows.h"
 
 namespace vrx::tool {
 namespace {
@@ -36,31 +37,10 @@ void RunCreate(const JobCommandOptions& options) {
   PrintMessage(file + ": made a job");
 }
 
-// Rows of a property and its value.
-class Properties {
- public:
-  Properties(const Format& format, OutputStream& output)
-      : rows_(MakeRowWriter(format, output, {{"property"}, {"value"}})) {}
-  void Add(const std::string& property, const std::string& value) {
-    rows_->Text(property);
-    rows_->Text(value);
-    rows_->EndRow();
-  }
-  void Add(const std::string& property, int64_t value) {
-    rows_->Text(property);
-    rows_->Integer(value);
-    rows_->EndRow();
-  }
-  void Finish() { rows_->Finish(); }
-
- private:
-  std::unique_ptr<RowWriter> rows_;
-};
-
 void RunInfo(const JobCommandOptions& options) {
   const store::JobInfo info = OpenJob(options.job)->Info();
   OutputStream output;
-  Properties rows(options.format, output);
+  PropertyRows rows(options.format, output);
   rows.Add("name", info.name);
   rows.Add("created", info.created);
   rows.Add("created by vrx", info.library);
@@ -85,7 +65,7 @@ ExitStatus RunVerify(const JobCommandOptions& options) {
     found = store::VerifyStore(*job, [&](int64_t count) { progress.Update(static_cast<uint64_t>(count)); });
   }
   OutputStream output;
-  Properties rows(options.format, output);
+  PropertyRows rows(options.format, output);
   rows.Add("judgements computed again", found.judgements);
   rows.Add("batches", found.batches);
   rows.Add("rows of the trail", found.trailRows);
@@ -163,14 +143,6 @@ void RunDecide(const JobCommandOptions& options, bool isAccepted) {
   const int64_t number = TrialOf(*job, options.job.File(), options.trial);
   job->Decide(number, isAccepted, options.job.Author());
   PrintMessage("trial #" + std::to_string(number) + (isAccepted ? " accepted" : " rejected"));
-}
-
-void SetAction(Command& command, const std::shared_ptr<JobCommandOptions>& options,
-               void (*run)(const JobCommandOptions&)) {
-  command.SetAction([options, run] {
-    run(*options);
-    return kExitPass;
-  });
 }
 
 void AddCreate(Command& job) {
@@ -251,6 +223,8 @@ void AddJob(Command& tool) {
   AddJobStandards(job);
   AddDeciding(job);
   AddJobHistory(job);
+  AddJobCharts(job);
+  AddJobRejudge(job);
   AddJobProfiles(job);
   AddJobPage(job);
   AddCopying(job);

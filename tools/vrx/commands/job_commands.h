@@ -10,7 +10,9 @@ class Command;
 void AddJobStandards(Command& job);  ///< add-standard, standards, show, remove, rename
 void AddJobProfiles(Command& job);   ///< add-profile, profiles
 void AddJobPage(Command& job);       ///< page
-void AddJobHistory(Command& job);    ///< history, trend, statistics, rejudge
+void AddJobHistory(Command& job);    ///< history
+void AddJobCharts(Command& job);     ///< trend, statistics
+void AddJobRejudge(Command& job);    ///< rejudge
 
 }  // namespace vrx::tool
 

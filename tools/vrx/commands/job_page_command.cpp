@@ -1,7 +1,6 @@
 // vrx job page: the state of a job as static pages for a web server or a shared folder.
 
 #include <algorithm>
-#include <cmath>
 #include <deque>
 #include <filesystem>
 #include <map>
@@ -11,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include <vrxstore/records/stored_form.h>
-#include <vrxmath/tolerance/ellipse_tolerance.h>
+#include <vrxio/text/path.h>
+#include <vrxstore/digest/digest.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
@@ -46,8 +45,7 @@ class JobPages {
   void Write() {
     ReadTrials();
     std::error_code code;
-    const std::filesystem::path folder(std::u8string(options_.folder.begin(), options_.folder.end()));
-    std::filesystem::create_directories(folder, code);
+    std::filesystem::create_directories(io::PathOf(options_.folder), code);
     if (code) throw InputError(options_.folder + ": " + code.message());
     for (std::size_t i = 0; i < entries_.size(); ++i) WriteStandard(i);
     WriteIndex();
@@ -144,15 +142,8 @@ class JobPages {
 
   static pictures::GradedTotal TotalOf(const store::StoredTrial& trial, std::size_t i) {
     const JudgementUnder& under = trial.judgement.under[i];
-    pictures::GradedTotal total{under.difference.back(), kUnset, kUnset, under.total};
-    double limit = HUGE_VAL;
-    if (const auto* box = std::get_if<CBoxTolData>(&trial.limits[i])) limit = (*box)[CBoxTolData::kTotal];
-    if (const auto* ellipse = std::get_if<CEllipseData>(&trial.limits[i]))
-      limit = (*ellipse)[CEllipseData::kTotalLimit];
-    if (!std::isfinite(limit)) return total;
-    total.limit = limit;
-    total.warning = limit * trial.conditions.warningFactor;
-    return total;
+    const double limit = TotalLimitOf(trial.limits[i]);
+    return {under.difference.back(), limit, limit * trial.conditions.warningFactor, under.total};
   }
 
   void WriteStandard(std::size_t i) {

@@ -79,10 +79,7 @@ void AddJobProfiles(Command& job) {
   Command list = job.AddCommand("profiles", "List the profiles of a job and of this user");
   AddJobOptions(list, options->job);
   AddFormatOption(list, options->format);
-  list.SetAction([options] {
-    RunList(*options);
-    return kExitPass;
-  });
+  SetAction(list, options, RunList);
   list.SetNotes("Example:\n  vrx job profiles\n");
 }
 

@@ -18,6 +18,7 @@
 #include "tools/vrx/job/job_options.h"
 #include "tools/vrx/judging/judging_options.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/output/property_rows.h"
 
 namespace vrx::tool {
 namespace {
@@ -122,13 +123,6 @@ std::string GeometriesText(const std::vector<int32_t>& geometries) {
   return text;
 }
 
-std::string IlluminantsText(const JudgeConditions& conditions) {
-  std::string text;
-  for (const vrxIlluminant illuminant : conditions.illuminants)
-    text += (text.empty() ? "" : ",") + CodeOf(illuminant);
-  return text;
-}
-
 void RunList(const StandardOptions& options) {
   const auto job = OpenJob(options.job);
   OutputStream output;
@@ -147,7 +141,7 @@ void RunList(const StandardOptions& options) {
     rows->Text(entry.added);
     rows->Text(GeometriesText(entry.geometries));
     rows->Text(entry.conditions ? ShortNameOf(entry.conditions->difference.system) : "");
-    rows->Text(entry.conditions ? IlluminantsText(*entry.conditions) : "");
+    rows->Text(entry.conditions ? CodesOf(entry.conditions->illuminants) : "");
     rows->Text(entry.hasLimits ? "own" : "");
     rows->Integer(entry.trials);
     rows->EndRow();
@@ -179,33 +173,28 @@ void RunShow(const StandardOptions& options) {
   const std::optional<store::Standard> standard = job->FindStandard(options.name);
   if (!standard) throw InputError(options.job.File() + ": there is no standard \"" + options.name + "\"");
   OutputStream output;
-  const auto rows = MakeRowWriter(options.format, output, {{"property"}, {"value"}});
-  const auto add = [&rows](const std::string& property, const std::string& value) {
-    rows->Text(property);
-    rows->Text(value);
-    rows->EndRow();
-  };
-  add("standard", standard->name);
-  add("version", std::to_string(standard->version));
-  if (standard->conditions) add("conditions", store::ConditionsText(*standard->conditions));
+  PropertyRows rows(options.format, output);
+  rows.Add("standard", standard->name);
+  rows.Add("version", std::to_string(standard->version));
+  if (standard->conditions) rows.Add("conditions", store::ConditionsText(*standard->conditions));
   for (const store::StandardLimits& row : standard->limits) {
     std::string where = GeometryName(row.geometry);
     if (row.illuminant >= 0)
       where += (where.empty() ? "" : " ") + CodeOf(static_cast<vrxIlluminant>(row.illuminant));
-    add(where.empty() ? "limits" : "limits, " + where, LimitsText(row.limits));
+    rows.Add(where.empty() ? "limits" : "limits, " + where, LimitsText(row.limits));
   }
   for (const store::MeasuredCurve& curve : standard->curves) {
     std::string numbers;
     for (const double sample : curve.samples) numbers += (numbers.empty() ? "" : " ") + ShortestText(sample);
     const std::string geometry = GeometryName(curve.geometry);
-    add(geometry.empty() ? "curve" : "curve, " + geometry, numbers);
-    if (!curve.date.empty()) add("measured", curve.date);
+    rows.Add(geometry.empty() ? "curve" : "curve, " + geometry, numbers);
+    if (!curve.date.empty()) rows.Add("measured", curve.date);
     for (const std::string& line : SplitList(curve.measuring, '\n')) {
       const std::size_t tab = line.find('\t');
-      if (tab != std::string::npos) add(line.substr(0, tab), line.substr(tab + 1));
+      if (tab != std::string::npos) rows.Add(line.substr(0, tab), line.substr(tab + 1));
     }
   }
-  rows->Finish();
+  rows.Finish();
   output.Finish();
 }
 
@@ -249,18 +238,12 @@ void AddJobStandards(Command& job) {
     command.AddOption("STANDARD", options->name, "Id of the standard").Required();
   rename.AddOption("NAME", options->newName, "Its new id").Required();
   remove.AddFlag("--with-trials", options->withTrials, "Remove it even if it has trials");
-  const auto setAction = [&options](Command& command, void (*run)(const StandardOptions&)) {
-    command.SetAction([options, run] {
-      run(*options);
-      return kExitPass;
-    });
-  };
-  setAction(list, RunList);
-  setAction(show, RunShow);
-  setAction(remove, [](const StandardOptions& given) {
+  SetAction(list, options, RunList);
+  SetAction(show, options, RunShow);
+  SetAction(remove, options, [](const StandardOptions& given) {
     OpenJob(given.job)->RemoveStandard(given.name, given.withTrials, given.job.Author());
   });
-  setAction(rename, [](const StandardOptions& given) {
+  SetAction(rename, options, [](const StandardOptions& given) {
     OpenJob(given.job)->RenameStandard(given.name, given.newName, given.job.Author());
   });
   list.SetNotes("Example:\n  vrx job standards --job plant.vrxjob\n");

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include <vrxstore/records/stored_form.h>
+#include <vrxstore/digest/digest.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"

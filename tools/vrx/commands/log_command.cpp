@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <vrxio/text/path.h>
 #include <vrxmath/platform/files.h>
 #include <vrxmath/platform/settings_store.h>
 #include <vrxmath/support/diagnostic_log.h>
@@ -48,9 +49,8 @@ void Switch(DiagChannel channel, int32_t mode) {
 // The log appends its file name to the directory as it stands, from whichever directory the host runs in.
 void SetDirectory(const std::string& directory) {
   if (directory.empty()) return;
-  const std::filesystem::path given(std::u8string(directory.begin(), directory.end()));
-  const std::u8string full = (std::filesystem::absolute(given) / "").lexically_normal().u8string();
-  const std::string path(full.begin(), full.end());
+  const std::filesystem::path given = io::PathOf(directory);
+  const std::string path = io::Utf8Of((std::filesystem::absolute(given) / "").lexically_normal());
   if (!std::filesystem::is_directory(given)) throw InputError(directory + " is not a directory");
   const CString stored = CString::FromUtf8(path);
   if (stored.GetLength() > kMaxSettingText) throw InputError(directory + " is too long a path for the log");

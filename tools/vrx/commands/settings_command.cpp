@@ -99,14 +99,6 @@ void RunList(const SettingsOptions& options) {
   output.Finish();
 }
 
-void SetAction(Command& action, const std::shared_ptr<SettingsOptions>& options,
-               void (*run)(const SettingsOptions&)) {
-  action.SetAction([options, run] {
-    run(*options);
-    return kExitPass;
-  });
-}
-
 }  // namespace
 
 void AddSettings(Command& tool) {

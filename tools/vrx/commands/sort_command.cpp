@@ -21,6 +21,7 @@
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/judging/judging_options.h"
 #include "tools/vrx/judging/shade_groups.h"
 #include "tools/vrx/judging/standard_library.h"
 #include "tools/vrx/judging/standards.h"
@@ -275,8 +276,7 @@ void RunGroups(SortOptions& options) {
 }
 
 void RunSort(SortOptions& options, const Command& command) {
-  if (options.viewing.Illuminants().size() != 1)
-    throw InputError("--illuminants: this command takes exactly one");
+  options.viewing.RequireOneIlluminant();
   if (command.IsGiven("--groups")) return RunGroups(options);
   const bool oneFile = options.standard.empty();
   if (options.trials == "-" && (oneFile || options.standard == "-")) {
@@ -292,11 +292,7 @@ void RunSort(SortOptions& options, const Command& command) {
   }
   const auto standards =
       OneStandard(std::move(standardRows), options.standardId, oneFile ? nullptr : &trials, false);
-  JudgeSettings settings;
-  settings.illuminants = options.viewing.Illuminants();
-  settings.observer = options.viewing.Observer();
-  settings.difference = options.system.Settings();
-  settings.angle = options.system.Angle();
+  const JudgeSettings settings = SettingsUnder(options.viewing, options.system);
   Sorter sorter(BlocksOf(options.blocks), settings);
   Judge judge(settings);
   CurveRow trial;

@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include <vrxio/text/path.h>
+
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/output_error.h"
 #include "tools/vrx/base/terminal.h"
@@ -34,17 +36,8 @@ struct WatchOptions {
   double every = 2, settle = 2;
 };
 
-std::string Utf8(const fs::path& path) {
-  const std::u8string text = path.u8string();
-  return {text.begin(), text.end()};
-}
-
-fs::path PathOf(const std::string& path) {
-  return {std::u8string(path.begin(), path.end())};
-}
-
 [[noreturn]] void Fail(const fs::path& path, const std::error_code& code) {
-  throw OutputError(Utf8(path) + ": " + code.message());
+  throw OutputError(io::Utf8Of(path) + ": " + code.message());
 }
 
 // The files that wait in a folder, by name: those that nobody has written to for a while.
@@ -57,7 +50,7 @@ std::vector<fs::path> WaitingFiles(const fs::path& folder, double settle) {
   fs::directory_iterator entries(folder, code);
   if (code) Fail(folder, code);
   for (const fs::directory_entry& entry : entries) {
-    const bool isHidden = Utf8(entry.path().filename()).starts_with('.');
+    const bool isHidden = io::Utf8Of(entry.path().filename()).starts_with('.');
     if (isHidden || !entry.is_regular_file(code) || entry.last_write_time(code) > before) continue;
     files.push_back(entry.path());
   }
@@ -84,7 +77,7 @@ fs::path MoveInto(const char* folder, const fs::path& file) {
 // Judges the trials of a file into the job: all of them in one transaction, or none.
 void JudgeFile(const WatchOptions& options, const fs::path& file, const Command& command) {
   ComparisonOptions comparison = options.comparison;
-  comparison.trials = Utf8(file);
+  comparison.trials = io::Utf8Of(file);
   JudgingOptions judging = options.judging;
   JobRun job(options.job, comparison, judging, command);
   Comparison trials(comparison, judging.viewing);
@@ -112,7 +105,7 @@ void TakeFile(const WatchOptions& options, const fs::path& file, const Command& 
     return;
   }
   const fs::path refused = MoveInto("refused", file);
-  ReplaceFile(Utf8(refused) + ".reason.txt", reason + "\n");
+  ReplaceFile(io::Utf8Of(refused) + ".reason.txt", reason + "\n");
   PrintMessage(reason);
 }
 
@@ -120,7 +113,7 @@ void RunWatch(const WatchOptions& options, const Command& command) {
   // What is wrong with the job or the options is no fault of the files.
   SettingsOfJob(*OpenJob(options.job), options.job.File(), options.comparison.standardId, options.judging,
                 command);
-  const fs::path folder = PathOf(options.folder);
+  const fs::path folder = io::PathOf(options.folder);
   const InterruptWatch interrupt;
   while (true) {
     for (const fs::path& file : WaitingFiles(folder, options.settle)) {
@@ -134,10 +127,6 @@ void RunWatch(const WatchOptions& options, const Command& command) {
       std::this_thread::sleep_for(std::chrono::duration<double>(kStep));
     }
   }
-}
-
-std::string RefuseNegative(const std::string& text) {
-  return text.starts_with('-') ? "must be 0 or more" : "";
 }
 
 }  // namespace

@@ -72,6 +72,10 @@ int32_t ViewingOptions::Observer() const {
   return observer.empty() ? kObserver10 : ParseObserver(observer);
 }
 
+void ViewingOptions::RequireOneIlluminant() const {
+  if (Illuminants().size() != 1) throw InputError("--illuminants: this command takes exactly one");
+}
+
 void ViewingOptions::TakeStated(const CurveReader& file) {
   const MeasuringConditions& stated = file.FirstConditions();
   if (illuminants.empty() && !stated.otherIlluminant.empty()) {

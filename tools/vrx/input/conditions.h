@@ -30,6 +30,8 @@ struct ViewingOptions {
   /// Registers the illuminants of the files first.
   std::vector<vrxIlluminant> Illuminants() const;
   int32_t Observer() const;
+  /// Throws InputError where the options name several illuminants, for a command that takes one.
+  void RequireOneIlluminant() const;
 
   /// Follows the files that are to be seen so. Colours without curves count under the light of their file: what it says of
   /// that takes the place of what the options leave open. Throws InputError where another light was asked for, where files

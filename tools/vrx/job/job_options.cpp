@@ -12,6 +12,12 @@ std::string JobOptions::File() const {
   return named != nullptr ? named : "";
 }
 
+std::string RefuseNegative(const std::string& text) {
+  char* end = nullptr;
+  const double number = std::strtod(text.c_str(), &end);
+  return end != text.c_str() && number >= 0 ? "" : "must be 0 or more";
+}
+
 void AddJobOptions(Command& owner, JobOptions& options) {
   Command command = owner.Group("Job");
   command.AddOption("--job", options.file, "File of the job; otherwise the one that VRX_JOB names")
@@ -19,11 +25,7 @@ void AddJobOptions(Command& owner, JobOptions& options) {
       .Shows("FILE");
   command.AddOption("--wait", options.wait, "Wait as long as this for others that write into the job")
       .Shows("SECONDS [60]")
-      .Check([](const std::string& text) {
-        char* end = nullptr;
-        const double seconds = std::strtod(text.c_str(), &end);
-        return end != text.c_str() && seconds >= 0 ? "" : "must be 0 or more";
-      });
+      .Check(RefuseNegative);
 }
 
 void AddJobChangeOptions(Command& owner, JobOptions& options) {

@@ -22,6 +22,9 @@ struct JobOptions {
   std::string File() const;
 };
 
+/// The complaint about a text that is no number of 0 or more, for Option::Check; empty for one that is.
+std::string RefuseNegative(const std::string& text);
+
 /// Adds `--job` and `--wait`.
 void AddJobOptions(Command& owner, JobOptions& options);
 /// Adds those, and `--by` and `--why`, for commands that change something.

@@ -29,17 +29,13 @@ std::vector<store::StandardEntry> EntriesOf(store::Store& store, const std::stri
                                             : ": there is no standard \"" + standard + "\""));
 }
 
-std::string TextOfConditions(const store::StandardEntry& entry) {
-  return entry.conditions ? store::ConditionsText(*entry.conditions) : "";
-}
-
 // The conditions that all standards share; those of no options where they have none.
 std::optional<JudgeConditions> SharedConditions(const std::vector<store::StandardEntry>& entries,
                                                 const std::string& file, bool areGiven) {
-  const std::string first = TextOfConditions(entries.front());
+  const std::optional<JudgeConditions>& first = entries.front().conditions;
   const auto other = std::ranges::find_if(
-      entries, [&](const store::StandardEntry& entry) { return TextOfConditions(entry) != first; });
-  if (other == entries.end()) return entries.front().conditions;
+      entries, [&](const store::StandardEntry& entry) { return entry.conditions != first; });
+  if (other == entries.end()) return first;
   if (areGiven) return std::nullopt;
   throw InputError(
       file + ": standards \"" + entries.front().name + "\" and \"" + other->name +
@@ -121,7 +117,7 @@ JudgeSettings SettingsOfJob(store::Store& store, const std::string& file, const 
   const bool takesLimits = !GivesLimits(options);
   const bool allHaveLimits = std::ranges::all_of(entries, &store::StandardEntry::hasLimits);
   // The usual tolerance is no question where every standard has limits of its own.
-  if (takesLimits && allHaveLimits) given.tolerance = "1.5";
+  if (takesLimits && allHaveLimits) given.tolerance = kUsualTolerance;
   AddLimits(given, settings);
   if (own && options.verdict.empty()) settings.rule = own->rule;
   if (own && !command.IsGiven("--warning")) settings.warningFactor = own->warningFactor;

@@ -15,8 +15,6 @@
 namespace vrx::tool {
 namespace {
 
-const std::string kUsualTolerance = "1.5";
-
 // Makes the ellipsoids of the system decide, grown by the factor that --tolerance or the parameters name.
 void BuildEllipses(const JudgingOptions& options, JudgeSettings& settings) {
   CDifferenceSettings& difference = settings.difference;
@@ -229,12 +227,17 @@ void AddLimits(const JudgingOptions& options, JudgeSettings& settings) {
   RequireLimitsOfComponents(settings);
 }
 
-JudgeSettings SettingsOf(const JudgingOptions& options) {
+JudgeSettings SettingsUnder(const ViewingOptions& viewing, const SystemOptions& system) {
   JudgeSettings settings;
-  settings.illuminants = options.viewing.Illuminants();
-  settings.observer = options.viewing.Observer();
-  settings.difference = options.system.Settings();
-  settings.angle = options.system.Angle();
+  settings.illuminants = viewing.Illuminants();
+  settings.observer = viewing.Observer();
+  settings.difference = system.Settings();
+  settings.angle = system.Angle();
+  return settings;
+}
+
+JudgeSettings SettingsOf(const JudgingOptions& options) {
+  JudgeSettings settings = SettingsUnder(options.viewing, options.system);
   AddLimits(options, settings);
   return settings;
 }

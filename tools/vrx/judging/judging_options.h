@@ -39,12 +39,17 @@ void AddJudgingOptions(Command& owner, JudgingOptions& options, const std::strin
 /// total; components that nobody limits have none. Throws InputError for texts that name none, and when they are not given
 /// for another system.
 CBoxTolData BoxOf(const LimitOptions& options, int32_t system);
+/// The limit of the total difference that holds where nobody gives one.
+inline const std::string kUsualTolerance = "1.5";
 /// Adds `--tolerance`, `--limits`, `--verdict` and `--warning`; `usual` is what holds without the first.
 void AddToleranceOptions(Command& owner, LimitOptions& options, const std::string& usual);
 /// Gives the settings the limits, the rule and the warning of the options; where a least grade decides, differences have only
 /// the limits that are given. Throws InputError as BoxOf, and for a verdict on
 /// components without limits.
 void SetLimits(const LimitOptions& options, JudgeSettings& settings);
+
+/// The settings under the conditions of the options, without limits.
+JudgeSettings SettingsUnder(const ViewingOptions& viewing, const SystemOptions& system);
 
 /// Gives the settings, whose conditions are set, the limits of the options and of their files. Throws InputError when they cannot be
 /// used.

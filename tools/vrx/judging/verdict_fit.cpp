@@ -14,20 +14,13 @@ namespace {
 
 constexpr std::size_t kMostVerdicts = 200'000;
 
-std::string Lower(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  return lower;
-}
-
 // 1 for accepted, 0 for rejected; none for another text.
 std::optional<std::uint8_t> VerdictFrom(std::string_view text) {
-  const std::string lower = Lower(text);
   for (const char* yes : {"accept", "accepted", "pass", "yes", "1"}) {
-    if (lower == yes) return std::uint8_t{1};
+    if (EqualsIgnoringCase(text, yes)) return std::uint8_t{1};
   }
   for (const char* no : {"reject", "rejected", "fail", "no", "0"}) {
-    if (lower == no) return std::uint8_t{0};
+    if (EqualsIgnoringCase(text, no)) return std::uint8_t{0};
   }
   return std::nullopt;
 }
@@ -100,7 +93,7 @@ class Collected {
 }  // namespace
 
 bool IsVerdictHeading(std::string_view heading) {
-  return Lower(heading) == "verdict";
+  return EqualsIgnoringCase(heading, "verdict");
 }
 
 std::vector<CDifferenceSettings> UsualChoices() {

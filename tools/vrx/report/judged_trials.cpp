@@ -36,11 +36,6 @@ std::pair<int32_t, double> JudgedTrial::Badness() const {
   return {-verdict, total};
 }
 
-double JudgedView::Colour::TotalLimit() const {
-  if (const auto* ellipse = std::get_if<CEllipseData>(&limits)) return (*ellipse)[CEllipseData::kTotalLimit];
-  return std::get<CBoxTolData>(limits)[CBoxTolData::kTotal];
-}
-
 JudgedTrials::JudgedTrials(const JudgeSettings& settings)
     : settings_(settings), columns_(DifferenceColumnsOf(settings.difference.system)) {}
 
@@ -107,7 +102,7 @@ std::string JudgedTrials::NameOf(const JudgedView& view) {
 
 pictures::GradedTotal JudgedTrials::TotalOf(const JudgedTrial& trial, std::size_t i) const {
   const JudgedView::Colour& colour = views_[trial.view].colours[i];
-  const double limit = colour.TotalLimit(), total = trial.results[i].Total();
+  const double limit = TotalLimitOf(colour.limits), total = trial.results[i].Total();
   const Verdict verdict =
       std::isnan(total) || IsUnset(total) ? kFail : GradeTotal(total, limit, settings_.warningFactor);
   return {total, limit, limit * settings_.warningFactor, verdict};

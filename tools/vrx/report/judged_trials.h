@@ -49,8 +49,6 @@ struct JudgedView {
     ShownColour shown;
     Lab lab;
     JudgeLimits limits;
-
-    double TotalLimit() const;
   };
   std::string standard;
   int32_t geometry = kNoGeometry;

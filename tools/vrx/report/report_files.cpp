@@ -23,23 +23,20 @@
 #include <unistd.h>
 #endif
 
+#include <vrxio/text/path.h>
 #include <vrxio/text/whole_file.h>
+#include <vrxstore/digest/digest.h>
 #include <vrxmath/platform/exceptions.h>
 #include <vrxmath/platform/files.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/terminal.h"
 #include "tools/vrx/output/file_output.h"
-#include "tools/vrx/report/digest.h"
 
 namespace vrx::tool {
 namespace {
 
 namespace fs = std::filesystem;
-
-fs::path PathOf(const std::string& utf8) {
-  return std::u8string(utf8.begin(), utf8.end());
-}
 
 // A folder of its own under the system's temporary one, removed with all that is in it.
 class ScratchFolder {
@@ -63,10 +60,7 @@ class ScratchFolder {
       std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
   }
-  std::string operator/(const char* name) const {
-    const std::u8string path = (path_ / name).u8string();
-    return {path.begin(), path.end()};
-  }
+  std::string operator/(const char* name) const { return io::Utf8Of(path_ / name); }
 
  private:
   fs::path path_;
@@ -145,7 +139,7 @@ std::vector<std::string> PrintingCommand(const std::string& browser, const Scrat
 }  // namespace
 
 std::string Sha256(std::string_view content) {
-  Digest digest;
+  store::Digest digest;
   digest.Add(content);
   return digest.Finish();
 }
@@ -153,8 +147,8 @@ std::string Sha256(std::string_view content) {
 std::string HashOfFile(const std::string& path) {
   std::error_code ignored;
   FileReader reader;
-  if (!fs::is_regular_file(PathOf(path), ignored) || !reader.Open(path)) return {};
-  Digest digest;
+  if (!fs::is_regular_file(io::PathOf(path), ignored) || !reader.Open(path)) return {};
+  store::Digest digest;
   std::string part(std::size_t{1} << 16, '\0');
   try {
     while (const std::size_t count = reader.Read(std::as_writable_bytes(std::span(part)))) {
@@ -163,12 +157,7 @@ std::string HashOfFile(const std::string& path) {
   } catch (const CArchiveException&) {
     throw InputError(path + ": cannot be read: " + reader.GetError());
   }
-  std::string text;
-  for (const char octet : digest.Finish()) {
-    text += "0123456789abcdef"[(octet >> 4) & 15];
-    text += "0123456789abcdef"[octet & 15];
-  }
-  return text;
+  return store::HexText(digest.Finish());
 }
 
 std::string PictureUrl(const std::string& path) {
@@ -179,7 +168,7 @@ std::string PictureUrl(const std::string& path) {
   if (content.starts_with("\xFF\xD8\xFF")) type = "image/jpeg";
   if (content.starts_with("<") && content.find("<svg") != std::string::npos) type = "image/svg+xml";
   if (type == nullptr) throw InputError(path + ": not a PNG, JPEG or SVG picture");
-  return std::string("data:") + type + ";base64," + Base64(content);
+  return std::string("data:") + type + ";base64," + store::Base64(content);
 }
 
 void PrintToPdf(std::string_view html, const std::string& path) {
@@ -199,7 +188,7 @@ void PrintToPdf(std::string_view html, const std::string& path) {
   }
   const std::string printed = folder / "report.pdf";
   std::error_code error;
-  const auto size = fs::file_size(PathOf(printed), error);
+  const auto size = fs::file_size(io::PathOf(printed), error);
   if (error) throw InputError(path + ": Chromium printed nothing; write a .html file and print that");
   ReplaceFile(path, ReadWholeFile(printed, static_cast<std::size_t>(size)));
 }

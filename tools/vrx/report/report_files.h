@@ -6,8 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "tools/vrx/report/digest.h"
-
 namespace vrx::tool {
 
 /// SHA-256 (FIPS 180-4) of a text, as 32 bytes.

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include <vrxio/text/decimal.h>
+#include <vrxstore/digest/digest.h>
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/platform/clock.h>
 
@@ -367,7 +368,7 @@ std::string ReportPage::Html() const {
       "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
       "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data:; "
       "style-src 'unsafe-inline'; script-src 'sha256-" +
-      Base64(Sha256(kReportScript)) +
+      store::Base64(Sha256(kReportScript)) +
       "'\">\n<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
       "<meta name=\"color-scheme\" content=\"light dark\">\n<title>" +
       title + "</title>\n<style>\n";

@@ -1,16 +1,16 @@
+#include <vrxstore/digest/digest.h>
+
 #include <vrxmath/platform/win32/win32.h>
 
 #include <bcrypt.h>
+#include <stdexcept>
 #include <wincrypt.h>
 
-#include "tools/vrx/output/output.h"
-#include "tools/vrx/report/digest.h"
-
-namespace vrx::tool {
+namespace vrx::store {
 namespace {
 
 void Check(NTSTATUS status) {
-  if (status < 0) throw OutputError("the operating system cannot compute SHA-256");
+  if (status < 0) throw std::runtime_error("the operating system cannot compute SHA-256");
 }
 
 // The calls do not write through this pointer.
@@ -51,9 +51,9 @@ std::string Base64(std::string_view bytes) {
   std::string text(4 * ((bytes.size() + 2) / 3) + 1, '\0');  // the call adds a terminator
   auto length = static_cast<DWORD>(text.size());
   if (count > 0 && !::CryptBinaryToStringA(Octets(bytes), count, kForm, text.data(), &length))
-    throw OutputError("the operating system cannot encode Base64");
+    throw std::runtime_error("the operating system cannot encode Base64");
   text.resize(count > 0 ? length : 0);
   return text;
 }
 
-}  // namespace vrx::tool
+}  // namespace vrx::store

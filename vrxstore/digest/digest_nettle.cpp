@@ -1,9 +1,9 @@
+#include <vrxstore/digest/digest.h>
+
 #include <nettle/base64.h>
 #include <nettle/sha2.h>
 
-#include "tools/vrx/report/digest.h"
-
-namespace vrx::tool {
+namespace vrx::store {
 namespace {
 
 const uint8_t* Octets(std::string_view text) {
@@ -37,4 +37,4 @@ std::string Base64(std::string_view bytes) {
   return text;
 }
 
-}  // namespace vrx::tool
+}  // namespace vrx::store

@@ -1,14 +1,14 @@
 // SHA-256 (FIPS 180-4) and Base64 where no library has them: in WebAssembly.
 
+#include <vrxstore/digest/digest.h>
+
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 
-#include "tools/vrx/report/digest.h"
-
-namespace vrx::tool {
+namespace vrx::store {
 namespace {
 
 constexpr std::size_t kBlock = 64;
@@ -105,4 +105,4 @@ std::string Base64(std::string_view bytes) {
   return text;
 }
 
-}  // namespace vrx::tool
+}  // namespace vrx::store

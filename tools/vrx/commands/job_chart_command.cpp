@@ -1,0 +1,282 @@
+// vrx job trend, statistics: control charts and capability of what a job holds.
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include <vrxstore/charts/control_chart.h>
+#include <vrxmath/colorimetry/color_records.h>
+#include <vrxmath/foundation/numbers.h>
+
+#include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/commands/job_commands.h"
+#include "tools/vrx/input/conditions.h"
+#include "tools/vrx/job/job_filter.h"
+#include "tools/vrx/judging/verdict_texts.h"
+#include "tools/vrx/output/output.h"
+
+namespace vrx::tool {
+namespace {
+
+struct ChartOptions : JobFilterOptions {
+  std::string illuminant, value;
+};
+
+constexpr std::size_t kMostPoints = 1'000'000;  // that a chart is made of
+
+// The values of one standard under one illuminant in the order of time, as charts take them.
+struct Series {
+  struct Point {
+    int64_t number;
+    std::string taken, trial;
+  };
+  std::string standard, geometry, illuminant, system, element;
+  std::vector<Point> points;
+  std::vector<double> values;
+  std::vector<store::Triple> lab;
+  std::int64_t accepted = 0;
+  double lower = -HUGE_VAL, upper = HUGE_VAL;  // the tolerance of the last trial
+};
+
+// The elements of a system's difference by their names: the total where none is asked for.
+int32_t ElementByName(int32_t system, const std::string& name) {
+  if (name.empty()) return CDeltaValues::kTotal;
+  std::string known;
+  for (const DifferenceColumn& column : DifferenceColumnsOf(system)) {
+    const std::string element = ElementName(column.heading);
+    if (EqualsIgnoringCase(element, name)) return column.element;
+    known += " " + element;
+  }
+  throw InputError("--value: \"" + name + "\" is not one of" + known);
+}
+
+// The limits that a trial's element was judged by: those of the total or of a component of its box.
+void TakeTolerance(const store::StoredTrial& trial, std::size_t illuminant, int32_t element, Series& series) {
+  series.lower = -HUGE_VAL;
+  series.upper = HUGE_VAL;
+  const JudgeLimits& limits = trial.limits[illuminant];
+  const auto* box = std::get_if<CBoxTolData>(&limits);
+  if (element == CDeltaValues::kTotal) {
+    series.upper = TotalLimitOf(limits);
+  } else if (box != nullptr) {
+    for (int32_t d = 0; d < 3; ++d) {
+      const auto limit = static_cast<BrokenLimit>(static_cast<int32_t>(BrokenLimit::kFirst) + d);
+      if (ElementOf(limit, trial.conditions.difference.system) != element) continue;
+      const Interval interval = box->Limits(d);
+      series.lower = interval.lower;
+      series.upper = interval.upper;
+    }
+  }
+}
+
+class SeriesOfJob {
+ public:
+  explicit SeriesOfJob(const ChartOptions& options) : options_(options) {
+    if (!options.illuminant.empty()) illuminant_ = ParseIlluminant(options.illuminant);
+  }
+
+  void Take(const store::StoredTrial& trial) {
+    for (std::size_t i = 0; i < trial.judgement.under.size(); ++i) {
+      if (illuminant_ && trial.conditions.illuminants[i] != *illuminant_) continue;
+      const JudgementUnder& under = trial.judgement.under[i];
+      if (!under.available || !std::isfinite(under.difference.back())) {
+        ++unavailable_;
+        continue;
+      }
+      Add(trial, i, under);
+    }
+  }
+  const std::map<std::string, Series>& All() const { return series_; }
+  void Warn(const std::string& file) const {
+    if (unavailable_ > 0)
+      PrintMessage(file + ": warning: " + std::to_string(unavailable_) +
+                   " outcomes without a difference are left out");
+  }
+
+ private:
+  void Add(const store::StoredTrial& trial, std::size_t i, const JudgementUnder& under) {
+    const std::string illuminant = CodeOf(trial.conditions.illuminants[i]);
+    const std::string geometry = GeometryName(trial.geometry);
+    // A difference in one system says nothing about those in another.
+    const std::string system = TitleOf(trial.conditions.difference);
+    std::string key = trial.standard;
+    for (const std::string& part :
+         {geometry, std::to_string(i), illuminant, system, std::to_string(trial.conditions.observer)})
+      key.append(1, '\0').append(part);
+    Series& series = series_[key];
+    const int32_t element = ElementByName(trial.conditions.difference.system, options_.value);
+    if (series.values.empty()) {
+      series.standard = trial.standard;
+      series.geometry = geometry;
+      series.illuminant = illuminant;
+      series.system = system;
+      series.element = NameOfElement(trial.conditions.difference.system, element);
+    }
+    if (series.values.size() == kMostPoints)
+      throw InputError("more than 1000000 trials for one chart; --since leaves fewer");
+    series.points.push_back({trial.number, trial.taken, trial.name});
+    series.values.push_back(under.difference[static_cast<std::size_t>(element)]);
+    series.lab.push_back({under.trial.lab.L, under.trial.lab.a, under.trial.lab.b});
+    series.accepted += trial.IsAccepted();
+    TakeTolerance(trial, i, element, series);
+  }
+
+  const ChartOptions& options_;
+  std::optional<vrxIlluminant> illuminant_;
+  std::map<std::string, Series> series_;
+  int64_t unavailable_ = 0;
+};
+
+SeriesOfJob SeriesOf(const ChartOptions& options) {
+  const auto job = OpenJob(options.job);
+  const auto cursor = job->Trials(options.Filter());
+  SeriesOfJob series(options);
+  for (store::StoredTrial trial; cursor->Next(trial);) series.Take(trial);
+  if (series.All().empty()) throw InputError(options.job.File() + ": the job has no trials of these");
+  series.Warn(options.job.File());
+  return series;
+}
+
+std::string RulesText(const store::BrokenRules& broken) {
+  std::string text;
+  for (std::size_t k = 0; k < broken.size(); ++k) {
+    if (broken[k]) text.append(text.empty() ? "" : " ").append(NameOf(static_cast<store::ChartRule>(k)));
+  }
+  return text;
+}
+
+void RunTrend(const ChartOptions& options) {
+  const SeriesOfJob all = SeriesOf(options);
+  OutputStream output;
+  const auto rows = MakeRowWriter(options.format, output,
+                                  {{"standard"},
+                                   {.name = "geometry", .room = Room::kSpare},
+                                   {"illuminant"},
+                                   {"number"},
+                                   {.name = "taken", .room = Room::kSpare},
+                                   {"trial"},
+                                   {.name = "element", .room = Room::kSpare},
+                                   {"value"},
+                                   {.name = "range", .room = Room::kSpare},
+                                   {"centre"},
+                                   {"lower"},
+                                   {"upper"},
+                                   {.name = "rules", .room = Room::kWhole},
+                                   {"T2"},
+                                   {"T2 limit"}});
+  for (const auto& [key, series] : all.All()) {
+    const store::IndividualsChart chart = store::MakeIndividualsChart(series.values);
+    const store::HotellingChart hotelling = store::MakeHotellingChart(series.lab);
+    for (std::size_t i = 0; i < series.values.size(); ++i) {
+      rows->Text(series.standard);
+      rows->Text(series.geometry);
+      rows->Text(series.illuminant);
+      rows->Integer(series.points[i].number);
+      rows->Text(series.points[i].taken);
+      rows->Text(series.points[i].trial);
+      rows->Text(series.element);
+      rows->Known(series.values[i]);
+      i == 0 ? rows->Number(kUnset) : rows->Known(chart.ranges[i]);
+      for (const double line : {chart.centre, chart.lower, chart.upper})
+        series.values.size() > 1 ? rows->Known(line) : rows->Number(kUnset);
+      const std::string rules = RulesText(chart.broken[i]);
+      rows->Text(rules, rules.empty() ? Tint::kPlain : Tint::kWarning);
+      hotelling.isKnown ? rows->Known(hotelling.t2[i]) : rows->Number(kUnset);
+      hotelling.isKnown ? rows->Known(hotelling.limit) : rows->Number(kUnset);
+      rows->EndRow();
+    }
+  }
+  rows->Finish();
+  output.Finish();
+}
+
+// Capability in a tolerance of one side has no Cp, and in none at all nothing.
+double Shown(double value) {
+  return std::isfinite(value) ? value : kUnset;
+}
+
+void RunStatistics(const ChartOptions& options) {
+  const SeriesOfJob all = SeriesOf(options);
+  OutputStream output;
+  const auto rows = MakeRowWriter(options.format, output,
+                                  {{"standard"},
+                                   {.name = "geometry", .room = Room::kSpare},
+                                   {"illuminant"},
+                                   {.name = "system", .room = Room::kSpare},
+                                   {"element"},
+                                   {"trials"},
+                                   {"accepted"},
+                                   {"mean"},
+                                   {.name = "deviation", .heading = "s.d."},
+                                   {.name = "lower", .room = Room::kSpare},
+                                   {.name = "upper", .room = Room::kSpare},
+                                   {.name = "tolerance", .heading = "limit"},
+                                   {"Cp"},
+                                   {"Cpk"},
+                                   {"signals"},
+                                   {"T2 beyond"}});
+  for (const auto& [key, series] : all.All()) {
+    const store::IndividualsChart chart = store::MakeIndividualsChart(series.values);
+    const store::HotellingChart hotelling = store::MakeHotellingChart(series.lab);
+    const store::Capability capability = store::CapabilityOf(series.values, series.lower, series.upper);
+    const bool isChart = series.values.size() > 1;
+    rows->Text(series.standard);
+    rows->Text(series.geometry);
+    rows->Text(series.illuminant);
+    rows->Text(series.system);
+    rows->Text(series.element);
+    rows->Integer(static_cast<int64_t>(series.values.size()));
+    rows->Integer(series.accepted);
+    isChart ? rows->Known(capability.mean) : rows->Known(series.values.front());
+    rows->Number(capability.deviation);
+    isChart ? rows->Known(chart.lower) : rows->Number(kUnset);
+    isChart ? rows->Known(chart.upper) : rows->Number(kUnset);
+    rows->Number(Shown(series.upper));
+    rows->Number(Shown(capability.cp));
+    rows->Number(Shown(capability.cpk));
+    rows->Integer(std::ranges::count_if(
+        chart.broken, [](const store::BrokenRules& broken) { return broken != store::BrokenRules{}; }));
+    rows->Integer(std::ranges::count_if(hotelling.t2, [&](double t2) { return t2 > hotelling.limit; }));
+    rows->EndRow();
+  }
+  rows->Finish();
+  output.Finish();
+}
+
+}  // namespace
+
+void AddJobCharts(Command& job) {
+  const auto options = std::make_shared<ChartOptions>();
+  Command trend = job.AddCommand(
+      "trend", "Chart the trials of a standard: individuals, moving ranges and Hotelling's T2");
+  Command statistics =
+      job.AddCommand("statistics", "Summarise each standard: mean, spread, Cp, Cpk and signals");
+  for (Command command : {trend, statistics}) {
+    AddJobFilterOptions(command, *options);
+    command.AddOption("--illuminant", options->illuminant, "Only this illuminant").Shows("CODE");
+    command.AddOption("--value", options->value, "Element of the difference, such as dL; otherwise the total")
+        .Shows("NAME");
+  }
+  SetAction(trend, options, RunTrend);
+  SetAction(statistics, options, RunStatistics);
+  trend.SetNotes(
+      "The limits lie three sigma about the mean; sigma comes from the mean moving range. A point that "
+      "breaks one\n"
+      "of the Western Electric rules has its name beside it. T2 takes L*, a* and b* together: a colour "
+      "difference\n"
+      "is never below 0, and misleads as a control variable.\n\n"
+      "Example:\n  vrx job trend P01 --job plant.vrxjob --illuminant D65\n");
+  statistics.SetNotes(
+      "Cp and Cpk are held against the limits of the last trial; a total has an upper limit only, and no "
+      "Cp.\n\n"
+      "Example:\n  vrx job statistics --job plant.vrxjob --value dL --illuminant D65\n");
+}
+
+}  // namespace vrx::tool
