@@ -277,6 +277,76 @@ TEST_F(Job, AWatchedFolderIsTakenOnce) {
   ExpectVerified();
 }
 
+// A batch has one description of how it was measured: trials of two ways are no batch, and none of them is kept.
+TEST_F(Job, TrialsOfDifferentConditionsAreRefused) {
+  AddStandards();
+  const auto table = [](const std::string& filter, const std::string& id) {
+    std::string fields = "SAMPLE_ID", values = id;
+    for (int nm = 400; nm <= 700; nm += 10) {
+      fields += " nm" + std::to_string(nm);
+      values += " 40.5";
+    }
+    return "CGATS.17\nFILTER " + filter + "\nNUMBER_OF_FIELDS 32\nBEGIN_DATA_FORMAT\n" + fields +
+           "\nEND_DATA_FORMAT\nNUMBER_OF_SETS 1\nBEGIN_DATA\n" + values + "\nEND_DATA\n";
+  };
+  folder_.Write("one.txt", table("M0", "a"));
+  folder_.Write("mixed.txt", table("M0", "b") + table("M2", "c"));
+  std::filesystem::create_directory(folder_ / "in");
+  folder_.Write("in/mixed.txt", folder_.Read("mixed.txt"));
+  const std::string kReason = "measurements of different conditions are mixed (M0 and M2)";
+  Good("judge --job j one.txt --standard-id grey");
+  ExpectRefused({{"judge --job j mixed.txt --standard-id grey", kReason}});
+  Good("watch in --job j --standard-id grey --once --settle 0");
+  EXPECT_NE(folder_.Read("in/refused/mixed.txt.reason.txt").find(kReason), std::string::npos);
+  EXPECT_EQ(Fact("trials"), "1");
+  EXPECT_NE(Good("job export - --to cgats --trials --job j").find("M0"), std::string::npos);
+  ExpectVerified();
+}
+
+// What a browser shows of a job: the counts of each standard, what failed and why, and names as texts.
+TEST_F(Job, PagesShowTheState) {
+  const std::string kName = "<img src=x onerror=alert(1)> & \"red\"";
+  folder_.Write("odd.csv", Header() + Flat("\"<img src=x onerror=alert(1)> & \"\"red\"\"\"", "40") +
+                               Flat("unused", "60"));
+  Good("job add-standard odd.csv --job j --system lab --tolerance 1.5 --illuminants D65");
+  Good("judge --job j t.csv --standard-id '" + kName + "'");
+  Good("job accept t3 --job j --by 'J. Doe'");
+  Good("job page --job j --output pages");
+  const std::string index = folder_.Read("pages/index.html"), page = folder_.Read("pages/standard-1.html");
+  for (const std::string& html : {index, page}) {
+    EXPECT_EQ(html.find("<img"), std::string::npos);
+    EXPECT_NE(html.find("&lt;img src=x onerror=alert(1)&gt; &amp; &quot;red&quot;"), std::string::npos);
+    EXPECT_NE(html.find(Fact("head of the trail")), std::string::npos);
+  }
+  // Trials, accepted, failed: two pass by themselves, t3 by a person's word, and its verdict stays.
+  EXPECT_NE(index.find("<td class=\"number\">3</td><td class=\"number\">3</td><td class=\"number\">1</td>"),
+            std::string::npos);
+  EXPECT_NE(index.find("<td class=\"number\">0</td><td class=\"number\">0</td><td class=\"number\">0</td>"),
+            std::string::npos);
+  EXPECT_NE(index.find("t.csv"), std::string::npos) << "the batch and where it came from";
+  for (const char* text : {"t1", "t2", "t3", "J. Doe"}) EXPECT_NE(page.find(text), std::string::npos);
+  EXPECT_EQ(folder_.Read("pages/standard-2.html").find("t1"), std::string::npos);
+}
+
+#if defined(__linux__)
+// A full disk: nothing of the batch is there, and the job is whole.
+TEST_F(Job, AFullDiskLeavesTheJobWhole) {
+  AddStandards();
+  Good("judge --job j t.csv --standard-id grey");
+  std::string many = Header();
+  for (int i = 0; i < 3000; ++i) many += Flat("m" + std::to_string(i), "40." + std::to_string(i));
+  folder_.Write("many.csv", many);
+  const Result full = Run("--version; trap '' XFSZ; ulimit -f 200; " VRX_TOOL
+                          " judge --job j many.csv --standard-id grey > /dev/null");
+  EXPECT_EQ(full.status, 2) << full.err;
+  EXPECT_NE(full.err.find("vrx: j: "), std::string::npos) << full.err;
+  EXPECT_EQ(Fact("trials"), "3");
+  ExpectVerified();
+  Good("judge --job j many.csv --standard-id grey");
+  EXPECT_EQ(Fact("trials"), "3003");
+}
+#endif
+
 TEST_F(Job, AReportShowsTheHeadOfTheTrail) {
   AddStandards();
   Good("judge --job j t.csv --standard-id grey --report r.html");

@@ -142,6 +142,7 @@ JobRun::JobRun(const JobRunOptions& options, ComparisonOptions& comparison, cons
 
 void JobRun::Add(const PipelineTrial& judged, const Standard& standard, const Judge& judge,
                  const CurveReader& trials) {
+  trials_ = &trials;
   conditions_ = settings_;
   conditions_.angle = judge.AngleOf(standard);
   limits_.clear();
@@ -168,6 +169,11 @@ void JobRun::Add(const PipelineTrial& judged, const Standard& standard, const Ju
 }
 
 void JobRun::Commit() {
+  if (trials_ != nullptr && !trials_->Mixture().empty()) {
+    throw InputError(
+        trials_->Source().Name() + ": measurements of different conditions are mixed (" + trials_->Mixture() +
+        "), and a batch of a job has one description of them; store them from files of their own");
+  }
   const store::StoredBatch stored = batch_->Commit(options_.again);
   if (stored.number == 0) return;
   const std::string number = std::to_string(stored.number);

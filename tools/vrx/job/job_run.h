@@ -42,7 +42,8 @@ class JobRun {
   /// Takes a judged trial, with its standard.
   void Add(const PipelineTrial& judged, const Standard& standard, const Judge& judge,
            const CurveReader& trials);
-  /// Stores the batch, and says on standard error what became of it.
+  /// Stores the batch, and says on standard error what became of it. Throws InputError where trials were measured under different
+  /// conditions: a batch has one description of them.
   void Commit();
   const std::string& File() const { return file_; }
   /// The head of the trail: what was stored last.
@@ -58,6 +59,7 @@ class JobRun {
   std::vector<JudgeLimits> limits_;
   std::vector<store::Curve> readings_;
   std::optional<std::string> measuring_;
+  const CurveReader* trials_ = nullptr;
 };
 
 }  // namespace vrx::tool
