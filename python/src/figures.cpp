@@ -14,6 +14,7 @@
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
+#include "python/src/curves.h"
 #include "python/src/module.h"
 
 namespace vrx::python {
@@ -27,9 +28,9 @@ py::array_t<double> DensitiesOfCurves(const py::object& curves, const std::strin
   const std::string letters = "aemt";
   const std::size_t place = status.size() == 1 ? letters.find(status) : std::string::npos;
   if (place == std::string::npos) throw py::value_error("status: \"a\", \"e\", \"m\" or \"t\" is expected");
-  const Rows rows = RowsOf(curves, "curves", 40);
-  const py::array_t<double> result = ResultArray(rows.lead, {4}, py::none());
-  auto* target = const_cast<double*>(result.data());
+  const Rows rows = CurvesOf(curves, "curves");
+  py::array_t<double> result = ResultArray(rows.lead, {4}, py::none());
+  double* target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
     CReflData curve;
     for (std::size_t i = from; i < from + count; ++i) {
@@ -44,8 +45,8 @@ py::array_t<double> DensitiesOfCurves(const py::object& curves, const std::strin
 
 py::array_t<double> MunsellOf(const py::object& xyz, int threads) {
   const Rows rows = RowsOf(xyz, "xyz", 3);
-  const py::array_t<double> result = ResultArray(rows.lead, {4}, py::none());
-  auto* target = const_cast<double*>(result.data());
+  py::array_t<double> result = ResultArray(rows.lead, {4}, py::none());
+  double* target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
     for (std::size_t i = from; i < from + count; ++i) {
       const double* row = rows.Doubles() + i * rows.stride;

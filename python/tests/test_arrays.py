@@ -110,6 +110,7 @@ def test_tables_are_taken_by_their_labels(curves):
     unlabelled = pandas.DataFrame(np.asarray(curves))
     for table in (frame, frame.iloc[:, ::-1], named, unlabelled):
         assert np.array_equal(vrx.tristimulus(table, "D65"), expected)
+        assert np.array_equal(vrx.densities(table), vrx.densities(curves))
     assert np.array_equal(vrx.judge(frame.iloc[0, ::-1], named).differences[0], np.zeros((3, 7)))
     assert np.array_equal(vrx.Curve(frame.iloc[1, ::-1]).values, curves[1])
     short = vrx.tristimulus(frame.loc[:, 400:700], "D65")

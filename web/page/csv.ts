@@ -56,7 +56,7 @@ export function outcomeOf(csv: string): Outcome {
       const own = RANK[row[verdictAt]!] ?? 2;
       rank = Math.max(rank, own);
       if (own === 0 || own < worstRank) continue;
-      const excess = row[excessAt] === '' ? Infinity : Number(row[excessAt]);
+      const excess = row[excessAt] === '' ? Infinity : Math.abs(Number(row[excessAt])); // negative at a minus limit
       if (own > worstRank || !outcome.worst || excess > outcome.worst.excess) {
         outcome.worst = { trial: row[trialAt]!, illuminant: row[illuminantAt]!, verdict: row[verdictAt]!, reason: row[reasonAt]!, excess };
         worstRank = own;

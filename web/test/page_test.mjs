@@ -98,7 +98,8 @@ test('dropped files are judged as by the tool; what is open is asked; all that i
   await says(page, /of 24 trials fail/);
   const judge = ['judge', chart[0].name, chart[1].name, '--pairs'];
   const rows = [
-    [[], [], 'P19'], [[['system', 'cie2000'], ['tolerance', '1']], ['--system', 'cie2000', '--tolerance', '1'], 'dE00'],
+    [[['limits', 'db=-0.1:9']], ['--limits', 'db=-0.1:9'], 'P01'],
+    [[['limits', '']], [], 'P19'], [[['system', 'cie2000'], ['tolerance', '1']], ['--system', 'cie2000', '--tolerance', '1'], 'dE00'],
     [[['parameters', '2:1:1'], ['observer', '2'], ['warning', '0.5'], ['limits', 'dL=0.8']], ['--parameters', '2:1:1', '--observer', '2', '--warning', '0.5', '--limits', 'dL=0.8', '--system', 'cie2000', '--tolerance', '1'], 'dE00'],
   ];
   for (const [changes, options, worst] of rows) {
