@@ -105,6 +105,14 @@ class Store {
   /// Adds a profile, or gives one of its name other options.
   virtual void SetProfile(const Profile& profile, const Author& author) = 0;
 
+  /// The recipes in the order in which they were added.
+  virtual std::vector<MadeRecipe> Recipes() = 0;
+  /// Adds recipes; one that is there with the same name, amounts and curve is not added again. A mixture that was made again is a
+  /// recipe of its own. Throws StoreError for one without a name or amounts.
+  virtual AddedRecipes AddRecipes(std::span<const MadeRecipe> recipes, const Author& author) = 0;
+  /// Takes a recipe out of use; it stays in the trail. Throws StoreError for one that is not there.
+  virtual void RemoveRecipe(std::int64_t number, const Author& author) = 0;
+
   /// The rows of the trail, the first one first.
   virtual std::unique_ptr<TrailCursor> Trail() = 0;
 
@@ -112,13 +120,16 @@ class Store {
   virtual std::vector<std::string> CheckPages() = 0;
   /// Copies the job into a new file, as it stands at one moment. Throws StoreError for a file that is there.
   virtual void Backup(const std::string& path) = 0;
+  /// What opening it changed, as a sentence for people: an older job gets the tables of today. Empty where nothing was.
+  virtual const std::string& Notice() const = 0;
 };
 
 /// How long a change waits for others that are under way.
 inline constexpr double kUsualWait = 60;
 
 /// Makes a new job in a file, which must not be there, or opens one. `wait`: seconds. Throws StoreError for a file that cannot be
-/// used: another program's, a newer version's, none at all.
+/// used: another program's, a newer version's, none at all. A job of an older version gets the tables of today in one transaction,
+/// after the file was copied to one beside it, named by that version ("plant.vrxjob.v1").
 std::unique_ptr<Store> CreateStore(const std::string& path, const std::string& name, const Author& author,
                                    double wait = kUsualWait);
 std::unique_ptr<Store> OpenStore(const std::string& path, double wait = kUsualWait);

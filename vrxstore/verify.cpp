@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include <vrxstore/records/stored_form.h>
@@ -22,6 +23,7 @@ class Verifier {
     for (const BatchEntry& batch : store_.Batches()) batches_[batch.number] = batch;
     CheckTrials();
     CheckTrail();
+    CheckRecipes();
     for (const auto& [number, batch] : batches_) {
       if (!batchesInTrail_.contains(batch.digest))
         Add("batch " + std::to_string(number) + ": the trail knows nothing of it");
@@ -89,6 +91,13 @@ class Verifier {
     batch_ = 0;
   }
 
+  void CheckRecipes() {
+    for (const MadeRecipe& recipe : store_.Recipes()) {
+      if (!recipesInTrail_.contains(DigestOf(recipe)))
+        Add("recipe " + std::to_string(recipe.number) + " (" + recipe.name + ") is not one that was stored");
+    }
+  }
+
   void CheckTrail() {
     const auto cursor = store_.Trail();
     std::string previous(32, '\0');
@@ -97,6 +106,7 @@ class Verifier {
       if (row.number != result_.trailRows || row.previous != previous || row.digest != DigestOf(row))
         Add("the trail is broken at row " + std::to_string(row.number));
       if (row.what == "store batch") batchesInTrail_[row.content] = row.number;
+      if (row.what == "add recipe") recipesInTrail_.insert(row.content);
       result_.trailRows = row.number;
       previous = row.digest;
       result_.head = row;
@@ -108,6 +118,7 @@ class Verifier {
   Verification result_;
   std::map<std::int64_t, BatchEntry> batches_;
   std::map<std::string, std::int64_t> batchesInTrail_;  // by digest
+  std::set<std::string> recipesInTrail_;                // by digest
   std::optional<ContentDigest> digest_;                 // of the batch that is read
   std::int64_t batch_ = 0, trials_ = 0;
 };

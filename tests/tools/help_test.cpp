@@ -76,6 +76,7 @@ class Help : public vrx::test::ToolProcess {
     if (!hasJobs_) return;
     for (const char* made : {"job add-standard master.csv --job plant.vrxjob --illuminants D65",
                              "judge --job plant.vrxjob batch.csv --standard-id P01",
+                             "job add-recipes system.json leftovers.csv --job plant.vrxjob",
                              "job create history.vrxjob", "job add-standard middle.csv --job history.vrxjob",
                              "judge --job history.vrxjob around.csv --tolerance 9 --standard-id R-1"}) {
       EXPECT_EQ(Run(made).status, 0) << made;

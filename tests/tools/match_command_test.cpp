@@ -236,6 +236,24 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
   EXPECT_EQ(adapted[1]["status"], "ok");
   EXPECT_NE(adapted[1]["formula"], adapted[0]["formula"]);
 
+#ifdef VRX_WITH_STORE
+  // A job keeps the recipe by the names of its components, and adapts it as the file does.
+  ASSERT_EQ(Run("job create made.vrxjob"), 0);
+  ASSERT_EQ(Run("job add-recipes " + kPaints + " library.csv --job made.vrxjob"), 0);
+  const std::string fromJob = " curves.csv --top 1 --max-colorants 3 --library made.vrxjob";
+  EXPECT_EQ(RunJson("match " + kPaints + fromJob), adapted);
+  json renamed = json::parse(std::ifstream(kPaints));
+  for (json& component : renamed["components"]) {
+    if (component["name"] == "Cerulean Blue") component["name"] = "Sea Blue";
+  }
+  folder_.Write("renamed.json", renamed.dump());
+  EXPECT_EQ(Run("match renamed.json" + fromJob), 2);
+  EXPECT_NE(folder_.Read("err").find("\"Cerulean Blue\""), std::string::npos);
+  ASSERT_EQ(Run("job remove-recipe 1 --job made.vrxjob"), 0);
+  EXPECT_EQ(Run("match " + kPaints + fromJob), 2);
+  EXPECT_NE(folder_.Read("err").find("has no recipes"), std::string::npos);
+#endif
+
   const json worst = RunJson("match " + kPaints + " two.csv --top 1 --max-colorants 3");
   ASSERT_EQ(worst.size(), 1u) << "one target of two geometries";
   EXPECT_GT(worst[0]["dE_D65"], 0.05);

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <sqlite3.h>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -315,6 +316,76 @@ TEST_F(StoreTest, OtherFilesAreRefusedAndStayAsTheyAre) {
 }
 
 // Bytes that went wrong anywhere in the file are a fault or harmless, never a crash; the file is not written to.
+TEST_F(StoreTest, RecipesComeBackAndAreNotDoubled) {
+  const MadeRecipe recipe{
+      0, "A7", {{"White 7", 94}, {"7: it's;", 1.0 / 3}}, {3, Slope(1.0 / 3, 1), "2026", ""}, ""};
+  {
+    const auto store = Made();
+    EXPECT_EQ(store->AddRecipes({&recipe, 1}, {}).added, 1);
+    EXPECT_EQ(store->AddRecipes({&recipe, 1}, {}).unchanged, 1);
+    MadeRecipe again = recipe;  // made again: another curve
+    again.curve.samples[0] += 1e-9;
+    EXPECT_EQ(store->AddRecipes({&again, 1}, {}).added, 1);
+    store->RemoveRecipe(2, {});
+    EXPECT_NE(Refusal([&] { store->RemoveRecipe(2, {}); }).find("no recipe 2"), std::string::npos);
+    const std::vector<MadeRecipe> faulty{
+        {0, "", {{"a", 1}}, {}, ""}, {0, "a", {}, {}, ""}, {0, "a", {{"a\tb", 1}}, {}, ""}};
+    for (const MadeRecipe& one : faulty) EXPECT_THROW(store->AddRecipes({&one, 1}, {}), StoreError);
+  }
+  const auto store = OpenStore(path_);
+  ASSERT_EQ(store->Recipes().size(), 1U);
+  EXPECT_EQ(store->Recipes()[0].amounts, recipe.amounts);
+  EXPECT_EQ(store->Recipes()[0].curve, recipe.curve);
+  EXPECT_EQ(VerifyStore(*store).faultCount, 0);
+  Change("UPDATE recipe SET amounts = 'White 7\t95\n' WHERE id = 1");
+  EXPECT_EQ(VerifyStore(*store).faultCount, 1);
+}
+
+// A job of each earlier version gets the tables of today, keeps what it holds to the bit, and leaves a copy of itself.
+TEST_F(StoreTest, OlderJobsAreMigrated) {
+  Made();
+  const auto tables = [this] {
+    Connection connection(path_, false, 1);
+    Statement rows(connection,
+                   "SELECT type || ' ' || name || ' ' || sql FROM sqlite_schema WHERE sql <> '' ORDER BY 1");
+    std::vector<std::string> list;
+    while (rows.Step()) list.emplace_back(rows.Text(0));
+    return list;
+  };
+  const std::vector<std::string> ofToday = tables();
+  for (int version = 1; version < kSchemaVersion; ++version) {
+    SCOPED_TRACE(version);
+    const std::string copy = path_ + ".v" + std::to_string(version);
+    std::filesystem::remove(path_);
+    std::ostringstream stored;
+    stored << std::ifstream(VRX_SOURCE_DIR "/tests/vrxstore/tables/version_" + std::to_string(version) +
+                            ".sql")
+                  .rdbuf();
+    Change(stored.str());
+    std::filesystem::create_directory(copy + ".new");  // in the copy's way
+    folder_.Write("job.v" + std::to_string(version) + ".new/file", "");
+    EXPECT_NE(Refusal([&] { OpenStore(path_); }).find("could not be brought to version"), std::string::npos);
+    EXPECT_EQ(Connection(path_, false, 1).Number("PRAGMA user_version"), version);
+    std::filesystem::remove_all(copy + ".new");
+    {
+      const auto store = OpenStore(path_);
+      EXPECT_NE(store->Notice().find(copy), std::string::npos);
+      const JobInfo info = store->Info();
+      EXPECT_EQ(info.schema, kSchemaVersion);
+      EXPECT_EQ(info.trials, 2);
+      EXPECT_EQ(info.decisions, 1);
+      EXPECT_EQ(info.head.what, "migrate tables");
+      EXPECT_EQ(store->Profiles().size(), 1U);
+      const Verification found = VerifyStore(*store);
+      EXPECT_EQ(found.judgements, 2);
+      EXPECT_EQ(found.faultCount, 0);
+    }
+    EXPECT_EQ(OpenStore(path_)->Notice(), "");
+    EXPECT_EQ(Connection(copy, false, 1).Number("PRAGMA user_version"), version);
+    EXPECT_EQ(tables(), ofToday);
+  }
+}
+
 TEST_F(StoreTest, DamageIsTold) {
   {
     const auto store = Made();

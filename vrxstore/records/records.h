@@ -10,6 +10,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <vrxmath/batch/judge_batch.h>
@@ -154,6 +155,21 @@ struct Profile {
   std::vector<std::pair<std::string, std::string>> options;
 };
 
+/// A recipe that was made, and what came of it.
+struct MadeRecipe {
+  std::int64_t number = 0;  ///< 0 for one that is not stored yet
+  std::string name;
+  /// Components by name, as any colour system that has them knows them, with amounts in any one unit.
+  std::vector<std::pair<std::string, double>> amounts;
+  MeasuredCurve curve;
+  std::string added;  ///< when it was stored, in UTC
+};
+
+/// What came of recipes that were added.
+struct AddedRecipes {
+  std::int64_t added = 0, unchanged = 0;
+};
+
 /// A row of the trail.
 struct TrailRow {
   std::int64_t number = 0;  ///< from 1, without gaps
@@ -169,7 +185,7 @@ struct TrailRow {
 struct JobInfo {
   std::string name, created, library;  ///< the library that created it
   std::int32_t schema = 0;
-  std::int64_t standards = 0, batches = 0, trials = 0, decisions = 0, profiles = 0;
+  std::int64_t standards = 0, batches = 0, trials = 0, decisions = 0, profiles = 0, recipes = 0;
   TrailRow head;  ///< the last row of the trail
 };
 

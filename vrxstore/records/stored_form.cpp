@@ -235,6 +235,27 @@ void TakeOptions(std::string_view text, Profile& profile) {
   }
 }
 
+std::string AmountsText(const MadeRecipe& recipe) {
+  std::string text;
+  for (const auto& [component, amount] : recipe.amounts) {
+    if (component.find_first_of("\t\n") != std::string::npos)
+      throw StoreError("recipe \"" + recipe.name + "\": a component's name has a tab or a line end in it");
+    text.append(component).append("\t").append(io::ShortestText(amount)).append("\n");
+  }
+  return text;
+}
+
+void TakeAmounts(std::string_view text, MadeRecipe& recipe) {
+  for (const std::string& line : io::SplitList(text, '\n')) {
+    if (line.empty()) continue;
+    const std::size_t tab = std::min(line.find('\t'), line.size());
+    double amount = 0.0;
+    if (tab == line.size() || !io::ParseDecimal(std::string_view(line).substr(tab + 1), '.', amount))
+      throw StoreError("recipe \"" + recipe.name + "\": its amounts are not amounts");
+    recipe.amounts.emplace_back(line.substr(0, tab), amount);
+  }
+}
+
 std::string MeasuringText(const io::MeasuringConditions& conditions) {
   std::string text;
   const auto add = [&text](const std::string& word, std::string value) {

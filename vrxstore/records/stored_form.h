@@ -42,6 +42,11 @@ bool AreSame(const Judgement& a, const Judgement& b);
 std::string OptionsText(const Profile& profile);
 void TakeOptions(std::string_view text, Profile& profile);
 
+/// The amounts of a recipe: a line each, "Titanium White\t94", numbers in the fewest digits that read back to the same doubles.
+/// AmountsText throws StoreError for a name with a tab or a line end in it.
+std::string AmountsText(const MadeRecipe& recipe);
+void TakeAmounts(std::string_view text, MadeRecipe& recipe);
+
 /// How a curve was measured, as lines of the words that TakeCondition knows: "INSTRUMENT\tSpectro 3000". The date is left out.
 std::string MeasuringText(const io::MeasuringConditions& conditions);
 io::MeasuringConditions MeasuringFrom(std::string_view text);

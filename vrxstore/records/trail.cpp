@@ -38,22 +38,32 @@ void AddTrial(ContentDigest& digest, const NewTrial& trial, std::int64_t standar
   digest.Add(bytes);
 }
 
+static void AddCurve(ContentDigest& digest, const MeasuredCurve& curve) {
+  digest.Add(curve.geometry);
+  digest.Add(curve.date);
+  digest.Add(curve.measuring);
+  std::string bytes;
+  AppendDoubles(curve.samples, bytes);
+  digest.Add(bytes);
+}
+
 std::string DigestOf(const Standard& standard) {
   ContentDigest digest;
-  for (const MeasuredCurve& curve : standard.curves) {
-    digest.Add(curve.geometry);
-    digest.Add(curve.date);
-    digest.Add(curve.measuring);
-    std::string bytes;
-    AppendDoubles(curve.samples, bytes);
-    digest.Add(bytes);
-  }
+  for (const MeasuredCurve& curve : standard.curves) AddCurve(digest, curve);
   digest.Add(standard.conditions ? ConditionsText(*standard.conditions) : "");
   for (const StandardLimits& row : standard.limits) {
     digest.Add(row.geometry);
     digest.Add(row.illuminant);
     digest.Add(LimitsBytes({&row.limits, 1}));
   }
+  return digest.Finish();
+}
+
+std::string DigestOf(const MadeRecipe& recipe) {
+  ContentDigest digest;
+  digest.Add(recipe.name);
+  digest.Add(AmountsText(recipe));
+  AddCurve(digest, recipe.curve);
   return digest.Finish();
 }
 

@@ -35,6 +35,9 @@ void AddTrial(ContentDigest& digest, const NewTrial& trial, std::int64_t standar
 /// The digest of a version of a standard: its curves, conditions and limits.
 std::string DigestOf(const Standard& standard);
 
+/// The digest of a recipe: its name, amounts and curve.
+std::string DigestOf(const MadeRecipe& recipe);
+
 }  // namespace vrx::store
 
 #endif  // VRXSTORE_RECORDS_TRAIL_H_

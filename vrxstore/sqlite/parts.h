@@ -5,8 +5,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <vrxstore/records/records.h>
 #include <vrxstore/sqlite/connection.h>
@@ -48,6 +50,11 @@ inline std::int32_t GeometryIn(const Statement& row, int column) {
 /// of the table with a column Angle, as a query calls it.
 std::string AngleCondition(const std::string& table, std::int32_t geometry);
 
+/// A geometry to bind through CAST(NULLIF(?, '') AS INTEGER): NULL for none.
+inline std::string GeometryText(std::int32_t geometry) {
+  return geometry == io::kNoGeometry ? std::string() : std::to_string(geometry);
+}
+
 /// Doubles of a column; its place in the message when there is another number of them.
 void TakeCurve(const Connection& connection, std::string_view bytes, const char* table, std::int64_t number,
                Curve& curve);
@@ -56,6 +63,11 @@ void TakeCurve(const Connection& connection, std::string_view bytes, const char*
 std::unique_ptr<BatchWriter> WriteBatch(Connection& connection, const std::string& source,
                                         const Author& author);
 std::unique_ptr<TrialCursor> ReadTrials(Connection& connection, const TrialFilter& filter);
+
+/// Store::Recipes, Store::AddRecipes and Store::RemoveRecipe.
+std::vector<MadeRecipe> ReadRecipes(Connection& connection);
+AddedRecipes StoreRecipes(Connection& connection, std::span<const MadeRecipe> recipes, const Author& author);
+void DropRecipe(Connection& connection, std::int64_t number, const Author& author);
 
 /// The query of ReadTrials, for a look at its plan.
 std::string TrialQuery(const TrialFilter& filter);

@@ -3,7 +3,7 @@
 namespace vrx::store {
 
 // Angle is the library's code of a geometry, as its filters for queries name it; NULL where nothing said one.
-const char* const kSchema = R"(
+const char* const kFirstTables = R"(
 CREATE TABLE job(
   id INTEGER PRIMARY KEY CHECK(id = 1),
   name TEXT NOT NULL,
@@ -137,5 +137,21 @@ CREATE TRIGGER trail_keeps_words BEFORE UPDATE ON trail
 CREATE TRIGGER trial_keeps_words BEFORE UPDATE ON trial
   BEGIN SELECT RAISE(ABORT, 'trials stay as they are'); END;
 )";
+
+// Version 2: recipes that were made. Amounts are lines of a component's name and an amount, a tab between them.
+const char* const kLaterTables[kSchemaVersion - 1] = {R"(
+CREATE TABLE recipe(
+  id INTEGER PRIMARY KEY,
+  name TEXT NOT NULL,
+  added TEXT NOT NULL,
+  amounts TEXT NOT NULL,
+  Angle INTEGER,
+  samples BLOB NOT NULL,
+  measured TEXT NOT NULL,
+  measuring INTEGER NOT NULL REFERENCES measuring(id),
+  removed INTEGER NOT NULL DEFAULT 0,
+  digest BLOB NOT NULL UNIQUE
+);
+)"};
 
 }  // namespace vrx::store

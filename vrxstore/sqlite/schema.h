@@ -9,10 +9,12 @@ namespace vrx::store {
 
 /// What marks the file as a job ("Vrx1" in ASCII), and the version of its tables.
 inline constexpr std::int32_t kApplicationId = 0x56727831;
-inline constexpr std::int32_t kSchemaVersion = 1;
+inline constexpr std::int32_t kSchemaVersion = 2;
 
-/// The statements that make the tables, without the two numbers above.
-extern const char* const kSchema;
+/// The statements that make the tables of version 1, and those that bring each version to the next one. A new job goes through all
+/// of them, so that an old one ends with the same tables.
+extern const char* const kFirstTables;
+extern const char* const kLaterTables[kSchemaVersion - 1];
 
 }  // namespace vrx::store
 

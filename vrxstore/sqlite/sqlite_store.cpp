@@ -69,6 +69,30 @@ class SqliteCurves final : public CurveCursor {
   Statement rows_, standardOf_;
 };
 
+// Copies a job, as it is at one moment, into a new file, which is there as a whole or not at all.
+void CopyJob(const Connection& from, const std::string& path) {
+  if (Exists(path)) throw StoreError(path + ": there is a file already; a backup goes into a new one");
+  const std::string temporary = path + ".new";
+  std::error_code code;
+  std::filesystem::remove(io::PathOf(temporary), code);
+  {
+    Connection copy(temporary, true, from.Wait());
+    sqlite3_backup* const backup = sqlite3_backup_init(copy.Handle(), "main", from.Handle(), "main");
+    if (backup == nullptr) copy.Fail(sqlite3_errcode(copy.Handle()));
+    int stepped = SQLITE_BUSY;
+    constexpr int kPauseMs = 50;
+    for (double waited = 0; waited <= from.Wait() * 1000; waited += kPauseMs) {
+      stepped = sqlite3_backup_step(backup, -1);
+      if ((stepped & 0xFF) != SQLITE_BUSY && (stepped & 0xFF) != SQLITE_LOCKED) break;
+      sqlite3_sleep(kPauseMs);
+    }
+    sqlite3_backup_finish(backup);
+    if (stepped != SQLITE_DONE) copy.Fail(stepped);
+  }
+  std::filesystem::rename(io::PathOf(temporary), io::PathOf(path), code);
+  if (code) throw StoreError(path + ": " + code.message());
+}
+
 class SqliteStore final : public Store {
  public:
   SqliteStore(std::string path, bool creates, double wait) : connection_(std::move(path), creates, wait) {}
@@ -101,11 +125,22 @@ class SqliteStore final : public Store {
 
   std::vector<Profile> Profiles() override;
   void SetProfile(const Profile& profile, const Author& author) override;
+  std::vector<MadeRecipe> Recipes() override { return ReadRecipes(connection_); }
+  AddedRecipes AddRecipes(std::span<const MadeRecipe> recipes, const Author& author) override {
+    return StoreRecipes(connection_, recipes, author);
+  }
+  void RemoveRecipe(std::int64_t number, const Author& author) override {
+    DropRecipe(connection_, number, author);
+  }
   std::unique_ptr<TrailCursor> Trail() override { return ReadTrail(connection_); }
   std::vector<std::string> CheckPages() override;
-  void Backup(const std::string& path) override;
+  void Backup(const std::string& path) override { CopyJob(connection_, path); }
+  const std::string& Notice() const override { return notice_; }
 
  private:
+  std::int64_t SchemaVersion() { return connection_.Number("PRAGMA user_version"); }
+  void SetSchemaVersion();
+  void Migrate();
   [[noreturn]] void Refuse(const std::string& reason) const {
     throw StoreError(connection_.Path() + ": " + reason);
   }
@@ -120,16 +155,22 @@ class SqliteStore final : public Store {
   void TakeVersion(std::int64_t number, Standard& standard);
 
   Connection connection_;
+  std::string notice_;
 };
+
+void SqliteStore::SetSchemaVersion() {
+  connection_.Execute(("PRAGMA user_version = " + std::to_string(kSchemaVersion)).c_str());
+}
 
 void SqliteStore::Create(const std::string& name, const Author& author) {
   connection_.Execute("PRAGMA encoding = 'UTF-8'");
   Transaction transaction(connection_);
   if (connection_.Number("SELECT COUNT(*) FROM sqlite_schema") > 0)
     Refuse("there is a database already; a job is made in a new file");
-  connection_.Execute(kSchema);
+  connection_.Execute(kFirstTables);
+  for (const char* const tables : kLaterTables) connection_.Execute(tables);
   connection_.Execute(("PRAGMA application_id = " + std::to_string(kApplicationId)).c_str());
-  connection_.Execute(("PRAGMA user_version = " + std::to_string(kSchemaVersion)).c_str());
+  SetSchemaVersion();
   Statement insert(connection_, "INSERT INTO job VALUES(1, ?, ?, ?)");
   insert.Bind(name, NowText(), VRX_VERSION).Run();
   AppendTrail(connection_, author, "create job", name);
@@ -139,14 +180,40 @@ void SqliteStore::Create(const std::string& name, const Author& author) {
 void SqliteStore::Recognise() {
   const std::int64_t application = connection_.Number("PRAGMA application_id");
   if (application != kApplicationId) Refuse("this is a database of another program and no job of vrx");
-  const std::int64_t version = connection_.Number("PRAGMA user_version");
+  const std::int64_t version = SchemaVersion();
   if (version > kSchemaVersion) {
     Refuse("its tables are of version " + std::to_string(version) + ", and this vrx knows version " +
            std::to_string(kSchemaVersion) + ": it was made by a newer one, which must be used");
   }
-  if (version != kSchemaVersion) Refuse("the version of its tables is " + std::to_string(version));
+  if (version < 1) Refuse("the version of its tables is " + std::to_string(version));
   // What was committed outlives a power cut right behind it.
   connection_.Execute("PRAGMA synchronous = EXTRA");
+  if (version == kSchemaVersion) return;
+  try {
+    Migrate();
+  } catch (const StoreError& error) {
+    Refuse("its tables are of version " + std::to_string(version) + " and could not be brought to version " +
+           std::to_string(kSchemaVersion) +
+           ", which changes the file and makes a copy beside it: " + error.what());
+  }
+}
+
+void SqliteStore::Migrate() {
+  Transaction transaction(connection_);
+  const std::int64_t version = SchemaVersion();
+  if (version == kSchemaVersion) return;  // another process was first
+  // A copy that is there comes from a run that was killed behind it: a copy is whole or not there.
+  const std::string copy = connection_.Path() + ".v" + std::to_string(version);
+  // It is made by another connection: one that may write cannot be copied from.
+  if (!Exists(copy)) CopyJob(Connection(connection_.Path(), false, connection_.Wait()), copy);
+  for (std::int64_t from = version; from < kSchemaVersion; ++from)
+    connection_.Execute(kLaterTables[from - 1]);
+  SetSchemaVersion();
+  const std::string change = std::to_string(version) + " to " + std::to_string(kSchemaVersion);
+  AppendTrail(connection_, {}, "migrate tables", change);
+  transaction.Commit();
+  notice_ = connection_.Path() + ": its tables went from version " + change + "; " + copy +
+            " is a copy of it as it was";
 }
 
 JobInfo SqliteStore::Info() {
@@ -164,6 +231,7 @@ JobInfo SqliteStore::Info() {
   info.trials = connection_.Number("SELECT COALESCE(SUM(trials), 0) FROM batch");
   info.decisions = connection_.Number("SELECT COUNT(*) FROM decision");
   info.profiles = connection_.Number("SELECT COUNT(*) FROM profile");
+  info.recipes = connection_.Number("SELECT COUNT(*) FROM recipe WHERE removed = 0");
   info.head = TrailHead(connection_);
   return info;
 }
@@ -250,9 +318,6 @@ void SqliteStore::AddVersion(const Standard& standard, std::int64_t number, std:
     insert.Bind(number, version, NowText(), nullptr, BlobOf(digest)).Run();
   }
   const std::int64_t row = connection_.LastRow();
-  const auto geometry = [](std::int32_t value) {  // NULL for none
-    return value == io::kNoGeometry ? std::string() : std::to_string(value);
-  };
   MeasuringTable measuring(connection_);
   Statement curves(connection_,
                    "INSERT INTO curve(standard_version, Angle, samples, measured, measuring) VALUES(?, "
@@ -261,13 +326,13 @@ void SqliteStore::AddVersion(const Standard& standard, std::int64_t number, std:
     std::string bytes;
     AppendDoubles(curve.samples, bytes);
     const std::int64_t how = measuring.NumberOf(curve.measuring);
-    curves.Bind(row, geometry(curve.geometry), BlobOf(bytes), curve.date, how).Run();
+    curves.Bind(row, GeometryText(curve.geometry), BlobOf(bytes), curve.date, how).Run();
   }
   Statement limits(connection_,
                    "INSERT INTO tolerance(standard_version, Angle, illuminant, limits) VALUES(?, "
                    "CAST(NULLIF(?, '') AS INTEGER), NULLIF(?, -1), ?)");
   for (const StandardLimits& one : standard.limits)
-    limits.Bind(row, geometry(one.geometry), one.illuminant, BlobOf(LimitsBytes({&one.limits, 1}))).Run();
+    limits.Bind(row, GeometryText(one.geometry), one.illuminant, BlobOf(LimitsBytes({&one.limits, 1}))).Run();
 }
 
 void SqliteStore::AddOne(const Standard& standard, const Author& author, AddedStandards& added) {
@@ -417,29 +482,6 @@ std::vector<std::string> SqliteStore::CheckPages() {
                      ": what it refers to in " + std::string(links.Text(2)) + " is not there");
   }
   return faults;
-}
-
-void SqliteStore::Backup(const std::string& path) {
-  if (Exists(path)) throw StoreError(path + ": there is a file already; a backup goes into a new one");
-  const std::string temporary = path + ".new";
-  std::error_code code;
-  std::filesystem::remove(io::PathOf(temporary), code);
-  {
-    Connection copy(temporary, true, connection_.Wait());
-    sqlite3_backup* const backup = sqlite3_backup_init(copy.Handle(), "main", connection_.Handle(), "main");
-    if (backup == nullptr) copy.Fail(sqlite3_errcode(copy.Handle()));
-    int stepped = SQLITE_BUSY;
-    constexpr int kPauseMs = 50;
-    for (double waited = 0; waited <= connection_.Wait() * 1000; waited += kPauseMs) {
-      stepped = sqlite3_backup_step(backup, -1);
-      if ((stepped & 0xFF) != SQLITE_BUSY && (stepped & 0xFF) != SQLITE_LOCKED) break;
-      sqlite3_sleep(kPauseMs);
-    }
-    sqlite3_backup_finish(backup);
-    if (stepped != SQLITE_DONE) copy.Fail(stepped);
-  }
-  std::filesystem::rename(io::PathOf(temporary), io::PathOf(path), code);
-  if (code) throw StoreError(path + ": " + code.message());
 }
 
 }  // namespace

@@ -50,6 +50,7 @@ void RunInfo(const JobCommandOptions& options) {
   rows.Add("trials", info.trials);
   rows.Add("decisions", info.decisions);
   rows.Add("profiles", info.profiles);
+  rows.Add("recipes", info.recipes);
   rows.Add("rows of the trail", info.head.number);
   rows.Add("head of the trail", store::HexText(info.head.digest));
   rows.Finish();
@@ -226,6 +227,7 @@ void AddJob(Command& tool) {
   AddJobCharts(job);
   AddJobRejudge(job);
   AddJobProfiles(job);
+  AddJobRecipes(job);
   AddJobPage(job);
   AddCopying(job);
   job.SetNotes(

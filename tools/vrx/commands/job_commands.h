@@ -10,6 +10,7 @@ class Command;
 void AddJobStandards(Command& job);  ///< add-standard, standards, show, remove, rename
 void AddJobProfiles(Command& job);   ///< add-profile, profiles
 void AddJobPage(Command& job);       ///< page
+void AddJobRecipes(Command& job);    ///< add-recipes, recipes, remove-recipe
 void AddJobHistory(Command& job);    ///< history
 void AddJobCharts(Command& job);     ///< trend, statistics
 void AddJobRejudge(Command& job);    ///< rejudge

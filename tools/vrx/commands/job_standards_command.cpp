@@ -55,12 +55,7 @@ class StandardsOfFiles {
                               (curves.HasGeometries() ? " with this geometry" : "") +
                               "; vrx average makes one of several readings");
     }
-    store::MeasuredCurve& curve = standard.curves.emplace_back();
-    curve.geometry = row.geometry;
-    std::copy_n(row.curve.begin(), curve.samples.size(), curve.samples.begin());
-    const MeasuringConditions& conditions = curves.Measured().layout->conditions;
-    curve.date = row.date.empty() ? conditions.date : row.date;
-    curve.measuring = store::MeasuringText(conditions);
+    standard.curves.push_back(MeasuredCurveOf(curves, row));
   }
 
   std::vector<store::Standard> standards_;

@@ -21,9 +21,11 @@
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/job/job_options.h"
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/recipes/correction.h"
+#include "tools/vrx/recipes/job_recipes.h"
 #include "tools/vrx/recipes/recipe_options.h"
 #include "tools/vrx/recipes/recipe_search.h"
 #include "tools/vrx/report/recipe_pictures.h"
@@ -473,7 +475,8 @@ void RunFromStock(MatchOptions& options) {
 
 std::vector<NamedBatch> FormersOf(const MatchOptions& options, const ColorSystem& system) {
   if (options.library.empty()) return {};
-  return ReadStock(options.library, system, options.search.input, false);
+  if (IsJobFile(options.library)) return RecipesOfJob(options.library, system);
+  return ReadMadeRecipes(options.library, system, options.search.input);
 }
 
 // The former recipes of a library, adapted to each target; nothing without a library.
@@ -609,7 +612,7 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
   const Option library =
       earlier
           .AddOption("--library", options.library,
-                     "Adapt earlier recipes from this file: measured curves with a column formula")
+                     "Adapt earlier recipes from this file: a job, or measured curves with a column formula")
           .ReadsFile()
           .Shows("FILE");
   earlier

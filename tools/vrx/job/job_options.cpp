@@ -1,8 +1,16 @@
 #include "tools/vrx/job/job_options.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <fstream>
+#include <string_view>
+
+#include <vrxio/text/path.h>
+#include <vrxstore/records/stored_form.h>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 
 namespace vrx::tool {
 
@@ -38,7 +46,31 @@ void AddJobChangeOptions(Command& owner, JobOptions& options) {
 std::unique_ptr<store::Store> OpenJob(const JobOptions& options) {
   const std::string file = options.File();
   if (file.empty()) throw InputError("no job is named: use --job FILE, or set VRX_JOB");
-  return store::OpenStore(file, options.wait);
+  return OpenJobFile(file, options.wait);
+}
+
+std::unique_ptr<store::Store> OpenJobFile(const std::string& file, double wait) {
+  auto job = store::OpenStore(file, wait);
+  if (!job->Notice().empty()) PrintMessage(job->Notice());
+  return job;
+}
+
+bool IsJobFile(const std::string& file) {
+  constexpr std::string_view kSignature{"SQLite format 3", 16};  // with the byte 0 at its end
+  std::array<char, kSignature.size()> begin{};
+  std::ifstream stream(io::PathOf(file), std::ios::binary);
+  return stream.read(begin.data(), begin.size()) &&
+         std::string_view(begin.data(), begin.size()) == kSignature;
+}
+
+store::MeasuredCurve MeasuredCurveOf(const CurveReader& curves, const CurveRow& row) {
+  store::MeasuredCurve curve;
+  curve.geometry = row.geometry;
+  std::copy_n(row.curve.begin(), curve.samples.size(), curve.samples.begin());
+  const MeasuringConditions& conditions = curves.Measured().layout->conditions;
+  curve.date = row.date.empty() ? conditions.date : row.date;
+  curve.measuring = store::MeasuringText(conditions);
+  return curve;
 }
 
 }  // namespace vrx::tool

@@ -8,6 +8,8 @@
 
 #include <vrxstore/store.h>
 
+#include "tools/vrx/input/curve_input.h"
+
 namespace vrx::tool {
 
 class Command;
@@ -30,8 +32,16 @@ void AddJobOptions(Command& owner, JobOptions& options);
 /// Adds those, and `--by` and `--why`, for commands that change something.
 void AddJobChangeOptions(Command& owner, JobOptions& options);
 
+/// Whether a file begins as a job does, whatever its name.
+bool IsJobFile(const std::string& file);
+
+/// A curve of a row with how it was measured, as a job keeps it.
+store::MeasuredCurve MeasuredCurveOf(const CurveReader& curves, const CurveRow& row);
+
 /// Opens the job of the options. Throws InputError where none is named or it cannot be used.
 std::unique_ptr<store::Store> OpenJob(const JobOptions& options);
+/// Opens the job of a file; a message says what that changed in it.
+std::unique_ptr<store::Store> OpenJobFile(const std::string& file, double wait = store::kUsualWait);
 
 }  // namespace vrx::tool
 

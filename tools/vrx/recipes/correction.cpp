@@ -4,6 +4,7 @@
 #include <cmath>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include <vrxio/text/decimal.h>
 
@@ -61,10 +62,11 @@ bool ParsePercent(std::string_view number, double& part) {
   return isNumber;
 }
 
-}  // namespace
+using RowHandler = std::function<void(const CurveReader&, const CurveRow&, const NamedBatch&)>;
 
-std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
-                                  const CurveInputOptions& input, bool needsAmount) {
+std::vector<NamedBatch> ReadBatches(const std::string& path, const ColorSystem& system,
+                                    const CurveInputOptions& input, bool needsAmount,
+                                    const RowHandler& onRow) {
   CurveReader curves = OpenCurves(path, input, Content::kCurves, IsStockColumn);
   const std::size_t formula = ColumnOf(curves, kFormula, path);
   const std::size_t amount = needsAmount ? ColumnOf(curves, kAmount, path) : 0;
@@ -79,11 +81,24 @@ std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& sy
     }
     const std::string fault = ParseFormula(row.extras[formula], system, named.batch.formula);
     if (!fault.empty()) curves.Source().FailExtra(formula, fault);
-    stock.push_back(named);
+    if (onRow) onRow(curves, row, named);
+    stock.push_back(std::move(named));
   }
   WarnAboutInput(curves);
   if (stock.empty()) throw InputError(path + ": there is no row");
   return stock;
+}
+
+}  // namespace
+
+std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
+                                  const CurveInputOptions& input) {
+  return ReadBatches(path, system, input, true, {});
+}
+
+std::vector<NamedBatch> ReadMadeRecipes(const std::string& path, const ColorSystem& system,
+                                        const CurveInputOptions& input, const RowHandler& onRow) {
+  return ReadBatches(path, system, input, false, onRow);
 }
 
 CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input) {

@@ -3,6 +3,7 @@
 #ifndef TOOLS_VRX_RECIPES_CORRECTION_H_
 #define TOOLS_VRX_RECIPES_CORRECTION_H_
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -22,9 +23,14 @@ struct NamedBatch {
 };
 
 /// The batches of a file of curves with the columns `formula` ("1:94;7:1.5", components by id or name) and `amount`.
-/// Throws InputError for a row that is not one. Of recipes that were made once the amount does not matter.
+/// Throws InputError for a row that is not one.
 std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
-                                  const CurveInputOptions& input, bool needsAmount = true);
+                                  const CurveInputOptions& input);
+
+/// The recipes of such a file that were made once: their amounts do not matter. `onRow` is given every row behind its recipe.
+std::vector<NamedBatch> ReadMadeRecipes(
+    const std::string& path, const ColorSystem& system, const CurveInputOptions& input,
+    const std::function<void(const CurveReader&, const CurveRow&, const NamedBatch&)>& onRow = {});
 
 /// The only curve of a file. Throws InputError when there is none or more than one.
 CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input);

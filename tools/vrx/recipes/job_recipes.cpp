@@ -1,0 +1,79 @@
+#include "tools/vrx/recipes/job_recipes.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <vrxio/text/decimal.h>
+
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/job/job_options.h"
+
+namespace vrx::tool {
+namespace {
+
+// Takes the amounts over; false with the name of the component that the system does not have.
+bool TakeFormula(const store::MadeRecipe& recipe, const ColorSystem& system, CDbFormula& formula,
+                 std::string& missing) {
+  for (const auto& [name, amount] : recipe.amounts) {
+    const CComponent* const component = ComponentNamed(system, "name:" + name);
+    if (component == nullptr) {
+      missing = name;
+      return false;
+    }
+    CDbFormulaElement element;
+    element.componentId = static_cast<int32_t>(component->GetId());
+    element.amount = amount;
+    formula.Add(element);
+  }
+  return true;
+}
+
+}  // namespace
+
+std::vector<store::MadeRecipe> RecipesOfFile(const std::string& path, const ColorSystem& system,
+                                             const CurveInputOptions& input) {
+  std::vector<store::MadeRecipe> recipes;
+  ReadMadeRecipes(path, system, input,
+                  [&](const CurveReader& curves, const CurveRow& row, const NamedBatch& made) {
+                    store::MadeRecipe& recipe = recipes.emplace_back();
+                    recipe.name = made.id;
+                    recipe.curve = MeasuredCurveOf(curves, row);
+                    for (const CDbFormulaElement& element : made.batch.formula) {
+                      const CComponent* const component =
+                          ComponentOfId(system, static_cast<uint32_t>(element.componentId));
+                      recipe.amounts.emplace_back(component->GetName().ToUtf8(), element.amount);
+                    }
+                  });
+  return recipes;
+}
+
+std::vector<NamedBatch> RecipesOfJob(const std::string& file, const ColorSystem& system) {
+  std::vector<NamedBatch> batches;
+  std::string missing;
+  std::size_t left = 0;
+  for (const store::MadeRecipe& recipe : OpenJobFile(file)->Recipes()) {
+    NamedBatch named{recipe.name, {}};
+    if (!TakeFormula(recipe, system, named.batch.formula, missing)) {
+      ++left;
+      continue;
+    }
+    std::ranges::copy(recipe.curve.samples, named.batch.curve.begin());
+    batches.push_back(std::move(named));
+  }
+  if (left == 0 && batches.empty())
+    throw InputError(file + ": the job has no recipes; vrx job add-recipes stores them");
+  const std::string told = std::to_string(left) + (left == 1 ? " recipe has" : " recipes have") +
+                           " a component that the colour system does not have, such as \"" + missing + "\"";
+  if (batches.empty()) throw InputError(file + ": " + told);
+  if (left > 0) PrintMessage(file + ": warning: " + told + "; left out");
+  return batches;
+}
+
+std::string AmountsOf(const store::MadeRecipe& recipe) {
+  std::string text;
+  for (const auto& [name, amount] : recipe.amounts)
+    text += (text.empty() ? "" : " + ") + ShortestText(amount) + " " + name;
+  return text;
+}
+
+}  // namespace vrx::tool
