@@ -55,7 +55,7 @@ def build_extension(settings):
     """The folder with the compiled module.
 
     `--config-settings build-dir=FOLDER` says where to build, `--config-settings cmake-options="-DNAME=VALUE ..."` what CMake is
-    told besides.
+    told besides. `--config-settings module-dir=FOLDER` takes the module that an earlier build left there.
     """
     build = pathlib.Path(settings.get("build-dir") or ROOT / "build" / "python-wheel")
     generator = ["-G", "Ninja"] if shutil.which("ninja") else []
@@ -64,6 +64,8 @@ def build_extension(settings):
         "-DVRX_BUILD_TOOLS=OFF", "-DVRX_BUILD_TESTS=OFF", f"-DVRX_PYTHON={sys.executable}",
         *([f"-DCMAKE_CXX_COMPILER_LAUNCHER={launcher}"] if launcher else []),
         *shlex.split(settings.get("cmake-options") or ""))
+    if settings.get("module-dir"):
+        return pathlib.Path(settings["module-dir"])
     run("cmake", "--build", build, "--target", "vrx_python", "--parallel", os.cpu_count() or 1)
     return build / "python" / "vrxmath"
 

@@ -1,19 +1,18 @@
 #!/bin/sh
-# check_install.sh PYTHON SOURCE_DIR WORK_DIR
+# check_install.sh PYTHON SOURCE_DIR MODULE_DIR WORK_DIR
 #
 # Installs the package from the source tree into a new virtual environment that sees the system's packages, without a
-# network, and runs the example with it. How it is built is what matters here, not how fast it computes: one instruction set and
-# no optimisation take a fraction of the time.
+# network, and runs the example with it. CMake is asked to make the build that pip would; the module itself is the one in
+# MODULE_DIR, which the same build rules made a moment ago.
 set -eu
-python=$1 source=$2 work=$3
+python=$1 source=$2 module=$3 work=$4
 rm -rf "$work/venv" "$work/pictures" "$work/wheels"
 "$python" -m venv --system-site-packages "$work/venv"
-options="-DCMAKE_CXX_FLAGS_RELEASE=-O0 -DVRX_HARDEN=OFF -DVRX_LANE_SETS=base -DVRX_UNITY=ON"
 PIP_NO_INDEX=1 "$work/venv/bin/pip" install --quiet --config-settings build-dir="$work/build" \
-  --config-settings cmake-options="$options" "$source/python"
+  --config-settings module-dir="$module" "$source/python"
 # The wheel by itself: its dependencies are the system's.
 PIP_NO_INDEX=1 "$work/venv/bin/pip" wheel --quiet --no-deps --config-settings build-dir="$work/build" \
-  --config-settings cmake-options="$options" --wheel-dir "$work/wheels" "$source/python"
+  --config-settings module-dir="$module" --wheel-dir "$work/wheels" "$source/python"
 ls "$work"/wheels/vrxmath-*.whl > /dev/null
 cd "$work"
 "$work/venv/bin/python" "$source/examples/judge_chart.py" "$work/pictures" > "$work/judge_chart.txt"

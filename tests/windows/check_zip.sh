@@ -1,11 +1,11 @@
 #!/bin/sh
-# check_zip.sh SOURCE_DIR BUILD_DIR CC CXX
+# check_zip.sh SOURCE_DIR BUILD_DIR CC CXX [vrx.exe]
 #
 # Makes the zip of BUILD_DIR, unpacks it and builds two hosts with what is in it alone: the example in C over the C
 # interface, and the consumer in C++ over the DLL, which sends exceptions across the border both ways. They run in the
-# folder of the DLLs, as they would be shipped, and so does vrx.exe.
+# folder of the DLLs, as they would be shipped, and so does vrx.exe where the build has it.
 set -eu
-source=$1 build=$2 cc=$3 cxx=$4
+source=$1 build=$2 cc=$3 cxx=$4 tool=${5:+bin/$5}
 work=$build/zip_check
 rm -rf "$work"
 mkdir -p "$work"
@@ -13,7 +13,7 @@ cd "$work"
 cpack --config "$build/CPackConfig.cmake" -B "$work" > cpack.log || { cat cpack.log; exit 1; }
 cmake -E tar xf vrxmath-*.zip
 cd vrxmath-*/
-for file in README.md docs/abi.md docs/vrxmath.txt bin/vrx.exe bin/vrxmath.dll bin/vrxmath_c.dll lib/libvrxmath.dll.a \
+for file in README.md docs/abi.md docs/vrxmath.txt $tool bin/vrxmath.dll bin/vrxmath_c.dll lib/libvrxmath.dll.a \
   licenses/gcc-mingw-w64-base.txt licenses/GPL-3.txt licenses/mingw-w64-common.txt licenses/libcli11-dev.txt \
   licenses/nlohmann-json3-dev.txt; do
   [ -s "$file" ] || { echo "$file is missing"; exit 1; }
@@ -61,8 +61,9 @@ END
     [ "$status" -eq 41 ] || { echo "the host by vrxmath_c.def ended with $status"; exit 1; }
   fi
 fi
+[ -n "$tool" ] || exit 0
 printf 'id,L,a,b\nfirst,50,1,2\n' > lot_1.csv
 cp lot_1.csv lot_2.csv
-run bin/vrx.exe judge lot_1.csv 'lot_2*.csv' --system lab --illuminants D65 > judged
+run "$tool" judge lot_1.csv 'lot_2*.csv' --system lab --illuminants D65 > judged
 [ -s judged ]
-run bin/vrx.exe tables D65 2 --format csv | grep -x 'white,95.047,100,108.883'
+run "$tool" tables D65 2 --format csv | grep -x 'white,95.047,100,108.883'
