@@ -75,11 +75,26 @@ if(VRX_BUILD_FUZZERS)
     $<$<NOT:$<BOOL:$<TARGET_PROPERTY:VRX_NOT_FUZZED>>>:-fsanitize=fuzzer-no-link>)
 endif()
 
+# What nearly every source includes of the standard library is read once and for all of them (VRX_SHARED_HEADERS). All code is then
+# independent of its position, as the shared headers have to be.
+option(VRX_SHARED_HEADERS "Precompile the headers of the standard library, for a build from nothing" OFF)
+if(VRX_SHARED_HEADERS)
+  set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+  file(WRITE ${CMAKE_BINARY_DIR}/shared_headers.cpp "")
+  add_library(vrx_shared_headers OBJECT ${CMAKE_BINARY_DIR}/shared_headers.cpp)
+  target_link_libraries(vrx_shared_headers PRIVATE vrx_numeric_flags vrx_build_flags)
+  target_precompile_headers(vrx_shared_headers PRIVATE <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <filesystem>
+    <functional> <limits> <map> <memory> <optional> <span> <string> <string_view> <utility> <vector>)
+endif()
+
 # vrx_compile_together(<target> [BY_FOLDER])
 #
 # With VRX_UNITY, the sources of a target are compiled several at a time, so that what they include is read once. Names in their
 # anonymous namespaces have to differ then. BY_FOLDER: only those of one folder.
 function(vrx_compile_together target)
+  if(VRX_SHARED_HEADERS)
+    target_precompile_headers(${target} REUSE_FROM vrx_shared_headers)
+  endif()
   if(NOT VRX_UNITY)
     return()
   endif()
