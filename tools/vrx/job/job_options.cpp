@@ -56,7 +56,8 @@ std::unique_ptr<store::Store> OpenJobFile(const std::string& file, double wait) 
 }
 
 bool IsJobFile(const std::string& file) {
-  constexpr std::string_view kSignature{"SQLite format 3", 16};  // with the byte 0 at its end
+  using std::string_view_literals::operator""sv;
+  constexpr std::string_view kSignature = "SQLite format 3\0"sv;
   std::array<char, kSignature.size()> begin{};
   std::ifstream stream(io::PathOf(file), std::ios::binary);
   return stream.read(begin.data(), begin.size()) &&
