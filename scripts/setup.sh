@@ -1,5 +1,5 @@
 #!/bin/sh
-# setup.sh [build|site|test|bench|windows|aarch64|wasm]
+# setup.sh [build|site|packages|test|bench|windows|aarch64|wasm]
 #
 # Installs what is missing on Debian 12 to build the vrx tool, to run the tests, or to run the benchmarks; each level
 # holds the one before. The levels windows, aarch64 and wasm hold what builds and runs the programs for Windows, for 64-bit
@@ -24,8 +24,8 @@ need() {
 header() { need "$1" "/usr/include/$2" "/usr/local/include/$2"; }
 
 case $level in
-  build | site | test | bench | windows | aarch64 | wasm) ;;
-  *) echo "usage: setup.sh [build|site|test|bench|windows|aarch64|wasm]" >&2; exit 2 ;;
+  build | site | packages | test | bench | windows | aarch64 | wasm) ;;
+  *) echo "usage: setup.sh [build|site|packages|test|bench|windows|aarch64|wasm]" >&2; exit 2 ;;
 esac
 
 need g++ g++
@@ -57,6 +57,17 @@ elif [ "$level" = wasm ]; then
   need nodejs node
   need npm npm
   need chromium chromium
+elif [ "$level" = packages ]; then
+  need debhelper dh
+  need dh-python dh_python3
+  need dpkg-dev dpkg-buildpackage
+  need lintian lintian
+  need python3-pip /usr/lib/python3/dist-packages/pip/__init__.py
+  need python3-venv /usr/share/doc/python3.11-venv
+  need python3 python3
+  header python3-dev python3.11/Python.h
+  need python3-numpy /usr/lib/python3/dist-packages/numpy/__init__.py
+  need pybind11-dev /usr/lib/cmake/pybind11/pybind11Config.cmake /usr/share/cmake/pybind11/pybind11Config.cmake
 elif [ "$level" != build ] && [ "$level" != site ]; then
   need clang clang++
   need libclang-rt-14-dev /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer*.a
