@@ -2,8 +2,8 @@
 # setup.sh [build|site|packages|test|bench|windows|aarch64|wasm]
 #
 # Installs what is missing on Debian 12 to build the vrx tool, to run the tests, or to run the benchmarks; each level
-# holds the one before. The levels windows, aarch64 and wasm hold what builds and runs the programs for Windows, for 64-bit
-# ARM and for WebAssembly. Quiet and quick when nothing is missing; then it needs neither apt-get nor rights.
+# holds the one before. Beside build, the levels site and packages hold what makes the site and the Debian packages, and
+# windows, aarch64 and wasm what builds and runs the programs for Windows, for 64-bit ARM and for WebAssembly. Quiet and quick when nothing is missing; then it needs neither apt-get nor rights.
 set -eu
 level=${1:-build}
 missing=

@@ -163,6 +163,38 @@ TEST_F(Job, PeopleDecide) {
   ExpectVerified();
 }
 
+// A mixture that was made again is a recipe of its own; what is there is not added twice, and one leaves by its number alone.
+TEST_F(Job, RecipesAreKeptByTheirContent) {
+  const std::string paints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
+  const auto made = [](const std::string& name, const std::string& level) {
+    return Flat(name + ",1:94;Carbon Black:6", level);
+  };
+  folder_.Write("made.csv", Header("id,formula") + made("A7", "40.5") + made("A8", "41"));
+  folder_.Write("again.csv", Header("id,formula") + made("A8", "41") + made("A7", "40.75"));
+  const std::string add = "job add-recipes '" + paints + "' ";
+  Good(add + "made.csv --job j --by 'J. Doe'");
+  EXPECT_NE(Run(add + "again.csv --job j").err.find("1 added, 1 unchanged"), std::string::npos);
+  using Texts = std::vector<std::string>;
+  EXPECT_EQ(Column("job recipes --job j", "recipe"), (Texts{"A7", "A8", "A7"}));
+  EXPECT_EQ(Column("job recipes --job j", "amounts")[0], "94 Titanium White + 6 Carbon Black");
+  const std::pair<std::string, std::string> kRefused[] = {
+      {"job remove-recipe 1 --job j", "#12"},    {"job remove-recipe '#1.5' --job j", "#12"},
+      {"job remove-recipe '#0' --job j", "#12"}, {"job remove-recipe '#9' --job j", "no recipe 9"},
+      {add + "s.csv --job j", "\"formula\""},    {"job accept '#1.5' --job j", "no trial \"#1.5\""},
+  };
+  for (const auto& [arguments, reason] : kRefused) {
+    const Result result = Run(arguments);
+    EXPECT_EQ(result.status, 2) << arguments;
+    EXPECT_NE(result.err.find(reason), std::string::npos) << arguments << "\n" << result.err;
+  }
+  Good("job remove-recipe '#1' --job j --why 'weighed wrongly'");
+  EXPECT_EQ(Column("job recipes --job j", "number"), (Texts{"2", "3"}));
+  EXPECT_EQ(Fact("recipes"), "2");
+  ExpectVerified();
+  Good(add + "made.csv --job j");  // one that was removed comes back
+  EXPECT_EQ(Fact("recipes"), "3");
+}
+
 // Twenty trials that scatter a little, and one that does not belong there.
 TEST_F(Job, ATrendShowsWhatDoesNotBelong) {
   AddStandards();

@@ -249,7 +249,7 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
   folder_.Write("renamed.json", renamed.dump());
   EXPECT_EQ(Run("match renamed.json" + fromJob), 2);
   EXPECT_NE(folder_.Read("err").find("\"Cerulean Blue\""), std::string::npos);
-  ASSERT_EQ(Run("job remove-recipe 1 --job made.vrxjob"), 0);
+  ASSERT_EQ(Run("job remove-recipe '#1' --job made.vrxjob"), 0);
   EXPECT_EQ(Run("match " + kPaints + fromJob), 2);
   EXPECT_NE(folder_.Read("err").find("has no recipes"), std::string::npos);
 #endif

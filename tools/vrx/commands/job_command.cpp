@@ -1,6 +1,7 @@
 // vrx job: the database of standards, trials and verdicts.
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <vrxstore/digest/digest.h>
@@ -120,10 +121,7 @@ void RunExport(const JobCommandOptions& options) {
 
 // The number of the trial that a text names: "#12", or an id that only one trial has.
 int64_t TrialOf(store::Store& job, const std::string& file, const std::string& text) {
-  if (text.starts_with('#')) {
-    const std::vector<double> numbers = ParseNumbers(text.substr(1), "TRIAL");
-    if (numbers.size() == 1 && numbers[0] >= 1) return static_cast<int64_t>(numbers[0]);
-  }
+  if (const std::optional<int64_t> number = NumberInJob(text)) return *number;
   const auto cursor = job.Trials({.name = text});
   std::string known;
   int64_t number = 0;

@@ -1,7 +1,9 @@
 // vrx job add-recipes, recipes, remove-recipe: recipes that were made, for vrx match --library.
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/vrx/base/command.h"
@@ -55,10 +57,9 @@ void RunListRecipes(const RecipesOptions& options) {
 }
 
 void RunRemoveRecipe(const RecipesOptions& options) {
-  const bool isNumber = options.recipe.starts_with('#');
-  const std::vector<double> numbers = ParseNumbers(options.recipe.substr(isNumber ? 1 : 0), "NUMBER");
-  if (numbers.size() != 1 || numbers[0] < 1) throw InputError("NUMBER: must be that of a recipe, as in #12");
-  OpenJob(options.job)->RemoveRecipe(static_cast<int64_t>(numbers[0]), options.job.Author());
+  const std::optional<int64_t> number = NumberInJob(options.recipe);
+  if (!number) throw InputError("NUMBER: must be that of a recipe, as in #12");
+  OpenJob(options.job)->RemoveRecipe(*number, options.job.Author());
 }
 
 }  // namespace

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdlib>
 #include <fstream>
 #include <string_view>
+#include <system_error>
 
 #include <vrxio/text/path.h>
 #include <vrxstore/records/stored_form.h>
@@ -53,6 +55,15 @@ std::unique_ptr<store::Store> OpenJobFile(const std::string& file, double wait) 
   auto job = store::OpenStore(file, wait);
   if (!job->Notice().empty()) PrintMessage(job->Notice());
   return job;
+}
+
+std::optional<int64_t> NumberInJob(std::string_view text) {
+  int64_t number = 0;
+  if (!text.starts_with('#')) return std::nullopt;
+  const char* const end = text.data() + text.size();
+  const auto [stopped, error] = std::from_chars(text.data() + 1, end, number);
+  if (error != std::errc() || stopped != end || number < 1) return std::nullopt;
+  return number;
 }
 
 bool IsJobFile(const std::string& file) {

@@ -3,8 +3,11 @@
 #ifndef TOOLS_VRX_JOB_JOB_OPTIONS_H_
 #define TOOLS_VRX_JOB_JOB_OPTIONS_H_
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include <vrxstore/store.h>
 
@@ -31,6 +34,9 @@ std::string RefuseNegative(const std::string& text);
 void AddJobOptions(Command& owner, JobOptions& options);
 /// Adds those, and `--by` and `--why`, for commands that change something.
 void AddJobChangeOptions(Command& owner, JobOptions& options);
+
+/// The number of a row of a job as commands name it, "#12"; none for any other text.
+std::optional<int64_t> NumberInJob(std::string_view text);
 
 /// Whether a file begins as a job does, whatever its name.
 bool IsJobFile(const std::string& file);
