@@ -41,23 +41,25 @@ foreach(set avx2 avx512)
   endif()
 endforeach()
 
+# Linked last, since of two options that contradict each other the later one holds.
+add_library(vrx_lane_checks INTERFACE)
+if(VRX_SANITIZE MATCHES "undefined")
+  # What of undefined behaviour a kernel of sums and products can show at all. The checks of pointers, which the address
+  # sanitizer sees fail as well, and the others take two thirds of its compiling.
+  target_compile_options(vrx_lane_checks INTERFACE -fno-sanitize=undefined
+    -fsanitize=signed-integer-overflow,shift,float-cast-overflow)
+endif()
+
 function(vrx_add_lane_objects name result)
   cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "SOURCES")
   set(targets "")
-  string(REPLACE "," ";" sanitizers "${VRX_SANITIZE}")
   foreach(set IN LISTS lane_sets)
     add_library(${name}_${set} OBJECT ${arg_SOURCES})
     set_target_properties(${name}_${set} PROPERTIES
       POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON VRX_NOT_FUZZED ON)
     target_include_directories(${name}_${set} PRIVATE ${PROJECT_SOURCE_DIR})
-    target_link_libraries(${name}_${set} PRIVATE vrx_numeric_flags vrx_build_flags)
+    target_link_libraries(${name}_${set} PRIVATE vrx_numeric_flags vrx_build_flags vrx_lane_checks)
     target_compile_options(${name}_${set} PRIVATE ${VRX_LANE_FLAGS_${set}})
-    if("undefined" IN_LIST sanitizers)
-      # What of undefined behaviour a kernel of sums and products can show at all. The checks of pointers, which the address
-      # sanitizer sees fail as well, and the others take two thirds of its compiling.
-      target_compile_options(${name}_${set} PRIVATE -fno-sanitize=undefined
-        -fsanitize=signed-integer-overflow,shift,float-cast-overflow)
-    endif()
     target_compile_definitions(${name}_${set} PRIVATE VRX_LANES=${VRX_LANE_COUNT_${set}} VRX_BUILDING)
     if(NOT BUILD_SHARED_LIBS)
       target_compile_definitions(${name}_${set} PRIVATE VRX_STATIC)

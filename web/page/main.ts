@@ -248,11 +248,23 @@ async function firstId(file: Loaded): Promise<string> {
   return file.firstId;
 }
 
+// What is shown was found with other settings or files: it cannot be handed on as if it were the answer to these.
+function outdate(): void {
+  ++round;
+  setOld(true);
+}
+
+function setOld(isOld: boolean): void {
+  byId<HTMLFieldSetElement>('hand-on').disabled = isOld;
+  for (const name of ['sentence', 'report']) byId(name).classList.toggle('old', isOld);
+}
+
 async function update(): Promise<void> {
+  outdate();
+  const own = round;
   showFiles();
   showModes();
   form?.show();
-  const own = ++round;
   const gap = missing();
   if (gap) {
     clear();
@@ -287,6 +299,7 @@ function show(answer: Answer): void {
   frame.srcdoc = text(answer.report);
   frame.hidden = false;
   showHandOn();
+  setOld(false);
 }
 
 function listed(words: string[]): string {
@@ -502,6 +515,7 @@ async function begin(): Promise<void> {
     const [codeAt, descriptionAt] = [header.indexOf('code'), header.indexOf('description')];
     let timer = 0;
     form = new Form(byId('settings'), systems, rows.map((row) => [row[codeAt]!, row[descriptionAt]!]), settings, () => {
+      outdate();
       clearTimeout(timer);
       timer = window.setTimeout(() => void update(), 120);
     });

@@ -9,6 +9,7 @@
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/same_file.h"
+#include "tools/vrx/base/text.h"
 
 namespace vrx::tool {
 
@@ -85,6 +86,7 @@ class OneStandardForAll final : public Standards {
         pairs_(std::move(pairs)),
         trials_(std::move(trials)) {
     ReadRows();
+    if (!isNamed_ && !reader_.HasGeometries()) LookForOthers();
   }
 
   const Standard& Of(const CurveRow& trial) override {
@@ -99,7 +101,12 @@ class OneStandardForAll final : public Standards {
     return standard;
   }
   const CurveReader& Reader() const override { return reader_; }
-  void EndTrials() override { pairs_.Ask(reader_, trials_); }
+  void EndTrials() override {
+    pairs_.Ask(reader_, trials_);
+    const std::string& file = reader_.Source().Name();
+    if (isNamed_ || !hasOthers_ || trials_.empty() || AreOneFile(file, trials_)) return;
+    PrintMessage(file + ": warning: only its first standard, " + id_ + ", is used; --standard-id names one");
+  }
 
  private:
   struct Row {
@@ -119,6 +126,7 @@ class OneStandardForAll final : public Standards {
     CurveRow row;
     while (reader_.Next(row)) {
       if (id_.empty()) id_ = row.id;
+      hasOthers_ = hasOthers_ || row.id != id_;
       if (row.id != id_) continue;
       const auto same = [&](const Row& other) { return other.geometry == row.geometry; };
       if (std::ranges::any_of(rows_, same)) {
@@ -130,6 +138,15 @@ class OneStandardForAll final : public Standards {
     }
     if (rows_.empty() && id_.empty()) throw InputError(reader_.Source().Name() + ": there is no row");
     if (rows_.empty()) FailNoStandard(reader_.Source().Name(), id_, kNoGeometry);
+  }
+
+  void LookForOthers() {
+    CurveRow row;
+    try {
+      hasOthers_ = reader_.Next(row);
+    } catch (const InputError&) {  // rows that nobody asks for may be of any kind
+      hasOthers_ = true;
+    }
   }
 
   // The row of a geometry, else the one without; a trial without a geometry may take an only row.
@@ -145,6 +162,7 @@ class OneStandardForAll final : public Standards {
   CurveReader reader_;
   std::string id_;
   bool isNamed_;
+  bool hasOthers_ = false;  // rows of other standards, which nobody named
   ForgottenPairs pairs_;
   std::string trials_;  // their file
   std::vector<Row> rows_;
