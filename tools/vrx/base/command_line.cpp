@@ -11,6 +11,7 @@
 #include <vrxio/measurement/names.h>
 #include <vrxmath/platform/exceptions.h>
 
+#include "tools/vrx/base/build_facts.h"
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/help_texts.h"
 #include "tools/vrx/base/output_error.h"
@@ -283,7 +284,9 @@ int RunTool(std::span<const std::string> arguments, std::span<const CommandEntry
   app.allow_windows_style_options(false);  // a path may begin with a slash everywhere
   LayOutHelp(app);
   app.set_help_flag("-h,--help", "Print this help and exit");
-  app.set_version_flag("--version", "vrx " + version, "Print the version and exit");
+  app.set_version_flag(
+      "--version", [&version] { return "vrx " + version + "\n" + BuildFacts(); },
+      "Print the version, how it was built and what it uses of this machine, and exit");
   app.footer("Run vrx COMMAND --help for the options of a command, with examples.");
   Command tool(&app, &status);
   for (const CommandEntry& command : commands) {

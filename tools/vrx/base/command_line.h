@@ -132,7 +132,7 @@ using ProfileSource = std::function<std::vector<std::pair<std::string, std::stri
 
 /// Parses the arguments of a run, without the program's name, and runs the one of `commands`, which are in the order of the
 /// help, that they name. Returns the exit status; a sentence on standard error says why it is kExitBadInput. `version` is
-/// what --version prints. The options of the profile that --profile names count where the command has them and the arguments do not
+/// what --version prints, with BuildFacts(). The options of the profile that --profile names count where the command has them and the arguments do not
 /// give them. Throws what no command means to throw.
 int RunTool(std::span<const std::string> arguments, std::span<const CommandEntry> commands,
             const std::string& version, const ProfileSource& profiles = nullptr);
