@@ -81,6 +81,8 @@ elif [ "$level" != build ] && [ "$level" != site ]; then
   need pkg-config pkg-config
   header libgtest-dev gtest/gtest.h
   header libpng-dev png.h
+  # An example of the pages asks a job by SQL.
+  need sqlite3 sqlite3
   # Readers by others of the files that vrx writes: CxF against the schema, and a reader of CxF and CGATS.
   need libxml2-utils xmllint
   need argyll cxf2ti3
@@ -110,6 +112,7 @@ if [ "$level" = site ]; then
   header python3-dev python3.11/Python.h
   need pybind11-dev /usr/lib/cmake/pybind11/pybind11Config.cmake /usr/share/cmake/pybind11/pybind11Config.cmake
   need python3-numpy /usr/lib/python3/dist-packages/numpy/__init__.py
+  need sqlite3 sqlite3
   need mkdocs /usr/bin/mkdocs
   need mkdocs-material /usr/share/mkdocs/themes/material/mkdocs_theme.yml
   need python3-pymdownx /usr/lib/python3/dist-packages/pymdownx/__init__.py
