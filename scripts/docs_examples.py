@@ -8,7 +8,7 @@
 
 An example is a fenced block `console`: a line that begins with "$ " is a command of the shell (a backslash at its end goes on in the
 next line), what follows up to the next one is what it prints on both of its streams. The examples of a page run one after the other
-in a folder of their own, in which `examples` is that of the project; files that they write into `pictures` are those of
+in a folder of their own, in which `examples` and `resources` are those of the project; files that they write into `pictures` are those of
 docs/pictures.
 
 A table of options is what lies between <!-- options: NAME --> and <!-- end of options -->: the section NAME of what
@@ -88,7 +88,8 @@ def check_examples(vrx, update):
         if not BLOCK.search(page.read_text("utf-8")):
             continue
         with tempfile.TemporaryDirectory() as folder:
-            os.symlink(ROOT / "examples", f"{folder}/examples")
+            for link in ("examples", "resources"):
+                os.symlink(ROOT / link, f"{folder}/{link}")
             os.mkdir(f"{folder}/pictures")
             text = rewritten(page, folder, environment)
             name = str(page.relative_to(ROOT))
