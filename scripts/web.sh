@@ -34,7 +34,8 @@ node build.mjs "$source/build/$preset/web" "$source/examples" "$source/tools/vrx
 cp "$source/build/$preset/web/vrx_core.mjs" "$source/build/$preset/web/vrx_core.wasm" core
 run npx tsc --target es2022 --module es2022 --moduleResolution bundler --strict --declaration --stripInternal --types node \
   --lib ES2022,DOM core/index.ts
-(cd core && run npm pack --pack-destination "$out")
+version=$(sed -n 's/^project(vrxmath VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt")
+(cd core && run npm pkg set version="$version" && run npm pack --pack-destination "$out")
 package=$(ls "$out"/vrxmath-core-*.tgz)
 echo "$package"
 

@@ -16,6 +16,8 @@ import sys
 import sysconfig
 import zipfile
 
+import wheel_platform
+
 PYTHON = pathlib.Path(__file__).resolve().parent.parent
 ROOT = PYTHON.parent
 SUMMARY = "Colour science for industrial colour matching and quality control"
@@ -42,9 +44,12 @@ def metadata():
     return "\n".join(lines) + "\n\n" + (ROOT / "docs" / "python.md").read_text(encoding="utf-8")
 
 
-def tag():
+def tag(modules=()):
+    """The wheel's tag; the platform is the oldest on which the compiled module runs, where that is known."""
     interpreter = f"cp{sys.version_info.major}{sys.version_info.minor}"
-    return f"{interpreter}-{interpreter}-{sysconfig.get_platform().replace('-', '_').replace('.', '_')}"
+    platform, why = wheel_platform.platform_of(modules[0] if modules else "")
+    print(f"{why}: {platform}", file=sys.stderr)
+    return f"{interpreter}-{interpreter}-{platform}"
 
 
 def run(*command):
@@ -87,8 +92,8 @@ def write_wheel(path, files):
             archive.writestr(entry, data)
 
 
-def info_files():
-    wheel = f"Wheel-Version: 1.0\nGenerator: vrxmath\nRoot-Is-Purelib: false\nTag: {tag()}\n"
+def info_files(wheel_tag):
+    wheel = f"Wheel-Version: 1.0\nGenerator: vrxmath\nRoot-Is-Purelib: false\nTag: {wheel_tag}\n"
     return {"METADATA": metadata().encode(), "WHEEL": wheel.encode(), "top_level.txt": b"vrxmath\n"}
 
 
@@ -102,7 +107,7 @@ def get_requires_for_build_wheel(config_settings=None):
 def prepare_metadata_for_build_wheel(metadata_directory, config_settings=None):
     folder = pathlib.Path(metadata_directory) / dist_info()
     folder.mkdir(parents=True)
-    for name, data in info_files().items():
+    for name, data in info_files(tag()).items():
         (folder / name).write_bytes(data)
     return dist_info()
 
@@ -111,10 +116,12 @@ def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
     compiled = build_extension(config_settings or {})
     suffix = sysconfig.get_config_var("EXT_SUFFIX")
     sources = [path for pattern in ("*.py", "*.pyi", "py.typed") for path in (PYTHON / "vrxmath").glob(pattern)]
-    sources += list(compiled.glob(f"*{suffix}"))
+    modules = list(compiled.glob(f"*{suffix}"))
+    sources += modules
+    wheel_tag = tag(modules)
     files = {f"vrxmath/{path.name}": path.read_bytes() for path in sorted(sources)}
-    files.update({f"{dist_info()}/{name}": data for name, data in info_files().items()})
-    name = f"vrxmath-{version()}-{tag()}.whl"
+    files.update({f"{dist_info()}/{name}": data for name, data in info_files(wheel_tag).items()})
+    name = f"vrxmath-{version()}-{wheel_tag}.whl"
     write_wheel(pathlib.Path(wheel_directory) / name, files)
     return name
 
