@@ -52,7 +52,8 @@ sh scripts/wheel.sh
 cp build/wheel/*.whl "$out/"
 sh scripts/setup.sh windows
 for width in i686 x86_64; do
-  cmake --preset "windows-$width" -DVRX_BUILD_TESTS=OFF > "$out/windows-$width.log"
+  cmake --preset "windows-$width" -DVRX_BUILD_TESTS=OFF -DCMAKE_CXX_COMPILER_LAUNCHER="$(command -v ccache || true)" \
+    > "$out/windows-$width.log"
   cmake --build --preset "windows-$width" >> "$out/windows-$width.log"
   cpack --config "build/windows-$width/CPackConfig.cmake" -B "$out" >> "$out/windows-$width.log"
 done

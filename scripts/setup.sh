@@ -62,6 +62,7 @@ elif [ "$level" = packages ]; then
   need dh-python dh_python3
   need dpkg-dev dpkg-buildpackage
   need lintian lintian
+  need abigail-tools abidiff
   need python3-pip /usr/lib/python3/dist-packages/pip/__init__.py
   need python3-venv /usr/share/doc/python3.11-venv
   need python3 python3
