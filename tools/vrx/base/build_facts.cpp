@@ -56,7 +56,9 @@ std::string BuildFacts() {
   std::string text;
   text.append("compiled by ").append(kCompiler).append(" for ").append(kTarget);
   text.append(", C++ library ").append(kStandardLibrary);
-  text.append("\ninstruction sets: ").append(InstructionSetName(InstructionSet::kBase)).append(VRX_WIDER_SETS);
+  text.append("\ninstruction sets: ")
+      .append(InstructionSetName(InstructionSet::kBase))
+      .append(VRX_WIDER_SETS);
   return text.append("; in use: ").append(InstructionSetName(CurrentInstructionSet()));
 }
 
