@@ -35,7 +35,7 @@ void Check(const vrx_recipe_settings& s) {
   NeedRange(s.most_colorants, 1, kMostColorants, "most_colorants");
   NeedRange(s.top, 1, kMostResults, "top");
   NeedRange(s.objective, VRX_OBJECTIVE_TRISTIMULUS, VRX_OBJECTIVE_COMBINED, "objective");
-  NeedRange(s.order, VRX_ORDER_FEWEST, VRX_ORDER_COST, "order");
+  NeedRange(s.order, VRX_ORDER_FEWEST, VRX_ORDER_INCONSTANCY, "order");
   NeedRange(s.aim, VRX_AIM_SMALLEST, VRX_AIM_NEAREST, "aim");
   NeedRange(s.prerank, 0, kMostPreranked, "prerank");
   NeedWithin(s.least_amount, 0.0, 1.0, "least_amount");
@@ -50,7 +50,7 @@ CRecipeSettings RecipeSettings(const vrx_recipe_settings& s) {
   constexpr RecipeObjective kObjectives[] = {RecipeObjective::kTristimulus, RecipeObjective::kSpectral,
                                              RecipeObjective::kCombined};
   constexpr RecipeOrder kOrders[] = {RecipeOrder::kFewest, RecipeOrder::kColor, RecipeOrder::kMetamerism,
-                                     RecipeOrder::kCost};
+                                     RecipeOrder::kCost, RecipeOrder::kInconstancy};
   CRecipeSettings settings;
   settings.mostColorants = s.most_colorants;
   settings.leastAmount = s.least_amount;
@@ -91,7 +91,7 @@ void RefuseFaults(const RecipeOutcome& outcome, const Search& search) {
 vrx_recipe_summary SummaryOf(const CDbFormula& formula) {
   vrx_recipe_summary summary{};
   summary.lines = formula.GetSize();
-  summary.metamerism = summary.rms = summary.opacity = kUnset;
+  summary.metamerism = summary.inconstancy = summary.rms = summary.opacity = kUnset;
   for (const CDbFormulaElement& line : formula) summary.total += line.amount;
   return summary;
 }
@@ -102,6 +102,7 @@ FoundRecipe ResultOf(const CRecipe& recipe) {
   found.summary.alike = recipe.alike;
   found.summary.worst = recipe.worst;
   found.summary.metamerism = recipe.metamerism;
+  found.summary.inconstancy = recipe.inconstancy;
   found.summary.rms = recipe.rms;
   found.summary.cost = recipe.cost;
   found.summary.opacity = recipe.opacity;

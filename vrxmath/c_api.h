@@ -542,7 +542,13 @@ VRX_C_API vrx_status VRX_CALL vrx_film_constants(const double over_black[40], co
  * Recipes: which colorants of a colour system, and how much of each, give a colour; and what to add to a batch that came out wrong. */
 
 enum { VRX_OBJECTIVE_TRISTIMULUS = 0, VRX_OBJECTIVE_SPECTRAL = 1, VRX_OBJECTIVE_COMBINED = 2 };
-enum { VRX_ORDER_FEWEST = 0, VRX_ORDER_COLOR = 1, VRX_ORDER_METAMERISM = 2, VRX_ORDER_COST = 3 };
+enum {
+  VRX_ORDER_FEWEST = 0,
+  VRX_ORDER_COLOR = 1,
+  VRX_ORDER_METAMERISM = 2,
+  VRX_ORDER_COST = 3,
+  VRX_ORDER_INCONSTANCY = 4
+};
 enum { VRX_AIM_SMALLEST = 0, VRX_AIM_CHEAPEST = 1, VRX_AIM_NEAREST = 2 };
 enum { VRX_USE_OFFERED = 0, VRX_USE_REQUIRED = 1, VRX_USE_EXCLUDED = 2 };
 
@@ -573,7 +579,8 @@ typedef struct vrx_recipe_summary {
   double metamerism;        /* largest index from the first illuminant to another */
   double rms;               /* of the curves' difference from 400 to 700 nm, percent */
   double cost;
-  double opacity; /* contrast ratio in percent */
+  double opacity;     /* contrast ratio in percent */
+  double inconstancy; /* of its colour, the largest from the first illuminant to another */
 } vrx_recipe_summary;
 /* Called on the calling thread of a search with the part that is done, 0 to 1; 0 stops the search, which is then refused. */
 typedef int32_t(VRX_CALL* vrx_progress)(double part, void* context);

@@ -241,7 +241,8 @@ void ReadProduction(const System& system, const py::dict& given, CRecipeSettings
                                        {"color", RecipeOrder::kColor},
                                        {"metamerism", RecipeOrder::kMetamerism},
                                        {"cost", RecipeOrder::kCost},
-                                       {"expected", RecipeOrder::kExpected}});
+                                       {"expected", RecipeOrder::kExpected},
+                                       {"inconstancy", RecipeOrder::kInconstancy}});
   settings.batchSize = NumberOf(given, "batch_size", 1e-9, 1e9);
   settings.resolution = NumberOf(given, "resolution", 0, settings.batchSize);
   settings.thickness = NumberOf(given, "thickness", 0, 1e9);
@@ -318,6 +319,7 @@ py::dict FieldsOf(const System& system, const CRecipe& recipe) {
   fields["amounts"] = AmountsOf(system, recipe.formula);
   fields["differences"] = ArrayOf(recipe.differences);
   fields["metamerism"] = NanOf(recipe.metamerism);
+  fields["inconstancy"] = NanOf(recipe.inconstancy);
   fields["rms"] = NanOf(recipe.rms);
   fields["cost"] = recipe.cost;
   fields["opacity"] = NanOf(recipe.opacity);

@@ -47,8 +47,8 @@ def test_recipes(paints, vrx_tool):
     recipes = [recipe for one in found for recipe in one]
     assert len(recipes) == len(rows) and len(found) == len(targets)
     for row, recipe in zip(rows, recipes):
-        expected = numbers(row, ("dE_D65", "dE_A", "metamerism", "rms", "cost", "opacity"))
-        own = [*recipe.differences, recipe.metamerism, recipe.rms, recipe.cost, recipe.opacity]
+        expected = numbers(row, ("dE_D65", "dE_A", "metamerism", "inconstancy", "rms", "cost", "opacity"))
+        own = [*recipe.differences, recipe.metamerism, recipe.inconstancy, recipe.rms, recipe.cost, recipe.opacity]
         assert np.array_equal(own, expected, equal_nan=True)
         amounts = dict(part.split(":") for part in row["formula"].split(";"))
         assert {paints.names[paints.ids.index(int(number))]: float(amount) for number, amount in amounts.items()} == recipe.formula

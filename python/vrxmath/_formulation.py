@@ -53,6 +53,9 @@ class Recipe:
     metamerism, rms : float
         The largest special metamerism index (CIE 15), and the root mean square of the curves' difference from 400 to 700 nm
         in percent; NaN for a target without a curve.
+    inconstancy : float
+        How far the recipe's own colour drifts from the first illuminant to another, at most, in units of the difference system;
+        NaN under one illuminant.
     cost, opacity : float
         Opacity as contrast ratio in percent, NaN without backings.
     load, load_by : float, str
@@ -73,6 +76,7 @@ class Recipe:
     amounts: Floats
     differences: Floats
     metamerism: float
+    inconstancy: float
     rms: float
     cost: float
     opacity: float
@@ -305,7 +309,7 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
           limits: Mapping[Component, tuple[float, float]] | None = None, costs: Mapping[Component, float] | None = None,
           min_amount: float = 0.0, objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
           specular: Specular | None = None,
-          sort: Literal["fewest", "color", "metamerism", "cost", "expected"] = "fewest",
+          sort: Literal["fewest", "color", "metamerism", "cost", "expected", "inconstancy"] = "fewest",
           batch_size: float = _DEFAULTS["batch_size"], resolution: float = 0.0, backings: Numbers | None = None,
           thickness: float = _DEFAULTS["thickness"], min_opacity: float = 0.0, load: float | tuple[float, float] | None = None,
           within_range: bool = False, trace: float | None = None, angle: float = 45.0, prerank: int = 0,
@@ -340,7 +344,7 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
     specular : str
         Of the targets, as for :func:`predict`.
     sort : str
-        ``"fewest"``, ``"color"``, ``"metamerism"``, ``"cost"`` or ``"expected"``.
+        ``"fewest"``, ``"color"``, ``"metamerism"``, ``"cost"``, ``"expected"`` or ``"inconstancy"``.
     batch_size, resolution : float
         Total of the amounts, and the step of the dispenser: amounts are the nearest steps, and the largest takes the rest.
     backings : array_like, shape (2, 40), optional

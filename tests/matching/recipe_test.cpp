@@ -9,6 +9,7 @@
 
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/colorimetry/single_figures.h>
 #include <vrxmath/numeric/instruction_set.h>
 
 #include "tests/matching/made_up_paints.h"
@@ -43,6 +44,14 @@ std::string BitsOf(const CRecipeArray& recipes) {
     text += "\n";
   }
   return text;
+}
+
+// From D65 to A and CWF, those that the settings have without being told.
+double WorstInconstancy(const CReflData& curve) {
+  const auto to = [&](vrxIlluminant test) {
+    return InconstancyIndex(vrxIllumD65, test, kObserver10, curve, CRecipeSettings().difference);
+  };
+  return std::max(to(vrxIllumA), to(vrxIllumCWF));
 }
 
 CRecipeSettings Settings(RecipeOrder order = RecipeOrder::kFewest, int32_t mostColorants = 4) {
@@ -190,6 +199,7 @@ TEST(Recipes, TheFirstOfAllAreFoundAmongThousands) {
       {"cost, hardly any within the tolerance", RecipeOrder::kCost, 0.001, 0.0, 1.0, false},
       {"cost of what hides", RecipeOrder::kCost, 3.0, 50.0, 1.0, false},
       {"metamerism", RecipeOrder::kMetamerism, 3.0, 0.0, 1.0, false},
+      {"inconstancy", RecipeOrder::kInconstancy, 3.0, 0.0, 1.0, false},
       {"colour of what hides", RecipeOrder::kColor, 0.5, 50.0, 1.0, false},
       {"colour, where few hide", RecipeOrder::kColor, 0.5, 61.0, 1.0, false},
       {"colour, limited", RecipeOrder::kColor, 0.5, 0.0, 0.7, false},
@@ -289,14 +299,16 @@ TEST(Recipes, NoiseRoundingOpacityAndOrders) {
   for (int32_t id = 1; id <= 8; ++id) {
     settings.components.Add({static_cast<uint32_t>(id), CRecipeComponent::kOffered, 0.0, 1.0, 9.0 - id});
   }
-  for (const auto order : {RecipeOrder::kCost, RecipeOrder::kMetamerism, RecipeOrder::kColor}) {
+  for (const auto order :
+       {RecipeOrder::kCost, RecipeOrder::kMetamerism, RecipeOrder::kInconstancy, RecipeOrder::kColor}) {
     settings.order = order;
     double last = 0.0;
     for (const CRecipe& recipe : Recipes(system, curve, settings)) {
       if (!recipe.isWithinTolerance) break;
-      const double key = order == RecipeOrder::kCost         ? recipe.cost
-                         : order == RecipeOrder::kMetamerism ? recipe.metamerism
-                                                             : recipe.worst;
+      const double key = order == RecipeOrder::kCost          ? recipe.cost
+                         : order == RecipeOrder::kMetamerism  ? recipe.metamerism
+                         : order == RecipeOrder::kInconstancy ? WorstInconstancy(recipe.curve)
+                                                              : recipe.worst;
       EXPECT_GE(key, last);
       last = key;
     }

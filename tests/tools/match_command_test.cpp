@@ -42,7 +42,7 @@ TEST_F(MatchingCommands, TheExampleFormulasComeBackFirst) {
             0)
       << folder_.Read("err");
   EXPECT_TRUE(folder_.Read("out").starts_with(
-      "target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,rms,cost,opacity,folded,traces,status\n"
+      "target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,inconstancy,rms,cost,opacity,folded,traces,status\n"
       "Sky blue,1,3,1:94;7:1.5;16:4.5,"));
   const json found = json::parse(folder_.Read("found.json"))["formulas"];
   const json wanted = json::parse(std::ifstream(kFormulas))["formulas"];
@@ -180,7 +180,7 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
   const std::string match = "match plastics.json curves.csv --max-colorants 3 --top 2 --sort color ";
   ASSERT_EQ(Run(match + "--load 3% --format csv"), 0) << folder_.Read("err");
   EXPECT_TRUE(
-      folder_.Read("out").starts_with("target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,rms,cost,"
+      folder_.Read("out").starts_with("target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,inconstancy,rms,cost,"
                                       "opacity,load,load_by,expected,outside,"
                                       "folded,traces,status\nSky blue,1,3,1:2.82;7:0.045;16:0.135;90:97,"))
       << folder_.Read("out");

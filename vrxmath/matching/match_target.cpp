@@ -5,6 +5,7 @@
 
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/indices.h>
+#include <vrxmath/colorimetry/single_figures.h>
 #include <vrxmath/colorimetry/uniform_space_formulas.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/matching/curves.h>
@@ -393,6 +394,17 @@ double MatchTarget::WorstDifference(const CReflData& curve) const {
   return worst;
 }
 
+// Of a recipe and not of its target, so that it is known beside a target without a curve, too.
+double MatchTarget::WorstInconstancy(const CReflData& curve) const {
+  double worst = kUnset;
+  for (int32_t j = 1; j < settings_.illuminants.GetSize(); ++j) {
+    const double index = InconstancyIndex(settings_.illuminants[0], settings_.illuminants[j],
+                                          settings_.observer, curve, settings_.difference);
+    if (IsUnset(worst) || index > worst) worst = index;
+  }
+  return worst;
+}
+
 void MatchTarget::Judge(CRecipe& recipe) const {
   recipe.differences.SetSize(settings_.illuminants.GetSize());
   recipe.differences.Fill(kUnset);
@@ -403,6 +415,7 @@ void MatchTarget::Judge(CRecipe& recipe) const {
   }
   recipe.worst = WorstDifference(recipe.curve);
   recipe.isWithinTolerance = recipe.worst <= settings_.tolerance;
+  recipe.inconstancy = WorstInconstancy(recipe.curve);
   recipe.metamerism = recipe.rms = kUnset;
   if (isColorOnly_) return;
   double sum = 0.0;

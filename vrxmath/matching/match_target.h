@@ -30,7 +30,7 @@ class MatchTarget {
   RecipeFault Fault() const { return fault_; }
   const MatchProblem& Problem() const { return problem_; }
 
-  /// Fills differences, worst, metamerism and rms of a recipe from its curve.
+  /// Fills differences, worst, metamerism, inconstancy and rms of a recipe from its curve.
   void Judge(CRecipe& recipe) const;
   /// The differences under each illuminant of a curve that is `R`, fractions, away from the target's.
   void DifferencesOf(const SpectralCurve& R, std::array<double, kMostLamps>& differences) const;
@@ -62,6 +62,7 @@ class MatchTarget {
   void SetUnitCurves(const Offer& offer);
   void SetLimits(const Offer& offer);
   void SetGram(const Offer& offer);
+  double WorstInconstancy(const CReflData& curve) const;
   double DifferenceOf(const Lamp& lamp, const Xyz& xyz) const;
   Color ColorOf(const Lamp& lamp, const Xyz& xyz) const;
   Xyz XyzOf(const Lamp& lamp, const CReflData& curve) const;

@@ -63,7 +63,8 @@ class Search {
   // Subsets that are solved between two questions whether to go on: fewer where each takes longer than the kernels do.
   std::size_t BlockRows() const {
     const bool isSlow = settings_.order == RecipeOrder::kCost ||
-                        settings_.order == RecipeOrder::kMetamerism || settings_.leastOpacity > 0.0 ||
+                        settings_.order == RecipeOrder::kMetamerism ||
+                        settings_.order == RecipeOrder::kInconstancy || settings_.leastOpacity > 0.0 ||
                         offer_.hasSeveralLevels;
     return isSlow ? kBlock / 16 : kBlock;
   }
@@ -298,7 +299,10 @@ class Search {
         SetPriceKey(candidate);
         break;
       case RecipeOrder::kMetamerism:
-        SetMetamerismKey(candidate);
+        SetPredictedKey(&CRecipe::metamerism, candidate);
+        break;
+      case RecipeOrder::kInconstancy:
+        SetPredictedKey(&CRecipe::inconstancy, candidate);
         break;
       case RecipeOrder::kExpected:
         SetExpectedKey(candidate);
@@ -329,14 +333,15 @@ class Search {
     if (!candidate.isBeyond) candidate.key = price;
   }
 
-  void SetMetamerismKey(Candidate& candidate) const {
+  // By a figure that only the predicted recipe has.
+  void SetPredictedKey(double CRecipe::*figure, Candidate& candidate) const {
     const double lamps = maker_->LampCount();
     candidate.isBeyond = candidate.worst > kNear * std::sqrt(lamps) * settings_.tolerance;
     if (candidate.isBeyond) return;
     Candidate best = candidate;
     const CRecipe recipe = maker_->Best(best);
     candidate.isBeyond = !recipe.isWithinTolerance;
-    if (recipe.isWithinTolerance && !IsUnset(recipe.metamerism)) candidate.key = recipe.metamerism;
+    if (recipe.isWithinTolerance && !IsUnset(recipe.*figure)) candidate.key = recipe.*figure;
   }
 
   void SetExpectedKey(Candidate& candidate) const {

@@ -11,6 +11,8 @@ double RecipeChoice::KeyOf(const CRecipe& recipe) const {
       return recipe.colorants;
     case RecipeOrder::kMetamerism:
       return IsUnset(recipe.metamerism) ? 0.0 : recipe.metamerism;
+    case RecipeOrder::kInconstancy:
+      return IsUnset(recipe.inconstancy) ? 0.0 : recipe.inconstancy;
     case RecipeOrder::kCost:
       return recipe.cost;
     case RecipeOrder::kExpected:

@@ -12,7 +12,7 @@ namespace vrx {
 // The largest difference is made small where the colour is all that is asked for; weights ask for their own sum.
 bool RecipeMaker::IsLeveled() const {
   return settings_.objective == RecipeObjective::kTristimulus && settings_.weights.IsEmpty() &&
-         settings_.order != RecipeOrder::kMetamerism;
+         settings_.order != RecipeOrder::kMetamerism && settings_.order != RecipeOrder::kInconstancy;
 }
 
 // Each lamp has three rows.

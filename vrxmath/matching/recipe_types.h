@@ -70,7 +70,7 @@ enum class RecipeObjective {
 };
 
 /// By what recipes are ordered; first always those within the tolerance, last the worst difference over the illuminants.
-enum class RecipeOrder { kFewest, kColor, kMetamerism, kCost, kExpected };
+enum class RecipeOrder { kFewest, kColor, kMetamerism, kCost, kExpected, kInconstancy };
 
 /// The choice of components, the criterion by which recipes are judged, and how they are made up.
 struct VRX_API CRecipeSettings {
@@ -148,6 +148,9 @@ struct CRecipe {
   double worst = kUnset;  ///< the largest of them
   double metamerism =
       kUnset;  ///< largest MetamerismIndex from the first illuminant to another; unset without one
+  /// Largest InconstancyIndex of `curve` from the first illuminant to another (CAT16), in units of the settings' difference;
+  /// unset with one illuminant.
+  double inconstancy = kUnset;
   double rms =
       kUnset;  ///< root mean square of the curves' difference, 400 to 700 nm, percent; unset without one
   double cost = 0.0;

@@ -223,7 +223,7 @@ class RecipeRows {
     for (const vrxIlluminant illuminant : settings.illuminants) {
       columns.push_back({"dE_" + ShownIlluminant(illuminant), "dE " + ShownIlluminant(illuminant)});
     }
-    columns.insert(columns.end(), {{"metamerism"}, {"rms"}});
+    columns.insert(columns.end(), {{"metamerism"}, {"inconstancy"}, {"rms"}});
     columns.push_back({.name = "cost", .inReport = HasCosts(settings)});
     columns.push_back({.name = "opacity", .inReport = !IsUnset(settings.black)});
     if (hasLoad_) columns.insert(columns.end(), {{"load"}, {"load_by", "load by"}});
@@ -241,7 +241,8 @@ class RecipeRows {
                  NamedFormulaText(recipe.formula, system_, batchSize_));
     const Tint tint = recipe.isWithinTolerance ? Tint::kGood : Tint::kBad;
     for (const double difference : recipe.differences) rows_->Number(difference, tint);
-    for (const double value : {recipe.metamerism, recipe.rms, recipe.cost, recipe.opacity})
+    for (const double value :
+         {recipe.metamerism, recipe.inconstancy, recipe.rms, recipe.cost, recipe.opacity})
       rows_->Number(value);
     if (hasLoad_) {
       rows_->Number(recipe.colorants > 0 ? 100.0 * recipe.load : kUnset);
@@ -284,6 +285,7 @@ CCorrectionSettings CorrectionSettingsOf(const MatchOptions& options, const Colo
       break;
     case RecipeOrder::kMetamerism:
     case RecipeOrder::kExpected:
+    case RecipeOrder::kInconstancy:
       throw InputError("--sort: with --from-stock it must be fewest (the smallest additions), color or cost");
     default:
       settings.aim = CorrectionAim::kSmallest;
@@ -651,7 +653,8 @@ void AddMatch(Command& tool) {
   command.AddOption("TARGETS", options->targets, "File of curves, or of colours in columns L, a, b")
       .ReadsFile()
       .Required();
-  command.AddChoice("--sort", options->order, {"fewest", "color", "metamerism", "cost", "expected"},
+  command.AddChoice("--sort", options->order,
+                    {"fewest", "color", "metamerism", "cost", "expected", "inconstancy"},
                     "Order of the recipes within the tolerance");
   AddSearchOptions(command, options->search, RecipePurpose::kRecipe);
   Command earlier = command.Group("Earlier recipes and leftovers");
