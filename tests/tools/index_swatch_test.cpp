@@ -316,7 +316,32 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
   folder_.Write("low.csv", low);
   EXPECT_EQ(Run("instruments print.csv low.csv --terms scale --digits 2 --format csv").out,
             "id,difference,corrected,left_out\np,0.78,0.00,0.00\nt,0.62,0.00,0.00\ns,0.17,0.00,0.00\n");
+  // The correction that it writes, for the trials of another command; and dates of one instrument.
+  ASSERT_EQ(Run("instruments print.csv low.csv --terms scale --factors --format csv > shop.csv").status, 0);
+  EXPECT_EQ(Run("judge print.csv low.csv --pairs --system lab --tolerance 1 --illuminants D65 --correction "
+                "shop.csv "
+                "--corrected trials --digits 2 --format csv 2> /dev/null | cut -d , -f 1,11")
+                .out,
+            "standard,dEab\np,0.00\nt,0.00\ns,0.00\n");
+  std::string series = "date," + header + "\n";
+  for (const auto& [date, white] :
+       {std::pair{"2026-01-01", "100"}, {"2026-04-11", "99"}, {"2026-07-20", "98"}, {"2026-10-28", "97"}}) {
+    series += std::string(date) + ",w";
+    for (int nm = 400; nm <= 700; nm += 10) series += std::string(",") + white;
+    series += "\n";
+  }
+  folder_.Write("series.csv", series);
+  EXPECT_EQ(Run("instruments series.csv --drift --digits 2 --format csv").out,
+            "date,days,tiles,mean,largest,tile,per_year\n2026-04-11,100,1,0.39,0.39,w,\n"
+            "2026-07-20,200,1,0.78,0.78,w,\n2026-10-28,300,1,1.17,1.17,w,1.43\n");
+  folder_.Write("late.csv", series.replace(series.find("2026-04-11"), 10, "11.4.2026"));
   ExpectRefused({
+      {"instruments late.csv --drift", "late.csv, line 3: a series needs the date of each reading"},
+      {"instruments low.csv --drift", "a series needs the date"},
+      {"judge print.csv low.csv --tolerance 1 --pairs --correction shop.csv",
+       "--corrected all corrects them, too"},
+      {"color low.csv --correction print.csv", "the header of a correction is nm,zero"},
+      {"color m1.csv --correction shop.csv", "a correction needs curves"},
       {"density print.csv --paper p", "tone values need both"},
       {"density print.csv --paper p --solid q", "there is no patch \"q\""},
       {"munsell", "one of them is needed"},

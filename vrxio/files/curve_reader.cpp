@@ -76,7 +76,7 @@ void CurveReader::UseLayout(const MeasurementLayout& layout) {
   const bool isFirst = layout_ == nullptr;
   const bool sameWavelengths = !isFirst && layout_->wavelengths == layout.wavelengths;
   layout_ = &layout;
-  if (rows_ <= 1) first_ = layout.conditions;
+  if (rows_ <= 1) first_ = WithCorrection(layout.conditions);
   if (mixture_.empty()) {
     mixture_ = HasGeometries()
                    ? ConditionConflict(WithoutGeometry(first_), WithoutGeometry(layout.conditions))
@@ -89,6 +89,21 @@ void CurveReader::UseLayout(const MeasurementLayout& layout) {
   if (correctsBandpass_ && !grid_.IsEven()) {
     source_->FailRow("the bandpass correction needs evenly spaced wavelengths");
   }
+}
+
+void CurveReader::CorrectBy(InstrumentProfile correction, const std::string& name) {
+  if (kind_ != Sample::kCurve)
+    throw InputError(source_->Name() + ": the file has colours, and a correction needs curves");
+  correction_ = std::move(correction);
+  correctionName_ = name;
+  first_ = WithCorrection(std::move(first_));
+}
+
+MeasuringConditions CurveReader::WithCorrection(MeasuringConditions conditions) const {
+  if (!correction_) return conditions;
+  conditions.instrument.append(conditions.instrument.empty() ? "corrected by " : ", corrected by ");
+  conditions.instrument.append(correctionName_);
+  return conditions;
 }
 
 bool CurveReader::Next(CurveRow& row) {
@@ -128,10 +143,15 @@ void CurveReader::TakeCurve(const Measurement& measured, CurveRow& row) {
     CorrectBandpass(corrected_);
     values = corrected_;
   }
-  double* const curve = row.curve.GetData();
-  grid_.Convert(values, curve);
   // A first sample that is by chance the unset value would make the curve count as not measured.
-  if (IsUnset(curve[0])) curve[0] = 0.0;
+  const auto keepMeasured = [&row] {
+    if (IsUnset(row.curve[0])) row.curve[0] = 0.0;
+  };
+  grid_.Convert(values, row.curve.GetData());
+  keepMeasured();
+  if (!correction_) return;
+  row.curve = correction_->Corrected(row.curve);
+  keepMeasured();
 }
 
 std::string CurveReader::GridWarning() const {

@@ -7,12 +7,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <vrxmath/colorimetry/color_records.h>
+#include <vrxmath/colorimetry/instrument_profile.h>
 
 #include <vrxio/csv/csv_reader.h>
 #include <vrxio/measurement/measurement.h>
@@ -52,6 +54,10 @@ class CurveReader {
   /// The same of a CSV file whose header has been read: one sample a row. `fraction`: reflectances are 0 to 1, not percent.
   CurveReader(CsvReader csv, bool fraction, Content content = Content::kCurves);
 
+  /// Curves come as the reference instrument of a correction would have them, from the next one on; Measured() and
+  /// MeasuredCurve() stay what was read. The conditions name it: "corrected by `name`". Throws InputError for a file of colours.
+  void CorrectBy(InstrumentProfile correction, const std::string& name);
+
   /// Reads the next sample; false after the last one. Throws InputError for one that is none. Samples without a curve in a
   /// file of curves are passed over and counted.
   bool Next(CurveRow& row);
@@ -75,6 +81,8 @@ class CurveReader {
   const std::string& Mixture() const { return mixture_; }
   /// How the first sample was measured, once it was read; of colours from the start on, of a pipe as far as its header says.
   const MeasuringConditions& FirstConditions() const { return first_; }
+  /// How the last sample was measured, as its file says it and CorrectBy.
+  MeasuringConditions Conditions() const { return WithCorrection(layout_->conditions); }
   /// Colours count under this light. Throws InputError, here and in Next, where the file says that they were seen under another
   /// one: what they would be under this one only curves tell.
   void RequireLight(vrxIlluminant illuminant, int32_t observer);
@@ -100,6 +108,7 @@ class CurveReader {
   void UseLayout(const MeasurementLayout& layout);
   void ReadFirstConditions();
   std::string LightConflict(const MeasuringConditions& stated) const;
+  MeasuringConditions WithCorrection(MeasuringConditions conditions) const;
   void TakeCurve(const Measurement& measured, CurveRow& row);
 
   std::unique_ptr<MeasurementReader> source_;
@@ -107,6 +116,8 @@ class CurveReader {
   WavelengthGrid grid_;
   const MeasurementLayout* layout_ = nullptr;  // that grid_ is for
   bool correctsBandpass_ = false;
+  std::optional<InstrumentProfile> correction_;
+  std::string correctionName_;
   int64_t rows_ = 0;
   int64_t withoutCurve_ = 0;
   int64_t zeros_ = 0;

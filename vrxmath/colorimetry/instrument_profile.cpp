@@ -10,7 +10,7 @@
 namespace vrx {
 namespace {
 
-using Factors = std::array<double, kInstrumentTerms>;
+using Factors = InstrumentProfile::Factors;
 
 // What stands beside the factors at a wavelength, in percent; 0 for a term that is not asked for.
 Factors TermsAt(const CReflData& curve, std::int32_t i, std::uint32_t terms) {
@@ -88,6 +88,19 @@ std::optional<InstrumentProfile> InstrumentProfile::Fit(std::span<const CReflDat
       equations.Add(TermsAt(other[t], i, terms), reference[t][i] - other[t][i]);
     profile.factors_.push_back(equations.Solve());
   }
+  return profile;
+}
+
+std::optional<InstrumentProfile> InstrumentProfile::FromFactors(std::span<const Factors> factors) {
+  if (factors.size() != static_cast<std::size_t>(kWavelengths)) return std::nullopt;
+  InstrumentProfile profile;
+  for (const Factors& at : factors) {
+    for (std::size_t k = 0; k < at.size(); ++k) {
+      if (!std::isfinite(at[k])) return std::nullopt;
+      if (at[k] != 0.0) profile.terms_ |= 1U << k;
+    }
+  }
+  profile.factors_.assign(factors.begin(), factors.end());
   return profile;
 }
 

@@ -29,6 +29,10 @@ inline constexpr std::size_t kInstrumentTerms = 5;
 /// A correction: at each wavelength of the grid a factor for each term.
 class InstrumentProfile {
  public:
+  /// The factors at a wavelength, in the order of the terms: of percent for the zero, of fractions of 1 for scale and
+  /// non-linearity, in nm for the wavelengths, in nm^2 for the bandwidth. 0 for a term that has none.
+  using Factors = std::array<double, kInstrumentTerms>;
+
   /// Fits reference - other at each wavelength to the terms, by least squares over the tiles, in curves of percent. What the tiles do not tell
   /// apart, such as a shift of the wavelengths by greys alone, gets the factor 0. Formula: Berns and Petersen, Color Res. Appl. 13, 1988,
   /// 243-256, without its stepwise choice of terms.
@@ -38,19 +42,20 @@ class InstrumentProfile {
                                                                     std::span<const CReflData> other,
                                                                     std::uint32_t terms);
 
+  /// The profile of factors that were kept, one for each wavelength of the grid, 360 to 750 nm. None for another number of
+  /// them and for one that is not finite.
+  [[nodiscard]] VRX_API static std::optional<InstrumentProfile> FromFactors(std::span<const Factors> factors);
+
   /// A reading of the other instrument as the reference would give it.
   [[nodiscard]] VRX_API CReflData Corrected(const CReflData& reading) const;
 
   std::uint32_t Terms() const { return terms_; }
-  /// The factors at a wavelength of the grid, 0 to 39, in the order of the terms: of percent for the zero, of fractions of 1
-  /// for scale and non-linearity, in nm for the wavelengths, in nm^2 for the bandwidth. 0 for a term that has none.
-  const std::array<double, kInstrumentTerms>& FactorsAt(std::size_t wavelength) const {
-    return factors_[wavelength];
-  }
+  /// `wavelength`: of the grid, 0 to 39.
+  const Factors& FactorsAt(std::size_t wavelength) const { return factors_[wavelength]; }
 
  private:
   std::uint32_t terms_ = 0;
-  std::vector<std::array<double, kInstrumentTerms>> factors_;
+  std::vector<Factors> factors_;
 };
 
 }  // namespace vrx

@@ -292,7 +292,7 @@ void AddAverage(Command& tool) {
   command.AddOption("--certainty", options->certainty, "How sure --within has to be, in percent")
       .Shows("PERCENT [95]");
   AddViewingOptions(command, options->viewing, "D65");
-  AddCurveInputOptions(command, options->input);
+  AddUncorrectedInputOptions(command, options->input);
   AddFormatOption(command, options->format);
   command.SetNotes(
       "Tables show the statistics; csv and json have the means, as curves or colours that other commands "

@@ -101,8 +101,8 @@ void RunCorrect(CorrectOptions& options) {
   const ColorSystem system = ReadColorSystem(search.system);
   NamedBatch named{
       "batch", {ReadFormula(options, system), ReadOneCurve(options.batch, search.input), search.batchSize}};
-  const CRecipeTarget target =
-      ReadOneTarget(options.target, search.input, search.criterion.system, options.search.criterion.viewing);
+  const CRecipeTarget target = ReadOneTarget(options.target, search.input.OfStandards(),
+                                             search.criterion.system, options.search.criterion.viewing);
   CCorrectionSettings settings = SettingsOf(options, system, named.batch);
   RecipeNames names = NamesFor(search.system, search.choice.limits, options.target);
   names.batch = options.batch;

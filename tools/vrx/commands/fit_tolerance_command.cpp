@@ -100,8 +100,8 @@ std::unique_ptr<Standards> OpenStandards(const FitOptions& options, CurveReader&
   if (file == "-" && standardFile == "-") {
     throw InputError("the standard and the trials cannot both come from standard input: name a file");
   }
-  CurveReader reader = OpenCurves(standardFile, options.input, content,
-                                  options.verdicts.empty() ? nullptr : &IsVerdictHeading);
+  CurveReader reader = OpenCurves(standardFile, oneFile ? options.input : options.input.OfStandards(),
+                                  content, options.verdicts.empty() ? nullptr : &IsVerdictHeading);
   return options.pairs ? PairedStandards(std::move(reader))
                        : OneStandard(std::move(reader), options.standardId, &trials);
 }

@@ -284,7 +284,7 @@ void AddMetamerism(const CurveRow& row, const CReflData& standard, IndexRows& ro
 // The curves that metamerism is reckoned against; null without --standard.
 std::unique_ptr<Standards> OpenStandards(const IndexOptions& options, CurveReader& samples) {
   if (options.standard.empty()) return nullptr;
-  CurveReader reader = OpenCurves(options.standard, options.input);
+  CurveReader reader = OpenCurves(options.standard, options.input.OfStandards());
   return options.pairs ? PairedStandards(std::move(reader))
                        : OneStandard(std::move(reader), options.standardId, &samples);
 }

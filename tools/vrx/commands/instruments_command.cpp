@@ -12,9 +12,12 @@
 #include <vrxmath/colorimetry/instrument_profile.h>
 #include <vrxmath/foundation/units.h>
 
+#include <vrxio/csv/correction_file.h>
+
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
+#include "tools/vrx/commands/instrument_drift.h"
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/input/readings.h"
@@ -28,22 +31,20 @@ namespace {
 struct InstrumentOptions {
   std::string reference, other;
   std::string terms = "zero,scale,wavelength";
-  bool summary = false, factors = false;
+  bool summary = false, factors = false, drift = false;
   ViewingOptions viewing;
   SystemOptions system;
   CurveInputOptions input;
   Format format = Format::kTable;
 };
 
-constexpr const char* kTermNames[] = {"zero", "scale", "nonlinear", "wavelength", "bandwidth"};
-
 std::uint32_t TermsFrom(const std::string& list) {
   std::uint32_t terms = 0;
   for (const std::string& name : SplitList(list, ',')) {
-    const auto found = std::ranges::find(kTermNames, name);
-    if (found == std::end(kTermNames))
+    const auto found = std::ranges::find(kCorrectionTerms, name);
+    if (found == kCorrectionTerms.end())
       throw InputError("--terms: " + name + " is not one of zero, scale, nonlinear, wavelength, bandwidth");
-    terms |= 1U << static_cast<std::uint32_t>(found - kTermNames);
+    terms |= 1U << static_cast<std::uint32_t>(found - kCorrectionTerms.begin());
   }
   if (terms == 0) throw InputError("--terms: name one or more");
   return terms;
@@ -91,15 +92,8 @@ Tiles ReadBoth(const InstrumentOptions& options) {
 
 std::vector<double> DifferencesOf(const Tiles& tiles, std::span<const CReflData> readings, Judge& judge) {
   std::vector<double> differences;
-  for (std::size_t t = 0; t < readings.size(); ++t) {
-    Standard standard;
-    standard.id = tiles.ids[t];
-    standard.sample.curve = tiles.reference[t];
-    Sample reading;
-    reading.curve = readings[t];
-    judge.Evaluate(standard, reading);
-    differences.push_back(judge.Row().under.front().difference.back());
-  }
+  for (std::size_t t = 0; t < readings.size(); ++t)
+    differences.push_back(DifferenceFrom(tiles.reference[t], readings[t], judge));
   return differences;
 }
 
@@ -157,8 +151,9 @@ void WriteSummary(const Three& three, const Format& format, OutputStream& output
 }
 
 void WriteFactors(const InstrumentProfile& profile, const Format& format, OutputStream& output) {
-  std::vector<Column> columns{{"wavelength"}};
-  for (const char* name : kTermNames) columns.push_back({name, name, 5});
+  std::vector<Column> columns{{"nm"}};
+  for (const std::string_view name : kCorrectionTerms)
+    columns.push_back({std::string(name), std::string(name), 5});
   const auto rows = MakeRowWriter(format, output, std::move(columns));
   for (int32_t i = 0; i < kWavelengths; ++i) {
     rows->Integer(static_cast<int64_t>(WavelengthAt(i)));
@@ -168,10 +163,20 @@ void WriteFactors(const InstrumentProfile& profile, const Format& format, Output
   rows->Finish();
 }
 
+void RunDrift(const InstrumentOptions& options, const JudgeSettings& settings) {
+  if (!options.other.empty()) throw InputError("--drift: name one file, with all dates, and not OTHER");
+  OutputStream output;
+  output.SetFormat(options.format);
+  WriteDrift(OpenCurves(options.reference, options.input), settings, options.format, output);
+  output.Finish();
+}
+
 void RunInstruments(const InstrumentOptions& options) {
   const std::uint32_t terms = TermsFrom(options.terms);
   const JudgeSettings settings = SettingsUnder(options.viewing, options.system);
   options.viewing.RequireOneIlluminant();
+  if (options.drift) return RunDrift(options, settings);
+  if (options.other.empty()) throw InputError("OTHER is required, or --drift");
   if (options.reference == "-" && options.other == "-")
     throw InputError("REFERENCE and OTHER cannot both come from standard input: name a file");
   const Tiles tiles = ReadBoth(options);
@@ -201,32 +206,44 @@ void RunInstruments(const InstrumentOptions& options) {
 
 void AddInstruments(Command& tool) {
   const auto options = std::make_shared<InstrumentOptions>();
-  Command command = tool.AddCommand("instruments", "Compare two instruments on a set of tiles");
+  Command command =
+      tool.AddCommand("instruments", "Compare two instruments, or the dates of one, on a set of tiles");
   command.AddOption("REFERENCE", options->reference, "Curves of the tiles by the reference instrument")
       .ReadsFile()
       .Required();
   command.AddOption("OTHER", options->other, "Curves of the same tiles by another one, with the same ids")
-      .ReadsFile()
-      .Required();
+      .ReadsFile();
+  const Option terms =
+      command
+          .AddOption("--terms", options->terms,
+                     "Faults to correct: zero, scale, nonlinear (R times 1 - R), wavelength, bandwidth")
+          .Shows("NAME,... [zero,scale,wavelength]");
+  const Option summary =
+      command.AddFlag("--summary", options->summary, "Write the mean and largest differences alone");
+  const Option factors = command.AddFlag("--factors", options->factors,
+                                         "Write the factors of the correction at each wavelength");
   command
-      .AddOption("--terms", options->terms,
-                 "Faults to correct: zero, scale, nonlinear (R times 1 - R), wavelength, bandwidth")
-      .Shows("NAME,... [zero,scale,wavelength]");
-  command.AddFlag("--summary", options->summary, "Write the mean and largest differences alone");
-  command.AddFlag("--factors", options->factors, "Write the factors of the correction at each wavelength");
+      .AddFlag("--drift", options->drift,
+               "Compare the dates of one file with its first: readings of the same tiles, with a column date")
+      .Excludes(terms)
+      .Excludes(summary)
+      .Excludes(factors);
   AddViewingOptions(command, options->viewing, "D65");
   AddSystemOptions(command, options->system, "lab");
-  AddCurveInputOptions(command, options->input);
+  AddUncorrectedInputOptions(command, options->input);
   AddFormatOption(command, options->format);
   command.SetNotes(
       "Rows of one id are averaged. For each tile there are three differences from the reference: as read, "
       "as\n"
       "corrected, and as corrected by a fit to the other tiles. Where the third is far above the second, "
       "the\n"
-      "correction follows the tiles and not the instrument: use fewer terms or more tiles.\n\n"
+      "correction follows the tiles and not the instrument: use fewer terms or more tiles. What --factors "
+      "--format\n"
+      "csv writes is a file for --correction, by which other commands correct the readings of OTHER.\n\n"
       "Examples:\n"
       "  vrx instruments examples/chart_ohta.csv examples/chart_average.csv\n"
-      "  vrx instruments examples/chart_ohta.csv examples/chart_average.csv --terms zero,scale --summary\n");
+      "  vrx instruments examples/chart_ohta.csv examples/chart_average.csv --terms zero,scale --summary\n"
+      "  vrx instruments series.csv --drift\n");
   command.SetAction([options] {
     RunInstruments(*options);
     return kExitPass;

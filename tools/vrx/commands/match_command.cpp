@@ -74,7 +74,11 @@ bool AddGeometry(const CurveRow& row, const SystemOptions& system, std::vector<N
 // Curves, or colours as L*, a*, b*. Curves of one id at several geometries are one target.
 std::vector<NamedTarget> ReadTargets(MatchOptions& options, ResultReport& report) {
   std::vector<NamedTarget> targets;
-  CurveReader samples = OpenCurves(options.targets, options.search.input, Content::kCurvesOrColors);
+  // Batches of a stock and former recipes stand for the trials, their targets for the standards.
+  const bool hasTrials = !options.stock.empty() || !options.library.empty();
+  const CurveInputOptions& input = options.search.input;
+  CurveReader samples =
+      OpenCurves(options.targets, hasTrials ? input.OfStandards() : input, Content::kCurvesOrColors);
   options.search.criterion.viewing.Follow({&samples}, true);
   report.SetMeasured(samples);
   const SystemOptions& system = options.search.criterion.system;

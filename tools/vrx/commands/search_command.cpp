@@ -147,8 +147,9 @@ void RunSearch(NearestOptions& options) {
     throw InputError("samples and standards cannot both come from standard input");
   }
   const auto job = OpenJobOf(options);
-  CurveReader standards = job ? CurveReader(tool::ReadStandards(*job, options.job.File()))
-                              : OpenCurves(options.standards, options.input, Content::kCurvesOrColors);
+  CurveReader standards =
+      job ? CurveReader(tool::ReadStandards(*job, options.job.File()))
+          : OpenCurves(options.standards, options.input.OfStandards(), Content::kCurvesOrColors);
   CurveReader reader = OpenCurves(options.samples, options.input, Content::kCurvesOrColors);
   options.viewing.Follow({&standards, &reader});
   Search search(options);

@@ -283,7 +283,8 @@ void RunSort(SortOptions& options, const Command& command) {
     throw InputError("the standard and the trials cannot both come from standard input: name a file");
   }
   CurveReader standardRows =
-      OpenCurves(oneFile ? options.trials : options.standard, options.input, Content::kCurvesOrColors);
+      oneFile ? OpenCurves(options.trials, options.input, Content::kCurvesOrColors)
+              : OpenCurves(options.standard, options.input.OfStandards(), Content::kCurvesOrColors);
   CurveReader trials = OpenCurves(options.trials, options.input, Content::kCurvesOrColors);
   options.viewing.Follow({&standardRows, &trials});
   if (trials.HasStandards() && options.standardId.empty()) {

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include <vrxio/csv/correction_file.h>
 #include <vrxio/files/measurement_files.h>
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/command_line.h"
@@ -45,7 +46,7 @@ void AddReadOptions(Command& owner, CurveInputOptions& options) {
       .Shows("NAME");
 }
 
-void AddCurveInputOptions(Command& owner, CurveInputOptions& options) {
+void AddUncorrectedInputOptions(Command& owner, CurveInputOptions& options) {
   Command command = owner.Group("Input");
   AddReadOptions(command, options);
   command
@@ -53,6 +54,35 @@ void AddCurveInputOptions(Command& owner, CurveInputOptions& options) {
                  "Correct for the bandpass of an instrument that does not do so itself")
       .Shows("stearns");
   command.AddFlag("--verbose", options.verbose, "Report on standard error how the wavelengths are used");
+}
+
+void AddCurveInputOptions(Command& owner, CurveInputOptions& options) {
+  AddUncorrectedInputOptions(owner, options);
+  Command command = owner.Group("Input");
+  const Option correction =
+      command
+          .AddOption("--correction", options.correction,
+                     "Correct curves by this file (vrx instruments --factors --format csv)")
+          .ReadsFile()
+          .Shows("FILE");
+  command
+      .AddChoice("--corrected", options.corrected, {"all", "trials"},
+                 "What the correction is for, if standards have a file of their own")
+      .Shows("all|trials [question]")
+      .Needs(correction);
+}
+
+CurveInputOptions CurveInputOptions::OfStandards() const {
+  CurveInputOptions own = *this;
+  if (correction.empty()) return own;
+  if (corrected == Corrected::kUnsaid) {
+    throw InputError(
+        "--correction: were the standards measured with the same instrument? --corrected all corrects them, "
+        "too, "
+        "--corrected trials the trials alone");
+  }
+  if (corrected == Corrected::kTrials) own.correction.clear();
+  return own;
 }
 
 ReadOptions CurveInputOptions::Reading() const {
@@ -80,6 +110,10 @@ CurveReader OpenCurves(InputStream input, const CurveInputOptions& options, Cont
   if (options.verbose || reading.lenient) {
     for (const std::string& note : curves.Source().Notes())
       Remark(name, (options.verbose ? "" : "warning: ") + note);
+  }
+  if (!options.correction.empty()) {
+    curves.CorrectBy(ReadCorrection(options.correction), options.correction);
+    Remark(name, "corrected by " + options.correction);
   }
   if (curves.Kind() != Sample::kCurve) return curves;
   if (options.verbose) Remark(name, curves.Grid().Description());

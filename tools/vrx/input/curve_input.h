@@ -20,6 +20,10 @@ struct CurveInputOptions {
   bool percent = false;
   bool verbose = false;
   std::string bandpass;
+  /// Which files a correction is for, where standards have one of their own.
+  enum class Corrected { kAll, kTrials, kUnsaid };
+  std::string correction;  ///< file of the correction of an instrument; empty for none
+  Corrected corrected = Corrected::kUnsaid;
   std::string ignoredColumns;
   std::string columns;
   std::string profile;  ///< whose options were filled in before
@@ -27,12 +31,17 @@ struct CurveInputOptions {
 
   /// All of them as a reader takes them. Throws InputError for those that contradict each other.
   ReadOptions Reading() const;
+  /// The same options for a file of standards beside one of trials: with or without the correction. Throws InputError where
+  /// `--corrected` has to say which.
+  CurveInputOptions OfStandards() const;
 };
 
 /// Adds the options that say how a file is read: `--input-format`, `--fraction`, `--percent`, `--force`, `--lenient`,
 /// `--id-column`, `--ignore-columns`, `--latin1`, `--columns`, `--wavelengths`, `--wavelengths-in` and `--profile`.
 void AddReadOptions(Command& owner, CurveInputOptions& options);
 /// Adds those and `--bandpass` and `--verbose`.
+void AddUncorrectedInputOptions(Command& owner, CurveInputOptions& options);
+/// Adds those and `--correction` and `--corrected`, which all commands have but those that write or compare readings as they are.
 void AddCurveInputOptions(Command& owner, CurveInputOptions& options);
 
 /// Opens a file of curves, or of colours where they will do. With `--verbose` standard error says how its wavelengths

@@ -18,8 +18,9 @@ CurveReader OpenTrials(const ComparisonOptions& options) {
 
 std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, ViewingOptions& viewing,
                                          CurveReader& trials) {
-  CurveReader reader = options.openStandards ? options.openStandards()
-                                             : OpenCurves(options.standard, options.input, options.content);
+  CurveReader reader = options.openStandards
+                           ? options.openStandards()
+                           : OpenCurves(options.standard, options.input.OfStandards(), options.content);
   viewing.Follow({&reader, &trials});
   if (trials.HasStandards() && !options.standardId.empty()) {
     throw InputError("--standard-id: the trials already name their standards in a column");
