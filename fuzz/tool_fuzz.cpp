@@ -45,6 +45,7 @@ constexpr std::array kCommandLines = {
     "munsell @IN --format csv",
     "instruments @IN @IN --terms zero --format csv",
     "instruments @IN --drift --format csv",
+    "lamp @IN --format csv",
     "density @IN --status e --format csv",
     "fit-whiteness @IN --format json",
     "fit-tolerance --verdicts @IN --illuminants D65 --format csv",

@@ -36,8 +36,6 @@ class Help : public vrx::test::ToolProcess {
     folder_.Write("decisions.csv", "id,L,a,b,verdict\nm,50,0,0,\np,51,0,0,accept\nq,53,0,0,reject\n");
     folder_.Write("whites.csv",
                   "id,X,Y,Z,whiteness,tint\na,84,88,92,60,0\nb,84,87,96,90,0.5\nc,83,86,101,130,1\n");
-    folder_.Write("series.csv",
-                  "id,date,400,500,600,700\nw,2026-01-05,90,90,90,90\nw,2026-02-05,89,89,89,89\n");
     folder_.Write("pairs.csv", "L1,a1,b1,L2,a2,b2\n50,0,0,51,1,-1\n");
     const std::string chart = folder_.Read("lot.csv");
     folder_.Write("targets.csv", chart.substr(0, chart.find('\n', chart.find("\nP03,") + 1) + 1));
@@ -46,6 +44,11 @@ class Help : public vrx::test::ToolProcess {
     const std::string header = three.substr(0, three.find('\n'));
     folder_.Write("target.csv", header + three.substr(p02, p03 - p02));
     folder_.Write("trial.csv", header + three.substr(p03));
+    const std::string one = three.substr(p02 + 1, p03 - p02);
+    folder_.Write("series.csv", "date," + header + "\n2026-01-05," + one + "2026-02-05," + one);
+    std::string lamps = "nm,flat\n";
+    for (int nm = 380; nm <= 780; nm += 10) lamps += std::to_string(nm) + ",1\n";
+    folder_.Write("lamps.csv", lamps);
     folder_.Write("leftovers.csv", "formula,amount," + header + "\n1:90;7:10,20," + three.substr(p02 + 1));
     folder_.Write("leftovers.csv", Replaced(folder_.Read("leftovers.csv"), "\nP03,", "\n1:90;7:10,30,P03,"));
     folder_.Write("recipe.json", R"({"formulas":[{"name":"r","lines":[{"component":1,"amount":1}]}]})");

@@ -306,6 +306,7 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
       Run("fit-whiteness whites.csv m1.csv --without-uv m2.csv --digits 1 --format csv 2> /dev/null").out,
       "id,whiteness,tint,without_uv,brightener,brightener_percent\nb,91.4,,91.4,0.0,0.0\nc,129.4,,59.3,70.1,"
       "54.2\n");
+  folder_.Write("dark.csv", "nm,b\n400,1\n410,1\n420,1\n");
   // An instrument that reads 98 % of everything is found and corrected.
   std::string low = header + "\n";
   for (const auto& [id, percent] : {std::pair{"p", "98"}, {"t", "49"}, {"s", "0.98"}}) {
@@ -342,6 +343,8 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
        "--corrected all corrects them, too"},
       {"color low.csv --correction print.csv", "the header of a correction is nm,zero"},
       {"color m1.csv --correction shop.csv", "a correction needs curves"},
+      {"lamp print.csv", "the header must be nm"},
+      {"lamp dark.csv", "dark.csv: lamp \"b\": "},
       {"density print.csv --paper p", "tone values need both"},
       {"density print.csv --paper p --solid q", "there is no patch \"q\""},
       {"munsell", "one of them is needed"},

@@ -86,6 +86,10 @@ void AdoptPrintedWhite(const Columns& whites, const std::string& spectrum, int d
 
 }  // namespace
 
+SpectralPower PublishedSpectrum(const std::filesystem::path& published, const std::string& name) {
+  return SpectrumNamed(ReadColumns(published / "illuminants.txt"), name);
+}
+
 std::vector<BuiltInTable> ComputeBuiltInTables(const std::filesystem::path& published) {
   const Columns illuminants = ReadColumns(published / "illuminants.txt");
   const Columns whites = ReadColumns(published / "white_points.txt");

@@ -21,6 +21,10 @@ struct BuiltInTable {
 /// `published`. Throws std::runtime_error, with the file's name, when a figure is missing or malformed.
 std::vector<BuiltInTable> ComputeBuiltInTables(const std::filesystem::path& published);
 
+/// The published spectrum of a name such as "F2" at 1 nm, from illuminants.txt in `published`. Throws std::runtime_error where the file
+/// cannot be read, std::out_of_range for another name.
+SpectralPower PublishedSpectrum(const std::filesystem::path& published, const std::string& name);
+
 }  // namespace vrx::make_weights
 
 #endif  // TOOLS_MAKE_WEIGHTS_BUILT_IN_TABLES_H_

@@ -62,25 +62,16 @@ DominantWavelengthResult DominantOf(vrxIlluminant illuminant, int32_t observer, 
 
 // Colour temperature --------------------------------------------------------------------------------------------
 
-struct Uv {
-  double u, v;
-};
-
-Uv Cie1960(const Xyz& xyz) {
-  const double d = xyz.X + 15.0 * xyz.Y + 3.0 * xyz.Z;
-  return {4.0 * xyz.X / d, 6.0 * xyz.Y / d};
-}
-
 // The locus over mireds (1e6 / K), in which it is evenly spaced to the eye.
-Uv Planckian(double mired) {
+Uv1960 Planckian(double mired) {
   constexpr double kC2 = 1.4388e7;
   return Cie1960(SpectrumToXyz(PlanckianSpectrum(1e6 / mired, kC2), kObserver2));
 }
 
 // How far `uv` lies along the locus from the point at `mired`, as the cosine that vanishes at the foot of the perpendicular.
-double AlongLocus(const Uv& uv, double mired) {
+double AlongLocus(const Uv1960& uv, double mired) {
   constexpr double kStep = 0.01;
-  const Uv a = Planckian(mired - kStep), b = Planckian(mired + kStep);
+  const Uv1960 a = Planckian(mired - kStep), b = Planckian(mired + kStep);
   return (uv.u - (a.u + b.u) / 2.0) * (b.u - a.u) + (uv.v - (a.v + b.v) / 2.0) * (b.v - a.v);
 }
 
@@ -88,9 +79,9 @@ constexpr double kHottest = 10.0, kCoolest = 1000.0;  // mireds
 constexpr int32_t kGridPoints = 100;
 constexpr double kGridStep = (kCoolest - kHottest) / (kGridPoints - 1);
 
-const std::array<Uv, kGridPoints>& LocusGrid() {
-  static const std::array<Uv, kGridPoints> grid = [] {
-    std::array<Uv, kGridPoints> points{};
+const std::array<Uv1960, kGridPoints>& LocusGrid() {
+  static const std::array<Uv1960, kGridPoints> grid = [] {
+    std::array<Uv1960, kGridPoints> points{};
     for (int32_t i = 0; i < kGridPoints; ++i) {
       points[static_cast<std::size_t>(i)] = Planckian(kHottest + i * kGridStep);
     }
@@ -99,12 +90,12 @@ const std::array<Uv, kGridPoints>& LocusGrid() {
   return grid;
 }
 
-double SquaredDistance(const Uv& a, const Uv& b) {
+double SquaredDistance(const Uv1960& a, const Uv1960& b) {
   return (a.u - b.u) * (a.u - b.u) + (a.v - b.v) * (a.v - b.v);
 }
 
 // The foot of the perpendicular within a step of the nearest point of the grid, by halving.
-double NearestMired(const Uv& uv) {
+double NearestMired(const Uv1960& uv) {
   const auto& grid = LocusGrid();
   std::size_t nearest = 0;
   for (std::size_t i = 1; i < grid.size(); ++i) {
@@ -153,10 +144,10 @@ double ExcitationPurity(vrxIlluminant illuminant, int32_t observer, const CTrisV
 
 ColorTemperature FindColorTemperature(const Xy& color) {
   constexpr double kFarthest = 0.05;
-  const Uv uv = Cie1960({color.x, color.y, 1.0 - color.x - color.y});
+  const Uv1960 uv = Cie1960({color.x, color.y, 1.0 - color.x - color.y});
   if (!(std::fabs(uv.u) < 10.0 && std::fabs(uv.v) < 10.0)) return {};
   const double mired = NearestMired(uv);
-  const Uv foot = Planckian(mired);
+  const Uv1960 foot = Planckian(mired);
   const double distance = std::sqrt(SquaredDistance(uv, foot));
   if (distance > kFarthest || mired < kHottest + 1e-6 || mired > kCoolest - 1e-6) return {};
   return {1e6 / mired, uv.v > foot.v ? distance : -distance};

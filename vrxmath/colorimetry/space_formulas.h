@@ -175,6 +175,15 @@ VRX_LANE_INLINE LabOf<T> LabDerivative(const XyzOf<T>& xyz, const XyzOf<T>& chan
   return {116.0 * dy, 500.0 * (dx - dy), 200.0 * (dy - dz), T(kUnset), T(kUnset)};
 }
 
+/// Chromaticity u, v of CIE 1960, in which colour temperature and colour rendering are defined.
+struct Uv1960 {
+  double u, v;
+};
+inline Uv1960 Cie1960(const Xyz& xyz) {
+  const double d = xyz.X + 15.0 * xyz.Y + 3.0 * xyz.Z;
+  return {4.0 * xyz.X / d, 6.0 * xyz.Y / d};
+}
+
 /// Chromaticity x = X / (X + Y + Z), y likewise; both unset where the values are unset or the sum is 0.
 template <class T>
 VRX_LANE_INLINE XyOf<T> Chromaticity(const XyzOf<T>& xyz) {

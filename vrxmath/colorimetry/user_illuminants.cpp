@@ -54,11 +54,15 @@ IlluminantError Check(vrxUserIllum number, WideView name, std::span<const double
                       int32_t step) {
   if (!colorimetry_internal::IsUserIlluminant(number)) return IlluminantError::kNumber;
   if (!IsUsableCode(name.substr(0, name.find(u'|')), number)) return IlluminantError::kName;
-  const IlluminantError error = CheckGrid(power.size(), first, step);
-  return error == IlluminantError::kNone ? CheckPower(power, first, step) : error;
+  return CheckSpectrum(power, first, step);
 }
 
 }  // namespace
+
+IlluminantError CheckSpectrum(std::span<const double> power, int32_t firstWavelength, int32_t step) {
+  const IlluminantError error = CheckGrid(power.size(), firstWavelength, step);
+  return error == IlluminantError::kNone ? CheckPower(power, firstWavelength, step) : error;
+}
 
 CString IlluminantErrorText(IlluminantError error) {
   if (error == IlluminantError::kNone) return {};

@@ -53,6 +53,10 @@ enum class IlluminantError : int32_t {
 /// The reason as a sentence for the user; empty for kNone.
 [[nodiscard]] VRX_API CString IlluminantErrorText(IlluminantError error);
 
+/// Why a tabulated spectrum cannot be used as RegisterUserIlluminant takes it; kNone when it can.
+[[nodiscard]] VRX_API IlluminantError CheckSpectrum(std::span<const double> power, int32_t firstWavelength,
+                                                    int32_t step);
+
 /// Registers a user illuminant, or replaces the one of that number in place.
 /// In:      `name`: "code|description" as the built-in texts; without a bar the code is the description too.
 ///          Codes are told apart without regard to case. `power`: relative spectral power in any unit, every

@@ -31,6 +31,19 @@ Xyz FunctionsAt(std::span<const std::byte> observers, int32_t observer, int32_t 
           MatchingFunction(observers, observer, 2, i)};
 }
 
+// The components of daylight, 360 to 780 nm every 10 nm: mean, first and second (CIE 15).
+constexpr double kDaylight[][3] = {
+    {61.5, 38, 5.3},     {68.8, 42.4, 6.1},   {63.4, 38.5, 3},     {65.8, 35, 1.2},     {94.8, 43.4, -1.1},
+    {104.8, 46.3, -0.5}, {105.9, 43.9, -0.7}, {96.8, 37.1, -1.2},  {113.9, 36.7, -2.6}, {125.6, 35.9, -2.9},
+    {125.5, 32.6, -2.8}, {121.3, 27.9, -2.6}, {121.3, 24.3, -2.6}, {113.5, 20.1, -1.8}, {113.1, 16.2, -1.5},
+    {110.8, 13.2, -1.3}, {106.5, 8.6, -1.2},  {108.8, 6.1, -1},    {105.3, 4.2, -0.5},  {104.4, 1.9, -0.3},
+    {100, 0, 0},         {96, -1.6, 0.2},     {95.1, -3.5, 0.5},   {89.1, -3.5, 2.1},   {90.5, -5.8, 3.2},
+    {90.3, -7.2, 4.1},   {88.4, -8.6, 4.7},   {84, -9.5, 5.1},     {85.1, -10.9, 6.7},  {81.9, -10.7, 7.3},
+    {82.6, -12, 8.6},    {84.9, -14, 9.8},    {81.3, -13.6, 10.2}, {71.9, -12, 8.3},    {74.3, -13.3, 9.6},
+    {76.4, -12.9, 8.5},  {63.3, -10.6, 7},    {71.7, -11.6, 7.6},  {77, -12.2, 8},      {65.2, -10.2, 6.7},
+    {47.7, -7.8, 5.2},   {68.6, -11.2, 7.4},  {65, -10.4, 6.8},
+};
+
 double RoundedTo3(double value) {
   return RoundToWhole(value * 1000.0) / 1000.0;
 }
@@ -61,6 +74,28 @@ SpectralPower PlanckianSpectrum(double kelvin, double c2) {
   SpectralPower power{};
   for (int32_t i = 0; i < kPowerSamples; ++i) {
     power[static_cast<std::size_t>(i)] = 100.0 * radiance(kFirstWavelength + i) / reference;
+  }
+  return power;
+}
+
+SpectralPower DaylightSpectrum(double kelvin) {
+  SpectralPower power{};
+  if (!(kelvin >= 4000.0 && kelvin <= 25000.0)) return power;
+  const double t = 1000.0 / kelvin;
+  const double x = kelvin <= 7000.0 ? ((-4.6070 * t + 2.9678) * t + 0.09911) * t + 0.244063
+                                    : ((-2.0064 * t + 1.9018) * t + 0.24748) * t + 0.237040;
+  const double y = (-3.0 * x + 2.870) * x - 0.275;
+  const double divisor = 0.0241 + 0.2562 * x - 0.7341 * y;
+  const double first = (-1.3515 - 1.7703 * x + 5.9114 * y) / divisor;
+  const double second = (0.0300 - 31.4424 * x + 30.0717 * y) / divisor;
+  const auto at = [&](std::size_t node) {
+    return kDaylight[node][0] + first * kDaylight[node][1] + second * kDaylight[node][2];
+  };
+  for (std::size_t i = 0; i < power.size(); ++i) {
+    constexpr std::size_t kStep = 10;
+    const std::size_t node = i / kStep, rest = i % kStep;
+    power[i] = at(node);
+    if (rest > 0) power[i] += (at(node + 1) - power[i]) * static_cast<double>(rest) / kStep;
   }
   return power;
 }

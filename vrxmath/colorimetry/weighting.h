@@ -41,6 +41,12 @@ enum class SpectralInterpolation {
 /// K: 1.4388e7 today; illuminant A is 2848 K with the 1.435e7 of its definition.
 [[nodiscard]] VRX_API SpectralPower PlanckianSpectrum(double kelvin, double c2);
 
+/// Daylight of a correlated colour temperature from 4000 to 25,000 K, in units in which the power at 560 nm is 100; no power outside that
+/// range. Formula: CIE 15, from the mean and the first two components (Judd, MacAdam and Wyszecki, J. Opt. Soc. Am. 54, 1964, 1031-1040)
+/// with straight lines between their 10 nm. The factors are not rounded: D65 (6504 K) comes within 0.05 of its table, which
+/// goes from 46 to 118.
+[[nodiscard]] VRX_API SpectralPower DaylightSpectrum(double kelvin);
+
 /// The weighting table of a spectrum for observer 0 (2 degrees) or 1 (10 degrees), for reflectance at 360,
 /// 370 ... 750 nm without bandpass correction. Formula: ASTM E2022. At each nanometre the product of power
 /// and matching function is shared among the nodes of the 10 nm grid by the coefficients with which the

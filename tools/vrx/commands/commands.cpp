@@ -22,6 +22,7 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"density", AddDensity, "Colour"},
       CommandEntry{"fit-whiteness", AddFitWhiteness, "Colour"},
       CommandEntry{"instruments", AddInstruments, "Colour"},
+      CommandEntry{"lamp", AddLamp, "Colour"},
       CommandEntry{"strength", AddStrength, "Colour"},
       CommandEntry{"swatch", AddSwatch, "Colour"},
       CommandEntry{"plot", AddPlot, "Colour"},

@@ -34,6 +34,7 @@ void AddCondition(Command& tool);
 void AddDensity(Command& tool);
 void AddFitWhiteness(Command& tool);
 void AddInstruments(Command& tool);
+void AddLamp(Command& tool);
 void AddMunsell(Command& tool);
 void AddSettings(Command& tool);
 void AddLog(Command& tool);
