@@ -294,11 +294,19 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
   EXPECT_EQ(Run("density print.csv --paper p --solid s --digits 3 --format csv | cut -d , -f 1,2,5,6,7").out,
             "id,red,visual,filter,tone_value\np,0.000,0.000,red,0.000\nt,0.301,0.301,red,50.505\ns,2.000,2."
             "000,red,100.000\n");
+  EXPECT_EQ(Run("density print.csv --paper p --solid s --report print.html").status, 0);
+  EXPECT_NE(folder_.Read("print.html").find("ISO 5-3, status T; p - s, Murray-Davies"), std::string::npos);
   folder_.Write("whites.csv",
                 "id,tint,X,Y,Z,whiteness\na,0,84,88,92,60\nb,,84,87,96,90\nc,1,83,86,101,130\n");
   EXPECT_EQ(Run("fit-whiteness whites.csv --digits 1 --format csv 2> /dev/null").out,
             "id,whiteness,fitted_whiteness,whiteness_residual,tint,fitted_tint,tint_residual\n"
             "a,60.0,59.3,0.7,0.0,,\nb,90.0,91.4,-1.4,,,\nc,130.0,129.4,0.6,1.0,,\n");
+  ASSERT_EQ(Run("fit-whiteness whites.csv --parameters --format csv > own.csv 2> /dev/null").status, 0);
+  EXPECT_EQ(Run("index whites.csv --indices wi-cie --ganz-griesser own.csv --illuminants D65 "
+                "--ignore-columns tint,whiteness --wide --digits 1 --format csv "
+                "| cut -d , -f 1,4")
+                .out,
+            "id,wi-gg D65\na,59.3\nb,91.4\nc,129.4\n");
   // Of the second sample more than half of the whiteness is the brightener's.
   folder_.Write("m1.csv", "id,X,Y,Z\nb,84,87,96\nc,83,86,101\n");
   folder_.Write("m2.csv", "id,X,Y,Z\nc,84,88,92\nb,84,87,96\n");
@@ -343,6 +351,8 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
        "--corrected all corrects them, too"},
       {"color low.csv --correction print.csv", "the header of a correction is nm,zero"},
       {"color m1.csv --correction shop.csv", "a correction needs curves"},
+      {"index print.csv --ganz-griesser own.csv --illuminants C", "are for D65 and 10 degrees"},
+      {"index print.csv --ganz-griesser whites.csv", "is P,Q,C,m,n,k"},
       {"lamp print.csv", "the header must be nm"},
       {"lamp dark.csv", "dark.csv: lamp \"b\": "},
       {"density print.csv --paper p", "tone values need both"},

@@ -274,6 +274,9 @@ TEST_F(Job, ProfilesFillInOptions) {
   EXPECT_NE(Good("judge --job j t.csv --standard-id grey --profile ACME --tolerance 1").find("CMC"),
             std::string::npos);
   EXPECT_EQ(Column("job profiles --job j", "options").at(0), "--system cmc");
+  EXPECT_EQ(printed("judge s.csv t.csv --standard-id grey --profile print --tolerance 1 --format csv"),
+            printed("judge s.csv t.csv --standard-id grey --illuminants D50 --observer 2 --system cie2000 "
+                    "--tolerance 1 --format csv"));
   ExpectRefused({{"judge s.csv t.csv --profile ACM --job j", "there is no profile \"ACM\""},
                  {"job add-profile X --job j", "at least one option"},
                  {"job add-profile X --job j --system none", "none"}});

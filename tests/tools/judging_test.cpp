@@ -33,6 +33,7 @@ std::string FlatCurve(int percent) {
 class Judging : public vrx::test::ToolProcess {
  protected:
   void SetUp() override {
+    folder_.Write("red.csv", "id,L,a,b\nr,50,10,0\n"), folder_.Write("yellow.csv", "id,L,a,b\ny,50,0,10\n");
     folder_.Write("s.csv", "id,L,a,b\ns,50,0,0\nr,70,10,-5\n");
     // From s: dE*ab 0.5, 1.3 (a warning beyond 0.75 of 1.5), 2, 5. From r: 0.
     folder_.Write("t.csv", "id,L,a,b\nt1,50.5,0,0\nt2,50,1.2,0.5\nt3,50,0,-2\nt4,53,4,0\n");
@@ -95,8 +96,10 @@ TEST_F(Judging, KnownColours) {
        "csv --digits 2 | cut -d , -f 2,18-20",
        "trial,reason,excess,grade\ng2,dEab,0.70,4.00\ng3,dEab,1.50,3.53\n"},
       {"judge s.csv t.csv --summary" + kLab,
-       "illuminant,samples,pass,warning,fail,mean,deviation,median,percentile95,largest,trial\n"
-       "D65,4,1,1,2,2.20,1.96,1.65,4.55,5.00,t4\n"},
+       "illuminant,samples,pass,warning,fail,mean,deviation,median,percentile95,largest,trial,mean_hue\n"
+       "D65,4,1,1,2,2.20,1.96,1.65,4.55,5.00,t4,0.00\n"},
+      {"judge red.csv yellow.csv --summary" + kLab + " | tail -1 | cut -d , -f 6,10,12",
+       "14.14,14.14,14.14\n"},
       {"sort t.csv --standard s.csv --blocks 1,1,1 --digits 1 --format csv",
        "block,trial,dL,da,db\n553,t3,0.0,0.0,-2.0\n566,t2,0.0,1.2,0.5\n655,t1,0.5,0.0,0.0\n895,t4,3.0,4.0,0."
        "0\n"},

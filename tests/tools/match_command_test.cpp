@@ -41,9 +41,10 @@ TEST_F(MatchingCommands, TheExampleFormulasComeBackFirst) {
   ASSERT_EQ(Run("match " + kPaints + " curves.csv --sort color --top 2 --format csv --formulas found.json"),
             0)
       << folder_.Read("err");
-  EXPECT_TRUE(folder_.Read("out").starts_with(
-      "target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,inconstancy,rms,cost,opacity,folded,traces,status\n"
-      "Sky blue,1,3,1:94;7:1.5;16:4.5,"));
+  EXPECT_TRUE(
+      folder_.Read("out").starts_with("target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,"
+                                      "inconstancy,rms,cost,opacity,folded,traces,status\n"
+                                      "Sky blue,1,3,1:94;7:1.5;16:4.5,"));
   const json found = json::parse(folder_.Read("found.json"))["formulas"];
   const json wanted = json::parse(std::ifstream(kFormulas))["formulas"];
   ASSERT_EQ(found.size(), 12u);
@@ -179,10 +180,10 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
   WriteCurves(kPaints, kFormulas, "curves.csv");
   const std::string match = "match plastics.json curves.csv --max-colorants 3 --top 2 --sort color ";
   ASSERT_EQ(Run(match + "--load 3% --format csv"), 0) << folder_.Read("err");
-  EXPECT_TRUE(
-      folder_.Read("out").starts_with("target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,inconstancy,rms,cost,"
-                                      "opacity,load,load_by,expected,outside,"
-                                      "folded,traces,status\nSky blue,1,3,1:2.82;7:0.045;16:0.135;90:97,"))
+  EXPECT_TRUE(folder_.Read("out").starts_with(
+      "target,rank,colorants,formula,dE_D65,dE_A,dE_CWF,metamerism,inconstancy,rms,cost,"
+      "opacity,load,load_by,expected,outside,"
+      "folded,traces,status\nSky blue,1,3,1:2.82;7:0.045;16:0.135;90:97,"))
       << folder_.Read("out");
   const struct {
     const char* label;

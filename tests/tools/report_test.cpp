@@ -343,7 +343,9 @@ TEST_F(Report, VerdictsAreCountedMarkedAndDrawn) {
   EXPECT_EQ(Read(Between(card, "<ul>", "</ul>")), "5 pass1 warning2 fail");
   EXPECT_NE(card.find("class=\"fail\" style=\"flex-grow:2\""), std::string::npos);
   EXPECT_NE(Read(card).find("mean \xCE\x94"
-                            "E*ab 1.40largest \xCE\x94"
+                            "E*ab 1.4095 % of \xCE\x94"
+                            "E*ab below 3.95mean |\xCE\x94"
+                            "H*| 0.00largest \xCE\x94"
                             "E*ab 5.00 t4"),
             std::string::npos)
       << Read(card);

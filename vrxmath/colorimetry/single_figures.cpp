@@ -193,4 +193,9 @@ double InconstancyIndex(vrxIlluminant reference, vrxIlluminant test, int32_t obs
   return ComputeDifference(settings, seen, corresponding, kNoAngle).dE;
 }
 
+bool IsWithinCieLimits(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz) {
+  return IsCieWhite(WhitenessCie(illuminant, observer, xyz), TintCie(illuminant, observer, xyz),
+                    xyz[CTrisValues::kY]);
+}
+
 }  // namespace vrx

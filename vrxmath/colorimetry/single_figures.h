@@ -78,6 +78,10 @@ struct ColorFigure {
   return whiteness > 40.0 && whiteness < 5.0 * Y - 280.0 && tint > -3.0 && tint < 3.0;
 }
 
+/// The same of tristimulus values, by WhitenessCie and TintCie.
+[[nodiscard]] VRX_API bool IsWithinCieLimits(vrxIlluminant illuminant, int32_t observer,
+                                             const CTrisValues& xyz);
+
 }  // namespace vrx
 
 #endif  // VRXMATH_COLORIMETRY_SINGLE_FIGURES_H_

@@ -15,6 +15,7 @@
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/input/sample_color.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/report/result_report.h"
 
 namespace vrx::tool {
 namespace {
@@ -26,6 +27,7 @@ struct DensityOptions {
   double factor = 1;  // of Yule and Nielsen
   CurveInputOptions input;
   Format format = Format::kTable;
+  ReportOptions report;
 };
 
 // A patch with what its tone value is made of.
@@ -35,14 +37,16 @@ struct Patch {
   Xyz xyz;
 };
 
-std::vector<Patch> ReadPatches(CurveReader& reader, DensityStatus status) {
+std::vector<Patch> ReadPatches(CurveReader& reader, DensityStatus status, ResultReport& report) {
   constexpr std::size_t kMost = 200'000;
   std::vector<Patch> patches;
   CurveRow row;
+  report.SetMeasured(reader);
   while (reader.Next(row)) {
     if (patches.size() == kMost) reader.Source().FailRow("more than 200000 patches");
     patches.push_back(
         {std::string(row.id), DensitiesOf(row.curve, status), XyzOf(row, vrxIllumD50, kObserver2)});
+    report.AddCurve(row.curve);
   }
   return patches;
 }
@@ -97,20 +101,34 @@ std::vector<Column> DensityColumns(bool withTones) {
   return columns;
 }
 
+// What a reader of the report has to know of the figures.
+std::string MethodText(const DensityOptions& options) {
+  constexpr const char* kStatuses[] = {"A", "E", "M", "T"};
+  std::string text = std::string("ISO 5-3, status ") + kStatuses[static_cast<int32_t>(options.status)];
+  if (options.paper.empty()) return text;
+  text += "; " + options.paper + " - " + options.solid;
+  return options.factor == 1 ? text + ", Murray-Davies"
+                             : text + ", Yule-Nielsen " + FixedText(options.factor);
+}
+
 void RunDensity(const DensityOptions& options) {
   if (options.paper.empty() != options.solid.empty())
     throw InputError("--paper and --solid: tone values need both");
   if (!(options.factor > 0 && options.factor <= 10))
     throw InputError("--n: must be a factor above 0 and up to 10");
   CurveReader reader = OpenCurves(options.file, options.input);
-  const std::vector<Patch> patches = ReadPatches(reader, options.status);
+  ResultReport report(options.report, ReportText::kDensities);
+  report.AddFile(ReportText::kInputFile, options.file);
+  report.AddFact(ReportText::kMethod, MethodText(options));
+  const std::vector<Patch> patches = ReadPatches(reader, options.status, report);
+  report.AddInput(reader);
   std::optional<Tones> tones;
   if (!options.paper.empty()) {
     tones.emplace(PatchNamed(patches, options.paper, "--paper"),
                   PatchNamed(patches, options.solid, "--solid"), options.factor);
   }
   OutputStream output;
-  const auto rows = MakeRowWriter(options.format, output, DensityColumns(tones.has_value()));
+  const auto rows = report.Rows(options.format, output, DensityColumns(tones.has_value()));
   for (const Patch& patch : patches) {
     const Densities& d = patch.densities;
     rows->Text(patch.id);
@@ -122,6 +140,7 @@ void RunDensity(const DensityOptions& options) {
     rows->EndRow();
   }
   rows->Finish();
+  report.Save();
   output.Finish();
   WarnAboutInput(reader);
 }
@@ -132,13 +151,15 @@ void AddDensity(Command& tool) {
   const auto options = std::make_shared<DensityOptions>();
   Command command = tool.AddCommand("density", "Compute the densities of print, and tone values");
   command.AddOption("FILE", options->file, "Curves of patches (- for standard input)").ReadsFile().Required();
-  command.AddChoice("--status", options->status, {"a", "e", "m", "t"}, "Spectral products of ISO 5-3");
+  command.AddChoice("--status", options->status, {"a", "e", "m", "t"}, "Spectral products of ISO 5-3")
+      .Shows("a|e|m|t [t]");
   command.AddOption("--paper", options->paper, "Id of the patch without ink, for tone values").Shows("ID");
   command.AddOption("--solid", options->solid, "Id of the patch that is covered with ink").Shows("ID");
   command.AddOption("--n", options->factor, "Factor of Yule and Nielsen; 1 is Murray-Davies")
       .Shows("FACTOR [1]");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);
+  AddReportOptions(command, options->report);
   command.SetNotes(
       "Densities are absolute, the paper's included. The tone value is that of the filter in which paper "
       "and\n"

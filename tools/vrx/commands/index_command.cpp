@@ -3,15 +3,19 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include <vrxmath/colorimetry/ganz_griesser.h>
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/colorimetry/single_figures.h>
 #include <vrxmath/foundation/string_numbers.h>
+
+#include <vrxio/csv/whiteness_file.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/terminal.h"
@@ -30,6 +34,7 @@ struct IndexOptions {
   std::string standard;
   std::string standardId;
   std::string indices;
+  std::string ganzGriesser;  // file of parameters
   bool pairs = false;
   bool formulas = false;
   bool wide = false;
@@ -72,15 +77,9 @@ class FigureSelection {
   std::vector<std::string> names_;
 };
 
-// Whether a sample lies within the limits of the CIE equations under an illuminant.
-bool IsWithinCieLimits(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz) {
-  return IsCieWhite(WhitenessCie(illuminant, observer, xyz), TintCie(illuminant, observer, xyz),
-                    xyz[CTrisValues::kY]);
-}
-
 // The columns of the wide form: a sample a row, each index under each illuminant.
 std::vector<Column> WideColumns(const FigureSelection& selection,
-                                const std::vector<vrxIlluminant>& illuminants) {
+                                const std::vector<vrxIlluminant>& illuminants, bool hasGanzGriesser) {
   std::vector<Column> columns{{"id"}, {"observer"}};
   for (const vrxIlluminant illuminant : illuminants) {
     const std::string code = ShownIlluminant(illuminant);
@@ -94,6 +93,10 @@ std::vector<Column> WideColumns(const FigureSelection& selection,
     const bool isTest = illuminant != illuminants.front();
     if (isTest && selection.Has(kInconstancy))
       columns.push_back({std::string(kInconstancy) + " " + code, "", 3});
+    if (hasGanzGriesser && illuminant == vrxIllumD65) {
+      columns.push_back({"wi-gg " + code, "", 3});
+      columns.push_back({"ti-gg " + code, "", 3});
+    }
     columns.push_back({"cie limits " + code});
   }
   return columns;
@@ -112,11 +115,14 @@ class IndexRows {
         observer_(options.viewing.Observer()),
         format_(options.format),
         wide_(options.wide),
+        ganzGriesser_(ParametersOf(options)),
         report_(options.report, ReportText::kIndices),
         rows_(report_.Rows(options.format, output,
-                           options.wide ? WideColumns(selection_, illuminants_) : LongColumns())) {
+                           options.wide ? WideColumns(selection_, illuminants_, ganzGriesser_.has_value())
+                                        : LongColumns())) {
     report_.AddFile(ReportText::kInputFile, options.file);
     report_.AddFile(ReportText::kStandardsFile, options.standard);
+    if (!options.ganzGriesser.empty()) report_.AddFile(ReportText::kInputFile, options.ganzGriesser);
     report_.AddViewing(illuminants_, observer_);
   }
 
@@ -134,6 +140,7 @@ class IndexRows {
       curve.Tristimulus(illuminant, observer_, xyz);
       AddColor(id, illuminant, xyz);
       if (illuminant != illuminants_.front()) AddInconstancy(id, illuminant, curve);
+      AddGanzGriesser(id, illuminant, xyz);
       EndIlluminant(illuminant, xyz);
     }
     EndSample();
@@ -143,6 +150,7 @@ class IndexRows {
     StartSample(id);
     for (const vrxIlluminant illuminant : illuminants_) {
       AddColor(id, illuminant, xyz);
+      AddGanzGriesser(id, illuminant, xyz);
       EndIlluminant(illuminant, xyz);
     }
     EndSample();
@@ -178,6 +186,28 @@ class IndexRows {
       wide_ ? rows_->Number(value)
             : Add(id, illuminant, std::string(figure.label), IndexForm::kDirect, value);
     }
+  }
+
+  // The parameters that were asked for, which are for D65 and 10 degrees.
+  std::optional<GanzGriesser> ParametersOf(const IndexOptions& options) const {
+    if (options.ganzGriesser.empty()) return std::nullopt;
+    const bool isThere = std::ranges::find(illuminants_, vrxIllumD65) != illuminants_.end();
+    if (!isThere || observer_ != kObserver10)
+      throw InputError("--ganz-griesser: the parameters are for D65 and 10 degrees");
+    return ReadGanzGriesser(options.ganzGriesser);
+  }
+
+  void AddGanzGriesser(std::string_view id, vrxIlluminant illuminant, const CTrisValues& xyz) {
+    if (!ganzGriesser_ || illuminant != vrxIllumD65) return;
+    const double whiteness = IsUnset(xyz) ? kUnset : ganzGriesser_->Whiteness(xyz.Values());
+    const double tint = IsUnset(xyz) ? kUnset : ganzGriesser_->Tint(xyz.Values());
+    if (wide_) {
+      rows_->Number(whiteness);
+      rows_->Number(tint);
+      return;
+    }
+    Add(id, illuminant, "Whiteness: Ganz-Griesser", IndexForm::kDirect, whiteness);
+    Add(id, illuminant, "Tint: Ganz-Griesser", IndexForm::kDirect, tint);
   }
 
   // Both forms of an index; in the wide form the direct one where the index is defined for the illuminant.
@@ -226,6 +256,7 @@ class IndexRows {
   int32_t observer_;
   Format format_;
   bool wide_;
+  std::optional<GanzGriesser> ganzGriesser_;
   ResultReport report_;
   std::unique_ptr<RowWriter> rows_;
 };
@@ -383,6 +414,13 @@ void AddIndex(Command& tool) {
           "--indices", options->indices,
           "Indices to compute: names that --formulas lists; wi, ti or yi for a whole family; inconstancy")
       .Shows("LIST [wi,ti,yi]");
+  command
+      .AddOption(
+          "--ganz-griesser", options->ganzGriesser,
+          "Add Ganz-Griesser whiteness and tint by the parameters of this instrument (vrx fit-whiteness "
+          "--parameters --format csv); under D65 and 10 degrees")
+      .ReadsFile()
+      .Shows("FILE");
   command.AddFlag("--wide", options->wide, "Write one row per sample and one column per index")
       .Excludes(standard);
   command.AddFlag("--formulas", options->formulas, "List the indices and their formulas instead");

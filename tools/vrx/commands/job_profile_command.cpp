@@ -53,6 +53,7 @@ void RunList(const ProfileOptions& options) {
   };
   if (!file.empty()) write(OpenJob(options.job)->Profiles(), file);
   write(ProfilesOfSettings(), "settings");
+  write(BuiltInProfiles(), "vrx");
   rows->Finish();
   output.Finish();
 }

@@ -174,7 +174,7 @@ ExitStatus RunJudge(JudgeOptions& options, const Command& command) {
                                                          ColumnsOf(options, comparison.Trials()));
   const auto report = MakeReport(options, settings, comparison);
   TrialSelection selection(options, results.get());
-  JudgeSummaries summaries(settings.illuminants.size());
+  JudgeSummaries summaries(settings.illuminants.size(), JudgeSummary(settings.difference.system));
   JudgingPipeline pipeline(comparison, settings, options.worstFirst ? nullptr : results.get(),
                            [&](const PipelineTrial& judged, const Standard& standard, const Judge& judge) {
                              const TrialJudgement& judgement = judged.judgement;

@@ -29,6 +29,12 @@ const store::Profile* Find(const std::vector<store::Profile>& profiles, const st
 
 }  // namespace
 
+const std::vector<store::Profile>& BuiltInProfiles() {
+  static const std::vector<store::Profile> profiles = {
+      {"print", {{"--illuminants", "D50"}, {"--observer", "2"}, {"--system", "cie2000"}}}};
+  return profiles;
+}
+
 std::vector<store::Profile> ProfilesOfSettings() {
   std::vector<store::Profile> profiles;
   for (const SettingsEntry& entry : ProfileSection().List()) {
@@ -58,7 +64,9 @@ std::vector<std::pair<std::string, std::string>> LoadProfile(const std::string& 
   if (const store::Profile* profile = Find(profiles, name)) return profile->options;
   std::vector<store::Profile> own = ProfilesOfSettings();
   if (const store::Profile* profile = Find(own, name)) return profile->options;
+  if (const store::Profile* profile = Find(BuiltInProfiles(), name)) return profile->options;
   profiles.insert(profiles.end(), own.begin(), own.end());
+  profiles.insert(profiles.end(), BuiltInProfiles().begin(), BuiltInProfiles().end());
   std::string known;
   for (const store::Profile& profile : profiles)
     known += (known.empty() ? "; there are " : ", ") + profile.name;

@@ -11,9 +11,12 @@
 
 namespace vrx::tool {
 
-/// The options of a profile: that of the job, which `job` or VRX_JOB names, or else that of the settings. Throws InputError where
+/// The options of a profile: that of the job, which `job` or VRX_JOB names, or else that of the settings, or a built-in one. Throws InputError where
 /// neither has it.
 std::vector<std::pair<std::string, std::string>> LoadProfile(const std::string& name, const std::string& job);
+
+/// Those that are always there: "print", D50 and 2 degrees (ISO 13655) with CIEDE2000. A profile of that name goes before.
+const std::vector<store::Profile>& BuiltInProfiles();
 
 /// The profiles of the settings, and a new or changed one. Throws InputError when they cannot be read and written.
 std::vector<store::Profile> ProfilesOfSettings();

@@ -407,8 +407,9 @@ std::unique_ptr<JudgeOutput> MakeJudgeOutput(const Format& format, OutputStream&
 
 void WriteSummaries(const Format& format, OutputStream& output, const JudgeSettings& settings,
                     const JudgeSummaries& summaries) {
-  constexpr double kMost = 95;  // percent of the trials
   const std::string total = DifferenceColumnsOf(settings.difference.system).back().heading;
+  const std::string& hueHeading = summaries.front().hueHeading;
+  const std::string hue = hueHeading.empty() ? "mean hue" : "mean |" + hueHeading + "|";
   const auto rows = MakeRowWriter(format, output,
                                   {{"illuminant"},
                                    {"samples"},
@@ -420,7 +421,8 @@ void WriteSummaries(const Format& format, OutputStream& output, const JudgeSetti
                                    {.name = "median", .room = Room::kSpare},
                                    {.name = "percentile95", .heading = "95 % below", .room = Room::kSpare},
                                    {"largest"},
-                                   {"trial", "of trial"}});
+                                   {"trial", "of trial"},
+                                   {.name = "mean_hue", .heading = hue, .room = Room::kSpare}});
   for (std::size_t i = 0; i < summaries.size(); ++i) {
     const JudgeSummary& summary = summaries[i];
     const auto [fail, warning, pass] = summary.verdicts;
@@ -429,9 +431,10 @@ void WriteSummaries(const Format& format, OutputStream& output, const JudgeSetti
     rows->Number(summary.totals.Mean());
     rows->Number(summary.totals.StandardDeviation());
     rows->Number(summary.totals.Percentile(50));
-    rows->Number(summary.totals.Percentile(kMost));
+    rows->Number(summary.totals.Percentile(JudgeSummary::kMost));
     rows->Number(summary.totals.Largest());
     rows->Text(summary.largestTrial);
+    rows->Number(summary.hues.Mean());
     rows->EndRow();
   }
   rows->Finish();

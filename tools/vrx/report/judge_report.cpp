@@ -158,10 +158,16 @@ void JudgeReport::AddIlluminantCard(const JudgeSummary& summary, std::size_t i) 
            "\" style=\"flex-grow:" + count + "\"></span>";
   }
   const std::string& total = judged_.TotalHeading();
+  const std::string hue = summary.hueHeading.empty()
+                              ? ""
+                              : Escaped(TextOf(ReportText::kMeanHue, {summary.hueHeading})) + " <b>" +
+                                    FixedText(summary.hues.Mean()) + "</b><br>";
   page_.AddHtml("<div class=\"card\"><h3>" + Escaped(judged_.IlluminantAt(i)) +
                 "</h3>\n<div class=\"bar\" aria-hidden=\"true\">" + bar + "</div>\n<ul>" + list +
                 "</ul>\n<p>" + Escaped(TextOf(ReportText::kMean, {total})) + " <b>" +
                 FixedText(summary.totals.Mean()) + "</b><br>" +
+                Escaped(TextOf(ReportText::kMostBelow, {total})) + " <b>" +
+                FixedText(summary.totals.Percentile(JudgeSummary::kMost)) + "</b><br>" + hue +
                 Escaped(TextOf(ReportText::kLargest, {total})) + " <b>" +
                 FixedText(summary.totals.Largest()) + "</b> <span class=\"small\"><bdi>" +
                 Escaped(Shortened(summary.largestTrial, kLongestCell)) + "</bdi></span></p></div>\n");

@@ -140,6 +140,9 @@ enum class ReportText : uint32_t {
   kJobStored,
   kJobFailed,
   kJobLots,
+  kMostBelow,
+  kMeanHue,
+  kDensities,
 };
 
 /// The text as UTF-8.
