@@ -1,10 +1,11 @@
 // The figures that laboratories report beside the difference: grades, densities and tone values, Munsell notation, limits from
-// verdicts, repeated readings.
+// verdicts, repeated readings. Those of lamps, whites and instruments: single_figures.cpp.
 
 #include <vector>
 
 #include <vrxmath/batch/appearance_batch.h>
 #include <vrxmath/batch/color_space_batch.h>
+#include <vrxmath/batch/figure_batch.h>
 #include <vrxmath/colorimetry/density.h>
 #include <vrxmath/colorimetry/munsell.h>
 #include <vrxmath/tolerance/limit_fit.h>
@@ -69,13 +70,7 @@ vrx_status VRX_CALL vrx_densities(int32_t status, const double* curves, int32_t 
     NeedRange(status, VRX_DENSITY_A, VRX_DENSITY_T, "status");
     const auto out = arrays.Place(densities, count, 4, "densities");
     const auto in = arrays.Numbers(curves, count, 40, "curves");
-    vrx::CReflData curve;
-    for (std::size_t i = 0; i < out.size() / 4; ++i) {
-      for (std::size_t k = 0; k < 40; ++k) curve[static_cast<int32_t>(k)] = in[40 * i + k];
-      const vrx::Densities d = vrx::DensitiesOf(curve, static_cast<vrx::DensityStatus>(status));
-      const double numbers[] = {d.red, d.green, d.blue, d.visual};
-      for (std::size_t k = 0; k < 4; ++k) out[4 * i + k] = numbers[k];
-    }
+    vrx::DensityBatch(static_cast<vrx::DensityStatus>(status), {in}, out, api::Run());
   });
 }
 
@@ -109,11 +104,7 @@ vrx_status VRX_CALL vrx_munsell(const double* xyz, int32_t count, double* notati
   return Call([&](Arrays& arrays) {
     const auto out = arrays.Place(notations, count, 4, "notations");
     const auto in = arrays.Numbers(xyz, count, 3, "xyz");
-    for (std::size_t i = 0; i < out.size() / 4; ++i) {
-      const vrx::MunsellColor found = vrx::MunsellFromXyz(api::XyzFrom(in.subspan(3 * i, 3)));
-      const double numbers[] = {found.hue, found.value, found.chroma, found.isExtrapolated ? 1.0 : 0.0};
-      for (std::size_t k = 0; k < 4; ++k) out[4 * i + k] = numbers[k];
-    }
+    vrx::MunsellBatch(in, out, api::Run());
   });
 }
 

@@ -165,6 +165,38 @@ const Function kFunctions[] = {
     {{3 * kReal},
      {3 * kReal},
      [](const Plain& p, const Arrays& a) { return vrx_munsell_to_xyz(a.in[0], p.count, Real(a.out[0])); }},
+    {{3 * kReal},
+     {2 * kReal},
+     [](const Plain& p, const Arrays& a) {
+       return vrx_dominant_wavelengths(p.numbers[0], p.numbers[1], a.in[0], p.count, Real(a.out[0]));
+     }},
+    {{3 * kReal},
+     {2 * kReal},
+     [](const Plain& p, const Arrays& a) {
+       return vrx_color_temperatures(a.in[0], p.count, Real(a.out[0]));
+     }},
+    {{40 * kReal},
+     {kReal},
+     [](const Plain& p, const Arrays& a) {
+       return vrx_inconstancies(&p.system, p.numbers[0], p.numbers[1], p.numbers[2] & 1, a.in[0], p.count,
+                                Real(a.out[0]));
+     }},
+    {{3 * kReal},
+     {kWhole},
+     [](const Plain& p, const Arrays& a) {
+       return vrx_cie_white(p.numbers[0], p.numbers[1], a.in[0], p.count, Whole(a.out[0]));
+     }},
+    {{3 * kReal},
+     {2 * kReal},
+     [](const Plain& p, const Arrays& a) {
+       return vrx_ganz_griesser(p.reals, a.in[0], p.count, Real(a.out[0]));
+     }},
+    {{40 * kReal},
+     {40 * kReal},
+     [](const Plain& p, const Arrays& a) {
+       std::vector<double> factors(200, p.reals[0]);
+       return vrx_correct_readings(factors.data(), a.in[0], p.count, Real(a.out[0]));
+     }},
     {{kReal},
      {kReal},
      [](const Plain& p, const Arrays& a) { return vrx_kubelka_munk(a.in[0], p.count, Real(a.out[0])); }},
@@ -242,6 +274,26 @@ const Function kFunctions[] = {
        return p.count < 1 ? VRX_BAD_COUNT
                           : vrx_fit_limit(a.in[0], accepted.data(), p.count, Real(a.out[0]), &wronglyAccepted,
                                           &wronglyRejected);
+     }},
+    {{kReal},
+     {18 * kReal},
+     [](const Plain& p, const Arrays& a) {
+       return p.count < 1 ? VRX_BAD_COUNT
+                          : vrx_color_rendering(a.in[0], p.count, p.numbers[0], p.numbers[1], Real(a.out[0]));
+     }},
+    {{3 * kReal, 2 * kReal},
+     {6 * kReal},
+     [](const Plain& p, const Arrays& a) {
+       return p.count < 1
+                  ? VRX_BAD_COUNT
+                  : vrx_fit_ganz_griesser(a.in[0], a.in[1], (p.numbers[0] & 1) != 0 ? a.in[1] : nullptr,
+                                          p.count, Real(a.out[0]));
+     }},
+    {{40 * kReal, 40 * kReal},
+     {200 * kReal},
+     [](const Plain& p, const Arrays& a) {
+       return p.count < 1 ? VRX_BAD_COUNT
+                          : vrx_fit_correction(a.in[0], a.in[1], p.count, p.numbers[0], Real(a.out[0]));
      }},
     {{kReal, kReal},
      {kReal},

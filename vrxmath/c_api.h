@@ -346,6 +346,53 @@ VRX_C_API vrx_status VRX_CALL vrx_munsell(const double* xyz, int32_t count, doub
 VRX_C_API vrx_status VRX_CALL vrx_munsell_to_xyz(const double* notations, int32_t count, double* xyz);
 
 /* ------------------------------------------------------------------------------------------------------------------
+ * Single figures of colours and lamps, whiteness of an instrument, corrections of readings */
+
+/* Dominant wavelength in nm (negative: the complementary one of a purple) and excitation purity of each row of X, Y, Z (2 numbers
+ * a row); unset for a colour with the chromaticity of the white. */
+VRX_C_API vrx_status VRX_CALL vrx_dominant_wavelengths(int32_t illuminant, int32_t observer,
+                                                       const double* xyz, int32_t count, double* figures);
+/* Correlated colour temperature in K and Duv of each light, as X, Y, Z of the 2 degree observer (2 numbers a row); unset farther than
+ * 0.05 from the Planckian locus in CIE 1960 u, v. */
+VRX_C_API vrx_status VRX_CALL vrx_color_temperatures(const double* xyz, int32_t count, double* figures);
+/* The colour rendering of a lamp by CIE 13.3 from its relative power every `step` (1, 5 or 10) nm from `first` on, over 400 to
+ * 700 nm at least: colour temperature, Duv, the distance from the reference in CIE 1960 u, v (the indices are defined up to
+ * 0.0054), Ra, and R1 to R14. All unset for a lamp without a colour temperature. */
+VRX_C_API vrx_status VRX_CALL vrx_color_rendering(const double* power, int32_t count, int32_t first,
+                                                  int32_t step, double figures[18]);
+/* Colour inconstancy of each curve of 40 samples: how far its colour drifts from `reference` to `test`, in units of the system
+ * (complete adaptation by CAT16). Unset for an unset curve. */
+VRX_C_API vrx_status VRX_CALL vrx_inconstancies(const vrx_system* system, int32_t reference, int32_t test,
+                                                int32_t observer, const double* curves, int32_t count,
+                                                double* values);
+/* 1 for each row of X, Y, Z that lies where CIE whiteness and tint mean something (40 < W < 5 Y - 280 and -3 < T < 3), else 0. */
+VRX_C_API vrx_status VRX_CALL vrx_cie_white(int32_t illuminant, int32_t observer, const double* xyz,
+                                            int32_t count, int32_t* within);
+/* Ganz-Griesser whiteness and tint of each row of X, Y, Z under D65 and 10 degrees (2 numbers a row). `parameters`: P, Q, C, m, n, k
+ * of the instrument; null for the nominal ones. */
+VRX_C_API vrx_status VRX_CALL vrx_ganz_griesser(const double parameters[6], const double* xyz, int32_t count,
+                                                double* figures);
+/* Fits these parameters to standards, three or more of different saturations: X, Y, Z, and whiteness and tint of their certificates. `tint` may be
+ * null; m, n and k are the nominal ones then. */
+VRX_C_API vrx_status VRX_CALL vrx_fit_ganz_griesser(const double* xyz, const double* whiteness,
+                                                    const double* tint, int32_t count, double parameters[6]);
+
+enum {
+  VRX_TERM_ZERO = 1,
+  VRX_TERM_SCALE = 2,
+  VRX_TERM_NONLINEAR = 4,
+  VRX_TERM_WAVELENGTH = 8,
+  VRX_TERM_BANDWIDTH = 16
+};
+/* Fits what makes readings of one instrument those of a reference from curves of the same tiles by both: 5 factors for each of the 40
+ * wavelengths, in the order of the terms, 0 for a term that is not among `terms`. At least two tiles more than terms. */
+VRX_C_API vrx_status VRX_CALL vrx_fit_correction(const double* reference, const double* other, int32_t count,
+                                                 int32_t terms, double factors[200]);
+/* Corrects curves of 40 samples by such factors. */
+VRX_C_API vrx_status VRX_CALL vrx_correct_readings(const double factors[200], const double* curves,
+                                                   int32_t count, double* corrected);
+
+/* ------------------------------------------------------------------------------------------------------------------
  * Tolerances and verdicts */
 
 enum { VRX_FAIL = 0, VRX_WARNING = 1, VRX_PASS = 2 };

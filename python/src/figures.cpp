@@ -7,6 +7,7 @@
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
 
+#include <vrxmath/batch/figure_batch.h>
 #include <vrxmath/colorimetry/density.h>
 #include <vrxmath/colorimetry/munsell.h>
 #include <vrxmath/tolerance/limit_fit.h>
@@ -24,6 +25,11 @@ double NumberOrNaN(double value) {
   return IsUnset(value) ? std::nan("") : value;
 }
 
+CurveBatch CurveBatchFrom(const Rows& rows, std::size_t from, std::size_t count) {
+  if (count == 0) return {};
+  return {std::span(rows.Doubles() + from * rows.stride, (count - 1) * rows.stride + 40), rows.stride};
+}
+
 py::array_t<double> DensitiesOfCurves(const py::object& curves, const std::string& status, int threads) {
   const std::string letters = "aemt";
   const std::size_t place = status.size() == 1 ? letters.find(status) : std::string::npos;
@@ -32,13 +38,9 @@ py::array_t<double> DensitiesOfCurves(const py::object& curves, const std::strin
   py::array_t<double> result = ResultArray(rows.lead, {4}, py::none());
   double* target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
-    CReflData curve;
-    for (std::size_t i = from; i < from + count; ++i) {
-      std::copy_n(rows.Doubles() + i * rows.stride, 40, curve.begin());
-      const Densities d = DensitiesOf(curve, static_cast<DensityStatus>(place));
-      const double numbers[] = {d.red, d.green, d.blue, d.visual};
-      for (std::size_t k = 0; k < 4; ++k) target[4 * i + k] = NumberOrNaN(numbers[k]);
-    }
+    const BatchView<double, 4> four(std::span(target + 4 * from, 4 * count));
+    DensityBatch(static_cast<DensityStatus>(place), CurveBatchFrom(rows, from, count), four);
+    for (std::size_t i = 4 * from; i < 4 * (from + count); ++i) target[i] = NumberOrNaN(target[i]);
   });
   return result;
 }

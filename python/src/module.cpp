@@ -143,6 +143,7 @@ PYBIND11_MODULE(_core, module) {
   DefineColor(module);
   DefineAppearance(module);
   DefineFigures(module);
+  DefineSingleFigures(module);
   DefineDifference(module);
   DefineJudgement(module);
   DefineColorant(module);

@@ -101,6 +101,30 @@ def test_figures():
             call()
 
 
+# Illuminant A and its radiator; Ra of CIE 15 for the perfect reference; nominal parameters fitted again; a reading of 98 %.
+def test_single_figures(curves):
+    nm = np.arange(380, 785, 5)
+    planck = nm ** -5.0 / np.expm1(1.4388e7 / (2856 * nm))
+    lamp = vrx.color_rendering(nm, planck)
+    assert abs(lamp["cct"] - 2856) < 1 and np.allclose(lamp["R"], 100, atol=0.05) and lamp["reference_distance"] < 1e-5
+    assert np.isnan(vrx.color_rendering(nm, np.where(nm == 530, 1.0, 0.0))["R"]).all()
+    assert np.allclose(vrx.color_temperature([vrx.white_point("A", 2), [1e-5] * 3])[0], [2855.5, 0], atol=1)
+    assert np.isnan(vrx.dominant_wavelength(vrx.white_point())).all() and vrx.dominant_wavelength([[40, 30, 10]] * 3).shape == (3, 2)
+    drift = vrx.inconstancy(curves[:5], "D65", "A", system="cmc", l=2, c=1)
+    assert drift.shape == (5,) and (drift >= 0).all() and np.isnan(vrx.inconstancy(np.full(40, 1e-5)))
+    assert vrx.is_cie_white([vrx.white_point(), [19, 20, 21]]).tolist() == [True, False]
+    whites = [[84, 88, 92], [84, 87, 96], [83, 86, 101]]
+    nominal = vrx.ganz_griesser(whites)
+    assert np.allclose(vrx.ganz_griesser(whites, vrx.fit_ganz_griesser(whites, nominal[:, 0], nominal[:, 1])), nominal)
+    factors = vrx.fit_correction(curves, 0.98 * curves, ["scale"])
+    assert np.allclose(factors[:, 1], 1 / 0.98 - 1) and np.allclose(vrx.corrected(0.98 * curves, factors), curves)
+    for call in (lambda: vrx.fit_correction(curves, curves, ["zeal"]), lambda: vrx.corrected(curves, factors[1:]),
+                 lambda: vrx.fit_ganz_griesser(whites[:2], [60, 90]), lambda: vrx.color_rendering(nm[:9], planck[:9]),
+                 lambda: vrx.ganz_griesser(whites, [1, 2])):
+        with pytest.raises(ValueError):
+            call()
+
+
 def test_tables_are_taken_by_their_labels(curves):
     pandas = pytest.importorskip("pandas")
     grid = list(range(360, 760, 10))

@@ -14,6 +14,7 @@
 #include <vrxmath/batch/color_value_batch.h>
 #include <vrxmath/batch/colorant_batch.h>
 #include <vrxmath/batch/difference_batch.h>
+#include <vrxmath/batch/figure_batch.h>
 #include <vrxmath/batch/judgement_batch.h>
 #include <vrxmath/batch/nearest.h>
 #include <vrxmath/batch/tristimulus_batch.h>
@@ -22,6 +23,7 @@
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/colorimetry/display_color.h>
+#include <vrxmath/colorimetry/munsell.h>
 #include <vrxmath/colorimetry/space_formulas.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/judging/shade.h>
@@ -509,6 +511,41 @@ TEST(Values, IndicesAreThoseOfTheSingleCalls) {
       });
     }
   }
+}
+
+TEST(Values, FiguresAreThoseOfTheSingleCalls) {
+  constexpr std::size_t kCurves = 1'101;
+  Random random(29);
+  std::vector<double> curves(41 * kCurves), densities, inconstancies, notations, xyz;
+  for (double& sample : curves) sample = random.Between(-1.0, 110.0);
+  const double kAwkward[] = {0.0, kUnset, -1e300, 1e300};
+  for (std::size_t i = 0; i < std::size(kAwkward); ++i) std::fill_n(curves.data() + 41 * i, 40, kAwkward[i]);
+  curves[41 * 5 + 7] = std::nan("");
+  for (std::size_t i = 0; i < kCurves; ++i) {
+    CReflData curve;
+    std::copy_n(curves.data() + 41 * i, 40, curve.begin());
+    const Densities d = DensitiesOf(curve, DensityStatus::kE);
+    densities.insert(densities.end(), {d.red, d.green, d.blue, d.visual});
+    inconstancies.push_back(
+        InconstancyIndex(kD65, vrxIllumA, kObserver10, curve, DefaultSettings(vrxSystemCie2000)));
+    const double Y = random.Between(-5.0, 110.0);
+    xyz.insert(xyz.end(), {Y * random.Between(0.7, 1.2), Y, Y * random.Between(0.5, 1.5)});
+    const MunsellColor found = MunsellFromXyz({xyz[3 * i], Y, xyz[3 * i + 2]});
+    notations.insert(notations.end(),
+                     {found.hue, found.value, found.chroma, found.isExtrapolated ? 1.0 : 0.0});
+  }
+  const CurveBatch batch = {std::span(curves).first(curves.size() - 1), 41};
+  OnEverySet([&] {
+    std::vector<double> four(4 * kCurves), one(kCurves);
+    EXPECT_TRUE(DensityBatch(DensityStatus::kE, batch, four));
+    EXPECT_EQ(CountDifferent(four, densities), 0u);
+    EXPECT_TRUE(
+        InconstancyBatch(kD65, vrxIllumA, kObserver10, batch, DefaultSettings(vrxSystemCie2000), one));
+    EXPECT_EQ(CountDifferent(one, inconstancies), 0u);
+    EXPECT_TRUE(MunsellBatch(xyz, four, {2, nullptr}));
+    EXPECT_EQ(CountDifferent(four, notations), 0u);
+    EXPECT_THROW(MunsellBatch(xyz, std::span(four).first(4)), CInvalidArgException);
+  });
 }
 
 TEST(Values, DisplayColoursAreThoseOfTheSingleCall) {

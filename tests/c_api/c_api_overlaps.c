@@ -45,6 +45,21 @@ static vrx_status munsell(const double* in, void* out) {
 static vrx_status munsell_back(const double* in, void* out) {
   return vrx_munsell_to_xyz(in, kRows, out);
 }
+static vrx_status dominant(const double* in, void* out) {
+  return vrx_dominant_wavelengths(VRX_ILLUM_D65, VRX_OBSERVER_10, in, kRows, out);
+}
+static vrx_status inconstancy(const double* in, void* out) {
+  return vrx_inconstancies(&cmc, VRX_ILLUM_D65, VRX_ILLUM_A, VRX_OBSERVER_10, in, kRows, out);
+}
+static vrx_status ganz_griesser(const double* in, void* out) {
+  return vrx_ganz_griesser(in + 6, in, kRows, out);
+}
+static vrx_status cie_white(const double* in, void* out) {
+  return vrx_cie_white(VRX_ILLUM_D65, VRX_OBSERVER_10, in, kRows, out);
+}
+static vrx_status correct_readings(const double* in, void* out) {
+  return vrx_correct_readings(in + 3, in, kRows, out);
+}
 static vrx_status boxes(const double* in, void* out) {
   static const double box[7] = {40, 40, 60, 60, 60, 60, 70};
   return vrx_judge_boxes(box, 0.75, in, kRows, out, NULL);
@@ -83,6 +98,11 @@ static void written_over(void) {
               {"densities", densities, 320, 32},
               {"munsell", munsell, 24, 32},
               {"munsell_to_xyz", munsell_back, 24, 24},
+              {"dominant_wavelengths", dominant, 24, 16},
+              {"inconstancies", inconstancy, 320, 8},
+              {"ganz_griesser", ganz_griesser, 24, 16},
+              {"cie_white", cie_white, 24, 4},
+              {"correct_readings", correct_readings, 320, 320},
               {"judge_boxes", boxes, 56, 4},
               {"shade_words", words, 24, 12},
               {"kubelka_munk", ks, 8, 8},

@@ -56,7 +56,7 @@ static void wrong_and_closed(void) {
 /* What each function refuses, and the argument that it names. Nothing is written: every result stays 7. */
 static void every_argument(void) {
   const int32_t d65 = VRX_ILLUM_D65, two = 2;
-  double in[120], nan[120], out[123];
+  double in[120], nan[120], out[123], factors[200];
   int32_t whole[123];
   uint8_t bytes[123];
   vrx_handle handle = 7;
@@ -141,6 +141,16 @@ static void every_argument(void) {
   REFUSES(vrx_spot_tone_value(in, in, NULL, in, out), VRX_NULL, "solid");
   REFUSES(vrx_munsell(nan, 1, out), VRX_NOT_FINITE, "xyz");
   REFUSES(vrx_munsell_to_xyz(in, 1, NULL), VRX_NULL, "xyz");
+  REFUSES(vrx_dominant_wavelengths(lamps, 1, in, 1, out), VRX_OUT_OF_RANGE, "there is no illuminant");
+  REFUSES(vrx_color_temperatures(nan, 1, out), VRX_NOT_FINITE, "xyz");
+  REFUSES(vrx_color_rendering(in, 40, 380, 7, out), VRX_OUT_OF_RANGE, "power: ");
+  REFUSES(vrx_inconstancies(&lab, d65, 0, 1, nan, 1, out), VRX_NOT_FINITE, "curves");
+  REFUSES(vrx_cie_white(d65, 1, in, 1, NULL), VRX_NULL, "within");
+  REFUSES(vrx_ganz_griesser(nan, in, 1, out), VRX_NOT_FINITE, "parameters");
+  REFUSES(vrx_fit_ganz_griesser(in, in, in, 2, out), VRX_REFUSED, "three standards");
+  REFUSES(vrx_fit_correction(in, in, 1, 32, factors), VRX_OUT_OF_RANGE, "terms");
+  REFUSES(vrx_fit_correction(in, in, 1, 1, factors), VRX_REFUSED, "too few tiles");
+  REFUSES(vrx_correct_readings(NULL, in, 1, out), VRX_NULL, "factors");
   REFUSES(vrx_fit_limit(in, whole + 3, 1, out, whole, whole), VRX_OVERLAP, "wrongly_rejected");
   REFUSES(vrx_fit_limit(in, NULL, 1, out, whole, whole + 1), VRX_NULL, "accepted");
   REFUSES(vrx_stress(in, nan, 3, out), VRX_NOT_FINITE, "visual");

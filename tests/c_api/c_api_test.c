@@ -259,6 +259,39 @@ static void figures(void) {
   CHECK(whole[0] == 18);
 }
 
+/* A red of CIE 15's diagram, illuminant A as a light and as Planck's radiator, perfect whites and greys, an instrument that reads 98 %. */
+static void single_figures(void) {
+  const double red[3] = {0.54369557 / 0.32107944, 1, 0.13522499 / 0.32107944}, lamp[3] = {109.85, 100, 35.585};
+  const double whites[9] = {94.811, 100, 107.304, 84, 87, 96, 83, 86, 101}, grey[3] = {18.962, 20, 21.461};
+  double power[41], curves[120], low[120], factors[200], rendering[18], both[6], parameters[6], whiteness[3], tint[3];
+  int32_t within[2];
+  OK(vrx_dominant_wavelengths(VRX_ILLUM_D65, VRX_OBSERVER_2, red, 1, both));
+  CHECK(near(both[0], 616, 0.6) && near(both[1], 0.6229, 1e-3));
+  OK(vrx_color_temperatures(lamp, 1, both));
+  CHECK(near(both[0], 2855.5, 1) && near(both[1], 0, 2e-4));
+  for (int i = 0; i < 41; ++i)
+    power[i] = pow(560.0 / (380 + 10 * i), 5) / (exp(1.4388e7 / (2856.0 * (380 + 10 * i))) - 1);
+  OK(vrx_color_rendering(power, 41, 380, 10, rendering));
+  CHECK(near(rendering[0], 2856, 1) && rendering[2] < 1e-4 && near(rendering[3], 100, 0.1) && near(rendering[12], 100, 0.1));
+  for (int i = 0; i < 120; ++i) curves[i] = 20 + i / 40 * 30, low[i] = 0.98 * curves[i];
+  vrx_system system;
+  OK(vrx_default_system(VRX_SYSTEM_CIE2000, &system));
+  OK(vrx_inconstancies(&system, VRX_ILLUM_D65, VRX_ILLUM_A, VRX_OBSERVER_10, curves, 3, both));
+  CHECK(both[0] < 0.02 && both[2] < 0.02);
+  OK(vrx_cie_white(VRX_ILLUM_D65, VRX_OBSERVER_10, whites, 1, within));
+  OK(vrx_cie_white(VRX_ILLUM_D65, VRX_OBSERVER_10, grey, 1, within + 1));
+  CHECK(within[0] == 1 && within[1] == 0);
+  OK(vrx_ganz_griesser(NULL, whites, 3, both));
+  CHECK(near(both[0], 100, 0.3));
+  for (int i = 0; i < 3; ++i) whiteness[i] = both[2 * i], tint[i] = both[2 * i + 1];
+  OK(vrx_fit_ganz_griesser(whites, whiteness, tint, 3, parameters));
+  CHECK(near(parameters[0], -1868.322, 1e-6) && near(parameters[4], 748.366, 1e-6));
+  OK(vrx_fit_correction(curves, low, 3, VRX_TERM_SCALE, factors));
+  CHECK(near(factors[1], 1 / 0.98 - 1, 1e-12) && factors[0] == 0);
+  OK(vrx_correct_readings(factors, low, 3, low));
+  CHECK(near(low[119], 80, 1e-9));
+}
+
 /* CIE 15: the trial's X, Y, Z under the test illuminant are scaled by what matches it to the standard under the reference. */
 static void metamerism(void) {
   double curves[2][40], reference[2][3], test[2][3], corrected[3], delta[7], index;
@@ -587,6 +620,7 @@ int main(void) {
   colours();
   nearest_and_indices();
   figures();
+  single_figures();
   metamerism();
   tolerances();
   colorants_and_equations();

@@ -1,6 +1,7 @@
 #include <vrxmath/colorimetry/density.h>
 
 #include <cmath>
+#include <cstddef>
 
 #include <vrxmath/colorimetry/space_formulas.h>
 #include <vrxmath/foundation/numbers.h>
@@ -47,13 +48,10 @@ constexpr Weights kVisual = {0,    0,    0,    0,     0.01,  0.02,  0.08,  0.28,
                              97.5, 100,  97.5, 90.36, 79.8,  67.14, 53.83, 39.17, 27.1,  17.3,
                              10.3, 5.61, 3.09, 1.54,  0.8,   0.42,  0.22,  0.11,  0.05,  0.05};
 
-double DensityBy(const Weights& weights, const CReflData& curve) {
-  double light = 0.0, all = 0.0;
-  for (std::int32_t i = 0; i < kWavelengths; ++i) {
-    light += weights[i] * curve[i];
-    all += weights[i];
-  }
-  return light > 0.0 ? -Log10(light / (100.0 * all)) : kUnset;
+double DensityBy(const DensityWeights& weights, std::size_t filter, const CReflData& curve) {
+  double light = 0.0;
+  for (std::int32_t i = 0; i < kWavelengths; ++i) light += weights.products[filter][i] * curve[i];
+  return light > 0.0 ? -Log10(light / weights.whole[filter]) : kUnset;
 }
 
 double LightnessOf(double value, double white) {
@@ -71,11 +69,22 @@ double SquaredWay(const Xyz& from, const Xyz& to, const White& white) {
 
 }  // namespace
 
+DensityWeights colorimetry_internal::DensityWeightsOf(DensityStatus status) {
+  const auto& filters = kStatus[static_cast<std::int32_t>(status)];
+  DensityWeights weights{{filters[0], filters[1], filters[2], kVisual}, {}};
+  for (std::size_t k = 0; k < 4; ++k) {
+    double all = 0.0;
+    for (std::int32_t i = 0; i < kWavelengths; ++i) all += weights.products[k][i];
+    weights.whole[k] = 100.0 * all;
+  }
+  return weights;
+}
+
 Densities DensitiesOf(const CReflData& curve, DensityStatus status) {
   if (IsUnset(curve[0])) return {};
-  const auto& weights = kStatus[static_cast<std::int32_t>(status)];
-  return {DensityBy(weights[0], curve), DensityBy(weights[1], curve), DensityBy(weights[2], curve),
-          DensityBy(kVisual, curve)};
+  const DensityWeights weights = colorimetry_internal::DensityWeightsOf(status);
+  return {DensityBy(weights, 0, curve), DensityBy(weights, 1, curve), DensityBy(weights, 2, curve),
+          DensityBy(weights, 3, curve)};
 }
 
 double ToneValue(double paper, double tint, double solid, double n) {

@@ -26,6 +26,16 @@ struct Densities {
   std::array<double, 3> Filters() const { return {red, green, blue}; }
 };
 
+/// The products through red, green and blue, and for the visual density, 40 each, and a hundred times their sums: what light
+/// comes back from the perfect diffuser.
+struct DensityWeights {
+  const double* products[4] = {};
+  double whole[4] = {};
+};
+namespace colorimetry_internal {
+DensityWeights DensityWeightsOf(DensityStatus status);
+}
+
 /// Densities of a curve, absolute: paper included, 0 for the perfect diffuser.
 /// Formula: -log10 of the weighted mean reflectance, with the products of ISO 5-3 at every 10 nm; what these have below 360 and
 /// above 750 nm counts at the ends. Unset for an unset curve, and where no light comes back.
