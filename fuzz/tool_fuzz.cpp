@@ -35,6 +35,8 @@ constexpr std::array kCommandLines = {
     "judge @CURVES @CURVES --illuminant-file @IN --illuminants 1000",
     "color @IN --format csv --digits 3",
     "color @IN --average --observer 2",
+    "color @CURVES --correction @IN --format csv",
+    "index @CURVES --ganz-griesser @IN --illuminants D65 --format csv",
     "delta @IN --system din6175 --tolerance 2",
     "delta @IN --system 3 --format json",
     "average @IN --count 2 --statistics --format csv",

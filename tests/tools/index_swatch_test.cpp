@@ -343,6 +343,8 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
   EXPECT_EQ(Run("instruments series.csv --drift --digits 2 --format csv").out,
             "date,days,tiles,mean,largest,tile,per_year\n2026-04-11,100,1,0.39,0.39,w,\n"
             "2026-07-20,200,1,0.78,0.78,w,\n2026-10-28,300,1,1.17,1.17,w,1.43\n");
+  const std::string shop = folder_.Read("shop.csv");
+  folder_.Write("huge.csv", std::string(shop).replace(shop.find(",0,"), 3, ",1e300,"));
   folder_.Write("late.csv", series.replace(series.find("2026-04-11"), 10, "11.4.2026"));
   ExpectRefused({
       {"instruments late.csv --drift", "late.csv, line 3: a series needs the date of each reading"},
@@ -350,6 +352,7 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
       {"judge print.csv low.csv --tolerance 1 --pairs --correction shop.csv",
        "--corrected all corrects them, too"},
       {"color low.csv --correction print.csv", "the header of a correction is nm,zero"},
+      {"color low.csv --correction huge.csv", "huge.csv makes no reflectances"},
       {"color m1.csv --correction shop.csv", "a correction needs curves"},
       {"index print.csv --ganz-griesser own.csv --illuminants C", "are for D65 and 10 degrees"},
       {"index print.csv --ganz-griesser whites.csv", "is P,Q,C,m,n,k"},

@@ -1,6 +1,7 @@
 #include <vrxio/files/curve_reader.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include <vrxio/csv/csv_measurements.h>
@@ -152,6 +153,11 @@ void CurveReader::TakeCurve(const Measurement& measured, CurveRow& row) {
   if (!correction_) return;
   row.curve = correction_->Corrected(row.curve);
   keepMeasured();
+  // Factors that were damaged in their file, where every other reading would look odd, too.
+  constexpr double kLargest = 1e6;
+  const auto isReading = [](double sample) { return std::fabs(sample) <= kLargest; };
+  if (!std::ranges::all_of(row.curve, isReading))
+    source_->FailRow("the correction " + correctionName_ + " makes no reflectances of this curve");
 }
 
 std::string CurveReader::GridWarning() const {
