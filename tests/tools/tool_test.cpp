@@ -378,7 +378,7 @@ TEST_F(Tool, TablesFitTheTerminal) {
       {"color long.csv", 400, 245, ""},
       {"color long.csv", 200, 200, ""},
       {"color long.csv", 80, 80, "observer, C, h, Lu, u, v, Cuv, huv, LH, aH, bH"},
-      {"judge " + std::string(kCharts) + " --pairs", 120, 116, "words, box, total"},
+      {"judge " + std::string(kCharts) + " --pairs", 120, 117, "words, box, total"},
       {"judge " + std::string(kCharts) + " --pairs", 80, 80, kSpared},
   };
   for (const auto& row : kRows) {
