@@ -219,7 +219,7 @@ TEST_F(Judging, LimitsThatServeNothingAreTold) {
   folder_.Write("empty.csv", header);
   folder_.Write("case.csv", header + "S," + limits + "s,D65" + limits + "," + limits);
   folder_.Write("used.csv", header + "s,D65" + limits);
-  const std::string judge = "judge s.csv t.csv --illuminants D65 --tolerances ";
+  const std::string judge = "judge s.csv t.csv --standard-id s --illuminants D65 --tolerances ";
   ExpectRefused({{judge + "empty.csv", "empty.csv: there is no row of limits"}});
   EXPECT_NE(
       Run(judge + "case.csv")
