@@ -15,7 +15,8 @@ namespace vrx {
 struct BatchRun {
   /// Threads that work, the calling one included; 0: as many as the machine has cores.
   unsigned threads = 1;
-  /// Called on the calling thread, at least once, with the count of rows that are done. False stops the work: the
+  /// Called on the calling thread, at least once, with the count of rows that are done, of which other threads may add the
+  /// last ones after its last call. False stops the work: the
   /// function returns false unless it was done already, and which rows were written is not defined. What it throws
   /// comes out of the function once every thread has stopped.
   std::function<bool(std::size_t done)> progress;
