@@ -368,7 +368,7 @@ const Function kFunctions[] = {
      }},
 };
 
-constexpr std::size_t kArena = 4096;  // bytes
+constexpr std::size_t kArena = 16384;  // bytes: the most that a call takes is 200 numbers for each of 8 rows
 
 // Handles of both kinds, one that is closed, and none.
 struct Handles {
