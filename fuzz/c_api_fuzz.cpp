@@ -362,9 +362,10 @@ const Function kFunctions[] = {
      [](const Plain& p, const Arrays& a) {
        double white[40];
        std::fill_n(white, 40, p.reals[2]);
-       return p.count < 1 ? VRX_BAD_COUNT
-                          : vrx_film_constants(a.in[0], a.in[1], p.curve, white, p.reals[0], p.reals[1],
-                                               p.numbers[0], Real(a.out[0]), Real(a.out[1]), Real(a.out[2]));
+       // It knows one film: of several rows, an output may stand where another one's second row would.
+       return p.count != 1 ? VRX_BAD_COUNT
+                           : vrx_film_constants(a.in[0], a.in[1], p.curve, white, p.reals[0], p.reals[1],
+                                                p.numbers[0], Real(a.out[0]), Real(a.out[1]), Real(a.out[2]));
      }},
 };
 
