@@ -1,6 +1,7 @@
 // Single figures of colours and lamps, whiteness of an instrument, corrections of readings.
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 #include <vrxmath/batch/figure_batch.h>
@@ -10,6 +11,7 @@
 #include <vrxmath/colorimetry/instrument_profile.h>
 #include <vrxmath/colorimetry/space_formulas.h>
 #include <vrxmath/colorimetry/user_illuminants.h>
+#include <vrxmath/platform/exceptions.h>
 
 #include "c_api/checks.h"
 
@@ -20,6 +22,15 @@ constexpr std::size_t kFactors = kInstrumentTerms * static_cast<std::size_t>(kWa
 
 Xyz RowOf(std::span<const double> rows, std::size_t i) {
   return {rows[3 * i], rows[3 * i + 1], rows[3 * i + 2]};
+}
+
+// Two figures of every row of X, Y, Z.
+template <class FIGURES>
+void FillTwoFigures(std::span<const double> xyz, std::span<double> out, const FIGURES& figures) {
+  for (std::size_t i = 0; i < out.size() / 2; ++i) {
+    const std::array<double, 2> two = figures(RowOf(xyz, i));
+    std::ranges::copy(two, out.begin() + static_cast<std::ptrdiff_t>(2 * i));
+  }
 }
 
 std::vector<CReflData> CurvesFrom(std::span<const double> samples) {
@@ -49,15 +60,12 @@ vrx_status VRX_CALL vrx_dominant_wavelengths(int32_t illuminant, int32_t observe
     const auto out = arrays.Place(figures, count, 2, "figures");
     const auto in = arrays.Numbers(xyz, count, 3, "xyz");
     vrx::White n;
-    if (!vrx::FindWhite(pair.illuminant, pair.observer, n)) return;
+    if (!vrx::FindWhite(pair.illuminant, pair.observer, n)) throw vrx::CInvalidArgException();
     const vrx::Xy white = vrx::Chromaticity(vrx::Xyz{n.X, n.Y, n.Z});
-    for (std::size_t i = 0; i < out.size() / 2; ++i) {
-      const vrx::Xyz row = api::RowOf(in, i);
-      const vrx::DominantWavelengthResult found =
-          IsUnset(row) ? vrx::DominantWavelengthResult{}
-                       : vrx::FindDominantWavelength(vrx::Chromaticity(row), white, pair.observer);
-      out[2 * i] = found.wavelength, out[2 * i + 1] = found.purity;
-    }
+    api::FillTwoFigures(in, out, [&](const vrx::Xyz& row) {
+      const auto found = vrx::FindDominantWavelength(vrx::Chromaticity(row), white, pair.observer);
+      return std::array{found.wavelength, found.purity};
+    });
   });
 }
 
@@ -65,12 +73,10 @@ vrx_status VRX_CALL vrx_color_temperatures(const double* xyz, int32_t count, dou
   return Call([&](Arrays& arrays) {
     const auto out = arrays.Place(figures, count, 2, "figures");
     const auto in = arrays.Numbers(xyz, count, 3, "xyz");
-    for (std::size_t i = 0; i < out.size() / 2; ++i) {
-      const vrx::Xyz row = api::RowOf(in, i);
-      const vrx::ColorTemperature found =
-          IsUnset(row) ? vrx::ColorTemperature{} : vrx::FindColorTemperature(vrx::Chromaticity(row));
-      out[2 * i] = found.kelvin, out[2 * i + 1] = found.Duv;
-    }
+    api::FillTwoFigures(in, out, [](const vrx::Xyz& row) {
+      const vrx::ColorTemperature found = vrx::FindColorTemperature(vrx::Chromaticity(row));
+      return std::array{found.kelvin, found.Duv};
+    });
   });
 }
 
@@ -123,10 +129,9 @@ vrx_status VRX_CALL vrx_ganz_griesser(const double parameters[6], const double* 
     const vrx::GanzGriesser own = parameters == nullptr
                                       ? vrx::GanzGriesser{}
                                       : api::ParametersFrom(arrays.Numbers(parameters, 1, 6, "parameters"));
-    for (std::size_t i = 0; i < out.size() / 2; ++i) {
-      const vrx::Xyz row = api::RowOf(in, i);
-      out[2 * i] = own.Whiteness(row), out[2 * i + 1] = own.Tint(row);
-    }
+    api::FillTwoFigures(in, out, [&](const vrx::Xyz& row) {
+      return std::array{own.Whiteness(row), own.Tint(row)};
+    });
   });
 }
 

@@ -349,7 +349,7 @@ VRX_C_API vrx_status VRX_CALL vrx_munsell_to_xyz(const double* notations, int32_
  * Single figures of colours and lamps, whiteness of an instrument, corrections of readings */
 
 /* Dominant wavelength in nm (negative: the complementary one of a purple) and excitation purity of each row of X, Y, Z (2 numbers
- * a row); unset for a colour with the chromaticity of the white. */
+ * a row); unset for a colour with the chromaticity of the white, and for black. */
 VRX_C_API vrx_status VRX_CALL vrx_dominant_wavelengths(int32_t illuminant, int32_t observer,
                                                        const double* xyz, int32_t count, double* figures);
 /* Correlated colour temperature in K and Duv of each light, as X, Y, Z of the 2 degree observer (2 numbers a row); unset farther than

@@ -48,9 +48,7 @@ py::array_t<double> TwoFigures(const py::object& xyz, int threads, const FIGURES
   double* const target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
     for (std::size_t i = from; i < from + count; ++i) {
-      const Xyz row = XyzAt(rows, i);
-      const std::array<double, 2> two =
-          IsUnset(row) ? std::array{kUnset, kUnset} : std::array<double, 2>(figures(row));
+      const std::array<double, 2> two = figures(XyzAt(rows, i));
       for (std::size_t k = 0; k < 2; ++k) target[2 * i + k] = NanIfUnset(two[k]);
     }
   });
@@ -213,7 +211,7 @@ void DefineSingleFigures(py::module_& module) {
       py::arg("observer") = 10, py::kw_only(), py::arg("threads") = 1,
       R"(Dominant wavelength in nm, negative for the complementary one of a purple, and excitation purity (CIE 15).
 
-NaN for a colour with the chromaticity of the white.
+NaN for a colour with the chromaticity of the white, and for black.
 
 Parameters
 ----------

@@ -259,7 +259,17 @@ static void figures(void) {
   CHECK(whole[0] == 18);
 }
 
-/* A red of CIE 15's diagram, illuminant A as a light and as Planck's radiator, perfect whites and greys, an instrument that reads 98 %. */
+static vrx_status dominant_of(const double* two, double* figures) {
+  return vrx_dominant_wavelengths(VRX_ILLUM_D65, VRX_OBSERVER_2, two, 2, figures);
+}
+static vrx_status temperature_of(const double* two, double* figures) {
+  return vrx_color_temperatures(two, 2, figures);
+}
+static vrx_status whiteness_of(const double* two, double* figures) {
+  return vrx_ganz_griesser(NULL, two, 2, figures);
+}
+
+/* What has no chromaticity, unset or black, has no figure. A red of CIE 15's diagram, illuminant A as a light and as Planck's radiator, perfect whites and greys, an instrument that reads 98 %. */
 static void single_figures(void) {
   const double red[3] = {0.54369557 / 0.32107944, 1, 0.13522499 / 0.32107944}, lamp[3] = {109.85, 100, 35.585};
   const double whites[9] = {94.811, 100, 107.304, 84, 87, 96, 83, 86, 101}, grey[3] = {18.962, 20, 21.461};
@@ -267,6 +277,12 @@ static void single_figures(void) {
   int32_t within[2];
   OK(vrx_dominant_wavelengths(VRX_ILLUM_D65, VRX_OBSERVER_2, red, 1, both));
   CHECK(near(both[0], 616, 0.6) && near(both[1], 0.6229, 1e-3));
+  const double unset[6] = {VRX_UNSET, VRX_UNSET, VRX_UNSET, 0, 0, 0};
+  vrx_status (*const ofColors[3])(const double*, double*) = {dominant_of, temperature_of, whiteness_of};
+  for (int i = 0; i < 3; ++i) {
+    OK(ofColors[i](unset, both));
+    for (int k = 0; k < 4; ++k) CHECK(both[k] == VRX_UNSET);
+  }
   OK(vrx_color_temperatures(lamp, 1, both));
   CHECK(near(both[0], 2855.5, 1) && near(both[1], 0, 2e-4));
   for (int i = 0; i < 41; ++i)

@@ -42,6 +42,8 @@ TEST(DominantWavelength, OfMonochromaticLightIsItsOwn) {
     }
   }
   EXPECT_TRUE(IsUnset(DominantWavelength(vrxIllumD65, kObserver10, WhiteOf(vrxIllumD65, kObserver10))));
+  EXPECT_TRUE(IsUnset(DominantWavelength(vrxIllumD65, kObserver10, {0, 0, 0})));
+  EXPECT_TRUE(IsUnset(ExcitationPurity(vrxIllumD65, kObserver10, {kUnset, kUnset, kUnset})));
   EXPECT_TRUE(IsUnset(ExcitationPurity(vrxIllumD65, kObserver10, {})));
 }
 

@@ -56,7 +56,7 @@ bool MeetsLocus(const Xy& origin, const Xy& direction, int32_t observer, double&
 // A figure of a colour against the white of its illuminant.
 DominantWavelengthResult DominantOf(vrxIlluminant illuminant, int32_t observer, const CTrisValues& xyz) {
   White n;
-  if (IsUnset(xyz) || !FindWhite(illuminant, observer, n)) return {};
+  if (!FindWhite(illuminant, observer, n)) return {};
   return FindDominantWavelength(Chromaticity(xyz.Values()), Chromaticity(Xyz{n.X, n.Y, n.Z}), observer);
 }
 
@@ -119,6 +119,7 @@ ColorTemperature TemperatureOf(int32_t observer, const CTrisValues& xyz) {
 
 DominantWavelengthResult FindDominantWavelength(const Xy& color, const Xy& white, int32_t observer) {
   DominantWavelengthResult result;
+  if (IsUnset(color.x) && IsUnset(color.y)) return result;
   const Xy direction = {color.x - white.x, color.y - white.y};
   if (!(std::fabs(direction.x) + std::fabs(direction.y) > 1e-9)) return result;
   double wavelength, alongRay, alongLine;

@@ -28,7 +28,8 @@ struct DominantWavelengthResult {
 };
 
 /// Dominant wavelength and excitation purity of a chromaticity. The spectral locus is that of every nanometre from 360 to
-/// 700 nm with straight lines between. Both unset for a colour with the chromaticity of the white.
+/// 700 nm with straight lines between. Both unset for a colour with the chromaticity of the white, and
+/// for one without a chromaticity, unset or black.
 [[nodiscard]] VRX_API DominantWavelengthResult FindDominantWavelength(const Xy& color, const Xy& white,
                                                                       int32_t observer);
 
