@@ -113,6 +113,24 @@ TEST(CurveReader, ReadsEveryForm) {
   }
 }
 
+// The curve is the reference instrument's; what was read, its geometry and what was never measured stay.
+TEST(CurveReader, CorrectsReadingsAndSaysSo) {
+  std::vector<vrx::InstrumentProfile::Factors> factors(40);
+  for (auto& at : factors) at = {0.5, 0.01, 0.0, 0.0, 0.0};
+  const vrx::InstrumentProfile profile = *vrx::InstrumentProfile::FromFactors(factors);
+  std::istringstream stream(FileOf(360, 750, 10, [](int) { return 40.0; }));
+  CurveReader reader(CsvReader(stream, "f"), false);
+  reader.CorrectBy(profile, "shop.csv");
+  CurveRow row;
+  ASSERT_TRUE(reader.Next(row));
+  for (const double sample : row.curve) EXPECT_NEAR(sample, 40.0 + 0.5 + 0.4, 1e-12);
+  EXPECT_EQ(reader.MeasuredCurve()[0], 40.0);
+  EXPECT_EQ(reader.Conditions().instrument, "corrected by shop.csv");
+  EXPECT_EQ(reader.FirstConditions().instrument, "corrected by shop.csv");
+  factors.pop_back();
+  EXPECT_FALSE(vrx::InstrumentProfile::FromFactors(factors));
+}
+
 TEST(CurveReader, RefusesWithPlaceAndReason) {
   const std::string longText(CsvReader::kMaxRecordBytes + 2, 'x');
   const struct {

@@ -77,7 +77,8 @@ void CurveReader::UseLayout(const MeasurementLayout& layout) {
   const bool isFirst = layout_ == nullptr;
   const bool sameWavelengths = !isFirst && layout_->wavelengths == layout.wavelengths;
   layout_ = &layout;
-  if (rows_ <= 1) first_ = WithCorrection(layout.conditions);
+  conditions_ = WithCorrection(layout.conditions);
+  if (rows_ <= 1) first_ = conditions_;
   if (mixture_.empty()) {
     mixture_ = HasGeometries()
                    ? ConditionConflict(WithoutGeometry(first_), WithoutGeometry(layout.conditions))
@@ -98,6 +99,7 @@ void CurveReader::CorrectBy(InstrumentProfile correction, const std::string& nam
   correction_ = std::move(correction);
   correctionName_ = name;
   first_ = WithCorrection(std::move(first_));
+  conditions_ = WithCorrection(std::move(conditions_));
 }
 
 MeasuringConditions CurveReader::WithCorrection(MeasuringConditions conditions) const {

@@ -81,8 +81,8 @@ class CurveReader {
   const std::string& Mixture() const { return mixture_; }
   /// How the first sample was measured, once it was read; of colours from the start on, of a pipe as far as its header says.
   const MeasuringConditions& FirstConditions() const { return first_; }
-  /// How the last sample was measured, as its file says it and CorrectBy.
-  MeasuringConditions Conditions() const { return WithCorrection(layout_->conditions); }
+  /// How the last sample was measured, as its file says it and CorrectBy. Valid until the next one.
+  const MeasuringConditions& Conditions() const { return conditions_; }
   /// Colours count under this light. Throws InputError, here and in Next, where the file says that they were seen under another
   /// one: what they would be under this one only curves tell.
   void RequireLight(vrxIlluminant illuminant, int32_t observer);
@@ -122,7 +122,8 @@ class CurveReader {
   int64_t withoutCurve_ = 0;
   int64_t zeros_ = 0;
   MeasuringConditions first_;
-  MeasuringConditions light_;  // that colours have to be of
+  MeasuringConditions conditions_;  // of the last sample
+  MeasuringConditions light_;       // that colours have to be of
   std::string mixture_;
   std::vector<double> corrected_;
   Measurement measured_;

@@ -79,7 +79,7 @@ store::MeasuredCurve MeasuredCurveOf(const CurveReader& curves, const CurveRow& 
   store::MeasuredCurve curve;
   curve.geometry = row.geometry;
   std::copy_n(row.curve.begin(), curve.samples.size(), curve.samples.begin());
-  const MeasuringConditions conditions = curves.Conditions();
+  const MeasuringConditions& conditions = curves.Conditions();
   curve.date = row.date.empty() ? conditions.date : row.date;
   curve.measuring = store::MeasuringText(conditions);
   return curve;
