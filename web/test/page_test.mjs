@@ -215,6 +215,8 @@ test('10,000 trials: the page answers meanwhile, and can be stopped', () => with
     document.querySelector('#stop').click();
   });
   await says(page, /Stopped/);
+  // The report of the limit before is still to be seen, and nobody can hand it on.
+  assert.deepEqual([await page.locator('#report').isVisible(), await page.getByRole('button', { name: 'Save report' }).isDisabled()], [true, true]);
   await page.getByRole('button', { name: 'Judge again' }).click();
   await says(page, /10000 trials/);
 }));
