@@ -199,8 +199,7 @@ class IndexRows {
 
   void AddGanzGriesser(std::string_view id, vrxIlluminant illuminant, const CTrisValues& xyz) {
     if (!ganzGriesser_ || illuminant != vrxIllumD65) return;
-    const double whiteness = IsUnset(xyz) ? kUnset : ganzGriesser_->Whiteness(xyz.Values());
-    const double tint = IsUnset(xyz) ? kUnset : ganzGriesser_->Tint(xyz.Values());
+    const double whiteness = ganzGriesser_->Whiteness(xyz.Values()), tint = ganzGriesser_->Tint(xyz.Values());
     if (wide_) {
       rows_->Number(whiteness);
       rows_->Number(tint);

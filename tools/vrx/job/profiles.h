@@ -11,8 +11,8 @@
 
 namespace vrx::tool {
 
-/// The options of a profile: that of the job, which `job` or VRX_JOB names, or else that of the settings, or a built-in one. Throws InputError where
-/// neither has it.
+/// The options of a profile: that of the job, which `job` or VRX_JOB names, else that of the settings, else a built-in one. Throws
+/// InputError where there is none.
 std::vector<std::pair<std::string, std::string>> LoadProfile(const std::string& name, const std::string& job);
 
 /// Those that are always there: "print", D50 and 2 degrees (ISO 13655) with CIEDE2000. A profile of that name goes before.

@@ -431,7 +431,7 @@ void WriteSummaries(const Format& format, OutputStream& output, const JudgeSetti
     rows->Number(summary.totals.Mean());
     rows->Number(summary.totals.StandardDeviation());
     rows->Number(summary.totals.Percentile(50));
-    rows->Number(summary.totals.Percentile(JudgeSummary::kMost));
+    rows->Number(summary.totals.Percentile(JudgeSummary::kHighPercentile));
     rows->Number(summary.totals.Largest());
     rows->Text(summary.largestTrial);
     rows->Number(summary.hues.Mean());

@@ -16,6 +16,9 @@ namespace vrx::tool {
 
 /// Verdicts and total differences under one illuminant.
 struct JudgeSummary {
+  /// Percent of the trials, for a percentile of the totals that a few bad ones do not move.
+  static constexpr double kHighPercentile = 95;
+
   /// `system`: that of the differences.
   explicit JudgeSummary(int32_t system);
 
@@ -26,8 +29,6 @@ struct JudgeSummary {
   std::string largestTrial;           ///< the id of the trial with the largest total
 
   void Add(const std::string& trial, const JudgementUnder& judgement);
-  static constexpr double kMost =
-      95;  ///< percent of the trials, for a percentile that a few bad ones do not move
   int64_t Samples() const { return verdicts[kFail] + verdicts[kWarning] + verdicts[kPass]; }
 
  private:

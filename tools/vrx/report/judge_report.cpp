@@ -167,7 +167,7 @@ void JudgeReport::AddIlluminantCard(const JudgeSummary& summary, std::size_t i) 
                 "</ul>\n<p>" + Escaped(TextOf(ReportText::kMean, {total})) + " <b>" +
                 FixedText(summary.totals.Mean()) + "</b><br>" +
                 Escaped(TextOf(ReportText::kMostBelow, {total})) + " <b>" +
-                FixedText(summary.totals.Percentile(JudgeSummary::kMost)) + "</b><br>" + hue +
+                FixedText(summary.totals.Percentile(JudgeSummary::kHighPercentile)) + "</b><br>" + hue +
                 Escaped(TextOf(ReportText::kLargest, {total})) + " <b>" +
                 FixedText(summary.totals.Largest()) + "</b> <span class=\"small\"><bdi>" +
                 Escaped(Shortened(summary.largestTrial, kLongestCell)) + "</bdi></span></p></div>\n");
