@@ -54,7 +54,8 @@ json.dump(list(commands.values()), open("build/tidy/compile_commands.json", "w")
     { grep -vE '^$|warnings? generated|^clang-tidy' "$log" | head -n 100; return 1; }
 }
 
-# Runs the fuzz targets from their seeds, as many at a time as there are cores. New inputs go to the build folder. What the
+# Runs the fuzz targets from their corpus, as many at a time as there are cores, always with the same random numbers: that a
+# change passes must not be luck, and scripts/fuzz.sh looks further. New inputs go to the build folder. What the
 # target of whole commands prints on standard error is not kept.
 fuzz() {
   folder=build/asan-ubsan/fuzz
@@ -62,7 +63,7 @@ fuzz() {
   xargs -P "$jobs" -I NAME sh -c "
     mkdir -p $folder/found/NAME
     if [ NAME = tool ]; then close=-close_fd_mask=2; fi
-    $folder/fuzz_NAME \${close:-} -max_total_time=${VRX_FUZZ_SECONDS:-8} -max_len=4096 -timeout=10 -rss_limit_mb=1024 \
+    $folder/fuzz_NAME \${close:-} -seed=1 -max_total_time=${VRX_FUZZ_SECONDS:-8} -max_len=4096 -timeout=10 -rss_limit_mb=1024 \
       -artifact_prefix=$folder/found/NAME- $folder/found/NAME fuzz/corpus/NAME > $folder/NAME.log 2>&1 ||
       { tail -n 60 $folder/NAME.log; exit 1; }
     echo \"fuzz_NAME: \$(tail -n 1 $folder/NAME.log)\"

@@ -13,6 +13,7 @@
 
 namespace {
 
+using namespace std::string_literals;
 using vrx::io::CsvReader;
 using vrx::io::CurveReader;
 using vrx::io::CurveRow;
@@ -166,7 +167,8 @@ TEST(CurveReader, RefusesWithPlaceAndReason) {
       {"id,400,410,420\n\"a,1,2,3\n", "f, line 2: a quoted field is not closed"},
       {"id,400,410,420\n\"a\"b,1,2,3\n", "f, line 2, column 1 (id): text follows a quoted field"},
       {"id,400,410,420\na\"b\",1,2,3\n", "a quote stands inside a field without quotes"},
-      {"id,400,410,420\n\xE4,1,2,3\n", "f, line 2, column 1 (id): the text is not UTF-8"},
+      {"id,400,410,420\n\xE4,1,2,3\n", "f, line 2, column 1 (id): a text is not UTF-8"},
+      {"id,400,410,420\na\0,1,2,3\n"s, "f, line 2, column 1 (id): a text holds a zero byte"},
       {"geometry,400,410,420\n49,1,2,3\n", "f, line 2, column 1 (geometry): unknown geometry"},
       {"id,400,410,420\n" + longText + ",1,2,3\n", "f, line 2: the row is longer than 1 MiB"},
       {longText, "f, line 1: the row is longer than 1 MiB"},

@@ -180,8 +180,8 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
       {Cgats(kPairs, "a 400 10 410 20.5 420 30\nb 400 1 415 2 420 3"),
        "f (CGATS), line 7: field 4: the wavelength is 415, and 410 in the first row"},
       {Cgats(kPairs, "a 400 10 x 20.5 420 30"), "\"x\" is not a wavelength"},
-      {"Instrument: \xFF\nid,400,410,420\na,1,2,3\n", "f (CSV), line 1: the text is not UTF-8"},
-      {"400,410,420,caf\xE9\na,1,2,3,x\n", "f (CSV), line 1: the text is not UTF-8"},
+      {"Instrument: \xFF\nid,400,410,420\na,1,2,3\n", "f (CSV), line 1: a text is not UTF-8"},
+      {"400,410,420,caf\xE9\na,1,2,3,x\n", "f (CSV), line 1: a text is not UTF-8"},
       {Cgats("RGB_R", "1"), "there is no table of curves or colours"},
       {"CGATS.17\nBEGIN_DATA_FORMAT\nnm400 nm410 nm420\nEND_DATA_FORMAT\nBEGIN_DATA\n10 20 30\n",
        "END_DATA is missing"},
@@ -210,6 +210,7 @@ TEST(MeasurementFiles, RefusesWithFormLineAndReason) {
       {"[{\"L\":1,\"a\":2,\"b\":null}]", "neither wavelengths nor X,Y,Z nor L,a,b"},
       {"[{\"L\":1,\"a\":2,\"b\":3},\n{\"L\":1,\"L\":2}]", "f (JSON), line 2: the object has two members L"},
       {"[{\"a\":" + deep + "}]", "nested more than 64 deep"},
+      {"[{\"id\":\"\\u0000\",\"L\":1,\"a\":2,\"b\":3}]", "f (JSON), line 1: a text holds a zero byte"},
       {"[{\"L\":1", "the file ends within the object"},
       {"{}", "expected a list of objects"},
       // Text that is hostile to whoever reads the message.

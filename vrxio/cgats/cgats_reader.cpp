@@ -153,6 +153,10 @@ class CgatsReader final : public MeasurementReader {
   }
   [[noreturn]] void Fail(const std::string& reason) const { FailAt(line_, reason); }
 
+  void RequireText(std::string_view text) const {
+    if (const char* const fault = TextFault(text, true)) Fail(fault);
+  }
+
   // The next line without its end; false at the end of the file. It lives until the next one is read.
   bool NextLine(std::string_view& line) {
     window_.Skip(pending_);
@@ -244,8 +248,7 @@ class CgatsReader final : public MeasurementReader {
     const MeasuringConditions before = conditions_;
     const bool isCondition = TakeCondition(word, value, conditions_);
     const bool isKept = options_.keepsOthers && !value.empty() && before == conditions_ && !IsStructure(word);
-    if ((isCondition || isKept) && !IsUtf8(value))
-      Fail("a text is not UTF-8; --latin1 reads files in Latin-1");
+    if (isCondition || isKept) RequireText(value);
     if (isKept) AddRemark(word, value);
   }
 
@@ -578,9 +581,7 @@ class CgatsReader final : public MeasurementReader {
     if (run.meaning.role == ColumnRole::kPairWavelength) return CheckWavelength(run.column, text);
     const bool isUsed = run.meaning.role > ColumnRole::kDevice ||
                         (run.meaning.role == ColumnRole::kDevice && options_.keepsOthers);
-    if (isUsed && !IsUtf8(text)) {
-      Fail("a text is not UTF-8; --latin1 reads files in Latin-1");
-    }
+    if (isUsed) RequireText(text);
     table_->columns.TakeText(run, text, sample);
   }
 

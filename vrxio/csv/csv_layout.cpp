@@ -226,7 +226,7 @@ class LayoutFinder {
       if (IsLightPower(lines_[i].text) || IsLightPower(RemarkOf(lines_[i].text))) RefuseLight(lines_[i]);
       layout_.dialect.skipComments = layout_.dialect.skipComments || IsComment(i);
       const bool isCondition = TakeRemark(lines_[i].text, layout_.conditions);
-      if (isCondition || options_.keepsOthers) RequireUtf8(lines_[i]);
+      if (isCondition || options_.keepsOthers) RequireText(lines_[i]);
       if (!isCondition) layout_.unusedLines.emplace_back(lines_[i].text);
     }
     layout_.dialect.headerOffset = lines_[end].offset;
@@ -234,8 +234,8 @@ class LayoutFinder {
     layout_.dialect.separator = lines_[end].separator;
   }
 
-  void RequireUtf8(const Line& line) const {
-    if (!IsUtf8(line.text)) Fail(line, "the text is not UTF-8; --latin1 reads files in Latin-1");
+  void RequireText(const Line& line) const {
+    if (const char* const fault = TextFault(line.text, true)) Fail(line, fault);
   }
 
   [[noreturn]] void RefuseLight(const Line& line) const {
@@ -253,7 +253,7 @@ class LayoutFinder {
       double value;
       if (MeaningOf(names[i]).role >= ColumnRole::kWavelength && !IsNumber(fields[i + 1], value)) return;
     }
-    RequireUtf8(lines_[header]);
+    RequireText(lines_[header]);
     layout_.dialect.columns.emplace_back();
     layout_.dialect.columns.insert(layout_.dialect.columns.end(), names.begin(), names.end());
     layout_.dialect.headerOffset = lines_[header + 1].offset;

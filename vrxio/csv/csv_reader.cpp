@@ -289,7 +289,7 @@ std::string_view CsvReader::RawField() {
 
 std::string_view CsvReader::Text() {
   const std::string_view text = Trimmed(RawField());
-  if (!IsUtf8(text)) Fail("the text is not UTF-8");
+  if (const char* const fault = TextFault(text, false)) Fail(fault);
   return text;
 }
 

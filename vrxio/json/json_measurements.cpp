@@ -144,7 +144,7 @@ class ObjectParser {
     }
     if (rest_.empty()) return Fail("a text does not end"), text;
     rest_.remove_prefix(1);
-    if (!IsUtf8(text)) Fail("a text is not UTF-8");
+    if (const char* const fault = TextFault(text, false)) Fail(fault);
     return text;
   }
 

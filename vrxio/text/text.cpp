@@ -56,6 +56,12 @@ bool IsUtf8(std::string_view text) {
   return true;
 }
 
+const char* TextFault(std::string_view text, bool readsLatin1) {
+  if (text.find('\0') != std::string_view::npos) return "a text holds a zero byte";
+  if (IsUtf8(text)) return nullptr;
+  return readsLatin1 ? "a text is not UTF-8; --latin1 reads files in Latin-1" : "a text is not UTF-8";
+}
+
 void AppendUtf8(uint32_t character, std::string& text) {
   const auto add = [&](uint32_t byte) { text += static_cast<char>(byte); };
   if (character < 0x80) return add(character);

@@ -34,6 +34,10 @@ std::string PlainText(std::string_view text);
 /// True for valid UTF-8.
 bool IsUtf8(std::string_view text);
 
+/// Why a text of a file cannot be taken: it is not UTF-8 (with a word about the option, where files in Latin-1 are read),
+/// or it holds a zero byte, which no table has and which ends a text for many programs. Null when it can be taken.
+const char* TextFault(std::string_view text, bool readsLatin1);
+
 /// Appends a character, which is no surrogate, to a text.
 void AppendUtf8(uint32_t character, std::string& text);
 
