@@ -349,6 +349,23 @@ vrx_status VRX_CALL vrx_judgement_rule(vrx_handle judgement, int32_t rule) {
   });
 }
 
+vrx_status VRX_CALL vrx_judgement_grade(vrx_handle judgement, int32_t scale, double least) {
+  return Call([&] {
+    const auto object = api::Find<api::Judgement>(judgement);
+    NeedRange(scale, VRX_SCALE_CHANGE, VRX_SCALE_STAINING, "scale");
+    api::NeedWithin(least, 0.0, 5.0, "the least grade");
+    object->conditions.grade = {static_cast<vrx::GreyScale>(scale), least};
+  });
+}
+
+vrx_status VRX_CALL vrx_judgement_inconstancy(vrx_handle judgement, double most) {
+  return Call([&] {
+    const auto object = api::Find<api::Judgement>(judgement);
+    api::NeedWithin(most, 0.0, api::kLargestReading, "the largest inconstancy");
+    object->conditions.inconstancy = {most};
+  });
+}
+
 vrx_status VRX_CALL vrx_judgement_trials(vrx_handle judgement, const double* curves, int32_t count,
                                          int32_t* verdicts, double* differences, int32_t* words) {
   return Call([&](Arrays& arrays) {

@@ -462,6 +462,12 @@ enum {
   VRX_VERDICT_COMPONENTS = 2 /* that on the components */
 };
 VRX_C_API vrx_status VRX_CALL vrx_judgement_rule(vrx_handle judgement, int32_t rule);
+/* Two limits more, which make a verdict worse and never better. The grade of trial against standard by a grey scale
+ * (VRX_SCALE_...), in half steps, must be `least` (0 to 5) at least. */
+VRX_C_API vrx_status VRX_CALL vrx_judgement_grade(vrx_handle judgement, int32_t scale, double least);
+/* The trial's own colour must not change by more than `most` (0 or more, in the units of the system) from the first illuminant to
+ * another, adapted by CAT16. */
+VRX_C_API vrx_status VRX_CALL vrx_judgement_inconstancy(vrx_handle judgement, double most);
 
 /* Several standards (1 to 4,000,000) in the place of the one. `geometries`: the code of each one's measuring geometry, 0 to 48,
  * whose angle the weights of Audi and DIN 6175 take; null where the angle of the system holds for all. */
@@ -488,7 +494,9 @@ enum {
   VRX_BROKEN_THIRD = 3,
   VRX_BROKEN_TOTAL = 4,
   VRX_BROKEN_ELLIPSOID = 5,
-  VRX_BROKEN_NO_DIFFERENCE = 6 /* a curve is unset */
+  VRX_BROKEN_NO_DIFFERENCE = 6, /* a curve is unset */
+  VRX_BROKEN_GRADE = 7,
+  VRX_BROKEN_INCONSTANCY = 8
 };
 /* Where the outcomes of a judgement go: arrays in the order of vrx_judgement_trials, null for what is not asked for. */
 typedef struct vrx_outcome {

@@ -93,9 +93,12 @@ std::vector<JudgeLimits> EllipsoidsOf(const py::object& ellipsoid, const CDiffer
   return {SystemEllipsoid()};
 }
 
-std::vector<JudgeLimits> TolerancesOf(const py::object& tolerance, const CDifferenceSettings& settings,
+// Without a tolerance a grade decides alone.
+std::vector<JudgeLimits> TolerancesOf(const py::object& tolerance, const JudgeConditions& conditions,
                                       std::size_t standards, std::size_t illuminants) {
+  const CDifferenceSettings& settings = conditions.difference;
   if (tolerance.is_none()) {
+    if (conditions.grade) return {TotalOf(std::numeric_limits<double>::infinity())};
     if (!FindDifferenceSystem(settings.system)->inDeltaE) {
       throw py::value_error("tolerance: this system's unit is no colour difference; a tolerance is needed");
     }
@@ -134,6 +137,25 @@ VerdictRule RuleOf(const std::string& rule) {
   if (rule == "total") return VerdictRule::kTotal;
   if (rule == "box") return VerdictRule::kComponents;
   throw py::value_error("verdict: \"total\", \"box\", \"both\" or \"worse\" is expected");
+}
+
+// The limits that stand beside those of the difference.
+void TakeOtherLimits(const py::object& grade, double leastGrade, const py::object& mostInconstancy,
+                     JudgeConditions& conditions) {
+  if (!grade.is_none()) {
+    const auto scale = grade.cast<std::string>();
+    if (scale != "change" && scale != "staining")
+      throw py::value_error("grade: \"change\" or \"staining\" is expected");
+    if (!(leastGrade > 0.0 && leastGrade <= 5.0))
+      throw py::value_error("least_grade: a number above 0, at most 5, is expected");
+    conditions.grade = {scale == "change" ? GreyScale::kChange : GreyScale::kStaining, leastGrade};
+  }
+  if (mostInconstancy.is_none()) return;
+  const auto most = mostInconstancy.cast<double>();
+  if (!(most > 0.0)) throw py::value_error("most_inconstancy: a number above 0 is expected");
+  if (conditions.illuminants.size() < 2)
+    throw py::value_error("most_inconstancy: two illuminants or more are needed");
+  conditions.inconstancy = {most};
 }
 
 // The standard of each sample: none for one standard, else as `of` says, else in pairs.
@@ -212,8 +234,7 @@ void JudgeBlock(const Judging& judging, std::size_t from, std::size_t count) {
   narrow(s.broken, judging.broken + first);
   for (std::size_t i = 0; i < m * count; ++i) {
     const LimitBreach breach{static_cast<BrokenLimit>(s.broken[i]), s.breaches[2 * i], s.breaches[2 * i + 1]};
-    const bool isBroken = breach.limit != BrokenLimit::kNone && breach.limit != BrokenLimit::kNoDifference;
-    judging.excess[first + i] = isBroken ? breach.Excess() : kNaN;
+    judging.excess[first + i] = breach.HasExcess() ? breach.Excess() : kNaN;
   }
 }
 
@@ -239,7 +260,8 @@ double TotalLimitOf(const JudgeStandards& standards) {
 py::tuple Judge(const py::object& standard, const py::object& samples, const py::object& illuminants,
                 int observer, const std::string& system, const py::object& tolerance,
                 const py::object& ellipsoid, const py::object& geometry, const py::object& of,
-                const std::string& verdict, double warning, int threads, const py::kwargs& parameters) {
+                const std::string& verdict, double warning, const py::object& grade, double leastGrade,
+                const py::object& mostInconstancy, int threads, const py::kwargs& parameters) {
   const Rows standardRows = CurvesOf(standard, "standard", true);
   if (standardRows.lead.size() > 1 || standardRows.count == 0) {
     throw py::value_error("standard: expected shape (40,) or (k, 40)");
@@ -254,11 +276,12 @@ py::tuple Judge(const py::object& standard, const py::object& samples, const py:
   conditions.observer = ObserverOf(observer);
   conditions.rule = RuleOf(verdict);
   conditions.warningFactor = warning;
+  TakeOtherLimits(grade, leastGrade, mostInconstancy, conditions);
   const std::size_t k = standardRows.count, m = conditions.illuminants.size();
   if (!ellipsoid.is_none() && !tolerance.is_none())
     throw py::value_error("tolerance and ellipsoid: one of them is expected");
   std::vector<JudgeLimits> limits = ellipsoid.is_none()
-                                        ? TolerancesOf(tolerance, conditions.difference, k, m)
+                                        ? TolerancesOf(tolerance, conditions, k, m)
                                         : EllipsoidsOf(ellipsoid, conditions.difference, k, m);
   std::vector<double> angles = AnglesOf(geometry, k, conditions);
   const JudgeStandards standards(conditions, SamplesOf(standardRows, 0, k), std::move(limits),
@@ -285,7 +308,7 @@ void DefineJudgement(py::module_& module) {
   module.def("judge", &Judge, py::arg("standard"), py::arg("samples"), py::arg("illuminants"),
              py::arg("observer"), py::kw_only(), py::arg("system"), py::arg("tolerance"),
              py::arg("ellipsoid"), py::arg("geometry"), py::arg("of"), py::arg("verdict"), py::arg("warning"),
-             py::arg("threads"));
+             py::arg("grade"), py::arg("least_grade"), py::arg("most_inconstancy"), py::arg("threads"));
   py::list codes;
   for (const vrxIlluminant illuminant : JudgeDefaults::kIlluminants)
     codes.append(static_cast<int>(illuminant));

@@ -78,6 +78,17 @@ def test_standards_geometries_and_limits(curves, curve_file, vrx_tool, tmp_path)
     assert failed.any() and set(ellipsoids.broken[failed, 0]) <= {4, 5} and (ellipsoids.excess[failed, 0] > 0).all()
 
 
+@pytest.mark.parametrize("options, settings", [
+    (["--grade", "change", "--least-grade", "2-3"], {"grade": "change", "least_grade": 2.5}),
+    (["--most-inconstancy", "3", "--tolerance", "30"], {"most_inconstancy": 3, "tolerance": 30, "verdict": "total"})])
+def test_limits_beside_the_difference(options, settings, curves, curve_file, vrx_tool):
+    rows = vrx_tool("judge", curve_file, curve_file, "--standard-id", "C3", "--illuminants", "D65,A", "--verdict-numbers", *options)
+    judged = vrx.judge(curves[3], curves, ["D65", "A"], **settings)
+    assert np.array_equal(columns(rows, ["verdict"]).reshape(60, 2), judged.verdicts)
+    assert np.array_equal(columns(rows, ["excess"]).reshape(60, 2), judged.excess, equal_nan=True)
+    assert {7, 8} & set(judged.broken.ravel()) and judged.verdicts.max() == vrx.PASS
+
+
 def test_pairs_and_totals(curves):
     lab = vrx.lab(vrx.tristimulus(curves, "D65"), "D65")
     full = vrx.delta(lab, lab[::-1], "cmc", components=True, l=2, c=1)

@@ -82,7 +82,8 @@ def nearest(samples: Numbers, standards: Numbers, count: int = ..., *, system: s
             **parameters: float) -> tuple[npt.NDArray[np.int64], Floats]: ...
 def judge(standard: Numbers, samples: Numbers, illuminants: Lamps, observer: int, *, system: str,
           tolerance: float | Numbers | None, ellipsoid: Numbers | str | None,
-          geometry: str | int | Sequence[str | int] | None, of: Sequence[int] | None, verdict: str, warning: float, threads: int,
+          geometry: str | int | Sequence[str | int] | None, of: Sequence[int] | None, verdict: str, warning: float, grade: str | None,
+          least_grade: float, most_inconstancy: float | None, threads: int,
           **parameters: float) -> tuple[Floats, npt.NDArray[np.int8], npt.NDArray[np.int8], npt.NDArray[np.int8], Floats,
                                         float]: ...
 judge_defaults: tuple[str, list[int], float]

@@ -34,7 +34,7 @@ class Judgement:
         Shade words on lightness, red-green and yellow-blue by number; `words` has them as text.
     broken : numpy.ndarray of int8, shape (n, m)
         The limit that made the verdict, of several the one that is used most: 0 none, 1 to 3 the first to third component,
-        4 the total, 5 the ellipsoid, 6 no difference.
+        4 the total, 5 the ellipsoid, 6 no difference, 7 the grade, 8 the inconstancy.
     excess : numpy.ndarray, shape (n, m)
         By how much that limit was passed, or for a warning the edge of the warning band; NaN where none was.
     system : str
@@ -94,7 +94,7 @@ class Judgement:
 def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *,
           system: str = "cmc", tolerance: float | Numbers | None = None, ellipsoid: Numbers | str | None = None,
           geometry: str | int | Sequence[str | int] | None = None, of: Sequence[int] | None = None, verdict: str = "worse",
-          warning: float = 0.75, threads: int = 0, **parameters: float) -> Judgement:
+          warning: float = 0.75, grade: str | None = None, least_grade: float = 4, most_inconstancy: float | None = None, threads: int = 0, **parameters: float) -> Judgement:
     """Judges samples against their standards: fail, warning or pass under each illuminant.
 
     Parameters
@@ -127,6 +127,12 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
         How the verdict is formed: ``"total"``, ``"box"`` (the components), or ``"worse"`` of the two, which is ``"both"``.
     warning : float
         A pass needs to lie within the tolerance times this factor; between the two there is a warning.
+    grade : "change" or "staining"
+        Judges by a grey scale (ISO 105-A05, ISO 105-A04), and by differences only where there is a tolerance.
+    least_grade : float
+        The lowest grade in half steps that passes.
+    most_inconstancy : float
+        Fails a sample whose own colour changes by more, in the units of the system, from the first illuminant to another.
     threads : int
         Cores to use; 0 takes all. The results do not depend on it.
     **parameters
@@ -146,6 +152,7 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
     names = [illuminants] if isinstance(illuminants, (str, int, _core.Illuminant)) else list(illuminants)
     differences, verdicts, words, broken, excess, limit = _core.judge(
         standard, samples, names, observer, system=system, tolerance=tolerance, ellipsoid=ellipsoid, geometry=geometry, of=of,
-        verdict=verdict, warning=warning, threads=threads, **parameters)
+        verdict=verdict, warning=warning, grade=grade, least_grade=least_grade, most_inconstancy=most_inconstancy,
+        threads=threads, **parameters)
     return Judgement(tuple(_core.illuminant_name(name) for name in names), differences, verdicts, words, broken, excess, system,
                      limit)

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include <vrxmath/batch/judge_batch.h>
+#include <vrxmath/colorimetry/single_figures.h>
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/judging/evaluation.h>
 
@@ -330,6 +331,36 @@ TEST(JudgeBatch, AGradeBelowTheLeastFails) {
   EXPECT_TRUE(unset.verdict == kFail && unset.breach.limit == BrokenLimit::kNoDifference &&
               IsUnset(unset.grade));
   EXPECT_TRUE(IsUnset(JudgeLab({}, CBoxTolData(), {50, 0, 0}).grade));
+}
+
+// Of the trial alone: the same against every standard, and never under the first illuminant.
+TEST(JudgeBatch, InconstancyIsTheIndexOfTheTrial) {
+  const std::vector<Curve> curves = Curves(600, 20.0, 11);
+  JudgeConditions conditions;
+  conditions.illuminants = {vrxIllumA, vrxIllumD65};
+  conditions.inconstancy = {5.0};
+  const JudgeStandards grey(conditions, CurveBatch{curves[6]},
+                            {TotalLimit(std::numeric_limits<double>::infinity())});
+  JudgementTable table;
+  JudgeTrials(conditions, grey, {}, BatchOf(curves), table);
+  std::array<int, 3> verdicts{};
+  for (std::size_t i = 0; i < curves.size(); ++i) {
+    const JudgementUnder first = table.At(i, 0), got = table.At(i, 1);
+    const double index =
+        InconstancyIndex(vrxIllumA, vrxIllumD65, kObserver10, RecordOf(curves[i])[0], conditions.difference);
+    ASSERT_TRUE(AreSame(got.inconstancy, index)) << i << ": " << got.inconstancy << " " << index;
+    EXPECT_TRUE(IsUnset(first.inconstancy));
+    if (!got.available || std::isnan(index)) continue;
+    const Verdict wanted = index > 5.0 ? kFail : index > 3.75 ? kWarning : kPass;
+    ASSERT_EQ(got.verdict, wanted) << i;
+    ++verdicts[static_cast<std::size_t>(got.verdict)];
+    if (wanted == kPass) continue;
+    EXPECT_EQ(got.breach.limit, BrokenLimit::kInconstancy);
+    EXPECT_TRUE(got.breach.value == index && got.breach.bound == (wanted == kFail ? 5.0 : 3.75));
+  }
+  EXPECT_GT(std::ranges::min(verdicts), 0);
+  conditions.inconstancy = {-1.0};
+  EXPECT_THROW(JudgeTrials(conditions, grey, {}, BatchOf(curves), table), CInvalidArgException);
 }
 
 TEST(JudgeBatch, TheReasonOfAHueIsItsChord) {

@@ -534,6 +534,37 @@ static void judging_by_several_standards(void) {
   OK(vrx_close(judgement));
 }
 
+/* A grey grows lighter by two units, which is grade 4 on the scale of change (1.7 units), and a red that is its own standard
+ * drifts from daylight to a bulb. */
+static void judging_by_grade_and_inconstancy(void) {
+  double grey[2][40], red[40], breaches[2][2];
+  for (int i = 0; i < 40; ++i) grey[0][i] = 40.0, grey[1][i] = 42.0, red[i] = i < 24 ? 5.0 : 60.0;
+  const double none[7] = {999, 999, 999, 999, 999, 999, 999};
+  const int32_t lamps[] = {VRX_ILLUM_D65, VRX_ILLUM_A};
+  int32_t verdicts[2], broken[2];
+  const vrx_outcome outcome = {sizeof(vrx_outcome), verdicts, NULL, NULL, NULL, NULL, NULL, broken, breaches[0]};
+  vrx_system system;
+  vrx_handle judgement;
+  OK(vrx_default_system(VRX_SYSTEM_CIE2000, &system));
+  OK(vrx_judgement_open(&system, lamps, 2, VRX_OBSERVER_10, &judgement));
+  OK(vrx_judgement_standard(judgement, grey[0]));
+  OK(vrx_judgement_box(judgement, 0, none));
+  OK(vrx_judgement_box(judgement, 1, none));
+  OK(vrx_judgement_grade(judgement, VRX_SCALE_CHANGE, 4.0));
+  OK(vrx_judgement_trials_of(judgement, grey[1], NULL, 1, &outcome));
+  CHECK(verdicts[0] == VRX_PASS && broken[0] == VRX_BROKEN_NONE);
+  OK(vrx_judgement_grade(judgement, VRX_SCALE_CHANGE, 4.5));
+  OK(vrx_judgement_trials_of(judgement, grey[1], NULL, 1, &outcome));
+  CHECK(verdicts[0] == VRX_FAIL && broken[0] == VRX_BROKEN_GRADE && breaches[0][0] == 4.0 && breaches[0][1] == 4.5);
+  OK(vrx_judgement_grade(judgement, VRX_SCALE_CHANGE, 0.0));
+  OK(vrx_judgement_standard(judgement, red));
+  OK(vrx_judgement_inconstancy(judgement, 2.0));
+  OK(vrx_judgement_trials_of(judgement, red, NULL, 1, &outcome));
+  CHECK(verdicts[0] == VRX_PASS && verdicts[1] == VRX_FAIL && broken[1] == VRX_BROKEN_INCONSTANCY);
+  CHECK(breaches[1][0] > 2.0 && breaches[1][1] == 2.0);
+  OK(vrx_close(judgement));
+}
+
 /* ------------------------------------------------------------------------------------------------------------------ */
 
 static uint64_t hash = 14695981039346656037u;
@@ -647,6 +678,7 @@ int main(void) {
   archives();
   judging();
   judging_by_several_standards();
+  judging_by_grade_and_inconstancy();
   same_bits_everywhere();
   if (failures == 0) printf("passed\n");
   return failures != 0;

@@ -153,6 +153,7 @@ TEST_F(Job, PeopleDecide) {
   // t1 is on the standard, t2 within 1.5, t3 beyond it.
   EXPECT_EQ(Column("job history grey --job j", "verdict"),
             (Texts{"pass", "pass", "warning", "warning", "fail", "fail"}));
+  EXPECT_EQ(Column("job history grey --job j", "reason"), (Texts{"", "", "dEab", "dEab", "dEab", "dEab"}));
   EXPECT_EQ(Column("job statistics --job j", "accepted"), (Texts{"2", "2"}));
   EXPECT_EQ(Column("job rejudge --job j --tolerance 0.5", "number"), Texts{"2"});
   EXPECT_EQ(Column("job rejudge --job j --tolerance 5", "new"), (Texts{"pass", "pass"}));

@@ -189,6 +189,33 @@ TEST_F(Judging, ColoursCountUnderTheirOwnLight) {
   EXPECT_EQ(Run("judge d50.txt s.csv --illuminants D50 --standard-id s").status, 0);
 }
 
+TEST_F(Judging, InconstancyHasALimitOfItsOwn) {
+  // Two trials like their standards: a grey that stays as it is, and a red edge that moves from lamp to lamp.
+  std::string header = "id", grey = "grey", red = "red";
+  for (int nm = 400; nm <= 700; nm += 10) {
+    header += "," + std::to_string(nm);
+    grey += ",40";
+    red += nm < 600 ? ",5" : ",60";
+  }
+  folder_.Write("both.csv", header + "\n" + grey + "\n" + red + "\n");
+  const std::string judge = "judge both.csv both.csv --pairs --illuminants D65,A,CWF --system cie2000 ";
+  const std::string figures =
+      Run("index both.csv --indices inconstancy --illuminants D65,A,CWF --format csv").out;
+  const nlohmann::json rows = RunJson(judge + "--most-inconstancy 2");
+  ASSERT_EQ(rows.size(), 6U);
+  for (const nlohmann::json& row : rows) {
+    const bool isFirst = row["illuminant"] == "D65", isRed = row["trial"] == "red";
+    EXPECT_EQ(row["inconstancy"].is_null(), isFirst);
+    EXPECT_EQ(row["verdict"], isRed && !isFirst ? 0 : 2) << row;
+    if (isFirst || !isRed) continue;
+    EXPECT_EQ(row["reason"]["limit"], "inconstancy");
+    EXPECT_NE(figures.find(row["inconstancy"].dump().substr(0, 12)), std::string::npos) << row << figures;
+  }
+  ExpectRefused(
+      {{judge + "--most-inconstancy 0", "--most-inconstancy: must be one number above 0"},
+       {"judge both.csv both.csv --pairs --illuminants A --most-inconstancy 1", "needs two illuminants"}});
+}
+
 // Trials that each have the id of a standard of their own may belong to those.
 TEST_F(Judging, ForgottenPairsAreAQuestion) {
   folder_.Write("std.csv", "id,L,a,b\np1,50,0,0\np2,70,0,0\np3,80,0,0\n");

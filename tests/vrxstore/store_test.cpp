@@ -48,6 +48,7 @@ JudgeConditions OddConditions() {
   conditions.rule = VerdictRule::kComponents;
   conditions.warningFactor = 0.7;
   conditions.grade = {GreyScale::kStaining, 3.5};
+  conditions.inconstancy = {1.25};
   return conditions;
 }
 

@@ -7,6 +7,8 @@
 #include <vrxmath/batch/appearance_batch.h>
 #include <vrxmath/batch/batch_conditions.h>
 #include <vrxmath/batch/color_blocks.h>
+#include <vrxmath/batch/color_space_batch.h>
+#include <vrxmath/batch/difference_batch.h>
 #include <vrxmath/batch/difference_kernels.h>
 #include <vrxmath/batch/judgement_kernels.h>
 #include <vrxmath/colorimetry/color_differences.h>
@@ -178,6 +180,9 @@ struct Scratch {
   Table<std::int32_t, 3> words;
   Table<std::uint8_t, 1> available;
   Table<double, 1> grades;  // where the conditions have a grey scale
+  Table<double, 1> inconstancies;
+  Table<double, 3> corresponding;  // under the first illuminant
+  Table<double, 5> firstOwn, correspondingOwn;
 };
 
 Color ColorAt(const Table<double, 3>& xyz, const Table<double, 5>& lab, std::size_t row) {
@@ -223,6 +228,7 @@ class BatchJudge {
     for (std::size_t j = 0; j < conditions_.illuminants.size(); ++j) {
       terms_.push_back(RequireTerms(system_.space, conditions_.illuminants[j], conditions_.observer));
       if (hasCommonLimits) common_.push_back(Prepare(standards_.LimitsOf(0, j), conditions_.warningFactor));
+      whites_.push_back(RequireViewing(conditions_.illuminants[j], conditions_.observer).white);
     }
   }
 
@@ -242,6 +248,7 @@ class BatchJudge {
     if (std::isnan(conditions_.warningFactor)) throw CInvalidArgException();
     if (conditions_.grade && !(conditions_.grade->least >= 0.0 && conditions_.grade->least <= 5.0))
       throw CInvalidArgException();
+    if (conditions_.inconstancy && !(conditions_.inconstancy->most >= 0.0)) throw CInvalidArgException();
     RequireSameCount(columns_.size(), illuminants);
     RequireSameCount(standards_.lab.under.size(), illuminants);
     RequireColorsUnder(trials_, illuminants);
@@ -257,7 +264,7 @@ class BatchJudge {
         }
       };
       require(c.available, c.xyz, c.lab, c.differences, c.labDifferences, c.components, c.totals, c.verdicts,
-              c.words, c.ellipsoidValues, c.brokenLimits, c.breaches, c.grades);
+              c.words, c.ellipsoidValues, c.brokenLimits, c.breaches, c.grades, c.inconstancies);
     }
   }
 
@@ -288,6 +295,7 @@ class BatchJudge {
       FillColors(j, from, count, s);
       FillDifferences(j, from, count, s);
       FillGrades(j, count, s);
+      FillInconstancies(j, count, s);
       FillVerdicts(j, from, count, s);
       StoreRows(j, from, count, s);
     }
@@ -400,6 +408,37 @@ class BatchJudge {
     return HalfStepGrade(s.grades.At(i)) >= conditions_.grade->least ? kPass : kFail;
   }
 
+  // The figure of InconstancyIndex, from colours.
+  void FillInconstancies(std::size_t j, std::size_t count, const Scratch& s) const {
+    if (!conditions_.inconstancy) return;
+    const auto values = std::span(&s.inconstancies.At(0), count);
+    const vrxIlluminant first = conditions_.illuminants[0];
+    const std::int32_t system = conditions_.difference.system, observer = conditions_.observer;
+    const BatchView<const double, 3> seen = s.xyz[0].View(count), here = s.xyz[j].View(count),
+                                     corresponding = s.corresponding.View(count);
+    if (j == 0) {
+      CoordinatesBatch(system, first, observer, seen, s.firstOwn.View(count));
+      std::ranges::fill(values, kUnset);
+      return;
+    }
+    AdaptBatch(conditions_.inconstancy->transform, whites_[j], whites_[0], 1.0, here,
+               s.corresponding.View(count));
+    CoordinatesBatch(system, first, observer, corresponding, s.correspondingOwn.View(count));
+    TotalDifferenceBatch(conditions_.difference, 0.0, {seen, s.firstOwn.View(count)},
+                         {corresponding, s.correspondingOwn.View(count)}, values);
+    for (std::size_t i = 0; i < count; ++i) {
+      if (s.available.At(i) == 0) values[i] = kUnset;
+    }
+  }
+
+  bool HasMostInconstancy(std::size_t j) const {
+    return j > 0 && conditions_.inconstancy && !std::isinf(conditions_.inconstancy->most);
+  }
+  Verdict InconstancyVerdict(std::size_t i, const Scratch& s) const {
+    const double value = s.inconstancies.At(i), most = conditions_.inconstancy->most;
+    return value <= most ? GradeTotal(value, most, conditions_.warningFactor) : kFail;
+  }
+
   // Calls work(limits, begin, rows) for runs of rows with the same limits.
   template <class WORK>
   void ForLimits(std::size_t j, std::size_t from, std::size_t count, const WORK& work) const {
@@ -461,6 +500,7 @@ class BatchJudge {
                        : conditions_.rule == VerdictRule::kComponents ? components
                                                                       : std::min(components, total);
     if (HasLeastGrade()) s.verdicts.At(i) = std::min(s.verdicts.At(i), GradeVerdict(i, s));
+    if (HasMostInconstancy(j)) s.verdicts.At(i) = std::min(s.verdicts.At(i), InconstancyVerdict(i, s));
   }
 
   LchPair PairAt(std::size_t j, std::size_t from, std::size_t i, const Scratch& s) const {
@@ -495,6 +535,7 @@ class BatchJudge {
     if (conditions_.rule != VerdictRule::kComponents)
       OfferTotal(limits, s.difference.At(i, kTotalElement), reason);
     if (HasLeastGrade()) OfferGrade(i, s, reason);
+    if (HasMostInconstancy(j)) OfferInconstancy(i, s, reason);
     return reason.Breach();
   }
 
@@ -503,6 +544,13 @@ class BatchJudge {
     constexpr double kBest = 5.0;
     const double grade = HalfStepGrade(s.grades.At(i)), least = conditions_.grade->least;
     reason.Offer(BrokenLimit::kGrade, GradeVerdict(i, s), grade, least, (kBest - grade) / (kBest - least));
+  }
+
+  void OfferInconstancy(std::size_t i, const Scratch& s, Reason& reason) const {
+    const double value = s.inconstancies.At(i), most = conditions_.inconstancy->most;
+    const Verdict verdict = InconstancyVerdict(i, s);
+    reason.Offer(BrokenLimit::kInconstancy, verdict, value,
+                 verdict == kFail ? most : most * conditions_.warningFactor, value / most);
   }
 
   void OfferComponents(const PreparedLimits& limits, std::size_t j, std::size_t from, std::size_t i,
@@ -536,6 +584,9 @@ class BatchJudge {
     if (conditions_.grade) Give(s.grades, c.grades, from, count);
     for (std::size_t i = 0; !conditions_.grade && !c.grades.empty() && i < count; ++i)
       c.grades.at(from + i, 0) = kUnset;
+    if (conditions_.inconstancy) Give(s.inconstancies, c.inconstancies, from, count);
+    for (std::size_t i = 0; !conditions_.inconstancy && !c.inconstancies.empty() && i < count; ++i)
+      c.inconstancies.at(from + i, 0) = kUnset;
     if (c.ellipsoidValues.empty() && c.brokenLimits.empty() && c.breaches.empty()) return;
     ForLimits(j, from, count, [&](const PreparedLimits& limits, std::size_t begin, std::size_t rows) {
       for (std::size_t i = begin; i < begin + rows; ++i) StoreReasons(limits, j, from, i, s);
@@ -563,6 +614,7 @@ class BatchJudge {
   std::span<const JudgeColumns> columns_;
   std::size_t count_;
   std::vector<SpaceTerms> terms_;       // by illuminant
+  std::vector<White> whites_;           // likewise
   std::vector<PreparedLimits> common_;  // by illuminant, where all standards have the same
 };
 
@@ -621,6 +673,7 @@ void JudgementTable::Resize(std::size_t trials, std::size_t illuminants) {
     under.ellipsoidValues.resize(trials);
     under.breaches.resize(2 * trials);
     under.grades.resize(trials);
+    under.inconstancies.resize(trials);
   }
 }
 
@@ -629,7 +682,7 @@ std::vector<JudgeColumns> JudgementTable::Columns() {
   for (Under& under : under_) {
     columns.push_back({under.available, under.xyz, under.lab, under.differences, under.labDifferences,
                        under.components, under.totals, under.verdicts, under.words, under.ellipsoidValues,
-                       under.brokenLimits, under.breaches, under.grades});
+                       under.brokenLimits, under.breaches, under.grades, under.inconstancies});
   }
   return columns;
 }
@@ -648,6 +701,7 @@ JudgementUnder JudgementTable::At(std::size_t trial, std::size_t j) const {
   row.verdict = static_cast<Verdict>(u.verdicts[trial]);
   row.ellipsoidValue = u.ellipsoidValues[trial];
   row.grade = u.grades[trial];
+  row.inconstancy = u.inconstancies[trial];
   row.breach = {static_cast<BrokenLimit>(u.brokenLimits[trial]), u.breaches[2 * trial],
                 u.breaches[2 * trial + 1]};
   return row;

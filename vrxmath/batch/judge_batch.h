@@ -26,6 +26,7 @@
 #include <vrxmath/batch/batch_run.h>
 #include <vrxmath/batch/batch_view.h>
 #include <vrxmath/batch/sample_colors.h>
+#include <vrxmath/colorimetry/adaptation_formulas.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/grade_formulas.h>
 #include <vrxmath/colorimetry/illuminants.h>
@@ -64,6 +65,15 @@ struct GradeCondition {
   bool operator==(const GradeCondition&) const = default;
 };
 
+/// Judging what a trial's own colour does from lamp to lamp, whatever the standard does (InconstancyIndex, with the system and the
+/// observer of the conditions): under each illuminant but the first its distance from its colour under the first one.
+struct InconstancyCondition {
+  double most = std::numeric_limits<
+      double>::infinity();  ///< the largest that passes, 0 or more; warnings begin as they do for the total
+  AdaptationTransform transform = AdaptationTransform::kCat16;
+  bool operator==(const InconstancyCondition&) const = default;
+};
+
 /// The conditions of a judgement.
 struct JudgeConditions {
   CDifferenceSettings difference = DefaultSettings(JudgeDefaults::kSystem);
@@ -75,6 +85,7 @@ struct JudgeConditions {
   VerdictRule rule = VerdictRule::kWorse;
   double warningFactor = JudgeDefaults::kWarningFactor;
   std::optional<GradeCondition> grade = {};  ///< the verdict is the worse of this one and that of the rule
+  std::optional<InconstancyCondition> inconstancy = {};  ///< likewise
   bool operator==(const JudgeConditions&) const = default;
 };
 
@@ -134,6 +145,7 @@ enum class BrokenLimit : std::int32_t {
   kEllipsoid = 5,
   kNoDifference = 6,  ///< a sample is unset
   kGrade = 7,         ///< below the least grade
+  kInconstancy = 8,   ///< the trial's own colour changes too much from the first illuminant
 };
 
 /// Which limit a trial broke, or for a warning in whose band it lies; of several the one that it uses most of.
@@ -141,10 +153,12 @@ struct LimitBreach {
   BrokenLimit limit = BrokenLimit::kNone;
   double value =
       kUnset;  ///< what was held against it: an element of the difference, the chord of the hue (dH* of L*C*h),
-               ///< the ellipsoid's value, or the grade in half steps
+               ///< the ellipsoid's value, the grade in half steps, or the inconstancy
   double bound = kUnset;  ///< the limit that the value is beyond, or the edge of the band
-  /// By how much the value lies beyond the bound: below 0 beyond a minus limit; NaN for a value that is none.
-  double Excess() const { return value - bound; }
+  /// True where a value was held against a bound: there is a reason, and it is not that a sample is unset.
+  bool HasExcess() const { return limit != BrokenLimit::kNone && limit != BrokenLimit::kNoDifference; }
+  /// By how much the value lies beyond the bound: below 0 beyond a minus limit; NaN for a value that is none. Unset without one.
+  double Excess() const { return HasExcess() ? value - bound : kUnset; }
 };
 
 /// A trial under one illuminant.
@@ -157,6 +171,8 @@ struct JudgementUnder {
   Verdict components = kFail, total = kFail, verdict = kFail;
   double ellipsoidValue = kUnset;  ///< of the ellipsoid that judges
   double grade = kUnset;           ///< by the grey scale of the conditions, not rounded; unset without one
+  double inconstancy =
+      kUnset;  ///< unset under the first illuminant and where the conditions do not ask for it
   LimitBreach breach;
 };
 
@@ -183,6 +199,7 @@ struct JudgeColumns {
   BatchView<std::int32_t, 1> brokenLimits;  ///< numbers of BrokenLimit
   BatchView<double, 2> breaches;            ///< value and bound of LimitBreach
   BatchView<double, 1> grades;              ///< not rounded; unset where the conditions have no grey scale
+  BatchView<double, 1> inconstancies;       ///< as in JudgementUnder
 };
 
 /// Judges trials against their standards.
@@ -212,7 +229,8 @@ class JudgementTable {
  private:
   struct Under {
     std::vector<std::uint8_t> available;
-    std::vector<double> xyz, lab, differences, labDifferences, ellipsoidValues, breaches, grades;
+    std::vector<double> xyz, lab, differences, labDifferences, ellipsoidValues, breaches, grades,
+        inconstancies;
     std::vector<std::int32_t> components, totals, verdicts, words, brokenLimits;
   };
   std::size_t trials_ = 0;

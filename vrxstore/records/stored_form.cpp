@@ -77,6 +77,8 @@ void TakeCondition(const std::string& name, const std::string& value, JudgeCondi
     const bool isChange = value.substr(0, colon) == "change";
     conditions.grade = {isChange ? GreyScale::kChange : GreyScale::kStaining,
                         NumberOf(colon == std::string::npos ? "" : value.substr(colon + 1), name)};
+  } else if (name == "inconstancy") {
+    conditions.inconstancy = {NumberOf(value, name)};
   } else {
     throw StoreError("the condition \"" + name + "\" is unknown");
   }
@@ -108,9 +110,12 @@ std::string ConditionsText(const JudgeConditions& conditions) {
   text += " angle=" + io::ShortestText(conditions.angle) + " rule=";
   text += kRules[static_cast<std::size_t>(conditions.rule)];
   text += " warning=" + io::ShortestText(conditions.warningFactor);
-  if (!conditions.grade) return text;
-  text += conditions.grade->scale == GreyScale::kChange ? " grade=change:" : " grade=staining:";
-  return text + io::ShortestText(conditions.grade->least);
+  if (conditions.grade) {
+    text += conditions.grade->scale == GreyScale::kChange ? " grade=change:" : " grade=staining:";
+    text += io::ShortestText(conditions.grade->least);
+  }
+  if (conditions.inconstancy) text += " inconstancy=" + io::ShortestText(conditions.inconstancy->most);
+  return text;
 }
 
 JudgeConditions ConditionsFrom(std::string_view text) {

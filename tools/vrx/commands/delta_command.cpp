@@ -133,10 +133,8 @@ class DeltaRows {
       rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
     }
     if (format_ != Format::kCsv) return rows_->Text(ReasonText(judgement.breach, judgement.verdict, number_));
-    const bool isBroken =
-        judgement.breach.limit != BrokenLimit::kNone && judgement.breach.limit != BrokenLimit::kNoDifference;
     rows_->Text(NameOfLimit(judgement.breach.limit, number_));
-    rows_->Number(isBroken ? judgement.breach.Excess() : kUnset);
+    rows_->Number(judgement.breach.Excess());
   }
 
   void AddObject(std::string_view id, vrxIlluminant illuminant, const JudgementUnder& judgement) {

@@ -40,6 +40,8 @@ void RunHistory(const JobFilterOptions& options) {
                                    {.name = "db", .room = Room::kSpare},
                                    {"difference"},
                                    {"verdict"},
+                                   {"reason"},
+                                   {.name = "excess", .room = Room::kSpare},
                                    {"decision"},
                                    {.name = "by", .room = Room::kSpare},
                                    {.name = "why", .room = Room::kSpare}});
@@ -58,6 +60,8 @@ void RunHistory(const JobFilterOptions& options) {
       rows->Number(under.difference.back());
       const VerdictLook look = LookOf(under.verdict);
       rows->Text(look.text, look.tint);
+      rows->Text(NameOfLimit(under.breach.limit, trial.conditions.difference.system));
+      rows->Number(under.breach.Excess());
       rows->Text(DecisionText(trial));
       rows->Text(trial.decision ? trial.decision->by : "");
       rows->Text(trial.decision ? trial.decision->why : "");

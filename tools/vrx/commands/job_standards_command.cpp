@@ -62,9 +62,9 @@ class StandardsOfFiles {
   std::unordered_map<std::string, std::size_t> places_;
 };
 
-constexpr const char* kConditionOptions[] = {"--system",      "--parameters", "--angle",
-                                             "--illuminants", "--observer",   "--warning",
-                                             "--verdict",     "--grade",      "--least-grade"};
+constexpr const char* kConditionOptions[] = {
+    "--system",  "--parameters", "--angle", "--illuminants", "--observer",
+    "--warning", "--verdict",    "--grade", "--least-grade", "--most-inconstancy"};
 constexpr const char* kLimitOptions[] = {"--tolerance", "--limits", "--tolerances", "--ellipse",
                                          "--ellipses"};
 

@@ -32,15 +32,6 @@ struct Texts {
   std::vector<std::string> geometries;
 };
 
-bool HasExcess(const JudgementUnder& under) {
-  const BrokenLimit limit = under.breach.limit;
-  return limit != BrokenLimit::kNone && limit != BrokenLimit::kNoDifference;
-}
-// By how much the limit of the reason was passed; unset for a pass.
-double ExcessOf(const JudgementUnder& under) {
-  return HasExcess(under) ? under.breach.Excess() : kUnset;
-}
-
 // The grade as it is reported.
 double HalfStepOf(const JudgementUnder& under) {
   return under.available ? HalfStepGrade(under.grade) : kUnset;
@@ -70,13 +61,15 @@ class ShortText {
 class CsvJudgeRows {
  public:
   CsvJudgeRows(const JudgeSettings& settings, bool inNumbers)
-      : byEllipse_(settings.ByEllipse()), byGrade_(settings.grade.has_value()) {
+      : byEllipse_(settings.ByEllipse()),
+        byGrade_(settings.grade.has_value()),
+        byInconstancy_(settings.inconstancy.has_value()) {
     const Texts texts(settings);
     geometries_ = texts.geometries;
     for (const DifferenceColumn& column : DifferenceColumnsOf(settings.difference.system)) {
       elements_.push_back(static_cast<std::size_t>(column.element));
     }
-    numbersOfRow_ = elements_.size() + (byEllipse_ ? 2 : 1) + (byGrade_ ? 2 : 0);
+    numbersOfRow_ = elements_.size() + (byEllipse_ ? 2 : 1) + (byGrade_ ? 2 : 0) + (byInconstancy_ ? 1 : 0);
     for (const std::string& illuminant : texts.illuminants) {
       conditions_.emplace_back(illuminant + (texts.observer == 10 ? ",10" : ",2"));
       longestRest_ = std::max(longestRest_, conditions_.back().Bytes());
@@ -92,7 +85,7 @@ class CsvJudgeRows {
       longestWord = std::max(longestWord, verdicts_.back().Bytes());
     }
     for (auto limit = static_cast<std::int32_t>(BrokenLimit::kNone);
-         limit <= static_cast<std::int32_t>(BrokenLimit::kGrade); ++limit) {
+         limit <= static_cast<std::int32_t>(BrokenLimit::kInconstancy); ++limit) {
       reasons_.emplace_back("," + NameOfLimit(static_cast<BrokenLimit>(limit), settings.difference.system));
       longestWord = std::max(longestWord, reasons_.back().Bytes());
     }
@@ -115,17 +108,19 @@ class CsvJudgeRows {
     for (const Row& row : rows_) {
       const JudgementUnder& under = row.trial->under[row.illuminant];
       for (const std::size_t element : elements_) numbers[count++] = under.difference[element];
-      numbers[count++] = ExcessOf(under);
+      numbers[count++] = under.breach.Excess();
       if (byEllipse_) numbers[count++] = under.ellipsoidValue;
-      if (!byGrade_) continue;
-      numbers[count++] = under.grade;
-      numbers[count++] = HalfStepOf(under);
+      if (byGrade_) {
+        numbers[count++] = under.grade;
+        numbers[count++] = HalfStepOf(under);
+      }
+      if (byInconstancy_) numbers[count++] = under.inconstancy;
     }
     const OutputStream::Numbers texts(text, std::span(numbers).first(count));
     for (std::size_t i = 0; i < rows_.size(); ++i) {
       const Row& row = rows_[i];
       if (i == 0 || row.illuminant == 0) SetNames(*row.trial, text);
-      WriteRow(row.trial->under[row.illuminant], conditions_[row.illuminant], texts, i * numbersOfRow_, text);
+      WriteRow(row, texts, i * numbersOfRow_, text);
       if (row.illuminant + 1 == conditions_.size()) ends_.push_back(text.Text().size());
     }
     rows_.clear();
@@ -151,10 +146,11 @@ class CsvJudgeRows {
     names_ += ',';
   }
 
-  void WriteRow(const JudgementUnder& under, const ShortText& condition, const OutputStream::Numbers& numbers,
-                std::size_t number, OutputStream& text) const {
+  void WriteRow(const Row& row, const OutputStream::Numbers& numbers, std::size_t number,
+                OutputStream& text) const {
+    const JudgementUnder& under = row.trial->under[row.illuminant];
     text.Append(names_);
-    char* at = condition.Write(text.Room(longestRest_));
+    char* at = conditions_[row.illuminant].Write(text.Room(longestRest_));
     for (std::size_t i = 0; i < elements_.size(); ++i) {
       *at++ = ',';
       at = numbers.Write(number++, at, under.available);
@@ -165,7 +161,7 @@ class CsvJudgeRows {
     }
     at = reasons_[static_cast<std::size_t>(under.breach.limit)].Write(at);
     *at++ = ',';
-    at = numbers.Write(number++, at, HasExcess(under));
+    at = numbers.Write(number++, at, under.breach.HasExcess());
     if (byEllipse_) {
       *at++ = ',';
       at = numbers.Write(number++, at);
@@ -174,11 +170,15 @@ class CsvJudgeRows {
       *at++ = ',';
       at = numbers.Write(number++, at, under.available);
     }
+    if (byInconstancy_) {
+      *at++ = ',';
+      at = numbers.Write(number++, at, under.available && row.illuminant > 0);
+    }
     *at++ = '\n';
     text.EndPart(at);
   }
 
-  bool byEllipse_, byGrade_;
+  bool byEllipse_, byGrade_, byInconstancy_;
   std::vector<std::size_t> elements_;  // of a difference that the system shows
   std::size_t numbersOfRow_ = 0;
   std::vector<std::string> geometries_;
@@ -223,6 +223,7 @@ class CsvJudgeOutput final : public JudgeOutput {
     output_.Append(",word0,word1,word2,box,total,verdict,reason,excess");
     if (settings.ByEllipse()) output_.Append(",ellipse");
     if (settings.grade) output_.Append(",grade,half_step");
+    if (settings.inconstancy) output_.Append(",inconstancy");
     output_.Append('\n');
   }
   void Add(const TrialJudgement& judgement) override {
@@ -250,7 +251,8 @@ class JsonJudgeOutput final : public JudgeOutput {
         texts_(settings),
         system_(settings.difference.system),
         byEllipse_(settings.ByEllipse()),
-        byGrade_(settings.grade.has_value()) {
+        byGrade_(settings.grade.has_value()),
+        byInconstancy_(settings.inconstancy.has_value()) {
     for (const int32_t element : DifferenceColumnElements(system_))
       isShown_[static_cast<std::size_t>(element)] = true;
   }
@@ -277,6 +279,7 @@ class JsonJudgeOutput final : public JudgeOutput {
         object["grade"] = JsonNumber(under.grade, under.available);
         object["half_step"] = JsonNumber(HalfStepOf(under), under.available);
       }
+      if (byInconstancy_) object["inconstancy"] = JsonNumber(under.inconstancy, under.available && i > 0);
       array_.Add(object);
     }
   }
@@ -297,7 +300,7 @@ class JsonJudgeOutput final : public JudgeOutput {
   JsonArrayWriter array_;
   Texts texts_;
   int32_t system_;
-  bool byEllipse_, byGrade_;
+  bool byEllipse_, byGrade_, byInconstancy_;
   std::array<bool, 7> isShown_{};  // elements that the system has
 };
 
@@ -349,6 +352,7 @@ class TableJudgeOutput final : public JudgeOutput {
     columns.push_back({.name = "words", .room = Room::kSpare});
     if (byEllipse_) columns.push_back({"value"});
     if (settings_.grade) columns.insert(columns.end(), {{"grade"}, {"step"}});
+    if (settings_.inconstancy) columns.push_back({"inconstancy"});
     for (const char* name : {byEllipse_ ? "ellipse" : "box", "total"}) {
       columns.push_back({.name = name, .room = Room::kSpare});
     }
@@ -374,6 +378,8 @@ class TableJudgeOutput final : public JudgeOutput {
       under.available ? rows_->Known(under.grade) : rows_->Number(kUnset);
       rows_->Text(GradeText(HalfStepOf(under)));
     }
+    if (settings_.inconstancy)
+      under.available&& i > 0 ? rows_->Known(under.inconstancy) : rows_->Number(kUnset);
     for (const Verdict verdict : {under.components, under.total, under.verdict}) {
       rows_->Text(LookOf(verdict).text, LookOf(verdict).tint);
     }

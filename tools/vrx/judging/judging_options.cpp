@@ -64,6 +64,14 @@ std::optional<GradeCondition> GradeOf(const JudgingOptions& options) {
   return grade;
 }
 
+InconstancyCondition InconstancyOf(const JudgingOptions& options, std::size_t illuminants) {
+  const std::vector<double> most = ParseNumbers(options.mostInconstancy, "--most-inconstancy");
+  if (most.size() != 1 || !(most[0] > 0 && std::isfinite(most[0])))
+    throw InputError("--most-inconstancy: must be one number above 0");
+  if (illuminants < 2) throw InputError("--most-inconstancy: needs two illuminants or more");
+  return {most[0]};
+}
+
 // The names of the components of a system, as --limits takes them.
 std::vector<std::string> ComponentNames(int32_t system) {
   std::vector<std::string> names;
@@ -186,6 +194,10 @@ void AddJudgingOptions(Command& owner, JudgingOptions& options, const std::strin
                  "Fail trials whose grade in half steps is lower; differences then have only the limits that "
                  "are given")
       .Shows("GRADE, such as 4 or 4-5");
+  command
+      .AddOption("--most-inconstancy", options.mostInconstancy,
+                 "Fail trials whose own colour changes by more from the first illuminant to another")
+      .Shows("DIFFERENCE");
 }
 
 CBoxTolData BoxOf(const LimitOptions& options, int32_t system) {
@@ -217,6 +229,8 @@ void SetLimits(const LimitOptions& options, JudgeSettings& settings) {
 
 void AddLimits(const JudgingOptions& options, JudgeSettings& settings) {
   if (!options.grade.empty() || !options.leastGrade.empty()) settings.grade = GradeOf(options);
+  if (!options.mostInconstancy.empty())
+    settings.inconstancy = InconstancyOf(options, settings.illuminants.size());
   SetLimits(options, settings);
   if (!options.tolerances.empty()) {
     CsvReader csv(options.tolerances);

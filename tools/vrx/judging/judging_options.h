@@ -26,13 +26,14 @@ struct JudgingOptions : LimitOptions {
   SystemOptions system;
   std::string tolerances;  ///< a file of boxes
   bool ellipse = false;
-  std::string ellipses;    ///< a file of ellipsoids
-  std::string grade;       ///< the grey scale: "change" or "staining"; empty for none
-  std::string leastGrade;  ///< the lowest grade that passes, such as "4" or "4-5"; empty for no limit
+  std::string ellipses;         ///< a file of ellipsoids
+  std::string grade;            ///< the grey scale: "change" or "staining"; empty for none
+  std::string leastGrade;       ///< the lowest grade that passes, such as "4" or "4-5"; empty for no limit
+  std::string mostInconstancy;  ///< the largest colour inconstancy that passes; empty for no limit
 };
 
 /// Adds the options of viewing, with default illuminants, and of the system, `--tolerance` and `--warning`,
-/// `--tolerances`, `--ellipse`, `--ellipses`, `--grade` and `--least-grade`.
+/// `--tolerances`, `--ellipse`, `--ellipses`, `--grade`, `--least-grade` and `--most-inconstancy`.
 void AddJudgingOptions(Command& owner, JudgingOptions& options, const std::string& illuminants);
 
 /// The limits that `--tolerance` and `--limits` name, or the usual one of a system whose unit is a dE. One limit is that of the

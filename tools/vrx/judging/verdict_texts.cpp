@@ -76,14 +76,14 @@ std::string NameOfLimit(BrokenLimit limit, int32_t system) {
   if (limit == BrokenLimit::kEllipsoid) return "ellipsoid";
   if (limit == BrokenLimit::kNoDifference) return "no difference";
   if (limit == BrokenLimit::kGrade) return "grade";
+  if (limit == BrokenLimit::kInconstancy) return "inconstancy";
   return NameOfElement(system, ElementOf(limit, system));
 }
 
 std::string ReasonText(const LimitBreach& breach, Verdict verdict, int32_t system) {
   const std::string heading = HeadingOfElement(system, ElementOf(breach.limit, system));
   std::string name = heading.empty() ? NameOfLimit(breach.limit, system) : heading;
-  if (breach.limit == BrokenLimit::kNone || breach.limit == BrokenLimit::kNoDifference) return name;
-  if (!std::isfinite(breach.Excess())) return name;
+  if (!breach.HasExcess() || !std::isfinite(breach.Excess())) return name;
   const double excess = breach.Excess();
   if (verdict == kWarning) return name + (excess < 0 ? " < " : " > ") + FixedDecimals(breach.bound, 2);
   return name + (excess < 0 ? " " : " +") + FixedDecimals(excess, 2);

@@ -230,6 +230,10 @@ void JudgeReport::AddConditions() {
                   files_.limits.empty() ? "" : Text(ReportText::kElsewhere));
   }
   if (settings_.grade) page_.AddFact(ReportText::kGrade, ScaleText());
+  if (settings_.inconstancy) {
+    page_.AddFact(ReportText::kInconstancy,
+                  TextOf(ReportText::kAtMost, {FixedText(settings_.inconstancy->most)}));
+  }
   page_.AddFact(ReportText::kWarningLimit,
                 TextOf(ReportText::kWarningFrom, {FixedText(settings_.warningFactor)}));
   page_.AddFact(ReportText::kObserver,
@@ -268,6 +272,7 @@ std::vector<ReportColumn> JudgeReport::Columns() const {
     columns.push_back({Text(ReportText::kGrade), Kind::kNumber});
     columns.push_back({Text(ReportText::kGradeStep)});
   }
+  if (settings_.inconstancy) columns.push_back({Text(ReportText::kInconstancy), Kind::kNumber});
   return columns;
 }
 
@@ -294,6 +299,10 @@ void JudgeReport::AddRow(ReportTable& table, const JudgedTrial& trial, std::size
     const bool isBroken = result.breach.limit == BrokenLimit::kGrade;
     table.Number(result.grade, isBroken ? Tint::kBad : Tint::kPlain);
     table.Text(result.available ? GradeText(HalfStepGrade(result.grade)) : "");
+  }
+  if (settings_.inconstancy) {
+    const bool isBroken = result.breach.limit == BrokenLimit::kInconstancy;
+    table.Number(result.inconstancy, isBroken ? LookOf(result.verdict).tint : Tint::kPlain);
   }
   table.EndRow();
 }

@@ -143,6 +143,8 @@ enum class ReportText : uint32_t {
   kMostBelow,
   kMeanHue,
   kDensities,
+  kInconstancy,
+  kAtMost,
 };
 
 /// The text as UTF-8.
