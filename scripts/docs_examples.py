@@ -82,8 +82,9 @@ def rewritten(page, folder, environment):
 def check_examples(vrx, update):
     """Faults of the examples and their pictures."""
     faults = []
-    environment = dict(os.environ, PATH=f"{pathlib.Path(vrx).resolve().parent}:{os.environ['PATH']}", LC_ALL="C.UTF-8",
-                       NO_COLOR="1", COLUMNS="120")
+    tool = pathlib.Path(vrx).resolve()
+    environment = dict(os.environ, PATH=f"{tool.parent}:{os.environ['PATH']}", LC_ALL="C.UTF-8", NO_COLOR="1", COLUMNS="120",
+                       LD_LIBRARY_PATH=str(tool.parents[2] / "sql"))  # where SQLite looks for the module
     for page in pages():
         if not BLOCK.search(page.read_text("utf-8")):
             continue

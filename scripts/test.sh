@@ -21,7 +21,7 @@ stage() {
 }
 
 check_format() {
-  find vrxmath vrxio vrxstore pictures c_api controls tools web tests fuzz bench cmake python \( -name '*.h' -o -name '*.cpp' \) -print0 |
+  find vrxmath vrxio vrxstore sql pictures c_api controls tools web tests fuzz bench cmake python \( -name '*.h' -o -name '*.cpp' \) -print0 |
     xargs -0 clang-format --dry-run -Werror
 }
 
@@ -50,7 +50,7 @@ commands = {command["file"]: command for command in json.load(open("build/asan-u
 json.dump(list(commands.values()), open("build/tidy/compile_commands.json", "w"))'
   log=build/tidy/clang-tidy.log
   run-clang-tidy -p build/tidy -quiet -j "$jobs" \
-    "^$PWD/(build/asan-ubsan/)?(vrxmath|vrxio|vrxstore|pictures|c_api|controls|tools)/.*\\.(cpp|cxx)\$" > "$log" 2>&1 ||
+    "^$PWD/(build/asan-ubsan/)?(vrxmath|vrxio|vrxstore|sql|pictures|c_api|controls|tools)/.*\\.(cpp|cxx)\$" > "$log" 2>&1 ||
     { grep -vE '^$|warnings? generated|^clang-tidy' "$log" | head -n 100; return 1; }
 }
 

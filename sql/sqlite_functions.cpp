@@ -1,0 +1,247 @@
+// The library as functions of SQLite: curves are BLOBs of 40 doubles, as jobs keep them, answers are numbers, words and JSON. All
+// are deterministic, so that they may stand in an index, and none reads or writes anything but its arguments. A NULL argument, an
+// unset curve and a colour that cannot be had give NULL; an argument that means nothing is an error of the statement.
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <limits>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sqlite3ext.h>
+
+#include <vrxio/measurement/names.h>
+#include <vrxio/text/decimal.h>
+#include <vrxio/text/input_error.h>
+#include <vrxstore/records/stored_form.h>
+#include <vrxmath/batch/judge_batch.h>
+#include <vrxmath/batch/sample_colors.h>
+#include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/judging/shade.h>
+
+SQLITE_EXTENSION_INIT1
+
+namespace vrx::sql {
+namespace {
+
+using Curve = std::array<double, kWavelengths>;
+
+// The arguments of one call and the place of its answer.
+class Call {
+ public:
+  Call(sqlite3_context* context, int count, sqlite3_value** values)
+      : context_(context), values_(values, static_cast<std::size_t>(count)) {}
+
+  bool HasNull() const {
+    return std::ranges::any_of(values_, [](auto* value) { return sqlite3_value_type(value) == SQLITE_NULL; });
+  }
+  bool Has(std::size_t i) const { return i < values_.size(); }
+
+  std::string Text(std::size_t i) const {
+    const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(values_[i]));
+    if (text == nullptr) throw std::bad_alloc();
+    return {text, static_cast<std::size_t>(sqlite3_value_bytes(values_[i]))};
+  }
+  // Percent at the wavelengths of the library.
+  Curve CurveAt(std::size_t i) const {
+    Curve curve{};
+    const std::string_view bytes = Bytes(values_[i]);
+    if (sqlite3_value_type(values_[i]) != SQLITE_BLOB || bytes.size() != sizeof curve)
+      throw io::InputError("a curve is a BLOB of 40 doubles; vrx_curve makes one of a list of numbers");
+    store::DoublesFrom(bytes, curve);
+    return curve;
+  }
+  // 2 or 10 degrees; 10 where it is left out.
+  std::int32_t ObserverAt(std::size_t i) const { return Has(i) ? io::ParseObserver(Text(i)) : kObserver10; }
+
+  void GiveNull() const { sqlite3_result_null(context_); }
+  void GiveNumber(double value) const {
+    std::isfinite(value) ? sqlite3_result_double(context_, value) : GiveNull();
+  }
+  void GiveText(std::string_view text) const {
+    sqlite3_result_text64(context_, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  }
+  void GiveBlob(std::string_view bytes) const {
+    sqlite3_result_blob64(context_, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
+  }
+  // A list in JSON, in the fewest digits that read back to the same doubles; NULL where a number is none.
+  void GiveList(std::span<const double> numbers) const {
+    if (!std::ranges::all_of(numbers, [](double x) { return std::isfinite(x); })) return GiveNull();
+    std::string text = "[";
+    for (const double number : numbers) text += (text.size() > 1 ? "," : "") + io::ShortestText(number);
+    GiveText(text + "]");
+    sqlite3_result_subtype(context_, 'J');  // what functions of JSON know their own lists by
+  }
+  void GiveError(const std::string& reason) const {
+    const std::string text =
+        std::string(static_cast<const char*>(sqlite3_user_data(context_))) + ": " + reason;
+    sqlite3_result_error(context_, text.c_str(), static_cast<int>(text.size()));
+  }
+  void GiveNoMemory() const { sqlite3_result_error_nomem(context_); }
+
+ private:
+  static std::string_view Bytes(sqlite3_value* value) {
+    const void* const data = sqlite3_value_blob(value);
+    if (data == nullptr) return {};
+    return {static_cast<const char*>(data), static_cast<std::size_t>(sqlite3_value_bytes(value))};
+  }
+
+  sqlite3_context* context_;
+  std::span<sqlite3_value*> values_;
+};
+
+template <void (*FUNCTION)(const Call&)>
+void Guarded(sqlite3_context* context, int count, sqlite3_value** values) {
+  const Call call(context, count, values);
+  try {
+    if (call.HasNull()) return sqlite3_result_null(context);
+    FUNCTION(call);
+  } catch (const std::bad_alloc&) {
+    call.GiveNoMemory();
+  } catch (const std::exception& error) {
+    call.GiveError(error.what());
+  }
+}
+
+// vrx_tristimulus(curve, illuminant [, observer]), vrx_lab: the colour as a list of three numbers.
+std::optional<Color> ColorOf(const Call& call) {
+  const Curve curve = call.CurveAt(0);
+  const vrxIlluminant illuminant = io::ParseIlluminant(call.Text(1));
+  const std::int32_t observer = call.ObserverAt(2);
+  if (IsUnset(curve[0])) return std::nullopt;
+  return ColorsOf(CurveBatch{curve}, vrxSystemLab, {&illuminant, 1}, observer).At(0, 0);
+}
+void Tristimulus(const Call& call) {
+  const std::optional<Color> color = ColorOf(call);
+  color ? call.GiveList(std::array{color->xyz.X, color->xyz.Y, color->xyz.Z}) : call.GiveNull();
+}
+void LabCoordinates(const Call& call) {
+  const std::optional<Color> color = ColorOf(call);
+  color ? call.GiveList(std::array{color->lab.L, color->lab.a, color->lab.b}) : call.GiveNull();
+}
+
+// "2:1", the first of a system's parameters; the others stay as they usually are.
+void TakeParameters(std::string text, CDifferenceSettings& settings) {
+  std::ranges::replace(text, ':', ',');
+  const std::vector<double> numbers = io::ParseNumbers(text, "the parameters");
+  if (numbers.size() > static_cast<std::size_t>(ParameterCount(settings.system)))
+    throw io::InputError("the system has " + std::to_string(ParameterCount(settings.system)) + " parameters");
+  std::ranges::copy(numbers, settings.parameters.begin());
+}
+
+// One trial against one standard: (standard, trial, system, ...), where illuminants, observer and parameters stand from `next` on.
+Judgement JudgementOf(const Call& call, std::size_t next, double tolerance) {
+  const Curve standard = call.CurveAt(0), trial = call.CurveAt(1);
+  JudgeConditions conditions;
+  conditions.difference = DefaultSettings(io::ParseSystem(call.Text(2)));
+  conditions.difference.ownFormula = true;
+  if (call.Has(next + 2)) TakeParameters(call.Text(next + 2), conditions.difference);
+  conditions.illuminants.clear();
+  for (const std::string& code : io::SplitList(call.Text(next), ','))
+    conditions.illuminants.push_back(io::ParseIlluminant(code));
+  conditions.observer = call.ObserverAt(next + 1);
+  const JudgeStandards standards(conditions, CurveBatch{standard}, {TotalLimit(tolerance)});
+  JudgementTable table;
+  JudgeTrials(conditions, standards, {}, CurveBatch{trial}, table);
+  return table.Row(0);
+}
+JudgementUnder JudgementUnderOne(const Call& call) {
+  const Judgement judgement = JudgementOf(call, 3, std::numeric_limits<double>::infinity());
+  if (judgement.under.size() != 1) throw io::InputError("one illuminant is expected");
+  return judgement.under.front();
+}
+
+// vrx_delta(standard, trial, system, illuminant [, observer [, parameters]]): the total difference.
+void Delta(const Call& call) {
+  const JudgementUnder judgement = JudgementUnderOne(call);
+  judgement.available ? call.GiveNumber(judgement.difference.back()) : call.GiveNull();
+}
+
+// vrx_words(standard, trial, system, illuminant [, observer [, parameters]]): "Darker, Less Yellow".
+void Words(const Call& call) {
+  const JudgementUnder judgement = JudgementUnderOne(call);
+  if (!judgement.available) return call.GiveNull();
+  std::string text;
+  for (const ShadeWord word : judgement.words) {
+    if (word != kShadeNone) text += (text.empty() ? "" : ", ") + CString(ShadeWordText(word)).ToUtf8();
+  }
+  call.GiveText(text);
+}
+
+// vrx_judge(standard, trial, system, tolerance, illuminants [, observer [, parameters]]): the worst verdict of the total.
+void Judge(const Call& call) {
+  constexpr std::string_view kNames[] = {"fail", "warning", "pass"};
+  double tolerance = 0;
+  if (!io::ParseDecimal(call.Text(3), '.', tolerance) || !(tolerance > 0.0))
+    throw io::InputError("the tolerance must be a number above 0");
+  call.GiveText(kNames[static_cast<std::size_t>(JudgementOf(call, 4, tolerance).Worst())]);
+}
+
+// vrx_curve('[5, 5.1, ...]'): the curve of 40 numbers in percent, from 360 to 750 nm.
+void CurveFrom(const Call& call) {
+  std::string text = call.Text(0);
+  std::erase_if(text, [](char c) { return c == '[' || c == ']' || c == '\n' || c == '\r'; });
+  const std::vector<double> numbers = io::ParseNumbers(text, "the curve");
+  if (numbers.size() != kWavelengths) throw io::InputError("a curve has 40 numbers, from 360 to 750 nm");
+  std::string bytes;
+  store::AppendDoubles(numbers, bytes);
+  call.GiveBlob(bytes);
+}
+
+// vrx_values(curve): its 40 numbers as a list.
+void Values(const Call& call) {
+  const Curve curve = call.CurveAt(0);
+  IsUnset(curve[0]) ? call.GiveNull() : call.GiveList(curve);
+}
+
+void Version(const Call& call) {
+  call.GiveText(VRX_VERSION);
+}
+
+struct Function {
+  const char* name;
+  int fewest, most;  // arguments
+  void (*call)(sqlite3_context*, int, sqlite3_value**);
+};
+constexpr Function kFunctions[] = {
+    {"vrx_curve", 1, 1, Guarded<CurveFrom>},
+    {"vrx_values", 1, 1, Guarded<Values>},
+    {"vrx_tristimulus", 2, 3, Guarded<Tristimulus>},
+    {"vrx_lab", 2, 3, Guarded<LabCoordinates>},
+    {"vrx_delta", 4, 6, Guarded<Delta>},
+    {"vrx_words", 4, 6, Guarded<Words>},
+    {"vrx_judge", 5, 7, Guarded<Judge>},
+    {"vrx_version", 0, 0, Guarded<Version>},
+};
+
+int Register(sqlite3* database) {
+  constexpr int kFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+  for (const Function& function : kFunctions) {
+    for (int count = function.fewest; count <= function.most; ++count) {
+      const int status =
+          sqlite3_create_function_v2(database, function.name, count, kFlags, const_cast<char*>(function.name),
+                                     function.call, nullptr, nullptr, nullptr);
+      if (status != SQLITE_OK) return status;
+    }
+  }
+  return SQLITE_OK;
+}
+
+}  // namespace
+}  // namespace vrx::sql
+
+// What SQLite calls when it loads the module.
+extern "C" __attribute__((visibility("default"))) int sqlite3_vrxsqlite_init(
+    sqlite3* database, char** /*error*/, const sqlite3_api_routines* routines) {
+  SQLITE_EXTENSION_INIT2(routines)
+  return vrx::sql::Register(database);
+}
