@@ -21,7 +21,7 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     set(CMAKE_CXX_COMPILE_OPTIONS_PIC "")  # a module is loaded whole: code that may lie anywhere would only be slower
     # WebAssembly rounds each operation once by its definition; its relaxed vectors do not and are not used. What the standard library
     # there lacks of C++20 comes from one header.
-    target_compile_options(vrx_numeric_flags INTERFACE -fexceptions -msimd128 -fno-math-errno)
+    target_compile_options(vrx_numeric_flags INTERFACE -fwasm-exceptions -msimd128 -fno-math-errno)
     target_compile_options(vrx_build_flags INTERFACE
       "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${PROJECT_SOURCE_DIR}/vrxmath/platform/wasm/missing_standard.h>")
   endif()

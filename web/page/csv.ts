@@ -25,6 +25,23 @@ export function parseCsv(text: string): string[][] {
   return rows;
 }
 
+const PIECE = 1 << 24; // bytes that are decoded at a time: a text of a browser has half a gigabyte at most
+
+/** The rows of a csv file of any size, one after the other. */
+function* rowsOf(bytes: Uint8Array): Generator<string[]> {
+  const decoder = new TextDecoder();
+  let rest = '';
+  for (let from = 0; from < bytes.length; from += PIECE) {
+    rest += decoder.decode(bytes.subarray(from, from + PIECE), { stream: true });
+    // Up to the last line end that is not within quotes.
+    let end = rest.lastIndexOf('\n') + 1;
+    while (end > 0 && (rest.slice(0, end).split('"').length - 1) % 2 !== 0) end = rest.lastIndexOf('\n', end - 2) + 1;
+    yield* parseCsv(rest.slice(0, end));
+    rest = rest.slice(end);
+  }
+  yield* parseCsv(rest);
+}
+
 /** A field of a csv row. */
 export function csvField(text: string): string {
   return /[",\r\n]/.test(text) ? `"${text.replace(/"/g, '""')}"` : text;
@@ -42,31 +59,33 @@ export interface Outcome {
 const RANK: Record<string, number> = { pass: 0, warning: 1, fail: 2 };
 
 /** Counts the trials by their worst verdict and finds the one that is farthest beyond a limit. */
-export function outcomeOf(csv: string): Outcome {
-  const [header = [], ...rows] = parseCsv(csv);
+export function outcomeOf(csv: Uint8Array): Outcome {
+  const rows = rowsOf(csv);
+  const header: string[] = rows.next().value ?? [];
   const at = (name: string) => header.indexOf(name);
   const [trialAt, illuminantAt, verdictAt, reasonAt, excessAt] = ['trial', 'illuminant', 'verdict', 'reason', 'excess'].map(at) as [number, number, number, number, number];
-  const illuminants = [...new Set(rows.map((row) => row[illuminantAt]!))];
-  const outcome: Outcome = { trials: 0, fail: 0, warning: 0, illuminants };
-  let worstRank = 0;
-  // The rows of a trial follow each other, one for each illuminant.
-  for (let i = 0; i < rows.length; i += illuminants.length) {
-    let rank = 0;
-    for (const row of rows.slice(i, i + illuminants.length)) {
-      const own = RANK[row[verdictAt]!] ?? 2;
-      rank = Math.max(rank, own);
-      if (own === 0 || own < worstRank) continue;
-      const excess = row[excessAt] === '' ? Infinity : Math.abs(Number(row[excessAt])); // negative at a minus limit
-      if (own > worstRank || !outcome.worst || excess > outcome.worst.excess) {
-        outcome.worst = { trial: row[trialAt]!, illuminant: row[illuminantAt]!, verdict: row[verdictAt]!, reason: row[reasonAt]!, excess };
-        worstRank = own;
-      }
+  const illuminants = new Set<string>();
+  const counts = [0, 0, 0]; // trials by the rank of their worst verdict
+  let worst: Outcome['worst'];
+  let first = '', rank = -1, worstRank = 0;
+  for (const row of rows) {
+    const illuminant = row[illuminantAt]!;
+    illuminants.add(illuminant);
+    // The rows of a trial follow each other, one for each illuminant.
+    first ||= illuminant;
+    if (illuminant === first && rank >= 0) ++counts[rank]!;
+    const own = RANK[row[verdictAt]!] ?? 2;
+    rank = illuminant === first ? own : Math.max(rank, own);
+    if (own === 0 || own < worstRank) continue;
+    const excess = row[excessAt] === '' ? Infinity : Math.abs(Number(row[excessAt])); // negative at a minus limit
+    if (own > worstRank || !worst || excess > worst.excess) {
+      worst = { trial: row[trialAt]!, illuminant, verdict: row[verdictAt]!, reason: row[reasonAt]!, excess };
+      worstRank = own;
     }
-    ++outcome.trials;
-    if (rank === 2) ++outcome.fail;
-    if (rank === 1) ++outcome.warning;
   }
-  return outcome;
+  if (rank >= 0) ++counts[rank]!;
+  const [pass, warning, fail] = counts as [number, number, number];
+  return { trials: pass + warning + fail, fail, warning, illuminants: [...illuminants], ...(worst && { worst }) };
 }
 
 /** The text of trials with a column that names the standard of each. */

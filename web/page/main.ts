@@ -29,7 +29,7 @@ const roles: Partial<Record<Role, Loaded>> = {};
 const open: Loaded[] = []; // whose role nobody has told
 let epoch: number | undefined; // for a report that is to be the same again
 let form: Form | undefined;
-let last: { csv: Uint8Array; report: Uint8Array } | undefined;
+let last: { csv: Uint8Array; report?: Uint8Array } | undefined;
 let round = 0;
 let busy = 0;
 
@@ -40,7 +40,11 @@ async function compiled(): Promise<WebAssembly.Module> {
   return WebAssembly.compile(await new Response(stream).arrayBuffer());
 }
 const client = new Client(JSON.parse(byId('worker').textContent!) as string, compiled());
-const text = (bytes: Uint8Array) => new TextDecoder().decode(bytes);
+function text(bytes: Uint8Array): string {
+  const decoded = new TextDecoder().decode(bytes);
+  if (decoded === '' && bytes.length > 0) throw new RangeError('a text is too long'); // which some browsers give as an empty one
+  return decoded;
+}
 
 // Files ---------------------------------------------------------------------------------------------------------
 
@@ -260,6 +264,15 @@ function setOld(isOld: boolean): void {
 }
 
 async function update(): Promise<void> {
+  try {
+    await showAnswer();
+  } catch (error) {
+    clear();
+    complain(t('noMemory', String(error)));
+  }
+}
+
+async function showAnswer(): Promise<void> {
   outdate();
   const own = round;
   showFiles();
@@ -276,37 +289,42 @@ async function update(): Promise<void> {
   // The verdict first, where the pictures of the report take longer; a newer change makes older results void.
   const { report: _, ...options } = command.options!;
   const isLarge = settings.mode === 'judge' && roles.trials!.samples > MANY;
+  let verdict: Answer | undefined;
   for (const step of isLarge ? [{ ...command, options }, command] : [command]) {
     const answers = await run([step]);
     if (!answers || own !== round) return;
     const answer = answers[0]!;
+    // A verdict stays where there are too many trials for a report; the message says so.
+    if (answer.status !== 0 && verdict) return show({ ...verdict, messages: answer.messages });
     if (step === command || answer.status !== 0) return show(answer);
-    sayOutcome(text(answer.results));
+    sayOutcome(answer.results);
+    verdict = answer;
   }
 }
 
 function show(answer: Answer): void {
   clear();
-  if (answer.status !== 0 || !answer.report) {
+  if (answer.status !== 0) {
     ask(answer.messages);
     return;
   }
-  last = { csv: answer.results, report: answer.report };
+  last = { csv: answer.results, ...(answer.report && { report: answer.report }) };
   showMessages(faultOf(answer.messages));
-  settings.mode === 'match' ? sayRecipes(text(answer.results)) : sayOutcome(text(answer.results));
+  settings.mode === 'match' ? sayRecipes(text(answer.results)) : sayOutcome(answer.results);
+  showHandOn();
+  setOld(false);
+  if (!answer.report) return;
   const frame = byId<HTMLIFrameElement>('report');
   frame.title = t('frame');
   frame.srcdoc = text(answer.report);
   frame.hidden = false;
-  showHandOn();
-  setOld(false);
 }
 
 function listed(words: string[]): string {
   return new Intl.ListFormat('en-GB').format(words);
 }
 
-function sayOutcome(csv: string): void {
+function sayOutcome(csv: Uint8Array): void {
   const { trials, fail, warning, illuminants, worst } = outcomeOf(csv);
   const lamps = listed(illuminants);
   if (!worst) return say(trials === 1 ? t('onePasses', lamps) : t('allPass', trials, lamps), 'pass');
@@ -368,13 +386,14 @@ async function saveConverted(to: 'cxf' | 'cgats', ending: string, type: string):
 function showHandOn(): void {
   const name = () => stem(safeName((roles.trials ?? roles.standard!).name));
   const place = byId('hand-on');
+  const report = last!.report;
   place.hidden = false;
   place.replaceChildren(
-    button(t('saveReport'), () => save(`${name()}.html`, last!.report, 'text/html'), true),
+    ...(report ? [button(t('saveReport'), () => save(`${name()}.html`, report, 'text/html'), true)] : []),
     button(t('saveCsv'), () => save(`${name()} ${settings.mode}.csv`, last!.csv, 'text/csv')),
     button(t('saveCxf'), () => void saveConverted('cxf', '.cxf', 'application/xml')),
     button(t('saveCgats'), () => void saveConverted('cgats', '.txt', 'text/plain')),
-    button(t('print'), () => byId<HTMLIFrameElement>('report').contentWindow!.print()),
+    ...(report ? [button(t('print'), () => byId<HTMLIFrameElement>('report').contentWindow!.print())] : []),
     button(t('copyLink'), () => void copyLink()),
   );
 }

@@ -221,6 +221,22 @@ test('10,000 trials: the page answers meanwhile, and can be stopped', () => with
   await says(page, /10000 trials/);
 }));
 
+test('more trials than a report takes have a verdict and their csv', () => withPage(async (page) => {
+  const { standard, trials } = trialsOf(34_000, (i) => (i % 1000 === 0 ? `a "quoted",\nname ${i}` : `T${i + 1}`));
+  await dropBoth(page, { name: 'standard.csv', text: standard }, { name: 'many.csv', text: trials });
+  await page.locator('#messages', { hasText: 'more than 100000 judgements' }).waitFor();
+  writeFileSync(join(folder, 'standard.csv'), standard);
+  writeFileSync(join(folder, 'many.csv'), trials);
+  const { bytes } = await saved(page, 'Save csv'); // of more than one piece as the page reads it
+  assert.ok(bytes.length > 1 << 24 && bytes.equals(tool(folder, 'judge', 'standard.csv', 'many.csv', '--format', 'csv')));
+  const json = JSON.parse(tool(folder, 'judge', 'standard.csv', 'many.csv', '--format', 'json'));
+  const worst = new Map();
+  for (const { trial, verdict } of json) worst.set(trial, Math.min(worst.get(trial) ?? 2, verdict));
+  const count = (rank) => [...worst.values()].filter((verdict) => verdict === rank).length;
+  assert.match(await sentence(page).textContent(), new RegExp(`^${count(0)} of 34000 trials fail and ${count(1)} are near`));
+  assert.equal(await page.getByRole('button', { name: 'Save report' }).count(), 0);
+}));
+
 test('hostile and broken files get an answer, and names are text', () => withPage(async (page) => {
   const name = '<img src=x onerror=alert(1)>.csv';
   const { standard, trials } = trialsOf(5, () => '<script>alert(1)</script>');
