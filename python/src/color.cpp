@@ -6,6 +6,7 @@
 #include <pybind11/numpy.h>
 
 #include <vrxmath/batch/color_space_batch.h>
+#include <vrxmath/colorimetry/space_formulas.h>
 #include <vrxmath/colorimetry/weight_tables.h>
 
 #include "python/src/arrays.h"
@@ -115,6 +116,18 @@ py::array Convert(Conversion convert, const py::object& colors, const char* name
                    [&](const Rows& rows, double* target, std::size_t from, std::size_t count) {
                      convert(number, code, ViewOf<3>(rows, from, count), TargetOf<3>(target, from, count),
                              {});
+                   });
+}
+
+py::array ChromaticityOf(const py::object& xyz, const py::object& out, int threads) {
+  return Converted(xyz, "xyz", 2, out, threads,
+                   [](const Rows& rows, double* target, std::size_t from, std::size_t count) {
+                     for (std::size_t i = from; i < from + count; ++i) {
+                       const double* const row = rows.Doubles() + i * rows.stride;
+                       const Xy found = Chromaticity(Xyz{row[0], row[1], row[2]});
+                       target[2 * i] = found.x, target[2 * i + 1] = found.y;
+                       if (IsUnset(found.x)) FillNaN(target + 2 * i, 2);
+                     }
                    });
 }
 
@@ -228,6 +241,24 @@ Parameters as for :func:`lab`. For illuminant C and 2 degrees the coefficients o
 Returns
 -------
 numpy.ndarray, shape (..., 3)
+)");
+  module.def("chromaticity", &ChromaticityOf, py::arg("xyz"), py::kw_only(), py::arg("out") = py::none(),
+             py::arg("threads") = 1, R"(Chromaticity x, y of tristimulus values (CIE 15); NaN for black.
+
+Parameters
+----------
+xyz : array_like, shape (..., 3)
+out, threads
+    As for :func:`tristimulus`.
+
+Returns
+-------
+numpy.ndarray, shape (..., 2)
+
+Examples
+--------
+>>> vrx.chromaticity(vrx.white_point("D65", 2)).round(4).tolist()
+[0.3127, 0.329]
 )");
   DefineFrom(module, LabToXyzBatch, "xyz_from_lab", "lab", R"(Tristimulus values of CIE L*a*b*.
 

@@ -15,6 +15,7 @@
 #include <vrxio/text/input_error.h>
 #include <vrxmath/batch/judge_batch.h>
 #include <vrxmath/foundation/angles.h>
+#include <vrxmath/judging/shade.h>
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
@@ -302,6 +303,40 @@ py::tuple Judge(const py::object& standard, const py::object& samples, const py:
                         TotalLimitOf(standards));
 }
 
+constexpr std::size_t kShadeWords = kBluer + 1;
+
+// Three words as a person says them: "Darker, Less Yellow".
+py::object PhraseOf(std::size_t key) {
+  std::string phrase;
+  for (const std::size_t word :
+       {key / kShadeWords / kShadeWords, key / kShadeWords % kShadeWords, key % kShadeWords}) {
+    if (word == kShadeNone) continue;
+    phrase += (phrase.empty() ? "" : ", ") + CString(ShadeWordText(static_cast<ShadeWord>(word))).ToUtf8();
+  }
+  return py::str(phrase);
+}
+
+// The phrases of words by number, each text once: an array of objects of the leading axes.
+py::array PhrasesOf(const py::array_t<std::int8_t, py::array::c_style | py::array::forcecast>& codes) {
+  if (codes.ndim() < 1 || codes.shape(codes.ndim() - 1) != 3)
+    throw py::value_error("codes: expected shape (..., 3)");
+  py::array result(py::dtype("O"), std::vector<py::ssize_t>(codes.shape(), codes.shape() + codes.ndim() - 1));
+  auto** const target = static_cast<PyObject**>(result.mutable_data());
+  std::vector<py::object> phrases(kShadeWords * kShadeWords * kShadeWords);
+  for (py::ssize_t i = 0; i < result.size(); ++i) {
+    std::size_t key = 0;
+    for (py::ssize_t k = 3 * i; k < 3 * i + 3; ++k) {
+      const auto word = static_cast<std::uint8_t>(codes.data()[k]);
+      if (word >= kShadeWords) throw py::value_error("codes: there is no such shade word");
+      key = key * kShadeWords + word;
+    }
+    if (!phrases[key]) phrases[key] = PhraseOf(key);
+    Py_XDECREF(target[i]);
+    target[i] = phrases[key].inc_ref().ptr();
+  }
+  return result;
+}
+
 }  // namespace
 
 void DefineJudgement(py::module_& module) {
@@ -309,6 +344,7 @@ void DefineJudgement(py::module_& module) {
              py::arg("observer"), py::kw_only(), py::arg("system"), py::arg("tolerance"),
              py::arg("ellipsoid"), py::arg("geometry"), py::arg("of"), py::arg("verdict"), py::arg("warning"),
              py::arg("grade"), py::arg("least_grade"), py::arg("most_inconstancy"), py::arg("threads"));
+  module.def("shade_phrases", &PhrasesOf, py::arg("codes"));
   py::list codes;
   for (const vrxIlluminant illuminant : JudgeDefaults::kIlluminants)
     codes.append(static_cast<int>(illuminant));

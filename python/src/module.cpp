@@ -5,7 +5,6 @@
 #include <pybind11/stl.h>
 
 #include <vrxio/text/input_error.h>
-#include <vrxmath/judging/shade.h>
 #include <vrxmath/platform/exceptions.h>
 
 #include "python/src/names.h"
@@ -37,14 +36,6 @@ py::dict IlluminantTable() {
 
 std::string NameOf(const Illuminant& lamp) {
   return lamp.name.substr(0, lamp.name.find('|'));
-}
-
-std::vector<std::string> ShadeTexts() {
-  std::vector<std::string> texts;
-  for (std::int32_t word = kShadeNone; word <= kBluer; ++word) {
-    texts.push_back(CString(ShadeWordText(static_cast<ShadeWord>(word))).ToUtf8());
-  }
-  return texts;
 }
 
 }  // namespace
@@ -114,7 +105,6 @@ Returns
 dict of str to dict
     By short name: the parameters with their usual values.
 )");
-  module.def("shade_texts", &ShadeTexts);
 }
 
 }  // namespace vrx::python

@@ -20,6 +20,7 @@ def test_colors(curves, curve_file, vrx_tool):
     assert np.array_equal(columns(rows, "XYZ").reshape(60, 3, 3), xyz)
     for i, lamp in enumerate(lamps):
         own = rows[i::3]
+        assert np.array_equal(columns(own, "xy"), vrx.chromaticity(xyz[:, i]))
         assert np.array_equal(columns(own, ["L", "a", "b", "C", "h"]), vrx.lab(xyz[:, i], lamp, 2, polar=True))
         assert np.array_equal(columns(own, ["Lu", "u", "v", "Cuv", "huv"]), vrx.luv(xyz[:, i], lamp, 2, polar=True))
         assert np.array_equal(columns(own, ["LH", "aH", "bH"]), vrx.hunter(xyz[:, i], lamp, 2))
@@ -112,6 +113,10 @@ def test_indices_and_strength(curves, curve_file, vrx_tool):
         for name, values in vrx.indices(xyz, "D65", recalculated=recalculated).items():
             own = [row for row in rows if row["form"] == form and row["index"].removesuffix(" (Recalc)") == name]
             assert np.array_equal(columns(own, ["value"])[:, 0], values, equal_nan=True), (form, name)
+    rows = vrx_tool("index", curve_file, "--illuminants", "D65,A,CWF", "--standard", curve_file, "--standard-id", "C3")
+    for lamp in ("A", "CWF"):
+        own = [row for row in rows if row["illuminant"] == lamp and row["index"].startswith("Metamerism")]
+        assert np.array_equal(columns(own, ["value"])[:, 0], vrx.metamerism(curves[3], curves, "D65", lamp))
     rows = vrx_tool("strength", curve_file, curve_file, "--standard-id", "C3", "--specular", "none")
     assert np.array_equal(columns(rows, ["ks"])[:, 0], vrx.strength(curves[3], curves, specular="none"))
 
@@ -142,6 +147,14 @@ def test_scale_is_asked_for(tmp_path):
         vrx.read(path)
     assert vrx.read(path, scale="percent").curves[0, 6] == 0.011
     assert vrx.read(path, scale="fraction").curves[0, 6] == vrx.read(path, fraction=True).curves[0, 6] == 1.1
+
+
+def test_contrast_ratio(curves, tmp_path, vrx_tool):
+    path = tmp_path / "drawdown.csv"
+    path.write_text("id,geometry," + ",".join(map(str, range(360, 760, 10))) + "\n" + "".join(
+        f"x,{backing}," + ",".join(map(str, curve)) + "\n" for backing, curve in zip(("Over Black", "Over White"), curves.tolist())))
+    rows = vrx_tool("index", path, "--illuminants", "D65")
+    assert float(rows[-1]["value"]) == vrx.contrast_ratio(*vrx.tristimulus(curves[:2]))
 
 
 def test_nearest(curves, rng=np.random.default_rng(4)):
