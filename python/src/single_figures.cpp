@@ -114,7 +114,7 @@ py::object InconstancyOf(const py::object& curves, const py::object& reference, 
 }
 
 // Curve i of an argument, of which a single one stands for all.
-CReflData CurveAt(const Rows& rows, std::size_t i) {
+CReflData CurveOfRow(const Rows& rows, std::size_t i) {
   CReflData curve;
   std::copy_n(rows.Doubles() + (rows.lead.empty() ? 0 : i) * rows.stride, kSamples, curve.begin());
   return curve;
@@ -133,8 +133,8 @@ py::object MetamerismOf(const py::object& standard, const py::object& samples, c
   InBlocks(lead.empty() ? 1 : std::max(standards.count, trials.count), threads,
            [&](std::size_t from, std::size_t count) {
              for (std::size_t i = from; i < from + count; ++i)
-               target[i] = NanIfUnset(MetamerismIndex(first, second, observer, CurveAt(standards, i),
-                                                      CurveAt(trials, i), settings, angle));
+               target[i] = NanIfUnset(MetamerismIndex(first, second, observer, CurveOfRow(standards, i),
+                                                      CurveOfRow(trials, i), settings, angle));
            });
   if (lead.empty()) return py::float_(target[0]);
   return result;

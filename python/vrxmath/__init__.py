@@ -64,11 +64,13 @@ from ._formulation import (CalibrationFit, ColorSystem, Correction, LeftoverReci
 from ._judgement import FAIL, PASS, WARNING, Judgement, judge
 from ._reading import Measurements, MeasurementWarning, read
 from ._records import Curve, Standard, Tolerance
+from ._samples import Averages, average
 
 __all__ = [
     "FAIL",
     "PASS",
     "WARNING",
+    "Averages",
     "CalibrationFit",
     "ColorSystem",
     "Correction",
@@ -85,6 +87,7 @@ __all__ = [
     "__version__",
     "adapt",
     "appearance",
+    "average",
     "calibrate",
     "chromaticity",
     "color_rendering",

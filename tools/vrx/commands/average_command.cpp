@@ -95,9 +95,7 @@ ScatterVerdict VerdictOn(const Readings& readings, const ReadingStatistics& stat
 
 // The uncertainty of the mean colour, and how many readings the wanted one takes.
 void WriteCertainty(const ReadingStatistics& statistics, const AverageOptions& options, RowWriter& rows) {
-  double variance = 0;
-  for (int32_t k = 0; k < 3; ++k) variance += statistics.stats.First(k) * statistics.stats.First(k);
-  const double deviation = std::sqrt(variance), certainty = options.certainty / 100;
+  const double deviation = statistics.Deviation(), certainty = options.certainty / 100;
   const auto known = static_cast<int64_t>(statistics.stats.GetSetting());
   rows.Number(UncertaintyOfMean(deviation, known, known, certainty));
   const int64_t needed = ReadingsNeeded(deviation, known, options.within, certainty);

@@ -1,8 +1,6 @@
 #include "tools/vrx/input/readings.h"
 
-#include <algorithm>
 #include <array>
-#include <cmath>
 #include <map>
 #include <span>
 #include <utility>
@@ -26,54 +24,6 @@ Lab LabOf(const Sample& sample, vrxIlluminant illuminant, int32_t observer) {
   CLabValues lab;
   XyzToLab(illuminant, observer, xyz, lab);
   return {lab[CLabValues::kL], lab[CLabValues::kA], lab[CLabValues::kB]};
-}
-
-double Distance(const Lab& a, const Lab& b) {
-  double sum = 0;
-  for (std::size_t k = 0; k < a.size(); ++k) sum += (a[k] - b[k]) * (a[k] - b[k]);
-  return std::sqrt(sum);
-}
-
-// Of an even count the lower of the two in the middle.
-double Median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>((values.size() - 1) / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
-std::vector<double> Coordinate(const std::vector<Lab>& colors, std::size_t k) {
-  std::vector<double> values;
-  values.reserve(colors.size());
-  for (const Lab& color : colors) values.push_back(color[k]);
-  return values;
-}
-
-constexpr double kApart = 3.0;
-constexpr double kRepeatability = 0.1;
-
-// The limit of three distances. With so few the spread is hardly known: the quotient of the gap and the range must come to
-// Dixon's Q (Rorabacher 1991), so the farther distance to Q / (1 - Q) of the nearer one.
-double LimitOfThree(const std::vector<double>& distances) {
-  constexpr double kQ = 0.941;
-  const double nearer = Median(distances);
-  return nearer <= kRepeatability ? kApart * kRepeatability : kQ / (1 - kQ) * nearer;
-}
-
-std::vector<std::size_t> Outliers(const std::vector<Lab>& colors) {
-  constexpr std::size_t kFewest = 3;
-  if (colors.size() < kFewest) return {};
-  const Lab centre{Median(Coordinate(colors, 0)), Median(Coordinate(colors, 1)),
-                   Median(Coordinate(colors, 2))};
-  std::vector<double> distances;
-  distances.reserve(colors.size());
-  for (const Lab& color : colors) distances.push_back(Distance(color, centre));
-  const double limit = colors.size() == kFewest ? LimitOfThree(distances)
-                                                : std::max(kRepeatability, kApart * Median(distances));
-  std::vector<std::size_t> outliers;
-  for (std::size_t i = 0; i < distances.size(); ++i) {
-    if (distances[i] > limit) outliers.push_back(i);
-  }
-  return outliers;
 }
 
 }  // namespace
@@ -177,29 +127,10 @@ std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count) {
 }
 
 ReadingStatistics StatisticsOf(const Readings& readings, vrxIlluminant illuminant, int32_t observer) {
-  ReadingStatistics statistics;
   std::vector<Lab> colors;
   colors.reserve(readings.samples.size());
   for (const Sample& sample : readings.samples) colors.push_back(LabOf(sample, illuminant, observer));
-  const Lab mean = LabOf(readings.Mean(), illuminant, observer);
-  const auto count = static_cast<double>(colors.size());
-  for (std::size_t k = 0; k < mean.size(); ++k) {
-    const std::vector<double> values = Coordinate(colors, k);
-    const auto [lowest, highest] = std::ranges::minmax(values);
-    double sum = 0, squares = 0;
-    for (const double value : values) sum += value;
-    for (const double value : values) squares += (value - sum / count) * (value - sum / count);
-    statistics.stats.SetFirst(static_cast<int32_t>(k), count > 1 ? std::sqrt(squares / (count - 1)) : 0.0);
-    statistics.stats.SetSecond(static_cast<int32_t>(k), highest - lowest);
-  }
-  for (const Lab& color : colors) {
-    const double difference = Distance(color, mean);
-    statistics.meanDifference += difference / count;
-    statistics.largestDifference = std::max(statistics.largestDifference, difference);
-  }
-  statistics.stats.SetSetting(static_cast<int32_t>(colors.size()));
-  statistics.outliers = Outliers(colors);
-  return statistics;
+  return StatisticsOfReadings(colors, LabOf(readings.Mean(), illuminant, observer));
 }
 
 }  // namespace vrx::tool

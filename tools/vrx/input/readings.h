@@ -9,7 +9,7 @@
 #include <vector>
 
 #include <vrxmath/colorimetry/illuminants.h>
-#include <vrxmath/tolerance/averaging_stats.h>
+#include <vrxmath/tolerance/repeated_readings.h>
 
 #include <vrxio/files/curve_reader.h>
 
@@ -43,19 +43,7 @@ inline constexpr std::size_t kMostReadings = 200'000;
 /// for more than kMostReadings and for rows left over.
 std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count);
 
-/// How the readings of a sample scatter, in colours.
-struct ReadingStatistics {
-  CAveragingStats stats;  ///< of L*, a*, b*: standard deviation, range; the setting is the number of readings
-  double meanDifference = 0;          ///< dE*ab of the readings from the mean, on average
-  double largestDifference = 0;       ///< the largest of those
-  std::vector<std::size_t> outliers;  ///< readings, from 0, that lie apart from the others
-};
-
-/// The colours are those of the illuminant and observer; L*a*b* that was given stays as it is. A reading lies apart when
-/// it is further from the median colour, in dE*ab, than three times what half of the readings keep within, and further
-/// than 0.1, which instruments repeat within. Of three readings one lies apart when it is sixteen times as far from the median as
-/// the nearer other one (Dixon's Q of 0.941 for three values, 90 percent sure), or three times 0.1 where those two agree within
-/// that. Fewer have no outlier.
+/// How they scatter under the illuminant and observer (StatisticsOfReadings); L*a*b* that was given stays as it is.
 ReadingStatistics StatisticsOf(const Readings& readings, vrxIlluminant illuminant, int32_t observer);
 
 }  // namespace vrx::tool

@@ -1,0 +1,63 @@
+"""What has a command of the tool has its function, with the tool's numbers."""
+
+import numpy as np
+import pytest
+
+import vrxmath as vrx
+
+NM = range(360, 760, 10)
+
+
+def numbers(rows, *names):
+    """Columns of csv rows as an array; NaN for an empty field."""
+    return np.array([[float(row[name]) if row[name] else np.nan for name in names] for row in rows])
+
+
+@pytest.fixture(scope="module")
+def readings(curves, tmp_path_factory):
+    """Five samples, read one to nine times, in turns; a reading of C1 lies apart."""
+    rng = np.random.default_rng(7)
+    of = [f"C{i % 5}" for i in range(25) if i % 5 or i < 5] + ["C1"] * 4
+    rows = np.array([curves[int(id[1])] + rng.normal(0, 0.02, 40) for id in of])
+    rows[-1] += 2
+    path = tmp_path_factory.mktemp("readings") / "readings.csv"
+    write_csv(path, of, rows)
+    return path, of, rows
+
+
+def write_csv(path, ids, rows, heads=NM):
+    path.write_text("\n".join([",".join(["id", *map(str, heads)]), *(f"{id}," + ",".join(map(repr, row)) for id, row in
+                                                                    zip(ids, np.asarray(rows).tolist()))]) + "\n")
+
+
+@pytest.mark.parametrize("options, given", [
+    ([], {}), (["--illuminants", "A", "--observer", "2"], {"illuminant": "A", "observer": 2}),
+    (["--limit", "0.3", "--within", "0.01", "--certainty", "99"], {"limit": 0.3, "within": 0.01, "certainty": 0.99})])
+def test_averages(readings, vrx_tool, options, given):
+    path, of, rows = readings
+    found, of_file = vrx.average(rows, of, **given), vrx.average(vrx.read(path), **given)
+    means, statistics = vrx_tool("average", path, *options), vrx_tool("average", path, "--statistics", *options)
+    assert found.ids == of_file.ids == [row["id"] for row in means] and len(found.frame()) == 5
+    assert np.array_equal(numbers(means, *map(str, NM)), found.means) and np.array_equal(found.means, of_file.means)
+    table = np.column_stack([found.counts, found.deviations, found.ranges, found.mean_differences, found.largest_differences])
+    names = "readings sdL sda sdb rangeL rangea rangeb mean_difference largest_difference".split()
+    assert np.array_equal(numbers(statistics, *names), table)
+    for row, id, outliers in zip(statistics, found.ids, found.outliers):
+        own = [i for i, name in enumerate(of) if name == id]
+        assert row["outliers"] == ", ".join(str(own.index(i) + 1) for i in outliers)
+    assert [len(outliers) for outliers in found.outliers] == [0, 1, 0, 0, 0]
+    if given.get("limit"):
+        assert np.array_equal(numbers(statistics, "uncertainty")[:, 0], found.uncertainties, equal_nan=True)
+        assert [int(row["needed"] or 0) for row in statistics] == found.needed.tolist()
+        assert [row["verdict"] == "pass" for row in statistics] == found.passes.tolist() == [False, False, True, True, True]
+
+
+def test_averages_of_colours_and_blocks(readings, curves):
+    xyz = vrx.tristimulus(curves[:6])
+    found = vrx.average(xyz, count=3, space="xyz")
+    assert np.array_equal(found.means, [xyz[:3].sum(axis=0) / 3, xyz[3:].sum(axis=0) / 3]) and found.ids == [0, 1]
+    for wrong in ({"count": 4}, {"of": [1]}, {"limit": -1}, {"certainty": 1}, {"space": "luv"}):
+        with pytest.raises(ValueError, match=next(iter(wrong))):
+            vrx.average(xyz, **wrong)
+    with pytest.raises(ValueError, match="row 1 is no measurement"):
+        vrx.average([[1.0] * 40, [np.nan] * 40])
