@@ -52,6 +52,21 @@ def test_averages(readings, vrx_tool, options, given):
         assert [row["verdict"] == "pass" for row in statistics] == found.passes.tolist() == [False, False, True, True, True]
 
 
+@pytest.mark.parametrize("system, given", [("lab", {}), ("cmc", {"l": 2, "c": 1}), ("din99o", {}), ("xyz", {})])
+def test_sorting(system, given, curves, curve_file, vrx_tool):
+    options = [curve_file, "--illuminants", "A", "--system", system, *(["--parameters", "2,1"] if given else [])]
+    conditions = {"illuminant": "A", "system": system, **given}
+    blocks = {row["trial"]: row["block"] for row in vrx_tool("sort", *options, "--standard-id", "C3", "--blocks", "9,8,7")}
+    found = vrx.sort(curves[3], curves, [9, 8, 7], **conditions)
+    assert [blocks.get(f"C{i}", "555") for i in range(60)] == found and len(set(found)) > 15
+    rows = {row["trial"]: row for row in vrx_tool("sort", *options, "--groups", "12")}
+    groups, farthest = vrx.sort_groups(curves, 12, **conditions)
+    assert [[int(rows[f"C{i}"]["group"]), float(rows[f"C{i}"]["farthest"])] for i in range(60)] == np.array([groups, farthest]).T.tolist()
+    xyz = vrx.tristimulus(curves, "A")
+    assert vrx.sort(xyz[3], xyz, [9, 8, 7], space="xyz", **conditions) == found
+    assert vrx.sort(xyz[3], [[np.nan] * 3], space="xyz", **conditions) == [""]
+
+
 def test_averages_of_colours_and_blocks(readings, curves):
     xyz = vrx.tristimulus(curves[:6])
     found = vrx.average(xyz, count=3, space="xyz")

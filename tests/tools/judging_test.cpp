@@ -9,10 +9,10 @@
 #include <vector>
 
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/judging/shade_groups.h>
 
 #include "tests/testing/tool_process.h"
 #include "tools/vrx/judging/distribution.h"
-#include "tools/vrx/judging/shade_groups.h"
 
 namespace {
 
@@ -399,7 +399,7 @@ TEST_F(Judging, GroupsByCompleteLinkage) {
   std::vector<double> x(60);
   for (double& value : x) value = place(random);
   constexpr double kLimit = 1.3;
-  const auto groups = vrx::tool::GroupsByCompleteLinkage(
+  const auto groups = vrx::GroupsByCompleteLinkage(
       x.size(), kLimit, [&](std::size_t a, std::size_t b) { return std::fabs(x[a] - x[b]); });
   std::map<std::pair<std::size_t, std::size_t>, double> farthest;
   for (std::size_t a = 0; a < x.size(); ++a) {

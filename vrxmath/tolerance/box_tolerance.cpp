@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/hue.h>
@@ -107,8 +108,13 @@ void CBlockSizeData::SerializeValues(CArchive& archive) {
 
 double BlockCode(const CBlockSizeData& blocks, const CColorValues& standard, const CColorValues& sample,
                  vrxIlluminant, int32_t, const CDifferenceSettings& settings) {
-  if (IsUnset(standard)) return kUnset;
-  const Difference d = ComputeDifference(settings, standard.Values(), sample.Values(), 0.0);
+  return IsUnset(standard) ? kUnset : BlockCode(blocks, standard.Values(), sample.Values(), settings);
+}
+
+double BlockCode(const CBlockSizeData& blocks, const Color& standard, const Color& sample,
+                 const CDifferenceSettings& settings) {
+  if (IsUnset(standard.xyz)) return kUnset;
+  const Difference d = ComputeDifference(settings, standard, sample, 0.0);
   const double components[CBlockSizeData::kValues] = {d.dL, d.da, d.db};
   uint32_t code = 0;
   for (int32_t k = 0; k < CBlockSizeData::kValues; ++k) {
@@ -118,6 +124,14 @@ double BlockCode(const CBlockSizeData& blocks, const CColorValues& standard, con
     code = code << 4 | cell;
   }
   return static_cast<double>(code & 0xFFFF);
+}
+
+std::string BlockText(int32_t code) {
+  constexpr std::string_view kDigits = "0123456789A";
+  std::string text;
+  for (const int32_t cell : {code >> 8, code >> 4 & 0xF, code & 0xF})
+    text += kDigits[static_cast<std::size_t>(cell)];
+  return text;
 }
 
 }  // namespace vrx

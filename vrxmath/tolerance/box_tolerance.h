@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <string>
 
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/difference_systems.h>
@@ -140,6 +141,11 @@ class CGGBlockSizeData : public CBlockSizeData {};
 [[nodiscard]] VRX_API double BlockCode(const CBlockSizeData& blocks, const CColorValues& standard,
                                        const CColorValues& sample, vrxIlluminant illuminant, int32_t observer,
                                        const CDifferenceSettings& settings = {});
+/// The same over values; unset when the standard's tristimulus values are.
+[[nodiscard]] VRX_API double BlockCode(const CBlockSizeData& blocks, const Color& standard,
+                                       const Color& sample, const CDifferenceSettings& settings);
+/// A code as people write it: a digit for each dimension, 0 to 9 and A, as "555" for the block of the standard.
+[[nodiscard]] VRX_API std::string BlockText(int32_t code);
 
 }  // namespace vrx
 

@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -14,6 +13,7 @@
 
 #include <vrxio/text/decimal.h>
 #include <vrxmath/colorimetry/color_differences.h>
+#include <vrxmath/judging/shade_groups.h>
 #include <vrxmath/tolerance/box_tolerance.h>
 
 #include "tools/vrx/base/command.h"
@@ -22,7 +22,6 @@
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/judging/judging_options.h"
-#include "tools/vrx/judging/shade_groups.h"
 #include "tools/vrx/judging/standard_library.h"
 #include "tools/vrx/judging/standards.h"
 #include "tools/vrx/judging/verdict_texts.h"
@@ -48,15 +47,6 @@ struct SortedTrial {
   std::string id, name, geometry;
   std::array<double, 3> difference;
 };
-
-// A digit for each dimension, 0 to 9 and A, as "555" for the block of the standard.
-std::string DigitsOf(int32_t code) {
-  constexpr std::string_view kDigits = "0123456789A";
-  std::string text;
-  for (const int32_t cell : {code >> 8, code >> 4 & 0xF, code & 0xF})
-    text += kDigits[static_cast<std::size_t>(cell)];
-  return text;
-}
 
 CBlockSizeData BlocksOf(const std::string& text) {
   const std::vector<double> sizes = ParseNumbers(text, "--blocks");
@@ -123,7 +113,7 @@ class Sorter {
     if (format == Format::kTable) output.Append(TitleOf(settings_.difference) + "\n\n");
     const auto rows = MakeRowWriter(format, output, std::move(columns));
     for (const SortedTrial& trial : trials_) {
-      rows->Text(DigitsOf(trial.code));
+      rows->Text(BlockText(trial.code));
       rows->Text(trial.id);
       if (withName) rows->Text(trial.name);
       if (withGeometry) rows->Text(trial.geometry);
@@ -141,7 +131,7 @@ class Sorter {
     output.Append('\n');
     const auto rows = MakeRowWriter(Format::kTable, output, {{"block"}, {"trials"}});
     for (const auto& [code, count] : counts) {
-      rows->Text(DigitsOf(code));
+      rows->Text(BlockText(code));
       rows->Integer(count);
       rows->EndRow();
     }
@@ -171,9 +161,8 @@ class Grouper {
     }
     colors_.Compute();
     SortByColour();
-    groups_ = GroupsByCompleteLinkage(order_.size(), options_.groups, [this](std::size_t a, std::size_t b) {
-      return Difference(order_[a], order_[b]);
-    });
+    groups_ = ShadeGroups(order_, options_.groups,
+                          [this](std::size_t a, std::size_t b) { return Difference(a, b); });
   }
 
   void Write(const Format& format, bool withName, bool withGeometry, OutputStream& output) {
@@ -182,19 +171,18 @@ class Grouper {
     if (withGeometry) columns.push_back({"geometry"});
     columns.push_back({.name = "farthest"});
     const auto rows = MakeRowWriter(format, output, std::move(columns));
-    const std::vector<std::vector<std::size_t>> groups = BySize();
-    for (std::size_t g = 0; g < groups.size(); ++g) {
-      for (const std::size_t trial : groups[g]) {
+    for (std::size_t g = 0; g < groups_.size(); ++g) {
+      for (const std::size_t trial : groups_[g]) {
         rows->Integer(static_cast<int64_t>(g + 1));
         rows->Text(colors_.Name(trial));
         if (withName) rows->Text(names_[trial]);
         if (withGeometry) rows->Text(GeometryName(colors_.Geometry(trial)));
-        rows->Known(FarthestOf(trial, groups[g]));
+        rows->Known(FarthestOf(trial, groups_[g]));
         rows->EndRow();
       }
     }
     rows->Finish();
-    TellWorst(groups.size());
+    TellWorst(groups_.size());
   }
 
  private:
@@ -208,13 +196,10 @@ class Grouper {
     });
   }
 
-  // The larger one of both directions, for systems that are not the same from either side.
   double Difference(std::size_t a, std::size_t b) const {
     if (colors_.Geometry(a) != colors_.Geometry(b)) return HUGE_VAL;
     const double angle = options_.system.AngleOf(colors_.Geometry(a));
-    const Color x = colors_.At(0, a), y = colors_.At(0, b);
-    return std::max(ComputeDifference(conditions_.difference, x, y, angle).dE,
-                    ComputeDifference(conditions_.difference, y, x, angle).dE);
+    return DifferenceEitherWay(conditions_.difference, colors_.At(0, a), colors_.At(0, b), angle);
   }
 
   double FarthestOf(std::size_t trial, const std::vector<std::size_t>& group) {
@@ -228,17 +213,6 @@ class Grouper {
       }
     }
     return farthest;
-  }
-
-  // The largest group first, of equal ones that of the darkest trial.
-  std::vector<std::vector<std::size_t>> BySize() const {
-    std::vector<std::vector<std::size_t>> groups;
-    for (std::size_t k = 0; k < order_.size(); ++k) {
-      if (groups_[k] >= groups.size()) groups.resize(groups_[k] + 1);
-      groups[groups_[k]].push_back(order_[k]);
-    }
-    std::ranges::stable_sort(groups, std::greater<>(), &std::vector<std::size_t>::size);
-    return groups;
   }
 
   void TellWorst(std::size_t groups) const {
@@ -256,8 +230,8 @@ class Grouper {
   SearchConditions conditions_;
   NamedColors colors_;
   std::vector<std::string> names_;
-  std::vector<std::size_t> order_;   // of the trials, by colour
-  std::vector<std::size_t> groups_;  // by place in that order
+  std::vector<std::size_t> order_;                // of the trials, by colour
+  std::vector<std::vector<std::size_t>> groups_;  // of trials, the largest first
   double worst_ = 0;
   std::array<std::size_t, 2> pair_{};
 };

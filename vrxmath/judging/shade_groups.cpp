@@ -1,10 +1,13 @@
-#include "tools/vrx/judging/shade_groups.h"
+#include <vrxmath/judging/shade_groups.h>
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <numeric>
 
-namespace vrx::tool {
+#include <vrxmath/colorimetry/color_differences.h>
+
+namespace vrx {
 namespace {
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
@@ -12,7 +15,7 @@ constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 // The distances of groups, each known by its first member, and for each the nearest one behind it.
 class Linkage {
  public:
-  Linkage(std::size_t count, const std::function<double(std::size_t, std::size_t)>& distance)
+  Linkage(std::size_t count, const PairDistance& distance)
       : count_(count), distances_(count * (count - 1) / 2), groups_(count), nearest_(count, kNone) {
     for (std::size_t i = 0; i < count; ++i) {
       for (std::size_t j = i + 1; j < count; ++j) {
@@ -73,8 +76,8 @@ class Linkage {
 
 }  // namespace
 
-std::vector<std::size_t> GroupsByCompleteLinkage(
-    std::size_t count, double limit, const std::function<double(std::size_t, std::size_t)>& distance) {
+std::vector<std::size_t> GroupsByCompleteLinkage(std::size_t count, double limit,
+                                                 const PairDistance& distance) {
   if (count == 0) return {};
   Linkage linkage(count, distance);
   while (linkage.Merge(limit)) {
@@ -88,4 +91,22 @@ std::vector<std::size_t> GroupsByCompleteLinkage(
   return groups;
 }
 
-}  // namespace vrx::tool
+std::vector<std::vector<std::size_t>> ShadeGroups(std::span<const std::size_t> order, double limit,
+                                                  const PairDistance& distance) {
+  const std::vector<std::size_t> numbers = GroupsByCompleteLinkage(
+      order.size(), limit, [&](std::size_t a, std::size_t b) { return distance(order[a], order[b]); });
+  std::vector<std::vector<std::size_t>> groups;
+  for (std::size_t k = 0; k < order.size(); ++k) {
+    if (numbers[k] >= groups.size()) groups.resize(numbers[k] + 1);
+    groups[numbers[k]].push_back(order[k]);
+  }
+  std::ranges::stable_sort(groups, std::greater<>(), &std::vector<std::size_t>::size);
+  return groups;
+}
+
+double DifferenceEitherWay(const CDifferenceSettings& settings, const Color& a, const Color& b,
+                           double angle) {
+  return std::max(ComputeDifference(settings, a, b, angle).dE, ComputeDifference(settings, b, a, angle).dE);
+}
+
+}  // namespace vrx
