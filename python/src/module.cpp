@@ -141,6 +141,7 @@ PYBIND11_MODULE(_core, module) {
   DefineCalibration(module);
   DefineReading(module);
   DefineReadings(module);
+  DefineReporting(module);
   DefineShades(module);
 }
 #undef PyInit__core

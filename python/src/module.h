@@ -12,6 +12,7 @@ void DefineCurves(pybind11::module_& module);
 void DefineColor(pybind11::module_& module);
 void DefineAppearance(pybind11::module_& module);
 void DefineFigures(pybind11::module_& module);
+void DefineReporting(pybind11::module_& module);
 void DefineShades(pybind11::module_& module);
 void DefineSingleFigures(pybind11::module_& module);
 void DefineDifference(pybind11::module_& module);

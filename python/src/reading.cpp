@@ -1,16 +1,20 @@
 // Measurement files as lists and arrays.
 
+#include <filesystem>
 #include <span>
 #include <string>
 #include <vector>
 
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
+#include <pybind11/stl/filesystem.h>
 
 #include <vrxio/files/measurement_table.h>
 #include <vrxio/measurement/names.h>
 #include <vrxio/measurement/value_scale.h>
 #include <vrxio/text/input_error.h>
+#include <vrxmath/platform/exceptions.h>
+#include <vrxmath/platform/files.h>
 
 #include "python/src/module.h"
 #include "python/src/unlocked.h"
@@ -81,9 +85,25 @@ py::dict Read(const std::string& path, const std::string& form, const std::strin
   return result;
 }
 
+// New content of a file, which appears as a whole or not at all.
+void WriteFile(const std::filesystem::path& path, const std::string& content) {
+  FileReplacer file;
+  bool isWritten = file.Open(path.string());
+  try {
+    if (isWritten) file.Write(std::as_bytes(std::span(content)));
+    isWritten = isWritten && file.Commit();
+  } catch (const CArchiveException&) {
+    isWritten = false;
+  }
+  if (isWritten) return;
+  PyErr_SetString(PyExc_OSError, (path.string() + ": " + file.GetError()).c_str());
+  throw py::error_already_set();
+}
+
 }  // namespace
 
 void DefineReading(py::module_& module) {
+  module.def("write_file", &WriteFile, py::arg("path"), py::arg("content"));
   module.def("read", &Read, py::arg("path"), py::arg("form"), py::arg("scale"));
 }
 

@@ -67,6 +67,37 @@ def test_sorting(system, given, curves, curve_file, vrx_tool):
     assert vrx.sort(xyz[3], [[np.nan] * 3], space="xyz", **conditions) == [""]
 
 
+@pytest.mark.parametrize("options, given", [
+    ([], {"standard_id": "C3"}),
+    (["--system", "cie2000", "--parameters", "1,2,1", "--tolerance", "1,1,0.6,0.6,0.6,0.6,1.2", "--verdict", "both", "--illuminants",
+      "TL84,A", "--observer", "2", "--report-title", "<Lot>", "--report-approval", "QA"],
+     {"standard_id": "C4", "system": "cie2000", "kC": 2, "tolerance": [1, 1, .6, .6, .6, .6, 1.2], "verdict": "both",
+      "illuminants": ["TL84", "A"], "observer": 2, "title": "<Lot>", "approval": "QA"}),
+    (["--ellipse", "--tolerance", "9", "--average"], {"standard_id": "C1", "ellipsoid": "system", "tolerance": 9, "average": True})])
+def test_reports(options, given, readings, curve_file, vrx_tool, tmp_path, monkeypatch):
+    monkeypatch.setenv("SOURCE_DATE_EPOCH", "0")
+    page, written = tmp_path / "tool.html", tmp_path / "python.html"
+    vrx_tool("judge", curve_file, readings[0], "--standard-id", given["standard_id"], "--report", page, *options)
+    found = vrx.report(curve_file, str(readings[0]), **given)
+    found.save(written)
+    assert written.read_bytes() == page.read_bytes() and "srcdoc" in found._repr_html_()
+    # From memory there are no files to name; nothing else changes.
+    files = ("<dt>Standards</dt>", "<dt>Trials</dt>")
+    lines = [line for line in found.html.splitlines() if not any(file in line for file in files)]
+    assert vrx.report(vrx.read(curve_file), vrx.read(readings[0]), **given).html.splitlines() == lines
+
+
+def test_reports_of_what_is_in_memory(curves, tmp_path):
+    lamp = vrx.Illuminant("SHOP", np.arange(380, 785, 5), np.ones(81))
+    assert "SHOP/10" in vrx.report(curves[3], curves, [lamp, "A"]).html
+    for standard, given, message in ((curves[:2], {}, "standard_id"), (curves[0], {"tolerance": -1}, "^tolerance"),
+                                     (curves[0] * np.nan, {}, "row 0 is no measurement")):
+        with pytest.raises(ValueError, match=message):
+            vrx.report(standard, curves, **given)
+    with pytest.raises(OSError, match="No such file"):
+        vrx.Report("").save(tmp_path / "none" / "page.html")
+
+
 def test_averages_of_colours_and_blocks(readings, curves):
     xyz = vrx.tristimulus(curves[:6])
     found = vrx.average(xyz, count=3, space="xyz")

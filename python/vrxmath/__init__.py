@@ -66,6 +66,7 @@ from ._formulation import (CalibrationFit, ColorSystem, Correction, LeftoverReci
 from ._judgement import FAIL, PASS, WARNING, Judgement, judge
 from ._reading import Measurements, MeasurementWarning, read
 from ._records import Curve, Standard, Tolerance
+from ._report import Report, report
 from ._samples import Averages, average
 
 __all__ = [
@@ -83,6 +84,7 @@ __all__ = [
     "MeasurementWarning",
     "Measurements",
     "Recipe",
+    "Report",
     "Standard",
     "StockCorrection",
     "Tolerance",
@@ -126,6 +128,7 @@ __all__ = [
     "predict",
     "read",
     "readings_needed",
+    "report",
     "resample",
     "sort",
     "sort_groups",

@@ -71,9 +71,9 @@ class Averages:
         return pandas.DataFrame(columns, index=pandas.Index(self.ids, name="id"))
 
 
-def _places(labels: Sequence[Hashable]) -> dict[Hashable, list[int]]:
+def _places(labels: Sequence[Any]) -> dict[Any, list[int]]:
     """The rows of each label, in the order of the first ones."""
-    places: dict[Hashable, list[int]] = {}
+    places: dict[Any, list[int]] = {}
     for row, label in enumerate(labels):
         places.setdefault(label, []).append(row)
     return places

@@ -1,9 +1,13 @@
 #include <vrxio/files/measurement_table.h>
 
+#include <algorithm>
 #include <span>
+#include <utility>
 
 #include <vrxio/files/curve_reader.h>
 #include <vrxio/files/measurement_files.h>
+#include <vrxio/measurement/wavelength_grid.h>
+#include <vrxio/text/input_error.h>
 
 namespace vrx::io {
 namespace {
@@ -30,7 +34,70 @@ void AddRow(MeasurementTable& table, const CurveReader& reader, const CurveRow& 
   if (measured.hasLab) Keep(table.lab, before, measured.lab);
 }
 
+// The samples of a table, one after the other.
+class TableReader final : public MeasurementReader {
+ public:
+  TableReader(MeasurementTable table, std::string name) : table_(std::move(table)), name_(std::move(name)) {
+    const std::size_t rows = table_.ids.size();
+    const auto fits = [rows](const auto& column, std::size_t width) {
+      return column.empty() || column.size() == rows * width;
+    };
+    const bool fit = fits(table_.names, 1) && fits(table_.geometries, 1) && fits(table_.xyz, 3) &&
+                     fits(table_.lab, 3) && fits(table_.curves, kWavelengths);
+    if (rows == 0 || !fit || (table_.curves.empty() && table_.xyz.empty() && table_.lab.empty()))
+      throw InputError(name_ + ": curves or colours of all samples are expected");
+    if (!table_.curves.empty()) layout_.wavelengths = LibraryWavelengths();
+    layout_.conditions.illuminant = table_.illuminant;
+    layout_.conditions.observer = table_.observer;
+  }
+
+  bool Next(Measurement& sample) override {
+    if (next_ == table_.ids.size()) return false;
+    const std::size_t i = next_++;
+    sample = {};
+    sample.id = table_.ids[i];
+    if (!table_.names.empty()) sample.name = table_.names[i];
+    if (!table_.geometries.empty()) sample.geometry = table_.geometries[i];
+    if (!table_.curves.empty())
+      sample.reflectance = std::span(table_.curves).subspan(i * kWavelengths, kWavelengths);
+    sample.hasXyz = HasXyz();
+    sample.hasLab = !table_.lab.empty();
+    if (sample.hasXyz) std::copy_n(&table_.xyz[3 * i], 3, sample.xyz.begin());
+    if (sample.hasLab) std::copy_n(&table_.lab[3 * i], 3, sample.lab.begin());
+    sample.layout = &layout_;
+    return true;
+  }
+  const MeasurementLayout& FirstLayout() const override { return layout_; }
+  std::string_view FormName() const override { return table_.form; }
+  bool HasIds() const override { return true; }
+  bool HasNames() const override {
+    return std::ranges::any_of(table_.names, [](const std::string& name) { return !name.empty(); });
+  }
+  bool HasGeometries() const override {
+    return std::ranges::any_of(table_.geometries, [](int32_t geometry) { return geometry != kNoGeometry; });
+  }
+  bool HasXyz() const override { return !table_.xyz.empty(); }
+  const std::string& Name() const override { return name_; }
+  uint64_t Size() const override { return table_.ids.size(); }
+  uint64_t Position() const override { return next_; }
+  uint64_t Offset() const override { return next_ - 1; }
+  void SeekTo(uint64_t offset) override { next_ = static_cast<std::size_t>(offset); }
+  bool CanSeek() const override { return true; }
+  void Rewind() override { next_ = 0; }
+  std::string RowPlace() const override { return name_ + ", row " + std::to_string(next_); }
+
+ private:
+  MeasurementTable table_;
+  std::string name_;
+  MeasurementLayout layout_;
+  std::size_t next_ = 0;
+};
+
 }  // namespace
+
+std::unique_ptr<MeasurementReader> OpenMeasurementTable(MeasurementTable table, std::string name) {
+  return std::make_unique<TableReader>(std::move(table), std::move(name));
+}
 
 MeasurementTable ReadMeasurementTable(const std::string& path, const ReadOptions& options) {
   CurveReader reader(OpenMeasurements(path, options), Content::kCurvesOrColors);

@@ -4,6 +4,7 @@
 #define VRXIO_FILES_MEASUREMENT_TABLE_H_
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,11 @@ struct MeasurementTable {
 
 /// Reads all samples of a file. Throws InputError as OpenMeasurements and CurveReader do.
 MeasurementTable ReadMeasurementTable(const std::string& path, const ReadOptions& options = {});
+
+/// Measurements in memory as the readers of files give them: for whatever takes samples one by one. `name` stands for the file in
+/// messages. Names, geometries and colours may be empty; a table has curves, or colours, or both, of all samples. Throws InputError
+/// for columns of other lengths than that of the ids, and for a table without samples or without numbers.
+std::unique_ptr<MeasurementReader> OpenMeasurementTable(MeasurementTable table, std::string name);
 
 }  // namespace vrx::io
 

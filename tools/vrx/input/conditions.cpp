@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <map>
 
 #include <vrxmath/foundation/angles.h>
 
@@ -63,7 +62,8 @@ std::vector<vrxIlluminant> ViewingOptions::Illuminants() const {
       throw InputError("illuminant " + CodeOf(illuminant) + " is named twice");
     }
     list.push_back(illuminant);
-    AskedNames()[illuminant] = NameOfIlluminant(text);
+    const auto own = names.find(illuminant);
+    AskedNames()[illuminant] = own != names.end() ? own->second : NameOfIlluminant(text);
   }
   return list;
 }

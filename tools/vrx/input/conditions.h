@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ struct ViewingOptions {
   std::string usual;        ///< the same
   std::string observer;     ///< empty for the usual one
   IlluminantFileOptions illuminantFiles;
+  std::map<vrxIlluminant, std::string>
+      names;  ///< how results call illuminants that have no code of their own
 
   /// Registers the illuminants of the files first.
   std::vector<vrxIlluminant> Illuminants() const;

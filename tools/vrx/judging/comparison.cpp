@@ -10,6 +10,7 @@ namespace vrx::tool {
 namespace {
 
 CurveReader OpenTrials(const ComparisonOptions& options) {
+  if (options.openTrials) return options.openTrials();
   if (options.standard == "-" && options.trials == "-") {
     throw InputError("the standard and the trials cannot both come from standard input: name a file");
   }

@@ -32,6 +32,8 @@ struct ComparisonOptions {
   /// Where standards come from, when it is no file, and which of them is a trial's where neither the trials nor the options above
   /// say so.
   std::function<CurveReader()> openStandards = nullptr;
+  /// Likewise of trials.
+  std::function<CurveReader()> openTrials = nullptr;
   std::function<std::unique_ptr<Standards>(CurveReader standards)> chooseStandards = nullptr;
   Content content = Content::kCurves;
   CurveInputOptions input;

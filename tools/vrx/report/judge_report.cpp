@@ -79,6 +79,16 @@ JudgeReport::JudgeReport(const ReportOptions& options, const JudgeSettings& sett
 }
 
 void JudgeReport::Finish(const JudgeSummaries& summaries) {
+  Compose(summaries);
+  page_.Save();
+}
+
+std::string JudgeReport::FinishText(const JudgeSummaries& summaries) {
+  Compose(summaries);
+  return page_.Html();
+}
+
+void JudgeReport::Compose(const JudgeSummaries& summaries) {
   showsStandards_ = ShowsStandards();
   page_.AddHtml("<div class=\"first\">\n");
   AddVerdicts(summaries);
@@ -89,7 +99,6 @@ void JudgeReport::Finish(const JudgeSummaries& summaries) {
   if (judged_.Views().size() > 1) AddOverview();
   AddStandards();
   AddColours();
-  page_.Save();
 }
 
 std::string JudgeReport::WordsOf(const JudgedResult& result) const {
@@ -212,13 +221,13 @@ void JudgeReport::AddConditions() {
   page_.AddWarnings(WarningsOf(comparison_.StandardRows(), comparison_.Trials()));
   page_.BeginFacts();
   if (job_.file.empty()) {
-    page_.AddFile(ReportText::kStandardsFile, files_.standards);
+    if (!files_.standards.empty()) page_.AddFile(ReportText::kStandardsFile, files_.standards);
   } else {
     page_.AddFact(ReportText::kJob, job_.file.substr(job_.file.find_last_of("/\\") + 1),
                   TextOf(ReportText::kTrailRow, {job_.row, job_.digest}));
   }
   AddMeasured(comparison_.StandardRows(), standardDates_);
-  page_.AddFile(ReportText::kTrialsFile, files_.trials);
+  if (!files_.trials.empty()) page_.AddFile(ReportText::kTrialsFile, files_.trials);
   AddMeasured(comparison_.Trials(), trialDates_);
   if (!files_.profile.empty()) page_.AddFact(ReportText::kProfile, files_.profile);
   page_.AddFact(ReportText::kSystem, TitleOf(settings_.difference));

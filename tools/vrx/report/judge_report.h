@@ -47,8 +47,11 @@ class JudgeReport {
   void SetJob(JudgeJob job) { job_ = std::move(job); }
   /// Throws InputError or OutputError when the report cannot be written.
   void Finish(const JudgeSummaries& summaries);
+  /// The page as text, in place of a file. Once, as Finish.
+  std::string FinishText(const JudgeSummaries& summaries);
 
  private:
+  void Compose(const JudgeSummaries& summaries);
   using Counts = std::array<std::size_t, 3>;  // by verdict
 
   // The first and the last date that was told, as they were written.
