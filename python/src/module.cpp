@@ -143,6 +143,7 @@ PYBIND11_MODULE(_core, module) {
   DefineReadings(module);
   DefineReporting(module);
   DefineShades(module);
+  DefineToleranceFit(module);
 }
 #undef PyInit__core
 

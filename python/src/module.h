@@ -15,6 +15,7 @@ void DefineFigures(pybind11::module_& module);
 void DefineReporting(pybind11::module_& module);
 void DefineShades(pybind11::module_& module);
 void DefineSingleFigures(pybind11::module_& module);
+void DefineToleranceFit(pybind11::module_& module);
 void DefineDifference(pybind11::module_& module);
 void DefineJudgement(pybind11::module_& module);
 void DefineColorant(pybind11::module_& module);

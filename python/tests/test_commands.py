@@ -98,6 +98,44 @@ def test_reports_of_what_is_in_memory(curves, tmp_path):
         vrx.Report("").save(tmp_path / "none" / "page.html")
 
 
+@pytest.mark.parametrize("options, given", [
+    (["--illuminants", "D65,A"], {"illuminants": ["D65", "A"]}),
+    (["--method", "surface", "--centre", "standard", "--margin", "1.1", "--system", "cie2000", "--observer", "2"],
+     {"method": "surface", "centre": "standard", "margin": 1.1, "system": "cie2000", "observer": 2})])
+def test_fitted_tolerances(options, given, curves, tmp_path, vrx_tool):
+    rows = curves[5] * (1 + np.random.default_rng(3).normal(0, 0.05, (41, 3)) @ [[1] * 40, np.linspace(-1, 1, 40), np.linspace(-1, 1, 40) ** 2])
+    write_csv(tmp_path / "accepted.csv", range(41), rows)
+    fitted = vrx_tool("fit-tolerance", tmp_path / "accepted.csv", *options)
+    found = vrx.fit_tolerance(rows[0], rows[1:], **given)
+    assert np.array_equal(numbers(fitted, *list(fitted[0])[5:]), found)
+
+
+def test_ellipsoids_of_differences(tmp_path, vrx_tool):
+    plain = np.random.default_rng(5).normal(0, 1, (9, 3))
+    write_csv(tmp_path / "plain.csv", range(9), plain, ["dL", "da", "db"])
+    fitted = vrx_tool("fit-tolerance", tmp_path / "plain.csv")
+    assert np.array_equal(numbers(fitted, *list(fitted[0])[5:])[0], vrx.fit_ellipsoid(plain))
+    for wrong, given, message in ((plain[:3], {}, "4 are needed"), (plain * [0, 1, 1], {}, "flat"), (plain, {"margin": 0}, "margin"),
+                                  (plain, {"method": "x"}, "method"), (plain * np.nan, {}, "row 0"), (plain, {"totals": [1]}, "totals")):
+        with pytest.raises(ValueError, match=message):
+            vrx.fit_ellipsoid(wrong, **given)
+
+
+@pytest.mark.parametrize("options, given", [([], {}), (["--system", "cie2000", "--parameters", "2,1,1"], {"system": "cie2000", "kL": 2})])
+def test_limits_from_verdicts(options, given, curves, tmp_path, vrx_tool):
+    rows = curves[5] + np.random.default_rng(3).normal(0, 2, (30, 1)) + np.random.default_rng(4).normal(0, 0.3, (30, 40))
+    decided = np.abs(rows - rows[0]).mean(axis=1) < 2
+    path = tmp_path / "verdicts.csv"
+    path.write_text(f"id,{','.join(map(str, NM))},verdict\n" + "".join(
+        f"{i},{','.join(map(repr, row))},{'accept' if yes else 'reject'}\n" for i, (row, yes) in enumerate(zip(rows.tolist(), decided))))
+    fitted = vrx_tool("fit-tolerance", "--verdicts", path, "--illuminants", "D65,A", *options)
+    found = vrx.fit_limits(rows[0], rows[1:], decided[1:], ["D65", "A"], **given)
+    assert [(row["system"], row["illuminant"], int(row["wrong"])) for row in fitted] == [(one.system, one.illuminant, one.wrong) for one in found]
+    assert np.array_equal(numbers(fitted, "limit", "stress"), [(one.limit, one.stress) for one in found])
+    with pytest.raises(ValueError, match="both are expected"):
+        vrx.fit_limits(rows[0], rows[1:], [True] * 29)
+
+
 def test_averages_of_colours_and_blocks(readings, curves):
     xyz = vrx.tristimulus(curves[:6])
     found = vrx.average(xyz, count=3, space="xyz")

@@ -27,6 +27,7 @@ from ._core import (
     display_rgb,
     dominant_wavelength,
     fit_correction,
+    fit_ellipsoid,
     fit_ganz_griesser,
     fit_limit,
     ganz_griesser,
@@ -68,6 +69,7 @@ from ._reading import Measurements, MeasurementWarning, read
 from ._records import Curve, Standard, Tolerance
 from ._report import Report, report
 from ._samples import Averages, average
+from ._tolerances import LimitFit, fit_limits, fit_tolerance
 
 __all__ = [
     "FAIL",
@@ -81,6 +83,7 @@ __all__ = [
     "Illuminant",
     "Judgement",
     "LeftoverRecipe",
+    "LimitFit",
     "MeasurementWarning",
     "Measurements",
     "Recipe",
@@ -105,8 +108,11 @@ __all__ = [
     "display_rgb",
     "dominant_wavelength",
     "fit_correction",
+    "fit_ellipsoid",
     "fit_ganz_griesser",
     "fit_limit",
+    "fit_limits",
+    "fit_tolerance",
     "ganz_griesser",
     "grade",
     "hunter",

@@ -258,4 +258,25 @@ uint32_t FitEllipseSurface(std::span<const LabDifference> limits, EllipseCentre 
   return 1;
 }
 
+ToleranceFitError FitTolerance(std::span<const LabDifference> accepted, double largestTotal,
+                               const ToleranceFitSettings& settings, CEllipseData& ellipse) {
+  if (accepted.size() < settings.NeededDifferences()) return ToleranceFitError::kTooFew;
+  CEllipseData found = ellipse;
+  const bool isSurface = settings.method == ToleranceFitSettings::kSurface;
+  if (isSurface && FitEllipseSurface(accepted, settings.centre, found) == 0) {
+    const bool isFlat = FitSmallestEllipse(accepted, settings.centre, found) == 0;
+    return isFlat ? ToleranceFitError::kFlat : ToleranceFitError::kNoSurface;
+  }
+  if (!isSurface && FitSmallestEllipse(accepted, settings.centre, found) == 0)
+    return ToleranceFitError::kFlat;
+  for (const std::int32_t axis :
+       {CEllipseData::kLightnessAxis, CEllipseData::kMajorAxis, CEllipseData::kMinorAxis}) {
+    found[axis] *= settings.margin;
+  }
+  found[CEllipseData::kTotalLimit] = largestTotal * settings.margin;
+  found[CEllipseData::kCommercialFactor] = settings.margin;
+  ellipse = found;
+  return ToleranceFitError::kNone;
+}
+
 }  // namespace vrx

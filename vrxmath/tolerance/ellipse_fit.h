@@ -3,6 +3,7 @@
 #ifndef VRXMATH_TOLERANCE_ELLIPSE_FIT_H_
 #define VRXMATH_TOLERANCE_ELLIPSE_FIT_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -38,6 +39,30 @@ enum class EllipseCentre { kFree, kAtStandard };
 /// Out: as FitSmallestEllipse; 0 also when the quadric that fits best is no ellipsoid.
 [[nodiscard]] VRX_API uint32_t FitEllipseSurface(std::span<const LabDifference> limits, EllipseCentre centre,
                                                  CEllipseData& ellipse);
+
+/// How a tolerance is fitted: by FitSmallestEllipse or FitEllipseSurface, and how much wider than what was accepted it is.
+struct ToleranceFitSettings {
+  enum Method { kSmallest, kSurface };
+  Method method = kSmallest;
+  EllipseCentre centre = EllipseCentre::kFree;
+  double margin = 1.0;  ///< the semi-axes and the limit of the total are multiplied by it; above 0
+
+  /// As many differences as the fit has unknowns, and four where fewer would do: three say nothing of a fourth.
+  [[nodiscard]] std::size_t NeededDifferences() const {
+    return method == kSurface && centre == EllipseCentre::kFree ? 7 : 4;
+  }
+};
+
+/// Why there is no ellipsoid: fewer differences than needed; all of one lightness, or on one line of the a*-b* plane; the quadric
+/// that fits best is none.
+enum class ToleranceFitError { kNone, kTooFew, kFlat, kNoSurface };
+
+/// The ellipsoid of accepted differences as a tolerance: its total limit is the largest total that was accepted, times the margin,
+/// which is its factor. `ellipse` is unchanged where there is none.
+[[nodiscard]] VRX_API ToleranceFitError FitTolerance(std::span<const LabDifference> accepted,
+                                                     double largestTotal,
+                                                     const ToleranceFitSettings& settings,
+                                                     CEllipseData& ellipse);
 
 }  // namespace vrx
 

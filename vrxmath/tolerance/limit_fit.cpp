@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <vector>
+#include <tuple>
 
 #include <vrxmath/platform/exceptions.h>
 
@@ -68,6 +68,47 @@ double Stress(std::span<const double> computed, std::span<const double> visual) 
   if (!(squares > 0.0 && visualSquares > 0.0)) return kUnset;
   const double rest = 1.0 - products * products / (squares * visualSquares);
   return 100.0 * std::sqrt(rest > 0.0 ? rest : 0.0);
+}
+
+std::vector<CDifferenceSettings> UsualLimitChoices() {
+  std::vector<CDifferenceSettings> choices;
+  for (const DifferenceSystem& system : DifferenceSystems()) {
+    CDifferenceSettings settings = DefaultSettings(system.number);
+    settings.ownFormula = true;
+    const std::string_view first = system.parameterNames[0];
+    if (first != "l" && first != "kL") {
+      choices.push_back(settings);
+      continue;
+    }
+    for (const double lightness : {1.0, 1.5, 2.0}) {
+      settings.parameters[0] = lightness;
+      choices.push_back(settings);
+    }
+  }
+  return choices;
+}
+
+std::vector<SystemLimitFit> FitLimits(std::span<const CDifferenceSettings> choices,
+                                      std::span<const std::vector<double>> totals,
+                                      std::span<const std::uint8_t> accepted) {
+  if (choices.empty() || totals.size() % choices.size() != 0) throw CInvalidArgException();
+  std::vector<double> visual;
+  visual.reserve(accepted.size());
+  for (const std::uint8_t yes : accepted) visual.push_back(yes != 0 ? 0.0 : 1.0);
+  const std::size_t illuminants = totals.size() / choices.size();
+  std::vector<SystemLimitFit> fits;
+  for (std::size_t i = 0; i < totals.size(); ++i) {
+    SystemLimitFit& one = fits.emplace_back();
+    one.difference = choices[i / illuminants];
+    one.illuminant = i % illuminants;
+    if (!std::ranges::all_of(totals[i], [](double total) { return total >= 0.0; })) continue;
+    one.fit = FitLimit(totals[i], accepted);
+    one.stress = Stress(totals[i], visual);
+  }
+  std::ranges::stable_sort(fits, {}, [](const SystemLimitFit& one) {
+    return std::tuple(IsUnset(one.fit.limit), one.fit.Wrong(), one.stress);
+  });
+  return fits;
 }
 
 }  // namespace vrx

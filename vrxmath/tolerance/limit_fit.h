@@ -7,7 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
+#include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/export.h>
 #include <vrxmath/foundation/numbers.h>
 
@@ -34,6 +36,23 @@ struct LimitFit {
 /// the people that rejected a pair. Formula: Garcia, Huertas, Melgosa and Cui, J. Opt. Soc. Am. A 24, 2007, 1823-1829.
 /// Unset without numbers, and where all differences of one kind are 0. Errors: CInvalidArgException for counts that differ.
 [[nodiscard]] VRX_API double Stress(std::span<const double> computed, std::span<const double> visual);
+
+/// A difference system under one illuminant, and the limit that agrees best with the verdicts.
+struct SystemLimitFit {
+  CDifferenceSettings difference;
+  std::size_t illuminant = 0;  ///< its place among those of the totals
+  LimitFit fit;                ///< its limit is unset where the system has no total for some trial
+  double stress = kUnset;
+};
+
+/// Every difference system as people use it, those with a factor of lightness with 1, 1.5 and 2.
+[[nodiscard]] VRX_API std::vector<CDifferenceSettings> UsualLimitChoices();
+
+/// The limits of several choices of a system, the best first: by wrong decisions, then by STRESS.
+/// In:  totals by choice and within it by illuminant, of every trial; a verdict of each, 1 for accepted and 0 for rejected.
+[[nodiscard]] VRX_API std::vector<SystemLimitFit> FitLimits(std::span<const CDifferenceSettings> choices,
+                                                            std::span<const std::vector<double>> totals,
+                                                            std::span<const std::uint8_t> accepted);
 
 }  // namespace vrx
 

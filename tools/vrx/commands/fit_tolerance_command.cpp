@@ -30,8 +30,6 @@
 namespace vrx::tool {
 namespace {
 
-enum class Method { kSmallest, kSurface };
-
 struct FitOptions {
   std::string accepted;
   std::string verdicts;
@@ -39,9 +37,7 @@ struct FitOptions {
   std::string standard;
   std::string standardId;
   bool pairs = false;
-  Method method = Method::kSmallest;
-  EllipseCentre centre = EllipseCentre::kFree;
-  double margin = 1.0;
+  ToleranceFitSettings fit;
   ViewingOptions viewing;
   SystemOptions system;
   CurveInputOptions input;
@@ -166,42 +162,23 @@ Accepted ReadDifferences(CsvReader csv, const FitOptions& options) {
   return accepted;
 }
 
-uint32_t FitBy(Method method, const Cloud& cloud, EllipseCentre centre, CEllipseData& ellipse) {
-  return method == Method::kSmallest ? FitSmallestEllipse(cloud.differences, centre, ellipse)
-                                     : FitEllipseSurface(cloud.differences, centre, ellipse);
-}
-
-// Why there is no ellipsoid.
-std::string Objection(const Cloud& cloud, const FitOptions& options) {
+CEllipseData Fit(const Cloud& cloud, const ToleranceFitSettings& settings, const std::string& place) {
   CEllipseData ellipse;
-  if (FitBy(Method::kSmallest, cloud, options.centre, ellipse) == 0) {
-    return "the accepted differences are flat: they have the same lightness, or lie on one line in the a*-b* "
-           "plane";
+  switch (FitTolerance(cloud.differences, cloud.largestTotal, settings, ellipse)) {
+    case ToleranceFitError::kTooFew:
+      throw InputError(place + ": " + std::to_string(cloud.differences.size()) +
+                       " accepted differences are not enough; the fit needs " +
+                       std::to_string(settings.NeededDifferences()));
+    case ToleranceFitError::kFlat:
+      throw InputError(
+          place +
+          ": the accepted differences are flat: they have the same lightness, or lie on one line in "
+          "the a*-b* plane");
+    case ToleranceFitError::kNoSurface:
+      throw InputError(place + ": no ellipsoid has its surface near the differences; use --method smallest");
+    case ToleranceFitError::kNone:
+      break;
   }
-  return "no ellipsoid has its surface near the differences; use --method smallest";
-}
-
-// As many differences as the fit has unknowns, and four where fewer would do: three say nothing of a fourth.
-std::size_t NeededDifferences(const FitOptions& options) {
-  return options.method == Method::kSurface && options.centre == EllipseCentre::kFree ? 7 : 4;
-}
-
-CEllipseData Fit(const Cloud& cloud, const FitOptions& options, const std::string& place) {
-  if (const std::size_t count = cloud.differences.size(); count < NeededDifferences(options)) {
-    throw InputError(place + ": " + std::to_string(count) +
-                     " accepted differences are not enough; the fit needs " +
-                     std::to_string(NeededDifferences(options)));
-  }
-  CEllipseData ellipse;
-  if (FitBy(options.method, cloud, options.centre, ellipse) == 0) {
-    throw InputError(place + ": " + Objection(cloud, options));
-  }
-  for (const int32_t axis :
-       {CEllipseData::kLightnessAxis, CEllipseData::kMajorAxis, CEllipseData::kMinorAxis}) {
-    ellipse[axis] *= options.margin;
-  }
-  ellipse[CEllipseData::kTotalLimit] = cloud.largestTotal * options.margin;
-  ellipse[CEllipseData::kCommercialFactor] = options.margin;
   return ellipse;
 }
 
@@ -237,12 +214,13 @@ void WriteFits(const Accepted& accepted, const FitOptions& options) {
   report.AddFile(ReportText::kAccepted, options.accepted);
   report.AddFile(ReportText::kStandardsFile, options.standard);
   report.AddInput(accepted.measured, accepted.date, accepted.warnings);
-  report.AddFact(ReportText::kMethod, options.method == Method::kSmallest ? "smallest" : "surface");
-  report.AddFact(ReportText::kMargin, FixedText(options.margin));
+  report.AddFact(ReportText::kMethod,
+                 options.fit.method == ToleranceFitSettings::kSmallest ? "smallest" : "surface");
+  report.AddFact(ReportText::kMargin, FixedText(options.fit.margin));
   const auto rows = report.Rows(options.format, output, std::move(columns));
   for (const auto& [key, cloud] : accepted.clouds) {
     const auto& [geometry, i] = key;
-    const CEllipseData ellipse = Fit(cloud, options, accepted.Place(geometry, i));
+    const CEllipseData ellipse = Fit(cloud, options.fit, accepted.Place(geometry, i));
     rows->Text(accepted.standard);
     rows->Text(GeometryName(geometry));
     rows->Text(accepted.system);
@@ -272,7 +250,7 @@ std::string ParametersText(const CDifferenceSettings& settings) {
 
 void WriteVerdictFits(const VerdictFits& result, const JudgeSettings& conditions, RowWriter& rows) {
   const double all = static_cast<double>(result.accepted + result.rejected);
-  for (const VerdictFit& one : result.fits) {
+  for (const SystemLimitFit& one : result.fits) {
     rows.Text(ShortNameOf(one.difference.system));
     rows.Text(ParametersText(one.difference));
     rows.Text(ShownIlluminant(conditions.illuminants[one.illuminant]));
@@ -302,7 +280,7 @@ void RunVerdicts(const FitOptions& given) {
   conditions.angle = options.system.Angle();
   const VerdictFits result = FitVerdicts(
       trials, *standards, conditions,
-      options.everySystem ? UsualChoices() : std::vector<CDifferenceSettings>{options.system.Settings()},
+      options.everySystem ? UsualLimitChoices() : std::vector<CDifferenceSettings>{options.system.Settings()},
       options.standard.empty());
   OutputStream output;
   ResultReport report(options.report, ReportText::kAccepted);
@@ -367,7 +345,7 @@ void OpenJobOf(FitOptions& options, const Command& command) {
 void RunFit(FitOptions& options, const Command& command) {
   if (!options.verdicts.empty()) return RunVerdicts(options);
   OpenJobOf(options, command);
-  if (!(options.margin > 0 && options.margin <= 100)) {
+  if (!(options.fit.margin > 0 && options.fit.margin <= 100)) {
     throw InputError("--margin: must be a factor above 0 and up to 100");
   }
   const Accepted accepted = ReadAccepted(options);
@@ -394,12 +372,13 @@ void AddOptions(Command& command, FitOptions& options) {
   id.Shows("ID [first row]");
   command.AddFlag("--pairs", options.pairs, "Compare each trial with the standard of the same id")
       .Excludes(id);
-  command.AddChoice("--method", options.method, {"smallest", "surface"},
+  command.AddChoice("--method", options.fit.method, {"smallest", "surface"},
                     "smallest: the smallest ellipsoid that contains every accepted trial; surface: the one "
                     "whose surface is nearest to trials at the limit of acceptance");
-  command.AddChoice("--centre", options.centre, {"free", "standard"},
+  command.AddChoice("--centre", options.fit.centre, {"free", "standard"},
                     "Centre of the ellipsoid: wherever it fits best, or at the standard");
-  command.AddOption("--margin", options.margin, "Multiply the semi-axes and the limit of the total by this")
+  command
+      .AddOption("--margin", options.fit.margin, "Multiply the semi-axes and the limit of the total by this")
       .Shows("FACTOR [1]");
   AddViewingOptions(command, options.viewing, "D65,A,CWF");
   AddSystemOptions(command, options.system, "cmc");

@@ -1,10 +1,8 @@
 #include "tools/vrx/judging/verdict_fit.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 #include <string>
-#include <tuple>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/terminal.h"
@@ -37,7 +35,8 @@ std::uint8_t VerdictOf(const CurveReader& trials, const CurveRow& trial) {
 // Totals by choice and illuminant, trial after trial, and the verdicts on them.
 class Collected {
  public:
-  Collected(const JudgeSettings& conditions, const std::vector<CDifferenceSettings>& choices) {
+  Collected(const JudgeSettings& conditions, const std::vector<CDifferenceSettings>& choices)
+      : choices_(choices) {
     settings_.reserve(choices.size());
     for (const CDifferenceSettings& choice : choices) {
       settings_.push_back(conditions);
@@ -64,26 +63,12 @@ class Collected {
     VerdictFits result;
     result.accepted = static_cast<std::size_t>(std::ranges::count(accepted_, std::uint8_t{1}));
     result.rejected = accepted_.size() - result.accepted;
-    std::vector<double> visual;
-    visual.reserve(accepted_.size());
-    for (const std::uint8_t yes : accepted_) visual.push_back(yes != 0 ? 0.0 : 1.0);
-    const std::size_t illuminants = totals_.size() / settings_.size();
-    for (std::size_t i = 0; i < totals_.size(); ++i) {
-      VerdictFit& one = result.fits.emplace_back();
-      one.difference = settings_[i / illuminants].difference;
-      one.illuminant = i % illuminants;
-      const bool isSound = std::ranges::all_of(totals_[i], [](double total) { return total >= 0.0; });
-      if (!isSound) continue;
-      one.fit = FitLimit(totals_[i], accepted_);
-      one.stress = Stress(totals_[i], visual);
-    }
-    std::ranges::stable_sort(result.fits, {}, [](const VerdictFit& fit) {
-      return std::tuple(IsUnset(fit.fit.limit), fit.fit.Wrong(), fit.stress);
-    });
+    result.fits = FitLimits(choices_, totals_, accepted_);
     return result;
   }
 
  private:
+  const std::vector<CDifferenceSettings>& choices_;
   std::vector<JudgeSettings> settings_;
   std::vector<Judge> judges_;
   std::vector<std::vector<double>> totals_;
@@ -94,24 +79,6 @@ class Collected {
 
 bool IsVerdictHeading(std::string_view heading) {
   return EqualsIgnoringCase(heading, "verdict");
-}
-
-std::vector<CDifferenceSettings> UsualChoices() {
-  std::vector<CDifferenceSettings> choices;
-  for (const DifferenceSystem& system : DifferenceSystems()) {
-    CDifferenceSettings settings = DefaultSettings(system.number);
-    settings.ownFormula = true;
-    const std::string_view first = system.parameterNames[0];
-    if (first != "l" && first != "kL") {
-      choices.push_back(settings);
-      continue;
-    }
-    for (const double lightness : {1.0, 1.5, 2.0}) {
-      settings.parameters[0] = lightness;
-      choices.push_back(settings);
-    }
-  }
-  return choices;
 }
 
 VerdictFits FitVerdicts(CurveReader& trials, Standards& standards, const JudgeSettings& conditions,

@@ -19,21 +19,10 @@ namespace vrx::tool {
 /// True for the heading of the column that holds what people decided.
 bool IsVerdictHeading(std::string_view heading);
 
-/// Every difference system, those with a factor of lightness with 1, 1.5 and 2.
-std::vector<CDifferenceSettings> UsualChoices();
-
-/// A difference system under one illuminant, and the limit that agrees best with the verdicts.
-struct VerdictFit {
-  CDifferenceSettings difference;
-  std::size_t illuminant = 0;  ///< its index in the conditions
-  LimitFit fit;                ///< its limit is unset where the system has no total for some trial
-  double stress = kUnset;
-};
-
 /// The fits of a file.
 struct VerdictFits {
   std::size_t accepted = 0, rejected = 0;  ///< by people
-  std::vector<VerdictFit> fits;            ///< the best first
+  std::vector<SystemLimitFit> fits;        ///< the best first; illuminants by their place in the conditions
 };
 
 /// Reads trials with their verdicts to the end, and fits every choice. A row that is the standard of the file itself
