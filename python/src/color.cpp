@@ -41,8 +41,8 @@ void FillTristimulus(const Rows& curves, std::span<const vrxIlluminant> illumina
 }
 
 py::array Tristimulus(const py::object& curves, const py::object& illuminant, int observer,
-                      const py::object& out, int threads) {
-  const Rows rows = CurvesOf(curves, "curves", true);
+                      const py::object& wavelengths, const py::object& out, int threads) {
+  const Rows rows = CurvesAt(curves, "curves", wavelengths, true);
   bool single = false;
   const std::vector<vrxIlluminant> illuminants = IlluminantsOf(illuminant, single);
   const std::int32_t code = ObserverOf(observer);
@@ -175,7 +175,8 @@ void DefineTo(py::module_& module, Conversion convert, PolarConversion convertPo
 
 void DefineColor(py::module_& module) {
   module.def("tristimulus", &Tristimulus, py::arg("curves"), py::arg("illuminant") = "D65",
-             py::arg("observer") = 10, py::kw_only(), py::arg("out") = py::none(), py::arg("threads") = 1,
+             py::arg("observer") = 10, py::kw_only(), py::arg("wavelengths") = py::none(),
+             py::arg("out") = py::none(), py::arg("threads") = 1,
              R"(Tristimulus values of reflectance curves (ASTM E308).
 
 Parameters
@@ -187,6 +188,8 @@ illuminant : str, int, Illuminant, or a sequence of them
     Such as ``"D65"``. Several are computed in one pass.
 observer : int
     2 or 10 degrees.
+wavelengths : sequence of n, optional
+    Those of curves of shape (..., n), in nm, in any order: they are brought to the grid as :func:`resample` does it.
 out : numpy.ndarray, optional
     Where the result goes: C-contiguous float64 of the result's shape.
 threads : int

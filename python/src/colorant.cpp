@@ -52,9 +52,10 @@ CurveBatch BatchOf(const Rows& rows, std::size_t from, std::size_t count) {
 
 py::object Strength(const py::object& standard, const py::object& batch, bool absorbance,
                     std::pair<double, double> band, const std::string& specular, double k1, double k2,
-                    int threads) {
+                    const py::object& wavelengths, int threads) {
   const StrengthSumSettings settings = StrengthSettingsOf(absorbance, band, specular, k1, k2);
-  const Rows standards = CurvesOf(standard, "standard"), batches = CurvesOf(batch, "batch");
+  const Rows standards = CurvesAt(standard, "standard", wavelengths);
+  const Rows batches = CurvesAt(batch, "batch", wavelengths);
   const std::vector<py::ssize_t> lead = CommonLead(standards, "standard", batches, "batch");
   py::array_t<double> result(lead);
   double* target = result.mutable_data();
@@ -75,9 +76,10 @@ py::object Strength(const py::object& standard, const py::object& batch, bool ab
   return result;
 }
 
-py::array Ks(const py::object& curves, const std::string& specular, double k1, double k2, int threads) {
+py::array Ks(const py::object& curves, const std::string& specular, double k1, double k2,
+             const py::object& wavelengths, int threads) {
   const SaundersonMode mode = ModeOf(specular);
-  const Rows rows = CurvesOf(curves, "curves");
+  const Rows rows = CurvesAt(curves, "curves", wavelengths);
   py::array_t<double> result = ResultArray(rows.lead, {static_cast<py::ssize_t>(kSamples)}, py::none());
   double* target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
@@ -100,7 +102,7 @@ void DefineColorant(py::module_& module) {
   module.def("strength", &Strength, py::arg("standard"), py::arg("batch"), py::kw_only(),
              py::arg("absorbance") = false, py::arg("band") = std::pair(400.0, 700.0),
              py::arg("specular") = "included", py::arg("k1") = 0.04, py::arg("k2") = 0.6,
-             py::arg("threads") = 1,
+             py::arg("wavelengths") = py::none(), py::arg("threads") = 1,
              R"(Strength of batches of a colorant against a standard, in percent: the sum of K/S over a band.
 
 Parameters
@@ -115,7 +117,8 @@ specular : str
     Whether the readings hold the surface reflection: ``"included"``, ``"excluded"``, or ``"none"`` for no correction.
 k1, k2 : float
     Saunderson's surface constants.
-threads : int
+wavelengths, threads
+    As for :func:`tristimulus`.
 
 Returns
 -------
@@ -124,14 +127,14 @@ numpy.ndarray, shape (...); float for one pair
 )");
   module.def(
       "ks", &Ks, py::arg("curves"), py::kw_only(), py::arg("specular") = "included", py::arg("k1") = 0.04,
-      py::arg("k2") = 0.6, py::arg("threads") = 1,
+      py::arg("k2") = 0.6, py::arg("wavelengths") = py::none(), py::arg("threads") = 1,
       R"(Ratio of absorption to scattering of opaque films (Kubelka and Munk), behind Saunderson's correction.
 
 Parameters
 ----------
 curves : array_like, shape (..., 40)
     Reflectance in percent.
-specular, k1, k2, threads
+specular, k1, k2, wavelengths, threads
     As for :func:`strength`.
 
 Returns

@@ -1,21 +1,36 @@
-// Curves of Python arguments: arrays on the library's grid, and tables that say their wavelengths.
+// Curves of Python arguments: arrays on the library's grid, arrays with wavelengths beside them, and what says its own.
 
 #ifndef PYTHON_SRC_CURVES_H_
 #define PYTHON_SRC_CURVES_H_
 
 #include <cstddef>
 #include <pybind11/pybind11.h>
+#include <string>
 
 #include "python/src/arrays.h"
 
 namespace vrx::python {
 
+/// Rows of curves on the library's grid.
+struct Curves : Rows {
+  std::string
+      note;  ///< what was done to bring them there, in the tool's words; empty for curves that were there already
+};
+
 /// The curves of an argument as rows of 40 samples, 360, 370 ... 750 nm, or rows of `otherWidth` numbers that are no curves.
-/// What has labels, a DataFrame of pandas or a Series, is taken by them: columns whose labels are wavelengths (360, "400 nm",
-/// "R400"), in whatever order, brought to the grid as curves of files are; other columns are names and no samples. Labels
-/// that only count (0, 1, 2 ...) say nothing. Everything else as by RowsOf. Throws ValueError, which names the argument;
-/// warns where a part of 400 to 700 nm was not measured.
+/// `wavelengths`, unless it is None, are those of the last axis, in nm, in any order: the values are brought to the grid as
+/// curves of files are (io::WavelengthGrid), under the same rules (io::FaultOfWavelengths). What has labels, a DataFrame of
+/// pandas or a Series, is taken by them: columns whose labels are wavelengths (360, "400 nm", "R400"), in whatever order;
+/// labels that only count (0, 1, 2 ...) say nothing. Everything else as by RowsOf. Throws ValueError, which names the
+/// argument; warns where a part of 400 to 700 nm was not measured.
+Curves CurvesAt(const py::handle& argument, const char* name, const py::handle& wavelengths,
+                bool floats = false, std::size_t otherWidth = 0);
+
+/// The same without wavelengths beside them.
 Rows CurvesOf(const py::handle& argument, const char* name, bool floats = false, std::size_t otherWidth = 0);
+
+/// Whether an argument that may hold colours instead holds curves.
+bool AreCurves(const py::handle& argument, const py::handle& wavelengths);
 
 }  // namespace vrx::python
 

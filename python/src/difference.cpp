@@ -157,12 +157,6 @@ struct SearchColors {
   }
 };
 
-bool AreCurves(const py::object& argument) {
-  const auto array = py::array::ensure(argument);
-  if (!array) PyErr_Clear();
-  return array && array.ndim() > 0 && array.shape(array.ndim() - 1) == static_cast<py::ssize_t>(kSamples);
-}
-
 SearchColors FromCoordinates(const Rows& rows, const Space& space, int threads) {
   SearchColors colors{rows.lead, rows.count, {{{{}, std::vector<double>(5 * rows.count)}}}};
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
@@ -183,8 +177,9 @@ SearchColors FromColors(const py::object& argument, const char* name, const Spac
 }
 
 SearchColors FromCurves(const py::object& argument, const char* name, const Space& space,
-                        const std::vector<vrxIlluminant>& illuminants, int threads) {
-  const Rows curves = CurvesOf(argument, name, true);
+                        const std::vector<vrxIlluminant>& illuminants, const py::object& wavelengths,
+                        int threads) {
+  const Rows curves = CurvesAt(argument, name, wavelengths, true);
   const Samples samples = SamplesOf(curves, 0, curves.count);
   const py::gil_scoped_release unlocked;
   return {curves.lead, curves.count,
@@ -193,19 +188,20 @@ SearchColors FromCurves(const py::object& argument, const char* name, const Spac
 
 py::tuple Nearest(const py::object& samples, const py::object& standards, std::size_t count,
                   const std::string& system, const py::object& illuminant, int observer,
-                  const py::object& space, double angle, int threads, const py::kwargs& parameters) {
+                  const py::object& space, const py::object& wavelengths, double angle, int threads,
+                  const py::kwargs& parameters) {
   const CDifferenceSettings settings = SettingsOf(system, parameters);
   bool single = false;
   const std::vector<vrxIlluminant> illuminants = IlluminantsOf(illuminant, single);
   if (count == 0) throw py::value_error("count: at least 1 is expected");
   const Space in = SpaceOf(space, settings, py::int_(static_cast<int>(illuminants.front())), observer);
   RequireThreads(threads);
-  const bool areCurves = AreCurves(samples);
-  if (areCurves != AreCurves(standards))
+  const bool areCurves = AreCurves(samples, wavelengths);
+  if (areCurves != AreCurves(standards, wavelengths))
     throw py::value_error("samples and standards: both curves, or both colours");
   if (!areCurves && !single) throw py::value_error("illuminant: several need curves, shape (..., 40)");
   const auto colorsOf = [&](const py::object& argument, const char* name) {
-    return areCurves ? FromCurves(argument, name, in, illuminants, threads)
+    return areCurves ? FromCurves(argument, name, in, illuminants, wavelengths, threads)
                      : FromColors(argument, name, in, threads);
   };
   const SearchColors trials = colorsOf(samples, "samples"), library = colorsOf(standards, "standards");
@@ -268,8 +264,8 @@ numpy.ndarray, shape (...) or (..., 7) with ``components``; float for a single p
 )");
   module.def("nearest", &Nearest, py::arg("samples"), py::arg("standards"), py::arg("count") = 10,
              py::kw_only(), py::arg("system") = "cie2000", py::arg("illuminant") = "D65",
-             py::arg("observer") = 10, py::arg("space") = py::none(), py::arg("angle") = 45.0,
-             py::arg("threads") = 1,
+             py::arg("observer") = 10, py::arg("space") = py::none(), py::arg("wavelengths") = py::none(),
+             py::arg("angle") = 45.0, py::arg("threads") = 1,
              R"(The nearest standards of each sample, exactly.
 
 Parameters
@@ -281,6 +277,8 @@ count : int
 illuminant : str, int, Illuminant, or a sequence of them
     With several, which need curves, a standard is as far away as under the worst of them, so that a metamer is not taken
     for a match.
+wavelengths
+    Those of curves, as for :func:`tristimulus`.
 system, space, angle, **parameters
     As for :func:`delta`.
 

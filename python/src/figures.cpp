@@ -30,11 +30,12 @@ CurveBatch CurveBatchFrom(const Rows& rows, std::size_t from, std::size_t count)
   return {std::span(rows.Doubles() + from * rows.stride, (count - 1) * rows.stride + 40), rows.stride};
 }
 
-py::array_t<double> DensitiesOfCurves(const py::object& curves, const std::string& status, int threads) {
+py::array_t<double> DensitiesOfCurves(const py::object& curves, const std::string& status,
+                                      const py::object& wavelengths, int threads) {
   const std::string letters = "aemt";
   const std::size_t place = status.size() == 1 ? letters.find(status) : std::string::npos;
   if (place == std::string::npos) throw py::value_error("status: \"a\", \"e\", \"m\" or \"t\" is expected");
-  const Rows rows = CurvesOf(curves, "curves");
+  const Rows rows = CurvesAt(curves, "curves", wavelengths);
   py::array_t<double> result = ResultArray(rows.lead, {4}, py::none());
   double* target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
@@ -111,7 +112,7 @@ std::int64_t ReadingsFor(double deviation, std::int64_t known, double within, do
 
 void DefineFigures(py::module_& module) {
   module.def("densities", &DensitiesOfCurves, py::arg("curves"), py::arg("status") = "t", py::kw_only(),
-             py::arg("threads") = 1,
+             py::arg("wavelengths") = py::none(), py::arg("threads") = 1,
              R"(Densities of print: through red, green and blue, and visual (ISO 5-3), absolute.
 
 Parameters
@@ -120,6 +121,8 @@ curves : array_like, shape (..., 40)
     Reflectances in percent, 360 to 750 nm.
 status : str
     ``"a"``, ``"e"``, ``"m"`` or ``"t"``.
+wavelengths
+    As for :func:`tristimulus`.
 
 Returns
 -------

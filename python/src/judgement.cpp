@@ -258,16 +258,25 @@ double TotalLimitOf(const JudgeStandards& standards) {
   return std::get<CBoxTolData>(limits)[CBoxTolData::kTotal];
 }
 
+// What was done to bring curves to the grid, for a person.
+py::list NotesOf(const Curves& standards, const Curves& samples) {
+  py::list notes;
+  if (!standards.note.empty()) notes.append("standard: " + standards.note);
+  if (!samples.note.empty()) notes.append("samples: " + samples.note);
+  return notes;
+}
+
 py::tuple Judge(const py::object& standard, const py::object& samples, const py::object& illuminants,
                 int observer, const std::string& system, const py::object& tolerance,
                 const py::object& ellipsoid, const py::object& geometry, const py::object& of,
                 const std::string& verdict, double warning, const py::object& grade, double leastGrade,
-                const py::object& mostInconstancy, int threads, const py::kwargs& parameters) {
-  const Rows standardRows = CurvesOf(standard, "standard", true);
+                const py::object& mostInconstancy, const py::object& wavelengths, int threads,
+                const py::kwargs& parameters) {
+  const Curves standardRows = CurvesAt(standard, "standard", wavelengths, true);
   if (standardRows.lead.size() > 1 || standardRows.count == 0) {
     throw py::value_error("standard: expected shape (40,) or (k, 40)");
   }
-  const Rows trials = CurvesOf(samples, "samples", true);
+  const Curves trials = CurvesAt(samples, "samples", wavelengths, true);
   if (trials.lead.size() > 1) throw py::value_error("samples: expected shape (n, 40) or (40,)");
   if (std::isnan(warning)) throw py::value_error("warning: a number is expected");
   bool single = false;
@@ -300,7 +309,7 @@ py::tuple Judge(const py::object& standard, const py::object& samples, const py:
   InBlocks(trials.count, threads,
            [&](std::size_t from, std::size_t count) { JudgeBlock(judging, from, count); });
   return py::make_tuple(outcome.differences, outcome.verdicts, outcome.words, outcome.broken, outcome.excess,
-                        TotalLimitOf(standards));
+                        TotalLimitOf(standards), NotesOf(standardRows, trials));
 }
 
 constexpr std::size_t kShadeWords = kBluer + 1;
@@ -343,7 +352,7 @@ void DefineJudgement(py::module_& module) {
   module.def("judge", &Judge, py::arg("standard"), py::arg("samples"), py::arg("illuminants"),
              py::arg("observer"), py::kw_only(), py::arg("system"), py::arg("tolerance"),
              py::arg("ellipsoid"), py::arg("geometry"), py::arg("of"), py::arg("verdict"), py::arg("warning"),
-             py::arg("grade"), py::arg("least_grade"), py::arg("most_inconstancy"), py::arg("threads"));
+             py::arg("grade"), py::arg("least_grade"), py::arg("most_inconstancy"), py::arg("wavelengths"), py::arg("threads"));
   module.def("shade_phrases", &PhrasesOf, py::arg("codes"));
   py::list codes;
   for (const vrxIlluminant illuminant : JudgeDefaults::kIlluminants)

@@ -94,11 +94,12 @@ py::dict RenderingOf(const py::object& wavelengths, const py::object& power, boo
 }
 
 py::object InconstancyOf(const py::object& curves, const py::object& reference, const py::object& test,
-                         int degrees, const std::string& system, int threads, const py::kwargs& parameters) {
+                         int degrees, const std::string& system, const py::object& wavelengths, int threads,
+                         const py::kwargs& parameters) {
   const CDifferenceSettings settings = SettingsOf(system, parameters);
   const vrxIlluminant first = IlluminantOf(reference), second = IlluminantOf(test);
   const std::int32_t observer = ObserverOf(degrees);
-  const Rows rows = CurvesOf(curves, "curves");
+  const Rows rows = CurvesAt(curves, "curves", wavelengths);
   py::array_t<double> result = ResultArray(rows.lead, {}, py::none());
   double* const target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
@@ -198,8 +199,8 @@ py::array_t<double> FittedGanzGriesser(const py::object& xyz, const std::vector<
   return result;
 }
 
-std::vector<CReflData> CurveList(const py::object& curves, const char* name) {
-  const Rows rows = CurvesOf(curves, name);
+std::vector<CReflData> CurveList(const py::object& curves, const char* name, const py::object& wavelengths) {
+  const Rows rows = CurvesAt(curves, name, wavelengths);
   std::vector<CReflData> list(rows.count);
   for (std::size_t i = 0; i < rows.count; ++i)
     std::copy_n(rows.Doubles() + i * rows.stride, kSamples, list[i].begin());
@@ -207,7 +208,7 @@ std::vector<CReflData> CurveList(const py::object& curves, const char* name) {
 }
 
 py::array_t<double> FittedCorrection(const py::object& reference, const py::object& other,
-                                     const std::vector<std::string>& terms) {
+                                     const std::vector<std::string>& terms, const py::object& wavelengths) {
   std::uint32_t bits = 0;
   for (const std::string& term : terms) {
     const auto found = std::ranges::find(io::kCorrectionTerms, term);
@@ -216,8 +217,8 @@ py::array_t<double> FittedCorrection(const py::object& reference, const py::obje
                             "\" is none of zero, scale, nonlinear, wavelength, bandwidth");
     bits |= 1U << static_cast<std::uint32_t>(found - io::kCorrectionTerms.begin());
   }
-  const auto profile =
-      InstrumentProfile::Fit(CurveList(reference, "reference"), CurveList(other, "other"), bits);
+  const auto profile = InstrumentProfile::Fit(CurveList(reference, "reference", wavelengths),
+                                              CurveList(other, "other", wavelengths), bits);
   if (!profile)
     throw py::value_error(
         "reference: the same tiles by both are expected, two more than terms, all measured");
@@ -227,14 +228,15 @@ py::array_t<double> FittedCorrection(const py::object& reference, const py::obje
   return result;
 }
 
-py::array_t<double> CorrectedCurves(const py::object& curves, const py::object& factors) {
+py::array_t<double> CorrectedCurves(const py::object& curves, const py::object& factors,
+                                    const py::object& wavelengths) {
   const Rows given = RowsOf(factors, "factors", kInstrumentTerms);
   std::vector<Factors> own(given.count);
   for (std::size_t i = 0; i < given.count; ++i)
     std::copy_n(given.Doubles() + i * given.stride, kInstrumentTerms, own[i].begin());
   const auto profile = InstrumentProfile::FromFactors(own);
   if (!profile) throw py::value_error("factors: finite numbers of shape (40, 5) are expected");
-  const Rows rows = CurvesOf(curves, "curves");
+  const Rows rows = CurvesAt(curves, "curves", wavelengths);
   py::array_t<double> result = ResultArray(rows.lead, {kSamples}, py::none());
   for (std::size_t i = 0; i < rows.count; ++i) {
     CReflData reading;
@@ -312,7 +314,8 @@ Examples
 )");
   module.def(
       "inconstancy", &InconstancyOf, py::arg("curves"), py::arg("reference") = "D65", py::arg("test") = "A",
-      py::arg("observer") = 10, py::arg("system") = "cie2000", py::kw_only(), py::arg("threads") = 1,
+      py::arg("observer") = 10, py::arg("system") = "cie2000", py::kw_only(),
+      py::arg("wavelengths") = py::none(), py::arg("threads") = 1,
       R"(How far the colour of a curve drifts from one illuminant to another, adapted completely by CAT16.
 
 Parameters
@@ -320,6 +323,8 @@ Parameters
 curves : array_like, shape (..., 40)
 system : str
     The difference system, whose parameters may follow.
+wavelengths, threads
+    As for :func:`tristimulus`.
 
 Returns
 -------
@@ -420,7 +425,8 @@ numpy.ndarray, shape (6,)
 )");
   module.def(
       "fit_correction", &FittedCorrection, py::arg("reference"), py::arg("other"),
-      py::arg("terms") = std::vector<std::string>{"zero", "scale", "wavelength"},
+      py::arg("terms") = std::vector<std::string>{"zero", "scale", "wavelength"}, py::kw_only(),
+      py::arg("wavelengths") = py::none(),
       R"(What makes readings of one instrument those of a reference, from tiles that both measured (Berns and Petersen 1988).
 
 Parameters
@@ -429,19 +435,24 @@ reference, other : array_like, shape (n, 40)
     The same tiles in the same order; two more than terms at least.
 terms : sequence of str
     ``"zero"``, ``"scale"``, ``"nonlinear"``, ``"wavelength"``, ``"bandwidth"``.
+wavelengths
+    As for :func:`tristimulus`.
 
 Returns
 -------
 numpy.ndarray, shape (40, 5)
     Factors for :func:`corrected`.
 )");
-  module.def("corrected", &CorrectedCurves, py::arg("curves"), py::arg("factors"),
+  module.def("corrected", &CorrectedCurves, py::arg("curves"), py::arg("factors"), py::kw_only(),
+             py::arg("wavelengths") = py::none(),
              R"(Curves of an instrument as the reference of a correction would have them.
 
 Parameters
 ----------
 curves : array_like, shape (..., 40)
 factors : array_like, shape (40, 5)
+wavelengths
+    As for :func:`tristimulus`.
 
 Returns
 -------

@@ -125,38 +125,6 @@ def test_single_figures(curves):
             call()
 
 
-def test_tables_are_taken_by_their_labels(curves):
-    pandas = pytest.importorskip("pandas")
-    grid = list(range(360, 760, 10))
-    expected = vrx.tristimulus(curves, "D65")
-    frame = pandas.DataFrame(curves, columns=grid)
-    named = frame.iloc[:, ::-1].rename(columns="R{}".format).assign(name="x")
-    unlabelled = pandas.DataFrame(np.asarray(curves))
-    for table in (frame, frame.iloc[:, ::-1], named, unlabelled):
-        assert np.array_equal(vrx.tristimulus(table, "D65"), expected)
-        assert np.array_equal(vrx.densities(table), vrx.densities(curves))
-    assert np.array_equal(vrx.judge(frame.iloc[0, ::-1], named).differences[0], np.zeros((3, 7)))
-    assert np.array_equal(vrx.Curve(frame.iloc[1, ::-1]).values, curves[1])
-    short = vrx.tristimulus(frame.loc[:, 400:700], "D65")
-    assert np.array_equal(short, vrx.tristimulus(vrx.resample(curves[:, 4:35], grid[4:35]), "D65"))
-    with pytest.warns(UserWarning, match="420 to 680 nm"):
-        vrx.ks(frame.loc[:, 420:680])
-    for columns, words in ((["a"] * 40, "no label is a wavelength"), ([400, "400 nm", *grid[2:]], "stands twice"),
-                           ([400, 410, *"a" * 38], "at least 3")):
-        with pytest.raises(ValueError, match=words):
-            vrx.tristimulus(pandas.DataFrame(curves, columns=columns))
-
-
-def test_resample_against_known_curves():
-    nm = np.array([700, 650.5, 600, 560, 520, 470, 430, 400])
-    cubic = lambda x: 1e-6 * (x - 500.0) ** 3 - 1e-4 * (x - 400.0) ** 2 + 30  # a cubic comes back exactly between the ends
-    curve = vrx.resample(np.stack([cubic(nm), nm]), nm)
-    inside = np.arange(430, 650, 10)
-    assert np.allclose(curve[0, 7:29], cubic(inside), atol=1e-12)
-    assert np.allclose(curve[1, 7:29], inside, atol=1e-12)
-    assert (curve[1, :4] == 400).all() and (curve[1, 34:] == 700).all()
-
-
 def test_unset_is_nan():
     unset = np.full(40, 1e-5)
     assert np.isnan(vrx.tristimulus(unset)).all()

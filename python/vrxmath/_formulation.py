@@ -40,6 +40,12 @@ def _amounts(color_system: ColorSystem, formulas: Any) -> Any:
     return formulas
 
 
+def _batches(measured: Any, target: Any, wavelengths: Any) -> tuple[Floats, Floats]:
+    """The curves of batches, and the target that they should have come to, on the library's grid."""
+    return (_core.curves(measured, wavelengths, name="measured"),
+            _core.curves(target, wavelengths, or_colors=True, name="target"))
+
+
 @dataclasses.dataclass(frozen=True, eq=False)
 class Recipe:
     """A recipe of a colour.
@@ -215,7 +221,7 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
               without: Sequence[str] = (), weights: Sequence[float] | None = None, model: str = "coatings",
               specular: Specular = "included", k1: float = _DEFAULTS["k1"], k2: float = _DEFAULTS["k2"],
               illuminant: Any = "D65", observer: int = 10, leave_one_out: bool = True,
-              name: str = "Calibrated colorants") -> tuple[ColorSystem, CalibrationFit]:
+              name: str = "Calibrated colorants", wavelengths: Numbers | None = None) -> tuple[ColorSystem, CalibrationFit]:
     """K and S of colorants from weighed drawdowns.
 
     Parameters
@@ -247,6 +253,8 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
         Predict each drawdown from the others too, which the choice of the fit and `Recipe.expected` rest on.
     name : str
         Of the colour system.
+    wavelengths
+        Those of the curves, as for :func:`tristimulus`.
 
     Returns
     -------
@@ -255,7 +263,7 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
     fit : CalibrationFit
     """
     names, rows = _shares(shares, components)
-    spectra = _core.curves(curves)
+    spectra = _core.curves(curves, wavelengths)
     if rows.ndim != 2 or rows.shape[1] != len(names) or len(rows) != len(spectra):
         raise ValueError(f"shares: ({len(spectra)}, {len(names)}) is expected, not {rows.shape}")
     for sequence, what in ((ids, "ids"), (weights, "weights")):
@@ -313,7 +321,8 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
           batch_size: float = _DEFAULTS["batch_size"], resolution: float = 0.0, backings: Numbers | None = None,
           thickness: float = _DEFAULTS["thickness"], min_opacity: float = 0.0, load: float | tuple[float, float] | None = None,
           within_range: bool = False, trace: float | None = None, angle: float = 45.0, prerank: int = 0,
-          max_subsets: float = _DEFAULTS["max_subsets"], threads: int = _DEFAULTS["threads"], **parameters: float) -> Any:
+          max_subsets: float = _DEFAULTS["max_subsets"], wavelengths: Numbers | None = None,
+          threads: int = _DEFAULTS["threads"], **parameters: float) -> Any:
     """Recipes of colours: every subset of the colorants is solved, not a sample of them.
 
     Parameters
@@ -361,6 +370,8 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
         Lossy: solve only so many subsets of each size, at most a million; 0 solves all.
     max_subsets : float
         Refuse searches of more.
+    wavelengths
+        Those of the curves, backings among them, as for :func:`tristimulus`.
     threads : int
         0 takes all cores. The results do not depend on it.
 
@@ -369,9 +380,11 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
     list of Recipe, best first; a list of such lists for several targets. One is empty where `min_opacity`, `limits` or
     `resolution` leave nothing.
     """
-    settings = {name: value for name, value in locals().items() if name not in ("color_system", "targets")}
+    settings = {name: value for name, value in locals().items() if name not in ("color_system", "targets", "wavelengths")}
     settings.update(limits=limits or {}, costs=costs or {})
-    rows = _core.curves(targets, or_colors=True)
+    rows = _core.curves(targets, wavelengths, or_colors=True, name="targets")
+    if backings is not None:
+        settings["backings"] = _core.curves(backings, wavelengths, name="backings")
     found = [[_record(Recipe, color_system, fields) for fields in recipes]
              for recipes in _core.match(color_system, rows, settings)]
     return found[0] if rows.ndim == 1 else found
@@ -386,7 +399,8 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
             objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
             specular: Specular | None = None, max_subsets: float = _DEFAULTS["max_subsets"], threads: int = _DEFAULTS["threads"],
             margin: float = _DEFAULTS["margin"], allow_new: bool = False, trust_formula: bool = False,
-            resolution: float = 0.0, angle: float = 45.0, **parameters: float) -> tuple[Correction, list[Correction]]:
+            resolution: float = 0.0, angle: float = 45.0, wavelengths: Numbers | None = None,
+            **parameters: float) -> tuple[Correction, list[Correction]]:
     """What to add to a batch that came out wrong.
 
     Parameters
@@ -415,7 +429,7 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
         Step of the dispenser, in the unit of the additions.
     angle : float
         Aspecular, degrees, for the systems that depend on it.
-    illuminants, observer, system, tolerance, ...
+    wavelengths, illuminants, observer, system, tolerance, ...
         As for :func:`match`.
 
     Returns
@@ -426,9 +440,9 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
         Best first; a batch within the tolerance needs none, and the first one is empty then.
     """
     settings = {name: value for name, value in locals().items()
-                if name not in ("color_system", "formula", "measured", "target")}
+                if name not in ("color_system", "formula", "measured", "target", "wavelengths")}
     settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None)
-    before, found = _core.correct(color_system, _amounts(color_system, formula), measured, target, settings)
+    before, found = _core.correct(color_system, _amounts(color_system, formula), *_batches(measured, target, wavelengths), settings)
     return _record(Correction, color_system, before), [_record(Correction, color_system, fields) for fields in found]
 
 
@@ -440,8 +454,8 @@ def correct_stock(color_system: ColorSystem, formulas: Formulas, measured: Numbe
                   exclude: Sequence[Component] = (), costs: Mapping[Component, float] | None = None,
                   objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
                   specular: Specular | None = None, resolution: float = 0.0, angle: float = 45.0,
-                  max_subsets: float = _DEFAULTS["max_subsets"], threads: int = _DEFAULTS["threads"],
-                  **parameters: float) -> list[StockCorrection]:
+                  max_subsets: float = _DEFAULTS["max_subsets"], wavelengths: Numbers | None = None,
+                  threads: int = _DEFAULTS["threads"], **parameters: float) -> list[StockCorrection]:
     """Which batch of a stock becomes a target, and by what additions.
 
     Parameters
@@ -455,7 +469,7 @@ def correct_stock(color_system: ColorSystem, formulas: Formulas, measured: Numbe
     aim : str
         By what answers within the tolerance are ordered, for the size of the batch: ``"smallest"`` and ``"cheapest"``
         additions, or the ``"nearest"`` colour.
-    resolution, angle, illuminants, observer, system, tolerance, ...
+    resolution, angle, wavelengths, illuminants, observer, system, tolerance, ...
         As for :func:`correct` and :func:`match`.
 
     Returns
@@ -463,9 +477,10 @@ def correct_stock(color_system: ColorSystem, formulas: Formulas, measured: Numbe
     list of StockCorrection, best first.
     """
     settings = {name: value for name, value in locals().items()
-                if name not in ("color_system", "formulas", "measured", "sizes", "target")}
+                if name not in ("color_system", "formulas", "measured", "sizes", "target", "wavelengths")}
+    curves, aim_at = _batches(measured, target, wavelengths)
     settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None)
-    found = _core.correct_stock(color_system, _amounts(color_system, formulas), measured, list(sizes), target, settings)
+    found = _core.correct_stock(color_system, _amounts(color_system, formulas), curves, list(sizes), aim_at, settings)
     return [_record(StockCorrection, color_system, fields) for fields in found]
 
 
@@ -475,7 +490,7 @@ def use_leftovers(color_system: ColorSystem, formulas: Formulas, measured: Numbe
                   max_colorants: int = _DEFAULTS["max_colorants"], require: Sequence[Component] = (),
                   exclude: Sequence[Component] = (), limits: Mapping[Component, tuple[float, float]] | None = None,
                   costs: Mapping[Component, float] | None = None, specular: Specular | None = None, resolution: float = 0.0,
-                  angle: float = 45.0, max_subsets: float = _DEFAULTS["max_subsets"],
+                  angle: float = 45.0, max_subsets: float = _DEFAULTS["max_subsets"], wavelengths: Numbers | None = None,
                   threads: int = _DEFAULTS["threads"], **parameters: float) -> list[LeftoverRecipe]:
     """Recipes of parts of several leftovers and fresh colorants, those within the tolerance by how much of the stock they use.
 
@@ -488,7 +503,7 @@ def use_leftovers(color_system: ColorSystem, formulas: Formulas, measured: Numbe
     target : array_like, shape (40,) or (3,)
     batch_size : float
         The amount that is made.
-    illuminants, observer, system, tolerance, ...
+    wavelengths, illuminants, observer, system, tolerance, ...
         As for :func:`match`.
 
     Returns
@@ -496,8 +511,9 @@ def use_leftovers(color_system: ColorSystem, formulas: Formulas, measured: Numbe
     list of LeftoverRecipe, best first.
     """
     settings = {name: value for name, value in locals().items()
-                if name not in ("color_system", "formulas", "measured", "sizes", "target")}
+                if name not in ("color_system", "formulas", "measured", "sizes", "target", "wavelengths")}
+    curves, aim_at = _batches(measured, target, wavelengths)
     settings.update(limits=limits or {}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None, objective="tristimulus",
                     weights=None)
-    found = _core.use_leftovers(color_system, _amounts(color_system, formulas), measured, list(sizes), target, settings)
+    found = _core.use_leftovers(color_system, _amounts(color_system, formulas), curves, list(sizes), aim_at, settings)
     return [LeftoverRecipe(each["used"], each["total"], _record(Recipe, color_system, each["recipe"])) for each in found]

@@ -42,6 +42,8 @@ class Judgement:
         The difference system.
     tolerance : float
         The limit of the total difference, of the first standard under the first illuminant.
+    notes : tuple of str
+        What was done to bring curves at other wavelengths to the library's grid.
     """
 
     illuminants: tuple[str, ...]
@@ -52,6 +54,7 @@ class Judgement:
     excess: Floats
     system: str
     tolerance: float
+    notes: tuple[str, ...] = ()
 
     @property
     def overall(self) -> Any:
@@ -93,7 +96,8 @@ class Judgement:
 def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *,
           system: str = "cmc", tolerance: float | Numbers | None = None, ellipsoid: Numbers | str | None = None,
           geometry: str | int | Sequence[str | int] | None = None, of: Sequence[int] | None = None, verdict: str = "worse",
-          warning: float = 0.75, grade: str | None = None, least_grade: float = 4, most_inconstancy: float | None = None, threads: int = 0, **parameters: float) -> Judgement:
+          warning: float = 0.75, grade: str | None = None, least_grade: float = 4, most_inconstancy: float | None = None,
+          wavelengths: Numbers | None = None, threads: int = 0, **parameters: float) -> Judgement:
     """Judges samples against their standards: fail, warning or pass under each illuminant.
 
     Parameters
@@ -132,6 +136,8 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
         The lowest grade in half steps that passes.
     most_inconstancy : float
         Fails a sample whose own colour changes by more, in the units of the system, from the first illuminant to another.
+    wavelengths : sequence of w, optional
+        Those of curves of w values, as for :func:`tristimulus`.
     threads : int
         Cores to use; 0 takes all. The results do not depend on it.
     **parameters
@@ -149,9 +155,9 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
     array([2], dtype=int8)
     """
     names = [illuminants] if isinstance(illuminants, (str, int, _core.Illuminant)) else list(illuminants)
-    differences, verdicts, words, broken, excess, limit = _core.judge(
+    differences, verdicts, words, broken, excess, limit, notes = _core.judge(
         standard, samples, names, observer, system=system, tolerance=tolerance, ellipsoid=ellipsoid, geometry=geometry, of=of,
         verdict=verdict, warning=warning, grade=grade, least_grade=least_grade, most_inconstancy=most_inconstancy,
-        threads=threads, **parameters)
+        wavelengths=wavelengths, threads=threads, **parameters)
     return Judgement(tuple(_core.illuminant_name(name) for name in names), differences, verdicts, words, broken, excess, system,
-                     limit)
+                     limit, tuple(notes))

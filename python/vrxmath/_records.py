@@ -43,6 +43,8 @@ class Curve:
         Percent at 360, 370 ... 750 nm, or a pandas Series whose labels are wavelengths.
     name : str
         How tables and pictures call it.
+    wavelengths : sequence of n, optional
+        Those of n values, in nm: they are brought to the grid as :func:`vrxmath.resample` does it.
 
     Examples
     --------
@@ -54,9 +56,10 @@ class Curve:
 
     values: Any
     name: str = ""
+    wavelengths: dataclasses.InitVar[Any] = None
 
-    def __post_init__(self) -> None:
-        values = _core.curves(self.values).copy()
+    def __post_init__(self, wavelengths: Any) -> None:
+        values = _core.curves(self.values, wavelengths, name="values").copy()
         if values.shape != (40,):
             raise ValueError(f"values: expected shape (40,), got {values.shape}")
         values.flags.writeable = False
@@ -136,10 +139,12 @@ class Standard:
     illuminants: tuple[Lamp, ...] = ("D65", "A", "CWF")
     observer: int = 10
 
-    def judge(self, samples: Numbers, threads: int = 0) -> Judgement:
-        """The judgement of samples, curves of shape (n, 40), see :func:`vrxmath.judge`."""
+    def judge(self, samples: Numbers, threads: int = 0, *, wavelengths: Numbers | None = None) -> Judgement:
+        """The judgement of samples, curves of shape (n, 40) or at `wavelengths`, see :func:`vrxmath.judge`."""
         tolerance = self.tolerance
         parameters: dict[str, Any] = dict(tolerance.parameters)
+        if wavelengths is not None:
+            samples = _core.resample(samples, wavelengths)
         return _judge(self.curve.values, samples, self.illuminants, self.observer, system=tolerance.system,
                       tolerance=tolerance.limit, warning=tolerance.warning, threads=threads, **parameters)
 

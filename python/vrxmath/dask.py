@@ -172,7 +172,7 @@ def judge(paths: Paths, standard: Numbers, *, output: str | os.PathLike[str], cl
     list of str
         The written files, in the order of the partitions.
     """
-    arguments = {"standard": np.asarray(standard, dtype=float), "settings": settings}
+    arguments = {"standard": _core.curves(standard, name="standard"), "settings": settings}
     return _map("judge", _judge_part, paths, output, arguments, client, progress, retries)
 
 
@@ -191,5 +191,5 @@ def nearest(paths: Paths, standards: Numbers, count: int = 10, *, output: str | 
 
     Parameters and results as for :func:`judge`; the fields of a record are ``id``, ``index_1 ...`` and ``dE_1 ...``.
     """
-    arguments = {"standards": np.asarray(standards, dtype=float), "count": count, "settings": settings}
+    arguments = {"standards": _core.curves(standards, name="standards"), "count": count, "settings": settings}
     return _map("nearest", _nearest_part, paths, output, arguments, client, progress, retries)

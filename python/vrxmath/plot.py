@@ -30,8 +30,8 @@ def _axes(ax: Axes | None) -> Any:
     return plt.subplots(layout="constrained")[1]
 
 
-def _curves(curves: Numbers) -> Any:
-    return np.atleast_2d(_core.curves(curves))
+def _curves(curves: Numbers, wavelengths: Numbers | None = None) -> Any:
+    return np.atleast_2d(_core.curves(curves, wavelengths))
 
 
 def _rows(values: Numbers) -> Any:
@@ -44,7 +44,7 @@ def _hex_colors(curves: Numbers, illuminant: Lamp, observer: int) -> list[str]:
 
 
 def curves(curves: Numbers, labels: Sequence[str] | None = None, *, illuminant: Lamp = "D65", observer: int = 10,
-           ax: Axes | None = None) -> Axes:
+           wavelengths: Numbers | None = None, ax: Axes | None = None) -> Axes:
     """Reflectance curves, each drawn in its own colour.
 
     Parameters
@@ -55,6 +55,8 @@ def curves(curves: Numbers, labels: Sequence[str] | None = None, *, illuminant: 
         A name for each curve, shown in a legend.
     illuminant, observer
         Conditions under which the line colours are computed.
+    wavelengths
+        Those of the curves, as for :func:`vrxmath.tristimulus`.
     ax : matplotlib.axes.Axes, optional
 
     Returns
@@ -62,7 +64,7 @@ def curves(curves: Numbers, labels: Sequence[str] | None = None, *, illuminant: 
     matplotlib.axes.Axes
     """
     ax = _axes(ax)
-    rows = _curves(curves)
+    rows = _curves(curves, wavelengths)
     for i, (row, color) in enumerate(zip(rows, _hex_colors(rows, illuminant, observer))):
         ax.plot(WAVELENGTHS, row, color="0.2", linewidth=2.6)  # an edge, so that a white curve shows on white paper
         ax.plot(WAVELENGTHS, row, color=color, linewidth=1.8, label=labels[i] if labels is not None else None)
@@ -74,7 +76,7 @@ def curves(curves: Numbers, labels: Sequence[str] | None = None, *, illuminant: 
 
 
 def spectral_difference(standard: Numbers, samples: Numbers, labels: Sequence[str] | None = None, *,
-                        ax: Axes | None = None) -> Axes:
+                        wavelengths: Numbers | None = None, ax: Axes | None = None) -> Axes:
     """Samples minus standard at every wavelength, in percent of reflectance.
 
     Parameters
@@ -82,6 +84,8 @@ def spectral_difference(standard: Numbers, samples: Numbers, labels: Sequence[st
     standard : array_like, shape (40,)
     samples : array_like, shape (40,) or (n, 40)
     labels : sequence of str, optional
+    wavelengths
+        Those of the curves, as for :func:`vrxmath.tristimulus`.
     ax : matplotlib.axes.Axes, optional
 
     Returns
@@ -90,7 +94,7 @@ def spectral_difference(standard: Numbers, samples: Numbers, labels: Sequence[st
     """
     ax = _axes(ax)
     ax.axhline(0, color="0.6", linewidth=1)
-    for i, row in enumerate(_curves(samples) - _core.curves(standard)):
+    for i, row in enumerate(_curves(samples, wavelengths) - _core.curves(standard, wavelengths)):
         ax.plot(WAVELENGTHS, row, label=labels[i] if labels is not None else None)
     ax.set(xlabel="Wavelength (nm)", ylabel="Difference of reflectance (%)", xlim=(360, 750))
     if labels is not None:
@@ -144,7 +148,7 @@ def ab_plane(differences: Numbers, verdicts: Any = None, *, ellipse: tuple[float
 
 
 def swatches(standard: Numbers, samples: Numbers, labels: Sequence[str] | None = None, *, illuminant: Lamp = "D65",
-             observer: int = 10, ax: Axes | None = None) -> Axes:
+             observer: int = 10, wavelengths: Numbers | None = None, ax: Axes | None = None) -> Axes:
     """Each sample beside its standard, touching, on a light neutral ground. A cross marks what a display cannot show.
 
     Parameters
@@ -155,6 +159,8 @@ def swatches(standard: Numbers, samples: Numbers, labels: Sequence[str] | None =
     labels : sequence of str, optional
     illuminant, observer
         Conditions of the colours.
+    wavelengths
+        Those of the curves, as for :func:`vrxmath.tristimulus`.
     ax : matplotlib.axes.Axes, optional
 
     Returns
@@ -164,8 +170,8 @@ def swatches(standard: Numbers, samples: Numbers, labels: Sequence[str] | None =
     from matplotlib.patches import Rectangle
 
     ax = _axes(ax)
-    trials = _curves(samples)
-    standards = np.broadcast_to(_curves(standard), trials.shape)
+    trials = _curves(samples, wavelengths)
+    standards = np.broadcast_to(_curves(standard, wavelengths), trials.shape)
     for column, curve_set in enumerate((standards, trials)):
         xyz = _core.tristimulus(np.ascontiguousarray(curve_set), illuminant, observer)
         shown = _core.in_gamut(xyz, illuminant, observer)

@@ -146,15 +146,10 @@ void CurveReader::TakeCurve(const Measurement& measured, CurveRow& row) {
     CorrectBandpass(corrected_);
     values = corrected_;
   }
-  // A first sample that is by chance the unset value would make the curve count as not measured.
-  const auto keepMeasured = [&row] {
-    if (IsUnset(row.curve[0])) row.curve[0] = 0.0;
-  };
   grid_.Convert(values, row.curve.GetData());
-  keepMeasured();
   if (!correction_) return;
   row.curve = correction_->Corrected(row.curve);
-  keepMeasured();
+  if (IsUnset(row.curve[0])) row.curve[0] = 0.0;  // by chance, as WavelengthGrid::Convert has it
   // Factors that were damaged in their file, where every other reading would look odd, too.
   constexpr double kLargest = 1e6;
   const auto isReading = [](double sample) { return std::fabs(sample) <= kLargest; };
@@ -163,8 +158,7 @@ void CurveReader::TakeCurve(const Measurement& measured, CurveRow& row) {
 }
 
 std::string CurveReader::GridWarning() const {
-  if (kind_ != Sample::kCurve || !grid_.IsNarrow()) return {};
-  return "the wavelengths do not cover all of 400 to 700 nm; the rest is extrapolated";
+  return kind_ == Sample::kCurve ? grid_.Warning() : std::string();
 }
 
 std::vector<std::string> CurveReader::SampleWarnings() const {

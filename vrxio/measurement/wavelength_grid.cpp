@@ -109,6 +109,16 @@ WavelengthGrid::WavelengthGrid(std::span<const double> wavelengths)
       description_(DescribeWavelengths(wavelengths)),
       resampler_(wavelengths, LibraryWavelengths()) {}
 
+void WavelengthGrid::Convert(std::span<const double> measured, double* curve) const {
+  resampler_.Convert(measured, curve);
+  if (IsUnset(curve[0])) curve[0] = 0.0;
+}
+
+std::string WavelengthGrid::Warning() const {
+  if (!IsNarrow()) return {};
+  return "the wavelengths do not cover all of 400 to 700 nm; the rest is extrapolated";
+}
+
 std::string WavelengthGrid::Description() const {
   std::string steps;
   const auto add = [&steps](const std::string& what) { steps += (steps.empty() ? "" : ", ") + what; };

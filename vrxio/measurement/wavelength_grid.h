@@ -47,13 +47,16 @@ class WavelengthGrid {
   /// Measured wavelengths, ascending, in nm, at least 3.
   explicit WavelengthGrid(std::span<const double> wavelengths);
 
-  /// Writes the 40 samples of the grid. `measured` has a value for each wavelength.
-  void Convert(std::span<const double> measured, double* curve) const { resampler_.Convert(measured, curve); }
+  /// Writes the 40 samples of the grid. `measured` has a value for each wavelength. A first sample that is by chance the
+  /// unset value, which would make the curve count as not measured, becomes 0.
+  void Convert(std::span<const double> measured, double* curve) const;
 
   /// The steps of Convert, for a user: "used as they are" or a list of steps.
   std::string Description() const;
   /// True when a part of 400 to 700 nm was not measured.
   bool IsNarrow() const { return first_ > 400 || last_ < 700; }
+  /// What a user is to know before the curves are used: empty, or that a part of them is guessed.
+  std::string Warning() const;
 
   bool IsEven() const { return resampler_.IsEven(); }
 
