@@ -1,13 +1,14 @@
 #include "python/src/curves.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cmath>
 #include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <pybind11/numpy.h>
+#include <pybind11/stl.h>
 
 #include <vrxio/measurement/headings.h>
 #include <vrxio/measurement/sample_columns.h>
@@ -21,6 +22,9 @@
 
 namespace vrx::python {
 namespace {
+
+// By which a CurveArray gives its values and their wavelengths.
+constexpr const char* kCurvesMethod = "__vrx_curves__";
 
 // Wavelengths, ascending, and the places of their values in a row.
 struct Bands {
@@ -41,12 +45,10 @@ void Warn(const std::string& text) {
   if (PyErr_WarnEx(category.ptr(), text.c_str(), 1) != 0) throw py::error_already_set();
 }
 
-// The places of wavelengths in any order; 0 is none. The rules are those of files.
+// The places of wavelengths in any order. The rules are those of files.
 Bands BandsOf(std::span<const double> wavelengths, const char* name) {
   std::vector<std::pair<double, std::size_t>> sorted;
-  for (std::size_t i = 0; i < wavelengths.size(); ++i) {
-    if (wavelengths[i] != 0) sorted.emplace_back(wavelengths[i], i);
-  }
+  for (std::size_t i = 0; i < wavelengths.size(); ++i) sorted.emplace_back(wavelengths[i], i);
   std::ranges::sort(sorted);
   Bands bands;
   for (const auto& [nm, place] : sorted) {
@@ -83,7 +85,8 @@ Curves OnGrid(Rows rows, const Bands& bands, const char* name, const py::object&
   const io::WavelengthGrid grid(bands.nm);
   if (grid.IsNarrow()) Warn(std::string(name) + ": " + grid.Warning());
   const bool isOnGrid = bands.nm == io::LibraryWavelengths();
-  if (isOnGrid && bands.AreInOrder() && rows.width == kSamples && out.is_none()) return {std::move(rows), {}};
+  if (isOnGrid && bands.AreInOrder() && out.is_none()) return {std::move(rows), {}};
+  if (rows.isFloat) rows = RowsOf(py::array_t<double>::ensure(rows.array), name, rows.width);
   py::array_t<double> curves = ResultArray(rows.lead, {static_cast<py::ssize_t>(kSamples)}, out);
   if (Overlap(curves, rows.array)) throw py::value_error(std::string("out: it lies over ") + name);
   double* target = curves.mutable_data();
@@ -103,81 +106,215 @@ Curves OnGrid(Rows rows, const Bands& bands, const char* name, const py::object&
 
 // Labels ----------------------------------------------------------------------------------------------------
 
-bool IsTable(const py::handle& argument) {
-  return !py::isinstance<py::array>(argument) && py::hasattr(argument, "iloc");
+// What has neither an iloc nor a method of a CurveArray, asked without looking for them.
+bool IsPlain(const py::handle& argument) {
+  return py::isinstance<py::array>(argument) || PyList_CheckExact(argument.ptr()) ||
+         PyTuple_CheckExact(argument.ptr());
 }
 
-std::vector<py::object> LabelsOf(const py::handle& table) {
-  std::vector<py::object> labels;
-  for (const py::handle label : table.attr(py::hasattr(table, "columns") ? "columns" : "index"))
-    labels.push_back(py::reinterpret_borrow<py::object>(label));
-  return labels;
+bool IsTable(const py::handle& argument) {
+  return !IsPlain(argument) && py::hasattr(argument, "iloc");
+}
+
+bool IsCurveArray(const py::handle& argument) {
+  return !IsPlain(argument) && py::hasattr(argument, kCurvesMethod);
 }
 
 bool IsLabelOfNumber(const py::handle& label) {
   return PyNumber_Check(label.ptr()) != 0 && !py::isinstance<py::str>(label);
 }
 
-// Labels that were not given: 0, 1, 2 ...
-bool OnlyCount(const std::vector<py::object>& labels) {
-  for (std::size_t i = 0; i < labels.size(); ++i) {
-    if (!IsLabelOfNumber(labels[i]) || labels[i].cast<double>() != static_cast<double>(i)) return false;
+// The labels of a DataFrame's columns, or of a Series.
+class Labels {
+ public:
+  explicit Labels(const py::handle& table) : table_(table), isFrame_(py::hasattr(table, "columns")) {
+    for (const py::handle label : table.attr(isFrame_ ? "columns" : "index")) {
+      labels_.push_back(py::reinterpret_borrow<py::object>(label));
+      texts_.push_back((IsLabelOfNumber(label) ? py::str(py::float_(labels_.back())) : py::str(label))
+                           .cast<std::string>());
+      wavelengths_.push_back(io::WavelengthOf(texts_.back()));
+    }
   }
-  return true;
-}
 
-// The wavelengths of labels; 0 for one that is none.
-std::vector<double> WavelengthsOf(const std::vector<py::object>& labels) {
-  std::vector<double> wavelengths;
-  for (const py::object& label : labels) {
-    wavelengths.push_back(io::WavelengthOf(
-        (IsLabelOfNumber(label) ? py::str(py::float_(label)) : py::str(label)).cast<std::string>()));
+  // Labels that were not given: 0, 1, 2 ...
+  bool OnlyCount() const {
+    for (std::size_t i = 0; i < labels_.size(); ++i) {
+      if (!IsLabelOfNumber(labels_[i]) || labels_[i].cast<double>() != static_cast<double>(i)) return false;
+    }
+    return true;
   }
-  return wavelengths;
-}
 
-bool HasWavelengths(const std::vector<double>& wavelengths) {
-  return std::ranges::any_of(wavelengths, [](double nm) { return nm != 0; });
-}
-
-// The numbers of the columns of wavelengths of a table.
-py::object ValuesOf(const py::handle& table, const std::vector<double>& wavelengths) {
-  py::list columns;
-  for (std::size_t i = 0; i < wavelengths.size(); ++i) {
-    if (wavelengths[i] != 0) columns.append(i);
+  bool HaveWavelengths() const {
+    return std::ranges::any_of(wavelengths_, [](double nm) { return nm != 0; });
   }
-  const py::object chosen =
-      py::hasattr(table, "columns")
-          ? table.attr("iloc")[py::make_tuple(py::slice(py::none(), py::none(), py::none()), columns)]
-          : table.attr("iloc")[columns];
-  return chosen.attr("to_numpy")(py::dtype::of<double>());
+
+  // The places of the columns of wavelengths, in their order.
+  std::vector<std::size_t> Places() const {
+    std::vector<std::size_t> places;
+    for (std::size_t i = 0; i < wavelengths_.size(); ++i) {
+      if (wavelengths_[i] != 0) places.push_back(i);
+    }
+    return places;
+  }
+
+  std::vector<double> Wavelengths() const {
+    std::vector<double> wavelengths;
+    for (const std::size_t place : Places()) wavelengths.push_back(wavelengths_[place]);
+    return wavelengths;
+  }
+
+  // The places of the columns L*, a*, b*; none where one is missing.
+  std::vector<std::size_t> PlacesOfLab() const {
+    std::vector<std::size_t> places;
+    for (const io::ColorColumn color : {io::kColumnL, io::kColumnA, io::kColumnB}) {
+      const auto isIt = [color](const std::string& text) {
+        const io::Heading meaning = io::MeaningOf(text);
+        return meaning.role == io::ColumnRole::kColor && meaning.color == color;
+      };
+      const auto found = std::ranges::find_if(texts_, isIt);
+      if (found == texts_.end()) return {};
+      places.push_back(static_cast<std::size_t>(found - texts_.begin()));
+    }
+    return places;
+  }
+
+  // All labels, for a message.
+  std::string All() const {
+    return Shown([](std::size_t) { return true; });
+  }
+
+  // The labels of columns of numbers that are neither wavelengths nor what a file of curves has besides.
+  std::string Unknown() const {
+    return Shown([this](std::size_t i) {
+      return wavelengths_[i] == 0 && io::MeaningOf(texts_[i]).role == io::ColumnRole::kUnknown &&
+             HoldsNumbers(i);
+    });
+  }
+
+  // The numbers of columns of the table, in that order.
+  py::object Values(const std::vector<std::size_t>& places, const char* name) const {
+    const py::object columns = py::cast(places);
+    try {
+      const py::object chosen =
+          isFrame_
+              ? table_.attr("iloc")[py::make_tuple(py::slice(py::none(), py::none(), py::none()), columns)]
+              : table_.attr("iloc")[columns];
+      return chosen.attr("to_numpy")(py::dtype::of<double>(), py::arg("na_value") = std::nan(""));
+    } catch (py::error_already_set& error) {
+      if (!error.matches(PyExc_ValueError) && !error.matches(PyExc_TypeError)) throw;
+      throw py::type_error(std::string(name) + ": its columns hold something that is no number");
+    }
+  }
+
+ private:
+  template <class CHOICE>
+  std::string Shown(const CHOICE& isShown) const {
+    constexpr std::size_t kMost = 5;
+    std::string shown;
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < labels_.size(); ++i) {
+      if (!isShown(i)) continue;
+      if (++count > kMost) return shown + ", ...";
+      shown += (shown.empty() ? "" : ", ") + py::repr(labels_[i]).cast<std::string>();
+    }
+    return shown;
+  }
+
+  bool HoldsNumbers(std::size_t place) const {
+    if (!isFrame_) return IsLabelOfNumber(table_.attr("iloc")[py::int_(place)]);
+    const auto kind = table_.attr("dtypes").attr("iloc")[py::int_(place)].attr("kind").cast<std::string>();
+    return kind.find_first_of("iufcb") != std::string::npos;
+  }
+
+  py::handle table_;
+  bool isFrame_;
+  std::vector<py::object> labels_;
+  std::vector<std::string> texts_;
+  std::vector<double> wavelengths_;  // 0 for a label that is none
+};
+
+// Measured values ---------------------------------------------------------------------------------------------
+
+// Values as they were measured, at wavelengths in the order of the columns; at none for rows on the grid and for colours.
+struct Measured {
+  Rows rows;
+  std::vector<double> nm;
+  const char* source;  // what the wavelengths are of, for messages
+};
+
+Measured ByPlace(const py::handle& values, const char* name, const py::handle& wavelengths, bool floats,
+                 std::size_t otherWidth) {
+  if (wavelengths.is_none()) return {RowsOf(values, name, kSamples, floats, otherWidth), {}, name};
+  std::vector<double> nm = GivenWavelengths(wavelengths);
+  Rows rows = RowsOf(values, name, nm.size(), floats, otherWidth);
+  if (rows.width != nm.size()) nm.clear();
+  return {std::move(rows), std::move(nm), "wavelengths"};
 }
 
-// The curves of a table by its labels.
-Curves CurvesOfTable(const py::handle& table, const char* name, std::size_t otherWidth,
-                     const py::object& out) {
-  const std::vector<py::object> labels = LabelsOf(table);
-  const std::vector<double> wavelengths = WavelengthsOf(labels);
-  const bool areColors = otherWidth != 0 && labels.size() == otherWidth && !HasWavelengths(wavelengths);
-  if (OnlyCount(labels) || areColors)
-    return {RowsOf(table.attr("to_numpy")(), name, kSamples, false, otherWidth), {}};
-  if (!HasWavelengths(wavelengths))
-    Fail(name, "no label is a wavelength, such as 400 or \"400 nm\"; values by their place are .to_numpy()");
-  std::vector<double> chosen;
-  std::ranges::copy_if(wavelengths, std::back_inserter(chosen), [](double nm) { return nm != 0; });
-  const Bands bands = BandsOf(chosen, name);
-  return OnGrid(RowsOf(ValuesOf(table, wavelengths), name, chosen.size()), bands, name, out);
+void RequireSame(const std::vector<double>& own, const py::handle& wavelengths, const char* name) {
+  if (!wavelengths.is_none() && GivenWavelengths(wavelengths) != own)
+    Fail(name, "it says its own wavelengths, and `wavelengths` says others");
+}
+
+Measured OfTable(const py::handle& table, const char* name, const py::handle& wavelengths,
+                 std::size_t otherWidth) {
+  const Labels labels(table);
+  const bool isSaid = !wavelengths.is_none();
+  if (labels.OnlyCount() || (isSaid && !labels.HaveWavelengths()))
+    return ByPlace(table.attr("to_numpy")(), name, wavelengths, false, otherWidth);
+  if (!labels.HaveWavelengths()) {
+    const std::vector<std::size_t> lab = otherWidth != 0 ? labels.PlacesOfLab() : std::vector<std::size_t>();
+    if (!lab.empty()) return {RowsOf(labels.Values(lab, name), name, lab.size()), {}, name};
+    Fail(name, "no label is a wavelength, such as 400 or \"400 nm\": " + labels.All() +
+                   "; `wavelengths` says those of all columns");
+  }
+  std::vector<double> nm = labels.Wavelengths();
+  RequireSame(nm, wavelengths, name);
+  const std::string unknown = isSaid ? std::string() : labels.Unknown();
+  if (!unknown.empty())
+    Fail(name, "no wavelengths: " + unknown + "; leave these columns out, or say `wavelengths`, too");
+  return {RowsOf(labels.Values(labels.Places(), name), name, nm.size()), nm, name};
+}
+
+Measured OfCurveArray(const py::handle& argument, const char* name, const py::handle& wavelengths,
+                      bool floats) {
+  const py::tuple both = argument.attr(kCurvesMethod)();
+  std::vector<double> nm = GivenWavelengths(both[1]);
+  RequireSame(nm, wavelengths, name);
+  return {RowsOf(both[0], name, nm.size(), floats), std::move(nm), name};
+}
+
+Measured MeasuredOf(const py::handle& argument, const char* name, const py::handle& wavelengths, bool floats,
+                    std::size_t otherWidth) {
+  if (IsTable(argument)) return OfTable(argument, name, wavelengths, otherWidth);
+  if (IsCurveArray(argument)) return OfCurveArray(argument, name, wavelengths, floats);
+  return ByPlace(argument, name, wavelengths, floats, otherWidth);
 }
 
 Curves TakeCurves(const py::handle& argument, const char* name, const py::handle& wavelengths, bool floats,
                   std::size_t otherWidth, const py::object& out) {
-  if (IsTable(argument) && wavelengths.is_none()) return CurvesOfTable(argument, name, otherWidth, out);
-  if (wavelengths.is_none()) return {RowsOf(argument, name, kSamples, floats, otherWidth), {}};
-  const std::vector<double> nm = GivenWavelengths(wavelengths);
-  const Bands bands = BandsOf(nm, "wavelengths");
-  Rows rows = RowsOf(argument, name, nm.size(), floats && bands.nm == io::LibraryWavelengths(), otherWidth);
-  if (rows.width != nm.size()) return {std::move(rows), {}};
-  return OnGrid(std::move(rows), bands, name, out);
+  Measured measured = MeasuredOf(argument, name, wavelengths, floats, otherWidth);
+  if (measured.nm.empty()) return {std::move(measured.rows), {}};
+  const Bands bands = BandsOf(measured.nm, measured.source);
+  return OnGrid(std::move(measured.rows), bands, name, out);
+}
+
+py::array_t<double> ArrayOfNumbers(const std::vector<double>& numbers) {
+  return py::array_t<double>(static_cast<py::ssize_t>(numbers.size()), numbers.data());
+}
+
+// What a CurveArray holds: values and wavelengths, ascending, and what will be done to them.
+py::tuple Ascended(const py::object& values, const py::object& wavelengths) {
+  Measured measured = MeasuredOf(values, "values", wavelengths, true, 0);
+  if (measured.nm.empty()) measured.nm = io::LibraryWavelengths();
+  const Bands bands = BandsOf(measured.nm, measured.source);
+  const io::WavelengthGrid grid(bands.nm);
+  py::list notes;
+  if (bands.nm != io::LibraryWavelengths()) notes.append(grid.Description());
+  if (grid.IsNarrow()) notes.append(grid.Warning());
+  const py::object ellipsis = py::reinterpret_borrow<py::object>(Py_Ellipsis);
+  const py::object ascending = measured.rows.array[py::make_tuple(ellipsis, py::cast(bands.places))];
+  return py::make_tuple(ascending, ArrayOfNumbers(bands.nm), notes);
 }
 
 py::array Resample(const py::object& values, const py::object& wavelengths, const py::object& out) {
@@ -202,7 +339,8 @@ Rows CurvesOf(const py::handle& argument, const char* name, bool floats, std::si
 
 bool AreCurves(const py::handle& argument, const py::handle& wavelengths) {
   if (!wavelengths.is_none()) return true;
-  if (IsTable(argument) && HasWavelengths(WavelengthsOf(LabelsOf(argument)))) return true;
+  if (IsCurveArray(argument)) return true;
+  if (IsTable(argument) && Labels(argument).HaveWavelengths()) return true;
   const auto array = py::array::ensure(argument);
   if (!array) PyErr_Clear();
   return array && array.ndim() > 0 && array.shape(array.ndim() - 1) == static_cast<py::ssize_t>(kSamples);
@@ -217,6 +355,9 @@ void DefineCurves(py::module_& module) {
       },
       py::arg("values"), py::arg("wavelengths") = py::none(), py::kw_only(), py::arg("or_colors") = false,
       py::arg("name") = "curves", "Curves as every function takes them, in an array of float64.");
+  module.def(
+      "ascending", &Ascended, py::arg("values"), py::arg("wavelengths"),
+      "Measured values and their wavelengths, both ascending, and what is done to bring them to the grid.");
   module.def(
       "resample", &Resample, py::arg("values"), py::arg("wavelengths") = py::none(), py::kw_only(),
       py::arg("out") = py::none(),

@@ -21,7 +21,8 @@ struct Curves : Rows {
 /// `wavelengths`, unless it is None, are those of the last axis, in nm, in any order: the values are brought to the grid as
 /// curves of files are (io::WavelengthGrid), under the same rules (io::FaultOfWavelengths). What has labels, a DataFrame of
 /// pandas or a Series, is taken by them: columns whose labels are wavelengths (360, "400 nm", "R400"), in whatever order;
-/// labels that only count (0, 1, 2 ...) say nothing. Everything else as by RowsOf. Throws ValueError, which names the
+/// labels that only count (0, 1, 2 ...) say nothing, and numbers under a label that is no wavelength are refused unless
+/// `wavelengths` says the others. A CurveArray gives its own wavelengths. Everything else as by RowsOf. Throws ValueError, which names the
 /// argument; warns where a part of 400 to 700 nm was not measured.
 Curves CurvesAt(const py::handle& argument, const char* name, const py::handle& wavelengths,
                 bool floats = false, std::size_t otherWidth = 0);

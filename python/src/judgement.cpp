@@ -352,7 +352,8 @@ void DefineJudgement(py::module_& module) {
   module.def("judge", &Judge, py::arg("standard"), py::arg("samples"), py::arg("illuminants"),
              py::arg("observer"), py::kw_only(), py::arg("system"), py::arg("tolerance"),
              py::arg("ellipsoid"), py::arg("geometry"), py::arg("of"), py::arg("verdict"), py::arg("warning"),
-             py::arg("grade"), py::arg("least_grade"), py::arg("most_inconstancy"), py::arg("wavelengths"), py::arg("threads"));
+             py::arg("grade"), py::arg("least_grade"), py::arg("most_inconstancy"), py::arg("wavelengths"),
+             py::arg("threads"));
   module.def("shade_phrases", &PhrasesOf, py::arg("codes"));
   py::list codes;
   for (const vrxIlluminant illuminant : JudgeDefaults::kIlluminants)

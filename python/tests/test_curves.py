@@ -1,5 +1,7 @@
 """Curves at any wavelengths: arrays with wavelengths beside them, and tables with labels."""
 
+import pickle
+
 import numpy as np
 import pytest
 
@@ -79,8 +81,13 @@ def test_tables_are_taken_by_their_labels(curves):
     assert np.array_equal(short, vrx.tristimulus(vrx.resample(curves[:, 4:35], grid[4:35]), "D65"))
     with pytest.warns(vrx.MeasurementWarning, match="do not cover all of 400 to 700 nm"):
         vrx.ks(frame.loc[:, 420:680])
-    for columns, words in ((["a"] * 40, "no label is a wavelength"), ([400, "400 nm", *grid[2:]], "stands twice"),
-                           ([400, 410, *"a" * 38], "fewer than 3")):
+    with pytest.raises(TypeError, match="no number"):
+        vrx.ks(frame.astype(object).replace(curves[0, 0], "12,5"))
+    gap = frame.iloc[:3].astype("Float64")
+    gap.iloc[1, 0] = pandas.NA
+    assert np.isnan(vrx.tristimulus(gap)).any(axis=1).tolist() == [False, True, False]
+    for columns, words in ((["a"] * 40, "no label is a wavelength.*'a', 'a'"), ([400, "400 nm", *grid[2:]], "stands twice"),
+                           ([*grid[:39], "75O"], "no wavelengths: '75O'")):
         with pytest.raises(ValueError, match=words):
             vrx.tristimulus(pandas.DataFrame(curves, columns=columns))
 
@@ -93,3 +100,49 @@ def test_resample_against_known_curves():
     assert np.allclose(curve[0, 7:29], cubic(inside), atol=1e-12)
     assert np.allclose(curve[1, 7:29], inside, atol=1e-12)
     assert (curve[1, :4] == 400).all() and (curve[1, 34:] == 700).all()
+
+
+def test_labels_and_wavelengths_together(curves):
+    pandas = pytest.importorskip("pandas")
+    nm, grid = WAVELENGTHS["descending"], np.arange(360, 760, 10)
+    values = measured(curves[:4], nm)
+    expected = vrx.tristimulus(values, wavelengths=nm)
+    bands = pandas.DataFrame(values, columns=[f"band {i}" for i in range(len(nm))])
+    more = pandas.DataFrame(values, columns=nm, index=list("abcd")).assign(Gloss=3.0, name="x")
+    for table in (bands, more, pandas.DataFrame(values)):
+        assert np.array_equal(vrx.tristimulus(table, wavelengths=nm), expected)
+    with pytest.raises(ValueError, match="curves: it says its own wavelengths"):
+        vrx.tristimulus(more, wavelengths=nm[::-1])
+    judged = vrx.judge(curves[0], pandas.DataFrame(curves[:4], columns=grid, index=list("abcd")), "D65", tolerance=1)
+    assert judged.ids == tuple("abcd") and list(judged.frame().index) == list("abcd")
+    colors = pandas.DataFrame({"b*": [3.0], "name": "x", "a*": [2.0], "L*": [50.0]})
+    assert vrx._core.curves(colors, or_colors=True).tolist() == [[50, 2, 3]]
+
+
+def test_curve_arrays(curves, curve_file):
+    nm = WAVELENGTHS["descending"]
+    values, names = measured(curves[:5], nm), list("vwxyz")
+    array = vrx.CurveArray(values, nm, names, ["15deg"] * 5)
+    assert (np.diff(array.wavelengths) > 0).all() and np.array_equal(array.values, values[:, ::-1])
+    assert not array.values.flags.writeable and array.notes[0].startswith("380 to 730 nm at 10 nm: completed down")
+    expected = vrx.tristimulus(values, wavelengths=nm)
+    for index, ids in ((slice(1, 4), "wxy"), (2, "x"), ([4, 0], "zv"), (np.arange(5) > 2, "yz"), ("w", "w")):
+        part = array[index]
+        rows = [names.index(one) for one in ids]
+        assert part.ids == tuple(ids) and part.geometries == ("15deg",) * len(ids)
+        assert np.array_equal(np.atleast_2d(vrx.tristimulus(part)), expected[rows])
+    assert vrx.CurveArray.concatenate([array[:2], array["x"], array[3:]]) == array == pickle.loads(pickle.dumps(array)) != array[::-1]
+    assert np.array_equal(vrx.tristimulus(array.on_grid().values), expected) and array.on_grid().notes == ()
+    judged = vrx.judge(array, array[::-1], "D65", system="din6175")
+    at_15 = vrx.judge(array.on_grid().values, array[::-1].on_grid().values, "D65", system="din6175", geometry="15deg")
+    assert np.array_equal(judged.differences, at_15.differences) and judged.ids == tuple("zyxwv")
+    assert vrx.nearest(array, array.on_grid(), 1)[0][:, 0].tolist() == [0, 1, 2, 3, 4]
+    read = vrx.read(curve_file).curve_array
+    assert read.ids[59] == "C59" and np.array_equal(read.values, curves)
+    assert np.array_equal(vrx.Curve(array["y"]).values, vrx.resample(array)[3])
+    for call, error, words in ((lambda: array[0, 1], IndexError, ""), (lambda: array["u"], KeyError, "no curves"),
+                               (lambda: vrx.CurveArray(values, nm, ["a"]), ValueError, "ids: one for each of 5"),
+                               (lambda: vrx.CurveArray.concatenate([array, read]), ValueError, "wavelengths differ"),
+                               (lambda: vrx.ks(array, wavelengths=nm), ValueError, "says its own wavelengths")):
+        with pytest.raises(error, match=words):
+            call()

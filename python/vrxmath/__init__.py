@@ -62,6 +62,7 @@ from ._core import (
     xyz_from_luv,
     xyz_from_munsell,
 )
+from ._curves import CurveArray
 from ._formulation import (CalibrationFit, ColorSystem, Correction, LeftoverRecipe, Recipe, StockCorrection, calibrate, correct,
                            correct_stock, match, predict, use_leftovers)
 from ._judgement import FAIL, PASS, WARNING, Judgement, judge
@@ -80,6 +81,7 @@ __all__ = [
     "ColorSystem",
     "Correction",
     "Curve",
+    "CurveArray",
     "Illuminant",
     "Judgement",
     "LeftoverRecipe",

@@ -9,6 +9,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _core
+from ._curves import CurveArray, ids_of
 
 if TYPE_CHECKING:
     from collections.abc import Sequence
@@ -44,6 +45,8 @@ class Judgement:
         The limit of the total difference, of the first standard under the first illuminant.
     notes : tuple of str
         What was done to bring curves at other wavelengths to the library's grid.
+    ids : tuple or None
+        What names the samples: the ids of a :class:`CurveArray`, the index of a DataFrame.
     """
 
     illuminants: tuple[str, ...]
@@ -55,6 +58,7 @@ class Judgement:
     system: str
     tolerance: float
     notes: tuple[str, ...] = ()
+    ids: tuple[Any, ...] | None = None
 
     @property
     def overall(self) -> Any:
@@ -82,7 +86,7 @@ class Judgement:
             columns[f"{name} verdict"] = names[self.verdicts[:, i]]
             columns[f"{name} dE"] = self.totals[:, i]
             columns[f"{name} words"] = words[:, i]
-        return pandas.DataFrame(columns, copy=False)
+        return pandas.DataFrame(columns, index=None if self.ids is None else pandas.Index(self.ids, name="id"), copy=False)
 
     def __len__(self) -> int:
         return len(self.verdicts)
@@ -123,7 +127,7 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
         angle in degrees from +a* to +b*; the limit of the total; the commercial factor.
     geometry : str or int, or a sequence of k
         The measuring geometry, such as ``"15deg"`` or its code: the weights of ``"audi"`` and ``"din6175"`` depend on its angle, which is
-        45 degrees otherwise.
+        45 degrees otherwise. Standards that are a :class:`CurveArray` with a geometry for each have it.
     of : sequence of int, length n
         The standard of each sample by its place. Without it one standard is for all, and as many as samples are pairs.
     verdict : str
@@ -155,9 +159,11 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
     array([2], dtype=int8)
     """
     names = [illuminants] if isinstance(illuminants, (str, int, _core.Illuminant)) else list(illuminants)
+    if geometry is None and isinstance(standard, CurveArray) and standard.geometries is not None and all(standard.geometries):
+        geometry = standard.geometries
     differences, verdicts, words, broken, excess, limit, notes = _core.judge(
         standard, samples, names, observer, system=system, tolerance=tolerance, ellipsoid=ellipsoid, geometry=geometry, of=of,
         verdict=verdict, warning=warning, grade=grade, least_grade=least_grade, most_inconstancy=most_inconstancy,
         wavelengths=wavelengths, threads=threads, **parameters)
     return Judgement(tuple(_core.illuminant_name(name) for name in names), differences, verdicts, words, broken, excess, system,
-                     limit, tuple(notes))
+                     limit, tuple(notes), ids_of(samples))

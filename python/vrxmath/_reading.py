@@ -10,6 +10,7 @@ from typing import TYPE_CHECKING, Any, Literal
 import numpy as np
 
 from . import _core
+from ._curves import CurveArray
 
 if TYPE_CHECKING:
     from ._core import Floats
@@ -56,6 +57,13 @@ class Measurements:
 
     def __len__(self) -> int:
         return len(self.ids)
+
+    @property
+    def curve_array(self) -> CurveArray:
+        """The curves with their ids and geometries."""
+        if self.curves is None:
+            raise ValueError("the file has colours and no curves")
+        return CurveArray(self.curves, None, self.ids, self.geometries)
 
     @property
     def frame(self) -> Any:
