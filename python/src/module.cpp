@@ -140,6 +140,7 @@ PYBIND11_MODULE(_core, module) {
   DefineFormulation(module);
   DefineCalibration(module);
   DefineReading(module);
+  DefineWriting(module);
   DefineReadings(module);
   DefineReporting(module);
   DefineShades(module);

@@ -22,6 +22,7 @@ void DefineColorant(pybind11::module_& module);
 void DefineCalibration(pybind11::module_& module);
 void DefineFormulation(pybind11::module_& module);
 void DefineReading(pybind11::module_& module);
+void DefineWriting(pybind11::module_& module);
 void DefineReadings(pybind11::module_& module);
 
 }  // namespace vrx::python

@@ -1,31 +1,26 @@
 // Measurement files as lists and arrays.
 
-#include <filesystem>
 #include <span>
 #include <string>
 #include <vector>
 
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
-#include <pybind11/stl/filesystem.h>
 
 #include <vrxio/files/measurement_table.h>
 #include <vrxio/measurement/names.h>
 #include <vrxio/measurement/value_scale.h>
 #include <vrxio/text/input_error.h>
-#include <vrxmath/platform/exceptions.h>
-#include <vrxmath/platform/files.h>
 
 #include "python/src/module.h"
+#include "python/src/tables.h"
 #include "python/src/unlocked.h"
 #include "python/src/views.h"
 
 namespace vrx::python {
-namespace {
 
-io::ReadOptions OptionsOf(const std::string& form, const std::string& scale) {
+io::ReadOptions::Form FormNamed(const std::string& form) {
   using Form = io::ReadOptions::Form;
-  io::ReadOptions options;
   const std::pair<const char*, Form> forms[] = {{"", Form::kByContent},
                                                 {"csv", Form::kCsv},
                                                 {"cgats", Form::kCgats},
@@ -35,7 +30,12 @@ io::ReadOptions OptionsOf(const std::string& form, const std::string& scale) {
       std::find_if(std::begin(forms), std::end(forms), [&](const auto& row) { return form == row.first; });
   if (found == std::end(forms))
     throw py::value_error("form: \"csv\", \"cgats\", \"cxf\" or \"json\" is expected");
-  options.form = found->second;
+  return found->second;
+}
+
+io::ReadOptions ReadOptionsOf(const std::string& form, const std::string& scale) {
+  io::ReadOptions options;
+  options.form = FormNamed(form);
   if (scale == "fraction") {
     options.scale = io::ReadOptions::Scale::kFraction;
   } else if (scale == "percent") {
@@ -45,6 +45,8 @@ io::ReadOptions OptionsOf(const std::string& form, const std::string& scale) {
   }
   return options;
 }
+
+namespace {
 
 // The numbers of a column as rows of `width`; None when it is not one of all samples.
 py::object ArrayOf(const std::vector<double>& column, std::size_t rows, std::size_t width) {
@@ -60,7 +62,7 @@ std::vector<std::string> GeometriesOf(const io::MeasurementTable& table) {
 }
 
 py::dict Read(const std::string& path, const std::string& form, const std::string& scale) {
-  const io::ReadOptions options = OptionsOf(form, scale);
+  const io::ReadOptions options = ReadOptionsOf(form, scale);
   io::MeasurementTable columns;
   try {
     WithoutLock([&](const auto&) { columns = io::ReadMeasurementTable(path, options); });
@@ -85,25 +87,9 @@ py::dict Read(const std::string& path, const std::string& form, const std::strin
   return result;
 }
 
-// New content of a file, which appears as a whole or not at all.
-void WriteFile(const std::filesystem::path& path, const std::string& content) {
-  FileReplacer file;
-  bool isWritten = file.Open(path.string());
-  try {
-    if (isWritten) file.Write(std::as_bytes(std::span(content)));
-    isWritten = isWritten && file.Commit();
-  } catch (const CArchiveException&) {
-    isWritten = false;
-  }
-  if (isWritten) return;
-  PyErr_SetString(PyExc_OSError, (path.string() + ": " + file.GetError()).c_str());
-  throw py::error_already_set();
-}
-
 }  // namespace
 
 void DefineReading(py::module_& module) {
-  module.def("write_file", &WriteFile, py::arg("path"), py::arg("content"));
   module.def("read", &Read, py::arg("path"), py::arg("form"), py::arg("scale"));
 }
 

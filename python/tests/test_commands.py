@@ -1,5 +1,10 @@
 """What has a command of the tool has its function, with the tool's numbers."""
 
+import os
+import re
+import subprocess
+import warnings
+
 import numpy as np
 import pytest
 
@@ -94,6 +99,9 @@ def test_reports_of_what_is_in_memory(curves, tmp_path):
                                      (curves[0] * np.nan, {}, "row 0 is no measurement")):
         with pytest.raises(ValueError, match=message):
             vrx.report(standard, curves, **given)
+    (tmp_path / "dark.csv").write_text("id,400,410,420\na,0.5,1.03,0.011\n")
+    with pytest.raises(ValueError, match='scale="fraction" or scale="percent"'):
+        vrx.report(tmp_path / "dark.csv", curves)
     with pytest.raises(OSError, match="No such file"):
         vrx.Report("").save(tmp_path / "none" / "page.html")
 
@@ -134,6 +142,47 @@ def test_limits_from_verdicts(options, given, curves, tmp_path, vrx_tool):
     assert np.array_equal(numbers(fitted, "limit", "stress"), [(one.limit, one.stress) for one in found])
     with pytest.raises(ValueError, match="both are expected"):
         vrx.fit_limits(rows[0], rows[1:], [True] * 29)
+
+
+@pytest.mark.parametrize("ending, options, given", [
+    ("csv", ["--decimal-comma", "--csv-safe"], {"decimal_comma": True, "csv_safe": True}), ("txt", [], {}), ("cxf", [], {}),
+    ("json", ["--grid", "400-700/20", "--to-fraction"], {"grid": "400-700/20", "to_fraction": True})])
+def test_files(ending, options, given, readings, tmp_path):
+    source = os.path.join(os.environ["VRX_SOURCE_DIR"], "examples", "chart_ohta.csv")
+    converted, written = tmp_path / f"tool.{ending}", tmp_path / f"python.{ending}"
+    subprocess.run([os.environ["VRX_TOOL"], "convert", source, converted, *options], check=True, capture_output=True)
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        vrx.convert(source, written, **given)
+    without_dates = [re.sub(rb"20..-..-..T..:..:..Z", b"", path.read_bytes()) for path in (converted, written)]
+    assert without_dates[0] == without_dates[1]
+    # What was written from memory reads back, and is what the tool makes of it.
+    path, of, rows = readings
+    vrx.write(written, rows, of, ["n"] * len(of))
+    read = vrx.read(written)
+    assert np.array_equal(read.curves, rows) and read.ids == of and read.names == ["n"] * len(of)
+    vrx.write(written, read)
+    assert np.array_equal(vrx.read(written).curves, rows)
+
+
+def test_files_that_are_not_written(readings, tmp_path):
+    path, rows = tmp_path / "kept.txt", readings[2]
+    vrx.write(path, rows)
+    kept = path.read_text().replace("\n", '\nORIGINATOR "me"\n', 1)
+    path.write_text(kept)
+    with pytest.warns(vrx.MeasurementWarning, match="not kept: ORIGINATOR"):
+        vrx.convert(path, tmp_path / "other.cxf")
+    for call, error, message in (
+            (lambda: vrx.convert(path, path, to="cxf", scale="percent", grid="400-420/10"), ValueError, "would lose"),
+            (lambda: vrx.convert(path, tmp_path / "x.doc"), ValueError, "choose one with to csv"),
+            (lambda: vrx.convert(tmp_path / "none.csv", path), FileNotFoundError, "none.csv"),
+            (lambda: vrx.write(path, rows, ["a"]), ValueError, "a row for each id"),
+            (lambda: vrx.write(path, rows * np.nan), ValueError, "row 0 is no measurement"),
+            (lambda: vrx.write(path, rows, to_fraction=True, to="cgats"), ValueError, "^to_fraction"),
+            (lambda: vrx.write(tmp_path / "none" / "x.csv", rows), OSError, "No such file")):
+        with pytest.raises(error, match=message):
+            call()
+    assert path.read_text() == kept and sorted(os.listdir(tmp_path)) == ["kept.txt", "other.cxf"]
 
 
 def test_averages_of_colours_and_blocks(readings, curves):

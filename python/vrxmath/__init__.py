@@ -71,6 +71,7 @@ from ._records import Curve, Standard, Tolerance
 from ._report import Report, report
 from ._samples import Averages, average
 from ._tolerances import LimitFit, fit_limits, fit_tolerance
+from ._writing import convert, write
 
 __all__ = [
     "FAIL",
@@ -101,6 +102,7 @@ __all__ = [
     "chromaticity",
     "color_rendering",
     "color_temperature",
+    "convert",
     "correct",
     "correct_stock",
     "contrast_ratio",
@@ -148,6 +150,7 @@ __all__ = [
     "use_leftovers",
     "weights",
     "white_point",
+    "write",
     "xyz_from_appearance",
     "xyz_from_hunter",
     "xyz_from_lab",

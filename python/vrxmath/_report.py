@@ -5,13 +5,13 @@ from __future__ import annotations
 import dataclasses
 import html
 import os
-import re
 from typing import TYPE_CHECKING, Any, Union
 
 import numpy as np
 
 from . import _core
 from ._reading import Measurements
+from ._writing import columns_of, python_words
 
 if TYPE_CHECKING:
     from typing import Literal
@@ -51,13 +51,7 @@ def _samples(argument: Any, name: str) -> str | dict[str, Any]:
     if isinstance(argument, (str, os.PathLike)):
         os.stat(argument)  # FileNotFoundError for one that is not there
         return os.path.join(".", argument) if os.fspath(argument) == "-" else os.fspath(argument)
-    if isinstance(argument, Measurements):
-        return {key: getattr(argument, key) for key in ("ids", "names", "geometries", "curves", "lab", "xyz", "illuminant", "observer")}
-    values = np.atleast_2d(_core.curves(argument))
-    if values.ndim != 2 or not len(values):
-        raise ValueError(f"{name}: expected shape (n, 40) or (40,)")
-    return {"ids": [str(row + 1) for row in range(len(values))], "names": [], "geometries": [], "curves": values, "lab": None,
-            "xyz": None, "illuminant": "", "observer": None}
+    return columns_of(argument, name)
 
 
 def _numbers(values: Any) -> str:
@@ -123,7 +117,5 @@ def report(standard: Samples, samples: Samples, illuminants: Lamps = ("D65", "A"
         "scale": scale or "", "title": title, "customer": customer, "lot": lot, "author": author, "approval": approval,
         "logo": os.fspath(logo)}
     flags = {"pairs": pairs, "average": average, "ellipse": ellipsoid == "system"}
-    try:
+    with python_words():
         return Report(_core.report(standards, trials, names, texts, flags, warning))
-    except ValueError as error:  # whose words are those of the command line
-        raise ValueError(re.sub(r"--([a-z][a-z-]*)", lambda option: option[1].replace("-", "_"), str(error))) from None

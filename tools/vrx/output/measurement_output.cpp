@@ -7,7 +7,10 @@
 #include <string_view>
 #include <utility>
 
+#include <vrxio/files/measurement_files.h>
+
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/same_file.h"
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/output.h"
 
@@ -61,6 +64,53 @@ std::string CreationDate() {
                 static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
                 static_cast<int>(time.seconds().count()));
   return text;
+}
+
+std::string Listed(const std::vector<std::string>& names) {
+  constexpr std::size_t kMost = 12;
+  std::string list;
+  for (std::size_t i = 0; i < names.size() && i < kMost; ++i) list += (i > 0 ? ", " : "") + names[i];
+  return names.size() > kMost ? list + " and " + std::to_string(names.size() - kMost) + " more" : list;
+}
+
+WriteOptions WritingOf(const WritingOptions& options, const std::string& file) {
+  using Form = ReadOptions::Form;
+  WriteOptions writing;
+  writing.form = options.form == Form::kByContent ? FormOfName(file) : options.form;
+  writing.fraction = options.fraction;
+  writing.csvSafe = options.csvSafe;
+  writing.decimalComma = options.decimalComma;
+  if (writing.fraction && writing.form == Form::kCgats) {
+    throw InputError("--to-fraction: CGATS is written in percent, as its SPECTRAL_NORM says");
+  }
+  if ((options.csvSafe || options.decimalComma) && writing.form != Form::kCsv) {
+    throw InputError(std::string(options.csvSafe ? "--csv-safe" : "--decimal-comma") + " is for CSV");
+  }
+  if (!options.grid.empty()) writing.grid = ParseWavelengthRange(options.grid, "--grid");
+  writing.creationDate = CreationDate();
+  return writing;
+}
+
+Converted ConvertMeasurements(const std::string& in, const std::string& out, ReadOptions reading,
+                              WriteOptions writing, const MeasurementSink& write) {
+  InputStream input = OpenInput(in);
+  const bool ontoItself = in != "-" && out != "-" && AreOneFile(in, out);
+  // What has no size is read twice; Windows replaces no file that is still being read.
+  if (input.size == 0 || ontoItself) HoldInput(input);
+  reading.keepsOthers = true;
+  const auto source = OpenMeasurements(std::move(input), reading);
+  Converted converted{source->Name(), {}};
+  writing.onLosses = [&](const std::vector<std::string>& lost) {
+    if (ontoItself) {
+      throw InputError(out + ": the file to be replaced would lose " + Listed(lost) + "; write to another");
+    }
+    converted.losses = lost;
+  };
+  write(*source, writing);
+  if (source->CountUnmeasured() > 0) {
+    converted.losses.push_back(std::to_string(source->CountUnmeasured()) + " rows without values");
+  }
+  return converted;
 }
 
 void WriteMeasurementFile(MeasurementReader& source, const WriteOptions& writing, const std::string& path) {
