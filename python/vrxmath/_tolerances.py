@@ -48,7 +48,8 @@ def fit_tolerance(standard: Numbers, accepted: Numbers, illuminants: Lamps = ("D
     >>> vrx.judge([42.0] * 40, accepted, "D65", ellipsoid=limits, warning=1).overall.min()
     2
     """
-    judged = judge(standard, accepted, illuminants, observer, system=system, tolerance=1.0, of=of, geometry=geometry, **parameters)
+    own: dict[str, Any] = dict(parameters)
+    judged = judge(standard, accepted, illuminants, observer, system=system, tolerance=1.0, of=of, geometry=geometry, **own)
     lab = judge(standard, accepted, illuminants, observer, system="lab", tolerance=1.0, of=of, geometry=geometry)
     return np.array([_core.fit_ellipsoid(lab.differences[:, i, :3], judged.totals[:, i], method=method, centre=centre,
                                          margin=margin) for i in range(len(judged.illuminants))])
