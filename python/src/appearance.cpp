@@ -29,6 +29,7 @@ std::vector<py::ssize_t> Extended(std::vector<py::ssize_t> lead, py::ssize_t wid
 
 // Display colours and which of them the display can show.
 struct DisplayColors {
+  Rows rows;
   py::array_t<std::uint8_t> rgb;
   py::array_t<bool> inGamut;
 };
@@ -38,7 +39,7 @@ DisplayColors DisplayColorsOf(const py::object& xyz, const py::object& illuminan
   const Rows rows = RowsOf(xyz, "xyz", 3);
   const vrxIlluminant number = IlluminantOf(illuminant);
   const std::int32_t code = ObserverOf(observer);
-  DisplayColors colors{py::array_t<std::uint8_t>(Extended(rows.lead, 3)), py::array_t<bool>(rows.lead)};
+  DisplayColors colors{rows, py::array_t<std::uint8_t>(Extended(rows.lead, 3)), py::array_t<bool>(rows.lead)};
   std::uint8_t* rgb = colors.rgb.mutable_data();
   auto* shown = reinterpret_cast<std::uint8_t*>(colors.inGamut.mutable_data());
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
@@ -70,7 +71,7 @@ py::dict Indices(const py::object& xyz, const py::object& illuminant, int observ
         if (!defined || !HasIndex(terms, Xyz{row[0], row[1], row[2]})) FillNaN(target + i, 1);
       }
     });
-    result[py::str(IndexLabel(index, IndexForm::kDirect).ToUtf8())] = values;
+    result[py::str(IndexLabel(index, IndexForm::kDirect).ToUtf8())] = WithMasks(values, rows.lead, {&rows});
   }
   return result;
 }
@@ -107,8 +108,9 @@ ViewingConditions ConditionsOf(double luminance, double background, const std::s
 
 // Rows of three numbers to rows of others; those that are unset become NaN.
 template <class WORK>
-py::array FromTriples(const Rows& rows, py::ssize_t width, int threads, const WORK& work) {
-  py::array_t<double> result(Extended(rows.lead, width));
+py::object FromTriples(const Rows& rows, py::ssize_t width, const py::object& out, int threads,
+                       const WORK& work) {
+  py::array_t<double> result = ResultApart(rows.lead, {width}, out, {&rows});
   double* target = result.mutable_data();
   const auto numbers = static_cast<std::size_t>(width);
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
@@ -117,11 +119,11 @@ py::array FromTriples(const Rows& rows, py::ssize_t width, int threads, const WO
       if (IsUnsetRow<3>(rows.Doubles() + i * rows.stride)) FillNaN(target + i * numbers, numbers);
     }
   });
-  return result;
+  return WithMasks(result, rows.lead, {&rows});
 }
 
-py::array AdaptColors(const py::object& xyz, const py::object& from, const py::object& to, int observer,
-                      const std::string& transform, double degree, int threads) {
+py::object AdaptColors(const py::object& xyz, const py::object& from, const py::object& to, int observer,
+                       const std::string& transform, double degree, const py::object& out, int threads) {
   const Rows rows = RowsOf(xyz, "xyz", 3);
   const AdaptationTransform kind = TransformOf(transform);
   White source, target;
@@ -129,7 +131,7 @@ py::array AdaptColors(const py::object& xyz, const py::object& from, const py::o
   if (!FindWhite(IlluminantOf(from), code, source) || !FindWhite(IlluminantOf(to), code, target)) {
     throw py::value_error("illuminant: it has no weights");
   }
-  return FromTriples(rows, 3, threads, [&](double* result, std::size_t first, std::size_t count) {
+  return FromTriples(rows, 3, out, threads, [&](double* result, std::size_t first, std::size_t count) {
     AdaptBatch(kind, source, target, degree, ViewOf<3>(rows, first, count),
                TargetOf<3>(result, first, count));
   });
@@ -137,74 +139,66 @@ py::array AdaptColors(const py::object& xyz, const py::object& from, const py::o
 
 // An array of kOut numbers for each row of three, by a batch function of an appearance model.
 template <std::size_t kOut, class BATCH>
-py::array ByModel(const Rows& rows, const py::object& illuminant, int observer, const std::string& model,
-                  double luminance, double background, const std::string& surround, int threads,
-                  const BATCH& batch) {
+py::object ByModel(const Rows& rows, const py::object& illuminant, int observer, const std::string& model,
+                   double luminance, double background, const std::string& surround, const py::object& out,
+                   int threads, const BATCH& batch) {
   const vrxIlluminant number = IlluminantOf(illuminant);
   const std::int32_t code = ObserverOf(observer);
   const AppearanceModel kind = ModelOf(model);
   const ViewingConditions conditions = ConditionsOf(luminance, background, surround);
-  return FromTriples(rows, kOut, threads, [&](double* result, std::size_t first, std::size_t count) {
+  return FromTriples(rows, kOut, out, threads, [&](double* result, std::size_t first, std::size_t count) {
     batch(kind, number, code, conditions, ViewOf<3>(rows, first, count), TargetOf<kOut>(result, first, count),
           BatchRun());
   });
 }
 
-py::array AppearanceOfColors(const py::object& xyz, const py::object& illuminant, int observer,
-                             const std::string& model, double luminance, double background,
-                             const std::string& surround, int threads) {
-  return ByModel<6>(RowsOf(xyz, "xyz", 3), illuminant, observer, model, luminance, background, surround,
+py::object AppearanceOfColors(const py::object& xyz, const py::object& illuminant, int observer,
+                              const std::string& model, double luminance, double background,
+                              const std::string& surround, const py::object& out, int threads) {
+  return ByModel<6>(RowsOf(xyz, "xyz", 3), illuminant, observer, model, luminance, background, surround, out,
                     threads, AppearanceBatch);
 }
 
-py::array ColorsOfAppearance(const py::object& appearance, const py::object& illuminant, int observer,
-                             const std::string& model, double luminance, double background,
-                             const std::string& surround, int threads) {
+py::object ColorsOfAppearance(const py::object& appearance, const py::object& illuminant, int observer,
+                              const std::string& model, double luminance, double background,
+                              const std::string& surround, const py::object& out, int threads) {
   return ByModel<3>(RowsOf(appearance, "jch", 3), illuminant, observer, model, luminance, background,
-                    surround, threads, XyzFromAppearanceBatch);
+                    surround, out, threads, XyzFromAppearanceBatch);
 }
 
-// L*, a*, b*, C*, h of `count` rows from `from` on; a single row stands for all.
-std::vector<double> PolarLab(const Rows& rows, std::size_t from, std::size_t count) {
-  if (rows.lead.empty()) from = 0, count = 1;
+// L*, a*, b*, C*, h of `count` rows.
+std::vector<double> PolarLab(const RowBlock& rows, std::size_t count) {
   std::vector<double> lab(5 * count);
-  for (std::size_t i = 0; i < count; ++i) {
-    const double* row = rows.Doubles() + (from + i) * rows.stride;
-    std::copy_n(row, 3, &lab[5 * i]);
-  }
+  for (std::size_t i = 0; i < count; ++i) std::copy_n(rows.Row(i), 3, &lab[5 * i]);
   ChromaHueBatch(BatchView<double, 5>(std::span<double>(lab)));
   return lab;
 }
 
 py::object Grade(const py::object& standard, const py::object& sample, const std::string& scale, bool steps,
-                 int threads) {
+                 const py::object& out, int threads) {
   if (scale != "change" && scale != "staining") {
     throw py::value_error("scale: \"change\" or \"staining\" is expected");
   }
   const GreyScale kind = scale == "change" ? GreyScale::kChange : GreyScale::kStaining;
   const Rows standards = RowsOf(standard, "standard", 3), samples = RowsOf(sample, "sample", 3);
-  const std::vector<py::ssize_t> lead = CommonLead(standards, "standard", samples, "sample");
-  py::array_t<double> result(lead);
+  const RowPairs pairs(standards, "standard", samples, "sample");
+  py::array_t<double> result = ResultApart(pairs.Lead(), {}, out, {&standards, &samples});
   double* target = result.mutable_data();
-  InBlocks(standards.lead.empty() ? samples.count : standards.count, threads,
-           [&](std::size_t from, std::size_t count) {
-             const std::vector<double> s = PolarLab(standards, from, count);
-             std::vector<double> t = PolarLab(samples, from, count);
-             if (t.size() < 5 * count) {  // one sample for many standards
-               for (std::size_t i = 1; i < count; ++i) t.insert(t.end(), t.begin(), t.begin() + 5);
-             }
-             GradeBatch(kind, s, t, std::span(target + from, count));
-             for (std::size_t i = 0; i < count; ++i) {
-               const bool unset = IsUnsetRow<3>(&s[s.size() == 5 ? 0 : 5 * i]) || IsUnsetRow<3>(&t[5 * i]);
-               if (unset) {
-                 FillNaN(target + from + i, 1);
-               } else if (steps) {
-                 target[from + i] = HalfStepGrade(target[from + i]);
-               }
-             }
-           });
-  if (lead.empty()) return py::float_(target[0]);
-  return result;
+  InBlocks(pairs.Count(), threads, [&](std::size_t from, std::size_t count) {
+    std::vector<double> scratch;
+    const std::vector<double> s = PolarLab(pairs.First(from, count, scratch), count);
+    const std::vector<double> t = PolarLab(pairs.Second(from, count, scratch), count);
+    GradeBatch(kind, s, t, std::span(target + from, count));
+    for (std::size_t i = 0; i < count; ++i) {
+      if (IsUnsetRow<3>(&s[5 * i]) || IsUnsetRow<3>(&t[5 * i])) {
+        FillNaN(target + from + i, 1);
+      } else if (steps) {
+        target[from + i] = HalfStepGrade(target[from + i]);
+      }
+    }
+  });
+  if (!out.is_none()) return WithMasks(result, pairs.Lead(), {&standards, &samples});
+  return NumberOrArray(result, pairs.Lead(), {&standards, &samples});
 }
 
 }  // namespace
@@ -213,7 +207,8 @@ void DefineAppearance(py::module_& module) {
   module.def(
       "display_rgb",
       [](const py::object& xyz, const py::object& illuminant, int observer, int threads) {
-        return DisplayColorsOf(xyz, illuminant, observer, threads).rgb;
+        const DisplayColors colors = DisplayColorsOf(xyz, illuminant, observer, threads);
+        return WithMasks(colors.rgb, colors.rows.lead, {&colors.rows});
       },
       py::arg("xyz"), py::arg("illuminant") = "D65", py::arg("observer") = 10, py::kw_only(),
       py::arg("threads") = 1,
@@ -233,8 +228,8 @@ numpy.ndarray of uint8, shape (..., 3)
       "in_gamut",
       [](const py::object& xyz, const py::object& illuminant, int observer, int threads) -> py::object {
         const DisplayColors colors = DisplayColorsOf(xyz, illuminant, observer, threads);
-        if (colors.inGamut.ndim() == 0) return py::bool_(*colors.inGamut.data());
-        return colors.inGamut;
+        if (colors.inGamut.ndim() == 0 && !colors.rows.mask) return py::bool_(*colors.inGamut.data());
+        return WithMasks(colors.inGamut, colors.rows.lead, {&colors.rows});
       },
       py::arg("xyz"), py::arg("illuminant") = "D65", py::arg("observer") = 10, py::kw_only(),
       py::arg("threads") = 1,
@@ -267,7 +262,7 @@ dict of str to numpy.ndarray, shape (...)
   module.def(
       "adapt", &AdaptColors, py::arg("xyz"), py::arg("source"), py::arg("target") = "D65",
       py::arg("observer") = 10, py::kw_only(), py::arg("transform") = "cat16", py::arg("degree") = 1.0,
-      py::arg("threads") = 1,
+      py::arg("out") = py::none(), py::arg("threads") = 1,
       R"(Corresponding colours: those that look under one illuminant as the given ones do under another.
 
 Parameters
@@ -279,6 +274,8 @@ transform : str
     ``"cat16"``, ``"cat02"`` or ``"bradford"``.
 degree : float
     Of adaptation: 1 for a complete one, 0 for none.
+out, threads
+    As for :func:`tristimulus`.
 
 Returns
 -------
@@ -287,7 +284,7 @@ numpy.ndarray, shape (..., 3)
   module.def("appearance", &AppearanceOfColors, py::arg("xyz"), py::arg("illuminant") = "D65",
              py::arg("observer") = 10, py::kw_only(), py::arg("model") = "cam16",
              py::arg("luminance") = ViewingConditions().adaptingLuminance, py::arg("background") = 20.0,
-             py::arg("surround") = "average", py::arg("threads") = 1,
+             py::arg("surround") = "average", py::arg("out") = py::none(), py::arg("threads") = 1,
              R"(Colour appearance by CAM16 or CIECAM02 (CIE 159).
 
 Parameters
@@ -303,6 +300,8 @@ background : float
     Luminance factor of the background, on the scale of the white's 100.
 surround : str
     ``"average"``, ``"dim"`` or ``"dark"``.
+out, threads
+    As for :func:`tristimulus`.
 
 Returns
 -------
@@ -313,7 +312,7 @@ numpy.ndarray, shape (..., 6)
       "xyz_from_appearance", &ColorsOfAppearance, py::arg("jch"), py::arg("illuminant") = "D65",
       py::arg("observer") = 10, py::kw_only(), py::arg("model") = "cam16",
       py::arg("luminance") = ViewingConditions().adaptingLuminance, py::arg("background") = 20.0,
-      py::arg("surround") = "average", py::arg("threads") = 1,
+      py::arg("surround") = "average", py::arg("out") = py::none(), py::arg("threads") = 1,
       R"(Tristimulus values of lightness J, chroma C and hue h in degrees: the inverse of :func:`appearance`.
 
 Parameters as for :func:`appearance`.
@@ -323,17 +322,19 @@ Returns
 numpy.ndarray, shape (..., 3)
 )");
   module.def("grade", &Grade, py::arg("standard"), py::arg("sample"), py::arg("scale") = "change",
-             py::kw_only(), py::arg("steps") = false, py::arg("threads") = 1,
+             py::kw_only(), py::arg("steps") = false, py::arg("out") = py::none(), py::arg("threads") = 1,
              R"(Fastness grades by the grey scales: 5 is the best, 1 the worst.
 
 Parameters
 ----------
 standard, sample : array_like, shape (..., 3)
-    L*, a*, b* of the untreated and of the treated specimen. A single row is used for all rows of the other.
+    L*, a*, b* of the untreated and of the treated specimen. Leading axes broadcast.
 scale : str
     ``"change"`` of colour (ISO 105-A05), or ``"staining"`` (ISO 105-A04).
 steps : bool
     Half steps, as they are reported, instead of a continuous grade.
+out, threads
+    As for :func:`tristimulus`.
 
 Returns
 -------

@@ -40,8 +40,8 @@ void FillTristimulus(const Rows& curves, std::span<const vrxIlluminant> illumina
   }
 }
 
-py::array Tristimulus(const py::object& curves, const py::object& illuminant, int observer,
-                      const py::object& wavelengths, const py::object& out, int threads) {
+py::object Tristimulus(const py::object& curves, const py::object& illuminant, int observer,
+                       const py::object& wavelengths, const py::object& out, int threads) {
   const Rows rows = CurvesAt(curves, "curves", wavelengths, true);
   bool single = false;
   const std::vector<vrxIlluminant> illuminants = IlluminantsOf(illuminant, single);
@@ -49,13 +49,12 @@ py::array Tristimulus(const py::object& curves, const py::object& illuminant, in
   std::vector<py::ssize_t> tail;
   if (!single) tail.push_back(static_cast<py::ssize_t>(illuminants.size()));
   tail.push_back(3);
-  py::array_t<double> result = ResultArray(rows.lead, tail, out);
-  if (Overlap(result, rows.array)) throw py::value_error("out: it lies over curves");
+  py::array_t<double> result = ResultApart(rows.lead, tail, out, {&rows});
   double* target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
     FillTristimulus(rows, illuminants, code, target, from, count);
   });
-  return result;
+  return WithMasks(result, rows.lead, {&rows});
 }
 
 py::array WhitePointOf(const py::object& illuminant, int observer) {
@@ -90,8 +89,8 @@ std::vector<std::size_t> UnsetRows(const Rows& rows, std::size_t from, std::size
 }
 
 template <class WORK>
-py::array Converted(const py::object& colors, const char* name, py::ssize_t width, const py::object& out,
-                    int threads, const WORK& work) {
+py::object Converted(const py::object& colors, const char* name, py::ssize_t width, const py::object& out,
+                     int threads, const WORK& work) {
   const Rows rows = RowsOf(colors, name, 3);
   py::array_t<double> result = ResultArray(rows.lead, {width}, out);
   const bool inPlace = result.data() == rows.array.data() && width == 3 && rows.stride == 3;
@@ -105,11 +104,11 @@ py::array Converted(const py::object& colors, const char* name, py::ssize_t widt
       FillNaN(target + row * static_cast<std::size_t>(width), static_cast<std::size_t>(width));
     }
   });
-  return result;
+  return WithMasks(result, rows.lead, {&rows});
 }
 
-py::array Convert(Conversion convert, const py::object& colors, const char* name,
-                  const py::object& illuminant, int observer, const py::object& out, int threads) {
+py::object Convert(Conversion convert, const py::object& colors, const char* name,
+                   const py::object& illuminant, int observer, const py::object& out, int threads) {
   const vrxIlluminant number = IlluminantOf(illuminant);
   const std::int32_t code = ObserverOf(observer);
   return Converted(colors, name, 3, out, threads,
@@ -135,8 +134,8 @@ py::array ChromaticityOf(const py::object& xyz, const py::object& out, int threa
 using PolarConversion = bool (*)(vrxIlluminant, std::int32_t, const Views3&, const BatchView<double, 5>&,
                                  const BatchRun&);
 
-py::array ConvertPolar(PolarConversion convert, const py::object& xyz, const py::object& illuminant,
-                       int observer, const py::object& out, int threads) {
+py::object ConvertPolar(PolarConversion convert, const py::object& xyz, const py::object& illuminant,
+                        int observer, const py::object& out, int threads) {
   const vrxIlluminant number = IlluminantOf(illuminant);
   const std::int32_t code = ObserverOf(observer);
   return Converted(xyz, "xyz", 5, out, threads,
@@ -198,7 +197,8 @@ threads : int
 Returns
 -------
 numpy.ndarray, shape (..., 3), or (..., m, 3) for a sequence of m illuminants
-    X, Y, Z on the scale on which the perfect white has Y = 100; NaN where a curve is unset.
+    X, Y, Z on the scale on which the perfect white has Y = 100; NaN where a curve is unset, masked where any value of it is
+    masked.
 )");
   module.def("white_point", &WhitePointOf, py::arg("illuminant") = "D65", py::arg("observer") = 10,
              R"(The white point Xn, Yn, Zn of an illuminant and observer, on the scale Yn = 100.

@@ -46,41 +46,38 @@ StrengthSumSettings StrengthSettingsOf(bool absorbance, std::pair<double, double
   return {absorbance, first, last, k1, k2, ModeOf(specular)};
 }
 
-CurveBatch BatchOf(const Rows& rows, std::size_t from, std::size_t count) {
-  return {std::span(rows.Doubles() + from * rows.stride, (count - 1) * rows.stride + kSamples), rows.stride};
-}
-
 py::object Strength(const py::object& standard, const py::object& batch, bool absorbance,
                     std::pair<double, double> band, const std::string& specular, double k1, double k2,
-                    const py::object& wavelengths, int threads) {
+                    const py::object& wavelengths, const py::object& out, int threads) {
   const StrengthSumSettings settings = StrengthSettingsOf(absorbance, band, specular, k1, k2);
   const Rows standards = CurvesAt(standard, "standard", wavelengths);
   const Rows batches = CurvesAt(batch, "batch", wavelengths);
-  const std::vector<py::ssize_t> lead = CommonLead(standards, "standard", batches, "batch");
-  py::array_t<double> result(lead);
+  const RowPairs pairs(standards, "standard", batches, "batch");
+  py::array_t<double> result = ResultApart(pairs.Lead(), {}, out, {&standards, &batches});
   double* target = result.mutable_data();
-  InBlocks(standards.lead.empty() ? batches.count : standards.count, threads,
-           [&](std::size_t from, std::size_t count) {
-             const auto sums = [&](const Rows& rows) {
-               const bool one = rows.lead.empty();
-               std::vector<double> values(one ? 1 : count);
-               StrengthSumBatch(settings, BatchOf(rows, one ? 0 : from, values.size()), values);
-               return values;
-             };
-             const std::vector<double> s = sums(standards), b = sums(batches);
-             for (std::size_t i = 0; i < count; ++i) {
-               target[from + i] = PercentOf(b[b.size() == 1 ? 0 : i], s[s.size() == 1 ? 0 : i]);
-             }
-           });
-  if (lead.empty()) return py::float_(target[0]);
-  return result;
+  InBlocks(pairs.Count(), threads, [&](std::size_t from, std::size_t count) {
+    std::vector<double> scratch;
+    const auto sums = [&](const RowBlock& rows) {
+      std::vector<double> values(rows.count);
+      StrengthSumBatch(
+          settings, {std::span(rows.data, (rows.count - 1) * rows.stride + kSamples), rows.stride}, values);
+      return values;
+    };
+    const std::vector<double> s = sums(pairs.First(from, count, scratch));
+    const std::vector<double> b = sums(pairs.Second(from, count, scratch));
+    for (std::size_t i = 0; i < count; ++i) {
+      target[from + i] = PercentOf(b[b.size() == 1 ? 0 : i], s[s.size() == 1 ? 0 : i]);
+    }
+  });
+  if (!out.is_none()) return WithMasks(result, pairs.Lead(), {&standards, &batches});
+  return NumberOrArray(result, pairs.Lead(), {&standards, &batches});
 }
 
-py::array Ks(const py::object& curves, const std::string& specular, double k1, double k2,
-             const py::object& wavelengths, int threads) {
+py::object Ks(const py::object& curves, const std::string& specular, double k1, double k2,
+              const py::object& wavelengths, const py::object& out, int threads) {
   const SaundersonMode mode = ModeOf(specular);
   const Rows rows = CurvesAt(curves, "curves", wavelengths);
-  py::array_t<double> result = ResultArray(rows.lead, {static_cast<py::ssize_t>(kSamples)}, py::none());
+  py::array_t<double> result = ResultApart(rows.lead, {static_cast<py::ssize_t>(kSamples)}, out, {&rows});
   double* target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
     const std::span<double> block(target + kSamples * from, kSamples * count);
@@ -93,7 +90,7 @@ py::array Ks(const py::object& curves, const std::string& specular, double k1, d
     for (double& value : block) value *= 100.0;
     KubelkaMunkKsBatch(block, block);
   });
-  return result;
+  return WithMasks(result, rows.lead, {&rows});
 }
 
 }  // namespace
@@ -102,13 +99,13 @@ void DefineColorant(py::module_& module) {
   module.def("strength", &Strength, py::arg("standard"), py::arg("batch"), py::kw_only(),
              py::arg("absorbance") = false, py::arg("band") = std::pair(400.0, 700.0),
              py::arg("specular") = "included", py::arg("k1") = 0.04, py::arg("k2") = 0.6,
-             py::arg("wavelengths") = py::none(), py::arg("threads") = 1,
+             py::arg("wavelengths") = py::none(), py::arg("out") = py::none(), py::arg("threads") = 1,
              R"(Strength of batches of a colorant against a standard, in percent: the sum of K/S over a band.
 
 Parameters
 ----------
 standard, batch : array_like, shape (..., 40)
-    Reflectance in percent of the same let-down. A single standard is used for all batches.
+    Reflectance in percent of the same let-down. Leading axes broadcast.
 absorbance : bool
     Sum absorbance instead of K/S.
 band : tuple of 2 float
@@ -117,7 +114,7 @@ specular : str
     Whether the readings hold the surface reflection: ``"included"``, ``"excluded"``, or ``"none"`` for no correction.
 k1, k2 : float
     Saunderson's surface constants.
-wavelengths, threads
+wavelengths, out, threads
     As for :func:`tristimulus`.
 
 Returns
@@ -127,14 +124,15 @@ numpy.ndarray, shape (...); float for one pair
 )");
   module.def(
       "ks", &Ks, py::arg("curves"), py::kw_only(), py::arg("specular") = "included", py::arg("k1") = 0.04,
-      py::arg("k2") = 0.6, py::arg("wavelengths") = py::none(), py::arg("threads") = 1,
+      py::arg("k2") = 0.6, py::arg("wavelengths") = py::none(), py::arg("out") = py::none(),
+      py::arg("threads") = 1,
       R"(Ratio of absorption to scattering of opaque films (Kubelka and Munk), behind Saunderson's correction.
 
 Parameters
 ----------
 curves : array_like, shape (..., 40)
     Reflectance in percent.
-specular, k1, k2, wavelengths, threads
+specular, k1, k2, wavelengths, out, threads
     As for :func:`strength`.
 
 Returns

@@ -86,9 +86,12 @@ Curves OnGrid(Rows rows, const Bands& bands, const char* name, const py::object&
   if (grid.IsNarrow()) Warn(std::string(name) + ": " + grid.Warning());
   const bool isOnGrid = bands.nm == io::LibraryWavelengths();
   if (isOnGrid && bands.AreInOrder() && out.is_none()) return {std::move(rows), {}};
-  if (rows.isFloat) rows = RowsOf(py::array_t<double>::ensure(rows.array), name, rows.width);
-  py::array_t<double> curves = ResultArray(rows.lead, {static_cast<py::ssize_t>(kSamples)}, out);
-  if (Overlap(curves, rows.array)) throw py::value_error(std::string("out: it lies over ") + name);
+  if (rows.isFloat) {
+    const py::object mask = rows.mask;
+    rows = RowsOf(py::array_t<double>::ensure(rows.array), name, rows.width);
+    rows.mask = mask;
+  }
+  py::array_t<double> curves = ResultApart(rows.lead, {static_cast<py::ssize_t>(kSamples)}, out, {&rows});
   double* target = curves.mutable_data();
   InBlocks(rows.count, 1, [&](std::size_t from, std::size_t count) {
     std::vector<double> scratch;
@@ -101,7 +104,9 @@ Curves OnGrid(Rows rows, const Bands& bands, const char* name, const py::object&
       }
     }
   });
-  return {RowsOf(curves, name, kSamples), isOnGrid ? std::string() : grid.Description()};
+  Curves result{RowsOf(curves, name, kSamples), isOnGrid ? std::string() : grid.Description()};
+  result.mask = rows.mask;
+  return result;
 }
 
 // Labels ----------------------------------------------------------------------------------------------------
@@ -293,6 +298,8 @@ Measured MeasuredOf(const py::handle& argument, const char* name, const py::hand
 
 Curves TakeCurves(const py::handle& argument, const char* name, const py::handle& wavelengths, bool floats,
                   std::size_t otherWidth, const py::object& out) {
+  if (wavelengths.is_none() && IsPlain(argument))  // what most calls are
+    return {RowsOf(argument, name, kSamples, floats, otherWidth), {}};
   Measured measured = MeasuredOf(argument, name, wavelengths, floats, otherWidth);
   if (measured.nm.empty()) return {std::move(measured.rows), {}};
   const Bands bands = BandsOf(measured.nm, measured.source);
@@ -317,13 +324,13 @@ py::tuple Ascended(const py::object& values, const py::object& wavelengths) {
   return py::make_tuple(ascending, ArrayOfNumbers(bands.nm), notes);
 }
 
-py::array Resample(const py::object& values, const py::object& wavelengths, const py::object& out) {
+py::object Resample(const py::object& values, const py::object& wavelengths, const py::object& out) {
   Curves curves = TakeCurves(values, "values", wavelengths, false, 0, out);
-  if (!curves.array.is(values) && (out.is_none() || curves.array.is(out))) return curves.array;
-  py::array_t<double> result = ResultArray(curves.lead, {static_cast<py::ssize_t>(kSamples)}, out);
+  if (!curves.note.empty() || curves.array.is(out)) return WithMasks(curves.array, curves.lead, {&curves});
+  py::array_t<double> result = ResultApart(curves.lead, {static_cast<py::ssize_t>(kSamples)}, out, {&curves});
   for (std::size_t i = 0; i < curves.count; ++i)
     std::copy_n(curves.Doubles() + i * curves.stride, kSamples, result.mutable_data() + i * kSamples);
-  return result;
+  return WithMasks(result, curves.lead, {&curves});
 }
 
 }  // namespace

@@ -31,30 +31,26 @@ struct Space {
   std::int32_t observer;
 };
 
-// Coordinates with chroma and hue of `count` rows of an argument from `from` on, in the space of the system.
-void FillLab(const Space& space, const Rows& rows, std::size_t from, std::size_t count,
-             const BatchView<double, 5>& lab) {
+// Coordinates with chroma and hue of rows, in the space of the system.
+void FillLab(const Space& space, const RowBlock& rows, const BatchView<double, 5>& lab) {
   if (space.isXyz) {
-    CoordinatesBatch(space.system, space.illuminant, space.observer, ViewOf<3>(rows, from, count), lab);
+    CoordinatesBatch(space.system, space.illuminant, space.observer, ViewOf<3>(rows), lab);
     return;
   }
-  for (std::size_t i = 0; i < count; ++i) {
-    const double* row = rows.Doubles() + (from + i) * rows.stride;
+  for (std::size_t i = 0; i < rows.count; ++i) {
+    const double* const row = rows.data + i * rows.stride;
     for (std::size_t k = 0; k < rows.width; ++k) lab.at(i, k) = row[k];
   }
   if (rows.width == 3) ChromaHueBatch(lab);
 }
 
-// The same rows in the form that a system reads; `scratch` keeps coordinates that the argument does not hold. A single row
-// stands for all.
-ColorBatch BlockOf(const Space& space, const Rows& rows, std::size_t from, std::size_t count,
-                   std::vector<double>& scratch) {
-  if (rows.lead.empty()) from = 0, count = 1;
-  if (!space.isXyz && rows.width == 5) return {{}, ViewOf<5>(rows, from, count)};
-  scratch.resize(5 * count);
+// The same rows in the form that a system reads; `scratch` keeps coordinates that the argument does not hold.
+ColorBatch ColorsOfBlock(const Space& space, const RowBlock& rows, std::vector<double>& scratch) {
+  if (!space.isXyz && rows.width == 5) return {{}, ViewOf<5>(rows)};
+  scratch.resize(5 * rows.count);
   const BatchView<double, 5> lab{std::span<double>(scratch)};
-  FillLab(space, rows, from, count, lab);
-  return {space.isXyz ? ViewOf<3>(rows, from, count) : BatchView<const double, 3>(), lab};
+  FillLab(space, rows, lab);
+  return {space.isXyz ? ViewOf<3>(rows) : BatchView<const double, 3>(), lab};
 }
 
 Space SpaceOf(const py::object& space, const CDifferenceSettings& settings, const py::object& illuminant,
@@ -78,18 +74,13 @@ Space SpaceOf(const py::object& space, const CDifferenceSettings& settings, cons
   return {isXyz, settings.system, IlluminantOf(illuminant), ObserverOf(observer)};
 }
 
-// Whether a row of an argument is unset for a system; a single row stands for all.
-bool IsUnsetColor(const Rows& rows, std::size_t row) {
-  return IsUnsetRow<3>(rows.Doubles() + (rows.lead.empty() ? 0 : row) * rows.stride);
-}
-
 // Brings `width` elements a row into Python's form: all are NaN where a colour is unset, and those that the system leaves out
 // everywhere.
-void MarkUnset(const CDifferenceSettings& settings, const Rows& standards, const Rows& samples,
-               std::size_t width, double* target, std::size_t from, std::size_t count) {
+void MarkUnset(const CDifferenceSettings& settings, const RowBlock& standards, const RowBlock& samples,
+               std::size_t width, double* target, std::size_t count) {
   const std::array<bool, 7> filled = FilledElements(settings);
-  for (std::size_t i = from; i < from + count; ++i) {
-    const bool unset = IsUnsetColor(standards, i) || IsUnsetColor(samples, i);
+  for (std::size_t i = 0; i < count; ++i) {
+    const bool unset = IsUnsetRow<3>(standards.Row(i)) || IsUnsetRow<3>(samples.Row(i));
     for (std::size_t k = 0; k < width; ++k) {
       if (unset || !filled[7 - width + k]) FillNaN(target + width * i + k, 1);
     }
@@ -97,14 +88,17 @@ void MarkUnset(const CDifferenceSettings& settings, const Rows& standards, const
 }
 
 void FillDifferences(const CDifferenceSettings& settings, double angle, const Space& space,
-                     const Rows& standards, const Rows& samples, bool components, double* target,
-                     std::size_t from, std::size_t count) {
-  std::vector<double> standardLab, sampleLab;
-  const ColorBatch s = BlockOf(space, standards, from, count, standardLab);
-  const ColorBatch t = BlockOf(space, samples, from, count, sampleLab);
-  if (components && samples.lead.empty() && count > 1) {  // one sample: standard by standard
+                     const RowPairs& pairs, bool components, double* target, std::size_t from,
+                     std::size_t count) {
+  std::vector<double> standardRows, sampleRows, standardLab, sampleLab;
+  const RowBlock standards = pairs.First(from, count, standardRows);
+  const RowBlock samples = pairs.Second(from, count, sampleRows);
+  const ColorBatch s = ColorsOfBlock(space, standards, standardLab);
+  const ColorBatch t = ColorsOfBlock(space, samples, sampleLab);
+  if (components && samples.count == 1 && count > 1) {  // one sample: standard by standard
     for (std::size_t i = 0; i < count; ++i) {
-      const ColorBatch one{s.xyz.empty() ? s.xyz : s.xyz.Rows(i, 1), s.lab.Rows(i, 1)};
+      const std::size_t row = standards.count == 1 ? 0 : i;
+      const ColorBatch one{s.xyz.empty() ? s.xyz : s.xyz.Rows(row, 1), s.lab.Rows(row, 1)};
       DifferenceBatch(settings, angle, one, t, TargetOf<7>(target, from + i, 1));
     }
   } else if (components) {
@@ -112,7 +106,8 @@ void FillDifferences(const CDifferenceSettings& settings, double angle, const Sp
   } else {
     TotalDifferenceBatch(settings, angle, s, t, std::span(target + from, count));
   }
-  MarkUnset(settings, standards, samples, components ? 7 : 1, target, from, count);
+  const std::size_t width = components ? 7 : 1;
+  MarkUnset(settings, standards, samples, width, target + width * from, count);
 }
 
 py::object Delta(const py::object& standard, const py::object& sample, const std::string& system,
@@ -123,25 +118,21 @@ py::object Delta(const py::object& standard, const py::object& sample, const std
   const std::size_t other = in.isXyz ? 0 : 5;
   const Rows standards = RowsOf(standard, "standard", 3, false, other);
   const Rows samples = RowsOf(sample, "sample", 3, false, other);
-  const std::vector<py::ssize_t> lead = CommonLead(standards, "standard", samples, "sample");
+  const RowPairs pairs(standards, "standard", samples, "sample");
   std::vector<py::ssize_t> tail;
   if (components) tail.push_back(7);
-  py::array_t<double> result = ResultArray(lead, tail, out);
-  if (Overlap(result, standards.array) || Overlap(result, samples.array)) {
-    throw py::value_error("out: it lies over an argument");
-  }
+  py::array_t<double> result = ResultApart(pairs.Lead(), tail, out, {&standards, &samples});
   double* target = result.mutable_data();
-  InBlocks(standards.lead.empty() ? samples.count : standards.count, threads,
-           [&](std::size_t from, std::size_t count) {
-             FillDifferences(settings, angle, in, standards, samples, components, target, from, count);
-           });
-  if (lead.empty() && !components && out.is_none()) return py::float_(target[0]);
-  return result;
+  InBlocks(pairs.Count(), threads, [&](std::size_t from, std::size_t count) {
+    FillDifferences(settings, angle, in, pairs, components, target, from, count);
+  });
+  if (!components && out.is_none()) return NumberOrArray(result, pairs.Lead(), {&standards, &samples});
+  return WithMasks(result, pairs.Lead(), {&standards, &samples});
 }
 
 // The colours of a search, under each illuminant.
 struct SearchColors {
-  std::vector<py::ssize_t> lead;
+  Rows rows;
   std::size_t count = 0;
   ColorTable colors;
 
@@ -158,9 +149,10 @@ struct SearchColors {
 };
 
 SearchColors FromCoordinates(const Rows& rows, const Space& space, int threads) {
-  SearchColors colors{rows.lead, rows.count, {{{{}, std::vector<double>(5 * rows.count)}}}};
+  SearchColors colors{rows, rows.count, {{{{}, std::vector<double>(5 * rows.count)}}}};
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
-    FillLab(space, rows, from, count, TargetOf<5>(colors.colors.under[0].lab.data(), from, count));
+    FillLab(space, {rows.Doubles() + from * rows.stride, count, rows.width, rows.stride},
+            TargetOf<5>(colors.colors.under[0].lab.data(), from, count));
   });
   return colors;
 }
@@ -168,12 +160,13 @@ SearchColors FromCoordinates(const Rows& rows, const Space& space, int threads) 
 SearchColors FromColors(const py::object& argument, const char* name, const Space& space, int threads) {
   const Rows rows = RowsOf(argument, name, 3, false, space.isXyz ? 0 : 5);
   if (!space.isXyz) return FromCoordinates(rows, space, threads);
-  if (rows.count == 0) return {rows.lead, 0, {{{}}}};
+  if (rows.count == 0) return {rows, 0, {{{}}}};
   const BatchView<const double, 3> xyz = ViewOf<3>(rows, 0, rows.count);
+  SearchColors colors{rows, rows.count, {}};
   const py::gil_scoped_release unlocked;
-  return {rows.lead, rows.count,
-          ColorsOf(XyzSamples{{&xyz, 1}}, space.system, {&space.illuminant, 1}, space.observer,
-                   {static_cast<unsigned>(threads), {}})};
+  colors.colors = ColorsOf(XyzSamples{{&xyz, 1}}, space.system, {&space.illuminant, 1}, space.observer,
+                           {static_cast<unsigned>(threads), {}});
+  return colors;
 }
 
 SearchColors FromCurves(const py::object& argument, const char* name, const Space& space,
@@ -181,9 +174,11 @@ SearchColors FromCurves(const py::object& argument, const char* name, const Spac
                         int threads) {
   const Rows curves = CurvesAt(argument, name, wavelengths, true);
   const Samples samples = SamplesOf(curves, 0, curves.count);
+  SearchColors colors{curves, curves.count, {}};
   const py::gil_scoped_release unlocked;
-  return {curves.lead, curves.count,
-          ColorsOf(samples, space.system, illuminants, space.observer, {static_cast<unsigned>(threads), {}})};
+  colors.colors =
+      ColorsOf(samples, space.system, illuminants, space.observer, {static_cast<unsigned>(threads), {}});
+  return colors;
 }
 
 py::tuple Nearest(const py::object& samples, const py::object& standards, std::size_t count,
@@ -213,7 +208,7 @@ py::tuple Nearest(const py::object& samples, const py::object& standards, std::s
       FindNearestBatch(settings, angle, a, b, count, matches, run);
     });
   }
-  std::vector<py::ssize_t> shape = trials.lead;
+  std::vector<py::ssize_t> shape = trials.rows.lead;
   shape.push_back(static_cast<py::ssize_t>(count));
   py::array_t<std::int64_t> index(shape);
   py::array_t<double> distance(shape);
@@ -222,7 +217,8 @@ py::tuple Nearest(const py::object& samples, const py::object& standards, std::s
     index.mutable_data()[i] = found ? static_cast<std::int64_t>(matches[i].index) : -1;
     distance.mutable_data()[i] = found ? matches[i].difference : std::numeric_limits<double>::quiet_NaN();
   }
-  return py::make_tuple(index, distance);
+  return py::make_tuple(WithMasks(index, trials.rows.lead, {&trials.rows}),
+                        WithMasks(distance, trials.rows.lead, {&trials.rows}));
 }
 
 }  // namespace
@@ -239,7 +235,7 @@ Parameters
 ----------
 standard, sample : array_like, shape (..., 3) or (..., 5)
     Coordinates in the space in which the system judges: L*, a*, b* for most, L*, u*, v* for ``"luv"``, Hunter L, a, b for
-    ``"hunter"``, with C and h behind them where they are at hand. A single row is used for all rows of the other. The uniform
+    ``"hunter"``, with C and h behind them where they are at hand. Leading axes broadcast. The uniform
     spaces (``"cam16ucs"``, ``"oklab"``, ``"itp"``, ``"din99o"`` ...) want ``space`` to be said.
 system : str
     See :func:`systems`.
@@ -260,7 +256,7 @@ out, threads
 Returns
 -------
 numpy.ndarray, shape (...) or (..., 7) with ``components``; float for a single pair
-    NaN where a colour is unset.
+    NaN where a colour is unset, masked where it is masked. The leading axes broadcast as numpy's do.
 )");
   module.def("nearest", &Nearest, py::arg("samples"), py::arg("standards"), py::arg("count") = 10,
              py::kw_only(), py::arg("system") = "cie2000", py::arg("illuminant") = "D65",

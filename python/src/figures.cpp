@@ -30,23 +30,24 @@ CurveBatch CurveBatchFrom(const Rows& rows, std::size_t from, std::size_t count)
   return {std::span(rows.Doubles() + from * rows.stride, (count - 1) * rows.stride + 40), rows.stride};
 }
 
-py::array_t<double> DensitiesOfCurves(const py::object& curves, const std::string& status,
-                                      const py::object& wavelengths, int threads) {
+py::object DensitiesOfCurves(const py::object& curves, const std::string& status,
+                             const py::object& wavelengths, const py::object& out, int threads) {
   const std::string letters = "aemt";
   const std::size_t place = status.size() == 1 ? letters.find(status) : std::string::npos;
   if (place == std::string::npos) throw py::value_error("status: \"a\", \"e\", \"m\" or \"t\" is expected");
   const Rows rows = CurvesAt(curves, "curves", wavelengths);
-  py::array_t<double> result = ResultArray(rows.lead, {4}, py::none());
+  py::array_t<double> result = ResultApart(rows.lead, {4}, out, {&rows});
   double* target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
     const BatchView<double, 4> four(std::span(target + 4 * from, 4 * count));
     DensityBatch(static_cast<DensityStatus>(place), CurveBatchFrom(rows, from, count), four);
-    for (std::size_t i = 4 * from; i < 4 * (from + count); ++i) target[i] = NumberOrNaN(target[i]);
+    for (std::size_t i = 4 * from; i < 4 * (from + count); ++i)
+      target[i] = target[i] == kUnset ? std::nan("") : target[i];
   });
-  return result;
+  return WithMasks(result, rows.lead, {&rows});
 }
 
-py::array_t<double> MunsellOf(const py::object& xyz, int threads) {
+py::object MunsellOf(const py::object& xyz, int threads) {
   const Rows rows = RowsOf(xyz, "xyz", 3);
   py::array_t<double> result = ResultArray(rows.lead, {4}, py::none());
   double* target = result.mutable_data();
@@ -55,11 +56,11 @@ py::array_t<double> MunsellOf(const py::object& xyz, int threads) {
       const double* row = rows.Doubles() + i * rows.stride;
       const MunsellColor found = MunsellFromXyz({row[0], row[1], row[2]});
       const double numbers[] = {found.hue, found.value, found.chroma, found.isExtrapolated ? 1.0 : 0.0};
-      for (std::size_t k = 0; k < 4; ++k)
-        target[4 * i + k] = IsUnset(found.value) ? std::nan("") : numbers[k];
+      const bool isUnset = IsUnsetRow<3>(row) || found.value == kUnset;
+      for (std::size_t k = 0; k < 4; ++k) target[4 * i + k] = isUnset ? std::nan("") : numbers[k];
     }
   });
-  return result;
+  return WithMasks(result, rows.lead, {&rows});
 }
 
 py::array_t<double> XyzOfMunsell(const py::object& notation) {
@@ -76,7 +77,8 @@ py::array_t<double> XyzOfMunsell(const py::object& notation) {
   const Xyz xyz = XyzFromMunsell(color);
   py::array_t<double> result(3);
   double* target = result.mutable_data();
-  target[0] = NumberOrNaN(xyz.X), target[1] = NumberOrNaN(xyz.Y), target[2] = NumberOrNaN(xyz.Z);
+  target[0] = xyz.X, target[1] = xyz.Y, target[2] = xyz.Z;
+  if (xyz.X == kUnset && xyz.Y == kUnset && xyz.Z == kUnset) FillNaN(target, 3);
   return result;
 }
 
@@ -112,7 +114,7 @@ std::int64_t ReadingsFor(double deviation, std::int64_t known, double within, do
 
 void DefineFigures(py::module_& module) {
   module.def("densities", &DensitiesOfCurves, py::arg("curves"), py::arg("status") = "t", py::kw_only(),
-             py::arg("wavelengths") = py::none(), py::arg("threads") = 1,
+             py::arg("wavelengths") = py::none(), py::arg("out") = py::none(), py::arg("threads") = 1,
              R"(Densities of print: through red, green and blue, and visual (ISO 5-3), absolute.
 
 Parameters
@@ -121,7 +123,7 @@ curves : array_like, shape (..., 40)
     Reflectances in percent, 360 to 750 nm.
 status : str
     ``"a"``, ``"e"``, ``"m"`` or ``"t"``.
-wavelengths
+wavelengths, out, threads
     As for :func:`tristimulus`.
 
 Returns

@@ -1,6 +1,7 @@
 // Judgement of many curves against their standards.
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -9,11 +10,13 @@
 #include <vector>
 
 #include <pybind11/numpy.h>
+#include <pybind11/stl.h>
 
 #include <vrxio/csv/tolerance_table.h>
 #include <vrxio/measurement/names.h>
 #include <vrxio/text/input_error.h>
 #include <vrxmath/batch/judge_batch.h>
+#include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/judging/shade.h>
 
@@ -29,11 +32,20 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
+// Which sample is judged by which standard.
+struct Pairing {
+  std::vector<py::ssize_t> lead;        // of the results
+  std::vector<std::size_t> standardOf;  // a place for each pair; empty for one standard
+  std::vector<std::size_t> sampleOf;  // likewise; empty where the samples are the pairs, one after the other
+  std::size_t count = 0;
+  Rows standards;  // their mask as it is for the pairs
+};
+
 // The input of a judgement, and where it goes: numbers per sample and illuminant.
 struct Judging {
   const JudgeConditions& conditions;
   const JudgeStandards& standards;
-  std::vector<std::size_t> standardOf;  // empty for one standard
+  const Pairing& pairing;
   const Rows& samples;
   double *differences, *excess;            // 7 and 1
   std::int8_t *verdicts, *words, *broken;  // 1, 3 and 1
@@ -42,7 +54,8 @@ struct Judging {
 };
 
 bool IsNumber(const py::object& object) {
-  return py::isinstance<py::float_>(object) || py::isinstance<py::int_>(object);
+  if (py::isinstance<py::array>(object)) return py::cast<py::array>(object).ndim() == 0;
+  return PyNumber_Check(object.ptr()) != 0 && PySequence_Check(object.ptr()) == 0;
 }
 
 // One set of limits, one an illuminant, or standard after standard one an illuminant.
@@ -159,28 +172,45 @@ void TakeOtherLimits(const py::object& grade, double leastGrade, const py::objec
   conditions.inconstancy = {most};
 }
 
-// The standard of each sample: none for one standard, else as `of` says, else in pairs.
-std::vector<std::size_t> StandardsOf(const py::object& of, std::size_t standards, std::size_t samples) {
+// The places of standards that `of` gives, one a sample.
+std::vector<std::size_t> PlacesOf(const py::object& of, std::size_t standards, std::size_t samples) {
   std::vector<std::size_t> places;
-  if (!of.is_none()) {
-    for (const py::handle one : of) {
-      const auto place = one.cast<std::int64_t>();
-      if (place < 0 || static_cast<std::size_t>(place) >= standards) {
-        throw py::value_error("of: " + std::to_string(place) + " is the place of no standard");
-      }
-      places.push_back(static_cast<std::size_t>(place));
+  for (const py::handle one : of) {
+    const auto place = one.cast<std::int64_t>();
+    if (place < 0 || static_cast<std::size_t>(place) >= standards) {
+      throw py::value_error("of: " + std::to_string(place) + " is the place of no standard");
     }
-    if (places.size() != samples)
-      throw py::value_error("of: the place of a standard for each sample is expected");
-    return places;
+    places.push_back(static_cast<std::size_t>(place));
   }
-  if (standards == 1) return places;
-  if (standards != samples) {
-    throw py::value_error("standard: one, as many as samples, or `of` beside them is expected");
-  }
-  places.resize(samples);
-  for (std::size_t i = 0; i < samples; ++i) places[i] = i;
+  if (places.size() != samples)
+    throw py::value_error("of: the place of a standard for each sample is expected");
   return places;
+}
+
+// As `of` says, else as leading axes broadcast. A single pair is a row, too.
+Pairing PairingOf(const Rows& standards, const Rows& samples, const py::object& of) {
+  Pairing pairing;
+  pairing.standards.mask = standards.mask;
+  if (!of.is_none()) {
+    pairing.standardOf = PlacesOf(of, standards.count, samples.count);
+    pairing.lead = samples.lead;
+    pairing.count = samples.count;
+    if (standards.mask) {
+      const py::object all = standards.mask.attr("reshape")(-1);
+      pairing.standards.mask =
+          all.attr("take")(py::cast(pairing.standardOf)).attr("reshape")(py::cast(samples.lead));
+    }
+  } else {
+    const RowPairs pairs(standards, "standard", samples, "samples");
+    pairing.lead = pairs.Lead();
+    pairing.count = pairs.Count();
+    for (std::size_t i = 0; standards.count > 1 && i < pairing.count; ++i)
+      pairing.standardOf.push_back(pairs.FirstRow(i));
+    for (std::size_t i = 0; !pairs.SecondIsWhole() && i < pairing.count; ++i)
+      pairing.sampleOf.push_back(pairs.SecondRow(i));
+  }
+  if (pairing.lead.empty()) pairing.lead = {1};
+  return pairing;
 }
 
 // Rows of kWidth numbers under illuminant j of m, in an array of shape (count, m, kWidth).
@@ -199,15 +229,32 @@ struct Scratch {
 };
 
 // NaN for what there is none of: everything without a difference, and the elements that a system has not.
-void MarkUnset(const Scratch& s, double* differences, std::size_t count) {
+void MarkUnset(const std::array<bool, 7>& filled, const Scratch& s, double* differences, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     double* const d = differences + 7 * i;
     if (s.available[i] == 0) {
       std::fill_n(d, 7, kNaN);
       continue;
     }
-    for (std::size_t k = 3; k < 6; ++k) d[k] = d[k] == kUnset ? kNaN : d[k];
+    for (std::size_t k = 0; k < 7; ++k) d[k] = filled[k] ? d[k] : kNaN;
   }
+}
+
+// The samples of pairs, in place or gathered.
+Samples SamplesOfBlock(const Judging& judging, std::size_t from, std::size_t count,
+                       std::vector<double>& scratch) {
+  const std::vector<std::size_t>& sampleOf = judging.pairing.sampleOf;
+  if (sampleOf.empty()) return SamplesOf(judging.samples, from, count);
+  const Rows& rows = judging.samples;
+  for (std::size_t i = from; i < from + count; ++i) {
+    const std::size_t at = sampleOf[i] * rows.stride;
+    if (rows.isFloat) {
+      scratch.insert(scratch.end(), rows.Floats() + at, rows.Floats() + at + kSamples);
+    } else {
+      scratch.insert(scratch.end(), rows.Doubles() + at, rows.Doubles() + at + kSamples);
+    }
+  }
+  return CurveBatch{std::span<const double>(scratch), kSamples};
 }
 
 void JudgeBlock(const Judging& judging, std::size_t from, std::size_t count) {
@@ -222,11 +269,12 @@ void JudgeBlock(const Judging& judging, std::size_t from, std::size_t count) {
     columns[j].brokenLimits = UnderOf<1>(s.broken.data(), j, m, count);
     columns[j].breaches = UnderOf<2>(s.breaches.data(), j, m, count);
   }
-  std::span<const std::size_t> standardOf = judging.standardOf;
+  std::span<const std::size_t> standardOf = judging.pairing.standardOf;
   if (!standardOf.empty()) standardOf = standardOf.subspan(from, count);
-  JudgeBatch(judging.conditions, judging.standards, standardOf, SamplesOf(judging.samples, from, count),
+  std::vector<double> scratch;
+  JudgeBatch(judging.conditions, judging.standards, standardOf, SamplesOfBlock(judging, from, count, scratch),
              columns);
-  MarkUnset(s, judging.differences + 7 * first, m * count);
+  MarkUnset(FilledElements(judging.conditions.difference), s, judging.differences + 7 * first, m * count);
   const auto narrow = [](const std::vector<std::int32_t>& numbers, std::int8_t* target) {
     for (std::size_t i = 0; i < numbers.size(); ++i) target[i] = static_cast<std::int8_t>(numbers[i]);
   };
@@ -244,12 +292,19 @@ struct Outcome {
   py::array_t<double> differences, excess;
   py::array_t<std::int8_t> verdicts, words, broken;
 
-  Outcome(py::ssize_t n, py::ssize_t m)
-      : differences({n, m, py::ssize_t{7}}),
-        excess({n, m}),
-        verdicts({n, m}),
-        words({n, m, py::ssize_t{3}}),
-        broken({n, m}) {}
+  // Over the leading axes of pairs and m illuminants.
+  Outcome(const std::vector<py::ssize_t>& lead, py::ssize_t m)
+      : differences(ShapeOver(lead, {m, 7})),
+        excess(ShapeOver(lead, {m})),
+        verdicts(ShapeOver(lead, {m})),
+        words(ShapeOver(lead, {m, 3})),
+        broken(ShapeOver(lead, {m})) {}
+
+  static std::vector<py::ssize_t> ShapeOver(std::vector<py::ssize_t> lead,
+                                            const std::vector<py::ssize_t>& tail) {
+    lead.insert(lead.end(), tail.begin(), tail.end());
+    return lead;
+  }
 };
 
 double TotalLimitOf(const JudgeStandards& standards) {
@@ -273,11 +328,8 @@ py::tuple Judge(const py::object& standard, const py::object& samples, const py:
                 const py::object& mostInconstancy, const py::object& wavelengths, int threads,
                 const py::kwargs& parameters) {
   const Curves standardRows = CurvesAt(standard, "standard", wavelengths, true);
-  if (standardRows.lead.size() > 1 || standardRows.count == 0) {
-    throw py::value_error("standard: expected shape (40,) or (k, 40)");
-  }
+  if (standardRows.count == 0) throw py::value_error("standard: at least one is expected");
   const Curves trials = CurvesAt(samples, "samples", wavelengths, true);
-  if (trials.lead.size() > 1) throw py::value_error("samples: expected shape (n, 40) or (40,)");
   if (std::isnan(warning)) throw py::value_error("warning: a number is expected");
   bool single = false;
   JudgeConditions conditions;
@@ -296,20 +348,25 @@ py::tuple Judge(const py::object& standard, const py::object& samples, const py:
   std::vector<double> angles = AnglesOf(geometry, k, conditions);
   const JudgeStandards standards(conditions, SamplesOf(standardRows, 0, k), std::move(limits),
                                  std::move(angles));
-  Outcome outcome(static_cast<py::ssize_t>(trials.count), static_cast<py::ssize_t>(m));
+  const Pairing pairing = PairingOf(standardRows, trials, of);
+  Outcome outcome(pairing.lead, static_cast<py::ssize_t>(m));
   const Judging judging{conditions,
                         standards,
-                        StandardsOf(of, k, trials.count),
+                        pairing,
                         trials,
                         outcome.differences.mutable_data(),
                         outcome.excess.mutable_data(),
                         outcome.verdicts.mutable_data(),
                         outcome.words.mutable_data(),
                         outcome.broken.mutable_data()};
-  InBlocks(trials.count, threads,
+  InBlocks(pairing.count, threads,
            [&](std::size_t from, std::size_t count) { JudgeBlock(judging, from, count); });
-  return py::make_tuple(outcome.differences, outcome.verdicts, outcome.words, outcome.broken, outcome.excess,
-                        TotalLimitOf(standards), NotesOf(standardRows, trials));
+  const auto masked = [&](const py::object& array) {
+    return WithMasks(array, pairing.lead, {&pairing.standards, &trials});
+  };
+  return py::make_tuple(masked(outcome.differences), masked(outcome.verdicts), masked(outcome.words),
+                        masked(outcome.broken), masked(outcome.excess), TotalLimitOf(standards),
+                        NotesOf(standardRows, trials));
 }
 
 constexpr std::size_t kShadeWords = kBluer + 1;

@@ -99,7 +99,7 @@ Illuminant MakeIlluminant(const std::string& name, Spectrum spectrum) {
 
 vrxIlluminant IlluminantOf(const py::handle& argument) {
   if (py::isinstance<Illuminant>(argument)) return argument.cast<const Illuminant&>().number->number;
-  if (!py::isinstance<py::str>(argument) && !py::isinstance<py::int_>(argument)) {
+  if (!py::isinstance<py::str>(argument) && PyIndex_Check(argument.ptr()) == 0) {
     throw py::type_error("illuminant: a code such as \"D65\", a number or an Illuminant is expected");
   }
   const auto text = py::str(argument).cast<std::string>();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,38 +41,41 @@ Xyz XyzAt(const Rows& rows, std::size_t i) {
   return {row[0], row[1], row[2]};
 }
 
-// Two figures of every row of X, Y, Z.
+using TwoNumbers = std::optional<std::array<double, 2>>;
+
+// Two figures of every row of X, Y, Z, which `figures` gives where there are any: their values alone would not tell.
 template <class FIGURES>
-py::array_t<double> TwoFigures(const py::object& xyz, int threads, const FIGURES& figures) {
+py::object TwoFigures(const py::object& xyz, int threads, const FIGURES& figures) {
   const Rows rows = RowsOf(xyz, "xyz", 3);
   py::array_t<double> result = ResultArray(rows.lead, {2}, py::none());
   double* const target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
     for (std::size_t i = from; i < from + count; ++i) {
-      const std::array<double, 2> two = figures(XyzAt(rows, i));
-      for (std::size_t k = 0; k < 2; ++k) target[2 * i + k] = NanIfUnset(two[k]);
+      const TwoNumbers two = figures(XyzAt(rows, i));
+      for (std::size_t k = 0; k < 2; ++k) target[2 * i + k] = two ? (*two)[k] : std::nan("");
     }
   });
-  return result;
+  return WithMasks(result, rows.lead, {&rows});
 }
 
-py::array_t<double> DominantOfColors(const py::object& xyz, const py::object& illuminant, int degrees,
-                                     int threads) {
+py::object DominantOfColors(const py::object& xyz, const py::object& illuminant, int degrees, int threads) {
   White n;
   const std::int32_t observer = ObserverOf(degrees);
   if (!FindWhite(IlluminantOf(illuminant), observer, n))
     throw py::value_error("illuminant: it has no weights");
   const Xy white = Chromaticity(Xyz{n.X, n.Y, n.Z});
-  return TwoFigures(xyz, threads, [&](const Xyz& row) {
+  return TwoFigures(xyz, threads, [&](const Xyz& row) -> TwoNumbers {
     const DominantWavelengthResult found = FindDominantWavelength(Chromaticity(row), white, observer);
-    return std::array{found.wavelength, found.purity};
+    if (IsUnset(found.wavelength)) return {};
+    return {{found.wavelength, found.purity}};
   });
 }
 
-py::array_t<double> TemperatureOfLights(const py::object& xyz, int threads) {
-  return TwoFigures(xyz, threads, [](const Xyz& row) {
+py::object TemperatureOfLights(const py::object& xyz, int threads) {
+  return TwoFigures(xyz, threads, [](const Xyz& row) -> TwoNumbers {
     const ColorTemperature found = FindColorTemperature(Chromaticity(row));
-    return std::array{found.kelvin, found.Duv};
+    if (IsUnset(found.kelvin)) return {};
+    return {{found.kelvin, found.Duv}};
   });
 }
 
@@ -94,13 +98,13 @@ py::dict RenderingOf(const py::object& wavelengths, const py::object& power, boo
 }
 
 py::object InconstancyOf(const py::object& curves, const py::object& reference, const py::object& test,
-                         int degrees, const std::string& system, const py::object& wavelengths, int threads,
-                         const py::kwargs& parameters) {
+                         int degrees, const std::string& system, const py::object& wavelengths,
+                         const py::object& out, int threads, const py::kwargs& parameters) {
   const CDifferenceSettings settings = SettingsOf(system, parameters);
   const vrxIlluminant first = IlluminantOf(reference), second = IlluminantOf(test);
   const std::int32_t observer = ObserverOf(degrees);
   const Rows rows = CurvesAt(curves, "curves", wavelengths);
-  py::array_t<double> result = ResultArray(rows.lead, {}, py::none());
+  py::array_t<double> result = ResultApart(rows.lead, {}, out, {&rows});
   double* const target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
     const CurveBatch batch = {
@@ -110,8 +114,8 @@ py::object InconstancyOf(const py::object& curves, const py::object& reference, 
       if (IsUnsetRow<1>(rows.Doubles() + i * rows.stride)) FillNaN(target + i, 1);
     }
   });
-  if (rows.lead.empty()) return py::float_(target[0]);
-  return result;
+  if (!out.is_none()) return WithMasks(result, rows.lead, {&rows});
+  return NumberOrArray(result, rows.lead, {&rows});
 }
 
 // Curve i of an argument, of which a single one stands for all.
@@ -164,11 +168,11 @@ py::object WhitesAmong(const py::object& xyz, const py::object& illuminant, int 
     const Xyz row = XyzAt(rows, i);
     result.mutable_data()[i] = !IsUnset(row) && IsWithinCieLimits(number, observer, {row.X, row.Y, row.Z});
   }
-  if (rows.lead.empty()) return py::bool_(*result.data());
-  return result;
+  if (rows.lead.empty() && !rows.mask) return py::bool_(*result.data());
+  return WithMasks(result, rows.lead, {&rows});
 }
 
-py::array_t<double> GanzGriesserOf(const py::object& xyz, const py::object& parameters, int threads) {
+py::object GanzGriesserOf(const py::object& xyz, const py::object& parameters, int threads) {
   GanzGriesser own;
   if (!parameters.is_none()) {
     const Rows rows = RowsOf(parameters, "parameters", 6);
@@ -176,8 +180,10 @@ py::array_t<double> GanzGriesserOf(const py::object& xyz, const py::object& para
     if (!rows.lead.empty()) throw py::value_error("parameters: six numbers are expected: P, Q, C, m, n, k");
     own = {p[0], p[1], p[2], p[3], p[4], p[5]};
   }
-  return TwoFigures(xyz, threads, [&](const Xyz& row) {
-    return std::array{own.Whiteness(row), own.Tint(row)};
+  return TwoFigures(xyz, threads, [&](const Xyz& row) -> TwoNumbers {
+    const double whiteness = own.Whiteness(row), tint = own.Tint(row);
+    if (whiteness == kUnset && tint == kUnset) return {};
+    return {{whiteness, tint}};
   });
 }
 
@@ -228,8 +234,8 @@ py::array_t<double> FittedCorrection(const py::object& reference, const py::obje
   return result;
 }
 
-py::array_t<double> CorrectedCurves(const py::object& curves, const py::object& factors,
-                                    const py::object& wavelengths) {
+py::object CorrectedCurves(const py::object& curves, const py::object& factors, const py::object& wavelengths,
+                           const py::object& out) {
   const Rows given = RowsOf(factors, "factors", kInstrumentTerms);
   std::vector<Factors> own(given.count);
   for (std::size_t i = 0; i < given.count; ++i)
@@ -237,13 +243,13 @@ py::array_t<double> CorrectedCurves(const py::object& curves, const py::object& 
   const auto profile = InstrumentProfile::FromFactors(own);
   if (!profile) throw py::value_error("factors: finite numbers of shape (40, 5) are expected");
   const Rows rows = CurvesAt(curves, "curves", wavelengths);
-  py::array_t<double> result = ResultArray(rows.lead, {kSamples}, py::none());
+  py::array_t<double> result = ResultApart(rows.lead, {kSamples}, out, {&rows});
   for (std::size_t i = 0; i < rows.count; ++i) {
     CReflData reading;
     std::copy_n(rows.Doubles() + i * rows.stride, kSamples, reading.begin());
     std::ranges::copy(profile->Corrected(reading), result.mutable_data() + i * kSamples);
   }
-  return result;
+  return WithMasks(result, rows.lead, {&rows});
 }
 
 }  // namespace
@@ -315,7 +321,7 @@ Examples
   module.def(
       "inconstancy", &InconstancyOf, py::arg("curves"), py::arg("reference") = "D65", py::arg("test") = "A",
       py::arg("observer") = 10, py::arg("system") = "cie2000", py::kw_only(),
-      py::arg("wavelengths") = py::none(), py::arg("threads") = 1,
+      py::arg("wavelengths") = py::none(), py::arg("out") = py::none(), py::arg("threads") = 1,
       R"(How far the colour of a curve drifts from one illuminant to another, adapted completely by CAT16.
 
 Parameters
@@ -323,7 +329,7 @@ Parameters
 curves : array_like, shape (..., 40)
 system : str
     The difference system, whose parameters may follow.
-wavelengths, threads
+wavelengths, out, threads
     As for :func:`tristimulus`.
 
 Returns
@@ -444,14 +450,14 @@ numpy.ndarray, shape (40, 5)
     Factors for :func:`corrected`.
 )");
   module.def("corrected", &CorrectedCurves, py::arg("curves"), py::arg("factors"), py::kw_only(),
-             py::arg("wavelengths") = py::none(),
+             py::arg("wavelengths") = py::none(), py::arg("out") = py::none(),
              R"(Curves of an instrument as the reference of a correction would have them.
 
 Parameters
 ----------
 curves : array_like, shape (..., 40)
 factors : array_like, shape (40, 5)
-wavelengths
+wavelengths, out
     As for :func:`tristimulus`.
 
 Returns

@@ -22,6 +22,12 @@ BatchView<const double, kWidth> ViewOf(const Rows& rows, std::size_t from, std::
   return {std::span(rows.Doubles() + from * rows.stride, (count - 1) * rows.stride + kWidth), rows.stride};
 }
 
+/// Rows of a block; one that stands for all is one row.
+template <std::size_t kWidth>
+BatchView<const double, kWidth> ViewOf(const RowBlock& rows) {
+  return {std::span(rows.data, (rows.count - 1) * rows.stride + kWidth), rows.stride};
+}
+
 /// The same rows of a contiguous result.
 template <std::size_t kWidth>
 BatchView<double, kWidth> TargetOf(double* data, std::size_t from, std::size_t count) {

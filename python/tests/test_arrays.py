@@ -55,6 +55,14 @@ def test_small_results_are_numbers():
     near[0] += 1e-5
     components = vrx.delta(lab, near, "lab", components=True)
     assert np.isclose(components[[0, 6]], 1e-5).all() and not np.isnan(components).any()
+    green, step = 100.0, 6.0
+    for _ in range(2):  # towards a light beside the Planckian locus by 1e-5
+        lights = np.linspace([95.05, green - step, 108.9], [95.05, green, 108.9], 15)
+        green, step = np.interp(1e-5, vrx.color_temperature(lights)[:, 1], lights[:, 1]) + step / 1e3, step / 500
+    assert abs(vrx.color_temperature([95.05, green - step / 2, 108.9])[1] - 1e-5) < 1e-8
+    paper = vrx.densities(np.linspace(99.995, 100, 2001)[:, None] * np.ones(40), "e")
+    assert np.any((paper > 9.99e-6) & (paper < 1.001e-5)) and not np.isnan(paper).any()
+    assert np.isnan(vrx.munsell([1e-5] * 3)).all() and not np.isnan(vrx.judge([50.0] * 40, [50.00001] * 40, tolerance=1).totals).any()
     assert np.isnan(vrx.delta([50.0] * 3, [51.0] * 3, system="fmc2", components=True)).tolist() == [
         False, False, False, True, False, True, False]
 
@@ -153,3 +161,72 @@ def test_refusals_name_the_argument(call, error, words):
     with pytest.raises(error) as refused:
         call()
     assert all(word in str(refused.value) for word in words), str(refused.value)
+
+
+def test_leading_axes_broadcast(curves):
+    lab = vrx.lab(vrx.tristimulus(curves))
+    rows, columns = lab[:3].reshape(3, 1, 3), lab[10:14].reshape(1, 4, 3)
+    both = [np.ascontiguousarray(side) for side in np.broadcast_arrays(rows, columns)]
+    for call in (vrx.delta, lambda a, b: vrx.delta(a, b, "cmc", components=True), lambda a, b: vrx.delta(a, b, "lab", space="xyz"),
+                 vrx.grade):
+        assert np.array_equal(call(rows, columns), call(*both), equal_nan=True)
+        assert np.array_equal(call(lab, lab[:1]), call(lab, lab[0]), equal_nan=True)
+    standards, samples = curves[:3].reshape(3, 1, 40), curves[10:14].reshape(1, 4, 40)
+    assert np.array_equal(vrx.strength(standards, samples)[2, 1], vrx.strength(curves[2], curves[11]))
+    for precision in ("f8", "f4"):
+        judged = vrx.judge(standards.astype(precision), samples.astype(precision), ["D65", "A"], tolerance=20)
+        for k in range(3):
+            one = vrx.judge(curves[k].astype(precision), curves[10:14].astype(precision), ["D65", "A"], tolerance=20)
+            assert np.array_equal(judged.differences[k], one.differences) and np.array_equal(judged.verdicts[k], one.verdicts)
+            assert np.array_equal(judged.overall[k], one.overall) and list(judged.words[k, :, 1]) == list(one.words[:, 1])
+    assert len(judged.frame()) == 12 and vrx.judge(curves[:4], curves[5], "D65").verdicts.shape == (4, 1)
+    large = vrx.delta(lab[:50, None], np.tile(lab, (100, 1))[None])  # more than a block
+    assert np.array_equal(large[49, 5990:], vrx.delta(lab[49], lab[50:]))
+
+
+def test_masks_go_through(curves):
+    given = np.ma.masked_array(curves, mask=np.zeros(curves.shape, bool))
+    given[3, 7] = given[5] = np.ma.masked
+    rows, lab = np.isin(np.arange(60), [3, 5]), vrx.lab(vrx.tristimulus(curves))
+    masked_lab = vrx.lab(vrx.tristimulus(given, ["D65", "A"]))[:, 0]
+    judged = vrx.judge(given[:10], given[0], "D65")
+    results = {"lab": (masked_lab, lab), "ks": (vrx.ks(given), vrx.ks(curves)), "delta": (vrx.delta(lab, masked_lab), vrx.delta(lab, lab)),
+               "strength": (vrx.strength(curves[0], given), vrx.strength(curves[0], curves)),
+               "rgb": (vrx.display_rgb(masked_lab), vrx.display_rgb(lab)),
+               "resampled": (vrx.resample(given[:, :31], range(400, 710, 10)), vrx.resample(curves[:, :31], range(400, 710, 10))),
+               "nearest": (vrx.nearest(given, curves, 1)[0], np.arange(60)[:, None])}
+    for name, (result, plain) in results.items():
+        assert isinstance(result, np.ma.MaskedArray) and np.array_equal(result[~rows], plain[~rows]), name
+        assert np.array_equal(np.ma.getmaskarray(result), np.broadcast_to(rows.reshape(60, *[1] * (plain.ndim - 1)), plain.shape)), name
+    assert judged.overall.mask.tolist() == rows[:10].tolist() and judged.frame()["overall"][3] == ""
+    assert "0 pass" not in repr(judged) and vrx.delta(masked_lab[3], lab[0]) is np.ma.masked
+    many = vrx.judge(given[:6], curves[:9], "D65", of=[0, 3, 5, 1, 2, 4, 0, 0, 0])
+    assert np.flatnonzero(many.overall.mask).tolist() == [1, 2]
+
+
+def test_numbers_of_numpy(curves):
+    judged = vrx.judge(curves[0], curves[:3], np.int64(0), np.int8(10), tolerance=np.float32(1.5), warning=np.float16(0.75),
+                       system=np.str_("cmc"), l=np.float32(2), c=np.int64(1), threads=np.int32(1), geometry=np.int64(45))
+    assert np.array_equal(judged.verdicts, vrx.judge(curves[0], curves[:3], "D65", l=2, c=1, tolerance=np.array(1.5)).verdicts)
+    assert np.array_equal(vrx.tristimulus(curves, np.array(["D65", "A"]), np.uint8(2)), vrx.tristimulus(curves, ["D65", "A"], 2))
+    for given in (curves.astype(complex), curves > 50, curves.astype("U8"), curves.astype("M8[s]"), [curves[0], "text"]):
+        with pytest.raises(TypeError, match="^curves: numbers are expected, not (an array of )?[a-z<]"):
+            vrx.ks(given)
+
+
+def test_results_go_where_they_are_told(curves):
+    xyz, lab = vrx.tristimulus(curves), vrx.lab(vrx.tristimulus(curves))
+    calls = {"ks": (40, lambda **o: vrx.ks(curves, **o)), "densities": (4, lambda **o: vrx.densities(curves, **o)),
+             "strength": (None, lambda **o: vrx.strength(curves[0], curves, **o)), "adapt": (3, lambda **o: vrx.adapt(xyz, "A", **o)),
+             "inconstancy": (None, lambda **o: vrx.inconstancy(curves, **o)), "grade": (None, lambda **o: vrx.grade(lab[0], lab, **o)),
+             "appearance": (6, lambda **o: vrx.appearance(xyz, **o)), "xyz": (3, lambda **o: vrx.xyz_from_appearance(lab, **o)),
+             "corrected": (40, lambda **o: vrx.corrected(curves, np.full((40, 5), 0.01), **o)),
+             "resample": (40, lambda **o: vrx.resample(curves[:, ::-1], range(750, 350, -10), **o))}
+    for name, (width, call) in calls.items():
+        out = np.empty((60,) if width is None else (60, width))
+        assert call(out=out) is out and np.array_equal(out, call(), equal_nan=True), name
+        for bad in (out[1:], np.ma.masked_array(out)):
+            with pytest.raises(ValueError, match="out"):
+                call(out=bad)
+    with pytest.raises(ValueError, match="lies over"):
+        vrx.ks(curves, out=curves)

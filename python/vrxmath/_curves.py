@@ -17,7 +17,8 @@ if TYPE_CHECKING:
 def ids_of(curves: Any) -> tuple[Any, ...] | None:
     """What names the rows of an argument of curves: the ids of a CurveArray, the index of a DataFrame."""
     if isinstance(curves, CurveArray):
-        return curves.ids
+        ids: tuple[Any, ...] | None = curves.ids
+        return ids
     if hasattr(curves, "iloc") and hasattr(curves, "columns"):
         return tuple(curves.index)
     return None

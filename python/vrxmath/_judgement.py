@@ -18,6 +18,12 @@ if TYPE_CHECKING:
 
 FAIL, WARNING, PASS = 0, 1, 2
 VERDICT_NAMES = ("fail", "warning", "pass")
+_masked: Any = np.ma  # whose functions have no types
+
+
+def _verdict_names(verdicts: Any) -> Any:
+    """One of each, none where it is masked."""
+    return np.array([*VERDICT_NAMES, ""], dtype=object)[_masked.filled(verdicts, len(VERDICT_NAMES)).ravel()]
 
 
 @dataclasses.dataclass(frozen=True)
@@ -29,7 +35,8 @@ class Judgement:
     illuminants : tuple of str
         The m illuminants, the first being the primary one.
     differences : numpy.ndarray, shape (n, m, 7)
-        Sample minus standard in the judging system; the last element is the total difference. NaN where unset.
+        Sample minus standard in the judging system; the last element is the total difference. NaN where unset. In the place of n
+        stand the leading axes of standards and samples as they broadcast; this and the other arrays are masked where a curve is.
     verdicts : numpy.ndarray of int8, shape (n, m)
         0 fail, 1 warning, 2 pass.
     word_codes : numpy.ndarray of int8, shape (n, m, 3)
@@ -64,7 +71,8 @@ class Judgement:
     def overall(self) -> Any:
         """The worst verdict of each sample over the illuminants, int8, shape (n,)."""
         # Column by column: reducing short rows takes ten times as long.
-        return functools.reduce(np.minimum, self.verdicts.T[1:], self.verdicts[:, 0].copy())
+        columns = [self.verdicts[..., i] for i in range(self.verdicts.shape[-1])]
+        return functools.reduce(np.minimum, columns[1:], columns[0].copy())
 
     @property
     def totals(self) -> Any:
@@ -74,25 +82,25 @@ class Judgement:
     @property
     def words(self) -> Any:
         """The shade words as text, such as "Darker, Less Yellow"; object array of shape (n, m)."""
-        return _core.shade_phrases(self.word_codes)
+        return _core.shade_phrases(_masked.getdata(self.word_codes))
 
     def frame(self) -> Any:
         """A pandas DataFrame with a row a sample: overall, and verdict, dE and words for each illuminant."""
         import pandas
 
-        words, names = self.words, np.array(VERDICT_NAMES, dtype=object)
-        columns = {"overall": names[self.overall]}
+        words, totals = self.words, self.totals
+        columns = {"overall": _verdict_names(self.overall)}
         for i, name in enumerate(self.illuminants):
-            columns[f"{name} verdict"] = names[self.verdicts[:, i]]
-            columns[f"{name} dE"] = self.totals[:, i]
-            columns[f"{name} words"] = words[:, i]
+            columns[f"{name} verdict"] = _verdict_names(self.verdicts[..., i])
+            columns[f"{name} dE"] = _masked.filled(totals[..., i], np.nan).ravel()
+            columns[f"{name} words"] = words[..., i].ravel()
         return pandas.DataFrame(columns, index=None if self.ids is None else pandas.Index(self.ids, name="id"), copy=False)
 
     def __len__(self) -> int:
         return len(self.verdicts)
 
     def __repr__(self) -> str:
-        counts = np.bincount(self.overall, minlength=3)
+        counts = np.bincount(_masked.compressed(self.overall), minlength=3)
         return (f"<Judgement by {self.system}, tolerance {self.tolerance:g}, under {', '.join(self.illuminants)}: "
                 f"{counts[2]} pass, {counts[1]} warning, {counts[0]} fail>")
 
@@ -106,10 +114,11 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
 
     Parameters
     ----------
-    standard : array_like, shape (40,) or (k, 40)
+    standard : array_like, shape (..., 40)
         The standard's reflectance curve in percent at 360, 370 ... 750 nm, or those of several standards.
-    samples : array_like, shape (n, 40) or (40,)
-        The samples' curves, float64 or float32.
+    samples : array_like, shape (..., 40)
+        The samples' curves, float64 or float32. Without ``of`` the leading axes of both broadcast as numpy's do: one standard is
+        for all samples, as many as samples are pairs.
     illuminants : str or sequence of str or Illuminant
         The conditions, the primary one first.
     observer : int
@@ -129,7 +138,7 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
         The measuring geometry, such as ``"15deg"`` or its code: the weights of ``"audi"`` and ``"din6175"`` depend on its angle, which is
         45 degrees otherwise. Standards that are a :class:`CurveArray` with a geometry for each have it.
     of : sequence of int, length n
-        The standard of each sample by its place. Without it one standard is for all, and as many as samples are pairs.
+        The standard of each sample by its place.
     verdict : str
         How the verdict is formed: ``"total"``, ``"box"`` (the components), or ``"worse"`` of the two, which is ``"both"``.
     warning : float
@@ -158,7 +167,7 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
     >>> judged.overall
     array([2], dtype=int8)
     """
-    names = [illuminants] if isinstance(illuminants, (str, int, _core.Illuminant)) else list(illuminants)
+    names = [illuminants] if isinstance(illuminants, (str, int, np.integer, _core.Illuminant)) else list(illuminants)
     if geometry is None and isinstance(standard, CurveArray) and standard.geometries is not None and all(standard.geometries):
         geometry = standard.geometries
     differences, verdicts, words, broken, excess, limit, notes = _core.judge(
