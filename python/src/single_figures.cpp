@@ -118,45 +118,47 @@ py::object InconstancyOf(const py::object& curves, const py::object& reference, 
   return NumberOrArray(result, rows.lead, {&rows});
 }
 
-// Curve i of an argument, of which a single one stands for all.
 CReflData CurveOfRow(const Rows& rows, std::size_t i) {
   CReflData curve;
-  std::copy_n(rows.Doubles() + (rows.lead.empty() ? 0 : i) * rows.stride, kSamples, curve.begin());
+  std::copy_n(rows.Doubles() + i * rows.stride, kSamples, curve.begin());
   return curve;
 }
 
 py::object MetamerismOf(const py::object& standard, const py::object& samples, const py::object& reference,
                         const py::object& test, int degrees, const std::string& system, double angle,
-                        int threads, const py::kwargs& parameters) {
+                        const py::object& wavelengths, int threads, const py::kwargs& parameters) {
   const CDifferenceSettings settings = SettingsOf(system, parameters);
   const vrxIlluminant first = IlluminantOf(reference), second = IlluminantOf(test);
   const std::int32_t observer = ObserverOf(degrees);
-  const Rows standards = CurvesOf(standard, "standard"), trials = CurvesOf(samples, "samples");
-  const std::vector<py::ssize_t>& lead = CommonLead(standards, "standard", trials, "samples");
-  py::array_t<double> result = ResultArray(lead, {}, py::none());
+  const Rows standards = CurvesAt(standard, "standard", wavelengths);
+  const Rows trials = CurvesAt(samples, "samples", wavelengths);
+  const RowPairs pairs(standards, "standard", trials, "samples");
+  py::array_t<double> result = ResultArray(pairs.Lead(), {}, py::none());
   double* const target = result.mutable_data();
-  InBlocks(lead.empty() ? 1 : std::max(standards.count, trials.count), threads,
-           [&](std::size_t from, std::size_t count) {
-             for (std::size_t i = from; i < from + count; ++i)
-               target[i] = NanIfUnset(MetamerismIndex(first, second, observer, CurveOfRow(standards, i),
-                                                      CurveOfRow(trials, i), settings, angle));
-           });
-  if (lead.empty()) return py::float_(target[0]);
-  return result;
+  InBlocks(pairs.Count(), threads, [&](std::size_t from, std::size_t count) {
+    for (std::size_t i = from; i < from + count; ++i) {
+      const CReflData one = CurveOfRow(standards, pairs.FirstRow(i)),
+                      other = CurveOfRow(trials, pairs.SecondRow(i));
+      target[i] = NanIfUnset(MetamerismIndex(first, second, observer, one, other, settings, angle));
+    }
+  });
+  return NumberOrArray(result, pairs.Lead(), {&standards, &trials});
 }
 
 py::object ContrastRatioOf(const py::object& overBlack, const py::object& overWhite) {
   const Rows black = RowsOf(overBlack, "over_black", 3), white = RowsOf(overWhite, "over_white", 3);
-  const std::vector<py::ssize_t>& lead = CommonLead(black, "over_black", white, "over_white");
-  py::array_t<double> result = ResultArray(lead, {}, py::none());
+  const RowPairs pairs(black, "over_black", white, "over_white");
+  py::array_t<double> result = ResultArray(pairs.Lead(), {}, py::none());
   const auto colorAt = [](const Rows& rows, std::size_t i) {
-    const Xyz xyz = XyzAt(rows, rows.lead.empty() ? 0 : i);
+    const Xyz xyz = XyzAt(rows, i);
     return CTrisValues{xyz.X, xyz.Y, xyz.Z};
   };
-  for (std::size_t i = 0; i < static_cast<std::size_t>(result.size()); ++i)
-    result.mutable_data()[i] = NanIfUnset(ContrastRatio(colorAt(black, i), colorAt(white, i)));
-  if (lead.empty()) return py::float_(*result.data());
-  return result;
+  for (std::size_t i = 0; i < pairs.Count(); ++i) {
+    const CTrisValues overBlackAt = colorAt(black, pairs.FirstRow(i)),
+                      overWhiteAt = colorAt(white, pairs.SecondRow(i));
+    result.mutable_data()[i] = NanIfUnset(ContrastRatio(overBlackAt, overWhiteAt));
+  }
+  return NumberOrArray(result, pairs.Lead(), {&black, &white});
 }
 
 py::object WhitesAmong(const py::object& xyz, const py::object& illuminant, int degrees) {
@@ -344,20 +346,22 @@ True
   module.def(
       "metamerism", &MetamerismOf, py::arg("standard"), py::arg("samples"), py::arg("reference") = "D65",
       py::arg("test") = "A", py::arg("observer") = 10, py::arg("system") = "lab", py::kw_only(),
-      py::arg("angle") = 45.0, py::arg("threads") = 1,
+      py::arg("angle") = 45.0, py::arg("wavelengths") = py::none(), py::arg("threads") = 1,
       R"(Special index of metamerism, change of illuminant (CIE 15): how far curves that match under one illuminant differ under another.
 
 A difference that there is under the reference is corrected first, by the ratios of X, Y and Z.
 
 Parameters
 ----------
-standard, samples : array_like, shape (40,) or (..., 40)
-    Pairs of curves; a single one stands for all.
+standard, samples : array_like, shape (..., 40)
+    Pairs of curves, whose leading axes broadcast.
 reference, test : str, int or Illuminant
 system : str
     The difference system, whose parameters may follow.
 angle : float
     The aspecular measuring angle in degrees, for the systems whose weights depend on it.
+wavelengths, threads
+    As for :func:`tristimulus`.
 
 Returns
 -------

@@ -112,7 +112,7 @@ def fit_limits(standard: Numbers, samples: Numbers, accepted: Sequence[bool], il
     >>> grades = [[42.0 + step] * 40 for step in (0.1, 0.3, 1.5, 2.0)]
     >>> best = vrx.fit_limits([42.0] * 40, grades, [True, True, False, False], "D65", system="lab")[0]
     >>> best.wrong, round(best.limit, 2)
-    (0, 0.63)
+    (0, 0.61)
     """
     decided = np.asarray(accepted, dtype=bool)
     if decided.all() or not decided.any():
