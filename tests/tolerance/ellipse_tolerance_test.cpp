@@ -230,6 +230,34 @@ TEST(EllipseFit, SmallestAboutKnownBodies) {
   }
 }
 
+// A tolerance is the body times the margin; what cannot be fitted leaves it alone.
+TEST(EllipseFit, MakesATolerance) {
+  const std::vector<LabDifference> octahedron{{2, 0, 0},  {-2, 0, 0},  {0, 1, 0},
+                                              {0, -1, 0}, {0, 0, 0.5}, {0, 0, -0.5}};
+  ToleranceFitSettings settings;
+  settings.centre = EllipseCentre::kAtStandard;
+  settings.margin = 1.5;
+  CEllipseData ellipse, untouched;
+  ASSERT_EQ(FitTolerance(octahedron, 0.8, settings, ellipse), ToleranceFitError::kNone);
+  EXPECT_NEAR(ellipse[CEllipseData::kLightnessAxis], 3.0, 1e-6);
+  EXPECT_NEAR(ellipse[CEllipseData::kMajorAxis], 1.5, 1e-6);
+  EXPECT_NEAR(ellipse[CEllipseData::kMinorAxis], 0.75, 1e-6);
+  EXPECT_DOUBLE_EQ(ellipse[CEllipseData::kTotalLimit], 1.2);
+  EXPECT_EQ(ellipse[CEllipseData::kCommercialFactor], 1.5);
+  const CEllipseData before = untouched;
+  EXPECT_EQ(FitTolerance({octahedron.data(), 3}, 1, settings, untouched), ToleranceFitError::kTooFew);
+  const std::vector<LabDifference> flat{{0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1},
+                                        {0, 1, 1}, {0, 2, 1},  {0, 1, 2}};
+  for (const auto method : {ToleranceFitSettings::kSmallest, ToleranceFitSettings::kSurface}) {
+    settings.method = method;
+    EXPECT_EQ(FitTolerance(flat, 1, settings, untouched), ToleranceFitError::kFlat) << method;
+  }
+  settings.centre = EllipseCentre::kFree;
+  EXPECT_EQ(FitTolerance(octahedron, 1, settings, untouched),
+            ToleranceFitError::kTooFew);  // nine unknowns but one
+  for (std::int32_t i = 0; i < CEllipseData::kValues; ++i) EXPECT_EQ(untouched[i], before[i]);
+}
+
 TEST(EllipseFit, RefusesWhatSpansNoSpace) {
   const std::vector<std::vector<LabDifference>> sets = {
       {},

@@ -68,6 +68,38 @@ TEST(FitLimit, NoLimitIsBetter) {
   }
 }
 
+// The best first: by wrong decisions, then by STRESS; what has no total for some trial goes last.
+TEST(FitLimits, OrdersWhatCanJudge) {
+  const CDifferenceSettings choices[] = {DefaultSettings(vrxSystemLab), DefaultSettings(vrxSystemCmc),
+                                         DefaultSettings(vrxSystemCie2000)};
+  const std::vector<std::vector<double>> totals{
+      {1.0, 2.0, 1.5, 3.0}, {0.2, 0.1, 2.0, 2.0}, {0.5, kUnset, 1.0, std::nan("")},  // unset, and none
+      {0.1, 0.1, 2.0, 2.0}, {1.0, 1.0, 1.0, 1.0}, {0.5, 1.0, 1.2, 1.4}};
+  const Verdicts accepted{1, 1, 0, 0};
+  const std::vector<SystemLimitFit> fits = FitLimits(choices, totals, accepted);
+  ASSERT_EQ(fits.size(), 6U);
+  for (std::size_t i = 0; i < fits.size(); ++i) {
+    const bool hasLimit = i + 1 < fits.size();
+    EXPECT_EQ(IsUnset(fits[i].fit.limit), !hasLimit) << i;
+    if (i == 0 || !hasLimit) continue;
+    EXPECT_GE(std::pair(fits[i].fit.Wrong(), fits[i].stress),
+              std::pair(fits[i - 1].fit.Wrong(), fits[i - 1].stress));
+  }
+  EXPECT_EQ(fits[0].difference.system, vrxSystemCmc);  // 0.1, 0.1, 2, 2: apart, and nearer to proportional
+  EXPECT_EQ(fits[0].illuminant, 1U);
+  EXPECT_EQ(fits.back().difference.system, vrxSystemCmc);
+  EXPECT_EQ(fits.back().illuminant, 0U);
+  EXPECT_THROW((void)FitLimits({choices, 2}, {totals.data(), 3}, accepted), CInvalidArgException);
+  EXPECT_THROW((void)FitLimits({}, totals, accepted), CInvalidArgException);
+  // Those with a factor of lightness three times, the others once.
+  std::size_t cmc = 0, hunter = 0;
+  for (const CDifferenceSettings& choice : UsualLimitChoices()) {
+    cmc += choice.system == vrxSystemCmc ? 1 : 0;
+    hunter += choice.system == vrxSystemHunter ? 1 : 0;
+  }
+  EXPECT_EQ(cmc * 10 + hunter, 31U);
+}
+
 // The formula as published: F = sum dE^2 / sum dE dV, 100 sqrt(sum (dE - F dV)^2 / sum F^2 dV^2).
 TEST(Stress, OfThePublishedFormula) {
   const std::vector<double> computed{1.2, 0.4, 2.7, 0.9, 3.1}, visual{1.0, 0.7, 2.2, 1.4, 2.9};

@@ -1,6 +1,9 @@
 // Student's t against the printed table; readings needed by hand.
 
+#include <array>
+#include <cmath>
 #include <cstdint>
+
 #include <gtest/gtest.h>
 
 #include <vrxmath/foundation/numbers.h>
@@ -23,6 +26,24 @@ TEST(StudentT, IsThePrintedTable) {
   for (const auto& row : kRows)
     EXPECT_NEAR(StudentT(row.certainty, row.degrees), row.t, 6e-4) << row.certainty << ' ' << row.degrees;
   EXPECT_TRUE(IsUnset(StudentT(1.0, 4)) && IsUnset(StudentT(0.0, 4)) && IsUnset(StudentT(0.95, 0)));
+}
+
+// Deviations and ranges by hand, distances from the mean that is given.
+TEST(ReadingStatistics, ByHand) {
+  const std::array<double, 3> readings[] = {{50, 1, 0}, {52, 1, 0}, {54, 4, 0}};
+  const ReadingStatistics got = StatisticsOfReadings(readings, {52, 2, 0});
+  EXPECT_EQ(got.stats.GetSetting(), 3);
+  EXPECT_DOUBLE_EQ(got.stats.First(0), 2.0);
+  EXPECT_NEAR(got.stats.First(1), std::sqrt(3.0), 1e-7);  // kept in single precision
+  EXPECT_EQ(got.stats.First(2), 0.0);
+  EXPECT_DOUBLE_EQ(got.stats.Second(0), 4.0);
+  EXPECT_DOUBLE_EQ(got.stats.Second(1), 3.0);
+  EXPECT_NEAR(got.Deviation(), std::sqrt(4.0 + 3.0), 1e-7);
+  EXPECT_NEAR(got.meanDifference, (std::sqrt(5.0) + 1 + std::sqrt(8.0)) / 3, 1e-15);
+  EXPECT_DOUBLE_EQ(got.largestDifference, std::sqrt(8.0));
+  const ReadingStatistics one = StatisticsOfReadings({readings, 1}, readings[0]);
+  EXPECT_EQ(one.Deviation() + one.largestDifference, 0.0);
+  EXPECT_TRUE(one.outliers.empty());
 }
 
 TEST(ReadingsNeeded, ByHand) {

@@ -3,13 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
-#include <map>
-#include <random>
 #include <string>
 #include <vector>
 
 #include <vrxmath/colorimetry/illuminants.h>
-#include <vrxmath/judging/shade_groups.h>
 
 #include "tests/testing/tool_process.h"
 #include "tools/vrx/judging/distribution.h"
@@ -393,23 +390,6 @@ TEST_F(Judging, GroupsByCompleteLinkage) {
                 .err.find("2 groups of 5 trials; the worst pair within one is a and c, which differ by 1.00"),
             std::string::npos);
   ExpectRefused({{kSort + "0", "above 0"}, {kSort + "1 --blocks 1", "--blocks"}});
-
-  std::mt19937 random(7);
-  std::uniform_real_distribution<double> place(0, 10);
-  std::vector<double> x(60);
-  for (double& value : x) value = place(random);
-  constexpr double kLimit = 1.3;
-  const auto groups = vrx::GroupsByCompleteLinkage(
-      x.size(), kLimit, [&](std::size_t a, std::size_t b) { return std::fabs(x[a] - x[b]); });
-  std::map<std::pair<std::size_t, std::size_t>, double> farthest;
-  for (std::size_t a = 0; a < x.size(); ++a) {
-    for (std::size_t b = 0; b < x.size(); ++b) {
-      double& between = farthest[{groups[a], groups[b]}];
-      between = std::max(between, std::fabs(x[a] - x[b]));
-    }
-  }
-  for (const auto& [pair, between] : farthest)
-    EXPECT_EQ(between <= kLimit, pair.first == pair.second) << pair.first << " " << pair.second;
 }
 
 }  // namespace
