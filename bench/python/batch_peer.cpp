@@ -60,11 +60,11 @@ void PeerDelta3(const double* standards, const double* samples, double* totals, 
   }
 }
 
-/// Curves judged by CMC (2:1) against one of 40 percent under D65, A and CWF: rows of three illuminants.
+/// Curves judged by CMC (2:1), total 1.5, against one of 40 percent under D65, A and CWF: rows of three illuminants.
 void PeerJudge(const double* curves, double* differences, std::int32_t* verdicts, std::size_t rows) {
   const JudgeConditions conditions;
   const std::vector<double> standard(40, 40.0);
-  const JudgeStandards standards(conditions, CurveBatch{standard});
+  const JudgeStandards standards(conditions, CurveBatch{standard}, {TotalLimit(JudgeDefaults::kTolerance)});
   std::vector<std::int32_t> words(9 * rows), broken(3 * rows);
   std::vector<double> breaches(6 * rows);
   std::vector<JudgeColumns> columns(3);

@@ -116,8 +116,8 @@ using JudgeLimits = std::variant<CBoxTolData, CEllipseData, SystemEllipsoid>;
 /// Standards with their colours and limits, ready to judge many trials.
 struct JudgeStandards {
   /// The colours of `samples` under the illuminants of the conditions.
-  /// In:      `limitsOf`: one for everything, one an illuminant, or standard after standard one an illuminant; `anglesOf`: one
-  ///          a standard, or none where that of the conditions holds.
+  /// In:      `limitsOf`: one for everything (a box of 1.5 on all sides where none is given), one an illuminant, or standard after
+  ///          standard one an illuminant; `anglesOf`: one a standard, or none where that of the conditions holds.
   /// Errors:  CInvalidArgException for an unknown system, an illuminant and observer without a weighting table, counts that
   ///          do not fit, and a system without ellipsoids where its ellipsoid is to judge.
   VRX_API JudgeStandards(const JudgeConditions& conditions, const Samples& samples,
