@@ -31,10 +31,23 @@ struct PageOptions {
 constexpr std::size_t kShownTrials = 200;  // of a standard, and of those that failed
 constexpr std::size_t kShownBatches = 100;
 
-// The last trials of a standard, and how many there were.
+// How many trials of a standard there were, and when the last one was stored.
 struct StandardState {
-  std::deque<store::StoredTrial> last;
   int64_t trials = 0, failed = 0, accepted = 0;
+  std::string last;
+};
+
+// The last trials, as many as are shown.
+class LastTrials {
+ public:
+  void Add(store::StoredTrial trial) {
+    trials_.push_back(std::move(trial));
+    if (trials_.size() > kShownTrials) trials_.pop_front();
+  }
+  const std::deque<store::StoredTrial>& Trials() const { return trials_; }
+
+ private:
+  std::deque<store::StoredTrial> trials_;
 };
 
 class JobPages {
@@ -52,21 +65,25 @@ class JobPages {
   }
 
  private:
+  // Counts all trials and keeps none but those that failed last: a job may hold millions.
   void ReadTrials() {
     const auto cursor = job_.Trials({});
-    for (store::StoredTrial trial; cursor->Next(trial);) {
+    for (store::StoredTrial trial; cursor->Next(trial); trial = {}) {
       StandardState& state = states_[trial.standard];
       ++state.trials;
       state.accepted += trial.IsAccepted();
-      if (trial.judgement.Worst() == kFail) {
-        ++state.failed;
-        failed_.push_back(trial);
-        if (failed_.size() > kShownTrials) failed_.pop_front();
-      }
-      state.last.push_back(std::move(trial));
-      if (state.last.size() > kShownTrials) state.last.pop_front();
-      trial = {};
+      state.last = trial.taken;
+      if (trial.judgement.Worst() != kFail) continue;
+      ++state.failed;
+      failed_.Add(std::move(trial));
     }
+  }
+
+  LastTrials TrialsOf(const std::string& standard) {
+    LastTrials last;
+    const auto cursor = job_.Trials({.standard = standard});
+    for (store::StoredTrial trial; cursor->Next(trial); trial = {}) last.Add(std::move(trial));
+    return last;
   }
 
   static std::string FileOf(std::size_t i) { return "standard-" + std::to_string(i + 1) + ".html"; }
@@ -151,11 +168,11 @@ class JobPages {
     const ReportOptions options = OptionsFor(FileOf(i), entry.name);
     ReportPage page(options, entry.name);
     page.AddHtml("<p><a href=\"index.html\">" + Escaped(info_.name) + "</a></p>\n");
-    const StandardState& state = states_[entry.name];
+    const LastTrials last = TrialsOf(entry.name);
     page.BeginSection("results", Text(ReportText::kTrialsFile));
-    if (!state.last.empty()) {
-      page.AddChart(TrendOf(state.last));
-      page.AddTable(TableOf(state.last, false), Text(ReportText::kTrialsFile));
+    if (!last.Trials().empty()) {
+      page.AddChart(TrendOf(last.Trials()));
+      page.AddTable(TableOf(last.Trials(), false), Text(ReportText::kTrialsFile));
     }
     page.EndSection();
     AddJobFacts(page);
@@ -173,7 +190,7 @@ class JobPages {
       html += "<tr><td><a href=\"" + FileOf(i) + "\">" + Escaped(ShownText(entries_[i].name)) + "</a></td>";
       for (const int64_t count : {state.trials, state.accepted, state.failed})
         html += "<td class=\"number\">" + std::to_string(count) + "</td>";
-      html += "<td>" + (state.last.empty() ? "" : Escaped(state.last.back().taken)) + "</td></tr>\n";
+      html += "<td>" + Escaped(state.last) + "</td></tr>\n";
     }
     return html + "</tbody></table></div>\n";
   }
@@ -185,9 +202,9 @@ class JobPages {
     page.BeginSection("results", Text(ReportText::kStandardsFile));
     page.AddHtml(StandardsHtml());
     page.EndSection();
-    if (!failed_.empty()) {
+    if (!failed_.Trials().empty()) {
       page.BeginSection("failed", Text(ReportText::kJobFailed));
-      page.AddTable(TableOf(failed_, true), Text(ReportText::kJobFailed));
+      page.AddTable(TableOf(failed_.Trials(), true), Text(ReportText::kJobFailed));
       page.EndSection();
     }
     AddBatches(page);
@@ -219,7 +236,7 @@ class JobPages {
   store::JobInfo info_;
   std::vector<store::StandardEntry> entries_;
   std::map<std::string, StandardState> states_;
-  std::deque<store::StoredTrial> failed_;
+  LastTrials failed_;
 };
 
 }  // namespace
