@@ -11,9 +11,9 @@
 
 namespace vrx::tool {
 
-/// The page that `vrx judge --report` writes, of files or of samples in memory (`comparison.openStandards`, `openTrials`; the
+/// The page that `vrx judge --report` writes, of files or of samples in memory (`options.openStandards`, `openTrials`; the
 /// names of such are empty). Throws InputError as the command does.
-std::string JudgeReportText(const ComparisonOptions& comparison, JudgingOptions judging,
+std::string JudgeReportText(const ComparisonOptions& options, JudgingOptions judging,
                             const ReportOptions& report);
 
 }  // namespace vrx::tool
