@@ -536,7 +536,7 @@ async function begin(): Promise<void> {
     form = new Form(byId('settings'), systems, rows.map((row) => [row[codeAt]!, row[descriptionAt]!]), settings, () => {
       outdate();
       clearTimeout(timer);
-      timer = window.setTimeout(() => void update(), 120);
+      timer = window.setTimeout(() => void update(), 50);
     });
   } catch (error) {
     return complain(t('noEngine', String(error)));
