@@ -26,7 +26,6 @@
 #include <vrxmath/batch/judge_batch.h>
 #include <vrxmath/batch/sample_colors.h>
 #include <vrxmath/colorimetry/illuminants.h>
-#include <vrxmath/judging/shade.h>
 
 SQLITE_EXTENSION_INIT1
 
@@ -170,11 +169,7 @@ void Delta(const Call& call) {
 void Words(const Call& call) {
   const JudgementUnder judgement = JudgementUnderOne(call);
   if (!judgement.available) return call.GiveNull();
-  std::string text;
-  for (const ShadeWord word : judgement.words) {
-    if (word != kShadeNone) text += (text.empty() ? "" : ", ") + CString(ShadeWordText(word)).ToUtf8();
-  }
-  call.GiveText(text);
+  call.GiveText(io::JoinedWords(judgement.words));
 }
 
 // vrx_judge(standard, trial, system, tolerance, illuminants [, observer [, parameters]]): the worst verdict of the total.

@@ -197,8 +197,7 @@ py::object Grade(const py::object& standard, const py::object& sample, const std
       }
     }
   });
-  if (!out.is_none()) return WithMasks(result, pairs.Lead(), {&standards, &samples});
-  return NumberOrArray(result, pairs.Lead(), {&standards, &samples});
+  return NumberOrArray(result, pairs.Lead(), {&standards, &samples}, out);
 }
 
 }  // namespace

@@ -114,6 +114,11 @@ Rows RowsOf(const py::handle& argument, const char* name, std::size_t width, boo
   return rows;
 }
 
+bool IsNumber(const py::handle& argument) {
+  if (py::isinstance<py::array>(argument)) return py::cast<py::array>(argument).ndim() == 0;
+  return PyNumber_Check(argument.ptr()) != 0 && PySequence_Check(argument.ptr()) == 0;
+}
+
 py::array_t<double> ResultArray(const std::vector<py::ssize_t>& lead, const std::vector<py::ssize_t>& tail,
                                 const py::object& out) {
   std::vector<py::ssize_t> shape = lead;
@@ -178,9 +183,9 @@ py::object WithMasks(const py::object& result, const std::vector<py::ssize_t>& l
 }
 
 py::object NumberOrArray(const py::array_t<double>& result, const std::vector<py::ssize_t>& lead,
-                         std::initializer_list<const Rows*> arguments) {
+                         std::initializer_list<const Rows*> arguments, const py::object& out) {
   const py::object masked = WithMasks(result, lead, arguments);
-  if (!lead.empty()) return masked;
+  if (!lead.empty() || !out.is_none()) return masked;
   if (!masked.is(result) && masked.attr("mask").cast<bool>())
     return py::module_::import("numpy").attr("ma").attr("masked");
   return py::float_(*result.data());

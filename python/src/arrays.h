@@ -37,6 +37,9 @@ struct Rows {
 Rows RowsOf(const py::handle& argument, const char* name, std::size_t width, bool floats = false,
             std::size_t otherWidth = 0);
 
+/// Whether an argument is a single number: Python's, numpy's, or an array without axes.
+bool IsNumber(const py::handle& argument);
+
 /// An array for results of shape lead + tail: `out` when it is given, else a new one. Throws ValueError when `out` is not a
 /// writable C-contiguous float64 array of that shape.
 py::array_t<double> ResultArray(const std::vector<py::ssize_t>& lead, const std::vector<py::ssize_t>& tail,
@@ -54,9 +57,9 @@ py::array_t<double> ResultApart(const std::vector<py::ssize_t>& lead, const std:
 py::object WithMasks(const py::object& result, const std::vector<py::ssize_t>& lead,
                      std::initializer_list<const Rows*> arguments);
 
-/// The number of a result of a single row, or numpy's `masked`; the array of another.
+/// The number of a result of a single row, or numpy's `masked`; the array of another, and where `out` was given.
 py::object NumberOrArray(const py::array_t<double>& result, const std::vector<py::ssize_t>& lead,
-                         std::initializer_list<const Rows*> arguments);
+                         std::initializer_list<const Rows*> arguments, const py::object& out = py::none());
 
 /// Some rows of float64. `count` 1 stands for all.
 struct RowBlock {

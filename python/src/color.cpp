@@ -118,7 +118,7 @@ py::object Convert(Conversion convert, const py::object& colors, const char* nam
                    });
 }
 
-py::array ChromaticityOf(const py::object& xyz, const py::object& out, int threads) {
+py::object ChromaticityOf(const py::object& xyz, const py::object& out, int threads) {
   return Converted(xyz, "xyz", 2, out, threads,
                    [](const Rows& rows, double* target, std::size_t from, std::size_t count) {
                      for (std::size_t i = from; i < from + count; ++i) {

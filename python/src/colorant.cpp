@@ -69,8 +69,7 @@ py::object Strength(const py::object& standard, const py::object& batch, bool ab
       target[from + i] = PercentOf(b[b.size() == 1 ? 0 : i], s[s.size() == 1 ? 0 : i]);
     }
   });
-  if (!out.is_none()) return WithMasks(result, pairs.Lead(), {&standards, &batches});
-  return NumberOrArray(result, pairs.Lead(), {&standards, &batches});
+  return NumberOrArray(result, pairs.Lead(), {&standards, &batches}, out);
 }
 
 py::object Ks(const py::object& curves, const std::string& specular, double k1, double k2,

@@ -126,8 +126,8 @@ py::object Delta(const py::object& standard, const py::object& sample, const std
   InBlocks(pairs.Count(), threads, [&](std::size_t from, std::size_t count) {
     FillDifferences(settings, angle, in, pairs, components, target, from, count);
   });
-  if (!components && out.is_none()) return NumberOrArray(result, pairs.Lead(), {&standards, &samples});
-  return WithMasks(result, pairs.Lead(), {&standards, &samples});
+  if (components) return WithMasks(result, pairs.Lead(), {&standards, &samples});
+  return NumberOrArray(result, pairs.Lead(), {&standards, &samples}, out);
 }
 
 // The colours of a search, under each illuminant.

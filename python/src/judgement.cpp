@@ -53,11 +53,6 @@ struct Judging {
   std::size_t IlluminantCount() const { return conditions.illuminants.size(); }
 };
 
-bool IsNumber(const py::object& object) {
-  if (py::isinstance<py::array>(object)) return py::cast<py::array>(object).ndim() == 0;
-  return PyNumber_Check(object.ptr()) != 0 && PySequence_Check(object.ptr()) == 0;
-}
-
 // One set of limits, one an illuminant, or standard after standard one an illuminant.
 template <class LIMITS>
 std::vector<JudgeLimits> LimitsOf(const py::object& array, const char* name, std::size_t width,
@@ -373,13 +368,10 @@ constexpr std::size_t kShadeWords = kBluer + 1;
 
 // Three words as a person says them: "Darker, Less Yellow".
 py::object PhraseOf(std::size_t key) {
-  std::string phrase;
-  for (const std::size_t word :
-       {key / kShadeWords / kShadeWords, key / kShadeWords % kShadeWords, key % kShadeWords}) {
-    if (word == kShadeNone) continue;
-    phrase += (phrase.empty() ? "" : ", ") + CString(ShadeWordText(static_cast<ShadeWord>(word))).ToUtf8();
-  }
-  return py::str(phrase);
+  const std::array words{static_cast<ShadeWord>(key / kShadeWords / kShadeWords),
+                         static_cast<ShadeWord>(key / kShadeWords % kShadeWords),
+                         static_cast<ShadeWord>(key % kShadeWords)};
+  return py::str(io::JoinedWords(words));
 }
 
 // The phrases of words by number, each text once: an array of objects of the leading axes.

@@ -55,7 +55,7 @@ struct SortingConditions {
 
 CBlockSizeData BlocksOf(const py::object& sizes) {
   CBlockSizeData blocks;
-  if (py::isinstance<py::float_>(sizes) || py::isinstance<py::int_>(sizes)) {
+  if (IsNumber(sizes)) {
     blocks.Fill(sizes.cast<double>());
   } else {
     const Rows rows = RowsOf(sizes, "blocks", 3);

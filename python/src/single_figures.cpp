@@ -114,8 +114,7 @@ py::object InconstancyOf(const py::object& curves, const py::object& reference, 
       if (IsUnsetRow<1>(rows.Doubles() + i * rows.stride)) FillNaN(target + i, 1);
     }
   });
-  if (!out.is_none()) return WithMasks(result, rows.lead, {&rows});
-  return NumberOrArray(result, rows.lead, {&rows});
+  return NumberOrArray(result, rows.lead, {&rows}, out);
 }
 
 CReflData CurveOfRow(const Rows& rows, std::size_t i) {
@@ -209,9 +208,8 @@ py::array_t<double> FittedGanzGriesser(const py::object& xyz, const std::vector<
 
 std::vector<CReflData> CurveList(const py::object& curves, const char* name, const py::object& wavelengths) {
   const Rows rows = CurvesAt(curves, name, wavelengths);
-  std::vector<CReflData> list(rows.count);
-  for (std::size_t i = 0; i < rows.count; ++i)
-    std::copy_n(rows.Doubles() + i * rows.stride, kSamples, list[i].begin());
+  std::vector<CReflData> list;
+  for (std::size_t i = 0; i < rows.count; ++i) list.push_back(CurveOfRow(rows, i));
   return list;
 }
 
@@ -246,11 +244,8 @@ py::object CorrectedCurves(const py::object& curves, const py::object& factors, 
   if (!profile) throw py::value_error("factors: finite numbers of shape (40, 5) are expected");
   const Rows rows = CurvesAt(curves, "curves", wavelengths);
   py::array_t<double> result = ResultApart(rows.lead, {kSamples}, out, {&rows});
-  for (std::size_t i = 0; i < rows.count; ++i) {
-    CReflData reading;
-    std::copy_n(rows.Doubles() + i * rows.stride, kSamples, reading.begin());
-    std::ranges::copy(profile->Corrected(reading), result.mutable_data() + i * kSamples);
-  }
+  for (std::size_t i = 0; i < rows.count; ++i)
+    std::ranges::copy(profile->Corrected(CurveOfRow(rows, i)), result.mutable_data() + i * kSamples);
   return WithMasks(result, rows.lead, {&rows});
 }
 

@@ -208,6 +208,25 @@ std::string TitleOf(const CDifferenceSettings& settings) {
   return DifferenceSystemName(settings.system, NameLength::kLong, settings.parameters).ToUtf8();
 }
 
+const std::string& TextOf(ShadeWord word) {
+  static constexpr std::size_t kWords = 11;
+  static const auto kTexts = [] {
+    std::array<std::string, kWords> texts;
+    for (std::size_t i = 0; i < kWords; ++i)
+      texts[i] = CString(ShadeWordText(static_cast<ShadeWord>(i))).ToUtf8();
+    return texts;
+  }();
+  return kTexts[static_cast<std::size_t>(word)];
+}
+
+std::string JoinedWords(std::span<const ShadeWord> words) {
+  std::string text;
+  for (const ShadeWord word : words) {
+    if (word != kShadeNone) text.append(text.empty() ? "" : ", ").append(TextOf(word));
+  }
+  return text;
+}
+
 std::vector<DifferenceColumn> DifferenceColumnsOf(int32_t system) {
   std::vector<DifferenceColumn> columns;
   std::vector<std::string> headings = SplitList(DifferenceColumns(system).ToUtf8(), '|');

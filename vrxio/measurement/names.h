@@ -13,6 +13,7 @@
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/judging/shade.h>
 
 namespace vrx::io {
 
@@ -44,6 +45,10 @@ inline int32_t WavelengthAt(int32_t i) {
 std::string_view ShortNameOf(int32_t system);
 /// A system's name with its parameters, as a heading shows it.
 std::string TitleOf(const CDifferenceSettings& settings);
+/// A shade word as UTF-8; a blank for none.
+const std::string& TextOf(ShadeWord word);
+/// Shade words as a person says them, "Darker, Less Yellow"; empty where all are none.
+std::string JoinedWords(std::span<const ShadeWord> words);
 /// A system's difference columns and, for each, the element of the difference record that stands under it.
 struct DifferenceColumn {
   std::string heading;

@@ -5,8 +5,6 @@
 #include <cmath>
 #include <vector>
 
-#include <vrxio/measurement/names.h>
-
 #include <vrxio/text/decimal.h>
 
 #include "tools/vrx/base/reader_names.h"
@@ -17,17 +15,6 @@ VerdictLook LookOf(Verdict verdict) {
   static constexpr VerdictLook kLooks[] = {
       {"fail", Tint::kBad}, {"warning", Tint::kWarning}, {"pass", Tint::kGood}};
   return kLooks[static_cast<std::size_t>(verdict)];
-}
-
-const std::string& TextOf(ShadeWord word) {
-  static constexpr std::size_t kWords = 11;
-  static const auto kTexts = [] {
-    std::array<std::string, kWords> texts;
-    for (std::size_t i = 0; i < kWords; ++i)
-      texts[i] = CString(ShadeWordText(static_cast<ShadeWord>(i))).ToUtf8();
-    return texts;
-  }();
-  return kTexts[static_cast<std::size_t>(word)];
 }
 
 std::string ElementName(std::string_view heading) {
@@ -93,14 +80,6 @@ std::string GradeText(double halfStep) {
   if (!std::isfinite(halfStep) || IsUnset(halfStep)) return "";
   const auto whole = static_cast<int32_t>(halfStep);
   return halfStep > whole ? std::to_string(whole) + "-" + std::to_string(whole + 1) : std::to_string(whole);
-}
-
-std::string JoinedWords(std::span<const ShadeWord> words) {
-  std::string text;
-  for (const ShadeWord word : words) {
-    if (word != kShadeNone) text.append(text.empty() ? "" : ", ").append(TextOf(word));
-  }
-  return text;
 }
 
 }  // namespace vrx::tool

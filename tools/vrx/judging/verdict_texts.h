@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include <vrxio/measurement/names.h>
 #include <vrxmath/batch/judge_batch.h>
 
 #include "tools/vrx/output/output.h"
@@ -22,8 +23,9 @@ struct VerdictLook {
 };
 VerdictLook LookOf(Verdict verdict);
 
-/// A shade word as UTF-8; a blank for none.
-const std::string& TextOf(ShadeWord word);
+using io::JoinedWords;
+using io::TextOf;
+
 /// A heading of a difference in ASCII, as csv and options name it: "dL", "dEcmc", "dX" of "\u0394X*10".
 std::string ElementName(std::string_view heading);
 /// The name of an element of a system's differences in ASCII, such as "dEcmc"; "e3" for one that it does not show.
@@ -39,9 +41,6 @@ std::string ReasonText(const LimitBreach& breach, Verdict verdict, int32_t syste
 
 /// A grade in half steps as laboratories write it: "4", "4-5"; empty for an unset one.
 std::string GradeText(double halfStep);
-
-/// The words that say something, as "Darker, Redder".
-std::string JoinedWords(std::span<const ShadeWord> words);
 
 }  // namespace vrx::tool
 
