@@ -17,6 +17,21 @@ namespace {
 
 using namespace vrx::io;
 
+// A text that can be taken has no fault; a zero byte is one wherever it stands, and comes before the encoding.
+TEST(Utf8, FaultsOfTexts) {
+  using namespace std::string_view_literals;
+  const std::pair<std::string_view, const char*> kRows[] = {
+      {"", nullptr},
+      {"P1 \xC3\xA4", nullptr},
+      {"a\0"sv, "a text holds a zero byte"},
+      {"\0"sv, "a text holds a zero byte"},
+      {"\xE4\0"sv, "a text holds a zero byte"},
+      {"\xE4", "a text is not UTF-8"},
+  };
+  for (const auto& [text, fault] : kRows) EXPECT_STREQ(TextFault(text, false), fault);
+  EXPECT_STREQ(TextFault("\xE4", true), "a text is not UTF-8; --latin1 reads files in Latin-1");
+}
+
 TEST(Utf8, EveryCharacterThereAndBack) {
   for (char32_t c = 0; c <= 0x10FFFF; c += c == 0xD7FF ? 0x801 : 1) {
     std::string text;
