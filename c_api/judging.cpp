@@ -12,7 +12,7 @@
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/tolerance/ellipse_fit.h>
 
-#include "c_api/handles.h"
+#include "c_api/judging.h"
 
 namespace vrx::c_api {
 namespace {
@@ -145,6 +145,12 @@ std::vector<JudgeColumns> ColumnsOf(const vrx_outcome& outcome, std::size_t m, s
   return columns;
 }
 
+// Refuses trials that have no standard: there must be one for all, or one for each.
+void NeedPairs(std::size_t standards, std::size_t trials) {
+  if (standards != 1 && standards != trials)
+    throw Refusal{VRX_BAD_COUNT, "there are neither one standard nor as many as trials"};
+}
+
 // The standards of trials by their places, checked.
 std::vector<std::size_t> StandardsOf(const int32_t* standardOf, std::size_t standards, std::size_t count) {
   std::vector<std::size_t> places;
@@ -152,9 +158,7 @@ std::vector<std::size_t> StandardsOf(const int32_t* standardOf, std::size_t stan
     NeedRange(standardOf[i], 0, static_cast<int32_t>(standards) - 1, "standard_of");
     places.push_back(static_cast<std::size_t>(standardOf[i]));
   }
-  if (standardOf == nullptr && standards != 1 && standards != count) {
-    throw Refusal{VRX_BAD_COUNT, "there are neither one standard nor as many as trials"};
-  }
+  if (standardOf == nullptr) NeedPairs(standards, count);
   return places;
 }
 
@@ -185,6 +189,14 @@ void JudgeTrialsOf(Arrays& arrays, Judgement& judgement, const double* curves, c
 }
 
 }  // namespace
+
+JudgeStandards& StandardsFor(Judgement& judgement, std::size_t trials) {
+  JudgeStandards& standards = NeedStandards(judgement);
+  NeedPairs(standards.size(), trials);
+  standards.limits = LimitsOf(judgement);
+  return standards;
+}
+
 }  // namespace vrx::c_api
 
 namespace api = vrx::c_api;

@@ -7,7 +7,7 @@
 function(vrx_check_headers)
   get_property(headers GLOBAL PROPERTY VRX_HEADERS)
   set(sources "")
-  foreach(header IN LISTS headers ITEMS vrxmath/export.h)
+  foreach(header IN LISTS headers ITEMS vrxmath/export.h vrxmath/arrow_c_data.h)
     string(REGEX REPLACE "[.]h$" ".cpp" own ${PROJECT_SOURCE_DIR}/${header})
     if(EXISTS ${own})
       file(STRINGS ${own} first REGEX "^#include" LIMIT_COUNT 1)

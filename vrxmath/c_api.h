@@ -517,6 +517,34 @@ VRX_C_API vrx_status VRX_CALL vrx_judgement_trials_of(vrx_handle judgement, cons
                                                       const vrx_outcome* outcome);
 
 /* ------------------------------------------------------------------------------------------------------------------
+ * Columns of other programs, by the Arrow C data interface. Its structures are declared in vrxmath/arrow_c_data.h, and as well in any
+ * header that other programs bring for them. */
+struct ArrowSchema;
+struct ArrowArray;
+
+/* `curves` is a column of lists of 40 numbers, double or float ("+w:40", or "+l" and "+L" where all are that long), which is read where
+ * it lies and stays the caller's; a column of a record batch is one of its children. At most 53,687,091 curves a call. The result is a
+ * record batch of the caller's, with a row for each curve, who releases both of its structures; they are written only when the call
+ * succeeds. A curve that is null, or holds a null, or is unset has null in all columns. */
+
+/* Columns X, Y, Z. */
+VRX_C_API vrx_status VRX_CALL vrx_arrow_tristimulus(int32_t illuminant, int32_t observer,
+                                                    const struct ArrowSchema* schema,
+                                                    const struct ArrowArray* curves,
+                                                    struct ArrowSchema* result_schema,
+                                                    struct ArrowArray* result);
+/* Columns L*, a*, b*, C*, h. */
+VRX_C_API vrx_status VRX_CALL vrx_arrow_lab(int32_t illuminant, int32_t observer,
+                                            const struct ArrowSchema* schema, const struct ArrowArray* curves,
+                                            struct ArrowSchema* result_schema, struct ArrowArray* result);
+/* Judges as vrx_judgement_trials does, under one standard or as many as curves. Columns: overall ("fail", "warning", "pass"), and for
+ * each illuminant, by its code, "D65 verdict", "D65 dE", "D65 words" ("Darker, Less Yellow"), "D65 broken" (VRX_BROKEN_...) and
+ * "D65 excess": by how much that limit, or the edge of the warning band, was passed; null where none was. */
+VRX_C_API vrx_status VRX_CALL vrx_arrow_judge(vrx_handle judgement, const struct ArrowSchema* schema,
+                                              const struct ArrowArray* curves,
+                                              struct ArrowSchema* result_schema, struct ArrowArray* result);
+
+/* ------------------------------------------------------------------------------------------------------------------
  * Colorants */
 
 /* What a reading holds of the surface. */

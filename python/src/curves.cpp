@@ -11,11 +11,13 @@
 #include <pybind11/stl.h>
 
 #include <vrxio/measurement/headings.h>
+#include <vrxio/measurement/names.h>
 #include <vrxio/measurement/sample_columns.h>
 #include <vrxio/measurement/wavelength_grid.h>
 #include <vrxio/text/decimal.h>
 #include <vrxmath/foundation/numbers.h>
 
+#include "python/src/arrow.h"
 #include "python/src/blocks.h"
 #include "python/src/module.h"
 #include "python/src/views.h"
@@ -125,15 +127,90 @@ bool IsCurveArray(const py::handle& argument) {
   return !IsPlain(argument) && py::hasattr(argument, kCurvesMethod);
 }
 
+// Columns of Arrow that are taken as such: tables of pandas and a CurveArray may hand them over, too.
+bool AreColumnsOfArrow(const py::handle& argument) {
+  return !IsPlain(argument) && !IsTable(argument) && !IsCurveArray(argument) && IsArrow(argument);
+}
+
 bool IsLabelOfNumber(const py::handle& label) {
   return PyNumber_Check(label.ptr()) != 0 && !py::isinstance<py::str>(label);
 }
 
-// The labels of a DataFrame's columns, or of a Series.
+// Columns that have labels.
+class LabelledColumns {
+ public:
+  virtual ~LabelledColumns() = default;
+  virtual py::list Names() const = 0;
+  // The numbers of columns, in that order.
+  virtual py::object Values(const std::vector<std::size_t>& places, const char* name) const = 0;
+  virtual bool HoldsNumbers(std::size_t place) const = 0;
+};
+
+// Those of a DataFrame of pandas, or the entries of a Series.
+class FrameColumns : public LabelledColumns {
+ public:
+  explicit FrameColumns(const py::handle& table) : table_(table), isFrame_(py::hasattr(table, "columns")) {}
+
+  py::list Names() const override { return py::list(table_.attr(isFrame_ ? "columns" : "index")); }
+
+  py::object Values(const std::vector<std::size_t>& places, const char* name) const override {
+    const py::object columns = py::cast(places);
+    try {
+      const py::object chosen =
+          isFrame_
+              ? table_.attr("iloc")[py::make_tuple(py::slice(py::none(), py::none(), py::none()), columns)]
+              : table_.attr("iloc")[columns];
+      return chosen.attr("to_numpy")(py::dtype::of<double>(), py::arg("na_value") = std::nan(""));
+    } catch (py::error_already_set& error) {
+      if (!error.matches(PyExc_ValueError) && !error.matches(PyExc_TypeError)) throw;
+      throw py::type_error(std::string(name) + ": its columns hold something that is no number");
+    }
+  }
+
+  bool HoldsNumbers(std::size_t place) const override {
+    if (!isFrame_) return IsLabelOfNumber(table_.attr("iloc")[py::int_(place)]);
+    const auto kind = table_.attr("dtypes").attr("iloc")[py::int_(place)].attr("kind").cast<std::string>();
+    return kind.find_first_of("iufcb") != std::string::npos;
+  }
+
+ private:
+  py::handle table_;
+  bool isFrame_;
+};
+
+// Those of a table of Arrow.
+class ArrowTableColumns : public LabelledColumns {
+ public:
+  explicit ArrowTableColumns(const ArrowTable& table) : table_(table) {}
+
+  py::list Names() const override {
+    py::list names;
+    for (const ArrowColumn& column : table_.columns) names.append(column.label);
+    return names;
+  }
+
+  py::object Values(const std::vector<std::size_t>& places, const char* name) const override {
+    py::list columns;
+    for (const std::size_t place : places) {
+      const ArrowColumn& column = table_.columns[place];
+      if (!column.numbers)
+        Fail(name, "its column \"" + column.label + "\" holds no numbers of type float or double");
+      columns.append(column.numbers);
+    }
+    return py::module_::import("numpy").attr("ma").attr("stack")(columns, py::arg("axis") = 1);
+  }
+
+  bool HoldsNumbers(std::size_t place) const override { return table_.columns[place].holdsNumbers; }
+
+ private:
+  const ArrowTable& table_;
+};
+
+// What the labels of columns say.
 class Labels {
  public:
-  explicit Labels(const py::handle& table) : table_(table), isFrame_(py::hasattr(table, "columns")) {
-    for (const py::handle label : table.attr(isFrame_ ? "columns" : "index")) {
+  explicit Labels(const LabelledColumns& columns) : columns_(columns) {
+    for (const py::handle label : columns.Names()) {
       labels_.push_back(py::reinterpret_borrow<py::object>(label));
       texts_.push_back((IsLabelOfNumber(label) ? py::str(py::float_(labels_.back())) : py::str(label))
                            .cast<std::string>());
@@ -192,23 +269,8 @@ class Labels {
   std::string Unknown() const {
     return Shown([this](std::size_t i) {
       return wavelengths_[i] == 0 && io::MeaningOf(texts_[i]).role == io::ColumnRole::kUnknown &&
-             HoldsNumbers(i);
+             columns_.HoldsNumbers(i);
     });
-  }
-
-  // The numbers of columns of the table, in that order.
-  py::object Values(const std::vector<std::size_t>& places, const char* name) const {
-    const py::object columns = py::cast(places);
-    try {
-      const py::object chosen =
-          isFrame_
-              ? table_.attr("iloc")[py::make_tuple(py::slice(py::none(), py::none(), py::none()), columns)]
-              : table_.attr("iloc")[columns];
-      return chosen.attr("to_numpy")(py::dtype::of<double>(), py::arg("na_value") = std::nan(""));
-    } catch (py::error_already_set& error) {
-      if (!error.matches(PyExc_ValueError) && !error.matches(PyExc_TypeError)) throw;
-      throw py::type_error(std::string(name) + ": its columns hold something that is no number");
-    }
   }
 
  private:
@@ -225,14 +287,7 @@ class Labels {
     return shown;
   }
 
-  bool HoldsNumbers(std::size_t place) const {
-    if (!isFrame_) return IsLabelOfNumber(table_.attr("iloc")[py::int_(place)]);
-    const auto kind = table_.attr("dtypes").attr("iloc")[py::int_(place)].attr("kind").cast<std::string>();
-    return kind.find_first_of("iufcb") != std::string::npos;
-  }
-
-  py::handle table_;
-  bool isFrame_;
+  const LabelledColumns& columns_;
   std::vector<py::object> labels_;
   std::vector<std::string> texts_;
   std::vector<double> wavelengths_;  // 0 for a label that is none
@@ -244,7 +299,7 @@ class Labels {
 struct Measured {
   Rows rows;
   std::vector<double> nm;
-  const char* source;  // what the wavelengths are of, for messages
+  const char* source = "";  // what the wavelengths are of, for messages
 };
 
 Measured ByPlace(const py::handle& values, const char* name, const py::handle& wavelengths, bool floats,
@@ -261,24 +316,58 @@ void RequireSame(const std::vector<double>& own, const py::handle& wavelengths, 
     Fail(name, "it says its own wavelengths, and `wavelengths` says others");
 }
 
-Measured OfTable(const py::handle& table, const char* name, const py::handle& wavelengths,
-                 std::size_t otherWidth) {
-  const Labels labels(table);
-  const bool isSaid = !wavelengths.is_none();
-  if (labels.OnlyCount() || (isSaid && !labels.HaveWavelengths()))
-    return ByPlace(table.attr("to_numpy")(), name, wavelengths, false, otherWidth);
+// By the labels of columns.
+Measured ByLabels(const LabelledColumns& columns, const char* name, const py::handle& wavelengths,
+                  std::size_t otherWidth) {
+  const Labels labels(columns);
   if (!labels.HaveWavelengths()) {
     const std::vector<std::size_t> lab = otherWidth != 0 ? labels.PlacesOfLab() : std::vector<std::size_t>();
-    if (!lab.empty()) return {RowsOf(labels.Values(lab, name), name, lab.size()), {}, name};
+    if (!lab.empty()) return {RowsOf(columns.Values(lab, name), name, lab.size()), {}, name};
     Fail(name, "no label is a wavelength, such as 400 or \"400 nm\": " + labels.All() +
                    "; `wavelengths` says those of all columns");
   }
   std::vector<double> nm = labels.Wavelengths();
   RequireSame(nm, wavelengths, name);
-  const std::string unknown = isSaid ? std::string() : labels.Unknown();
+  const std::string unknown = wavelengths.is_none() ? labels.Unknown() : std::string();
   if (!unknown.empty())
     Fail(name, "no wavelengths: " + unknown + "; leave these columns out, or say `wavelengths`, too");
-  return {RowsOf(labels.Values(labels.Places(), name), name, nm.size()), nm, name};
+  return {RowsOf(columns.Values(labels.Places(), name), name, nm.size()), nm, name};
+}
+
+Measured OfTable(const py::handle& table, const char* name, const py::handle& wavelengths,
+                 std::size_t otherWidth) {
+  const FrameColumns columns(table);
+  const Labels labels(columns);
+  if (labels.OnlyCount() || (!wavelengths.is_none() && !labels.HaveWavelengths()))
+    return ByPlace(table.attr("to_numpy")(), name, wavelengths, false, otherWidth);
+  return ByLabels(columns, name, wavelengths, otherWidth);
+}
+
+// The column of a table of Arrow that holds curves or colours as lists; null where its columns are single numbers.
+const ArrowColumn* ColumnOfLists(const ArrowTable& table, const char* name) {
+  const ArrowColumn* found = nullptr;
+  for (const ArrowColumn& column : table.columns) {
+    if (!column.isList) continue;
+    if (found != nullptr) {
+      Fail(name, "the columns \"" + found->label + "\" and \"" + column.label +
+                     "\" both hold lists; hand over the one of the curves");
+    }
+    found = &column;
+  }
+  return found != nullptr || table.columns.size() != 1 || !table.columns.front().label.empty()
+             ? found
+             : &table.columns.front();
+}
+
+Measured OfArrowTable(const ArrowTable& table, const char* name, const py::handle& wavelengths, bool floats,
+                      std::size_t otherWidth) {
+  const ArrowColumn* lists = ColumnOfLists(table, name);
+  if (lists == nullptr) return ByLabels(ArrowTableColumns(table), name, wavelengths, otherWidth);
+  if (!lists->numbers) Fail(name, "a column of float, of double, or of lists of them is expected");
+  if (lists->wavelengths.empty()) return ByPlace(lists->numbers, name, wavelengths, floats, otherWidth);
+  std::vector<double> nm = io::ParseNumbers(lists->wavelengths, "wavelengths of an Arrow column");
+  RequireSame(nm, wavelengths, name);
+  return {RowsOf(lists->numbers, name, nm.size(), floats), std::move(nm), name};
 }
 
 Measured OfCurveArray(const py::handle& argument, const char* name, const py::handle& wavelengths,
@@ -293,6 +382,8 @@ Measured MeasuredOf(const py::handle& argument, const char* name, const py::hand
                     std::size_t otherWidth) {
   if (IsTable(argument)) return OfTable(argument, name, wavelengths, otherWidth);
   if (IsCurveArray(argument)) return OfCurveArray(argument, name, wavelengths, floats);
+  if (AreColumnsOfArrow(argument))
+    return OfArrowTable(ArrowTableOf(argument, name), name, wavelengths, floats, otherWidth);
   return ByPlace(argument, name, wavelengths, floats, otherWidth);
 }
 
@@ -310,9 +401,26 @@ py::array_t<double> ArrayOfNumbers(const std::vector<double>& numbers) {
   return py::array_t<double>(static_cast<py::ssize_t>(numbers.size()), numbers.data());
 }
 
-// What a CurveArray holds: values and wavelengths, ascending, and what will be done to them.
+// The names of samples in a table of Arrow: its first column of texts.
+py::object IdsOfArrow(const ArrowTable& table) {
+  for (const ArrowColumn& column : table.columns) {
+    if (column.texts) return py::tuple(column.texts);
+  }
+  return py::none();
+}
+
+// What a CurveArray holds: values and wavelengths, ascending, what will be done to them, and the names that came with them.
 py::tuple Ascended(const py::object& values, const py::object& wavelengths) {
-  Measured measured = MeasuredOf(values, "values", wavelengths, true, 0);
+  py::object ids = py::none();
+  Measured measured;
+  const bool isArrow = AreColumnsOfArrow(values);
+  if (isArrow) {
+    const ArrowTable table = ArrowTableOf(values, "values");
+    measured = OfArrowTable(table, "values", wavelengths, true, 0);
+    ids = IdsOfArrow(table);
+  } else {
+    measured = MeasuredOf(values, "values", wavelengths, true, 0);
+  }
   if (measured.nm.empty()) measured.nm = io::LibraryWavelengths();
   const Bands bands = BandsOf(measured.nm, measured.source);
   const io::WavelengthGrid grid(bands.nm);
@@ -320,8 +428,14 @@ py::tuple Ascended(const py::object& values, const py::object& wavelengths) {
   if (bands.nm != io::LibraryWavelengths()) notes.append(grid.Description());
   if (grid.IsNarrow()) notes.append(grid.Warning());
   const py::object ellipsis = py::reinterpret_borrow<py::object>(Py_Ellipsis);
-  const py::object ascending = measured.rows.array[py::make_tuple(ellipsis, py::cast(bands.places))];
-  return py::make_tuple(ascending, ArrayOfNumbers(bands.nm), notes);
+  // Arrays of Python's may change later and are copied; columns of Arrow never do.
+  const py::object places = isArrow && bands.AreInOrder()
+                                ? py::object(py::slice(static_cast<py::ssize_t>(bands.places.front()),
+                                                       static_cast<py::ssize_t>(bands.places.back() + 1), 1))
+                                : py::cast(bands.places);
+  py::object ascending = measured.rows.array[py::make_tuple(ellipsis, places)];
+  ascending = WithMasks(ascending, measured.rows.lead, {&measured.rows});
+  return py::make_tuple(ascending, ArrayOfNumbers(bands.nm), notes, ids);
 }
 
 py::object Resample(const py::object& values, const py::object& wavelengths, const py::object& out) {
@@ -347,7 +461,8 @@ Rows CurvesOf(const py::handle& argument, const char* name, bool floats, std::si
 bool AreCurves(const py::handle& argument, const py::handle& wavelengths) {
   if (!wavelengths.is_none()) return true;
   if (IsCurveArray(argument)) return true;
-  if (IsTable(argument) && Labels(argument).HaveWavelengths()) return true;
+  if (IsTable(argument) && Labels(FrameColumns(argument)).HaveWavelengths()) return true;
+  if (AreColumnsOfArrow(argument)) return true;
   const auto array = py::array::ensure(argument);
   if (!array) PyErr_Clear();
   return array && array.ndim() > 0 && array.shape(array.ndim() - 1) == static_cast<py::ssize_t>(kSamples);

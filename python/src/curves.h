@@ -22,7 +22,8 @@ struct Curves : Rows {
 /// curves of files are (io::WavelengthGrid), under the same rules (io::FaultOfWavelengths). What has labels, a DataFrame of
 /// pandas or a Series, is taken by them: columns whose labels are wavelengths (360, "400 nm", "R400"), in whatever order;
 /// labels that only count (0, 1, 2 ...) say nothing, and numbers under a label that is no wavelength are refused unless
-/// `wavelengths` says the others. A CurveArray gives its own wavelengths. Everything else as by RowsOf. Throws ValueError, which names the
+/// `wavelengths` says the others. A CurveArray gives its own wavelengths. Columns of Arrow are taken as they lie: one of lists, of the
+/// wavelengths in its metadata if there are any, or those whose labels are wavelengths. Everything else as by RowsOf. Throws ValueError, which names the
 /// argument; warns where a part of 400 to 700 nm was not measured.
 Curves CurvesAt(const py::handle& argument, const char* name, const py::handle& wavelengths,
                 bool floats = false, std::size_t otherWidth = 0);
@@ -30,7 +31,7 @@ Curves CurvesAt(const py::handle& argument, const char* name, const py::handle& 
 /// The same without wavelengths beside them.
 Rows CurvesOf(const py::handle& argument, const char* name, bool floats = false, std::size_t otherWidth = 0);
 
-/// Whether an argument that may hold colours instead holds curves.
+/// Whether an argument that may hold colours instead holds curves. Columns of Arrow do.
 bool AreCurves(const py::handle& argument, const py::handle& wavelengths);
 
 }  // namespace vrx::python

@@ -129,6 +129,7 @@ PYBIND11_MODULE(_core, module) {
     }
   });
   DefineNames(module);
+  DefineArrow(module);
   DefineCurves(module);
   DefineColor(module);
   DefineAppearance(module);

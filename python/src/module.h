@@ -8,6 +8,7 @@
 namespace vrx::python {
 
 void DefineNames(pybind11::module_& module);
+void DefineArrow(pybind11::module_& module);
 void DefineCurves(pybind11::module_& module);
 void DefineColor(pybind11::module_& module);
 void DefineAppearance(pybind11::module_& module);

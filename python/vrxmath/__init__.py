@@ -62,7 +62,7 @@ from ._core import (
     xyz_from_luv,
     xyz_from_munsell,
 )
-from ._curves import CurveArray
+from ._curves import ArrowColumns, CurveArray, to_arrow
 from ._formulation import (CalibrationFit, ColorSystem, Correction, LeftoverRecipe, Recipe, StockCorrection, calibrate, correct,
                            correct_stock, match, predict, use_leftovers)
 from ._judgement import FAIL, PASS, WARNING, Judgement, judge
@@ -77,6 +77,7 @@ __all__ = [
     "FAIL",
     "PASS",
     "WARNING",
+    "ArrowColumns",
     "Averages",
     "CalibrationFit",
     "ColorSystem",
@@ -145,6 +146,7 @@ __all__ = [
     "strength",
     "stress",
     "systems",
+    "to_arrow",
     "tone_value",
     "tristimulus",
     "use_leftovers",

@@ -14,6 +14,12 @@ if TYPE_CHECKING:
     from ._core import Floats
 
 
+def with_ids(curves: Any) -> Any:
+    """An argument of curves whose ids `ids_of` can tell: columns of Arrow are read, which a stream allows once."""
+    is_arrow = hasattr(curves, "__arrow_c_array__") or hasattr(curves, "__arrow_c_stream__")
+    return CurveArray(curves) if is_arrow and not isinstance(curves, CurveArray) and not hasattr(curves, "iloc") else curves
+
+
 def ids_of(curves: Any) -> tuple[Any, ...] | None:
     """What names the rows of an argument of curves: the ids of a CurveArray, the index of a DataFrame."""
     if isinstance(curves, CurveArray):
@@ -33,6 +39,66 @@ def _of_each(given: Any, count: int, name: str) -> tuple[Any, ...] | None:
     return each
 
 
+class ArrowColumns:
+    """Columns that programs that speak Arrow take over without a copy, see :func:`vrxmath.to_arrow`."""
+
+    def __init__(self, columns: Sequence[tuple[str, Any]], metadata: dict[str, str]) -> None:
+        self._columns, self._metadata = tuple(columns), metadata
+
+    def __arrow_c_array__(self, requested_schema: Any = None) -> Any:
+        """The capsules of a schema and of an array, a record batch. What type is requested makes no difference."""
+        return _core.arrow_export(self._columns, self._metadata)
+
+    def __arrow_c_schema__(self) -> Any:
+        """The capsule of the schema."""
+        return self.__arrow_c_array__()[0]
+
+    def __repr__(self) -> str:
+        return f"<ArrowColumns: {', '.join(name for name, _ in self._columns)}>"
+
+
+def to_arrow(values: Any, names: str | Sequence[str], *, ids: Any = None, wavelengths: Any = None) -> ArrowColumns:
+    """Results or curves as columns for programs that speak Arrow: Polars, DuckDB, pyarrow and others.
+
+    Parameters
+    ----------
+    values : array_like, shape (n,) or (n, k)
+        Masked rows become null.
+    names : str or sequence of k str
+        One name for a column of lists of k numbers, which is not copied; or a name for each of k columns of numbers.
+    ids : sequence of n, optional
+        Become texts in a column ``id``.
+    wavelengths : sequence of k, optional
+        Those of curves, which go with the schema, under ``wavelengths``.
+
+    Returns
+    -------
+    ArrowColumns
+        What has ``__arrow_c_array__``, such as ``polars.DataFrame`` and ``pyarrow.record_batch`` take.
+
+    Examples
+    --------
+    >>> import vrxmath as vrx
+    >>> lab = vrx.lab(vrx.tristimulus([[42.0] * 40], "D65"))
+    >>> vrx.to_arrow(lab, ["L*", "a*", "b*"], ids=["grey"])
+    <ArrowColumns: id, L*, a*, b*>
+    """
+    rows = np.ma.asanyarray(values)  # type: ignore[no-untyped-call]
+    if not isinstance(values, np.ma.MaskedArray):
+        rows = np.asarray(values, dtype=np.float64)
+    if rows.ndim not in (1, 2):
+        raise ValueError(f"values: expected shape (n,) or (n, k), got {rows.shape}")
+    if isinstance(names, str):
+        columns = [(names, rows)]
+    elif rows.ndim != 2 or len(names) != rows.shape[1]:
+        raise ValueError(f"names: {len(names)} names for an array of shape {rows.shape}")
+    else:
+        columns = [(name, rows[:, i]) for i, name in enumerate(names)]
+    named = _of_each(ids, len(rows), "ids")
+    metadata = {} if wavelengths is None else {"wavelengths": ",".join(f"{nm:.17g}" for nm in wavelengths)}
+    return ArrowColumns(([] if named is None else [("id", [str(one) for one in named])]) + columns, metadata)
+
+
 @dataclasses.dataclass(frozen=True, eq=False)
 class CurveArray:
     """Reflectance curves with their wavelengths and the ids of their samples, taken wherever curves are.
@@ -40,7 +106,9 @@ class CurveArray:
     Parameters
     ----------
     values : array_like, shape (w,) or (n, ..., w)
-        Percent. A table by its labels, whose index becomes the ids.
+        Percent. A table by its labels, whose index becomes the ids. Columns of Arrow (what has ``__arrow_c_array__`` or
+        ``__arrow_c_stream__``: Polars, DuckDB, pyarrow) without a copy where they are one chunk: one column of lists of w numbers, or
+        those whose labels are wavelengths; a column of texts becomes the ids. Rows that are null are masked.
     wavelengths : sequence of w, optional
         In nm, in any order, under the rules of :func:`vrxmath.resample`; by default 360, 370 ... 750 nm. They and the values are
         kept in ascending order.
@@ -75,8 +143,8 @@ class CurveArray:
     notes: tuple[str, ...] = dataclasses.field(init=False)
 
     def __post_init__(self) -> None:
-        given = ids_of(self.values) if self.ids is None else self.ids
-        values, wavelengths, notes = _core.ascending(self.values, self.wavelengths)
+        values, wavelengths, notes, arrow_ids = _core.ascending(self.values, self.wavelengths)
+        given = (arrow_ids or ids_of(self.values)) if self.ids is None else self.ids
         count = 1 if values.ndim == 1 else len(values)
         for array in (values, wavelengths):
             array.flags.writeable = False
@@ -90,6 +158,10 @@ class CurveArray:
 
     def __array__(self, dtype: Any = None, copy: bool | None = None) -> Any:
         return self.values if dtype is None and not copy else np.array(self.values, dtype=dtype)
+
+    def __arrow_c_array__(self, requested_schema: Any = None) -> Any:
+        """A record batch for programs that speak Arrow: the ids, and the curves as lists of w numbers."""
+        return to_arrow(np.atleast_2d(self.values), "curve", ids=self.ids, wavelengths=self.wavelengths).__arrow_c_array__()
 
     def __reduce__(self) -> tuple[Any, ...]:
         return CurveArray, (self.values, self.wavelengths, self.ids, self.geometries)

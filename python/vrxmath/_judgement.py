@@ -9,7 +9,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _core
-from ._curves import CurveArray, ids_of
+from ._curves import ArrowColumns, CurveArray, ids_of, with_ids
 
 if TYPE_CHECKING:
     from collections.abc import Sequence
@@ -88,13 +88,35 @@ class Judgement:
         """A pandas DataFrame with a row a sample: overall, and verdict, dE and words for each illuminant."""
         import pandas
 
-        words, totals = self.words, self.totals
-        columns = {"overall": _verdict_names(self.overall)}
-        for i, name in enumerate(self.illuminants):
-            columns[f"{name} verdict"] = _verdict_names(self.verdicts[..., i])
-            columns[f"{name} dE"] = _masked.filled(totals[..., i], np.nan).ravel()
-            columns[f"{name} words"] = words[..., i].ravel()
+        columns = dict(self._columns())
         return pandas.DataFrame(columns, index=None if self.ids is None else pandas.Index(self.ids, name="id"), copy=False)
+
+    def _columns(self) -> list[tuple[str, Any]]:
+        words, totals = self.words, self.totals
+        columns = [("overall", _verdict_names(self.overall))]
+        for i, name in enumerate(self.illuminants):
+            columns += [(f"{name} verdict", _verdict_names(self.verdicts[..., i])),
+                        (f"{name} dE", _masked.filled(totals[..., i], np.nan).ravel()),
+                        (f"{name} words", words[..., i].ravel())]
+        return columns
+
+    def __arrow_c_array__(self, requested_schema: Any = None) -> Any:
+        """A record batch for programs that speak Arrow: the ids and the columns of `frame`, with null where a curve is masked, and for
+        each illuminant the broken limit and the excess."""
+        masked = _masked.getmaskarray(self.overall).ravel()
+        def kept(values: Any) -> Any:
+            if values.dtype != object:
+                return _masked.array(values, mask=masked)
+            return [None if is_masked else text for text, is_masked in zip(values, masked)]
+
+        columns = [(name, kept(values)) for name, values in self._columns()]
+        for i, name in enumerate(self.illuminants):
+            excess = _masked.filled(self.excess[..., i], np.nan).ravel()
+            columns += [(f"{name} broken", _masked.array(self.broken[..., i].ravel(), mask=masked)),
+                        (f"{name} excess", _masked.array(excess, mask=np.isnan(excess)))]
+        if self.ids is not None:
+            columns.insert(0, ("id", [str(one) for one in self.ids]))
+        return ArrowColumns(columns, {}).__arrow_c_array__()
 
     def __len__(self) -> int:
         return len(self.verdicts)
@@ -167,6 +189,7 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
     >>> judged.overall
     array([2], dtype=int8)
     """
+    samples = with_ids(samples)
     names = [illuminants] if isinstance(illuminants, (str, int, np.integer, _core.Illuminant)) else list(illuminants)
     if geometry is None and isinstance(standard, CurveArray) and standard.geometries is not None and all(standard.geometries):
         geometry = standard.geometries

@@ -16,6 +16,8 @@ void refusals(void);
 void files(void);
 /* Recipes and corrections. */
 void recipes(void);
+/* Columns of Arrow. */
+void arrow_columns(void);
 /* Arrays that share memory. */
 void overlaps(void);
 

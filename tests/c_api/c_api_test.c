@@ -672,6 +672,7 @@ int main(void) {
   tolerances();
   colorants_and_equations();
   refusals();
+  arrow_columns();
   overlaps();
   files();
   recipes();
