@@ -140,6 +140,22 @@ def test_files_of_every_form(ending, form, curves, tmp_path):
         vrx.read(path)
 
 
+def test_blocks_are_the_file(curves, tmp_path):
+    path = tmp_path / "many.csv"
+    path.write_text("id,name," + ",".join(map(str, range(360, 760, 10))) + "\n" + "".join(
+        f"{'x' * (i % 9)}{i},n{i}," + ",".join(map(str, row)) + "\n" for i, row in enumerate(curves.tolist())))
+    whole, blocks = vrx.read(path), list(vrx.read_blocks(path, 7))
+    assert [len(block) for block in blocks] == [7] * 8 + [4]
+    assert [name for block in blocks for name in block.ids] == whole.ids and blocks[3].names == whole.names[21:28]
+    assert np.array_equal(np.concatenate([block.curves for block in blocks]), whole.curves)
+    path.write_text("id,400,410,420\n" + "".join(f"{i},0.5,0.6,0.7\n" for i in range(20)))
+    blocks = vrx.read_blocks(path, 8)
+    with pytest.raises(ValueError, match="scale"):  # at its end, whatever came before
+        list(blocks)
+    with pytest.raises(ValueError, match="rows"):
+        next(vrx.read_blocks(path, 0))
+
+
 def test_scale_is_asked_for(tmp_path):
     path = tmp_path / "dark.csv"
     path.write_text("id,400,410,420\na,0.5,1.03,0.011\n")

@@ -90,6 +90,25 @@ def test_a_cluster_gives_the_bytes_of_one_process(curves, tmp_path):
     assert rows["id"].tolist() == [str(i + 1) for i in range(10)] * 6
 
 
+def test_a_partition_in_blocks_has_the_bytes_of_one_array(curves, tmp_path, monkeypatch):
+    from vrxmath import dask
+
+    monkeypatch.setattr(dask, "_BLOCK", 7)
+    labels = [f"{'x' * (i % 11)}{i}" for i in range(60)]  # as long as they come in different blocks
+    vrx.write(tmp_path / "part.csv", curves, labels)
+    np.save(tmp_path / "part.npy", curves)
+    np.save(tmp_path / "none.npy", curves[:0])
+    judged = vrx.judge(curves[0], curves, "A", tolerance=8)
+    for name, ids in (("part.csv", labels), ("part.npy", [str(i + 1) for i in range(60)]), ("none.npy", [])):
+        rows = len(ids)
+        assert dask._judge_part(str(tmp_path / name), str(tmp_path / "made.npy"), curves[0],
+                                {"illuminants": "A", "tolerance": 8}) == rows
+        whole = np.rec.fromarrays([np.array(ids, dtype=str), judged.overall[:rows], judged.verdicts[:rows, 0],
+                                   judged.totals[:rows, 0]], names=["id", "overall", "verdict_A", "dE_A"])
+        np.save(tmp_path / "whole.npy", whole.view(np.ndarray))
+        assert (tmp_path / "made.npy").read_bytes() == (tmp_path / "whole.npy").read_bytes(), name
+
+
 def test_a_folder_of_results_is_replaced_as_a_whole(tmp_path):
     from vrxmath import _folder
 

@@ -66,7 +66,7 @@ from ._curves import ArrowColumns, CurveArray, to_arrow
 from ._formulation import (CalibrationFit, ColorSystem, Correction, LeftoverRecipe, Recipe, StockCorrection, calibrate, correct,
                            correct_stock, match, predict, use_leftovers)
 from ._judgement import FAIL, PASS, WARNING, Judgement, judge
-from ._reading import Measurements, MeasurementWarning, read
+from ._reading import Measurements, MeasurementWarning, read, read_blocks
 from ._records import Curve, Standard, Tolerance
 from ._report import Report, report
 from ._samples import Averages, average
@@ -138,6 +138,7 @@ __all__ = [
     "plot",
     "predict",
     "read",
+    "read_blocks",
     "readings_needed",
     "report",
     "resample",

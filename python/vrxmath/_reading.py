@@ -13,6 +13,8 @@ from . import _core
 from ._curves import CurveArray
 
 if TYPE_CHECKING:
+    from collections.abc import Iterator
+
     from ._core import Floats
 
 
@@ -107,7 +109,49 @@ def read(path: str | os.PathLike[str], *, form: str | None = None,
         raise ValueError("fraction=True contradicts scale=\"percent\"")
     os.stat(path)  # FileNotFoundError for one that is not there
     columns = _core.read(os.fspath(path), form or "", "fraction" if fraction else scale or "")
-    for warning in columns.pop("warnings"):
-        warnings.warn(f"{os.fspath(path)}: {warning}", MeasurementWarning, stacklevel=2)
-        columns["notes"].append(warning)
-    return Measurements(**columns)
+    return Measurements(**_with_warnings(columns, path, columns["warnings"]))
+
+
+def _with_warnings(columns: dict[str, Any], path: str | os.PathLike[str], said: list[str]) -> dict[str, Any]:
+    """The columns with warnings among their notes; those in `said` are Python's, too."""
+    for warning in said:
+        warnings.warn(f"{os.fspath(path)}: {warning}", MeasurementWarning, stacklevel=3)
+    columns["notes"] += columns.pop("warnings")
+    return columns
+
+
+def read_blocks(path: str | os.PathLike[str], rows: int = 65536, *, form: str | None = None,
+                scale: Literal["percent", "fraction"] | None = None) -> Iterator[Measurements]:
+    """Reads a file of any length some samples at a time, in memory for those alone.
+
+    Parameters
+    ----------
+    path : str or os.PathLike
+    rows : int
+        The most samples of a block.
+    form, scale
+        As for :func:`read`.
+
+    Yields
+    ------
+    Measurements
+        Blocks of the file's samples, in its order. Colours are there where all samples of the block have them; notes are of what was
+        read so far, and those of the last block of the whole file.
+
+    Raises
+    ------
+    FileNotFoundError
+    ValueError
+        As for :func:`read`. What makes a file unusable may show at its end (whether it holds percent or fractions): results of
+        earlier blocks count once the last one is there.
+    """
+    if rows < 1:
+        raise ValueError("rows: at least 1 is expected")
+    os.stat(path)
+    blocks = _core.MeasurementBlocks(os.fspath(path), form or "", scale or "")
+    columns = blocks.next(rows)
+    while columns is not None:
+        following = blocks.next(rows)
+        # Counts grow from block to block: those that the last block knows are said once, at the end.
+        yield Measurements(**_with_warnings(columns, path, columns["warnings"] if following is None else []))
+        columns = following

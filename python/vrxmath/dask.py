@@ -5,6 +5,8 @@ computed by one task, which writes its result beside a temporary name and rename
 nothing half-written and the scheduler can run its task again. Nothing depends on which worker computes what: the
 results have the same bytes as those of a single process.
 
+A task holds 65,536 samples at a time, whatever the size of its partition.
+
 A run writes into a folder of its own, which takes the place of ``output`` once every partition is there: results of an
 earlier run go away as a whole, and stay as they are where the run fails. ``manifest.json`` in it lists the partitions with
 their results. A record has the ``id`` of its sample: its id, its name, or its number in the partition, from 1.
@@ -26,10 +28,10 @@ import numpy as np
 from . import _core
 from ._folder import replaced, write_manifest
 from ._judgement import judge as _judge
-from ._reading import read as _read
+from ._reading import read_blocks as _read_blocks
 
 if TYPE_CHECKING:
-    from collections.abc import Callable, Sequence
+    from collections.abc import Callable, Iterable, Iterator, Sequence
     from typing import Union
 
     from ._core import Floats, Lamp, Numbers
@@ -61,56 +63,91 @@ def partitions(paths: Paths) -> list[str]:
     return files
 
 
-def _samples_of(path: str) -> tuple[Any, dict[str, Any]]:
-    """The curves of a partition, and the column of their ids: those of an array are its places, from 1."""
+_BLOCK = 65536  # samples that a task holds at a time
+
+
+def _blocks_of(path: str) -> Iterator[tuple[Any, dict[str, Any]]]:
+    """The curves of a partition and the column of their ids, block by block: those of an array are its places, from 1."""
     if path.endswith(".npy"):
-        curves = np.load(path, mmap_mode="r", allow_pickle=False)
-        return curves, {"id": np.arange(1, len(curves) + 1).astype(f"U{len(str(len(curves)))}")}
-    measured = _read(path)
-    if measured.curves is None:
-        raise ValueError(f"{path}: it has colours and no curves")
-    return measured.curves, {"id": np.array(measured.ids, dtype=str)}
+        rows = len(np.load(path, mmap_mode="r", allow_pickle=False))
+        digits = len(str(rows))
+        for first in range(0, max(rows, 1), _BLOCK):
+            # Mapped anew for each block: what was mapped before does not count as memory of the process.
+            block = np.array(np.load(path, mmap_mode="r", allow_pickle=False)[first: first + _BLOCK])
+            yield block, {"id": np.arange(first + 1, first + len(block) + 1).astype(f"U{digits}")}
+        return
+    for measured in _read_blocks(path, _BLOCK):
+        if measured.curves is None:
+            raise ValueError(f"{path}: it has colours and no curves")
+        yield measured.curves, {"id": np.array(measured.ids, dtype=str)}
 
 
-def _write(path: str, columns: dict[str, Any]) -> int:
-    """One record array, in the order of the columns; the file is whole or not there. The count of its rows."""
-    rows = np.rec.fromarrays(list(columns.values()), names=list(columns))  # type: ignore[call-overload]
-    handle, temporary = tempfile.mkstemp(dir=os.path.dirname(path), prefix=".part-", suffix=".npy")
+def _in_common(blocks: list[Any]) -> Any:
+    """The record type of all blocks: their texts may be of several lengths."""
+    fields = [(name, max((block[name] for block in blocks), key=lambda kind: kind.itemsize)) for name in blocks[0].names]
+    return np.dtype(fields)
+
+
+def _write(path: str, blocks: Iterable[dict[str, Any]]) -> int:
+    """One record array of blocks of columns, in their order; the file is whole or not there. The count of its rows."""
+    kinds, counts = [], []
+    folder = os.path.dirname(path)
+    handle, temporary = tempfile.mkstemp(dir=folder, prefix=".part-", suffix=".npy")
     try:
-        with os.fdopen(handle, "wb") as file:
-            np.save(file, rows.view(np.ndarray), allow_pickle=False)
+        with tempfile.TemporaryFile(dir=folder, prefix=".rows-") as spool, os.fdopen(handle, "wb") as file:
+            for columns in blocks:
+                rows = np.rec.fromarrays(list(columns.values()), names=list(columns))  # type: ignore[call-overload]
+                kinds.append(np.dtype(rows.dtype.descr))
+                counts.append(len(rows))
+                spool.write(rows.tobytes())
+            spool.seek(0)
+            common = _in_common(kinds)
+            header = {"descr": np.lib.format.dtype_to_descr(common), "fortran_order": False, "shape": (sum(counts),)}
+            np.lib.format.write_array_header_1_0(file, header)  # type: ignore[no-untyped-call]
+            for kind, count in zip(kinds, counts):
+                block = np.frombuffer(spool.read(kind.itemsize * count), dtype=kind)
+                file.write(block.astype(common).tobytes())
         os.replace(temporary, path)
     except BaseException:
         os.unlink(temporary)
         raise
-    return len(rows)
+    return sum(counts)
 
 
 def _judge_part(source: str, target: str, standard: Floats, settings: dict[str, Any]) -> int:
-    curves, columns = _samples_of(source)
-    judged = _judge(standard, curves, **settings)
-    columns["overall"] = judged.overall
-    for i, name in enumerate(judged.illuminants):
-        columns[f"verdict_{name}"] = judged.verdicts[:, i]
-        columns[f"dE_{name}"] = judged.differences[:, i, 6]
-    return _write(target, columns)
+    def judged_blocks() -> Iterator[dict[str, Any]]:
+        for curves, columns in _blocks_of(source):
+            judged = _judge(standard, curves, **settings)
+            columns["overall"] = judged.overall
+            for i, name in enumerate(judged.illuminants):
+                columns[f"verdict_{name}"] = judged.verdicts[:, i]
+                columns[f"dE_{name}"] = judged.differences[:, i, 6]
+            yield columns
+
+    return _write(target, judged_blocks())
 
 
 def _color_part(source: str, target: str, illuminant: Lamp, observer: int) -> int:
-    curves, columns = _samples_of(source)
-    xyz = _core.tristimulus(curves, illuminant, observer)
-    lab = _core.lab(xyz, illuminant, observer, polar=True)
-    columns.update(zip("XYZ", xyz.T))
-    columns.update(zip(("L", "a", "b", "C", "h"), lab.T))
-    return _write(target, columns)
+    def color_blocks() -> Iterator[dict[str, Any]]:
+        for curves, columns in _blocks_of(source):
+            xyz = _core.tristimulus(curves, illuminant, observer)
+            lab = _core.lab(xyz, illuminant, observer, polar=True)
+            columns.update(zip("XYZ", xyz.T))
+            columns.update(zip(("L", "a", "b", "C", "h"), lab.T))
+            yield columns
+
+    return _write(target, color_blocks())
 
 
 def _nearest_part(source: str, target: str, standards: Floats, count: int, settings: dict[str, Any]) -> int:
-    curves, columns = _samples_of(source)
-    index, distance = _core.nearest(curves, standards, count, **settings)
-    columns.update({f"index_{i + 1}": index[:, i] for i in range(index.shape[1])})
-    columns.update({f"dE_{i + 1}": distance[:, i] for i in range(distance.shape[1])})
-    return _write(target, columns)
+    def nearest_blocks() -> Iterator[dict[str, Any]]:
+        for curves, columns in _blocks_of(source):
+            index, distance = _core.nearest(curves, standards, count, **settings)
+            columns.update({f"index_{i + 1}": index[:, i] for i in range(index.shape[1])})
+            columns.update({f"dE_{i + 1}": distance[:, i] for i in range(distance.shape[1])})
+            yield columns
+
+    return _write(target, nearest_blocks())
 
 
 def _compute(task: Callable[..., int], sources: list[str], targets: list[str], arguments: dict[str, Any], client: Any,

@@ -1,10 +1,10 @@
 #include <vrxio/files/measurement_table.h>
 
 #include <algorithm>
+#include <limits>
 #include <span>
 #include <utility>
 
-#include <vrxio/files/curve_reader.h>
 #include <vrxio/files/measurement_files.h>
 #include <vrxio/measurement/wavelength_grid.h>
 #include <vrxio/text/input_error.h>
@@ -99,21 +99,32 @@ std::unique_ptr<MeasurementReader> OpenMeasurementTable(MeasurementTable table, 
   return std::make_unique<TableReader>(std::move(table), std::move(name));
 }
 
-MeasurementTable ReadMeasurementTable(const std::string& path, const ReadOptions& options) {
-  CurveReader reader(OpenMeasurements(path, options), Content::kCurvesOrColors);
-  MeasurementTable table;
+MeasurementBlocks::MeasurementBlocks(const std::string& path, const ReadOptions& options)
+    : reader_(OpenMeasurements(path, options), Content::kCurvesOrColors) {}
+
+bool MeasurementBlocks::Next(MeasurementTable& block, std::size_t most) {
+  block = {};
   CurveRow row;
-  while (reader.Next(row)) AddRow(table, reader, row);
-  DropPartial(table.curves, table.ids.size(), kWavelengths);
-  DropPartial(table.xyz, table.ids.size(), 3);
-  DropPartial(table.lab, table.ids.size(), 3);
-  table.illuminant = reader.FirstConditions().illuminant;
-  table.observer = reader.FirstConditions().observer;
-  table.form = reader.Source().FormName();
-  table.notes = reader.Source().Notes();
-  table.warnings = reader.SampleWarnings();
-  const std::string guessed = reader.GridWarning();
-  if (!guessed.empty()) table.warnings.insert(table.warnings.begin(), guessed);
+  while (!isAtEnd_ && block.ids.size() < most) {
+    isAtEnd_ = !reader_.Next(row);
+    if (!isAtEnd_) AddRow(block, reader_, row);
+  }
+  DropPartial(block.curves, block.ids.size(), kWavelengths);
+  DropPartial(block.xyz, block.ids.size(), 3);
+  DropPartial(block.lab, block.ids.size(), 3);
+  block.illuminant = reader_.FirstConditions().illuminant;
+  block.observer = reader_.FirstConditions().observer;
+  block.form = reader_.Source().FormName();
+  block.notes = reader_.Source().Notes();
+  block.warnings = reader_.SampleWarnings();
+  const std::string guessed = reader_.GridWarning();
+  if (!guessed.empty()) block.warnings.insert(block.warnings.begin(), guessed);
+  return !block.ids.empty();
+}
+
+MeasurementTable ReadMeasurementTable(const std::string& path, const ReadOptions& options) {
+  MeasurementTable table;
+  MeasurementBlocks(path, options).Next(table, std::numeric_limits<std::size_t>::max());
   return table;
 }
 

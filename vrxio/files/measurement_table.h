@@ -3,11 +3,13 @@
 #ifndef VRXIO_FILES_MEASUREMENT_TABLE_H_
 #define VRXIO_FILES_MEASUREMENT_TABLE_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include <vrxio/files/curve_reader.h>
 #include <vrxio/measurement/measurement.h>
 
 namespace vrx::io {
@@ -31,6 +33,22 @@ struct MeasurementTable {
 
 /// Reads all samples of a file. Throws InputError as OpenMeasurements and CurveReader do.
 MeasurementTable ReadMeasurementTable(const std::string& path, const ReadOptions& options = {});
+
+/// The samples of a file some at a time, in memory for those alone.
+class MeasurementBlocks {
+ public:
+  /// Throws InputError as OpenMeasurements and CurveReader do, here and in Next.
+  explicit MeasurementBlocks(const std::string& path, const ReadOptions& options = {});
+
+  /// The next samples, `most` of them (1 or more) or as many as are left; false behind the last one. Notes and warnings are of all
+  /// that was read so far, and complete with the last block. What makes a file unusable may show at its very end: an error then is
+  /// about the blocks before, too.
+  bool Next(MeasurementTable& block, std::size_t most);
+
+ private:
+  CurveReader reader_;
+  bool isAtEnd_ = false;
+};
 
 /// Measurements in memory as the readers of files give them: for whatever takes samples one by one. `name` stands for the file in
 /// messages. Names, geometries and colours may be empty; a table has curves, or colours, or both, of all samples. Throws InputError
