@@ -84,7 +84,10 @@ def _blocks_of(path: str) -> Iterator[tuple[Any, dict[str, Any]]]:
 
 def _in_common(blocks: list[Any]) -> Any:
     """The record type of all blocks: their texts may be of several lengths."""
-    fields = [(name, max((block[name] for block in blocks), key=lambda kind: kind.itemsize)) for name in blocks[0].names]
+    def size(kind: Any) -> int:
+        return int(kind.itemsize)
+
+    fields = [(name, max((block[name] for block in blocks), key=size)) for name in blocks[0].names]
     return np.dtype(fields)
 
 
@@ -102,7 +105,8 @@ def _write(path: str, blocks: Iterable[dict[str, Any]]) -> int:
                 spool.write(rows.tobytes())
             spool.seek(0)
             common = _in_common(kinds)
-            header = {"descr": np.lib.format.dtype_to_descr(common), "fortran_order": False, "shape": (sum(counts),)}
+            descr = np.lib.format.dtype_to_descr(common)  # type: ignore[no-untyped-call]
+            header = {"descr": descr, "fortran_order": False, "shape": (sum(counts),)}
             np.lib.format.write_array_header_1_0(file, header)  # type: ignore[no-untyped-call]
             for kind, count in zip(kinds, counts):
                 block = np.frombuffer(spool.read(kind.itemsize * count), dtype=kind)
