@@ -22,8 +22,12 @@ first_heading() { [ "$(grep -m 1 '^## ' CHANGELOG.md | cut -d ' ' -f 2)" = "$ver
 all_sealed() {
   [ "$(grep "^# sealed $version " exports/vrxmath.txt | cut -d ' ' -f 4)" = "$(grep -v '^#' exports/vrxmath.txt | cut -f 1 | sort -n | tail -n 1)" ]
 }
+# The entry of this version is younger than the one before it, as lintian wants it.
+date_of_entry() { date -d "$(grep '^ -- ' debian/changelog | sed -n "$1s/.*>  //p")" +%s; }
+is_dated() { [ "$(grep -c '^ -- ' debian/changelog)" -lt 2 ] || [ "$(date_of_entry 1)" -gt "$(date_of_entry 2)" ]; }
 agrees "CHANGELOG.md does not begin with the heading \"## $version\"" first_heading
 agrees "debian/changelog does not begin with version $version" grep -q -m 1 "^vrxmath ($version)" debian/changelog
+agrees "debian/changelog: the date of version $version is not later than that of the version before" is_dated
 agrees "exports/vrxmath.txt is not sealed for $version: python3 scripts/exports.py seal exports/vrxmath.txt $version" all_sealed
 # The number of the C interface, in the header, its list, the library's name, and all that name the libraries' packages.
 abi=$(sed -n 's/^#define VRX_ABI_VERSION \([0-9]*\).*/\1/p' vrxmath/c_api.h)
