@@ -82,14 +82,15 @@ std::span<const double> Ascending(const double* row, const Bands& bands, std::ve
   return scratch;
 }
 
-// Rows with values at `bands` on the grid of an interval, in `out` where that is given. A fine grid has rows of its own.
+// Rows with values at `bands` on the grid of an interval, in `out` where that is given. Rows on a fine grid lie one behind the other.
 Curves OnGrid(Rows rows, const Bands& bands, const char* name, const py::object& out, int interval) {
   const io::WavelengthGrid grid(bands.nm, interval);
   if (grid.IsNarrow()) Warn(std::string(name) + ": " + grid.Warning());
   const std::vector<double> nodes = io::GridWavelengths(interval);
   const std::size_t width = nodes.size();
   const bool isOnGrid = bands.nm == nodes;
-  if (isOnGrid && bands.AreInOrder() && out.is_none() && width == kSamples) return {std::move(rows), {}};
+  const bool isPlaced = width == kSamples || (!rows.isFloat && (rows.stride == width || rows.count <= 1));
+  if (isOnGrid && bands.AreInOrder() && out.is_none() && isPlaced) return {std::move(rows), {}};
   if (rows.isFloat) {
     const py::object mask = rows.mask;
     rows = RowsOf(py::array_t<double>::ensure(rows.array), name, rows.width);
