@@ -74,8 +74,8 @@ void AddCurveInputOptions(Command& owner, CurveInputOptions& options) {
 }
 
 void AddIntervalOption(Command& owner, CurveInputOptions& options) {
-  owner.Group("Input").AddChoice("--interval", options.sums, {"10", "5", "1"},
-                                 "Sum curves at this interval in nm, by weights of its own");
+  owner.AddChoice("--interval", options.sums, {"10", "5", "1"},
+                  "Sum curves at this interval in nm, by weights of its own");
 }
 
 void RequireCurvesToSum(const CurveInputOptions& options, std::initializer_list<const CurveReader*> files) {
