@@ -23,7 +23,7 @@ std::unique_ptr<Entry>& EntryOf(int32_t number) {
 }
 
 // Any other number is the observer of 2 degrees.
-std::size_t PlaceOf(int32_t observer) {
+std::size_t ObserverPlace(int32_t observer) {
   constexpr int32_t kAt10 = 1;
   return observer == kAt10 ? 1 : 0;
 }
@@ -42,14 +42,14 @@ FineTables::~FineTables() {
 }
 
 const double* FineTables::Find(int32_t observer, int32_t interval) const {
-  const auto* table = made_[PlaceOf(observer)][interval == 1 ? 1 : 0].load(std::memory_order_acquire);
+  const auto* table = made_[ObserverPlace(observer)][interval == 1 ? 1 : 0].load(std::memory_order_acquire);
   return table != nullptr ? table->data() : nullptr;
 }
 
 const double* FineTables::Make(const SpectralPower& power, int32_t observer, int32_t interval) {
   auto made = std::make_unique<std::vector<double>>(ComputeFineWeights(power, observer, interval));
   std::vector<double>* first = nullptr;
-  auto& slot = made_[PlaceOf(observer)][interval == 1 ? 1 : 0];
+  auto& slot = made_[ObserverPlace(observer)][interval == 1 ? 1 : 0];
   if (slot.compare_exchange_strong(first, made.get(), std::memory_order_acq_rel)) first = made.release();
   return first->data();
 }
@@ -89,7 +89,7 @@ void DropUserIlluminant(int32_t number) {
 
 const double* UserWeightTable(int32_t illuminant, int32_t observer) {
   const Entry* entry = FindEntry(illuminant);
-  return entry != nullptr ? entry->light.tables[PlaceOf(observer)].data() : nullptr;
+  return entry != nullptr ? entry->light.tables[ObserverPlace(observer)].data() : nullptr;
 }
 
 const SpectralPower* UserSpectrum(int32_t illuminant) {
