@@ -77,9 +77,10 @@ class CsvJudgeRows {
       elements_.push_back(static_cast<std::size_t>(column.element));
     }
     numbersOfRow_ = elements_.size() + (byEllipse_ ? 2 : 1) + (byGrade_ ? 2 : 0) + (byInconstancy_ ? 1 : 0);
-    const std::string interval = IsFine(settings) ? "," + std::to_string(texts.interval) : std::string();
+    std::string conditions = texts.observer == 10 ? ",10" : ",2";
+    if (IsFine(settings)) conditions += "," + std::to_string(texts.interval);
     for (const std::string& illuminant : texts.illuminants) {
-      conditions_.emplace_back(illuminant + (texts.observer == 10 ? ",10" : ",2") + interval);
+      conditions_.emplace_back(illuminant + conditions);
       longestRest_ = std::max(longestRest_, conditions_.back().Bytes());
     }
     std::size_t longestWord = 0;
