@@ -1,9 +1,9 @@
-# vrx_embed_resources(<out-variable> STRINGS <tsv> TABLES <file>... OBSERVERS <file>)
+# vrx_embed_resources(<out-variable> STRINGS <tsv> TABLES <file>... OBSERVERS <file> ILLUMINANTS <file>)
 #
-# Makes the module's resources from their reviewable text: the numbered string table and the weighting tables, as a
+# Makes the module's resources from their reviewable text: the numbered string table, the published spectra and the weighting tables, as a
 # C++ source, or for Windows as a resource script. The generator is a small program of the building machine.
 function(vrx_embed_resources out)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "STRINGS;OBSERVERS" "TABLES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "STRINGS;OBSERVERS;ILLUMINANTS" "TABLES")
   set(source ${PROJECT_SOURCE_DIR}/cmake/embed_resources.cpp)
   if(CMAKE_CROSSCOMPILING)
     find_program(VRX_HOST_CXX NAMES c++ g++ clang++ REQUIRED DOC "C++ compiler for programs that the build runs")
@@ -21,8 +21,8 @@ function(vrx_embed_resources out)
     set(generated ${CMAKE_CURRENT_BINARY_DIR}/embedded_resources.cpp)
   endif()
   add_custom_command(OUTPUT ${generated}
-    COMMAND ${embed} ${generated} ${arg_STRINGS} ${arg_OBSERVERS} ${arg_TABLES}
-    DEPENDS ${embed} ${arg_STRINGS} ${arg_OBSERVERS} ${arg_TABLES}
+    COMMAND ${embed} ${generated} ${arg_STRINGS} ${arg_OBSERVERS} ${arg_ILLUMINANTS} ${arg_TABLES}
+    DEPENDS ${embed} ${arg_STRINGS} ${arg_OBSERVERS} ${arg_ILLUMINANTS} ${arg_TABLES}
     COMMENT "Embedding the string table and the weighting tables" VERBATIM)
   set(${out} ${generated} PARENT_SCOPE)
 endfunction()

@@ -1,16 +1,19 @@
 // Turns the reviewable texts under resources/ into what the module carries them in: a C++ source, or for OUTPUT.rc a
 // resource script of Windows with a file of doubles for each table beside it.
 //
-//   vrx_embed OUTPUT strings.tsv observers.txt ILL00_02.txt ...
+//   vrx_embed OUTPUT strings.tsv observers.txt illuminants.txt ILL00_02.txt ...
 //
 //   strings.tsv    number, tab, text, one a line
 //   observers.txt  the colour-matching functions: become the resource "CMF" "OBSERVERS", the seven columns wavelength
 //                  by wavelength
+//   illuminants.txt  spectra of lamps, a column each, "-" where there is no value: column "LED-B1" becomes the resource
+//                  "SPD" "LED_B1", its first wavelength, the step in nm, and the values
 //   ILLnn_nn.txt   one weighting table: becomes a resource "PWD" of 123 doubles, 40 weights each for X, Y and Z,
 //                  then the white point
 //
 // In all of them a line that begins with '#' is a comment. Stands alone: it is built before the library is.
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
@@ -20,6 +23,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -119,17 +123,35 @@ std::vector<std::string> ReadObservers(const std::filesystem::path& path) {
   return numbers;
 }
 
-void WriteNumbers(std::ostream& out, const std::string& name, const std::vector<std::string>& numbers) {
-  out << "alignas(8) constexpr double " << name << "[] = {";
-  for (std::size_t i = 0; i < numbers.size(); ++i) out << (i % 10 == 0 ? "\n    " : " ") << numbers[i] << ',';
-  out << "\n};\n\n";
-}
-
 // A binary resource: its type, its name and its doubles as text.
 struct Table {
   std::string type, name;
   std::vector<std::string> numbers;
 };
+
+std::vector<Table> ReadSpectra(const std::filesystem::path& path) {
+  const auto rows = ReadCells(path);
+  const int step = std::stoi(rows.at(2).at(0)) - std::stoi(rows.at(1).at(0));
+  std::vector<Table> spectra;
+  for (std::size_t column = 1; column < rows[0].size(); ++column) {
+    Table spectrum{"SPD", rows[0][column], {}};
+    std::replace(spectrum.name.begin(), spectrum.name.end(), '-', '_');
+    for (std::size_t i = 1; i < rows.size(); ++i) {
+      const std::string& value = rows[i].at(column);
+      if (value == "-") continue;
+      if (spectrum.numbers.empty()) spectrum.numbers = {rows[i][0], std::to_string(step)};
+      spectrum.numbers.push_back(value);
+    }
+    spectra.push_back(std::move(spectrum));
+  }
+  return spectra;
+}
+
+void WriteNumbers(std::ostream& out, const std::string& name, const std::vector<std::string>& numbers) {
+  out << "alignas(8) constexpr double " << name << "[] = {";
+  for (std::size_t i = 0; i < numbers.size(); ++i) out << (i % 10 == 0 ? "\n    " : " ") << numbers[i] << ',';
+  out << "\n};\n\n";
+}
 
 void WriteFile(const std::filesystem::path& path, const std::string& content) {
   std::ofstream file(path, std::ios::binary);
@@ -193,7 +215,8 @@ void WriteScript(const std::filesystem::path& output, const std::map<uint32_t, s
 void Generate(const std::filesystem::path& output, const std::vector<std::filesystem::path>& inputs) {
   const auto strings = ReadStrings(inputs.at(0));
   std::vector<Table> tables = {{"CMF", "OBSERVERS", ReadObservers(inputs.at(1))}};
-  for (std::size_t i = 2; i < inputs.size(); ++i) {
+  for (Table& spectrum : ReadSpectra(inputs.at(2))) tables.push_back(std::move(spectrum));
+  for (std::size_t i = 3; i < inputs.size(); ++i) {
     tables.push_back({"PWD", inputs[i].stem().string(), ReadWeightingTable(inputs[i])});
   }
   (output.extension() == ".rc" ? WriteScript : WriteSource)(output, strings, tables);
@@ -202,7 +225,8 @@ void Generate(const std::filesystem::path& output, const std::vector<std::filesy
 }  // namespace
 
 int main(int argc, char** argv) try {
-  if (argc < 4) throw std::runtime_error("usage: vrx_embed OUTPUT strings.tsv observers.txt TABLE...");
+  if (argc < 5)
+    throw std::runtime_error("usage: vrx_embed OUTPUT strings.tsv observers.txt illuminants.txt TABLE...");
   Generate(argv[1], {argv + 2, argv + argc});
   return 0;
 } catch (const std::exception& error) {

@@ -100,6 +100,8 @@ constexpr std::array kCommandLines = {
     "convert @IN @out.txt --percent",
     "convert @IN @out.cxf --grid 380-730/10 --percent",
     "info @IN --percent",
+    "color @IN --interval 5",
+    "judge @IN @IN --pairs --interval 1 --illuminant-file @IN --format json",
 };
 
 void AbortUnlessDriven(std::string_view command) {

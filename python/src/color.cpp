@@ -6,8 +6,10 @@
 #include <pybind11/numpy.h>
 
 #include <vrxmath/batch/color_space_batch.h>
+#include <vrxmath/colorimetry/fine_weights.h>
 #include <vrxmath/colorimetry/space_formulas.h>
 #include <vrxmath/colorimetry/weight_tables.h>
+#include <vrxmath/foundation/ks_data.h>
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
@@ -41,8 +43,8 @@ void FillTristimulus(const Rows& curves, std::span<const vrxIlluminant> illumina
 }
 
 py::object Tristimulus(const py::object& curves, const py::object& illuminant, int observer,
-                       const py::object& wavelengths, const py::object& out, int threads) {
-  const Rows rows = CurvesAt(curves, "curves", wavelengths, true);
+                       const py::object& wavelengths, int interval, const py::object& out, int threads) {
+  const Rows rows = CurvesForSums(curves, "curves", wavelengths, interval);
   bool single = false;
   const std::vector<vrxIlluminant> illuminants = IlluminantsOf(illuminant, single);
   const std::int32_t code = ObserverOf(observer);
@@ -64,13 +66,18 @@ py::array WhitePointOf(const py::object& illuminant, int observer) {
 }
 
 // The weights of an illuminant and observer, a wavelength a row.
-py::array WeightsOf(const py::object& illuminant, int observer) {
-  const double* table = WeightTable(IlluminantOf(illuminant), ObserverOf(observer));
+py::array WeightsOf(const py::object& illuminant, int observer, int interval) {
+  const bool isFine = IsFineInterval(interval);
+  if (!isFine && interval != kWavelengthStep) throw py::value_error("interval: 10, 5 or 1 is expected");
+  const vrxIlluminant number = IlluminantOf(illuminant);
+  const double* table = isFine ? FineWeightTable(number, ObserverOf(observer), interval)
+                               : WeightTable(number, ObserverOf(observer));
   if (table == nullptr) throw py::value_error("illuminant: it has no weights");
-  py::array_t<double> weights({static_cast<py::ssize_t>(kSamples), py::ssize_t{3}});
+  const std::size_t samples = isFine ? static_cast<std::size_t>(FineSamples(interval)) : kSamples;
+  py::array_t<double> weights({static_cast<py::ssize_t>(samples), py::ssize_t{3}});
   double* target = weights.mutable_data();
-  for (std::size_t i = 0; i < kSamples; ++i) {
-    for (std::size_t k = 0; k < 3; ++k) target[3 * i + k] = table[k * kSamples + i];
+  for (std::size_t i = 0; i < samples; ++i) {
+    for (std::size_t k = 0; k < 3; ++k) target[3 * i + k] = table[k * samples + i];
   }
   return weights;
 }
@@ -175,7 +182,7 @@ void DefineTo(py::module_& module, Conversion convert, PolarConversion convertPo
 void DefineColor(py::module_& module) {
   module.def("tristimulus", &Tristimulus, py::arg("curves"), py::arg("illuminant") = "D65",
              py::arg("observer") = 10, py::kw_only(), py::arg("wavelengths") = py::none(),
-             py::arg("out") = py::none(), py::arg("threads") = 1,
+             py::arg("interval") = 10, py::arg("out") = py::none(), py::arg("threads") = 1,
              R"(Tristimulus values of reflectance curves (ASTM E308).
 
 Parameters
@@ -189,6 +196,9 @@ observer : int
     2 or 10 degrees.
 wavelengths : sequence of n, optional
     Those of curves of shape (..., n), in nm, in any order: they are brought to the grid as :func:`resample` does it.
+interval : int
+    10, or 5 and 1 for curves that are measured at that interval in nm or finer: they are summed by weights for it, from 360 to
+    780 nm, of which they may leave out the ends. Without ``wavelengths`` they have shape (..., 85) or (..., 421).
 out : numpy.ndarray, optional
     Where the result goes: C-contiguous float64 of the result's shape.
 threads : int
@@ -207,7 +217,8 @@ Returns
 -------
 numpy.ndarray, shape (3,)
 )");
-  module.def("weights", &WeightsOf, py::arg("illuminant") = "D65", py::arg("observer") = 10,
+  module.def("weights", &WeightsOf, py::arg("illuminant") = "D65", py::arg("observer") = 10, py::kw_only(),
+             py::arg("interval") = 10,
              R"(The weights by which curves become tristimulus values (ASTM E308), at 360, 370 ... 750 nm.
 
 ``curves @ weights(...) / 100`` is :func:`tristimulus` but for the order of its sums.
@@ -215,7 +226,7 @@ numpy.ndarray, shape (3,)
 Returns
 -------
 numpy.ndarray, shape (40, 3)
-    For X, Y and Z.
+    For X, Y and Z; with ``interval`` 5 or 1 of shape (85, 3) or (421, 3), from 360 to 780 nm.
 )");
   DefineTo(module, XyzToLabOnlyBatch, XyzToLabBatch, "lab", R"(CIE L*a*b* of tristimulus values (CIE 15).
 

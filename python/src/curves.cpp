@@ -15,6 +15,8 @@
 #include <vrxio/measurement/sample_columns.h>
 #include <vrxio/measurement/wavelength_grid.h>
 #include <vrxio/text/decimal.h>
+#include <vrxmath/colorimetry/fine_weights.h>
+#include <vrxmath/foundation/ks_data.h>
 #include <vrxmath/foundation/numbers.h>
 
 #include "python/src/arrow.h"
@@ -82,31 +84,34 @@ std::span<const double> Ascending(const double* row, const Bands& bands, std::ve
   return scratch;
 }
 
-// Rows with values at `bands` on the library's grid, in `out` where that is given.
-Curves OnGrid(Rows rows, const Bands& bands, const char* name, const py::object& out) {
-  const io::WavelengthGrid grid(bands.nm);
+// Rows with values at `bands` on the grid of an interval, in `out` where that is given. Rows on a fine grid lie one behind the other.
+Curves OnGrid(Rows rows, const Bands& bands, const char* name, const py::object& out, int interval) {
+  const io::WavelengthGrid grid(bands.nm, interval);
   if (grid.IsNarrow()) Warn(std::string(name) + ": " + grid.Warning());
-  const bool isOnGrid = bands.nm == io::LibraryWavelengths();
-  if (isOnGrid && bands.AreInOrder() && out.is_none()) return {std::move(rows), {}};
+  const std::vector<double> nodes = io::GridWavelengths(interval);
+  const std::size_t width = nodes.size();
+  const bool isOnGrid = bands.nm == nodes;
+  const bool isPlaced = width == kSamples || (!rows.isFloat && (rows.stride == width || rows.count <= 1));
+  if (isOnGrid && bands.AreInOrder() && out.is_none() && isPlaced) return {std::move(rows), {}};
   if (rows.isFloat) {
     const py::object mask = rows.mask;
     rows = RowsOf(py::array_t<double>::ensure(rows.array), name, rows.width);
     rows.mask = mask;
   }
-  py::array_t<double> curves = ResultApart(rows.lead, {static_cast<py::ssize_t>(kSamples)}, out, {&rows});
+  py::array_t<double> curves = ResultApart(rows.lead, {static_cast<py::ssize_t>(width)}, out, {&rows});
   double* target = curves.mutable_data();
   InBlocks(rows.count, 1, [&](std::size_t from, std::size_t count) {
     std::vector<double> scratch;
     for (std::size_t i = from; i < from + count; ++i) {
       const std::span<const double> row = Ascending(rows.Doubles() + i * rows.stride, bands, scratch);
       if (std::ranges::all_of(row, [](double value) { return IsUnset(value); })) {
-        FillNaN(target + i * kSamples, kSamples);
+        FillNaN(target + i * width, width);
       } else {
-        grid.Convert(row, target + i * kSamples);
+        grid.Convert(row, target + i * width);
       }
     }
   });
-  Curves result{RowsOf(curves, name, kSamples), isOnGrid ? std::string() : grid.Description()};
+  Curves result{RowsOf(curves, name, width), isOnGrid ? std::string() : grid.Description()};
   result.mask = rows.mask;
   return result;
 }
@@ -394,7 +399,7 @@ Curves TakeCurves(const py::handle& argument, const char* name, const py::handle
   Measured measured = MeasuredOf(argument, name, wavelengths, floats, otherWidth);
   if (measured.nm.empty()) return {std::move(measured.rows), {}};
   const Bands bands = BandsOf(measured.nm, measured.source);
-  return OnGrid(std::move(measured.rows), bands, name, out);
+  return OnGrid(std::move(measured.rows), bands, name, out, kWavelengthStep);
 }
 
 py::array_t<double> ArrayOfNumbers(const std::vector<double>& numbers) {
@@ -452,6 +457,24 @@ py::object Resample(const py::object& values, const py::object& wavelengths, con
 Curves CurvesAt(const py::handle& argument, const char* name, const py::handle& wavelengths, bool floats,
                 std::size_t otherWidth) {
   return TakeCurves(argument, name, wavelengths, floats, otherWidth, py::none());
+}
+
+Curves CurvesForSums(const py::handle& argument, const char* name, const py::handle& wavelengths,
+                     int interval) {
+  if (interval == kWavelengthStep) return CurvesAt(argument, name, wavelengths, true);
+  if (!IsFineInterval(interval)) throw py::value_error("interval: 10, 5 or 1 is expected");
+  const std::vector<double> nodes = io::GridWavelengths(interval);
+  if (wavelengths.is_none() && IsPlain(argument)) {
+    const Bands bands = BandsOf(nodes, name);
+    return OnGrid(RowsOf(argument, name, nodes.size()), bands, name, py::none(), interval);
+  }
+  Measured measured = MeasuredOf(argument, name, wavelengths, false, nodes.size());
+  if (measured.nm.empty() && measured.rows.width != nodes.size())
+    Fail(name, "nothing says that these values are measured at " + std::to_string(interval) + " nm or finer");
+  const Bands bands = BandsOf(measured.nm.empty() ? nodes : measured.nm, measured.source);
+  const std::string fault = io::FaultOfInterval(bands.nm, interval);
+  if (!fault.empty()) Fail(name, fault);
+  return OnGrid(std::move(measured.rows), bands, name, py::none(), interval);
 }
 
 Rows CurvesOf(const py::handle& argument, const char* name, bool floats, std::size_t otherWidth) {

@@ -28,7 +28,13 @@ struct Curves : Rows {
 Curves CurvesAt(const py::handle& argument, const char* name, const py::handle& wavelengths,
                 bool floats = false, std::size_t otherWidth = 0);
 
-/// The same without wavelengths beside them.
+/// The curves of an argument for sums at `interval` nm: at 10 as CurvesAt gives them, at 5 and 1 as rows of 85 and 421 samples of
+/// float64, one behind the other, from 360 to 780 nm. Rows of that many numbers without wavelengths are taken as they are. Throws
+/// ValueError for another interval, and for wavelengths that are coarser (io::FaultOfInterval).
+Curves CurvesForSums(const py::handle& argument, const char* name, const py::handle& wavelengths,
+                     int interval);
+
+/// The same as CurvesAt without wavelengths beside them.
 Rows CurvesOf(const py::handle& argument, const char* name, bool floats = false, std::size_t otherWidth = 0);
 
 /// Whether an argument that may hold colours instead holds curves. Columns of Arrow do.

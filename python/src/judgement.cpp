@@ -244,11 +244,12 @@ Samples SamplesOfBlock(const Judging& judging, std::size_t from, std::size_t cou
   for (std::size_t i = from; i < from + count; ++i) {
     const std::size_t at = sampleOf[i] * rows.stride;
     if (rows.isFloat) {
-      scratch.insert(scratch.end(), rows.Floats() + at, rows.Floats() + at + kSamples);
+      scratch.insert(scratch.end(), rows.Floats() + at, rows.Floats() + at + rows.width);
     } else {
-      scratch.insert(scratch.end(), rows.Doubles() + at, rows.Doubles() + at + kSamples);
+      scratch.insert(scratch.end(), rows.Doubles() + at, rows.Doubles() + at + rows.width);
     }
   }
+  if (AreFine(rows)) return FineBatch(rows, scratch);
   return CurveBatch{std::span<const double>(scratch), kSamples};
 }
 
@@ -320,11 +321,11 @@ py::tuple Judge(const py::object& standard, const py::object& samples, const py:
                 int observer, const std::string& system, const py::object& tolerance,
                 const py::object& ellipsoid, const py::object& geometry, const py::object& of,
                 const std::string& verdict, double warning, const py::object& grade, double leastGrade,
-                const py::object& mostInconstancy, const py::object& wavelengths, int threads,
+                const py::object& mostInconstancy, const py::object& wavelengths, int interval, int threads,
                 const py::kwargs& parameters) {
-  const Curves standardRows = CurvesAt(standard, "standard", wavelengths, true);
+  const Curves standardRows = CurvesForSums(standard, "standard", wavelengths, interval);
   if (standardRows.count == 0) throw py::value_error("standard: at least one is expected");
-  const Curves trials = CurvesAt(samples, "samples", wavelengths, true);
+  const Curves trials = CurvesForSums(samples, "samples", wavelengths, interval);
   if (std::isnan(warning)) throw py::value_error("warning: a number is expected");
   bool single = false;
   JudgeConditions conditions;
@@ -402,7 +403,7 @@ void DefineJudgement(py::module_& module) {
              py::arg("observer"), py::kw_only(), py::arg("system"), py::arg("tolerance"),
              py::arg("ellipsoid"), py::arg("geometry"), py::arg("of"), py::arg("verdict"), py::arg("warning"),
              py::arg("grade"), py::arg("least_grade"), py::arg("most_inconstancy"), py::arg("wavelengths"),
-             py::arg("threads"));
+             py::arg("interval"), py::arg("threads"));
   module.def("shade_phrases", &PhrasesOf, py::arg("codes"));
   py::list codes;
   for (const vrxIlluminant illuminant : JudgeDefaults::kIlluminants)

@@ -9,6 +9,7 @@
 #include <vrxmath/batch/batch_view.h>
 #include <vrxmath/batch/sample_colors.h>
 #include <vrxmath/batch/tristimulus_batch.h>
+#include <vrxmath/colorimetry/weighting.h>
 
 #include "python/src/arrays.h"
 
@@ -34,8 +35,23 @@ BatchView<double, kWidth> TargetOf(double* data, std::size_t from, std::size_t c
   return {std::span(data + from * kWidth, count * kWidth)};
 }
 
+/// Rows of curves for sums at 5 or 1 nm (CurvesForSums).
+inline bool AreFine(const Rows& rows) {
+  return rows.width == static_cast<std::size_t>(FineSamples(5)) ||
+         rows.width == static_cast<std::size_t>(FineSamples(1));
+}
+
+/// `samples`: one behind the other, of rows that are fine.
+inline FineCurveBatch FineBatch(const Rows& rows, std::span<const double> samples) {
+  return {samples, (kPowerSamples - 1) / static_cast<std::int32_t>(rows.width - 1)};
+}
+inline FineCurveBatch FineBatch(const Rows& rows, std::size_t from, std::size_t count) {
+  return FineBatch(rows, std::span(rows.Doubles() + from * rows.width, count * rows.width));
+}
+
 /// `count` rows of an argument of curves from `from` on, as the library takes samples.
 inline Samples SamplesOf(const Rows& rows, std::size_t from, std::size_t count) {
+  if (AreFine(rows)) return FineBatch(rows, from, count);
   if (count == 0) return CurveBatch{};
   const std::size_t begin = from * rows.stride, length = (count - 1) * rows.stride + kSamples;
   if (rows.isFloat) return CurveBatch32{std::span(rows.Floats() + begin, length), rows.stride};
@@ -47,7 +63,9 @@ template <class ILLUMINANTS, class VIEWS>
 void TristimulusOf(const Rows& curves, const ILLUMINANTS& illuminants, std::int32_t observer,
                    const VIEWS& xyz, std::size_t from, std::size_t count) {
   const std::size_t begin = from * curves.stride, length = (count - 1) * curves.stride + kSamples;
-  if (curves.isFloat) {
+  if (AreFine(curves)) {
+    TristimulusBatch(illuminants, observer, FineBatch(curves, from, count), xyz);
+  } else if (curves.isFloat) {
     TristimulusBatch(illuminants, observer,
                      CurveBatch32{std::span(curves.Floats() + begin, length), curves.stride}, xyz);
   } else {

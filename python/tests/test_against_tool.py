@@ -26,6 +26,30 @@ def test_colors(curves, curve_file, vrx_tool):
         assert np.array_equal(columns(own, ["LH", "aH", "bH"]), vrx.hunter(xyz[:, i], lamp, 2))
 
 
+@pytest.mark.parametrize("interval", [5, 1])
+def test_fine_sums(interval, curves, vrx_tool, tmp_path):
+    nm = np.arange(380, 791)
+    fine = np.array([np.interp(nm, np.arange(360, 760, 10), row) + np.sin(nm / 3) for row in curves[:20]])
+    path = tmp_path / "fine.csv"
+    path.write_text("\n".join(",".join(map(repr, row)) for row in [["id", *nm.tolist()], *([i, *r] for i, r in enumerate(fine.tolist()))]))
+    options = ["--illuminants", "D65,T84", "--interval", interval]
+    rows = vrx_tool("color", path, *options)
+    xyz = vrx.tristimulus(fine, ["D65", "T84"], wavelengths=nm, interval=interval)
+    assert {row["interval"] for row in rows} == {str(interval)} and np.array_equal(columns(rows, "XYZ").reshape(20, 2, 3), xyz)
+    rows = vrx_tool("judge", path, path, "--standard-id", "3", "--system", "cie2000", *options)
+    array = vrx.CurveArray(fine, nm)
+    judged = vrx.judge(array[3], array, ["D65", "T84"], system="cie2000", interval=interval)
+    assert np.array_equal(columns(rows, ["dE00"]).reshape(20, 2), judged.totals) and judged.interval == interval
+    pairs = vrx.judge(array[[3, 4]].values[:, None], fine[None], "T84", system="cie2000", interval=interval, wavelengths=nm)
+    assert np.array_equal(pairs.totals[0, :, 0], judged.totals[:, 1])
+    weights = vrx.weights("D65", interval=interval)
+    whole = np.full(len(weights), 50.0, dtype=np.float32)
+    assert np.allclose(vrx.tristimulus(whole, interval=interval), weights.sum(axis=0) / 2, rtol=1e-14)
+    for wrong in ({"wavelengths": range(400, 710, 10)}, {"interval": 2}, {}):
+        with pytest.raises(ValueError, match="too coarse|10, 5 or 1|shape"):
+            vrx.tristimulus(np.ones(31), **{"interval": interval, **wrong})
+
+
 @pytest.mark.parametrize("system, parameters", [
     ("lab", {}), ("cmc", {"l": 1.5, "c": 1.2}), ("hunter", {}), ("fmc2", {}), ("cie94", {"kL": 2}), ("lch", {}),
     ("luv", {}), ("xyz", {}), ("gepqs2", {}), ("audi", {}), ("din99", {"kE": 1.1}), ("cie2000", {"kC": 1.3}),

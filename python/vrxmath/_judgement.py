@@ -54,6 +54,8 @@ class Judgement:
         What was done to bring curves at other wavelengths to the library's grid.
     ids : tuple or None
         What names the samples: the ids of a :class:`CurveArray`, the index of a DataFrame.
+    interval : int
+        At which curves were summed, in nm.
     """
 
     illuminants: tuple[str, ...]
@@ -66,6 +68,7 @@ class Judgement:
     tolerance: float
     notes: tuple[str, ...] = ()
     ids: tuple[Any, ...] | None = None
+    interval: int = 10
 
     @property
     def overall(self) -> Any:
@@ -131,7 +134,7 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
           system: str = "cmc", tolerance: float | Numbers | None = None, ellipsoid: Numbers | str | None = None,
           geometry: str | int | Sequence[str | int] | None = None, of: Sequence[int] | None = None, verdict: str = "worse",
           warning: float = 0.75, grade: str | None = None, least_grade: float = 4, most_inconstancy: float | None = None,
-          wavelengths: Numbers | None = None, threads: int = 0, **parameters: float) -> Judgement:
+          wavelengths: Numbers | None = None, interval: int = 10, threads: int = 0, **parameters: float) -> Judgement:
     """Judges samples against their standards: fail, warning or pass under each illuminant.
 
     Parameters
@@ -173,6 +176,8 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
         Fails a sample whose own colour changes by more, in the units of the system, from the first illuminant to another.
     wavelengths : sequence of w, optional
         Those of curves of w values, as for :func:`tristimulus`.
+    interval : int
+        5 or 1 sums standards and samples at that interval in nm, as for :func:`tristimulus`; both have to be measured so.
     threads : int
         Cores to use; 0 takes all. The results do not depend on it.
     **parameters
@@ -196,6 +201,6 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
     differences, verdicts, words, broken, excess, limit, notes = _core.judge(
         standard, samples, names, observer, system=system, tolerance=tolerance, ellipsoid=ellipsoid, geometry=geometry, of=of,
         verdict=verdict, warning=warning, grade=grade, least_grade=least_grade, most_inconstancy=most_inconstancy,
-        wavelengths=wavelengths, threads=threads, **parameters)
+        wavelengths=wavelengths, interval=interval, threads=threads, **parameters)
     return Judgement(tuple(_core.illuminant_name(name) for name in names), differences, verdicts, words, broken, excess, system,
-                     limit, tuple(notes), ids_of(samples))
+                     limit, tuple(notes), ids_of(samples), interval)

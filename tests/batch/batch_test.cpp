@@ -1,5 +1,6 @@
 // A batch gives the bits of the single calls, on every instruction set that the machine has.
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -23,6 +24,7 @@
 #include <vrxmath/colorimetry/color_differences.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/colorimetry/display_color.h>
+#include <vrxmath/colorimetry/fine_weights.h>
 #include <vrxmath/colorimetry/munsell.h>
 #include <vrxmath/colorimetry/space_formulas.h>
 #include <vrxmath/colorimetry/weight_tables.h>
@@ -371,6 +373,41 @@ TEST(Tristimulus, AllIlluminantsInOnePassOverCurvesOfEitherPrecision) {
     }
     EXPECT_EQ(different, 0u);
   });
+}
+
+TEST(Tristimulus, FineCurvesHaveTheBitsOfTheSingleCurve) {
+  constexpr std::size_t kCurves = 261;
+  std::vector<vrxIlluminant> illuminants{kD65, vrxIllumA, vrxIllumT84, vrxIllumLB1};
+  for (const std::int32_t interval : {5, 1}) {
+    const auto n = static_cast<std::size_t>(FineSamples(interval));
+    std::vector<double> samples(kCurves * n), expected(kCurves * 12, kUnset);
+    Random random(5);
+    for (double& sample : samples) sample = random.Between(0, 110);
+    samples[7 * n] = kUnset, samples[9 * n + 1] = std::nan("");
+    for (std::size_t i = 0; i < kCurves; ++i) {
+      for (std::size_t j = 0; j < 4; ++j) {
+        Xyz xyz{kUnset, kUnset, kUnset};
+        EXPECT_EQ(
+            FineTristimulus(std::span(samples).subspan(i * n, n), interval, illuminants[j], kObserver10, xyz),
+            i != 7);
+        std::copy_n(&xyz.X, 3, &expected[12 * i + 3 * j]);
+      }
+    }
+    OnEverySet([&] {
+      for (const std::size_t m : {1u, 2u, 4u}) {
+        std::vector<double> rows(kCurves * 12, kUnset), some = expected;
+        std::vector<BatchView<double, 3>> targets;
+        for (std::size_t j = 0; j < m; ++j) targets.emplace_back(std::span(rows).subspan(3 * j), 12);
+        for (std::size_t k = 0; k < some.size(); ++k) some[k] = k % 12 < 3 * m ? some[k] : kUnset;
+        EXPECT_TRUE(TristimulusBatch(std::span(illuminants).first(m), kObserver10,
+                                     FineCurveBatch{samples, interval}, targets, BatchRun{2, {}}));
+        EXPECT_EQ(CountDifferent(rows, some), 0u) << m;
+      }
+    });
+  }
+  std::vector<double> curves(85);
+  EXPECT_THROW((void)CurveCount(FineCurveBatch{curves, 1}), CInvalidArgException);
+  EXPECT_THROW((void)CurveCount(FineCurveBatch{curves, 2}), CInvalidArgException);
 }
 
 // Every triple of values on limits, beside them and beyond them all, then random ones within a few units of 0.

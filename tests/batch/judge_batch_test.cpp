@@ -295,6 +295,30 @@ TEST(JudgeBatch, SaysWhichLimitWasBrokenAndByHowMuch) {
 
 // On the circle of C* = 10 a quarter turn is a chord of 14.14; the box of L*C*h allows dH* of 1.
 // Greys of ISO 105-A02 (changes) and A03 (staining): what passes is the reported half step.
+// Everything behind the sums is the judgement of the colours that they make.
+TEST(JudgeBatch, FineCurvesAreJudgedByTheirOwnSums) {
+  const JudgeConditions conditions;
+  std::vector<double> samples(3 * 85);
+  for (std::size_t i = 0; i < samples.size(); ++i)
+    samples[i] = 40.0 + static_cast<double>(i % 85 % (7 + i / 85));
+  const FineCurveBatch standard{std::span<const double>(samples).first(85)}, trials{samples};
+  std::vector<double> xyz(3 * 3 * 3);
+  std::vector<BatchView<double, 3>> under;
+  for (std::size_t j = 0; j < 3; ++j) under.emplace_back(std::span(xyz).subspan(9 * j, 9));
+  ASSERT_TRUE(TristimulusBatch(conditions.illuminants, conditions.observer, trials, under));
+  std::vector<BatchView<const double, 3>> first, all;
+  for (const auto& view : under) first.emplace_back(view.Rows(0, 1)), all.emplace_back(view);
+  JudgementTable byCurves, byColors;
+  ASSERT_TRUE(JudgeTrials(conditions, JudgeStandards(conditions, standard), {}, trials, byCurves));
+  ASSERT_TRUE(
+      JudgeTrials(conditions, JudgeStandards(conditions, XyzSamples{first}), {}, XyzSamples{all}, byColors));
+  for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t j = 0; j < 3; ++j)
+      EXPECT_EQ(byCurves.At(i, j).difference, byColors.At(i, j).difference) << i << j;
+  }
+  EXPECT_GT(byCurves.At(2, 0).difference.back(), 0.1);
+}
+
 TEST(JudgeBatch, AGradeBelowTheLeastFails) {
   constexpr double kOpen = std::numeric_limits<double>::infinity();
   const struct {

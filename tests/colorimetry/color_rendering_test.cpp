@@ -3,13 +3,15 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
-#include "tools/make_weights/built_in_tables.h"
+#include <vrxmath/colorimetry/illuminant_spectra.h>
 
 namespace vrx {
 namespace {
 
 SpectralPower Published(const char* name) {
-  return make_weights::PublishedSpectrum(VRX_SOURCE_DIR "/resources/published", name);
+  SpectralPower power{};
+  EXPECT_TRUE(FindPublishedSpectrum(name, power)) << name;
+  return power;
 }
 
 // The tables of CIE 15 and ISO/CIE 11664-2, which rounded on the way.

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/colorimetry/fine_weights.h>
 #include <vrxmath/colorimetry/indices.h>
 #include <vrxmath/colorimetry/user_illuminants.h>
 #include <vrxmath/colorimetry/weight_tables.h>
@@ -83,6 +84,12 @@ TEST_F(UserIlluminants, TheSpectrumOfABuiltInOneGivesItsTable) {
     ASSERT_EQ(RegisterUserIlluminant(kLamp, u"Lamp", spectrum.power, spectrum.first, 5, interpolation),
               IlluminantError::kNone);
     ExpectBuiltInTable(builtIn, name);
+    for (const int32_t interval : {5, 1}) {
+      const double* own = FineWeightTable(IlluminantOf(kLamp), kObserver10, interval);
+      EXPECT_TRUE(
+          std::equal(own, own + 3 * FineSamples(interval), FineWeightTable(builtIn, kObserver10, interval)))
+          << name;
+    }
   }
   // The radiators are defined by Planck's law, so at any step that the law is sampled at; here every 1 nm.
   for (const auto& [builtIn, kelvin, c2] :
@@ -145,9 +152,13 @@ TEST_F(UserIlluminants, ReplacingKeepsTheTableInPlace) {
   ASSERT_EQ(RegisterUserIlluminant(kOtherLamp, u"Two", power, 380, 5), IlluminantError::kNone);
   const double* table = WeightTable(IlluminantOf(kLamp), kObserver2);
   const double before = table[kTableWhite];
+  const double* fine = FineWeightTable(IlluminantOf(kLamp), kObserver2, 5);
+  const double fineBefore = fine[80];
   for (std::size_t i = 60; i < power.size(); ++i) power[i] *= 2.0;  // redder
   ASSERT_EQ(RegisterUserIlluminant(kLamp, u"one", power, 380, 5), IlluminantError::kNone);
   EXPECT_EQ(WeightTable(IlluminantOf(kLamp), kObserver2), table);
+  EXPECT_EQ(FineWeightTable(IlluminantOf(kLamp), kObserver2, 5), fine);
+  EXPECT_GT(fine[80], fineBefore);
   EXPECT_GT(table[kTableWhite], before);
   const CUserIllumArray numbers = RegisteredUserIlluminants();
   ASSERT_EQ(numbers.GetSize(), 2);

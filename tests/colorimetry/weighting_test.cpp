@@ -1,9 +1,15 @@
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <numeric>
 #include <span>
+#include <string>
+#include <vector>
 
+#include <vrxmath/colorimetry/fine_weights.h>
 #include <vrxmath/colorimetry/illuminants.h>
+#include <vrxmath/colorimetry/weight_tables.h>
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/platform/resources.h>
 
@@ -72,6 +78,75 @@ TEST(WeightingTables, EveryBlockAddsUpToItsWhite) {
       }
     }
   }
+}
+
+// Percent at every `interval` nm from 360 nm on, of a parabola over the wavelength.
+std::vector<double> Parabola(int32_t interval) {
+  std::vector<double> curve;
+  for (int32_t nm = 360; nm <= 780; nm += interval) curve.push_back(20.0 + (nm - 540) * (nm - 540) * 1e-3);
+  return curve;
+}
+
+TEST(FineWeights, AddUpToTheWhiteAndGiveTheSumsOfEveryNanometre) {
+  for (int32_t i = 0; i < kBuiltInIlluminants; ++i) {
+    for (const int32_t observer : {kObserver2, kObserver10}) {
+      const auto illuminant = static_cast<vrxIlluminant>(i);
+      White white;
+      ASSERT_TRUE(FindWhite(illuminant, observer, white));
+      Xyz parabola[2];
+      for (const int32_t interval : {5, 1}) {
+        const std::vector<double> whole(static_cast<std::size_t>(FineSamples(interval)), 100.0);
+        Xyz sum;
+        ASSERT_TRUE(FineTristimulus(whole, interval, illuminant, observer, sum));
+        const double tolerance = i == vrxIllumLB1 && observer == kObserver10 ? 0.0051 : 0.001;
+        EXPECT_TRUE(test::RowMatches(std::to_string(i), std::array{sum.X, sum.Y, sum.Z},
+                                     std::array{white.X, white.Y, white.Z}, tolerance));
+        ASSERT_TRUE(
+            FineTristimulus(Parabola(interval), interval, illuminant, observer, parabola[interval == 1]));
+      }
+      // Lagrange's polynomials go through a parabola, so that shares of 5 nm lose nothing of it.
+      EXPECT_NEAR(parabola[0].X, parabola[1].X, 1e-11) << i;
+      EXPECT_NEAR(parabola[0].Z, parabola[1].Z, 1e-11) << i;
+    }
+  }
+}
+
+// The sums of the matching functions of 2 degrees that CIE 15 prints: 106.8655, 106.8569 and 106.8923.
+TEST(FineWeights, OfEqualEnergyAreTheMatchingFunctions) {
+  SpectralPower power;
+  power.fill(3.0);
+  const std::vector<double> weights = ComputeFineWeights(power, kObserver2, 1);
+  ASSERT_EQ(weights.size(), 3u * 421u);
+  EXPECT_NEAR(weights[421 + 195], 100.0 / 106.8569, 2e-6);
+  EXPECT_NEAR(std::accumulate(weights.begin(), weights.begin() + 421, 0.0), 10686.55 / 106.8569, 5e-4);
+  EXPECT_NEAR(std::accumulate(weights.end() - 421, weights.end(), 0.0), 10689.23 / 106.8569, 5e-4);
+}
+
+// ASTM E308: where a measurement ends early, the weights of the missing wavelengths are added to that of the last one.
+TEST(FineWeights, LastValueThatGoesOnTakesTheWeightsOfWhatIsMissing) {
+  std::vector<double> curve = Parabola(5),
+                      weights = ComputeFineWeights(DaylightSpectrum(6504), kObserver10, 5);
+  const std::size_t last = (700 - 360) / 5, first = (400 - 360) / 5;
+  std::fill(curve.begin(), curve.begin() + first, curve[first]);
+  std::fill(curve.begin() + last, curve.end(), curve[last]);
+  const double completed = std::inner_product(curve.begin(), curve.end(), weights.begin(), 0.0);
+  for (std::size_t i = 0; i < curve.size(); ++i)
+    if (i < first || i > last) weights[std::clamp(i, first, last)] += weights[i];
+  double gathered = 0.0;
+  for (std::size_t i = first; i <= last; ++i) gathered += weights[i] * curve[i];
+  EXPECT_NEAR(completed, gathered, 1e-9);
+}
+
+TEST(FineWeights, WhatHasNoneIsRefused) {
+  Xyz xyz;
+  std::vector<double> curve(85, 50.0);
+  EXPECT_FALSE(FineTristimulus(curve, 1, vrxIllumD65, kObserver10, xyz));
+  EXPECT_EQ(FineWeightTable(vrxIllumD65, kObserver10, 10), nullptr);
+  for (const int32_t number : {-1, 26, 1000}) {
+    EXPECT_FALSE(FineTristimulus(curve, 5, static_cast<vrxIlluminant>(number), kObserver10, xyz)) << number;
+  }
+  curve[0] = kUnset;
+  EXPECT_FALSE(FineTristimulus(curve, 5, vrxIllumD65, kObserver10, xyz));
 }
 
 }  // namespace

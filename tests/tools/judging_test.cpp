@@ -213,6 +213,49 @@ TEST_F(Judging, InconstancyHasALimitOfItsOwn) {
        {"judge both.csv both.csv --pairs --illuminants A --most-inconstancy 1", "needs two illuminants"}});
 }
 
+// A parabola is summed alike at every interval: Lagrange's polynomials, by which weights are shared, go through it.
+TEST_F(Judging, FineCurvesAreSummedAtTheirOwnInterval) {
+  for (const int step : {1, 5, 10}) {
+    std::string header = "id", standard = "s", trial = "t";
+    for (int nm = 360; nm <= 780; nm += step) {
+      const double parabola = 20.0 + (nm - 540) * (nm - 540) * 1e-3;
+      header += "," + std::to_string(nm);
+      standard += "," + std::to_string(parabola);
+      trial += "," + std::to_string(parabola + (nm - 360) * 0.01);
+    }
+    folder_.Write("p" + std::to_string(step) + ".csv",
+                  header + "\n" + standard + "\n" + trial + "\n" + trial + "\n");
+  }
+  const std::string lamps = " --illuminants D65,T84";
+  const nlohmann::json once = RunJson("color p1.csv --interval 1" + lamps);
+  for (const char* run : {"p1.csv --interval 5", "p5.csv --interval 5", "p5.csv --interval 5 --average"}) {
+    const nlohmann::json fine = RunJson("color " + std::string(run) + lamps);
+    for (std::size_t i = 0; i < 4; ++i) {
+      EXPECT_EQ(fine[i]["interval"], 5) << run;
+      for (const char* name : {"X", "Y", "Z"})
+        EXPECT_NEAR(fine[i][name].get<double>(), once[i][name].get<double>(), 1e-9) << run << name;
+    }
+  }
+  const std::string judge = "judge p1.csv p1.csv --standard-id s --interval 1 --system lab" + lamps;
+  const nlohmann::json judged = RunJson(judge + " --report page.html");
+  for (std::size_t i = 2; i < 4; ++i) {
+    EXPECT_EQ(judged[i]["interval"], 1);
+    const double db = once[i]["b"].get<double>() - once[i - 2]["b"].get<double>();
+    EXPECT_NEAR(judged[i]["elements"][2].get<double>(), db, 1e-9);
+  }
+  const std::string csv = Run(judge + " --format csv").out;
+  EXPECT_TRUE(csv.starts_with("standard,trial,geometry,illuminant,observer,interval,dL")) << csv;
+  EXPECT_NE(csv.find("\ns,t,,T84,10,1,"), std::string::npos) << csv;
+  EXPECT_NE(folder_.Read("page.html").find("every 1 nm"), std::string::npos);
+  EXPECT_EQ(Run("judge s.csv p5.csv --standard-id s --illuminants D65 --interval 5").status, 0);
+  ExpectRefused({{"color p5.csv --interval 1", "360 to 780 nm at 5 nm: too coarse for sums at 1 nm"},
+                 {"judge p5.csv p10.csv --standard-id s --interval 5",
+                  "p10.csv, line 2: 360 to 780 nm at 10 nm: too coarse"},
+                 {"color s.csv --interval 5", "the file has colours"},
+                 {"color p5.csv --interval 5 --correction p5.csv", "a correction is made for 10 nm"},
+                 {"judge --job j p5.csv --interval 5", "a job keeps curves at 10 nm"}});
+}
+
 // Trials that each have the id of a standard of their own may belong to those.
 TEST_F(Judging, ForgottenPairsAreAQuestion) {
   folder_.Write("std.csv", "id,L,a,b\np1,50,0,0\np2,70,0,0\np3,80,0,0\n");

@@ -272,4 +272,22 @@ TEST(CurveReader, SaysWhatItDid) {
   EXPECT_FALSE(reader.Grid().IsNarrow());
 }
 
+TEST(CurveReader, KeepsTheValuesOfFineSums) {
+  std::istringstream stream(FileOf(400, 790, 1, [](int nm) { return nm; }));
+  CurveReader reader(CsvReader(stream, "f"), false);
+  reader.SumAt(5);
+  EXPECT_EQ(
+      reader.SummedGrid().Description(),
+      "400 to 790 nm at 1 nm: brought to 5 nm by taking the values measured there, cut to 360 to 780 nm, "
+      "completed down to 360 nm with the first value");
+  CurveRow row;
+  ASSERT_TRUE(reader.Next(row));
+  ASSERT_EQ(row.fine.size(), 85u);
+  EXPECT_EQ(row.Interval(), 5);
+  EXPECT_EQ(row.fine[0], 400.0);
+  EXPECT_EQ(row.fine[9], 405.0);
+  EXPECT_EQ(row.fine[84], 780.0);
+  EXPECT_EQ(row.curve[5], 410.0);
+}
+
 }  // namespace

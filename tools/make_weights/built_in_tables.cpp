@@ -9,16 +9,10 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <vrxmath/colorimetry/illuminant_spectra.h>
+
 namespace vrx::make_weights {
 namespace {
-
-// Which spectrum stands behind each illuminant number. Two lamps of the trade are represented by the CIE
-// illuminant of their kind: number 8 by F10, 9 by F12. Both horizon illuminants are a Planckian radiator at
-// 2300 K, for want of a published spectrum of the lamp behind number 15.
-constexpr const char* kSpectra[] = {
-    "A",      "C",      "D65",    "F2",     "F11",     "D50",           "D55",           "D75",   "F10",
-    "F12",    "F6",     "F7",     "F8",     "F10",     "Planck 2300 K", "Planck 2300 K", "F4",    "LED-B1",
-    "LED-B2", "LED-B3", "LED-B4", "LED-B5", "LED-BH1", "LED-RGB1",      "LED-V1",        "LED-V2"};
 
 // The one white point that is neither printed in ASTM E308 nor the sum of its table's weights; kept because
 // the results of existing measurements rest on it.
@@ -49,29 +43,6 @@ Columns ReadColumns(const std::filesystem::path& path) {
   return columns;
 }
 
-// The tabulated part of a spectrum, at 1 nm.
-SpectralPower TabulatedSpectrum(const Columns& columns, const std::string& name) {
-  std::vector<double> values;
-  int32_t first = 0;
-  const auto& wavelengths = columns.at("nm");
-  const auto& cells = columns.at(name);
-  for (std::size_t i = 0; i < cells.size(); ++i) {
-    if (cells[i] == "-") continue;
-    if (values.empty()) first = std::stoi(wavelengths[i]);
-    values.push_back(std::stod(cells[i]));
-  }
-  const auto interpolation =
-      name == "D65" ? SpectralInterpolation::kLinear : SpectralInterpolation::kLagrange;
-  return ResampleSpectrum(values, first, std::stoi(wavelengths[1]) - std::stoi(wavelengths[0]),
-                          interpolation);
-}
-
-SpectralPower SpectrumNamed(const Columns& columns, const std::string& name) {
-  if (name == "A") return PlanckianSpectrum(2848.0, 1.435e7);
-  if (name == "Planck 2300 K") return PlanckianSpectrum(2300.0, 1.4388e7);
-  return TabulatedSpectrum(columns, name);
-}
-
 // Replaces the computed white point by the printed one, where there is one.
 void AdoptPrintedWhite(const Columns& whites, const std::string& spectrum, int degrees,
                        WeightingTable& table) {
@@ -86,28 +57,25 @@ void AdoptPrintedWhite(const Columns& whites, const std::string& spectrum, int d
 
 }  // namespace
 
-SpectralPower PublishedSpectrum(const std::filesystem::path& published, const std::string& name) {
-  return SpectrumNamed(ReadColumns(published / "illuminants.txt"), name);
-}
-
 std::vector<BuiltInTable> ComputeBuiltInTables(const std::filesystem::path& published) {
-  const Columns illuminants = ReadColumns(published / "illuminants.txt");
   const Columns whites = ReadColumns(published / "white_points.txt");
   std::vector<BuiltInTable> tables;
-  int number = 0;
-  for (const char* spectrum : kSpectra) {
+  for (int number = 0; number < kBuiltInIlluminants; ++number) {
+    const auto illuminant = static_cast<vrxIlluminant>(number);
+    const std::string spectrum(SpectrumName(illuminant));
+    SpectralPower power;
+    if (!FindIlluminantSpectrum(illuminant, power))
+      throw std::runtime_error("there is no spectrum " + spectrum);
     for (const int observer : {0, 1}) {
       const int degrees = observer == 1 ? 10 : 2;
       char name[16];
       std::snprintf(name, sizeof name, "ILL%02d_%02d", number, degrees);
-      BuiltInTable built{name, spectrum,
-                         ComputeWeightingTable(SpectrumNamed(illuminants, spectrum), observer)};
+      BuiltInTable built{name, spectrum, ComputeWeightingTable(power, observer)};
       AdoptPrintedWhite(whites, spectrum, degrees, built.table);
       if (built.name == kKeptWhiteName)
         std::copy(kKeptWhite, kKeptWhite + 3, built.table.begin() + kTableWhite);
       tables.push_back(built);
     }
-    ++number;
   }
   return tables;
 }

@@ -17,13 +17,9 @@ struct BuiltInTable {
   WeightingTable table;
 };
 
-/// All tables, in the order of illuminant number and observer, from illuminants.txt and white_points.txt in
+/// All tables, in the order of illuminant number and observer, from the library's published spectra and from white_points.txt in
 /// `published`. Throws std::runtime_error, with the file's name, when a figure is missing or malformed.
 std::vector<BuiltInTable> ComputeBuiltInTables(const std::filesystem::path& published);
-
-/// The published spectrum of a name such as "F2" at 1 nm, from illuminants.txt in `published`. Throws std::runtime_error where the file
-/// cannot be read, std::out_of_range for another name.
-SpectralPower PublishedSpectrum(const std::filesystem::path& published, const std::string& name);
 
 }  // namespace vrx::make_weights
 

@@ -88,9 +88,22 @@ void CurveReader::UseLayout(const MeasurementLayout& layout) {
   if (!conflict.empty()) source_->FailRow(conflict);
   if (kind_ != Sample::kCurve || sameWavelengths || layout.wavelengths.empty()) return;
   grid_ = WavelengthGrid(layout.wavelengths);
+  MakeFineGrid();
   if (correctsBandpass_ && !grid_.IsEven()) {
     source_->FailRow("the bandpass correction needs evenly spaced wavelengths");
   }
+}
+
+void CurveReader::MakeFineGrid() {
+  if (interval_ == kWavelengthStep || kind_ != Sample::kCurve) return;
+  const std::string fault = FaultOfInterval(layout_->wavelengths, interval_);
+  if (!fault.empty()) source_->FailRow(fault);
+  fineGrid_.emplace(layout_->wavelengths, interval_);
+}
+
+void CurveReader::SumAt(int32_t interval) {
+  interval_ = interval;
+  MakeFineGrid();
 }
 
 void CurveReader::CorrectBy(InstrumentProfile correction, const std::string& name) {
@@ -147,6 +160,10 @@ void CurveReader::TakeCurve(const Measurement& measured, CurveRow& row) {
     values = corrected_;
   }
   grid_.Convert(values, row.curve.GetData());
+  if (fineGrid_) {
+    row.fine.resize(static_cast<std::size_t>(FineSamples(interval_)));
+    fineGrid_->Convert(values, row.fine.data());
+  }
   if (!correction_) return;
   row.curve = correction_->Corrected(row.curve);
   if (IsUnset(row.curve[0])) row.curve[0] = 0.0;  // by chance, as WavelengthGrid::Convert has it

@@ -15,6 +15,7 @@
 
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/instrument_profile.h>
+#include <vrxmath/colorimetry/weighting.h>
 
 #include <vrxio/csv/csv_reader.h>
 #include <vrxio/measurement/measurement.h>
@@ -27,8 +28,15 @@ namespace vrx::io {
 struct Sample {
   enum Kind { kCurve, kXyz, kLab };
   Kind kind = kCurve;
-  CReflData curve;                ///< percent on the library's grid; unset for a colour
+  CReflData curve;  ///< percent on the library's grid; unset for a colour
+  std::vector<double>
+      fine;  ///< of a curve that is summed at 5 or 1 nm: percent from 360 to 780 nm; else empty
   std::array<double, 3> color{};  ///< X, Y, Z or L*, a*, b*
+
+  /// The interval in nm at which a curve is summed: 10, 5 or 1.
+  int32_t Interval() const {
+    return fine.empty() ? kWavelengthStep : (kPowerSamples - 1) / static_cast<int32_t>(fine.size() - 1);
+  }
 };
 
 /// One sample of a file. The texts live until the next one is read.
@@ -58,6 +66,11 @@ class CurveReader {
   /// MeasuredCurve() stay what was read. The conditions name it: "corrected by `name`". Throws InputError for a file of colours.
   void CorrectBy(InstrumentProfile correction, const std::string& name);
 
+  /// Curves come with their values at every `interval` nm, 5 or 1, beside those on the library's grid, from the next one on; 10
+  /// and a file of colours change nothing. Throws InputError, here and in Next, for wavelengths that are coarser. Not together with
+  /// CorrectBy, whose corrections are for the library's grid.
+  void SumAt(int32_t interval);
+
   /// Reads the next sample; false after the last one. Throws InputError for one that is none. Samples without a curve in a
   /// file of curves are passed over and counted.
   bool Next(CurveRow& row);
@@ -72,6 +85,8 @@ class CurveReader {
   Sample::Kind Kind() const { return kind_; }
   /// Of curves.
   const WavelengthGrid& Grid() const { return grid_; }
+  /// The grid at whose interval curves are summed.
+  const WavelengthGrid& SummedGrid() const { return fineGrid_ ? *fineGrid_ : grid_; }
   /// True when samples have an id or a name, not just a number.
   bool HasNames() const { return source_->HasIds() || source_->HasNames(); }
   bool HasIdsAndNames() const { return source_->HasIds() && source_->HasNames(); }
@@ -106,6 +121,7 @@ class CurveReader {
  private:
   void Start(Content content);
   void UseLayout(const MeasurementLayout& layout);
+  void MakeFineGrid();
   void ReadFirstConditions();
   std::string LightConflict(const MeasuringConditions& stated) const;
   MeasuringConditions WithCorrection(MeasuringConditions conditions) const;
@@ -114,6 +130,8 @@ class CurveReader {
   std::unique_ptr<MeasurementReader> source_;
   Sample::Kind kind_ = Sample::kCurve;
   WavelengthGrid grid_;
+  int32_t interval_ = kWavelengthStep;
+  std::optional<WavelengthGrid> fineGrid_;
   const MeasurementLayout* layout_ = nullptr;  // that grid_ is for
   bool correctsBandpass_ = false;
   std::optional<InstrumentProfile> correction_;

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include <vrxio/text/decimal.h>
+#include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/foundation/numbers.h>
 
 namespace vrx::io {
@@ -11,8 +12,13 @@ namespace vrx::io {
 namespace {
 
 constexpr double kFirstNode = kFirstWavelength;
-constexpr double kLastNode = kFirstWavelength + kWavelengthStep * (kWavelengths - 1);
 constexpr double kSamePlace = 1e-3;  // in steps: a node this near to a measured wavelength is that one
+
+// The last wavelength of the grid at an interval.
+int32_t LastNode(int32_t interval) {
+  const int32_t count = interval == kWavelengthStep ? kWavelengths : FineSamples(interval);
+  return kFirstWavelength + interval * (count - 1);
+}
 
 std::string Number(double value) {
   return ShortestText(RoundToWhole(value * 100) / 100);
@@ -102,12 +108,13 @@ void SpectralResampler::Convert(std::span<const double> measured, double* curve)
   }
 }
 
-WavelengthGrid::WavelengthGrid(std::span<const double> wavelengths)
-    : first_(wavelengths.front()),
+WavelengthGrid::WavelengthGrid(std::span<const double> wavelengths, int32_t interval)
+    : interval_(interval),
+      first_(wavelengths.front()),
       last_(wavelengths.back()),
       count_(wavelengths.size()),
       description_(DescribeWavelengths(wavelengths)),
-      resampler_(wavelengths, LibraryWavelengths()) {}
+      resampler_(wavelengths, GridWavelengths(interval)) {}
 
 void WavelengthGrid::Convert(std::span<const double> measured, double* curve) const {
   resampler_.Convert(measured, curve);
@@ -123,23 +130,33 @@ std::string WavelengthGrid::Description() const {
   std::string steps;
   const auto add = [&steps](const std::string& what) { steps += (steps.empty() ? "" : ", ") + what; };
   const double step = (last_ - first_) / static_cast<double>(count_ - 1);
+  const std::string to = "brought to " + std::to_string(interval_) + " nm by ";
   if (resampler_.Interpolates()) {
-    add("brought to 10 nm by Lagrange interpolation");
-  } else if (step < kWavelengthStep - kSamePlace) {
-    add("brought to 10 nm by taking the values measured there");
+    add(to + "Lagrange interpolation");
+  } else if (step < interval_ - kSamePlace) {
+    add(to + "taking the values measured there");
   }
-  if (first_ < kFirstNode || last_ > kLastNode) add("cut to 360 to 750 nm");
+  const int32_t lastNode = LastNode(interval_);
+  const std::string end = std::to_string(lastNode) + " nm";
+  if (first_ < kFirstNode || last_ > lastNode) add("cut to 360 to " + end);
   if (first_ > kFirstNode) add("completed down to 360 nm with the first value");
-  if (last_ < kLastNode) add("completed up to 750 nm with the last value");
+  if (last_ < lastNode) add("completed up to " + end + " with the last value");
   return description_ + ": " + (steps.empty() ? "used as they are" : steps);
 }
 
 std::vector<double> LibraryWavelengths() {
-  std::vector<double> wavelengths(kWavelengths);
-  for (std::size_t i = 0; i < wavelengths.size(); ++i) {
-    wavelengths[i] = kFirstNode + kWavelengthStep * static_cast<double>(i);
-  }
+  return GridWavelengths(kWavelengthStep);
+}
+
+std::vector<double> GridWavelengths(int32_t interval) {
+  std::vector<double> wavelengths;
+  for (int32_t nm = kFirstWavelength; nm <= LastNode(interval); nm += interval) wavelengths.push_back(nm);
   return wavelengths;
+}
+
+std::string FaultOfInterval(std::span<const double> wavelengths, int32_t interval) {
+  if (StepsOf(wavelengths).most <= interval + kUnevenness) return {};
+  return DescribeWavelengths(wavelengths) + ": too coarse for sums at " + std::to_string(interval) + " nm";
 }
 
 std::string DescribeWavelengths(std::span<const double> wavelengths) {

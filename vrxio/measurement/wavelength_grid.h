@@ -40,14 +40,14 @@ class SpectralResampler {
   bool isEven_ = true;
 };
 
-/// The conversion of curves with one set of wavelengths to the library's grid.
+/// The conversion of curves with one set of wavelengths to the library's grid, or to the grid of sums at an interval of 5 or 1 nm.
 class WavelengthGrid {
  public:
   WavelengthGrid() = default;
-  /// Measured wavelengths, ascending, in nm, at least 3.
-  explicit WavelengthGrid(std::span<const double> wavelengths);
+  /// Measured wavelengths, ascending, in nm, at least 3; `interval`: of the grid, in nm (GridWavelengths).
+  explicit WavelengthGrid(std::span<const double> wavelengths, int32_t interval = kWavelengthStep);
 
-  /// Writes the 40 samples of the grid. `measured` has a value for each wavelength. A first sample that is by chance the
+  /// Writes the samples of the grid, 40, 85 or 421. `measured` has a value for each wavelength. A first sample that is by chance the
   /// unset value, which would make the curve count as not measured, becomes 0.
   void Convert(std::span<const double> measured, double* curve) const;
 
@@ -65,6 +65,7 @@ class WavelengthGrid {
   double LastWavelength() const { return last_; }
 
  private:
+  int32_t interval_ = kWavelengthStep;
   double first_ = 0;
   double last_ = 0;
   std::size_t count_ = 0;
@@ -74,6 +75,11 @@ class WavelengthGrid {
 
 /// The wavelengths of the library's grid, in nm.
 std::vector<double> LibraryWavelengths();
+/// Those of curves at `interval` nm: 360 to 750 nm for 10, 360 to 780 nm for 5 and 1 (vrxmath/colorimetry/fine_weights.h).
+std::vector<double> GridWavelengths(int32_t interval);
+
+/// Why ascending wavelengths are too coarse for sums at `interval` nm, as a sentence for the user; empty where they are not.
+std::string FaultOfInterval(std::span<const double> wavelengths, int32_t interval);
 
 /// Wavelengths for a person: "400 to 700 nm at 10 nm", "380.2 to 779.9 nm, 0.3 to 0.5 nm apart".
 std::string DescribeWavelengths(std::span<const double> wavelengths);

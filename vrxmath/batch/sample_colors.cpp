@@ -4,6 +4,7 @@
 
 #include <vrxmath/batch/batch_conditions.h>
 #include <vrxmath/batch/color_blocks.h>
+#include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/foundation/ks_data.h>
 
 namespace vrx {
@@ -20,6 +21,11 @@ template <class SAMPLE>
 CurveBatchOf<SAMPLE> Part(const CurveBatchOf<SAMPLE>& curves, std::size_t from, std::size_t count) {
   return {curves.samples.subspan(from * curves.stride, (count - 1) * curves.stride + kWavelengths),
           curves.stride};
+}
+
+FineCurveBatch Part(const FineCurveBatch& curves, std::size_t from, std::size_t count) {
+  const auto samples = static_cast<std::size_t>(FineSamples(curves.interval));
+  return {curves.samples.subspan(from * samples, count * samples), curves.interval};
 }
 
 // Calls the visitor that knows the kind of the samples.
@@ -46,6 +52,7 @@ void Copy(const BatchView<const double, 3>& from, const BatchView<double, 3>& to
 std::size_t SampleCount(const Samples& samples) {
   return std::visit(Overloaded{[](const CurveBatch& curves) { return CurveCount(curves); },
                                [](const CurveBatch32& curves) { return CurveCount(curves); },
+                               [](const FineCurveBatch& curves) { return CurveCount(curves); },
                                [](const auto& colors) { return CountOf(colors.under); }},
                     samples);
 }
@@ -54,7 +61,9 @@ void RequireColorsUnder(const Samples& samples, std::size_t illuminants) {
   const auto require = [illuminants](const auto& colors) {
     if (colors.under.size() != 1 && colors.under.size() != illuminants) throw CInvalidArgException();
   };
-  std::visit(Overloaded{[](const CurveBatch&) {}, [](const CurveBatch32&) {}, require}, samples);
+  std::visit(
+      Overloaded{[](const CurveBatch&) {}, [](const CurveBatch32&) {}, [](const FineCurveBatch&) {}, require},
+      samples);
 }
 
 void FillXyz(const Samples& samples, std::span<const vrxIlluminant> illuminants, std::int32_t observer,
@@ -73,7 +82,8 @@ void FillXyz(const Samples& samples, std::span<const vrxIlluminant> illuminants,
     }
   };
   std::visit(Overloaded{[&](const CurveBatch& curves) { fromCurves(curves); },
-                        [&](const CurveBatch32& curves) { fromCurves(curves); }, fromXyz, fromLab},
+                        [&](const CurveBatch32& curves) { fromCurves(curves); },
+                        [&](const FineCurveBatch& curves) { fromCurves(curves); }, fromXyz, fromLab},
              samples);
 }
 

@@ -5,7 +5,9 @@
 #define VRXMATH_COLORIMETRY_ILLUMINANT_REGISTRY_H_
 
 #include <array>
+#include <atomic>
 #include <cstdint>
+#include <vector>
 
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/platform/wide_string.h>
@@ -24,15 +26,45 @@ bool IsUserIlluminant(int32_t number);
 /// Whether a user illuminant of that number is registered.
 bool IsRegistered(int32_t number);
 
-/// Puts a user illuminant on the list, or replaces it in place. `text`: "code|description"; `tables`: its weights by
-/// observer. The number must be one of a user illuminant.
-void StoreUserIlluminant(int32_t number, CString text, const std::array<WeightingTable, 2>& tables);
+/// The weights of one illuminant for curves at 5 and 1 nm, by observer, each made when it is first asked for. Safe on any number of
+/// threads but for Renew.
+class FineTables {
+ public:
+  FineTables() = default;
+  FineTables(const FineTables&) = delete;
+  FineTables& operator=(const FineTables&) = delete;
+  ~FineTables();
+
+  /// The weights at an interval of 5 or 1 nm; null where they were not asked for before.
+  const double* Find(int32_t observer, int32_t interval) const;
+  /// Makes them of the illuminant's spectrum; of two threads that do, the first one's stay.
+  const double* Make(const SpectralPower& power, int32_t observer, int32_t interval);
+  /// Puts the weights of another spectrum in the place of those that were made.
+  void Renew(const SpectralPower& power);
+
+ private:
+  std::array<std::array<std::atomic<std::vector<double>*>, 2>, 2> made_{};  // by observer, 5 and 1 nm
+};
+
+/// What a user illuminant is made of: its spectrum, and its weights at 10 nm by observer.
+struct UserLight {
+  SpectralPower power;
+  std::array<WeightingTable, 2> tables;
+};
+
+/// Puts a user illuminant on the list, or replaces it in place. `text`: "code|description". The number must be one of a user
+/// illuminant.
+void StoreUserIlluminant(int32_t number, CString text, const UserLight& light);
 
 /// Takes a user illuminant off the list.
 void DropUserIlluminant(int32_t number);
 
 /// The weighting table of a registered user illuminant, null for any other number.
 const double* UserWeightTable(int32_t illuminant, int32_t observer);
+
+/// The spectrum of a registered user illuminant and its weights for finer curves, null for any other number.
+const SpectralPower* UserSpectrum(int32_t illuminant);
+FineTables* UserFineTables(int32_t illuminant);
 
 /// Its "code|description", empty for any other number.
 WideView UserIlluminantText(int32_t illuminant);

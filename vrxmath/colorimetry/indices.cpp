@@ -287,16 +287,23 @@ CString IndexColumnLabel(const ColorIndex& index, IndexForm form) {
 double MetamerismIndex(vrxIlluminant reference, vrxIlluminant test, int32_t observer,
                        const CReflData& standard, const CReflData& trial, const CDifferenceSettings& settings,
                        double angle) {
-  Xyz standardMatch, trialMatch;
-  Color standardTest, trialTest;
-  const bool measured = standard.Tristimulus(reference, observer, standardMatch) &&
-                        trial.Tristimulus(reference, observer, trialMatch) &&
-                        standard.Tristimulus(test, observer, standardTest.xyz) &&
-                        trial.Tristimulus(test, observer, trialTest.xyz);
-  if (!measured) return kUnset;
-  trialTest.xyz.X *= standardMatch.X / trialMatch.X;
-  trialTest.xyz.Y *= standardMatch.Y / trialMatch.Y;
-  trialTest.xyz.Z *= standardMatch.Z / trialMatch.Z;
+  std::array<Xyz, 2> ofStandard, ofTrial;
+  const bool measured = standard.Tristimulus(reference, observer, ofStandard[0]) &&
+                        trial.Tristimulus(reference, observer, ofTrial[0]) &&
+                        standard.Tristimulus(test, observer, ofStandard[1]) &&
+                        trial.Tristimulus(test, observer, ofTrial[1]);
+  return measured ? MetamerismIndex(test, observer, ofStandard, ofTrial, settings, angle) : kUnset;
+}
+
+double MetamerismIndex(vrxIlluminant test, int32_t observer, const std::array<Xyz, 2>& standard,
+                       const std::array<Xyz, 2>& trial, const CDifferenceSettings& settings, double angle) {
+  for (const auto* colors : {&standard, &trial}) {
+    if (IsUnset((*colors)[0]) || IsUnset((*colors)[1])) return kUnset;
+  }
+  Color standardTest{standard[1], {}}, trialTest{trial[1], {}};
+  trialTest.xyz.X *= standard[0].X / trial[0].X;
+  trialTest.xyz.Y *= standard[0].Y / trial[0].Y;
+  trialTest.xyz.Z *= standard[0].Z / trial[0].Z;
   for (Color* color : {&standardTest, &trialTest}) {
     if (!FillCoordinates(settings.system, test, observer, *color)) return kUnset;
   }

@@ -12,6 +12,7 @@
 #ifndef VRXMATH_COLORIMETRY_INDICES_H_
 #define VRXMATH_COLORIMETRY_INDICES_H_
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -164,6 +165,11 @@ struct ColorIndex {
 /// weights depend on it. Unset when a curve is or a pair has no weighting table; a trial of 0 under the reference gives NaN.
 [[nodiscard]] VRX_API double MetamerismIndex(vrxIlluminant reference, vrxIlluminant test, int32_t observer,
                                              const CReflData& standard, const CReflData& trial,
+                                             const CDifferenceSettings& settings = {}, double angle = 45.0);
+/// The same of colours: `standard` and `trial` are X, Y, Z under the reference and under `test`, in this order.
+[[nodiscard]] VRX_API double MetamerismIndex(vrxIlluminant test, int32_t observer,
+                                             const std::array<Xyz, 2>& standard,
+                                             const std::array<Xyz, 2>& trial,
                                              const CDifferenceSettings& settings = {}, double angle = 45.0);
 
 /// Contrast ratio of a coating: Y over black / Y over white, 1 for complete hiding (ISO 6504-3 states it in

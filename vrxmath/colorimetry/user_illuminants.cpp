@@ -74,13 +74,13 @@ IlluminantError RegisterUserIlluminant(vrxUserIllum number, WideView name, std::
                                        SpectralInterpolation interpolation) {
   const IlluminantError error = Check(number, name, power, firstWavelength, step);
   if (error != IlluminantError::kNone) return error;
-  const SpectralPower resampled = ResampleSpectrum(power, firstWavelength, step, interpolation);
-  const std::array<WeightingTable, 2> tables{ComputeWeightingTable(resampled, kObserver2),
-                                             ComputeWeightingTable(resampled, kObserver10)};
-  if (!std::all_of(tables.begin(), tables.end(), IsFinite)) return IlluminantError::kNumeric;
+  colorimetry_internal::UserLight light{ResampleSpectrum(power, firstWavelength, step, interpolation), {}};
+  light.tables = {ComputeWeightingTable(light.power, kObserver2),
+                  ComputeWeightingTable(light.power, kObserver10)};
+  if (!std::all_of(light.tables.begin(), light.tables.end(), IsFinite)) return IlluminantError::kNumeric;
   CString text(name);
   if (name.find(u'|') == WideView::npos) (text += u'|') += name;
-  colorimetry_internal::StoreUserIlluminant(number, std::move(text), tables);
+  colorimetry_internal::StoreUserIlluminant(number, std::move(text), light);
   return IlluminantError::kNone;
 }
 

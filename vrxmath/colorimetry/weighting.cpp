@@ -48,6 +48,28 @@ double RoundedTo3(double value) {
   return RoundToWhole(value * 1000.0) / 1000.0;
 }
 
+// The products of power and matching functions at every nanometre, shared among the nodes of a grid from 360 nm on. `blocks`:
+// three sums for each node, block by block, 0 before. What lies above the last node goes to that node.
+void ShareProducts(const SpectralPower& power, int32_t observer, int32_t step, int32_t nodes,
+                   std::span<double> blocks) {
+  const auto observers = FindBinaryResource("CMF", "OBSERVERS");
+  for (int32_t i = 0; i < kPowerSamples; ++i) {
+    const LagrangeStencil stencil = StencilAt(static_cast<double>(i) / step, nodes);
+    for (int32_t component = 0; component < kComponents; ++component) {
+      const double product =
+          power[static_cast<std::size_t>(i)] * MatchingFunction(observers, observer, component, i);
+      for (int32_t k = 0; k < stencil.count; ++k) {
+        const int32_t node = component * nodes + stencil.first + k;
+        blocks[static_cast<std::size_t>(node)] += stencil.coefficients[static_cast<std::size_t>(k)] * product;
+      }
+    }
+  }
+}
+
+double SumOf(std::span<const double> block) {
+  return std::accumulate(block.begin(), block.end(), 0.0);
+}
+
 }  // namespace
 
 SpectralPower ResampleSpectrum(std::span<const double> values, int32_t firstWavelength, int32_t step,
@@ -101,29 +123,27 @@ SpectralPower DaylightSpectrum(double kelvin) {
 }
 
 WeightingTable ComputeWeightingTable(const SpectralPower& power, int32_t observer) {
-  const auto observers = FindBinaryResource("CMF", "OBSERVERS");
   WeightingTable table{};
-  for (int32_t i = 0; i < kPowerSamples; ++i) {
-    const LagrangeStencil stencil = StencilAt(static_cast<double>(i) / kWavelengthStep, kWavelengths);
-    for (int32_t component = 0; component < kComponents; ++component) {
-      const double product =
-          power[static_cast<std::size_t>(i)] * MatchingFunction(observers, observer, component, i);
-      for (int32_t k = 0; k < stencil.count; ++k) {
-        const int32_t node = component * kWavelengths + stencil.first + k;
-        table[static_cast<std::size_t>(node)] += stencil.coefficients[static_cast<std::size_t>(k)] * product;
-      }
-    }
-  }
+  const auto blocks = std::span(table).first<kTableWhite>();
+  ShareProducts(power, observer, kWavelengthStep, kWavelengths, blocks);
   const auto blockSum = [&](std::size_t component) {
-    const auto* block = table.data() + component * kWavelengths;
-    return std::accumulate(block, block + kWavelengths, 0.0);
+    return SumOf(blocks.subspan(component * kWavelengths, kWavelengths));
   };
   const double scale = 100.0 / blockSum(1);
   for (std::size_t component = 0; component < kComponents; ++component) {
     table[kTableWhite + component] = RoundedTo3(blockSum(component) * scale);
   }
-  for (std::size_t i = 0; i < kTableWhite; ++i) table[i] = RoundedTo3(table[i] * scale);
+  for (double& weight : blocks) weight = RoundedTo3(weight * scale);
   return table;
+}
+
+std::vector<double> ComputeFineWeights(const SpectralPower& power, int32_t observer, int32_t interval) {
+  const auto nodes = static_cast<std::size_t>(FineSamples(interval));
+  std::vector<double> weights(kComponents * nodes);
+  ShareProducts(power, observer, interval, FineSamples(interval), weights);
+  const double scale = 100.0 / SumOf(std::span(weights).subspan(nodes, nodes));
+  for (double& weight : weights) weight *= scale;
+  return weights;
 }
 
 Xyz MatchingFunctionsAt(int32_t observer, int32_t wavelength) {

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include <vrxmath/colorimetry/values.h>
 #include <vrxmath/export.h>
@@ -55,6 +56,18 @@ enum class SpectralInterpolation {
 /// the unrounded blocks, rounded to 3 decimals. A spectrum without power in the visible gives non-finite
 /// weights.
 [[nodiscard]] VRX_API WeightingTable ComputeWeightingTable(const SpectralPower& power, int32_t observer);
+
+/// How many samples a curve from 360 to 780 nm every `interval` nm has: 85 at 5 nm, 421 at 1 nm.
+constexpr int32_t FineSamples(int32_t interval) {
+  return (kPowerSamples - 1) / interval + 1;
+}
+
+/// The weights of a spectrum for reflectance from 360 to 780 nm every `interval` nm, a divisor of 420: n X, n Y and n Z weights, n
+/// being FineSamples(interval). Formula: the shares of ASTM E2022 as in ComputeWeightingTable, so that at 1 nm a weight is power times
+/// matching function, the sum of CIE 15. They are scaled so that the Y block adds up to 100, and not rounded. Their sums are the white
+/// point of ComputeWeightingTable before rounding, whatever the interval.
+[[nodiscard]] VRX_API std::vector<double> ComputeFineWeights(const SpectralPower& power, int32_t observer,
+                                                             int32_t interval);
 
 /// The matching functions of observer 0 (2 degrees) or 1 (10 degrees) at a wavelength from 360 to 780 nm.
 [[nodiscard]] VRX_API Xyz MatchingFunctionsAt(int32_t observer, int32_t wavelength);

@@ -13,6 +13,7 @@
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/input/readings.h"
+#include "tools/vrx/input/sample_color.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/report/result_report.h"
 
@@ -35,11 +36,13 @@ class ColorRows {
   ColorRows(const ColorOptions& options, OutputStream& output)
       : illuminants_(options.viewing.Illuminants()),
         observer_(options.viewing.Observer()),
+        interval_(options.input.Interval()),
         report_(options.report, ReportText::kCoordinates),
-        rows_(report_.Rows(options.format, output, Columns())),
+        rows_(report_.Rows(options.format, output, Columns(interval_))),
         planes_(illuminants_.size()) {
     report_.AddFile(ReportText::kInputFile, options.file);
     report_.AddViewing(illuminants_, observer_);
+    report_.AddInterval(interval_);
   }
 
   /// Names the file that the curves that follow come from.
@@ -50,10 +53,10 @@ class ColorRows {
     report_.AddInput(curves);
   }
 
-  void AddCurve(std::string_view id, const CReflData& curve) {
-    report_.AddCurve(curve);
+  void AddCurve(std::string_view id, const Sample& sample) {
+    report_.AddCurve(sample.curve);
     for (const vrxIlluminant illuminant : illuminants_) {
-      curve.Tristimulus(illuminant, observer_, xyz_);
+      xyz_.SetValues(XyzOf(sample, illuminant, observer_));
       XyzToLab(illuminant, observer_, xyz_, lab_);
       AddRow(id, illuminant);
     }
@@ -89,8 +92,9 @@ class ColorRows {
   }
 
  private:
-  static std::vector<Column> Columns() {
+  static std::vector<Column> Columns(int32_t interval) {
     std::vector<Column> columns{{"id"}, {"illuminant"}, {.name = "observer", .room = Room::kSpare}};
+    if (interval != kWavelengthStep) columns.push_back({"interval"});
     for (const char* name : {"X", "Y", "Z"}) columns.push_back({name});
     for (const char* name : {"x", "y"}) columns.push_back({name, "", 4});
     for (const char* name : {"L", "a", "b"}) columns.push_back({name});
@@ -108,6 +112,7 @@ class ColorRows {
     rows_->Text(id);
     rows_->Text(ShownIlluminant(illuminant));
     rows_->Integer(DegreesOf(observer_));
+    if (interval_ != kWavelengthStep) rows_->Integer(interval_);
     for (const double value : xyz_) rows_->Number(value);
     rows_->Number(x);
     rows_->Number(y);
@@ -129,6 +134,7 @@ class ColorRows {
 
   std::vector<vrxIlluminant> illuminants_;
   int32_t observer_;
+  int32_t interval_;  // at which curves are summed, in nm
   ResultReport report_;
   std::unique_ptr<RowWriter> rows_;
   std::vector<PlaneChart> planes_;  // by illuminant
@@ -139,7 +145,7 @@ class ColorRows {
 
 void AddSample(const CurveRow& row, ColorRows& rows) {
   const std::vector<double> color(row.color.begin(), row.color.end());
-  row.kind == Sample::kCurve ? rows.AddCurve(row.id, row.curve)
+  row.kind == Sample::kCurve ? rows.AddCurve(row.id, row)
   : row.kind == Sample::kXyz ? rows.AddXyz(row.id, color)
                              : rows.AddLab(row.id, color);
 }
@@ -165,6 +171,7 @@ void AddSamples(CurveReader curves, ColorRows& rows) {
 
 void RunColor(ColorOptions& options) {
   CurveReader samples = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
+  RequireCurvesToSum(options.input, {&samples});
   options.viewing.Follow({&samples});
   OutputStream output;
   ColorRows rows(options, output);
@@ -185,14 +192,18 @@ void AddColor(Command& tool) {
   AddViewingOptions(command, options->viewing, "D65,A,CWF");
   command.AddFlag("--average", options->average, "Average the rows of each id");
   AddCurveInputOptions(command, options->input);
+  AddIntervalOption(command, options->input);
   AddFormatOption(command, options->format);
   AddReportOptions(command, options->report);
   command.SetNotes(
       "Columns: X, Y, Z; chromaticity x, y; CIE L*a*b* as L, a, b, C, h; CIE L*u*v* as Lu, u, v, Cuv, huv;\n"
-      "Hunter Lab as LH, aH, bH. Hues are in degrees.\n\n"
+      "Hunter Lab as LH, aH, bH. Hues are in degrees. Curves finer than 10 nm are taken at every 10 nm; "
+      "with\n"
+      "--interval they are summed at 5 or 1 nm, which a column interval says.\n\n"
       "Examples:\n"
       "  vrx color batch.csv                                      # under D65, A and CWF, 10 degrees\n"
       "  vrx color batch.csv --illuminants D50 --observer 2 --format csv\n"
+      "  vrx color master.csv --interval 5                        # measured at 5 nm or finer\n"
       "  printf 'L,a,b\\n50,20,-30\\n' | vrx color - --illuminants D65\n");
   command.SetAction([options] {
     RunColor(*options);

@@ -155,6 +155,8 @@ std::unique_ptr<JobRun> OpenJobOf(JudgeOptions& options, const Command& command)
     return nullptr;
   }
   if (comparison.standard.empty()) throw InputError("TRIALS is required");
+  if (comparison.input.sums != CurveInputOptions::Sums::kTen)
+    throw InputError("--interval: a job keeps curves at 10 nm, and judges them so");
   comparison.trials = std::exchange(comparison.standard, {});
   return std::make_unique<JobRun>(options.job, comparison, options.judging, command);
 }
@@ -167,7 +169,8 @@ JudgeJob ForReport(JobRun& job) {
 ExitStatus RunJudge(JudgeOptions& options, const Command& command) {
   const std::unique_ptr<JobRun> job = OpenJobOf(options, command);
   Comparison comparison(options.comparison, options.judging.viewing);
-  const JudgeSettings settings = job ? job->Settings() : SettingsOf(options.judging);
+  JudgeSettings settings = job ? job->Settings() : SettingsOf(options.judging);
+  settings.interval = options.comparison.input.Interval();
   OutputStream output;
   const auto results = options.summary ? nullptr
                                        : MakeJudgeOutput(options.format, output, settings,
@@ -203,6 +206,7 @@ ExitStatus RunJudge(JudgeOptions& options, const Command& command) {
 
 void AddOptions(Command& command, JudgeOptions& options) {
   AddComparisonOptions(command, options.comparison, Content::kCurvesOrColors, false);
+  AddIntervalOption(command, options.comparison.input);
   AddJudgingOptions(command, options.judging, "D65,A,CWF");
   command.AddFlag("--summary", options.summary, "Write only the summary for each illuminant");
   command.AddOption("--only", options.only, "Write only the trials whose worst verdict is one of these")

@@ -1,6 +1,7 @@
 
 #include "tools/vrx/input/curve_input.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <vrxio/csv/correction_file.h>
@@ -72,6 +73,18 @@ void AddCurveInputOptions(Command& owner, CurveInputOptions& options) {
       .Needs(correction);
 }
 
+void AddIntervalOption(Command& owner, CurveInputOptions& options) {
+  owner.AddChoice("--interval", options.sums, {"10", "5", "1"},
+                  "Sum curves at this interval in nm, by weights of its own");
+}
+
+void RequireCurvesToSum(const CurveInputOptions& options, std::initializer_list<const CurveReader*> files) {
+  const auto areColors = [](const CurveReader* file) { return file->Kind() != Sample::kCurve; };
+  if (options.sums != CurveInputOptions::Sums::kTen && std::ranges::all_of(files, areColors))
+    throw InputError((*files.begin())->Source().Name() +
+                     ": --interval sums curves, and the file has colours");
+}
+
 CurveInputOptions CurveInputOptions::OfStandards() const {
   CurveInputOptions own = *this;
   if (correction.empty()) return own;
@@ -111,12 +124,15 @@ CurveReader OpenCurves(InputStream input, const CurveInputOptions& options, Cont
     for (const std::string& note : curves.Source().Notes())
       Remark(name, (options.verbose ? "" : "warning: ") + note);
   }
+  if (!options.correction.empty() && options.sums != CurveInputOptions::Sums::kTen)
+    throw InputError("--interval and --correction cannot be used together: a correction is made for 10 nm");
+  curves.SumAt(options.Interval());
   if (!options.correction.empty()) {
     curves.CorrectBy(ReadCorrection(options.correction), options.correction);
     Remark(name, "corrected by " + options.correction);
   }
   if (curves.Kind() != Sample::kCurve) return curves;
-  if (options.verbose) Remark(name, curves.Grid().Description());
+  if (options.verbose) Remark(name, curves.SummedGrid().Description());
   if (!curves.GridWarning().empty()) Remark(name, "warning: " + curves.GridWarning());
   return curves;
 }

@@ -3,6 +3,8 @@
 #ifndef TOOLS_VRX_INPUT_CURVE_INPUT_H_
 #define TOOLS_VRX_INPUT_CURVE_INPUT_H_
 
+#include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,11 +26,16 @@ struct CurveInputOptions {
   enum class Corrected { kAll, kTrials, kUnsaid };
   std::string correction;  ///< file of the correction of an instrument; empty for none
   Corrected corrected = Corrected::kUnsaid;
+  /// At which interval curves are summed to tristimulus values.
+  enum class Sums { kTen, kFive, kOne };
+  Sums sums = Sums::kTen;
   std::string ignoredColumns;
   std::string columns;
   std::string profile;  ///< whose options were filled in before
   ReadOptions read;     ///< without what the members above say
 
+  /// That interval in nm.
+  int32_t Interval() const { return sums == Sums::kOne ? 1 : sums == Sums::kFive ? 5 : kWavelengthStep; }
   /// All of them as a reader takes them. Throws InputError for those that contradict each other.
   ReadOptions Reading() const;
   /// The same options for a file of standards beside one of trials: with or without the correction. Throws InputError where
@@ -43,6 +50,8 @@ void AddReadOptions(Command& owner, CurveInputOptions& options);
 void AddUncorrectedInputOptions(Command& owner, CurveInputOptions& options);
 /// Adds those and `--correction` and `--corrected`, which all commands have but those that write or compare readings as they are.
 void AddCurveInputOptions(Command& owner, CurveInputOptions& options);
+/// Adds `--interval`, for commands that make nothing of curves but colours.
+void AddIntervalOption(Command& owner, CurveInputOptions& options);
 
 /// Opens a file of curves, or of colours where they will do. With `--verbose` standard error says how its wavelengths
 /// are used; when they leave out a part of 400 to 700 nm it says so in any case. `isExtra` knows the headings of columns
@@ -54,6 +63,9 @@ CurveReader OpenCurves(const std::string& path, const CurveInputOptions& options
 CurveReader OpenCurves(InputStream input, const CurveInputOptions& options,
                        Content content = Content::kCurves,
                        bool (*isExtra)(std::string_view heading) = nullptr);
+
+/// Throws InputError where `--interval` asks for sums and none of the files has curves.
+void RequireCurvesToSum(const CurveInputOptions& options, std::initializer_list<const CurveReader*> files);
 
 /// Something that a user is to know of a file.
 struct InputWarning {

@@ -44,10 +44,13 @@ CurveRow Readings::Mean() const {
     return row;
   }
   row.curve.Fill(0.0);
+  row.fine.assign(samples.front().fine.size(), 0.0);
   for (const Sample& sample : samples) {
     for (int32_t i = 0; i < kWavelengths; ++i) row.curve[i] += sample.curve[i];
+    for (std::size_t i = 0; i < row.fine.size(); ++i) row.fine[i] += sample.fine[i];
   }
   for (double& value : row.curve) value /= count;
+  for (double& value : row.fine) value /= count;
   return row;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <vrxmath/colorimetry/color_spaces.h>
+#include <vrxmath/colorimetry/fine_weights.h>
 
 namespace vrx::tool {
 
@@ -14,8 +15,10 @@ Xyz XyzOf(const Sample& sample, vrxIlluminant illuminant, int32_t observer) {
     CLabValues lab;
     for (int32_t k = 0; k < 3; ++k) lab[k] = sample.color[static_cast<std::size_t>(k)];
     LabToXyz(illuminant, observer, lab, xyz);
-  } else {
+  } else if (sample.fine.empty()) {
     sample.curve.Tristimulus(illuminant, observer, xyz);
+  } else if (Xyz sums; FineTristimulus(sample.fine, sample.Interval(), illuminant, observer, sums)) {
+    return sums;
   }
   return {xyz[0], xyz[1], xyz[2]};
 }

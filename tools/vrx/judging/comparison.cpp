@@ -22,6 +22,7 @@ std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, Viewi
   CurveReader reader = options.openStandards
                            ? options.openStandards()
                            : OpenCurves(options.standard, options.input.OfStandards(), options.content);
+  RequireCurvesToSum(options.input, {&trials, &reader});
   viewing.Follow({&reader, &trials});
   if (trials.HasStandards() && !options.standardId.empty()) {
     throw InputError("--standard-id: the trials already name their standards in a column");

@@ -16,9 +16,11 @@ double Judge::AngleOf(const Standard& standard) const {
 }
 
 void SampleBuffer::Add(const Sample& sample) {
-  if (numbers_.empty()) kind_ = sample.kind;
-  if (sample.kind != kind_) throw std::logic_error("samples of two kinds");
-  if (kind_ == Sample::kCurve) {
+  if (numbers_.empty()) kind_ = sample.kind, interval_ = sample.Interval();
+  if (sample.kind != kind_ || sample.Interval() != interval_) throw std::logic_error("samples of two kinds");
+  if (!sample.fine.empty()) {
+    numbers_.insert(numbers_.end(), sample.fine.begin(), sample.fine.end());
+  } else if (kind_ == Sample::kCurve) {
     numbers_.insert(numbers_.end(), sample.curve.begin(), sample.curve.end());
   } else {
     numbers_.insert(numbers_.end(), sample.color.begin(), sample.color.end());
@@ -26,6 +28,7 @@ void SampleBuffer::Add(const Sample& sample) {
 }
 
 Samples SampleBuffer::View() {
+  if (interval_ != kWavelengthStep) return FineCurveBatch{numbers_, interval_};
   if (kind_ == Sample::kCurve) return CurveBatch{numbers_};
   colors_ = BatchView<const double, 3>(std::span<const double>(numbers_));
   if (kind_ == Sample::kXyz) return XyzSamples{{&colors_, 1}};

@@ -23,7 +23,8 @@ namespace vrx::tool {
 
 /// The settings that a run judges by.
 struct JudgeSettings : JudgeConditions {
-  CBoxTolData box;  ///< where no row of the table applies
+  int32_t interval = kWavelengthStep;  ///< at which curves were summed, in nm
+  CBoxTolData box;                     ///< where no row of the table applies
   BoxTable boxes;
   bool buildEllipses = false;  ///< ellipsoids decide: those of the system, where no row of the table applies
   EllipseTable ellipses;       ///< ellipsoids decide, when there are any
@@ -64,6 +65,7 @@ class SampleBuffer {
  private:
   std::vector<double> numbers_;
   Sample::Kind kind_ = Sample::kCurve;
+  std::int32_t interval_ = kWavelengthStep;
   BatchView<const double, 3> colors_;
 };
 

@@ -16,9 +16,15 @@ namespace vrx::tool {
 
 namespace {
 
+// Whether results say at which interval curves were summed; 10 nm goes without saying.
+bool IsFine(const JudgeSettings& settings) {
+  return settings.interval != kWavelengthStep;
+}
+
 // The texts that every row repeats, as UTF-8, made once.
 struct Texts {
-  explicit Texts(const JudgeSettings& settings) : observer(DegreesOf(settings.observer)) {
+  explicit Texts(const JudgeSettings& settings)
+      : observer(DegreesOf(settings.observer)), interval(settings.interval) {
     for (const vrxIlluminant illuminant : settings.illuminants)
       illuminants.push_back(ShownIlluminant(illuminant));
     for (int32_t code = 0; code < kAngleCodes; ++code) geometries.push_back(GeometryName(code));
@@ -28,6 +34,7 @@ struct Texts {
   }
 
   int32_t observer;
+  int32_t interval;  // in nm
   std::vector<std::string> illuminants;
   std::vector<std::string> geometries;
 };
@@ -70,8 +77,10 @@ class CsvJudgeRows {
       elements_.push_back(static_cast<std::size_t>(column.element));
     }
     numbersOfRow_ = elements_.size() + (byEllipse_ ? 2 : 1) + (byGrade_ ? 2 : 0) + (byInconstancy_ ? 1 : 0);
+    std::string conditions = texts.observer == 10 ? ",10" : ",2";
+    if (IsFine(settings)) conditions += "," + std::to_string(texts.interval);
     for (const std::string& illuminant : texts.illuminants) {
-      conditions_.emplace_back(illuminant + (texts.observer == 10 ? ",10" : ",2"));
+      conditions_.emplace_back(illuminant + conditions);
       longestRest_ = std::max(longestRest_, conditions_.back().Bytes());
     }
     std::size_t longestWord = 0;
@@ -217,6 +226,7 @@ class CsvJudgeOutput final : public JudgeOutput {
   CsvJudgeOutput(OutputStream& output, const JudgeSettings& settings, bool inNumbers)
       : output_(output), settings_(settings), inNumbers_(inNumbers), rows_(settings, inNumbers) {
     output_.Append("standard,trial,geometry,illuminant,observer");
+    if (IsFine(settings)) output_.Append(",interval");
     for (const DifferenceColumn& column : DifferenceColumnsOf(settings.difference.system)) {
       output_.Append("," + ElementName(column.heading));
     }
@@ -267,6 +277,7 @@ class JsonJudgeOutput final : public JudgeOutput {
                                : nlohmann::ordered_json(texts_.Geometry(judgement.geometry));
       object["illuminant"] = texts_.illuminants[i];
       object["observer"] = texts_.observer;
+      if (texts_.interval != kWavelengthStep) object["interval"] = texts_.interval;
       for (std::size_t k = 0; k < under.difference.size(); ++k)
         object["elements"].push_back(JsonNumber(under.difference[k], under.available && isShown_[k]));
       for (const ShadeWord word : under.words) object["words"].push_back(TextOf(word));
@@ -333,6 +344,7 @@ class TableJudgeOutput final : public JudgeOutput {
   void WriteTitle(const std::string& standard) {
     output_.Append(TitleOf(settings_.difference) + ", " +
                    IlluminantName(settings_.illuminants[0], settings_.observer, kNameObserver).ToUtf8());
+    if (IsFine(settings_)) output_.Append(", sums at " + std::to_string(settings_.interval) + " nm");
     if (shown_.standards == JudgeColumns::kOne && !standard.empty()) {
       output_.Append(", standard " + Shortened(standard, kLongestCell));
     }
@@ -416,23 +428,25 @@ void WriteSummaries(const Format& format, OutputStream& output, const JudgeSetti
   const std::string total = DifferenceColumnsOf(settings.difference.system).back().heading;
   const std::string& hueHeading = summaries.front().hueHeading;
   const std::string hue = hueHeading.empty() ? "mean hue" : "mean |" + hueHeading + "|";
-  const auto rows = MakeRowWriter(format, output,
-                                  {{"illuminant"},
-                                   {"samples"},
-                                   {"pass"},
-                                   {"warning"},
-                                   {"fail"},
-                                   {"mean", "mean " + total},
-                                   {.name = "deviation", .heading = "st. dev.", .room = Room::kSpare},
-                                   {.name = "median", .room = Room::kSpare},
-                                   {.name = "percentile95", .heading = "95 % below", .room = Room::kSpare},
-                                   {"largest"},
-                                   {"trial", "of trial"},
-                                   {.name = "mean_hue", .heading = hue, .room = Room::kSpare}});
+  std::vector<Column> columns{{"illuminant"}};
+  if (IsFine(settings)) columns.push_back({"interval"});
+  columns.insert(columns.end(), {{"samples"},
+                                 {"pass"},
+                                 {"warning"},
+                                 {"fail"},
+                                 {"mean", "mean " + total},
+                                 {.name = "deviation", .heading = "st. dev.", .room = Room::kSpare},
+                                 {.name = "median", .room = Room::kSpare},
+                                 {.name = "percentile95", .heading = "95 % below", .room = Room::kSpare},
+                                 {"largest"},
+                                 {"trial", "of trial"},
+                                 {.name = "mean_hue", .heading = hue, .room = Room::kSpare}});
+  const auto rows = MakeRowWriter(format, output, columns);
   for (std::size_t i = 0; i < summaries.size(); ++i) {
     const JudgeSummary& summary = summaries[i];
     const auto [fail, warning, pass] = summary.verdicts;
     rows->Text(ShownIlluminant(settings.illuminants[i]));
+    if (IsFine(settings)) rows->Integer(settings.interval);
     for (const int64_t count : {summary.Samples(), pass, warning, fail}) rows->Integer(count);
     rows->Number(summary.totals.Mean());
     rows->Number(summary.totals.StandardDeviation());

@@ -247,6 +247,8 @@ void JudgeReport::AddConditions() {
                 TextOf(ReportText::kWarningFrom, {FixedText(settings_.warningFactor)}));
   page_.AddFact(ReportText::kObserver,
                 TextOf(ReportText::kObserverDegrees, {std::to_string(DegreesOf(settings_.observer))}));
+  if (settings_.interval != kWavelengthStep)
+    page_.AddFact(ReportText::kSums, TextOf(ReportText::kSumsEvery, {std::to_string(settings_.interval)}));
   page_.AddOrigin();
   page_.EndFacts();
   page_.EndSection();

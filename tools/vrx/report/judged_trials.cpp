@@ -83,8 +83,10 @@ void JudgedTrials::Add(const CurveRow& row, const TrialJudgement& judgement, con
     static_cast<JudgementUnder&>(result) = judgement.under[i];
     result.plotted = Plotted(result);
     if (i > 0 && trial.hasCurve) {
-      result.metamerism = MetamerismIndex(settings_.illuminants[0], illuminant, settings_.observer,
-                                          standard.sample.curve, row.curve);
+      result.metamerism = MetamerismIndex(
+          illuminant, settings_.observer,
+          {judge.StandardColor(standardIndex, 0).xyz, judge.StandardColor(standardIndex, i).xyz},
+          {judgement.under[0].trial.xyz, judgement.under[i].trial.xyz});
     }
     result.colour = pictures::SwatchOf(result.JudgementUnder::trial.xyz, illuminant, settings_.observer);
   }

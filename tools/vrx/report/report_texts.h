@@ -145,6 +145,8 @@ enum class ReportText : uint32_t {
   kDensities,
   kInconstancy,
   kAtMost,
+  kSums,
+  kSumsEvery,
 };
 
 /// The text as UTF-8.

@@ -121,6 +121,11 @@ void ResultReport::AddViewing(const std::vector<vrxIlluminant>& illuminants, int
   AddFact(ReportText::kObserver, TextOf(ReportText::kObserverDegrees, {std::to_string(DegreesOf(observer))}));
 }
 
+void ResultReport::AddInterval(int32_t interval) {
+  if (interval == kWavelengthStep) return;
+  AddFact(ReportText::kSums, TextOf(ReportText::kSumsEvery, {std::to_string(interval)}));
+}
+
 void ResultReport::AddInput(const CurveReader& curves) {
   AddInput(MeasuringText(curves), curves.FirstConditions().date, WarningsOf(curves));
 }

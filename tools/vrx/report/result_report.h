@@ -52,6 +52,8 @@ class ResultReport {
   void AddFile(ReportText term, const std::string& path);
   void AddFact(ReportText term, std::string_view description);
   void AddViewing(const std::vector<vrxIlluminant>& illuminants, int32_t observer);
+  /// The interval in nm at which curves were summed; 10 goes without saying.
+  void AddInterval(int32_t interval);
 
   /// How the samples of a file were measured, and what a reader is to know of them. Call it once they were read.
   void AddInput(const CurveReader& curves);
