@@ -28,7 +28,8 @@ struct LabSamples {
   std::span<const BatchView<const double, 3>> under;
 };
 
-/// Many samples of one kind, curves on the library's grid or at an interval of their own. A curve is unset when its first number is, a colour when all of its numbers are.
+/// Many samples of one kind, curves on the library's grid or at an interval of their own. A curve is unset when its first number is, a
+/// colour when all of its numbers are.
 using Samples = std::variant<CurveBatch, CurveBatch32, XyzSamples, LabSamples, FineCurveBatch>;
 
 /// How many samples there are. Throws CInvalidArgException for curves that are not whole and for views of several lengths.
