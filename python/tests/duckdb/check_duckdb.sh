@@ -7,4 +7,4 @@ for file in package.json package-lock.json .npmrc; do
 done
 (cd "$3" && npm ci --loglevel=error > npm.log 2>&1) || { cat "$3/npm.log"; exit 1; }
 export VRX_DUCKDB="$3/node_modules/@duckdb/node-bindings-linux-x64/libduckdb.so"
-exec "$1" -m pytest -q -p no:cacheprovider --confcutdir="$2/python/tests" "$2/python/tests/duckdb/duckdb_test.py"
+exec "$1" -m pytest -q -p no:cacheprovider --confcutdir="$2/python/tests" "$2/python/tests/duckdb/check_duckdb.py"
