@@ -23,9 +23,10 @@ fi
 control=$folder/control
 cat > "$control" <<END
 #!/bin/sh
+cd /
 case \$1 in
   stop) $as kill -QUIT "\$(head -n 1 "$folder/data/postmaster.pid")" ;;
-  start) cd / && $as "$programs/postgres" -D "$folder/data" -k "$folder" -c listen_addresses= -c fsync=off \\
+  start) $as "$programs/postgres" -D "$folder/data" -k "$folder" -c listen_addresses= -c fsync=off \\
     >> "$folder/log" 2>&1 & ;;
 esac
 for try in \$(seq 300); do

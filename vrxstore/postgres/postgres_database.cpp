@@ -112,7 +112,8 @@ std::string PostgresDatabase::ReasonFor(const PGresult* result) const {
   const std::string code = state != nullptr ? state : "";
   const std::string own =
       WithoutPassword(InOneLine(primary != nullptr ? primary : PQerrorMessage(connection_.get())));
-  if (PQstatus(connection_.get()) != CONNECTION_OK || code.starts_with("57P") || code.starts_with("08")) {
+  // What the server did not say itself has no code.
+  if (code.empty() || code.starts_with("57P") || code.starts_with("08")) {
     return "the connection to the server was lost (" + own + "); " +
            (isCommitting_
                 ? "whether this run was stored is not known: run it again, what is there is not stored twice"
