@@ -249,9 +249,9 @@ class TrialsOfTables final : public TrialCursor {
     kWord0,
     kWord1,
     kWord2,
-    kBox,
-    kTotal,
-    kVerdict,
+    kBoxVerdict,
+    kTotalVerdict,
+    kWorstVerdict,
     kBroken,
     kAccepted,
     kAt,
@@ -269,11 +269,9 @@ class TrialsOfTables final : public TrialCursor {
     trial.date = rows_.Text(kMeasured);
     trial.measuring = rows_.Text(kMeasuring);
     trial.geometry = GeometryIn(rows_, kAngle);
-    TakeCurve(database_, rows_, kSamples, "trial", trial.number, trial.samples);
     trial.standard = rows_.Text(kStandard);
     trial.standardVersion = rows_.Small(kVersion);
     trial.standardGeometry = GeometryIn(rows_, kStandardAngle);
-    TakeCurve(database_, rows_, kStandardSamples, "curve", rows_.Integer(kCurve), trial.standardSamples);
     trial.library = rows_.Text(kLibrary);
     trial.standardNumber = rows_.Integer(kStandardNumber);
   }
@@ -288,11 +286,12 @@ class TrialsOfTables final : public TrialCursor {
     trial.limits = limits_;
   }
 
-  // The outcomes in the rows of this judgement, which stand together, by their places.
+  // The outcomes in the rows of this judgement, which stand together, by their places. The first one has the curves.
   void TakeOutcomes(StoredTrial& trial) {
     std::vector<std::pair<std::int64_t, JudgementUnder>> outcomes;
     const std::int64_t judgement = rows_.Integer(kJudgement);
     for (; hasRow_ && rows_.Integer(kJudgement) == judgement; hasRow_ = rows_.Step()) {
+      if (!rows_.IsNull(kSamples)) TakeCurves(trial);
       if (!rows_.IsNull(kPlace)) outcomes.emplace_back(rows_.Integer(kPlace), TakeOutcome());
     }
     std::ranges::sort(outcomes, {}, [](const auto& outcome) { return outcome.first; });
@@ -304,6 +303,11 @@ class TrialsOfTables final : public TrialCursor {
     }
   }
 
+  void TakeCurves(StoredTrial& trial) const {
+    TakeCurve(database_, rows_, kSamples, "trial", trial.number, trial.samples);
+    TakeCurve(database_, rows_, kStandardSamples, "curve", rows_.Integer(kCurve), trial.standardSamples);
+  }
+
   JudgementUnder TakeOutcome() const {
     JudgementUnder under;
     under.available = rows_.Integer(kAvailable) != 0;
@@ -312,9 +316,9 @@ class TrialsOfTables final : public TrialCursor {
     TakeOutcomeNumbers(numbers, under);
     for (int k = 0; k < 3; ++k)
       under.words.at(static_cast<std::size_t>(k)) = static_cast<ShadeWord>(rows_.Integer(kWord0 + k));
-    under.components = static_cast<Verdict>(rows_.Integer(kBox));
-    under.total = static_cast<Verdict>(rows_.Integer(kTotal));
-    under.verdict = static_cast<Verdict>(rows_.Integer(kVerdict));
+    under.components = static_cast<Verdict>(rows_.Integer(kBoxVerdict));
+    under.total = static_cast<Verdict>(rows_.Integer(kTotalVerdict));
+    under.verdict = static_cast<Verdict>(rows_.Integer(kWorstVerdict));
     under.breach.limit = static_cast<BrokenLimit>(rows_.Integer(kBroken));
     return under;
   }
@@ -342,9 +346,10 @@ class TrialsOfTables final : public TrialCursor {
 std::string TrialQuery(const Database& database, const TrialFilter& filter) {
   const std::string join = database.JoinInOrder();
   std::string sql =
-      "SELECT t.id, t.batch, t.name, t.title, b.taken, t.measured, m.content, t.\"Angle\", t.samples, "
-      "s.name, "
-      "v.version, c.\"Angle\", c.samples, j.id, j.library, j.settings, e.conditions, e.limits, c.id, s.id, "
+      "SELECT t.id, t.batch, t.name, t.title, b.taken, t.measured, m.content, t.\"Angle\", "
+      "CASE WHEN COALESCE(o.place, 0) = 0 THEN t.samples END, s.name, v.version, c.\"Angle\", "
+      "CASE WHEN COALESCE(o.place, 0) = 0 THEN c.samples END, j.id, j.library, j.settings, e.conditions, "
+      "e.limits, c.id, s.id, "
       "o.place, o.available, o.numbers, o.word0, o.word1, o.word2, o.box, o.total, o.verdict, o.broken, "
       "d.accepted, r.at, r.by, r.\"user\", r.why FROM ";
   if (!filter.standard.empty()) {

@@ -1,6 +1,7 @@
 #include <vrxstore/postgres/postgres_database.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <limits>
 #include <string_view>
@@ -86,10 +87,12 @@ void PostgresDatabase::Connect(const std::string& url) {
   PQsetNoticeProcessor(connection_.get(), &IgnoreNotice, nullptr);
   constexpr int kOldest = 120000;
   if (PQserverVersion(connection_.get()) < kOldest) Fail("the server is older than PostgreSQL 12");
-  // A station that lost its network must not keep others from writing for hours.
+  // A station that lost its network must not keep others from writing for hours. Rows come as they are read, so the first ones
+  // count; compiling a query takes seconds before them.
   Run("SELECT set_config('tcp_keepalives_idle', '30', false), set_config('tcp_keepalives_interval', '10', "
       "false), "
-      "set_config('tcp_keepalives_count', '3', false)");
+      "set_config('tcp_keepalives_count', '3', false), set_config('cursor_tuple_fraction', '0.001', false), "
+      "set_config('jit', 'off', false)");
 }
 
 void PostgresDatabase::Fail(const std::string& reason) const {
@@ -315,6 +318,29 @@ const char* PostgresDatabase::TablesOf(std::int32_t version) const {
 std::string PostgresDatabase::User() const {
   const std::string user = SystemUser(), role = PQuser(connection_.get());
   return user == role ? user : user + " as " + role;
+}
+
+std::vector<std::string> PostgresDatabase::CheckPages() {
+  constexpr std::array<std::array<const char*, 3>, 8> kReferences = {
+      {{"trial", "batch", "batch"},
+       {"trial", "measuring", "measuring"},
+       {"reading", "trial", "trial"},
+       {"judgement", "trial", "trial"},
+       {"judgement", "standard_version", "standard_version"},
+       {"judgement", "curve", "curve"},
+       {"judgement", "settings", "settings"},
+       {"outcome", "judgement", "judgement"}}};
+  std::vector<std::string> faults;
+  for (const auto& [table, column, target] : kReferences) {
+    const std::int64_t missing =
+        IntegerOf(*this, std::string("SELECT COUNT(*) FROM ") + table + " f LEFT JOIN " + target +
+                             " o ON o.id = f." + column + " WHERE o.id IS NULL");
+    if (missing > 0)
+      faults.push_back("table " + std::string(table) + ", " + std::to_string(missing) +
+                       (missing == 1 ? " row" : " rows") + ": what it refers to in " + target +
+                       " is not there");
+  }
+  return faults;
 }
 
 void PostgresDatabase::Backup(const std::string& path) {

@@ -73,8 +73,8 @@ class PostgresDatabase final : public Database {
   std::string KeepCopy(std::int64_t /*version*/) override { return {}; }
 
   std::string User() const override;
-  /// Nothing: the server looks after its pages and references.
-  std::vector<std::string> CheckPages() override { return {}; }
+  /// References of trials and what belongs to them; the server looks after its pages and all other references.
+  std::vector<std::string> CheckPages() override;
   void Backup(const std::string& path) override;
 
   /// Runs a statement of a text that is the same each time; the server parses it once.
