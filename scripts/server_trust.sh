@@ -9,7 +9,8 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
 unset VRX_JOB
-server=$VRX_TEST_POSTGRES
+# The server asks for no password; that of the URL must be seen nowhere.
+server=$(echo "$VRX_TEST_POSTGRES" | sed 's/postgres@/postgres:geheim@/')
 
 fail() {
   echo "server_trust: $1" >&2
@@ -27,7 +28,7 @@ curves() {
 }
 trials() { "$vrx" job info --job "$server" --format csv | sed -n 's/^trials,//p'; }
 verify() { "$vrx" job verify --job "$server" > verified 2>&1 || { cat verified >&2; fail "the job does not verify"; }; }
-judge() { "$vrx" judge --job "$server" "$1" --standard-id s0 --summary; }
+judge() { "$vrx" judge --job "$server" --standard-id s0 --summary "$@"; }
 
 curves standards.csv 2 1 s
 curves lot.csv 700 7 t
@@ -73,6 +74,7 @@ mkfifo pipe
 "$vrx" judge --job "$server" - --standard-id s0 --summary < pipe > out 2> err && fail "a run without its server passed"
 grep -q 'connection to the server was lost' err || { cat err >&2; fail "the lost connection is not told"; }
 wait
+rm pipe
 judge slow.csv > out 2> err && fail "a run without a server passed"
 grep -q 'server cannot be reached' err || { cat err >&2; fail "the missing server is not told"; }
 sh "$VRX_TEST_POSTGRES_CONTROL" start
@@ -80,4 +82,8 @@ judge slow.csv > out 2> err || [ $? -eq 1 ] || { cat err >&2; fail "the run cann
 judge slow.csv > out 2> err || [ $? -eq 1 ] || { cat err >&2; fail "the run cannot be repeated twice"; }
 [ "$(trials)" -eq 4300 ] || fail "the repeated run left $(trials) trials of 4300"
 verify
+judge slow.csv --again --report report.html > out 2> err || [ $? -eq 1 ] || { cat err >&2; fail "no report"; }
+"$vrx" job trail --job "$server" > trail.out
+grep -l geheim -- * && fail "the password is in what was written"
+grep -q 'postgres:\*\*\*@' err || fail "the messages do not name the job"
 echo "the same judgements from a file and a server; 8 processes, 3200 trials, nothing lost and nothing doubled; a lost server told"

@@ -40,11 +40,17 @@ cat "$folder/log" >&2
 exit 1
 END
 chmod 755 "$folder" "$control"
-finish() {
+clean() {
   if [ -e "$folder/data/postmaster.pid" ]; then sh "$control" stop || true; fi
   rm -rf "$folder"
 }
-trap finish EXIT
+# Cleans up when this script is killed, as ctest does after its time.
+(
+  while kill -0 $$ 2> /dev/null; do sleep 1; done
+  clean
+) > /dev/null 2>&1 &
+guard=$!
+trap 'kill $guard; clean' EXIT
 trap 'exit 1' HUP INT TERM
 touch "$folder/log"
 chmod 666 "$folder/log"

@@ -148,7 +148,7 @@ class BatchOfTables final : public BatchWriter {
     const std::string digest = digest_.Finish();
     Statement same(database_, "SELECT id, taken FROM batch WHERE digest = ? ORDER BY id LIMIT 1");
     if (!again && same.Bind(BlobOf(digest)).Step()) {
-      const StoredBatch stored{same.Integer(0), trials_, true, std::string(same.Text(1))};
+      StoredBatch stored{same.Integer(0), trials_, true, std::string(same.Text(1))};
       same.Reset();
       transaction_.Rollback();
       return stored;
@@ -296,7 +296,7 @@ class TrialsOfTables final : public TrialCursor {
     }
     std::ranges::sort(outcomes, {}, [](const auto& outcome) { return outcome.first; });
     trial.judgement.under.clear();
-    for (auto& outcome : outcomes) trial.judgement.under.push_back(std::move(outcome.second));
+    for (const auto& outcome : outcomes) trial.judgement.under.push_back(outcome.second);
     if (trial.judgement.under.size() != trial.conditions.illuminants.size() ||
         trial.limits.size() != trial.judgement.under.size()) {
       throw StoreError("it has not one outcome and one limit for each illuminant");

@@ -113,7 +113,7 @@ std::string PostgresDatabase::ReasonFor(const PGresult* result) const {
   const char* const primary = PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
   const char* const state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
   const std::string code = state != nullptr ? state : "";
-  const std::string own =
+  std::string own =
       WithoutPassword(InOneLine(primary != nullptr ? primary : PQerrorMessage(connection_.get())));
   // What the server did not say itself has no code.
   if (code.empty() || code.starts_with("57P") || code.starts_with("08")) {
