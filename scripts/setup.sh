@@ -87,6 +87,7 @@ elif [ "$level" != build ] && [ "$level" != site ]; then
   need sqlite3 sqlite3
   # Tests of jobs on a server start one of their own.
   need postgresql /usr/lib/postgresql/*/bin/initdb
+  need postgresql-server-dev-15 /usr/include/postgresql/*/server/postgres.h
   # Readers by others of the files that vrx writes: CxF against the schema, and a reader of CxF and CGATS.
   need libxml2-utils xmllint
   need argyll cxf2ti3
