@@ -72,7 +72,7 @@ ServerArguments TakeArguments(FunctionCallInfo fcinfo, const char* kinds) {
     } else if (kinds[i] == 'i') {
       arguments.numbers[place] = PG_GETARG_INT32(i);
     } else if (kinds[i] == 't') {
-      const text* const words = PG_GETARG_TEXT_PP(i);
+      text* const words = PG_GETARG_TEXT_PP(i);
       arguments.parts[place] = {VARDATA_ANY(words), VARSIZE_ANY_EXHDR(words)};
     } else {
       ArrayType* const curve = PG_GETARG_ARRAYTYPE_P(i);

@@ -263,7 +263,7 @@ void PostgresDatabase::BeginReading() {
 }
 
 void PostgresDatabase::EndReading() noexcept {
-  if (--readings_ > 0 || !isReadingAlone_) return;
+  if (readings_ == 0 || --readings_ > 0 || !isReadingAlone_) return;
   PQclear(PQexec(connection_.get(), "COMMIT"));
   EndMoment();
 }
