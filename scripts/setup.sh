@@ -36,6 +36,7 @@ header nlohmann-json3-dev nlohmann/json.hpp
 header libcairo2-dev cairo/cairo.h
 header nettle-dev nettle/sha2.h
 header libsqlite3-dev sqlite3.h
+header libpq-dev postgresql/libpq-fe.h
 
 if [ "$level" = windows ]; then
   need g++-mingw-w64-i686-posix i686-w64-mingw32-g++-posix
@@ -84,6 +85,9 @@ elif [ "$level" != build ] && [ "$level" != site ]; then
   header libpng-dev png.h
   # An example of the pages asks a job by SQL.
   need sqlite3 sqlite3
+  # Tests of jobs on a server start one of their own.
+  need postgresql /usr/lib/postgresql/*/bin/initdb
+  need postgresql-server-dev-15 /usr/include/postgresql/*/server/postgres.h
   # Readers by others of the files that vrx writes: CxF against the schema, and a reader of CxF and CGATS.
   need libxml2-utils xmllint
   need argyll cxf2ti3

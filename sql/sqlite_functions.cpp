@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
-#include <limits>
 #include <optional>
 #include <span>
 #include <string>
@@ -23,16 +22,13 @@
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
 #include <vrxstore/records/stored_form.h>
-#include <vrxmath/batch/judge_batch.h>
-#include <vrxmath/batch/sample_colors.h>
-#include <vrxmath/colorimetry/illuminants.h>
+
+#include "sql/color_functions.h"
 
 SQLITE_EXTENSION_INIT1
 
 namespace vrx::sql {
 namespace {
-
-using Curve = std::array<double, kWavelengths>;
 
 // The arguments of one call and the place of its answer.
 class Call {
@@ -112,73 +108,35 @@ void Guarded(sqlite3_context* context, int count, sqlite3_value** values) {
 }
 
 // vrx_tristimulus(curve, illuminant [, observer]), vrx_lab: the colour as a list of three numbers.
-std::optional<Color> ColorOf(const Call& call) {
-  const Curve curve = call.CurveAt(0);
-  const vrxIlluminant illuminant = io::ParseIlluminant(call.Text(1));
-  const std::int32_t observer = call.ObserverAt(2);
-  if (IsUnset(curve[0])) return std::nullopt;
-  return ColorsOf(CurveBatch{curve}, vrxSystemLab, {&illuminant, 1}, observer).At(0, 0);
-}
-void Tristimulus(const Call& call) {
-  const std::optional<Color> color = ColorOf(call);
-  color ? call.GiveList(std::array{color->xyz.X, color->xyz.Y, color->xyz.Z}) : call.GiveNull();
-}
-void LabCoordinates(const Call& call) {
-  const std::optional<Color> color = ColorOf(call);
-  color ? call.GiveList(std::array{color->lab.L, color->lab.a, color->lab.b}) : call.GiveNull();
+template <std::optional<Triple> (*COLOR)(const Curve&, const std::string&, std::int32_t)>
+void ColorList(const Call& call) {
+  const std::optional<Triple> color = COLOR(call.CurveAt(0), call.Text(1), call.ObserverAt(2));
+  color ? call.GiveList(*color) : call.GiveNull();
 }
 
-// "2:1", the first of a system's parameters; the others stay as they usually are.
-void TakeParameters(std::string text, CDifferenceSettings& settings) {
-  std::ranges::replace(text, ':', ',');
-  const std::vector<double> numbers = io::ParseNumbers(text, "the parameters");
-  if (numbers.size() > static_cast<std::size_t>(ParameterCount(settings.system)))
-    throw io::InputError("the system has " + std::to_string(ParameterCount(settings.system)) + " parameters");
-  std::ranges::copy(numbers, settings.parameters.begin());
-}
-
-// One trial against one standard: (standard, trial, system, ...), where illuminants, observer and parameters stand from `next` on.
-Judgement JudgementOf(const Call& call, std::size_t next, double tolerance) {
-  const Curve standard = call.CurveAt(0), trial = call.CurveAt(1);
-  JudgeConditions conditions;
-  conditions.difference = DefaultSettings(io::ParseSystem(call.Text(2)));
-  conditions.difference.ownFormula = true;
-  if (call.Has(next + 2)) TakeParameters(call.Text(next + 2), conditions.difference);
-  conditions.illuminants.clear();
-  for (const std::string& code : io::SplitList(call.Text(next), ','))
-    conditions.illuminants.push_back(io::ParseIlluminant(code));
-  conditions.observer = call.ObserverAt(next + 1);
-  const JudgeStandards standards(conditions, CurveBatch{standard}, {TotalLimit(tolerance)});
-  JudgementTable table;
-  JudgeTrials(conditions, standards, {}, CurveBatch{trial}, table);
-  return table.Row(0);
-}
-JudgementUnder JudgementUnderOne(const Call& call) {
-  const Judgement judgement = JudgementOf(call, 3, std::numeric_limits<double>::infinity());
-  if (judgement.under.size() != 1) throw io::InputError("one illuminant is expected");
-  return judgement.under.front();
+// (standard, trial, system, ...), where illuminants, observer and parameters stand from `next` on.
+Comparison ComparisonAt(const Call& call, std::size_t next) {
+  return {call.Text(2), call.Text(next), call.ObserverAt(next + 1),
+          call.Has(next + 2) ? call.Text(next + 2) : ""};
 }
 
 // vrx_delta(standard, trial, system, illuminant [, observer [, parameters]]): the total difference.
 void Delta(const Call& call) {
-  const JudgementUnder judgement = JudgementUnderOne(call);
-  judgement.available ? call.GiveNumber(judgement.difference.back()) : call.GiveNull();
+  const std::optional<double> delta = DeltaOf(call.CurveAt(0), call.CurveAt(1), ComparisonAt(call, 3));
+  delta ? call.GiveNumber(*delta) : call.GiveNull();
 }
 
 // vrx_words(standard, trial, system, illuminant [, observer [, parameters]]): "Darker, Less Yellow".
 void Words(const Call& call) {
-  const JudgementUnder judgement = JudgementUnderOne(call);
-  if (!judgement.available) return call.GiveNull();
-  call.GiveText(io::JoinedWords(judgement.words));
+  const std::optional<std::string> words = WordsOf(call.CurveAt(0), call.CurveAt(1), ComparisonAt(call, 3));
+  words ? call.GiveText(*words) : call.GiveNull();
 }
 
 // vrx_judge(standard, trial, system, tolerance, illuminants [, observer [, parameters]]): the worst verdict of the total.
 void Judge(const Call& call) {
-  constexpr std::string_view kNames[] = {"fail", "warning", "pass"};
   double tolerance = 0;
-  if (!io::ParseDecimal(call.Text(3), '.', tolerance) || !(tolerance > 0.0))
-    throw io::InputError("the tolerance must be a number above 0");
-  call.GiveText(kNames[static_cast<std::size_t>(JudgementOf(call, 4, tolerance).Worst())]);
+  if (!io::ParseDecimal(call.Text(3), '.', tolerance)) tolerance = 0;
+  call.GiveText(VerdictOf(call.CurveAt(0), call.CurveAt(1), tolerance, ComparisonAt(call, 4)));
 }
 
 // vrx_curve('[5, 5.1, ...]'): the curve of 40 numbers in percent, from 360 to 750 nm.
@@ -210,8 +168,8 @@ struct Function {
 constexpr Function kFunctions[] = {
     {"vrx_curve", 1, 1, Guarded<CurveFrom>},
     {"vrx_values", 1, 1, Guarded<Values>},
-    {"vrx_tristimulus", 2, 3, Guarded<Tristimulus>},
-    {"vrx_lab", 2, 3, Guarded<LabCoordinates>},
+    {"vrx_tristimulus", 2, 3, Guarded<ColorList<TristimulusOf>>},
+    {"vrx_lab", 2, 3, Guarded<ColorList<LabOf>>},
     {"vrx_delta", 4, 6, Guarded<Delta>},
     {"vrx_words", 4, 6, Guarded<Words>},
     {"vrx_judge", 5, 7, Guarded<Judge>},

@@ -1,5 +1,5 @@
 // A job: standards, trials, verdicts and their history, kept in a database. One interface, behind which a back end keeps the
-// rows.
+// rows: an SQLite file, or a PostgreSQL server.
 //
 //   const auto store = OpenStore("plant.vrxjob");
 //   store->AddStandards({&standard, 1}, {.by = "J. Doe"});
@@ -9,7 +9,8 @@
 //
 // Every function that changes something does so in one transaction, with its row of the trail; what was not committed is not
 // there. All of them throw StoreError, and InputError for samples that cannot be stored. One thread at a time, and one
-// transaction: between BeginBatch and Commit only reading functions may be called.
+// transaction: between BeginBatch and Commit only reading functions may be called. What reads row by row ends before the store does, and
+// on a server with the next change.
 
 #ifndef VRXSTORE_STORE_H_
 #define VRXSTORE_STORE_H_
@@ -118,7 +119,8 @@ class Store {
 
   /// What the back end itself finds wrong with its pages and indices; empty when nothing is.
   virtual std::vector<std::string> CheckPages() = 0;
-  /// Copies the job into a new file, as it stands at one moment. Throws StoreError for a file that is there.
+  /// Copies the job into a new file, as it stands at one moment. Throws StoreError for a file that is there, and for a job on a
+  /// server, whose own programs do this.
   virtual void Backup(const std::string& path) = 0;
   /// What opening it changed, as a sentence for people: an older job gets the tables of today. Empty where nothing was.
   virtual const std::string& Notice() const = 0;
@@ -127,12 +129,13 @@ class Store {
 /// How long a change waits for others that are under way.
 inline constexpr double kUsualWait = 60;
 
-/// Makes a new job in a file, which must not be there, or opens one. `wait`: seconds. Throws StoreError for a file that cannot be
-/// used: another program's, a newer version's, none at all. A job of an older version gets the tables of today in one transaction,
-/// after the file was copied to one beside it, named by that version ("plant.vrxjob.v1").
-std::unique_ptr<Store> CreateStore(const std::string& path, const std::string& name, const Author& author,
+/// Makes a new job in a file, which must not be there, or in the empty database that a URL names (IsOnServer in job_address.h), or
+/// opens one. `wait`: seconds. Throws StoreError for what cannot be used: another program's, a newer version's, none at all. A job
+/// of an older version gets the tables of today in one transaction, after a file was copied to one beside it, named by that version
+/// ("plant.vrxjob.v1").
+std::unique_ptr<Store> CreateStore(const std::string& job, const std::string& name, const Author& author,
                                    double wait = kUsualWait);
-std::unique_ptr<Store> OpenStore(const std::string& path, double wait = kUsualWait);
+std::unique_ptr<Store> OpenStore(const std::string& job, double wait = kUsualWait);
 
 }  // namespace vrx::store
 

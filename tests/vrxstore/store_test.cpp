@@ -1,4 +1,5 @@
-// A job in a file: what goes in comes out to the bit, what is not committed is not there, and what somebody changed is found.
+// A job in a file and on a server: what goes in comes out to the bit, what is not committed is not there, and what somebody
+// changed is found.
 
 #include <array>
 #include <bit>
@@ -8,20 +9,22 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <limits>
-#include <sqlite3.h>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include <vrxstore/database/parts.h>
+#include <vrxstore/job_address.h>
 #include <vrxstore/records/stored_form.h>
 #include <vrxstore/rejudge.h>
-#include <vrxstore/sqlite/parts.h>
 #include <vrxstore/sqlite/schema.h>
+#include <vrxstore/sqlite/sqlite_database.h>
 #include <vrxstore/store.h>
 #include <vrxstore/verify.h>
 #include <vrxmath/foundation/numbers.h>
 
 #include "tests/testing/temporary_folder.h"
+#include "tests/vrxstore/test_server.h"
 
 namespace vrx::store {
 namespace {
@@ -52,8 +55,16 @@ JudgeConditions OddConditions() {
   return conditions;
 }
 
-class StoreTest : public testing::Test {
+enum class BackEnd { kFile, kServer };
+
+class AnyStoreTest : public testing::TestWithParam<BackEnd> {
  protected:
+  void SetUp() override {
+    if (GetParam() != BackEnd::kServer) return;
+    if (!test::HaveServer()) GTEST_SKIP() << "scripts/with_postgres.sh runs this with a server";
+    path_ = test::NewServerDatabase();
+  }
+
   std::unique_ptr<Store> Made() { return CreateStore(path_, "works", {"J. Doe", "a test"}); }
 
   static Standard StandardOf(const std::string& name, double from, int32_t geometry = io::kNoGeometry) {
@@ -93,11 +104,8 @@ class StoreTest : public testing::Test {
 
   // Statements of another program.
   void Change(const std::string& sql) {
-    sqlite3* handle = nullptr;
-    ASSERT_EQ(sqlite3_open(path_.c_str(), &handle), SQLITE_OK);
-    char* error = nullptr;
-    EXPECT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, &error), SQLITE_OK) << sql << error;
-    sqlite3_close(handle);
+    if (IsOnServer(path_)) return test::ChangeServer(path_, sql);
+    SqliteDatabase(path_, true, 1).Execute(sql.c_str());
   }
 
   static std::string Refusal(const std::function<void()>& act) {
@@ -112,8 +120,20 @@ class StoreTest : public testing::Test {
   test::TemporaryFolder folder_;
   std::string path_ = folder_ / "job";
 };
+INSTANTIATE_TEST_SUITE_P(File, AnyStoreTest, testing::Values(BackEnd::kFile));
+INSTANTIATE_TEST_SUITE_P(Server, AnyStoreTest, testing::Values(BackEnd::kServer));
 
-TEST_F(StoreTest, StandardsComeBackToTheBit) {
+// What only files have.
+class FileTest : public AnyStoreTest {
+ protected:
+  static std::int64_t VersionOf(const std::string& path) {
+    SqliteDatabase database(path, false, 1);
+    return IntegerOf(database, "PRAGMA user_version");
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Store, FileTest, testing::Values(BackEnd::kFile));
+
+TEST_P(AnyStoreTest, StandardsComeBackToTheBit) {
   const std::vector<std::string> names{"plain",
                                        "it's \"quoted\"; DROP TABLE standard;--",
                                        "line\nend\ttab",
@@ -159,7 +179,7 @@ TEST_F(StoreTest, StandardsComeBackToTheBit) {
   EXPECT_FALSE(cursor->Next(row));
 }
 
-TEST_F(StoreTest, StandardsHaveVersions) {
+TEST_P(AnyStoreTest, StandardsHaveVersions) {
   const auto store = Made();
   const Standard first = StandardOf("s", 20), second = StandardOf("s", 21), other = StandardOf("o", 5);
   EXPECT_EQ(store->AddStandards({&first, 1}, {}).added, 1);
@@ -188,7 +208,7 @@ TEST_F(StoreTest, StandardsHaveVersions) {
 }
 
 // The curves that a geometry asks for are those that the library's filter texts select, and those of none.
-TEST_F(StoreTest, AnglesAreFiltered) {
+TEST_P(AnyStoreTest, AnglesAreFiltered) {
   const auto store = Made();
   for (const int32_t geometry : {-1, 0, 4, 12, 13, 14, 16}) {
     const Standard standard = StandardOf("g" + std::to_string(geometry), 20, geometry);
@@ -206,7 +226,7 @@ TEST_F(StoreTest, AnglesAreFiltered) {
   }
 }
 
-TEST_F(StoreTest, TrialsComeBackWithTheirJudgements) {
+TEST_P(AnyStoreTest, TrialsComeBackWithTheirJudgements) {
   const auto store = Made();
   const Standard standard = StandardOf("s", 20);
   store->AddStandards({&standard, 1}, {});
@@ -254,28 +274,35 @@ TEST_F(StoreTest, TrialsComeBackWithTheirJudgements) {
   EXPECT_EQ(verified.judgements, 9);
   EXPECT_EQ(verified.head.number, store->Info().head.number);
 
+  if (IsOnServer(path_)) {
+    EXPECT_NE(Refusal([&] { store->Backup(folder_ / "copy"); }).find("pg_dump"), std::string::npos);
+    return;
+  }
   store->Backup(folder_ / "copy");
   EXPECT_EQ(VerifyStore(*OpenStore(folder_ / "copy")).head.digest, verified.head.digest);
   EXPECT_NE(Refusal([&] { store->Backup(folder_ / "copy"); }).find("already"), std::string::npos);
 }
 
 // What somebody changed by another program.
-TEST_F(StoreTest, ChangesAreFound) {
-  const std::pair<std::string, std::string> kRows[] = {
-      {"UPDATE outcome SET broken = 5 WHERE judgement = 2", "trial 2 (t1): its judgement"},
-      {"UPDATE settings SET conditions = replace(conditions, '2:1', '1:1')", "its judgement"},
-      {"DROP TRIGGER trial_keeps_words; UPDATE trial SET samples = (SELECT samples FROM trial WHERE id = 2) "
-       "WHERE id = 1",
+TEST_P(AnyStoreTest, ChangesAreFound) {
+  const struct {
+    std::string trigger, sql, fault;  // the trigger that is in the way
+  } kRows[] = {
+      {"", "UPDATE outcome SET broken = 5 WHERE judgement = 2", "trial 2 (t1): its judgement"},
+      {"", "UPDATE settings SET conditions = replace(conditions, '2:1', '1:1')", "its judgement"},
+      {"trial_keeps_words",
+       "UPDATE trial SET samples = (SELECT samples FROM trial WHERE id = 2) WHERE id = 1",
        "batch 1: its trials are not"},
-      {"DELETE FROM outcome WHERE judgement = 3; DELETE FROM judgement WHERE id = 3",
+      {"", "DELETE FROM outcome WHERE judgement = 3; DELETE FROM judgement WHERE id = 3",
        "batch 1: its trials are not"},
-      {"DROP TRIGGER trail_keeps_words; UPDATE trail SET by = 'nobody' WHERE id = 2",
-       "the trail is broken at row 2"},
-      {"DROP TRIGGER trail_keeps_rows; DELETE FROM trail WHERE id = 2", "the trail is broken at row 3"},
-      {"DROP TRIGGER trail_keeps_rows; DELETE FROM trail WHERE id = 3", "the trail knows nothing of it"},
-      {"UPDATE judgement SET curve = 77 WHERE id = 1", "is not there"},
+      {"trail_keeps_words", "UPDATE trail SET by = 'nobody' WHERE id = 2", "the trail is broken at row 2"},
+      {"trail_keeps_rows", "DELETE FROM trail WHERE id = 2", "the trail is broken at row 3"},
+      {"trail_keeps_rows", "DELETE FROM trail WHERE id = 3", "the trail knows nothing of it"},
+      {"", "UPDATE judgement SET curve = 77 WHERE id = 1", "is not there"},
   };
-  for (const auto& [sql, fault] : kRows) {
+  const std::string way = IsOnServer(path_) ? "SET session_replication_role = replica; " : "";
+  for (const auto& [trigger, sql, fault] : kRows) {
+    if (IsOnServer(path_)) Change("DROP SCHEMA public CASCADE; CREATE SCHEMA public");
     std::filesystem::remove(path_);
     {
       const auto store = Made();
@@ -284,7 +311,10 @@ TEST_F(StoreTest, ChangesAreFound) {
       Store3(*store, "s", 0);
       ASSERT_EQ(VerifyStore(*store).faults, std::vector<std::string>());
     }
-    Change(sql);
+    if (!trigger.empty()) {
+      EXPECT_NE(Refusal([&, &change = sql] { Change(change); }).find("stay"), std::string::npos);
+    }
+    Change((trigger.empty() || IsOnServer(path_) ? way : "DROP TRIGGER " + trigger + "; ") + sql);
     std::string all;
     const auto store = OpenStore(path_);
     for (const std::string& one : VerifyStore(*store).faults) all += one + "\n";
@@ -292,7 +322,7 @@ TEST_F(StoreTest, ChangesAreFound) {
   }
 }
 
-TEST_F(StoreTest, OtherFilesAreRefusedAndStayAsTheyAre) {
+TEST_P(FileTest, OtherFilesAreRefusedAndStayAsTheyAre) {
   const std::pair<std::string, std::string> kRows[] = {
       {"PRAGMA user_version = 99", "made by a newer one"},
       {"PRAGMA application_id = 7", "a database of another program"},
@@ -316,8 +346,7 @@ TEST_F(StoreTest, OtherFilesAreRefusedAndStayAsTheyAre) {
   EXPECT_NE(CreateStore(folder_ / "empty", "n", {}), nullptr);
 }
 
-// Bytes that went wrong anywhere in the file are a fault or harmless, never a crash; the file is not written to.
-TEST_F(StoreTest, RecipesComeBackAndAreNotDoubled) {
+TEST_P(AnyStoreTest, RecipesComeBackAndAreNotDoubled) {
   const MadeRecipe recipe{
       0, "A7", {{"White 7", 94}, {"7: it's;", 1.0 / 3}}, {3, Slope(1.0 / 3, 1), "2026", ""}, ""};
   {
@@ -343,10 +372,10 @@ TEST_F(StoreTest, RecipesComeBackAndAreNotDoubled) {
 }
 
 // A job of each earlier version gets the tables of today, keeps what it holds to the bit, and leaves a copy of itself.
-TEST_F(StoreTest, OlderJobsAreMigrated) {
+TEST_P(FileTest, OlderJobsAreMigrated) {
   Made();
   const auto tables = [this] {
-    Connection connection(path_, false, 1);
+    SqliteDatabase connection(path_, false, 1);
     Statement rows(connection,
                    "SELECT type || ' ' || name || ' ' || sql FROM sqlite_schema WHERE sql <> '' ORDER BY 1");
     std::vector<std::string> list;
@@ -366,7 +395,7 @@ TEST_F(StoreTest, OlderJobsAreMigrated) {
     std::filesystem::create_directory(copy + ".new");  // in the copy's way
     folder_.Write("job.v" + std::to_string(version) + ".new/file", "");
     EXPECT_NE(Refusal([&] { OpenStore(path_); }).find("could not be brought to version"), std::string::npos);
-    EXPECT_EQ(Connection(path_, false, 1).Number("PRAGMA user_version"), version);
+    EXPECT_EQ(VersionOf(path_), version);
     std::filesystem::remove_all(copy + ".new");
     {
       const auto store = OpenStore(path_);
@@ -382,12 +411,13 @@ TEST_F(StoreTest, OlderJobsAreMigrated) {
       EXPECT_EQ(found.faultCount, 0);
     }
     EXPECT_EQ(OpenStore(path_)->Notice(), "");
-    EXPECT_EQ(Connection(copy, false, 1).Number("PRAGMA user_version"), version);
+    EXPECT_EQ(VersionOf(copy), version);
     EXPECT_EQ(tables(), ofToday);
   }
 }
 
-TEST_F(StoreTest, DamageIsTold) {
+// Bytes that went wrong anywhere in the file are a fault or harmless, never a crash; the file is not written to.
+TEST_P(FileTest, DamageIsTold) {
   {
     const auto store = Made();
     const Standard standard = StandardOf("s", 20);
@@ -415,7 +445,7 @@ TEST_F(StoreTest, DamageIsTold) {
   EXPECT_NE(Refusal([&] { VerifyStore(*OpenStore(folder_ / "short")); }).find("damaged"), std::string::npos);
 }
 
-TEST_F(StoreTest, AWriterThatWaitsInVainSaysSo) {
+TEST_P(AnyStoreTest, AWriterThatWaitsInVainSaysSo) {
   const auto store = Made();
   const auto batch = store->BeginBatch("long", {});
   const auto other = OpenStore(path_, 0.05);
@@ -427,20 +457,21 @@ TEST_F(StoreTest, AWriterThatWaitsInVainSaysSo) {
 }
 
 // A standard's history is looked up, whatever the job holds; curves come in order without a sort.
-TEST_F(StoreTest, QueriesUseIndices) {
+TEST_P(FileTest, QueriesUseIndices) {
   Made();
-  Connection connection(path_, false, 1);
+  SqliteDatabase connection(path_, false, 1);
   const auto plan = [&](const std::string& sql) {
     std::string text;
     Statement rows(connection, "EXPLAIN QUERY PLAN " + sql);
     while (rows.Step()) text += std::string(rows.Text(3)) + "\n";
     return text;
   };
-  const std::string history = plan(TrialQuery({.standard = "s", .since = "2026"}));
+  const std::string history = plan(TrialQuery(connection, {.standard = "s", .since = "2026"}));
   EXPECT_NE(history.find("SEARCH j USING INDEX judgement_of_standard"), std::string::npos) << history;
   EXPECT_EQ(history.find("SCAN"), std::string::npos) << history;
   for (const TrialFilter& filter : {TrialFilter{.name = "t"}, TrialFilter{.batch = 1}, TrialFilter{}})
-    EXPECT_EQ(plan(TrialQuery(filter)).find("TEMP B-TREE"), std::string::npos) << plan(TrialQuery(filter));
+    EXPECT_EQ(plan(TrialQuery(connection, filter)).find("TEMP B-TREE"), std::string::npos)
+        << plan(TrialQuery(connection, filter));
 }
 
 }  // namespace

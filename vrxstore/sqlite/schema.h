@@ -5,11 +5,12 @@
 
 #include <cstdint>
 
+#include <vrxstore/database/database.h>
+
 namespace vrx::store {
 
-/// What marks the file as a job ("Vrx1" in ASCII), and the version of its tables.
+/// What marks the file as a job ("Vrx1" in ASCII).
 inline constexpr std::int32_t kApplicationId = 0x56727831;
-inline constexpr std::int32_t kSchemaVersion = 2;
 
 /// The statements that make the tables of version 1, and those that bring each version to the next one. A new job goes through all
 /// of them, so that an old one ends with the same tables.

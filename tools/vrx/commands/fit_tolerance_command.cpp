@@ -324,7 +324,7 @@ void OpenJobOf(FitOptions& options, const Command& command) {
   if (options.jobOptions.File().empty())
     throw InputError("ACCEPTED: name a file of accepted trials, or one of verdicts by --verdicts");
   options.job = OpenJob(options.jobOptions);
-  options.accepted = options.standard = options.jobOptions.File();
+  options.accepted = options.standard = options.jobOptions.Shown();
   if (options.pairs) throw InputError("--pairs is for files");
   const std::vector<store::StandardEntry> entries = options.job->Standards();
   if (options.standardId.empty() && entries.size() == 1) options.standardId = entries.front().name;

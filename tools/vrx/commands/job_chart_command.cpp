@@ -139,8 +139,8 @@ SeriesOfJob SeriesOf(const ChartOptions& options) {
   const auto cursor = job->Trials(options.Filter());
   SeriesOfJob series(options);
   for (store::StoredTrial trial; cursor->Next(trial);) series.Take(trial);
-  if (series.All().empty()) throw InputError(options.job.File() + ": the job has no trials of these");
-  series.Warn(options.job.File());
+  if (series.All().empty()) throw InputError(options.job.Shown() + ": the job has no trials of these");
+  series.Warn(options.job.Shown());
   return series;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include <vrxstore/digest/digest.h>
+#include <vrxstore/job_address.h>
 #include <vrxstore/verify.h>
 
 #include "tools/vrx/base/command.h"
@@ -32,10 +33,11 @@ struct JobCommandOptions {
 void RunCreate(const JobCommandOptions& options) {
   const std::string file = options.file.empty() ? options.job.File() : options.file;
   if (file.empty()) throw InputError("FILE is required");
-  const std::size_t slash = file.find_last_of("/\\");
-  const std::string name = options.name.empty() ? file.substr(slash + 1) : options.name;
+  const std::string shown = store::ShownJob(file);
+  const std::size_t slash = shown.find_last_of("/\\");
+  const std::string name = options.name.empty() ? shown.substr(slash + 1) : options.name;
   store::CreateStore(file, name, options.job.Author(), options.job.wait);
-  PrintMessage(file + ": made a job");
+  PrintMessage(shown + ": made a job");
 }
 
 void RunInfo(const JobCommandOptions& options) {
@@ -105,7 +107,7 @@ void RunTrail(const JobCommandOptions& options) {
 
 void RunExport(const JobCommandOptions& options) {
   const auto job = OpenJob(options.job);
-  const std::string file = options.job.File();
+  const std::string file = options.job.Shown();
   const auto source = options.trials ? ReadTrials(*job, file, {}) : ReadStandards(*job, file);
   WriteOptions writing;
   writing.form = options.form == ReadOptions::Form::kByContent ? FormOfName(options.file) : options.form;
@@ -139,7 +141,7 @@ int64_t TrialOf(store::Store& job, const std::string& file, const std::string& t
 
 void RunDecide(const JobCommandOptions& options, bool isAccepted) {
   const auto job = OpenJob(options.job);
-  const int64_t number = TrialOf(*job, options.job.File(), options.trial);
+  const int64_t number = TrialOf(*job, options.job.Shown(), options.trial);
   job->Decide(number, isAccepted, options.job.Author());
   PrintMessage("trial #" + std::to_string(number) + (isAccepted ? " accepted" : " rejected"));
 }
@@ -147,9 +149,11 @@ void RunDecide(const JobCommandOptions& options, bool isAccepted) {
 void AddCreate(Command& job) {
   const auto options = std::make_shared<JobCommandOptions>();
   Command command = job.AddCommand("create", "Make a new job");
-  command.AddOption("FILE", options->file,
-                    "File of the job, which must not be there yet; otherwise that of --job");
-  command.AddOption("--name", options->name, "Name of the job").Shows("TEXT [name of the file]");
+  command.AddOption(
+      "FILE", options->file,
+      "File of the job, which must not be there yet, or URL of an empty database; otherwise that of "
+      "--job");
+  command.AddOption("--name", options->name, "Name of the job").Shows("TEXT [name of the file or database]");
   AddJobChangeOptions(command, options->job);
   SetAction(command, options, RunCreate);
   command.SetNotes("Example:\n  vrx job create new.vrxjob --name \"Line 2\"\n");
@@ -229,7 +233,8 @@ void AddJob(Command& tool) {
   AddJobPage(job);
   AddCopying(job);
   job.SetNotes(
-      "A job is one file. Every change is a row of its trail: when, who, what and why, chained by "
+      "A job is one file, or a database on a PostgreSQL server. Every change is a row of its trail: when, "
+      "who, what and why, chained by "
       "SHA-256.\n\n"
       "Examples:\n"
       "  vrx job create works.vrxjob\n"

@@ -109,7 +109,7 @@ void RunRejudge(const RejudgeOptions& options, const Command& command) {
   }
   rows->Finish();
   output.Finish();
-  PrintMessage(options.job.File() + ": " + std::to_string(changed) + " of " + std::to_string(all) +
+  PrintMessage(options.job.Shown() + ": " + std::to_string(changed) + " of " + std::to_string(all) +
                " trials would have another verdict; none was changed");
 }
 

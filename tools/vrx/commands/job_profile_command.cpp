@@ -37,7 +37,7 @@ void RunAdd(const ProfileOptions& options, const Command& command) {
 }
 
 void RunList(const ProfileOptions& options) {
-  const std::string file = options.job.File();
+  const std::string file = options.job.Shown();
   OutputStream output;
   const auto rows = MakeRowWriter(options.format, output, {{"profile"}, {"kept in"}, {"options"}});
   const auto write = [&rows](const std::vector<store::Profile>& profiles, const std::string& place) {

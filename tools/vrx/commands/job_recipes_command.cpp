@@ -33,7 +33,7 @@ void RunAddRecipes(const RecipesOptions& options) {
       recipes.push_back(std::move(recipe));
   }
   const store::AddedRecipes added = OpenJob(options.job)->AddRecipes(recipes, options.job.Author());
-  PrintMessage(options.job.File() + ": recipes: " + std::to_string(added.added) + " added, " +
+  PrintMessage(options.job.Shown() + ": recipes: " + std::to_string(added.added) + " added, " +
                std::to_string(added.unchanged) + " unchanged");
 }
 

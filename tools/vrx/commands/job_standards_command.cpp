@@ -106,7 +106,7 @@ void RunAdd(const StandardOptions& options, const Command& command) {
     }
   }
   const store::AddedStandards added = OpenJob(options.job)->AddStandards(files.All(), options.job.Author());
-  PrintMessage(options.job.File() + ": " + "standards: " + std::to_string(added.added) + " added, " +
+  PrintMessage(options.job.Shown() + ": " + "standards: " + std::to_string(added.added) + " added, " +
                std::to_string(added.changed) + " changed, " + std::to_string(added.unchanged) + " unchanged");
 }
 
@@ -166,7 +166,7 @@ std::string LimitsText(const JudgeLimits& limits) {
 void RunShow(const StandardOptions& options) {
   const auto job = OpenJob(options.job);
   const std::optional<store::Standard> standard = job->FindStandard(options.name);
-  if (!standard) throw InputError(options.job.File() + ": there is no standard \"" + options.name + "\"");
+  if (!standard) throw InputError(options.job.Shown() + ": there is no standard \"" + options.name + "\"");
   OutputStream output;
   PropertyRows rows(options.format, output);
   rows.Add("standard", standard->name);

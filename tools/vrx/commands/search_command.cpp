@@ -148,7 +148,7 @@ void RunSearch(NearestOptions& options) {
   }
   const auto job = OpenJobOf(options);
   CurveReader standards =
-      job ? CurveReader(tool::ReadStandards(*job, options.job.File()))
+      job ? CurveReader(tool::ReadStandards(*job, options.job.Shown()))
           : OpenCurves(options.standards, options.input.OfStandards(), Content::kCurvesOrColors);
   CurveReader reader = OpenCurves(options.samples, options.input, Content::kCurvesOrColors);
   options.viewing.Follow({&standards, &reader});

@@ -111,7 +111,7 @@ void TakeFile(const WatchOptions& options, const fs::path& file, const Command& 
 
 void RunWatch(const WatchOptions& options, const Command& command) {
   // What is wrong with the job or the options is no fault of the files.
-  SettingsOfJob(*OpenJob(options.job), options.job.File(), options.comparison.standardId, options.judging,
+  SettingsOfJob(*OpenJob(options.job), options.job.Shown(), options.comparison.standardId, options.judging,
                 command);
   const fs::path folder = io::PathOf(options.folder);
   const InterruptWatch interrupt;

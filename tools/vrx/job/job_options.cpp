@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include <vrxio/text/path.h>
+#include <vrxstore/job_address.h>
 #include <vrxstore/records/stored_form.h>
 
 #include "tools/vrx/base/command.h"
@@ -22,6 +23,10 @@ std::string JobOptions::File() const {
   return named != nullptr ? named : "";
 }
 
+std::string JobOptions::Shown() const {
+  return store::ShownJob(File());
+}
+
 std::string RefuseNegative(const std::string& text) {
   char* end = nullptr;
   const double number = std::strtod(text.c_str(), &end);
@@ -30,7 +35,10 @@ std::string RefuseNegative(const std::string& text) {
 
 void AddJobOptions(Command& owner, JobOptions& options) {
   Command command = owner.Group("Job");
-  command.AddOption("--job", options.file, "File of the job; otherwise the one that VRX_JOB names")
+  command
+      .AddOption("--job", options.file,
+                 "File of the job, or its URL on a server (postgresql://user@host/database); "
+                 "otherwise the one that VRX_JOB names")
       .ReadsFile()
       .Shows("FILE");
   command.AddOption("--wait", options.wait, "Wait as long as this for others that write into the job")
@@ -67,6 +75,7 @@ std::optional<int64_t> NumberInJob(std::string_view text) {
 }
 
 bool IsJobFile(const std::string& file) {
+  if (store::IsOnServer(file)) return true;
   using std::string_view_literals::operator""sv;
   constexpr std::string_view kSignature = "SQLite format 3\0"sv;
   std::array<char, kSignature.size()> begin{};

@@ -18,13 +18,15 @@ namespace vrx::tool {
 class Command;
 
 struct JobOptions {
-  std::string file;  ///< empty where no option names one
+  std::string file;  ///< or a URL; empty where no option names one
   std::string by, why;
   double wait = store::kUsualWait;
 
   store::Author Author() const { return {by, why}; }
-  /// The file that --job or the environment variable VRX_JOB names; empty for none.
+  /// The file, or the URL, that --job or the environment variable VRX_JOB names; empty for none.
   std::string File() const;
+  /// The same as messages and reports call it: without a password.
+  std::string Shown() const;
 };
 
 /// The complaint about a text that is no number of 0 or more, for Option::Check; empty for one that is.
@@ -38,7 +40,7 @@ void AddJobChangeOptions(Command& owner, JobOptions& options);
 /// The number of a row of a job as commands name it, "#12"; none for any other text.
 std::optional<int64_t> NumberInJob(std::string_view text);
 
-/// Whether a file begins as a job does, whatever its name.
+/// Whether a file begins as a job does, whatever its name, or is the URL of one.
 bool IsJobFile(const std::string& file);
 
 /// A curve of a row with how it was measured, as a job keeps it.
@@ -46,7 +48,7 @@ store::MeasuredCurve MeasuredCurveOf(const CurveReader& curves, const CurveRow& 
 
 /// Opens the job of the options. Throws InputError where none is named or it cannot be used.
 std::unique_ptr<store::Store> OpenJob(const JobOptions& options);
-/// Opens the job of a file; a message says what that changed in it.
+/// Opens the job of a file or a URL; a message says what that changed in it.
 std::unique_ptr<store::Store> OpenJobFile(const std::string& file, double wait = store::kUsualWait);
 
 }  // namespace vrx::tool

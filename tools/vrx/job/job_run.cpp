@@ -127,7 +127,7 @@ JudgeSettings SettingsOfJob(store::Store& store, const std::string& file, const 
 
 JobRun::JobRun(const JobRunOptions& options, ComparisonOptions& comparison, const JudgingOptions& judging,
                const Command& command)
-    : options_(options), file_(options.File()), store_(OpenJob(options)) {
+    : options_(options), file_(options.Shown()), store_(OpenJob(options)) {
   comparison.content = Content::kCurves;
   batch_ = store_->BeginBatch(comparison.trials, options.Author());
   settings_ = SettingsOfJob(*store_, file_, comparison.standardId, judging, command);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <vrxio/text/decimal.h>
+#include <vrxstore/job_address.h>
 
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/job/job_options.h"
@@ -47,11 +48,12 @@ std::vector<store::MadeRecipe> RecipesOfFile(const std::string& path, const Colo
   return recipes;
 }
 
-std::vector<NamedBatch> RecipesOfJob(const std::string& file, const ColorSystem& system) {
+std::vector<NamedBatch> RecipesOfJob(const std::string& job, const ColorSystem& system) {
+  const std::string file = store::ShownJob(job);
   std::vector<NamedBatch> batches;
   std::string missing;
   std::size_t left = 0;
-  for (const store::MadeRecipe& recipe : OpenJobFile(file)->Recipes()) {
+  for (const store::MadeRecipe& recipe : OpenJobFile(job)->Recipes()) {
     NamedBatch named{recipe.name, {}};
     if (!TakeFormula(recipe, system, named.batch.formula, missing)) {
       ++left;

@@ -1,12 +1,10 @@
-#include <vrxstore/sqlite/parts.h>
+#include <vrxstore/database/parts.h>
 
 #include <array>
 #include <cstdio>
-#include <pwd.h>
-#include <unistd.h>
 #include <vector>
 
-#include <vrxstore/records/stored_form.h>
+#include <vrxio/text/decimal.h>
 #include <vrxstore/records/trail.h>
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/platform/clock.h>
@@ -15,18 +13,6 @@ namespace vrx::store {
 namespace {
 
 constexpr std::size_t kDigestBytes = 32;
-
-// The name under which the process runs; its number where it has none.
-std::string UserName() {
-  constexpr std::size_t kMost = 16384;
-  std::vector<char> texts(kMost);
-  passwd entry{};
-  passwd* found = nullptr;
-  const uid_t user = geteuid();
-  if (getpwuid_r(user, &entry, texts.data(), texts.size(), &found) == 0 && found != nullptr)
-    return found->pw_name;
-  return std::to_string(user);
-}
 
 TrailRow RowOf(const Statement& row) {
   TrailRow result;
@@ -44,11 +30,11 @@ TrailRow RowOf(const Statement& row) {
 }
 
 constexpr const char* kTrailColumns =
-    "SELECT id, at, user, by, what, subject, why, content, previous, digest FROM trail ORDER BY id";
+    "SELECT id, at, \"user\", by, what, subject, why, content, previous, digest FROM trail ORDER BY id";
 
-class SqliteTrail final : public TrailCursor {
+class TrailOfTable final : public TrailCursor {
  public:
-  explicit SqliteTrail(Connection& connection) : rows_(connection, kTrailColumns) {}
+  explicit TrailOfTable(Database& database) : rows_(database, kTrailColumns, RowCount::kAny) {}
   bool Next(TrailRow& row) override {
     if (!rows_.Step()) return false;
     row = RowOf(rows_);
@@ -69,21 +55,21 @@ std::string NowText() {
   return text.data();
 }
 
-TrailRow TrailHead(Connection& connection) {
-  Statement last(connection, std::string(kTrailColumns) + " DESC LIMIT 1");
+TrailRow TrailHead(Database& database) {
+  Statement last(database, std::string(kTrailColumns) + " DESC LIMIT 1");
   if (last.Step()) return RowOf(last);
   TrailRow none;
   none.digest.assign(kDigestBytes, '\0');
   return none;
 }
 
-std::int64_t AppendTrail(Connection& connection, const Author& author, std::string_view what,
+std::int64_t AppendTrail(Database& database, const Author& author, std::string_view what,
                          std::string_view subject, std::string_view content) {
-  const TrailRow head = TrailHead(connection);
-  TrailRow row{head.number + 1,      NowText(),  UserName(),           author.by,   std::string(what),
+  const TrailRow head = TrailHead(database);
+  TrailRow row{head.number + 1,      NowText(),  database.User(),      author.by,   std::string(what),
                std::string(subject), author.why, std::string(content), head.digest, {}};
   row.digest = DigestOf(row);
-  Statement insert(connection, "INSERT INTO trail VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+  Statement insert(database, "INSERT INTO trail VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
   insert
       .Bind(row.number, row.at, row.user, row.by, row.what, row.subject, row.why, BlobOf(row.content),
             BlobOf(row.previous), BlobOf(row.digest))
@@ -91,14 +77,14 @@ std::int64_t AppendTrail(Connection& connection, const Author& author, std::stri
   return row.number;
 }
 
-std::unique_ptr<TrailCursor> ReadTrail(Connection& connection) {
-  return std::make_unique<SqliteTrail>(connection);
+std::unique_ptr<TrailCursor> ReadTrail(Database& database) {
+  return std::make_unique<TrailOfTable>(database);
 }
 
-MeasuringTable::MeasuringTable(Connection& connection)
-    : connection_(connection),
-      find_(connection, "SELECT id FROM measuring WHERE content = ?"),
-      insert_(connection, "INSERT INTO measuring(content) VALUES(?)") {}
+MeasuringTable::MeasuringTable(Database& database)
+    : database_(database),
+      find_(database, "SELECT id FROM measuring WHERE content = ?"),
+      insert_(database, "INSERT INTO measuring(id, content) VALUES(?, ?)") {}
 
 std::int64_t MeasuringTable::NumberOf(std::string_view content) {
   if (lastNumber_ != 0 && content == last_) return lastNumber_;
@@ -106,8 +92,8 @@ std::int64_t MeasuringTable::NumberOf(std::string_view content) {
     lastNumber_ = find_.Integer(0);
     find_.Reset();
   } else {
-    insert_.Bind(content).Run();
-    lastNumber_ = connection_.LastRow();
+    lastNumber_ = NextNumber(database_, "measuring");
+    insert_.Bind(lastNumber_, content).Run();
   }
   last_ = content;
   return lastNumber_;
@@ -115,22 +101,33 @@ std::int64_t MeasuringTable::NumberOf(std::string_view content) {
 
 std::string AngleCondition(const std::string& table, std::int32_t geometry) {
   if (geometry == io::kNoGeometry) return {};
+  const std::string column = table + ".\"Angle\"";
+  constexpr std::string_view kName = "Angle";
   std::string filter = AngleFilter(static_cast<std::uint8_t>(geometry)).ToUtf8();
-  for (std::size_t at = filter.find("Angle"); at != std::string::npos;
-       at = filter.find("Angle", at + table.size() + 6)) {
-    filter.insert(at, table + ".");
+  for (std::size_t at = filter.find(kName); at != std::string::npos;
+       at = filter.find(kName, at + column.size())) {
+    filter.replace(at, kName.size(), column);
   }
-  return " AND (" + table + ".Angle IS NULL OR " + filter + ")";
+  return " AND (" + column + " IS NULL OR " + filter + ")";
 }
 
-void TakeCurve(const Connection& connection, std::string_view bytes, const char* table, std::int64_t number,
-               Curve& curve) {
+std::int64_t NextNumber(Database& database, const std::string& table) {
+  return IntegerOf(database, "SELECT COALESCE(MAX(id), 0) + 1 FROM " + table);
+}
+
+void TakeCurve(const Database& database, const Statement& row, int column, const char* table,
+               std::int64_t number, Curve& curve) {
   try {
-    DoublesFrom(bytes, curve);
+    row.TakeDoubles(column, curve);
   } catch (const StoreError& error) {
-    throw StoreError(connection.Path() + ": table " + table + ", row " + std::to_string(number) + ": " +
+    throw StoreError(database.Name() + ": table " + table + ", row " + std::to_string(number) + ": " +
                      error.what());
   }
+}
+
+std::string BusyReason(double wait) {
+  return "another process is writing into it, and did not end within " + io::ShortestText(wait) +
+         " s; nothing of this run was stored: run it again, or wait longer with --wait";
 }
 
 }  // namespace vrx::store

@@ -1,5 +1,6 @@
 // The library where it was built without a database.
 
+#include <vrxstore/job_address.h>
 #include <vrxstore/store.h>
 #include <vrxstore/verify.h>
 
@@ -7,7 +8,7 @@ namespace vrx::store {
 namespace {
 
 [[noreturn]] void RefuseWithout(const std::string& path) {
-  throw StoreError(path + ": this vrx was built without SQLite, and knows no jobs");
+  throw StoreError(ShownJob(path) + ": this vrx was built without SQLite, and knows no jobs");
 }
 
 }  // namespace
