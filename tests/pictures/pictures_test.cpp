@@ -4,13 +4,16 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/colorimetry/weighting.h>
 #include <vrxmath/platform/locale.h>
 
+#include "pictures/control_chart.h"
 #include "pictures/curves.h"
 #include "pictures/marks.h"
 #include "pictures/plane.h"
@@ -495,6 +498,30 @@ TEST(Charts, AreMadeOfTheirData) {
   EXPECT_EQ(lines[0].verdicts[1], kWarning);
   EXPECT_EQ(lines[0].verdicts[2], kFail);
   EXPECT_EQ(lines[2][1], (CDblPoint{25, 1.5}));
+}
+
+TEST(Charts, ControlChartsShowCentreLimitsAndSignals) {
+  ControlStrip strip{u"dL", u"Trial", {-1, 0.5, 3}, {kPass, kWarning, kFail}, 0.5, -2, 2.5};
+  ControlStrip single{u"dE", u"Trial", {1}, {kPass}};
+  Picture picture;
+  DrawControlStrips(picture, {0, 0, 400, 270}, {strip, single}, kLook);
+  ASSERT_EQ(picture.Targets().size(), 4U);  // values alone: lines of limits are none
+  EXPECT_EQ(picture.Targets()[3].line, 1);
+  ASSERT_EQ(picture.Scales().size(), 2U);
+  const Scale& scale = picture.Scales()[0];
+  const auto heightOf = [&](double value) { return scale.y0 + scale.perY * value; };
+  EXPECT_NEAR(picture.Targets()[2].at.y, heightOf(3), 1e-9);
+  std::map<Mark, int> marks;
+  int levels = 0;
+  for (const Shape& shape : picture.Shapes()) {
+    if (shape.kind == Shape::Kind::kMarks) marks[shape.mark] += static_cast<int>(shape.points.size());
+    for (const auto& [level, dashed] : {std::pair{0.5, false}, std::pair{-2.0, true}, std::pair{2.5, true}}) {
+      levels += shape.kind == Shape::Kind::kLine && shape.dashed == dashed && shape.points.size() == 2 &&
+                shape.stroke == Role::kText && std::abs(shape.points[0].y - heightOf(level)) < 1e-9;
+    }
+  }
+  EXPECT_EQ(marks, (std::map<Mark, int>{{Mark::kDot, 2}, {Mark::kTriangle, 1}, {Mark::kCross, 1}}));
+  EXPECT_EQ(levels, 3);  // the second strip has no chart, and so no lines
 }
 
 // A trend of one limit for all.

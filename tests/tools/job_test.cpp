@@ -217,6 +217,17 @@ TEST_F(Job, ATrendShowsWhatDoesNotBelong) {
   for (const std::string& value : values) sum += std::stod(value);
   EXPECT_NEAR(std::stod(Column("job statistics grey --job j --illuminant D65", "mean").at(0)), sum / 21,
               1e-12);
+  // The same as pages, which name the job and the head of its trail.
+  const std::string head = Column("job info --job j", "value").at(11);
+  for (const auto& [command, words] :
+       {std::pair{"trend grey --value dL --illuminant D65", "grey, D65, dL: 21 values, 14 with a signal"},
+        std::pair{"trend grey", "grey, D65, dE"}, std::pair{"statistics", "signals"},
+        std::pair{"history grey", "stray"}}) {
+    Good(std::string("job ") + command + " --job j --report page.html");
+    const std::string page = folder_.Read("page.html");
+    for (const std::string& text : {std::string(words), head})
+      EXPECT_NE(page.find(text), std::string::npos) << text;
+  }
 }
 
 TEST_F(Job, WhatIsExportedMakesTheSameJob) {

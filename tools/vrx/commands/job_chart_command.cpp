@@ -21,15 +21,18 @@
 #include "tools/vrx/job/job_filter.h"
 #include "tools/vrx/judging/verdict_texts.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/report/result_report.h"
 
 namespace vrx::tool {
 namespace {
 
 struct ChartOptions : JobFilterOptions {
   std::string illuminant, value;
+  ReportOptions report;
 };
 
 constexpr std::size_t kMostPoints = 1'000'000;  // that a chart is made of
+constexpr std::size_t kDrawnSeries = 24;        // in a report
 
 // The values of one standard under one illuminant in the order of time, as charts take them.
 struct Series {
@@ -134,8 +137,9 @@ class SeriesOfJob {
   int64_t unavailable_ = 0;
 };
 
-SeriesOfJob SeriesOf(const ChartOptions& options) {
+SeriesOfJob SeriesOf(const ChartOptions& options, ResultReport& report) {
   const auto job = OpenJob(options.job);
+  report.AddJob(job->Info());
   const auto cursor = job->Trials(options.Filter());
   SeriesOfJob series(options);
   for (store::StoredTrial trial; cursor->Next(trial);) series.Take(trial);
@@ -152,25 +156,59 @@ std::string RulesText(const store::BrokenRules& broken) {
   return text;
 }
 
+// A series as the report draws it: what a point says of the process is its mark.
+pictures::ControlStrip StripOf(const Series& series, const store::IndividualsChart& chart) {
+  pictures::ControlStrip strip;
+  std::string heading = series.standard;
+  for (const std::string& part : {series.geometry, series.illuminant, series.element})
+    heading.append(part.empty() ? "" : ", ").append(part);
+  strip.heading = ForPicture(heading);
+  strip.orderHeading = ForPicture(Text(ReportText::kOrderAxis));
+  strip.values = series.values;
+  for (const store::BrokenRules& broken : chart.broken) {
+    const bool isBeyond = broken[static_cast<std::size_t>(store::ChartRule::kBeyond3Sigma)];
+    strip.marks.push_back(isBeyond ? kFail : broken == store::BrokenRules{} ? kPass : kWarning);
+  }
+  strip.marks.resize(strip.values.size(), kPass);
+  if (series.values.size() > 1)
+    strip.centre = chart.centre, strip.lower = chart.lower, strip.upper = chart.upper;
+  return strip;
+}
+
+void DrawSeries(const SeriesOfJob& all, ResultReport& report) {
+  if (!report.IsWanted()) return;
+  ControlChart chart{Text(ReportText::kControlCharts), {}};
+  for (const auto& [key, series] : all.All()) {
+    if (chart.strips.size() < kDrawnSeries)
+      chart.strips.push_back(StripOf(series, store::MakeIndividualsChart(series.values)));
+  }
+  const std::size_t drawn = chart.strips.size(), count = all.All().size();
+  const std::string note =
+      drawn < count ? TextOf(ReportText::kFirstCharts, {std::to_string(drawn), std::to_string(count)}) : "";
+  report.AddControlChart(std::move(chart), note);
+}
+
 void RunTrend(const ChartOptions& options) {
-  const SeriesOfJob all = SeriesOf(options);
+  ResultReport report(options.report, ReportText::kControlCharts);
+  const SeriesOfJob all = SeriesOf(options, report);
+  DrawSeries(all, report);
   OutputStream output;
-  const auto rows = MakeRowWriter(options.format, output,
-                                  {{"standard"},
-                                   {.name = "geometry", .room = Room::kSpare},
-                                   {"illuminant"},
-                                   {"number"},
-                                   {.name = "taken", .room = Room::kSpare},
-                                   {"trial"},
-                                   {.name = "element", .room = Room::kSpare},
-                                   {"value"},
-                                   {.name = "range", .room = Room::kSpare},
-                                   {"centre"},
-                                   {"lower"},
-                                   {"upper"},
-                                   {.name = "rules", .room = Room::kWhole},
-                                   {"T2"},
-                                   {"T2 limit"}});
+  const auto rows = report.Rows(options.format, output,
+                                {{"standard"},
+                                 {.name = "geometry", .room = Room::kSpare},
+                                 {"illuminant"},
+                                 {"number"},
+                                 {.name = "taken", .room = Room::kSpare},
+                                 {"trial"},
+                                 {.name = "element", .room = Room::kSpare},
+                                 {"value"},
+                                 {.name = "range", .room = Room::kSpare},
+                                 {"centre"},
+                                 {"lower"},
+                                 {"upper"},
+                                 {.name = "rules", .room = Room::kWhole},
+                                 {"T2"},
+                                 {"T2 limit"}});
   for (const auto& [key, series] : all.All()) {
     const store::IndividualsChart chart = store::MakeIndividualsChart(series.values);
     const store::HotellingChart hotelling = store::MakeHotellingChart(series.lab);
@@ -194,6 +232,7 @@ void RunTrend(const ChartOptions& options) {
     }
   }
   rows->Finish();
+  report.Save();
   output.Finish();
 }
 
@@ -203,25 +242,26 @@ double Shown(double value) {
 }
 
 void RunStatistics(const ChartOptions& options) {
-  const SeriesOfJob all = SeriesOf(options);
+  ResultReport report(options.report, ReportText::kStatistics);
+  const SeriesOfJob all = SeriesOf(options, report);
   OutputStream output;
-  const auto rows = MakeRowWriter(options.format, output,
-                                  {{"standard"},
-                                   {.name = "geometry", .room = Room::kSpare},
-                                   {"illuminant"},
-                                   {.name = "system", .room = Room::kSpare},
-                                   {"element"},
-                                   {"trials"},
-                                   {"accepted"},
-                                   {"mean"},
-                                   {.name = "deviation", .heading = "s.d."},
-                                   {.name = "lower", .room = Room::kSpare},
-                                   {.name = "upper", .room = Room::kSpare},
-                                   {.name = "tolerance", .heading = "limit"},
-                                   {"Cp"},
-                                   {"Cpk"},
-                                   {"signals"},
-                                   {"T2 beyond"}});
+  const auto rows = report.Rows(options.format, output,
+                                {{"standard"},
+                                 {.name = "geometry", .room = Room::kSpare},
+                                 {"illuminant"},
+                                 {.name = "system", .room = Room::kSpare},
+                                 {"element"},
+                                 {"trials"},
+                                 {"accepted"},
+                                 {"mean"},
+                                 {.name = "deviation", .heading = "s.d."},
+                                 {.name = "lower", .room = Room::kSpare},
+                                 {.name = "upper", .room = Room::kSpare},
+                                 {.name = "tolerance", .heading = "limit"},
+                                 {"Cp"},
+                                 {"Cpk"},
+                                 {"signals"},
+                                 {"T2 beyond"}});
   for (const auto& [key, series] : all.All()) {
     const store::IndividualsChart chart = store::MakeIndividualsChart(series.values);
     const store::HotellingChart hotelling = store::MakeHotellingChart(series.lab);
@@ -247,6 +287,7 @@ void RunStatistics(const ChartOptions& options) {
     rows->EndRow();
   }
   rows->Finish();
+  report.Save();
   output.Finish();
 }
 
@@ -263,6 +304,7 @@ void AddJobCharts(Command& job) {
     command.AddOption("--illuminant", options->illuminant, "Only this illuminant").Shows("CODE");
     command.AddOption("--value", options->value, "Element of the difference, such as dL; otherwise the total")
         .Shows("NAME");
+    AddReportOptions(command, options->report);
   }
   SetAction(trend, options, RunTrend);
   SetAction(statistics, options, RunStatistics);

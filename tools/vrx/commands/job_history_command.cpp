@@ -14,6 +14,7 @@
 #include "tools/vrx/judging/judging_options.h"
 #include "tools/vrx/judging/verdict_texts.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/report/result_report.h"
 
 namespace vrx::tool {
 namespace {
@@ -22,29 +23,35 @@ std::string DecisionText(const store::StoredTrial& trial) {
   return !trial.decision ? "" : trial.decision->isAccepted ? "accepted" : "rejected";
 }
 
-void RunHistory(const JobFilterOptions& options) {
+struct HistoryOptions : JobFilterOptions {
+  ReportOptions report;
+};
+
+void RunHistory(const HistoryOptions& options) {
   const auto job = OpenJob(options.job);
+  ResultReport report(options.report, ReportText::kJobTrials);
+  report.AddJob(job->Info());
   const auto cursor = job->Trials(options.Filter());
   OutputStream output;
-  const auto rows = MakeRowWriter(options.format, output,
-                                  {{"number"},
-                                   {.name = "taken", .room = Room::kSpare},
-                                   {"standard"},
-                                   {.name = "version", .room = Room::kSpare},
-                                   {"trial"},
-                                   {.name = "geometry", .room = Room::kSpare},
-                                   {"illuminant"},
-                                   {.name = "system", .room = Room::kSpare},
-                                   {.name = "dL", .room = Room::kSpare},
-                                   {.name = "da", .room = Room::kSpare},
-                                   {.name = "db", .room = Room::kSpare},
-                                   {"difference"},
-                                   {"verdict"},
-                                   {"reason"},
-                                   {.name = "excess", .room = Room::kSpare},
-                                   {"decision"},
-                                   {.name = "by", .room = Room::kSpare},
-                                   {.name = "why", .room = Room::kSpare}});
+  const auto rows = report.Rows(options.format, output,
+                                {{"number"},
+                                 {.name = "taken", .room = Room::kSpare},
+                                 {"standard"},
+                                 {.name = "version", .room = Room::kSpare},
+                                 {"trial"},
+                                 {.name = "geometry", .room = Room::kSpare},
+                                 {"illuminant"},
+                                 {.name = "system", .room = Room::kSpare},
+                                 {.name = "dL", .room = Room::kSpare},
+                                 {.name = "da", .room = Room::kSpare},
+                                 {.name = "db", .room = Room::kSpare},
+                                 {"difference"},
+                                 {"verdict"},
+                                 {"reason"},
+                                 {.name = "excess", .room = Room::kSpare},
+                                 {"decision"},
+                                 {.name = "by", .room = Room::kSpare},
+                                 {.name = "why", .room = Room::kSpare}});
   for (store::StoredTrial trial; cursor->Next(trial);) {
     for (std::size_t i = 0; i < trial.judgement.under.size(); ++i) {
       const JudgementUnder& under = trial.judgement.under[i];
@@ -69,6 +76,7 @@ void RunHistory(const JobFilterOptions& options) {
     }
   }
   rows->Finish();
+  report.Save();
   output.Finish();
 }
 
@@ -116,9 +124,10 @@ void RunRejudge(const RejudgeOptions& options, const Command& command) {
 }  // namespace
 
 void AddJobHistory(Command& job) {
-  const auto options = std::make_shared<JobFilterOptions>();
+  const auto options = std::make_shared<HistoryOptions>();
   Command history = job.AddCommand("history", "List the trials of a job with their verdicts and decisions");
   AddJobFilterOptions(history, *options);
+  AddReportOptions(history, options->report);
   SetAction(history, options, RunHistory);
   history.SetNotes("Example:\n  vrx job history P01 --job plant.vrxjob --since 2026-11\n");
 }

@@ -18,6 +18,7 @@ using pictures::GradedTotal;
 using pictures::kPaperLook;
 
 constexpr int32_t kWide = 690, kNarrow = 340;
+constexpr int32_t kStrip = 120, kLabels = 30;  // of strips below each other
 
 std::string Decimals(double value, int32_t decimals) {
   return io::FixedDecimals(value == 0 ? 0 : value, decimals);  // no "-0"
@@ -133,7 +134,6 @@ Chart MakeChart(const PlaneChart& data) {
 }
 
 Chart MakeChart(const TrendChart& data) {
-  constexpr int32_t kStrip = 120, kLabels = 30;
   Chart chart =
       NewChart(data.title, "trend", kWide, static_cast<int32_t>(data.strips.size()) * kStrip + kLabels);
   for (const pictures::TrendData& strip : data.strips) {
@@ -144,6 +144,20 @@ Chart MakeChart(const TrendChart& data) {
     }
   }
   pictures::DrawTrends(chart.picture, BoxOf(chart), data.strips, kPaperLook);
+  return chart;
+}
+
+Chart MakeChart(const ControlChart& data) {
+  Chart chart =
+      NewChart(data.title, "control", kWide, static_cast<int32_t>(data.strips.size()) * kStrip + kLabels);
+  for (const pictures::ControlStrip& strip : data.strips) {
+    const auto signals = std::ranges::count_if(strip.marks, [](Verdict mark) { return mark != kPass; });
+    chart.summary +=
+        (chart.summary.empty() ? "" : "; ") +
+        TextOf(ReportText::kControlSummary,
+               {strip.heading.ToUtf8(), std::to_string(strip.values.size()), std::to_string(signals)});
+  }
+  pictures::DrawControlStrips(chart.picture, BoxOf(chart), data.strips, kPaperLook);
   return chart;
 }
 

@@ -12,6 +12,7 @@
 
 #include <vrxmath/colorimetry/color_records.h>
 
+#include "pictures/control_chart.h"
 #include "pictures/curves.h"
 #include "pictures/plane.h"
 #include "pictures/totals.h"
@@ -71,6 +72,13 @@ struct TrendChart {
   std::vector<pictures::TrendData> strips;
 };
 Chart MakeChart(const TrendChart& data);
+
+/// Charts of individuals, one strip for each series.
+struct ControlChart {
+  std::string title;
+  std::vector<pictures::ControlStrip> strips;
+};
+Chart MakeChart(const ControlChart& data);
 
 struct HistogramChart {
   std::string title;

@@ -147,6 +147,12 @@ enum class ReportText : uint32_t {
   kAtMost,
   kSums,
   kSumsEvery,
+  kJobTrials,
+  kStatistics,
+  kControlSummary,
+  kFirstCharts,
+  kControlCharts,
+  kControlHint,
 };
 
 /// The text as UTF-8.

@@ -4,6 +4,8 @@
 #include <span>
 #include <utility>
 
+#include <vrxstore/digest/digest.h>
+
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/input/conditions.h"
 
@@ -30,7 +32,7 @@ class BothRows final : public RowWriter {
   }
   void Known(double value) override {
     usual_->Known(value);
-    report_.Known(value);
+    if (IsShownNext()) report_.Known(value);
   }
   void Integer(int64_t value) override {
     usual_->Integer(value);
@@ -109,8 +111,14 @@ void ResultReport::AddFile(ReportText term, const std::string& path) {
   if (page_ && !path.empty()) facts_.push_back({term, path, true});
 }
 
-void ResultReport::AddFact(ReportText term, std::string_view description) {
-  if (page_) facts_.push_back({term, std::string(description), false});
+void ResultReport::AddFact(ReportText term, std::string_view description, std::string_view small) {
+  if (page_) facts_.push_back({term, std::string(description), false, std::string(small)});
+}
+
+void ResultReport::AddJob(const store::JobInfo& info) {
+  AddFact(
+      ReportText::kJob, info.name,
+      TextOf(ReportText::kTrailRow, {std::to_string(info.head.number), store::HexText(info.head.digest)}));
 }
 
 void ResultReport::AddViewing(const std::vector<vrxIlluminant>& illuminants, int32_t observer) {
@@ -174,13 +182,19 @@ void ResultReport::AddPlane(const PlaneChart& chart) {
   if (page_) planes_.push_back(chart);
 }
 
+void ResultReport::AddControlChart(ControlChart chart, std::string_view note) {
+  if (!page_) return;
+  control_ = std::move(chart);
+  note_ = note;
+}
+
 void ResultReport::Save() {
   if (!page_) return;
   page_->BeginSection("conditions", Text(ReportText::kConditions));
   page_->AddWarnings(warnings_);
   page_->BeginFacts();
   for (const Fact& fact : facts_) {
-    fact.isFile ? page_->AddFile(fact.term, fact.text) : page_->AddFact(fact.term, fact.text);
+    fact.isFile ? page_->AddFile(fact.term, fact.text) : page_->AddFact(fact.term, fact.text, fact.small);
   }
   for (const auto& [conditions, date] : measured_) page_->AddMeasured(conditions, date, date);
   page_->AddOrigin();
@@ -205,6 +219,13 @@ void ResultReport::Save() {
     page_->BeginRow();
     for (const PlaneChart& plane : planes_) page_->AddChart(MakeChart(plane));
     page_->EndRow();
+    page_->EndSection();
+  }
+  if (!control_.strips.empty()) {
+    page_->BeginSection("pictures", Text(ReportText::kPictures));
+    page_->AddParagraph(Text(ReportText::kControlHint));
+    if (!note_.empty()) page_->AddParagraph(note_);
+    page_->AddChart(MakeChart(control_));
     page_->EndSection();
   }
   if (!targets_.empty()) AddTargets();

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include <vrxio/files/curve_reader.h>
+#include <vrxstore/records/records.h>
 #include <vrxmath/colorimetry/illuminants.h>
 
 #include "tools/vrx/base/reader_names.h"
@@ -50,7 +51,9 @@ class ResultReport {
 
   /// Inputs and conditions, in the order of the calls.
   void AddFile(ReportText term, const std::string& path);
-  void AddFact(ReportText term, std::string_view description);
+  void AddFact(ReportText term, std::string_view description, std::string_view small = {});
+  /// The job that the rows are from, with the head of its trail.
+  void AddJob(const store::JobInfo& info);
   void AddViewing(const std::vector<vrxIlluminant>& illuminants, int32_t observer);
   /// The interval in nm at which curves were summed; 10 goes without saying.
   void AddInterval(int32_t interval);
@@ -71,6 +74,8 @@ class ResultReport {
   /// The text before the pictures of targets.
   void SetNote(std::string_view note) { note_ = note; }
   void AddPlane(const PlaneChart& chart);
+  /// Charts of individuals. `note`: a sentence before them, or empty.
+  void AddControlChart(ControlChart chart, std::string_view note);
 
   /// Writes the report. Throws InputError or OutputError when that fails.
   void Save();
@@ -80,6 +85,7 @@ class ResultReport {
     ReportText term;
     std::string text;
     bool isFile;
+    std::string small = {};
   };
 
   struct Target {
@@ -105,6 +111,7 @@ class ResultReport {
   std::optional<PlottedCurve> standard_;
   std::string swatches_;  // HTML
   std::vector<PlaneChart> planes_;
+  ControlChart control_;
   std::vector<Target> targets_;
   std::string note_;
 };
