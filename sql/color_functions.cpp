@@ -2,19 +2,32 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <limits>
+#include <map>
 #include <string_view>
 #include <vector>
 
 #include <vrxio/measurement/names.h>
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/input_error.h>
+#include <vrxmath/batch/difference_batch.h>
 
 namespace vrx::sql {
 namespace {
 
-std::optional<Color> ColorOf(const Curve& curve, const std::string& code, std::int32_t observer) {
+// A query names the same few illuminants for each of its rows, and looking a name up takes as long as a colour.
+vrxIlluminant IlluminantNamed(const std::string& code) {
+  constexpr std::size_t kMost = 64;
+  thread_local std::map<std::string, vrxIlluminant, std::less<>> known;
+  if (const auto found = known.find(code); found != known.end()) return found->second;
   const vrxIlluminant illuminant = io::ParseIlluminant(code);
+  if (known.size() < kMost) known.emplace(code, illuminant);
+  return illuminant;
+}
+
+std::optional<Color> ColorOf(const Curve& curve, const std::string& code, std::int32_t observer) {
+  const vrxIlluminant illuminant = IlluminantNamed(code);
   if (IsUnset(curve[0])) return std::nullopt;
   return ColorsOf(CurveBatch{curve}, vrxSystemLab, {&illuminant, 1}, observer).At(0, 0);
 }
@@ -27,15 +40,20 @@ void TakeParameters(std::string text, CDifferenceSettings& settings) {
   std::ranges::copy(numbers, settings.parameters.begin());
 }
 
+CDifferenceSettings SettingsOf(const Comparison& comparison) {
+  CDifferenceSettings settings = DefaultSettings(io::ParseSystem(comparison.system));
+  settings.ownFormula = true;
+  if (!comparison.parameters.empty()) TakeParameters(comparison.parameters, settings);
+  return settings;
+}
+
 Judgement JudgementOf(const Curve& standard, const Curve& trial, double tolerance,
                       const Comparison& comparison) {
   JudgeConditions conditions;
-  conditions.difference = DefaultSettings(io::ParseSystem(comparison.system));
-  conditions.difference.ownFormula = true;
-  if (!comparison.parameters.empty()) TakeParameters(comparison.parameters, conditions.difference);
+  conditions.difference = SettingsOf(comparison);
   conditions.illuminants.clear();
   for (const std::string& code : io::SplitList(comparison.illuminants, ','))
-    conditions.illuminants.push_back(io::ParseIlluminant(code));
+    conditions.illuminants.push_back(IlluminantNamed(code));
   conditions.observer = comparison.observer;
   const JudgeStandards standards(conditions, CurveBatch{standard}, {TotalLimit(tolerance)});
   JudgementTable table;
@@ -66,9 +84,19 @@ std::optional<Triple> LabOf(const Curve& curve, const std::string& illuminant, s
 }
 
 std::optional<double> DeltaOf(const Curve& standard, const Curve& trial, const Comparison& comparison) {
-  const JudgementUnder judgement = JudgementUnderOne(standard, trial, comparison);
-  if (!judgement.available) return std::nullopt;
-  return judgement.difference.back();
+  const CDifferenceSettings settings = SettingsOf(comparison);
+  const std::vector<std::string> codes = io::SplitList(comparison.illuminants, ',');
+  if (codes.size() != 1) throw io::InputError("one illuminant is expected");
+  const vrxIlluminant illuminant = IlluminantNamed(codes.front());
+  if (IsUnset(standard[0]) || IsUnset(trial[0])) return std::nullopt;
+  const auto colorsOf = [&](const Curve& curve) {
+    return ColorsOf(CurveBatch{curve}, settings.system, {&illuminant, 1}, comparison.observer);
+  };
+  const ColorTable a = colorsOf(standard), b = colorsOf(trial);
+  double total = kUnset;
+  TotalDifferenceBatch(settings, JudgeDefaults::kAngle, a.Batches().front(), b.Batches().front(),
+                       {&total, 1});
+  return total;
 }
 
 std::optional<std::string> WordsOf(const Curve& standard, const Curve& trial, const Comparison& comparison) {
