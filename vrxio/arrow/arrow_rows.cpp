@@ -12,7 +12,7 @@
 namespace vrx::io {
 namespace {
 
-constexpr std::size_t kMostNumbers = 100'000;  // in a row
+constexpr std::uint64_t kMostNumbers = 100'000;  // in a row
 
 [[noreturn]] void RefuseColumn(const ArrowSchema& schema, const std::string& reason) {
   const std::string name = schema.name != nullptr ? schema.name : "";
@@ -25,9 +25,9 @@ std::string_view FormatOf(const ArrowSchema& schema) {
 }
 
 // The numbers of a row of a list of fixed length; 0 for other formats, and for what is no count.
-std::size_t FixedWidth(std::string_view format) {
+std::uint64_t FixedWidth(std::string_view format) {
   if (!format.starts_with("+w:")) return 0;
-  std::size_t width = 0;
+  std::uint64_t width = 0;
   const auto [end, error] = std::from_chars(format.data() + 3, format.data() + format.size(), width);
   return error == std::errc() && end == format.data() + format.size() ? width : 0;
 }
@@ -39,7 +39,8 @@ bool IsOfFloats(const ArrowSchema& schema) {
 // The parts of an array that its format says, checked.
 void NeedShape(const ArrowSchema& schema, const ArrowArray& array, std::int64_t buffers,
                std::int64_t children) {
-  constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / 2;
+  // More rows than that no memory has, whose places are counted in at most 16 bytes a row.
+  constexpr std::int64_t kMost = std::numeric_limits<std::ptrdiff_t>::max() / 16;
   const bool hasCounts = array.length >= 0 && array.offset >= 0 && array.length <= kMost - array.offset;
   const bool hasParts = array.release != nullptr && array.n_buffers >= buffers &&
                         array.n_children == children && schema.n_children == children &&
@@ -113,7 +114,7 @@ void ReadLists(const ArrowSchema& schema, const ArrowArray& array, std::size_t n
 
 Lists ListsOf(const ArrowSchema& schema, const ArrowArray& array, std::size_t numbers) {
   Lists lists;
-  const std::size_t width = FixedWidth(FormatOf(schema));
+  const std::uint64_t width = FixedWidth(FormatOf(schema));
   if (width == 0) {
     NeedShape(schema, array, 2, 1);
     if (FormatOf(schema) == "+L") {
@@ -246,7 +247,7 @@ ArrowRows NumbersOf(const ArrowSchema& schema, const ArrowArray& array) {
   const Plain numbers(*schema.children[0], *array.children[0]);
   const Lists lists = ListsOf(schema, array, numbers.count);
   const Validity validity(array);
-  const std::size_t fixed = FixedWidth(FormatOf(schema));
+  const auto fixed = static_cast<std::size_t>(FixedWidth(FormatOf(schema)));  // not beyond kMostNumbers
   if (fixed != 0) {
     return RowsInPlace(numbers, validity, static_cast<std::size_t>(array.offset) * fixed,
                        static_cast<std::size_t>(array.length), fixed);
