@@ -4,6 +4,7 @@
 # scripts/with_postgres.sh runs this beside a server. Judgements of a job in a file come out the same from the server; eight
 # processes judge into one job; the server stops in the middle of a run and comes back. Ends with status 1 at the first fault.
 set -eu
+. "$(dirname "$0")/trust_parts.sh"
 vrx=$(realpath "$1")
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
@@ -12,22 +13,6 @@ unset VRX_JOB
 # The server asks for no password; that of the URL must be seen nowhere.
 server=$(echo "$VRX_TEST_POSTGRES" | sed 's/postgres@/postgres:geheim@/')
 
-fail() {
-  echo "server_trust: $1" >&2
-  exit 1
-}
-# curves FILE COUNT SEED PREFIX: curves whose values the seed makes.
-curves() {
-  awk -v count="$2" -v seed="$3" -v prefix="$4" 'BEGIN {
-    srand(seed); printf "id"; for (nm = 400; nm <= 700; nm += 10) printf ",%d", nm; print ""
-    for (i = 0; i < count; ++i) {
-      printf "%s%d", prefix, i; level = 40 + 2 * rand()
-      for (nm = 400; nm <= 700; nm += 10) printf ",%.3f", level + rand(); print ""
-    }
-  }' > "$1"
-}
-trials() { "$vrx" job info --job "$server" --format csv | sed -n 's/^trials,//p'; }
-verify() { "$vrx" job verify --job "$server" > verified 2>&1 || { cat verified >&2; fail "the job does not verify"; }; }
 judge() { "$vrx" judge --job "$server" --standard-id s0 --summary "$@"; }
 
 curves standards.csv 2 1 s
@@ -49,8 +34,8 @@ same job export - --to csv --trials
 same job history --format json
 same job statistics --format csv
 same search standards.csv --format csv
-[ "$(trials)" -eq 700 ] || fail "the server has $(trials) trials of 700"
-verify
+[ "$(trials "$server")" -eq 700 ] || fail "the server has $(trials "$server") trials of 700"
+verify "$server"
 
 workers=
 for worker in 1 2 3 4 5 6 7 8; do
@@ -63,14 +48,17 @@ for worker in 1 2 3 4 5 6 7 8; do
   workers="$workers $!"
 done
 for worker in $workers; do wait "$worker" || fail "a process of eight was refused"; done
-[ "$(trials)" -eq 3900 ] || fail "eight processes left $(trials) trials of 3900"
-verify
+[ "$(trials "$server")" -eq 3900 ] || fail "eight processes left $(trials "$server") trials of 3900"
+verify "$server"
 
-# The trials come in slowly, and the server goes away between them.
+# The server goes away while a run has the job's lock; the rest of the trials comes after that.
 curves slow.csv 400 99 x
 mkfifo pipe
-{ head -n 200 slow.csv; sleep 2; tail -n +201 slow.csv; } > pipe &
-{ sleep 1; sh "$VRX_TEST_POSTGRES_CONTROL" stop; } &
+writers() { psql -X -A -t "$VRX_TEST_POSTGRES" -c "SELECT count(*) FROM pg_locks WHERE locktype = 'advisory'"; }
+await() { for _ in $(seq 600); do "$@" && return; sleep 0.1; done; }
+is_writing() { [ "$(writers)" -gt 0 ]; }
+{ head -n 200 slow.csv; await test -e stopped; tail -n +201 slow.csv; } > pipe &
+{ await is_writing; sh "$VRX_TEST_POSTGRES_CONTROL" stop; touch stopped; } &
 "$vrx" judge --job "$server" - --standard-id s0 --summary < pipe > out 2> err && fail "a run without its server passed"
 grep -q 'connection to the server was lost' err || { cat err >&2; fail "the lost connection is not told"; }
 wait
@@ -80,8 +68,8 @@ grep -q 'server cannot be reached' err || { cat err >&2; fail "the missing serve
 sh "$VRX_TEST_POSTGRES_CONTROL" start
 judge slow.csv > out 2> err || [ $? -eq 1 ] || { cat err >&2; fail "the run cannot be repeated"; }
 judge slow.csv > out 2> err || [ $? -eq 1 ] || { cat err >&2; fail "the run cannot be repeated twice"; }
-[ "$(trials)" -eq 4300 ] || fail "the repeated run left $(trials) trials of 4300"
-verify
+[ "$(trials "$server")" -eq 4300 ] || fail "the repeated run left $(trials "$server") trials of 4300"
+verify "$server"
 judge slow.csv --again --report report.html > out 2> err || [ $? -eq 1 ] || { cat err >&2; fail "no report"; }
 "$vrx" job trail --job "$server" > trail.out
 grep -l geheim -- * && fail "the password is in what was written"

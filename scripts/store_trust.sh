@@ -5,6 +5,7 @@
 # judge into one file at the same time. Ends with status 1 at the first fault. Prints how many kills hit before the commit, and
 # after it.
 set -eu
+. "$(dirname "$0")/trust_parts.sh"
 vrx=$(realpath "$1")
 rounds=${2:-300}
 folder=$(mktemp -d)
@@ -12,24 +13,6 @@ trap 'rm -rf "$folder"' EXIT
 cd "$folder"
 unset VRX_JOB
 
-fail() {
-  echo "store_trust: $1" >&2
-  exit 1
-}
-
-# curves FILE COUNT SEED PREFIX: curves whose values the seed makes.
-curves() {
-  awk -v count="$2" -v seed="$3" -v prefix="$4" 'BEGIN {
-    srand(seed); printf "id"; for (nm = 400; nm <= 700; nm += 10) printf ",%d", nm; print ""
-    for (i = 0; i < count; ++i) {
-      printf "%s%d", prefix, i; level = 40 + 2 * rand()
-      for (nm = 400; nm <= 700; nm += 10) printf ",%.3f", level + rand(); print ""
-    }
-  }' > "$1"
-}
-
-trials() { "$vrx" job info --job "$1" --format csv | sed -n 's/^trials,//p'; }
-verify() { "$vrx" job verify --job "$1" > verified 2>&1 || { cat verified >&2; fail "$1 does not verify"; }; }
 judge() { "$vrx" judge --job "$1" "$2" --standard-id s0 --summary > judged 2>&1; }
 
 # start_and_kill MOST COMMAND...: kills the command after up to MOST seconds of a random time.
