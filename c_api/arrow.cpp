@@ -37,7 +37,6 @@ struct ArrowPlaces {
 struct ArrowCurves {
   std::span<const double> samples;
   std::vector<double> copy;
-  std::vector<std::uint8_t> missing;
 
   std::size_t size() const { return samples.size() / kWavelengths; }
 };
@@ -61,7 +60,6 @@ ArrowCurves CurvesOf(const ArrowPlaces& places) {
   if (rows.count > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) / kWavelengths)
     throw Refusal{VRX_BAD_COUNT, "there are more curves than a call takes; hand over fewer rows at a time"};
   ArrowCurves curves;
-  curves.missing = rows.missing;
   const std::size_t numbers = rows.count * kWavelengths;
   if (rows.floats != nullptr || !rows.gathered.empty() || !rows.missing.empty()) {
     curves.copy.resize(numbers);
@@ -114,10 +112,6 @@ std::vector<std::vector<double>> LabOf(const ArrowCurves& curves, const Pair& pa
   return lab;
 }
 
-std::string_view VerdictName(Verdict verdict) {
-  return verdict == kPass ? "pass" : verdict == kWarning ? "warning" : "fail";
-}
-
 // The columns of one illuminant: verdict, dE, words, and by how much which limit was broken.
 void AddUnder(const std::string& name, std::size_t j, const JudgementTable& table,
               std::span<const std::uint8_t> missing, io::ArrowColumns& columns) {
@@ -127,7 +121,7 @@ void AddUnder(const std::string& name, std::size_t j, const JudgementTable& tabl
   std::vector<std::uint8_t> noExcess(missing.begin(), missing.end());
   for (std::size_t i = 0; i < table.size(); ++i) {
     const JudgementUnder under = table.At(i, j);
-    verdicts.push_back(VerdictName(under.verdict));
+    verdicts.push_back(io::TextOf(under.verdict));
     words.push_back(io::JoinedWords(under.words));
     totals.push_back(under.difference[CDeltaValues::kTotal]);
     broken.push_back(static_cast<double>(under.breach.limit));
@@ -144,7 +138,7 @@ void AddUnder(const std::string& name, std::size_t j, const JudgementTable& tabl
 void GiveJudgement(const ArrowPlaces& places, const JudgeConditions& conditions, const JudgementTable& table,
                    std::span<const std::uint8_t> missing) {
   std::vector<std::string_view> overall;
-  for (std::size_t i = 0; i < table.size(); ++i) overall.push_back(VerdictName(table.Row(i).Worst()));
+  for (std::size_t i = 0; i < table.size(); ++i) overall.push_back(io::TextOf(table.Row(i).Worst()));
   io::ArrowColumns columns;
   columns.AddTexts("overall", overall, missing);
   for (std::size_t j = 0; j < conditions.illuminants.size(); ++j)

@@ -1,8 +1,5 @@
 #include "pictures/control_chart.h"
 
-#include <algorithm>
-#include <array>
-
 namespace vrx::pictures {
 namespace {
 
@@ -42,27 +39,9 @@ std::vector<LevelLine> LevelsOf(const ControlStrip& strip) {
 
 void DrawControlStrips(Picture& picture, Rect box, const std::vector<ControlStrip>& strips,
                        const Look& look) {
-  // The last one has the labels of all below it.
-  const double below = 1.5 * look.textHeight + 4 * look.scale;
-  const double height = (box.height - below) / static_cast<double>(std::max<std::size_t>(strips.size(), 1));
-  PlotExtras extras{.hasXGrid = false, .isXExact = true, .ySteps = 3};
-  for (const ControlStrip& strip : strips) {
-    const std::array line{LineOf(strip)};
-    extras.yLabels = std::max(extras.yLabels, LabelsOf(line, look, extras));
-  }
-  double top = box.top;
-  int32_t lines = 0;
-  for (const ControlStrip& strip : strips) {
-    const std::array line{LineOf(strip)};
-    const std::vector<LevelLine> levels = LevelsOf(strip);
-    extras.levels = levels;
-    extras.hasX = &strip == &strips.back();
-    Picture drawn;
-    DrawPolylines(drawn, {box.left, top, box.width, extras.hasX ? box.Bottom() - top : height}, line, look,
-                  extras);
-    picture.Append(drawn, lines++);
-    top += height;
-  }
+  std::vector<PlotStrip> plots;
+  for (const ControlStrip& strip : strips) plots.push_back({{LineOf(strip)}, LevelsOf(strip)});
+  DrawStrips(picture, box, plots, look);
 }
 
 }  // namespace vrx::pictures

@@ -99,6 +99,28 @@ Rect DrawPolylines(Picture& picture, Rect box, std::span<const CDblPolyline> lin
   return area.Box();
 }
 
+void DrawStrips(Picture& picture, Rect box, std::span<const PlotStrip> strips, const Look& look,
+                const std::function<void(std::size_t, Picture&, const Rect&)>& drawn) {
+  const double below = 1.5 * look.textHeight + 4 * look.scale;
+  const double height = (box.height - below) / static_cast<double>(std::max<std::size_t>(strips.size(), 1));
+  PlotExtras extras{.hasXGrid = false, .isXExact = true, .ySteps = 3};
+  for (const PlotStrip& strip : strips)
+    extras.yLabels = std::max(extras.yLabels, LabelsOf(strip.lines, look, extras));
+  double top = box.top;
+  int32_t lines = 0;
+  for (std::size_t i = 0; i < strips.size(); ++i, top += height) {
+    extras.hasX = i + 1 == strips.size();
+    extras.levels = strips[i].levels;
+    extras.targetLines = strips[i].targetLines;
+    Picture strip;
+    const Rect place{box.left, top, box.width, extras.hasX ? box.Bottom() - top : height};
+    const Rect area = DrawPolylines(strip, place, strips[i].lines, look, extras);
+    if (drawn) drawn(i, strip, area);
+    picture.Append(strip, lines);
+    lines += static_cast<int32_t>(strips[i].lines.size());
+  }
+}
+
 CString PointName(std::span<const CDblPolyline> lines, const Target& target) {
   if (static_cast<std::size_t>(target.line) >= lines.size()) return {};
   const CDblPolyline& line = lines[static_cast<std::size_t>(target.line)];

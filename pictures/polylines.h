@@ -5,7 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
+#include <vector>
 
 #include "pictures/axes.h"
 #include "pictures/dbl_polyline.h"
@@ -38,6 +40,18 @@ struct PlotExtras {
 /// point is a target. Marks stand over the lines, the worse verdicts over the better ones. Returns the area of the axes.
 Rect DrawPolylines(Picture& picture, Rect box, std::span<const CDblPolyline> lines, const Look& look,
                    const PlotExtras& extras = {});
+
+/// One of several plots below each other.
+struct PlotStrip {
+  std::vector<CDblPolyline> lines;
+  std::vector<LevelLine> levels = {};
+  std::size_t targetLines = SIZE_MAX;  ///< as in PlotExtras
+};
+
+/// Plots below each other over one order of x, of one width: the last one has the labels of all below it. Targets count the lines
+/// of all strips. `drawn`, where it is given, may add to the picture of a strip, whose index and area it gets.
+void DrawStrips(Picture& picture, Rect box, std::span<const PlotStrip> strips, const Look& look,
+                const std::function<void(std::size_t strip, Picture& picture, const Rect& area)>& drawn = {});
 
 /// The room that the labels of y need, so that several plots below each other get the same.
 [[nodiscard]] double LabelsOf(std::span<const CDblPolyline> lines, const Look& look,

@@ -176,26 +176,13 @@ void DrawTrend(Picture& picture, Rect box, const TrendData& data, const Look& lo
 }
 
 void DrawTrends(Picture& picture, Rect box, const std::vector<TrendData>& strips, const Look& look) {
-  // The last one has the labels of all below it.
-  const double below = 1.5 * look.textHeight + 4 * look.scale;
-  const double height = (box.height - below) / static_cast<double>(std::max<std::size_t>(strips.size(), 1));
-  PlotExtras extras{.hasXGrid = false, .isXExact = true, .ySteps = 3};
+  std::vector<PlotStrip> plots;
   for (const TrendData& strip : strips)
-    extras.yLabels = std::max(extras.yLabels, LabelsOf(TrendLines(strip), look, extras));
-  const double width = box.width - NamesWidth(strips, look);
-  double top = box.top;
-  int32_t lines = 0;
-  for (std::size_t i = 0; i < strips.size(); ++i, top += height) {
-    extras.hasX = i + 1 == strips.size();
-    const std::vector<CDblPolyline> drawn = TrendLines(strips[i]);
-    Picture strip;
-    extras.targetLines = strips[i].series.size();  // limits are no measurements
-    const Rect place{box.left, top, width, extras.hasX ? box.Bottom() - top : height};
-    const Rect area = DrawPolylines(strip, place, drawn, look, extras);
+    plots.push_back({TrendLines(strip), {}, strip.series.size()});  // limits are no measurements
+  box.width -= NamesWidth(strips, look);
+  DrawStrips(picture, box, plots, look, [&](std::size_t i, Picture& strip, const Rect& area) {
     if (strips[i].series.size() > 1) NameSeries(strip, strips[i], area, strip.Scales()[0], look);
-    picture.Append(strip, lines);
-    lines += static_cast<int32_t>(drawn.size());
-  }
+  });
 }
 
 // Profiles ----------------------------------------------------------------------------------------------------

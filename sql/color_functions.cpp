@@ -107,9 +107,8 @@ std::optional<std::string> WordsOf(const Curve& standard, const Curve& trial, co
 
 std::string VerdictOf(const Curve& standard, const Curve& trial, double tolerance,
                       const Comparison& comparison) {
-  constexpr std::array<const char*, 3> kNames = {"fail", "warning", "pass"};
   if (!(tolerance > 0.0)) throw io::InputError("the tolerance must be a number above 0");
-  return kNames.at(static_cast<std::size_t>(JudgementOf(standard, trial, tolerance, comparison).Worst()));
+  return io::TextOf(JudgementOf(standard, trial, tolerance, comparison).Worst());
 }
 
 }  // namespace vrx::sql

@@ -11,24 +11,19 @@
 #include <vrxstore/postgres/schema.h>
 #include <vrxstore/store.h>
 
+#include "tests/vrxstore/refusal.h"
 #include "tests/vrxstore/test_server.h"
 
 namespace vrx::store {
 namespace {
+
+using test::Refusal;
 
 class ServerTest : public testing::Test {
  protected:
   void SetUp() override {
     if (!test::HaveServer()) GTEST_SKIP() << "scripts/with_postgres.sh runs this with a server";
     url_ = test::NewServerDatabase();
-  }
-  static std::string Refusal(const std::function<void()>& act) {
-    try {
-      act();
-    } catch (const io::InputError& error) {
-      return error.what();
-    }
-    return "nothing was refused";
   }
   std::string url_;
 };

@@ -24,10 +24,13 @@
 #include <vrxmath/foundation/numbers.h>
 
 #include "tests/testing/temporary_folder.h"
+#include "tests/vrxstore/refusal.h"
 #include "tests/vrxstore/test_server.h"
 
 namespace vrx::store {
 namespace {
+
+using test::Refusal;
 
 Curve Slope(double from, double step) {
   Curve curve{};
@@ -106,15 +109,6 @@ class AnyStoreTest : public testing::TestWithParam<BackEnd> {
   void Change(const std::string& sql) {
     if (IsOnServer(path_)) return test::ChangeServer(path_, sql);
     SqliteDatabase(path_, true, 1).Execute(sql.c_str());
-  }
-
-  static std::string Refusal(const std::function<void()>& act) {
-    try {
-      act();
-    } catch (const io::InputError& error) {
-      return error.what();
-    }
-    return "nothing was refused";
   }
 
   test::TemporaryFolder folder_;

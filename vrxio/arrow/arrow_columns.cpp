@@ -177,11 +177,4 @@ void ArrowColumns::Export(ArrowSchema& schema, ArrowArray& array) const {
   FillArray(all, array);
 }
 
-void ArrowColumns::ExportColumn(ArrowSchema& schema, ArrowArray& array) const {
-  Part column = columns_.front();
-  column.metadata = metadata_;
-  FillSchema(column, schema);
-  FillArray(column, array);
-}
-
 }  // namespace vrx::io

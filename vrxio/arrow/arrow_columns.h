@@ -40,8 +40,6 @@ class ArrowColumns {
 
   /// A record batch: a structure of the columns. Both are the receiver's, who releases them.
   void Export(ArrowSchema& schema, ArrowArray& array) const;
-  /// The only column by itself.
-  void ExportColumn(ArrowSchema& schema, ArrowArray& array) const;
 
  private:
   /// A column or its child: what the two structures point to.

@@ -227,6 +227,11 @@ std::string JoinedWords(std::span<const ShadeWord> words) {
   return text;
 }
 
+const char* TextOf(Verdict verdict) {
+  constexpr std::array<const char*, 3> kNames = {"fail", "warning", "pass"};
+  return kNames.at(static_cast<std::size_t>(verdict));
+}
+
 std::vector<DifferenceColumn> DifferenceColumnsOf(int32_t system) {
   std::vector<DifferenceColumn> columns;
   std::vector<std::string> headings = SplitList(DifferenceColumns(system).ToUtf8(), '|');

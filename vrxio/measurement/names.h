@@ -14,6 +14,7 @@
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/judging/shade.h>
+#include <vrxmath/tolerance/verdict.h>
 
 namespace vrx::io {
 
@@ -49,6 +50,8 @@ std::string TitleOf(const CDifferenceSettings& settings);
 const std::string& TextOf(ShadeWord word);
 /// Shade words as a person says them, "Darker, Less Yellow"; empty where all are none.
 std::string JoinedWords(std::span<const ShadeWord> words);
+/// A verdict as files and columns have it: "fail", "warning" or "pass".
+const char* TextOf(Verdict verdict);
 /// A system's difference columns and, for each, the element of the difference record that stands under it.
 struct DifferenceColumn {
   std::string heading;

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include <vrxio/text/path.h>
-#include <vrxstore/digest/digest.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
@@ -98,9 +97,7 @@ class JobPages {
   void AddJobFacts(ReportPage& page) const {
     page.BeginSection("conditions", Text(ReportText::kJob));
     page.BeginFacts();
-    page.AddFact(ReportText::kJob, info_.name,
-                 TextOf(ReportText::kTrailRow,
-                        {std::to_string(info_.head.number), store::HexText(info_.head.digest)}));
+    page.AddJob(info_);
     page.AddOrigin();
     page.EndFacts();
     page.EndSection();

@@ -12,9 +12,8 @@
 namespace vrx::tool {
 
 VerdictLook LookOf(Verdict verdict) {
-  static constexpr VerdictLook kLooks[] = {
-      {"fail", Tint::kBad}, {"warning", Tint::kWarning}, {"pass", Tint::kGood}};
-  return kLooks[static_cast<std::size_t>(verdict)];
+  static constexpr Tint kTints[] = {Tint::kBad, Tint::kWarning, Tint::kGood};
+  return {TextOf(verdict), kTints[static_cast<std::size_t>(verdict)]};
 }
 
 std::string ElementName(std::string_view heading) {

@@ -307,6 +307,12 @@ void ReportPage::AddFact(ReportText term, std::string_view description, std::str
   body_ += "</dd></div>\n";
 }
 
+void ReportPage::AddJob(const store::JobInfo& info) {
+  AddFact(
+      ReportText::kJob, info.name,
+      TextOf(ReportText::kTrailRow, {std::to_string(info.head.number), store::HexText(info.head.digest)}));
+}
+
 void ReportPage::AddFile(ReportText term, const std::string& path) {
   const std::string hash = HashOfFile(path);
   AddFact(term, path == "-" ? "standard input" : path.substr(path.find_last_of("/\\") + 1),

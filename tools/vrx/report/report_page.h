@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include <vrxstore/records/records.h>
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/illuminants.h>
 #include <vrxmath/foundation/numbers.h>
@@ -127,6 +128,8 @@ class ReportPage {
   /// A list of terms and their descriptions, which begins with the customer and the lot of the options.
   void BeginFacts();
   void AddFact(ReportText term, std::string_view description, std::string_view small = {});
+  /// The job that the results are from, with the head of its trail.
+  void AddJob(const store::JobInfo& info);
   /// An input file with its hash. Throws InputError when the report is to be written to it.
   void AddFile(ReportText term, const std::string& path);
   /// How the samples of a file were measured, and when: from the first to the last date, which may be one, or unknown.

@@ -4,8 +4,6 @@
 #include <span>
 #include <utility>
 
-#include <vrxstore/digest/digest.h>
-
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/input/conditions.h"
 
@@ -111,14 +109,12 @@ void ResultReport::AddFile(ReportText term, const std::string& path) {
   if (page_ && !path.empty()) facts_.push_back({term, path, true});
 }
 
-void ResultReport::AddFact(ReportText term, std::string_view description, std::string_view small) {
-  if (page_) facts_.push_back({term, std::string(description), false, std::string(small)});
+void ResultReport::AddFact(ReportText term, std::string_view description) {
+  if (page_) facts_.push_back({term, std::string(description), false});
 }
 
 void ResultReport::AddJob(const store::JobInfo& info) {
-  AddFact(
-      ReportText::kJob, info.name,
-      TextOf(ReportText::kTrailRow, {std::to_string(info.head.number), store::HexText(info.head.digest)}));
+  if (page_) job_ = info;
 }
 
 void ResultReport::AddViewing(const std::vector<vrxIlluminant>& illuminants, int32_t observer) {
@@ -193,8 +189,9 @@ void ResultReport::Save() {
   page_->BeginSection("conditions", Text(ReportText::kConditions));
   page_->AddWarnings(warnings_);
   page_->BeginFacts();
+  if (job_) page_->AddJob(*job_);
   for (const Fact& fact : facts_) {
-    fact.isFile ? page_->AddFile(fact.term, fact.text) : page_->AddFact(fact.term, fact.text, fact.small);
+    fact.isFile ? page_->AddFile(fact.term, fact.text) : page_->AddFact(fact.term, fact.text);
   }
   for (const auto& [conditions, date] : measured_) page_->AddMeasured(conditions, date, date);
   page_->AddOrigin();

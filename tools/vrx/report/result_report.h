@@ -51,7 +51,7 @@ class ResultReport {
 
   /// Inputs and conditions, in the order of the calls.
   void AddFile(ReportText term, const std::string& path);
-  void AddFact(ReportText term, std::string_view description, std::string_view small = {});
+  void AddFact(ReportText term, std::string_view description);
   /// The job that the rows are from, with the head of its trail.
   void AddJob(const store::JobInfo& info);
   void AddViewing(const std::vector<vrxIlluminant>& illuminants, int32_t observer);
@@ -85,7 +85,6 @@ class ResultReport {
     ReportText term;
     std::string text;
     bool isFile;
-    std::string small = {};
   };
 
   struct Target {
@@ -103,6 +102,7 @@ class ResultReport {
   std::optional<ReportPage> page_;  // none when no report is asked for
   std::string heading_;
   std::optional<ReportTable> table_;
+  std::optional<store::JobInfo> job_;
   std::vector<Fact> facts_;
   std::vector<std::array<std::string, 2>> measured_;  // conditions and date
   std::vector<InputWarning> warnings_;
