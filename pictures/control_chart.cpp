@@ -40,6 +40,7 @@ std::vector<LevelLine> LevelsOf(const ControlStrip& strip) {
 void DrawControlStrips(Picture& picture, Rect box, const std::vector<ControlStrip>& strips,
                        const Look& look) {
   std::vector<PlotStrip> plots;
+  plots.reserve(strips.size());
   for (const ControlStrip& strip : strips) plots.push_back({{LineOf(strip)}, LevelsOf(strip)});
   DrawStrips(picture, box, plots, look);
 }

@@ -177,6 +177,7 @@ void DrawTrend(Picture& picture, Rect box, const TrendData& data, const Look& lo
 
 void DrawTrends(Picture& picture, Rect box, const std::vector<TrendData>& strips, const Look& look) {
   std::vector<PlotStrip> plots;
+  plots.reserve(strips.size());
   for (const TrendData& strip : strips)
     plots.push_back({TrendLines(strip), {}, strip.series.size()});  // limits are no measurements
   box.width -= NamesWidth(strips, look);
