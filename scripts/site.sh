@@ -15,7 +15,7 @@ if [ $# -eq 0 ]; then
     cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" \
       -DVRX_BUILD_TESTS=OFF -DVRX_BUILD_PYTHON=ON -DVRX_UNITY=ON -DVRX_LANE_SETS=base \
       -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher"
-    cmake --build "$build" --target vrx vrx_python
+    cmake --build "$build" --target vrx vrx_sqlite vrx_python
   } > build/site.log 2>&1 || { cat build/site.log >&2; exit 1; }
 fi
 cmake --build "$build" --target vrx_reference > build/site.log 2>&1 || { cat build/site.log >&2; exit 1; }
