@@ -1,0 +1,254 @@
+// vrx match --from-stock: batches brought to targets by additions, or recipes made from parts of them.
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <vrxmath/matching/leftovers.h>
+
+#include "tools/vrx/commands/match_options.h"
+#include "tools/vrx/output/output.h"
+#include "tools/vrx/recipes/correction.h"
+#include "tools/vrx/recipes/recipe_options.h"
+#include "tools/vrx/recipes/recipe_search.h"
+#include "tools/vrx/report/recipe_pictures.h"
+
+namespace vrx::tool {
+namespace {
+
+CCorrectionSettings CorrectionSettingsOf(const MatchOptions& options, const ColorSystem& system) {
+  CCorrectionSettings settings;
+  settings.recipe = SettingsOf(options, system);
+  settings.mostAddition = ParseMostAddition(options.mostAddition);
+  CheckAdditions(options.search.choice);
+  switch (options.order) {
+    case RecipeOrder::kCost:
+      settings.aim = CorrectionAim::kCheapest;
+      break;
+    case RecipeOrder::kColor:
+      settings.aim = CorrectionAim::kNearest;
+      break;
+    case RecipeOrder::kMetamerism:
+    case RecipeOrder::kExpected:
+    case RecipeOrder::kInconstancy:
+      throw InputError("--sort: with --from-stock it must be fewest (the smallest additions), color or cost");
+    default:
+      settings.aim = CorrectionAim::kSmallest;
+  }
+  return settings;
+}
+
+// The leftovers in a recipe, and how much of each.
+std::vector<std::pair<std::string, std::string>> PartsOf(const CLeftoverRecipe& recipe,
+                                                         const std::vector<NamedBatch>& stock,
+                                                         double batchSize) {
+  std::vector<std::pair<std::string, std::string>> parts;
+  for (std::size_t i = 0; i < stock.size(); ++i) {
+    const double amount = recipe.used[static_cast<std::ptrdiff_t>(i)];
+    if (amount > 0.0) parts.emplace_back(stock[i].id, AmountText(amount, batchSize));
+  }
+  return parts;
+}
+
+// The same as "A12:350;B7:120.5".
+std::string PartsText(const CLeftoverRecipe& recipe, const std::vector<NamedBatch>& stock, double batchSize) {
+  std::string text;
+  for (const auto& [batch, amount] : PartsOf(recipe, stock, batchSize))
+    text.append(text.empty() ? "" : ";").append(batch).append(":").append(amount);
+  return text;
+}
+
+// Every batch of the stock brought to every target by additions.
+class StockSearch {
+ public:
+  explicit StockSearch(MatchOptions& options)
+      : options_(options),
+        report_(options.report, ReportText::kRecipes),
+        system_(ReadColorSystem(options.search.system)),
+        targets_(ReadTargets(options, report_)),
+        stock_(ReadStock(options.stock, system_, options.search.input)),
+        settings_(CorrectionSettingsOf(options, system_)) {}
+
+  void Check() const {
+    for (const NamedTarget& target : targets_) {
+      for (const NamedBatch& batch : stock_) {
+        RefuseFaults(CheckCorrection(system_.data, system_.rules, batch.batch, target.target, settings_),
+                     system_, settings_.recipe, NamesOf(target, batch));
+      }
+    }
+  }
+
+  void Run() {
+    std::vector<CStockCorrectionArray> found;
+    {
+      SearchProgress progress(targets_.size());
+      for (std::size_t i = 0; i < targets_.size(); ++i) found.push_back(CorrectAll(i, progress));
+    }
+    std::vector<Column> columns{{"target"}, {"rank"}, {"batch"}};
+    AddCorrectionColumns(settings_.recipe, columns);
+    OutputStream output;
+    DescribeRun(options_, settings_.recipe, report_);
+    report_.AddFile(ReportText::kStock, options_.stock);
+    const std::unique_ptr<RowWriter> rows = report_.Rows(options_.search.format, output, columns);
+    for (std::size_t i = 0; i < targets_.size(); ++i) {
+      int rank = 0;
+      for (const CStockCorrection& correction : found[i]) {
+        rows->Text(targets_[i].id);
+        rows->Integer(++rank);
+        rows->Text(stock_[static_cast<std::size_t>(correction.batch)].id);
+        WriteCorrection(correction, system_, *rows);
+        rows->EndRow();
+      }
+    }
+    rows->Finish();
+    AddPictures(found);
+    report_.Save();
+    output.Finish();
+  }
+
+ private:
+  RecipeNames NamesOf(const NamedTarget& target, const NamedBatch& batch) const {
+    RecipeNames names = tool::NamesOf(options_, target);
+    names.batch = names.formula = options_.stock + ": batch \"" + batch.id + "\"";
+    return names;
+  }
+
+  void AddPictures(const std::vector<CStockCorrectionArray>& found) {
+    RecipePictures pictures(settings_.recipe, system_, report_);
+    for (std::size_t i = 0; i < targets_.size() && pictures.IsWanted(); ++i) {
+      std::vector<FoundRecipe> shown;
+      for (const CStockCorrection& each : found[i]) {
+        if (shown.size() == RecipePictures::kMostFound) break;
+        shown.push_back({stock_[static_cast<std::size_t>(each.batch)].id,
+                         NamedAmounts(each.correction.additions, system_, each.size), each.correction.curve});
+      }
+      pictures.Add(targets_[i].id, targets_[i].target, shown);
+    }
+    pictures.Finish(targets_.size());
+  }
+
+  // What the batches need to become a target, best first.
+  CStockCorrectionArray CorrectAll(std::size_t number, SearchProgress& progress) {
+    CArrayVarex<CBatch> batches;
+    for (const NamedBatch& batch : stock_) batches.Add(batch.batch);
+    CStockCorrectionArray found;
+    settings_.recipe.progress = progress.OfSearch(number);
+    const RecipeOutcome outcome =
+        CorrectStock(system_.data, system_.rules, batches, targets_[number].target, settings_, found);
+    RefuseFaults(outcome, system_, settings_.recipe, NamesOf(targets_[number], stock_.front()));
+    return found;
+  }
+
+  const MatchOptions& options_;
+  ResultReport report_;
+  ColorSystem system_;
+  std::vector<NamedTarget> targets_;
+  std::vector<NamedBatch> stock_;
+  CCorrectionSettings settings_;
+};
+
+// Recipes of parts of the stock and what is fresh.
+class PartsSearch {
+ public:
+  explicit PartsSearch(MatchOptions& options)
+      : options_(options),
+        report_(options.report, ReportText::kRecipes),
+        system_(ReadColorSystem(options.search.system)),
+        targets_(ReadTargets(options, report_)),
+        stock_(ReadStock(options.stock, system_, options.search.input)),
+        settings_(SettingsOf(options, system_)) {
+    settings_.batchSize = options.parts;
+  }
+
+  void Run() {
+    const std::vector<CLeftoverRecipeArray> found = Search();
+    OutputStream output;
+    DescribeRun(options_, settings_, report_);
+    report_.AddFile(ReportText::kStock, options_.stock);
+    const std::unique_ptr<RowWriter> rows = report_.Rows(options_.search.format, output, Columns());
+    for (std::size_t i = 0; i < targets_.size(); ++i) {
+      int rank = 0;
+      for (const CLeftoverRecipe& each : found[i]) AddRow(targets_[i].id, ++rank, each, *rows);
+    }
+    rows->Finish();
+    AddPictures(found);
+    report_.Save();
+    output.Finish();
+  }
+
+ private:
+  std::vector<CLeftoverRecipeArray> Search() {
+    CArrayVarex<CBatch> leftovers;
+    for (const NamedBatch& batch : stock_) leftovers.Add(batch.batch);
+    std::vector<CLeftoverRecipeArray> found(targets_.size());
+    SearchProgress progress(targets_.size());
+    for (std::size_t i = 0; i < targets_.size(); ++i) {
+      settings_.progress = progress.OfSearch(i);
+      RecipeNames names = NamesOf(options_, targets_[i]);
+      names.batch = names.formula = options_.stock;
+      RefuseFaults(
+          UseLeftovers(system_.data, system_.rules, leftovers, targets_[i].target, settings_, found[i]),
+          system_, settings_, names);
+    }
+    return found;
+  }
+
+  std::vector<Column> Columns() const {
+    std::vector<Column> columns{{"target"}, {"rank"}, {"colorants"}, {"leftovers"}, {"used"}, {"formula"}};
+    AddDifferenceColumns(settings_, columns);
+    columns.push_back(CostColumn(settings_));
+    columns.push_back({"status"});
+    return columns;
+  }
+
+  void AddRow(const std::string& target, int rank, const CLeftoverRecipe& each, RowWriter& rows) const {
+    const Tint tint = each.recipe.isWithinTolerance ? Tint::kGood : Tint::kBad;
+    rows.Text(target);
+    rows.Integer(rank);
+    rows.Integer(each.recipe.colorants);
+    rows.Text(PartsText(each, stock_, settings_.batchSize));
+    rows.Number(each.total);
+    rows.Words(FormulaText(each.recipe.formula, settings_.batchSize),
+               NamedFormulaText(each.recipe.formula, system_, settings_.batchSize));
+    for (const double difference : each.recipe.differences) rows.Number(difference, tint);
+    rows.Number(each.recipe.cost);
+    rows.Text(each.recipe.isWithinTolerance ? "ok" : "out of tolerance", tint);
+    rows.EndRow();
+  }
+
+  void AddPictures(const std::vector<CLeftoverRecipeArray>& found) {
+    RecipePictures pictures(settings_, system_, report_);
+    for (std::size_t i = 0; i < targets_.size() && pictures.IsWanted(); ++i) {
+      std::vector<FoundRecipe> shown;
+      for (const CLeftoverRecipe& each : found[i]) {
+        if (shown.size() == RecipePictures::kMostFound) break;
+        std::vector<std::pair<std::string, std::string>> amounts = PartsOf(each, stock_, settings_.batchSize);
+        for (const auto& fresh : NamedAmounts(each.recipe.formula, system_, settings_.batchSize))
+          amounts.push_back(fresh);
+        shown.push_back({std::to_string(shown.size() + 1), amounts, each.recipe.curve});
+      }
+      pictures.Add(targets_[i].id, targets_[i].target, shown);
+    }
+    pictures.Finish(targets_.size());
+  }
+
+  const MatchOptions& options_;
+  ResultReport report_;
+  ColorSystem system_;
+  std::vector<NamedTarget> targets_;
+  std::vector<NamedBatch> stock_;
+  CRecipeSettings settings_;
+};
+
+}  // namespace
+
+void MatchFromStock(MatchOptions& options) {
+  if (options.parts > 0.0) return PartsSearch(options).Run();
+  StockSearch search(options);
+  search.Check();
+  search.Run();
+}
+
+}  // namespace vrx::tool
