@@ -83,6 +83,10 @@ if(VRX_SHARED_HEADERS)
   file(WRITE ${CMAKE_BINARY_DIR}/shared_headers.cpp "")
   add_library(vrx_shared_headers OBJECT ${CMAKE_BINARY_DIR}/shared_headers.cpp)
   target_link_libraries(vrx_shared_headers PRIVATE vrx_numeric_flags vrx_build_flags)
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    # What was made of the same headers is the same, whenever: a compiler's cache can then keep what was compiled with it.
+    target_compile_options(vrx_build_flags INTERFACE "SHELL:-Xclang -fno-pch-timestamp")
+  endif()
   target_precompile_headers(vrx_shared_headers PRIVATE <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <filesystem>
     <functional> <limits> <map> <memory> <optional> <span> <string> <string_view> <utility> <vector>)
 endif()

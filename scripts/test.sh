@@ -10,6 +10,8 @@ set -eu
 cd "$(dirname "$0")/.."
 jobs=$(nproc)
 launcher=$(command -v ccache || true)
+# What ccache has to know of precompiled headers.
+export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
 
 # stage NAME COMMAND...: runs the command and tells how long it took.
 stage() {
