@@ -91,6 +91,31 @@ def test_grades_appearance_and_adaptation(curves):
     assert vrx.delta(xyz[0], xyz[0], system="cam16ucs", space="xyz", illuminant="A", observer=2) == 0.0
 
 
+# CIE 15's formulas written once more, and every space back to where it came from; what a display can show.
+@pytest.mark.parametrize("lamp, observer", [("D65", 10), ("A", 2), ("F11", 10)])
+def test_spaces_and_back(lamp, observer, curves):
+    xyz, white = vrx.tristimulus(np.vstack([curves, np.full(40, 0.4)]), lamp, observer), vrx.white_point(lamp, observer)
+    cube = np.where(xyz / white > (6 / 29) ** 3, np.cbrt(xyz / white), xyz / white * (29 / 6) ** 2 / 3 + 4 / 29)
+    lightness = 116 * cube[:, 1] - 16
+    lab = np.stack([lightness, 500 * (cube[:, 0] - cube[:, 1]), 200 * (cube[:, 1] - cube[:, 2])], axis=1)
+
+    def chromaticity(values):
+        return values[..., :2] * [4, 9] / (values @ [1, 15, 3])[..., None]
+
+    uv = 13 * lightness[:, None] * (chromaticity(xyz) - chromaticity(white))
+    root = np.sqrt(xyz[:, 1] / white[1])
+    for there, back, expected in ((vrx.lab, vrx.xyz_from_lab, lab), (vrx.luv, vrx.xyz_from_luv, np.column_stack([lightness, uv])),
+                                  (vrx.hunter, vrx.xyz_from_hunter, 100 * root[:, None])):
+        found = there(xyz, lamp, observer)
+        width = expected.shape[1]
+        assert np.allclose(found[:, :width], expected, rtol=0, atol=2e-4), there
+        assert np.allclose(back(found, lamp, observer), xyz, rtol=1e-11, atol=1e-6), back  # 7.787 where it is dark
+        assert np.allclose(there(white, lamp, observer), [100, 0, 0], atol=1e-9), there
+    assert vrx.in_gamut(white, lamp, observer) is True and (vrx.display_rgb(white, lamp, observer) >= 254).all()
+    shown = vrx.in_gamut([white * 0.2, white * [0.1, 0.6, 0.05], white * 1.1], lamp, observer)
+    assert shown.tolist() == [True, False, False]
+
+
 # Half the light is 0.301, a tint of half paper and half black 50 / 0.99; the red chip of the renotation; verdicts by hand.
 def test_figures():
     assert np.allclose(vrx.densities(np.full((2, 3, 40), 50.0), "e"), 0.30102999566)
