@@ -19,10 +19,10 @@ namespace vrx::store {
 /// The version of the tables that this library makes and reads.
 inline constexpr std::int32_t kSchemaVersion = 2;
 
-/// A statement as a database prepared it. Its places are bound one after the other; what is bound must live until the last step.
-class PreparedStatement {
+/// Places that are bound one after the other; what is bound must live until the last step.
+class BoundPlaces {
  public:
-  virtual ~PreparedStatement() = default;
+  virtual ~BoundPlaces() = default;
 
   virtual void BindInteger(std::optional<std::int64_t> value) = 0;
   virtual void BindNumber(std::optional<double> value) = 0;
@@ -34,9 +34,13 @@ class PreparedStatement {
 
   /// Forgets rows and values.
   virtual void Reset() = 0;
-  /// Goes to the next row; false behind the last one, when the statement is reset.
+  /// Goes to the next row; false behind the last one, when the statement is reset, and always where none is given.
   virtual bool Step() = 0;
+};
 
+/// A statement as a database prepared it.
+class PreparedStatement : public BoundPlaces {
+ public:
   /// Columns of the row, from 0. Integer gives 0 and Text nothing for NULL; both throw StoreError for values of another kind.
   virtual std::int64_t Integer(int column) const = 0;
   virtual bool IsNull(int column) const = 0;
@@ -60,8 +64,7 @@ class Database {
   virtual std::unique_ptr<PreparedStatement> Prepare(const std::string& sql, RowCount count) = 0;
   /// A statement that inserts rows into a table, of values in the order of `columns` ("id, name"). Rows may reach the table as late
   /// as the commit, after those of every table for which this was called before.
-  virtual std::unique_ptr<PreparedStatement> PrepareRows(const std::string& table,
-                                                         const std::string& columns) = 0;
+  virtual std::unique_ptr<BoundPlaces> PrepareRows(const std::string& table, const std::string& columns) = 0;
   /// Runs statements without values and results.
   virtual void Execute(const char* sql) = 0;
   /// Between two tables that are looked up in the order in which a statement names them.
@@ -109,31 +112,26 @@ inline DoublesToBind CurveOf(std::span<const double> numbers) {
   return {numbers};
 }
 
-/// A prepared statement. Values are bound, never written into its text.
-class Statement {
+/// What binds values to the places of a statement, never into its text. SELF is the class that derives from it, FORM what a
+/// database made of the statement.
+template <class SELF, class FORM>
+class Binding {
  public:
-  /// `database` must outlive it.
-  Statement(Database& database, const std::string& sql, RowCount count = RowCount::kFew)
-      : form_(database.Prepare(sql, count)) {}
-  explicit Statement(std::unique_ptr<PreparedStatement> form) : form_(std::move(form)) {}
-
   /// Binds the values of the statement's places, from the first on, and resets it before.
   template <class... VALUE>
-  Statement& Bind(const VALUE&... values) {
+  SELF& Bind(const VALUE&... values) {
     form_->Reset();
     (BindOne(values), ...);
-    return *this;
+    return static_cast<SELF&>(*this);
   }
   void Reset() { form_->Reset(); }
-  bool Step() { return form_->Step(); }
   /// Runs a statement that gives no rows.
-  void Run() { static_cast<void>(Step()); }
+  void Run() { static_cast<void>(form_->Step()); }
 
-  std::int64_t Integer(int column) const { return form_->Integer(column); }
-  std::int32_t Small(int column) const { return static_cast<std::int32_t>(Integer(column)); }
-  bool IsNull(int column) const { return form_->IsNull(column); }
-  std::string_view Text(int column) const { return form_->Text(column); }
-  void TakeDoubles(int column, std::span<double> numbers) const { form_->TakeDoubles(column, numbers); }
+ protected:
+  explicit Binding(std::unique_ptr<FORM> form) : form_(std::move(form)) {}
+  const FORM& Form() const { return *form_; }
+  FORM& Form() { return *form_; }
 
  private:
   void BindOne(std::int64_t value) { form_->BindInteger(value); }
@@ -148,7 +146,30 @@ class Statement {
   void BindOne(const BytesToBind& value) { form_->BindBytes(value.bytes); }
   void BindOne(const DoublesToBind& value) { form_->BindDoubles(value.numbers); }
 
-  std::unique_ptr<PreparedStatement> form_;
+  std::unique_ptr<FORM> form_;
+};
+
+/// Rows for a table, one by one (Database::PrepareRows).
+class RowInserter : public Binding<RowInserter, BoundPlaces> {
+ public:
+  /// `database` must outlive it.
+  RowInserter(Database& database, const std::string& table, const std::string& columns)
+      : Binding(database.PrepareRows(table, columns)) {}
+};
+
+/// A prepared statement.
+class Statement : public Binding<Statement, PreparedStatement> {
+ public:
+  /// `database` must outlive it.
+  Statement(Database& database, const std::string& sql, RowCount count = RowCount::kFew)
+      : Binding(database.Prepare(sql, count)) {}
+
+  bool Step() { return Form().Step(); }
+  std::int64_t Integer(int column) const { return Form().Integer(column); }
+  std::int32_t Small(int column) const { return static_cast<std::int32_t>(Integer(column)); }
+  bool IsNull(int column) const { return Form().IsNull(column); }
+  std::string_view Text(int column) const { return Form().Text(column); }
+  void TakeDoubles(int column, std::span<double> numbers) const { Form().TakeDoubles(column, numbers); }
 };
 
 /// The integer of a query's only row.

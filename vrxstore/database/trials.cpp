@@ -106,14 +106,12 @@ class BatchOfTables final : public BatchWriter {
         settings_(database),
         standards_(database),
         measuring_(database),
-        trial_(
-            database.PrepareRows("trial", "id, batch, name, title, \"Angle\", samples, measured, measuring")),
-        reading_(database.PrepareRows("reading", "trial, place, samples")),
-        judgement_(database.PrepareRows("judgement",
-                                        "id, trial, standard_version, curve, settings, library, verdict")),
-        outcome_(database.PrepareRows("outcome",
-                                      "judgement, place, illuminant, available, difference, numbers, word0, "
-                                      "word1, word2, box, total, verdict, broken")),
+        trial_(database, "trial", "id, batch, name, title, \"Angle\", samples, measured, measuring"),
+        reading_(database, "reading", "trial, place, samples"),
+        judgement_(database, "judgement", "id, trial, standard_version, curve, settings, library, verdict"),
+        outcome_(database, "outcome",
+                 "judgement, place, illuminant, available, difference, numbers, word0, "
+                 "word1, word2, box, total, verdict, broken"),
         taken_(NowText()),
         number_(NextNumber(database, "batch")),
         nextTrial_(NextNumber(database, "trial")),
@@ -190,7 +188,7 @@ class BatchOfTables final : public BatchWriter {
   SettingsTable settings_;
   StandardTable standards_;
   MeasuringTable measuring_;
-  Statement trial_, reading_, judgement_, outcome_;
+  RowInserter trial_, reading_, judgement_, outcome_;
   ContentDigest digest_;
   std::string taken_, bytes_;
   std::int64_t number_, nextTrial_, nextJudgement_, trials_ = 0;

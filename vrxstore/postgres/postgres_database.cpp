@@ -190,8 +190,8 @@ std::unique_ptr<PreparedStatement> PostgresDatabase::Prepare(const std::string& 
   return std::make_unique<ServerStatement>(*this, sql);
 }
 
-std::unique_ptr<PreparedStatement> PostgresDatabase::PrepareRows(const std::string& table,
-                                                                 const std::string& columns) {
+std::unique_ptr<BoundPlaces> PostgresDatabase::PrepareRows(const std::string& table,
+                                                           const std::string& columns) {
   return std::make_unique<RowsToCopy>(*this, table, columns);
 }
 

@@ -53,8 +53,7 @@ class PostgresDatabase final : public Database {
   const std::string& Name() const override { return name_; }
 
   std::unique_ptr<PreparedStatement> Prepare(const std::string& sql, RowCount count) override;
-  std::unique_ptr<PreparedStatement> PrepareRows(const std::string& table,
-                                                 const std::string& columns) override;
+  std::unique_ptr<BoundPlaces> PrepareRows(const std::string& table, const std::string& columns) override;
   void Execute(const char* sql) override;
   /// The server looks tables up in the order that it finds best.
   const char* JoinInOrder() const override { return " JOIN "; }

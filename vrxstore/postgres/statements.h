@@ -73,7 +73,7 @@ class ServerCursor final : public ServerStatement {
 };
 
 /// Rows that go into a table by COPY, in its binary format.
-class RowsToCopy final : public PreparedStatement {
+class RowsToCopy final : public BoundPlaces {
  public:
   RowsToCopy(PostgresDatabase& database, const std::string& table, const std::string& columns);
   RowsToCopy(const RowsToCopy&) = delete;
@@ -93,11 +93,6 @@ class RowsToCopy final : public PreparedStatement {
   std::size_t Size() const { return rows_.size(); }
   void Send();
   void Drop() { rows_.clear(); }
-
-  std::int64_t Integer(int /*column*/) const override { return 0; }
-  bool IsNull(int /*column*/) const override { return true; }
-  std::string_view Text(int /*column*/) const override { return {}; }
-  void TakeDoubles(int /*column*/, std::span<double> /*numbers*/) const override {}
 
  private:
   void AppendField(std::string_view bytes);

@@ -184,8 +184,8 @@ std::unique_ptr<PreparedStatement> SqliteDatabase::Prepare(const std::string& sq
   return std::make_unique<SqliteStatement>(*this, sql);
 }
 
-std::unique_ptr<PreparedStatement> SqliteDatabase::PrepareRows(const std::string& table,
-                                                               const std::string& columns) {
+std::unique_ptr<BoundPlaces> SqliteDatabase::PrepareRows(const std::string& table,
+                                                         const std::string& columns) {
   std::string places = "?";
   for (const char character : columns) {
     if (character == ',') places += ", ?";

@@ -22,8 +22,7 @@ class SqliteDatabase final : public Database {
   sqlite3* Handle() const { return handle_.get(); }
 
   std::unique_ptr<PreparedStatement> Prepare(const std::string& sql, RowCount count) override;
-  std::unique_ptr<PreparedStatement> PrepareRows(const std::string& table,
-                                                 const std::string& columns) override;
+  std::unique_ptr<BoundPlaces> PrepareRows(const std::string& table, const std::string& columns) override;
   void Execute(const char* sql) override;
   /// SQLite looks tables of a CROSS JOIN up in the order in which they are named.
   const char* JoinInOrder() const override { return " CROSS JOIN "; }
