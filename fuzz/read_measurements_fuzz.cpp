@@ -71,13 +71,21 @@ void Read(const std::string& content, const ReadOptions& options, Use use) {
   if (!samples.empty()) use(*reader, last, samples);
 }
 
+// Whether an id is the number of the last row, which stands for a missing one: rows without a value count, too.
+bool IsRowNumber(const std::string& id, std::size_t samples, int64_t unmeasured) {
+  for (std::size_t row = samples; row <= samples + static_cast<std::size_t>(unmeasured); ++row) {
+    if (id == std::to_string(row)) return true;
+  }
+  return false;
+}
+
 void CheckBookmark(MeasurementReader& reader, uint64_t offset, const std::vector<Sample>& samples) {
+  const bool isNumbered = IsRowNumber(samples.back().id, samples.size(), reader.CountUnmeasured());
   reader.SeekTo(offset);
   Measurement sample;
   Require(reader.Next(sample));
   Sample again = Kept(sample);
-  if (samples.back().id == std::to_string(samples.size()))
-    again.id = samples.back().id;  // the number of the row
+  if (isNumbered) again.id = samples.back().id;
   Require(again == samples.back());
 }
 
