@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <vrxio/files/curve_reader.h>
@@ -519,6 +520,28 @@ TEST(MeasurementFiles, ConditionsInTheWordsOfTheMakers) {
   while (reader.Next(row)) {
   }
   EXPECT_EQ(reader.Mixture(), "M0 and M2");
+}
+
+// What differs between the measurings of a CxF file: the geometry, or the M condition where that is all.
+TEST(MeasurementFiles, MeasuringsTellSamplesApart) {
+  const auto replaced = [](std::string text, const std::string& from, const std::string& to) {
+    return text.replace(text.find(from), from.size(), to);
+  };
+  const std::string second = replaced(kSpectrum, "\"s\"", "\"t\""),
+                    same = replaced(kMeasuring, "\"s\"", "\"t\""),
+                    withoutUv = replaced(same, "M1_Daylight", "M2_UVExcluded"),
+                    turned = replaced(replaced(withoutUv, "Angle>45.0", "Angle>0"), "MeasurementAngle>0",
+                                      "MeasurementAngle>45");
+  const std::tuple<std::string, const char*, const char*> kRows[] = {
+      {same, "|-1|", "|-1|"}, {withoutUv, "|43|", "|44|"}, {turned, "|1|", "|3|"}};
+  for (const auto& [measuring, first, other] : kRows) {
+    std::istringstream lines(ReadAll(Cxf(kSpectrum + second, kMeasuring + measuring)));
+    for (const std::string code : {first, other}) {
+      std::string line;
+      ASSERT_TRUE(std::getline(lines, line)) << code;
+      EXPECT_NE(line.find(code), std::string::npos) << line << " for " << code;
+    }
+  }
 }
 
 TEST(MeasurementFiles, WhatIsNotUsedIsSaid) {
