@@ -128,9 +128,10 @@ TEST_F(Help, ExamplesRunAsTheyStand) {
   EXPECT_EQ(RunLine("vrx settings set Diagnostics 'Color Sensor' 0").status, 0);
   int examples = 0;
   for (const std::string& command : commands) {
-    const std::string help = Run(command + " --help").out;
+    const Result told = Run(command + " --help");
+    const std::string& help = told.out;
     const std::size_t list = help.find("\nExample");
-    ASSERT_NE(list, std::string::npos) << command;
+    ASSERT_NE(list, std::string::npos) << command << " ends with " << told.status << ": " << help << told.err;
     std::istringstream lines(help.substr(help.find('\n', list + 1) + 1));
     std::string example;
     for (std::string line; std::getline(lines, line);) {
