@@ -38,7 +38,7 @@ build() {
 
 build_and_test() {
   build "$@"
-  ctest --preset "$1" -j "$jobs" ${repeat:-}
+  ctest --preset "$1" -j "$jobs"
 }
 
 # clang-tidy by the commands of the sanitizers' build, a source once even where it is compiled several times, as the lane
@@ -87,10 +87,9 @@ runs_windows() {
 
 # Both widths of Windows: the library, its tests and the tool, cross-built and run by wine. A width whose programs do not
 # run here is built all the same, which holds the exports against their list. On a machine with much to do wine at times ends a
-# program without its output; a test that fails runs once more, and what our code does wrong it does again.
+# program without its output; by the presets a test that fails runs once more, and what our code does wrong it does again.
 windows() {
   sh scripts/setup.sh windows || has_windows_packages
-  repeat="--repeat until-pass:2"
   for width in i686 x86_64; do
     if runs_windows "$width"; then
       build_and_test "ci-windows-$width"
@@ -99,7 +98,6 @@ windows() {
       build "ci-windows-$width"
     fi
   done
-  repeat=
 }
 
 # The engine as WebAssembly: the tests that pin results and those of numbers and readers by node, the package of npm, the page in

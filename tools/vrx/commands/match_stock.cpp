@@ -60,16 +60,31 @@ std::string PartsText(const CLeftoverRecipe& recipe, const std::vector<NamedBatc
   return text;
 }
 
-// Every batch of the stock brought to every target by additions.
-class StockSearch {
- public:
-  explicit StockSearch(MatchOptions& options)
+// What is read for targets that a stock is to become.
+class StockAndTargets {
+ protected:
+  explicit StockAndTargets(MatchOptions& options)
       : options_(options),
         report_(options.report, ReportText::kRecipes),
         system_(ReadColorSystem(options.search.system)),
         targets_(ReadTargets(options, report_)),
-        stock_(ReadStock(options.stock, system_, options.search.input)),
-        settings_(CorrectionSettingsOf(options, system_)) {}
+        stock_(ReadStock(options.stock, system_, options.search.input)) {
+    for (const NamedBatch& batch : stock_) batches_.Add(batch.batch);
+  }
+
+  const MatchOptions& options_;
+  ResultReport report_;
+  ColorSystem system_;
+  std::vector<NamedTarget> targets_;
+  std::vector<NamedBatch> stock_;
+  CArrayVarex<CBatch> batches_;  // those of the stock
+};
+
+// Every batch of the stock brought to every target by additions.
+class StockSearch : StockAndTargets {
+ public:
+  explicit StockSearch(MatchOptions& options)
+      : StockAndTargets(options), settings_(CorrectionSettingsOf(options, system_)) {}
 
   void Check() const {
     for (const NamedTarget& target : targets_) {
@@ -131,34 +146,22 @@ class StockSearch {
 
   // What the batches need to become a target, best first.
   CStockCorrectionArray CorrectAll(std::size_t number, SearchProgress& progress) {
-    CArrayVarex<CBatch> batches;
-    for (const NamedBatch& batch : stock_) batches.Add(batch.batch);
     CStockCorrectionArray found;
     settings_.recipe.progress = progress.OfSearch(number);
     const RecipeOutcome outcome =
-        CorrectStock(system_.data, system_.rules, batches, targets_[number].target, settings_, found);
+        CorrectStock(system_.data, system_.rules, batches_, targets_[number].target, settings_, found);
     RefuseFaults(outcome, system_, settings_.recipe, NamesOf(targets_[number], stock_.front()));
     return found;
   }
 
-  const MatchOptions& options_;
-  ResultReport report_;
-  ColorSystem system_;
-  std::vector<NamedTarget> targets_;
-  std::vector<NamedBatch> stock_;
   CCorrectionSettings settings_;
 };
 
 // Recipes of parts of the stock and what is fresh.
-class PartsSearch {
+class PartsSearch : StockAndTargets {
  public:
   explicit PartsSearch(MatchOptions& options)
-      : options_(options),
-        report_(options.report, ReportText::kRecipes),
-        system_(ReadColorSystem(options.search.system)),
-        targets_(ReadTargets(options, report_)),
-        stock_(ReadStock(options.stock, system_, options.search.input)),
-        settings_(SettingsOf(options, system_)) {
+      : StockAndTargets(options), settings_(SettingsOf(options, system_)) {
     settings_.batchSize = options.parts;
   }
 
@@ -180,8 +183,6 @@ class PartsSearch {
 
  private:
   std::vector<CLeftoverRecipeArray> Search() {
-    CArrayVarex<CBatch> leftovers;
-    for (const NamedBatch& batch : stock_) leftovers.Add(batch.batch);
     std::vector<CLeftoverRecipeArray> found(targets_.size());
     SearchProgress progress(targets_.size());
     for (std::size_t i = 0; i < targets_.size(); ++i) {
@@ -189,7 +190,7 @@ class PartsSearch {
       RecipeNames names = NamesOf(options_, targets_[i]);
       names.batch = names.formula = options_.stock;
       RefuseFaults(
-          UseLeftovers(system_.data, system_.rules, leftovers, targets_[i].target, settings_, found[i]),
+          UseLeftovers(system_.data, system_.rules, batches_, targets_[i].target, settings_, found[i]),
           system_, settings_, names);
     }
     return found;
@@ -234,11 +235,6 @@ class PartsSearch {
     pictures.Finish(targets_.size());
   }
 
-  const MatchOptions& options_;
-  ResultReport report_;
-  ColorSystem system_;
-  std::vector<NamedTarget> targets_;
-  std::vector<NamedBatch> stock_;
   CRecipeSettings settings_;
 };
 
