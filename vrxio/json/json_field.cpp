@@ -233,4 +233,8 @@ void JsonField::Fail(const std::string& reason) const {
   throw InputError(document_->Name() + ": " + (path.empty() ? reason : path + ": " + reason));
 }
 
+std::string JsonString(std::string_view text) {
+  return nlohmann::json(text).dump();
+}
+
 }  // namespace vrx::io

@@ -126,6 +126,9 @@ class JsonField {
   uint32_t node_;
 };
 
+/// `text`, which must be UTF-8, as a string of JSON with its quotes.
+std::string JsonString(std::string_view text);
+
 }  // namespace vrx::io
 
 #endif  // VRXIO_JSON_JSON_FIELD_H_

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
@@ -173,10 +172,6 @@ CDbFormula ReadLines(const JsonField& field, const ComponentIndex& index) {
   return formula;
 }
 
-std::string Quoted(const std::string& text) {
-  return nlohmann::json(text).dump();
-}
-
 std::string CurveText(const CKSData& curve) {
   std::string text;
   for (const double sample : curve) {
@@ -207,10 +202,10 @@ std::string CalibratedText(const CComponentCalibration& calibrated) {
 
 std::string ComponentText(const CComponent& component, const CComponentCalibrationArray& calibrations) {
   std::string text = "    {\"id\": " + std::to_string(component.GetId()) +
-                     ", \"name\": " + Quoted(component.GetName().ToUtf8());
+                     ", \"name\": " + JsonString(component.GetName().ToUtf8());
   const auto kind = std::find(kKinds.begin(), kKinds.end(), component.GetKind());
   if (kind != kKinds.begin() && kind != kKinds.end()) {
-    text += ", \"kind\": " + Quoted(std::string(kKindNames[static_cast<std::size_t>(kind - kKinds.begin())]));
+    text += ", \"kind\": " + JsonString(kKindNames[static_cast<std::size_t>(kind - kKinds.begin())]);
   }
   for (const CComponentCalibration& calibrated : calibrations) {
     if (calibrated.componentId != component.GetId()) continue;
@@ -295,12 +290,12 @@ std::vector<NamedFormula> ReadFormulas(const std::string& path, const ColorSyste
 
 std::string ColorSystemText(const ColorSystem& system) {
   const auto model = static_cast<std::size_t>(system.data.opticalModel);
-  std::string text = "{\n  \"name\": " + Quoted(system.data.name.ToUtf8()) +
-                     ",\n  \"model\": " + Quoted(std::string(kModelNames.at(model))) +
+  std::string text = "{\n  \"name\": " + JsonString(system.data.name.ToUtf8()) +
+                     ",\n  \"model\": " + JsonString(kModelNames.at(model)) +
                      ",\n  \"k1\": " + ShortestText(system.data.k1) +
                      ",\n  \"k2\": " + ShortestText(system.data.k2);
-  if (system.specular) text += ",\n  \"specular\": " + Quoted(std::string(SpecularName(*system.specular)));
-  if (!system.calibratedOn.empty()) text += ",\n  \"calibrated_on\": " + Quoted(system.calibratedOn);
+  if (system.specular) text += ",\n  \"specular\": " + JsonString(SpecularName(*system.specular));
+  if (!system.calibratedOn.empty()) text += ",\n  \"calibrated_on\": " + JsonString(system.calibratedOn);
   text += ",\n  \"components\": [\n";
   bool isFirst = true;
   for (const CComponent* component : ComponentsInOrder(system)) {
@@ -317,7 +312,7 @@ std::string FormulasText(const std::vector<NamedFormula>& formulas) {
   std::string text = "{\"formulas\": [";
   bool isFirst = true;
   for (const NamedFormula& formula : formulas) {
-    text += (isFirst ? "\n" : ",\n") + ("  {\"name\": " + Quoted(formula.name)) + ", \"lines\": [";
+    text += (isFirst ? "\n" : ",\n") + ("  {\"name\": " + JsonString(formula.name)) + ", \"lines\": [";
     isFirst = false;
     std::string lines;
     for (const CDbFormulaElement& line : formula.formula) {

@@ -138,21 +138,22 @@ class DeltaRows {
   }
 
   void AddObject(std::string_view id, vrxIlluminant illuminant, const JudgementUnder& judgement) {
-    nlohmann::ordered_json object;
-    object["id"] = id;
-    object["system"] = system_;
-    object["illuminant"] = ShownIlluminant(illuminant);
-    object["observer"] = observer_;
-    for (const double element : judgement.difference) object["elements"].push_back(JsonNumber(element));
+    JsonObject object;
+    object.Text("id", id);
+    object.Text("system", system_);
+    object.Text("illuminant", ShownIlluminant(illuminant));
+    object.Integer("observer", observer_);
+    for (const double element : judgement.difference) object.AppendNumber("elements", element);
+    JsonObject columns;
     for (const DifferenceColumn& column : columns_) {
-      object["columns"][column.heading] =
-          JsonNumber(ElementOf(judgement.difference, column), judgement.available);
+      columns.Number(column.heading, ElementOf(judgement.difference, column), judgement.available);
     }
+    object.Object("columns", columns);
     if (withVerdicts_) {
-      for (const ShadeWord word : judgement.words) object["words"].push_back(TextOf(word));
-      object["box"] = judgement.components;
-      object["total"] = judgement.total;
-      object["verdict"] = judgement.verdict;
+      for (const ShadeWord word : judgement.words) object.AppendText("words", TextOf(word));
+      object.Integer("box", judgement.components);
+      object.Integer("total", judgement.total);
+      object.Integer("verdict", judgement.verdict);
     }
     array_.Add(object);
   }

@@ -269,43 +269,46 @@ class JsonJudgeOutput final : public JudgeOutput {
   void Add(const TrialJudgement& judgement) override {
     for (std::size_t i = 0; i < texts_.illuminants.size(); ++i) {
       const JudgementUnder& under = judgement.under[i];
-      nlohmann::ordered_json object;
-      object["standard"] = judgement.standard;
-      object["trial"] = judgement.trial;
-      object["geometry"] = judgement.geometry < 0
-                               ? nlohmann::ordered_json()
-                               : nlohmann::ordered_json(texts_.Geometry(judgement.geometry));
-      object["illuminant"] = texts_.illuminants[i];
-      object["observer"] = texts_.observer;
-      if (texts_.interval != kWavelengthStep) object["interval"] = texts_.interval;
-      for (std::size_t k = 0; k < under.difference.size(); ++k)
-        object["elements"].push_back(JsonNumber(under.difference[k], under.available && isShown_[k]));
-      for (const ShadeWord word : under.words) object["words"].push_back(TextOf(word));
-      object["box"] = under.components;
-      object["total"] = under.total;
-      object["verdict"] = under.verdict;
-      object["reason"] = ReasonOf(under.breach);
-      if (byEllipse_) object["ellipse"] = JsonNumber(under.ellipsoidValue);
-      if (byGrade_) {
-        object["grade"] = JsonNumber(under.grade, under.available);
-        object["half_step"] = JsonNumber(HalfStepOf(under), under.available);
+      JsonObject object;
+      object.Text("standard", judgement.standard);
+      object.Text("trial", judgement.trial);
+      if (judgement.geometry < 0) {
+        object.Null("geometry");
+      } else {
+        object.Text("geometry", texts_.Geometry(judgement.geometry));
       }
-      if (byInconstancy_) object["inconstancy"] = JsonNumber(under.inconstancy, under.available && i > 0);
+      object.Text("illuminant", texts_.illuminants[i]);
+      object.Integer("observer", texts_.observer);
+      if (texts_.interval != kWavelengthStep) object.Integer("interval", texts_.interval);
+      for (std::size_t k = 0; k < under.difference.size(); ++k)
+        object.AppendNumber("elements", under.difference[k], under.available && isShown_[k]);
+      for (const ShadeWord word : under.words) object.AppendText("words", TextOf(word));
+      object.Integer("box", under.components);
+      object.Integer("total", under.total);
+      object.Integer("verdict", under.verdict);
+      AddReason(under.breach, object);
+      if (byEllipse_) object.Number("ellipse", under.ellipsoidValue);
+      if (byGrade_) {
+        object.Number("grade", under.grade, under.available);
+        object.Number("half_step", HalfStepOf(under), under.available);
+      }
+      if (byInconstancy_) object.Number("inconstancy", under.inconstancy, under.available && i > 0);
       array_.Add(object);
     }
   }
   void Finish(const JudgeSummaries&) override { array_.Finish(); }
 
  private:
-  nlohmann::ordered_json ReasonOf(const LimitBreach& breach) const {
-    nlohmann::ordered_json reason;
-    if (breach.limit == BrokenLimit::kNone) return reason;
-    reason["limit"] = NameOfLimit(breach.limit, system_);
-    if (breach.limit == BrokenLimit::kNoDifference) return reason;
-    reason["value"] = JsonNumber(breach.value);
-    reason["bound"] = JsonNumber(breach.bound);
-    reason["excess"] = JsonNumber(breach.Excess());
-    return reason;
+  void AddReason(const LimitBreach& breach, JsonObject& object) const {
+    if (breach.limit == BrokenLimit::kNone) return object.Null("reason");
+    JsonObject reason;
+    reason.Text("limit", NameOfLimit(breach.limit, system_));
+    if (breach.limit != BrokenLimit::kNoDifference) {
+      reason.Number("value", breach.value);
+      reason.Number("bound", breach.bound);
+      reason.Number("excess", breach.Excess());
+    }
+    object.Object("reason", reason);
   }
 
   JsonArrayWriter array_;

@@ -228,38 +228,6 @@ void OutputStream::Finish() {
   finished_ = true;
 }
 
-// JSON --------------------------------------------------------------------------------------------------
-
-nlohmann::ordered_json JsonNumber(double value, bool isKnown) {
-  if ((!isKnown && IsUnset(value)) || !std::isfinite(value)) return nullptr;
-  return value + 0.0;  // a negative zero becomes 0
-}
-
-void JsonArrayWriter::Add(const nlohmann::ordered_json& element) {
-  output_.Append(std::exchange(empty_, false) ? "[\n" : ",\n");
-  AppendEscaped(element.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
-}
-
-// Hidden characters beyond ASCII stand in texts only, where an escape says the same and no terminal obeys it.
-void JsonArrayWriter::AppendEscaped(std::string_view json) {
-  if (std::ranges::all_of(json, [](char c) { return c >= 0 && c != '\x7F'; })) return output_.Append(json);
-  while (!json.empty()) {
-    const std::string_view before = json;
-    const char32_t character = TakeCharacter(json);
-    if (character < 0x7F || character > 0xFFFF || !IsHidden(character)) {
-      output_.Append(before.substr(0, before.size() - json.size()));
-      continue;
-    }
-    std::array<char, 8> escape{};
-    std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(character));
-    output_.Append(escape.data());
-  }
-}
-
-void JsonArrayWriter::Finish() {
-  output_.Append(empty_ ? "[]\n" : "\n]\n");
-}
-
 // Rows --------------------------------------------------------------------------------------------------
 
 std::string Tinted(std::string_view text, Tint tint, bool useColour) {
@@ -313,24 +281,24 @@ class JsonRows final : public RowWriter {
  public:
   JsonRows(OutputStream& output, std::vector<Column> columns)
       : array_(output), columns_(std::move(columns)) {}
-  void Text(std::string_view text, Tint) override { Put(std::string(text)); }
-  void Words(std::string_view plain, std::string_view) override { Put(std::string(plain)); }
-  void Number(double value, Tint) override { Put(JsonNumber(value)); }
-  void Known(double value) override { Put(JsonNumber(value, true)); }
-  void Integer(int64_t value) override { Put(value); }
+  void Text(std::string_view text, Tint) override { object_.Text(NextName(), text); }
+  void Words(std::string_view plain, std::string_view) override { object_.Text(NextName(), plain); }
+  void Number(double value, Tint) override { object_.Number(NextName(), value); }
+  void Known(double value) override { object_.Number(NextName(), value, true); }
+  void Integer(int64_t value) override { object_.Integer(NextName(), value); }
   void EndRow() override {
     array_.Add(object_);
-    object_ = nlohmann::ordered_json::object();
+    object_ = JsonObject();
     column_ = 0;
   }
   void Finish() override { array_.Finish(); }
 
  private:
-  void Put(nlohmann::ordered_json value) { object_[columns_[column_++].name] = std::move(value); }
+  const std::string& NextName() { return columns_[column_++].name; }
 
   JsonArrayWriter array_;
   std::vector<Column> columns_;
-  nlohmann::ordered_json object_ = nlohmann::ordered_json::object();
+  JsonObject object_;
   std::size_t column_ = 0;
 };
 
