@@ -80,16 +80,29 @@ endif()
 option(VRX_SHARED_HEADERS "Precompile the headers of the standard library, for a build from nothing" OFF)
 if(VRX_SHARED_HEADERS)
   set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-  file(WRITE ${CMAKE_BINARY_DIR}/shared_headers.cpp "")
-  add_library(vrx_shared_headers OBJECT ${CMAKE_BINARY_DIR}/shared_headers.cpp)
-  target_link_libraries(vrx_shared_headers PRIVATE vrx_numeric_flags vrx_build_flags)
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     # What was made of the same headers is the same, whenever: a compiler's cache can then keep what was compiled with it.
     target_compile_options(vrx_build_flags INTERFACE "SHELL:-Xclang -fno-pch-timestamp")
+  else()
+    # g++ 12 sees strings overflow that do not when their headers were read beforehand. Builds without such headers look for that.
+    target_compile_options(vrx_build_flags INTERFACE
+      -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread -Wno-restrict)
   endif()
-  target_precompile_headers(vrx_shared_headers PRIVATE <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <filesystem>
-    <functional> <limits> <map> <memory> <optional> <span> <string> <string_view> <utility> <vector>)
 endif()
+
+# vrx_share_headers(<target>)
+#
+# From here on, in this folder and below, sources are compiled with the headers that <target> precompiles by the flags that hold here.
+macro(vrx_share_headers target)
+  if(VRX_SHARED_HEADERS)
+    set(vrx_shared_headers ${target})
+    file(WRITE ${CMAKE_BINARY_DIR}/${target}.cpp "")
+    add_library(${target} OBJECT ${CMAKE_BINARY_DIR}/${target}.cpp)
+    target_link_libraries(${target} PRIVATE vrx_numeric_flags vrx_build_flags)
+    target_precompile_headers(${target} PRIVATE <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <filesystem>
+      <functional> <limits> <map> <memory> <optional> <span> <string> <string_view> <utility> <vector>)
+  endif()
+endmacro()
 
 # vrx_compile_together(<target> [BY_FOLDER])
 #
@@ -97,7 +110,7 @@ endif()
 # anonymous namespaces have to differ then. BY_FOLDER: only those of one folder.
 function(vrx_compile_together target)
   if(VRX_SHARED_HEADERS)
-    target_precompile_headers(${target} REUSE_FROM vrx_shared_headers)
+    target_precompile_headers(${target} REUSE_FROM ${vrx_shared_headers})
   endif()
   if(NOT VRX_UNITY)
     return()

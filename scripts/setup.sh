@@ -42,6 +42,8 @@ if [ "$level" = windows ]; then
   need g++-mingw-w64-i686-posix i686-w64-mingw32-g++-posix
   need g++-mingw-w64-x86-64-posix x86_64-w64-mingw32-g++-posix
   need googletest /usr/src/googletest/googletest/CMakeLists.txt
+  # Tests that run vrx.exe by a shell are programs of the building machine.
+  header libgtest-dev gtest/gtest.h
   need python3 python3
   need pkg-config pkg-config
   need wine64 /usr/lib/wine/wine64

@@ -48,11 +48,11 @@ check_tidy() {
   mkdir -p build/tidy
   python3 -c '
 import json
-commands = {command["file"]: command for command in json.load(open("build/asan-ubsan/compile_commands.json"))}
+commands = {command["file"]: command for command in json.load(open("build/ci-asan-ubsan/compile_commands.json"))}
 json.dump(list(commands.values()), open("build/tidy/compile_commands.json", "w"))'
   log=build/tidy/clang-tidy.log
   run-clang-tidy -p build/tidy -quiet -j "$jobs" \
-    "^$PWD/(build/asan-ubsan/)?(vrxmath|vrxio|vrxstore|sql|pictures|c_api|controls|tools)/.*\\.(cpp|cxx)\$" > "$log" 2>&1 ||
+    "^$PWD/(build/ci-asan-ubsan/)?(vrxmath|vrxio|vrxstore|sql|pictures|c_api|controls|tools)/.*\\.(cpp|cxx)\$" > "$log" 2>&1 ||
     { grep -vE '^$|warnings? generated|^clang-tidy' "$log" | head -n 100; return 1; }
 }
 
@@ -60,7 +60,7 @@ json.dump(list(commands.values()), open("build/tidy/compile_commands.json", "w")
 # change passes must not be luck, and scripts/fuzz.sh looks further. New inputs go to the build folder. What the
 # target of whole commands prints on standard error is not kept.
 fuzz() {
-  folder=build/asan-ubsan/fuzz
+  folder=build/ci-asan-ubsan/fuzz
   mkdir -p "$folder/found"
   xargs -P "$jobs" -I NAME sh -c "
     mkdir -p $folder/found/NAME
@@ -112,7 +112,7 @@ stage "clang-format" check_format
 stage "g++: build, headers alone, tests, static library installed" build_and_test ci-gcc vrx_check_headers vrx_reference
 stage "clang++: build of the shared library, tests that pin results, installed" build_and_test ci-clang
 # This build is clang++'s of the tool, too.
-stage "address and undefined-behaviour sanitizers: build, tests" build_and_test asan-ubsan
+stage "address and undefined-behaviour sanitizers: build, tests" build_and_test ci-asan-ubsan
 stage "clang-tidy" check_tidy
 stage "fuzz targets" fuzz
 if [ "${VRX_WINDOWS:-}" = 1 ] || { [ "${VRX_WINDOWS:-}" != 0 ] && has_windows_packages; }; then

@@ -146,7 +146,7 @@ class LeftOut : public MatchingCommands {
 };
 
 TEST_F(LeftOut, IsFoundAndCorrected) {
-  const json formulas = json::parse(std::ifstream(kFormulas))["formulas"];
+  const json formulas = ReadJson(kFormulas)["formulas"];
   for (const json& written : formulas) {
     const std::size_t lines = written["lines"].size();
     for (std::size_t left = 0; lines > 2 && left < lines; ++left) Correct(written, left);

@@ -14,6 +14,7 @@ namespace vrx::tool {
 namespace {
 
 using nlohmann::json;
+using vrx::test::ParseJson;
 
 constexpr const char* kCharts =
     VRX_SOURCE_DIR "/examples/chart_ohta.csv " VRX_SOURCE_DIR "/examples/chart_average.csv";
@@ -75,7 +76,7 @@ TEST_F(FitTolerance, FindsTheEllipsoidBehindTheDifferences) {
     arguments.insert(std::min(arguments.find(" <"), arguments.size()), " --format json");
     const Result result = Run("fit-tolerance " + arguments);
     ASSERT_EQ(result.status, 0) << row.arguments << result.err;
-    const json fit = json::parse(result.out).at(0);
+    const json fit = ParseJson(result.out).at(0);
     EXPECT_NEAR(fit["centreA"], row.centreA, 2e-3) << row.arguments;
     EXPECT_NEAR(fit["lightness"], row.lightness, 2e-3) << row.arguments;
     EXPECT_NEAR(fit["major"], row.major, 2e-3) << row.arguments;

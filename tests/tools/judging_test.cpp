@@ -13,6 +13,7 @@
 
 namespace {
 
+using vrx::test::Lines;
 using vrx::tool::Distribution;
 
 // The fields of wavelengths in a header, and of a curve of one value, each behind a comma.
@@ -278,6 +279,24 @@ TEST_F(Judging, ForgottenPairsAreAQuestion) {
     EXPECT_EQ(answered.err.find("only its first standard, p1, is used") == std::string::npos, isChosen)
         << arguments;
   }
+}
+
+// Standards without ids are called by their numbers, in whatever order trials name them.
+TEST_F(Judging, StandardsByTheirNumber) {
+  folder_.Write("std.csv", "L,a,b\n50,0,0\n70,0,0\n80,0,0\n");
+  const std::string trials[] = {"p,1,50,0.25,0\n", "q,2,70,0.5,0\n", "r,3,80,1,0\n"};
+  const std::string header = "id,standard,L,a,b\n";
+  folder_.Write("forth.csv", header + trials[0] + trials[1] + trials[2]);
+  folder_.Write("back.csv", header + trials[2] + trials[0] + trials[1] + trials[2]);
+  folder_.Write("none.csv", header + trials[2] + "s,4,80,1,0\n");
+  const std::string light = " --pairs --illuminants D65 --system cielab --format csv";
+  const auto forth = Lines(Run("judge std.csv forth.csv" + light).out);
+  const auto back = Lines(Run("judge std.csv back.csv" + light).out);
+  ASSERT_EQ(forth.size(), 4u);
+  EXPECT_EQ(back, (std::vector{forth[0], forth[3], forth[1], forth[2], forth[3]}));
+  EXPECT_TRUE(forth[3].starts_with("3,r,")) << forth[3];
+  ExpectRefused({{"judge std.csv none.csv" + light, "there is no standard \"4\""},
+                 {"judge - back.csv" + light + " < std.csv", "in a pipe"}});
 }
 
 TEST_F(Judging, LimitsThatServeNothingAreTold) {

@@ -20,7 +20,7 @@ namespace {
 
 // A component is found by its name, also where that is a number.
 TEST_F(MatchingCommands, NamesThatAreNumbers) {
-  json system = json::parse(std::ifstream(kPaints));
+  json system = ReadJson(kPaints);
   system["components"][2]["name"] = "77491";
   system["components"][3]["name"] = "7";
   folder_.Write("numbers.json", system.dump());
@@ -46,7 +46,7 @@ TEST_F(MatchingCommands, TheExampleFormulasComeBackFirst) {
                                       "inconstancy,rms,cost,opacity,folded,traces,status\n"
                                       "Sky blue,1,3,1:94;7:1.5;16:4.5,"));
   const json found = json::parse(folder_.Read("found.json"))["formulas"];
-  const json wanted = json::parse(std::ifstream(kFormulas))["formulas"];
+  const json wanted = ReadJson(kFormulas)["formulas"];
   ASSERT_EQ(found.size(), 12u);
   for (std::size_t i = 0; i < wanted.size(); ++i) {
     const json& lines = found[2 * i]["lines"];
@@ -68,7 +68,7 @@ TEST_F(MatchingCommands, TheExampleFormulasComeBackFirst) {
 }
 
 TEST_F(MatchingCommands, MatchAnswersWhateverIsAsked) {
-  json system = json::parse(std::ifstream(kPaints));
+  json system = ReadJson(kPaints);
   system["rules"] = {{1, 7}};
   folder_.Write("rules.json", system.dump());
   WriteCurves(kPaints, kFormulas, "curves.csv");
@@ -165,7 +165,7 @@ TEST_F(MatchingCommands, CtrlCLeavesNothingHalfDone) {
 
 // What a colour leaves open: the load of a clear resin, traces, ranges; and what was made before.
 TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
-  json system = json::parse(std::ifstream(kPaints));
+  json system = ReadJson(kPaints);
   const json zeros = std::vector<double>(40, 0.0);
   system["components"].push_back({{"id", 90},
                                   {"name", "Clear"},
@@ -243,7 +243,7 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
   ASSERT_EQ(Run("job add-recipes " + kPaints + " library.csv --job made.vrxjob"), 0);
   const std::string fromJob = " curves.csv --top 1 --max-colorants 3 --library made.vrxjob";
   EXPECT_EQ(RunJson("match " + kPaints + fromJob), adapted);
-  json renamed = json::parse(std::ifstream(kPaints));
+  json renamed = ReadJson(kPaints);
   for (json& component : renamed["components"]) {
     if (component["name"] == "Cerulean Blue") component["name"] = "Sea Blue";
   }

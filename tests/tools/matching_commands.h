@@ -18,6 +18,7 @@
 namespace vrx::tool {
 
 using nlohmann::json;
+using vrx::test::ReadJson;
 
 inline const std::string kPaints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
 inline const std::string kFormulas = VRX_SOURCE_DIR "/examples/acrylic_formulas.json";

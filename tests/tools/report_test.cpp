@@ -17,6 +17,7 @@
 namespace {
 
 using nlohmann::json;
+using vrx::test::ParseJson;
 using Cells = std::vector<std::string>;
 
 // What stands between two texts, from `at` on, which moves behind it; empty when there is no more.
@@ -210,7 +211,7 @@ class Report : public vrx::test::ToolProcess {
     return {folder_.Read("r.html"), Csv(result.out)};
   }
   static json DataOf(const std::string& page) {
-    return json::parse(Between(page, "id=\"data\">", "</script>"), nullptr, false);
+    return ParseJson(Between(page, "id=\"data\">", "</script>"));
   }
 };
 

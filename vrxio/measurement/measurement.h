@@ -115,7 +115,8 @@ class MeasurementReader {
   virtual const std::string& Name() const = 0;
   virtual uint64_t Size() const = 0;
   virtual uint64_t Position() const = 0;
-  /// A bookmark of the sample that was read last, for SeekTo, which makes it the next one.
+  /// A bookmark of the sample that was read last, for SeekTo, which makes it the next one. The number that stands for a missing
+  /// id goes on counting from there: it is that of the row only where rows are read from the first one on.
   virtual uint64_t Offset() const = 0;
   virtual void SeekTo(uint64_t offset) = 0;
   /// True when SeekTo works.

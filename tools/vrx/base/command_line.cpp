@@ -275,6 +275,16 @@ std::vector<std::string> WithProfile(const CLI::App& app, std::span<const std::s
   return all;
 }
 
+// The command that the arguments name to begin with is all that a run needs to know; else it needs all of them, for the help
+// and for what was perhaps meant. Half of the time of a short run goes into their hundreds of options.
+std::span<const CommandEntry> CommandsFor(std::span<const std::string> arguments,
+                                          std::span<const CommandEntry> commands) {
+  if (arguments.empty()) return commands;
+  const auto named = std::ranges::find(commands, arguments.front(), &CommandEntry::name);
+  if (named == commands.end() || named->needsAll) return commands;
+  return commands.subspan(static_cast<std::size_t>(named - commands.begin()), 1);
+}
+
 }  // namespace
 
 int RunTool(std::span<const std::string> arguments, std::span<const CommandEntry> commands,
@@ -289,7 +299,7 @@ int RunTool(std::span<const std::string> arguments, std::span<const CommandEntry
       "Print the version, how it was built and what it uses of this machine, and exit");
   app.footer("Run vrx COMMAND --help for the options of a command, with examples.");
   Command tool(&app, &status);
-  for (const CommandEntry& command : commands) {
+  for (const CommandEntry& command : CommandsFor(arguments, commands)) {
     command.add(tool);
     app.get_subcommand(command.name)->group(command.group);
   }

@@ -123,7 +123,8 @@ using AddCommand = void (*)(Command& tool);
 struct CommandEntry {
   const char* name;
   AddCommand add;
-  const char* group;  ///< the heading that the help has it under
+  const char* group;      ///< the heading that the help has it under
+  bool needsAll = false;  ///< it looks at the other commands, too
 };
 
 /// The options of a profile by its name; `job`: the file that --job names, empty for none. Throws InputError for an unknown one.

@@ -39,7 +39,7 @@ std::span<const CommandEntry> AllCommands() {
       CommandEntry{"settings", AddSettings, "Set-up"},
       CommandEntry{"log", AddLog, "Set-up"},
       CommandEntry{"condition", AddCondition, "Set-up"},
-      CommandEntry{"manual", AddManual, "Set-up"},
+      CommandEntry{"manual", AddManual, "Set-up", true},
   };
   // clang-format on
   return kCommands;

@@ -190,10 +190,11 @@ class StandardOfItsOwn final : public Standards {
   }
 
  private:
-  // A row of the file: the hash of its id, and its offset above its geometry, counted from 1.
+  // A row of the file: the hash of its id, its offset above its geometry, counted from 1, and its number.
   struct Entry {
     std::size_t hash;
     uint64_t place;
+    uint64_t number;
 
     int32_t Geometry() const { return static_cast<int32_t>(place & kGeometryMask) - 1; }
     uint64_t Offset() const { return place >> kGeometryBits; }
@@ -203,9 +204,9 @@ class StandardOfItsOwn final : public Standards {
   static constexpr uint64_t kGeometryMask = (1U << kGeometryBits) - 1;
   static constexpr int32_t kAnyGeometryOfAll = -2;
 
-  Entry EntryOf(const CurveRow& row) const {
+  Entry EntryOf(const CurveRow& row, uint64_t number) const {
     return {std::hash<std::string_view>()(row.id),
-            reader_.Source().Offset() << kGeometryBits | static_cast<uint64_t>(row.geometry + 1)};
+            reader_.Source().Offset() << kGeometryBits | static_cast<uint64_t>(row.geometry + 1), number};
   }
 
   bool Holds(std::string_view id, int32_t geometry) const {
@@ -239,7 +240,7 @@ class StandardOfItsOwn final : public Standards {
     if (!indexed_) {
       ReadOn(&trial);
       if (Fits(trial)) return;
-      MakeIndex(trial);
+      MakeIndex();
     }
     const std::string_view id = StandardOf(trial);
     if (Find(id, trial.geometry) || Find(id, kNoGeometry)) return;
@@ -248,8 +249,7 @@ class StandardOfItsOwn final : public Standards {
     FailNoStandard(reader_.Source().Name(), id, trial.geometry);
   }
 
-  void MakeIndex(const CurveRow& trial) {
-    if (!reader_.HasNames()) FailNoStandard(reader_.Source().Name(), StandardOf(trial), trial.geometry);
+  void MakeIndex() {
     if (!reader_.Source().CanSeek()) {
       throw InputError(reader_.Source().Name() +
                        ": the trials are in a different order from the standards, which " +
@@ -262,7 +262,7 @@ class StandardOfItsOwn final : public Standards {
       if (index_.size() == kMaxEntries) {
         reader_.Source().FailRow("more than 4 million standards in a different order from the trials");
       }
-      index_.push_back(EntryOf(row));
+      index_.push_back(EntryOf(row, index_.size() + 1));
     }
     std::ranges::sort(index_, {}, &Entry::hash);
   }
@@ -285,13 +285,18 @@ class StandardOfItsOwn final : public Standards {
     return match != nullptr;
   }
 
+  // A row without an id is called by its number in the file, which a reader that goes back to it no longer knows.
   void Load(const Entry& entry) {
     reader_.SeekTo(entry.Offset());
     hasRow_ = reader_.Next(row_);
+    if (reader_.HasNames()) return;
+    number_ = std::to_string(entry.number);
+    row_.id = number_;
   }
 
   CurveReader reader_;
   CurveRow row_;
+  std::string number_;  // of a row without an id
   std::string lastId_;
   Standard standard_;
   bool hasRow_ = false;
