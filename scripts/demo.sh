@@ -9,7 +9,7 @@ sh scripts/setup.sh build
 mkdir -p build
 launcher=$(command -v ccache || true)
 {
-  cmake -S . -B build/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" \
+  cmake -S . -B build/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-Og -DNDEBUG" \
     -DVRX_BUILD_TESTS=OFF -DVRX_UNITY=ON -DVRX_SHARED_HEADERS=ON -DVRX_LANE_SETS=base -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher"
   cmake --build build/demo --target vrx
 } > build/demo.log 2>&1 || { cat build/demo.log >&2; exit 1; }
