@@ -295,6 +295,11 @@ TEST_F(Judging, StandardsByTheirNumber) {
   ASSERT_EQ(forth.size(), 4u);
   EXPECT_EQ(back, (std::vector{forth[0], forth[3], forth[1], forth[2], forth[3]}));
   EXPECT_TRUE(forth[3].starts_with("3,r,")) << forth[3];
+  // A row without values counts.
+  folder_.Write("hole.csv", "L,a,b\n50,0,0\n,,\n80,0,0\n");
+  folder_.Write("ends.csv", header + trials[2] + trials[0]);
+  const auto ends = Lines(Run("judge hole.csv ends.csv --lenient" + light).out);
+  EXPECT_EQ(ends, (std::vector{forth[0], forth[3], forth[1]}));
   ExpectRefused({{"judge std.csv none.csv" + light, "there is no standard \"4\""},
                  {"judge - back.csv" + light + " < std.csv", "in a pipe"}});
 }

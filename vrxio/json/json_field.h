@@ -126,7 +126,7 @@ class JsonField {
   uint32_t node_;
 };
 
-/// `text`, which must be UTF-8, as a string of JSON with its quotes.
+/// `text` as a string of JSON with its quotes. Throws nlohmann::json::type_error (a std::exception) for one that is not UTF-8.
 std::string JsonString(std::string_view text);
 
 }  // namespace vrx::io

@@ -2,6 +2,7 @@
 #include "tools/vrx/judging/standards.h"
 
 #include <algorithm>
+#include <charconv>
 #include <functional>
 #include <string_view>
 #include <unordered_set>
@@ -190,7 +191,7 @@ class StandardOfItsOwn final : public Standards {
   }
 
  private:
-  // A row of the file: the hash of its id, its offset above its geometry, counted from 1, and its number.
+  // A row of the file: the hash of its id, its offset above its geometry, counted from 1, and its number where that is its id.
   struct Entry {
     std::size_t hash;
     uint64_t place;
@@ -204,7 +205,9 @@ class StandardOfItsOwn final : public Standards {
   static constexpr uint64_t kGeometryMask = (1U << kGeometryBits) - 1;
   static constexpr int32_t kAnyGeometryOfAll = -2;
 
-  Entry EntryOf(const CurveRow& row, uint64_t number) const {
+  Entry EntryOf(const CurveRow& row) const {
+    uint64_t number = 0;
+    std::from_chars(row.id.data(), row.id.data() + row.id.size(), number);
     return {std::hash<std::string_view>()(row.id),
             reader_.Source().Offset() << kGeometryBits | static_cast<uint64_t>(row.geometry + 1), number};
   }
@@ -262,7 +265,7 @@ class StandardOfItsOwn final : public Standards {
       if (index_.size() == kMaxEntries) {
         reader_.Source().FailRow("more than 4 million standards in a different order from the trials");
       }
-      index_.push_back(EntryOf(row, index_.size() + 1));
+      index_.push_back(EntryOf(row));
     }
     std::ranges::sort(index_, {}, &Entry::hash);
   }
