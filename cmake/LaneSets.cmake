@@ -1,15 +1,20 @@
 # Sources that are compiled once for each instruction set that the library chooses from at run time.
 #
 # VRX_LANE_SETS   their names, narrowest first; `all` that are known (the default), or some, for a build that has to be there
-#                 soon. The base is always there and needs no more than every processor of the platform has.
+#                 soon. The base is always there and needs no more than every processor of the platform has. `plain` in its place is
+#                 the base with one number at a time, as compilers without vectors have it: it is compiled in less than half the
+#                 time.
 #
 # vrx_add_lane_objects(<name> <result> SOURCES <file>...) declares an object library <name>_<set> per set and puts their
 # names into <result>. The sources see VRX_LANES, the lanes of a pack (1: plain numbers), and are written so that all
-# they define is local or a specialisation for that count (vrxmath/numeric/lane_kernels.h).
+# they define is local or a specialisation for that count (vrxmath/numeric/lane_kernels.h). With VRX_UNITY those of one
+# UNITY_GROUP are compiled together.
 
 set(VRX_LANE_SETS all CACHE STRING "Instruction sets that kernels are compiled for: all, or a list such as base;avx2")
 set(VRX_LANE_FLAGS_base "")
 set(VRX_LANE_COUNT_base 2)
+set(VRX_LANE_FLAGS_plain "")
+set(VRX_LANE_COUNT_plain 1)
 set(known base)
 if(NOT CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   set(VRX_LANE_COUNT_base 1)
@@ -35,10 +40,16 @@ else()
   set(lane_sets ${VRX_LANE_SETS})
 endif()
 foreach(set IN LISTS lane_sets)
-  if(NOT set IN_LIST known)
-    message(FATAL_ERROR "VRX_LANE_SETS: ${set} is not among ${known}")
+  if(NOT set IN_LIST known AND NOT set STREQUAL "plain")
+    message(FATAL_ERROR "VRX_LANE_SETS: ${set} is not among ${known}, or plain in place of the base")
   endif()
 endforeach()
+list(GET lane_sets 0 first)
+if(first STREQUAL "plain")
+  target_compile_definitions(vrx_build_flags INTERFACE VRX_PLAIN_LANES)
+elseif(NOT first STREQUAL "base" OR "plain" IN_LIST lane_sets)
+  message(FATAL_ERROR "VRX_LANE_SETS begins with base or plain, and has one of them: ${lane_sets}")
+endif()
 foreach(set avx2 avx512)
   if(NOT set IN_LIST lane_sets)
     string(TOUPPER ${set} name)
@@ -48,6 +59,9 @@ endforeach()
 
 # Linked last, since of two options that contradict each other the later one holds.
 add_library(vrx_lane_checks INTERFACE)
+if(first STREQUAL "plain" AND CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 14)
+  target_compile_options(vrx_lane_checks INTERFACE -Wno-bitwise-instead-of-logical)  # masks are combined so
+endif()
 if(VRX_SANITIZE MATCHES "undefined")
   # What of undefined behaviour a kernel of sums and products can show at all. The checks of pointers, which the address
   # sanitizer sees fail as well, and the others take two thirds of its compiling.
@@ -67,6 +81,9 @@ function(vrx_add_lane_objects name result)
     target_compile_definitions(${name}_${set} PRIVATE VRX_LANES=${VRX_LANE_COUNT_${set}} VRX_BUILDING)
     if(NOT BUILD_SHARED_LIBS)
       target_compile_definitions(${name}_${set} PRIVATE VRX_STATIC)
+    endif()
+    if(VRX_UNITY)
+      set_target_properties(${name}_${set} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
     endif()
     list(APPEND targets ${name}_${set})
     set_property(GLOBAL APPEND PROPERTY VRX_LANE_OBJECTS ${name}_${set})

@@ -42,14 +42,15 @@ build_and_test() {
 }
 
 # clang-tidy by the commands of the sanitizers' build, a source once even where it is compiled several times, as the lane
-# kernels are. That build compiles the sources of a folder together, and so they are looked at: most of the time goes into
-# the headers that they share. Its log is shown when something was found.
+# kernels are, of which the wide ones are looked at. That build compiles the sources of a folder together, and so they are looked
+# at: most of the time goes into the headers that they share. Its log is shown when something was found.
 check_tidy() {
   mkdir -p build/tidy
   python3 -c '
 import json
 commands = {command["file"]: command for command in json.load(open("build/ci-asan-ubsan/compile_commands.json"))}
-json.dump(list(commands.values()), open("build/tidy/compile_commands.json", "w"))'
+commands = [command for file, command in commands.items() if "_lanes_plain" not in file]
+json.dump(commands, open("build/tidy/compile_commands.json", "w"))'
   log=build/tidy/clang-tidy.log
   run-clang-tidy -p build/tidy -quiet -j "$jobs" \
     "^$PWD/(build/ci-asan-ubsan/)?(vrxmath|vrxio|vrxstore|sql|pictures|c_api|controls|tools)/.*\\.(cpp|cxx)\$" > "$log" 2>&1 ||

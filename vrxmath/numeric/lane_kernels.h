@@ -22,8 +22,7 @@ const KERNELS& KernelsOf();
 /// The kernels of a family for the set in use.
 template <class KERNELS>
 const KERNELS& CurrentKernels() {
-#if defined(__GNUC__)
-#if defined(__x86_64__) || defined(__i386__)
+#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
   [[maybe_unused]] const InstructionSet set = CurrentInstructionSet();
 #if !defined(VRX_WITHOUT_AVX512)
   if (set == InstructionSet::kAvx512) return KernelsOf<KERNELS, 8>();
@@ -32,6 +31,7 @@ const KERNELS& CurrentKernels() {
   if (set == InstructionSet::kAvx2) return KernelsOf<KERNELS, 4>();
 #endif
 #endif
+#if defined(__GNUC__) && !defined(VRX_PLAIN_LANES)
   return KernelsOf<KERNELS, 2>();
 #else
   return KernelsOf<KERNELS, 1>();
