@@ -15,7 +15,7 @@ namespace {
 
 constexpr int32_t kMostComponents = 200, kMostDrawdowns = 10'000;
 
-vrx_calibration_settings UsualSettings() {
+vrx_calibration_settings UsualCalibration() {
   const CCalibrationSettings usual;
   vrx_calibration_settings settings{};
   settings.size = sizeof settings;
@@ -142,7 +142,7 @@ using api::NeedRange;
 
 vrx_status VRX_CALL vrx_usual_calibration_settings(vrx_calibration_settings* settings) {
   return Call([&] {
-    const vrx_calibration_settings usual = api::UsualSettings();
+    const vrx_calibration_settings usual = api::UsualCalibration();
     api::GiveSized(&usual, sizeof usual, settings, "settings");
   });
 }
@@ -153,7 +153,7 @@ vrx_status VRX_CALL vrx_calibration_open(const vrx_calibration_settings* setting
     NeedRange(components, 1, api::kMostComponents, "components");
     NeedRange(white, 1, components, "white");
     auto object = std::make_shared<Calibration>();
-    const vrx_calibration_settings own = api::Sized(settings, api::UsualSettings(), "settings");
+    const vrx_calibration_settings own = api::Sized(settings, api::UsualCalibration(), "settings");
     object->settings = api::SettingsOf(own, white);
     object->model = own.model;
     object->isResin.resize(static_cast<std::size_t>(components));

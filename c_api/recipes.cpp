@@ -18,7 +18,7 @@ namespace {
 constexpr int32_t kMostColorants = 6, kMostResults = 10'000, kMostPreranked = 1'000'000;
 constexpr double kLargestCost = 1e12;
 
-vrx_recipe_settings UsualSettings() {
+vrx_recipe_settings UsualRecipeSettings() {
   using Usual = RecipeDefaults;
   vrx_recipe_settings settings{};
   settings.size = sizeof settings;
@@ -180,7 +180,7 @@ using api::Search;
 
 vrx_status VRX_CALL vrx_usual_recipe_settings(vrx_recipe_settings* settings) {
   return Call([&] {
-    const vrx_recipe_settings usual = api::UsualSettings();
+    const vrx_recipe_settings usual = api::UsualRecipeSettings();
     api::GiveSized(&usual, sizeof usual, settings, "settings");
   });
 }
@@ -191,7 +191,7 @@ vrx_status VRX_CALL vrx_search_open(vrx_handle colorants, const vrx_system* syst
   return Call([&] {
     auto object = std::make_shared<Search>();
     object->system = Find<vrx::io::ColorSystem>(colorants);
-    const vrx_recipe_settings given = api::Sized(settings, api::UsualSettings(), "settings");
+    const vrx_recipe_settings given = api::Sized(settings, api::UsualRecipeSettings(), "settings");
     api::Check(given);
     object->settings = api::RecipeSettings(given);
     object->mostAddition = given.most_addition;

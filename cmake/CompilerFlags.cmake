@@ -75,18 +75,15 @@ if(VRX_BUILD_FUZZERS)
     $<$<NOT:$<BOOL:$<TARGET_PROPERTY:VRX_NOT_FUZZED>>>:-fsanitize=fuzzer-no-link>)
 endif()
 
-# What nearly every source includes of the standard library is read once and for all of them (VRX_SHARED_HEADERS). All code is then
-# independent of its position, as the shared headers have to be.
-option(VRX_SHARED_HEADERS "Precompile the headers of the standard library, for a build from nothing" OFF)
+# What nearly every source includes of the standard library is read once and for all of them: everywhere, or around vrxmath/ alone
+# (OUTER). All code is then independent of its position, as the shared headers have to be.
+set(VRX_SHARED_HEADERS OFF CACHE STRING
+  "Precompile the headers of the standard library, for a build from nothing: OFF, ON, or OUTER for what is around vrxmath/")
 if(VRX_SHARED_HEADERS)
   set(CMAKE_POSITION_INDEPENDENT_CODE ON)
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     # What was made of the same headers is the same, whenever: a compiler's cache can then keep what was compiled with it.
     target_compile_options(vrx_build_flags INTERFACE "SHELL:-Xclang -fno-pch-timestamp")
-  else()
-    # g++ 12 sees strings overflow that do not when their headers were read beforehand. Builds without such headers look for that.
-    target_compile_options(vrx_build_flags INTERFACE
-      -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread -Wno-restrict)
   endif()
 endif()
 
@@ -94,14 +91,16 @@ endif()
 #
 # From here on, in this folder and below, sources are compiled with the headers that <target> precompiles by the flags that hold here.
 macro(vrx_share_headers target)
-  if(VRX_SHARED_HEADERS)
-    set(vrx_shared_headers ${target})
-    file(WRITE ${CMAKE_BINARY_DIR}/${target}.cpp "")
-    add_library(${target} OBJECT ${CMAKE_BINARY_DIR}/${target}.cpp)
-    target_link_libraries(${target} PRIVATE vrx_numeric_flags vrx_build_flags)
-    target_precompile_headers(${target} PRIVATE <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <filesystem>
-      <functional> <limits> <map> <memory> <optional> <span> <string> <string_view> <utility> <vector>)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # g++ 12 sees strings overflow that do not when their headers were read beforehand. Builds without such headers look for that.
+    add_compile_options(-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread -Wno-restrict)
   endif()
+  set(vrx_shared_headers ${target})
+  file(WRITE ${CMAKE_BINARY_DIR}/${target}.cpp "")
+  add_library(${target} OBJECT ${CMAKE_BINARY_DIR}/${target}.cpp)
+  target_link_libraries(${target} PRIVATE vrx_numeric_flags vrx_build_flags)
+  target_precompile_headers(${target} PRIVATE <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <filesystem>
+    <functional> <limits> <map> <memory> <optional> <span> <string> <string_view> <utility> <vector>)
 endmacro()
 
 # vrx_compile_together(<target> [BY_FOLDER])
@@ -109,7 +108,7 @@ endmacro()
 # With VRX_UNITY, the sources of a target are compiled several at a time, so that what they include is read once. Names in their
 # anonymous namespaces have to differ then. BY_FOLDER: only those of one folder.
 function(vrx_compile_together target)
-  if(VRX_SHARED_HEADERS)
+  if(vrx_shared_headers)
     target_precompile_headers(${target} REUSE_FROM ${vrx_shared_headers})
   endif()
   if(NOT VRX_UNITY)

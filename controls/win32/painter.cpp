@@ -48,8 +48,9 @@ class ShapePainter {
     }
     const Selected pen(device_, PenOf(shape), shape.stroke.has_value());
     const Selected brush(device_,
-                         shape.fill ? ::CreateSolidBrush(ColorOf(*shape.fill, palette_, shape.strength))
-                                    : ::GetStockObject(NULL_BRUSH),
+                         shape.fill
+                             ? ::CreateSolidBrush(pictures::ColorOf(*shape.fill, palette_, shape.strength))
+                             : ::GetStockObject(NULL_BRUSH),
                          shape.fill.has_value());
     std::vector<POINT> points;
     points.reserve(shape.points.size());
@@ -77,7 +78,7 @@ class ShapePainter {
 
   HGDIOBJ PenOf(const Shape& shape) const {
     if (!shape.stroke) return ::GetStockObject(NULL_PEN);
-    const LOGBRUSH brush{BS_SOLID, ColorOf(*shape.stroke, palette_, shape.strength), 0};
+    const LOGBRUSH brush{BS_SOLID, pictures::ColorOf(*shape.stroke, palette_, shape.strength), 0};
     const auto width = static_cast<DWORD>(std::max<LONG>(Round(shape.strokeWidth), 1));
     const DWORD dashes[] = {4 * width, 3 * width};
     const DWORD style = PS_GEOMETRIC | PS_ENDCAP_FLAT | PS_JOIN_ROUND;
@@ -87,7 +88,7 @@ class ShapePainter {
 
   void FillBox(const RECT& box, Paint paint, double strength = 1) {
     if (box.left >= box.right || box.top >= box.bottom) return;
-    const HBRUSH brush = ::CreateSolidBrush(ColorOf(paint, palette_, strength));
+    const HBRUSH brush = ::CreateSolidBrush(pictures::ColorOf(paint, palette_, strength));
     ::FillRect(device_, &box, brush);
     ::DeleteObject(brush);
   }
@@ -120,7 +121,7 @@ class ShapePainter {
     format |= shape.align == Align::kMiddle ? DT_CENTER : shape.align == Align::kEnd ? DT_RIGHT : DT_LEFT;
     if (isRightToLeft_) format |= DT_RTLREADING;
     if (shape.plate) FillBox(PlateOf(shape, box, format), *shape.plate);
-    ::SetTextColor(device_, ColorOf(*shape.fill, palette_));
+    ::SetTextColor(device_, pictures::ColorOf(*shape.fill, palette_));
     ::DrawTextW(device_, SystemText(shape.text), shape.text.GetLength(), &box, format);
   }
 
