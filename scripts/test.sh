@@ -6,21 +6,17 @@
 # VRX_FUZZ_SECONDS sets the time of each fuzz target; scripts/fuzz.sh fuzzes one for an hour.
 # Windows programs are built and run where mingw-w64 and wine are installed; VRX_WINDOWS=1 installs them, VRX_WINDOWS=0
 # leaves this out. So are modules of WebAssembly where emscripten is installed, and VRX_WASM=1 and VRX_WASM=0 say so.
+#
+# Two stages run side by side, each on half of the processors: a stage does not use them all at its beginning and its end, nor
+# while it waits for a browser. What a stage prints comes when it has ended.
 set -eu
 cd "$(dirname "$0")/.."
-jobs=$(nproc)
+lanes=2
+jobs=$((($(nproc) + lanes - 1) / lanes))
 launcher=$(command -v ccache || true)
 # What ccache has to know of precompiled headers.
 export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
-
-# stage NAME COMMAND...: runs the command and tells how long it took.
-stage() {
-  echo "=== $1"
-  shift
-  started=$(date +%s)
-  "$@"
-  echo "=== done in $(($(date +%s) - started)) s"
-}
+stages=build/stages
 
 check_format() {
   find vrxmath vrxio vrxstore sql pictures c_api controls tools web tests fuzz bench cmake python \( -name '*.h' -o -name '*.cpp' \) -print0 |
@@ -77,6 +73,14 @@ has_windows_packages() {
   command -v i686-w64-mingw32-g++-posix > /dev/null && command -v x86_64-w64-mingw32-g++-posix > /dev/null &&
     [ -x /usr/lib/wine/wine64 ]
 }
+has_wasm_packages() {
+  command -v emcc > /dev/null
+}
+packages() {
+  sh scripts/setup.sh bench
+  if [ "$windows" = 1 ]; then sh scripts/setup.sh windows || has_windows_packages; fi
+  if [ "$wasm" = 1 ]; then sh scripts/setup.sh wasm; fi
+}
 
 # Whether Windows programs of one width run here: not every kernel runs 32-bit programs, nor does wine start everywhere.
 runs_windows() {
@@ -86,19 +90,16 @@ runs_windows() {
   [ "$status" -eq 7 ]
 }
 
-# Both widths of Windows: the library, its tests and the tool, cross-built and run by wine. A width whose programs do not
+# windows WIDTH: the library, its tests and the tool, cross-built and run by wine. A width whose programs do not
 # run here is built all the same, which holds the exports against their list. On a machine with much to do wine at times ends a
 # program without its output; by the presets a test that fails runs once more, and what our code does wrong it does again.
 windows() {
-  sh scripts/setup.sh windows || has_windows_packages
-  for width in i686 x86_64; do
-    if runs_windows "$width"; then
-      build_and_test "ci-windows-$width"
-    else
-      echo "=== windows-$width: built only, its programs do not run on this machine"
-      build "ci-windows-$width"
-    fi
-  done
+  if runs_windows "$1"; then
+    build_and_test "ci-windows-$1"
+  else
+    echo "windows-$1: built only, its programs do not run on this machine"
+    build "ci-windows-$1"
+  fi
 }
 
 # The engine as WebAssembly: the tests that pin results and those of numbers and readers by node, the package of npm, the page in
@@ -107,23 +108,82 @@ webassembly() {
   VRX_WASM_PRESET=ci-wasm VRX_TOOL=$PWD/build/ci-gcc/tools/vrx/vrx sh scripts/web.sh test
 }
 
-stage "packages" sh scripts/setup.sh bench
-mkdir -p build
-stage "clang-format" check_format
-stage "g++: build, headers alone, tests, static library installed" build_and_test ci-gcc vrx_check_headers vrx_reference
-stage "clang++: build of the shared library, tests that pin results, installed" build_and_test ci-clang
-# This build is clang++'s of the tool, too.
-stage "address and undefined-behaviour sanitizers: build, tests" build_and_test ci-asan-ubsan
-stage "clang-tidy" check_tidy
-stage "fuzz targets" fuzz
-if [ "${VRX_WINDOWS:-}" = 1 ] || { [ "${VRX_WINDOWS:-}" != 0 ] && has_windows_packages; }; then
-  stage "Windows, 32 and 64 bits: build, tests under wine" windows
-else
-  echo "=== Windows: left out; VRX_WINDOWS=1 installs what it needs"
-fi
-if [ "${VRX_WASM:-}" = 1 ] || { [ "${VRX_WASM:-}" != 0 ] && command -v emcc > /dev/null; }; then
-  stage "WebAssembly: tests by node, the page in a browser" webassembly
-else
-  echo "=== WebAssembly: left out; VRX_WASM=1 installs what it needs"
-fi
+# stage NAME TITLE COMMAND...: runs the command unless the other lane has taken this stage. Its output is shown when it has ended.
+stage() {
+  if [ -e "$stages/failed" ]; then exit 1; fi
+  name=$1 title=$2
+  mkdir "$stages/$name" 2> /dev/null || return 0
+  shift 2
+  echo "--- $title ..."
+  started=$(date +%s)
+  status=0
+  # A shell of its own: one that is asked for its status ignores the commands that fail in it.
+  ("$@") > "$stages/$name/log" 2>&1 &
+  wait $! || status=$?
+  {
+    flock 9
+    echo "=== $title"
+    cat "$stages/$name/log"
+    if [ "$status" -ne 0 ]; then
+      touch "$stages/failed"
+      echo "=== failed after $(($(date +%s) - started)) s"
+    else
+      touch "$stages/$name/done"
+      echo "=== done in $(($(date +%s) - started)) s"
+    fi
+  } 9> "$stages/lock"
+  if [ "$status" -ne 0 ]; then exit 1; fi
+}
+
+# after NAME COMMAND...: runs the command when that stage is done.
+after() {
+  until [ -e "$stages/$1/done" ]; do
+    if [ -e "$stages/failed" ]; then exit 1; fi
+    sleep 1
+  done
+  shift
+  "$@"
+}
+
+# The longest first; what needs another stage comes well after it.
+lane() {
+  stage sanitizers "address and undefined-behaviour sanitizers: build, tests" build_and_test ci-asan-ubsan
+  stage gcc "g++: build, headers alone, tests, static library installed" build_and_test ci-gcc vrx_check_headers vrx_reference
+  if [ "$windows" = 1 ]; then
+    stage windows-x86_64 "Windows, 64 bits: build, tests under wine" windows x86_64
+    stage windows-i686 "Windows, 32 bits: build, tests under wine" windows i686
+  fi
+  stage tidy "clang-tidy" after sanitizers check_tidy
+  stage clang "clang++: build of the shared library, tests that pin results, installed" build_and_test ci-clang
+  if [ "$wasm" = 1 ]; then
+    stage wasm "WebAssembly: tests by node, the page in a browser" after gcc webassembly
+  fi
+  stage fuzz "fuzz targets" after sanitizers fuzz
+}
+
+# wanted CHOICE COMMAND: 1 where the choice says so, or where it says nothing and the command finds its packages.
+wanted() {
+  case $1 in
+    0 | 1) echo "$1" ;;
+    *) if $2; then echo 1; else echo 0; fi ;;
+  esac
+}
+windows=$(wanted "${VRX_WINDOWS:-}" has_windows_packages)
+wasm=$(wanted "${VRX_WASM:-}" has_wasm_packages)
+[ "$windows" = 1 ] || echo "=== Windows: left out; VRX_WINDOWS=1 installs what it needs"
+[ "$wasm" = 1 ] || echo "=== WebAssembly: left out; VRX_WASM=1 installs what it needs"
+
+rm -rf "$stages"
+mkdir -p "$stages"
+stage packages "packages" packages
+stage format "clang-format" check_format
+trap 'kill 0' INT  # which a lane, being in the background, does not hear
+lane &
+first=$!
+lane &
+second=$!
+status=0
+wait "$first" || status=$?
+wait "$second" || status=$?
+[ "$status" -eq 0 ] || exit 1
 echo "=== everything passed"

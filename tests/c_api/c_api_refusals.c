@@ -9,6 +9,32 @@ static int32_t system_count(void) {
   return count;
 }
 
+/* A number that is none is found at every place of three curves, and nothing is written. */
+static void wrong_numbers(void) {
+  const struct {
+    double value;
+    vrx_status status;
+    const char* is;
+  } rows[] = {{NAN, VRX_NOT_FINITE, "is not finite"},
+              {-INFINITY, VRX_NOT_FINITE, "is not finite"},
+              {-1e300, VRX_OUT_OF_RANGE, "is beyond"}};
+  double curves[120], xyz[9];
+  for (int i = 0; i < 120; ++i) curves[i] = 42.0;
+  for (int place = 0; place < 120; ++place) {
+    for (size_t row = 0; row < sizeof rows / sizeof *rows; ++row) {
+      for (int i = 0; i < 9; ++i) xyz[i] = 7;
+      curves[place] = rows[row].value;
+      CHECK(vrx_tristimulus(VRX_ILLUM_D65, 1, curves, 3, xyz) == rows[row].status);
+      char reason[100], expected[100];
+      OK(vrx_last_error(reason, sizeof reason, NULL));
+      snprintf(expected, sizeof expected, "number %d of curves %s", place, rows[row].is);
+      CHECK(strncmp(reason, expected, strlen(expected)) == 0);
+      for (int i = 0; i < 9; ++i) CHECK(xyz[i] == 7);
+    }
+    curves[place] = 42.0;
+  }
+}
+
 static void wrong_and_closed(void) {
   double curve[40], xyz[3] = {7, 7, 7};
   for (int i = 0; i < 40; ++i) curve[i] = 42.0;
@@ -18,13 +44,6 @@ static void wrong_and_closed(void) {
   CHECK(vrx_tristimulus(VRX_ILLUM_D65, 1, curve, 1, NULL) == VRX_NULL);
   CHECK(vrx_tristimulus(VRX_ILLUM_D65, 1, curve, -1, xyz) == VRX_BAD_COUNT);
   OK(vrx_tristimulus(VRX_ILLUM_D65, 1, NULL, 0, NULL));
-  curve[39] = NAN;
-  CHECK(vrx_tristimulus(VRX_ILLUM_D65, 1, curve, 1, xyz) == VRX_NOT_FINITE);
-  char reason[100];
-  OK(vrx_last_error(reason, sizeof reason, NULL));
-  CHECK(strcmp(reason, "number 39 of curves is not finite") == 0);
-  CHECK(xyz[0] == 7 && xyz[1] == 7 && xyz[2] == 7);
-  curve[39] = 42.0;
 
   vrx_system system;
   CHECK(vrx_default_system(system_count(), &system) == VRX_OUT_OF_RANGE);
@@ -276,10 +295,10 @@ static void senseless(void) {
   huge[1] = -1.1e6;
   for (int32_t number = 0; number < system_count(); ++number) {
     static const int parameters[VRX_SYSTEM_DIN6175 + 1] = {[VRX_SYSTEM_CMC] = 3,
-                                       [VRX_SYSTEM_CIE94] = 4,
-                                       [VRX_SYSTEM_DIN99] = 2,
-                                       [VRX_SYSTEM_CIE2000] = 4,
-                                       [VRX_SYSTEM_DIN6175] = 3};
+                                                           [VRX_SYSTEM_CIE94] = 4,
+                                                           [VRX_SYSTEM_DIN99] = 2,
+                                                           [VRX_SYSTEM_CIE2000] = 4,
+                                                           [VRX_SYSTEM_DIN6175] = 3};
     vrx_system system;
     OK(vrx_default_system(number, &system));
     for (int i = 0; i < 4; ++i) {
@@ -353,6 +372,7 @@ static void senseless(void) {
 }
 
 void refusals(void) {
+  wrong_numbers();
   wrong_and_closed();
   every_argument();
   senseless();

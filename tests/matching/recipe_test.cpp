@@ -20,6 +20,13 @@ namespace {
 using test::MadeUpPaints;
 using test::Mixture;
 
+// Sanitizers see the same code in fewer searches.
+#ifdef VRX_SANITIZED
+constexpr bool kFewer = true;
+#else
+constexpr bool kFewer = false;
+#endif
+
 CRecipeArray Recipes(const CColorantSystemData& system, const CReflData& curve,
                      const CRecipeSettings& settings, const CColorantRulesData& rules = {}) {
   CRecipeTarget target;
@@ -75,6 +82,8 @@ TEST(Recipes, AFormulaComesBackFromItsCurve) {
     for (const auto objective :
          {RecipeObjective::kTristimulus, RecipeObjective::kSpectral, RecipeObjective::kCombined}) {
       for (const auto mode : {SaundersonMode::kIncluded, SaundersonMode::kExcluded, SaundersonMode::kNone}) {
+        const bool isSpectral = objective == RecipeObjective::kSpectral;
+        if (kFewer && mode != (isSpectral ? SaundersonMode::kExcluded : SaundersonMode::kIncluded)) continue;
         for (const CDbFormula& formula : formulas) {
           CRecipeSettings settings = Settings(RecipeOrder::kFewest, 5);
           settings.objective = objective;
@@ -184,7 +193,8 @@ CColorant StrongerInTraces(const CColorant& colorant) {
 // With 14 colorants there are 1001 subsets of four.
 TEST(Recipes, TheFirstOfAllAreFoundAmongThousands) {
   CColorantSystemData system = MadeUpPaints();
-  for (uint32_t id = 9; id <= 14; ++id) {
+  const uint32_t last = kFewer ? 11 : 14;
+  for (uint32_t id = 9; id <= last; ++id) {
     const double place = id - 9.0;
     system.colorants.Add(test::Paint(id, 2.0 + place, 3.0 + 6.0 * place, 7.0, 0.5 - 0.06 * place, 0.02));
   }
@@ -215,7 +225,7 @@ TEST(Recipes, TheFirstOfAllAreFoundAmongThousands) {
     settings.black.Fill(5.0);
     settings.white.Fill(85.0);
     settings.thickness = 1.0;
-    for (uint32_t id = 1; id <= 14; ++id) {
+    for (uint32_t id = 1; id <= last; ++id) {
       settings.components.Add({id, CRecipeComponent::kOffered, 0.0, row.most, 1.0 + (id * 5) % 7});
     }
     settings.top = 4000;
