@@ -66,6 +66,58 @@ TEST(LimitTable, TheRowThatSaysMostApplies) {
   EXPECT_FALSE(one.IsEmpty());
 }
 
+// A row that nothing is judged by is mostly a misspelt standard, or a light that is not asked for: the user is told of it.
+TEST(LimitTable, RowsThatWereNeverGivenAreTold) {
+  using Texts = std::vector<std::string>;
+  const auto table = TableOf<BoxTable>(std::string("standard,geometry,illuminant,") + kBox +
+                                       "\np02,SCI,D65,1,1,1,1,1,1,1\n,,A,2,2,2,2,2,2,2\np01,,,3,3,3,3,3,3,3\n"
+                                       ",,,4,4,4,4,4,4,4\np01,SCE,,5,5,5,5,5,5,5\n,SCE,D65,6,6,6,6,6,6,6\n");
+  EXPECT_EQ(table.Size(), 6U);
+  const Texts all{"line 2 (standard p02, SCI, D65)", "line 3 (A)", "line 4 (standard p01)",
+                  "line 6 (standard p01, SCE)", "line 7 (SCE, D65)"};
+  EXPECT_EQ(table.UnusedRows(), all);
+  const struct {
+    const char* standard;
+    int32_t geometry;
+    vrx::vrxIlluminant light;
+    double total;
+    std::size_t unused;
+  } kQueries[] = {
+      {"p03", 12, vrx::vrxIllumD65, 4, 5},  // the row for all has no words, and is never among them
+      {"p02", 13, vrx::vrxIllumA, 2, 4},    // no row of its own fits: those of all do
+      {"p02", 13, vrx::vrxIllumD65, 6, 3},
+      {"p01", 12, vrx::vrxIllumD65, 3, 2},  // its own for all goes before one for all that says more
+      {"p01", 13, vrx::vrxIllumD65, 5, 1},
+      {"p01", 13, vrx::vrxIllumA, 5, 1},
+  };
+  for (const auto& query : kQueries) {
+    const vrx::CBoxTolData* const box = table.Find(query.standard, query.geometry, query.light);
+    ASSERT_NE(box, nullptr) << query.total;
+    EXPECT_EQ((*box)[vrx::CBoxTolData::kTotal], query.total);
+    EXPECT_EQ(table.UnusedRows().size(), query.unused) << query.total;
+  }
+  EXPECT_EQ(table.UnusedRows(), Texts{all[0]});
+}
+
+TEST(LimitTable, RowsThatAreAddedReplaceTheirEqual) {
+  BoxTable table;
+  const auto add = [&table](const char* standard, int32_t geometry, int32_t illuminant, double limit) {
+    table.Add(standard, {geometry, illuminant, BoxFromNumbers({limit})});
+  };
+  add("s", kNoGeometry, -1, 1);
+  add("s", 12, vrx::vrxIllumA, 2);
+  add("", 12, vrx::vrxIllumA, 3);
+  add("s", 12, vrx::vrxIllumA, 4);  // in the place of the second
+  EXPECT_EQ(table.Size(), 3U);
+  std::ostringstream rows;
+  for (const auto& row : table.RowsOf("s")) {
+    rows << row.geometry << ' ' << row.illuminant << ' ' << row.limits[vrx::CBoxTolData::kTotal] << ", ";
+  }
+  EXPECT_EQ(rows.str(), "-1 -1 1, 12 0 4, ");
+  EXPECT_EQ(table.RowsOf("").size(), 1U);
+  EXPECT_TRUE(table.RowsOf("t").empty());
+}
+
 TEST(LimitTable, EachColumnIsItsLimit) {
   const auto boxes = TableOf<BoxTable>("total,minus2,plus2,minus1,plus1,minus0,plus0\n7,6,5,4,3,2,1\n");
   const vrx::CBoxTolData* const box = boxes.Find("", 0, vrx::vrxIllumA);

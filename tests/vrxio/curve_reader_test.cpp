@@ -6,8 +6,10 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include <vrxio/files/measurement_files.h>
 #include <vrxio/text/input_error.h>
 #include "tests/testing/rows.h"
 
@@ -288,6 +290,58 @@ TEST(CurveReader, KeepsTheValuesOfFineSums) {
   EXPECT_EQ(row.fine[9], 405.0);
   EXPECT_EQ(row.fine[84], 780.0);
   EXPECT_EQ(row.curve[5], 410.0);
+}
+
+// Colours that were seen under another light than they are judged by give verdicts on colours that nobody saw. What a file does
+// not say is no contradiction.
+TEST(CurveReader, ColoursOfAnotherLightAreRefused) {
+  using namespace vrx;
+  const struct {
+    const char* light;  // illuminant and observer, as columns
+    vrxIlluminant illuminant;
+    int32_t observer;
+    std::string seen;  // empty where it does not contradict
+  } kRows[] = {
+      {"D50,2", vrxIllumD50, kObserver2, ""},
+      {"D50,2", vrxIllumD65, kObserver2, "D50 at 2 degrees; under D65 at 2 degrees"},
+      {"D50,2", vrxIllumD50, kObserver10, "D50 at 2 degrees; under D50 at 10 degrees"},
+      {"A,10", vrxIllumD50, kObserver10, "A at 10 degrees; under D50 at 10 degrees"},  // A is number 0
+      {"D50,10", vrxIllumA, kObserver10, "D50 at 10 degrees; under A at 10 degrees"},
+      {"D50,", vrxIllumD50, kObserver10, ""},
+      {"D50,", vrxIllumA, kObserver10, "D50; under A at 10 degrees"},
+      {",2", vrxIllumA, kObserver2, ""},
+      {",2", vrxIllumA, kObserver10, "2 degrees; under A at 10 degrees"},
+      {",", vrxIllumA, kObserver10, ""},
+  };
+  const auto refusal = [](const std::string& content, const auto& row, bool isPipe) -> std::string {
+    std::istringstream stream(content);
+    io::InputStream input = io::WrapInput(stream, "f.csv");
+    if (!isPipe) HoldInput(input);
+    CurveReader reader(io::OpenMeasurements(std::move(input)), io::Content::kCurvesOrColors);
+    CurveRow colour;
+    try {
+      reader.RequireLight(row.illuminant, row.observer);
+      while (reader.Next(colour)) {
+      }
+    } catch (const io::InputError& error) {
+      return error.what();
+    }
+    return "";
+  };
+  for (const auto& row : kRows) {
+    const std::string header = "id,L,a,b,illuminant,observer\n", sample = "x,50,1,2,", light = row.light,
+                      reason = "the colours were seen under " + row.seen + " only curves could tell them";
+    const bool isFine = row.seen.empty();
+    const std::string content = header + sample + light + '\n';
+    EXPECT_EQ(refusal(content, row, false), isFine ? "" : "f.csv: " + reason) << light;
+    // Of a pipe the columns are known with the first sample, and a later sample may be of another light.
+    EXPECT_EQ(refusal(content, row, true), isFine ? "" : "f.csv, line 2: " + reason) << light;
+    EXPECT_EQ(refusal(header + sample + ",\n" + sample + light + '\n', row, false),
+              isFine ? "" : "f.csv, line 3: " + reason)
+        << light;
+    // Curves give the colour of every light.
+    EXPECT_EQ(refusal("id,400,410,420,illuminant,observer\nx,10,20,30," + light + '\n', row, false), "");
+  }
 }
 
 }  // namespace

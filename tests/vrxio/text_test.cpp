@@ -163,6 +163,57 @@ TEST(Resampler, IsExactForWhatItsPolynomialsAre) {
   EXPECT_EQ(got, (std::vector<double>{99, 2, 99}));
 }
 
+// Between even wavelengths the coefficients of the middle are -1, 9, 9, -1 sixteenths, at the ends 3, 6, -1 eighths; those of
+// uneven ones were worked out by hand.
+TEST(Resampler, TakesTheCoefficientsOfLagrange) {
+  const struct {
+    std::vector<double> from, measured, to, expected;
+  } kRows[] = {
+      {{400, 410, 420, 430, 440},
+       {1, 2, 4, 8, 16},
+       {395, 400, 405, 412, 415, 425, 430, 435, 445},
+       // at 412 nm -0.048, 0.864, 0.216, -0.032
+       {1, 1, 1.375, 2.288, 2.8125, 5.625, 8, 11.5, 16}},
+      {{400, 410, 420, 430, 440}, {1, 2, 4, 8, 16}, {415, 425}, {2.8125, 5.625}},  // no part of the values
+      // at 405 nm 5/12, 5/8, -1/24; at 420 nm -1/6, 2/3, 2/3, -1/6; at 450 nm -1/3, 1, 1/3
+      {{400, 410, 430, 440, 460},
+       {6, 3, 9, 12, 6},
+       {390, 400, 405, 410, 420, 440, 450, 470},
+       {6, 6, 4, 3, 5, 12, 11, 6}},
+  };
+  for (const auto& row : kRows) {
+    const SpectralResampler resampler(row.from, row.to);
+    EXPECT_EQ(resampler.IsEven(), row.from[2] == 420);
+    std::vector<double> got(row.to.size());
+    resampler.Convert(row.measured, got.data());
+    EXPECT_TRUE(vrx::test::RowMatches("values", got, row.expected, 1e-13));
+  }
+}
+
+// Instruments round the wavelengths of their headings: a value that was measured there stays what it is, to the bit.
+TEST(Resampler, RoundedWavelengthsAreThoseThatWereMeant) {
+  const struct {
+    std::vector<double> from, to;
+    bool interpolates;
+    std::vector<double> expected;
+  } kRows[] = {
+      {{400, 403.33, 406.67, 410}, {400 + 10.0 / 3, 400 + 20.0 / 3}, false, {0.2, 0.7}},
+      {{400, 403.33, 406.67, 410}, {400, 400 + 20.0 / 3, 410}, false, {0.1, 0.7, 0.4}},
+      {{400, 410.005, 420, 430}, {410, 420.005}, false, {0.2, 0.7}},
+      {{400, 410.05, 420, 430}, {410.05, 430}, false, {0.2, 0.4}},
+      {{400, 410.05, 420, 430}, {410, 430}, true, {}},
+      {{400, 410, 420, 430}, {410.1, 430}, true, {}},
+  };
+  for (const auto& row : kRows) {
+    const SpectralResampler resampler(row.from, row.to);
+    EXPECT_EQ(resampler.Interpolates(), row.interpolates) << row.from[1] << ' ' << row.to[0];
+    std::vector<double> got(row.to.size());
+    resampler.Convert(std::vector<double>{0.1, 0.2, 0.7, 0.4}, got.data());
+    if (row.interpolates) continue;
+    EXPECT_EQ(got, row.expected) << row.from[1] << ' ' << row.to[0];
+  }
+}
+
 TEST(Resampler, SaysWhichWavelengths) {
   const std::pair<std::vector<double>, const char*> kRows[] = {
       {{400}, "400 to 400 nm"},
