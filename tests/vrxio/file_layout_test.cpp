@@ -89,6 +89,11 @@ TEST(CsvLayout, WavelengthsInColumnsOrRows) {
       {"nm,a\nnm,%\n400,10\n410,20.5\n420,30\n", Orientation::kByContent, kOne},
       {"nm,a\n[nm],[%]\n400,10\n410,20.5\n420,30\n", Orientation::kInRows, kOne},
       {"# of,today\n400,10\n410,20.5\n420,30\n", Orientation::kByContent, "1=10 20.5 30;"},
+      {"400,410,420\n-,-,%\n10,20.5,30\n", Orientation::kByContent, "1=10 20.5 30;"},
+      // A black trap may reflect less than nothing.
+      {"400,410,420\n-.1,-.1,-.2\n10,20.5,30\n", Orientation::kByContent, "1=-0.1 -0.1 -0.2;2=10 20.5 30;"},
+      {"id,400,410,420\na,10,20.5,30\n", Orientation::kInRows,
+       "f (CSV), line 1: the wavelengths are in the columns, not in the rows as --wavelengths-in says"},
       {"nm,a\n400,10\n410,20.5\n420,30\n", Orientation::kInColumns,
        "f (CSV), line 2: the wavelengths are in the rows, not in the columns as --wavelengths-in says"},
   };

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include <vrxio/files/measurement_files.h>
+#include <vrxio/measurement/names.h>
 #include <vrxio/text/input_error.h>
 
 namespace {
@@ -222,6 +223,66 @@ TEST(TableWriters, TwinsOfTheirColumnsAreLeftOut) {
   // Parts of no colour clash with nothing.
   const std::string parts = "id,X,L,400,410,420\na,1,2,10,20,30\n";
   EXPECT_EQ(Write(parts, Form::kCsv).text, parts);
+}
+
+// What the samples of a file are, without the columns that are only kept.
+std::string FactsOf(const std::string& content) {
+  std::istringstream stream(content);
+  ReadOptions reading;
+  reading.keepsOthers = true;
+  reading.scale = ReadOptions::Scale::kPercent;
+  const auto reader = Open(stream, reading);
+  std::ostringstream facts;
+  for (Measurement sample; reader->Next(sample);) {
+    const MeasuringConditions& conditions = sample.layout->conditions;
+    facts << sample.id << " " << GeometryName(sample.geometry) << " " << GeometryName(conditions.geometry)
+          << " " << conditions.illuminant << " " << conditions.observer;
+    for (int i = 0; sample.hasXyz && i < 3; ++i) facts << " " << sample.xyz[static_cast<std::size_t>(i)];
+    for (int i = 0; sample.hasLab && i < 3; ++i) facts << " " << sample.lab[static_cast<std::size_t>(i)];
+    for (const double value : sample.reflectance) facts << " " << value;
+    facts << "\n";
+  }
+  Measurement none;
+  EXPECT_FALSE(reader->Next(none)) << "the end stays the end";
+  return facts.str();
+}
+
+// A kept column must not become a colour, a light or an id of the file that is written: what would is left out and named.
+TEST(MeasurementWriter, SamplesAreTheSameInEveryForm) {
+  const struct {
+    const char* label;
+    std::string content;
+    Texts losses;
+  } rows[] = {
+      {"colours under two lights",
+       "id,L*(10/D65),a*(10/D65),b*(10/D65),L*(2/A),a*(2/A),b*(2/A)\nx,50,1,2,60,3,4\n",
+       {"L*(2/A)", "a*(2/A)", "b*(2/A)"}},
+      {"a second Y", Cgats("", "SAMPLE_ID XYZ_X XYZ_Y XYZ_Z Y", "a 1 2 3 4\n"), {"Y"}},
+      {"a luminance alone stays", "id,L,a,b,Y\nx,50,1,2,18\n", {}},
+      {"the letter of a light beside the angles",
+       "id,measuring geometry,geometry,400,410,420\na,45/0,M0,10,20,30\nb,45/0,M1,10,20,30\n",
+       {}},
+      {"the angles of the samples themselves",
+       "id,geometry,400,410,420\na,45/0,10,20,30\nb,SCI,10,20,30\n",
+       {}},
+  };
+  for (const auto& row : rows) {
+    for (const Form form : {Form::kCsv, Form::kJson, Form::kCgats}) {
+      const Written written = Write(row.content, form);
+      EXPECT_EQ(FactsOf(written.text), FactsOf(row.content)) << row.label << "\n" << written.text;
+      EXPECT_EQ(written.losses, row.losses) << row.label;
+    }
+  }
+}
+
+// A column of row numbers has no heading; where another is called as tables call it, that one stays.
+TEST(TableWriters, AColumnWithoutAHeadingGivesWay) {
+  for (const Form form : {Form::kCsv, Form::kJson}) {
+    const Written written = Write(",id,index,400,410,420\n0,a,7,10,20.5,30\n", form);
+    EXPECT_EQ(written.losses, Texts{"the column without a heading"});
+    EXPECT_EQ(FactsOf(written.text), FactsOf("id,400,410,420\na,10,20.5,30\n"));
+    EXPECT_NE(written.text.find('7'), std::string::npos) << written.text;
+  }
 }
 
 // Percent that could be fractions are asked about when they are read: the unit answers beforehand.

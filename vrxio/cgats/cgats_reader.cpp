@@ -102,14 +102,13 @@ class CgatsReader final : public MeasurementReader {
   }
 
   bool Next(Measurement& sample) override {
-    while (true) {
+    while (!isEnded_) {
       if (ReadRow(sample)) return true;
       EndTable();
-      if (!OpenTable()) {
-        if (rows_ == 0) Fail("there is no row");
-        return false;
-      }
+      isEnded_ = !OpenTable();
     }
+    if (rows_ == 0) Fail("there is no row");
+    return false;
   }
 
   const MeasurementLayout& FirstLayout() const override { return *tables_.front()->layout; }
@@ -134,12 +133,14 @@ class CgatsReader final : public MeasurementReader {
     window_.SeekTo(offset, 0);
     pending_ = 0;
     setsInTable_ = kUnknown;
+    isEnded_ = false;
   }
   void Rewind() override {
     UseTable(*tables_.front());
     window_.SeekTo(table_->firstRow, table_->firstLine);
     pending_ = 0;
     rows_ = setsInTable_ = unmeasured_ = 0;
+    isEnded_ = false;
   }
 
  private:
@@ -620,6 +621,7 @@ class CgatsReader final : public MeasurementReader {
 
   ReadOptions options_;
   ByteWindow window_;
+  bool isEnded_ = false;
   std::size_t pending_ = 0;  // bytes of the line that was read last
   int64_t line_ = 1;
 

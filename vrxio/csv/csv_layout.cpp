@@ -162,8 +162,9 @@ bool AreUnits(const std::vector<std::string>& fields) {
   return std::ranges::all_of(fields,
                              [](const std::string& field) {
                                const std::string plain = PlainText(field);
-                               const bool isSign =
-                                   field.find_first_of("%[-") != std::string::npos && plain.size() <= 2;
+                               double number;
+                               const bool isSign = field.find_first_of("%[-") != std::string::npos &&
+                                                   plain.size() <= 2 && !IsNumber(field, number);
                                return field.empty() || isSign || plain == "nm" || plain == "percent" ||
                                       plain == "reflectance";
                              }) &&
@@ -270,8 +271,12 @@ class LayoutFinder {
            "the wavelengths may be in the columns or in the rows; choose with --wavelengths-in columns or "
            "--wavelengths-in rows");
     }
-    if (options_.orientation == Orientation::kInRows && CountWavelengthRows(lines_, header + 1) > 0) {
-      return InRows(header + 1);
+    if (options_.orientation == Orientation::kInRows) {
+      if (CountWavelengthRows(lines_, header + 1) > 0) return InRows(header + 1);
+      const auto isWavelength = [](const std::string& field) { return WavelengthOf(field) > 0; };
+      if (std::ranges::any_of(lines_[header].fields, isWavelength)) {
+        Fail(lines_[header], "the wavelengths are in the columns, not in the rows as --wavelengths-in says");
+      }
     }
     StartAt(header);
     const bool isLight =

@@ -31,8 +31,7 @@ class CgatsWriter final : public SampleWriter {
     }
     const auto texts = ConditionTexts(conditions);
     for (std::size_t i = 0; i < texts.size(); ++i) {
-      const bool isOfSamples = shape_.conditionsDiffer[i] || (i == 0 && shape_.hasGeometries);
-      if (isOfSamples || texts[i].second.empty()) continue;
+      if (shape_.conditionsDiffer[i] || !shape_.hasConditions[i] || texts[i].second.empty()) continue;
       const bool isIlluminant = std::string_view(kKeywords[i].word) == "WEIGHTING_FUNCTION";
       put(kKeywords[i].word, (isIlluminant ? "ILLUMINANT, " : "") + texts[i].second, kKeywords[i].isStandard);
     }
@@ -86,7 +85,7 @@ class CgatsWriter final : public SampleWriter {
     for (std::size_t i = 0; i < shape_.conditionsDiffer.size(); ++i) {
       if (shape_.conditionsDiffer[i]) fields.emplace_back(kKeywords[i].field);
     }
-    for (const std::string& heading : shape_.others) fields.push_back(FieldOf(heading));
+    for (const std::string& heading : shape_.others) fields.push_back(NameOf(heading));
     if (shape_.hasXyz) fields.insert(fields.end(), {"XYZ_X", "XYZ_Y", "XYZ_Z"});
     if (shape_.hasLab) fields.insert(fields.end(), {"LAB_L", "LAB_A", "LAB_B"});
     for (const double nm : shape_.wavelengths) fields.push_back("SPECTRAL_NM" + ShortestText(nm));
@@ -122,19 +121,19 @@ class CgatsWriter final : public SampleWriter {
     AddRemarks([this](const MeasurementReader::Remark& remark) { return IsHeld(remark); }, losses);
     if (shape_.hasQuotes) losses.emplace_back("double quotes in texts");
     if (shape_.hasControls) losses.emplace_back("line ends in texts");
-    DropTwins({"SAMPLE_ID", "SAMPLE_NAME", "STANDARD", "GEOMETRY", "DATE", "XYZ_X", "XYZ_Y", "XYZ_Z", "LAB_L",
-               "LAB_A", "LAB_B", "M_CONDITION", "FILTER", "BACKING", "INSTRUMENT", "APERTURE", "ILLUMINANT",
-               "OBSERVER"},
+    DropTwins({"SAMPLE_ID", "SAMPLE_NAME", "STANDARD", "GEOMETRY", "DATE", "M_CONDITION", "FILTER", "BACKING",
+               "INSTRUMENT", "APERTURE", "ILLUMINANT", "OBSERVER"},
               losses);
   }
 
-  // A heading as the name of a field, which has no blanks.
-  static std::string FieldOf(std::string_view heading) {
+  // A field's name has no blanks.
+  std::string NameOf(const std::string& heading) const override {
     std::string field;
     for (const char c : heading)
       field += c == ' ' || c == '"' || c == '#' || static_cast<unsigned char>(c) < ' ' ? '_' : c;
     return field.empty() ? "_" : field;
   }
+  bool IsTakenForOwn(const std::string& name) const override { return MeansOwnColumn(name); }
 
   // By place in ConditionTexts: a keyword, and the name of a field where samples differ.
   struct Keyword {

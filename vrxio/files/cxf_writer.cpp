@@ -157,7 +157,7 @@ class CxfWriter final : public SampleWriter {
     std::string text = "<cc:ColorSpecification Id=\"c" + std::to_string(number) + "\">" +
                        TristimulusText(conditions) + "<cc:MeasurementSpec><cc:MeasurementType>";
     text += kind.hasCurve ? "Spectrum_Reflectance" : "Colorimetric_Reflectance";
-    const bool isMCode = kind.geometry >= 42 && kind.geometry <= 45;
+    const bool isMCode = IsMeasurementCondition(kind.geometry);
     const int32_t geometry = kind.geometry == kNoGeometry || isMCode ? conditions.geometry : kind.geometry;
     text += "</cc:MeasurementType><cc:GeometryChoice>" + GeometryText(geometry) + "</cc:GeometryChoice>";
     if (kind.hasCurve) {
@@ -166,7 +166,7 @@ class CxfWriter final : public SampleWriter {
               ShortestText(wavelengths[1] - wavelengths[0]) + "\"/>";
     }
     text += Element("Aperture", conditions.aperture) + Element("Backing", conditions.backing);
-    const int32_t m = isMCode ? kind.geometry - 42 : conditions.mCondition;
+    const int32_t m = isMCode ? kind.geometry - kGeometryM0 : conditions.mCondition;
     return text + DeviceText(conditions, m) + "</cc:MeasurementSpec></cc:ColorSpecification>\n";
   }
 

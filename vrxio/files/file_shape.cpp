@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <vrxio/files/measurement_writer.h>
+#include <vrxio/measurement/names.h>
 
 namespace vrx::io {
 namespace {
@@ -25,6 +26,7 @@ class ShapeFinder {
     shape_.hasSampleDates = shape_.hasSampleDates || !sample.date.empty();
     for (const std::string_view text : {sample.id, sample.name, sample.standard, sample.date}) TakeText(text);
     TakeOthers(sample);
+    leavesGeometryOpen_ = leavesGeometryOpen_ || IsMeasurementCondition(sample.geometry);
     for (const double value : sample.reflectance) shape_.largest = std::max(shape_.largest, value);
     if (std::exchange(last_, sample.layout) == sample.layout) return;
     TakeConditions(sample.layout->conditions);
@@ -34,7 +36,13 @@ class ShapeFinder {
     shape_.wavelengthsDiffer = shape_.wavelengthsDiffer || shape_.wavelengths != sample.layout->wavelengths;
   }
 
-  FileShape Finish() { return std::move(shape_); }
+  FileShape Finish() {
+    // Where samples have a geometry of their own it is theirs; the letter of a measurement condition, M0 to M3, leaves it open.
+    if (shape_.hasGeometries && !leavesGeometryOpen_ && shape_.samples > 0) {
+      shape_.hasConditions[0] = shape_.conditionsDiffer[0] = false;
+    }
+    return std::move(shape_);
+  }
 
  private:
   void TakeText(std::string_view text) {
@@ -76,11 +84,10 @@ class ShapeFinder {
     }
     shape_.hasFileDates = shape_.hasFileDates || !conditions.date.empty();
     shape_.fileDatesDiffer = shape_.fileDatesDiffer || conditions.date != shape_.conditions.date;
-    // Where samples have a geometry of their own it is theirs.
-    if (shape_.hasGeometries) shape_.hasConditions[0] = shape_.conditionsDiffer[0] = false;
   }
 
   FileShape shape_;
+  bool leavesGeometryOpen_ = false;
   const MeasurementLayout* last_ = nullptr;
   std::span<const std::string> lastHeadings_;
   std::vector<std::string> lastNames_;

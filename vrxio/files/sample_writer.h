@@ -14,6 +14,7 @@
 
 #include <vrxio/files/file_shape.h>
 #include <vrxio/files/measurement_writer.h>
+#include <vrxio/measurement/headings.h>
 #include <vrxio/measurement/measurement.h>
 #include <vrxio/text/decimal.h>
 #include <vrxio/text/text.h>
@@ -53,14 +54,28 @@ class SampleWriter {
     }
   }
 
-  /// Takes those of the kept columns out that a reader of the file would take for one of its own; they are lost.
+  /// The name under which the format has a kept column.
+  virtual std::string NameOf(const std::string& heading) const { return heading; }
+
+  /// Whether a reader of the file would take a column of this name for one that the file has of its own.
+  virtual bool IsTakenForOwn(const std::string& /*name*/) const { return false; }
+
+  /// Takes those of the kept columns out that a reader of the file would take for one of its own, or for each other; they are
+  /// lost.
   void DropTwins(const std::vector<std::string>& ownNames, std::vector<std::string>& losses) {
     std::vector<std::string> names = ownNames, kept;
     for (const std::string& heading : shape_.others) {
-      const bool isTwin = std::ranges::any_of(
-          names, [&](const std::string& name) { return EqualsIgnoringCase(name, heading); });
-      (isTwin ? losses : kept).push_back(heading);
-      names.push_back(heading);
+      const std::string name = NameOf(heading);
+      const auto isName = [&](const std::string& other) { return EqualsIgnoringCase(other, name); };
+      // What has no heading gives way to what has one.
+      const bool isTwin = std::ranges::any_of(names, isName) || IsTakenForOwn(name) ||
+                          (heading.empty() && std::ranges::any_of(shape_.others, isName));
+      if (isTwin) {
+        losses.push_back(heading.empty() ? "the column without a heading" : heading);
+        continue;
+      }
+      kept.push_back(heading);
+      names.push_back(name);
     }
     shape_.others = std::move(kept);
   }
@@ -86,6 +101,27 @@ class SampleWriter {
     return options_.fraction ? FractionText(percent) : ShortestText(percent);
   }
   void Put(std::string_view text) { sink_(text); }
+
+  /// The same of a table, whose readers go by what a heading means: "L*(2/A)" is another L beside the one that the file has.
+  bool MeansOwnColumn(const std::string& name) const {
+    const Heading meaning = MeaningOf(name);
+    switch (meaning.role) {
+      case ColumnRole::kId:
+        return meaning.rank == kIdByName;
+      case ColumnRole::kName:
+        return shape_.hasNames;
+      case ColumnRole::kStandard:
+        return shape_.hasStandards;
+      case ColumnRole::kGeometry:
+        return shape_.hasGeometries;
+      case ColumnRole::kDate:
+        return shape_.HasDates();
+      case ColumnRole::kColor:
+        return meaning.color <= kColumnZ ? shape_.hasXyz : meaning.color <= kColumnB && shape_.hasLab;
+      default:
+        return false;
+    }
+  }
 
   const MeasurementReader& source_;
   const WriteOptions& options_;

@@ -38,8 +38,7 @@ class TableWriter : public SampleWriter {
     }
     for (std::size_t i = 0; i < shape_.others.size(); ++i) {
       const std::string_view text = OtherOf(sample, i, shape_.others[i]);
-      const std::string& heading = shape_.others[i];
-      cells.push_back({heading.empty() ? "index" : heading, std::string(text), IsPlainNumber(text)});
+      cells.push_back({NameOf(shape_.others[i]), std::string(text), IsPlainNumber(text)});
     }
     if (shape_.hasXyz) AddColor(cells, {"X", "Y", "Z"}, sample.xyz, sample.hasXyz);
     if (shape_.hasLab) AddColor(cells, {"L", "a", "b"}, sample.lab, sample.hasLab);
@@ -60,10 +59,12 @@ class TableWriter : public SampleWriter {
     for (std::size_t i = 0; i < shape_.hasConditions.size(); ++i) {
       if (shape_.hasConditions[i]) names.push_back(conditions[i].first);
     }
-    if (shape_.hasXyz) names.insert(names.end(), {"X", "Z"});
-    if (shape_.hasLab) names.insert(names.end(), {"L", "a", "b"});
     DropTwins(names, losses);
   }
+  std::string NameOf(const std::string& heading) const override {
+    return heading.empty() ? "index" : heading;
+  }
+  bool IsTakenForOwn(const std::string& name) const override { return MeansOwnColumn(name); }
 
  private:
   // Values that all lie below 2 percent could be fractions: the unit says that they are not.

@@ -67,6 +67,12 @@ inline constexpr int32_t kUnknownGeometry = -2;
 int32_t ParseGeometry(std::string_view text);
 /// The name of a geometry; empty for kNoGeometry.
 std::string GeometryName(int32_t geometry);
+/// The code of the geometry M0, the first of the measurement conditions M0 to M3 (ISO 13655); they follow each other.
+inline constexpr int32_t kGeometryM0 = 42;
+/// Whether a geometry is one of the measurement conditions M0 to M3, which name a light and leave the angles open.
+inline bool IsMeasurementCondition(int32_t geometry) {
+  return geometry >= kGeometryM0 && geometry <= kGeometryM0 + 3;
+}
 
 /// The finite numbers of a list such as "2,1". Throws InputError, in which `option` says where it stood.
 std::vector<double> ParseNumbers(std::string_view text, std::string_view option);
