@@ -411,8 +411,65 @@ TEST_F(Judging, SearchesTheNearestStandards) {
   EXPECT_NE(status.err.find("a colour belongs to one illuminant"), std::string::npos);
 }
 
+// The light of an instrument and its gloss trap count beside the geometry that pairs samples: M0 against M1 decides over
+// whitened paper, SCI against SCE over every glossy panel.
+TEST_F(Judging, ConditionsBesideTheGeometryAreCompared) {
+  const struct {
+    const char *standard, *trials, *warning;
+  } rows[] = {
+      {"geometry,filter\ns,45/0,M0", "geometry,filter\nt,45/0,M1", "other conditions than a.csv: M0 and M1"},
+      {"geometry,filter\ns,45/0,M0", "geometry,filter\nt,45/0,M0\nu,45/0,M1", "are mixed: M0 and M1"},
+      {"specular\ns,SCI", "geometry\nt,SCE", "specular included and excluded"},
+      {"geometry\ns,SCI", "specular\nt,SCE", "specular included and excluded"},
+      {"geometry,filter\ns,45/0,M1", "geometry,filter\nt,45/0,M1", ""},
+      {"geometry\ns,SCI\ns,SCE", "geometry\nt,SCE\nt,SCI", ""},
+      {"geometry\ns,M0\ns,M1", "geometry\nt,M1\nt,M0", ""},
+  };
+  const auto withColors = [](const std::string& table) {
+    std::string text = "L,a,b,id,";
+    for (const char c : table) text += c == '\n' ? std::string("\n50,1,1,") : std::string(1, c);
+    return text + "\n";
+  };
+  for (const auto& row : rows) {
+    folder_.Write("a.csv", withColors(row.standard));
+    folder_.Write("b.csv", withColors(row.trials));
+    for (const std::string command :
+         {"judge a.csv b.csv", "search b.csv a.csv", "sort b.csv --standard a.csv"}) {
+      const Result result = Run(command + " --illuminants D65");
+      const bool isExpected =
+          *row.warning == '\0' ? result.err.empty() : result.err.find(row.warning) < result.err.size();
+      EXPECT_TRUE(isExpected) << command << ": " << row.standard << " | " << row.trials << "\n" << result.err;
+    }
+  }
+}
+
+// The same number under two standards is two trials, and a standard that is measured again is one.
+TEST_F(Judging, EveryReadingCounts) {
+  folder_.Write("two.csv", "id,L,a,b\nA,50,0,0\nB,55,0,0\n");
+  for (const char* rows : {"1,A,50,0,0\n1,B,46,0,0\n", "1,B,46,0,0\n1,A,50,0,0\n"}) {
+    folder_.Write("lots.csv", std::string("id,standard,L,a,b\n") + rows);
+    const Result result = Run("judge two.csv lots.csv --average --strict --illuminants D65 --format csv");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(std::ranges::count(result.out, '\n'), 3) << result.out;
+  }
+  folder_.Write("again.csv", "id,L,a,b\nS,50,10,10\nt,50,10,10\nS,59,10,10\n");
+  EXPECT_EQ(Run("sort again.csv --system lab --illuminants D65 --format csv").out,
+            "block,trial,dL,da,db\n555,t,0,0,0\nA55,S,9,0,0\n");
+}
+
 TEST_F(Judging, Refusals) {
+  folder_.Write("twice.csv", "id,L,a,b\ns,50,10,10\ns,53,10,10\n");
+  folder_.Write("pairs.csv", "id,L1,a1,b1,L2,a2,b2\np,50,0,0,80,30,0\n");
+  folder_.Write("lots.csv", "id,standard,L,a,b\n1,A,54,0,0\n1,B,46,0,0\n");
   ExpectRefused({
+      {"judge s.csv t.csv --illuminants D65 --ellipse --limits dL=1",
+       "ellipsoids decide in place of the components"},
+      {"judge s.csv t.csv --illuminants D65 --limits dL=1,dL=2", "--limits: dL is there twice"},
+      {"judge twice.csv t.csv --illuminants D65", "twice.csv, line 3: standard \"s\" has a row already"},
+      {"delta pairs.csv --tolerance 1 --verdict box", "no component has a limit; use --limits"},
+      {"delta pairs.csv --warning 0.5", "give the limits, by --tolerance or --limits"},
+      {"sort near.csv --illuminants D65", "near.csv: there are no trials beside the standard"},
+      {"average lots.csv --count 2", "another standard than those that it is averaged with"},
       {"judge s.csv t.csv", "s.csv: a colour belongs to one illuminant"},
       {"judge s.csv named.csv --illuminants D65 --standard-id s", "the trials already name their standards"},
       {"judge s.csv t.csv --illuminants D65 --verdict box", "no component has a limit; use --limits"},

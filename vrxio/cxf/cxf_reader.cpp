@@ -420,10 +420,10 @@ class CxfReader final : public MeasurementReader {
     for (Sample& sample : samples_) {
       if (sample.layout == nullptr) sample.layout = LayoutOf(sample.measuring, {});
       if (!geometriesDiffer_ || sample.geometry != kNoGeometry) continue;
-      constexpr int32_t kM0 = 42;
       const MeasuringConditions& conditions = sample.layout->conditions;
       sample.geometry = conditions.geometry;
-      if (onlyConditionsDiffer_ && conditions.mCondition >= 0) sample.geometry = kM0 + conditions.mCondition;
+      if (onlyConditionsDiffer_ && conditions.mCondition >= 0)
+        sample.geometry = kGeometryM0 + conditions.mCondition;
     }
   }
 

@@ -19,13 +19,11 @@ ReadOptions OptionsOf(bool fraction) {
   return options;
 }
 
-// Conditions without what a file that tells its samples apart by geometry may mix.
-MeasuringConditions WithoutGeometry(MeasuringConditions conditions) {
-  conditions.geometry = kNoGeometry;
-  conditions.specular = Specular::kUnknown;
-  conditions.mCondition = -1;
-  conditions.ultraviolet = 0;
-  return conditions;
+// What the conditions of samples contradict each other in, beside what their own geometry says: a file that tells its samples
+// apart by that may mix it.
+std::string ConflictBeside(int32_t geometry, MeasuringConditions first, MeasuringConditions other) {
+  for (MeasuringConditions* const conditions : {&first, &other}) LeaveToGeometry(geometry, *conditions);
+  return ConditionConflict(first, other);
 }
 
 }  // namespace
@@ -80,9 +78,8 @@ void CurveReader::UseLayout(const MeasurementLayout& layout) {
   conditions_ = WithCorrection(layout.conditions);
   if (rows_ <= 1) first_ = conditions_;
   if (mixture_.empty()) {
-    mixture_ = HasGeometries()
-                   ? ConditionConflict(WithoutGeometry(first_), WithoutGeometry(layout.conditions))
-                   : ConditionConflict(first_, layout.conditions);
+    mixture_ = HasGeometries() ? ConflictBeside(measured_.geometry, first_, layout.conditions)
+                               : ConditionConflict(first_, layout.conditions);
   }
   const std::string conflict = LightConflict(layout.conditions);
   if (!conflict.empty()) source_->FailRow(conflict);
@@ -129,6 +126,7 @@ bool CurveReader::Next(CurveRow& row) {
     ++withoutCurve_;
   } while (true);
   ++rows_;
+  if (rows_ == 1) firstGeometry_ = measured_.geometry;
   row.kind = kind_;
   row.id = measured_.id;
   row.name = measured_.name;

@@ -96,6 +96,8 @@ class CurveReader {
   const std::string& Mixture() const { return mixture_; }
   /// How the first sample was measured, once it was read; of colours from the start on, of a pipe as far as its header says.
   const MeasuringConditions& FirstConditions() const { return first_; }
+  /// The geometry that the first sample has of its own, once it was read; kNoGeometry without one.
+  int32_t FirstGeometry() const { return firstGeometry_; }
   /// How the last sample was measured, as its file says it and CorrectBy. Valid until the next one.
   const MeasuringConditions& Conditions() const { return conditions_; }
   /// Colours count under this light. Throws InputError, here and in Next, where the file says that they were seen under another
@@ -140,6 +142,7 @@ class CurveReader {
   int64_t withoutCurve_ = 0;
   int64_t zeros_ = 0;
   MeasuringConditions first_;
+  int32_t firstGeometry_ = kNoGeometry;
   MeasuringConditions conditions_;  // of the last sample
   MeasuringConditions light_;       // that colours have to be of
   std::string mixture_;

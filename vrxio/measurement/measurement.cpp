@@ -14,19 +14,7 @@ namespace vrx::io {
 namespace {
 
 // Angle codes of the library that files speak of.
-enum Geometry : int32_t {
-  kSphere = 0,
-  k45To0 = 1,
-  kDiffuse0 = 2,
-  k0To45 = 3,
-  kSci = 12,
-  kSce = 13,
-  kM0 = 42
-};
-
-bool IsBetween(int32_t code, int32_t first, int32_t last) {
-  return code >= first && code <= last;
-}
+enum Geometry : int32_t { kSphere = 0, k45To0 = 1, kDiffuse0 = 2, k0To45 = 3, kSci = 12, kSce = 13 };
 
 // The M condition that a text names, "M1", "m1_daylight" or "Illumination=M1"; -1 for none.
 int32_t MConditionOf(std::string_view text) {
@@ -69,17 +57,6 @@ bool IsPair(std::string_view text, std::string_view first, std::string_view seco
   }
   while (digits.ends_with('/')) digits.pop_back();
   return digits == std::string(first) + "/" + std::string(second);
-}
-
-void SetGeometry(int32_t code, MeasuringConditions& conditions) {
-  if (code < 0) return;
-  if (IsBetween(code, kM0, kM0 + 3)) {
-    conditions.mCondition = code - kM0;
-    return;
-  }
-  conditions.geometry = code;
-  if (code == kSci) conditions.specular = Specular::kIncluded;
-  if (code == kSce) conditions.specular = Specular::kExcluded;
 }
 
 void SetSpecular(Specular specular, MeasuringConditions& conditions) {
@@ -151,12 +128,29 @@ void TakePairs(std::string_view text, MeasuringConditions& conditions) {
 
 }  // namespace
 
+void TakeGeometry(int32_t geometry, MeasuringConditions& conditions) {
+  if (geometry < 0) return;
+  if (IsMeasurementCondition(geometry)) {
+    conditions.mCondition = geometry - kGeometryM0;
+    return;
+  }
+  conditions.geometry = geometry;
+  if (geometry == kSci) conditions.specular = Specular::kIncluded;
+  if (geometry == kSce) conditions.specular = Specular::kExcluded;
+}
+
+void LeaveToGeometry(int32_t geometry, MeasuringConditions& conditions) {
+  conditions.geometry = kNoGeometry;
+  if (IsMeasurementCondition(geometry)) conditions.mCondition = -1, conditions.ultraviolet = 0;
+  if (geometry == kSci || geometry == kSce) conditions.specular = Specular::kUnknown;
+}
+
 int32_t ParseMeasuringGeometry(std::string_view text) {
   const int32_t known = ParseGeometry(text);
   if (known != kUnknownGeometry) return known;
   if (IsPair(text, "45", "0")) return k45To0;
   if (IsPair(text, "0", "45")) return k0To45;
-  if (const int32_t m = MConditionOf(text); m >= 0) return kM0 + m;
+  if (const int32_t m = MConditionOf(text); m >= 0) return kGeometryM0 + m;
   const std::string plain = PlainText(text);
   const Specular specular = SpecularOf(plain);
   const bool isSphere = plain.starts_with("d8") || plain.starts_with("di8") || plain.starts_with("de8") ||
@@ -180,7 +174,7 @@ bool TakeCondition(std::string_view word, std::string_view text, MeasuringCondit
     return std::ranges::find(words, plain) != words.end();
   };
   if (is({"geometry", "measurementgeometry", "measuringgeometry", "measgeometry"})) {
-    SetGeometry(ParseMeasuringGeometry(text), conditions);
+    TakeGeometry(ParseMeasuringGeometry(text), conditions);
   } else if (is({"specular", "specularcomponent", "scisce", "mode", "measurementmode", "sphere"})) {
     SetSpecular(SpecularOf(PlainText(text)), conditions);
   } else if (is({"measurementcondition", "mcondition", "condition", "illumination", "illuminationcondition",

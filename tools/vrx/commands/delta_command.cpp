@@ -178,7 +178,12 @@ void RunDelta(const DeltaOptions& options) {
   settings.difference = options.system.Settings();
   settings.angle = options.system.Angle();
   const bool judges = !options.limits.tolerance.empty() || !options.limits.limits.empty();
-  if (judges) SetLimits(options.limits, settings);
+  if (judges) {
+    SetLimits(options.limits, settings);
+    RequireLimitsOfComponents(settings);
+  } else if (!options.limits.verdict.empty() || options.limits.warning != LimitOptions().warning) {
+    throw InputError("--verdict and --warning: give the limits, by --tolerance or --limits");
+  }
   CsvReader csv(options.pairs);
   const bool fromXyz = HasColumns(csv.Header(), {"X1", "Y1", "Z1"});
   ValueRows values = fromXyz ? ValueRows(csv, {"X1", "Y1", "Z1", "X2", "Y2", "Z2", "angle"}, 6)

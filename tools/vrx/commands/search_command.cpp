@@ -56,7 +56,7 @@ struct Search : SearchConditions {
   double AngleOf(int32_t geometry) const { return options.system.AngleOf(geometry); }
 };
 
-void ReadStandards(CurveReader reader, Search& search) {
+void ReadStandards(CurveReader& reader, Search& search) {
   constexpr std::size_t kMost = 4'000'000;
   search.withGeometry |= reader.HasGeometries();
   ProgressBar progress(reader.Source().Size());
@@ -67,7 +67,6 @@ void ReadStandards(CurveReader reader, Search& search) {
     progress.Update(reader.Source().Position());
   }
   search.standards.Compute();
-  WarnAboutInput(reader);
 }
 
 class SearchOutput {
@@ -153,7 +152,7 @@ void RunSearch(NearestOptions& options) {
   CurveReader reader = OpenCurves(options.samples, options.input, Content::kCurvesOrColors);
   options.viewing.Follow({&standards, &reader});
   Search search(options);
-  ReadStandards(std::move(standards), search);
+  ReadStandards(standards, search);
   const auto count = static_cast<std::size_t>(options.count);
   search.withGeometry |= reader.HasGeometries();
   OutputStream output;
@@ -175,7 +174,7 @@ void RunSearch(NearestOptions& options) {
   if (samples.Size() > 0) searchChunk();
   results.Finish();
   output.Finish();
-  WarnAboutInput(reader);
+  WarnAboutInput(standards, reader);
   options.system.WarnAboutAngle(reader.HasGeometries());
 }
 

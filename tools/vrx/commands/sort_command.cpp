@@ -270,18 +270,26 @@ void RunSort(SortOptions& options, const Command& command) {
   const JudgeSettings settings = SettingsUnder(options.viewing, options.system);
   Sorter sorter(BlocksOf(options.blocks), settings);
   Judge judge(settings);
+  OwnRows own;
+  bool hasTrials = false;
   CurveRow trial;
   while (trials.Next(trial)) {
     const Standard& standard = standards->Of(trial);
-    if (oneFile && standard.id == trial.id) continue;
+    if (oneFile && own.Take(standard, trial)) continue;
     judge.Evaluate(standard, trial);
     sorter.Add(trials, trial, judge);
+    hasTrials = true;
   }
+  if (!hasTrials) throw InputError(trials.Source().Name() + ": there are no trials beside the standard");
   standards->EndTrials();
   OutputStream output;
   sorter.Write(options.format, trials.HasIdsAndNames(), trials.HasGeometries(), output);
   output.Finish();
-  WarnAboutInput(trials);
+  if (oneFile) {
+    WarnAboutInput(trials);
+  } else {
+    WarnAboutInput(standards->Reader(), trials);
+  }
 }
 
 }  // namespace

@@ -185,8 +185,9 @@ class Sheet {
 std::vector<Card> JudgeAll(Comparison& comparison, bool oneFile, const JudgeSettings& settings) {
   std::vector<Card> cards;
   Judge judge(settings);
+  OwnRows own;
   comparison.ForEachTrial([&](const CurveRow& trial, const Standard& standard) {
-    if (oneFile && standard.id == trial.id) return;
+    if (oneFile && own.Take(standard, trial)) return;
     if (cards.size() == kMaxTrials)
       comparison.Trials().Source().FailRow("more than 1000 trials for one picture");
     judge.Evaluate(standard, trial);

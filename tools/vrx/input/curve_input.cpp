@@ -143,11 +143,17 @@ namespace {
 std::string ConflictOf(const CurveReader& standards, const CurveReader& trials) {
   MeasuringConditions ofStandards = standards.FirstConditions();
   MeasuringConditions ofTrials = trials.FirstConditions();
-  if (standards.HasGeometries() || trials.HasGeometries()) {
-    // Samples are paired by their own geometry then.
+  if (standards.HasGeometries() && trials.HasGeometries()) {
+    // Samples are paired by what their own geometry says, and by nothing else of their conditions.
+    for (const int32_t geometry : {standards.FirstGeometry(), trials.FirstGeometry()}) {
+      LeaveToGeometry(geometry, ofStandards);
+      LeaveToGeometry(geometry, ofTrials);
+    }
+  } else if (standards.HasGeometries() || trials.HasGeometries()) {
+    // The one file's samples of any geometry meet what the other says of all: it says so by its angles, or not at all.
+    TakeGeometry(standards.FirstGeometry(), ofStandards);
+    TakeGeometry(trials.FirstGeometry(), ofTrials);
     ofStandards.geometry = ofTrials.geometry = kNoGeometry;
-    ofStandards.specular = ofTrials.specular = Specular::kUnknown;
-    ofStandards.mCondition = ofTrials.mCondition = -1;
   }
   std::string conflict = ConditionConflict(ofStandards, ofTrials);
   if (conflict.empty()) return conflict;

@@ -3,6 +3,7 @@
 #include <array>
 #include <map>
 #include <span>
+#include <tuple>
 #include <utility>
 
 #include <vrxmath/colorimetry/color_spaces.h>
@@ -104,12 +105,13 @@ void FinishMeasured(Readings& readings) {
 
 std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count) {
   std::vector<Readings> all;
-  std::map<std::pair<std::string, int32_t>, std::size_t> places;  // in `all`, by id and geometry
+  // In `all`, by standard, id and geometry: trials of two standards may have the same numbers.
+  std::map<std::tuple<std::string, std::string, int32_t>, std::size_t> places;
   CurveRow row;
   for (std::size_t read = 0; reader.Next(row); ++read) {
     if (read == kMostReadings) reader.Source().FailRow("more than 200000 readings");
-    const bool isNew = count > 0 ? read % count == 0
-                                 : places.try_emplace({std::string(row.id), row.geometry}, all.size()).second;
+    const std::tuple key(std::string(row.standard), std::string(row.id), row.geometry);
+    const bool isNew = count > 0 ? read % count == 0 : places.try_emplace(key, all.size()).second;
     if (isNew) {
       Readings& first = all.emplace_back();
       first.id = row.id;
@@ -117,7 +119,9 @@ std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count) {
       first.standard = row.standard;
       first.geometry = row.geometry;
     }
-    Readings& readings = count > 0 ? all.back() : all[places.at({std::string(row.id), row.geometry})];
+    Readings& readings = count > 0 ? all.back() : all[places.at(key)];
+    if (readings.standard != row.standard)
+      reader.Source().FailRow("the reading has another standard than those that it is averaged with");
     readings.samples.push_back(row);
     TakeMeasured(reader, readings);
   }

@@ -114,13 +114,6 @@ bool LimitsComponents(const CBoxTolData& box) {
                      [](double limit) { return std::isfinite(limit); });
 }
 
-// A verdict on components that have no limits would pass everything.
-void RequireLimitsOfComponents(const JudgeSettings& settings) {
-  if (settings.rule != VerdictRule::kComponents || settings.ByEllipse() || LimitsComponents(settings.box))
-    return;
-  throw InputError("--verdict box: no component has a limit; use --limits, or --tolerance with seven limits");
-}
-
 void LoadEllipses(const JudgingOptions& options, JudgeSettings& settings) {
   if (!options.tolerance.empty() && !options.ellipse) {
     throw InputError("--ellipses: the file has the limits; --tolerance also needs --ellipse");
@@ -130,6 +123,12 @@ void LoadEllipses(const JudgingOptions& options, JudgeSettings& settings) {
 }
 
 }  // namespace
+
+void RequireLimitsOfComponents(const JudgeSettings& settings) {
+  if (settings.rule != VerdictRule::kComponents || settings.ByEllipse() || LimitsComponents(settings.box))
+    return;
+  throw InputError("--verdict box: no component has a limit; use --limits, or --tolerance with seven limits");
+}
 
 void WarnAboutLimits(const JudgingOptions& options, const JudgeSettings& settings) {
   constexpr std::size_t kNamed = 3;
@@ -212,7 +211,14 @@ CBoxTolData BoxOf(const LimitOptions& options, int32_t system) {
   if (numbers.size() == 1) box = TotalLimit(numbers.front());
   if (options.limits.empty()) return box;
   if (numbers.size() != 1) throw InputError("--limits: --tolerance already has limits of components");
-  for (const std::string& limit : SplitList(options.limits, ',')) SetComponent(limit, system, box);
+  std::vector<std::string> named;
+  for (const std::string& limit : SplitList(options.limits, ',')) {
+    SetComponent(limit, system, box);
+    const std::string name = limit.substr(0, limit.find('='));
+    if (std::ranges::find(named, name) != named.end())
+      throw InputError("--limits: " + name + " is there twice");
+    named.push_back(name);
+  }
   return box;
 }
 
@@ -231,6 +237,8 @@ void AddLimits(const JudgingOptions& options, JudgeSettings& settings) {
   if (!options.grade.empty() || !options.leastGrade.empty()) settings.grade = GradeOf(options);
   if (!options.mostInconstancy.empty())
     settings.inconstancy = InconstancyOf(options, settings.illuminants.size());
+  if ((options.ellipse || !options.ellipses.empty()) && !options.limits.empty())
+    throw InputError("--limits: ellipsoids decide in place of the components");
   SetLimits(options, settings);
   if (!options.tolerances.empty()) {
     CsvReader csv(options.tolerances);

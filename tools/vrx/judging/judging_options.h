@@ -45,9 +45,10 @@ inline const std::string kUsualTolerance = "1.5";
 /// Adds `--tolerance`, `--limits`, `--verdict` and `--warning`; `usual` is what holds without the first.
 void AddToleranceOptions(Command& owner, LimitOptions& options, const std::string& usual);
 /// Gives the settings the limits, the rule and the warning of the options; where a least grade decides, differences have only
-/// the limits that are given. Throws InputError as BoxOf, and for a verdict on
-/// components without limits.
+/// the limits that are given. Throws InputError as BoxOf.
 void SetLimits(const LimitOptions& options, JudgeSettings& settings);
+/// Refuses a verdict on components that have no limits, which would pass everything. Throws InputError.
+void RequireLimitsOfComponents(const JudgeSettings& settings);
 
 /// The settings under the conditions of the options, without limits.
 JudgeSettings SettingsUnder(const ViewingOptions& viewing, const SystemOptions& system);

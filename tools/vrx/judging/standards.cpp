@@ -141,13 +141,21 @@ class OneStandardForAll final : public Standards {
     if (rows_.empty()) FailNoStandard(reader_.Source().Name(), id_, kNoGeometry);
   }
 
+  // A second row of the standard in a file of its own: nobody said which of the two it is.
   void LookForOthers() {
-    CurveRow row;
+    const bool hasOwnFile = !trials_.empty() && !AreOneFile(reader_.Source().Name(), trials_);
+    bool isTwice = false;
     try {
-      hasOthers_ = reader_.Next(row);
+      CurveRow row;
+      while (!isTwice && reader_.Next(row)) {
+        hasOthers_ = hasOthers_ || row.id != id_;
+        isTwice = row.id == id_ && hasOwnFile;
+        if (!hasOwnFile) break;
+      }
     } catch (const InputError&) {  // rows that nobody asks for may be of any kind
       hasOthers_ = true;
     }
+    if (isTwice) reader_.Source().FailRow("standard \"" + id_ + "\" has a row already");
   }
 
   // The row of a geometry, else the one without; a trial without a geometry may take an only row.

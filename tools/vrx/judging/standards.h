@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,8 +31,20 @@ class Standards {
   virtual const CurveReader& Reader() const = 0;
 };
 
+/// The standard's own rows in a file that holds the trials too: the first one of its id, of each geometry. A later one of that
+/// id was measured again and is a trial.
+class OwnRows {
+ public:
+  bool Take(const Standard& standard, const CurveRow& trial) {
+    return standard.id == trial.id && taken_.insert(trial.geometry).second;
+  }
+
+ private:
+  std::set<int32_t> taken_;
+};
+
 /// One standard for every trial: the rows of `id`, or of the first row's id when `id` is empty, one per
-/// geometry. Throws InputError when there are none or two of a geometry. Where `trials` is given and nobody named the standard,
+/// geometry. Throws InputError when there are none or two of a geometry; in a file without geometries that other trials are compared with, for two rows of the first id as well. Where `trials` is given and nobody named the standard,
 /// trials that each have the id of a standard are a question, whether they belong to those: it is asked before the first
 /// trial, and of trials from a pipe behind the last one. `offersPairs`: the command has `--pairs`, which the question names.
 std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id,
