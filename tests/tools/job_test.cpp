@@ -101,6 +101,56 @@ TEST_F(Job, ABatchIsStoredOnce) {
   ExpectVerified();
 }
 
+// A master that is measured anew keeps what it is judged by, but for what the options name.
+TEST_F(Job, ANewVersionKeepsWhatIsNotGiven) {
+  folder_.Write("new.csv", Header() + Flat("grey", "40.2"));
+  folder_.Write("white.csv", "standard,plus0,minus0,plus1,minus1,plus2,minus2,total\nwhite,9,9,9,9,9,9,9\n");
+  const std::string kOwn = " --system cie2000 --tolerance 1 --illuminants D65 --observer 2";
+  struct Row {
+    std::string options, system, illuminants, limits, said;
+  };
+  const Row kRows[] = {
+      {"", "cie2000 parameters=1:1:1", "D65", "total 1", "grey: limits and conditions of version 1 are kept"},
+      {" --tolerance 2", "cie2000 parameters=1:1:1", "D65", "total 2",
+       "grey: conditions of version 1 are kept"},
+      {" --illuminants A", "cie2000 parameters=1:1:1", "A", "total 1",
+       "grey: limits and other conditions of version 1 are kept"},
+      {" --parameters 2 --tolerance 1", "cie2000 parameters=2:1:1", "D65", "total 1",
+       "grey: other conditions of version 1 are kept"},
+      {" --system cmc --illuminants A --tolerance 3", "cmc", "A", "total 3",
+       "grey: other conditions of version 1 are kept"},
+      {" --tolerances white.csv", "cie2000 parameters=1:1:1", "D65", "total 1",
+       "grey: limits and conditions of version 1 are kept"},
+      {kOwn, "cie2000 parameters=1:1:1", "D65", "total 1", ""},
+  };
+  int number = 0;
+  for (const Row& row : kRows) {
+    const std::string job = " --job j" + std::to_string(number++);
+    Good("job create" + job);
+    Good("job add-standard s.csv" + job + kOwn);
+    const Result added = Run("job add-standard new.csv" + job + row.options);
+    EXPECT_NE(added.err.find("1 changed"), std::string::npos) << row.options << added.err;
+    EXPECT_NE(added.err.find(row.said), std::string::npos) << row.options << added.err;
+    EXPECT_EQ(added.err.find("are kept") == std::string::npos, row.said.empty()) << row.options << added.err;
+    const std::string shown = Good("job show grey --format csv" + job);
+    for (const std::string& text : {"system=" + row.system, "illuminants=" + row.illuminants + " observer=2",
+                                    "limits," + row.limits + "\n"})
+      EXPECT_NE(shown.find(text), std::string::npos) << row.options << "\n" << shown;
+    Good("judge t.csv --standard-id white" + job);
+  }
+  Good("job add-standard s.csv --job j" + kOwn + " --verdict box --limits dL=1");
+  ExpectRefused({{"job add-standard new.csv --job j --system cmc", "of standard \"grey\" are for cie2000"},
+                 {"job add-standard new.csv --job j --parameters 2", "--parameters: the limits of standard"},
+                 {"job add-standard new.csv --job j --tolerance 2", "no component has a limit"}});
+  Good("job add-standard s.csv --job j");
+  EXPECT_EQ(Column("job standards --job j", "version"), (std::vector<std::string>{"1", "1", "1"}));
+  Good(
+      "job add-standard new.csv --job j --tolerance 1 --verdict total --illuminants D65,A --most-inconstancy "
+      "2");
+  for (const char* command : {"job add-standard new.csv", "judge t.csv --standard-id grey"})
+    ExpectRefused({{command + std::string(" --job j --illuminants D65"), "inconstancy, which needs two"}});
+}
+
 TEST_F(Job, WhatIsOpenIsAsked) {
   folder_.Write("colours.csv", "id,L,a,b\nc,50,0,0\n");
   ExpectRefused({

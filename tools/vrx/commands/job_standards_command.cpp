@@ -3,18 +3,17 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
-#include <vrxio/csv/tolerance_table.h>
 #include <vrxstore/records/stored_form.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/job_commands.h"
 #include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/job/added_settings.h"
 #include "tools/vrx/job/job_options.h"
 #include "tools/vrx/judging/judging_options.h"
 #include "tools/vrx/output/output.h"
@@ -62,50 +61,14 @@ class StandardsOfFiles {
   std::unordered_map<std::string, std::size_t> places_;
 };
 
-constexpr const char* kConditionOptions[] = {
-    "--system",  "--parameters", "--angle", "--illuminants", "--observer",
-    "--warning", "--verdict",    "--grade", "--least-grade", "--most-inconstancy"};
-constexpr const char* kLimitOptions[] = {"--tolerance", "--limits", "--tolerances", "--ellipse",
-                                         "--ellipses"};
-
-bool IsAnyGiven(const Command& command, std::span<const char* const> names) {
-  return std::ranges::any_of(names, [&](const char* name) { return command.IsGiven(name); });
-}
-
-template <class LIMITS>
-void AddRows(const LimitTable<LIMITS>& table, const std::string& name, store::Standard& standard) {
-  for (const auto& row : table.RowsOf(name))
-    standard.limits.push_back({row.geometry, row.illuminant, row.limits});
-}
-
-// Rows for all standards first: the most specific row counts, wherever it stands.
-void AddLimitsOf(const JudgeSettings& settings, store::Standard& standard) {
-  for (const std::string& name : {std::string(), standard.name}) {
-    AddRows(settings.boxes, name, standard);
-    AddRows(settings.ellipses, name, standard);
-  }
-  const bool hasGeneral = std::ranges::any_of(standard.limits, [](const store::StandardLimits& row) {
-    return row.geometry == kNoGeometry && row.illuminant == store::StandardLimits::kAllIlluminants;
-  });
-  if (hasGeneral || !settings.ellipses.IsEmpty()) return;
-  const JudgeLimits general =
-      settings.buildEllipses ? JudgeLimits(SystemEllipsoid()) : JudgeLimits(settings.box);
-  standard.limits.insert(standard.limits.begin(),
-                         {kNoGeometry, store::StandardLimits::kAllIlluminants, general});
-}
-
 void RunAdd(const StandardOptions& options, const Command& command) {
   StandardsOfFiles files;
   for (const std::string& file : options.files) files.Read(file, options.input);
-  const bool hasLimits = IsAnyGiven(command, kLimitOptions);
-  if (hasLimits || IsAnyGiven(command, kConditionOptions)) {
-    const JudgeSettings settings = SettingsOf(options.judging);
-    for (store::Standard& standard : files.All()) {
-      standard.conditions = settings;
-      if (hasLimits) AddLimitsOf(settings, standard);
-    }
-  }
-  const store::AddedStandards added = OpenJob(options.job)->AddStandards(files.All(), options.job.Author());
+  const auto job = OpenJob(options.job);
+  AddedSettings settings(*job, options.job.Shown(), options.judging, command);
+  for (store::Standard& standard : files.All()) settings.Give(standard);
+  const store::AddedStandards added = job->AddStandards(files.All(), options.job.Author());
+  settings.SayWhatWasKept();
   PrintMessage(options.job.Shown() + ": " + "standards: " + std::to_string(added.added) + " added, " +
                std::to_string(added.changed) + " changed, " + std::to_string(added.unchanged) + " unchanged");
 }
@@ -209,7 +172,9 @@ void AddAdding(Command& job) {
   command.SetNotes(
       "Conditions and limits that are given are kept with the standards, and vrx judge --job judges by them. "
       "A\n"
-      "standard that is there already and has changed gets a new version; earlier verdicts keep theirs.\n\n"
+      "standard that is there already and has changed gets a new version, which keeps the conditions and "
+      "limits "
+      "that\nare not given; earlier verdicts keep theirs.\n\n"
       "Example:\n"
       "  vrx job add-standard master.csv --job plant.vrxjob --system cie2000 --tolerance 0.8 --illuminants "
       "D65,T84\n");

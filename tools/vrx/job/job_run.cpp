@@ -47,8 +47,10 @@ std::optional<JudgeConditions> SharedConditions(const std::vector<store::Standar
 void SetConditions(const std::optional<JudgeConditions>& own, const JudgingOptions& options,
                    const Command& command, JudgeSettings& settings) {
   if (own) static_cast<JudgeConditions&>(settings) = *own;
+  SystemOptions system = options.system;
+  if (own && !command.IsGiven("--system")) system.system = ShortNameOf(own->difference.system);
   if (!own || command.IsGiven("--system") || command.IsGiven("--parameters"))
-    settings.difference = options.system.Settings();
+    settings.difference = system.Settings();
   if (!own || !options.viewing.illuminants.empty()) settings.illuminants = options.viewing.Illuminants();
   if (!own || !options.viewing.observer.empty()) settings.observer = options.viewing.Observer();
   if (!own || !options.system.angle.empty()) settings.angle = options.system.Angle();
@@ -63,11 +65,8 @@ void TakeLimits(store::Store& store, const std::vector<store::StandardEntry>& en
       boxed = entry.name;  // by the usual box
       continue;
     }
-    if (entry.conditions && entry.conditions->difference != settings.difference) {
-      throw InputError("--system: the limits of standard \"" + entry.name + "\" are for " +
-                       std::string(ShortNameOf(entry.conditions->difference.system)) +
-                       "; give limits, too, as with --tolerance");
-    }
+    if (entry.conditions)
+      RequireSystemOfLimits(entry.name, entry.conditions->difference, settings.difference);
     const std::vector<store::StandardLimits> rows = store.FindStandard(entry.name).value().limits;
     for (const store::StandardLimits& row : rows) {
       if (const auto* box = std::get_if<CBoxTolData>(&row.limits)) {
@@ -97,7 +96,40 @@ std::unique_ptr<Standards> ChooseOnly(CurveReader standards, const std::string& 
       "the one of the same id, --nearest the nearest");
 }
 
+// The rule as --verdict names it.
+std::string WordOf(VerdictRule rule) {
+  return rule == VerdictRule::kTotal ? "total" : rule == VerdictRule::kComponents ? "box" : "worse";
+}
+
 }  // namespace
+
+void RequireSystemOfLimits(const std::string& standard, const CDifferenceSettings& own,
+                           const CDifferenceSettings& asked) {
+  if (own == asked) return;
+  const bool isOther = own.system != asked.system;
+  throw InputError(
+      (isOther ? "--system: the limits of standard \"" : "--parameters: the limits of standard \"") +
+      standard + "\" are for " + (isOther ? std::string(ShortNameOf(own.system)) : TitleOf(own)) +
+      "; give limits, too, as with --tolerance");
+}
+
+JudgeSettings SettingsOver(const std::optional<JudgeConditions>& own, const JudgingOptions& options,
+                           const Command& command, bool keepsLimits) {
+  JudgeSettings settings;
+  SetConditions(own, options, command, settings);
+  JudgingOptions given = options;
+  // The usual tolerance is no question where every standard has limits of its own.
+  if (keepsLimits)
+    given.tolerance = kUsualTolerance;
+  else if (own && options.verdict.empty())
+    given.verdict = WordOf(own->rule);
+  AddLimits(given, settings);
+  if (settings.inconstancy && settings.illuminants.size() < 2)
+    throw InputError("--illuminants: the standard limits colour inconstancy, which needs two or more");
+  if (own && options.verdict.empty()) settings.rule = own->rule;
+  if (own && !command.IsGiven("--warning")) settings.warningFactor = own->warningFactor;
+  return settings;
+}
 
 void AddJobRunOptions(Command& owner, JobRunOptions& options) {
   AddJobChangeOptions(owner, options);
@@ -111,16 +143,9 @@ JudgeSettings SettingsOfJob(store::Store& store, const std::string& file, const 
   const std::vector<store::StandardEntry> entries = EntriesOf(store, file, standard);
   const bool areGiven = command.IsGiven("--system") && !options.viewing.illuminants.empty();
   const std::optional<JudgeConditions> own = SharedConditions(entries, file, areGiven);
-  JudgeSettings settings;
-  SetConditions(own, options, command, settings);
-  JudgingOptions given = options;
   const bool takesLimits = !GivesLimits(options);
   const bool allHaveLimits = std::ranges::all_of(entries, &store::StandardEntry::hasLimits);
-  // The usual tolerance is no question where every standard has limits of its own.
-  if (takesLimits && allHaveLimits) given.tolerance = kUsualTolerance;
-  AddLimits(given, settings);
-  if (own && options.verdict.empty()) settings.rule = own->rule;
-  if (own && !command.IsGiven("--warning")) settings.warningFactor = own->warningFactor;
+  JudgeSettings settings = SettingsOver(own, options, command, takesLimits && allHaveLimits);
   if (takesLimits) TakeLimits(store, entries, file, settings);
   return settings;
 }

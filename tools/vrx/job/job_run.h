@@ -26,6 +26,15 @@ struct JobRunOptions : JobOptions {
 /// Adds `--nearest` and `--again` to the options of a job that is changed.
 void AddJobRunOptions(Command& owner, JobRunOptions& options);
 
+/// The settings of the options over the conditions that a standard has of its own. `keepsLimits`: its limits take the place of
+/// those that the options leave open. Throws InputError where they cannot be used.
+JudgeSettings SettingsOver(const std::optional<JudgeConditions>& own, const JudgingOptions& options,
+                           const Command& command, bool keepsLimits);
+
+/// Throws InputError where the limits of a standard, which are for differences of `own`, would be held against others.
+void RequireSystemOfLimits(const std::string& standard, const CDifferenceSettings& own,
+                           const CDifferenceSettings& asked);
+
 /// The settings by which trials of a job's standards are judged: the conditions and limits of the standards where the options name
 /// none. `standard`: the only one that takes part; empty for all of them. Throws InputError where standards that take part
 /// disagree, which only options can settle.
