@@ -151,6 +151,18 @@ TEST_F(Job, ANewVersionKeepsWhatIsNotGiven) {
     ExpectRefused({{command + std::string(" --job j --illuminants D65"), "inconstancy, which needs two"}});
 }
 
+TEST_F(Job, AnUnknownStandardIsNoEmptyAnswer) {
+  AddStandards();
+  Good("judge --job j t.csv --standard-id grey");
+  for (const char* command : {"history", "rejudge", "trend", "statistics"})
+    ExpectRefused({{std::string("job ") + command + " gray --job j",
+                    "there is no standard \"gray\"; did you mean grey?"}});
+  // One that was taken out of use, and one without trials, are known.
+  Good("job remove grey --job j --with-trials");
+  EXPECT_EQ(Column("job history grey --job j", "trial").size(), 6U);
+  EXPECT_EQ(Column("job history white --job j", "trial").size(), 0U);
+}
+
 TEST_F(Job, WhatIsOpenIsAsked) {
   folder_.Write("colours.csv", "id,L,a,b\nc,50,0,0\n");
   ExpectRefused({

@@ -140,7 +140,7 @@ class SeriesOfJob {
 SeriesOfJob SeriesOf(const ChartOptions& options, ResultReport& report) {
   const auto job = OpenJob(options.job);
   report.AddJob(job->Info());
-  const auto cursor = job->Trials(options.Filter());
+  const auto cursor = job->Trials(options.Filter(*job));
   SeriesOfJob series(options);
   for (store::StoredTrial trial; cursor->Next(trial);) series.Take(trial);
   if (series.All().empty()) throw InputError(options.job.Shown() + ": the job has no trials of these");

@@ -31,7 +31,7 @@ void RunHistory(const HistoryOptions& options) {
   const auto job = OpenJob(options.job);
   ResultReport report(options.report, ReportText::kJobTrials);
   report.AddJob(job->Info());
-  const auto cursor = job->Trials(options.Filter());
+  const auto cursor = job->Trials(options.Filter(*job));
   OutputStream output;
   const auto rows = report.Rows(options.format, output,
                                 {{"number"},
@@ -87,7 +87,7 @@ struct RejudgeOptions : JobFilterOptions {
 // The verdicts that other limits would have given, of those trials whose verdict they change.
 void RunRejudge(const RejudgeOptions& options, const Command& command) {
   const auto job = OpenJob(options.job);
-  const auto cursor = job->Trials(options.Filter());
+  const auto cursor = job->Trials(options.Filter(*job));
   OutputStream output;
   const auto rows = MakeRowWriter(options.format, output,
                                   {{"number"},

@@ -1,10 +1,29 @@
 #include "tools/vrx/job/job_filter.h"
 
+#include <algorithm>
+#include <vector>
+
+#include <vrxio/measurement/names.h>
+
 #include "tools/vrx/base/command.h"
 
 namespace vrx::tool {
+namespace {
 
-store::TrialFilter JobFilterOptions::Filter() const {
+// One that was taken out of use is known by its trials.
+void RequireStandard(store::Store& store, const std::string& shown, const std::string& standard) {
+  std::vector<std::string> names;
+  for (const store::StandardEntry& entry : store.Standards()) names.push_back(entry.name);
+  if (std::ranges::find(names, standard) != names.end()) return;
+  store::StoredTrial trial;
+  if (store.Trials({.standard = standard})->Next(trial)) return;
+  throw InputError(shown + ": there is no standard \"" + standard + "\"" + DidYouMean(standard, names));
+}
+
+}  // namespace
+
+store::TrialFilter JobFilterOptions::Filter(store::Store& store) const {
+  if (!standard.empty()) RequireStandard(store, job.Shown(), standard);
   store::TrialFilter filter{.standard = standard, .since = since, .until = until};
   if (geometry.empty()) return filter;
   filter.geometry = ParseGeometry(geometry);

@@ -15,8 +15,8 @@ struct JobFilterOptions {
   std::string standard, since, until, geometry;
   Format format = Format::kTable;
 
-  /// Throws InputError for a geometry that is unknown.
-  store::TrialFilter Filter() const;
+  /// Throws InputError for a geometry that is unknown, and for a standard that the store has neither in use nor with trials.
+  store::TrialFilter Filter(store::Store& store) const;
 };
 
 /// Adds STANDARD, `--since`, `--until`, `--geometry`, the options of a job and `--format`.
