@@ -62,7 +62,7 @@ class BatchWriter {
   /// Takes a trial and its judgement. Throws InputError for a standard that the job does not have.
   virtual void Add(const NewTrial& trial) = 0;
   /// Stores the batch, unless one of the same trials is there and nobody wants it `again`: `wasThere` is true then, and number and
-  /// time are those of that one. A batch without trials is not stored and has the number 0.
+  /// time are those of the last such one. A batch without trials is not stored and has the number 0.
   virtual StoredBatch Commit(bool again = false) = 0;
 };
 

@@ -101,6 +101,34 @@ TEST_F(Job, ABatchIsStoredOnce) {
   ExpectVerified();
 }
 
+// The same trials under limits that changed: the verdicts that are shown are not those of the job, and it says so.
+TEST_F(Job, VerdictsThatAreNotStoredAreCounted) {
+  AddStandards();
+  const std::string kJudge = "judge --job j t.csv --standard-id grey";
+  Good(kJudge);
+  const auto judged = [&](const std::string& options) { return Run(kJudge + options).err; };
+  // t1 passes, t2 is a warning and t3 a failure; with 5 all pass.
+  const std::pair<std::string, std::string> kRows[] = {
+      {"", ""},
+      {" --tolerance 5", "2 of 3 trials have other verdicts than in the job; --again stores these"},
+      {" --illuminants A", ""},
+      {" --illuminants A --tolerance 5", "2 of 3"},
+  };
+  for (const auto& [options, expected] : kRows) {
+    const std::string said = judged(options);
+    EXPECT_NE(said.find("nothing was stored"), std::string::npos) << options << said;
+    EXPECT_EQ(said.find("other verdicts") != std::string::npos, !expected.empty()) << options << said;
+    EXPECT_NE(said.find(expected), std::string::npos) << options << said;
+  }
+  Good("job add-standard s.csv --job j --tolerance 5");
+  EXPECT_NE(judged("").find("2 of 3"), std::string::npos);
+  Good(kJudge + " --again");
+  // The batch that was stored last is the one that counts.
+  EXPECT_NE(judged("").find("as batch 2"), std::string::npos);
+  EXPECT_EQ(judged("").find("other verdicts"), std::string::npos);
+  ExpectVerified();
+}
+
 // A master that is measured anew keeps what it is judged by, but for what the options name.
 TEST_F(Job, ANewVersionKeepsWhatIsNotGiven) {
   folder_.Write("new.csv", Header() + Flat("grey", "40.2"));

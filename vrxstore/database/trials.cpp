@@ -144,7 +144,7 @@ class BatchOfTables final : public BatchWriter {
       return {};
     }
     const std::string digest = digest_.Finish();
-    Statement same(database_, "SELECT id, taken FROM batch WHERE digest = ? ORDER BY id LIMIT 1");
+    Statement same(database_, "SELECT id, taken FROM batch WHERE digest = ? ORDER BY id DESC LIMIT 1");
     if (!again && same.Bind(BlobOf(digest)).Step()) {
       StoredBatch stored{same.Integer(0), trials_, true, std::string(same.Text(1))};
       same.Reset();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <span>
 #include <utility>
 
 #include <vrxstore/records/stored_form.h>
@@ -191,6 +192,23 @@ void JobRun::Add(const PipelineTrial& judged, const Standard& standard, const Ju
   trial.limits = limits_;
   trial.judgement = &judged.judgement;
   batch_->Add(trial);
+  for (const JudgementUnder& under : judged.judgement.under) verdicts_.push_back(under.verdict);
+}
+
+// Under other illuminants only the worst verdicts can be compared.
+std::int64_t JobRun::CountOtherVerdicts(std::int64_t batch) {
+  std::span<const Verdict> left = verdicts_;
+  std::int64_t others = 0;
+  const auto cursor = store_->Trials({.batch = batch});
+  for (store::StoredTrial trial; cursor->Next(trial) && !left.empty();) {
+    const auto now = left.first(settings_.illuminants.size());
+    left = left.subspan(now.size());
+    const bool isSame = trial.conditions.illuminants == settings_.illuminants
+                            ? std::ranges::equal(now, trial.judgement.under, {}, {}, &JudgementUnder::verdict)
+                            : std::ranges::min(now) == trial.judgement.Worst();
+    others += isSame ? 0 : 1;
+  }
+  return others;
 }
 
 void JobRun::Commit() {
@@ -202,10 +220,16 @@ void JobRun::Commit() {
   const store::StoredBatch stored = batch_->Commit(options_.again);
   if (stored.number == 0) return;
   const std::string number = std::to_string(stored.number);
-  PrintMessage(stored.wasThere
-                   ? file_ + ": the job has these trials already, as batch " + number + " of " +
-                         stored.taken + "; nothing was stored (--again stores them once more)"
-                   : file_ + ": stored " + std::to_string(stored.trials) + " trials as batch " + number);
+  if (!stored.wasThere) {
+    PrintMessage(file_ + ": stored " + std::to_string(stored.trials) + " trials as batch " + number);
+    return;
+  }
+  const std::int64_t others = CountOtherVerdicts(stored.number);
+  PrintMessage(file_ + ": the job has these trials already, as batch " + number + " of " + stored.taken +
+               "; nothing was stored" +
+               (others == 0 ? " (--again stores them once more)"
+                            : ", and " + std::to_string(others) + " of " + std::to_string(stored.trials) +
+                                  " trials have other verdicts than in the job; --again stores these"));
 }
 
 }  // namespace vrx::tool

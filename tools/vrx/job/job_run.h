@@ -3,6 +3,7 @@
 #ifndef TOOLS_VRX_JOB_JOB_RUN_H_
 #define TOOLS_VRX_JOB_JOB_RUN_H_
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -51,14 +52,16 @@ class JobRun {
   /// Takes a judged trial, with its standard.
   void Add(const PipelineTrial& judged, const Standard& standard, const Judge& judge,
            const CurveReader& trials);
-  /// Stores the batch, and says on standard error what became of it. Throws InputError where trials were measured under different
-  /// conditions: a batch has one description of them.
+  /// Stores the batch, and says on standard error what became of it, and how many verdicts of a batch that is there already are
+  /// others. Throws InputError where trials were measured under different conditions: a batch has one description of them.
   void Commit();
   const std::string& File() const { return file_; }
   /// The head of the trail: what was stored last.
   store::TrailRow Head() { return store_->Info().head; }
 
  private:
+  std::int64_t CountOtherVerdicts(std::int64_t batch);
+
   const JobRunOptions& options_;
   std::string file_;
   std::unique_ptr<store::Store> store_;
@@ -68,6 +71,7 @@ class JobRun {
   std::vector<JudgeLimits> limits_;
   std::vector<store::Curve> readings_;
   std::optional<std::string> measuring_;
+  std::vector<Verdict> verdicts_;  // of all trials, one an illuminant
   const CurveReader* trials_ = nullptr;
 };
 
