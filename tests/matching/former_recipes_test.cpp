@@ -57,6 +57,16 @@ TEST(FormerRecipes, CorrectWhatTheCalibrationGetsWrong) {
   EXPECT_EQ(adapted[0].newColorants, 0);
   EXPECT_EQ(adapted[1].former, 2);
   EXPECT_EQ(adapted[1].newColorants, 1) << "the yellow";
+  // One more colorant than the pair has, one that is excluded, and one that was never measured.
+  CRecipeSettings narrow = settings;
+  narrow.mostColorants = 2;
+  narrow.components.Add({5, CRecipeComponent::kExcluded, 0.0, 1.0, 0.0});
+  CFormerRecipeArray withUnmeasured = formers;
+  withUnmeasured.Add(CFormerRecipe{});
+  const CPassedOver passed = CountPassedOver(system, withUnmeasured, narrow);
+  EXPECT_EQ(passed.tooMany, 1);
+  EXPECT_EQ(passed.notOffered, 1);
+  EXPECT_EQ(passed.unpredictable, 1);
   const auto trueWorst = [&](const CDbFormula& formula) {
     CRecipeSettings judge = settings;
     judge.order = RecipeOrder::kColor, judge.tolerance = 100.0;

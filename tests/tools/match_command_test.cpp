@@ -236,6 +236,26 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
   EXPECT_EQ(adapted[1]["new"], 0);
   EXPECT_EQ(adapted[1]["status"], "ok");
   EXPECT_NE(adapted[1]["formula"], adapted[0]["formula"]);
+  EXPECT_EQ(folder_.Read("err").find("--library"), std::string::npos) << "its recipe was of use";
+
+  // An earlier recipe without a row is told, with the reason.
+  folder_.Write("little.csv", "component,max\n1,10\n7,10\n16,10\n");
+  const std::string ofLibrary = " curves.csv --top 1 --library library.csv --max-colorants ";
+  const struct {
+    std::string arguments;
+    const char* told;
+  } passed[] = {
+      {kPaints + ofLibrary + "3 --exclude 16",
+       "1 of 1 earlier recipes are passed over: 1 with a colorant that is excluded"},
+      {kPaints + ofLibrary + "2",
+       "1 of 1 earlier recipes are passed over: 1 with more colorants than --max-colorants"},
+      {kPaints + ofLibrary + "3 --limits little.csv",
+       "for 6 of 6 targets an earlier recipe could not be adapted"},
+  };
+  for (const auto& row : passed) {
+    EXPECT_EQ(RunJson("match " + row.arguments).size(), 6u) << row.told;
+    EXPECT_NE(folder_.Read("err").find(row.told), std::string::npos) << row.told << folder_.Read("err");
+  }
 
 #ifdef VRX_WITH_STORE
   // A job keeps the recipe by the names of its components, and adapts it as the file does.

@@ -24,6 +24,9 @@ struct Former {
   std::vector<uint32_t> colorants;
 };
 
+// Whether a former recipe serves a search, or why not.
+enum class Usable { kYes, kUnpredictable, kNotOffered, kTooMany };
+
 class Adaptation {
  public:
   Adaptation(const CColorantSystemData& system, const CColorantRulesData& rules,
@@ -52,6 +55,20 @@ class Adaptation {
     return {};
   }
 
+  CPassedOver PassedOver() {
+    CPassedOver passed;
+    const bool isSearch = CheckSettings(settings_) == RecipeFault::kNone &&
+                          offer_.Make(system_, settings_, true).fault == RecipeFault::kNone;
+    for (int32_t i = 0; i < formers_.GetSize() && isSearch; ++i) {
+      Former former;
+      const Usable use = Take(formers_[i], former);
+      passed.unpredictable += use == Usable::kUnpredictable ? 1 : 0;
+      passed.notOffered += use == Usable::kNotOffered ? 1 : 0;
+      passed.tooMany += use == Usable::kTooMany ? 1 : 0;
+    }
+    return passed;
+  }
+
  private:
   static bool IsBefore(const CAdaptedRecipe& a, const CAdaptedRecipe& b) {
     if (a.recipe.isWithinTolerance != b.recipe.isWithinTolerance) return a.recipe.isWithinTolerance;
@@ -70,9 +87,7 @@ class Adaptation {
     for (int32_t i = 0; i < formers_.GetSize(); ++i) {
       Former former;
       former.place = i;
-      if (!IsMeasured(formers_[i].curve) || !SetFactors(formers_[i], former) ||
-          !SetColorants(formers_[i], former))
-        continue;
+      if (Take(formers_[i], former) != Usable::kYes) continue;
       former.before = judge.WorstDifference(formers_[i].curve);
       if (former.before < 1e290) all.push_back(former);
     }
@@ -95,19 +110,25 @@ class Adaptation {
     return true;
   }
 
-  // Those of its components that may be used; false when one may not.
-  bool SetColorants(const CFormerRecipe& made, Former& former) const {
+  Usable Take(const CFormerRecipe& made, Former& former) const {
+    const bool isPredicted = IsMeasured(made.curve) && SetFactors(made, former);
+    return isPredicted ? SetColorants(made, former) : Usable::kUnpredictable;
+  }
+
+  // Those of its components that may be used.
+  Usable SetColorants(const CFormerRecipe& made, Former& former) const {
     for (const CDbFormulaElement& line : made.formula) {
       const auto id = static_cast<uint32_t>(line.componentId);
       if (!(line.amount > 0.0) || IsCarrier(id)) continue;
       const bool isOffered =
           std::any_of(offer_.colorants.begin(), offer_.colorants.end(),
                       [&](const OfferedColorant& colorant) { return colorant.component->GetId() == id; });
-      if (!isOffered) return false;
+      if (!isOffered) return Usable::kNotOffered;
       former.colorants.push_back(id);
     }
-    return !former.colorants.empty() &&
-           former.colorants.size() <= static_cast<std::size_t>(settings_.mostColorants);
+    if (former.colorants.empty()) return Usable::kUnpredictable;
+    const auto most = static_cast<std::size_t>(settings_.mostColorants);
+    return former.colorants.size() <= most ? Usable::kYes : Usable::kTooMany;
   }
 
   bool IsCarrier(uint32_t id) const {
@@ -200,6 +221,11 @@ RecipeOutcome AdaptFormerRecipes(const CColorantSystemData& system, const CColor
                                  const CFormerRecipeArray& formers, const CRecipeTarget& target,
                                  const CRecipeSettings& settings, CAdaptedRecipeArray& adapted) {
   return Adaptation(system, rules, formers, settings).Run(target, adapted);
+}
+
+CPassedOver CountPassedOver(const CColorantSystemData& system, const CFormerRecipeArray& formers,
+                            const CRecipeSettings& settings) {
+  return Adaptation(system, CColorantRulesData(), formers, settings).PassedOver();
 }
 
 }  // namespace vrx

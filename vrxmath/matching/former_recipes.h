@@ -6,6 +6,8 @@
 #ifndef VRXMATH_MATCHING_FORMER_RECIPES_H_
 #define VRXMATH_MATCHING_FORMER_RECIPES_H_
 
+#include <cstdint>
+
 #include <vrxmath/colorant/colorant_rules.h>
 #include <vrxmath/colorant/colorant_system.h>
 #include <vrxmath/export.h>
@@ -47,6 +49,20 @@ using CAdaptedRecipeArray = CArrayVarex<CAdaptedRecipe>;
 [[nodiscard]] VRX_API RecipeOutcome AdaptFormerRecipes(
     const CColorantSystemData& system, const CColorantRulesData& rules, const CFormerRecipeArray& formers,
     const CRecipeTarget& target, const CRecipeSettings& settings, CAdaptedRecipeArray& adapted);
+
+/// The number of former recipes that are passed over whatever the target is, by the reason.
+struct CPassedOver {
+  int32_t unpredictable = 0;  ///< without a measured curve, a colorant or a prediction
+  int32_t notOffered = 0;     ///< with a colorant that is excluded or switched off
+  int32_t tooMany = 0;        ///< with more colorants than a recipe may have
+
+  int32_t Total() const { return unpredictable + notOffered + tooMany; }
+};
+
+/// Counts the former recipes that AdaptFormerRecipes passes over under the same settings; none where it has a fault.
+[[nodiscard]] VRX_API CPassedOver CountPassedOver(const CColorantSystemData& system,
+                                                  const CFormerRecipeArray& formers,
+                                                  const CRecipeSettings& settings);
 
 }  // namespace vrx
 

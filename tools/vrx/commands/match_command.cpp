@@ -136,11 +136,7 @@ std::vector<NamedBatch> FormersOf(const MatchOptions& options, const ColorSystem
   return ReadMadeRecipes(options.library, system, options.search.input);
 }
 
-// The former recipes of a library, adapted to each target; nothing without a library.
-std::vector<CAdaptedRecipeArray> AdaptAll(const MatchOptions& options, const ColorSystem& system,
-                                          const std::vector<NamedTarget>& targets,
-                                          const std::vector<NamedBatch>& made, CRecipeSettings settings) {
-  if (made.empty()) return {};
+CFormerRecipeArray FormersFrom(const std::vector<NamedBatch>& made) {
   CFormerRecipeArray formers;
   for (const NamedBatch& each : made) {
     CFormerRecipe former;
@@ -149,6 +145,38 @@ std::vector<CAdaptedRecipeArray> AdaptAll(const MatchOptions& options, const Col
     former.curve = each.batch.curve;
     formers.Add(former);
   }
+  return formers;
+}
+
+// Says how many former recipes have no row, and why.
+void TellPassedOver(const CFormerRecipeArray& formers, const CPassedOver& passed, int32_t top,
+                    const std::vector<CAdaptedRecipeArray>& adapted) {
+  std::string reasons;
+  const auto add = [&](int32_t count, const char* what) {
+    if (count > 0) reasons += (reasons.empty() ? "" : ", ") + std::to_string(count) + what;
+  };
+  add(passed.notOffered, " with a colorant that is excluded");
+  add(passed.tooMany, " with more colorants than --max-colorants");
+  add(passed.unpredictable, " without a colorant or a prediction");
+  if (!reasons.empty()) {
+    PrintMessage("--library: " + std::to_string(passed.Total()) + " of " + std::to_string(formers.GetSize()) +
+                 " earlier recipes are passed over: " + reasons);
+  }
+  const int32_t wanted = std::min(top, formers.GetSize() - passed.Total());
+  const auto isShort = [&](const CAdaptedRecipeArray& each) { return each.GetSize() < wanted; };
+  if (const auto targets = std::ranges::count_if(adapted, isShort); targets > 0) {
+    PrintMessage("--library: for " + std::to_string(targets) + " of " + std::to_string(adapted.size()) +
+                 " targets an earlier recipe could not be adapted: the system's rules, --require, --limits, "
+                 "--min-amount or --min-opacity leave no recipe of its colorants");
+  }
+}
+
+// The former recipes of a library, adapted to each target; nothing without a library.
+std::vector<CAdaptedRecipeArray> AdaptAll(const MatchOptions& options, const ColorSystem& system,
+                                          const std::vector<NamedTarget>& targets,
+                                          const std::vector<NamedBatch>& made, CRecipeSettings settings) {
+  if (made.empty()) return {};
+  const CFormerRecipeArray formers = FormersFrom(made);
   std::vector<CAdaptedRecipeArray> adapted(targets.size());
   settings.progress = {};
   for (std::size_t i = 0; i < targets.size(); ++i) {
@@ -160,6 +188,7 @@ std::vector<CAdaptedRecipeArray> AdaptAll(const MatchOptions& options, const Col
     }
     RefuseFaults(outcome, system, settings, NamesOf(options, targets[i]));
   }
+  TellPassedOver(formers, CountPassedOver(system.data, formers, settings), settings.top, adapted);
   return adapted;
 }
 
