@@ -200,6 +200,8 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
   stock("stock_empty.csv", "s,,90", "40");
   stock("stock_text.csv", "s,1:95;7,90", "40");
   stock("stock_who.csv", "s,1:95;99:5,90", "40");
+  folder_.Write("stock_same.csv", header + FlatRow("s,1:95;7:5,90", "40") + FlatRow("r,1:95;7:5,90", "40") +
+                                      FlatRow("s,1:95;9:5,10", "50"));
   stock("stock_dark.csv", "s,1:95;7:5,90", "3");
   stock("stock_none.csv", "s,1:95;7:5,0", "40");
 
@@ -252,7 +254,11 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
        "stock_who.csv, line 2, column 2 (formula): the colour system has no component \"99\""},
       {from + "stock_dark.csv", "stock_dark.csv: batch \"s\" is darker than the surface alone"},
       {from + "stock_none.csv", "stock_none.csv, line 2, column 3 (amount)"},
+      {from + "stock_same.csv",
+       "stock_same.csv, line 4: batch \"s\" appears twice, first in stock_same.csv, line 2"},
       {from + "stock.csv --sort metamerism", "--sort"},
+      {from + "stock.csv --parts 9 --sort fewest", "--sort excludes --parts"},
+      {from + "stock.csv --parts 9 --max-addition 9%", "--max-addition excludes --parts"},
       {from + "stock.csv --max-colorants 6", "--max-colorants"},
       {from + "stock.csv --batch-size 9", "--batch-size"},
       {from + "stock.csv --min-amount 9", "--min-amount"},

@@ -65,6 +65,24 @@ bool HasCosts(const CRecipeSettings& settings) {
                      [](const CRecipeComponent& component) { return component.cost > 0.0; });
 }
 
+// Recipes from parts of a stock: those that use up most come first, and nothing bounds what is fresh.
+void AddParts(Command& earlier, MatchOptions& options, const Option& stock, const Option& sort,
+              const Option& mostAddition) {
+  earlier
+      .AddOption(
+          "--parts", options.parts,
+          "Make recipes of this amount from parts of several batches; those that use up most come first")
+      .Shows("AMOUNT")
+      .Check([](const std::string& text) {
+        double amount = 0.0;
+        const bool isAmount = ParseDecimal(text, ',', amount) && amount > 0.0 && amount <= 1e9;
+        return isAmount ? "" : "expected an amount above 0";
+      })
+      .Needs(stock)
+      .Excludes(sort)
+      .Excludes(mostAddition);
+}
+
 // The options that corrections of a stock have no use for; `stock` refuses them.
 void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
   Command components = command.Group("Components"), amounts = command.Group("Amounts"),
@@ -112,17 +130,6 @@ void AddRecipeOptions(Command& command, MatchOptions& options, Option& stock) {
                      "Adapt earlier recipes from this file: a job, or measured curves with a column formula")
           .ReadsFile()
           .Shows("FILE");
-  earlier
-      .AddOption(
-          "--parts", options.parts,
-          "Make recipes of this amount from parts of several batches; those that use up most come first")
-      .Shows("AMOUNT")
-      .Check([](const std::string& text) {
-        double amount = 0.0;
-        const bool isAmount = ParseDecimal(text, ',', amount) && amount > 0.0 && amount <= 1e9;
-        return isAmount ? "" : "expected an amount above 0";
-      })
-      .Needs(stock);
   const Option prerank = command.Group("Search")
                              .AddOption("--prerank", options.prerank,
                                         "Of each size, solve only the N subsets that look best to first "
@@ -146,9 +153,9 @@ void AddMatchOptions(Command& command, MatchOptions& options) {
   command.AddOption("TARGETS", options.targets, "File of curves, or of colours in columns L, a, b")
       .ReadsFile()
       .Required();
-  command.AddChoice("--sort", options.order,
-                    {"fewest", "color", "metamerism", "cost", "expected", "inconstancy"},
-                    "Order of the recipes within the tolerance");
+  const Option sort = command.AddChoice("--sort", options.order,
+                                        {"fewest", "color", "metamerism", "cost", "expected", "inconstancy"},
+                                        "Order of the recipes within the tolerance");
   AddSearchOptions(command, options.search, RecipePurpose::kRecipe);
   Command earlier = command.Group("Earlier recipes and leftovers");
   Option stock =
@@ -157,9 +164,12 @@ void AddMatchOptions(Command& command, MatchOptions& options) {
                      "Use up the batches in this file: their curves, with columns formula and amount")
           .ReadsFile()
           .Shows("FILE");
-  earlier.AddOption("--max-addition", options.mostAddition, "Largest total addition, in percent of the batch")
-      .Shows("PERCENT [" + options.mostAddition + "]")
-      .Needs(stock);
+  const Option mostAddition = earlier
+                                  .AddOption("--max-addition", options.mostAddition,
+                                             "Largest total addition, in percent of the batch")
+                                  .Shows("PERCENT [" + options.mostAddition + "]")
+                                  .Needs(stock);
+  AddParts(earlier, options, stock, sort, mostAddition);
   AddRecipeOptions(command, options, stock);
   AddReportOptions(command, options.report);
 }

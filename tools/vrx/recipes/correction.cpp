@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -62,6 +63,13 @@ bool ParsePercent(std::string_view number, double& part) {
   return isNumber;
 }
 
+// What is told is the id of a batch, which has to say which one is meant.
+void RefuseTwice(const CurveReader& curves, const std::string& id,
+                 std::map<std::string, std::string>& places) {
+  const auto [earlier, isNew] = places.emplace(id, curves.Source().RowPlace());
+  if (!isNew) curves.Source().FailRow("batch \"" + id + "\" appears twice, first in " + earlier->second);
+}
+
 using RowHandler = std::function<void(const CurveReader&, const CurveRow&, const NamedBatch&)>;
 
 std::vector<NamedBatch> ReadBatches(const std::string& path, const ColorSystem& system,
@@ -71,9 +79,11 @@ std::vector<NamedBatch> ReadBatches(const std::string& path, const ColorSystem& 
   const std::size_t formula = ColumnOf(curves, kFormula, path);
   const std::size_t amount = needsAmount ? ColumnOf(curves, kAmount, path) : 0;
   std::vector<NamedBatch> stock;
+  std::map<std::string, std::string> places;  // of the batches of a stock, by id
   CurveRow row;
   while (curves.Next(row)) {
     NamedBatch named{std::string(row.id), {}};
+    if (needsAmount) RefuseTwice(curves, named.id, places);
     named.batch.curve = row.curve;
     if (needsAmount &&
         (!ParseDecimal(row.extras[amount], ',', named.batch.size) || !(named.batch.size > 0.0))) {
