@@ -169,6 +169,12 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
   folder_.Write("low.csv", "component,max\n3,1\n");
   folder_.Write("sum.csv", "component,min\n3,60\n4,60\n");
   folder_.Write("cost.csv", "component,cost\n3,-1\n");
+  folder_.Write("cost_twice.csv", "component,cost\nCobalt Blue,1\n4,1\n3,2\n");
+  folder_.Write("cost_of_3.csv", "component,cost\n3,1\n");
+  folder_.Write("cost_by_name.csv", "component,cost\nCobalt Blue,1\n");
+  json twins = ReadJson(kPaints);
+  for (const std::size_t place : {8u, 11u}) twins["components"][place]["name"] = "COBALT blue";
+  folder_.Write("twins.json", twins.dump());
   folder_.Write("who.csv", "component,cost\nNobody,1\n");
   const json level = {{{"concentration", 1}, {"K", json::array()}, {"S", json::array()}}};
   json two = {{"name", "r"},
@@ -189,6 +195,9 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
   folder_.Write("f.json", R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":3}]}]})");
   folder_.Write("twice.json", R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":3}]},
                                               {"name":"y","lines":[{"component":1,"amount":3}]}]})");
+  folder_.Write("same.json", R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":3}]},
+                                             {"name":"y","lines":[{"component":1,"amount":3}]},
+                                             {"name":"x","lines":[{"component":7,"amount":3}]}]})");
   folder_.Write("empty.json", R"({"formulas":[{"name":"x","lines":[{"component":1,"amount":0}]}]})");
   folder_.Write("unknown.json", R"({"formulas":[{"name":"x","lines":[{"component":99,"amount":1}]}]})");
   std::string header = Wide();
@@ -200,6 +209,7 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
   stock("stock_empty.csv", "s,,90", "40");
   stock("stock_text.csv", "s,1:95;7,90", "40");
   stock("stock_who.csv", "s,1:95;99:5,90", "40");
+  stock("stock_twin.csv", "s,1:95;Cobalt Blue:5,90", "40");
   folder_.Write("stock_same.csv", header + FlatRow("s,1:95;7:5,90", "40") + FlatRow("r,1:95;7:5,90", "40") +
                                       FlatRow("s,1:95;9:5,10", "50"));
   stock("stock_dark.csv", "s,1:95;7:5,90", "3");
@@ -231,6 +241,11 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
       {match + "t.csv --limits sum.csv --require 3,4", "sum.csv: no recipe makes up 100 percent"},
       {match + "t.csv --min-amount 60 --require 3,4", "--min-amount: no recipe makes up 100 percent"},
       {match + "t.csv --limits cost.csv", "cost.csv, line 2, column 2 (cost)"},
+      {match + "t.csv --limits cost_twice.csv",
+       "cost_twice.csv, line 4: component 3 appears twice, first in line 2"},
+      {match + "t.csv --sort cost", "--sort cost: no component has a cost"},
+      {match + "t.csv --sort cost --limits cost_of_3.csv --exclude 3",
+       "--sort cost: no component has a cost"},
       {match + "t.csv --min-amount 101", "--min-amount"},
       {match + "t.csv --weights 1,2", "--weights"},
       {match + "t.csv --resolution 101", "--resolution"},
@@ -244,6 +259,12 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
       {"match two.json t.csv --require 1,2", "two.json: \"rules\" forbid every subset"},
       {"match two.json t.csv --require c",
        "two.json: component 3 \"c\" cannot be in a recipe: it has no levels"},
+      {"match twins.json t.csv --exclude \"Cobalt Blue\"",
+       "--exclude: \"Cobalt Blue\" is the name of components 3, 9 and 12; write 3, 9 or 12"},
+      {"match twins.json t.csv --limits cost_by_name.csv",
+       "cost_by_name.csv, line 2, column 1 (component): \"Cobalt Blue\" is the name of components 3, 9"},
+      {"match twins.json t.csv --from-stock stock_twin.csv",
+       "stock_twin.csv, line 2, column 2 (formula): \"Cobalt Blue\" is the name of components 3, 9"},
       {"match dyes.json t.csv", "dyes.json: \"components\": there is no substrate"},
       {"match bare.json t.csv", "bare.json: no subset is left"},
       {"match metal.json t.csv", "metal.json: \"model\""},
@@ -257,6 +278,7 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
       {from + "stock_same.csv",
        "stock_same.csv, line 4: batch \"s\" appears twice, first in stock_same.csv, line 2"},
       {from + "stock.csv --sort metamerism", "--sort"},
+      {from + "stock.csv --sort cost", "--sort cost: no component has a cost"},
       {from + "stock.csv --parts 9 --sort fewest", "--sort excludes --parts"},
       {from + "stock.csv --parts 9 --max-addition 9%", "--max-addition excludes --parts"},
       {from + "stock.csv --max-colorants 6", "--max-colorants"},
@@ -269,6 +291,10 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
       {correct + "unknown.json --batch t.csv --target t.csv", "unknown.json: formulas[0].lines[0].component"},
       {correct + "twice.json --batch t.csv --target t.csv", "--name"},
       {correct + "f.json --name y --batch t.csv --target t.csv", "f.json: --name"},
+      {correct + "same.json --name x --batch t.csv --target t.csv",
+       "same.json: --name: formulas[0] and formulas[2] are both called \"x\""},
+      {correct + "f.json --batch t.csv --target t.csv --aim cheapest",
+       "--aim cheapest: no component has a cost"},
       {correct + "f.json --batch hole.csv --target t.csv", "hole.csv, line 2, column 16 (500)"},
       {correct + "f.json --batch d.csv --target t.csv", "d.csv is darker than the surface alone"},
       {correct + "f.json --batch t.csv --target d.csv", "d.csv is darker than the surface alone"},

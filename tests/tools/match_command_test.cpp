@@ -96,10 +96,15 @@ TEST_F(MatchingCommands, MatchAnswersWhateverIsAsked) {
   const std::string amounts = "<th scope=\"row\"><bdi>Quinacridone Magenta</bdi></th><td class=\"number\">";
   EXPECT_NE(page.find(amounts), std::string::npos);
   EXPECT_EQ(page.find(">cost</th>"), std::string::npos) << "nothing has a price";
-  folder_.Write("prices.csv", "component,cost\n1,2\n");
+  folder_.Write("prices.csv", "component,cost\n1,2\n3,0\n7,\n");
   ASSERT_EQ(Run("match " + kPaints + " far.csv --max-colorants 1 --limits prices.csv --report priced.html"),
             0);
   EXPECT_NE(folder_.Read("priced.html").find(">cost</th>"), std::string::npos);
+  const std::string told = folder_.Read("err");
+  EXPECT_NE(told.find("no cost is known of "), std::string::npos) << told;
+  EXPECT_NE(told.find("Phthalo Blue (Green Shade)"), std::string::npos) << "an empty cell is no cost";
+  EXPECT_EQ(told.find("Titanium White"), std::string::npos) << told;
+  EXPECT_EQ(told.find("Cobalt Blue"), std::string::npos) << "0 is a cost: " << told;
 
   const std::string thin =
       "match " + kPaints + " curves.csv --max-colorants 1 --backings backings.csv --thickness ";
@@ -263,6 +268,14 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
   ASSERT_EQ(Run("job add-recipes " + kPaints + " library.csv --job made.vrxjob"), 0);
   const std::string fromJob = " curves.csv --top 1 --max-colorants 3 --library made.vrxjob";
   EXPECT_EQ(RunJson("match " + kPaints + fromJob), adapted);
+  json twins = ReadJson(kPaints);
+  twins["components"][2]["name"] = "Cerulean Blue";
+  folder_.Write("twins.json", twins.dump());
+  ExpectRefusals({
+      {"match twins.json" + fromJob, "made.vrxjob: recipe \"A7\": a job knows components by their names"},
+      {"job add-recipes twins.json library.csv --job made.vrxjob",
+       "library.csv, line 2: a job knows components by their names"},
+  });
   json renamed = ReadJson(kPaints);
   for (json& component : renamed["components"]) {
     if (component["name"] == "Cerulean Blue") component["name"] = "Sea Blue";

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,10 +41,18 @@ CDbFormula ReadFormula(const CorrectOptions& options, const ColorSystem& system)
     throw InputError(options.formula + ": there are " + std::to_string(formulas.size()) +
                      " formulas; choose one with --name");
   }
-  for (const NamedFormula& formula : formulas) {
-    if (options.name.empty() || formula.name == options.name) return formula.formula;
+  std::optional<std::size_t> found;
+  for (std::size_t i = 0; i < formulas.size(); ++i) {
+    if (!options.name.empty() && formulas[i].name != options.name) continue;
+    if (found) {
+      throw InputError(options.formula + ": --name: formulas[" + std::to_string(*found) + "] and formulas[" +
+                       std::to_string(i) + "] are both called \"" + options.name +
+                       "\"; rename one in the file");
+    }
+    found = i;
   }
-  throw InputError(options.formula + ": --name: there is no formula \"" + options.name + "\"");
+  if (!found) throw InputError(options.formula + ": --name: there is no formula \"" + options.name + "\"");
+  return formulas[*found].formula;
 }
 
 // A part of 1 in percent, with two decimals at most, or four where these leave nothing of it.
@@ -85,7 +94,8 @@ std::string Diagnose(const ColorSystem& system, const CRecipeSettings& recipe, C
 CCorrectionSettings SettingsOf(const CorrectOptions& options, const ColorSystem& system,
                                const CBatch& batch) {
   CCorrectionSettings settings;
-  options.search.Apply(system, settings.recipe);
+  options.search.Apply(system, settings.recipe,
+                       options.aim == CorrectionAim::kCheapest ? "--aim cheapest" : "");
   CheckAdditions(options.search.choice);
   settings.mostAddition = ParseMostAddition(options.mostAddition);
   settings.margin = ParseMargin(options.margin);

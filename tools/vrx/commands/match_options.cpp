@@ -202,7 +202,7 @@ std::vector<NamedTarget> ReadTargets(MatchOptions& options, ResultReport& report
 
 CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& system) {
   CRecipeSettings settings;
-  options.search.Apply(system, settings);
+  options.search.Apply(system, settings, options.order == RecipeOrder::kCost ? "--sort cost" : "");
   if (!(options.thickness >= 0.0 && options.thickness <= 1e9)) {
     throw InputError("--thickness: must be a number of 0 or more");
   }

@@ -46,8 +46,9 @@ std::string ParseFormula(std::string_view text, const ColorSystem& system, CDbFo
     const bool isLine = colon != std::string_view::npos &&
                         ParseDecimal(line.substr(colon + 1), '.', element.amount) && element.amount > 0.0;
     if (!isLine) return kExpected;
-    const CComponent* const component = ComponentNamed(system, line.substr(0, colon));
-    if (component == nullptr) return NoComponentText(line.substr(0, colon));
+    std::string fault;
+    const CComponent* const component = FindComponent(system, line.substr(0, colon), fault);
+    if (component == nullptr) return fault;
     element.componentId = static_cast<int32_t>(component->GetId());
     formula.Add(element);
   }

@@ -12,17 +12,24 @@
 namespace vrx::tool {
 namespace {
 
+// A job keeps components by their names alone, so that there is no number to choose one by.
+std::string SeveralText(const std::string& name) {
+  return "a job knows components by their names, and the colour system has several called \"" + name +
+         "\"; rename them";
+}
+
 // Takes the amounts over; false with the name of the component that the system does not have.
-bool TakeFormula(const store::MadeRecipe& recipe, const ColorSystem& system, CDbFormula& formula,
-                 std::string& missing) {
+bool TakeFormula(const std::string& file, const store::MadeRecipe& recipe, const ColorSystem& system,
+                 CDbFormula& formula, std::string& missing) {
   for (const auto& [name, amount] : recipe.amounts) {
-    const CComponent* const component = ComponentNamed(system, "name:" + name);
-    if (component == nullptr) {
+    const std::vector<const CComponent*> named = ComponentsOfName(system, name);
+    if (named.size() > 1) throw InputError(file + ": recipe \"" + recipe.name + "\": " + SeveralText(name));
+    if (named.empty()) {
       missing = name;
       return false;
     }
     CDbFormulaElement element;
-    element.componentId = static_cast<int32_t>(component->GetId());
+    element.componentId = static_cast<int32_t>(named.front()->GetId());
     element.amount = amount;
     formula.Add(element);
   }
@@ -42,7 +49,10 @@ std::vector<store::MadeRecipe> RecipesOfFile(const std::string& path, const Colo
                     for (const CDbFormulaElement& element : made.batch.formula) {
                       const CComponent* const component =
                           ComponentOfId(system, static_cast<uint32_t>(element.componentId));
-                      recipe.amounts.emplace_back(component->GetName().ToUtf8(), element.amount);
+                      const std::string name = component->GetName().ToUtf8();
+                      if (ComponentsOfName(system, name).size() > 1)
+                        curves.Source().FailRow(SeveralText(name));
+                      recipe.amounts.emplace_back(name, element.amount);
                     }
                   });
   return recipes;
@@ -55,7 +65,7 @@ std::vector<NamedBatch> RecipesOfJob(const std::string& job, const ColorSystem& 
   std::size_t left = 0;
   for (const store::MadeRecipe& recipe : OpenJobFile(job)->Recipes()) {
     NamedBatch named{recipe.name, {}};
-    if (!TakeFormula(recipe, system, named.batch.formula, missing)) {
+    if (!TakeFormula(file, recipe, system, named.batch.formula, missing)) {
       ++left;
       continue;
     }

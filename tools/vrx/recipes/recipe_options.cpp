@@ -4,11 +4,13 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <map>
 #include <optional>
 #include <utility>
 
 #include <vrxio/csv/csv_reader.h>
 #include <vrxio/text/decimal.h>
+#include <vrxmath/formula/prediction.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/command_line.h"
@@ -27,9 +29,18 @@ int DecimalsFor(double batchSize) {
   return decimals;
 }
 
-// Rows of a file of limits: component, and any of min, max (percent) and cost.
-void ReadLimits(const std::string& path, const ColorSystem& system, CRecipeSettings& settings) {
-  CsvReader csv(path);
+// "3, 5 and 9" for the joint " and ".
+std::string NumbersText(const std::vector<const CComponent*>& components, std::string_view joint) {
+  std::string text;
+  for (std::size_t i = 0; i < components.size(); ++i) {
+    if (i > 0) text += i + 1 < components.size() ? std::string_view(", ") : joint;
+    text += std::to_string(components[i]->GetId());
+  }
+  return text;
+}
+
+// The columns of a file of limits: 0 for component, 1 for min, 2 for max, 3 for cost.
+std::vector<std::size_t> LimitColumns(const CsvReader& csv) {
   const std::vector<std::string>& header = csv.Header();
   constexpr std::array<std::string_view, 4> kColumns = {"component", "min", "max", "cost"};
   std::vector<std::size_t> roles;
@@ -41,31 +52,92 @@ void ReadLimits(const std::string& path, const ColorSystem& system, CRecipeSetti
     if (std::ranges::count(roles, roles.back()) > 1) csv.FailAt(i, "the column appears twice");
   }
   if (!std::ranges::count(roles, std::size_t{0})) csv.FailRow("there is no column \"component\"");
+  return roles;
+}
+
+// A row of such a file; true with a cost, which may be 0.
+bool ReadLimit(CsvReader& csv, const std::vector<std::size_t>& roles, const ColorSystem& system,
+               CRecipeComponent& entry) {
+  bool hasCost = false;
+  for (std::size_t i = 0; i < roles.size(); ++i) {
+    const std::string text(csv.Text());
+    if (roles[i] == 0) {
+      std::string fault;
+      const CComponent* const component = FindComponent(system, text, fault);
+      if (component == nullptr) csv.FailAt(i, fault);
+      entry.componentId = component->GetId();
+      continue;
+    }
+    if (text.empty()) continue;
+    double value = 0.0;
+    const bool isNumber = ParseDecimal(text, ',', value) && value >= 0.0;
+    if (!isNumber || (roles[i] < 3 && value > kPercent)) {
+      csv.FailAt(
+          i, roles[i] < 3 ? "expected a share in percent, from 0 to 100" : "expected a cost of 0 or more");
+    }
+    (roles[i] == 1   ? entry.least
+     : roles[i] == 2 ? entry.most
+                     : entry.cost) = roles[i] == 3 ? value : value / kPercent;
+    hasCost = hasCost || roles[i] == 3;
+  }
+  csv.EndRecord();
+  if (entry.least > entry.most) csv.FailRow("min is above max");
+  return hasCost;
+}
+
+// Rows of a file of limits: component, and any of min, max (percent) and cost. The components with a cost.
+std::vector<uint32_t> ReadLimits(const std::string& path, const ColorSystem& system,
+                                 CRecipeSettings& settings) {
+  CsvReader csv(path);
+  const std::vector<std::size_t> roles = LimitColumns(csv);
+  std::map<uint32_t, int64_t> lines;
+  std::vector<uint32_t> priced;
   while (csv.Next()) {
     CRecipeComponent entry;
-    for (std::size_t i = 0; i < roles.size(); ++i) {
-      const std::string text(csv.Text());
-      if (roles[i] == 0) {
-        const CComponent* const component = ComponentNamed(system, text);
-        if (component == nullptr) csv.FailAt(i, NoComponentText(text));
-        entry.componentId = component->GetId();
-        continue;
-      }
-      if (text.empty()) continue;
-      double value = 0.0;
-      const bool isNumber = ParseDecimal(text, ',', value) && value >= 0.0;
-      if (!isNumber || (roles[i] < 3 && value > kPercent)) {
-        csv.FailAt(
-            i, roles[i] < 3 ? "expected a share in percent, from 0 to 100" : "expected a cost of 0 or more");
-      }
-      (roles[i] == 1   ? entry.least
-       : roles[i] == 2 ? entry.most
-                       : entry.cost) = roles[i] == 3 ? value : value / kPercent;
+    if (ReadLimit(csv, roles, system, entry)) priced.push_back(entry.componentId);
+    const auto [earlier, isNew] = lines.emplace(entry.componentId, csv.Line());
+    if (!isNew) {
+      csv.FailRow("component " + std::to_string(entry.componentId) + " appears twice, first in line " +
+                  std::to_string(earlier->second));
     }
-    csv.EndRecord();
-    if (entry.least > entry.most) csv.FailRow("min is above max");
     settings.components.Add(entry);
   }
+  return priced;
+}
+
+// The components that a search may use.
+std::vector<const CComponent*> OfferedComponents(const ColorSystem& system, const CRecipeSettings& settings) {
+  std::vector<const CComponent*> offered;
+  for (const CComponent* component : ComponentsInOrder(system)) {
+    const bool isExcluded = std::ranges::any_of(settings.components, [&](const CRecipeComponent& entry) {
+      return entry.componentId == component->GetId() && entry.use == CRecipeComponent::kExcluded;
+    });
+    const bool isUsable =
+        !component->GetLevels().IsEmpty() || (component->GetKind() == kKindResin && IsClear(*component));
+    if (isUsable && !isExcluded) offered.push_back(component);
+  }
+  return offered;
+}
+
+// Refuses an order by costs that nothing has, and names what is free because nobody gave a cost of it.
+void CheckCosts(const ColorSystem& system, const CRecipeSettings& settings,
+                const std::vector<uint32_t>& priced, std::string_view byCost) {
+  const std::vector<const CComponent*> offered = OfferedComponents(system, settings);
+  const bool hasCosts = std::ranges::any_of(settings.components, [&](const CRecipeComponent& entry) {
+    return entry.cost > 0.0 && std::ranges::any_of(offered, [&](const CComponent* component) {
+             return component->GetId() == entry.componentId;
+           });
+  });
+  if (!hasCosts && !byCost.empty()) {
+    throw InputError(std::string(byCost) +
+                     ": no component has a cost; give costs in a column cost of --limits");
+  }
+  std::string free;
+  for (const CComponent* component : offered) {
+    if (!std::ranges::count(priced, component->GetId()))
+      free += (free.empty() ? "" : ", ") + component->GetName().ToUtf8();
+  }
+  if (hasCosts && !free.empty()) PrintMessage("no cost is known of " + free + "; they count as free");
 }
 
 void AddUses(const std::vector<std::string>& lists, const std::string& option, CRecipeComponent::Use use,
@@ -74,8 +146,9 @@ void AddUses(const std::vector<std::string>& lists, const std::string& option, C
     for (std::size_t at = 0; at <= list.size();) {
       const std::size_t end = std::min(list.find(',', at), list.size());
       const std::string_view name = std::string_view(list).substr(at, end - at);
-      const CComponent* const component = ComponentNamed(system, name);
-      if (component == nullptr) throw InputError(option + ": " + NoComponentText(name));
+      std::string fault;
+      const CComponent* const component = FindComponent(system, name, fault);
+      if (component == nullptr) throw InputError(option + ": " + fault);
       CRecipeComponent entry;
       entry.componentId = component->GetId();
       entry.use = use;
@@ -134,7 +207,7 @@ void AddCriterionOptions(Command& owner, CriterionOptions& options) {
   AddSpecularOption(command, options.specular);
 }
 
-void ChoiceOptions::Apply(const ColorSystem& system, CRecipeSettings& settings) const {
+std::vector<uint32_t> ChoiceOptions::Apply(const ColorSystem& system, CRecipeSettings& settings) const {
   if (maxColorants < 1 || maxColorants > 6) throw InputError("--max-colorants: must be a number from 1 to 6");
   if (!(minAmount >= 0.0 && minAmount <= kPercent)) {
     throw InputError("--min-amount: must be a percentage from 0 to 100");
@@ -148,7 +221,7 @@ void ChoiceOptions::Apply(const ColorSystem& system, CRecipeSettings& settings) 
   settings.components.RemoveAll();
   AddUses(require, "--require", CRecipeComponent::kRequired, system, settings);
   AddUses(exclude, "--exclude", CRecipeComponent::kExcluded, system, settings);
-  if (!limits.empty()) ReadLimits(limits, system, settings);
+  return limits.empty() ? std::vector<uint32_t>() : ReadLimits(limits, system, settings);
 }
 
 void AddChoiceOptions(Command& owner, ChoiceOptions& options, RecipePurpose purpose) {
@@ -179,11 +252,12 @@ void AddChoiceOptions(Command& owner, ChoiceOptions& options, RecipePurpose purp
       .Shows("FILE");
 }
 
-void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& settings) const {
+void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& settings,
+                          std::string_view byCost) const {
   const auto expect = [](bool isGood, const char* what) {
     if (!isGood) throw InputError(what);
   };
-  choice.Apply(colorSystem, settings);
+  const std::vector<uint32_t> priced = choice.Apply(colorSystem, settings);
   criterion.Apply(colorSystem, system, settings);
   expect(top >= 1 && top <= 10'000, "--top: must be a number from 1 to 10000");
   expect(batchSize > 0.0 && batchSize <= 1e9, "--batch-size: must be a number above 0");
@@ -196,6 +270,7 @@ void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& setti
   settings.resolution = resolution;
   settings.threads = static_cast<uint32_t>(threads);
   settings.mostSubsets = static_cast<uint64_t>(maxSubsets);
+  CheckCosts(colorSystem, settings, priced, byCost);
 }
 
 void AddSearchOptions(Command& owner, SearchOptions& options, RecipePurpose purpose) {
@@ -223,32 +298,40 @@ const CComponent* ComponentOfId(const ColorSystem& system, uint32_t id) {
   return nullptr;
 }
 
-const CComponent* ComponentNamed(const ColorSystem& system, std::string_view text) {
+std::vector<const CComponent*> ComponentsOfName(const ColorSystem& system, std::string_view name) {
+  std::vector<const CComponent*> found;
+  for (const CComponent* component : ComponentsInOrder(system)) {
+    if (EqualsIgnoringCase(component->GetName().ToUtf8(), name)) found.push_back(component);
+  }
+  return found;
+}
+
+const CComponent* FindComponent(const ColorSystem& system, std::string_view text, std::string& fault) {
   constexpr std::string_view kId = "id:", kName = "name:";
   const bool isOnlyId = text.starts_with(kId), isOnlyName = text.starts_with(kName);
   if (isOnlyId) text.remove_prefix(kId.size());
   if (isOnlyName) text.remove_prefix(kName.size());
+  const std::string named(text);
   uint32_t id = 0;
   const auto end = std::from_chars(text.data(), text.data() + text.size(), id);
   const bool isId = !isOnlyName && end.ec == std::errc() && end.ptr == text.data() + text.size();
   const CComponent* const byId = isId ? ComponentOfId(system, id) : nullptr;
-  const CComponent* byName = nullptr;
-  for (const CComponent* component : ComponentsInOrder(system)) {
-    if (!isOnlyId && byName == nullptr && EqualsIgnoringCase(component->GetName().ToUtf8(), text)) {
-      byName = component;
-    }
+  std::vector<const CComponent*> byName;
+  if (!isOnlyId) byName = ComponentsOfName(system, text);
+  const auto other = std::ranges::find_if(byName, [&](const CComponent* found) { return found != byId; });
+  if (byId != nullptr && other != byName.end()) {
+    fault = "\"" + named + "\" is the number of the component \"" + byId->GetName().ToUtf8() +
+            "\" and the name of component " + std::to_string((*other)->GetId()) + "; write id:" + named +
+            " or name:" + named;
+  } else if (byId == nullptr && byName.size() > 1) {
+    fault = "\"" + named + "\" is the name of components " + NumbersText(byName, " and ") + "; write " +
+            NumbersText(byName, " or ");
+  } else if (byId == nullptr && byName.empty()) {
+    fault = "the colour system has no component \"" + named + "\"";
+  } else {
+    return byId != nullptr ? byId : byName.front();
   }
-  if (byId != nullptr && byName != nullptr && byId != byName) {
-    const std::string number(text);
-    throw InputError("\"" + number + "\" is the number of the component \"" + byId->GetName().ToUtf8() +
-                     "\" and the name of component " + std::to_string(byName->GetId()) +
-                     "; write id:" + number + " or name:" + number);
-  }
-  return byId != nullptr ? byId : byName;
-}
-
-std::string NoComponentText(std::string_view text) {
-  return "the colour system has no component \"" + std::string(text) + "\"";
+  return nullptr;
 }
 
 std::string AmountText(double amount, double batchSize) {

@@ -4,6 +4,7 @@
 #ifndef TOOLS_VRX_RECIPES_RECIPE_OPTIONS_H_
 #define TOOLS_VRX_RECIPES_RECIPE_OPTIONS_H_
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,7 +51,9 @@ struct ChoiceOptions {
   bool withinRange = false;
   int maxColorants = RecipeDefaults::kMostColorants;
 
-  void Apply(const ColorSystem& system, CRecipeSettings& settings) const;
+  /// Writes them into the settings. The ids of the components whose costs are given, which may be 0. Throws InputError for
+  /// what cannot be used.
+  std::vector<uint32_t> Apply(const ColorSystem& system, CRecipeSettings& settings) const;
 };
 
 /// Adds `--max-colorants`, `--require`, `--exclude` and `--limits`.
@@ -69,20 +72,21 @@ struct SearchOptions {
   CurveInputOptions input;
   Format format;
 
-  /// Writes them into the settings. Throws InputError for what cannot be used.
-  void Apply(const ColorSystem& colorSystem, CRecipeSettings& settings) const;
+  /// Writes them into the settings, and says which components have no cost where others have one. `byCost`: the option
+  /// that asks for the cheapest, if one does. Throws InputError for what cannot be used.
+  void Apply(const ColorSystem& colorSystem, CRecipeSettings& settings, std::string_view byCost) const;
 };
 
 /// Adds choice and criterion, `--resolution`, `--top`, `--threads`, `--max-subsets`, the options of curves and the format.
 void AddSearchOptions(Command& owner, SearchOptions& options, RecipePurpose purpose);
 
 /// The component of a system by its id or its name in any case, also where that is a number; "id:7" and "name:7" say which
-/// of the two is meant. Null when there is none; throws InputError where a number is both.
-const CComponent* ComponentNamed(const ColorSystem& system, std::string_view text);
+/// of the two is meant. Null, with `fault` as a message without its place, for none and for a text that means several.
+const CComponent* FindComponent(const ColorSystem& system, std::string_view text, std::string& fault);
+/// The components of a system that have this name, in any case.
+std::vector<const CComponent*> ComponentsOfName(const ColorSystem& system, std::string_view name);
 /// The component of a system by its id alone; null when there is none.
 const CComponent* ComponentOfId(const ColorSystem& system, uint32_t id);
-/// The message about a component that the system does not have.
-std::string NoComponentText(std::string_view text);
 
 /// An amount of a recipe of a batch size, with the decimals of FormulaText.
 std::string AmountText(double amount, double batchSize);
