@@ -170,11 +170,10 @@ void AddAdding(Command& job) {
     return kExitPass;
   });
   command.SetNotes(
-      "Conditions and limits that are given are kept with the standards, and vrx judge --job judges by them. "
-      "A\n"
-      "standard that is there already and has changed gets a new version, which keeps the conditions and "
-      "limits "
-      "that\nare not given; earlier verdicts keep theirs.\n\n"
+      "Conditions and limits that are given are kept with the standards, and vrx judge --job judges by "
+      "them.\n"
+      "A standard that is there already and has changed gets a new version, which keeps the conditions and\n"
+      "limits that are not given; earlier verdicts keep theirs.\n\n"
       "Example:\n"
       "  vrx job add-standard master.csv --job plant.vrxjob --system cie2000 --tolerance 0.8 --illuminants "
       "D65,T84\n");

@@ -4,11 +4,11 @@
 #include <span>
 
 #include <vrxio/csv/tolerance_table.h>
-#include <vrxio/measurement/names.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/job/job_run.h"
+#include "tools/vrx/output/measurement_output.h"
 
 namespace vrx::tool {
 namespace {
@@ -44,13 +44,6 @@ void AddLimitsOf(const JudgeSettings& settings, store::Standard& standard) {
       settings.buildEllipses ? JudgeLimits(SystemEllipsoid()) : JudgeLimits(settings.box);
   standard.limits.insert(standard.limits.begin(),
                          {kNoGeometry, store::StandardLimits::kAllIlluminants, general});
-}
-
-std::string ListedNames(const std::vector<std::string>& names) {
-  constexpr std::size_t kMost = 12;
-  std::string list;
-  for (std::size_t i = 0; i < names.size() && i < kMost; ++i) list += (i > 0 ? ", " : "") + names[i];
-  return names.size() > kMost ? list + " and " + std::to_string(names.size() - kMost) + " more" : list;
 }
 
 }  // namespace
@@ -126,7 +119,7 @@ void AddedSettings::NoteKept(const store::Standard& before, bool conditions, boo
 
 void AddedSettings::SayWhatWasKept() const {
   for (const auto& [what, names] : kept_)
-    PrintMessage(shown_ + ": " + ListedNames(names) + ": " + what + " are kept");
+    PrintMessage(shown_ + ": " + Listed(names) + ": " + what + " are kept");
 }
 
 }  // namespace vrx::tool
