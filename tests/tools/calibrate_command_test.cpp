@@ -144,6 +144,39 @@ TEST_F(MatchingCommands, TheSurfaceOfACalibrationIsKept) {
        contradicts},
   });
   EXPECT_EQ(Run("match s.json t.csv --specular excluded"), 0);
+
+  // So does what a file says of itself, in every place where curves come from.
+  const auto stated = [&](const char* name, const char* columns, const std::string& start,
+                          const char* percent) {
+    folder_.Write(name, Header(columns, 360, 750) + FlatRow(start, percent));
+  };
+  stated("sci.csv", "id,geometry", "t,SCI", "20");
+  stated("sce.csv", "id,geometry", "t,SCE", "20");
+  stated("stock_sci.csv", "id,geometry,formula,amount", "t,SCI,1:90;2:10,9", "20");
+  stated("made_sci.csv", "id,geometry,formula", "t,SCI,1:90;2:10", "20");
+  folder_.Write("lab_sci.csv", "id,geometry,L,a,b\nt,SCI,50,0,0\n");
+  folder_.Write("samples_sce.csv", Header("id,geometry,share:white,share:black", 360, 750) +
+                                       FlatRow("w,SCE,100,0", "88") + FlatRow("g,SCE,90,10", "20") +
+                                       FlatRow("b,SCE,0,100", "5"));
+  const std::string other =
+      "sci.csv, line 2: the file says that the specular component is included, but the colour system is of "
+      "curves with it excluded";
+  const std::string correct = "correct s.json --formula f.json --batch-size 9 ";
+  ExpectRefusals({
+      {"match s.json sci.csv", other},
+      {"match s.json lab_sci.csv", "lab_" + other},
+      {"match s.json t.csv --from-stock stock_sci.csv", "stock_" + other},
+      {"match s.json t.csv --library made_sci.csv", "made_" + other},
+      {correct + "--batch sci.csv --target t.csv", other},
+      {correct + "--batch t.csv --target sci.csv", other},
+      {"match " + kPaints + " sce.csv", "but --specular is included; use --specular excluded"},
+      {"calibrate samples_sce.csv --white white", "samples_sce.csv, line 2: the file says that the specular"},
+      {"calibrate samples.csv --white white --specular excluded --add made_sci.csv",
+       "but --specular is excluded; use --specular included"},
+  });
+  EXPECT_EQ(Run("match s.json sce.csv"), 0) << folder_.Read("err");
+  EXPECT_EQ(Run("match " + kPaints + " sce.csv --max-colorants 1 --specular excluded"), 0);
+  EXPECT_EQ(Run("calibrate samples_sce.csv --white white --specular excluded"), 0) << folder_.Read("err");
 }
 
 // Parts in columns of amounts, a base, and a dilution that is weighed in, say the same as shares.

@@ -229,7 +229,7 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
     }
     library += "A7,1:94;7:1.5;16:4.5" + darker + "\n";
     two += "t,45/0" + same + "\nt,SCI" + lighter + "\n";
-    folder_.Write("flop.csv", two + "t,SCE" + flop + "\n");
+    folder_.Write("flop.csv", two + "t,15deg" + flop + "\n");
   }
   folder_.Write("library.csv", library);
   folder_.Write("two.csv", two);

@@ -267,14 +267,15 @@ class Calibration {
  private:
   void Read() {
     const std::string substrate = IsOneConstant() ? options_.white : std::string();
-    file_ = ReadDrawdowns(options_.samples, options_.input, nullptr, substrate);
+    const TakenSpecular taken{options_.surface.specular, false};
+    file_ = ReadDrawdowns(options_.samples, options_.input, taken, nullptr, substrate);
     for (const std::string& card : file_.unusedCards) {
       PrintMessage(options_.samples + ": no film uses the row " + card);
     }
     additions_ = file_;
     additions_.drawdowns.RemoveAll();
     if (!options_.additions.empty()) {
-      additions_ = ReadDrawdowns(options_.additions, options_.input, &file_, substrate);
+      additions_ = ReadDrawdowns(options_.additions, options_.input, taken, &file_, substrate);
     }
     if (!options_.components.empty()) {
       ExpandDilutions(options_.components, file_);

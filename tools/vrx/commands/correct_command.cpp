@@ -109,10 +109,13 @@ CCorrectionSettings SettingsOf(const CorrectOptions& options, const ColorSystem&
 void RunCorrect(CorrectOptions& options) {
   const SearchOptions& search = options.search;
   const ColorSystem system = ReadColorSystem(search.system);
+  const TakenSpecular taken = TakenBy(search.criterion.specular, system, search.system);
   NamedBatch named{
-      "batch", {ReadFormula(options, system), ReadOneCurve(options.batch, search.input), search.batchSize}};
-  const CRecipeTarget target = ReadOneTarget(options.target, search.input.OfStandards(),
-                                             search.criterion.system, options.search.criterion.viewing);
+      "batch",
+      {ReadFormula(options, system), ReadOneCurve(options.batch, search.input, taken), search.batchSize}};
+  const CRecipeTarget target =
+      ReadOneTarget(options.target, search.input.OfStandards(), search.criterion.system, taken,
+                    options.search.criterion.viewing);
   CCorrectionSettings settings = SettingsOf(options, system, named.batch);
   RecipeNames names = NamesFor(search.system, search.choice.limits, options.target);
   names.batch = options.batch;

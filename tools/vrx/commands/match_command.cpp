@@ -133,7 +133,7 @@ class RecipeRows {
 std::vector<NamedBatch> FormersOf(const MatchOptions& options, const ColorSystem& system) {
   if (options.library.empty()) return {};
   if (IsJobFile(options.library)) return RecipesOfJob(options.library, system);
-  return ReadMadeRecipes(options.library, system, options.search.input);
+  return ReadMadeRecipes(options.library, system, options.search.input, TakenOf(options, system));
 }
 
 CFormerRecipeArray FormersFrom(const std::vector<NamedBatch>& made) {
@@ -262,7 +262,7 @@ void TellLimits(const std::vector<CRecipeArray>& found, const MatchOptions& opti
 void RunMatch(MatchOptions& options) {
   const ColorSystem system = ReadColorSystem(options.search.system);
   ResultReport report(options.report, ReportText::kRecipes);
-  const std::vector<NamedTarget> targets = ReadTargets(options, report);
+  const std::vector<NamedTarget> targets = ReadTargets(options, system, report);
   const CRecipeSettings settings = SettingsOf(options, system);
   const std::vector<CRecipeArray> found = FindAll(options, system, targets, settings);
   const std::vector<NamedBatch> made = FormersOf(options, system);

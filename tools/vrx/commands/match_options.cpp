@@ -174,7 +174,12 @@ void AddMatchOptions(Command& command, MatchOptions& options) {
   AddReportOptions(command, options.report);
 }
 
-std::vector<NamedTarget> ReadTargets(MatchOptions& options, ResultReport& report) {
+TakenSpecular TakenOf(const MatchOptions& options, const ColorSystem& system) {
+  return TakenBy(options.search.criterion.specular, system, options.search.system);
+}
+
+std::vector<NamedTarget> ReadTargets(MatchOptions& options, const ColorSystem& colorSystem,
+                                     ResultReport& report) {
   std::vector<NamedTarget> targets;
   // Batches of a stock and former recipes stand for the trials, their targets for the standards.
   const bool hasTrials = !options.stock.empty() || !options.library.empty();
@@ -186,7 +191,9 @@ std::vector<NamedTarget> ReadTargets(MatchOptions& options, ResultReport& report
   const SystemOptions& system = options.search.criterion.system;
   bool areAnglesKnown = true;
   CurveRow row;
+  const TakenSpecular taken = TakenOf(options, colorSystem);
   while (samples.Next(row)) {
+    RefuseOtherSpecular(samples, row, taken);
     areAnglesKnown = areAnglesKnown && SystemOptions::HasAngle(row.geometry);
     if (AddGeometry(row, system, targets)) continue;
     NamedTarget named{std::string(row.id), TargetOf(samples, row, system), {}};

@@ -46,7 +46,10 @@ struct NamedTarget {
 void AddMatchOptions(Command& command, MatchOptions& options);
 
 /// Curves, or colours as L*, a*, b*. Curves of one id at several geometries are one target.
-std::vector<NamedTarget> ReadTargets(MatchOptions& options, ResultReport& report);
+std::vector<NamedTarget> ReadTargets(MatchOptions& options, const ColorSystem& system, ResultReport& report);
+
+/// What the curves of every file are taken for.
+TakenSpecular TakenOf(const MatchOptions& options, const ColorSystem& system);
 
 /// How recipes are searched; InputError for options that do not fit the system.
 CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& system);

@@ -67,8 +67,8 @@ class StockAndTargets {
       : options_(options),
         report_(options.report, ReportText::kRecipes),
         system_(ReadColorSystem(options.search.system)),
-        targets_(ReadTargets(options, report_)),
-        stock_(ReadStock(options.stock, system_, options.search.input)) {
+        targets_(ReadTargets(options, system_, report_)),
+        stock_(ReadStock(options.stock, system_, options.search.input, TakenOf(options, system_))) {
     for (const NamedBatch& batch : stock_) batches_.Add(batch.batch);
   }
 

@@ -58,9 +58,10 @@ struct Rows {
 
 class Reader {
  public:
-  Reader(const std::string& path, const CurveInputOptions& options, const DrawdownFile* known,
-         const std::string& substrate)
+  Reader(const std::string& path, const CurveInputOptions& options, const TakenSpecular& taken,
+         const DrawdownFile* known, const std::string& substrate)
       : curves_(OpenCurves(path, options, Content::kCurves, known ? IsAdditionColumn : IsDrawdownColumn)),
+        taken_(taken),
         isClosed_(known != nullptr),
         isOnSubstrate_(!substrate.empty()) {
     file_.isOnSubstrate = isOnSubstrate_;
@@ -146,6 +147,7 @@ class Reader {
   }
 
   void Take(const CurveRow& row) {
+    RefuseOtherSpecular(curves_, row, taken_);
     const Surface surface = SurfaceOf(row);
     const auto [found, isNew] = places_.emplace(std::string(row.id), rows_.size());
     if (isNew) rows_.emplace_back().id = row.id;
@@ -265,6 +267,7 @@ class Reader {
   }
 
   CurveReader curves_;
+  TakenSpecular taken_;
   DrawdownFile file_;
   bool isClosed_;  // no components but those of another file
   bool isOnSubstrate_;
@@ -278,8 +281,9 @@ class Reader {
 }  // namespace
 
 DrawdownFile ReadDrawdowns(const std::string& path, const CurveInputOptions& options,
-                           const DrawdownFile* known, const std::string& substrate) {
-  return Reader(path, options, known, substrate).Read();
+                           const TakenSpecular& taken, const DrawdownFile* known,
+                           const std::string& substrate) {
+  return Reader(path, options, taken, known, substrate).Read();
 }
 
 }  // namespace vrx::tool

@@ -9,6 +9,7 @@
 #include <vrxmath/matching/calibration.h>
 
 #include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/input/surface_options.h"
 
 namespace vrx::tool {
 
@@ -28,9 +29,10 @@ struct DrawdownFile {
 /// With `known` the components are those of that file, and a column `formula` ("1:94;carbon black:6") may stand in the
 /// place of theirs. On a `substrate`, whose name this is, shares are of it and need not add up, as dyers state them; without
 /// a column of its own it gets one. Throws InputError, with file and row, for shares that do not add up and for films that
-/// miss a row.
+/// miss a row, and for curves of which the file says that they are not what `taken` says.
 DrawdownFile ReadDrawdowns(const std::string& path, const CurveInputOptions& options,
-                           const DrawdownFile* known = nullptr, const std::string& substrate = {});
+                           const TakenSpecular& taken, const DrawdownFile* known = nullptr,
+                           const std::string& substrate = {});
 
 }  // namespace vrx::tool
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include <vrxio/measurement/measurement.h>
 #include <vrxio/text/input_error.h>
 
 #include "tools/vrx/base/command_line.h"
@@ -35,6 +36,26 @@ SaundersonMode SpecularOf(GivenSpecular given, const io::ColorSystem& system, co
   const SaundersonMode specular = io::SpecularOf(system, mode, complaint);
   if (!complaint.empty()) throw InputError(path + ": \"specular\": " + complaint + " as --specular says");
   return specular;
+}
+
+TakenSpecular TakenBy(GivenSpecular given, const io::ColorSystem& system, const std::string& path) {
+  const SaundersonMode mode = SpecularOf(given, system, path);
+  const bool isOpen = !system.specular && given == GivenSpecular::kNotGiven && system.data.k1 == 0.0;
+  return {isOpen ? SaundersonMode::kNone : mode, system.specular.has_value()};
+}
+
+void RefuseOtherSpecular(const io::CurveReader& curves, const io::CurveRow& row, const TakenSpecular& taken) {
+  if (taken.mode == SaundersonMode::kNone) return;
+  io::MeasuringConditions conditions = curves.Conditions();
+  if (row.geometry >= 0) io::TakeCondition("geometry", io::GeometryName(row.geometry), conditions);
+  if (conditions.specular == io::Specular::kUnknown) return;
+  const bool isIncluded = conditions.specular == io::Specular::kIncluded;
+  if (isIncluded == (taken.mode == SaundersonMode::kIncluded)) return;
+  const std::string stated = isIncluded ? "included" : "excluded",
+                    other = isIncluded ? "excluded" : "included";
+  curves.Source().FailRow("the file says that the specular component is " + stated + ", but " +
+                          (taken.isOfSystem ? "the colour system is of curves with it " + other
+                                            : "--specular is " + other + "; use --specular " + stated));
 }
 
 void AddSurfaceOptions(Command& owner, SurfaceOptions& options) {

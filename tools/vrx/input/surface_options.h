@@ -7,6 +7,7 @@
 
 #include <vrxmath/colorant/optical_transforms.h>
 
+#include <vrxio/files/curve_reader.h>
 #include <vrxio/systems/color_system_file.h>
 
 namespace vrx::tool {
@@ -28,6 +29,18 @@ void AddSpecularOption(Command& command, GivenSpecular& specular);
 /// How the surface enters the curves of a command: as the file of the colour system says; where it does not, as given, and
 /// included when nothing is. Throws InputError where the two differ.
 SaundersonMode SpecularOf(GivenSpecular given, const io::ColorSystem& system, const std::string& path);
+
+/// What a command takes curves for, against which the files are held that say it themselves.
+struct TakenSpecular {
+  SaundersonMode mode = SaundersonMode::kNone;  ///< with none anything goes
+  bool isOfSystem = false;  ///< the colour system says so, so that --specular cannot change it
+};
+
+/// The same as SpecularOf gives it; anything goes for a system without a surface that does not say either.
+TakenSpecular TakenBy(GivenSpecular given, const io::ColorSystem& system, const std::string& path);
+
+/// Throws InputError for a row of which the file says that its specular component was measured the other way.
+void RefuseOtherSpecular(const io::CurveReader& curves, const io::CurveRow& row, const TakenSpecular& taken);
 
 /// Adds `--k1`, `--k2` and `--specular`.
 void AddSurfaceOptions(Command& owner, SurfaceOptions& options);

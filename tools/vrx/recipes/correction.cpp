@@ -74,8 +74,8 @@ void RefuseTwice(const CurveReader& curves, const std::string& id,
 using RowHandler = std::function<void(const CurveReader&, const CurveRow&, const NamedBatch&)>;
 
 std::vector<NamedBatch> ReadBatches(const std::string& path, const ColorSystem& system,
-                                    const CurveInputOptions& input, bool needsAmount,
-                                    const RowHandler& onRow) {
+                                    const CurveInputOptions& input, const TakenSpecular& taken,
+                                    bool needsAmount, const RowHandler& onRow) {
   CurveReader curves = OpenCurves(path, input, Content::kCurves, IsStockColumn);
   const std::size_t formula = ColumnOf(curves, kFormula, path);
   const std::size_t amount = needsAmount ? ColumnOf(curves, kAmount, path) : 0;
@@ -84,6 +84,7 @@ std::vector<NamedBatch> ReadBatches(const std::string& path, const ColorSystem& 
   CurveRow row;
   while (curves.Next(row)) {
     NamedBatch named{std::string(row.id), {}};
+    RefuseOtherSpecular(curves, row, taken);
     if (needsAmount) RefuseTwice(curves, named.id, places);
     named.batch.curve = row.curve;
     if (needsAmount &&
@@ -103,21 +104,25 @@ std::vector<NamedBatch> ReadBatches(const std::string& path, const ColorSystem& 
 }  // namespace
 
 std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
-                                  const CurveInputOptions& input) {
-  return ReadBatches(path, system, input, true, {});
+                                  const CurveInputOptions& input, const TakenSpecular& taken) {
+  return ReadBatches(path, system, input, taken, true, {});
 }
 
 std::vector<NamedBatch> ReadMadeRecipes(const std::string& path, const ColorSystem& system,
-                                        const CurveInputOptions& input, const RowHandler& onRow) {
-  return ReadBatches(path, system, input, false, onRow);
+                                        const CurveInputOptions& input, const TakenSpecular& taken,
+                                        const RowHandler& onRow) {
+  return ReadBatches(path, system, input, taken, false, onRow);
 }
 
-CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input) {
+CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input, const TakenSpecular& taken) {
   CurveReader curves = OpenCurves(path, input);
   CurveRow row;
   CReflData curve;
   int count = 0;
-  for (; count < 2 && curves.Next(row); ++count) curve = row.curve;
+  for (; count < 2 && curves.Next(row); ++count) {
+    RefuseOtherSpecular(curves, row, taken);
+    curve = row.curve;
+  }
   WarnAboutInput(curves);
   if (count != 1) throw InputError(path + ": expected exactly one curve");
   return curve;
@@ -140,7 +145,8 @@ CRecipeTarget TargetOf(const CurveReader& curves, const CurveRow& row, const Sys
 }
 
 CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input,
-                            const SystemOptions& system, ViewingOptions& viewing) {
+                            const SystemOptions& system, const TakenSpecular& taken,
+                            ViewingOptions& viewing) {
   CurveReader curves = OpenCurves(path, input, Content::kCurvesOrColors);
   viewing.Follow({&curves}, true);
   CurveRow row;
@@ -148,6 +154,7 @@ CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& in
   int count = 0;
   bool isAngleKnown = false;
   for (; count < 2 && curves.Next(row); ++count) {
+    RefuseOtherSpecular(curves, row, taken);
     target = TargetOf(curves, row, system);
     isAngleKnown = SystemOptions::HasAngle(row.geometry);
   }

@@ -10,6 +10,7 @@
 #include <vrxmath/matching/stock_correction.h>
 
 #include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/input/surface_options.h"
 #include "tools/vrx/output/color_system_file.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/recipes/recipe_options.h"
@@ -23,17 +24,18 @@ struct NamedBatch {
 };
 
 /// The batches of a file of curves with the columns `formula` ("1:94;7:1.5", components by id or name) and `amount`.
-/// Throws InputError for a row that is not one.
+/// Throws InputError for a row that is not one. What is read here is held against what is `taken`, as RefuseOtherSpecular does.
 std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
-                                  const CurveInputOptions& input);
+                                  const CurveInputOptions& input, const TakenSpecular& taken);
 
 /// The recipes of such a file that were made once: their amounts do not matter. `onRow` is given every row behind its recipe.
 std::vector<NamedBatch> ReadMadeRecipes(
     const std::string& path, const ColorSystem& system, const CurveInputOptions& input,
+    const TakenSpecular& taken,
     const std::function<void(const CurveReader&, const CurveRow&, const NamedBatch&)>& onRow = {});
 
 /// The only curve of a file. Throws InputError when there is none or more than one.
-CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input);
+CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input, const TakenSpecular& taken);
 
 /// The target of a row, a curve or L*, a*, b*, with the angle at which it was measured. Throws InputError for tristimulus
 /// values and for a colour that no surface has.
@@ -42,7 +44,7 @@ CRecipeTarget TargetOf(const CurveReader& curves, const CurveRow& row, const Sys
 /// The only target of a file, as TargetOf takes it; `viewing` follows the light of its colours. Throws InputError when there is
 /// none or more than one.
 CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input,
-                            const SystemOptions& system, ViewingOptions& viewing);
+                            const SystemOptions& system, const TakenSpecular& taken, ViewingOptions& viewing);
 
 /// Throws InputError for a choice of more colorants than can be added to a batch.
 void CheckAdditions(const ChoiceOptions& choice);

@@ -41,7 +41,9 @@ bool TakeFormula(const std::string& file, const store::MadeRecipe& recipe, const
 std::vector<store::MadeRecipe> RecipesOfFile(const std::string& path, const ColorSystem& system,
                                              const CurveInputOptions& input) {
   std::vector<store::MadeRecipe> recipes;
-  ReadMadeRecipes(path, system, input,
+  // Where the system does not say it either, what is stored is what the file says.
+  const TakenSpecular taken{system.specular.value_or(SaundersonMode::kNone), true};
+  ReadMadeRecipes(path, system, input, taken,
                   [&](const CurveReader& curves, const CurveRow& row, const NamedBatch& made) {
                     store::MadeRecipe& recipe = recipes.emplace_back();
                     recipe.name = made.id;
