@@ -174,6 +174,17 @@ TEST_F(MatchingCommands, TheSurfaceOfACalibrationIsKept) {
       {"calibrate samples.csv --white white --specular excluded --add made_sci.csv",
        "but --specular is excluded; use --specular included"},
   });
+#ifdef VRX_WITH_STORE
+  json open = system;
+  open.erase("specular");
+  folder_.Write("open.json", open.dump());
+  ASSERT_EQ(Run("job create made.vrxjob"), 0);
+  ASSERT_EQ(Run("job add-recipes open.json made_sci.csv --job made.vrxjob"), 0) << folder_.Read("err");
+  ExpectRefusals({
+      {"match s.json t.csv --library made.vrxjob", "made.vrxjob: recipe \"t\": the file says that the"},
+      {"job add-recipes s.json made_sci.csv --job made.vrxjob", "made_" + other},
+  });
+#endif
   EXPECT_EQ(Run("match s.json sce.csv"), 0) << folder_.Read("err");
   EXPECT_EQ(Run("match " + kPaints + " sce.csv --max-colorants 1 --specular excluded"), 0);
   EXPECT_EQ(Run("calibrate samples_sce.csv --white white --specular excluded"), 0) << folder_.Read("err");

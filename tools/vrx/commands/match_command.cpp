@@ -132,8 +132,9 @@ class RecipeRows {
 
 std::vector<NamedBatch> FormersOf(const MatchOptions& options, const ColorSystem& system) {
   if (options.library.empty()) return {};
-  if (IsJobFile(options.library)) return RecipesOfJob(options.library, system);
-  return ReadMadeRecipes(options.library, system, options.search.input, TakenOf(options, system));
+  const TakenSpecular taken = TakenOf(options, system);
+  if (IsJobFile(options.library)) return RecipesOfJob(options.library, system, taken);
+  return ReadMadeRecipes(options.library, system, options.search.input, taken);
 }
 
 CFormerRecipeArray FormersFrom(const std::vector<NamedBatch>& made) {

@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 
-#include <vrxio/measurement/measurement.h>
 #include <vrxio/text/input_error.h>
 
 #include "tools/vrx/base/command_line.h"
@@ -44,18 +43,22 @@ TakenSpecular TakenBy(GivenSpecular given, const io::ColorSystem& system, const 
   return {isOpen ? SaundersonMode::kNone : mode, system.specular.has_value()};
 }
 
-void RefuseOtherSpecular(const io::CurveReader& curves, const io::CurveRow& row, const TakenSpecular& taken) {
-  if (taken.mode == SaundersonMode::kNone) return;
-  io::MeasuringConditions conditions = curves.Conditions();
-  if (row.geometry >= 0) io::TakeCondition("geometry", io::GeometryName(row.geometry), conditions);
-  if (conditions.specular == io::Specular::kUnknown) return;
+std::string OtherSpecularText(io::MeasuringConditions conditions, int32_t geometry,
+                              const TakenSpecular& taken) {
+  if (geometry >= 0) io::TakeCondition("geometry", io::GeometryName(geometry), conditions);
+  if (taken.mode == SaundersonMode::kNone || conditions.specular == io::Specular::kUnknown) return "";
   const bool isIncluded = conditions.specular == io::Specular::kIncluded;
-  if (isIncluded == (taken.mode == SaundersonMode::kIncluded)) return;
+  if (isIncluded == (taken.mode == SaundersonMode::kIncluded)) return "";
   const std::string stated = isIncluded ? "included" : "excluded",
                     other = isIncluded ? "excluded" : "included";
-  curves.Source().FailRow("the file says that the specular component is " + stated + ", but " +
-                          (taken.isOfSystem ? "the colour system is of curves with it " + other
-                                            : "--specular is " + other + "; use --specular " + stated));
+  return "the file says that the specular component is " + stated + ", but " +
+         (taken.isOfSystem ? "the colour system is of curves with it " + other
+                           : "--specular is " + other + "; use --specular " + stated);
+}
+
+void RefuseOtherSpecular(const io::CurveReader& curves, const io::CurveRow& row, const TakenSpecular& taken) {
+  const std::string other = OtherSpecularText(curves.Conditions(), row.geometry, taken);
+  if (!other.empty()) curves.Source().FailRow(other);
 }
 
 void AddSurfaceOptions(Command& owner, SurfaceOptions& options) {

@@ -3,11 +3,13 @@
 #ifndef TOOLS_VRX_INPUT_SURFACE_OPTIONS_H_
 #define TOOLS_VRX_INPUT_SURFACE_OPTIONS_H_
 
+#include <cstdint>
 #include <string>
 
 #include <vrxmath/colorant/optical_transforms.h>
 
 #include <vrxio/files/curve_reader.h>
+#include <vrxio/measurement/measurement.h>
 #include <vrxio/systems/color_system_file.h>
 
 namespace vrx::tool {
@@ -39,6 +41,10 @@ struct TakenSpecular {
 /// The same as SpecularOf gives it; anything goes for a system without a surface that does not say either.
 TakenSpecular TakenBy(GivenSpecular given, const io::ColorSystem& system, const std::string& path);
 
+/// The message, without its place, about a curve of which its file says, by its conditions or its own geometry, that its
+/// specular component was measured the other way; empty for any other.
+std::string OtherSpecularText(io::MeasuringConditions conditions, int32_t geometry,
+                              const TakenSpecular& taken);
 /// Throws InputError for a row of which the file says that its specular component was measured the other way.
 void RefuseOtherSpecular(const io::CurveReader& curves, const io::CurveRow& row, const TakenSpecular& taken);
 

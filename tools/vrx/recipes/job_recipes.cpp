@@ -60,7 +60,8 @@ std::vector<store::MadeRecipe> RecipesOfFile(const std::string& path, const Colo
   return recipes;
 }
 
-std::vector<NamedBatch> RecipesOfJob(const std::string& job, const ColorSystem& system) {
+std::vector<NamedBatch> RecipesOfJob(const std::string& job, const ColorSystem& system,
+                                     const TakenSpecular& taken) {
   const std::string file = store::ShownJob(job);
   std::vector<NamedBatch> batches;
   std::string missing;
@@ -71,6 +72,8 @@ std::vector<NamedBatch> RecipesOfJob(const std::string& job, const ColorSystem& 
       ++left;
       continue;
     }
+    const std::string other = OtherSpecularText({}, recipe.curve.geometry, taken);
+    if (!other.empty()) throw InputError(file + ": recipe \"" + recipe.name + "\": " + other);
     std::ranges::copy(recipe.curve.samples, named.batch.curve.begin());
     batches.push_back(std::move(named));
   }

@@ -19,8 +19,9 @@ std::vector<store::MadeRecipe> RecipesOfFile(const std::string& path, const Colo
                                              const CurveInputOptions& input);
 
 /// The recipes of a job whose components the colour system has; a message tells of the others. Throws InputError when none is
-/// left.
-std::vector<NamedBatch> RecipesOfJob(const std::string& job, const ColorSystem& system);
+/// left, and for a curve whose geometry is not what is `taken`.
+std::vector<NamedBatch> RecipesOfJob(const std::string& job, const ColorSystem& system,
+                                     const TakenSpecular& taken);
 
 /// The amounts of a recipe as "94 Titanium White + 4.5 Cerulean Blue", in the order in which they were given.
 std::string AmountsOf(const store::MadeRecipe& recipe);
