@@ -59,7 +59,7 @@ TEST(Drawdowns, CurvesGoWhereTheirSurfaceSays) {
        "W B |w 99.5 0 opaque 90|m 0.505 0.5 opaque 40"}};
   const test::TemporaryFolder folder;
   for (const auto& [content, expected] : kFiles) {
-    EXPECT_EQ(Described(ReadDrawdowns(folder.Write("d.csv", content), {})), expected) << content;
+    EXPECT_EQ(Described(ReadDrawdowns(folder.Write("d.csv", content), {}, {})), expected) << content;
   }
   const std::pair<std::string, const char*> kFaults[] = {
       {kHead + row("w,opaque,99.4,", 90), "d.csv, line 2: the shares of \"w\" add up to neither"},
@@ -72,7 +72,7 @@ TEST(Drawdowns, CurvesGoWhereTheirSurfaceSays) {
       {kHead + kFilm + row("card,black card,,", 1), "the film \"f\" has no row \"white card\""}};
   for (const auto& [content, message] : kFaults) {
     try {
-      ReadDrawdowns(folder.Write("d.csv", content), {});
+      ReadDrawdowns(folder.Write("d.csv", content), {}, {});
       ADD_FAILURE() << "not refused: " << content;
     } catch (const InputError& error) {
       EXPECT_NE(std::string(error.what()).find(message), std::string::npos) << error.what();
