@@ -92,7 +92,7 @@ runs_windows() {
 
 # windows WIDTH: the library, its tests and the tool, cross-built and run by wine. A width whose programs do not
 # run here is built all the same, which holds the exports against their list. On a machine with much to do wine at times ends a
-# program without its output; by the presets a test that fails runs once more, and what our code does wrong it does again.
+# program without its output; by the presets a test that fails runs up to twice more, and what our code does wrong it does again.
 windows() {
   if runs_windows "$1"; then
     build_and_test "ci-windows-$1"
