@@ -73,7 +73,10 @@ std::vector<NamedBatch> RecipesOfJob(const std::string& job, const ColorSystem& 
       continue;
     }
     const std::string other = OtherSpecularText({}, recipe.curve.geometry, taken);
-    if (!other.empty()) throw InputError(file + ": recipe \"" + recipe.name + "\": " + other);
+    if (!other.empty()) {
+      std::string reason = file;
+      throw InputError(reason.append(": recipe \"").append(recipe.name).append("\": ").append(other));
+    }
     std::ranges::copy(recipe.curve.samples, named.batch.curve.begin());
     batches.push_back(std::move(named));
   }

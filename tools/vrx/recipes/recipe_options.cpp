@@ -148,7 +148,7 @@ void AddUses(const std::vector<std::string>& lists, const std::string& option, C
       const std::string_view name = std::string_view(list).substr(at, end - at);
       std::string fault;
       const CComponent* const component = FindComponent(system, name, fault);
-      if (component == nullptr) throw InputError(option + ": " + fault);
+      if (component == nullptr) throw InputError(std::string(option).append(": ").append(fault));
       CRecipeComponent entry;
       entry.componentId = component->GetId();
       entry.use = use;
