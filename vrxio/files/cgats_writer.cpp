@@ -133,7 +133,6 @@ class CgatsWriter final : public SampleWriter {
       field += c == ' ' || c == '"' || c == '#' || static_cast<unsigned char>(c) < ' ' ? '_' : c;
     return field.empty() ? "_" : field;
   }
-  bool IsTakenForOwn(const std::string& name) const override { return MeansOwnColumn(name); }
 
   // By place in ConditionTexts: a keyword, and the name of a field where samples differ.
   struct Keyword {

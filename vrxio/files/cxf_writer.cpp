@@ -90,6 +90,9 @@ class CxfWriter final : public SampleWriter {
     return tags;
   }
 
+  // Tags are found by their names alone.
+  bool IsTakenForOwn(const std::string& /*name*/) const override { return false; }
+
   void AddLosses(std::vector<std::string>& losses) override {
     bool hasDescription = false;
     AddRemarks(

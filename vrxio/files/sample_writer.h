@@ -57,8 +57,27 @@ class SampleWriter {
   /// The name under which the format has a kept column.
   virtual std::string NameOf(const std::string& heading) const { return heading; }
 
-  /// Whether a reader of the file would take a column of this name for one that the file has of its own.
-  virtual bool IsTakenForOwn(const std::string& /*name*/) const { return false; }
+  /// Whether a reader of the file would take a column of this name for one that the file has of its own. Readers of tables go by what a
+  /// heading means: "L*(2/A)" is another L.
+  virtual bool IsTakenForOwn(const std::string& name) const {
+    const Heading meaning = MeaningOf(name);
+    switch (meaning.role) {
+      case ColumnRole::kId:
+        return meaning.rank == kIdByName;
+      case ColumnRole::kName:
+        return shape_.hasNames;
+      case ColumnRole::kStandard:
+        return shape_.hasStandards;
+      case ColumnRole::kGeometry:
+        return shape_.hasGeometries;
+      case ColumnRole::kDate:
+        return shape_.HasDates();
+      case ColumnRole::kColor:
+        return meaning.color <= kColumnZ ? shape_.hasXyz : meaning.color <= kColumnB && shape_.hasLab;
+      default:
+        return false;
+    }
+  }
 
   /// Takes those of the kept columns out that a reader of the file would take for one of its own, or for each other; they are
   /// lost.
@@ -101,27 +120,6 @@ class SampleWriter {
     return options_.fraction ? FractionText(percent) : ShortestText(percent);
   }
   void Put(std::string_view text) { sink_(text); }
-
-  /// The same of a table, whose readers go by what a heading means: "L*(2/A)" is another L beside the one that the file has.
-  bool MeansOwnColumn(const std::string& name) const {
-    const Heading meaning = MeaningOf(name);
-    switch (meaning.role) {
-      case ColumnRole::kId:
-        return meaning.rank == kIdByName;
-      case ColumnRole::kName:
-        return shape_.hasNames;
-      case ColumnRole::kStandard:
-        return shape_.hasStandards;
-      case ColumnRole::kGeometry:
-        return shape_.hasGeometries;
-      case ColumnRole::kDate:
-        return shape_.HasDates();
-      case ColumnRole::kColor:
-        return meaning.color <= kColumnZ ? shape_.hasXyz : meaning.color <= kColumnB && shape_.hasLab;
-      default:
-        return false;
-    }
-  }
 
   const MeasurementReader& source_;
   const WriteOptions& options_;

@@ -64,7 +64,6 @@ class TableWriter : public SampleWriter {
   std::string NameOf(const std::string& heading) const override {
     return heading.empty() ? "index" : heading;
   }
-  bool IsTakenForOwn(const std::string& name) const override { return MeansOwnColumn(name); }
 
  private:
   // Values that all lie below 2 percent could be fractions: the unit says that they are not.

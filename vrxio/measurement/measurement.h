@@ -41,9 +41,11 @@ struct MeasuringConditions {
 /// describes it. Cut off where nothing is known any more; empty when not even the specular component is.
 std::string ConditionCode(const MeasuringConditions& conditions);
 
-/// Takes what a sample's geometry says into its conditions: the angles, the specular component, or one of M0 to M3.
+/// Takes what a sample's geometry says into its conditions: the angles, the specular component, or one of M0 to M3. `geometry` is an
+/// angle code of the library; one below 0, such as kNoGeometry, says nothing.
 void TakeGeometry(int32_t geometry, MeasuringConditions& conditions);
-/// Takes out of the conditions what a sample's geometry, if it has one, says in their place.
+/// Takes out of the conditions what a sample's geometry says in their place: the angles always, the specular component where it
+/// is SCI or SCE, the light where it is one of M0 to M3.
 void LeaveToGeometry(int32_t geometry, MeasuringConditions& conditions);
 
 /// The conditions in which two sets contradict each other: "geometry 45/0 and SCI", "M0 and M2"; empty when nothing that

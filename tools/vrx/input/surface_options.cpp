@@ -45,7 +45,7 @@ TakenSpecular TakenBy(GivenSpecular given, const io::ColorSystem& system, const 
 
 std::string OtherSpecularText(io::MeasuringConditions conditions, int32_t geometry,
                               const TakenSpecular& taken) {
-  if (geometry >= 0) io::TakeCondition("geometry", io::GeometryName(geometry), conditions);
+  io::TakeGeometry(geometry, conditions);
   if (taken.mode == SaundersonMode::kNone || conditions.specular == io::Specular::kUnknown) return "";
   const bool isIncluded = conditions.specular == io::Specular::kIncluded;
   if (isIncluded == (taken.mode == SaundersonMode::kIncluded)) return "";
