@@ -118,18 +118,22 @@ stage() {
   started=$(date +%s)
   status=0
   # A shell of its own: one that is asked for its status ignores the commands that fail in it.
-  ("$@") > "$stages/$name/log" 2>&1 &
+  (
+    trap 'times > "$stages/$name/times"' EXIT
+    "$@"
+  ) > "$stages/$name/log" 2>&1 &
   wait $! || status=$?
   {
     flock 9
     echo "=== $title"
     cat "$stages/$name/log"
+    spent="$(($(date +%s) - started)) s, of processor time (user, system) $(tail -n 1 "$stages/$name/times")"
     if [ "$status" -ne 0 ]; then
       touch "$stages/failed"
-      echo "=== failed after $(($(date +%s) - started)) s"
+      echo "=== failed after $spent"
     else
       touch "$stages/$name/done"
-      echo "=== done in $(($(date +%s) - started)) s"
+      echo "=== done in $spent"
     fi
   } 9> "$stages/lock"
   if [ "$status" -ne 0 ]; then exit 1; fi
