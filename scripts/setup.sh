@@ -79,6 +79,9 @@ elif [ "$level" != build ] && [ "$level" != site ]; then
   need llvm llvm-symbolizer
   need clang-format clang-format
   need clang-tidy clang-tidy
+  # A check of ours, which clang-tidy loads, is compiled.
+  need libclang-14-dev /usr/lib/llvm-*/include/clang-tidy/ClangTidyCheck.h
+  need llvm-14-dev /usr/lib/llvm-*/include/llvm/ADT/StringRef.h
   need doxygen doxygen
   need python3 python3
   need python3-mpmath /usr/lib/python3/dist-packages/mpmath/__init__.py

@@ -37,22 +37,6 @@ build_and_test() {
   ctest --preset "$1" -j "$jobs"
 }
 
-# clang-tidy by the commands of the sanitizers' build, a source once even where it is compiled several times, as the lane
-# kernels are, of which the wide ones are looked at. That build compiles the sources of a folder together, and so they are looked
-# at: most of the time goes into the headers that they share. Its log is shown when something was found.
-check_tidy() {
-  mkdir -p build/tidy
-  python3 -c '
-import json
-commands = {command["file"]: command for command in json.load(open("build/ci-asan-ubsan/compile_commands.json"))}
-commands = [command for file, command in commands.items() if "_lanes_plain" not in file]
-json.dump(commands, open("build/tidy/compile_commands.json", "w"))'
-  log=build/tidy/clang-tidy.log
-  run-clang-tidy -p build/tidy -quiet -j "$jobs" \
-    "^$PWD/(build/ci-asan-ubsan/)?(vrxmath|vrxio|vrxstore|sql|pictures|c_api|controls|tools)/.*\\.(cpp|cxx)\$" > "$log" 2>&1 ||
-    { grep -vE '^$|warnings? generated|^clang-tidy' "$log" | head -n 100; return 1; }
-}
-
 # Runs the fuzz targets from their corpus, as many at a time as there are cores, always with the same random numbers: that a
 # change passes must not be luck, and scripts/fuzz.sh looks further. New inputs go to the build folder. What the
 # target of whole commands prints on standard error is not kept.
@@ -157,7 +141,7 @@ lane() {
     stage windows-x86_64 "Windows, 64 bits: build, tests under wine" windows x86_64
     stage windows-i686 "Windows, 32 bits: build, tests under wine" windows i686
   fi
-  stage tidy "clang-tidy" after sanitizers check_tidy
+  stage tidy "clang-tidy" after sanitizers env VRX_JOBS="$jobs" sh scripts/tidy.sh
   stage clang "clang++: build of the shared library, tests that pin results, installed" build_and_test ci-clang
   if [ "$wasm" = 1 ]; then
     stage wasm "WebAssembly: tests by node, the page in a browser" after gcc webassembly
