@@ -1,9 +1,10 @@
 # vrx_check_headers()
 #
 # Target vrx_check_headers compiles public headers alone, twice in one file, so that a header that leans on its includer or
-# lacks its guard fails the build. A header with a source of its own is the first that this includes, which a build without
-# VRX_UNITY compiles alone as well, and is left out. Test include_order holds each folder to those that it depends on, as
-# vrx_declare_folder has them, and finds files that include each other in a circle.
+# lacks its guard fails the build. A header with a source of its own is the first that this includes, which the builds for daily
+# work compile alone as well, and is left out. Test include_order holds each folder to those that it depends on, as
+# vrx_declare_folder has them, and finds files that include each other in a circle; test std_includes holds each file to the
+# headers of what it uses of the standard library, which builds that compile a folder together do not show.
 function(vrx_check_headers)
   get_property(headers GLOBAL PROPERTY VRX_HEADERS)
   set(sources "")
@@ -31,8 +32,10 @@ function(vrx_check_headers)
   list(JOIN folders "\n" order)
   file(CONFIGURE OUTPUT include_order.txt CONTENT "${order}\n")
   find_package(Python3 REQUIRED COMPONENTS Interpreter)
-  add_test(NAME include_order
-    COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/cmake/check_include_order.py
-            ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_BINARY_DIR}/include_order.txt)
-  set_tests_properties(include_order PROPERTIES LABELS unit)
+  foreach(check include_order std_includes)
+    add_test(NAME ${check}
+      COMMAND ${Python3_EXECUTABLE} -B ${PROJECT_SOURCE_DIR}/cmake/check_${check}.py
+              ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_BINARY_DIR}/include_order.txt)
+    set_tests_properties(${check} PROPERTIES LABELS unit)
+  endforeach()
 endfunction()

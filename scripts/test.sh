@@ -60,8 +60,7 @@ has_windows_packages() {
 has_wasm_packages() {
   command -v emcc > /dev/null
 }
-packages() {
-  sh scripts/setup.sh bench
+more_packages() {
   if [ "$windows" = 1 ]; then sh scripts/setup.sh windows || has_windows_packages; fi
   if [ "$wasm" = 1 ]; then sh scripts/setup.sh wasm; fi
 }
@@ -138,13 +137,13 @@ lane() {
   stage sanitizers "address and undefined-behaviour sanitizers: build, tests" build_and_test ci-asan-ubsan
   stage gcc "g++: build, headers alone, tests, static library installed" build_and_test ci-gcc vrx_check_headers vrx_reference
   if [ "$windows" = 1 ]; then
-    stage windows-x86_64 "Windows, 64 bits: build, tests under wine" windows x86_64
-    stage windows-i686 "Windows, 32 bits: build, tests under wine" windows i686
+    stage windows-x86_64 "Windows, 64 bits: build, tests under wine" after more-packages windows x86_64
+    stage windows-i686 "Windows, 32 bits: build, tests under wine" after more-packages windows i686
   fi
   stage tidy "clang-tidy" after sanitizers env VRX_JOBS="$jobs" sh scripts/tidy.sh
   stage clang "clang++: build of the shared library, tests that pin results, installed" build_and_test ci-clang
   if [ "$wasm" = 1 ]; then
-    stage wasm "WebAssembly: tests by node, the page in a browser" after gcc webassembly
+    stage wasm "WebAssembly: tests by node, the page in a browser" after more-packages after gcc webassembly
   fi
   stage fuzz "fuzz targets" after sanitizers fuzz
 }
@@ -163,15 +162,19 @@ wasm=$(wanted "${VRX_WASM:-}" has_wasm_packages)
 
 rm -rf "$stages"
 mkdir -p "$stages"
-stage packages "packages" packages
+stage packages "packages" sh scripts/setup.sh bench
 stage format "clang-format" check_format
 trap 'kill 0' INT  # which a lane, being in the background, does not hear
+# These come while the first builds are at work, which do not need them: half of their time is the network's.
+stage more-packages "packages of Windows and WebAssembly" more_packages &
+others=$!
 lane &
 first=$!
 lane &
 second=$!
 status=0
-wait "$first" || status=$?
-wait "$second" || status=$?
+for each in $others $first $second; do
+  wait "$each" || status=$?
+done
 [ "$status" -eq 0 ] || exit 1
 echo "=== everything passed"

@@ -1,6 +1,7 @@
 #include <vrxstore/job_address.h>
 
 #include <algorithm>
+#include <cstddef>
 
 namespace vrx::store {
 namespace {

@@ -1,6 +1,7 @@
 #include "controls/layout/list_model.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <numeric>
 
 namespace vrx::controls {

@@ -1,5 +1,7 @@
 #include <vrxio/measurement/bandpass.h>
 
+#include <cstddef>
+
 namespace vrx::io {
 
 void CorrectBandpass(std::span<double> curve) {

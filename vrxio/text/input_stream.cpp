@@ -8,6 +8,7 @@
 #include <iostream>
 #include <sstream>
 #include <streambuf>
+#include <system_error>
 #include <utility>
 
 #include <vrxio/text/input_error.h>

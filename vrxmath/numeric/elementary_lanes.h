@@ -12,6 +12,7 @@
 #ifndef VRXMATH_NUMERIC_ELEMENTARY_LANES_H_
 #define VRXMATH_NUMERIC_ELEMENTARY_LANES_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 

@@ -1,5 +1,6 @@
 #include <vrxstore/database/system_user.h>
 
+#include <cstddef>
 #include <pwd.h>
 #include <unistd.h>
 #include <vector>

@@ -3,6 +3,7 @@
 #ifndef VRXMATH_PLATFORM_MEMORY_FAKE_CLOCK_H_
 #define VRXMATH_PLATFORM_MEMORY_FAKE_CLOCK_H_
 
+#include <cstddef>
 #include <utility>
 #include <vector>
 

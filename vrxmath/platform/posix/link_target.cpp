@@ -1,6 +1,7 @@
 #include <vrxmath/platform/posix/link_target.h>
 
 #include <climits>
+#include <cstddef>
 #include <cstdlib>
 #include <unistd.h>
 
