@@ -35,9 +35,15 @@ class Job : public vrx::test::ToolProcess {
     std::vector<std::string> values;
     std::size_t place = 0;
     for (std::string line; std::getline(lines, line);) {
-      std::vector<std::string> fields;
-      std::istringstream parts(line + ",");
-      for (std::string field; std::getline(parts, field, ',');) fields.push_back(field);
+      std::vector<std::string> fields(1);
+      bool isQuoted = false;
+      for (const char c : line) {
+        isQuoted ^= c == '"';
+        if (c == ',' && !isQuoted)
+          fields.emplace_back();
+        else if (c != '"')
+          fields.back() += c;
+      }
       const auto found = std::ranges::find(fields, name);
       if (values.empty() && place == 0 && found != fields.end()) {
         place = static_cast<std::size_t>(found - fields.begin()) + 1;
@@ -310,13 +316,51 @@ TEST_F(Job, ATrendShowsWhatDoesNotBelong) {
   // The same as pages, which name the job and the head of its trail.
   const std::string head = Column("job info --job j", "value").at(11);
   for (const auto& [command, words] :
-       {std::pair{"trend grey --value dL --illuminant D65", "grey, D65, dL: 21 values, 14 with a signal"},
-        std::pair{"trend grey", "grey, D65, dE"}, std::pair{"statistics", "signals"},
+       {std::pair{"trend grey --value dL --illuminant D65",
+                  "grey, D65/10\u00B0, dL: 21 values, 14 with a signal"},
+        std::pair{"trend grey", "grey, D65/10\u00B0, dE"}, std::pair{"statistics", "signals"},
         std::pair{"history grey", "stray"}}) {
     Good(std::string("job ") + command + " --job j --report page.html");
     const std::string page = folder_.Read("page.html");
     for (const std::string& text : {std::string(words), head})
       EXPECT_NE(page.find(text), std::string::npos) << text;
+  }
+}
+
+// Differences from another curve of the standard, by another observer or another formula are no series: a process that stands still
+// would show a step, and one that moves with its standard none. Other limits end no series, nor does another order of lights.
+TEST_F(Job, AChartHasOneReference) {
+  using Texts = std::vector<std::string>;
+  folder_.Write("anew.csv", Header() + Flat("grey", "41"));
+  folder_.Write("old.csv", Header() + Flat("grey", "40"));
+  int lot = 0;
+  const auto judge = [&](const std::string& options = "") {
+    const std::string file = "lot" + std::to_string(lot++) + ".csv";
+    folder_.Write(file, Header() + Flat("a", "40.5") + Flat("b", "40.6"));
+    Good("judge --job j --standard-id grey --again " + file + options);
+  };
+  Good("job add-standard old.csv --job j --system cmc --ellipse --tolerance 1 --illuminants D65,A");
+  judge();
+  Good("job add-standard old.csv --job j --ellipse --tolerance 1.2");
+  judge();
+  Good("job add-standard anew.csv --job j");
+  judge();
+  Good("job add-standard old.csv --job j --illuminants A,D65");
+  judge();
+  const std::string kSeries = "job statistics --job j --illuminant D65";
+  EXPECT_EQ(Column(kSeries, "versions"), (Texts{"1-2 4", "3"}));
+  EXPECT_EQ(Column("job statistics --job j --illuminant A", "trials").size(), 2U);
+  EXPECT_EQ(Column("job trend --job j --illuminant D65", "range").at(6), "") << "the new reference begins";
+  judge(" --observer 2");
+  judge(" --system cmc --parameters 1:1 --ellipse");
+  judge(" --system cmc --parameters 1.001:1 --ellipse");
+  EXPECT_EQ(Column(kSeries, "observer").size(), 5U);
+  Good("job trend --job j --illuminant D65 --report trend.html");
+  Good("job page --job j --output pages");
+  for (const char* page : {"trend.html", "pages/standard-1.html"}) {
+    const std::string html = folder_.Read(page);
+    for (const char* text : {"cf = 1.20, version 1-2 4", "cf = 1.20, version 3", "D65/2\u00B0"})
+      EXPECT_NE(html.find(text), std::string::npos) << page << ": " << text;
   }
 }
 

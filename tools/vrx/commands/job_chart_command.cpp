@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -21,6 +21,7 @@
 #include "tools/vrx/job/job_filter.h"
 #include "tools/vrx/judging/verdict_texts.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/report/job_series.h"
 #include "tools/vrx/report/result_report.h"
 
 namespace vrx::tool {
@@ -32,15 +33,15 @@ struct ChartOptions : JobFilterOptions {
 };
 
 constexpr std::size_t kMostPoints = 1'000'000;  // that a chart is made of
-constexpr std::size_t kDrawnSeries = 24;        // in a report
 
-// The values of one standard under one illuminant in the order of time, as charts take them.
+// The values of a series in the order of time, as charts take them.
 struct Series {
   struct Point {
     int64_t number;
     std::string taken, trial;
   };
-  std::string standard, geometry, illuminant, system, element;
+  SeriesFacts facts;
+  std::string heading, element;
   std::vector<Point> points;
   std::vector<double> values;
   std::vector<store::Triple> lab;
@@ -96,7 +97,19 @@ class SeriesOfJob {
       Add(trial, i, under);
     }
   }
-  const std::map<std::string, Series>& All() const { return series_; }
+  // By the names of standards, with what the series have in common.
+  std::vector<Series> Finish() {
+    std::vector<std::string> elements;
+    for (const Series& series : series_) elements.push_back(series.element);
+    const std::vector<std::string> headings = list_.Headings(elements);
+    std::vector<Series> all;
+    for (const std::size_t number : list_.Order()) {
+      Series& series = all.emplace_back(std::move(series_[number]));
+      series.facts = list_.All()[number];
+      series.heading = headings[number];
+    }
+    return all;
+  }
   void Warn(const std::string& file) const {
     if (unavailable_ > 0)
       PrintMessage(file + ": warning: " + std::to_string(unavailable_) +
@@ -105,23 +118,11 @@ class SeriesOfJob {
 
  private:
   void Add(const store::StoredTrial& trial, std::size_t i, const JudgementUnder& under) {
-    const std::string illuminant = CodeOf(trial.conditions.illuminants[i]);
-    const std::string geometry = GeometryName(trial.geometry);
-    // A difference in one system says nothing about those in another.
-    const std::string system = TitleOf(trial.conditions.difference);
-    std::string key = trial.standard;
-    for (const std::string& part :
-         {geometry, std::to_string(i), illuminant, system, std::to_string(trial.conditions.observer)})
-      key.append(1, '\0').append(part);
-    Series& series = series_[key];
+    const std::size_t number = list_.NumberOf(trial, i);
     const int32_t element = ElementByName(trial.conditions.difference.system, options_.value);
-    if (series.values.empty()) {
-      series.standard = trial.standard;
-      series.geometry = geometry;
-      series.illuminant = illuminant;
-      series.system = system;
-      series.element = NameOfElement(trial.conditions.difference.system, element);
-    }
+    if (number == series_.size())
+      series_.emplace_back().element = NameOfElement(trial.conditions.difference.system, element);
+    Series& series = series_[number];
     if (series.values.size() == kMostPoints)
       throw InputError("more than 1000000 trials for one chart; --since leaves fewer");
     series.points.push_back({trial.number, trial.taken, trial.name});
@@ -133,19 +134,21 @@ class SeriesOfJob {
 
   const ChartOptions& options_;
   std::optional<vrxIlluminant> illuminant_;
-  std::map<std::string, Series> series_;
+  SeriesList list_;
+  std::vector<Series> series_;
   int64_t unavailable_ = 0;
 };
 
-SeriesOfJob SeriesOf(const ChartOptions& options, ResultReport& report) {
+std::vector<Series> SeriesOf(const ChartOptions& options, ResultReport& report) {
   const auto job = OpenJob(options.job);
   report.AddJob(job->Info());
   const auto cursor = job->Trials(options.Filter(*job));
   SeriesOfJob series(options);
   for (store::StoredTrial trial; cursor->Next(trial);) series.Take(trial);
-  if (series.All().empty()) throw InputError(options.job.Shown() + ": the job has no trials of these");
+  const std::vector<Series> all = series.Finish();
+  if (all.empty()) throw InputError(options.job.Shown() + ": the job has no trials of these");
   series.Warn(options.job.Shown());
-  return series;
+  return all;
 }
 
 std::string RulesText(const store::BrokenRules& broken) {
@@ -159,10 +162,7 @@ std::string RulesText(const store::BrokenRules& broken) {
 // A series as the report draws it: what a point says of the process is its mark.
 pictures::ControlStrip StripOf(const Series& series, const store::IndividualsChart& chart) {
   pictures::ControlStrip strip;
-  std::string heading = series.standard;
-  for (const std::string& part : {series.geometry, series.illuminant, series.element})
-    heading.append(part.empty() ? "" : ", ").append(part);
-  strip.heading = ForPicture(heading);
+  strip.heading = ForPicture(series.heading);
   strip.orderHeading = ForPicture(Text(ReportText::kOrderAxis));
   strip.values = series.values;
   for (const store::BrokenRules& broken : chart.broken) {
@@ -175,28 +175,40 @@ pictures::ControlStrip StripOf(const Series& series, const store::IndividualsCha
   return strip;
 }
 
-void DrawSeries(const SeriesOfJob& all, ResultReport& report) {
+void DrawSeries(const std::vector<Series>& all, ResultReport& report) {
   if (!report.IsWanted()) return;
   ControlChart chart{Text(ReportText::kControlCharts), {}};
-  for (const auto& [key, series] : all.All()) {
+  for (const Series& series : all) {
     if (chart.strips.size() < kDrawnSeries)
       chart.strips.push_back(StripOf(series, store::MakeIndividualsChart(series.values)));
   }
-  const std::size_t drawn = chart.strips.size(), count = all.All().size();
+  const std::size_t drawn = chart.strips.size(), count = all.size();
   const std::string note =
       drawn < count ? TextOf(ReportText::kFirstCharts, {std::to_string(drawn), std::to_string(count)}) : "";
   report.AddControlChart(std::move(chart), note);
 }
 
+void PutFacts(const SeriesFacts& facts, RowWriter& rows) {
+  rows.Text(facts.standard);
+  rows.Text(facts.VersionsText());
+  rows.Text(facts.geometry);
+  rows.Text(facts.illuminant);
+  rows.Integer(facts.observer);
+  rows.Text(facts.system);
+}
+
 void RunTrend(const ChartOptions& options) {
   ResultReport report(options.report, ReportText::kControlCharts);
-  const SeriesOfJob all = SeriesOf(options, report);
+  const std::vector<Series> all = SeriesOf(options, report);
   DrawSeries(all, report);
   OutputStream output;
   const auto rows = report.Rows(options.format, output,
                                 {{"standard"},
+                                 {"versions"},
                                  {.name = "geometry", .room = Room::kSpare},
                                  {"illuminant"},
+                                 {"observer"},
+                                 {.name = "system", .room = Room::kSpare},
                                  {"number"},
                                  {.name = "taken", .room = Room::kSpare},
                                  {"trial"},
@@ -209,13 +221,11 @@ void RunTrend(const ChartOptions& options) {
                                  {.name = "rules", .room = Room::kWhole},
                                  {"T2"},
                                  {"T2 limit"}});
-  for (const auto& [key, series] : all.All()) {
+  for (const Series& series : all) {
     const store::IndividualsChart chart = store::MakeIndividualsChart(series.values);
     const store::HotellingChart hotelling = store::MakeHotellingChart(series.lab);
     for (std::size_t i = 0; i < series.values.size(); ++i) {
-      rows->Text(series.standard);
-      rows->Text(series.geometry);
-      rows->Text(series.illuminant);
+      PutFacts(series.facts, *rows);
       rows->Integer(series.points[i].number);
       rows->Text(series.points[i].taken);
       rows->Text(series.points[i].trial);
@@ -243,12 +253,14 @@ double Shown(double value) {
 
 void RunStatistics(const ChartOptions& options) {
   ResultReport report(options.report, ReportText::kStatistics);
-  const SeriesOfJob all = SeriesOf(options, report);
+  const std::vector<Series> all = SeriesOf(options, report);
   OutputStream output;
   const auto rows = report.Rows(options.format, output,
                                 {{"standard"},
+                                 {"versions"},
                                  {.name = "geometry", .room = Room::kSpare},
                                  {"illuminant"},
+                                 {"observer"},
                                  {.name = "system", .room = Room::kSpare},
                                  {"element"},
                                  {"trials"},
@@ -262,15 +274,12 @@ void RunStatistics(const ChartOptions& options) {
                                  {"Cpk"},
                                  {"signals"},
                                  {"T2 beyond"}});
-  for (const auto& [key, series] : all.All()) {
+  for (const Series& series : all) {
     const store::IndividualsChart chart = store::MakeIndividualsChart(series.values);
     const store::HotellingChart hotelling = store::MakeHotellingChart(series.lab);
     const store::Capability capability = store::CapabilityOf(series.values, series.lower, series.upper);
     const bool isChart = series.values.size() > 1;
-    rows->Text(series.standard);
-    rows->Text(series.geometry);
-    rows->Text(series.illuminant);
-    rows->Text(series.system);
+    PutFacts(series.facts, *rows);
     rows->Text(series.element);
     rows->Integer(static_cast<int64_t>(series.values.size()));
     rows->Integer(series.accepted);

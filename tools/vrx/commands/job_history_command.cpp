@@ -41,6 +41,7 @@ void RunHistory(const HistoryOptions& options) {
                                  {"trial"},
                                  {.name = "geometry", .room = Room::kSpare},
                                  {"illuminant"},
+                                 {.name = "observer", .room = Room::kSpare},
                                  {.name = "system", .room = Room::kSpare},
                                  {.name = "dL", .room = Room::kSpare},
                                  {.name = "da", .room = Room::kSpare},
@@ -62,6 +63,7 @@ void RunHistory(const HistoryOptions& options) {
       rows->Text(trial.name);
       rows->Text(GeometryName(trial.geometry));
       rows->Text(CodeOf(trial.conditions.illuminants[i]));
+      rows->Integer(DegreesOf(trial.conditions.observer));
       rows->Text(ShortNameOf(trial.conditions.difference.system));
       for (std::size_t k = 0; k < 3; ++k) rows->Number(under.labDifference[k]);
       rows->Number(under.difference.back());

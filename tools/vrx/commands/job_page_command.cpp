@@ -17,6 +17,7 @@
 #include "tools/vrx/commands/job_commands.h"
 #include "tools/vrx/job/job_options.h"
 #include "tools/vrx/judging/verdict_texts.h"
+#include "tools/vrx/report/job_series.h"
 #include "tools/vrx/report/report_page.h"
 
 namespace vrx::tool {
@@ -136,22 +137,31 @@ class JobPages {
     table.EndRow();
   }
 
-  // Totals in the order of time, one strip for each illuminant of the last trial.
-  static Chart TrendOf(const std::deque<store::StoredTrial>& trials) {
-    TrendChart chart{Text(ReportText::kTrend), {}};
-    for (const vrxIlluminant illuminant : trials.back().conditions.illuminants) {
-      pictures::TrendData& strip = chart.strips.emplace_back();
-      strip.heading = ForPicture(CodeOf(illuminant));
-      strip.orderHeading = ForPicture(Text(ReportText::kOrderAxis));
-      pictures::TotalsSeries series{ForPicture(CodeOf(illuminant)), {}};
-      for (const store::StoredTrial& trial : trials) {
-        const auto& all = trial.conditions.illuminants;
-        const auto at = static_cast<std::size_t>(std::ranges::find(all, illuminant) - all.begin());
-        if (at < all.size()) series.totals.push_back(TotalOf(trial, at));
+  // Totals in the order of time, a strip for each series; those that began last where there are many.
+  static void AddTrend(const std::deque<store::StoredTrial>& trials, ReportPage& page) {
+    SeriesList list;
+    std::vector<pictures::TotalsSeries> totals;
+    for (const store::StoredTrial& trial : trials) {
+      for (std::size_t i = 0; i < trial.conditions.illuminants.size(); ++i) {
+        const std::size_t number = list.NumberOf(trial, i);
+        if (number == totals.size()) totals.emplace_back();
+        totals[number].totals.push_back(TotalOf(trial, i));
       }
-      strip.series.push_back(std::move(series));
     }
-    return MakeChart(chart);
+    const std::vector<std::string> headings = list.Headings(std::vector<std::string>(totals.size()));
+    const std::size_t drawn = std::min(totals.size(), kDrawnSeries);
+    TrendChart chart{Text(ReportText::kTrend), {}};
+    for (std::size_t number = totals.size() - drawn; number < totals.size(); ++number) {
+      pictures::TrendData& strip = chart.strips.emplace_back();
+      strip.heading = ForPicture(headings[number]);
+      strip.orderHeading = ForPicture(Text(ReportText::kOrderAxis));
+      totals[number].name = strip.heading;
+      strip.series.push_back(std::move(totals[number]));
+    }
+    if (drawn < totals.size())
+      page.AddParagraph(
+          TextOf(ReportText::kLastCharts, {std::to_string(drawn), std::to_string(totals.size())}));
+    page.AddChart(MakeChart(chart));
   }
 
   static pictures::GradedTotal TotalOf(const store::StoredTrial& trial, std::size_t i) {
@@ -168,7 +178,7 @@ class JobPages {
     const LastTrials last = TrialsOf(entry.name);
     page.BeginSection("results", Text(ReportText::kTrialsFile));
     if (!last.Trials().empty()) {
-      page.AddChart(TrendOf(last.Trials()));
+      AddTrend(last.Trials(), page);
       page.AddTable(TableOf(last.Trials(), false), Text(ReportText::kTrialsFile));
     }
     page.EndSection();

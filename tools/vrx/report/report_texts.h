@@ -153,6 +153,8 @@ enum class ReportText : uint32_t {
   kFirstCharts,
   kControlCharts,
   kControlHint,
+  kVersion,
+  kLastCharts,
 };
 
 /// The text as UTF-8.
