@@ -191,6 +191,9 @@ TEST_F(Job, AnUnknownStandardIsNoEmptyAnswer) {
   for (const char* command : {"history", "rejudge", "trend", "statistics"})
     ExpectRefused({{std::string("job ") + command + " gray --job j",
                     "there is no standard \"gray\"; did you mean grey?"}});
+  for (const char* command :
+       {"job show gray", "job remove gray", "job rename gray x", "judge t.csv --standard-id gray"})
+    ExpectRefused({{std::string(command) + " --job j", "there is no standard \"gray\"; did you mean grey?"}});
   // One that was taken out of use, and one without trials, are known.
   Good("job remove grey --job j --with-trials");
   EXPECT_EQ(Column("job history grey --job j", "trial").size(), 6U);

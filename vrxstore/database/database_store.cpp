@@ -8,6 +8,7 @@
 #include <vrxstore/database/parts.h>
 #include <vrxstore/records/stored_form.h>
 #include <vrxstore/records/trail.h>
+#include <vrxstore/standard_names.h>
 #include <vrxmath/foundation/numbers.h>
 
 namespace vrx::store {
@@ -116,8 +117,8 @@ class DatabaseStore final : public Store {
   [[noreturn]] void Refuse(const std::string& reason) const {
     throw StoreError(database_->Name() + ": " + reason);
   }
-  [[noreturn]] void RefuseUnknown(const std::string& standard) const {
-    Refuse("there is no standard \"" + standard + "\"");
+  [[noreturn]] void RefuseUnknown(const std::string& standard) {
+    Refuse(UnknownStandardText(*this, standard));
   }
   std::optional<std::int64_t> NumberOfStandard(const std::string& name);
   std::map<std::int64_t, std::vector<std::int32_t>> GeometriesOfVersions();

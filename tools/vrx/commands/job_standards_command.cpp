@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <vrxstore/records/stored_form.h>
+#include <vrxstore/standard_names.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
@@ -129,7 +130,8 @@ std::string LimitsText(const JudgeLimits& limits) {
 void RunShow(const StandardOptions& options) {
   const auto job = OpenJob(options.job);
   const std::optional<store::Standard> standard = job->FindStandard(options.name);
-  if (!standard) throw InputError(options.job.Shown() + ": there is no standard \"" + options.name + "\"");
+  if (!standard)
+    throw InputError(options.job.Shown() + ": " + store::UnknownStandardText(*job, options.name));
   OutputStream output;
   PropertyRows rows(options.format, output);
   rows.Add("standard", standard->name);

@@ -1,9 +1,7 @@
 #include "tools/vrx/job/job_filter.h"
 
-#include <algorithm>
-#include <vector>
-
 #include <vrxio/measurement/names.h>
+#include <vrxstore/standard_names.h>
 
 #include "tools/vrx/base/command.h"
 
@@ -12,12 +10,10 @@ namespace {
 
 // One that was taken out of use is known by its trials.
 void RequireStandard(store::Store& store, const std::string& shown, const std::string& standard) {
-  std::vector<std::string> names;
-  for (const store::StandardEntry& entry : store.Standards()) names.push_back(entry.name);
-  if (std::ranges::find(names, standard) != names.end()) return;
+  if (store.FindStandard(standard)) return;
   store::StoredTrial trial;
   if (store.Trials({.standard = standard})->Next(trial)) return;
-  throw InputError(shown + ": there is no standard \"" + standard + "\"" + DidYouMean(standard, names));
+  throw InputError(shown + ": " + store::UnknownStandardText(store, standard));
 }
 
 }  // namespace

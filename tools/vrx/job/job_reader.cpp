@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <vrxstore/records/stored_form.h>
+#include <vrxstore/standard_names.h>
 
 #include "tools/vrx/base/command.h"
 
@@ -49,7 +50,7 @@ class StandardsOfJob final : public JobReader {
       : JobReader(file), haveGeometries_(store.HaveGeometries()), cursor_(store.StandardCurves(standard)) {
     if (!cursor_->Next(row_)) {
       throw InputError(file + (standard.empty() ? ": the job has no standards"
-                                                : ": there is no standard \"" + standard + "\""));
+                                                : ": " + store::UnknownStandardText(store, standard)));
     }
     LayoutOf(row_.curve.measuring);
     Rewind();

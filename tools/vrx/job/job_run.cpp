@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <vrxstore/records/stored_form.h>
+#include <vrxstore/standard_names.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
@@ -27,7 +28,7 @@ std::vector<store::StandardEntry> EntriesOf(store::Store& store, const std::stri
   if (!standard.empty()) std::erase_if(entries, [&](const auto& entry) { return entry.name != standard; });
   if (!entries.empty()) return entries;
   throw InputError(file + (standard.empty() ? ": the job has no standards"
-                                            : ": there is no standard \"" + standard + "\""));
+                                            : ": " + store::UnknownStandardText(store, standard)));
 }
 
 // The conditions that all standards share; those of no options where they have none.
