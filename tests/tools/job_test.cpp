@@ -185,6 +185,54 @@ TEST_F(Job, ANewVersionKeepsWhatIsNotGiven) {
     ExpectRefused({{command + std::string(" --job j --illuminants D65"), "inconstancy, which needs two"}});
 }
 
+// Of a master that was measured under fewer geometries the others were in use, and their trials would lose their standard.
+TEST_F(Job, FewerGeometriesAreAQuestion) {
+  const auto file = [this](const char* name, const std::vector<std::string>& geometries,
+                           const std::string& level) {
+    std::string rows = Header("id,geometry");
+    for (const std::string& geometry : geometries) rows += Flat("m," + geometry + "deg", level);
+    folder_.Write(name, rows);
+  };
+  file("all.csv", {"15", "45", "110"}, "30");
+  file("turned.csv", {"110", "15", "45"}, "30");
+  file("one.csv", {"45"}, "30");
+  file("anew.csv", {"45"}, "31");
+  file("more.csv", {"45", "75"}, "32");
+  folder_.Write("none.csv", Header() + Flat("m", "30"));
+  const auto added = [this](const std::string& arguments) {
+    return Run("job add-standard " + arguments + " --job j").err;
+  };
+  const auto geometries = [this] {
+    const std::string shown = Good("job show m --job j --format csv");
+    std::string names;
+    for (const std::string name : {"15", "45", "75", "110"})
+      if (shown.find("\"curve, " + name + "\u00B0\"") != std::string::npos) names += name + " ";
+    return names;
+  };
+  Good("job add-standard all.csv --job j");
+  EXPECT_NE(added("turned.csv").find("1 unchanged"), std::string::npos);
+  const std::string kAsked =
+      "standard \"m\" has curves of 15\u00B0, 110\u00B0 in version 1, which the new one does not have: "
+      "--missing-geometries keep";
+  for (const char* name : {"one.csv", "anew.csv", "more.csv"})
+    ExpectRefused({{"job add-standard " + std::string(name) + " --job j", kAsked}});
+  ExpectRefused(
+      {{"job add-standard none.csv --job j", "has curves of 15\u00B0, 45\u00B0, 110\u00B0 in version 1"},
+       {"job add-standard one.csv --job j --missing-geometries x", "must be keep or drop"}});
+  EXPECT_EQ(Fact("rows of the trail"), "2");
+  EXPECT_NE(added("one.csv --missing-geometries keep").find("1 unchanged"), std::string::npos);
+  const std::string kept = added("more.csv --missing-geometries keep");
+  EXPECT_NE(kept.find("m: curves of 15\u00B0, 110\u00B0 of version 1 are kept"), std::string::npos) << kept;
+  EXPECT_EQ(geometries(), "15 45 75 110 ");
+  Good("job add-standard anew.csv --job j --missing-geometries drop");
+  EXPECT_EQ(geometries(), "45 ");
+  // A curve whose geometry nobody had said may be given one.
+  Good("job add-standard s.csv --job j");
+  folder_.Write("grey.csv", Header("id,geometry") + Flat("grey,45", "40"));
+  Good("job add-standard grey.csv --job j");
+  ExpectVerified();
+}
+
 TEST_F(Job, AnUnknownStandardIsNoEmptyAnswer) {
   AddStandards();
   Good("judge --job j t.csv --standard-id grey");

@@ -26,7 +26,7 @@ namespace {
 struct StandardOptions {
   JobOptions job;
   std::vector<std::string> files;
-  std::string name, newName;
+  std::string name, newName, missing;
   bool withTrials = false;
   CurveInputOptions input;
   JudgingOptions judging;
@@ -66,7 +66,7 @@ void RunAdd(const StandardOptions& options, const Command& command) {
   StandardsOfFiles files;
   for (const std::string& file : options.files) files.Read(file, options.input);
   const auto job = OpenJob(options.job);
-  AddedSettings settings(*job, options.job.Shown(), options.judging, command);
+  AddedSettings settings(*job, options.job.Shown(), options.judging, options.missing, command);
   for (store::Standard& standard : files.All()) settings.Give(standard);
   const store::AddedStandards added = job->AddStandards(files.All(), options.job.Author());
   settings.SayWhatWasKept();
@@ -164,6 +164,11 @@ void AddAdding(Command& job) {
   command.AddOption("FILES", options->files, "Curves of the standards; each id becomes one")
       .ReadsFile()
       .Required();
+  command
+      .AddOption("--missing-geometries", options->missing,
+                 "What becomes of curves that a standard has already and the files do not, those of other "
+                 "geometries: kept in its new version, or dropped from it")
+      .Shows("keep|drop");
   AddJudgingOptions(command, options->judging, "D65,A,CWF");
   AddCurveInputOptions(command, options->input);
   AddJobChangeOptions(command, options->job);
@@ -175,7 +180,8 @@ void AddAdding(Command& job) {
       "Conditions and limits that are given are kept with the standards, and vrx judge --job judges by "
       "them.\n"
       "A standard that is there already and has changed gets a new version, which keeps the conditions and\n"
-      "limits that are not given; earlier verdicts keep theirs.\n\n"
+      "limits that are not given; earlier verdicts keep theirs. One that comes with fewer geometries is a\n"
+      "question.\n\n"
       "Example:\n"
       "  vrx job add-standard master.csv --job plant.vrxjob --system cie2000 --tolerance 0.8 --illuminants "
       "D65,T84\n");

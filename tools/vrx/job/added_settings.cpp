@@ -1,6 +1,7 @@
 #include "tools/vrx/job/added_settings.h"
 
 #include <algorithm>
+#include <iterator>
 #include <span>
 
 #include <vrxio/csv/tolerance_table.h>
@@ -49,14 +50,17 @@ void AddLimitsOf(const JudgeSettings& settings, store::Standard& standard) {
 }  // namespace
 
 AddedSettings::AddedSettings(store::Store& job, std::string shown, const JudgingOptions& options,
-                             const Command& command)
+                             const std::string& missing, const Command& command)
     : job_(job),
       shown_(std::move(shown)),
       options_(options),
+      missing_(missing),
       command_(command),
       givesConditions_(IsAnyGiven(command, kConditionOptions)),
       givesLimits_(IsAnyGiven(command, kLimitsOfAll) || IsAnyGiven(command, kLimitFiles)),
       limitsAll_(IsAnyGiven(command, kLimitsOfAll)) {
+  if (!missing.empty() && missing != "keep" && missing != "drop")
+    throw InputError("--missing-geometries: must be keep or drop");
   for (const store::StandardEntry& entry : job.Standards()) existing_.insert(entry.name);
 }
 
@@ -82,6 +86,36 @@ bool AddedSettings::GivesLimitsTo(const JudgeSettings& settings, const std::stri
   return limitsAll_ || (givesLimits_ && (hasRows(settings.boxes) || hasRows(settings.ellipses)));
 }
 
+// A file that was measured under some of the geometries alone would take the others from the trials, and one that is put together
+// from two measurements may be of two panels: which of them is meant, only the user knows. The order of the version before stays, so
+// that the same rows in another order are no new version.
+void AddedSettings::GiveCurves(const store::Standard& before, store::Standard& standard) {
+  std::vector<store::MeasuredCurve> curves;
+  std::vector<std::string> names;
+  const bool hasOne = before.curves.size() == 1;
+  for (const store::MeasuredCurve& old : before.curves) {
+    const auto given = std::ranges::find(standard.curves, old.geometry, &store::MeasuredCurve::geometry);
+    if (given != standard.curves.end()) {
+      curves.push_back(std::move(*given));
+      standard.curves.erase(given);
+    } else if (!(hasOne && old.geometry == kNoGeometry)) {  // which is named now
+      if (missing_ == "keep") curves.push_back(old);
+      names.push_back(old.geometry == kNoGeometry ? "no geometry" : GeometryName(old.geometry));
+    }
+  }
+  const std::string version = "version " + std::to_string(before.version);
+  if (!names.empty() && missing_.empty()) {
+    throw InputError(shown_ + ": standard \"" + standard.name + "\" has curves of " + Listed(names) + " in " +
+                     version +
+                     ", which the new one does not have: --missing-geometries keep takes them from " +
+                     version + ", --missing-geometries drop leaves them out");
+  }
+  if (!names.empty() && missing_ == "keep")
+    kept_["curves of " + Listed(names) + " of " + version].push_back(standard.name);
+  std::ranges::move(standard.curves, std::back_inserter(curves));
+  standard.curves = std::move(curves);
+}
+
 void AddedSettings::KeepLimits(const store::Standard& before, store::Standard& standard) const {
   if (before.conditions && standard.conditions)
     RequireSystemOfLimits(before.name, before.conditions->difference, standard.conditions->difference);
@@ -91,6 +125,7 @@ void AddedSettings::KeepLimits(const store::Standard& before, store::Standard& s
 void AddedSettings::Give(store::Standard& standard) {
   std::optional<store::Standard> before;
   if (existing_.contains(standard.name)) before = job_.FindStandard(standard.name);
+  if (before) GiveCurves(*before, standard);
   const std::optional<JudgeConditions> own = before ? before->conditions : std::nullopt;
   const bool hasLimits = before && !before->limits.empty();
   if (!givesConditions_ && !givesLimits_) {
