@@ -82,7 +82,8 @@ class Store {
                                                       std::int32_t geometry = io::kNoGeometry) = 0;
   /// Whether any curve of a standard has a geometry.
   virtual bool HaveGeometries() = 0;
-  /// Adds standards; one whose name is there and whose content is another becomes its next version.
+  /// Adds standards; one whose name is there and whose content is another becomes its next version. Throws StoreError where a version
+  /// that one of them `follows` is no longer the current one, and adds none.
   virtual AddedStandards AddStandards(std::span<const Standard> standards, const Author& author) = 0;
   /// Takes a standard out of use; its versions stay where trials refer to them, for which `evenWithTrials` must be set. Throws
   /// StoreError otherwise, and for one that is not there.

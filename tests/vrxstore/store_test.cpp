@@ -9,6 +9,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <limits>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -199,6 +200,28 @@ TEST_P(AnyStoreTest, StandardsHaveVersions) {
   again.name = "renamed";
   EXPECT_EQ(store->AddStandards({&again, 1}, {}).changed, 1);
   EXPECT_EQ(store->FindStandard("renamed")->version, 3);
+}
+
+// What was made from a version that is no longer the current one would undo the change that came between.
+TEST_P(AnyStoreTest, AStandardFollowsTheVersionItWasMadeFrom) {
+  const auto store = Made();
+  const auto add = [&](double level, std::optional<int32_t> follows) {
+    Standard standard = StandardOf("s", level), other = StandardOf("before " + std::to_string(level), 5);
+    standard.follows = follows;
+    const std::array both{other, standard};
+    return Refusal([&] { store->AddStandards(both, {}); });
+  };
+  const std::string kAdded = "nothing was refused", kChanged = "was changed by another process meanwhile";
+  EXPECT_NE(add(20, 1).find(kChanged), std::string::npos) << "it was removed";
+  EXPECT_EQ(add(20, 0), kAdded);
+  EXPECT_NE(add(21, 0).find(kChanged), std::string::npos) << "another process added it";
+  EXPECT_EQ(add(21, 1), kAdded);
+  EXPECT_NE(add(22, 1).find(kChanged), std::string::npos);
+  EXPECT_EQ(add(22, std::nullopt), kAdded);
+  store->RemoveStandard("s", true, {});
+  EXPECT_EQ(add(23, 0), kAdded);
+  EXPECT_EQ(store->FindStandard("s")->version, 4);
+  EXPECT_EQ(store->Standards().size(), 5U) << "of what was refused nothing was added";
 }
 
 // The curves that a geometry asks for are those that the library's filter texts select, and those of none.

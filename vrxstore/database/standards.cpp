@@ -41,7 +41,9 @@ class StandardWriter {
     if (standard.curves.empty())
       throw StoreError(database_.Name() + ": standard \"" + standard.name + "\" has no curve");
     const std::string digest = DigestOf(standard);
-    if (!find_.Bind(standard.name).Step()) {
+    const bool isThere = find_.Bind(standard.name).Step();
+    RequireFollowed(standard, isThere && find_.Integer(2) == 0 ? find_.Small(1) : 0);
+    if (!isThere) {
       standard_.Bind(nextStandard_, standard.name).Run();
       AddVersion(standard, nextStandard_++, 1, digest);
       AppendTrail(database_, author_, "add standard", standard.name, digest);
@@ -64,6 +66,14 @@ class StandardWriter {
   }
 
  private:
+  // Limits and curves that were taken from a version would undo a change that another process made since.
+  void RequireFollowed(const Standard& standard, std::int32_t current) {
+    if (!standard.follows || *standard.follows == current) return;
+    find_.Reset();
+    throw StoreError(database_.Name() + ": standard \"" + standard.name +
+                     "\" was changed by another process meanwhile; nothing was added, repeat the command");
+  }
+
   void AddVersion(const Standard& standard, std::int64_t number, std::int32_t version,
                   const std::string& digest) {
     const std::int64_t row = nextVersion_++;

@@ -62,6 +62,9 @@ struct Standard {
   std::vector<MeasuredCurve> curves;          ///< one a geometry
   std::optional<JudgeConditions> conditions;  ///< its own; none where those of the run hold
   std::vector<StandardLimits> limits;
+  /// Of one on its way into a job that was made from what the job had: the version that must still be the current one, 0 for a standard
+  /// that was not there. Unset where it stands for itself.
+  std::optional<std::int32_t> follows = {};
 };
 
 /// A standard in a list.

@@ -125,6 +125,7 @@ void AddedSettings::KeepLimits(const store::Standard& before, store::Standard& s
 void AddedSettings::Give(store::Standard& standard) {
   std::optional<store::Standard> before;
   if (existing_.contains(standard.name)) before = job_.FindStandard(standard.name);
+  standard.follows = before ? before->version : 0;
   if (before) GiveCurves(*before, standard);
   const std::optional<JudgeConditions> own = before ? before->conditions : std::nullopt;
   const bool hasLimits = before && !before->limits.empty();
