@@ -233,6 +233,22 @@ TEST_F(Job, FewerGeometriesAreAQuestion) {
   ExpectVerified();
 }
 
+// A rule that looks at what the limits that are kept do not limit would pass everything.
+TEST_F(Job, ARuleNeedsLimitsThatItLooksAt) {
+  const std::string kOwn = "job add-standard s.csv --system lab --illuminants D65 --job ";
+  Good(kOwn + "j --tolerance 2 --limits dL=1");
+  Good("job create total");
+  Good(kOwn + "total --tolerance 2");
+  for (const char* command : {"job add-standard s.csv", "judge t.csv --standard-id grey"}) {
+    const std::string with = std::string(command) + " --job ";
+    ExpectRefused({{with + "total --verdict box",
+                    "--verdict box: the limits of standard \"grey\" limit no component"}});
+    Good(with + "j --verdict box");
+  }
+  EXPECT_EQ(Column("judge t.csv --standard-id grey --job j --verdict box --again", "verdict"),
+            (std::vector<std::string>{"pass", "fail", "fail"}));
+}
+
 TEST_F(Job, AnUnknownStandardIsNoEmptyAnswer) {
   AddStandards();
   Good("judge --job j t.csv --standard-id grey");

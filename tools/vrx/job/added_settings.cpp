@@ -119,6 +119,7 @@ void AddedSettings::GiveCurves(const store::Standard& before, store::Standard& s
 void AddedSettings::KeepLimits(const store::Standard& before, store::Standard& standard) const {
   if (before.conditions && standard.conditions)
     RequireSystemOfLimits(before.name, before.conditions->difference, standard.conditions->difference);
+  if (standard.conditions) RequireLimitsOfRule(before, options_.verdict, standard.conditions->rule);
   standard.limits = before.limits;
 }
 

@@ -60,7 +60,7 @@ void SetConditions(const std::optional<JudgeConditions>& own, const JudgingOptio
 
 // The limits that the job has for the standards.
 void TakeLimits(store::Store& store, const std::vector<store::StandardEntry>& entries,
-                const std::string& file, JudgeSettings& settings) {
+                const std::string& file, const std::string& verdict, JudgeSettings& settings) {
   std::string boxed, rounded;
   for (const store::StandardEntry& entry : entries) {
     if (!entry.hasLimits) {
@@ -69,8 +69,9 @@ void TakeLimits(store::Store& store, const std::vector<store::StandardEntry>& en
     }
     if (entry.conditions)
       RequireSystemOfLimits(entry.name, entry.conditions->difference, settings.difference);
-    const std::vector<store::StandardLimits> rows = store.FindStandard(entry.name).value().limits;
-    for (const store::StandardLimits& row : rows) {
+    const store::Standard standard = store.FindStandard(entry.name).value();
+    RequireLimitsOfRule(standard, verdict, settings.rule);
+    for (const store::StandardLimits& row : standard.limits) {
       if (const auto* box = std::get_if<CBoxTolData>(&row.limits)) {
         settings.boxes.Add(entry.name, {row.geometry, row.illuminant, *box});
         boxed = entry.name;
@@ -115,6 +116,17 @@ void RequireSystemOfLimits(const std::string& standard, const CDifferenceSetting
       "; give limits, too, as with --tolerance");
 }
 
+void RequireLimitsOfRule(const store::Standard& standard, const std::string& verdict, VerdictRule rule) {
+  if (verdict.empty()) return;
+  const bool isHeld = std::ranges::none_of(
+      standard.limits, [rule](const store::StandardLimits& row) { return LimitsNothing(row.limits, rule); });
+  if (isHeld) return;
+  const bool isBox = rule == VerdictRule::kComponents;
+  throw InputError("--verdict " + WordOf(rule) + ": the limits of standard \"" + standard.name +
+                   "\" limit no " + (isBox ? "component" : "total") + "; give limits, too, as with " +
+                   (isBox ? "--limits" : "--tolerance"));
+}
+
 JudgeSettings SettingsOver(const std::optional<JudgeConditions>& own, const JudgingOptions& options,
                            const Command& command, bool keepsLimits) {
   JudgeSettings settings;
@@ -126,6 +138,7 @@ JudgeSettings SettingsOver(const std::optional<JudgeConditions>& own, const Judg
   else if (own && options.verdict.empty())
     given.verdict = WordOf(own->rule);
   AddLimits(given, settings);
+  if (!keepsLimits) RequireLimitsOfComponents(settings);
   if (settings.inconstancy && settings.illuminants.size() < 2)
     throw InputError("--illuminants: the standard limits colour inconstancy, which needs two or more");
   if (own && options.verdict.empty()) settings.rule = own->rule;
@@ -148,7 +161,7 @@ JudgeSettings SettingsOfJob(store::Store& store, const std::string& file, const 
   const bool takesLimits = !GivesLimits(options);
   const bool allHaveLimits = std::ranges::all_of(entries, &store::StandardEntry::hasLimits);
   JudgeSettings settings = SettingsOver(own, options, command, takesLimits && allHaveLimits);
-  if (takesLimits) TakeLimits(store, entries, file, settings);
+  if (takesLimits) TakeLimits(store, entries, file, options.verdict, settings);
   return settings;
 }
 

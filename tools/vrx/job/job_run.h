@@ -36,6 +36,10 @@ JudgeSettings SettingsOver(const std::optional<JudgeConditions>& own, const Judg
 void RequireSystemOfLimits(const std::string& standard, const CDifferenceSettings& own,
                            const CDifferenceSettings& asked);
 
+/// Throws InputError where the rule that --verdict names looks at nothing that the limits of a standard limit. `verdict`: what is
+/// given; nothing is asked where it is empty.
+void RequireLimitsOfRule(const store::Standard& standard, const std::string& verdict, VerdictRule rule);
+
 /// The settings by which trials of a job's standards are judged: the conditions and limits of the standards where the options name
 /// none. `standard`: the only one that takes part; empty for all of them. Throws InputError where standards that take part
 /// disagree, which only options can settle.

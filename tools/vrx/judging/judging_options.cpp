@@ -124,6 +124,13 @@ void LoadEllipses(const JudgingOptions& options, JudgeSettings& settings) {
 
 }  // namespace
 
+bool LimitsNothing(const JudgeLimits& limits, VerdictRule rule) {
+  const auto* box = std::get_if<CBoxTolData>(&limits);
+  if (rule == VerdictRule::kComponents) return box != nullptr && !LimitsComponents(*box);
+  if (std::holds_alternative<SystemEllipsoid>(limits) || std::isfinite(TotalLimitOf(limits))) return false;
+  return rule == VerdictRule::kTotal || (box != nullptr && !LimitsComponents(*box));
+}
+
 void RequireLimitsOfComponents(const JudgeSettings& settings) {
   if (settings.rule != VerdictRule::kComponents || settings.ByEllipse() || LimitsComponents(settings.box))
     return;
@@ -246,7 +253,6 @@ void AddLimits(const JudgingOptions& options, JudgeSettings& settings) {
   }
   if (options.ellipse) BuildEllipses(options, settings);
   if (!options.ellipses.empty()) LoadEllipses(options, settings);
-  RequireLimitsOfComponents(settings);
 }
 
 JudgeSettings SettingsUnder(const ViewingOptions& viewing, const SystemOptions& system) {
@@ -261,6 +267,7 @@ JudgeSettings SettingsUnder(const ViewingOptions& viewing, const SystemOptions& 
 JudgeSettings SettingsOf(const JudgingOptions& options) {
   JudgeSettings settings = SettingsUnder(options.viewing, options.system);
   AddLimits(options, settings);
+  RequireLimitsOfComponents(settings);
   return settings;
 }
 

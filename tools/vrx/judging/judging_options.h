@@ -47,6 +47,8 @@ void AddToleranceOptions(Command& owner, LimitOptions& options, const std::strin
 /// Gives the settings the limits, the rule and the warning of the options; where a least grade decides, differences have only
 /// the limits that are given. Throws InputError as BoxOf.
 void SetLimits(const LimitOptions& options, JudgeSettings& settings);
+/// Whether limits limit nothing of what a rule looks at, so that everything would pass.
+bool LimitsNothing(const JudgeLimits& limits, VerdictRule rule);
 /// Refuses a verdict on components that have no limits, which would pass everything. Throws InputError.
 void RequireLimitsOfComponents(const JudgeSettings& settings);
 
@@ -54,7 +56,7 @@ void RequireLimitsOfComponents(const JudgeSettings& settings);
 JudgeSettings SettingsUnder(const ViewingOptions& viewing, const SystemOptions& system);
 
 /// Gives the settings, whose conditions are set, the limits of the options and of their files. Throws InputError when they cannot be
-/// used.
+/// used; whether they limit what the rule looks at, the caller asks.
 void AddLimits(const JudgingOptions& options, JudgeSettings& settings);
 
 /// The settings that the options stand for, with the limits from files. Throws InputError when they cannot be used.
