@@ -249,6 +249,26 @@ TEST_F(Job, ARuleNeedsLimitsThatItLooksAt) {
             (std::vector<std::string>{"pass", "fail", "fail"}));
 }
 
+// Limits of a standard for angles or lights of which the lot had none decided nothing: a lot may have been measured at one of three.
+TEST_F(Job, LimitsThatServedNothingAreNamed) {
+  folder_.Write(
+      "m.csv", Header("id,geometry") + Flat("m,15deg", "30") + Flat("m,45deg", "30") + Flat("n,45deg", "30"));
+  folder_.Write("lot.csv", Header("id,geometry,standard") + Flat("a,45deg,m", "30.1"));
+  std::string limits = "standard,geometry,illuminant,plus0,minus0,plus1,minus1,plus2,minus2,total\n";
+  for (const char* row : {"m,15deg,", "m,45deg,", "m,45deg,A", "n,15deg,"})
+    limits += row + std::string(",1,1,1,1,1,1,1\n");
+  folder_.Write("limits.csv", limits);
+  Good("job add-standard m.csv --job j --system lab --illuminants D65 --tolerances limits.csv");
+  const Result judged = Run("judge lot.csv --job j");
+  EXPECT_NE(judged.err.find(
+                "j: warning: nothing was judged that these limits of the job are for: standard m, 15\u00B0; "
+                "standard m, 45\u00B0, A\n"),
+            std::string::npos)
+      << judged.err;
+  EXPECT_NE(Run("judge lot.csv --job j --tolerances limits.csv").err.find("3 of 4 rows"), std::string::npos);
+  EXPECT_EQ(Run("judge lot.csv --job j --tolerance 1").err.find("limits"), std::string::npos);
+}
+
 TEST_F(Job, AnUnknownStandardIsNoEmptyAnswer) {
   AddStandards();
   Good("judge --job j t.csv --standard-id grey");

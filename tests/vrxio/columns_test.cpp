@@ -116,6 +116,12 @@ TEST(LimitTable, RowsThatAreAddedReplaceTheirEqual) {
   EXPECT_EQ(rows.str(), "-1 -1 1, 12 0 4, ");
   EXPECT_EQ(table.RowsOf("").size(), 1U);
   EXPECT_TRUE(table.RowsOf("t").empty());
+  // They stand in no line, and several of them are told as several.
+  using Texts = std::vector<std::string>;
+  EXPECT_EQ(table.UnusedRows(), (Texts{"SCI, A", "standard s", "standard s, SCI, A"}));
+  EXPECT_EQ(table.UnusedRowsOfUsed(), Texts());
+  table.Find("s", 13, vrx::vrxIllumA);
+  EXPECT_EQ(table.UnusedRowsOfUsed(), Texts{"standard s, SCI, A"});
 }
 
 TEST(LimitTable, EachColumnIsItsLimit) {

@@ -206,24 +206,44 @@ std::size_t LimitTable<LIMITS>::Size() const {
   return size;
 }
 
+// "standard p02, SCI, D65": what a row is for; empty for the row for all.
+template <class LIMITS>
+std::string LimitTable<LIMITS>::ScopeText(const std::string& standard, const Key& key) {
+  std::string what = standard.empty() ? "" : "standard " + standard;
+  const auto add = [&what](const std::string& word) { what.append(what.empty() ? "" : ", ").append(word); };
+  if (key.first != kAll) add(GeometryName(key.first));
+  if (key.second != kAll) add(CodeOf(static_cast<vrxIlluminant>(key.second)));
+  return what;
+}
+
 template <class LIMITS>
 std::vector<std::string> LimitTable<LIMITS>::UnusedRows() const {
-  std::map<int64_t, std::string> unused;  // by line
+  std::multimap<int64_t, std::string> unused;  // by line, 0 for what stands in none
   for (const auto& [standard, entries] : rows_) {
     for (const auto& [key, entry] : entries) {
-      if (entry.mark.IsUsed()) continue;
-      std::string what = standard.empty() ? "" : "standard " + standard;
-      const auto add = [&what](const std::string& word) {
-        what.append(what.empty() ? "" : ", ").append(word);
-      };
-      if (key.first != kAll) add(GeometryName(key.first));
-      if (key.second != kAll) add(CodeOf(static_cast<vrxIlluminant>(key.second)));
-      if (!what.empty()) unused[entry.line] = "line " + std::to_string(entry.line) + " (" + what + ")";
+      const std::string what = ScopeText(standard, key);
+      if (entry.mark.IsUsed() || what.empty()) continue;
+      unused.emplace(entry.line,
+                     entry.line == 0 ? what : "line " + std::to_string(entry.line) + " (" + what + ")");
     }
   }
   std::vector<std::string> rows;
   rows.reserve(unused.size());
   for (auto& [line, text] : unused) rows.push_back(std::move(text));
+  return rows;
+}
+
+template <class LIMITS>
+std::vector<std::string> LimitTable<LIMITS>::UnusedRowsOfUsed() const {
+  std::vector<std::string> rows;
+  for (const auto& [standard, entries] : rows_) {
+    if (standard.empty() ||
+        std::ranges::none_of(entries, [](const auto& row) { return row.second.mark.IsUsed(); }))
+      continue;
+    for (const auto& [key, entry] : entries) {
+      if (!entry.mark.IsUsed() && key != Key(kAll, kAll)) rows.push_back(ScopeText(standard, key));
+    }
+  }
   return rows;
 }
 

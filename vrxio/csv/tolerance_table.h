@@ -82,9 +82,12 @@ class LimitTable {
 
   bool IsEmpty() const { return rows_.empty(); }
   std::size_t Size() const;
-  /// Rows that Find never gave, in the order of the file: "line 3 (standard p02)". The row for whatever has no limits of its
-  /// own is none of them.
+  /// Rows that Find never gave, in the order of the file: "line 3 (standard p02)", and those that were made elsewhere without a line:
+  /// "standard p02, SCI". The row for whatever has no limits of its own is none of them.
   std::vector<std::string> UnusedRows() const;
+  /// Those of them that belong to a standard of which another row was given: "standard p02, SCI". The row for whatever of this standard
+  /// has no other is none of them.
+  std::vector<std::string> UnusedRowsOfUsed() const;
 
  private:
   struct Entry {
@@ -94,6 +97,8 @@ class LimitTable {
   };
   // By standard ("" for all), then by geometry and illuminant (-1 for all).
   using Entries = std::map<std::pair<int32_t, int32_t>, Entry>;
+  using Key = std::pair<int32_t, int32_t>;
+  static std::string ScopeText(const std::string& standard, const Key& key);
   static const Entry* FindIn(const Entries& entries, int32_t geometry, int32_t illuminant);
 
   std::map<std::string, Entries, std::less<>> rows_;

@@ -197,7 +197,7 @@ ExitStatus RunJudge(JudgeOptions& options, const Command& command) {
   results ? results->Finish(summaries) : WriteSummaries(options.format, output, settings, summaries);
   output.Finish();
   comparison.WarnAboutInput();
-  if (!job) WarnAboutLimits(options.judging, settings);
+  WarnAboutLimits(options.judging, settings, job ? job->File() : "");
   options.judging.system.WarnAboutAngle(comparison.Trials().HasGeometries());
   const bool allPass = std::ranges::all_of(
       summaries, [](const JudgeSummary& summary) { return summary.verdicts[kPass] == summary.Samples(); });

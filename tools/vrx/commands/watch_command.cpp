@@ -88,6 +88,8 @@ void JudgeFile(const WatchOptions& options, const fs::path& file, const Command&
   constexpr std::size_t kChunk = 128;
   pipeline.Run(1, kChunk);
   job.Commit();
+  trials.WarnAboutInput();
+  WarnAboutLimits(judging, job.Settings(), job.File());
 }
 
 // A fault of the job ends the watch, and the file stays where it is; one of the file goes with it.

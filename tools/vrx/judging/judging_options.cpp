@@ -122,6 +122,25 @@ void LoadEllipses(const JudgingOptions& options, JudgeSettings& settings) {
   settings.ellipses.Load(csv, {settings.difference.system, settings.observer});
 }
 
+// The first rows of a list of them.
+std::string FirstOf(const std::vector<std::string>& rows, const char* separator) {
+  constexpr std::size_t kNamed = 3;
+  std::string text;
+  for (std::size_t i = 0; i < rows.size() && i < kNamed; ++i)
+    text.append(i > 0 ? separator : "").append(rows[i]);
+  return rows.size() > kNamed ? text + " ..." : text;
+}
+
+void WarnAboutLimitsOfJob(const std::string& job, const JudgeSettings& settings) {
+  std::vector<std::string> unused = settings.boxes.UnusedRowsOfUsed();
+  const std::vector<std::string> ellipses = settings.ellipses.UnusedRowsOfUsed();
+  unused.insert(unused.end(), ellipses.begin(), ellipses.end());
+  if (!unused.empty()) {
+    PrintMessage(
+        job + ": warning: nothing was judged that these limits of the job are for: " + FirstOf(unused, "; "));
+  }
+}
+
 }  // namespace
 
 bool LimitsNothing(const JudgeLimits& limits, VerdictRule rule) {
@@ -137,19 +156,17 @@ void RequireLimitsOfComponents(const JudgeSettings& settings) {
   throw InputError("--verdict box: no component has a limit; use --limits, or --tolerance with seven limits");
 }
 
-void WarnAboutLimits(const JudgingOptions& options, const JudgeSettings& settings) {
-  constexpr std::size_t kNamed = 3;
+void WarnAboutLimits(const JudgingOptions& options, const JudgeSettings& settings, const std::string& job) {
+  if (!job.empty() && options.tolerances.empty() && options.ellipses.empty())
+    return WarnAboutLimitsOfJob(job, settings);
   const bool areEllipses = !options.ellipses.empty();
   const std::vector<std::string> unused =
       areEllipses ? settings.ellipses.UnusedRows() : settings.boxes.UnusedRows();
   if (unused.empty()) return;
   const std::size_t all = areEllipses ? settings.ellipses.Size() : settings.boxes.Size();
-  std::string text = (areEllipses ? options.ellipses : options.tolerances) +
-                     ": warning: " + std::to_string(unused.size()) + " of " + std::to_string(all) +
-                     (all == 1 ? " row" : " rows") + " of limits served nothing that was judged: ";
-  for (std::size_t i = 0; i < unused.size() && i < kNamed; ++i)
-    text.append(i > 0 ? ", " : "").append(unused[i]);
-  PrintMessage(text + (unused.size() > kNamed ? " ..." : ""));
+  PrintMessage((areEllipses ? options.ellipses : options.tolerances) + ": warning: " +
+               std::to_string(unused.size()) + " of " + std::to_string(all) + (all == 1 ? " row" : " rows") +
+               " of limits served nothing that was judged: " + FirstOf(unused, ", "));
 }
 
 void AddToleranceOptions(Command& owner, LimitOptions& options, const std::string& usual) {

@@ -63,8 +63,10 @@ void AddLimits(const JudgingOptions& options, JudgeSettings& settings);
 JudgeSettings SettingsOf(const JudgingOptions& options);
 
 /// Says on standard error which rows of a file of limits no judgement of the run made use of: one for "p02" beside "P02"
-/// leaves that standard to looser limits.
-void WarnAboutLimits(const JudgingOptions& options, const JudgeSettings& settings);
+/// leaves that standard to looser limits. Where the limits are those of a `job`: which of the standards that were judged are for geometries
+/// and lights that were not.
+void WarnAboutLimits(const JudgingOptions& options, const JudgeSettings& settings,
+                     const std::string& job = {});
 
 }  // namespace vrx::tool
 
