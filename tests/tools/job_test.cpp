@@ -347,6 +347,25 @@ TEST_F(Job, PeopleDecide) {
   ExpectVerified();
 }
 
+// Times are compared as they are written out: what is none would be before or after all of them.
+TEST_F(Job, DatesAreWrittenOut) {
+  AddStandards();
+  Good("judge --job j t.csv --standard-id grey");
+  for (const char* date :
+       {"2026-1", "2026-13", "2026-11-5", "2026-11-32", "26-11-05", "5.11.2026", "yesterday",
+        "'2026-11-05 14:30'", "2026-11-05T24", "2026-11-05T14:3", "2026-11-05T14:30:00+01"}) {
+    for (const char* option : {"--since ", "--until "})
+      ExpectRefused({{"job history --job j " + std::string(option) + date, "must be a date such as 2026"}});
+  }
+  for (const char* date :
+       {"2000", "2000-02", "2000-02-29", "2000-02-29T09", "2000-02-29T09:59", "2000-02-29T09:59:59Z"})
+    EXPECT_EQ(Column(std::string("job history --job j --since ") + date, "trial").size(), 6U) << date;
+  ExpectRefused(
+      {{"job history --job j --since 2026-12 --until 2026-11-30", "2026-12 is after --until 2026-11-30"}});
+  Good("job history --job j --since 2026-11 --until 2026-11-01");
+  Good("job history --job j --since 2026-11-05 --until 2026-11");
+}
+
 // A mixture that was made again is a recipe of its own; what is there is not added twice, and one leaves by its number alone.
 TEST_F(Job, RecipesAreKeptByTheirContent) {
   const std::string paints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
