@@ -42,9 +42,11 @@ std::vector<Judgement> JudgeAgain(std::span<const StoredTrial> trials) {
   return judgements;
 }
 
-Judgement JudgeUnder(const StoredTrial& trial, std::span<const JudgeLimits> limits, double warningFactor) {
+Judgement JudgeUnder(const StoredTrial& trial, std::span<const JudgeLimits> limits, VerdictRule rule,
+                     double warningFactor) {
   StoredTrial other = trial;
   other.limits.assign(limits.begin(), limits.end());
+  other.conditions.rule = rule;
   other.conditions.warningFactor = warningFactor;
   return JudgeAgain({&other, 1}).front();
 }

@@ -14,8 +14,10 @@ namespace vrx::store {
 /// same ones together.
 std::vector<Judgement> JudgeAgain(std::span<const StoredTrial> trials);
 
-/// The same under other limits, one for each illuminant of a trial's conditions, and under another share of them for a warning.
-Judgement JudgeUnder(const StoredTrial& trial, std::span<const JudgeLimits> limits, double warningFactor);
+/// The same under other limits, one for each illuminant of a trial's conditions, by another rule, and under another share of the limits
+/// for a warning.
+Judgement JudgeUnder(const StoredTrial& trial, std::span<const JudgeLimits> limits, VerdictRule rule,
+                     double warningFactor);
 
 }  // namespace vrx::store
 

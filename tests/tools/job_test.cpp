@@ -272,7 +272,7 @@ TEST_F(Job, LimitsThatServedNothingAreNamed) {
 TEST_F(Job, AnUnknownStandardIsNoEmptyAnswer) {
   AddStandards();
   Good("judge --job j t.csv --standard-id grey");
-  for (const char* command : {"history", "rejudge", "trend", "statistics"})
+  for (const char* command : {"history", "rejudge --tolerance 1", "trend", "statistics"})
     ExpectRefused({{std::string("job ") + command + " gray --job j",
                     "there is no standard \"gray\"; did you mean grey?"}});
   for (const char* command :
@@ -345,6 +345,30 @@ TEST_F(Job, PeopleDecide) {
   Good("job remove white --job j");
   EXPECT_EQ(Column("job standards --job j", "standard"), (Texts{"other", "black"}));
   ExpectVerified();
+}
+
+// What is not named stays as the trial was judged; what nothing would limit is refused, since it passes everything.
+TEST_F(Job, OtherLimitsKeepWhatTheyDoNotName) {
+  Good("job add-standard s.csv --job j --system lab --tolerance 5 --limits dL=1.5 --illuminants D65");
+  Good("judge --job j t.csv --standard-id grey");  // dL of 0, 1.4 and 3.1
+  using Texts = std::vector<std::string>;
+  EXPECT_EQ(Column("job history --job j", "verdict"), (Texts{"pass", "warning", "fail"}));
+  const auto changed = [this](const std::string& options) {
+    return Column("job rejudge --job j " + options, "new");
+  };
+  EXPECT_EQ(changed("--verdict total"), (Texts{"pass", "pass"}));
+  EXPECT_EQ(changed("--verdict total --warning 0.5"), (Texts{"pass", "warning"}));
+  EXPECT_EQ(changed("--warning 1"), Texts{"pass"});
+  EXPECT_EQ(changed("--tolerance 1"), Texts{"fail"});
+  EXPECT_EQ(changed("--limits dL=3.5 --tolerance 9"), (Texts{"pass", "warning"}));
+  ExpectRefused({{"job rejudge --job j", "name other limits by --tolerance or --limits"},
+                 {"job rejudge --job j --verdict box --tolerance 1", "#1 would be judged by its components"},
+                 {"job rejudge --job j --warning 2", "--warning: must be"},
+                 {"job rejudge --job j --verdict none", "--verdict: must be"}});
+  Good("judge --job j t.csv --standard-id grey --verdict box --again");
+  ExpectRefused(
+      {{"job rejudge --job j --tolerance 1", "#4 was judged by its components, which nothing limits"}});
+  EXPECT_EQ(changed("--tolerance 1 --verdict worse").size(), 2U);
 }
 
 // Times are compared as they are written out: what is none would be before or after all of them.

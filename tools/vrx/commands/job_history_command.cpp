@@ -1,5 +1,6 @@
 // vrx job history, rejudge: what became of the trials of a job, and what other limits would make of them.
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -86,8 +87,52 @@ struct RejudgeOptions : JobFilterOptions {
   LimitOptions limits;
 };
 
+// A trial as other options judge it, which keep what they do not name.
+class OtherJudge {
+ public:
+  OtherJudge(const LimitOptions& options, const Command& command)
+      : options_(options),
+        givesLimits_(!options.tolerance.empty() || !options.limits.empty()),
+        givesWarning_(command.IsGiven("--warning")) {
+    if (!givesLimits_ && !givesWarning_ && options.verdict.empty())
+      throw InputError(
+          "name other limits by --tolerance or --limits, or what else is to change by --verdict or "
+          "--warning");
+    if (!(options.warning >= 0 && options.warning <= 1))
+      throw InputError("--warning: must be a factor from 0 to 1");
+  }
+
+  Verdict Judge(const store::StoredTrial& trial) const {
+    const JudgeConditions& conditions = trial.conditions;
+    std::vector<JudgeLimits> limits = trial.limits;
+    if (givesLimits_) std::ranges::fill(limits, BoxOf(options_, conditions.difference.system));
+    const VerdictRule rule = options_.verdict.empty() ? conditions.rule : RuleOf(options_.verdict);
+    RequireLimits(trial, limits, rule);
+    const double warning = givesWarning_ ? options_.warning : conditions.warningFactor;
+    return store::JudgeUnder(trial, limits, rule, warning).Worst();
+  }
+
+ private:
+  // What a rule looks at and nothing limits passes, whatever the trial.
+  void RequireLimits(const store::StoredTrial& trial, const std::vector<JudgeLimits>& limits,
+                     VerdictRule rule) const {
+    const auto isNothing = [rule](const JudgeLimits& limit) { return LimitsNothing(limit, rule); };
+    const bool hasOthers = trial.conditions.grade || trial.conditions.inconstancy;
+    if (rule == VerdictRule::kWorse || hasOthers || std::ranges::none_of(limits, isNothing)) return;
+    const bool isBox = rule == VerdictRule::kComponents;
+    throw InputError("trial #" + std::to_string(trial.number) +
+                     (options_.verdict.empty() ? " was" : " would be") + " judged by its " +
+                     (isBox ? "components" : "total") + ", which nothing limits: give limits by " +
+                     (isBox ? "--limits" : "--tolerance") + ", or another --verdict");
+  }
+
+  const LimitOptions& options_;
+  bool givesLimits_, givesWarning_;
+};
+
 // The verdicts that other limits would have given, of those trials whose verdict they change.
 void RunRejudge(const RejudgeOptions& options, const Command& command) {
+  const OtherJudge other(options.limits, command);
   const auto job = OpenJob(options.job);
   const auto cursor = job->Trials(options.Filter(*job));
   OutputStream output;
@@ -101,12 +146,8 @@ void RunRejudge(const RejudgeOptions& options, const Command& command) {
                                    {"decision"}});
   int64_t all = 0, changed = 0;
   for (store::StoredTrial trial; cursor->Next(trial); ++all) {
-    const std::vector<JudgeLimits> limits(trial.limits.size(),
-                                          BoxOf(options.limits, trial.conditions.difference.system));
-    const double warning =
-        command.IsGiven("--warning") ? options.limits.warning : trial.conditions.warningFactor;
     const Verdict before = trial.judgement.Worst();
-    const Verdict after = store::JudgeUnder(trial, limits, warning).Worst();
+    const Verdict after = other.Judge(trial);
     if (before == after) continue;
     ++changed;
     rows->Integer(trial.number);
@@ -139,7 +180,8 @@ void AddJobRejudge(Command& job) {
   Command rejudge =
       job.AddCommand("rejudge", "Show which verdicts other limits would change; changes nothing");
   AddJobFilterOptions(rejudge, *options);
-  AddToleranceOptions(rejudge, options->limits, kUsualTolerance);
+  AddToleranceOptions(rejudge, options->limits, "those that judged", "the one that judged",
+                      "the one that judged");
   rejudge.SetAction([options, rejudge] {
     RunRejudge(*options, rejudge);
     return kExitPass;

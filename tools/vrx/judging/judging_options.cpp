@@ -102,13 +102,6 @@ void SetComponent(const std::string& limit, int32_t system, CBoxTolData& box) {
   box.SetTolerance(static_cast<int32_t>(name - names.begin()), bounds.back(), isOne ? bounds[0] : -bounds[0]);
 }
 
-VerdictRule RuleOf(const std::string& verdict) {
-  if (verdict.empty() || verdict == "worse" || verdict == "both") return VerdictRule::kWorse;
-  if (verdict == "total") return VerdictRule::kTotal;
-  if (verdict == "box") return VerdictRule::kComponents;
-  throw InputError("--verdict: must be total, box, both or worse");
-}
-
 bool LimitsComponents(const CBoxTolData& box) {
   return std::any_of(box.begin(), box.begin() + CBoxTolData::kTotal,
                      [](double limit) { return std::isfinite(limit); });
@@ -143,6 +136,13 @@ void WarnAboutLimitsOfJob(const std::string& job, const JudgeSettings& settings)
 
 }  // namespace
 
+VerdictRule RuleOf(const std::string& verdict) {
+  if (verdict.empty() || verdict == "worse" || verdict == "both") return VerdictRule::kWorse;
+  if (verdict == "total") return VerdictRule::kTotal;
+  if (verdict == "box") return VerdictRule::kComponents;
+  throw InputError("--verdict: must be total, box, both or worse");
+}
+
 bool LimitsNothing(const JudgeLimits& limits, VerdictRule rule) {
   const auto* box = std::get_if<CBoxTolData>(&limits);
   if (rule == VerdictRule::kComponents) return box != nullptr && !LimitsComponents(*box);
@@ -169,7 +169,8 @@ void WarnAboutLimits(const JudgingOptions& options, const JudgeSettings& setting
                " of limits served nothing that was judged: " + FirstOf(unused, ", "));
 }
 
-void AddToleranceOptions(Command& owner, LimitOptions& options, const std::string& usual) {
+void AddToleranceOptions(Command& owner, LimitOptions& options, const std::string& usual,
+                         const std::string& usualVerdict, const std::string& usualWarning) {
   Command command = owner.Group("Limits");
   command
       .AddOption("--tolerance", options.tolerance,
@@ -183,9 +184,9 @@ void AddToleranceOptions(Command& owner, LimitOptions& options, const std::strin
   command
       .AddOption("--verdict", options.verdict,
                  "What decides the verdict: the total, the box of components, or the worse of the two")
-      .Shows("total|box|both|worse [worse]");
+      .Shows("total|box|both|worse [" + usualVerdict + "]");
   command.AddOption("--warning", options.warning, "Fraction of a limit above which the verdict is a warning")
-      .Shows("FACTOR [0.75]");
+      .Shows("FACTOR [" + usualWarning + "]");
 }
 
 void AddJudgingOptions(Command& owner, JudgingOptions& options, const std::string& illuminants) {

@@ -42,11 +42,15 @@ void AddJudgingOptions(Command& owner, JudgingOptions& options, const std::strin
 CBoxTolData BoxOf(const LimitOptions& options, int32_t system);
 /// The limit of the total difference that holds where nobody gives one.
 inline const std::string kUsualTolerance = "1.5";
-/// Adds `--tolerance`, `--limits`, `--verdict` and `--warning`; `usual` is what holds without the first.
-void AddToleranceOptions(Command& owner, LimitOptions& options, const std::string& usual);
+/// Adds `--tolerance`, `--limits`, `--verdict` and `--warning`; what holds without the first, the third
+/// and the last.
+void AddToleranceOptions(Command& owner, LimitOptions& options, const std::string& usual,
+                         const std::string& usualVerdict = "worse", const std::string& usualWarning = "0.75");
 /// Gives the settings the limits, the rule and the warning of the options; where a least grade decides, differences have only
 /// the limits that are given. Throws InputError as BoxOf.
 void SetLimits(const LimitOptions& options, JudgeSettings& settings);
+/// The rule that --verdict names; the worse of both for an empty text. Throws InputError for another one.
+VerdictRule RuleOf(const std::string& verdict);
 /// Whether limits limit nothing of what a rule looks at, so that everything would pass.
 bool LimitsNothing(const JudgeLimits& limits, VerdictRule rule);
 /// Refuses a verdict on components that have no limits, which would pass everything. Throws InputError.
