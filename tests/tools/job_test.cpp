@@ -529,6 +529,17 @@ TEST_F(Job, AcceptedTrialsMakeATolerance) {
   Good("judge --job j trials.csv --standard-id grey");
   std::string fitted = Good("fit-tolerance --job j --standard-id grey --format csv");
   EXPECT_EQ(fitted, Good("fit-tolerance accepted.csv --system lab --illuminants D65,A --format csv"));
+  // They were accepted about one curve and are fitted about another.
+  const std::string kFit = "fit-tolerance --job j --standard-id ";
+  EXPECT_EQ(Run(kFit + "grey").err.find("earlier curve"), std::string::npos);
+  folder_.Write("anew.csv", Header() + Flat("grey", "40.1"));
+  Good("job add-standard anew.csv --job j");
+  EXPECT_NE(Run(kFit + "grey").err.find("12 of 12 accepted trials were held against an earlier curve"),
+            std::string::npos);
+  folder_.Write("far.csv", Header() + Flat("far", "70"));
+  Good("judge --job j far.csv --standard-id white");
+  ExpectRefused({{kFit + "gray", "there is no standard \"gray\"; did you mean grey?"},
+                 {kFit + "white", "of the 1 trials of standard \"white\" none is accepted"}});
 }
 
 TEST_F(Job, ProfilesFillInOptions) {

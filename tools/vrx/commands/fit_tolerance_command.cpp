@@ -14,9 +14,11 @@
 #include <vrxio/csv/tolerance_table.h>
 #include <vrxio/csv/value_columns.h>
 #include <vrxio/text/decimal.h>
+#include <vrxstore/standard_names.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/terminal.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
@@ -315,6 +317,28 @@ Accepted ReadAccepted(const FitOptions& options) {
                                  : ReadCurves(OpenCurves(std::move(input), options.input), options);
 }
 
+// Says how many accepted trials there are that were accepted as they lay about another curve of the standard: about the present one they
+// may lie elsewhere. Throws InputError where none was accepted.
+void LookAtAccepted(store::Store& job, const std::string& shown, const std::string& name) {
+  const std::vector<store::MeasuredCurve> curves = job.FindStandard(name).value().curves;
+  const auto cursor = job.Trials({.standard = name});
+  int64_t all = 0, accepted = 0, earlier = 0;
+  for (store::StoredTrial trial; cursor->Next(trial); ++all) {
+    if (!trial.IsAccepted()) continue;
+    ++accepted;
+    earlier +=
+        std::ranges::find(curves, trial.standardSamples, &store::MeasuredCurve::samples) == curves.end();
+  }
+  if (all > 0 && accepted == 0) {
+    throw InputError(shown + ": of the " + std::to_string(all) + " trials of standard \"" + name +
+                     "\" none is accepted");
+  }
+  if (earlier == 0) return;
+  PrintMessage(shown + ": warning: " + std::to_string(earlier) + " of " + std::to_string(accepted) +
+               " accepted trials were held against an earlier curve of standard \"" + name +
+               "\"; the limits are fitted about the present one");
+}
+
 // Turns a run without a file into one over the accepted trials of a standard of the job, under its conditions where the options name
 // none.
 void OpenJobOf(FitOptions& options, const Command& command) {
@@ -331,7 +355,10 @@ void OpenJobOf(FitOptions& options, const Command& command) {
   if (options.standardId.empty())
     throw InputError("--standard-id: name the standard of the job to fit limits for");
   const auto entry = std::ranges::find(entries, options.standardId, &store::StandardEntry::name);
-  if (entry == entries.end() || !entry->conditions) return;
+  if (entry == entries.end())
+    throw InputError(options.accepted + ": " + store::UnknownStandardText(*options.job, options.standardId));
+  LookAtAccepted(*options.job, options.accepted, options.standardId);
+  if (!entry->conditions) return;
   const JudgeConditions& own = *entry->conditions;
   if (options.viewing.illuminants.empty()) options.viewing.illuminants = CodesOf(own.illuminants);
   if (options.viewing.observer.empty()) options.viewing.observer = std::to_string(DegreesOf(own.observer));
