@@ -566,6 +566,18 @@ TEST_F(Job, ProfilesFillInOptions) {
                  {"job add-profile X --job j --system none", "none"}});
 }
 
+// What a name stood for is told when it is replaced, and a name in other letters is no second profile, of which one would count unseen.
+TEST_F(Job, AProfileIsReplacedAloud) {
+  Good("job add-profile ACME --job j --system cmc --tolerance 1");
+  EXPECT_EQ(Run("job add-profile ACME --job j --system cmc --tolerance 1").err, "");
+  const Result replaced = Run("job add-profile ACME --job j --system cie2000");
+  EXPECT_NE(replaced.err.find("profile \"ACME\" is replaced; it was --system cmc --tolerance 1"),
+            std::string::npos)
+      << replaced.err;
+  ExpectRefused({{"job add-profile acme --job j --system cmc", "there is a profile \"ACME\" already"}});
+  EXPECT_EQ(Column("job profiles --job j", "options").at(0), "--system cie2000");
+}
+
 TEST_F(Job, AWatchedFolderIsTakenOnce) {
   AddStandards();
   std::filesystem::create_directory(folder_ / "in");

@@ -23,6 +23,27 @@ struct ProfileOptions {
   Format format = Format::kTable;
 };
 
+std::string OptionsOf(const store::Profile& profile) {
+  std::string text;
+  for (const auto& [option, value] : profile.options)
+    text.append(text.empty() ? "" : " ").append(option).append(value.empty() ? "" : " ").append(value);
+  return text;
+}
+
+// A name stands for one profile, in whatever case it is written, and what it stood for before is told.
+void LookAtExisting(const std::vector<store::Profile>& profiles, const store::Profile& added,
+                    const std::string& place) {
+  for (const store::Profile& profile : profiles) {
+    if (!EqualsIgnoringCase(profile.name, added.name)) continue;
+    if (profile.name != added.name) {
+      throw InputError(place + ": there is a profile \"" + profile.name +
+                       "\" already, and names in other letters are the same; give its name to replace it");
+    }
+    if (profile.options != added.options)
+      PrintMessage(place + ": profile \"" + added.name + "\" is replaced; it was " + OptionsOf(profile));
+  }
+}
+
 void RunAdd(const ProfileOptions& options, const Command& command) {
   store::Profile profile{options.name, command.GivenOptions("Job")};
   std::erase_if(profile.options, [](const auto& option) { return option.first == "--profile"; });
@@ -30,9 +51,12 @@ void RunAdd(const ProfileOptions& options, const Command& command) {
   static_cast<void>(SettingsOf(options.judging));  // what cannot be used is refused now
   static_cast<void>(options.input.Reading());
   if (options.job.File().empty()) {
+    LookAtExisting(ProfilesOfSettings(), profile, "settings");
     SetProfileOfSettings(profile);
   } else {
-    OpenJob(options.job)->SetProfile(profile, options.job.Author());
+    const auto job = OpenJob(options.job);
+    LookAtExisting(job->Profiles(), profile, options.job.Shown());
+    job->SetProfile(profile, options.job.Author());
   }
 }
 
@@ -42,12 +66,9 @@ void RunList(const ProfileOptions& options) {
   const auto rows = MakeRowWriter(options.format, output, {{"profile"}, {"kept in"}, {"options"}});
   const auto write = [&rows](const std::vector<store::Profile>& profiles, const std::string& place) {
     for (const store::Profile& profile : profiles) {
-      std::string text;
-      for (const auto& [option, value] : profile.options)
-        text += (text.empty() ? "" : " ") + option + (value.empty() ? "" : " " + value);
       rows->Text(profile.name);
       rows->Text(place);
-      rows->Text(text);
+      rows->Text(OptionsOf(profile));
       rows->EndRow();
     }
   };
