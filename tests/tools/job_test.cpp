@@ -356,6 +356,7 @@ TEST_F(Job, OtherLimitsKeepWhatTheyDoNotName) {
   const auto changed = [this](const std::string& options) {
     return Column("job rejudge --job j " + options, "new");
   };
+  EXPECT_EQ(Column("job statistics --job j --value dL", "tolerance_lower"), Texts{"-1.5"});
   EXPECT_EQ(changed("--verdict total"), (Texts{"pass", "pass"}));
   EXPECT_EQ(changed("--verdict total --warning 0.5"), (Texts{"pass", "warning"}));
   EXPECT_EQ(changed("--warning 1"), Texts{"pass"});

@@ -269,6 +269,7 @@ void RunStatistics(const ChartOptions& options) {
                                  {.name = "deviation", .heading = "s.d."},
                                  {.name = "lower", .room = Room::kSpare},
                                  {.name = "upper", .room = Room::kSpare},
+                                 {.name = "tolerance_lower", .heading = "lower limit", .room = Room::kSpare},
                                  {.name = "tolerance", .heading = "limit"},
                                  {"Cp"},
                                  {"Cpk"},
@@ -287,6 +288,7 @@ void RunStatistics(const ChartOptions& options) {
     rows->Number(capability.deviation);
     isChart ? rows->Known(chart.lower) : rows->Number(kUnset);
     isChart ? rows->Known(chart.upper) : rows->Number(kUnset);
+    rows->Number(Shown(series.lower));
     rows->Number(Shown(series.upper));
     rows->Number(Shown(capability.cp));
     rows->Number(Shown(capability.cpk));
