@@ -579,6 +579,21 @@ TEST_F(Job, AProfileIsReplacedAloud) {
   EXPECT_EQ(Column("job profiles --job j", "options").at(0), "--system cie2000");
 }
 
+// What a standard had does not come with its curves: into a file, or back into use.
+TEST_F(Job, ConditionsThatStayBehindAreTold) {
+  AddStandards();
+  EXPECT_NE(
+      Run("job export out.csv --job j").err.find("conditions and limits of 3 standards stay in the job"),
+      std::string::npos);
+  Good("job remove grey --job j");
+  const std::string said = Run("job add-standard s.csv --job j").err;
+  EXPECT_NE(said.find("j: grey: in use again; conditions and limits of before are not kept"),
+            std::string::npos)
+      << said;
+  EXPECT_NE(said.find("white, black: limits and conditions of version 1 are kept"), std::string::npos)
+      << said;
+}
+
 TEST_F(Job, AWatchedFolderIsTakenOnce) {
   AddStandards();
   std::filesystem::create_directory(folder_ / "in");

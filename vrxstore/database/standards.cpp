@@ -52,7 +52,8 @@ class StandardWriter {
     }
     const std::int64_t number = find_.Integer(0);
     const std::int32_t version = find_.Small(1) + 1;
-    const bool isSame = find_.Integer(2) == 0 && find_.Text(3) == digest;
+    const bool isOutOfUse = find_.Integer(2) != 0;
+    const bool isSame = !isOutOfUse && find_.Text(3) == digest;
     find_.Reset();
     if (isSame) {
       ++added.unchanged;
@@ -63,6 +64,7 @@ class StandardWriter {
     AppendTrail(database_, author_, "change standard",
                 standard.name + " to version " + std::to_string(version), digest);
     ++added.changed;
+    if (isOutOfUse) added.returned.push_back(standard.name);
   }
 
  private:

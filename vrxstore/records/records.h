@@ -81,6 +81,7 @@ struct StandardEntry {
 /// What came of standards that were added.
 struct AddedStandards {
   std::int64_t added = 0, changed = 0, unchanged = 0;
+  std::vector<std::string> returned;  ///< names of those among the changed ones that were out of use
 };
 
 /// A trial with its judgement on its way into a job. Everything lives with the caller.

@@ -105,6 +105,17 @@ void RunTrail(const JobCommandOptions& options) {
   output.Finish();
 }
 
+// A job that is made of the file would judge by the usual limits.
+void SayWhatStays(store::Store& job, const std::string& file) {
+  int64_t count = 0;
+  for (const store::StandardEntry& entry : job.Standards())
+    count += entry.conditions || entry.hasLimits ? 1 : 0;
+  if (count > 0) {
+    PrintMessage(file + ": conditions and limits of " + std::to_string(count) +
+                 (count == 1 ? " standard" : " standards") + " stay in the job; vrx job show prints them");
+  }
+}
+
 void RunExport(const JobCommandOptions& options) {
   const auto job = OpenJob(options.job);
   const std::string file = options.job.Shown();
@@ -119,6 +130,7 @@ void RunExport(const JobCommandOptions& options) {
   std::string list;
   for (const std::string& loss : losses) list += (list.empty() ? "" : ", ") + loss;
   if (!list.empty()) PrintMessage(options.file + ": warning: not kept: " + list);
+  if (!options.trials) SayWhatStays(*job, options.file);
 }
 
 // The number of the trial that a text names: "#12", or an id that only one trial has.

@@ -17,6 +17,7 @@
 #include "tools/vrx/job/added_settings.h"
 #include "tools/vrx/job/job_options.h"
 #include "tools/vrx/judging/judging_options.h"
+#include "tools/vrx/output/measurement_output.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/output/property_rows.h"
 
@@ -70,6 +71,10 @@ void RunAdd(const StandardOptions& options, const Command& command) {
   for (store::Standard& standard : files.All()) settings.Give(standard);
   const store::AddedStandards added = job->AddStandards(files.All(), options.job.Author());
   settings.SayWhatWasKept();
+  if (!added.returned.empty()) {
+    PrintMessage(options.job.Shown() + ": " + Listed(added.returned) +
+                 ": in use again; conditions and limits of before are not kept");
+  }
   PrintMessage(options.job.Shown() + ": " + "standards: " + std::to_string(added.added) + " added, " +
                std::to_string(added.changed) + " changed, " + std::to_string(added.unchanged) + " unchanged");
 }
