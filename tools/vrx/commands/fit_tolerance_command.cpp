@@ -24,6 +24,7 @@
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/job/job_options.h"
 #include "tools/vrx/job/job_reader.h"
+#include "tools/vrx/judging/judging_options.h"
 #include "tools/vrx/judging/standards.h"
 #include "tools/vrx/judging/verdict_fit.h"
 #include "tools/vrx/output/output.h"

@@ -1,14 +1,18 @@
 #include "tools/vrx/report/job_series.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <numeric>
+#include <span>
 
 #include <vrxio/measurement/names.h>
+#include <vrxio/text/decimal.h>
 #include <vrxstore/records/stored_form.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/reader_names.h"
 #include "tools/vrx/report/report_texts.h"
 
 namespace vrx::tool {
