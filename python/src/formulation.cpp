@@ -362,18 +362,31 @@ py::dict FieldsOf(const System& system, const CCorrection& correction) {
   return fields;
 }
 
-// Puts what is in a batch in the place of its formula; what is suspected, by name: percent written and found.
-py::dict Diagnose(const System& system, const CRecipeSettings& recipe, CBatch& batch) {
+// What the curve of a batch says of its formula: what is suspected, by name percent written and found, and whether anything
+// explains it.
+struct Found {
+  py::dict suspected;
+  bool isExplained = true;
+
+  void AddTo(py::dict& fields) const {
+    fields["suspected"] = suspected;
+    fields["explained"] = isExplained;
+  }
+};
+
+// Puts what is in a batch in the place of its formula.
+Found Diagnose(const System& system, const CRecipeSettings& recipe, CBatch& batch) {
   const CDiagnosisSettings settings = DiagnosisBefore(recipe, system.file.calibrated);
   CBatchDiagnosis diagnosis;
-  py::dict suspected;
-  if (!DiagnoseBatch(system.file.data, batch, settings, diagnosis)) return suspected;
+  Found found;
+  if (!DiagnoseBatch(system.file.data, batch, settings, diagnosis)) return found;
   batch.formula = diagnosis.best.formula;
+  found.isExplained = diagnosis.isExplained;
   for (const CSuspectedAmount& amount : diagnosis.best.suspected) {
-    suspected[py::str(system.names[system.PlaceOfId(amount.componentId)])] =
+    found.suspected[py::str(system.names[system.PlaceOfId(amount.componentId)])] =
         py::make_tuple(100.0 * amount.written, 100.0 * amount.found);
   }
-  return suspected;
+  return found;
 }
 
 // What corrections of a batch and of a stock have in common.
@@ -382,6 +395,7 @@ CCorrectionSettings CorrectionSettingsOf(const System& system, const py::dict& g
   settings.recipe = SettingsOf(system, given);
   settings.recipe.resolution = NumberOf(given, "resolution", 0, 1e9);
   settings.mostAddition = NumberOf(given, "max_addition", 0, 10'000) / 100.0;
+  settings.margin = NumberOf(given, "margin", 0, 99.999) / 100.0;
   settings.aim = OneOf<CorrectionAim>(given, "aim",
                                       {{"smallest", CorrectionAim::kSmallest},
                                        {"cheapest", CorrectionAim::kCheapest},
@@ -402,12 +416,10 @@ py::tuple Correct(const System& system, const py::object& formula, const py::obj
   batch.formula = FormulaOf(system, amounts.Doubles());
   batch.curve = CurveOf(curve.Doubles());
   batch.size = NumberOf(given, "batch_size", 1e-9, 1e9);
-  settings.margin = NumberOf(given, "margin", 0, 99.999) / 100.0;
   settings.allowNew = given["allow_new"].cast<bool>();
   for (const CDbFormulaElement& line : batch.formula)
     settings.own.Add(static_cast<uint32_t>(line.componentId));
-  const py::dict suspected =
-      given["trust_formula"].cast<bool>() ? py::dict() : Diagnose(system, settings.recipe, batch);
+  const Found said = given["trust_formula"].cast<bool>() ? Found() : Diagnose(system, settings.recipe, batch);
   const CRecipeTarget wanted = TargetOf(aim, 0);
   CCorrection before;
   CCorrectionArray corrections;
@@ -416,11 +428,12 @@ py::tuple Correct(const System& system, const py::object& formula, const py::obj
   });
   py::list found;
   for (const CCorrection& correction : corrections) {
-    found.append(FieldsOf(system, correction));
-    found[found.size() - 1]["suspected"] = suspected;
+    py::dict fields = FieldsOf(system, correction);
+    said.AddTo(fields);
+    found.append(fields);
   }
   py::dict asItIs = FieldsOf(system, before);
-  asItIs["suspected"] = suspected;
+  said.AddTo(asItIs);
   return py::make_tuple(asItIs, found);
 }
 
@@ -445,52 +458,93 @@ CArrayVarex<CBatch> StockOf(const System& system, const py::object& formulas, co
   return stock;
 }
 
+// A stock as its curves say it is, without the batches that nothing explains.
+struct FoundStock {
+  CArrayVarex<CBatch> batches;
+  std::vector<Found> found;      // of these
+  std::vector<int32_t> places;   // of these in what was given
+  std::vector<int32_t> leftOut;  // places of the others
+};
+
+FoundStock TakeStock(const System& system, const CArrayVarex<CBatch>& given, const CRecipeSettings& recipe,
+                     bool trustFormula) {
+  FoundStock stock;
+  for (int32_t i = 0; i < given.GetSize(); ++i) {
+    CBatch batch = given[i];
+    const Found found = trustFormula ? Found() : Diagnose(system, recipe, batch);
+    (found.isExplained ? stock.places : stock.leftOut).push_back(i);
+    if (!found.isExplained) continue;
+    stock.batches.Add(batch);
+    stock.found.push_back(found);
+  }
+  if (stock.batches.IsEmpty()) {
+    throw py::value_error(
+        "measured: no curve is explained by its formula; trust_formula=True takes the formulas as written");
+  }
+  return stock;
+}
+
 CRecipeTarget OneTarget(const py::object& target) {
   const Rows aim = CurvesOf(target, "target", false, 3);
   if (aim.count != 1) throw py::value_error("target: one row is expected");
   return TargetOf(aim, 0);
 }
 
-py::list CorrectAll(const System& system, const py::object& formulas, const py::object& measured,
-                    const py::object& sizes, const py::object& target, const py::dict& given) {
-  const CArrayVarex<CBatch> stock = StockOf(system, formulas, measured, sizes);
+py::tuple CorrectAll(const System& system, const py::object& formulas, const py::object& measured,
+                     const py::object& sizes, const py::object& target, const py::dict& given) {
   const CRecipeTarget wanted = OneTarget(target);
   CCorrectionSettings settings = CorrectionSettingsOf(system, given);
+  const FoundStock stock = TakeStock(system, StockOf(system, formulas, measured, sizes), settings.recipe,
+                                     given["trust_formula"].cast<bool>());
   CStockCorrectionArray corrections;
   Search(system, settings.recipe, [&] {
-    return CorrectStock(system.file.data, system.file.rules, stock, wanted, settings, corrections);
+    return CorrectStock(system.file.data, system.file.rules, stock.batches, wanted, settings, corrections);
   });
   py::list found;
   for (const CStockCorrection& each : corrections) {
     py::dict fields = FieldsOf(system, each.correction);
-    fields["suspected"] = py::dict();
-    fields["batch"] = each.batch;
+    const auto place = static_cast<std::size_t>(each.batch);
+    stock.found[place].AddTo(fields);
+    fields["batch"] = stock.places[place];
     fields["before"] = each.before;
     fields["helps"] = each.helps;
     found.append(fields);
   }
-  return found;
+  return py::make_tuple(found, stock.leftOut);
 }
 
-py::list UseStock(const System& system, const py::object& formulas, const py::object& measured,
-                  const py::object& sizes, const py::object& target, const py::dict& given) {
-  const CArrayVarex<CBatch> stock = StockOf(system, formulas, measured, sizes);
+py::tuple UseStock(const System& system, const py::object& formulas, const py::object& measured,
+                   const py::object& sizes, const py::object& target, const py::dict& given) {
+  const CArrayVarex<CBatch> all = StockOf(system, formulas, measured, sizes);
   const CRecipeTarget wanted = OneTarget(target);
   CRecipeSettings settings = SettingsOf(system, given);
   settings.batchSize = NumberOf(given, "batch_size", 1e-9, 1e9);
   settings.resolution = NumberOf(given, "resolution", 0, settings.batchSize);
+  const FoundStock stock = TakeStock(system, all, settings, given["trust_formula"].cast<bool>());
   CLeftoverRecipeArray recipes;
-  Search(system, settings,
-         [&] { return UseLeftovers(system.file.data, system.file.rules, stock, wanted, settings, recipes); });
+  Search(system, settings, [&] {
+    return UseLeftovers(system.file.data, system.file.rules, stock.batches, wanted, settings, recipes);
+  });
   py::list found;
   for (const CLeftoverRecipe& each : recipes) {
     py::dict fields;
-    fields["used"] = ArrayOf(each.used);
+    CDoubleArray1 used;
+    used.SetSize(all.GetSize());
+    used.Fill(0.0);
+    py::dict suspected;
+    for (int32_t i = 0; i < each.used.GetSize(); ++i) {
+      const auto place = static_cast<std::size_t>(i);
+      used[stock.places[place]] = each.used[i];
+      if (each.used[i] > 0.0 && !stock.found[place].suspected.empty())
+        suspected[py::int_(stock.places[place])] = stock.found[place].suspected;
+    }
+    fields["used"] = ArrayOf(used);
     fields["total"] = each.total;
+    fields["suspected"] = suspected;
     fields["recipe"] = FieldsOf(system, each.recipe);
     found.append(fields);
   }
-  return found;
+  return py::make_tuple(found, stock.leftOut);
 }
 
 // The defaults of searches by the names of the arguments, in their units.

@@ -121,9 +121,32 @@ def test_stock(paints, vrx_tool, tmp_path):
     for each, row in zip(found, rows):
         expected = numbers(row, ("total", "dE_before", "dE_after_D65", "dE_after_A", "dE_after_CWF"))
         assert [each.total, each.before, *each.differences] == expected
+        assert "; ".join(each.suspected) == "; ".join(part.split(":")[0] for part in row["suspected"].split("; "))
     parts = vrx_tool("match", SYSTEM, wanted, "--from-stock", stock, "--parts", "40", "--max-colorants", "3", "--top", "3")
     recipes = vrx.use_leftovers(paints, amounts, measured, sizes, target[0], 40, max_colorants=3, top=3)
     assert [each.total for each in recipes] == [float(row["used"]) for row in parts]
+    assert all(each.suspected.keys() <= set(np.flatnonzero(each.used)) for each in recipes)
+
+
+def test_stock_of_exchanged_curves(paints):
+    names, amounts = paints.read_formulas(FORMULAS)
+    olive, lilac = names.index("Olive"), names.index("Lilac")
+    curves = vrx.predict(paints, amounts)
+    curves[[olive, lilac]] = curves[[lilac, olive]]
+    sizes = [10.0] * len(names)
+    left_out = f"left out: .* {min(olive, lilac)}, {max(olive, lilac)};"
+    with pytest.warns(UserWarning, match=left_out):
+        found = vrx.correct_stock(paints, amounts, curves, sizes, curves[0], max_colorants=1, top=100)
+    assert found[0].batch == 0 and not {olive, lilac} & {each.batch for each in found}
+    with pytest.warns(UserWarning, match=left_out):
+        recipes = vrx.use_leftovers(paints, amounts, curves, sizes, curves[0], 10, max_colorants=2)
+    assert all(len(each.used) == len(names) and not each.used[[olive, lilac]].any() for each in recipes)
+    two = [olive, lilac]
+    with pytest.raises(ValueError, match="trust_formula"):
+        vrx.correct_stock(paints, amounts[two], curves[two], [1, 1], curves[0], max_colorants=1)
+    assert vrx.correct_stock(paints, amounts[two], curves[two], [1, 1], curves[0], max_colorants=1, trust_formula=True)
+    before, _ = vrx.correct(paints, amounts[olive], curves[olive], curves[0], max_colorants=1)
+    assert not before.explained and before.suspected
 
 
 @pytest.mark.parametrize("call, words", [

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import dataclasses
+import warnings
 from collections.abc import Mapping
 from typing import TYPE_CHECKING, Any
 
@@ -118,6 +119,9 @@ class Correction:
         What the corrected batch is predicted to give.
     suspected : dict of str to (float, float)
         What is not in the batch as its formula says, by name: percent of the formula that were written, and that were found.
+    explained : bool
+        False where no single mistake explains the curve of the batch, which may be that of another one: then nothing here is to
+        be relied on.
     formula : dict of str to float
     """
 
@@ -128,6 +132,7 @@ class Correction:
     within_tolerance: bool
     curve: Floats
     suspected: dict[str, tuple[float, float]]
+    explained: bool
     formula: dict[str, float]
 
 
@@ -144,7 +149,7 @@ class StockCorrection(Correction):
     helps : bool
         False where nothing that may be added brings it nearer.
     amounts, differences, ...
-        As of :class:`Correction`; nothing is suspected of a stock.
+        As of :class:`Correction`.
     """
 
     batch: int = 0
@@ -162,12 +167,15 @@ class LeftoverRecipe:
         How much of each leftover, in the unit of its size.
     total : float
         Of these.
+    suspected : dict of int to dict
+        Of the leftovers in it, by their places, that are not as their formulas say: as `Correction.suspected`.
     recipe : Recipe
         What is fresh, its cost, and the curve of the whole.
     """
 
     used: Floats
     total: float
+    suspected: dict[int, dict[str, tuple[float, float]]]
     recipe: Recipe
 
 
@@ -446,6 +454,13 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
     return _record(Correction, color_system, before), [_record(Correction, color_system, fields) for fields in found]
 
 
+def _warn_of_left_out(left: Sequence[int]) -> None:
+    if left:
+        places = ", ".join(map(str, left))
+        warnings.warn(f"left out: no single mistake explains the curves of the batches at {places}; make sure that each is that "
+                      "of its formula (trust_formula=True takes the formulas as written)", stacklevel=3)
+
+
 def correct_stock(color_system: ColorSystem, formulas: Formulas, measured: Numbers, sizes: Sequence[float], target: Numbers,
                   illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *, system: str = "cie2000",
                   tolerance: float = _DEFAULTS["tolerance"], top: int = _DEFAULTS["top"],
@@ -455,7 +470,8 @@ def correct_stock(color_system: ColorSystem, formulas: Formulas, measured: Numbe
                   objective: Objective = "tristimulus", weights: Sequence[float] | None = None,
                   specular: Specular | None = None, resolution: float = 0.0, angle: float = 45.0,
                   max_subsets: float = _DEFAULTS["max_subsets"], wavelengths: Numbers | None = None,
-                  threads: int = _DEFAULTS["threads"], **parameters: float) -> list[StockCorrection]:
+                  threads: int = _DEFAULTS["threads"], margin: float = _DEFAULTS["margin"], trust_formula: bool = False,
+                  **parameters: float) -> list[StockCorrection]:
     """Which batch of a stock becomes a target, and by what additions.
 
     Parameters
@@ -469,7 +485,10 @@ def correct_stock(color_system: ColorSystem, formulas: Formulas, measured: Numbe
     aim : str
         By what answers within the tolerance are ordered, for the size of the batch: ``"smallest"`` and ``"cheapest"``
         additions, or the ``"nearest"`` colour.
-    resolution, angle, wavelengths, illuminants, observer, system, tolerance, ...
+    trust_formula : bool
+        Take the formulas as written. By default the curves first say what is in the batches, and a batch whose curve no single
+        mistake explains is left out, with a warning.
+    margin, resolution, angle, wavelengths, illuminants, observer, system, tolerance, ...
         As for :func:`correct` and :func:`match`.
 
     Returns
@@ -480,7 +499,8 @@ def correct_stock(color_system: ColorSystem, formulas: Formulas, measured: Numbe
                 if name not in ("color_system", "formulas", "measured", "sizes", "target", "wavelengths")}
     curves, aim_at = _batches(measured, target, wavelengths)
     settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None)
-    found = _core.correct_stock(color_system, _amounts(color_system, formulas), curves, list(sizes), aim_at, settings)
+    found, left = _core.correct_stock(color_system, _amounts(color_system, formulas), curves, list(sizes), aim_at, settings)
+    _warn_of_left_out(left)
     return [_record(StockCorrection, color_system, fields) for fields in found]
 
 
@@ -491,7 +511,8 @@ def use_leftovers(color_system: ColorSystem, formulas: Formulas, measured: Numbe
                   exclude: Sequence[Component] = (), limits: Mapping[Component, tuple[float, float]] | None = None,
                   costs: Mapping[Component, float] | None = None, specular: Specular | None = None, resolution: float = 0.0,
                   angle: float = 45.0, max_subsets: float = _DEFAULTS["max_subsets"], wavelengths: Numbers | None = None,
-                  threads: int = _DEFAULTS["threads"], **parameters: float) -> list[LeftoverRecipe]:
+                  threads: int = _DEFAULTS["threads"], trust_formula: bool = False,
+                  **parameters: float) -> list[LeftoverRecipe]:
     """Recipes of parts of several leftovers and fresh colorants, those within the tolerance by how much of the stock they use.
 
     Parameters
@@ -503,6 +524,8 @@ def use_leftovers(color_system: ColorSystem, formulas: Formulas, measured: Numbe
     target : array_like, shape (40,) or (3,)
     batch_size : float
         The amount that is made.
+    trust_formula : bool
+        As for :func:`correct_stock`.
     wavelengths, illuminants, observer, system, tolerance, ...
         As for :func:`match`.
 
@@ -515,5 +538,7 @@ def use_leftovers(color_system: ColorSystem, formulas: Formulas, measured: Numbe
     curves, aim_at = _batches(measured, target, wavelengths)
     settings.update(limits=limits or {}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None, objective="tristimulus",
                     weights=None)
-    found = _core.use_leftovers(color_system, _amounts(color_system, formulas), curves, list(sizes), aim_at, settings)
-    return [LeftoverRecipe(each["used"], each["total"], _record(Recipe, color_system, each["recipe"])) for each in found]
+    found, left = _core.use_leftovers(color_system, _amounts(color_system, formulas), curves, list(sizes), aim_at, settings)
+    _warn_of_left_out(left)
+    return [LeftoverRecipe(each["used"], each["total"], each["suspected"], _record(Recipe, color_system, each["recipe"]))
+            for each in found]

@@ -98,6 +98,29 @@ TEST(BatchDiagnosis, SuspectsOnlyWhatIsSeenAndCanBe) {
   EXPECT_LT(total, 200.0);
 }
 
+// The curve of another batch, as where two rows of a file were exchanged, is not explained; one mistake is, and so is a
+// model as wrong as its calibration says.
+TEST(BatchDiagnosis, TellsACurveOfAnotherBatch) {
+  const CColorantSystemData system = MadeUpPaints();
+  const CDbFormula written = Mixture({{1, 90.0}, {3, 6.0}, {5, 4.0}});
+  EXPECT_TRUE(Diagnose(system, written, PredictReflectance(written, system)).isExplained);
+  const CReflData mixedUp = PredictReflectance(Mixture({{1, 90.0}, {3, 6.0}, {6, 4.0}}), system);
+  EXPECT_TRUE(Diagnose(system, written, mixedUp).isExplained);
+
+  CReflData foreign = PredictReflectance(written, system);
+  for (int32_t w = 0; w < kWavelengths; ++w)
+    foreign[w] = w % 12 < 6 ? 70.0 : 8.0;  // what no mixture of these has
+  CBatch batch{written, foreign, 100.0};
+  const CBatchDiagnosis diagnosis = Diagnose(system, written, foreign);
+  EXPECT_FALSE(diagnosis.isExplained);
+  EXPECT_GT(diagnosis.best.difference, 3.0);
+  CDiagnosisSettings vague;
+  for (uint32_t id = 1; id <= 8; ++id) vague.calibrated.Add({id, 0.001, 1.0, 12, 40.0, 90.0});
+  CBatchDiagnosis ofVague;
+  ASSERT_TRUE(DiagnoseBatch(system, batch, vague, ofVague));
+  EXPECT_TRUE(ofVague.isExplained);
+}
+
 TEST(BatchDiagnosis, RefusesWhatItCannotExplain) {
   const CColorantSystemData system = MadeUpPaints();
   CBatch batch;

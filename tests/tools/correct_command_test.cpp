@@ -89,9 +89,10 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
   EXPECT_EQ(best[1]["additions"], "7:1") << "a tenth of what will be 10";
   ASSERT_EQ(Run(leftovers + "--report stock.html --max-addition 0.1% --top 1 --tolerance 0.1 --format csv"),
             0);
-  EXPECT_TRUE(folder_.Read("out").starts_with(
-      "target,rank,batch,additions,total,dE_before,dE_after_D65,dE_after_A,dE_after_CWF,cost,status\n"
-      "c,1,near,14:0.9,"))
+  EXPECT_TRUE(
+      folder_.Read("out").starts_with("target,rank,batch,additions,total,dE_before,dE_after_D65,dE_after_A,"
+                                      "dE_after_CWF,cost,status,suspected\n"
+                                      "c,1,near,14:0.9,"))
       << folder_.Read("out");
   EXPECT_NE(folder_.Read("stock.html").find("curves of the target and of 1 recipes"), std::string::npos);
 }
@@ -144,6 +145,102 @@ class LeftOut : public MatchingCommands {
   int cases_ = 0, misses_ = 0;
   std::string missed_;
 };
+
+// A stock as its file states it: what was really in a batch may be something else.
+class MisstatedStock : public MatchingCommands {
+ protected:
+  struct Batch {
+    std::string id, written, real;
+  };
+  void WriteStock(const char* name, const std::vector<Batch>& batches) {
+    std::string rows = Wide();
+    rows.insert(2, ",formula,amount");
+    for (const Batch& batch : batches)
+      rows += batch.id + "," + batch.written + ",100" + CellsOf(batch.real) + "\n";
+    folder_.Write(name, rows);
+  }
+  // What a formula is predicted to give, as the cells of a row.
+  std::string CellsOf(const std::string& formula) {
+    folder_.Write("one.json", json{{"formulas", {{{"name", "x"}, {"lines", LinesOf(formula)}}}}}.dump());
+    const json row = RunJson("predict " + kPaints + " one.json")[0];
+    std::string cells;
+    for (int nm = 360; nm <= 750; nm += 10) cells += "," + row[std::to_string(nm)].dump();
+    return cells;
+  }
+  json From(const std::string& stock, const std::string& options) {
+    return RunJson("match " + kPaints + " target.csv --from-stock " + stock + " " + options);
+  }
+};
+
+// A batch from which something was left out starts from what its curve shows, as in correct; one with the curve of another
+// batch is left out; both are told.
+TEST_F(MisstatedStock, IsTakenForWhatItsCurvesSay) {
+  const std::string sky = "1:94;7:1.5;16:4.5", olive = "17:40;12:38;4:18;2:4", lilac = "1:96;14:1.2;5:2.8";
+  folder_.Write("target.csv", Wide() + "t" + CellsOf("1:93;7:2;16:5") + "\n");
+  WriteStock(
+      "stock.csv",
+      {{"less", sky, "1:94;7:1.5"}, {"olive", olive, lilac}, {"grey", "1:97.5;2:2.5", "1:97.5;2:2.5"}});
+  const std::string none = "Cerulean Blue: 0";  // and what rounding leaves
+  const json found = From("stock.csv", "--max-colorants 2 --top 20");
+  EXPECT_EQ(found[0]["batch"], "less");
+  EXPECT_TRUE(found[0]["suspected"].get<std::string>().starts_with(none)) << found[0];
+  for (const json& row : found) EXPECT_NE(row["batch"], "olive") << row;
+  const std::string told = folder_.Read("err");
+  for (const char* words : {"vrx: stock.csv: batch \"less\" does not seem to match its formula; suspected: "
+                            "Cerulean Blue: 0",
+                            "vrx: stock.csv: batch \"olive\" does not match its formula: its curve is 38.",
+                            "vrx: stock.csv: of 3 batches 1 is taken for what the curve says and 1 is left "
+                            "out; use --trust-formula"})
+    EXPECT_NE(told.find(words), std::string::npos) << words << "\n" << told;
+  EXPECT_EQ(told.find("\"grey\""), std::string::npos) << told;
+
+  // The same additions as correct has for the batch alone, with the same reserve.
+  folder_.Write("sky.json", json{{"formulas", {{{"name", "x"}, {"lines", LinesOf(sky)}}}}}.dump());
+  folder_.Write("less.csv", Wide() + "b" + CellsOf("1:94;7:1.5") + "\n");
+  WriteStock("less_only.csv", {{"less", sky, "1:94;7:1.5"}});
+  for (const char* options : {"", " --margin 0%", " --trust-formula"}) {
+    const std::string both = std::string(" --max-colorants 2 --top 3 --max-addition 50%") + options;
+    const json alone = RunJson("correct " + kPaints +
+                               " --formula sky.json --batch less.csv --target target.csv --allow-new"
+                               " --batch-size 100" +
+                               both);
+    const json ofStock = From("less_only.csv", both);
+    ASSERT_EQ(alone.size(), ofStock.size());
+    for (std::size_t i = 0; i < alone.size(); ++i) {
+      for (const char* column : {"additions", "dE_after_D65", "status", "suspected"})
+        EXPECT_EQ(alone[i][column], ofStock[i][column]) << options << i << column;
+    }
+  }
+
+  const json parts = From("stock.csv", "--parts 100 --max-colorants 3 --top 1");
+  EXPECT_TRUE(parts[0]["leftovers"].get<std::string>().starts_with("less:")) << parts;
+  EXPECT_TRUE(parts[0]["suspected"].get<std::string>().starts_with("less (" + none)) << parts;
+  EXPECT_EQ(From("stock.csv", "--parts 100 --max-colorants 3 --top 1 --trust-formula")[0]["suspected"], "");
+
+  const json trusting = From("stock.csv", "--max-colorants 2 --top 20 --trust-formula");
+  EXPECT_EQ(folder_.Read("err"), "");
+  for (const json& row : trusting) EXPECT_EQ(row["suspected"], "");
+
+  // Nothing but such batches is refused; a single one is corrected, but is never ok.
+  WriteStock("other.csv", {{"olive", olive, lilac}});
+  WriteStock("dark.csv", {{"sky", sky, sky}});
+  folder_.Write("dark.csv", folder_.Read("dark.csv") + FlatRow("night," + sky + ",100", "3"));
+  const std::string from = "match " + kPaints + " target.csv --report new.html --from-stock ";
+  ExpectRefusals({
+      {from + "other.csv", "other.csv: of 1 batches 1 is left out; use --trust-formula"},
+      {from + "other.csv --parts 9", "other.csv: of 1 batches 1 is left out; use --trust-formula"},
+      {from + "dark.csv --parts 9", "dark.csv: batch \"night\" is darker than the surface alone"},
+      {from + "stock.csv --parts 9 --margin 9%", "--margin excludes --parts"},
+      {from + "stock.csv --margin 100%", "--margin"},
+      {"match " + kPaints + " target.csv --trust-formula", "--trust-formula requires --from-stock"},
+  });
+  folder_.Write("olive.json", json{{"formulas", {{{"name", "x"}, {"lines", LinesOf(olive)}}}}}.dump());
+  folder_.Write("lilac.csv", Wide() + "b" + CellsOf(lilac) + "\n");
+  const json alone = RunJson("correct " + kPaints +
+                             " --formula olive.json --batch lilac.csv --target lilac.csv --batch-size 9");
+  EXPECT_LT(alone[0]["dE_before"], 0.01);
+  EXPECT_EQ(alone[0]["status"], "curve not explained");
+}
 
 TEST_F(LeftOut, IsFoundAndCorrected) {
   const json formulas = ReadJson(kFormulas)["formulas"];

@@ -73,6 +73,7 @@ class Diagnosis {
       break;
     }
     if (!hasBest) return false;
+    found.isExplained = IsExplained(found.best);
     diagnosis = found;
     return true;
   }
@@ -108,6 +109,12 @@ class Diagnosis {
     constexpr double kUnknown = 1.0, kLeast = 0.3;
     const double half = PredictionError(batch_.formula, system_, settings_.calibrated).half;
     return IsUnset(half) ? kUnknown : std::max(kLeast, half);
+  }
+
+  // Batches are off their formulas by less, whatever their model.
+  bool IsExplained(const CBatchExplanation& best) const {
+    constexpr double kTimes = 3.0, kLeastError = 1.0;
+    return best.difference <= kTimes * std::max(kLeastError, ErrorOfModel());
   }
 
   // The amount that stands for 1.

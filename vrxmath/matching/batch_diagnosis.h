@@ -63,6 +63,9 @@ struct CBatchDiagnosis {
   CBatchExplanation next;     ///< the second best, with other components
   double asWritten = kUnset;  ///< CIEDE2000 between the curve and what the formula as written gives
   bool isClear = false;  ///< true when the second best is much less likely, by a likelihood ratio of some 100
+  /// False where even the best leaves more than three times what half of the predictions are off by, at least 3: no single
+  /// mistake explains such a curve, and it may be that of another batch.
+  bool isExplained = false;
 };
 
 /// Explains the curve of a batch by its formula: amounts are free around those that were written down, one or two of the

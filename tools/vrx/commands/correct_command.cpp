@@ -6,15 +6,14 @@
 #include <string>
 #include <vector>
 
-#include <vrxio/text/decimal.h>
 #include <vrxmath/matching/batch_correction.h>
-#include <vrxmath/matching/batch_diagnosis.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/recipes/correction.h"
+#include "tools/vrx/recipes/diagnosis.h"
 #include "tools/vrx/recipes/recipe_options.h"
 #include "tools/vrx/recipes/recipe_search.h"
 
@@ -55,42 +54,6 @@ CDbFormula ReadFormula(const CorrectOptions& options, const ColorSystem& system)
   return formulas[*found].formula;
 }
 
-// A part of 1 in percent, with two decimals at most, or four where these leave nothing of it.
-std::string Percent(double part) {
-  constexpr double kSmall = 1e-3;
-  return TrimmedDecimals(100.0 * part, part < kSmall ? 4 : 2) + " %";
-}
-
-// "Iron Oxide Yellow: 0 % instead of 4.5 %"
-std::string SuspicionsText(const CSuspectedAmountArray& suspected, const ColorSystem& system) {
-  std::string text;
-  for (const CSuspectedAmount& amount : suspected) {
-    const CComponent* const component = ComponentOfId(system, amount.componentId);
-    text += (text.empty() ? "" : "; ") + (component ? component->GetName().ToUtf8() : std::string()) + ": " +
-            Percent(amount.found) + " instead of " + Percent(amount.written);
-  }
-  return text;
-}
-
-// Finds out what is in the batch, says what it suspects and on what evidence, and puts it in the place of what was written.
-std::string Diagnose(const ColorSystem& system, const CRecipeSettings& recipe, CBatch& batch) {
-  const CDiagnosisSettings settings = DiagnosisBefore(recipe, system.calibrated);
-  CBatchDiagnosis diagnosis;
-  if (!DiagnoseBatch(system.data, batch, settings, diagnosis)) return "";  // the correction says why
-  batch.formula = diagnosis.best.formula;
-  std::string suspected = SuspicionsText(diagnosis.best.suspected, system);
-  if (suspected.empty()) return suspected;
-  const std::string other = SuspicionsText(diagnosis.next.suspected, system);
-  PrintMessage("the batch does not seem to match its formula; suspected: " + suspected +
-               ". As written its curve would be " + FixedDecimals(diagnosis.asWritten, 2) +
-               " off (CIEDE2000), so " + FixedDecimals(diagnosis.best.difference, 2) + "; " +
-               (diagnosis.isClear ? "the next best" : "not much less likely") + " is " +
-               (other.empty() ? "the formula as written" : other) + " (" +
-               FixedDecimals(diagnosis.next.difference, 2) +
-               "). Use --trust-formula to correct the formula as written");
-  return suspected;
-}
-
 CCorrectionSettings SettingsOf(const CorrectOptions& options, const ColorSystem& system,
                                const CBatch& batch) {
   CCorrectionSettings settings;
@@ -122,8 +85,7 @@ void RunCorrect(CorrectOptions& options) {
   names.formula = options.formula;
   RefuseFaults(CheckCorrection(system.data, system.rules, named.batch, target, settings), system,
                settings.recipe, names);
-  const std::string suspected =
-      options.trustFormula ? std::string() : Diagnose(system, settings.recipe, named.batch);
+  if (!options.trustFormula) TakeFound(system, settings.recipe, named);
   CCorrection before;
   CCorrectionArray corrections;
   {
@@ -134,15 +96,13 @@ void RunCorrect(CorrectOptions& options) {
     RefuseFaults(outcome, system, settings.recipe, names);
   }
   std::vector<Column> columns{{"rank"}};
-  AddCorrectionColumns(settings.recipe, columns);
-  columns.push_back({"suspected"});
+  AddCorrectionColumns(settings.recipe, true, columns);
   OutputStream output;
   const std::unique_ptr<RowWriter> rows = MakeRowWriter(search.format, output, columns);
   int rank = 0;
   for (const CStockCorrection& correction : CorrectionsOf(0, named.batch.size, before, corrections)) {
     rows->Integer(++rank);
-    WriteCorrection(correction, system, *rows);
-    rows->Text(suspected);
+    WriteCorrection(correction, named, system, *rows);
     rows->EndRow();
   }
   rows->Finish();
@@ -179,10 +139,8 @@ void AddCorrect(Command& tool) {
   command.AddChoice(
       "--aim", options->aim, {"smallest", "cheapest", "nearest"},
       "Aim for the smallest or cheapest additions within the tolerance, or for the nearest colour");
-  command.AddOption("--margin", options->margin, "Share of the tolerance to keep in reserve")
-      .Shows("PERCENT [" + options->margin + "]");
-  command.AddFlag("--trust-formula", options->trustFormula,
-                  "Believe the formula, whatever the curve of the batch says");
+  AddMarginOption(command, options->margin);
+  AddTrustOption(command, options->trustFormula);
   command.AddFlag("--allow-new", options->allowNew,
                   "Consider colorants that are not in the batch, even if its own are enough");
   AddSearchOptions(command, options->search, RecipePurpose::kAddition);

@@ -1,6 +1,7 @@
 #include "tools/vrx/commands/match_options.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <string_view>
 
 #include <vrxmath/colorimetry/color_spaces.h>
@@ -13,6 +14,7 @@
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/output/file_output.h"
+#include "tools/vrx/recipes/diagnosis.h"
 
 namespace vrx::tool {
 namespace {
@@ -66,21 +68,21 @@ bool HasCosts(const CRecipeSettings& settings) {
 }
 
 // Recipes from parts of a stock: those that use up most come first, and nothing bounds what is fresh.
-void AddParts(Command& earlier, MatchOptions& options, const Option& stock, const Option& sort,
-              const Option& mostAddition) {
-  earlier
-      .AddOption(
-          "--parts", options.parts,
-          "Make recipes of this amount from parts of several batches; those that use up most come first")
-      .Shows("AMOUNT")
-      .Check([](const std::string& text) {
-        double amount = 0.0;
-        const bool isAmount = ParseDecimal(text, ',', amount) && amount > 0.0 && amount <= 1e9;
-        return isAmount ? "" : "expected an amount above 0";
-      })
-      .Needs(stock)
-      .Excludes(sort)
-      .Excludes(mostAddition);
+void AddParts(Command& earlier, MatchOptions& options, const Option& stock,
+              std::initializer_list<Option> excluded) {
+  Option parts =
+      earlier
+          .AddOption(
+              "--parts", options.parts,
+              "Make recipes of this amount from parts of several batches; those that use up most come first")
+          .Shows("AMOUNT")
+          .Check([](const std::string& text) {
+            double amount = 0.0;
+            const bool isAmount = ParseDecimal(text, ',', amount) && amount > 0.0 && amount <= 1e9;
+            return isAmount ? "" : "expected an amount above 0";
+          })
+          .Needs(stock);
+  for (const Option& option : excluded) parts.Excludes(option);
 }
 
 // The options that corrections of a stock have no use for; `stock` refuses them.
@@ -169,7 +171,9 @@ void AddMatchOptions(Command& command, MatchOptions& options) {
                                              "Largest total addition, in percent of the batch")
                                   .Shows("PERCENT [" + options.mostAddition + "]")
                                   .Needs(stock);
-  AddParts(earlier, options, stock, sort, mostAddition);
+  const Option margin = AddMarginOption(earlier, options.margin).Needs(stock);
+  AddTrustOption(earlier, options.trustFormula).Needs(stock);
+  AddParts(earlier, options, stock, {sort, mostAddition, margin});
   AddRecipeOptions(command, options, stock);
   AddReportOptions(command, options.report);
 }

@@ -33,6 +33,8 @@ struct MatchOptions {
   std::string formulas;
   std::string stock;
   std::string mostAddition = PercentText(RecipeDefaults::kStockAddition);
+  std::string margin = PercentText(RecipeDefaults::kMargin);
+  bool trustFormula = false;
   ReportOptions report;
 };
 

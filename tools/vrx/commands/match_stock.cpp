@@ -11,6 +11,7 @@
 #include "tools/vrx/commands/match_options.h"
 #include "tools/vrx/output/output.h"
 #include "tools/vrx/recipes/correction.h"
+#include "tools/vrx/recipes/diagnosis.h"
 #include "tools/vrx/recipes/recipe_options.h"
 #include "tools/vrx/recipes/recipe_search.h"
 #include "tools/vrx/report/recipe_pictures.h"
@@ -22,6 +23,7 @@ CCorrectionSettings CorrectionSettingsOf(const MatchOptions& options, const Colo
   CCorrectionSettings settings;
   settings.recipe = SettingsOf(options, system);
   settings.mostAddition = ParseMostAddition(options.mostAddition);
+  settings.margin = ParseMargin(options.margin);
   CheckAdditions(options.search.choice);
   switch (options.order) {
     case RecipeOrder::kCost:
@@ -60,6 +62,17 @@ std::string PartsText(const CLeftoverRecipe& recipe, const std::vector<NamedBatc
   return text;
 }
 
+// "A12 (Cobalt Blue: 0 % instead of 4.5 %)" of each leftover in a recipe that is not as written.
+std::string SuspectedText(const CLeftoverRecipe& recipe, const std::vector<NamedBatch>& stock) {
+  std::string text;
+  for (std::size_t i = 0; i < stock.size(); ++i) {
+    const NamedBatch& batch = stock[i];
+    if (batch.suspected.empty() || !(recipe.used[static_cast<std::ptrdiff_t>(i)] > 0.0)) continue;
+    text.append(text.empty() ? "" : "; ").append(batch.id).append(" (").append(batch.suspected).append(")");
+  }
+  return text;
+}
+
 // What is read for targets that a stock is to become.
 class StockAndTargets {
  protected:
@@ -68,8 +81,22 @@ class StockAndTargets {
         report_(options.report, ReportText::kRecipes),
         system_(ReadColorSystem(options.search.system)),
         targets_(ReadTargets(options, system_, report_)),
-        stock_(ReadStock(options.stock, system_, options.search.input, TakenOf(options, system_))) {
+        stock_(ReadStock(options.stock, system_, options.search.input, TakenOf(options, system_))) {}
+
+  RecipeNames NamesOf(const NamedTarget& target, const NamedBatch& batch) const {
+    RecipeNames names = tool::NamesOf(options_, target);
+    names.batch = names.formula = options_.stock + ": batch \"" + batch.id + "\"";
+    return names;
+  }
+
+  // Takes the batches for what their curves say, unless their formulas are to be trusted.
+  void TakeStock(const CRecipeSettings& settings) {
+    if (!options_.trustFormula) TakeFound(system_, settings, options_.stock, stock_);
     for (const NamedBatch& batch : stock_) batches_.Add(batch.batch);
+  }
+
+  bool IsAnySuspected() const {
+    return std::ranges::any_of(stock_, [](const NamedBatch& batch) { return !batch.suspected.empty(); });
   }
 
   const MatchOptions& options_;
@@ -96,13 +123,14 @@ class StockSearch : StockAndTargets {
   }
 
   void Run() {
+    TakeStock(settings_.recipe);
     std::vector<CStockCorrectionArray> found;
     {
       SearchProgress progress(targets_.size());
       for (std::size_t i = 0; i < targets_.size(); ++i) found.push_back(CorrectAll(i, progress));
     }
     std::vector<Column> columns{{"target"}, {"rank"}, {"batch"}};
-    AddCorrectionColumns(settings_.recipe, columns);
+    AddCorrectionColumns(settings_.recipe, IsAnySuspected(), columns);
     OutputStream output;
     DescribeRun(options_, settings_.recipe, report_);
     report_.AddFile(ReportText::kStock, options_.stock);
@@ -112,8 +140,9 @@ class StockSearch : StockAndTargets {
       for (const CStockCorrection& correction : found[i]) {
         rows->Text(targets_[i].id);
         rows->Integer(++rank);
-        rows->Text(stock_[static_cast<std::size_t>(correction.batch)].id);
-        WriteCorrection(correction, system_, *rows);
+        const NamedBatch& batch = stock_[static_cast<std::size_t>(correction.batch)];
+        rows->Text(batch.id);
+        WriteCorrection(correction, batch, system_, *rows);
         rows->EndRow();
       }
     }
@@ -124,12 +153,6 @@ class StockSearch : StockAndTargets {
   }
 
  private:
-  RecipeNames NamesOf(const NamedTarget& target, const NamedBatch& batch) const {
-    RecipeNames names = tool::NamesOf(options_, target);
-    names.batch = names.formula = options_.stock + ": batch \"" + batch.id + "\"";
-    return names;
-  }
-
   void AddPictures(const std::vector<CStockCorrectionArray>& found) {
     RecipePictures pictures(settings_.recipe, system_, report_);
     for (std::size_t i = 0; i < targets_.size() && pictures.IsWanted(); ++i) {
@@ -165,7 +188,24 @@ class PartsSearch : StockAndTargets {
     settings_.batchSize = options.parts;
   }
 
+  // Refuses a leftover that no recipe could use, by its name.
+  void Check() const {
+    CCorrectionSettings settings;
+    settings.recipe = settings_;
+    settings.recipe.mostColorants = 1;
+    for (const NamedBatch& batch : stock_) {
+      const CRecipeTarget& target = targets_.front().target;
+      const RecipeOutcome outcome =
+          CheckCorrection(system_.data, system_.rules, batch.batch, target, settings);
+      const bool isOfBatch = outcome.fault == RecipeFault::kBatchFormula ||
+                             outcome.fault == RecipeFault::kBatchNotMeasured ||
+                             outcome.fault == RecipeFault::kBatchBelowSurface;
+      if (isOfBatch) RefuseFaults(outcome, system_, settings_, NamesOf(targets_.front(), batch));
+    }
+  }
+
   void Run() {
+    TakeStock(settings_);
     const std::vector<CLeftoverRecipeArray> found = Search();
     OutputStream output;
     DescribeRun(options_, settings_, report_);
@@ -187,7 +227,7 @@ class PartsSearch : StockAndTargets {
     SearchProgress progress(targets_.size());
     for (std::size_t i = 0; i < targets_.size(); ++i) {
       settings_.progress = progress.OfSearch(i);
-      RecipeNames names = NamesOf(options_, targets_[i]);
+      RecipeNames names = tool::NamesOf(options_, targets_[i]);
       names.batch = names.formula = options_.stock;
       RefuseFaults(
           UseLeftovers(system_.data, system_.rules, batches_, targets_[i].target, settings_, found[i]),
@@ -201,6 +241,7 @@ class PartsSearch : StockAndTargets {
     AddDifferenceColumns(settings_, columns);
     columns.push_back(CostColumn(settings_));
     columns.push_back({"status"});
+    columns.push_back({.name = "suspected", .inReport = IsAnySuspected()});
     return columns;
   }
 
@@ -216,6 +257,7 @@ class PartsSearch : StockAndTargets {
     for (const double difference : each.recipe.differences) rows.Number(difference, tint);
     rows.Number(each.recipe.cost);
     rows.Text(each.recipe.isWithinTolerance ? "ok" : "out of tolerance", tint);
+    rows.Text(SuspectedText(each, stock_));
     rows.EndRow();
   }
 
@@ -241,10 +283,11 @@ class PartsSearch : StockAndTargets {
 }  // namespace
 
 void MatchFromStock(MatchOptions& options) {
-  if (options.parts > 0.0) return PartsSearch(options).Run();
-  StockSearch search(options);
-  search.Check();
-  search.Run();
+  const auto run = [](auto&& search) {
+    search.Check();
+    search.Run();
+  };
+  options.parts > 0.0 ? run(PartsSearch(options)) : run(StockSearch(options));
 }
 
 }  // namespace vrx::tool

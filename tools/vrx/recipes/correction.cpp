@@ -9,6 +9,7 @@
 
 #include <vrxio/text/decimal.h>
 
+#include "tools/vrx/base/command_line.h"
 #include "tools/vrx/base/reader_names.h"
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/input/conditions.h"
@@ -182,6 +183,11 @@ double ParseMostAddition(const std::string& text) {
   return part;
 }
 
+Option AddMarginOption(Command& owner, std::string& margin) {
+  return owner.AddOption("--margin", margin, "Share of the tolerance to keep in reserve")
+      .Shows("PERCENT [" + margin + "]");
+}
+
 double ParseMargin(const std::string& text) {
   double part = 0.0;
   if (!ParsePercent(text, part) || !(part >= 0.0 && part < 1.0)) {
@@ -190,7 +196,7 @@ double ParseMargin(const std::string& text) {
   return part;
 }
 
-void AddCorrectionColumns(const CRecipeSettings& settings, std::vector<Column>& columns) {
+void AddCorrectionColumns(const CRecipeSettings& settings, bool isSuspected, std::vector<Column>& columns) {
   columns.insert(columns.end(), {{"additions"}, {"total"}, {"dE_before", "dE before"}});
   for (const vrxIlluminant illuminant : settings.illuminants) {
     columns.push_back({"dE_after_" + ShownIlluminant(illuminant), "dE after " + ShownIlluminant(illuminant)});
@@ -199,21 +205,25 @@ void AddCorrectionColumns(const CRecipeSettings& settings, std::vector<Column>& 
                                     [](const CRecipeComponent& component) { return component.cost > 0.0; });
   columns.push_back({.name = "cost", .inReport = hasCosts});
   columns.push_back({"status"});
+  columns.push_back({.name = "suspected", .inReport = isSuspected});
 }
 
-void WriteCorrection(const CStockCorrection& correction, const ColorSystem& system, RowWriter& rows) {
+void WriteCorrection(const CStockCorrection& correction, const NamedBatch& batch, const ColorSystem& system,
+                     RowWriter& rows) {
   const CCorrection& what = correction.correction;
-  const Tint tint = what.isWithinTolerance ? Tint::kGood : Tint::kBad;
+  const Tint tint = !what.isWithinTolerance ? Tint::kBad : batch.isExplained ? Tint::kGood : Tint::kWarning;
   rows.Words(FormulaText(what.additions, correction.size),
              NamedFormulaText(what.additions, system, correction.size));
   rows.Number(what.total);
   rows.Number(correction.before);
   for (const double difference : what.differences) rows.Number(difference, tint);
   rows.Number(what.cost);
-  const char* const status = !correction.helps        ? "no addition helps"
-                             : what.isWithinTolerance ? "ok"
-                                                      : "out of tolerance";
+  const char* const status = !correction.helps         ? "no addition helps"
+                             : !what.isWithinTolerance ? "out of tolerance"
+                             : batch.isExplained       ? "ok"
+                                                       : "curve not explained";
   rows.Text(status, tint);
+  rows.Text(batch.suspected);
 }
 
 }  // namespace vrx::tool

@@ -17,10 +17,15 @@
 
 namespace vrx::tool {
 
-/// A batch and what it is called.
+class Command;
+class Option;
+
+/// A batch, what it is called, and what its curve says of it (TakeFound).
 struct NamedBatch {
   std::string id;
   CBatch batch;
+  std::string suspected = {};  ///< such as "Cobalt Blue: 0 % instead of 4.5 %"; empty of a batch as written
+  bool isExplained = true;     ///< false where no single mistake explains its curve
 };
 
 /// The batches of a file of curves with the columns `formula` ("1:94;7:1.5", components by id or name) and `amount`.
@@ -55,13 +60,17 @@ std::string PercentText(double part);
 /// A share of the batch from "20%" or "20". Throws InputError for anything but 0 (excluded) to 10000 percent.
 double ParseMostAddition(const std::string& text);
 
+/// Adds `--margin`, whose default is what `margin` has.
+Option AddMarginOption(Command& owner, std::string& margin);
+
 /// A part of the tolerance from "25%" or "25". Throws InputError for anything but 0 to 100 (excluded).
 double ParseMargin(const std::string& text);
 
-/// `additions,total,dE_before,dE_after_D65 ...,cost,status`.
-void AddCorrectionColumns(const CRecipeSettings& settings, std::vector<Column>& columns);
-/// The cells below them, without the end of the row.
-void WriteCorrection(const CStockCorrection& correction, const ColorSystem& system, RowWriter& rows);
+/// `additions,total,dE_before,dE_after_D65 ...,cost,status,suspected`; the last one in a report only with `isSuspected`.
+void AddCorrectionColumns(const CRecipeSettings& settings, bool isSuspected, std::vector<Column>& columns);
+/// The cells below them of a correction of `batch`, without the end of the row.
+void WriteCorrection(const CStockCorrection& correction, const NamedBatch& batch, const ColorSystem& system,
+                     RowWriter& rows);
 
 }  // namespace vrx::tool
 

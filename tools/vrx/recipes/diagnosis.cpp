@@ -1,0 +1,113 @@
+#include "tools/vrx/recipes/diagnosis.h"
+
+#include <cstddef>
+
+#include <vrxio/text/decimal.h>
+#include <vrxmath/matching/batch_diagnosis.h>
+
+#include "tools/vrx/base/command_line.h"
+#include "tools/vrx/base/reader_names.h"
+#include "tools/vrx/base/text.h"
+#include "tools/vrx/recipes/recipe_options.h"
+
+namespace vrx::tool {
+namespace {
+
+// A part of 1 in percent, with two decimals at most, or four where these leave nothing of it.
+std::string Percent(double part) {
+  constexpr double kSmall = 1e-3;
+  return TrimmedDecimals(100.0 * part, part < kSmall ? 4 : 2) + " %";
+}
+
+// "Iron Oxide Yellow: 0 % instead of 4.5 %"
+std::string SuspicionsText(const CSuspectedAmountArray& suspected, const ColorSystem& system) {
+  std::string text;
+  for (const CSuspectedAmount& amount : suspected) {
+    const CComponent* const component = ComponentOfId(system, amount.componentId);
+    text.append(text.empty() ? "" : "; ")
+        .append(component != nullptr ? component->GetName().ToUtf8() : std::string())
+        .append(": ")
+        .append(Percent(amount.found))
+        .append(" instead of ")
+        .append(Percent(amount.written));
+  }
+  return text;
+}
+
+// What is suspected, and on what evidence.
+std::string SuspicionMessage(const CBatchDiagnosis& diagnosis, const std::string& suspected,
+                             const ColorSystem& system) {
+  const std::string other = SuspicionsText(diagnosis.next.suspected, system);
+  return " does not seem to match its formula; suspected: " + suspected + ". As written its curve would be " +
+         FixedDecimals(diagnosis.asWritten, 2) + " off (CIEDE2000), with the suspicion " +
+         FixedDecimals(diagnosis.best.difference, 2) + "; " +
+         (diagnosis.isClear ? "the next best" : "not much less likely") + " is " +
+         (other.empty() ? "the formula as written" : other) + " (" +
+         FixedDecimals(diagnosis.next.difference, 2) + ")";
+}
+
+// That nothing explains a curve, as where two rows of a file were exchanged.
+std::string ContradictionMessage(const CBatchDiagnosis& diagnosis, const std::string& suspected) {
+  return " does not match its formula: its curve is " + FixedDecimals(diagnosis.asWritten, 2) +
+         " off (CIEDE2000), and no single mistake explains that; the likeliest (" +
+         (suspected.empty() ? "amounts within what weighing leaves open" : suspected) + ") leaves " +
+         FixedDecimals(diagnosis.best.difference, 2) +
+         ". Make sure that the curve and the formula are those of one batch";
+}
+
+// Puts what was found in the place of the formula. What is to be told of the batch; empty of one as written.
+std::string Take(const ColorSystem& system, const CRecipeSettings& recipe, NamedBatch& named) {
+  const CDiagnosisSettings settings = DiagnosisBefore(recipe, system.calibrated);
+  CBatchDiagnosis diagnosis;
+  if (!DiagnoseBatch(system.data, named.batch, settings, diagnosis)) return "";  // the search says why
+  named.batch.formula = diagnosis.best.formula;
+  named.suspected = SuspicionsText(diagnosis.best.suspected, system);
+  named.isExplained = diagnosis.isExplained;
+  if (!named.isExplained) return ContradictionMessage(diagnosis, named.suspected);
+  return named.suspected.empty() ? "" : SuspicionMessage(diagnosis, named.suspected, system);
+}
+
+// How many batches of a stock were not taken as written, and what was made of them.
+void TellCounts(const std::string& path, std::size_t batches, std::size_t suspected, std::size_t left) {
+  if (suspected + left == 0) return;
+  const auto are = [](std::size_t count, const char* what) {
+    return std::to_string(count) + (count == 1 ? " is " : " are ") + what;
+  };
+  std::string text = path;
+  text.append(": of ").append(std::to_string(batches)).append(" batches ");
+  if (suspected > 0) text.append(are(suspected, "taken for what the curve says"));
+  if (left > 0) text.append(suspected > 0 ? " and " : "").append(are(left, "left out"));
+  text.append("; use --trust-formula to take all by their formulas as written");
+  if (left == batches) throw InputError(text);
+  PrintMessage(text);
+}
+
+}  // namespace
+
+Option AddTrustOption(Command& owner, bool& trustFormula) {
+  return owner.AddFlag("--trust-formula", trustFormula,
+                       "Believe the formula of a batch, whatever its curve says");
+}
+
+void TakeFound(const ColorSystem& system, const CRecipeSettings& recipe, NamedBatch& named) {
+  const std::string message = Take(system, recipe, named);
+  if (message.empty()) return;
+  PrintMessage("the batch" + message + ". Use --trust-formula to correct it by the formula as written");
+}
+
+void TakeFound(const ColorSystem& system, const CRecipeSettings& recipe, const std::string& path,
+               std::vector<NamedBatch>& stock) {
+  const std::size_t batches = stock.size();
+  std::size_t suspected = 0;
+  for (NamedBatch& named : stock) {
+    const std::string found = Take(system, recipe, named);
+    if (found.empty()) continue;
+    if (named.isExplained) ++suspected;
+    std::string message = path;
+    PrintMessage(message.append(": batch \"").append(named.id).append("\"").append(found));
+  }
+  std::erase_if(stock, [](const NamedBatch& named) { return !named.isExplained; });
+  TellCounts(path, batches, suspected, batches - stock.size());
+}
+
+}  // namespace vrx::tool

@@ -1,0 +1,33 @@
+// What the curves of batches say is in them, where that is not what their formulas say.
+
+#ifndef TOOLS_VRX_RECIPES_DIAGNOSIS_H_
+#define TOOLS_VRX_RECIPES_DIAGNOSIS_H_
+
+#include <string>
+#include <vector>
+
+#include <vrxmath/matching/batch_correction.h>
+
+#include "tools/vrx/output/color_system_file.h"
+#include "tools/vrx/recipes/correction.h"
+
+namespace vrx::tool {
+
+class Command;
+class Option;
+
+/// Adds `--trust-formula`.
+Option AddTrustOption(Command& owner, bool& trustFormula);
+
+/// Finds out what is in a batch and puts it in the place of what was written, with what is suspected. A message tells the
+/// evidence. A batch that cannot be predicted is left as it is.
+void TakeFound(const ColorSystem& system, const CRecipeSettings& recipe, NamedBatch& named);
+
+/// The same of every batch of the stock of a file. Those that nothing explains are left out, and a last message counts.
+/// Throws InputError when none is left.
+void TakeFound(const ColorSystem& system, const CRecipeSettings& recipe, const std::string& path,
+               std::vector<NamedBatch>& stock);
+
+}  // namespace vrx::tool
+
+#endif  // TOOLS_VRX_RECIPES_DIAGNOSIS_H_
