@@ -163,6 +163,12 @@ TEST(RecipeTrust, RangesAreToldAndKept) {
       PredictionError(Mixture({{1, 9.0}, {99, 1.0}}), system, settings.calibrated);
   EXPECT_TRUE(IsUnset(partly.nineOfTen)) << "of 99 nothing is known";
   EXPECT_EQ(partly.half, 1.0);
+  const CPredictionError oneLine =
+                             PredictionError(Mixture({{1, 90.0}, {3, 10.0}}), system, settings.calibrated),
+                         twoLines = PredictionError(Mixture({{3, 3.0}, {1, 90.0}, {3, 7.0}}), system,
+                                                    settings.calibrated);
+  EXPECT_EQ(twoLines.nineOfTen, oneLine.nineOfTen) << "lines of one component count together";
+  EXPECT_EQ(twoLines.outside, oneLine.outside);
 }
 
 // The same solid colour at three angles, of which one is a little lighter: the largest difference counts, and is made small.

@@ -111,6 +111,53 @@ TEST_F(ColorantCommands, TheExampleIsListedAndPredicted) {
             "vrx: bad.json: formulas[0].lines[0].amount: -3 is not within 0 to 1e+100\n");
 }
 
+// What match says of the trust in a recipe, predict says of the same formula.
+TEST_F(ColorantCommands, PredictTellsItsErrorAsMatchDoes) {
+  json system = test::ReadJson(VRX_SOURCE_DIR "/examples/acrylic_paints.json");
+  const std::string plain = system.dump();
+  for (json& component : system["components"]) {
+    const double error = component["id"] == 7 ? 3.0 : 1.0;
+    component["calibrated"] = {{"least", 5},
+                               {"most", 100},
+                               {"drawdowns", 12},
+                               {"leave_one_out", error},
+                               {"leave_one_out_90", 2 * error}};
+  }
+  folder_.Write("paints.json", system.dump());
+  folder_.Write("f.json", R"({"formulas":[
+      {"name":"blue","lines":[{"component":1,"amount":94},{"component":7,"amount":1.5},{"component":16,"amount":4.5}]},
+      {"name":"light","lines":[{"component":1,"amount":90},{"component":3,"amount":10}]}]})");
+  const json predicted = RunJson("predict paints.json f.json");
+  std::string curve = Header("id", 360, 750) + "blue";
+  for (int nm = 360; nm <= 750; nm += 10) curve += "," + predicted[0][std::to_string(nm)].dump();
+  folder_.Write("t.csv", curve + "\n");
+  const json recipe = RunJson("match paints.json t.csv --max-colorants 3 --top 1 --require 1,7,16")[0];
+  EXPECT_EQ(predicted[0]["outside"], "7;16");
+  EXPECT_EQ(predicted[0]["outside"], recipe["outside"]);
+  EXPECT_NEAR(predicted[0]["expected"].get<double>(), recipe["expected"].get<double>(), 1e-6);
+  EXPECT_GT(predicted[0]["expected"], 6.0) << "farther outside of its range";
+  EXPECT_EQ(predicted[1]["expected"], 2.0);
+  EXPECT_EQ(predicted[1]["outside"], "");
+  ASSERT_EQ(Run("predict paints.json f.json").status, 0);
+  const std::string shown = folder_.Read("out");
+  EXPECT_NE(
+      shown.find("\n  expected error: nine of ten such predictions are at most 2.00 off (CIEDE2000)\n\n"),
+      std::string::npos)
+      << shown;
+  EXPECT_NE(shown.find("\n  outside of the calibrated range: Phthalo Blue (Green Shade), "),
+            std::string::npos)
+      << shown;
+
+  system["components"][2]["calibrated"].erase("leave_one_out_90");
+  folder_.Write("partly.json", system.dump());
+  EXPECT_TRUE(RunJson("predict partly.json f.json")[1]["expected"].is_null());
+  ASSERT_EQ(Run("predict partly.json f.json").status, 0);
+  EXPECT_NE(folder_.Read("out").find("\n  expected error: not known\n"), std::string::npos)
+      << folder_.Read("out");
+  folder_.Write("plain.json", plain);
+  EXPECT_FALSE(RunJson("predict plain.json f.json")[0].contains("expected")) << "nothing is known of any";
+}
+
 TEST_F(ColorantCommands, PredictSpeaksOfRulesAndOfWhatItCannotDo) {
   std::string curve = "[1";
   for (int i = 1; i < 40; ++i) curve += ",1";

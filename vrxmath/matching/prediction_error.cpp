@@ -62,6 +62,22 @@ double WholeOf(const CDbFormula& formula, const CColorantSystemData& system) {
   return isRelative ? (substrate > 0.0 ? substrate : 1.0) : total;
 }
 
+// The formula with one line for each component that it has something of.
+CDbFormula Summed(const CDbFormula& formula) {
+  CDbFormula sums;
+  for (const CDbFormulaElement& line : formula) {
+    if (!(line.amount > 0.0)) continue;
+    const auto isSame = [&](const CDbFormulaElement& sum) { return sum.componentId == line.componentId; };
+    auto* const same = std::find_if(sums.begin(), sums.end(), isSame);
+    if (same == sums.end()) {
+      sums.Add(line);
+    } else {
+      same->amount += line.amount;
+    }
+  }
+  return sums;
+}
+
 }  // namespace
 
 CPredictionError PredictionError(const CDbFormula& formula, const CColorantSystemData& system,
@@ -70,8 +86,7 @@ CPredictionError PredictionError(const CDbFormula& formula, const CColorantSyste
   CPredictionError error;
   double half = 0.0, nineOfTen = 0.0;
   bool isKnown = whole > 0.0;
-  for (const CDbFormulaElement& line : formula) {
-    if (!(line.amount > 0.0)) continue;
+  for (const CDbFormulaElement& line : Summed(formula)) {
     const auto id = static_cast<uint32_t>(line.componentId);
     const auto* const own =
         std::find_if(calibrated.begin(), calibrated.end(),

@@ -26,8 +26,8 @@ struct CPredictionError {
 };
 
 /// How far the prediction of a formula may be off.
-/// In:      a formula of the system whose lines have unlike components; what is known of these. Clear resins and
-///          substrates need not be known.
+/// In:      a formula of the system; lines of one component count together. What is known of the components; clear resins
+///          and substrates need not be known.
 /// Formula: the largest of the components' errors, left out one at a time, each larger by a half for every factor of two
 ///          by which its share lies outside of its calibrated range. Of fewer than ten drawdowns nothing can be said
 ///          about nine of ten: there it is at least the median of the components' own.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include <vrxmath/colorant/component_names.h>
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/formula/prediction.h>
+#include <vrxmath/matching/prediction_error.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
@@ -18,6 +20,7 @@
 #include "tools/vrx/input/surface_options.h"
 #include "tools/vrx/output/color_system_file.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/recipes/recipe_options.h"
 
 namespace vrx::tool {
 namespace {
@@ -50,22 +53,34 @@ std::string ConditionsOf(vrxIlluminant illuminant, int32_t observer) {
   return text;
 }
 
+// What a formula gives, and how far that may be off; nothing of the latter where the system does not know how it was
+// calibrated.
+struct Prediction {
+  std::string name;
+  CReflData curve;
+  std::optional<CPredictionError> error;
+};
+
 // Predictions on their way out, one formula at a time.
 class PredictionOutput {
  public:
   virtual ~PredictionOutput() = default;
-  virtual void Add(const std::string& name, const CReflData& curve) = 0;
+  virtual void Add(const Prediction& prediction) = 0;
   virtual void Finish() = 0;
 };
 
-// For people: a block per formula, ten samples in a line, then the colours.
+// For people: a block per formula, ten samples in a line, then the colours, then the error.
 class PredictionBlocks final : public PredictionOutput {
  public:
-  PredictionBlocks(const ViewingOptions& viewing, OutputStream& output)
-      : illuminants_(viewing.Illuminants()), observer_(viewing.Observer()), output_(output) {}
+  PredictionBlocks(const ViewingOptions& viewing, const ColorSystem& system, OutputStream& output)
+      : illuminants_(viewing.Illuminants()),
+        observer_(viewing.Observer()),
+        system_(system),
+        output_(output) {}
 
-  void Add(const std::string& name, const CReflData& curve) override {
-    output_.Append(Shortened(name, kLongestCell) + "\n");
+  void Add(const Prediction& prediction) override {
+    const CReflData& curve = prediction.curve;
+    output_.Append(Shortened(prediction.name, kLongestCell) + "\n");
     constexpr int32_t kPerLine = 10;
     for (int32_t first = 0; first < kWavelengths; first += kPerLine) {
       output_.Append("  " + std::to_string(WavelengthAt(first)) + " nm ");
@@ -82,11 +97,23 @@ class PredictionBlocks final : public PredictionOutput {
       for (const double coordinate : ColorOf(curve, illuminant, observer_)) AppendCell(coordinate);
       output_.Append('\n');
     }
+    if (prediction.error) AddError(*prediction.error);
     output_.Append('\n');
   }
   void Finish() override {}
 
  private:
+  void AddError(const CPredictionError& error) {
+    const bool isKnown = !IsUnset(error.nineOfTen);
+    output_.Append("  expected error: ");
+    output_.Append(isKnown ? "nine of ten such predictions are at most " + FixedDecimals(error.nineOfTen, 2) +
+                                 " off (CIEDE2000)\n"
+                           : "not known\n");
+    if (!error.outside.IsEmpty()) {
+      output_.Append("  outside of the calibrated range: " + NamedComponentsText(error.outside, system_) +
+                     "\n");
+    }
+  }
   void AppendRight(const std::string& text) {
     constexpr std::size_t kWidth = 7;  // ten of them fit a terminal of 80 columns
     output_.AppendSpaces(text.size() < kWidth ? kWidth - text.size() : 1);
@@ -96,22 +123,29 @@ class PredictionBlocks final : public PredictionOutput {
 
   std::vector<vrxIlluminant> illuminants_;
   int32_t observer_;
+  const ColorSystem& system_;
   OutputStream& output_;
 };
 
 // For programs: a row or object per formula.
 class PredictionRows final : public PredictionOutput {
  public:
-  PredictionRows(const PredictOptions& options, OutputStream& output)
+  PredictionRows(const PredictOptions& options, const ColorSystem& system, OutputStream& output)
       : illuminants_(options.viewing.Illuminants()),
         observer_(options.viewing.Observer()),
+        hasErrors_(!system.calibrated.IsEmpty()),
         rows_(MakeRowWriter(options.format, output, Columns())) {}
 
-  void Add(const std::string& name, const CReflData& curve) override {
-    rows_->Text(name);
-    for (const double percent : curve) rows_->Number(percent);
+  void Add(const Prediction& prediction) override {
+    rows_->Text(prediction.name);
+    for (const double percent : prediction.curve) rows_->Number(percent);
     for (const vrxIlluminant illuminant : illuminants_) {
-      for (const double coordinate : ColorOf(curve, illuminant, observer_)) rows_->Number(coordinate);
+      for (const double coordinate : ColorOf(prediction.curve, illuminant, observer_))
+        rows_->Number(coordinate);
+    }
+    if (prediction.error) {
+      rows_->Number(prediction.error->nineOfTen);
+      rows_->Text(ComponentsText(prediction.error->outside));
     }
     rows_->EndRow();
   }
@@ -126,11 +160,13 @@ class PredictionRows final : public PredictionOutput {
         columns.push_back({ConditionsOf(illuminant, observer_) + " " + coordinate});
       }
     }
+    if (hasErrors_) columns.insert(columns.end(), {{"expected"}, {"outside"}});
     return columns;
   }
 
   std::vector<vrxIlluminant> illuminants_;
   int32_t observer_;
+  bool hasErrors_;
   std::unique_ptr<RowWriter> rows_;
 };
 
@@ -150,9 +186,9 @@ void RunPredict(const PredictOptions& options) {
   OutputStream output;
   std::unique_ptr<PredictionOutput> results;
   if (options.format == Format::kTable) {
-    results = std::make_unique<PredictionBlocks>(options.viewing, output);
+    results = std::make_unique<PredictionBlocks>(options.viewing, system, output);
   } else {
-    results = std::make_unique<PredictionRows>(options, output);
+    results = std::make_unique<PredictionRows>(options, system, output);
   }
   for (const NamedFormula& formula : formulas) {
     WarnAboutRules(formula, system.rules);
@@ -162,7 +198,10 @@ void RunPredict(const PredictOptions& options) {
                        "its components do not absorb and scatter under the model \"" +
                        OpticalModelName(system.data.opticalModel).ToUtf8() + "\"");
     }
-    results->Add(formula.name, curve);
+    Prediction prediction{formula.name, curve, {}};
+    if (!system.calibrated.IsEmpty())
+      prediction.error = PredictionError(formula.formula, system.data, system.calibrated);
+    results->Add(prediction);
   }
   results->Finish();
   output.Finish();
@@ -179,11 +218,13 @@ void AddPredict(Command& tool) {
   AddViewingOptions(command, options->viewing, "D65,A,CWF");
   AddFormatOption(command, options->format);
   command.SetNotes(
-      "Curves are in percent at 360 ... 750 nm. They include the light that the surface reflects if the "
-      "curves\n"
-      "that the colour system was calibrated on did; if the system does not say, they do unless --specular "
-      "says\n"
-      "otherwise.\n\n"
+      "Curves are those of opaque films, in percent at 360 ... 750 nm. They include the light that the\n"
+      "surface reflects if the curves that the colour system was calibrated on did; if the system does not\n"
+      "say, they do unless --specular says otherwise. If the system knows how it was calibrated, expected "
+      "is\n"
+      "the error that nine out of ten predictions do not exceed, and outside names the components whose "
+      "share\n"
+      "is outside the range in which they were calibrated.\n\n"
       "Examples:\n"
       "  vrx predict examples/acrylic_paints.json examples/acrylic_formulas.json\n"
       "  vrx predict system.json formulas.json --illuminants D50 --observer 2 --format csv\n");
