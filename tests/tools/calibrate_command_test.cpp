@@ -154,6 +154,8 @@ TEST_F(MatchingCommands, TheSurfaceOfACalibrationIsKept) {
   stated("sce.csv", "id,geometry", "t,SCE", "20");
   stated("stock_sci.csv", "id,geometry,formula,amount", "t,SCI,1:90;2:10,9", "20");
   stated("made_sci.csv", "id,geometry,formula", "t,SCI,1:90;2:10", "20");
+  stated("cards_sci.csv", "id,geometry", "black,SCI", "5");
+  folder_.Write("cards_sci.csv", folder_.Read("cards_sci.csv") + FlatRow("white,SCI", "88"));
   folder_.Write("lab_sci.csv", "id,geometry,L,a,b\nt,SCI,50,0,0\n");
   folder_.Write("samples_sce.csv", Header("id,geometry,share:white,share:black", 360, 750) +
                                        FlatRow("w,SCE,100,0", "88") + FlatRow("g,SCE,90,10", "20") +
@@ -167,6 +169,7 @@ TEST_F(MatchingCommands, TheSurfaceOfACalibrationIsKept) {
       {"match s.json lab_sci.csv", "lab_" + other},
       {"match s.json t.csv --from-stock stock_sci.csv", "stock_" + other},
       {"match s.json t.csv --library made_sci.csv", "made_" + other},
+      {"match s.json t.csv --backings cards_sci.csv", "cards_" + other},
       {correct + "--batch sci.csv --target t.csv", other},
       {correct + "--batch t.csv --target sci.csv", other},
       {"match " + kPaints + " sce.csv", "but --specular is included; use --specular excluded"},

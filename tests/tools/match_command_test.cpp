@@ -106,6 +106,14 @@ TEST_F(MatchingCommands, MatchAnswersWhateverIsAsked) {
   EXPECT_EQ(told.find("Titanium White"), std::string::npos) << told;
   EXPECT_EQ(told.find("Cobalt Blue"), std::string::npos) << "0 is a cost: " << told;
 
+  // Cards are read as the other curves are.
+  folder_.Write("parts.csv", Wide() + FlatRow("black", "0.05") + FlatRow("white", "0.88"));
+  folder_.Write("target.csv", Wide() + FlatRow("t", "0.4"));
+  folder_.Write("percent.csv", Wide() + FlatRow("t", "40"));
+  const std::string cards = " --max-colorants 1 --top 1 --backings ";
+  EXPECT_EQ(RunJson("match " + kPaints + " target.csv --fraction" + cards + "parts.csv"),
+            RunJson("match " + kPaints + " percent.csv" + cards + "backings.csv"));
+
   const std::string thin =
       "match " + kPaints + " curves.csv --max-colorants 1 --backings backings.csv --thickness ";
   for (const json& row : RunJson(thin + "1e-3 --min-opacity 99.9 --formulas new.json")) {
@@ -232,7 +240,9 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
     folder_.Write("flop.csv", two + "t,15deg" + flop + "\n");
   }
   folder_.Write("library.csv", library);
+  folder_.Write("library_twice.csv", library + library.substr(library.find('\n') + 1));
   folder_.Write("two.csv", two);
+  folder_.Write("sky_only.csv", two.substr(0, two.find("\nt,SCI") + 1));
   const json adapted =
       RunJson("match " + kPaints + " curves.csv --top 1 --max-colorants 3 --library library.csv");
   ASSERT_EQ(adapted.size(), 12u);
@@ -268,6 +278,18 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
   ASSERT_EQ(Run("job add-recipes " + kPaints + " library.csv --job made.vrxjob"), 0);
   const std::string fromJob = " curves.csv --top 1 --max-colorants 3 --library made.vrxjob";
   EXPECT_EQ(RunJson("match " + kPaints + fromJob), adapted);
+  // Another one of that name is told by its number; a file has none to tell rows of one id by.
+  std::string lightest = library;
+  lightest.replace(lightest.find("1:94"), 4, "1:95");
+  folder_.Write("again.csv", lightest);
+  ASSERT_EQ(Run("job create both.vrxjob"), 0);
+  ASSERT_EQ(Run("job add-recipes " + kPaints + " library.csv again.csv --job both.vrxjob"), 0);
+  std::vector<std::string> from;
+  for (const json& row :
+       RunJson("match " + kPaints + " sky_only.csv --top 2 --max-colorants 3 --library both.vrxjob"))
+    if (row["from"] != "") from.push_back(row["from"]);
+  std::ranges::sort(from);
+  EXPECT_EQ(from, (std::vector<std::string>{"A7 #1", "A7 #2"}));
   json twins = ReadJson(kPaints);
   twins["components"][2]["name"] = "Cerulean Blue";
   folder_.Write("twins.json", twins.dump());
@@ -340,6 +362,8 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
       {"match " + kPaints + " curves.csv --within-range", "--within-range"},
       {match + "--load 90% --within-range", "--within-range: no recipe makes up 100 percent"},
       {match + "--library none.csv", "none.csv"},
+      {match + "--library library_twice.csv",
+       "library_twice.csv, line 3: recipe \"A7\" appears twice, first in library_twice.csv, line 2"},
       {match + "--library curves.csv", "\"formula\""},
       {"match " + kPaints + " flop.csv", "flop.csv: target \"t\" changes with the geometry"},
       {"match " + kPaints + " curves.csv --parts 100", "--from-stock"},

@@ -229,7 +229,10 @@ CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& syste
   settings.leastOpacity = options.minOpacity;
   settings.prerank = options.prerank;
   ParseLoad(options.load, settings);
-  if (!options.backings.empty()) ReadBackings(options.backings, settings.black, settings.white);
+  if (!options.backings.empty()) {
+    ReadBackings(options.backings, options.search.input, TakenOf(options, system), settings.black,
+                 settings.white);
+  }
   return settings;
 }
 

@@ -65,28 +65,32 @@ bool ParsePercent(std::string_view number, double& part) {
   return isNumber;
 }
 
-// What is told is the id of a batch, which has to say which one is meant.
-void RefuseTwice(const CurveReader& curves, const std::string& id,
+// What is told is the id of a batch or of an earlier recipe, which has to say which one is meant.
+void RefuseTwice(const CurveReader& curves, std::string_view called, const std::string& id,
                  std::map<std::string, std::string>& places) {
   const auto [earlier, isNew] = places.emplace(id, curves.Source().RowPlace());
-  if (!isNew) curves.Source().FailRow("batch \"" + id + "\" appears twice, first in " + earlier->second);
+  if (isNew) return;
+  std::string reason(called);
+  curves.Source().FailRow(
+      reason.append(" \"").append(id).append("\" appears twice, first in ").append(earlier->second));
 }
 
 using RowHandler = std::function<void(const CurveReader&, const CurveRow&, const NamedBatch&)>;
 
+// `called`: what messages call a row whose id another one has; empty where that may be.
 std::vector<NamedBatch> ReadBatches(const std::string& path, const ColorSystem& system,
                                     const CurveInputOptions& input, const TakenSpecular& taken,
-                                    bool needsAmount, const RowHandler& onRow) {
+                                    bool needsAmount, std::string_view called, const RowHandler& onRow) {
   CurveReader curves = OpenCurves(path, input, Content::kCurves, IsStockColumn);
   const std::size_t formula = ColumnOf(curves, kFormula, path);
   const std::size_t amount = needsAmount ? ColumnOf(curves, kAmount, path) : 0;
   std::vector<NamedBatch> stock;
-  std::map<std::string, std::string> places;  // of the batches of a stock, by id
+  std::map<std::string, std::string> places;  // of the rows, by id
   CurveRow row;
   while (curves.Next(row)) {
     NamedBatch named{std::string(row.id), {}};
     RefuseOtherSpecular(curves, row, taken);
-    if (needsAmount) RefuseTwice(curves, named.id, places);
+    if (!called.empty()) RefuseTwice(curves, called, named.id, places);
     named.batch.curve = row.curve;
     if (needsAmount &&
         (!ParseDecimal(row.extras[amount], ',', named.batch.size) || !(named.batch.size > 0.0))) {
@@ -106,13 +110,13 @@ std::vector<NamedBatch> ReadBatches(const std::string& path, const ColorSystem& 
 
 std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
                                   const CurveInputOptions& input, const TakenSpecular& taken) {
-  return ReadBatches(path, system, input, taken, true, {});
+  return ReadBatches(path, system, input, taken, true, "batch", {});
 }
 
 std::vector<NamedBatch> ReadMadeRecipes(const std::string& path, const ColorSystem& system,
                                         const CurveInputOptions& input, const TakenSpecular& taken,
                                         const RowHandler& onRow) {
-  return ReadBatches(path, system, input, taken, false, onRow);
+  return ReadBatches(path, system, input, taken, false, onRow ? "" : "recipe", onRow);
 }
 
 CReflData ReadOneCurve(const std::string& path, const CurveInputOptions& input, const TakenSpecular& taken) {

@@ -33,7 +33,8 @@ struct NamedBatch {
 std::vector<NamedBatch> ReadStock(const std::string& path, const ColorSystem& system,
                                   const CurveInputOptions& input, const TakenSpecular& taken);
 
-/// The recipes of such a file that were made once: their amounts do not matter. `onRow` is given every row behind its recipe.
+/// The recipes of such a file that were made once: their amounts do not matter. `onRow` is given every row behind its recipe;
+/// then several may have one id, which is refused otherwise.
 std::vector<NamedBatch> ReadMadeRecipes(
     const std::string& path, const ColorSystem& system, const CurveInputOptions& input,
     const TakenSpecular& taken,

@@ -36,6 +36,13 @@ bool TakeFormula(const std::string& file, const store::MadeRecipe& recipe, const
   return true;
 }
 
+// The name of a recipe, with its number where another one is called the same.
+std::string ToldName(const store::MadeRecipe& recipe, const std::vector<store::MadeRecipe>& all) {
+  const auto isSame = [&](const store::MadeRecipe& other) { return other.name == recipe.name; };
+  if (std::ranges::count_if(all, isSame) == 1) return recipe.name;
+  return recipe.name + " #" + std::to_string(recipe.number);
+}
+
 }  // namespace
 
 std::vector<store::MadeRecipe> RecipesOfFile(const std::string& path, const ColorSystem& system,
@@ -66,8 +73,9 @@ std::vector<NamedBatch> RecipesOfJob(const std::string& job, const ColorSystem& 
   std::vector<NamedBatch> batches;
   std::string missing;
   std::size_t left = 0;
-  for (const store::MadeRecipe& recipe : OpenJobFile(job)->Recipes()) {
-    NamedBatch named{recipe.name, {}};
+  const std::vector<store::MadeRecipe> recipes = OpenJobFile(job)->Recipes();
+  for (const store::MadeRecipe& recipe : recipes) {
+    NamedBatch named{ToldName(recipe, recipes), {}};
     if (!TakeFormula(file, recipe, system, named.batch.formula, missing)) {
       ++left;
       continue;

@@ -381,11 +381,15 @@ std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& syste
   return text;
 }
 
-void ReadBackings(const std::string& path, CReflData& black, CReflData& white) {
-  CurveReader curves = OpenCurves(path, {});
+void ReadBackings(const std::string& path, const CurveInputOptions& input, const TakenSpecular& taken,
+                  CReflData& black, CReflData& white) {
+  CurveReader curves = OpenCurves(path, input);
   CurveRow row;
   int32_t count = 0;
-  for (; count < 3 && curves.Next(row); ++count) (count == 0 ? black : white) = row.curve;
+  for (; count < 3 && curves.Next(row); ++count) {
+    RefuseOtherSpecular(curves, row, taken);
+    (count == 0 ? black : white) = row.curve;
+  }
   WarnAboutInput(curves);
   if (count != 2) throw InputError(path + ": expected two curves, the black backing and the white one");
   CTrisValues ofBlack, ofWhite;

@@ -101,8 +101,10 @@ std::string NamedComponentsText(const CDWordArray1& ids, const ColorSystem& syst
 /// A formula for people: "94 Titanium White + 4.5 Cerulean Blue", the largest amount first.
 std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& system, double batchSize);
 
-/// The backings of a file: its first curve is the black one, its second the white one.
-void ReadBackings(const std::string& path, CReflData& black, CReflData& white);
+/// The backings of a file: its first curve is the black one, its second the white one. They are held against what is `taken`, as
+/// RefuseOtherSpecular does.
+void ReadBackings(const std::string& path, const CurveInputOptions& input, const TakenSpecular& taken,
+                  CReflData& black, CReflData& white);
 
 }  // namespace vrx::tool
 
