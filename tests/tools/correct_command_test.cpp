@@ -217,6 +217,12 @@ TEST_F(MisstatedStock, IsTakenForWhatItsCurvesSay) {
   EXPECT_TRUE(parts[0]["suspected"].get<std::string>().starts_with("less (" + none)) << parts;
   EXPECT_EQ(From("stock.csv", "--parts 100 --max-colorants 3 --top 1 --trust-formula")[0]["suspected"], "");
 
+  ASSERT_EQ(
+      Run("match " + kPaints + " target.csv --max-colorants 1 --from-stock stock.csv --report stock.html"),
+      0);
+  const std::string page = folder_.Read("stock.html");
+  EXPECT_NE(page.find(">suspected</th>"), std::string::npos);
+  EXPECT_NE(page.find("of one batch. It is left out"), std::string::npos) << "a report says what is missing";
   const json trusting = From("stock.csv", "--max-colorants 2 --top 20 --trust-formula");
   EXPECT_EQ(folder_.Read("err"), "");
   for (const json& row : trusting) EXPECT_EQ(row["suspected"], "");
@@ -224,6 +230,9 @@ TEST_F(MisstatedStock, IsTakenForWhatItsCurvesSay) {
   // Nothing but such batches is refused; a single one is corrected, but is never ok.
   WriteStock("other.csv", {{"olive", olive, lilac}});
   WriteStock("dark.csv", {{"sky", sky, sky}});
+  json dyes = ReadJson(kPaints);
+  dyes["model"] = "textiles";
+  folder_.Write("dyes.json", dyes.dump());
   folder_.Write("dark.csv", folder_.Read("dark.csv") + FlatRow("night," + sky + ",100", "3"));
   const std::string from = "match " + kPaints + " target.csv --report new.html --from-stock ";
   ExpectRefusals({
@@ -232,6 +241,8 @@ TEST_F(MisstatedStock, IsTakenForWhatItsCurvesSay) {
       {from + "dark.csv --parts 9", "dark.csv: batch \"night\" is darker than the surface alone"},
       {from + "stock.csv --parts 9 --margin 9%", "--margin excludes --parts"},
       {from + "stock.csv --margin 100%", "--margin"},
+      {"match dyes.json target.csv --from-stock stock.csv --parts 9",
+       "dyes.json: \"model\": --parts is for models of two constants"},
       {"match " + kPaints + " target.csv --trust-formula", "--trust-formula requires --from-stock"},
   });
   folder_.Write("olive.json", json{{"formulas", {{{"name", "x"}, {"lines", LinesOf(olive)}}}}}.dump());

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/leftovers.h>
 
 #include "tools/vrx/commands/match_options.h"
@@ -91,7 +92,10 @@ class StockAndTargets {
 
   // Takes the batches for what their curves say, unless their formulas are to be trusted.
   void TakeStock(const CRecipeSettings& settings) {
-    if (!options_.trustFormula) TakeFound(system_, settings, options_.stock, stock_);
+    if (!options_.trustFormula) {
+      for (const std::string& told : TakeFound(system_, settings, options_.stock, stock_))
+        report_.AddWarning({options_.stock, told});
+    }
     for (const NamedBatch& batch : stock_) batches_.Add(batch.batch);
   }
 
@@ -190,6 +194,11 @@ class PartsSearch : StockAndTargets {
 
   // Refuses a leftover that no recipe could use, by its name.
   void Check() const {
+    if (MixingLawOf(system_.data.opticalModel) != MixingLaw::kTwoConstant) {
+      throw InputError(options_.search.system +
+                       ": \"model\": --parts is for models of two constants; a leftover on a substrate is no "
+                       "part of another recipe");
+    }
     CCorrectionSettings settings;
     settings.recipe = settings_;
     settings.recipe.mostColorants = 1;

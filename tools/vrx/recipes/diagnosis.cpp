@@ -95,19 +95,23 @@ void TakeFound(const ColorSystem& system, const CRecipeSettings& recipe, NamedBa
   PrintMessage("the batch" + message + ". Use --trust-formula to correct it by the formula as written");
 }
 
-void TakeFound(const ColorSystem& system, const CRecipeSettings& recipe, const std::string& path,
-               std::vector<NamedBatch>& stock) {
+std::vector<std::string> TakeFound(const ColorSystem& system, const CRecipeSettings& recipe,
+                                   const std::string& path, std::vector<NamedBatch>& stock) {
   const std::size_t batches = stock.size();
+  std::vector<std::string> told;
   std::size_t suspected = 0;
   for (NamedBatch& named : stock) {
     const std::string found = Take(system, recipe, named);
     if (found.empty()) continue;
     if (named.isExplained) ++suspected;
+    std::string& text = told.emplace_back("batch \"");
+    text.append(named.id).append("\"").append(found).append(named.isExplained ? "" : ". It is left out");
     std::string message = path;
-    PrintMessage(message.append(": batch \"").append(named.id).append("\"").append(found));
+    PrintMessage(message.append(": ").append(text));
   }
   std::erase_if(stock, [](const NamedBatch& named) { return !named.isExplained; });
   TellCounts(path, batches, suspected, batches - stock.size());
+  return told;
 }
 
 }  // namespace vrx::tool

@@ -24,9 +24,9 @@ Option AddTrustOption(Command& owner, bool& trustFormula);
 void TakeFound(const ColorSystem& system, const CRecipeSettings& recipe, NamedBatch& named);
 
 /// The same of every batch of the stock of a file. Those that nothing explains are left out, and a last message counts.
-/// Throws InputError when none is left.
-void TakeFound(const ColorSystem& system, const CRecipeSettings& recipe, const std::string& path,
-               std::vector<NamedBatch>& stock);
+/// Returns what was told of single batches. Throws InputError when none is left.
+std::vector<std::string> TakeFound(const ColorSystem& system, const CRecipeSettings& recipe,
+                                   const std::string& path, std::vector<NamedBatch>& stock);
 
 }  // namespace vrx::tool
 

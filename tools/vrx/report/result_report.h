@@ -63,6 +63,9 @@ class ResultReport {
   void AddInput(const CurveReader& standards, const CurveReader& trials);
   void AddInput(std::string conditions, std::string date, const std::vector<InputWarning>& warnings);
 
+  /// What else a reader is to know of a file.
+  void AddWarning(const InputWarning& warning) { warnings_.push_back(warning); }
+
   /// The curves of the pictures, and that of the standard where there is one for all.
   void SetMeasured(const CurveReader& curves);
   void AddCurve(const CReflData& curve);
