@@ -14,6 +14,7 @@
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/command_line.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/input/curve_input.h"
 
 namespace vrx::tool {
