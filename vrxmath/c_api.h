@@ -149,7 +149,7 @@ VRX_C_API vrx_status VRX_CALL vrx_remove_illuminant(int32_t number);
 typedef int32_t vrx_handle;
 
 enum { VRX_FORM_BY_CONTENT = 0, VRX_FORM_CSV = 1, VRX_FORM_CGATS = 2, VRX_FORM_CXF = 3, VRX_FORM_JSON = 4 };
-/* What reflectances are. By the file: what it says; one that says nothing and can be either is refused. */
+/* What reflectances and X, Y, Z are. By the file: what it says; one that says nothing and can be either is refused. */
 enum { VRX_SCALE_BY_FILE = 0, VRX_SCALE_PERCENT = 1, VRX_SCALE_FRACTION = 2 };
 typedef struct vrx_read_options {
   int32_t size;

@@ -131,6 +131,11 @@ TEST_F(Convert, WritesForSpreadsheetsAndTerminals) {
     EXPECT_EQ(Run(std::string("convert there.") + form + " - --to csv").out,
               "id,%R 400,%R 410,%R 420\n1,0.011,0.5,1.1\n");
   }
+  folder_.Write("xyz.csv", "X [%],Y [%],Z [%]\n0.4,0.42,0.5\n");
+  for (const char* const form : {"csv", "json", "cgats"}) {
+    ASSERT_EQ(Run(std::string("convert xyz.csv there.txt --to ") + form).err, "");
+    EXPECT_EQ(Run("convert there.txt - --to csv").out, "id,X [%],Y [%],Z [%]\n1,0.4,0.42,0.5\n");
+  }
   folder_.Write("fraction.csv", "400,410,420\n0.011,0.5,0.12345\n");
   EXPECT_NE(Run("convert fraction.csv - --to cgats --fraction").out.find("\"1\" 1.1 50 12.345\n"),
             std::string::npos);

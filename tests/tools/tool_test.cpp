@@ -44,6 +44,8 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
   Write("empty.csv", "");
   Write("header.csv", Header());
   Write("values.csv", "X,Y,Z\n");
+  Write("unit.csv", "X1,Y1,Z1,X2,Y2,Z2\n.4,.42,.44,.45,.42,.44\n");
+  Write("percent.csv", "X1,Y1,Z1,X2,Y2,Z2\n40,42,44,45,42,44\n");
   Write("lab.csv", "L,a,b\n50,1,nan\n");
   Write("twice.csv", Header("id,geometry") + Flat("A,SCI", "50") + Flat("A,12", "51"));
   Write("sheet.xlsx", std::string("PK\x03\x04\x14\0", 6));
@@ -83,6 +85,9 @@ TEST_F(Tool, RefusesWithStatusTwoAndAReason) {
        "./new.html: two results cannot go into one file"},
       {"color dark.csv", "dark.csv: all values are below 2, the largest is 1.03"},
       {"judge dark.csv good.csv --format csv", "choose with --fraction or --percent"},
+      {"delta unit.csv", "unit.csv: all of X, Y, Z are below 2, the largest is 0.45"},
+      {"delta - < unit.csv", "choose with --fraction or --percent"},
+      {"delta percent.csv --fraction", "percent.csv, line 2, column 1 (X1): the value is above 2"},
       {"color - < dark.csv", "standard input (CSV): all values are below 2"},
       {"color /proc/self/mem", "/proc/self/mem: cannot be read: Input/output error"},
       {"judge good.csv empty.csv", "empty.csv: the file is empty"},

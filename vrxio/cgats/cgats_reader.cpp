@@ -90,7 +90,7 @@ struct Table {
   std::size_t linesPerRow = 1;
   std::vector<std::string>
       pairWavelengths;  // by field: the text of the wavelength that every row must have there
-  bool takesFractions = false;
+  bool asksForScale = false;
 };
 
 class CgatsReader final : public MeasurementReader {
@@ -99,6 +99,7 @@ class CgatsReader final : public MeasurementReader {
       : options_(options), window_(std::move(input), "CGATS") {
     if (window_.More() && window_.Bytes().starts_with("\xEF\xBB\xBF")) window_.Skip(3);
     if (!OpenTable()) Fail("there is no table of curves or colours in it");
+    if (CanSeek()) FindScale();
   }
 
   bool Next(Measurement& sample) override {
@@ -108,6 +109,7 @@ class CgatsReader final : public MeasurementReader {
       isEnded_ = !OpenTable();
     }
     if (rows_ == 0) Fail("there is no row");
+    if (IsScaleOpen()) AskForScale();
     return false;
   }
 
@@ -147,6 +149,28 @@ class CgatsReader final : public MeasurementReader {
   static constexpr int64_t kUnknown = -1'000'000'000'000'000;
 
   const SampleColumns& Columns() const { return tables_.front()->columns; }
+
+  // X, Y, Z without curves have the scale open, until one of any table comes to 2. Of curves the first rows of a table tell it.
+  bool IsScaleOpen() const {
+    const auto isOpen = [](const auto& table) {
+      return table->asksForScale && table->columns.Scale().IsOpen();
+    };
+    const auto isKnown = [](const auto& table) {
+      return table->asksForScale && !table->columns.Scale().IsOpen();
+    };
+    return std::ranges::any_of(tables_, isOpen) && std::ranges::none_of(tables_, isKnown);
+  }
+  void FindScale() {
+    if (!IsScaleOpen()) return;
+    Measurement sample;
+    while (IsScaleOpen() && Next(sample)) {
+    }
+    Rewind();
+  }
+  [[noreturn]] void AskForScale() const {
+    const auto largest = [](const auto& table) { return table->columns.Scale().Largest(); };
+    (*std::ranges::max_element(tables_, {}, largest))->columns.Scale().Ask(Name());
+  }
 
   std::string PlaceOf(int64_t line) const { return window_.PlaceOf(line); }
   [[noreturn]] void FailAt(int64_t line, const std::string& reason) const {
@@ -193,6 +217,7 @@ class CgatsReader final : public MeasurementReader {
     conditions_ = MeasuringConditions();
     declaredSets_ = declaredFields_ = -1;
     norm_ = 0;
+    areXyzPercent_ = false;
     std::string_view line;
     while (NextLine(line)) {
       std::string_view rest = line;
@@ -233,6 +258,8 @@ class CgatsReader final : public MeasurementReader {
     } else if (word == "SPECTRAL_NORM") {
       if (!isNumber || !(number > 0)) Fail("SPECTRAL_NORM is not a number above 0");
       norm_ = number;
+    } else if (word == "NORMALIZED_TO_Y_100") {
+      areXyzPercent_ = value == "YES";
     } else if (word == "MEAS_TYPE" && IsLight(value)) {
       Fail("the values are the power of a light, not reflectances");
     } else {
@@ -306,9 +333,9 @@ class CgatsReader final : public MeasurementReader {
     table->fields = fields_.size();
     table->declaredSets = declaredSets_;
     LookAtRows(*table);
-    table->takesFractions = scale_.norm == 1;
     table_ = table.get();
     table_->layout = &table_->columns.Begin(conditions_, scale_);
+    table_->asksForScale = table_->columns.Scale().IsOpen();
     tables_.push_back(std::move(table));
     setsInTable_ = 0;
     return true;
@@ -428,10 +455,12 @@ class CgatsReader final : public MeasurementReader {
     using Scale = ReadOptions::Scale;
     scale_ = ValueScale();
     scale_.mayExceed = options_.force;
-    if (!table.columns.HasCurves() || options_.scale == Scale::kPercent) return;
+    if (options_.scale == Scale::kPercent) return;
     if (options_.scale == Scale::kFraction) {
       scale_.norm = 1;
       scale_.isFraction = true;
+    } else if (!table.columns.HasCurves()) {
+      scale_.isOpen = !areXyzPercent_ && !table.columns.SayPercent();
     } else if (norm_ > 0) {
       scale_.norm = norm_;
     } else if (hasPairs_) {
@@ -530,12 +559,8 @@ class CgatsReader final : public MeasurementReader {
       Fail("the row is long: it has more than " + std::to_string(table_->fields) + " fields");
   }
 
-  bool AreFractions(const SampleColumns::Run& run) const {
-    return table_->takesFractions && run.meaning.role == ColumnRole::kWavelength;
-  }
-
   void ReadValues(std::string_view& rest, const SampleColumns::Run& run, std::size_t& field) {
-    const bool areFractions = AreFractions(run);
+    const bool areFractions = table_->columns.AreFractions(run);
     for (double& value : table_->columns.Values(run)) {
       while (!rest.empty() && (rest.front() == ' ' || rest.front() == '\t')) rest.remove_prefix(1);
       const char* const stop = rest.empty()   ? nullptr
@@ -572,7 +597,7 @@ class CgatsReader final : public MeasurementReader {
         continue;
       }
       for (double& value : table_->columns.Values(run)) {
-        TakeNumber(row[field], field, AreFractions(run), value);
+        TakeNumber(row[field], field, table_->columns.AreFractions(run), value);
         ++field;
       }
     }
@@ -633,6 +658,7 @@ class CgatsReader final : public MeasurementReader {
   bool hasPairs_ = false, isDecimal_ = false;
   int64_t declaredSets_ = -1, declaredFields_ = -1;
   double norm_ = 0;
+  bool areXyzPercent_ = false;
   ValueScale scale_;
 
   std::vector<std::unique_ptr<Table>> tables_;

@@ -63,7 +63,7 @@ class CsvMeasurements : public MeasurementReader {
   // asked for at the end.
   void FindScale() {
     Measurement sample;
-    while (columns_.IsScaleOpen() && Next(sample)) {
+    while (columns_.Scale().IsOpen() && Next(sample)) {
     }
     Rewind();
   }
@@ -92,13 +92,13 @@ class CsvRows final : public CsvMeasurements {
     if (options.lenient) FindValueColumns();
     if (!columns_.Choice().empty()) Note(columns_.Choice());
     if (!columns_.Unused().empty()) Note("columns that are not used: " + columns_.Unused());
-    if (CanSeek() && columns_.IsScaleOpen()) FindScale();
+    if (CanSeek() && columns_.Scale().IsOpen()) FindScale();
   }
 
   bool Next(Measurement& sample) override {
     if (!NextMeasured()) {
       if (rows_ == 0) throw InputError(csv_.Name() + ": there is no row");
-      if (columns_.IsScaleOpen()) columns_.AskForScale(Name());
+      if (columns_.Scale().IsOpen()) columns_.Scale().Ask(Name());
       return false;
     }
     sample = kNothing;
@@ -106,7 +106,7 @@ class CsvRows final : public CsvMeasurements {
       if (SampleColumns::IsText(run)) {
         columns_.TakeText(run, csv_.Text(), sample);
       } else {
-        csv_.Numbers(columns_.Values(run), run.meaning.role == ColumnRole::kWavelength && TakesFractions());
+        csv_.Numbers(columns_.Values(run), columns_.AreFractions(run));
       }
     }
     csv_.EndRecord();
@@ -177,12 +177,12 @@ class CsvColumns final : public CsvMeasurements {
         SampleColumns(headings, ReadOptions(), false,
                       [this](std::size_t column, const std::string& reason) { FailSample(column, reason); });
     layout_ = &BeginColumns();
-    if (columns_.IsScaleOpen()) FindScale();
+    if (columns_.Scale().IsOpen()) FindScale();
   }
 
   bool Next(Measurement& sample) override {
     if (next_ == samples_.size()) {
-      if (columns_.IsScaleOpen()) columns_.AskForScale(Name());
+      if (columns_.Scale().IsOpen()) columns_.Scale().Ask(Name());
       return false;
     }
     sample = Measurement();

@@ -42,9 +42,28 @@ bool HasColumns(const std::vector<std::string>& header, std::initializer_list<st
   });
 }
 
-ValueRows::ValueRows(CsvReader& csv, std::vector<std::string_view> names, std::size_t required)
-    : csv_(csv), values_(names.size(), 0.0) {
-  const std::vector<std::string>& header = csv.Header();
+ValueRows::ValueRows(CsvReader& csv, std::vector<std::string_view> names, std::size_t required,
+                     ReadOptions::Scale scale)
+    : csv_(csv), areFractions_(scale == ReadOptions::Scale::kFraction), values_(names.size(), 0.0) {
+  StartColumns(names);
+  for (std::size_t i = 0; i < required; ++i) {
+    if (!HasColumns(csv.Header(), {names[i]}))
+      csv.FailRow(std::string("there is no column ").append(names[i]));
+  }
+  const bool isAsked =
+      scale == ReadOptions::Scale::kByFile && std::ranges::find(isTristimulus_, true) != isTristimulus_.end();
+  scale_ = ScaleSearch(ScaleSearch::Values::kTristimulus, isAsked);
+  if (!isAsked || !csv_.CanSeek()) return;
+  while (scale_.IsOpen() && Next()) {
+  }
+  csv_.Rewind();
+  rows_ = 0;
+}
+
+void ValueRows::StartColumns(const std::vector<std::string_view>& names) {
+  for (const std::string_view name : names)
+    isTristimulus_.push_back(std::string_view("XYZ").find(name.front()) != std::string_view::npos);
+  const std::vector<std::string>& header = csv_.Header();
   for (std::size_t i = 0; i < header.size(); ++i) {
     const auto name =
         std::ranges::find_if(names, [&](std::string_view wanted) { return IsNamed(header[i], wanted); });
@@ -54,22 +73,22 @@ ValueRows::ValueRows(CsvReader& csv, std::vector<std::string_view> names, std::s
     } else if (MeaningOf(header[i]).role == ColumnRole::kDevice) {
       value = kUnused;
     } else if (MeaningOf(header[i]).role != ColumnRole::kId) {
-      csv.FailAt(i, "unknown column in this file");
+      csv_.FailAt(i, "unknown column in this file");
     }
     const bool isTwice = value != kUnused && std::ranges::find(columns_, value) != columns_.end();
-    if (isTwice) csv.FailAt(i, "the column appears twice");
+    if (isTwice) csv_.FailAt(i, "the column appears twice");
     columns_.push_back(value);
-  }
-  for (std::size_t i = 0; i < required; ++i) {
-    if (!HasColumns(header, {names[i]})) csv.FailRow(std::string("there is no column ").append(names[i]));
   }
 }
 
 bool ValueRows::Next() {
-  if (!csv_.Next()) {
-    if (rows_ == 0) throw InputError(csv_.Name() + ": there is no row");
-    return false;
-  }
+  if (csv_.Next()) return TakeRow();
+  if (rows_ == 0) throw InputError(csv_.Name() + ": there is no row");
+  if (scale_.IsOpen()) scale_.Ask(csv_.Name());
+  return false;
+}
+
+bool ValueRows::TakeRow() {
   id_ = rowNumber_ = std::to_string(++rows_);
   for (const std::ptrdiff_t column : columns_) {
     if (column == kUnused) {
@@ -78,11 +97,23 @@ bool ValueRows::Next() {
       id_ = csv_.Text();
       if (id_.empty()) csv_.Fail("the id is empty");
     } else {
-      values_[static_cast<std::size_t>(column)] = csv_.Number();
+      TakeValue(static_cast<std::size_t>(column));
     }
   }
   csv_.EndRecord();
   return true;
+}
+
+void ValueRows::TakeValue(std::size_t value) {
+  double& number = values_[value];
+  if (!isTristimulus_[value]) {
+    number = csv_.Number();
+    return;
+  }
+  csv_.Numbers({&number, 1}, areFractions_);
+  if (areFractions_ && number > 100 * kSurelyPercent)
+    csv_.Fail("the value is above 2, too much for a fraction of 1; use --percent");
+  scale_.Take({&number, 1});
 }
 
 }  // namespace vrx::io

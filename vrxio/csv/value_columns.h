@@ -11,6 +11,8 @@
 #include <vector>
 
 #include <vrxio/csv/csv_reader.h>
+#include <vrxio/measurement/measurement.h>
+#include <vrxio/measurement/value_scale.h>
 
 namespace vrx::io {
 
@@ -25,7 +27,11 @@ class ValueRows {
   /// `names`: the columns of numbers, in the order in which Next gives them. The first `required` must exist;
   /// an optional one that does not exist gives 0. Throws InputError for a header with other columns, or with
   /// too few. `csv` must outlive the rows.
-  ValueRows(CsvReader& csv, std::vector<std::string_view> names, std::size_t required);
+  /// `scale`: of the columns whose names begin with X, Y or Z, as of a file of measurements (ReadOptions): by the file they are
+  /// percent if one of them comes to 2, and a ScaleError otherwise, here, of a pipe from Next behind the last row. Fractions above
+  /// 2 are refused.
+  ValueRows(CsvReader& csv, std::vector<std::string_view> names, std::size_t required,
+            ReadOptions::Scale scale = ReadOptions::Scale::kPercent);
 
   /// The next row; false after the last one.
   bool Next();
@@ -34,7 +40,14 @@ class ValueRows {
   const std::vector<double>& Values() const { return values_; }
 
  private:
+  void StartColumns(const std::vector<std::string_view>& names);
+  bool TakeRow();
+  void TakeValue(std::size_t value);
+
   CsvReader& csv_;
+  bool areFractions_;
+  ScaleSearch scale_;
+  std::vector<bool> isTristimulus_;      // by value
   std::vector<std::ptrdiff_t> columns_;  // by column: which value it gives, or the id, or nothing
   std::vector<double> values_;
   std::string_view id_;

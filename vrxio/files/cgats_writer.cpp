@@ -41,6 +41,7 @@ class CgatsWriter final : public SampleWriter {
       put("SPECTRAL_END_NM", ShortestText(shape_.wavelengths.back()), false);
       put("SPECTRAL_NORM", "100.0", false);
     }
+    if (shape_.SaysScaleOfXyz()) put("NORMALIZED_TO_Y_100", "YES", false);
     const std::vector<std::string> fields = Fields();
     text += "\nNUMBER_OF_FIELDS " + std::to_string(fields.size()) + "\nBEGIN_DATA_FORMAT\n";
     for (std::size_t i = 0; i < fields.size(); ++i) text += (i > 0 ? " " : "") + fields[i];

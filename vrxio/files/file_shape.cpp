@@ -28,6 +28,7 @@ class ShapeFinder {
     TakeOthers(sample);
     leavesGeometryOpen_ = leavesGeometryOpen_ || IsMeasurementCondition(sample.geometry);
     for (const double value : sample.reflectance) shape_.largest = std::max(shape_.largest, value);
+    for (const double value : sample.xyz) shape_.largestXyz = std::max(shape_.largestXyz, value);
     if (std::exchange(last_, sample.layout) == sample.layout) return;
     TakeConditions(sample.layout->conditions);
     if (sample.reflectance.empty()) return;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <vrxio/measurement/measurement.h>
+#include <vrxio/measurement/value_scale.h>
 
 namespace vrx::io {
 
@@ -20,8 +21,11 @@ struct FileShape {
   bool hasXyz = false, hasLab = false, hasCurves = false;
   std::vector<double> wavelengths;  ///< in nm, that the first curve has
   bool wavelengthsDiffer = false;
-  double largest = 0;  ///< reflectance in percent
+  double largest = 0;     ///< reflectance in percent
+  double largestXyz = 0;  ///< of X, Y, Z on the scale Y = 100
   int64_t samples = 0;
+  /// Whether X, Y, Z could be taken for fractions of 1, so that the file has to say that they are not.
+  bool SaysScaleOfXyz() const { return hasXyz && !hasCurves && largestXyz < kSurelyPercent; }
   MeasuringConditions conditions;   ///< of the first sample
   std::vector<bool> hasConditions;  ///< by place in ConditionTexts: some sample's is known
   std::vector<bool> conditionsDiffer;

@@ -40,7 +40,10 @@ class TableWriter : public SampleWriter {
       const std::string_view text = OtherOf(sample, i, shape_.others[i]);
       cells.push_back({NameOf(shape_.others[i]), std::string(text), IsPlainNumber(text)});
     }
-    if (shape_.hasXyz) AddColor(cells, {"X", "Y", "Z"}, sample.xyz, sample.hasXyz);
+    if (shape_.hasXyz) {
+      const bool needsUnit = shape_.SaysScaleOfXyz();
+      AddColor(cells, needsUnit ? kXyzInPercent : kXyz, sample.xyz, sample.hasXyz);
+    }
     if (shape_.hasLab) AddColor(cells, {"L", "a", "b"}, sample.lab, sample.hasLab);
     for (std::size_t i = 0; i < curve.size(); ++i) {
       cells.push_back({ValueHeading(shape_.wavelengths[i]), ValueText(curve[i]), true});
@@ -66,6 +69,8 @@ class TableWriter : public SampleWriter {
   }
 
  private:
+  static constexpr std::array<const char*, 3> kXyz{"X", "Y", "Z"}, kXyzInPercent{"X [%]", "Y [%]", "Z [%]"};
+
   // Values that all lie below 2 percent could be fractions: the unit says that they are not.
   std::string ValueHeading(double nm) const {
     const bool needsUnit = shape_.largest < kSurelyPercent && !options_.fraction;

@@ -229,12 +229,12 @@ class JsonReader final : public MeasurementReader {
     scale.isOpen = options_.scale == ReadOptions::Scale::kByFile && !columns_.SayPercent();
     layout_ = &columns_.Begin(MeasuringConditions(), scale);
     Rewind();
-    if (CanSeek() && columns_.IsScaleOpen()) FindScale();
+    if (CanSeek() && columns_.Scale().IsOpen()) FindScale();
   }
 
   bool Next(Measurement& sample) override {
     if (!NextMeasured()) {
-      if (columns_.IsScaleOpen()) columns_.AskForScale(Name());
+      if (columns_.Scale().IsOpen()) columns_.Scale().Ask(Name());
       return false;
     }
     sample = Measurement();
@@ -276,7 +276,7 @@ class JsonReader final : public MeasurementReader {
   // Looks for the value that tells the scale, which most often is in the first object. Of a pipe it is asked for at the end.
   void FindScale() {
     Measurement sample;
-    while (columns_.IsScaleOpen() && Next(sample)) {
+    while (columns_.Scale().IsOpen() && Next(sample)) {
     }
     Rewind();
   }
@@ -320,7 +320,7 @@ class JsonReader final : public MeasurementReader {
         if (isThere || mayBeEmpty) columns_.TakeText(run, text, sample);
         continue;
       }
-      const bool isFraction = AreFractions() && run.meaning.role == ColumnRole::kWavelength;
+      const bool isFraction = columns_.AreFractions(run);
       if (!TakeNumber(member, isFraction, columns_.Values(run)[i])) {
         Fail(line_, Shown(names_[run.column + i]) + ": expected a number");
       }

@@ -181,7 +181,10 @@ void SampleColumns::AddColumn(std::size_t column, const std::string& heading, He
       return;
     }
   }
-  if (meaning.role == ColumnRole::kColor) colorPlaces_[meaning.color] = place;
+  if (meaning.role == ColumnRole::kColor) {
+    colorPlaces_[meaning.color] = place;
+    sayPercent_ = sayPercent_ || (meaning.color <= kColumnZ && heading.find('%') != std::string::npos);
+  }
   if (meaning.role == ColumnRole::kExtra) {
     place = extraColumns_.size();
     extraColumns_.push_back(column);
@@ -235,7 +238,8 @@ void SampleColumns::SortWavelengths() {
 const MeasurementLayout& SampleColumns::Begin(const MeasuringConditions& conditions,
                                               const ValueScale& scale) {
   scale_ = scale;
-  isScaleOpen_ = scale.isOpen && HasCurves();
+  const auto values = HasCurves() ? ScaleSearch::Values::kReflectances : ScaleSearch::Values::kTristimulus;
+  search_ = ScaleSearch(values, scale.isOpen && (HasCurves() || HasXyz()));
   common_ = {wavelengths_, conditions};
   if (light_.illuminant >= 0) common_.conditions.illuminant = light_.illuminant;
   if (light_.observer >= 0) common_.conditions.observer = light_.observer;
@@ -325,9 +329,7 @@ void SampleColumns::FinishCurve(Measurement& sample) {
   for (const double value : used) sound &= isSound(value);
   sample.reflectance = sorted_;
   if (!sound) RefuseValue(static_cast<std::size_t>(std::ranges::find_if_not(used, isSound) - used.begin()));
-  if (!isScaleOpen_) return;
-  for (const double value : used) largest_ = std::max(largest_, value);
-  isScaleOpen_ = largest_ < kSurelyPercent;
+  search_.Take(used);
 }
 
 // Refuses a value, from 0 among the used ones, that is too large or too small.
@@ -339,11 +341,42 @@ void SampleColumns::RefuseValue(std::size_t used) const {
          scale_.isGuess
              ? "the value is above 2, but the first ones were read as fractions of 1; choose with --fraction "
                "or --percent"
-             : "the value is above 2, too much for a fraction of 1; use --percent, or --force to accept it");
+             : std::string(kAboveFractions));
 }
 
-void SampleColumns::AskForScale(const std::string& file) const {
-  throw ScaleError(file, "all values are below 2, the largest is " + ShortestText(largest_));
+bool SampleColumns::IsTristimulus(const Run& run) const {
+  return run.meaning.role == ColumnRole::kColor && run.meaning.color <= kColumnZ;
+}
+
+bool SampleColumns::AreFractions(const Run& run) const {
+  if (scale_.norm != 1) return false;
+  return run.meaning.role == ColumnRole::kWavelength || (IsTristimulus(run) && !HasCurves());
+}
+
+// About Y of the curve that was finished last, by a triangle in place of the luminous efficiency; 0 where the curve says nothing.
+double SampleColumns::RoughY() const {
+  constexpr double kMiddle = 560, kHalfWidth = 100;  // nm
+  double sum = 0, weights = 0;
+  for (std::size_t i = 0; i < wavelengths_.size(); ++i) {
+    const double weight = std::max(1 - std::fabs(wavelengths_[i] - kMiddle) / kHalfWidth, 0.0);
+    sum += weight * sorted_[i];
+    weights += weight;
+  }
+  return weights > 0 ? sum / weights : 0;
+}
+
+// Brings X, Y, Z to the scale of 100. Beside a curve they have a scale of their own, which the curve tells: Y is a mean of it
+// (CIE 15), and the two scales are a hundred times apart.
+void SampleColumns::FinishXyz(std::array<double, 3>& xyz) {
+  const bool isDark = std::ranges::all_of(xyz, [](double value) { return value < kSurelyPercent; });
+  if (!HasCurves()) {
+    search_.Take(xyz);
+    const bool isSound = std::ranges::all_of(xyz, [](double value) { return value <= 100 * kSurelyPercent; });
+    if (scale_.isFraction && !scale_.mayExceed && !isSound)
+      Refuse(valueColumns_[colorPlaces_[kColumnY]], std::string(kAboveFractions));
+  } else if (isDark && 10 * xyz[1] < RoughY()) {
+    for (double& value : xyz) value *= 100;
+  }
 }
 
 // X, Y, Z of x, y, Y (CIE 15). Black has none of its own and is given any.
@@ -361,6 +394,7 @@ void SampleColumns::FinishColor(Measurement& sample) {
   sample.hasLab = hasLab_ || hasLch_;
   if (hasXyz_) sample.xyz = {color(kColumnX), color(kColumnY), color(kColumnZ)};
   if (hasXyy_) sample.xyz = XyzOfChromaticity();
+  if (HasXyz()) FinishXyz(sample.xyz);
   if (hasLab_) {
     sample.lab = {color(kColumnL), color(kColumnA), color(kColumnB)};
   } else if (hasLch_) {

@@ -82,10 +82,10 @@ class SampleColumns {
   /// Begins with the conditions that every row has, before columns of its own; the layout of a first row.
   const MeasurementLayout& Begin(const MeasuringConditions& conditions, const ValueScale& scale);
 
-  /// True for curves of an open scale as long as no value has come to 2: percent or fractions, nobody knows.
-  bool IsScaleOpen() const { return isScaleOpen_; }
-  /// Asks which, of the file that ended so.
-  [[noreturn]] void AskForScale(const std::string& file) const;
+  /// What is known of a scale that is open: of reflectances, and where there are none of X, Y, Z.
+  const ScaleSearch& Scale() const { return search_; }
+  /// True for a run whose values are to be read as fractions of 1: reflectances, and X, Y, Z where there are none.
+  bool AreFractions(const Run& run) const;
 
   // A row: the values of its runs, then Finish. Values of fractions, ValueScale::norm 1, are given times a hundred, rounded once.
 
@@ -108,6 +108,9 @@ class SampleColumns {
   void FinishCurve(Measurement& sample);
   [[noreturn]] void RefuseValue(std::size_t used) const;
   void FinishColor(Measurement& sample);
+  bool IsTristimulus(const Run& run) const;
+  void FinishXyz(std::array<double, 3>& xyz);
+  double RoughY() const;
   [[noreturn]] void Refuse(std::size_t column, const std::string& reason) const;
 
   Fail fail_;
@@ -127,8 +130,7 @@ class SampleColumns {
   std::vector<std::string> otherHeadings_, others_;
   ValueScale scale_;
   bool sayPercent_ = false;
-  bool isScaleOpen_ = false;
-  double largest_ = 0;  // value as long as the scale is open
+  ScaleSearch search_;
 
   LayoutPool layouts_;
   MeasuringConditions light_;  // that headings of colours name

@@ -1,8 +1,10 @@
-// Whether reflectances are percent or fractions of 1, where files do not say it.
+// Whether reflectances and tristimulus values are percent or fractions of 1, where files do not say it.
 
 #ifndef VRXIO_MEASUREMENT_VALUE_SCALE_H_
 #define VRXIO_MEASUREMENT_VALUE_SCALE_H_
 
+#include <algorithm>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -33,7 +35,39 @@ class ScaleError : public InputError {
   std::string statement_;
 };
 
-/// How reflectances become percent.
+/// Looks among the values of a file for one that tells their scale: percent for sure where one comes to 2. Tristimulus values have
+/// it, too, as Y of the perfect diffuser is 100 or 1, and X and Z of no sample come to 2 where it is 1 (CIE 15).
+class ScaleSearch {
+ public:
+  enum class Values { kReflectances, kTristimulus };
+
+  ScaleSearch() = default;
+  /// `isOpen`: nobody said the scale.
+  ScaleSearch(Values values, bool isOpen) : values_(values), isOpen_(isOpen) {}
+
+  /// True as long as no value has come to 2: percent or fractions, nobody knows.
+  bool IsOpen() const { return isOpen_; }
+  /// The largest value that was looked at; 0 for none above it.
+  double Largest() const { return largest_; }
+  void Take(std::span<const double> values) {
+    if (!isOpen_) return;
+    for (const double value : values) largest_ = std::max(largest_, value);
+    isOpen_ = largest_ < kSurelyPercent;
+  }
+  /// Asks which, of the file that ended so: throws ScaleError.
+  [[noreturn]] void Ask(const std::string& file) const;
+
+ private:
+  Values values_ = Values::kReflectances;
+  bool isOpen_ = false;
+  double largest_ = 0;
+};
+
+/// Why a value that was read as a fraction of 1 is refused.
+inline constexpr std::string_view kAboveFractions =
+    "the value is above 2, too much for a fraction of 1; use --percent, or --force to accept it";
+
+/// How reflectances and tristimulus values become percent.
 struct ValueScale {
   double norm =
       100;  ///< the value that stands for 100 percent; 1 for fractions, which readers give as percent

@@ -12,6 +12,7 @@
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
+#include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/judging/judging_options.h"
 #include "tools/vrx/judging/verdict_texts.h"
 #include "tools/vrx/output/json_output.h"
@@ -24,7 +25,8 @@ struct DeltaOptions {
   std::string pairs;
   ViewingOptions viewing;
   SystemOptions system;
-  LimitOptions limits;  // no verdicts without a tolerance or limits
+  CurveInputOptions input;  // only the scale of X, Y, Z
+  LimitOptions limits;      // no verdicts without a tolerance or limits
   Format format = Format::kTable;
 };
 
@@ -186,7 +188,8 @@ void RunDelta(const DeltaOptions& options) {
   }
   CsvReader csv(options.pairs);
   const bool fromXyz = HasColumns(csv.Header(), {"X1", "Y1", "Z1"});
-  ValueRows values = fromXyz ? ValueRows(csv, {"X1", "Y1", "Z1", "X2", "Y2", "Z2", "angle"}, 6)
+  ValueRows values = fromXyz ? ValueRows(csv, {"X1", "Y1", "Z1", "X2", "Y2", "Z2", "angle"}, 6,
+                                         options.input.Reading().scale)
                              : ValueRows(csv, {"L1", "a1", "b1", "L2", "a2", "b2", "angle"}, 6);
   OutputStream output;
   DeltaRows rows(settings.difference, settings.observer, options.format, judges, output);
@@ -224,6 +227,7 @@ void AddDelta(Command& tool) {
           "Columns L1,a1,b1,L2,a2,b2 or X1,Y1,Z1,X2,Y2,Z2, optionally id and angle (- for standard input)")
       .ReadsFile()
       .Required();
+  AddScaleOptions(command, options->input);
   AddSystemOptions(command, options->system, "cmc");
   AddViewingOptions(command, options->viewing, "D65");
   AddToleranceOptions(command, options->limits, "none: no verdicts");

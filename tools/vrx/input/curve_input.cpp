@@ -20,12 +20,17 @@ void Remark(const std::string& file, const std::string& text) {
 
 }  // namespace
 
+void AddScaleOptions(Command& owner, CurveInputOptions& options) {
+  Command command = owner.Group("Input");
+  command.AddFlag("--fraction", options.fraction, "Read reflectances and X,Y,Z as fractions, 0 to 1");
+  command.AddFlag("--percent", options.percent, "Read reflectances and X,Y,Z as percent");
+}
+
 void AddReadOptions(Command& owner, CurveInputOptions& options) {
   Command command = owner.Group("Input");
   command.AddChoice("--input-format", options.read.form, {"auto", "csv", "cgats", "cxf", "json"},
                     "Format of the files");
-  command.AddFlag("--fraction", options.fraction, "Read reflectances as fractions, 0 to 1");
-  command.AddFlag("--percent", options.percent, "Read reflectances as percent");
+  AddScaleOptions(command, options);
   command.AddFlag("--force", options.read.force, "Accept fractions above 2");
   command.AddFlag("--lenient", options.read.lenient,
                   "Skip unknown columns and other deviations, with a warning");

@@ -43,6 +43,8 @@ struct CurveInputOptions {
   CurveInputOptions OfStandards() const;
 };
 
+/// Adds `--fraction` and `--percent`.
+void AddScaleOptions(Command& owner, CurveInputOptions& options);
 /// Adds the options that say how a file is read: `--input-format`, `--fraction`, `--percent`, `--force`, `--lenient`,
 /// `--id-column`, `--ignore-columns`, `--latin1`, `--columns`, `--wavelengths`, `--wavelengths-in` and `--profile`.
 void AddReadOptions(Command& owner, CurveInputOptions& options);
