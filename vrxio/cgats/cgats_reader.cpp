@@ -532,9 +532,12 @@ class CgatsReader final : public MeasurementReader {
   std::string_view JoinLines(std::string_view first) {
     joined_ = WithoutComment(first);
     const uint64_t offset = rowOffset_;
-    for (std::size_t i = 1; i < table_->linesPerRow; ++i) {
+    for (std::size_t i = 1; i < table_->linesPerRow;) {
       std::string_view line;
       if (!NextLine(line) || line.starts_with("END_DATA")) Fail("the table ends within a row");
+      std::string_view rest = line;
+      if (TakeWord(rest).data() == nullptr) continue;  // a comment, or blank
+      ++i;
       joined_ += ' ';
       joined_ += WithoutComment(line);
       if (joined_.size() > kMaxLineBytes) Fail("a row is longer than 1 MiB");
