@@ -81,6 +81,15 @@ TEST_F(IndexAndSwatch, ContrastRatioAndMetamerismJoinThem) {
       << own.out << own.err;
 }
 
+// M0 against M2 decides over whitened paper, in metamerism as in a verdict.
+TEST_F(IndexAndSwatch, ConditionsOfTheStandardAreCompared) {
+  folder_.Write("m0.csv", Header("id,filter") + Flat("S,M0", "80"));
+  folder_.Write("m2.csv", Header("id,filter") + Flat("T,M2", "80"));
+  const std::string warning = "other conditions than m0.csv: M0 and M2";
+  EXPECT_NE(Run("index m2.csv --standard m0.csv").err.find(warning), std::string::npos);
+  EXPECT_EQ(Run("index m0.csv --standard m0.csv").err, "");
+}
+
 TEST_F(IndexAndSwatch, UserIlluminantsFromFiles) {
   folder_.Write("e.csv", EqualEnergy("E|Equal energy"));
   folder_.Write("shop.csv", EqualEnergy("1005:Shop", 10));

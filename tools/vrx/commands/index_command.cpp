@@ -331,9 +331,13 @@ void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
     if (standards != nullptr) AddMetamerism(row, standards->Of(row).sample.curve, rows);
     progress.Update(curves.Source().Position());
   }
-  if (standards != nullptr) standards->EndTrials();
-  WarnAboutInput(curves);
-  rows.Report().AddInput(curves);
+  if (standards == nullptr) {
+    WarnAboutInput(curves);
+    return rows.Report().AddInput(curves);
+  }
+  standards->EndTrials();
+  WarnAboutInput(standards->Reader(), curves);
+  rows.Report().AddInput(standards->Reader(), curves);
 }
 
 void AddColors(CurveReader colors, IndexRows& rows) {
