@@ -406,6 +406,17 @@ TEST_F(Judging, SearchesTheNearestStandards) {
   EXPECT_EQ(Run("search s.csv library.csv --count 3" + kLab + " | head -4").out,
             kHeader + "s,1,near,0.5\ns,2,one,1\ns,3,twin,1\n");
   EXPECT_EQ(Run("search s.csv library.csv --within 0.7" + kLab).out, kHeader + "s,1,near,0.5\n");
+  // A sample without a row is named.
+  EXPECT_EQ(Run("search s.csv library.csv --within 0.7" + kLab).err,
+            "vrx: s.csv: warning: 1 sample has no standard within 0.7: r\n");
+  folder_.Write("angle.csv", "id,geometry,L,a,b\nx,45/0,51,0,0\n");
+  folder_.Write("gloss.csv", "id,geometry,L,a,b\nx,45/0,51,0,0\ny,SCI,51,0,0\nz,SCI,51,0,0\n");
+  const Result other = Run("search gloss.csv angle.csv" + kLab);
+  EXPECT_EQ(other.out, "sample,rank,standard,geometry,difference\nx,1,x,45/0,0\n");
+  EXPECT_NE(
+      other.err.find("2 samples have no standard that could be near, of their geometry or without one: y, z"),
+      std::string::npos)
+      << other.err;
   const Result status = Run("search s.csv library.csv --illuminants D65,A");
   EXPECT_EQ(status.status, 2);
   EXPECT_NE(status.err.find("a colour belongs to one illuminant"), std::string::npos);

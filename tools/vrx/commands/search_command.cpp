@@ -12,9 +12,12 @@
 #include <vrxmath/batch/sample_colors.h>
 #include <vrxmath/colorimetry/color_differences.h>
 
+#include <vrxio/text/decimal.h>
+
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/reader_names.h"
 #include "tools/vrx/base/terminal.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
@@ -69,6 +72,25 @@ void ReadStandards(CurveReader& reader, Search& search) {
   search.standards.Compute();
 }
 
+// Samples without a row in the results: how many, and the first of their names.
+class LeftOut {
+ public:
+  void Add(const std::string& name) {
+    constexpr std::size_t kMost = 12;
+    if (++count_ <= kMost) names_.append(names_.empty() ? "" : ", ").append(name);
+    if (count_ == kMost + 1) names_ += ", ...";
+  }
+  void Warn(const std::string& file, const std::string& what) const {
+    if (count_ == 0) return;
+    PrintMessage(file + ": warning: " + std::to_string(count_) +
+                 (count_ == 1 ? " sample has " : " samples have ") + what + ": " + names_);
+  }
+
+ private:
+  std::size_t count_ = 0;
+  std::string names_;
+};
+
 class SearchOutput {
  public:
   SearchOutput(const Search& search, OutputStream& output)
@@ -76,6 +98,8 @@ class SearchOutput {
 
   void Add(const NamedColors& samples, std::size_t sample, std::span<const NearestMatch> matches) {
     const double within = search_.options.within;
+    if (matches.front().index == NearestMatch::kNone) return unserved_.Add(samples.Name(sample));
+    if (within > 0 && matches.front().difference > within) return farther_.Add(samples.Name(sample));
     for (std::size_t k = 0; k < matches.size() && matches[k].index != NearestMatch::kNone; ++k) {
       const NearestMatch& match = matches[k];
       if (within > 0 && match.difference > within) return;
@@ -93,6 +117,11 @@ class SearchOutput {
     }
   }
   void Finish() { rows_->Finish(); }
+  /// Says on standard error which samples of `file` have no row.
+  void WarnAboutLeftOut(const std::string& file) const {
+    unserved_.Warn(file, "no standard that could be near, of their geometry or without one");
+    farther_.Warn(file, "no standard within " + io::ShortestText(search_.options.within));
+  }
 
  private:
   static std::vector<Column> Columns(const Search& search) {
@@ -107,6 +136,7 @@ class SearchOutput {
 
   const Search& search_;
   std::unique_ptr<RowWriter> rows_;
+  LeftOut unserved_, farther_;
 };
 
 // The nearest standards of samples, geometry by geometry.
@@ -175,6 +205,7 @@ void RunSearch(NearestOptions& options) {
   results.Finish();
   output.Finish();
   WarnAboutInput(standards, reader);
+  results.WarnAboutLeftOut(reader.Source().Name());
   options.system.WarnAboutAngle(reader.HasGeometries());
 }
 
