@@ -422,6 +422,17 @@ TEST_F(Judging, SearchesTheNearestStandards) {
   EXPECT_NE(status.err.find("a colour belongs to one illuminant"), std::string::npos);
 }
 
+// The reason stands in every format, as judge gives it.
+TEST_F(Judging, PairsHaveTheReasonsOfJudge) {
+  folder_.Write("pairs.csv", "L1,a1,b1,L2,a2,b2\n50,0,0,50,0,-2\n50,0,0,50,0,0\n");
+  const auto rows = RunJson("delta pairs.csv --system lab --tolerance 1.5");
+  const auto judged =
+      RunJson("judge s.csv t.csv --system lab --illuminants D65 --tolerance 1.5");
+  EXPECT_EQ(rows[0]["reason"], judged[2]["reason"]);
+  EXPECT_EQ(rows[0]["reason"]["limit"], "dEab");
+  EXPECT_TRUE(rows[1]["reason"].is_null());
+}
+
 // The light of an instrument and its gloss trap count beside the geometry that pairs samples: M0 against M1 decides over
 // whitened paper, SCI against SCE over every glossy panel.
 TEST_F(Judging, ConditionsBesideTheGeometryAreCompared) {

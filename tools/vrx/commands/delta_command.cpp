@@ -156,6 +156,7 @@ class DeltaRows {
       object.Integer("box", judgement.components);
       object.Integer("total", judgement.total);
       object.Integer("verdict", judgement.verdict);
+      AddReason(judgement.breach, number_, object);
     }
     array_.Add(object);
   }

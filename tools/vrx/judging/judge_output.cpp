@@ -286,7 +286,7 @@ class JsonJudgeOutput final : public JudgeOutput {
       object.Integer("box", under.components);
       object.Integer("total", under.total);
       object.Integer("verdict", under.verdict);
-      AddReason(under.breach, object);
+      AddReason(under.breach, system_, object);
       if (byEllipse_) object.Number("ellipse", under.ellipsoidValue);
       if (byGrade_) {
         object.Number("grade", under.grade, under.available);
@@ -299,18 +299,6 @@ class JsonJudgeOutput final : public JudgeOutput {
   void Finish(const JudgeSummaries&) override { array_.Finish(); }
 
  private:
-  void AddReason(const LimitBreach& breach, JsonObject& object) const {
-    if (breach.limit == BrokenLimit::kNone) return object.Null("reason");
-    JsonObject reason;
-    reason.Text("limit", NameOfLimit(breach.limit, system_));
-    if (breach.limit != BrokenLimit::kNoDifference) {
-      reason.Number("value", breach.value);
-      reason.Number("bound", breach.bound);
-      reason.Number("excess", breach.Excess());
-    }
-    object.Object("reason", reason);
-  }
-
   JsonArrayWriter array_;
   Texts texts_;
   int32_t system_;

@@ -75,6 +75,18 @@ std::string ReasonText(const LimitBreach& breach, Verdict verdict, int32_t syste
   return name + (excess < 0 ? " " : " +") + FixedDecimals(excess, 2);
 }
 
+void AddReason(const LimitBreach& breach, int32_t system, JsonObject& object) {
+  if (breach.limit == BrokenLimit::kNone) return object.Null("reason");
+  JsonObject reason;
+  reason.Text("limit", NameOfLimit(breach.limit, system));
+  if (breach.limit != BrokenLimit::kNoDifference) {
+    reason.Number("value", breach.value);
+    reason.Number("bound", breach.bound);
+    reason.Number("excess", breach.Excess());
+  }
+  object.Object("reason", reason);
+}
+
 std::string GradeText(double halfStep) {
   if (!std::isfinite(halfStep) || IsUnset(halfStep)) return "";
   const auto whole = static_cast<int32_t>(halfStep);

@@ -12,6 +12,7 @@
 #include <vrxio/measurement/names.h>
 #include <vrxmath/batch/judge_batch.h>
 
+#include "tools/vrx/output/json_output.h"
 #include "tools/vrx/output/output.h"
 
 namespace vrx::tool {
@@ -38,6 +39,10 @@ std::string NameOfLimit(BrokenLimit limit, int32_t system);
 /// The same under the system's own heading, with how far the limit was passed: "\u0394E*cmc +0.28". Of a warning, which keeps
 /// the limit, with the edge of the warning band: "\u0394E*cmc > 1.12". Empty for none.
 std::string ReasonText(const LimitBreach& breach, Verdict verdict, int32_t system);
+
+/// Adds the member `reason` of a verdict in JSON: null where no limit was broken, else an object of the limit's name, the value, the
+/// bound and the excess; where there is no difference of its name alone.
+void AddReason(const LimitBreach& breach, int32_t system, JsonObject& object);
 
 /// A grade in half steps as laboratories write it: "4", "4-5"; empty for an unset one.
 std::string GradeText(double halfStep);
