@@ -42,6 +42,9 @@ class Judging : public vrx::test::ToolProcess {
     folder_.Write("pair.csv", "L1,a1,b1,L2,a2,b2\n50,2.6772,-79.7751,50,0,-82.7485\n");
     folder_.Write("returns.csv", "L1,a1,b1,L2,a2,b2\r50,2.6772,-79.7751,50,0,-82.7485\r");
     folder_.Write("black.csv", "X1,Y1,Z1,X2,Y2,Z2\n1e-5,1e-5,1e-5,5,5,5\n0,0,0,0,0,0\n");
+    folder_.Write("lamp.csv", "X1*(2/A),Y1*(2/A),Z1*(2/A),X2*(2/A),Y2*(2/A),Z2*(2/A)\n40,42,14,45,42,14\n");
+    folder_.Write("lamps.csv", "X1(2/A),Y1(2/A),Z1(2/A),X2(2/D65),Y2(2/D65),Z2(2/D65)\n40,42,14,45,42,44\n");
+    folder_.Write("lamps2.csv", "X(2/A),Y(2/A),Z(2/A),L(2/D65),a(2/D65),b(2/D65)\n40,42,14,45,2,4\n");
     folder_.Write("greys.csv", "id,L,a,b\ng1,50.8,0,0\ng2,51.7,0,0\ng3,52.5,0,0\n");
     folder_.Write("apart.csv", "id,L,a,b\nu,50,0,0\nu,50.1,0,0\nu,50,0.1,0\nu,52,0,0\nu,50,0,-0.1\n");
   }
@@ -105,6 +108,7 @@ TEST_F(Judging, KnownColours) {
       {"delta pair.csv --system dE00 --tolerance 2.1 --digits 4 --format csv | cut -d , -f 11-",
        "dE00,word0,word1,word2,box,total,verdict,reason,excess\n"
        "2.0425, ,Less Red,Bluer,pass,warning,warning,dE00,0.4675\n"},
+      {"delta lamp.csv --system lab --digits 3 --format csv | cut -d , -f 3,4 | tail -1", "A,2\n"},
       {"delta returns.csv --system dE00 --digits 4 --format csv | cut -d , -f 11-", "dE00\n2.0425\n"},
       // A difference is a number however small; what is unset are samples.
       {"judge s.csv near.csv --format csv --digits 9 --system lab --illuminants D65 | cut -d , -f 6,11",
@@ -182,6 +186,12 @@ TEST_F(Judging, ColoursCountUnderTheirOwnLight) {
       {"color other.txt", "seen under \"studio\", of which there is no table: name an illuminant"},
       {"color s.csv", "s.csv: a colour belongs to one illuminant"},
       {"delta pair.csv --illuminants D65,A", "a colour belongs to one illuminant"},
+      {"delta lamp.csv --illuminants D65",
+       "lamp.csv: the colours were seen under A at 2 degrees; under D65 at 2"},
+      {"delta lamp.csv --observer 10", "lamp.csv: the colours were seen under A at 2 degrees; under A at 10"},
+      {"delta lamps.csv",
+       "lamps.csv, line 1, column 4 (X2(2/D65)): the columns name different lights, illuminant "},
+      {"color lamps2.csv", "the columns of colours name different lights, illuminant A and D65"},
   });
   EXPECT_EQ(Run("color other.txt --illuminants D65").status, 0);
   EXPECT_EQ(Run("judge d50.txt s.csv --illuminants D50 --standard-id s").status, 0);
@@ -426,8 +436,7 @@ TEST_F(Judging, SearchesTheNearestStandards) {
 TEST_F(Judging, PairsHaveTheReasonsOfJudge) {
   folder_.Write("pairs.csv", "L1,a1,b1,L2,a2,b2\n50,0,0,50,0,-2\n50,0,0,50,0,0\n");
   const auto rows = RunJson("delta pairs.csv --system lab --tolerance 1.5");
-  const auto judged =
-      RunJson("judge s.csv t.csv --system lab --illuminants D65 --tolerance 1.5");
+  const auto judged = RunJson("judge s.csv t.csv --system lab --illuminants D65 --tolerance 1.5");
   EXPECT_EQ(rows[0]["reason"], judged[2]["reason"]);
   EXPECT_EQ(rows[0]["reason"]["limit"], "dEab");
   EXPECT_TRUE(rows[1]["reason"].is_null());

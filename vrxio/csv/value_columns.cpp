@@ -70,6 +70,8 @@ void ValueRows::StartColumns(const std::vector<std::string_view>& names) {
     std::ptrdiff_t value = kId;
     if (name != names.end()) {
       value = name - names.begin();
+      const std::string conflict = TakeLightOfHeading(header[i], light_);
+      if (!conflict.empty()) csv_.FailAt(i, "the columns name different lights, " + conflict);
     } else if (MeaningOf(header[i]).role == ColumnRole::kDevice) {
       value = kUnused;
     } else if (MeaningOf(header[i]).role != ColumnRole::kId) {

@@ -38,6 +38,9 @@ class ValueRows {
   /// The row's id, else its number, from 1; valid until the next row.
   std::string_view Id() const { return id_; }
   const std::vector<double>& Values() const { return values_; }
+  /// The light that the headings of the numbers name, "X1 (2/A)": of the colours, where they are some. Headings that name different ones
+  /// are refused with the header.
+  const MeasuringConditions& Light() const { return light_; }
 
  private:
   void StartColumns(const std::vector<std::string_view>& names);
@@ -47,6 +50,7 @@ class ValueRows {
   CsvReader& csv_;
   bool areFractions_;
   ScaleSearch scale_;
+  MeasuringConditions light_;
   std::vector<bool> isTristimulus_;      // by value
   std::vector<std::ptrdiff_t> columns_;  // by column: which value it gives, or the id, or nothing
   std::vector<double> values_;

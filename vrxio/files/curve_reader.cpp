@@ -55,18 +55,11 @@ void CurveReader::ReadFirstConditions() {
   Rewind();
 }
 
-std::string CurveReader::LightConflict(const MeasuringConditions& stated) const {
-  const auto differ = [](int32_t is, int32_t required) { return is >= 0 && required >= 0 && is != required; };
-  if (!differ(stated.illuminant, light_.illuminant) && !differ(stated.observer, light_.observer)) return {};
-  return "the colours were seen under " + LightText(stated) + "; under " + LightText(light_) +
-         " only curves could tell them";
-}
-
 void CurveReader::RequireLight(vrxIlluminant illuminant, int32_t observer) {
   if (kind_ == Sample::kCurve) return;
   light_.illuminant = illuminant;
   light_.observer = observer;
-  const std::string conflict = LightConflict(first_);
+  const std::string conflict = LightConflict(first_, light_);
   if (!conflict.empty()) throw InputError(source_->Name() + ": " + conflict);
 }
 
@@ -81,7 +74,7 @@ void CurveReader::UseLayout(const MeasurementLayout& layout) {
     mixture_ = HasGeometries() ? ConflictBeside(measured_.geometry, first_, layout.conditions)
                                : ConditionConflict(first_, layout.conditions);
   }
-  const std::string conflict = LightConflict(layout.conditions);
+  const std::string conflict = LightConflict(layout.conditions, light_);
   if (!conflict.empty()) source_->FailRow(conflict);
   if (kind_ != Sample::kCurve || sameWavelengths || layout.wavelengths.empty()) return;
   grid_ = WavelengthGrid(layout.wavelengths);

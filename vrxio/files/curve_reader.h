@@ -125,7 +125,6 @@ class CurveReader {
   void UseLayout(const MeasurementLayout& layout);
   void MakeFineGrid();
   void ReadFirstConditions();
-  std::string LightConflict(const MeasuringConditions& stated) const;
   MeasuringConditions WithCorrection(MeasuringConditions conditions) const;
   void TakeCurve(const Measurement& measured, CurveRow& row);
 

@@ -190,6 +190,15 @@ std::string_view RemarkOf(std::string_view heading) {
   return heading.substr(WithoutRemark(heading).size());
 }
 
+std::string TakeLightOfHeading(std::string_view heading, MeasuringConditions& conditions) {
+  MeasuringConditions own;
+  TakeLightRemark(RemarkOf(heading), own);
+  std::string conflict = ConditionConflict(conditions, own);
+  if (own.illuminant >= 0) conditions.illuminant = own.illuminant;
+  if (own.observer >= 0) conditions.observer = own.observer;
+  return conflict;
+}
+
 std::string SpellingOf(std::string_view heading) {
   const Parts parts = PartsOf(heading);
   return std::string(parts.before) + '|' + std::string(parts.after);

@@ -9,6 +9,8 @@
 
 namespace vrx::io {
 
+struct MeasuringConditions;
+
 /// The content of a column.
 enum class ColumnRole : uint8_t {
   kUnknown,
@@ -62,6 +64,10 @@ std::string SpellingOf(std::string_view heading);
 
 /// The remark in brackets at the end of a heading, "(10/D65)" of "L*(10/D65)"; empty without one.
 std::string_view RemarkOf(std::string_view heading);
+
+/// Takes up the light that the heading of a colour value names in its remark. Returns what this contradicts `conditions` in, such as
+/// "illuminant A and D65"; empty for nothing.
+std::string TakeLightOfHeading(std::string_view heading, MeasuringConditions& conditions);
 
 /// True for the counts of a detector, "400 nm [counts]" or "Sample [counts]", from which an instrument makes its reflectances.
 bool IsRawCount(std::string_view heading);

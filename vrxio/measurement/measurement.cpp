@@ -271,6 +271,14 @@ void TakeLightRemark(std::string_view remark, MeasuringConditions& conditions) {
   }
 }
 
+std::string LightConflict(const MeasuringConditions& stated, const MeasuringConditions& required) {
+  const auto differ = [](int32_t is, int32_t wanted) { return is >= 0 && wanted >= 0 && is != wanted; };
+  if (!differ(stated.illuminant, required.illuminant) && !differ(stated.observer, required.observer))
+    return {};
+  return "the colours were seen under " + LightText(stated) + "; under " + LightText(required) +
+         " only curves could tell them";
+}
+
 std::string LightText(const MeasuringConditions& conditions) {
   std::string text = conditions.otherIlluminant;
   if (conditions.illuminant >= 0) text = CodeOf(static_cast<vrxIlluminant>(conditions.illuminant));

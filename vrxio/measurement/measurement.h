@@ -58,6 +58,9 @@ std::string LightText(const MeasuringConditions& conditions);
 /// Takes up the light that a remark in a heading names, as in "L*(10/D65)", "X [D50, 2 deg]"; anything else is left.
 void TakeLightRemark(std::string_view remark, MeasuringConditions& conditions);
 
+/// Why colours that were seen under `stated` do not count under the light `required`, of which -1 says nothing; empty where they do.
+std::string LightConflict(const MeasuringConditions& stated, const MeasuringConditions& required);
+
 /// Takes up a fact about a measurement by the word that a file has for it, such as ("GEOMETRY", "45/0") or
 /// ("MeasurementCondition", "M1"). False when the word says nothing about the conditions; what is said in words that
 /// nothing is known of is kept as text where there is a place for it.

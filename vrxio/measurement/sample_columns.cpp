@@ -100,7 +100,10 @@ void SampleColumns::FindColors(const std::vector<std::string>& headings) {
   for (Run& run : runs_) {
     if (run.meaning.role != ColumnRole::kColor) continue;
     if (isUsed[run.meaning.color]) {
-      TakeLightRemark(RemarkOf(headings[run.column]), light_);
+      const std::string conflict = TakeLightOfHeading(headings[run.column], light_);
+      if (!conflict.empty())
+        Refuse(run.column, "the columns of colours name different lights, " + conflict +
+                               "; --ignore-columns leaves some out");
       continue;
     }
     run.meaning.role = ColumnRole::kDevice;

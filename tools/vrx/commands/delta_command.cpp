@@ -171,29 +171,36 @@ class DeltaRows {
   JsonArrayWriter array_;
 };
 
-void RunDelta(const DeltaOptions& options) {
+// Whether pairs get verdicts.
+bool HasLimits(const LimitOptions& limits) {
+  return !limits.tolerance.empty() || !limits.limits.empty();
+}
+
+JudgeSettings SettingsOf(const DeltaOptions& options) {
   JudgeSettings settings;
   settings.illuminants = options.viewing.Illuminants();
-  if (settings.illuminants.size() != 1) {
-    throw InputError("--illuminants: a colour belongs to one illuminant; name that alone");
-  }
   settings.observer = options.viewing.Observer();
   settings.difference = options.system.Settings();
   settings.angle = options.system.Angle();
-  const bool judges = !options.limits.tolerance.empty() || !options.limits.limits.empty();
-  if (judges) {
+  if (HasLimits(options.limits)) {
     SetLimits(options.limits, settings);
     RequireLimitsOfComponents(settings);
   } else if (!options.limits.verdict.empty() || options.limits.warning != LimitOptions().warning) {
     throw InputError("--verdict and --warning: give the limits, by --tolerance or --limits");
   }
+  return settings;
+}
+
+void RunDelta(DeltaOptions& options) {
   CsvReader csv(options.pairs);
   const bool fromXyz = HasColumns(csv.Header(), {"X1", "Y1", "Z1"});
   ValueRows values = fromXyz ? ValueRows(csv, {"X1", "Y1", "Z1", "X2", "Y2", "Z2", "angle"}, 6,
                                          options.input.Reading().scale)
                              : ValueRows(csv, {"L1", "a1", "b1", "L2", "a2", "b2", "angle"}, 6);
+  options.viewing.Follow(csv.Name(), values.Light());
+  const JudgeSettings settings = SettingsOf(options);
   OutputStream output;
-  DeltaRows rows(settings.difference, settings.observer, options.format, judges, output);
+  DeltaRows rows(settings.difference, settings.observer, options.format, HasLimits(options.limits), output);
   const auto write = [&](const std::string& id, const Judgement& judgement) {
     for (std::size_t i = 0; i < judgement.under.size(); ++i) {
       rows.Add(id, settings.illuminants[i], judgement.under[i]);

@@ -76,10 +76,9 @@ void ViewingOptions::RequireOneIlluminant() const {
   if (Illuminants().size() != 1) throw InputError("--illuminants: this command takes exactly one");
 }
 
-void ViewingOptions::TakeStated(const CurveReader& file) {
-  const MeasuringConditions& stated = file.FirstConditions();
+void ViewingOptions::TakeStated(const std::string& file, const MeasuringConditions& stated) {
   if (illuminants.empty() && !stated.otherIlluminant.empty()) {
-    throw InputError(file.Source().Name() + ": its colours were seen under \"" + stated.otherIlluminant +
+    throw InputError(file + ": its colours were seen under \"" + stated.otherIlluminant +
                      "\", of which there is no table: name an illuminant with --illuminants");
   }
   if (illuminants.empty() && stated.illuminant >= 0) {
@@ -91,7 +90,7 @@ void ViewingOptions::TakeStated(const CurveReader& file) {
 void ViewingOptions::Follow(std::initializer_list<CurveReader*> files, bool firstCounts) {
   const bool isNamed = !illuminants.empty();
   for (const CurveReader* file : files) {
-    if (file->Kind() != Sample::kCurve) TakeStated(*file);
+    if (file->Kind() != Sample::kCurve) TakeStated(file->Source().Name(), file->FirstConditions());
   }
   const bool isStated = !isNamed && !illuminants.empty();
   for (CurveReader* file : files) {
@@ -104,6 +103,18 @@ void ViewingOptions::Follow(std::initializer_list<CurveReader*> files, bool firs
     }
     file->RequireLight(asked.front(), Observer());
   }
+}
+
+void ViewingOptions::Follow(const std::string& file, const MeasuringConditions& stated) {
+  TakeStated(file, stated);
+  const std::vector<vrxIlluminant> asked = Illuminants();
+  if (asked.size() != 1)
+    throw InputError("--illuminants: a colour belongs to one illuminant; name that alone");
+  MeasuringConditions required;
+  required.illuminant = asked.front();
+  required.observer = Observer();
+  const std::string conflict = LightConflict(stated, required);
+  if (!conflict.empty()) throw InputError(file + ": " + conflict);
 }
 
 double SystemOptions::Angle() const {

@@ -42,8 +42,11 @@ struct ViewingOptions {
   /// several illuminants the first is that of colours.
   void Follow(std::initializer_list<CurveReader*> files, bool firstCounts = false);
 
+  /// The same for one table of colours whose headings state their light.
+  void Follow(const std::string& file, const MeasuringConditions& stated);
+
  private:
-  void TakeStated(const CurveReader& file);
+  void TakeStated(const std::string& file, const MeasuringConditions& stated);
 };
 
 /// An illuminant by the name under which the run asked for it: "TL84" and not "T84". Its code where it did not.
