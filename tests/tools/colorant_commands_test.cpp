@@ -92,6 +92,45 @@ TEST_F(ColorantCommands, StrengthRefusesBadOptions) {
   }
 }
 
+// A surface that is not in the curve, and values that nobody measured, make another strength.
+TEST_F(ColorantCommands, StrengthHoldsTheFilesAgainstItsOptions) {
+  const std::string header = Header("id,geometry", 360, 750);
+  folder_.Write("sce.csv", header + Dyed("S,SCE", 1.0));
+  folder_.Write("plain.csv", header + Dyed("S,", 1.0));
+  folder_.Write("specular.csv", Header("id,specular", 360, 750) + Dyed("S,SCE", 1.0));
+  folder_.Write("mixed.csv", header + Dyed("S,SCI", 1.0) + Dyed("S,SCE", 0.9));
+  folder_.Write("both.csv", header + Dyed("S,SCE", 1.0) + Dyed("S,SCI", 1.0));
+  folder_.Write("sci.csv", header + Dyed("T,SCI", 1.0));
+  folder_.Write(
+      "short.csv", Header("id", 420, 680) + "S" + [] {
+        std::string values;
+        for (int nm = 420; nm <= 680; nm += 10) values += ",20";
+        return values + "\n";
+      }());
+  const std::string excluded = "the specular component is excluded, but --specular is included",
+                    beyond = " names wavelengths that were not measured: the curves go from 420 to 680 nm";
+  const std::pair<std::string, std::string> kRuns[] = {
+      {"plain.csv sce.csv", "sce.csv, line 2: the file says that " + excluded},
+      {"plain.csv specular.csv", "specular.csv, line 2: the file says that " + excluded},
+      {"plain.csv mixed.csv --average", "mixed.csv, line 3: the file says that " + excluded},
+      {"specular.csv plain.csv", "specular.csv: standard \"S\": the file says that " + excluded},
+      {"specular.csv plain.csv --pairs", "specular.csv: standard \"S\": the file says that " + excluded},
+      {"plain.csv sce.csv --specular excluded", ""},
+      {"sce.csv sce.csv --specular none", ""},
+      {"both.csv sci.csv", ""},
+      {"short.csv short.csv --band 420-690", "short.csv: --band" + beyond},
+      {"short.csv short.csv --band 400-680", "short.csv: --band" + beyond},
+      {"short.csv short.csv --wavelength 400", "short.csv: --wavelength" + beyond},
+      {"plain.csv short.csv --band 400-700", "short.csv: --band" + beyond},
+      {"short.csv short.csv --band 420-680 --wavelength 680", ""},
+      {"short.csv short.csv", ""}};
+  for (const auto& [arguments, message] : kRuns) {
+    EXPECT_EQ(Run("strength " + arguments).status, message.empty() ? 0 : 2)
+        << arguments << folder_.Read("err");
+    EXPECT_NE(folder_.Read("err").find(message), std::string::npos) << arguments << folder_.Read("err");
+  }
+}
+
 TEST_F(ColorantCommands, TheExampleIsListedAndPredicted) {
   const std::string paints = VRX_SOURCE_DIR "/examples/acrylic_paints.json";
   const json components = RunJson("colorants " + paints);

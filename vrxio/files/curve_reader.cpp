@@ -140,6 +140,7 @@ bool CurveReader::Next(CurveRow& row) {
   const std::span<const double> values =
       kind_ == Sample::kCurve ? measured_.reflectance : std::span<const double>(row.color);
   zeros_ += std::ranges::all_of(values, [](double value) { return value == 0; });
+  if (check_) check_(*this, row);
   return true;
 }
 

@@ -6,11 +6,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <vrxmath/colorimetry/color_records.h>
@@ -71,6 +73,11 @@ class CurveReader {
   /// CorrectBy, whose corrections are for the library's grid.
   void SumAt(int32_t interval);
 
+  /// Calls `check` for each sample that is read from now on, which may refuse it (FailRow of Source()).
+  void CheckBy(std::function<void(const CurveReader& curves, const CurveRow& row)> check) {
+    check_ = std::move(check);
+  }
+
   /// Reads the next sample; false after the last one. Throws InputError for one that is none. Samples without a curve in a
   /// file of curves are passed over and counted.
   bool Next(CurveRow& row);
@@ -129,6 +136,7 @@ class CurveReader {
   void TakeCurve(const Measurement& measured, CurveRow& row);
 
   std::unique_ptr<MeasurementReader> source_;
+  std::function<void(const CurveReader& curves, const CurveRow& row)> check_;
   Sample::Kind kind_ = Sample::kCurve;
   WavelengthGrid grid_;
   int32_t interval_ = kWavelengthStep;

@@ -11,6 +11,9 @@
 
 #include <vrxmath/colorant/strength.h>
 
+#include <vrxio/measurement/wavelength_grid.h>
+#include <vrxio/text/decimal.h>
+
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
@@ -24,13 +27,15 @@ namespace {
 
 struct StrengthOptions {
   ComparisonOptions comparison;
-  std::string band = "400-700";
+  std::string band;  // empty for the usual one
   std::string wavelength;
   SurfaceOptions surface;
   ViewingOptions viewing;
   Format format = Format::kTable;
   ReportOptions report;
 };
+
+constexpr std::string_view kUsualBand = "400-700";
 
 // The options that a run compares by, checked.
 struct StrengthSettings {
@@ -56,7 +61,7 @@ int32_t ParseSample(std::string_view text, const char* option) {
 
 StrengthSettings SettingsOf(const StrengthOptions& options) {
   StrengthSettings settings;
-  const std::string_view band = options.band;
+  const std::string_view band = options.band.empty() ? kUsualBand : std::string_view(options.band);
   const std::size_t dash = band.find('-');
   if (dash == std::string_view::npos) throw InputError("--band: must be two wavelengths, such as 400-700");
   settings.first = ParseSample(band.substr(0, dash), "--band");
@@ -67,6 +72,35 @@ StrengthSettings SettingsOf(const StrengthOptions& options) {
   settings.viewing.illuminants = options.viewing.Illuminants();
   settings.viewing.observer = options.viewing.Observer();
   return settings;
+}
+
+// What was measured of a curve has to reach as far as the options name wavelengths: beyond, the library's grid goes on with the last
+// value. The usual band is only what a file is warned of.
+void RequireMeasured(const CurveReader& curves, const StrengthOptions& options,
+                     const StrengthSettings& settings) {
+  const WavelengthGrid& grid = curves.Grid();
+  const auto isBeyond = [&](int32_t i) {
+    constexpr double kUnevenness = 0.5;  // nm
+    return WavelengthAt(i) < grid.FirstWavelength() - kUnevenness ||
+           WavelengthAt(i) > grid.LastWavelength() + kUnevenness;
+  };
+  const char* option = nullptr;
+  if (!options.band.empty() && (isBeyond(settings.first) || isBeyond(settings.last))) option = "--band";
+  if (settings.chosen >= 0 && isBeyond(settings.chosen)) option = "--wavelength";
+  if (option == nullptr) return;
+  throw InputError(curves.Source().Name() + ": " + option +
+                   " names wavelengths that were not measured: the curves go from " +
+                   io::ShortestText(grid.FirstWavelength()) + " to " +
+                   io::ShortestText(grid.LastWavelength()) + " nm");
+}
+
+// Refuses a standard whose file says that its gloss was measured the other way.
+void RequireSpecular(const CurveReader& standards, const Standard& standard, const TakenSpecular& taken) {
+  MeasuringConditions conditions;
+  conditions.specular = standard.specular;
+  const std::string other = OtherSpecularText(conditions, standard.geometry, taken);
+  if (!other.empty())
+    throw InputError(standards.Source().Name() + ": standard \"" + standard.id + "\": " + other);
 }
 
 // Which trials had samples, in themselves or in their standard, that lie below the surface reflection, and where.
@@ -247,7 +281,7 @@ void DescribeRun(const StrengthOptions& options, const StrengthSettings& setting
                  ResultReport& report) {
   report.AddFile(ReportText::kStandardsFile, options.comparison.standard);
   report.AddFile(ReportText::kTrialsFile, options.comparison.trials);
-  report.AddFact(ReportText::kBand, options.band + " nm");
+  report.AddFact(ReportText::kBand, (options.band.empty() ? std::string(kUsualBand) : options.band) + " nm");
   report.AddFact(ReportText::kSurface,
                  "k1 " + FixedText(settings.surface.k1, 3) + ", k2 " + FixedText(settings.surface.k2, 3));
   report.AddViewing(settings.viewing.illuminants, settings.viewing.observer);
@@ -256,6 +290,11 @@ void DescribeRun(const StrengthOptions& options, const StrengthSettings& setting
 
 void RunStrength(StrengthOptions& options) {
   const StrengthSettings settings = SettingsOf(options);
+  const TakenSpecular taken{settings.surface.specular, false};
+  options.comparison.checkTrial = [&](const CurveReader& curves, const CurveRow& row) {
+    RefuseOtherSpecular(curves, row, taken);
+    RequireMeasured(curves, options, settings);
+  };
   Comparison comparison(options.comparison, options.viewing);
   OutputStream output;
   ResultReport report(options.report, ReportText::kStrengths);
@@ -263,6 +302,8 @@ void RunStrength(StrengthOptions& options) {
   DescribeRun(options, settings, comparison.Trials(), report);
   const bool isOneStandard = !options.comparison.pairs && !comparison.Trials().HasStandards();
   comparison.ForEachTrial([&](const CurveRow& trial, const Standard& standard) {
+    RequireSpecular(comparison.StandardRows(), standard, taken);
+    RequireMeasured(comparison.StandardRows(), options, settings);
     if (isOneStandard) report.SetStandard(standard.sample.curve);
     report.AddCurve(trial.curve);
     rows.Add(standard.id, standard.sample.curve, trial.id, trial.curve);

@@ -10,11 +10,13 @@ namespace vrx::tool {
 namespace {
 
 CurveReader OpenTrials(const ComparisonOptions& options) {
-  if (options.openTrials) return options.openTrials();
-  if (options.standard == "-" && options.trials == "-") {
+  if (!options.openTrials && options.standard == "-" && options.trials == "-") {
     throw InputError("the standard and the trials cannot both come from standard input: name a file");
   }
-  return OpenCurves(options.trials, options.input, options.content);
+  CurveReader trials =
+      options.openTrials ? options.openTrials() : OpenCurves(options.trials, options.input, options.content);
+  trials.CheckBy(options.checkTrial);
+  return trials;
 }
 
 std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, ViewingOptions& viewing,

@@ -35,6 +35,8 @@ struct ComparisonOptions {
   /// Likewise of trials.
   std::function<CurveReader()> openTrials = nullptr;
   std::function<std::unique_ptr<Standards>(CurveReader standards)> chooseStandards = nullptr;
+  /// Refuses trials, and readings of which one is the mean; null for none.
+  std::function<void(const CurveReader& curves, const CurveRow& row)> checkTrial = nullptr;
   Content content = Content::kCurves;
   CurveInputOptions input;
 };

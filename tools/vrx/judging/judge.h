@@ -17,6 +17,8 @@
 #include <vrxio/csv/tolerance_table.h>
 #include <vrxio/files/curve_reader.h>
 
+#include <vrxio/measurement/measurement.h>
+
 #include "tools/vrx/base/reader_names.h"
 
 namespace vrx::tool {
@@ -52,6 +54,7 @@ struct Standard {
   Sample sample;
   std::string date;             ///< of the measurement
   std::optional<double> angle;  ///< aspecular, in degrees, where it is not that of the geometry
+  io::Specular specular = io::Specular::kUnknown;  ///< as its file says beside the geometry
 };
 
 /// Samples of one kind, one behind the other, as the library takes them. A colour counts under every illuminant.

@@ -35,7 +35,8 @@ class NearestOfAll final : public Standards {
       reader_.SeekTo(places_[row]);
       CurveRow read;
       static_cast<void>(reader_.Next(read));
-      standard_ = {++stamps_, std::string(read.id), read.geometry, read, std::string(read.date), {}};
+      standard_ = {++stamps_, std::string(read.id),         read.geometry, read, std::string(read.date),
+                   {},        reader_.Conditions().specular};
       row_ = row;
     }
     const int32_t geometry = trial.geometry != kNoGeometry ? trial.geometry : colors_.Geometry(row);
