@@ -51,7 +51,7 @@ const english = {
   warning: 'Warn above this part of a limit',
   pairing: 'Pairing',
   pairingOpen: 'as the files say',
-  scale: 'Reflectances',
+  scale: 'Reflectances or X, Y, Z',
   scaleOpen: 'as the file says',
   reportOf: 'Report',
   reportTitle: 'Title',
