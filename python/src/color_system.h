@@ -12,6 +12,7 @@
 #include <vector>
 
 #include <vrxio/systems/color_system_file.h>
+#include <vrxio/systems/components.h>
 
 namespace vrx::python {
 
@@ -30,9 +31,20 @@ struct System {
     return static_cast<std::size_t>(found - ids.begin());
   }
 
+  /// What results call the component of a place, and what finds it again: its name, or "id:7" where others have that name, too.
+  const std::string& Label(std::size_t place) const {
+    if (labels.empty()) labels.resize(ids.size());
+    std::string& label = labels[place];
+    if (label.empty()) label = io::TellingName(file, *io::ComponentOfId(file, ids[place]));
+    return label;
+  }
+
   io::ColorSystem file;
   std::vector<uint32_t> ids;
   std::vector<std::string> names;
+
+ private:
+  mutable std::vector<std::string> labels;  // those that were asked for, under the interpreter's lock
 };
 
 }  // namespace vrx::python

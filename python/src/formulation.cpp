@@ -13,8 +13,8 @@
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
 
-#include <vrxio/measurement/names.h>
 #include <vrxio/systems/color_system_file.h>
+#include <vrxio/systems/components.h>
 #include <vrxmath/colorant/component_names.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/foundation/numbers.h>
@@ -38,19 +38,18 @@
 namespace vrx::python {
 namespace {
 
-// The place of a component that is named by its number or its name.
+// The place of a component that is named by its number, or by what the tool takes: its name, or "id:7".
 std::size_t PlaceOf(const System& system, const py::handle& component) {
-  if (py::isinstance<py::int_>(component)) {
-    const auto id = component.cast<int64_t>();
+  std::string fault = "the colour system has no component " + py::repr(component).cast<std::string>();
+  if (py::isinstance<py::str>(component)) {
+    const CComponent* const found = io::FindComponent(system.file, component.cast<std::string>(), fault);
+    if (found != nullptr) return system.PlaceOfId(found->GetId());
+  } else if (PyIndex_Check(component.ptr()) != 0 && !PyBool_Check(component.ptr())) {
+    const auto id = py::reinterpret_steal<py::object>(PyNumber_Index(component.ptr())).cast<int64_t>();
     const auto found = std::ranges::find(system.ids, id);
     if (found != system.ids.end()) return static_cast<std::size_t>(found - system.ids.begin());
-  } else if (py::isinstance<py::str>(component)) {
-    const auto name = component.cast<std::string>();
-    const auto found = std::ranges::find_if(
-        system.names, [&](const std::string& own) { return io::EqualsIgnoringCase(own, name); });
-    if (found != system.names.end()) return static_cast<std::size_t>(found - system.names.begin());
   }
-  throw py::value_error("component: the colour system has no " + py::repr(component).cast<std::string>());
+  throw py::value_error("component: " + fault);
 }
 
 // Formulas of a file as rows of amounts in the order of the system.
@@ -310,13 +309,24 @@ py::array_t<double> ArrayOf(const CReflData& curve) {
 
 std::vector<std::string> NamesOf(const System& system, const CDWordArray1& ids) {
   std::vector<std::string> names;
-  for (const uint32_t id : ids) names.push_back(system.names[system.PlaceOfId(id)]);
+  for (const uint32_t id : ids) names.push_back(system.Label(system.PlaceOfId(id)));
   return names;
+}
+
+// The components of a formula by name, in the order of the system.
+py::dict NamedAmountsOf(const System& system, const CDbFormula& formula) {
+  const py::array_t<double> amounts = AmountsOf(system, formula);
+  py::dict named;
+  for (std::size_t k = 0; k < system.ids.size(); ++k) {
+    if (amounts.data()[k] != 0.0) named[py::str(system.Label(k))] = amounts.data()[k];
+  }
+  return named;
 }
 
 py::dict FieldsOf(const System& system, const CRecipe& recipe) {
   py::dict fields;
   fields["amounts"] = AmountsOf(system, recipe.formula);
+  fields["formula"] = NamedAmountsOf(system, recipe.formula);
   fields["differences"] = ArrayOf(recipe.differences);
   fields["metamerism"] = NanOf(recipe.metamerism);
   fields["inconstancy"] = NanOf(recipe.inconstancy);
@@ -354,6 +364,7 @@ py::list Match(const System& system, const py::object& targets, const py::dict& 
 py::dict FieldsOf(const System& system, const CCorrection& correction) {
   py::dict fields;
   fields["amounts"] = AmountsOf(system, correction.additions);
+  fields["formula"] = NamedAmountsOf(system, correction.additions);
   fields["differences"] = ArrayOf(correction.differences);
   fields["total"] = correction.total;
   fields["cost"] = correction.cost;
@@ -383,7 +394,7 @@ Found Diagnose(const System& system, const CRecipeSettings& recipe, CBatch& batc
   batch.formula = diagnosis.best.formula;
   found.isExplained = diagnosis.isExplained;
   for (const CSuspectedAmount& amount : diagnosis.best.suspected) {
-    found.suspected[py::str(system.names[system.PlaceOfId(amount.componentId)])] =
+    found.suspected[py::str(system.Label(system.PlaceOfId(amount.componentId)))] =
         py::make_tuple(100.0 * amount.written, 100.0 * amount.found);
   }
   return found;
@@ -595,7 +606,9 @@ names : list of str
       .def_readonly("ids", &System::ids)
       .def_readonly("names", &System::names)
       .def("place", &PlaceOf, py::arg("component"),
-           "The place of a component, named by its number or its name, among the amounts.")
+           "The place of a component among the amounts: by its number, or by its name in any case, which no "
+           "other may have, "
+           "or \"id:7\" or \"name:7\" for a name that is a number.")
       .def("read_formulas", &ReadFormulas, py::arg("path"), R"(The formulas of a file.
 
 Returns

@@ -1,6 +1,7 @@
 """Formulas, recipes and corrections: those of the command-line tool, to the last bit."""
 
 import csv
+import json
 import os
 
 import numpy as np
@@ -20,6 +21,34 @@ def paints():
 
 def numbers(row, names):
     return [float(row[name]) if row[name] else np.nan for name in names]
+
+
+@pytest.fixture(scope="module")
+def twins(tmp_path_factory):
+    """The paints with two of one name, and one whose name is another one's number."""
+    with open(SYSTEM) as file:
+        content = json.load(file)
+    content["components"][8]["name"] = content["components"][2]["name"]
+    content["components"][3]["name"] = str(content["components"][6]["id"])
+    path = tmp_path_factory.mktemp("twins") / "twins.json"
+    path.write_text(json.dumps(content))
+    return vrx.ColorSystem(path)
+
+
+def test_names_that_mean_several_components(twins):
+    third, ninth = twins.ids[2], twins.ids[8]
+    number, other = twins.names[3], twins.ids[6]
+    for name, words in ((twins.names[2], f"components {third} and {ninth}; write {third} or {ninth}"),
+                        (number, f"write id:{number} or name:{number}")):
+        for call in (twins.place, lambda name: vrx.predict(twins, {name: 1}),
+                     lambda name: vrx.match(twins, np.full(40, 50.0), exclude=[name])):
+            with pytest.raises(ValueError, match=words):
+                call(name)
+    assert [twins.place(name) for name in (third, np.int32(ninth), f"id:{ninth}", f"name:{number}", other)] == [2, 8, 8, 3, 6]
+    target = vrx.predict(twins, {third: 30, ninth: 30, other: 40})
+    recipe = vrx.match(twins, target, require=[third, ninth, other], max_colorants=3, top=1)[0]
+    assert list(recipe.formula) == [f"id:{third}", twins.names[6], f"id:{ninth}"]
+    assert np.array_equal(vrx.predict(twins, recipe.formula), recipe.curve)
 
 
 def test_predictions(paints, vrx_tool):

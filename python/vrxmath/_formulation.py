@@ -54,7 +54,8 @@ class Recipe:
     Attributes
     ----------
     amounts : numpy.ndarray, shape (components,)
-        By the order of the colour system; they make up the batch size. `formula` has those that are not 0 by name.
+        By the order of the colour system; they make up the batch size. `formula` has those that are not 0 by name, or as
+        ``"id:7"`` where several components have that name.
     differences : numpy.ndarray, shape (m,)
         From the target under each illuminant; NaN under the others for a target without a curve.
     metamerism, rms : float
@@ -207,12 +208,6 @@ class CalibrationFit:
     saturates: dict[str, float]
 
 
-def _record(kind: Any, color_system: ColorSystem, fields: dict[str, Any]) -> Any:
-    amounts = fields["amounts"]
-    formula = {color_system.names[i]: float(amounts[i]) for i in np.flatnonzero(amounts)}
-    return kind(**fields, formula=formula)
-
-
 def _shares(shares: Any, components: Sequence[str] | None) -> tuple[list[str], Any]:
     """Component names and a row of shares for each drawdown, from dicts or from an array with names."""
     if components is None:
@@ -349,7 +344,8 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
     max_colorants : int
         1 to 6.
     require, exclude : sequence of str or int
-        Components by name or number.
+        Components by name, in any case, or by number. ``"id:7"`` and ``"name:7"`` say which a text means; a name that several
+        components have is refused with their numbers.
     limits, costs : dict
         By component: least and most share in percent, and the cost of one unit.
     min_amount : float
@@ -393,8 +389,7 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
     rows = _core.curves(targets, wavelengths, or_colors=True, name="targets")
     if backings is not None:
         settings["backings"] = _core.curves(backings, wavelengths, name="backings")
-    found = [[_record(Recipe, color_system, fields) for fields in recipes]
-             for recipes in _core.match(color_system, rows, settings)]
+    found = [[Recipe(**fields) for fields in recipes] for recipes in _core.match(color_system, rows, settings)]
     return found[0] if rows.ndim == 1 else found
 
 
@@ -451,7 +446,7 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
                 if name not in ("color_system", "formula", "measured", "target", "wavelengths")}
     settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None)
     before, found = _core.correct(color_system, _amounts(color_system, formula), *_batches(measured, target, wavelengths), settings)
-    return _record(Correction, color_system, before), [_record(Correction, color_system, fields) for fields in found]
+    return Correction(**before), [Correction(**fields) for fields in found]
 
 
 def _warn_of_left_out(left: Sequence[int]) -> None:
@@ -501,7 +496,7 @@ def correct_stock(color_system: ColorSystem, formulas: Formulas, measured: Numbe
     settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None)
     found, left = _core.correct_stock(color_system, _amounts(color_system, formulas), curves, list(sizes), aim_at, settings)
     _warn_of_left_out(left)
-    return [_record(StockCorrection, color_system, fields) for fields in found]
+    return [StockCorrection(**fields) for fields in found]
 
 
 def use_leftovers(color_system: ColorSystem, formulas: Formulas, measured: Numbers, sizes: Sequence[float], target: Numbers,
@@ -540,5 +535,5 @@ def use_leftovers(color_system: ColorSystem, formulas: Formulas, measured: Numbe
                     weights=None)
     found, left = _core.use_leftovers(color_system, _amounts(color_system, formulas), curves, list(sizes), aim_at, settings)
     _warn_of_left_out(left)
-    return [LeftoverRecipe(each["used"], each["total"], each["suspected"], _record(Recipe, color_system, each["recipe"]))
+    return [LeftoverRecipe(each["used"], each["total"], each["suspected"], Recipe(**each["recipe"]))
             for each in found]

@@ -34,6 +34,23 @@ TEST_F(MatchingCommands, NamesThatAreNumbers) {
         "\"7\" is the number of the component \"Phthalo Blue (Green Shade)\" and the name of component 4"}});
 }
 
+// Who weighs two components of one name has to see which is which, in the table and in the report.
+TEST_F(MatchingCommands, ComponentsOfOneNameAreToldApart) {
+  json system = ReadJson(kPaints);
+  const std::string name = system["components"][2]["name"];
+  system["components"][8]["name"] = name;
+  folder_.Write("twins.json", system.dump());
+  folder_.Write("two.json", R"({"formulas":[{"name":"T","lines":[{"component":3,"amount":30},
+                                {"component":9,"amount":70}]}]})");
+  WriteCurves("twins.json", "two.json", "two.csv");
+  ASSERT_EQ(Run("match twins.json two.csv --require 3,9 --max-colorants 2 --top 1 --report r.html"), 0)
+      << folder_.Read("err");
+  for (const std::string& text : {folder_.Read("out"), folder_.Read("r.html")}) {
+    EXPECT_NE(text.find(name + " (id:3)"), std::string::npos) << text;
+    EXPECT_NE(text.find(name + " (id:9)"), std::string::npos);
+  }
+}
+
 // The six formulas of the example, from the curves that they are predicted to give, and a masstone.
 TEST_F(MatchingCommands, TheExampleFormulasComeBackFirst) {
   folder_.Write("masstone.json", R"({"formulas":[{"name":"M","lines":[{"component":7,"amount":3}]}]})");

@@ -145,7 +145,7 @@ std::vector<Series> SeriesOf(const ChartOptions& options, ResultReport& report) 
   const auto cursor = job->Trials(options.Filter(*job));
   SeriesOfJob series(options);
   for (store::StoredTrial trial; cursor->Next(trial);) series.Take(trial);
-  const std::vector<Series> all = series.Finish();
+  std::vector<Series> all = series.Finish();
   if (all.empty()) throw InputError(options.job.Shown() + ": the job has no trials of these");
   series.Warn(options.job.Shown());
   return all;

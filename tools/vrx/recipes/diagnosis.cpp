@@ -23,13 +23,8 @@ std::string Percent(double part) {
 std::string SuspicionsText(const CSuspectedAmountArray& suspected, const ColorSystem& system) {
   std::string text;
   for (const CSuspectedAmount& amount : suspected) {
-    const CComponent* const component = ComponentOfId(system, amount.componentId);
-    text.append(text.empty() ? "" : "; ")
-        .append(component != nullptr ? component->GetName().ToUtf8() : std::string())
-        .append(": ")
-        .append(Percent(amount.found))
-        .append(" instead of ")
-        .append(Percent(amount.written));
+    text.append(text.empty() ? "" : "; ").append(ComponentTitle(system, amount.componentId)).append(": ");
+    text.append(Percent(amount.found)).append(" instead of ").append(Percent(amount.written));
   }
   return text;
 }

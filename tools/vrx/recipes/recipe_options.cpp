@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <map>
 #include <optional>
@@ -28,16 +27,6 @@ int DecimalsFor(double batchSize) {
   int decimals = kLeast;
   for (double shown = 1e-4; shown > 1.001e-6 * batchSize && decimals < kMost; shown *= 0.1) ++decimals;
   return decimals;
-}
-
-// "3, 5 and 9" for the joint " and ".
-std::string NumbersText(const std::vector<const CComponent*>& components, std::string_view joint) {
-  std::string text;
-  for (std::size_t i = 0; i < components.size(); ++i) {
-    if (i > 0) text += i + 1 < components.size() ? std::string_view(", ") : joint;
-    text += std::to_string(components[i]->GetId());
-  }
-  return text;
 }
 
 // The columns of a file of limits: 0 for component, 1 for min, 2 for max, 3 for cost.
@@ -292,47 +281,11 @@ void AddSearchOptions(Command& owner, SearchOptions& options, RecipePurpose purp
   AddFormatOption(owner, options.format);
 }
 
-const CComponent* ComponentOfId(const ColorSystem& system, uint32_t id) {
-  for (const CComponent* component : ComponentsInOrder(system)) {
-    if (component->GetId() == id) return component;
-  }
-  return nullptr;
-}
-
-std::vector<const CComponent*> ComponentsOfName(const ColorSystem& system, std::string_view name) {
-  std::vector<const CComponent*> found;
-  for (const CComponent* component : ComponentsInOrder(system)) {
-    if (EqualsIgnoringCase(component->GetName().ToUtf8(), name)) found.push_back(component);
-  }
-  return found;
-}
-
-const CComponent* FindComponent(const ColorSystem& system, std::string_view text, std::string& fault) {
-  constexpr std::string_view kId = "id:", kName = "name:";
-  const bool isOnlyId = text.starts_with(kId), isOnlyName = text.starts_with(kName);
-  if (isOnlyId) text.remove_prefix(kId.size());
-  if (isOnlyName) text.remove_prefix(kName.size());
-  const std::string named(text);
-  uint32_t id = 0;
-  const auto end = std::from_chars(text.data(), text.data() + text.size(), id);
-  const bool isId = !isOnlyName && end.ec == std::errc() && end.ptr == text.data() + text.size();
-  const CComponent* const byId = isId ? ComponentOfId(system, id) : nullptr;
-  std::vector<const CComponent*> byName;
-  if (!isOnlyId) byName = ComponentsOfName(system, text);
-  const auto other = std::ranges::find_if(byName, [&](const CComponent* found) { return found != byId; });
-  if (byId != nullptr && other != byName.end()) {
-    fault = "\"" + named + "\" is the number of the component \"" + byId->GetName().ToUtf8() +
-            "\" and the name of component " + std::to_string((*other)->GetId()) + "; write id:" + named +
-            " or name:" + named;
-  } else if (byId == nullptr && byName.size() > 1) {
-    fault = "\"" + named + "\" is the name of components " + NumbersText(byName, " and ") + "; write " +
-            NumbersText(byName, " or ");
-  } else if (byId == nullptr && byName.empty()) {
-    fault = "the colour system has no component \"" + named + "\"";
-  } else {
-    return byId != nullptr ? byId : byName.front();
-  }
-  return nullptr;
+std::string ComponentTitle(const ColorSystem& system, uint32_t id) {
+  const CComponent* const component = ComponentOfId(system, id);
+  if (component == nullptr) return std::to_string(id);
+  const std::string name = component->GetName().ToUtf8(), telling = TellingName(system, *component);
+  return telling == name ? name : name + " (" + telling + ")";
 }
 
 std::string AmountText(double amount, double batchSize) {
@@ -357,11 +310,7 @@ std::string ComponentsText(const CDWordArray1& ids) {
 
 std::string NamedComponentsText(const CDWordArray1& ids, const ColorSystem& system) {
   std::string text;
-  for (const uint32_t id : ids) {
-    const CComponent* const component = ComponentOfId(system, id);
-    text += text.empty() ? "" : ", ";
-    text += component != nullptr ? component->GetName().ToUtf8() : std::to_string(id);
-  }
+  for (const uint32_t id : ids) text.append(text.empty() ? "" : ", ").append(ComponentTitle(system, id));
   return text;
 }
 
@@ -374,10 +323,8 @@ std::string NamedFormulaText(const CDbFormula& formula, const ColorSystem& syste
   });
   std::string text;
   for (const CDbFormulaElement* line : lines) {
-    const CComponent* component = ComponentOfId(system, static_cast<uint32_t>(line->componentId));
-    if (!text.empty()) text += " + ";
-    text += TrimmedDecimals(line->amount, decimals) + " " +
-            (component != nullptr ? component->GetName().ToUtf8() : std::to_string(line->componentId));
+    text.append(text.empty() ? "" : " + ").append(TrimmedDecimals(line->amount, decimals)).append(" ");
+    text.append(ComponentTitle(system, static_cast<uint32_t>(line->componentId)));
   }
   return text;
 }

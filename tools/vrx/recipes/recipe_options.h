@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include <vrxio/systems/components.h>
 #include <vrxmath/matching/recipe_types.h>
 
 #include "tools/vrx/input/conditions.h"
@@ -80,14 +81,6 @@ struct SearchOptions {
 /// Adds choice and criterion, `--resolution`, `--top`, `--threads`, `--max-subsets`, the options of curves and the format.
 void AddSearchOptions(Command& owner, SearchOptions& options, RecipePurpose purpose);
 
-/// The component of a system by its id or its name in any case, also where that is a number; "id:7" and "name:7" say which
-/// of the two is meant. Null, with `fault` as a message without its place, for none and for a text that means several.
-const CComponent* FindComponent(const ColorSystem& system, std::string_view text, std::string& fault);
-/// The components of a system that have this name, in any case.
-std::vector<const CComponent*> ComponentsOfName(const ColorSystem& system, std::string_view name);
-/// The component of a system by its id alone; null when there is none.
-const CComponent* ComponentOfId(const ColorSystem& system, uint32_t id);
-
 /// An amount of a recipe of a batch size, with the decimals of FormulaText.
 std::string AmountText(double amount, double batchSize);
 
@@ -96,6 +89,8 @@ std::string AmountText(double amount, double batchSize);
 std::string FormulaText(const CDbFormula& formula, double batchSize);
 /// Components by number, as "9;14".
 std::string ComponentsText(const CDWordArray1& ids);
+/// What people call a component: its name, with "(id:7)" behind it where the name means another one, too.
+std::string ComponentTitle(const ColorSystem& system, uint32_t id);
 /// Components by name, as "Pyrrole Red, Carbon Black".
 std::string NamedComponentsText(const CDWordArray1& ids, const ColorSystem& system);
 /// A formula for people: "94 Titanium White + 4.5 Cerulean Blue", the largest amount first.

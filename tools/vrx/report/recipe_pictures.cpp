@@ -30,10 +30,8 @@ std::vector<std::pair<std::string, std::string>> NamedAmounts(const CDbFormula& 
                                                               const ColorSystem& system, double batchSize) {
   std::vector<std::pair<std::string, std::string>> amounts;
   for (const CDbFormulaElement& line : formula) {
-    const CComponent* const component = ComponentOfId(system, static_cast<uint32_t>(line.componentId));
-    amounts.emplace_back(
-        component != nullptr ? component->GetName().ToUtf8() : std::to_string(line.componentId),
-        AmountText(line.amount, batchSize));
+    amounts.emplace_back(ComponentTitle(system, static_cast<uint32_t>(line.componentId)),
+                         AmountText(line.amount, batchSize));
   }
   return amounts;
 }
