@@ -8,6 +8,7 @@
 
 #include <vrxmath/matching/batch_correction.h>
 #include <vrxmath/matching/recipe.h>
+#include <vrxmath/matching/recipe_costs.h>
 #include <vrxmath/matching/recipe_faults.h>
 
 #include "c_api/handles.h"
@@ -81,10 +82,11 @@ std::string SettingName(std::string_view setting, std::string_view value) {
 }
 
 // The sentences of the library's faults with the names that the interface has.
-void RefuseFaults(const RecipeOutcome& outcome, const Search& search) {
+void RefuseFaults(const RecipeOutcome& outcome, const Search& search, const char* cheapest = "") {
   if (outcome.fault == RecipeFault::kNone) return;
   if (outcome.fault == RecipeFault::kStopped) throw Refusal{VRX_REFUSED, "the search was stopped"};
-  const RecipeNames names{"the colour system", "", "target", "measured", "the formula", SettingName};
+  const RecipeNames names{"the colour system", "",          "target", "measured",
+                          "the formula",       SettingName, cheapest, "vrx_search_component"};
   throw Refusal{VRX_REFUSED, RecipeFaultText(outcome, search.system->data, search.settings, names)};
 }
 
@@ -136,6 +138,7 @@ CRecipeSettings SettingsFor(const Search& search) {
 
 void MatchTarget(Search& search, const CRecipeTarget& target) {
   CRecipeArray recipes;
+  RefuseFaults(CheckCosts(search.system->data, search.settings), search, "VRX_ORDER_COST");
   RefuseFaults(
       FormulateRecipes(search.system->data, search.system->rules, target, SettingsFor(search), recipes),
       search);
@@ -285,6 +288,7 @@ vrx_status VRX_CALL vrx_search_correct(vrx_handle search, const int32_t* ids, co
     settings.recipe = api::SettingsFor(*object);
     settings.mostAddition = object->mostAddition;
     settings.aim = kAims[object->aim];
+    api::RefuseFaults(vrx::CheckCosts(object->system->data, settings), *object, "VRX_AIM_CHEAPEST");
     vrx::CCorrection before;
     vrx::CCorrectionArray corrections;
     api::RefuseFaults(vrx::CorrectBatch(object->system->data, object->system->rules, batch, wanted, settings,

@@ -674,7 +674,8 @@ VRX_C_API vrx_status VRX_CALL vrx_usual_recipe_settings(vrx_recipe_settings* set
 VRX_C_API vrx_status VRX_CALL vrx_search_open(vrx_handle colorants, const vrx_system* system,
                                               const int32_t* illuminants, int32_t count, int32_t observer,
                                               const vrx_recipe_settings* settings, vrx_handle* search);
-/* How a component may be used, the limits of its share (0 to 1) in a recipe that has it, and the cost of one unit of it. */
+/* How a component may be used, the limits of its share (0 to 1) in a recipe that has it, and the cost of one unit of it. Components
+ * that no call names are free; VRX_ORDER_COST and VRX_AIM_CHEAPEST are refused where nothing that may be used costs anything. */
 VRX_C_API vrx_status VRX_CALL vrx_search_component(vrx_handle search, int32_t id, int32_t use, double least,
                                                    double most, double cost);
 /* Asks for the opacity of a film of that thickness over two backings, as contrast ratio in percent, and for at least so much. */

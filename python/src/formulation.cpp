@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -23,6 +24,7 @@
 #include <vrxmath/matching/calibration.h>
 #include <vrxmath/matching/leftovers.h>
 #include <vrxmath/matching/recipe.h>
+#include <vrxmath/matching/recipe_costs.h>
 #include <vrxmath/matching/recipe_faults.h>
 #include <vrxmath/matching/stock_correction.h>
 
@@ -150,17 +152,33 @@ double NumberOf(const py::dict& settings, const char* name, double least, double
                         py::str(py::float_(most)).cast<std::string>() + " is expected");
 }
 
-CRecipeComponent& EntryOf(std::map<std::size_t, CRecipeComponent>& entries, const System& system,
-                          const py::handle& component) {
+using Entries = std::map<std::size_t, CRecipeComponent>;  // by the place of their component
+
+CRecipeComponent& EntryOf(Entries& entries, const System& system, const py::handle& component) {
   const std::size_t place = PlaceOf(system, component);
   CRecipeComponent& entry = entries[place];
   entry.componentId = system.ids[place];
   return entry;
 }
 
+// What an argument gives for components: `take` is called with each entry and its value. A component by its name and by its number
+// is given twice.
+void ReadOfEach(const System& system, const py::dict& given, const char* name, Entries& entries,
+                const std::function<void(CRecipeComponent&, const py::handle&)>& take) {
+  std::set<uint32_t> known;
+  for (const auto& [component, value] : given[name].cast<py::dict>()) {
+    CRecipeComponent& entry = EntryOf(entries, system, component);
+    if (!known.insert(entry.componentId).second) {
+      throw py::value_error(std::string(name) + ": component " + std::to_string(entry.componentId) +
+                            " is given twice, by its name and by its number");
+    }
+    take(entry, value);
+  }
+}
+
 // Required, excluded, limited and priced components.
 void ReadChoice(const System& system, const py::dict& given, CRecipeSettings& settings) {
-  std::map<std::size_t, CRecipeComponent> entries;
+  Entries entries;
   for (const py::handle component : given["require"]) {
     EntryOf(entries, system, component).use = CRecipeComponent::kRequired;
   }
@@ -170,15 +188,16 @@ void ReadChoice(const System& system, const py::dict& given, CRecipeSettings& se
       throw py::value_error("exclude: a component is required, too");
     entry.use = CRecipeComponent::kExcluded;
   }
-  for (const auto& [component, range] : given["limits"].cast<py::dict>()) {
+  ReadOfEach(system, given, "limits", entries, [](CRecipeComponent& entry, const py::handle& range) {
     const auto [least, most] = range.cast<std::pair<double, double>>();
-    CRecipeComponent& entry = EntryOf(entries, system, component);
     entry.least = least / 100.0;
     entry.most = most / 100.0;
-  }
-  for (const auto& [component, cost] : given["costs"].cast<py::dict>()) {
-    EntryOf(entries, system, component).cost = cost.cast<double>();
-  }
+  });
+  ReadOfEach(system, given, "costs", entries, [](CRecipeComponent& entry, const py::handle& cost) {
+    entry.cost = cost.cast<double>();
+    if (!(entry.cost >= 0.0 && entry.cost <= 1e12))
+      throw py::value_error("costs: numbers from 0 to 1e12 are expected");
+  });
   for (const auto& [place, entry] : entries) settings.components.Add(entry);
   settings.mostColorants = static_cast<int32_t>(NumberOf(given, "max_colorants", 1, 6));
   settings.leastAmount = NumberOf(given, "min_amount", 0, 100) / 100.0;
@@ -259,15 +278,32 @@ void ReadProduction(const System& system, const py::dict& given, CRecipeSettings
   settings.white = CurveOf(backings.Doubles() + backings.stride);
 }
 
-// Why there is no recipe, in the words of the arguments.
-std::string FaultText(const System& system, const CRecipeSettings& settings, const RecipeOutcome& outcome) {
+// Refuses what there is no recipe for, in the words of the arguments.
+void RefuseFault(const System& system, const CRecipeSettings& settings, const RecipeOutcome& outcome,
+                 const char* cheapest = "") {
+  if (outcome.fault == RecipeFault::kNone) return;
   const auto setting = [](std::string_view name, std::string_view value) {
     std::string text(name);
     std::ranges::replace(text, '-', '_');
     return value.empty() ? text : text + "=\"" + std::string(value) + "\"";
   };
-  return RecipeFaultText(outcome, system.file.data, settings,
-                         {"color_system", "limits", "target", "measured", "formula", setting});
+  const RecipeNames names{"color_system", "limits", "target", "measured",
+                          "formula",      setting,  cheapest, "costs"};
+  throw py::value_error(RecipeFaultText(outcome, system.file.data, settings, names));
+}
+
+// Warns of what is free because nobody gave a cost of it.
+void TellFree(const System& system, const CRecipeSettings& settings, const py::dict& given) {
+  constexpr py::ssize_t kCaller = 2;  // of the function in Python that calls the module
+  std::vector<uint32_t> priced;
+  for (const auto& [component, cost] : given["costs"].cast<py::dict>())
+    priced.push_back(system.ids[PlaceOf(system, component)]);
+  std::string free;
+  for (const uint32_t id : ComponentsWithoutCost(system.file.data, settings, priced))
+    free.append(free.empty() ? "" : ", ").append(system.Label(system.PlaceOfId(id)));
+  if (free.empty()) return;
+  const std::string text = "no cost is known of " + free + "; they count as free";
+  if (PyErr_WarnEx(PyExc_UserWarning, text.c_str(), kCaller) != 0) throw py::error_already_set();
 }
 
 // A search without the interpreter's lock, which Ctrl+C ends.
@@ -278,7 +314,7 @@ RecipeOutcome Search(const System& system, CRecipeSettings& settings,
     settings.progress = [&](double) { return goesOn(); };
     outcome = search();
   });
-  if (outcome.fault != RecipeFault::kNone) throw py::value_error(FaultText(system, settings, outcome));
+  RefuseFault(system, settings, outcome);
   return outcome;
 }
 
@@ -348,6 +384,8 @@ py::list Match(const System& system, const py::object& targets, const py::dict& 
   const Rows rows = CurvesOf(targets, "targets", false, 3);
   CRecipeSettings settings = SettingsOf(system, given);
   ReadProduction(system, given, settings);
+  RefuseFault(system, settings, CheckCosts(system.file.data, settings), "sort=\"cost\"");
+  TellFree(system, settings, given);
   py::list all;
   for (std::size_t i = 0; i < rows.count; ++i) {
     CRecipeArray recipes;
@@ -411,6 +449,8 @@ CCorrectionSettings CorrectionSettingsOf(const System& system, const py::dict& g
                                       {{"smallest", CorrectionAim::kSmallest},
                                        {"cheapest", CorrectionAim::kCheapest},
                                        {"nearest", CorrectionAim::kNearest}});
+  RefuseFault(system, settings.recipe, CheckCosts(system.file.data, settings), "aim=\"cheapest\"");
+  TellFree(system, settings.recipe, given);
   return settings;
 }
 
@@ -532,6 +572,7 @@ py::tuple UseStock(const System& system, const py::object& formulas, const py::o
   settings.batchSize = NumberOf(given, "batch_size", 1e-9, 1e9);
   settings.resolution = NumberOf(given, "resolution", 0, settings.batchSize);
   const FoundStock stock = TakeStock(system, all, settings, given["trust_formula"].cast<bool>());
+  TellFree(system, settings, given);
   CLeftoverRecipeArray recipes;
   Search(system, settings, [&] {
     return UseLeftovers(system.file.data, system.file.rules, stock.batches, wanted, settings, recipes);

@@ -82,7 +82,10 @@ def test_recipes(paints, vrx_tool):
         amounts = dict(part.split(":") for part in row["formula"].split(";"))
         assert {paints.names[paints.ids.index(int(number))]: float(amount) for number, amount in amounts.items()} == recipe.formula
         assert recipe.within_tolerance == (row["status"] == "ok") and abs(sum(recipe.amounts) - 500) <= 1
-    limited = vrx.match(paints, targets.curves[2], limits=limits, costs={paints.ids[0]: 2.5}, specular="excluded", top=5)
+    costs = {paints.ids[0]: 2.5, **{name: 0 for name in paints.names[2:]}}
+    with pytest.warns(UserWarning, match=f"no cost is known of {paints.names[1]}; they count as free") as told:
+        limited = vrx.match(paints, targets.curves[2], limits=limits, costs=costs, specular="excluded", top=5)
+    assert told[0].filename == __file__
     assert all(recipe.formula.get(paints.names[0], 0) <= 60 + 1e-9 for recipe in limited)
     assert any(recipe.cost == 2.5 * recipe.formula[paints.names[0]] > 0 for recipe in limited if paints.names[0] in recipe.formula)
     reachable = vrx.predict(paints, paints.read_formulas(FORMULAS)[1][0])
@@ -188,6 +191,14 @@ def test_stock_of_exchanged_curves(paints):
     (lambda paints, curve: vrx.match(paints, curve, max_subsets=10), ["max_subsets"]),
     (lambda paints, curve: vrx.match(paints, curve, require=[1], exclude=[1]), ["exclude"]),
     (lambda paints, curve: vrx.match(paints, curve, weights=[1]), ["weights"]),
+    (lambda paints, curve: vrx.match(paints, curve, sort="cost"), ['sort="cost": no component has a cost; give costs in costs']),
+    (lambda paints, curve: vrx.match(paints, curve, sort="cost", costs={3: 2}, exclude=[3]), ['sort="cost"']),
+    (lambda paints, curve: vrx.correct(paints, {3: 1}, curve, curve, aim="cheapest", costs={3: 0}), ['aim="cheapest"']),
+    (lambda paints, curve: vrx.correct_stock(paints, [{3: 1}], [curve], [1], curve, aim="cheapest"), ['aim="cheapest"']),
+    (lambda paints, curve: vrx.match(paints, curve, costs={3: 2, paints.names[2]: 5}), ["costs: component 3 is given twice"]),
+    (lambda paints, curve: vrx.match(paints, curve, limits={3: (0, 5), "id:3": (1, 9)}), ["limits: component 3 is given twice"]),
+    (lambda paints, curve: vrx.match(paints, curve, costs={3: -1}), ["costs: numbers from 0"]),
+    (lambda paints, curve: vrx.match(paints, curve, costs={3: np.nan}), ["costs: numbers from 0"]),
     (lambda paints, curve: vrx.match(paints, curve, load=3), ["load", "clear component"]),
     (lambda paints, curve: vrx.match(paints, curve, load=(5, 1)), ["load"]),
     (lambda paints, curve: vrx.match(paints, curve, within_range=True), ["within_range"]),

@@ -347,7 +347,9 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
         Components by name, in any case, or by number. ``"id:7"`` and ``"name:7"`` say which a text means; a name that several
         components have is refused with their numbers.
     limits, costs : dict
-        By component: least and most share in percent, and the cost of one unit.
+        By component: least and most share in percent, and the cost of one unit, 0 or more. What has no cost beside others that
+        have one counts as free, with a warning that names it; ``sort="cost"`` is refused where nothing that may be used costs
+        anything.
     min_amount : float
         The least share of every colorant, percent.
     objective : str
@@ -419,7 +421,8 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
     max_addition : float
         The largest total of additions, percent of the batch.
     aim : str
-        ``"smallest"`` and ``"cheapest"`` additions that reach the tolerance, or the ``"nearest"`` colour.
+        ``"smallest"`` and ``"cheapest"`` additions that reach the tolerance, or the ``"nearest"`` colour. ``"cheapest"`` needs
+        a cost of something that may be added.
     batch_size : float
         How much of the batch there is.
     margin : float

@@ -130,6 +130,23 @@ static void calibrations(void) {
   OK(vrx_close(calibration));
 }
 
+/* The cheapest is refused until something that may be used has a cost. */
+static void costs(const vrx_system* system, vrx_recipe_settings settings) {
+  const double amounts[2] = {97, 3};
+  const int32_t lamp = VRX_ILLUM_D65;
+  int32_t found = 7;
+  settings.order = VRX_ORDER_COST, settings.aim = VRX_AIM_CHEAPEST;
+  OK(vrx_search_open(paints, system, &lamp, 1, VRX_OBSERVER_10, &settings, &search));
+  REFUSES(vrx_search_match(search, target, &found), VRX_REFUSED, "VRX_ORDER_COST: no component has a cost; give costs in vrx_search_component");
+  OK(vrx_search_component(search, ids[0], VRX_USE_EXCLUDED, 0, 1, 2.0));
+  REFUSES(vrx_search_correct(search, ids, amounts, 2, batch, target, &found), VRX_REFUSED, "VRX_AIM_CHEAPEST: no component");
+  CHECK(found == 7);
+  OK(vrx_search_component(search, ids[0], VRX_USE_OFFERED, 0, 1, 2.0));
+  OK(vrx_search_match(search, target, &found));
+  OK(vrx_search_correct(search, ids, amounts, 2, batch, target, &found));
+  OK(vrx_close(search));
+}
+
 void recipes(void) {
   const double amounts[2] = {95, 5}, too_little[2] = {97, 3};
   const int32_t lamps[2] = {VRX_ILLUM_D65, VRX_ILLUM_A};
@@ -151,6 +168,7 @@ void recipes(void) {
   corrections();
   calibrations();
   OK(vrx_close(search));
+  costs(&system, settings);
   settings.most_colorants = 7;
   REFUSES(vrx_search_open(paints, &system, lamps, 2, 1, &settings, &closed), VRX_OUT_OF_RANGE, "most_colorants");
   settings.most_colorants = 2, settings.tolerance = NAN;

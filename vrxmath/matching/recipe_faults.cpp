@@ -8,12 +8,12 @@ namespace {
 
 struct FaultText {
   RecipeFault fault;
-  /// {system}, {limits}, {target}, {batch}, {formula}, {component}, {subsets} and {most} stand for what they say; {-name}
-  /// for a setting, {-name=value} for a setting with its value.
+  /// {system}, {limits}, {target}, {batch}, {formula}, {cheapest}, {costs}, {component}, {subsets} and {most} stand for what
+  /// they say; {-name} for a setting, {-name=value} for a setting with its value.
   std::string_view text;
 };
 
-constexpr std::array<FaultText, 21> kTexts = {{
+constexpr std::array<FaultText, 22> kTexts = {{
     {RecipeFault::kNoMixingLaw, "{system}: \"model\": colours of this optical model cannot be matched"},
     {RecipeFault::kNoSubstrate,
      "{system}: \"components\": there is no substrate, neither a calibration "
@@ -56,6 +56,7 @@ constexpr std::array<FaultText, 21> kTexts = {{
     {RecipeFault::kBatchBelowSurface,
      "{batch} is darker than the surface alone; use {-specular=excluded} for a curve without the specular "
      "component, {-specular=none} for an uncorrected one"},
+    {RecipeFault::kNoCosts, "{cheapest}: no component has a cost; give costs in {costs}"},
     {RecipeFault::kNone, ""},
 }};
 
@@ -101,6 +102,8 @@ std::string RecipeFaultText(const RecipeOutcome& outcome, const CColorantSystemD
     if (key == "target") return names.target;
     if (key == "batch") return names.batch;
     if (key == "formula") return names.formula;
+    if (key == "cheapest") return names.cheapest;
+    if (key == "costs") return names.costs;
     if (key == "component") return ComponentText(system, outcome.component);
     return std::to_string(key == "subsets" ? outcome.subsets : settings.mostSubsets);
   };

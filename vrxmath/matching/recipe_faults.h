@@ -22,6 +22,8 @@ struct RecipeNames {
   std::string formula;  ///< and its formula
   /// A setting such as "max-colorants", alone or with a value for it: `--max-colorants`, or `--specular excluded`.
   std::function<std::string(std::string_view setting, std::string_view value)> setting;
+  std::string cheapest = {};  ///< what asks for the lowest cost
+  std::string costs = {};     ///< where costs are given
 };
 
 /// The sentence for a fault, with the place where it is found in front; empty for kNone.

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <vrxmath/matching/batch_correction.h>
+#include <vrxmath/matching/recipe_costs.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
@@ -57,8 +58,7 @@ CDbFormula ReadFormula(const CorrectOptions& options, const ColorSystem& system)
 CCorrectionSettings SettingsOf(const CorrectOptions& options, const ColorSystem& system,
                                const CBatch& batch) {
   CCorrectionSettings settings;
-  options.search.Apply(system, settings.recipe,
-                       options.aim == CorrectionAim::kCheapest ? "--aim cheapest" : "");
+  options.search.Apply(system, settings.recipe);
   CheckAdditions(options.search.choice);
   settings.mostAddition = ParseMostAddition(options.mostAddition);
   settings.margin = ParseMargin(options.margin);
@@ -83,6 +83,8 @@ void RunCorrect(CorrectOptions& options) {
   RecipeNames names = NamesFor(search.system, search.choice.limits, options.target);
   names.batch = options.batch;
   names.formula = options.formula;
+  names.cheapest = "--aim cheapest";
+  RefuseFaults(CheckCosts(system.data, settings), system, settings.recipe, names);
   RefuseFaults(CheckCorrection(system.data, system.rules, named.batch, target, settings), system,
                settings.recipe, names);
   if (!options.trustFormula) TakeFound(system, settings.recipe, named);

@@ -7,6 +7,7 @@
 #include <vrxmath/colorimetry/color_spaces.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/recipe.h>
+#include <vrxmath/matching/recipe_costs.h>
 
 #include <vrxio/text/decimal.h>
 
@@ -15,6 +16,7 @@
 #include "tools/vrx/input/curve_input.h"
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/recipes/diagnosis.h"
+#include "tools/vrx/recipes/recipe_search.h"
 
 namespace vrx::tool {
 namespace {
@@ -213,7 +215,7 @@ std::vector<NamedTarget> ReadTargets(MatchOptions& options, const ColorSystem& c
 
 CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& system) {
   CRecipeSettings settings;
-  options.search.Apply(system, settings, options.order == RecipeOrder::kCost ? "--sort cost" : "");
+  options.search.Apply(system, settings);
   if (!(options.thickness >= 0.0 && options.thickness <= 1e9)) {
     throw InputError("--thickness: must be a number of 0 or more");
   }
@@ -233,6 +235,8 @@ CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& syste
     ReadBackings(options.backings, options.search.input, TakenOf(options, system), settings.black,
                  settings.white);
   }
+  RefuseFaults(CheckCosts(system.data, settings), system, settings,
+               NamesFor(options.search.system, options.search.choice.limits, options.targets));
   return settings;
 }
 

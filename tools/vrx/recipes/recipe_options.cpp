@@ -10,6 +10,7 @@
 #include <vrxio/csv/csv_reader.h>
 #include <vrxio/text/decimal.h>
 #include <vrxmath/formula/prediction.h>
+#include <vrxmath/matching/recipe_costs.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/command_line.h"
@@ -95,39 +96,13 @@ std::vector<uint32_t> ReadLimits(const std::string& path, const ColorSystem& sys
   return priced;
 }
 
-// The components that a search may use.
-std::vector<const CComponent*> OfferedComponents(const ColorSystem& system, const CRecipeSettings& settings) {
-  std::vector<const CComponent*> offered;
-  for (const CComponent* component : ComponentsInOrder(system)) {
-    const bool isExcluded = std::ranges::any_of(settings.components, [&](const CRecipeComponent& entry) {
-      return entry.componentId == component->GetId() && entry.use == CRecipeComponent::kExcluded;
-    });
-    const bool isUsable =
-        !component->GetLevels().IsEmpty() || (component->GetKind() == kKindResin && IsClear(*component));
-    if (isUsable && !isExcluded) offered.push_back(component);
-  }
-  return offered;
-}
-
-// Refuses an order by costs that nothing has, and names what is free because nobody gave a cost of it.
-void CheckCosts(const ColorSystem& system, const CRecipeSettings& settings,
-                const std::vector<uint32_t>& priced, std::string_view byCost) {
-  const std::vector<const CComponent*> offered = OfferedComponents(system, settings);
-  const bool hasCosts = std::ranges::any_of(settings.components, [&](const CRecipeComponent& entry) {
-    return entry.cost > 0.0 && std::ranges::any_of(offered, [&](const CComponent* component) {
-             return component->GetId() == entry.componentId;
-           });
-  });
-  if (!hasCosts && !byCost.empty()) {
-    throw InputError(std::string(byCost) +
-                     ": no component has a cost; give costs in a column cost of --limits");
-  }
+// Names what is free because nobody gave a cost of it.
+void TellFree(const ColorSystem& system, const CRecipeSettings& settings,
+              const std::vector<uint32_t>& priced) {
   std::string free;
-  for (const CComponent* component : offered) {
-    if (!std::ranges::count(priced, component->GetId()))
-      free += (free.empty() ? "" : ", ") + component->GetName().ToUtf8();
-  }
-  if (hasCosts && !free.empty()) PrintMessage("no cost is known of " + free + "; they count as free");
+  for (const uint32_t id : ComponentsWithoutCost(system.data, settings, priced))
+    free.append(free.empty() ? "" : ", ").append(ComponentTitle(system, id));
+  if (!free.empty()) PrintMessage("no cost is known of " + free + "; they count as free");
 }
 
 void AddUses(const std::vector<std::string>& lists, const std::string& option, CRecipeComponent::Use use,
@@ -242,8 +217,7 @@ void AddChoiceOptions(Command& owner, ChoiceOptions& options, RecipePurpose purp
       .Shows("FILE");
 }
 
-void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& settings,
-                          std::string_view byCost) const {
+void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& settings) const {
   const auto expect = [](bool isGood, const char* what) {
     if (!isGood) throw InputError(what);
   };
@@ -260,7 +234,7 @@ void SearchOptions::Apply(const ColorSystem& colorSystem, CRecipeSettings& setti
   settings.resolution = resolution;
   settings.threads = static_cast<uint32_t>(threads);
   settings.mostSubsets = static_cast<uint64_t>(maxSubsets);
-  CheckCosts(colorSystem, settings, priced, byCost);
+  TellFree(colorSystem, settings, priced);
 }
 
 void AddSearchOptions(Command& owner, SearchOptions& options, RecipePurpose purpose) {

@@ -73,9 +73,9 @@ struct SearchOptions {
   CurveInputOptions input;
   Format format;
 
-  /// Writes them into the settings, and says which components have no cost where others have one. `byCost`: the option
-  /// that asks for the cheapest, if one does. Throws InputError for what cannot be used.
-  void Apply(const ColorSystem& colorSystem, CRecipeSettings& settings, std::string_view byCost) const;
+  /// Writes them into the settings, and says which components have no cost where others have one. Throws InputError for what
+  /// cannot be used.
+  void Apply(const ColorSystem& colorSystem, CRecipeSettings& settings) const;
 };
 
 /// Adds choice and criterion, `--resolution`, `--top`, `--threads`, `--max-subsets`, the options of curves and the format.

@@ -15,7 +15,7 @@ RecipeNames NamesFor(const std::string& system, const std::string& limits, const
   const auto setting = [](std::string_view name, std::string_view value) {
     return "--" + std::string(name) + (value.empty() ? "" : " " + std::string(value));
   };
-  return {system, limits, target, "", "", setting};
+  return {system, limits, target, "", "", setting, "--sort cost", "a column cost of --limits"};
 }
 
 void RefuseFaults(const RecipeOutcome& outcome, const ColorSystem& system, const CRecipeSettings& settings,

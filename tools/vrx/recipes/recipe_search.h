@@ -15,7 +15,7 @@
 namespace vrx::tool {
 
 /// Names for messages about a search: of the file of a colour system, of the file of limits, which may be empty, and of a
-/// target; settings are options.
+/// target; settings are options, and what asks for the lowest cost is --sort.
 RecipeNames NamesFor(const std::string& system, const std::string& limits, const std::string& target);
 
 /// Throws InputError, with file and field, unless the outcome is kNone.
