@@ -366,6 +366,8 @@ vrx_status VRX_CALL vrx_judgement_grade(vrx_handle judgement, int32_t scale, dou
     const auto object = api::Find<api::Judgement>(judgement);
     NeedRange(scale, VRX_SCALE_CHANGE, VRX_SCALE_STAINING, "scale");
     api::NeedWithin(least, 0.0, 5.0, "the least grade");
+    if (least != 0.0 && !vrx::IsHalfStep(least))
+      throw Refusal{VRX_OUT_OF_RANGE, "the least grade is no half step from 1 to 5"};
     object->conditions.grade = {static_cast<vrx::GreyScale>(scale), least};
   });
 }
@@ -374,6 +376,8 @@ vrx_status VRX_CALL vrx_judgement_inconstancy(vrx_handle judgement, double most)
   return Call([&] {
     const auto object = api::Find<api::Judgement>(judgement);
     api::NeedWithin(most, 0.0, api::kLargestReading, "the largest inconstancy");
+    if (object->IlluminantCount() < 2)
+      throw Refusal{VRX_REFUSED, "the inconstancy needs two illuminants or more"};
     object->conditions.inconstancy = {most};
   });
 }

@@ -463,10 +463,10 @@ enum {
 };
 VRX_C_API vrx_status VRX_CALL vrx_judgement_rule(vrx_handle judgement, int32_t rule);
 /* Two limits more, which make a verdict worse and never better. The grade of trial against standard by a grey scale
- * (VRX_SCALE_...), in half steps, must be `least` (0 to 5) at least. */
+ * (VRX_SCALE_...), in half steps, must be `least` at least: 1, 1.5, 2 ... 5, or 0 where it decides nothing. */
 VRX_C_API vrx_status VRX_CALL vrx_judgement_grade(vrx_handle judgement, int32_t scale, double least);
 /* The trial's own colour must not change by more than `most` (0 or more, in the units of the system) from the first illuminant to
- * another, adapted by CAT16. */
+ * another, adapted by CAT16. VRX_REFUSED where the judgement has one illuminant alone. */
 VRX_C_API vrx_status VRX_CALL vrx_judgement_inconstancy(vrx_handle judgement, double most);
 
 /* Several standards (1 to 4,000,000) in the place of the one. `geometries`: the code of each one's measuring geometry, 0 to 48,

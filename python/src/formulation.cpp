@@ -213,9 +213,8 @@ CReflData CurveOf(const double* values) {
 CRecipeSettings SettingsOf(const System& system, const py::dict& given) {
   CRecipeSettings settings;
   ReadChoice(system, given, settings);
-  bool single = false;
   settings.illuminants.RemoveAll();
-  for (const vrxIlluminant illuminant : IlluminantsOf(given["illuminants"], single)) {
+  for (const vrxIlluminant illuminant : DistinctIlluminantsOf(given["illuminants"])) {
     settings.illuminants.Add(illuminant);
   }
   settings.observer = ObserverOf(given["observer"].cast<int>());

@@ -136,7 +136,9 @@ std::vector<double> AnglesOf(const py::object& geometry, std::size_t standards, 
     conditions.angle = AngleOfGeometry(geometry);
     return angles;
   }
-  for (const py::handle one : geometry) angles.push_back(AngleOfGeometry(one));
+  // An empty text is a geometry that is not known.
+  for (const py::handle one : geometry)
+    angles.push_back(py::str(one).cast<std::string>().empty() ? conditions.angle : AngleOfGeometry(one));
   if (angles.size() != standards) throw py::value_error("geometry: one, or one a standard, is expected");
   return angles;
 }
@@ -149,15 +151,18 @@ VerdictRule RuleOf(const std::string& rule) {
 }
 
 // The limits that stand beside those of the difference.
-void TakeOtherLimits(const py::object& grade, double leastGrade, const py::object& mostInconstancy,
+void TakeOtherLimits(const py::object& grade, const py::object& leastGrade, const py::object& mostInconstancy,
                      JudgeConditions& conditions) {
+  constexpr double kUsualGrade = 4.0;
   if (!grade.is_none()) {
     const auto scale = grade.cast<std::string>();
     if (scale != "change" && scale != "staining")
       throw py::value_error("grade: \"change\" or \"staining\" is expected");
-    if (!(leastGrade > 0.0 && leastGrade <= 5.0))
-      throw py::value_error("least_grade: a number above 0, at most 5, is expected");
-    conditions.grade = {scale == "change" ? GreyScale::kChange : GreyScale::kStaining, leastGrade};
+    const double least = leastGrade.is_none() ? kUsualGrade : leastGrade.cast<double>();
+    if (!IsHalfStep(least)) throw py::value_error("least_grade: a half step is expected, 1, 1.5, 2 ... 5");
+    conditions.grade = {scale == "change" ? GreyScale::kChange : GreyScale::kStaining, least};
+  } else if (!leastGrade.is_none()) {
+    throw py::value_error("least_grade: grade=\"change\" or grade=\"staining\" says of which scale");
   }
   if (mostInconstancy.is_none()) return;
   const auto most = mostInconstancy.cast<double>();
@@ -165,6 +170,12 @@ void TakeOtherLimits(const py::object& grade, double leastGrade, const py::objec
   if (conditions.illuminants.size() < 2)
     throw py::value_error("most_inconstancy: two illuminants or more are needed");
   conditions.inconstancy = {most};
+}
+
+// Refuses the components for a rule where nothing limits them.
+void NeedLimitsOfComponents(VerdictRule rule, const std::vector<JudgeLimits>& limits) {
+  if (rule == VerdictRule::kComponents && !std::ranges::all_of(limits, LimitsComponents))
+    throw py::value_error("verdict: \"box\" needs limits of components, a tolerance of seven numbers");
 }
 
 // The places of standards that `of` gives, one a sample.
@@ -320,17 +331,16 @@ py::list NotesOf(const Curves& standards, const Curves& samples) {
 py::tuple Judge(const py::object& standard, const py::object& samples, const py::object& illuminants,
                 int observer, const std::string& system, const py::object& tolerance,
                 const py::object& ellipsoid, const py::object& geometry, const py::object& of,
-                const std::string& verdict, double warning, const py::object& grade, double leastGrade,
-                const py::object& mostInconstancy, const py::object& wavelengths, int interval, int threads,
-                const py::kwargs& parameters) {
+                const std::string& verdict, double warning, const py::object& grade,
+                const py::object& leastGrade, const py::object& mostInconstancy,
+                const py::object& wavelengths, int interval, int threads, const py::kwargs& parameters) {
   const Curves standardRows = CurvesForSums(standard, "standard", wavelengths, interval);
   if (standardRows.count == 0) throw py::value_error("standard: at least one is expected");
   const Curves trials = CurvesForSums(samples, "samples", wavelengths, interval);
-  if (std::isnan(warning)) throw py::value_error("warning: a number is expected");
-  bool single = false;
+  if (!(warning >= 0.0 && warning <= 1.0)) throw py::value_error("warning: a factor from 0 to 1 is expected");
   JudgeConditions conditions;
   conditions.difference = python::SettingsOf(system, parameters);
-  conditions.illuminants = IlluminantsOf(illuminants, single);
+  conditions.illuminants = DistinctIlluminantsOf(illuminants);
   conditions.observer = ObserverOf(observer);
   conditions.rule = RuleOf(verdict);
   conditions.warningFactor = warning;
@@ -341,6 +351,7 @@ py::tuple Judge(const py::object& standard, const py::object& samples, const py:
   std::vector<JudgeLimits> limits = ellipsoid.is_none()
                                         ? TolerancesOf(tolerance, conditions, k, m)
                                         : EllipsoidsOf(ellipsoid, conditions.difference, k, m);
+  NeedLimitsOfComponents(conditions.rule, limits);
   std::vector<double> angles = AnglesOf(geometry, k, conditions);
   const JudgeStandards standards(conditions, SamplesOf(standardRows, 0, k), std::move(limits),
                                  std::move(angles));

@@ -4,6 +4,7 @@
 
 #include <pybind11/stl.h>
 
+#include <vrxio/measurement/names.h>
 #include <vrxio/text/input_error.h>
 #include <vrxmath/platform/exceptions.h>
 
@@ -34,10 +35,6 @@ py::dict IlluminantTable() {
   return table;
 }
 
-std::string NameOf(const Illuminant& lamp) {
-  return lamp.name.substr(0, lamp.name.find('|'));
-}
-
 }  // namespace
 
 void DefineNames(py::module_& module) {
@@ -66,7 +63,7 @@ interpolation : str
            }),
            py::arg("name"), py::arg("wavelengths"), py::arg("power"), py::kw_only(),
            py::arg("interpolation") = "cubic")
-      .def_property_readonly("name", &NameOf)
+      .def_property_readonly("name", [](const py::object& lamp) { return IlluminantNameOf(lamp); })
       .def("__eq__",
            [](const Illuminant& lamp, const py::object& other) {
              return py::isinstance<Illuminant>(other) && lamp == other.cast<const Illuminant&>();
@@ -87,9 +84,14 @@ interpolation : str
                                    state[3].cast<std::int32_t>(), state[4].cast<bool>()});
           }))
       .def("__repr__", [](const Illuminant& lamp) { return "<Illuminant " + lamp.name + ">"; });
-  module.def("illuminant_name", [](const py::object& illuminant) {
-    return py::isinstance<Illuminant>(illuminant) ? NameOf(illuminant.cast<const Illuminant&>())
-                                                  : IlluminantCode(IlluminantOf(illuminant)).ToUtf8();
+  module.def("illuminant_name", &IlluminantNameOf);
+  module.def("reads_angle", [](const std::string& system) {
+    return FindDifferenceSystem(SettingsOf(system, {}).system)->readsAngle;
+  });
+  // Of one geometry all spellings are the same; an unknown one is its own.
+  module.def("geometry_name", [](const std::string& text) {
+    const std::int32_t code = io::ParseGeometry(text);
+    return code < 0 ? text : io::GeometryName(code);
   });
   module.def("illuminants", &IlluminantTable, R"(The built-in illuminants.
 

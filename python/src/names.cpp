@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -117,6 +118,23 @@ std::vector<vrxIlluminant> IlluminantsOf(const py::handle& argument, bool& singl
   std::vector<vrxIlluminant> list;
   for (const py::handle item : argument) list.push_back(IlluminantOf(item));
   if (list.empty()) throw py::value_error("illuminant: at least one is needed");
+  return list;
+}
+
+std::string IlluminantNameOf(const py::handle& argument) {
+  if (!py::isinstance<Illuminant>(argument)) return IlluminantCode(IlluminantOf(argument)).ToUtf8();
+  const std::string& name = argument.cast<const Illuminant&>().name;
+  return name.substr(0, name.find('|'));
+}
+
+std::vector<vrxIlluminant> DistinctIlluminantsOf(const py::handle& argument) {
+  bool single = false;
+  std::vector<vrxIlluminant> list = IlluminantsOf(argument, single);
+  std::set<std::string> names;
+  for (std::size_t i = 0; !single && i < list.size(); ++i) {
+    const std::string name = IlluminantNameOf(argument[py::int_(i)]);
+    if (!names.insert(name).second) throw py::value_error("illuminants: " + name + " is named twice");
+  }
   return list;
 }
 

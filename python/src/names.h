@@ -48,6 +48,10 @@ Illuminant MakeIlluminant(const std::string& name, Spectrum spectrum);
 vrxIlluminant IlluminantOf(const py::handle& argument);
 /// One illuminant or a sequence of them; `single` tells which was given.
 std::vector<vrxIlluminant> IlluminantsOf(const py::handle& argument, bool& single);
+/// Its name as results show it. Throws as IlluminantOf does.
+std::string IlluminantNameOf(const py::handle& argument);
+/// The same list for results that are told by the names of their illuminants: throws ValueError for a name that is there twice.
+std::vector<vrxIlluminant> DistinctIlluminantsOf(const py::handle& argument);
 /// Observer 0 or 1 of 2 or 10 degrees. Throws ValueError for another number.
 std::int32_t ObserverOf(int degrees);
 

@@ -1,6 +1,7 @@
 """The results are those of the command-line tool, to the last bit: its csv output has every digit."""
 
 import os
+import re
 import subprocess
 
 import numpy as np
@@ -112,6 +113,39 @@ def test_limits_beside_the_difference(options, settings, curves, curve_file, vrx
     assert np.array_equal(columns(rows, ["verdict"]).reshape(60, 2), judged.verdicts)
     assert np.array_equal(columns(rows, ["excess"]).reshape(60, 2), judged.excess, equal_nan=True)
     assert {7, 8} & set(judged.broken.ravel()) and judged.verdicts.max() == vrx.PASS
+
+
+@pytest.mark.parametrize("settings, options, words", [
+    ({"verdict": "box"}, ["--verdict", "box"], "limit"),
+    ({"verdict": "box", "tolerance": [[1] * 7, [np.inf] * 6 + [1]]}, None, "limits of components"),
+    ({"warning": 1.01}, ["--warning", "1.01"], "factor from 0 to 1"),
+    ({"warning": -0.5}, ["--warning", "-0.5"], "factor from 0 to 1"),
+    ({"grade": "change", "least_grade": 3.3}, ["--grade", "change", "--least-grade", "3.3"], "least.grade"),
+    ({"least_grade": 3}, ["--least-grade", "3"], "grade"),
+    ({"illuminants": ["D65", "A", "D65"]}, ["--illuminants", "D65,A,D65"], "D65 is named twice")])
+def test_what_the_tool_refuses(settings, options, words, curves, curve_file):
+    with pytest.raises(ValueError, match=words):
+        vrx.judge(curves[3], curves, **{"illuminants": ["D65", "A"], **settings})
+    if options is not None:
+        told = subprocess.run([os.environ["VRX_TOOL"], "judge", curve_file, curve_file, "--standard-id", "C3", *options],
+                              capture_output=True, text=True)
+        assert told.returncode == 2 and re.search(words, told.stderr), told.stderr
+
+
+def test_geometries_of_standard_and_samples(curves):
+    """A sample without its surface against a standard with it is another colour, which no verdict tells."""
+    standards = vrx.CurveArray(curves[:2], geometries=["SCI", "15deg"])
+    for samples, of in ((["15as", "SCI"], None), (["SCI", "SCE"], [0, 0]), (["15deg"], [0])):
+        with pytest.raises(ValueError, match="was measured with geometry"):
+            vrx.judge(standards, vrx.CurveArray(curves[:len(samples)], geometries=samples), of=of)
+    samples = vrx.CurveArray(curves[:3], geometries=["15\u00b0", "", "SCI"])
+    judged = vrx.judge(standards, samples, of=[1, 1, 0])
+    assert np.array_equal(judged.differences, vrx.judge(curves[:2], samples, of=[1, 1, 0]).differences, equal_nan=True)
+    with pytest.warns(UserWarning, match="din6175 depends on the measuring angle") as told:
+        partly = vrx.judge(vrx.CurveArray(curves[:2], geometries=["15deg", ""]), curves[2:4], system="din6175")
+        assert told[0].filename == __file__
+    known = vrx.judge(curves[:2], curves[2:4], system="din6175", geometry=["15deg", "45deg"])
+    assert np.array_equal(partly.differences, known.differences, equal_nan=True)
 
 
 def test_pairs_and_totals(curves):

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import dataclasses
 import functools
+import warnings
 from typing import TYPE_CHECKING, Any
 
 import numpy as np
@@ -130,10 +131,37 @@ class Judgement:
                 f"{counts[2]} pass, {counts[1]} warning, {counts[0]} fail>")
 
 
+def _geometries_of(curves: Any) -> Any:
+    """The known geometries of a CurveArray in the shape of its rows, empty texts among them; None where nothing is known."""
+    if not isinstance(curves, CurveArray) or not any(curves.geometries or ()):
+        return None
+    lead = curves.values.shape[:-1]
+    shown = {text: _core.geometry_name(text) for text in set(curves.geometries or ())}
+    names = np.array([shown[text] for text in curves.geometries or ()]).reshape((-1,) + (1,) * (len(lead) - 1) if lead else ())
+    return np.broadcast_to(names, lead)
+
+
+def _need_same_geometries(standard: Any, samples: Any, of: Any) -> None:
+    """Refuses samples that were measured in another geometry than their standard."""
+    pair = _geometries_of(standard), _geometries_of(samples)
+    if pair[0] is None or pair[1] is None:
+        return
+    own = pair[0] if of is None else pair[0].reshape(-1)[np.asarray(of, dtype=int)]
+    try:
+        differ = (own != pair[1]) & (own != "") & (pair[1] != "")
+    except ValueError:
+        return  # shapes that do not belong together: the judgement says so
+    if differ.any():
+        at = np.unravel_index(np.argmax(differ), differ.shape)
+        own, other = (np.broadcast_to(each, differ.shape)[at] for each in (own, pair[1]))
+        raise ValueError(f"samples: a sample was measured with geometry {other}, its standard with {own}; choose the samples of one "
+                         "geometry, or give the `values` of both, which say nothing of it")
+
+
 def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *,
           system: str = "cmc", tolerance: float | Numbers | None = None, ellipsoid: Numbers | str | None = None,
           geometry: str | int | Sequence[str | int] | None = None, of: Sequence[int] | None = None, verdict: str = "worse",
-          warning: float = 0.75, grade: str | None = None, least_grade: float = 4, most_inconstancy: float | None = None,
+          warning: float = 0.75, grade: str | None = None, least_grade: float | None = None, most_inconstancy: float | None = None,
           wavelengths: Numbers | None = None, interval: int = 10, threads: int = 0, **parameters: float) -> Judgement:
     """Judges samples against their standards: fail, warning or pass under each illuminant.
 
@@ -145,7 +173,7 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
         The samples' curves, float64 or float32. Without ``of`` the leading axes of both broadcast as numpy's do: one standard is
         for all samples, as many as samples are pairs.
     illuminants : str or sequence of str or Illuminant
-        The conditions, the primary one first.
+        The conditions, the primary one first, each once.
     observer : int
         2 or 10 degrees.
     system : str
@@ -161,17 +189,19 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
         angle in degrees from +a* to +b*; the limit of the total; the commercial factor.
     geometry : str or int, or a sequence of k
         The measuring geometry, such as ``"15deg"`` or its code: the weights of ``"audi"`` and ``"din6175"`` depend on its angle, which is
-        45 degrees otherwise. Standards that are a :class:`CurveArray` with a geometry for each have it.
+        45 degrees otherwise, with a warning. Standards that are a :class:`CurveArray` have theirs, and samples that are one, too, are
+        refused where their geometry is another one.
     of : sequence of int, length n
         The standard of each sample by its place.
     verdict : str
-        How the verdict is formed: ``"total"``, ``"box"`` (the components), or ``"worse"`` of the two, which is ``"both"``.
+        How the verdict is formed: ``"total"``, ``"box"`` (the components, which the tolerance has to limit), or ``"worse"`` of the
+        two, which is ``"both"``.
     warning : float
-        A pass needs to lie within the tolerance times this factor; between the two there is a warning.
+        From 0 to 1: a pass needs to lie within the tolerance times this factor; between the two there is a warning.
     grade : "change" or "staining"
         Judges by a grey scale (ISO 105-A05, ISO 105-A04), and by differences only where there is a tolerance.
     least_grade : float
-        The lowest grade in half steps that passes.
+        The lowest grade that passes, a half step: 1, 1.5, 2 ... 5; by default 4. Only with `grade`.
     most_inconstancy : float
         Fails a sample whose own colour changes by more, in the units of the system, from the first illuminant to another.
     wavelengths : sequence of w, optional
@@ -196,8 +226,12 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
     """
     samples = with_ids(samples)
     names = [illuminants] if isinstance(illuminants, (str, int, np.integer, _core.Illuminant)) else list(illuminants)
-    if geometry is None and isinstance(standard, CurveArray) and standard.geometries is not None and all(standard.geometries):
+    _need_same_geometries(standard, samples, of)
+    if geometry is None and isinstance(standard, CurveArray) and any(standard.geometries or ()):
         geometry = standard.geometries
+    if _core.reads_angle(system) and (geometry is None or not all(np.atleast_1d(geometry).astype(str))):
+        warnings.warn(f"{system} depends on the measuring angle, which is not given: 45 degrees are assumed; set it with geometry=",
+                      stacklevel=2)
     differences, verdicts, words, broken, excess, limit, notes = _core.judge(
         standard, samples, names, observer, system=system, tolerance=tolerance, ellipsoid=ellipsoid, geometry=geometry, of=of,
         verdict=verdict, warning=warning, grade=grade, least_grade=least_grade, most_inconstancy=most_inconstancy,

@@ -250,7 +250,9 @@ static void every_argument(void) {
   REFUSES(vrx_judgement_warning(judgement, 2), VRX_OUT_OF_RANGE, "factor");
   REFUSES(vrx_judgement_grade(judgement, 2, 4), VRX_OUT_OF_RANGE, "scale");
   REFUSES(vrx_judgement_grade(judgement, 0, 5.5), VRX_OUT_OF_RANGE, "least grade");
+  REFUSES(vrx_judgement_grade(judgement, 0, 3.3), VRX_OUT_OF_RANGE, "half step");
   REFUSES(vrx_judgement_inconstancy(judgement, NAN), VRX_NOT_FINITE, "inconstancy");
+  REFUSES(vrx_judgement_inconstancy(judgement, 1), VRX_REFUSED, "two illuminants");
   OK(vrx_judgement_standard(judgement, in));
   REFUSES(vrx_judgement_trials(judgement, nan, 1, whole, out, whole + 1), VRX_NOT_FINITE, "curves");
   REFUSES(vrx_judgement_trials(judgement, in, 1, NULL, out, whole), VRX_NULL, "verdicts");

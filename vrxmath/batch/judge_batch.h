@@ -14,7 +14,9 @@
 #ifndef VRXMATH_BATCH_JUDGE_BATCH_H_
 #define VRXMATH_BATCH_JUDGE_BATCH_H_
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -65,6 +67,11 @@ struct GradeCondition {
   bool operator==(const GradeCondition&) const = default;
 };
 
+/// True for what a grade may be held against: one of the nine half steps from 1 to 5.
+[[nodiscard]] inline bool IsHalfStep(double grade) {
+  return grade >= 1.0 && grade <= 5.0 && 2.0 * grade == std::floor(2.0 * grade);
+}
+
 /// Judging what a trial's own colour does from lamp to lamp, whatever the standard does (InconstancyIndex, with the system and the
 /// observer of the conditions): under each illuminant but the first its distance from its colour under the first one.
 struct InconstancyCondition {
@@ -103,6 +110,13 @@ using JudgeLimits = std::variant<CBoxTolData, CEllipseData, SystemEllipsoid>;
   if (const auto* box = std::get_if<CBoxTolData>(&limits)) return (*box)[CBoxTolData::kTotal];
   if (const auto* ellipse = std::get_if<CEllipseData>(&limits)) return (*ellipse)[CEllipseData::kTotalLimit];
   return std::numeric_limits<double>::infinity();
+}
+
+/// False for a box that limits no component: a verdict by its components would pass everything.
+[[nodiscard]] inline bool LimitsComponents(const JudgeLimits& limits) {
+  const auto* box = std::get_if<CBoxTolData>(&limits);
+  return box == nullptr || std::any_of(box->begin(), box->begin() + CBoxTolData::kTotal,
+                                       [](double limit) { return std::isfinite(limit); });
 }
 
 /// A box that limits the total alone.

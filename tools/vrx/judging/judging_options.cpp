@@ -102,11 +102,6 @@ void SetComponent(const std::string& limit, int32_t system, CBoxTolData& box) {
   box.SetTolerance(static_cast<int32_t>(name - names.begin()), bounds.back(), isOne ? bounds[0] : -bounds[0]);
 }
 
-bool LimitsComponents(const CBoxTolData& box) {
-  return std::any_of(box.begin(), box.begin() + CBoxTolData::kTotal,
-                     [](double limit) { return std::isfinite(limit); });
-}
-
 void LoadEllipses(const JudgingOptions& options, JudgeSettings& settings) {
   if (!options.tolerance.empty() && !options.ellipse) {
     throw InputError("--ellipses: the file has the limits; --tolerance also needs --ellipse");
@@ -144,10 +139,9 @@ VerdictRule RuleOf(const std::string& verdict) {
 }
 
 bool LimitsNothing(const JudgeLimits& limits, VerdictRule rule) {
-  const auto* box = std::get_if<CBoxTolData>(&limits);
-  if (rule == VerdictRule::kComponents) return box != nullptr && !LimitsComponents(*box);
+  if (rule == VerdictRule::kComponents) return !LimitsComponents(limits);
   if (std::holds_alternative<SystemEllipsoid>(limits) || std::isfinite(TotalLimitOf(limits))) return false;
-  return rule == VerdictRule::kTotal || (box != nullptr && !LimitsComponents(*box));
+  return rule == VerdictRule::kTotal || !LimitsComponents(limits);
 }
 
 void RequireLimitsOfComponents(const JudgeSettings& settings) {
