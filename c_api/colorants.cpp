@@ -126,6 +126,13 @@ void AddLevel(CColorantSystemData& system, uint32_t id, int32_t kind, const CCol
   component.AppendLevel(level);
 }
 
+void GivePrediction(const CReflData& predicted, double* curve) {
+  if (IsUnset(predicted) || !AreFinite(predicted))
+    throw Refusal{VRX_REFUSED,
+                  "the formula has a component that the system lacks, a negative amount, or no scattering"};
+  std::copy(predicted.begin(), predicted.end(), curve);
+}
+
 }  // namespace
 }  // namespace vrx::c_api
 
@@ -222,7 +229,12 @@ vrx_status VRX_CALL vrx_colorants_level(vrx_handle colorants, int32_t id, int32_
 
 vrx_status VRX_CALL vrx_predict(vrx_handle colorants, const int32_t* ids, const double* amounts,
                                 int32_t count, double curve[40]) {
-  return vrx_predict_film(colorants, ids, amounts, count, VRX_SURFACE_INCLUDED, nullptr, 0, curve);
+  return Call([&] {
+    const auto system = api::Find<vrx::io::ColorSystem>(colorants);
+    const vrx::CDbFormula formula = api::FormulaOf(ids, amounts, count);
+    NeedPlace(curve, "curve");
+    api::GivePrediction(vrx::PredictReflectance(formula, system->data, api::SurfaceOf(*system, {})), curve);
+  });
 }
 
 vrx_status VRX_CALL vrx_predict_film(vrx_handle colorants, const int32_t* ids, const double* amounts,
@@ -231,20 +243,13 @@ vrx_status VRX_CALL vrx_predict_film(vrx_handle colorants, const int32_t* ids, c
   return Call([&] {
     const auto system = api::Find<vrx::io::ColorSystem>(colorants);
     const vrx::CDbFormula formula = api::FormulaOf(ids, amounts, count);
-    const vrx::SaundersonMode mode = api::ModeOf(surface);
+    const vrx::SaundersonMode mode = api::SurfaceOf(*system, surface);
     NeedPlace(curve, "curve");
-    vrx::CReflData predicted;
-    if (backing == nullptr) {
-      predicted = vrx::PredictReflectance(formula, system->data, mode);
-    } else {
-      const vrx::CReflData below = api::CurveOf(backing, "backing");
-      api::NeedWithin(thickness, 0.0, api::kLargestReading, "thickness");
-      predicted = vrx::PredictFilm(formula, system->data, below, thickness, mode);
-    }
-    if (IsUnset(predicted) || !api::AreFinite(predicted))
-      throw Refusal{VRX_REFUSED,
-                    "the formula has a component that the system lacks, a negative amount, or no scattering"};
-    std::copy(predicted.begin(), predicted.end(), curve);
+    if (backing == nullptr)
+      return api::GivePrediction(vrx::PredictReflectance(formula, system->data, mode), curve);
+    const vrx::CReflData below = api::CurveOf(backing, "backing");
+    api::NeedWithin(thickness, 0.0, api::kLargestReading, "thickness");
+    api::GivePrediction(vrx::PredictFilm(formula, system->data, below, thickness, mode), curve);
   });
 }
 

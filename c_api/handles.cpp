@@ -64,6 +64,15 @@ Object FindObject(vrx_handle handle) {
   return *SlotOf(handle).object;
 }
 
+SaundersonMode SurfaceOf(const io::ColorSystem& system, std::optional<int32_t> surface) {
+  std::optional<SaundersonMode> given;
+  if (surface) given = ModeOf(*surface);
+  std::string complaint;
+  const SaundersonMode mode = io::SpecularOf(system, given, complaint);
+  if (!complaint.empty()) throw Refusal{VRX_REFUSED, "surface: " + complaint};
+  return mode;
+}
+
 }  // namespace vrx::c_api
 
 vrx_status VRX_CALL vrx_close(vrx_handle handle) {

@@ -80,6 +80,10 @@ std::shared_ptr<T> Find(vrx_handle handle) {
   throw Refusal{VRX_BAD_HANDLE, "the handle is of another kind"};
 }
 
+/// How the surface enters the curves beside a system: as it says itself, else as `surface`, else included. Refuses a surface that
+/// contradicts what the system was calibrated on.
+SaundersonMode SurfaceOf(const io::ColorSystem& system, std::optional<int32_t> surface);
+
 }  // namespace vrx::c_api
 
 #endif  // C_API_HANDLES_H_

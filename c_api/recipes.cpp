@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -58,7 +59,6 @@ CRecipeSettings RecipeSettings(const vrx_recipe_settings& s) {
   settings.tolerance = s.tolerance;
   settings.objective = kObjectives[s.objective];
   settings.order = kOrders[s.order];
-  settings.mode = ModeOf(s.surface);
   settings.top = s.top;
   settings.batchSize = s.batch_size;
   settings.resolution = s.resolution;
@@ -197,6 +197,8 @@ vrx_status VRX_CALL vrx_search_open(vrx_handle colorants, const vrx_system* syst
     const vrx_recipe_settings given = api::Sized(settings, api::UsualRecipeSettings(), "settings");
     api::Check(given);
     object->settings = api::RecipeSettings(given);
+    object->settings.mode =
+        api::SurfaceOf(*object->system, settings == nullptr ? std::optional<int32_t>() : given.surface);
     object->mostAddition = given.most_addition;
     object->aim = given.aim;
     object->settings.difference = api::Settings(system);

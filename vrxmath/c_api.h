@@ -605,11 +605,12 @@ VRX_C_API vrx_status VRX_CALL vrx_colorants_name16(vrx_handle colorants, int32_t
 VRX_C_API vrx_status VRX_CALL vrx_colorants_level(vrx_handle colorants, int32_t id, int32_t kind,
                                                   double concentration, const double absorption[40],
                                                   const double scattering[40]);
-/* The curve that a formula of `count` ids and amounts gives. VRX_REFUSED where it gives none. */
+/* The curve that a formula of `count` ids and amounts gives, with the surface as the system was calibrated, included where it does not
+ * say so. VRX_REFUSED where it gives none. */
 VRX_C_API vrx_status VRX_CALL vrx_predict(vrx_handle colorants, const int32_t* ids, const double* amounts,
                                           int32_t count, double curve[40]);
 
-/* The same with the surface as `surface` says, and over a backing (40 reflectances in percent, measured bare) as a film of that
+/* The same with the surface as `surface` says, which is VRX_REFUSED where the system was calibrated otherwise, and over a backing (40 reflectances in percent, measured bare) as a film of that
  * thickness, in the unit of length of the system; opaque where `backing` is null. */
 VRX_C_API vrx_status VRX_CALL vrx_predict_film(vrx_handle colorants, const int32_t* ids,
                                                const double* amounts, int32_t count, int32_t surface,
@@ -670,7 +671,8 @@ typedef int32_t(VRX_CALL* vrx_progress)(double part, void* context);
 
 /* Fills the structure with what is usual. */
 VRX_C_API vrx_status VRX_CALL vrx_usual_recipe_settings(vrx_recipe_settings* settings);
-/* A search among the components of a colour system, judged under `count` (1 to 64) illuminants, the first being the primary one. */
+/* A search among the components of a colour system, judged under `count` (1 to 64) illuminants, the first being the primary one.
+ * `settings`: null for what is usual, with the surface of the system. VRX_REFUSED for a surface with which it was not calibrated. */
 VRX_C_API vrx_status VRX_CALL vrx_search_open(vrx_handle colorants, const vrx_system* system,
                                               const int32_t* illuminants, int32_t count, int32_t observer,
                                               const vrx_recipe_settings* settings, vrx_handle* search);

@@ -147,6 +147,40 @@ static void costs(const vrx_system* system, vrx_recipe_settings settings) {
   OK(vrx_close(search));
 }
 
+/* A system that says how its curves were measured takes no others: a surface that is not in the curve gives another recipe. */
+static void surfaces(const vrx_system* system) {
+  const double shares[3][2] = {{1, 0}, {0, 1}, {0.8, 0.2}}, amounts[2] = {80, 20};
+  const int32_t own[2] = {1, 2}, lamp = VRX_ILLUM_D65;
+  double curve[40], again[40];
+  vrx_handle calibration, excluded, closed = 7;
+  vrx_calibration_settings settings = {0};
+  vrx_recipe_settings recipe = {0};
+  settings.size = sizeof settings, recipe.size = sizeof recipe;
+  OK(vrx_usual_calibration_settings(&settings));
+  OK(vrx_usual_recipe_settings(&recipe));
+  settings.surface = VRX_SURFACE_EXCLUDED, settings.leave_one_out = 0;
+  OK(vrx_calibration_open(&settings, 2, 1, &calibration));
+  for (int i = 0; i < 3; ++i) {
+    OK(vrx_predict_film(paints, ids, shares[i], 2, VRX_SURFACE_EXCLUDED, NULL, 0, curve));
+    OK(vrx_calibration_opaque(calibration, shares[i], 1, curve));
+  }
+  OK(vrx_calibrate(calibration, &excluded));
+  OK(vrx_predict_film(excluded, own, amounts, 2, VRX_SURFACE_EXCLUDED, NULL, 0, curve));
+  OK(vrx_predict(excluded, own, amounts, 2, again));
+  CHECK(memcmp(curve, again, sizeof curve) == 0);
+  const char* const why = "surface: the system was calibrated on curves with the surface excluded, not included";
+  REFUSES(vrx_predict_film(excluded, own, amounts, 2, VRX_SURFACE_INCLUDED, NULL, 0, curve), VRX_REFUSED, why);
+  REFUSES(vrx_search_open(excluded, system, &lamp, 1, VRX_OBSERVER_10, &recipe, &closed), VRX_REFUSED, why);
+  CHECK(closed == 7);
+  OK(vrx_search_open(excluded, system, &lamp, 1, VRX_OBSERVER_10, NULL, &closed));
+  OK(vrx_close(closed));
+  recipe.surface = VRX_SURFACE_EXCLUDED;
+  OK(vrx_search_open(excluded, system, &lamp, 1, VRX_OBSERVER_10, &recipe, &closed));
+  OK(vrx_close(closed));
+  OK(vrx_close(excluded));
+  OK(vrx_close(calibration));
+}
+
 void recipes(void) {
   const double amounts[2] = {95, 5}, too_little[2] = {97, 3};
   const int32_t lamps[2] = {VRX_ILLUM_D65, VRX_ILLUM_A};
@@ -169,6 +203,7 @@ void recipes(void) {
   calibrations();
   OK(vrx_close(search));
   costs(&system, settings);
+  surfaces(&system);
   settings.most_colorants = 7;
   REFUSES(vrx_search_open(paints, &system, lamps, 2, 1, &settings, &closed), VRX_OUT_OF_RANGE, "most_colorants");
   settings.most_colorants = 2, settings.tolerance = NAN;
