@@ -9,13 +9,16 @@
 #include <set>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
 
+#include <vrxio/measurement/names.h>
 #include <vrxio/systems/color_system_file.h>
 #include <vrxio/systems/components.h>
+#include <vrxio/systems/taken_surface.h>
 #include <vrxmath/colorant/component_names.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/foundation/numbers.h>
@@ -109,6 +112,25 @@ SaundersonMode ModeOf(const System& system, const py::object& specular) {
   const SaundersonMode mode = io::SpecularOf(system.file, ModeNamed(specular), complaint);
   if (!complaint.empty()) throw py::value_error("specular: " + complaint);
   return mode;
+}
+
+// Refuses curves of which their geometries, one for each or none, say that their surface was measured the other way. Without a system
+// they are for a calibration, which takes what `specular` says.
+void RefuseOtherSpecular(const System* system, const py::object& specular, const std::string& name,
+                         const std::vector<std::string>& geometries) {
+  const std::optional<SaundersonMode> given = ModeNamed(specular);
+  if (system != nullptr) (void)ModeOf(*system, specular);
+  const io::TakenSpecular taken = system != nullptr
+                                      ? io::TakenBy(system->file, given)
+                                      : io::TakenSpecular{given.value_or(SaundersonMode::kNone), false};
+  const auto setting = [](std::string_view value) {
+    return "specular" + (value.empty() ? std::string() : "=\"" + std::string(value) + "\"");
+  };
+  for (std::size_t i = 0; i < geometries.size(); ++i) {
+    const std::int32_t code = geometries[i].empty() ? io::kNoGeometry : io::ParseGeometry(geometries[i]);
+    const std::string other = io::OtherSpecularText({}, code, taken, {"its geometry", setting});
+    if (!other.empty()) throw py::value_error(name + ": curve " + std::to_string(i) + ": " + other);
+  }
 }
 
 py::array Predict(const System& system, const py::object& amounts, const py::object& specular,
@@ -667,6 +689,8 @@ amounts : numpy.ndarray, shape (n, components)
   module.attr("recipe_defaults") = RecipeDefaultsDict();
   module.def("predict", &Predict, py::arg("color_system"), py::arg("amounts"), py::kw_only(),
              py::arg("specular"), py::arg("out"), py::arg("threads"));
+  module.def("refuse_other_specular", &RefuseOtherSpecular, py::arg("color_system").none(true),
+             py::arg("specular"), py::arg("name"), py::arg("geometries"));
   module.def("match", &Match, py::arg("color_system"), py::arg("targets"), py::arg("settings"));
   module.def("correct_stock", &CorrectAll, py::arg("color_system"), py::arg("formulas"), py::arg("measured"),
              py::arg("sizes"), py::arg("target"), py::arg("settings"));

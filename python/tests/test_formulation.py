@@ -181,6 +181,17 @@ def test_stock_of_exchanged_curves(paints):
     assert not before.explained and before.suspected
 
 
+def sce(curve):
+    return vrx.CurveArray([curve, curve], geometries=["", "SCE"])
+
+
+def test_geometries_that_say_the_surface(paints):
+    curve = vrx.predict(paints, {paints.ids[0]: 90, paints.ids[3]: 10}, specular="excluded")
+    told, plain = vrx.match(paints, sce(curve), specular="excluded", top=1)[1], vrx.match(paints, curve, specular="excluded", top=1)
+    assert told[0].formula == plain[0].formula
+    assert vrx.match(paints, sce(curve), specular="none", top=1)
+
+
 @pytest.mark.parametrize("call, words", [
     (lambda paints, curve: vrx.ColorSystem(CHART), ["chart_average.csv"]),
     (lambda paints, curve: vrx.predict(paints, {"no such paint": 1}), ["component", "no such paint"]),
@@ -199,6 +210,11 @@ def test_stock_of_exchanged_curves(paints):
     (lambda paints, curve: vrx.match(paints, curve, limits={3: (0, 5), "id:3": (1, 9)}), ["limits: component 3 is given twice"]),
     (lambda paints, curve: vrx.match(paints, curve, costs={3: -1}), ["costs: numbers from 0"]),
     (lambda paints, curve: vrx.match(paints, curve, costs={3: np.nan}), ["costs: numbers from 0"]),
+    (lambda paints, curve: vrx.match(paints, sce(curve)), ["targets: curve 1: its geometry", 'specular is included; use specular="excluded"']),
+    (lambda paints, curve: vrx.correct(paints, {3: 1}, sce(curve)[1], curve, specular="included"), ["measured: curve 0", "excluded"]),
+    (lambda paints, curve: vrx.correct_stock(paints, [{3: 1}], [curve], [1], sce(curve)[1]), ["target: curve 0"]),
+    (lambda paints, curve: vrx.use_leftovers(paints, [{3: 1}], sce(curve)[[1]], [1], curve, 5), ["measured: curve 0"]),
+    (lambda paints, curve: vrx.calibrate([{"w": 1}, {"w": 1, "b": 1}], sce(curve), "w"), ["curves: curve 1", "excluded"]),
     (lambda paints, curve: vrx.match(paints, curve, load=3), ["load", "clear component"]),
     (lambda paints, curve: vrx.match(paints, curve, load=(5, 1)), ["load"]),
     (lambda paints, curve: vrx.match(paints, curve, within_range=True), ["within_range"]),

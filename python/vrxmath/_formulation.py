@@ -11,6 +11,7 @@ import numpy as np
 
 from . import _core
 from ._core import ColorSystem
+from ._curves import CurveArray
 
 if TYPE_CHECKING:
     from collections.abc import Sequence
@@ -41,8 +42,17 @@ def _amounts(color_system: ColorSystem, formulas: Any) -> Any:
     return formulas
 
 
-def _batches(measured: Any, target: Any, wavelengths: Any) -> tuple[Floats, Floats]:
+def _need_surface(color_system: ColorSystem | None, specular: str | None, **arguments: Any) -> None:
+    """Refuses curves, by the name of their argument, whose geometries say SCI or SCE where the other is taken."""
+    for name, curves in arguments.items():
+        if isinstance(curves, CurveArray) and curves.geometries is not None:
+            _core.refuse_other_specular(color_system, specular, name, [str(one) for one in curves.geometries])
+
+
+def _batches(color_system: ColorSystem, specular: str | None, measured: Any, target: Any,
+             wavelengths: Any) -> tuple[Floats, Floats]:
     """The curves of batches, and the target that they should have come to, on the library's grid."""
+    _need_surface(color_system, specular, measured=measured, target=target)
     return (_core.curves(measured, wavelengths, name="measured"),
             _core.curves(target, wavelengths, or_colors=True, name="target"))
 
@@ -266,6 +276,7 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
     fit : CalibrationFit
     """
     names, rows = _shares(shares, components)
+    _need_surface(None, specular, curves=curves)
     spectra = _core.curves(curves, wavelengths)
     if rows.ndim != 2 or rows.shape[1] != len(names) or len(rows) != len(spectra):
         raise ValueError(f"shares: ({len(spectra)}, {len(names)}) is expected, not {rows.shape}")
@@ -357,7 +368,8 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
     weights : sequence of float, optional
         How much the squared difference under each illuminant counts.
     specular : str
-        Of the targets, as for :func:`predict`.
+        Of the targets, as for :func:`predict`. A :class:`CurveArray` whose geometries say SCI or SCE where the other is taken is
+        refused; so are batches, and drawdowns of :func:`calibrate`.
     sort : str
         ``"fewest"``, ``"color"``, ``"metamerism"``, ``"cost"``, ``"expected"`` or ``"inconstancy"``.
     batch_size, resolution : float
@@ -388,6 +400,7 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
     """
     settings = {name: value for name, value in locals().items() if name not in ("color_system", "targets", "wavelengths")}
     settings.update(limits=limits or {}, costs=costs or {})
+    _need_surface(color_system, specular, targets=targets)
     rows = _core.curves(targets, wavelengths, or_colors=True, name="targets")
     if backings is not None:
         settings["backings"] = _core.curves(backings, wavelengths, name="backings")
@@ -448,7 +461,7 @@ def correct(color_system: ColorSystem, formula: Formulas, measured: Numbers, tar
     settings = {name: value for name, value in locals().items()
                 if name not in ("color_system", "formula", "measured", "target", "wavelengths")}
     settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None)
-    before, found = _core.correct(color_system, _amounts(color_system, formula), *_batches(measured, target, wavelengths), settings)
+    before, found = _core.correct(color_system, _amounts(color_system, formula), *_batches(color_system, specular, measured, target, wavelengths), settings)
     return Correction(**before), [Correction(**fields) for fields in found]
 
 
@@ -495,7 +508,7 @@ def correct_stock(color_system: ColorSystem, formulas: Formulas, measured: Numbe
     """
     settings = {name: value for name, value in locals().items()
                 if name not in ("color_system", "formulas", "measured", "sizes", "target", "wavelengths")}
-    curves, aim_at = _batches(measured, target, wavelengths)
+    curves, aim_at = _batches(color_system, specular, measured, target, wavelengths)
     settings.update(limits={}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None)
     found, left = _core.correct_stock(color_system, _amounts(color_system, formulas), curves, list(sizes), aim_at, settings)
     _warn_of_left_out(left)
@@ -533,7 +546,7 @@ def use_leftovers(color_system: ColorSystem, formulas: Formulas, measured: Numbe
     """
     settings = {name: value for name, value in locals().items()
                 if name not in ("color_system", "formulas", "measured", "sizes", "target", "wavelengths")}
-    curves, aim_at = _batches(measured, target, wavelengths)
+    curves, aim_at = _batches(color_system, specular, measured, target, wavelengths)
     settings.update(limits=limits or {}, costs=costs or {}, min_amount=0.0, prerank=0, trace=None, objective="tristimulus",
                     weights=None)
     found, left = _core.use_leftovers(color_system, _amounts(color_system, formulas), curves, list(sizes), aim_at, settings)

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <vrxio/text/input_error.h>
 
@@ -21,6 +22,11 @@ std::string RefuseUnlessReflection(const std::string& text) {
   return isReflection ? "" : "must be a number from 0 to 0.999";
 }
 
+std::optional<SaundersonMode> ModeOf(GivenSpecular given) {
+  if (given == GivenSpecular::kNotGiven) return {};
+  return static_cast<SaundersonMode>(given);
+}
+
 }  // namespace
 
 void AddSpecularOption(Command& command, GivenSpecular& specular) {
@@ -29,34 +35,27 @@ void AddSpecularOption(Command& command, GivenSpecular& specular) {
 }
 
 SaundersonMode SpecularOf(GivenSpecular given, const io::ColorSystem& system, const std::string& path) {
-  std::optional<SaundersonMode> mode;
-  if (given != GivenSpecular::kNotGiven) mode = static_cast<SaundersonMode>(given);
   std::string complaint;
-  const SaundersonMode specular = io::SpecularOf(system, mode, complaint);
+  const SaundersonMode specular = io::SpecularOf(system, ModeOf(given), complaint);
   if (!complaint.empty()) throw InputError(path + ": \"specular\": " + complaint + " as --specular says");
   return specular;
 }
 
-TakenSpecular TakenBy(GivenSpecular given, const io::ColorSystem& system, const std::string& path) {
-  const SaundersonMode mode = SpecularOf(given, system, path);
-  const bool isOpen = !system.specular && given == GivenSpecular::kNotGiven && system.data.k1 == 0.0;
-  return {isOpen ? SaundersonMode::kNone : mode, system.specular.has_value()};
+io::TakenSpecular TakenBy(GivenSpecular given, const io::ColorSystem& system, const std::string& path) {
+  (void)SpecularOf(given, system, path);
+  return io::TakenBy(system, ModeOf(given));
 }
 
-std::string OtherSpecularText(io::MeasuringConditions conditions, int32_t geometry,
-                              const TakenSpecular& taken) {
-  io::TakeGeometry(geometry, conditions);
-  if (taken.mode == SaundersonMode::kNone || conditions.specular == io::Specular::kUnknown) return "";
-  const bool isIncluded = conditions.specular == io::Specular::kIncluded;
-  if (isIncluded == (taken.mode == SaundersonMode::kIncluded)) return "";
-  const std::string stated = isIncluded ? "included" : "excluded",
-                    other = isIncluded ? "excluded" : "included";
-  return "the file says that the specular component is " + stated + ", but " +
-         (taken.isOfSystem ? "the colour system is of curves with it " + other
-                           : "--specular is " + other + "; use --specular " + stated);
+std::string OtherSpecularText(const io::MeasuringConditions& conditions, int32_t geometry,
+                              const io::TakenSpecular& taken) {
+  const auto setting = [](std::string_view value) {
+    return "--specular" + (value.empty() ? std::string() : " " + std::string(value));
+  };
+  return io::OtherSpecularText(conditions, geometry, taken, {"the file", setting});
 }
 
-void RefuseOtherSpecular(const io::CurveReader& curves, const io::CurveRow& row, const TakenSpecular& taken) {
+void RefuseOtherSpecular(const io::CurveReader& curves, const io::CurveRow& row,
+                         const io::TakenSpecular& taken) {
   const std::string other = OtherSpecularText(curves.Conditions(), row.geometry, taken);
   if (!other.empty()) curves.Source().FailRow(other);
 }

@@ -11,6 +11,7 @@
 #include <vrxio/files/curve_reader.h>
 #include <vrxio/measurement/measurement.h>
 #include <vrxio/systems/color_system_file.h>
+#include <vrxio/systems/taken_surface.h>
 
 namespace vrx::tool {
 
@@ -32,21 +33,16 @@ void AddSpecularOption(Command& command, GivenSpecular& specular);
 /// included when nothing is. Throws InputError where the two differ.
 SaundersonMode SpecularOf(GivenSpecular given, const io::ColorSystem& system, const std::string& path);
 
-/// What a command takes curves for, against which the files are held that say it themselves.
-struct TakenSpecular {
-  SaundersonMode mode = SaundersonMode::kNone;  ///< with none anything goes
-  bool isOfSystem = false;  ///< the colour system says so, so that --specular cannot change it
-};
-
-/// The same as SpecularOf gives it; anything goes for a system without a surface that does not say either.
-TakenSpecular TakenBy(GivenSpecular given, const io::ColorSystem& system, const std::string& path);
+/// What a command takes curves for, against which the files are held that say it themselves. Throws InputError as SpecularOf does.
+io::TakenSpecular TakenBy(GivenSpecular given, const io::ColorSystem& system, const std::string& path);
 
 /// The message, without its place, about a curve of which its file says, by its conditions or its own geometry, that its
 /// specular component was measured the other way; empty for any other.
-std::string OtherSpecularText(io::MeasuringConditions conditions, int32_t geometry,
-                              const TakenSpecular& taken);
+std::string OtherSpecularText(const io::MeasuringConditions& conditions, int32_t geometry,
+                              const io::TakenSpecular& taken);
 /// Throws InputError for a row of which the file says that its specular component was measured the other way.
-void RefuseOtherSpecular(const io::CurveReader& curves, const io::CurveRow& row, const TakenSpecular& taken);
+void RefuseOtherSpecular(const io::CurveReader& curves, const io::CurveRow& row,
+                         const io::TakenSpecular& taken);
 
 /// Adds `--k1`, `--k2` and `--specular`.
 void AddSurfaceOptions(Command& owner, SurfaceOptions& options);
