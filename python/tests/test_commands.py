@@ -41,6 +41,8 @@ def write_csv(path, ids, rows, heads=NM):
 def test_averages(readings, vrx_tool, options, given):
     path, of, rows = readings
     found, of_file = vrx.average(rows, of, **given), vrx.average(vrx.read(path), **given)
+    of_curves = vrx.average(vrx.read(path).curve_array, **given)
+    assert of_curves.ids == found.ids and np.array_equal(of_curves.means, found.means)
     means, statistics = vrx_tool("average", path, *options), vrx_tool("average", path, "--statistics", *options)
     assert found.ids == of_file.ids == [row["id"] for row in means] and len(found.frame()) == 5
     assert np.array_equal(numbers(means, *map(str, NM)), found.means) and np.array_equal(found.means, of_file.means)

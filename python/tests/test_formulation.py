@@ -225,6 +225,7 @@ def test_geometries_that_say_the_surface(paints):
     (lambda paints, curve: vrx.calibrate([{"w": 1}, {"w": 1, "b": 1}], [curve, curve], "white"), ["white"]),
     (lambda paints, curve: vrx.calibrate([{"w": 1}, {"w": 1, "b": 1}], [curve, curve], "w"), ["\"b\"", "letdown", "without"]),
     (lambda paints, curve: vrx.calibrate([[1, 0]], [curve], "w"), ["components"]),
+    (lambda paints, curve: vrx.calibrate([[1, 0, 0]], [curve], "w", components=["w", "b", "b"]), ["components: 'b' is there twice"]),
     (lambda paints, curve: vrx.calibrate([{"w": 1}], [curve], "w", ids=[1, 2]), ["ids"]),
 ])
 def test_refusals_name_the_argument(call, words, paints):

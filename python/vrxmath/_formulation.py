@@ -276,6 +276,9 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
     fit : CalibrationFit
     """
     names, rows = _shares(shares, components)
+    twice = next((name for i, name in enumerate(names) if name in names[:i]), None)
+    if twice is not None:
+        raise ValueError(f"components: {twice!r} is there twice")
     _need_surface(None, specular, curves=curves)
     spectra = _core.curves(curves, wavelengths)
     if rows.ndim != 2 or rows.shape[1] != len(names) or len(rows) != len(spectra):

@@ -8,6 +8,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _core
+from ._curves import CurveArray
 from ._reading import Measurements
 
 if TYPE_CHECKING:
@@ -90,9 +91,10 @@ def average(readings: Numbers | Measurements, of: Sequence[Hashable] | None = No
     Parameters
     ----------
     readings : array_like, shape (n, 40) or (n, 3), or Measurements
-        Curves, or colours. Of what :func:`read` gave, the rows of one id and geometry are readings of one sample.
+        Curves, or colours. Of what :func:`read` gave, and of a :class:`CurveArray` with ids, the rows of one id and geometry are
+        readings of one sample.
     of : sequence of length n, optional
-        What names the sample of each reading. Without it, and without ``count``, all rows are readings of one sample.
+        What names the sample of each reading. Without it, without ids and without ``count``, all rows are readings of one sample.
     count : int, optional
         Each so many rows in turn are the readings of one sample.
     space : {"lab", "xyz"}
@@ -118,14 +120,15 @@ def average(readings: Numbers | Measurements, of: Sequence[Hashable] | None = No
     ([[2]], [False])
     """
     values: Any = readings
-    is_file = isinstance(readings, Measurements) and of is None and count is None
+    is_named = isinstance(readings, Measurements) or (isinstance(readings, CurveArray) and readings.ids is not None)
+    is_named = is_named and of is None and count is None
+    if is_named:
+        of = list(zip(readings.ids, readings.geometries or [""] * len(readings)))
     if isinstance(readings, Measurements):
         values = next((one for one in (readings.curves, readings.lab, readings.xyz) if one is not None), None)
         if values is None:
             raise ValueError("readings: some of the samples have neither curves nor colours")
         space = "xyz" if readings.curves is None and readings.lab is None else "lab"
-        if is_file:
-            of = list(zip(readings.ids, readings.geometries))
     values = _core.curves(values, or_colors=True)
     if values.ndim != 2 or not len(values):
         raise ValueError("readings: expected shape (n, 40) or (n, 3)")
@@ -144,4 +147,4 @@ def average(readings: Numbers | Measurements, of: Sequence[Hashable] | None = No
         del found["needed"]
     if limit is not None:
         found["passes"] = (found["counts"] > 1) & (found["largest_differences"] - limit <= 0)
-    return Averages([id[0] for id in places] if is_file else list(places), **found)
+    return Averages([id[0] for id in places] if is_named else list(places), **found)
