@@ -213,6 +213,8 @@ void DefineAppearance(py::module_& module) {
       py::arg("threads") = 1,
       R"(Display colours (IEC 61966-2-1), the white of the illuminant being the white of the screen.
 
+A colour that the screen cannot show is brought to its edge, and NaN is black: in_gamut() is False for both.
+
 Parameters
 ----------
 xyz : array_like, shape (..., 3)

@@ -123,7 +123,7 @@ def average(readings: Numbers | Measurements, of: Sequence[Hashable] | None = No
     is_named = isinstance(readings, Measurements) or (isinstance(readings, CurveArray) and readings.ids is not None)
     is_named = is_named and of is None and count is None
     if is_named:
-        of = list(zip(readings.ids, readings.geometries or [""] * len(readings)))
+        of = list(zip(values.ids, values.geometries or [""] * len(values)))
     if isinstance(readings, Measurements):
         values = next((one for one in (readings.curves, readings.lab, readings.xyz) if one is not None), None)
         if values is None:
