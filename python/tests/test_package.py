@@ -109,6 +109,19 @@ def test_a_partition_in_blocks_has_the_bytes_of_one_array(curves, tmp_path, monk
         assert (tmp_path / "made.npy").read_bytes() == (tmp_path / "whole.npy").read_bytes(), name
 
 
+def test_partitions_keep_their_geometry(tmp_path):
+    from vrxmath import dask
+
+    (tmp_path / "part.csv").write_text("id,geometry," + ",".join(map(str, range(360, 760, 10))) + "\nt,SCI" + ",40" * 40 + "\n")
+    standard = vrx.CurveArray([[41.0] * 40], None, ["s"], ["SCE"])
+    with pytest.raises(ValueError, match="geometry"):
+        dask._judge_part(str(tmp_path / "part.csv"), str(tmp_path / "made.npy"), standard, {"illuminants": "A"})
+    standard = vrx.CurveArray([[41.0] * 40], None, ["s"], ["SCI"])
+    assert dask._judge_part(str(tmp_path / "part.csv"), str(tmp_path / "made.npy"), standard, {"illuminants": "A"}) == 1
+    with pytest.raises(ValueError, match="half step"):
+        dask.judge([], [41.0] * 40, output=tmp_path / "out", grade="change", least_grade=2.2)
+
+
 def test_a_folder_of_results_is_replaced_as_a_whole(tmp_path):
     from vrxmath import _folder
 

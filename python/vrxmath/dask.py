@@ -26,6 +26,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _core
+from ._curves import CurveArray
 from ._folder import replaced, write_manifest
 from ._judgement import judge as _judge
 from ._reading import read_blocks as _read_blocks
@@ -79,7 +80,7 @@ def _blocks_of(path: str) -> Iterator[tuple[Any, dict[str, Any]]]:
     for measured in _read_blocks(path, _BLOCK):
         if measured.curves is None:
             raise ValueError(f"{path}: it has colours and no curves")
-        yield measured.curves, {"id": np.array(measured.ids, dtype=str)}
+        yield measured.curve_array, {"id": np.array(measured.ids, dtype=str)}
 
 
 def _in_common(blocks: list[Any]) -> Any:
@@ -118,7 +119,7 @@ def _write(path: str, blocks: Iterable[dict[str, Any]]) -> int:
     return sum(counts)
 
 
-def _judge_part(source: str, target: str, standard: Floats, settings: dict[str, Any]) -> int:
+def _judge_part(source: str, target: str, standard: Floats | CurveArray, settings: dict[str, Any]) -> int:
     def judged_blocks() -> Iterator[dict[str, Any]]:
         for curves, columns in _blocks_of(source):
             judged = _judge(standard, curves, **settings)
@@ -195,7 +196,7 @@ def judge(paths: Paths, standard: Numbers, *, output: str | os.PathLike[str], cl
     paths : str, os.PathLike or sequence of them
         The partitions, see :func:`partitions`.
     standard : array_like, shape (40,)
-        The standard's curve in percent.
+        The standard's curve in percent. A :class:`vrxmath.CurveArray` says its geometry, too, and samples of another are refused.
     output : str or os.PathLike
         Folder of the results, which takes the place of an earlier run's: ``part-000000.npy`` ..., a record a sample with
         ``id``, ``overall`` and, for each illuminant, ``verdict_...`` and ``dE_...``; and ``manifest.json``.
@@ -213,8 +214,10 @@ def judge(paths: Paths, standard: Numbers, *, output: str | os.PathLike[str], cl
     list of str
         The written files, in the order of the partitions.
     """
-    arguments = {"standard": _core.curves(standard, name="standard"), "settings": settings}
-    return _map("judge", _judge_part, paths, output, arguments, client, progress, retries)
+    if not isinstance(standard, CurveArray):
+        standard = _core.curves(standard, name="standard")
+    _judge(standard, standard, **settings)  # what cannot be used is refused here, and what is doubtful said, not by a worker
+    return _map("judge", _judge_part, paths, output, {"standard": standard, "settings": settings}, client, progress, retries)
 
 
 def color(paths: Paths, illuminant: Lamp = "D65", observer: int = 10, *, output: str | os.PathLike[str], client: Any = None,
