@@ -37,13 +37,13 @@ build_and_test() {
   ctest --preset "$1" -j "$jobs"
 }
 
-# Runs the fuzz targets from their corpus, as many at a time as there are cores, always with the same random numbers: that a
+# Runs the fuzz targets from their corpus, as many at a time as there are processors, since nothing comes after it, always with the same random numbers: that a
 # change passes must not be luck, and scripts/fuzz.sh looks further. New inputs go to the build folder. What the
 # target of whole commands prints on standard error is not kept.
 fuzz() {
   folder=build/ci-asan-ubsan/fuzz
   mkdir -p "$folder/found"
-  xargs -P "$jobs" -I NAME sh -c "
+  xargs -P "$(nproc)" -I NAME sh -c "
     mkdir -p $folder/found/NAME
     if [ NAME = tool ]; then close=-close_fd_mask=2; fi
     $folder/fuzz_NAME \${close:-} -seed=1 -max_total_time=${VRX_FUZZ_SECONDS:-8} -max_len=4096 -timeout=10 -rss_limit_mb=1024 \
