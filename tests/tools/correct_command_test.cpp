@@ -212,10 +212,10 @@ TEST_F(MisstatedStock, IsTakenForWhatItsCurvesSay) {
     }
   }
 
-  const json parts = From("stock.csv", "--parts 100 --max-colorants 3 --top 1");
+  const json parts = From("stock.csv", "--parts 100 --max-colorants 2 --top 1");
   EXPECT_TRUE(parts[0]["leftovers"].get<std::string>().starts_with("less:")) << parts;
   EXPECT_TRUE(parts[0]["suspected"].get<std::string>().starts_with("less (" + none)) << parts;
-  EXPECT_EQ(From("stock.csv", "--parts 100 --max-colorants 3 --top 1 --trust-formula")[0]["suspected"], "");
+  EXPECT_EQ(From("stock.csv", "--parts 100 --max-colorants 2 --top 1 --trust-formula")[0]["suspected"], "");
 
   ASSERT_EQ(
       Run("match " + kPaints + " target.csv --max-colorants 1 --from-stock stock.csv --report stock.html"),
@@ -223,7 +223,7 @@ TEST_F(MisstatedStock, IsTakenForWhatItsCurvesSay) {
   const std::string page = folder_.Read("stock.html");
   EXPECT_NE(page.find(">suspected</th>"), std::string::npos);
   EXPECT_NE(page.find("of one batch. It is left out"), std::string::npos) << "a report says what is missing";
-  const json trusting = From("stock.csv", "--max-colorants 2 --top 20 --trust-formula");
+  const json trusting = From("stock.csv", "--max-colorants 1 --top 20 --trust-formula");
   EXPECT_EQ(folder_.Read("err"), "");
   for (const json& row : trusting) EXPECT_EQ(row["suspected"], "");
 
