@@ -37,9 +37,9 @@ build_and_test() {
   ctest --preset "$1" -j "$jobs"
 }
 
-# Runs the fuzz targets from their corpus, as many at a time as there are processors, since nothing comes after it, always with the same random numbers: that a
-# change passes must not be luck, and scripts/fuzz.sh looks further. New inputs go to the build folder. What the
-# target of whole commands prints on standard error is not kept.
+# Runs the fuzz targets from their corpus, as many at a time as there are processors, since no stage comes after this one,
+# and always with the same random numbers: that a change passes must not be luck, and scripts/fuzz.sh looks further. New
+# inputs go to the build folder. What the target of whole commands prints on standard error is not kept.
 fuzz() {
   folder=build/ci-asan-ubsan/fuzz
   mkdir -p "$folder/found"

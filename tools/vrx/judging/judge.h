@@ -16,7 +16,6 @@
 
 #include <vrxio/csv/tolerance_table.h>
 #include <vrxio/files/curve_reader.h>
-
 #include <vrxio/measurement/measurement.h>
 
 #include "tools/vrx/base/reader_names.h"

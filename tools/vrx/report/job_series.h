@@ -21,8 +21,8 @@ inline constexpr std::size_t kDrawnSeries = 24;
 struct SeriesFacts {
   std::string standard, geometry, illuminant;
   std::int32_t observer = 0;  ///< in degrees
-  std::string
-      system;  ///< its title by the last trial, with the angle where that counts and no geometry says it
+  /// Its title by the last trial, with the angle where that counts and no geometry says it.
+  std::string system;
   std::set<std::int32_t> versions;  ///< of the standard: those with this curve that trials were held against
 
   /// "2", "1-3 5".
