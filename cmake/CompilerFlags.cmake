@@ -67,6 +67,15 @@ if(VRX_SANITIZE)
   target_compile_options(vrx_build_flags INTERFACE
     -fsanitize=${VRX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(vrx_build_flags INTERFACE -fsanitize=${VRX_SANITIZE})
+  if(VRX_SANITIZE MATCHES "undefined")
+    # Whether an object is of the class that its pointer says: nothing here casts from a base to what derives from it (clang-tidy
+    # refuses that), and to look at it is a quarter of the compiling.
+    target_compile_options(vrx_build_flags INTERFACE -fno-sanitize=vptr)
+  endif()
+  if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    # A program of fixed addresses has no half a million of them to relocate each time that a test starts it.
+    target_link_options(vrx_build_flags INTERFACE $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-no-pie>)
+  endif()
 endif()
 if(VRX_BUILD_FUZZERS)
   # Everything a target reaches is instrumented, so that libFuzzer learns from the branches that an input takes; kernels over

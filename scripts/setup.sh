@@ -1,8 +1,8 @@
 #!/bin/sh
-# setup.sh [build|site|packages|test|bench|windows|aarch64|wasm]
+# setup.sh [build|sanitize|test|bench|site|packages|windows|aarch64|wasm]
 #
-# Installs what is missing on Debian 12 to build the vrx tool, to run the tests, or to run the benchmarks; each level
-# holds the one before. Beside build, the levels site and packages hold what makes the site and the Debian packages, and
+# Installs what is missing on Debian 12 to build the vrx tool, to build it and its tests under the sanitizers, to run the tests,
+# or to run the benchmarks; each level holds the one before. Beside build, the levels site and packages hold what makes the site and the Debian packages, and
 # windows, aarch64 and wasm what builds and runs the programs for Windows, for 64-bit ARM and for WebAssembly. Quiet and quick when nothing is missing; then it needs neither apt-get nor rights.
 set -eu
 level=${1:-build}
@@ -24,8 +24,8 @@ need() {
 header() { need "$1" "/usr/include/$2" "/usr/local/include/$2"; }
 
 case $level in
-  build | site | packages | test | bench | windows | aarch64 | wasm) ;;
-  *) echo "usage: setup.sh [build|site|packages|test|bench|windows|aarch64|wasm]" >&2; exit 2 ;;
+  build | sanitize | test | bench | site | packages | windows | aarch64 | wasm) ;;
+  *) echo "usage: setup.sh [build|sanitize|test|bench|site|packages|windows|aarch64|wasm]" >&2; exit 2 ;;
 esac
 
 need g++ g++
@@ -77,22 +77,26 @@ elif [ "$level" != build ] && [ "$level" != site ]; then
   need libclang-rt-14-dev /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer*.a
   # Names in the sanitizers' reports, and with them the suppressions of leaks, come from llvm-symbolizer.
   need llvm llvm-symbolizer
+  need lld ld.lld
   need clang-format clang-format
+  need python3 python3
+  need pkg-config pkg-config
+  header libgtest-dev gtest/gtest.h
+  header libpng-dev png.h
+  need postgresql-server-dev-15 /usr/include/postgresql/*/server/postgres.h
+fi
+
+if [ "$level" = test ] || [ "$level" = bench ]; then
   need clang-tidy clang-tidy
   # A check of ours, which clang-tidy loads, is compiled.
   need libclang-14-dev /usr/lib/llvm-*/include/clang-tidy/ClangTidyCheck.h
   need llvm-14-dev /usr/lib/llvm-*/include/llvm/ADT/StringRef.h
   need doxygen doxygen
-  need python3 python3
   need python3-mpmath /usr/lib/python3/dist-packages/mpmath/__init__.py
-  need pkg-config pkg-config
-  header libgtest-dev gtest/gtest.h
-  header libpng-dev png.h
   # An example of the pages asks a job by SQL.
   need sqlite3 sqlite3
   # Tests of jobs on a server start one of their own.
   need postgresql /usr/lib/postgresql/*/bin/initdb
-  need postgresql-server-dev-15 /usr/include/postgresql/*/server/postgres.h
   # Readers by others of the files that vrx writes: CxF against the schema, and a reader of CxF and CGATS.
   need libxml2-utils xmllint
   need argyll cxf2ti3

@@ -32,9 +32,20 @@ build() {
   cmake --build --preset "$preset" -j "$jobs" --target all "$@" > "$log" 2>&1 || { tail -n 100 "$log"; return 1; }
 }
 
+# One test more at a time than there are processors for: tests wait for disks, browsers and servers that they start.
+run_tests() {
+  ctest --preset "$1" -j "$((jobs + 1))"
+}
+
 build_and_test() {
   build "$@"
-  ctest --preset "$1" -j "$jobs"
+  run_tests "$1"
+}
+
+# Its tests hold files against programs of other makers, which its build does not need.
+sanitizers() {
+  build ci-asan-ubsan
+  after packages run_tests ci-asan-ubsan
 }
 
 # Runs the fuzz targets from their corpus, as many at a time as there are processors, since no stage comes after this one,
@@ -59,6 +70,11 @@ has_windows_packages() {
 }
 has_wasm_packages() {
   command -v emcc > /dev/null
+}
+# What the first builds do not need, in the order in which it is asked for: half of this time is the network's.
+other_packages() {
+  stage packages "packages of the other builds and of the tests" sh scripts/setup.sh bench
+  stage more-packages "packages of Windows and WebAssembly" more_packages
 }
 more_packages() {
   if [ "$windows" = 1 ]; then sh scripts/setup.sh windows || has_windows_packages; fi
@@ -132,16 +148,17 @@ after() {
   "$@"
 }
 
-# The longest first; what needs another stage comes well after it.
+# What needs few packages first, then the longest; what needs another stage comes well after it.
 lane() {
-  stage sanitizers "address and undefined-behaviour sanitizers: build, tests" build_and_test ci-asan-ubsan
-  stage gcc "g++: build, headers alone, tests, static library installed" build_and_test ci-gcc vrx_check_headers vrx_reference
+  stage sanitizers "address and undefined-behaviour sanitizers: build, tests" sanitizers
+  stage clang "clang++: build of the shared library, tests that pin results, installed" build_and_test ci-clang
+  stage gcc "g++: build, headers alone, tests, static library installed" after packages build_and_test ci-gcc \
+    vrx_check_headers vrx_reference
   if [ "$windows" = 1 ]; then
     stage windows-x86_64 "Windows, 64 bits: build, tests under wine" after more-packages windows x86_64
     stage windows-i686 "Windows, 32 bits: build, tests under wine" after more-packages windows i686
   fi
   stage tidy "clang-tidy" after sanitizers env VRX_JOBS="$jobs" sh scripts/tidy.sh
-  stage clang "clang++: build of the shared library, tests that pin results, installed" build_and_test ci-clang
   if [ "$wasm" = 1 ]; then
     stage wasm "WebAssembly: tests by node, the page in a browser" after more-packages after gcc webassembly
   fi
@@ -162,11 +179,10 @@ wasm=$(wanted "${VRX_WASM:-}" has_wasm_packages)
 
 rm -rf "$stages"
 mkdir -p "$stages"
-stage packages "packages" sh scripts/setup.sh bench
+stage first-packages "packages of the first builds" sh scripts/setup.sh sanitize
 stage format "clang-format" check_format
 trap 'kill 0' INT  # which a lane, being in the background, does not hear
-# These come while the first builds are at work, which do not need them: half of their time is the network's.
-stage more-packages "packages of Windows and WebAssembly" more_packages &
+other_packages &
 others=$!
 lane &
 first=$!

