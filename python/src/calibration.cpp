@@ -41,19 +41,6 @@ int32_t ModelNamed(const std::string& text) {
       "\"continuous-dye\" is expected");
 }
 
-SaundersonMode SpecularNamed(const std::string& text) {
-  for (const auto mode : {SaundersonMode::kIncluded, SaundersonMode::kExcluded, SaundersonMode::kNone}) {
-    if (text == io::SpecularName(mode)) return mode;
-  }
-  throw py::value_error("specular: \"included\", \"excluded\" or \"none\" is expected");
-}
-
-CReflData CurveAt(const double* values) {
-  CReflData curve;
-  std::copy_n(values, kSamples, curve.GetData());
-  return curve;
-}
-
 // Drawdowns with their shares. Readings of a film are four rows: over black, over white, the black card, the white one.
 CDrawdownArray DrawdownsOf(const Rows& curves, const Rows& shares, const py::object& weights,
                            const py::object& ids) {

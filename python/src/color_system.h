@@ -3,41 +3,41 @@
 #ifndef PYTHON_SRC_COLOR_SYSTEM_H_
 #define PYTHON_SRC_COLOR_SYSTEM_H_
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <stdexcept>
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <vrxio/systems/color_system_file.h>
-#include <vrxio/systems/components.h>
+#include <vrxmath/colorant/optical_transforms.h>
 
 namespace vrx::python {
 
+namespace py = pybind11;
+
 struct System {
-  explicit System(io::ColorSystem given) : file(std::move(given)) {
-    for (const CComponent* component : io::ComponentsInOrder(file)) {
-      ids.push_back(component->GetId());
-      names.push_back(component->GetName().ToUtf8());
-    }
-  }
+  explicit System(io::ColorSystem given);
 
   /// The place of a component in `ids`, which must have it: throws std::out_of_range otherwise.
-  std::size_t PlaceOfId(uint32_t id) const {
-    const auto found = std::find(ids.begin(), ids.end(), id);
-    if (found == ids.end()) throw std::out_of_range("no component " + std::to_string(id));
-    return static_cast<std::size_t>(found - ids.begin());
-  }
-
+  std::size_t PlaceOfId(uint32_t id) const;
+  /// The place of a component that is named by its number, or by what the tool takes: its name, or "id:7". Throws ValueError for
+  /// what is none, or several.
+  std::size_t PlaceOf(const py::handle& component) const;
   /// What results call the component of a place, and what finds it again: its name, or "id:7" where others have that name, too.
-  const std::string& Label(std::size_t place) const {
-    if (labels.empty()) labels.resize(ids.size());
-    std::string& label = labels[place];
-    if (label.empty()) label = io::TellingName(file, *io::ComponentOfId(file, ids[place]));
-    return label;
-  }
+  const std::string& Label(std::size_t place) const;
+
+  /// The formula of a row of amounts in the order of `ids`: an amount of 0 is a component that is not there.
+  CDbFormula FormulaOf(const double* amounts) const;
+  /// The row of amounts of a formula.
+  py::array_t<double> AmountsOf(const CDbFormula& formula) const;
+  /// The amounts of a formula that are not 0, by the names of their components, in the order of `ids`.
+  py::dict NamedAmountsOf(const CDbFormula& formula) const;
+
+  /// How the surface enters curves beside the system: as its file says; where it does not, as given, and included where None is.
+  /// Throws ValueError where the two differ.
+  SaundersonMode SpecularOf(const py::object& given) const;
 
   io::ColorSystem file;
   std::vector<uint32_t> ids;

@@ -12,17 +12,11 @@
 #include "python/src/blocks.h"
 #include "python/src/curves.h"
 #include "python/src/module.h"
+#include "python/src/names.h"
 #include "python/src/views.h"
 
 namespace vrx::python {
 namespace {
-
-SaundersonMode ModeOf(const std::string& specular) {
-  if (specular == "included") return SaundersonMode::kIncluded;
-  if (specular == "excluded") return SaundersonMode::kExcluded;
-  if (specular == "none") return SaundersonMode::kNone;
-  throw py::value_error("specular: \"included\", \"excluded\" or \"none\" is expected");
-}
 
 // The ratio of two sums in percent, within what StrengthPercent gives; NaN where a sample was.
 double PercentOf(double batchSum, double standardSum) {
@@ -43,7 +37,7 @@ std::pair<std::int32_t, std::int32_t> BandOf(std::pair<double, double> nm) {
 StrengthSumSettings StrengthSettingsOf(bool absorbance, std::pair<double, double> band,
                                        const std::string& specular, double k1, double k2) {
   const auto [first, last] = BandOf(band);
-  return {absorbance, first, last, k1, k2, ModeOf(specular)};
+  return {absorbance, first, last, k1, k2, SpecularNamed(specular)};
 }
 
 py::object Strength(const py::object& standard, const py::object& batch, bool absorbance,
@@ -74,7 +68,7 @@ py::object Strength(const py::object& standard, const py::object& batch, bool ab
 
 py::object Ks(const py::object& curves, const std::string& specular, double k1, double k2,
               const py::object& wavelengths, const py::object& out, int threads) {
-  const SaundersonMode mode = ModeOf(specular);
+  const SaundersonMode mode = SpecularNamed(specular);
   const Rows rows = CurvesAt(curves, "curves", wavelengths);
   py::array_t<double> result = ResultApart(rows.lead, {static_cast<py::ssize_t>(kSamples)}, out, {&rows});
   double* target = result.mutable_data();

@@ -140,7 +140,9 @@ PYBIND11_MODULE(_core, module) {
   DefineDifference(module);
   DefineJudgement(module);
   DefineColorant(module);
-  DefineFormulation(module);
+  DefineColorSystem(module);
+  DefineRecipes(module);
+  DefineCorrections(module);
   DefineCalibration(module);
   DefineReading(module);
   DefineWriting(module);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <vrxio/measurement/names.h>
+#include <vrxio/systems/color_system_file.h>
 #include <vrxio/text/input_error.h>
 #include <vrxmath/colorimetry/user_illuminants.h>
 
@@ -142,6 +143,13 @@ std::int32_t ObserverOf(int degrees) {
   if (degrees == 2) return kObserver2;
   if (degrees == 10) return kObserver10;
   throw py::value_error("observer: 2 or 10 (degrees) is expected, not " + std::to_string(degrees));
+}
+
+SaundersonMode SpecularNamed(const std::string& text) {
+  for (const auto mode : {SaundersonMode::kIncluded, SaundersonMode::kExcluded, SaundersonMode::kNone}) {
+    if (text == io::SpecularName(mode)) return mode;
+  }
+  throw py::value_error("specular: \"included\", \"excluded\" or \"none\" is expected");
 }
 
 std::vector<std::string> ParameterNames(std::int32_t system) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include <vrxmath/colorant/optical_transforms.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/colorimetry/illuminants.h>
 
@@ -54,6 +55,9 @@ std::string IlluminantNameOf(const py::handle& argument);
 std::vector<vrxIlluminant> DistinctIlluminantsOf(const py::handle& argument);
 /// Observer 0 or 1 of 2 or 10 degrees. Throws ValueError for another number.
 std::int32_t ObserverOf(int degrees);
+
+/// How the surface enters curves, by a text of io::SpecularName. Throws ValueError for another.
+SaundersonMode SpecularNamed(const std::string& text);
 
 /// A system by its short name ("cmc") with its usual parameters, of which those named by `parameters` ("l", "c", "kL",
 /// ...) are replaced; DIN99 is computed by its own formula. Throws ValueError for an unknown system and TypeError for a

@@ -3,12 +3,14 @@
 #ifndef PYTHON_SRC_VIEWS_H_
 #define PYTHON_SRC_VIEWS_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <span>
 
 #include <vrxmath/batch/batch_view.h>
 #include <vrxmath/batch/sample_colors.h>
 #include <vrxmath/batch/tristimulus_batch.h>
+#include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/colorimetry/weighting.h>
 
 #include "python/src/arrays.h"
@@ -33,6 +35,13 @@ BatchView<const double, kWidth> ViewOf(const RowBlock& rows) {
 template <std::size_t kWidth>
 BatchView<double, kWidth> TargetOf(double* data, std::size_t from, std::size_t count) {
   return {std::span(data + from * kWidth, count * kWidth)};
+}
+
+/// The curve of `kSamples` numbers.
+inline CReflData CurveAt(const double* samples) {
+  CReflData curve;
+  std::copy_n(samples, kSamples, curve.GetData());
+  return curve;
 }
 
 /// Rows of curves for sums at 5 or 1 nm (CurvesForSums).
