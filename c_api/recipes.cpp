@@ -85,8 +85,15 @@ std::string SettingName(std::string_view setting, std::string_view value) {
 void RefuseFaults(const RecipeOutcome& outcome, const Search& search, const char* cheapest = "") {
   if (outcome.fault == RecipeFault::kNone) return;
   if (outcome.fault == RecipeFault::kStopped) throw Refusal{VRX_REFUSED, "the search was stopped"};
-  const RecipeNames names{"the colour system", "",          "target", "measured",
-                          "the formula",       SettingName, cheapest, "vrx_search_component"};
+  const RecipeNames names{"the colour system",
+                          "",
+                          "target",
+                          "measured",
+                          "the formula",
+                          SettingName,
+                          cheapest,
+                          "vrx_search_component",
+                          search.system->specular.has_value()};
   throw Refusal{VRX_REFUSED, RecipeFaultText(outcome, search.system->data, search.settings, names)};
 }
 

@@ -9,7 +9,9 @@
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
 
+#include <vrxio/measurement/names.h>
 #include <vrxio/systems/color_system_file.h>
+#include <vrxio/systems/taken_surface.h>
 #include <vrxmath/colorant/component_names.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/foundation/numbers.h>
@@ -142,6 +144,10 @@ py::tuple Calibrate(const std::vector<std::string>& components, const py::object
   }
   system.data.name = CString::FromUtf8(given["name"].cast<std::string>());
   system.specular = settings.mode;
+  io::CommonGeometry geometry;
+  for (const auto& text : given["geometries"].cast<std::vector<std::string>>())
+    geometry.Add({}, io::ParseGeometry(text));
+  system.geometry = geometry.Get();
   system.calibratedOn = std::to_string(drawdowns.GetSize()) + " drawdowns";
   system.calibrated = CalibratedComponents(system.data, drawdowns, fits);
   py::dict fit;

@@ -58,15 +58,14 @@ void RefuseOtherSpecular(const System* system, const py::object& specular, const
                          const std::vector<std::string>& geometries) {
   const std::optional<SaundersonMode> given = GivenSpecular(specular);
   if (system != nullptr) (void)system->SpecularOf(specular);
-  const io::TakenSpecular taken = system != nullptr
-                                      ? io::TakenBy(system->file, given)
-                                      : io::TakenSpecular{given.value_or(SaundersonMode::kNone), false};
+  const io::TakenSpecular taken =
+      system != nullptr ? io::TakenBy(system->file, given) : io::TakenAlone(given);
   const auto setting = [](std::string_view value) {
     return "specular" + (value.empty() ? std::string() : "=\"" + std::string(value) + "\"");
   };
   for (std::size_t i = 0; i < geometries.size(); ++i) {
-    const std::int32_t code = geometries[i].empty() ? io::kNoGeometry : io::ParseGeometry(geometries[i]);
-    const std::string other = io::OtherSpecularText({}, code, taken, {"its geometry", setting});
+    const std::string other =
+        io::OtherSpecularText({}, io::ParseGeometry(geometries[i]), taken, {"its geometry", setting});
     if (!other.empty()) throw py::value_error(name + ": curve " + std::to_string(i) + ": " + other);
   }
 }

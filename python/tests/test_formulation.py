@@ -192,6 +192,32 @@ def test_geometries_that_say_the_surface(paints):
     assert vrx.match(paints, sce(curve), specular="none", top=1)
 
 
+def at_45(curve):
+    return vrx.CurveArray([curve, curve], geometries=["45/0", "45/0"])
+
+
+def test_geometries_beside_the_gloss(paints):
+    curve = vrx.predict(paints, {paints.ids[0]: 90, paints.ids[3]: 10}, specular="excluded")
+    plain = vrx.match(paints, curve, top=1)
+    assert vrx.match(paints, at_45(curve), specular="included", top=1)[1][0].formula == plain[0].formula  # a matt surface
+    assert vrx.match(paints, at_45(curve), specular="excluded", top=1)
+    with pytest.raises(ValueError, match='45/0, which leaves out .* use specular="excluded", or specular="included" for a matt'):
+        vrx.match(paints, at_45(curve))
+    shares, drawdowns = [{"w": 1}, {"w": 9, "b": 1}, {"b": 1}], np.array([[88.0] * 40, [20.0] * 40, [6.0] * 40])
+    told = vrx.CurveArray(drawdowns, geometries=["45/0"] * 3)
+    with pytest.raises(ValueError, match="curves: curve 0: its geometry says 45/0"):
+        vrx.calibrate(shares, told, "w")
+    system, _ = vrx.calibrate(shares, told, "w", specular="included")
+    assert json.loads(system.to_json())["geometry"] == "45/0"
+    assert vrx.match(system, told, top=1)
+    with pytest.raises(ValueError, match="of curves with it excluded, at 45/0$"):
+        vrx.match(system, vrx.CurveArray(drawdowns, geometries=["", "SCI", ""]))
+    with pytest.raises(ValueError, match='included; specular="included" takes the curve all the same'):
+        vrx.match(vrx.calibrate(shares, drawdowns, "w")[0], told)
+    with pytest.raises(ValueError, match="calibrate the system on curves without it"):
+        vrx.match(system, drawdowns * 0 + 2)
+
+
 @pytest.mark.parametrize("call, words", [
     (lambda paints, curve: vrx.ColorSystem(CHART), ["chart_average.csv"]),
     (lambda paints, curve: vrx.predict(paints, {"no such paint": 1}), ["component", "no such paint"]),

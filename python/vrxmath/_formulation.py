@@ -232,7 +232,7 @@ def _shares(shares: Any, components: Sequence[str] | None) -> tuple[list[str], A
 def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, white: str, *,
               components: Sequence[str] | None = None, ids: Sequence[object] | None = None, resins: Sequence[str] = (),
               without: Sequence[str] = (), weights: Sequence[float] | None = None, model: str = "coatings",
-              specular: Specular = "included", k1: float = _DEFAULTS["k1"], k2: float = _DEFAULTS["k2"],
+              specular: Specular | None = None, k1: float = _DEFAULTS["k1"], k2: float = _DEFAULTS["k2"],
               illuminant: Any = "D65", observer: int = 10, leave_one_out: bool = True,
               name: str = "Calibrated colorants", wavelengths: Numbers | None = None) -> tuple[ColorSystem, CalibrationFit]:
     """K and S of colorants from weighed drawdowns.
@@ -259,7 +259,8 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
         ``"coatings"``, ``"plastics"``, ``"trade-sales"``, or for ladders of single dyes ``"transparents"``, ``"textiles"``,
         ``"continuous-dye"``.
     specular, k1, k2
-        Whether the curves hold the surface reflection, and its constants.
+        Whether the curves hold the surface reflection, by default ``"included"``, and its constants. A :class:`CurveArray` whose
+        geometries say otherwise is refused, as for :func:`match`; its geometry, where all have the same, goes with the system.
     illuminant, observer
         Under which differences are stated.
     leave_one_out : bool
@@ -280,6 +281,7 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
     if twice is not None:
         raise ValueError(f"components: {twice!r} is there twice")
     _need_surface(None, specular, curves=curves)
+    geometries = [str(one) for one in curves.geometries or ()] if isinstance(curves, CurveArray) else []
     spectra = _core.curves(curves, wavelengths)
     if rows.ndim != 2 or rows.shape[1] != len(names) or len(rows) != len(spectra):
         raise ValueError(f"shares: ({len(spectra)}, {len(names)}) is expected, not {rows.shape}")
@@ -292,7 +294,7 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
     left_out = [names.index(component) for component in without]
     kept = ~(rows[:, left_out] != 0).any(axis=1)
     settings = {"white": white, "resins": [resin for resin in resins if resin not in without], "model": model,
-                "specular": specular, "k1": k1, "k2": k2, "illuminant": illuminant, "observer": observer,
+                "specular": specular or "included", "geometries": geometries, "k1": k1, "k2": k2, "illuminant": illuminant, "observer": observer,
                 "leave_one_out": leave_one_out, "name": name,
                 "ids": None if ids is None else [str(one) for one, is_kept in zip(ids, kept) if is_kept],
                 "weights": None if weights is None else [float(one) for one, is_kept in zip(weights, kept) if is_kept]}
@@ -372,7 +374,9 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
         How much the squared difference under each illuminant counts.
     specular : str
         Of the targets, as for :func:`predict`. A :class:`CurveArray` whose geometries say SCI or SCE where the other is taken is
-        refused; so are batches, and drawdowns of :func:`calibrate`.
+        refused; so are batches, and drawdowns of :func:`calibrate`. 45/0 and aspecular angles leave out the surface reflection;
+        where it is taken for included they are refused, too, unless ``specular="included"`` says that a matt surface is in them,
+        or that the system is of such curves.
     sort : str
         ``"fewest"``, ``"color"``, ``"metamerism"``, ``"cost"``, ``"expected"`` or ``"inconstancy"``.
     batch_size, resolution : float

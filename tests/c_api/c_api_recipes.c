@@ -23,7 +23,8 @@ static void matches(void) {
   OK(vrx_search_match(search, target, &found));
   CHECK(found >= 1 && found <= 3 && calls > 0);
   OK(vrx_search_summarize(search, 0, &summary));
-  CHECK(summary.within_tolerance == 1 && summary.lines == 2 && summary.worst < 0.01 && near(summary.total, 100, 1e-9));
+  CHECK(summary.within_tolerance == 1 && summary.lines == 2 && summary.worst < 0.01 &&
+        near(summary.total, 100, 1e-9));
   CHECK(summary.opacity == VRX_UNSET && summary.cost == 0 && summary.inconstancy > 0);
   OK(vrx_search_amounts(search, 0, 6, lines, amounts));
   for (int i = 0; i < 2; ++i) share[lines[i] == ids[0] ? 0 : 1] = amounts[i];
@@ -55,7 +56,8 @@ static void matches(void) {
   REFUSES(vrx_search_match(search, target, &found), VRX_REFUSED, "stopped");
   goes_on = 1;
   for (int i = 0; i < 3; ++i) OK(vrx_search_component(search, ids[i], VRX_USE_REQUIRED, 0, 1, 0));
-  REFUSES(vrx_search_match(search, target, &found), VRX_REFUSED, "VRX_USE_REQUIRED asks for, or that is more than most_colorants");
+  REFUSES(vrx_search_match(search, target, &found), VRX_REFUSED,
+          "VRX_USE_REQUIRED asks for, or that is more than most_colorants");
   for (int i = 0; i < 3; ++i) OK(vrx_search_component(search, ids[i], VRX_USE_OFFERED, 0, 1, 0));
   CHECK(found == kind);
   REFUSES(vrx_search_component(search, 9999, 0, 0, 1, 0), VRX_OUT_OF_RANGE, "no component 9999");
@@ -137,9 +139,11 @@ static void costs(const vrx_system* system, vrx_recipe_settings settings) {
   int32_t found = 7;
   settings.order = VRX_ORDER_COST, settings.aim = VRX_AIM_CHEAPEST;
   OK(vrx_search_open(paints, system, &lamp, 1, VRX_OBSERVER_10, &settings, &search));
-  REFUSES(vrx_search_match(search, target, &found), VRX_REFUSED, "VRX_ORDER_COST: no component has a cost; give costs in vrx_search_component");
+  REFUSES(vrx_search_match(search, target, &found), VRX_REFUSED,
+          "VRX_ORDER_COST: no component has a cost; give costs in vrx_search_component");
   OK(vrx_search_component(search, ids[0], VRX_USE_EXCLUDED, 0, 1, 2.0));
-  REFUSES(vrx_search_correct(search, ids, amounts, 2, batch, target, &found), VRX_REFUSED, "VRX_AIM_CHEAPEST: no component");
+  REFUSES(vrx_search_correct(search, ids, amounts, 2, batch, target, &found), VRX_REFUSED,
+          "VRX_AIM_CHEAPEST: no component");
   CHECK(found == 7);
   OK(vrx_search_component(search, ids[0], VRX_USE_OFFERED, 0, 1, 2.0));
   OK(vrx_search_match(search, target, &found));
@@ -147,29 +151,42 @@ static void costs(const vrx_system* system, vrx_recipe_settings settings) {
   OK(vrx_close(search));
 }
 
-/* A system that says how its curves were measured takes no others: a surface that is not in the curve gives another recipe. */
-static void surfaces(const vrx_system* system) {
-  const double shares[3][2] = {{1, 0}, {0, 1}, {0.8, 0.2}}, amounts[2] = {80, 20};
-  const int32_t own[2] = {1, 2}, lamp = VRX_ILLUM_D65;
-  double curve[40], again[40];
-  vrx_handle calibration, excluded, closed = 7;
+/* Paints that are calibrated from three drawdowns with that surface. */
+static void calibrate_with(int32_t surface, vrx_handle* calibrated) {
+  const double shares[3][2] = {{1, 0}, {0, 1}, {0.8, 0.2}};
+  double curve[40];
+  vrx_handle calibration;
   vrx_calibration_settings settings = {0};
-  vrx_recipe_settings recipe = {0};
-  settings.size = sizeof settings, recipe.size = sizeof recipe;
+  settings.size = sizeof settings;
   OK(vrx_usual_calibration_settings(&settings));
-  OK(vrx_usual_recipe_settings(&recipe));
-  settings.surface = VRX_SURFACE_EXCLUDED, settings.leave_one_out = 0;
+  settings.surface = surface, settings.leave_one_out = 0;
   OK(vrx_calibration_open(&settings, 2, 1, &calibration));
   for (int i = 0; i < 3; ++i) {
-    OK(vrx_predict_film(paints, ids, shares[i], 2, VRX_SURFACE_EXCLUDED, NULL, 0, curve));
+    OK(vrx_predict_film(paints, ids, shares[i], 2, surface, NULL, 0, curve));
     OK(vrx_calibration_opaque(calibration, shares[i], 1, curve));
   }
-  OK(vrx_calibrate(calibration, &excluded));
+  OK(vrx_calibrate(calibration, calibrated));
+  OK(vrx_close(calibration));
+}
+
+/* A system that says how its curves were measured takes no others: a surface that is not in the curve gives another recipe. */
+static void surfaces(const vrx_system* system) {
+  const double amounts[2] = {80, 20};
+  const int32_t own[2] = {1, 2}, lamp = VRX_ILLUM_D65;
+  int32_t found;
+  double curve[40], again[40];
+  vrx_handle included, excluded, closed = 7;
+  vrx_recipe_settings recipe = {0};
+  recipe.size = sizeof recipe;
+  OK(vrx_usual_recipe_settings(&recipe));
+  calibrate_with(VRX_SURFACE_EXCLUDED, &excluded);
   OK(vrx_predict_film(excluded, own, amounts, 2, VRX_SURFACE_EXCLUDED, NULL, 0, curve));
   OK(vrx_predict(excluded, own, amounts, 2, again));
   CHECK(memcmp(curve, again, sizeof curve) == 0);
-  const char* const why = "surface: the system was calibrated on curves with the surface excluded, not included";
-  REFUSES(vrx_predict_film(excluded, own, amounts, 2, VRX_SURFACE_INCLUDED, NULL, 0, curve), VRX_REFUSED, why);
+  const char* const why =
+      "surface: the system was calibrated on curves with the surface excluded, not included";
+  REFUSES(vrx_predict_film(excluded, own, amounts, 2, VRX_SURFACE_INCLUDED, NULL, 0, curve), VRX_REFUSED,
+          why);
   REFUSES(vrx_search_open(excluded, system, &lamp, 1, VRX_OBSERVER_10, &recipe, &closed), VRX_REFUSED, why);
   CHECK(closed == 7);
   OK(vrx_search_open(excluded, system, &lamp, 1, VRX_OBSERVER_10, NULL, &closed));
@@ -178,7 +195,16 @@ static void surfaces(const vrx_system* system) {
   OK(vrx_search_open(excluded, system, &lamp, 1, VRX_OBSERVER_10, &recipe, &closed));
   OK(vrx_close(closed));
   OK(vrx_close(excluded));
-  OK(vrx_close(calibration));
+  /* What the system rules out is no way to take a curve that is darker than its surface. */
+  calibrate_with(VRX_SURFACE_INCLUDED, &included);
+  OK(vrx_search_open(included, system, &lamp, 1, VRX_OBSERVER_10, NULL, &closed));
+  for (int i = 0; i < 40; ++i) curve[i] = 2;
+  REFUSES(vrx_search_match(closed, curve, &found), VRX_REFUSED,
+          "target is darker than the surface alone; the colour system is of curves with the specular "
+          "component, which this "
+          "one lacks: measure it with that, or calibrate the system on curves without it");
+  OK(vrx_close(closed));
+  OK(vrx_close(included));
 }
 
 void recipes(void) {
@@ -205,7 +231,8 @@ void recipes(void) {
   costs(&system, settings);
   surfaces(&system);
   settings.most_colorants = 7;
-  REFUSES(vrx_search_open(paints, &system, lamps, 2, 1, &settings, &closed), VRX_OUT_OF_RANGE, "most_colorants");
+  REFUSES(vrx_search_open(paints, &system, lamps, 2, 1, &settings, &closed), VRX_OUT_OF_RANGE,
+          "most_colorants");
   settings.most_colorants = 2, settings.tolerance = NAN;
   REFUSES(vrx_search_open(paints, &system, lamps, 2, 1, &settings, &closed), VRX_NOT_FINITE, "tolerance");
   REFUSES(vrx_search_open(search, &system, lamps, 2, 1, NULL, &closed), VRX_BAD_HANDLE, "no open handle");

@@ -193,6 +193,85 @@ TEST_F(MatchingCommands, TheSurfaceOfACalibrationIsKept) {
   EXPECT_EQ(Run("calibrate samples_sce.csv --white white --specular excluded"), 0) << folder_.Read("err");
 }
 
+// 45/0 and the aspecular angles lie beside the gloss: beside a system of curves with it they are asked about, and the file of a
+// system says where its own were of that kind.
+TEST_F(MatchingCommands, CurvesBesideTheGlossAreAskedAbout) {
+  const auto samples = [&](const char* name, const std::string& white, const std::string& others) {
+    folder_.Write(name, Header("id,geometry,share:white,share:black", 360, 750) +
+                            FlatRow("w," + white + ",100,0", "88") + FlatRow("g," + others + ",90,10", "20") +
+                            FlatRow("b," + others + ",0,100", "6"));
+  };
+  samples("plain.csv", "", "");
+  samples("at_45.csv", "45/0", "45/0");
+  samples("mixed.csv", "", "45/0");
+  const std::string by = " --white white --output ", included = " --specular included";
+  ASSERT_EQ(Run("calibrate plain.csv" + by + "s.json"), 0) << folder_.Read("err");
+  ASSERT_EQ(Run("calibrate at_45.csv" + by + "of_45.json" + included), 0) << folder_.Read("err");
+  ASSERT_EQ(Run("calibrate mixed.csv" + by + "mixed.json" + included), 0) << folder_.Read("err");
+  ASSERT_EQ(Run("calibrate at_45.csv" + by + "without.json --specular excluded"), 0) << folder_.Read("err");
+  EXPECT_FALSE(json::parse(folder_.Read("s.json")).contains("geometry"));
+  EXPECT_FALSE(json::parse(folder_.Read("mixed.json")).contains("geometry"));
+  EXPECT_EQ(json::parse(folder_.Read("of_45.json"))["geometry"], "45/0");
+
+  const auto target = [&](const char* name, std::initializer_list<const char*> rows) {
+    std::string text = Header("id,geometry", 360, 750);
+    for (const char* row : rows) text += FlatRow(row, "20");
+    folder_.Write(name, text);
+  };
+  target("45.csv", {"t,45/0"});
+  target("15.csv", {"t,15deg"});
+  target("sci.csv", {"t,SCI"});
+  target("sce.csv", {"t,SCE/100"});
+  target("d8.csv", {"t,d8"});
+  target("both.csv", {"t,45/0", "t,SCI"});
+  target("turned.csv", {"t,SCI", "t,45/0"});
+  target("one_of_two.csv", {"t,SCI", "u,45/0", "t,45/0"});
+  folder_.Write("lab.csv", "id,geometry,L,a,b\nt,45/0,50,0,0\n");
+  folder_.Write("stock.csv",
+                Header("id,geometry,formula,amount", 360, 750) + FlatRow("t,45/0,1:90;2:10,9", "20"));
+  folder_.Write("made.csv", Header("id,geometry,formula", 360, 750) + FlatRow("t,45/0,1:90;2:10", "20"));
+  folder_.Write("cards.csv",
+                Header("id,geometry", 360, 750) + FlatRow("k,45/0", "5") + FlatRow("w,45/0", "88"));
+  folder_.Write("f.json", R"({"formulas":[{"name":"g","lines":[
+      {"component":1,"amount":90},{"component":2,"amount":10}]}]})");
+  const std::string
+      leaves = ": the file says 45/0, which leaves out the specular component, but ",
+      system = "the colour system is of curves with it included; --specular included takes the curve",
+      correct = "correct s.json --formula f.json --batch-size 9 ";
+  ExpectRefusals({
+      {"match s.json 45.csv", "45.csv, line 2" + leaves + system},
+      {"match s.json lab.csv", "lab.csv, line 2" + leaves + system},
+      {"match s.json 15.csv", "says 15\u00b0, which leaves out the specular component"},
+      {"match s.json one_of_two.csv", "one_of_two.csv, line 3" + leaves},
+      {"match s.json sci.csv --from-stock stock.csv", "stock.csv, line 2" + leaves},
+      {"match s.json sci.csv --library made.csv", "made.csv, line 2" + leaves},
+      {"match s.json sci.csv --backings cards.csv", "cards.csv, line 2" + leaves},
+      {correct + "--batch 45.csv --target sci.csv", "45.csv, line 2" + leaves},
+      {correct + "--batch sci.csv --target 45.csv", "45.csv, line 2" + leaves},
+      {"match " + kPaints + " 45.csv",
+       leaves + "--specular is included; use --specular excluded, or --specular included for a matt surface"},
+      {"calibrate at_45.csv" + by + "new.json", "at_45.csv, line 2" + leaves + "--specular is included; use"},
+      {"match s.json sce.csv" + included, "the colour system is of curves with it included\n"},
+      {"match of_45.json sci.csv", "the colour system is of curves with it excluded, at 45/0\n"},
+      {"match of_45.json both.csv",
+       "both.csv, line 3: the file says that the specular component is included"},
+      {"match without.json sci.csv", "the colour system is of curves with it excluded, at 45/0\n"},
+  });
+  for (const char* run : {"s.json 45.csv --specular included", "s.json both.csv", "s.json turned.csv",
+                          "s.json d8.csv", "of_45.json 45.csv", "of_45.json 15.csv", "of_45.json sce.csv",
+                          "without.json 45.csv", "s.json sci.csv --library made.csv --specular included"}) {
+    EXPECT_EQ(Run(std::string("match ") + run + " --top 1"), 0) << run << folder_.Read("err");
+  }
+  EXPECT_EQ(Run(correct + "--batch 45.csv --target sci.csv" + included), 0) << folder_.Read("err");
+
+  // What contradicts the system's file is no way out.
+  folder_.Write("dark.csv", Wide() + FlatRow("d", "2"));
+  ExpectRefusals(
+      {{"match s.json dark.csv", "calibrate the system on curves without it"},
+       {correct + "--batch dark.csv --target sci.csv", "calibrate the system on curves without it"}});
+  EXPECT_EQ(folder_.Read("err").find("--specular excluded"), std::string::npos);
+}
+
 // Parts in columns of amounts, a base, and a dilution that is weighed in, say the same as shares.
 TEST_F(MatchingCommands, AmountsAndDilutionsAreShares) {
   const std::string curves = ",30,35,40,45\n", white = ",80,80,80,80\n", dark = ",6,6,6,7\n";

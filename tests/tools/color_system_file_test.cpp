@@ -144,6 +144,8 @@ TEST_F(ColorSystemFile, BadSystemsAreNamedByField) {
        ": components[0].levels[1].concentration: levels must ascend"},
       {System(component, R"(,"specular":"maybe")"),
        ": specular: \"maybe\" is not one of \"included\", \"excluded\", \"none\""},
+      {System(component, R"(,"geometry":"46/0")"), ": geometry: this is no geometry"},
+      {System(component, R"(,"geometry":"")"), ": geometry: this is no geometry"},
       {System(component, R"(,"calibrated_on":7)"), ": calibrated_on: expected a text"},
       {Calibrated(R"("least":5,"most":100,"drawdowns":2)"), "none"},
       {Calibrated(R"("least":5,"most":4,"drawdowns":2)"),
@@ -162,11 +164,13 @@ TEST_F(ColorSystemFile, WhatACalibrationKnowsComesBack) {
   EXPECT_FALSE(system.specular);
   EXPECT_TRUE(IsUnset(system.calibrated[0].leaveOneOut));
   system.specular = SaundersonMode::kExcluded;
+  system.geometry = io::ParseGeometry("15deg");
   system.calibratedOn = "oils \"A\"";
   system.calibrated[0].leaveOneOut = 1.25;
   system.calibrated[0].leaveOneOut90 = 3.5;
   const ColorSystem again = ReadColorSystem(Write(io::ColorSystemText(system)));
   EXPECT_EQ(again.specular, system.specular);
+  EXPECT_EQ(again.geometry, system.geometry);
   EXPECT_EQ(again.calibratedOn, system.calibratedOn);
   ASSERT_EQ(again.calibrated.GetSize(), 1);
   EXPECT_EQ(again.calibrated[0].leastShare, 0.025);

@@ -1,5 +1,6 @@
 // strength, colorants and predict as processes.
 
+#include <algorithm>
 #include <charconv>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -101,6 +102,12 @@ TEST_F(ColorantCommands, StrengthHoldsTheFilesAgainstItsOptions) {
   folder_.Write("mixed.csv", header + Dyed("S,SCI", 1.0) + Dyed("S,SCE", 0.9));
   folder_.Write("both.csv", header + Dyed("S,SCE", 1.0) + Dyed("S,SCI", 1.0));
   folder_.Write("sci.csv", header + Dyed("T,SCI", 1.0));
+  folder_.Write("at_45.csv", header + Dyed("S,45/0", 1.0));
+  std::string heads, dyed = Dyed("S", 1.0);
+  for (int nm = 360; nm <= 750; nm += 10) heads.append(" NM").append(std::to_string(nm));
+  std::ranges::replace(dyed, ',', ' ');
+  folder_.Write("at_45.txt", "CGATS.17\nMEASUREMENT_GEOMETRY \"45/0\"\nBEGIN_DATA_FORMAT\nSAMPLE_ID" + heads +
+                                 "\nEND_DATA_FORMAT\nBEGIN_DATA\n" + dyed + "END_DATA\n");
   folder_.Write(
       "short.csv", Header("id", 420, 680) + "S" + [] {
         std::string values;
@@ -108,6 +115,9 @@ TEST_F(ColorantCommands, StrengthHoldsTheFilesAgainstItsOptions) {
         return values + "\n";
       }());
   const std::string excluded = "the specular component is excluded, but --specular is included",
+                    beside =
+                        "the file says 45/0, which leaves out the specular component, but --specular is "
+                        "included; use --specular excluded, or --specular included for a matt surface",
                     beyond = " names wavelengths that were not measured: the curves go from 420 to 680 nm";
   const std::pair<std::string, std::string> kRuns[] = {
       {"plain.csv sce.csv", "sce.csv, line 2: the file says that " + excluded},
@@ -117,6 +127,10 @@ TEST_F(ColorantCommands, StrengthHoldsTheFilesAgainstItsOptions) {
       {"specular.csv plain.csv --pairs", "specular.csv: standard \"S\": the file says that " + excluded},
       {"plain.csv sce.csv --specular excluded", ""},
       {"sce.csv sce.csv --specular none", ""},
+      {"plain.csv at_45.csv", "at_45.csv, line 2: " + beside},
+      {"at_45.txt plain.csv", "at_45.txt: standard \"S\": " + beside},
+      {"at_45.csv at_45.txt --specular excluded", ""},
+      {"at_45.txt at_45.csv --specular included", ""},
       {"both.csv sci.csv", ""},
       {"short.csv short.csv --band 420-690", "short.csv: --band" + beyond},
       {"short.csv short.csv --band 400-680", "short.csv: --band" + beyond},

@@ -305,7 +305,8 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
   ASSERT_EQ(Run("job add-recipes " + kPaints + " library.csv again.csv --job both.vrxjob"), 0);
   std::vector<std::string> from;
   for (const json& row :
-       RunJson("match " + kPaints + " sky_only.csv --top 2 --max-colorants 3 --library both.vrxjob"))
+       RunJson("match " + kPaints +
+               " sky_only.csv --specular included --top 2 --max-colorants 3 --library both.vrxjob"))
     if (row["from"] != "") from.push_back(row["from"]);
   std::ranges::sort(from);
   EXPECT_EQ(from, (std::vector<std::string>{"A7 #1", "A7 #2"}));
@@ -338,7 +339,7 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
   const std::string sphere = two.substr(0, two.find("\nt,SCI") + 1);
   folder_.Write("flat.csv", std::string(sphere).replace(sphere.find("t,45/0"), 6, "t,15deg"));
   folder_.Write("none.csv", std::string(sphere).replace(sphere.find("t,45/0"), 6, "t,"));
-  const std::string by = " --system audi --max-colorants 1 --top 1";
+  const std::string by = " --system audi --specular included --max-colorants 1 --top 1";
   const json of15 = RunJson("match " + kPaints + " flat.csv" + by);
   EXPECT_EQ(folder_.Read("err").find("measuring angle"), std::string::npos);
   const json told15 = RunJson("match " + kPaints + " none.csv --angle 15" + by);
@@ -362,9 +363,8 @@ TEST_F(MatchingCommands, LoadTracesRangesAndFormerRecipes) {
     stock += "\n";
   }
   folder_.Write("stock.csv", stock);
-  folder_.Write("sky.csv", two.substr(0, two.find("\nt,SCI") + 1));
   const json parts = RunJson("match " + kPaints +
-                             " sky.csv --from-stock stock.csv --parts 100 --top 1 --report new_parts.html");
+                             " none.csv --from-stock stock.csv --parts 100 --top 1 --report new_parts.html");
   ASSERT_EQ(parts.size(), 1u);
   EXPECT_GT(parts[0]["used"], 70.0);
   EXPECT_TRUE(parts[0]["leftovers"].get<std::string>().starts_with("a:")) << parts[0]["leftovers"];

@@ -16,6 +16,12 @@ namespace {
 // Angle codes of the library that files speak of.
 enum Geometry : int32_t { kSphere = 0, k45To0 = 1, kDiffuse0 = 2, k0To45 = 3, kSci = 12, kSce = 13 };
 
+// SCI and SCE by turns, of several lights.
+constexpr int32_t kLastSce = 19;
+bool IsOfSphere(int32_t geometry) {
+  return geometry >= kSci && geometry <= kLastSce;
+}
+
 // The M condition that a text names, "M1", "m1_daylight" or "Illumination=M1"; -1 for none.
 int32_t MConditionOf(std::string_view text) {
   for (std::size_t i = 0; i + 1 < text.size(); ++i) {
@@ -128,6 +134,18 @@ void TakePairs(std::string_view text, MeasuringConditions& conditions) {
 
 }  // namespace
 
+bool IsBesideGloss(int32_t geometry) {
+  // Those behind the first two are aspecular angles: 15 to 110 degrees, 105, -15, -45, -30 and 80.
+  constexpr std::array<int32_t, 15> kBeside{k45To0, k0To45, 4, 5, 6, 7, 8, 9, 10, 11, 40, 41, 46, 47, 48};
+  return std::ranges::find(kBeside, geometry) != kBeside.end();
+}
+
+Specular SpecularOfGeometry(int32_t geometry) {
+  if (IsBesideGloss(geometry)) return Specular::kExcluded;
+  if (!IsOfSphere(geometry)) return Specular::kUnknown;
+  return (geometry - kSci) % 2 == 0 ? Specular::kIncluded : Specular::kExcluded;
+}
+
 void TakeGeometry(int32_t geometry, MeasuringConditions& conditions) {
   if (geometry < 0) return;
   if (IsMeasurementCondition(geometry)) {
@@ -135,14 +153,13 @@ void TakeGeometry(int32_t geometry, MeasuringConditions& conditions) {
     return;
   }
   conditions.geometry = geometry;
-  if (geometry == kSci) conditions.specular = Specular::kIncluded;
-  if (geometry == kSce) conditions.specular = Specular::kExcluded;
+  if (IsOfSphere(geometry)) conditions.specular = SpecularOfGeometry(geometry);
 }
 
 void LeaveToGeometry(int32_t geometry, MeasuringConditions& conditions) {
   conditions.geometry = kNoGeometry;
   if (IsMeasurementCondition(geometry)) conditions.mCondition = -1, conditions.ultraviolet = 0;
-  if (geometry == kSci || geometry == kSce) conditions.specular = Specular::kUnknown;
+  if (IsOfSphere(geometry)) conditions.specular = Specular::kUnknown;
 }
 
 int32_t ParseMeasuringGeometry(std::string_view text) {

@@ -41,6 +41,12 @@ struct MeasuringConditions {
 /// describes it. Cut off where nothing is known any more; empty when not even the specular component is.
 std::string ConditionCode(const MeasuringConditions& conditions);
 
+/// What a geometry says of the gloss: SCI and SCE of any light say it; 45/0, 0/45 and the aspecular angles lie beside the direction
+/// in which a smooth surface reflects, and leave it out as SCE does. Unknown of any other, 0 degrees among them.
+Specular SpecularOfGeometry(int32_t geometry);
+/// Whether a geometry leaves out the gloss by its angles. What a matt surface reflects to all sides is in such curves, too.
+bool IsBesideGloss(int32_t geometry);
+
 /// Takes what a sample's geometry says into its conditions: the angles, the specular component, or one of M0 to M3. `geometry` is an
 /// angle code of the library; one below 0, such as kNoGeometry, says nothing.
 void TakeGeometry(int32_t geometry, MeasuringConditions& conditions);

@@ -248,7 +248,8 @@ SaundersonMode SpecularOf(const ColorSystem& system, std::optional<SaundersonMod
 ColorSystem ReadColorSystem(const std::string& path) {
   const JsonDocument document(path);
   const JsonField root(document);
-  root.ExpectMembers({"name", "model", "k1", "k2", "specular", "calibrated_on", "components", "rules"});
+  root.ExpectMembers(
+      {"name", "model", "k1", "k2", "specular", "geometry", "calibrated_on", "components", "rules"});
   ColorSystem system;
   system.data.name = CString::FromUtf8(root["name"].Text());
   if (const auto model = root.Find("model")) {
@@ -259,6 +260,10 @@ ColorSystem ReadColorSystem(const std::string& path) {
   if (const auto k2 = root.Find("k2")) system.data.k2 = k2->Number(0.0, kLargestReflection);
   if (const auto specular = root.Find("specular")) {
     system.specular = static_cast<SaundersonMode>(specular->OneOf(kSpecularNames));
+  }
+  if (const auto geometry = root.Find("geometry")) {
+    system.geometry = ParseGeometry(geometry->Text());
+    if (system.geometry < 0) geometry->Fail("this is no geometry");
   }
   if (const auto on = root.Find("calibrated_on")) system.calibratedOn = on->Text();
   ReadComponents(root["components"], system);
@@ -295,6 +300,7 @@ std::string ColorSystemText(const ColorSystem& system) {
                      ",\n  \"k1\": " + ShortestText(system.data.k1) +
                      ",\n  \"k2\": " + ShortestText(system.data.k2);
   if (system.specular) text += ",\n  \"specular\": " + JsonString(SpecularName(*system.specular));
+  if (system.geometry >= 0) text += ",\n  \"geometry\": " + JsonString(GeometryName(system.geometry));
   if (!system.calibratedOn.empty()) text += ",\n  \"calibrated_on\": " + JsonString(system.calibratedOn);
   text += ",\n  \"components\": [\n";
   bool isFirst = true;

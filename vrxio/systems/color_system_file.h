@@ -3,11 +3,13 @@
 #ifndef VRXIO_SYSTEMS_COLOR_SYSTEM_FILE_H_
 #define VRXIO_SYSTEMS_COLOR_SYSTEM_FILE_H_
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include <vrxio/measurement/names.h>
 #include <vrxmath/colorant/colorant_rules.h>
 #include <vrxmath/colorant/colorant_system.h>
 #include <vrxmath/colorant/component_calibration.h>
@@ -22,6 +24,7 @@ struct ColorSystem {
   CColorantRulesData rules;  ///< empty when the file has none
   /// How the surface entered the curves that it was calibrated on; none when the file does not say.
   std::optional<SaundersonMode> specular;
+  int32_t geometry = kNoGeometry;         ///< of these curves, where all said the same
   std::string calibratedOn;               ///< what these curves were; may be empty
   CComponentCalibrationArray calibrated;  ///< of the components of which the file tells it, in its order
 };

@@ -8,8 +8,8 @@ namespace {
 
 struct FaultText {
   RecipeFault fault;
-  /// {system}, {limits}, {target}, {batch}, {formula}, {cheapest}, {costs}, {component}, {subsets} and {most} stand for what
-  /// they say; {-name} for a setting, {-name=value} for a setting with its value.
+  /// {system}, {limits}, {target}, {batch}, {formula}, {cheapest}, {costs}, {surface}, {component}, {subsets} and {most} stand
+  /// for what they say; {-name} for a setting, {-name=value} for a setting with its value.
   std::string_view text;
 };
 
@@ -19,9 +19,7 @@ constexpr std::array<FaultText, 22> kTexts = {{
      "{system}: \"components\": there is no substrate, neither a calibration "
      "white nor a resin with levels"},
     {RecipeFault::kTargetNotMeasured, "{target} is not measured throughout"},
-    {RecipeFault::kTargetBelowSurface,
-     "{target} is darker than the surface alone; use {-specular=excluded} for a curve without the specular "
-     "component, {-specular=none} for an uncorrected one"},
+    {RecipeFault::kTargetBelowSurface, "{target} is darker than the surface alone; {surface}"},
     {RecipeFault::kNeedsCurve, "{target}: this {-objective} needs a curve, not L, a, b"},
     {RecipeFault::kUnknownComponent, "{system}: {component} cannot be in a recipe: it has no levels"},
     {RecipeFault::kContradiction, "{-require}, {-exclude}: {component} is both required and excluded"},
@@ -53,12 +51,24 @@ constexpr std::array<FaultText, 22> kTexts = {{
     {RecipeFault::kStopped, "the search was stopped"},
     {RecipeFault::kBatchFormula, "{formula}: the formula of the batch is empty or cannot be predicted"},
     {RecipeFault::kBatchNotMeasured, "{batch} is not measured throughout"},
-    {RecipeFault::kBatchBelowSurface,
-     "{batch} is darker than the surface alone; use {-specular=excluded} for a curve without the specular "
-     "component, {-specular=none} for an uncorrected one"},
+    {RecipeFault::kBatchBelowSurface, "{batch} is darker than the surface alone; {surface}"},
     {RecipeFault::kNoCosts, "{cheapest}: no component has a cost; give costs in {costs}"},
     {RecipeFault::kNone, ""},
 }};
+
+// What can be done about a curve that was measured without the surface that it is taken for.
+std::string SurfaceText(const RecipeNames& names) {
+  if (names.isSurfaceOfSystem) {
+    return "the colour system is of curves with the specular component, which this one lacks: measure it "
+           "with that, or calibrate the "
+           "system on curves without it";
+  }
+  std::string text = "use ";
+  return text.append(names.setting("specular", "excluded"))
+      .append(" for a curve without the specular component, ")
+      .append(names.setting("specular", "none"))
+      .append(" for an uncorrected one");
+}
 
 std::string ComponentText(const CColorantSystemData& system, uint32_t id) {
   std::string text = "component " + std::to_string(id);
@@ -104,6 +114,7 @@ std::string RecipeFaultText(const RecipeOutcome& outcome, const CColorantSystemD
     if (key == "formula") return names.formula;
     if (key == "cheapest") return names.cheapest;
     if (key == "costs") return names.costs;
+    if (key == "surface") return SurfaceText(names);
     if (key == "component") return ComponentText(system, outcome.component);
     return std::to_string(key == "subsets" ? outcome.subsets : settings.mostSubsets);
   };

@@ -66,7 +66,7 @@ CCalibrationSettings SettingsOf(const CalibrateOptions& options, const DrawdownF
   }
   settings.k1 = options.surface.k1;
   settings.k2 = options.surface.k2;
-  settings.mode = options.surface.specular;
+  settings.mode = options.surface.Specular();
   settings.illuminant = options.viewing.Illuminants().front();
   settings.observer = options.viewing.Observer();
   settings.leaveOneOut = !options.noLeaveOneOut;
@@ -267,7 +267,7 @@ class Calibration {
  private:
   void Read() {
     const std::string substrate = IsOneConstant() ? options_.white : std::string();
-    const TakenSpecular taken{options_.surface.specular, false};
+    const TakenSpecular taken = options_.surface.Taken();
     file_ = ReadDrawdowns(options_.samples, options_.input, taken, nullptr, substrate);
     for (const std::string& card : file_.unusedCards) {
       PrintMessage(options_.samples + ": no film uses the row " + card);
@@ -323,6 +323,7 @@ class Calibration {
   void Write() {
     system_.data.name = CString::FromUtf8(options_.name);
     system_.specular = settings_.mode;
+    system_.geometry = additions_.geometry.Get();
     system_.calibratedOn = std::filesystem::path(options_.samples).filename().string() + ", " +
                            std::to_string(division_.used.GetSize()) + " drawdowns";
     WriteColorSystem(options_.output, system_);

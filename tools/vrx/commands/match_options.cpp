@@ -21,18 +21,51 @@
 namespace vrx::tool {
 namespace {
 
-// Takes a curve to the target of its id when that was measured at another geometry; false when there is none.
-bool AddGeometry(const CurveRow& row, const SystemOptions& system, std::vector<NamedTarget>& targets) {
+// Takes a curve to the target of its id when that was measured at another geometry; null when there is none.
+NamedTarget* AddGeometry(const CurveRow& row, const SystemOptions& system,
+                         std::vector<NamedTarget>& targets) {
   const auto found = std::ranges::find_if(targets, [&](const NamedTarget& target) {
     return target.id == row.id && !target.geometries.empty() &&
            !std::ranges::count(target.geometries, row.geometry);
   });
-  if (row.geometry == kNoGeometry || row.kind != Sample::kCurve || found == targets.end()) return false;
+  if (row.geometry == kNoGeometry || row.kind != Sample::kCurve || found == targets.end()) return nullptr;
   found->target.others.Add(row.curve);
   found->target.angles.Add(system.AngleOf(row.geometry));
   found->geometries.push_back(row.geometry);
-  return true;
+  return &*found;
 }
+
+// The curves of targets of which their files say that they lie beside the gloss, which is taken for included. Beside a curve of the
+// right kind such a one says how the target looks from there; alone it is a curve of the wrong kind.
+class CurvesBesideGloss {
+ public:
+  // Takes up a row of a target; refuses one of which the file says SCI or SCE.
+  void Add(const CurveReader& curves, const CurveRow& row, const TakenSpecular& taken, std::size_t target) {
+    if (target >= targets_.size()) targets_.resize(target + 1);
+    const std::string other = OtherSpecularText(curves.Conditions(), row.geometry, taken);
+    if (other.empty()) {
+      targets_[target].hasRight = true;
+      return;
+    }
+    if (!io::IsBesideGloss(row.geometry)) curves.Source().FailRow(other);
+    std::string& complaint = targets_[target].complaint;
+    if (complaint.empty()) complaint = curves.Source().RowPlace().append(": ").append(other);
+  }
+
+  // Refuses the first target that has no other curve.
+  void Check() const {
+    for (const Target& target : targets_) {
+      if (!target.hasRight && !target.complaint.empty()) throw InputError(target.complaint);
+    }
+  }
+
+ private:
+  struct Target {
+    bool hasRight = false;
+    std::string complaint;
+  };
+  std::vector<Target> targets_;
+};
 
 // The load of "3%", or of a range such as "1%:5%".
 void ParseLoad(const std::string& text, CRecipeSettings& settings) {
@@ -198,14 +231,18 @@ std::vector<NamedTarget> ReadTargets(MatchOptions& options, const ColorSystem& c
   bool areAnglesKnown = true;
   CurveRow row;
   const TakenSpecular taken = TakenOf(options, colorSystem);
+  CurvesBesideGloss beside;
   while (samples.Next(row)) {
-    RefuseOtherSpecular(samples, row, taken);
     areAnglesKnown = areAnglesKnown && SystemOptions::HasAngle(row.geometry);
-    if (AddGeometry(row, system, targets)) continue;
-    NamedTarget named{std::string(row.id), TargetOf(samples, row, system), {}};
-    if (row.geometry != kNoGeometry) named.geometries.push_back(row.geometry);
-    targets.push_back(named);
+    const NamedTarget* target = AddGeometry(row, system, targets);
+    if (target == nullptr) {
+      NamedTarget named{std::string(row.id), TargetOf(samples, row, system), {}};
+      if (row.geometry != kNoGeometry) named.geometries.push_back(row.geometry);
+      target = &targets.emplace_back(std::move(named));
+    }
+    beside.Add(samples, row, taken, static_cast<std::size_t>(target - targets.data()));
   }
+  beside.Check();
   WarnAboutInput(samples);
   report.AddInput(samples);
   system.WarnAboutAngle(areAnglesKnown);

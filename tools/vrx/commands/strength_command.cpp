@@ -97,7 +97,8 @@ void RequireMeasured(const CurveReader& curves, const StrengthOptions& options,
 // Refuses a standard whose file says that its gloss was measured the other way.
 void RequireSpecular(const CurveReader& standards, const Standard& standard, const TakenSpecular& taken) {
   MeasuringConditions conditions;
-  conditions.specular = standard.specular;
+  conditions.specular = standard.gloss.specular;
+  conditions.geometry = standard.gloss.geometry;
   const std::string other = OtherSpecularText(conditions, standard.geometry, taken);
   if (!other.empty())
     throw InputError(standards.Source().Name() + ": standard \"" + standard.id + "\": " + other);
@@ -138,7 +139,7 @@ class FloorReport {
 
  private:
   int32_t CountOf(const CReflData& curve, int32_t first, int32_t last) const {
-    return CountAtFloor(curve, first, last, surface_.k1, surface_.k2, surface_.specular);
+    return CountAtFloor(curve, first, last, surface_.k1, surface_.k2, surface_.Specular());
   }
 
   // Runs of wavelengths, as "400-430, 690".
@@ -182,7 +183,7 @@ class StrengthRows {
       standard.Tristimulus(illuminant, settings_.viewing.observer, standardXyz_);
       trial.Tristimulus(illuminant, settings_.viewing.observer, trialXyz_);
       AddUnless(HaveFloor(standardXyz_, trialXyz_),
-                TristimulusStrength(standardXyz_, trialXyz_, surface_.k1, surface_.k2, surface_.specular));
+                TristimulusStrength(standardXyz_, trialXyz_, surface_.k1, surface_.k2, surface_.Specular()));
       if (isFirst) AddSingleWavelengths(standard, trial);
       isFirst = false;
       AddFurther();
@@ -226,13 +227,13 @@ class StrengthRows {
     const bool isAtFloor = floor_.Note(standard, trial);
     for (const bool useAbsorbance : {false, true}) {
       AddUnless(isAtFloor, StrengthPercent(standard, trial, useAbsorbance, settings_.first, settings_.last,
-                                           surface_.k1, surface_.k2, surface_.specular));
+                                           surface_.k1, surface_.k2, surface_.Specular()));
     }
   }
 
   void AddSingleWavelengths(const CReflData& standard, const CReflData& trial) {
     const int32_t peak = MaximumAbsorption(standard, settings_.first, settings_.last, surface_.k1,
-                                           surface_.k2, surface_.specular);
+                                           surface_.k2, surface_.Specular());
     AddSingleWavelength(standard, trial, peak);
     rows_->Integer(WavelengthAt(peak));
     if (settings_.chosen >= 0) AddSingleWavelength(standard, trial, settings_.chosen);
@@ -240,12 +241,12 @@ class StrengthRows {
 
   void AddSingleWavelength(const CReflData& standard, const CReflData& trial, int32_t i) {
     AddUnless(floor_.IsAt(i, standard, trial),
-              ChromaticStrength(standard, trial, i, surface_.k1, surface_.k2, surface_.specular));
+              ChromaticStrength(standard, trial, i, surface_.k1, surface_.k2, surface_.Specular()));
   }
 
   bool HaveFloor(const CTrisValues& standard, const CTrisValues& trial) const {
-    return CountAtFloor(standard, surface_.k1, surface_.k2, surface_.specular) +
-               CountAtFloor(trial, surface_.k1, surface_.k2, surface_.specular) >
+    return CountAtFloor(standard, surface_.k1, surface_.k2, surface_.Specular()) +
+               CountAtFloor(trial, surface_.k1, surface_.k2, surface_.Specular()) >
            0;
   }
 
@@ -257,15 +258,15 @@ class StrengthRows {
   void AddFurther() {
     AddUnless(
         HaveFloor(FilterValues(standardXyz_), FilterValues(trialXyz_)),
-        PseudoTristimulusStrength(standardXyz_, trialXyz_, surface_.k1, surface_.k2, surface_.specular));
+        PseudoTristimulusStrength(standardXyz_, trialXyz_, surface_.k1, surface_.k2, surface_.Specular()));
     const auto luminous = [](const CTrisValues& xyz) {
       const double Y = xyz[CTrisValues::kY];
       return CTrisValues(Y, Y, Y);
     };
-    const bool isDark = CountAtFloor(luminous(standardXyz_), 0.04, 0.6, surface_.specular) +
-                            CountAtFloor(luminous(trialXyz_), 0.04, 0.6, surface_.specular) >
+    const bool isDark = CountAtFloor(luminous(standardXyz_), 0.04, 0.6, surface_.Specular()) +
+                            CountAtFloor(luminous(trialXyz_), 0.04, 0.6, surface_.Specular()) >
                         0;
-    AddUnless(isDark, LuminousStrength(standardXyz_, trialXyz_, surface_.specular));
+    AddUnless(isDark, LuminousStrength(standardXyz_, trialXyz_, surface_.Specular()));
     for (int32_t i = 0; i < 3; ++i) rows_->Number(ComponentStrength(standardXyz_, trialXyz_, i));
   }
 
@@ -290,7 +291,7 @@ void DescribeRun(const StrengthOptions& options, const StrengthSettings& setting
 
 void RunStrength(StrengthOptions& options) {
   const StrengthSettings settings = SettingsOf(options);
-  const TakenSpecular taken{settings.surface.specular, false};
+  const TakenSpecular taken = settings.surface.Taken();
   options.comparison.checkTrial = [&](const CurveReader& curves, const CurveRow& row) {
     RefuseOtherSpecular(curves, row, taken);
     RequireMeasured(curves, options, settings);

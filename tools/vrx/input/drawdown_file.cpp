@@ -65,7 +65,11 @@ class Reader {
         isClosed_(known != nullptr),
         isOnSubstrate_(!substrate.empty()) {
     file_.isOnSubstrate = isOnSubstrate_;
-    if (known != nullptr) file_.names = known->names, file_.isBase = known->isBase;
+    if (known != nullptr) {
+      file_.names = known->names;
+      file_.isBase = known->isBase;
+      file_.geometry = known->geometry;
+    }
     const std::vector<std::string> headings = curves_.Source().ExtraHeadings();
     for (std::size_t i = 0; i < headings.size(); ++i) TakeHeading(headings[i], i);
     if (componentColumns_.empty() && !formulaColumn_) {
@@ -148,6 +152,7 @@ class Reader {
 
   void Take(const CurveRow& row) {
     RefuseOtherSpecular(curves_, row, taken_);
+    file_.geometry.Add(curves_.Conditions(), row.geometry);
     const Surface surface = SurfaceOf(row);
     const auto [found, isNew] = places_.emplace(std::string(row.id), rows_.size());
     if (isNew) rows_.emplace_back().id = row.id;

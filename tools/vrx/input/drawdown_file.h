@@ -19,6 +19,7 @@ struct DrawdownFile {
   bool areShares = false;                ///< in percent or of 1; else parts in any one unit
   bool isOnSubstrate = false;            ///< shares are of a substrate, and need not add up
   CDrawdownArray drawdowns;              ///< in the order of their first rows
+  io::CommonGeometry geometry;           ///< of all curves, those of the file that is `known` among them
   std::vector<std::string> unusedCards;  ///< rows of cards that no film uses, as messages name them
 };
 

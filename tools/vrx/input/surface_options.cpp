@@ -29,6 +29,10 @@ std::optional<SaundersonMode> ModeOf(GivenSpecular given) {
 
 }  // namespace
 
+io::TakenSpecular SurfaceOptions::Taken() const {
+  return io::TakenAlone(ModeOf(given));
+}
+
 void AddSpecularOption(Command& command, GivenSpecular& specular) {
   command.AddChoice("--specular", specular, {"included", "excluded", "none"},
                     "How the curves were measured, if the colour system does not say");
@@ -69,7 +73,7 @@ void AddSurfaceOptions(Command& owner, SurfaceOptions& options) {
       .Shows("K2 [0.6]")
       .Check(RefuseUnlessReflection);
   command.AddChoice(
-      "--specular", options.specular, {"included", "excluded", "none"},
+      "--specular", options.given, {"included", "excluded", "none"},
       "Whether the curves include the light that the surface reflects; none: do not correct for it");
 }
 

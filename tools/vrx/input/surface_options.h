@@ -17,14 +17,20 @@ namespace vrx::tool {
 
 class Command;
 
+/// `--specular` of a command that reads a colour system, which says itself how what it was calibrated on was measured.
+enum class GivenSpecular { kIncluded, kExcluded, kNone, kNotGiven };
+
+/// The surface of a command that no colour system is beside.
 struct SurfaceOptions {
   double k1 = 0.04;
   double k2 = 0.6;
-  SaundersonMode specular = SaundersonMode::kIncluded;
-};
+  GivenSpecular given = GivenSpecular::kNotGiven;
 
-/// `--specular` of a command that reads a colour system, which says itself how what it was calibrated on was measured.
-enum class GivenSpecular { kIncluded, kExcluded, kNone, kNotGiven };
+  /// How the surface enters the curves: as given, and included when nothing is.
+  SaundersonMode Specular() const { return Taken().mode; }
+  /// What the command takes curves for.
+  io::TakenSpecular Taken() const;
+};
 
 /// Adds `--specular included|excluded|none`.
 void AddSpecularOption(Command& command, GivenSpecular& specular);

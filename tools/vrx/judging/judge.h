@@ -45,6 +45,16 @@ struct TrialJudgement : Judgement {
   }
 };
 
+/// What a file says of all its samples: their specular component, or a geometry that leaves it out.
+struct StatedGloss {
+  io::Specular specular = io::Specular::kUnknown;
+  int32_t geometry = kNoGeometry;
+
+  StatedGloss() = default;
+  explicit StatedGloss(const io::MeasuringConditions& conditions)
+      : specular(conditions.specular), geometry(conditions.geometry) {}
+};
+
 /// A standard as it was measured: its name, the geometry of the measurement, and what was measured.
 struct Standard {
   std::uint64_t stamp = 0;  ///< differs between standards of one run; 0 for none
@@ -53,7 +63,7 @@ struct Standard {
   Sample sample;
   std::string date;             ///< of the measurement
   std::optional<double> angle;  ///< aspecular, in degrees, where it is not that of the geometry
-  io::Specular specular = io::Specular::kUnknown;  ///< as its file says beside the geometry
+  StatedGloss gloss;            ///< beside the geometry
 };
 
 /// Samples of one kind, one behind the other, as the library takes them. A colour counts under every illuminant.

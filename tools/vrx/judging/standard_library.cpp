@@ -35,8 +35,13 @@ class NearestOfAll final : public Standards {
       reader_.SeekTo(places_[row]);
       CurveRow read;
       static_cast<void>(reader_.Next(read));
-      standard_ = {++stamps_, std::string(read.id),         read.geometry, read, std::string(read.date),
-                   {},        reader_.Conditions().specular};
+      standard_ = {++stamps_,
+                   std::string(read.id),
+                   read.geometry,
+                   read,
+                   std::string(read.date),
+                   {},
+                   StatedGloss(reader_.Conditions())};
       row_ = row;
     }
     const int32_t geometry = trial.geometry != kNoGeometry ? trial.geometry : colors_.Geometry(row);

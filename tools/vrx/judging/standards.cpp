@@ -97,7 +97,7 @@ class OneStandardForAll final : public Standards {
     if (standard.stamp == 0) {
       const Row& row = RowFor(trial.geometry);
       const int32_t geometry = trial.geometry != kNoGeometry ? trial.geometry : row.geometry;
-      standard = {place + 1, id_, geometry, row.sample, row.date, {}, row.specular};
+      standard = {place + 1, id_, geometry, row.sample, row.date, {}, row.gloss};
     }
     return standard;
   }
@@ -114,7 +114,7 @@ class OneStandardForAll final : public Standards {
     int32_t geometry;
     Sample sample;
     std::string date;
-    io::Specular specular;
+    StatedGloss gloss;
   };
 
   // Where the standard of a geometry stands; the first place is that of none.
@@ -135,7 +135,7 @@ class OneStandardForAll final : public Standards {
         reader_.Source().FailRow("standard \"" + id_ + "\" has a row" +
                                  (reader_.HasGeometries() ? " of this geometry" : "") + " already");
       }
-      rows_.push_back({row.geometry, row, std::string(row.date), reader_.Conditions().specular});
+      rows_.push_back({row.geometry, row, std::string(row.date), StatedGloss(reader_.Conditions())});
       if (!reader_.HasGeometries() && !isNamed_) return;
     }
     if (rows_.empty() && id_.empty()) throw InputError(reader_.Source().Name() + ": there is no row");
@@ -192,7 +192,7 @@ class StandardOfItsOwn final : public Standards {
     standard_.geometry = geometry;
     standard_.sample = row_;
     standard_.date = row_.date;
-    standard_.specular = reader_.Conditions().specular;
+    standard_.gloss = StatedGloss(reader_.Conditions());
     return standard_;
   }
   const CurveReader& Reader() const override { return reader_; }

@@ -20,8 +20,10 @@ RecipeNames NamesFor(const std::string& system, const std::string& limits, const
 
 void RefuseFaults(const RecipeOutcome& outcome, const ColorSystem& system, const CRecipeSettings& settings,
                   const RecipeNames& names) {
-  if (outcome.fault != RecipeFault::kNone)
-    throw InputError(RecipeFaultText(outcome, system.data, settings, names));
+  if (outcome.fault == RecipeFault::kNone) return;
+  RecipeNames told = names;
+  told.isSurfaceOfSystem = system.specular.has_value();
+  throw InputError(RecipeFaultText(outcome, system.data, settings, told));
 }
 
 SearchProgress::SearchProgress(std::size_t searches) : bar_(searches * static_cast<uint64_t>(kParts)) {}
