@@ -243,7 +243,12 @@ CIllumArray IlluminantList(const int32_t* illuminants, int32_t count, int32_t ob
   NeedPlace(illuminants, "illuminants");
   CIllumArray list;
   list.SetSize(count);
-  for (int32_t i = 0; i < count; ++i) list[i] = Pair(illuminants[i], observer).illuminant;
+  for (int32_t i = 0; i < count; ++i) {
+    if (std::find(illuminants, illuminants + i, illuminants[i]) != illuminants + i) {
+      throw Refusal{VRX_OUT_OF_RANGE, "illuminants: " + std::to_string(illuminants[i]) + " is there twice"};
+    }
+    list[i] = Pair(illuminants[i], observer).illuminant;
+  }
   return list;
 }
 

@@ -93,6 +93,7 @@ void RefuseFaults(const RecipeOutcome& outcome, const Search& search, const char
                           SettingName,
                           cheapest,
                           "vrx_search_component",
+                          "vrx_search_opacity",
                           search.system->specular.has_value()};
   throw Refusal{VRX_REFUSED, RecipeFaultText(outcome, search.system->data, search.settings, names)};
 }

@@ -440,7 +440,7 @@ VRX_C_API vrx_status VRX_CALL vrx_shade_word16(int32_t word, vrx_char16* text, i
 
 /* A judgement: standards and their tolerances under several illuminants, against which trials are judged. */
 
-/* A judgement under `count` (1 to 64) illuminants. Every tolerance is a box of 1.5 at first, the warning factor 0.75. The
+/* A judgement under `count` (1 to 64) illuminants, none of them twice. Every tolerance is a box of 1.5 at first, the warning factor 0.75. The
  * angle of the system is 45, or one of the aspecular angles of the library's geometries. */
 VRX_C_API vrx_status VRX_CALL vrx_judgement_open(const vrx_system* system, const int32_t* illuminants,
                                                  int32_t count, int32_t observer, vrx_handle* judgement);
@@ -671,7 +671,7 @@ typedef int32_t(VRX_CALL* vrx_progress)(double part, void* context);
 
 /* Fills the structure with what is usual. */
 VRX_C_API vrx_status VRX_CALL vrx_usual_recipe_settings(vrx_recipe_settings* settings);
-/* A search among the components of a colour system, judged under `count` (1 to 64) illuminants, the first being the primary one.
+/* A search among the components of a colour system, judged under `count` (1 to 64) illuminants, none twice, the first being the primary one.
  * `settings`: null for what is usual, with the surface of the system. VRX_REFUSED for a surface with which it was not calibrated. */
 VRX_C_API vrx_status VRX_CALL vrx_search_open(vrx_handle colorants, const vrx_system* system,
                                               const int32_t* illuminants, int32_t count, int32_t observer,
@@ -680,7 +680,8 @@ VRX_C_API vrx_status VRX_CALL vrx_search_open(vrx_handle colorants, const vrx_sy
  * that no call names are free; VRX_ORDER_COST and VRX_AIM_CHEAPEST are refused where nothing that may be used costs anything. */
 VRX_C_API vrx_status VRX_CALL vrx_search_component(vrx_handle search, int32_t id, int32_t use, double least,
                                                    double most, double cost);
-/* Asks for the opacity of a film of that thickness over two backings, as contrast ratio in percent, and for at least so much. */
+/* Asks for the opacity of a film of that thickness over two backings, as contrast ratio in percent, and for at least so much.
+ * Searches are VRX_REFUSED where the black one is not darker than the white one. */
 VRX_C_API vrx_status VRX_CALL vrx_search_opacity(vrx_handle search, const double black[40],
                                                  const double white[40], double thickness,
                                                  double least_opacity);

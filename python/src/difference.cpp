@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <span>
+#include <string>
+#include <vector>
 
 #include <pybind11/numpy.h>
+#include <pybind11/stl.h>
 
 #include <vrxmath/batch/color_space_batch.h>
 #include <vrxmath/batch/difference_batch.h>
@@ -135,17 +139,6 @@ struct SearchColors {
   Rows rows;
   std::size_t count = 0;
   ColorTable colors;
-
-  // Without tristimulus values where the argument held none.
-  std::vector<ColorBatch> Batches() const {
-    std::vector<ColorBatch> batches;
-    for (const ColorTable::Under& under : colors.under) {
-      ColorBatch& batch = batches.emplace_back();
-      batch.lab = BatchView<const double, 5>(std::span(under.lab));
-      if (!under.xyz.empty()) batch.xyz = BatchView<const double, 3>(std::span(under.xyz));
-    }
-    return batches;
-  }
 };
 
 SearchColors FromCoordinates(const Rows& rows, const Space& space, int threads) {
@@ -181,33 +174,52 @@ SearchColors FromCurves(const py::object& argument, const char* name, const Spac
   return colors;
 }
 
+// Geometries of rows as codes; all unknown where nothing is said.
+std::vector<std::int32_t> CodesOf(const py::object& codes, std::size_t count) {
+  auto each =
+      codes.is_none() ? std::vector<std::int32_t>(count, -1) : codes.cast<std::vector<std::int32_t>>();
+  if (each.size() != count) throw py::value_error("geometries: one for each row is expected");
+  return each;
+}
+
+// Of curves the usual ones where nobody names any; a colour belongs to one.
+std::vector<vrxIlluminant> SearchedUnder(const py::object& illuminant, bool areCurves) {
+  if (illuminant.is_none()) {
+    const auto& usual = JudgeDefaults::kIlluminants;
+    return {usual.begin(), areCurves ? usual.end() : usual.begin() + 1};
+  }
+  const std::vector<vrxIlluminant> illuminants = DistinctIlluminantsOf(illuminant);
+  if (!areCurves && illuminants.size() > 1)
+    throw py::value_error("illuminant: several need curves, shape (..., 40)");
+  return illuminants;
+}
+
 py::tuple Nearest(const py::object& samples, const py::object& standards, std::size_t count,
                   const std::string& system, const py::object& illuminant, int observer,
-                  const py::object& space, const py::object& wavelengths, double angle, int threads,
+                  const py::object& space, const py::object& wavelengths, double angle,
+                  const py::object& sampleGeometries, const py::object& standardGeometries, int threads,
                   const py::kwargs& parameters) {
   const CDifferenceSettings settings = SettingsOf(system, parameters);
-  bool single = false;
-  const std::vector<vrxIlluminant> illuminants = IlluminantsOf(illuminant, single);
   if (count == 0) throw py::value_error("count: at least 1 is expected");
-  const Space in = SpaceOf(space, settings, py::int_(static_cast<int>(illuminants.front())), observer);
   RequireThreads(threads);
   const bool areCurves = AreCurves(samples, wavelengths);
   if (areCurves != AreCurves(standards, wavelengths))
     throw py::value_error("samples and standards: both curves, or both colours");
-  if (!areCurves && !single) throw py::value_error("illuminant: several need curves, shape (..., 40)");
+  const std::vector<vrxIlluminant> illuminants = SearchedUnder(illuminant, areCurves);
+  const Space in = SpaceOf(space, settings, py::int_(static_cast<int>(illuminants.front())), observer);
   const auto colorsOf = [&](const py::object& argument, const char* name) {
     return areCurves ? FromCurves(argument, name, in, illuminants, wavelengths, threads)
                      : FromColors(argument, name, in, threads);
   };
   const SearchColors trials = colorsOf(samples, "samples"), library = colorsOf(standards, "standards");
+  const std::vector<std::int32_t> ofTrials = CodesOf(sampleGeometries, trials.count),
+                                  ofLibrary = CodesOf(standardGeometries, library.count);
   std::vector<NearestMatch> matches(trials.count * count);
-  {
-    const std::vector<ColorBatch> a = trials.Batches(), b = library.Batches();
-    WithoutLock([&](const auto& goesOn) {
-      const BatchRun run{static_cast<unsigned>(threads), [&](std::size_t) { return goesOn(); }};
-      FindNearestBatch(settings, angle, a, b, count, matches, run);
-    });
-  }
+  WithoutLock([&](const auto& goesOn) {
+    const BatchRun run{static_cast<unsigned>(threads), [&](std::size_t) { return goesOn(); }};
+    StandardsByGeometry(library.colors, ofLibrary)
+        .Find(settings, angle, trials.colors, ofTrials, count, matches, run);
+  });
   std::vector<py::ssize_t> shape = trials.rows.lead;
   shape.push_back(static_cast<py::ssize_t>(count));
   py::array_t<std::int64_t> index(shape);
@@ -258,32 +270,10 @@ Returns
 numpy.ndarray, shape (...) or (..., 7) with ``components``; float for a single pair
     NaN where a colour is unset, masked where it is masked. The leading axes broadcast as numpy's do.
 )");
-  module.def("nearest", &Nearest, py::arg("samples"), py::arg("standards"), py::arg("count") = 10,
-             py::kw_only(), py::arg("system") = "cie2000", py::arg("illuminant") = "D65",
-             py::arg("observer") = 10, py::arg("space") = py::none(), py::arg("wavelengths") = py::none(),
-             py::arg("angle") = 45.0, py::arg("threads") = 1,
-             R"(The nearest standards of each sample, exactly.
-
-Parameters
-----------
-samples, standards : array_like, shape (..., 40), (..., 3) or (..., 5)
-    Both curves, or both colours as :func:`delta` takes them.
-count : int
-    How many to find for each sample.
-illuminant : str, int, Illuminant, or a sequence of them
-    With several, which need curves, a standard is as far away as under the worst of them, so that a metamer is not taken
-    for a match.
-wavelengths
-    Those of curves, as for :func:`tristimulus`.
-system, space, angle, **parameters
-    As for :func:`delta`.
-
-Returns
--------
-index : numpy.ndarray of int64, shape (..., count)
-    Positions among the standards, nearest first; -1 where there are fewer.
-distance : numpy.ndarray, shape (..., count)
-)");
+  module.def("nearest", &Nearest, py::arg("samples"), py::arg("standards"), py::arg("count"), py::kw_only(),
+             py::arg("system"), py::arg("illuminant"), py::arg("observer"), py::arg("space"),
+             py::arg("wavelengths"), py::arg("angle"), py::arg("sample_geometries"),
+             py::arg("standard_geometries"), py::arg("threads"));
 }
 
 }  // namespace vrx::python

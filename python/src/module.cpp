@@ -88,6 +88,7 @@ interpolation : str
   module.def("reads_angle", [](const std::string& system) {
     return FindDifferenceSystem(SettingsOf(system, {}).system)->readsAngle;
   });
+  module.def("geometry_code", [](const std::string& text) { return io::ParseGeometry(text); });
   // Of one geometry all spellings are the same; an unknown one is its own.
   module.def("geometry_name", [](const std::string& text) {
     const std::int32_t code = io::ParseGeometry(text);

@@ -125,9 +125,8 @@ void RefuseFault(const System& system, const CRecipeSettings& settings, const Re
     std::ranges::replace(text, '-', '_');
     return value.empty() ? text : text + "=\"" + std::string(value) + "\"";
   };
-  const RecipeNames names{"color_system", "limits",  "target",
-                          "measured",     "formula", setting,
-                          cheapest,       "costs",   system.file.specular.has_value()};
+  const RecipeNames names{"color_system", "limits", "target", "measured", "formula",
+                          setting,        cheapest, "costs",  "backings", system.file.specular.has_value()};
   throw py::value_error(RecipeFaultText(outcome, system.file.data, settings, names));
 }
 

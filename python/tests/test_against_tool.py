@@ -82,7 +82,10 @@ def test_defaults_are_the_library_s():
     system, lamps, warning = _core.judge_defaults
     defaults = {name: p.default for name, p in inspect.signature(vrx.judge).parameters.items()}
     assert (defaults["system"], defaults["warning"], defaults["threads"]) == (system, warning, 0)
-    assert [_core.illuminant_name(lamp) for lamp in lamps] == list(defaults["illuminants"])
+    lamps = [_core.illuminant_name(lamp) for lamp in lamps]
+    for function in (vrx.judge, vrx.match, vrx.correct, vrx.correct_stock, vrx.use_leftovers, vrx.report, vrx.fit_tolerance, vrx.fit_limits):
+        assert list(inspect.signature(function).parameters["illuminants"].default) == lamps, function
+    assert list(vrx.Standard(vrx.Curve([42.0] * 40)).illuminants) == lamps
 
 
 def test_standards_geometries_and_limits(curves, curve_file, vrx_tool, tmp_path):
@@ -239,6 +242,35 @@ def test_nearest(curves, rng=np.random.default_rng(4)):
                                   "cmc") for lamp in ("D65", "A")], axis=0)
         assert list(index[i]) == list(np.argsort(worst, kind="stable")[:3])
         assert np.array_equal(distance[i], np.sort(worst)[:3])
+    for colors in (curves[:5], vrx.lab(vrx.tristimulus(curves[:5]))):
+        near = vrx.nearest(colors, colors, 2, illuminant=["D65", "A", "CWF"] if colors is curves[:5] else None)
+        assert near[0].tolist() == vrx.nearest(colors, colors, 2)[0].tolist()
+    with pytest.raises(ValueError, match="D65 is named twice"):
+        vrx.nearest(curves, curves, illuminant=["D65", "D65"])
+
+
+def test_nearest_of_a_geometry(curves, vrx_tool, tmp_path):
+    def write(name, geometries):
+        at = vrx.CurveArray(curves[:len(geometries)], None, [f"c{i}" for i in range(len(geometries))], geometries)
+        lines = ["id,geometry," + ",".join(map(str, range(360, 760, 10)))]
+        lines += [f"{one},{geometry}," + ",".join(map(repr, curve)) for one, geometry, curve in zip(at.ids, geometries, curves.tolist())]
+        (tmp_path / name).write_text("\n".join(lines) + "\n")
+        return at
+
+    samples = write("samples.csv", ["SCI", "15deg", "", "SCE", "45/0"])
+    standards = write("standards.csv", ["sci", "SCE", "45deg", "15deg", "SCI", "", "15deg"])
+    for system, options in (("cie2000", {}), ("audi", {"angle": 25})):
+        index, distance = vrx.nearest(samples, standards, 4, system=system, **options)
+        rows = vrx_tool("search", tmp_path / "samples.csv", tmp_path / "standards.csv", "--count", "4", "--system", system,
+                        *(["--angle", "25"] if options else []))
+        told = [(row["sample"], row["standard"], float(row["difference"])) for row in rows]
+        assert told == [(samples.ids[i], standards.ids[index[i, k]], distance[i, k])
+                        for i in range(5) for k in range(4) if index[i, k] >= 0], system
+    assert set(index[0]) == {0, 4, 5, -1} and set(index[4]) == {5, -1}
+    with pytest.warns(UserWarning, match="no standard is of the geometry of 2 of them, and none of an unknown one: 1, 4$"):
+        index, distance = vrx.nearest(samples, standards[:2], 1)
+    assert index[[0, 1, 3, 4], 0].tolist() == [0, -1, 1, -1]
+    assert np.isnan(distance[[1, 4]]).all() and vrx.nearest(samples.values, standards, 1)[0].min() >= 0
 
 
 def test_measured_lamp(curves):

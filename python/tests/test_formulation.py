@@ -241,6 +241,7 @@ def test_geometries_beside_the_gloss(paints):
     (lambda paints, curve: vrx.correct_stock(paints, [{3: 1}], [curve], [1], sce(curve)[1]), ["target: curve 0"]),
     (lambda paints, curve: vrx.use_leftovers(paints, [{3: 1}], sce(curve)[[1]], [1], curve, 5), ["measured: curve 0"]),
     (lambda paints, curve: vrx.calibrate([{"w": 1}, {"w": 1, "b": 1}], sce(curve), "w"), ["curves: curve 1", "excluded"]),
+    (lambda paints, curve: vrx.match(paints, curve, backings=[[90.0] * 40, [5.0] * 40]), ["backings: the black backing is not darker"]),
     (lambda paints, curve: vrx.match(paints, curve, load=3), ["load", "clear component"]),
     (lambda paints, curve: vrx.match(paints, curve, load=(5, 1)), ["load"]),
     (lambda paints, curve: vrx.match(paints, curve, within_range=True), ["within_range"]),

@@ -44,7 +44,6 @@ from ._core import (
     metamerism,
     munsell,
     munsell_text,
-    nearest,
     readings_needed,
     resample,
     sort,
@@ -70,6 +69,7 @@ from ._reading import Measurements, MeasurementWarning, read, read_blocks
 from ._records import Curve, Standard, Tolerance
 from ._report import Report, report
 from ._samples import Averages, average
+from ._search import nearest
 from ._tolerances import LimitFit, fit_limits, fit_tolerance
 from ._writing import convert, write
 

@@ -131,7 +131,7 @@ class Judgement:
                 f"{counts[2]} pass, {counts[1]} warning, {counts[0]} fail>")
 
 
-def _geometries_of(curves: Any) -> Any:
+def geometries_of(curves: Any) -> Any:
     """The known geometries of a CurveArray in the shape of its rows, empty texts among them; None where nothing is known."""
     if not isinstance(curves, CurveArray) or not any(curves.geometries or ()):
         return None
@@ -143,7 +143,7 @@ def _geometries_of(curves: Any) -> Any:
 
 def _need_same_geometries(standard: Any, samples: Any, of: Any) -> None:
     """Refuses samples that were measured in another geometry than their standard."""
-    pair = _geometries_of(standard), _geometries_of(samples)
+    pair = geometries_of(standard), geometries_of(samples)
     if pair[0] is None or pair[1] is None:
         return
     own = pair[0] if of is None else pair[0].reshape(-1)[np.asarray(of, dtype=int)]

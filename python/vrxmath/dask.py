@@ -30,6 +30,7 @@ from ._curves import CurveArray
 from ._folder import replaced, write_manifest
 from ._judgement import judge as _judge
 from ._reading import read_blocks as _read_blocks
+from ._search import nearest as _nearest
 
 if TYPE_CHECKING:
     from collections.abc import Callable, Iterable, Iterator, Sequence
@@ -144,10 +145,10 @@ def _color_part(source: str, target: str, illuminant: Lamp, observer: int) -> in
     return _write(target, color_blocks())
 
 
-def _nearest_part(source: str, target: str, standards: Floats, count: int, settings: dict[str, Any]) -> int:
+def _nearest_part(source: str, target: str, standards: Floats | CurveArray, count: int, settings: dict[str, Any]) -> int:
     def nearest_blocks() -> Iterator[dict[str, Any]]:
         for curves, columns in _blocks_of(source):
-            index, distance = _core.nearest(curves, standards, count, **settings)
+            index, distance = _nearest(curves, standards, count, **settings)
             columns.update({f"index_{i + 1}": index[:, i] for i in range(index.shape[1])})
             columns.update({f"dE_{i + 1}": distance[:, i] for i in range(distance.shape[1])})
             yield columns
@@ -233,7 +234,10 @@ def nearest(paths: Paths, standards: Numbers, count: int = 10, *, output: str | 
             progress: Callable[[int, int], object] | None = None, retries: int = 3, **settings: Any) -> list[str]:
     """The nearest standards of the curves of every partition, see :func:`vrxmath.nearest`.
 
-    Parameters and results as for :func:`judge`; the fields of a record are ``id``, ``index_1 ...`` and ``dE_1 ...``.
+    Parameters and results as for :func:`judge`; the fields of a record are ``id``, ``index_1 ...`` and ``dE_1 ...``. Standards that
+    are a :class:`vrxmath.CurveArray` say their geometries, too.
     """
-    arguments = {"standards": _core.curves(standards, name="standards"), "count": count, "settings": settings}
+    if not isinstance(standards, CurveArray):
+        standards = _core.curves(standards, name="standards")
+    arguments = {"standards": standards, "count": count, "settings": settings}
     return _map("nearest", _nearest_part, paths, output, arguments, client, progress, retries)

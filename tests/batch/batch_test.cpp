@@ -708,5 +708,35 @@ TEST(Nearest, AreThoseOfASortOfAllDifferences) {
   }
 }
 
+// Of 15 and 45 degrees, of a geometry that the library does not know, and of none; the difference is that at the angle of the sample.
+TEST(Nearest, LookAmongTheStandardsOfTheirGeometry) {
+  const CDifferenceSettings settings = DefaultSettings(vrxSystemAudi);
+  ColorTable standards{std::vector<ColorTable::Under>(1)}, samples = standards;
+  const auto add = [](ColorTable& colors, double a) {
+    colors.under[0].xyz.insert(colors.under[0].xyz.end(), {20.0, 20.0, 20.0});
+    colors.under[0].lab.insert(colors.under[0].lab.end(), {50.0, a, 10.0, std::hypot(a, 10.0), 0.0});
+  };
+  for (const double a : {10.0, 11.0, 12.0, 13.0, 14.0}) add(standards, a);
+  const std::vector<int32_t> ofStandards{4, 8, 1000, 4, -1};
+  for (int i = 0; i < 5; ++i) add(samples, 9.0);
+  const int32_t ofSamples[] = {4, 8, 1000, 1001, -1};
+  std::vector<NearestMatch> matches(15);
+  StandardsByGeometry library(standards, ofStandards);
+  constexpr std::size_t kNone = NearestMatch::kNone;
+  const std::size_t expected[] = {0, 3, 4, 1, 4, kNone, 2, 4, kNone, 4, kNone, kNone, 0, 1, 2};
+  for (int run = 0; run < 2; ++run) {
+    ASSERT_TRUE(library.Find(settings, 75.0, samples, ofSamples, 3, matches));
+    for (std::size_t k = 0; k < matches.size(); ++k) EXPECT_EQ(matches[k].index, expected[k]) << k;
+  }
+  const double angles[] = {15.0, 45.0, 75.0, 75.0, 75.0};
+  for (std::size_t i = 0; i < std::size(angles); ++i) {
+    const NearestMatch& match = matches[3 * i];
+    EXPECT_EQ(match.difference,
+              ComputeDifference(settings, standards.At(0, match.index), samples.At(0, i), angles[i]).dE);
+  }
+  EXPECT_THROW(library.Find(settings, 75.0, samples, std::span(ofSamples).first(4), 3, matches),
+               CInvalidArgException);
+}
+
 }  // namespace
 }  // namespace vrx

@@ -39,6 +39,9 @@ static void matches(void) {
   fill(black, 40, 3), fill(white, 40, 85);
   OK(vrx_search_component(search, ids[0], VRX_USE_REQUIRED, 0, 1, 2.0));
   OK(vrx_search_component(search, ids[1], VRX_USE_REQUIRED, 0, 1, 10.0));
+  OK(vrx_search_opacity(search, white, black, 1e3, 90));
+  REFUSES(vrx_search_match(search, target, &found), VRX_REFUSED,
+          "vrx_search_opacity: the black backing is not darker than the white one");
   OK(vrx_search_opacity(search, black, white, 1e3, 90));
   OK(vrx_search_match(search, target, &found));
   OK(vrx_search_summarize(search, 0, &summary));
@@ -235,6 +238,11 @@ void recipes(void) {
           "most_colorants");
   settings.most_colorants = 2, settings.tolerance = NAN;
   REFUSES(vrx_search_open(paints, &system, lamps, 2, 1, &settings, &closed), VRX_NOT_FINITE, "tolerance");
+  const int32_t twice[3] = {VRX_ILLUM_A, VRX_ILLUM_D65, VRX_ILLUM_A};
+  REFUSES(vrx_search_open(paints, &system, twice, 3, 1, NULL, &closed), VRX_OUT_OF_RANGE,
+          "illuminants: 0 is there twice");
+  REFUSES(vrx_judgement_open(&system, twice, 3, 1, &closed), VRX_OUT_OF_RANGE,
+          "illuminants: 0 is there twice");
   REFUSES(vrx_search_open(search, &system, lamps, 2, 1, NULL, &closed), VRX_BAD_HANDLE, "no open handle");
   CHECK(closed == 7);
   OK(vrx_close(paints));

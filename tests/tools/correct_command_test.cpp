@@ -275,6 +275,8 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
   folder_.Write("t.csv", t);
   folder_.Write("dark.csv", t + FlatRow("d", "3"));
   folder_.Write("d.csv", Wide() + FlatRow("d", "3"));
+  folder_.Write("turned.csv", Wide() + FlatRow("black", "88") + FlatRow("white", "5"));
+  folder_.Write("same.csv", Wide() + FlatRow("black", "88") + FlatRow("white", "88"));
   folder_.Write("hole.csv", Wide() + FlatRow("t", "40", true));
   folder_.Write("lab.csv", "id,L,a,b\nt,50,10,10\n");
   folder_.Write("bright.csv", "id,L,a,b\nt,150,10,10\n");
@@ -367,6 +369,9 @@ TEST_F(MatchingCommands, MatchAndCorrectRefuseWhatTheyCannotUse) {
        "--max-subsets: there are 20853 subsets, more than 20852: exclude components"},
       {match + "t.csv --min-opacity 98", "--backings"},
       {match + "t.csv --backings t.csv", "t.csv: expected two curves"},
+      {match + "t.csv --backings turned.csv",
+       "turned.csv: the black backing is not darker than the white one"},
+      {match + "t.csv --backings same.csv", "same.csv: the black backing is not darker than the white one"},
       {match + "t.csv --max-addition 9%", "--from-stock"},
       {"match " + kPaints + " t.csv --formulas /nowhere/f.json", "/nowhere/f.json"},
       {"match " + kPaints + " t.csv --formulas t.csv", "t.csv: this file is read as input"},

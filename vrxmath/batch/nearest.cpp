@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include <vrxmath/batch/difference_kernels.h>
+#include <vrxmath/foundation/angles.h>
 #include <vrxmath/platform/exceptions.h>
 
 namespace vrx {
@@ -110,6 +111,24 @@ std::size_t CountOf(const System& system, std::span<const ColorBatch> batches) {
   return count;
 }
 
+// The colours of some rows alone, in that order; without X, Y, Z where there are none.
+ColorTable RowsOf(const ColorTable& colors, std::span<const std::size_t> rows) {
+  const auto append = [&](const std::vector<double>& all, std::size_t width, std::vector<double>& some) {
+    if (all.empty()) return;
+    some.reserve(width * rows.size());
+    for (const std::size_t row : rows) {
+      const auto from = all.begin() + static_cast<std::ptrdiff_t>(width * row);
+      some.insert(some.end(), from, from + static_cast<std::ptrdiff_t>(width));
+    }
+  };
+  ColorTable some{std::vector<ColorTable::Under>(colors.under.size())};
+  for (std::size_t j = 0; j < colors.under.size(); ++j) {
+    append(colors.under[j].xyz, 3, some.under[j].xyz);
+    append(colors.under[j].lab, 5, some.under[j].lab);
+  }
+  return some;
+}
+
 }  // namespace
 
 bool FindNearestBatch(const CDifferenceSettings& settings, double angle, std::span<const ColorBatch> trials,
@@ -125,6 +144,52 @@ bool FindNearestBatch(const CDifferenceSettings& settings, double angle, std::sp
   return ForEachBlock(run, trialCount, 1, [&](std::size_t trial, std::size_t) {
     search.Run(trial, matches.subspan(trial * count, count));
   });
+}
+
+StandardsByGeometry::StandardsByGeometry(const ColorTable& standards,
+                                         const std::vector<std::int32_t>& geometries)
+    : standards_(standards), geometries_(geometries) {}
+
+const StandardsByGeometry::Group& StandardsByGeometry::GroupOf(std::int32_t geometry) {
+  const auto [entry, isNew] = groups_.try_emplace(std::max(geometry, -1));
+  Group& group = entry->second;
+  if (!isNew) return group;
+  const auto fits = [geometry](std::int32_t other) { return geometry < 0 || other < 0 || other == geometry; };
+  if (std::ranges::all_of(geometries_, fits)) {
+    group.batches = standards_.Batches();
+    return group;
+  }
+  for (std::size_t i = 0; i < geometries_.size(); ++i) {
+    if (fits(geometries_[i])) group.rows.push_back(i);
+  }
+  group.colors = RowsOf(standards_, group.rows);
+  if (!group.rows.empty()) group.batches = group.colors.Batches();
+  return group;
+}
+
+bool StandardsByGeometry::Find(const CDifferenceSettings& settings, double angle, const ColorTable& samples,
+                               std::span<const std::int32_t> geometries, std::size_t count,
+                               std::span<NearestMatch> matches, const BatchRun& run) {
+  RequireSameCount(geometries_.size(), standards_.size());
+  RequireSameCount(geometries.size(), samples.size());
+  if (count == 0 || matches.size() != geometries.size() * count) throw CInvalidArgException();
+  std::ranges::fill(matches, NearestMatch());
+  std::map<std::int32_t, std::vector<std::size_t>> rowsOf;
+  for (std::size_t i = 0; i < geometries.size(); ++i) rowsOf[geometries[i]].push_back(i);
+  for (const auto& [geometry, rows] : rowsOf) {
+    const Group& group = GroupOf(geometry);
+    if (group.batches.empty()) continue;
+    const ColorTable colors = RowsOf(samples, rows);
+    std::vector<NearestMatch> found(rows.size() * count);
+    if (!FindNearestBatch(settings, AspecularAngle(geometry, angle), colors.Batches(), group.batches, count,
+                          found, run))
+      return false;
+    for (std::size_t k = 0; k < found.size(); ++k) {
+      NearestMatch& match = matches[rows[k / count] * count + k % count] = found[k];
+      if (match.index != NearestMatch::kNone && !group.rows.empty()) match.index = group.rows[match.index];
+    }
+  }
+  return true;
 }
 
 }  // namespace vrx

@@ -10,10 +10,14 @@
 #define VRXMATH_BATCH_NEAREST_H_
 
 #include <cstddef>
+#include <cstdint>
+#include <map>
 #include <span>
+#include <vector>
 
 #include <vrxmath/batch/batch_run.h>
 #include <vrxmath/batch/difference_batch.h>
+#include <vrxmath/batch/sample_colors.h>
 #include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/export.h>
 #include <vrxmath/foundation/numbers.h>
@@ -39,6 +43,34 @@ struct NearestMatch {
 VRX_API bool FindNearestBatch(const CDifferenceSettings& settings, double angle,
                               std::span<const ColorBatch> trials, std::span<const ColorBatch> libraries,
                               std::size_t count, std::span<NearestMatch> matches, const BatchRun& run = {});
+
+/// Standards of several measuring geometries. A sample looks among those of its own geometry and those of which nobody said any;
+/// one of which nobody said it looks among all.
+class VRX_API StandardsByGeometry {
+ public:
+  /// Keeps references to both. `geometries`: a code of the library for each standard, below 0 where nobody said it; codes that the
+  /// library does not have are geometries, too.
+  StandardsByGeometry(const ColorTable& standards, const std::vector<std::int32_t>& geometries);
+
+  /// The nearest standards of the samples, as FindNearestBatch gives them, at the aspecular angle of their geometries, or `angle`
+  /// where they have none. A sample without a standard of its geometry finds none. Throws CInvalidArgException as that does, and for
+  /// other counts of geometries than of colours. False when the progress callback stopped it.
+  bool Find(const CDifferenceSettings& settings, double angle, const ColorTable& samples,
+            std::span<const std::int32_t> geometries, std::size_t count, std::span<NearestMatch> matches,
+            const BatchRun& run = {});
+
+ private:
+  struct Group {
+    std::vector<std::size_t> rows;  // of the standards; empty for all of them
+    ColorTable colors;
+    std::vector<ColorBatch> batches;
+  };
+  const Group& GroupOf(std::int32_t geometry);
+
+  const ColorTable& standards_;
+  const std::vector<std::int32_t>& geometries_;
+  std::map<std::int32_t, Group> groups_;  // by geometry, -1 for none
+};
 
 }  // namespace vrx
 

@@ -44,7 +44,7 @@ struct ColorTable {
   };
   std::vector<Under> under;  ///< by illuminant
 
-  std::size_t size() const { return under.empty() ? 0 : under.front().xyz.size() / 3; }
+  std::size_t size() const { return under.empty() ? 0 : under.front().lab.size() / 5; }
   /// A sample's colour under the illuminant at index `j`.
   Color At(std::size_t j, std::size_t sample) const {
     const double *x = &under[j].xyz[3 * sample], *l = &under[j].lab[5 * sample];

@@ -69,6 +69,14 @@ double AngleOfCode(uint8_t code) {
   return (code < kAngleCodes ? kTenths[code] : kTenths[0]) / 10.0;
 }
 
+bool HasAspecularAngle(int32_t code) {
+  return code >= 0 && code < kAngleCodes && FamilyOfAngle(static_cast<uint8_t>(code)) == AngleFamily::kOther;
+}
+
+double AspecularAngle(int32_t code, double usual) {
+  return HasAspecularAngle(code) ? AngleOfCode(static_cast<uint8_t>(code)) : usual;
+}
+
 CString NameOfAngle(uint8_t code) {
   return code < kAngleCodes ? CString::Load(kStringAngle + code) : CString();
 }

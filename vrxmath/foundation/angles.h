@@ -29,6 +29,11 @@ enum class AngleFamily { kSphere, kPosition, kBackground, kTransmission, kCorrec
 /// codes.
 [[nodiscard]] VRX_API double AngleOfCode(uint8_t code);
 
+/// Whether a geometry has an aspecular angle of its own, as those of kOther do; any other number has none.
+[[nodiscard]] VRX_API bool HasAspecularAngle(int32_t code);
+/// That angle in degrees, or `usual` where there is none.
+[[nodiscard]] VRX_API double AspecularAngle(int32_t code, double usual);
+
 /// The display name of a code, such as "SCI" or "15 degrees"; empty for unknown codes.
 [[nodiscard]] VRX_API CString NameOfAngle(uint8_t code);
 

@@ -74,6 +74,14 @@ const CComponent* ClearOf(const CColorantSystemData& system, const CRecipeSettin
 // A required component is there with a share that counts, since no smaller subset stands for the one without it.
 constexpr double kLeastRequired = 1e-5;
 
+// By Y under D65 for 10 degrees, as the contrast ratio is. False for a curve that is not measured throughout.
+bool IsDarker(const CReflData& black, const CReflData& white) {
+  CTrisValues ofBlack, ofWhite;
+  black.Tristimulus(vrxIllumD65, kObserver10, ofBlack);
+  white.Tristimulus(vrxIllumD65, kObserver10, ofWhite);
+  return ofBlack[1] < ofWhite[1];
+}
+
 }  // namespace
 
 uint64_t Combinations(uint64_t n, uint64_t k) {
@@ -114,8 +122,10 @@ RecipeFault CheckSettings(const CRecipeSettings& settings) {
   const bool isKnown = FindDifferenceSystem(settings.difference.system) != nullptr;
   const bool hasBackings = !IsUnset(settings.black) && !IsUnset(settings.white);
   const bool isOpacity = settings.leastOpacity == 0.0 || hasBackings;
-  return areCounts && areNumbers && areWeights && isWeighed && isKnown && isOpacity ? RecipeFault::kNone
-                                                                                    : RecipeFault::kSettings;
+  if (!(areCounts && areNumbers && areWeights && isWeighed && isKnown && isOpacity))
+    return RecipeFault::kSettings;
+  return hasBackings && !IsDarker(settings.black, settings.white) ? RecipeFault::kBackings
+                                                                  : RecipeFault::kNone;
 }
 
 double NearestSteps(double amount, double step) {

@@ -78,7 +78,7 @@ class SubsetRange {
   std::vector<std::vector<uint16_t>> rules_;  // of colorants on offer, each of at least one
 };
 
-/// kSettings for settings of a search that are out of their range.
+/// kSettings for settings of a search that are out of their range, kBackings for backings that are exchanged.
 RecipeFault CheckSettings(const CRecipeSettings& settings);
 
 /// Whole steps of a dispenser nearest to an amount; `step` is above 0.

@@ -8,12 +8,12 @@ namespace {
 
 struct FaultText {
   RecipeFault fault;
-  /// {system}, {limits}, {target}, {batch}, {formula}, {cheapest}, {costs}, {surface}, {component}, {subsets} and {most} stand
+  /// {system}, {limits}, {target}, {batch}, {formula}, {cheapest}, {costs}, {backings}, {surface}, {component}, {subsets} and {most} stand
   /// for what they say; {-name} for a setting, {-name=value} for a setting with its value.
   std::string_view text;
 };
 
-constexpr std::array<FaultText, 22> kTexts = {{
+constexpr std::array<FaultText, 23> kTexts = {{
     {RecipeFault::kNoMixingLaw, "{system}: \"model\": colours of this optical model cannot be matched"},
     {RecipeFault::kNoSubstrate,
      "{system}: \"components\": there is no substrate, neither a calibration "
@@ -52,6 +52,7 @@ constexpr std::array<FaultText, 22> kTexts = {{
     {RecipeFault::kBatchFormula, "{formula}: the formula of the batch is empty or cannot be predicted"},
     {RecipeFault::kBatchNotMeasured, "{batch} is not measured throughout"},
     {RecipeFault::kBatchBelowSurface, "{batch} is darker than the surface alone; {surface}"},
+    {RecipeFault::kBackings, "{backings}: the black backing is not darker than the white one"},
     {RecipeFault::kNoCosts, "{cheapest}: no component has a cost; give costs in {costs}"},
     {RecipeFault::kNone, ""},
 }};
@@ -114,6 +115,7 @@ std::string RecipeFaultText(const RecipeOutcome& outcome, const CColorantSystemD
     if (key == "formula") return names.formula;
     if (key == "cheapest") return names.cheapest;
     if (key == "costs") return names.costs;
+    if (key == "backings") return names.backings;
     if (key == "surface") return SurfaceText(names);
     if (key == "component") return ComponentText(system, outcome.component);
     return std::to_string(key == "subsets" ? outcome.subsets : settings.mostSubsets);

@@ -24,6 +24,7 @@ struct RecipeNames {
   std::function<std::string(std::string_view setting, std::string_view value)> setting;
   std::string cheapest = {};  ///< what asks for the lowest cost
   std::string costs = {};     ///< where costs are given
+  std::string backings = {};  ///< where the backings of the opacity stand
   bool isSurfaceOfSystem =
       false;  ///< the colour system says how its curves were measured, and no setting can say otherwise
 };

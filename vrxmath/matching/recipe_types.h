@@ -191,6 +191,7 @@ enum class RecipeFault {
   kBatchFormula,            ///< of a correction: the batch's formula is empty or cannot be predicted
   kBatchNotMeasured,        ///< its curve has an unset or non-finite sample
   kBatchBelowSurface,       ///< and lies at the floor of the surface correction
+  kBackings,                ///< the black backing is not darker than the white one
   kNoCosts,                 ///< the cheapest is asked for, and nothing on offer costs anything
 };
 

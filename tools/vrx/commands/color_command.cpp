@@ -189,7 +189,7 @@ void AddColor(Command& tool) {
   command.AddOption("FILE", options->file, "Curves, or columns X,Y,Z or L,a,b (- for standard input)")
       .ReadsFile()
       .Required();
-  AddViewingOptions(command, options->viewing, "D65,A,CWF");
+  AddViewingOptions(command, options->viewing, UsualIlluminants());
   command.AddFlag("--average", options->average, "Average the rows of each id");
   AddCurveInputOptions(command, options->input);
   AddIntervalOption(command, options->input);

@@ -408,7 +408,7 @@ void AddOptions(Command& command, FitOptions& options) {
   command
       .AddOption("--margin", options.fit.margin, "Multiply the semi-axes and the limit of the total by this")
       .Shows("FACTOR [1]");
-  AddViewingOptions(command, options.viewing, "D65,A,CWF");
+  AddViewingOptions(command, options.viewing, UsualIlluminants());
   AddSystemOptions(command, options.system, "cmc");
   AddCurveInputOptions(command, options.input);
   AddJobOptions(command, options.jobOptions);

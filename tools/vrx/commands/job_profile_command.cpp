@@ -85,7 +85,7 @@ void AddJobProfiles(Command& job) {
   const auto options = std::make_shared<ProfileOptions>();
   Command add = job.AddCommand("add-profile", "Keep options under a name, for --profile");
   add.AddOption("NAME", options->name, "Name of the profile, such as the customer's").Required();
-  AddJudgingOptions(add, options->judging, "D65,A,CWF");
+  AddJudgingOptions(add, options->judging, UsualIlluminants());
   AddCurveInputOptions(add, options->input);
   AddJobChangeOptions(add, options->job);
   add.SetAction([options, add] {

@@ -174,7 +174,7 @@ void AddAdding(Command& job) {
                  "What becomes of curves that a standard has already and the files do not, those of other "
                  "geometries: kept in its new version, or dropped from it")
       .Shows("keep|drop");
-  AddJudgingOptions(command, options->judging, "D65,A,CWF");
+  AddJudgingOptions(command, options->judging, UsualIlluminants());
   AddCurveInputOptions(command, options->input);
   AddJobChangeOptions(command, options->job);
   command.SetAction([options, command] {

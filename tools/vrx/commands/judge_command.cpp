@@ -207,7 +207,7 @@ ExitStatus RunJudge(JudgeOptions& options, const Command& command) {
 void AddOptions(Command& command, JudgeOptions& options) {
   AddComparisonOptions(command, options.comparison, Content::kCurvesOrColors, false);
   AddIntervalOption(command, options.comparison.input);
-  AddJudgingOptions(command, options.judging, "D65,A,CWF");
+  AddJudgingOptions(command, options.judging, UsualIlluminants());
   command.AddFlag("--summary", options.summary, "Write only the summary for each illuminant");
   command.AddOption("--only", options.only, "Write only the trials whose worst verdict is one of these")
       .Shows("fail|warning|fail,warning");

@@ -278,8 +278,10 @@ CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& syste
 }
 
 RecipeNames NamesOf(const MatchOptions& options, const NamedTarget& target) {
-  return NamesFor(options.search.system, options.search.choice.limits,
-                  options.targets + ": target \"" + target.id + "\"");
+  RecipeNames names = NamesFor(options.search.system, options.search.choice.limits,
+                               options.targets + ": target \"" + target.id + "\"");
+  names.backings = options.backings;
+  return names;
 }
 
 void DescribeRun(const MatchOptions& options, const CRecipeSettings& settings, ResultReport& report) {

@@ -170,7 +170,7 @@ void AddPlot(Command& tool) {
   command.AddOption("--trial-id", options->trialId, "Draw only the trials with this id").Shows("ID [all]");
   command.AddOption("--geometry", options->geometry, "Draw only the trials with this geometry")
       .Shows("NAME [all]");
-  AddJudgingOptions(command, options->judging, "D65,A,CWF");
+  AddJudgingOptions(command, options->judging, UsualIlluminants());
   command.SetNotes(
       "  curves       reflectances of the standard and the trials, and their differences\n"
       "  plane        chromatic components with the limits, and the lightness, under the first illuminant\n"

@@ -215,7 +215,7 @@ void AddPredict(Command& tool) {
   command.AddOption("SYSTEM", options->system, "JSON file of a colour system").ReadsFile().Required();
   command.AddOption("FORMULAS", options->formulas, "JSON file of formulas").ReadsFile().Required();
   AddSpecularOption(command, options->specular);
-  AddViewingOptions(command, options->viewing, "D65,A,CWF");
+  AddViewingOptions(command, options->viewing, UsualIlluminants());
   AddFormatOption(command, options->format);
   command.SetNotes(
       "Curves are those of opaque films, in percent at 360 ... 750 nm. They include the light that the\n"

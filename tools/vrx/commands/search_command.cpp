@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -139,27 +138,6 @@ class SearchOutput {
   LeftOut unserved_, farther_;
 };
 
-// The nearest standards of samples, geometry by geometry.
-std::vector<NearestMatch> FindAll(const Search& search, const NamedColors& samples, Libraries& libraries) {
-  const auto count = static_cast<std::size_t>(search.options.count);
-  std::vector<NearestMatch> all(samples.Size() * count);
-  std::map<int32_t, std::vector<std::size_t>> rowsOf;
-  for (std::size_t i = 0; i < samples.Size(); ++i) rowsOf[samples.Geometry(i)].push_back(i);
-  for (const auto& [geometry, rows] : rowsOf) {
-    const Libraries::Library& library = libraries.For(geometry);
-    if (library.IsEmpty()) continue;
-    const ColorTable colors = samples.Of(rows);
-    std::vector<NearestMatch> matches(rows.size() * count);
-    FindNearestBatch(search.difference, search.AngleOf(geometry), colors.Batches(), library.batches, count,
-                     matches, {search.options.threads.Count(), nullptr});
-    for (std::size_t k = 0; k < matches.size(); ++k) {
-      NearestMatch& match = all[rows[k / count] * count + k % count] = matches[k];
-      if (match.index != NearestMatch::kNone) match.index = library.RowOf(match.index);
-    }
-  }
-  return all;
-}
-
 // The job whose standards are searched; null where a file names them.
 std::unique_ptr<store::Store> OpenJobOf(const NearestOptions& options) {
   const bool isNamed = !options.job.file.empty();
@@ -188,10 +166,12 @@ void RunSearch(NearestOptions& options) {
   OutputStream output;
   SearchOutput results(search, output);
   NamedColors samples(search);
-  Libraries libraries(search.standards);
+  StandardsByGeometry library(search.standards.Colors(), search.standards.Geometries());
   const auto searchChunk = [&] {
     samples.Compute();
-    const std::vector<NearestMatch> matches = FindAll(search, samples, libraries);
+    std::vector<NearestMatch> matches(samples.Size() * count);
+    library.Find(search.difference, options.system.Angle(), samples.Colors(), samples.Geometries(), count,
+                 matches, {options.threads.Count(), nullptr});
     for (std::size_t i = 0; i < samples.Size(); ++i)
       results.Add(samples, i, std::span(matches).subspan(i * count, count));
     samples.Clear();
@@ -232,7 +212,7 @@ void AddSearch(Command& tool) {
   command.AddOption("--within", options->within, "Leave out standards farther away than this")
       .Shows("DIFFERENCE [any]");
   AddSystemOptions(command, options->system, "cie2000");
-  AddViewingOptions(command, options->viewing, "D65,A,CWF");
+  AddViewingOptions(command, options->viewing, UsualIlluminants());
   AddCurveInputOptions(command, options->input);
   AddJobOptions(command, options->job);
   AddThreadsOption(command, options->threads);

@@ -230,7 +230,7 @@ void AddSwatch(Command& tool) {
       .Required()
       .Shows("FILE.png|FILE.svg");
   AddStandardOptions(command, files);
-  AddJudgingOptions(command, options->judging, "D65,A,CWF");
+  AddJudgingOptions(command, options->judging, UsualIlluminants());
   command.SetNotes(
       "Each pair is shown as it looks to somebody adapted to the illuminant, whose white becomes the white "
       "of\n"

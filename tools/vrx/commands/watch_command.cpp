@@ -145,7 +145,7 @@ void AddWatch(Command& tool) {
       .Shows("SECONDS [2]")
       .Check(RefuseNegative);
   AddStandardOptions(command, options->comparison);
-  AddJudgingOptions(command, options->judging, "D65,A,CWF");
+  AddJudgingOptions(command, options->judging, UsualIlluminants());
   AddJobRunOptions(command, options->job);
   command.SetNotes(
       "A file whose trials were stored goes into the folder done beside it, any other into refused, with the "

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include <vrxmath/batch/judge_batch.h>
 #include <vrxmath/foundation/angles.h>
 
 #include "tools/vrx/base/command.h"
@@ -117,6 +118,13 @@ void ViewingOptions::Follow(const std::string& file, const MeasuringConditions& 
   if (!conflict.empty()) throw InputError(file + ": " + conflict);
 }
 
+std::string UsualIlluminants() {
+  std::string list;
+  for (const vrxIlluminant illuminant : JudgeDefaults::kIlluminants)
+    list.append(list.empty() ? "" : ",").append(CodeOf(illuminant));
+  return list;
+}
+
 double SystemOptions::Angle() const {
   constexpr double kUsual = 45.0, kLeast = -45.0, kLargest = 110.0;
   if (angle.empty()) return kUsual;
@@ -128,11 +136,11 @@ double SystemOptions::Angle() const {
 }
 
 bool SystemOptions::HasAngle(int32_t geometry) {
-  return geometry >= 0 && FamilyOfAngle(static_cast<uint8_t>(geometry)) == AngleFamily::kOther;
+  return HasAspecularAngle(geometry);
 }
 
 double SystemOptions::AngleOf(int32_t geometry) const {
-  return HasAngle(geometry) ? AngleOfCode(static_cast<uint8_t>(geometry)) : Angle();
+  return AspecularAngle(geometry, Angle());
 }
 
 void SystemOptions::WarnAboutAngle(bool geometriesKnown) const {

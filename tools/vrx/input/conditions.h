@@ -54,7 +54,10 @@ std::string ShownIlluminant(vrxIlluminant illuminant);
 /// The same with the observer: "TL84/10 degrees", with the degree sign.
 std::string ShownLight(vrxIlluminant illuminant, int32_t observer);
 
-/// Adds `--illuminants` with a default list such as "D65,A,CWF", `--observer` and the options of illuminant
+/// The illuminants of judgements, searches and recipes where nobody names others, as `--illuminants` lists them: "D65,A,CWF".
+std::string UsualIlluminants();
+
+/// Adds `--illuminants` with a default list such as UsualIlluminants(), `--observer` and the options of illuminant
 /// files.
 void AddViewingOptions(Command& owner, ViewingOptions& viewing, const std::string& illuminants);
 

@@ -3,8 +3,6 @@
 #include <array>
 #include <utility>
 
-#include <vrxmath/foundation/angles.h>
-
 #include "tools/vrx/base/command.h"
 
 namespace vrx::tool {
@@ -17,7 +15,7 @@ class NearestOfAll final : public Standards {
         conditions_{settings.difference, settings.illuminants, settings.observer},
         angle_(settings.angle),
         colors_(conditions_),
-        libraries_(colors_),
+        library_(colors_.Colors(), colors_.Geometries()),
         trial_(conditions_) {
     constexpr std::size_t kMost = 4'000'000;
     CurveRow row;
@@ -58,27 +56,20 @@ class NearestOfAll final : public Standards {
     trial_.Clear();
     trial_.Add(trial);
     trial_.Compute();
-    const Libraries::Library& library = libraries_.For(trial.geometry);
     std::array<NearestMatch, 1> match{};
-    if (!library.IsEmpty()) {
-      const bool isKnown =
-          trial.geometry >= 0 && FamilyOfAngle(static_cast<uint8_t>(trial.geometry)) == AngleFamily::kOther;
-      const double angle = isKnown ? AngleOfCode(static_cast<uint8_t>(trial.geometry)) : angle_;
-      const ColorTable colors = trial_.Of({0});
-      FindNearestBatch(conditions_.difference, angle, colors.Batches(), library.batches, 1, match, {});
-    }
+    library_.Find(conditions_.difference, angle_, trial_.Colors(), trial_.Geometries(), 1, match);
     if (match[0].index == NearestMatch::kNone) {
       throw InputError(reader_.Source().Name() + ": there is no standard that trial \"" +
                        std::string(trial.id) + "\" could be near to");
     }
-    return library.RowOf(match[0].index);
+    return match[0].index;
   }
 
   CurveReader reader_;
   SearchConditions conditions_;
   double angle_;
   NamedColors colors_;
-  Libraries libraries_;
+  StandardsByGeometry library_;
   NamedColors trial_;
   std::vector<uint64_t> places_;
   Standard standard_;

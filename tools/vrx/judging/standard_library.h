@@ -67,22 +67,7 @@ class NamedColors {
   int32_t Geometry(std::size_t i) const { return geometries_[i]; }
   const std::vector<int32_t>& Geometries() const { return geometries_; }
   Color At(std::size_t illuminant, std::size_t i) const { return colors_.At(illuminant, i); }
-  /// The colours of rows alone, in their order.
-  ColorTable Of(const std::vector<std::size_t>& rows) const {
-    ColorTable some{std::vector<ColorTable::Under>(colors_.under.size())};
-    for (std::size_t j = 0; j < colors_.under.size(); ++j) {
-      const ColorTable::Under& all = colors_.under[j];
-      for (const std::size_t row : rows) {
-        const auto at = static_cast<std::ptrdiff_t>(row);
-        some.under[j].xyz.insert(some.under[j].xyz.end(), all.xyz.begin() + 3 * at,
-                                 all.xyz.begin() + 3 * at + 3);
-        some.under[j].lab.insert(some.under[j].lab.end(), all.lab.begin() + 5 * at,
-                                 all.lab.begin() + 5 * at + 5);
-      }
-    }
-    return some;
-  }
-  std::vector<ColorBatch> Batches() const { return colors_.Batches(); }
+  const ColorTable& Colors() const { return colors_; }
 
  private:
   static void Append(const std::vector<double>& numbers, std::vector<double>& to) {
@@ -95,49 +80,6 @@ class NamedColors {
   ColorTable colors_;
   SampleBuffer waiting_;
   std::size_t waitingCount_ = 0;
-};
-
-/// The standards among which samples of one geometry look: those of the same and those without one. A sample whose file says
-/// nothing looks among all.
-class Libraries {
- public:
-  explicit Libraries(const NamedColors& standards) : standards_(standards) {}
-
-  struct Library {
-    std::vector<std::size_t> rows;  // of the standards; empty for all of them
-    ColorTable colors;
-    std::vector<ColorBatch> batches;
-
-    std::size_t RowOf(std::size_t place) const { return rows.empty() ? place : rows[place]; }
-    bool IsEmpty() const { return batches.empty(); }
-  };
-
-  const Library& For(int32_t geometry) {
-    const auto [entry, isNew] = libraries_.try_emplace(geometry);
-    if (isNew) Fill(geometry, entry->second);
-    return entry->second;
-  }
-
- private:
-  void Fill(int32_t geometry, Library& library) const {
-    const std::vector<int32_t>& geometries = standards_.Geometries();
-    const auto fits = [geometry](int32_t other) {
-      return geometry == kNoGeometry || other == kNoGeometry || other == geometry;
-    };
-    if (std::ranges::all_of(geometries, fits)) {
-      library.batches = standards_.Batches();
-      return;
-    }
-    for (std::size_t i = 0; i < geometries.size(); ++i) {
-      if (fits(geometries[i])) library.rows.push_back(i);
-    }
-    if (library.rows.empty()) return;
-    library.colors = standards_.Of(library.rows);
-    library.batches = library.colors.Batches();
-  }
-
-  const NamedColors& standards_;
-  std::map<int32_t, Library> libraries_;
 };
 
 /// The standard that is nearest to each trial by the settings' system, the worst of its differences under the illuminants counting.
