@@ -18,6 +18,7 @@
 #include <vrxmath/colorant/component_names.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/foundation/numbers.h>
+#include <vrxmath/matching/prediction_error.h>
 
 #include "python/src/arrays.h"
 #include "python/src/blocks.h"
@@ -87,6 +88,23 @@ py::array Predict(const System& system, const py::object& amounts, const py::obj
     }
   });
   return result;
+}
+
+// What nine of ten predictions like each formula are off at most, and its components outside of their calibrated range.
+py::tuple ExpectedError(const System& system, const py::object& amounts) {
+  const Rows rows = RowsOf(amounts, "formulas", system.ids.size());
+  py::array_t<double> expected(rows.lead);
+  py::list outside;
+  for (std::size_t i = 0; i < rows.count; ++i) {
+    const CDbFormula formula = system.FormulaOf(rows.Doubles() + i * rows.stride);
+    const CPredictionError error = PredictionError(formula, system.file.data, system.file.calibrated);
+    const bool isKnown = !formula.IsEmpty() && !IsUnset(error.nineOfTen);
+    expected.mutable_data()[i] = isKnown ? error.nineOfTen : std::numeric_limits<double>::quiet_NaN();
+    py::list beyond;
+    for (const uint32_t id : error.outside) beyond.append(system.Label(system.PlaceOfId(id)));
+    outside.append(beyond);
+  }
+  return py::make_tuple(expected, outside);
 }
 
 }  // namespace
@@ -208,6 +226,7 @@ amounts : numpy.ndarray, shape (n, components)
       });
   module.def("predict", &Predict, py::arg("color_system"), py::arg("amounts"), py::kw_only(),
              py::arg("specular"), py::arg("out"), py::arg("threads"));
+  module.def("expected_error", &ExpectedError, py::arg("color_system"), py::arg("amounts"));
   module.def("refuse_other_specular", &RefuseOtherSpecular, py::arg("color_system").none(true),
              py::arg("specular"), py::arg("name"), py::arg("geometries"));
 }

@@ -135,6 +135,17 @@ def test_calibrations(paints, vrx_tool, tmp_path):
         same = vrx.ColorSystem(tmp_path / path)
         assert np.array_equal(vrx.predict(same, shares), vrx.predict(system, shares))
         assert vrx.match(same, curves[-1], top=1)[0].expected == expected > 0
+    asked = [{white: 90, others[0]: 10}, {white: 99, others[0]: 1}, {white: 99.2, others[0]: 0.4, others[1]: 0.4}]
+    (tmp_path / "asked.json").write_text(json.dumps({"formulas": [
+        {"name": str(i), "lines": [{"component": system.ids[system.place(name)], "amount": amount} for name, amount in each.items()]}
+        for i, each in enumerate(asked)]}))
+    errors, outside = vrx.expected_error(system, asked)
+    rows = vrx_tool("predict", tmp_path / "own.json", tmp_path / "asked.json")
+    assert errors.tolist() == [float(row["expected"]) for row in rows] and errors[1] > errors[0]
+    assert [[str(system.ids[system.place(name)]) for name in each] for each in outside] == \
+        [row["outside"].split(";") if row["outside"] else [] for row in rows]
+    assert outside == [[], [others[0]], others] and vrx.expected_error(system, asked[1]) == (errors[1], [others[0]])
+    assert np.isnan(vrx.expected_error(paints, {paints.ids[0]: 1})[0])
     table = np.array([[row.get(name, 0) for name in (white, *others)] for row in shares])
     fewer, rest = vrx.calibrate(table, curves, white, components=[white, *others], without=others[1:], weights=[2] * len(shares))
     assert fewer.names == [white, others[0]] and len(rest.differences) == 4

@@ -63,7 +63,7 @@ from ._core import (
 )
 from ._curves import ArrowColumns, CurveArray, to_arrow
 from ._formulation import (CalibrationFit, ColorSystem, Correction, LeftoverRecipe, Recipe, StockCorrection, calibrate, correct,
-                           correct_stock, match, predict, use_leftovers)
+                           correct_stock, expected_error, match, predict, use_leftovers)
 from ._judgement import FAIL, PASS, WARNING, Judgement, judge
 from ._reading import Measurements, MeasurementWarning, read, read_blocks
 from ._records import Curve, Standard, Tolerance
@@ -112,6 +112,7 @@ __all__ = [
     "densities",
     "display_rgb",
     "dominant_wavelength",
+    "expected_error",
     "fit_correction",
     "fit_ellipsoid",
     "fit_ganz_griesser",

@@ -27,7 +27,7 @@ if TYPE_CHECKING:
 _DEFAULTS: dict[str, Any] = _core.recipe_defaults
 
 __all__ = ["CalibrationFit", "ColorSystem", "Correction", "LeftoverRecipe", "Recipe", "StockCorrection", "calibrate", "correct",
-           "correct_stock", "match", "predict", "use_leftovers"]
+           "correct_stock", "expected_error", "match", "predict", "use_leftovers"]
 
 
 def _amounts(color_system: ColorSystem, formulas: Any) -> Any:
@@ -305,7 +305,7 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
 
 def predict(color_system: ColorSystem, formulas: Formulas, *, specular: Specular | None = None, out: Floats | None = None,
             threads: int = 1) -> Floats:
-    """The reflectance curves that formulas give as opaque films.
+    """The reflectance curves that formulas give as opaque films; how far off they may be says :func:`expected_error`.
 
     Parameters
     ----------
@@ -327,6 +327,29 @@ def predict(color_system: ColorSystem, formulas: Formulas, *, specular: Specular
         Percent; NaN for a formula that cannot be predicted.
     """
     return _core.predict(color_system, _amounts(color_system, formulas), specular=specular, out=out, threads=threads)
+
+
+def expected_error(color_system: ColorSystem, formulas: Formulas) -> tuple[Any, list[Any]]:
+    """How far off predictions may be, as ``vrx predict`` says it.
+
+    Parameters
+    ----------
+    color_system : ColorSystem
+    formulas : dict, sequence of dict, or array_like of shape (..., components)
+        As for :func:`predict`.
+
+    Returns
+    -------
+    expected : float, or numpy.ndarray of shape (...)
+        The CIEDE2000 error that nine of ten such predictions do not exceed; NaN where the colour system does not tell.
+    outside : list of str, or a list of such a list for each formula, one behind the other
+        Components whose shares lie outside of their calibrated range.
+    """
+    amounts = _amounts(color_system, formulas)
+    expected, outside = _core.expected_error(color_system, amounts)
+    if expected.ndim == 0:
+        return float(expected), outside[0]
+    return expected, outside
 
 
 def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D65", "A", "CWF"), observer: int = 10, *,
