@@ -243,7 +243,8 @@ TEST_F(MisstatedStock, IsTakenForWhatItsCurvesSay) {
       {from + "stock.csv --margin 100%", "--margin"},
       {"match dyes.json target.csv --from-stock stock.csv --parts 9",
        "dyes.json: \"model\": --parts is for models of two constants"},
-      {"match " + kPaints + " target.csv --trust-formula", "--trust-formula requires --from-stock"},
+      {"match " + kPaints + " target.csv --trust-formula",
+       "--trust-formula requires --from-stock or --library"},
   });
   folder_.Write("olive.json", json{{"formulas", {{{"name", "x"}, {"lines", LinesOf(olive)}}}}}.dump());
   folder_.Write("lilac.csv", Wide() + "b" + CellsOf(lilac) + "\n");
@@ -251,6 +252,45 @@ TEST_F(MisstatedStock, IsTakenForWhatItsCurvesSay) {
                              " --formula olive.json --batch lilac.csv --target lilac.csv --batch-size 9");
   EXPECT_LT(alone[0]["dE_before"], 0.01);
   EXPECT_EQ(alone[0]["status"], "curve not explained");
+}
+
+// An earlier recipe that contradicts its own curve is not adapted; one with a paint that was two fifths stronger is.
+TEST_F(MisstatedStock, IsNoEarlierRecipe) {
+  const std::string sky = "1:94;7:1.5;16:4.5", grey = "1:96;2:4", lilac = "1:96;14:1.2;5:2.8";
+  folder_.Write("target.csv", Wide() + "t" + CellsOf("1:93;7:2;16:5") + "\n");
+  std::string library = Wide();
+  library.insert(2, ",formula");
+  const struct {
+    const char* id;
+    std::string formula, curve;
+  } rows[] = {{"sky", sky, sky},
+              {"strong", grey, "1:96;2:5.7"},
+              {"doubled", grey, "1:96;2:8"},
+              {"less", sky, "1:94;16:4.5"},
+              {"swapped", sky, lilac},
+              {"slip", sky, "1:94;7:15;16:4.5"}};
+  for (const auto& row : rows)
+    library.append(row.id).append(",").append(row.formula).append(CellsOf(row.curve)).append("\n");
+  folder_.Write("library.csv", library);
+  const auto adaptedFrom = [&](const std::string& options) {
+    std::vector<std::string> ids;
+    for (const json& row : RunJson("match " + kPaints +
+                                   " target.csv --max-colorants 4 --top 6 --library library.csv" + options)) {
+      if (row["from"] != "") ids.push_back(row["from"]);
+    }
+    std::ranges::sort(ids);
+    return ids;
+  };
+  EXPECT_EQ(adaptedFrom(" --report library.html"), (std::vector<std::string>{"sky", "strong"}));
+  for (const char* words :
+       {"library.csv: recipe \"less\" does not seem to match its formula; suspected: Phthalo Blue (Green "
+        "Shade): 0",
+        "library.csv: recipe \"swapped\" does not", "library.csv: recipe \"slip\" does not",
+        "library.csv: of 6 earlier recipes 4 are left out; use --trust-formula"})
+    EXPECT_NE(folder_.Read("err").find(words), std::string::npos) << words << "\n" << folder_.Read("err");
+  EXPECT_NE(folder_.Read("library.html").find("recipe &quot;less&quot;"), std::string::npos);
+  EXPECT_EQ(adaptedFrom(" --trust-formula"),
+            (std::vector<std::string>{"doubled", "less", "sky", "slip", "strong", "swapped"}));
 }
 
 TEST_F(LeftOut, IsFoundAndCorrected) {

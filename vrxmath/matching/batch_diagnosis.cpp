@@ -73,7 +73,17 @@ class Diagnosis {
       break;
     }
     if (!hasBest) return false;
-    found.isExplained = IsExplained(found.best);
+    found.isExplained = IsExplained(found.best.difference);
+    diagnosis = found;
+    return true;
+  }
+
+  bool Contradicts(CBatchDiagnosis& diagnosis) {
+    const double asWritten = DifferenceOf(batch_.formula);
+    CBatchDiagnosis found;
+    if (IsUnset(asWritten) || IsExplained(asWritten) || !Run(found)) return false;
+    const CSuspectedAmountArray& suspected = found.best.suspected;
+    if (found.isExplained && std::all_of(suspected.begin(), suspected.end(), IsStrength)) return false;
     diagnosis = found;
     return true;
   }
@@ -112,9 +122,15 @@ class Diagnosis {
   }
 
   // Batches are off their formulas by less, whatever their model.
-  bool IsExplained(const CBatchExplanation& best) const {
+  bool IsExplained(double difference) const {
     constexpr double kTimes = 3.0, kLeastError = 1.0;
-    return best.difference <= kTimes * std::max(kLeastError, ErrorOfModel());
+    return difference <= kTimes * std::max(kLeastError, ErrorOfModel());
+  }
+
+  // What a lot of a colorant that is stronger or weaker looks like.
+  static bool IsStrength(const CSuspectedAmount& amount) {
+    constexpr double kMost = 1.5;
+    return amount.found <= kMost * amount.written && amount.written <= kMost * amount.found;
   }
 
   // The amount that stands for 1.
@@ -399,6 +415,11 @@ class Diagnosis {
 bool DiagnoseBatch(const CColorantSystemData& system, const CBatch& batch, const CDiagnosisSettings& settings,
                    CBatchDiagnosis& diagnosis) {
   return settings.weighing > 0.0 && Diagnosis(system, batch, settings).Run(diagnosis);
+}
+
+bool ContradictsFormula(const CColorantSystemData& system, const CBatch& batch,
+                        const CDiagnosisSettings& settings, CBatchDiagnosis& diagnosis) {
+  return settings.weighing > 0.0 && Diagnosis(system, batch, settings).Contradicts(diagnosis);
 }
 
 }  // namespace vrx

@@ -82,6 +82,13 @@ struct CBatchDiagnosis {
 [[nodiscard]] VRX_API bool DiagnoseBatch(const CColorantSystemData& system, const CBatch& batch,
                                          const CDiagnosisSettings& settings, CBatchDiagnosis& diagnosis);
 
+/// Whether the curve of a batch contradicts its formula, so that nothing can be learned of other batches from the two: it is off by
+/// more than isExplained allows, and not because colorants of the formula are stronger or weaker than calibrated, as lots
+/// are, by half more or a third less at most. `diagnosis` says then what is there instead, and is unchanged otherwise. A batch that
+/// cannot be diagnosed contradicts nothing.
+[[nodiscard]] VRX_API bool ContradictsFormula(const CColorantSystemData& system, const CBatch& batch,
+                                              const CDiagnosisSettings& settings, CBatchDiagnosis& diagnosis);
+
 }  // namespace vrx
 
 #endif  // VRXMATH_MATCHING_BATCH_DIAGNOSIS_H_

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <vrxstore/job_address.h>
 #include <vrxmath/formula/prediction.h>
 #include <vrxmath/matching/former_recipes.h>
 #include <vrxmath/matching/recipe.h>
@@ -18,6 +19,7 @@
 #include "tools/vrx/job/job_options.h"
 #include "tools/vrx/output/file_output.h"
 #include "tools/vrx/output/output.h"
+#include "tools/vrx/recipes/diagnosis.h"
 #include "tools/vrx/recipes/job_recipes.h"
 #include "tools/vrx/recipes/recipe_options.h"
 #include "tools/vrx/recipes/recipe_search.h"
@@ -130,11 +132,20 @@ class RecipeRows {
   std::unique_ptr<RowWriter> rows_;
 };
 
-std::vector<NamedBatch> FormersOf(const MatchOptions& options, const ColorSystem& system) {
+// The earlier recipes of a library, without those that contradict themselves.
+std::vector<NamedBatch> FormersOf(const MatchOptions& options, const ColorSystem& system,
+                                  const CRecipeSettings& settings, ResultReport& report) {
   if (options.library.empty()) return {};
   const TakenSpecular taken = TakenOf(options, system);
-  if (IsJobFile(options.library)) return RecipesOfJob(options.library, system, taken);
-  return ReadMadeRecipes(options.library, system, options.search.input, taken);
+  const bool isJob = IsJobFile(options.library);
+  const std::string shown = isJob ? store::ShownJob(options.library) : options.library;
+  std::vector<NamedBatch> made = isJob
+                                     ? RecipesOfJob(options.library, system, taken)
+                                     : ReadMadeRecipes(options.library, system, options.search.input, taken);
+  if (options.trustFormula) return made;
+  for (const std::string& told : LeaveOutContradictions(system, settings, shown, made))
+    report.AddWarning({shown, told});
+  return made;
 }
 
 CFormerRecipeArray FormersFrom(const std::vector<NamedBatch>& made) {
@@ -266,7 +277,7 @@ void RunMatch(MatchOptions& options) {
   const std::vector<NamedTarget> targets = ReadTargets(options, system, report);
   const CRecipeSettings settings = SettingsOf(options, system);
   const std::vector<CRecipeArray> found = FindAll(options, system, targets, settings);
-  const std::vector<NamedBatch> made = FormersOf(options, system);
+  const std::vector<NamedBatch> made = FormersOf(options, system, settings, report);
   const std::vector<CAdaptedRecipeArray> adapted = AdaptAll(options, system, targets, made, settings);
   std::vector<TargetRecipes> recipes;
   recipes.reserve(targets.size());

@@ -207,7 +207,7 @@ void AddMatchOptions(Command& command, MatchOptions& options) {
                                   .Shows("PERCENT [" + options.mostAddition + "]")
                                   .Needs(stock);
   const Option margin = AddMarginOption(earlier, options.margin).Needs(stock);
-  AddTrustOption(earlier, options.trustFormula).Needs(stock);
+  AddTrustOption(earlier, options.trustFormula);
   AddParts(earlier, options, stock, {sort, mostAddition, margin});
   AddRecipeOptions(command, options, stock);
   AddReportOptions(command, options.report);
@@ -251,6 +251,8 @@ std::vector<NamedTarget> ReadTargets(MatchOptions& options, const ColorSystem& c
 }
 
 CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& system) {
+  if (options.trustFormula && options.stock.empty() && options.library.empty())
+    throw InputError("--trust-formula requires --from-stock or --library");
   CRecipeSettings settings;
   options.search.Apply(system, settings);
   if (!(options.thickness >= 0.0 && options.thickness <= 1e9)) {

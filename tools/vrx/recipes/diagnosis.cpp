@@ -109,4 +109,31 @@ std::vector<std::string> TakeFound(const ColorSystem& system, const CRecipeSetti
   return told;
 }
 
+std::vector<std::string> LeaveOutContradictions(const ColorSystem& system, const CRecipeSettings& recipe,
+                                                const std::string& path, std::vector<NamedBatch>& made) {
+  constexpr std::size_t kMostTold = 12;
+  const CDiagnosisSettings settings = DiagnosisBefore(recipe, system.calibrated);
+  std::vector<std::string> told;
+  const std::size_t left = std::erase_if(made, [&](const NamedBatch& named) {
+    CBatchDiagnosis diagnosis;
+    if (!ContradictsFormula(system.data, named.batch, settings, diagnosis)) return false;
+    if (told.size() == kMostTold) return true;
+    const std::string suspected = SuspicionsText(diagnosis.best.suspected, system);
+    std::string& text = told.emplace_back("recipe \"");
+    text.append(named.id).append("\"");
+    text.append(diagnosis.isExplained ? SuspicionMessage(diagnosis, suspected, system)
+                                      : ContradictionMessage(diagnosis, suspected));
+    text.append(". It is left out");
+    std::string message = path;
+    PrintMessage(message.append(": ").append(text));
+    return true;
+  });
+  if (left == 0) return told;
+  std::string text = path;
+  text.append(": of ").append(std::to_string(left + made.size())).append(" earlier recipes ");
+  text.append(std::to_string(left)).append(left == 1 ? " is left out" : " are left out");
+  PrintMessage(text.append("; use --trust-formula to take all by their formulas as written"));
+  return told;
+}
+
 }  // namespace vrx::tool

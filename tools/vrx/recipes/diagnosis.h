@@ -28,6 +28,12 @@ void TakeFound(const ColorSystem& system, const CRecipeSettings& recipe, NamedBa
 std::vector<std::string> TakeFound(const ColorSystem& system, const CRecipeSettings& recipe,
                                    const std::string& path, std::vector<NamedBatch>& stock);
 
+/// Leaves out the earlier recipes of a library whose curves contradict their formulas: what such a one says of the strength of its
+/// colorants is not true. Messages tell them and, last, count them. Returns what was told of single ones. `path`: where they stand, for
+/// messages.
+std::vector<std::string> LeaveOutContradictions(const ColorSystem& system, const CRecipeSettings& recipe,
+                                                const std::string& path, std::vector<NamedBatch>& made);
+
 }  // namespace vrx::tool
 
 #endif  // TOOLS_VRX_RECIPES_DIAGNOSIS_H_
