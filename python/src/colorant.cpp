@@ -90,48 +90,10 @@ py::object Ks(const py::object& curves, const std::string& specular, double k1, 
 
 void DefineColorant(py::module_& module) {
   module.def("strength", &Strength, py::arg("standard"), py::arg("batch"), py::kw_only(),
-             py::arg("absorbance") = false, py::arg("band") = std::pair(400.0, 700.0),
-             py::arg("specular") = "included", py::arg("k1") = 0.04, py::arg("k2") = 0.6,
-             py::arg("wavelengths") = py::none(), py::arg("out") = py::none(), py::arg("threads") = 1,
-             R"(Strength of batches of a colorant against a standard, in percent: the sum of K/S over a band.
-
-Parameters
-----------
-standard, batch : array_like, shape (..., 40)
-    Reflectance in percent of the same let-down. Leading axes broadcast.
-absorbance : bool
-    Sum absorbance instead of K/S.
-band : tuple of 2 float
-    The wavelengths in nm, both inclusive.
-specular : str
-    Whether the readings hold the surface reflection: ``"included"``, ``"excluded"``, or ``"none"`` for no correction.
-k1, k2 : float
-    Saunderson's surface constants.
-wavelengths, out, threads
-    As for :func:`tristimulus`.
-
-Returns
--------
-numpy.ndarray, shape (...); float for one pair
-    Above 100 for a stronger batch; within 0.01 to 999.99, and NaN where a sample of the band is.
-)");
-  module.def(
-      "ks", &Ks, py::arg("curves"), py::kw_only(), py::arg("specular") = "included", py::arg("k1") = 0.04,
-      py::arg("k2") = 0.6, py::arg("wavelengths") = py::none(), py::arg("out") = py::none(),
-      py::arg("threads") = 1,
-      R"(Ratio of absorption to scattering of opaque films (Kubelka and Munk), behind Saunderson's correction.
-
-Parameters
-----------
-curves : array_like, shape (..., 40)
-    Reflectance in percent.
-specular, k1, k2, wavelengths, out, threads
-    As for :func:`strength`.
-
-Returns
--------
-numpy.ndarray, shape (..., 40)
-)");
+             py::arg("absorbance"), py::arg("band"), py::arg("specular"), py::arg("k1"), py::arg("k2"),
+             py::arg("wavelengths"), py::arg("out"), py::arg("threads"));
+  module.def("ks", &Ks, py::arg("curves"), py::kw_only(), py::arg("specular"), py::arg("k1"), py::arg("k2"),
+             py::arg("wavelengths"), py::arg("out"), py::arg("threads"));
 }
 
 }  // namespace vrx::python

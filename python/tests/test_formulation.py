@@ -214,6 +214,12 @@ def test_geometries_beside_the_gloss(paints):
     assert vrx.match(paints, at_45(curve), specular="excluded", top=1)
     with pytest.raises(ValueError, match='45/0, which leaves out .* use specular="excluded", or specular="included" for a matt'):
         vrx.match(paints, at_45(curve))
+    for call in (lambda one, **how: vrx.strength(curve, one, **how), lambda one, **how: vrx.strength(one, curve, **how), vrx.ks):
+        for one, words in ((sce(curve), 'specular is included; use specular="excluded"$'), (at_45(curve), "for a matt surface$")):
+            with pytest.raises(ValueError, match=words):
+                call(one)
+            assert np.array_equal(call(one, specular="excluded"), call(one.values, specular="excluded"))
+        assert np.array_equal(call(at_45(curve), specular="included"), call(at_45(curve).values))
     shares, drawdowns = [{"w": 1}, {"w": 9, "b": 1}, {"b": 1}], np.array([[88.0] * 40, [20.0] * 40, [6.0] * 40])
     told = vrx.CurveArray(drawdowns, geometries=["45/0"] * 3)
     with pytest.raises(ValueError, match="curves: curve 0: its geometry says 45/0"):

@@ -38,7 +38,6 @@ from ._core import (
     inconstancy,
     indices,
     is_cie_white,
-    ks,
     lab,
     luv,
     metamerism,
@@ -48,7 +47,6 @@ from ._core import (
     resample,
     sort,
     sort_groups,
-    strength,
     stress,
     systems,
     tone_value,
@@ -61,6 +59,7 @@ from ._core import (
     xyz_from_luv,
     xyz_from_munsell,
 )
+from ._colorant import ks, strength
 from ._curves import ArrowColumns, CurveArray, to_arrow
 from ._formulation import (CalibrationFit, ColorSystem, Correction, LeftoverRecipe, Recipe, StockCorrection, calibrate, correct,
                            correct_stock, expected_error, match, predict, use_leftovers)

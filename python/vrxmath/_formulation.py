@@ -42,7 +42,7 @@ def _amounts(color_system: ColorSystem, formulas: Any) -> Any:
     return formulas
 
 
-def _need_surface(color_system: ColorSystem | None, specular: str | None, **arguments: Any) -> None:
+def need_surface(color_system: ColorSystem | None, specular: str | None, **arguments: Any) -> None:
     """Refuses curves, by the name of their argument, whose geometries say SCI or SCE where the other is taken."""
     for name, curves in arguments.items():
         if isinstance(curves, CurveArray) and curves.geometries is not None:
@@ -52,7 +52,7 @@ def _need_surface(color_system: ColorSystem | None, specular: str | None, **argu
 def _batches(color_system: ColorSystem, specular: str | None, measured: Any, target: Any,
              wavelengths: Any) -> tuple[Floats, Floats]:
     """The curves of batches, and the target that they should have come to, on the library's grid."""
-    _need_surface(color_system, specular, measured=measured, target=target)
+    need_surface(color_system, specular, measured=measured, target=target)
     return (_core.curves(measured, wavelengths, name="measured"),
             _core.curves(target, wavelengths, or_colors=True, name="target"))
 
@@ -280,7 +280,7 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
     twice = next((name for i, name in enumerate(names) if name in names[:i]), None)
     if twice is not None:
         raise ValueError(f"components: {twice!r} is there twice")
-    _need_surface(None, specular, curves=curves)
+    need_surface(None, specular, curves=curves)
     geometries = [str(one) for one in curves.geometries or ()] if isinstance(curves, CurveArray) else []
     spectra = _core.curves(curves, wavelengths)
     if rows.ndim != 2 or rows.shape[1] != len(names) or len(rows) != len(spectra):
@@ -430,7 +430,7 @@ def match(color_system: ColorSystem, targets: Numbers, illuminants: Lamps = ("D6
     """
     settings = {name: value for name, value in locals().items() if name not in ("color_system", "targets", "wavelengths")}
     settings.update(limits=limits or {}, costs=costs or {})
-    _need_surface(color_system, specular, targets=targets)
+    need_surface(color_system, specular, targets=targets)
     rows = _core.curves(targets, wavelengths, or_colors=True, name="targets")
     if backings is not None:
         settings["backings"] = _core.curves(backings, wavelengths, name="backings")
