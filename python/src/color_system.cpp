@@ -71,12 +71,34 @@ void RefuseOtherSpecular(const System* system, const py::object& specular, const
   }
 }
 
+// Warns of formulas whose colorants must not be used together.
+void WarnAboutRules(const System& system, const Rows& rows) {
+  constexpr py::ssize_t kCaller = 2;  // of the function in Python that calls the module
+  constexpr std::size_t kMost = 12;
+  if (system.file.rules.GetRules().IsEmpty()) return;
+  std::string places;
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < rows.count; ++i) {
+    CDWordArray1 ids;
+    CDoubleArray1 amounts;
+    system.FormulaOf(rows.Doubles() + i * rows.stride).GetLines(ids, amounts);
+    if (system.file.rules.IsAllowed(ids)) continue;
+    if (++count <= kMost) places.append(count == 1 ? "" : ", ").append(std::to_string(i));
+  }
+  if (count == 0) return;
+  const std::string text = "formulas: " + std::to_string(count) + (count == 1 ? " has" : " have") +
+                           " colorants that must not be used together: " + places +
+                           (count > kMost ? ", ..." : "");
+  if (PyErr_WarnEx(PyExc_UserWarning, text.c_str(), kCaller) != 0) throw py::error_already_set();
+}
+
 py::array Predict(const System& system, const py::object& amounts, const py::object& specular,
                   const py::object& out, int threads) {
   const SaundersonMode mode = system.SpecularOf(specular);
   const Rows rows = RowsOf(amounts, "formulas", system.ids.size());
   py::array_t<double> result = ResultArray(rows.lead, {static_cast<py::ssize_t>(kSamples)}, out);
   if (Overlap(result, rows.array)) throw py::value_error("out: it lies over an argument");
+  WarnAboutRules(system, rows);
   double* const target = result.mutable_data();
   InBlocks(rows.count, threads, [&](std::size_t from, std::size_t count) {
     for (std::size_t i = from; i < from + count; ++i) {

@@ -3,6 +3,7 @@
 import csv
 import json
 import os
+import warnings
 
 import numpy as np
 import pytest
@@ -190,6 +191,20 @@ def test_stock_of_exchanged_curves(paints):
     assert vrx.correct_stock(paints, amounts[two], curves[two], [1, 1], curves[0], max_colorants=1, trust_formula=True)
     before, _ = vrx.correct(paints, amounts[olive], curves[olive], curves[0], max_colorants=1)
     assert not before.explained and before.suspected
+
+
+def test_forbidden_formulas_are_told(paints, vrx_tool, tmp_path):
+    first, second, third = paints.ids[:3]
+    ruled = json.loads(paints.to_json()) | {"rules": [[second, third]]}
+    (tmp_path / "ruled.json").write_text(json.dumps(ruled))
+    system = vrx.ColorSystem(tmp_path / "ruled.json")
+    formulas = [{first: 9, second: 1}, {first: 9, second: 1, third: 1}, {second: 1, third: 1}]
+    with pytest.warns(UserWarning, match="formulas: 2 have colorants that must not be used together: 1, 2$") as told:
+        curves = vrx.predict(system, formulas)
+    assert told[0].filename == __file__ and np.array_equal(curves, vrx.predict(paints, formulas))
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        vrx.predict(system, formulas[0])
 
 
 def sce(curve):

@@ -324,7 +324,8 @@ def predict(color_system: ColorSystem, formulas: Formulas, *, specular: Specular
     Returns
     -------
     numpy.ndarray, shape (..., 40)
-        Percent; NaN for a formula that cannot be predicted.
+        Percent; NaN for a formula that cannot be predicted. A warning says which formulas have colorants that the rules of the
+        colour system forbid together.
     """
     return _core.predict(color_system, _amounts(color_system, formulas), specular=specular, out=out, threads=threads)
 
