@@ -47,7 +47,7 @@ def main():
             "judge, numpy float32": lambda **to: judge(f"{name}/single-*.npy", standard, **to, **SETTINGS),
             "judge, CSV": lambda **to: judge(f"{name}/text-*.csv", standard, **to, **SETTINGS),
             "color, numpy float64": lambda **to: color(f"{name}/double-*.npy", **to),
-            "nearest of 1000, float64": lambda **to: nearest(f"{name}/double-*.npy", standards, 1, **to),
+            "nearest of 1000, float64": lambda **to: nearest(f"{name}/double-*.npy", standards, 1, illuminant="D65", **to),
         }
         seconds, written = {}, {}
         for count in (1, 2):
