@@ -174,14 +174,6 @@ SearchColors FromCurves(const py::object& argument, const char* name, const Spac
   return colors;
 }
 
-// Geometries of rows as codes; all unknown where nothing is said.
-std::vector<std::int32_t> CodesOf(const py::object& codes, std::size_t count) {
-  auto each =
-      codes.is_none() ? std::vector<std::int32_t>(count, -1) : codes.cast<std::vector<std::int32_t>>();
-  if (each.size() != count) throw py::value_error("geometries: one for each row is expected");
-  return each;
-}
-
 // Of curves the usual ones where nobody names any; a colour belongs to one.
 std::vector<vrxIlluminant> SearchedUnder(const py::object& illuminant, bool areCurves) {
   if (illuminant.is_none()) {
@@ -212,8 +204,8 @@ py::tuple Nearest(const py::object& samples, const py::object& standards, std::s
                      : FromColors(argument, name, in, threads);
   };
   const SearchColors trials = colorsOf(samples, "samples"), library = colorsOf(standards, "standards");
-  const std::vector<std::int32_t> ofTrials = CodesOf(sampleGeometries, trials.count),
-                                  ofLibrary = CodesOf(standardGeometries, library.count);
+  const std::vector<std::int32_t> ofTrials = GeometryCodesOf(sampleGeometries, trials.count),
+                                  ofLibrary = GeometryCodesOf(standardGeometries, library.count);
   std::vector<NearestMatch> matches(trials.count * count);
   WithoutLock([&](const auto& goesOn) {
     const BatchRun run{static_cast<unsigned>(threads), [&](std::size_t) { return goesOn(); }};

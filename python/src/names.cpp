@@ -152,6 +152,14 @@ SaundersonMode SpecularNamed(const std::string& text) {
   throw py::value_error("specular: \"included\", \"excluded\" or \"none\" is expected");
 }
 
+std::vector<std::int32_t> GeometryCodesOf(const py::object& codes, std::size_t count) {
+  if (codes.is_none()) return std::vector<std::int32_t>(count, -1);
+  std::vector<std::int32_t> each;
+  for (const py::handle code : codes) each.push_back(code.cast<std::int32_t>());
+  if (each.size() != count) throw py::value_error("geometries: one for each row is expected");
+  return each;
+}
+
 std::vector<std::string> ParameterNames(std::int32_t system) {
   std::vector<std::string> names;
   for (const std::string_view name : FindDifferenceSystem(system)->parameterNames) {

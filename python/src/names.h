@@ -3,6 +3,7 @@
 #ifndef PYTHON_SRC_NAMES_H_
 #define PYTHON_SRC_NAMES_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <pybind11/pybind11.h>
@@ -58,6 +59,9 @@ std::int32_t ObserverOf(int degrees);
 
 /// How the surface enters curves, by a text of io::SpecularName. Throws ValueError for another.
 SaundersonMode SpecularNamed(const std::string& text);
+
+/// Geometry codes of rows, below 0 where nobody said any, which None says of all. Throws ValueError for another count.
+std::vector<std::int32_t> GeometryCodesOf(const py::object& codes, std::size_t count);
 
 /// A system by its short name ("cmc") with its usual parameters, of which those named by `parameters` ("l", "c", "kL",
 /// ...) are replaced; DIN99 is computed by its own formula. Throws ValueError for an unknown system and TypeError for a

@@ -10,6 +10,7 @@
 #include <pybind11/stl.h>
 
 #include <vrxmath/batch/sample_colors.h>
+#include <vrxmath/foundation/angles.h>
 #include <vrxmath/judging/shade_groups.h>
 #include <vrxmath/tolerance/box_tolerance.h>
 
@@ -100,7 +101,7 @@ std::vector<std::size_t> OrderByColor(const ColorTable& colors) {
 
 py::tuple SortGroups(const py::object& samples, double limit, const py::object& illuminant, int observer,
                      const std::string& system, const std::string& space, double angle,
-                     const py::kwargs& parameters) {
+                     const py::object& geometries, const py::kwargs& parameters) {
   constexpr std::size_t kMost = 5000;
   const SortingConditions conditions(system, parameters, illuminant, observer, space);
   if (!(limit > 0)) throw py::value_error("limit: a difference above 0 is expected");
@@ -110,8 +111,11 @@ py::tuple SortGroups(const py::object& samples, double limit, const py::object& 
     if (!std::isfinite(colors.At(0, i).xyz.Y) || IsUnset(colors.At(0, i).xyz))
       throw py::value_error("samples: row " + std::to_string(i) + " is no measurement");
   }
+  const std::vector<std::int32_t> codes = GeometryCodesOf(geometries, colors.size());
   const auto between = [&](std::size_t a, std::size_t b) {
-    return DifferenceEitherWay(conditions.settings, colors.At(0, a), colors.At(0, b), angle);
+    if (codes[a] != codes[b]) return HUGE_VAL;
+    const double own = AspecularAngle(codes[a], angle);
+    return DifferenceEitherWay(conditions.settings, colors.At(0, a), colors.At(0, b), own);
   };
   std::vector<std::vector<std::size_t>> groups;
   WithoutLock([&](const auto&) { groups = ShadeGroups(OrderByColor(colors), limit, between); });
@@ -163,35 +167,9 @@ Examples
 >>> vrx.sort([50, 0, 0], [[50.2, 0.1, 0], [52, 0, -0.8], [90, 0, 0]])
 ['555', '754', 'A55']
 )");
-  module.def("sort_groups", &SortGroups, py::arg("samples"), py::arg("limit"), py::arg("illuminant") = "D65",
-             py::arg("observer") = 10, py::arg("system") = "lab", py::kw_only(), py::arg("space") = "lab",
-             py::arg("angle") = 45.0,
-             R"(Shade groups: samples of which any two in a group differ by no more than a limit.
-
-By complete linkage, whatever the order of rows; 5000 samples at most.
-
-Parameters
-----------
-samples : array_like, shape (n, 40) or (n, 3)
-    Curves, or colours.
-limit : float
-    Of the total difference.
-illuminant, observer, system, space
-    As for :func:`sort`.
-angle : float
-    The aspecular measuring angle in degrees, for the systems whose weights depend on it.
-
-Returns
--------
-tuple of numpy.ndarray, shape (n,)
-    The group of each sample, from 1 for the largest, and how far the farthest of the group is from it.
-
-Examples
---------
->>> groups, farthest = vrx.sort_groups([[50, 0, 0], [60, 0, 0], [50.5, 0, 0]], 1)
->>> groups.tolist(), farthest.tolist()
-([1, 2, 1], [0.5, 0.0, 0.5])
-)");
+  module.def("sort_groups", &SortGroups, py::arg("samples"), py::arg("limit"), py::arg("illuminant"),
+             py::arg("observer"), py::arg("system"), py::kw_only(), py::arg("space"), py::arg("angle"),
+             py::arg("geometries"));
 }
 
 }  // namespace vrx::python

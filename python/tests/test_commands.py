@@ -60,7 +60,7 @@ def test_averages(readings, vrx_tool, options, given):
 
 
 @pytest.mark.parametrize("system, given", [("lab", {}), ("cmc", {"l": 2, "c": 1}), ("din99o", {}), ("xyz", {})])
-def test_sorting(system, given, curves, curve_file, vrx_tool):
+def test_sorting(system, given, curves, curve_file, vrx_tool, tmp_path):
     options = [curve_file, "--illuminants", "A", "--system", system, *(["--parameters", "2,1"] if given else [])]
     conditions = {"illuminant": "A", "system": system, **given}
     blocks = {row["trial"]: row["block"] for row in vrx_tool("sort", *options, "--standard-id", "C3", "--blocks", "9,8,7")}
@@ -69,6 +69,14 @@ def test_sorting(system, given, curves, curve_file, vrx_tool):
     rows = {row["trial"]: row for row in vrx_tool("sort", *options, "--groups", "12")}
     groups, farthest = vrx.sort_groups(curves, 12, **conditions)
     assert [[int(rows[f"C{i}"]["group"]), float(rows[f"C{i}"]["farthest"])] for i in range(60)] == np.array([groups, farthest]).T.tolist()
+    geometries = ["SCI", "15deg", ""] * 20
+    path = tmp_path / "geometries.csv"
+    path.write_text("\n".join(["id,geometry," + ",".join(map(str, range(360, 760, 10))), *(
+        f"C{i},{geometry}," + ",".join(map(repr, curve)) for i, (geometry, curve) in enumerate(zip(geometries, curves.tolist())))]) + "\n")
+    rows = {row["trial"]: row for row in vrx_tool("sort", path, *options[1:], "--groups", "12")}
+    groups, farthest = vrx.sort_groups(vrx.CurveArray(curves, geometries=geometries), 12, **conditions)
+    assert [[int(rows[f"C{i}"]["group"]), float(rows[f"C{i}"]["farthest"])] for i in range(60)] == np.array([groups, farthest]).T.tolist()
+    assert all(len({geometries[i] for i in np.flatnonzero(groups == one)}) == 1 for one in set(groups.tolist()))
     xyz = vrx.tristimulus(curves, "A")
     assert vrx.sort(xyz[3], xyz, [9, 8, 7], space="xyz", **conditions) == found
     assert vrx.sort(xyz[3], [[np.nan] * 3], space="xyz", **conditions) == [""]

@@ -46,7 +46,6 @@ from ._core import (
     readings_needed,
     resample,
     sort,
-    sort_groups,
     stress,
     systems,
     tone_value,
@@ -68,7 +67,7 @@ from ._reading import Measurements, MeasurementWarning, read, read_blocks
 from ._records import Curve, Standard, Tolerance
 from ._report import Report, report
 from ._samples import Averages, average
-from ._search import nearest
+from ._search import nearest, sort_groups
 from ._tolerances import LimitFit, fit_limits, fit_tolerance
 from ._writing import convert, write
 

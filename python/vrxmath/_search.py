@@ -1,4 +1,4 @@
-"""The nearest standards of samples."""
+"""The nearest standards of samples, and samples that match each other."""
 
 from __future__ import annotations
 
@@ -15,14 +15,14 @@ if TYPE_CHECKING:
 
     import numpy.typing as npt
 
-    from ._core import Floats, Lamps, Numbers
+    from ._core import Floats, Lamp, Lamps, Numbers
 
 _FIRST_UNKNOWN = 1000  # above all codes of the library
 
 
-def _codes_of(samples: Any, standards: Any) -> list[Any]:
-    """The geometries of both arguments as codes, a row each, or None; a text that is no geometry is one of its own."""
-    named = [geometries_of(each) for each in (samples, standards)]
+def _codes_of(*arguments: Any) -> list[Any]:
+    """The geometries of each argument as codes, one for each row, or None; a text that is no geometry is one of its own."""
+    named = [geometries_of(each) for each in arguments]
     codes: dict[str, int] = {}
     for each in named:
         for text in () if each is None else np.unique(each).tolist():
@@ -80,3 +80,37 @@ def nearest(samples: Numbers, standards: Numbers, count: int = 10, *, system: st
     return _core.nearest(samples, standards, count, system=system, illuminant=illuminant, observer=observer, space=space,
                          wavelengths=wavelengths, angle=angle, sample_geometries=of_samples, standard_geometries=of_standards,
                          threads=threads, **parameters)
+
+
+def sort_groups(samples: Numbers, limit: float, illuminant: Lamp = "D65", observer: int = 10, system: str = "lab", *,
+                space: Literal["lab", "xyz"] = "lab", angle: float = 45.0, **parameters: float) -> tuple[npt.NDArray[np.int64], Floats]:
+    """Shade groups: samples of which any two in a group differ by no more than a limit.
+
+    By complete linkage, whatever the order of rows; 5000 samples at most.
+
+    Parameters
+    ----------
+    samples : array_like, shape (n, 40) or (n, 3)
+        Curves, or colours. A :class:`CurveArray` with geometries is put into groups of one geometry each.
+    limit : float
+        Of the total difference.
+    illuminant, observer, system, space
+        As for :func:`sort`.
+    angle : float
+        The aspecular measuring angle in degrees, for the systems whose weights depend on it, of samples whose geometry has none.
+
+    Returns
+    -------
+    tuple of numpy.ndarray, shape (n,)
+        The group of each sample, from 1 for the largest, and how far the farthest of the group is from it.
+
+    Examples
+    --------
+    >>> import vrxmath as vrx
+    >>> groups, farthest = vrx.sort_groups([[50, 0, 0], [60, 0, 0], [50.5, 0, 0]], 1)
+    >>> groups.tolist(), farthest.tolist()
+    ([1, 2, 1], [0.5, 0.0, 0.5])
+    """
+    geometries, = _codes_of(samples)
+    return _core.sort_groups(samples, limit, illuminant, observer, system, space=space, angle=angle, geometries=geometries,
+                             **parameters)
