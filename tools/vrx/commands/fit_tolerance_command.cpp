@@ -22,6 +22,7 @@
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/curve_input.h"
+#include "tools/vrx/job/job_filter.h"
 #include "tools/vrx/job/job_options.h"
 #include "tools/vrx/job/job_reader.h"
 #include "tools/vrx/judging/judging_options.h"
@@ -311,7 +312,8 @@ void RunVerdicts(const FitOptions& given) {
 Accepted ReadAccepted(const FitOptions& options) {
   if (options.job != nullptr) {
     const store::TrialFilter filter{.standard = options.standardId};
-    return ReadCurves(CurveReader(ReadTrials(*options.job, options.accepted, filter, true)), options);
+    const store::LastJudgements last(*options.job, filter);
+    return ReadCurves(CurveReader(ReadTrials(*options.job, options.accepted, filter, last, true)), options);
   }
   InputStream input = OpenText(options.accepted);
   return HoldsDifferences(input) ? ReadDifferences(CsvReader(std::move(input), CsvDialect()), options)
@@ -322,9 +324,12 @@ Accepted ReadAccepted(const FitOptions& options) {
 // may lie elsewhere. Throws InputError where none was accepted.
 void LookAtAccepted(store::Store& job, const std::string& shown, const std::string& name) {
   const std::vector<store::MeasuredCurve> curves = job.FindStandard(name).value().curves;
+  const store::LastJudgements last(job, {.standard = name});
   const auto cursor = job.Trials({.standard = name});
   int64_t all = 0, accepted = 0, earlier = 0;
-  for (store::StoredTrial trial; cursor->Next(trial); ++all) {
+  for (store::StoredTrial trial; cursor->Next(trial);) {
+    if (!last.Counts(trial)) continue;
+    ++all;
     if (!trial.IsAccepted()) continue;
     ++accepted;
     earlier +=
@@ -334,6 +339,7 @@ void LookAtAccepted(store::Store& job, const std::string& shown, const std::stri
     throw InputError(shown + ": of the " + std::to_string(all) + " trials of standard \"" + name +
                      "\" none is accepted");
   }
+  TellEarlier(shown, last);
   if (earlier == 0) return;
   PrintMessage(shown + ": warning: " + std::to_string(earlier) + " of " + std::to_string(accepted) +
                " accepted trials were held against an earlier curve of standard \"" + name +

@@ -6,11 +6,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <variant>
 #include <vector>
 
 #include <vrxstore/charts/control_chart.h>
+#include <vrxstore/last_judgements.h>
 #include <vrxmath/colorimetry/color_records.h>
 #include <vrxmath/foundation/numbers.h>
 
@@ -45,6 +47,7 @@ struct Series {
   std::vector<Point> points;
   std::vector<double> values;
   std::vector<store::Triple> lab;
+  std::unordered_map<std::string, std::size_t> places;  // of measurements, by their keys
   std::int64_t accepted = 0;
   double lower = -HUGE_VAL, upper = HUGE_VAL;  // the tolerance of the last trial
 };
@@ -82,7 +85,8 @@ void TakeTolerance(const store::StoredTrial& trial, std::size_t illuminant, int3
 
 class SeriesOfJob {
  public:
-  explicit SeriesOfJob(const ChartOptions& options) : options_(options) {
+  SeriesOfJob(const ChartOptions& options, const store::LastJudgements& last)
+      : options_(options), last_(last) {
     if (!options.illuminant.empty()) illuminant_ = ParseIlluminant(options.illuminant);
   }
 
@@ -125,14 +129,22 @@ class SeriesOfJob {
     Series& series = series_[number];
     if (series.values.size() == kMostPoints)
       throw InputError("more than 1000000 trials for one chart; --since leaves fewer");
-    series.points.push_back({trial.number, trial.taken, trial.name});
-    series.values.push_back(under.difference[static_cast<std::size_t>(element)]);
-    series.lab.push_back({under.trial.lab.L, under.trial.lab.a, under.trial.lab.b});
-    series.accepted += trial.IsAccepted();
+    // A measurement that was judged again is one point, where it was first, with its last judgement of this series.
+    const auto [place, isNew] = series.places.try_emplace(store::MeasurementKey(trial), series.values.size());
+    if (isNew) {
+      series.points.emplace_back();
+      series.values.emplace_back();
+      series.lab.emplace_back();
+      series.accepted += last_.IsAccepted(trial);
+    }
+    series.points[place->second] = {trial.number, trial.taken, trial.name};
+    series.values[place->second] = under.difference[static_cast<std::size_t>(element)];
+    series.lab[place->second] = {under.trial.lab.L, under.trial.lab.a, under.trial.lab.b};
     TakeTolerance(trial, i, element, series);
   }
 
   const ChartOptions& options_;
+  const store::LastJudgements& last_;
   std::optional<vrxIlluminant> illuminant_;
   SeriesList list_;
   std::vector<Series> series_;
@@ -142,12 +154,16 @@ class SeriesOfJob {
 std::vector<Series> SeriesOf(const ChartOptions& options, ResultReport& report) {
   const auto job = OpenJob(options.job);
   report.AddJob(job->Info());
-  const auto cursor = job->Trials(options.Filter(*job));
-  SeriesOfJob series(options);
+  const store::TrialFilter filter = options.Filter(*job);
+  const store::LastJudgements last(*job, filter);
+  const auto cursor = job->Trials(filter);
+  SeriesOfJob series(options, last);
   for (store::StoredTrial trial; cursor->Next(trial);) series.Take(trial);
   std::vector<Series> all = series.Finish();
   if (all.empty()) throw InputError(options.job.Shown() + ": the job has no trials of these");
   series.Warn(options.job.Shown());
+  TellEarlier(options.job.Shown(), last);
+  if (last.Earlier() > 0) report.AddWarning({options.job.Shown(), EarlierText(last)});
   return all;
 }
 

@@ -119,7 +119,9 @@ void SayWhatStays(store::Store& job, const std::string& file) {
 void RunExport(const JobCommandOptions& options) {
   const auto job = OpenJob(options.job);
   const std::string file = options.job.Shown();
-  const auto source = options.trials ? ReadTrials(*job, file, {}) : ReadStandards(*job, file);
+  std::optional<store::LastJudgements> last;
+  if (options.trials) last.emplace(*job, store::TrialFilter());
+  const auto source = last ? ReadTrials(*job, file, {}, *last) : ReadStandards(*job, file);
   WriteOptions writing;
   writing.form = options.form == ReadOptions::Form::kByContent ? FormOfName(options.file) : options.form;
   writing.creationDate = CreationDate();
@@ -130,7 +132,7 @@ void RunExport(const JobCommandOptions& options) {
   std::string list;
   for (const std::string& loss : losses) list += (list.empty() ? "" : ", ") + loss;
   if (!list.empty()) PrintMessage(options.file + ": warning: not kept: " + list);
-  if (!options.trials) SayWhatStays(*job, options.file);
+  last ? TellEarlier(file, *last) : SayWhatStays(*job, options.file);
 }
 
 // The number of the trial that a text names: "#12", or an id that only one trial has.

@@ -32,7 +32,9 @@ void RunHistory(const HistoryOptions& options) {
   const auto job = OpenJob(options.job);
   ResultReport report(options.report, ReportText::kJobTrials);
   report.AddJob(job->Info());
-  const auto cursor = job->Trials(options.Filter(*job));
+  const store::TrialFilter filter = options.Filter(*job);
+  const store::LastJudgements last(*job, filter);
+  const auto cursor = job->Trials(filter);
   OutputStream output;
   const auto rows = report.Rows(options.format, output,
                                 {{"number"},
@@ -53,8 +55,10 @@ void RunHistory(const HistoryOptions& options) {
                                  {.name = "excess", .room = Room::kSpare},
                                  {"decision"},
                                  {.name = "by", .room = Room::kSpare},
-                                 {.name = "why", .room = Room::kSpare}});
+                                 {.name = "why", .room = Room::kSpare},
+                                 {"later"}});
   for (store::StoredTrial trial; cursor->Next(trial);) {
+    const std::int64_t later = last.LastOf(trial);
     for (std::size_t i = 0; i < trial.judgement.under.size(); ++i) {
       const JudgementUnder& under = trial.judgement.under[i];
       rows->Integer(trial.number);
@@ -75,6 +79,7 @@ void RunHistory(const HistoryOptions& options) {
       rows->Text(DecisionText(trial));
       rows->Text(trial.decision ? trial.decision->by : "");
       rows->Text(trial.decision ? trial.decision->why : "");
+      rows->Text(later == trial.number ? "" : "#" + std::to_string(later));
       rows->EndRow();
     }
   }
@@ -134,7 +139,9 @@ class OtherJudge {
 void RunRejudge(const RejudgeOptions& options, const Command& command) {
   const OtherJudge other(options.limits, command);
   const auto job = OpenJob(options.job);
-  const auto cursor = job->Trials(options.Filter(*job));
+  const store::TrialFilter filter = options.Filter(*job);
+  const store::LastJudgements last(*job, filter);
+  const auto cursor = job->Trials(filter);
   OutputStream output;
   const auto rows = MakeRowWriter(options.format, output,
                                   {{"number"},
@@ -145,7 +152,9 @@ void RunRejudge(const RejudgeOptions& options, const Command& command) {
                                    {.name = "new", .heading = "new verdict"},
                                    {"decision"}});
   int64_t all = 0, changed = 0;
-  for (store::StoredTrial trial; cursor->Next(trial); ++all) {
+  for (store::StoredTrial trial; cursor->Next(trial);) {
+    if (!last.Counts(trial)) continue;
+    ++all;
     const Verdict before = trial.judgement.Worst();
     const Verdict after = other.Judge(trial);
     if (before == after) continue;
@@ -162,6 +171,7 @@ void RunRejudge(const RejudgeOptions& options, const Command& command) {
   output.Finish();
   PrintMessage(options.job.Shown() + ": " + std::to_string(changed) + " of " + std::to_string(all) +
                " trials would have another verdict; none was changed");
+  TellEarlier(options.job.Shown(), last);
 }
 
 }  // namespace

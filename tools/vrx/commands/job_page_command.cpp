@@ -15,7 +15,7 @@
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/job_commands.h"
-#include "tools/vrx/job/job_options.h"
+#include "tools/vrx/job/job_filter.h"
 #include "tools/vrx/judging/verdict_texts.h"
 #include "tools/vrx/report/job_series.h"
 #include "tools/vrx/report/report_page.h"
@@ -53,22 +53,24 @@ class LastTrials {
 class JobPages {
  public:
   JobPages(const PageOptions& options, store::Store& job)
-      : options_(options), job_(job), info_(job.Info()), entries_(job.Standards()) {}
+      : options_(options), job_(job), info_(job.Info()), entries_(job.Standards()), last_(job, {}) {}
 
   void Write() {
-    ReadTrials();
+    CountTrials();
     std::error_code code;
     std::filesystem::create_directories(io::PathOf(options_.folder), code);
     if (code) throw InputError(options_.folder + ": " + code.message());
     for (std::size_t i = 0; i < entries_.size(); ++i) WriteStandard(i);
     WriteIndex();
+    TellEarlier(options_.job.Shown(), last_);
   }
 
  private:
-  // Counts all trials and keeps none but those that failed last: a job may hold millions.
-  void ReadTrials() {
+  // Counts all trials by their last judgements and keeps none but those that failed last: a job may hold millions.
+  void CountTrials() {
     const auto cursor = job_.Trials({});
     for (store::StoredTrial trial; cursor->Next(trial); trial = {}) {
+      if (!last_.Counts(trial)) continue;
       StandardState& state = states_[trial.standard];
       ++state.trials;
       state.accepted += trial.IsAccepted();
@@ -82,7 +84,9 @@ class JobPages {
   LastTrials TrialsOf(const std::string& standard) {
     LastTrials last;
     const auto cursor = job_.Trials({.standard = standard});
-    for (store::StoredTrial trial; cursor->Next(trial); trial = {}) last.Add(std::move(trial));
+    for (store::StoredTrial trial; cursor->Next(trial); trial = {}) {
+      if (last_.Counts(trial)) last.Add(std::move(trial));
+    }
     return last;
   }
 
@@ -101,6 +105,7 @@ class JobPages {
     page.AddJob(info_);
     page.AddOrigin();
     page.EndFacts();
+    if (last_.Earlier() > 0) page.AddWarnings({{options_.job.Shown(), EarlierText(last_)}});
     page.EndSection();
   }
 
@@ -242,6 +247,7 @@ class JobPages {
   store::Store& job_;
   store::JobInfo info_;
   std::vector<store::StandardEntry> entries_;
+  store::LastJudgements last_;
   std::map<std::string, StandardState> states_;
   LastTrials failed_;
 };

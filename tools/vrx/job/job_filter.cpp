@@ -52,6 +52,25 @@ store::TrialFilter JobFilterOptions::Filter(store::Store& store) const {
   return filter;
 }
 
+std::string EarlierText(const store::LastJudgements& last) {
+  const std::int64_t earlier = last.Earlier(), decided = last.Decided();
+  if (earlier == 0) return "";
+  std::string text = std::to_string(earlier);
+  text.append(earlier == 1 ? " earlier judgement of a trial that was"
+                           : " earlier judgements of trials that were");
+  text.append(" stored again ").append(earlier == 1 ? "is" : "are").append(" not counted");
+  if (decided > 0) {
+    text.append(", nor what people decided on ").append(std::to_string(decided)).append(" of them");
+    text.append("; vrx job accept and reject decide on the later ones");
+  }
+  return text;
+}
+
+void TellEarlier(const std::string& shown, const store::LastJudgements& last) {
+  const std::string text = EarlierText(last);
+  if (!text.empty()) PrintMessage(shown + ": " + text);
+}
+
 void AddJobFilterOptions(Command& command, JobFilterOptions& options) {
   command.AddOption("STANDARD", options.standard, "Only trials of this standard");
   command

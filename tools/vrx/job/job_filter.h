@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include <vrxstore/last_judgements.h>
+
 #include "tools/vrx/job/job_options.h"
 #include "tools/vrx/output/output.h"
 
@@ -21,6 +23,11 @@ struct JobFilterOptions {
 
 /// Adds STANDARD, `--since`, `--until`, `--geometry`, the options of a job and `--format`.
 void AddJobFilterOptions(Command& command, JobFilterOptions& options);
+
+/// That earlier judgements of measurements that were judged again do not count, in words; empty where there are none.
+std::string EarlierText(const store::LastJudgements& last);
+/// Says so on standard error.
+void TellEarlier(const std::string& shown, const store::LastJudgements& last);
 
 }  // namespace vrx::tool
 

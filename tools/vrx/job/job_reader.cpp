@@ -112,8 +112,9 @@ class StandardsOfJob final : public JobReader {
 
 class TrialsOfJob final : public JobReader {
  public:
-  TrialsOfJob(store::Store& store, const std::string& file, store::TrialFilter filter, bool acceptedOnly)
-      : JobReader(file), store_(store), filter_(std::move(filter)), acceptedOnly_(acceptedOnly) {
+  TrialsOfJob(store::Store& store, const std::string& file, store::TrialFilter filter,
+              const store::LastJudgements& last, bool acceptedOnly)
+      : JobReader(file), store_(store), filter_(std::move(filter)), last_(last), acceptedOnly_(acceptedOnly) {
     Rewind();
     Measurement sample;
     if (!Next(sample)) throw InputError(file + ": the job has no trials of these");
@@ -123,7 +124,7 @@ class TrialsOfJob final : public JobReader {
   bool Next(Measurement& sample) override {
     do {
       if (!cursor_->Next(trial_)) return false;
-    } while (trial_.number < from_ || (acceptedOnly_ && !trial_.IsAccepted()));
+    } while (trial_.number < from_ || !last_.Counts(trial_) || (acceptedOnly_ && !trial_.IsAccepted()));
     sample = {};
     sample.id = trial_.name;
     sample.name = trial_.title;
@@ -148,6 +149,7 @@ class TrialsOfJob final : public JobReader {
  private:
   store::Store& store_;
   store::TrialFilter filter_;
+  const store::LastJudgements& last_;
   bool acceptedOnly_;
   int64_t from_ = 0;
   std::unique_ptr<store::TrialCursor> cursor_;
@@ -162,8 +164,9 @@ std::unique_ptr<MeasurementReader> ReadStandards(store::Store& store, const std:
 }
 
 std::unique_ptr<MeasurementReader> ReadTrials(store::Store& store, const std::string& file,
-                                              const store::TrialFilter& filter, bool acceptedOnly) {
-  return std::make_unique<TrialsOfJob>(store, file, filter, acceptedOnly);
+                                              const store::TrialFilter& filter,
+                                              const store::LastJudgements& last, bool acceptedOnly) {
+  return std::make_unique<TrialsOfJob>(store, file, filter, last, acceptedOnly);
 }
 
 }  // namespace vrx::tool

@@ -7,7 +7,7 @@
 #include <string>
 
 #include <vrxio/files/curve_reader.h>
-#include <vrxstore/store.h>
+#include <vrxstore/last_judgements.h>
 
 #include "tools/vrx/base/reader_names.h"
 
@@ -16,9 +16,11 @@ namespace vrx::tool {
 /// The current standards of a job, all of them or one. `store` must outlive the reader. Throws InputError when there are none.
 std::unique_ptr<MeasurementReader> ReadStandards(store::Store& store, const std::string& file,
                                                  const std::string& standard = {});
-/// The trials of a filter, each with the name of its standard; `acceptedOnly`: those that count as accepted.
+/// The trials of a filter whose judgements count by `last`, which must outlive the reader, each with the name of its standard;
+/// `acceptedOnly`: those that count as accepted.
 std::unique_ptr<MeasurementReader> ReadTrials(store::Store& store, const std::string& file,
-                                              const store::TrialFilter& filter, bool acceptedOnly = false);
+                                              const store::TrialFilter& filter,
+                                              const store::LastJudgements& last, bool acceptedOnly = false);
 
 }  // namespace vrx::tool
 
