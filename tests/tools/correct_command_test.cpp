@@ -6,9 +6,11 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/tools/matching_commands.h"
+#include "tools/vrx/recipes/diagnosis.h"
 
 namespace vrx::tool {
 namespace {
@@ -97,6 +99,16 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
   EXPECT_NE(folder_.Read("stock.html").find("curves of the target and of 1 recipes"), std::string::npos);
 }
 
+// What hardly is there is no amount to four digits beside one that was weighed; among traces these digits are the amount.
+TEST(Suspicion, ReadsAsAmountsAreWeighed) {
+  const std::tuple<double, double, const char*> kRows[] = {
+      {0.0, 0.045, "0 % instead of 4.5 %"},           {0.00001, 0.045, "0 % instead of 4.5 %"},
+      {0.00006, 0.045, "0.01 % instead of 4.5 %"},    {0.00004, 0.00025, "0.004 % instead of 0.025 %"},
+      {0.02504, 0.00004, "2.5 % instead of 0.004 %"},
+  };
+  for (const auto& [found, written, text] : kRows) EXPECT_EQ(vrx::tool::SuspectedText(found, written), text);
+}
+
 // Components and amounts of a text such as 1:94;7:6.
 json LinesOf(const std::string& formula) {
   json lines = json::array();
@@ -180,7 +192,7 @@ TEST_F(MisstatedStock, IsTakenForWhatItsCurvesSay) {
   WriteStock(
       "stock.csv",
       {{"less", sky, "1:94;7:1.5"}, {"olive", olive, lilac}, {"grey", "1:97.5;2:2.5", "1:97.5;2:2.5"}});
-  const std::string none = "Cerulean Blue: 0";  // and what rounding leaves
+  const std::string none = "Cerulean Blue: 0 % instead of 4.5 %";
   const json found = From("stock.csv", "--max-colorants 2 --top 20");
   EXPECT_EQ(found[0]["batch"], "less");
   EXPECT_TRUE(found[0]["suspected"].get<std::string>().starts_with(none)) << found[0];

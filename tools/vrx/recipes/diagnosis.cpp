@@ -1,5 +1,6 @@
 #include "tools/vrx/recipes/diagnosis.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include <vrxio/text/decimal.h>
@@ -13,18 +14,16 @@
 namespace vrx::tool {
 namespace {
 
-// A part of 1 in percent, with two decimals at most, or four where these leave nothing of it.
-std::string Percent(double part) {
-  constexpr double kSmall = 1e-3;
-  return TrimmedDecimals(100.0 * part, part < kSmall ? 4 : 2) + " %";
+// A part of 1 in percent, with two decimals at most, or four of a trace.
+std::string Percent(double part, bool isTrace) {
+  return TrimmedDecimals(100.0 * part, isTrace ? 4 : 2) + " %";
 }
 
-// "Iron Oxide Yellow: 0 % instead of 4.5 %"
 std::string SuspicionsText(const CSuspectedAmountArray& suspected, const ColorSystem& system) {
   std::string text;
   for (const CSuspectedAmount& amount : suspected) {
     text.append(text.empty() ? "" : "; ").append(ComponentTitle(system, amount.componentId)).append(": ");
-    text.append(Percent(amount.found)).append(" instead of ").append(Percent(amount.written));
+    text.append(SuspectedText(amount.found, amount.written));
   }
   return text;
 }
@@ -78,6 +77,12 @@ void TellCounts(const std::string& path, std::size_t batches, std::size_t suspec
 }
 
 }  // namespace
+
+std::string SuspectedText(double found, double written) {
+  constexpr double kTrace = 1e-3;  // below it two decimals of a percent leave little of an amount
+  return Percent(found, std::max(found, written) < kTrace) + " instead of " +
+         Percent(written, written < kTrace);
+}
 
 Option AddTrustOption(Command& owner, bool& trustFormula) {
   return owner.AddFlag("--trust-formula", trustFormula,

@@ -16,6 +16,10 @@ namespace vrx::tool {
 class Command;
 class Option;
 
+/// What a curve says of a component, and what was written, as parts of 1: "4.5 % instead of 0.02 %". Traces have
+/// four decimals, but what was hardly found beside more than a trace has two: "0 % instead of 4.5 %".
+std::string SuspectedText(double found, double written);
+
 /// Adds `--trust-formula`.
 Option AddTrustOption(Command& owner, bool& trustFormula);
 
