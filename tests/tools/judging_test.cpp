@@ -330,6 +330,26 @@ TEST_F(Judging, LimitsThatServeNothingAreTold) {
   EXPECT_EQ(Run(judge + "used.csv").err, "");
 }
 
+// A component that nothing limits passes, so each standard needs limits of its own, or those of --limits.
+TEST_F(Judging, AVerdictByComponentsNeedsThemForEachStandard) {
+  const std::string header = "standard,illuminant,plus0,minus0,plus1,minus1,plus2,minus2,total\n";
+  folder_.Write("both.csv", header + "s,,1,1,1,1,1,1,9\nr,D65,1,1,1,1,1,1,9\n");
+  folder_.Write("one.csv", header + "s,,1,1,1,1,1,1,9\n");
+  const std::string judge =
+                        "judge s.csv named.csv --system lab --illuminants D65 --verdict box --tolerances ",
+                    refusal = "--verdict box: no component has a limit for standard \"r\" under D65;";
+  EXPECT_EQ(Run(judge + "both.csv --only fail --format csv").status, 0);
+  EXPECT_EQ(Run(judge + "one.csv --limits dL=1").status, 0);
+  ExpectRefused({{judge + "one.csv", refusal}});
+  folder_.Write("curves.csv", "id" + Wavelengths() + "\ns" + FlatCurve(40) + "\nr" + FlatCurve(50) + "\n");
+  ExpectRefused(
+      {{"judge curves.csv curves.csv --pairs --illuminants D65,A --verdict box --tolerances both.csv",
+        "for standard \"r\" under A;"},
+       {"swatch s.csv t.csv --standard-id r --illuminants D65 --verdict box --tolerances one.csv "
+        "--output s.png",
+        refusal}});
+}
+
 #if defined(__linux__) && !defined(VRX_SANITIZED)
 // Threads for which there is no memory are done without.
 TEST_F(Judging, ThreadsUnderALimitOfMemory) {
@@ -512,6 +532,10 @@ TEST_F(Judging, Refusals) {
        "has limits of components"},
       {"judge s.csv t.csv --illuminants D65 --only pass", "--only: must be fail, warning"},
       {"strength s.csv t.csv", "the file has colours but no curves"},
+      {"judge greys.csv t.csv --illuminants D65 --standard-id G2", "no standard \"G2\"; did you mean g2?"},
+      {"average readings.csv --within 0", "--within: must be a difference above 0"},
+      {"average readings.csv --limit 0", "--limit: must be a difference above 0"},
+      {"average readings.csv --count 0", "--count: must be a whole number"},
       {"average readings.csv --count 4", "2 rows remain at the end"},
       {"sort t.csv --blocks 0", "--blocks: sizes must be above 0"},
       {"sort named.csv --standard s.csv", "name their standards in a column; --standard-id sorts"},

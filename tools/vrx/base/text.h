@@ -3,7 +3,9 @@
 #ifndef TOOLS_VRX_BASE_TEXT_H_
 #define TOOLS_VRX_BASE_TEXT_H_
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include <vrxio/text/shown_text.h>
 
@@ -15,6 +17,9 @@ using io::MessageText;
 using io::Shortened;
 using io::ShownText;
 using io::TakeCharacter;
+
+/// The first three rows of a list, and " ..." where there are more.
+std::string FirstOf(const std::vector<std::string>& rows, const char* separator);
 
 /// Prints "vrx: " and the message to standard error.
 void PrintMessage(std::string_view text);

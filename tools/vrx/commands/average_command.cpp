@@ -222,20 +222,21 @@ bool ScatterPasses(const std::string& file, const Readings& readings, const Read
   return verdict.passes;
 }
 
-void RequireSound(const AverageOptions& options) {
+void RequireSound(const AverageOptions& options, const Command& command) {
   const auto isPositive = [](double value) { return value > 0 && std::isfinite(value); };
-  if (options.count < 0) throw InputError("--count: must be a whole number of readings, 1 or more");
-  if (options.limit != 0 && !isPositive(options.limit))
+  if (command.IsGiven("--count") && options.count < 1)
+    throw InputError("--count: must be a whole number of readings, 1 or more");
+  if (command.IsGiven("--limit") && !isPositive(options.limit))
     throw InputError("--limit: must be a difference above 0");
-  if (options.within != 0 && !isPositive(options.within))
+  if (command.IsGiven("--within") && !isPositive(options.within))
     throw InputError("--within: must be a difference above 0");
   if (!(options.certainty > 0 && options.certainty < 100))
     throw InputError("--certainty: must be percent above 0 and below 100");
   if (options.strict && options.limit == 0) throw InputError("--strict needs --limit");
 }
 
-ExitStatus RunAverage(AverageOptions& options) {
-  RequireSound(options);
+ExitStatus RunAverage(AverageOptions& options, const Command& command) {
+  RequireSound(options, command);
   options.viewing.RequireOneIlluminant();
   CurveReader reader = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
   options.viewing.Follow({&reader});
@@ -304,7 +305,7 @@ void AddAverage(Command& tool) {
       "  vrx average examples/chart_ohta.csv --count 4\n"
       "  vrx average readings.csv --limit 0.3 --strict --within 0.1\n"
       "  vrx average readings.csv --format csv > means.csv\n");
-  command.SetAction([options] { return RunAverage(*options); });
+  command.SetAction([options, command] { return RunAverage(*options, command); });
 }
 
 }  // namespace vrx::tool

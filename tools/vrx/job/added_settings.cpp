@@ -41,6 +41,10 @@ void AddLimitsOf(const JudgeSettings& settings, store::Standard& standard) {
     return row.geometry == kNoGeometry && row.illuminant == store::StandardLimits::kAllIlluminants;
   });
   if (hasGeneral || !settings.ellipses.IsEmpty()) return;
+  if (settings.rule == VerdictRule::kComponents && !settings.ByEllipse() && !LimitsComponents(settings.box)) {
+    throw InputError("--tolerances: there is no row for what of standard \"" + standard.name +
+                     "\" has no row of its own, and nothing limits that; give --limits, too");
+  }
   const JudgeLimits general =
       settings.buildEllipses ? JudgeLimits(SystemEllipsoid()) : JudgeLimits(settings.box);
   standard.limits.insert(standard.limits.begin(),

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/input/conditions.h"
 
 namespace vrx::tool {
@@ -47,12 +48,47 @@ JudgeLimits Judge::GivenLimits(const Standard& standard, vrxIlluminant illuminan
                    ShownIlluminant(illuminant));
 }
 
-void Judge::RequireLimits(const Standard& standard) const {
-  if (settings_.ellipses.IsEmpty()) return;
-  for (const vrxIlluminant illuminant : settings_.illuminants) GivenLimits(standard, illuminant);
+// A component that nothing limits passes, whatever the trial.
+bool Judge::IsLimited(const Standard& standard, vrxIlluminant illuminant) const {
+  if (settings_.ByEllipse())
+    return settings_.buildEllipses ||
+           settings_.ellipses.Find(standard.id, standard.geometry, illuminant) != nullptr;
+  return settings_.rule != VerdictRule::kComponents || LimitsComponents(GivenLimits(standard, illuminant));
+}
+
+bool Judge::MayLackLimits() const {
+  return settings_.ByEllipse() ? !settings_.buildEllipses : settings_.rule == VerdictRule::kComponents;
+}
+
+std::size_t Judge::CountLimited(std::span<const Standard> standards) const {
+  if (!MayLackLimits()) return standards.size();
+  const auto isLimited = [this](const Standard& standard) {
+    return std::ranges::all_of(settings_.illuminants,
+                               [&](vrxIlluminant illuminant) { return IsLimited(standard, illuminant); });
+  };
+  return static_cast<std::size_t>(std::ranges::find_if_not(standards, isLimited) - standards.begin());
+}
+
+void Judge::RequireLimits(std::span<const Standard> standards) const {
+  if (CountLimited(standards) == standards.size()) return;
+  std::vector<std::string> lacking;
+  for (const Standard& standard : standards) {
+    for (const vrxIlluminant illuminant : settings_.illuminants) {
+      if (IsLimited(standard, illuminant)) continue;
+      const std::string geometry =
+          standard.geometry == kNoGeometry ? "" : ", " + GeometryName(standard.geometry);
+      std::string text = "\"" + standard.id + "\"" + geometry + " under " + ShownIlluminant(illuminant);
+      if (std::ranges::find(lacking, text) == lacking.end()) lacking.push_back(std::move(text));
+    }
+  }
+  if (settings_.ByEllipse())
+    throw InputError("--ellipses: there is no row for standard " + FirstOf(lacking, "; "));
+  throw InputError("--verdict box: no component has a limit for standard " + FirstOf(lacking, "; ") +
+                   "; give rows of --tolerances, or --limits for what these do not name");
 }
 
 std::vector<JudgeLimits> Judge::AllLimits(std::span<const Standard> standards) const {
+  RequireLimits(standards);
   if (settings_.boxes.IsEmpty() && settings_.ellipses.IsEmpty()) {
     return {GivenLimits(standards.front(), settings_.illuminants.front())};
   }

@@ -87,8 +87,10 @@ class Judge {
   /// `settings` must outlive the judge.
   explicit Judge(const JudgeSettings& settings) : settings_(settings) {}
 
-  /// Throws InputError where no limits are for a standard.
-  void RequireLimits(const Standard& standard) const;
+  /// How many standards there are before the first one that has no limits for what decides; all of them where each has.
+  std::size_t CountLimited(std::span<const Standard> standards) const;
+  /// Throws InputError, which names them, where standards have no limits for what decides.
+  void RequireLimits(std::span<const Standard> standards) const;
   /// The limits of a standard under an illuminant, as the settings give them.
   JudgeLimits GivenLimits(const Standard& standard, vrxIlluminant illuminant) const;
   /// The aspecular angle at which its trials are judged, in degrees.
@@ -112,6 +114,8 @@ class Judge {
  private:
   void SetStandards(std::span<const Standard> standards);
   std::vector<JudgeLimits> AllLimits(std::span<const Standard> standards) const;
+  bool IsLimited(const Standard& standard, vrxIlluminant illuminant) const;
+  bool MayLackLimits() const;
 
   const JudgeSettings& settings_;
   SampleBuffer samples_;

@@ -110,15 +110,6 @@ void LoadEllipses(const JudgingOptions& options, JudgeSettings& settings) {
   settings.ellipses.Load(csv, {settings.difference.system, settings.observer});
 }
 
-// The first rows of a list of them.
-std::string FirstOf(const std::vector<std::string>& rows, const char* separator) {
-  constexpr std::size_t kNamed = 3;
-  std::string text;
-  for (std::size_t i = 0; i < rows.size() && i < kNamed; ++i)
-    text.append(i > 0 ? separator : "").append(rows[i]);
-  return rows.size() > kNamed ? text + " ..." : text;
-}
-
 void WarnAboutLimitsOfJob(const std::string& job, const JudgeSettings& settings) {
   std::vector<std::string> unused = settings.boxes.UnusedRowsOfUsed();
   const std::vector<std::string> ellipses = settings.ellipses.UnusedRowsOfUsed();
@@ -145,8 +136,8 @@ bool LimitsNothing(const JudgeLimits& limits, VerdictRule rule) {
 }
 
 void RequireLimitsOfComponents(const JudgeSettings& settings) {
-  if (settings.rule != VerdictRule::kComponents || settings.ByEllipse() || LimitsComponents(settings.box))
-    return;
+  const bool hasOthers = settings.ByEllipse() || !settings.boxes.IsEmpty();  // looked at for each standard
+  if (settings.rule != VerdictRule::kComponents || hasOthers || LimitsComponents(settings.box)) return;
   throw InputError("--verdict box: no component has a limit; use --limits, or --tolerance with seven limits");
 }
 

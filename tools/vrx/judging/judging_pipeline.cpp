@@ -81,14 +81,16 @@ bool JudgingPipeline::Read(Chunk& chunk) {
 
 // Ends the chunk before the first trial whose standard has no limits.
 void JudgingPipeline::DropTrialsWithoutLimits(Chunk& chunk, const Judge& judge) {
-  std::size_t standard = 0;
+  const auto standards = std::span<const Standard>(chunk.standardCopies).first(chunk.standards);
+  const std::size_t limited = judge.CountLimited(standards);
+  if (limited == standards.size()) return;
   try {
-    for (; standard < chunk.standards; ++standard) judge.RequireLimits(chunk.standardCopies[standard]);
+    judge.RequireLimits(standards);
   } catch (...) {
     chunk.failure = std::current_exception();
-    while (chunk.trials > 0 && chunk.judged[chunk.trials - 1].standard >= standard) --chunk.trials;
-    chunk.standards = standard;
   }
+  while (chunk.trials > 0 && chunk.judged[chunk.trials - 1].standard >= limited) --chunk.trials;
+  chunk.standards = limited;
 }
 
 void JudgingPipeline::JudgeTrials(Chunk& chunk, Judge& judge) {

@@ -16,9 +16,10 @@ namespace vrx::tool {
 
 namespace {
 
-[[noreturn]] void FailNoStandard(const std::string& file, std::string_view id, int32_t geometry) {
+[[noreturn]] void FailNoStandard(const std::string& file, std::string_view id, int32_t geometry,
+                                 const std::string& suggestion = {}) {
   const std::string of = geometry == kNoGeometry ? "" : " of geometry " + GeometryName(geometry);
-  throw InputError(file + ": there is no standard \"" + std::string(id) + "\"" + of);
+  throw InputError(file + ": there is no standard \"" + std::string(id) + "\"" + of + suggestion);
 }
 
 // Whether trials may belong to standards of their own: each has the id of one, and not all have the first one's.
@@ -129,7 +130,10 @@ class OneStandardForAll final : public Standards {
     while (reader_.Next(row)) {
       if (id_.empty()) id_ = row.id;
       hasOthers_ = hasOthers_ || row.id != id_;
-      if (row.id != id_) continue;
+      if (row.id != id_) {
+        KeepForSuggestion(row.id);
+        continue;
+      }
       const auto same = [&](const Row& other) { return other.geometry == row.geometry; };
       if (std::ranges::any_of(rows_, same)) {
         reader_.Source().FailRow("standard \"" + id_ + "\" has a row" +
@@ -139,7 +143,16 @@ class OneStandardForAll final : public Standards {
       if (!reader_.HasGeometries() && !isNamed_) return;
     }
     if (rows_.empty() && id_.empty()) throw InputError(reader_.Source().Name() + ": there is no row");
-    if (rows_.empty()) FailNoStandard(reader_.Source().Name(), id_, kNoGeometry);
+    if (rows_.empty())
+      FailNoStandard(reader_.Source().Name(), id_, kNoGeometry, io::DidYouMean(id_, otherIds_));
+    otherIds_.clear();
+  }
+
+  // The first ids that are not the one that was asked for, which may be misspelt.
+  void KeepForSuggestion(std::string_view id) {
+    constexpr std::size_t kMost = 10'000;
+    const bool isNeeded = isNamed_ && rows_.empty() && otherIds_.size() < kMost;
+    if (isNeeded && (otherIds_.empty() || otherIds_.back() != id)) otherIds_.emplace_back(id);
   }
 
   // A second row of the standard in a file of its own: nobody said which of the two it is.
@@ -173,6 +186,7 @@ class OneStandardForAll final : public Standards {
   std::string id_;
   bool isNamed_;
   bool hasOthers_ = false;  // rows of other standards, which nobody named
+  std::vector<std::string> otherIds_;
   ForgottenPairs pairs_;
   std::string trials_;  // their file
   std::vector<Row> rows_;
