@@ -121,10 +121,9 @@ std::vector<JudgeLimits> TolerancesOf(const py::object& tolerance, const JudgeCo
 }
 
 double AngleOfGeometry(const py::handle& geometry) {
-  const std::int32_t code = io::ParseGeometry(py::str(geometry).cast<std::string>());
-  if (code < 0) {
-    throw py::value_error("geometry: " + py::repr(geometry).cast<std::string>() + " is unknown");
-  }
+  const auto text = py::str(geometry).cast<std::string>();
+  const std::int32_t code = io::ParseGeometry(text);
+  if (code < 0) throw py::value_error("geometry: " + io::GeometryRefusal(text));
   return AngleOfCode(static_cast<std::uint8_t>(code));
 }
 

@@ -38,7 +38,7 @@ std::vector<double> NumbersOf(const py::dict& columns, const char* name, std::si
 
 std::int32_t GeometryCode(const std::string& text) {
   const std::int32_t code = text.empty() ? io::kNoGeometry : io::ParseGeometry(text);
-  if (!text.empty() && code < 0) throw py::value_error("geometries: \"" + text + "\" is unknown");
+  if (!text.empty() && code < 0) throw py::value_error("geometries: " + io::GeometryRefusal(text));
   return code;
 }
 

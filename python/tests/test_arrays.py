@@ -231,7 +231,7 @@ def test_masks_go_through(curves):
 
 def test_numbers_of_numpy(curves):
     judged = vrx.judge(curves[0], curves[:3], np.int64(0), np.int8(10), tolerance=np.float32(1.5), warning=np.float16(0.75),
-                       system=np.str_("cmc"), l=np.float32(2), c=np.int64(1), threads=np.int32(1), geometry=np.int64(45))
+                       system=np.str_("cmc"), l=np.float32(2), c=np.int64(1), threads=np.int32(1), geometry=np.int64(12))
     assert np.array_equal(judged.verdicts, vrx.judge(curves[0], curves[:3], "D65", l=2, c=1, tolerance=np.array(1.5)).verdicts)
     assert np.array_equal(vrx.tristimulus(curves, np.array(["D65", "A"]), np.uint8(2)), vrx.tristimulus(curves, ["D65", "A"], 2))
     for given in (curves.astype(complex), curves > 50, curves.astype("U8"), curves.astype("M8[s]"), [curves[0], "text"]):

@@ -188,8 +188,8 @@ def judge(standard: Numbers, samples: Numbers, illuminants: Lamps = ("D65", "A",
         ``"cie2000"``), or given ones: centre dL*, da*, db*; semi-axes along lightness, at the angle and across it; the
         angle in degrees from +a* to +b*; the limit of the total; the commercial factor.
     geometry : str or int, or a sequence of k
-        The measuring geometry, such as ``"15deg"`` or its code: the weights of ``"audi"`` and ``"din6175"`` depend on its angle, which is
-        45 degrees otherwise, with a warning. Standards that are a :class:`CurveArray` have theirs, and samples that are one, too, are
+        The measuring geometry, such as ``"15deg"`` or its code (0, 15, 20, 25 and 45 may be degrees, too, and are refused): the
+        weights of ``"audi"`` and ``"din6175"`` depend on its angle, which is 45 degrees otherwise, with a warning. Standards that are a :class:`CurveArray` have theirs, and samples that are one, too, are
         refused where their geometry is another one.
     of : sequence of int, length n
         The standard of each sample by its place.

@@ -175,7 +175,7 @@ TEST_F(Job, FewerGeometriesAreAQuestion) {
   EXPECT_EQ(geometries(), "45 ");
   // A curve whose geometry nobody had said may be given one.
   Good("job add-standard s.csv --job j");
-  folder_.Write("grey.csv", Header("id,geometry") + Flat("grey,45", "40"));
+  folder_.Write("grey.csv", Header("id,geometry") + Flat("grey,45deg", "40"));
   Good("job add-standard grey.csv --job j");
   ExpectVerified();
 }
@@ -243,7 +243,7 @@ TEST_F(Job, WhatIsOpenIsAsked) {
       {"job create j", "a file already"},
       {"job info", "no job is named"},
       {"job show grey --job j", "no standard \"grey\""},
-      {"job history --job j --geometry x", "is unknown"},
+      {"job history --job j --geometry x", "--geometry: unknown geometry \"x\""},
       {"job trend --job j", "no trials of these"},
       {"job accept t1 --job j", "no trial \"t1\""},
       {"fit-tolerance", "ACCEPTED: name a file"},
@@ -303,8 +303,8 @@ TEST_F(Job, RecipesAreKeptByTheirContent) {
 }
 
 TEST_F(Job, WhatIsExportedMakesTheSameJob) {
-  folder_.Write("g.csv", Header("id,geometry,date") + Flat("m,15,2026-11-01", "30.1") +
-                             Flat("m,45,2026-11-02", "20.7"));
+  folder_.Write("g.csv", Header("id,geometry,date") + Flat("m,15deg,2026-11-01", "30.1") +
+                             Flat("m,45deg,2026-11-02", "20.7"));
   Good("job add-standard g.csv --job j");
   for (const char* form : {"csv", "cgats", "json"}) {
     const std::string copy = std::string("copy-") + form, file = copy + ".txt";

@@ -152,7 +152,7 @@ TEST(LimitTable, RefusesWithPlaceAndReason) {
       {"total," + kHead, "f, line 1, column 8 (total): the column appears twice"},
       {"plus0,minus0,plus1,minus1,plus2,total\n1,1,1,1,1,1\n", "f, line 1: there is no column minus2"},
       {"geometry," + kHead + "SCI,1,1,1,1,1,1,1\n16deg,1,1,1,1,1,1,1\n",
-       "f, line 3, column 1 (geometry): unknown geometry"},
+       "f, line 3, column 1 (geometry): unknown geometry \"16deg\""},
       {"illuminant," + kHead + "D66,1,1,1,1,1,1,1\n",
        "f, line 2, column 1 (illuminant): unknown illuminant \"D66\""},
       {"system," + kHead + "cmc,1,1,1,1,1,1,1\n",

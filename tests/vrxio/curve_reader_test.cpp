@@ -171,7 +171,10 @@ TEST(CurveReader, RefusesWithPlaceAndReason) {
       {"id,400,410,420\na\"b\",1,2,3\n", "a quote stands inside a field without quotes"},
       {"id,400,410,420\n\xE4,1,2,3\n", "f, line 2, column 1 (id): a text is not UTF-8"},
       {"id,400,410,420\na\0,1,2,3\n"s, "f, line 2, column 1 (id): a text holds a zero byte"},
-      {"geometry,400,410,420\n49,1,2,3\n", "f, line 2, column 1 (geometry): unknown geometry"},
+      {"geometry,400,410,420\n49,1,2,3\n", "f, line 2, column 1 (geometry): unknown geometry \"49\""},
+      {"geometry,400,410,420\n45,1,2,3\n",
+       "f, line 2, column 1 (geometry): geometry \"45\" may be in degrees or the code of M3; write 45deg or "
+       "M3"},
       {"id,400,410,420\n" + longText + ",1,2,3\n", "f, line 2: the row is longer than 1 MiB"},
       {longText, "f, line 1: the row is longer than 1 MiB"},
       {std::string(CsvReader::kMaxColumns, ','), "f, line 1: more than 10000 columns"},

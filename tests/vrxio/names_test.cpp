@@ -115,11 +115,10 @@ TEST(Names, OfGeometries) {
                                                    {"-45deg", 46},
                                                    {"48", 48},
                                                    {"80deg", 48},
-                                                   {"0", 0},
+                                                   {"12", 12},
                                                    {"", kNoGeometry},
                                                    {"49", kUnknownGeometry},
                                                    {"-1", kUnknownGeometry},
-                                                   {"15", 15},
                                                    {"16deg", kUnknownGeometry},
                                                    {"15\xC2", kUnknownGeometry}};
   for (const auto& [text, code] : kRows) EXPECT_EQ(ParseGeometry(text), code) << text;
@@ -129,6 +128,24 @@ TEST(Names, OfGeometries) {
     EXPECT_LE(ParseGeometry(name), code);
   }
   EXPECT_EQ(GeometryName(kNoGeometry), "");
+}
+
+// Instruments with several angles write 15, 25, 45, 75 and 110, of which the first three are codes of a sphere, of 0 degrees and of M3.
+TEST(Names, OfGeometriesByABareNumber) {
+  const std::pair<const char*, const char*> kRefused[] = {
+      {"0", "geometry \"0\" may be in degrees or the code of d8; write 0deg or d8"},
+      {"15", "geometry \"15\" may be in degrees or the code of SCE/100; write 15deg or SCE/100"},
+      {"20", "geometry \"20\" may be in degrees or the code of Left; write 20deg or Left"},
+      {"25", "geometry \"25\" may be in degrees or the code of 0\xC2\xB0; write 25deg or 0\xC2\xB0"},
+      {"45", "geometry \"45\" may be in degrees or the code of M3; write 45deg or M3"},
+      {"75", "unknown geometry \"75\"; degrees are written 75deg"},
+      {"-15", "unknown geometry \"-15\"; degrees are written -15deg"},
+      {"49", "unknown geometry \"49\""},
+      {"moon", "unknown geometry \"moon\""}};
+  for (const auto& [text, refusal] : kRefused) {
+    EXPECT_EQ(ParseGeometry(text), kUnknownGeometry) << text;
+    EXPECT_EQ(GeometryRefusal(text), refusal);
+  }
 }
 
 TEST(Headings, Wavelengths) {

@@ -90,8 +90,9 @@ int32_t ReadName(CsvReader& csv, PARSER parse, int32_t ifEmpty) {
 }
 
 int32_t ReadGeometry(CsvReader& csv) {
-  const int32_t geometry = ParseGeometry(csv.Text());
-  if (geometry == kUnknownGeometry) csv.Fail("unknown geometry");
+  const std::string_view text = csv.Text();
+  const int32_t geometry = ParseGeometry(text);
+  if (geometry == kUnknownGeometry) csv.Fail(GeometryRefusal(text));
   return geometry;
 }
 

@@ -111,6 +111,14 @@ std::string PlainGeometryName(std::string_view name) {
   return plain;
 }
 
+int32_t GeometryNamed(std::string_view text) {
+  const std::string plain = PlainGeometryName(text);
+  for (int32_t code = 0; code < kAngleCodes; ++code) {
+    if (PlainGeometryName(GeometryName(code)) == plain) return code;
+  }
+  return kUnknownGeometry;
+}
+
 }  // namespace
 
 std::vector<std::string> SplitList(std::string_view text, char separator) {
@@ -255,12 +263,18 @@ std::vector<double> ParseNumbers(std::string_view text, std::string_view option)
 int32_t ParseGeometry(std::string_view text) {
   if (text.empty()) return kNoGeometry;
   const int32_t number = ParseNumberBelow(kAngleCodes, text);
-  if (number >= 0) return number;
-  const std::string plain = PlainGeometryName(text);
-  for (int32_t code = 0; code < kAngleCodes; ++code) {
-    if (PlainGeometryName(GeometryName(code)) == plain) return code;
-  }
-  return kUnknownGeometry;
+  if (number < 0) return GeometryNamed(text);
+  const int32_t degrees = GeometryNamed(std::string(text) + "deg");
+  return degrees == kUnknownGeometry || degrees == number ? number : kUnknownGeometry;
+}
+
+std::string GeometryRefusal(std::string_view text) {
+  const std::string degrees = std::string(text) + "deg", quoted = Quoted(text);
+  if (GeometryNamed(degrees) == kUnknownGeometry) return "unknown geometry " + quoted;
+  const int32_t number = ParseNumberBelow(kAngleCodes, text);
+  if (number < 0) return "unknown geometry " + quoted + "; degrees are written " + degrees;
+  return "geometry " + quoted + " may be in degrees or the code of " + GeometryName(number) + "; write " +
+         degrees + " or " + GeometryName(number);
 }
 
 std::string GeometryName(int32_t geometry) {

@@ -63,8 +63,12 @@ std::vector<DifferenceColumn> DifferenceColumnsOf(int32_t system);
 inline constexpr int32_t kNoGeometry = -1;
 inline constexpr int32_t kUnknownGeometry = -2;
 /// The geometry code of a text: a code number, or a name in any case, with "deg" or a degree sign after an
-/// angle; kNoGeometry for an empty text and kUnknownGeometry for any other.
+/// angle; kNoGeometry for an empty text and kUnknownGeometry for any other. Such is a number that is the code of one geometry and the
+/// degrees of another: instruments with several angles write "15", "25" and "45".
 int32_t ParseGeometry(std::string_view text);
+/// Why a text that ParseGeometry does not know is none, with what to write: "geometry "15" may be in degrees or the code of SCE/100; write
+/// 15deg or SCE/100".
+std::string GeometryRefusal(std::string_view text);
 /// The name of a geometry; empty for kNoGeometry.
 std::string GeometryName(int32_t geometry);
 /// The code of the geometry M0, the first of the measurement conditions M0 to M3 (ISO 13655); they follow each other.

@@ -272,7 +272,7 @@ void SampleColumns::TakeText(const Run& run, std::string_view text, Measurement&
         lastGeometry_ = ParseMeasuringGeometry(text);
         lastGeometryText_ = text;
       }
-      if (lastGeometry_ == kUnknownGeometry) Refuse(run.column, "unknown geometry");
+      if (lastGeometry_ == kUnknownGeometry) Refuse(run.column, GeometryRefusal(text));
       sample.geometry = lastGeometry_;
       break;
     case ColumnRole::kExtra:

@@ -34,7 +34,7 @@ struct PlotOptions {
 JudgedTrials JudgeTrials(const PlotOptions& options, Comparison& comparison, const JudgeSettings& settings) {
   const int32_t geometry = ParseGeometry(options.geometry);
   if (geometry == kUnknownGeometry) {
-    throw InputError("--geometry: \"" + options.geometry + "\" is not known");
+    throw InputError("--geometry: " + io::GeometryRefusal(options.geometry));
   }
   JudgedTrials judged(settings);
   if (comparison.Trials().Kind() == Sample::kCurve) {

@@ -48,7 +48,7 @@ store::TrialFilter JobFilterOptions::Filter(store::Store& store) const {
   store::TrialFilter filter{.standard = standard, .since = since, .until = until};
   if (geometry.empty()) return filter;
   filter.geometry = ParseGeometry(geometry);
-  if (filter.geometry < 0) throw InputError("--geometry: \"" + geometry + "\" is unknown");
+  if (filter.geometry < 0) throw InputError("--geometry: " + io::GeometryRefusal(geometry));
   return filter;
 }
 
