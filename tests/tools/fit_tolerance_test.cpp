@@ -121,6 +121,24 @@ TEST_F(FitTolerance, AcceptedTrialsPassUnderTheirFit) {
 
 // The ellipsoid of a system has its total difference over the factor as value, but for the bend of the hue
 // circle; the verdict of the components and the value say the same.
+// They were fitted about the first standard of the file, with a warning.
+TEST_F(FitTolerance, TrialsThatNameTheirStandardAreHeldAgainstIt) {
+  const std::string batch = Batch("id");
+  std::string named = Header("id,standard");
+  for (const std::string& line : vrx::test::Lines(batch)) {
+    if (line.starts_with("T")) named += line.substr(0, 2) + ",S" + line.substr(2) + "\n";
+  }
+  folder_.Write("batch.csv", batch);
+  folder_.Write("named.csv", named);
+  folder_.Write("two.csv", Header() + Curve("R", 30, 0, 0) + Curve("S", 0, 0, 0));
+  const std::string fit = "fit-tolerance named.csv --standard two.csv";
+  const Result own = Run(fit + " --format csv"), alone = Run("fit-tolerance batch.csv --format csv");
+  const auto numbers = [](const std::string& row) { return row.substr(row.find(',')); };
+  EXPECT_EQ(numbers(vrx::test::Lines(own.out).at(1)), numbers(vrx::test::Lines(alone.out).at(1)));
+  EXPECT_EQ(own.err, "");
+  ExpectRefused({{fit + " --standard-id S", "the trials already name their standards in a column"}});
+}
+
 TEST_F(FitTolerance, JudgesByTheEllipsoidOfASystem) {
   folder_.Write("batch.csv", Batch("id"));
   const struct {

@@ -70,15 +70,49 @@ TEST_F(IndexAndSwatch, ContrastRatioAndMetamerismJoinThem) {
   folder_.Write("drawdown.csv", Header("id,geometry") + Flat("P,Over White", "80") +
                                     Flat("P,Over Black", "72") + Flat("Q,30", "40") + Flat("R,29", "80"));
   const Result result = Run("index drawdown.csv --standard drawdown.csv --format csv");
-  EXPECT_NE(result.out.find("\nP,D65,10,Contrast ratio,direct,0.9"), std::string::npos) << result.out;
-  EXPECT_EQ(result.out.find("\nR,D65,10,Contrast ratio"), std::string::npos);  // Q and R are two panels
+  EXPECT_NE(result.out.find("\nP,,D65,10,Contrast ratio,direct,0.9"), std::string::npos) << result.out;
+  EXPECT_EQ(result.out.find("\nR,,D65,10,Contrast ratio"), std::string::npos);  // Q and R are two panels
   // Greys that differ in lightness alone are no metamers.
-  const std::size_t at = result.out.find("\nQ,C,10,Metamerism index: D65,direct,");
+  const std::size_t at = result.out.find("\nQ,Over Black,C,10,Metamerism index: D65,direct,");
   ASSERT_NE(at, std::string::npos);
   EXPECT_NEAR(std::strtod(&result.out[result.out.find("direct,", at) + 7], nullptr), 0.0, 1e-9);
   const Result own = Run("index drawdown.csv --standard drawdown.csv --pairs --format csv");
-  EXPECT_NE(own.out.find("\nR,C,10,Metamerism index: D65,direct,0,\n"), std::string::npos)
+  EXPECT_NE(own.out.find("\nR,Over White,C,10,Metamerism index: D65,direct,0,\n"), std::string::npos)
       << own.out << own.err;
+}
+
+// An instrument may measure all panels over white and then all over black.
+TEST_F(IndexAndSwatch, ContrastRatiosDoNotDependOnTheOrderOfRows) {
+  const std::string white = Flat("P,Over White", "80") + Flat("Q,Over White", "60"),
+                    black = Flat("P,Over Black", "72") + Flat("Q,Over Black", "30");
+  folder_.Write("apart.csv", Header("id,geometry") + white + black);
+  folder_.Write("back.csv", Header("id,geometry") + black + white);
+  for (const char* file : {"apart.csv", "back.csv"}) {
+    const std::string out = Run("index " + std::string(file) + " --illuminants D65 --format csv").out;
+    for (const char* row : {"\nP,,D65,10,Contrast ratio,direct,0.9", "\nQ,,D65,10,Contrast ratio,direct,0.5"})
+      EXPECT_NE(out.find(row), std::string::npos) << file << row;
+  }
+  folder_.Write("twice.csv", Header("id,geometry") + white + black + Flat("P,Over White", "79"));
+  ExpectRefused(
+      {{"index twice.csv", "twice.csv, line 6: \"P\" has several readings over white or over black"}});
+}
+
+// Of one id at two angles both rows looked alike, and trials that name their standards were held against the first one.
+TEST_F(IndexAndSwatch, GeometriesAndStandardsAreTheSamplesOwn) {
+  folder_.Write("std.csv", Header() + Flat("a", "20") + Flat("b", "80"));
+  folder_.Write("lots.csv", Header("id,standard,geometry") + Flat("1,b,15deg", "80") + Flat("2,a,SCE", "20"));
+  const std::string index =
+      "index lots.csv --standard std.csv --illuminants D65,A --indices wi-berger --format csv";
+  const std::string out = Run(index).out;
+  for (const char* row : {"\n1,15\xC2\xB0,A,10,Metamerism index: D65,direct,0,\n",
+                          "\n2,SCE,A,10,Metamerism index: D65,direct,0,\n"})
+    EXPECT_NE(out.find(row), std::string::npos) << row << out;
+  ExpectRefused(
+      {{index + " --standard-id a", "--standard-id: the trials already name their standards in a column"}});
+  EXPECT_TRUE(Run("index lots.csv --wide --format csv").out.starts_with("id,geometry,observer,"));
+  const std::string colours = Run("color lots.csv --illuminants D65 --format csv").out;
+  EXPECT_TRUE(colours.starts_with("id,geometry,illuminant,observer,X,")) << colours;
+  EXPECT_NE(colours.find("\n2,SCE,D65,10,"), std::string::npos);
 }
 
 // M0 against M2 decides over whitened paper, in metamerism as in a verdict.

@@ -33,12 +33,13 @@ struct ColorOptions {
 // `lab` is computed, or by both.
 class ColorRows {
  public:
-  ColorRows(const ColorOptions& options, OutputStream& output)
-      : illuminants_(options.viewing.Illuminants()),
+  ColorRows(const ColorOptions& options, bool hasGeometries, OutputStream& output)
+      : hasGeometries_(hasGeometries),
+        illuminants_(options.viewing.Illuminants()),
         observer_(options.viewing.Observer()),
         interval_(options.input.Interval()),
         report_(options.report, ReportText::kCoordinates),
-        rows_(report_.Rows(options.format, output, Columns(interval_))),
+        rows_(report_.Rows(options.format, output, Columns(hasGeometries, interval_))),
         planes_(illuminants_.size()) {
     report_.AddFile(ReportText::kInputFile, options.file);
     report_.AddViewing(illuminants_, observer_);
@@ -53,29 +54,29 @@ class ColorRows {
     report_.AddInput(curves);
   }
 
-  void AddCurve(std::string_view id, const Sample& sample) {
+  void AddCurve(const CurveRow& sample) {
     report_.AddCurve(sample.curve);
     for (const vrxIlluminant illuminant : illuminants_) {
       xyz_.SetValues(XyzOf(sample, illuminant, observer_));
       XyzToLab(illuminant, observer_, xyz_, lab_);
-      AddRow(id, illuminant);
+      AddRow(sample, illuminant);
     }
   }
 
-  void AddXyz(std::string_view id, const std::vector<double>& xyz) {
-    std::ranges::copy(xyz, xyz_.begin());
+  void AddXyz(const CurveRow& sample) {
+    std::ranges::copy(sample.color, xyz_.begin());
     for (const vrxIlluminant illuminant : illuminants_) {
       XyzToLab(illuminant, observer_, xyz_, lab_);
-      AddRow(id, illuminant);
+      AddRow(sample, illuminant);
     }
   }
 
-  void AddLab(std::string_view id, const std::vector<double>& lab) {
-    std::ranges::copy(lab, lab_.begin());
+  void AddLab(const CurveRow& sample) {
+    std::ranges::copy(sample.color, lab_.begin());
     ChromaHue(lab_);
     for (const vrxIlluminant illuminant : illuminants_) {
       LabToXyz(illuminant, observer_, lab_, xyz_);
-      AddRow(id, illuminant);
+      AddRow(sample, illuminant);
     }
   }
 
@@ -92,8 +93,11 @@ class ColorRows {
   }
 
  private:
-  static std::vector<Column> Columns(int32_t interval) {
-    std::vector<Column> columns{{"id"}, {"illuminant"}, {.name = "observer", .room = Room::kSpare}};
+  static std::vector<Column> Columns(bool hasGeometries, int32_t interval) {
+    std::vector<Column> columns{{"id"}};
+    if (hasGeometries) columns.push_back({"geometry"});
+    columns.push_back({"illuminant"});
+    columns.push_back({.name = "observer", .room = Room::kSpare});
     if (interval != kWavelengthStep) columns.push_back({"interval"});
     for (const char* name : {"X", "Y", "Z"}) columns.push_back({name});
     for (const char* name : {"x", "y"}) columns.push_back({name, "", 4});
@@ -104,12 +108,13 @@ class ColorRows {
     return columns;
   }
 
-  void AddRow(std::string_view id, vrxIlluminant illuminant) {
+  void AddRow(const CurveRow& sample, vrxIlluminant illuminant) {
     double x, y;
     Chromaticity(xyz_, x, y);
     XyzToLuv(illuminant, observer_, xyz_, luv_);
     XyzToHunter(illuminant, observer_, xyz_, hunter_);
-    rows_->Text(id);
+    rows_->Text(sample.id);
+    if (hasGeometries_) rows_->Text(GeometryName(sample.geometry));
     rows_->Text(ShownIlluminant(illuminant));
     rows_->Integer(DegreesOf(observer_));
     if (interval_ != kWavelengthStep) rows_->Integer(interval_);
@@ -120,7 +125,7 @@ class ColorRows {
     for (const double value : luv_) rows_->Number(value);
     for (std::ptrdiff_t i = 0; i < 3; ++i) rows_->Number(hunter_[i]);
     rows_->EndRow();
-    if (report_.IsWanted()) AddToPictures(id, illuminant);
+    if (report_.IsWanted()) AddToPictures(sample.id, illuminant);
   }
 
   // Rows come illuminant by illuminant.
@@ -132,6 +137,7 @@ class ColorRows {
     ++count_;
   }
 
+  bool hasGeometries_;
   std::vector<vrxIlluminant> illuminants_;
   int32_t observer_;
   int32_t interval_;  // at which curves are summed, in nm
@@ -144,10 +150,9 @@ class ColorRows {
 };
 
 void AddSample(const CurveRow& row, ColorRows& rows) {
-  const std::vector<double> color(row.color.begin(), row.color.end());
-  row.kind == Sample::kCurve ? rows.AddCurve(row.id, row)
-  : row.kind == Sample::kXyz ? rows.AddXyz(row.id, color)
-                             : rows.AddLab(row.id, color);
+  row.kind == Sample::kCurve ? rows.AddCurve(row)
+  : row.kind == Sample::kXyz ? rows.AddXyz(row)
+                             : rows.AddLab(row);
 }
 
 void AddMeans(CurveReader samples, ColorRows& rows) {
@@ -174,7 +179,7 @@ void RunColor(ColorOptions& options) {
   RequireCurvesToSum(options.input, {&samples});
   options.viewing.Follow({&samples});
   OutputStream output;
-  ColorRows rows(options, output);
+  ColorRows rows(options, samples.HasGeometries(), output);
   options.average ? AddMeans(std::move(samples), rows) : AddSamples(std::move(samples), rows);
   rows.Finish();
   output.Finish();

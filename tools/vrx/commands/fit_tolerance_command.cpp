@@ -102,8 +102,7 @@ std::unique_ptr<Standards> OpenStandards(const FitOptions& options, CurveReader&
   }
   CurveReader reader = OpenCurves(standardFile, oneFile ? options.input : options.input.OfStandards(),
                                   content, options.verdicts.empty() ? nullptr : &IsVerdictHeading);
-  return options.pairs ? PairedStandards(std::move(reader))
-                       : OneStandard(std::move(reader), options.standardId, &trials);
+  return StandardsForTrials(std::move(reader), options.standardId, options.pairs, trials);
 }
 
 // The differences of accepted curves from their standard. In a file that holds the standard too, every other
@@ -115,12 +114,13 @@ Accepted ReadCurves(CurveReader trials, const FitOptions& options) {
       options.accepted, "", ShortNameOf(settings.difference.system), DegreesOf(settings.observer), {}};
   for (const vrxIlluminant illuminant : settings.illuminants)
     accepted.illuminants.push_back(ShownIlluminant(illuminant));
+  const bool isOne = options.job != nullptr || !(options.pairs || trials.HasStandards());
   ProgressBar progress(trials.Source().Size());
   Judge judge(settings);
   CurveRow trial;
   while (trials.Next(trial)) {
     const Standard& standard = standards->Of(trial);
-    if (!options.pairs && standards->Reader().HasNames()) accepted.standard = standard.id;
+    if (isOne && standards->Reader().HasNames()) accepted.standard = standard.id;
     if (options.standard.empty() && standard.id == trial.id) continue;
     judge.Evaluate(standard, trial);
     const Judgement judgement = judge.Row();

@@ -2,6 +2,8 @@
 // of drawdowns, metamerism against a standard.
 
 #include <algorithm>
+#include <iterator>
+#include <map>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -106,11 +108,24 @@ std::vector<Column> LongColumns() {
   return {{"id"}, {"illuminant"}, {"observer"}, {"index"}, {"form"}, {"value", "", 3}, {"note"}};
 }
 
+// A sample as rows name it.
+struct SampleName {
+  std::string_view id;
+  int32_t geometry = kNoGeometry;
+};
+
+// The columns with one for the geometry behind the id, where the file has any.
+std::vector<Column> WithGeometry(bool hasGeometries, std::vector<Column> columns) {
+  if (hasGeometries) columns.insert(columns.begin() + 1, Column{"geometry"});
+  return columns;
+}
+
 // Writes one index a row, or one sample.
 class IndexRows {
  public:
-  IndexRows(const IndexOptions& options, OutputStream& output)
-      : selection_(options.indices),
+  IndexRows(const IndexOptions& options, bool hasGeometries, OutputStream& output)
+      : hasGeometries_(hasGeometries),
+        selection_(options.indices),
         illuminants_(options.viewing.Illuminants()),
         observer_(options.viewing.Observer()),
         format_(options.format),
@@ -118,8 +133,9 @@ class IndexRows {
         ganzGriesser_(ParametersOf(options)),
         report_(options.report, ReportText::kIndices),
         rows_(report_.Rows(options.format, output,
-                           options.wide ? WideColumns(selection_, illuminants_, ganzGriesser_.has_value())
-                                        : LongColumns())) {
+                           WithGeometry(hasGeometries, options.wide ? WideColumns(selection_, illuminants_,
+                                                                                  ganzGriesser_.has_value())
+                                                                    : LongColumns()))) {
     report_.AddFile(ReportText::kInputFile, options.file);
     report_.AddFile(ReportText::kStandardsFile, options.standard);
     if (!options.ganzGriesser.empty()) report_.AddFile(ReportText::kInputFile, options.ganzGriesser);
@@ -133,34 +149,34 @@ class IndexRows {
   bool NeedsCurves() const { return selection_.Has(kInconstancy); }
 
   /// A sample that has a curve.
-  void AddSample(std::string_view id, const CReflData& curve) {
-    StartSample(id);
+  void AddSample(const SampleName& sample, const CReflData& curve) {
+    StartSample(sample);
     CTrisValues xyz;
     for (const vrxIlluminant illuminant : illuminants_) {
       curve.Tristimulus(illuminant, observer_, xyz);
-      AddColor(id, illuminant, xyz);
-      if (illuminant != illuminants_.front()) AddInconstancy(id, illuminant, curve);
-      AddGanzGriesser(id, illuminant, xyz);
+      AddColor(sample, illuminant, xyz);
+      if (illuminant != illuminants_.front()) AddInconstancy(sample, illuminant, curve);
+      AddGanzGriesser(sample, illuminant, xyz);
       EndIlluminant(illuminant, xyz);
     }
     EndSample();
   }
   /// A sample of which the colour alone is known.
-  void AddSample(std::string_view id, const CTrisValues& xyz) {
-    StartSample(id);
+  void AddSample(const SampleName& sample, const CTrisValues& xyz) {
+    StartSample(sample);
     for (const vrxIlluminant illuminant : illuminants_) {
-      AddColor(id, illuminant, xyz);
-      AddGanzGriesser(id, illuminant, xyz);
+      AddColor(sample, illuminant, xyz);
+      AddGanzGriesser(sample, illuminant, xyz);
       EndIlluminant(illuminant, xyz);
     }
     EndSample();
   }
 
   /// An index of a pair, which the wide form leaves out. A table leaves out what does not exist under the illuminant.
-  void Add(std::string_view id, vrxIlluminant illuminant, const std::string& label, IndexForm form,
+  void Add(const SampleName& sample, vrxIlluminant illuminant, const std::string& label, IndexForm form,
            double value, std::string_view note = "") {
     if (wide_ || (format_ == Format::kTable && IsUnset(value))) return;
-    rows_->Text(id);
+    PutName(sample);
     rows_->Text(ShownIlluminant(illuminant));
     rows_->Integer(DegreesOf(observer_));
     rows_->Text(label);
@@ -176,15 +192,15 @@ class IndexRows {
   }
 
  private:
-  void AddColor(std::string_view id, vrxIlluminant illuminant, const CTrisValues& xyz) {
+  void AddColor(const SampleName& sample, vrxIlluminant illuminant, const CTrisValues& xyz) {
     for (const ColorIndex& index : ColorIndices()) {
-      if (selection_.Has(index)) AddIndex(id, illuminant, index, xyz);
+      if (selection_.Has(index)) AddIndex(sample, illuminant, index, xyz);
     }
     for (const ColorFigure& figure : ColorFigures()) {
       if (!selection_.Has(figure.name)) continue;
       const double value = figure.function(illuminant, observer_, xyz);
       wide_ ? rows_->Number(value)
-            : Add(id, illuminant, std::string(figure.label), IndexForm::kDirect, value);
+            : Add(sample, illuminant, std::string(figure.label), IndexForm::kDirect, value);
     }
   }
 
@@ -197,7 +213,7 @@ class IndexRows {
     return ReadGanzGriesser(options.ganzGriesser);
   }
 
-  void AddGanzGriesser(std::string_view id, vrxIlluminant illuminant, const CTrisValues& xyz) {
+  void AddGanzGriesser(const SampleName& sample, vrxIlluminant illuminant, const CTrisValues& xyz) {
     if (!ganzGriesser_ || illuminant != vrxIllumD65) return;
     const double whiteness = ganzGriesser_->Whiteness(xyz.Values()), tint = ganzGriesser_->Tint(xyz.Values());
     if (wide_) {
@@ -205,12 +221,12 @@ class IndexRows {
       rows_->Number(tint);
       return;
     }
-    Add(id, illuminant, "Whiteness: Ganz-Griesser", IndexForm::kDirect, whiteness);
-    Add(id, illuminant, "Tint: Ganz-Griesser", IndexForm::kDirect, tint);
+    Add(sample, illuminant, "Whiteness: Ganz-Griesser", IndexForm::kDirect, whiteness);
+    Add(sample, illuminant, "Tint: Ganz-Griesser", IndexForm::kDirect, tint);
   }
 
   // Both forms of an index; in the wide form the direct one where the index is defined for the illuminant.
-  void AddIndex(std::string_view id, vrxIlluminant illuminant, const ColorIndex& index,
+  void AddIndex(const SampleName& sample, vrxIlluminant illuminant, const ColorIndex& index,
                 const CTrisValues& xyz) {
     if (wide_) {
       IndexTerms terms;
@@ -222,24 +238,29 @@ class IndexRows {
     for (const IndexForm form : {IndexForm::kDirect, IndexForm::kRecalculated}) {
       const IndexFunction function = index.Function(form);
       if (function == nullptr) continue;
-      Add(id, illuminant, IndexLabel(index, form).ToUtf8(), form, function(illuminant, observer_, xyz),
+      Add(sample, illuminant, IndexLabel(index, form).ToUtf8(), form, function(illuminant, observer_, xyz),
           outside ? "outside the limits of the CIE equations" : "");
     }
   }
 
-  void AddInconstancy(std::string_view id, vrxIlluminant test, const CReflData& curve) {
+  void AddInconstancy(const SampleName& sample, vrxIlluminant test, const CReflData& curve) {
     if (!selection_.Has(kInconstancy)) return;
     const vrxIlluminant reference = illuminants_.front();
     const double value =
         InconstancyIndex(reference, test, observer_, curve, DefaultSettings(vrxSystemCie2000));
     wide_ ? rows_->Number(value)
-          : Add(id, test, "Colour inconstancy (CAT16, CIEDE2000): " + ShownIlluminant(reference),
+          : Add(sample, test, "Colour inconstancy (CAT16, CIEDE2000): " + ShownIlluminant(reference),
                 IndexForm::kDirect, value);
   }
 
-  void StartSample(std::string_view id) {
+  void PutName(const SampleName& sample) {
+    rows_->Text(sample.id);
+    if (hasGeometries_) rows_->Text(GeometryName(sample.geometry));
+  }
+
+  void StartSample(const SampleName& sample) {
     if (!wide_) return;
-    rows_->Text(id);
+    PutName(sample);
     rows_->Integer(DegreesOf(observer_));
   }
   void EndIlluminant(vrxIlluminant illuminant, const CTrisValues& xyz) {
@@ -250,6 +271,7 @@ class IndexRows {
     if (wide_) rows_->EndRow();
   }
 
+  bool hasGeometries_;
   FigureSelection selection_;
   std::vector<vrxIlluminant> illuminants_;
   int32_t observer_;
@@ -266,37 +288,55 @@ struct DrawdownGeometries {
 };
 constexpr DrawdownGeometries kDrawdowns[] = {{29, 30}, {34, 35}};
 
-// Puts the two measurements of a drawdown together, which follow each other in the file.
+// Puts the two measurements of a drawdown together, wherever they are in the file.
 class Drawdowns {
  public:
   explicit Drawdowns(IndexRows& rows) : rows_(rows) {}
 
-  void Take(const CurveRow& row) {
-    for (const auto& [overWhite, overBlack] : kDrawdowns) {
-      if (row.id != id_) break;
-      if (row.geometry == overBlack && geometry_ == overWhite) AddRatio(row.id, row.curve, curve_);
-      if (row.geometry == overWhite && geometry_ == overBlack) AddRatio(row.id, curve_, row.curve);
+  void Take(const CurveReader& curves, const CurveRow& row) {
+    for (std::size_t kind = 0; kind < std::size(kDrawdowns); ++kind) {
+      const bool isOverWhite = row.geometry == kDrawdowns[kind].overWhite;
+      if (!isOverWhite && row.geometry != kDrawdowns[kind].overBlack) continue;
+      Drawdown& drawdown = drawdowns_[{kind, std::string(row.id)}];
+      (isOverWhite ? drawdown.overWhite : drawdown.overBlack) += 1;
+      if (drawdown.overWhite == 0 || drawdown.overBlack == 0) {
+        drawdown.first = std::make_unique<CReflData>(row.curve);
+        continue;
+      }
+      RequireOneReadingEach(curves, row.id, drawdown);
+      isOverWhite ? AddRatio(row.id, *drawdown.first, row.curve)
+                  : AddRatio(row.id, row.curve, *drawdown.first);
+      drawdown.first.reset();
     }
-    id_ = row.id;
-    geometry_ = row.geometry;
-    curve_ = row.curve;
   }
 
  private:
+  struct Drawdown {
+    std::size_t overWhite = 0, overBlack = 0;  // readings
+    std::unique_ptr<CReflData> first;          // until the other one is there
+  };
+
+  // Of several readings nobody said which two belong together.
+  static void RequireOneReadingEach(const CurveReader& curves, std::string_view id,
+                                    const Drawdown& drawdown) {
+    if (drawdown.overWhite + drawdown.overBlack == 2) return;
+    curves.Source().FailRow("\"" + std::string(id) +
+                            "\" has several readings over white or over black, of which contrast ratios "
+                            "differ; vrx average makes one of each");
+  }
+
   void AddRatio(std::string_view id, const CReflData& black, const CReflData& white) {
     const std::string label = CString::Load(kStringContrastRatio).ToUtf8();
     CTrisValues overBlack, overWhite;
     for (const vrxIlluminant illuminant : rows_.Illuminants()) {
       black.Tristimulus(illuminant, rows_.Observer(), overBlack);
       white.Tristimulus(illuminant, rows_.Observer(), overWhite);
-      rows_.Add(id, illuminant, label, IndexForm::kDirect, ContrastRatio(overBlack, overWhite));
+      rows_.Add({id}, illuminant, label, IndexForm::kDirect, ContrastRatio(overBlack, overWhite));
     }
   }
 
   IndexRows& rows_;
-  std::string id_;
-  int32_t geometry_ = kNoGeometry;
-  CReflData curve_;
+  std::map<std::pair<std::size_t, std::string>, Drawdown> drawdowns_;  // by place in kDrawdowns and id
 };
 
 // Metamerism against the standard between the first illuminant and each other one.
@@ -306,7 +346,7 @@ void AddMetamerism(const CurveRow& row, const CReflData& standard, IndexRows& ro
       CString::Load(kStringMetamerismIndex).ToUtf8() + ": " + ShownIlluminant(reference);
   for (std::size_t i = 1; i < rows.Illuminants().size(); ++i) {
     const vrxIlluminant test = rows.Illuminants()[i];
-    rows.Add(row.id, test, label, IndexForm::kDirect,
+    rows.Add({row.id, row.geometry}, test, label, IndexForm::kDirect,
              MetamerismIndex(reference, test, rows.Observer(), standard, row.curve));
   }
 }
@@ -315,8 +355,7 @@ void AddMetamerism(const CurveRow& row, const CReflData& standard, IndexRows& ro
 std::unique_ptr<Standards> OpenStandards(const IndexOptions& options, CurveReader& samples) {
   if (options.standard.empty()) return nullptr;
   CurveReader reader = OpenCurves(options.standard, options.input.OfStandards());
-  return options.pairs ? PairedStandards(std::move(reader))
-                       : OneStandard(std::move(reader), options.standardId, &samples);
+  return StandardsForTrials(std::move(reader), options.standardId, options.pairs, samples);
 }
 
 void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
@@ -326,8 +365,8 @@ void AddCurves(CurveReader curves, Standards* standards, IndexRows& rows) {
   rows.Report().SetMeasured(curves);
   while (curves.Next(row)) {
     rows.Report().AddCurve(row.curve);
-    rows.AddSample(row.id, row.curve);
-    drawdowns.Take(row);
+    rows.AddSample({row.id, row.geometry}, row.curve);
+    drawdowns.Take(curves, row);
     if (standards != nullptr) AddMetamerism(row, standards->Of(row).sample.curve, rows);
     progress.Update(curves.Source().Position());
   }
@@ -346,7 +385,7 @@ void AddColors(CurveReader colors, IndexRows& rows) {
   if (rows.NeedsCurves()) colors.Source().FailRow("inconstancy needs curves");
   while (colors.Next(row)) {
     std::ranges::copy(row.color, xyz.begin());
-    rows.AddSample(row.id, xyz);
+    rows.AddSample({row.id, row.geometry}, xyz);
   }
   WarnAboutInput(colors);
   rows.Report().AddInput(colors);
@@ -380,7 +419,7 @@ void RunIndex(IndexOptions& options) {
   const Sample::Kind kind = samples.Kind();
   if (kind != Sample::kLab) options.viewing.Follow({&samples});
   OutputStream output;
-  IndexRows rows(options, output);
+  IndexRows rows(options, samples.HasGeometries(), output);
   if (kind == Sample::kCurve) {
     AddCurves(std::move(samples), standards.get(), rows);
   } else if (standards) {

@@ -26,13 +26,9 @@ std::unique_ptr<Standards> OpenStandards(const ComparisonOptions& options, Viewi
                            : OpenCurves(options.standard, options.input.OfStandards(), options.content);
   RequireCurvesToSum(options.input, {&trials, &reader});
   viewing.Follow({&reader, &trials});
-  if (trials.HasStandards() && !options.standardId.empty()) {
-    throw InputError("--standard-id: the trials already name their standards in a column");
-  }
-  if (options.pairs || trials.HasStandards()) return PairedStandards(std::move(reader));
-  if (options.chooseStandards && options.standardId.empty())
-    return options.chooseStandards(std::move(reader));
-  return OneStandard(std::move(reader), options.standardId, &trials);
+  const bool areNamed = options.pairs || trials.HasStandards() || !options.standardId.empty();
+  if (options.chooseStandards && !areNamed) return options.chooseStandards(std::move(reader));
+  return StandardsForTrials(std::move(reader), options.standardId, options.pairs, trials);
 }
 
 }  // namespace

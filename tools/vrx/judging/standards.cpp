@@ -345,4 +345,12 @@ std::unique_ptr<Standards> PairedStandards(CurveReader reader) {
   return std::make_unique<StandardOfItsOwn>(std::move(reader));
 }
 
+std::unique_ptr<Standards> StandardsForTrials(CurveReader reader, const std::string& id, bool pairs,
+                                              CurveReader& trials) {
+  if (trials.HasStandards() && !id.empty())
+    throw InputError("--standard-id: the trials already name their standards in a column");
+  if (pairs || trials.HasStandards()) return PairedStandards(std::move(reader));
+  return OneStandard(std::move(reader), id, &trials);
+}
+
 }  // namespace vrx::tool

@@ -56,6 +56,11 @@ std::unique_ptr<Standards> OneStandard(CurveReader reader, const std::string& id
 /// pipe. The order of the rows makes no difference.
 std::unique_ptr<Standards> PairedStandards(CurveReader reader);
 
+/// Those of a file of standards for a file of trials: paired where asked for or where the trials name theirs in a column, else one for
+/// all. Throws InputError where both the column and `id` name standards.
+std::unique_ptr<Standards> StandardsForTrials(CurveReader reader, const std::string& id, bool pairs,
+                                              CurveReader& trials);
+
 }  // namespace vrx::tool
 
 #endif  // TOOLS_VRX_JUDGING_STANDARDS_H_
