@@ -47,9 +47,26 @@ CDifferenceSettings SettingsOf(const Comparison& comparison) {
   return settings;
 }
 
-Judgement JudgementOf(const Curve& standard, const Curve& trial, double tolerance,
+// Curves do not say at which angle they were measured, and weights at another one make another verdict.
+double AngleOf(const Comparison& comparison) {
+  constexpr double kLeast = -45.0, kLargest = 110.0;
+  if (comparison.angle.empty()) {
+    const DifferenceSystem& system = *FindDifferenceSystem(io::ParseSystem(comparison.system));
+    if (system.readsAngle)
+      throw io::InputError(std::string(system.shortName) +
+                           " depends on the measuring angle: name it behind the parameters, which may be ''");
+    return JudgeDefaults::kAngle;
+  }
+  double angle = 0;
+  if (!io::ParseDecimal(comparison.angle, '.', angle) || angle < kLeast || angle > kLargest)
+    throw io::InputError("the angle must be from -45 to 110 degrees");
+  return angle;
+}
+
+Judgement JudgementOf(const Curve& standard, const Curve& trial, double tolerance, double angle,
                       const Comparison& comparison) {
   JudgeConditions conditions;
+  conditions.angle = angle;
   conditions.difference = SettingsOf(comparison);
   conditions.illuminants.clear();
   for (const std::string& code : io::SplitList(comparison.illuminants, ','))
@@ -62,8 +79,8 @@ Judgement JudgementOf(const Curve& standard, const Curve& trial, double toleranc
 }
 
 JudgementUnder JudgementUnderOne(const Curve& standard, const Curve& trial, const Comparison& comparison) {
-  const Judgement judgement =
-      JudgementOf(standard, trial, std::numeric_limits<double>::infinity(), comparison);
+  const Judgement judgement = JudgementOf(standard, trial, std::numeric_limits<double>::infinity(),
+                                          JudgeDefaults::kAngle, comparison);
   if (judgement.under.size() != 1) throw io::InputError("one illuminant is expected");
   return judgement.under.front();
 }
@@ -85,6 +102,7 @@ std::optional<Triple> LabOf(const Curve& curve, const std::string& illuminant, s
 
 std::optional<double> DeltaOf(const Curve& standard, const Curve& trial, const Comparison& comparison) {
   const CDifferenceSettings settings = SettingsOf(comparison);
+  const double angle = AngleOf(comparison);
   const std::vector<std::string> codes = io::SplitList(comparison.illuminants, ',');
   if (codes.size() != 1) throw io::InputError("one illuminant is expected");
   const vrxIlluminant illuminant = IlluminantNamed(codes.front());
@@ -94,8 +112,7 @@ std::optional<double> DeltaOf(const Curve& standard, const Curve& trial, const C
   };
   const ColorTable a = colorsOf(standard), b = colorsOf(trial);
   double total = kUnset;
-  TotalDifferenceBatch(settings, JudgeDefaults::kAngle, a.Batches().front(), b.Batches().front(),
-                       {&total, 1});
+  TotalDifferenceBatch(settings, angle, a.Batches().front(), b.Batches().front(), {&total, 1});
   return total;
 }
 
@@ -108,7 +125,7 @@ std::optional<std::string> WordsOf(const Curve& standard, const Curve& trial, co
 std::string VerdictOf(const Curve& standard, const Curve& trial, double tolerance,
                       const Comparison& comparison) {
   if (!(tolerance > 0.0)) throw io::InputError("the tolerance must be a number above 0");
-  return io::TextOf(JudgementOf(standard, trial, tolerance, comparison).Worst());
+  return io::TextOf(JudgementOf(standard, trial, tolerance, AngleOf(comparison), comparison).Worst());
 }
 
 }  // namespace vrx::sql

@@ -27,9 +27,11 @@ struct Comparison {
   std::string system, illuminants;  ///< "cmc"; "D65,A"
   std::int32_t observer = kObserver10;
   std::string parameters = {};  ///< "2:1", the first ones of the system; the others stay as they usually are
+  std::string angle = {};       ///< aspecular, in degrees, for systems that depend on it, which need one
 };
 
-/// The total difference under one illuminant; none where there is none.
+/// The total difference under one illuminant; none where there is none. Throws io::InputError, as VerdictOf does, where the system
+/// depends on the measuring angle and there is none.
 std::optional<double> DeltaOf(const Curve& standard, const Curve& trial, const Comparison& comparison);
 /// The shade words under one illuminant, "Darker, Less Yellow", an empty text for none; nothing where there is no difference.
 std::optional<std::string> WordsOf(const Curve& standard, const Curve& trial, const Comparison& comparison);

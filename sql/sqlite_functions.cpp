@@ -114,13 +114,13 @@ void ColorList(const Call& call) {
   color ? call.GiveList(*color) : call.GiveNull();
 }
 
-// (standard, trial, system, ...), where illuminants, observer and parameters stand from `next` on.
+// (standard, trial, system, ...), where illuminants, observer, parameters and angle stand from `next` on.
 Comparison ComparisonAt(const Call& call, std::size_t next) {
   return {call.Text(2), call.Text(next), call.ObserverAt(next + 1),
-          call.Has(next + 2) ? call.Text(next + 2) : ""};
+          call.Has(next + 2) ? call.Text(next + 2) : "", call.Has(next + 3) ? call.Text(next + 3) : ""};
 }
 
-// vrx_delta(standard, trial, system, illuminant [, observer [, parameters]]): the total difference.
+// vrx_delta(standard, trial, system, illuminant [, observer [, parameters [, angle]]]): the total difference.
 void Delta(const Call& call) {
   const std::optional<double> delta = DeltaOf(call.CurveAt(0), call.CurveAt(1), ComparisonAt(call, 3));
   delta ? call.GiveNumber(*delta) : call.GiveNull();
@@ -132,7 +132,7 @@ void Words(const Call& call) {
   words ? call.GiveText(*words) : call.GiveNull();
 }
 
-// vrx_judge(standard, trial, system, tolerance, illuminants [, observer [, parameters]]): the worst verdict of the total.
+// vrx_judge(standard, trial, system, tolerance, illuminants [, observer [, parameters [, angle]]]): the worst verdict of the total.
 void Judge(const Call& call) {
   double tolerance = 0;
   if (!io::ParseDecimal(call.Text(3), '.', tolerance)) tolerance = 0;
@@ -170,9 +170,9 @@ constexpr Function kFunctions[] = {
     {"vrx_values", 1, 1, Guarded<Values>},
     {"vrx_tristimulus", 2, 3, Guarded<ColorList<TristimulusOf>>},
     {"vrx_lab", 2, 3, Guarded<ColorList<LabOf>>},
-    {"vrx_delta", 4, 6, Guarded<Delta>},
+    {"vrx_delta", 4, 7, Guarded<Delta>},
     {"vrx_words", 4, 6, Guarded<Words>},
-    {"vrx_judge", 5, 7, Guarded<Judge>},
+    {"vrx_judge", 5, 8, Guarded<Judge>},
     {"vrx_version", 0, 0, Guarded<Version>},
 };
 

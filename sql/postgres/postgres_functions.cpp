@@ -37,7 +37,7 @@ struct ServerArguments {
     const char* data;
     std::size_t size;
   };
-  static constexpr std::size_t kMost = 7;
+  static constexpr std::size_t kMost = 8;
   std::array<Part, kMost> parts;  // texts, and the numbers of curves
   std::array<double, kMost> numbers;
 };
@@ -100,9 +100,10 @@ std::int32_t ObserverAt(const ServerArguments& arguments, std::size_t i) {
   return io::ParseObserver(std::to_string(static_cast<int>(arguments.numbers.at(i))));
 }
 
+// Where words are asked for there is no angle, and its place is empty.
 Comparison ComparisonAt(const ServerArguments& arguments, std::size_t next) {
   return {TextAt(arguments, 2), TextAt(arguments, next), ObserverAt(arguments, next + 1),
-          TextAt(arguments, next + 2)};
+          TextAt(arguments, next + 2), TextAt(arguments, next + 3)};
 }
 
 template <std::optional<Triple> (*COLOR)(const Curve&, const std::string&, std::int32_t)>
@@ -172,9 +173,9 @@ Datum Given(FunctionCallInfo fcinfo, const ServerAnswer& answer) {
 
 VRX_SQL_FUNCTION(vrx_tristimulus, "cti", ColorTriple<vrx::sql::TristimulusOf>)
 VRX_SQL_FUNCTION(vrx_lab, "cti", ColorTriple<vrx::sql::LabOf>)
-VRX_SQL_FUNCTION(vrx_delta, "ccttit", Delta)
+VRX_SQL_FUNCTION(vrx_delta, "ccttitt", Delta)
 VRX_SQL_FUNCTION(vrx_words, "ccttit", Words)
-VRX_SQL_FUNCTION(vrx_judge, "cctntit", Judge)
+VRX_SQL_FUNCTION(vrx_judge, "cctntitt", Judge)
 
 extern "C" __attribute__((visibility("default"))) const Pg_finfo_record* pg_finfo_vrx_version(void);
 extern "C" __attribute__((visibility("default"))) Datum vrx_version(FunctionCallInfo fcinfo);

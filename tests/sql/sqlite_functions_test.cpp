@@ -10,6 +10,7 @@
 #include <sqlite3.h>
 
 #include <vrxio/text/decimal.h>
+#include <vrxmath/batch/difference_batch.h>
 #include <vrxmath/batch/sample_colors.h>
 #include <vrxmath/colorimetry/color_differences.h>
 
@@ -90,6 +91,33 @@ TEST_F(SqliteFunctions, AnswerWithTheLibrarysBits) {
   EXPECT_EQ(Of("vrx_words(s.curve, t.curve, 'lab', 'A')", 40), "");
 }
 
+// Curves do not say their angle: weights at 45 degrees pass what those at 110 warn of.
+TEST_F(SqliteFunctions, TheMeasuringAngleIsAsked) {
+  const std::vector<double> greys(40, 42.0), standard(40, 40.0);
+  vrx::CDifferenceSettings settings = vrx::DefaultSettings(vrx::vrxSystemDin6175);
+  settings.ownFormula = true;
+  const vrx::vrxIlluminant lamp = vrx::vrxIllumD65;
+  const auto colors = [&](const std::vector<double>& curve) {
+    return vrx::ColorsOf(vrx::CurveBatch{curve}, settings.system, {&lamp, 1}, vrx::kObserver10);
+  };
+  const vrx::ColorTable a = colors(standard), b = colors(greys);
+  for (const double angle : {15.0, 110.0}) {
+    double total = 0;
+    vrx::TotalDifferenceBatch(settings, angle, a.Batches().front(), b.Batches().front(), {&total, 1});
+    const std::string degrees = ShortestText(angle);
+    EXPECT_EQ(
+        Of("vrx_delta(s.curve, t.curve, 'din6175', 'D65', 10, '', " + degrees + ") = " + ShortestText(total),
+           42),
+        "1")
+        << degrees;
+    EXPECT_EQ(Of("vrx_judge(s.curve, t.curve, 'din6175', " + ShortestText(total * 1.01) +
+                     ", 'D65', 10, '', '" + degrees + "')",
+                 42),
+              "warning");
+  }
+  EXPECT_EQ(Of("vrx_words(s.curve, t.curve, 'din6175', 'D65')", 42), "Lighter");
+}
+
 TEST_F(SqliteFunctions, TheWorstLampDecides) {
   // Redder from 610 nm on, where a bulb has more of its light.
   const std::string redder =
@@ -127,6 +155,13 @@ TEST_F(SqliteFunctions, RefuseWhatMeansNothing) {
       {"vrx_delta(t.curve, t.curve, 'cmc', 'D65,A')", "vrx_delta: one illuminant is expected"},
       {"vrx_delta(t.curve, t.curve, 'xyzzy', 'A')", "vrx_delta: unknown"},
       {"vrx_delta(t.curve, t.curve, 'cmc', 'A', 10, '1:2:3:4')", "vrx_delta: the system has 3 parameters"},
+      {"vrx_delta(t.curve, t.curve, 'din6175', 'A')", "vrx_delta: din6175 depends on the measuring angle"},
+      {"vrx_judge(t.curve, t.curve, 'audi', 1, 'A', 10, '')",
+       "vrx_judge: audi depends on the measuring angle"},
+      {"vrx_judge(t.curve, t.curve, 'audi', 1, 'A', 10, '', 'x')",
+       "the angle must be from -45 to 110 degrees"},
+      {"vrx_judge(t.curve, t.curve, 'audi', 1, 'A', 10, '', 111)",
+       "the angle must be from -45 to 110 degrees"},
       {"vrx_judge(t.curve, t.curve, 'cmc', -1, 'A')", "vrx_judge: the tolerance must be a number above 0"},
       {"vrx_judge(t.curve, t.curve, 'cmc', 9e999, 'A')", "vrx_judge: the tolerance must be a number above 0"},
       {"vrx_lab(t.curve)", "wrong number of arguments"},

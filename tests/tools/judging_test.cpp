@@ -508,6 +508,20 @@ TEST_F(Judging, EveryReadingCounts) {
             "block,trial,dL,da,db\n555,t,0,0,0\nA55,S,9,0,0\n");
 }
 
+// A geometry without an aspecular angle says no more than none. Whoever saw no word took the weights for those of his angle.
+TEST_F(Judging, TheUsualAngleIsTold) {
+  folder_.Write("sci.csv", "id,geometry,L,a,b\nx,SCI,50,0,0\n");
+  folder_.Write("at15.csv", "id,geometry,L,a,b\nx,15deg,50,0,0\n");
+  for (const std::string command : {"judge %", "plot plane % --output p.svg", "swatch % --output s.png"}) {
+    for (const auto& [files, isTold] : {std::pair("sci.csv sci.csv", true), {"at15.csv at15.csv", false}}) {
+      std::string run = command + " --illuminants D65 --system din6175";
+      run.replace(run.find('%'), 1, files);
+      EXPECT_EQ(Run(run).err.find("45 degrees are assumed") != std::string::npos, isTold) << run;
+      EXPECT_EQ(Run(run + " --angle 15").err.find("assumed"), std::string::npos) << run;
+    }
+  }
+}
+
 TEST_F(Judging, Refusals) {
   folder_.Write("twice.csv", "id,L,a,b\ns,50,10,10\ns,53,10,10\n");
   folder_.Write("pairs.csv", "id,L1,a1,b1,L2,a2,b2\np,50,0,0,80,30,0\n");

@@ -437,6 +437,8 @@ TEST_F(Report, FactsSayHowWasJudged) {
       {"--system lab --warning 0.6", "Warningabove 0.60 of a limit"},
       {"--observer 2", "Observer2 degrees"},
       {"--parameters 1.5,1", "DifferenceCMC (L:C) = 1.50 : 1.00, cf = 1.00"},
+      {"--system din6175", "DifferenceDIN6175 (gL:gC:gH) = 1.00 : 1.00 : 1.00, 45\xC2\xB0"},
+      {"--system din6175 --angle 110", "DifferenceDIN6175 (gL:gC:gH) = 1.00 : 1.00 : 1.00, 110\xC2\xB0"},
       {"--report-author \"<i>A & B</i>\"", "<i>A & B</i>"},
       {"--report-customer \"<i>C</i>\"", "Customer<i>C</i>"},
       {"--report-lot 4711", "Lot4711"},

@@ -63,6 +63,12 @@ class StandardsOfFiles {
   std::unordered_map<std::string, std::size_t> places_;
 };
 
+// Conditions that were not said are kept with a standard, and judge by it from then on.
+bool TakesUsualAngle(const store::Standard& standard) {
+  return standard.conditions && standard.conditions->angle == JudgeDefaults::kAngle &&
+         !std::ranges::all_of(standard.curves, SystemOptions::HasAngle, &store::MeasuredCurve::geometry);
+}
+
 void RunAdd(const StandardOptions& options, const Command& command) {
   StandardsOfFiles files;
   for (const std::string& file : options.files) files.Read(file, options.input);
@@ -71,6 +77,7 @@ void RunAdd(const StandardOptions& options, const Command& command) {
   for (store::Standard& standard : files.All()) settings.Give(standard);
   const store::AddedStandards added = job->AddStandards(files.All(), options.job.Author());
   settings.SayWhatWasKept();
+  options.judging.system.WarnAboutAngle(std::ranges::none_of(files.All(), TakesUsualAngle));
   if (!added.returned.empty()) {
     PrintMessage(options.job.Shown() + ": " + Listed(added.returned) +
                  ": in use again; conditions and limits of before are not kept");

@@ -178,8 +178,10 @@ ExitStatus RunJudge(JudgeOptions& options, const Command& command) {
   const auto report = MakeReport(options, settings, comparison);
   TrialSelection selection(options, results.get());
   JudgeSummaries summaries(settings.illuminants.size(), JudgeSummary(settings.difference.system));
+  bool areAnglesKnown = true;
   JudgingPipeline pipeline(comparison, settings, options.worstFirst ? nullptr : results.get(),
                            [&](const PipelineTrial& judged, const Standard& standard, const Judge& judge) {
+                             areAnglesKnown = areAnglesKnown && SystemOptions::HasAngle(standard.geometry);
                              const TrialJudgement& judgement = judged.judgement;
                              for (std::size_t i = 0; i < summaries.size(); ++i) {
                                summaries[i].Add(judgement.trial, judgement.under[i]);
@@ -198,7 +200,7 @@ ExitStatus RunJudge(JudgeOptions& options, const Command& command) {
   output.Finish();
   comparison.WarnAboutInput();
   WarnAboutLimits(options.judging, settings, job ? job->File() : "");
-  options.judging.system.WarnAboutAngle(comparison.Trials().HasGeometries());
+  options.judging.system.WarnAboutAngle(areAnglesKnown);
   const bool allPass = std::ranges::all_of(
       summaries, [](const JudgeSummary& summary) { return summary.verdicts[kPass] == summary.Samples(); });
   return options.strict && !allPass ? kExitNotPassed : kExitPass;

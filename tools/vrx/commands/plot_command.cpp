@@ -43,14 +43,17 @@ JudgedTrials JudgeTrials(const PlotOptions& options, Comparison& comparison, con
   }
   Judge judge(settings);
   TrialJudgement judgement;
+  bool areAnglesKnown = true;
   comparison.ForEachTrial([&](const CurveRow& trial, const Standard& standard) {
     if (!options.trialId.empty() && trial.id != options.trialId) return;
     if (geometry != kNoGeometry && trial.geometry != geometry) return;
     judge.Evaluate(standard, trial);
     judge.Take(0, judgement);
     judged.Add(trial, judgement, standard, judge, 0);
+    areAnglesKnown = areAnglesKnown && SystemOptions::HasAngle(standard.geometry);
   });
   comparison.WarnAboutInput();
+  options.judging.system.WarnAboutAngle(areAnglesKnown);
   if (judged.Trials().empty()) throw InputError(options.comparison.trials + ": there is no such trial");
   return judged;
 }

@@ -182,18 +182,22 @@ class Sheet {
 // ----------------------------------------------------------------------------------------------------------
 
 // Judges the trials. In a file that holds the standard too, every other row is a trial.
-std::vector<Card> JudgeAll(Comparison& comparison, bool oneFile, const JudgeSettings& settings) {
+std::vector<Card> JudgeAll(Comparison& comparison, bool oneFile, const JudgeSettings& settings,
+                           const SystemOptions& system) {
   std::vector<Card> cards;
   Judge judge(settings);
   OwnRows own;
+  bool areAnglesKnown = true;
   comparison.ForEachTrial([&](const CurveRow& trial, const Standard& standard) {
     if (oneFile && own.Take(standard, trial)) return;
     if (cards.size() == kMaxTrials)
       comparison.Trials().Source().FailRow("more than 1000 trials for one picture");
     judge.Evaluate(standard, trial);
+    areAnglesKnown = areAnglesKnown && SystemOptions::HasAngle(standard.geometry);
     cards.push_back(MakeCard(settings, judge, standard, trial));
   });
   comparison.WarnAboutInput();
+  system.WarnAboutAngle(areAnglesKnown);
   if (cards.empty()) throw InputError(comparison.Trials().Source().Name() + ": there are no trials");
   return cards;
 }
@@ -206,7 +210,7 @@ void RunSwatch(SwatchOptions& options) {
   if (oneFile) files.trials = files.standard;
   Comparison comparison(files, options.judging.viewing);
   const JudgeSettings settings = SettingsOf(options.judging);
-  const std::vector<Card> cards = JudgeAll(comparison, oneFile, settings);
+  const std::vector<Card> cards = JudgeAll(comparison, oneFile, settings, options.judging.system);
   WarnAboutLimits(options.judging, settings);
   const Sheet sheet(settings, cards);
   SavePicture(sheet.Draw(), {sheet.Width(), sheet.Height(), kSurround}, options.output);

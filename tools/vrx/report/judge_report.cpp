@@ -7,6 +7,8 @@
 #include <numeric>
 #include <utility>
 
+#include <vrxio/text/decimal.h>
+#include <vrxmath/colorimetry/difference_systems.h>
 #include <vrxmath/judging/shade.h>
 
 #include "tools/vrx/base/text.h"
@@ -216,6 +218,14 @@ void JudgeReport::AddMeasured(const CurveReader& rows, const Dates& dates) {
                      : page_.AddMeasured(MeasuringText(rows), dates.from, dates.to);
 }
 
+// The title of the system, with the angle where it counts and some geometry does not say it.
+std::string JudgeReport::SystemText() const {
+  std::string text = TitleOf(settings_.difference);
+  if (hasOpenAngle_ && FindDifferenceSystem(settings_.difference.system)->readsAngle)
+    text.append(", ").append(ShortestText(settings_.angle)).append("\u00B0");
+  return text;
+}
+
 void JudgeReport::AddConditions() {
   page_.BeginSection("conditions", Text(ReportText::kConditions));
   page_.AddWarnings(WarningsOf(comparison_.StandardRows(), comparison_.Trials()));
@@ -230,7 +240,7 @@ void JudgeReport::AddConditions() {
   if (!files_.trials.empty()) page_.AddFile(ReportText::kTrialsFile, files_.trials);
   AddMeasured(comparison_.Trials(), trialDates_);
   if (!files_.profile.empty()) page_.AddFact(ReportText::kProfile, files_.profile);
-  page_.AddFact(ReportText::kSystem, TitleOf(settings_.difference));
+  page_.AddFact(ReportText::kSystem, SystemText());
   if (!files_.limits.empty()) page_.AddFile(ReportText::kTolerance, files_.limits);
   const bool hasLimits = settings_.buildEllipses ||
                          !std::ranges::all_of(settings_.box, [](double limit) { return std::isinf(limit); });

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/vrx/input/conditions.h"
 #include "tools/vrx/judging/judge_summary.h"
 #include "tools/vrx/judging/judging_pipeline.h"
 #include "tools/vrx/report/judged_trials.h"
@@ -40,6 +41,7 @@ class JudgeReport {
   /// A judged trial, with its standard and the judge that holds it. Throws InputError for too many.
   void Add(const PipelineTrial& judged, const Standard& standard, const Judge& judge) {
     judged_.Add(judged.trial, judged.judgement, standard, judge, judged.standard);
+    hasOpenAngle_ = hasOpenAngle_ || !SystemOptions::HasAngle(standard.geometry);
     standardDates_.Take(standard.date);
     trialDates_.Take(judged.trial.date);
   }
@@ -67,6 +69,7 @@ class JudgeReport {
   void AddReasons(std::size_t failed);
   void AddIlluminantCard(const JudgeSummary& summary, std::size_t i);
   void AddConditions();
+  std::string SystemText() const;
   std::string ToleranceText() const;
   std::string ScaleText() const;
   void AddMeasured(const CurveReader& rows, const Dates& dates);
@@ -92,6 +95,7 @@ class JudgeReport {
   JudgeJob job_;
   const Comparison& comparison_;
   Dates standardDates_, trialDates_;
+  bool hasOpenAngle_ = false;  // some geometry says no aspecular angle
   JudgedTrials judged_;
   ReportPage page_;
   bool withName_, withGeometry_;
