@@ -225,6 +225,38 @@ TEST(TableWriters, TwinsOfTheirColumnsAreLeftOut) {
   EXPECT_EQ(Write(parts, Form::kCsv).text, parts);
 }
 
+// Read without it, trials for several standards would all be held against the first one.
+TEST(CxfWriter, TheStandardOfATrialIsReadAgain) {
+  const std::string text = Write("id,standard,L,a,b\n1,S,50,1,-2\n2,R,51,1,-2\n", Form::kCxf).text;
+  const auto standards = [](const std::string& content) {
+    std::istringstream stream(content);
+    const auto reader = Open(stream, {});
+    std::string names = reader->HasStandards() ? "" : "none:";
+    try {
+      for (Measurement sample; reader->Next(sample);) names.append(sample.standard).append(";");
+    } catch (const InputError& error) {
+      names += error.what();
+    }
+    return names;
+  };
+  const auto without = [&](const std::string& part) {
+    std::string other = text;
+    return other.erase(other.find(part), part.size());
+  };
+  EXPECT_EQ(standards(text), "S;R;");
+  EXPECT_NE(standards(without("<cc:Tag Name=\"Standard\" Value=\"R\"/>")).find("S;"), std::string::npos);
+  EXPECT_NE(
+      standards(without("<cc:Tag Name=\"Standard\" Value=\"R\"/>")).find("the object names no standard"),
+      std::string::npos);
+  EXPECT_NE(standards(without("<cc:Tag Name=\"Standard\" Value=\"S\"/>")).find("the first one does not"),
+            std::string::npos);
+  // A tag of another program may mean anything.
+  std::string foreign = text;
+  for (std::size_t at = 0; (at = foreign.find("Name=\"vrx\"")) != std::string::npos;)
+    foreign.replace(at, 10, "Name=\"lab\"");
+  EXPECT_EQ(standards(foreign), "none:;;");
+}
+
 // What the samples of a file are, without the columns that are only kept.
 std::string FactsOf(const std::string& content) {
   std::istringstream stream(content);

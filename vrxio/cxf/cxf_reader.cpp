@@ -50,6 +50,7 @@ class CxfReader final : public MeasurementReader {
     }
     firstLayout_ = samples_.front().layout;
     firstHasXyz_ = samples_.front().xyz.has_value();
+    hasStandards_ = !standard_.empty();
     Rewind();
   }
 
@@ -64,6 +65,7 @@ class CxfReader final : public MeasurementReader {
     sample.id = id_;
     if (id_.empty()) sample.id = id_ = std::to_string(rows_);
     sample.name = name_;
+    sample.standard = StandardOfRow();
     sample.date = read.date.empty() ? std::string_view(date_) : std::string_view(read.date);
     sample.geometry = read.geometry;
     sample.layout = read.layout;
@@ -81,6 +83,7 @@ class CxfReader final : public MeasurementReader {
   std::string_view FormName() const override { return "CxF3"; }
   bool HasIds() const override { return true; }
   bool HasNames() const override { return hasNames_; }
+  bool HasStandards() const override { return hasStandards_; }
   bool HasGeometries() const override { return geometriesDiffer_; }
   bool HasXyz() const override { return firstHasXyz_; }
   const std::string& Name() const override { return markup_.Window().Input().name; }
@@ -357,6 +360,7 @@ class CxfReader final : public MeasurementReader {
   int32_t ReadContent() {
     int32_t values = 0;
     date_.clear();
+    standard_.clear();
     others_.clear();
     otherHeadings_.clear();
     for (int32_t child = xml_.FirstChild(1); child > 0; child = xml_.NextSibling(child)) {
@@ -376,12 +380,24 @@ class CxfReader final : public MeasurementReader {
     return values;
   }
 
+  // Objects name their standards, or none does: the others would be held against whichever comes first.
+  std::string_view StandardOfRow() const {
+    if (standard_.empty() != hasStandards_) return standard_;
+    FailRow(hasStandards_ ? "the object names no standard, and others do"
+                          : "the object names a standard, and the first one does not");
+  }
+
+  // What the schema has no element for stands in tags of a collection of our own; a "Standard" of others may mean anything.
   void ReadTags(int32_t collection) {
+    std::string owner;
+    const bool isOwn = xml_.Attribute(collection, "Name", owner) && owner == "vrx";
     for (int32_t tag = xml_.FirstChild(collection); tag > 0; tag = xml_.NextSibling(tag)) {
       std::string word, value;
       if (!xml_.Attribute(tag, "Name", word) || !xml_.Attribute(tag, "Value", value)) continue;
       if (word == "SampleName") {
         name_ = value;
+      } else if (isOwn && word == "Standard") {
+        standard_ = value;
       } else if (word == "Date") {
         date_ = value;  // one that is no CreationDate by its form
       } else if (!options_.keepsOthers) {
@@ -608,7 +624,7 @@ class CxfReader final : public MeasurementReader {
   std::unordered_set<std::size_t> ids_;
 
   // The object that was read last.
-  std::string id_, name_, date_;
+  std::string id_, name_, date_, standard_;
   std::vector<Sample> samples_;
   std::vector<double> values_;
   std::vector<std::string> others_, otherHeadings_;
@@ -620,6 +636,7 @@ class CxfReader final : public MeasurementReader {
   bool isEnded_ = false;    // behind the last object
   bool hasLights_ = false;  // some object's
   bool hasNames_ = false;
+  bool hasStandards_ = false;  // as the first object
   bool firstHasXyz_ = false;
 };
 
