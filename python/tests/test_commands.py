@@ -204,3 +204,12 @@ def test_averages_of_colours_and_blocks(readings, curves):
             vrx.average(xyz, **wrong)
     with pytest.raises(ValueError, match="row 1 is no measurement"):
         vrx.average([[1.0] * 40, [np.nan] * 40])
+
+
+def test_readings_of_one_mean_have_one_geometry(curves):
+    apart = vrx.CurveArray(curves[:4], geometries=["15deg", "110deg"] * 2)
+    for how in ({"count": 2}, {"of": ["a", "a", "b", "b"]}, {}):
+        with pytest.raises(ValueError, match="different geometries"):
+            vrx.average(apart, **how)
+    assert vrx.average(apart, of=[0, 1, 0, 1]).counts.tolist() == [2, 2]
+    assert vrx.average(vrx.CurveArray(curves[:2], geometries=["15deg", "15\u00b0"])).counts.tolist() == [2]

@@ -80,6 +80,13 @@ def _places(labels: Sequence[Any]) -> dict[Any, list[int]]:
     return places
 
 
+def _need_one_geometry(places: dict[Any, list[int]], geometries: Sequence[str] | None) -> None:
+    """Refuses a mean over geometries, which would be that of none."""
+    for label, rows in places.items():
+        if geometries and len({_core.geometry_name(geometries[row]) for row in rows}) > 1:
+            raise ValueError(f"readings: those of {label!r} have different geometries")
+
+
 def average(readings: Numbers | Measurements, of: Sequence[Hashable] | None = None, *, count: int | None = None,
             space: Literal["lab", "xyz"] = "lab", illuminant: Lamp = "D65", observer: int = 10, limit: float | None = None,
             within: float | None = None, certainty: float = 0.95) -> Averages:
@@ -142,6 +149,7 @@ def average(readings: Numbers | Measurements, of: Sequence[Hashable] | None = No
     if of is not None and len(of) != len(values):
         raise ValueError("of: the sample of each reading is expected")
     places = _places(of if of is not None else [0] * len(values))
+    _need_one_geometry(places, getattr(readings, "geometries", None))
     found = _core.average(values, list(places.values()), space, illuminant, observer, within or 0.0, certainty)
     if within is None:
         del found["needed"]

@@ -526,6 +526,7 @@ TEST_F(Judging, Refusals) {
   folder_.Write("twice.csv", "id,L,a,b\ns,50,10,10\ns,53,10,10\n");
   folder_.Write("pairs.csv", "id,L1,a1,b1,L2,a2,b2\np,50,0,0,80,30,0\n");
   folder_.Write("lots.csv", "id,standard,L,a,b\n1,A,54,0,0\n1,B,46,0,0\n");
+  folder_.Write("angles.csv", "id,geometry,L,a,b\n1,15deg,90,0,0\n1,110deg,30,0,0\n");
   ExpectRefused({
       {"judge s.csv t.csv --illuminants D65 --ellipse --limits dL=1",
        "ellipsoids decide in place of the components"},
@@ -535,6 +536,7 @@ TEST_F(Judging, Refusals) {
       {"delta pairs.csv --warning 0.5", "give the limits, by --tolerance or --limits"},
       {"sort near.csv --illuminants D65", "near.csv: there are no trials beside the standard"},
       {"average lots.csv --count 2", "another standard than those that it is averaged with"},
+      {"average angles.csv --count 2", "another geometry than those that it is averaged with"},
       {"judge s.csv t.csv", "s.csv: a colour belongs to one illuminant"},
       {"judge s.csv named.csv --illuminants D65 --standard-id s", "the trials already name their standards"},
       {"judge s.csv t.csv --illuminants D65 --verdict box", "no component has a limit; use --limits"},

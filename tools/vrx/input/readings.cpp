@@ -122,6 +122,8 @@ std::vector<Readings> ReadReadings(CurveReader& reader, std::size_t count) {
     Readings& readings = count > 0 ? all.back() : all[places.at(key)];
     if (readings.standard != row.standard)
       reader.Source().FailRow("the reading has another standard than those that it is averaged with");
+    if (readings.geometry != row.geometry)
+      reader.Source().FailRow("the reading has another geometry than those that it is averaged with");
     readings.samples.push_back(row);
     TakeMeasured(reader, readings);
   }
