@@ -212,11 +212,21 @@ function missing(): Key | undefined {
   return settings.illuminants.length === 0 ? 'waitsIlluminant' : undefined;
 }
 
-/** The ids of the standards that are nearest to the trials, in their order; the trials with these as a column. */
-async function pairNearest(standards: Loaded, trials: Loaded): Promise<string | undefined> {
+/** Files as the engine is to read them. */
+interface Inputs {
+  standard: string;
+  trials: string;
+  reading: Pick<Settings, 'scale' | 'idColumn'>;
+}
+
+/** The trials with a column of the ids of the standards that are nearest to them. */
+async function pairNearest(standards: Loaded, trials: Loaded): Promise<Inputs | undefined> {
+  const convert = (file: Loaded): Command => ({ command: 'convert', options: { ...readOptions(settings), to: 'csv' }, files: [file.path, '-'] });
+  // What is written is in percent, with its ids under "id": the standards have to be read in the same way.
+  const isReadAlike = settings.scale !== 'fraction' && settings.idColumn === '';
   const answers = await run([
     { command: 'search', options: { ...nearestOptions(settings), format: 'csv' }, files: [trials.path, standards.path] },
-    { command: 'convert', options: { ...readOptions(settings), to: 'csv' }, files: [trials.path, '-'] },
+    ...[trials, ...(isReadAlike ? [] : [standards])].map(convert),
   ]);
   if (!answers) return undefined;
   const failed = answers.find(({ status }) => status !== 0);
@@ -226,9 +236,20 @@ async function pairNearest(standards: Loaded, trials: Loaded): Promise<string | 
   }
   const [header = [], ...rows] = parseCsv(text(answers[0]!.results));
   const at = header.indexOf('standard');
-  const path = `nearest/${trials.path.split('/').pop()!}`;
-  client.put({ path, bytes: new TextEncoder().encode(withStandards(text(answers[1]!.results), rows.map((row) => row[at]!))) });
-  return path;
+  const table = text(answers[1]!.results);
+  // A trial that no standard can serve has no row.
+  if (rows.length !== parseCsv(table).length - 1) {
+    ask(answers[0]!.messages);
+    return undefined;
+  }
+  const put = (folder: string, file: Loaded, content: Uint8Array) => {
+    const path = `${folder}/${file.path.split('/').pop()!}`;
+    client.put({ path, bytes: content });
+    return path;
+  };
+  const path = put('nearest', trials, new TextEncoder().encode(withStandards(table, rows.map((row) => row[at]!))));
+  if (isReadAlike) return { standard: standards.path, trials: path, reading: settings };
+  return { standard: put('standards', standards, answers[2]!.results), trials: path, reading: { scale: 'percent', idColumn: '' } };
 }
 
 async function commandOf(): Promise<Command | undefined> {
@@ -238,9 +259,11 @@ async function commandOf(): Promise<Command | undefined> {
     return { command: 'match', options: { ...matchOptions(settings), ...output }, files: [roles.system!.path, roles.standard!.path], ...stamp };
   }
   const { standard, trials } = roles as Record<Role, Loaded>;
-  const path = settings.pairing === 'nearest' ? await pairNearest(standard, trials) : trials.path;
-  if (path === undefined) return undefined;
-  return { command: 'judge', options: { ...judgeOptions(settings, await firstId(standard)), ...output }, files: [standard.path, path], ...stamp };
+  const inputs = settings.pairing === 'nearest' ? await pairNearest(standard, trials) : { standard: standard.path, trials: trials.path, reading: settings };
+  if (!inputs) return undefined;
+  const { scale, idColumn } = inputs.reading;
+  const options = judgeOptions({ ...settings, scale, idColumn }, await firstId(standard));
+  return { command: 'judge', options: { ...options, ...output }, files: [inputs.standard, inputs.trials], ...stamp };
 }
 
 // The id of the first sample, which the option for one standard names.

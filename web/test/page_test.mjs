@@ -149,6 +149,23 @@ test('the other examples, whose columns or ids are asked about, are judged as by
   }
 });
 
+// Trials with their nearest standards are written anew, in percent: with "fraction" they were refused, and the answer that the refusal
+// offered, "percent", made near black of all, which passes.
+test('the nearest standards are judged with what was said of the files', () => withPage(async (page) => {
+  const wavelengths = Array.from({ length: 31 }, (_, i) => 400 + 10 * i);
+  const table = (heading, rows) => [[heading, ...wavelengths].join(','), ...rows.map(([names, part]) => [names, ...wavelengths.map(() => part)].join(','))].join('\n') + '\n';
+  const standards = [['light', 0.6], ['dark', 0.05]], trials = [['1', 'dark', 0.052], ['2', 'light', 0.5]];
+  await dropBoth(page, { name: 's.csv', text: table('Lot', standards) }, { name: 't.csv', text: table('Lot', trials.map(([id, , part]) => [id, part])) });
+  await set(page, 'scale', 'fraction');
+  await set(page, 'idColumn', 'Lot');
+  await set(page, 'pairing', 'nearest');
+  await says(page, /1 of 2 trials fail/);
+  writeFileSync(join(folder, 's.csv'), table('Lot', standards));
+  writeFileSync(join(folder, 't.csv'), table('Lot,standard', trials.map(([id, standard, part]) => [`${id},${standard}`, part])));
+  const expected = tool(folder, 'judge', 's.csv', 't.csv', '--fraction', '--id-column', 'Lot', '--illuminants', 'D65,A,CWF', '--tolerance', '1.5', '--format', 'csv');
+  assert.ok((await saved(page, 'Save csv')).bytes.equals(expected));
+}));
+
 test('the live report sorts, filters and opens a trial', () => withPage(async (page) => {
   await page.getByRole('button', { name: 'Show an example', exact: true }).click();
   const frame = await reportFrame(page);
