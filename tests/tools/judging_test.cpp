@@ -508,6 +508,31 @@ TEST_F(Judging, EveryReadingCounts) {
             "block,trial,dL,da,db\n555,t,0,0,0\nA55,S,9,0,0\n");
 }
 
+// What csv calls dX is ten times that, as its table says: a limit of 0.5 would be one of 0.05.
+TEST_F(Judging, ScaledDifferencesAreNamedWithTheirScale) {
+  folder_.Write("y.csv", "id,X,Y,Z\ns,40,42,45\nt,40.1,42,45\n");
+  const std::string judge =
+      "judge y.csv y.csv --standard-id s --illuminants D65 --system xyz --tolerance 9 --format csv ";
+  const std::vector<std::string> rows = Lines(Run(judge).out);
+  ASSERT_EQ(rows.size(), 3U);
+  EXPECT_TRUE(
+      rows[0].starts_with("standard,trial,geometry,illuminant,observer,10dX,10dY,10dZ,10000dx,10000dy,dEab,"))
+      << rows[0];
+  EXPECT_NEAR(std::stod(rows[2].substr(std::string("s,t,,D65,10,").size())), 1.0, 1e-9);
+  const std::string other =
+      Run("judge y.csv y.csv --standard-id s --illuminants D65 --system gepqs2 --tolerance 9 --format csv")
+          .out;
+  EXPECT_TRUE(
+      other.starts_with("standard,trial,geometry,illuminant,observer,100dY/Y,10000dx,10000dy,dCgepqs,"))
+      << other;
+  const auto failures = [&](const std::string& limits) {
+    return Run(judge + limits + " --only fail").out.find(",fail,");
+  };
+  EXPECT_EQ(failures("--limits 10dX=1.1"), std::string::npos);
+  EXPECT_NE(failures("--limits 10dX=0.9"), std::string::npos);
+  ExpectRefused({{judge + "--limits dX=0.5", "dX=0.5 is not one of 10dX, 10dY, 10dZ"}});
+}
+
 // A geometry without an aspecular angle says no more than none. Whoever saw no word took the weights for those of his angle.
 TEST_F(Judging, TheUsualAngleIsTold) {
   folder_.Write("sci.csv", "id,geometry,L,a,b\nx,SCI,50,0,0\n");

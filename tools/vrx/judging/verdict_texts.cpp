@@ -18,9 +18,13 @@ VerdictLook LookOf(Verdict verdict) {
 
 std::string ElementName(std::string_view heading) {
   constexpr std::string_view kDelta = "\xCE\x94";
-  std::string name;
+  // A scale of the numbers under the heading: "*10", "*100/Y".
+  const std::string_view scale = heading.substr(std::min(heading.find("*10"), heading.size()));
+  heading.remove_suffix(scale.size());
+  const std::string_view factor = scale.substr(0, scale.find('/'));
+  std::string name(factor.substr(std::min<std::size_t>(1, factor.size())));
   if (heading.starts_with(kDelta)) {
-    name = "d";
+    name += "d";
     heading.remove_prefix(kDelta.size());
   }
   const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
@@ -28,11 +32,10 @@ std::string ElementName(std::string_view heading) {
   for (std::size_t i = 0; i < heading.size(); ++i) {
     const char c = heading[i];
     const bool isLast = i + 1 == heading.size();
-    if (heading.substr(i).starts_with("*10")) break;  // a scale of the shown numbers
-    if (c == '\'' && isLast) name += 'p';             // primed
+    if (c == '\'' && isLast) name += 'p';  // primed
     if (isLetter(c) || isDigit(c)) name += c;
   }
-  return name;
+  return name.append(scale.substr(factor.size()));
 }
 
 namespace {

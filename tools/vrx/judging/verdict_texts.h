@@ -27,7 +27,7 @@ VerdictLook LookOf(Verdict verdict);
 using io::JoinedWords;
 using io::TextOf;
 
-/// A heading of a difference in ASCII, as csv and options name it: "dL", "dEcmc", "dX" of "\u0394X*10".
+/// A heading of a difference in ASCII, as csv and options name it: "dL", "dEcmc", "10dX" of "\u0394X*10", "100dY/Y" of "\u0394Y*100/Y".
 std::string ElementName(std::string_view heading);
 /// The name of an element of a system's differences in ASCII, such as "dEcmc"; "e3" for one that it does not show.
 std::string NameOfElement(int32_t system, int32_t element);
