@@ -113,6 +113,15 @@ TEST_F(IndexAndSwatch, GeometriesAndStandardsAreTheSamplesOwn) {
   const std::string colours = Run("color lots.csv --illuminants D65 --format csv").out;
   EXPECT_TRUE(colours.starts_with("id,geometry,illuminant,observer,X,")) << colours;
   EXPECT_NE(colours.find("\n2,SCE,D65,10,"), std::string::npos);
+  const std::pair<const char*, const char*> kOthers[] = {
+      {"munsell lots.csv --format csv", "\n2,SCE,N"},
+      {"density lots.csv --format csv", "\n2,SCE,0."},
+      {"strength std.csv lots.csv --specular excluded --format csv", "\na,2,SCE,"}};
+  for (const auto& [command, row] : kOthers) {
+    const std::string found = Run(command).out;
+    EXPECT_NE(found.find(",geometry,"), std::string::npos) << found;
+    EXPECT_NE(found.find(row), std::string::npos) << found;
+  }
 }
 
 // M0 against M2 decides over whitened paper, in metamerism as in a verdict.

@@ -33,6 +33,7 @@ struct DensityOptions {
 // A patch with what its tone value is made of.
 struct Patch {
   std::string id;
+  int32_t geometry = kNoGeometry;
   Densities densities;
   Xyz xyz;
 };
@@ -44,8 +45,8 @@ std::vector<Patch> ReadPatches(CurveReader& reader, DensityStatus status, Result
   report.SetMeasured(reader);
   while (reader.Next(row)) {
     if (patches.size() == kMost) reader.Source().FailRow("more than 200000 patches");
-    patches.push_back(
-        {std::string(row.id), DensitiesOf(row.curve, status), XyzOf(row, vrxIllumD50, kObserver2)});
+    patches.push_back({std::string(row.id), row.geometry, DensitiesOf(row.curve, status),
+                       XyzOf(row, vrxIllumD50, kObserver2)});
     report.AddCurve(row.curve);
   }
   return patches;
@@ -91,8 +92,9 @@ class Tones {
   std::size_t filter_ = 0;
 };
 
-std::vector<Column> DensityColumns(bool withTones) {
+std::vector<Column> DensityColumns(bool hasGeometries, bool withTones) {
   std::vector<Column> columns{{"id"}};
+  if (hasGeometries) columns.push_back({"geometry"});
   for (const char* name : {"red", "green", "blue", "visual"}) columns.push_back({name, name, 3});
   if (!withTones) return columns;
   columns.push_back({"filter"});
@@ -128,10 +130,12 @@ void RunDensity(const DensityOptions& options) {
                   PatchNamed(patches, options.solid, "--solid"), options.factor);
   }
   OutputStream output;
-  const auto rows = report.Rows(options.format, output, DensityColumns(tones.has_value()));
+  const auto rows =
+      report.Rows(options.format, output, DensityColumns(reader.HasGeometries(), tones.has_value()));
   for (const Patch& patch : patches) {
     const Densities& d = patch.densities;
     rows->Text(patch.id);
+    if (reader.HasGeometries()) rows->Text(GeometryName(patch.geometry));
     for (const double density : {d.red, d.green, d.blue, d.visual}) rows->Number(density);
     if (tones) {
       rows->Text(tones->FilterName());

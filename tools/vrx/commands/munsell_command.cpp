@@ -23,20 +23,23 @@ struct MunsellOptions {
   Format format = Format::kTable;
 };
 
-std::vector<Column> MunsellColumns() {
-  return {{"id"},
-          {"notation"},
-          {"hue", "hue", 2},
-          {"value", "value", 2},
-          {"chroma", "chroma", 2},
-          {"extrapolated"},
-          {"X"},
-          {"Y"},
-          {"Z"}};
+std::unique_ptr<RowWriter> MunsellRows(const MunsellOptions& options, bool hasGeometries,
+                                       OutputStream& output) {
+  std::vector<Column> columns{{"id"}};
+  if (hasGeometries) columns.push_back({"geometry"});
+  for (const Column& column : std::vector<Column>{{"notation"},
+                                                  {"hue", "hue", 2},
+                                                  {"value", "value", 2},
+                                                  {"chroma", "chroma", 2},
+                                                  {"extrapolated"},
+                                                  {"X"},
+                                                  {"Y"},
+                                                  {"Z"}})
+    columns.push_back(column);
+  return MakeRowWriter(options.format, output, columns);
 }
 
-void AddNotationRow(std::string_view id, const MunsellColor& notation, const Xyz& xyz, RowWriter& rows) {
-  rows.Text(id);
+void AddNotationRow(const MunsellColor& notation, const Xyz& xyz, RowWriter& rows) {
   rows.Text(MunsellText(notation));
   const bool isKnown = !IsUnset(notation.value);
   for (const double number : {notation.hue, notation.value, notation.chroma})
@@ -49,24 +52,31 @@ void AddNotationRow(std::string_view id, const MunsellColor& notation, const Xyz
   rows.EndRow();
 }
 
-void AddNotations(const MunsellOptions& options, RowWriter& rows) {
+void AddNotations(const MunsellOptions& options, OutputStream& output) {
+  const auto rows = MunsellRows(options, false, output);
   for (const std::string& text : SplitList(options.notations, ',')) {
     std::optional<MunsellColor> notation = ParseMunsell(text);
     if (!notation)
       throw InputError("--notation: \"" + text + "\" is no Munsell notation such as \"5R 4/10\" or \"N 5\"");
     const Xyz xyz = XyzFromMunsell(*notation);
-    AddNotationRow(text, *notation, xyz, rows);
+    rows->Text(text);
+    AddNotationRow(*notation, xyz, *rows);
   }
+  rows->Finish();
 }
 
-void AddMunsellSamples(const MunsellOptions& options, RowWriter& rows) {
+void AddMunsellSamples(const MunsellOptions& options, OutputStream& output) {
   CurveReader samples = OpenCurves(options.file, options.input, Content::kCurvesOrColors);
   samples.RequireLight(vrxIllumC, kObserver2);
+  const auto rows = MunsellRows(options, samples.HasGeometries(), output);
   CurveRow row;
   while (samples.Next(row)) {
     const Xyz xyz = XyzOf(row, vrxIllumC, kObserver2);
-    AddNotationRow(row.id, MunsellFromXyz(xyz), xyz, rows);
+    rows->Text(row.id);
+    if (samples.HasGeometries()) rows->Text(GeometryName(row.geometry));
+    AddNotationRow(MunsellFromXyz(xyz), xyz, *rows);
   }
+  rows->Finish();
   WarnAboutInput(samples);
 }
 
@@ -74,9 +84,7 @@ void RunMunsell(const MunsellOptions& options) {
   if (options.file.empty() == options.notations.empty())
     throw InputError("FILE or --notation says of what: one of them is needed");
   OutputStream output;
-  const auto rows = MakeRowWriter(options.format, output, MunsellColumns());
-  options.file.empty() ? AddNotations(options, *rows) : AddMunsellSamples(options, *rows);
-  rows->Finish();
+  options.file.empty() ? AddNotations(options, output) : AddMunsellSamples(options, output);
   output.Finish();
 }
 

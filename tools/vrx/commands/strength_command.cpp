@@ -167,16 +167,18 @@ class FloorReport {
 class StrengthRows {
  public:
   StrengthRows(const Format& format, OutputStream& output, const StrengthSettings& settings,
-               ResultReport& report)
-      : settings_(settings),
+               bool hasGeometries, ResultReport& report)
+      : hasGeometries_(hasGeometries),
+        settings_(settings),
         surface_(settings.surface),
         floor_(settings),
-        rows_(report.Rows(format, output, Columns(settings))) {}
+        rows_(report.Rows(format, output, Columns(settings, hasGeometries))) {}
 
-  void Add(std::string_view standardId, const CReflData& standard, std::string_view trialId,
-           const CReflData& trial) {
-    rows_->Text(standardId);
-    rows_->Text(trialId);
+  void Add(const Standard& own, const CurveRow& row) {
+    const CReflData &standard = own.sample.curve, &trial = row.curve;
+    rows_->Text(own.id);
+    rows_->Text(row.id);
+    if (hasGeometries_) rows_->Text(GeometryName(row.geometry));
     AddSums(standard, trial);
     bool isFirst = true;
     for (const vrxIlluminant illuminant : settings_.viewing.illuminants) {
@@ -194,11 +196,14 @@ class StrengthRows {
   void WarnAboutFloor() const { floor_.Warn(); }
 
  private:
-  static std::vector<Column> Columns(const StrengthSettings& settings) {
-    constexpr std::size_t kSumColumns = 4;
-    std::vector<Column> columns{{"standard"}, {"trial"}, {"ks", "K/S"}, {"absorbance"}};
+  static std::vector<Column> Columns(const StrengthSettings& settings, bool hasGeometries) {
+    std::vector<Column> columns{{"standard"}, {"trial"}};
+    if (hasGeometries) columns.push_back({"geometry"});
+    columns.push_back({"ks", "K/S"});
+    columns.push_back({"absorbance"});
+    const std::size_t sums = columns.size();
     for (const vrxIlluminant illuminant : settings.viewing.illuminants) {
-      const bool isFirst = columns.size() == kSumColumns;
+      const bool isFirst = columns.size() == sums;
       const std::string suffix = isFirst ? "" : std::string("_").append(ShownIlluminant(illuminant));
       columns.push_back({.name = "tristimulus" + suffix, .room = isFirst ? Room::kNeeded : Room::kSpare});
       if (isFirst) AddSingleWavelengthColumns(settings, columns);
@@ -270,6 +275,7 @@ class StrengthRows {
     for (int32_t i = 0; i < 3; ++i) rows_->Number(ComponentStrength(standardXyz_, trialXyz_, i));
   }
 
+  bool hasGeometries_;
   const StrengthSettings& settings_;
   const SurfaceOptions& surface_;
   FloorReport floor_;
@@ -299,7 +305,7 @@ void RunStrength(StrengthOptions& options) {
   Comparison comparison(options.comparison, options.viewing);
   OutputStream output;
   ResultReport report(options.report, ReportText::kStrengths);
-  StrengthRows rows(options.format, output, settings, report);
+  StrengthRows rows(options.format, output, settings, comparison.Trials().HasGeometries(), report);
   DescribeRun(options, settings, comparison.Trials(), report);
   const bool isOneStandard = !options.comparison.pairs && !comparison.Trials().HasStandards();
   comparison.ForEachTrial([&](const CurveRow& trial, const Standard& standard) {
@@ -307,7 +313,7 @@ void RunStrength(StrengthOptions& options) {
     RequireMeasured(comparison.StandardRows(), options, settings);
     if (isOneStandard) report.SetStandard(standard.sample.curve);
     report.AddCurve(trial.curve);
-    rows.Add(standard.id, standard.sample.curve, trial.id, trial.curve);
+    rows.Add(standard, trial);
   });
   rows.Finish();
   report.AddInput(comparison.StandardRows(), comparison.Trials());
