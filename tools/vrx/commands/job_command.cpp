@@ -13,6 +13,7 @@
 #include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/commands/job_commands.h"
+#include "tools/vrx/job/job_filter.h"
 #include "tools/vrx/job/job_options.h"
 #include "tools/vrx/job/job_reader.h"
 #include "tools/vrx/output/measurement_output.h"

@@ -8,6 +8,7 @@
 #include <vrxstore/standard_names.h>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 
 namespace vrx::tool {
 namespace {

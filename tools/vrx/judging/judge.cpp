@@ -75,9 +75,10 @@ void Judge::RequireLimits(std::span<const Standard> standards) const {
   for (const Standard& standard : standards) {
     for (const vrxIlluminant illuminant : settings_.illuminants) {
       if (IsLimited(standard, illuminant)) continue;
-      const std::string geometry =
-          standard.geometry == kNoGeometry ? "" : ", " + GeometryName(standard.geometry);
-      std::string text = "\"" + standard.id + "\"" + geometry + " under " + ShownIlluminant(illuminant);
+      std::string text = "\"";
+      text.append(standard.id).append("\"");
+      if (standard.geometry != kNoGeometry) text.append(", ").append(GeometryName(standard.geometry));
+      text.append(" under ").append(ShownIlluminant(illuminant));
       if (std::ranges::find(lacking, text) == lacking.end()) lacking.push_back(std::move(text));
     }
   }
