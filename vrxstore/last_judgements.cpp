@@ -5,14 +5,8 @@
 namespace vrx::store {
 
 std::string MeasurementKey(const StoredTrial& trial) {
-  NewTrial content;
-  content.name = trial.name;
-  content.title = trial.title;
-  content.geometry = trial.geometry;
-  content.date = trial.date;
-  content.samples = trial.samples;
   ContentDigest digest;
-  AddTrial(digest, content, trial.standardNumber);
+  AddTrial(digest, trial);
   return digest.Finish();
 }
 

@@ -71,13 +71,7 @@ class Verifier {
       digest_.emplace();
       trials_ = 0;
     }
-    NewTrial content;
-    content.name = trial.name;
-    content.title = trial.title;
-    content.geometry = trial.geometry;
-    content.date = trial.date;
-    content.samples = trial.samples;
-    AddTrial(*digest_, content, trial.standardNumber);
+    AddTrial(*digest_, trial);
     ++trials_;
   }
 

@@ -38,6 +38,16 @@ void AddTrial(ContentDigest& digest, const NewTrial& trial, std::int64_t standar
   digest.Add(bytes);
 }
 
+void AddTrial(ContentDigest& digest, const StoredTrial& trial) {
+  NewTrial content;
+  content.name = trial.name;
+  content.title = trial.title;
+  content.geometry = trial.geometry;
+  content.date = trial.date;
+  content.samples = trial.samples;
+  AddTrial(digest, content, trial.standardNumber);
+}
+
 static void AddCurve(ContentDigest& digest, const MeasuredCurve& curve) {
   digest.Add(curve.geometry);
   digest.Add(curve.date);

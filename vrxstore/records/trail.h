@@ -31,6 +31,8 @@ std::string DigestOf(const TrailRow& row);
 /// Adds what a trial is, without its verdict, to the digest of its batch. `standard`: the number of its standard, which stays
 /// when that gets another name or version.
 void AddTrial(ContentDigest& digest, const NewTrial& trial, std::int64_t standard);
+/// The same of a trial as a job gives it back.
+void AddTrial(ContentDigest& digest, const StoredTrial& trial);
 
 /// The digest of a version of a standard: its curves, conditions and limits.
 std::string DigestOf(const Standard& standard);
