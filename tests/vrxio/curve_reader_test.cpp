@@ -175,6 +175,8 @@ TEST(CurveReader, RefusesWithPlaceAndReason) {
       {"geometry,400,410,420\n45,1,2,3\n",
        "f, line 2, column 1 (geometry): geometry \"45\" may be in degrees or the code of M3; write 45deg or "
        "M3"},
+      {"Measuring Geometry,400,410,420\nSCE,1,2,3\nover the moon,1,2,3\n",
+       "f, line 3, column 1 (Measuring Geometry): unknown geometry \"over the moon\""},
       {"id,400,410,420\n" + longText + ",1,2,3\n", "f, line 2: the row is longer than 1 MiB"},
       {longText, "f, line 1: the row is longer than 1 MiB"},
       {std::string(CsvReader::kMaxColumns, ','), "f, line 1: more than 10000 columns"},

@@ -522,6 +522,41 @@ TEST(MeasurementFiles, ConditionsInTheWordsOfTheMakers) {
   EXPECT_EQ(reader.Mixture(), "M0 and M2");
 }
 
+// SCI could be held against SCE in silence where a geometry is stated that nothing is known of.
+TEST(MeasurementFiles, GeometriesThatAreNotUnderstoodAreTold) {
+  const auto cgats = [](const std::string& keywords) {
+    return Cgats("SAMPLE_ID nm400 nm410 nm420", "a 10 20 30", keywords);
+  };
+  const auto cxf = [](const std::string& measured) {
+    std::string measuring = kMeasuring;
+    const std::size_t begin = measuring.find("<@SingleAngle>"), end = measuring.find("</@GeometryChoice>");
+    return Cxf(kSpectrum, measuring.replace(begin, end - begin, measured));
+  };
+  const struct {
+    std::string content, text;
+  } kFiles[] = {
+      {cgats("MEASUREMENT_GEOMETRY \"over the moon\"\n"), "over the moon"},
+      {cgats("GEOMETRY \"45\"\n"), "45"},
+      {"Measuring geometry: over the moon\nid,400,410,420\na,10,20,30\n", "over the moon"},
+      {cxf("<@UnknownGeometry>over the moon</@UnknownGeometry>"), "over the moon"},
+      {cxf("<@MultiAngle><@BRDFAngle><@Aspecular>33</@Aspecular></@BRDFAngle></@MultiAngle>"), "33"},
+      {cxf("<@UnknownGeometry>unknown</@UnknownGeometry>"), ""},
+      {cgats("MEASUREMENT_GEOMETRY \"unknown\"\n"), ""},
+      {cgats("MEASUREMENT_GEOMETRY \"\"\n"), ""},
+      {cgats("MEASUREMENT_GEOMETRY \"over the moon\"\nSPECULAR \"SCE\"\n"), ""},
+      {cgats("MEASUREMENT_GEOMETRY \"d:8\"\n"), ""},
+      {"id,400,410,420\na,10,20,30\n", ""}};
+  for (const auto& [content, text] : kFiles) {
+    std::istringstream stream(content);
+    CurveReader reader(OpenMeasurements(WrapInput(stream, "f")));
+    const std::vector<std::string> warnings = reader.SampleWarnings();
+    ASSERT_EQ(warnings.size(), text.empty() ? 0U : 1U) << content;
+    if (text.empty()) continue;
+    EXPECT_NE(warnings[0].find("geometry \"" + text + "\""), std::string::npos) << warnings[0];
+    EXPECT_NE(warnings[0].find("SCI, SCE"), std::string::npos) << warnings[0];
+  }
+}
+
 // What differs between the measurings of a CxF file: the geometry, or the M condition where that is all.
 TEST(MeasurementFiles, MeasuringsTellSamplesApart) {
   const auto replaced = [](std::string text, const std::string& from, const std::string& to) {

@@ -275,7 +275,8 @@ class CgatsReader final : public MeasurementReader {
   void TakeWords(std::string_view word, std::string_view value) {
     const MeasuringConditions before = conditions_;
     const bool isCondition = TakeCondition(word, value, conditions_);
-    const bool isKept = options_.keepsOthers && !value.empty() && before == conditions_ && !IsStructure(word);
+    const bool isUsed = before.otherGeometry == conditions_.otherGeometry && before != conditions_;
+    const bool isKept = options_.keepsOthers && !value.empty() && !isUsed && !IsStructure(word);
     if (isCondition || isKept) RequireText(value);
     if (isKept) AddRemark(word, value);
   }

@@ -226,9 +226,11 @@ class LayoutFinder {
     for (std::size_t i = 0; i < end; ++i) {
       if (IsLightPower(lines_[i].text) || IsLightPower(RemarkOf(lines_[i].text))) RefuseLight(lines_[i]);
       layout_.dialect.skipComments = layout_.dialect.skipComments || IsComment(i);
+      const std::string otherGeometry = layout_.conditions.otherGeometry;
       const bool isCondition = TakeRemark(lines_[i].text, layout_.conditions);
+      const bool isKept = options_.keepsOthers && otherGeometry != layout_.conditions.otherGeometry;
       if (isCondition || options_.keepsOthers) RequireText(lines_[i]);
-      if (!isCondition) layout_.unusedLines.emplace_back(lines_[i].text);
+      if (!isCondition || isKept) layout_.unusedLines.emplace_back(lines_[i].text);
     }
     layout_.dialect.headerOffset = lines_[end].offset;
     layout_.dialect.headerLine = lines_[end].number;

@@ -68,7 +68,9 @@ class MeasuringReader {
       if (xml_.Name(angle) != "BRDFAngle") continue;
       Measuring::Angle& added = spec_.angles.emplace_back();
       xml_.Attribute(angle, "Notation", added.notation);
-      added.geometry = GeometryOfAspecular(xml_.TextOf(angle, "Aspecular"));
+      const std::string aspecular = xml_.TextOf(angle, "Aspecular");
+      added.geometry = GeometryOfAspecular(aspecular);
+      if (added.geometry == kNoGeometry) spec_.conditions.otherGeometry = aspecular;
     }
     if (spec_.angles.size() == 1) spec_.conditions.geometry = spec_.angles.front().geometry;
   }

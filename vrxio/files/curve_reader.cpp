@@ -70,6 +70,7 @@ void CurveReader::UseLayout(const MeasurementLayout& layout) {
   layout_ = &layout;
   conditions_ = WithCorrection(layout.conditions);
   if (rows_ <= 1) first_ = conditions_;
+  if (unknownGeometry_.empty()) unknownGeometry_ = UnknownGeometryWarning(conditions_);
   if (mixture_.empty()) {
     mixture_ = HasGeometries() ? ConflictBeside(measured_.geometry, first_, layout.conditions)
                                : ConditionConflict(first_, layout.conditions);
@@ -178,6 +179,7 @@ std::vector<std::string> CurveReader::SampleWarnings() const {
   warn(withoutCurve_, " samples have no curve and are left out");
   warn(source_->CountUnmeasured(), " rows have no values and are left out");
   warn(zeros_, " samples are 0 throughout: perhaps they were not measured");
+  if (!unknownGeometry_.empty()) warnings.push_back(unknownGeometry_);
   if (!mixture_.empty()) warnings.push_back("measurements of different conditions are mixed: " + mixture_);
   return warnings;
 }

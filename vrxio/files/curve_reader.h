@@ -149,6 +149,7 @@ class CurveReader {
   int64_t withoutCurve_ = 0;
   int64_t zeros_ = 0;
   MeasuringConditions first_;
+  std::string unknownGeometry_;  // a warning of one that is stated and not understood
   int32_t firstGeometry_ = kNoGeometry;
   MeasuringConditions conditions_;  // of the last sample
   MeasuringConditions light_;       // that colours have to be of

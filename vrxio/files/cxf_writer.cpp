@@ -97,7 +97,8 @@ class CxfWriter final : public SampleWriter {
     bool hasDescription = false;
     AddRemarks(
         [&](const MeasurementReader::Remark& remark) {
-          return remark.word == "DESCRIPTOR" && !std::exchange(hasDescription, true);
+          const bool isGeometry = !remark.text.empty() && remark.text == shape_.conditions.otherGeometry;
+          return isGeometry || (remark.word == "DESCRIPTOR" && !std::exchange(hasDescription, true));
         },
         losses);
     const bool hasLight = shape_.conditions.illuminant >= 0, hasObserver = shape_.conditions.observer >= 0;
@@ -162,7 +163,8 @@ class CxfWriter final : public SampleWriter {
     text += kind.hasCurve ? "Spectrum_Reflectance" : "Colorimetric_Reflectance";
     const bool isMCode = IsMeasurementCondition(kind.geometry);
     const int32_t geometry = kind.geometry == kNoGeometry || isMCode ? conditions.geometry : kind.geometry;
-    text += "</cc:MeasurementType><cc:GeometryChoice>" + GeometryText(geometry) + "</cc:GeometryChoice>";
+    text += "</cc:MeasurementType><cc:GeometryChoice>" + GeometryText(geometry, conditions.otherGeometry) +
+            "</cc:GeometryChoice>";
     if (kind.hasCurve) {
       const std::vector<double>& wavelengths = WavelengthsOf(*kind.layout);
       text += "<cc:WavelengthRange StartWL=\"" + ShortestText(wavelengths[0]) + "\" Increment=\"" +
@@ -189,7 +191,7 @@ class CxfWriter final : public SampleWriter {
            "_Degree</cc:Observer><cc:Method>unknown</cc:Method></cc:TristimulusSpec>";
   }
 
-  static std::string GeometryText(int32_t geometry) {
+  static std::string GeometryText(int32_t geometry, const std::string& otherwise) {
     const auto single = [](const char* illumination, const char* measurement) {
       return std::string(
                  "<cc:SingleAngle><cc:SingleAngleConfiguration>Annular</cc:SingleAngleConfiguration>"
@@ -210,7 +212,8 @@ class CxfWriter final : public SampleWriter {
              "<cc:Aspecular>" +
              degrees + "</cc:Aspecular></cc:BRDFAngle></cc:MultiAngle>";
     }
-    return "<cc:UnknownGeometry>" + (name.empty() ? "unknown" : Escaped(name)) + "</cc:UnknownGeometry>";
+    const std::string words = name.empty() ? otherwise : name;
+    return "<cc:UnknownGeometry>" + (words.empty() ? "unknown" : Escaped(words)) + "</cc:UnknownGeometry>";
   }
 
   static std::string DeviceText(const MeasuringConditions& conditions, int32_t m) {

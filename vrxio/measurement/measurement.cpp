@@ -118,6 +118,17 @@ void SetIlluminant(std::string_view text, MeasuringConditions& conditions) {
   }
 }
 
+// A geometry in the words of a file, of which the words for none say nothing.
+void SetGeometry(std::string_view text, MeasuringConditions& conditions) {
+  constexpr std::string_view kNone[] = {"",         "unknown", "none", "na", "unspecified", "notspecified",
+                                        "undefined"};
+  const int32_t geometry = ParseMeasuringGeometry(text);
+  TakeGeometry(geometry, conditions);
+  const std::string plain = PlainText(text);
+  if (geometry == kUnknownGeometry && std::ranges::find(kNone, plain) == std::end(kNone))
+    conditions.otherGeometry = text;
+}
+
 // "Illumination=M1 ObserverAngle=2 WhiteBase=Abs Filter=UVcut": pairs that some programs put into one text.
 void TakePairs(std::string_view text, MeasuringConditions& conditions) {
   constexpr std::string_view kBetween = " \t;";
@@ -185,13 +196,19 @@ int32_t ParseMeasuringGeometry(std::string_view text) {
   return kUnknownGeometry;
 }
 
+std::string UnknownGeometryWarning(const MeasuringConditions& conditions) {
+  if (conditions.otherGeometry.empty() || conditions.geometry != kNoGeometry) return {};
+  return GeometryRefusal(conditions.otherGeometry) +
+         "; it is not used (known are SCI, SCE, d8, 45/0, 0/45 and angles such as 25deg)";
+}
+
 bool TakeCondition(std::string_view word, std::string_view text, MeasuringConditions& conditions) {
   const std::string plain = PlainText(word);
   const auto is = [&](std::initializer_list<std::string_view> words) {
     return std::ranges::find(words, plain) != words.end();
   };
   if (is({"geometry", "measurementgeometry", "measuringgeometry", "measgeometry"})) {
-    TakeGeometry(ParseMeasuringGeometry(text), conditions);
+    SetGeometry(text, conditions);
   } else if (is({"specular", "specularcomponent", "scisce", "mode", "measurementmode", "sphere"})) {
     SetSpecular(SpecularOf(PlainText(text)), conditions);
   } else if (is({"measurementcondition", "mcondition", "condition", "illumination", "illuminationcondition",

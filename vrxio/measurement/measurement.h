@@ -22,6 +22,7 @@ enum class Specular : uint8_t { kUnknown, kIncluded, kExcluded };
 /// How samples were measured, as far as a file says.
 struct MeasuringConditions {
   int32_t geometry = kNoGeometry;  ///< the library's angle code
+  std::string otherGeometry;       ///< the words of the file for a geometry that nothing is known of
   Specular specular = Specular::kUnknown;
   int32_t mCondition = -1;  ///< 0 to 3 for M0 to M3 of ISO 13655; -1 when unknown
   char ultraviolet = 0;     ///< the fourth letter of a condition code; 0 when unknown
@@ -75,6 +76,10 @@ bool TakeCondition(std::string_view word, std::string_view text, MeasuringCondit
 /// The angle code of a geometry in the many spellings of instruments: what ParseGeometry takes, "45:0", "45/0:c",
 /// "d:8", "di:8" (SCI), "de:8" (SCE), "SPIN", "M1_Daylight", "15as" ...; kUnknownGeometry for any other text.
 int32_t ParseMeasuringGeometry(std::string_view text);
+
+/// What is to be told of conditions whose geometry is stated in words that nothing is known of, with how to write it; empty where
+/// it is known or not stated.
+std::string UnknownGeometryWarning(const MeasuringConditions& conditions);
 
 /// The properties that the samples of a file, or of a part of it, have in common.
 struct MeasurementLayout {

@@ -196,6 +196,7 @@ void SampleColumns::AddColumn(std::size_t column, const std::string& heading, He
   if (meaning.role == ColumnRole::kCondition) {
     place = conditionHeadings_.size();
     conditionHeadings_.push_back(heading);
+    conditionColumns_.push_back(column);
     conditionTexts_.emplace_back();
   }
   runs_.push_back({meaning, column, 1, place});
@@ -303,7 +304,7 @@ void SampleColumns::Finish(int64_t row, Measurement& sample) {
     MeasurementLayout layout = common_;
     for (std::size_t i = 0; i < conditionHeadings_.size(); ++i) {
       if (!conditionTexts_[i].empty()) {
-        TakeCondition(conditionHeadings_[i], conditionTexts_[i], layout.conditions);
+        TakeConditionOfColumn(i, layout.conditions);
       }
     }
     layout_ = layouts_.Intern(layout);
@@ -312,6 +313,14 @@ void SampleColumns::Finish(int64_t row, Measurement& sample) {
   sample.layout = layout_;
   FinishCurve(sample);
   FinishColor(sample);
+}
+
+// A geometry that is not understood is refused as in the column "geometry".
+void SampleColumns::TakeConditionOfColumn(std::size_t place, MeasuringConditions& conditions) const {
+  MeasuringConditions own;
+  TakeCondition(conditionHeadings_[place], conditionTexts_[place], own);
+  if (!own.otherGeometry.empty()) Refuse(conditionColumns_[place], GeometryRefusal(own.otherGeometry));
+  TakeCondition(conditionHeadings_[place], conditionTexts_[place], conditions);
 }
 
 // Without early ends, so that the compiler can take several values at a time.

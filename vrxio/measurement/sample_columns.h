@@ -105,6 +105,7 @@ class SampleColumns {
   std::array<double, 3> XyzOfChromaticity() const;
   void SortWavelengths();
   void FindUsed();
+  void TakeConditionOfColumn(std::size_t place, MeasuringConditions& conditions) const;
   void FinishCurve(Measurement& sample);
   [[noreturn]] void RefuseValue(std::size_t used) const;
   void FinishColor(Measurement& sample);
@@ -138,6 +139,7 @@ class SampleColumns {
   std::vector<std::size_t> extraColumns_;
   std::vector<std::string> extras_;
   std::vector<std::string> conditionHeadings_, conditionTexts_;
+  std::vector<std::size_t> conditionColumns_;
   bool conditionsChanged_ = true;
   const MeasurementLayout* layout_ = nullptr;
   std::string lastGeometryText_;
