@@ -57,6 +57,16 @@ TEST_F(MatchingCommands, CorrectAddsWhatIsMissing) {
   EXPECT_EQ(none[0]["status"], "no addition helps");
   EXPECT_EQ(none[0]["additions"], "");
 
+  // One scale is said for the batch and the target: fractions beside percent are told.
+  folder_.Write("fractions.csv", Wide() + FlatRow("t", "0.4"));
+  for (const std::string files :
+       {"--batch batch.csv --target fractions.csv", "--batch fractions.csv --target target.csv"}) {
+    Run(correct + files + " --batch-size 90 --trust-formula --percent");
+    EXPECT_NE(folder_.Read("err").find("fractions.csv: warning: no value comes to 2 percent"),
+              std::string::npos)
+        << files << folder_.Read("err");
+  }
+
   // The messages of correct about prices and steps.
   folder_.Write("costs.csv", "component,cost\n7,2\n10,0.1\n");
   const std::string priced =

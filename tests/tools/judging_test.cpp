@@ -494,6 +494,53 @@ TEST_F(Judging, ConditionsBesideTheGeometryAreCompared) {
   }
 }
 
+// One option speaks for both files: the answer that was offered, --percent, made near black of the fractions, which failed, and
+// passed where the limits were wide.
+TEST_F(Judging, FilesOfTwoScalesAreTold) {
+  const auto write = [&](const std::string& name, double value) {
+    std::string header = "id", row = "s";
+    for (int nm = 400; nm <= 700; nm += 10) {
+      header += "," + std::to_string(nm);
+      row += "," + std::to_string(value);
+    }
+    folder_.Write(name, header + "\n" + row + "\n");
+  };
+  write("percent.csv", 45);
+  write("fractions.csv", 0.45);
+  const std::string command = "vrx convert FRACTIONS.csv PERCENT.csv --fraction";
+  for (const std::string files : {"percent.csv fractions.csv", "fractions.csv percent.csv"}) {
+    for (const std::string& run :
+         {"judge " + files, "search " + files,
+          "index " + std::string(files).replace(files.find(' '), 1, " --standard "), "strength " + files,
+          "swatch " + files + " --output s.svg", "plot plane " + files + " --output p.svg"}) {
+      const std::string asked = Run(run).err;
+      EXPECT_NE(asked.find("fractions.csv: all values are below 2"), std::string::npos) << run << asked;
+      EXPECT_NE(asked.find("for all files of a command"), std::string::npos) << run << asked;
+      EXPECT_NE(asked.find(command), std::string::npos) << run << asked;
+      const std::string refused = Run(run + " --fraction").err;
+      EXPECT_NE(refused.find("percent.csv, line 2"), std::string::npos) << run << refused;
+      EXPECT_NE(refused.find("the files seem to have different scales"), std::string::npos) << run << refused;
+      EXPECT_NE(refused.find(command), std::string::npos) << run << refused;
+      const std::string warned = Run(run + " --percent").err;
+      EXPECT_NE(
+          warned.find(
+              "fractions.csv: warning: no value comes to 2 percent, and those of percent.csv come to 45: "
+              "the files seem to have different scales"),
+          std::string::npos)
+          << run << warned;
+      EXPECT_NE(warned.find(command), std::string::npos) << run << warned;
+    }
+  }
+  ASSERT_EQ(Run("convert fractions.csv converted.csv --fraction").status, 0);
+  EXPECT_EQ(Run("judge percent.csv converted.csv --strict").status, 0);
+  // Near blacks are no fractions, and a file that says its unit is believed.
+  write("black.csv", 1.1);
+  write("blacker.csv", 0.9);
+  write("dark.csv", 2.1);
+  for (const char* run : {"judge black.csv blacker.csv --percent", "judge dark.csv black.csv --percent"})
+    EXPECT_EQ(Run(run).err, "") << run;
+}
+
 // The same number under two standards is two trials, and a standard that is measured again is one.
 TEST_F(Judging, EveryReadingCounts) {
   folder_.Write("two.csv", "id,L,a,b\nA,50,0,0\nB,55,0,0\n");

@@ -140,6 +140,7 @@ bool CurveReader::Next(CurveRow& row) {
   }
   const std::span<const double> values =
       kind_ == Sample::kCurve ? measured_.reflectance : std::span<const double>(row.color);
+  if (kind_ != Sample::kLab && !values.empty()) largest_ = std::max(largest_, std::ranges::max(values));
   zeros_ += std::ranges::all_of(values, [](double value) { return value == 0; });
   if (check_) check_(*this, row);
   return true;
@@ -187,6 +188,7 @@ std::vector<std::string> CurveReader::SampleWarnings() const {
 void CurveReader::Rewind() {
   source_->Rewind();
   rows_ = zeros_ = withoutCurve_ = 0;
+  largest_ = 0;
 }
 
 }  // namespace vrx::io

@@ -114,6 +114,11 @@ class CurveReader {
   std::string GridWarning() const;
   /// What a user is to know of the samples read so far: those without a curve, and mixed conditions.
   std::vector<std::string> SampleWarnings() const;
+  /// Remembers that a person said the scale of the values, as percent, in place of the file; and whether one did.
+  void SayScale() { scaleIsSaid_ = true; }
+  bool ScaleIsSaid() const { return scaleIsSaid_; }
+  /// The largest value read so far, in percent: a reflectance, or of X, Y, Z; 0 without any.
+  double Largest() const { return largest_; }
   /// Samples that were skipped.
   int64_t CountWithoutCurve() const { return withoutCurve_; }
   /// Samples whose values are all 0, as programs write those that were not measured.
@@ -148,6 +153,8 @@ class CurveReader {
   int64_t rows_ = 0;
   int64_t withoutCurve_ = 0;
   int64_t zeros_ = 0;
+  double largest_ = 0;
+  bool scaleIsSaid_ = false;
   MeasuringConditions first_;
   std::string unknownGeometry_;  // a warning of one that is stated and not understood
   int32_t firstGeometry_ = kNoGeometry;

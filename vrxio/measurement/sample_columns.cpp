@@ -353,7 +353,7 @@ void SampleColumns::RefuseValue(std::size_t used) const {
          scale_.isGuess
              ? "the value is above 2, but the first ones were read as fractions of 1; choose with --fraction "
                "or --percent"
-             : std::string(kAboveFractions));
+             : AboveFractions());
 }
 
 bool SampleColumns::IsTristimulus(const Run& run) const {
@@ -385,7 +385,7 @@ void SampleColumns::FinishXyz(std::array<double, 3>& xyz) {
     search_.Take(xyz);
     const bool isSound = std::ranges::all_of(xyz, [](double value) { return value <= 100 * kSurelyPercent; });
     if (scale_.isFraction && !scale_.mayExceed && !isSound)
-      Refuse(valueColumns_[colorPlaces_[kColumnY]], std::string(kAboveFractions));
+      Refuse(valueColumns_[colorPlaces_[kColumnY]], AboveFractions());
   } else if (isDark && 10 * xyz[1] < RoughY()) {
     for (double& value : xyz) value *= 100;
   }

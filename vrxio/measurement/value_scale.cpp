@@ -12,6 +12,13 @@ void ScaleSearch::Ask(const std::string& file) const {
                              : "all of X, Y, Z are below 2, " + largest + " (Y of a white is 1 or 100)");
 }
 
+std::string AboveFractions() {
+  return "the value is above 2, too much for a fraction of 1; use --percent if no file has fractions, or "
+         "--force to accept "
+         "it; if another file has them, the files seem to have different scales: " +
+         std::string(kBringToOneScale);
+}
+
 bool IsPercentUnit(std::string_view text) {
   const std::string plain = PlainText(text);
   if (plain == "percent") return true;

@@ -16,12 +16,18 @@ namespace vrx::io {
 /// not even of a fluorescent sample.
 inline constexpr double kSurelyFraction = 1.5, kSurelyPercent = 2;
 
+/// How files of two scales are brought to one, where the scale that is said holds for all of them.
+inline constexpr std::string_view kBringToOneScale =
+    "convert that one first: vrx convert FRACTIONS.csv PERCENT.csv --fraction";
+
 /// A file of values that may be percent or fractions of 1: only a person can tell which.
 class ScaleError : public InputError {
  public:
   /// `place`: the file, and the line where there is one; `finding`: what its values are like.
   ScaleError(const std::string& place, const std::string& finding)
-      : InputError(Statement(place, finding) + "; choose with --fraction or --percent"),
+      : InputError(Statement(place, finding) +
+                   "; choose with --fraction or --percent, for all files of a command" +
+                   "; if one of several has fractions, " + std::string(kBringToOneScale)),
         statement_(Statement(place, finding)) {}
 
   /// The message without the options of the tool, for an interface that has others.
@@ -64,8 +70,7 @@ class ScaleSearch {
 };
 
 /// Why a value that was read as a fraction of 1 is refused.
-inline constexpr std::string_view kAboveFractions =
-    "the value is above 2, too much for a fraction of 1; use --percent, or --force to accept it";
+std::string AboveFractions();
 
 /// How reflectances and tristimulus values become percent.
 struct ValueScale {

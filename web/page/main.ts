@@ -381,7 +381,8 @@ function ask(messages: string): void {
   if (names('pairs') && names('standard-id')) {
     offers.push(...(['pairs', 'first', 'nearest'] as const).map((way) => choose(way, () => { settings.pairing = way; })));
   }
-  if (names('fraction') || names('percent')) {
+  // A value that is refused as a fraction may stand beside fractions in the other file: there is no one answer for both.
+  if (names('fraction') && !message.includes('different scales')) {
     offers.push(...(['percent', 'fraction'] as const).map((scale) => choose(scale, () => { settings.scale = scale; })));
   }
   if (names('id-column')) {

@@ -79,6 +79,7 @@ void RunCorrect(CorrectOptions& options) {
   const CRecipeTarget target =
       ReadOneTarget(options.target, search.input.OfStandards(), search.criterion.system, taken,
                     options.search.criterion.viewing);
+  WarnAboutScales({options.target, LargestOf(target.curve)}, options.batch, {&named, 1}, search.input);
   CCorrectionSettings settings = SettingsOf(options, system, named.batch);
   RecipeNames names = NamesFor(search.system, search.choice.limits, options.target);
   names.batch = options.batch;

@@ -278,6 +278,7 @@ void RunMatch(MatchOptions& options) {
   const CRecipeSettings settings = SettingsOf(options, system);
   const std::vector<CRecipeArray> found = FindAll(options, system, targets, settings);
   const std::vector<NamedBatch> made = FormersOf(options, system, settings, report);
+  if (!IsJobFile(options.library)) WarnAboutScales(options, targets, options.library, made, report);
   const std::vector<CAdaptedRecipeArray> adapted = AdaptAll(options, system, targets, made, settings);
   std::vector<TargetRecipes> recipes;
   recipes.reserve(targets.size());

@@ -250,6 +250,15 @@ std::vector<NamedTarget> ReadTargets(MatchOptions& options, const ColorSystem& c
   return targets;
 }
 
+void WarnAboutScales(const MatchOptions& options, const std::vector<NamedTarget>& targets,
+                     const std::string& file, const std::vector<NamedBatch>& batches, ResultReport& report) {
+  FileValues values{options.targets};
+  for (const NamedTarget& named : targets)
+    values.largest = std::max(values.largest, LargestOf(named.target.curve));
+  for (const InputWarning& warning : WarnAboutScales(values, file, batches, options.search.input))
+    report.AddWarning(warning);
+}
+
 CRecipeSettings SettingsOf(const MatchOptions& options, const ColorSystem& system) {
   if (options.trustFormula && options.stock.empty() && options.library.empty())
     throw InputError("--trust-formula requires --from-stock or --library");

@@ -50,6 +50,10 @@ void AddMatchOptions(Command& command, MatchOptions& options);
 /// Curves, or colours as L*, a*, b*. Curves of one id at several geometries are one target.
 std::vector<NamedTarget> ReadTargets(MatchOptions& options, const ColorSystem& system, ResultReport& report);
 
+/// Tells the report, too, what WarnAboutScales says of batches or recipes of `file` beside the targets.
+void WarnAboutScales(const MatchOptions& options, const std::vector<NamedTarget>& targets,
+                     const std::string& file, const std::vector<NamedBatch>& batches, ResultReport& report);
+
 /// What the curves of every file are taken for.
 TakenSpecular TakenOf(const MatchOptions& options, const ColorSystem& system);
 

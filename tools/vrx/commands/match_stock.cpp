@@ -82,7 +82,9 @@ class StockAndTargets {
         report_(options.report, ReportText::kRecipes),
         system_(ReadColorSystem(options.search.system)),
         targets_(ReadTargets(options, system_, report_)),
-        stock_(ReadStock(options.stock, system_, options.search.input, TakenOf(options, system_))) {}
+        stock_(ReadStock(options.stock, system_, options.search.input, TakenOf(options, system_))) {
+    WarnAboutScales(options, targets_, options.stock, stock_, report_);
+  }
 
   RecipeNames NamesOf(const NamedTarget& target, const NamedBatch& batch) const {
     RecipeNames names = tool::NamesOf(options_, target);

@@ -6,6 +6,8 @@
 
 #include <vrxio/csv/correction_file.h>
 #include <vrxio/files/measurement_files.h>
+#include <vrxio/measurement/value_scale.h>
+#include <vrxio/text/decimal.h>
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/command_line.h"
 #include "tools/vrx/base/text.h"
@@ -124,6 +126,7 @@ CurveReader OpenCurves(InputStream input, const CurveInputOptions& options, Cont
   ReadOptions reading = options.Reading();
   reading.isExtra = isExtra;
   CurveReader curves(OpenMeasurements(std::move(input), reading), content, !options.bandpass.empty());
+  if (reading.scale == ReadOptions::Scale::kPercent) curves.SayScale();
   const std::string& name = curves.Source().Name();
   if (options.verbose || reading.lenient) {
     for (const std::string& note : curves.Source().Notes())
@@ -167,6 +170,35 @@ std::string ConflictOf(const CurveReader& standards, const CurveReader& trials) 
 
 }  // namespace
 
+std::vector<InputWarning> ScaleWarnings(const FileValues& a, const FileValues& b) {
+  constexpr double kApart = 10;  // what is read of one colour on the two scales is a hundred times apart
+  const FileValues& small = a.largest < b.largest ? a : b;
+  const FileValues& large = a.largest < b.largest ? b : a;
+  const bool areApart = small.largest > 0 && small.largest < kSurelyPercent &&
+                        large.largest >= kSurelyPercent && large.largest >= kApart * small.largest;
+  if (!areApart) return {};
+  std::string text = "no value comes to 2 percent, and those of ";
+  text.append(large.name).append(" come to ").append(ShortestText(large.largest));
+  text.append(": the files seem to have different scales; if this one has fractions of 1, ")
+      .append(kBringToOneScale);
+  return {{small.name, std::move(text)}};
+}
+
+namespace {
+
+// What two files have against each other.
+std::vector<InputWarning> WarningsOfPair(const CurveReader& standards, const CurveReader& trials) {
+  std::vector<InputWarning> warnings;
+  if (standards.ScaleIsSaid())
+    warnings = ScaleWarnings({standards.Source().Name(), standards.Largest()},
+                             {trials.Source().Name(), trials.Largest()});
+  std::string conflict = ConflictOf(standards, trials);
+  if (!conflict.empty()) warnings.push_back({trials.Source().Name(), std::move(conflict)});
+  return warnings;
+}
+
+}  // namespace
+
 std::vector<InputWarning> WarningsOf(const CurveReader& curves) {
   const std::string& name = curves.Source().Name();
   std::vector<InputWarning> warnings;
@@ -178,8 +210,7 @@ std::vector<InputWarning> WarningsOf(const CurveReader& curves) {
 std::vector<InputWarning> WarningsOf(const CurveReader& standards, const CurveReader& trials) {
   std::vector<InputWarning> warnings = WarningsOf(standards);
   for (InputWarning& warning : WarningsOf(trials)) warnings.push_back(std::move(warning));
-  const std::string conflict = ConflictOf(standards, trials);
-  if (!conflict.empty()) warnings.push_back({trials.Source().Name(), conflict});
+  for (InputWarning& warning : WarningsOfPair(standards, trials)) warnings.push_back(std::move(warning));
   return warnings;
 }
 
@@ -212,8 +243,8 @@ void WarnAboutInput(const CurveReader& curves) {
 void WarnAboutInput(const CurveReader& standards, const CurveReader& trials) {
   WarnAboutInput(standards);
   WarnAboutInput(trials);
-  const std::string conflict = ConflictOf(standards, trials);
-  if (!conflict.empty()) Remark(trials.Source().Name(), "warning: " + conflict);
+  for (const InputWarning& warning : WarningsOfPair(standards, trials))
+    Remark(warning.file, "warning: " + warning.text);
 }
 
 }  // namespace vrx::tool

@@ -73,6 +73,15 @@ void RequireCurvesToSum(const CurveInputOptions& options, std::initializer_list<
 struct InputWarning {
   std::string file, text;
 };
+/// The largest value of a file in percent, as it was read; 0 of one that has no scale, such as L*, a*, b*.
+struct FileValues {
+  std::string name;
+  double largest = 0;
+};
+/// A warning where one of two files, both of which a person said to be percent, looks like fractions of 1 beside the other: the
+/// option holds for both, and no verdict on near black against a light colour is what was meant.
+std::vector<InputWarning> ScaleWarnings(const FileValues& a, const FileValues& b);
+
 /// What is odd about the samples that were read, and about their wavelengths, for a report; of two files what they have against
 /// each other, too.
 std::vector<InputWarning> WarningsOf(const CurveReader& curves);

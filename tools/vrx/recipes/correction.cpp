@@ -8,6 +8,7 @@
 #include <utility>
 
 #include <vrxio/text/decimal.h>
+#include <vrxmath/foundation/numbers.h>
 
 #include "tools/vrx/base/command_line.h"
 #include "tools/vrx/base/reader_names.h"
@@ -167,6 +168,22 @@ CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& in
   if (count != 1) throw InputError(path + ": expected exactly one curve");
   system.WarnAboutAngle(isAngleKnown);
   return target;
+}
+
+double LargestOf(const CReflData& curve) {
+  return IsUnset(curve[0]) ? 0 : *std::ranges::max_element(curve);
+}
+
+std::vector<InputWarning> WarnAboutScales(const FileValues& targets, const std::string& file,
+                                          std::span<const NamedBatch> batches,
+                                          const CurveInputOptions& input) {
+  if (!input.percent) return {};
+  FileValues values{file};
+  for (const NamedBatch& named : batches)
+    values.largest = std::max(values.largest, LargestOf(named.batch.curve));
+  std::vector<InputWarning> warnings = ScaleWarnings(targets, values);
+  for (const InputWarning& warning : warnings) PrintMessage(warning.file + ": warning: " + warning.text);
+  return warnings;
 }
 
 void CheckAdditions(const ChoiceOptions& choice) {

@@ -4,6 +4,7 @@
 #define TOOLS_VRX_RECIPES_CORRECTION_H_
 
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,13 @@ CRecipeTarget TargetOf(const CurveReader& curves, const CurveRow& row, const Sys
 /// none or more than one.
 CRecipeTarget ReadOneTarget(const std::string& path, const CurveInputOptions& input,
                             const SystemOptions& system, const TakenSpecular& taken, ViewingOptions& viewing);
+
+/// The largest value of a curve in percent; 0 of a colour alone.
+double LargestOf(const CReflData& curve);
+/// Warnings where the curves of batches seem to have another scale than their target's, `--percent` having been said of both.
+std::vector<InputWarning> WarnAboutScales(const FileValues& targets, const std::string& file,
+                                          std::span<const NamedBatch> batches,
+                                          const CurveInputOptions& input);
 
 /// Throws InputError for a choice of more colorants than can be added to a batch.
 void CheckAdditions(const ChoiceOptions& choice);
