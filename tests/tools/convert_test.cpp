@@ -50,13 +50,16 @@ TEST_F(Convert, ThereAndBackIsTheSame) {
   for (const char* const name : {"chart", "odd", "angles"}) {
     for (const char* const form : {"cxf", "json", "txt", "csv"}) {
       const std::string there = std::string(name) + ".csv new." + form;
-      ASSERT_EQ(Run("convert " + there).err, "") << there;
-      ASSERT_EQ(Run("convert new." + std::string(form) + " back.csv").err, "") << there;
-      // CxF3 gives every object a date.
-      EXPECT_TRUE(Ends(std::string("sed 's/,[0-9-]*T[0-9:]*Z//; "
-                                   "s/^id,\\(name,\\|geometry,\\|\\)date,/id,\\1/' back.csv | cmp - ") +
-                       name + ".csv"))
+      // CxF3 gives every object a date, of which other readers know no better.
+      const bool isDated = std::string_view(form) == "cxf";
+      EXPECT_EQ(Run("convert " + there).err, isDated ? "vrx: " + std::string(name) +
+                                                           ".csv: warning: not kept: that samples have no "
+                                                           "date (readers other than vrx find the moment of "
+                                                           "writing)\n"
+                                                     : "")
           << there;
+      ASSERT_EQ(Run("convert new." + std::string(form) + " back.csv").err, "") << there;
+      EXPECT_TRUE(Ends(std::string("cmp back.csv ") + name + ".csv")) << there;
     }
   }
   const std::string percent = Run("convert odd.csv - --to csv").out;
@@ -146,8 +149,9 @@ TEST_F(Convert, WritesForSpreadsheetsAndTerminals) {
     EXPECT_TRUE(Ends("script -qec '" VRX_TOOL " convert hidden.csv - --to csv' /dev/null > shown"));
     EXPECT_EQ(folder_.Read("shown").find('\x1B'), std::string::npos) << folder_.Read("shown");
   }
-  ASSERT_EQ(Run("convert hidden.csv hidden.cxf").err,
-            "vrx: hidden.csv: warning: not kept: line ends in texts\n");
+  EXPECT_TRUE(Run("convert hidden.csv hidden.cxf")
+                  .err.starts_with(
+                      "vrx: hidden.csv: warning: not kept: line ends in texts, that samples have no date"));
   if (Has("xmllint")) {
     EXPECT_TRUE(Ends("xmllint --noout hidden.cxf"));
   }
@@ -181,14 +185,14 @@ TEST_F(Convert, OtherProgramsReadThem) {
   folder_.Write("odd.csv", kOdd);
   folder_.Write("angles.csv", "id,geometry,360,370,380\np,15\xC2\xB0,1,2,3\np,SCI,4,5,6\n");
   for (const std::string& name : {kChart, std::string("odd.csv"), std::string("angles.csv")}) {
-    ASSERT_EQ(Run("convert " + name + " new.cxf").err, "");
+    ASSERT_EQ(Run("convert " + name + " new.cxf").status, 0);
     ASSERT_EQ(Run("convert " + name + " new.txt").err, "");
     if (Has("xmllint")) {
       EXPECT_TRUE(
           Ends("xmllint --noout --schema " VRX_SOURCE_DIR "/tests/tools/cxf3_core_subset.xsd new.cxf"));
     }
   }
-  ASSERT_EQ(Run("convert " + kChart + " new.cxf").err, "");
+  ASSERT_EQ(Run("convert " + kChart + " new.cxf").status, 0);
   ASSERT_EQ(Run("convert " + kChart + " new.txt").err, "");
   if (Has("txt2ti3")) {
     folder_.Write("device.csv",

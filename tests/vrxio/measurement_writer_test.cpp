@@ -135,9 +135,9 @@ TEST(CxfWriter, TagsHoldWhatTheFormHasNoPlaceFor) {
   const struct {
     std::string name, date, created, tags;
   } kSamples[] = {
-      {"", "", given, ""},
-      {"a", "", given, ""},  // the name is the id once more
-      {"A & b", "", given, "<cc:Tag Name=\"SampleName\" Value=\"A &amp; b\"/>"},
+      {"", "", given, date("")},   // the moment of writing is no date of the sample
+      {"a", "", given, date("")},  // the name is the id once more
+      {"A & b", "", given, "<cc:Tag Name=\"SampleName\" Value=\"A &amp; b\"/>" + date("")},
       {"", "2024-05-01T12:00:00", "2024-05-01T12:00:00", ""},
       {"", "2024-05-01T12:00:00.5+02:00", "2024-05-01T12:00:00.5+02:00", ""},
       {"", "2024-05-01", given, date("2024-05-01")},
@@ -164,6 +164,27 @@ TEST(CxfWriter, TagsHoldWhatTheFormHasNoPlaceFor) {
             "ColorSpecification=\"c1\"><cc:X>20</cc:X><cc:Y>25</cc:Y><cc:Z>30</cc:Z></cc:ColorCIEXYZ>");
 }
 
+// What the writer of CxF3 says of samples without a date.
+constexpr const char* kUndated =
+    "that samples have no date (readers other than vrx find the moment of writing)";
+
+// A sample without a date has none when it is read back, beside others that have one; an empty tag of others says nothing.
+TEST(CxfWriter, UndatedSamplesStayUndated) {
+  const std::string mixed =
+      "id,date,L,a,b\na,,50,1,-2\nb,2024-05-01,50,1,-2\nc,2024-05-01T12:00:00,50,1,-2\n";
+  const Written cxf = Write(mixed, Form::kCxf);
+  EXPECT_EQ(cxf.losses, Texts{kUndated});
+  EXPECT_EQ(Write(cxf.text, Form::kCsv).text, mixed);
+  const Written again = Write(cxf.text, Form::kCxf);
+  EXPECT_EQ(again.text, cxf.text);
+  EXPECT_EQ(again.losses, Texts()) << "nothing more is lost";
+  EXPECT_EQ(Write("id,L,a,b\na,50,1,-2\n", Form::kJson).losses, Texts());
+  std::string foreign = cxf.text;
+  for (std::size_t at; (at = foreign.find("Collection Name=\"vrx\"")) != std::string::npos;)
+    foreign.replace(at, 21, "Collection Name=\"lab\"");
+  EXPECT_NE(Write(foreign, Form::kCsv).text.find("a,2026-01-01T00:00:00Z,50"), std::string::npos);
+}
+
 // Who converts a file is told what the new one does not have, and of nothing that it has.
 TEST(MeasurementWriter, LossesAreNamed) {
   const std::string words =
@@ -179,19 +200,19 @@ TEST(MeasurementWriter, LossesAreNamed) {
     Texts losses;
   } kFiles[] = {
       {lab, Form::kCgats, {"DESCRIPTOR", "SHIFT"}},
-      {lab, Form::kCxf, {"DESCRIPTOR", "SHIFT", "SHIFT"}},
+      {lab, Form::kCxf, {"DESCRIPTOR", "SHIFT", "SHIFT", kUndated}},
       {lab, Form::kCsv, {"DESCRIPTOR", "DESCRIPTOR", "SHIFT", "SHIFT"}},
       {"Shift leader: X\nBatch: 7\n" + both, Form::kCgats, {"Shift leader"}},  // a keyword is one word
-      {lit, Form::kCxf, {"illuminant"}},
-      {seen, Form::kCxf, {"observer"}},
-      {both, Form::kCxf, {}},
+      {lit, Form::kCxf, {"illuminant", kUndated}},
+      {seen, Form::kCxf, {"observer", kUndated}},
+      {both, Form::kCxf, {kUndated}},
       {lit, Form::kCsv, {}},
       {seen, Form::kJson, {}},
       {quotes, Form::kCgats, {"double quotes in texts", "line ends in texts"}},
-      {quotes, Form::kCxf, {"line ends in texts"}},
+      {quotes, Form::kCxf, {"line ends in texts", kUndated}},
       {quotes, Form::kCsv, {}},
       {twice, Form::kCgats, {"STANDARD", "Lot"}},
-      {twice, Form::kCxf, {"STANDARD", "Lot"}},
+      {twice, Form::kCxf, {"STANDARD", "Lot", kUndated}},
       {twice, Form::kCsv, {"STANDARD", "Lot"}},
   };
   for (const auto& file : kFiles)

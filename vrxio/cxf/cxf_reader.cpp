@@ -66,7 +66,7 @@ class CxfReader final : public MeasurementReader {
     if (id_.empty()) sample.id = id_ = std::to_string(rows_);
     sample.name = name_;
     sample.standard = StandardOfRow();
-    sample.date = read.date.empty() ? std::string_view(date_) : std::string_view(read.date);
+    sample.date = read.date.empty() && date_ ? std::string_view(*date_) : std::string_view(read.date);
     sample.geometry = read.geometry;
     sample.layout = read.layout;
     sample.reflectance = std::span(values_).subspan(read.firstValue, read.count);
@@ -359,7 +359,8 @@ class CxfReader final : public MeasurementReader {
   // Takes the content of the object beside its values, which are returned; 0 when there are none.
   int32_t ReadContent() {
     int32_t values = 0;
-    date_.clear();
+    std::string created;
+    date_.reset();
     standard_.clear();
     others_.clear();
     otherHeadings_.clear();
@@ -368,14 +369,15 @@ class CxfReader final : public MeasurementReader {
       if (name == "ColorValues" && values == 0) {
         values = child;
       } else if (name == "CreationDate") {
-        date_ = xml_.Text(child);
+        created = xml_.Text(child);
       } else if (name == "TagCollection") {
         ReadTags(child);
       } else {
         NoteUnused(name);
       }
     }
-    if (date_.empty()) Deviates(objectLine_, "Object has no CreationDate");
+    if (created.empty()) Deviates(objectLine_, "Object has no CreationDate");
+    if (!date_) date_ = std::move(created);
     hasNames_ = hasNames_ || !name_.empty();
     return values;
   }
@@ -398,8 +400,8 @@ class CxfReader final : public MeasurementReader {
         name_ = value;
       } else if (isOwn && word == "Standard") {
         standard_ = value;
-      } else if (word == "Date") {
-        date_ = value;  // one that is no CreationDate by its form
+      } else if (word == "Date" && (isOwn || !value.empty())) {
+        date_ = value;  // one that is no CreationDate by its form; of our own none: the object was not dated
       } else if (!options_.keepsOthers) {
         PassOver("Tag " + Shown(word));
       } else if (others_.size() < kMaxTags) {
@@ -624,7 +626,8 @@ class CxfReader final : public MeasurementReader {
   std::unordered_set<std::size_t> ids_;
 
   // The object that was read last.
-  std::string id_, name_, date_, standard_;
+  std::string id_, name_, standard_;
+  std::optional<std::string> date_;  // of the object, empty for none; once its content was read
   std::vector<Sample> samples_;
   std::vector<double> values_;
   std::vector<std::string> others_, otherHeadings_;

@@ -83,6 +83,8 @@ class CxfWriter final : public SampleWriter {
     };
     if (sample.name != sample.id) add("SampleName", sample.name);
     add("Standard", sample.standard);
+    // An empty one says that the object's date, which the schema demands, is that of the writing.
+    if (DateOf(sample).empty()) tags += "<cc:Tag Name=\"Date\" Value=\"\"/>";
     if (!IsDateTime(DateOf(sample))) add("Date", DateOf(sample));
     for (std::size_t i = 0; i < shape_.others.size(); ++i) {
       add(shape_.others[i], OtherOf(sample, i, shape_.others[i]));
@@ -106,6 +108,8 @@ class CxfWriter final : public SampleWriter {
     if (hasObserver && !hasLight) losses.emplace_back("observer");
     if (shape_.hasControls) losses.emplace_back("line ends in texts");
     DropTwins({"SampleName", "Standard", "Date"}, losses);
+    if (shape_.lacksDates && source_.FormName() != "CxF3")
+      losses.emplace_back("that samples have no date (readers other than vrx find the moment of writing)");
   }
 
   // Samples of one kind share a ColorSpecification.

@@ -24,6 +24,7 @@ class ShapeFinder {
     shape_.hasXyz = shape_.hasXyz || sample.hasXyz;
     shape_.hasLab = shape_.hasLab || sample.hasLab;
     shape_.hasSampleDates = shape_.hasSampleDates || !sample.date.empty();
+    shape_.lacksDates = shape_.lacksDates || DateOf(sample).empty();
     for (const std::string_view text : {sample.id, sample.name, sample.standard, sample.date}) TakeText(text);
     TakeOthers(sample);
     leavesGeometryOpen_ = leavesGeometryOpen_ || IsMeasurementCondition(sample.geometry);

@@ -18,6 +18,7 @@ namespace vrx::io {
 struct FileShape {
   bool hasNames = false, hasStandards = false, hasGeometries = false, hasSampleDates = false;
   bool hasFileDates = false, fileDatesDiffer = false;
+  bool lacksDates = false;  ///< of some sample neither it nor its file has one
   bool hasXyz = false, hasLab = false, hasCurves = false;
   std::vector<double> wavelengths;  ///< in nm, that the first curve has
   bool wavelengthsDiffer = false;
