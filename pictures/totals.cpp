@@ -70,7 +70,7 @@ bool HaveSameLimits(const std::vector<GradedTotal>& a, const std::vector<GradedT
 
 void AddPoint(CDblPolyline& line, double x, const GradedTotal& total) {
   line.Add({x, total.value});
-  if (IsShown(total.limit)) {
+  if (total.isJudged || IsShown(total.limit)) {
     while (line.verdicts.GetSize() < line.GetSize() - 1) line.verdicts.Add(kPass);
     line.verdicts.Add(total.verdict);
   }

@@ -18,6 +18,7 @@ struct GradedTotal {
   double value = kUnset;
   double limit = kUnset, warning = kUnset;
   Verdict verdict = kPass;
+  bool isJudged = false;  ///< the verdict counts, although there is no limit of the total
 };
 /// Totals against limits that are the same for all (one limit) or one each; missing and unset limits are none.
 [[nodiscard]] std::vector<GradedTotal> Graded(std::span<const double> values, std::span<const double> limits,

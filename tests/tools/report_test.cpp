@@ -407,6 +407,52 @@ TEST_F(Report, EachPictureHasAVerdictOfItsOwn) {
   EXPECT_EQ(strip, "pass fail ");
 }
 
+// Totals have no second picture beside them that would show the box: a trial that fails by it was green where its total is small.
+TEST_F(Report, TotalsHaveTheVerdictOfTheTrial) {
+  folder_.Write("light.csv", "id,L,a,b\nt1,51,0,0\nt2,50,0.4,0\nt3,50.9,0,0\n");
+  const std::string judge =
+      "ls.csv light.csv --system lab --illuminants D65 --limits dL=0.9,da=9,db=9 --tolerance ";
+  const auto [page, csv] = RunReport("judge " + judge + "5");
+  const Picture trend(page, "Total difference in the order");
+  ExpectPoints("fail", trend.Marks("s-fail"), {{1, 1}});
+  ExpectPoints("warning", trend.Marks("f-warning"), {{3, 0.9}});
+  ExpectPoints("pass", trend.Marks("s-pass"), {{2, 0.4}});
+  ASSERT_EQ(Run("plot trend " + judge + "5 --output trend.svg").status, 0);
+  EXPECT_NE(folder_.Read("trend.svg").find("m-3-3l6 6m-6 0l6-6"), std::string::npos)
+      << "a cross, by itself, too";
+}
+
+// A lot that was measured at several angles fails as one, and its measurements are no lots.
+TEST_F(Report, LotsAreCountedBesideTheirMeasurements) {
+  folder_.Write("as.csv", "id,geometry,L,a,b\nP,15deg,50,0,0\nP,45deg,50,0,0\n");
+  folder_.Write("at.csv",
+                "id,geometry,L,a,b\nA,15deg,50,3,0\nB,45deg,50.4,0,0\nA,45deg,50.2,0,0\nB,15deg,50,0.5,0\n"
+                "C,15deg,50,1.3,0\nD,45deg,50,4,0\nD,15deg,50,4,0\n");
+  const std::string judge = "judge as.csv at.csv --system lab --illuminants D65 --standard-id P";
+  const auto [page, csv] = RunReport(judge);
+  EXPECT_EQ(Read(Between(page, "<p class=\"overall\">", "</p>")),
+            "fail 3 pass, 1 warning, 3 fail; trials: 7");
+  EXPECT_EQ(Read(Between(page, "<p class=\"reasons\">", "</p>")),
+            "Lots: 1 pass, 1 warning, 2 fail of 4, each by the worst of its geometries. Counts of trials are "
+            "of measurements, "
+            "one for each geometry of a lot.");
+  EXPECT_EQ(Read(Between(Between(page, "<div class=\"card\">", "</div>\n</div>"), "</ul>\n<p>", "</p>")),
+            "lots: 1 pass, 1 warning, 2 fail");
+  const std::string summary = Run(judge + " --summary --format csv").out;
+  EXPECT_NE(summary.find(",samples,pass,warning,fail,lots,lots_pass,lots_warning,lots_fail,mean,"),
+            std::string::npos);
+  EXPECT_NE(summary.find(",7,3,1,3,4,1,1,2,"), std::string::npos) << summary;
+  EXPECT_NE(Run(judge).out.find("lots fail"), std::string::npos);
+  // Lots of one measurement each are the trials.
+  folder_.Write("one.csv", "id,geometry,L,a,b\nA,15deg,50,3,0\nB,45deg,50.4,0,0\n");
+  const auto [plain, plainCsv] =
+      RunReport("judge as.csv one.csv --system lab --illuminants D65 --standard-id P");
+  EXPECT_EQ(plain.find("Lots:"), std::string::npos);
+  EXPECT_EQ(Run("judge as.csv one.csv --system lab --illuminants D65 --standard-id P --summary --format csv")
+                .out.find("lots"),
+            std::string::npos);
+}
+
 // Measured at several angles a sample has one place in the trend, whatever the order of the rows, and each angle is a line.
 TEST_F(Report, AnglesAreALineEach) {
   folder_.Write("as.csv", "id,geometry,L,a,b\nP,15deg,50,0,0\nP,45deg,50,0,0\n");

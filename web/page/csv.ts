@@ -52,6 +52,8 @@ export interface Outcome {
   trials: number;
   fail: number;
   warning: number;
+  /** Lots of which several geometries were measured: their number, and how many fail under any of them. */
+  lots?: { count: number; fail: number };
   illuminants: string[];
   worst?: { trial: string; illuminant: string; verdict: string; reason: string; excess: number };
 }
@@ -64,16 +66,26 @@ export function outcomeOf(csv: Uint8Array): Outcome {
   const header: string[] = rows.next().value ?? [];
   const at = (name: string) => header.indexOf(name);
   const [trialAt, illuminantAt, verdictAt, reasonAt, excessAt] = ['trial', 'illuminant', 'verdict', 'reason', 'excess'].map(at) as [number, number, number, number, number];
+  const standardAt = at('standard'), geometryAt = at('geometry');
+  const lots = new Map<string, number>(); // rank of the worst verdict
   const illuminants = new Set<string>();
   const counts = [0, 0, 0]; // trials by the rank of their worst verdict
   let worst: Outcome['worst'];
-  let first = '', rank = -1, worstRank = 0;
+  let first = '', rank = -1, worstRank = 0, lot = '';
+  const close = () => {
+    if (rank < 0) return;
+    ++counts[rank]!;
+    if (lot) lots.set(lot, Math.max(lots.get(lot) ?? 0, rank));
+  };
   for (const row of rows) {
     const illuminant = row[illuminantAt]!;
     illuminants.add(illuminant);
     // The rows of a trial follow each other, one for each illuminant.
     first ||= illuminant;
-    if (illuminant === first && rank >= 0) ++counts[rank]!;
+    if (illuminant === first) {
+      close();
+      lot = row[geometryAt] ? JSON.stringify([row[standardAt], row[trialAt]]) : '';
+    }
     const own = RANK[row[verdictAt]!] ?? 2;
     rank = illuminant === first ? own : Math.max(rank, own);
     if (own === 0 || own < worstRank) continue;
@@ -83,9 +95,11 @@ export function outcomeOf(csv: Uint8Array): Outcome {
       worstRank = own;
     }
   }
-  if (rank >= 0) ++counts[rank]!;
+  close();
   const [pass, warning, fail] = counts as [number, number, number];
-  return { trials: pass + warning + fail, fail, warning, illuminants: [...illuminants], ...(worst && { worst }) };
+  const trials = pass + warning + fail;
+  const ofLots = { count: lots.size, fail: [...lots.values()].filter((worstOfLot) => worstOfLot === RANK['fail']).length };
+  return { trials, fail, warning, illuminants: [...illuminants], ...(lots.size > 0 && lots.size < trials && { lots: ofLots }), ...(worst && { worst }) };
 }
 
 /** The text of trials with a column that names the standard of each. */

@@ -348,10 +348,10 @@ function listed(words: string[]): string {
 }
 
 function sayOutcome(csv: Uint8Array): void {
-  const { trials, fail, warning, illuminants, worst } = outcomeOf(csv);
+  const { trials, fail, warning, lots, illuminants, worst } = outcomeOf(csv);
   const lamps = listed(illuminants);
   if (!worst) return say(trials === 1 ? t('onePasses', lamps) : t('allPass', trials, lamps), 'pass');
-  const counts = t('somePass', fail, trials, warning);
+  const counts = t('somePass', fail, trials, warning) + (lots ? ` ${t('ofLots', lots.fail, lots.count)}` : '');
   const isKnown = Number.isFinite(worst.excess);
   const why = t(!isKnown ? 'noDifference' : worst.verdict === 'fail' ? 'worst' : 'worstWarning', worst.trial, worst.illuminant, worst.reason, worst.excess.toFixed(2));
   say(`${counts} ${why}`, fail > 0 ? 'fail' : 'warning');

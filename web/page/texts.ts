@@ -88,6 +88,7 @@ const english = {
   allPass: 'All {0} trials pass under {1}.',
   onePasses: 'The trial passes under {1}.',
   somePass: '{0} of {1} trials fail and {2} are near a limit.',
+  ofLots: 'Each geometry counts as a trial: of the lots, {0} of {1} fail.',
   worst: 'The worst is {0} under {1}: {2} is {3} beyond its limit.',
   worstWarning: 'The nearest to a limit is {0} under {1}: {2} is {3} above where warnings begin.',
   noDifference: 'The worst is {0} under {1}: {2}.',

@@ -166,6 +166,25 @@ test('the nearest standards are judged with what was said of the files', () => w
   assert.ok((await saved(page, 'Save csv')).bytes.equals(expected));
 }));
 
+// One option speaks for both files: of fractions beside percent, "percent" would make near black.
+test('files of two scales are told, and no answer is offered that is wrong for one of them', () => withPage(async (page) => {
+  const wavelengths = Array.from({ length: 31 }, (_, i) => 400 + 10 * i);
+  const table = (value) => `id,${wavelengths.join(',')}\na,${wavelengths.map(() => value).join(',')}\n`;
+  await dropBoth(page, { name: 's.csv', text: table(45) }, { name: 't.csv', text: table(0.45) });
+  await set(page, 'scale', 'fraction');
+  await says(page, /the files seem to have different scales/);
+  assert.equal(await page.locator('#question').getByRole('button', { name: 'The values are percent' }).count(), 0);
+}));
+
+test('each geometry is a trial, and lots are counted beside', () => withPage(async (page) => {
+  const row = (id, geometry, a) => `${id},${geometry},50,${a},0\n`;
+  const standards = 'id,geometry,L,a,b\n' + row('P', '15deg', 0) + row('P', '45deg', 0);
+  const trials = 'id,geometry,L,a,b\n' + row('A', '15deg', 9) + row('A', '45deg', 0) + row('B', '15deg', 0) + row('B', '45deg', 0);
+  await dropBoth(page, { name: 's.csv', text: standards }, { name: 't.csv', text: trials });
+  await set(page, 'pairing', 'first');
+  await says(page, /1 of 4 trials fail .* of the lots, 1 of 2 fail/);
+}));
+
 test('the live report sorts, filters and opens a trial', () => withPage(async (page) => {
   await page.getByRole('button', { name: 'Show an example', exact: true }).click();
   const frame = await reportFrame(page);

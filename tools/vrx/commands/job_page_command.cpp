@@ -172,7 +172,7 @@ class JobPages {
   static pictures::GradedTotal TotalOf(const store::StoredTrial& trial, std::size_t i) {
     const JudgementUnder& under = trial.judgement.under[i];
     const double limit = TotalLimitOf(trial.limits[i]);
-    return {under.difference.back(), limit, limit * trial.conditions.warningFactor, under.total};
+    return {under.difference.back(), limit, limit * trial.conditions.warningFactor, under.verdict, true};
   }
 
   void WriteStandard(std::size_t i) {

@@ -177,14 +177,15 @@ ExitStatus RunJudge(JudgeOptions& options, const Command& command) {
                                                          ColumnsOf(options, comparison.Trials()));
   const auto report = MakeReport(options, settings, comparison);
   TrialSelection selection(options, results.get());
-  JudgeSummaries summaries(settings.illuminants.size(), JudgeSummary(settings.difference.system));
+  JudgeSummaries summaries(settings.illuminants.size(),
+                           JudgeSummary(settings.difference.system, comparison.Trials().HasGeometries()));
   bool areAnglesKnown = true;
   JudgingPipeline pipeline(comparison, settings, options.worstFirst ? nullptr : results.get(),
                            [&](const PipelineTrial& judged, const Standard& standard, const Judge& judge) {
                              areAnglesKnown = areAnglesKnown && SystemOptions::HasAngle(standard.geometry);
                              const TrialJudgement& judgement = judged.judgement;
                              for (std::size_t i = 0; i < summaries.size(); ++i) {
-                               summaries[i].Add(judgement.trial, judgement.under[i]);
+                               summaries[i].Add(judgement, i);
                              }
                              selection.Add(comparison.Trials(), judged);
                              if (report) report->Add(judged, standard, judge);

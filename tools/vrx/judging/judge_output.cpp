@@ -421,11 +421,14 @@ void WriteSummaries(const Format& format, OutputStream& output, const JudgeSetti
   const std::string hue = hueHeading.empty() ? "mean hue" : "mean |" + hueHeading + "|";
   std::vector<Column> columns{{"illuminant"}};
   if (IsFine(settings)) columns.push_back({"interval"});
-  columns.insert(columns.end(), {{"samples"},
-                                 {"pass"},
-                                 {"warning"},
-                                 {"fail"},
-                                 {"mean", "mean " + total},
+  columns.insert(columns.end(), {{"samples"}, {"pass"}, {"warning"}, {"fail"}});
+  const bool hasLots = std::ranges::any_of(summaries, &JudgeSummary::HasLots);
+  if (hasLots)
+    columns.insert(columns.end(), {{"lots"},
+                                   {.name = "lots_pass", .heading = "lots pass", .room = Room::kSpare},
+                                   {.name = "lots_warning", .heading = "lots warning", .room = Room::kSpare},
+                                   {"lots_fail", "lots fail"}});
+  columns.insert(columns.end(), {{"mean", "mean " + total},
                                  {.name = "deviation", .heading = "st. dev.", .room = Room::kSpare},
                                  {.name = "median", .room = Room::kSpare},
                                  {.name = "percentile95", .heading = "95 % below", .room = Room::kSpare},
@@ -439,6 +442,10 @@ void WriteSummaries(const Format& format, OutputStream& output, const JudgeSetti
     rows->Text(ShownIlluminant(settings.illuminants[i]));
     if (IsFine(settings)) rows->Integer(settings.interval);
     for (const int64_t count : {summary.Samples(), pass, warning, fail}) rows->Integer(count);
+    if (hasLots) {
+      const auto [lotsFail, lotsWarning, lotsPass] = summary.lots.Counts();
+      for (const int64_t count : {summary.lots.Lots(), lotsPass, lotsWarning, lotsFail}) rows->Integer(count);
+    }
     rows->Number(summary.totals.Mean());
     rows->Number(summary.totals.StandardDeviation());
     rows->Number(summary.totals.Percentile(50));

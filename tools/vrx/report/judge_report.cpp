@@ -40,6 +40,13 @@ std::string HalvesHtml() {
          Escaped(Text(ReportText::kTrial)) + "</span></span>";
 }
 
+std::array<std::size_t, 3> SizesOf(const VerdictCounts& counts) {
+  std::array<std::size_t, 3> sizes{};
+  std::ranges::transform(counts, sizes.begin(),
+                         [](int64_t count) { return static_cast<std::size_t>(count); });
+  return sizes;
+}
+
 std::string CurveJson(const PlottedCurve& curve) {
   std::string json = "[";
   for (const float value : curve)
@@ -127,11 +134,23 @@ void JudgeReport::AddVerdicts(const JudgeSummaries& summaries) {
       Escaped(TextOf(judged_.IlluminantCount() > 1 ? ReportText::kOfTrialsByWorst : ReportText::kOfTrials,
                      {CountsText(counts), std::to_string(judged_.Trials().size())})) +
       "</span></p>\n");
+  if (std::ranges::any_of(summaries, &JudgeSummary::HasLots)) AddLots();
   AddReasons(counts[kFail]);
   page_.AddHtml("<div class=\"cards\">\n");
   for (std::size_t i = 0; i < judged_.IlluminantCount(); ++i) AddIlluminantCard(summaries[i], i);
   page_.AddHtml("</div>\n");
   page_.EndSection();
+}
+
+// Trials are measurements: a lot has one for each geometry, and fails as one.
+void JudgeReport::AddLots() {
+  LotVerdicts lots;
+  for (const JudgedTrial& trial : judged_.Trials())
+    lots.Add(judged_.Views()[trial.view].standard, trial.id, static_cast<Verdict>(-trial.Badness().first));
+  page_.AddHtml("<p class=\"reasons\">" +
+                Escaped(TextOf(ReportText::kLotsByWorst,
+                               {CountsText(SizesOf(lots.Counts())), std::to_string(lots.Lots())})) +
+                "</p>\n");
 }
 
 // Which limits the trials that fail have broken, each under the first illuminant under which it fails.
@@ -168,14 +187,19 @@ void JudgeReport::AddIlluminantCard(const JudgeSummary& summary, std::size_t i) 
     bar += std::string("<span class=\"") + kClasses[static_cast<std::size_t>(verdict)] +
            "\" style=\"flex-grow:" + count + "\"></span>";
   }
+  const std::string lots =
+      summary.HasLots()
+          ? "<p>" + Escaped(TextOf(ReportText::kLots, {CountsText(SizesOf(summary.lots.Counts()))})) +
+                "</p>\n"
+          : "";
   const std::string& total = judged_.TotalHeading();
   const std::string hue = summary.hueHeading.empty()
                               ? ""
                               : Escaped(TextOf(ReportText::kMeanHue, {summary.hueHeading})) + " <b>" +
                                     FixedText(summary.hues.Mean()) + "</b><br>";
   page_.AddHtml("<div class=\"card\"><h3>" + Escaped(judged_.IlluminantAt(i)) +
-                "</h3>\n<div class=\"bar\" aria-hidden=\"true\">" + bar + "</div>\n<ul>" + list +
-                "</ul>\n<p>" + Escaped(TextOf(ReportText::kMean, {total})) + " <b>" +
+                "</h3>\n<div class=\"bar\" aria-hidden=\"true\">" + bar + "</div>\n<ul>" + list + "</ul>\n" +
+                lots + "<p>" + Escaped(TextOf(ReportText::kMean, {total})) + " <b>" +
                 FixedText(summary.totals.Mean()) + "</b><br>" +
                 Escaped(TextOf(ReportText::kMostBelow, {total})) + " <b>" +
                 FixedText(summary.totals.Percentile(JudgeSummary::kHighPercentile)) + "</b><br>" + hue +

@@ -66,6 +66,7 @@ class JudgeReport {
   };
 
   void AddVerdicts(const JudgeSummaries& summaries);
+  void AddLots();
   void AddReasons(std::size_t failed);
   void AddIlluminantCard(const JudgeSummary& summary, std::size_t i);
   void AddConditions();

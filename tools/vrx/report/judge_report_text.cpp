@@ -13,11 +13,12 @@ std::string JudgeReportText(const ComparisonOptions& options, JudgingOptions jud
       {options.standard, options.trials, judging.tolerances.empty() ? judging.ellipses : judging.tolerances,
        options.input.profile},
       comparison);
-  JudgeSummaries summaries(settings.illuminants.size(), JudgeSummary(settings.difference.system));
+  JudgeSummaries summaries(settings.illuminants.size(),
+                           JudgeSummary(settings.difference.system, comparison.Trials().HasGeometries()));
   JudgingPipeline pipeline(comparison, settings, nullptr,
                            [&](const PipelineTrial& judged, const Standard& standard, const Judge& judge) {
                              for (std::size_t i = 0; i < summaries.size(); ++i)
-                               summaries[i].Add(judged.judgement.trial, judged.judgement.under[i]);
+                               summaries[i].Add(judged.judgement, i);
                              page.Add(judged, standard, judge);
                            });
   constexpr std::size_t kChunk = 128;

@@ -103,11 +103,9 @@ std::string JudgedTrials::NameOf(const JudgedView& view) {
 }
 
 pictures::GradedTotal JudgedTrials::TotalOf(const JudgedTrial& trial, std::size_t i) const {
-  const JudgedView::Colour& colour = views_[trial.view].colours[i];
-  const double limit = TotalLimitOf(colour.limits), total = trial.results[i].Total();
-  const Verdict verdict =
-      std::isnan(total) || IsUnset(total) ? kFail : GradeTotal(total, limit, settings_.warningFactor);
-  return {total, limit, limit * settings_.warningFactor, verdict};
+  const double limit = TotalLimitOf(views_[trial.view].colours[i].limits);
+  const JudgedResult& result = trial.results[i];
+  return {result.Total(), limit, limit * settings_.warningFactor, result.verdict, true};
 }
 
 std::vector<std::size_t> JudgedTrials::WorstFirst(const JudgedView& view) const {

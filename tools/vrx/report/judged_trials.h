@@ -82,7 +82,7 @@ class JudgedTrials {
   /// The heading of the total difference.
   const std::string& TotalHeading() const { return columns_.back().heading; }
   const std::vector<DifferenceColumn>& Columns() const { return columns_; }
-  /// The total difference with the verdict on it alone.
+  /// The total difference with the verdict on the trial, which its box may fail where the total is small.
   pictures::GradedTotal TotalOf(const JudgedTrial& trial, std::size_t i) const;
   /// A view's trials, the worst first.
   std::vector<std::size_t> WorstFirst(const JudgedView& view) const;

@@ -155,6 +155,8 @@ enum class ReportText : uint32_t {
   kControlHint,
   kVersion,
   kLastCharts,
+  kLotsByWorst,
+  kLots,
 };
 
 /// The text as UTF-8.
