@@ -42,6 +42,10 @@ const char* const kOdd =
     "12.345678901234567,0.1,99.99999999999999\n"
     "c,c2,45/0,M2,UVcut,black,X <1>,LAV,D50,2,0,0,0,3.3333333333333335,100,0\n";
 
+constexpr const char* kMoon =
+    "CGATS.17\nMEASUREMENT_GEOMETRY \"over the moon\"\nBEGIN_DATA_FORMAT\nSAMPLE_ID nm400 nm410 nm420\n"
+    "END_DATA_FORMAT\nBEGIN_DATA\nc 3 10 2\nEND_DATA\n";
+
 TEST_F(Convert, ThereAndBackIsTheSame) {
   folder_.Write("odd.csv", kOdd);
   folder_.Write("angles.csv",
@@ -226,7 +230,22 @@ TEST_F(Convert, RefusesWhatAFormCannotHold) {
   EXPECT_EQ(folder_.Read("old.cxf"), "as it was");
 }
 
+// The words of a geometry that nothing is known of are kept, or named among what is lost.
+TEST_F(Convert, KeepsTheWordsOfAnUnknownGeometry) {
+  folder_.Write("moon.txt", kMoon);
+  for (const char* form : {"cxf", "txt"}) {
+    const std::string name = std::string("there.") + form;
+    EXPECT_EQ(Run("convert moon.txt " + name).err.find("GEOMETRY"), std::string::npos) << form;
+    ASSERT_EQ(Run("convert " + name + " back.txt").err, "") << form;
+    EXPECT_NE(folder_.Read("back.txt").find("MEASUREMENT_GEOMETRY \"over the moon\"\n"), std::string::npos)
+        << form;
+    EXPECT_EQ(Run("convert " + name + " back.csv").err,
+              "vrx: " + name + ": warning: not kept: MEASUREMENT_GEOMETRY\n");
+  }
+}
+
 TEST_F(Convert, InfoSaysWhatThereIsAndWhatIsNotUsed) {
+  folder_.Write("moon.txt", kMoon);
   folder_.Write("a.csv", kOdd);
   folder_.Write("b.txt",
                 "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID RGB_R LAB_L LAB_A "
@@ -238,6 +257,7 @@ TEST_F(Convert, InfoSaysWhatThereIsAndWhatIsNotUsed) {
       {"info a.csv --format csv",
        "condition code,\"CREEL: C - Calibrated, R - Reflectance, E - SCE, E - No UV Energy, L - Large "
        "Lens\"\n"},
+      {"info moon.txt --format csv", "warning,\"unknown geometry \"\"over the moon\"\""},
       {"info b.txt --format csv", "note,fields that are not used: RGB_R\n"},
   };
   for (const auto& [arguments, line] : kRows) {

@@ -253,6 +253,8 @@ class CxfReader final : public MeasurementReader {
     if (spec.start != 0 && (spec.start < kFirstStart || spec.start > kLastStart)) {
       Deviates(line, "StartWL is not from 360 to 400");
     }
+    const std::string& geometry = spec.conditions.otherGeometry;
+    if (options_.keepsOthers && !geometry.empty()) AddRemark("MEASUREMENT_GEOMETRY", geometry);
     if (!measurings_.emplace(id, std::move(spec)).second) {
       markup_.Fail(line, "there are two ColorSpecification elements \"" + Shown(id) + "\"");
     }

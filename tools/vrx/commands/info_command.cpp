@@ -66,6 +66,7 @@ class InfoRows {
   }
   void AddConditions(const MeasuringConditions& conditions) {
     Add("geometry", GeometryName(conditions.geometry));
+    Add("warning", UnknownGeometryWarning(conditions));
     if (conditions.specular != Specular::kUnknown) {
       Add("specular component", conditions.specular == Specular::kIncluded ? "included" : "excluded");
     }
