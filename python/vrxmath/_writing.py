@@ -43,7 +43,9 @@ def python_words() -> Iterator[None]:
         yield
     except ValueError as error:
         text = str(error).replace("--fraction or --percent", 'scale="fraction" or scale="percent"')
-        text = text.replace("vrx convert FRACTIONS.csv PERCENT.csv --fraction", 'vrxmath.convert("fractions.csv", "percent.csv", scale="fraction")')
+        text = text.replace("use --percent", 'use scale="percent"')
+        text = text.replace("vrx convert FRACTIONS.csv PERCENT.csv --fraction",
+                            'vrxmath.convert("fractions.csv", "percent.csv", scale="fraction")')
         raise ValueError(re.sub(r"--([a-z][a-z-]*)", lambda option: option[1].replace("-", "_"), text)) from None
 
 

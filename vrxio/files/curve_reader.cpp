@@ -140,7 +140,8 @@ bool CurveReader::Next(CurveRow& row) {
   }
   const std::span<const double> values =
       kind_ == Sample::kCurve ? measured_.reflectance : std::span<const double>(row.color);
-  if (kind_ != Sample::kLab && !values.empty()) largest_ = std::max(largest_, std::ranges::max(values));
+  if (scaleIsSaid_ && kind_ != Sample::kLab && !values.empty())
+    largest_ = std::max(largest_, *std::ranges::max_element(values));
   zeros_ += std::ranges::all_of(values, [](double value) { return value == 0; });
   if (check_) check_(*this, row);
   return true;

@@ -114,10 +114,10 @@ class CurveReader {
   std::string GridWarning() const;
   /// What a user is to know of the samples read so far: those without a curve, and mixed conditions.
   std::vector<std::string> SampleWarnings() const;
-  /// Remembers that a person said the scale of the values, as percent, in place of the file; and whether one did.
+  /// A person said, in place of the file, that its values are percent: the largest one counts from there on; and whether one did.
   void SayScale() { scaleIsSaid_ = true; }
   bool ScaleIsSaid() const { return scaleIsSaid_; }
-  /// The largest value read so far, in percent: a reflectance, or of X, Y, Z; 0 without any.
+  /// The largest value read since SayScale, in percent: a reflectance, or of X, Y, Z; 0 without any.
   double Largest() const { return largest_; }
   /// Samples that were skipped.
   int64_t CountWithoutCurve() const { return withoutCurve_; }

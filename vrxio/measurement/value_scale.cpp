@@ -14,8 +14,7 @@ void ScaleSearch::Ask(const std::string& file) const {
 
 std::string AboveFractions() {
   return "the value is above 2, too much for a fraction of 1; use --percent if no file has fractions, or "
-         "--force to accept "
-         "it; if another file has them, the files seem to have different scales: " +
+         "--force to accept it; if another file has them, the files seem to have different scales: " +
          std::string(kBringToOneScale);
 }
 

@@ -421,20 +421,22 @@ void WriteSummaries(const Format& format, OutputStream& output, const JudgeSetti
   const std::string hue = hueHeading.empty() ? "mean hue" : "mean |" + hueHeading + "|";
   std::vector<Column> columns{{"illuminant"}};
   if (IsFine(settings)) columns.push_back({"interval"});
-  columns.insert(columns.end(), {{"samples"}, {"pass"}, {"warning"}, {"fail"}});
+  for (const char* const count : {"samples", "pass", "warning", "fail"}) columns.push_back({count});
   const bool hasLots = std::ranges::any_of(summaries, &JudgeSummary::HasLots);
-  if (hasLots)
-    columns.insert(columns.end(), {{"lots"},
-                                   {.name = "lots_pass", .heading = "lots pass", .room = Room::kSpare},
-                                   {.name = "lots_warning", .heading = "lots warning", .room = Room::kSpare},
-                                   {"lots_fail", "lots fail"}});
-  columns.insert(columns.end(), {{"mean", "mean " + total},
-                                 {.name = "deviation", .heading = "st. dev.", .room = Room::kSpare},
-                                 {.name = "median", .room = Room::kSpare},
-                                 {.name = "percentile95", .heading = "95 % below", .room = Room::kSpare},
-                                 {"largest"},
-                                 {"trial", "of trial"},
-                                 {.name = "mean_hue", .heading = hue, .room = Room::kSpare}});
+  if (hasLots) {
+    columns.push_back({"lots"});
+    columns.push_back({.name = "lots_pass", .heading = "lots pass", .room = Room::kSpare});
+    columns.push_back({.name = "lots_warning", .heading = "lots warning", .room = Room::kSpare});
+    columns.push_back({"lots_fail", "lots fail"});
+  }
+  const std::vector<Column> figures{{"mean", "mean " + total},
+                                    {.name = "deviation", .heading = "st. dev.", .room = Room::kSpare},
+                                    {.name = "median", .room = Room::kSpare},
+                                    {.name = "percentile95", .heading = "95 % below", .room = Room::kSpare},
+                                    {"largest"},
+                                    {"trial", "of trial"},
+                                    {.name = "mean_hue", .heading = hue, .room = Room::kSpare}};
+  columns.insert(columns.end(), figures.begin(), figures.end());
   const auto rows = MakeRowWriter(format, output, columns);
   for (std::size_t i = 0; i < summaries.size(); ++i) {
     const JudgeSummary& summary = summaries[i];
