@@ -177,9 +177,9 @@ test('files of two scales are told, and no answer is offered that is wrong for o
 }));
 
 test('each geometry is a trial, and lots are counted beside', () => withPage(async (page) => {
-  const row = (id, geometry, a) => `${id},${geometry},50,${a},0\n`;
-  const standards = 'id,geometry,L,a,b\n' + row('P', '15deg', 0) + row('P', '45deg', 0);
-  const trials = 'id,geometry,L,a,b\n' + row('A', '15deg', 9) + row('A', '45deg', 0) + row('B', '15deg', 0) + row('B', '45deg', 0);
+  const wavelengths = Array.from({ length: 31 }, (_, i) => 400 + 10 * i);
+  const table = (rows) => [`id,geometry,${wavelengths.join(',')}`, ...rows.map(([names, value]) => [names, ...wavelengths.map(() => value)].join(','))].join('\n') + '\n';
+  const standards = table([['P,15deg', 50], ['P,45deg', 50]]), trials = table([['A,15deg', 70], ['A,45deg', 50], ['B,15deg', 50], ['B,45deg', 50]]);
   await dropBoth(page, { name: 's.csv', text: standards }, { name: 't.csv', text: trials });
   await set(page, 'pairing', 'first');
   await says(page, /1 of 4 trials fail .* of the lots, 1 of 2 fail/);
