@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <vector>
 
 #include <vrxmath/batch/figure_batch.h>
@@ -31,6 +32,14 @@ void FillTwoFigures(std::span<const double> xyz, std::span<double> out, const FI
     const std::array<double, 2> two = figures(RowOf(xyz, i));
     std::ranges::copy(two, out.begin() + static_cast<std::ptrdiff_t>(2 * i));
   }
+}
+
+// Factors of exchanged tiles would make every reading that they correct wrong.
+void RefuseMisplaced(const std::vector<MisplacedTile>& misplaced) {
+  if (misplaced.empty()) return;
+  const MisplacedTile& first = misplaced.front();
+  throw Refusal{VRX_REFUSED, "other: " + MisplacedTile::Describe(first, std::to_string(first.tile),
+                                                                 std::to_string(first.looksLike))};
 }
 
 std::vector<CReflData> CurvesFrom(std::span<const double> samples) {
@@ -148,6 +157,9 @@ vrx_status VRX_CALL vrx_fit_ganz_griesser(const double* xyz, const double* white
     const vrx::GanzGriesserFit fit = vrx::FitGanzGriesser(standards);
     if (!fit.hasWhiteness)
       throw Refusal{VRX_REFUSED, "xyz: three standards or more, of different saturations, are needed"};
+    if (!tints.empty() && !fit.hasTint)
+      throw Refusal{VRX_REFUSED, "tint: fewer than three standards have one; null leaves it out"};
+    if (const std::string why = fit.Contradiction(); !why.empty()) throw Refusal{VRX_REFUSED, "xyz: " + why};
     const vrx::GanzGriesser& p = fit.parameters;
     std::ranges::copy(std::array{p.P, p.Q, p.C, p.m, p.n, p.k}, out.begin());
   });
@@ -160,8 +172,11 @@ vrx_status VRX_CALL vrx_fit_correction(const double* reference, const double* ot
     const auto out = arrays.Place(factors, 1, api::kFactors, "factors");
     const std::vector<vrx::CReflData> a = api::CurvesFrom(arrays.Numbers(reference, count, 40, "reference"));
     const std::vector<vrx::CReflData> b = api::CurvesFrom(arrays.Numbers(other, count, 40, "other"));
-    const auto profile = vrx::InstrumentProfile::Fit(a, b, static_cast<std::uint32_t>(terms));
-    if (!profile) throw Refusal{VRX_REFUSED, "reference: too few tiles, or a curve that is unset"};
+    const auto kinds = static_cast<std::uint32_t>(terms);
+    const auto profile = vrx::InstrumentProfile::Fit(a, b, kinds);
+    if (!profile || a.size() < vrx::InstrumentProfile::FewestTiles(kinds))
+      throw Refusal{VRX_REFUSED, "reference: too few tiles, or a curve that is unset"};
+    api::RefuseMisplaced(vrx::InstrumentProfile::FindMisplaced(a, b, kinds));
     for (std::size_t i = 0; i < out.size(); ++i)
       out[i] = profile->FactorsAt(i / vrx::kInstrumentTerms)[i % vrx::kInstrumentTerms];
   });

@@ -373,7 +373,7 @@ VRX_C_API vrx_status VRX_CALL vrx_cie_white(int32_t illuminant, int32_t observer
 VRX_C_API vrx_status VRX_CALL vrx_ganz_griesser(const double parameters[6], const double* xyz, int32_t count,
                                                 double* figures);
 /* Fits these parameters to standards, three or more of different saturations: X, Y, Z, and whiteness and tint of their certificates. `tint` may be
- * null; m, n and k are the nominal ones then. */
+ * null; m, n and k are the nominal ones then. VRX_REFUSED where whiteness or tint runs the wrong way: certificates are exchanged. */
 VRX_C_API vrx_status VRX_CALL vrx_fit_ganz_griesser(const double* xyz, const double* whiteness,
                                                     const double* tint, int32_t count, double parameters[6]);
 
@@ -385,7 +385,8 @@ enum {
   VRX_TERM_BANDWIDTH = 16
 };
 /* Fits what makes readings of one instrument those of a reference from curves of the same tiles by both: 5 factors for each of the 40
- * wavelengths, in the order of the terms, 0 for a term that is not among `terms`. At least two tiles more than terms. */
+ * wavelengths, in the order of the terms, 0 for a term that is not among `terms`. At least two tiles more than terms.
+ * VRX_REFUSED, with the places of both from 0, where a reading looks like another tile's: tiles that were exchanged. */
 VRX_C_API vrx_status VRX_CALL vrx_fit_correction(const double* reference, const double* other, int32_t count,
                                                  int32_t terms, double factors[200]);
 /* Corrects curves of 40 samples by such factors. */

@@ -188,6 +188,19 @@ py::object GanzGriesserOf(const py::object& xyz, const py::object& parameters, i
   });
 }
 
+void WarnOfWhiteness(const GanzGriesserFit& fit) {
+  constexpr int kCaller = 1;
+  std::string text = fit.Doubt();
+  for (const std::size_t i : fit.Outlying()) {
+    if (!text.empty()) text += "; ";
+    text.append("standard ")
+        .append(std::to_string(i))
+        .append(" is farther from its certificate than an eye can tell");
+  }
+  if (!text.empty() && PyErr_WarnEx(PyExc_UserWarning, text.c_str(), kCaller) != 0)
+    throw py::error_already_set();
+}
+
 py::array_t<double> FittedGanzGriesser(const py::object& xyz, const std::vector<double>& whiteness,
                                        const std::vector<double>& tint) {
   const Rows rows = RowsOf(xyz, "xyz", 3);
@@ -200,6 +213,10 @@ py::array_t<double> FittedGanzGriesser(const py::object& xyz, const std::vector<
   const GanzGriesserFit fit = FitGanzGriesser(standards);
   if (!fit.hasWhiteness)
     throw py::value_error("xyz: three standards or more, of different saturations, are expected");
+  if (!tint.empty() && !fit.hasTint)
+    throw py::value_error("tint: fewer than three standards have one; leave it out");
+  if (const std::string why = fit.Contradiction(); !why.empty()) throw py::value_error("xyz: " + why);
+  WarnOfWhiteness(fit);
   const GanzGriesser& p = fit.parameters;
   py::array_t<double> result(6);
   std::ranges::copy(std::array{p.P, p.Q, p.C, p.m, p.n, p.k}, result.mutable_data());
@@ -223,11 +240,17 @@ py::array_t<double> FittedCorrection(const py::object& reference, const py::obje
                             "\" is none of zero, scale, nonlinear, wavelength, bandwidth");
     bits |= 1U << static_cast<std::uint32_t>(found - io::kCorrectionTerms.begin());
   }
-  const auto profile = InstrumentProfile::Fit(CurveList(reference, "reference", wavelengths),
-                                              CurveList(other, "other", wavelengths), bits);
-  if (!profile)
+  const std::vector<CReflData> ofReference = CurveList(reference, "reference", wavelengths);
+  const std::vector<CReflData> ofOther = CurveList(other, "other", wavelengths);
+  const auto profile = InstrumentProfile::Fit(ofReference, ofOther, bits);
+  if (!profile || ofReference.size() < InstrumentProfile::FewestTiles(bits))
     throw py::value_error(
         "reference: the same tiles by both are expected, two more than terms, all measured");
+  const std::vector<MisplacedTile> misplaced = InstrumentProfile::FindMisplaced(ofReference, ofOther, bits);
+  if (!misplaced.empty())
+    throw py::value_error("other: " + MisplacedTile::Describe(misplaced.front(),
+                                                              std::to_string(misplaced.front().tile),
+                                                              std::to_string(misplaced.front().looksLike)));
   py::array_t<double> result({kSamples, kInstrumentTerms});
   for (std::size_t i = 0; i < kSamples; ++i)
     std::ranges::copy(profile->FactorsAt(i), result.mutable_data() + i * kInstrumentTerms);
@@ -422,7 +445,9 @@ Examples
       py::arg("tint") = std::vector<double>(),
       R"(The parameters of Ganz-Griesser whiteness and tint of an instrument, from standards with certificates.
 
-Three standards or more, of different saturations. Without ``tint`` m, n and k are the nominal ones.
+Three standards or more, of different saturations. Without ``tint`` m, n and k are the nominal ones. Certificates by which
+whiteness falls with saturation, or tint runs backwards, are refused; a warning names standards that are farther from
+theirs than an eye can tell (5 units of whiteness, 0.5 of tint), and a scale that looks like another whiteness, as CIE's.
 
 Returns
 -------
@@ -437,7 +462,7 @@ numpy.ndarray, shape (6,)
 Parameters
 ----------
 reference, other : array_like, shape (n, 40)
-    The same tiles in the same order; two more than terms at least.
+    The same tiles in the same order; two more than terms at least. A reading that looks like another tile's is refused.
 terms : sequence of str
     ``"zero"``, ``"scale"``, ``"nonlinear"``, ``"wavelength"``, ``"bandwidth"``.
 wavelengths

@@ -151,8 +151,11 @@ def test_single_figures(curves):
     assert np.allclose(vrx.ganz_griesser(whites, vrx.fit_ganz_griesser(whites, nominal[:, 0], nominal[:, 1])), nominal)
     factors = vrx.fit_correction(curves, 0.98 * curves, ["scale"])
     assert np.allclose(factors[:, 1], 1 / 0.98 - 1) and np.allclose(vrx.corrected(0.98 * curves, factors), curves)
-    for call in (lambda: vrx.fit_correction(curves, curves, ["zeal"]), lambda: vrx.corrected(curves, factors[1:]),
-                 lambda: vrx.fit_ganz_griesser(whites[:2], [60, 90]), lambda: vrx.color_rendering(nm[:9], planck[:9]),
+    with pytest.raises(ValueError, match="tile 0 looks like tile 1"):  # exchanged tiles
+        vrx.fit_correction(curves[:6], curves[[1, 0, 2, 3, 4, 5]], ["scale"])
+    for call in (lambda: vrx.fit_correction(curves, curves, ["zeal"]), lambda: vrx.fit_correction(curves[:2], curves[:2], ["scale"]), lambda: vrx.corrected(curves, factors[1:]),
+                 lambda: vrx.fit_ganz_griesser(whites[:2], [60, 90]),
+                 lambda: vrx.fit_ganz_griesser(whites, [130, 90, 60]), lambda: vrx.color_rendering(nm[:9], planck[:9]),
                  lambda: vrx.ganz_griesser(whites, [1, 2])):
         with pytest.raises(ValueError):
             call()

@@ -167,8 +167,17 @@ static void every_argument(void) {
   REFUSES(vrx_cie_white(d65, 1, in, 1, NULL), VRX_NULL, "within");
   REFUSES(vrx_ganz_griesser(nan, in, 1, out), VRX_NOT_FINITE, "parameters");
   REFUSES(vrx_fit_ganz_griesser(in, in, in, 2, out), VRX_REFUSED, "three standards");
+  const double whites[9] = {84, 88, 92, 84, 87, 96, 83, 86, 101}, backwards[3] = {130, 90, 60}, upwards[3] = {60, 90, 130};
+  const double untold[3] = {VRX_UNSET, VRX_UNSET, VRX_UNSET};
+  REFUSES(vrx_fit_ganz_griesser(whites, backwards, NULL, 3, out), VRX_REFUSED, "whiteness does not grow");
+  REFUSES(vrx_fit_ganz_griesser(whites, upwards, untold, 3, out), VRX_REFUSED, "tint: fewer than three");
   REFUSES(vrx_fit_correction(in, in, 1, 32, factors), VRX_OUT_OF_RANGE, "terms");
   REFUSES(vrx_fit_correction(in, in, 1, 1, factors), VRX_REFUSED, "too few tiles");
+  double grays[160], swapped[160];
+  for (int i = 0; i < 160; ++i) grays[i] = 10 + 20 * (i / 40), swapped[(i / 40 == 1 ? 80 : i / 40 == 2 ? 40 : i / 40 * 40) + i % 40] = grays[i];
+  REFUSES(vrx_fit_correction(grays, grays, 3, VRX_TERM_ZERO + VRX_TERM_SCALE, factors), VRX_REFUSED, "too few tiles");
+  REFUSES(vrx_fit_correction(grays, swapped, 4, VRX_TERM_SCALE, factors), VRX_REFUSED,
+          "tile 1 looks like tile 2: corrected it is");
   REFUSES(vrx_correct_readings(NULL, in, 1, out), VRX_NULL, "factors");
   REFUSES(vrx_fit_limit(in, whole + 3, 1, out, whole, whole), VRX_OVERLAP, "wrongly_rejected");
   REFUSES(vrx_fit_limit(in, NULL, 1, out, whole, whole + 1), VRX_NULL, "accepted");

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include <vrxmath/colorimetry/instrument_profile.h>
@@ -106,6 +107,35 @@ TEST(InstrumentProfile, SaysLittleOfWhatTilesDoNotShow) {
   auto unset = read;
   unset[1] = CReflData();
   EXPECT_FALSE(InstrumentProfile::Fit(greys, unset, kZeroTerm));
+}
+
+// Exchanged tiles and one that was read twice are found behind an instrument's own faults; an instrument that is 4 percent off is not
+// taken for exchanged tiles, although each of its readings lies on the next tile.
+TEST(InstrumentProfile, FindsTilesThatStandInTheWrongPlace) {
+  const auto reference = Readings(12, TileAt);
+  const auto faulty = [](std::size_t t, double nm) { return 0.1 + 0.97 * TileAt(t, nm + 0.3); };
+  const struct {
+    const char* mistake;
+    std::vector<std::size_t> order;
+    std::vector<std::pair<std::size_t, std::size_t>> misplaced;
+  } kRows[] = {
+      {"none", {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}, {}},
+      {"exchanged", {0, 1, 5, 3, 4, 2, 6, 7, 8, 9, 10, 11}, {{2, 5}, {5, 2}}},
+      {"read twice", {0, 1, 2, 3, 4, 5, 6, 6, 8, 9, 10, 11}, {{7, 6}}},
+  };
+  const std::uint32_t terms = kZeroTerm | kScaleTerm | kWavelengthTerm;
+  for (const auto& row : kRows) {
+    const auto other = Readings(12, [&](std::size_t t, double nm) { return faulty(row.order[t], nm); });
+    std::vector<std::pair<std::size_t, std::size_t>> found;
+    for (const MisplacedTile& place : InstrumentProfile::FindMisplaced(reference, other, terms)) {
+      found.emplace_back(place.tile, place.looksLike);
+      EXPECT_LT(place.fromTheOther, 0.5) << row.mistake;
+    }
+    EXPECT_EQ(found, row.misplaced) << row.mistake;
+  }
+  const auto greys = Readings(6, [](std::size_t t, double) { return 10.0 + 4.0 * static_cast<double>(t); });
+  const auto lighter = Readings(6, [](std::size_t t, double) { return 14.0 + 4.0 * static_cast<double>(t); });
+  EXPECT_TRUE(InstrumentProfile::FindMisplaced(greys, lighter, kZeroTerm | kScaleTerm).empty());
 }
 
 }  // namespace

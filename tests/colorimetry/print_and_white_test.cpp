@@ -93,6 +93,24 @@ TEST(GanzGriesser, FindsTheParametersOfAnInstrument) {
   EXPECT_NEAR(fit.parameters.C, 1.04 * nominal.C + 1.5, 1e-6);
   EXPECT_NEAR(fit.parameters.n, 0.9 * nominal.n, 1e-6);
   for (const double residual : fit.whitenessResiduals) EXPECT_NEAR(residual, 0.0, 1e-9);
+  EXPECT_TRUE(fit.Contradiction().empty() && fit.Doubt().empty() && fit.Outlying().empty());
+  // Certificates in the reverse order fit as well, and would rank all samples upside down; a whiteness by the formula of CIE 15 has less
+  // than half the scale.
+  auto reversed = standards, ofCie = standards, ofOneTint = standards;
+  for (std::size_t i = 0; i < 4; ++i) {
+    const auto& [X, Y, Z] = standards[i].xyz;
+    const double sum = X + Y + Z;
+    reversed[i].whiteness = standards[3 - i].whiteness;
+    ofCie[i].whiteness = Y + 800.0 * (0.3138 - X / sum) + 1700.0 * (0.3310 - Y / sum);
+    ofOneTint[i].tint = 0.0;
+  }
+  EXPECT_NE(FitGanzGriesser(reversed).Contradiction().find("whiteness does not grow"), std::string::npos);
+  EXPECT_NE(FitGanzGriesser(ofOneTint).Contradiction().find("tint does not change"), std::string::npos);
+  EXPECT_NE(FitGanzGriesser(ofCie).Doubt().find("0.45 times as fast"), std::string::npos)
+      << FitGanzGriesser(ofCie).Doubt();
+  standards[2].whiteness += 30.0;
+  EXPECT_FALSE(FitGanzGriesser(standards).Outlying().empty());
+  standards[2].whiteness -= 30.0;
   // A wrong certificate stands out, and a missing tint is no tint of 0.
   standards[2].whiteness += 8.0;
   standards[0].tint = standards[1].tint = kUnset;

@@ -353,6 +353,10 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
   EXPECT_EQ(Run("fit-whiteness whites.csv --digits 1 --format csv 2> /dev/null").out,
             "id,whiteness,fitted_whiteness,whiteness_residual,tint,fitted_tint,tint_residual\n"
             "a,60.0,59.3,0.7,0.0,,\nb,90.0,91.4,-1.4,,,\nc,130.0,129.4,0.6,1.0,,\n");
+  folder_.Write("backwards.csv", "id,X,Y,Z,whiteness\na,84,88,92,130\nb,84,87,96,90\nc,83,86,101,60\n");
+  folder_.Write("soiled.csv", "id,X,Y,Z,whiteness\na,84,88,92,60\nb,84,87,96,70\nc,83,86,101,130\n");
+  const std::string soiled = Run("fit-whiteness soiled.csv print.csv 2>&1").out;
+  EXPECT_NE(soiled.find("warning: standard \"b\" is -"), std::string::npos) << soiled;
   ASSERT_EQ(Run("fit-whiteness whites.csv --parameters --format csv > own.csv 2> /dev/null").status, 0);
   EXPECT_EQ(Run("index whites.csv --indices wi-cie --ganz-griesser own.csv --illuminants D65 "
                 "--ignore-columns tint,whiteness --wide --digits 1 --format csv "
@@ -395,10 +399,39 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
   EXPECT_EQ(Run("instruments series.csv --drift --digits 2 --format csv").out,
             "date,days,tiles,mean,largest,tile,per_year\n2026-04-11,100,1,0.39,0.39,w,\n"
             "2026-07-20,200,1,0.78,0.78,w,\n2026-10-28,300,1,1.17,1.17,w,1.43\n");
+  // Exchanged tiles are named, and give no factors; angles are not taken for readings of one tile.
+  const auto greys = [&](const std::string& columns,
+                         std::initializer_list<std::pair<const char*, int>> tiles) {
+    std::string text = "id," + columns + header.substr(3) + "\n";
+    for (const auto& [id, percent] : tiles) {
+      text += id;
+      for (int nm = 400; nm <= 700; nm += 10) text += "," + std::to_string(percent);
+      text += "\n";
+    }
+    return text;
+  };
+  folder_.Write("four.csv", greys("", {{"a", 10}, {"b", 30}, {"c", 50}, {"d", 70}}));
+  folder_.Write("exchanged.csv", greys("", {{"a", 10}, {"b", 50}, {"c", 30}, {"d", 70}}));
+  folder_.Write("gloss.csv", greys("geometry,", {{"a,45/0", 10}, {"b,45/0", 30}, {"c,45/0", 50}}));
+  folder_.Write("sphere.csv", greys("geometry,", {{"a,d/8", 10}, {"b,d/8", 30}, {"c,d/8", 50}}));
+  folder_.Write("angles.csv",
+                greys("geometry,", {{"a,15as", 30}, {"a,45as", 20}, {"b,15as", 50}, {"b,45as", 40}}));
+  const std::string warned = Run("instruments four.csv exchanged.csv --terms scale 2>&1").out;
+  EXPECT_NE(warned.find("exchanged.csv: warning: the reading of tile b looks like tile c: corrected"),
+            std::string::npos)
+      << warned;
+  folder_.Write("dates.csv",
+                greys("date,geometry,",
+                      {{"a,2026-01-01,15as", 30}, {"a,2026-01-01,45as", 10}, {"a,2026-04-01,45as", 10}}));
+  EXPECT_EQ(Run("instruments dates.csv --drift --digits 2 --format csv").out,
+            "date,days,tiles,mean,largest,tile,per_year\n2026-04-01,90,1,0.00,0.00,a 45\xC2\xB0,\n");
   const std::string shop = folder_.Read("shop.csv");
   folder_.Write("huge.csv", std::string(shop).replace(shop.find(",0,"), 3, ",1e300,"));
   folder_.Write("late.csv", series.replace(series.find("2026-04-11"), 10, "11.4.2026"));
   ExpectRefused({
+      {"instruments four.csv exchanged.csv --terms scale --factors", "tile b looks like tile c"},
+      {"instruments angles.csv four.csv --terms scale", "angles.csv: tiles were read in geometry \"15"},
+      {"instruments gloss.csv sphere.csv --terms scale", "no correction makes one of the other"},
       {"instruments late.csv --drift", "late.csv, line 3: a series needs the date of each reading"},
       {"instruments low.csv --drift", "a series needs the date"},
       {"judge print.csv low.csv --tolerance 1 --pairs --correction shop.csv",
@@ -416,6 +449,7 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
       {"munsell --notation 5X", "is no Munsell notation"},
       {"fit-whiteness whites.csv m2.csv --without-uv print.csv", "there is no sample \"c\" in print.csv"},
       {"fit-whiteness whites.csv --without-uv m2.csv", "needs SAMPLES"},
+      {"fit-whiteness backwards.csv", "backwards.csv: whiteness does not grow with saturation"},
       {"fit-whiteness print.csv", "three standards or more"},
       {"instruments print.csv low.csv --terms zeal", "is not one of zero"},
       {"instruments print.csv low.csv --terms zero,scale", "3 tiles are not enough"},

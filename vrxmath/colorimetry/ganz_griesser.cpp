@@ -1,5 +1,10 @@
 #include <vrxmath/colorimetry/ganz_griesser.h>
 
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
 namespace vrx {
 namespace {
 
@@ -47,6 +52,22 @@ Line FitOver(std::span<const WhitenessStandard> standards, double WhitenessStand
   return FitLine(computed, certified);
 }
 
+// A factor of the nominal parameters, with two decimals.
+std::string FactorText(double factor) {
+  std::array<char, 32> digits{};
+  const double shown = std::round(std::clamp(factor, -1e9, 1e9) * 100.0) / 100.0;
+  const auto end =
+      std::to_chars(digits.data(), digits.data() + digits.size(), shown, std::chars_format::fixed, 2).ptr;
+  return {digits.data(), end};
+}
+
+double WhitenessFactor(const GanzGriesserFit& fit) {
+  return fit.parameters.P / GanzGriesser{}.P;
+}
+double TintFactor(const GanzGriesserFit& fit) {
+  return fit.parameters.m / GanzGriesser{}.m;
+}
+
 }  // namespace
 
 double GanzGriesser::Whiteness(const Xyz& xyz) const {
@@ -74,6 +95,43 @@ GanzGriesserFit FitGanzGriesser(std::span<const WhitenessStandard> standards) {
     fit.tintResiduals.push_back(residual(fit.hasTint, one.tint, p.Tint(one.xyz)));
   }
   return fit;
+}
+
+std::string GanzGriesserFit::Contradiction() const {
+  constexpr double kNoScale = 0.1;
+  if (hasWhiteness && !(WhitenessFactor(*this) > kNoScale)) {
+    return "whiteness does not grow with saturation as it should (" + FactorText(WhitenessFactor(*this)) +
+           " times as fast as by the nominal parameters): are certificates exchanged?";
+  }
+  if (hasTint && !(TintFactor(*this) > kNoScale)) {
+    return "tint does not change from red to green as it should (" + FactorText(TintFactor(*this)) +
+           " times as fast as by the nominal parameters): are certificates exchanged, or is the tint of "
+           "standards unknown? "
+           "Without it whiteness alone is fitted";
+  }
+  return {};
+}
+
+std::string GanzGriesserFit::Doubt() const {
+  constexpr double kLeast = 0.6, kMost = 1.6;
+  const double factor = hasWhiteness ? WhitenessFactor(*this) : 1.0;
+  if (factor >= kLeast && factor <= kMost) return {};
+  return "whiteness grows with saturation " + FactorText(factor) +
+         " times as fast as by the nominal parameters: do the certificates state another whiteness, such as "
+         "that of CIE (about 0.45)?";
+}
+
+std::vector<std::size_t> GanzGriesserFit::Outlying() const {
+  constexpr double kVisibleWhiteness = 5.0, kVisibleTint = 0.5;
+  const auto isVisible = [](double residual, double visible) {
+    return !IsUnset(residual) && std::fabs(residual) > visible;
+  };
+  std::vector<std::size_t> outlying;
+  for (std::size_t i = 0; i < whitenessResiduals.size(); ++i) {
+    if (isVisible(whitenessResiduals[i], kVisibleWhiteness) || isVisible(tintResiduals[i], kVisibleTint))
+      outlying.push_back(i);
+  }
+  return outlying;
 }
 
 }  // namespace vrx

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <span>
+#include <string>
 #include <vector>
 
 #include <vrxmath/colorimetry/values.h>
@@ -39,6 +40,15 @@ struct GanzGriesserFit {
        hasTint = false;  ///< what could be fitted; the other parameters are the nominal ones
   /// Nominal minus fitted, one for each standard; unset for one without, and where nothing was fitted.
   std::vector<double> whitenessResiduals, tintResiduals;
+
+  /// Why nothing may be computed by it: whiteness that does not grow with saturation, or tint that does not change in the direction of
+  /// tint, as exchanged certificates have it. Empty for a fit that can be used.
+  [[nodiscard]] VRX_API std::string Contradiction() const;
+  /// What a user is to check: a scale of whiteness that no ultraviolet light explains, as certificates of CIE whiteness have it. Empty
+  /// where there is nothing.
+  [[nodiscard]] VRX_API std::string Doubt() const;
+  /// The standards, from 0, whose residuals an eye can see: beyond 5 units of whiteness or 0.5 of tint.
+  [[nodiscard]] VRX_API std::vector<std::size_t> Outlying() const;
 };
 
 /// Fits the parameters to standards by least squares. The directions of whiteness and tint in the chromaticity diagram are kept,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cmath>
 
 #include <vrxmath/foundation/numbers.h>
@@ -71,7 +72,67 @@ bool AreSet(std::span<const CReflData> curves) {
   });
 }
 
+double RmsBetween(const CReflData& a, const CReflData& b) {
+  double sum = 0.0;
+  for (std::int32_t i = 0; i < kWavelengths; ++i) sum += (a[i] - b[i]) * (a[i] - b[i]);
+  return std::sqrt(sum / kWavelengths);
+}
+
+// How a reading stands between its own reference and the nearest one of all.
+MisplacedTile PlaceOf(std::span<const CReflData> reference, const CReflData& reading, std::size_t tile) {
+  MisplacedTile place{tile, tile, RmsBetween(reference[tile], reading), 0.0};
+  place.fromTheOther = place.fromItself;
+  for (std::size_t r = 0; r < reference.size(); ++r) {
+    const double distance = RmsBetween(reference[r], reading);
+    if (distance < place.fromTheOther) place.looksLike = r, place.fromTheOther = distance;
+  }
+  return place;
+}
+
 }  // namespace
+
+std::string MisplacedTile::Describe(const MisplacedTile& place, std::string_view tile,
+                                    std::string_view looksLike) {
+  const auto percent = [](double value) {
+    std::array<char, 32> digits{};
+    const auto end =
+        std::to_chars(digits.begin(), digits.end(), std::min(value, 1e9), std::chars_format::fixed, 2).ptr;
+    return std::string(digits.begin(), end);
+  };
+  std::string text("the reading of tile ");
+  text.append(tile).append(" looks like tile ").append(looksLike).append(": corrected it is ");
+  text.append(percent(place.fromItself)).append(" % of reflectance from the reference of ").append(tile);
+  text.append(" and ").append(percent(place.fromTheOther)).append(" from that of ").append(looksLike);
+  return text.append(": were tiles exchanged, or one read twice?");
+}
+
+std::vector<MisplacedTile> InstrumentProfile::FindMisplaced(std::span<const CReflData> reference,
+                                                            std::span<const CReflData> other,
+                                                            std::uint32_t terms) {
+  constexpr std::size_t kMost = 2000;
+  constexpr double kApart = 0.5, kNearer = 3.0;
+  auto profile = Fit(reference, other, terms);
+  if (!profile || reference.size() > kMost) return {};
+  std::vector<std::size_t> suspects;
+  std::vector<CReflData> rightReference, rightOther;
+  for (std::size_t t = 0; t < other.size(); ++t) {
+    if (PlaceOf(reference, other[t], t).looksLike != t) {
+      suspects.push_back(t);
+    } else {
+      rightReference.push_back(reference[t]);
+      rightOther.push_back(other[t]);
+    }
+  }
+  // An offset can make every tile look like its neighbour: the instrument's own faults are taken out before anything is said.
+  if (const auto right = Fit(rightReference, rightOther, terms)) profile = right;
+  std::vector<MisplacedTile> misplaced;
+  for (const std::size_t t : suspects) {
+    const MisplacedTile place = PlaceOf(reference, profile->Corrected(other[t]), t);
+    if (place.fromItself >= kApart && place.fromTheOther * kNearer < place.fromItself)
+      misplaced.push_back(place);
+  }
+  return misplaced;
+}
 
 std::optional<InstrumentProfile> InstrumentProfile::Fit(std::span<const CReflData> reference,
                                                         std::span<const CReflData> other,

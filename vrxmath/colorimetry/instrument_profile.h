@@ -5,10 +5,13 @@
 #define VRXMATH_COLORIMETRY_INSTRUMENT_PROFILE_H_
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include <vrxmath/colorimetry/color_records.h>
@@ -26,6 +29,17 @@ enum InstrumentTerm : std::uint32_t {
 };
 inline constexpr std::size_t kInstrumentTerms = 5;
 
+/// A tile whose reading looks like another tile's: two that were exchanged, or one that was read twice.
+struct MisplacedTile {
+  std::size_t tile = 0, looksLike = 0;  ///< places in the list
+  double fromItself = 0.0;    ///< root mean square from its own reference, in percent of reflectance
+  double fromTheOther = 0.0;  ///< the same from the reference of the tile that it looks like
+
+  /// A sentence about it, with what the two tiles are called.
+  [[nodiscard]] VRX_API static std::string Describe(const MisplacedTile& place, std::string_view tile,
+                                                    std::string_view looksLike);
+};
+
 /// A correction: at each wavelength of the grid a factor for each term.
 class InstrumentProfile {
  public:
@@ -41,6 +55,18 @@ class InstrumentProfile {
   [[nodiscard]] VRX_API static std::optional<InstrumentProfile> Fit(std::span<const CReflData> reference,
                                                                     std::span<const CReflData> other,
                                                                     std::uint32_t terms);
+
+  /// The fewest tiles for a correction that can be trusted: with one more than terms, leaving one out would leave nothing to see.
+  static std::size_t FewestTiles(std::uint32_t terms) {
+    return static_cast<std::size_t>(std::popcount(terms)) + 2;
+  }
+
+  /// The tiles whose readings look like other tiles: with what the tiles that stand right say about the instrument taken out, they are 0.5
+  /// percent and more from their own reference, and nearer than a third of that to another. In the order of the list; up to 2000
+  /// tiles are looked at, none of more, and none where Fit would give nothing.
+  [[nodiscard]] VRX_API static std::vector<MisplacedTile> FindMisplaced(std::span<const CReflData> reference,
+                                                                        std::span<const CReflData> other,
+                                                                        std::uint32_t terms);
 
   /// The profile of factors that were kept, one for each wavelength of the grid, 360 to 750 nm. None for another number of
   /// them and for one that is not finite.

@@ -159,6 +159,19 @@ void WriteSamples(const WhitenessOptions& options, const GanzGriesserFit& fit, O
   WarnAboutInput(reader);
 }
 
+// Residuals that an eye can see are told with samples, too, whose table does not show them.
+void WarnOfFit(const std::vector<NamedStandard>& named, const GanzGriesserFit& fit, const std::string& file) {
+  if (const std::string doubt = fit.Doubt(); !doubt.empty()) PrintMessage(file + ": warning: " + doubt);
+  const auto shown = [](double residual) { return IsUnset(residual) ? "-" : FixedDecimals(residual, 2); };
+  for (const std::size_t i : fit.Outlying()) {
+    PrintMessage(
+        file + ": warning: standard \"" + named[i].id + "\" is " + shown(fit.whitenessResiduals[i]) +
+        " of whiteness and " + shown(fit.tintResiduals[i]) +
+        " of tint from its certificate, more than an eye tells apart (5 and 0.5): is it soiled, faded "
+        "or exchanged?");
+  }
+}
+
 void RunFitWhiteness(const WhitenessOptions& options) {
   if (options.samples.empty() && !options.withoutUv.empty()) throw InputError("--without-uv needs SAMPLES");
   const std::vector<NamedStandard> named = ReadWhites(options);
@@ -167,6 +180,9 @@ void RunFitWhiteness(const WhitenessOptions& options) {
     throw InputError(options.standards +
                      ": the fit needs three standards or more with whiteness, and of different saturations");
   }
+  if (const std::string why = fit.Contradiction(); !why.empty())
+    throw InputError(options.standards + ": " + why);
+  WarnOfFit(named, fit, options.standards);
   OutputStream output;
   output.SetFormat(options.format);
   if (!options.samples.empty()) {

@@ -4,13 +4,15 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <iterator>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
+
+#include <vrxio/measurement/names.h>
 
 #include "tools/vrx/input/readings.h"
 
@@ -29,7 +31,13 @@ struct TileSum {
     return mean;
   }
 };
-using TilesByName = std::map<std::string, TileSum, std::less<>>;
+// By id and geometry: another angle of a tile is no other reading of it.
+using TileKey = std::pair<std::string, int32_t>;
+using TilesByName = std::map<TileKey, TileSum>;
+
+std::string TileText(const TileKey& tile) {
+  return tile.second == kNoGeometry ? tile.first : tile.first + " " + GeometryName(tile.second);
+}
 
 // The number that a text of digits is; false for anything else.
 bool TakeDigits(std::string_view text, unsigned& number) {
@@ -58,7 +66,8 @@ std::map<Day, TilesByName> ReadSeries(CurveReader& series) {
   for (std::size_t count = 0; series.Next(row); ++count) {
     if (count == kMostReadings) series.Source().FailRow("more than 200000 readings");
     const std::string& ofSet = series.FirstConditions().date;
-    TileSum& tile = days[DayOf(series, row.date.empty() ? ofSet : row.date)][std::string(row.id)];
+    const TileKey key(row.id, row.geometry);
+    TileSum& tile = days[DayOf(series, row.date.empty() ? ofSet : row.date)][key];
     if (tile.readings++ == 0) tile.curve.Fill(0.0);
     for (int32_t i = 0; i < kWavelengths; ++i) tile.curve[i] += row.curve[i];
   }
@@ -92,7 +101,7 @@ DayDifferences DifferencesOn(const TilesByName& day, const TilesByName& first, J
     const double difference = DifferenceFrom(reference->second.Mean(), tile.Mean(), judge);
     ++found.tiles;
     found.sum += difference;
-    if (difference > found.largest) found.largest = difference, found.worst = name;
+    if (difference > found.largest) found.largest = difference, found.worst = TileText(name);
   }
   return found;
 }

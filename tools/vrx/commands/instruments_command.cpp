@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <span>
@@ -13,6 +13,8 @@
 #include <vrxmath/foundation/units.h>
 
 #include <vrxio/csv/correction_file.h>
+#include <vrxio/measurement/names.h>
+#include <vrxio/text/decimal.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/text.h"
@@ -56,38 +58,71 @@ struct Tiles {
   std::vector<CReflData> reference, other;
 };
 
-std::vector<Readings> ReadTiles(CurveReader& reader) {
+// The tiles of a file by their ids. Another angle of a tile is no other reading of it, and an instrument's optics are other ones at
+// each angle: a file has one geometry.
+struct TileFile {
+  std::vector<Readings> tiles;
+  int32_t geometry = kNoGeometry;
+};
+
+TileFile ReadTiles(CurveReader& reader) {
   constexpr std::size_t kMost = 1000;
-  std::vector<Readings> all = ReadReadings(reader, 0);
-  if (all.size() > kMost) throw InputError(reader.Source().Name() + ": more than 1000 tiles");
-  return all;
+  TileFile file{ReadReadings(reader, 0)};
+  if (file.tiles.size() > kMost) throw InputError(reader.Source().Name() + ": more than 1000 tiles");
+  for (const Readings& tile : file.tiles) {
+    if (&tile != &file.tiles.front() && tile.geometry != file.geometry) {
+      throw InputError(reader.Source().Name() + ": tiles were read in geometry \"" +
+                       GeometryName(file.geometry) + "\" and in \"" + GeometryName(tile.geometry) +
+                       "\": instruments are compared in one geometry at a time, each in a file of its own");
+    }
+    file.geometry = tile.geometry;
+  }
+  return file;
+}
+
+// Whether two geometries contradict each other; M0 to M3 leave the angles open.
+bool AreOtherGeometries(int32_t a, int32_t b) {
+  return a != kNoGeometry && b != kNoGeometry && a != b &&
+         IsMeasurementCondition(a) == IsMeasurementCondition(b);
 }
 
 Tiles ReadBoth(const InstrumentOptions& options) {
   CurveReader reference = OpenCurves(options.reference, options.input);
   CurveReader other = OpenCurves(options.other, options.input);
-  std::map<std::string, CReflData> ofOther;
-  for (const Readings& readings : ReadTiles(other)) ofOther.emplace(readings.id, readings.Mean().curve);
+  const TileFile ofReference = ReadTiles(reference), ofOther = ReadTiles(other);
+  if (AreOtherGeometries(ofReference.geometry, ofOther.geometry)) {
+    throw InputError(options.other + ": its tiles were read in " + GeometryName(ofOther.geometry) +
+                     ", and those of " + options.reference + " in " + GeometryName(ofReference.geometry) +
+                     ": no correction makes one of the other");
+  }
+  std::map<std::string, CReflData> curves;
+  for (const Readings& readings : ofOther.tiles) curves.emplace(readings.id, readings.Mean().curve);
   Tiles tiles;
-  std::size_t unmatched = 0;
-  for (const Readings& readings : ReadTiles(reference)) {
-    const auto found = ofOther.find(readings.id);
-    if (found == ofOther.end()) {
-      ++unmatched;
-      continue;
-    }
+  for (const Readings& readings : ofReference.tiles) {
+    const auto found = curves.find(readings.id);
+    if (found == curves.end()) continue;
     tiles.ids.push_back(readings.id);
     tiles.reference.push_back(readings.Mean().curve);
     tiles.other.push_back(found->second);
   }
-  unmatched += ofOther.size() - tiles.ids.size();
   if (tiles.ids.empty())
     throw InputError(options.other + ": no tile has the id of one in " + options.reference);
+  const std::size_t unmatched = ofReference.tiles.size() + ofOther.tiles.size() - 2 * tiles.ids.size();
   if (unmatched > 0)
     PrintMessage(options.other + ": warning: " + std::to_string(unmatched) +
                  " tiles are in one of the two files only and are left out");
   WarnAboutInput(reference, other);
   return tiles;
+}
+
+// Differences of exchanged tiles show for themselves once a warning says what they are; factors would correct every trial by them.
+void ReportMisplaced(const Tiles& tiles, std::uint32_t terms, const InstrumentOptions& options) {
+  for (const MisplacedTile& place : InstrumentProfile::FindMisplaced(tiles.reference, tiles.other, terms)) {
+    const std::string text =
+        MisplacedTile::Describe(place, tiles.ids[place.tile], tiles.ids[place.looksLike]);
+    if (options.factors) throw InputError(options.other + ": " + text);
+    PrintMessage(options.other + ": warning: " + text);
+  }
 }
 
 std::vector<double> DifferencesOf(const Tiles& tiles, std::span<const CReflData> readings, Judge& judge) {
@@ -120,6 +155,12 @@ std::vector<CReflData> LeftOut(const Tiles& tiles, std::uint32_t terms, const st
 // The differences from the reference: as read, as corrected, and as corrected by the other tiles.
 using Three = std::array<std::vector<double>, 3>;
 
+double MeanOf(std::span<const double> values) {
+  double sum = 0;
+  for (const double value : values) sum += value;
+  return sum / static_cast<double>(values.size());
+}
+
 void WriteTiles(const Tiles& tiles, const Three& three, const Format& format, OutputStream& output) {
   const auto rows = MakeRowWriter(format, output,
                                   {{"id"},
@@ -139,15 +180,23 @@ void WriteSummary(const Three& three, const Format& format, OutputStream& output
                                   {{"readings"}, {"tiles"}, {"mean", "mean", 3}, {"largest", "largest", 3}});
   constexpr const char* kNames[] = {"as read", "corrected", "by the other tiles"};
   for (std::size_t k = 0; k < three.size(); ++k) {
-    double sum = 0;
-    for (const double difference : three[k]) sum += difference;
     rows->Text(kNames[k]);
     rows->Integer(static_cast<int64_t>(three[k].size()));
-    rows->Known(sum / static_cast<double>(three[k].size()));
+    rows->Known(MeanOf(three[k]));
     rows->Known(*std::ranges::max_element(three[k]));
     rows->EndRow();
   }
   rows->Finish();
+}
+
+// A correction that makes tiles worse which took no part will make trials worse.
+void WarnOfUselessCorrection(const Three& three, const std::string& file) {
+  const double asRead = MeanOf(three[0]), byTheOthers = MeanOf(three[2]);
+  if (byTheOthers <= asRead) return;
+  PrintMessage(file +
+               ": warning: the correction makes tiles worse that it was not fitted to: mean difference " +
+               FixedDecimals(byTheOthers, 3) + " instead of " + FixedDecimals(asRead, 3) +
+               " as read; use fewer terms, more tiles, or none");
 }
 
 void WriteFactors(const InstrumentProfile& profile, const Format& format, OutputStream& output) {
@@ -180,22 +229,24 @@ void RunInstruments(const InstrumentOptions& options) {
   if (options.reference == "-" && options.other == "-")
     throw InputError("REFERENCE and OTHER cannot both come from standard input: name a file");
   const Tiles tiles = ReadBoth(options);
-  if (tiles.ids.size() < static_cast<std::size_t>(std::popcount(terms)) + 2) {
+  if (tiles.ids.size() < InstrumentProfile::FewestTiles(terms)) {
     throw InputError(options.other + ": " + std::to_string(tiles.ids.size()) +
                      " tiles are not enough for the terms: two more than terms are needed");
   }
   const InstrumentProfile profile = ProfileOf(tiles, terms, options.other);
+  ReportMisplaced(tiles, terms, options);
+  std::vector<CReflData> corrected;
+  for (const CReflData& reading : tiles.other) corrected.push_back(profile.Corrected(reading));
+  Judge judge(settings);
+  const Three three = {DifferencesOf(tiles, tiles.other, judge), DifferencesOf(tiles, corrected, judge),
+                       DifferencesOf(tiles, LeftOut(tiles, terms, options.other), judge)};
+  WarnOfUselessCorrection(three, options.other);
   OutputStream output;
   output.SetFormat(options.format);
   if (options.factors) {
     WriteFactors(profile, options.format, output);
     return output.Finish();
   }
-  std::vector<CReflData> corrected;
-  for (const CReflData& reading : tiles.other) corrected.push_back(profile.Corrected(reading));
-  Judge judge(settings);
-  const Three three = {DifferencesOf(tiles, tiles.other, judge), DifferencesOf(tiles, corrected, judge),
-                       DifferencesOf(tiles, LeftOut(tiles, terms, options.other), judge)};
   if (!options.summary) WriteTiles(tiles, three, options.format, output);
   if (options.format == Format::kTable && !options.summary) output.Append('\n');
   if (options.summary || options.format == Format::kTable) WriteSummary(three, options.format, output);
