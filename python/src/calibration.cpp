@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +19,7 @@
 #include <vrxmath/matching/calibration.h>
 #include <vrxmath/matching/calibration_faults.h>
 #include <vrxmath/matching/dye_ladder.h>
+#include <vrxmath/matching/exchanged_drawdowns.h>
 
 #include "python/src/arrays.h"
 #include "python/src/color_system.h"
@@ -131,9 +133,12 @@ py::tuple Calibrate(const std::vector<std::string>& components, const py::object
   CDrawdownFitArray fits;
   CDyeBuildUpArray buildUps;
   CalibrationOutcome outcome;
+  std::optional<ExchangedDrawdowns> exchanged;
   WithoutLock([&](const auto&) {
     outcome = isOnSubstrate ? CalibrateDyes(names, drawdowns, settings, system.data, fits, buildUps)
                             : CalibrateColorants(names, drawdowns, settings, system.data, fits);
+    if (!isOnSubstrate && outcome.fault == CalibrationFault::kNone)
+      exchanged = FindExchangedDrawdowns(names, drawdowns, settings);
   });
   const auto setting = [](std::string_view name, std::string_view value) {
     return std::string(name) + (value.empty() ? "" : "=\"" + std::string(value) + "\"");
@@ -142,6 +147,9 @@ py::tuple Calibrate(const std::vector<std::string>& components, const py::object
     throw py::value_error(
         CalibrationFaultText(outcome, {names, drawdowns, settings, isOnSubstrate, setting}));
   }
+  constexpr int kCaller = 1;
+  if (exchanged && PyErr_WarnEx(PyExc_UserWarning, exchanged->Text(drawdowns).c_str(), kCaller) != 0)
+    throw py::error_already_set();
   system.data.name = CString::FromUtf8(given["name"].cast<std::string>());
   system.specular = settings.mode;
   io::CommonGeometry geometry;

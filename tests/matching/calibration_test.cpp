@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <vrxmath/colorant/film.h>
+#include <vrxmath/matching/exchanged_drawdowns.h>
 
 namespace vrx {
 namespace {
@@ -188,6 +189,27 @@ TEST(Calibration, WeightsCount) {
   EXPECT_GT(errors[1], 1.0);
 }
 
+// Two letdowns under each other's formulas are named with what they cost; a ladder in order has none, and neither has one whose drawdowns
+// are all described badly.
+TEST(Calibration, NamesExchangedDrawdowns) {
+  CDrawdownArray ladder = Ladder(SaundersonMode::kIncluded);
+  EXPECT_FALSE(FindExchangedDrawdowns(Names(), ladder, {}));
+  ladder[3].id = u"red 20", ladder[4].id = u"blue 60";
+  std::swap(ladder[3].shares, ladder[4].shares);
+  const auto found = FindExchangedDrawdowns(Names(), ladder, {});
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->first, 3);
+  EXPECT_EQ(found->second, 4);
+  EXPECT_LT(found->exchanged, 0.1);
+  EXPECT_GT(found->asTheyAre, 5.0);
+  EXPECT_EQ(found->Text(ladder).find("drawdowns \"red 20\" and \"blue 60\" look exchanged: "), 0u);
+  std::swap(ladder[3].shares, ladder[4].shares);
+  for (int32_t i = 0; i < ladder.GetSize(); ++i) {
+    for (int32_t w = 0; w < kWavelengths; ++w) ladder[i].opaque[w] *= i % 2 == 0 ? 0.85 : 1.1;
+  }
+  EXPECT_FALSE(FindExchangedDrawdowns(Names(), ladder, {}));
+}
+
 TEST(Calibration, TellsWhatCannotBeUsed) {
   constexpr auto mode = SaundersonMode::kIncluded;
   struct Row {
@@ -207,6 +229,8 @@ TEST(Calibration, TellsWhatCannotBeUsed) {
   std::swap(swapped.overBlack, swapped.overWhite);
   std::swap(cards.black, cards.white);
   weightless.weight = 0.0;
+  CDrawdown twice = Drawdown({1, 1, 0}, 0.2, mode);
+  twice.overBlack = twice.overWhite;
   const CDrawdown good = Drawdown({1, 1, 0}, 0.0, mode);
   const Row rows[] = {
       {"no white", 3, good, 0, {CalibrationFault::kNoWhite}},
@@ -219,6 +243,7 @@ TEST(Calibration, TellsWhatCannotBeUsed) {
       {"darker than the surface", 0, dark, 0, {CalibrationFault::kBelowSurface, 8}},
       {"over white before over black", 0, swapped, 0, {CalibrationFault::kFilmSwapped, 8}},
       {"the white card before the black one", 0, cards, 0, {CalibrationFault::kCardsSwapped, 8}},
+      {"over white twice", 0, twice, 0, {CalibrationFault::kSameReadings, 8}},
       {"red at one share", 0, good, 6, {CalibrationFault::kOneShareOnly, -1, 2}, 1},
       {"red in none", 0, good, 7, {CalibrationFault::kNeverUsed, -1, 2}, 1},
       {"blue and red at one share",

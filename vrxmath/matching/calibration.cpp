@@ -291,6 +291,9 @@ CalibrationFault FaultOfFilm(const CDrawdown& drawdown) {
   constexpr double kPart = 0.1;
   const double cards = LuminanceOf(drawdown.white) - LuminanceOf(drawdown.black);
   if (!(cards > 0.0)) return CalibrationFault::kCardsSwapped;
+  // Two readings of a film that hides differ in their last digits; without any difference one was stored twice.
+  if (std::equal(drawdown.overBlack.begin(), drawdown.overBlack.end(), drawdown.overWhite.begin()))
+    return CalibrationFault::kSameReadings;
   const double film = LuminanceOf(drawdown.overWhite) - LuminanceOf(drawdown.overBlack);
   return film < -kPart * cards ? CalibrationFault::kFilmSwapped : CalibrationFault::kNone;
 }

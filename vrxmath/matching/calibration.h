@@ -70,6 +70,7 @@ enum class CalibrationFault {
   kBelowSurface,
   kFilmSwapped,   ///< `drawdown`: the film is lighter over black than over white
   kCardsSwapped,  ///< `drawdown`: its black card is not darker than the white one
+  kSameReadings,  ///< `drawdown`: the film has the same numbers over black as over white
   kNeverUsed,     ///< `component` is in no drawdown
   /// `components`, none of them the white, have one share each in all their drawdowns: K and S cannot be told apart.
   kOneShareOnly,

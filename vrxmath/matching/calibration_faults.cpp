@@ -35,6 +35,10 @@ std::string DrawdownText(CalibrationFault fault, const CalibrationQuestion& ques
       return "the film is lighter over black than over white: the rows are swapped";
     case CalibrationFault::kCardsSwapped:
       return "the black card is not darker than the white one: the rows are swapped";
+    case CalibrationFault::kSameReadings:
+      return "the film has the same numbers over black as over white: one reading stands for both; a film "
+             "that "
+             "hides its backing is an opaque drawdown";
     default:
       return "it is not measured";
   }

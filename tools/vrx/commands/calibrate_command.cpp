@@ -14,6 +14,7 @@
 #include <vrxmath/matching/calibration.h>
 #include <vrxmath/matching/calibration_faults.h>
 #include <vrxmath/matching/dye_ladder.h>
+#include <vrxmath/matching/exchanged_drawdowns.h>
 #include <vrxmath/matching/prediction_error.h>
 
 #include "tools/vrx/base/command.h"
@@ -257,6 +258,7 @@ class Calibration {
     } else if (settings_.leaveOneOut) {
       TellOfRefinement(division_.used, fits_, outcome);
     }
+    if (!IsOneConstant()) TellOfExchange();
     if (!options_.additions.empty()) TellOfAdditions(division_, before, fits_, foreseen);
     const auto isFilm = [](const CDrawdown& drawdown) { return drawdown.isFilm; };
     if (std::any_of(file_.drawdowns.begin(), file_.drawdowns.end(), isFilm)) {
@@ -301,10 +303,15 @@ class Calibration {
   bool IsOneConstant() const { return MixingLawOf(Model()) == MixingLaw::kOneConstant; }
   int32_t Model() const { return kModels.at(static_cast<std::size_t>(options_.model)); }
 
-  CalibrationOutcome Calibrate(const CDrawdownArray& drawdowns, ColorSystem& system,
-                               CDrawdownFitArray& fits) {
+  CStringArray1 Names() const {
     CStringArray1 names;
     for (const std::string& name : file_.names) names.Add(CString::FromUtf8(name).CStr());
+    return names;
+  }
+
+  CalibrationOutcome Calibrate(const CDrawdownArray& drawdowns, ColorSystem& system,
+                               CDrawdownFitArray& fits) {
+    const CStringArray1 names = Names();
     system.data.opticalModel = Model();
     CalibrationOutcome outcome =
         IsOneConstant() ? CalibrateDyes(names, drawdowns, settings_, system.data, fits, buildUps_)
@@ -327,6 +334,12 @@ class Calibration {
     system_.calibratedOn = std::filesystem::path(options_.samples).filename().string() + ", " +
                            std::to_string(division_.used.GetSize()) + " drawdowns";
     WriteColorSystem(options_.output, system_);
+  }
+
+  // Exchanged readings make the constants of all their components wrong, and only their differences show it.
+  void TellOfExchange() const {
+    const auto exchanged = FindExchangedDrawdowns(Names(), division_.used, settings_);
+    if (exchanged) PrintMessage(options_.samples + ": warning: " + exchanged->Text(division_.used));
   }
 
   void TellOfSaturation() const {
