@@ -81,7 +81,7 @@ vrx_status VRX_CALL vrx_tone_value(double paper, double tint, double solid, doub
     NeedWithin(paper, -kMostDensity, kMostDensity, "paper");
     NeedWithin(tint, -kMostDensity, kMostDensity, "tint");
     NeedWithin(solid, -kMostDensity, kMostDensity, "solid");
-    NeedWithin(n, 0.1, 10.0, "n");
+    NeedWithin(n, 1.0, 10.0, "n");
     if (solid <= paper) throw Refusal{VRX_OUT_OF_RANGE, "the solid is no darker than the paper"};
     out = vrx::ToneValue(paper, tint, solid, n);
   });

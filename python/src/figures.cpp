@@ -143,7 +143,7 @@ Examples
       py::arg("paper"), py::arg("tint"), py::arg("solid"), py::arg("n") = 1.0,
       R"(How much of the paper a tint covers, in percent, by densities of one filter.
 
-``n`` is 1 for Murray-Davies, above 1 for Yule-Nielsen. NaN for a solid no darker than the paper.
+``n`` is 1 for Murray-Davies, above 1 for Yule-Nielsen. NaN for a solid no darker than the paper, and for n below 1.
 
 Examples
 --------

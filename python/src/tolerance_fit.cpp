@@ -10,6 +10,7 @@
 
 #include <vrxmath/tolerance/ellipse_fit.h>
 #include <vrxmath/tolerance/limit_fit.h>
+#include <vrxmath/tolerance/lone_difference.h>
 
 #include "python/src/arrays.h"
 #include "python/src/module.h"
@@ -75,6 +76,10 @@ py::array_t<double> FitEllipsoid(const py::object& differences, const py::object
     case ToleranceFitError::kNone:
       break;
   }
+  constexpr int kCaller = 1;
+  const auto lone = FindLoneDifference(accepted, settings);
+  if (lone && PyErr_WarnEx(PyExc_UserWarning, ("differences: " + lone->Text()).c_str(), kCaller) != 0)
+    throw py::error_already_set();
   return py::array_t<double>(static_cast<py::ssize_t>(CEllipseData::kValues), ellipse.GetData());
 }
 

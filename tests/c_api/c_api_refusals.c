@@ -157,6 +157,7 @@ static void every_argument(void) {
   REFUSES(vrx_tone_value(1, 0.5, 1, 1, out), VRX_OUT_OF_RANGE, "no darker than the paper");
   REFUSES(vrx_tone_value(0, 0.5, 1, 0, out), VRX_OUT_OF_RANGE, "n is");
   REFUSES(vrx_tone_value(nan[2], 0.5, 1, 1, out), VRX_NOT_FINITE, "paper");
+  REFUSES(vrx_tone_value(0.1, 0.5, 1.2, 0.5, out), VRX_OUT_OF_RANGE, "n is not 1 to 10");
   REFUSES(vrx_spot_tone_value(in, in, NULL, in, out), VRX_NULL, "solid");
   REFUSES(vrx_munsell(nan, 1, out), VRX_NOT_FINITE, "xyz");
   REFUSES(vrx_munsell_to_xyz(in, 1, NULL), VRX_NULL, "xyz");

@@ -54,7 +54,7 @@ TEST(ToneValue, ByHandAndByItsLaws) {
   EXPECT_NEAR(ToneValue(0.0, 0.60206, 2.0, 2.0), 100 * 0.5 / 0.9, 1e-4);    // 10^-0.30103 and 10^-1
   EXPECT_EQ(ToneValue(0.1, 0.1, 1.5), 0.0);
   EXPECT_EQ(ToneValue(0.1, 1.5, 1.5), 100.0);
-  EXPECT_TRUE(IsUnset(ToneValue(0.5, 0.6, 0.5)) && IsUnset(ToneValue(0.1, 0.3, 1.5, 0.0)) &&
+  EXPECT_TRUE(IsUnset(ToneValue(0.5, 0.6, 0.5)) && IsUnset(ToneValue(0.1, 0.3, 1.5, 0.5)) &&
               IsUnset(ToneValue(kUnset, 0.3, 1.5)));
 }
 

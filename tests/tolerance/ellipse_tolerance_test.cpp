@@ -9,6 +9,7 @@
 #include <vrxmath/foundation/angles.h>
 #include <vrxmath/tolerance/ellipse_fit.h>
 #include <vrxmath/tolerance/ellipse_tolerance.h>
+#include <vrxmath/tolerance/lone_difference.h>
 
 #include "tests/testing/archives.h"
 #include "tests/testing/colors.h"
@@ -256,6 +257,29 @@ TEST(EllipseFit, MakesATolerance) {
   EXPECT_EQ(FitTolerance(octahedron, 1, settings, untouched),
             ToleranceFitError::kTooFew);  // nine unknowns but one
   for (std::int32_t i = 0; i < CEllipseData::kValues; ++i) EXPECT_EQ(untouched[i], before[i]);
+}
+
+// A mistyped difference among the corners of three boxes is found and priced; the corners alone have none, and among few differences
+// nothing is said.
+TEST(EllipseFit, NamesADifferenceThatAloneMakesItLarge) {
+  std::vector<LabDifference> corners;
+  for (const double size : {1.0, 0.8, 0.5}) {
+    for (int i = 0; i < 8; ++i)
+      corners.push_back(
+          {size * (i & 1 ? 0.5 : -0.5), size * (i & 2 ? 0.4 : -0.4), size * (i & 4 ? 0.3 : -0.3)});
+  }
+  ToleranceFitSettings settings;
+  EXPECT_FALSE(FindLoneDifference(corners, settings));
+  corners.insert(corners.begin() + 5, LabDifference{8.0, 0.1, 0.1});
+  const auto lone = FindLoneDifference(corners, settings);
+  ASSERT_TRUE(lone);
+  EXPECT_EQ(lone->index, 5u);
+  EXPECT_GT(lone->growth, 4.0);
+  EXPECT_EQ(lone->Text().find("one accepted difference (dL* 8.00, da* 0.10, db* 0.10) makes the ellipsoid "),
+            0u);
+  EXPECT_FALSE(FindLoneDifference({corners.data(), 11}, settings));
+  settings.method = ToleranceFitSettings::kSurface;
+  EXPECT_FALSE(FindLoneDifference(corners, settings));
 }
 
 TEST(EllipseFit, RefusesWhatSpansNoSpace) {

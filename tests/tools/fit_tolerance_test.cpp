@@ -206,6 +206,24 @@ TEST_F(FitTolerance, TheLimitThatAgreesWithVerdicts) {
   });
 }
 
+// One trial that was accepted by mistake would let batches eight units off pass.
+TEST_F(FitTolerance, NamesAnAcceptedTrialThatAloneMakesTheToleranceLarge) {
+  std::string rows = "dL,da,db\n";
+  for (const char* size : {"0.5", "0.4", "0.25"}) {
+    for (int i = 0; i < 8; ++i) {
+      const auto side = [&](int bit) { return std::string((i & bit) != 0 ? "" : "-") + size; };
+      rows.append(side(1)).append(",").append(side(2)).append(",").append(side(4)).append("\n");
+    }
+  }
+  folder_.Write("accepted.csv", rows);
+  EXPECT_EQ(Run("fit-tolerance accepted.csv").err, "");
+  folder_.Write("accepted.csv", rows + "8,0.1,0.1\n");
+  const std::string told = Run("fit-tolerance accepted.csv --format csv").err;
+  EXPECT_NE(told.find("accepted.csv: warning: one accepted difference (dL* 8.00, da* 0.10, db* 0.10) makes"),
+            std::string::npos)
+      << told;
+}
+
 TEST_F(FitTolerance, BadRequestsAreRefused) {
   folder_.Write("batch.csv", Batch("id"));
   folder_.Write("alone.csv", Batch("id").substr(0, Batch("id").find("\nT0") + 1));

@@ -346,6 +346,9 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
   EXPECT_EQ(Run("density print.csv --paper p --solid s --digits 3 --format csv | cut -d , -f 1,2,5,6,7").out,
             "id,red,visual,filter,tone_value\np,0.000,0.000,red,0.000\nt,0.301,0.301,red,50.505\ns,2.000,2."
             "000,red,100.000\n");
+  const std::string reversed = Run("density print.csv --paper s --solid p 2>&1").out;
+  EXPECT_NE(reversed.find("the solid \"p\" is in no filter darker than the paper \"s\""), std::string::npos)
+      << reversed;
   EXPECT_EQ(Run("density print.csv --paper p --solid s --report print.html").status, 0);
   EXPECT_NE(folder_.Read("print.html").find("ISO 5-3, status T; p - s, Murray-Davies"), std::string::npos);
   folder_.Write("whites.csv",
@@ -443,6 +446,7 @@ TEST_F(IndexAndSwatch, PrintWhitenessAndInstruments) {
       {"index print.csv --ganz-griesser whites.csv", "is P,Q,C,m,n,k"},
       {"lamp print.csv", "the header must be nm"},
       {"lamp dark.csv", "dark.csv: lamp \"b\": "},
+      {"density print.csv --paper p --solid s --n 0.5", "--n: must be a factor from 1 to 10"},
       {"density print.csv --paper p", "tone values need both"},
       {"density print.csv --paper p --solid q", "there is no patch \"q\""},
       {"munsell", "one of them is needed"},

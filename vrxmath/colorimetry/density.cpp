@@ -88,7 +88,7 @@ Densities DensitiesOf(const CReflData& curve, DensityStatus status) {
 }
 
 double ToneValue(double paper, double tint, double solid, double n) {
-  if (IsUnset(paper) || IsUnset(tint) || IsUnset(solid) || !(solid > paper) || !(n > 0.0)) return kUnset;
+  if (IsUnset(paper) || IsUnset(tint) || IsUnset(solid) || !(solid > paper) || !(n >= 1.0)) return kUnset;
   const auto covered = [&](double density) { return 1.0 - Power(10.0, (paper - density) / n); };
   return 100.0 * covered(tint) / covered(solid);
 }

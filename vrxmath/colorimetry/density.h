@@ -43,7 +43,7 @@ DensityWeights DensityWeightsOf(DensityStatus status);
 
 /// How much of the paper a tint covers, in percent, by densities of paper, tint and solid in one filter: Murray and Davies for
 /// n = 1; with the Yule-Nielsen factor n above 1 the light that the paper scatters under the dots counts less (ISO 12647-1).
-/// Unset for unset densities, a solid no darker than the paper, and n not above 0.
+/// Unset for unset densities, a solid no darker than the paper, and n below 1.
 [[nodiscard]] VRX_API double ToneValue(double paper, double tint, double solid, double n = 1.0);
 
 /// The tone value of a spot colour in percent by ISO 20654 (SCTV): how far the tint is on its way from the paper to the solid,

@@ -75,6 +75,10 @@ class Tones {
     }
   }
 
+  /// False where the two were given in the wrong order, or are one: there is no tone value then, and the SCTV runs backwards.
+  bool IsSolidDarker() const {
+    return solid_.densities.Filters()[filter_] > paper_.densities.Filters()[filter_];
+  }
   const char* FilterName() const { return kNames[filter_]; }
   double ToneOf(const Patch& patch) const {
     return ToneValue(paper_.densities.Filters()[filter_], patch.densities.Filters()[filter_],
@@ -116,8 +120,7 @@ std::string MethodText(const DensityOptions& options) {
 void RunDensity(const DensityOptions& options) {
   if (options.paper.empty() != options.solid.empty())
     throw InputError("--paper and --solid: tone values need both");
-  if (!(options.factor > 0 && options.factor <= 10))
-    throw InputError("--n: must be a factor above 0 and up to 10");
+  if (!(options.factor >= 1 && options.factor <= 10)) throw InputError("--n: must be a factor from 1 to 10");
   CurveReader reader = OpenCurves(options.file, options.input);
   ResultReport report(options.report, ReportText::kDensities);
   report.AddFile(ReportText::kInputFile, options.file);
@@ -128,6 +131,11 @@ void RunDensity(const DensityOptions& options) {
   if (!options.paper.empty()) {
     tones.emplace(PatchNamed(patches, options.paper, "--paper"),
                   PatchNamed(patches, options.solid, "--solid"), options.factor);
+    if (!tones->IsSolidDarker()) {
+      PrintMessage(options.file + ": warning: the solid \"" + options.solid +
+                   "\" is in no filter darker than the paper \"" + options.paper +
+                   "\", so that there are no tone values: are --paper and --solid exchanged?");
+    }
   }
   OutputStream output;
   const auto rows =
@@ -159,7 +167,7 @@ void AddDensity(Command& tool) {
       .Shows("a|e|m|t [t]");
   command.AddOption("--paper", options->paper, "Id of the patch without ink, for tone values").Shows("ID");
   command.AddOption("--solid", options->solid, "Id of the patch that is covered with ink").Shows("ID");
-  command.AddOption("--n", options->factor, "Factor of Yule and Nielsen; 1 is Murray-Davies")
+  command.AddOption("--n", options->factor, "Factor of Yule and Nielsen, 1 to 10; 1 is Murray-Davies")
       .Shows("FACTOR [1]");
   AddCurveInputOptions(command, options->input);
   AddFormatOption(command, options->format);

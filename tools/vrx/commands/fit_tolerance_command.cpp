@@ -10,6 +10,7 @@
 
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/tolerance/ellipse_fit.h>
+#include <vrxmath/tolerance/lone_difference.h>
 
 #include <vrxio/csv/tolerance_table.h>
 #include <vrxio/csv/value_columns.h>
@@ -183,6 +184,8 @@ CEllipseData Fit(const Cloud& cloud, const ToleranceFitSettings& settings, const
     case ToleranceFitError::kNone:
       break;
   }
+  if (const auto lone = FindLoneDifference(cloud.differences, settings))
+    PrintMessage(place + ": warning: " + lone->Text());
   return ellipse;
 }
 
