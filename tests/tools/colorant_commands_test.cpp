@@ -48,6 +48,11 @@ TEST_F(ColorantCommands, StrengthOfADilutionSeries) {
   }
   for (const json& row : RunJson("strength std.csv std.csv --pairs")) EXPECT_EQ(row["ks"], 100.0);
   EXPECT_NEAR(RunJson("strength std.csv lots.csv --standard-id half")[0]["ks"].get<double>(), 200.0, 1e-9);
+  // A strength at the end of the range is told for what it is.
+  folder_.Write("weak.csv", Header("id", 360, 750) + Dyed("w", 0.01));
+  EXPECT_NE(Run("strength weak.csv std.csv --standard-id w")
+                .err.find("or 999.99, where they end: the true ones are"),
+            std::string::npos);
   ASSERT_EQ(Run("strength std.csv lots.csv --format csv").status, 0);
   EXPECT_TRUE(folder_.Read("out").starts_with("standard,trial,ks,absorbance,tristimulus,"));
 }

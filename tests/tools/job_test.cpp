@@ -428,6 +428,15 @@ TEST_F(Job, AWatchedFolderIsTakenOnce) {
   EXPECT_EQ(Run("watch in --job none --once --settle 0").status, 2);
   EXPECT_EQ(Run("watch none --job j --standard-id grey --once").status, 2);
   EXPECT_NE(folder_.Read("in/c.csv"), "");
+  // What may still be written to stays, and is named.
+  folder_.Write("in/half.csv.tmp", folder_.Read("t.csv"));
+  const auto left = Run("watch in --job j --standard-id grey --once --settle 3600");
+  EXPECT_EQ(left.status, 0);
+  EXPECT_NE(left.err.find("c.csv: left where it is: it changed less than 3600 s ago"), std::string::npos)
+      << left.err;
+  const auto half = Run("watch in --job j --standard-id grey --once --settle 0");
+  EXPECT_NE(half.err.find("half.csv.tmp: left where it is: its name"), std::string::npos) << half.err;
+  EXPECT_TRUE(std::filesystem::exists(folder_ / "in/half.csv.tmp"));
   ExpectVerified();
 }
 

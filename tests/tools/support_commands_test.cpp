@@ -33,9 +33,15 @@ TEST(SupportCommands, KeepAndShowWhatTheyAreGiven) {
        "section,name,type,value\nS,Name,integer,12\nS,Text,text,-12x\nS\\T,Name,text,12\nexit 0"},
       {"settings list 'S\\T' --format csv", "section,name,type,value\nS\\T,Name,text,12\nexit 0"},
       {"condition Std C --format csv",
+       "vrx: warning: the code \"C\" was understood as CRE: letters without a meaning at their place stand "
+       "for the "
+       "default, and those after the sixth for nothing\n"
        "code,description\nStd,No Standard Available\nCRE,\"C - Calibrated, R - Reflectance, E - SCE\"\nexit "
        "0"},
       {"condition nonsense --format csv",
+       "vrx: warning: the code \"nonsense\" was understood as CREILL: letters without a meaning at their "
+       "place "
+       "stand for the default, and those after the sixth for nothing\n"
        "code,description\nCREILLse,\"C - Calibrated, R - Reflectance, E - SCE, I - 100% UV Energy, "
        "L - Large Lens, L - Large Mask\"\nexit 0"},
       {"log --format csv",

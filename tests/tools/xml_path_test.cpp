@@ -1,6 +1,8 @@
 #include "tools/vrx/input/xml_path.h"
 
 #include <gtest/gtest.h>
+#include <string>
+#include <utility>
 
 #include <vrxmath/support/xml_reader.h>
 
@@ -28,6 +30,22 @@ TEST(XmlPath, LeadsToElementsAndAttributes) {
                                   ? xml.GetTagName(index).ToUtf8() + " " + std::to_string(index)
                                   : xml.GetAttrib(index, CString::FromUtf8(path.attribute)).ToUtf8();
     EXPECT_EQ(value, row.value) << row.path;
+  }
+}
+
+// A path that means several elements gets the first, and a word about the others.
+TEST(XmlPath, SaysThatThereAreOthers) {
+  CXmlReader xml;
+  ASSERT_TRUE(xml.SetDoc(u"<r><a n='1'/><b n='2'/><a n='3'/></r>"));
+  for (const auto& [path, told] : {std::pair{"r/a/@n", "there are 2 elements r/a; the first is taken"},
+                                   {"r/*", "there are 3 elements r/*;"},
+                                   {"r/a[1]", ""},
+                                   {"r/a[2]", ""},
+                                   {"r/b", ""}}) {
+    testing::internal::CaptureStderr();
+    GoTo(xml, ParseXmlPath(path));
+    const std::string text = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(*told == '\0' ? text.empty() : text.find(told) != std::string::npos) << path << ": " << text;
   }
 }
 

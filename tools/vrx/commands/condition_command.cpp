@@ -1,12 +1,15 @@
 // vrx condition: what a measurement-condition code means.
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include <vrxio/text/text.h>
 #include <vrxmath/support/condition_text.h>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/output/output.h"
 
@@ -18,12 +21,24 @@ struct ConditionOptions {
   Format format = Format::kTable;
 };
 
+// A code with a letter too few shifts all behind it: what was read otherwise than it was written is told.
+void TellOfOtherLetters(const std::string& given, const std::string& understood) {
+  constexpr std::size_t kLetters = 6;
+  const auto isSame = [](char a, char b) { return LowerCase(a) == LowerCase(b); };
+  if (given.size() <= kLetters && std::ranges::equal(given, understood, isSame)) return;
+  PrintMessage(
+      "warning: the code \"" + given + "\" was understood as " + understood.substr(0, kLetters) +
+      ": letters without a meaning at their place stand for the default, and those after the sixth for "
+      "nothing");
+}
+
 void RunCondition(const ConditionOptions& options) {
   OutputStream output;
   const auto rows = MakeRowWriter(options.format, output, {{"code"}, {"description"}});
   for (const std::string& given : options.codes) {
     CString code = CString::FromUtf8(given);
     const std::string description = ConditionText(code).ToUtf8();
+    TellOfOtherLetters(given, code.ToUtf8());
     rows->Text(code.ToUtf8());
     rows->Text(description);
     rows->EndRow();

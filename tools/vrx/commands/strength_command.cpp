@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -15,6 +16,7 @@
 #include <vrxio/text/decimal.h>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 #include "tools/vrx/commands/commands.h"
 #include "tools/vrx/input/conditions.h"
 #include "tools/vrx/input/surface_options.h"
@@ -193,7 +195,13 @@ class StrengthRows {
     rows_->EndRow();
   }
   void Finish() { rows_->Finish(); }
-  void WarnAboutFloor() const { floor_.Warn(); }
+  void Warn() const {
+    floor_.Warn();
+    if (bounded_ == 0) return;
+    PrintMessage("warning: " + std::to_string(bounded_) +
+                 " strengths are 0.01 or less, or 999.99, where they end: the true ones are beyond; is the "
+                 "standard the right one?");
+  }
 
  private:
   static std::vector<Column> Columns(const StrengthSettings& settings, bool hasGeometries) {
@@ -226,7 +234,14 @@ class StrengthRows {
     columns.push_back({"chromatic_" + nm, nm + " nm"});
   }
 
-  void AddUnless(bool isAtFloor, double strength) { rows_->Number(isAtFloor ? kUnset : strength); }
+  void AddUnless(bool isAtFloor, double strength) { AddStrength(isAtFloor ? kUnset : strength); }
+
+  // Strengths end at 0.01 and 999.99: a number there is a bound, and not the strength.
+  void AddStrength(double strength) {
+    constexpr double kLeast = 0.01, kMost = 999.99;
+    if (!IsUnset(strength) && (strength <= kLeast || strength >= kMost)) ++bounded_;
+    rows_->Number(strength);
+  }
 
   void AddSums(const CReflData& standard, const CReflData& trial) {
     const bool isAtFloor = floor_.Note(standard, trial);
@@ -272,7 +287,7 @@ class StrengthRows {
                             CountAtFloor(luminous(trialXyz_), 0.04, 0.6, surface_.Specular()) >
                         0;
     AddUnless(isDark, LuminousStrength(standardXyz_, trialXyz_, surface_.Specular()));
-    for (int32_t i = 0; i < 3; ++i) rows_->Number(ComponentStrength(standardXyz_, trialXyz_, i));
+    for (int32_t i = 0; i < 3; ++i) AddStrength(ComponentStrength(standardXyz_, trialXyz_, i));
   }
 
   bool hasGeometries_;
@@ -280,6 +295,7 @@ class StrengthRows {
   const SurfaceOptions& surface_;
   FloorReport floor_;
   std::unique_ptr<RowWriter> rows_;
+  int64_t bounded_ = 0;  // strengths at an end of their range
   CTrisValues standardXyz_, trialXyz_;
 };
 
@@ -320,7 +336,7 @@ void RunStrength(StrengthOptions& options) {
   report.Save();
   output.Finish();
   comparison.WarnAboutInput();
-  rows.WarnAboutFloor();
+  rows.Warn();
 }
 
 void AddOptions(Command& command, StrengthOptions& options) {

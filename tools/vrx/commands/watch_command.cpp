@@ -1,15 +1,21 @@
 // vrx watch: files that appear in a folder are judged into a job, each once.
 
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
+#include <vrxio/text/decimal.h>
 #include <vrxio/text/path.h>
+#include <vrxio/text/text.h>
 
 #include "tools/vrx/base/command.h"
 #include "tools/vrx/base/output_error.h"
@@ -40,9 +46,21 @@ struct WatchOptions {
   throw OutputError(io::Utf8Of(path) + ": " + code.message());
 }
 
-// The files that wait in a folder, by name: those that nobody has written to for a while.
-std::vector<fs::path> WaitingFiles(const fs::path& folder, double settle) {
-  std::vector<fs::path> files;
+// The files of a folder, by name: those that wait, and those that somebody may still write to.
+struct FolderFiles {
+  std::vector<fs::path> waiting, unfinished;
+};
+
+// Whether a name is one that programs give to a file until it is complete.
+bool IsNameOfUnfinished(const fs::path& file) {
+  std::string name = io::Utf8Of(file.filename());
+  std::ranges::transform(name, name.begin(), [](char c) { return io::LowerCase(c); });
+  return std::ranges::any_of(std::array{".tmp", ".part", ".partial", ".filepart", ".crdownload", "~"},
+                             [&](std::string_view end) { return name.ends_with(end); });
+}
+
+FolderFiles FilesIn(const fs::path& folder, double settle) {
+  FolderFiles files;
   std::error_code code;
   const auto before =
       fs::file_time_type::clock::now() -
@@ -51,10 +69,12 @@ std::vector<fs::path> WaitingFiles(const fs::path& folder, double settle) {
   if (code) Fail(folder, code);
   for (const fs::directory_entry& entry : entries) {
     const bool isHidden = io::Utf8Of(entry.path().filename()).starts_with('.');
-    if (isHidden || !entry.is_regular_file(code) || entry.last_write_time(code) > before) continue;
-    files.push_back(entry.path());
+    if (isHidden || !entry.is_regular_file(code)) continue;
+    const bool isUnfinished = entry.last_write_time(code) > before || IsNameOfUnfinished(entry.path());
+    (isUnfinished ? files.unfinished : files.waiting).push_back(entry.path());
   }
-  std::ranges::sort(files);
+  std::ranges::sort(files.waiting);
+  std::ranges::sort(files.unfinished);
   return files;
 }
 
@@ -74,8 +94,18 @@ fs::path MoveInto(const char* folder, const fs::path& file) {
   return to;
 }
 
-// Judges the trials of a file into the job: all of them in one transaction, or none.
-void JudgeFile(const WatchOptions& options, const fs::path& file, const Command& command) {
+// By which a file is known to be as it was.
+using FileState = std::pair<std::uintmax_t, fs::file_time_type>;
+
+FileState StateOf(const fs::path& file) {
+  std::error_code code;
+  return {fs::file_size(file, code), fs::last_write_time(file, code)};
+}
+
+// Judges the trials of a file into the job: all of them in one transaction, or none. False for a file that was written to meanwhile, of
+// which nothing is stored.
+bool JudgeFile(const WatchOptions& options, const fs::path& file, const Command& command) {
+  const FileState before = StateOf(file);
   ComparisonOptions comparison = options.comparison;
   comparison.trials = io::Utf8Of(file);
   JudgingOptions judging = options.judging;
@@ -87,16 +117,18 @@ void JudgeFile(const WatchOptions& options, const fs::path& file, const Command&
                            });
   constexpr std::size_t kChunk = 128;
   pipeline.Run(1, kChunk);
+  if (StateOf(file) != before) return false;
   job.Commit();
   trials.WarnAboutInput();
   WarnAboutLimits(judging, job.Settings(), job.File());
+  return true;
 }
 
 // A fault of the job ends the watch, and the file stays where it is; one of the file goes with it.
 void TakeFile(const WatchOptions& options, const fs::path& file, const Command& command) {
   std::string reason;
   try {
-    JudgeFile(options, file, command);
+    if (!JudgeFile(options, file, command)) return;
   } catch (const store::StoreError&) {
     throw;
   } catch (const InputError& error) {
@@ -111,6 +143,16 @@ void TakeFile(const WatchOptions& options, const fs::path& file, const Command& 
   PrintMessage(reason);
 }
 
+// A run that ends leaves no file without a word.
+void TellOfUnfinished(const WatchOptions& options, const std::vector<fs::path>& files) {
+  for (const fs::path& file : files) {
+    PrintMessage(io::Utf8Of(file) + ": left where it is: " +
+                 (IsNameOfUnfinished(file)
+                      ? "its name is that of a file that is still being written"
+                      : "it changed less than " + ShortestText(options.settle) + " s ago (--settle)"));
+  }
+}
+
 void RunWatch(const WatchOptions& options, const Command& command) {
   // What is wrong with the job or the options is no fault of the files.
   SettingsOfJob(*OpenJob(options.job), options.job.Shown(), options.comparison.standardId, options.judging,
@@ -118,11 +160,12 @@ void RunWatch(const WatchOptions& options, const Command& command) {
   const fs::path folder = io::PathOf(options.folder);
   const InterruptWatch interrupt;
   while (true) {
-    for (const fs::path& file : WaitingFiles(folder, options.settle)) {
+    const FolderFiles files = FilesIn(folder, options.settle);
+    for (const fs::path& file : files.waiting) {
       interrupt.Check();
       TakeFile(options, file, command);
     }
-    if (options.once) return;
+    if (options.once) return TellOfUnfinished(options, files.unfinished);
     constexpr double kStep = 0.1;
     for (double waited = 0; waited < options.every; waited += kStep) {
       interrupt.Check();
@@ -152,7 +195,10 @@ void AddWatch(Command& tool) {
       "reason\n"
       "in a text beside it. A file is stored as a whole or not at all. After a kill it is taken again, and "
       "recognised\n"
-      "by its content if it was stored already.\n\n"
+      "by its content if it was stored already. Names that end in .tmp, .part, .partial, .filepart, "
+      ".crdownload "
+      "or ~\n"
+      "are those of files that are still being written, and stay.\n\n"
       "Example:\n"
       "  vrx watch incoming --job plant.vrxjob --standard-id P01 --once\n");
   command.SetAction([options, command] {

@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "tools/vrx/base/command.h"
+#include "tools/vrx/base/text.h"
 
 namespace vrx::tool {
 namespace {
@@ -26,6 +27,7 @@ int32_t TakePosition(std::string_view& step) {
 
 XmlStep ParseStep(std::string_view step) {
   XmlStep parsed;
+  parsed.isPlaced = step.find('[') != std::string_view::npos;
   parsed.position = TakePosition(step);
   if (step.empty()) throw InputError("each step of a path needs a name, as in root/child[2]/@attribute");
   if (step != "*") parsed.name = step;
@@ -39,6 +41,16 @@ bool Follow(CXmlReader& xml, const XmlStep& step, bool isRoot) {
     if (!(isRoot ? xml.FindElem(name) : xml.FindChildElem(name))) return false;
   }
   return isRoot || xml.IntoElem();
+}
+
+// How many elements a step may mean: the current one, and those of its name behind it.
+int32_t CountOfLike(const CXmlReader& xml, const XmlStep& step) {
+  int32_t count = 1;
+  for (int32_t i = xml.GetElement(xml.GetCurrentIndex()).nextSibling; i != 0;
+       i = xml.GetElement(i).nextSibling) {
+    if (step.name.empty() || xml.GetTagName(i).ToUtf8() == step.name) ++count;
+  }
+  return count;
 }
 
 }  // namespace
@@ -67,6 +79,11 @@ void GoTo(CXmlReader& xml, const XmlPath& path) {
     walked += (walked.empty() ? "" : "/") + name;
     if (step.position != 1) walked.append("[").append(std::to_string(step.position)).append("]");
     if (!Follow(xml, step, &step == &path.steps.front())) throw InputError("there is no element " + walked);
+    const int32_t count = step.isPlaced ? 1 : CountOfLike(xml, step);
+    if (count > 1) {
+      PrintMessage("warning: there are " + std::to_string(count) + " elements " + walked +
+                   "; the first is taken: a position such as [2] says which");
+    }
   }
 }
 

@@ -18,6 +18,7 @@ namespace vrx::tool {
 struct XmlStep {
   std::string name;  ///< empty for any
   int32_t position = 1;
+  bool isPlaced = false;  ///< the path says the position
 };
 
 struct XmlPath {
@@ -28,7 +29,8 @@ struct XmlPath {
 /// Throws InputError for a text that is no path.
 XmlPath ParseXmlPath(std::string_view text);
 
-/// Makes the element of the path the current one. Throws InputError that says which step leads nowhere.
+/// Makes the element of the path the current one. Throws InputError that says which step leads nowhere. Says on standard error where a
+/// step without a position has several elements, of which the first is taken.
 void GoTo(CXmlReader& xml, const XmlPath& path);
 
 }  // namespace vrx::tool
