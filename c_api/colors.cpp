@@ -302,6 +302,8 @@ vrx_status VRX_CALL vrx_metamerism(const vrx_system* system, int32_t reference, 
   return Call([&] {
     const vrx::CDifferenceSettings settings = api::Settings(system);
     const api::Pair first(reference, observer), second(test, observer);
+    if (first.illuminant == second.illuminant)
+      throw Refusal{VRX_OUT_OF_RANGE, "test: it is the reference, under which the curves are made to match"};
     const vrx::CReflData a = api::CurveOf(standard, "standard"), b = api::CurveOf(trial, "trial");
     NeedPlace(index, "index");
     const double found = vrx::MetamerismIndex(first.illuminant, second.illuminant, observer, a, b, settings);

@@ -110,6 +110,8 @@ vrx_status VRX_CALL vrx_inconstancies(const vrx_system* system, int32_t referenc
   return Call([&](Arrays& arrays) {
     const vrx::CDifferenceSettings settings = api::Settings(system);
     const api::Pair first(reference, observer), second(test, observer);
+    if (first.illuminant == second.illuminant)
+      throw Refusal{VRX_OUT_OF_RANGE, "test: it is the reference, under which no colour changes"};
     const auto out = arrays.Place(values, count, 1, "values");
     const auto in = arrays.Numbers(curves, count, 40, "curves");
     vrx::InconstancyBatch(first.illuminant, second.illuminant, observer, {in}, settings, out,

@@ -306,7 +306,8 @@ VRX_C_API vrx_status VRX_CALL vrx_index_name16(int32_t index, int32_t recalculat
 /* The index of each row of X, Y, Z; unset where the form is not defined for the illuminant and observer. */
 VRX_C_API vrx_status VRX_CALL vrx_indices(int32_t index, int32_t recalculated, int32_t illuminant,
                                           int32_t observer, const double* xyz, int32_t count, double* values);
-/* Special metamerism index (CIE 15): the difference under `test` of two curves that match under `reference`. */
+/* Special metamerism index (CIE 15): the difference under `test` of two curves that match under `reference`, which
+ * is another illuminant. */
 VRX_C_API vrx_status VRX_CALL vrx_metamerism(const vrx_system* system, int32_t reference, int32_t test,
                                              int32_t observer, const double standard[40],
                                              const double trial[40], double* index);
@@ -360,8 +361,8 @@ VRX_C_API vrx_status VRX_CALL vrx_color_temperatures(const double* xyz, int32_t 
  * 0.0054), Ra, and R1 to R14. All unset for a lamp without a colour temperature. */
 VRX_C_API vrx_status VRX_CALL vrx_color_rendering(const double* power, int32_t count, int32_t first,
                                                   int32_t step, double figures[18]);
-/* Colour inconstancy of each curve of 40 samples: how far its colour drifts from `reference` to `test`, in units of the system
- * (complete adaptation by CAT16). Unset for an unset curve. */
+/* Colour inconstancy of each curve of 40 samples: how far its colour drifts from `reference` to `test`, another illuminant, in units of
+ * the system (complete adaptation by CAT16). Unset for an unset curve. */
 VRX_C_API vrx_status VRX_CALL vrx_inconstancies(const vrx_system* system, int32_t reference, int32_t test,
                                                 int32_t observer, const double* curves, int32_t count,
                                                 double* values);
@@ -399,7 +400,8 @@ VRX_C_API vrx_status VRX_CALL vrx_correct_readings(const double factors[200], co
 enum { VRX_FAIL = 0, VRX_WARNING = 1, VRX_PASS = 2 };
 
 /* The limit of the total that agrees best with what people accepted (1) and rejected (0), and how many of both kinds of
- * decisions it gets wrong; of limits that are as good the strictest. Unset without totals. */
+ * decisions it gets wrong; of limits that are as good the strictest. Unset without totals; VRX_REFUSED where all are accepted or
+ * all rejected, which no limit lies between. */
 VRX_C_API vrx_status VRX_CALL vrx_fit_limit(const double* totals, const int32_t* accepted, int32_t count,
                                             double* limit, int32_t* wrongly_accepted,
                                             int32_t* wrongly_rejected);

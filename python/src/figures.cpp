@@ -1,6 +1,7 @@
 // Figures of print, Munsell notation, limits from verdicts and repeated readings.
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -92,6 +93,9 @@ py::tuple LimitOf(const std::vector<double>& totals, const std::vector<bool>& ac
     if (!(total >= 0.0)) throw py::value_error("totals: numbers of 0 or more are expected");
   }
   const std::vector<std::uint8_t> verdicts(accepted.begin(), accepted.end());
+  if (!accepted.empty() && std::ranges::count(verdicts, verdicts.front()) == std::ssize(verdicts))
+    throw py::value_error(
+        "accepted: a limit lies between what was accepted and what was rejected: both are expected");
   const LimitFit fit = FitLimit(totals, verdicts);
   return py::make_tuple(NumberOrNaN(fit.limit), fit.wronglyAccepted, fit.wronglyRejected);
 }
@@ -192,6 +196,7 @@ Parameters
 ----------
 totals : sequence of float
 accepted : sequence of bool
+    Both kinds: a limit lies between them.
 
 Returns
 -------

@@ -97,11 +97,17 @@ py::dict RenderingOf(const py::object& wavelengths, const py::object& power, boo
   return result;
 }
 
+// From a light to itself everything is constant, and every pair matches.
+void RequireTwoLights(vrxIlluminant reference, vrxIlluminant test) {
+  if (reference == test) throw py::value_error("test: another illuminant than the reference is expected");
+}
+
 py::object InconstancyOf(const py::object& curves, const py::object& reference, const py::object& test,
                          int degrees, const std::string& system, const py::object& wavelengths,
                          const py::object& out, int threads, const py::kwargs& parameters) {
   const CDifferenceSettings settings = SettingsOf(system, parameters);
   const vrxIlluminant first = IlluminantOf(reference), second = IlluminantOf(test);
+  RequireTwoLights(first, second);
   const std::int32_t observer = ObserverOf(degrees);
   const Rows rows = CurvesAt(curves, "curves", wavelengths);
   py::array_t<double> result = ResultApart(rows.lead, {}, out, {&rows});
@@ -128,6 +134,7 @@ py::object MetamerismOf(const py::object& standard, const py::object& samples, c
                         const py::object& wavelengths, int threads, const py::kwargs& parameters) {
   const CDifferenceSettings settings = SettingsOf(system, parameters);
   const vrxIlluminant first = IlluminantOf(reference), second = IlluminantOf(test);
+  RequireTwoLights(first, second);
   const std::int32_t observer = ObserverOf(degrees);
   const Rows standards = CurvesAt(standard, "standard", wavelengths);
   const Rows trials = CurvesAt(samples, "samples", wavelengths);

@@ -128,7 +128,8 @@ def test_figures():
     assert vrx.fit_limit([1.4, 0.2, 1.0, 0.6], [False, True, False, True])[1:] == (0, 0)
     assert abs(vrx.stress([2, 1.5, 0.5], [0, 1, 0]) - 80.86) < 0.01 and vrx.readings_needed(0.3, 5, 0.2) == 18
     for call in (lambda: vrx.densities([50.0] * 40, "x"), lambda: vrx.xyz_from_munsell("5X 5/10"),
-                 lambda: vrx.fit_limit([1.0], []), lambda: vrx.fit_limit([-1.0], [True]),
+                 lambda: vrx.fit_limit([1.0], []), lambda: vrx.fit_limit([-1.0], [True]), lambda: vrx.fit_limit([0.4, 1.0], [True, True]),
+                 lambda: vrx.inconstancy([50.0] * 40, "D65", "D65"), lambda: vrx.metamerism([50.0] * 40, [50.0] * 40, "A", "A"),
                  lambda: vrx.readings_needed(0.3, 1, 0.2)):
         with pytest.raises(ValueError):
             call()

@@ -182,6 +182,10 @@ static void every_argument(void) {
   REFUSES(vrx_correct_readings(NULL, in, 1, out), VRX_NULL, "factors");
   REFUSES(vrx_fit_limit(in, whole + 3, 1, out, whole, whole), VRX_OVERLAP, "wrongly_rejected");
   REFUSES(vrx_fit_limit(in, NULL, 1, out, whole, whole + 1), VRX_NULL, "accepted");
+  const int32_t none[3] = {0, 0, 0};
+  REFUSES(vrx_fit_limit(whites, none, 3, out, whole, whole + 1), VRX_REFUSED, "both are needed");
+  REFUSES(vrx_inconstancies(&lab, d65, d65, 1, in, 1, out), VRX_OUT_OF_RANGE, "it is the reference");
+  REFUSES(vrx_metamerism(&lab, d65, d65, 1, in, in, out), VRX_OUT_OF_RANGE, "it is the reference");
   REFUSES(vrx_stress(in, nan, 3, out), VRX_NOT_FINITE, "visual");
   REFUSES(vrx_readings_needed(0.3, 1, 0.2, 0.95, whole), VRX_OUT_OF_RANGE, "known");
   REFUSES(vrx_readings_needed(0.3, 5, 0.2, 1, whole), VRX_OUT_OF_RANGE, "certainty");
