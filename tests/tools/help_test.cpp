@@ -35,7 +35,7 @@ class Help : public vrx::test::ToolProcess {
     folder_.Write("limits.csv", "plus0,minus0,plus1,minus1,plus2,minus2,total\n1,1,1,1,1,1,1.5\n");
     folder_.Write("decisions.csv", "id,L,a,b,verdict\nm,50,0,0,\np,51,0,0,accept\nq,53,0,0,reject\n");
     folder_.Write("whites.csv",
-                  "id,X,Y,Z,whiteness,tint\na,84,88,92,60,0\nb,84,87,96,90,0.5\nc,83,86,101,130,1\n");
+                  "id,X,Y,Z,whiteness,tint\na,84,88,92,60,-0.9\nb,84,87,96,90,-2.9\nc,83,86,101,130,-1.2\n");
     folder_.Write("pairs.csv", "L1,a1,b1,L2,a2,b2\n50,0,0,51,1,-1\n");
     const std::string chart = folder_.Read("lot.csv");
     folder_.Write("targets.csv", chart.substr(0, chart.find('\n', chart.find("\nP03,") + 1) + 1));

@@ -105,9 +105,8 @@ std::string GanzGriesserFit::Contradiction() const {
   }
   if (hasTint && !(TintFactor(*this) > kNoScale)) {
     return "tint does not change from red to green as it should (" + FactorText(TintFactor(*this)) +
-           " times as fast as by the nominal parameters): are certificates exchanged, or is the tint of "
-           "standards unknown? "
-           "Without it whiteness alone is fitted";
+           " times as fast as by the nominal parameters): are certificates exchanged, or do "
+           "the standards differ too little in tint? Without tint whiteness alone is fitted";
   }
   return {};
 }
