@@ -202,7 +202,9 @@ TEST(Calibration, NamesExchangedDrawdowns) {
   EXPECT_EQ(found->second, 4);
   EXPECT_LT(found->exchanged, 0.1);
   EXPECT_GT(found->asTheyAre, 5.0);
-  EXPECT_EQ(found->Text(ladder).find("drawdowns \"red 20\" and \"blue 60\" look exchanged, or a share of one is wrong: "), 0u);
+  EXPECT_EQ(found->Text(ladder).find(
+                "drawdowns \"red 20\" and \"blue 60\" look exchanged, or a share of one is wrong: "),
+            0u);
   std::swap(ladder[3].shares, ladder[4].shares);
   for (int32_t i = 0; i < ladder.GetSize(); ++i) {
     for (int32_t w = 0; w < kWavelengths; ++w) ladder[i].opaque[w] *= i % 2 == 0 ? 0.85 : 1.1;

@@ -59,7 +59,9 @@ std::string WithOneDecimal(double value) {
 std::string ExchangedDrawdowns::Text(const CDrawdownArray& drawdowns) const {
   std::string text("drawdowns \"");
   text.append(drawdowns[first].id.ToUtf8()).append("\" and \"").append(drawdowns[second].id.ToUtf8());
-  text.append("\" look exchanged, or a share of one is wrong: with each other's shares their differences from the calibration are ");
+  text.append(
+      "\" look exchanged, or a share of one is wrong: with each other's shares their differences from the "
+      "calibration are ");
   text.append(WithOneDecimal(exchanged)).append(" dE00 together, and ").append(WithOneDecimal(asTheyAre));
   return text.append(" as they are");
 }
