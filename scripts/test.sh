@@ -32,7 +32,7 @@ build() {
   cmake --build --preset "$preset" -j "$jobs" --target all "$@" > "$log" 2>&1 || { tail -n 100 "$log"; return 1; }
 }
 
-# One test more at a time than there are processors for: tests wait for disks, browsers and servers that they start.
+# Tests of this machine's programs wait for disks, browsers and servers that they start: there is one more of them at a time.
 run_tests() {
   ctest --preset "$1" -j "$((jobs + 1))"
 }
@@ -48,16 +48,16 @@ sanitizers() {
   after packages run_tests ci-asan-ubsan
 }
 
-# Runs the fuzz targets from their corpus, as many at a time as there are processors, since no stage comes after this one,
-# and always with the same random numbers: that a change passes must not be luck, and scripts/fuzz.sh looks further. New
-# inputs go to the build folder. What the target of whole commands prints on standard error is not kept.
+# Runs the fuzz targets from their corpus, as many at a time as there are processors, and always with the same random numbers: that
+# a change passes must not be luck, and scripts/fuzz.sh looks further. New inputs go to the build folder. What the target of whole
+# commands prints on standard error is not kept.
 fuzz() {
   folder=build/ci-asan-ubsan/fuzz
   mkdir -p "$folder/found"
   xargs -P "$(nproc)" -I NAME sh -c "
     mkdir -p $folder/found/NAME
     if [ NAME = tool ]; then close=-close_fd_mask=2; fi
-    $folder/fuzz_NAME \${close:-} -seed=1 -max_total_time=${VRX_FUZZ_SECONDS:-8} -max_len=4096 -timeout=10 -rss_limit_mb=1024 \
+    $folder/fuzz_NAME \${close:-} -seed=1 -max_total_time=${VRX_FUZZ_SECONDS:-5} -max_len=4096 -timeout=10 -rss_limit_mb=1024 \
       -artifact_prefix=$folder/found/NAME- $folder/found/NAME fuzz/corpus/NAME > $folder/NAME.log 2>&1 ||
       { tail -n 60 $folder/NAME.log; exit 1; }
     echo \"fuzz_NAME: \$(tail -n 1 $folder/NAME.log)\"
@@ -93,11 +93,11 @@ runs_windows() {
 # run here is built all the same, which holds the exports against their list. On a machine with much to do wine at times ends a
 # program without its output; by the presets a test that fails runs up to twice more, and what our code does wrong it does again.
 windows() {
+  build "ci-windows-$1"
   if runs_windows "$1"; then
-    build_and_test "ci-windows-$1"
+    ctest --preset "ci-windows-$1" -j "$jobs"
   else
     echo "windows-$1: built only, its programs do not run on this machine"
-    build "ci-windows-$1"
   fi
 }
 
@@ -148,7 +148,8 @@ after() {
   "$@"
 }
 
-# What needs few packages first, then the longest; what needs another stage comes well after it.
+# What needs few packages first, then the longest; what needs another stage comes well after it. The last ones use all processors,
+# since a lane that finds no stage any more leaves its own idle.
 lane() {
   stage sanitizers "address and undefined-behaviour sanitizers: build, tests" sanitizers
   stage clang "clang++: build of the shared library, tests that pin results, installed" build_and_test ci-clang
@@ -158,10 +159,10 @@ lane() {
     stage windows-x86_64 "Windows, 64 bits: build, tests under wine" after more-packages windows x86_64
     stage windows-i686 "Windows, 32 bits: build, tests under wine" after more-packages windows i686
   fi
-  stage tidy "clang-tidy" after sanitizers env VRX_JOBS="$jobs" sh scripts/tidy.sh
   if [ "$wasm" = 1 ]; then
     stage wasm "WebAssembly: tests by node, the page in a browser" after more-packages after gcc webassembly
   fi
+  stage tidy "clang-tidy" after sanitizers sh scripts/tidy.sh
   stage fuzz "fuzz targets" after sanitizers fuzz
 }
 
