@@ -1,9 +1,8 @@
 #include <vrxmath/colorimetry/ganz_griesser.h>
 
-#include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
+
+#include <vrxmath/foundation/decimal_text.h>
 
 namespace vrx {
 namespace {
@@ -54,11 +53,7 @@ Line FitOver(std::span<const WhitenessStandard> standards, double WhitenessStand
 
 // A factor of the nominal parameters, with two decimals.
 std::string FactorText(double factor) {
-  std::array<char, 32> digits{};
-  const double shown = std::round(std::clamp(factor, -1e9, 1e9) * 100.0) / 100.0;
-  const auto end =
-      std::to_chars(digits.data(), digits.data() + digits.size(), shown, std::chars_format::fixed, 2).ptr;
-  return {digits.data(), end};
+  return DecimalText(factor, 2, u".").ToUtf8();
 }
 
 double WhitenessFactor(const GanzGriesserFit& fit) {

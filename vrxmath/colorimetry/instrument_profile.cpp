@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
 #include <cmath>
 
+#include <vrxmath/foundation/decimal_text.h>
 #include <vrxmath/foundation/numbers.h>
 #include <vrxmath/foundation/units.h>
 
@@ -93,12 +93,7 @@ MisplacedTile PlaceOf(std::span<const CReflData> reference, const CReflData& rea
 
 std::string MisplacedTile::Describe(const MisplacedTile& place, std::string_view tile,
                                     std::string_view looksLike) {
-  const auto percent = [](double value) {
-    std::array<char, 32> digits{};
-    const auto end =
-        std::to_chars(digits.begin(), digits.end(), std::min(value, 1e9), std::chars_format::fixed, 2).ptr;
-    return std::string(digits.begin(), end);
-  };
+  const auto percent = [](double value) { return DecimalText(value, 2, u".").ToUtf8(); };
   std::string text("the reading of tile ");
   text.append(tile).append(" looks like tile ").append(looksLike).append(": corrected it is ");
   text.append(percent(place.fromItself)).append(" % of reflectance from the reference of ").append(tile);

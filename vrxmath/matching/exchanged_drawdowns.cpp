@@ -1,12 +1,11 @@
 #include <vrxmath/matching/exchanged_drawdowns.h>
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cstddef>
 #include <numeric>
 #include <vector>
 
+#include <vrxmath/foundation/decimal_text.h>
 #include <vrxmath/foundation/numbers.h>
 
 namespace vrx {
@@ -47,11 +46,7 @@ std::vector<int32_t> WorstOf(const Description& description) {
 }
 
 std::string WithOneDecimal(double value) {
-  std::array<char, 32> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), std::min(value, 1e9),
-                                 std::chars_format::fixed, 1)
-                       .ptr;
-  return {digits.data(), end};
+  return DecimalText(value, 1, u".").ToUtf8();
 }
 
 }  // namespace

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <numeric>
 #include <vector>
+
+#include <vrxmath/foundation/decimal_text.h>
 
 namespace vrx {
 namespace {
@@ -68,22 +69,17 @@ double VolumeOf(std::span<const LabDifference> differences, EllipseCentre centre
          ellipse[CEllipseData::kMinorAxis];
 }
 
-void AppendNumber(double value, int decimals, std::string& text) {
-  std::array<char, 64> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), std::clamp(value, -1e9, 1e9),
-                                 std::chars_format::fixed, decimals)
-                       .ptr;
-  text.append(digits.data(), end);
+std::string NumberText(double value, int32_t decimals) {
+  return DecimalText(value, decimals, u".").ToUtf8();
 }
 
 }  // namespace
 
 std::string LoneDifference::Text() const {
   std::string text("one accepted difference (dL* ");
-  AppendNumber(difference.dL, 2, text);
-  AppendNumber(difference.da, 2, text.append(", da* "));
-  AppendNumber(difference.db, 2, text.append(", db* "));
-  AppendNumber(growth, 1, text.append(") makes the ellipsoid "));
+  text.append(NumberText(difference.dL, 2)).append(", da* ").append(NumberText(difference.da, 2));
+  text.append(", db* ").append(NumberText(difference.db, 2)).append(") makes the ellipsoid ");
+  text.append(NumberText(growth, 1));
   return text.append(" times as large as the others alone: was it meant to be accepted?");
 }
 
