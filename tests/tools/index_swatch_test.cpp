@@ -174,6 +174,8 @@ TEST_F(IndexAndSwatch, BadRequestsAreRefused) {
       {"tables --illuminant-file e.csv --illuminant-file same.csv", "another illuminant has this number"},
       {"color good.csv --illuminants 1000", "unknown illuminant"},
       {"index xyz.csv", "neither wavelengths nor X,Y,Z"},
+      {"index good.csv --indices wi-cie,inconstancy --illuminants A",
+       "inconstancy is the change from the first"},
       {"swatch good.csv", "--output is required"},
       {"swatch good.csv --output a.jpg", ".png or .svg"},
       {"swatch good.csv --output none/a.png", "none/a.png: No such file"},

@@ -420,6 +420,10 @@ void RunIndex(IndexOptions& options) {
   if (kind != Sample::kLab) options.viewing.Follow({&samples});
   OutputStream output;
   IndexRows rows(options, samples.HasGeometries(), output);
+  if (rows.NeedsCurves() && rows.Illuminants().size() == 1) {
+    throw InputError(
+        "--indices: inconstancy is the change from the first illuminant to another; --illuminants names one");
+  }
   if (kind == Sample::kCurve) {
     AddCurves(std::move(samples), standards.get(), rows);
   } else if (standards) {

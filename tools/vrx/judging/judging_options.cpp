@@ -213,7 +213,7 @@ CBoxTolData BoxOf(const LimitOptions& options, int32_t system) {
   const DifferenceSystem& row = *FindDifferenceSystem(system);
   if (options.tolerance.empty() && !row.inDeltaE) {
     throw InputError("--tolerance: the default of 1.5 is a dE, which " + std::string(row.shortName) +
-                     " is not; give its limits");
+                     " is not; give the limit of its total");
   }
   const std::string& given = options.tolerance.empty() ? kUsualTolerance : options.tolerance;
   const std::vector<double> numbers = ParseNumbers(given, "--tolerance");
