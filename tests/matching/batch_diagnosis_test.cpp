@@ -30,6 +30,19 @@ double AmountOf(const CDbFormula& formula, int32_t id) {
   return amount / total;
 }
 
+// `unit`: the part of the whole that the amounts of a formula make up.
+void ExpectSuspected(const CSuspectedAmountArray& found, std::initializer_list<CSuspectedAmount> expected,
+                     double unit) {
+  ASSERT_EQ(found.GetSize(), static_cast<int32_t>(expected.size()));
+  int32_t i = 0;
+  for (const CSuspectedAmount& amount : expected) {
+    EXPECT_EQ(found[i].componentId, amount.componentId);
+    EXPECT_NEAR(found[i].written, amount.written / unit, 1e-9);
+    EXPECT_NEAR(found[i].found, amount.found / unit, 0.003 + 0.05 * amount.found);
+    ++i;
+  }
+}
+
 // What really went in differs from what was written down in one thing, which the curve tells.
 TEST(BatchDiagnosis, FindsWhatWasForgottenOverdosedOrMixedUp) {
   struct Row {
@@ -54,16 +67,8 @@ TEST(BatchDiagnosis, FindsWhatWasForgottenOverdosedOrMixedUp) {
       const bool isOfWhite = row.suspected.size() == 1 && row.suspected.begin()->componentId == 1;
       if (model == kModelTextiles && isOfWhite) continue;
       const CBatchDiagnosis diagnosis = Diagnose(system, row.written, PredictReflectance(row.real, system));
-      ASSERT_EQ(diagnosis.best.suspected.GetSize(), static_cast<int32_t>(row.suspected.size()))
-          << row.label << " " << model;
-      const double unit = model == kModelTextiles ? 0.9 : 1.0;
-      int32_t i = 0;
-      for (const CSuspectedAmount& expected : row.suspected) {
-        const CSuspectedAmount& found = diagnosis.best.suspected[i++];
-        EXPECT_EQ(found.componentId, expected.componentId) << row.label;
-        EXPECT_NEAR(found.written, expected.written / unit, 1e-9) << row.label;
-        EXPECT_NEAR(found.found, expected.found / unit, 0.003 + 0.05 * expected.found) << row.label;
-      }
+      SCOPED_TRACE(row.label);
+      ExpectSuspected(diagnosis.best.suspected, row.suspected, model == kModelTextiles ? 0.9 : 1.0);
       EXPECT_LT(diagnosis.best.difference, 0.2) << row.label;
       for (const int32_t id : {1, 2, 3, 5, 6}) {
         EXPECT_NEAR(AmountOf(diagnosis.best.formula, id), AmountOf(row.real, id), 0.02)
