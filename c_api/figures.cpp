@@ -1,8 +1,6 @@
 // The figures that laboratories report beside the difference: grades, densities and tone values, Munsell notation, limits from
 // verdicts, repeated readings. Those of lamps, whites and instruments: single_figures.cpp.
 
-#include <algorithm>
-#include <iterator>
 #include <vector>
 
 #include <vrxmath/batch/appearance_batch.h>
@@ -136,9 +134,7 @@ vrx_status VRX_CALL vrx_fit_limit(const double* totals, const int32_t* accepted,
       NeedRange(accepted[i], 0, 1, "accepted");
       verdicts.push_back(static_cast<std::uint8_t>(accepted[i]));
     }
-    const bool hasOneKind =
-        !verdicts.empty() && std::ranges::count(verdicts, verdicts.front()) == std::ssize(verdicts);
-    if (hasOneKind)
+    if (!verdicts.empty() && !vrx::HasBothVerdicts(verdicts))
       throw Refusal{
           VRX_REFUSED,
           "accepted: a limit lies between what was accepted and what was rejected: both are needed"};

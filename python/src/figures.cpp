@@ -1,7 +1,6 @@
 // Figures of print, Munsell notation, limits from verdicts and repeated readings.
 
 #include <algorithm>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -93,7 +92,7 @@ py::tuple LimitOf(const std::vector<double>& totals, const std::vector<bool>& ac
     if (!(total >= 0.0)) throw py::value_error("totals: numbers of 0 or more are expected");
   }
   const std::vector<std::uint8_t> verdicts(accepted.begin(), accepted.end());
-  if (!accepted.empty() && std::ranges::count(verdicts, verdicts.front()) == std::ssize(verdicts))
+  if (!verdicts.empty() && !HasBothVerdicts(verdicts))
     throw py::value_error(
         "accepted: a limit lies between what was accepted and what was rejected: both are expected");
   const LimitFit fit = FitLimit(totals, verdicts);

@@ -294,8 +294,8 @@ def calibrate(shares: Sequence[Mapping[str, float]] | Numbers, curves: Numbers, 
     left_out = [names.index(component) for component in without]
     kept = ~(rows[:, left_out] != 0).any(axis=1)
     settings = {"white": white, "resins": [resin for resin in resins if resin not in without], "model": model,
-                "specular": specular or "included", "geometries": geometries, "k1": k1, "k2": k2, "illuminant": illuminant, "observer": observer,
-                "leave_one_out": leave_one_out, "name": name,
+                "specular": specular or "included", "geometries": geometries, "k1": k1, "k2": k2, "illuminant": illuminant,
+                "observer": observer, "leave_one_out": leave_one_out, "name": name,
                 "ids": None if ids is None else [str(one) for one, is_kept in zip(ids, kept) if is_kept],
                 "weights": None if weights is None else [float(one) for one, is_kept in zip(weights, kept) if is_kept]}
     system, fit = _core.calibrate([one for one in names if one not in without], np.delete(rows[kept], left_out, axis=1),

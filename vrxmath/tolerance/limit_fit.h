@@ -4,8 +4,10 @@
 #ifndef VRXMATH_TOLERANCE_LIMIT_FIT_H_
 #define VRXMATH_TOLERANCE_LIMIT_FIT_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -22,6 +24,11 @@ struct LimitFit {
   std::size_t wronglyRejected = 0;  ///< that people accepted
   std::size_t Wrong() const { return wronglyAccepted + wronglyRejected; }
 };
+
+/// Whether some were accepted (1) and some rejected (0): only then does a limit lie between them.
+[[nodiscard]] inline bool HasBothVerdicts(std::span<const std::uint8_t> accepted) {
+  return std::adjacent_find(accepted.begin(), accepted.end(), std::not_equal_to<>()) != accepted.end();
+}
 
 /// The limit with the fewest wrong decisions over totals that people accepted (1) or rejected (0).
 /// In:   totals of one system, 0 or more, in any order; as many verdicts.
